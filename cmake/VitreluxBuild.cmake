@@ -1,0 +1,62 @@
+# How every target of the project is compiled, and the three ways to declare one.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The build tree has the shape of the installed one, so that both find the plug-in by the same relative path.
+set(VITRELUX_PLUGIN_DIR "lib/vitrelux")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${VITRELUX_PLUGIN_DIR}")
+
+if(VITRELUX_SANITIZE)
+    add_compile_options(-fsanitize=${VITRELUX_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VITRELUX_SANITIZE})
+    if(VITRELUX_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()
+
+# Warnings, and the Qt defines that keep text and signals explicit.
+function(vitrelux_compile_rules target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion
+        -Wno-deprecated-declarations)  # QDomDocument, qrand and kin stay in use on purpose
+    if(VITRELUX_WERROR)
+        target_compile_options(${target} PRIVATE -Werror)
+    endif()
+    target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
+endfunction()
+
+# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Only its own folder becomes visible to those who link it,
+# so an include of a layer that is not linked does not compile.
+function(vitrelux_layer name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    add_library(Vitrelux::${name} ALIAS ${name})
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+        $<INSTALL_INTERFACE:include/vitrelux>)
+    target_link_libraries(${name} PUBLIC ${arg_LINKS})
+    vitrelux_compile_rules(${name})
+endfunction()
+
+# vitrelux_test(name SOURCES ... LINKS ...): one QtTest program, run without a display.
+function(vitrelux_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 300)
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE ${arg_LINKS} Qt5::Test)
+    vitrelux_compile_rules(${name})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;ASAN_OPTIONS=detect_leaks=1;LC_ALL=C.UTF-8")
+endfunction()

@@ -1,0 +1,141 @@
+// The raster image of all kernels: the owner of one bitmap record.
+#pragma once
+
+#include "KException.h"
+#include "gfl.h"
+
+#include <QString>
+
+#include <string>
+
+class ImageDatas;
+class KImageLoader;
+class QImage;
+class QPixmap;
+struct KToolsInstances;
+template <typename Image, typename Loader>
+class ImageCache;
+
+class KImage;
+
+/// What one copy of the image module shares with another. KImage::init and KImage::exit say who owns the objects.
+struct KImageInstances {
+    KToolsInstances *tools;
+    ImageCache<KImage, KImageLoader> *cache;
+    ImageDatas *settings;
+};
+
+/// A picture in memory, in one of nine working forms:
+///
+///   | type     | channels | 8 bits (8u)  | 16 bits (16u)   | 32 bits (32f)                      |
+///   |----------|----------|--------------|-----------------|------------------------------------|
+///   | GFL_GREY | 1        | 0 to 255     | 0 to 65,535     | IEEE float, 0 to 1 and above (HDR) |
+///   | GFL_RGB  | 3: R G B | same         | same, native    | same                               |
+///   | GFL_RGBA | 4: R G B A, straight alpha | same | same  | same                               |
+///
+/// Channels are interleaved, rows start at multiples of 4 bytes, the first row is on top. An image is empty (no record)
+/// or allocated. Copying is deep: no two images share pixels, except one that wraps a block of its caller's.
+///
+/// Errors are KExceptions, thrown by one-line guards in the order of the parameters, with one of the messages
+/// "Invalid Bitmap" (this image is empty or of a form the operation doesn't serve), "Invalid Parameter" (an argument is
+/// wrong) and "Not enough memory".
+///
+/// One thread works on an image, or several read it. Sizes in bytes are 64-bit throughout; a row holds up to 4 GiB.
+class KImage {
+public:
+    KImage();
+    KImage(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data, int bytesPerLine);
+    KImage(const KImage &other);
+    explicit KImage(const QImage &image);
+    ~KImage();
+
+    /// Deep copy; the copy always owns its pixels. Comment and MetaData are not carried over. Trap: the target is freed
+    /// first, so assigning an image to itself empties it.
+    KImage &operator=(const KImage &other);
+
+    // --- Start and stop of the module (KImage_Module.cpp), main thread ---
+
+    /// Starts the module: on a host's objects, which stay the host's, or alone for null; then it also starts the
+    /// image-file layer. A second start alone does nothing.
+    static void init(KImageInstances *instances);
+    /// Ends what init(nullptr) began; does nothing after init with a host's objects.
+    static void exit();
+
+    // --- Memory ---
+
+    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels and
+    /// @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it wraps that
+    /// block of height * bytesPerLine bytes, which the caller keeps alive and frees. @p clear zeroes the pixels, those
+    /// of a wrapped block too; without it new pixels are undefined. After a failure the old content is gone.
+    void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
+                     int bytesPerLine);
+    void FreeBitmap();
+    /// Zeroes all bytes of the rows.
+    void ClearBitmap();
+
+    // --- Accessors: on an allocated image only, unchecked ---
+
+    int width() const { return m_bitmap->Width; }
+    int height() const { return m_bitmap->Height; }
+    unsigned short type() const { return m_bitmap->Type; }
+    unsigned short bitsPerComponent() const { return m_bitmap->BitsPerComponent; }
+    unsigned int bytesPerLine() const { return m_bitmap->BytesPerLine; }
+    /// The address of pixel (x, y); unchecked.
+    unsigned char *getData(int x, int y) const
+    {
+        return m_bitmap->Data + static_cast<qint64>(x) * m_bitmap->BytesPerPixel
+            + static_cast<qint64>(y) * m_bitmap->BytesPerLine;
+    }
+
+    /// Sets both resolutions, dots per inch, to the low 16 bits of @p dpi.
+    void SetDPI(int dpi);
+    /// Audits a float image, all channels, row by row; the first fault found decides: 1 for a value above 1e9, -1 for a
+    /// negative one, 2 for one that is not a number; 0 for none. On an image of another depth the bytes are read as
+    /// floats as far as the rows reach.
+    int IntegrityValidation();
+
+    /// A hook for log lines of the module, set once at start-up; Log does nothing without one.
+    static void SetLog(void (*log)(const std::string &, void *), void *data);
+    static void Log(const std::string &text);
+
+    // --- Files (KImage_File.cpp) ---
+
+    /// Replaces the image by a file, delivered as @p type at the file's depth; with @p thumbnail by the small version
+    /// of it that is cheapest to get.
+    void Read(QString fileName, unsigned short type, bool thumbnail);
+    /// Fills an empty image from a file, in the form the file has; at its depth, or reduced to 8 bits.
+    void ID_Read(QString fileName, bool nativeDepth);
+    /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too;
+    /// @p compression as in TranscodeCompression. ICC profile, IPTC and EXIF of the file @p metadataSource are carried
+    /// over unless it is empty. A failed write leaves an existing file as it was, and no other.
+    void Write(QString fileName, QString format, int compression, QString metadataSource);
+    /// Turns a compression number into the layer's fields; -1 leaves its defaults. @p format in lower case.
+    void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
+    /// Throws the KException of a layer's error; returns for 0. An empty @p fileName leaves the file's line out.
+    void CheckIfGFLError(int error, QString fileName, QString where);
+
+    // --- Copying and conversion (KImage_Copy.cpp) ---
+
+    /// Copies a rectangle into @p target at (targetX, targetY), converting form and depth. The rectangle must fit there;
+    /// CopyTo, Convert and BlendTo see to it.
+    void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
+    /// The whole image into @p target at (x, y), clipped to the target.
+    void CopyTo(KImage &target, int x, int y) const;
+    /// Makes @p target this image in another form. A target of the right shape keeps its block, a wrapped one too.
+    void Convert(KImage &target, unsigned short type, int bitsPerComponent) const;
+
+    // In this order; hosts that share kernels rely on it.
+    GFL_BITMAP *m_bitmap; // null for an empty image
+    bool m_ownsData; // false: Data belongs to somebody else
+    bool m_spareFlag; // copied, read by nothing
+
+    static KImageInstances ms_instances;
+
+private:
+    void Ctor();
+
+    static void (*m_pfLog)(const std::string &, void *);
+    static void *m_logData;
+};
+
+static_assert(sizeof(KImage) == 16, "layout shared with hosts");

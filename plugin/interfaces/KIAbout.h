@@ -1,0 +1,22 @@
+// Who a plug-in object is: names, version, icon, identifier.
+#pragma once
+
+#include <QIcon>
+#include <QString>
+#include <QtPlugin>
+
+/// The order of the virtual operations is a binary contract: add none, move none.
+class KIAbout {
+public:
+    virtual ~KIAbout() = default;
+    virtual QString Name() const = 0;
+    virtual QString Author() const = 0;
+    virtual QString Company() const = 0;
+    virtual QString Comment() const = 0;
+    virtual QString Version() const = 0;
+    virtual QIcon Icon() const = 0;
+    /// 36 characters in the form of a GUID. Names the resource folder, and is the first key of stored settings.
+    virtual QString UID() const = 0;
+};
+
+Q_DECLARE_INTERFACE(KIAbout, "KIAbout")

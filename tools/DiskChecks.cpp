@@ -1,0 +1,54 @@
+#include "DiskChecks.h"
+
+#include "KException.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/statvfs.h>
+
+namespace {
+
+QString Translated(const char *text)
+{
+    return QCoreApplication::translate("KException", text);
+}
+
+} // namespace
+
+qint64 getFreeDiskSpace(QString path)
+{
+    struct statvfs disk;
+    if (statvfs(path.toLocal8Bit().constData(), &disk) != 0)
+        return -1;
+    return static_cast<qint64>(disk.f_bfree) * static_cast<qint64>(disk.f_frsize);
+}
+
+bool CheckForDiskSpace(QString fileName, qint64 size)
+{
+    const qint64 freeBytes = getFreeDiskSpace(QFileInfo(fileName).absolutePath());
+    return freeBytes == -1 || size <= freeBytes;
+}
+
+void CheckAndThrowForDiskSpace(QString fileName, qint64 size, QString where)
+{
+    const QFileInfo info(fileName);
+    if (!CheckForDiskSpace(fileName, size)) {
+        throw KException(Translated("Not enough free space on \"%1\" to finish operation").arg(info.absolutePath()),
+                         where);
+    }
+    QFile file(info.absoluteFilePath());
+    if (file.open(QIODevice::ReadWrite))
+        return;
+    throw KException(Translated("Cannot write into file \"%1\"").arg(info.absoluteFilePath()), where);
+}
+
+void CheckIfFileExists(QString fileName, QString where)
+{
+    const QFileInfo info(fileName);
+    if (info.exists())
+        return;
+    throw KException(QLatin1Char('\n') + Translated("File \"%1\" is not found").arg(info.absoluteFilePath()), where);
+}

@@ -13,8 +13,7 @@ class KImageLoader;
 class QImage;
 class QPixmap;
 struct KToolsInstances;
-template <typename Image, typename Loader>
-class ImageCache;
+template <typename Image, typename Loader> class ImageCache;
 
 class KImage;
 
@@ -63,7 +62,8 @@ public:
 
     // --- Memory ---
 
-    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels and
+    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels
+    /// and
     /// @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it wraps that
     /// block of height * bytesPerLine bytes, which the caller keeps alive and frees. @p clear zeroes the pixels, those
     /// of a wrapped block too; without it new pixels are undefined. After a failure the old content is gone.
@@ -116,8 +116,8 @@ public:
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
 
-    /// Copies a rectangle into @p target at (targetX, targetY), converting form and depth. The rectangle must fit there;
-    /// CopyTo, Convert and BlendTo see to it.
+    /// Copies a rectangle into @p target at (targetX, targetY), converting form and depth. The rectangle must fit
+    /// there; CopyTo, Convert and BlendTo see to it.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
     /// The whole image into @p target at (x, y), clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
@@ -126,8 +126,8 @@ public:
 
     // In this order; hosts that share kernels rely on it.
     GFL_BITMAP *m_bitmap; // null for an empty image
-    bool m_ownsData; // false: Data belongs to somebody else
-    bool m_spareFlag; // copied, read by nothing
+    bool m_ownsData;      // false: Data belongs to somebody else
+    bool m_spareFlag;     // copied, read by nothing
 
     static KImageInstances ms_instances;
 

@@ -2,11 +2,7 @@
 
 #include <QFileInfo>
 
-KException::KException(const QString &what, const QString &where)
-    : m_where(where)
-    , m_what(what)
-{
-}
+KException::KException(const QString &what, const QString &where) : m_where(where), m_what(what) { }
 
 KException::~KException() = default;
 

@@ -29,11 +29,7 @@ private:
 /// Holds a lock for the length of a scope.
 class KOmpMutexLocker {
 public:
-    explicit KOmpMutexLocker(omp_lock_t *lock)
-        : m_lock(lock)
-    {
-        omp_set_lock(m_lock);
-    }
+    explicit KOmpMutexLocker(omp_lock_t *lock) : m_lock(lock) { omp_set_lock(m_lock); }
     ~KOmpMutexLocker() { omp_unset_lock(m_lock); }
     KOmpMutexLocker(const KOmpMutexLocker &) = delete;
     KOmpMutexLocker &operator=(const KOmpMutexLocker &) = delete;

@@ -12,7 +12,8 @@ class QWizardPage;
 /// A parameter record is opaque to the host. Who gets one from AllocParameters owns it until FreeParameters.
 class KIPluginProcess : public KIAbout {
 public:
-    /// The page on which the user sets the process up; always the same one, owned by the process. Null if there is none.
+    /// The page on which the user sets the process up; always the same one, owned by the process. Null if there is
+    /// none.
     virtual QWizardPage *WizardPage() = 0;
     /// The user leaves the page: time to store defaults.
     virtual void OnValidatePage() { }

@@ -1,0 +1,53 @@
+// Start and stop of the image module.
+#include "ImageDatas.h"
+#include "KImage.h"
+#include "KImage_p.h"
+
+#include <cstdlib>
+
+namespace {
+
+bool s_startedAlone = false; // this copy of the module made its own objects and started the image-file layer
+
+} // namespace
+
+void *alloc_callback(unsigned long size, void *)
+{
+    return std::malloc(size);
+}
+
+void *realloc_callback(void *pointer, unsigned long size, void *)
+{
+    return std::realloc(pointer, size);
+}
+
+void free_callback(void *pointer, void *)
+{
+    std::free(pointer);
+}
+
+void KImage::init(KImageInstances *instances)
+{
+    if (s_startedAlone)
+        return;
+    if (instances) {
+        ImageDatas::settings = instances->settings; // the image-file layer is the host's to start
+    } else {
+        ImageDatas::settings = new ImageDatas;
+        gflLibraryInitEx(alloc_callback, realloc_callback, free_callback, nullptr);
+        gflEnableLZW(1);
+        s_startedAlone = true;
+    }
+    ms_instances.settings = ImageDatas::settings;
+}
+
+void KImage::exit()
+{
+    if (!s_startedAlone)
+        return;
+    delete ImageDatas::settings;
+    ImageDatas::settings = nullptr;
+    ms_instances = {};
+    gflLibraryExit();
+    s_startedAlone = false;
+}

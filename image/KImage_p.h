@@ -1,0 +1,24 @@
+// What the sources of KImage share: the three messages, and the test of a pixel form.
+#pragma once
+
+#include "KImage.h"
+
+constexpr char kInvalidBitmap[] = "Invalid Bitmap";
+constexpr char kInvalidParameter[] = "Invalid Parameter";
+constexpr char kNotEnoughMemory[] = "Not enough memory";
+
+/// Whether a type is one of the three working forms, and a depth one of the three depths.
+constexpr bool IsWorkingType(int type)
+{
+    return type == GFL_GREY || type == GFL_RGB || type == GFL_RGBA;
+}
+constexpr bool IsWorkingDepth(int bitsPerComponent)
+{
+    return bitsPerComponent == 8 || bitsPerComponent == 16 || bitsPerComponent == 32;
+}
+
+/// The allocator that the image module hands to the image-file layer: each side frees what the other made. The last
+/// argument is a tag for a debugging allocator and is ignored.
+void *alloc_callback(unsigned long size, void *userData);
+void *realloc_callback(void *pointer, unsigned long size, void *userData);
+void free_callback(void *pointer, void *userData);

@@ -1,0 +1,193 @@
+#include "KVitreluxOne2One.h"
+
+#include "HostApplication_p.h"
+
+#include <QDomDocument>
+
+namespace {
+
+QString ProcessUid()
+{
+    return QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
+}
+
+QIcon ResourceIcon(const QString &name)
+{
+    return QIcon(QStringLiteral(":/%1/Resources/%2").arg(ProcessUid(), name));
+}
+
+// Keys of the stored settings; those of a record are also the attributes of its XML form.
+constexpr QLatin1String kDisto("Disto");
+constexpr QLatin1String kCa("CA");
+constexpr QLatin1String kFalloff("Falloff");
+constexpr QLatin1String kLcpFilename("LCPfilename");
+constexpr QLatin1String kLensPath("LensPath");
+
+// Where the profile maker's own program puts them; the same on every platform, so that settings can travel.
+constexpr QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
+
+struct Flag {
+    QLatin1String key;
+    bool KVitreluxOne2One::Params::*field;
+};
+
+constexpr Flag kFlags[] = {
+    {kDisto, &KVitreluxOne2One::Params::disto},
+    {kCa, &KVitreluxOne2One::Params::ca},
+    {kFalloff, &KVitreluxOne2One::Params::falloff},
+};
+
+void ReadSettings(KIApplication &host, const QString &uid, KVitreluxOne2One::Params *params)
+{
+    for (const Flag &flag : kFlags)
+        params->*flag.field = host.GetPluginSetting(uid, flag.key, QStringLiteral("false")).toBool();
+    params->lcpFilename = host.GetPluginSetting(uid, kLcpFilename, QString()).toString();
+}
+
+void ReadElement(const QDomElement &element, KVitreluxOne2One::Params *params)
+{
+    for (const Flag &flag : kFlags)
+        params->*flag.field = element.attribute(flag.key, QStringLiteral("0")).toInt() != 0;
+    params->lcpFilename = element.attribute(kLcpFilename, QString());
+}
+
+} // namespace
+
+KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_page(nullptr), m_defaults(nullptr)
+{
+    setObjectName(QStringLiteral("KVitreluxOne2One"));
+    m_defaults = static_cast<Params *>(KVitreluxOne2One::AllocParameters(QDomElement()));
+    if (KIApplication *host = HostApplication())
+        m_lensPath = host->GetPluginSetting(ProcessUid(), kLensPath, QString(kDefaultLensPath)).toString();
+}
+
+KVitreluxOne2One::~KVitreluxOne2One()
+{
+    KVitreluxOne2One::FreeParameters(m_defaults);
+}
+
+QString KVitreluxOne2One::Name() const
+{
+    return QStringLiteral("Lens correction");
+}
+
+QString KVitreluxOne2One::Author() const
+{
+    return QStringLiteral("Ilse Tarn");
+}
+
+QString KVitreluxOne2One::Company() const
+{
+    return QStringLiteral("Brelt");
+}
+
+QString KVitreluxOne2One::Comment() const
+{
+    return tr("Adobe(r) released a free tool to calibrate your lens called 'Lens Profile Creator'. This plugin reuse "
+              "these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.");
+}
+
+QString KVitreluxOne2One::Version() const
+{
+    return QStringLiteral("3.0.0.400");
+}
+
+QIcon KVitreluxOne2One::ProcessIcon()
+{
+    return ResourceIcon(QStringLiteral("KVitrelux.png"));
+}
+
+QIcon KVitreluxOne2One::Icon() const
+{
+    return ProcessIcon();
+}
+
+QString KVitreluxOne2One::UID() const
+{
+    return ProcessUid();
+}
+
+QIcon KVitreluxOne2One::BeforeAfter() const
+{
+    return ResourceIcon(QStringLiteral("KVitreluxBeforeAfter.png"));
+}
+
+QWizardPage *KVitreluxOne2One::WizardPage()
+{
+    return nullptr; // a host then shows no page and works with records alone
+}
+
+void KVitreluxOne2One::OnValidatePage()
+{
+    KIApplication *host = HostApplication();
+    if (!host)
+        return;
+    if (m_defaults) {
+        for (const Flag &flag : kFlags)
+            host->SetPluginSetting(UID(), flag.key, m_defaults->*flag.field);
+        host->SetPluginSetting(UID(), kLcpFilename, m_defaults->lcpFilename);
+    }
+    if (m_page)
+        host->SetPluginSetting(UID(), kLensPath, m_lensPath);
+}
+
+void *KVitreluxOne2One::AllocParameters(QDomElement element)
+{
+    auto *params = new Params;
+    if (KIApplication *host = HostApplication())
+        ReadSettings(*host, UID(), params);
+    if (!element.isNull())
+        ReadElement(element, params);
+    return params;
+}
+
+QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
+{
+    const auto *params = static_cast<const Params *>(parameters);
+    QDomDocument document(Name());
+    QDomElement element = document.createElement(Name()); // with its blank: readers look for that very tag
+    for (const Flag &flag : kFlags)
+        element.setAttribute(flag.key, params->*flag.field ? 1 : 0);
+    element.setAttribute(kLcpFilename, params->lcpFilename);
+    return element;
+}
+
+void KVitreluxOne2One::CopyParameters(void *destination, void *source)
+{
+    *static_cast<Params *>(destination) = *static_cast<const Params *>(source);
+}
+
+void KVitreluxOne2One::FreeParameters(void *parameters)
+{
+    delete static_cast<Params *>(parameters);
+}
+
+void KVitreluxOne2One::SaveDefaultSettings(void *parameters)
+{
+    CopyParameters(m_defaults, parameters);
+}
+
+void KVitreluxOne2One::SetFiles(QStringList files)
+{
+    for (void *params : qAsConst(m_params))
+        FreeParameters(params);
+    m_params.clear();
+    for (const QString &file : qAsConst(files)) {
+        KIApplication &host = NeededHost();
+        void *params = AllocParameters(QDomElement());
+        void *&slot = m_params[host.ImageDefOf(file)];
+        FreeParameters(slot); // a file that the job names twice has one record
+        slot = params;
+    }
+}
+
+QDomElement KVitreluxOne2One::GetFileXmlParams(QString file)
+{
+    const auto found = m_params.constFind(NeededHost().ImageDefOf(file));
+    if (found != m_params.constEnd())
+        return GetXmlParameters(found.value());
+    void *params = AllocParameters(QDomElement());
+    const QDomElement element = GetXmlParameters(params);
+    FreeParameters(params);
+    return element;
+}

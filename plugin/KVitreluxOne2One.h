@@ -1,0 +1,82 @@
+// The process that the plug-in offers: one image in, one lens-corrected image out.
+#pragma once
+
+#include "KIPluginOne2One.h"
+
+#include <QMap>
+#include <QObject>
+#include <QPair>
+
+class KIImageDef;
+class KImage;
+class UIVitreluxPage;
+
+/// Lives on the host's GUI thread. The one operation for other threads is Process on an image in memory, with a record
+/// and an image of that thread's own.
+///
+/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Lookup.cpp the
+/// search for a profile.
+class KVitreluxOne2One : public QObject, public KIPluginOne2One {
+    Q_OBJECT
+    Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
+public:
+    /// The record behind every opaque pointer: what is to be done to one image.
+    struct Params {
+        bool disto = false;   // correct geometric distortion
+        bool ca = false;      // correct chromatic aberration
+        bool falloff = false; // correct vignetting
+        float scale = 1.0f;   // working image to full image; only a preview sets another value, and it is never stored
+        QString lcpFilename;  // whole path of the profile; empty: not yet looked up
+    };
+
+    Q_INVOKABLE explicit KVitreluxOne2One(QObject *parent = nullptr);
+    /// Frees the defaults. Trap: the records of the last job stay; only the next SetFiles frees them.
+    ~KVitreluxOne2One() override;
+
+    QString Name() const override;
+    QString Author() const override;
+    QString Company() const override;
+    QString Comment() const override;
+    QString Version() const override;
+    QIcon Icon() const override;
+    QString UID() const override;
+
+    QWizardPage *WizardPage() override;
+    /// Stores the defaults, and with a page the profile folder too.
+    void OnValidatePage() override;
+    /// The stored settings for a null element. An element overrides all four fields: an attribute that is missing
+    /// clears what the settings gave.
+    void *AllocParameters(QDomElement element) override;
+    QDomElement GetXmlParameters(void *parameters) override;
+    void CopyParameters(void *destination, void *source) override;
+    void FreeParameters(void *parameters) override;
+    QIcon BeforeAfter() const override;
+
+    /// Corrects the image of @p fileName at full size into "<base>_corrected.tiff" beside it: deflate, four channels at
+    /// 8 or 16 bits, or three float channels, as deep as the source; ICC profile, IPTC and EXIF of the source carried
+    /// over. Throws KException; an existing file of that name is then as it was.
+    void Process(QString fileName, void *parameters, QString &outputFileName) override;
+    void SetFiles(QStringList files) override;
+    QDomElement GetFileXmlParams(QString file) override;
+
+    /// Makes @p parameters the record that OnValidatePage stores.
+    virtual void SaveDefaultSettings(void *parameters);
+
+    /// Corrects item.second, four float channels, in place; item.first describes it. A record without a profile gets
+    /// one looked up and the pixels stay as they are: a second run corrects. Square and upright images are turned,
+    /// since a profile describes a landscape frame. Throws KException.
+    void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
+
+    /// Whole paths of the profiles that fit the image's camera and lens, best first. @p message gets a text for the
+    /// user or stays as it was.
+    QStringList GetLCPfilename(KIImageDef *image, QString &message);
+
+    /// The icon that the library and the process share.
+    static QIcon ProcessIcon();
+
+private:
+    QMap<KIImageDef *, void *> m_params; // the record of each image of the job
+    UIVitreluxPage *m_page;
+    Params *m_defaults; // what the page edits
+    QString m_lensPath; // folder in which profiles are sought
+};

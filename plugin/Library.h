@@ -1,0 +1,31 @@
+// The Qt plug-in object: what a host gets when it loads the library.
+#pragma once
+
+#include "KIAbout.h"
+#include "KIPluginLibrary.h"
+
+/// One lives per load. GUI thread only.
+class Library : public QObject, public KIPluginLibrary, public KIAbout {
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "com.brelt.vitrelux")
+    Q_INTERFACES(KIPluginLibrary KIAbout)
+public:
+    /// Loads the translation for the host's language and takes over the kernels that the host shares. Without a host
+    /// it does neither.
+    Library();
+    /// Deletes the process objects that still exist and stops the image module.
+    ~Library() override;
+
+    QString Name() const override;
+    QString Author() const override;
+    QString Company() const override;
+    QString Comment() const override;
+    QString Version() const override;
+    QIcon Icon() const override;
+    QString UID() const override;
+
+    QList<QPointer<QObject>> Plugins(KIPluginLibrary::MGX kind) override;
+
+private:
+    QList<QPointer<QObject>> m_plugins;
+};

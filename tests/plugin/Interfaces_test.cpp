@@ -1,0 +1,243 @@
+// Hosts are compiled apart and call by table position: this pins the position of every virtual operation.
+#include "KIApplication.h"
+#include "KIImageDef.h"
+#include "KIPluginLibrary.h"
+#include "KIPluginOne2One.h"
+
+#include <QtTest>
+
+namespace {
+
+QString s_called; // the operation that ran last
+
+template <typename T> T Note(const char *name, T result)
+{
+    s_called = QString::fromLatin1(name);
+    return result;
+}
+
+void Note(const char *name)
+{
+    s_called = QString::fromLatin1(name);
+}
+
+class Process : public KIPluginOne2One {
+public:
+    ~Process() override { Note("destructor"); }
+    QString Name() const override { return Note("Name", QString()); }
+    QString Author() const override { return Note("Author", QString()); }
+    QString Company() const override { return Note("Company", QString()); }
+    QString Comment() const override { return Note("Comment", QString()); }
+    QString Version() const override { return Note("Version", QString()); }
+    QIcon Icon() const override { return Note("Icon", QIcon()); }
+    QString UID() const override { return Note("UID", QString()); }
+    QWizardPage *WizardPage() override { return Note<QWizardPage *>("WizardPage", nullptr); }
+    void OnValidatePage() override { Note("OnValidatePage"); }
+    void *AllocParameters(QDomElement) override { return Note<void *>("AllocParameters", nullptr); }
+    QDomElement GetXmlParameters(void *) override { return Note("GetXmlParameters", QDomElement()); }
+    void CopyParameters(void *, void *) override { Note("CopyParameters"); }
+    void FreeParameters(void *) override { Note("FreeParameters"); }
+    QIcon BeforeAfter() const override { return Note("BeforeAfter", QIcon()); }
+    void Process(QString, void *, QString &) override { Note("Process"); }
+    void SetFiles(QStringList) override { Note("SetFiles"); }
+    QDomElement GetFileXmlParams(QString) override { return Note("GetFileXmlParams", QDomElement()); }
+};
+
+class Library : public KIPluginLibrary {
+public:
+    ~Library() override { Note("destructor"); }
+    QList<QPointer<QObject>> Plugins(MGX) override { return Note("Plugins", QList<QPointer<QObject>>()); }
+};
+
+class Def : public KIImageDef {
+public:
+    ~Def() override { Note("destructor"); }
+    QPixmap *GetThumbnail() const override { return Note<QPixmap *>("GetThumbnail", nullptr); }
+    QString FileName() const override { return Note("FileName", QString()); }
+    QString ShortFileName() const override { return Note("ShortFileName", QString()); }
+    QString PathName() const override { return Note("PathName", QString()); }
+    int nRows() const override { return Note("nRows", 0); }
+    int nCols() const override { return Note("nCols", 0); }
+    int nBands() const override { return Note("nBands", 0); }
+    int nDepth() const override { return Note("nDepth", 0); }
+    bool HasExif() const override { return Note("HasExif", false); }
+    bool HasICC() const override { return Note("HasICC", false); }
+    bool IsRaw() const override { return Note("IsRaw", false); }
+    float GetFocal() const override { return Note("GetFocal", 0.0f); }
+    int Model() const override { return Note("Model", 0); }
+    qint64 GetTimestamp() const override { return Note<qint64>("GetTimestamp", 0); }
+    float GetEV() const override { return Note("GetEV", 0.0f); }
+    KImage *Lock(int, int, bool) override { return Note<KImage *>("Lock", nullptr); }
+    void Unlock(int, int, bool) override { Note("Unlock"); }
+    KImage *LockFullSize(bool) override { return Note<KImage *>("LockFullSize", nullptr); }
+    void UnlockFullSize(bool) override { Note("UnlockFullSize"); }
+};
+
+class Application : public KIApplication {
+public:
+    ~Application() override { Note("destructor"); }
+    void Reserved1() override { Note("Reserved1"); }
+    QVariant GetPluginSetting(QString, QString, QVariant) override { return Note("GetPluginSetting", QVariant()); }
+    void SetPluginSetting(QString, QString, QVariant) override { Note("SetPluginSetting"); }
+    void Reserved2() override { Note("Reserved2"); }
+    QLocale Locale() override { return Note("Locale", QLocale()); }
+    void Reserved3() override { Note("Reserved3"); }
+    void LoadTranslator(QString) override { Note("LoadTranslator"); }
+    KIImageDef *ImageDefOf(QString) override { return Note<KIImageDef *>("ImageDefOf", nullptr); }
+    void Reserved4() override { Note("Reserved4"); }
+    KImageInstances *ImageInstances() override { return Note<KImageInstances *>("ImageInstances", nullptr); }
+    KUIInstances *UIInstances() override { return Note<KUIInstances *>("UIInstances", nullptr); }
+};
+
+/// Calls entry @p slot of an object's virtual table with arguments of the types given. The first two entries are the
+/// complete and the deleting destructor; under the platform's C++ ABI a member function is a function whose first
+/// argument is the object.
+template <typename Result, typename... Arguments> Result CallSlot(void *object, int slot, Arguments... arguments)
+{
+    void **table = *static_cast<void ***>(object);
+    const auto function = reinterpret_cast<Result (*)(void *, Arguments...)>(table[slot]);
+    return function(object, arguments...);
+}
+
+template <typename Interface> void CheckDestructorSlots(Interface *object)
+{
+    s_called.clear();
+    CallSlot<void>(object, 1); // the deleting one
+    QCOMPARE(s_called, QStringLiteral("destructor"));
+}
+
+void Expect(const char *name)
+{
+    QCOMPARE(s_called, QString::fromLatin1(name));
+    s_called.clear();
+}
+
+} // namespace
+
+class tst_Interfaces : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void processOrder();
+    void processBasesShareOneTable();
+    void libraryOrder();
+    void imageDefOrder();
+    void applicationOrder();
+    void processDefaults();
+};
+
+void tst_Interfaces::processOrder()
+{
+    KIPluginOne2One *process = new Process;
+    int slot = 2;
+    for (const char *name : {"Name", "Author", "Company", "Comment", "Version"}) {
+        CallSlot<QString>(process, slot++);
+        Expect(name);
+    }
+    CallSlot<QIcon>(process, slot++), Expect("Icon");
+    CallSlot<QString>(process, slot++), Expect("UID");
+    CallSlot<QWizardPage *>(process, slot++), Expect("WizardPage");
+    CallSlot<void>(process, slot++), Expect("OnValidatePage");
+    QDomElement element;
+    CallSlot<void *, QDomElement &>(process, slot++, element), Expect("AllocParameters");
+    CallSlot<QDomElement, void *>(process, slot++, nullptr), Expect("GetXmlParameters");
+    CallSlot<void, void *, void *>(process, slot++, nullptr, nullptr), Expect("CopyParameters");
+    CallSlot<void, void *>(process, slot++, nullptr), Expect("FreeParameters");
+    CallSlot<QIcon>(process, slot++), Expect("BeforeAfter");
+    QString name, output;
+    CallSlot<void, QString &, void *, QString &>(process, slot++, name, nullptr, output), Expect("Process");
+    QStringList files;
+    CallSlot<void, QStringList &>(process, slot++, files), Expect("SetFiles");
+    CallSlot<QDomElement, QString &>(process, slot++, name), Expect("GetFileXmlParams");
+    CheckDestructorSlots(process);
+}
+
+void tst_Interfaces::processBasesShareOneTable()
+{
+    Process process;
+    KIPluginOne2One *one2one = &process;
+    QCOMPARE(static_cast<void *>(static_cast<KIAbout *>(one2one)), static_cast<void *>(one2one));
+    QCOMPARE(static_cast<void *>(static_cast<KIPluginProcess *>(one2one)), static_cast<void *>(one2one));
+}
+
+void tst_Interfaces::libraryOrder()
+{
+    KIPluginLibrary *library = new Library;
+    CallSlot<QList<QPointer<QObject>>, KIPluginLibrary::MGX>(library, 2, KIPluginLibrary::All), Expect("Plugins");
+    CheckDestructorSlots(library);
+}
+
+void tst_Interfaces::imageDefOrder()
+{
+    KIImageDef *def = new Def;
+    int slot = 2;
+    CallSlot<QPixmap *>(def, slot++), Expect("GetThumbnail");
+    for (const char *name : {"FileName", "ShortFileName", "PathName"}) {
+        CallSlot<QString>(def, slot++);
+        Expect(name);
+    }
+    for (const char *name : {"nRows", "nCols", "nBands", "nDepth"}) {
+        CallSlot<int>(def, slot++);
+        Expect(name);
+    }
+    for (const char *name : {"HasExif", "HasICC", "IsRaw"}) {
+        CallSlot<bool>(def, slot++);
+        Expect(name);
+    }
+    CallSlot<float>(def, slot++), Expect("GetFocal");
+    CallSlot<int>(def, slot++), Expect("Model");
+    CallSlot<qint64>(def, slot++), Expect("GetTimestamp");
+    CallSlot<float>(def, slot++), Expect("GetEV");
+    CallSlot<KImage *, int, int, bool>(def, slot++, 1, 1, true), Expect("Lock");
+    CallSlot<void, int, int, bool>(def, slot++, 1, 1, true), Expect("Unlock");
+    CallSlot<KImage *, bool>(def, slot++, true), Expect("LockFullSize");
+    CallSlot<void, bool>(def, slot++, true), Expect("UnlockFullSize");
+    CheckDestructorSlots(def);
+}
+
+void tst_Interfaces::applicationOrder()
+{
+    KIApplication *application = new Application;
+    int slot = 2;
+    QString uid, key;
+    QVariant value;
+    CallSlot<void>(application, slot++), Expect("Reserved1");
+    CallSlot<QVariant, QString &, QString &, QVariant &>(application, slot++, uid, key, value);
+    Expect("GetPluginSetting");
+    CallSlot<void, QString &, QString &, QVariant &>(application, slot++, uid, key, value);
+    Expect("SetPluginSetting");
+    CallSlot<void>(application, slot++), Expect("Reserved2");
+    CallSlot<QLocale>(application, slot++), Expect("Locale");
+    CallSlot<void>(application, slot++), Expect("Reserved3");
+    CallSlot<void, QString &>(application, slot++, uid), Expect("LoadTranslator");
+    CallSlot<KIImageDef *, QString &>(application, slot++, uid), Expect("ImageDefOf");
+    CallSlot<void>(application, slot++), Expect("Reserved4");
+    CallSlot<KImageInstances *>(application, slot++), Expect("ImageInstances");
+    CallSlot<KUIInstances *>(application, slot++), Expect("UIInstances");
+    CheckDestructorSlots(application);
+}
+
+void tst_Interfaces::processDefaults()
+{
+    class Bare : public KIPluginProcess {
+        QString Name() const override { return {}; }
+        QString Author() const override { return {}; }
+        QString Company() const override { return {}; }
+        QString Comment() const override { return {}; }
+        QString Version() const override { return {}; }
+        QIcon Icon() const override { return {}; }
+        QString UID() const override { return {}; }
+        QWizardPage *WizardPage() override { return nullptr; }
+        QIcon BeforeAfter() const override { return {}; }
+    } bare;
+    KIPluginProcess &process = bare;
+    QCOMPARE(process.AllocParameters(QDomElement()), nullptr);
+    QVERIFY(process.GetXmlParameters(nullptr).isNull());
+    int record = 7, other = 8;
+    process.CopyParameters(&record, &other);
+    process.FreeParameters(&record);
+    process.OnValidatePage();
+    QCOMPARE(record, 7);
+}
+
+QTEST_MAIN(tst_Interfaces)
+#include "Interfaces_test.moc"

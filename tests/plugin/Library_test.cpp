@@ -1,0 +1,115 @@
+// The built library, as a host loads it.
+#include "FakeHost.h"
+#include "KIPluginLibrary.h"
+#include "KIPluginOne2One.h"
+
+#include <QJsonObject>
+#include <QPluginLoader>
+#include <QtTest>
+
+namespace {
+
+FakeHost &Host()
+{
+    return *static_cast<FakeHost *>(QCoreApplication::instance());
+}
+
+template <typename Interface> Interface *Cast(QObject *object, const char *name)
+{
+    return static_cast<Interface *>(object->qt_metacast(name));
+}
+
+} // namespace
+
+class tst_Library : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void metaData();
+    void oneObjectALoad();
+    void aboutStrings();
+    void eachCallAddsAProcess();
+    void translationOfTheHostsLanguage();
+
+private:
+    QPluginLoader m_loader;
+    QObject *m_object = nullptr;
+};
+
+void tst_Library::initTestCase()
+{
+    m_loader.setFileName(QStringLiteral(VITRELUX_PLUGIN));
+    m_object = m_loader.instance();
+    QVERIFY2(m_object, qPrintable(m_loader.errorString()));
+}
+
+void tst_Library::metaData()
+{
+    const QJsonObject data = m_loader.metaData();
+    QCOMPARE(data.value(QStringLiteral("IID")).toString(), QStringLiteral("com.brelt.vitrelux"));
+    QCOMPARE(data.value(QStringLiteral("className")).toString(), QStringLiteral("Library"));
+    QVERIFY(data.value(QStringLiteral("MetaData")).toObject().isEmpty());
+}
+
+void tst_Library::oneObjectALoad()
+{
+    QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
+    QCOMPARE(second.instance(), m_object);
+    QCOMPARE(m_object->objectName(), QStringLiteral("KVitrelux"));
+    auto *library = Cast<KIPluginLibrary>(m_object, "KIPluginLibrary");
+    auto *about = Cast<KIAbout>(m_object, "KIAbout");
+    QVERIFY(library && about);
+    QVERIFY(static_cast<void *>(library) != static_cast<void *>(about)); // each name has its own sub-object
+    QVERIFY(!Cast<void>(m_object, "KIPluginOne2One"));
+}
+
+void tst_Library::aboutStrings()
+{
+    auto *about = Cast<KIAbout>(m_object, "KIAbout");
+    QCOMPARE(about->Name(), QStringLiteral("KVitrelux"));
+    QCOMPARE(about->Author(), QStringLiteral("Ilse Tarn"));
+    QCOMPARE(about->Company(), QStringLiteral("Brelt"));
+    QCOMPARE(about->Comment(), QStringLiteral("Comment"));
+    QCOMPARE(about->Version(), QStringLiteral("3.0.0.400"));
+    QCOMPARE(about->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-3FB4810CD762"));
+}
+
+void tst_Library::eachCallAddsAProcess()
+{
+    auto *library = Cast<KIPluginLibrary>(m_object, "KIPluginLibrary");
+    QVERIFY(library->Plugins(KIPluginLibrary::None).isEmpty());
+    QCOMPARE(library->Plugins(KIPluginLibrary::All).size(), 1);
+    const auto plugins = library->Plugins(KIPluginLibrary::All);
+    QCOMPARE(plugins.size(), 2);
+    QVERIFY(plugins[0] != plugins[1]);
+    QCOMPARE(library->Plugins(KIPluginLibrary::None).size(), 2);
+
+    auto *process = Cast<KIPluginOne2One>(plugins[0], "KIPluginOne2One");
+    QVERIFY(process);
+    QCOMPARE(process->Name(), QStringLiteral("Lens correction"));
+    QCOMPARE(process->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18"));
+    QCOMPARE(process->WizardPage(), nullptr);
+    QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
+    delete plugins[0].data(); // a host may: the library then lets go of it
+}
+
+void tst_Library::translationOfTheHostsLanguage()
+{
+    QCOMPARE(Host().translators, QStringList(QStringLiteral("KVitrelux_de_DE.qm")));
+}
+
+int main(int argc, char **argv)
+{
+    FakeHost host(argc, argv);
+    KImage::init(nullptr);
+    int failures = 0;
+    {
+        tst_Library test;
+        failures = QTest::qExec(&test, argc, argv);
+    }
+    host.Clear();
+    KImage::exit();
+    return failures;
+}
+
+#include "Library_test.moc"

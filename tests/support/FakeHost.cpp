@@ -1,0 +1,1 @@
+#include "FakeHost.h" // for its meta-object

@@ -1,0 +1,91 @@
+// A host for tests: settings in a hash, descriptions of files that lend a picture of the test's.
+#pragma once
+
+#include "KIApplication.h"
+#include "KIImageDef.h"
+#include "KImage.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QMap>
+
+#include <map>
+#include <memory>
+
+/// Lends `pixels`, and counts who holds them.
+class FakeImageDef : public KIImageDef {
+public:
+    explicit FakeImageDef(const QString &fileName) : m_fileName(fileName) { }
+    QPixmap *GetThumbnail() const override { return nullptr; }
+    QString FileName() const override { return m_fileName; }
+    QString ShortFileName() const override { return QFileInfo(m_fileName).fileName(); }
+    QString PathName() const override { return QFileInfo(m_fileName).path(); }
+    int nRows() const override { return pixels.height(); }
+    int nCols() const override { return pixels.width(); }
+    int nBands() const override { return pixels.m_bitmap->ComponentsPerPixel; }
+    int nDepth() const override { return pixels.bitsPerComponent(); }
+    bool HasExif() const override { return false; }
+    bool HasICC() const override { return false; }
+    bool IsRaw() const override { return false; }
+    float GetFocal() const override { return 0; }
+    int Model() const override { return 0; }
+    qint64 GetTimestamp() const override { return 0; }
+    float GetEV() const override { return 0; }
+    KImage *Lock(int, int, bool) override { return nullptr; }
+    void Unlock(int, int, bool) override { }
+    KImage *LockFullSize(bool) override
+    {
+        ++locks;
+        return &pixels;
+    }
+    void UnlockFullSize(bool) override { --locks; }
+
+    KImage pixels;
+    int locks = 0;
+
+private:
+    QString m_fileName;
+};
+
+class FakeHost : public QApplication, public KIApplication {
+    Q_OBJECT
+    Q_INTERFACES(KIApplication)
+public:
+    using QApplication::QApplication;
+
+    QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override
+    {
+        return settings.value(uid + QLatin1Char('/') + key, defaultValue);
+    }
+    void SetPluginSetting(QString uid, QString key, QVariant value) override
+    {
+        settings.insert(uid + QLatin1Char('/') + key, value);
+        stored.append(key);
+    }
+    QLocale Locale() override { return QLocale(QLocale::German, QLocale::Germany); }
+    void LoadTranslator(QString fileName) override { translators.append(fileName); }
+    KIImageDef *ImageDefOf(QString fileName) override { return Def(fileName); }
+    KImageInstances *ImageInstances() override { return &KImage::ms_instances; }
+    KUIInstances *UIInstances() override { return nullptr; }
+
+    FakeImageDef *Def(const QString &fileName)
+    {
+        auto &def = m_defs[fileName];
+        if (!def)
+            def = std::make_unique<FakeImageDef>(fileName);
+        return def.get();
+    }
+    void Clear()
+    {
+        settings.clear();
+        stored.clear();
+        m_defs.clear();
+    }
+
+    QMap<QString, QVariant> settings;
+    QStringList stored; // keys in the order they were stored
+    QStringList translators;
+
+private:
+    std::map<QString, std::unique_ptr<FakeImageDef>> m_defs;
+};

@@ -1,0 +1,157 @@
+#include "KLog.h"
+
+#include "KException.h"
+#include "KOmp.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+QByteArray Content(const QString &fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+} // namespace
+
+class tst_KLog : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { KLog::init(nullptr); }
+    void cleanup() { KLog::exit(); }
+
+    void listenersHearWithoutAFile();
+    void fileHoldsTheBareLine();
+    void appendAndClear();
+    void unwritableFileShowsABox();
+    void threadsKeepLinesWhole();
+    void exitTwice();
+    void exceptionNamesItsPlace();
+    void ompLock();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void tst_KLog::listenersHearWithoutAFile()
+{
+    QSignalSpy plain(KLog::ms_instance, SIGNAL(Logged(QString)));
+    QSignalSpy numbered(KLog::ms_instance, SIGNAL(Logged(int, QString)));
+    KLog::ms_instance->Log(QStringLiteral("a"));
+    KLog::ms_instance->Log(3, "%s-%d", "b", 7);
+    QCOMPARE(plain.size(), 1);
+    QCOMPARE(plain[0][0].toString(), QStringLiteral("a"));
+    QCOMPARE(numbered.size(), 1);
+    QCOMPARE(numbered[0][0].toInt(), 3);
+    QCOMPARE(numbered[0][1].toString(), QStringLiteral("b-7"));
+}
+
+void tst_KLog::fileHoldsTheBareLine()
+{
+    const QString name = m_dir.filePath(QStringLiteral("lines.log"));
+    KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    KLog::ms_instance->Log(3, "abc");
+    KLog::ms_instance->Log(QString::fromUtf8("Blende ƒ/2,8 — ü"));
+    KLog::ms_instance->DisableLogToFile();
+    KLog::ms_instance->Log(QStringLiteral("unheard"));
+    QCOMPARE(Content(name), QByteArray("abc\r\nBlende ƒ/2,8 — ü\r\n"));
+}
+
+void tst_KLog::appendAndClear()
+{
+    const QString name = m_dir.filePath(QStringLiteral("append.log"));
+    for (int run = 0; run < 2; ++run) {
+        KLog::ms_instance->EnableLogToFile(name, /*append=*/true);
+        KLog::ms_instance->Log(QStringLiteral("run"));
+    }
+    QCOMPARE(Content(name), QByteArray("run\r\nrun\r\n"));
+    KLog::ms_instance->Clear();
+    QCOMPARE(Content(name), QByteArray());
+    KLog::ms_instance->Log(QStringLiteral("after"));
+    QCOMPARE(Content(name), QByteArray("after\r\n"));
+    KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    QCOMPARE(Content(name), QByteArray());
+}
+
+void tst_KLog::unwritableFileShowsABox()
+{
+    const QString name = m_dir.filePath(QStringLiteral("absent/x.log"));
+    QString title, text;
+    QTimer::singleShot(0, this, [&] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QVERIFY(box);
+        title = box->windowTitle();
+        text = box->text();
+        box->accept();
+    });
+    KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    QCOMPARE(title, QStringLiteral("Critical error"));
+    QCOMPARE(text, QStringLiteral("Can not open file %1").arg(name));
+    QSignalSpy heard(KLog::ms_instance, SIGNAL(Logged(QString)));
+    KLog::ms_instance->Log(QStringLiteral("nowhere"));
+    QCOMPARE(heard.size(), 1);
+    QVERIFY(!QFile::exists(name));
+}
+
+void tst_KLog::threadsKeepLinesWhole()
+{
+    const QString name = m_dir.filePath(QStringLiteral("threads.log"));
+    KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 200; ++i)
+                KLog::ms_instance->Log(QString(20, QLatin1Char(char('a' + t))));
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    KLog::ms_instance->DisableLogToFile();
+    QMap<QByteArray, int> lines;
+    for (const QByteArray &line : Content(name).split('\n'))
+        ++lines[line];
+    for (int t = 0; t < 4; ++t)
+        QCOMPARE(lines.value(QByteArray(20, char('a' + t)) + '\r'), 200);
+}
+
+void tst_KLog::exitTwice()
+{
+    KLog::exit();
+    QCOMPARE(KLog::ms_instance, nullptr);
+    KLog::exit();
+}
+
+void tst_KLog::exceptionNamesItsPlace()
+{
+    QCOMPARE(KPlace("some/folder/KImage.cpp", 262), QStringLiteral("File: \"KImage\" Line: 262"));
+    QCOMPARE(KPlace(), QStringLiteral("File: \"KLog_test\" Line: %1").arg(__LINE__));
+    try {
+        KThrow("Invalid Bitmap");
+    } catch (const KException &e) {
+        QCOMPARE(e.what(), QStringLiteral("Invalid Bitmap"));
+    }
+}
+
+void tst_KLog::ompLock()
+{
+    KOmpMutex mutex;
+    {
+        KOmpMutexLocker locker(mutex.Lock());
+        QVERIFY(!omp_test_lock(mutex.Lock()));
+    }
+    QVERIFY(omp_test_lock(mutex.Lock()));
+    omp_unset_lock(mutex.Lock());
+    QCOMPARE(komp_get_thread_num(), 0);
+}
+
+QTEST_MAIN(tst_KLog)
+#include "KLog_test.moc"

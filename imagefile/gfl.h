@@ -1,7 +1,12 @@
 // The whole face of the image-file layer: bitmap and parameter records, and the functions on them.
 //
-// C-style, and re-entrant: any thread may call any function, on different bitmaps and different files. Paths are UTF-8.
-// Every function that can fail returns an error number of GflError; no exception leaves the layer.
+// C-style, and re-entrant: any thread may call any function, on different bitmaps and different files. Rules for all:
+//  - Paths and texts are UTF-8. Null pointers are GFL_ERROR_BAD_PARAMETERS, or the neutral answer where no error number
+//    is returned; freeing null does nothing.
+//  - Functions that can fail return a number of GflError, and gflLastErrorText() then says what was wrong. No exception
+//    leaves the layer.
+//  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx, and go back by their gflFree* function.
+//  - What a failed load would have filled is left empty: null pointers, zeroed records.
 #pragma once
 
 #include <cstddef>
@@ -34,8 +39,8 @@ enum GflType : std::uint16_t {
     GFL_RGBA = 32,
 };
 
-/// One picture. BitsPerComponent is 8 or 16 (unsigned, native byte order) or 32 (IEEE float, nominally 0 to 1). Alpha is
-/// straight. The record owns Data, ColorMap, Comment, MetaData and Name; gflFreeBitmap releases all of them.
+/// One picture. BitsPerComponent is 8 or 16 (unsigned, native byte order) or 32 (IEEE float, nominally 0 to 1). Alpha
+/// is straight. The record owns Data, ColorMap, Comment, MetaData and Name; gflFreeBitmap releases all of them.
 struct GFL_BITMAP {
     std::uint16_t Type;
     std::uint16_t Origin; // 0: first row on top
@@ -64,16 +69,17 @@ static_assert(sizeof(GFL_BITMAP) == 88 && offsetof(GFL_BITMAP, Data) == 48, "lay
 /// Bits of GFL_LOAD_PARAMS::Flags.
 enum GflLoadFlag : std::uint32_t {
     GFL_LOAD_FORCE_COLOR_MODEL = 0x0010, // deliver the form of ColorModel
-    GFL_LOAD_ORIGINAL_DEPTH = 0x0200, // keep the file's own depth; without it everything becomes 8 bits
-    GFL_LOAD_METADATA = 0x0400, // read ICC, IPTC, EXIF and XMP along with the pixels
-    GFL_LOAD_FULL = 0x8000, // set on every full read; changes nothing
+    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's own depth; without it everything becomes 8 bits
+    GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
+    GFL_LOAD_FULL = 0x8000,              // set on every full read; changes nothing
 };
 
 struct GFL_LOAD_PARAMS {
     std::uint32_t Flags;
     std::uint8_t Unused1[10];
-    std::uint16_t ColorModel; // a GflType
-    std::uint8_t Unused2[56];
+    std::uint16_t ColorModel;  // a GflType
+    std::uint8_t DefaultAlpha; // 0 to 255: alpha of an opaque file that is delivered as GFL_RGBA
+    std::uint8_t Unused2[55];
     // Camera raw development.
     std::uint8_t RawUseAutomaticBalance;
     std::uint8_t RawUseCameraBalance;
@@ -93,13 +99,239 @@ enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
 };
 
+/// GFL_SAVE_PARAMS::Compression: the format's own default (TIFF: none).
+constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
+
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
-    std::int32_t FormatIndex; // from gflGetFormatIndexByName
+    std::int32_t FormatIndex;  // from gflGetFormatIndexByName
     std::uint16_t Compression; // by format; TIFF: 0 none, 2 LZW, 4 deflate
-    std::uint16_t Quality; // JPEG, 0 to 100
+    std::uint16_t Quality;     // JPEG, 0 to 100
 };
 static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_PARAMS, Quality) == 10,
               "layout shared with hosts");
+
+/// How a file stores colour, values of GFL_FILE_INFORMATION::ColorModel. The numbers of CMYK and Lab are known to
+/// hosts.
+enum GflColorModel : std::uint16_t {
+    GFL_CM_RGB = 0,
+    GFL_CM_GREY = 1,
+    GFL_CM_PALETTE = 2,
+    GFL_CM_CMYK = 3,
+    GFL_CM_YCBCR = 4,
+    GFL_CM_OTHER = 5,
+    GFL_CM_LAB = 6,
+};
+
+/// What is known of a file without its pixels. Texts are zero-terminated ASCII.
+struct GFL_FILE_INFORMATION {
+    char FormatName[8];   // as gflGetFormatIndexByName takes it
+    char Description[64]; // "TIFF", "TIFF tiled", "JPEG", "JPEG progressive" ...
+    std::int32_t FormatIndex;
+    std::int32_t Width;
+    std::int32_t Height;
+    std::uint16_t BitsPerComponent;   // as a load with GFL_LOAD_ORIGINAL_DEPTH delivers them: 8, 16 or 32
+    std::uint16_t ComponentsPerPixel; // as stored in the file, alpha included; a palette counts as its 3 colours
+    std::uint16_t ColorModel;         // a GflColorModel
+    std::uint16_t Xdpi;               // 0: unknown
+    std::uint16_t Ydpi;
+    std::uint16_t Reserved;
+};
+
+/// An ICC profile.
+struct GFL_ICCPROFILE_DATA {
+    std::uint8_t *Data;
+    std::uint32_t Length; // bytes
+};
+static_assert(sizeof(GFL_ICCPROFILE_DATA) == 16 && offsetof(GFL_ICCPROFILE_DATA, Length) == 8,
+              "layout shared with hosts");
+
+/// An XMP packet, UTF-8 text of Length bytes. Not zero-terminated.
+struct GFL_XMP_DATA {
+    std::uint8_t *Data;
+    std::uint32_t Length; // bytes
+};
+static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
+
+/// Bit of GFL_IPTC_ENTRY::Id: Value holds the bytes as hexadecimal digits, because a zero byte is among them.
+constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
+
+struct GFL_IPTC_ENTRY {
+    std::uint32_t Id; // record << 8 | data set, and perhaps GFL_IPTC_HEXADECIMAL
+    char *Name;       // "Caption"
+    char *Value;      // the bytes of the data set
+};
+static_assert(sizeof(GFL_IPTC_ENTRY) == 24 && offsetof(GFL_IPTC_ENTRY, Name) == 8, "layout shared with hosts");
+
+/// The IPTC data sets of a picture in file order. Setting the block on a bitmap gives the same bytes again.
+struct GFL_IPTC_DATA {
+    std::uint32_t NumberOfItems;
+    GFL_IPTC_ENTRY *ItemsList;
+};
+static_assert(sizeof(GFL_IPTC_DATA) == 16 && offsetof(GFL_IPTC_DATA, ItemsList) == 8, "layout shared with hosts");
+
+/// Where an EXIF entry stands: GFL_EXIF_ENTRY::Flag, GFL_EXIF_ENTRYEX::Block.
+enum GflExifBlock : std::uint32_t {
+    GFL_EXIF_MAIN = 1,   // first directory: maker, model, orientation ...
+    GFL_EXIF_CAMERA = 2, // Exif directory
+    GFL_EXIF_INTEROPERABILITY = 4,
+    GFL_EXIF_GPS = 16,
+    GFL_EXIF_OWN = 32,    // added by this layer, such as "LensID"
+    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: decoded maker notes, thumbnail, sub-images
+};
+
+/// One EXIF value as text.
+struct GFL_EXIF_ENTRY {
+    std::uint32_t Flag; // a GflExifBlock below GFL_EXIF_OTHER
+    std::uint32_t Tag;
+    char *Name;  // "FocalLength"
+    char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localised
+};
+
+/// EXIF as a flat list of texts, in the order of blocks and tags. Maker notes and thumbnails are not in it.
+struct GFL_EXIF_DATA {
+    std::uint32_t NumberOfItems;
+    GFL_EXIF_ENTRY *ItemsList;
+};
+
+/// One raw EXIF value: Length bytes, numbers in native byte order, texts as stored. Data is null when Length is 0.
+struct GFL_EXIF_ENTRYEX {
+    std::uint16_t Tag;
+    std::uint16_t Format; // TIFF field type, 1 to 13
+    std::uint32_t Block;  // a GflExifBlock
+    std::uint32_t Reserved1;
+    std::uint32_t Reserved2;
+    std::uint32_t Length; // bytes
+    std::uint8_t *Data;
+    GFL_EXIF_ENTRYEX *Next;
+};
+static_assert(sizeof(GFL_EXIF_ENTRYEX) == 40 && offsetof(GFL_EXIF_ENTRYEX, Length) == 16
+                  && offsetof(GFL_EXIF_ENTRYEX, Data) == 24,
+              "layout shared with hosts");
+
+/// EXIF as a linked list of raw values, complete: setting the block on a bitmap gives the same metadata again.
+struct GFL_EXIF_DATAEX {
+    GFL_EXIF_ENTRYEX *Root;
+    std::uint32_t Flags;
+};
+static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) == 8, "layout shared with hosts");
+
+// ---- The library
+// -----------------------------------------------------------------------------------------------------
+
+/// Allocator of bitmaps and blocks; the contracts of malloc, realloc and free. Called from any thread.
+typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
+typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *userData);
+typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
+
+/// Starts the layer. Without a start, or with null callbacks, malloc, realloc and free serve. A second start while
+/// started is only counted: the first allocator stays until the last gflLibraryExit. Not to be called while bitmaps or
+/// blocks of another allocator are alive.
+GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
+                             void *userData);
+GFL_API void gflLibraryExit();
+
+/// Allows (not 0) or refuses (0, the default) LZW when saving; a refused save is GFL_ERROR_BAD_PARAMETERS.
+GFL_API void gflEnableLZW(int enable);
+
+/// Threads that one save may use, from 1; 0 (the default) means one a processor. The file is the same for any number.
+GFL_API void gflSetThreads(int threads);
+
+/// What was wrong with the last failed call of this thread: what was read, expected, found. Never null; valid until the
+/// thread's next call that fails.
+GFL_API const char *gflLastErrorText();
+
+/// A block that the layer can later free as part of a record. Null when memory is short.
+GFL_API void *gflMemoryAlloc(std::uint32_t size);
+
+// ---- Formats
+// ---------------------------------------------------------------------------------------------------------
+
+/// Index of a format by its lower-case name ("tiff", "jpeg"), or -1, which a save answers with
+/// GFL_ERROR_BAD_FORMAT_INDEX.
+GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
+
+/// True when the layer reads files with this suffix, given with its dot, in any case.
+GFL_API bool gflHasGoodExtension(const char *suffix);
+
+// ---- Reading
+// ---------------------------------------------------------------------------------------------------------
+
+GFL_API void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params);
+
+/// Size, depth and format without decoding pixels. @p index is -1 for any format; @p flags are ignored.
+GFL_API int gflGetFileInformationExUTF8(const char *path, std::int32_t index, GFL_FILE_INFORMATION *info,
+                                        std::uint32_t flags);
+GFL_API void gflFreeFileInformation(GFL_FILE_INFORMATION *info);
+
+/// Reads a whole picture into a new record, pixels as stored (orientation is not applied). Delivered are GFL_GREY,
+/// GFL_RGB and GFL_RGBA at 8, 16 or 32 bits, as GFL_LOAD_PARAMS asks. A file that ends early is GFL_ERROR_FILE_READ.
+/// @p info, which may be null, tells the file as gflGetFileInformationExUTF8 does.
+GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params,
+                              GFL_FILE_INFORMATION *info);
+
+/// The picture reduced to fit into a box of @p width by @p height pixels, sides in proportion, never enlarged; a box of
+/// 0 by 0 stands for 256 by 256. Decodes no more than that needs. Otherwise as gflLoadBitmapUTF8; @p info tells the
+/// size of the file, not of the thumbnail.
+GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BITMAP **bitmap,
+                                 const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
+
+/// A record that carries the metadata of a picture file and no pixels (Data is null; size and form are the file's).
+/// A file that could not be read as a picture gives the error that reading it would.
+GFL_API int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap);
+
+GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
+
+// ---- Writing
+// ---------------------------------------------------------------------------------------------------------
+
+GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
+
+/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with the EXIF, IPTC and XMP that it carries, and its ICC profile with
+/// GFL_SAVE_ICC_PROFILE. Depth and alpha are converted to what the format holds. The file is written beside the target
+/// and renamed when whole: a failed save leaves an existing file as it was. Symbolic links are followed.
+GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
+
+// ---- Metadata of a bitmap: copies go out, copies come in
+// --------------------------------------------------------------
+
+GFL_API bool gflBitmapHasICCProfile(const GFL_BITMAP *bitmap);
+GFL_API bool gflBitmapHasIPTC(const GFL_BITMAP *bitmap);
+GFL_API bool gflBitmapHasEXIF(const GFL_BITMAP *bitmap);
+GFL_API bool gflBitmapHasXMP(const GFL_BITMAP *bitmap);
+
+/// A copy of the block, the caller's to free; null when there is none or memory is short.
+GFL_API GFL_ICCPROFILE_DATA *gflBitmapGetICCProfileEx(const GFL_BITMAP *bitmap);
+GFL_API GFL_IPTC_DATA *gflBitmapGetIPTC(const GFL_BITMAP *bitmap);
+GFL_API GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t flags);
+GFL_API GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap);
+GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
+
+/// Replaces the profile of @p target by the one of @p source, or by none.
+GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
+/// Replaces the block of @p target by a copy of @p data; null takes it away.
+GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
+GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
+
+// ---- Metadata of a file
+// ----------------------------------------------------------------------------------------------
+
+GFL_API bool gflHasICCProfileUTF8(const char *path);
+GFL_API bool gflHasIPTCUTF8(const char *path);
+GFL_API bool gflHasEXIFUTF8(const char *path);
+GFL_API bool gflHasXMPUTF8(const char *path);
+
+/// The block of a picture file, the caller's to free; null when there is none or the file can't be read.
+GFL_API GFL_ICCPROFILE_DATA *gflLoadICCProfileUTF8(const char *path);
+GFL_API GFL_IPTC_DATA *gflLoadIPTCUTF8(const char *path);
+GFL_API GFL_EXIF_DATA *gflLoadEXIFUTF8(const char *path, std::uint32_t flags);
+GFL_API GFL_EXIF_DATAEX *gflLoadEXIF2UTF8(const char *path, std::uint32_t flags);
+GFL_API GFL_XMP_DATA *gflLoadXMPUTF8(const char *path);
+
+GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);
+GFL_API void gflFreeIPTC(GFL_IPTC_DATA *data);
+GFL_API void gflFreeEXIF(GFL_EXIF_DATA *data);
+GFL_API void gflFreeEXIF2(GFL_EXIF_DATAEX *data);
+GFL_API void gflFreeXMP(GFL_XMP_DATA *data);
 
 } // extern "C"

@@ -1,0 +1,205 @@
+// The records and numbers that cross the face of the image-file layer; gfl.h, which includes this, has the functions.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// Errors, returned as numbers by every function that reads or writes.
+enum GflError : std::uint16_t {
+    GFL_NO_ERROR = 0,
+    GFL_ERROR_FILE_OPEN = 1,
+    GFL_ERROR_FILE_READ = 2,
+    GFL_ERROR_FILE_CREATE = 3,
+    GFL_ERROR_FILE_WRITE = 4,
+    GFL_ERROR_NO_MEMORY = 5,
+    GFL_ERROR_UNKNOWN_FORMAT = 6,
+    GFL_ERROR_BAD_BITMAP = 7,
+    GFL_ERROR_BAD_FORMAT_INDEX = 10,
+    GFL_ERROR_BAD_PARAMETERS = 50,
+};
+
+/// Pixel forms, values of GFL_BITMAP::Type. The layer delivers and takes the last three; channels are interleaved.
+enum GflType : std::uint16_t {
+    GFL_BINARY = 1,
+    GFL_GREY = 2,
+    GFL_COLORS = 4,
+    GFL_RGB = 16,
+    GFL_RGBA = 32,
+};
+
+/// One picture. BitsPerComponent is 8 or 16 (unsigned, native byte order) or 32 (IEEE float, nominally 0 to 1). Alpha
+/// is straight. The record owns Data, ColorMap, Comment, MetaData and Name; gflFreeBitmap releases all of them.
+struct GFL_BITMAP {
+    std::uint16_t Type;
+    std::uint16_t Origin; // 0: first row on top
+    std::int32_t Width;
+    std::int32_t Height;
+    std::uint32_t BytesPerLine; // stride; multiply in 64 bits
+    std::int16_t LinePadding;
+    std::uint16_t BitsPerComponent;
+    std::uint16_t ComponentsPerPixel;
+    std::uint16_t BytesPerPixel;
+    std::uint16_t Xdpi;
+    std::uint16_t Ydpi;
+    std::int16_t TransparentIndex; // -1: none
+    std::int16_t Reserved;
+    std::int32_t ColorUsed;
+    std::uint8_t *ColorMap; // 1,024 bytes, or null
+    std::uint8_t *Data;
+    char *Comment;
+    void *MetaData; // the blocks read with or attached to the picture; only the gflBitmap* functions look inside
+    std::int32_t XOffset;
+    std::int32_t YOffset;
+    char *Name;
+};
+static_assert(sizeof(GFL_BITMAP) == 88 && offsetof(GFL_BITMAP, Data) == 48, "layout shared with hosts");
+
+/// Bits of GFL_LOAD_PARAMS::Flags.
+enum GflLoadFlag : std::uint32_t {
+    GFL_LOAD_FORCE_COLOR_MODEL = 0x0010, // deliver the form of ColorModel
+    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's own depth; without it everything becomes 8 bits
+    GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
+    GFL_LOAD_FULL = 0x8000,              // set on every full read; changes nothing
+};
+
+struct GFL_LOAD_PARAMS {
+    std::uint32_t Flags;
+    std::uint8_t Unused1[10];
+    std::uint16_t ColorModel;  // a GflType
+    std::uint8_t DefaultAlpha; // 0 to 255: alpha of an opaque file that is delivered as GFL_RGBA
+    std::uint8_t Unused2[55];
+    // Camera raw development.
+    std::uint8_t RawUseAutomaticBalance;
+    std::uint8_t RawUseCameraBalance;
+    std::uint8_t RawHighlight;
+    std::uint8_t RawAutoBright;
+    float RawGamma;
+    float RawBrightness;
+    float RawRedScaling;
+    float RawBlueScaling;
+};
+static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_PARAMS, RawUseAutomaticBalance) == 72
+                  && offsetof(GFL_LOAD_PARAMS, RawBlueScaling) == 88,
+              "layout shared with hosts");
+
+/// Bits of GFL_SAVE_PARAMS::Flags.
+enum GflSaveFlag : std::uint32_t {
+    GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
+};
+
+/// GFL_SAVE_PARAMS::Compression: the format's own default (TIFF: none).
+constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
+
+struct GFL_SAVE_PARAMS {
+    std::uint32_t Flags;
+    std::int32_t FormatIndex;  // from gflGetFormatIndexByName
+    std::uint16_t Compression; // by format; TIFF: 0 none, 2 LZW, 4 deflate
+    std::uint16_t Quality;     // JPEG, 0 to 100
+};
+static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_PARAMS, Quality) == 10,
+              "layout shared with hosts");
+
+/// How a file stores colour, values of GFL_FILE_INFORMATION::ColorModel. The numbers of CMYK and Lab are known to
+/// hosts.
+enum GflColorModel : std::uint16_t {
+    GFL_CM_RGB = 0,
+    GFL_CM_GREY = 1,
+    GFL_CM_PALETTE = 2,
+    GFL_CM_CMYK = 3,
+    GFL_CM_YCBCR = 4,
+    GFL_CM_OTHER = 5,
+    GFL_CM_LAB = 6,
+};
+
+/// What is known of a file without its pixels. Texts are zero-terminated ASCII.
+struct GFL_FILE_INFORMATION {
+    char FormatName[8];   // as gflGetFormatIndexByName takes it
+    char Description[64]; // "TIFF", "TIFF tiled", "JPEG", "JPEG progressive" ...
+    std::int32_t FormatIndex;
+    std::int32_t Width;
+    std::int32_t Height;
+    std::uint16_t BitsPerComponent;   // as a load with GFL_LOAD_ORIGINAL_DEPTH delivers them: 8, 16 or 32
+    std::uint16_t ComponentsPerPixel; // as stored in the file, alpha included; a palette counts as its 3 colours
+    std::uint16_t ColorModel;         // a GflColorModel
+    std::uint16_t Xdpi;               // 0: unknown
+    std::uint16_t Ydpi;
+    std::uint16_t Reserved;
+};
+
+/// An ICC profile.
+struct GFL_ICCPROFILE_DATA {
+    std::uint8_t *Data;
+    std::uint32_t Length; // bytes
+};
+static_assert(sizeof(GFL_ICCPROFILE_DATA) == 16 && offsetof(GFL_ICCPROFILE_DATA, Length) == 8,
+              "layout shared with hosts");
+
+/// An XMP packet, UTF-8 text of Length bytes. Not zero-terminated.
+struct GFL_XMP_DATA {
+    std::uint8_t *Data;
+    std::uint32_t Length; // bytes
+};
+static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
+
+/// Bit of GFL_IPTC_ENTRY::Id: Value holds the bytes as hexadecimal digits, because a zero byte is among them.
+constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
+
+struct GFL_IPTC_ENTRY {
+    std::uint32_t Id; // record << 8 | data set, and perhaps GFL_IPTC_HEXADECIMAL
+    char *Name;       // "Caption"
+    char *Value;      // the bytes of the data set
+};
+static_assert(sizeof(GFL_IPTC_ENTRY) == 24 && offsetof(GFL_IPTC_ENTRY, Name) == 8, "layout shared with hosts");
+
+/// The IPTC data sets of a picture in file order. Setting the block on a bitmap gives the same bytes again.
+struct GFL_IPTC_DATA {
+    std::uint32_t NumberOfItems;
+    GFL_IPTC_ENTRY *ItemsList;
+};
+static_assert(sizeof(GFL_IPTC_DATA) == 16 && offsetof(GFL_IPTC_DATA, ItemsList) == 8, "layout shared with hosts");
+
+/// Where an EXIF entry stands: GFL_EXIF_ENTRY::Flag, GFL_EXIF_ENTRYEX::Block.
+enum GflExifBlock : std::uint32_t {
+    GFL_EXIF_MAIN = 1,   // first directory: maker, model, orientation ...
+    GFL_EXIF_CAMERA = 2, // Exif directory
+    GFL_EXIF_INTEROPERABILITY = 4,
+    GFL_EXIF_GPS = 16,
+    GFL_EXIF_OWN = 32,    // added by this layer, such as "LensID"
+    GFL_EXIF_OTHER = 256, // and above, GFL_EXIF_DATAEX only: decoded maker notes, thumbnail, sub-images
+};
+
+/// One EXIF value as text.
+struct GFL_EXIF_ENTRY {
+    std::uint32_t Flag; // a GflExifBlock below GFL_EXIF_OTHER
+    std::uint32_t Tag;
+    char *Name;  // "FocalLength"
+    char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localised
+};
+
+/// EXIF as a flat list of texts, in the order of blocks and tags. Maker notes and thumbnails are not in it.
+struct GFL_EXIF_DATA {
+    std::uint32_t NumberOfItems;
+    GFL_EXIF_ENTRY *ItemsList;
+};
+
+/// One raw EXIF value: Length bytes, numbers in native byte order, texts as stored. Data is null when Length is 0.
+struct GFL_EXIF_ENTRYEX {
+    std::uint16_t Tag;
+    std::uint16_t Format; // TIFF field type, 1 to 13
+    std::uint32_t Block;  // a GflExifBlock
+    std::uint32_t Reserved1;
+    std::uint32_t Reserved2;
+    std::uint32_t Length; // bytes
+    std::uint8_t *Data;
+    GFL_EXIF_ENTRYEX *Next;
+};
+static_assert(sizeof(GFL_EXIF_ENTRYEX) == 40 && offsetof(GFL_EXIF_ENTRYEX, Length) == 16
+                  && offsetof(GFL_EXIF_ENTRYEX, Data) == 24,
+              "layout shared with hosts");
+
+/// EXIF as a linked list of raw values, complete: setting the block on a bitmap gives the same metadata again.
+struct GFL_EXIF_DATAEX {
+    GFL_EXIF_ENTRYEX *Root;
+    std::uint32_t Flags;
+};
+static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) == 8, "layout shared with hosts");

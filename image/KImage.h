@@ -109,7 +109,14 @@ public:
     /// @p compression as in TranscodeCompression. ICC profile, IPTC and EXIF of the file @p metadataSource are carried
     /// over unless it is empty. A failed write leaves an existing file as it was, and no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// Turns a compression number into the layer's fields; -1 leaves its defaults. @p format in lower case.
+    /// Turns a compression number into the layer's fields; @p format in lower case. -1 leaves the layer's defaults.
+    ///
+    ///   | format    | number                                                          |
+    ///   |-----------|-----------------------------------------------------------------|
+    ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
+    ///   | tiff      | 2 LZW, 3 deflate, others none                                   |
+    ///   | exr       | 1 to 4 and 6 to 8: the method of one less; others PIZ           |
+    ///   | png, hdri, psd | handed on                                                  |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
     /// Throws the KException of a layer's error; returns for 0. An empty @p fileName leaves the file's line out.
     void CheckIfGFLError(int error, QString fileName, QString where);

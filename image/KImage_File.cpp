@@ -1,0 +1,202 @@
+// Image files: reading into the bitmap record and writing from it, by way of the image-file layer.
+#include "KImage.h"
+
+#include "DiskChecks.h"
+#include "ImageDatas.h"
+#include "KImage_p.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+
+namespace {
+
+/// A loader's information record for the length of a scope.
+struct FileInformation : GFL_FILE_INFORMATION {
+    FileInformation() : GFL_FILE_INFORMATION() { }
+    ~FileInformation() { gflFreeFileInformation(this); }
+    FileInformation(const FileInformation &) = delete;
+    FileInformation &operator=(const FileInformation &) = delete;
+};
+
+struct BitmapDeleter {
+    void operator()(GFL_BITMAP *bitmap) const { gflFreeBitmap(bitmap); }
+};
+using Bitmap = std::unique_ptr<GFL_BITMAP, BitmapDeleter>;
+
+/// Copies ICC profile, IPTC and EXIF, as far as @p source has them, to the bitmap that is about to be written. XMP
+/// stays behind: it describes the editing of the source.
+void CopyMetadata(GFL_BITMAP *source, GFL_BITMAP *target, GFL_SAVE_PARAMS &params)
+{
+    if (gflBitmapHasICCProfile(source)) {
+        gflBitmapCopyICCProfile(source, target);
+        params.Flags |= GFL_SAVE_ICC_PROFILE;
+    }
+    if (gflBitmapHasIPTC(source)) {
+        GFL_IPTC_DATA *iptc = gflBitmapGetIPTC(source);
+        gflBitmapSetIPTC(target, iptc);
+        gflFreeIPTC(iptc);
+    }
+    if (gflBitmapHasEXIF(source)) {
+        GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(source);
+        gflBitmapSetEXIF2(target, exif);
+        gflFreeEXIF2(exif);
+    }
+}
+
+QString FormatName(const QString &format)
+{
+    const QString name = format.toLower();
+    if (name == QLatin1String("jpg"))
+        return QStringLiteral("jpeg");
+    if (name == QLatin1String("tif"))
+        return QStringLiteral("tiff");
+    if (name == QLatin1String("hdr"))
+        return QStringLiteral("hdri");
+    return name;
+}
+
+/// Tries to say by the disk why a save failed; returns if the disk is not to blame. The check leaves an empty file
+/// where none was: that one goes again.
+void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
+{
+    const bool existed = QFile::exists(fileName);
+    const qint64 bytes = static_cast<qint64>(bitmap.Width) * bitmap.Height * bitmap.BytesPerPixel;
+    CheckAndThrowForDiskSpace(fileName, bytes, where);
+    if (!existed)
+        QFile::remove(fileName);
+}
+
+struct ErrorName {
+    int error;
+    const char *name;
+};
+
+constexpr ErrorName kErrorNames[] = {
+    {GFL_ERROR_FILE_OPEN, "GFL_ERROR_FILE_OPEN"},           {GFL_ERROR_FILE_READ, "GFL_ERROR_FILE_READ"},
+    {GFL_ERROR_FILE_CREATE, "GFL_ERROR_FILE_CREATE"},       {GFL_ERROR_FILE_WRITE, "GFL_ERROR_FILE_WRITE"},
+    {GFL_ERROR_NO_MEMORY, "GFL_ERROR_NO_MEMORY"},           {GFL_ERROR_UNKNOWN_FORMAT, "GFL_ERROR_UNKNOWN_FORMAT"},
+    {GFL_ERROR_BAD_BITMAP, "GFL_ERROR_BAD_BITMAP"},         {GFL_ERROR_BAD_FORMAT_INDEX, "GFL_ERROR_BAD_FORMAT_INDEX"},
+    {GFL_ERROR_BAD_PARAMETERS, "GFL_ERROR_BAD_PARAMETERS"},
+};
+
+const char *NameOfError(int error)
+{
+    for (const ErrorName &entry : kErrorNames) {
+        if (entry.error == error)
+            return entry.name;
+    }
+    return "GFL_UNKNOWN_ERROR";
+}
+
+/// Compression numbers of OpenEXR to the layer's; whatever is not named is 4 (PIZ).
+unsigned short ExrCompression(int compression)
+{
+    if (compression >= 1 && compression <= 4)
+        return static_cast<unsigned short>(compression - 1);
+    if (compression >= 6 && compression <= 8)
+        return static_cast<unsigned short>(compression - 1);
+    return 4;
+}
+
+unsigned short TiffCompression(int compression)
+{
+    constexpr unsigned short kNone = 0, kLzw = 2, kDeflate = 4;
+    return compression == 2 ? kLzw : compression == 3 ? kDeflate : kNone;
+}
+
+} // namespace
+
+void KImage::Read(QString fileName, unsigned short type, bool thumbnail)
+{
+    FreeBitmap();
+    GFL_LOAD_PARAMS params;
+    ImageDatas::GetDefaultLoadParams(&params);
+    params.Flags |= GFL_LOAD_FULL | GFL_LOAD_METADATA | GFL_LOAD_ORIGINAL_DEPTH | GFL_LOAD_FORCE_COLOR_MODEL;
+    params.ColorModel = type;
+    CheckIfFileExists(fileName, QStringLiteral("Read"));
+    const QByteArray path = fileName.toUtf8();
+    FileInformation information;
+    const int error = thumbnail ? gflLoadThumbnailUTF8(path.constData(), 0, 0, &m_bitmap, &params, &information)
+                                : gflLoadBitmapUTF8(path.constData(), &m_bitmap, &params, &information);
+    CheckIfGFLError(error, fileName, KPlace());
+}
+
+void KImage::ID_Read(QString fileName, bool nativeDepth)
+{
+    const QString where = QStringLiteral("ID_Read");
+    if (m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (fileName.isEmpty())
+        KThrow(kInvalidParameter);
+    GFL_LOAD_PARAMS params;
+    ImageDatas::GetDefaultLoadParams(&params);
+    params.Flags |= GFL_LOAD_FULL;
+    if (nativeDepth)
+        params.Flags |= GFL_LOAD_ORIGINAL_DEPTH;
+    CheckIfFileExists(fileName, where);
+    FileInformation information;
+    const int error = gflLoadBitmapUTF8(fileName.toUtf8().constData(), &m_bitmap, &params, &information);
+    CheckIfGFLError(error, fileName, where);
+}
+
+void KImage::Write(QString fileName, QString format, int compression, QString metadataSource)
+{
+    if (!m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (!IsWorkingDepth(bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (fileName.isEmpty())
+        KThrow(kInvalidParameter);
+    if (format.isEmpty())
+        KThrow(kInvalidParameter);
+
+    const QString formatName = FormatName(format);
+    GFL_SAVE_PARAMS params;
+    gflGetDefaultSaveParams(&params);
+    TranscodeCompression(formatName, compression, params);
+
+    if (!metadataSource.isEmpty()) {
+        GFL_BITMAP *loaded = nullptr;
+        const int error = gflLoadMetadataUTF8(metadataSource.toUtf8().constData(), &loaded);
+        const Bitmap source(loaded);
+        CheckIfGFLError(error, metadataSource, KPlace());
+        CopyMetadata(source.get(), m_bitmap, params);
+    }
+
+    params.FormatIndex = gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
+    const int error = gflSaveBitmapUTF8(fileName.toUtf8().constData(), m_bitmap, &params);
+    if (error != GFL_NO_ERROR)
+        BlameDisk(fileName, *m_bitmap, KPlace());
+    CheckIfGFLError(error, fileName, KPlace());
+}
+
+void KImage::TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params)
+{
+    if (compression == -1)
+        return;
+    if (format == QLatin1String("jpeg"))
+        params.Quality = static_cast<unsigned short>(compression * 8 + 4);
+    else if (format == QLatin1String("tiff"))
+        params.Compression = TiffCompression(compression);
+    else if (format == QLatin1String("exr"))
+        params.Compression = ExrCompression(compression);
+    else if (format == QLatin1String("png") || format == QLatin1String("hdri") || format == QLatin1String("psd"))
+        params.Compression = static_cast<unsigned short>(compression);
+}
+
+void KImage::CheckIfGFLError(int error, QString fileName, QString where)
+{
+    const int number = error & 0xFFFF;
+    if (number == GFL_NO_ERROR)
+        return;
+    QString message =
+        QCoreApplication::translate("KException", "Error GFL : \"%1\"").arg(QLatin1String(NameOfError(number)));
+    if (!fileName.isEmpty()) {
+        message += QLatin1Char('\n')
+            + QCoreApplication::translate("KException", "File : \"%1\"").arg(QFileInfo(fileName).absoluteFilePath());
+    }
+    throw KException(message, where);
+}

@@ -1,0 +1,225 @@
+#include "KImage.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstring>
+#include <functional>
+
+namespace {
+
+QString Thrown(const std::function<void()> &call)
+{
+    try {
+        call();
+    } catch (const KException &e) {
+        return e.what();
+    }
+    return QString();
+}
+
+/// Three 8-bit channels that differ everywhere.
+void FillWithRamp(KImage &image, int width, int height)
+{
+    image.AllocBitmap(width, height, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    for (int y = 0; y < height; ++y) {
+        for (int i = 0; i < 3 * width; ++i)
+            image.getData(0, y)[i] = static_cast<unsigned char>(7 * i + 31 * y);
+    }
+}
+
+} // namespace
+
+class tst_KImageFile : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { KImage::init(nullptr); }
+    void cleanupTestCase() { KImage::exit(); }
+
+    void compressionNumbers_data();
+    void compressionNumbers();
+    void errorTexts_data();
+    void errorTexts();
+    void formatNames_data();
+    void formatNames();
+    void guards();
+    void readsWhatItWrote();
+    void readForcesTheForm();
+    void damagedFile();
+    void missingMetadataSourceWritesNothing();
+    void failedWriteLeavesNothing_data();
+    void failedWriteLeavesNothing();
+
+private:
+    QString File(const char *name) { return m_dir.filePath(QString::fromUtf8(name)); }
+
+    QTemporaryDir m_dir;
+};
+
+void tst_KImageFile::compressionNumbers_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<int>("compression"); // -1: as the layer's defaults have it
+    QTest::addColumn<int>("quality");
+    struct {
+        const char *format;
+        int number, compression, quality;
+    } const rows[] = {
+        {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
+        {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
+        {"exr", 0, 4, -1},  {"exr", 1, 0, -1},     {"exr", 2, 1, -1},    {"exr", 3, 2, -1},   {"exr", 4, 3, -1},
+        {"exr", 5, 4, -1},  {"exr", 6, 5, -1},     {"exr", 7, 6, -1},    {"exr", 8, 7, -1},   {"exr", 9, 4, -1},
+        {"hdri", 1, 1, -1}, {"psd", 2, 2, -1},     {"TIFF", 3, -1, -1},  {"gif", 3, -1, -1},
+    };
+    for (const auto &row : rows) {
+        QTest::addRow("%s %d", row.format, row.number)
+            << QString::fromLatin1(row.format) << row.number << row.compression << row.quality;
+    }
+}
+
+void tst_KImageFile::compressionNumbers()
+{
+    QFETCH(QString, format);
+    QFETCH(int, number);
+    QFETCH(int, compression);
+    QFETCH(int, quality);
+    GFL_SAVE_PARAMS defaults, params;
+    gflGetDefaultSaveParams(&defaults);
+    params = defaults;
+    KImage().TranscodeCompression(format, number, params);
+    QCOMPARE(int(params.Compression), compression < 0 ? int(defaults.Compression) : compression);
+    QCOMPARE(int(params.Quality), quality < 0 ? int(defaults.Quality) : quality);
+}
+
+void tst_KImageFile::errorTexts_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("success") << 0 << QStringLiteral("/x") << QString();
+    QTest::newRow("low 16 bits only") << 0x10000 << QStringLiteral("/x") << QString();
+    QTest::newRow("two lines") << 6 << QStringLiteral("/a/../b.jpg")
+                               << QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"/a/../b.jpg\"");
+    QTest::newRow("one line") << 50 << QString() << QStringLiteral("Error GFL : \"GFL_ERROR_BAD_PARAMETERS\"");
+    QTest::newRow("no name") << 8 << QString() << QStringLiteral("Error GFL : \"GFL_UNKNOWN_ERROR\"");
+}
+
+void tst_KImageFile::errorTexts()
+{
+    QFETCH(int, error);
+    QFETCH(QString, fileName);
+    QTEST(Thrown([&] { KImage().CheckIfGFLError(error, fileName, QStringLiteral("place")); }), "message");
+}
+
+void tst_KImageFile::formatNames_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QByteArray>("magic");
+    QTest::newRow("JPG") << QStringLiteral("JPG") << QByteArray("\xff\xd8");
+    QTest::newRow("jpeg") << QStringLiteral("jpeg") << QByteArray("\xff\xd8");
+    QTest::newRow("TIF") << QStringLiteral("TIF") << QByteArray("II*");
+}
+
+void tst_KImageFile::formatNames()
+{
+    QFETCH(QString, format);
+    QFETCH(QByteArray, magic);
+    KImage image;
+    FillWithRamp(image, 16, 8);
+    const QString name = File("named.bin"); // the format decides, not the file's name
+    image.Write(name, format, 3, QString());
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.read(magic.size()), magic);
+}
+
+void tst_KImageFile::guards()
+{
+    const QString invalidBitmap = QStringLiteral("Invalid Bitmap");
+    const QString invalidParameter = QStringLiteral("Invalid Parameter");
+    const QString tiff = QStringLiteral("tiff");
+    KImage empty, image(1, 1, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    KImage odd(1, 1, GFL_RGB, 24, /*clear=*/true, nullptr, 0);
+    QCOMPARE(Thrown([&] { empty.Write(QString(), QString(), 0, QString()); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { odd.Write(File("x"), tiff, 0, QString()); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { image.Write(QString(), tiff, 0, QString()); }), invalidParameter);
+    QCOMPARE(Thrown([&] { image.Write(File("x"), QString(), 0, QString()); }), invalidParameter);
+    QCOMPARE(Thrown([&] { image.ID_Read(File("x"), true); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { empty.ID_Read(QString(), true); }), invalidParameter);
+    QCOMPARE(Thrown([&] { empty.ID_Read(File("absent"), true); }),
+             QStringLiteral("\nFile \"%1\" is not found").arg(File("absent")));
+    QCOMPARE(Thrown([&] { image.Write(File("x"), QStringLiteral("nonsense"), 0, QString()); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(File("x")));
+    QVERIFY(!QFile::exists(File("x")));
+}
+
+void tst_KImageFile::readsWhatItWrote()
+{
+    KImage image, back;
+    FillWithRamp(image, 13, 7);
+    const QString name = File("Größe ✓.tif"); // paths are Unicode
+    image.Write(name, QStringLiteral("tiff"), 3, QString());
+    back.ID_Read(name, /*nativeDepth=*/true);
+    QCOMPARE(back.width(), 13);
+    QCOMPARE(int(back.type()), int(GFL_RGB));
+    for (int y = 0; y < 7; ++y)
+        QCOMPARE(std::memcmp(back.getData(0, y), image.getData(0, y), 39), 0);
+}
+
+void tst_KImageFile::readForcesTheForm()
+{
+    KImage image, back(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0); // Read replaces what was there
+    FillWithRamp(image, 5, 4);
+    image.Write(File("rgb.tif"), QStringLiteral("tiff"), 0, QString());
+    back.Read(File("rgb.tif"), GFL_RGBA, /*thumbnail=*/false);
+    QCOMPARE(int(back.type()), int(GFL_RGBA));
+    QCOMPARE(int(back.getData(4, 3)[3]), 255);
+    QCOMPARE(std::memcmp(back.getData(4, 3), image.getData(4, 3), 3), 0);
+}
+
+void tst_KImageFile::damagedFile()
+{
+    QFile file(File("text.jpg"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("This is not a picture.");
+    file.close();
+    KImage image;
+    QCOMPARE(Thrown([&] { image.ID_Read(file.fileName(), true); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"%1\"").arg(file.fileName()));
+    QVERIFY(!image.m_bitmap);
+}
+
+void tst_KImageFile::missingMetadataSourceWritesNothing()
+{
+    KImage image;
+    FillWithRamp(image, 3, 3);
+    QCOMPARE(Thrown([&] { image.Write(File("out.tif"), QStringLiteral("tiff"), 0, File("absent.jpg")); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
+    QVERIFY(!QFile::exists(File("out.tif")));
+}
+
+void tst_KImageFile::failedWriteLeavesNothing_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("folder missing") << File("absent/out.tif")
+                                    << QStringLiteral("Cannot write into file \"%1\"").arg(File("absent/out.tif"));
+    QTest::newRow("a folder in its place")
+        << m_dir.path() << QStringLiteral("Cannot write into file \"%1\"").arg(m_dir.path());
+}
+
+void tst_KImageFile::failedWriteLeavesNothing()
+{
+    QFETCH(QString, target);
+    KImage image;
+    FillWithRamp(image, 3, 3);
+    const QStringList before = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden);
+    QTEST(Thrown([&] { image.Write(target, QStringLiteral("tiff"), 3, QString()); }), "message");
+    QCOMPARE(QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden), before);
+}
+
+QTEST_APPLESS_MAIN(tst_KImageFile)
+#include "KImage_File_test.moc"

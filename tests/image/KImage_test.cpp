@@ -1,0 +1,263 @@
+#include "KImage.h"
+
+#include "ImageDatas.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+namespace {
+
+QString Thrown(const std::function<void()> &call)
+{
+    try {
+        call();
+    } catch (const KException &e) {
+        return e.what();
+    }
+    return QString();
+}
+
+const QString kInvalidBitmap = QStringLiteral("Invalid Bitmap");
+const QString kInvalidParameter = QStringLiteral("Invalid Parameter");
+
+} // namespace
+
+class tst_KImage : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void record_data();
+    void record();
+    void refusedShapes_data();
+    void refusedShapes();
+    void sameShapeKeepsItsBlock();
+    void wrappedBlockSurvives();
+    void copyOwnsItsPixels();
+    void assignedToItselfItIsEmpty();
+    void rowsBeyondFourGiB();
+    void dpi();
+    void integrity_data();
+    void integrity();
+    void logHook();
+    void rawSettingsReachTheLoad();
+};
+
+void tst_KImage::record_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<uint>("stride");
+    QTest::addColumn<int>("colorUsed");
+    QTest::newRow("grey, a byte wide") << int(GFL_GREY) << 1 << 8 << 1 << 4u << 256;
+    QTest::newRow("2,403 bytes round up") << int(GFL_RGB) << 801 << 8 << 3 << 2404u << 0;
+    QTest::newRow("16 bits") << int(GFL_RGB) << 3 << 16 << 3 << 20u << 0;
+    QTest::newRow("float RGBA") << int(GFL_RGBA) << 10 << 32 << 4 << 160u << 0;
+    QTest::newRow("palette") << int(GFL_COLORS) << 5 << 8 << 1 << 8u << 256;
+    QTest::newRow("three channels of another order") << 0x0040 << 4 << 8 << 3 << 12u << 0;
+    QTest::newRow("four of another order") << 0x2000 << 4 << 8 << 4 << 16u << 0;
+}
+
+void tst_KImage::record()
+{
+    QFETCH(int, type);
+    QFETCH(int, width);
+    QFETCH(int, bits);
+    QFETCH(int, channels);
+    const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
+    const GFL_BITMAP &bitmap = *image.m_bitmap;
+    QCOMPARE(int(bitmap.Type), type);
+    QCOMPARE(int(bitmap.ComponentsPerPixel), channels);
+    QCOMPARE(int(bitmap.BytesPerPixel), bits / 8 * channels);
+    QTEST(uint(bitmap.BytesPerLine), "stride");
+    QTEST(int(bitmap.ColorUsed), "colorUsed");
+    QCOMPARE(bitmap.ColorMap != nullptr, type == GFL_COLORS);
+    QCOMPARE(int(bitmap.LinePadding), 4);
+    QCOMPARE(int(bitmap.TransparentIndex), -1);
+    QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
+    const std::vector<unsigned char> zeros(2 * bitmap.BytesPerLine, 0);
+    QCOMPARE(std::memcmp(bitmap.Data, zeros.data(), zeros.size()), 0);
+    QCOMPARE(image.getData(width - 1, 1), bitmap.Data + bitmap.BytesPerLine + (width - 1) * bitmap.BytesPerPixel);
+}
+
+void tst_KImage::refusedShapes_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("unknown type") << 4 << 4 << 0x0008 << kInvalidParameter;
+    QTest::newRow("no type") << 4 << 4 << 0 << kInvalidParameter;
+    QTest::newRow("negative width") << -4 << 4 << int(GFL_RGB) << kInvalidParameter;
+    QTest::newRow("negative height") << 4 << -4 << int(GFL_RGB) << kInvalidParameter;
+    QTest::newRow("row beyond 32 bits") << 0x10000001 << 1 << int(GFL_RGBA) << QStringLiteral("Not enough memory");
+    QTest::newRow("more than any address space")
+        << 0x0FFFFFFF << 0x7FFFFFFF << int(GFL_RGBA) << QStringLiteral("Not enough memory");
+}
+
+void tst_KImage::refusedShapes()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(int, type);
+    KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    QTEST(Thrown([&] {
+              image.AllocBitmap(width, height, static_cast<unsigned short>(type), 32, /*clear=*/false, nullptr, 0);
+          }),
+          "message");
+    QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+    image.AllocBitmap(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(int(*image.getData(1, 1)), 0);
+}
+
+void tst_KImage::sameShapeKeepsItsBlock()
+{
+    KImage image(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    *image.getData(4, 2) = 77;
+    const unsigned char *block = image.m_bitmap->Data;
+    image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
+    QCOMPARE(image.m_bitmap->Data, block);
+    QCOMPARE(int(*image.getData(4, 2)), 77);
+    image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(int(*image.getData(4, 2)), 0);
+}
+
+void tst_KImage::wrappedBlockSurvives()
+{
+    std::vector<unsigned char> block(1002 * 2, 9);
+    {
+        KImage image(5, 2, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+        image.AllocBitmap(5, 2, GFL_RGB, 8, /*clear=*/false, block.data(), 1002);
+        QCOMPARE(image.m_bitmap->Data, block.data());
+        QCOMPARE(int(image.m_bitmap->LinePadding), 2);
+        QVERIFY(!image.m_ownsData);
+        *image.getData(1, 1) = 5;
+        image.AllocBitmap(5, 2, GFL_RGB, 8, /*clear=*/false, nullptr, 0); // same shape: stays wrapped
+        QCOMPARE(image.m_bitmap->Data, block.data());
+        image.FreeBitmap();
+        QVERIFY(image.m_ownsData && !image.m_bitmap);
+    }
+    QCOMPARE(int(block[1002 + 3]), 5);
+    QCOMPARE(int(block[1002 + 4]), 9);
+    const KImage cleared(334, 2, GFL_RGB, 8, /*clear=*/true, block.data(), 1002);
+    QCOMPARE(int(block[1002 + 4]), 0);
+}
+
+void tst_KImage::copyOwnsItsPixels()
+{
+    std::vector<unsigned char> block(12 * 2, 9);
+    KImage copy;
+    {
+        KImage wrapping(4, 2, GFL_RGB, 8, /*clear=*/false, block.data(), 12);
+        wrapping.SetDPI(300);
+        wrapping.m_spareFlag = true;
+        wrapping.m_bitmap->XOffset = 7;
+        wrapping.m_bitmap->Name = strdup("name");
+        wrapping.m_bitmap->Comment = strdup("comment");
+        copy = wrapping;
+    }
+    block.assign(block.size(), 0);
+    QVERIFY(copy.m_ownsData && copy.m_spareFlag);
+    QCOMPARE(int(*copy.getData(3, 1)), 9);
+    QCOMPARE(int(copy.m_bitmap->Xdpi), 300);
+    QCOMPARE(copy.m_bitmap->XOffset, 7);
+    QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
+    QVERIFY(!copy.m_bitmap->Comment); // not carried over
+    copy = KImage();
+    QVERIFY(!copy.m_bitmap);
+}
+
+void tst_KImage::assignedToItselfItIsEmpty()
+{
+    KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    KImage &same = image;
+    image = same;
+    QVERIFY(!image.m_bitmap);
+}
+
+void tst_KImage::rowsBeyondFourGiB()
+{
+    // 4.5 GiB that nobody touches but for two pixels: the system gives pages only to those.
+    const int width = 30000, height = 40000;
+    KImage image(width, height, GFL_RGBA, 8, /*clear=*/false, nullptr, 0);
+    unsigned char *last = image.getData(width - 1, height - 1);
+    QCOMPARE(qint64(last - image.getData(0, 0)), qint64(width) * height * 4 - 4);
+    *last = 42;
+    QCOMPARE(int(image.m_bitmap->Data[qint64(width) * height * 4 - 4]), 42);
+}
+
+void tst_KImage::dpi()
+{
+    KImage image;
+    QCOMPARE(Thrown([&] { image.SetDPI(300); }), kInvalidBitmap);
+    QCOMPARE(Thrown([&] { image.ClearBitmap(); }), kInvalidBitmap);
+    image.AllocBitmap(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    image.SetDPI(0x10000 + 240);
+    QCOMPARE(int(image.m_bitmap->Xdpi), 240);
+    QCOMPARE(int(image.m_bitmap->Ydpi), 240);
+}
+
+void tst_KImage::integrity_data()
+{
+    QTest::addColumn<float>("early");
+    QTest::addColumn<float>("late");
+    QTest::addColumn<int>("result");
+    QTest::newRow("clean") << 0.0f << 1.0f << 0;
+    QTest::newRow("negative at the end") << 0.5f << -0.5f << -1;
+    QTest::newRow("not a number comes first") << float(NAN) << -0.5f << 2;
+    QTest::newRow("huge comes first") << 2e9f << float(NAN) << 1;
+    QTest::newRow("a billion is fine") << 1e9f << 0.0f << 0;
+}
+
+void tst_KImage::integrity()
+{
+    QFETCH(float, early);
+    QFETCH(float, late);
+    KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    std::memcpy(image.getData(1, 0), &early, sizeof early);
+    std::memcpy(image.getData(2, 1) + 12, &late, sizeof late);
+    QTEST(image.IntegrityValidation(), "result");
+}
+
+void tst_KImage::logHook()
+{
+    KImage::Log("nobody listens");
+    std::string heard;
+    KImage::SetLog([](const std::string &text, void *data) { *static_cast<std::string *>(data) = text; }, &heard);
+    KImage::Log("line");
+    KImage::SetLog(nullptr, nullptr);
+    KImage::Log("unheard");
+    QCOMPARE(QString::fromStdString(heard), QStringLiteral("line"));
+}
+
+void tst_KImage::rawSettingsReachTheLoad()
+{
+    KImage::init(nullptr);
+    ImageDatas *own = ImageDatas::settings;
+    KImage::init(nullptr);
+    QCOMPARE(ImageDatas::settings, own); // started once
+    own->rawHighlight = 300;
+    own->rawGamma = 1.8f;
+    GFL_LOAD_PARAMS params;
+    ImageDatas::GetDefaultLoadParams(&params);
+    QCOMPARE(int(params.RawHighlight), 44); // the low byte
+    QCOMPARE(params.RawGamma, 1.8f);
+    QCOMPARE(int(params.RawUseCameraBalance), 1);
+    KImage::exit();
+    QCOMPARE(ImageDatas::settings, nullptr);
+
+    ImageDatas shared;
+    KImageInstances host = {nullptr, nullptr, &shared};
+    KImage::init(&host);
+    QCOMPARE(ImageDatas::settings, &shared);
+    KImage::exit(); // the host's record stays the host's
+    QCOMPARE(ImageDatas::settings, &shared);
+    ImageDatas::settings = nullptr;
+}
+
+QTEST_APPLESS_MAIN(tst_KImage)
+#include "KImage_test.moc"

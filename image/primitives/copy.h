@@ -1,0 +1,91 @@
+// Moving pixels and channels without changing their values.
+#pragma once
+
+#include "types.h"
+
+#include <cstring>
+
+namespace primitives {
+
+template <typename T, int C> Status Copy(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
+{
+    const std::int64_t rowBytes = RowSamples<C>(size) * std::int64_t(sizeof(T));
+    if (src && dst && CheckSize(size) == Status::Ok && srcStep == rowBytes && dstStep == rowBytes) {
+        // Without gaps the image is one block, and a long copy bypasses the cache.
+        std::memcpy(dst, src, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(size.height));
+        return Status::Ok;
+    }
+    return ForRows(src, srcStep, dst, dstStep, size, [rowBytes](const T *srcRow, T *dstRow) {
+        std::memcpy(dstRow, srcRow, static_cast<std::size_t>(rowBytes));
+    });
+}
+
+/// The first @p N channels of @p S interleaved ones into the first N of @p D; the other channels of the target stay.
+/// For another channel than the first the caller moves the pointer.
+template <typename T, int S, int D, int N>
+Status CopyChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
+{
+    static_assert(N <= S && N <= D);
+    return ForRows(src, srcStep, dst, dstStep, size, [width = size.width](const T *srcRow, T *dstRow) {
+        for (std::int64_t x = 0; x < width; ++x) {
+            for (int c = 0; c < N; ++c)
+                dstRow[x * D + c] = srcRow[x * S + c];
+        }
+    });
+}
+
+/// All pixels to the four values of @p value.
+template <typename T> Status Set4(const T value[4], T *dst, Step dstStep, Size size)
+{
+    if (!value)
+        return Status::NullPointer;
+    const T v0 = value[0], v1 = value[1], v2 = value[2], v3 = value[3];
+    return ForRows(dst, dstStep, dst, dstStep, size, [=, width = size.width](const T *, T *dstRow) {
+        for (std::int64_t x = 0; x < width; ++x) {
+            dstRow[x * 4] = v0;
+            dstRow[x * 4 + 1] = v1;
+            dstRow[x * 4 + 2] = v2;
+            dstRow[x * 4 + 3] = v3;
+        }
+    });
+}
+
+/// @p value wherever the byte of @p mask is not 0; other pixels stay.
+template <typename T> Status SetMasked(T value, T *dst, Step dstStep, Size size, const Ipp8u *mask, Step maskStep)
+{
+    return ForRows(mask, maskStep, dst, dstStep, size, [=, width = size.width](const Ipp8u *maskRow, T *dstRow) {
+        for (std::int64_t x = 0; x < width; ++x)
+            dstRow[x] = maskRow[x] ? value : dstRow[x];
+    });
+}
+
+/// Channel i of the target is channel order[i] of the source, for the first @p N of @p C channels; the others stay. An
+/// order may name a channel twice. Source and target may be the same image.
+template <typename T, int C, int N>
+Status SwapChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size, const int order[N])
+{
+    if (!order)
+        return Status::NullPointer;
+    int from[N];
+    for (int c = 0; c < N; ++c) {
+        if (order[c] < 0 || order[c] >= C)
+            return Status::BadArgument;
+        from[c] = order[c];
+    }
+    return ForRows(src, srcStep, dst, dstStep, size, [&from, width = size.width](const T *srcRow, T *dstRow) {
+        for (std::int64_t x = 0; x < width; ++x) {
+            T pixel[N]; // read whole before the first write, for work in place
+            for (int c = 0; c < N; ++c)
+                pixel[c] = srcRow[x * C + from[c]];
+            for (int c = 0; c < N; ++c)
+                dstRow[x * C + c] = pixel[c];
+        }
+    });
+}
+
+template <typename T, int C, int N> Status SwapChannelsInPlace(T *image, Step step, Size size, const int order[N])
+{
+    return SwapChannels<T, C, N>(image, step, image, step, size, order);
+}
+
+} // namespace primitives

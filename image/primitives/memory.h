@@ -1,0 +1,21 @@
+// Blocks for temporary images: rows aligned for vector loads, null on failure.
+#pragma once
+
+#include "types.h"
+
+namespace primitives {
+
+/// Memory of @p bytes, or of @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Null if
+/// a size is below 1 or the memory can't be had. Released with Free.
+void *Allocate(std::int64_t bytes);
+void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
+/// Takes null too.
+void Free(void *block);
+
+/// An image of @p width by @p height pixels of @p C channels; pixels undefined.
+template <typename T, int C> T *AllocateImage(int width, int height, Step *step)
+{
+    return static_cast<T *>(AllocateRows(std::int64_t(width) * C * std::int64_t(sizeof(T)), height, step));
+}
+
+} // namespace primitives

@@ -1,0 +1,28 @@
+// Turning float RGBA images.
+#pragma once
+
+#include "types.h"
+
+namespace primitives {
+
+/// The number of the interface for cubic interpolation.
+enum Interpolation { kCubic = 4 };
+
+/// Turns @p srcRect of an image counter-clockwise (rows run downwards) by @p angleDegrees about the centre of its pixel
+/// (0, 0), then shifts it:
+///
+///     dstX =  cos(angle) * srcX + sin(angle) * srcY + shiftX
+///     dstY = -sin(angle) * srcX + cos(angle) * srcY + shiftY
+///
+/// So 90 degrees with the shift (0, width - 1) fills a target of exchanged sides, its right-hand column becoming the
+/// top row, and -90 degrees with (width - 1, 0), width being the same number, is the way back.
+///
+/// @param src      Pixel (0, 0) of the whole source image of @p srcSize; only @p srcRect of it is read.
+/// @param dst      Pixel (0, 0) of the target image; only pixels of @p dstRect that come from within srcRect are
+///                 written. Must not overlap the source.
+/// @param interpolation  Cubic (Catmull-Rom), edge pixels replicated. Multiples of 90 degrees with whole shifts move
+///                 pixels and interpolate nothing, so they are exact.
+Status RotateFloat4(const Ipp32f *src, Size srcSize, Step srcStep, Rect srcRect, Ipp32f *dst, Step dstStep,
+                    Rect dstRect, double angleDegrees, double shiftX, double shiftY, Interpolation interpolation);
+
+} // namespace primitives

@@ -1,0 +1,78 @@
+// Changing the depth of components: mapping of ranges, and plain conversion.
+#pragma once
+
+#include "types.h"
+
+namespace primitives {
+
+/// How Scale from 16 to 8 bits rounds: the numbers of the interface. Both give the nearest value here.
+enum ScaleHint { kScaleFast = 1, kScaleAccurate = 2 };
+
+/// The whole range of one integer type to the whole range of the other: 257 counts of 16 bits are one of 8 bits.
+template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp8u *srcRow, Ipp16u *dstRow) {
+        for (std::int64_t i = 0; i < n; ++i)
+            dstRow[i] = static_cast<Ipp16u>(srcRow[i] * 257);
+    });
+}
+
+template <int C>
+Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, ScaleHint = kScaleFast)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp8u *dstRow) {
+        // v / 257 to within one count, exact for multiples of 257, and it stays within 16 bits.
+        for (std::int64_t i = 0; i < n; ++i) {
+            const Ipp16u v = srcRow[i];
+            dstRow[i] = static_cast<Ipp8u>(static_cast<Ipp16u>(v - (v >> 8) + 128) >> 8);
+        }
+    });
+}
+
+/// 0 to 255 as @p low to @p high.
+template <int C>
+Status Scale8ToFloat(const Ipp8u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float low, float high)
+{
+    const float factor = (high - low) / 255.0f; // 255 * (1 / 255) is exactly 1 in single precision
+    return ForRows(src, srcStep, dst, dstStep, size, [=, n = RowSamples<C>(size)](const Ipp8u *srcRow, Ipp32f *dstRow) {
+        for (std::int64_t i = 0; i < n; ++i)
+            dstRow[i] = static_cast<float>(srcRow[i]) * factor + low;
+    });
+}
+
+/// @p low to @p high as 0 to 255; values outside saturate.
+template <int C>
+Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, float low, float high)
+{
+    if (!(low < high))
+        return Status::BadArgument;
+    const float factor = 255.0f / (high - low);
+    return ForRows(src, srcStep, dst, dstStep, size, [=, n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp8u *dstRow) {
+        for (std::int64_t i = 0; i < n; ++i)
+            dstRow[i] = Saturate<Ipp8u>((srcRow[i] - low) * factor);
+    });
+}
+
+/// The rounding of ConvertFloatTo16: only "to the nearest" is there.
+enum RoundMode { kRoundNear = 1 };
+
+/// 0 to 65,535 as floats of the same value.
+template <int C> Status Convert16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp32f *dstRow) {
+        for (std::int64_t i = 0; i < n; ++i)
+            dstRow[i] = static_cast<float>(srcRow[i]);
+    });
+}
+
+/// Floats to the nearest integer, saturated at 0 and 65,535.
+template <int C>
+Status ConvertFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size, RoundMode = kRoundNear)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
+        for (std::int64_t i = 0; i < n; ++i)
+            dstRow[i] = Saturate<Ipp16u>(srcRow[i]);
+    });
+}
+
+} // namespace primitives

@@ -1,0 +1,208 @@
+#include "CommandLine.h"
+
+#include <QCommandLineParser>
+
+namespace {
+
+enum class Verb { Correct, Profile };
+
+struct VerbRow {
+    Verb verb;
+    const char *name;
+    const char *usage;
+    const char *summary;
+    const char *details;
+};
+
+constexpr VerbRow kVerbs[] = {
+    {Verb::Correct, "correct", "correct --profile FILE [OPTION]... PICTURE...", "correct pictures by a lens profile",
+     "Corrects each PICTURE (TIFF or JPEG) by a lens profile and writes NAME_corrected.tiff beside it, in the depth "
+     "of\n"
+     "the picture and with its colour profile, EXIF and IPTC data. Without --distortion, --ca and --vignetting every\n"
+     "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
+     "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
+     "\n"
+     "Prints the name of each file written on standard output, one a line. A picture that fails is told in one line "
+     "on\n"
+     "standard error, and the others go on.\n"},
+    {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
+     "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
+     "whether it can be used.\n"},
+};
+
+struct OptionRow {
+    Verb verb;
+    const char *names[2]; // as on the command line, without dashes; the second may be null
+    const char *value;    // null: a switch
+    const char *help;
+};
+
+constexpr OptionRow kOptions[] = {
+    {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp); every picture needs one"},
+    {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
+    {Verb::Correct, {"ca", nullptr}, nullptr, "remove colour fringes (chromatic aberration)"},
+    {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
+    {Verb::Correct, {"o", "output"}, "DIR", "write into DIR, which is made if it does not exist"},
+    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
+    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
+    {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+};
+
+constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 wrong usage.\n";
+
+QString Latin(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+/// "-o, --output DIR"
+QString Spelling(const OptionRow &row)
+{
+    QStringList names;
+    for (const char *name : row.names) {
+        if (name)
+            names << (qstrlen(name) == 1 ? QLatin1String("-") : QLatin1String("--")) + Latin(name);
+    }
+    const QString all = names.join(QLatin1String(", "));
+    return row.value ? all + QLatin1Char(' ') + Latin(row.value) : all;
+}
+
+QString HelpLine(const QString &left, const char *right)
+{
+    return QStringLiteral("  %1  %2\n").arg(left, -18).arg(Latin(right));
+}
+
+QString ProgramHelp()
+{
+    QString text = QStringLiteral("Usage: vitrelux COMMAND [OPTION]... FILE...\n\n"
+                                  "Removes lens distortion, colour fringes and dark corners from photographs.\n\n");
+    for (const VerbRow &verb : kVerbs)
+        text += HelpLine(Latin(verb.name), verb.summary);
+    text += HelpLine(QStringLiteral("--version"), "print the version");
+    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help tells more of a command");
+    return text + QLatin1Char('\n') + Latin(kExitCodes);
+}
+
+QString VerbHelp(const VerbRow &verb)
+{
+    QString text = QStringLiteral("Usage: vitrelux %1\n\n%2\n").arg(Latin(verb.usage), Latin(verb.details));
+    for (const OptionRow &row : kOptions) {
+        if (row.verb == verb.verb)
+            text += HelpLine(Spelling(row), row.help);
+    }
+    text += HelpLine(QStringLiteral("-h, --help"), "print this");
+    return text + QLatin1Char('\n') + Latin(kExitCodes);
+}
+
+CommandLine PrintText(const QString &text)
+{
+    CommandLine line;
+    line.action = CommandLine::Action::PrintText;
+    line.text = text;
+    return line;
+}
+
+/// @param command  "vitrelux", or with the verb behind it: whose help is named.
+CommandLine Refuse(const QString &command, const QString &why)
+{
+    CommandLine line;
+    line.action = CommandLine::Action::RefuseUsage;
+    line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, why);
+    return line;
+}
+
+const VerbRow *FindVerb(const QString &name)
+{
+    for (const VerbRow &verb : kVerbs) {
+        if (name == QLatin1String(verb.name))
+            return &verb;
+    }
+    return nullptr;
+}
+
+void AddOptions(QCommandLineParser *parser, Verb verb)
+{
+    for (const OptionRow &row : kOptions) {
+        if (row.verb != verb)
+            continue;
+        QStringList names(Latin(row.names[0]));
+        if (row.names[1])
+            names << Latin(row.names[1]);
+        parser->addOption(QCommandLineOption(names, QString(), row.value ? Latin(row.value) : QString()));
+    }
+    parser->addOption(QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")}));
+}
+
+/// The first option that was given an empty value, or null: an empty name is a slip in a script, never meant.
+const OptionRow *FindEmptyValue(const QCommandLineParser &parser, Verb verb)
+{
+    for (const OptionRow &row : kOptions) {
+        const QString name = Latin(row.names[0]);
+        if (row.verb == verb && row.value && parser.isSet(name) && parser.value(name).isEmpty())
+            return &row;
+    }
+    return nullptr;
+}
+
+CorrectOptions ReadCorrect(const QCommandLineParser &parser)
+{
+    CorrectOptions options;
+    options.files = parser.positionalArguments();
+    options.profile = parser.value(QStringLiteral("profile"));
+    options.outputFolder = parser.value(QStringLiteral("o"));
+    options.plugin = parser.value(QStringLiteral("plugin"));
+    options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
+    options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
+    options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
+    if (parser.isSet(QStringLiteral("overwrite")))
+        options.existing = ExistingOutput::Overwrite;
+    else if (parser.isSet(QStringLiteral("skip-existing")))
+        options.existing = ExistingOutput::Skip;
+    return options;
+}
+
+CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    AddOptions(&parser, verb.verb);
+    const QString command = QLatin1String("vitrelux ") + Latin(verb.name);
+    if (!parser.parse(arguments))
+        return Refuse(command, parser.errorText());
+    if (parser.isSet(QStringLiteral("help")))
+        return PrintText(VerbHelp(verb));
+    if (const OptionRow *row = FindEmptyValue(parser, verb.verb))
+        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(Spelling(*row)));
+    if (parser.positionalArguments().isEmpty())
+        return Refuse(command, QStringLiteral("no file named."));
+
+    CommandLine line;
+    if (verb.verb == Verb::Profile) {
+        line.action = CommandLine::Action::ShowProfiles;
+        line.profiles = parser.positionalArguments();
+        return line;
+    }
+    if (parser.isSet(QStringLiteral("overwrite")) && parser.isSet(QStringLiteral("skip-existing")))
+        return Refuse(command, QStringLiteral("--overwrite and --skip-existing exclude each other."));
+    line.action = CommandLine::Action::Correct;
+    line.correct = ReadCorrect(parser);
+    return line;
+}
+
+} // namespace
+
+CommandLine ParseCommandLine(const QStringList &arguments)
+{
+    const QString program = QStringLiteral("vitrelux");
+    if (arguments.isEmpty())
+        return Refuse(program, QStringLiteral("no command."));
+    const QString first = arguments.first();
+    if (first == QLatin1String("--help") || first == QLatin1String("-h"))
+        return PrintText(ProgramHelp());
+    if (first == QLatin1String("--version"))
+        return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
+    if (const VerbRow *verb = FindVerb(first))
+        return ParseVerb(*verb, arguments); // the verb stands where the parser expects the program's name
+    if (first.startsWith(QLatin1Char('-')))
+        return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
+    return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));
+}

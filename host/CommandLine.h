@@ -1,0 +1,34 @@
+// What the user asked for on the command line, as plain values.
+#pragma once
+
+#include "Corrections.h"
+
+#include <QString>
+#include <QStringList>
+
+/// Exit codes of the program.
+enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
+
+/// What to do with a picture whose output file is already there.
+enum class ExistingOutput { Refuse, Overwrite, Skip };
+
+struct CorrectOptions {
+    QStringList files;
+    QString profile;      // empty: none named
+    QString outputFolder; // empty: beside each picture
+    QString plugin;       // empty: the installed one
+    Corrections asked;    // none: everything that the profile holds
+    ExistingOutput existing = ExistingOutput::Refuse;
+};
+
+struct CommandLine {
+    enum class Action { Correct, ShowProfiles, PrintText, RefuseUsage };
+
+    Action action = Action::RefuseUsage;
+    QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
+    CorrectOptions correct; // Correct
+    QStringList profiles;   // ShowProfiles
+};
+
+/// Reads the arguments that follow the program's name. Needs no application object.
+CommandLine ParseCommandLine(const QStringList &arguments);

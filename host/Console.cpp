@@ -1,0 +1,97 @@
+#include "Console.h"
+
+#include <QFileInfo>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+void Write(std::FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+/// A terminal that can take a line back: one that calls itself dumb can't.
+bool IsLiveTerminal()
+{
+    const QByteArray kind = qgetenv("TERM");
+    return isatty(STDERR_FILENO) && !kind.isEmpty() && kind != "dumb";
+}
+
+} // namespace
+
+QString OneLine(const QString &text)
+{
+    QString line = text.trimmed();
+    for (QChar &c : line) {
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+            c = QLatin1Char(' ');
+    }
+    return line;
+}
+
+Console::Console() : m_terminal(IsLiveTerminal())
+{
+    m_sinceStart.start();
+}
+
+void Console::Print(const QString &text)
+{
+    ClearProgress(); // standard output is often the same terminal
+    Write(stdout, text);
+}
+
+void Console::PrintError(const QString &text)
+{
+    ClearProgress();
+    Write(stderr, text);
+    if (!m_progress.isEmpty())
+        Write(stderr, m_progress);
+}
+
+void Console::Failure(const QString &file, const QString &text)
+{
+    const QString subject = file.isEmpty() ? QString() : OneLine(file) + QLatin1String(": ");
+    PrintError(QLatin1String("vitrelux: ") + subject + OneLine(text) + QLatin1Char('\n'));
+}
+
+void Console::Note(const QString &file, const QString &text)
+{
+    Failure(file, QLatin1String("note: ") + text);
+}
+
+void Console::BeginProgress(int number, int count, const QString &file)
+{
+    if (!m_terminal)
+        return;
+    const QString name = OneLine(QFileInfo(file).fileName());
+    m_progress = QStringLiteral("[%1/%2] ").arg(number).arg(count) + name + QStringLiteral(" \u2026");
+    Write(stderr, m_progress);
+}
+
+void Console::EndProgress()
+{
+    ClearProgress();
+    m_progress.clear();
+}
+
+void Console::Summary(int corrected, int skipped, int failed)
+{
+    if (!m_terminal)
+        return;
+    const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
+    PrintError(QStringLiteral("%1 corrected, %2 skipped, %3 failed in %4 s\n")
+                   .arg(corrected)
+                   .arg(skipped)
+                   .arg(failed)
+                   .arg(seconds, 0, 'f', 1));
+}
+
+void Console::ClearProgress()
+{
+    if (!m_progress.isEmpty())
+        Write(stderr, QStringLiteral("\r\033[K"));
+}

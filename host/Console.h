@@ -1,0 +1,37 @@
+// What the program says: results on standard output, everything else on standard error.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QString>
+
+/// @p text with control characters, line feeds above all, turned into blanks: a message is one line, and a file's name
+/// can't steer the terminal.
+QString OneLine(const QString &text);
+
+/// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while a picture is worked on; in a
+/// pipe or a file there is none.
+class Console {
+public:
+    Console();
+
+    /// Plain text, as it stands.
+    void Print(const QString &text);
+    void PrintError(const QString &text);
+
+    /// One line on standard error: "vitrelux: FILE: TEXT". An empty @p file is left out.
+    void Failure(const QString &file, const QString &text);
+    void Note(const QString &file, const QString &text);
+
+    /// Shows "[2/7] name.jpg ..." until EndProgress(), on a terminal only.
+    void BeginProgress(int number, int count, const QString &file);
+    void EndProgress();
+    /// The last line of a run, on a terminal only.
+    void Summary(int corrected, int skipped, int failed);
+
+private:
+    void ClearProgress();
+
+    bool m_terminal;
+    QElapsedTimer m_sinceStart;
+    QString m_progress;
+};

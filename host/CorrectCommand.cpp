@@ -1,0 +1,214 @@
+#include "CorrectCommand.h"
+
+#include "Console.h"
+#include "HostApplication.h"
+#include "InterruptGuard.h"
+#include "OutputPlan.h"
+#include "PluginLoader.h"
+#include "ProfileUse.h"
+#include "WorkFolder.h"
+
+#include <QDomDocument>
+#include <QFileInfo>
+
+#include <exception>
+#include <new>
+
+namespace {
+
+enum class Outcome { Corrected, Skipped };
+
+[[noreturn]] void Fail(const QString &why)
+{
+    throw KException(why, KPlace());
+}
+
+/// The text of the exception that is being handled.
+QString TextOfCurrentException()
+{
+    try {
+        throw;
+    } catch (const KException &e) {
+        return e.what();
+    } catch (const std::bad_alloc &) {
+        return QStringLiteral("not enough memory");
+    } catch (const std::exception &e) {
+        return QString::fromUtf8(e.what());
+    } catch (...) {
+        return QStringLiteral("failed without telling a reason");
+    }
+}
+
+/// A parameter record of the process's, for a scope.
+class ParameterRecord {
+public:
+    ParameterRecord(KIPluginOne2One *process, const Corrections &corrections, const QString &profile)
+        : m_process(process), m_record(process->AllocParameters(Describe(process->Name(), corrections, profile)))
+    {
+    }
+    ~ParameterRecord() { m_process->FreeParameters(m_record); }
+    ParameterRecord(const ParameterRecord &) = delete;
+    ParameterRecord &operator=(const ParameterRecord &) = delete;
+
+    void *Get() const { return m_record; }
+
+private:
+    /// All four attributes: a missing one would clear its field, stored settings play no part.
+    static QDomElement Describe(const QString &tag, const Corrections &corrections, const QString &profile)
+    {
+        QDomDocument document;
+        QDomElement element = document.createElement(tag);
+        element.setAttribute(QStringLiteral("Disto"), int(corrections.distortion));
+        element.setAttribute(QStringLiteral("CA"), int(corrections.chromatic));
+        element.setAttribute(QStringLiteral("Falloff"), int(corrections.vignetting));
+        element.setAttribute(QStringLiteral("LCPfilename"), profile);
+        return element;
+    }
+
+    KIPluginOne2One *m_process;
+    void *m_record;
+};
+
+bool IsThere(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink(); // a link that leads nowhere is there as well
+}
+
+/// One run over all pictures. No wizard page is shown, so the record of each picture is all that the process gets:
+/// SetFiles and OnValidatePage belong to the page.
+class CorrectRun {
+public:
+    CorrectRun(const CorrectOptions &options, HostApplication *application, KIPluginOne2One *process,
+               InterruptGuard *guard, Console *console)
+        : m_options(options),
+          m_profile(JudgeProfile(options.profile)),
+          m_application(application),
+          m_process(process),
+          m_guard(guard),
+          m_console(console)
+    {
+    }
+
+    ExitCode All();
+
+private:
+    Outcome One(const PlannedPicture &planned);
+    Corrections UsableCorrections() const;
+    void CheckPicture(const PlannedPicture &planned);
+    QString RunProcess(WorkFolder *folder, const PlannedPicture &planned, const Corrections &corrections);
+
+    const CorrectOptions &m_options;
+    const ProfileUse m_profile; // of all pictures alike
+    HostApplication *m_application;
+    KIPluginOne2One *m_process;
+    InterruptGuard *m_guard;
+    Console *m_console;
+};
+
+ExitCode CorrectRun::All()
+{
+    const QVector<PlannedPicture> plan = PlanOutputs(m_options.files, m_options.outputFolder);
+    int corrected = 0, skipped = 0, failed = 0;
+    for (const PlannedPicture &planned : plan) {
+        m_console->BeginProgress(corrected + skipped + failed + 1, plan.size(), planned.asNamed);
+        try {
+            const Outcome outcome = One(planned);
+            m_console->EndProgress();
+            if (outcome == Outcome::Corrected)
+                m_console->Print(planned.output + QLatin1Char('\n'));
+            ++(outcome == Outcome::Corrected ? corrected : skipped);
+        } catch (...) {
+            m_console->EndProgress();
+            m_console->Failure(planned.asNamed, TextOfCurrentException());
+            ++failed;
+        }
+    }
+    m_console->Summary(corrected, skipped, failed);
+    return failed ? kSomeFailed : kAllDone;
+}
+
+Outcome CorrectRun::One(const PlannedPicture &planned)
+{
+    if (planned.repeated)
+        return Outcome::Skipped;
+    if (!planned.rival.isEmpty())
+        Fail(QStringLiteral("its output \"%1\" is that of \"%2\" already").arg(planned.output, planned.rival));
+    if (m_options.existing != ExistingOutput::Overwrite && IsThere(planned.output)) {
+        if (m_options.existing == ExistingOutput::Skip)
+            return Outcome::Skipped;
+        Fail(QStringLiteral("output \"%1\" exists; --overwrite replaces it").arg(planned.output));
+    }
+    const Corrections corrections = UsableCorrections();
+    CheckPicture(planned);
+
+    WorkFolder folder(planned.outputFolder, m_guard);
+    const QString result = RunProcess(&folder, planned, corrections);
+    folder.Publish(result, planned.output, m_options.existing);
+    return Outcome::Corrected;
+}
+
+/// A correction that the user names and the profile lacks is a failure: a script that asks for it must not take a
+/// picture without it for done. And handed to the plug-in as it is, a lacking chromatic model would keep the other
+/// corrections from running too.
+Corrections CorrectRun::UsableCorrections() const
+{
+    if (m_options.profile.isEmpty())
+        Fail(QStringLiteral("has no lens profile; name one with --profile"));
+    if (!m_profile.problem.isEmpty())
+        Fail(QStringLiteral("profile \"%1\": %2").arg(m_options.profile, m_profile.problem));
+    const Corrections &asked = m_options.asked;
+    const Corrections &held = m_profile.holds;
+    if (!asked.Any())
+        return held;
+    QStringList lacking;
+    if (asked.distortion && !held.distortion)
+        lacking << QStringLiteral("distortion");
+    if (asked.chromatic && !held.chromatic)
+        lacking << QStringLiteral("chromatic aberration");
+    if (asked.vignetting && !held.vignetting)
+        lacking << QStringLiteral("vignetting");
+    if (!lacking.isEmpty()) {
+        Fail(QStringLiteral("profile \"%1\": asked to correct %2, expected a complete model of it in the profile")
+                 .arg(m_options.profile, lacking.join(QLatin1String(" and "))));
+    }
+    return asked;
+}
+
+void CorrectRun::CheckPicture(const PlannedPicture &planned)
+{
+    const HostImageDef *image = m_application->ImageOf(planned.picture);
+    if (!image->Problem().isEmpty())
+        Fail(image->Problem());
+    const QString mismatch = SizeMismatch(m_profile, image->nCols(), image->nRows());
+    if (!mismatch.isEmpty())
+        m_console->Note(planned.asNamed, mismatch);
+}
+
+/// @return the file that the process wrote, in @p folder.
+QString CorrectRun::RunProcess(WorkFolder *folder, const PlannedPicture &planned, const Corrections &corrections)
+{
+    QString result;
+    try {
+        const ParameterRecord record(m_process, corrections, m_profile.path);
+        m_process->Process(folder->Admit(planned.picture), record.Get(), result);
+    } catch (const KException &e) {
+        Fail(folder->WithKnownNames(e.what()));
+    }
+    return result;
+}
+
+} // namespace
+
+ExitCode RunCorrect(const CorrectOptions &options, Console *console)
+{
+    InterruptGuard guard;
+    ChooseDisplayless();
+    HostApplication application;
+    const PluginLoader plugin(options.plugin);
+    if (!plugin.Process()) {
+        console->Failure(QString(), plugin.Problem());
+        return kSomeFailed;
+    }
+    return CorrectRun(options, &application, plugin.Process(), &guard, console).All();
+}

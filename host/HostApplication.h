@@ -1,0 +1,55 @@
+// The application object of our own host: what the plug-in meets when it looks for the application that loaded it.
+#pragma once
+
+#include "HostImageDef.h"
+#include "KIApplication.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QTranslator>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+/// To be called before the application is made, by commands that never show a window: makes Qt work without a display
+/// and keeps out what a desktop session would load into every Qt program.
+void ChooseDisplayless();
+
+namespace host_detail {
+/// What QApplication wants by reference. The user's arguments are ours to read, so that Qt gets none of them.
+struct ProgramName {
+    int argc = 1;
+    char name[9] = "vitrelux";
+    char *argv[2] = {name, nullptr};
+};
+} // namespace host_detail
+
+/// Starts the image kernel alone and lends it to plug-ins; so a plug-in has to be gone before this object is. Settings
+/// are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI thread.
+class HostApplication : private host_detail::ProgramName, public QApplication, public KIApplication {
+    Q_OBJECT
+    Q_INTERFACES(KIApplication)
+public:
+    HostApplication();
+    ~HostApplication() override;
+
+    QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
+    void SetPluginSetting(QString uid, QString key, QVariant value) override;
+    QLocale Locale() override;
+    /// Looks for ":/Translation/FILENAME".
+    void LoadTranslator(QString fileName) override;
+    /// Never null: a file that isn't a picture has a description that says so. Files are told apart by their absolute
+    /// names.
+    KIImageDef *ImageDefOf(QString fileName) override { return ImageOf(fileName); }
+    KImageInstances *ImageInstances() override;
+    /// Null: this host shares no interface kernel.
+    KUIInstances *UIInstances() override { return nullptr; }
+
+    HostImageDef *ImageOf(const QString &fileName);
+
+private:
+    QSettings m_settings;
+    std::map<QString, std::unique_ptr<HostImageDef>> m_images; // by absolute name
+    std::vector<std::unique_ptr<QTranslator>> m_translators;
+};

@@ -1,0 +1,72 @@
+#include "InterruptGuard.h"
+
+#include <QDir>
+
+#include <unistd.h>
+
+namespace {
+
+/// The working threads go on meanwhile and may put one more file into the folder behind our back: again, until it is
+/// gone. Once it is gone nothing can be made in it.
+void RemoveForGood(const QString &folder)
+{
+    constexpr int kAttempts = 100;
+    for (int i = 0; i < kAttempts && !QDir(folder).removeRecursively(); ++i)
+        usleep(1000);
+}
+
+sigset_t SignalsNotIgnored()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction current;
+        if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
+            sigaddset(&signals, number);
+    }
+    return signals;
+}
+
+} // namespace
+
+InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
+{
+    sigaddset(&m_signals, SIGUSR1); // for our own use: wakes the watch up
+    pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
+    m_watch = std::thread(&InterruptGuard::Watch, this);
+}
+
+InterruptGuard::~InterruptGuard()
+{
+    m_stop = true;
+    pthread_kill(m_watch.native_handle(), SIGUSR1);
+    m_watch.join();
+    pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
+}
+
+void InterruptGuard::Protect(const std::function<QString()> &makeFolder)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_folder = makeFolder();
+}
+
+void InterruptGuard::Release()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_folder.clear();
+}
+
+void InterruptGuard::Watch()
+{
+    int number = 0;
+    while (sigwait(&m_signals, &number) == 0 && !m_stop) {
+        if (number == SIGUSR1)
+            continue;   // somebody else's
+        m_mutex.lock(); // and never unlocked: no new folder from here on
+        if (!m_folder.isEmpty())
+            RemoveForGood(m_folder);
+        std::signal(number, SIG_DFL);
+        pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
+        std::raise(number); // to this thread, the one that takes it; ends the program
+    }
+}

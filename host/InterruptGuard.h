@@ -1,0 +1,37 @@
+// Lets the user break the program off without leaving its work folder behind.
+#pragma once
+
+#include <QString>
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+/// While it lives, SIGINT, SIGTERM and SIGHUP first remove the protected folder and then end the program as they always
+/// do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made before any
+/// other thread: threads inherit the signal mask that it sets. One at a time.
+class InterruptGuard {
+public:
+    InterruptGuard();
+    ~InterruptGuard();
+    InterruptGuard(const InterruptGuard &) = delete;
+    InterruptGuard &operator=(const InterruptGuard &) = delete;
+
+    /// Calls @p makeFolder, which gives the path of the folder that it made, and protects that folder from then on.
+    /// An interruption finds the folder either not yet made or protected. An empty path protects nothing.
+    void Protect(const std::function<QString()> &makeFolder);
+    /// The folder is gone, or is to stay.
+    void Release();
+
+private:
+    void Watch();
+
+    std::mutex m_mutex; // of m_folder; an interruption keeps it until the end
+    QString m_folder;
+    sigset_t m_signals;
+    sigset_t m_oldMask;
+    std::atomic<bool> m_stop{false};
+    std::thread m_watch; // the last member: it uses the others
+};

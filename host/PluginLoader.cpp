@@ -1,0 +1,53 @@
+#include "PluginLoader.h"
+
+#include "KIPluginLibrary.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QJsonObject>
+
+namespace {
+
+/// The build tree has the same shape as the installed one.
+QString InstalledPlugin()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../" VITRELUX_PLUGIN_FILE));
+}
+
+} // namespace
+
+PluginLoader::PluginLoader(const QString &file)
+    : m_loader(file.isEmpty() ? InstalledPlugin() : QDir().absoluteFilePath(file))
+{
+    const QString why = Load();
+    if (!m_process)
+        m_problem = QStringLiteral("plug-in \"%1\": %2").arg(m_loader.fileName(), why);
+}
+
+PluginLoader::~PluginLoader()
+{
+    if (m_loader.isLoaded())
+        m_loader.unload(); // deletes the library object, and that its processes
+}
+
+/// @return why there is no process; without meaning if there is one.
+QString PluginLoader::Load()
+{
+    // Asked first, from the file alone: loading runs code.
+    const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
+    if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
+        return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
+
+    QObject *root = m_loader.instance();
+    if (!root)
+        return m_loader.errorString();
+    auto *library = qobject_cast<KIPluginLibrary *>(root);
+    if (!library)
+        return QStringLiteral("has no library object \"KIPluginLibrary\"");
+    const QList<QPointer<QObject>> made = library->Plugins(KIPluginLibrary::All);
+    for (const QPointer<QObject> &object : made) {
+        if ((m_process = qobject_cast<KIPluginOne2One *>(object.data())))
+            return QString();
+    }
+    return QStringLiteral("offers no process \"KIPluginOne2One\"");
+}

@@ -1,0 +1,28 @@
+// Finds and loads the lens correction plug-in, through nothing but the interfaces that every host has.
+#pragma once
+
+#include "KIPluginOne2One.h"
+
+#include <QPluginLoader>
+
+/// Needs the application object, and has to be destroyed before it.
+class PluginLoader {
+public:
+    /// @param file  the plug-in's library; empty: the one installed with this program.
+    explicit PluginLoader(const QString &file);
+    ~PluginLoader();
+    PluginLoader(const PluginLoader &) = delete;
+    PluginLoader &operator=(const PluginLoader &) = delete;
+
+    /// The correction process, owned by the plug-in; null if it could not be had.
+    KIPluginOne2One *Process() const { return m_process; }
+    /// Why Process() is null.
+    QString Problem() const { return m_problem; }
+
+private:
+    QString Load();
+
+    QPluginLoader m_loader;
+    KIPluginOne2One *m_process = nullptr;
+    QString m_problem;
+};

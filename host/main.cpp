@@ -1,0 +1,45 @@
+// The program vitrelux: corrects photographs through the plug-in, from the command line.
+#include "CommandLine.h"
+#include "Console.h"
+#include "CorrectCommand.h"
+#include "ProfileCommand.h"
+
+#include <QTextCodec>
+
+#include <csignal>
+
+namespace {
+
+QStringList ReadArguments(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // File names are UTF-8 whatever the locale says: under the "C" of a cron job Qt would lose every other letter.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    // A limit on file sizes is then an error of one picture and not the end of the program.
+    std::signal(SIGXFSZ, SIG_IGN);
+
+    Console console;
+    const CommandLine line = ParseCommandLine(ReadArguments(argc, argv));
+    switch (line.action) {
+    case CommandLine::Action::Correct:
+        return RunCorrect(line.correct, &console);
+    case CommandLine::Action::ShowProfiles:
+        return RunProfile(line.profiles, &console);
+    case CommandLine::Action::PrintText:
+        console.Print(line.text);
+        return kAllDone;
+    case CommandLine::Action::RefuseUsage:
+        break;
+    }
+    console.PrintError(line.text);
+    return kUsageError;
+}

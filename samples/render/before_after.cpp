@@ -1,0 +1,124 @@
+// before-after PHOTO.jpg CORRECTED.tiff OUT.png: the facade before and after side by side, each with one spot near a
+// corner enlarged, in 256 colours so that the file stays small.
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+
+#include <jpeglib.h>
+#include <tiffio.h>
+
+#include "set.h"
+
+namespace {
+
+constexpr int kHalfWidth = 512; // of one picture in the sheet
+constexpr int kGap = 8;
+constexpr int kLoupe = 144; // side of the enlarged spot in the sheet
+constexpr int kZoom = 3;
+constexpr Samples::Point kSpot = {2352, 1500}; // its middle in the corrected picture: dark stone against light tiles
+
+QImage ReadTiff(const char *path)
+{
+    const std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff(TIFFOpen(path, "r"), &TIFFClose);
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (!tiff || !TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width)
+        || !TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &height))
+        throw std::runtime_error(std::string(path) + ": can't be read");
+    QImage image(static_cast<int>(width), static_cast<int>(height), QImage::Format_RGBX8888);
+    auto *pixels = reinterpret_cast<uint32_t *>(image.bits());
+    if (!TIFFReadRGBAImageOriented(tiff.get(), width, height, pixels, ORIENTATION_TOPLEFT, 0))
+        throw std::runtime_error(std::string(path) + ": can't be read");
+    return image;
+}
+
+void DrawHalf(QPainter *painter, const QImage &picture, int left, int height, Samples::Point spot, const QString &label)
+{
+    painter->drawImage(left, 0, picture.scaled(kHalfWidth, height, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    const int shown = kLoupe / kZoom;
+    const QRect source(static_cast<int>(spot.x) - shown / 2, static_cast<int>(spot.y) - shown / 2, shown, shown);
+    const QRect target(left + kHalfWidth - kLoupe - 10, height - kLoupe - 10, kLoupe, kLoupe);
+    painter->fillRect(target.adjusted(-2, -2, 2, 2), Qt::white);
+    painter->drawImage(target, picture.copy(source).scaled(kLoupe, kLoupe));
+    painter->setPen(Qt::white);
+    painter->drawText(left + 12, height - 14, label);
+}
+
+/// The picture in 256 colours chosen for it, by the colour quantizer of libjpeg.
+QImage WithPalette(const QImage &sheet)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    sheet.save(&buffer, "JPEG", 100);
+    jpeg_decompress_struct info = {};
+    jpeg_error_mgr errors = {};
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, reinterpret_cast<const unsigned char *>(bytes.constData()),
+                 static_cast<unsigned long>(bytes.size()));
+    jpeg_read_header(&info, TRUE);
+    info.quantize_colors = TRUE;
+    info.dither_mode = JDITHER_NONE; // dither would double the size of the PNG
+    jpeg_start_decompress(&info);
+    QImage result(sheet.size(), QImage::Format_Indexed8);
+    QVector<QRgb> colors;
+    for (int i = 0; i < info.actual_number_of_colors; ++i)
+        colors.append(qRgb(info.colormap[0][i], info.colormap[1][i], info.colormap[2][i]));
+    result.setColorTable(colors);
+    while (info.output_scanline < info.output_height) {
+        JSAMPROW row = result.scanLine(static_cast<int>(info.output_scanline));
+        jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+    jpeg_destroy_decompress(&info);
+    return result;
+}
+
+void Make(const char *photo, const char *corrected, const char *out)
+{
+    const QImage before(QString::fromLocal8Bit(photo));
+    const QImage after = ReadTiff(corrected);
+    if (before.isNull() || before.size() != after.size())
+        throw std::runtime_error(std::string(photo) + " and " + corrected + " are no pair");
+    const Samples::LensProfile lens = Samples::AllSamples().front().lens;
+    const Samples::Point source = ToSource(lens, lens.distortion, Samples::Projection::Perspective, kSpot);
+    const int height = kHalfWidth * before.height() / before.width();
+    QImage sheet(2 * kHalfWidth + kGap, height, QImage::Format_RGB32);
+    sheet.fill(Qt::white);
+    QPainter painter(&sheet);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(19);
+    font.setBold(true);
+    painter.setFont(font);
+    DrawHalf(&painter, before, 0, height, source, QStringLiteral("as taken"));
+    DrawHalf(&painter, after, kHalfWidth + kGap, height, kSpot, QStringLiteral("corrected"));
+    painter.end();
+    if (!WithPalette(sheet).save(QString::fromLocal8Bit(out), "PNG", 0))
+        throw std::runtime_error(std::string(out) + ": can't be written");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: before-after PHOTO.jpg CORRECTED.tiff OUT.png\n");
+        return 2;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication app(argc, argv);
+    try {
+        Make(argv[1], argv[2], argv[3]);
+    } catch (const std::exception &e) {
+        std::fprintf(stderr, "before-after: %s\n", e.what());
+        return 1;
+    }
+    return 0;
+}

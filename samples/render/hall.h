@@ -1,0 +1,31 @@
+/// A tiled swimming hall seen from one end, built as a room in space so that a lens of any angle can look at it.
+#pragma once
+
+#include "scene.h"
+
+namespace Samples {
+
+class Hall : public Scene {
+public:
+    /// @param focalPx  focal length and @param center  optical centre of the corrected picture, in pixels
+    Hall(double focalPx, Point center) : m_focalPx(focalPx), m_center(center) { }
+
+    Rgb At(const Footprint &cell) const override;
+    std::vector<StraightEdge> Edges() const override;
+    std::vector<EvenPatch> Patches() const override;
+
+private:
+    /// A point in metres: to the right, downwards and ahead of the eye.
+    struct Place {
+        double x;
+        double y;
+        double z;
+    };
+
+    Point Project(Place place) const;
+
+    double m_focalPx;
+    Point m_center;
+};
+
+} // namespace Samples

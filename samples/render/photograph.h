@@ -1,0 +1,39 @@
+/// Taking a picture of a scene through the faults of a lens, and writing it as a camera would.
+#pragma once
+
+#include <string>
+
+#include "scene.h"
+
+namespace Samples {
+
+/// What the files tell about a picture.
+struct Caption {
+    std::string title;
+    std::string keyword;
+    std::string dateTime; ///< "2021:06:12 10:41:00"
+    double focalMm;
+    int exposurePart; ///< of a second
+    double aperture;
+    int iso;
+};
+
+/// Eight-bit RGB, rows from top to bottom without padding.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> rgb;
+};
+
+/// Photographs @p scene: what a correction by @p profile turns back into the scene, up to noise and rounding.
+///
+/// Each channel is placed by its own model (green by the green model, red and blue by theirs from there) and divided by
+/// the vignette gain at the position of green. A portrait is turned by 90 degrees onto the profile's landscape frame.
+/// The profile must hold the chromatic models, and models without tangential terms. Same bytes on every run.
+Picture Photograph(const Scene &scene, const LensProfile &profile, Hold hold);
+
+/// Writes a JPEG of quality 90 without chroma subsampling, with EXIF, IPTC and an sRGB profile.
+/// Throws std::runtime_error if the file can't be written.
+void WriteJpeg(const std::string &path, const Picture &picture, const LensProfile &profile, const Caption &caption);
+
+} // namespace Samples

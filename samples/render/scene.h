@@ -1,0 +1,36 @@
+/// A scene that can be photographed: its colour everywhere, and where its straight edges and even patches are.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "shading.h"
+
+namespace Samples {
+
+/// A straight edge between two colours, with its ends in pixels of the corrected picture.
+struct StraightEdge {
+    std::string name;
+    Point from;
+    Point to;
+};
+
+/// A square of nearly one colour, in pixels of the corrected picture.
+struct EvenPatch {
+    std::string name;
+    Point center;
+    double halfSize;
+};
+
+/// Calls of At may run at the same time.
+class Scene {
+public:
+    virtual ~Scene() = default;
+
+    /// Mean colour over a footprint of the corrected picture, also far outside its frame.
+    virtual Rgb At(const Footprint &cell) const = 0;
+    virtual std::vector<StraightEdge> Edges() const = 0;
+    virtual std::vector<EvenPatch> Patches() const = 0;
+};
+
+} // namespace Samples

@@ -1,0 +1,21 @@
+/// One window of a facade with its surround, glass, sill, hood and shutters.
+#pragma once
+
+#include "shading.h"
+
+namespace Samples {
+
+struct Window {
+    double x; ///< of the brush, from the axis of the window
+    double top;
+    double bottom;
+    double half; ///< half its width
+    bool hood;
+    bool shutters;
+    Rgb shutter;
+    uint32_t seed; ///< decides what is behind the glass
+};
+
+void PaintWindow(Brush &brush, const Window &window);
+
+} // namespace Samples

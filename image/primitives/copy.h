@@ -7,17 +7,28 @@
 
 namespace primitives {
 
+/// Rows of plain bytes.
+inline Status CopyBytes(const void *src, Step srcStep, void *dst, Step dstStep, std::int64_t rowBytes, int height)
+{
+    if (!src || !dst)
+        return Status::NullPointer;
+    if (rowBytes < 1 || height < 1)
+        return Status::BadSize;
+    const auto *from = static_cast<const unsigned char *>(src);
+    auto *to = static_cast<unsigned char *>(dst);
+    if (srcStep == rowBytes && dstStep == rowBytes) // without gaps one block, and a long copy bypasses the cache
+        std::memcpy(to, from, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height));
+    else
+        ForRows(from, srcStep, to, dstStep, {1, height},
+                [rowBytes](const unsigned char *srcRow, unsigned char *dstRow) {
+                    std::memcpy(dstRow, srcRow, static_cast<std::size_t>(rowBytes));
+                });
+    return Status::Ok;
+}
+
 template <typename T, int C> Status Copy(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
 {
-    const std::int64_t rowBytes = RowSamples<C>(size) * std::int64_t(sizeof(T));
-    if (src && dst && CheckSize(size) == Status::Ok && srcStep == rowBytes && dstStep == rowBytes) {
-        // Without gaps the image is one block, and a long copy bypasses the cache.
-        std::memcpy(dst, src, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(size.height));
-        return Status::Ok;
-    }
-    return ForRows(src, srcStep, dst, dstStep, size, [rowBytes](const T *srcRow, T *dstRow) {
-        std::memcpy(dstRow, srcRow, static_cast<std::size_t>(rowBytes));
-    });
+    return CopyBytes(src, srcStep, dst, dstStep, RowSamples<C>(size) * std::int64_t(sizeof(T)), size.height);
 }
 
 /// The first @p N channels of @p S interleaved ones into the first N of @p D; the other channels of the target stay.

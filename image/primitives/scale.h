@@ -5,8 +5,8 @@
 
 namespace primitives {
 
-/// How Scale from 16 to 8 bits rounds: the numbers of the interface. Both give the nearest value here.
-enum ScaleHint { kScaleFast = 1, kScaleAccurate = 2 };
+/// How Scale16To8 rounds: "fast" is free to be one count off.
+enum ScaleHint { kScaleFast = 1 };
 
 /// The whole range of one integer type to the whole range of the other: 257 counts of 16 bits are one of 8 bits.
 template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
@@ -17,8 +17,7 @@ template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, 
     });
 }
 
-template <int C>
-Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, ScaleHint = kScaleFast)
+template <int C> Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, ScaleHint)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp8u *dstRow) {
         // v / 257 to within one count, exact for multiples of 257, and it stays within 16 bits.
@@ -67,7 +66,7 @@ template <int C> Status Convert16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f
 
 /// Floats to the nearest integer, saturated at 0 and 65,535.
 template <int C>
-Status ConvertFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size, RoundMode = kRoundNear)
+Status ConvertFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size, RoundMode)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
         for (std::int64_t i = 0; i < n; ++i)

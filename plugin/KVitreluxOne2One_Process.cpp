@@ -47,9 +47,9 @@ QString CorrectedFileName(const QString &fileName)
 void Turn(const KImage &source, KImage &target, double angleDegrees, double xShift, double yShift)
 {
     ippiRotate_32f_C4R(reinterpret_cast<const float *>(source.getData(0, 0)), {source.width(), source.height()},
-                       static_cast<int>(source.bytesPerLine()), {0, 0, source.width(), source.height()},
-                       reinterpret_cast<float *>(target.getData(0, 0)), static_cast<int>(target.bytesPerLine()),
-                       {0, 0, target.width(), target.height()}, angleDegrees, xShift, yShift, kCubic);
+                       source.bytesPerLine(), {0, 0, source.width(), source.height()},
+                       reinterpret_cast<float *>(target.getData(0, 0)), target.bytesPerLine(),
+                       {0, 0, target.width(), target.height()}, angleDegrees, xShift, yShift, primitives::kCubic);
 }
 
 /// Upright and square pictures: the profile's frame lies on its side, so they do too while they are warped.

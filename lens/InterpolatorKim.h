@@ -1,0 +1,90 @@
+// The warp of one picture by a profile, over the channel types of source and destination.
+#pragma once
+
+class KImage;
+class newLCP;
+
+/// One run of newLCP::Render, with channels of type S in the source and D in the destination: unsigned char,
+/// unsigned short or float each. The caller fills the fields and calls Do.
+///
+/// Four paths, by `distortion` and `chromatic`; each runs only if its condition holds, and otherwise leaves the
+/// destination as it is and counts as done. "Gain" is the vignette model's, 1 without `falloff` or without that model.
+///
+///   | distortion | chromatic | path             | condition           | gain at             |
+///   |------------|-----------|------------------|---------------------|---------------------|
+///   | off        | off       | A gain only      | a vignette to undo  | the pixel itself    |
+///   | on         | off       | B one warp       | distortion model    | sampled position    |
+///   | off        | on        | C red, blue move | green model         | red position        |
+///   | on         | on        | D three warps    | green model         | green position      |
+///
+/// Samples are brought to 0..1 by `inScale`, multiplied by the gain, brought to the destination's range by `outScale`,
+/// limited to it at the top, and stored; integer destinations truncate, nothing rounds. Traps that callers know:
+/// - Path A, and green in path C, take the channel value as it stands: `inScale` and `outScale` are not applied, though
+///   `outScale` limits. Between images of different depths the values come out in the source's range.
+/// - Alpha is written for sources with more than three channels, and its "opaque" is 1 in the integer types too.
+///   B: opaque inside, 0 outside. C and D: 0 where the three colours sum up to 0, so black pixels become transparent.
+/// - C and D end a pixel at its first channel that falls outside: that one gets 0, the channels behind it stay as they
+///   were in the destination.
+/// - Only path A limits at the bottom. A negative value wraps around in an integer destination.
+///
+/// A position that is not a number or too large for an integer counts as outside.
+///
+/// Do returns false and leaves the destination untouched where a byte outside an image would be read or written: fewer
+/// than three channels in either image on the paths B, C and D; a destination with fewer channels than the source; a
+/// destination larger than the source on the paths A and C, which read the source at the pixel's own position; pixels
+/// or rows too short for the channel types.
+///
+/// Works on the calling thread, allocates nothing per pixel. Source and destination are different images.
+template <typename S, typename D> class InterpolatorKim {
+public:
+    using Sample = bool (InterpolatorKim::*)(float *out, float x, float y, int &ix, int &iy);
+    using SampleChannel = bool (InterpolatorKim::*)(float &out, int channel, float x, float y, int &ix, int &iy);
+
+    bool Do();
+
+    // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and
+    // hand the integer position back. They return false only for a position outside the image.
+
+    /// Nearest below.
+    bool Interpolate0(float *out, float x, float y, int &ix, int &iy);
+    bool Interpolate0c(float &out, int channel, float x, float y, int &ix, int &iy);
+    /// Bilinear. Positions are truncated toward zero: those between -1 and 0 belong to column or row 0, and are
+    /// extrapolated. In the last column and the last row there is no neighbour: @p out stays as the caller set it. For
+    /// an integer S the value is truncated to an integer and wrapped to the width of S.
+    bool InterpolateN(float *out, float x, float y, int &ix, int &iy);
+    bool InterpolateNc(float &out, int channel, float x, float y, int &ix, int &iy);
+
+    // In this order; hosts that share kernels rely on it.
+    Sample sample = nullptr;
+    SampleChannel sampleChannel = nullptr;
+    int order = 0; // 2 with the bilinear samplers; read by nothing
+    KImage *source = nullptr;
+    newLCP *lcp = nullptr;
+    bool distortion = false;
+    bool chromatic = false;
+    bool falloff = false;
+    KImage *destination = nullptr;
+    float inScale = 0.0F;  // from channel values of the source to 0..1
+    float outScale = 0.0F; // from 0..1 to channel values of the destination
+    int width = 0;         // of the source
+    int height = 0;
+    int channels = 0;
+
+private:
+    struct Models;
+    struct Corners;
+
+    bool GainOnly(const Models &models);
+    bool WarpOnce(const Models &models);
+    bool ShiftRedAndBlue(const Models &models);
+    bool WarpThrice(const Models &models);
+
+    template <typename Pixel> void ForEachPixel(Pixel pixel);
+    void StoreColor(unsigned char *target, int channel, float value) const;
+    void StoreAlphaOfSum(unsigned char *target) const;
+    bool ImagesAreWhole() const;
+    bool HaveThreeChannels() const;
+    bool SourceCoversDestination() const;
+    bool IsInside(int ix, int iy) const { return ix >= 0 && ix < width && iy >= 0 && iy < height; }
+    Corners CornersAt(float x, float y, int ix, int iy) const;
+};

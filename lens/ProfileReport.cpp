@@ -1,0 +1,258 @@
+#include "ProfileReport.h"
+
+#include "ProfileDocument_p.h"
+#include "newLCP.h"
+
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace {
+
+const QString kExpected = QStringLiteral("an .lcp profile (XML) was expected");
+
+constexpr int kMaxTextLength = 200; // a text of a broken file may be as long as the file
+
+QString Named(const QDomElement &element)
+{
+    return QLatin1Char('<') + element.tagName().left(kMaxTextLength) + QLatin1Char('>');
+}
+
+/// The text of the first child with one of the tags, in the order of the tags; empty if there is none.
+QString ChildText(const QDomElement &parent, std::initializer_list<const char *> tags)
+{
+    for (const char *tag : tags) {
+        const QString text = parent.firstChildElement(QLatin1String(tag)).text().simplified().left(kMaxTextLength);
+        if (!text.isEmpty())
+            return text;
+    }
+    return QString();
+}
+
+std::optional<double> ChildNumber(const QDomElement &parent, const char *tag)
+{
+    bool isNumber = false;
+    const double number = ChildText(parent, {tag}).toDouble(&isNumber);
+    return isNumber && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
+}
+
+// --- Why a file can't be used ---
+
+QString WhyNoFile(const QString &fileName)
+{
+    const QFileInfo info(fileName);
+    if (info.isDir())
+        return QStringLiteral("a folder; ") + kExpected;
+    if (info.exists() && !info.isFile())
+        return QStringLiteral("not a regular file; ") + kExpected;
+    return QString();
+}
+
+QString WhyNoDocument(const ProfileDocument &profile)
+{
+    if (profile.fault == ProfileFault::NotOpened)
+        return QStringLiteral("can't be opened: ") + profile.why;
+    if (profile.fault == ProfileFault::Refused)
+        return QStringLiteral("no profile: ") + profile.why;
+    if (profile.bytes == 0)
+        return QStringLiteral("an empty file; ") + kExpected;
+    if (profile.fault == ProfileFault::None)
+        return QString();
+    const QDomElement root = profile.document.documentElement();
+    const QString what = root.isNull() ? QStringLiteral("not XML") : QStringLiteral("damaged or cut short");
+    return QStringLiteral("%1: %2 at line %3, column %4; %5")
+        .arg(what, profile.why, QString::number(profile.line), QString::number(profile.column),
+             root.isNull() ? kExpected : QStringLiteral("whole XML was expected"));
+}
+
+/// For a document whose path of first child elements meets no entry.
+QString WhyNoEntry(const QDomElement &root)
+{
+    QDomElement last = root;
+    while (!last.firstChildElement().isNull())
+        last = last.firstChildElement();
+    return QStringLiteral("XML, but no lens profile: its root is %1, and following first child elements down to %2 "
+                          "meets no <rdf:li>")
+        .arg(Named(root), Named(last));
+}
+
+/// For an entry that newLCP finds no model in.
+QString WhyNoModel(const QDomElement &entry)
+{
+    if (!IsResource(entry)) {
+        const QDomElement description = entry.firstChildElement(QStringLiteral("rdf:Description"));
+        if (!description.isNull())
+            return QStringLiteral("values stand in attributes of <rdf:Description>; only the element form is read "
+                                  "(<rdf:li rdf:parseType=\"Resource\"> with an element for each value)");
+        return QStringLiteral("the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is read");
+    }
+    return QStringLiteral("no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or <stCamera:FisheyeModel> "
+                          "with rdf:parseType=\"Resource\" was expected");
+}
+
+/// For one side of the calibrated picture; empty if it is all right.
+QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
+{
+    if (std::isfinite(value) && value > 1.0) // positions are fractions of the size minus one
+        return QString();
+    const QString name = QLatin1String(tag);
+    const QDomElement element = entry.firstChildElement(name);
+    if (element.isNull())
+        return QStringLiteral("no <%1>, the size that all its values are fractions of").arg(name);
+    if (value == 0.0 && element.text().toFloat() > 1.0F)
+        return QStringLiteral("<%1> stands behind the model, where it isn't read; it must stand before").arg(name);
+    return QStringLiteral("\"%2\" as <%1>; a number of pixels above 1 was expected")
+        .arg(name, element.text().simplified().left(40));
+}
+
+// --- What it holds ---
+
+void DescribeEntry(const QDomElement &entry, ProfileReport &report)
+{
+    report.profileName = ChildText(entry, {"stCamera:ProfileName"});
+    report.make = ChildText(entry, {"stCamera:Make"});
+    report.model = ChildText(entry, {"stCamera:Model"});
+    report.camera = ChildText(entry, {"stCamera:CameraPrettyName", "stCamera:UniqueCameraModel"});
+    report.lens = ChildText(entry, {"stCamera:LensPrettyName", "stCamera:Lens"});
+    report.focalLengthMm = ChildNumber(entry, "stCamera:FocalLength");
+    report.focusDistanceM = ChildNumber(entry, "stCamera:FocusDistance");
+    if (const auto apex = ChildNumber(entry, "stCamera:ApertureValue"))
+        report.fNumber = std::exp2(*apex / 2.0); // as in EXIF: APEX value = 2 log2(f-number)
+    for (QDomElement sibling = entry; !sibling.isNull(); sibling = sibling.nextSiblingElement(entry.tagName()))
+        ++report.entryCount;
+}
+
+/// What a model is there for.
+enum class ModelRole {
+    Warp,  // maps the picture, by the kind of the profile
+    Shift, // maps one colour relative to green, always by the perspective formula
+    Gain
+};
+
+struct ModelInfo {
+    const char *name;
+    LensParam newLCP::*member;
+    ModelRole role;
+};
+
+const ModelInfo kModels[] = {
+    {"distortion", &newLCP::distortionModel, ModelRole::Warp},
+    {"green", &newLCP::greenModel, ModelRole::Warp},
+    {"red against green", &newLCP::redGreenModel, ModelRole::Shift},
+    {"blue against green", &newLCP::blueGreenModel, ModelRole::Shift},
+    {"vignette", &newLCP::vignetteModel, ModelRole::Gain},
+};
+
+void DescribeModels(const newLCP &lcp, ProfileReport &report)
+{
+    report.fisheye = lcp.modelKind != 0;
+    report.imageWidth = lcp.imageWidth;
+    report.imageLength = lcp.imageLength;
+    for (const ModelInfo &info : kModels)
+        report.models.append({QLatin1String(info.name), lcp.*info.member});
+}
+
+// --- What its user might not expect ---
+
+/// Whether every position or gain by the model can be a number.
+bool HasWholeValues(const LensParam &model, ModelRole role)
+{
+    bool whole = model.focalPixels > 0.0F && std::isfinite(model.focalPixels) && model.scaleFactor > 0.0F
+        && std::isfinite(model.scaleFactor) && std::isfinite(model.tangential1) && std::isfinite(model.tangential2)
+        && std::isfinite(model.centerX) && std::isfinite(model.centerY);
+    if (role == ModelRole::Gain) // the only one that uses the vertical focal length
+        whole = whole && model.focalLengthY > 0.0 && std::isfinite(model.focalLengthY);
+    for (float coefficient : model.coefficients)
+        whole = whole && std::isfinite(coefficient);
+    return whole;
+}
+
+/// What an unusual number of coefficients leads to; empty for a usual one.
+QString NoteOnCoefficients(int count, ModelRole role, bool fisheye)
+{
+    if (role == ModelRole::Gain)
+        return count >= 3 ? QString() : QStringLiteral("%1 of 3 coefficients; the missing ones count as 0").arg(count);
+    if (role == ModelRole::Warp && fisheye)
+        return count == 1 || count == 2
+            ? QString()
+            : QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
+                             "picture of one colour")
+                  .arg(count);
+    return count <= 3
+        ? QString()
+        : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
+}
+
+void NoteModel(const newLCP &lcp, const ModelInfo &info, QStringList &notes)
+{
+    const LensParam &model = lcp.*info.member;
+    if (!model.found)
+        return;
+    const QString prefix = QLatin1String(info.name) + QStringLiteral(" model: ");
+    if (!HasWholeValues(model, info.role))
+        notes << prefix
+                + QStringLiteral(
+                     "a focal length is missing or a value is no number; correcting by it spoils the picture");
+    const QString note = NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0);
+    if (!note.isEmpty())
+        notes << prefix + note;
+}
+
+/// What comes of models that the profile doesn't hold.
+void NoteMissingModels(const newLCP &lcp, QStringList &notes)
+{
+    if (!lcp.greenModel.found)
+        notes << QStringLiteral("no green model: with chromatic aberration switched on nothing is corrected at all");
+    else if (!lcp.redGreenModel.found || !lcp.blueGreenModel.found)
+        notes << QStringLiteral("no red or no blue model: correcting chromatic aberration spoils the picture");
+    if (!lcp.vignetteModel.found)
+        notes << QStringLiteral("no vignette model: vignetting stays");
+}
+
+void AddNotes(const newLCP &lcp, const QDomElement &modelElement, ProfileReport &report)
+{
+    if (report.entryCount > 1)
+        report.notes << QStringLiteral("%1 entries; the first one is used for every picture").arg(report.entryCount);
+    const QString tag = modelElement.tagName();
+    if (tag != QLatin1String("stCamera:PerspectiveModel") && tag != QLatin1String("stCamera:FisheyeModel"))
+        report.notes << QStringLiteral("model of an unknown kind, %1, read as perspective").arg(Named(modelElement));
+    for (const ModelInfo &info : kModels)
+        NoteModel(lcp, info, report.notes);
+    NoteMissingModels(lcp, report.notes);
+}
+
+/// Fills the report from a document; returns why it can't be used, empty if it can.
+QString DescribeDocument(const QDomElement &root, ProfileReport &report)
+{
+    const QDomElement entry = FirstEntry(root);
+    if (entry.isNull())
+        return WhyNoEntry(root);
+    DescribeEntry(entry, report);
+    bool hasModel = false;
+    const newLCP lcp(root, hasModel);
+    if (!hasModel)
+        return WhyNoModel(entry);
+    DescribeModels(lcp, report);
+    QString why = WhyNoSize(entry, "stCamera:ImageWidth", lcp.imageWidth);
+    if (why.isEmpty())
+        why = WhyNoSize(entry, "stCamera:ImageLength", lcp.imageLength);
+    if (why.isEmpty())
+        AddNotes(lcp, ModelElement(entry), report);
+    return why;
+}
+
+} // namespace
+
+ProfileReport ReadProfileReport(const QString &fileName)
+{
+    ProfileReport report;
+    report.problem = WhyNoFile(fileName);
+    if (!report.problem.isEmpty())
+        return report;
+    const ProfileDocument profile = ReadProfileDocument(fileName);
+    report.problem = WhyNoDocument(profile);
+    if (report.problem.isEmpty())
+        report.problem = DescribeDocument(profile.document.documentElement(), report);
+    report.usable = report.problem.isEmpty();
+    return report;
+}

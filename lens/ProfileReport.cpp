@@ -143,17 +143,6 @@ const ModelInfo kModels[] = {
     {"vignette", &newLCP::vignetteModel, ModelRole::Gain},
 };
 
-void DescribeModels(const newLCP &lcp, ProfileReport &report)
-{
-    report.fisheye = lcp.modelKind != 0;
-    report.imageWidth = lcp.imageWidth;
-    report.imageLength = lcp.imageLength;
-    for (const ModelInfo &info : kModels)
-        report.models.append({QLatin1String(info.name), lcp.*info.member});
-}
-
-// --- What its user might not expect ---
-
 /// Whether every position or gain by the model can be a number.
 bool HasWholeValues(const LensParam &model, ModelRole role)
 {
@@ -167,18 +156,40 @@ bool HasWholeValues(const LensParam &model, ModelRole role)
     return whole;
 }
 
+/// Why correcting by a model would spoil the picture; empty if it wouldn't.
+QString Flaw(const newLCP &lcp, const ModelInfo &info)
+{
+    const LensParam &model = lcp.*info.member;
+    if (!model.found)
+        return QString();
+    if (!HasWholeValues(model, info.role))
+        return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
+    const int count = model.coefficients.size();
+    if (info.role != ModelRole::Warp || lcp.modelKind == 0 || count == 1 || count == 2)
+        return QString();
+    return QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
+                          "picture of one colour")
+        .arg(count);
+}
+
+void DescribeModels(const newLCP &lcp, ProfileReport &report)
+{
+    report.fisheye = lcp.modelKind != 0;
+    report.imageWidth = lcp.imageWidth;
+    report.imageLength = lcp.imageLength;
+    for (const ModelInfo &info : kModels)
+        report.models.append({QLatin1String(info.name), lcp.*info.member, Flaw(lcp, info)});
+}
+
+// --- What its user might not expect ---
+
 /// What an unusual number of coefficients leads to; empty for a usual one.
 QString NoteOnCoefficients(int count, ModelRole role, bool fisheye)
 {
     if (role == ModelRole::Gain)
         return count >= 3 ? QString() : QStringLiteral("%1 of 3 coefficients; the missing ones count as 0").arg(count);
-    if (role == ModelRole::Warp && fisheye)
-        return count == 1 || count == 2
-            ? QString()
-            : QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
-                             "picture of one colour")
-                  .arg(count);
-    return count <= 3
+    const bool isFlaw = role == ModelRole::Warp && fisheye; // told as such
+    return isFlaw || count <= 3
         ? QString()
         : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
 }
@@ -189,13 +200,11 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, QStringList &notes)
     if (!model.found)
         return;
     const QString prefix = QLatin1String(info.name) + QStringLiteral(" model: ");
-    if (!HasWholeValues(model, info.role))
-        notes << prefix
-                + QStringLiteral(
-                     "a focal length is missing or a value is no number; correcting by it spoils the picture");
-    const QString note = NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0);
-    if (!note.isEmpty())
-        notes << prefix + note;
+    for (const QString &note :
+         {Flaw(lcp, info), NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0)}) {
+        if (!note.isEmpty())
+            notes << prefix + note;
+    }
 }
 
 /// What comes of models that the profile doesn't hold.

@@ -13,6 +13,7 @@
 struct ProfileReportModel {
     QString name; ///< in plain English: "distortion", "green", "red against green", "blue against green", "vignette"
     LensParam values; ///< values.found says whether the profile holds it
+    QString flaw;     ///< why correcting by it would spoil the picture; empty if it wouldn't, or without a model
 };
 
 /// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.

@@ -5,6 +5,8 @@
 
 #include "gfl.h"
 
+#include <utility>
+
 /// A run is a stretch of pixels of one row. Conversions of two steps work run by run, with the form in between in a
 /// block of the first cache: no conversion passes over memory twice or allocates.
 constexpr int kRunPixels = 512;
@@ -65,19 +67,10 @@ template <auto &CopyToFirst, auto &Swap> void Spread(const void *src, void *dst,
     Call(Swap, dst, dst, pixels, kFirstOnly);
 }
 
-/// 65,535 of 16 bits as exactly 1.0, and back with values beyond saturated.
-template <int C> void Scale16To32(const void *src, void *dst, int pixels)
+/// Grey or RGB into RGBA with this alpha.
+template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, int pixels)
 {
-    Ipp32f *samples = static_cast<Ipp32f *>(dst);
-    ippiConvert_16u32f_C1R(static_cast<const Ipp16u *>(src), 0, samples, 0, {C * pixels, 1});
-    ippiDivC_32f_C1R(samples, 0, 65535.0f, samples, 0, {C * pixels, 1});
-}
-
-template <int C> void Scale32To16(const void *src, void *dst, int pixels)
-{
-    Ipp32f scaled[C * kRunPixels];
-    ippiMulC_32f_C1R(static_cast<const Ipp32f *>(src), 0, 65535.0f, scaled, 0, {C * pixels, 1});
-    ippiConvert_32f16u_C1R(scaled, 0, static_cast<Ipp16u *>(dst), 0, {C * pixels, 1}, primitives::kRoundNear);
+    Call(primitives::CopyOpaque<T, S>, src, dst, pixels, Alpha);
 }
 
 } // namespace steps
@@ -92,53 +85,77 @@ constexpr RunStep kDepthSteps[3][3][3] = {
       steps::Run<ippiScale_8u32f_C4R, 0, 1>}},
     {{steps::Run<ippiScale_16u8u_C1R, 1>, steps::Run<ippiScale_16u8u_C3R, 1>, steps::Run<ippiScale_16u8u_C4R, 1>},
      {},
-     {steps::Scale16To32<1>, steps::Scale16To32<3>, steps::Scale16To32<4>}},
+     {steps::Run<primitives::Scale16ToFloat<1>>, steps::Run<primitives::Scale16ToFloat<3>>, steps::Run<primitives::Scale16ToFloat<4>>}},
     {{steps::Run<ippiScale_32f8u_C1R, 0, 1>, steps::Run<ippiScale_32f8u_C3R, 0, 1>,
       steps::Run<ippiScale_32f8u_C4R, 0, 1>},
-     {steps::Scale32To16<1>, steps::Scale32To16<3>, steps::Scale32To16<4>},
+     {steps::Run<primitives::ScaleFloatTo16<1>>, steps::Run<primitives::ScaleFloatTo16<3>>, steps::Run<primitives::ScaleFloatTo16<4>>},
      {}}};
 
-/// Channel step, [depth][from][to]; one layout to itself needs none. A source without alpha leaves the target's.
+/// Channel step, [depth][from][to]; one layout to itself needs none. New alpha is opaque.
 constexpr RunStep kChannelSteps[3][3][3] = {
     {{nullptr, steps::Spread<ippiCopy_8u_C1C3R, ippiSwapChannels_8u_C3R>,
-      steps::Spread<ippiCopy_8u_C1C4R, ippiSwapChannels_8u_AC4R>},
-     {steps::Run<ippiRGBToGray_8u_C3C1R>, nullptr, steps::Run<ippiCopy_8u_C3AC4R>},
+      steps::Opaque<Ipp8u, 1, 255>},
+     {steps::Run<ippiRGBToGray_8u_C3C1R>, nullptr, steps::Opaque<Ipp8u, 3, 255>},
      {steps::Run<ippiRGBToGray_8u_AC4C1R>, steps::Run<ippiCopy_8u_AC4C3R>, nullptr}},
     {{nullptr, steps::Spread<ippiCopy_16u_C1C3R, ippiSwapChannels_16u_C3R>,
-      steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>},
-     {steps::Run<ippiRGBToGray_16u_C3C1R>, nullptr, steps::Run<ippiCopy_16u_C3AC4R>},
+      steps::Opaque<Ipp16u, 1, 65535>},
+     {steps::Run<ippiRGBToGray_16u_C3C1R>, nullptr, steps::Opaque<Ipp16u, 3, 65535>},
      {steps::Run<ippiRGBToGray_16u_AC4C1R>, steps::Run<ippiCopy_16u_AC4C3R>, nullptr}},
     {{nullptr, steps::Spread<ippiCopy_32f_C1C3R, ippiSwapChannels_32f_C3R>,
-      steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>},
-     {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Run<ippiCopy_32f_C3AC4R>},
+      steps::Opaque<Ipp32f, 1, 1>},
+     {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
 
 // clang-format on
 
-/// What the alpha of an RGBA target is set to before colours arrive from a source without alpha.
-struct AlphaRule {
-    bool set;       // false: the target's alpha stays what it was
-    int value8or16; // 8u and 16u; a float alpha is always 1.0
-};
-
-/// The cases that deviate from "opaque"; hosts rely on them.
+/// The cases that deviate from an opaque alpha, all of grey to RGBA; hosts rely on them.
 struct AlphaException {
     Form from;
     Form to;
-    AlphaRule rule;
+    RunStep channelStep; // instead of the table's, at the target's depth
 };
 
 constexpr AlphaException kAlphaExceptions[] = {
-    {{kDepth16u, kGrey}, {kDepth16u, kRgba}, {false, 0}},
-    {{kDepth16u, kGrey}, {kDepth32f, kRgba}, {false, 0}},
-    {{kDepth32f, kGrey}, {kDepth16u, kRgba}, {true, 255}}, // not 65,535
+    // The target's alpha stays what it was.
+    {{kDepth16u, kGrey}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>},
+    {{kDepth16u, kGrey}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>},
+    // Alpha is 255 of 65,535.
+    {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>},
 };
 
-constexpr AlphaRule AlphaRuleOf(Form from, Form to)
-{
-    for (const AlphaException &exception : kAlphaExceptions) {
-        if (exception.from == from && exception.to == to)
-            return exception.rule;
+/// How runs of one form become runs of another: one step, or two with a run in between.
+class Conversion {
+public:
+    Conversion(Form from, Form to)
+    {
+        const bool colorsFirst = to.depth < from.depth && to.layout < from.layout; // grey at the finer of the depths
+        const RunStep toDepth = kDepthSteps[from.depth][to.depth][colorsFirst ? to.layout : from.layout];
+        const RunStep toLayout = ChannelStep(from, to, colorsFirst ? from.depth : to.depth);
+        m_first = colorsFirst ? toLayout : toDepth;
+        m_last = colorsFirst ? toDepth : toLayout;
+        if (!m_last)
+            std::swap(m_first, m_last);
     }
-    return {to.layout == kRgba && from.layout != kRgba, to.depth == kDepth8u ? 255 : 65535};
-}
+
+    /// @p pixels at most kRunPixels.
+    void ConvertRun(const void *src, void *dst, int pixels) const
+    {
+        alignas(64) unsigned char between[kRunPixels * kMaxBytesPerPixel];
+        if (m_first)
+            m_first(src, between, pixels);
+        m_last(m_first ? between : src, dst, pixels);
+    }
+
+private:
+    static RunStep ChannelStep(Form from, Form to, Depth depth)
+    {
+        for (const AlphaException &exception : kAlphaExceptions) {
+            if (exception.from == from && exception.to == to)
+                return exception.channelStep;
+        }
+        return kChannelSteps[depth][from.layout][to.layout];
+    }
+
+    RunStep m_first; // null where one step does it
+    RunStep m_last;
+};

@@ -5,66 +5,6 @@
 
 namespace {
 
-void SetOpaque8u(void *dst, int pixels, int alpha)
-{
-    const Ipp8u value[4] = {0, 0, 0, static_cast<Ipp8u>(alpha)};
-    ippiSet_8u_C4R(value, static_cast<Ipp8u *>(dst), 0, {pixels, 1});
-}
-
-void SetOpaque16u(void *dst, int pixels, int alpha)
-{
-    const Ipp16u value[4] = {0, 0, 0, static_cast<Ipp16u>(alpha)};
-    ippiSet_16u_C4R(value, static_cast<Ipp16u *>(dst), 0, {pixels, 1});
-}
-
-void SetOpaque32f(void *dst, int pixels, int)
-{
-    const Ipp32f value[4] = {0, 0, 0, 1};
-    ippiSet_32f_C4R(value, static_cast<Ipp32f *>(dst), 0, {pixels, 1});
-}
-
-/// How runs of one form become runs of another.
-class Conversion {
-public:
-    Conversion(Form from, Form to)
-    {
-        constexpr decltype(&SetOpaque8u) kSetOpaque[] = {SetOpaque8u, SetOpaque16u, SetOpaque32f};
-        const AlphaRule alpha = AlphaRuleOf(from, to);
-        m_alpha = alpha.value8or16;
-        m_setOpaque = alpha.set ? kSetOpaque[to.depth] : nullptr;
-
-        const RunStep depthFirst = kDepthSteps[from.depth][to.depth][from.layout];
-        const RunStep depthLast = kDepthSteps[from.depth][to.depth][to.layout];
-        if (from.depth == to.depth)
-            m_last = kChannelSteps[to.depth][from.layout][to.layout];
-        else if (from.layout == to.layout)
-            m_last = depthFirst;
-        else if (to.depth < from.depth && to.layout < from.layout) { // grey at the finer of the two depths
-            m_first = kChannelSteps[from.depth][from.layout][to.layout];
-            m_last = depthLast;
-        } else {
-            m_first = depthFirst;
-            m_last = kChannelSteps[to.depth][from.layout][to.layout];
-        }
-    }
-
-    void ConvertRun(const void *src, void *dst, int pixels) const
-    {
-        alignas(64) unsigned char between[kRunPixels * kMaxBytesPerPixel];
-        if (m_first)
-            m_first(src, between, pixels);
-        if (m_setOpaque)
-            m_setOpaque(dst, pixels, m_alpha);
-        m_last(m_first ? between : src, dst, pixels);
-    }
-
-private:
-    RunStep m_first = nullptr;
-    RunStep m_last = nullptr;
-    void (*m_setOpaque)(void *, int, int) = nullptr;
-    int m_alpha = 0;
-};
-
 bool IsEmpty(const KImage &image)
 {
     return !image.m_bitmap || !image.m_bitmap->Data;

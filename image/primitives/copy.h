@@ -2,6 +2,7 @@
 #pragma once
 
 #include "types.h"
+#include "vector_rows.h"
 
 #include <cstring>
 
@@ -42,6 +43,17 @@ Status CopyChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
             for (int c = 0; c < N; ++c)
                 dstRow[x * D + c] = srcRow[x * S + c];
         }
+    });
+}
+
+/// Grey (@p S 1) or RGB (S 3) into RGBA with the alpha @p alpha.
+template <typename T, int S> Status CopyOpaque(const T *src, Step srcStep, T *dst, Step dstStep, Size size, T alpha)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [alpha, width = size.width](const T *srcRow, T *dstRow) {
+        if constexpr (std::is_floating_point_v<T> && S == 3)
+            CopyOpaqueFloat3(srcRow, dstRow, width, alpha);
+        else
+            plain::CopyOpaque<T, S>(srcRow, dstRow, width, alpha);
     });
 }
 

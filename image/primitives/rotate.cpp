@@ -1,5 +1,7 @@
 #include "rotate.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -11,8 +13,23 @@ struct Pixel {
     Ipp32f channel[4];
 };
 
-/// Pixels of a block's side: a block reads as many source rows, each in another page, and both sides stay in the cache.
-constexpr std::int64_t kBlockSide = 32;
+/// Pixels of a block's side: as many source rows, each in another page, are open at a time, and all four pixels of a
+/// source cache line are used while the line is in the first cache.
+constexpr std::int64_t kBlockSide = 16;
+
+/// Targets from this size on don't stay in the caches anyway: they are written past them.
+constexpr std::int64_t kStreamedBytes = std::int64_t(4) << 20;
+
+void Store(Pixel *to, const Pixel &pixel)
+{
+    *to = pixel;
+}
+
+/// @p to is a multiple of 16.
+void StorePastCache(Pixel *to, const Pixel &pixel)
+{
+    _mm_stream_ps(to->channel, _mm_loadu_ps(pixel.channel));
+}
 
 /// first <= position < end.
 struct Range {
@@ -45,36 +62,71 @@ template <typename T> struct Turn {
     T SourceY(T x, T y) const { return sine * (x - shiftX) + cosine * (y - shiftY); }
 };
 
-/// The exact way for multiples of 90 degrees: moves pixels, in square blocks so that neither side leaves the cache.
-void MovePixels(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, Step dstStep, Rect dstRect,
+/// A part of the target, all of it coming from within the source.
+struct Region {
+    Range x;
+    Range y;
+};
+
+Region RegionOf(Rect rect)
+{
+    return {{rect.x, std::int64_t(rect.x) + rect.width}, {rect.y, std::int64_t(rect.y) + rect.height}};
+}
+
+/// The part of @p dstRect that comes from @p srcRect under a turn by a multiple of 90 degrees.
+Region TargetRegion(Rect srcRect, Rect dstRect, const Turn<std::int64_t> &turn)
+{
+    const Region src = RegionOf(srcRect), wanted = RegionOf(dstRect);
+    const int cosine = static_cast<int>(turn.cosine), sine = static_cast<int>(turn.sine);
+    if (cosine == 0) // source rows become target columns
+        return {Intersect(wanted.x, ImageOf(src.y, sine, turn.shiftX)),
+                Intersect(wanted.y, ImageOf(src.x, -sine, turn.shiftY))};
+    return {Intersect(wanted.x, ImageOf(src.x, cosine, turn.shiftX)),
+            Intersect(wanted.y, ImageOf(src.y, cosine, turn.shiftY))};
+}
+
+/// The first column from @p x on, at most @p end, whose pixel starts a cache line. Half a line written past the caches
+/// costs a read and a write.
+std::int64_t LineStart(const Pixel *row, std::int64_t x, std::int64_t end)
+{
+    constexpr std::uintptr_t kLineBytes = 64;
+    const std::uintptr_t beyond = reinterpret_cast<std::uintptr_t>(row + x) % kLineBytes;
+    return std::min<std::int64_t>(x + static_cast<std::int64_t>((kLineBytes - beyond) % kLineBytes / sizeof(Pixel)),
+                                  end);
+}
+
+/// The exact way for multiples of 90 degrees: moves pixels block by block.
+template <void StorePixel(Pixel *, const Pixel &)>
+void MovePixels(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, const Region &region,
                 const Turn<std::int64_t> &turn)
 {
-    const Range srcX = {srcRect.x, std::int64_t(srcRect.x) + srcRect.width};
-    const Range srcY = {srcRect.y, std::int64_t(srcRect.y) + srcRect.height};
-    const Range wantedX = {dstRect.x, std::int64_t(dstRect.x) + dstRect.width};
-    const Range wantedY = {dstRect.y, std::int64_t(dstRect.y) + dstRect.height};
-    const bool exchanged = turn.cosine == 0; // source rows become target columns
-    const Range dstX = Intersect(wantedX,
-                                 exchanged ? ImageOf(srcY, turn.sine > 0 ? 1 : -1, turn.shiftX)
-                                           : ImageOf(srcX, turn.cosine > 0 ? 1 : -1, turn.shiftX));
-    const Range dstY = Intersect(wantedY,
-                                 exchanged ? ImageOf(srcX, turn.sine > 0 ? -1 : 1, turn.shiftY)
-                                           : ImageOf(srcY, turn.cosine > 0 ? 1 : -1, turn.shiftY));
-
-    // Source bytes from one target column, and from one target row, to the next.
-    constexpr std::int64_t kPixelBytes = sizeof(Pixel);
-    const std::int64_t acrossBytes = turn.cosine * kPixelBytes + turn.sine * srcStep;
-    for (std::int64_t blockY = dstY.first; blockY < dstY.end; blockY += kBlockSide) {
-        for (std::int64_t blockX = dstX.first; blockX < dstX.end; blockX += kBlockSide) {
-            const std::int64_t endX = std::min(blockX + kBlockSide, dstX.end);
-            for (std::int64_t y = blockY; y < std::min(blockY + kBlockSide, dstY.end); ++y) {
-                const Ipp32f *srcRow = RowAt(src, srcStep, turn.SourceY(blockX, y));
-                const Pixel *from = reinterpret_cast<const Pixel *>(srcRow) + turn.SourceX(blockX, y);
-                Pixel *to = reinterpret_cast<Pixel *>(RowAt(dst, dstStep, y));
-                for (std::int64_t x = blockX; x < endX; ++x)
-                    to[x] = *RowAt(from, acrossBytes, x - blockX);
-            }
+    // Source bytes from one target column to the next.
+    const Step acrossStep = turn.cosine * std::int64_t(sizeof(Pixel)) + turn.sine * srcStep;
+    for (std::int64_t blockX = region.x.first; blockX < region.x.end; blockX += kBlockSide) {
+        // Blocks go down the target, along the same few source rows.
+        for (std::int64_t y = region.y.first; y < region.y.end; ++y) {
+            Pixel *to = reinterpret_cast<Pixel *>(RowAt(dst, dstStep, y));
+            std::int64_t x = blockX == region.x.first ? blockX : LineStart(to, blockX, region.x.end);
+            const std::int64_t endX = LineStart(to, std::min(blockX + kBlockSide, region.x.end), region.x.end);
+            const auto *srcRow = reinterpret_cast<const Pixel *>(RowAt(src, srcStep, turn.SourceY(x, y)));
+            const Pixel *from = srcRow + turn.SourceX(x, y);
+            for (; x < endX; ++x, from = RowAt(from, acrossStep, 1))
+                StorePixel(to + x, *from);
         }
+    }
+}
+
+void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, Step dstStep, Rect dstRect,
+                   const Turn<std::int64_t> &turn)
+{
+    const Region region = TargetRegion(srcRect, dstRect, turn);
+    const std::int64_t bytes = (region.x.end - region.x.first) * (region.y.end - region.y.first) * sizeof(Pixel);
+    const bool aligned = (reinterpret_cast<std::uintptr_t>(dst) | static_cast<std::uint64_t>(dstStep)) % 16 == 0;
+    if (aligned && bytes >= kStreamedBytes) {
+        MovePixels<StorePastCache>(src, srcStep, dst, dstStep, region, turn);
+        _mm_sfence();
+    } else {
+        MovePixels<Store>(src, srcStep, dst, dstStep, region, turn);
     }
 }
 
@@ -160,9 +212,9 @@ Status RotateFloat4(const Ipp32f *src, Size srcSize, Step srcStep, Rect srcRect,
     if (std::floor(quarters) == quarters && IsWhole(shiftX) && IsWhole(shiftY)) {
         constexpr int kCosine[4] = {1, 0, -1, 0};
         const int quarter = static_cast<int>(quarters) % 4;
-        MovePixels(src, srcStep, readRect, dst, dstStep, dstRect,
-                   {kCosine[quarter], kCosine[(quarter + 3) % 4], static_cast<std::int64_t>(shiftX),
-                    static_cast<std::int64_t>(shiftY)});
+        RotateExactly(src, srcStep, readRect, dst, dstStep, dstRect,
+                      {kCosine[quarter], kCosine[(quarter + 3) % 4], static_cast<std::int64_t>(shiftX),
+                       static_cast<std::int64_t>(shiftY)});
         return Status::Ok;
     }
     constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;

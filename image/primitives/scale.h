@@ -2,6 +2,7 @@
 #pragma once
 
 #include "types.h"
+#include "vector_rows.h"
 
 namespace primitives {
 
@@ -47,8 +48,24 @@ Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, 
         return Status::BadArgument;
     const float factor = 255.0f / (high - low);
     return ForRows(src, srcStep, dst, dstStep, size, [=, n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp8u *dstRow) {
+        FloatToInteger(srcRow, dstRow, n, low, factor);
+    });
+}
+
+/// 0 to 65,535 as 0.0 to 1.0.
+template <int C> Status Scale16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp32f *dstRow) {
         for (std::int64_t i = 0; i < n; ++i)
-            dstRow[i] = Saturate<Ipp8u>((srcRow[i] - low) * factor);
+            dstRow[i] = static_cast<float>(srcRow[i]) * (1.0f / 65535.0f); // 65,535 gives exactly 1
+    });
+}
+
+/// 0.0 to 1.0 as 0 to 65,535; values outside saturate.
+template <int C> Status ScaleFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
+        FloatToInteger(srcRow, dstRow, n, 0.0f, 65535.0f);
     });
 }
 
@@ -69,8 +86,7 @@ template <int C>
 Status ConvertFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size, RoundMode)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
-        for (std::int64_t i = 0; i < n; ++i)
-            dstRow[i] = Saturate<Ipp16u>(srcRow[i]);
+        FloatToInteger(srcRow, dstRow, n, 0.0f, 1.0f);
     });
 }
 

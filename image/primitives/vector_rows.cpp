@@ -1,0 +1,108 @@
+#include "vector_rows.h"
+
+#include <tmmintrin.h>
+
+namespace primitives {
+
+namespace {
+
+__m128i Load16(const void *from)
+{
+    return _mm_loadu_si128(static_cast<const __m128i *>(from));
+}
+
+void Store16(void *to, __m128i value)
+{
+    _mm_storeu_si128(static_cast<__m128i *>(to), value);
+}
+
+/// Saturate of (v - low) * factor for four floats, as 32-bit integers.
+struct Rounding {
+    __m128 low;
+    __m128 factor;
+    __m128 limit;
+
+    __m128i operator()(const Ipp32f *src) const
+    {
+        const __m128 scaled = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(src), low), factor);
+        // The second operand wins where the first is not a number.
+        const __m128 inRange = _mm_min_ps(_mm_max_ps(scaled, _mm_setzero_ps()), limit);
+        return _mm_cvttps_epi32(_mm_add_ps(inRange, _mm_set1_ps(0.5f)));
+    }
+};
+
+/// Four grey values, in 32 bits each, of the first 12 of 16 readable bytes.
+__attribute__((target("ssse3"))) inline __m128i FourGrays(const Ipp8u *src)
+{
+    const __m128i redGreen = _mm_setr_epi8(0, -1, 1, -1, 3, -1, 4, -1, 6, -1, 7, -1, 9, -1, 10, -1);
+    const __m128i blue = _mm_setr_epi8(2, -1, -1, -1, 5, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1);
+    const __m128i redGreenWeights = _mm_set1_epi32(plain::kRedWeight | plain::kGreenWeight << 16);
+    // Beside each blue stands a 1, whose weight is the half that rounds.
+    const __m128i ones = _mm_set1_epi32(1 << 16);
+    const __m128i blueWeights = _mm_set1_epi32(plain::kBlueWeight | 1 << (plain::kGrayShift - 1 + 16));
+
+    const __m128i bytes = Load16(src);
+    const __m128i sum = _mm_add_epi32(_mm_madd_epi16(_mm_shuffle_epi8(bytes, redGreen), redGreenWeights),
+                                      _mm_madd_epi16(_mm_or_si128(_mm_shuffle_epi8(bytes, blue), ones), blueWeights));
+    return _mm_srli_epi32(sum, plain::kGrayShift);
+}
+
+/// The pixels of a row in groups of 16, as long as the last group's reads end within the row; returns how many.
+__attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels)
+{
+    std::int64_t x = 0;
+    for (; x + 18 <= pixels; x += 16) { // the last load of a group reaches 4 bytes into the next
+        const Ipp8u *from = src + 3 * x;
+        const __m128i first = _mm_packs_epi32(FourGrays(from), FourGrays(from + 12));
+        const __m128i second = _mm_packs_epi32(FourGrays(from + 24), FourGrays(from + 36));
+        Store16(dst + x, _mm_packus_epi16(first, second));
+    }
+    return x;
+}
+
+} // namespace
+
+void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor)
+{
+    const Rounding round = {_mm_set1_ps(low), _mm_set1_ps(factor), _mm_set1_ps(255.0f)};
+    std::int64_t i = 0;
+    for (; i + 16 <= count; i += 16) {
+        const __m128i first = _mm_packs_epi32(round(src + i), round(src + i + 4));
+        const __m128i second = _mm_packs_epi32(round(src + i + 8), round(src + i + 12));
+        Store16(dst + i, _mm_packus_epi16(first, second));
+    }
+    plain::FloatToInteger(src + i, dst + i, count - i, low, factor);
+}
+
+void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor)
+{
+    const Rounding round = {_mm_set1_ps(low), _mm_set1_ps(factor), _mm_set1_ps(65535.0f)};
+    // SSE2 packs signed 16-bit numbers only: shift the range down for it, and flip the sign bit back.
+    const __m128i half = _mm_set1_epi32(32768), signBit = _mm_set1_epi16(-32768);
+    std::int64_t i = 0;
+    for (; i + 8 <= count; i += 8) {
+        const __m128i packed =
+            _mm_packs_epi32(_mm_sub_epi32(round(src + i), half), _mm_sub_epi32(round(src + i + 4), half));
+        Store16(dst + i, _mm_xor_si128(packed, signBit));
+    }
+    plain::FloatToInteger(src + i, dst + i, count - i, low, factor);
+}
+
+void Rgb8ToGray(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels)
+{
+    static const bool s_hasShuffle = __builtin_cpu_supports("ssse3");
+    const std::int64_t done = s_hasShuffle ? Rgb8ToGrayInVectors(src, dst, pixels) : 0;
+    plain::RgbToGray<Ipp8u, 3>(src + 3 * done, dst + done, pixels - done);
+}
+
+void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32f alpha)
+{
+    const __m128 colors = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
+    const __m128 alphas = _mm_setr_ps(0.0f, 0.0f, 0.0f, alpha);
+    std::int64_t x = 0;
+    for (; x + 2 <= pixels; ++x) // each load reads the first channel of the next pixel too
+        _mm_storeu_ps(dst + 4 * x, _mm_or_ps(_mm_and_ps(_mm_loadu_ps(src + 3 * x), colors), alphas));
+    plain::CopyOpaque<Ipp32f, 3>(src + 3 * x, dst + 4 * x, pixels - x, alpha);
+}
+
+} // namespace primitives

@@ -1,0 +1,55 @@
+// The row loops that compilers don't vectorise well: their definition in plain code, and a vector form of the same
+// bits.
+#pragma once
+
+#include "types.h"
+
+namespace primitives {
+
+/// Definitions. The functions below fall back on them for the end of a row and for processors without the instructions.
+namespace plain {
+
+/// (v - low) * factor, rounded and saturated.
+template <typename D> void FloatToInteger(const Ipp32f *src, D *dst, std::int64_t count, float low, float factor)
+{
+    for (std::int64_t i = 0; i < count; ++i)
+        dst[i] = Saturate<D>((src[i] - low) * factor);
+}
+
+/// 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601) in 32,768ths, rounded; the weights add up to 32,768.
+constexpr int kRedWeight = 9798, kGreenWeight = 19235, kBlueWeight = 3735, kGrayShift = 15;
+
+template <typename T, int C> void RgbToGray(const T *src, T *dst, std::int64_t pixels)
+{
+    for (std::int64_t x = 0; x < pixels; ++x) {
+        const T r = src[x * C], g = src[x * C + 1], b = src[x * C + 2];
+        if constexpr (std::is_floating_point_v<T>)
+            dst[x] = 0.299f * r + 0.587f * g + 0.114f * b;
+        else // at most 65,535 * 32,768 + 16,384, which fits 32 bits
+            dst[x] = static_cast<T>((unsigned(kRedWeight) * r + unsigned(kGreenWeight) * g + unsigned(kBlueWeight) * b
+                                     + (1u << (kGrayShift - 1)))
+                                    >> kGrayShift);
+    }
+}
+
+/// Three channels of @p S as the first three of four, grey in each of them, and @p alpha.
+template <typename T, int S> void CopyOpaque(const T *src, T *dst, std::int64_t pixels, T alpha)
+{
+    for (std::int64_t x = 0; x < pixels; ++x) {
+        dst[x * 4] = src[x * S];
+        dst[x * 4 + 1] = src[x * S + (S > 1 ? 1 : 0)];
+        dst[x * 4 + 2] = src[x * S + (S > 1 ? 2 : 0)];
+        dst[x * 4 + 3] = alpha;
+    }
+}
+
+} // namespace plain
+
+void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor);
+void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor);
+
+void Rgb8ToGray(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
+
+void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32f alpha);
+
+} // namespace primitives

@@ -39,6 +39,13 @@ QString TextOfCurrentException()
     }
 }
 
+/// The image-file layer's own words where an exception only names its error number. They are of this very call: a
+/// failed call of the layer is what such an exception comes from.
+QString WithReason(const QString &message)
+{
+    return message.contains(QLatin1String("\"GFL_")) ? QString::fromUtf8(gflLastErrorText()) : message;
+}
+
 /// A parameter record of the process's, for a scope.
 class ParameterRecord {
 public:
@@ -82,7 +89,7 @@ public:
     CorrectRun(const CorrectOptions &options, HostApplication *application, KIPluginOne2One *process,
                InterruptGuard *guard, Console *console)
         : m_options(options),
-          m_profile(JudgeProfile(options.profile)),
+          m_profile(options.profile.isEmpty() ? ProfileUse() : JudgeProfile(options.profile)),
           m_application(application),
           m_process(process),
           m_guard(guard),
@@ -148,31 +155,15 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
     return Outcome::Corrected;
 }
 
-/// A correction that the user names and the profile lacks is a failure: a script that asks for it must not take a
-/// picture without it for done. And handed to the plug-in as it is, a lacking chromatic model would keep the other
-/// corrections from running too.
 Corrections CorrectRun::UsableCorrections() const
 {
     if (m_options.profile.isEmpty())
         Fail(QStringLiteral("has no lens profile; name one with --profile"));
-    if (!m_profile.problem.isEmpty())
-        Fail(QStringLiteral("profile \"%1\": %2").arg(m_options.profile, m_profile.problem));
-    const Corrections &asked = m_options.asked;
-    const Corrections &held = m_profile.holds;
-    if (!asked.Any())
-        return held;
-    QStringList lacking;
-    if (asked.distortion && !held.distortion)
-        lacking << QStringLiteral("distortion");
-    if (asked.chromatic && !held.chromatic)
-        lacking << QStringLiteral("chromatic aberration");
-    if (asked.vignetting && !held.vignetting)
-        lacking << QStringLiteral("vignetting");
-    if (!lacking.isEmpty()) {
-        Fail(QStringLiteral("profile \"%1\": asked to correct %2, expected a complete model of it in the profile")
-                 .arg(m_options.profile, lacking.join(QLatin1String(" and "))));
-    }
-    return asked;
+    QString why = m_profile.problem;
+    const Corrections corrections = why.isEmpty() ? ChooseCorrections(m_profile, m_options.asked, &why) : Corrections();
+    if (!why.isEmpty())
+        Fail(QStringLiteral("profile \"%1\": %2").arg(m_options.profile, why));
+    return corrections;
 }
 
 void CorrectRun::CheckPicture(const PlannedPicture &planned)
@@ -183,6 +174,11 @@ void CorrectRun::CheckPicture(const PlannedPicture &planned)
     const QString mismatch = SizeMismatch(m_profile, image->nCols(), image->nRows());
     if (!mismatch.isEmpty())
         m_console->Note(planned.asNamed, mismatch);
+    if (!m_options.asked.Any() && !m_profile.flaws.isEmpty()) {
+        m_console->Note(planned.asNamed,
+                        QStringLiteral("profile \"%1\": not corrected: %2")
+                            .arg(m_options.profile, m_profile.flaws.join(QStringLiteral(", "))));
+    }
 }
 
 /// @return the file that the process wrote, in @p folder.
@@ -193,7 +189,7 @@ QString CorrectRun::RunProcess(WorkFolder *folder, const PlannedPicture &planned
         const ParameterRecord record(m_process, corrections, m_profile.path);
         m_process->Process(folder->Admit(planned.picture), record.Get(), result);
     } catch (const KException &e) {
-        Fail(folder->WithKnownNames(e.what()));
+        Fail(folder->WithKnownNames(WithReason(e.what())));
     }
     return result;
 }
@@ -204,7 +200,10 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    HostApplication application;
+    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
+    char *argv[] = {name, nullptr};
+    int argc = 1;
+    HostApplication application(argc, argv);
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());

@@ -11,10 +11,21 @@ QString SettingPath(const QString &uid, const QString &key)
     return QStringLiteral("Plugins/%1/%2").arg(uid, key);
 }
 
+QtMessageHandler g_otherMessages;
+
+/// Qt complains at every start about a session's run-time folder that is missing or another user's, as under cron and
+/// sudo. Nothing here uses it.
+void LeaveOutSessionWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (!text.startsWith(QLatin1String("QStandardPaths: ")))
+        g_otherMessages(type, context, text);
+}
+
 } // namespace
 
 void ChooseDisplayless()
 {
+    g_otherMessages = qInstallMessageHandler(LeaveOutSessionWarnings);
     // Set even where the session names a platform: that of a desktop aborts the program when no display can be reached,
     // as over a remote shell.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -23,7 +34,7 @@ void ChooseDisplayless()
         qunsetenv(name);
 }
 
-HostApplication::HostApplication()
+HostApplication::HostApplication(int &argc, char **argv)
     : QApplication(argc, argv),
       m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Brelt"), QStringLiteral("vitrelux"))
 {

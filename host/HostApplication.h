@@ -16,22 +16,14 @@
 /// and keeps out what a desktop session would load into every Qt program.
 void ChooseDisplayless();
 
-namespace host_detail {
-/// What QApplication wants by reference. The user's arguments are ours to read, so that Qt gets none of them.
-struct ProgramName {
-    int argc = 1;
-    char name[9] = "vitrelux";
-    char *argv[2] = {name, nullptr};
-};
-} // namespace host_detail
-
 /// Starts the image kernel alone and lends it to plug-ins; so a plug-in has to be gone before this object is. Settings
 /// are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI thread.
-class HostApplication : private host_detail::ProgramName, public QApplication, public KIApplication {
+class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    HostApplication();
+    /// As QApplication: both outlive this object, and options of Qt's are taken out of them.
+    HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;

@@ -17,11 +17,12 @@ QString InstalledPlugin()
 } // namespace
 
 PluginLoader::PluginLoader(const QString &file)
-    : m_loader(file.isEmpty() ? InstalledPlugin() : QDir().absoluteFilePath(file))
 {
+    const QString path = file.isEmpty() ? InstalledPlugin() : QDir().absoluteFilePath(file);
+    m_loader.setFileName(path);
     const QString why = Load();
     if (!m_process)
-        m_problem = QStringLiteral("plug-in \"%1\": %2").arg(m_loader.fileName(), why);
+        m_problem = QStringLiteral("plug-in \"%1\": %2").arg(path, why);
 }
 
 PluginLoader::~PluginLoader()

@@ -1,0 +1,71 @@
+#include "ProgramRun.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+namespace {
+
+constexpr int kCapDacOverride = 1; // linux/capability.h
+constexpr int kCapDacReadSearch = 2;
+
+} // namespace
+
+ProgramRun::ProgramRun()
+{
+    const QProcessEnvironment system = QProcessEnvironment::systemEnvironment();
+    for (const char *kept :
+         {"PATH", "LD_LIBRARY_PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"}) {
+        const QString name = QString::fromLatin1(kept);
+        if (system.contains(name))
+            m_environment.insert(name, system.value(name));
+    }
+    setWorkingDirectory(QStringLiteral("/"));
+}
+
+void ProgramRun::Set(const char *variable, const QString &value)
+{
+    m_environment.insert(QString::fromLatin1(variable), value);
+}
+
+void ProgramRun::Begin(const QStringList &arguments)
+{
+    setProcessEnvironment(m_environment);
+    start(QStringLiteral(VITRELUX_PROGRAM), arguments);
+    waitForStarted();
+}
+
+ProgramResult ProgramRun::Wait()
+{
+    constexpr int kLimitMs = 120000;
+    ProgramResult result;
+    if (!waitForFinished(kLimitMs))
+        return result;
+    if (exitStatus() == QProcess::NormalExit)
+        result.exitCode = exitCode();
+    else
+        result.signal = exitCode();
+    result.output = readAllStandardOutput();
+    result.error = readAllStandardError();
+    result.errorLines = QString::fromUtf8(result.error).split(QLatin1Char('\n'));
+    if (result.errorLines.last().isEmpty())
+        result.errorLines.removeLast();
+    return result;
+}
+
+ProgramResult ProgramRun::Run(const QStringList &arguments)
+{
+    Begin(arguments);
+    return Wait();
+}
+
+void ProgramRun::setupChildProcess()
+{
+    if (beforeStart)
+        beforeStart();
+}
+
+void RespectPermissions()
+{
+    prctl(PR_CAPBSET_DROP, kCapDacOverride, 0, 0, 0);
+    prctl(PR_CAPBSET_DROP, kCapDacReadSearch, 0, 0, 0);
+}

@@ -1,0 +1,24 @@
+// Small pictures and profiles for the tests of the program, and looks at folders.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+/// A JPEG of noise over a gradient, always the same: its output compresses badly, so that it is not tiny.
+void WriteJpeg(const QString &path, int width, int height);
+void WriteBytes(const QString &path, const QByteArray &bytes);
+QByteArray ReadBytes(const QString &path);
+
+/// Which models a profile gets.
+struct ProfileModels {
+    bool distortion = true;
+    bool chromatic = false; // all three models
+    bool vignetting = false;
+};
+
+/// An .lcp file in element form, for pictures of @p width by @p height.
+QByteArray ProfileText(const ProfileModels &models, int width, int height);
+
+/// All names in a folder, hidden ones too, sorted.
+QStringList Names(const QString &folder);

@@ -41,12 +41,6 @@ QString Shooting(const ProfileReport &report)
     return parts.join(QStringLiteral(", "));
 }
 
-QString Entries(const ProfileReport &report)
-{
-    return report.entryCount == 1 ? QStringLiteral("1")
-                                  : QStringLiteral("%1, of which the first is used").arg(report.entryCount);
-}
-
 /// One line of values: the focal lengths as fractions, as the file has them, and the centre in pixels.
 QString Values(const LensParam &model)
 {
@@ -72,7 +66,7 @@ QString Describe(const QString &file, const ProfileReport &report)
     text += Line(QStringLiteral("Measured at"), Shooting(report));
     text += Line(QStringLiteral("Made for pictures of"),
                  QStringLiteral("%1 x %2 pixels").arg(Number(report.imageWidth), Number(report.imageLength)));
-    text += Line(QStringLiteral("Entries"), Entries(report));
+    text += Line(QStringLiteral("Entries"), QString::number(report.entryCount));
     text +=
         Line(QStringLiteral("Projection"), report.fisheye ? QStringLiteral("fisheye") : QStringLiteral("perspective"));
     for (const ProfileReportModel &model : report.models) {

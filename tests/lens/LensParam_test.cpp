@@ -1,0 +1,243 @@
+// LensParam against its formulas in double.
+#include "LensParam.h"
+
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+using Coefficients = QVector<float>;
+
+/// A model in pixels of a picture of 6000 x 4000.
+LensParam Model(const Coefficients &coefficients)
+{
+    LensParam model;
+    model.centerX = 3050.25;
+    model.centerY = 1960.75;
+    model.focalPixels = 5000.5F;
+    model.coefficients = coefficients;
+    model.Found();
+    return model;
+}
+
+/// The same in double: position in focal lengths, and back. @p radial gives the factor for a squared radius.
+template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, double scale, Radial radial)
+{
+    const double s = scale * double(model.scaleFactor);
+    const double f = s * double(model.focalPixels);
+    const QPointF center(model.centerX * s, model.centerY * s);
+    const QPointF uv = (at - center) / f;
+    const double r2 = QPointF::dotProduct(uv, uv);
+    const double t1 = model.tangential1;
+    const double t2 = model.tangential2;
+    const double cross = 2 * uv.x() * uv.y();
+    const QPointF shift((2 * uv.x() * uv.x() + r2) * t2 + cross * t1, (2 * uv.y() * uv.y() + r2) * t1 + cross * t2);
+    return center + f * (radial(r2) * uv + shift);
+}
+
+/// The power series of 1 / (1 + ax + bx^2 + dx^3) up to x^4, by its recurrence: each coefficient out of the three
+/// before.
+double ReciprocalSeries(double a, double b, double d, double x)
+{
+    double g[5] = {1};
+    double sum = 1;
+    for (int n = 1; n < 5; ++n) {
+        g[n] = -a * g[n - 1] - (n > 1 ? b * g[n - 2] : 0) - (n > 2 ? d * g[n - 3] : 0);
+        sum += g[n] * std::pow(x, n);
+    }
+    return sum;
+}
+
+/// Corners, sides and odd places of 6000 x 4000.
+const QPointF kPlaces[] = {{0, 0},       {5999, 0},    {0, 3999},  {5999, 3999},
+                           {3050, 1961}, {3051, 1961}, {17, 2500}, {4321, 1234}};
+
+/// Some roundings of a coordinate of this size: floats near 6000 stand 0.0005 apart.
+constexpr double kTolerancePx = 0.004;
+
+void CompareNear(QPointF got, QPointF want, QPointF at)
+{
+    const QPointF error = got - want;
+    QVERIFY2(std::abs(error.x()) <= kTolerancePx && std::abs(error.y()) <= kTolerancePx,
+             qPrintable(QStringLiteral("at %1, %2: got %3, %4, want %5, %6")
+                            .arg(at.x())
+                            .arg(at.y())
+                            .arg(got.x(), 0, 'f', 4)
+                            .arg(got.y(), 0, 'f', 4)
+                            .arg(want.x(), 0, 'f', 4)
+                            .arg(want.y(), 0, 'f', 4)));
+}
+
+} // namespace
+
+class tst_LensParam : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void perspective_data();
+    void perspective();
+    void sumsOfTermsAreKeptInDouble();
+    void fisheye_data();
+    void fisheye();
+    void fisheyeCentreIsNotANumber();
+    void falloff_data();
+    void falloff();
+    void resetKeepsPlacesAndCoefficients();
+    void copiesAreIndependent();
+};
+
+void tst_LensParam::perspective_data()
+{
+    QTest::addColumn<Coefficients>("coefficients");
+    QTest::addColumn<int>("used"); // how many of them make the polynomial
+    QTest::addColumn<QPointF>("tangential");
+    QTest::addColumn<float>("scaleFactor");
+    QTest::addColumn<float>("scale");
+
+    const Coefficients all = {-0.11F, 0.07F, -0.03F, 0.5F};
+    for (int count = 0; count <= all.size(); ++count)
+        QTest::addRow("coefficients=%d", count)
+            << all.mid(0, count) << (count > 3 ? 0 : count) << QPointF() << 1.0F << 1.0F;
+    QTest::newRow("scale factor") << all.mid(0, 2) << 2 << QPointF() << 0.97F << 1.0F;
+    QTest::newRow("reduced picture") << all.mid(0, 3) << 3 << QPointF() << 1.0F << 0.1706F;
+    QTest::newRow("reduced, with factor") << all.mid(0, 1) << 1 << QPointF() << 1.013F << 0.25F;
+    QTest::newRow("first tangential") << all.mid(0, 2) << 2 << QPointF(0.004, 0) << 1.0F << 1.0F;
+    QTest::newRow("second tangential") << all.mid(0, 2) << 2 << QPointF(0, -0.003) << 1.0F << 1.0F;
+    QTest::newRow("both, no radial") << Coefficients() << 0 << QPointF(-0.002, 0.005) << 1.02F << 0.5F;
+}
+
+void tst_LensParam::perspective()
+{
+    QFETCH(Coefficients, coefficients);
+    QFETCH(int, used);
+    QFETCH(QPointF, tangential);
+    QFETCH(float, scaleFactor);
+    QFETCH(float, scale);
+    LensParam model = Model(coefficients);
+    model.tangential1 = tangential.x();
+    model.tangential2 = tangential.y();
+    model.scaleFactor = scaleFactor;
+
+    const auto radial = [&](double r2) {
+        double sum = 1;
+        for (int i = 0; i < used; ++i)
+            sum += double(coefficients[i]) * std::pow(r2, i + 1);
+        return sum;
+    };
+    for (QPointF place : kPlaces) {
+        const float x = float(place.x()) * scale, y = float(place.y()) * scale;
+        float gotX, gotY;
+        model.ComputeDistortion(x, y, gotX, gotY, scale);
+        CompareNear(QPointF(gotX, gotY), Warped(model, QPointF(x, y), scale, radial), place);
+    }
+}
+
+void tst_LensParam::sumsOfTermsAreKeptInDouble()
+{
+    // In float 1 + 2^-25 and 1 + 2^-24 are both 1; their exact sum is nearer to the next float after 1.
+    const LensParam model = Model({std::ldexp(1.0F, -25), std::ldexp(1.0F, -24)});
+    QCOMPARE(model.ComputeRadialDistortion(1.0F), std::nextafter(1.0F, 2.0F));
+}
+
+void tst_LensParam::fisheye_data()
+{
+    QTest::addColumn<Coefficients>("coefficients");
+    QTest::addColumn<bool>("known");
+    QTest::newRow("none: all on the centre") << Coefficients() << false;
+    QTest::newRow("one") << Coefficients{-0.06F} << true;
+    QTest::newRow("two") << Coefficients{-0.06F, 0.011F} << true;
+    QTest::newRow("three: all on the centre") << Coefficients{-0.06F, 0.011F, 0.001F} << false;
+}
+
+void tst_LensParam::fisheye()
+{
+    QFETCH(Coefficients, coefficients);
+    QFETCH(bool, known);
+    for (float scale : {1.0F, 0.37F}) {
+        LensParam model = Model(coefficients);
+        model.scaleFactor = 1.01F;
+        model.tangential1 = 0.01; // no part of this model
+        for (QPointF place : kPlaces) {
+            const QPointF center = QPointF(model.centerX, model.centerY) * double(scale) * double(model.scaleFactor);
+            const QPointF at(float(place.x()) * scale, float(place.y()) * scale);
+            const double r = std::hypot(at.x() - center.x(), at.y() - center.y())
+                / (double(scale) * double(model.focalPixels) * double(model.scaleFactor));
+            const double angleRad = std::atan(r);
+            double mapped = 0; // radius in focal lengths
+            for (int i = 0; known && i < coefficients.size(); ++i)
+                mapped += double(coefficients[i]) * std::pow(angleRad, 2 * i + 3);
+            mapped += known ? angleRad : 0;
+            float gotX, gotY;
+            model.WarpFisheye(float(at.x()), float(at.y()), gotX, gotY, scale);
+            CompareNear(QPointF(gotX, gotY), center + (at - center) * (mapped / r), place);
+        }
+    }
+}
+
+void tst_LensParam::fisheyeCentreIsNotANumber()
+{
+    LensParam model = Model({-0.06F});
+    model.centerX = 3050;
+    model.centerY = 1960;
+    float x, y;
+    model.WarpFisheye(3050, 1960, x, y, 1.0F);
+    QVERIFY(std::isnan(x) && std::isnan(y));
+    model.ComputeDistortion(3050, 1960, x, y, 1.0F);
+    QCOMPARE(QPointF(x, y), QPointF(3050, 1960));
+}
+
+void tst_LensParam::falloff_data()
+{
+    QTest::addColumn<Coefficients>("coefficients");
+    QTest::addColumn<float>("x");
+    QTest::addColumn<double>("gain");
+
+    QTest::newRow("no radius") << Coefficients{-0.5F, 0.3F, 0.2F} << 0.0F << 1.0;
+    QTest::newRow("a half: cut series, not 1/1.5") << Coefficients{0.5F, 0.0F, 0.0F} << 1.0F << 0.6875;
+    QTest::newRow("missing ones are 0") << Coefficients{0.5F} << 1.0F << 0.6875;
+    QTest::newRow("no coefficients") << Coefficients() << 0.8F << 1.0;
+    for (float a : {-1.25F, 0.5F}) {
+        for (float b : {-0.75F, 1.5F}) {
+            for (float d : {-0.5F, 2.0F})
+                QTest::addRow("1 + %gx + %gx2 + %gx3", double(a), double(b), double(d))
+                    << Coefficients{a, b, d} << 0.75F << ReciprocalSeries(double(a), double(b), double(d), 0.75);
+        }
+    }
+}
+
+void tst_LensParam::falloff()
+{
+    QFETCH(Coefficients, coefficients);
+    QFETCH(float, x);
+    QFETCH(double, gain);
+    const double got = double(Model(coefficients).ComputeFalloff(x));
+    QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QString::number(got, 'f', 7)));
+}
+
+void tst_LensParam::resetKeepsPlacesAndCoefficients()
+{
+    LensParam model = Model({0.1F});
+    model.scaleFactor = 2.0F;
+    model.focalLengthX = 0.9;
+    model.Reset();
+    QCOMPARE(model.scaleFactor, 1.0F);
+    QCOMPARE(model.focalPixels, 0.0F);
+    QVERIFY(!model.found);
+    QCOMPARE(model.focalLengthX, 0.9);
+    QCOMPARE(model.centerX, 3050.25);
+    QCOMPARE(model.coefficients, Coefficients{0.1F});
+}
+
+void tst_LensParam::copiesAreIndependent()
+{
+    LensParam model = Model({0.1F, 0.2F});
+    LensParam copy(model);
+    copy.coefficients[0] = 5.0F;
+    QCOMPARE(model.coefficients, (Coefficients{0.1F, 0.2F}));
+    QVERIFY(copy.found);
+    QCOMPARE(copy.focalPixels, 5000.5F);
+}
+
+QTEST_APPLESS_MAIN(tst_LensParam)
+#include "LensParam_test.moc"

@@ -1,0 +1,272 @@
+// The profile report: what it holds, why a file can't be used, and what it warns of.
+#include "ProfileReport.h"
+
+#include "ProfileText.h"
+
+#include <QtTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace profiletext;
+
+namespace {
+
+const char *const kSubModels[] = {"ChromaticGreenModel", "ChromaticRedGreenModel", "ChromaticBlueGreenModel",
+                                  "VignetteModel"};
+
+QByteArray Radial(int count)
+{
+    QByteArray values;
+    for (int i = 0; i < count; ++i)
+        values += Value("RadialDistortParam1", "0.01");
+    return values;
+}
+
+QByteArray Vignette(int count)
+{
+    QByteArray values;
+    for (int i = 0; i < count; ++i)
+        values += Value("VignetteModelParam1", "0.01");
+    return values;
+}
+
+/// All sub-models with sound values, apart from the one that @p without names.
+QByteArray SubModels(const char *without = "")
+{
+    QByteArray models;
+    for (const char *tag : kSubModels) {
+        if (qstrcmp(tag, without) != 0)
+            models += Resource(tag, Place("1", "1", "0.5", "0.5") + Radial(1) + Vignette(3));
+    }
+    return models;
+}
+
+QByteArray OneEntry(const char *model, const QByteArray &content)
+{
+    return Profile(Entry(Size("101", "51") + Resource(model, Place("1", "1", "0.5", "0.5") + content)));
+}
+
+} // namespace
+
+class tst_ProfileReport : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void holds();
+    void holdsLittle();
+    void problems_data();
+    void problems();
+    void problemsOfTheFileItself();
+    void noRightToRead();
+    void notes_data();
+    void notes();
+
+private:
+    ProfileReport Report(const QByteArray &content)
+    {
+        return ReadProfileReport(WriteFile(m_folder, QStringLiteral("profile.lcp"), content));
+    }
+
+    QTemporaryDir m_folder;
+};
+
+void tst_ProfileReport::holds()
+{
+    const ProfileReport report = Report(Profile(FullEntry(0) + FullEntry(0.3) + FullEntry(0.5)));
+    QVERIFY2(report.usable, qPrintable(report.problem));
+    QCOMPARE(report.problem, QString());
+    QCOMPARE(report.profileName, QStringLiteral("Test body - Test lens 24mm"));
+    QCOMPARE(report.make, QStringLiteral("Maker"));
+    QCOMPARE(report.model, QStringLiteral("MODEL 7"));
+    QCOMPARE(report.camera, QStringLiteral("Seven"));
+    QCOMPARE(report.lens, QStringLiteral("Test lens 24mm"));
+    QCOMPARE(report.focalLengthMm.value_or(0), 24.0);
+    QCOMPARE(report.fNumber.value_or(0), 4.0); // APEX 4
+    QCOMPARE(report.focusDistanceM.value_or(0), 1.25);
+    QCOMPARE(report.entryCount, 3);
+    QCOMPARE(report.imageWidth, 4001.0);
+    QCOMPARE(report.imageLength, 3001.0);
+    QVERIFY(!report.fisheye);
+
+    QStringList found;
+    for (const ProfileReportModel &model : report.models) {
+        if (model.values.found)
+            found << model.name;
+    }
+    QCOMPARE(found.join(QStringLiteral(", ")),
+             QStringLiteral("distortion, green, red against green, blue against green, vignette"));
+    QCOMPARE(report.models[0].values.coefficients, (QVector<float>{-0.011F, 0.012F, -0.013F}));
+    QCOMPARE(float(report.models[0].values.tangential2), -0.002F);
+    QCOMPARE(report.models[2].values.scaleFactor, 0.999F);
+    QCOMPARE(report.models[3].values.scaleFactor, 1.001F);
+    QCOMPARE(report.models[4].values.focalPixels, float(double(0.87F) * 4000));
+    QCOMPARE(report.notes, QStringList{QStringLiteral("3 entries; the first one is used for every picture")});
+}
+
+void tst_ProfileReport::holdsLittle()
+{
+    const ProfileReport report =
+        Report(Profile(Entry(Size("101", "51") + Value("Lens", "\n 24  mm ") + Value("UniqueCameraModel", "U")
+                             + Value("FocalLength", "wide") + Resource("FisheyeModel", ""))));
+    QVERIFY(report.usable);
+    QVERIFY(report.fisheye);
+    QCOMPARE(report.lens, QStringLiteral("24 mm"));
+    QCOMPARE(report.camera, QStringLiteral("U"));
+    QCOMPARE(report.make + report.model + report.profileName, QString());
+    QVERIFY(!report.focalLengthMm && !report.fNumber && !report.focusDistanceM);
+    QCOMPARE(report.models.size(), 5);
+    QVERIFY(report.models[0].values.found && !report.models[1].values.found && !report.models[4].values.found);
+}
+
+void tst_ProfileReport::problems_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("expression"); // regular expression of the whole problem
+    const auto add = [](const char *name, const QByteArray &content, const char *expression) {
+        QTest::newRow(name) << content << QString::fromLatin1(expression);
+    };
+    const QByteArray whole = Profile(FullEntry(0));
+    const QByteArray model = Resource("PerspectiveModel", Place("1", "1", "0.5", "0.5"));
+    const int cut = whole.indexOf("<stCamera:Lens>");
+    const QByteArray cutLine = QByteArray::number(whole.left(cut).count('\n') + 1);
+
+    add("empty", "", "an empty file; an \\.lcp profile \\(XML\\) was expected");
+    add("text", "Hello\n", "not XML: .* at line 1, column \\d+; an \\.lcp profile \\(XML\\) was expected");
+    add("picture", "\x89PNG\r\n\x1A\n", "not XML: .*");
+    add("cut short", whole.left(cut),
+        "damaged or cut short: unexpected end of file at line " + cutLine + ", column \\d+; whole XML was expected");
+    // newLCP would use it, but who knows what else is lost.
+    add("cut behind the first entry", whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
+    add("wrong end tag", whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
+    add("other XML", "<svg><defs><g/></defs></svg>",
+        "XML, but no lens profile: its root is <svg>, and following first child elements down to <g> meets no "
+        "<rdf:li>");
+    add("attribute form", Profile("<rdf:li><rdf:Description stCamera:Make=\"M\" stCamera:ImageWidth=\"9\"/></rdf:li>"),
+        "values stand in attributes of <rdf:Description>; only the element form is read .*");
+    add("entry without the attribute", Profile("<rdf:li>" + model + "</rdf:li>"),
+        "the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is read");
+    add("no model", Profile(Entry(Size("101", "51")) + FullEntry(0)),
+        "no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or .* was expected");
+    add("no size", Profile(Entry(model)), "no <stCamera:ImageWidth>, the size .*");
+    add("no length", Profile(Entry(Value("ImageWidth", "101") + model)), "no <stCamera:ImageLength>, the size .*");
+    add("size behind the model", Profile(Entry(Value("ImageWidth", "101") + model + Value("ImageLength", "51"))),
+        "<stCamera:ImageLength> stands behind the model, where it isn't read; it must stand before");
+    for (const char *size : {"1", "0", "-5", "nan", "inf", "wide", ""})
+        QTest::newRow(QByteArray("width ") + size)
+            << Profile(Entry(Size(size, "51") + model))
+            << QStringLiteral("\"%1\" as <stCamera:ImageWidth>; a number of pixels above 1 was expected")
+                   .arg(QLatin1String(size));
+    add("entities", "<!DOCTYPE x [<!ENTITY e \"eeee\">]>" + whole,
+        "no profile: the document declares an entity \\(\"e\"\\).*");
+    add("deep", Profile(Entry(QByteArray("<a>").repeated(1000) + QByteArray("</a>").repeated(1000))),
+        "no profile: elements nest deeper than 256 levels");
+    add("endless name", "<" + QByteArray(1 << 20, 'x') + "/>", "XML, but no lens profile: .{0,600}");
+}
+
+void tst_ProfileReport::problems()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, expression);
+    const ProfileReport report = Report(content);
+    QVERIFY(!report.usable);
+    const QRegularExpression whole(
+        QRegularExpression::anchoredPattern(expression)); // one line: "." meets no line break
+    QVERIFY2(whole.match(report.problem).hasMatch(), qPrintable(report.problem.left(1000)));
+    QCOMPARE(report.notes, QStringList());
+}
+
+void tst_ProfileReport::problemsOfTheFileItself()
+{
+    QCOMPARE(ReadProfileReport(m_folder.filePath(QStringLiteral("missing.lcp"))).problem,
+             QStringLiteral("can't be opened: No such file or directory"));
+    QCOMPARE(ReadProfileReport(m_folder.path()).problem,
+             QStringLiteral("a folder; an .lcp profile (XML) was expected"));
+    const QString pipe = m_folder.filePath(QStringLiteral("pipe.lcp"));
+    QCOMPARE(mkfifo(qPrintable(pipe), 0600), 0);
+    QCOMPARE(ReadProfileReport(pipe).problem, QStringLiteral("not a regular file; an .lcp profile (XML) was expected"));
+}
+
+void tst_ProfileReport::noRightToRead()
+{
+    const QString fileName = WriteFile(m_folder, QStringLiteral("locked.lcp"), Profile(FullEntry(0)));
+    QCOMPARE(chmod(qPrintable(m_folder.path()), 0755), 0);
+    QCOMPARE(chmod(qPrintable(fileName), 0), 0);
+    const bool isRoot = geteuid() == 0; // may read everything, so another user has to ask
+    constexpr uid_t kNobody = 65534;
+    if (isRoot && seteuid(kNobody) != 0)
+        QSKIP("can't act as another user");
+    const ProfileReport report = ReadProfileReport(fileName);
+    if (isRoot)
+        QCOMPARE(seteuid(0), 0);
+    QCOMPARE(report.problem, QStringLiteral("can't be opened: Permission denied"));
+}
+
+void tst_ProfileReport::notes_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("note"); // beginning of the only note; empty for none
+    const auto add = [](const char *name, const QByteArray &content, const char *note) {
+        QTest::newRow(name) << content << QString::fromLatin1(note);
+    };
+    const char *const perspective = "PerspectiveModel";
+    const char *const fisheye = "FisheyeModel";
+    const QByteArray place = Place("1", "1", "0.5", "0.5");
+
+    add("sound", OneEntry(perspective, Radial(3) + SubModels()), "");
+    add("sound fisheye", OneEntry(fisheye, Radial(2) + SubModels()), "");
+    add("no coefficients: the identity", OneEntry(perspective, SubModels()), "");
+    add("four radial coefficients", OneEntry(perspective, Radial(4) + SubModels()),
+        "distortion model: 4 radial coefficients are unknown (up to 3 are known); none is applied");
+    add("fisheye with three", OneEntry(fisheye, Radial(3) + SubModels()),
+        "distortion model: a fisheye with 3 coefficients is unknown");
+    add("fisheye with none", OneEntry(fisheye, SubModels()),
+        "distortion model: a fisheye with 0 coefficients is unknown");
+    add("green of a fisheye",
+        OneEntry(fisheye,
+                 Radial(1) + SubModels("ChromaticGreenModel") + Resource("ChromaticGreenModel", place + Radial(3))),
+        "green model: a fisheye with 3 coefficients is unknown");
+    add("red of a fisheye is perspective",
+        OneEntry(fisheye,
+                 Radial(1) + SubModels("ChromaticRedGreenModel")
+                     + Resource("ChromaticRedGreenModel", place + Radial(3))),
+        "");
+    add("two vignette coefficients",
+        OneEntry(perspective, SubModels("VignetteModel") + Resource("VignetteModel", place + Vignette(2))),
+        "vignette model: 2 of 3 coefficients; the missing ones count as 0");
+    add("vignette without a vertical focal length",
+        OneEntry(perspective,
+                 SubModels("VignetteModel") + Resource("VignetteModel", Value("FocalLengthX", "1") + Vignette(3))),
+        "vignette model: a focal length is missing");
+    add("blue without a focal length",
+        OneEntry(perspective, SubModels("ChromaticBlueGreenModel") + Resource("ChromaticBlueGreenModel", Radial(1))),
+        "blue against green model: a focal length is missing");
+    add("centre not a number", OneEntry(perspective, Value("ImageXCenter", "nan") + SubModels()),
+        "distortion model: a focal length is missing or a value is no number");
+    add("coefficient not a number", OneEntry(perspective, Value("RadialDistortParam1", "inf") + SubModels()),
+        "distortion model: a focal length is missing or a value is no number");
+    add("no green", OneEntry(perspective, SubModels("ChromaticGreenModel")), "no green model: ");
+    add("no red", OneEntry(perspective, SubModels("ChromaticRedGreenModel")), "no red or no blue model: ");
+    add("no vignette", OneEntry(perspective, SubModels("VignetteModel")), "no vignette model: ");
+    add("unknown kind", OneEntry("GeometricModel", SubModels()),
+        "model of an unknown kind, <stCamera:GeometricModel>, read as perspective");
+}
+
+void tst_ProfileReport::notes()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, note);
+    const ProfileReport report = Report(content);
+    QVERIFY2(report.usable, qPrintable(report.problem));
+    QCOMPARE(report.notes.size(), note.isEmpty() ? 0 : 1);
+    QCOMPARE(report.notes.value(0).left(note.size()), note);
+    // What spoils the picture is told of the model as well, so that a program can keep from correcting by it.
+    for (const ProfileReportModel &model : report.models) {
+        const bool isFlaw = note.startsWith(model.name + QStringLiteral(" model: a f")); // "a focal", "a fisheye"
+        QCOMPARE(model.flaw.isEmpty() ? QString() : model.name + QStringLiteral(" model: ") + model.flaw,
+                 isFlaw ? report.notes.value(0) : QString());
+    }
+}
+
+QTEST_APPLESS_MAIN(tst_ProfileReport)
+#include "ProfileReport_test.moc"

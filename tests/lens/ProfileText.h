@@ -1,0 +1,33 @@
+// Profiles for tests, written in the shape of real ones.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class QTemporaryDir;
+
+namespace profiletext {
+
+/// <stCamera:tag>value</stCamera:tag>
+QByteArray Value(const char *tag, const QByteArray &value);
+/// <stCamera:tag rdf:parseType="Resource">content</stCamera:tag>
+QByteArray Resource(const char *tag, const QByteArray &content);
+/// One rdf:li in element form.
+QByteArray Entry(const QByteArray &content);
+/// A whole file around its entries.
+QByteArray Profile(const QByteArray &entries);
+
+/// ImageWidth and ImageLength.
+QByteArray Size(const QByteArray &width, const QByteArray &length);
+/// Both focal lengths and both centres.
+QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByteArray &centerX,
+                 const QByteArray &centerY);
+/// Names, lens and shooting data as profile makers write them, without the image size.
+QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
+/// An entry with all five models, each with values of its own. @p shift is added to the radial coefficients.
+QByteArray FullEntry(double shift);
+
+/// Writes a file into the folder and returns its name with path.
+QString WriteFile(const QTemporaryDir &folder, const QString &name, const QByteArray &content);
+
+} // namespace profiletext

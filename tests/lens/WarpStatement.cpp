@@ -1,0 +1,261 @@
+#include "WarpStatement.h"
+
+#include "newLCP.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+constexpr unsigned char kGuard = 0xA7;
+constexpr int kMarginBytes = 64;
+
+float LargestValue(int bits)
+{
+    return bits == 8 ? 255.0F : bits == 16 ? 65535.0F : 1.0F;
+}
+
+/// What stands in a channel of that depth after a value was put there: integers keep their low bits.
+float Stored(float value, int bits)
+{
+    if (bits == 32)
+        return value;
+    const double whole = std::isfinite(value) && std::abs(value) < 2e9F ? std::trunc(double(value)) : 0.0;
+    const double range = bits == 8 ? 256.0 : 65536.0;
+    return float(whole - range * std::floor(whole / range));
+}
+
+float Smaller(float limit, float value)
+{
+    return value < limit ? value : limit;
+}
+
+/// One statement of a run: where it is in the picture and what it reads there.
+struct Statement {
+    const newLCP &lcp;
+    const Pixels &source;
+    WarpSwitches switches;
+    Pixels &destination;
+
+    bool HasVignette() const { return switches.falloff && lcp.vignetteModel.found; }
+
+    float Gain(float x, float y) const
+    {
+        if (!HasVignette())
+            return 1.0F;
+        const LensParam &model = lcp.vignetteModel;
+        const double longSide = std::max(source.width, source.height);
+        const float u = (x - float(double(lcp.scale) * model.centerX)) / float(longSide * model.focalLengthX);
+        const float v = (y - float(double(lcp.scale) * model.centerY)) / float(longSide * model.focalLengthY);
+        return model.ComputeFalloff(u * u + v * v);
+    }
+
+    /// Whether the position is inside; @p value is then the sample of 0..1, or as it was beside the last column and
+    /// row.
+    bool Sample(float x, float y, int channel, float &value) const
+    {
+        const double column = switches.mode == 0 ? std::floor(double(x)) : std::trunc(double(x));
+        const double row = switches.mode == 0 ? std::floor(double(y)) : std::trunc(double(y));
+        if (!(column >= 0 && column < source.width && row >= 0 && row < source.height))
+            return false;
+        const int ix = int(column), iy = int(row);
+        const float inScale = 1.0F / LargestValue(source.bits);
+        if (switches.mode == 0) {
+            value = source.At(ix, iy, channel) * inScale;
+        } else if (ix + 1 < source.width && iy + 1 < source.height) {
+            const float fx = x - float(ix), fy = y - float(iy);
+            const float top = source.At(ix, iy, channel) * (1.0F - fx) + source.At(ix + 1, iy, channel) * fx;
+            const float bottom = source.At(ix, iy + 1, channel) * (1.0F - fx) + source.At(ix + 1, iy + 1, channel) * fx;
+            value = Stored(top * (1.0F - fy) + bottom * fy, source.bits) * inScale;
+        }
+        return true;
+    }
+
+    void Store(int x, int y, int channel, float value)
+    {
+        destination.At(x, y, channel) = Stored(Smaller(LargestValue(destination.bits), value), destination.bits);
+    }
+
+    void StoreAlpha(int x, int y, bool opaque)
+    {
+        if (source.channels > 3)
+            destination.At(x, y, 3) = opaque ? 1.0F : 0.0F;
+    }
+
+    void StoreAlphaOfSum(int x, int y)
+    {
+        StoreAlpha(x, y, destination.At(x, y, 0) + destination.At(x, y, 1) + destination.At(x, y, 2) > 0.0F);
+    }
+
+    /// Samples one colour and stores it with the gain, or 0 outside.
+    bool Move(int x, int y, int channel, float fromX, float fromY, float gain)
+    {
+        float value = 0.0F;
+        const bool inside = Sample(fromX, fromY, channel, value);
+        Store(x, y, channel, inside ? gain * value * LargestValue(destination.bits) : 0.0F);
+        return inside;
+    }
+
+    void Main(const LensParam &model, int x, int y, float &outX, float &outY) const
+    {
+        if (lcp.modelKind == 1)
+            model.WarpFisheye(float(x), float(y), outX, outY, lcp.scale);
+        else
+            model.ComputeDistortion(float(x), float(y), outX, outY, lcp.scale);
+    }
+
+    void PixelOfGainOnly(int x, int y)
+    {
+        for (int c = 0; c < source.channels; ++c) {
+            const float value = Gain(float(x), float(y)) * source.At(x, y, c);
+            Store(x, y, c, value > 0.0F ? value : 0.0F);
+        }
+        StoreAlpha(x, y, true);
+    }
+
+    void PixelOfOneWarp(int x, int y)
+    {
+        float fromX, fromY;
+        Main(lcp.distortionModel, x, y, fromX, fromY);
+        bool inside = false;
+        for (int c = 0; c < 3; ++c)
+            inside = Move(x, y, c, fromX, fromY, Gain(fromX, fromY));
+        StoreAlpha(x, y, inside);
+    }
+
+    void PixelOfShift(int x, int y)
+    {
+        float redX, redY, blueX, blueY;
+        lcp.redGreenModel.ComputeDistortion(float(x), float(y), redX, redY, lcp.scale);
+        lcp.blueGreenModel.ComputeDistortion(float(x), float(y), blueX, blueY, lcp.scale);
+        const float gain = Gain(redX, redY);
+        if (!Move(x, y, 0, redX, redY, gain))
+            return;
+        Store(x, y, 1, gain * source.At(x, y, 1));
+        if (Move(x, y, 2, blueX, blueY, gain))
+            StoreAlphaOfSum(x, y);
+    }
+
+    void PixelOfThreeWarps(int x, int y)
+    {
+        float fromX[3], fromY[3];
+        Main(lcp.greenModel, x, y, fromX[1], fromY[1]);
+        lcp.redGreenModel.ComputeDistortion(fromX[1], fromY[1], fromX[0], fromY[0], lcp.scale);
+        lcp.blueGreenModel.ComputeDistortion(fromX[1], fromY[1], fromX[2], fromY[2], lcp.scale);
+        const float gain = Gain(fromX[1], fromY[1]);
+        if (Move(x, y, 0, fromX[0], fromY[0], gain) && Move(x, y, 1, fromX[1], fromY[1], gain)
+            && Move(x, y, 2, fromX[2], fromY[2], gain))
+            StoreAlphaOfSum(x, y);
+    }
+
+    void Pixel(int x, int y)
+    {
+        if (switches.distortion && switches.chromatic)
+            PixelOfThreeWarps(x, y);
+        else if (switches.chromatic)
+            PixelOfShift(x, y);
+        else if (switches.distortion)
+            PixelOfOneWarp(x, y);
+        else
+            PixelOfGainOnly(x, y);
+    }
+
+    bool Runs() const
+    {
+        if (switches.chromatic)
+            return lcp.greenModel.found;
+        return switches.distortion ? lcp.distortionModel.found : HasVignette();
+    }
+};
+
+} // namespace
+
+GuardedImage::GuardedImage(const Pixels &pixels, int padding)
+    : m_shape(pixels),
+      m_pixelBytes(pixels.channels * pixels.bits / 8),
+      m_strideBytes(pixels.width * m_pixelBytes + padding),
+      m_block(2 * kMarginBytes + pixels.height * m_strideBytes, kGuard)
+{
+    for (int y = 0; y < pixels.height; ++y) {
+        for (int x = 0; x < pixels.width; ++x) {
+            for (int c = 0; c < pixels.channels; ++c) {
+                const float value = pixels.At(x, y, c);
+                const quint16 word = pixels.bits == 32 ? quint16(0) : quint16(value);
+                unsigned char *to = Pixel(x, y) + c * pixels.bits / 8;
+                if (pixels.bits == 8)
+                    *to = static_cast<unsigned char>(word);
+                else if (pixels.bits == 16)
+                    std::memcpy(to, &word, sizeof word);
+                else
+                    std::memcpy(to, &value, sizeof value);
+            }
+        }
+    }
+    const unsigned short type = pixels.channels == 1 ? GFL_GREY : pixels.channels == 3 ? GFL_RGB : GFL_RGBA;
+    image.AllocBitmap(pixels.width, pixels.height, type, pixels.bits, /*clear=*/false, m_block.data() + kMarginBytes,
+                      m_strideBytes);
+}
+
+unsigned char *GuardedImage::Pixel(int x, int y)
+{
+    return m_block.data() + kMarginBytes + y * m_strideBytes + x * m_pixelBytes;
+}
+
+Pixels GuardedImage::Read() const
+{
+    Pixels pixels = m_shape;
+    for (int i = 0; i < pixels.values.size(); ++i) {
+        const int pixel = i / pixels.channels;
+        const unsigned char *from = m_block.constData() + kMarginBytes + pixel / pixels.width * m_strideBytes
+            + pixel % pixels.width * m_pixelBytes + i % pixels.channels * pixels.bits / 8;
+        quint16 word = *from;
+        if (pixels.bits == 16)
+            std::memcpy(&word, from, sizeof word);
+        pixels.values[i] = float(word);
+        if (pixels.bits == 32)
+            std::memcpy(&pixels.values[i], from, sizeof(float));
+    }
+    return pixels;
+}
+
+bool GuardedImage::GuardsAreWhole() const
+{
+    const int end = m_block.size() - kMarginBytes;
+    for (int i = 0; i < m_block.size(); ++i) {
+        const bool inRows = i >= kMarginBytes && i < end;
+        const bool isPixel = inRows && (i - kMarginBytes) % m_strideBytes < m_shape.width * m_pixelBytes;
+        if (!isPixel && m_block[i] != kGuard)
+            return false;
+    }
+    return true;
+}
+
+void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination)
+{
+    Statement statement{lcp, source, switches, destination};
+    if (!statement.Runs())
+        return;
+    for (int x = 0; x < destination.width; ++x) {
+        for (int y = 0; y < destination.height; ++y)
+            statement.Pixel(x, y);
+    }
+}
+
+QString FirstDifference(const Pixels &got, const Pixels &want)
+{
+    for (int y = 0; y < want.height; ++y) {
+        for (int x = 0; x < want.width; ++x) {
+            for (int c = 0; c < want.channels; ++c) {
+                const float a = got.At(x, y, c), b = want.At(x, y, c);
+                if (!(a == b || (std::isnan(a) && std::isnan(b))))
+                    return QStringLiteral("pixel %1, %2, channel %3: got %4, want %5")
+                        .arg(x)
+                        .arg(y)
+                        .arg(c)
+                        .arg(double(a), 0, 'g', 9)
+                        .arg(double(b), 0, 'g', 9);
+            }
+        }
+    }
+    return QString();
+}

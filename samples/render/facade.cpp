@@ -151,7 +151,7 @@ void Facade::PaintCornice(Brush &brush) const
     brush.Fill(band(0, 9), {0.27, 0.31, 0.30});
     brush.Shade(band(0, 3), 1.5);
     brush.Fill(band(9, kCorniceHeight), kStone * (1 + 0.02 * Cloud(brush.cell.at.x / 80, y / 20, 3, 31)));
-    brush.Fill(band(9, 34), {0.95, 0.93, 0.88});
+    brush.Fill(band(9, 34), {0.93, 0.91, 0.86});
     brush.Shade(band(34, 40), kShadow);
     brush.Shade(band(40, 58) * (1 - Lines(brush.cell.at.x, 24, 13, brush.cell.width)), {0.62, 0.64, 0.70});
     brush.Shade(band(58, 61), 0.80);
@@ -223,9 +223,9 @@ void Facade::PaintAwning(Brush &brush, const Bay &bay) const
     const double bottom = top + 92;
     const double y = brush.cell.at.y;
     const double t = Clamp01((y - top) / (bottom - top));
-    const double half = 112 + 16 * t;
+    const double half = 104 + 14 * t;
     const double scallop = bottom + 14 * std::sqrt(std::abs(std::sin(bay.x / 26 * 3.14159265)));
-    const double stripes = 0.5 + 0.5 * SquareWave(bay.x / half * 128 / 26, brush.cell.width / 26);
+    const double stripes = 0.5 + 0.5 * SquareWave(bay.x / half * 4.6, brush.cell.width / 26);
     brush.Shade(
         brush.Box(brush.cell.at.x - bay.x - half + 16, top + 20, brush.cell.at.x - bay.x + half + 18, bottom + 60)
             * 0.9,
@@ -355,12 +355,13 @@ Rgb Facade::Floor(const Footprint &cell) const
         0.96 + 0.08 * Hash(static_cast<int64_t>(std::floor(column + 0.5)), static_cast<int64_t>(std::floor(row)), 101);
     brush.color = Mix({0.86, 0.80, 0.71}, {0.74, 0.62, 0.54}, checker) * tone;
     brush.Shade(std::max(Lines(column + 0.5, 1, 0.03, columnSize), Lines(row, 1, 0.045, rowSize)), 0.78);
-    double strip = 0;
+    const Rgb granite = {0.33, 0.33, 0.36};
     for (double middle : m_plan.lengthStrips)
-        strip = std::max(strip, Span(column, middle - 0.25, middle + 0.25, columnSize));
-    for (int first : m_plan.crossStrips)
-        strip = std::max(strip, Span(row, first, first + 1, rowSize));
-    brush.Fill(strip, {0.33, 0.33, 0.36});
+        brush.Fill(Span(column, middle - 0.25, middle + 0.25, columnSize), granite);
+    for (int first : m_plan.crossStrips) {
+        brush.Fill(Span(row, first - 0.2, first + 1.2, rowSize), {0.88, 0.84, 0.78});
+        brush.Fill(Span(row, first, first + 1, rowSize), granite);
+    }
     brush.Shade(1, 1 + 0.10 * Cloud(column * 1.7, row * 1.7, 4, 103));
     return brush.color;
 }
@@ -377,7 +378,7 @@ Rgb Facade::At(const Footprint &cell) const
         floor = Mix(floor, Building(mirrored), gloss);
         color = Mix(color, floor * (0.86 + 0.16 * Ramp(cell.at.y, m_plan.square - 8, m_plan.square + 60)), square);
     }
-    const double sun = 1.02 - 0.07 * (cell.at.x - m_plan.centerX) / m_plan.centerX
+    const double sun = 0.985 - 0.055 * (cell.at.x - m_plan.centerX) / m_plan.centerX
         + 0.03 * Cloud(cell.at.x / 700, cell.at.y / 700, 2, 109);
     return color * Rgb{sun, sun, 0.5 + 0.5 * sun};
 }

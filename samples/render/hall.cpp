@@ -8,7 +8,7 @@ constexpr double kFloor = 1.7;
 constexpr double kCeiling = -4.3;
 constexpr double kEnd = 19;
 constexpr double kPoolHalf = 2.9;
-constexpr double kPoolNear = 2.6;
+constexpr double kPoolNear = 3.3;
 constexpr double kPoolFar = 16.2;
 constexpr double kSkyHalf = 1.5; ///< half the width of the glass roof
 constexpr double kBay = 2.4;     ///< distance of windows and beams
@@ -89,7 +89,7 @@ Rgb FloorColor(const Spot &at)
 double SunOnFloor(const Spot &at)
 {
     const double slant = InBay(at.t - 0.45 * (at.s + kWall));
-    return Ramp(std::abs(slant), 0.75, 0.62) * Ramp(at.s, -0.3, -1.6) * Ramp(at.s, -kWall + 0.5, -kWall + 0.9);
+    return Ramp(std::abs(slant), 0.75, 0.62) * Ramp(at.s, -2.4, -3.2) * Ramp(at.s, -kWall + 0.5, -kWall + 0.9);
 }
 
 Rgb CeilingColor(const Spot &at)
@@ -97,7 +97,7 @@ Rgb CeilingColor(const Spot &at)
     Rgb color = Rgb{0.86, 0.84, 0.78} * (Corner(kWall - std::abs(at.s)) * Corner(kEnd - at.t));
     color = color * (1 - 0.25 * Ramp(std::abs(at.s), kSkyHalf, kWall));
     const double beam = Lines(at.t, kBay, 0.36, at.tSize);
-    color = Mix(color, Rgb{0.60, 0.62, 0.58}, beam);
+    color = Mix(color, Rgb{0.43, 0.45, 0.43}, beam);
     color = Mix(color, {0.95, 0.95, 0.93}, Span(std::abs(at.s), kSkyHalf - 0.05, kSkyHalf + 0.22, at.sSize));
     const double cloud = Cloud(at.s / 2.2, at.t / 3.1, 4, 331);
     const Rgb sky = Mix({0.52, 0.70, 0.90}, {0.98, 0.98, 0.98}, Ramp(cloud, -0.1, 0.4));
@@ -203,6 +203,7 @@ std::vector<StraightEdge> Hall::Edges() const
     const double beam = 3 * kBay - 0.18;
     const double door = 2.5 * kBay - 0.52;
     return {
+        edge("pool rim, near", {-rim + 0.1, kFloor, kPoolNear - 0.35}, {rim - 0.1, kFloor, kPoolNear - 0.35}),
         edge("pool rim, left", {-rim, kFloor, 3.2}, {-rim, kFloor, 12}),
         edge("pool rim, right", {rim, kFloor, 3.2}, {rim, kFloor, 12}),
         edge("top of the dado, left", {-kWall, 1.25, 4.7}, {-kWall, 1.25, 16}),

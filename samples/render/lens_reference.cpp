@@ -65,7 +65,7 @@ public:
         if (model.scaleFactor != 1)
             Add("ScaleFactor", model.scaleFactor);
         Add("FocalLengthX", model.focalLength);
-        Add("FocalLengthY", model.focalLength);
+        Add("FocalLengthY", model.focalLengthY.value_or(model.focalLength));
         Add("ImageXCenter", model.centerX);
         Add("ImageYCenter", model.centerY);
         for (size_t i = 0; i < model.coefficients.size(); ++i)
@@ -147,9 +147,9 @@ double Gain(const LensProfile &profile, Point source)
         return 1;
     const LensModel &model = *profile.vignette;
     const Frame frame = PixelFrame(profile, model);
-    const double focal = model.focalLength * std::max(profile.width, profile.height);
-    const double u = (source.x - frame.center.x) / focal;
-    const double v = (source.y - frame.center.y) / focal;
+    const double side = std::max(profile.width, profile.height);
+    const double u = (source.x - frame.center.x) / (side * model.focalLength);
+    const double v = (source.y - frame.center.y) / (side * model.focalLengthY.value_or(model.focalLength));
     const double x = u * u + v * v;
     const double a = Coefficient(model, 0);
     const double b = Coefficient(model, 1);

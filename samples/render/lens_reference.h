@@ -14,13 +14,14 @@ struct Point {
 
 /// One model of a profile, with its values as fractions of the picture's size minus one, as a profile file holds them.
 struct LensModel {
-    double focalLength = 1; ///< of the width, for both axes
+    double focalLength = 1; ///< of the width, for both axes of all models but the vignette
     double centerX = 0.5;
     double centerY = 0.5;
     std::vector<double> coefficients = {}; ///< radial terms; for the vignette model its three terms
     double tangential1 = 0;
     double tangential2 = 0;
-    double scaleFactor = 1; ///< of the red/green and blue/green models only
+    double scaleFactor = 1;                  ///< of the red/green and blue/green models only
+    std::optional<double> focalLengthY = {}; ///< where it differs; only the vignette model heeds it
 };
 
 /// A whole profile. Positions are pixels of a landscape picture, centre of the top-left pixel at (0, 0).

@@ -34,9 +34,9 @@ LensProfile FisheyeLens()
     lens.fisheye = true;
     lens.distortion = {0.46, 0.4985, 0.5014, {-0.031, 0.0024}};
     lens.green = lens.distortion;
-    lens.redGreen = LensModel{0.46, 0.4985, 0.5014, {0.0018}};
-    lens.blueGreen = LensModel{0.46, 0.4985, 0.5014, {-0.0016}};
-    lens.vignette = LensModel{0.46, 0.5, 0.5, {-0.16, 0.01, 0}};
+    lens.redGreen = LensModel{0.46, 0.4985, 0.5014, {0.0032}};
+    lens.blueGreen = LensModel{0.46, 0.4985, 0.5014, {-0.0028}};
+    lens.vignette = LensModel{0.46, 0.5, 0.5, {-0.24, 0.01, 0}};
     return lens;
 }
 

@@ -24,10 +24,7 @@ struct ProfileDocument {
 
 /// Reads and parses a file, once, without namespace processing.
 ///
-/// Limits, far above what profiles need: 16 MiB, 256 levels of elements, 500,000 elements, attributes and comments. The
-/// document tree is torn down recursively, a level a stack frame, and takes some 300 bytes a node, so an unlimited file
-/// could exhaust stack or memory. Documents that declare entities are refused, since a few lines of them expand to
-/// gigabytes; profiles have none.
+/// Documents beyond the limits of XmlLimits.h are refused, those that declare entities too; profiles have none.
 ProfileDocument ReadProfileDocument(const QString &fileName);
 
 /// The first element named "rdf:li" on the path of first child elements down from @p root, null if there is none.

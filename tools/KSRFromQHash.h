@@ -1,0 +1,23 @@
+// Settings from a hash in memory.
+#pragma once
+
+#include "KernelSettingsReader.h"
+
+#include <QHash>
+#include <QVariant>
+
+/// Numbers that can't be understood give the default. What is present is taken as a bool or a text unconditionally: a
+/// text other than "", "0" and "false" is true.
+class KSRFromQHash : public KernelSettingsReader {
+public:
+    /// @param hash  borrowed; must outlive the reader. Trap: every read detaches it where it is shared.
+    explicit KSRFromQHash(QHash<QString, QVariant> *hash) : m_hash(hash) { }
+
+    bool GetBool(const QString &key, bool defaultValue) override;
+    int GetInt(const QString &key, int defaultValue) override;
+    double GetDouble(const QString &key, double defaultValue) override;
+    QString GetString(const QString &key, QString defaultValue) override;
+
+private:
+    QHash<QString, QVariant> *m_hash;
+};

@@ -1,0 +1,46 @@
+// Settings from an XML file.
+#pragma once
+
+#include "KernelSettingsReader.h"
+
+#include <memory>
+
+class QDomDocument;
+class QDomElement;
+
+/// A value out of an element's text, or the default where the text can't be understood.
+///
+///   | T       | text                                                                               |
+///   |---------|------------------------------------------------------------------------------------|
+///   | bool    | "true" or "false" in any case, untrimmed, or a decimal integer: true unless 0      |
+///   | int     | a decimal integer                                                                  |
+///   | double  | a number, with a point                                                             |
+///   | QString | any, the empty one too                                                             |
+template <typename T> struct XmlValueBuilder {
+    static T Build(const QDomElement &element, T defaultValue);
+};
+template <> bool XmlValueBuilder<bool>::Build(const QDomElement &element, bool defaultValue);
+template <> int XmlValueBuilder<int>::Build(const QDomElement &element, int defaultValue);
+template <> double XmlValueBuilder<double>::Build(const QDomElement &element, double defaultValue);
+template <> QString XmlValueBuilder<QString>::Build(const QDomElement &element, QString defaultValue);
+
+/// Settings are texts of elements. Each part of a key, split at "/", names an element anywhere below the one before;
+/// the root's own name is no part of a key, and the key without parts is the root itself. A tag that stands more than
+/// once below an element, at whatever depth, makes the key unreadable.
+///
+/// A file that is missing or beyond the limits of XmlLimits.h leaves the document empty, and every read gives its
+/// default; of a malformed file counts what the parser understood.
+class KSRFromXMLFile : public KernelSettingsReader {
+public:
+    /// Reads the file, UTF-8, once: later changes to it are not seen.
+    explicit KSRFromXMLFile(const QString &fileName);
+    ~KSRFromXMLFile() override;
+
+    bool GetBool(const QString &key, bool defaultValue) override;
+    int GetInt(const QString &key, int defaultValue) override;
+    double GetDouble(const QString &key, double defaultValue) override;
+    QString GetString(const QString &key, QString defaultValue) override;
+
+private:
+    std::unique_ptr<QDomDocument> m_document;
+};

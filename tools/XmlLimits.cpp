@@ -1,0 +1,71 @@
+#include "XmlLimits.h"
+
+#include <QXmlDefaultHandler>
+#include <QXmlInputSource>
+#include <QXmlSimpleReader>
+
+namespace {
+
+/// Walks a document once without building anything, and stops where it goes beyond the limits.
+class LimitCheck : public QXmlDefaultHandler {
+public:
+    QString Why() const { return m_why; }
+
+    bool startElement(const QString &, const QString &, const QString &, const QXmlAttributes &attributes) override
+    {
+        if (++m_depth > kMaxXmlDepth)
+            return Stop(QStringLiteral("elements nest deeper than %1 levels").arg(kMaxXmlDepth));
+        return Count(1 + attributes.count());
+    }
+    bool endElement(const QString &, const QString &, const QString &) override
+    {
+        --m_depth;
+        return true;
+    }
+    bool comment(const QString &) override { return Count(1); }
+    bool startCDATA() override { return Count(1); }
+    bool processingInstruction(const QString &, const QString &) override { return Count(1); }
+
+    bool internalEntityDecl(const QString &name, const QString &) override { return StopAtEntity(name); }
+    bool externalEntityDecl(const QString &name, const QString &, const QString &) override
+    {
+        return StopAtEntity(name);
+    }
+
+private:
+    bool Count(int nodes)
+    {
+        m_nodes += nodes; // a file of kMaxXmlBytes can't overflow it: the check follows each element
+        return m_nodes <= kMaxXmlNodes
+            || Stop(QStringLiteral("more than %1 elements, attributes and comments").arg(kMaxXmlNodes));
+    }
+    bool StopAtEntity(const QString &name)
+    {
+        return Stop(QStringLiteral("the document declares an entity (\"%1\")").arg(name));
+    }
+    bool Stop(const QString &why)
+    {
+        m_why = why;
+        return false;
+    }
+
+    QString m_why;
+    int m_depth = 0;
+    int m_nodes = 0;
+};
+
+} // namespace
+
+QString WhyXmlRefused(QXmlInputSource &source)
+{
+    LimitCheck check;
+    QXmlSimpleReader reader; // the parser behind QDomDocument, set up alike: it stops at the same faults
+    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
+    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
+    reader.setContentHandler(&check);
+    reader.setLexicalHandler(&check);
+    reader.setDeclHandler(&check);
+    reader.parse(source);
+    source.reset();
+    return check.Why();
+}

@@ -15,8 +15,7 @@
 
 extern "C" {
 
-// ---- The library
-// -----------------------------------------------------------------------------------------------------
+// ---- The library ----
 
 /// Allocator of bitmaps and blocks; the contracts of malloc, realloc and free. Called from any thread.
 typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
@@ -43,8 +42,7 @@ GFL_API const char *gflLastErrorText();
 /// A block that the layer can later free as part of a record. Null when memory is short.
 GFL_API void *gflMemoryAlloc(std::uint32_t size);
 
-// ---- Formats
-// ---------------------------------------------------------------------------------------------------------
+// ---- Formats ----
 
 /// Index of a format by its lower-case name ("tiff", "jpeg"), or -1, which a save answers with
 /// GFL_ERROR_BAD_FORMAT_INDEX.
@@ -53,8 +51,7 @@ GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 /// True when the layer reads files with this suffix, given with its dot, in any case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 
-// ---- Reading
-// ---------------------------------------------------------------------------------------------------------
+// ---- Reading ----
 
 GFL_API void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params);
 
@@ -69,6 +66,10 @@ GFL_API void gflFreeFileInformation(GFL_FILE_INFORMATION *info);
 GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params,
                               GFL_FILE_INFORMATION *info);
 
+/// As gflLoadBitmapUTF8, from a block of @p size bytes that stays the caller's.
+GFL_API int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size, GFL_BITMAP **bitmap,
+                                    const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
+
 /// The picture reduced to fit into a box of @p width by @p height pixels, sides in proportion, never enlarged; a box of
 /// 0 by 0 stands for 256 by 256. Decodes no more than that needs. Otherwise as gflLoadBitmapUTF8; @p info tells the
 /// size of the file, not of the thumbnail.
@@ -81,8 +82,7 @@ GFL_API int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap);
 
 GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
-// ---- Writing
-// ---------------------------------------------------------------------------------------------------------
+// ---- Writing ----
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
@@ -91,8 +91,11 @@ GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 /// and renamed when whole: a failed save leaves an existing file as it was. Symbolic links are followed.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
-// ---- Metadata of a bitmap: copies go out, copies come in
-// --------------------------------------------------------------
+/// As gflSaveBitmapUTF8, into a block of the layer's allocator that is the caller's to free.
+GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
+                                    const GFL_SAVE_PARAMS *params);
+
+// ---- Metadata of a bitmap: copies go out, copies come in ----
 
 GFL_API bool gflBitmapHasICCProfile(const GFL_BITMAP *bitmap);
 GFL_API bool gflBitmapHasIPTC(const GFL_BITMAP *bitmap);
@@ -112,8 +115,7 @@ GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 
-// ---- Metadata of a file
-// ----------------------------------------------------------------------------------------------
+// ---- Metadata of a file ----
 
 GFL_API bool gflHasICCProfileUTF8(const char *path);
 GFL_API bool gflHasIPTCUTF8(const char *path);

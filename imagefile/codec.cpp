@@ -1,0 +1,46 @@
+#include "codec.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace imagefile {
+
+namespace {
+
+using Factory = const Codec &(*)();
+
+// In the order of the format indexes, which are only valid within one process. A format is added by its line here.
+constexpr Factory kCodecs[] = {TiffCodec, JpegCodec};
+
+} // namespace
+
+const Codec *CodecAt(std::int32_t index)
+{
+    const auto count = static_cast<std::int32_t>(std::size(kCodecs));
+    return index >= 0 && index < count ? &kCodecs[index]() : nullptr;
+}
+
+Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index)
+{
+    std::uint8_t head[16] = {};
+    if (source.ReadAt(0, head, sizeof head) == 0)
+        return Status::Fail(GFL_ERROR_FILE_READ, source.Path() + " is empty or can't be read");
+    const std::string suffix = LowerCaseSuffix(source.Path());
+    for (*index = 0; (*codec = CodecAt(*index)) != nullptr; ++*index)
+        if ((*codec)->Probe(head, suffix))
+            return Status::Ok();
+    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, source.Path() + " is of no known format");
+}
+
+std::string LowerCaseSuffix(const std::string &path)
+{
+    const std::size_t dot = path.find_last_of("./");
+    if (dot == std::string::npos || path[dot] == '/')
+        return std::string();
+    std::string suffix = path.substr(dot);
+    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return suffix;
+}
+
+} // namespace imagefile

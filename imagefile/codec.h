@@ -1,0 +1,75 @@
+// The one interface behind which a file format stands, and the list of formats.
+#pragma once
+
+#include "image_limits.h"
+#include "pixel_form.h"
+#include "row_sink.h"
+#include "sink.h"
+#include "source.h"
+#include "status.h"
+
+#include <string>
+#include <vector>
+
+namespace imagefile {
+
+struct Metadata;
+
+/// What a save is asked for. @c metadata is null when there is none; its ICC profile is empty unless it is to be
+/// written.
+struct SaveOptions {
+    std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
+    std::uint16_t quality = 0;
+    const Metadata *metadata = nullptr;
+    int threads = 1;
+    bool lzwAllowed = false;
+    std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
+};
+
+/// A file format. Stateless: one object serves all threads. Exceptions other than std::bad_alloc and longjmps of the
+/// format's library end inside.
+class Codec {
+public:
+    virtual ~Codec() = default;
+
+    /// As in GFL_FILE_INFORMATION::FormatName.
+    virtual const char *Name() const = 0;
+    /// Lower-case suffixes with their dots.
+    virtual const std::vector<std::string> &Suffixes() const = 0;
+    /// Whether a file that begins with @p head (16 bytes, zeroes behind the end of a shorter file) is of this format.
+    /// @p suffix is in lower case.
+    virtual bool Probe(const std::uint8_t *head, const std::string &suffix) const = 0;
+
+    /// Fills all of @p info but FormatName and FormatIndex. Never decodes pixels, but finds every reason to refuse the
+    /// file that its headers show.
+    virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
+    /// Hands all rows to @p rows from the top down. A file that ends early or is damaged is GFL_ERROR_FILE_READ.
+    virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;
+    /// Hands over the cheapest version that is at least as large as the picture fitted into @p box, or the picture.
+    virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
+                                 RowSink *rows) const;
+
+    /// @p bitmap is valid: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
+    virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
+};
+
+inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &,
+                                   RowSink *rows) const
+{
+    return ReadPixels(source, params, rows);
+}
+
+/// The format at @p index, the number that callers know it by; null behind the last.
+const Codec *CodecAt(std::int32_t index);
+
+/// The format of a file by its first bytes, with its index; GFL_ERROR_UNKNOWN_FORMAT when there is none.
+Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index);
+
+/// ".jpg" of "a/B.JPG"; empty without one.
+std::string LowerCaseSuffix(const std::string &path);
+
+// One factory a format; each stands in the file of its name.
+const Codec &TiffCodec();
+const Codec &JpegCodec();
+
+} // namespace imagefile

@@ -1,0 +1,344 @@
+// The functions of gfl.h that read and write pictures.
+#include "gfl.h"
+
+#include "allocator.h"
+#include "codec.h"
+#include "guard.h"
+#include "image_limits.h"
+#include "metadata.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+using namespace imagefile;
+
+namespace {
+
+constexpr Box kDefaultThumbnail = {256, 256};
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from here on artefacts are hard to see
+constexpr int kMaxThreads = 64;
+
+std::atomic<bool> lzwAllowed{false};
+std::atomic<int> saveThreads{0};
+
+int SaveThreads()
+{
+    const int threads = saveThreads.load(std::memory_order_relaxed);
+    return std::clamp(threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency()), 1, kMaxThreads);
+}
+
+// A file that was recognised: its bytes, format and headers.
+struct OpenFile {
+    const Codec *codec = nullptr;
+    GFL_FILE_INFORMATION info = {};
+};
+
+Status ReadHeaders(const Source &source, OpenFile *file)
+{
+    if (Status status = FindCodec(source, &file->codec, &file->info.FormatIndex); !status)
+        return status;
+    std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", file->codec->Name());
+    Status status = file->codec->ReadInfo(source, &file->info);
+    return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+}
+
+void AttachMetadata(Metadata metadata, GFL_BITMAP *bitmap)
+{
+    *MakeMetadata(bitmap) = std::move(metadata);
+}
+
+// Everything that follows the decoding of pixels, by any of the two sinks.
+Status Finish(const Source &source, const OpenFile &file, const GFL_LOAD_PARAMS &params, Owned<GFL_BITMAP> made,
+              GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
+{
+    made->Xdpi = file.info.Xdpi;
+    made->Ydpi = file.info.Ydpi;
+    if ((params.Flags & GFL_LOAD_METADATA) != 0)
+        AttachMetadata(ReadMetadata(source), made.get());
+    *bitmap = made.release();
+    if (info)
+        *info = file.info;
+    return Status::Ok();
+}
+
+Status Load(const Source &source, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
+{
+    OpenFile file;
+    if (Status status = ReadHeaders(source, &file); !status)
+        return status;
+    BitmapRows rows(params);
+    Status status = file.codec->ReadPixels(source, params, &rows);
+    Owned<GFL_BITMAP> made(rows.Take(), gflFreeBitmap);
+    if (!status)
+        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+    return Finish(source, file, params, std::move(made), bitmap, info);
+}
+
+Status LoadThumbnail(const Source &source, const Box &box, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap,
+                     GFL_FILE_INFORMATION *info)
+{
+    OpenFile file;
+    if (Status status = ReadHeaders(source, &file); !status)
+        return status;
+    ReducedRows rows(params, box);
+    Status status = file.codec->ReadThumbnail(source, params, box, &rows);
+    Owned<GFL_BITMAP> made(rows.Take(), gflFreeBitmap);
+    if (!status)
+        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+    return Finish(source, file, params, std::move(made), bitmap, info);
+}
+
+Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
+{
+    OpenFile file;
+    if (Status status = ReadHeaders(source, &file); !status)
+        return status;
+    Owned<GFL_BITMAP> made(NewZeroed<GFL_BITMAP>(), gflFreeBitmap);
+    made->Type = TypeOfChannels(file.info.ComponentsPerPixel >= 4 ? 4 : file.info.ComponentsPerPixel == 3 ? 3 : 1);
+    made->Width = file.info.Width;
+    made->Height = file.info.Height;
+    made->BitsPerComponent = file.info.BitsPerComponent;
+    made->ComponentsPerPixel = static_cast<std::uint16_t>(ChannelsOfType(made->Type));
+    made->BytesPerPixel = static_cast<std::uint16_t>(made->ComponentsPerPixel * made->BitsPerComponent / 8);
+    made->TransparentIndex = -1;
+    made->Xdpi = file.info.Xdpi;
+    made->Ydpi = file.info.Ydpi;
+    AttachMetadata(ReadMetadata(source), made.get());
+    *bitmap = made.release();
+    return Status::Ok();
+}
+
+Status CheckBitmap(const GFL_BITMAP &bitmap)
+{
+    const int channels =
+        bitmap.Type == GFL_GREY || bitmap.Type == GFL_RGB || bitmap.Type == GFL_RGBA ? ChannelsOfType(bitmap.Type) : 0;
+    const int bits = bitmap.BitsPerComponent;
+    const std::int64_t rowBytes = std::int64_t(bitmap.Width) * channels * (bits / 8); // <= 2^31 * 4 * 8191
+    const bool good = bitmap.Data && channels != 0 && bitmap.Width > 0 && bitmap.Height > 0 && bitmap.Origin == 0
+        && (bits == 8 || bits == 16 || bits == 32) && bitmap.BytesPerLine >= rowBytes;
+    if (good)
+        return Status::Ok();
+    return Status::Fail(GFL_ERROR_BAD_BITMAP,
+                        Text("can't save a bitmap of type %d, %d bits, %d x %d pixels in rows of %u bytes", bitmap.Type,
+                             bits, bitmap.Width, bitmap.Height, bitmap.BytesPerLine));
+}
+
+Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+{
+    Metadata metadata;
+    if (const Metadata *carried = MetadataOf(&bitmap)) {
+        metadata = *carried;
+        metadata.exif = CarriedExif(carried->exif);
+        if ((params.Flags & GFL_SAVE_ICC_PROFILE) == 0)
+            metadata.icc.clear();
+    }
+    SaveOptions options;
+    options.compression = params.Compression;
+    options.quality = params.Quality;
+    options.metadata = &metadata;
+    options.threads = SaveThreads();
+    options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
+    return codec.Write(bitmap, options, sink);
+}
+
+Status CheckSave(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+{
+    if (!CodecAt(params.FormatIndex))
+        return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("there is no format %d", params.FormatIndex));
+    return CheckBitmap(bitmap);
+}
+
+Status Save(const char *path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+{
+    if (Status status = CheckSave(bitmap, params); !status)
+        return status;
+    FileSink sink;
+    if (Status status = sink.Create(path); !status)
+        return status;
+    if (Status status = SaveTo(&sink, *CodecAt(params.FormatIndex), bitmap, params); !status)
+        return status;
+    return sink.Commit();
+}
+
+Status BadParameters()
+{
+    return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+}
+
+} // namespace
+
+void gflEnableLZW(int enable)
+{
+    lzwAllowed.store(enable != 0, std::memory_order_relaxed);
+}
+
+void gflSetThreads(int threads)
+{
+    saveThreads.store(threads, std::memory_order_relaxed);
+}
+
+std::int32_t gflGetFormatIndexByName(const char *name)
+{
+    for (std::int32_t index = 0; name && CodecAt(index); ++index)
+        if (std::strcmp(CodecAt(index)->Name(), name) == 0)
+            return index;
+    return -1;
+}
+
+bool gflHasGoodExtension(const char *suffix)
+{
+    const std::string wanted = suffix ? LowerCaseSuffix(suffix) : std::string();
+    for (std::int32_t index = 0; CodecAt(index); ++index) {
+        const std::vector<std::string> &suffixes = CodecAt(index)->Suffixes();
+        if (std::find(suffixes.begin(), suffixes.end(), wanted) != suffixes.end())
+            return true;
+    }
+    return false;
+}
+
+void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params)
+{
+    if (!params)
+        return;
+    *params = GFL_LOAD_PARAMS();
+    params->ColorModel = GFL_RGB;
+    params->DefaultAlpha = 255;
+    params->RawUseCameraBalance = 1;
+    params->RawGamma = params->RawBrightness = params->RawRedScaling = params->RawBlueScaling = 1.0f;
+}
+
+void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params)
+{
+    if (!params)
+        return;
+    *params = GFL_SAVE_PARAMS();
+    params->FormatIndex = -1;
+    params->Compression = GFL_COMPRESSION_DEFAULT;
+    params->Quality = kDefaultQuality;
+}
+
+int gflGetFileInformationExUTF8(const char *path, std::int32_t index, GFL_FILE_INFORMATION *info, std::uint32_t)
+{
+    if (info)
+        *info = GFL_FILE_INFORMATION();
+    return Guarded([&] {
+        if (!path || !info)
+            return BadParameters();
+        Source source;
+        OpenFile file;
+        if (Status status = source.Open(path); !status)
+            return status;
+        if (Status status = ReadHeaders(source, &file); !status)
+            return status;
+        if (index >= 0 && index != file.info.FormatIndex)
+            return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("%s is of format %s", path, file.info.FormatName));
+        *info = file.info;
+        return Status::Ok();
+    });
+}
+
+void gflFreeFileInformation(GFL_FILE_INFORMATION *info)
+{
+    if (info)
+        *info = GFL_FILE_INFORMATION();
+}
+
+int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info)
+{
+    if (bitmap)
+        *bitmap = nullptr;
+    if (info)
+        *info = GFL_FILE_INFORMATION();
+    return Guarded([&] {
+        if (!path || !bitmap || !params)
+            return BadParameters();
+        Source source;
+        if (Status status = source.Open(path); !status)
+            return status;
+        return Load(source, *params, bitmap, info);
+    });
+}
+
+int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size, GFL_BITMAP **bitmap,
+                            const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info)
+{
+    if (bitmap)
+        *bitmap = nullptr;
+    if (info)
+        *info = GFL_FILE_INFORMATION();
+    return Guarded([&] {
+        return data && bitmap && params ? Load({data, size}, *params, bitmap, info) : BadParameters();
+    });
+}
+
+int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params,
+                         GFL_FILE_INFORMATION *info)
+{
+    if (bitmap)
+        *bitmap = nullptr;
+    if (info)
+        *info = GFL_FILE_INFORMATION();
+    return Guarded([&] {
+        if (!path || !bitmap || !params || width < 0 || height < 0 || (width == 0) != (height == 0))
+            return BadParameters();
+        Source source;
+        if (Status status = source.Open(path); !status)
+            return status;
+        const Box box = width == 0 ? kDefaultThumbnail : Box{width, height};
+        return LoadThumbnail(source, box, *params, bitmap, info);
+    });
+}
+
+int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap)
+{
+    if (bitmap)
+        *bitmap = nullptr;
+    return Guarded([&] {
+        if (!path || !bitmap)
+            return BadParameters();
+        Source source;
+        if (Status status = source.Open(path); !status)
+            return status;
+        return LoadMetadata(source, bitmap);
+    });
+}
+
+void gflFreeBitmap(GFL_BITMAP *bitmap)
+{
+    if (!bitmap)
+        return;
+    Release(bitmap->Data);
+    Release(bitmap->ColorMap);
+    Release(bitmap->Comment);
+    Release(bitmap->Name);
+    delete static_cast<Metadata *>(bitmap->MetaData);
+    Release(bitmap);
+}
+
+int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params)
+{
+    return Guarded([&] { return path && bitmap && params ? Save(path, *bitmap, *params) : BadParameters(); });
+}
+
+int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
+                            const GFL_SAVE_PARAMS *params)
+{
+    if (data)
+        *data = nullptr;
+    return Guarded([&] {
+        if (!data || !size || !bitmap || !params)
+            return BadParameters();
+        if (Status status = CheckSave(*bitmap, *params); !status)
+            return status;
+        MemorySink sink;
+        if (Status status = SaveTo(&sink, *CodecAt(params->FormatIndex), *bitmap, *params); !status)
+            return status;
+        if (sink.Size() > UINT32_MAX)
+            return Status::Fail(GFL_ERROR_FILE_WRITE, "the file is too large for a block of memory");
+        *size = static_cast<std::uint32_t>(sink.Size());
+        *data = sink.Take();
+        return Status::Ok();
+    });
+}

@@ -1,0 +1,259 @@
+// The functions of gfl.h on metadata: of bitmaps, of files, and the release of blocks.
+#include "gfl.h"
+
+#include "allocator.h"
+#include "exif_lists.h"
+#include "guard.h"
+#include "iptc.h"
+#include "metadata.h"
+
+#include <algorithm>
+
+using namespace imagefile;
+
+namespace {
+
+bool HasExif(const Metadata &metadata)
+{
+    return std::any_of(metadata.exif.begin(), metadata.exif.end(), IsCarried);
+}
+
+GFL_ICCPROFILE_DATA *IccBlock(const Metadata &metadata)
+{
+    if (metadata.icc.empty())
+        return nullptr;
+    Owned<GFL_ICCPROFILE_DATA> block(NewZeroed<GFL_ICCPROFILE_DATA>(), gflFreeICCProfile);
+    block->Data = NewBytes(metadata.icc.data(), metadata.icc.size());
+    block->Length = static_cast<std::uint32_t>(metadata.icc.size());
+    return block.release();
+}
+
+GFL_XMP_DATA *XmpBlock(const Metadata &metadata)
+{
+    if (metadata.xmp.empty())
+        return nullptr;
+    Owned<GFL_XMP_DATA> block(NewZeroed<GFL_XMP_DATA>(), gflFreeXMP);
+    block->Data = NewBytes(metadata.xmp.data(), metadata.xmp.size());
+    block->Length = static_cast<std::uint32_t>(metadata.xmp.size());
+    return block.release();
+}
+
+GFL_IPTC_DATA *IptcBlock(const Metadata &metadata)
+{
+    return IptcEntries(metadata.iptc);
+}
+
+GFL_EXIF_DATA *ExifBlock(const Metadata &metadata)
+{
+    return HasExif(metadata) ? ExifTexts(metadata.exif) : nullptr;
+}
+
+GFL_EXIF_DATAEX *ExifRawBlock(const Metadata &metadata)
+{
+    return ExifRawList(metadata.exif);
+}
+
+/// A block of a bitmap by one of the functions above.
+template <class Block> Block *OfBitmap(const GFL_BITMAP *bitmap, Block *(*block)(const Metadata &))
+{
+    const Metadata *metadata = MetadataOf(bitmap);
+    return metadata ? GuardedPointer([&] { return block(*metadata); }) : nullptr;
+}
+
+/// A block of a file by one of the functions above. Only the file's metadata is looked at.
+template <class Block> Block *OfFile(const char *path, Block *(*block)(const Metadata &))
+{
+    Block *result = nullptr;
+    static_cast<void>(Guarded([&] {
+        Source source;
+        if (!path)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        if (Status status = source.Open(path); !status)
+            return status;
+        result = block(ReadMetadata(source));
+        return Status::Ok();
+    }));
+    return result;
+}
+
+template <class Block> bool FileHas(const char *path, Block *(*block)(const Metadata &), void (*freeBlock)(Block *))
+{
+    Block *found = OfFile(path, block);
+    freeBlock(found);
+    return found != nullptr;
+}
+
+} // namespace
+
+bool gflBitmapHasICCProfile(const GFL_BITMAP *bitmap)
+{
+    const Metadata *metadata = MetadataOf(bitmap);
+    return metadata && !metadata->icc.empty();
+}
+
+bool gflBitmapHasIPTC(const GFL_BITMAP *bitmap)
+{
+    const Metadata *metadata = MetadataOf(bitmap);
+    return metadata && HasIptcEntries(metadata->iptc);
+}
+
+bool gflBitmapHasEXIF(const GFL_BITMAP *bitmap)
+{
+    const Metadata *metadata = MetadataOf(bitmap);
+    return metadata && HasExif(*metadata);
+}
+
+bool gflBitmapHasXMP(const GFL_BITMAP *bitmap)
+{
+    const Metadata *metadata = MetadataOf(bitmap);
+    return metadata && !metadata->xmp.empty();
+}
+
+GFL_ICCPROFILE_DATA *gflBitmapGetICCProfileEx(const GFL_BITMAP *bitmap)
+{
+    return OfBitmap(bitmap, IccBlock);
+}
+
+GFL_IPTC_DATA *gflBitmapGetIPTC(const GFL_BITMAP *bitmap)
+{
+    return OfBitmap(bitmap, IptcBlock);
+}
+
+GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t)
+{
+    return OfBitmap(bitmap, ExifBlock);
+}
+
+GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap)
+{
+    return OfBitmap(bitmap, ExifRawBlock);
+}
+
+GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap)
+{
+    return OfBitmap(bitmap, XmpBlock);
+}
+
+int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target)
+{
+    return Guarded([&] {
+        if (!source || !target)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        const Metadata *metadata = MetadataOf(source);
+        MakeMetadata(target)->icc = metadata ? metadata->icc : Bytes();
+        return Status::Ok();
+    });
+}
+
+int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data)
+{
+    return Guarded([&] {
+        if (!target)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        MakeMetadata(target)->iptc = data ? IptcBytes(*data) : Bytes();
+        return Status::Ok();
+    });
+}
+
+int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data)
+{
+    return Guarded([&] {
+        if (!target)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        StartExiv2();
+        MakeMetadata(target)->exif = data ? ExifOfRawList(*data) : Exiv2::ExifData();
+        return Status::Ok();
+    });
+}
+
+bool gflHasICCProfileUTF8(const char *path)
+{
+    return FileHas(path, IccBlock, gflFreeICCProfile);
+}
+
+bool gflHasIPTCUTF8(const char *path)
+{
+    return FileHas(path, IptcBlock, gflFreeIPTC);
+}
+
+bool gflHasEXIFUTF8(const char *path)
+{
+    return FileHas(path, ExifRawBlock, gflFreeEXIF2);
+}
+
+bool gflHasXMPUTF8(const char *path)
+{
+    return FileHas(path, XmpBlock, gflFreeXMP);
+}
+
+GFL_ICCPROFILE_DATA *gflLoadICCProfileUTF8(const char *path)
+{
+    return OfFile(path, IccBlock);
+}
+
+GFL_IPTC_DATA *gflLoadIPTCUTF8(const char *path)
+{
+    return OfFile(path, IptcBlock);
+}
+
+GFL_EXIF_DATA *gflLoadEXIFUTF8(const char *path, std::uint32_t)
+{
+    return OfFile(path, ExifBlock);
+}
+
+GFL_EXIF_DATAEX *gflLoadEXIF2UTF8(const char *path, std::uint32_t)
+{
+    return OfFile(path, ExifRawBlock);
+}
+
+GFL_XMP_DATA *gflLoadXMPUTF8(const char *path)
+{
+    return OfFile(path, XmpBlock);
+}
+
+void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data)
+{
+    if (data)
+        Release(data->Data);
+    Release(data);
+}
+
+void gflFreeXMP(GFL_XMP_DATA *data)
+{
+    if (data)
+        Release(data->Data);
+    Release(data);
+}
+
+void gflFreeIPTC(GFL_IPTC_DATA *data)
+{
+    for (std::uint32_t i = 0; data && i < data->NumberOfItems; ++i) {
+        Release(data->ItemsList[i].Name);
+        Release(data->ItemsList[i].Value);
+    }
+    if (data)
+        Release(data->ItemsList);
+    Release(data);
+}
+
+void gflFreeEXIF(GFL_EXIF_DATA *data)
+{
+    for (std::uint32_t i = 0; data && i < data->NumberOfItems; ++i) {
+        Release(data->ItemsList[i].Name);
+        Release(data->ItemsList[i].Value);
+    }
+    if (data)
+        Release(data->ItemsList);
+    Release(data);
+}
+
+void gflFreeEXIF2(GFL_EXIF_DATAEX *data)
+{
+    for (GFL_EXIF_ENTRYEX *node = data ? data->Root : nullptr; node;) {
+        GFL_EXIF_ENTRYEX *next = node->Next;
+        Release(node->Data);
+        Release(node);
+        node = next;
+    }
+    Release(data);
+}

@@ -1,0 +1,30 @@
+#include "image_limits.h"
+
+namespace imagefile {
+
+Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits)
+{
+    if (width < 1 || width > kMaxSidePixels || height < 1 || height > kMaxSidePixels)
+        return Status::Fail(GFL_ERROR_FILE_READ,
+                            Text("the file claims %lld x %lld pixels; sides of 1 to %lld are read",
+                                 static_cast<long long>(width), static_cast<long long>(height),
+                                 static_cast<long long>(kMaxSidePixels)));
+    const std::int64_t bytes = width * height * channels * (bits / 8); // <= 2^20 * 2^20 * 4 * 4 = 2^44
+    if (bytes > kMaxImageBytes)
+        return Status::Fail(GFL_ERROR_NO_MEMORY,
+                            Text("%lld x %lld pixels take %lld bytes; pictures up to %lld bytes are read",
+                                 static_cast<long long>(width), static_cast<long long>(height),
+                                 static_cast<long long>(bytes), static_cast<long long>(kMaxImageBytes)));
+    return Status::Ok();
+}
+
+Status CheckUnpackedSize(std::int64_t unpackedBytes, std::uint64_t fileBytes, std::int64_t maxRatio)
+{
+    if (unpackedBytes <= kHarmlessBytes || static_cast<std::uint64_t>(unpackedBytes / maxRatio) <= fileBytes)
+        return Status::Ok();
+    return Status::Fail(GFL_ERROR_FILE_READ,
+                        Text("the file claims %lld bytes of pixels but holds only %llu bytes",
+                             static_cast<long long>(unpackedBytes), static_cast<unsigned long long>(fileBytes)));
+}
+
+} // namespace imagefile

@@ -1,0 +1,69 @@
+// JPEG by libjpeg-turbo: the format's face. Reading stands in jpeg_read.cpp, writing in jpeg_write.cpp.
+#include "jpeg_codec.h"
+
+namespace imagefile {
+
+namespace {
+
+class Jpeg : public Codec {
+public:
+    const char *Name() const override { return "jpeg"; }
+
+    const std::vector<std::string> &Suffixes() const override
+    {
+        static const std::vector<std::string> suffixes = {".jpg", ".jpeg", ".jpe", ".jfif"};
+        return suffixes;
+    }
+
+    bool Probe(const std::uint8_t *head, const std::string &) const override
+    {
+        return head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
+    }
+
+    Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
+    {
+        return ReadJpegInfo(source, info);
+    }
+
+    Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
+    {
+        return ReadJpegPixels(source, nullptr, rows);
+    }
+
+    Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &, const Box &box, RowSink *rows) const override
+    {
+        return ReadJpegPixels(source, &box, rows);
+    }
+
+    Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
+    {
+        return WriteJpeg(bitmap, options, sink);
+    }
+};
+
+} // namespace
+
+const Codec &JpegCodec()
+{
+    static const Jpeg codec;
+    return codec;
+}
+
+void FailJpeg(j_common_ptr cinfo)
+{
+    auto *error = reinterpret_cast<JpegError *>(cinfo->err);
+    cinfo->err->format_message(cinfo, error->text);
+    error->code = cinfo->err->msg_code;
+    std::longjmp(error->out, 1);
+}
+
+jpeg_error_mgr *StartJpegError(JpegError *error)
+{
+    jpeg_std_error(&error->base);
+    error->base.error_exit = FailJpeg;
+    error->base.emit_message = [](j_common_ptr, int) {};
+    error->base.output_message = [](j_common_ptr) {};
+    return &error->base;
+}
+
+} // namespace imagefile

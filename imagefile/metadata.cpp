@@ -1,0 +1,187 @@
+#include "metadata.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <string_view>
+
+namespace imagefile {
+
+namespace {
+
+std::mutex xmpMutex;
+
+void LockXmp(void *, bool lock)
+{
+    lock ? xmpMutex.lock() : xmpMutex.unlock();
+}
+
+Bytes RawBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order)
+{
+    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
+    if (!bytes.empty())
+        datum.copy(bytes.data(), order);
+    return bytes;
+}
+
+Bytes RawTag(const Exiv2::Image &image, const char *key)
+{
+    const Exiv2::ExifData &exif = image.exifData();
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
+}
+
+// The IPTC block inside Photoshop's image resources.
+Bytes IptcOfResources(const Bytes &resources)
+{
+    const Exiv2::byte *record = nullptr;
+    std::uint32_t headerSize = 0, dataSize = 0;
+    if (resources.empty()
+        || Exiv2::Photoshop::locateIptcIrb(resources.data(), static_cast<long>(resources.size()), &record, &headerSize,
+                                           &dataSize)
+            != 0)
+        return Bytes();
+    return Bytes(record + headerSize, record + headerSize + dataSize);
+}
+
+// Photoshop's image resources of a JPEG, which may be spread over several segments of at most 64 KiB. Exiv2 only gives
+// IPTC as parsed values, which don't always make the same bytes again.
+Bytes JpegResources(const Source &source)
+{
+    constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
+    constexpr std::uint8_t kApp13 = 0xED, kStartOfScan = 0xDA;
+    constexpr int kMaxSteps = 10000; // segments and fill bytes; a file of nothing but fill bytes must not keep us
+    Bytes resources, payload;
+    std::array<std::uint8_t, 4> head; // 0xFF, marker, length with its own two bytes
+    std::uint64_t at = 2;
+    for (int step = 0; step < kMaxSteps && source.ReadAt(at, head.data(), 4) == 4; ++step) {
+        if (head[0] != 0xFF || head[1] == kStartOfScan)
+            break;
+        const std::size_t length = head[2] * 256u + head[3];
+        if (head[1] == 0xFF || length < 2) { // a fill byte may stand before any marker
+            at += head[1] == 0xFF ? 1 : 2;
+            continue;
+        }
+        if (head[1] == kApp13 && length > kSignature.size() + 2) {
+            payload.resize(length - 2);
+            payload.resize(source.ReadAt(at + 4, payload.data(), payload.size()));
+            if (payload.size() > kSignature.size() && std::equal(kSignature.begin(), kSignature.end(), payload.begin()))
+                resources.insert(resources.end(), payload.begin() + kSignature.size(), payload.end());
+        }
+        at += 2 + length;
+    }
+    return resources;
+}
+
+Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
+{
+    if (image.mimeType() == "image/jpeg")
+        return IptcOfResources(JpegResources(source));
+    Bytes iptc = RawTag(image, "Exif.Image.IPTCNAA");
+    if (iptc.empty())
+        iptc = IptcOfResources(RawTag(image, "Exif.Image.ImageResources"));
+    return iptc;
+}
+
+void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
+{
+    metadata->exif = image.exifData();
+    if (image.iccProfileDefined())
+        metadata->icc.assign(image.iccProfile()->pData_, image.iccProfile()->pData_ + image.iccProfile()->size_);
+    metadata->iptc = ReadIptc(source, image);
+    metadata->xmp.assign(image.xmpPacket().begin(), image.xmpPacket().end());
+    if (metadata->xmp.empty())
+        metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
+}
+
+// Tags of a first directory that describe how this one file stores its pixels, or that stand for blocks which travel on
+// their own: subfile type (254) to page number (297), transfer function, predictor, colour map, halftones, tiles,
+// sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, colour filter, IPTC, Photoshop
+// resources, directory pointers, ICC, Photoshop layers, and the DNG range.
+struct TagRange {
+    std::uint16_t first, last;
+};
+constexpr TagRange kStructure[] = {
+    {254, 259},     {262, 266},     {273, 273},     {277, 281},     {284, 284},     {288, 293},
+    {297, 297},     {300, 301},     {317, 317},     {320, 347},     {400, 405},     {433, 437},
+    {512, 532},     {559, 559},     {700, 700},     {33421, 33422}, {33723, 33723}, {34377, 34377},
+    {34665, 34665}, {34675, 34675}, {34853, 34853}, {37724, 37724}, {50706, 51125},
+};
+
+bool IsStructure(std::uint16_t tag)
+{
+    return std::any_of(std::begin(kStructure), std::end(kStructure),
+                       [tag](const TagRange &range) { return tag >= range.first && tag <= range.last; });
+}
+
+// Directories of other pictures in the same file.
+bool IsOtherPicture(const std::string &group)
+{
+    static const std::string kBegins[] = {"Thumbnail", "SubImage",     "SubThumb", "Image2",
+                                          "Image3",    "PanasonicRaw", "Mpf"};
+    return std::any_of(std::begin(kBegins), std::end(kBegins),
+                       [&group](const std::string &begin) { return group.compare(0, begin.size(), begin) == 0; });
+}
+
+} // namespace
+
+void StartExiv2()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::XmpParser::initialize(LockXmp, nullptr);
+    });
+}
+
+Metadata ReadMetadata(const Source &source)
+{
+    StartExiv2();
+    Metadata metadata;
+    Exiv2::Image::AutoPtr image;
+    try {
+        // FileIo by itself: the factory that takes a path would see addresses of web servers in some file names.
+        Exiv2::BasicIo::AutoPtr io;
+        if (source.Data())
+            io.reset(new Exiv2::MemIo(source.Data(), static_cast<long>(source.Size())));
+        else
+            io.reset(new Exiv2::FileIo(source.Path()));
+        image = Exiv2::ImageFactory::open(io);
+        image->readMetadata();
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) { // damaged: what was read before stands in the image
+    }
+    if (image.get() != nullptr)
+        TakeParts(source, *image, &metadata);
+    return metadata;
+}
+
+bool IsCarried(const Exiv2::Exifdatum &datum)
+{
+    const std::string group = datum.groupName();
+    return group == "Image" ? !IsStructure(datum.tag()) : !IsOtherPicture(group);
+}
+
+Exiv2::ExifData CarriedExif(const Exiv2::ExifData &exif)
+{
+    Exiv2::ExifData carried;
+    for (const Exiv2::Exifdatum &datum : exif)
+        if (IsCarried(datum))
+            carried.add(datum);
+    return carried;
+}
+
+const Metadata *MetadataOf(const GFL_BITMAP *bitmap)
+{
+    return bitmap ? static_cast<const Metadata *>(bitmap->MetaData) : nullptr;
+}
+
+Metadata *MakeMetadata(GFL_BITMAP *bitmap)
+{
+    if (!bitmap->MetaData)
+        bitmap->MetaData = new Metadata;
+    return static_cast<Metadata *>(bitmap->MetaData);
+}
+
+} // namespace imagefile

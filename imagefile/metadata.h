@@ -1,0 +1,41 @@
+// The metadata of one picture inside the layer, and its way out of a file.
+#pragma once
+
+#include "source.h"
+
+#include <cstdint>
+#include <exiv2/exiv2.hpp>
+#include <vector>
+
+namespace imagefile {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// What a bitmap record's MetaData points to. Empty parts are absent.
+struct Metadata {
+    Exiv2::ExifData exif; // as read, image structure and thumbnails included
+    Bytes icc;            // profile as it stands in the file
+    Bytes iptc;           // IIM data sets as they stand in the file
+    Bytes xmp;            // packet, UTF-8
+};
+
+/// Reads all four parts. Metadata that is damaged never fails a picture: what can be understood of it comes.
+/// Throws std::bad_alloc only. Never decodes pixels.
+Metadata ReadMetadata(const Source &source);
+
+/// Whether an EXIF value goes along to another file: it tells of the shot, and not of how this file stores pixels.
+/// Thumbnails don't go along either, because they would show the picture as it was.
+bool IsCarried(const Exiv2::Exifdatum &datum);
+
+/// The values that are carried.
+Exiv2::ExifData CarriedExif(const Exiv2::ExifData &exif);
+
+/// Starts Exiv2 once for all threads and keeps it from writing to standard error.
+void StartExiv2();
+
+/// The metadata of a bitmap; null when it carries none.
+const Metadata *MetadataOf(const GFL_BITMAP *bitmap);
+/// The metadata of a bitmap, made when it has none.
+Metadata *MakeMetadata(GFL_BITMAP *bitmap);
+
+} // namespace imagefile

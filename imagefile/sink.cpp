@@ -1,0 +1,177 @@
+#include "sink.h"
+
+#include "allocator.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace imagefile {
+
+namespace {
+
+constexpr int kMaxLinks = 40; // as many as the kernel follows
+
+std::string FolderOf(const std::string &path) // with its slash; empty for the current folder
+{
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+// The end of a chain of symbolic links, which need not exist. std::filesystem has no such call for dangling links.
+std::string FollowLinks(std::string path)
+{
+    for (int i = 0; i < kMaxLinks; ++i) {
+        char link[PATH_MAX];
+        const ssize_t length = ::readlink(path.c_str(), link, sizeof link);
+        if (length <= 0)
+            break;
+        const std::string next(link, static_cast<std::size_t>(length));
+        path = next[0] == '/' ? next : FolderOf(path) + next;
+    }
+    return path;
+}
+
+Status CreateFailure(const std::string &path, const char *why)
+{
+    return Status::Fail(GFL_ERROR_FILE_CREATE, Text("can't create %s: %s", path.c_str(), why));
+}
+
+Status WriteFailure(const std::string &path)
+{
+    return Status::Fail(GFL_ERROR_FILE_WRITE, Text("can't write %s: %s", path.c_str(), std::strerror(errno)));
+}
+
+} // namespace
+
+FileSink::~FileSink()
+{
+    if (m_file >= 0)
+        ::close(m_file);
+    if (!m_temporary.empty())
+        ::unlink(m_temporary.c_str());
+}
+
+Status FileSink::Create(const std::string &path)
+{
+    m_target = FollowLinks(path);
+    if (Status status = CheckTarget(); !status)
+        return status;
+    return OpenTemporary();
+}
+
+Status FileSink::CheckTarget()
+{
+    struct stat existing = {};
+    m_replaces = ::stat(m_target.c_str(), &existing) == 0;
+    if (!m_replaces)
+        return Status::Ok();
+    m_mode = existing.st_mode & 07777;
+    if (!S_ISREG(existing.st_mode))
+        return CreateFailure(m_target, "there is something that is not a regular file");
+    if (::faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0)
+        return CreateFailure(m_target, std::strerror(errno));
+    return Status::Ok();
+}
+
+Status FileSink::OpenTemporary()
+{
+    // The target's name may already have the greatest length, so the temporary one isn't made from it.
+    static std::atomic<unsigned> counter{0};
+    constexpr int kTries = 100; // names are only taken when a crashed process of this number left files
+    for (int i = 0; i < kTries; ++i) {
+        const std::string name = FolderOf(m_target) + Text(".%x-%x.part", static_cast<unsigned>(::getpid()), counter++);
+        m_file = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666); // less the process's umask
+        if (m_file >= 0) {
+            m_temporary = name;
+            return Status::Ok();
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return CreateFailure(m_target, std::strerror(errno));
+}
+
+Status FileSink::Commit()
+{
+    if (m_replaces && ::fchmod(m_file, m_mode) != 0)
+        return WriteFailure(m_target);
+    const int file = m_file;
+    m_file = -1;
+    if (::close(file) != 0) // network disks and quotas tell here that there was no room
+        return WriteFailure(m_target);
+    if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
+        return CreateFailure(m_target, std::strerror(errno));
+    m_temporary.clear();
+    return Status::Ok();
+}
+
+Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t length)
+{
+    std::size_t done = 0;
+    while (done < length) {
+        const ssize_t count =
+            ::pwrite(m_file, static_cast<const char *>(data) + done, length - done, static_cast<off_t>(offset + done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count == 0)
+            errno = ENOSPC;
+        if (count <= 0)
+            return WriteFailure(m_target);
+        done += static_cast<std::size_t>(count);
+    }
+    m_size = std::max<std::uint64_t>(m_size, offset + length);
+    return Status::Ok();
+}
+
+std::size_t FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length)
+{
+    const ssize_t count = ::pread(m_file, buffer, length, static_cast<off_t>(offset));
+    return count > 0 ? static_cast<std::size_t>(count) : 0;
+}
+
+MemorySink::~MemorySink()
+{
+    Release(m_data);
+}
+
+std::uint8_t *MemorySink::Take()
+{
+    return std::exchange(m_data, nullptr);
+}
+
+Status MemorySink::WriteAt(std::uint64_t offset, const void *data, std::size_t length)
+{
+    const std::uint64_t end = offset + length;
+    if (end > m_capacity) {
+        const std::uint64_t capacity = std::max<std::uint64_t>({end, m_capacity * 2, 65536});
+        auto *grown = static_cast<std::uint8_t *>(Reallocate(m_data, capacity));
+        if (!grown)
+            return Status::Fail(GFL_ERROR_NO_MEMORY,
+                                Text("no memory for a file of %llu bytes", static_cast<unsigned long long>(end)));
+        m_data = grown;
+        m_capacity = capacity;
+    }
+    if (offset > m_size)
+        std::memset(m_data + m_size, 0, offset - m_size);
+    if (length > 0)
+        std::memcpy(m_data + offset, data, length);
+    m_size = std::max(m_size, end);
+    return Status::Ok();
+}
+
+std::size_t MemorySink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length)
+{
+    if (offset >= m_size)
+        return 0;
+    length = static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset));
+    std::memcpy(buffer, m_data + offset, length);
+    return length;
+}
+
+} // namespace imagefile

@@ -1,0 +1,41 @@
+// Where a codec reads from: a file or a block of memory, by position.
+#pragma once
+
+#include "status.h"
+
+#include <cstdint>
+#include <string>
+
+namespace imagefile {
+
+/// A readable range of bytes of fixed size. Not shared between threads.
+class Source {
+public:
+    /// An empty source: size 0.
+    Source() = default;
+    /// A view on memory that the caller keeps alive.
+    Source(const void *data, std::size_t size) : m_data(static_cast<const std::uint8_t *>(data)), m_size(size) { }
+    ~Source();
+    Source(const Source &) = delete;
+    Source &operator=(const Source &) = delete;
+
+    /// Opens a regular file. GFL_ERROR_FILE_OPEN when it is missing, not readable, or a folder or device.
+    Status Open(const std::string &path);
+
+    std::uint64_t Size() const { return m_size; }
+    /// Empty for memory.
+    const std::string &Path() const { return m_path; }
+    /// Null for a file.
+    const std::uint8_t *Data() const { return m_data; }
+
+    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source or when the disk fails.
+    std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
+
+private:
+    const std::uint8_t *m_data = nullptr;
+    std::uint64_t m_size = 0;
+    int m_file = -1;
+    std::string m_path;
+};
+
+} // namespace imagefile

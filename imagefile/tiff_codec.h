@@ -1,0 +1,12 @@
+// What the files of the TIFF codec share.
+#pragma once
+
+#include "codec.h"
+
+namespace imagefile {
+
+Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info);
+Status ReadTiffPixels(const Source &source, RowSink *rows);
+Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
+
+} // namespace imagefile

@@ -1,0 +1,84 @@
+#include "tiff_directory.h"
+
+#include <algorithm>
+
+namespace imagefile {
+
+namespace {
+
+constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have some hundred at most
+
+// Bytes of one value by field type, 0 to 18; 0 for types that don't exist.
+constexpr std::uint8_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
+
+std::uint64_t ValueBytes(const TiffField &field)
+{
+    const std::uint64_t each = field.type < std::size(kTypeBytes) ? kTypeBytes[field.type] : 0;
+    return each * std::min<std::uint64_t>(field.count, UINT32_MAX); // <= 2^35
+}
+
+void Append(std::uint64_t number, std::size_t bytes, std::vector<std::uint8_t> *out)
+{
+    for (std::size_t i = 0; i < bytes; ++i)
+        out->push_back(static_cast<std::uint8_t>(number >> (8 * i)));
+}
+
+} // namespace
+
+std::uint64_t LittleEndian(const std::uint8_t *data, std::size_t bytes)
+{
+    std::uint64_t number = 0;
+    for (std::size_t i = bytes; i-- > 0;)
+        number = number << 8 | data[i];
+    return number;
+}
+
+bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant, TiffFields *fields)
+{
+    if (offset > file.size() || file.size() - offset < variant.CountBytes())
+        return false;
+    const std::uint8_t *p = file.data() + offset;
+    const std::uint64_t count = LittleEndian(p, variant.CountBytes());
+    const std::uint64_t left = file.size() - offset - variant.CountBytes();
+    if (count > kMaxFields || count * variant.FieldBytes() > left)
+        return false;
+    p += variant.CountBytes();
+    for (std::uint64_t i = 0; i < count; ++i, p += variant.FieldBytes()) {
+        TiffField field = {static_cast<std::uint16_t>(LittleEndian(p, 2)),
+                           static_cast<std::uint16_t>(LittleEndian(p + 2, 2)),
+                           LittleEndian(p + 4, variant.OffsetBytes()),
+                           {}};
+        std::copy_n(p + 4 + variant.OffsetBytes(), variant.OffsetBytes(), field.value.begin());
+        fields->push_back(field);
+    }
+    return true;
+}
+
+std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant variant)
+{
+    std::vector<std::uint8_t> bytes;
+    Append(fields.size(), variant.CountBytes(), &bytes);
+    for (const TiffField &field : fields) {
+        Append(field.tag, 2, &bytes);
+        Append(field.type, 2, &bytes);
+        Append(field.count, variant.OffsetBytes(), &bytes);
+        bytes.insert(bytes.end(), field.value.begin(),
+                     field.value.begin() + static_cast<std::ptrdiff_t>(variant.OffsetBytes()));
+    }
+    Append(0, variant.OffsetBytes(), &bytes); // no next directory
+    return bytes;
+}
+
+bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field)
+{
+    const std::uint64_t bytes = ValueBytes(*field);
+    if (bytes <= 4 || bytes > 8)
+        return true; // in the field already, or still behind an offset, whose upper half is zero
+    const std::uint64_t offset = LittleEndian(field->value.data(), 4);
+    if (offset > classic.size() || classic.size() - offset < bytes)
+        return false;
+    std::copy_n(classic.data() + offset, bytes, field->value.begin());
+    return true;
+}
+
+} // namespace imagefile

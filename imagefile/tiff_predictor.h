@@ -1,0 +1,16 @@
+// The predictors of TIFF, which make rows easier to compress: differences of neighbours.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace imagefile {
+
+/// Predictor 2: each sample of 8 or 16 bits minus the one of the pixel before, wrapping around. @p dst may not overlap.
+template <class T> void DifferenceRow(const T *src, T *dst, std::size_t width, std::size_t channels);
+
+/// Predictor 3 for floats: the row's bytes sorted by significance, highest first, then each byte minus the one
+/// @p channels before it. Adobe Photoshop TIFF Technical Note 3.
+void DifferenceFloatRow(const float *src, std::uint8_t *dst, std::size_t width, std::size_t channels);
+
+} // namespace imagefile

@@ -21,9 +21,9 @@ void Note(const char *name)
     s_called = QString::fromLatin1(name);
 }
 
-class Process : public KIPluginOne2One {
+class TestProcess : public KIPluginOne2One {
 public:
-    ~Process() override { Note("destructor"); }
+    ~TestProcess() override { Note("destructor"); }
     QString Name() const override { return Note("Name", QString()); }
     QString Author() const override { return Note("Author", QString()); }
     QString Company() const override { return Note("Company", QString()); }
@@ -43,9 +43,9 @@ public:
     QDomElement GetFileXmlParams(QString) override { return Note("GetFileXmlParams", QDomElement()); }
 };
 
-class Library : public KIPluginLibrary {
+class TestLibrary : public KIPluginLibrary {
 public:
-    ~Library() override { Note("destructor"); }
+    ~TestLibrary() override { Note("destructor"); }
     QList<QPointer<QObject>> Plugins(MGX) override { return Note("Plugins", QList<QPointer<QObject>>()); }
 };
 
@@ -127,7 +127,7 @@ private Q_SLOTS:
 
 void tst_Interfaces::processOrder()
 {
-    KIPluginOne2One *process = new Process;
+    KIPluginOne2One *process = new TestProcess;
     int slot = 2;
     for (const char *name : {"Name", "Author", "Company", "Comment", "Version"}) {
         CallSlot<QString>(process, slot++);
@@ -153,7 +153,7 @@ void tst_Interfaces::processOrder()
 
 void tst_Interfaces::processBasesShareOneTable()
 {
-    Process process;
+    TestProcess process;
     KIPluginOne2One *one2one = &process;
     QCOMPARE(static_cast<void *>(static_cast<KIAbout *>(one2one)), static_cast<void *>(one2one));
     QCOMPARE(static_cast<void *>(static_cast<KIPluginProcess *>(one2one)), static_cast<void *>(one2one));
@@ -161,7 +161,7 @@ void tst_Interfaces::processBasesShareOneTable()
 
 void tst_Interfaces::libraryOrder()
 {
-    KIPluginLibrary *library = new Library;
+    KIPluginLibrary *library = new TestLibrary;
     CallSlot<QList<QPointer<QObject>>, KIPluginLibrary::MGX>(library, 2, KIPluginLibrary::All), Expect("Plugins");
     CheckDestructorSlots(library);
 }

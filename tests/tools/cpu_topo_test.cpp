@@ -1,0 +1,413 @@
+#include "cpuid2/cpu_topo.h"
+
+#include "RecordedMachine.h"
+
+#include <QtTest>
+
+#include <sched.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <functional>
+#include <thread>
+
+using Ids = std::vector<unsigned>;
+using Caches = std::vector<RecordedCache>;
+
+namespace {
+
+/// First to last in steps, as identifiers with holes are.
+Ids Range(unsigned first, unsigned count, unsigned step = 1)
+{
+    Ids ids;
+    for (unsigned i = 0; i < count; ++i)
+        ids.push_back(first + i * step);
+    return ids;
+}
+
+Ids operator+(Ids a, const Ids &b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+/// What to expect of a machine: counts of the whole, then one row a cache.
+struct Expected {
+    unsigned packages, cores, threads;
+    unsigned coresOfPackage0, threadsOfCore0;
+    std::vector<std::array<unsigned, 3>> caches; // instances, processors that share the first one, KB
+};
+
+struct MachineRow {
+    RecordedMachine machine;
+    Expected expected;
+};
+
+using R = RecordedMachine;
+constexpr unsigned D = 1, I = 2, U = 3;
+
+std::vector<std::pair<const char *, MachineRow>> Machines()
+{
+    const Caches quadHt = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 4}, {3, U, 16, 8192, 16}};
+    const Caches xeon = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 512, 8}, {3, U, 32, 12288, 20}};
+    const Caches noSmt = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 4}, {3, U, 16, 12288, 12}};
+    const Caches core2 = {{1, D, 1, 64, 8}, {1, I, 1, 64, 8}, {2, U, 2, 4096, 24}};
+    const Caches zen = {{1, D, 2, 64, 8}, {1, I, 2, 256, 4}, {2, U, 2, 1024, 8}, {3, U, 8, 8192, 16}};
+    const Caches rome = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 8}, {3, U, 8, 16384, 16}};
+    return {
+        {"Intel, 4 cores with 2 threads, leaf 11",
+         {R(R::Intel, 0x16, Range(0, 8)).PerPackage(16).Caches(8, quadHt).Levels({{1, 1, 2}, {2, 4, 8}}),
+          {1, 4, 8, 4, 2, {{4, 2, 32}, {4, 2, 32}, {4, 2, 256}, {1, 8, 8192}}}}},
+        {"Intel, 2 sockets of 6 cores with 2 threads, holes in the core numbers, leaf 11",
+         {R(R::Intel, 0xF, Range(0, 6) + Range(16, 6) + Range(32, 6) + Range(48, 6))
+              .PerPackage(32)
+              .Caches(16, xeon)
+              .Levels({{1, 1, 2}, {2, 5, 12}}),
+          {2, 12, 24, 6, 2, {{12, 2, 32}, {12, 2, 32}, {12, 2, 256}, {2, 12, 15360}}}}},
+        {"Intel, 6 cores, threads switched off: every second identifier, leaf 11",
+         {R(R::Intel, 0x16, Range(0, 6, 2)).PerPackage(16).Caches(8, noSmt).Levels({{1, 1, 1}, {2, 4, 6}}),
+          {1, 6, 6, 6, 1, {{6, 1, 32}, {6, 1, 32}, {6, 1, 256}, {1, 6, 9216}}}}},
+        {"Intel, leaf 11 with modules and dies above the cores",
+         {R(R::Intel, 0x1B, Range(0, 4) + Range(64, 4))
+              .PerPackage(64)
+              .Caches(32, {{1, D, 2, 64, 12}})
+              .Levels({{1, 1, 2}, {2, 6, 4}, {5, 6, 4}}),
+          {2, 4, 8, 2, 2, {{4, 2, 48}}}}},
+        {"Intel, leaf 11 with threads only",
+         {R(R::Intel, 0xB, Range(0, 2)).PerPackage(2).Caches(1, {{1, D, 2, 64, 8}}).Levels({{1, 1, 2}}),
+          {1, 1, 2, 1, 2, {{1, 2, 32}}}}},
+        {"Intel, 4 cores, second cache shared by pairs, before leaf 11",
+         {R(R::Intel, 0xA, Range(0, 4)).PerPackage(4).Caches(4, core2),
+          {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
+        {"Intel, leaf 11 there but empty: by leaves 1 and 4",
+         {R(R::Intel, 0xD, Range(0, 2)).PerPackage(2).Caches(2, core2),
+          {1, 2, 2, 2, 1, {{2, 1, 32}, {2, 1, 32}, {1, 2, 6144}}}}},
+        {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
+         {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
+        {"Intel, one processor without the flag", {R(R::Intel, 2, {0}), {1, 1, 1, 1, 1, {{1, 1, 0}}}}},
+        {"several sockets without the flag, as hypervisors make them",
+         {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
+        {"hypervisor that counts fewer threads than cores",
+         {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},
+        {"AMD, 6 cores without threads, no topology extensions: caches unknown",
+         {R(R::Amd, 6, Range(0, 6)).PerPackage(6).AmdCores(0x10, 6, 3), {1, 6, 6, 6, 1, {}}}},
+        {"AMD, 2 cores, width by count",
+         {R(R::Amd, 5, Range(0, 2)).PerPackage(2).AmdCores(0x10, 2, 0), {1, 2, 2, 2, 1, {}}}},
+        {"AMD, compute units are not threads",
+         {R(R::Amd, 0xD, Range(16, 8))
+              .PerPackage(8)
+              .AmdCores(0x15, 8, 4)
+              .AmdExtensions(2, {{1, D, 1, 64, 4}, {2, U, 2, 2048, 16}}),
+          {1, 8, 8, 8, 1, {{8, 1, 16}, {4, 2, 2048}}}}},
+        {"AMD, 8 cores with 2 threads in two groups, before leaf 11",
+         {R(R::Amd, 0xD, Range(0, 16)).PerPackage(16).AmdCores(0x17, 16, 4).AmdExtensions(2, zen),
+          {1, 8, 16, 8, 2, {{8, 2, 32}, {8, 2, 64}, {8, 2, 512}, {2, 8, 8192}}}}},
+        {"AMD, 2 sockets of 8 cores with 2 threads, leaf 11",
+         {R(R::Amd, 0x10, Range(0, 16) + Range(128, 16))
+              .PerPackage(16)
+              .AmdCores(0x17, 16, 7)
+              .AmdExtensions(2, rome)
+              .Levels({{1, 1, 2}, {2, 7, 16}}),
+          {2, 16, 32, 8, 2, {{16, 2, 32}, {16, 2, 32}, {16, 2, 512}, {4, 8, 16384}}}}},
+        {"identifiers above 8 bits, leaf 11",
+         {R(R::Amd, 0x10, Range(256, 2) + Range(512, 2))
+              .PerPackage(2)
+              .AmdCores(0x19, 2, 8)
+              .AmdExtensions(1, {{3, U, 2, 32768, 16}})
+              .Levels({{1, 0, 1}, {2, 8, 2}}),
+          {2, 4, 4, 2, 1, {{2, 2, 32768}}}}},
+    };
+}
+
+struct FailureRow {
+    std::function<void(RecordedMachine *)> spoil;
+    unsigned error;
+    int bindings;
+};
+
+std::vector<std::pair<const char *, FailureRow>> Failures()
+{
+    return {
+        {"restricted to some processors", {[](R *m) { m->forbiddenCpu = 2; }, kTopologyAffinityError, 0}},
+        {"binding refused", {[](R *m) { m->unbindableCpu = 2; }, kTopologyBindError, 3}},
+        {"leaf 11 without threads",
+         {[](R *m) {
+              m->Levels({{2, 1, 4}});
+          },
+          kTopologyGeneralError, 0}},
+        {"leaf 11 that never ends",
+         {[](R *m) {
+              m->Levels(std::vector<RecordedLevel>(20, {1, 1, 2}));
+          },
+          kTopologyGeneralError, 0}},
+        {"more leaves than the record holds",
+         {[](R *m) {
+              m->Set(0, 0, {0x1E, 0x756E6547, 0x6C65746E, 0x49656E69});
+          },
+          kTopologyGeneralError, 0}},
+        {"more caches than the record holds",
+         {[](R *m) {
+              m->Caches(4, Caches(7, {1, D, 1, 64, 8}));
+          },
+          kTopologyGeneralError, 0}},
+        {"cores counted as threads, before leaf 4",
+         {[](R *m) {
+              m->AmdCores(0xF, 4, 0);
+              m->Set(0, 0, {1, 0x68747541, 0x444D4163, 0x69746E65});
+          },
+          kTopologyLegacyError, 0}},
+    };
+}
+
+/// Processors that the thread may run on.
+int Allowed()
+{
+    cpu_set_t set;
+    return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : -1;
+}
+
+} // namespace
+
+class tst_CpuTopo : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { CPUIDInit(); }
+    void cleanup();
+
+    void recorded_data();
+    void recorded();
+    void ordinals();
+    void failures_data();
+    void failures();
+    void tooManyCores();
+    void withoutARecord();
+    void thisMachine();
+    void restrictedProcess();
+    void processorName_data();
+    void processorName();
+    void bits();
+    void masks();
+    void maskText();
+};
+
+void tst_CpuTopo::cleanup()
+{
+    CPUIDExit();
+    SetCpuMachine(nullptr);
+}
+
+void tst_CpuTopo::recorded_data()
+{
+    QTest::addColumn<int>("row");
+    int row = 0;
+    for (const auto &[name, machine] : Machines())
+        QTest::newRow(name) << row++;
+}
+
+void tst_CpuTopo::recorded()
+{
+    QFETCH(int, row);
+    auto [machine, expected] = Machines()[size_t(row)].second;
+    SetCpuMachine(&machine);
+    QCOMPARE(GetSysProcessorPackageCount(), expected.packages);
+    QCOMPARE(GetSysProcessorCoreCount(), expected.cores);
+    QCOMPARE(GetSysLogicalProcessorCount(), expected.threads);
+    QCOMPARE(GetcoreCount(0), expected.coresOfPackage0);
+    QCOMPARE(GetthreadCount(0, 0), expected.threadsOfCore0);
+    QCOMPARE(GetcoreCount(expected.packages), 0u);
+    QCOMPARE(glbl_ptr->cacheRecords.size(), expected.caches.size());
+    for (unsigned i = 0; i < expected.caches.size(); ++i) {
+        QCOMPARE(GetSysEachCacheCount(i), expected.caches[i][0]);
+        QCOMPARE(GetCoreCountPerEachCache(i, 0), expected.caches[i][1]);
+        QCOMPARE(glbl_ptr->cacheRecords[i].sizeKb, expected.caches[i][2]);
+    }
+    QCOMPARE(machine.bindings, int(expected.threads)); // the other queries bound nothing
+    InitCpuTopology();
+    QCOMPARE(machine.bindings, int(expected.threads));
+}
+
+void tst_CpuTopo::ordinals()
+{
+    RecordedMachine machine = Machines()[1].second.machine;
+    SetCpuMachine(&machine);
+    QCOMPARE(getEnumerateAPICID(0), 0u);
+    QCOMPARE(getEnumerateAPICID(23), 53u);
+    QCOMPARE(getEnumerateAPICID(24), 0xFFFFFFFFu);
+    QCOMPARE(GetOSLogicalProcessorCount(), 24u);
+    // Identifier 19: package 0, core 9, thread 1; the fifth core that was met.
+    QCOMPARE(SlectOrdfromPkg(0, 4, 1), 9u);
+    QCOMPARE(SlectOrdfromPkg(1, -1, -1), 12u);
+    QCOMPARE(SlectOrdfromPkg(-1, 2, -1), 4u);
+    QCOMPARE(SlectOrdfromPkg(2, -1, -1), 0u);
+    QCOMPARE(GetHWMTConfig(1), 0);
+    QCOMPARE(machine.current, 12u);
+    QCOMPARE(glbl_ptr->hwmtThreadsPerCore, 2u);
+    QCOMPARE(glbl_ptr->hwmtThreadsPerPackage, 12u);
+    QCOMPARE(GetHWMTConfig(2), -1);
+    QCOMPARE(GetCacheTotalLize(0xF, 3), 15360ull * 1024);
+    QCOMPARE(GetCacheTotalLize(3, 0), 0ull);
+    QCOMPARE(glbl_ptr->cacheRecords[0].shortName, std::string("L1D"));
+    QCOMPARE(glbl_ptr->cacheRecords[3].longName, std::string("Level 3 Unified cache, size(KBytes)= 15360"));
+}
+
+void tst_CpuTopo::failures_data()
+{
+    QTest::addColumn<int>("row");
+    int row = 0;
+    for (const auto &[name, failure] : Failures())
+        QTest::newRow(name) << row++;
+}
+
+void tst_CpuTopo::failures()
+{
+    QFETCH(int, row);
+    const FailureRow failure = Failures()[size_t(row)].second;
+    RecordedMachine machine(R::Intel, 0xB, Range(0, 4));
+    machine.PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
+    failure.spoil(&machine);
+    SetCpuMachine(&machine);
+    QCOMPARE(GetSysLogicalProcessorCount(), 0u);
+    QCOMPARE(glbl_ptr->error, failure.error);
+    QCOMPARE(GetSysProcessorCoreCount(), 0u);
+    QCOMPARE(GetSysEachCacheCount(0), 0u);
+    QCOMPARE(GetthreadCount(0, 0), 0u);
+    QCOMPARE(SlectOrdfromPkg(-1, -1, -1), 0u);
+    QCOMPARE(GetHWMTConfig(0), -1);
+    QCOMPARE(getEnumerateAPICID(0), 0xFFFFFFFFu);
+    QCOMPARE(machine.bindings, failure.bindings); // asked once, however often it is queried
+}
+
+void tst_CpuTopo::tooManyCores()
+{
+    RecordedMachine machine(R::Intel, 0xB, Range(0, MAX_CORES + 1));
+    machine.PerPackage(255).Caches(1, {{1, D, 1, 64, 8}}).Levels({{1, 0, 1}, {2, 16, MAX_CORES + 1}});
+    SetCpuMachine(&machine);
+    QCOMPARE(GetSysProcessorCoreCount(), 0u);
+    QCOMPARE(glbl_ptr->error, kTopologyGeneralError);
+}
+
+void tst_CpuTopo::withoutARecord()
+{
+    CPUIDExit();
+    InitCpuTopology();
+    QCOMPARE(GetSysLogicalProcessorCount(), 0u);
+    QCOMPARE(getEnumerateAPICID(0), 0xFFFFFFFFu);
+    QCOMPARE(Allowed(), std::thread::hardware_concurrency());
+}
+
+void tst_CpuTopo::thisMachine()
+{
+    const int before = Allowed();
+    if (before != sysconf(_SC_NPROCESSORS_CONF))
+        QSKIP("needs a process that may run on every processor");
+    int after = 0;
+    std::thread([&] {
+        InitCpuTopology();
+        after = Allowed();
+    }).join();
+    if (glbl_ptr->error == kTopologyGeneralError)
+        QSKIP("processor with more leaves than the record holds");
+    QCOMPARE(after, 1); // that thread stays where it asked last
+    QCOMPARE(Allowed(), before);
+    QCOMPARE(GetSysLogicalProcessorCount(), unsigned(before));
+    QVERIFY(GetSysProcessorCoreCount() >= 1 && GetSysProcessorCoreCount() <= unsigned(before));
+    QVERIFY(GetSysProcessorPackageCount() <= GetSysProcessorCoreCount());
+}
+
+void tst_CpuTopo::restrictedProcess()
+{
+    if (Allowed() < 2)
+        QSKIP("needs two processors");
+    std::thread([] {
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(0, &one);
+        sched_setaffinity(0, sizeof one, &one);
+        InitCpuTopology();
+    }).join();
+    QCOMPARE(GetSysLogicalProcessorCount(), 0u);
+    QCOMPARE(GetSysProcessorCoreCount(), 0u);
+    QCOMPARE(glbl_ptr->error, kTopologyAffinityError);
+}
+
+void tst_CpuTopo::processorName_data()
+{
+    QTest::addColumn<unsigned>("maxExtended");
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("no extended leaves") << 0u << QByteArray();
+    QTest::newRow("leading blanks, no zero at the end")
+        << 0x80000008u << QByteArray("      Some Processor of forty-eight characters X");
+}
+
+void tst_CpuTopo::processorName()
+{
+    QFETCH(unsigned, maxExtended);
+    QFETCH(QByteArray, name);
+    RecordedMachine machine(R::Intel, 2, {0});
+    machine.Set(0x80000000u, 0, {maxExtended, 0, 0, 0});
+    for (unsigned i = 0; i < 3 && !name.isEmpty(); ++i) {
+        CpuidRegisters r;
+        std::memcpy(&r, name.constData() + 16 * i, sizeof r);
+        machine.Set(0x80000002u + i, 0, r);
+    }
+    SetCpuMachine(&machine);
+    QCOMPARE(QByteArray(GetCpuDescription()), name);
+    QCOMPARE(machine.bindings, 0);
+}
+
+void tst_CpuTopo::bits()
+{
+    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 0, 31), 0xABCD1234u);
+    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 8, 15), 0x12u);
+    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 31, 31), 1u);
+    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 5, 4), 0u);
+    unsigned index = 9;
+    QCOMPARE(int(myBitScanReverse(&index, 0)), 0);
+    QCOMPARE(index, 0u);
+    QCOMPARE(int(myBitScanReverse(&index, 0x80000001u)), 1);
+    QCOMPARE(index, 31u);
+    QCOMPARE(countBits(0xF0F0F0F0F0F0F0F1ull), 33u);
+}
+
+void tst_CpuTopo::masks()
+{
+    GenericAffinityMask a, b;
+    QCOMPARE(AllocateGenericAffinityMask(&a, 12), 0);
+    QCOMPARE(AllocateGenericAffinityMask(&b, 16), 0);
+    QCOMPARE(a.maxByteLength, 2u);
+    QVERIFY(CompareEqualGenericAffinity(&a, &b));
+    QCOMPARE(SetGenericAffinityBit(&a, 9), 0);
+    QVERIFY(!CompareEqualGenericAffinity(&a, &b));
+    QCOMPARE(int(TestGenericAffinityBit(&a, 9)), 1);
+    QCOMPARE(int(TestGenericAffinityBit(&a, 8)), 0);
+    QCOMPARE(int(TestGenericAffinityBit(&a, 16)), 255);
+    QCOMPARE(SetGenericAffinityBit(&a, 16), -1);
+    QCOMPARE(ClearGenericAffinityBit(&a, 16), -1);
+    QCOMPARE(ClearGenericAffinityBit(&a, 9), 0);
+    QCOMPARE(int(TestGenericAffinityBit(&a, 9)), 0);
+    SetGenericAffinityBit(&a, 3);
+    ClearGenericAffinityMask(&a);
+    QVERIFY(CompareEqualGenericAffinity(&a, &b));
+    FreeGenericAffinityMask(&a);
+    QCOMPARE(int(TestGenericAffinityBit(&a, 0)), 255);
+}
+
+void tst_CpuTopo::maskText()
+{
+    QCOMPARE(FormatSingleBitMask(3), std::string("8"));
+    QCOMPARE(FormatSingleBitMask(4), std::string("10"));
+    QCOMPARE(FormatSingleBitMask(9), std::string("200"));
+    QCOMPARE(FormatSingleBitMask(14), std::string("4z3"));
+    QCOMPARE(CompressHexMask("1" + std::string(53, '0') + "2"), std::string("1z32z16000002"));
+    QCOMPARE(CompressHexMask("1" + std::string(15, '0')), "1" + std::string(15, '0'));
+    GenericAffinityMask mask;
+    AllocateGenericAffinityMask(&mask, 128);
+    QCOMPARE(FormatHexMask(&mask), std::string("0"));
+    SetGenericAffinityBit(&mask, 5);
+    QCOMPARE(FormatHexMask(&mask), std::string("20"));
+    SetGenericAffinityBit(&mask, 100);
+    QCOMPARE(FormatHexMask(&mask), std::string("1z16000000020"));
+}
+
+QTEST_GUILESS_MAIN(tst_CpuTopo)
+#include "cpu_topo_test.moc"

@@ -1,0 +1,55 @@
+// What CPUID registers mean: how an APIC identifier splits into package, core and thread, and what a cache is like.
+// Sources: Intel SDM volume 2A, CPUID; AMD APM volume 3, appendix E. Reads registers only, binds nothing.
+#pragma once
+
+#include "cpu_machine.h"
+
+#include <string>
+
+/// How an APIC identifier splits. Masks are on the identifier, shifts in bits.
+struct ApicFields {
+    unsigned smtMask = 0;
+    unsigned coreMask = 0;
+    unsigned packageMask = ~0u;
+    unsigned packageShift = 0;
+    unsigned smtWidth = 0;
+    unsigned error = 0; // 0 or one of the error bits of cpu_topo.h
+};
+
+/// One entry of the cache leaf.
+struct CacheDescription {
+    unsigned level = 0;
+    unsigned type = 0; // 0 none, 1 data, 2 instruction, 3 unified
+    unsigned sizeKb = 0;
+    unsigned sharingCount = 0; // identifiers set aside for the logical processors that share it, at least 1
+    std::string shortName;     // "L1D"
+    std::string longName;      // "Level 1 Data cache, size(KBytes)= 32"
+};
+
+/// Bits @p from to @p to, both included, counted from 0; 0 for an impossible range.
+unsigned getBitsFromDWORD(unsigned value, unsigned from, unsigned to);
+/// 1, and the index of the highest set bit; 0, and index 0, if there is none.
+unsigned char myBitScanReverse(unsigned *index, unsigned value);
+/// Bits that number @p count things: the index of the highest set bit of 2 * count - 1.
+unsigned WidthOf(unsigned count);
+
+unsigned MaxLeaf(CpuMachine &machine);
+/// Whether leaf 11 is there and says something.
+bool HasLeafB(CpuMachine &machine);
+/// Whether leaf 1 flags several logical processors in a package.
+bool HasMultiThreading(CpuMachine &machine);
+/// Identifier of the processor that runs the calling thread: 32 bits with leaf 11, 8 bits without.
+unsigned ApicId(CpuMachine &machine, bool hasLeafB);
+
+/// By leaf 11.
+ApicFields LeafBFields(CpuMachine &machine);
+/// By leaves 1 and 4; by the extended leaves on AMD processors, whose leaf 4 is empty.
+ApicFields LegacyFields(CpuMachine &machine);
+
+/// Leaf that lists the caches: 4, or 0x8000001D on AMD processors with topology extensions, which lists in the same
+/// form.
+unsigned CacheLeaf(CpuMachine &machine);
+/// Entry @p subleaf of the cache leaf; type 0 behind the last one.
+CacheDescription DescribeCache(CpuMachine &machine, unsigned subleaf);
+/// Bytes: sets x ways x partitions x line size.
+unsigned long long CacheBytes(const CpuidRegisters &cacheLeaf);

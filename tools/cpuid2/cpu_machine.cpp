@@ -1,0 +1,60 @@
+#include "cpu_machine.h"
+
+#include <cpuid.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <cstring>
+
+namespace {
+
+static_assert(sizeof(AffinityBytes) == sizeof(cpu_set_t), "one mask for both");
+
+class ThisMachine : public CpuMachine {
+public:
+    unsigned ProcessorCount() override
+    {
+        const long count = sysconf(_SC_NPROCESSORS_CONF);
+        return count > 0 ? static_cast<unsigned>(count) : 0;
+    }
+
+    bool Affinity(AffinityBytes *mask) override
+    {
+        cpu_set_t set; // little endian: its words hold the bits in the order of our bytes
+        CPU_ZERO(&set);
+        const bool told = sched_getaffinity(0, sizeof set, &set) == 0;
+        std::memcpy(mask->data(), &set, sizeof set);
+        return told;
+    }
+
+    bool Bind(const AffinityBytes &mask) override
+    {
+        cpu_set_t set;
+        std::memcpy(&set, mask.data(), sizeof set);
+        return sched_setaffinity(0, sizeof set, &set) == 0;
+    }
+
+    CpuidRegisters Cpuid(unsigned leaf, unsigned subleaf) override
+    {
+        CpuidRegisters r;
+        __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
+        return r;
+    }
+};
+
+CpuMachine *s_machine = nullptr;
+
+} // namespace
+
+CpuMachine::~CpuMachine() = default;
+
+CpuMachine &CurrentCpuMachine()
+{
+    static ThisMachine thisMachine;
+    return s_machine ? *s_machine : thisMachine;
+}
+
+void SetCpuMachine(CpuMachine *machine)
+{
+    s_machine = machine;
+}

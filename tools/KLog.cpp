@@ -22,12 +22,13 @@ KLog::~KLog() = default;
 
 void KLog::WriteLine(const QString &text)
 {
-    if (!m_logToFile)
+    if (!m_logToFile || !m_file.isOpen())
         return;
     for (int i = 0; i < m_depth; ++i)
         m_stream << " | ";
     m_stream << text << "\r\n";
     m_stream.flush();
+    m_stream.resetStatus(); // after a failed write it would hoard every later line in memory
 }
 
 void KLog::Log(const QString &text)
@@ -73,6 +74,7 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
         m_stream.setCodec("UTF-8");
         return;
     }
+    locker.unlock(); // the box runs an event loop, in which slots may log
     QMessageBox::critical(nullptr, tr("Critical error"), tr("Can not open file %1").arg(fileName), QMessageBox::Ok);
 }
 

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void fileHoldsTheBareLine();
     void appendAndClear();
     void unwritableFileShowsABox();
+    void fullDiskLeavesNothingBehind();
     void threadsKeepLinesWhole();
     void exitTwice();
     void exceptionNamesItsPlace();
@@ -91,6 +92,7 @@ void tst_KLog::unwritableFileShowsABox()
         QVERIFY(box);
         title = box->windowTitle();
         text = box->text();
+        KLog::ms_instance->Log(QStringLiteral("while the box is up")); // from the box's own event loop
         box->accept();
     });
     KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
@@ -100,6 +102,17 @@ void tst_KLog::unwritableFileShowsABox()
     KLog::ms_instance->Log(QStringLiteral("nowhere"));
     QCOMPARE(heard.size(), 1);
     QVERIFY(!QFile::exists(name));
+}
+
+void tst_KLog::fullDiskLeavesNothingBehind()
+{
+    KLog::ms_instance->EnableLogToFile(QStringLiteral("/dev/full"), /*append=*/false);
+    for (int i = 0; i < 1000; ++i)
+        KLog::ms_instance->Log(QString(100, QLatin1Char('x')));
+    const QString name = m_dir.filePath(QStringLiteral("roomy.log"));
+    KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    KLog::ms_instance->Log(QStringLiteral("after"));
+    QCOMPARE(Content(name), QByteArray("after\r\n")); // the lost lines weren't hoarded
 }
 
 void tst_KLog::threadsKeepLinesWhole()

@@ -9,6 +9,8 @@
 
 #include <sys/statvfs.h>
 
+#include <limits>
+
 namespace {
 
 QString Translated(const char *text)
@@ -23,7 +25,10 @@ qint64 getFreeDiskSpace(QString path)
     struct statvfs disk;
     if (statvfs(path.toLocal8Bit().constData(), &disk) != 0)
         return -1;
-    return static_cast<qint64>(disk.f_bfree) * static_cast<qint64>(disk.f_frsize);
+    qint64 bytes = 0;
+    if (__builtin_mul_overflow(disk.f_bfree, disk.f_frsize, &bytes))
+        return std::numeric_limits<qint64>::max(); // network file systems without a limit claim up to 2^64
+    return bytes;
 }
 
 bool CheckForDiskSpace(QString fileName, qint64 size)

@@ -3,6 +3,7 @@
 
 #include "allocator.h"
 #include "codec.h"
+#include "exif_carry.h"
 #include "guard.h"
 #include "image_limits.h"
 #include "metadata.h"
@@ -130,7 +131,7 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const GF
     Metadata metadata;
     if (const Metadata *carried = MetadataOf(&bitmap)) {
         metadata = *carried;
-        metadata.exif = CarriedExif(carried->exif);
+        metadata.exif = ExifToWrite(carried->exif);
         if ((params.Flags & GFL_SAVE_ICC_PROFILE) == 0)
             metadata.icc.clear();
     }

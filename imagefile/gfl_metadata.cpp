@@ -2,6 +2,7 @@
 #include "gfl.h"
 
 #include "allocator.h"
+#include "exif_carry.h"
 #include "exif_lists.h"
 #include "guard.h"
 #include "iptc.h"

@@ -109,6 +109,7 @@ private:
     jpeg_progress_mgr m_progress = {};
     std::unique_ptr<Input> m_input;
     std::vector<std::uint8_t> m_cmykRow;
+    bool m_manyScans = false;
 };
 
 Decoder::Decoder(const Source &source) : m_input(std::make_unique<Input>())
@@ -132,6 +133,7 @@ bool Decoder::TryReadHeader()
     m_cinfo.src = &m_input->base;
     m_cinfo.progress = &m_progress;
     jpeg_read_header(&m_cinfo, TRUE);
+    m_manyScans = jpeg_has_multiple_scans(&m_cinfo) != 0;
     return true;
 }
 
@@ -214,7 +216,7 @@ Status Decoder::CheckComplete()
 {
     // A file without its end marker is whole when all of its only scan was there; later scans that are missing, and
     // missing arithmetic codes, don't show.
-    const bool mayMiss = m_error.damaged || jpeg_has_multiple_scans(&m_cinfo) || m_cinfo.arith_code;
+    const bool mayMiss = m_error.damaged || m_manyScans || m_cinfo.arith_code;
     if (m_input->ended && mayMiss)
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG: the file ends early");
     if (m_error.damaged)

@@ -94,35 +94,6 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
         metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
 }
 
-// Tags of a first directory that describe how this one file stores its pixels, or that stand for blocks which travel on
-// their own: subfile type (254) to page number (297), transfer function, predictor, colour map, halftones, tiles,
-// sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, colour filter, IPTC, Photoshop
-// resources, directory pointers, ICC, Photoshop layers, and the DNG range.
-struct TagRange {
-    std::uint16_t first, last;
-};
-constexpr TagRange kStructure[] = {
-    {254, 259},     {262, 266},     {273, 273},     {277, 281},     {284, 284},     {288, 293},
-    {297, 297},     {300, 301},     {317, 317},     {320, 347},     {400, 405},     {433, 437},
-    {512, 532},     {559, 559},     {700, 700},     {33421, 33422}, {33723, 33723}, {34377, 34377},
-    {34665, 34665}, {34675, 34675}, {34853, 34853}, {37724, 37724}, {50706, 51125},
-};
-
-bool IsStructure(std::uint16_t tag)
-{
-    return std::any_of(std::begin(kStructure), std::end(kStructure),
-                       [tag](const TagRange &range) { return tag >= range.first && tag <= range.last; });
-}
-
-// Directories of other pictures in the same file.
-bool IsOtherPicture(const std::string &group)
-{
-    static const std::string kBegins[] = {"Thumbnail", "SubImage",     "SubThumb", "Image2",
-                                          "Image3",    "PanasonicRaw", "Mpf"};
-    return std::any_of(std::begin(kBegins), std::end(kBegins),
-                       [&group](const std::string &begin) { return group.compare(0, begin.size(), begin) == 0; });
-}
-
 } // namespace
 
 void StartExiv2()
@@ -155,21 +126,6 @@ Metadata ReadMetadata(const Source &source)
     if (image.get() != nullptr)
         TakeParts(source, *image, &metadata);
     return metadata;
-}
-
-bool IsCarried(const Exiv2::Exifdatum &datum)
-{
-    const std::string group = datum.groupName();
-    return group == "Image" ? !IsStructure(datum.tag()) : !IsOtherPicture(group);
-}
-
-Exiv2::ExifData CarriedExif(const Exiv2::ExifData &exif)
-{
-    Exiv2::ExifData carried;
-    for (const Exiv2::Exifdatum &datum : exif)
-        if (IsCarried(datum))
-            carried.add(datum);
-    return carried;
 }
 
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap)

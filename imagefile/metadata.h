@@ -23,13 +23,6 @@ struct Metadata {
 /// Throws std::bad_alloc only. Never decodes pixels.
 Metadata ReadMetadata(const Source &source);
 
-/// Whether an EXIF value goes along to another file: it tells of the shot, and not of how this file stores pixels.
-/// Thumbnails don't go along either, because they would show the picture as it was.
-bool IsCarried(const Exiv2::Exifdatum &datum);
-
-/// The values that are carried.
-Exiv2::ExifData CarriedExif(const Exiv2::ExifData &exif);
-
 /// Starts Exiv2 once for all threads and keeps it from writing to standard error.
 void StartExiv2();
 

@@ -1,5 +1,7 @@
 #include "tiff_exif.h"
 
+#include "exif_carry.h"
+
 #include <algorithm>
 
 namespace imagefile {
@@ -52,15 +54,8 @@ void Join(const TiffFields &more, TiffFields *fields)
 Status TiffExif::Encode(const Exiv2::ExifData &exif, TiffVariant variant)
 {
     m_variant = variant;
-    m_classic.clear();
-    if (exif.empty())
-        return Status::Ok();
-    Exiv2::MemIo io;
     try {
-        Exiv2::TiffParser::encode(io, nullptr, 0, Exiv2::littleEndian, exif, Exiv2::IptcData(), Exiv2::XmpData());
-        io.seek(0, Exiv2::BasicIo::beg);
-        const Exiv2::DataBuf head = io.read(io.size());
-        m_classic.assign(head.pData_, head.pData_ + head.size_);
+        m_classic = EncodeExif(exif);
     } catch (const Exiv2::AnyError &error) {
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: the EXIF can't be written: %s", error.what()));
     }

@@ -1,16 +1,16 @@
 // The 81 conversions of KImage::CropCopyTo: two tables, one rule, and the three cases that deviate.
 #pragma once
 
+#include "PixelRuns_p.h"
+
 #include "ippi.h"
 
 #include "gfl.h"
 
 #include <utility>
 
-/// A run is a stretch of pixels of one row. Conversions of two steps work run by run, with the form in between in a
-/// block of the first cache: no conversion passes over memory twice or allocates.
-constexpr int kRunPixels = 512;
-constexpr int kMaxBytesPerPixel = 16;
+/// Turns a run of pixels into another form. Conversions of two steps work run by run, with the run between them in the
+/// first cache: none passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Rows and columns of the tables below.
@@ -27,18 +27,22 @@ constexpr bool operator==(Form a, Form b)
     return a.depth == b.depth && a.layout == b.layout;
 }
 
-/// The form of a record whose type and depth are among the nine.
-inline Form FormOf(const GFL_BITMAP &bitmap)
+constexpr Depth DepthOf(int bitsPerComponent)
 {
-    return {bitmap.BitsPerComponent == 8        ? kDepth8u
-                : bitmap.BitsPerComponent == 16 ? kDepth16u
-                                                : kDepth32f,
-            bitmap.Type == GFL_GREY      ? kGrey
-                : bitmap.Type == GFL_RGB ? kRgb
-                                         : kRgba};
+    return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-constexpr int kChannels[] = {1, 3, 4};
+/// By channels rather than type, which serves the forms of other channel orders too.
+constexpr Layout LayoutOf(int channels)
+{
+    return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
+}
+
+/// The form of an image whose type and depth are among the nine.
+inline Form FormOf(const KImage &image)
+{
+    return {DepthOf(image.bitsPerComponent()), LayoutOf(image.m_bitmap->ComponentsPerPixel)};
+}
 
 namespace steps {
 
@@ -123,7 +127,7 @@ constexpr AlphaException kAlphaExceptions[] = {
     {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>},
 };
 
-/// How runs of one form become runs of another: one step, or two with a run in between.
+/// How runs of one form become runs of another: no step for the same form, one, or two with a run in between.
 class Conversion {
 public:
     Conversion(Form from, Form to)
@@ -137,13 +141,24 @@ public:
             std::swap(m_first, m_last);
     }
 
-    /// @p pixels at most kRunPixels.
+    bool IsIdentity() const { return !m_last; }
+
+    /// Not for the same form. @p pixels is at most kRunPixels.
     void ConvertRun(const void *src, void *dst, int pixels) const
     {
-        alignas(64) unsigned char between[kRunPixels * kMaxBytesPerPixel];
+        RunBlock between;
         if (m_first)
-            m_first(src, between, pixels);
-        m_last(m_first ? between : src, dst, pixels);
+            m_first(src, between.bytes, pixels);
+        m_last(m_first ? between.bytes : src, dst, pixels);
+    }
+
+    /// The run in the other form: in @p block, or where it is if the forms are the same.
+    const void *Converted(const void *src, RunBlock &block, int pixels) const
+    {
+        if (IsIdentity())
+            return src;
+        ConvertRun(src, block.bytes, pixels);
+        return block.bytes;
     }
 
 private:

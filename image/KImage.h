@@ -131,6 +131,44 @@ public:
     /// Makes @p target this image in another form. A target of the right shape keeps its block, a wrapped one too.
     void Convert(KImage &target, unsigned short type, int bitsPerComponent) const;
 
+    /// One channel as a grey image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.
+    void ExtractChannel(KImage &target, int bitsPerComponent, int channel) const;
+    void ExtractAlpha(KImage &target, int bitsPerComponent) const;
+    /// Replaces a channel by a grey image of this image's size, at any depth.
+    void SetChannel(KImage &source, int channel);
+    void SetAlpha(KImage &source);
+    /// Paints this image onto @p target at (x, y), clipped to it, through its alpha if it has one. The target's own alpha
+    /// stays, except under an image without alpha, which overwrites.
+    void BlendTo(KImage &target, int x, int y);
+
+    // --- Arithmetic (KImage_Arithmetic.cpp): all channels, alpha too ---
+
+    /// With an image of the same shape, 8 bits or float. Traps of 8 bits: sums and differences come out halved (what is
+    /// below 0 is 0), products divided by 256.
+    KImage &operator-=(const KImage &other);
+    KImage &operator+=(const KImage &other);
+    KImage &operator*=(const KImage &other);
+    /// Colours times @p factor, saturated at integer depths; these lose one part in 256 or 65,536 besides, alpha too.
+    KImage &operator*=(float factor);
+
+    // --- Bridges to Qt (KImage_Qt.cpp) ---
+
+    /// From Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, the fourth byte as it stands.
+    void FromQImage(const QImage &image);
+    /// To Format_ARGB32, floats above 1 clipped. Does nothing on an empty image.
+    void ToQImage(QImage &image);
+    void ToQPixmap(QPixmap &pixmap);
+
+    // --- Geometry (KImage_Geometry.cpp) ---
+
+    /// Changes the size, in place or into @p target: by area weighting, or bilinearly as soon as one side grows. All
+    /// channels go through the same filter. The KException of an empty image has an empty message.
+    void Resize(int width, int height);
+    void Resize(KImage &target, int width, int height);
+    /// Finds a rectangle inside the valid area of a float RGBA image, where alpha isn't 0, as large as possible: from
+    /// (left, top) to before (right, bottom), in pixels. All 0 if there is none; untouched for an empty image.
+    void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
+
     // In this order; hosts that share kernels rely on it.
     GFL_BITMAP *m_bitmap; // null for an empty image
     bool m_ownsData;      // false: Data belongs to somebody else

@@ -2,31 +2,63 @@
 
 #include "ConversionTables_p.h"
 #include "KImage_p.h"
+#include "KOmp.h"
+#include "PixelRuns_p.h"
 
 namespace {
-
-bool IsEmpty(const KImage &image)
-{
-    return !image.m_bitmap || !image.m_bitmap->Data;
-}
-
-/// Whether [position, position + count) lies in [0, size), for a position inside; in 64 bits, since the sum may not
-/// fit.
-bool Fits(int position, int count, int size)
-{
-    return static_cast<qint64>(position) + count <= size;
-}
 
 bool IsInside(int position, int size)
 {
     return position >= 0 && position < size;
 }
 
-/// How many of @p count pixels at @p position fit into @p size.
-int Clipped(int position, int count, int size)
+/// Whether @p count pixels from @p position on, itself inside, end within @p size; in 64 bits, since the sum may not
+/// fit.
+bool Fits(int position, int count, int size)
+{
+    return static_cast<qint64>(position) + count <= size;
+}
+
+/// How many of @p count pixels fit into @p size from @p position on.
+int ClippedCount(int position, int count, int size)
 {
     return static_cast<int>(qMin<qint64>(static_cast<qint64>(count) + position, size) - position);
 }
+
+/// The guards of whole images that are put into another at (x, y).
+void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
+{
+    if (IsEmpty(image))
+        KThrow(kInvalidBitmap);
+    if (IsEmpty(target))
+        KThrow(kInvalidParameter);
+    if (!IsWorkingType(image.type()) || !IsWorkingType(target.type()))
+        KThrow(kInvalidParameter);
+    if (!IsInside(x, target.width()) || !IsInside(y, target.height()))
+        KThrow(kInvalidParameter);
+}
+
+/// t - (t - s) * alpha for the colours of a pixel of @p C channels, its alpha being every fourth float from @p alpha
+/// on. Integers are truncated towards zero, within their range: a float alpha may lie outside 0 to 1.
+template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
+{
+    constexpr int kColors = C == 4 ? 3 : C;
+    const T *s = static_cast<const T *>(source);
+    T *t = static_cast<T *>(target);
+    for (int i = 0; i < pixels; ++i) {
+        for (int c = i * C; c < i * C + kColors; ++c) {
+            const float old = t[c];
+            t[c] = primitives::Truncate<T>(old - (old - static_cast<float>(s[c])) * alpha[4 * i]);
+        }
+    }
+}
+
+using BlendStep = void (*)(const float *alpha, const void *source, void *target, int pixels);
+constexpr BlendStep kBlendSteps[3][3] = {
+    {BlendRun<Ipp8u, 1>, BlendRun<Ipp8u, 3>, BlendRun<Ipp8u, 4>},
+    {BlendRun<Ipp16u, 1>, BlendRun<Ipp16u, 3>, BlendRun<Ipp16u, 4>},
+    {BlendRun<Ipp32f, 1>, BlendRun<Ipp32f, 3>, BlendRun<Ipp32f, 4>},
+};
 
 } // namespace
 
@@ -47,7 +79,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
         KThrow(kInvalidParameter); // it would be written beyond the target's rows
 
-    const Form from = FormOf(*m_bitmap), to = FormOf(*target.m_bitmap);
+    const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
         // Plain bytes, in one piece where rows follow each other without gaps.
         primitives::CopyBytes(getData(x, y), bytesPerLine(), target.getData(targetX, targetY), target.bytesPerLine(),
@@ -55,26 +87,15 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
         return;
     }
     const Conversion conversion(from, to);
-    for (int row = 0; row < height; ++row) {
-        for (int column = 0, pixels; column < width; column += pixels) {
-            pixels = qMin(kRunPixels, width - column);
-            conversion.ConvertRun(getData(x + column, y + row), target.getData(targetX + column, targetY + row),
-                                  pixels);
-        }
-    }
+    ForRuns(*this, x, y, width, height, target, targetX, targetY,
+            [&](const void *src, void *dst, int pixels) { conversion.ConvertRun(src, dst, pixels); });
 }
 
 void KImage::CopyTo(KImage &target, int x, int y) const
 {
-    if (IsEmpty(*this))
-        KThrow(kInvalidBitmap);
-    if (IsEmpty(target))
-        KThrow(kInvalidParameter);
-    if (!IsWorkingType(type()) || !IsWorkingType(target.type()))
-        KThrow(kInvalidParameter);
-    if (!IsInside(x, target.width()) || !IsInside(y, target.height()))
-        KThrow(kInvalidParameter);
-    CropCopyTo(0, 0, Clipped(x, width(), target.width()), Clipped(y, height(), target.height()), target, x, y);
+    CheckPlacement(*this, target, x, y);
+    CropCopyTo(0, 0, ClippedCount(x, width(), target.width()), ClippedCount(y, height(), target.height()), target, x,
+               y);
 }
 
 void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) const
@@ -85,4 +106,34 @@ void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) 
         KThrow(kInvalidParameter); // before the pixels are given up
     target.AllocBitmap(width(), height(), type, bitsPerComponent, /*clear=*/false, nullptr, 0);
     CropCopyTo(0, 0, width(), height(), target, 0, 0);
+}
+
+void KImage::BlendTo(KImage &target, int x, int y)
+{
+    CheckPlacement(*this, target, x, y);
+    if (type() != GFL_RGBA) {
+        CopyTo(target, x, y);
+        return;
+    }
+    if (!IsWorkingDepth(bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (!IsWorkingDepth(target.bitsPerComponent()))
+        KThrow(kInvalidParameter);
+    if (&target == this) { // rows would be read while others are written
+        KImage(*this).BlendTo(target, x, y);
+        return;
+    }
+    const int columns = ClippedCount(x, width(), target.width());
+    const int rows = ClippedCount(y, height(), target.height());
+    const Form from = FormOf(*this), to = FormOf(target);
+    const Conversion toTarget(from, to), toFloat(from, {kDepth32f, kRgba});
+    const auto blend = [&](const void *src, void *dst, int pixels) {
+        RunBlock colors, floats;
+        const void *converted = toTarget.Converted(src, colors, pixels);
+        const auto *rgba = static_cast<const float *>(toFloat.Converted(src, floats, pixels));
+        kBlendSteps[to.depth][to.layout](rgba + 3, converted, dst, pixels);
+    };
+#pragma omp parallel for schedule(static) num_threads(komp_num_threads)
+    for (int row = 0; row < rows; ++row)
+        ForRuns(*this, 0, row, columns, 1, target, x, y + row, blend);
 }

@@ -17,6 +17,12 @@ constexpr bool IsWorkingDepth(int bitsPerComponent)
     return bitsPerComponent == 8 || bitsPerComponent == 16 || bitsPerComponent == 32;
 }
 
+/// Whether an image has no pixels: no record, or one whose block could not be had.
+inline bool IsEmpty(const KImage &image)
+{
+    return !image.m_bitmap || !image.m_bitmap->Data;
+}
+
 /// The allocator that the image module hands to the image-file layer: each side frees what the other made. The last
 /// argument is a tag for a debugging allocator and is ignored.
 void *alloc_callback(unsigned long size, void *userData);

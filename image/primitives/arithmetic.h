@@ -59,7 +59,7 @@ Status CombineScaled(const T *first, Step firstStep, const T *second, Step secon
                    [=, n = RowSamples<C>(size)](const T *a, const T *b, T *out) {
 #pragma GCC ivdep
                        for (std::int64_t i = 0; i < n; ++i)
-                           out[i] = Saturate<T>(std::int64_t(ScaleDown(Op::Of(Wide(a[i]), Wide(b[i])), shift)));
+                           out[i] = Saturate<T>(ScaleDown(Op::Of(Wide(a[i]), Wide(b[i])), shift));
                    });
 }
 

@@ -17,4 +17,35 @@ template <typename T, int C> Status RgbToGray(const T *src, Step srcStep, T *dst
     });
 }
 
+/// Calls convert(r, g, b) on each pixel's first three channels, which it changes in place; a fourth is not written. The
+/// target may be the source.
+template <typename T, int C, typename Convert>
+Status ConvertColors(const T *src, Step srcStep, T *dst, Step dstStep, Size size, Convert convert)
+{
+    return ForRows(src, srcStep, dst, dstStep, size, [=](const T *srcRow, T *dstRow) {
+        for (std::int64_t x = 0; x < size.width; ++x) {
+            T first = srcRow[x * C], second = srcRow[x * C + 1], third = srcRow[x * C + 2];
+            convert(first, second, third);
+            dstRow[x * C] = first;
+            dstRow[x * C + 1] = second;
+            dstRow[x * C + 2] = third;
+        }
+    });
+}
+
+/// Hexcone model (Smith 1978) of 8-bit colours: hue as 0 to 255 for the full circle from red over green and blue,
+/// saturation (max - min) / max and value max as 0 to 255. Greys have hue 0. Alpha stays.
+Status RgbToHsv8(const Ipp8u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size);
+Status HsvToRgb8(const Ipp8u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size);
+
+/// Kodak PhotoYCC of gamma-coded colours, for R, G, B from 0 to 1:
+///
+///     Y  =  0.299 R + 0.587 G + 0.114 B      coded as  255 / 1.402 * Y
+///     C1 = -0.299 R - 0.587 G + 0.886 B      coded as  111.40 * C1 + 156
+///     C2 =  0.701 R - 0.587 G - 0.114 B      coded as  135.64 * C2 + 137
+///
+/// The codes are of 0 to 255; in 16 bits the same share of 65,535, in floats of 1.0. @p C is 3 or 4; alpha stays.
+template <typename T, int C> Status RgbToYcc(const T *src, Step srcStep, T *dst, Step dstStep, Size size);
+template <typename T, int C> Status YccToRgb(const T *src, Step srcStep, T *dst, Step dstStep, Size size);
+
 } // namespace primitives

@@ -5,8 +5,10 @@
 #include "arithmetic.h"
 #include "color.h"
 #include "copy.h"
+#include "filter.h"
 #include "linear_algebra.h"
 #include "memory.h"
+#include "resize.h"
 #include "rotate.h"
 #include "scale.h"
 
@@ -150,8 +152,61 @@ inline constexpr auto &ippiRGBToGray_16u_C3C1R = primitives::RgbToGray<Ipp16u, 3
 inline constexpr auto &ippiRGBToGray_16u_AC4C1R = primitives::RgbToGray<Ipp16u, 4>;
 inline constexpr auto &ippiRGBToGray_32f_C3C1R = primitives::RgbToGray<Ipp32f, 3>;
 inline constexpr auto &ippiRGBToGray_32f_AC4C1R = primitives::RgbToGray<Ipp32f, 4>;
+inline constexpr auto &ippiRGBToHSV_8u_AC4R = primitives::RgbToHsv8;
+inline constexpr auto &ippiHSVToRGB_8u_AC4R = primitives::HsvToRgb8;
+inline constexpr auto &ippiRGBToYCC_8u_C3R = primitives::RgbToYcc<Ipp8u, 3>;
+inline constexpr auto &ippiRGBToYCC_8u_AC4R = primitives::RgbToYcc<Ipp8u, 4>;
+inline constexpr auto &ippiRGBToYCC_16u_C3R = primitives::RgbToYcc<Ipp16u, 3>;
+inline constexpr auto &ippiRGBToYCC_16u_AC4R = primitives::RgbToYcc<Ipp16u, 4>;
+inline constexpr auto &ippiRGBToYCC_32f_C3R = primitives::RgbToYcc<Ipp32f, 3>;
+inline constexpr auto &ippiRGBToYCC_32f_AC4R = primitives::RgbToYcc<Ipp32f, 4>;
+inline constexpr auto &ippiYCCToRGB_8u_C3R = primitives::YccToRgb<Ipp8u, 3>;
+inline constexpr auto &ippiYCCToRGB_8u_AC4R = primitives::YccToRgb<Ipp8u, 4>;
+inline constexpr auto &ippiYCCToRGB_16u_C3R = primitives::YccToRgb<Ipp16u, 3>;
+inline constexpr auto &ippiYCCToRGB_16u_AC4R = primitives::YccToRgb<Ipp16u, 4>;
+inline constexpr auto &ippiYCCToRGB_32f_C3R = primitives::YccToRgb<Ipp32f, 3>;
+inline constexpr auto &ippiYCCToRGB_32f_AC4R = primitives::YccToRgb<Ipp32f, 4>;
 
-// --- Geometry ---
+// --- Filters ---
+inline constexpr auto &ippiFilterGaussBorder_32f_C1R = primitives::FilterGaussBorder;
+inline constexpr auto &ippiFilterGaussGetBufferSize_32f_C1R = primitives::FilterGaussGetBufferSize;
+inline constexpr auto &ippiFilterGaussianInit = primitives::FilterGaussianInit;
+inline constexpr auto &ippiFilterGaussianGetBufferSize = primitives::FilterGaussianGetBufferSize;
+inline constexpr auto &ippiFilterGaussianBorder_32f_C1R = primitives::FilterGaussianBorder;
+inline constexpr auto &ippiFilterMedianCross_16s_C1R = primitives::FilterMedianCross;
+inline constexpr auto &ippiFilterSobelHoriz_16s_C1R = primitives::FilterSobelHoriz;
+
+// --- Geometry: preparing a resize doesn't depend on the depth ---
+inline constexpr auto &ippiResizeGetSize_8u = primitives::ResizeGetSize;
+inline constexpr auto &ippiResizeGetSize_16u = primitives::ResizeGetSize;
+inline constexpr auto &ippiResizeGetSize_32f = primitives::ResizeGetSize;
+inline constexpr auto &ippiResizeGetBufferSize_8u = primitives::ResizeGetBufferSize;
+inline constexpr auto &ippiResizeGetBufferSize_16u = primitives::ResizeGetBufferSize;
+inline constexpr auto &ippiResizeGetBufferSize_32f = primitives::ResizeGetBufferSize;
+inline constexpr auto &ippiResizeSuperInit_8u = primitives::ResizeSuperInit;
+inline constexpr auto &ippiResizeSuperInit_16u = primitives::ResizeSuperInit;
+inline constexpr auto &ippiResizeSuperInit_32f = primitives::ResizeSuperInit;
+inline constexpr auto &ippiResizeLinearInit_8u = primitives::ResizeLinearInit;
+inline constexpr auto &ippiResizeLinearInit_16u = primitives::ResizeLinearInit;
+inline constexpr auto &ippiResizeLinearInit_32f = primitives::ResizeLinearInit;
+inline constexpr auto &ippiResizeSuper_8u_C1R = primitives::ResizeSuper<Ipp8u, 1>;
+inline constexpr auto &ippiResizeSuper_8u_C3R = primitives::ResizeSuper<Ipp8u, 3>;
+inline constexpr auto &ippiResizeSuper_8u_C4R = primitives::ResizeSuper<Ipp8u, 4>;
+inline constexpr auto &ippiResizeSuper_16u_C1R = primitives::ResizeSuper<Ipp16u, 1>;
+inline constexpr auto &ippiResizeSuper_16u_C3R = primitives::ResizeSuper<Ipp16u, 3>;
+inline constexpr auto &ippiResizeSuper_16u_C4R = primitives::ResizeSuper<Ipp16u, 4>;
+inline constexpr auto &ippiResizeSuper_32f_C1R = primitives::ResizeSuper<Ipp32f, 1>;
+inline constexpr auto &ippiResizeSuper_32f_C3R = primitives::ResizeSuper<Ipp32f, 3>;
+inline constexpr auto &ippiResizeSuper_32f_C4R = primitives::ResizeSuper<Ipp32f, 4>;
+inline constexpr auto &ippiResizeLinear_8u_C1R = primitives::ResizeLinear<Ipp8u, 1>;
+inline constexpr auto &ippiResizeLinear_8u_C3R = primitives::ResizeLinear<Ipp8u, 3>;
+inline constexpr auto &ippiResizeLinear_8u_C4R = primitives::ResizeLinear<Ipp8u, 4>;
+inline constexpr auto &ippiResizeLinear_16u_C1R = primitives::ResizeLinear<Ipp16u, 1>;
+inline constexpr auto &ippiResizeLinear_16u_C3R = primitives::ResizeLinear<Ipp16u, 3>;
+inline constexpr auto &ippiResizeLinear_16u_C4R = primitives::ResizeLinear<Ipp16u, 4>;
+inline constexpr auto &ippiResizeLinear_32f_C1R = primitives::ResizeLinear<Ipp32f, 1>;
+inline constexpr auto &ippiResizeLinear_32f_C3R = primitives::ResizeLinear<Ipp32f, 3>;
+inline constexpr auto &ippiResizeLinear_32f_C4R = primitives::ResizeLinear<Ipp32f, 4>;
 inline constexpr auto &ippiRotate_32f_C4R = primitives::RotateFloat4;
 
 // --- Small matrices ---

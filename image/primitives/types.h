@@ -83,6 +83,15 @@ template <int C> constexpr std::int64_t RowSamples(Size size)
     return std::int64_t(C) * size.width;
 }
 
+/// @p value within the range of an unsigned type of up to 16 bits; not-a-number is 0.
+template <typename D> constexpr float Limit(float value)
+{
+    static_assert(sizeof(D) <= 2 && std::is_unsigned_v<D>);
+    constexpr float kMax = std::numeric_limits<D>::max();
+    const float notBelow = value > 0.0f ? value : 0.0f;
+    return notBelow < kMax ? notBelow : kMax;
+}
+
 /// The one place where a computed value becomes a component. Integer types: rounded to the nearest and limited to the
 /// range of the type, not-a-number becomes 0. Float: as it is.
 template <typename D> constexpr D Saturate(float value)
@@ -90,19 +99,24 @@ template <typename D> constexpr D Saturate(float value)
     if constexpr (std::is_floating_point_v<D>) {
         return value;
     } else {
-        static_assert(sizeof(D) <= 2 && std::is_unsigned_v<D>);
-        constexpr float kMax = std::numeric_limits<D>::max();
-        const float notBelow = value > 0.0f ? value : 0.0f;
-        const float inRange = notBelow < kMax ? notBelow : kMax;
-        return static_cast<D>(static_cast<int>(inRange + 0.5f));
+        return static_cast<D>(static_cast<int>(Limit<D>(value) + 0.5f));
     }
 }
 
-/// The same for integers.
-template <typename D> constexpr D Saturate(std::int64_t value)
+/// The same without rounding: towards zero.
+template <typename D> constexpr D Truncate(float value)
 {
-    constexpr std::int64_t kMin = std::numeric_limits<D>::min();
-    constexpr std::int64_t kMax = std::numeric_limits<D>::max();
+    if constexpr (std::is_floating_point_v<D>)
+        return value;
+    else
+        return static_cast<D>(static_cast<int>(Limit<D>(value)));
+}
+
+/// The same for integers.
+template <typename D, typename V> constexpr std::enable_if_t<std::is_integral_v<V>, D> Saturate(V value)
+{
+    constexpr V kMin = std::numeric_limits<D>::min();
+    constexpr V kMax = std::numeric_limits<D>::max();
     return static_cast<D>(value < kMin ? kMin : value > kMax ? kMax : value);
 }
 

@@ -1,0 +1,265 @@
+#include "KImage.h"
+
+#include "KImage_p.h"
+#include "PixelRuns_p.h"
+#include "ippi.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace primitives;
+
+// --- Resize ---
+
+struct IppFree {
+    void operator()(Ipp8u *block) const { ippsFree(block); }
+};
+using IppBlock = std::unique_ptr<Ipp8u, IppFree>;
+
+IppBlock AllocateIpp(std::int64_t bytes)
+{
+    IppBlock block(ippsMalloc_8u(bytes));
+    if (!block)
+        KThrow(kNotEnoughMemory);
+    return block;
+}
+
+/// The functions of one depth: how to prepare, and the two methods by layout.
+template <typename T> struct ResizeFunctions {
+    decltype(&ippiResizeGetSize_8u) getSize;
+    decltype(&ippiResizeSuperInit_8u) superInit;
+    decltype(&ippiResizeLinearInit_8u) linearInit;
+    decltype(&ippiResizeGetBufferSize_8u) getBufferSize;
+    decltype(&primitives::ResizeSuper<T, 1>) resizeSuper[3];
+    decltype(&primitives::ResizeLinear<T, 1>) resizeLinear[3];
+};
+
+constexpr ResizeFunctions<Ipp8u> kResize8u = {
+    ippiResizeGetSize_8u,
+    ippiResizeSuperInit_8u,
+    ippiResizeLinearInit_8u,
+    ippiResizeGetBufferSize_8u,
+    {ippiResizeSuper_8u_C1R, ippiResizeSuper_8u_C3R, ippiResizeSuper_8u_C4R},
+    {ippiResizeLinear_8u_C1R, ippiResizeLinear_8u_C3R, ippiResizeLinear_8u_C4R},
+};
+constexpr ResizeFunctions<Ipp16u> kResize16u = {
+    ippiResizeGetSize_16u,
+    ippiResizeSuperInit_16u,
+    ippiResizeLinearInit_16u,
+    ippiResizeGetBufferSize_16u,
+    {ippiResizeSuper_16u_C1R, ippiResizeSuper_16u_C3R, ippiResizeSuper_16u_C4R},
+    {ippiResizeLinear_16u_C1R, ippiResizeLinear_16u_C3R, ippiResizeLinear_16u_C4R},
+};
+constexpr ResizeFunctions<Ipp32f> kResize32f = {
+    ippiResizeGetSize_32f,
+    ippiResizeSuperInit_32f,
+    ippiResizeLinearInit_32f,
+    ippiResizeGetBufferSize_32f,
+    {ippiResizeSuper_32f_C1R, ippiResizeSuper_32f_C3R, ippiResizeSuper_32f_C4R},
+    {ippiResizeLinear_32f_C1R, ippiResizeLinear_32f_C3R, ippiResizeLinear_32f_C4R},
+};
+
+template <typename T> void ResizeInto(const KImage &source, KImage &target, const ResizeFunctions<T> &functions)
+{
+    const Size from = {source.width(), source.height()}, to = {target.width(), target.height()};
+    const bool grows = to.width > from.width || to.height > from.height;
+    std::int64_t specBytes = 0, initBytes = 0, bufferBytes = 0;
+    const Status status =
+        functions.getSize(from, to, grows ? kResizeLinear : kResizeSuper, /*antialiasing=*/0, &specBytes, &initBytes);
+    if (status != Status::Ok)
+        return; // an image without pixels stays zero-filled
+    const IppBlock specBlock = AllocateIpp(specBytes + initBytes);
+    auto *spec = reinterpret_cast<ResizeSpec *>(specBlock.get());
+    if (grows)
+        functions.linearInit(from, to, spec, specBlock.get() + specBytes);
+    else
+        functions.superInit(from, to, spec);
+    const int channels = source.m_bitmap->ComponentsPerPixel;
+    functions.getBufferSize(spec, to, channels, &bufferBytes);
+    const IppBlock buffer = AllocateIpp(bufferBytes);
+
+    const int layout = channels == 1 ? 0 : channels == 3 ? 1 : 2;
+    const T *src = reinterpret_cast<const T *>(source.getData(0, 0));
+    T *dst = reinterpret_cast<T *>(target.getData(0, 0));
+    if (grows)
+        functions.resizeLinear[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to,
+                                       kBorderReplicate, nullptr, spec, buffer.get());
+    else
+        functions.resizeSuper[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to, spec,
+                                      buffer.get());
+}
+
+// --- Automatic crop ---
+
+/// Where the valid area begins and ends: the first and last valid position of each row, and of each column, looked for
+/// up to the middle only. Without one the first is the middle, the last the position before it.
+struct Outline {
+    std::vector<int> leftOf, rightOf, topOf, bottomOf;
+};
+
+/// Not-a-number counts as valid. The stride of a wrapped block may leave floats unaligned.
+bool IsValid(const KImage &image, int x, int y)
+{
+    float alpha;
+    std::memcpy(&alpha, image.getData(x, y) + 3 * sizeof(float), sizeof(alpha));
+    return alpha != 0.0f;
+}
+
+void FindRowEnds(const KImage &image, int y, int &left, int &right)
+{
+    const int middle = image.width() / 2;
+    for (left = 0; left < middle && !IsValid(image, left, y);)
+        ++left;
+    for (right = image.width() - 1; right >= middle && !IsValid(image, right, y);)
+        --right;
+}
+
+/// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes by rows and
+/// keeps the columns still open, since going by columns would fetch a cache line a pixel.
+void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
+{
+    std::vector<int> open(edgeOf.size());
+    std::iota(open.begin(), open.end(), 0);
+    for (; y != end && !open.empty(); y += step) {
+        const auto isFound = [&](int x) {
+            if (!IsValid(image, x, y))
+                return false;
+            edgeOf[static_cast<size_t>(x)] = y;
+            return true;
+        };
+        open.erase(std::remove_if(open.begin(), open.end(), isFound), open.end());
+    }
+}
+
+Outline FindOutline(const KImage &image)
+{
+    const int width = image.width(), height = image.height(), middle = height / 2;
+    const auto rows = static_cast<size_t>(height), columns = static_cast<size_t>(width);
+    Outline outline = {std::vector<int>(rows), std::vector<int>(rows), std::vector<int>(columns, middle),
+                       std::vector<int>(columns, middle - 1)};
+    for (int y = 0; y < height; ++y)
+        FindRowEnds(image, y, outline.leftOf[static_cast<size_t>(y)], outline.rightOf[static_cast<size_t>(y)]);
+    FindColumnEdges(image, 0, middle, 1, outline.topOf);
+    FindColumnEdges(image, height - 1, middle - 1, -1, outline.bottomOf);
+    return outline;
+}
+
+/// What one pair of opposite sides leaves of an axis.
+struct Span {
+    float first;
+    float end;
+};
+
+/// The innermost of the ends of all lines, where a line close to the outer sides counts little: at distance d from them
+/// it can push an end inwards by no more than reach(d), for the corners may be cut off by the other pair of sides
+/// instead.
+///
+/// @param firstOf, lastOf  The ends of each line.
+/// @param size             Length of a line.
+template <typename Reach>
+Span InnermostEnds(const std::vector<int> &firstOf, const std::vector<int> &lastOf, int size, Reach reach)
+{
+    const int lines = static_cast<int>(firstOf.size());
+    const float length = static_cast<float>(size);
+    Span span = {0.0f, length};
+    for (int line = 0; line < lines; ++line) {
+        const auto i = static_cast<size_t>(line);
+        const float most = reach(static_cast<float>(line < lines / 2 ? line : lines - 1 - line));
+        // A line that is valid to its last pixel limits nothing.
+        const float last = lastOf[i] == size - 1 ? length : static_cast<float>(lastOf[i]);
+        span.first = qMax(span.first, qMin(static_cast<float>(firstOf[i]), most));
+        span.end = qMin(span.end, qMax(last, length - most));
+    }
+    return span;
+}
+
+bool HasValidPixels(const Outline &outline, int width)
+{
+    const auto isBefore = [=](int left) { return left < width / 2; };
+    const auto isBehind = [=](int right) { return right >= width / 2; };
+    return std::any_of(outline.leftOf.begin(), outline.leftOf.end(), isBefore)
+        || std::any_of(outline.rightOf.begin(), outline.rightOf.end(), isBehind);
+}
+
+} // namespace
+
+void KImage::Resize(int width, int height)
+{
+    if (IsEmpty(*this))
+        KThrow("");
+    KImage resized;
+    Resize(resized, width, height);
+    std::swap(m_bitmap, resized.m_bitmap);
+    std::swap(m_ownsData, resized.m_ownsData);
+    m_spareFlag = resized.m_spareFlag;
+}
+
+void KImage::Resize(KImage &target, int width, int height)
+{
+    if (IsEmpty(*this))
+        KThrow("");
+    if (&target == this) {
+        Resize(width, height);
+        return;
+    }
+    if (width == this->width() && height == this->height()) {
+        target = *this;
+        return;
+    }
+    if (IsWorkingType(type()) && IsWorkingDepth(bitsPerComponent()) && !HasAlignedRows(*this)) {
+        KImage aligned;
+        Convert(aligned, type(), bitsPerComponent());
+        aligned.Resize(target, width, height);
+        return;
+    }
+    target.AllocBitmap(width, height, type(), bitsPerComponent(), /*clear=*/true, nullptr, 0);
+    if (!IsWorkingType(type()))
+        return;
+    if (bitsPerComponent() == 8)
+        ResizeInto(*this, target, kResize8u);
+    else if (bitsPerComponent() == 16)
+        ResizeInto(*this, target, kResize16u);
+    else if (bitsPerComponent() == 32)
+        ResizeInto(*this, target, kResize32f);
+}
+
+void KImage::GetAutoCrop(float &left, float &right, float &top, float &bottom) const
+{
+    if (IsEmpty(*this))
+        return;
+    if (bitsPerComponent() != 32 || m_bitmap->ComponentsPerPixel != 4)
+        KThrow(kInvalidBitmap);
+
+    Outline outline;
+    try {
+        outline = FindOutline(*this);
+    } catch (const std::bad_alloc &) {
+        KThrow(kNotEnoughMemory);
+    }
+    Span bestX = {0, 0}, bestY = {0, 0};
+    float bestArea = 0;
+    for (int degrees = 10; degrees < 80 && HasValidPixels(outline, width()); ++degrees) {
+        const float radians = static_cast<float>(degrees) * 3.14159265f / 180.0f;
+        const float tangent = std::sin(radians) / std::cos(radians);
+        const Span x = InnermostEnds(outline.leftOf, outline.rightOf, width(), [=](float d) { return d * tangent; });
+        const Span y = InnermostEnds(outline.topOf, outline.bottomOf, height(), [=](float d) { return d / tangent; });
+        const float area = (x.end - x.first) * (y.end - y.first);
+        if (x.end > x.first && area > bestArea) {
+            bestX = x;
+            bestY = y;
+            bestArea = area;
+        }
+    }
+    left = bestX.first;
+    right = bestX.end;
+    top = bestY.first;
+    bottom = bestY.end;
+}

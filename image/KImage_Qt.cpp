@@ -1,0 +1,49 @@
+#include "KImage.h"
+
+#include "KImage_p.h"
+#include "ippi.h"
+
+#include <QImage>
+#include <QPixmap>
+
+namespace {
+
+/// Between the bytes B, G, R, A of a QImage's pixel and R, G, B, A; its own inverse.
+constexpr int kSwapRedAndBlue[] = {2, 1, 0, 3};
+
+} // namespace
+
+KImage::KImage(const QImage &image)
+{
+    Ctor();
+    FromQImage(image);
+}
+
+void KImage::FromQImage(const QImage &image)
+{
+    if (image.format() != QImage::Format_RGB32 && image.format() != QImage::Format_ARGB32)
+        KThrow(kInvalidParameter);
+    AllocBitmap(image.width(), image.height(), GFL_RGBA, 8, /*clear=*/false, nullptr, 0);
+    primitives::SwapChannels<Ipp8u, 4, 4>(image.constBits(), image.bytesPerLine(), getData(0, 0), bytesPerLine(),
+                                          {width(), height()}, kSwapRedAndBlue);
+}
+
+void KImage::ToQImage(QImage &image)
+{
+    if (IsEmpty(*this))
+        return;
+    image = QImage(width(), height(), QImage::Format_ARGB32);
+    if (image.isNull())
+        return;
+    uchar *bits = image.bits();
+    KImage wrapped(width(), height(), GFL_RGBA, 8, /*clear=*/false, bits, image.bytesPerLine());
+    Convert(wrapped, GFL_RGBA, 8); // into the block, which has the shape already
+    ippiSwapChannels_8u_C4IR(bits, image.bytesPerLine(), {width(), height()}, kSwapRedAndBlue);
+}
+
+void KImage::ToQPixmap(QPixmap &pixmap)
+{
+    QImage image;
+    ToQImage(image);
+    pixmap = QPixmap::fromImage(image);
+}

@@ -1,0 +1,56 @@
+// Walking two images together in runs: stretches of one row that are short enough for the first cache.
+#pragma once
+
+#include "KImage_p.h"
+
+#include <cstring>
+
+constexpr int kRunPixels = 512;
+constexpr int kMaxBytesPerPixel = 16;
+
+/// One run's block between two steps, or beside an image's rows.
+struct alignas(64) RunBlock {
+    unsigned char bytes[kRunPixels * kMaxBytesPerPixel];
+};
+
+/// Whether a pixel may be read and written as a number: a wrapped block may have any stride.
+inline bool IsAligned(const KImage &image, const void *pixel)
+{
+    const int bytesPerComponent = qMax(1, image.bitsPerComponent() >> 3);
+    return reinterpret_cast<quintptr>(pixel) % static_cast<quintptr>(bytesPerComponent) == 0;
+}
+
+/// The same of all rows.
+inline bool HasAlignedRows(const KImage &image)
+{
+    return IsAligned(image, image.getData(0, 0)) && IsAligned(image, image.getData(0, 1));
+}
+
+/// Calls run(src, dst, pixels) for the runs of the rectangle at (x, y) of @p source and at (targetX, targetY) of @p
+/// target, both within their images. Where rows are not aligned to components the run gets aligned copies, and what it
+/// leaves in the target's is written back.
+template <typename Run>
+void ForRuns(const KImage &source, int x, int y, int width, int height, KImage &target, int targetX, int targetY,
+             Run run)
+{
+    const auto bounced = [&](const unsigned char *from, unsigned char *to, int pixels) {
+        RunBlock src, dst;
+        const size_t srcBytes = size_t(pixels) * source.m_bitmap->BytesPerPixel;
+        const size_t dstBytes = size_t(pixels) * target.m_bitmap->BytesPerPixel;
+        std::memcpy(src.bytes, from, srcBytes);
+        std::memcpy(dst.bytes, to, dstBytes);
+        run(src.bytes, dst.bytes, pixels);
+        std::memcpy(to, dst.bytes, dstBytes);
+    };
+    for (int row = 0; row < height; ++row) {
+        for (int column = 0, pixels; column < width; column += pixels) {
+            pixels = qMin(kRunPixels, width - column);
+            const unsigned char *from = source.getData(x + column, y + row);
+            unsigned char *to = target.getData(targetX + column, targetY + row);
+            if (IsAligned(source, from) && IsAligned(target, to))
+                run(from, to, pixels);
+            else
+                bounced(from, to, pixels);
+        }
+    }
+}

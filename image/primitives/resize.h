@@ -1,0 +1,49 @@
+// Changing the size of an image: area weighting for reductions, bilinear for everything else.
+//
+// Both are separable: an output row is first put together from source rows, then the output pixels from that row's. How
+// much each source row and column counts is computed once, in a specification.
+#pragma once
+
+#include "types.h"
+
+namespace primitives {
+
+/// The numbers of the interface.
+enum ResizeMethod { kResizeLinear = 2, kResizeSuper = 8 };
+enum BorderMode { kBorderReplicate = 1 };
+
+struct Point {
+    int x;
+    int y;
+};
+
+/// Opaque; lives in a block of the caller's, of the size that ResizeGetSize tells.
+struct ResizeSpec;
+
+/// Bytes of the specification, and of the block for preparing it. BadArgument if @p antialiasing is asked for, or
+/// super-sampling for a side that grows.
+Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
+                     std::int64_t *initBytes);
+
+/// Area weighting: a target pixel is the mean of the source area that it covers, pixels cut by its edge counting in
+/// proportion. Any ratio from 1 on, in each direction its own.
+Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
+/// Bilinear between pixel centres; beyond the outermost centres their pixels are repeated. @p initBuffer is not needed.
+Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
+
+/// Bytes of the work block for images of @p channels channels: a row of the source in floats.
+Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::int64_t *bytes);
+
+/// Computes the part of the target at @p dstOffset of @p dstSize pixels.
+///
+/// @param src  Pixel (0, 0) of the whole source.
+/// @param dst  First pixel of the part. Must not overlap the source.
+template <typename T, int C>
+Status ResizeSuper(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize,
+                   const ResizeSpec *spec, void *buffer);
+/// @p borderValue is for border modes that aren't here.
+template <typename T, int C>
+Status ResizeLinear(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize, BorderMode border,
+                    const T *borderValue, const ResizeSpec *spec, void *buffer);
+
+} // namespace primitives

@@ -1,16 +1,5 @@
 #include "KSettingsManager.h"
 
-namespace {
-
-QColor ToColor(QVariant value)
-{
-    if (value.userType() == QMetaType::QColor || value.convert(QMetaType::QColor))
-        return value.value<QColor>();
-    return QColor();
-}
-
-} // namespace
-
 KSettingsManager::KSettingsManager() : m_defaultsOnly(true) { }
 
 KSettingsManager::KSettingsManager(QSettings::Scope scope, const QString &organization, const QString &application)
@@ -57,7 +46,7 @@ QStringList KSettingsManager::GetStringList(const QString &key)
 
 QColor KSettingsManager::GetColor(const QString &key)
 {
-    return ToColor(Stored(key));
+    return Stored(key).value<QColor>();
 }
 
 QByteArray KSettingsManager::GetByteArray(const QString &key)
@@ -106,7 +95,7 @@ QStringList KSettingsManager::GetStringList(const QString &key, QStringList defa
 
 QColor KSettingsManager::GetColor(const QString &key, QColor defaultValue)
 {
-    return ToColor(StoredOr(key, defaultValue));
+    return StoredOr(key, defaultValue).value<QColor>();
 }
 
 QByteArray KSettingsManager::GetByteArray(const QString &key, QByteArray defaultValue)

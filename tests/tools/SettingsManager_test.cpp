@@ -19,7 +19,6 @@ private Q_SLOTS:
     void colors_data();
     void colors();
     void readerSkipsTheTable();
-    void baseWriterSwallows();
 
 private:
     QTemporaryDir m_dir;
@@ -114,17 +113,6 @@ void tst_SettingsManager::twoFamilies()
     QCOMPARE(manager.GetInt(a), 1);
     QCOMPARE(manager.GetInt(a, 7), 1);
     QCOMPARE(manager.GetInt(QStringLiteral("GROUP/A"), 7), 7);
-
-    const QString missing = QStringLiteral("missing");
-    QCOMPARE(manager.GetBool(missing, true), true);
-    QCOMPARE(manager.GetDouble(missing, 1.5), 1.5);
-    QCOMPARE(manager.GetString(missing, kApplication), kApplication);
-    QCOMPARE(manager.GetStringList(missing, {kApplication}), QStringList{kApplication});
-    QCOMPARE(manager.GetColor(missing, Qt::red), QColor(Qt::red));
-    QCOMPARE(manager.GetByteArray(missing, "x"), QByteArray("x"));
-    QCOMPARE(manager.GetRect(missing, QRect(1, 2, 3, 4)), QRect(1, 2, 3, 4));
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(1);
-    QCOMPARE(manager.GetDateTime(missing, time), time);
 }
 
 void tst_SettingsManager::firstDefaultWins()
@@ -150,14 +138,6 @@ void tst_SettingsManager::askingEntersANullDefault()
     QCOMPARE(manager.GetBool(a), false);
     manager.SetDefault(a, true, /*overwrite=*/false);
     QCOMPARE(manager.GetBool(a), false);
-    QCOMPARE(manager.GetInt(QStringLiteral("i")), 0);
-    QCOMPARE(manager.GetDouble(QStringLiteral("d")), 0.0);
-    QVERIFY(manager.GetString(QStringLiteral("s")).isEmpty());
-    QVERIFY(manager.GetStringList(QStringLiteral("l")).isEmpty());
-    QVERIFY(!manager.GetColor(QStringLiteral("c")).isValid());
-    QVERIFY(manager.GetByteArray(QStringLiteral("y")).isEmpty());
-    QVERIFY(!manager.GetRect(QStringLiteral("r")).isValid());
-    QVERIFY(!manager.GetDateTime(QStringLiteral("t")).isValid());
 }
 
 void tst_SettingsManager::notConvertible()
@@ -208,13 +188,6 @@ void tst_SettingsManager::readerSkipsTheTable()
     QCOMPARE(reader.GetBool(a, false), true);
     QCOMPARE(reader.GetDouble(a, 7.5), 1.0);
     QCOMPARE(reader.GetString(a, text), QStringLiteral("1"));
-}
-
-void tst_SettingsManager::baseWriterSwallows()
-{
-    KernelSettingsWriter sink;
-    sink.Set(a, 1);
-    QCOMPARE(StoredManager().GetInt(a, 7), 7);
 }
 
 QTEST_GUILESS_MAIN(tst_SettingsManager)

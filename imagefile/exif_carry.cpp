@@ -1,5 +1,7 @@
 #include "exif_carry.h"
 
+#include "tiff_directory.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -21,7 +23,6 @@ constexpr TagRange kStructure[] = {
     {34665, 34665}, {34675, 34675}, {34853, 34853}, {37724, 37724}, {50706, 51125},
 };
 
-constexpr std::uint16_t kInteroperabilityPointer = 40965;
 constexpr std::uint16_t kMakerNote = 37500;
 
 bool IsStructure(std::uint16_t tag)
@@ -92,7 +93,7 @@ bool IsCarried(const Exiv2::Exifdatum &datum)
     if (group == "Image")
         return !IsStructure(datum.tag());
     if (group == "Photo")
-        return datum.tag() != kInteroperabilityPointer;
+        return !IsDirectoryPointer(datum.tag());
     // Directories of other pictures in the same file don't go along.
     return !BeginsWithAny(group, {"Thumbnail", "SubImage", "SubThumb", "Image2", "Image3", "PanasonicRaw", "Mpf"});
 }

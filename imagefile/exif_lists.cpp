@@ -2,6 +2,7 @@
 
 #include "allocator.h"
 #include "exif_carry.h"
+#include "tiff_directory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -26,12 +27,6 @@ std::uint32_t BlockOf(const Exiv2::Exifdatum &datum)
         if (group == each.group)
             return each.block;
     return GFL_EXIF_OTHER + static_cast<std::uint32_t>(datum.ifdId());
-}
-
-// Offsets of directories inside this one file, which say nothing.
-bool IsPointer(const Exiv2::Exifdatum &datum)
-{
-    return datum.tag() == 34665 || datum.tag() == 34853 || datum.tag() == 40965;
 }
 
 // Null for a number that is no block.
@@ -85,8 +80,9 @@ template <class Filter> std::vector<const Exiv2::Exifdatum *> Sorted(const Exiv2
 
 GFL_EXIF_DATA *ExifTexts(const Exiv2::ExifData &exif)
 {
-    const auto values = Sorted(
-        exif, [](const Exiv2::Exifdatum &datum) { return BlockOf(datum) < GFL_EXIF_OTHER && !IsPointer(datum); });
+    const auto values = Sorted(exif, [](const Exiv2::Exifdatum &datum) {
+        return BlockOf(datum) < GFL_EXIF_OTHER && !IsDirectoryPointer(datum.tag());
+    });
     const std::string lensId = LensId(exif);
     if (values.empty() && lensId.empty())
         return nullptr;

@@ -1,5 +1,7 @@
 #include "metadata.h"
 
+#include "big_tiff_view.h"
+
 #include <algorithm>
 #include <array>
 #include <mutex>
@@ -94,6 +96,16 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
         metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
 }
 
+// By the classes themselves: the factory that takes a path would see addresses of web servers in some file names.
+Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
+{
+    if (!view.empty())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(view.data(), static_cast<long>(view.size())));
+    if (source.Data())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(source.Data(), static_cast<long>(source.Size())));
+    return Exiv2::BasicIo::AutoPtr(new Exiv2::FileIo(source.Path()));
+}
+
 } // namespace
 
 void StartExiv2()
@@ -109,15 +121,12 @@ Metadata ReadMetadata(const Source &source)
 {
     StartExiv2();
     Metadata metadata;
+    Bytes view; // outlives the image that reads it
     Exiv2::Image::AutoPtr image;
     try {
-        // FileIo by itself: the factory that takes a path would see addresses of web servers in some file names.
-        Exiv2::BasicIo::AutoPtr io;
-        if (source.Data())
-            io.reset(new Exiv2::MemIo(source.Data(), static_cast<long>(source.Size())));
-        else
-            io.reset(new Exiv2::FileIo(source.Path()));
-        image = Exiv2::ImageFactory::open(io);
+        if (IsBigTiff(source))
+            view = ClassicViewOfBigTiff(source);
+        image = Exiv2::ImageFactory::open(OpenIo(source, view));
         image->readMetadata();
     } catch (const std::bad_alloc &) {
         throw;

@@ -11,12 +11,6 @@ constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have some 
 // Bytes of one value by field type, 0 to 18; 0 for types that don't exist.
 constexpr std::uint8_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
 
-std::uint64_t ValueBytes(const TiffField &field)
-{
-    const std::uint64_t each = field.type < std::size(kTypeBytes) ? kTypeBytes[field.type] : 0;
-    return each * std::min<std::uint64_t>(field.count, UINT32_MAX); // <= 2^35
-}
-
 void Append(std::uint64_t number, std::size_t bytes, std::vector<std::uint8_t> *out)
 {
     for (std::size_t i = 0; i < bytes; ++i)
@@ -31,6 +25,17 @@ std::uint64_t LittleEndian(const std::uint8_t *data, std::size_t bytes)
     for (std::size_t i = bytes; i-- > 0;)
         number = number << 8 | data[i];
     return number;
+}
+
+std::uint64_t TiffValueBytes(const TiffField &field)
+{
+    const std::uint64_t each = field.type < std::size(kTypeBytes) ? kTypeBytes[field.type] : 0;
+    return each * std::min<std::uint64_t>(field.count, UINT32_MAX); // <= 2^35
+}
+
+bool IsDirectoryPointer(std::uint16_t tag)
+{
+    return tag == 34665 || tag == 34853 || tag == 40965; // EXIF, GPS, interoperability
 }
 
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant, TiffFields *fields)
@@ -71,7 +76,7 @@ std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant 
 
 bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field)
 {
-    const std::uint64_t bytes = ValueBytes(*field);
+    const std::uint64_t bytes = TiffValueBytes(*field);
     if (bytes <= 4 || bytes > 8)
         return true; // in the field already, or still behind an offset, whose upper half is zero
     const std::uint64_t offset = LittleEndian(field->value.data(), 4);

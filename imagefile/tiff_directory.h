@@ -33,6 +33,12 @@ struct TiffVariant {
 /// A little-endian number of @p bytes bytes.
 std::uint64_t LittleEndian(const std::uint8_t *data, std::size_t bytes);
 
+/// Bytes of a field's values; 0 for a type that doesn't exist.
+std::uint64_t TiffValueBytes(const TiffField &field);
+
+/// Whether a field of this tag leads to the EXIF, GPS or interoperability directory.
+bool IsDirectoryPointer(std::uint16_t tag);
+
 /// Reads the directory at @p offset of a block of memory that holds a TIFF. False when it hangs over the end.
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant,
                    TiffFields *fields);

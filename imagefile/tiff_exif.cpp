@@ -11,11 +11,6 @@ namespace {
 constexpr TiffVariant kClassic = {false};
 constexpr std::uint16_t kTypeLong8 = 16;
 
-bool IsDirectoryPointer(std::uint16_t tag)
-{
-    return tag == 34665 || tag == 34853 || tag == 40965; // EXIF, GPS, interoperability
-}
-
 Status Broken(const char *what)
 {
     return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: %s can't be read back", what));

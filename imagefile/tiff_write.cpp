@@ -16,7 +16,10 @@ namespace {
 /// each of our threads, need little memory.
 constexpr std::int64_t kStripBytes = 512 * 1024;
 
-/// Level of libdeflate.
+/// Level of libdeflate. On noisy photographs with predictor, level 4 takes between 1.3 and 2.8 times the time of level
+/// 1 and level 6 up to 4.8 times, while their files are at most 3 % smaller (8 bits: 0.513, 0.503, 0.495 of the raw
+/// bytes; 16 bits: 0.651, 0.657, 0.647; float: 0.612, 0.593, 0.592; 6 megapixels RGBA). Clean 16-bit pictures lose some
+/// 13 %.
 constexpr int kDeflateLevel = 1;
 
 /// Room for directories and the header beside pixels, metadata and strip tables.

@@ -1,0 +1,256 @@
+#include "ImageDatas.h"
+
+#include "KSettingsManager.h"
+#include "KernelSettingsReader.h"
+
+#include <QDomDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <functional>
+
+namespace {
+
+using Pairs = QVector<QPair<QString, QVariant>>;
+
+/// Keeps what is written, in its order.
+class Recorder : public KernelSettingsWriter {
+public:
+    void Set(const QString &key, const QVariant &value) override { pairs.append({key, value}); }
+    Pairs pairs;
+};
+
+Pairs Written(ImageDatas datas)
+{
+    Recorder recorder;
+    datas.SaveSettings(recorder);
+    return recorder.pairs;
+}
+
+/// A record in which each setting differs from its default and from the others of its type, bools apart.
+ImageDatas Unusual()
+{
+    ImageDatas datas;
+    datas.thumbnailSize = QSize(64, 32);
+    datas.exifMode = 2;
+    datas.exifDefaultFocal35mm = 15.1F;
+    datas.exifDefaultLensModel = 1;
+    datas.exifForcedFocal35mm = 1.0F / 3;
+    datas.exifForcedK1 = -1.17e-38F; // needs all the digits a float has
+    datas.exifForcedK2 = 3.4e38F;
+    datas.exifForcedK3 = 0.1F;
+    datas.exifForcedLensModel = 3;
+    datas.rawUseAutomaticBalance = true;
+    datas.rawUseCameraBalance = false;
+    datas.rawHighlight = -300;
+    datas.rawAutoBright = true;
+    datas.rawGamma = 1.8F;
+    datas.rawBrightness = 16777217.0F;
+    datas.rawRedScaling = 0.7F;
+    datas.rawBlueScaling = 1e-10F;
+    datas.thumbnailExtensions = QStringList{QStringLiteral(".a"), QStringLiteral(".b")};
+    return datas;
+}
+
+/// What SaveSettings must write for Unusual().
+Pairs UnusualPairs()
+{
+    const auto key = [](const char *name) { return QLatin1String("image/") + QLatin1String(name); };
+    return {{key("exifMode"), 2},
+            {key("exifDefaultFocal35mm"), 15.1F},
+            {key("exifDefaultLensModel"), 1},
+            {key("exifForcedFocal35mm"), 1.0F / 3},
+            {key("exifForcedK1"), -1.17e-38F},
+            {key("exifForcedK2"), 3.4e38F},
+            {key("exifForcedK3"), 0.1F},
+            {key("exifForcedLensModel"), 3},
+            {key("rawUseAutomaticBalance"), true},
+            {key("rawUseCameraBalance"), false},
+            {key("rawHighlight"), -300},
+            {key("rawAutoBright"), true},
+            {key("rawGamma"), 1.8F},
+            {key("rawBrightness"), 16777217.0F},
+            {key("rawRedScaling"), 0.7F},
+            {key("rawBlueScaling"), 1e-10F}};
+}
+
+/// An XML file as people write it: a level of elements for each part of a key, the value's text within.
+bool WriteXml(const Pairs &pairs, const QString &fileName)
+{
+    QDomDocument document;
+    document.appendChild(document.createElement(QStringLiteral("preferences")));
+    for (const auto &pair : pairs) {
+        QDomElement element = document.documentElement();
+        for (const QString &part : pair.first.split(QLatin1Char('/'))) {
+            QDomElement child = element.firstChildElement(part);
+            if (child.isNull())
+                child = element.appendChild(document.createElement(part)).toElement();
+            element = child;
+        }
+        element.appendChild(document.createTextNode(pair.second.toString()));
+    }
+    QFile file(fileName);
+    return file.open(QIODevice::WriteOnly) && file.write(document.toByteArray()) > 0;
+}
+
+QHash<QString, QVariant> HashOf(const Pairs &pairs)
+{
+    QHash<QString, QVariant> hash;
+    for (const auto &pair : pairs)
+        hash.insert(pair.first, pair.second);
+    return hash;
+}
+
+} // namespace
+
+using Load = std::function<void(ImageDatas &)>;
+Q_DECLARE_METATYPE(Load)
+
+class tst_ImageDatas : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+
+    void defaults();
+    void keysInOrder();
+    void settingsSurvive_data();
+    void settingsSurvive();
+    void missingKeysComeFromTheSharedRecord();
+    void withoutASharedRecord();
+    void sharedRecordLoadsItself();
+
+private:
+    QTemporaryDir m_dir;
+    ImageDatas m_shared;
+};
+
+void tst_ImageDatas::initTestCase()
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.path());
+}
+
+void tst_ImageDatas::cleanup()
+{
+    ImageDatas::settings = nullptr;
+}
+
+void tst_ImageDatas::defaults()
+{
+    const ImageDatas datas;
+    QCOMPARE(datas.thumbnailSize, QSize(128, 128));
+    QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
+    QVector<QVariant> values;
+    for (const auto &pair : Written(datas))
+        values.append(pair.second);
+    QCOMPARE(
+        values,
+        QVector<QVariant>({0, 50.0F, 0, 50.0F, 0.0F, 0.0F, 0.0F, 0, false, true, 0, false, 2.2F, 2.5F, 1.0F, 1.0F}));
+}
+
+void tst_ImageDatas::keysInOrder()
+{
+    QCOMPARE(Written(Unusual()), UnusualPairs());
+
+    class Asked : public KernelSettingsReader {
+    public:
+        bool GetBool(const QString &key, bool value) override { return pairs.append({key, value}), value; }
+        int GetInt(const QString &key, int value) override { return pairs.append({key, value}), value; }
+        double GetDouble(const QString &key, double value) override
+        {
+            return pairs.append({key, static_cast<float>(value)}), value;
+        }
+        Pairs pairs;
+    };
+    m_shared = Unusual();
+    ImageDatas::settings = &m_shared;
+    Asked asked;
+    ImageDatas().LoadSettings(asked);
+    QCOMPARE(asked.pairs, UnusualPairs()); // each with the present value as its default
+}
+
+void tst_ImageDatas::settingsSurvive_data()
+{
+    QTest::addColumn<Load>("load");
+    QTest::newRow("hash") << Load([](ImageDatas &datas) {
+        QHash<QString, QVariant> hash = HashOf(Written(Unusual()));
+        datas.LoadSettings(hash);
+    });
+    QTest::newRow("XML file") << Load([this](ImageDatas &datas) {
+        const QString name = m_dir.filePath(QStringLiteral("all.xml"));
+        QVERIFY(WriteXml(Written(Unusual()), name));
+        datas.LoadSettings(name);
+    });
+    QTest::newRow("settings manager") << Load([](ImageDatas &datas) {
+        const QString organization = QStringLiteral("TestOrganization"), application = QStringLiteral("TestImages");
+        {
+            KSettingsManager manager(QSettings::UserScope, organization, application);
+            Unusual().SaveSettings(manager);
+        }
+        KSettingsManager manager(QSettings::UserScope, organization, application);
+        datas.LoadSettings(manager);
+    });
+}
+
+void tst_ImageDatas::settingsSurvive()
+{
+    QFETCH(Load, load);
+    m_shared = ImageDatas();
+    ImageDatas::settings = &m_shared;
+    ImageDatas datas;
+    load(datas);
+    QCOMPARE(Written(datas), UnusualPairs());
+    QCOMPARE(datas.thumbnailSize, QSize(128, 128));
+    QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
+    QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself is changed
+}
+
+void tst_ImageDatas::missingKeysComeFromTheSharedRecord()
+{
+    m_shared = Unusual();
+    ImageDatas::settings = &m_shared;
+    ImageDatas datas;
+    datas.rawGamma = 9.0F; // what the record held doesn't count
+    KernelSettingsReader empty;
+    datas.LoadSettings(empty);
+    QCOMPARE(Written(datas), UnusualPairs());
+    QCOMPARE(datas.thumbnailSize, m_shared.thumbnailSize);
+    QCOMPARE(datas.thumbnailExtensions, m_shared.thumbnailExtensions);
+
+    ImageDatas fromMissingFile;
+    fromMissingFile.LoadSettings(m_dir.filePath(QStringLiteral("absent.xml")));
+    QCOMPARE(Written(fromMissingFile), UnusualPairs());
+}
+
+void tst_ImageDatas::withoutASharedRecord()
+{
+    ImageDatas datas = Unusual();
+    QHash<QString, QVariant> hash{{QStringLiteral("image/exifMode"), 1}};
+    datas.LoadSettings(hash);
+    Pairs expected = UnusualPairs();
+    expected[0].second = 1;
+    QCOMPARE(Written(datas), expected);
+}
+
+void tst_ImageDatas::sharedRecordLoadsItself()
+{
+    m_shared = ImageDatas();
+    ImageDatas::settings = &m_shared;
+    QHash<QString, QVariant> hash = HashOf(UnusualPairs());
+    m_shared.LoadSettings(hash);
+    QCOMPARE(Written(m_shared), UnusualPairs());
+    QCOMPARE(m_shared.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
+    GFL_LOAD_PARAMS params;
+    ImageDatas::GetDefaultLoadParams(&params);
+    QCOMPARE(int(params.RawUseAutomaticBalance), 1);
+    QCOMPARE(int(params.RawUseCameraBalance), 0);
+    QCOMPARE(int(params.RawHighlight), 212); // the low byte of -300
+    QCOMPARE(int(params.RawAutoBright), 1);
+    QCOMPARE(params.RawGamma, 1.8F);
+    QCOMPARE(params.RawBrightness, 16777216.0F);
+    QCOMPARE(params.RawRedScaling, 0.7F);
+    QCOMPARE(params.RawBlueScaling, 1e-10F);
+}
+
+QTEST_GUILESS_MAIN(tst_ImageDatas)
+#include "ImageDatas_test.moc"

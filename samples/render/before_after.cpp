@@ -18,9 +18,9 @@ namespace {
 
 constexpr int kHalfWidth = 512; // of one picture in the sheet
 constexpr int kGap = 8;
-constexpr int kLoupe = 144; // side of the enlarged spot in the sheet
-constexpr int kZoom = 3;
-constexpr Samples::Point kSpot = {2352, 1500}; // its middle in the corrected picture: dark stone against light tiles
+constexpr int kLoupe = 128; // side of the enlarged spot in the sheet
+constexpr int kZoom = 2;
+constexpr Samples::Point kSpot = {2358, 1525}; // its middle in the corrected picture: dark stone between light borders
 
 QImage ReadTiff(const char *path)
 {
@@ -64,7 +64,7 @@ QImage WithPalette(const QImage &sheet)
                  static_cast<unsigned long>(bytes.size()));
     jpeg_read_header(&info, TRUE);
     info.quantize_colors = TRUE;
-    info.dither_mode = JDITHER_NONE; // dither would double the size of the PNG
+    info.dither_mode = JDITHER_FS;
     jpeg_start_decompress(&info);
     QImage result(sheet.size(), QImage::Format_Indexed8);
     QVector<QRgb> colors;

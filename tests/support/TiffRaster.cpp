@@ -88,7 +88,7 @@ void WriteTiff(const QString &path, const TiffRaster &raster)
     TIFFSetField(file.get(), TIFFTAG_SAMPLESPERPIXEL, raster.channels);
     TIFFSetField(file.get(), TIFFTAG_BITSPERSAMPLE, raster.bits);
     TIFFSetField(file.get(), TIFFTAG_SAMPLEFORMAT, raster.bits == 32 ? SAMPLEFORMAT_IEEEFP : SAMPLEFORMAT_UINT);
-    TIFFSetField(file.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(file.get(), TIFFTAG_PHOTOMETRIC, raster.channels < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
     TIFFSetField(file.get(), TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
     TIFFSetField(file.get(), TIFFTAG_ROWSPERSTRIP, 16);
     if (raster.channels == 4) {

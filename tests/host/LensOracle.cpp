@@ -1,0 +1,104 @@
+#include "LensOracle.h"
+
+#include <algorithm>
+#include <cmath>
+
+using Samples::LensModel;
+using Samples::Point;
+
+namespace {
+
+/// Red, green, blue in turn: the first one outside ends the pixel.
+void EndAtOutside(OraclePixel *pixel)
+{
+    Content rest = Content::Sampled;
+    for (OracleChannel &channel : pixel->channels) {
+        if (rest != Content::Sampled)
+            channel.content = rest;
+        else if (channel.content == Content::Outside)
+            rest = Content::Kept;
+        else if (channel.content == Content::Unsure)
+            rest = Content::Unsure;
+    }
+}
+
+} // namespace
+
+bool OraclePixel::Holds(Content content) const
+{
+    return std::any_of(channels.begin(), channels.end(), [=](const OracleChannel &c) { return c.content == content; });
+}
+
+Content LensOracle::RegionOf(Point p) const
+{
+    Content region = Content::Sampled;
+    for (const auto &[value, size] : {std::pair(p.x, m_profile.width), std::pair(p.y, m_profile.height)}) {
+        for (double border : {-1.0, size - 1.0, double(size)})
+            if (std::abs(value - border) < kTolerancePx)
+                return Content::Unsure;
+        if (value < -1 || value > size) // between -1 and 0 counts as column or row 0
+            region = Content::Outside;
+        else if (value > size - 1 && region == Content::Sampled)
+            region = Content::Border;
+    }
+    return region;
+}
+
+Point LensOracle::Main(const LensModel &model, Point at) const
+{
+    const Point center = {model.centerX * (m_profile.width - 1), model.centerY * (m_profile.height - 1)};
+    if (m_profile.fisheye && at.x == center.x && at.y == center.y)
+        return {-9, -9}; // 0 / 0 in the model, which counts as outside
+    return ToSource(m_profile, model, MainProjection(m_profile), at);
+}
+
+Point LensOracle::Shifted(const std::optional<LensModel> &model, Point at) const
+{
+    return ToSource(m_profile, model.value(), Samples::Projection::Perspective, at);
+}
+
+OraclePixel LensOracle::WarpedOnce(Point at) const
+{
+    const Point from = Main(m_profile.distortion, at);
+    const OracleChannel channel = {RegionOf(from), from};
+    return {{channel, channel, channel}, from};
+}
+
+/// Green is copied from its own place and never sampled, so borders don't matter to it.
+OraclePixel LensOracle::RedAndBlueMoved(Point at) const
+{
+    const Point red = Shifted(m_profile.redGreen, at);
+    const Point blue = Shifted(m_profile.blueGreen, at);
+    OraclePixel pixel = {{{{RegionOf(red), red}, {Content::Sampled, at}, {RegionOf(blue), blue}}}, red};
+    EndAtOutside(&pixel);
+    return pixel;
+}
+
+OraclePixel LensOracle::WarpedByChannel(Point at) const
+{
+    const Point green = Main(m_profile.green.value(), at);
+    const Point red = Shifted(m_profile.redGreen, green);
+    const Point blue = Shifted(m_profile.blueGreen, green);
+    OraclePixel pixel = {{{{RegionOf(red), red}, {RegionOf(green), green}, {RegionOf(blue), blue}}}, green};
+    EndAtOutside(&pixel);
+    return pixel;
+}
+
+OraclePixel LensOracle::At(Point at) const
+{
+    switch (m_corrections & (Distortion | Chromatic)) {
+    case Distortion:
+        return WarpedOnce(at);
+    case Chromatic:
+        return RedAndBlueMoved(at);
+    case Distortion | Chromatic:
+        return WarpedByChannel(at);
+    }
+    const OracleChannel channel = {Content::Sampled, at};
+    return {{channel, channel, channel}, at};
+}
+
+Samples::Hold HoldOf(int width, int height)
+{
+    return width > height ? Samples::Hold::Landscape : Samples::Hold::Portrait;
+}

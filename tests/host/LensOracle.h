@@ -1,0 +1,58 @@
+// Where each channel of each pixel of a corrected picture comes from, by the lens mathematics in double precision.
+#pragma once
+
+#include <array>
+
+#include "lens_reference.h"
+
+enum Correction { Distortion = 1, Chromatic = 2, Vignetting = 4 };
+
+/// What float arithmetic may lose in pictures of a few hundred pixels: some roundings of 600 * 6e-8. Positions nearer
+/// than this to a border may be decided either way.
+constexpr double kTolerancePx = 0.001;
+
+/// What a channel of a corrected pixel holds.
+enum class Content {
+    Sampled, ///< the photograph at a position
+    Border,  ///< black: the position has no neighbour to the right or below
+    Outside, ///< black: the position is outside
+    Kept,    ///< what was there before: an earlier channel was outside
+    Unsure,  ///< too near to a border to tell
+};
+
+struct OracleChannel {
+    Content content = Content::Kept;
+    Samples::Point from = {}; ///< in the profile's frame
+};
+
+struct OraclePixel {
+    std::array<OracleChannel, 3> channels = {};
+    Samples::Point gainAt = {}; ///< where the vignette gain is taken
+
+    bool Holds(Content content) const;
+};
+
+/// Pictures have the size of the profile, in its landscape frame.
+class LensOracle {
+public:
+    /// @param corrections  any of Correction; @p profile must outlive the oracle
+    LensOracle(const Samples::LensProfile &profile, int corrections)
+        : m_profile(profile), m_corrections(corrections) { }
+
+    /// @param at  a pixel of the corrected picture, in the profile's frame
+    OraclePixel At(Samples::Point at) const;
+
+private:
+    Content RegionOf(Samples::Point p) const;
+    Samples::Point Main(const Samples::LensModel &model, Samples::Point at) const;
+    Samples::Point Shifted(const std::optional<Samples::LensModel> &model, Samples::Point at) const;
+    OraclePixel WarpedOnce(Samples::Point at) const;
+    OraclePixel RedAndBlueMoved(Samples::Point at) const;
+    OraclePixel WarpedByChannel(Samples::Point at) const;
+
+    const Samples::LensProfile &m_profile;
+    int m_corrections;
+};
+
+/// How the correction holds a picture of this upright size: a square counts as portrait.
+Samples::Hold HoldOf(int width, int height);

@@ -1,0 +1,297 @@
+// What the program's files hold: depth, channels, compression, alpha, and the metadata of the photograph.
+#include "CorrectFile.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <exiv2/exiv2.hpp>
+
+#include "TiffRaster.h"
+
+using Samples::LensProfile;
+
+namespace {
+
+constexpr int kDeflate = 8; // the compression number of TIFF
+
+/// Barrel-free: corners reach outside, so that every kind of pixel comes up.
+LensProfile OutwardProfile(int width, int height)
+{
+    LensProfile profile;
+    profile.width = width;
+    profile.height = height;
+    profile.distortion = {0.9, 0.51, 0.48, {0.08, 0.05}};
+    profile.green = profile.distortion;
+    profile.redGreen = Samples::LensModel{0.9, 0.51, 0.48, {0.06}};
+    profile.blueGreen = Samples::LensModel{0.9, 0.51, 0.48, {-0.06}};
+    profile.vignette = Samples::LensModel{0.9, 0.5, 0.5, {-0.3, 0.05, 0}};
+    return profile;
+}
+
+/// Grey with a black square in the middle; the channels beyond three hold @p alpha.
+TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
+{
+    TiffRaster raster = BlankRaster(width, height, channels, bits);
+    const float full = bits == 8 ? 255.0f : bits == 16 ? 65535.0f : 1.0f;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < channels; ++c) {
+                const bool black = std::abs(x - width / 2) < width / 6 && std::abs(y - height / 2) < height / 6;
+                raster.At(x, y, c) = c == 3 ? alpha * full : black ? 0.0f : 0.4f * full;
+            }
+    if (bits < 32)
+        for (float &value : raster.values)
+            value = std::round(value);
+    return raster;
+}
+
+bool IsBlackAround(const TiffRaster &source, Samples::Point p, int channel)
+{
+    const int x = static_cast<int>(p.x);
+    const int y = static_cast<int>(p.y);
+    for (int dy : {0, 1})
+        for (int dx : {0, 1})
+            if (source.At(std::min(x + dx, source.width - 1), std::min(y + dy, source.height - 1), channel) != 0)
+                return false;
+    return true;
+}
+
+enum class Alpha { Opaque, Clear, Kept, Unsure };
+
+/// The fourth channel of a pixel by what its colours hold, each switch combination by its own rule.
+Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, const TiffRaster &source, Samples::Hold hold)
+{
+    if (pixel.Holds(Content::Unsure))
+        return Alpha::Unsure;
+    if (!(corrections & Chromatic))
+        return pixel.Holds(Content::Outside) ? Alpha::Clear : Alpha::Opaque;
+    if (pixel.Holds(Content::Outside))
+        return Alpha::Kept; // the pixel ended before its alpha
+    bool black = true;
+    for (int c = 0; c < 3; ++c) {
+        const OracleChannel &channel = pixel.channels[size_t(c)];
+        const Samples::Point from = Upright(channel.from, source.width, hold);
+        if (channel.content == Content::Sampled && !IsBlackAround(source, from, c))
+            black = false;
+    }
+    return black ? Alpha::Clear : Alpha::Opaque;
+}
+
+/// Tags of the file's own form, and blocks that are compared by themselves.
+bool IsFormOfFile(const std::string &key)
+{
+    static const char *const names[] = {
+        "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
+        "StripOffsets", "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
+        "SampleFormat", "InterColorProfile", "IPTCNAA",       "ExifTag",         "GPSTag"};
+    if (key == "Exif.Photo.MakerNote" || key == "Exif.MakerNote.Offset") // the note's own tags are compared
+        return true;
+    return std::any_of(std::begin(names), std::end(names),
+                       [&](const char *name) { return key == std::string("Exif.Image.") + name; });
+}
+
+QString FirstDifference(const Exiv2::ExifData &source, const Exiv2::ExifData &result)
+{
+    for (const Exiv2::Exifdatum &datum : source) {
+        if (IsFormOfFile(datum.key()))
+            continue;
+        const auto found = result.findKey(Exiv2::ExifKey(datum.key()));
+        const std::string got = found == result.end() ? "nothing" : found->toString();
+        if (got != datum.toString())
+            return QString::fromStdString(datum.key() + ": \"" + datum.toString() + "\" became \"" + got + "\"");
+    }
+    return {};
+}
+
+QStringList Texts(const Exiv2::IptcData &data)
+{
+    QStringList texts;
+    for (const Exiv2::Iptcdatum &datum : data)
+        texts << QString::fromStdString(datum.key() + " = " + datum.toString());
+    return texts;
+}
+
+Exiv2::Image::AutoPtr OpenMetadata(const QString &path)
+{
+    auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
+    image->readMetadata();
+    return image;
+}
+
+Exiv2::DataBuf SampleColorProfile()
+{
+    const auto image = OpenMetadata(QStringLiteral(VITRELUX_SAMPLES "/facade.jpg"));
+    return Exiv2::DataBuf(image->iccProfile()->pData_, image->iccProfile()->size_);
+}
+
+void AddMetadata(const QString &path)
+{
+    const auto image = OpenMetadata(path);
+    Exiv2::ExifData &exif = image->exifData();
+    exif["Exif.Image.Make"] = "Canon"; // the maker note is only understood under this name
+    exif["Exif.Image.Model"] = "Canon EOS 60D";
+    exif["Exif.Image.Orientation"] = uint16_t(1);
+    exif["Exif.Image.Copyright"] = "nobody";
+    exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
+    exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // not to come back as another fraction
+    exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
+    exif["Exif.Photo.FocalLength"] = Exiv2::URational(22, 1);
+    exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
+    exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";
+    exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
+    exif["Exif.GPSInfo.GPSLatitude"] = "33/1 51/1 3567/100";
+    exif["Exif.GPSInfo.GPSLongitudeRef"] = "E";
+    exif["Exif.GPSInfo.GPSLongitude"] = "151/1 12/1 4000/100";
+    exif["Exif.GPSInfo.GPSAltitude"] = Exiv2::URational(585, 10);
+    exif["Exif.Canon.OwnerName"] = "the owner";
+    exif["Exif.Canon.SerialNumber"] = uint32_t(123456789);
+    exif["Exif.CanonCs.LensType"] = uint16_t(235);
+    Exiv2::IptcData &iptc = image->iptcData();
+    iptc["Iptc.Application2.Caption"] = "a caption, grün";
+    iptc["Iptc.Application2.City"] = "Sydney";
+    iptc["Iptc.Application2.Keywords"] = "one";
+    Exiv2::Iptcdatum second(Exiv2::IptcKey("Iptc.Application2.Keywords"));
+    second = "two";
+    iptc.add(second);
+    Exiv2::DataBuf profile = SampleColorProfile();
+    image->setIccProfile(profile);
+    image->writeMetadata();
+}
+
+} // namespace
+
+class MetadataTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void depthIsKept_data();
+    void depthIsKept();
+    void alphaTellsWhatWasOutside_data();
+    void alphaTellsWhatWasOutside();
+    void metadataIsCarriedOver_data();
+    void metadataIsCarriedOver();
+
+private:
+    QString Path(const char *name) const { return m_folder.filePath(QString::fromLatin1(name)); }
+
+    QTemporaryDir m_folder;
+};
+
+void MetadataTest::depthIsKept_data()
+{
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("resultChannels");
+    for (int bits : {8, 16, 32})
+        for (int channels : {1, 3, 4})
+            QTest::addRow("%d bits, %d channels", bits, channels) << channels << bits << (bits == 32 ? 3 : 4);
+}
+
+void MetadataTest::depthIsKept()
+{
+    QFETCH(const int, channels);
+    QFETCH(const int, bits);
+    QFETCH(const int, resultChannels);
+    const TiffRaster source = SquareOnGrey(60, 41, channels, bits, 1);
+    WriteTiff(Path("depth.tiff"), source);
+    LensProfile profile = OutwardProfile(60, 41);
+    profile.vignette->coefficients = {0, 0, 0}; // a gain of 1
+    const TiffRaster result = ReadTiff(CorrectFile(Path("depth.tiff"), profile, Vignetting));
+    QCOMPARE(result.bits, bits);
+    QCOMPARE(result.channels, resultChannels);
+    QCOMPARE(result.compression, kDeflate);
+    QCOMPARE(QSize(result.width, result.height), QSize(source.width, source.height));
+    for (int y = 0; y < source.height; ++y)
+        for (int x = 0; x < source.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                QCOMPARE(result.At(x, y, c), source.At(x, y, std::min(c, channels - 1)));
+}
+
+void MetadataTest::alphaTellsWhatWasOutside_data()
+{
+    QTest::addColumn<int>("corrections");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("bits");
+    const QSize landscape(120, 80);
+    const QSize portrait(80, 120);
+    QTest::newRow("gain only") << int(Vignetting) << landscape << 4 << 8;
+    QTest::newRow("one warp") << int(Distortion) << landscape << 3 << 8;
+    QTest::newRow("one warp, 16 bits, own alpha") << int(Distortion) << landscape << 4 << 16;
+    QTest::newRow("one warp, portrait") << int(Distortion) << portrait << 4 << 8;
+    QTest::newRow("red and blue") << int(Chromatic) << landscape << 4 << 8;
+    QTest::newRow("red and blue, portrait") << int(Chromatic) << portrait << 4 << 8;
+    QTest::newRow("three warps") << int(Distortion | Chromatic) << landscape << 3 << 8;
+    QTest::newRow("three warps, 16 bits, own alpha") << int(Distortion | Chromatic) << landscape << 4 << 16;
+    QTest::newRow("three warps, portrait") << int(Distortion | Chromatic | Vignetting) << portrait << 4 << 16;
+}
+
+void MetadataTest::alphaTellsWhatWasOutside()
+{
+    QFETCH(const int, corrections);
+    QFETCH(const QSize, size);
+    QFETCH(const int, channels);
+    QFETCH(const int, bits);
+    const float full = bits == 8 ? 255.0f : 65535.0f;
+    const TiffRaster source = SquareOnGrey(size.width(), size.height(), channels, bits, 0.5f);
+    WriteTiff(Path("alpha.tiff"), source);
+    const LensProfile profile =
+        OutwardProfile(std::max(size.width(), size.height()), std::min(size.width(), size.height()));
+    const TiffRaster result = ReadTiff(CorrectFile(Path("alpha.tiff"), profile, corrections));
+    const Samples::Hold hold = HoldOf(size.width(), size.height());
+    const LensOracle oracle(profile, corrections);
+    int seen[4] = {};
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            const OraclePixel pixel = oracle.At(Turned({double(x), double(y)}, size.width(), hold));
+            const Alpha alpha = ExpectedAlpha(pixel, corrections, source, hold);
+            ++seen[int(alpha)];
+            const float before = hold == Samples::Hold::Portrait ? 0 : channels == 4 ? source.At(x, y, 3) : full;
+            const float expected = alpha == Alpha::Opaque ? full : alpha == Alpha::Clear ? 0 : before;
+            if (alpha != Alpha::Unsure && result.At(x, y, 3) != expected)
+                QFAIL(qPrintable(
+                    QStringLiteral("(%1, %2): %3 instead of %4").arg(x).arg(y).arg(result.At(x, y, 3)).arg(expected)));
+        }
+    QVERIFY(seen[int(Alpha::Opaque)] > 100);
+    if (corrections & (Distortion | Chromatic))
+        QVERIFY(seen[int(Alpha::Clear)] > 100); // outside, or the black square
+    if (corrections & Chromatic)
+        QVERIFY(seen[int(Alpha::Kept)] > 20);
+}
+
+void MetadataTest::metadataIsCarriedOver_data()
+{
+    QTest::addColumn<int>("bits"); // 0: JPEG
+    QTest::newRow("JPEG") << 0;
+    QTest::newRow("8-bit TIFF") << 8;
+    QTest::newRow("16-bit TIFF") << 16;
+    QTest::newRow("float TIFF") << 32;
+}
+
+void MetadataTest::metadataIsCarriedOver()
+{
+    QFETCH(const int, bits);
+    const QString path = Path(bits == 0 ? "source.jpg" : "source.tiff");
+    if (bits == 0)
+        QVERIFY(QImage(60, 40, QImage::Format_RGB888).save(path));
+    else
+        WriteTiff(path, SquareOnGrey(60, 40, 3, bits, 1));
+    AddMetadata(path);
+    const auto source = OpenMetadata(path);
+    QVERIFY(source->exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source->exifData().end());
+
+    const auto result = OpenMetadata(CorrectFile(path, OutwardProfile(60, 40), Distortion));
+    QCOMPARE(FirstDifference(source->exifData(), result->exifData()), QString());
+    QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
+    QVERIFY(source->iccProfile()->size_ > 0);
+    QCOMPARE(
+        QByteArray(reinterpret_cast<const char *>(result->iccProfile()->pData_), int(result->iccProfile()->size_)),
+        QByteArray(reinterpret_cast<const char *>(source->iccProfile()->pData_), int(source->iccProfile()->size_)));
+}
+
+QTEST_GUILESS_MAIN(MetadataTest)
+#include "metadata_test.moc"

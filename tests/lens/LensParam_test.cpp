@@ -83,8 +83,6 @@ private Q_SLOTS:
     void fisheyeCentreIsNotANumber();
     void falloff_data();
     void falloff();
-    void resetKeepsPlacesAndCoefficients();
-    void copiesAreIndependent();
 };
 
 void tst_LensParam::perspective_data()
@@ -137,7 +135,7 @@ void tst_LensParam::sumsOfTermsAreKeptInDouble()
 {
     // In float 1 + 2^-25 and 1 + 2^-24 are both 1; their exact sum is nearer to the next float after 1.
     const LensParam model = Model({std::ldexp(1.0F, -25), std::ldexp(1.0F, -24)});
-    QCOMPARE(model.ComputeRadialDistortion(1.0F), std::nextafter(1.0F, 2.0F));
+    QVERIFY(model.ComputeRadialDistortion(1.0F) == std::nextafter(1.0F, 2.0F)); // QCOMPARE would take 1 as well
 }
 
 void tst_LensParam::fisheye_data()
@@ -213,30 +211,6 @@ void tst_LensParam::falloff()
     QFETCH(double, gain);
     const double got = double(Model(coefficients).ComputeFalloff(x));
     QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QString::number(got, 'f', 7)));
-}
-
-void tst_LensParam::resetKeepsPlacesAndCoefficients()
-{
-    LensParam model = Model({0.1F});
-    model.scaleFactor = 2.0F;
-    model.focalLengthX = 0.9;
-    model.Reset();
-    QCOMPARE(model.scaleFactor, 1.0F);
-    QCOMPARE(model.focalPixels, 0.0F);
-    QVERIFY(!model.found);
-    QCOMPARE(model.focalLengthX, 0.9);
-    QCOMPARE(model.centerX, 3050.25);
-    QCOMPARE(model.coefficients, Coefficients{0.1F});
-}
-
-void tst_LensParam::copiesAreIndependent()
-{
-    LensParam model = Model({0.1F, 0.2F});
-    LensParam copy(model);
-    copy.coefficients[0] = 5.0F;
-    QCOMPARE(model.coefficients, (Coefficients{0.1F, 0.2F}));
-    QVERIFY(copy.found);
-    QCOMPARE(copy.focalPixels, 5000.5F);
 }
 
 QTEST_APPLESS_MAIN(tst_LensParam)

@@ -317,7 +317,9 @@ void tst_newLCP::initAndReset()
     lcp.Reset();
     QVERIFY(!lcp.distortionModel.found && !lcp.vignetteModel.found);
     QCOMPARE(lcp.redGreenModel.scaleFactor, 1.0F);
+    QCOMPARE(lcp.redGreenModel.focalPixels, 0.0F);
     QCOMPARE(lcp.vignetteModel.coefficients.size(), 3); // what a model was read from stays
+    QCOMPARE(lcp.vignetteModel.focalLengthX, double(0.87F));
 }
 
 QTEST_APPLESS_MAIN(tst_newLCP)

@@ -4,8 +4,10 @@ namespace {
 
 template <typename T, typename Get> T Chained(const KSRFromKSRs &chain, const QString &key, T value, Get get)
 {
-    for (std::size_t i = 0; i < chain.m_readers.size(); ++i) // a reader may lengthen the list
-        value = (chain.m_readers[i]->*get)(key, value);
+    for (std::size_t i = 0; i < chain.m_readers.size(); ++i) { // a reader may lengthen the list
+        if (KernelSettingsReader *reader = chain.m_readers[i])
+            value = (reader->*get)(key, value);
+    }
     return value;
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// What one reader gives is the default of the next. So the last reader that holds a key wins, and the caller's default
-/// stands if none does. No reader may be null while reads go on.
+/// stands if none does. Null pointers are passed over.
 class KSRFromKSRs : public KernelSettingsReader {
 public:
     KSRFromKSRs() = default;

@@ -220,7 +220,7 @@ void tst_SettingsReaders::chain()
     QHash<QString, QVariant> b{{both, 0}, {QStringLiteral("broken"), Text("no number")}};
     KSRFromKSRs chain;
     QCOMPARE(chain.GetInt(both, 7), 7);
-    chain.m_readers = {new KSRFromQHash(&a), new KSRFromQHash(&b)};
+    chain.m_readers = {new KSRFromQHash(&a), nullptr, new KSRFromQHash(&b)};
     QCOMPARE(chain.GetInt(both, 7), 0);
     QCOMPARE(chain.GetInt(first, 7), 2);
     QCOMPARE(chain.GetInt(neither, 7), 7);

@@ -31,20 +31,22 @@ struct Rounding {
     }
 };
 
+using Weights = plain::GrayWeights<Ipp8u>;
+
 /// Four grey values, in 32 bits each, of the first 12 of 16 readable bytes.
 __attribute__((target("ssse3"))) inline __m128i FourGrays(const Ipp8u *src)
 {
     const __m128i redGreen = _mm_setr_epi8(0, -1, 1, -1, 3, -1, 4, -1, 6, -1, 7, -1, 9, -1, 10, -1);
     const __m128i blue = _mm_setr_epi8(2, -1, -1, -1, 5, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1);
-    const __m128i redGreenWeights = _mm_set1_epi32(plain::kRedWeight | plain::kGreenWeight << 16);
+    const __m128i redGreenWeights = _mm_set1_epi32(Weights::kRed | Weights::kGreen << 16);
     // Beside each blue stands a 1, whose weight is the half that rounds.
     const __m128i ones = _mm_set1_epi32(1 << 16);
-    const __m128i blueWeights = _mm_set1_epi32(plain::kBlueWeight | 1 << (plain::kGrayShift - 1 + 16));
+    const __m128i blueWeights = _mm_set1_epi32(Weights::kBlue | 1 << (Weights::kShift - 1 + 16));
 
     const __m128i bytes = Load16(src);
     const __m128i sum = _mm_add_epi32(_mm_madd_epi16(_mm_shuffle_epi8(bytes, redGreen), redGreenWeights),
                                       _mm_madd_epi16(_mm_or_si128(_mm_shuffle_epi8(bytes, blue), ones), blueWeights));
-    return _mm_srli_epi32(sum, plain::kGrayShift);
+    return _mm_srli_epi32(sum, Weights::kShift);
 }
 
 /// The pixels of a row in groups of 16, as long as the last group's reads end within the row; returns how many.

@@ -16,19 +16,28 @@ template <typename D> void FloatToInteger(const Ipp32f *src, D *dst, std::int64_
         dst[i] = Saturate<D>((src[i] - low) * factor);
 }
 
-/// 0.299 R + 0.587 G + 0.114 B (ITU-R BT.601) in 32,768ths, rounded; the weights add up to 32,768.
-constexpr int kRedWeight = 9798, kGreenWeight = 19235, kBlueWeight = 3735, kGrayShift = 15;
+/// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in parts of 2^shift, which they add up to.
+template <typename T> struct GrayWeights;
+template <> struct GrayWeights<Ipp8u> { // fits signed 16 bits
+    static constexpr int kShift = 15, kRed = 9798, kGreen = 19235, kBlue = 3735;
+};
+template <> struct GrayWeights<Ipp16u> { // the rounded sum still fits unsigned 32 bits
+    static constexpr int kShift = 16, kRed = 19595, kGreen = 38470, kBlue = 7471;
+};
 
+/// The weighted sum of the first three of @p C channels, rounded.
 template <typename T, int C> void RgbToGray(const T *src, T *dst, std::int64_t pixels)
 {
     for (std::int64_t x = 0; x < pixels; ++x) {
         const T r = src[x * C], g = src[x * C + 1], b = src[x * C + 2];
-        if constexpr (std::is_floating_point_v<T>)
+        if constexpr (std::is_floating_point_v<T>) {
             dst[x] = 0.299f * r + 0.587f * g + 0.114f * b;
-        else // at most 65,535 * 32,768 + 16,384, which fits 32 bits
-            dst[x] = static_cast<T>((unsigned(kRedWeight) * r + unsigned(kGreenWeight) * g + unsigned(kBlueWeight) * b
-                                     + (1u << (kGrayShift - 1)))
-                                    >> kGrayShift);
+        } else {
+            using W = GrayWeights<T>;
+            constexpr unsigned kHalf = 1u << (W::kShift - 1);
+            dst[x] = static_cast<T>((unsigned(W::kRed) * r + unsigned(W::kGreen) * g + unsigned(W::kBlue) * b + kHalf)
+                                    >> W::kShift);
+        }
     }
 }
 

@@ -1,0 +1,104 @@
+// Images for tests: of any form, stride and alignment, with samples as numbers.
+#pragma once
+
+#include "KImage.h"
+
+#include <QString>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+/// The message of the KException that @p call throws, or "none".
+template <typename Call> QString Thrown(Call call)
+{
+    try {
+        call();
+    } catch (const KException &e) {
+        return e.what();
+    }
+    return QStringLiteral("none");
+}
+
+struct TestForm {
+    const char *name;
+    unsigned short type;
+    int bits;
+    int channels;
+
+    double Full() const { return bits == 8 ? 255 : bits == 16 ? 65535 : 1; }
+    bool IsFloat() const { return bits == 32; }
+};
+
+constexpr TestForm kForms[] = {
+    {"8u Grey", GFL_GREY, 8, 1},   {"8u RGB", GFL_RGB, 8, 3},   {"8u RGBA", GFL_RGBA, 8, 4},
+    {"16u Grey", GFL_GREY, 16, 1}, {"16u RGB", GFL_RGB, 16, 3}, {"16u RGBA", GFL_RGBA, 16, 4},
+    {"32f Grey", GFL_GREY, 32, 1}, {"32f RGB", GFL_RGB, 32, 3}, {"32f RGBA", GFL_RGBA, 32, 4},
+};
+constexpr int kFormCount = 9;
+enum FormIndex { k8uGrey, k8uRgb, k8uRgba, k16uGrey, k16uRgb, k16uRgba, k32fGrey, k32fRgb, k32fRgba };
+
+/// An image that wraps a block of this object's, rows @p paddingBytes further apart than needed.
+class TestImage {
+public:
+    TestImage(const TestForm &form, int width, int height, int paddingBytes = 0)
+        : m_form(form),
+          m_strideBytes(width * form.channels * form.bits / 8 + paddingBytes),
+          m_bytes(static_cast<size_t>(m_strideBytes) * static_cast<size_t>(height)),
+          image(width, height, form.type, form.bits, /*clear=*/false, m_bytes.data(), m_strideBytes)
+    {
+    }
+    TestImage(const TestImage &) = delete;
+    TestImage &operator=(const TestImage &) = delete;
+
+    double Sample(int x, int y, int channel) const
+    {
+        const unsigned char *at = image.getData(x, y) + channel * m_form.bits / 8;
+        if (m_form.bits == 8)
+            return *at;
+        return m_form.bits == 16 ? Load<quint16>(at) : static_cast<double>(Load<float>(at));
+    }
+
+    void SetSample(int x, int y, int channel, double value)
+    {
+        unsigned char *at = image.getData(x, y) + channel * m_form.bits / 8;
+        if (m_form.bits == 8)
+            Store(at, static_cast<quint8>(value));
+        else if (m_form.bits == 16)
+            Store(at, static_cast<quint16>(value));
+        else
+            Store(at, static_cast<float>(value));
+    }
+
+    /// Whole range of integers, floats from @p low to @p high; the gaps between rows get noise too.
+    void FillWithNoise(unsigned seed, double low = -0.25, double high = 1.5)
+    {
+        std::mt19937 random(seed);
+        for (unsigned char &byte : m_bytes)
+            byte = static_cast<unsigned char>(random());
+        std::uniform_real_distribution<double> value(low, high);
+        for (int i = 0; m_form.IsFloat() && i < image.width() * image.height() * m_form.channels; ++i) {
+            const int pixel = i / m_form.channels;
+            SetSample(pixel % image.width(), pixel / image.width(), i % m_form.channels, value(random));
+        }
+    }
+
+    const std::vector<unsigned char> &Bytes() const { return m_bytes; }
+    const TestForm &Form() const { return m_form; }
+
+private:
+    template <typename T> static T Load(const unsigned char *at)
+    {
+        T value;
+        std::memcpy(&value, at, sizeof(T));
+        return value;
+    }
+    template <typename T> static void Store(unsigned char *at, T value) { std::memcpy(at, &value, sizeof(T)); }
+
+    TestForm m_form;
+    int m_strideBytes;
+    std::vector<unsigned char> m_bytes;
+
+public:
+    KImage image;
+};

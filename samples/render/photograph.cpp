@@ -61,6 +61,12 @@ double Grain(int x, int y, int channel)
     return 2 * sum - 3;
 }
 
+/// Of a sub-sample from the middle of its pixel.
+double Offset(int index)
+{
+    return (index + 0.5) / kSubsamples - 0.5;
+}
+
 struct Camera {
     const Scene &scene;
     const LensProfile &profile;
@@ -85,11 +91,9 @@ struct Camera {
     unsigned char Pixel(const ChannelPath &path, int channel, int x, int y) const
     {
         double sum = 0;
-        for (int i = 0; i < kSubsamples * kSubsamples; ++i) {
-            const double dx = (i % kSubsamples + 0.5) / kSubsamples - 0.5;
-            const double dy = (i / kSubsamples + 0.5) / kSubsamples - 0.5;
-            sum += Sample(path, channel, {x + dx, y + dy});
-        }
+        for (int row = 0; row < kSubsamples; ++row)
+            for (int column = 0; column < kSubsamples; ++column)
+                sum += Sample(path, channel, {x + Offset(column), y + Offset(row)});
         const double value = sum / (kSubsamples * kSubsamples) + kNoise * (Grain(x, y, 3) + 0.4 * Grain(x, y, channel));
         return static_cast<unsigned char>(std::lround(255 * Clamp01(value)));
     }

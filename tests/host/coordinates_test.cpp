@@ -106,7 +106,7 @@ TiffRaster CoordinatesTest::Correct(const TiffRaster &source, const LensProfile 
 {
     const QString path = m_folder.filePath(QStringLiteral("source.tiff"));
     WriteTiff(path, source);
-    const TiffRaster corrected = ReadTiff(CorrectFile(path, profile, corrections));
+    TiffRaster corrected = ReadTiff(CorrectFile(path, profile, corrections));
     if (QSize(corrected.width, corrected.height) != QSize(source.width, source.height) || corrected.channels != 3
         || corrected.bits != 32)
         throw std::runtime_error("the result has another form");

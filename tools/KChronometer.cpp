@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QThread>
 
+#include <algorithm>
 #include <iterator>
 
 namespace {
@@ -176,7 +177,11 @@ int KChronometer::GetNbContext(QString name, bool onlyUsed)
 QStringList KChronometer::FindRelatedCounter(QString name)
 {
     Map<QStringList>::const_accessor related;
-    return m_related.find(related, name) ? related->second : QStringList();
+    QStringList keys;
+    if (m_related.find(related, name))
+        std::copy(related->second.begin(), related->second.end(),
+                  std::back_inserter(keys)); // another thread may append
+    return keys;
 }
 
 QString KChronometer::FormattedTime(qint64 ticks)

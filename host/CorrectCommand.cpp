@@ -189,7 +189,7 @@ QString CorrectRun::RunProcess(WorkFolder *folder, const PlannedPicture &planned
         const ParameterRecord record(m_process, corrections, m_profile.path);
         m_process->Process(folder->Admit(planned.picture), record.Get(), result);
     } catch (const KException &e) {
-        Fail(folder->WithKnownNames(WithReason(e.what())));
+        Fail(WithoutFileName(folder->WithKnownNames(WithReason(e.what())), planned.picture));
     }
     return result;
 }

@@ -25,6 +25,16 @@ QString FileProblem(const QString &path)
 
 } // namespace
 
+QString WithoutFileName(const QString &text, const QString &path)
+{
+    for (const char *separator : {": ", " "}) {
+        const QString start = path + QLatin1String(separator);
+        if (text.startsWith(start))
+            return text.mid(start.size());
+    }
+    return text;
+}
+
 HostImageDef::HostImageDef(const QString &path) : m_path(path)
 {
     m_problem = FileProblem(path);
@@ -39,8 +49,11 @@ void HostImageDef::Describe()
     GFL_FILE_INFORMATION info = {};
     constexpr std::int32_t kAnyFormat = -1;
     constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
-    if (gflGetFileInformationExUTF8(m_path.toUtf8().constData(), kAnyFormat, &info, kFlags) != GFL_NO_ERROR) {
-        m_problem = QString::fromUtf8(gflLastErrorText());
+    const int error = gflGetFileInformationExUTF8(m_path.toUtf8().constData(), kAnyFormat, &info, kFlags);
+    if (error != GFL_NO_ERROR) {
+        m_problem = WithoutFileName(QString::fromUtf8(gflLastErrorText()), m_path);
+        if (error == GFL_ERROR_UNKNOWN_FORMAT)
+            m_problem += QStringLiteral(", expected a TIFF or JPEG file");
         return;
     }
     m_width = info.Width;

@@ -4,6 +4,9 @@
 #include "KIImageDef.h"
 #include "KImage.h"
 
+/// @p text without the name of the file @p path at its start, which messages put there themselves.
+QString WithoutFileName(const QString &text, const QString &path);
+
 /// Describes the file when it is made, from its head alone; pixels are read by the first lock and freed by the last
 /// unlock. A host without windows needs no more: there is no thumbnail and there are no reduced versions, and what only
 /// camera metadata tells is unknown. GUI thread.

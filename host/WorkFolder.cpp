@@ -3,12 +3,13 @@
 #include "InterruptGuard.h"
 #include "KException.h"
 
-#include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace {
@@ -46,8 +47,13 @@ int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
 WorkFolder::WorkFolder(const QString &outputFolder, InterruptGuard *guard)
     : m_outputFolder(outputFolder), m_guard(guard)
 {
-    if (!QDir().mkpath(outputFolder))
-        throw KException(QStringLiteral("cannot make the folder \"%1\"").arg(outputFolder), KPlace());
+    std::error_code error;
+    std::filesystem::create_directories(QFile::encodeName(outputFolder).constData(), error);
+    if (error) {
+        throw KException(QStringLiteral("cannot make the folder \"%1\": %2")
+                             .arg(outputFolder, QString::fromLocal8Bit(error.message().c_str())),
+                         KPlace());
+    }
     m_guard->Protect([this] {
         m_folder = std::make_unique<QTemporaryDir>(m_outputFolder + QLatin1String("/.vitrelux-XXXXXX"));
         return m_folder->path();
@@ -87,7 +93,9 @@ void WorkFolder::Publish(const QString &result, const QString &target, ExistingO
 
 QString WorkFolder::WithKnownNames(QString text) const
 {
-    const QString quote = QStringLiteral("\"");
-    return text.replace(quote + m_admitted + quote, quote + m_picture + quote)
-        .replace(m_folder->path(), m_outputFolder);
+    // Not where the output's longer name begins with the picture's.
+    const QRegularExpression admitted(QRegularExpression::escape(m_admitted) + QStringLiteral("(?![\\w.])"));
+    for (auto match = admitted.match(text); match.hasMatch(); match = admitted.match(text))
+        text.replace(match.capturedStart(), match.capturedLength(), m_picture);
+    return text.replace(m_folder->path(), m_outputFolder);
 }

@@ -14,7 +14,7 @@ constexpr std::size_t kHeadBytes = std::size_t(1) << 20;          // kept as it 
 constexpr std::uint64_t kMaxValueBytes = std::uint64_t(16) << 20; // profiles, and previews in notes, stay below
 constexpr std::size_t kMaxViewBytes = std::size_t(64) << 20;
 constexpr std::size_t kDirectoryBytes = 65536; // room for 3,276 fields
-constexpr int kMaxDepth = 3;                   // interoperability below EXIF below the first
+constexpr int kMaxDirectories = 8;             // there are four: first, EXIF, GPS, interoperability
 constexpr std::uint16_t kTypeLong = 4;
 
 using Bytes = std::vector<std::uint8_t>;
@@ -57,21 +57,24 @@ bool NarrowValue(const Source &source, TiffField *field, Bytes *view)
     const std::uint64_t offset = LittleEndian(field->value.data(), 8);
     if (offset <= kHeadBytes && bytes <= kHeadBytes - offset)
         return true; // in the head, where it stays
+    if (view->size() + bytes > kMaxViewBytes)
+        return false;
     const Bytes value = ReadBytes(source, offset, bytes);
     SetOffset(Append(value, view), field);
-    return value.size() == bytes && view->size() <= kMaxViewBytes;
+    return value.size() == bytes;
 }
 
-// The offset of the directory in the view; 0 when it can't be read.
-std::uint32_t NarrowDirectory(const Source &source, std::uint64_t offset, int depth, Bytes *view)
+// The offset of the directory in the view; 0 when it can't be read. @p left: directories that may still be read,
+// because in a damaged file they can lead in circles.
+std::uint32_t NarrowDirectory(const Source &source, std::uint64_t offset, int *left, Bytes *view)
 {
     TiffFields fields, narrow;
-    if (depth > kMaxDepth || !ReadDirectory(ReadBytes(source, offset, kDirectoryBytes), 0, kBig, &fields))
+    if (--*left < 0 || !ReadDirectory(ReadBytes(source, offset, kDirectoryBytes), 0, kBig, &fields))
         return 0;
     for (TiffField &field : fields) {
         if (IsDirectoryPointer(field.tag)) {
             const std::uint64_t below = LittleEndian(field.value.data(), 8);
-            SetOffset(NarrowDirectory(source, below, depth + 1, view), &field);
+            SetOffset(NarrowDirectory(source, below, left, view), &field);
             field.type = kTypeLong;
             if (LittleEndian(field.value.data(), 4) != 0)
                 narrow.push_back(field);
@@ -96,7 +99,8 @@ std::vector<std::uint8_t> ClassicViewOfBigTiff(const Source &source)
     if (view.size() < kBig.HeaderBytes())
         return {};
     const std::uint64_t first = LittleEndian(view.data() + kBig.FirstDirectoryAt(), 8);
-    const std::uint32_t offset = NarrowDirectory(source, first, 1, &view);
+    int left = kMaxDirectories;
+    const std::uint32_t offset = NarrowDirectory(source, first, &left, &view);
     if (offset == 0)
         return {};
     view[2] = 42;

@@ -1,0 +1,43 @@
+// Bitmaps for the tests of the image-file layer: made, loaded, saved and compared through gfl.h.
+#pragma once
+
+#include "gfl.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+struct FreeBitmap {
+    void operator()(GFL_BITMAP *bitmap) const { gflFreeBitmap(bitmap); }
+};
+using BitmapPtr = std::unique_ptr<GFL_BITMAP, FreeBitmap>;
+
+int ChannelsOf(int type);
+
+/// Uninitialised pixels; rows are aligned to @p rowAlignment bytes.
+BitmapPtr NewBitmap(int width, int height, int type, int bits, unsigned rowAlignment = 4);
+
+/// Random samples of the full range (floats: 0 to 1), the same for the same seed.
+BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed = 1);
+
+/// A ramp in x and y with little noise, as JPEG likes it.
+BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
+
+/// Sample @p c of pixel (x, y) as a share of the full range.
+double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
+
+/// Empty when both have the same form and size and no sample differs by more than @p tolerance, a share of the full
+/// range; else where, what and how much.
+QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
+
+GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
+/// Flags are added to the defaults; a @p type other than 0 is forced.
+GFL_LOAD_PARAMS LoadParams(unsigned flags = 0, int type = 0);
+
+BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
+BitmapPtr LoadFromMemory(const QByteArray &file, int *error,
+                         const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
+
+/// The bytes of a saved file; empty when the save failed.
+QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);

@@ -1,0 +1,575 @@
+// TIFF against libtiff itself: files that libtiff writes are read right, and files that the layer writes hold what they
+// should.
+#include "Bitmaps.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+#include <tiffio.h>
+
+namespace {
+
+constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips hang over
+
+/// A file to be made. Samples are pseudo-random numbers of all values.
+struct Spec {
+    int bits = 8;
+    int samples = 3;
+    int photometric = PHOTOMETRIC_RGB;
+    int compression = COMPRESSION_NONE;
+    const char *mode = "wl"; // byte order, BigTIFF
+    int tile = 0;            // side, 0: strips
+    int rowsPerStrip = 5;
+    bool planar = false;
+    int format = SAMPLEFORMAT_UINT;
+    QVector<quint16> extra; // kinds of extra samples
+    int predictor = 1;
+    bool eightBitMap = false;
+};
+
+Spec Rgb(int bits, int samples = 3)
+{
+    Spec spec;
+    spec.bits = bits;
+    spec.samples = samples;
+    return spec;
+}
+
+Spec Grey(int bits, int photometric = PHOTOMETRIC_MINISBLACK)
+{
+    Spec spec = Rgb(bits, 1);
+    spec.photometric = photometric;
+    return spec;
+}
+
+template <class Change> Spec With(Spec spec, Change change)
+{
+    change(spec);
+    return spec;
+}
+
+/// Sample values as integers of spec.bits, or as multiples of 1/255 for floats. Opacity is sometimes 0, mostly large,
+/// and never smaller than premultiplied colours.
+quint32 Raw(const Spec &spec, int x, int y, int s)
+{
+    const quint32 noise =
+        (static_cast<quint32>(x) * 7919u + static_cast<quint32>(y) * 104729u + static_cast<quint32>(s) * 1299709u)
+        * 2654435761u;
+    const quint32 greatest = spec.format == SAMPLEFORMAT_IEEEFP ? 255u : ~0u >> (32 - spec.bits);
+    const quint32 value = (noise >> 3) % (greatest == ~0u ? ~0u : greatest + 1);
+    const bool premultiplied = spec.extra.contains(EXTRASAMPLE_ASSOCALPHA);
+    if (!premultiplied)
+        return value;
+    const quint32 opacity = (x + y) % 5 == 0 ? 0 : greatest - static_cast<quint32>(x % 3);
+    return s == spec.samples - 1 ? opacity : std::min(value, opacity);
+}
+
+double Share(const Spec &spec, int x, int y, int s)
+{
+    const double greatest = spec.format == SAMPLEFORMAT_IEEEFP ? 255.0 : std::exp2(spec.bits) - 1.0;
+    return Raw(spec, x, y, s) / greatest;
+}
+
+quint16 MapValue(const Spec &spec, quint32 index, int c)
+{
+    const quint32 value = (index * 197u + static_cast<quint32>(c) * 59u) & 255u;
+    return static_cast<quint16>(spec.eightBitMap ? value : value * 257u);
+}
+
+quint16 HalfOf(double share) // of 0 to 1, exact for what fits
+{
+    int exponent = 0;
+    const double mantissa = std::frexp(share, &exponent); // 0.5 to 1
+    if (share == 0.0 || exponent < -13)
+        return static_cast<quint16>(std::lround(share * 16777216.0));
+    return static_cast<quint16>(((exponent + 14) << 10) + std::lround((mantissa * 2.0 - 1.0) * 1024.0));
+}
+
+/// One row of a strip or tile: samples of pixels x0 to x0 + count, packed as TIFF packs them.
+QByteArray PackRow(const Spec &spec, int x0, int count, int y, int plane)
+{
+    QByteArray row;
+    quint32 bitBuffer = 0;
+    int bitCount = 0;
+    const auto append = [&row](const void *data, int bytes) { row.append(static_cast<const char *>(data), bytes); };
+    for (int x = x0; x < x0 + count; ++x) {
+        for (int s = plane < 0 ? 0 : plane; s < (plane < 0 ? spec.samples : plane + 1); ++s) {
+            const int clampedX = std::min(x, kWidth - 1), clampedY = std::min(y, kHeight - 1);
+            const quint32 raw = Raw(spec, clampedX, clampedY, s);
+            if (spec.format == SAMPLEFORMAT_IEEEFP) {
+                const double share = Share(spec, clampedX, clampedY, s);
+                const float single = static_cast<float>(share);
+                const quint16 half = HalfOf(share);
+                spec.bits == 64 ? append(&share, 8) : spec.bits == 32 ? append(&single, 4) : append(&half, 2);
+            } else if (spec.bits % 8 == 0) {
+                append(&raw, spec.bits / 8); // little-endian machine
+            } else {
+                bitBuffer = bitBuffer << spec.bits | raw;
+                for (bitCount += spec.bits; bitCount >= 8; bitCount -= 8)
+                    row.append(static_cast<char>(bitBuffer >> (bitCount - 8)));
+            }
+        }
+    }
+    if (bitCount > 0)
+        row.append(static_cast<char>(bitBuffer << (8 - bitCount)));
+    return row;
+}
+
+QByteArray PackBlock(const Spec &spec, int x0, int columns, int y0, int rows, int plane)
+{
+    QByteArray block;
+    for (int y = y0; y < y0 + rows; ++y)
+        block += PackRow(spec, x0, columns, y, plane);
+    return block;
+}
+
+void SetFields(TIFF *tiff, const Spec &spec)
+{
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, spec.bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, spec.samples);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, spec.format);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, spec.photometric);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, spec.compression);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, spec.planar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    if (!spec.extra.isEmpty())
+        TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, spec.extra.size(), spec.extra.constData());
+    if (spec.predictor != 1)
+        TIFFSetField(tiff, TIFFTAG_PREDICTOR, spec.predictor);
+    if (spec.tile > 0) {
+        TIFFSetField(tiff, TIFFTAG_TILEWIDTH, spec.tile);
+        TIFFSetField(tiff, TIFFTAG_TILELENGTH, spec.tile);
+    } else {
+        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, spec.rowsPerStrip);
+    }
+    if (spec.photometric == PHOTOMETRIC_PALETTE) {
+        QVector<quint16> map[3];
+        for (quint32 i = 0; i < 1u << spec.bits; ++i)
+            for (int c = 0; c < 3; ++c)
+                map[c].append(MapValue(spec, i, c));
+        TIFFSetField(tiff, TIFFTAG_COLORMAP, map[0].constData(), map[1].constData(), map[2].constData());
+    }
+}
+
+bool WriteFile(const QString &path, const Spec &spec)
+{
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), spec.mode);
+    if (!tiff)
+        return false;
+    SetFields(tiff, spec);
+    bool good = true;
+    for (int plane = spec.planar ? 0 : -1; plane < (spec.planar ? spec.samples : 0); ++plane) {
+        const auto sample = static_cast<quint16>(std::max(plane, 0));
+        if (spec.tile > 0) {
+            for (int y = 0; y < kHeight; y += spec.tile)
+                for (int x = 0; x < kWidth; x += spec.tile) {
+                    QByteArray block = PackBlock(spec, x, spec.tile, y, spec.tile, plane);
+                    good = good && TIFFWriteTile(tiff, block.data(), quint32(x), quint32(y), 0, sample) >= 0;
+                }
+        } else {
+            for (int y = 0; y < kHeight; y += spec.rowsPerStrip) {
+                QByteArray block = PackBlock(spec, 0, kWidth, y, std::min(spec.rowsPerStrip, kHeight - y), plane);
+                good = good
+                    && TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, quint32(y), sample), block.data(),
+                                             block.size())
+                        >= 0;
+            }
+        }
+    }
+    TIFFClose(tiff);
+    return good;
+}
+
+/// What the layer should deliver, by the definitions of the TIFF specification.
+double Expected(const Spec &spec, int x, int y, int c, int channels)
+{
+    const double opacity = channels == 4 ? Share(spec, x, y, spec.samples - 1) : 1.0;
+    if (c == 3)
+        return opacity;
+    double value = 0.0;
+    switch (spec.photometric) {
+    case PHOTOMETRIC_MINISWHITE:
+        value = 1.0 - Share(spec, x, y, 0);
+        break;
+    case PHOTOMETRIC_MINISBLACK:
+        value = Share(spec, x, y, 0);
+        break;
+    case PHOTOMETRIC_PALETTE:
+        return (MapValue(spec, Raw(spec, x, y, 0), c) & 255) / 255.0;
+    case PHOTOMETRIC_SEPARATED:
+        value = (1.0 - Share(spec, x, y, c)) * (1.0 - Share(spec, x, y, 3));
+        break;
+    default:
+        value = Share(spec, x, y, c);
+    }
+    const bool premultiplied = spec.extra.contains(EXTRASAMPLE_ASSOCALPHA);
+    return premultiplied && opacity > 0.0 ? value / opacity : value;
+}
+
+/// Reads all samples of a contiguous file by libtiff.
+QByteArray ReadByLibtiff(const QString &path)
+{
+    QByteArray pixels;
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
+    if (!tiff)
+        return pixels;
+    QByteArray row(static_cast<int>(TIFFScanlineSize(tiff)), '\0');
+    quint32 height = 0;
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    for (quint32 y = 0; y < height && TIFFReadScanline(tiff, row.data(), y) > 0; ++y)
+        pixels += row;
+    TIFFClose(tiff);
+    return pixels;
+}
+
+QByteArray PackedPixels(const GFL_BITMAP &bitmap)
+{
+    QByteArray pixels;
+    for (int y = 0; y < bitmap.Height; ++y)
+        pixels.append(reinterpret_cast<const char *>(bitmap.Data + std::size_t(y) * bitmap.BytesPerLine),
+                      bitmap.Width * bitmap.BytesPerPixel);
+    return pixels;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Spec)
+
+class tst_Tiff : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { gflEnableLZW(1); }
+    void readsWhatLibtiffWrites_data();
+    void readsWhatLibtiffWrites();
+    void writtenFilesAreRight_data();
+    void writtenFilesAreRight();
+    void writeThenRead_data();
+    void writeThenRead();
+    void threadsDontChangeTheFile_data();
+    void threadsDontChangeTheFile();
+    void jpegInside();
+    void foreignColours();
+    void firstWholePictureIsRead();
+    void information_data();
+    void information();
+};
+
+void tst_Tiff::readsWhatLibtiffWrites_data()
+{
+    QTest::addColumn<Spec>("spec");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("bits");
+    const auto row = [](const char *name, const Spec &spec, int type, int bits) {
+        QTest::newRow(name) << spec << type << bits;
+    };
+    const auto tiled = [](Spec &s) { s.tile = 16; };
+    const auto planar = [](Spec &s) { s.planar = true; };
+    const auto bigEndian = [](Spec &s) { s.mode = "wb"; };
+    const auto oneStrip = [](Spec &s) { s.rowsPerStrip = kHeight; };
+    const auto isFloat = [](Spec &s) { s.format = SAMPLEFORMAT_IEEEFP; };
+    const auto straight = [](Spec &s) { s.extra = {EXTRASAMPLE_UNASSALPHA}; };
+    const auto associated = [](Spec &s) { s.extra = {EXTRASAMPLE_ASSOCALPHA}; };
+    const auto packed = [](int compression, int predictor = 1) {
+        return [=](Spec &s) { s.compression = compression, s.predictor = predictor; };
+    };
+    row("RGB 8", Rgb(8), GFL_RGB, 8);
+    row("RGB 16, high byte first", With(Rgb(16), bigEndian), GFL_RGB, 16);
+    row("RGB 8 in one strip", With(Rgb(8), oneStrip), GFL_RGB, 8);
+    row("RGB 8 in tiles", With(Rgb(8), tiled), GFL_RGB, 8);
+    row("RGB 8 in planes", With(Rgb(8), planar), GFL_RGB, 8);
+    row("RGB 16 in planes of tiles", With(With(Rgb(16), planar), tiled), GFL_RGB, 16);
+    row("RGB 16 in planes, high byte first", With(With(Rgb(16), planar), bigEndian), GFL_RGB, 16);
+    row("RGB 8 BigTIFF", With(Rgb(8), [](Spec &s) { s.mode = "wl8"; }), GFL_RGB, 8);
+    row("RGB float", With(Rgb(32), isFloat), GFL_RGB, 32);
+    row("RGB float, high byte first, tiles", With(With(With(Rgb(32), isFloat), bigEndian), tiled), GFL_RGB, 32);
+    row("RGB half", With(Rgb(16), isFloat), GFL_RGB, 32);
+    row("RGB double", With(Rgb(64), isFloat), GFL_RGB, 32);
+    row("RGB 32-bit integers", Rgb(32), GFL_RGB, 32);
+    row("RGB 24-bit integers, high byte first", With(Rgb(24), bigEndian), GFL_RGB, 32);
+    row("RGB 12 bits", Rgb(12), GFL_RGB, 16);
+    row("RGB 10 bits in planes", With(Rgb(10), planar), GFL_RGB, 16);
+    row("RGB 5 bits in tiles", With(Rgb(5), tiled), GFL_RGB, 8);
+    row("grey 8", Grey(8), GFL_GREY, 8);
+    row("grey 16", Grey(16), GFL_GREY, 16);
+    row("grey 2", Grey(2), GFL_GREY, 8);
+    row("grey 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
+    row("grey 8, white is 0", Grey(8, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
+    row("grey 16, white is 0", Grey(16, PHOTOMETRIC_MINISWHITE), GFL_GREY, 16);
+    row("grey float", With(Grey(32), isFloat), GFL_GREY, 32);
+    row("1 bit", Grey(1), GFL_RGB, 8);
+    row("1 bit, white is 0, fax", With(Grey(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
+    row("1 bit in tiles", With(Grey(1), tiled), GFL_RGB, 8);
+    row("palette 8", Grey(8, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
+    row("palette 4", Grey(4, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
+    row("palette 1", Grey(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
+    row("palette of 8-bit colours", With(Grey(8, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }), GFL_RGB,
+        8);
+    row("RGBA straight", With(Rgb(8, 4), straight), GFL_RGBA, 8);
+    row("RGBA straight 16 in planes", With(With(Rgb(16, 4), straight), planar), GFL_RGBA, 16);
+    row("RGBA premultiplied", With(Rgb(8, 4), associated), GFL_RGBA, 8);
+    row("RGBA premultiplied 16 in tiles", With(With(Rgb(16, 4), associated), tiled), GFL_RGBA, 16);
+    row("RGBA premultiplied float", With(With(Rgb(32, 4), associated), isFloat), GFL_RGBA, 32);
+    row("RGBA of unsaid kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
+    row("RGBA without a word", Rgb(8, 4), GFL_RGBA, 8);
+    row("RGB and two masks", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, 0}; }), GFL_RGB, 8);
+    row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
+    row("grey and opacity", With(With(Grey(8), straight), [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
+    row("CMYK 8", With(Rgb(8, 4), [](Spec &s) { s.photometric = PHOTOMETRIC_SEPARATED; }), GFL_RGB, 8);
+    row("CMYK 16 in planes", With(With(Rgb(16, 4), planar), [](Spec &s) { s.photometric = PHOTOMETRIC_SEPARATED; }),
+        GFL_RGB, 16);
+    row("LZW, predictor", With(Rgb(8), packed(COMPRESSION_LZW, 2)), GFL_RGB, 8);
+    row("deflate 16, predictor, high byte first", With(With(Rgb(16), packed(COMPRESSION_ADOBE_DEFLATE, 2)), bigEndian),
+        GFL_RGB, 16);
+    row("deflate float, predictor, planes", With(With(With(Rgb(32), packed(COMPRESSION_DEFLATE, 3)), isFloat), planar),
+        GFL_RGB, 32);
+    row("PackBits", With(Rgb(8), packed(COMPRESSION_PACKBITS)), GFL_RGB, 8);
+    row("LZMA", With(Rgb(8), packed(COMPRESSION_LZMA)), GFL_RGB, 8);
+    row("Zstandard in tiles", With(With(Rgb(16), packed(COMPRESSION_ZSTD, 2)), tiled), GFL_RGB, 16);
+    row("LERC", With(With(Rgb(32), packed(COMPRESSION_LERC)), isFloat), GFL_RGB, 32);
+}
+
+void tst_Tiff::readsWhatLibtiffWrites()
+{
+    QFETCH(Spec, spec);
+    QFETCH(int, type);
+    QFETCH(int, bits);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    QVERIFY(WriteFile(path, spec));
+    int error = 0;
+    const BitmapPtr got = Load(path, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    const BitmapPtr expected = NewBitmap(kWidth, kHeight, type, bits);
+    // Rounding of what isn't stored at this depth, of mixed inks and of divided colours; halves carry 11 bits.
+    const bool exact = spec.bits == bits && spec.photometric != PHOTOMETRIC_SEPARATED
+        && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
+    const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);
+    const double tolerance = exact ? 0.0 : spec.bits == 16 && bits == 32 ? 5e-4 : rounding;
+    QCOMPARE(int(got->Type), type);
+    QCOMPARE(int(got->BitsPerComponent), bits);
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            for (int c = 0; c < ChannelsOf(type); ++c) {
+                const double want = Expected(spec, x, y, c, ChannelsOf(type)), have = SampleAt(*got, x, y, c);
+                if (std::abs(want - have) > tolerance + 1e-12)
+                    QFAIL(qPrintable(QStringLiteral("(%1, %2) channel %3: expected %4, got %5")
+                                         .arg(x)
+                                         .arg(y)
+                                         .arg(c)
+                                         .arg(want)
+                                         .arg(have)));
+            }
+}
+
+void tst_Tiff::writtenFilesAreRight_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("compression");
+    for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
+        for (int bits : {8, 16, 32})
+            for (int compression : {0, 2, 4})
+                QTest::addRow("type %d, %d bits, compression %d", type, bits, compression)
+                    << type << bits << compression;
+}
+
+void tst_Tiff::writtenFilesAreRight()
+{
+    QFETCH(int, type);
+    QFETCH(int, bits);
+    QFETCH(int, compression);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
+    const GFL_SAVE_PARAMS params = SaveParams("tiff", compression);
+    QVERIFY2(gflSaveBitmapUTF8(path.toUtf8().constData(), bitmap.get(), &params) == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(ReadByLibtiff(path), PackedPixels(*bitmap));
+
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
+    quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr;
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &scheme);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
+    if (compression != 0)
+        TIFFGetField(tiff, TIFFTAG_PREDICTOR, &predictor);
+    const bool isStraight = extraCount == 1 && extra[0] == EXTRASAMPLE_UNASSALPHA;
+    const bool isBig = TIFFIsBigTIFF(tiff);
+    TIFFClose(tiff);
+    QCOMPARE(int(scheme),
+             compression == 0       ? COMPRESSION_NONE
+                 : compression == 2 ? COMPRESSION_LZW
+                                    : COMPRESSION_ADOBE_DEFLATE);
+    QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
+    QCOMPARE(isStraight, type == GFL_RGBA);
+    QVERIFY(!isBig);
+}
+
+void tst_Tiff::writeThenRead_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("compression");
+    for (const QSize size : {QSize(1, 1), QSize(1, 7), QSize(3, 1), QSize(31, 17), QSize(20011, 3)})
+        for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
+            for (int bits : {8, 16, 32})
+                for (int compression : {0, 2, 4})
+                    QTest::addRow("%dx%d type %d, %d bits, compression %d", size.width(), size.height(), type, bits,
+                                  compression)
+                        << size << type << bits << compression;
+}
+
+void tst_Tiff::writeThenRead()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, type);
+    QFETCH(int, bits);
+    QFETCH(int, compression);
+    const BitmapPtr bitmap = RandomBitmap(size.width(), size.height(), type, bits);
+    const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
+    QVERIFY2(!file.isEmpty(), gflLastErrorText());
+    int error = 0;
+    const BitmapPtr read = LoadFromMemory(file, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(Difference(*read, *bitmap), QString());
+}
+
+void tst_Tiff::threadsDontChangeTheFile_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("one strip") << QSize(10, 10);
+    QTest::newRow("two strips") << QSize(1000, 150);
+    QTest::newRow("many strips") << QSize(1500, 1601);
+}
+
+void tst_Tiff::threadsDontChangeTheFile()
+{
+    QFETCH(QSize, size);
+    const BitmapPtr bitmap = RandomBitmap(size.width(), size.height(), GFL_RGBA, 8);
+    gflSetThreads(1);
+    const QByteArray alone = SavedBytes(*bitmap, SaveParams("tiff", 4));
+    for (int threads : {0, 2, 3, 8}) {
+        gflSetThreads(threads);
+        QVERIFY(SavedBytes(*bitmap, SaveParams("tiff", 4)) == alone);
+    }
+    gflSetThreads(0);
+}
+
+void tst_Tiff::jpegInside()
+{
+    QTemporaryDir folder;
+    for (int tile : {0, 16}) {
+        const QString path = folder.filePath(QStringLiteral("jpeg%1.tif").arg(tile));
+        TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
+        Spec spec =
+            With(Rgb(8), [=](Spec &s) { s.photometric = PHOTOMETRIC_YCBCR, s.tile = tile, s.rowsPerStrip = 16; });
+        spec.compression = COMPRESSION_JPEG;
+        SetFields(tiff, spec);
+        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+        const BitmapPtr smooth = SmoothBitmap(48, 32, GFL_RGB, 8); // covers all tiles
+        const int width = tile > 0 ? tile : kWidth;
+        for (int y = 0; y < kHeight; y += 16)
+            for (int x = 0; x < kWidth; x += width) {
+                QByteArray block;
+                for (int row = y; row < y + 16; ++row)
+                    block.append(reinterpret_cast<char *>(smooth->Data + row * int(smooth->BytesPerLine) + 3 * x),
+                                 3 * width);
+                QVERIFY((tile > 0 ? TIFFWriteTile(tiff, block.data(), quint32(x), quint32(y), 0, 0)
+                                  : TIFFWriteEncodedStrip(tiff, quint32(y / 16), block.data(),
+                                                          std::min(16, kHeight - y) * width * 3))
+                        >= 0);
+            }
+        TIFFClose(tiff);
+        int error = 0;
+        const BitmapPtr read = Load(path, &error);
+        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+        QCOMPARE(int(read->Type), int(GFL_RGB));
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x)
+                for (int c = 0; c < 3; ++c)
+                    QVERIFY(std::abs(SampleAt(*read, x, y, c) - SampleAt(*smooth, x, y, c)) < 0.05);
+    }
+}
+
+void tst_Tiff::foreignColours()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("lab.tif"));
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
+    SetFields(tiff, With(Rgb(8), [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.rowsPerStrip = kHeight; }));
+    QByteArray lab;
+    for (int i = 0; i < kWidth * kHeight; ++i)
+        lab.append(static_cast<char>(i % kWidth < 10 ? 0 : 255)).append('\0').append('\0'); // black, then white
+    QVERIFY(TIFFWriteEncodedStrip(tiff, 0, lab.data(), lab.size()) >= 0);
+    TIFFClose(tiff);
+
+    int error = 0;
+    const BitmapPtr read = Load(path, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(int(read->Type), int(GFL_RGB));
+    QVERIFY(SampleAt(*read, 2, 3, 1) < 0.05);
+    QVERIFY(SampleAt(*read, 30, 3, 1) > 0.95);
+    GFL_FILE_INFORMATION info;
+    QCOMPARE(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4), int(GFL_NO_ERROR));
+    QCOMPARE(int(info.ColorModel), int(GFL_CM_LAB));
+}
+
+void tst_Tiff::firstWholePictureIsRead()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("two.tif"));
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
+    for (int reduced : {1, 0}) {
+        SetFields(tiff, With(Grey(8), [](Spec &s) { s.rowsPerStrip = kHeight; }));
+        TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, reduced ? FILETYPE_REDUCEDIMAGE : 0);
+        QByteArray pixels(kWidth * kHeight, reduced ? 'r' : 'w');
+        QVERIFY(TIFFWriteEncodedStrip(tiff, 0, pixels.data(), pixels.size()) >= 0);
+        TIFFWriteDirectory(tiff);
+    }
+    TIFFClose(tiff);
+    int error = 0;
+    const BitmapPtr read = Load(path, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(int(read->Data[5]), int('w'));
+}
+
+void tst_Tiff::information_data()
+{
+    QTest::addColumn<Spec>("spec");
+    QTest::addColumn<QByteArray>("description");
+    QTest::addColumn<int>("colour");
+    QTest::addColumn<int>("components");
+    QTest::addColumn<int>("bits");
+    QTest::newRow("RGB") << Rgb(16) << QByteArray("TIFF") << int(GFL_CM_RGB) << 3 << 16;
+    QTest::newRow("tiles") << With(Rgb(8), [](Spec &s) { s.tile = 32; }) << QByteArray("TIFF tiled") << int(GFL_CM_RGB)
+                           << 3 << 8;
+    QTest::newRow("grey") << Grey(8) << QByteArray("TIFF") << int(GFL_CM_GREY) << 1 << 8;
+    QTest::newRow("palette") << Grey(4, PHOTOMETRIC_PALETTE) << QByteArray("TIFF") << int(GFL_CM_PALETTE) << 3 << 8;
+    QTest::newRow("CMYK") << With(Rgb(8, 4), [](Spec &s) { s.photometric = PHOTOMETRIC_SEPARATED; })
+                          << QByteArray("TIFF") << int(GFL_CM_CMYK) << 4 << 8;
+    QTest::newRow("grey and opacity") << With(Grey(8), [](Spec &s) { s.samples = 2; }) << QByteArray("TIFF")
+                                      << int(GFL_CM_GREY) << 2 << 8;
+    QTest::newRow("12 bits") << Rgb(12) << QByteArray("TIFF") << int(GFL_CM_RGB) << 3 << 16;
+}
+
+void tst_Tiff::information()
+{
+    QFETCH(Spec, spec);
+    QFETCH(QByteArray, description);
+    QTemporaryDir folder;
+    const QByteArray path = folder.filePath(QStringLiteral("a.tif")).toUtf8();
+    QVERIFY(WriteFile(QString::fromUtf8(path), spec));
+    GFL_FILE_INFORMATION info;
+    QVERIFY2(gflGetFileInformationExUTF8(path.constData(), -1, &info, 4) == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(QByteArray(info.FormatName), QByteArray("tiff"));
+    QCOMPARE(QByteArray(info.Description), description);
+    QCOMPARE(QSize(info.Width, info.Height), QSize(kWidth, kHeight));
+    QTEST(int(info.ColorModel), "colour");
+    QTEST(int(info.ComponentsPerPixel), "components");
+    QTEST(int(info.BitsPerComponent), "bits");
+}
+
+QTEST_GUILESS_MAIN(tst_Tiff)
+#include "Tiff_test.moc"

@@ -1,0 +1,145 @@
+#include "ippi.h"
+
+#include "Plane.h"
+
+#include <memory>
+
+using namespace primitives;
+
+/// What KImage::Resize doesn't reach: parts of a target, refusals, and reductions by thousands.
+class tst_Resize : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void partsMakeUpTheWhole_data();
+    void partsMakeUpTheWhole();
+    void flatStaysFlat_data();
+    void flatStaysFlat();
+    void refused_data();
+    void refused();
+};
+
+namespace {
+
+struct Prepared {
+    std::vector<unsigned char> specBlock;
+    std::vector<unsigned char> buffer;
+    ResizeSpec *spec() { return reinterpret_cast<ResizeSpec *>(specBlock.data()); }
+};
+
+Prepared Prepare(Size from, Size to, ResizeMethod method, int channels)
+{
+    Prepared prepared;
+    std::int64_t specBytes = 0, initBytes = 0, bufferBytes = 0;
+    ippiResizeGetSize_32f(from, to, method, 0, &specBytes, &initBytes);
+    prepared.specBlock.resize(static_cast<std::size_t>(specBytes));
+    if (method == kResizeSuper)
+        ippiResizeSuperInit_32f(from, to, prepared.spec());
+    else
+        ippiResizeLinearInit_32f(from, to, prepared.spec(), nullptr);
+    ippiResizeGetBufferSize_32f(prepared.spec(), to, channels, &bufferBytes);
+    prepared.buffer.resize(static_cast<std::size_t>(bufferBytes));
+    return prepared;
+}
+
+} // namespace
+
+void tst_Resize::partsMakeUpTheWhole_data()
+{
+    QTest::addColumn<int>("method");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::newRow("area") << int(kResizeSuper) << 17 << 11;
+    QTest::newRow("linear") << int(kResizeLinear) << 71 << 11;
+}
+
+void tst_Resize::partsMakeUpTheWhole()
+{
+    QFETCH(int, method);
+    QFETCH(int, width);
+    QFETCH(int, height);
+    Plane<Ipp16u, 3> image(53, 29, 1), whole(width, height, 2), parts = whole;
+    Prepared prepared = Prepare(image.Size(), whole.Size(), ResizeMethod(method), 3);
+    const auto compute = [&](Plane<Ipp16u, 3> &target, int x, int y, Size size) {
+        Ipp16u *first = &target.At(x, y);
+        if (method == kResizeSuper)
+            ippiResizeSuper_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
+                                    prepared.spec(), prepared.buffer.data());
+        else
+            ippiResizeLinear_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
+                                     kBorderReplicate, nullptr, prepared.spec(), prepared.buffer.data());
+    };
+    const auto before = whole;
+    compute(whole, 0, 0, whole.Size());
+    QVERIFY(whole.HasGapsOf(before));
+    for (int y : {0, 4})
+        for (int x : {0, 1, 9})
+            compute(parts, x, y, {(x == 0 ? 1 : x == 1 ? 9 : width) - x, (y == 0 ? 4 : height) - y});
+    CompareSamples(
+        whole.Size(), 3, [&](int x, int y, int c) { return parts.At(x, y, c); },
+        [&](int x, int y, int c) { return whole.At(x, y, c); }, 0);
+}
+
+void tst_Resize::flatStaysFlat_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::newRow("columns") << 60013 << 1;
+    QTest::newRow("rows") << 1 << 60013;
+    QTest::newRow("both") << 1511 << 1021;
+}
+
+void tst_Resize::flatStaysFlat()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    // Sums of thousands of small numbers: in single precision alone they would be off by several counts.
+    Plane<Ipp16u, 1> image(width, height), target(1, 1);
+    for (int i = 0; i < width * height; ++i)
+        image.At(i % width, i / width) = 65001;
+    Prepared prepared = Prepare(image.Size(), {1, 1}, kResizeSuper, 1);
+    ippiResizeSuper_16u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {0, 0}, {1, 1},
+                            prepared.spec(), prepared.buffer.data());
+    QCOMPARE(int(target.At(0, 0)), 65001);
+}
+
+void tst_Resize::refused_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("method");
+    QTest::addColumn<int>("antialiasing");
+    QTest::addColumn<int>("status");
+    QTest::newRow("served") << 10 << 10 << 8 << 0 << int(Status::Ok);
+    QTest::newRow("area weighting that grows") << 10 << 11 << 8 << 0 << int(Status::BadArgument);
+    QTest::newRow("linear may grow") << 11 << 11 << 2 << 0 << int(Status::Ok);
+    QTest::newRow("no width") << 0 << 10 << 8 << 0 << int(Status::BadSize);
+    QTest::newRow("negative height") << 10 << -1 << 2 << 0 << int(Status::BadSize);
+    QTest::newRow("cubic") << 10 << 10 << 6 << 0 << int(Status::BadArgument);
+    QTest::newRow("antialiased") << 10 << 10 << 2 << 1 << int(Status::BadArgument);
+}
+
+void tst_Resize::refused()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(int, method);
+    QFETCH(int, antialiasing);
+    std::int64_t specBytes = 0, initBytes = 0;
+    const Status status =
+        ippiResizeGetSize_8u({10, 10}, {width, height}, ResizeMethod(method), antialiasing, &specBytes, &initBytes);
+    QTEST(int(status), "status");
+    QCOMPARE(specBytes > 0, status == Status::Ok);
+    std::vector<unsigned char> block(static_cast<std::size_t>(specBytes));
+    if (status != Status::Ok)
+        return;
+    // Of a prepared one, no part outside of its target.
+    Plane<Ipp8u, 1> image(10, 10, 1), target(11, 11, 2), before = target;
+    Prepared prepared = Prepare({10, 10}, {width, height}, ResizeMethod(method), 1);
+    QVERIFY(ippiResizeSuper_8u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {1, 0},
+                                   {width, height}, prepared.spec(), prepared.buffer.data())
+            == Status::BadSize);
+    QVERIFY(target.HasGapsOf(before));
+}
+
+QTEST_APPLESS_MAIN(tst_Resize)
+#include "resize_test.moc"

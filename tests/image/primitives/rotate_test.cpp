@@ -1,0 +1,218 @@
+#include "ippi.h"
+
+#include "Plane.h"
+
+#include <cmath>
+
+using namespace primitives;
+
+class tst_Rotate : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void thereAndBack_data();
+    void thereAndBack();
+    void pastTheCache_data();
+    void pastTheCache();
+    void rightAngles_data();
+    void rightAngles();
+    void onlyTheRectangles();
+    void rampUnderAnyAngle_data();
+    void rampUnderAnyAngle();
+    void refused_data();
+    void refused();
+};
+
+namespace {
+
+using Image = Plane<Ipp32f, 4>;
+
+Status Rotate(Image &src, Image &dst, double angle, double shiftX, double shiftY)
+{
+    const Size from = src.Size(), to = dst.Size();
+    return ippiRotate_32f_C4R(src.Data(), from, src.StepBytes(), {0, 0, from.width, from.height}, dst.Data(),
+                              dst.StepBytes(), {0, 0, to.width, to.height}, angle, shiftX, shiftY, kCubic);
+}
+
+auto Reader(Image &image)
+{
+    return [&image](int x, int y, int c) { return image.At(x, y, c); };
+}
+
+} // namespace
+
+void tst_Rotate::thereAndBack_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    for (int width : {1, 2, 15, 16, 17, 47})
+        for (int height : {1, 3, 16, 33})
+            QTest::addRow("%dx%d", width, height) << width << height;
+}
+
+void tst_Rotate::thereAndBack()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
+    const Image turnedBefore = turned, backBefore = back;
+    QVERIFY(Rotate(image, turned, 90.0, 0.0, width - 1) == Status::Ok);
+    // Counter-clockwise: the right-hand column is the top row.
+    CompareSamples(
+        turned.Size(), 4, Reader(turned), [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); }, 0);
+    QVERIFY(turned.HasGapsOf(turnedBefore));
+    QVERIFY(Rotate(turned, back, -90.0, width - 1, 0.0) == Status::Ok);
+    CompareSamples(back.Size(), 4, Reader(back), Reader(image), 0);
+    QVERIFY(back.HasGapsOf(backBefore));
+}
+
+void tst_Rotate::pastTheCache_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<int>("offsetFloats"); // of the target's block
+    QTest::newRow("rows on cache lines") << 523 << 608 << 0;
+    QTest::newRow("rows across cache lines") << 523 << 607 << 4;
+    QTest::newRow("pixels across 16 bytes") << 523 << 607 << 1;
+}
+
+void tst_Rotate::pastTheCache()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(int, offsetFloats);
+    Image image(width, height, 1);
+    const Step step = height * 16;
+    auto *block = reinterpret_cast<Ipp32f *>(ippsMalloc_8u(step * width + 16));
+    Ipp32f *turned = block + offsetFloats;
+    ippiRotate_32f_C4R(image.Data(), image.Size(), image.StepBytes(), {0, 0, width, height}, turned, step,
+                       {0, 0, height, width}, 90.0, 0.0, width - 1, kCubic);
+    CompareSamples(
+        {height, width}, 4, [&](int x, int y, int c) { return turned[(y * height + x) * 4 + c]; },
+        [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); }, 0);
+    ippsFree(block);
+}
+
+void tst_Rotate::rightAngles_data()
+{
+    QTest::addColumn<double>("angle");
+    QTest::addColumn<int>("shiftX");
+    QTest::addColumn<int>("shiftY");
+    QTest::newRow("identity") << 0.0 << 0 << 0;
+    QTest::newRow("shift that leaves a margin") << 0.0 << 3 << -2;
+    QTest::newRow("half turn") << 180.0 << 12 << 4;
+    QTest::newRow("half turn backwards, shifted away in part") << -180.0 << 7 << 9;
+    QTest::newRow("quarter, in part") << 90.0 << 2 << 9;
+    QTest::newRow("a full turn and a quarter") << 450.0 << 0 << 12;
+    QTest::newRow("three quarters") << 270.0 << 5 << -3;
+    QTest::newRow("nothing of it") << 90.0 << 100000 << 0;
+}
+
+void tst_Rotate::rightAngles()
+{
+    QFETCH(double, angle);
+    QFETCH(int, shiftX);
+    QFETCH(int, shiftY);
+    Image image(13, 5, 1), target(11, 14, 2), wanted = target;
+    const auto cosine = static_cast<int>(std::lround(std::cos(angle * M_PI / 180)));
+    const auto sine = static_cast<int>(std::lround(std::sin(angle * M_PI / 180)));
+    for (int y = 0; y < 5; ++y) { // where each source pixel goes
+        for (int x = 0; x < 13; ++x) {
+            const int toX = cosine * x + sine * y + shiftX, toY = -sine * x + cosine * y + shiftY;
+            for (int c = 0; c < 4 && toX >= 0 && toX < 11 && toY >= 0 && toY < 14; ++c)
+                wanted.At(toX, toY, c) = image.At(x, y, c);
+        }
+    }
+    QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
+    CompareSamples(target.Size(), 4, Reader(target), Reader(wanted), 0);
+    QVERIFY(target.HasGapsOf(wanted));
+}
+
+void tst_Rotate::onlyTheRectangles()
+{
+    Image image(13, 9, 1), target(9, 13, 2), wanted = target;
+    // Source columns 3 to 8 become target rows 4 to 9, of which 5 to 7 are asked for; source rows beyond the image end
+    // there.
+    for (int y = 5; y < 8; ++y)
+        for (int x = 2; x < 9; ++x)
+            for (int c = 0; c < 4; ++c)
+                wanted.At(x, y, c) = image.At(12 - y, x, c);
+    ippiRotate_32f_C4R(image.Data(), image.Size(), image.StepBytes(), {3, 2, 6, 20}, target.Data(), target.StepBytes(),
+                       {0, 5, 9, 3}, 90.0, 0.0, 12.0, kCubic);
+    CompareSamples(target.Size(), 4, Reader(target), Reader(wanted), 0);
+}
+
+void tst_Rotate::rampUnderAnyAngle_data()
+{
+    QTest::addColumn<double>("angle");
+    QTest::addColumn<double>("shiftX");
+    QTest::addColumn<double>("shiftY");
+    QTest::newRow("30 degrees") << 30.0 << 4.0 << 20.0;
+    QTest::newRow("-123.4 degrees") << -123.4 << 25.5 << 30.25;
+    QTest::newRow("quarter with half a pixel") << 90.0 << 0.5 << 30.0;
+    QTest::newRow("no turn, part of a pixel") << 0.0 << 0.25 << -0.75;
+}
+
+void tst_Rotate::rampUnderAnyAngle()
+{
+    QFETCH(double, angle);
+    QFETCH(double, shiftX);
+    QFETCH(double, shiftY);
+    constexpr int kSide = 31;
+    constexpr float kUntouched = -77;
+    const auto ramp = [](double x, double y, int c) { return 2 * x - 3 * y + c; };
+    Image image(kSide, kSide), target(kSide, kSide);
+    for (int i = 0; i < kSide * kSide * 4; ++i) {
+        image.At(i / 4 % kSide, i / 4 / kSide, i % 4) = float(ramp(i / 4 % kSide, i / 4 / kSide, i % 4));
+        target.At(i / 4 % kSide, i / 4 / kSide, i % 4) = kUntouched;
+    }
+    QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
+
+    // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated.
+    const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
+    int inside = 0;
+    CompareSamples(
+        target.Size(), 4, Reader(target),
+        [&](int x, int y, int c) {
+            const double fromX = cosine * (x - shiftX) - sine * (y - shiftY);
+            const double fromY = sine * (x - shiftX) + cosine * (y - shiftY);
+            const double margin = std::min({fromX, fromY, kSide - 1 - fromX, kSide - 1 - fromY});
+            if (margin < -0.501)
+                return double(kUntouched);
+            inside += margin >= 1;
+            return margin >= 1 ? ramp(fromX, fromY, c) : double(target.At(x, y, c));
+        },
+        1e-3);
+    QVERIFY(inside > 100);
+}
+
+void tst_Rotate::refused_data()
+{
+    QTest::addColumn<double>("angle");
+    QTest::addColumn<double>("shift");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("interpolation");
+    QTest::addColumn<int>("status");
+    const double nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
+    QTest::newRow("angle is not a number") << nan << 0.0 << 3 << 4 << int(Status::BadArgument);
+    QTest::newRow("endless shift") << 90.0 << inf << 3 << 4 << int(Status::BadArgument);
+    QTest::newRow("shift beyond integers: nothing comes from the source") << 90.0 << 1e30 << 3 << 4 << int(Status::Ok);
+    QTest::newRow("linear") << 90.0 << 0.0 << 3 << 2 << int(Status::BadArgument);
+    QTest::newRow("no width") << 90.0 << 0.0 << 0 << 4 << int(Status::BadSize);
+}
+
+void tst_Rotate::refused()
+{
+    QFETCH(double, angle);
+    QFETCH(double, shift);
+    QFETCH(int, width);
+    QFETCH(int, interpolation);
+    Image image(3, 3, 1), target(3, 3, 2), before = target;
+    const Status status =
+        ippiRotate_32f_C4R(image.Data(), {3, 3}, image.StepBytes(), {0, 0, width, 3}, target.Data(), target.StepBytes(),
+                           {0, 0, 3, 3}, angle, shift, 0.0, static_cast<Interpolation>(interpolation));
+    QTEST(int(status), "status");
+    CompareSamples(target.Size(), 4, Reader(target), Reader(before), 0);
+}
+
+QTEST_APPLESS_MAIN(tst_Rotate)
+#include "rotate_test.moc"

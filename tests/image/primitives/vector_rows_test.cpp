@@ -1,0 +1,103 @@
+#include "vector_rows.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+/// The vector forms against the plain ones: the same bits at every length and offset, and nothing written behind the
+/// end.
+class tst_VectorRows : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void sameAsPlain_data();
+    void sameAsPlain();
+    void roundsToTheNearest();
+};
+
+namespace {
+
+constexpr int kMaxOffset = 3;
+
+/// Values around every limit and every half of a count, then noise from -0.5 to 1.5.
+std::vector<float> AwkwardFloats(int count)
+{
+    const float inf = std::numeric_limits<float>::infinity(), nan = std::numeric_limits<float>::quiet_NaN();
+    std::vector<float> values = {nan,  -nan,  inf,    -inf,   0.0f,       -0.0f,
+                                 1.0f, 1e30f, -1e30f, 1e-40f, 0.5f / 255, 1.5f / 255};
+    std::mt19937 random(7);
+    while (values.size() < static_cast<std::size_t>(count))
+        values.push_back(static_cast<float>(random()) * 0x1p-31f - 0.5f);
+    return values;
+}
+
+template <typename T> std::vector<T> Noise(int count)
+{
+    std::mt19937 random(8);
+    std::vector<T> values(static_cast<std::size_t>(count));
+    for (T &value : values)
+        value = static_cast<T>(random());
+    return values;
+}
+
+/// Runs both forms on the same source into targets of the same noise.
+template <typename S, typename D, typename Plain, typename Fast>
+void Compare(const std::vector<S> &source, int offset, int targetSamples, Plain plain, Fast fast)
+{
+    std::vector<D> want(static_cast<std::size_t>(targetSamples + 2 * kMaxOffset), D(91)), got = want;
+    plain(source.data() + offset, want.data() + offset);
+    fast(source.data() + offset, got.data() + offset);
+    QVERIFY(std::memcmp(want.data(), got.data(), want.size() * sizeof(D)) == 0);
+}
+
+} // namespace
+
+void tst_VectorRows::sameAsPlain_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("offset");
+    for (int count : {0, 1, 2, 7, 8, 9, 15, 16, 17, 18, 19, 33, 34, 35, 1000})
+        for (int offset = 0; offset <= kMaxOffset; ++offset)
+            QTest::addRow("count=%d offset=%d", count, offset) << count << offset;
+}
+
+void tst_VectorRows::sameAsPlain()
+{
+    QFETCH(int, count);
+    QFETCH(int, offset);
+    using namespace primitives;
+    // Sources end with the last sample that may be read: address checkers see one read too far.
+    const auto floats = AwkwardFloats(offset + 3 * count + 12);
+    const std::vector<float> row(floats.begin(), floats.begin() + offset + count);
+    Compare<float, Ipp8u>(
+        row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, 0.0f, 255.0f); },
+        [=](auto s, auto d) { FloatToInteger(s, d, count, 0.0f, 255.0f); });
+    Compare<float, Ipp16u>(
+        row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, -0.25f, 5e4f); },
+        [=](auto s, auto d) { FloatToInteger(s, d, count, -0.25f, 5e4f); });
+    const std::vector<float> colors(floats.begin(), floats.begin() + offset + 3 * count);
+    Compare<float, float>(
+        colors, offset, 4 * count, [=](auto s, auto d) { plain::CopyOpaque<float, 3>(s, d, count, 0.75f); },
+        [=](auto s, auto d) { CopyOpaqueFloat3(s, d, count, 0.75f); });
+    Compare<Ipp8u, Ipp8u>(
+        Noise<Ipp8u>(offset + 3 * count), offset, count,
+        [=](auto s, auto d) { plain::RgbToGray<Ipp8u, 3>(s, d, count); },
+        [=](auto s, auto d) { Rgb8ToGray(s, d, count); });
+}
+
+void tst_VectorRows::roundsToTheNearest()
+{
+    // The plain form itself, on each count and just beside each half.
+    for (int v = 0; v < 65535; ++v) {
+        const float floats[3] = {float(v), float(v) + 0.49f, float(v) + 0.51f};
+        Ipp16u words[3];
+        primitives::plain::FloatToInteger(floats, words, 3, 0.0f, 1.0f);
+        QVERIFY(words[0] == v && words[1] == v && words[2] == v + 1);
+    }
+}
+
+QTEST_APPLESS_MAIN(tst_VectorRows)
+#include "vector_rows_test.moc"

@@ -1,0 +1,452 @@
+// What all formats have in common: delivered forms, thumbnails, formats by name, errors, limits, memory.
+#include "Bitmaps.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <QtTest>
+
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<long> blocksAlive{0};
+std::atomic<unsigned long> largestBlock{0};
+int marker = 0; // its address is what the callbacks are given
+
+void *CountingAlloc(unsigned long size, void *userData)
+{
+    if (userData != &marker)
+        return nullptr;
+    ++blocksAlive;
+    if (size > largestBlock)
+        largestBlock = size;
+    return std::malloc(size);
+}
+
+void *CountingRealloc(void *pointer, unsigned long size, void *)
+{
+    if (!pointer)
+        ++blocksAlive;
+    return std::realloc(pointer, size);
+}
+
+void CountingFree(void *pointer, void *)
+{
+    --blocksAlive;
+    std::free(pointer);
+}
+
+void *FailingAlloc(unsigned long size, void *)
+{
+    return size > 100000 ? nullptr : std::malloc(size);
+}
+
+void WriteBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+/// A little-endian classic TIFF of one strip, with any numbers in its fields.
+QByteArray TiffHeader(quint32 width, quint32 height, quint16 compression, quint16 samples = 3, quint16 bits = 8,
+                      quint32 tile = 0)
+{
+    struct Field {
+        quint16 tag, type;
+        quint32 value;
+    };
+    QVector<Field> fields = {
+        {256, 4, width}, {257, 4, height},  {258, 3, bits},   {259, 3, compression}, {262, 3, samples >= 3 ? 2u : 1u},
+        {273, 4, 8},     {277, 3, samples}, {278, 4, height}, {279, 4, 100}};
+    if (tile > 0)
+        fields += {{322, 4, tile}, {323, 4, tile}, {324, 4, 8}, {325, 4, 100}};
+    QByteArray file("II*\0\x6C\0\0\0", 8); // pixels at 8, directory at 108
+    file += QByteArray(100, '\x55');
+    const auto number = [&file](auto value) {
+        value = qToLittleEndian(value);
+        file.append(reinterpret_cast<const char *>(&value), sizeof value);
+    };
+    number(static_cast<quint16>(fields.size()));
+    for (const Field &field : fields) {
+        number(field.tag);
+        number(field.type);
+        number(quint32(1));
+        number(field.value);
+    }
+    number(quint32(0));
+    return file;
+}
+
+} // namespace
+
+class tst_Loading : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { gflEnableLZW(1); }
+    void deliveredForms_data();
+    void deliveredForms();
+    void depths_data();
+    void depths();
+    void defaultAlpha();
+    void thumbnails_data();
+    void thumbnails();
+    void thumbnailIsTheMean();
+    void formats();
+    void missingFiles();
+    void unknownFiles_data();
+    void unknownFiles();
+    void cutTiff();
+    void absurdSizes_data();
+    void absurdSizes();
+    void hugeFloatPicture();
+    void allocator();
+    void shortMemory();
+    void nullArguments();
+};
+
+void tst_Loading::deliveredForms_data()
+{
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<int>("wanted");
+    for (int stored : {GFL_GREY, GFL_RGB, GFL_RGBA})
+        for (int wanted : {GFL_GREY, GFL_RGB, GFL_RGBA})
+            QTest::addRow("%d as %d", stored, wanted) << stored << wanted;
+}
+
+void tst_Loading::deliveredForms()
+{
+    QFETCH(int, stored);
+    QFETCH(int, wanted);
+    for (int bits : {8, 16, 32}) {
+        const BitmapPtr bitmap = RandomBitmap(13, 7, stored, bits);
+        int error = 0;
+        const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error,
+                                             LoadParams(GFL_LOAD_ORIGINAL_DEPTH, wanted));
+        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+        BitmapPtr expected = NewBitmap(13, 7, wanted, bits);
+        QCOMPARE(int(got->Type), wanted);
+        QCOMPARE(int(got->BitsPerComponent), bits);
+        for (int y = 0; y < 7; ++y)
+            for (int x = 0; x < 13; ++x)
+                for (int c = 0; c < ChannelsOf(wanted); ++c) {
+                    const auto sample = [&](int channel) {
+                        return SampleAt(*bitmap, x, y, stored == GFL_GREY ? 0 : channel);
+                    };
+                    double want = sample(c == 3 ? 0 : c);
+                    if (c == 3)
+                        want = stored == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0;
+                    else if (wanted == GFL_GREY && stored != GFL_GREY) // ITU-R BT.601
+                        want = 0.299 * sample(0) + 0.587 * sample(1) + 0.114 * sample(2);
+                    QVERIFY(std::abs(SampleAt(*got, x, y, c) - want) <= (bits == 8 ? 0.51 / 255 : 1e-5));
+                }
+    }
+}
+
+void tst_Loading::depths_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<QVector<double>>("stored"); // in units of the full range
+    QTest::addColumn<QVector<int>>("expected");  // 8 bits
+    // 16 to 8 bits: v * 255 / 65535, rounded; 128 / 257 is just below a half
+    QTest::newRow("16 bits") << 16 << QVector<double>{0, 128 / 65535.0, 129 / 65535.0, 0.5, 65407 / 65535.0, 1}
+                             << QVector<int>{0, 0, 1, 128, 255, 255};
+    QTest::newRow("float") << 32 << QVector<double>{-1, 0, 0.5, 1, 7, std::nan("")}
+                           << QVector<int>{0, 0, 128, 255, 255, 0};
+}
+
+void tst_Loading::depths()
+{
+    QFETCH(int, bits);
+    QFETCH(QVector<double>, stored);
+    QFETCH(QVector<int>, expected);
+    const BitmapPtr bitmap = NewBitmap(stored.size(), 1, GFL_GREY, bits);
+    for (int i = 0; i < stored.size(); ++i) {
+        if (bits == 16)
+            reinterpret_cast<std::uint16_t *>(bitmap->Data)[i] =
+                static_cast<std::uint16_t>(std::lround(stored[i] * 65535));
+        else
+            reinterpret_cast<float *>(bitmap->Data)[i] = static_cast<float>(stored[i]);
+    }
+    int error = 0;
+    const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error, LoadParams());
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(int(got->BitsPerComponent), 8);
+    for (int i = 0; i < expected.size(); ++i)
+        QCOMPARE(int(got->Data[i]), expected[i]);
+}
+
+void tst_Loading::defaultAlpha()
+{
+    const BitmapPtr bitmap = RandomBitmap(5, 5, GFL_RGB, 16);
+    GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH, GFL_RGBA);
+    params.DefaultAlpha = 100;
+    int error = 0;
+    const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error, params);
+    QVERIFY(got);
+    QCOMPARE(SampleAt(*got, 3, 4, 3), 100 / 255.0);
+}
+
+void tst_Loading::thumbnails_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QSize>("box");
+    QTest::addColumn<QSize>("expected");
+    QTest::newRow("landscape") << QSize(600, 400) << QSize(128, 128) << QSize(128, 85);
+    QTest::newRow("portrait") << QSize(400, 600) << QSize(128, 128) << QSize(85, 128);
+    QTest::newRow("box of 0 by 0") << QSize(1024, 512) << QSize(0, 0) << QSize(256, 128);
+    QTest::newRow("smaller than the box") << QSize(60, 40) << QSize(128, 128) << QSize(60, 40);
+    QTest::newRow("the box itself") << QSize(128, 100) << QSize(128, 128) << QSize(128, 100);
+    QTest::newRow("one column") << QSize(1, 1000) << QSize(10, 10) << QSize(1, 10);
+    QTest::newRow("one row") << QSize(1000, 3) << QSize(10, 10) << QSize(10, 1);
+    QTest::newRow("flat box") << QSize(601, 401) << QSize(300, 20) << QSize(30, 20);
+}
+
+void tst_Loading::thumbnails()
+{
+    QFETCH(QSize, size);
+    QFETCH(QSize, box);
+    QFETCH(QSize, expected);
+    QTemporaryDir folder;
+    for (const char *format : {"tiff", "jpeg"}) {
+        const QByteArray path = folder.filePath(QString::fromLatin1(format)).toUtf8();
+        const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), GFL_RGB, 8);
+        WriteBytes(QString::fromUtf8(path), SavedBytes(*bitmap, SaveParams(format, -1, 95)));
+        GFL_BITMAP *loaded = nullptr;
+        GFL_FILE_INFORMATION info;
+        const GFL_LOAD_PARAMS params = LoadParams(0, GFL_RGBA);
+        const int error = gflLoadThumbnailUTF8(path.constData(), box.width(), box.height(), &loaded, &params, &info);
+        const BitmapPtr got(loaded);
+        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+        QCOMPARE(QSize(got->Width, got->Height), expected);
+        QCOMPARE(int(got->Type), int(GFL_RGBA));
+        QCOMPARE(QSize(info.Width, info.Height), size);
+        // The picture is a ramp, so that a reduced pixel has the value of the ramp at its middle.
+        for (const QPoint at : {QPoint(0, 0), QPoint(expected.width() - 1, expected.height() - 1)}) {
+            const int x = std::min(size.width() - 1, int((at.x() + 0.5) * size.width() / expected.width()));
+            const int y = std::min(size.height() - 1, int((at.y() + 0.5) * size.height() / expected.height()));
+            for (int c = 0; c < 3; ++c)
+                QVERIFY(std::abs(SampleAt(*got, at.x(), at.y(), c) - SampleAt(*bitmap, x, y, c)) < 0.03);
+        }
+    }
+}
+
+void tst_Loading::thumbnailIsTheMean()
+{
+    QTemporaryDir folder;
+    const QByteArray path = folder.filePath(QStringLiteral("a.tif")).toUtf8();
+    const BitmapPtr bitmap = RandomBitmap(12, 6, GFL_GREY, 16);
+    WriteBytes(QString::fromUtf8(path), SavedBytes(*bitmap, SaveParams("tiff")));
+    GFL_BITMAP *loaded = nullptr;
+    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH);
+    QCOMPARE(gflLoadThumbnailUTF8(path.constData(), 4, 4, &loaded, &params, nullptr), int(GFL_NO_ERROR));
+    const BitmapPtr got(loaded);
+    QCOMPARE(QSize(got->Width, got->Height), QSize(4, 2));
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 4; ++x) {
+            double mean = 0.0;
+            for (int i = 0; i < 9; ++i)
+                mean += SampleAt(*bitmap, 3 * x + i % 3, 3 * y + i / 3, 0) / 9;
+            QVERIFY(std::abs(SampleAt(*got, x, y, 0) - mean) < 1e-5);
+        }
+}
+
+void tst_Loading::formats()
+{
+    QVERIFY(gflGetFormatIndexByName("tiff") >= 0);
+    QVERIFY(gflGetFormatIndexByName("jpeg") >= 0);
+    QVERIFY(gflGetFormatIndexByName("tiff") != gflGetFormatIndexByName("jpeg"));
+    QCOMPARE(gflGetFormatIndexByName("JPEG"), -1);
+    QCOMPARE(gflGetFormatIndexByName(""), -1);
+    for (const char *suffix : {".jpg", ".jpeg", ".tif", ".tiff", ".TIF"})
+        QVERIFY2(gflHasGoodExtension(suffix), suffix);
+    for (const char *suffix : {"", ".", "jpg", ".txt", ".jpgx", ".tar.jp"})
+        QVERIFY2(!gflHasGoodExtension(suffix), suffix);
+}
+
+void tst_Loading::missingFiles()
+{
+    QTemporaryDir folder;
+    QVERIFY(::mkfifo(folder.filePath(QStringLiteral("pipe.jpg")).toUtf8().constData(), 0600) == 0);
+    for (const QString &path : {folder.filePath(QStringLiteral("none.jpg")), folder.path(),
+                                folder.filePath(QStringLiteral("pipe.jpg")), QStringLiteral("/dev/zero")}) {
+        int error = 0;
+        QVERIFY(!Load(path, &error));
+        QCOMPARE(error, int(GFL_ERROR_FILE_OPEN));
+        QVERIFY(QByteArray(gflLastErrorText()).contains(path.toUtf8()));
+    }
+}
+
+void tst_Loading::unknownFiles_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("empty") << QByteArray() << int(GFL_ERROR_FILE_READ);
+    QTest::newRow("text") << QByteArray("hello, this is a letter") << int(GFL_ERROR_UNKNOWN_FORMAT);
+    QTest::newRow("one byte") << QByteArray("I") << int(GFL_ERROR_UNKNOWN_FORMAT);
+    QTest::newRow("two bytes of JPEG") << QByteArray("\xFF\xD8") << int(GFL_ERROR_UNKNOWN_FORMAT);
+    QTest::newRow("nothing but fill bytes")
+        << QByteArray("\xFF\xD8") + QByteArray(100000, '\xFF') << int(GFL_ERROR_FILE_READ);
+    QTest::newRow("signed samples") << TiffHeader(4, 4, 1).replace(QByteArray("\x02\x01\x03\0", 4),
+                                                                   QByteArray("\x53\x01\x03\0", 4))
+                                    << int(GFL_ERROR_FILE_READ);
+    QTest::newRow("compression 999") << TiffHeader(4, 4, 999) << int(GFL_ERROR_UNKNOWN_FORMAT);
+    QTest::newRow("40-bit samples") << TiffHeader(4, 4, 1, 3, 40) << int(GFL_ERROR_UNKNOWN_FORMAT);
+    QTest::newRow("two samples of RGB") << TiffHeader(4, 4, 1, 2)
+                                               .replace(QByteArray("\x06\x01\x03\0\x01\0\0\0\x01", 9),
+                                                        QByteArray("\x06\x01\x03\0\x01\0\0\0\x02", 9))
+                                        << int(GFL_ERROR_FILE_READ);
+}
+
+void tst_Loading::unknownFiles()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, expected);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("a.jpg"));
+    WriteBytes(path, bytes);
+    int error = 0;
+    QVERIFY(!Load(path, &error));
+    QCOMPARE(error, expected);
+    GFL_FILE_INFORMATION info;
+    QVERIFY(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4) != GFL_NO_ERROR);
+    QCOMPARE(info.Width, 0);
+    GFL_BITMAP *bitmap = nullptr;
+    QCOMPARE(gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap), expected);
+    QVERIFY(!bitmap);
+}
+
+void tst_Loading::cutTiff()
+{
+    const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
+    for (int compression : {0, 2, 4}) {
+        const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
+        for (int size = 0; size < file.size(); ++size) {
+            int error = 0;
+            const BitmapPtr read = LoadFromMemory(file.left(size), &error);
+            const bool whole = size >= file.size() - 4; // of the offset of a next directory, libtiff needs nothing
+            QVERIFY2(whole || (error != GFL_NO_ERROR && !read), qPrintable(QString::number(size)));
+        }
+    }
+}
+
+void tst_Loading::absurdSizes_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("widest") << TiffHeader(0xFFFFFFFFu, 1, 1);
+    QTest::newRow("widest and highest") << TiffHeader(0xFFFFFFFFu, 0xFFFFFFFFu, 1);
+    QTest::newRow("nothing") << TiffHeader(0, 0, 1);
+    QTest::newRow("no rows") << TiffHeader(10, 0, 1);
+    QTest::newRow("gigapixels that aren't there") << TiffHeader(40000, 40000, 1);
+    QTest::newRow("deflate bomb") << TiffHeader(40000, 40000, 8);
+    QTest::newRow("LZW bomb") << TiffHeader(40000, 40000, 5);
+    QTest::newRow("PackBits bomb") << TiffHeader(40000, 40000, 32773);
+    QTest::newRow("fax bomb") << TiffHeader(1000000, 1000000, 4, 1, 1);
+    QTest::newRow("64 channels") << TiffHeader(20000, 20000, 1, 64);
+    QTest::newRow("thousands of channels") << TiffHeader(10, 10, 1, 60000);
+    QTest::newRow("tiles of an exabyte") << TiffHeader(16, 16, 8, 3, 8, 1u << 30);
+    QTest::newRow("tiles of 3 gigabytes") << TiffHeader(16, 16, 8, 3, 8, 1u << 15);
+    QByteArray jpeg = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg"));
+    const int frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
+    QVERIFY(frame > 0);
+    jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
+    QTest::newRow("JPEG") << jpeg;
+}
+
+void tst_Loading::absurdSizes()
+{
+    QFETCH(QByteArray, file);
+    largestBlock = 0;
+    gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
+    int error = 0;
+    const bool read = LoadFromMemory(file, &error) != nullptr;
+    gflLibraryExit();
+    QVERIFY(!read);
+    QVERIFY(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY || error == GFL_ERROR_UNKNOWN_FORMAT);
+    QVERIFY2(largestBlock < 1000000, qPrintable(QString::number(largestBlock)));
+}
+
+void tst_Loading::hugeFloatPicture()
+{
+    // 400 megapixels of float RGB, 4.8 GB, in a file that is as long but has no blocks on disk.
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("huge.tif"));
+    QByteArray header = TiffHeader(20000, 20000, 1, 3, 32);
+    const int format =
+        header.indexOf(QByteArray("\x15\x01\x03\0", 4)); // samples a pixel: becomes the sample format too
+    QVERIFY(format > 0);
+    header[108] = 10;
+    header.insert(header.size() - 4, QByteArray("\x53\x01\x03\0\x01\0\0\0\x03\0\0\0", 12));
+    WriteBytes(path, header);
+    if (::truncate(path.toUtf8().constData(), off_t(4800001000)) != 0)
+        QSKIP("the temporary folder takes no sparse files of 5 GB");
+    GFL_FILE_INFORMATION info;
+    QVERIFY2(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4) == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(QSize(info.Width, info.Height), QSize(20000, 20000));
+    QCOMPARE(int(info.BitsPerComponent), 32);
+    QVERIFY(::truncate(path.toUtf8().constData(), off_t(4799000000)) == 0);
+    QCOMPARE(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4), int(GFL_ERROR_FILE_READ));
+}
+
+void tst_Loading::allocator()
+{
+    const QByteArray file = SavedBytes(*RandomBitmap(100, 100, GFL_RGB, 8), SaveParams("tiff"));
+    blocksAlive = 0;
+    gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
+    gflLibraryInitEx(nullptr, nullptr, nullptr, nullptr); // only counted
+    {
+        int error = 0;
+        const BitmapPtr bitmap = LoadFromMemory(file, &error, LoadParams(GFL_LOAD_METADATA));
+        QVERIFY(bitmap);
+        QCOMPARE(blocksAlive.load(), 2L); // record and pixels
+        gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
+        gflFreeEXIF2(gflBitmapGetEXIF2(bitmap.get()));
+        LoadFromMemory(file.left(file.size() - 100), &error);
+        QVERIFY(error != GFL_NO_ERROR);
+    }
+    QCOMPARE(blocksAlive.load(), 0L);
+    gflLibraryExit();
+    void *block = gflMemoryAlloc(10); // still the first allocator
+    QCOMPARE(blocksAlive.load(), 1L);
+    CountingFree(block, nullptr);
+    gflLibraryExit();
+    std::free(gflMemoryAlloc(10));
+    QCOMPARE(blocksAlive.load(), 0L);
+}
+
+void tst_Loading::shortMemory()
+{
+    const QByteArray file = SavedBytes(*RandomBitmap(300, 300, GFL_RGB, 8), SaveParams("tiff"));
+    gflLibraryInitEx(FailingAlloc, CountingRealloc, CountingFree, nullptr);
+    int error = 0;
+    const bool read = LoadFromMemory(file, &error) != nullptr;
+    gflLibraryExit();
+    QVERIFY(!read);
+    QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
+}
+
+void tst_Loading::nullArguments()
+{
+    GFL_BITMAP *bitmap = nullptr;
+    GFL_FILE_INFORMATION info;
+    const GFL_LOAD_PARAMS params = LoadParams();
+    QCOMPARE(gflLoadBitmapUTF8(nullptr, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(gflLoadBitmapUTF8("a", nullptr, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(gflLoadBitmapUTF8("a", &bitmap, nullptr, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(gflGetFileInformationExUTF8(nullptr, -1, &info, 4), int(GFL_ERROR_BAD_PARAMETERS));
+    QVERIFY(!gflBitmapHasEXIF(nullptr) && !gflBitmapGetIPTC(nullptr) && !gflHasXMPUTF8(nullptr));
+    gflFreeBitmap(nullptr);
+    gflFreeEXIF(nullptr);
+    gflFreeEXIF2(nullptr);
+    gflFreeIPTC(nullptr);
+}
+
+QTEST_GUILESS_MAIN(tst_Loading)
+#include "Loading_test.moc"

@@ -1,0 +1,384 @@
+#include "KImage.h"
+
+#include "TestImages.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+Q_DECLARE_METATYPE(std::function<bool(int, int)>)
+
+namespace {
+
+/// Half a count of an integer, the noise of single precision of a float.
+double RoundingOf(const TestForm &form)
+{
+    return form.IsFloat() ? 2e-6 : 0.51;
+}
+
+/// The mean of the source over the area of a target pixel; the area's borders in source pixels.
+double AreaMean(const TestImage &source, double left, double right, double top, double bottom, int channel)
+{
+    double sum = 0;
+    for (int y = static_cast<int>(top); y < std::min<double>(std::ceil(bottom), source.image.height()); ++y) {
+        for (int x = static_cast<int>(left); x < std::min<double>(std::ceil(right), source.image.width()); ++x) {
+            const double across = std::min(x + 1.0, right) - std::max<double>(x, left);
+            const double down = std::min(y + 1.0, bottom) - std::max<double>(y, top);
+            sum += std::max(across, 0.0) * std::max(down, 0.0) * source.Sample(x, y, channel);
+        }
+    }
+    return sum / ((right - left) * (bottom - top));
+}
+
+/// The source between its pixel centres, outermost pixels repeated.
+double Bilinear(const TestImage &source, double x, double y, int channel)
+{
+    const int width = source.image.width(), height = source.image.height();
+    x = std::clamp(x, 0.0, width - 1.0);
+    y = std::clamp(y, 0.0, height - 1.0);
+    const int left = static_cast<int>(x), top = static_cast<int>(y);
+    const int right = std::min(left + 1, width - 1), bottom = std::min(top + 1, height - 1);
+    const double above =
+        source.Sample(left, top, channel) * (1 - (x - left)) + source.Sample(right, top, channel) * (x - left);
+    const double below =
+        source.Sample(left, bottom, channel) * (1 - (x - left)) + source.Sample(right, bottom, channel) * (x - left);
+    return above * (1 - (y - top)) + below * (y - top);
+}
+
+/// Resizes and hands the result on as a test image.
+void Resized(TestImage &source, TestImage &result)
+{
+    KImage target;
+    source.image.Resize(target, result.image.width(), result.image.height());
+    QCOMPARE(int(target.type()), int(source.Form().type));
+    QCOMPARE(int(target.bitsPerComponent()), source.Form().bits);
+    target.CopyTo(result.image, 0, 0);
+}
+
+/// A float RGBA image that is valid where @p isValid says so.
+KImage MaskedImage(int width, int height, const std::function<bool(int, int)> &isValid)
+{
+    KImage image(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            reinterpret_cast<float *>(image.getData(x, y))[3] = isValid(x, y) ? 0.5f : 0.0f;
+    return image;
+}
+
+struct Crop {
+    float left = -1, right = -2, top = -3, bottom = -4;
+};
+
+Crop AutoCrop(const KImage &image)
+{
+    Crop crop;
+    image.GetAutoCrop(crop.left, crop.right, crop.top, crop.bottom);
+    return crop;
+}
+
+} // namespace
+
+class tst_KImageGeometry : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void resizeByDefinition_data();
+    void resizeByDefinition();
+    void flatAndMean_data();
+    void flatAndMean();
+    void rampStaysLinear();
+    void sameSizeIsACopy();
+    void inPlace();
+    void resizeOntoItself();
+    void foreignRows();
+    void otherFormsComeOutZero();
+    void refusedSizes_data();
+    void refusedSizes();
+    void emptyThrowsNothingToSay();
+    void cropHoldsNothingTransparent_data();
+    void cropHoldsNothingTransparent();
+    void fullAndEmptyCrop_data();
+    void fullAndEmptyCrop();
+    void cropByHand();
+    void cropGuards();
+};
+
+void tst_KImageGeometry::resizeByDefinition_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<QSize>("from");
+    QTest::addColumn<QSize>("to");
+    const QSize sizes[][2] = {
+        {{5, 5}, {3, 3}},   {{1001, 3}, {7, 3}}, {{10, 8}, {5, 4}}, {{37, 41}, {1, 1}}, {{10, 9}, {10, 4}}, // area
+        {{10, 8}, {12, 4}}, {{10, 8}, {5, 9}},   {{1, 1}, {4, 3}},  {{7, 5}, {31, 17}},                     // linear
+    };
+    for (int form = 0; form < kFormCount; ++form)
+        for (const auto &size : sizes)
+            QTest::addRow("%s %dx%d to %dx%d", kForms[form].name, size[0].width(), size[0].height(), size[1].width(),
+                          size[1].height())
+                << form << size[0] << size[1];
+}
+
+void tst_KImageGeometry::resizeByDefinition()
+{
+    QFETCH(int, form);
+    QFETCH(QSize, from);
+    QFETCH(QSize, to);
+    TestImage source(kForms[form], from.width(), from.height(), 4), result(kForms[form], to.width(), to.height());
+    source.FillWithNoise(1);
+    Resized(source, result);
+    // Area weighting unless one side grows, whatever the other does.
+    const bool grows = to.width() > from.width() || to.height() > from.height();
+    const double stepX = double(from.width()) / to.width(), stepY = double(from.height()) / to.height();
+    for (int y = 0; y < to.height(); ++y) {
+        for (int x = 0; x < to.width(); ++x) {
+            for (int c = 0; c < kForms[form].channels; ++c) {
+                const double wanted = grows
+                    ? Bilinear(source, (x + 0.5) * stepX - 0.5, (y + 0.5) * stepY - 0.5, c)
+                    : AreaMean(source, x * stepX, (x + 1) * stepX, y * stepY, (y + 1) * stepY, c);
+                const double got = result.Sample(x, y, c);
+                QVERIFY2(std::fabs(got - wanted) <= RoundingOf(kForms[form]),
+                         qPrintable(QStringLiteral("(%1, %2), channel %3: expected %4, got %5")
+                                        .arg(x)
+                                        .arg(y)
+                                        .arg(c)
+                                        .arg(wanted)
+                                        .arg(got)));
+            }
+        }
+    }
+}
+
+void tst_KImageGeometry::flatAndMean_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<QSize>("to");
+    for (int form : {k8uRgb, k16uGrey, k32fRgba})
+        for (const QSize &to : {QSize(1, 1), QSize(61, 7), QSize(293, 151)})
+            QTest::addRow("%s to %dx%d", kForms[form].name, to.width(), to.height()) << form << to;
+}
+
+void tst_KImageGeometry::flatAndMean()
+{
+    QFETCH(int, form);
+    QFETCH(QSize, to);
+    const QSize from(307, 211);
+    TestImage flat(kForms[form], from.width(), from.height()), noise(kForms[form], from.width(), from.height());
+    TestImage result(kForms[form], to.width(), to.height());
+    const double value = kForms[form].IsFloat() ? 0.7 : kForms[form].Full() - 3;
+    double mean = 0, resizedMean = 0;
+    noise.FillWithNoise(1);
+    for (int y = 0; y < from.height(); ++y) {
+        for (int x = 0; x < from.width(); ++x) {
+            for (int c = 0; c < kForms[form].channels; ++c)
+                flat.SetSample(x, y, c, value);
+            mean += noise.Sample(x, y, 0) / (from.width() * from.height());
+        }
+    }
+    Resized(flat, result);
+    for (int y = 0; y < to.height(); ++y)
+        for (int x = 0; x < to.width(); ++x)
+            QVERIFY(std::fabs(result.Sample(x, y, kForms[form].channels - 1) - value)
+                    <= (kForms[form].IsFloat() ? 1e-6 : 0));
+    Resized(noise, result);
+    for (int y = 0; y < to.height(); ++y)
+        for (int x = 0; x < to.width(); ++x)
+            resizedMean += result.Sample(x, y, 0) / (to.width() * to.height());
+    QVERIFY2(std::fabs(mean - resizedMean) <= RoundingOf(kForms[form]),
+             qPrintable(QString::number(resizedMean - mean)));
+}
+
+void tst_KImageGeometry::rampStaysLinear()
+{
+    TestImage ramp(kForms[k32fGrey], 13, 7), result(kForms[k32fGrey], 53, 29);
+    for (int i = 0; i < 13 * 7; ++i)
+        ramp.SetSample(i % 13, i / 13, 0, 2 * (i % 13) - 5 * (i / 13));
+    Resized(ramp, result);
+    for (int y = 0; y < 29; ++y) {
+        for (int x = 0; x < 53; ++x) {
+            const double fromX = (x + 0.5) * 13 / 53 - 0.5, fromY = (y + 0.5) * 7 / 29 - 0.5;
+            if (fromX >= 0 && fromX <= 12 && fromY >= 0 && fromY <= 6)
+                QVERIFY(std::fabs(result.Sample(x, y, 0) - (2 * fromX - 5 * fromY)) < 1e-4);
+        }
+    }
+}
+
+void tst_KImageGeometry::sameSizeIsACopy()
+{
+    TestImage source(kForms[k16uRgb], 31, 17, 2), result(kForms[k16uRgb], 31, 17, 2);
+    source.FillWithNoise(1);
+    KImage target;
+    source.image.Resize(target, 31, 17);
+    QVERIFY(target.m_bitmap->Data != source.image.m_bitmap->Data);
+    QVERIFY(target.m_ownsData);
+    for (int y = 0; y < 17; ++y)
+        QVERIFY(std::equal(target.getData(0, y), target.getData(0, y) + 31 * 6, source.image.getData(0, y)));
+}
+
+void tst_KImageGeometry::inPlace()
+{
+    KImage image(1000, 800, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    image.Resize(500, 400);
+    QCOMPARE(image.width(), 500);
+    QCOMPARE(image.height(), 400);
+
+    TestImage wrapped(kForms[k8uGrey], 4, 4);
+    wrapped.FillWithNoise(1);
+    const auto before = wrapped.Bytes();
+    wrapped.image.Resize(2, 2); // leaves the foreign block alone
+    QCOMPARE(wrapped.image.width(), 2);
+    QVERIFY(wrapped.image.m_ownsData);
+    QVERIFY(wrapped.Bytes() == before);
+}
+
+void tst_KImageGeometry::resizeOntoItself()
+{
+    KImage image(6, 6, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    image.Resize(image, 3, 2);
+    QCOMPARE(image.width(), 3);
+    image.Resize(image, 3, 2); // nothing to do, nothing lost
+    QCOMPARE(image.height(), 2);
+}
+
+void tst_KImageGeometry::foreignRows()
+{
+    // Floats that don't start at multiples of four.
+    TestImage source(kForms[k32fRgb], 9, 5, 2), aligned(kForms[k32fRgb], 9, 5), result(kForms[k32fRgb], 4, 3),
+        wanted(kForms[k32fRgb], 4, 3);
+    source.FillWithNoise(1);
+    source.image.CopyTo(aligned.image, 0, 0);
+    Resized(source, result);
+    Resized(aligned, wanted);
+    QVERIFY(result.Bytes() == wanted.Bytes());
+}
+
+void tst_KImageGeometry::otherFormsComeOutZero()
+{
+    KImage palette(10, 10, GFL_COLORS, 8, /*clear=*/false, nullptr, 0), target;
+    std::fill_n(palette.getData(0, 0), 100, 9);
+    palette.Resize(target, 4, 4);
+    QCOMPARE(int(target.type()), int(GFL_COLORS));
+    QCOMPARE(int(*target.getData(3, 3)), 0);
+}
+
+void tst_KImageGeometry::refusedSizes_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("no columns") << 0 << 5 << QStringLiteral("none");
+    QTest::newRow("negative") << -5 << 5 << QStringLiteral("Invalid Parameter");
+}
+
+void tst_KImageGeometry::refusedSizes()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(QString, message);
+    KImage image(4, 4, GFL_RGB, 8, /*clear=*/true, nullptr, 0), target;
+    QCOMPARE(Thrown([&] { image.Resize(target, width, height); }), message);
+}
+
+void tst_KImageGeometry::emptyThrowsNothingToSay()
+{
+    KImage empty, target(1, 1, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
+    QCOMPARE(Thrown([&] { empty.Resize(target, 2, 2); }), QString());
+    QCOMPARE(Thrown([&] { empty.Resize(2, 2); }), QString());
+    QCOMPARE(target.width(), 1);
+}
+
+void tst_KImageGeometry::cropHoldsNothingTransparent_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<std::function<bool(int, int)>>("isValid");
+    QTest::addColumn<double>("leastShare"); // of the image that the rectangle must hold
+    using Shape = std::function<bool(int, int)>;
+    const QSize size(301, 200);
+    QTest::newRow("ellipse") << size << Shape([](int x, int y) {
+        return std::hypot((x - 150) / 150.5, (y - 99.5) / 100.0) < 1;
+    }) << 0.45; // the largest has half of the box, 2 / pi of the ellipse
+    QTest::newRow("slanted") << size << Shape([](int x, int y) {
+        return y > x * 0.1 && y < 169 + x * 0.1 && x > 20 - y * 0.1 && x < 300 - y * 0.1;
+    }) << 0.6;
+    QTest::newRow("frame") << size << Shape([](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; })
+                           << 0.75;
+    QTest::newRow("pillow") << size << Shape([](int x, int y) {
+        return y >= 30 - std::abs(x - 150) / 6 && x >= 20 - std::abs(y - 100) / 6;
+    }) << 0.75;
+    QTest::newRow("prime and small") << QSize(17, 13) << Shape([](int x, int y) { return x + y >= 3 && x - y <= 13; })
+                                     << 0.6;
+}
+
+void tst_KImageGeometry::cropHoldsNothingTransparent()
+{
+    QFETCH(QSize, size);
+    using Shape = std::function<bool(int, int)>;
+    QFETCH(Shape, isValid);
+    QFETCH(double, leastShare);
+    const Crop crop = AutoCrop(MaskedImage(size.width(), size.height(), isValid));
+    QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(size.width())
+            && crop.bottom <= float(size.height()));
+    for (int y = int(std::ceil(crop.top)); float(y + 1) <= crop.bottom; ++y)
+        for (int x = int(std::ceil(crop.left)); float(x + 1) <= crop.right; ++x)
+            QVERIFY2(isValid(x, y), qPrintable(QStringLiteral("(%1, %2)").arg(x).arg(y)));
+    const double share =
+        double(crop.right - crop.left) * double(crop.bottom - crop.top) / (size.width() * size.height());
+    QVERIFY2(share >= leastShare, qPrintable(QString::number(share)));
+}
+
+void tst_KImageGeometry::fullAndEmptyCrop_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<float>("alpha");
+    for (const QSize &size : {QSize(1, 1), QSize(2, 2), QSize(3, 3), QSize(100, 80), QSize(101, 31)}) {
+        QTest::addRow("full %dx%d", size.width(), size.height()) << size << 1.0f;
+        QTest::addRow("negative alpha is valid, %dx%d", size.width(), size.height()) << size << -0.5f;
+        QTest::addRow("not a number is valid, %dx%d", size.width(), size.height()) << size << std::nanf("");
+        QTest::addRow("empty %dx%d", size.width(), size.height()) << size << 0.0f;
+    }
+}
+
+void tst_KImageGeometry::fullAndEmptyCrop()
+{
+    QFETCH(QSize, size);
+    QFETCH(float, alpha);
+    KImage image(size.width(), size.height(), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    for (int i = 0; i < size.width() * size.height(); ++i)
+        reinterpret_cast<float *>(image.getData(i % size.width(), i / size.width()))[3] = alpha;
+    const Crop crop = AutoCrop(image);
+    const bool full = alpha != 0.0f;
+    QCOMPARE(crop.left, 0.0f);
+    QCOMPARE(crop.top, 0.0f);
+    QCOMPARE(crop.right, full ? float(size.width()) : 0.0f);
+    QCOMPARE(crop.bottom, full ? float(size.height()) : 0.0f);
+}
+
+void tst_KImageGeometry::cropByHand()
+{
+    // Columns 0 to 9 and from 95 on are transparent in every row. Row 0 counts for nothing, row d by at most d * tan:
+    // as soon as d * tan is 10, the left side is at 10, the right one at the last valid column.
+    const KImage image = MaskedImage(100, 80, [](int x, int) { return x >= 10 && x < 95; });
+    const Crop crop = AutoCrop(image);
+    QCOMPARE(crop.left, 10.0f);
+    QCOMPARE(crop.right, 94.0f);
+    // The transparent columns have no valid row at all, so they push down from the top by d / tan, which is least at 79
+    // degrees: column 9 by 9 / tan(79), from the right column 95 (d = 4) by less.
+    const float reach = 9.0f / std::tan(79.0f * float(M_PI) / 180.0f);
+    QVERIFY(std::fabs(crop.top - reach) < 1e-4f);
+    QVERIFY(std::fabs(crop.bottom - (80 - reach)) < 1e-4f);
+}
+
+void tst_KImageGeometry::cropGuards()
+{
+    Crop crop = AutoCrop(KImage());
+    QVERIFY(crop.left == -1 && crop.right == -2 && crop.top == -3 && crop.bottom == -4);
+    for (int form = 0; form < kFormCount; ++form) {
+        const KImage image(4, 3, kForms[form].type, kForms[form].bits, /*clear=*/true, nullptr, 0);
+        QCOMPARE(Thrown([&] { AutoCrop(image); }),
+                 form == k32fRgba ? QStringLiteral("none") : QStringLiteral("Invalid Bitmap"));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_KImageGeometry)
+#include "KImage_Geometry_test.moc"

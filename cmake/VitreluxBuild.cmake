@@ -23,6 +23,10 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
+if(VITRELUX_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link) # lets the fuzzers see which branches of the kernels they reach
+endif()
+
 # Warnings, and the Qt defines that keep text and signals explicit.
 function(vitrelux_compile_rules target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion
@@ -58,5 +62,5 @@ function(vitrelux_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;ASAN_OPTIONS=detect_leaks=1;LC_ALL=C.UTF-8")
+        "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1;LC_ALL=C.UTF-8")
 endfunction()

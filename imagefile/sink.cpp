@@ -69,8 +69,8 @@ Status FileSink::CheckTarget()
 {
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
-    if (!m_replaces)
-        return Status::Ok();
+    if (!m_replaces) // links in a circle and the like are no place for a new file
+        return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))
         return CreateFailure(m_target, "there is something that is not a regular file");

@@ -37,7 +37,6 @@ qint64 Whole(double value)
 } // namespace
 
 bool KChronometer::Calibrated = false;
-KChronometer gChrono;
 
 double InTimeUnit(int unit, qint64 ticks, qint64 frequency)
 {

@@ -1,0 +1,97 @@
+#include "KTools.h"
+
+#include "KCacheDiskManager.h"
+#include "KChronometer.h"
+#include "KLog.h"
+#include "KOmp.h"
+#include "KPoolMemManager.h"
+#include "KSystemInfo.h"
+#include "analytics/KAnalyticsManager.h"
+#include "cpuid2/cpu_topo.h"
+
+#include <thread>
+
+extern "C" void kmp_set_blocktime(int milliseconds) __attribute__((weak)); // not every OpenMP runtime has it
+
+namespace {
+
+bool s_standsAlone = false; // this copy of the kernel made its own objects
+
+/// Counting the processors pins the thread that asks, for good; threads that it starts inherit that, OpenMP's workers
+/// too. So a thread asks that ends at once, and all later queries find the answer.
+void CountProcessors()
+{
+    std::thread(InitCpuTopology).join();
+    komp_num_cores = KSystemInfo::cpuPhysicalCount();
+    komp_num_threads = komp_num_cores * KSystemInfo::cpuHyperThreadingCount();
+}
+
+void SetUpOpenMp()
+{
+    if (kmp_set_blocktime)
+        kmp_set_blocktime(0); // workers sleep after a region instead of spinning against the host's threads
+    omp_set_schedule(omp_sched_guided, 10);
+}
+
+void TakeShared(const KToolsInstances &shared)
+{
+    KLog::init(shared.log);
+    KSystemInfo::init(shared.systemInfo);
+    komp_num_threads = *shared.numThreads;
+    komp_num_cores = *shared.numCores;
+    KPoolMemManager::init(shared.poolMem);
+    KCacheDiskManager::init(shared.cacheDisk);
+    KTools::ms_instances.reserved = shared.reserved;
+    KAnalyticsManager::init(shared.analytics);
+}
+
+void MakeOwn()
+{
+    KLog::init(nullptr);
+    KSystemInfo::init(nullptr);
+    SetUpOpenMp();
+    CountProcessors();
+    KPoolMemManager::init(nullptr);
+    KCacheDiskManager::init(nullptr);
+    KTools::ms_instances.reserved = new void *(nullptr);
+    KAnalyticsManager::init(nullptr);
+    s_standsAlone = true;
+}
+
+} // namespace
+
+KChronometer gChrono; // in this file, so that every program with the kernel has it from its start
+KToolsInstances KTools::ms_instances = {};
+
+void KTools::init(KToolsInstances *instances)
+{
+    if (s_standsAlone)
+        return;
+    if (instances)
+        TakeShared(*instances);
+    else
+        MakeOwn();
+    KPoolMemManager::init(nullptr); // both: only where there still is none
+    KCacheDiskManager::init(nullptr);
+    ms_instances.log = KLog::ms_instance;
+    ms_instances.systemInfo = KSystemInfo::m_instance;
+    ms_instances.poolMem = KPoolMemManager::ms_instance;
+    ms_instances.cacheDisk = KCacheDiskManager::ms_instance;
+    ms_instances.numThreads = &komp_num_threads;
+    ms_instances.numCores = &komp_num_cores;
+    ms_instances.analytics = KAnalyticsManager::instance();
+}
+
+void KTools::exit()
+{
+    if (!s_standsAlone)
+        return;
+    KAnalyticsManager::killInstance();
+    KPoolMemManager::exit();
+    KCacheDiskManager::exit();
+    KSystemInfo::exit();
+    KLog::exit();
+    delete ms_instances.reserved;
+    ms_instances = {};
+    s_standsAlone = false;
+}

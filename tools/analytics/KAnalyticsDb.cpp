@@ -1,0 +1,92 @@
+#include "KAnalyticsDb.h"
+
+#include "KAnalyticsEvent.h"
+
+#include <QUuid>
+
+Q_LOGGING_CATEGORY(kanalyticsdb, "kanalyticsdb", QtWarningMsg)
+
+namespace {
+
+const QString kEventsTable = QStringLiteral("events");
+
+KDbBind UserIdName()
+{
+    return {QStringLiteral("name"), QStringLiteral("user_id")};
+}
+
+} // namespace
+
+KAnalyticsDb::KAnalyticsDb(QString connectionName, QString driver, QObject *parent)
+    : KDbSession(connectionName, driver, parent)
+{
+    setUseRollBack(false);
+}
+
+void KAnalyticsDb::insertEvent(KAnalyticsEvent *event)
+{
+    if (!event)
+        return;
+    executeQuery(KDbQuery(QStringLiteral("INSERT INTO events (value) VALUES(:value)"),
+                          {{QStringLiteral("value"), event->toJson()}}));
+    event->deleteLater();
+}
+
+QList<KAnalyticsRawEvent *> KAnalyticsDb::allEvents()
+{
+    QList<KAnalyticsRawEvent *> events;
+    QSqlQuery rows = executeQuery(QStringLiteral("SELECT id,value FROM events"));
+    while (rows.next())
+        events << new KAnalyticsRawEvent(rows.value(0).toInt(), rows.value(1).toString(), nullptr);
+    rows.finish();
+    executeQuery(QStringLiteral("DELETE FROM events"));
+    return events;
+}
+
+QString KAnalyticsDb::userId(const bool &create)
+{
+    if (!m_userId.isEmpty())
+        return m_userId;
+    QSqlQuery row =
+        executeQuery(KDbQuery(QStringLiteral("SELECT value FROM metadata WHERE name=:name;"), {UserIdName()}));
+    if (row.first()) {
+        m_userId = row.value(0).toString();
+    } else if (create) {
+        row.finish();
+        const QString id = QUuid::createUuid().toString();
+        setUserId(id);
+        m_userId = id.mid(1, id.size() - 2);
+    }
+    return m_userId;
+}
+
+void KAnalyticsDb::setUserId(QString userId)
+{
+    if (!this->userId(/*create=*/false).isEmpty())
+        return;
+    executeQuery(KDbQuery(QStringLiteral("INSERT INTO metadata (name,value) VALUES(:name, :value)"),
+                          {UserIdName(), {QStringLiteral("value"), userId}}));
+}
+
+void KAnalyticsDb::createTable(QString table, QString columns, QSqlDatabase *db)
+{
+    QSqlQuery query(db ? *db : database());
+    query.prepare(QStringLiteral("CREATE TABLE IF NOT EXISTS %1( %2 );").arg(table, columns));
+    query.exec();
+}
+
+void KAnalyticsDb::setFilePath(QString filePath)
+{
+    KDbSession::setFilePath(filePath);
+}
+
+void KAnalyticsDb::buildTables(QSqlDatabase &db)
+{
+    createTable(kEventsTable, QStringLiteral("id INTEGER PRIMARY KEY, value TEXT"), &db);
+    createTable(QStringLiteral("metadata"), QStringLiteral("name TEXT  PRIMARY KEY, value TEXT"), &db);
+}
+
+QStringList KAnalyticsDb::allTables()
+{
+    return {kEventsTable};
+}

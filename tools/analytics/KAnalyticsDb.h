@@ -1,0 +1,40 @@
+// Events of analytics in a local SQLite file.
+#pragma once
+
+#include "KDbSession.h"
+
+class KAnalyticsEvent;
+class KAnalyticsRawEvent;
+
+Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
+
+/// Without savepoint: each statement stands when it has run. On the thread of its connection, with an event loop, which
+/// deletes the events it has taken. A store that can't be opened swallows events and holds none.
+class KAnalyticsDb : public KDbSession {
+    Q_OBJECT
+public:
+    KAnalyticsDb(QString connectionName, QString driver, QObject *parent);
+
+    /// Takes the event over.
+    void insertEvent(KAnalyticsEvent *event);
+    /// Empties the store: nothing is kept in case that sending fails. The events are the caller's.
+    QList<KAnalyticsRawEvent *> allEvents();
+    /// The user's identifier, empty if there is none and @p create is false. Trap: one made here comes without braces,
+    /// and with them from the next session on, since the stored text has them.
+    QString userId(const bool &create);
+    /// Stores an identifier unless there is one.
+    void setUserId(QString userId);
+
+    /// Creates the table if it is missing; on the session's own connection for null.
+    void createTable(QString table, QString columns, QSqlDatabase *db);
+
+public Q_SLOTS:
+    void setFilePath(QString filePath) override;
+
+public:
+    void buildTables(QSqlDatabase &db) override;
+    QStringList allTables() override;
+
+private:
+    QString m_userId;
+};

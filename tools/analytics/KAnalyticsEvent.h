@@ -1,0 +1,117 @@
+// One event of analytics: what happened, when, and a value.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QJsonObject>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+/// Stamped when it is made. On the heap, without a parent; the store that takes it deletes it later. Used on the thread
+/// of the manager. Setters signal only a change.
+class KAnalyticsEvent : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
+    Q_PROPERTY(QString category READ category WRITE setCategory NOTIFY categoryChanged)
+    Q_PROPERTY(qint64 timestamp READ timestamp WRITE setTimestamp NOTIFY timestampChanged)
+    Q_PROPERTY(EventType type READ type WRITE setType NOTIFY typeChanged)
+    Q_PROPERTY(QVariant value READ value WRITE setValue NOTIFY valueChanged)
+public:
+    enum EventType { EventAction = 0, EventDuration = 1, EventCounter = 2 };
+    Q_ENUM(EventType)
+
+    explicit KAnalyticsEvent(QObject *parent);
+
+    QString name() const { return m_name; }
+    QString category() const { return m_category; }
+    /// Milliseconds since the epoch.
+    qint64 timestamp() const { return m_timestamp; }
+    EventType type() const { return m_type; }
+    QVariant value() const { return m_value; }
+
+    /// Compact JSON of toJsonObject().
+    QString toJson();
+    /// Leaves the event as it is if the text is no JSON.
+    void fromJson(QString json);
+    /// Five keys: "timestamp", "name", "category", "type" ("action", "duration", "counter", "unknow") and "value".
+    QJsonObject toJsonObject();
+    /// A key that is missing counts as 0, an empty text, an action, no value.
+    void fromJsonObject(QJsonObject object);
+    /// A plain event with the same fields, the caller's.
+    KAnalyticsEvent *clone();
+
+public Q_SLOTS:
+    void setName(QString name);
+    void setCategory(QString category);
+    void setTimestamp(qint64 timestamp);
+    void setType(EventType type);
+    void setValue(QVariant value);
+
+Q_SIGNALS:
+    void nameChanged(QString name);
+    void categoryChanged(QString category);
+    void timestampChanged(qint64 timestamp);
+    void typeChanged(EventType type);
+    void valueChanged(QVariant value);
+
+private:
+    QString m_name;
+    QString m_category;
+    EventType m_type = EventAction;
+    qint64 m_timestamp;
+    QVariant m_value;
+};
+
+/// A duration in milliseconds. Its time stamp is that of its making, however often it starts.
+class KAnalyticsEventTimer : public KAnalyticsEvent {
+    Q_OBJECT
+public:
+    explicit KAnalyticsEventTimer(QObject *parent);
+
+    void start();
+    void stop();
+
+private:
+    QElapsedTimer m_timer;
+};
+
+/// A count, which may go below 0; no value before the first step.
+class KAnalyticsEventCounter : public KAnalyticsEvent {
+    Q_OBJECT
+public:
+    explicit KAnalyticsEventCounter(QObject *parent);
+
+    void increase() { Count(+1); }
+    void decrease() { Count(-1); }
+
+private:
+    void Count(int step);
+
+    int m_count = 0;
+};
+
+/// An event as it comes out of a store: a number and its JSON text, nothing parsed.
+class KAnalyticsRawEvent : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(int id READ id WRITE setId NOTIFY idChanged)
+    Q_PROPERTY(QString value READ value WRITE setValue NOTIFY valueChanged)
+public:
+    KAnalyticsRawEvent(int id, QString value, QObject *parent);
+
+    int id() const { return m_id; }
+    QString value() const { return m_value; }
+
+public Q_SLOTS:
+    void setId(int id);
+    void setValue(QString value);
+
+Q_SIGNALS:
+    void idChanged(int id);
+    void valueChanged(QString value);
+
+private:
+    int m_id;
+    QString m_value;
+};
+
+Q_DECLARE_METATYPE(KAnalyticsEvent *)

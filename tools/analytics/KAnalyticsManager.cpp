@@ -1,0 +1,254 @@
+#include "KAnalyticsManager.h"
+
+#include "KAnalyticsDb.h"
+#include "KAnalyticsFile.h"
+#include "KAnalyticsProvider.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QUuid>
+
+#include <utility>
+
+Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
+
+namespace {
+
+/// The store's name is no secret; it only doesn't tell at a glance what it is.
+QString StoreName()
+{
+    return QString::fromLatin1(
+        QCryptographicHash::hash(QByteArrayLiteral("analytics"), QCryptographicHash::Md5).toHex());
+}
+
+} // namespace
+
+KAnalyticsManager *KAnalyticsManager::s_instance = nullptr;
+
+KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb)
+    : QObject(parent), m_useDb(useDb)
+{
+    qRegisterMetaType<KAnalyticsEvent::EventType>("KAnalyticsEvent::EventType");
+    qRegisterMetaType<KAnalyticsEvent *>("KAnalyticsEvent*");
+    if (!s_instance)
+        s_instance = this;
+    connect(this, &KAnalyticsManager::flushEventsAsked, this, &KAnalyticsManager::flushEventsSend,
+            Qt::QueuedConnection);
+    createDb(useSettingsUserId);
+}
+
+KAnalyticsManager::~KAnalyticsManager()
+{
+    qDeleteAll(m_providers);
+    qDeleteAll(m_timers);
+    qDeleteAll(m_counters);
+    delete m_db;
+    delete m_file;
+    s_instance = nullptr;
+}
+
+KAnalyticsManager *KAnalyticsManager::instance()
+{
+    if (!s_instance)
+        s_instance = new KAnalyticsManager(/*useSettingsUserId=*/true, nullptr, /*useDb=*/true);
+    return s_instance;
+}
+
+KAnalyticsManager *KAnalyticsManager::init(KAnalyticsManager *instance)
+{
+    if (instance)
+        s_instance = instance;
+    return KAnalyticsManager::instance();
+}
+
+void KAnalyticsManager::killInstance()
+{
+    delete s_instance;
+    s_instance = nullptr;
+}
+
+void KAnalyticsManager::createDb(bool useSettingsUserId)
+{
+    QDir dir(QStandardPaths::writableLocation(QStandardPaths::DataLocation));
+    dir.mkpath(QStringLiteral("."));
+    OpenStore(dir.absoluteFilePath(StoreName()));
+    if (useSettingsUserId)
+        AdoptSettingsUserId();
+    else
+        m_userId = m_db ? m_db->userId(/*create=*/true) : m_file->userId();
+}
+
+void KAnalyticsManager::OpenStore(const QString &path)
+{
+    if (m_useDb) {
+        m_db = new KAnalyticsDb(QStringLiteral("analytics"), QStringLiteral("QSQLITE"), nullptr);
+        m_db->setFilePath(path);
+    } else {
+        m_file = new KAnalyticsFile(nullptr);
+        m_file->setFilePath(path);
+    }
+}
+
+void KAnalyticsManager::AdoptSettingsUserId()
+{
+    QSettings settings(QStringLiteral("Brelt"), QString());
+    const QString key = QStringLiteral("platformDef");
+    m_userId = settings.value(key, QString()).toString();
+    if (m_userId.isEmpty()) {
+        m_userId = QUuid::createUuid().toString();
+        settings.setValue(key, m_userId);
+    }
+    if (m_db)
+        m_db->setUserId(m_userId);
+    else
+        m_file->setUserId(m_userId);
+}
+
+void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
+{
+    if (!provider)
+        return;
+    provider->setParent(this);
+    if (m_useDb)
+        provider->setDb(m_db);
+    if (m_file)
+        provider->setAnFile(m_file);
+    m_providers << provider;
+}
+
+void KAnalyticsManager::sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value)
+{
+    if (!m_isActive)
+        return;
+    auto *event = new KAnalyticsEvent(nullptr);
+    event->setType(type);
+    event->setCategory(category);
+    event->setName(name);
+    event->setValue(value);
+    sendEvent(event, /*flush=*/true);
+}
+
+void KAnalyticsManager::sendEventAction(QString category, QString name, QVariant value)
+{
+    sendEvent(KAnalyticsEvent::EventAction, category, name, value);
+}
+
+void KAnalyticsManager::sendEvent(KAnalyticsEvent *event, bool flush)
+{
+    if (!m_isActive) {
+        if (event)
+            event->deleteLater();
+        return;
+    }
+    if (m_useDb) {
+        m_db->insertEvent(event);
+        m_db->commitAll();
+    } else {
+        m_file->insertEvent(event);
+        if (event)
+            event->deleteLater(); // the file store copies
+    }
+    ++m_nbEvents;
+    if (m_nbEvents >= m_maxEventsBufferised && flush)
+        flushEvents(/*delayed=*/true);
+}
+
+void KAnalyticsManager::startTimerEvent(QString category, QString name)
+{
+    if (!m_isActive)
+        return;
+    KAnalyticsEventTimer *&timer = m_timers[category + name];
+    if (!timer) {
+        timer = new KAnalyticsEventTimer(nullptr);
+        timer->setCategory(category);
+        timer->setName(name);
+    }
+    timer->start();
+}
+
+void KAnalyticsManager::stopTimerEvent(QString category, QString name)
+{
+    if (!m_isActive)
+        return;
+    KAnalyticsEventTimer *timer = m_timers.take(category + name);
+    if (!timer)
+        return;
+    timer->stop();
+    sendEvent(timer, /*flush=*/true);
+}
+
+KAnalyticsEventCounter *KAnalyticsManager::Counter(const QString &category, const QString &name)
+{
+    KAnalyticsEventCounter *&counter = m_counters[category + name];
+    if (!counter) {
+        counter = new KAnalyticsEventCounter(nullptr);
+        counter->setCategory(category);
+        counter->setName(name);
+    }
+    return counter;
+}
+
+void KAnalyticsManager::increaseCounterEvent(QString category, QString name)
+{
+    if (m_isActive)
+        Counter(category, name)->increase();
+}
+
+void KAnalyticsManager::decreaseCounterEvent(QString category, QString name)
+{
+    if (m_isActive)
+        Counter(category, name)->decrease();
+}
+
+void KAnalyticsManager::setMaxEventsBufferised(int maxEventsBufferised)
+{
+    if (m_maxEventsBufferised == maxEventsBufferised)
+        return;
+    m_maxEventsBufferised = maxEventsBufferised;
+    Q_EMIT maxEventsBufferisedChanged(maxEventsBufferised);
+}
+
+void KAnalyticsManager::setVersion(QString version)
+{
+    if (m_version == version)
+        return;
+    m_version = version;
+    Q_EMIT versionChanged(version);
+}
+
+void KAnalyticsManager::setIsActive(bool isActive)
+{
+    if (m_isActive == isActive)
+        return;
+    m_isActive = isActive;
+    Q_EMIT isActiveChanged(isActive);
+}
+
+void KAnalyticsManager::flushEvents(bool delayed)
+{
+    if (delayed)
+        Q_EMIT flushEventsAsked();
+    else
+        flushEventsSend();
+}
+
+void KAnalyticsManager::flushEventsSend()
+{
+    const QHash<QString, KAnalyticsEventCounter *> counters = std::exchange(m_counters, {});
+    for (KAnalyticsEventCounter *counter : counters)
+        sendEvent(counter, /*flush=*/false);
+    const QList<KAnalyticsRawEvent *> raw = m_useDb ? m_db->allEvents() : m_file->allEvents();
+    for (KAnalyticsProvider *provider : qAsConst(m_providers))
+        provider->flushEvents(raw);
+    if (m_providers.isEmpty())
+        qDeleteAll(raw); // nobody else takes them
+}
+
+void KAnalyticsManager::waitBeforeExit()
+{
+    flushEvents(/*delayed=*/false);
+    for (KAnalyticsProvider *provider : qAsConst(m_providers))
+        provider->waitBeforeExit();
+}

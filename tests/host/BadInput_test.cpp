@@ -254,16 +254,10 @@ void BadInputTest::fullDisk()
     WriteJpeg(Path("big.jpg"), 400, 300); // its output has over 200 kB
     WriteBytes(Path("p.lcp"), ProfileText(kDistortionOnly, 400, 300));
     const auto inNamespace = [this](const QString &script) {
-        QProcess shell;
-        shell.start(Text("unshare"),
-                    {Text("-rm"), Text("sh"), Text("-c"),
-                     Text("mount -t tmpfs -o size=128k none '%1' || exit 99; ").arg(Path("disk")) + script});
-        shell.waitForFinished(120000);
-        return ProgramResult{shell.exitStatus() == QProcess::NormalExit ? shell.exitCode() : -1,
-                             0,
-                             shell.readAllStandardOutput(),
-                             shell.readAllStandardError(),
-                             {}};
+        ProgramRun shell;
+        shell.program = Text("unshare");
+        const QString mount = Text("mount -t tmpfs -o size=128k none '%1' || exit 99; ").arg(Path("disk"));
+        return shell.Run({Text("-rm"), Text("sh"), Text("-c"), mount + script});
     };
     if (inNamespace(Text("true")).exitCode != 0)
         QSKIP("mounting a small file system is not allowed here");

@@ -10,7 +10,7 @@ constexpr int kCapDacReadSearch = 2;
 
 } // namespace
 
-ProgramRun::ProgramRun()
+ProgramRun::ProgramRun() : program(QStringLiteral(VITRELUX_PROGRAM))
 {
     const QProcessEnvironment system = QProcessEnvironment::systemEnvironment();
     for (const char *kept :
@@ -33,7 +33,7 @@ void ProgramRun::Set(const char *variable, const QString &value)
 void ProgramRun::Begin(const QStringList &arguments)
 {
     setProcessEnvironment(m_environment);
-    start(QStringLiteral(VITRELUX_PROGRAM), arguments);
+    start(program, arguments);
     waitForStarted();
 }
 

@@ -20,6 +20,9 @@ class ProgramRun : public QProcess {
 public:
     ProgramRun();
 
+    /// What is started; another program may start vitrelux in its turn.
+    QString program;
+
     /// To be called in the child before the program starts: limits, dropped rights. Plain system calls only.
     std::function<void()> beforeStart;
 

@@ -50,9 +50,11 @@ function(vitrelux_layer name)
     vitrelux_compile_rules(${name})
 endfunction()
 
-# vitrelux_test(name SOURCES ... LINKS ...): one QtTest program, run without a display.
+# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those that
+# the thread sanitizer takes: several std::threads, no locks of Qt's, which it doesn't understand.
+add_custom_target(thread_tests)
 function(vitrelux_test name)
-    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
@@ -63,4 +65,8 @@ function(vitrelux_test name)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1;LC_ALL=C.UTF-8")
+    if(arg_THREADS)
+        set_tests_properties(${name} PROPERTIES LABELS threads)
+        add_dependencies(thread_tests ${name})
+    endif()
 endfunction()

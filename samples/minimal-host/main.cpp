@@ -1,0 +1,148 @@
+// The smallest host: corrects one picture by one profile. docs/host-guide.md tells the order of calls it keeps.
+#include "KException.h"
+#include "KIApplication.h"
+#include "KIImageDef.h"
+#include "KIPluginLibrary.h"
+#include "KIPluginOne2One.h"
+#include "KImage.h"
+
+#include <QApplication>
+#include <QDomDocument>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QPluginLoader>
+#include <QXmlStreamReader>
+
+#include <iostream>
+#include <map>
+#include <memory>
+
+/// A picture, read at once. A host with many would read the pixels in LockFullSize and drop them in UnlockFullSize.
+class Picture final : public KIImageDef {
+public:
+    /// Throws KException if the file can't be read.
+    explicit Picture(const QString &file) : m_file(file) { m_pixels.ID_Read(FileName(), true); }
+
+    // What the correction asks.
+    QString FileName() const override { return m_file.absoluteFilePath(); }
+    int nDepth() const override { return m_pixels.bitsPerComponent(); }
+    bool HasExif() const override { return false; }
+    KImage *LockFullSize(bool /*nativeDepth*/) override { return &m_pixels; }
+    void UnlockFullSize(bool /*nativeDepth*/) override { }
+
+    // What only wizard pages and lists ask.
+    QString ShortFileName() const override { return m_file.fileName(); }
+    QString PathName() const override { return m_file.absolutePath(); }
+    int nRows() const override { return m_pixels.height(); }
+    int nCols() const override { return m_pixels.width(); }
+    int nBands() const override { return m_pixels.type() == GFL_GREY ? 1 : m_pixels.type() == GFL_RGB ? 3 : 4; }
+    bool HasICC() const override { return false; }
+    bool IsRaw() const override { return false; }
+    float GetFocal() const override { return 0; }
+    int Model() const override { return 0; }
+    qint64 GetTimestamp() const override { return 0; }
+    float GetEV() const override { return 0; }
+    QPixmap *GetThumbnail() const override { return nullptr; }
+    KImage *Lock(int, int, bool) override { return nullptr; }
+    void Unlock(int, int, bool) override { }
+
+private:
+    QFileInfo m_file;
+    KImage m_pixels;
+};
+
+/// The application, as the plug-in sees it. The image kernel starts once the QApplication stands, and ends before it.
+class Host final : public QApplication, public KIApplication {
+    Q_OBJECT
+    Q_INTERFACES(KIApplication)
+
+public:
+    Host(int &argc, char **argv) : QApplication(argc, argv) { KImage::init(nullptr); }
+    ~Host() override
+    {
+        m_pictures.clear(); // their pixels belong to the image kernel
+        KImage::exit();
+    }
+
+    // A real host keeps the settings in a file.
+    QVariant GetPluginSetting(QString uid, QString key, QVariant unset) override
+    {
+        return m_settings.value({uid, key}, unset);
+    }
+    void SetPluginSetting(QString uid, QString key, QVariant value) override { m_settings[{uid, key}] = value; }
+    QLocale Locale() override { return QLocale(); }
+    void LoadTranslator(QString) override { }
+
+    KIImageDef *ImageDefOf(QString file) override
+    try {
+        return &m_pictures.try_emplace(file, file).first->second; // described once, and kept
+    } catch (const KException &error) {
+        std::cerr << qPrintable(error.what()) << std::endl;
+        return nullptr;
+    }
+    KImageInstances *ImageInstances() override { return &KImage::ms_instances; }
+    KUIInstances *UIInstances() override { return nullptr; }
+
+private:
+    std::map<QString, Picture> m_pictures;
+    QHash<QPair<QString, QString>, QVariant> m_settings;
+};
+
+/// The plug-in's process, owned by the plug-in's library object. Throws KException if there is none.
+static KIPluginOne2One *LoadProcess()
+{
+    QPluginLoader loader(QStringLiteral(PLUGIN_FILE)); // going out of scope doesn't unload
+    QObject *object = loader.instance();
+    if (!object)
+        throw KException(loader.errorString(), KPlace());
+    auto *library = static_cast<KIPluginLibrary *>(object->qt_metacast("KIPluginLibrary"));
+    QObject *process = library->Plugins(KIPluginLibrary::All).last();
+    return static_cast<KIPluginOne2One *>(process->qt_metacast("KIPluginOne2One"));
+}
+
+/// The plug-in says nothing of a profile that it can't read, so this is looked at first.
+static bool IsWellFormed(const QString &profile)
+{
+    QFile file(profile);
+    QXmlStreamReader reader(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+    while (!reader.atEnd())
+        reader.readNext();
+    return !reader.hasError();
+}
+
+/// Writes the corrected picture beside its source, over an older one, and hands back its path. Throws KException.
+static QString Correct(const QString &picture, const QString &profile)
+{
+    if (!IsWellFormed(profile))
+        throw KException(QStringLiteral("%1 is not a readable profile").arg(profile), KPlace());
+
+    QDomDocument document; // has to outlive its element
+    QDomElement choice = document.createElement(QStringLiteral("Lens correction"));
+    choice.setAttribute(QStringLiteral("Disto"), 1);
+    choice.setAttribute(QStringLiteral("Falloff"), 1);
+    choice.setAttribute(QStringLiteral("LCPfilename"), QFileInfo(profile).absoluteFilePath());
+
+    KIPluginOne2One *process = LoadProcess();
+    const auto free = [process](void *parameters) { process->FreeParameters(parameters); };
+    const std::unique_ptr<void, decltype(free)> record(process->AllocParameters(choice), free);
+    QString corrected;
+    process->Process(QFileInfo(picture).absoluteFilePath(), record.get(), corrected);
+    return corrected;
+}
+
+int main(int argc, char *argv[])
+try {
+    qputenv("QT_QPA_PLATFORM", "offscreen"); // shows no window, so it needs no display
+    Host host(argc, argv);
+    const QStringList arguments = host.arguments();
+    if (arguments.size() != 3)
+        throw KException(QStringLiteral("Usage: minimal-host PICTURE PROFILE"), KPlace());
+    std::cout << qPrintable(Correct(arguments[1], arguments[2])) << std::endl;
+    return 0;
+} catch (const KException &error) {
+    std::cerr << qPrintable(error.what()) << std::endl;
+    return 1;
+}
+
+#include "main.moc"

@@ -278,6 +278,9 @@ void tst_KDbSession::lockedByAnother()
     first.close();
     second.Add(QStringLiteral("later"));
     QCOMPARE(second.Texts(), QStringList({QStringLiteral("first"), QStringLiteral("later")}));
+    QSqlQuery synchronous = second.executeQuery(QStringLiteral("PRAGMA synchronous"));
+    QVERIFY(synchronous.next());
+    QCOMPARE(synchronous.value(0).toInt(), 0); // opened in full as soon as it could be
 }
 
 void tst_KDbSession::statements()
@@ -287,10 +290,14 @@ void tst_KDbSession::statements()
     QSqlDatabase::registerSqlDriver(kSqlite, new FakeSqlDriverCreator(&log));
     const QString create =
         QStringLiteral("CREATE TABLE IF NOT EXISTS notes(id INTEGER PRIMARY KEY, text TEXT, n REAL)");
-    const QStringList tuning = {
-        QStringLiteral("PRAGMA page_size = 4096"),         QStringLiteral("PRAGMA cache_size = 16384"),
-        QStringLiteral("PRAGMA temp_store = MEMORY"),      QStringLiteral("PRAGMA journal_mode = OFF"),
-        QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"), QStringLiteral("PRAGMA synchronous = OFF")};
+    const QStringList tuning = {QStringLiteral("PRAGMA page_size = 4096"),
+                                QStringLiteral("PRAGMA cache_size = 16384"),
+                                QStringLiteral("PRAGMA temp_store = MEMORY"),
+                                QStringLiteral("PRAGMA journal_mode = OFF"),
+                                QStringLiteral("BEGIN EXCLUSIVE"),
+                                QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"),
+                                QStringLiteral("COMMIT"),
+                                QStringLiteral("PRAGMA synchronous = OFF")};
     const QString release = QStringLiteral("RELEASE SAVEPOINT load;"), save = QStringLiteral("SAVEPOINT load;");
 
     Notes other(QStringLiteral("FAKE"));

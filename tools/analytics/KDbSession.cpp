@@ -5,6 +5,7 @@
 #include <QSqlError>
 #include <QSqlField>
 #include <QSqlRecord>
+#include <QThread>
 #include <QVariant>
 
 Q_LOGGING_CATEGORY(dbsession, "dbsession", QtWarningMsg)
@@ -19,6 +20,20 @@ constexpr QLatin1String kInMemory(":memory:");
 bool Run(QSqlQuery &query, const QString &text)
 {
     return query.prepare(text) && query.exec();
+}
+
+/// Two processes that start together on one file can come to hold half a lock each, and with exclusive locking neither
+/// would ever let go. While locking is still normal, the one that fails lets go, so the other gets all of it; a few
+/// tries, no pause. False if another process has the file.
+bool TakeLock(QSqlQuery &query)
+{
+    constexpr int kTries = 20;
+    for (int i = 0; i < kTries; ++i) {
+        if (Run(query, QStringLiteral("BEGIN EXCLUSIVE")))
+            return true;
+        QThread::yieldCurrentThread();
+    }
+    return false;
 }
 
 QSqlQuery Inactive()
@@ -101,23 +116,45 @@ QSqlDatabase KDbSession::openDb(QString connectionName, QString filePath)
         qCWarning(dbsession) << "[openDb]" << filePath << "Error while opening" << db.lastError().text();
     if (!db.isOpen())
         return db;
-    if (m_driver == kSqlite)
-        Tune(db);
+    const bool tuned = m_driver != kSqlite || Tune(db);
     buildTables(db);
+    if (connectionName == m_connectionName)
+        m_tuned = tuned;
     return db;
 }
 
-void KDbSession::Tune(QSqlDatabase &db)
+void KDbSession::CatchUp()
+{
+    if (m_tuned)
+        return;
+    {
+        QSqlQuery query(m_db);
+        if (!Run(query, QStringLiteral("BEGIN EXCLUSIVE")))
+            return;
+        Run(query, QStringLiteral("COMMIT"));
+    }
+    m_tuned = true; // for statements of buildTables()
+    const bool tuned = Tune(m_db);
+    buildTables(m_db);
+    m_tuned = tuned;
+}
+
+bool KDbSession::Tune(QSqlDatabase &db)
 {
     QSqlQuery query(db);
-    for (const char *statement :
-         {"PRAGMA page_size = 4096", "PRAGMA cache_size = 16384", "PRAGMA temp_store = MEMORY",
-          "PRAGMA journal_mode = OFF", "PRAGMA locking_mode = EXCLUSIVE", "PRAGMA synchronous = OFF"})
+    for (const char *statement : {"PRAGMA page_size = 4096", "PRAGMA cache_size = 16384", "PRAGMA temp_store = MEMORY",
+                                  "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
-    if (!m_useRollBack)
-        return;
-    Run(query, QStringLiteral("RELEASE SAVEPOINT load;"));
-    Run(query, QStringLiteral("PRAGMA journal_mode = MEMORY")); // without any journal SQLite can't undo to a savepoint
+    const bool locked = TakeLock(query);
+    Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
+    if (locked)
+        Run(query, QStringLiteral("COMMIT")); // the lock stays
+    Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
+    if (m_useRollBack) {
+        Run(query, QStringLiteral("RELEASE SAVEPOINT load;"));
+        Run(query, QStringLiteral("PRAGMA journal_mode = MEMORY")); // without any SQLite can't undo to a savepoint
+    }
+    return locked;
 }
 
 void KDbSession::setFilePath(QString filePath)
@@ -177,6 +214,7 @@ QSqlQuery KDbSession::executeQueries(QStringList queries)
 {
     if (!checkDb())
         return Inactive();
+    CatchUp();
     QSqlQuery sqlQuery(m_db);
     for (const QString &query : queries)
         Run(sqlQuery, query);
@@ -187,6 +225,7 @@ QSqlQuery KDbSession::executeQueries(QList<KDbQuery> queries)
 {
     if (!checkDb())
         return Inactive();
+    CatchUp();
     QSqlQuery sqlQuery(m_db);
     for (const KDbQuery &query : queries)
         query.execute(sqlQuery);

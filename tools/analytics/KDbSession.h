@@ -65,10 +65,14 @@ public:
     virtual QStringList allTables() = 0;
 
 private:
-    void Tune(QSqlDatabase &db);
+    /// False if another process has the file: then SQLite takes no settings.
+    bool Tune(QSqlDatabase &db);
+    /// What opening couldn't do, as soon as that process has left.
+    void CatchUp();
     void CopyTable(const QString &table, QSqlDatabase &target);
 
     bool m_useRollBack = false;
+    bool m_tuned = false;
     QString m_connectionName;
     QString m_filePath;
     QString m_driver;

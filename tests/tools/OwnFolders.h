@@ -1,0 +1,26 @@
+// Data and settings folders of a test's own, so that nothing reaches those of the user who runs it.
+#pragma once
+
+#include <QTemporaryDir>
+
+/// To be made before the application object, since Qt asks for the folders once.
+class OwnFolders {
+public:
+    OwnFolders()
+    {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(Data()));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(Config()));
+    }
+
+    QString Data() const { return m_dir.filePath(QStringLiteral("data")); }
+    QString Config() const { return m_dir.filePath(QStringLiteral("config")); }
+    /// Where analytics keeps its store for an application of that name.
+    QString Store(const QString &application) const
+    {
+        // MD5 of "analytics", by md5sum
+        return Data() + QLatin1Char('/') + application + QStringLiteral("/68c4283db8074b12df1660b31c0220a9");
+    }
+
+private:
+    QTemporaryDir m_dir;
+};

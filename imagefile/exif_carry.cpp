@@ -105,7 +105,7 @@ std::vector<std::uint8_t> EncodeExif(const Exiv2::ExifData &exif)
     Exiv2::MemIo io;
     Exiv2::TiffParser::encode(io, nullptr, 0, Exiv2::littleEndian, exif, Exiv2::IptcData(), Exiv2::XmpData());
     io.seek(0, Exiv2::BasicIo::beg);
-    const Exiv2::DataBuf bytes = io.read(io.size());
+    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
     return std::vector<std::uint8_t>(bytes.pData_, bytes.pData_ + bytes.size_);
 }
 

@@ -1,5 +1,7 @@
 #include "image_limits.h"
 
+#include <algorithm>
+
 namespace imagefile {
 
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits)
@@ -18,13 +20,14 @@ Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int
     return Status::Ok();
 }
 
-Status CheckUnpackedSize(std::int64_t unpackedBytes, std::uint64_t fileBytes, std::int64_t maxRatio)
+Status CheckClaim(std::int64_t storedBytes, std::int64_t deliveredBytes, std::uint64_t fileBytes, std::int64_t maxRatio)
 {
-    if (unpackedBytes <= kHarmlessBytes || static_cast<std::uint64_t>(unpackedBytes / maxRatio) <= fileBytes)
+    if (std::max(storedBytes, deliveredBytes) <= kHarmlessBytes
+        || static_cast<std::uint64_t>(storedBytes / maxRatio) <= fileBytes)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_FILE_READ,
                         Text("the file claims %lld bytes of pixels but holds only %llu bytes",
-                             static_cast<long long>(unpackedBytes), static_cast<unsigned long long>(fileBytes)));
+                             static_cast<long long>(storedBytes), static_cast<unsigned long long>(fileBytes)));
 }
 
 } // namespace imagefile

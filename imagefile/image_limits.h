@@ -24,7 +24,7 @@ constexpr std::int64_t kMaxCodecAllocation = std::int64_t(1) << 30;
 
 /// Scans of one JPEG: a progressive file needs about 10, at most some 60. Each scan goes over the whole picture, so
 /// that a small file with thousands of them would keep a processor busy for minutes.
-constexpr int kMaxJpegScans = 200;
+constexpr int kMaxJpegScans = 100;
 
 /// A picture of 512 pixels a byte is what Huffman-coded JPEG can reach: one bit for each block of 8 by 8.
 constexpr std::int64_t kJpegPixelsPerByte = 512;
@@ -35,8 +35,10 @@ constexpr std::uint64_t kBigTiffFromBytes = std::uint64_t(1) << 32;
 /// Checks sides and delivered bytes. @p channels 1 to 4, @p bits 8, 16 or 32 as delivered.
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits);
 
-/// Checks what the stored pixels unpack to against what the file holds. @p maxRatio: unpacked bytes that one byte of
-/// the file can stand for at most, by the format's own arithmetic.
-Status CheckUnpackedSize(std::int64_t unpackedBytes, std::uint64_t fileBytes, std::int64_t maxRatio);
+/// Checks what a file claims against what it holds. @p storedBytes: what its pixels unpack to, before conversion;
+/// @p deliveredBytes: what the caller will get; @p maxRatio: unpacked bytes that one byte of the file can stand for at
+/// most, by the format's own arithmetic.
+Status CheckClaim(std::int64_t storedBytes, std::int64_t deliveredBytes, std::uint64_t fileBytes,
+                  std::int64_t maxRatio);
 
 } // namespace imagefile

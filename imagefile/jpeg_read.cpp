@@ -195,8 +195,8 @@ Status Decoder::Open()
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("JPEG: %d components; 1, 3 and 4 are read", components));
     if (Status status = CheckImageSize(m_cinfo.image_width, m_cinfo.image_height, 4, 8); !status)
         return status;
-    return CheckUnpackedSize(std::int64_t(m_cinfo.image_width) * m_cinfo.image_height, m_input->source->Size(),
-                             kJpegPixelsPerByte);
+    const std::int64_t pixels = std::int64_t(m_cinfo.image_width) * m_cinfo.image_height;
+    return CheckClaim(pixels, pixels * 3, m_input->source->Size(), kJpegPixelsPerByte);
 }
 
 void Decoder::ChooseScale(const Box &box)

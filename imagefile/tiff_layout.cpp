@@ -220,7 +220,8 @@ Status CheckBytes(const Source &source, const TiffHandle &handle, const TiffLayo
     const std::int64_t bytes = layout.isTiled
         ? static_cast<std::int64_t>(tileBytes) * TIFFNumberOfTiles(handle.Get()) // <= 2^30 * 2^32
         : (rowBits + 7) / 8 * layout.height;
-    return CheckUnpackedSize(bytes, source.Size(), MaxRatio(layout));
+    const std::int64_t delivered = std::int64_t(layout.width) * layout.height * layout.form.BytesPerPixel(); // <= 2^44
+    return CheckClaim(bytes, delivered, source.Size(), MaxRatio(layout));
 }
 
 } // namespace

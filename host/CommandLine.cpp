@@ -195,7 +195,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     const QString program = QStringLiteral("vitrelux");
     if (arguments.isEmpty())
         return Refuse(program, QStringLiteral("no command."));
-    const QString first = arguments.first();
+    const QString &first = arguments.first();
     if (first == QLatin1String("--help") || first == QLatin1String("-h"))
         return PrintText(ProgramHelp());
     if (first == QLatin1String("--version"))

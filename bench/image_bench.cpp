@@ -1,4 +1,4 @@
-// KImage at 24 megapixels on one thread: copies, conversions, right-angle rotation.
+// KImage at 24 megapixels on one thread: copies, conversions, right-angle rotation, reduction.
 #include "CopyRatio.h"
 
 #include "KImage.h"
@@ -77,6 +77,19 @@ void BM_RotateRightAngle(benchmark::State &state)
     });
 }
 BENCHMARK(BM_RotateRightAngle)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/// To 1,024 pixels wide, as the preview reduces.
+void BM_Resize(benchmark::State &state, PixelForm form)
+{
+    constexpr int kPreviewWidth = 1024, kPreviewHeight = kPreviewWidth * kHeight / kWidth;
+    KImage source(kWidth, kHeight, form.type, form.bits, /*clear=*/false, nullptr, 0), target;
+    FillWithNoise(source);
+    source.Resize(target, kPreviewWidth, kPreviewHeight);
+    MeasureAgainstCopy(state, kPixels, ImageBytes(source) + ImageBytes(target),
+                       [&] { source.Resize(target, kPreviewWidth, kPreviewHeight); });
+}
+BENCHMARK_CAPTURE(BM_Resize, 8uRgb, kRgb8)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_Resize, 32fRgba, kRgba32)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -18,8 +18,10 @@ struct Taps {
 /// under reductions by thousands.
 constexpr int kTapsInFloat = 32;
 
+constexpr int kRowsAtOnce = 3;
+
 /// Samples of a row that are worked on at a time: sums and their source rows stay in the first cache.
-constexpr std::int64_t kRunSamples = 1024;
+constexpr std::int64_t kRunSamples = 256;
 
 /// Weights of an axis, at most: under area weighting a source position counts for one target position, or for two if an
 /// edge cuts it.
@@ -88,10 +90,23 @@ template <typename FillTaps> Status Init(Size src, Size dst, ResizeSpec *spec, F
     return Status::Ok;
 }
 
-template <typename T> void AddWeighted(const T *src, float weight, float *sums, std::int64_t count)
+/// sums += the weighted sum of @p Rows rows from @p src on. Several at a time, because the sums go through memory for
+/// each call.
+template <int Rows, typename T>
+void AddRows(const T *src, Step srcStep, const float *weights, float *sums, std::int64_t count)
 {
-    for (std::int64_t i = 0; i < count; ++i)
-        sums[i] += weight * static_cast<float>(src[i]);
+    const T *rows[Rows];
+    float w[Rows];
+    for (int k = 0; k < Rows; ++k) {
+        rows[k] = RowAt(src, srcStep, k);
+        w[k] = weights[k];
+    }
+    for (std::int64_t i = 0; i < count; ++i) {
+        float sum = sums[i];
+        for (int k = 0; k < Rows; ++k)
+            sum += w[k] * static_cast<float>(rows[k][i]);
+        sums[i] = sum;
+    }
 }
 
 /// @p count samples, at most kRunSamples, of the weighted sum of the rows of @p taps.
@@ -100,8 +115,11 @@ void SumRows(const T *src, Step srcStep, const Taps &taps, const float *weights,
 {
     const auto sumGroup = [=](int from, int to) {
         std::fill_n(sums, count, 0.0f);
-        for (int k = from; k < to; ++k)
-            AddWeighted(RowAt(src, srcStep, std::int64_t(taps.first) + k), weights[k], sums, count);
+        int k = from;
+        for (; k + kRowsAtOnce <= to; k += kRowsAtOnce)
+            AddRows<kRowsAtOnce>(RowAt(src, srcStep, std::int64_t(taps.first) + k), srcStep, weights + k, sums, count);
+        for (; k < to; ++k)
+            AddRows<1>(RowAt(src, srcStep, std::int64_t(taps.first) + k), srcStep, weights + k, sums, count);
     };
     if (taps.count <= kTapsInFloat) {
         sumGroup(0, taps.count);

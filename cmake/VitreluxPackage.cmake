@@ -14,7 +14,7 @@ install(FILES imagefile/gfl.h imagefile/gfl_records.h DESTINATION include/vitrel
 
 file(WRITE "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" [[
 include(CMakeFindDependencyMacro)
-find_dependency(Qt5 COMPONENTS Core Gui Widgets Xml)
+find_dependency(Qt5 COMPONENTS Core Gui Sql Widgets Xml)
 find_dependency(OpenMP COMPONENTS CXX)
 find_dependency(TBB)
 include("${CMAKE_CURRENT_LIST_DIR}/VitreluxTargets.cmake")
@@ -34,5 +34,6 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)  # loaded at run time, so not found among the linked ones
 set(CPACK_STRIP_FILES ON)
 include(CPack)

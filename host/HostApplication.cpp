@@ -1,10 +1,60 @@
 #include "HostApplication.h"
 
 #include "KImage.h"
+#include "analytics/KAnalyticsManager.h"
 
 #include <QDir>
 
+#include <unistd.h>
+
+#include <cstdio>
+
 namespace {
+
+/// Sends what is printed on standard output to standard error for a while.
+class OutputAside {
+public:
+    OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
+    {
+        if (m_output != -1)
+            dup2(STDERR_FILENO, STDOUT_FILENO);
+    }
+    ~OutputAside()
+    {
+        std::fflush(stdout);
+        if (m_output == -1)
+            return;
+        dup2(m_output, STDOUT_FILENO);
+        close(m_output);
+    }
+    OutputAside(const OutputAside &) = delete;
+    OutputAside &operator=(const OutputAside &) = delete;
+
+private:
+    int m_output;
+};
+
+/// Analytics stays off in this program: the kernels take the manager that is there already, and end it. It has no
+/// database, and the data folder that it would make is led nowhere, since this program leaves nothing behind.
+void SwitchAnalyticsOff()
+{
+    constexpr const char *kDataFolder = "XDG_DATA_HOME";
+    const bool wasSet = qEnvironmentVariableIsSet(kDataFolder);
+    const QByteArray before = qgetenv(kDataFolder);
+    qputenv(kDataFolder, "/dev/null");
+    (new KAnalyticsManager(/*useSettingsUserId=*/false, nullptr, /*useDb=*/false))->setIsActive(false);
+    if (wasSet)
+        qputenv(kDataFolder, before);
+    else
+        qunsetenv(kDataFolder);
+}
+
+void StartKernels()
+{
+    const OutputAside aside; // the tool kernel prints there what it finds odd about processors; ours is for results
+    SwitchAnalyticsOff();
+    KImage::init(nullptr);
+}
 
 QString SettingPath(const QString &uid, const QString &key)
 {
@@ -41,7 +91,7 @@ HostApplication::HostApplication(int &argc, char **argv)
     setOrganizationName(QStringLiteral("Brelt"));
     setApplicationName(QStringLiteral("vitrelux"));
     setApplicationVersion(QStringLiteral(VITRELUX_VERSION));
-    KImage::init(nullptr);
+    StartKernels();
 }
 
 HostApplication::~HostApplication()

@@ -2,6 +2,8 @@
 #include "ImageDatas.h"
 #include "KImage.h"
 #include "KImage_p.h"
+#include "KOmp.h"
+#include "KTools.h"
 
 #include <cstdlib>
 
@@ -30,19 +32,23 @@ void KImage::init(KImageInstances *instances)
 {
     if (s_startedAlone)
         return;
+    KTools::init(instances ? instances->tools : nullptr);
     if (instances) {
         ImageDatas::settings = instances->settings; // the image-file layer is the host's to start
     } else {
         ImageDatas::settings = new ImageDatas;
         gflLibraryInitEx(alloc_callback, realloc_callback, free_callback, nullptr);
         gflEnableLZW(1);
+        gflSetThreads(komp_num_threads);
         s_startedAlone = true;
     }
+    ms_instances.tools = &KTools::ms_instances;
     ms_instances.settings = ImageDatas::settings;
 }
 
 void KImage::exit()
 {
+    KTools::exit();
     if (!s_startedAlone)
         return;
     delete ImageDatas::settings;

@@ -1,7 +1,10 @@
 // The host as a plug-in meets it: found by name, settings, descriptions of pictures and the lending of their pixels.
 #include "HostApplication.h"
 
+#include "KImage.h"
+#include "KTools.h"
 #include "TestFiles.h"
+#include "analytics/KAnalyticsManager.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -16,6 +19,7 @@ private Q_SLOTS:
     void describesPicture();
     void lendsPixels();
     void failedLockLendsNothing();
+    void sharesToolsWithoutAnalytics();
 
 private:
     static KIApplication *Host()
@@ -96,6 +100,15 @@ void HostApplicationTest::failedLockLendsNothing()
     QCOMPARE(def->nDepth(), 0);
     QVERIFY_EXCEPTION_THROWN(def->LockFullSize(true), KException);
     QVERIFY_EXCEPTION_THROWN(def->LockFullSize(true), KException); // and the next try is a new one
+}
+
+void HostApplicationTest::sharesToolsWithoutAnalytics()
+{
+    const KToolsInstances *tools = Host()->ImageInstances()->tools;
+    QVERIFY(tools && tools->log && tools->systemInfo && tools->poolMem && tools->cacheDisk);
+    QVERIFY(*tools->numThreads >= *tools->numCores && *tools->numCores >= 1);
+    QVERIFY(!tools->analytics->isActive());
+    QCOMPARE(tools->analytics->userId(), QString());
 }
 
 int main(int argc, char **argv)

@@ -17,7 +17,7 @@ class KAnalyticsEvent : public QObject {
     Q_PROPERTY(EventType type READ type WRITE setType NOTIFY typeChanged)
     Q_PROPERTY(QVariant value READ value WRITE setValue NOTIFY valueChanged)
 public:
-    enum EventType { EventAction = 0, EventDuration = 1, EventCounter = 2 };
+    enum EventType : int { EventAction = 0, EventDuration = 1, EventCounter = 2 }; // other numbers may come from hosts
     Q_ENUM(EventType)
 
     explicit KAnalyticsEvent(QObject *parent);

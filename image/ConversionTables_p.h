@@ -79,38 +79,36 @@ template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, 
 
 } // namespace steps
 
-// clang-format off
-
 /// Depth step, [from][to][layout]; one depth to itself needs none.
 constexpr RunStep kDepthSteps[3][3][3] = {
+    // from 8u
     {{},
      {steps::Run<ippiScale_8u16u_C1R>, steps::Run<ippiScale_8u16u_C3R>, steps::Run<ippiScale_8u16u_C4R>},
      {steps::Run<ippiScale_8u32f_C1R, 0, 1>, steps::Run<ippiScale_8u32f_C3R, 0, 1>,
       steps::Run<ippiScale_8u32f_C4R, 0, 1>}},
+    // from 16u
     {{steps::Run<ippiScale_16u8u_C1R, 1>, steps::Run<ippiScale_16u8u_C3R, 1>, steps::Run<ippiScale_16u8u_C4R, 1>},
      {},
-     {steps::Run<primitives::Scale16ToFloat<1>>, steps::Run<primitives::Scale16ToFloat<3>>, steps::Run<primitives::Scale16ToFloat<4>>}},
+     {steps::Run<primitives::Scale16ToFloat<1>>, steps::Run<primitives::Scale16ToFloat<3>>,
+      steps::Run<primitives::Scale16ToFloat<4>>}},
+    // from 32f
     {{steps::Run<ippiScale_32f8u_C1R, 0, 1>, steps::Run<ippiScale_32f8u_C3R, 0, 1>,
       steps::Run<ippiScale_32f8u_C4R, 0, 1>},
-     {steps::Run<primitives::ScaleFloatTo16<1>>, steps::Run<primitives::ScaleFloatTo16<3>>, steps::Run<primitives::ScaleFloatTo16<4>>},
+     {steps::Run<primitives::ScaleFloatTo16<1>>, steps::Run<primitives::ScaleFloatTo16<3>>,
+      steps::Run<primitives::ScaleFloatTo16<4>>},
      {}}};
 
 /// Channel step, [depth][from][to]; one layout to itself needs none. New alpha is opaque.
 constexpr RunStep kChannelSteps[3][3][3] = {
-    {{nullptr, steps::Spread<ippiCopy_8u_C1C3R, ippiSwapChannels_8u_C3R>,
-      steps::Opaque<Ipp8u, 1, 255>},
+    {{nullptr, steps::Spread<ippiCopy_8u_C1C3R, ippiSwapChannels_8u_C3R>, steps::Opaque<Ipp8u, 1, 255>},
      {steps::Run<ippiRGBToGray_8u_C3C1R>, nullptr, steps::Opaque<Ipp8u, 3, 255>},
      {steps::Run<ippiRGBToGray_8u_AC4C1R>, steps::Run<ippiCopy_8u_AC4C3R>, nullptr}},
-    {{nullptr, steps::Spread<ippiCopy_16u_C1C3R, ippiSwapChannels_16u_C3R>,
-      steps::Opaque<Ipp16u, 1, 65535>},
+    {{nullptr, steps::Spread<ippiCopy_16u_C1C3R, ippiSwapChannels_16u_C3R>, steps::Opaque<Ipp16u, 1, 65535>},
      {steps::Run<ippiRGBToGray_16u_C3C1R>, nullptr, steps::Opaque<Ipp16u, 3, 65535>},
      {steps::Run<ippiRGBToGray_16u_AC4C1R>, steps::Run<ippiCopy_16u_AC4C3R>, nullptr}},
-    {{nullptr, steps::Spread<ippiCopy_32f_C1C3R, ippiSwapChannels_32f_C3R>,
-      steps::Opaque<Ipp32f, 1, 1>},
+    {{nullptr, steps::Spread<ippiCopy_32f_C1C3R, ippiSwapChannels_32f_C3R>, steps::Opaque<Ipp32f, 1, 1>},
      {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
-
-// clang-format on
 
 /// The cases that deviate from an opaque alpha, all of grey to RGBA; hosts rely on them.
 struct AlphaException {

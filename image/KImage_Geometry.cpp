@@ -32,69 +32,36 @@ IppBlock AllocateIpp(std::int64_t bytes)
     return block;
 }
 
-/// The functions of one depth: how to prepare, and the two methods by layout.
-template <typename T> struct ResizeFunctions {
-    decltype(&ippiResizeGetSize_8u) getSize;
-    decltype(&ippiResizeSuperInit_8u) superInit;
-    decltype(&ippiResizeLinearInit_8u) linearInit;
-    decltype(&ippiResizeGetBufferSize_8u) getBufferSize;
-    decltype(&primitives::ResizeSuper<T, 1>) resizeSuper[3];
-    decltype(&primitives::ResizeLinear<T, 1>) resizeLinear[3];
-};
-
-constexpr ResizeFunctions<Ipp8u> kResize8u = {
-    ippiResizeGetSize_8u,
-    ippiResizeSuperInit_8u,
-    ippiResizeLinearInit_8u,
-    ippiResizeGetBufferSize_8u,
-    {ippiResizeSuper_8u_C1R, ippiResizeSuper_8u_C3R, ippiResizeSuper_8u_C4R},
-    {ippiResizeLinear_8u_C1R, ippiResizeLinear_8u_C3R, ippiResizeLinear_8u_C4R},
-};
-constexpr ResizeFunctions<Ipp16u> kResize16u = {
-    ippiResizeGetSize_16u,
-    ippiResizeSuperInit_16u,
-    ippiResizeLinearInit_16u,
-    ippiResizeGetBufferSize_16u,
-    {ippiResizeSuper_16u_C1R, ippiResizeSuper_16u_C3R, ippiResizeSuper_16u_C4R},
-    {ippiResizeLinear_16u_C1R, ippiResizeLinear_16u_C3R, ippiResizeLinear_16u_C4R},
-};
-constexpr ResizeFunctions<Ipp32f> kResize32f = {
-    ippiResizeGetSize_32f,
-    ippiResizeSuperInit_32f,
-    ippiResizeLinearInit_32f,
-    ippiResizeGetBufferSize_32f,
-    {ippiResizeSuper_32f_C1R, ippiResizeSuper_32f_C3R, ippiResizeSuper_32f_C4R},
-    {ippiResizeLinear_32f_C1R, ippiResizeLinear_32f_C3R, ippiResizeLinear_32f_C4R},
-};
-
-template <typename T> void ResizeInto(const KImage &source, KImage &target, const ResizeFunctions<T> &functions)
+/// Fills the allocated @p target with the resized @p source; @p T is the type of their components.
+template <typename T> void ResizeInto(const KImage &source, KImage &target)
 {
+    constexpr decltype(&ResizeSuper<T, 1>) kSuper[] = {ResizeSuper<T, 1>, ResizeSuper<T, 3>, ResizeSuper<T, 4>};
+    constexpr decltype(&ResizeLinear<T, 1>) kLinear[] = {ResizeLinear<T, 1>, ResizeLinear<T, 3>, ResizeLinear<T, 4>};
     const Size from = {source.width(), source.height()}, to = {target.width(), target.height()};
     const bool grows = to.width > from.width || to.height > from.height;
     std::int64_t specBytes = 0, initBytes = 0, bufferBytes = 0;
     const Status status =
-        functions.getSize(from, to, grows ? kResizeLinear : kResizeSuper, /*antialiasing=*/0, &specBytes, &initBytes);
+        ResizeGetSize(from, to, grows ? kResizeLinear : kResizeSuper, /*antialiasing=*/0, &specBytes, &initBytes);
     if (status != Status::Ok)
-        return; // an image without pixels stays zero-filled
+        return; // an image without pixels
     const IppBlock specBlock = AllocateIpp(specBytes + initBytes);
     auto *spec = reinterpret_cast<ResizeSpec *>(specBlock.get());
     if (grows)
-        functions.linearInit(from, to, spec, specBlock.get() + specBytes);
+        ResizeLinearInit(from, to, spec, specBlock.get() + specBytes);
     else
-        functions.superInit(from, to, spec);
+        ResizeSuperInit(from, to, spec);
     const int channels = source.m_bitmap->ComponentsPerPixel;
-    functions.getBufferSize(spec, to, channels, &bufferBytes);
+    ResizeGetBufferSize(spec, to, channels, &bufferBytes);
     const IppBlock buffer = AllocateIpp(bufferBytes);
 
     const int layout = channels == 1 ? 0 : channels == 3 ? 1 : 2;
     const T *src = reinterpret_cast<const T *>(source.getData(0, 0));
     T *dst = reinterpret_cast<T *>(target.getData(0, 0));
     if (grows)
-        functions.resizeLinear[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to,
-                                       kBorderReplicate, nullptr, spec, buffer.get());
+        kLinear[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to, kBorderReplicate, nullptr,
+                        spec, buffer.get());
     else
-        functions.resizeSuper[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to, spec,
-                                      buffer.get());
+        kSuper[layout](src, source.bytesPerLine(), dst, target.bytesPerLine(), {0, 0}, to, spec, buffer.get());
 }
 
 // --- Automatic crop ---
@@ -224,11 +191,11 @@ void KImage::Resize(KImage &target, int width, int height)
     if (!IsWorkingType(type()))
         return;
     if (bitsPerComponent() == 8)
-        ResizeInto(*this, target, kResize8u);
+        ResizeInto<Ipp8u>(*this, target);
     else if (bitsPerComponent() == 16)
-        ResizeInto(*this, target, kResize16u);
+        ResizeInto<Ipp16u>(*this, target);
     else if (bitsPerComponent() == 32)
-        ResizeInto(*this, target, kResize32f);
+        ResizeInto<Ipp32f>(*this, target);
 }
 
 void KImage::GetAutoCrop(float &left, float &right, float &top, float &bottom) const

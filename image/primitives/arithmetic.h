@@ -40,9 +40,7 @@ Status Combine(const Ipp32f *first, Step firstStep, const Ipp32f *second, Step s
 {
     return ForRows(first, firstStep, second, secondStep, dst, dstStep, size,
                    [n = RowSamples<C>(size)](const Ipp32f *a, const Ipp32f *b, Ipp32f *out) {
-#pragma GCC ivdep // the target is a source or apart from it, never shifted against it
-                       for (std::int64_t i = 0; i < n; ++i)
-                           out[i] = Op::Of(a[i], b[i]);
+                       ForSamples(n, [=](std::int64_t i) { out[i] = Op::Of(a[i], b[i]); });
                    });
 }
 
@@ -57,9 +55,9 @@ Status CombineScaled(const T *first, Step firstStep, const T *second, Step secon
     const int shift = sizeof(T) == 1 && scaleFactor > 24 ? 24 : scaleFactor; // 255 * 255 / 2^24 is 0 already
     return ForRows(first, firstStep, second, secondStep, dst, dstStep, size,
                    [=, n = RowSamples<C>(size)](const T *a, const T *b, T *out) {
-#pragma GCC ivdep
-                       for (std::int64_t i = 0; i < n; ++i)
+                       ForSamples(n, [=](std::int64_t i) {
                            out[i] = Saturate<T>(ScaleDown(Op::Of(Wide(a[i]), Wide(b[i])), shift));
+                       });
                    });
 }
 
@@ -74,11 +72,10 @@ Status CombineConstants(const Ipp32f *src, Step srcStep, const Ipp32f constants[
     for (int c = 0; c < C; ++c)
         k[c] = constants[c];
     return ForRows(src, srcStep, dst, dstStep, size, [&k, width = size.width](const Ipp32f *srcRow, Ipp32f *dstRow) {
-#pragma GCC ivdep
-        for (std::int64_t x = 0; x < width; ++x) {
+        ForSamples(width, [&](std::int64_t x) {
             for (int c = 0; c < C; ++c)
                 dstRow[x * C + c] = Op::Of(k[c], srcRow[x * C + c]);
-        }
+        });
     });
 }
 
@@ -102,11 +99,10 @@ Status MulConstantsScaled(const T *src, Step srcStep, const int constants[C], T 
     for (int c = 0; c < C; ++c)
         k[c] = constants[c];
     return ForRows(src, srcStep, dst, dstStep, size, [&](const T *srcRow, T *dstRow) {
-#pragma GCC ivdep
-        for (std::int64_t x = 0; x < size.width; ++x) {
+        ForSamples(size.width, [&](std::int64_t x) {
             for (int c = 0; c < C; ++c)
                 dstRow[x * C + c] = Saturate<T>(ScaleDown(srcRow[x * C + c] * k[c], scaleFactor));
-        }
+        });
     });
 }
 
@@ -152,11 +148,10 @@ Status ThresholdValue(const T *src, Step srcStep, T *dst, Step dstStep, Size siz
         return Status::BadArgument;
     const bool below = how == Comparison::Less;
     return ForRows(src, srcStep, dst, dstStep, size, [=, width = size.width](const T *srcRow, T *dstRow) {
-#pragma GCC ivdep
-        for (std::int64_t x = 0; x < width; ++x) {
+        ForSamples(width, [&](std::int64_t x) {
             const T v = srcRow[x];
             dstRow[x] = (below ? v < threshold : v > threshold) ? value : v;
-        }
+        });
     });
 }
 

@@ -120,7 +120,8 @@ void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, S
                    const Turn<std::int64_t> &turn)
 {
     const Region region = TargetRegion(srcRect, dstRect, turn);
-    const std::int64_t bytes = (region.x.end - region.x.first) * (region.y.end - region.y.first) * sizeof(Pixel);
+    const std::int64_t bytes =
+        (region.x.end - region.x.first) * (region.y.end - region.y.first) * std::int64_t(sizeof(Pixel));
     const bool aligned = (reinterpret_cast<std::uintptr_t>(dst) | static_cast<std::uint64_t>(dstStep)) % 16 == 0;
     if (aligned && bytes >= kStreamedBytes) {
         MovePixels<StorePastCache>(src, srcStep, dst, dstStep, region, turn);

@@ -77,6 +77,18 @@ Status ForRows(const S *a, Step aStep, const S *b, Step bStep, D *dst, Step dstS
     return CheckSize(size);
 }
 
+/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls don't depend on each other, as where a
+/// target is either one of the sources or apart from them: else it would take a target that is a source for a reason
+/// not to vectorise.
+template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
+{
+#ifndef __clang__
+#pragma GCC ivdep
+#endif
+    for (std::int64_t i = 0; i < count; ++i)
+        sample(i);
+}
+
 /// Components in a row of @p size; 64-bit, since four channels of 2^31 pixels don't fit an int.
 template <int C> constexpr std::int64_t RowSamples(Size size)
 {

@@ -3,5 +3,6 @@
 
 #include <QtGlobal>
 
-/// @p ticks at @p frequency ticks a second, in a unit numbered as in KChronometer::TimeUnits; any other number: seconds.
+/// @p ticks at @p frequency ticks a second, in a unit numbered as in KChronometer::TimeUnits; any other number:
+/// seconds.
 double InTimeUnit(int unit, qint64 ticks, qint64 frequency);

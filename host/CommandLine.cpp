@@ -174,6 +174,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(Spelling(*row)));
     if (parser.positionalArguments().isEmpty())
         return Refuse(command, QStringLiteral("no file named."));
+    if (parser.positionalArguments().contains(QString()))
+        return Refuse(command, QStringLiteral("the name of a file is empty."));
 
     CommandLine line;
     if (verb.verb == Verb::Profile) {

@@ -13,14 +13,24 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
+/// Absolute, without "." and "..". Behind a link to a folder ".." is not the folder that the name shows: there the
+/// folder goes by its canonical name, or another file than the one named would be taken.
+QString AbsoluteName(const QString &file)
+{
+    const QFileInfo named(QDir().absoluteFilePath(file));
+    const QFileInfo clean(QDir::cleanPath(named.filePath()));
+    const QString folder = named.canonicalPath();
+    return folder.isEmpty() || folder == clean.canonicalPath() ? clean.filePath()
+                                                               : QDir(folder).filePath(named.fileName());
+}
+
 PlannedPicture PlanOne(const QString &file, const QString &outputFolder)
 {
-    const QFileInfo info(QDir::cleanPath(QDir().absoluteFilePath(file)));
+    const QFileInfo info(AbsoluteName(file));
     PlannedPicture planned;
     planned.asNamed = file;
     planned.picture = info.filePath();
-    planned.outputFolder =
-        outputFolder.isEmpty() ? info.path() : QDir::cleanPath(QDir().absoluteFilePath(outputFolder));
+    planned.outputFolder = outputFolder.isEmpty() ? info.path() : AbsoluteName(outputFolder);
     planned.output = QDir(planned.outputFolder).filePath(info.completeBaseName() + QLatin1String("_corrected.tiff"));
     return planned;
 }

@@ -101,6 +101,7 @@ void CommandLineTest::refused_data()
     };
     for (const auto &row : rows)
         QTest::newRow(row.name) << Words(row.line) << QString::fromLatin1(row.named);
+    QTest::newRow("empty name") << QStringList{QStringLiteral("profile"), QString()} << QStringLiteral("is empty");
     QTest::newRow("empty folder") << QStringList{QStringLiteral("correct"), QStringLiteral("-o"), QString(),
                                                  QStringLiteral("a.jpg")}
                                   << QStringLiteral("not empty");

@@ -49,7 +49,7 @@ void OutputPlanTest::names()
 
 void OutputPlanTest::rivals_data()
 {
-    QTest::addColumn<QStringList>("files"); // in a folder that holds a/x.jpg, a/x.png, b/x.jpg and a link "also" to a
+    QTest::addColumn<QStringList>("files"); // below a folder, see rivals()
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("rival"); // of the last file
     QTest::addColumn<bool>("repeated");
@@ -63,6 +63,8 @@ void OutputPlanTest::rivals_data()
     QTest::newRow("named twice") << Files{ajpg, ajpg} << none << ajpg << true;
     QTest::newRow("by another way") << Files{ajpg, QStringLiteral("b/../a/x.jpg")} << none << ajpg << true;
     QTest::newRow("through a link") << Files{ajpg, linked} << none << ajpg << true;
+    QTest::newRow("up from a link") << Files{QStringLiteral("b/x.jpg"), QStringLiteral("a/in/../x.jpg")} << none
+                                    << QStringLiteral("b/x.jpg") << true;
     QTest::newRow("through a link, other suffix") << Files{apng, linked} << none << apng << false;
     QTest::newRow("missing files") << Files{QStringLiteral("a/y.jpg"), QStringLiteral("a/y.png")} << none
                                    << QStringLiteral("a/y.jpg") << false;
@@ -74,7 +76,7 @@ void OutputPlanTest::rivals()
     QFETCH(QString, folder);
     QFETCH(QString, rival);
     QFETCH(bool, repeated);
-    QTemporaryDir scene;
+    QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: also to a, a/in to b/deep
     const QDir dir(scene.path());
     for (const char *name : {"a/x.jpg", "a/x.png", "b/x.jpg"}) {
         QVERIFY(dir.mkpath(QFileInfo(QString::fromLatin1(name)).path()));
@@ -82,6 +84,8 @@ void OutputPlanTest::rivals()
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
     QVERIFY(QFile::link(dir.filePath(QStringLiteral("a")), dir.filePath(QStringLiteral("also"))));
+    QVERIFY(dir.mkpath(QStringLiteral("b/deep")));
+    QVERIFY(QFile::link(dir.filePath(QStringLiteral("b/deep")), dir.filePath(QStringLiteral("a/in"))));
 
     QStringList named;
     for (const QString &file : qAsConst(files))

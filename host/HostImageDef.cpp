@@ -8,9 +8,11 @@ namespace {
 QString FileProblem(const QString &path)
 {
     const QFileInfo info(path);
-    if (!info.exists())
-        return info.isSymLink() ? QStringLiteral("is a link to a file that does not exist")
-                                : QStringLiteral("no such file");
+    if (!info.exists()) {
+        return info.isSymLink()                          ? QStringLiteral("is a link to a file that does not exist")
+            : path.contains(QChar::ReplacementCharacter) ? QStringLiteral("no such file; names are expected in UTF-8")
+                                                         : QStringLiteral("no such file");
+    }
     if (info.isDir())
         return QStringLiteral("is a folder, expected a picture file");
     if (!info.isFile())
@@ -52,8 +54,6 @@ void HostImageDef::Describe()
     const int error = gflGetFileInformationExUTF8(m_path.toUtf8().constData(), kAnyFormat, &info, kFlags);
     if (error != GFL_NO_ERROR) {
         m_problem = WithoutFileName(QString::fromUtf8(gflLastErrorText()), m_path);
-        if (error == GFL_ERROR_UNKNOWN_FORMAT)
-            m_problem += QStringLiteral(", expected a TIFF or JPEG file");
         return;
     }
     m_width = info.Width;

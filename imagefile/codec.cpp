@@ -12,6 +12,15 @@ using Factory = const Codec &(*)();
 // In the order of the format indexes, which are only valid within one process. A format is added by its line here.
 constexpr Factory kCodecs[] = {TiffCodec, JpegCodec};
 
+// "tiff, jpeg"
+std::string KnownFormats()
+{
+    std::string names;
+    for (const Factory codec : kCodecs)
+        names += (names.empty() ? "" : ", ") + std::string(codec().Name());
+    return names;
+}
+
 } // namespace
 
 const Codec *CodecAt(std::int32_t index)
@@ -29,7 +38,8 @@ Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index)
     for (*index = 0; (*codec = CodecAt(*index)) != nullptr; ++*index)
         if ((*codec)->Probe(head, suffix))
             return Status::Ok();
-    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, source.Path() + " is of no known format");
+    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                        source.Path() + " is of no known format; known are " + KnownFormats());
 }
 
 std::string LowerCaseSuffix(const std::string &path)

@@ -1,5 +1,6 @@
 #include "status.h"
 
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 
@@ -7,8 +8,9 @@ namespace imagefile {
 
 namespace {
 
-// Plain characters rather than a string: nothing to destroy when a thread ends after the library was unloaded.
-thread_local char lastErrorText[512] = "";
+// Plain characters rather than a string: nothing to destroy when a thread ends after the library was unloaded. Room for
+// the longest path, which stands ahead of the reason, and for that.
+thread_local char lastErrorText[PATH_MAX + 512] = "";
 
 } // namespace
 

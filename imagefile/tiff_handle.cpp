@@ -108,7 +108,10 @@ Status TiffHandle::Failure(GflError error) const
 {
     if (!m_client->sinkFailure)
         return m_client->sinkFailure;
-    return Status::Fail(error, "TIFF: " + (m_client->firstError.empty() ? "damaged" : m_client->firstError));
+    std::string why = m_client->firstError.empty() ? "damaged" : m_client->firstError;
+    if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name under which it was opened: ours
+        return Status::Fail(error, std::move(why));
+    return Status::Fail(error, "TIFF: " + why);
 }
 
 } // namespace imagefile

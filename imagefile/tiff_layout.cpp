@@ -159,7 +159,9 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
 {
     const auto sampleFormat = handle.Field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
     if (!IsReadable(layout->bits, sampleFormat))
-        return Unknown(Text("samples of %d bits in format %d", layout->bits, sampleFormat));
+        return Unknown(Text("samples of %d bits in format %d; read are numbers without sign (format 1) of up to 16, 24 "
+                            "and 32 bits, and floating point (3) of 16, 32 and 64",
+                            layout->bits, sampleFormat));
     const int colours = ColourSamples(layout->colour);
     if (layout->samples < colours)
         return Damaged(Text("%d samples a pixel where %d are needed", layout->samples, colours));

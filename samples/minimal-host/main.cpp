@@ -61,8 +61,20 @@ public:
     Host(int &argc, char **argv) : QApplication(argc, argv) { KImage::init(nullptr); }
     ~Host() override
     {
+        m_plugin.unload();  // deletes the plug-in's objects
         m_pictures.clear(); // their pixels belong to the image kernel
         KImage::exit();
+    }
+
+    /// The plug-in's process, owned by the plug-in. Throws KException if there is none.
+    KIPluginOne2One *Process()
+    {
+        QObject *object = m_plugin.instance();
+        if (!object)
+            throw KException(m_plugin.errorString(), KPlace());
+        auto *library = static_cast<KIPluginLibrary *>(object->qt_metacast("KIPluginLibrary"));
+        QObject *process = library->Plugins(KIPluginLibrary::All).last();
+        return static_cast<KIPluginOne2One *>(process->qt_metacast("KIPluginOne2One"));
     }
 
     // A real host keeps the settings in a file.
@@ -85,21 +97,10 @@ public:
     KUIInstances *UIInstances() override { return nullptr; }
 
 private:
+    QPluginLoader m_plugin{QStringLiteral(PLUGIN_FILE)};
     std::map<QString, Picture> m_pictures;
     QHash<QPair<QString, QString>, QVariant> m_settings;
 };
-
-/// The plug-in's process, owned by the plug-in's library object. Throws KException if there is none.
-static KIPluginOne2One *LoadProcess()
-{
-    QPluginLoader loader(QStringLiteral(PLUGIN_FILE)); // going out of scope doesn't unload
-    QObject *object = loader.instance();
-    if (!object)
-        throw KException(loader.errorString(), KPlace());
-    auto *library = static_cast<KIPluginLibrary *>(object->qt_metacast("KIPluginLibrary"));
-    QObject *process = library->Plugins(KIPluginLibrary::All).last();
-    return static_cast<KIPluginOne2One *>(process->qt_metacast("KIPluginOne2One"));
-}
 
 /// The plug-in says nothing of a profile that it can't read, so this is looked at first.
 static bool IsWellFormed(const QString &profile)
@@ -112,7 +113,7 @@ static bool IsWellFormed(const QString &profile)
 }
 
 /// Writes the corrected picture beside its source, over an older one, and hands back its path. Throws KException.
-static QString Correct(const QString &picture, const QString &profile)
+static QString Correct(Host &host, const QString &picture, const QString &profile)
 {
     if (!IsWellFormed(profile))
         throw KException(QStringLiteral("%1 is not a readable profile").arg(profile), KPlace());
@@ -123,7 +124,7 @@ static QString Correct(const QString &picture, const QString &profile)
     choice.setAttribute(QStringLiteral("Falloff"), 1);
     choice.setAttribute(QStringLiteral("LCPfilename"), QFileInfo(profile).absoluteFilePath());
 
-    KIPluginOne2One *process = LoadProcess();
+    KIPluginOne2One *process = host.Process();
     const auto free = [process](void *parameters) { process->FreeParameters(parameters); };
     const std::unique_ptr<void, decltype(free)> record(process->AllocParameters(choice), free);
     QString corrected;
@@ -138,7 +139,7 @@ try {
     const QStringList arguments = host.arguments();
     if (arguments.size() != 3)
         throw KException(QStringLiteral("Usage: minimal-host PICTURE PROFILE"), KPlace());
-    std::cout << qPrintable(Correct(arguments[1], arguments[2])) << std::endl;
+    std::cout << qPrintable(Correct(host, arguments[1], arguments[2])) << std::endl;
     return 0;
 } catch (const KException &error) {
     std::cerr << qPrintable(error.what()) << std::endl;

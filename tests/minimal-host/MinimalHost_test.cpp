@@ -13,13 +13,6 @@ QString Text(const char *text)
     return QString::fromLatin1(text);
 }
 
-ProgramResult RunMinimalHost(const QStringList &arguments)
-{
-    ProgramRun run;
-    run.program = Text(MINIMAL_HOST);
-    return run.Run(arguments);
-}
-
 } // namespace
 
 class MinimalHost_test : public QObject {
@@ -37,8 +30,9 @@ private Q_SLOTS:
 private:
     QString Path(const char *name) const { return m_dir->filePath(Text(name)); }
     QByteArray Content(const char *name) const;
+    ProgramResult Run(const QString &program, const QStringList &arguments) const;
 
-    std::unique_ptr<QTemporaryDir> m_dir; // holds photo.jpg and lens.lcp
+    std::unique_ptr<QTemporaryDir> m_dir; // holds photo.jpg, lens.lcp and a home folder
 };
 
 void MinimalHost_test::init()
@@ -46,12 +40,21 @@ void MinimalHost_test::init()
     m_dir = std::make_unique<QTemporaryDir>();
     QVERIFY(QFile::copy(Text(VITRELUX_SAMPLES "/facade.jpg"), Path("photo.jpg")));
     QVERIFY(QFile::copy(Text(VITRELUX_SAMPLES "/facade.lcp"), Path("lens.lcp")));
+    QVERIFY(QDir(m_dir->path()).mkdir(Text("home")));
 }
 
 QByteArray MinimalHost_test::Content(const char *name) const
 {
     QFile file(Path(name));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+ProgramResult MinimalHost_test::Run(const QString &program, const QStringList &arguments) const
+{
+    ProgramRun run;
+    run.program = program;
+    run.Set("HOME", Path("home")); // where the kernels of a host keep settings and data
+    return run.Run(arguments);
 }
 
 void MinimalHost_test::sameFileAsTheProgram_data()
@@ -69,18 +72,20 @@ void MinimalHost_test::sameFileAsTheProgram()
     QFETCH(QStringList, programSwitches);
     QFETCH(bool, same);
 
-    const ProgramResult host = RunMinimalHost({Path("photo.jpg"), Path("lens.lcp")});
+    const ProgramResult host = Run(Text(MINIMAL_HOST), {Path("photo.jpg"), Path("lens.lcp")});
     QVERIFY2(host.exitCode == 0, host.error);
-    QCOMPARE(QString::fromUtf8(host.output).trimmed(), Path("photo_corrected.tiff"));
+    // The last line: the tool kernel prints what it finds odd about processors before.
+    QCOMPARE(QString::fromUtf8(host.output).trimmed().split(Text("\n")).last(), Path("photo_corrected.tiff"));
     const TiffRaster picture = ReadTiff(Path("photo_corrected.tiff"));
     QCOMPARE(picture.width, 2400);
     QCOMPARE(picture.height, 1600);
     QCOMPARE(picture.bits, 8);
 
     QVERIFY(QDir(m_dir->path()).mkdir(Text("program")));
-    const ProgramResult program = ProgramRun().Run(
-        QStringList{Text("correct")} + programSwitches
-        + QStringList{Text("--profile"), Path("lens.lcp"), Text("-o"), Path("program"), Path("photo.jpg")});
+    const ProgramResult program =
+        Run(Text(VITRELUX_PROGRAM),
+            QStringList{Text("correct")} + programSwitches
+                + QStringList{Text("--profile"), Path("lens.lcp"), Text("-o"), Path("program"), Path("photo.jpg")});
     QVERIFY2(program.exitCode == 0, program.error);
     const TiffRaster other = ReadTiff(Path("program/photo_corrected.tiff"));
     QCOMPARE(picture.values == other.values, same);
@@ -109,11 +114,10 @@ void MinimalHost_test::failsWithAMessage()
     QStringList arguments;
     for (const QString &name : qAsConst(names))
         arguments << m_dir->filePath(name);
-    const ProgramResult result = RunMinimalHost(arguments);
+    const ProgramResult result = Run(Text(MINIMAL_HOST), arguments);
 
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(QString::fromUtf8(result.error).contains(message), result.error);
-    QCOMPARE(result.output, QByteArray());
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), (QStringList{Text("lens.lcp"), Text("photo.jpg")}));
 }
 
@@ -141,9 +145,8 @@ void MinimalHost_test::partsAreFoundBesideTheProgram()
         const QString place = Text("/lib/vitrelux/") + part;
         QVERIFY(QFile::copy(Text(VITRELUX_PREFIX) + place, m_dir->path() + place));
     }
-    ProgramRun run;
-    run.program = Path("bin/vitrelux");
-    const ProgramResult result = run.Run({Text("correct"), Text("--profile"), Path("lens.lcp"), Path("photo.jpg")});
+    const ProgramResult result =
+        Run(Path("bin/vitrelux"), {Text("correct"), Text("--profile"), Path("lens.lcp"), Path("photo.jpg")});
 
     QVERIFY2((result.exitCode == 0) == missed.isEmpty(), result.error);
     QVERIFY2(QString::fromUtf8(result.error).contains(missed), result.error);

@@ -144,7 +144,8 @@ void *KVitreluxOne2One::AllocParameters(QDomElement element)
 QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
 {
     const auto *params = static_cast<const Params *>(parameters);
-    QDomDocument document(Name());
+    // One for all elements: none keeps its document alive, and the host may keep an element and ask it for that.
+    static QDomDocument document(Name());
     QDomElement element = document.createElement(Name()); // with its blank: readers look for that very tag
     for (const Flag &flag : kFlags)
         element.setAttribute(flag.key, params->*flag.field ? 1 : 0);

@@ -19,7 +19,7 @@ public:
     virtual void OnValidatePage() { }
     /// A new record: the stored defaults for a null element, otherwise what the element holds.
     virtual void *AllocParameters(QDomElement) { return nullptr; }
-    /// The record as an element of a document of its own, which the host may keep.
+    /// The record as an element without a parent, which the host may keep and put into a document of its own.
     virtual QDomElement GetXmlParameters(void *) { return QDomElement(); }
     virtual void CopyParameters(void * /*destination*/, void * /*source*/) { }
     virtual void FreeParameters(void *) { }

@@ -13,24 +13,28 @@
 namespace {
 
 constexpr int kInterpolated = 1; // mode of newLCP::Render
-constexpr int kCubic = 4;        // interpolation of a turn; exact for right angles
 
 /// Borrows an image's full-size pixels for a scope, so that an exception gives them back too.
 class FullSizeLock {
 public:
     explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
-    ~FullSizeLock() { m_def->UnlockFullSize(/*nativeDepth=*/true); }
+    ~FullSizeLock()
+    {
+        if (m_image)
+            m_def->UnlockFullSize(/*nativeDepth=*/true);
+    }
     FullSizeLock(const FullSizeLock &) = delete;
     FullSizeLock &operator=(const FullSizeLock &) = delete;
 
-    KImage &Image() const { return *m_image; }
+    /// Null if the host lends nothing.
+    const KImage *Image() const { return m_image; }
 
 private:
     KIImageDef *m_def;
     KImage *m_image;
 };
 
-[[noreturn]] void ThrowNotDescribed(const QString &fileName)
+[[noreturn]] void ThrowNotLoaded(const QString &fileName)
 {
     throw KException(QCoreApplication::translate("QCoreApplication", "File \"%1\" cannot be loaded")
                          .arg(QFileInfo(fileName).absoluteFilePath()),
@@ -43,7 +47,7 @@ QString CorrectedFileName(const QString &fileName)
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
 }
 
-/// Turns all of @p source into all of @p target, whose sides are exchanged.
+/// Turns all of @p source into all of @p target, whose sides are exchanged. Cubic, which is exact for right angles.
 void Turn(const KImage &source, KImage &target, double angleDegrees, double xShift, double yShift)
 {
     ippiRotate_32f_C4R(reinterpret_cast<const float *>(source.getData(0, 0)), {source.width(), source.height()},
@@ -96,13 +100,15 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
     KIImageDef *def = NeededHost().ImageDefOf(fileName);
     outputFileName = CorrectedFileName(fileName);
     if (!def)
-        ThrowNotDescribed(fileName);
+        ThrowNotLoaded(fileName);
     KImage result;
     {
         KImage work;
         {
             const FullSizeLock full(def);
-            full.Image().Convert(work, GFL_RGBA, 32);
+            if (!full.Image())
+                ThrowNotLoaded(fileName);
+            full.Image()->Convert(work, GFL_RGBA, 32);
             Process(qMakePair(def, &work), parameters);
         }
         if (def->nDepth() > 16)

@@ -1,12 +1,14 @@
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
+#include "Thrown.h"
 
 #include <QDomDocument>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -74,6 +76,7 @@ private Q_SLOTS:
     void emptyProfileLeavesPixels();
     void rightAngleFrames_data();
     void rightAngleFrames();
+    void reducedPicture();
     void unreadableProfile_data();
     void unreadableProfile();
     void fileRun_data();
@@ -154,6 +157,9 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
+    std::vector<QByteArray> noise; // takes the place of whatever was freed
+    for (int bytes = 8; bytes <= 256; bytes += 8)
+        noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
     QCOMPARE(element.attributes().count(), 4);
     QCOMPARE(element.attribute(QStringLiteral("Disto")), QStringLiteral("0"));
@@ -275,6 +281,27 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     QVERIFY(compared > width * height * 3 / 4);
 }
 
+// As a preview sees it: a quarter of the profile's frame. Positions scale with it.
+void tst_KVitreluxOne2One::reducedPicture()
+{
+    const int width = 80, height = 60;
+    const double k = -0.2;
+    Params params;
+    params.disto = true;
+    params.scale = 0.25f;
+    params.lcpFilename = WriteProfile(4 * width + 1, 4 * height + 1, k);
+    KImage image;
+    FillWithCoordinates(image, width, height);
+    KVitreluxOne2One process;
+    process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
+    // 24 to the right of the centre at (0.5, 0.25) of 80 x 60, of focal length 80: u = 0.3, moved to u (1 + k u^2).
+    const double sourceX = 40 + 80 * 0.3 * (1 + k * 0.3 * 0.3);
+    const float *pixel = Pixel(image, 64, 15);
+    QVERIFY2(std::abs(double(pixel[0]) * width - sourceX) < 1e-3,
+             qPrintable(QString::number(double(pixel[0]) * width)));
+    QVERIFY(std::abs(double(pixel[1]) * height - 15) < 1e-3);
+}
+
 void tst_KVitreluxOne2One::unreadableProfile_data()
 {
     QTest::addColumn<int>("width");
@@ -348,6 +375,11 @@ void tst_KVitreluxOne2One::failedRunGivesTheLockBack()
     QVERIFY_EXCEPTION_THROWN(process.Process(source, &params, output), KException);
     QCOMPARE(def->locks, 0);
     QCOMPARE(output, QStringLiteral("/nowhere/at/all_corrected.tiff"));
+
+    def->pixels.FreeBitmap(); // the host lends nothing
+    QCOMPARE(Thrown([&] { process.Process(source, &params, output); }),
+             QStringLiteral("File \"/nowhere/at/all.jpg\" cannot be loaded"));
+    QCOMPARE(def->locks, 0);
 }
 
 int main(int argc, char **argv)

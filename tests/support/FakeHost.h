@@ -33,15 +33,17 @@ public:
     float GetEV() const override { return 0; }
     KImage *Lock(int, int, bool) override { return nullptr; }
     void Unlock(int, int, bool) override { }
-    KImage *LockFullSize(bool) override
+    KImage *LockFullSize(bool nativeDepth) override
     {
-        ++locks;
+        if (!pixels.m_bitmap)
+            return nullptr; // nothing to lend
+        locks += nativeDepth ? 1 : 1000;
         return &pixels;
     }
-    void UnlockFullSize(bool) override { --locks; }
+    void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
-    KImage pixels;
-    int locks = 0;
+    KImage pixels; // empty: the description lends none
+    int locks = 0; // a thousand for each at another depth
 
 private:
     QString m_fileName;

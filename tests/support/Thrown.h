@@ -1,0 +1,15 @@
+// What a call throws, as a text to compare.
+#pragma once
+
+#include "KException.h"
+
+/// The message of the KException that @p call throws, or "none".
+template <typename Call> QString Thrown(Call call)
+{
+    try {
+        call();
+    } catch (const KException &e) {
+        return e.what();
+    }
+    return QStringLiteral("none");
+}

@@ -159,8 +159,8 @@ KImage &KImage::operator=(const KImage &other)
     const GFL_BITMAP &source = *other.m_bitmap;
     m_spareFlag = other.m_spareFlag;
     m_bitmap = CopyBlock(&source, sizeof(GFL_BITMAP));
-    m_bitmap->Data =
-        nullptr; // until each block has its own copy, so that a failed allocation frees nothing of the source
+    // Until each block has its own copy, so that a failed allocation frees nothing of the source.
+    m_bitmap->Data = nullptr;
     m_bitmap->ColorMap = nullptr;
     m_bitmap->Comment = nullptr;
     m_bitmap->MetaData = nullptr;
@@ -184,6 +184,8 @@ void KImage::SetDPI(int dpi)
 
 int KImage::IntegrityValidation()
 {
+    if (IsEmpty(*this))
+        KThrow(kInvalidBitmap);
     const qint64 componentsPerRow = static_cast<qint64>(m_bitmap->Width) * m_bitmap->ComponentsPerPixel;
     const qint64 floatsPerRow = qMin<qint64>(componentsPerRow, m_bitmap->BytesPerLine / qint64(sizeof(float)));
     for (int y = 0; y < m_bitmap->Height; ++y) {

@@ -62,11 +62,11 @@ public:
 
     // --- Memory ---
 
-    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels
-    /// and
-    /// @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it wraps that
-    /// block of height * bytesPerLine bytes, which the caller keeps alive and frees. @p clear zeroes the pixels, those
-    /// of a wrapped block too; without it new pixels are undefined. After a failure the old content is gone.
+    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels,
+    /// and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it wraps that
+    /// block of height * bytesPerLine bytes, which the caller keeps alive and frees; strides from 2 GiB on are passed
+    /// as their low 32 bits. @p clear zeroes the pixels, those of a wrapped block too; without it new pixels are
+    /// undefined. After a failure the old content is gone.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
     void FreeBitmap();
@@ -137,8 +137,8 @@ public:
     /// Replaces a channel by a grey image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
-    /// Paints this image onto @p target at (x, y), clipped to it, through its alpha if it has one. The target's own alpha
-    /// stays, except under an image without alpha, which overwrites.
+    /// Paints this image onto @p target at (x, y), clipped to it, through its alpha if it has one. The target's own
+    /// alpha stays, except under an image without alpha, which overwrites.
     void BlendTo(KImage &target, int x, int y);
 
     // --- Arithmetic (KImage_Arithmetic.cpp): all channels, alpha too ---

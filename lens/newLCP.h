@@ -40,9 +40,8 @@ public:
     ///                     image as @p destination.
     /// @param destination  Allocated by the caller, 8, 16 or 32 bits per channel.
     /// @param mode         0: nearest-below sampling, otherwise bilinear.
-    /// @return false, with @p destination untouched, for an empty image, a depth that isn't served, or images that
-    /// don't
-    ///         go together.
+    /// @return             false, with @p destination untouched, for an empty image, a depth that isn't served, or
+    ///                     images that don't go together.
     bool Render(KImage &source, KImage &destination, bool distortion, bool chromatic, bool falloff, int mode);
 
     // In this order; hosts that share kernels rely on it.

@@ -67,7 +67,7 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
 {
     QMutexLocker locker(&m_mutex);
     m_logToFile = true;
-    m_file.close(); // a second call may name another file
+    m_file.close(); // a second call may name another file, and Qt warns of a name for an open one
     m_file.setFileName(fileName);
     if (m_file.open(append ? QIODevice::WriteOnly | QIODevice::Append : QIODevice::WriteOnly)) {
         m_stream.setDevice(&m_file);

@@ -1,24 +1,15 @@
 #include "KImage.h"
 
+#include "Thrown.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstring>
-#include <functional>
 
 namespace {
-
-QString Thrown(const std::function<void()> &call)
-{
-    try {
-        call();
-    } catch (const KException &e) {
-        return e.what();
-    }
-    return QString();
-}
 
 /// Three 8-bit channels that differ everywhere.
 void FillWithRamp(KImage &image, int width, int height)
@@ -47,10 +38,13 @@ private Q_SLOTS:
     void guards();
     void readsWhatItWrote();
     void readForcesTheForm();
+    void readsAtTheDepthThatIsAsked();
+    void thumbnailIsSmall();
     void damagedFile();
     void missingMetadataSourceWritesNothing();
     void failedWriteLeavesNothing_data();
     void failedWriteLeavesNothing();
+    void failedWriteKeepsTheOldFile();
 
 private:
     QString File(const char *name) { return m_dir.filePath(QString::fromUtf8(name)); }
@@ -99,12 +93,22 @@ void tst_KImageFile::errorTexts_data()
     QTest::addColumn<int>("error");
     QTest::addColumn<QString>("fileName");
     QTest::addColumn<QString>("message");
-    QTest::newRow("success") << 0 << QStringLiteral("/x") << QString();
-    QTest::newRow("low 16 bits only") << 0x10000 << QStringLiteral("/x") << QString();
+    QTest::newRow("success") << 0 << QStringLiteral("/x") << QStringLiteral("none");
+    QTest::newRow("low 16 bits only") << 0x10000 << QStringLiteral("/x") << QStringLiteral("none");
     QTest::newRow("two lines") << 6 << QStringLiteral("/a/b.jpg")
                                << QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"/a/b.jpg\"");
-    QTest::newRow("one line") << 50 << QString() << QStringLiteral("Error GFL : \"GFL_ERROR_BAD_PARAMETERS\"");
-    QTest::newRow("no name") << 8 << QString() << QStringLiteral("Error GFL : \"GFL_UNKNOWN_ERROR\"");
+    struct {
+        int error;
+        const char *name;
+    } const names[] = {
+        {1, "GFL_ERROR_FILE_OPEN"},       {2, "GFL_ERROR_FILE_READ"},       {3, "GFL_ERROR_FILE_CREATE"},
+        {4, "GFL_ERROR_FILE_WRITE"},      {5, "GFL_ERROR_NO_MEMORY"},       {6, "GFL_ERROR_UNKNOWN_FORMAT"},
+        {7, "GFL_ERROR_BAD_BITMAP"},      {8, "GFL_UNKNOWN_ERROR"},         {10, "GFL_ERROR_BAD_FORMAT_INDEX"},
+        {50, "GFL_ERROR_BAD_PARAMETERS"}, {0x10004, "GFL_ERROR_FILE_WRITE"}};
+    for (const auto &row : names) {
+        QTest::addRow("one line, %d", row.error)
+            << row.error << QString() << QStringLiteral("Error GFL : \"%1\"").arg(QLatin1String(row.name));
+    }
 }
 
 void tst_KImageFile::errorTexts()
@@ -180,6 +184,34 @@ void tst_KImageFile::readForcesTheForm()
     QCOMPARE(std::memcmp(back.getData(4, 3), image.getData(4, 3), 3), 0);
 }
 
+void tst_KImageFile::readsAtTheDepthThatIsAsked()
+{
+    KImage image(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
+    const quint16 value = 0x1234;
+    std::memcpy(image.getData(2, 1), &value, sizeof value);
+    image.Write(File("deep.tif"), QStringLiteral("tiff"), 0, QString());
+    KImage native, reduced, forced;
+    native.ID_Read(File("deep.tif"), /*nativeDepth=*/true);
+    QCOMPARE(int(native.bitsPerComponent()), 16);
+    QCOMPARE(std::memcmp(native.getData(2, 1), &value, sizeof value), 0);
+    reduced.ID_Read(File("deep.tif"), /*nativeDepth=*/false);
+    QCOMPARE(int(reduced.bitsPerComponent()), 8);
+    QCOMPARE(int(*reduced.getData(2, 1)), 0x12);
+    forced.Read(File("deep.tif"), GFL_RGB, /*thumbnail=*/false);
+    QCOMPARE(int(forced.bitsPerComponent()), 16);
+    QCOMPARE(int(forced.type()), int(GFL_RGB));
+}
+
+void tst_KImageFile::thumbnailIsSmall()
+{
+    KImage image, small;
+    FillWithRamp(image, 1200, 600);
+    image.Write(File("large.jpg"), QStringLiteral("jpeg"), 12, QString());
+    small.Read(File("large.jpg"), GFL_RGB, /*thumbnail=*/true);
+    QVERIFY(small.width() < 600);
+    QCOMPARE(small.width(), 2 * small.height());
+}
+
 void tst_KImageFile::damagedFile()
 {
     QFile file(File("text.jpg"));
@@ -219,6 +251,21 @@ void tst_KImageFile::failedWriteLeavesNothing()
     const QStringList before = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden);
     QTEST(Thrown([&] { image.Write(target, QStringLiteral("tiff"), 3, QString()); }), "message");
     QCOMPARE(QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden), before);
+}
+
+void tst_KImageFile::failedWriteKeepsTheOldFile()
+{
+    QFile old(File("old.tif"));
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("a picture");
+    old.close();
+    KImage image;
+    FillWithRamp(image, 3, 3);
+    QVERIFY(Thrown([&] {
+                image.Write(old.fileName(), QStringLiteral("nonsense"), 0, QString());
+            }).contains(QStringLiteral("BAD_FORMAT_INDEX")));
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll(), QByteArray("a picture"));
 }
 
 QTEST_APPLESS_MAIN(tst_KImageFile)

@@ -1,25 +1,16 @@
 #include "KImage.h"
 
 #include "ImageDatas.h"
+#include "KTools.h"
+#include "Thrown.h"
 
 #include <QtTest>
 
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 namespace {
-
-QString Thrown(const std::function<void()> &call)
-{
-    try {
-        call();
-    } catch (const KException &e) {
-        return e.what();
-    }
-    return QString();
-}
 
 const QString kInvalidBitmap = QStringLiteral("Invalid Bitmap");
 const QString kInvalidParameter = QStringLiteral("Invalid Parameter");
@@ -76,6 +67,8 @@ void tst_KImage::record()
     QTEST(uint(bitmap.BytesPerLine), "stride");
     QTEST(int(bitmap.ColorUsed), "colorUsed");
     QCOMPARE(bitmap.ColorMap != nullptr, type == GFL_COLORS);
+    if (bitmap.ColorMap)
+        QCOMPARE(QByteArray::fromRawData(reinterpret_cast<const char *>(bitmap.ColorMap), 1024), QByteArray(1024, 0));
     QCOMPARE(int(bitmap.LinePadding), 4);
     QCOMPARE(int(bitmap.TransparentIndex), -1);
     QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
@@ -105,11 +98,13 @@ void tst_KImage::refusedShapes()
     QFETCH(int, height);
     QFETCH(int, type);
     KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    QTEST(Thrown([&] {
-              image.AllocBitmap(width, height, static_cast<unsigned short>(type), 32, /*clear=*/false, nullptr, 0);
-          }),
-          "message");
-    QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+    for (int attempt = 0; attempt < 2; ++attempt) { // what the first leaves behind is no image of that shape
+        QTEST(Thrown([&] {
+                  image.AllocBitmap(width, height, static_cast<unsigned short>(type), 32, /*clear=*/false, nullptr, 0);
+              }),
+              "message");
+        QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+    }
     image.AllocBitmap(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(1, 1)), 0);
 }
@@ -124,6 +119,14 @@ void tst_KImage::sameShapeKeepsItsBlock()
     QCOMPARE(int(*image.getData(4, 2)), 77);
     image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(4, 2)), 0);
+    image.AllocBitmap(5, 3, GFL_RGB, 16, /*clear=*/false, nullptr, 0); // each part of the shape counts
+    QCOMPARE(int(image.m_bitmap->BytesPerPixel), 6);
+    image.AllocBitmap(5, 3, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
+    QCOMPARE(int(image.m_bitmap->BytesPerPixel), 8);
+    image.AllocBitmap(4, 3, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
+    QCOMPARE(image.width(), 4);
+    image.AllocBitmap(4, 2, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
+    QCOMPARE(image.height(), 2);
 }
 
 void tst_KImage::wrappedBlockSurvives()
@@ -195,6 +198,7 @@ void tst_KImage::dpi()
     KImage image;
     QCOMPARE(Thrown([&] { image.SetDPI(300); }), kInvalidBitmap);
     QCOMPARE(Thrown([&] { image.ClearBitmap(); }), kInvalidBitmap);
+    QCOMPARE(Thrown([&] { image.IntegrityValidation(); }), kInvalidBitmap);
     image.AllocBitmap(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
     image.SetDPI(0x10000 + 240);
     QCOMPARE(int(image.m_bitmap->Xdpi), 240);
@@ -240,6 +244,8 @@ void tst_KImage::rawSettingsReachTheLoad()
     ImageDatas *own = ImageDatas::settings;
     KImage::init(nullptr);
     QCOMPARE(ImageDatas::settings, own); // started once
+    QCOMPARE(KImage::ms_instances.tools, &KTools::ms_instances);
+    QVERIFY(KTools::ms_instances.log);
     own->rawHighlight = 300;
     own->rawGamma = 1.8f;
     GFL_LOAD_PARAMS params;
@@ -249,9 +255,10 @@ void tst_KImage::rawSettingsReachTheLoad()
     QCOMPARE(int(params.RawUseCameraBalance), 1);
     KImage::exit();
     QCOMPARE(ImageDatas::settings, nullptr);
+    QCOMPARE(KTools::ms_instances.log, nullptr); // the tool kernel stopped with it
 
     ImageDatas shared;
-    KImageInstances host = {nullptr, nullptr, &shared};
+    KImageInstances host = {nullptr, nullptr, &shared}; // shares no tools: they are made here
     KImage::init(&host);
     QCOMPARE(ImageDatas::settings, &shared);
     KImage::exit(); // the host's record stays the host's
@@ -259,5 +266,5 @@ void tst_KImage::rawSettingsReachTheLoad()
     ImageDatas::settings = nullptr;
 }
 
-QTEST_APPLESS_MAIN(tst_KImage)
+QTEST_GUILESS_MAIN(tst_KImage)
 #include "KImage_test.moc"

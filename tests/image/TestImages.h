@@ -2,23 +2,13 @@
 #pragma once
 
 #include "KImage.h"
+#include "Thrown.h"
 
 #include <QString>
 
 #include <cstring>
 #include <random>
 #include <vector>
-
-/// The message of the KException that @p call throws, or "none".
-template <typename Call> QString Thrown(Call call)
-{
-    try {
-        call();
-    } catch (const KException &e) {
-        return e.what();
-    }
-    return QStringLiteral("none");
-}
 
 struct TestForm {
     const char *name;

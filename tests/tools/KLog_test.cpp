@@ -7,6 +7,7 @@
 #include <QMessageBox>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QTimer>
 #include <QtTest>
 
@@ -58,8 +59,11 @@ void tst_KLog::listenersHearWithoutAFile()
 
 void tst_KLog::fileHoldsTheBareLine()
 {
+    QTextCodec *const own = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file is UTF-8 everywhere
     const QString name = m_dir.filePath(QStringLiteral("lines.log"));
     KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
+    QTextCodec::setCodecForLocale(own);
     KLog::ms_instance->Log(3, "abc");
     KLog::ms_instance->Log(QString::fromUtf8("Blende ƒ/2,8 — ü"));
     KLog::ms_instance->DisableLogToFile();

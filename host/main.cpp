@@ -7,6 +7,7 @@
 #include <QTextCodec>
 
 #include <csignal>
+#include <cstdio>
 
 namespace {
 
@@ -16,6 +17,23 @@ QStringList ReadArguments(int argc, char **argv)
     for (int i = 1; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
     return arguments;
+}
+
+int Run(const CommandLine &line, Console *console)
+{
+    switch (line.action) {
+    case CommandLine::Action::Correct:
+        return RunCorrect(line.correct, console);
+    case CommandLine::Action::ShowProfiles:
+        return RunProfile(line.profiles, console);
+    case CommandLine::Action::PrintText:
+        console->Print(line.text);
+        return kAllDone;
+    case CommandLine::Action::RefuseUsage:
+        break;
+    }
+    console->PrintError(line.text);
+    return kUsageError;
 }
 
 } // namespace
@@ -28,18 +46,9 @@ int main(int argc, char **argv)
     std::signal(SIGXFSZ, SIG_IGN);
 
     Console console;
-    const CommandLine line = ParseCommandLine(ReadArguments(argc, argv));
-    switch (line.action) {
-    case CommandLine::Action::Correct:
-        return RunCorrect(line.correct, &console);
-    case CommandLine::Action::ShowProfiles:
-        return RunProfile(line.profiles, &console);
-    case CommandLine::Action::PrintText:
-        console.Print(line.text);
-        return kAllDone;
-    case CommandLine::Action::RefuseUsage:
-        break;
-    }
-    console.PrintError(line.text);
-    return kUsageError;
+    const int result = Run(ParseCommandLine(ReadArguments(argc, argv)), &console);
+    if (!std::ferror(stdout))
+        return result;
+    console.Failure(QString(), QStringLiteral("cannot write to standard output")); // what a script waits for is missing
+    return kSomeFailed;
 }

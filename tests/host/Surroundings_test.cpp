@@ -61,6 +61,7 @@ private Q_SLOTS:
     void messageIsOneLine();
     void progressOnTerminal_data();
     void progressOnTerminal();
+    void fullStandardOutput();
     void usageError();
     void helpNeedsNothing();
 
@@ -184,6 +185,15 @@ void SurroundingsTest::progressOnTerminal()
     QVERIFY2(seen.contains("none.jpg: no such file"), seen.constData());
     for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
         QVERIFY2(seen.contains(progress) == shown, seen.constData());
+}
+
+void SurroundingsTest::fullStandardOutput()
+{
+    ProgramRun run;
+    run.setStandardOutputFile(Text("/dev/full"));
+    const ProgramResult result = run.Run({Text("profile"), Path("p.lcp")});
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(result.errorLines, QStringList(Text("vitrelux: cannot write to standard output")));
 }
 
 void SurroundingsTest::usageError()

@@ -75,6 +75,7 @@ private Q_SLOTS:
     void unusableFile_data();
     void unusableFile();
     void lockedByAnother();
+    void twoKeptOutByAReader();
     void statements(); // last: it takes the driver's place
 
 private:
@@ -281,6 +282,33 @@ void tst_KDbSession::lockedByAnother()
     QSqlQuery synchronous = second.executeQuery(QStringLiteral("PRAGMA synchronous"));
     QVERIFY(synchronous.next());
     QCOMPARE(synchronous.value(0).toInt(), 0); // opened in full as soon as it could be
+}
+
+void tst_KDbSession::twoKeptOutByAReader()
+{
+    Notes before(kSqlite, QStringLiteral("before"));
+    before.setFilePath(Path());
+    before.Add(QStringLiteral("old"));
+    before.close();
+    Notes first, second(kSqlite, QStringLiteral("second"));
+    {
+        QSqlDatabase reader = QSqlDatabase::addDatabase(kSqlite, QStringLiteral("reader"));
+        reader.setDatabaseName(Path());
+        QVERIFY(reader.open());
+        QSqlQuery rows(reader);
+        QVERIFY(rows.exec(QStringLiteral("SELECT * FROM notes"))
+                && rows.next()); // holds the file while it stands there
+        first.setFilePath(Path());
+        second.setFilePath(Path());
+        for (Notes *notes : {&first, &second})
+            QCOMPARE(notes->Texts(), QStringList{QStringLiteral("old")});
+        rows.finish();
+        reader.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("reader"));
+    first.Add(QStringLiteral("new")); // what the second read doesn't keep the first out
+    QCOMPARE(first.Texts(), QStringList({QStringLiteral("old"), QStringLiteral("new")}));
+    QVERIFY(second.Texts().isEmpty());
 }
 
 void tst_KDbSession::statements()

@@ -146,9 +146,10 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
-    if (locked)
+    if (locked) { // else every lock for reading would stay too, and keep out others that wait for their turn
+        Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
         Run(query, QStringLiteral("COMMIT")); // the lock stays
+    }
     Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
     if (m_useRollBack) {
         Run(query, QStringLiteral("RELEASE SAVEPOINT load;"));

@@ -65,6 +65,7 @@ private Q_SLOTS:
     void threshold();
     void delayedFlush();
     void providers();
+    void providersTwiceOrGone();
     void countersAndTimers();
     void keysWithoutSeparator();
     void switchedOff();
@@ -147,6 +148,20 @@ void tst_KAnalyticsManager::providers()
     m_manager->waitBeforeExit();
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')), QStringLiteral("KAnalyticsDb c/n=7 waited deleted"));
+}
+
+void tst_KAnalyticsManager::providersTwiceOrGone()
+{
+    auto *gone = new Sender(&m_log);
+    m_manager->registerProvider(gone);
+    delete gone; // as by a plug-in that goes before its host
+    auto *twice = new Sender(&m_log);
+    m_manager->registerProvider(twice);
+    m_manager->registerProvider(twice);
+    m_log.clear();
+    m_manager->waitBeforeExit();
+    KAnalyticsManager::killInstance();
+    QCOMPARE(m_log.join(QLatin1Char(' ')), QStringLiteral("waited waited deleted"));
 }
 
 void tst_KAnalyticsManager::countersAndTimers()

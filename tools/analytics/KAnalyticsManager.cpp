@@ -41,7 +41,8 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 
 KAnalyticsManager::~KAnalyticsManager()
 {
-    qDeleteAll(m_providers);
+    while (!m_providers.isEmpty())
+        delete m_providers.first(); // which takes it off the list, wherever it stands
     qDeleteAll(m_timers);
     qDeleteAll(m_counters);
     delete m_db;
@@ -116,6 +117,7 @@ void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
     if (m_file)
         provider->setAnFile(m_file);
     m_providers << provider;
+    connect(provider, &QObject::destroyed, this, [this, provider] { m_providers.removeAll(provider); });
 }
 
 void KAnalyticsManager::sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value)

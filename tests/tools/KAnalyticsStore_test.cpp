@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
+
 namespace {
 
 KAnalyticsEvent *Event(const char *name)
@@ -299,6 +301,7 @@ void tst_KAnalyticsStore::tooOld_data()
     QTest::newRow("one millisecond more") << qint64(864000001) << false;
     QTest::newRow("from the future") << qint64(-5000) << true;
     QTest::newRow("the epoch") << QDateTime::currentMSecsSinceEpoch() << false;
+    QTest::newRow("older than 64 bits hold") << std::numeric_limits<qint64>::max() << false;
 }
 
 void tst_KAnalyticsStore::tooOld()
@@ -310,7 +313,8 @@ void tst_KAnalyticsStore::tooOld()
     qint64 now;
     do { // both within one millisecond
         now = QDateTime::currentMSecsSinceEpoch();
-        event.setTimestamp(now - ageMs);
+        const bool tooFar = ageMs == std::numeric_limits<qint64>::max();
+        event.setTimestamp(tooFar ? std::numeric_limits<qint64>::min() : now - ageMs);
         passes = provider.eventTimeCheck(event);
     } while (QDateTime::currentMSecsSinceEpoch() != now);
     QTEST(passes, "passes");

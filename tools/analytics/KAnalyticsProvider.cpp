@@ -40,7 +40,7 @@ void KAnalyticsProvider::setAnFile(KAnalyticsFile *file)
 
 bool KAnalyticsProvider::eventTimeCheck(KAnalyticsEvent &event)
 {
-    return QDateTime::currentMSecsSinceEpoch() - event.timestamp() <= kOldestMs;
+    return event.timestamp() >= QDateTime::currentMSecsSinceEpoch() - kOldestMs; // stamps come from files: any number
 }
 
 void KAnalyticsProvider::waitBeforeExit() { }

@@ -45,7 +45,8 @@ struct Pipe {
     Pipe(const Pipe &) = delete;
     Pipe &operator=(const Pipe &) = delete;
 
-    bool Open() { return pipe(ends) == 0 && fcntl(ends[1], F_SETFD, FD_CLOEXEC) == 0; }
+    /// In one step, so that a program which another thread starts meanwhile doesn't hold an end open.
+    bool Open() { return pipe2(ends, O_CLOEXEC) == 0; }
     void CloseRead() { Close(&ends[0]); }
     void CloseWrite() { Close(&ends[1]); }
 

@@ -3,9 +3,25 @@
 
 #include <QString>
 #include <QStringList>
+#include <tbb/cache_aligned_allocator.h>
 #include <tbb/concurrent_vector.h>
 
 #include <atomic>
+#include <cstring>
+
+/// Memory of zeros: what a vector that others read holds where an element isn't made yet.
+template <typename Value> class ZeroingAllocator : public tbb::cache_aligned_allocator<Value> {
+public:
+    ZeroingAllocator() = default;
+    template <typename Other> ZeroingAllocator(const ZeroingAllocator<Other> &) noexcept { }
+
+    Value *allocate(size_t count)
+    {
+        Value *const memory = tbb::cache_aligned_allocator<Value>::allocate(count);
+        std::memset(static_cast<void *>(memory), 0, count * sizeof(Value));
+        return memory;
+    }
+};
 
 /// The n-th name handed out is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>: no folder grows past 1,024 files, and a
 /// process tells its own folders from those of others.
@@ -50,5 +66,6 @@ private:
     QStringList m_folders;
     std::atomic<int> m_fileCounter{0};
     std::atomic<int> m_folderCount{0}; // ahead of m_createdFolders while a thread makes a folder
-    tbb::concurrent_vector<std::atomic<QString *>> m_createdFolders; // owned; null while an entry is being written
+    tbb::concurrent_vector<std::atomic<QString *>, ZeroingAllocator<std::atomic<QString *>>>
+        m_createdFolders; // owned; null while an entry is being written
 };

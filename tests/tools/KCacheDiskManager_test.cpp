@@ -33,6 +33,7 @@ private Q_SLOTS:
     void folderChanges();
     void exitKeepsFiles();
     void cleaning();
+    void memoryOfZeros();
     void fourThreads();
 
 private:
@@ -150,6 +151,18 @@ void tst_KCacheDiskManager::cleaning()
     QVERIFY(!dir.exists(QStringLiteral("BRELT.998.0/7")));
     QVERIFY(dir.exists(QStringLiteral("BRELT.998.0/inner"))); // not ours: the folder stays
     QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a link to it doesn't make it ours either
+}
+
+void tst_KCacheDiskManager::memoryOfZeros()
+{
+    ZeroingAllocator<quint64> allocator;
+    for (int round = 0; round < 3; ++round) { // memory comes back as it was left
+        quint64 *const memory = allocator.allocate(64);
+        const bool zeros = std::all_of(memory, memory + 64, [](quint64 word) { return word == 0; });
+        std::fill_n(memory, 64, ~quint64(0));
+        allocator.deallocate(memory, 64);
+        QVERIFY(zeros);
+    }
 }
 
 void tst_KCacheDiskManager::fourThreads()

@@ -43,8 +43,8 @@ public:
     static KAnalyticsManager *init(KAnalyticsManager *instance);
     static void killInstance();
 
-    /// Takes the provider over and tells it the store. Providers are served in the order of registration; one that someone
-    /// else deletes is forgotten.
+    /// Takes the provider over and tells it the store. Providers are served in the order of registration; one that
+    /// someone else deletes is forgotten.
     void registerProvider(KAnalyticsProvider *provider);
 
     int maxEventsBufferised() const { return m_maxEventsBufferised; }

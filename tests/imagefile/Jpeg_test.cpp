@@ -260,6 +260,13 @@ void tst_Jpeg::damagedInside()
     int error = 0;
     LoadFromMemory(file, &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+
+    // A piece between two restart markers is missing: what follows would be at the wrong place.
+    file = Encode(With([](Spec &s) { s.restart = 1; }));
+    const int third = file.indexOf("\xFF\xD2"), fourth = file.indexOf("\xFF\xD3", third);
+    QVERIFY(third > 0 && fourth > third);
+    LoadFromMemory(file.remove(third, fourth - third), &error);
+    QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 }
 
 void tst_Jpeg::writes_data()

@@ -352,6 +352,8 @@ void tst_Loading::absurdSizes_data()
     QTest::newRow("thousands of channels") << TiffHeader(10, 10, 1, 60000);
     QTest::newRow("tiles of an exabyte") << TiffHeader(16, 16, 8, 3, 8, 1u << 30);
     QTest::newRow("tiles of 3 gigabytes") << TiffHeader(16, 16, 8, 3, 8, 1u << 15);
+    QTest::newRow("the same in a file that could hold them")
+        << TiffHeader(16, 16, 8, 3, 8, 1u << 15) + QByteArray(5000000, '\0');
     QByteArray jpeg = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("jpeg"));
     const int frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
     QVERIFY(frame > 0);

@@ -57,6 +57,7 @@ Exiv2::ExifData CommonExif(const char *make)
     exif["Exif.Image.XResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.YResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.ResolutionUnit"] = uint16_t(2);
+    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't carried, so that all else moves
     exif["Exif.Image.Artist"] = "J\xC3\xBCrgen";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(10, 2500);
     exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10);
@@ -436,6 +437,11 @@ void tst_Metadata::resolution()
         GFL_FILE_INFORMATION info;
         QCOMPARE(gflGetFileInformationExUTF8(target.toUtf8().constData(), -1, &info, 4), int(GFL_NO_ERROR));
         QCOMPARE(int(info.Xdpi), dpi == 0 ? 300 : dpi);
+        Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(target.toStdString());
+        image->readMetadata();
+        QCOMPARE(std::count_if(image->exifData().begin(), image->exifData().end(),
+                               [](const Exiv2::Exifdatum &datum) { return datum.tagName() == "XResolution"; }),
+                 std::ptrdiff_t(1));
     }
 }
 

@@ -50,10 +50,18 @@ void AttachMetadata(Metadata metadata, GFL_BITMAP *bitmap)
     *MakeMetadata(bitmap) = std::move(metadata);
 }
 
-// Everything that follows the decoding of pixels, by any of the two sinks.
-Status Finish(const Source &source, const OpenFile &file, const GFL_LOAD_PARAMS &params, Owned<GFL_BITMAP> made,
-              GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
+/// Reads a file into one of the two row sinks that end as a bitmap. @p decode asks the codec for the rows.
+template <class Rows, class Decode>
+Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows, Decode decode, GFL_BITMAP **bitmap,
+                GFL_FILE_INFORMATION *info)
 {
+    OpenFile file;
+    if (Status status = ReadHeaders(source, &file); !status)
+        return status;
+    const Status status = decode(*file.codec);
+    Owned<GFL_BITMAP> made(rows->Take(), gflFreeBitmap);
+    if (!status)
+        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
     if ((params.Flags & GFL_LOAD_METADATA) != 0)
@@ -66,29 +74,17 @@ Status Finish(const Source &source, const OpenFile &file, const GFL_LOAD_PARAMS 
 
 Status Load(const Source &source, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
 {
-    OpenFile file;
-    if (Status status = ReadHeaders(source, &file); !status)
-        return status;
     BitmapRows rows(params);
-    Status status = file.codec->ReadPixels(source, params, &rows);
-    Owned<GFL_BITMAP> made(rows.Take(), gflFreeBitmap);
-    if (!status)
-        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
-    return Finish(source, file, params, std::move(made), bitmap, info);
+    const auto decode = [&](const Codec &codec) { return codec.ReadPixels(source, params, &rows); };
+    return LoadRows(source, params, &rows, decode, bitmap, info);
 }
 
 Status LoadThumbnail(const Source &source, const Box &box, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap,
                      GFL_FILE_INFORMATION *info)
 {
-    OpenFile file;
-    if (Status status = ReadHeaders(source, &file); !status)
-        return status;
     ReducedRows rows(params, box);
-    Status status = file.codec->ReadThumbnail(source, params, box, &rows);
-    Owned<GFL_BITMAP> made(rows.Take(), gflFreeBitmap);
-    if (!status)
-        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
-    return Finish(source, file, params, std::move(made), bitmap, info);
+    const auto decode = [&](const Codec &codec) { return codec.ReadThumbnail(source, params, box, &rows); };
+    return LoadRows(source, params, &rows, decode, bitmap, info);
 }
 
 Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)

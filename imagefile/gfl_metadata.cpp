@@ -19,24 +19,25 @@ bool HasExif(const Metadata &metadata)
     return std::any_of(metadata.exif.begin(), metadata.exif.end(), IsCarried);
 }
 
+// Of the two records that are bytes and their length.
+template <class Block> Block *BytesBlock(const Bytes &bytes, void (*freeBlock)(Block *))
+{
+    if (bytes.empty())
+        return nullptr;
+    Owned<Block> block(NewZeroed<Block>(), freeBlock);
+    block->Data = NewBytes(bytes.data(), bytes.size());
+    block->Length = static_cast<std::uint32_t>(bytes.size());
+    return block.release();
+}
+
 GFL_ICCPROFILE_DATA *IccBlock(const Metadata &metadata)
 {
-    if (metadata.icc.empty())
-        return nullptr;
-    Owned<GFL_ICCPROFILE_DATA> block(NewZeroed<GFL_ICCPROFILE_DATA>(), gflFreeICCProfile);
-    block->Data = NewBytes(metadata.icc.data(), metadata.icc.size());
-    block->Length = static_cast<std::uint32_t>(metadata.icc.size());
-    return block.release();
+    return BytesBlock(metadata.icc, gflFreeICCProfile);
 }
 
 GFL_XMP_DATA *XmpBlock(const Metadata &metadata)
 {
-    if (metadata.xmp.empty())
-        return nullptr;
-    Owned<GFL_XMP_DATA> block(NewZeroed<GFL_XMP_DATA>(), gflFreeXMP);
-    block->Data = NewBytes(metadata.xmp.data(), metadata.xmp.size());
-    block->Length = static_cast<std::uint32_t>(metadata.xmp.size());
-    return block.release();
+    return BytesBlock(metadata.xmp, gflFreeXMP);
 }
 
 GFL_IPTC_DATA *IptcBlock(const Metadata &metadata)
@@ -82,6 +83,25 @@ template <class Block> bool FileHas(const char *path, Block *(*block)(const Meta
     Block *found = OfFile(path, block);
     freeBlock(found);
     return found != nullptr;
+}
+
+template <class Block> void FreeBytes(Block *block)
+{
+    if (block)
+        Release(block->Data);
+    Release(block);
+}
+
+// Of the two records that are lists of names and values.
+template <class Block> void FreeItems(Block *block)
+{
+    for (std::uint32_t i = 0; block && i < block->NumberOfItems; ++i) {
+        Release(block->ItemsList[i].Name);
+        Release(block->ItemsList[i].Value);
+    }
+    if (block)
+        Release(block->ItemsList);
+    Release(block);
 }
 
 } // namespace
@@ -214,38 +234,22 @@ GFL_XMP_DATA *gflLoadXMPUTF8(const char *path)
 
 void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data)
 {
-    if (data)
-        Release(data->Data);
-    Release(data);
+    FreeBytes(data);
 }
 
 void gflFreeXMP(GFL_XMP_DATA *data)
 {
-    if (data)
-        Release(data->Data);
-    Release(data);
+    FreeBytes(data);
 }
 
 void gflFreeIPTC(GFL_IPTC_DATA *data)
 {
-    for (std::uint32_t i = 0; data && i < data->NumberOfItems; ++i) {
-        Release(data->ItemsList[i].Name);
-        Release(data->ItemsList[i].Value);
-    }
-    if (data)
-        Release(data->ItemsList);
-    Release(data);
+    FreeItems(data);
 }
 
 void gflFreeEXIF(GFL_EXIF_DATA *data)
 {
-    for (std::uint32_t i = 0; data && i < data->NumberOfItems; ++i) {
-        Release(data->ItemsList[i].Name);
-        Release(data->ItemsList[i].Value);
-    }
-    if (data)
-        Release(data->ItemsList);
-    Release(data);
+    FreeItems(data);
 }
 
 void gflFreeEXIF2(GFL_EXIF_DATAEX *data)

@@ -78,6 +78,15 @@ double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c)
     return static_cast<double>(reinterpret_cast<const float *>(row)[i]);
 }
 
+QByteArray PackedPixels(const GFL_BITMAP &bitmap)
+{
+    QByteArray pixels;
+    for (int y = 0; y < bitmap.Height; ++y)
+        pixels.append(reinterpret_cast<const char *>(bitmap.Data + std::size_t(y) * bitmap.BytesPerLine),
+                      bitmap.Width * bitmap.BytesPerPixel);
+    return pixels;
+}
+
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance)
 {
     if (got.Type != expected.Type || got.BitsPerComponent != expected.BitsPerComponent || got.Width != expected.Width

@@ -27,6 +27,9 @@ BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
 /// Sample @p c of pixel (x, y) as a share of the full range.
 double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 
+/// The pixels without the padding of rows.
+QByteArray PackedPixels(const GFL_BITMAP &bitmap);
+
 /// Empty when both have the same form and size and no sample differs by more than @p tolerance, a share of the full
 /// range; else where, what and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);

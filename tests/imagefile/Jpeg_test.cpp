@@ -103,15 +103,6 @@ QByteArray Decode(const QByteArray &file, J_COLOR_SPACE space, QSize *size = nul
     return pixels;
 }
 
-QByteArray PackedPixels(const GFL_BITMAP &bitmap)
-{
-    QByteArray pixels;
-    for (int y = 0; y < bitmap.Height; ++y)
-        pixels.append(reinterpret_cast<const char *>(bitmap.Data + std::size_t(y) * bitmap.BytesPerLine),
-                      bitmap.Width * bitmap.BytesPerPixel);
-    return pixels;
-}
-
 double RootMeanSquare(const GFL_BITMAP &a, const GFL_BITMAP &b)
 {
     double sum = 0.0;

@@ -225,15 +225,6 @@ QByteArray ReadByLibtiff(const QString &path)
     return pixels;
 }
 
-QByteArray PackedPixels(const GFL_BITMAP &bitmap)
-{
-    QByteArray pixels;
-    for (int y = 0; y < bitmap.Height; ++y)
-        pixels.append(reinterpret_cast<const char *>(bitmap.Data + std::size_t(y) * bitmap.BytesPerLine),
-                      bitmap.Width * bitmap.BytesPerPixel);
-    return pixels;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Spec)

@@ -38,7 +38,7 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
 }
 
 // A value that Exiv2 found inside a maker note. The group "MakerNote" tells of the note's place and byte order.
-bool IsOfMakerNote(const Exiv2::Exifdatum &datum)
+bool IsDecodedNote(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();
     return group != "Image" && group != "Photo" && group != "GPSInfo" && group != "Iop";
@@ -61,7 +61,7 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
 {
     std::vector<const Exiv2::Exifdatum *> values;
     for (const Exiv2::Exifdatum &datum : exif)
-        if (IsOfMakerNote(datum) && datum.key() != "Exif.MakerNote.Offset")
+        if (IsDecodedNote(datum) && datum.key() != "Exif.MakerNote.Offset")
             values.push_back(&datum);
     std::stable_sort(values.begin(), values.end(),
                      [](const Exiv2::Exifdatum *a, const Exiv2::Exifdatum *b) { return a->key() < b->key(); });
@@ -98,6 +98,11 @@ bool IsCarried(const Exiv2::Exifdatum &datum)
     return !BeginsWithAny(group, {"Thumbnail", "SubImage", "SubThumb", "Image2", "Image3", "PanasonicRaw", "Mpf"});
 }
 
+bool IsOfMakerNote(const Exiv2::Exifdatum &datum)
+{
+    return IsDecodedNote(datum) || (datum.groupName() == "Photo" && datum.tag() == kMakerNote);
+}
+
 std::vector<std::uint8_t> EncodeExif(const Exiv2::ExifData &exif)
 {
     if (exif.empty())
@@ -117,9 +122,9 @@ Exiv2::ExifData ExifToWrite(const Exiv2::ExifData &exif)
         if (!IsCarried(datum))
             continue;
         all.add(datum);
-        if (!IsOfMakerNote(datum))
+        if (!IsDecodedNote(datum))
             withoutDecoded.add(datum);
-        hasNote = hasNote || (datum.tag() == kMakerNote && datum.groupName() == "Photo");
+        hasNote = hasNote || (IsOfMakerNote(datum) && !IsDecodedNote(datum));
     }
     return hasNote && KeepsMakerNote(withoutDecoded, all) ? withoutDecoded : all;
 }

@@ -9,6 +9,9 @@ namespace imagefile {
 /// Thumbnails don't go along either, because they would show the picture as it was.
 bool IsCarried(const Exiv2::Exifdatum &datum);
 
+/// Whether a value is a maker note or stands in one. Only for EXIF that is carried.
+bool IsOfMakerNote(const Exiv2::Exifdatum &datum);
+
 /// What to write of the EXIF of a picture. A maker note comes as the very bytes of the camera where it can still be
 /// decoded at another place in a file, and otherwise, because it counts from the begin of the file, as the decoded
 /// values that Exiv2 makes a note of again. Throws std::bad_alloc only.

@@ -1,3 +1,4 @@
+#include "exif_carry.h"
 #include "jpeg_codec.h"
 #include "metadata.h"
 
@@ -63,14 +64,29 @@ void AddSegment(int marker, std::string_view signature, const std::uint8_t *data
     segments->push_back(std::move(segment));
 }
 
-// Exiv2 leaves out of a JPEG what doesn't fit into its one segment: previews and large values first.
+Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
+{
+    Exiv2::ExifData rest;
+    for (const Exiv2::Exifdatum &datum : exif)
+        if (!IsOfMakerNote(datum))
+            rest.add(datum);
+    return rest;
+}
+
+// EXIF has to fit into one segment. Exiv2 leaves out previews and large values that it doesn't know; if that isn't
+// enough, the maker note goes too, which in other formats may be larger than a whole segment.
 void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
+    constexpr std::size_t kMaxBlob = kMaxSegment - kSignature.size();
     Exiv2::Blob blob;
     if (!exif.empty())
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);
-    if (!blob.empty() && blob.size() + kSignature.size() <= kMaxSegment)
+    if (blob.size() > kMaxBlob) {
+        blob.clear();
+        Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, WithoutMakerNote(exif));
+    }
+    if (!blob.empty() && blob.size() <= kMaxBlob)
         AddSegment(JPEG_APP0 + 1, kSignature, blob.data(), blob.size(), segments);
 }
 

@@ -100,6 +100,12 @@ void PredictRow(const Picture &picture, int y, std::uint8_t *dst)
         DifferenceFloatRow(reinterpret_cast<const float *>(src), dst, width, channels);
 }
 
+const Metadata &MetadataOf(const SaveOptions &options)
+{
+    static const Metadata none;
+    return options.metadata ? *options.metadata : none;
+}
+
 /// One file on its way.
 class Writer {
 public:
@@ -156,8 +162,7 @@ Status Writer::SetFields()
 
 Status Writer::SetBlocks()
 {
-    static const Metadata kNone;
-    const Metadata &metadata = m_options.metadata ? *m_options.metadata : kNone;
+    const Metadata &metadata = MetadataOf(m_options);
     const auto set = [this](std::uint32_t tag, const Bytes &bytes) {
         return bytes.empty() || TIFFSetField(Tiff(), tag, static_cast<std::uint32_t>(bytes.size()), bytes.data());
     };
@@ -228,8 +233,7 @@ Status Writer::WriteDeflate()
 
 Status Writer::Write()
 {
-    static const Metadata kNone;
-    const Metadata &metadata = m_options.metadata ? *m_options.metadata : kNone;
+    const Metadata &metadata = MetadataOf(m_options);
     const TiffVariant variant = {FileBound(m_picture, m_compression, metadata) >= m_options.bigTiffFromBytes};
     TiffExif exif;
     if (Status status = exif.Encode(metadata.exif, variant); !status)

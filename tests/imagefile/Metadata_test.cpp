@@ -235,6 +235,7 @@ private Q_SLOTS:
     void filesWithout();
     void damagedMetadata();
     void metadataWithoutPixels();
+    void exifTooLargeForJpeg();
 };
 
 void tst_Metadata::initTestCase()
@@ -493,6 +494,27 @@ void tst_Metadata::metadataWithoutPixels()
     QCOMPARE(QSize(bitmap->Width, bitmap->Height), QSize(40, 30));
     QVERIFY(gflBitmapHasEXIF(bitmap.get()) && gflBitmapHasIPTC(bitmap.get()) && gflBitmapHasICCProfile(bitmap.get()));
     QVERIFY(SavedBytes(*bitmap, SaveParams("tiff")).isEmpty());
+}
+
+void tst_Metadata::exifTooLargeForJpeg()
+{
+    QByteArray note(70000, 'n'); // no segment of a JPEG holds that
+    QByteArray maker("Acme", 5);
+    GFL_EXIF_ENTRYEX second = {37500,  7, GFL_EXIF_CAMERA, 0, 0, 70000, reinterpret_cast<std::uint8_t *>(note.data()),
+                               nullptr};
+    GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 5, reinterpret_cast<std::uint8_t *>(maker.data()), &second};
+    const GFL_EXIF_DATAEX exif = {&first, 0};
+    QTemporaryDir folder;
+    for (const char *format : {"tiff", "jpeg"}) {
+        const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
+        QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
+        const QString path = folder.filePath(QString::fromLatin1(format));
+        const GFL_SAVE_PARAMS params = SaveParams(format);
+        QVERIFY2(gflSaveBitmapUTF8(path.toUtf8().constData(), bitmap.get(), &params) == GFL_NO_ERROR,
+                 gflLastErrorText());
+        QCOMPARE(ValueBytes(path, "Exif.Image.Make"), maker);
+        QCOMPARE(ValueBytes(path, "Exif.Photo.MakerNote"), format[0] == 't' ? note : QByteArray());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Metadata)

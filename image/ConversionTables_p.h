@@ -115,15 +115,25 @@ struct AlphaException {
     Form from;
     Form to;
     RunStep channelStep; // instead of the table's, at the target's depth
+    bool leavesAlpha;    // the target's stays what it was
 };
 
 constexpr AlphaException kAlphaExceptions[] = {
-    // The target's alpha stays what it was.
-    {{kDepth16u, kGrey}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>},
-    {{kDepth16u, kGrey}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>},
+    {{kDepth16u, kGrey}, {kDepth16u, kRgba}, steps::Spread<ippiCopy_16u_C1C4R, ippiSwapChannels_16u_AC4R>, true},
+    {{kDepth16u, kGrey}, {kDepth32f, kRgba}, steps::Spread<ippiCopy_32f_C1C4R, ippiSwapChannels_32f_AC4R>, true},
     // Alpha is 255 of 65,535.
-    {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>},
+    {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>, false},
 };
+
+/// The exception for a pair of forms, or null.
+inline const AlphaException *FindAlphaException(Form from, Form to)
+{
+    for (const AlphaException &exception : kAlphaExceptions) {
+        if (exception.from == from && exception.to == to)
+            return &exception;
+    }
+    return nullptr;
+}
 
 /// How runs of one form become runs of another: no step for the same form, one, or two with a run in between.
 class Conversion {
@@ -162,10 +172,8 @@ public:
 private:
     static RunStep ChannelStep(Form from, Form to, Depth depth)
     {
-        for (const AlphaException &exception : kAlphaExceptions) {
-            if (exception.from == from && exception.to == to)
-                return exception.channelStep;
-        }
+        if (const AlphaException *exception = FindAlphaException(from, to))
+            return exception->channelStep;
         return kChannelSteps[depth][from.layout][to.layout];
     }
 

@@ -92,8 +92,7 @@ void KImage::Ctor()
 void KImage::AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                          int bytesPerLine)
 {
-    if (m_bitmap && !data && m_bitmap->Data && m_bitmap->Width == width && m_bitmap->Height == height
-        && m_bitmap->Type == type && m_bitmap->BitsPerComponent == bitsPerComponent) {
+    if (m_bitmap && !data && HasShape(*m_bitmap, width, height, type, bitsPerComponent)) {
         if (clear)
             ClearBitmap();
         return;

@@ -38,6 +38,25 @@ void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
         KThrow(kInvalidParameter);
 }
 
+/// Makes a new target opaque where its alpha would stay what the memory held: of 16-bit grey to RGBA.
+void FillAlphaThatStays(const KImage &source, KImage &target)
+{
+    if (!IsWorkingDepth(source.bitsPerComponent()) || !IsWorkingDepth(target.bitsPerComponent())
+        || !IsWorkingType(target.type()))
+        return; // CropCopyTo refuses it
+    const AlphaException *exception = FindAlphaException(FormOf(source), FormOf(target));
+    if (!exception || !exception->leavesAlpha)
+        return;
+    const primitives::Size size = {target.width(), target.height()};
+    constexpr Ipp16u kOpaque16u[] = {0, 0, 0, 65535};
+    constexpr Ipp32f kOpaque32f[] = {0, 0, 0, 1};
+    unsigned char *pixels = target.getData(0, 0);
+    if (target.bitsPerComponent() == 16)
+        ippiSet_16u_C4R(kOpaque16u, reinterpret_cast<Ipp16u *>(pixels), target.bytesPerLine(), size);
+    else
+        ippiSet_32f_C4R(kOpaque32f, reinterpret_cast<Ipp32f *>(pixels), target.bytesPerLine(), size);
+}
+
 /// t - (t - s) * alpha for the colours of a pixel of @p C channels, its alpha being every fourth float from @p alpha
 /// on. Integers are truncated towards zero, within their range: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
@@ -104,7 +123,10 @@ void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) 
         KThrow(kInvalidBitmap);
     if (&target == this)
         KThrow(kInvalidParameter); // before the pixels are given up
+    const bool keepsBlock = target.m_bitmap && HasShape(*target.m_bitmap, width(), height(), type, bitsPerComponent);
     target.AllocBitmap(width(), height(), type, bitsPerComponent, /*clear=*/false, nullptr, 0);
+    if (!keepsBlock)
+        FillAlphaThatStays(*this, target);
     CropCopyTo(0, 0, width(), height(), target, 0, 0);
 }
 

@@ -23,6 +23,13 @@ inline bool IsEmpty(const KImage &image)
     return !image.m_bitmap || !image.m_bitmap->Data;
 }
 
+/// Whether AllocBitmap with these arguments would keep the record's block.
+inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, int bitsPerComponent)
+{
+    return bitmap.Data && bitmap.Width == width && bitmap.Height == height && bitmap.Type == type
+        && bitmap.BitsPerComponent == bitsPerComponent;
+}
+
 /// The allocator that the image module hands to the image-file layer: each side frees what the other made. The last
 /// argument is a tag for a debugging allocator and is ignored.
 void *alloc_callback(unsigned long size, void *userData);

@@ -15,34 +15,46 @@ constexpr std::int64_t kPixels = std::int64_t(kWidth) * kHeight;
 struct PixelForm {
     unsigned short type;
     int bits;
+
+    std::int64_t BytesPerPixel() const { return (type == GFL_GREY ? 1 : type == GFL_RGB ? 3 : 4) * bits / 8; }
 };
 
-std::int64_t ImageBytes(const KImage &image)
-{
-    return std::int64_t(image.bytesPerLine()) * image.height();
-}
-
-/// Every sample differs, floats from 0 to 1: nothing that a branch could learn.
-void FillWithNoise(KImage &image)
-{
-    std::mt19937 random(1);
-    const std::int64_t bytes = ImageBytes(image);
-    if (image.bitsPerComponent() == 32) {
-        float *samples = reinterpret_cast<float *>(image.getData(0, 0));
-        std::generate(samples, samples + bytes / 4, [&] { return static_cast<float>(random()) * 0x1p-32f; });
-    } else {
-        std::generate(image.getData(0, 0), image.getData(0, 0) + bytes,
-                      [&] { return static_cast<unsigned char>(random()); });
+/// A source full of noise and a target that share one block.
+class ImagePair {
+public:
+    ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight)
+        : block(
+            static_cast<std::size_t>(kPixels * from.BytesPerPixel() + to.BytesPerPixel() * targetWidth * targetHeight))
+    {
+        Wrap(source, from, kWidth, kHeight, block.data());
+        Wrap(target, to, targetWidth, targetHeight, block.data() + kPixels * from.BytesPerPixel());
+        // Noise all over: nothing that a branch could learn. Floats from 0 to 1.
+        std::mt19937 random(1);
+        if (from.bits == 32) {
+            float *samples = reinterpret_cast<float *>(block.data());
+            std::generate(samples, samples + block.size() / 4, [&] { return static_cast<float>(random()) * 0x1p-32f; });
+        } else {
+            std::generate(block.begin(), block.end(), [&] { return static_cast<unsigned char>(random()); });
+        }
     }
-}
+
+    std::vector<unsigned char> block;
+    KImage source;
+    KImage target;
+
+private:
+    static void Wrap(KImage &image, PixelForm form, int width, int height, unsigned char *data)
+    {
+        image.AllocBitmap(width, height, form.type, form.bits, /*clear=*/false, data,
+                          static_cast<int>(width * form.BytesPerPixel()));
+    }
+};
 
 void BM_Convert(benchmark::State &state, PixelForm from, PixelForm to)
 {
-    KImage source(kWidth, kHeight, from.type, from.bits, /*clear=*/false, nullptr, 0);
-    KImage target(kWidth, kHeight, to.type, to.bits, /*clear=*/true, nullptr, 0);
-    FillWithNoise(source);
-    MeasureAgainstCopy(state, kPixels, ImageBytes(source) + ImageBytes(target),
-                       [&] { source.CropCopyTo(0, 0, kWidth, kHeight, target, 0, 0); });
+    ImagePair images(from, to, kWidth, kHeight);
+    MeasureAgainstCopy(state, kPixels, images.block,
+                       [&] { images.source.CropCopyTo(0, 0, kWidth, kHeight, images.target, 0, 0); });
 }
 
 constexpr PixelForm kGrey8 = {GFL_GREY, 8}, kRgb8 = {GFL_RGB, 8}, kRgba8 = {GFL_RGBA, 8}, kRgb16 = {GFL_RGB, 16},
@@ -66,14 +78,12 @@ CONVERT(From8uRgb_To8uGrey, kRgb8, kGrey8);
 
 void BM_RotateRightAngle(benchmark::State &state)
 {
-    KImage source(kWidth, kHeight, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-    KImage target(kHeight, kWidth, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    FillWithNoise(source);
+    ImagePair images(kRgba32, kRgba32, kHeight, kWidth);
     const auto samples = [](const KImage &image) { return reinterpret_cast<float *>(image.getData(0, 0)); };
-    MeasureAgainstCopy(state, kPixels, ImageBytes(source) + ImageBytes(target), [&] {
-        ippiRotate_32f_C4R(samples(source), {kWidth, kHeight}, source.bytesPerLine(), {0, 0, kWidth, kHeight},
-                           samples(target), target.bytesPerLine(), {0, 0, kHeight, kWidth}, 90.0, 0.0, kWidth - 1,
-                           primitives::kCubic);
+    MeasureAgainstCopy(state, kPixels, images.block, [&] {
+        ippiRotate_32f_C4R(samples(images.source), {kWidth, kHeight}, images.source.bytesPerLine(),
+                           {0, 0, kWidth, kHeight}, samples(images.target), images.target.bytesPerLine(),
+                           {0, 0, kHeight, kWidth}, 90.0, 0.0, kWidth - 1, primitives::kCubic);
     });
 }
 BENCHMARK(BM_RotateRightAngle)->UseManualTime()->Unit(benchmark::kMillisecond);
@@ -82,11 +92,9 @@ BENCHMARK(BM_RotateRightAngle)->UseManualTime()->Unit(benchmark::kMillisecond);
 void BM_Resize(benchmark::State &state, PixelForm form)
 {
     constexpr int kPreviewWidth = 1024, kPreviewHeight = kPreviewWidth * kHeight / kWidth;
-    KImage source(kWidth, kHeight, form.type, form.bits, /*clear=*/false, nullptr, 0), target;
-    FillWithNoise(source);
-    source.Resize(target, kPreviewWidth, kPreviewHeight);
-    MeasureAgainstCopy(state, kPixels, ImageBytes(source) + ImageBytes(target),
-                       [&] { source.Resize(target, kPreviewWidth, kPreviewHeight); });
+    ImagePair images(form, form, kPreviewWidth, kPreviewHeight);
+    MeasureAgainstCopy(state, kPixels, images.block,
+                       [&] { images.source.Resize(images.target, kPreviewWidth, kPreviewHeight); });
 }
 BENCHMARK_CAPTURE(BM_Resize, 8uRgb, kRgb8)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_Resize, 32fRgba, kRgba32)->UseManualTime()->Unit(benchmark::kMillisecond);

@@ -50,8 +50,7 @@ Range ImageOf(Range source, int sign, std::int64_t shift)
     return {shift - source.end + 1, shift - source.first + 1};
 }
 
-/// The source position of target position (x, y) is (cosine * (x - shiftX) - sine * (y - shiftY),
-/// sine * (x - shiftX) + cosine * (y - shiftY)).
+/// From a target position back to its source.
 template <typename T> struct Turn {
     T cosine;
     T sine;
@@ -120,10 +119,11 @@ void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, S
                    const Turn<std::int64_t> &turn)
 {
     const Region region = TargetRegion(srcRect, dstRect, turn);
-    const std::int64_t bytes =
-        (region.x.end - region.x.first) * (region.y.end - region.y.first) * std::int64_t(sizeof(Pixel));
+    const std::int64_t columns = region.x.end - region.x.first, rows = region.y.end - region.y.first;
+    if (columns < 1 || rows < 1)
+        return;
     const bool aligned = (reinterpret_cast<std::uintptr_t>(dst) | static_cast<std::uint64_t>(dstStep)) % 16 == 0;
-    if (aligned && bytes >= kStreamedBytes) {
+    if (aligned && columns * rows * std::int64_t(sizeof(Pixel)) >= kStreamedBytes) { // sides below 2^31
         MovePixels<StorePastCache>(src, srcStep, dst, dstStep, region, turn);
         _mm_sfence();
     } else {

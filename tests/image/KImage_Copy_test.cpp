@@ -260,7 +260,7 @@ void tst_KImageCopy::guards_data()
     row("left of the source", parameter, crop(-1, 0, 1, 1, 0, 0));
     row("right of the source", parameter, crop(8, 0, 0, 1, 0, 0));
     row("wider than the source", parameter, crop(5, 0, 4, 1, 0, 0));
-    row("width that wraps around", parameter, crop(5, 0, std::numeric_limits<int>::max(), 1, 0, 0));
+    row("width that wraps around", parameter, crop(5, 0, std::numeric_limits<int>::max(), 1, 1, 0));
     row("below the source", parameter, crop(0, 6, 1, 1, 0, 0));
     row("higher than the source", parameter, crop(0, 5, 1, 2, 0, 0));
     row("beyond the target's rows", parameter, crop(0, 0, 4, 1, 2, 0));

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <random>
+#include <utility>
 
 Q_DECLARE_METATYPE(std::function<bool(int, int)>)
 
@@ -71,6 +73,47 @@ struct Crop {
     float left = -1, right = -2, top = -3, bottom = -4;
 };
 
+/// The first valid position of a line, and the last, each up to its middle.
+template <typename Valid> std::pair<int, int> Ends(int length, Valid valid)
+{
+    int first = 0, last = length - 1;
+    while (first < length / 2 && !valid(first))
+        ++first;
+    while (last >= length / 2 && !valid(last))
+        --last;
+    return {first, last};
+}
+
+/// The seventy trials in double precision, one rectangle at a time; @p bestArea is the area of the largest.
+Crop CropByTheSteps(QSize size, const std::function<bool(int, int)> &isValid, double &bestArea)
+{
+    Crop best = {0, 0, 0, 0};
+    bestArea = 0;
+    for (int degrees = 10; degrees <= 79; ++degrees) {
+        const double tangent = std::tan(degrees * M_PI / 180);
+        double left = 0, right = size.width(), top = 0, bottom = size.height();
+        for (int y = 0; y < size.height(); ++y) {
+            const auto [first, last] = Ends(size.width(), [&](int x) { return isValid(x, y); });
+            const double most = (y < size.height() / 2 ? y : size.height() - 1 - y) * tangent;
+            left = std::max(left, std::min<double>(first, most));
+            if (last < size.width() - 1)
+                right = std::min(right, std::max<double>(last, size.width() - most));
+        }
+        for (int x = 0; x < size.width(); ++x) {
+            const auto [first, last] = Ends(size.height(), [&](int y) { return isValid(x, y); });
+            const double most = (x < size.width() / 2 ? x : size.width() - 1 - x) / tangent;
+            top = std::max(top, std::min<double>(first, most));
+            if (last < size.height() - 1)
+                bottom = std::min(bottom, std::max<double>(last, size.height() - most));
+        }
+        if (right > left && (right - left) * (bottom - top) > bestArea) {
+            best = {float(left), float(right), float(top), float(bottom)};
+            bestArea = (right - left) * (bottom - top);
+        }
+    }
+    return best;
+}
+
 Crop AutoCrop(const KImage &image)
 {
     Crop crop;
@@ -101,6 +144,8 @@ private Q_SLOTS:
     void fullAndEmptyCrop_data();
     void fullAndEmptyCrop();
     void cropByHand();
+    void cropByTheSteps_data();
+    void cropByTheSteps();
     void cropGuards();
 };
 
@@ -367,6 +412,40 @@ void tst_KImageGeometry::cropByHand()
     const float reach = 9.0f / std::tan(79.0f * float(M_PI) / 180.0f);
     QVERIFY(std::fabs(crop.top - reach) < 1e-4f);
     QVERIFY(std::fabs(crop.bottom - (80 - reach)) < 1e-4f);
+}
+
+void tst_KImageGeometry::cropByTheSteps_data()
+{
+    QTest::addColumn<QSize>("size");
+    for (const QSize &size : {QSize(5, 3), QSize(12, 9), QSize(9, 16), QSize(40, 5), QSize(31, 30)})
+        QTest::addRow("%dx%d", size.width(), size.height()) << size;
+}
+
+void tst_KImageGeometry::cropByTheSteps()
+{
+    QFETCH(QSize, size);
+    const int width = size.width(), height = size.height();
+    std::mt19937 random(1);
+    for (int trial = 0; trial < 200; ++trial) {
+        // A frame of random widths with a rough edge: any pixel next to it may be transparent too.
+        const auto below = [&](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+        const int left = below(width / 2 + 1), right = width - below(width / 2 + 1);
+        const int top = below(height / 2 + 1), bottom = height - below(height / 2 + 1);
+        std::vector<bool> valid(static_cast<size_t>(width * height));
+        for (int y = top; y < bottom; ++y)
+            for (int x = left; x < right; ++x)
+                valid[static_cast<size_t>(y * width + x)] = below(8) > 0;
+        if (std::find(valid.begin(), valid.end(), true) == valid.end())
+            continue; // all zeros, by a rule of its own
+        const auto isValid = [&](int x, int y) { return bool(valid[static_cast<size_t>(y * width + x)]); };
+        double area = 0;
+        const Crop wanted = CropByTheSteps(size, isValid, area), got = AutoCrop(MaskedImage(width, height, isValid));
+        // Rectangles of the same size to within rounding may change places.
+        const double gotArea = double(got.right - got.left) * double(got.bottom - got.top);
+        const bool isSame = std::fabs(got.left - wanted.left) < 1e-3f && std::fabs(got.right - wanted.right) < 1e-3f
+            && std::fabs(got.top - wanted.top) < 1e-3f && std::fabs(got.bottom - wanted.bottom) < 1e-3f;
+        QVERIFY2(isSame || std::fabs(gotArea - area) < 1e-4 * area, qPrintable(QString::number(trial)));
+    }
 }
 
 void tst_KImageGeometry::cropGuards()

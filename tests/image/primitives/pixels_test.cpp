@@ -70,7 +70,9 @@ void tst_Pixels::memory()
     QVERIFY(!ippiMalloc_8u_C1(0, 1, &step));
     QVERIFY(!ippiMalloc_8u_C1(1, -1, &step));
     constexpr int kMax = std::numeric_limits<int>::max();
-    QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step)); // 2^66 bytes
+    QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step));
+    // Rows of 2^33 + 64 bytes: the product is 2^64 and some gigabytes, which alone could be had.
+    QVERIFY(!ippiMalloc_32f_C4((1 << 29) + 4, kMax - 14, &step));
     QVERIFY(!ippsMalloc_8u(std::numeric_limits<std::int64_t>::max()));
     ippsFree(nullptr);
 }

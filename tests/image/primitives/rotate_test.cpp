@@ -167,9 +167,10 @@ void tst_Rotate::rampUnderAnyAngle()
     }
     QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
 
-    // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated.
+    // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; half a
+    // pixel beyond their centres nothing is written any more.
     const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
-    int inside = 0;
+    int inside = 0, holes = 0;
     CompareSamples(
         target.Size(), 4, Reader(target),
         [&](int x, int y, int c) {
@@ -179,10 +180,12 @@ void tst_Rotate::rampUnderAnyAngle()
             if (margin < -0.501)
                 return double(kUntouched);
             inside += margin >= 1;
+            holes += margin > -0.499 && target.At(x, y, c) == kUntouched;
             return margin >= 1 ? ramp(fromX, fromY, c) : double(target.At(x, y, c));
         },
         1e-3);
     QVERIFY(inside > 100);
+    QCOMPARE(holes, 0);
 }
 
 void tst_Rotate::refused_data()
@@ -196,6 +199,7 @@ void tst_Rotate::refused_data()
     QTest::newRow("angle is not a number") << nan << 0.0 << 3 << 4 << int(Status::BadArgument);
     QTest::newRow("endless shift") << 90.0 << inf << 3 << 4 << int(Status::BadArgument);
     QTest::newRow("shift beyond integers: nothing comes from the source") << 90.0 << 1e30 << 3 << 4 << int(Status::Ok);
+    QTest::newRow("shift far away") << 90.0 << 1e12 << 3 << 4 << int(Status::Ok);
     QTest::newRow("linear") << 90.0 << 0.0 << 3 << 2 << int(Status::BadArgument);
     QTest::newRow("no width") << 90.0 << 0.0 << 0 << 4 << int(Status::BadSize);
 }

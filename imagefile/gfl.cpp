@@ -122,13 +122,27 @@ Status CheckBitmap(const GFL_BITMAP &bitmap)
                              bits, bitmap.Width, bitmap.Height, bitmap.BytesPerLine));
 }
 
+/// Whether an ICC profile can belong to these pixels. Inks and Lab are delivered as RGB, and grey may have been
+/// widened: the profile of the source would then make viewers show wrong colours, or refuse the file. Its colour space
+/// stands in bytes 16 to 19 (ICC.1:2010, 7.2.6).
+bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
+{
+    constexpr std::size_t kAt = 16, kLength = 4;
+    if (icc.size() < kAt + kLength)
+        return true; // nothing is known of it
+    const std::string space(icc.begin() + kAt, icc.begin() + kAt + kLength);
+    if (bitmap.Type == GFL_GREY)
+        return space != "RGB " && space != "CMYK" && space != "Lab ";
+    return space != "GRAY" && space != "CMYK" && space != "Lab ";
+}
+
 Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
 {
     Metadata metadata;
     if (const Metadata *carried = MetadataOf(&bitmap)) {
         metadata = *carried;
         metadata.exif = ExifToWrite(carried->exif);
-        if ((params.Flags & GFL_SAVE_ICC_PROFILE) == 0)
+        if ((params.Flags & GFL_SAVE_ICC_PROFILE) == 0 || !ProfileFits(carried->icc, bitmap))
             metadata.icc.clear();
     }
     SaveOptions options;

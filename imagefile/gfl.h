@@ -87,8 +87,9 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with the EXIF, IPTC and XMP that it carries, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE. Depth and alpha are converted to what the format holds. The file is written beside the target
-/// and renamed when whole: a failed save leaves an existing file as it was. Symbolic links are followed.
+/// GFL_SAVE_ICC_PROFILE, unless that is of another colour space than the pixels. Depth and alpha are converted to what
+/// the format holds. The file is written beside the target and renamed when whole: a failed save leaves an existing
+/// file as it was. Symbolic links are followed.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// As gflSaveBitmapUTF8, into a block of the layer's allocator that is the caller's to free.

@@ -151,7 +151,7 @@ QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
     return jpeg.insert(2, segments);
 }
 
-void WriteSource(const QString &path, const Exiv2::ExifData &exif)
+void WriteSource(const QString &path, const Exiv2::ExifData &exif, const QByteArray &profile = Profile())
 {
     QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
     QFile file(path);
@@ -161,7 +161,6 @@ void WriteSource(const QString &path, const Exiv2::ExifData &exif)
     Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
     image->readMetadata();
     image->setExifData(exif);
-    const QByteArray profile = Profile();
     Exiv2::DataBuf icc(reinterpret_cast<const Exiv2::byte *>(profile.constData()), profile.size());
     image->setIccProfile(icc);
     image->setXmpPacket(kXmp);
@@ -230,6 +229,8 @@ private Q_SLOTS:
     void iptcEntries();
     void thumbnailsAreLeftOut();
     void profileOnlyWhenAsked();
+    void profileOfTheRightKind_data();
+    void profileOfTheRightKind();
     void xmp();
     void resolution();
     void filesWithout();
@@ -403,6 +404,33 @@ void tst_Metadata::profileOnlyWhenAsked()
     QCOMPARE(gflBitmapCopyICCProfile(target.isEmpty() ? nullptr : SmoothBitmap(1, 1, GFL_RGB, 8).get(), bitmap.get()),
              int(GFL_NO_ERROR));
     QVERIFY(!gflBitmapHasICCProfile(bitmap.get())); // replaced by none
+}
+
+void tst_Metadata::profileOfTheRightKind_data()
+{
+    QTest::addColumn<QByteArray>("space"); // bytes 16 to 19 of the profile
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("kept");
+    QTest::newRow("RGB for RGBA") << QByteArray("RGB ") << int(GFL_RGBA) << true;
+    QTest::newRow("inks for RGBA") << QByteArray("CMYK") << int(GFL_RGBA) << false;
+    QTest::newRow("Lab for RGB") << QByteArray("Lab ") << int(GFL_RGB) << false;
+    QTest::newRow("grey for RGB") << QByteArray("GRAY") << int(GFL_RGB) << false;
+    QTest::newRow("grey for grey") << QByteArray("GRAY") << int(GFL_GREY) << true;
+    QTest::newRow("RGB for grey") << QByteArray("RGB ") << int(GFL_GREY) << false;
+}
+
+void tst_Metadata::profileOfTheRightKind()
+{
+    QFETCH(QByteArray, space);
+    QFETCH(int, type);
+    QTemporaryDir folder;
+    const QString source = folder.filePath(QStringLiteral("a.jpg")), target = folder.filePath(QStringLiteral("b.tif"));
+    WriteSource(source, CommonExif("Acme"), Profile().replace(16, 4, space));
+    const BitmapPtr bitmap = SmoothBitmap(40, 30, type, 8);
+    CarryOver(LoadMetadata(source).get(), bitmap.get());
+    const GFL_SAVE_PARAMS params = SaveParams("tiff");
+    QCOMPARE(gflSaveBitmapUTF8(target.toUtf8().constData(), bitmap.get(), &params), int(GFL_NO_ERROR));
+    QTEST(gflHasICCProfileUTF8(target.toUtf8().constData()), "kept");
 }
 
 void tst_Metadata::xmp()

@@ -105,7 +105,7 @@ std::string ResolutionUnit(const Exiv2::Value &value)
 
 std::string Direction(const Exiv2::Value &value)
 {
-    const std::string text = value.toString();
+    std::string text = value.toString();
     constexpr std::pair<char, const char *> kNames[] = {{'N', "North"}, {'S', "South"}, {'E', "East"},
                                                         {'W', "West"},  {'T', "True"},  {'M', "Magnetic"}};
     for (const auto &[letter, name] : kNames)

@@ -1,6 +1,7 @@
 #include "row_sink.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace imagefile {
 
@@ -8,7 +9,8 @@ Box FitInto(const Box &box, int width, int height)
 {
     const double scale =
         std::min({1.0, static_cast<double>(box.width) / width, static_cast<double>(box.height) / height});
-    return {std::max(1, static_cast<int>(width * scale + 0.5)), std::max(1, static_cast<int>(height * scale + 0.5))};
+    return {std::max(1, static_cast<int>(std::lround(width * scale))),
+            std::max(1, static_cast<int>(std::lround(height * scale)))};
 }
 
 PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params)

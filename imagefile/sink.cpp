@@ -31,8 +31,8 @@ std::string FollowLinks(std::string path)
         const ssize_t length = ::readlink(path.c_str(), link, sizeof link);
         if (length <= 0)
             break;
-        const std::string next(link, static_cast<std::size_t>(length));
-        path = next[0] == '/' ? next : FolderOf(path) + next;
+        path = link[0] == '/' ? std::string() : FolderOf(path);
+        path.append(link, static_cast<std::size_t>(length));
     }
     return path;
 }

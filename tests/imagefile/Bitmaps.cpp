@@ -166,7 +166,7 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
     std::uint32_t size = 0;
     if (gflSaveBitmapIntoMemory(&data, &size, &bitmap, &params) != GFL_NO_ERROR)
         return QByteArray();
-    const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
+    QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
     std::free(data); // the layer's plain allocator
     return bytes;
 }

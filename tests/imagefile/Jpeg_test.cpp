@@ -72,7 +72,7 @@ QByteArray Encode(const Spec &spec)
     }
     jpeg_finish_compress(&cinfo);
     jpeg_destroy_compress(&cinfo);
-    const QByteArray file(reinterpret_cast<char *>(data), static_cast<int>(size));
+    QByteArray file(reinterpret_cast<char *>(data), static_cast<int>(size));
     std::free(data);
     return file;
 }

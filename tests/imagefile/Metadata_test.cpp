@@ -201,7 +201,7 @@ void CarryOver(const GFL_BITMAP *source, GFL_BITMAP *target)
 QByteArray IccOf(const QString &path)
 {
     GFL_ICCPROFILE_DATA *data = gflLoadICCProfileUTF8(path.toUtf8().constData());
-    const QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
+    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
     gflFreeICCProfile(data);
     return bytes;
 }
@@ -209,7 +209,7 @@ QByteArray IccOf(const QString &path)
 QByteArray XmpOf(const QString &path)
 {
     GFL_XMP_DATA *data = gflLoadXMPUTF8(path.toUtf8().constData());
-    const QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
+    QByteArray bytes = data ? QByteArray(reinterpret_cast<char *>(data->Data), int(data->Length)) : QByteArray();
     gflFreeXMP(data);
     return bytes;
 }

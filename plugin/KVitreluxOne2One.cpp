@@ -17,21 +17,21 @@ QIcon ResourceIcon(const QString &name)
 }
 
 // Keys of the stored settings; those of a record are also the attributes of its XML form.
-constexpr QLatin1String kDisto("Disto");
-constexpr QLatin1String kCa("CA");
-constexpr QLatin1String kFalloff("Falloff");
-constexpr QLatin1String kLcpFilename("LCPfilename");
-constexpr QLatin1String kLensPath("LensPath");
+const QLatin1String kDisto("Disto");
+const QLatin1String kCa("CA");
+const QLatin1String kFalloff("Falloff");
+const QLatin1String kLcpFilename("LCPfilename");
+const QLatin1String kLensPath("LensPath");
 
 // Where the profile maker's own program puts them; the same on every platform, so that settings can travel.
-constexpr QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
+const QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
 
 struct Flag {
     QLatin1String key;
     bool KVitreluxOne2One::Params::*field;
 };
 
-constexpr Flag kFlags[] = {
+const Flag kFlags[] = {
     {kDisto, &KVitreluxOne2One::Params::disto},
     {kCa, &KVitreluxOne2One::Params::ca},
     {kFalloff, &KVitreluxOne2One::Params::falloff},

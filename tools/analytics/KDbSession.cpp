@@ -14,8 +14,8 @@ Q_LOGGING_CATEGORY(dbquery, "dbquery", QtWarningMsg)
 
 namespace {
 
-constexpr QLatin1String kSqlite("QSQLITE");
-constexpr QLatin1String kInMemory(":memory:");
+const QLatin1String kSqlite("QSQLITE");
+const QLatin1String kInMemory(":memory:");
 
 bool Run(QSqlQuery &query, const QString &text)
 {

@@ -65,7 +65,7 @@ void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString 
     const bool existed = QFile::exists(fileName);
     const qint64 bytes = static_cast<qint64>(bitmap.Width) * bitmap.Height * bitmap.BytesPerPixel;
     CheckAndThrowForDiskSpace(fileName, bytes, where);
-    if (!existed)
+    if (!existed && QFileInfo(fileName).size() == 0) // not what somebody else put there meanwhile
         QFile::remove(fileName);
 }
 

@@ -190,6 +190,12 @@ void KImage::Resize(KImage &target, int width, int height)
     target.AllocBitmap(width, height, type(), bitsPerComponent(), /*clear=*/true, nullptr, 0);
     if (!IsWorkingType(type()))
         return;
+    if (IsWorkingDepth(bitsPerComponent()) && !HasAlignedRows(target)) { // it wraps a block of another stride
+        KImage aligned;
+        Resize(aligned, width, height);
+        aligned.CopyTo(target, 0, 0);
+        return;
+    }
     if (bitsPerComponent() == 8)
         ResizeInto<Ipp8u>(*this, target);
     else if (bitsPerComponent() == 16)

@@ -16,7 +16,12 @@ constexpr int kSwapRedAndBlue[] = {2, 1, 0, 3};
 KImage::KImage(const QImage &image)
 {
     Ctor();
-    FromQImage(image);
+    try {
+        FromQImage(image);
+    } catch (...) {
+        FreeBitmap(); // a constructor that throws has no destructor call
+        throw;
+    }
 }
 
 void KImage::FromQImage(const QImage &image)

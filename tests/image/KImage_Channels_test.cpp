@@ -319,6 +319,32 @@ void tst_KImageChannels::guards_data()
     row("blend nothing", bitmap, [](KImage &e, KImage &i, KImage &) { e.BlendTo(i, 0, 0); });
     row("blend onto nothing", parameter, [](KImage &e, KImage &i, KImage &) { i.BlendTo(e, 0, 0); });
     row("blend beside the target", parameter, [](KImage &, KImage &i, KImage &w) { i.BlendTo(w, 0, 3); });
+    struct Place {
+        const char *name;
+        int x, y;
+    };
+    for (const Place place : {Place{"blend left of the target", -1, 0},
+                              {"blend above", 0, -1},
+                              {"blend right", 4, 0},
+                              {"blend below", 0, 3}}) {
+        row(place.name, parameter, [place](KImage &, KImage &i, KImage &) { // through an alpha: a path of its own
+            KImage seeThrough(2, 2, GFL_RGBA, 8, /*clear=*/true, nullptr, 0);
+            seeThrough.BlendTo(i, place.x, place.y);
+        });
+    }
+    row("blend a palette", parameter, [](KImage &, KImage &i, KImage &) {
+        KImage(2, 2, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).BlendTo(i, 0, 0);
+    });
+    row("set channel -1", parameter, [](KImage &, KImage &i, KImage &) {
+        KImage plane(4, 3, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+        i.SetChannel(plane, -1);
+    });
+    row("24 bits have no factor", bitmap,
+        [](KImage &, KImage &, KImage &) { KImage(2, 2, GFL_RGB, 24, /*clear=*/true, nullptr, 0) *= 0.5f; });
+    row("palettes have no sum", bitmap, [](KImage &, KImage &i, KImage &) {
+        KImage palette(4, 3, GFL_COLORS, 8, /*clear=*/true, nullptr, 0);
+        palette += i;
+    });
     row("add to nothing", bitmap, [](KImage &e, KImage &i, KImage &) { e += i; });
     row("16 bits have no sum", bitmap, [](KImage &, KImage &, KImage &w) { w += w; });
     row("subtract nothing", parameter, [](KImage &e, KImage &i, KImage &) { i -= e; });

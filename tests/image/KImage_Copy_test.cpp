@@ -106,6 +106,8 @@ private Q_SLOTS:
     void copyToIsClipped_data();
     void copyToIsClipped();
     void convertKeepsAWrappedBlock();
+    void convertOfDeepGreyIsOpaque_data();
+    void convertOfDeepGreyIsOpaque();
     void beyondFourGiB_data();
     void beyondFourGiB();
 };
@@ -225,7 +227,18 @@ void tst_KImageCopy::guards_data()
         QTest::newRow(name) << std::function<void()>([call] {
             KImage source(8, 6, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
             KImage target(5, 4, GFL_RGBA, 16, /*clear=*/true, nullptr, 0);
-            call(source, target);
+            std::memset(target.getData(0, 0), 0x5A, size_t(4) * target.bytesPerLine());
+            const KImage before(target);
+            try {
+                call(source, target);
+            } catch (const KException &) {
+                // Only a form that can't be made gives the old content up.
+                const bool sameForm = target.m_bitmap && target.type() == GFL_RGBA && target.bitsPerComponent() == 16;
+                const size_t bytes = size_t(4) * before.bytesPerLine();
+                if (sameForm && std::memcmp(target.getData(0, 0), before.getData(0, 0), bytes) != 0)
+                    throw KException(QStringLiteral("the target has changed"), QString());
+                throw;
+            }
         }) << message;
     };
     const auto crop = [](int x, int y, int width, int height, int targetX, int targetY) {
@@ -262,6 +275,13 @@ void tst_KImageCopy::guards_data()
     row("wider than the source", parameter, crop(5, 0, 4, 1, 0, 0));
     row("width that wraps around", parameter, crop(5, 0, std::numeric_limits<int>::max(), 1, 1, 0));
     row("below the source", parameter, crop(0, 6, 1, 1, 0, 0));
+    row("above the source", parameter, crop(0, -1, 1, 1, 0, 0));
+    row("nothing, below the source", parameter, crop(0, 6, 1, 0, 0, 0));
+    row("above the target", parameter, crop(0, 0, 1, 1, 0, -1));
+    row("target of 24 bits", parameter, [](KImage &s, KImage &) {
+        KImage deep(4, 4, GFL_RGB, 24, /*clear=*/true, nullptr, 0);
+        s.CropCopyTo(0, 0, 1, 1, deep, 0, 0);
+    });
     row("higher than the source", parameter, crop(0, 5, 1, 2, 0, 0));
     row("beyond the target's rows", parameter, crop(0, 0, 4, 1, 2, 0));
     row("beyond the target's end", parameter, crop(0, 0, 1, 3, 0, 2));
@@ -271,6 +291,14 @@ void tst_KImageCopy::guards_data()
         [](KImage &, KImage &t) { KImage(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).CopyTo(t, 0, 0); });
     row("CopyTo beside the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, 5, 0); });
     row("Convert of an empty image", bitmap, [](KImage &, KImage &t) { KImage().Convert(t, GFL_RGB, 8); });
+    row("CopyTo an empty target", parameter, [](KImage &s, KImage &) {
+        KImage empty;
+        s.CopyTo(empty, 0, 0);
+    });
+    row("CopyTo left of the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, -1, 0); });
+    row("CopyTo above the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, 0, -1); });
+    row("Convert of a palette", bitmap,
+        [](KImage &, KImage &t) { KImage(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).Convert(t, GFL_RGB, 8); });
     row("Convert to a palette", parameter, [](KImage &s, KImage &t) { s.Convert(t, GFL_COLORS, 8); });
     row("Convert to 12 bits", parameter, [](KImage &s, KImage &t) { s.Convert(t, GFL_RGB, 12); });
     row("Convert of itself, which stays", parameter, [](KImage &s, KImage &) {
@@ -331,6 +359,35 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     source.image.Convert(target.image, GFL_GREY, 8); // another shape: the block is left, whole
     QVERIFY(target.image.m_bitmap->Data != block);
     QCOMPARE(block[3], quint8(255));
+}
+
+void tst_KImageCopy::convertOfDeepGreyIsOpaque_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<bool>("kept"); // the target has the shape already
+    for (int bits : {16, 32})
+        for (bool kept : {false, true})
+            QTest::addRow("%d bits, %s", bits, kept ? "kept target" : "new target") << bits << kept;
+}
+
+// The one pair of forms whose alpha no step fills: a kept target keeps it, in a new one it must not be chance.
+void tst_KImageCopy::convertOfDeepGreyIsOpaque()
+{
+    QFETCH(int, bits);
+    QFETCH(bool, kept);
+    const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
+    KImage target(kept ? 3 : 2, kept ? 2 : 3, GFL_RGBA, bits, /*clear=*/true, nullptr, 0); // alpha 0
+    grey.Convert(target, GFL_RGBA, bits);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            quint16 deep;
+            float real;
+            std::memcpy(&deep, target.getData(x, y) + 6, sizeof deep);
+            std::memcpy(&real, target.getData(x, y) + (bits == 32 ? 12 : 0), sizeof real);
+            const double alpha = bits == 16 ? deep / 65535.0 : double(real);
+            QCOMPARE(alpha, kept ? 0.0 : 1.0);
+        }
+    }
 }
 
 void tst_KImageCopy::beyondFourGiB_data()

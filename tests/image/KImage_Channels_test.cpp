@@ -335,6 +335,16 @@ void tst_KImageChannels::guards_data()
     row("blend a palette", parameter, [](KImage &, KImage &i, KImage &) {
         KImage(2, 2, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).BlendTo(i, 0, 0);
     });
+    row("blend 24 bits", bitmap,
+        [](KImage &, KImage &i, KImage &) { KImage(2, 2, GFL_RGBA, 24, /*clear=*/true, nullptr, 0).BlendTo(i, 0, 0); });
+    row("blend onto 24 bits", parameter, [](KImage &, KImage &, KImage &) {
+        KImage target(2, 2, GFL_RGB, 24, /*clear=*/true, nullptr, 0);
+        KImage(2, 2, GFL_RGBA, 8, /*clear=*/true, nullptr, 0).BlendTo(target, 0, 0);
+    });
+    row("a palette as a QImage", bitmap, [](KImage &, KImage &, KImage &) {
+        QImage image;
+        KImage(2, 2, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).ToQImage(image);
+    });
     row("set channel -1", parameter, [](KImage &, KImage &i, KImage &) {
         KImage plane(4, 3, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
         i.SetChannel(plane, -1);

@@ -54,27 +54,18 @@ KImage::KImage()
     Ctor();
 }
 
+// The others start as an empty image: from there on the destructor frees what a throw leaves half done.
+
 KImage::KImage(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                int bytesPerLine)
+    : KImage()
 {
-    Ctor();
-    try {
-        AllocBitmap(width, height, type, bitsPerComponent, clear, data, bytesPerLine);
-    } catch (...) {
-        FreeBitmap(); // a constructor that throws has no destructor call
-        throw;
-    }
+    AllocBitmap(width, height, type, bitsPerComponent, clear, data, bytesPerLine);
 }
 
-KImage::KImage(const KImage &other)
+KImage::KImage(const KImage &other) : KImage()
 {
-    Ctor();
-    try {
-        *this = other;
-    } catch (...) {
-        FreeBitmap();
-        throw;
-    }
+    *this = other;
 }
 
 KImage::~KImage()

@@ -13,15 +13,9 @@ constexpr int kSwapRedAndBlue[] = {2, 1, 0, 3};
 
 } // namespace
 
-KImage::KImage(const QImage &image)
+KImage::KImage(const QImage &image) : KImage()
 {
-    Ctor();
-    try {
-        FromQImage(image);
-    } catch (...) {
-        FreeBitmap(); // a constructor that throws has no destructor call
-        throw;
-    }
+    FromQImage(image);
 }
 
 void KImage::FromQImage(const QImage &image)

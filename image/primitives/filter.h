@@ -9,7 +9,7 @@ namespace primitives {
 /// The weights of a blur; lives in a block of the caller's.
 struct GaussianSpec;
 
-/// Bytes of the specification and of the work block of a blur. @p kernelSize is odd.
+/// Bytes of the weights and of the work block of a blur. @p kernelSize is odd.
 Status FilterGaussianGetBufferSize(Size size, int kernelSize, std::int64_t *specBytes, std::int64_t *bufferBytes);
 
 /// Weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, with the sum 1. @p sigma is above 0.

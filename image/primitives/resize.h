@@ -20,7 +20,7 @@ struct Point {
 /// Opaque; lives in a block of the caller's, of the size that ResizeGetSize tells.
 struct ResizeSpec;
 
-/// Bytes of the specification, and of the block for preparing it. BadArgument if @p antialiasing is asked for, or
+/// Bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is asked for, or
 /// super-sampling for a side that grows.
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);

@@ -5,11 +5,21 @@
 #include "KOmp.h"
 #include "KTools.h"
 
+#include <QDir>
+
 #include <cstdlib>
 
 namespace {
 
 bool s_startedAlone = false; // this copy of the module made its own objects and started the image-file layer
+
+/// The tables of cameras and lenses: "Data:cameras.txt", "Data:lensid.txt".
+void RegisterData()
+{
+    const QString prefix = QStringLiteral("Data"), folder = QStringLiteral(":/Data");
+    if (!QDir::searchPaths(prefix).contains(folder)) // host and plug-in each have a copy of this module
+        QDir::addSearchPath(prefix, folder);
+}
 
 } // namespace
 
@@ -32,6 +42,8 @@ void KImage::init(KImageInstances *instances)
 {
     if (s_startedAlone)
         return;
+    Q_INIT_RESOURCE(KImage); // a static library drops resources that nothing names
+    RegisterData();
     KTools::init(instances ? instances->tools : nullptr);
     if (instances) {
         ImageDatas::settings = instances->settings; // the image-file layer is the host's to start

@@ -1,0 +1,173 @@
+#include "KMetaData.h"
+
+#include "XmlLimits.h"
+
+#include <QDomDocument>
+#include <QXmlInputSource>
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+/// A cleared array in memory of the image-file layer, null if there is none to be had or no 32-bit size holds it.
+template <typename T> T *NewCleared(quint64 count = 1)
+{
+    const quint64 bytes = count * sizeof(T); // count comes from 32 bits: cannot overflow
+    if (bytes > std::numeric_limits<quint32>::max())
+        return nullptr;
+    void *block = gflMemoryAlloc(static_cast<quint32>(qMax(bytes, quint64(1))));
+    return block ? static_cast<T *>(std::memset(block, 0, static_cast<size_t>(bytes))) : nullptr;
+}
+
+quint8 *CopyOfBytes(const void *bytes, quint32 length)
+{
+    auto *copy = NewCleared<quint8>(length);
+    if (copy && length > 0)
+        std::memcpy(copy, bytes, length);
+    return copy;
+}
+
+/// Of the records that are nothing but bytes and their length.
+template <typename Record> Record *CopyOfBlock(const Record *source, void (*release)(Record *))
+{
+    auto *copy = NewCleared<Record>();
+    if (!copy)
+        return nullptr;
+    const quint32 length = source->Data ? source->Length : 0;
+    copy->Data = CopyOfBytes(source->Data, length);
+    copy->Length = length;
+    if (copy->Data)
+        return copy;
+    release(copy);
+    return nullptr;
+}
+
+GFL_ICCPROFILE_DATA *Copy(const GFL_ICCPROFILE_DATA *source)
+{
+    return CopyOfBlock(source, gflFreeICCProfile);
+}
+
+GFL_XMP_DATA *Copy(const GFL_XMP_DATA *source)
+{
+    return CopyOfBlock(source, gflFreeXMP);
+}
+
+GFL_IPTC_DATA *Copy(const GFL_IPTC_DATA *source)
+{
+    auto *copy = NewCleared<GFL_IPTC_DATA>();
+    if (!copy)
+        return nullptr;
+    copy->ItemsList = NewCleared<GFL_IPTC_ENTRY>(source->NumberOfItems);
+    if (!copy->ItemsList) {
+        gflFreeIPTC(copy);
+        return nullptr;
+    }
+    copy->NumberOfItems = source->NumberOfItems;
+    for (quint32 i = 0; i < source->NumberOfItems; ++i) {
+        const GFL_IPTC_ENTRY &entry = source->ItemsList[i];
+        copy->ItemsList[i] = {entry.Id, KMetaData::StrDup(entry.Name), KMetaData::StrDup(entry.Value)};
+    }
+    return copy;
+}
+
+GFL_EXIF_ENTRYEX *Copy(const GFL_EXIF_ENTRYEX *source)
+{
+    auto *copy = NewCleared<GFL_EXIF_ENTRYEX>();
+    if (!copy)
+        return nullptr;
+    *copy = *source;
+    copy->Next = nullptr;
+    copy->Data = source->Length > 0 && source->Data ? CopyOfBytes(source->Data, source->Length) : nullptr;
+    copy->Length = copy->Data ? source->Length : 0;
+    return copy;
+}
+
+GFL_EXIF_DATAEX *Copy(const GFL_EXIF_DATAEX *source)
+{
+    auto *copy = NewCleared<GFL_EXIF_DATAEX>();
+    if (!copy)
+        return nullptr;
+    copy->Flags = source->Flags;
+    GFL_EXIF_ENTRYEX **end = &copy->Root;
+    for (const GFL_EXIF_ENTRYEX *node = source->Root; node && (*end = Copy(node)); node = node->Next)
+        end = &(*end)->Next;
+    return copy;
+}
+
+/// Copies before it frees: the source may be the very block that is replaced.
+template <typename Block> void Replace(Block *&held, const Block *source, void (*release)(Block *))
+{
+    Block *copy = source ? Copy(source) : nullptr;
+    if (held)
+        release(held);
+    held = copy;
+}
+
+} // namespace
+
+KMetaData::KMetaData() = default;
+
+KMetaData::KMetaData(const KMetaData &other)
+{
+    *this = other;
+}
+
+KMetaData &KMetaData::operator=(const KMetaData &other)
+{
+    SetIccProfile(other.IccProfile());
+    SetIptc(other.Iptc());
+    SetExifex(other.Exifex());
+    SetXmp(other.Xmp());
+    return *this;
+}
+
+KMetaData::~KMetaData()
+{
+    SetIccProfile(nullptr);
+    SetIptc(nullptr);
+    SetExifex(nullptr);
+    SetXmp(nullptr);
+}
+
+void KMetaData::SetIccProfile(GFL_ICCPROFILE_DATA *data)
+{
+    Replace(m_iccProfile, data, gflFreeICCProfile);
+}
+
+void KMetaData::SetIptc(GFL_IPTC_DATA *data)
+{
+    Replace(m_iptc, data, gflFreeIPTC);
+}
+
+void KMetaData::SetExifex(GFL_EXIF_DATAEX *data)
+{
+    Replace(m_exifData, data, gflFreeEXIF2);
+}
+
+void KMetaData::SetXmp(GFL_XMP_DATA *data)
+{
+    Replace(m_xmp, data, gflFreeXMP);
+}
+
+QDomElement KMetaData::DomXmp() const
+{
+    if (!m_xmp || m_xmp->Length > kMaxXmlBytes)
+        return QDomElement();
+    QXmlInputSource source;
+    source.setData(
+        QByteArray::fromRawData(reinterpret_cast<const char *>(m_xmp->Data), static_cast<int>(m_xmp->Length)));
+    QDomDocument document(QStringLiteral("xmp"));
+    if (!WhyXmlRefused(source).isEmpty() || !document.setContent(&source, /*namespaceProcessing=*/false))
+        return QDomElement();
+    return document.documentElement();
+}
+
+char *KMetaData::StrDup(const char *text)
+{
+    if (!text)
+        return nullptr;
+    const size_t bytes = std::strlen(text) + 1;
+    char *copy = NewCleared<char>(bytes);
+    return copy ? static_cast<char *>(std::memcpy(copy, text, bytes)) : nullptr;
+}

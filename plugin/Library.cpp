@@ -4,6 +4,13 @@
 #include "KImage.h"
 #include "KVitreluxOne2One.h"
 
+/// As soon as the library is loaded: a host may ask for an icon by its path before it makes any object.
+static void RegisterResources()
+{
+    Q_INIT_RESOURCE(KVitrelux);
+}
+Q_CONSTRUCTOR_FUNCTION(RegisterResources)
+
 Library::Library()
 {
     setObjectName(QStringLiteral("KVitrelux"));

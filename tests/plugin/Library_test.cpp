@@ -4,6 +4,7 @@
 #include "KIPluginOne2One.h"
 
 #include <QJsonObject>
+#include <QMovie>
 #include <QPluginLoader>
 #include <QtTest>
 
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void aboutStrings();
     void eachCallAddsAProcess();
     void translationOfTheHostsLanguage();
+    void pictures();
 
 private:
     QPluginLoader m_loader;
@@ -96,6 +98,25 @@ void tst_Library::eachCallAddsAProcess()
 void tst_Library::translationOfTheHostsLanguage()
 {
     QCOMPARE(Host().translators, QStringList(QStringLiteral("KVitrelux_de_DE.qm")));
+}
+
+void tst_Library::pictures()
+{
+    const QString folder = QStringLiteral(":/6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18/Resources/");
+    for (int i = 1; i <= 12; ++i) {
+        const QImage frame(folder + QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0')));
+        QCOMPARE(frame.size(), QImage(folder + QStringLiteral("iconwait_01.png")).size());
+        QCOMPARE(frame.pixelColor(0, 0).alpha(), 0); // round: the picture below shows at its corners
+        QVERIFY(frame.size().width() >= 32);
+    }
+    QMovie movie(folder + QStringLiteral("icon_wait.gif"));
+    QCOMPARE(movie.frameCount(), 12);
+    auto *process = Cast<KIPluginOne2One>(
+        Cast<KIPluginLibrary>(m_object, "KIPluginLibrary")->Plugins(KIPluginLibrary::All).last(), "KIPluginOne2One");
+    const QImage icon = process->Icon().pixmap(64).toImage();
+    QCOMPARE(icon.size(), QSize(64, 64));
+    QCOMPARE(Cast<KIAbout>(m_object, "KIAbout")->Icon().pixmap(64).toImage(), icon);
+    QVERIFY(!process->BeforeAfter().isNull() && process->BeforeAfter().pixmap(64).toImage() != icon);
 }
 
 int main(int argc, char **argv)

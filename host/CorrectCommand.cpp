@@ -3,16 +3,9 @@
 #include "Console.h"
 #include "HostApplication.h"
 #include "InterruptGuard.h"
-#include "OutputPlan.h"
+#include "PictureRun.h"
 #include "PluginLoader.h"
 #include "ProfileUse.h"
-#include "WorkFolder.h"
-
-#include <QDomDocument>
-#include <QFileInfo>
-
-#include <exception>
-#include <new>
 
 namespace {
 
@@ -21,65 +14,6 @@ enum class Outcome { Corrected, Skipped };
 [[noreturn]] void Fail(const QString &why)
 {
     throw KException(why, KPlace());
-}
-
-/// The text of the exception that is being handled.
-QString TextOfCurrentException()
-{
-    try {
-        throw;
-    } catch (const KException &e) {
-        return e.what();
-    } catch (const std::bad_alloc &) {
-        return QStringLiteral("not enough memory");
-    } catch (const std::exception &e) {
-        return QString::fromUtf8(e.what());
-    } catch (...) {
-        return QStringLiteral("failed without telling a reason");
-    }
-}
-
-/// The image-file layer's own words where an exception only names its error number. They are of this very call: a
-/// failed call of the layer is what such an exception comes from.
-QString WithReason(const QString &message)
-{
-    return message.contains(QLatin1String("\"GFL_")) ? QString::fromUtf8(gflLastErrorText()) : message;
-}
-
-/// A parameter record of the process's, for a scope.
-class ParameterRecord {
-public:
-    ParameterRecord(KIPluginOne2One *process, const Corrections &corrections, const QString &profile)
-        : m_process(process), m_record(process->AllocParameters(Describe(process->Name(), corrections, profile)))
-    {
-    }
-    ~ParameterRecord() { m_process->FreeParameters(m_record); }
-    ParameterRecord(const ParameterRecord &) = delete;
-    ParameterRecord &operator=(const ParameterRecord &) = delete;
-
-    void *Get() const { return m_record; }
-
-private:
-    /// All four attributes: a missing one would clear its field, stored settings play no part.
-    static QDomElement Describe(const QString &tag, const Corrections &corrections, const QString &profile)
-    {
-        QDomDocument document;
-        QDomElement element = document.createElement(tag);
-        element.setAttribute(QStringLiteral("Disto"), int(corrections.distortion));
-        element.setAttribute(QStringLiteral("CA"), int(corrections.chromatic));
-        element.setAttribute(QStringLiteral("Falloff"), int(corrections.vignetting));
-        element.setAttribute(QStringLiteral("LCPfilename"), profile);
-        return element;
-    }
-
-    KIPluginOne2One *m_process;
-    void *m_record;
-};
-
-bool IsThere(const QString &path)
-{
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink(); // a link that leads nowhere is there as well
 }
 
 /// One run over all pictures. No wizard page is shown, so the record of each picture is all that the process gets:
@@ -103,7 +37,6 @@ private:
     Outcome One(const PlannedPicture &planned);
     Corrections UsableCorrections() const;
     void CheckPicture(const PlannedPicture &planned);
-    QString RunProcess(WorkFolder *folder, const PlannedPicture &planned, const Corrections &corrections);
 
     const CorrectOptions &m_options;
     const ProfileUse m_profile; // of all pictures alike
@@ -149,9 +82,8 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
     const Corrections corrections = UsableCorrections();
     CheckPicture(planned);
 
-    WorkFolder folder(planned.outputFolder, m_guard);
-    const QString result = RunProcess(&folder, planned, corrections);
-    folder.Publish(result, planned.output, m_options.existing);
+    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), corrections, m_profile.path));
+    RunPicture(m_process, record, planned, m_options.existing, m_guard);
     return Outcome::Corrected;
 }
 
@@ -179,19 +111,6 @@ void CorrectRun::CheckPicture(const PlannedPicture &planned)
                         QStringLiteral("profile \"%1\": not corrected: %2")
                             .arg(m_options.profile, m_profile.flaws.join(QStringLiteral(", "))));
     }
-}
-
-/// @return the file that the process wrote, in @p folder.
-QString CorrectRun::RunProcess(WorkFolder *folder, const PlannedPicture &planned, const Corrections &corrections)
-{
-    QString result;
-    try {
-        const ParameterRecord record(m_process, corrections, m_profile.path);
-        m_process->Process(folder->Admit(planned.picture), record.Get(), result);
-    } catch (const KException &e) {
-        Fail(WithoutFileName(folder->WithKnownNames(WithReason(e.what())), planned.picture));
-    }
-    return result;
 }
 
 } // namespace

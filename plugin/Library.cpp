@@ -8,6 +8,7 @@
 static void RegisterResources()
 {
     Q_INIT_RESOURCE(KVitrelux);
+    Q_INIT_RESOURCE(KVitreluxTranslations);
 }
 Q_CONSTRUCTOR_FUNCTION(RegisterResources)
 

@@ -11,15 +11,6 @@
 
 #include <limits>
 
-namespace {
-
-QString Translated(const char *text)
-{
-    return QCoreApplication::translate("KException", text);
-}
-
-} // namespace
-
 qint64 getFreeDiskSpace(QString path)
 {
     struct statvfs disk;
@@ -41,13 +32,16 @@ void CheckAndThrowForDiskSpace(QString fileName, qint64 size, QString where)
 {
     const QFileInfo info(fileName);
     if (!CheckForDiskSpace(fileName, size)) {
-        throw KException(Translated("Not enough free space on \"%1\" to finish operation").arg(info.absolutePath()),
-                         where);
+        throw KException(
+            QCoreApplication::translate("KException", "Not enough free space on \"%1\" to finish operation")
+                .arg(info.absolutePath()),
+            where);
     }
     QFile file(info.absoluteFilePath());
     if (file.open(QIODevice::ReadWrite))
         return;
-    throw KException(Translated("Cannot write into file \"%1\"").arg(info.absoluteFilePath()), where);
+    throw KException(
+        QCoreApplication::translate("KException", "Cannot write into file \"%1\"").arg(info.absoluteFilePath()), where);
 }
 
 void CheckIfFileExists(QString fileName, QString where)
@@ -55,5 +49,8 @@ void CheckIfFileExists(QString fileName, QString where)
     const QFileInfo info(fileName);
     if (info.exists())
         return;
-    throw KException(QLatin1Char('\n') + Translated("File \"%1\" is not found").arg(info.absoluteFilePath()), where);
+    throw KException(
+        QLatin1Char('\n')
+            + QCoreApplication::translate("KException", "File \"%1\" is not found").arg(info.absoluteFilePath()),
+        where);
 }

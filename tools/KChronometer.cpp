@@ -29,9 +29,11 @@ QString KeyOf(const QString &name)
     return key;
 }
 
+/// Cut towards 0; beyond 64 bits the nearest that fits, within 2048.
 qint64 Whole(double value)
 {
-    return static_cast<qint64>(value);
+    constexpr double kLargest = 9223372036854773760.0;
+    return static_cast<qint64>(std::clamp(value, -kLargest, kLargest));
 }
 
 } // namespace

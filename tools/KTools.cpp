@@ -9,6 +9,7 @@
 #include "analytics/KAnalyticsManager.h"
 #include "cpuid2/cpu_topo.h"
 
+#include <system_error>
 #include <thread>
 
 extern "C" void kmp_set_blocktime(int milliseconds) __attribute__((weak)); // not every OpenMP runtime has it
@@ -18,10 +19,16 @@ namespace {
 bool s_standsAlone = false; // this copy of the kernel made its own objects
 
 /// Counting the processors pins the thread that asks, for good; threads that it starts inherit that, OpenMP's workers
-/// too. So a thread asks that ends at once, and all later queries find the answer.
+/// too. So a thread asks that ends at once, and all later queries find the answer. Where no thread can be had, the
+/// question isn't asked, and the counts are OpenMP's.
 void CountProcessors()
 {
-    std::thread(InitCpuTopology).join();
+    try {
+        std::thread(InitCpuTopology).join();
+    } catch (const std::system_error &) {
+        komp_num_cores = komp_num_threads = omp_get_max_threads();
+        return;
+    }
     komp_num_cores = KSystemInfo::cpuPhysicalCount();
     komp_num_threads = komp_num_cores * KSystemInfo::cpuHyperThreadingCount();
 }
@@ -37,8 +44,10 @@ void TakeShared(const KToolsInstances &shared)
 {
     KLog::init(shared.log);
     KSystemInfo::init(shared.systemInfo);
-    komp_num_threads = *shared.numThreads;
-    komp_num_cores = *shared.numCores;
+    if (shared.numThreads && shared.numCores) {
+        komp_num_threads = *shared.numThreads;
+        komp_num_cores = *shared.numCores;
+    }
     KPoolMemManager::init(shared.poolMem);
     KCacheDiskManager::init(shared.cacheDisk);
     KTools::ms_instances.reserved = shared.reserved;

@@ -82,6 +82,7 @@ private Q_SLOTS:
     void databaseTakesOver();
     void userIds();
     void copyHoldsEventsOnly();
+    void keptOutByALock();
     void databaseIsCorrupt();
     void fileWithoutPath();
     void fileIsMissing();
@@ -169,6 +170,20 @@ void tst_KAnalyticsStore::copyHoldsEventsOnly()
     QCOMPARE(raw.size(), 1);
     QVERIFY(raw[0]->value().startsWith(QStringLiteral("\"{")));
     qDeleteAll(raw);
+}
+
+void tst_KAnalyticsStore::keptOutByALock()
+{
+    m_db->insertEvent(Event("a"));
+    KAnalyticsDb second(QStringLiteral("second"), QStringLiteral("QSQLITE"), nullptr);
+    second.setFilePath(Path()); // as another process would: SQLite's locks are by connection
+    second.insertEvent(Event("b"));
+    QCOMPARE(Names(second.allEvents()), QStringList{QStringLiteral("0:b")});
+    second.insertEvent(Event("c"));
+    m_db->close();
+    second.insertEvent(Event("d"));
+    QCOMPARE(Names(second.allEvents()),
+             QStringList({QStringLiteral("1:a"), QStringLiteral("2:c"), QStringLiteral("3:d")}));
 }
 
 void tst_KAnalyticsStore::databaseIsCorrupt()

@@ -2,6 +2,7 @@
 
 #include "KAnalyticsEvent.h"
 
+#include <QSqlError>
 #include <QUuid>
 
 Q_LOGGING_CATEGORY(kanalyticsdb, "kanalyticsdb", QtWarningMsg)
@@ -9,6 +10,14 @@ Q_LOGGING_CATEGORY(kanalyticsdb, "kanalyticsdb", QtWarningMsg)
 namespace {
 
 const QString kEventsTable = QStringLiteral("events");
+
+constexpr int kNoRow = 0;               // rows count from 1
+constexpr int kWaitingEventsMax = 1000; // some 200 bytes each
+
+bool IsLockedByAnother(const QSqlQuery &query)
+{
+    return query.lastError().nativeErrorCode() == QLatin1String("5"); // SQLITE_BUSY
+}
 
 KDbBind UserIdName()
 {
@@ -23,23 +32,47 @@ KAnalyticsDb::KAnalyticsDb(QString connectionName, QString driver, QObject *pare
     setUseRollBack(false);
 }
 
+KAnalyticsDb::~KAnalyticsDb()
+{
+    StoreWaiting();
+}
+
 void KAnalyticsDb::insertEvent(KAnalyticsEvent *event)
 {
     if (!event)
         return;
-    executeQuery(KDbQuery(QStringLiteral("INSERT INTO events (value) VALUES(:value)"),
-                          {{QStringLiteral("value"), event->toJson()}}));
+    m_waiting << event->toJson();
     event->deleteLater();
+    StoreWaiting();
+    if (m_waiting.size() > kWaitingEventsMax)
+        m_waiting.removeFirst();
+}
+
+void KAnalyticsDb::StoreWaiting()
+{
+    while (!m_waiting.isEmpty()) {
+        const KDbQuery insert(QStringLiteral("INSERT INTO events (value) VALUES(:value)"),
+                              {{QStringLiteral("value"), m_waiting.first()}});
+        if (IsLockedByAnother(executeQuery(insert)))
+            return;
+        m_waiting.removeFirst();
+    }
 }
 
 QList<KAnalyticsRawEvent *> KAnalyticsDb::allEvents()
 {
+    StoreWaiting();
     QList<KAnalyticsRawEvent *> events;
     QSqlQuery rows = executeQuery(QStringLiteral("SELECT id,value FROM events"));
+    const bool read = rows.isActive();
     while (rows.next())
         events << new KAnalyticsRawEvent(rows.value(0).toInt(), rows.value(1).toString(), nullptr);
     rows.finish();
-    executeQuery(QStringLiteral("DELETE FROM events"));
+    if (read)
+        executeQuery(QStringLiteral("DELETE FROM events"));
+    for (const QString &json : std::as_const(m_waiting))
+        events << new KAnalyticsRawEvent(kNoRow, json, nullptr);
+    m_waiting.clear();
     return events;
 }
 

@@ -9,15 +9,20 @@ class KAnalyticsRawEvent;
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
 
 /// Without savepoint: each statement stands when it has run. On the thread of its connection, with an event loop, which
-/// deletes the events it has taken. A store that can't be opened swallows events and holds none.
+/// deletes the events it has taken. A store that can't be opened swallows events and holds none. While another process
+/// has the file locked, the events of this one stay in memory, the last 1,000: none of its run is lost, nothing waits.
 class KAnalyticsDb : public KDbSession {
     Q_OBJECT
 public:
     KAnalyticsDb(QString connectionName, QString driver, QObject *parent);
 
+    /// Stores what waited for a lock, if it is gone.
+    ~KAnalyticsDb() override;
+
     /// Takes the event over.
     void insertEvent(KAnalyticsEvent *event);
-    /// Empties the store: nothing is kept in case that sending fails. The events are the caller's.
+    /// Empties the store: nothing is kept in case that sending fails. The events are the caller's;
+    /// those that waited for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
     /// The user's identifier, empty if there is none and @p create is false. Trap: one made here comes without braces,
     /// and with them from the next session on, since the stored text has them.
@@ -36,5 +41,8 @@ public:
     QStringList allTables() override;
 
 private:
+    void StoreWaiting();
+
+    QStringList m_waiting; // JSON of the events that a lock has kept out, oldest first
     QString m_userId;
 };

@@ -77,7 +77,8 @@ void CopyRow(const QString &table, const QSqlRecord &row, QSqlQuery *insert)
 
 bool KDbQuery::execute(QSqlQuery &sqlQuery) const
 {
-    sqlQuery.prepare(query);
+    if (!sqlQuery.prepare(query))
+        return false; // the error stays that of the statement: an attempt to run it would replace it
     for (const KDbBind &bind : binds)
         sqlQuery.bindValue(QLatin1Char(':') + bind.name, bind.value, QSql::In);
     return sqlQuery.exec();

@@ -2,7 +2,6 @@
 
 #include <QDateTime>
 #include <QJsonDocument>
-#include <QSignalSpy>
 #include <QtTest>
 
 class tst_KAnalyticsEvent : public QObject {
@@ -12,10 +11,8 @@ private Q_SLOTS:
     void toJson();
     void fromJson_data();
     void fromJson();
-    void settersSignalChangesOnly();
     void clonedTimer();
     void timer();
-    void counter();
 };
 
 void tst_KAnalyticsEvent::toJson_data()
@@ -90,25 +87,6 @@ void tst_KAnalyticsEvent::fromJson()
     QTEST(int(event.type()), "type");
 }
 
-void tst_KAnalyticsEvent::settersSignalChangesOnly()
-{
-    KAnalyticsEvent event(nullptr);
-    QSignalSpy names(&event, &KAnalyticsEvent::nameChanged), values(&event, &KAnalyticsEvent::valueChanged);
-    for (int i = 0; i < 2; ++i) {
-        event.setName(QStringLiteral("n"));
-        QVERIFY(event.setProperty("value", 7));
-    }
-    QCOMPARE(names.size(), 1);
-    QCOMPARE(values.size(), 1);
-    KAnalyticsRawEvent raw(3, QStringLiteral("{}"), nullptr);
-    QSignalSpy ids(&raw, &KAnalyticsRawEvent::idChanged);
-    raw.setId(3);
-    raw.setId(4);
-    raw.setValue(QStringLiteral("x"));
-    QCOMPARE(ids.size(), 1);
-    QCOMPARE(raw.property("value").toString(), QStringLiteral("x"));
-}
-
 void tst_KAnalyticsEvent::clonedTimer()
 {
     KAnalyticsEventTimer timer(nullptr);
@@ -140,18 +118,6 @@ void tst_KAnalyticsEvent::timer()
     QCOMPARE(timer.timestamp(), qint64(1));
     timer.start();
     QCOMPARE(timer.value(), QVariant(0));
-}
-
-void tst_KAnalyticsEvent::counter()
-{
-    KAnalyticsEventCounter counter(nullptr);
-    QVERIFY(counter.value().isNull());
-    counter.decrease();
-    QCOMPARE(counter.value(), QVariant(-1));
-    counter.increase();
-    counter.increase();
-    QCOMPARE(counter.value(), QVariant(1));
-    QCOMPARE(counter.type(), KAnalyticsEvent::EventCounter);
 }
 
 QTEST_GUILESS_MAIN(tst_KAnalyticsEvent)

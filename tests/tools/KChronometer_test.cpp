@@ -33,8 +33,6 @@ private Q_SLOTS:
     void nameWithPlaceMarkers();
     void formattedTime_data();
     void formattedTime();
-    void units_data();
-    void units();
     void fourThreads();
     void stopwatch();
 };
@@ -164,27 +162,6 @@ void tst_KChronometer::formattedTime()
 {
     QFETCH(qint64, ticks);
     QTEST(gChrono.FormattedTime(ticks), "text");
-}
-
-void tst_KChronometer::units_data()
-{
-    QTest::addColumn<int>("unit");
-    QTest::addColumn<double>("expected");
-    QTest::newRow("ns") << 1 << 5.4e12;
-    QTest::newRow("us") << 2 << 5.4e9;
-    QTest::newRow("ms") << 3 << 5.4e6;
-    QTest::newRow("s") << 4 << 5400.0;
-    QTest::newRow("min") << 5 << 90.0;
-    QTest::newRow("h") << 6 << 1.5;
-    QTest::newRow("unknown") << 7 << 5400.0;
-    QTest::newRow("none") << 0 << 5400.0;
-}
-
-void tst_KChronometer::units()
-{
-    QFETCH(int, unit);
-    QTEST(gChrono.UnitConv(KChronometer::TimeUnits(unit), 5400000), "expected");
-    QTEST(KSimpleChronometer().UnitConv(KSimpleChronometer::TimeUnits(unit), 5400000), "expected");
 }
 
 void tst_KChronometer::fourThreads()

@@ -1,7 +1,5 @@
 #include "analytics/KDbSession.h"
 
-#include "FakeSqlDriver.h"
-
 #include <QProcess>
 #include <QSqlError>
 #include <QTemporaryDir>
@@ -76,7 +74,6 @@ private Q_SLOTS:
     void unusableFile();
     void lockedByAnother();
     void twoKeptOutByAReader();
-    void statements(); // last: it takes the driver's place
 
 private:
     QString Path(const char *name = "notes.db") const { return m_dir->filePath(QString::fromLatin1(name)); }
@@ -309,44 +306,6 @@ void tst_KDbSession::twoKeptOutByAReader()
     first.Add(QStringLiteral("new")); // what the second read doesn't keep the first out
     QCOMPARE(first.Texts(), QStringList({QStringLiteral("old"), QStringLiteral("new")}));
     QVERIFY(second.Texts().isEmpty());
-}
-
-void tst_KDbSession::statements()
-{
-    QStringList log;
-    QSqlDatabase::registerSqlDriver(QStringLiteral("FAKE"), new FakeSqlDriverCreator(&log));
-    QSqlDatabase::registerSqlDriver(kSqlite, new FakeSqlDriverCreator(&log));
-    const QString create =
-        QStringLiteral("CREATE TABLE IF NOT EXISTS notes(id INTEGER PRIMARY KEY, text TEXT, n REAL)");
-    const QStringList tuning = {QStringLiteral("PRAGMA page_size = 4096"),
-                                QStringLiteral("PRAGMA cache_size = 16384"),
-                                QStringLiteral("PRAGMA temp_store = MEMORY"),
-                                QStringLiteral("PRAGMA journal_mode = OFF"),
-                                QStringLiteral("BEGIN EXCLUSIVE"),
-                                QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"),
-                                QStringLiteral("COMMIT"),
-                                QStringLiteral("PRAGMA synchronous = OFF")};
-    const QString release = QStringLiteral("RELEASE SAVEPOINT load;"), save = QStringLiteral("SAVEPOINT load;");
-
-    Notes other(QStringLiteral("FAKE"));
-    other.setFilePath(QStringLiteral("x"));
-    other.commitAll();
-    QCOMPARE(log, QStringList({QStringLiteral("open "), create}));
-    other.close();
-    log.clear();
-
-    Notes notes;
-    notes.setUseRollBack(true);
-    notes.setFilePath(QStringLiteral("x"));
-    QCOMPARE(log,
-             QStringList{QStringLiteral("open QSQLITE_BUSY_TIMEOUT=0")} + tuning
-                 + QStringList({release, QStringLiteral("PRAGMA journal_mode = MEMORY"), create, save}));
-    log.clear();
-    notes.commitAll();
-    notes.cancelAll();
-    notes.close();
-    const QString undo = QStringLiteral("ROLLBACK TO SAVEPOINT load;");
-    QCOMPARE(log, QStringList({release, save, undo, undo}));
 }
 
 int main(int argc, char **argv)

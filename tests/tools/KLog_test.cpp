@@ -1,7 +1,6 @@
 #include "KLog.h"
 
 #include "KException.h"
-#include "KOmp.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -36,9 +35,7 @@ private Q_SLOTS:
     void unwritableFileShowsABox();
     void fullDiskLeavesNothingBehind();
     void threadsKeepLinesWhole();
-    void exitTwice();
     void exceptionNamesItsPlace();
-    void ompLock();
 
 private:
     QTemporaryDir m_dir;
@@ -140,13 +137,6 @@ void tst_KLog::threadsKeepLinesWhole()
         QCOMPARE(lines.value(QByteArray(20, char('a' + t)) + '\r'), 200);
 }
 
-void tst_KLog::exitTwice()
-{
-    KLog::exit();
-    QCOMPARE(KLog::ms_instance, nullptr);
-    KLog::exit();
-}
-
 void tst_KLog::exceptionNamesItsPlace()
 {
     QCOMPARE(KPlace("some/folder/KImage.cpp", 262), QStringLiteral("File: \"KImage\" Line: 262"));
@@ -156,18 +146,6 @@ void tst_KLog::exceptionNamesItsPlace()
     } catch (const KException &e) {
         QCOMPARE(e.what(), QStringLiteral("Invalid Bitmap"));
     }
-}
-
-void tst_KLog::ompLock()
-{
-    KOmpMutex mutex;
-    {
-        KOmpMutexLocker locker(mutex.Lock());
-        QVERIFY(!omp_test_lock(mutex.Lock()));
-    }
-    QVERIFY(omp_test_lock(mutex.Lock()));
-    omp_unset_lock(mutex.Lock());
-    QCOMPARE(komp_get_thread_num(), 0);
 }
 
 QTEST_MAIN(tst_KLog)

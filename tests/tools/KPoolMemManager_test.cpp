@@ -44,7 +44,6 @@ private Q_SLOTS:
     void lending();
     void oldestIdle();
     void fourThreads();
-    void sharedInstance();
 };
 
 void tst_KPoolMemManager::blockSize_data()
@@ -217,21 +216,6 @@ void tst_KPoolMemManager::fourThreads()
     }
     QCOMPARE(found, 6);
     QCOMPARE(counted, turns.load());
-}
-
-void tst_KPoolMemManager::sharedInstance()
-{
-    KPoolMemManager::init(nullptr);
-    KPoolMemManager *own = KPoolMemManager::ms_instance;
-    QVERIFY(own);
-    KPoolMemManager::init(nullptr);
-    QCOMPARE(KPoolMemManager::ms_instance, own);
-    KPoolMemManager::exit();
-    QCOMPARE(KPoolMemManager::ms_instance, nullptr);
-    KPoolMemManager host;
-    KPoolMemManager::init(&host);
-    QCOMPARE(KPoolMemManager::ms_instance, &host);
-    KPoolMemManager::ms_instance = nullptr;
 }
 
 QTEST_GUILESS_MAIN(tst_KPoolMemManager)

@@ -36,8 +36,6 @@ private Q_SLOTS:
     void flavourWithoutDpkg();
     void processors_data();
     void processors();
-    void initTwice();
-    void openFiles();
     void system();
 
 private:
@@ -186,32 +184,6 @@ void tst_KSystemInfo::processors()
     QVERIFY(KSystemInfo::cpuVirtualCount() >= 1); // OpenMP's word again
     SetCpuMachine(nullptr);
     QCOMPARE(got, virtualPhysicalThreads);
-}
-
-void tst_KSystemInfo::initTwice()
-{
-    KSystemInfo::init(nullptr);
-    KSystemInfo *first = KSystemInfo::m_instance;
-    KSystemInfo::init(nullptr);
-    QVERIFY(first);
-    QCOMPARE(KSystemInfo::m_instance, first);
-    KSystemInfo::exit();
-    KSystemInfo::exit();
-    QCOMPARE(KSystemInfo::m_instance, nullptr);
-
-    auto *shared = new KSystemInfo; // deleted by exit() too
-    KSystemInfo::init(shared);
-    QCOMPARE(KSystemInfo::m_instance, shared);
-    KSystemInfo::exit();
-}
-
-void tst_KSystemInfo::openFiles()
-{
-    const int before = KSystemInfo::MaxOpenFiles();
-    QVERIFY(before > 0);
-    QCOMPARE(KSystemInfo::SetMaxOpenFiles(before - 1), 0);
-    QCOMPARE(KSystemInfo::MaxOpenFiles(), before - 1);
-    QCOMPARE(KSystemInfo::SetMaxOpenFiles(before), 0);
 }
 
 void tst_KSystemInfo::system()

@@ -179,13 +179,11 @@ private Q_SLOTS:
     void ordinals();
     void failures_data();
     void failures();
-    void tooManyCores();
     void withoutARecord();
     void thisMachine();
     void restrictedProcess();
     void processorName_data();
     void processorName();
-    void bits();
     void masks();
     void maskText();
 };
@@ -277,15 +275,6 @@ void tst_CpuTopo::failures()
     QCOMPARE(machine.bindings, failure.bindings); // asked once, however often it is queried
 }
 
-void tst_CpuTopo::tooManyCores()
-{
-    RecordedMachine machine(R::Intel, 0xB, Range(0, MAX_CORES + 1));
-    machine.PerPackage(255).Caches(1, {{1, D, 1, 64, 8}}).Levels({{1, 0, 1}, {2, 16, MAX_CORES + 1}});
-    SetCpuMachine(&machine);
-    QCOMPARE(GetSysProcessorCoreCount(), 0u);
-    QCOMPARE(glbl_ptr->error, kTopologyGeneralError);
-}
-
 void tst_CpuTopo::withoutARecord()
 {
     CPUIDExit();
@@ -354,20 +343,6 @@ void tst_CpuTopo::processorName()
     SetCpuMachine(&machine);
     QCOMPARE(QByteArray(GetCpuDescription()), name);
     QCOMPARE(machine.bindings, 0);
-}
-
-void tst_CpuTopo::bits()
-{
-    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 0, 31), 0xABCD1234u);
-    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 8, 15), 0x12u);
-    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 31, 31), 1u);
-    QCOMPARE(getBitsFromDWORD(0xABCD1234u, 5, 4), 0u);
-    unsigned index = 9;
-    QCOMPARE(int(myBitScanReverse(&index, 0)), 0);
-    QCOMPARE(index, 0u);
-    QCOMPARE(int(myBitScanReverse(&index, 0x80000001u)), 1);
-    QCOMPARE(index, 31u);
-    QCOMPARE(countBits(0xF0F0F0F0F0F0F0F1ull), 33u);
 }
 
 void tst_CpuTopo::masks()

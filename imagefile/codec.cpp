@@ -10,7 +10,7 @@ namespace {
 using Factory = const Codec &(*)();
 
 // In the order of the format indexes, which are only valid within one process. A format is added by its line here.
-constexpr Factory kCodecs[] = {TiffCodec, JpegCodec};
+constexpr Factory kCodecs[] = {TiffCodec, JpegCodec, ExrCodec};
 
 // "tiff, jpeg"
 std::string KnownFormats()

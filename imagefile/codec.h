@@ -71,5 +71,6 @@ std::string LowerCaseSuffix(const std::string &path);
 // One factory a format; each stands in the file of its name.
 const Codec &TiffCodec();
 const Codec &JpegCodec();
+const Codec &ExrCodec();
 
 } // namespace imagefile

@@ -1,0 +1,49 @@
+// OpenEXR by its library: the format's face. Reading stands in exr_read.cpp, writing in exr_write.cpp.
+#include "exr_codec.h"
+
+#include <cstring>
+
+namespace imagefile {
+
+namespace {
+
+class Exr : public Codec {
+public:
+    const char *Name() const override { return "exr"; }
+
+    const std::vector<std::string> &Suffixes() const override
+    {
+        static const std::vector<std::string> suffixes = {".exr"};
+        return suffixes;
+    }
+
+    bool Probe(const std::uint8_t *head, const std::string &) const override
+    {
+        return std::memcmp(head, "\x76\x2f\x31\x01", 4) == 0;
+    }
+
+    Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
+    {
+        return ReadExrInfo(source, info);
+    }
+
+    Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
+    {
+        return ReadExrPixels(source, rows);
+    }
+
+    Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
+    {
+        return WriteExr(bitmap, options, sink);
+    }
+};
+
+} // namespace
+
+const Codec &ExrCodec()
+{
+    static const Exr codec;
+    return codec;
+}
+
+} // namespace imagefile

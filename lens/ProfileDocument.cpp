@@ -3,6 +3,7 @@
 #include "XmlLimits.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QXmlInputSource>
 
 ProfileDocument ReadProfileDocument(const QString &fileName)
@@ -13,6 +14,9 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
         result.why = why;
         return result;
     };
+    const QFileInfo info(fileName);
+    if (info.exists() && !info.isFile() && !info.isDir()) // a pipe without a writer would wait for one, for good
+        return fail(ProfileFault::NotOpened, QStringLiteral("not a regular file"));
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return fail(ProfileFault::NotOpened, file.errorString());

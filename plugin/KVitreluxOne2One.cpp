@@ -4,6 +4,8 @@
 
 #include <QDomDocument>
 
+#include <memory>
+
 namespace {
 
 QString ProcessUid()
@@ -175,10 +177,11 @@ void KVitreluxOne2One::SetFiles(QStringList files)
     m_params.clear();
     for (const QString &file : qAsConst(files)) {
         KIApplication &host = NeededHost();
-        void *params = AllocParameters(QDomElement());
+        const auto freeRecord = [this](void *record) { FreeParameters(record); };
+        std::unique_ptr<void, decltype(freeRecord)> params(AllocParameters(QDomElement()), freeRecord);
         void *&slot = m_params[host.ImageDefOf(file)];
         FreeParameters(slot); // a file that the job names twice has one record
-        slot = params;
+        slot = params.release();
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+#include <sys/stat.h>
+
 #include <memory>
 
 using namespace profiletext;
@@ -273,6 +275,10 @@ void tst_newLCP::unusable()
     bool ok = true;
     const newLCP folder(m_folder.path(), ok);
     QVERIFY(ok && !folder.distortionModel.found); // can't be opened either
+    const QString pipe = m_folder.filePath(QStringLiteral("pipe.lcp"));
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const newLCP endless(pipe, ok); // and doesn't wait for a writer
+    QVERIFY(ok && !endless.distortionModel.found);
 }
 
 void tst_newLCP::brokenOffBehindTheFirstEntry()

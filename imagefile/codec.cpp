@@ -10,7 +10,12 @@ namespace {
 using Factory = const Codec &(*)();
 
 // In the order of the format indexes, which are only valid within one process. A format is added by its line here.
-constexpr Factory kCodecs[] = {TiffCodec, JpegCodec, ExrCodec};
+constexpr Factory kCodecs[] = {
+    TiffCodec,
+    JpegCodec,
+    PngCodec,
+    ExrCodec,
+};
 
 // "tiff, jpeg"
 std::string KnownFormats()

@@ -72,5 +72,6 @@ std::string LowerCaseSuffix(const std::string &path);
 const Codec &TiffCodec();
 const Codec &JpegCodec();
 const Codec &ExrCodec();
+const Codec &PngCodec();
 
 } // namespace imagefile

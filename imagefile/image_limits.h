@@ -29,6 +29,15 @@ constexpr int kMaxJpegScans = 100;
 /// A picture of 512 pixels a byte is what Huffman-coded JPEG can reach: one bit for each block of 8 by 8.
 constexpr std::int64_t kJpegPixelsPerByte = 512;
 
+/// Deflate stands for at most 258 bytes in 2 bits; the rest is headers.
+constexpr std::int64_t kDeflateRatio = 1040;
+
+/// Packings without a bound of their own (fax, Zstandard, repeated pixels): 8 times beyond what photographs reach.
+constexpr std::int64_t kUnboundedRatio = 4096;
+
+/// Largest block of metadata that is looked at; the largest profiles and packets have some megabytes.
+constexpr std::size_t kMaxMetadataBytes = std::size_t(64) << 20;
+
 /// From this file size on, a TIFF is written as BigTIFF: offsets of the classic form have 32 bits.
 constexpr std::uint64_t kBigTiffFromBytes = std::uint64_t(1) << 32;
 

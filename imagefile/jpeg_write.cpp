@@ -1,6 +1,6 @@
 #include "exif_carry.h"
 #include "jpeg_codec.h"
-#include "metadata.h"
+#include "photoshop_resources.h"
 
 #include <algorithm>
 #include <memory>
@@ -103,11 +103,7 @@ void AddIptc(const Bytes &iptc, std::vector<Segment> *segments)
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
     if (iptc.empty())
         return;
-    Bytes resource = {'8', 'B', 'I', 'M', 0x04, 0x04, 0, 0}; // the IPTC resource, with an empty name
-    for (int shift = 24; shift >= 0; shift -= 8)
-        resource.push_back(static_cast<std::uint8_t>(iptc.size() >> shift));
-    resource.insert(resource.end(), iptc.begin(), iptc.end());
-    resource.resize((resource.size() + 1) & ~std::size_t(1));
+    const Bytes resource = IptcResource(iptc);
     for (std::size_t at = 0; at < resource.size();) {
         const std::size_t count = std::min(resource.size() - at, kMaxSegment - kSignature.size());
         AddSegment(JPEG_APP0 + 13, kSignature, resource.data() + at, count, segments);

@@ -1,6 +1,8 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
+#include "photoshop_resources.h"
+#include "png_metadata.h"
 
 #include <algorithm>
 #include <array>
@@ -31,19 +33,6 @@ Bytes RawTag(const Exiv2::Image &image, const char *key)
     const Exiv2::ExifData &exif = image.exifData();
     const auto found = exif.findKey(Exiv2::ExifKey(key));
     return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
-}
-
-// The IPTC block inside Photoshop's image resources.
-Bytes IptcOfResources(const Bytes &resources)
-{
-    const Exiv2::byte *record = nullptr;
-    std::uint32_t headerSize = 0, dataSize = 0;
-    if (resources.empty()
-        || Exiv2::Photoshop::locateIptcIrb(resources.data(), static_cast<long>(resources.size()), &record, &headerSize,
-                                           &dataSize)
-            != 0)
-        return Bytes();
-    return Bytes(record + headerSize, record + headerSize + dataSize);
 }
 
 // Photoshop's image resources of a JPEG, which may be spread over several segments of at most 64 KiB. Exiv2 only gives
@@ -78,10 +67,10 @@ Bytes JpegResources(const Source &source)
 Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
 {
     if (image.mimeType() == "image/jpeg")
-        return IptcOfResources(JpegResources(source));
+        return FindResource(JpegResources(source), PhotoshopResource::Iptc);
     Bytes iptc = RawTag(image, "Exif.Image.IPTCNAA");
     if (iptc.empty())
-        iptc = IptcOfResources(RawTag(image, "Exif.Image.ImageResources"));
+        iptc = FindResource(RawTag(image, "Exif.Image.ImageResources"), PhotoshopResource::Iptc);
     return iptc;
 }
 
@@ -117,9 +106,23 @@ void StartExiv2()
     });
 }
 
+void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif)
+{
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    try {
+        Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) { // damaged: what was read before counts
+    }
+}
+
 Metadata ReadMetadata(const Source &source)
 {
     StartExiv2();
+    if (IsPng(source))
+        return ReadPngMetadata(source);
     Metadata metadata;
     Bytes view; // outlives the image that reads it
     Exiv2::Image::AutoPtr image;

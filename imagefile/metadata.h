@@ -23,6 +23,9 @@ struct Metadata {
 /// Throws std::bad_alloc only. Never decodes pixels.
 Metadata ReadMetadata(const Source &source);
 
+/// Adds the EXIF of a TIFF of @p size bytes in memory, as far as it can be understood. Throws std::bad_alloc only.
+void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
+
 /// Starts Exiv2 once for all threads and keeps it from writing to standard error.
 void StartExiv2();
 

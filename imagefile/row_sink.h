@@ -27,6 +27,8 @@ public:
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
     /// Memory for row @p y in the form that was announced; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
+    /// Whether Row gives the place where a row stays, so that rows may be filled in several passes before any is Done.
+    virtual bool KeepsRows() const { return false; }
     /// Row @p y has been filled.
     virtual void Done(int y) = 0;
 };
@@ -44,6 +46,7 @@ public:
     explicit BitmapRows(const GFL_LOAD_PARAMS &params);
     Status Start(int width, int height, const PixelForm &form) override;
     std::uint8_t *Row(int y) override;
+    bool KeepsRows() const override { return !m_convert; }
     void Done(int y) override;
     GFL_BITMAP *Take() { return m_bitmap.release(); }
 

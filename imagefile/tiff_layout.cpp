@@ -201,12 +201,12 @@ std::int64_t MaxRatio(const TiffLayout &layout)
         return 1400; // 3,838 codes of at most 12 bits stand for 1 + 2 + ... + 3,838 bytes
     case COMPRESSION_DEFLATE:
     case COMPRESSION_ADOBE_DEFLATE:
-        return 1040; // 258 bytes for 2 bits, and headers
+        return kDeflateRatio;
     case COMPRESSION_JPEG:
     case COMPRESSION_OJPEG:
         return kJpegPixelsPerByte * layout.samples;
     default:
-        return 4096; // fax, Zstandard, LZMA, WebP, LERC have no bound; this is 8 times beyond what photographs reach
+        return kUnboundedRatio; // fax, Zstandard, LZMA, WebP, LERC
     }
 }
 

@@ -1,0 +1,195 @@
+// PNG with libpng as witness: every kind of file it writes, profiles that it stops at, files that are cut.
+#include "Bitmaps.h"
+
+#include <QtTest>
+
+#include <png.h>
+
+namespace {
+
+constexpr int kWidth = 13, kHeight = 9;
+constexpr int kKeySample = 1; // the stored value that a tRNS chunk makes transparent
+
+struct Spec {
+    int colour = PNG_COLOR_TYPE_RGB;
+    int bits = 8;
+    bool interlaced = false;
+    bool transparency = false; // a tRNS chunk
+    QByteArray badProfile;
+
+    int Samples() const
+    {
+        const bool isColour = colour != PNG_COLOR_TYPE_PALETTE && (colour & PNG_COLOR_MASK_COLOR) != 0;
+        return (isColour ? 3 : 1) + ((colour & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
+    }
+    int Greatest() const { return (1 << bits) - 1; }
+    /// Any function of the place; all samples of a pixel are the key now and then.
+    int Sample(int x, int y, int c) const
+    {
+        return (x + y) % 5 == 0 ? kKeySample : (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
+    }
+};
+
+QByteArray Encode(const Spec &spec)
+{
+    QByteArray file;
+    png_structp png =
+        png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
+    png_infop info = png_create_info_struct(png);
+    png_set_write_fn(
+        png, &file,
+        [](png_structp p, png_bytep data, size_t size) {
+            static_cast<QByteArray *>(png_get_io_ptr(p))->append(reinterpret_cast<char *>(data), int(size));
+        },
+        nullptr);
+    png_set_IHDR(png, info, kWidth, kHeight, spec.bits, spec.colour,
+                 spec.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, 0, 0);
+    png_color palette[256];
+    png_byte opacity[256];
+    for (int i = 0; i < 256; ++i) {
+        palette[i] = {png_byte(255 - i), png_byte(i / 2), png_byte(i)};
+        opacity[i] = i == kKeySample ? 0 : 255;
+    }
+    if (spec.colour == PNG_COLOR_TYPE_PALETTE)
+        png_set_PLTE(png, info, palette, spec.Greatest() + 1);
+    const png_color_16 key = {0, kKeySample, kKeySample, kKeySample, kKeySample};
+    if (spec.transparency)
+        png_set_tRNS(png, info, opacity, spec.Greatest() + 1, &key);
+    png_write_info(png, info);
+    if (!spec.badProfile.isEmpty())
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>("iCCP"),
+                        reinterpret_cast<png_const_bytep>(spec.badProfile.constData()), size_t(spec.badProfile.size()));
+    png_set_packing(png);
+    QVector<QByteArray> rows;
+    QVector<png_bytep> pointers;
+    for (int y = 0; y < kHeight; ++y) {
+        rows.append(QByteArray());
+        for (int i = 0; i < kWidth * spec.Samples(); ++i) {
+            const int value = spec.Sample(i / spec.Samples(), y, i % spec.Samples());
+            if (spec.bits == 16)
+                rows.last().append(char(value >> 8)); // as stored: big-endian
+            rows.last().append(char(value));
+        }
+        pointers.append(reinterpret_cast<png_bytep>(rows.last().data()));
+    }
+    png_write_image(png, pointers.data());
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    return file;
+}
+
+/// Channel @p c, alpha 3, of a pixel as a share of the full range, by the specification of the format.
+double Expected(const Spec &spec, int x, int y, int c)
+{
+    const bool isColour = (spec.colour & PNG_COLOR_MASK_COLOR) != 0;
+    const int sample = spec.Sample(x, y, isColour && spec.colour != PNG_COLOR_TYPE_PALETTE ? c % 3 : 0);
+    if (c == 3 && (spec.colour & PNG_COLOR_MASK_ALPHA) != 0)
+        return spec.Sample(x, y, spec.Samples() - 1) / double(spec.Greatest());
+    bool isKey = true;
+    for (int s = 0; s < spec.Samples(); ++s)
+        isKey = isKey && spec.Sample(x, y, s) == kKeySample;
+    if (c == 3)
+        return spec.transparency && isKey ? 0.0 : 1.0;
+    if (spec.colour == PNG_COLOR_TYPE_PALETTE)
+        return (c == 0 ? 255 - sample : c == 1 ? sample / 2 : sample) / 255.0;
+    return sample / double(spec.Greatest());
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Spec)
+
+class tst_Png : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatLibpngWrites_data();
+    void readsWhatLibpngWrites();
+    void badProfileDoesNoHarm();
+    void cutAnywhere();
+};
+
+void tst_Png::readsWhatLibpngWrites_data()
+{
+    QTest::addColumn<Spec>("spec");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("components");
+    QTest::addColumn<int>("model");
+    const auto row = [](int colour, int bits, bool transparency, int type, int components, int model) {
+        for (bool interlaced : {false, true})
+            QTest::addRow("colour %d, %d bits%s%s", colour, bits, transparency ? ", transparency" : "",
+                          interlaced ? ", interlaced" : "")
+                << Spec{colour, bits, interlaced, transparency, {}} << type << components << model;
+    };
+    row(PNG_COLOR_TYPE_GRAY, 1, false, GFL_RGB, 1, GFL_CM_GREY);
+    for (int bits : {2, 4, 8, 16})
+        row(PNG_COLOR_TYPE_GRAY, bits, false, GFL_GREY, 1, GFL_CM_GREY);
+    for (int bits : {1, 2, 4, 8})
+        row(PNG_COLOR_TYPE_PALETTE, bits, false, GFL_RGB, 3, GFL_CM_PALETTE);
+    row(PNG_COLOR_TYPE_PALETTE, 8, true, GFL_RGBA, 4, GFL_CM_PALETTE);
+    row(PNG_COLOR_TYPE_GRAY, 4, true, GFL_RGBA, 2, GFL_CM_GREY);
+    for (int bits : {8, 16}) {
+        row(PNG_COLOR_TYPE_RGB, bits, false, GFL_RGB, 3, GFL_CM_RGB);
+        row(PNG_COLOR_TYPE_RGB, bits, true, GFL_RGBA, 4, GFL_CM_RGB);
+        row(PNG_COLOR_TYPE_GRAY_ALPHA, bits, false, GFL_RGBA, 2, GFL_CM_GREY);
+        row(PNG_COLOR_TYPE_RGB_ALPHA, bits, false, GFL_RGBA, 4, GFL_CM_RGB);
+    }
+}
+
+void tst_Png::readsWhatLibpngWrites()
+{
+    QFETCH(Spec, spec);
+    const QByteArray file = Encode(spec);
+    GFL_BITMAP *loaded = nullptr;
+    GFL_FILE_INFORMATION info;
+    for (unsigned flags : {GFL_LOAD_ORIGINAL_DEPTH | 0u, 0u}) { // in place, and through a row
+        const GFL_LOAD_PARAMS params = LoadParams(flags);
+        const int error = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
+                                                  static_cast<std::uint32_t>(file.size()), &loaded, &params, &info);
+        const BitmapPtr read(loaded);
+        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+        QTEST(int(read->Type), "type");
+        QCOMPARE(int(read->BitsPerComponent), flags != 0 && spec.bits == 16 ? 16 : 8);
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x)
+                for (int c = 0; c < read->ComponentsPerPixel; ++c)
+                    QVERIFY(std::abs(SampleAt(*read, x, y, c) - Expected(spec, x, y, c)) < (flags ? 1e-9 : 0.51 / 255));
+    }
+    QCOMPARE(QByteArray(info.Description), QByteArray(spec.interlaced ? "PNG interlaced" : "PNG"));
+    QTEST(int(info.ComponentsPerPixel), "components");
+    QTEST(int(info.ColorModel), "model");
+    QCOMPARE(int(info.BitsPerComponent), spec.bits == 16 ? 16 : 8);
+    QCOMPARE(QSize(info.Width, info.Height), QSize(kWidth, kHeight));
+}
+
+void tst_Png::badProfileDoesNoHarm()
+{
+    for (const QByteArray &chunk : {QByteArray("junk"), QByteArray("name\0\0not zlib", 14), QByteArray("n\0\0", 3)}) {
+        int error = 0;
+        const BitmapPtr read =
+            LoadFromMemory(Encode({PNG_COLOR_TYPE_RGB, 8, false, false, chunk}), &error, LoadParams(GFL_LOAD_METADATA));
+        QVERIFY2(read, gflLastErrorText());
+        QVERIFY(!gflBitmapHasICCProfile(read.get()));
+    }
+}
+
+void tst_Png::cutAnywhere()
+{
+    for (bool interlaced : {false, true}) {
+        const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
+        for (int size = 0; size < file.size(); ++size) {
+            int error = 0;
+            const bool read = LoadFromMemory(file.left(size), &error) != nullptr;
+            QCOMPARE(read, size >= file.size() - 12); // without the end chunk it is whole
+            QCOMPARE(read, error == GFL_NO_ERROR);
+        }
+        for (int at = 8; at < file.size() - 12; ++at) { // any bit matters: there are checksums
+            QByteArray bad = file;
+            bad[at] = static_cast<char>(bad[at] ^ 4);
+            int error = 0;
+            QVERIFY2(!LoadFromMemory(bad, &error), qPrintable(QString::number(at)));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Png)
+#include "Png_test.moc"

@@ -1,6 +1,7 @@
 #include "KVitreluxOne2One.h"
 
 #include "HostApplication_p.h"
+#include "UIVitreluxPage.h"
 
 #include <QDomDocument>
 
@@ -55,7 +56,7 @@ void ReadElement(const QDomElement &element, KVitreluxOne2One::Params *params)
 
 } // namespace
 
-KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_page(nullptr), m_defaults(nullptr)
+KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_defaults(nullptr)
 {
     setObjectName(QStringLiteral("KVitreluxOne2One"));
     m_defaults = static_cast<Params *>(KVitreluxOne2One::AllocParameters(QDomElement()));
@@ -65,6 +66,9 @@ KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_page(nu
 
 KVitreluxOne2One::~KVitreluxOne2One()
 {
+    delete m_page;
+    for (void *params : qAsConst(m_params))
+        KVitreluxOne2One::FreeParameters(params);
     KVitreluxOne2One::FreeParameters(m_defaults);
 }
 
@@ -116,7 +120,9 @@ QIcon KVitreluxOne2One::BeforeAfter() const
 
 QWizardPage *KVitreluxOne2One::WizardPage()
 {
-    return nullptr; // a host then shows no page and works with records alone
+    if (!m_page)
+        m_page = new UIVitreluxPage(this, nullptr);
+    return m_page;
 }
 
 void KVitreluxOne2One::OnValidatePage()
@@ -172,6 +178,8 @@ void KVitreluxOne2One::SaveDefaultSettings(void *parameters)
 
 void KVitreluxOne2One::SetFiles(QStringList files)
 {
+    if (m_page)
+        m_page->Clear(); // before what it shows is freed
     for (void *params : qAsConst(m_params))
         FreeParameters(params);
     m_params.clear();
@@ -183,6 +191,8 @@ void KVitreluxOne2One::SetFiles(QStringList files)
         FreeParameters(slot); // a file that the job names twice has one record
         slot = params.release();
     }
+    if (m_page)
+        m_page->SetImages(m_params);
 }
 
 QDomElement KVitreluxOne2One::GetFileXmlParams(QString file)

@@ -6,6 +6,7 @@
 #include <QMap>
 #include <QObject>
 #include <QPair>
+#include <QPointer>
 
 class KIImageDef;
 class KImage;
@@ -30,7 +31,7 @@ public:
     };
 
     Q_INVOKABLE explicit KVitreluxOne2One(QObject *parent = nullptr);
-    /// Frees the defaults. Trap: the records of the last job stay; only the next SetFiles frees them.
+    /// Deletes the page, which waits for its render, and all records.
     ~KVitreluxOne2One() override;
 
     QString Name() const override;
@@ -41,6 +42,8 @@ public:
     QIcon Icon() const override;
     QString UID() const override;
 
+    /// Made by the first call, without a parent. A host may put it into a wizard and delete it with that; the next call
+    /// then makes a new one, for the next SetFiles.
     QWizardPage *WizardPage() override;
     /// Stores the defaults, and with a page the profile folder too.
     void OnValidatePage() override;
@@ -71,12 +74,16 @@ public:
     /// user or stays as it was.
     QStringList GetLCPfilename(KIImageDef *image, QString &message);
 
+    /// Folder in which profiles are sought.
+    QString LensPath() const { return m_lensPath; }
+    void SetLensPath(const QString &folder) { m_lensPath = folder; }
+
     /// The icon that the library and the process share.
     static QIcon ProcessIcon();
 
 private:
     QMap<KIImageDef *, void *> m_params; // the record of each image of the job
-    UIVitreluxPage *m_page;
-    Params *m_defaults; // what the page edits
-    QString m_lensPath; // folder in which profiles are sought
+    QPointer<UIVitreluxPage> m_page;     // null until WizardPage, and after its wizard deleted it
+    Params *m_defaults;                  // what OnValidatePage stores
+    QString m_lensPath;
 };

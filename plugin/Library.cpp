@@ -2,6 +2,7 @@
 
 #include "HostApplication_p.h"
 #include "KImage.h"
+#include "KUI.h"
 #include "KVitreluxOne2One.h"
 
 /// As soon as the library is loaded: a host may ask for an icon by its path before it makes any object.
@@ -21,12 +22,14 @@ Library::Library()
     const QString language = host->Locale().name();
     host->LoadTranslator(QStringLiteral("%1_%2.qm").arg(QStringLiteral("KVitrelux"), language));
     KImage::init(host->ImageInstances());
+    KUI::init(host->UIInstances());
 }
 
 Library::~Library()
 {
     for (const QPointer<QObject> &plugin : qAsConst(m_plugins))
         delete plugin.data();
+    KUI::exit();
     KImage::exit();
 }
 

@@ -11,7 +11,8 @@ extern int komp_num_cores;
 /// Number of the calling thread within its parallel region, 0 outside of one.
 int komp_get_thread_num();
 
-/// An OpenMP lock, for code inside parallel regions; everything else uses QMutex. Not recursive.
+/// An OpenMP lock, for code inside parallel regions, and the preview's running flag; everything else uses QMutex. Not
+/// recursive.
 class KOmpMutex {
 public:
     KOmpMutex() { omp_init_lock(&m_lock); }

@@ -20,8 +20,8 @@ public:
     QString FileName() const override { return m_fileName; }
     QString ShortFileName() const override { return QFileInfo(m_fileName).fileName(); }
     QString PathName() const override { return QFileInfo(m_fileName).path(); }
-    int nRows() const override { return pixels.height(); }
-    int nCols() const override { return pixels.width(); }
+    int nRows() const override { return pixels.m_bitmap ? pixels.height() : 0; }
+    int nCols() const override { return pixels.m_bitmap ? pixels.width() : 0; }
     int nBands() const override { return pixels.m_bitmap->ComponentsPerPixel; }
     int nDepth() const override { return pixels.bitsPerComponent(); }
     bool HasExif() const override { return false; }
@@ -31,8 +31,16 @@ public:
     int Model() const override { return 0; }
     qint64 GetTimestamp() const override { return 0; }
     float GetEV() const override { return 0; }
-    KImage *Lock(int, int, bool) override { return nullptr; }
-    void Unlock(int, int, bool) override { }
+    KImage *Lock(int width, int height, bool) override
+    {
+        if (gone)
+            KThrow("gone");
+        pixels.Resize(m_reduced, width, height);
+        reducedSizes.append(QSize(width, height));
+        ++locks;
+        return &m_reduced;
+    }
+    void Unlock(int, int, bool) override { --locks; }
     KImage *LockFullSize(bool nativeDepth) override
     {
         if (!pixels.m_bitmap)
@@ -42,10 +50,13 @@ public:
     }
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
-    KImage pixels; // empty: the description lends none
-    int locks = 0; // a thousand for each at another depth
+    KImage pixels;             // empty: the description lends none
+    int locks = 0;             // a thousand for each at another depth
+    bool gone = false;         // since it was described: Lock throws
+    QList<QSize> reducedSizes; // that were lent, in order
 
 private:
+    KImage m_reduced;
     QString m_fileName;
 };
 

@@ -1,0 +1,62 @@
+#include "ComputePreview.h"
+
+#include <QImage>
+
+ComputePreview::ComputePreview(KVitreluxOne2One *process, QObject *parent) : QThread(parent), m_process(process) { }
+
+ComputePreview::~ComputePreview()
+{
+    wait();
+}
+
+void ComputePreview::setImage(KIImageDef *def, KImage *image, KVitreluxOne2One::Params *params)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_requestImageDef = def;
+    m_requestImage = image;
+    m_requestParams = *params;
+    ++m_requestNumber;
+}
+
+bool ComputePreview::IsCurrent()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_renderedNumber == m_requestNumber;
+}
+
+void ComputePreview::getPreview(QImage &out)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!omp_test_lock(m_runLock.Lock()))
+        return;
+    try {
+        m_workImage.ToQImage(out);
+    } catch (const KException &) {
+    }
+    omp_unset_lock(m_runLock.Lock());
+}
+
+void ComputePreview::Render()
+{
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_workNumber = m_requestNumber; // before what may throw: a request that can't be had is not tried again
+        m_workImageDef = m_requestImageDef;
+        m_workParams = m_requestParams;
+        m_workImage = *m_requestImage;
+    }
+    // A record without a profile corrects nothing; it would only be looked up, for nobody, beside the GUI thread.
+    if (!m_workParams.lcpFilename.isEmpty())
+        m_process->Process(qMakePair(m_workImageDef, &m_workImage), &m_workParams);
+}
+
+void ComputePreview::run()
+{
+    const KOmpMutexLocker running(m_runLock.Lock());
+    try {
+        Render();
+    } catch (...) { // ends this render and nothing else: shown is what the work image holds
+    }
+    const QMutexLocker locker(&m_mutex);
+    m_renderedNumber = m_workNumber;
+}

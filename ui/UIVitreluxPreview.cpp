@@ -1,0 +1,342 @@
+#include "UIVitreluxPreview.h"
+
+#include "KIImageDef.h"
+#include "KUI.h"
+#include "newLCP.h"
+#include "ui_UIVitreluxPreview.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QMovie>
+#include <QPainter>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kLongestSidePx = 1024;
+constexpr int kWaitFrames = 12;
+constexpr int kWaitFrameMs = 100;
+
+struct ReducedSize {
+    int width;
+    int height;
+    double scale; // of the reduced picture, against the whole
+};
+
+/// At most kLongestSidePx on the long side, never enlarged; the short side truncated, but a line stays a line.
+ReducedSize SizeOfPreview(const KIImageDef &def)
+{
+    const int columns = def.nCols();
+    const int rows = def.nRows();
+    if (columns < 1 || rows < 1)
+        KThrow("Invalid Parameter");
+    const bool upright = columns <= rows;
+    const int longSide = std::min(kLongestSidePx, upright ? rows : columns);
+    const double scale = double(longSide) / (upright ? rows : columns);
+    const int shortSide = std::max(1, int((upright ? columns : rows) * scale));
+    return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
+}
+
+/// Borrows an image's reduced pixels for a scope.
+class ReducedLock {
+public:
+    ReducedLock(KIImageDef *def, const ReducedSize &size)
+        : m_def(def), m_size(size), m_image(def->Lock(size.width, size.height, /*nativeDepth=*/true))
+    {
+        if (!m_image)
+            KThrow("Invalid Bitmap"); // nothing is lent, so nothing is given back
+    }
+    ~ReducedLock() { m_def->Unlock(m_size.width, m_size.height, /*nativeDepth=*/true); }
+    ReducedLock(const ReducedLock &) = delete;
+    ReducedLock &operator=(const ReducedLock &) = delete;
+
+    const KImage &Image() const { return *m_image; }
+
+private:
+    KIImageDef *m_def;
+    ReducedSize m_size;
+    KImage *m_image;
+};
+
+QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
+{
+    return QStringLiteral(":/%1/Resources/%2").arg(process.UID(), name);
+}
+
+} // namespace
+
+UIVitreluxPreview::UIVitreluxPreview(KVitreluxOne2One *process, QWidget *parent)
+    : QWidget(parent),
+      ui(std::make_unique<Ui_UIVitreluxPreviewClass>()),
+      m_process(process),
+      m_computePreview(process, this),
+      m_image(std::make_unique<KImage>())
+{
+    ui->setupUi(this);
+    StartWaitAnimation();
+    ui->lineEditLensPath->setText(m_process->LensPath());
+    // Kept up to date, but not shown: what the user sees of the profile is the row with its file.
+    for (QWidget *hidden :
+         {static_cast<QWidget *>(ui->label), static_cast<QWidget *>(ui->lineEditLensPath),
+          static_cast<QWidget *>(ui->toolButtonLensPath), static_cast<QWidget *>(ui->label_2),
+          static_cast<QWidget *>(ui->comboBoxLensProfile), static_cast<QWidget *>(ui->labelLensMessage)})
+        hidden->hide();
+    connect(&m_computePreview, &QThread::finished, this, &UIVitreluxPreview::renderEnded);
+}
+
+UIVitreluxPreview::~UIVitreluxPreview()
+{
+    m_computePreview.wait(); // it reads m_image
+}
+
+void UIVitreluxPreview::StartWaitAnimation()
+{
+    m_waitMovie = std::make_unique<QMovie>(ResourceFile(*m_process, QStringLiteral("icon_wait.gif")));
+    ui->labelState->setMovie(m_waitMovie.get());
+    m_waitMovie->start();
+    ui->gridLayout_2->removeWidget(ui->labelState); // it floats over the frame
+    QStringList frames;
+    for (int i = 1; i <= kWaitFrames; ++i)
+        frames.append(ResourceFile(*m_process, QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0'))));
+    ui->labelState->setSequence(frames, kWaitFrameMs);
+    ui->labelState->resize(ui->labelState->minimumSize());
+}
+
+// --- The image shown ---
+
+void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
+{
+    try {
+        ShowImage(def, static_cast<Params *>(params));
+    } catch (...) { // the picture that is shown stays
+    }
+}
+
+void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
+{
+    if (!params)
+        return;
+    const ReducedSize size = SizeOfPreview(*def);
+    auto image = std::make_unique<KImage>();
+    ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
+    m_image.swap(image); // the old one lives until the worker has been handed the new one
+    m_imageDef = def;
+    m_params = params;
+    m_params->scale = float(size.scale);
+    {
+        const QScopedValueRollback<bool> updating(m_updating, true);
+        ui->m_cbCA->setChecked(m_params->ca);
+        ui->m_cbDistortion->setChecked(m_params->disto);
+        ui->m_cbVignetting->setChecked(m_params->falloff);
+        ui->lineEditLensFile->setText(m_params->lcpFilename);
+        m_image->ToQImage(m_sourceImage);
+        m_sourcePixmap = FittedToFrame(m_sourceImage);
+        updateLCPfilename();
+    }
+    computePreview();
+}
+
+void UIVitreluxPreview::clearImage()
+{
+    m_imageDef = nullptr;
+    m_params = nullptr;
+    for (QImage *image : {&m_sourceImage, &m_resultImage})
+        *image = QImage();
+    FitPictures();
+    ui->labelState->show();
+    SetComplete(QVariant());
+    update();
+}
+
+// --- Profile ---
+
+void UIVitreluxPreview::updateLCPfilename()
+{
+    if (!m_imageDef)
+        return;
+    QString message;
+    const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
+    ui->labelLensMessage->setText(message);
+    ui->comboBoxLensProfile->clear();
+    for (const QString &profile : profiles) // the first one becomes current, and so the record's profile
+        ui->comboBoxLensProfile->addItem(QFileInfo(profile).completeBaseName(), profile);
+}
+
+void UIVitreluxPreview::on_comboBoxLensProfile_currentIndexChanged(int index)
+{
+    if (index == -1 || !m_params)
+        return;
+    m_params->lcpFilename = ui->comboBoxLensProfile->itemData(index).toString();
+    computePreview();
+}
+
+void UIVitreluxPreview::on_toolButtonLensPath_clicked()
+{
+    const QString folder = QFileDialog::getExistingDirectory(
+        this, tr("Select lens camera profiles Database directory"), ui->lineEditLensPath->text(),
+        QFileDialog::Options(KUI::UseSystemFileDialog()) | QFileDialog::ShowDirsOnly);
+    if (folder.isEmpty() || !QDir(folder).exists())
+        return;
+    m_process->SetLensPath(QDir(folder).absolutePath());
+    ui->lineEditLensPath->setText(m_process->LensPath());
+    updateLCPfilename();
+}
+
+void UIVitreluxPreview::on_toolButtonLensFile_clicked()
+{
+    if (!m_params)
+        return;
+    const QString fileName = QFileDialog::getOpenFileName(this, tr("Select lens camera profile"), m_params->lcpFilename,
+                                                          tr("Profile") + QStringLiteral(" (*.lcp)"), nullptr,
+                                                          QFileDialog::Options(KUI::UseSystemFileDialog()));
+    if (!fileName.isEmpty() && m_params) // a new job may have come while the dialog was open
+        UseProfile(fileName);
+}
+
+void UIVitreluxPreview::UseProfile(const QString &fileName)
+{
+    m_params->lcpFilename = fileName;
+    ui->lineEditLensFile->setText(fileName);
+    bool ok = false; // also for a file that can't be opened
+    const newLCP profile(fileName, ok);
+    ui->m_cbDistortion->setChecked(false);
+    ui->m_cbDistortion->setEnabled(ok);
+    for (const auto &[box, found] : {std::make_pair(ui->m_cbCA, ok && profile.greenModel.found),
+                                     std::make_pair(ui->m_cbVignetting, ok && profile.vignetteModel.found)}) {
+        if (!found)
+            box->setChecked(false); // which clears the record's flag
+        box->setEnabled(found);
+    }
+    if (ok)
+        computePreview();
+    else
+        QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
+}
+
+// --- Switches ---
+
+void UIVitreluxPreview::SetFlag(bool Params::*flag, int state)
+{
+    if (!m_params)
+        return;
+    m_params->*flag = state == Qt::Checked;
+    computePreview();
+}
+
+void UIVitreluxPreview::on_m_cbDistortion_stateChanged(int state)
+{
+    SetFlag(&Params::disto, state);
+}
+
+void UIVitreluxPreview::on_m_cbCA_stateChanged(int state)
+{
+    SetFlag(&Params::ca, state);
+}
+
+void UIVitreluxPreview::on_m_cbVignetting_stateChanged(int state)
+{
+    SetFlag(&Params::falloff, state);
+}
+
+void UIVitreluxPreview::on_m_cbPreview_stateChanged(int)
+{
+    update();
+}
+
+// --- Rendering ---
+
+void UIVitreluxPreview::SetComplete(const QVariant &complete)
+{
+    setProperty("isComplete", complete);
+    QMetaObject::invokeMethod(parent(), "completeChanged");
+}
+
+void UIVitreluxPreview::computePreview()
+{
+    if (m_updating || !m_imageDef)
+        return;
+    SetComplete(false);
+    ui->labelState->show();
+    m_resultImage = QImage();
+    m_resultPixmap = QPixmap();
+    m_computePreview.setImage(m_imageDef, m_image.get(), m_params);
+    m_computePreview.start(QThread::InheritPriority); // does nothing during a render: its end starts the next one
+    m_stateText = tr("Preview is uptodate");
+    update();
+}
+
+void UIVitreluxPreview::renderEnded()
+{
+    if (m_computePreview.IsCurrent())
+        updatePreview();
+    else // a newer request waits; does nothing if its render has begun already
+        m_computePreview.start(QThread::InheritPriority);
+}
+
+void UIVitreluxPreview::updatePreview()
+{
+    if (!m_imageDef)
+        return; // the image was cleared meanwhile
+    SetComplete(true);
+    m_computePreview.getPreview(m_resultImage);
+    m_resultPixmap = FittedToFrame(m_resultImage);
+    ui->labelState->hide();
+    update();
+}
+
+// --- Painting ---
+
+QPixmap UIVitreluxPreview::FittedToFrame(const QImage &image) const
+{
+    if (image.isNull())
+        return QPixmap();
+    const qreal ratio = devicePixelRatioF();
+    QPixmap pixmap =
+        QPixmap::fromImage(image.scaled(ui->frame->size() * ratio, Qt::KeepAspectRatio, Qt::FastTransformation));
+    pixmap.setDevicePixelRatio(ratio);
+    return pixmap;
+}
+
+QRect UIVitreluxPreview::PlaceInFrame(const QPixmap &pixmap) const
+{
+    const QRect frame = ui->frame->geometry();
+    const QSize size = pixmap.size() / pixmap.devicePixelRatio();
+    return {frame.x() + (frame.width() - size.width()) / 2, frame.y() + (frame.height() - size.height()) / 2,
+            size.width(), size.height()};
+}
+
+void UIVitreluxPreview::FitPictures()
+{
+    m_sourcePixmap = FittedToFrame(m_sourceImage);
+    m_resultPixmap = FittedToFrame(m_resultImage);
+}
+
+void UIVitreluxPreview::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    if (!m_sourcePixmap.isNull())
+        painter.drawPixmap(PlaceInFrame(m_sourcePixmap).topLeft(), m_sourcePixmap);
+    if (m_resultPixmap.isNull())
+        return;
+    const QRect place = PlaceInFrame(m_resultPixmap);
+    QRect shown = place;
+    if (ui->m_cbPreview->isChecked())
+        shown.setLeft(place.left() + (place.right() - place.left() + 1) / 2);
+    painter.setClipRect(shown, Qt::ReplaceClip);
+    painter.fillRect(shown, palette().window()); // the correction leaves transparent borders: cover the other picture
+    painter.drawPixmap(place.topLeft(), m_resultPixmap);
+}
+
+void UIVitreluxPreview::resizeEvent(QResizeEvent *)
+{
+    FitPictures();
+    const QSize free = ui->frame->size() - ui->labelState->size();
+    ui->labelState->move(ui->frame->pos() + QPoint(free.width() / 2, free.height() / 2));
+}
+
+bool UIVitreluxPreview::eventFilter(QObject *watched, QEvent *event)
+{
+    return QObject::eventFilter(watched, event);
+}

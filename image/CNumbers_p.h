@@ -1,0 +1,30 @@
+// Numbers in texts that are the same in every locale.
+#pragma once
+
+#include <clocale>
+#include <cmath>
+
+/// While it lives, strtod and sscanf on this thread read numbers with a decimal point: a host that has set its user's
+/// locale would make them expect a comma.
+class CNumbers {
+public:
+    CNumbers() : m_before(uselocale(CLocale())) { }
+    ~CNumbers() { uselocale(m_before); }
+    CNumbers(const CNumbers &) = delete;
+    CNumbers &operator=(const CNumbers &) = delete;
+
+private:
+    static locale_t CLocale()
+    {
+        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr); // one for the process, never freed
+        return locale;
+    }
+
+    locale_t m_before;
+};
+
+/// @p number, or @p otherwise for an infinity and for what is not a number.
+template <typename Number> Number FiniteOr(Number number, Number otherwise)
+{
+    return std::isfinite(number) ? number : otherwise;
+}

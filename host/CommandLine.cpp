@@ -4,7 +4,7 @@
 
 namespace {
 
-enum class Verb { Correct, Profile };
+enum class Verb { Correct, Profile, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -28,6 +28,9 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
      "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
      "whether it can be used.\n"},
+    {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
+     "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
+     "picture is written beside its original, as NAME_corrected.tiff.\n"},
 };
 
 struct OptionRow {
@@ -46,6 +49,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
 constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 wrong usage.\n";
@@ -172,7 +176,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return PrintText(VerbHelp(verb));
     if (const OptionRow *row = FindEmptyValue(parser, verb.verb))
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(Spelling(*row)));
-    if (parser.positionalArguments().isEmpty())
+    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard)
         return Refuse(command, QStringLiteral("no file named."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("the name of a file is empty."));
@@ -181,6 +185,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Profile) {
         line.action = CommandLine::Action::ShowProfiles;
         line.profiles = parser.positionalArguments();
+        return line;
+    }
+    if (verb.verb == Verb::Wizard) {
+        line.action = CommandLine::Action::ShowWizard;
+        line.wizard = {parser.positionalArguments(), parser.value(QStringLiteral("plugin"))};
         return line;
     }
     if (parser.isSet(QStringLiteral("overwrite")) && parser.isSet(QStringLiteral("skip-existing")))

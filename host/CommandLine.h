@@ -21,13 +21,19 @@ struct CorrectOptions {
     ExistingOutput existing = ExistingOutput::Refuse;
 };
 
+struct WizardOptions {
+    QStringList files; // may be empty
+    QString plugin;    // empty: the installed one
+};
+
 struct CommandLine {
-    enum class Action { Correct, ShowProfiles, PrintText, RefuseUsage };
+    enum class Action { Correct, ShowProfiles, ShowWizard, PrintText, RefuseUsage };
 
     Action action = Action::RefuseUsage;
     QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
     CorrectOptions correct; // Correct
     QStringList profiles;   // ShowProfiles
+    WizardOptions wizard;   // ShowWizard
 };
 
 /// Reads the arguments that follow the program's name. Needs no application object.

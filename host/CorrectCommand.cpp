@@ -82,7 +82,7 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
     const Corrections corrections = UsableCorrections();
     CheckPicture(planned);
 
-    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), corrections, m_profile.path));
+    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, m_profile.path}));
     RunPicture(m_process, record, planned, m_options.existing, m_guard);
     return Outcome::Corrected;
 }

@@ -4,10 +4,12 @@
 #include "analytics/KAnalyticsManager.h"
 
 #include <QDir>
+#include <QLibraryInfo>
 
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -71,6 +73,15 @@ void LeaveOutSessionWarnings(QtMsgType type, const QMessageLogContext &context, 
         g_otherMessages(type, context, text);
 }
 
+/// Qt aborts where a display is named and can't be reached: that is the user's to know, not a crash.
+void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))
+        return LeaveOutSessionWarnings(type, context, text);
+    std::fputs("vitrelux: cannot show a window: the display cannot be reached\n", stderr);
+    std::_Exit(1);
+}
+
 } // namespace
 
 void ChooseDisplayless()
@@ -84,6 +95,19 @@ void ChooseDisplayless()
         qunsetenv(name);
 }
 
+QString ChooseDisplay()
+{
+    g_otherMessages = qInstallMessageHandler(EndWithoutDisplay);
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (qEnvironmentVariableIsEmpty(name))
+            continue;
+        QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+        QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+        return QString();
+    }
+    return QStringLiteral("cannot show a window: there is no display; \"vitrelux correct\" needs none");
+}
+
 HostApplication::HostApplication(int &argc, char **argv)
     : QApplication(argc, argv),
       m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Brelt"), QStringLiteral("vitrelux"))
@@ -91,6 +115,7 @@ HostApplication::HostApplication(int &argc, char **argv)
     setOrganizationName(QStringLiteral("Brelt"));
     setApplicationName(QStringLiteral("vitrelux"));
     setApplicationVersion(QStringLiteral(VITRELUX_VERSION));
+    Q_INIT_RESOURCE(vitreluxTranslations);
     StartKernels();
 }
 
@@ -117,8 +142,21 @@ QLocale HostApplication::Locale()
 
 void HostApplication::LoadTranslator(QString fileName)
 {
+    Install(QLatin1String(":/Translation/") + fileName);
+}
+
+void HostApplication::TranslateWindows()
+{
+    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // the plurals, wherever the next one has nothing
+    LoadTranslator(QStringLiteral("vitrelux_%1.qm").arg(Locale().name()));
+    Install(
+        QStringLiteral("%1/qtbase_%2.qm").arg(QLibraryInfo::location(QLibraryInfo::TranslationsPath), Locale().name()));
+}
+
+void HostApplication::Install(const QString &translation)
+{
     auto translator = std::make_unique<QTranslator>();
-    if (!translator->load(QLatin1String(":/Translation/") + fileName))
+    if (!translator->load(translation))
         return;
     installTranslator(translator.get());
     m_translators.push_back(std::move(translator));

@@ -16,6 +16,11 @@
 /// and keeps out what a desktop session would load into every Qt program.
 void ChooseDisplayless();
 
+/// To be called before the application is made, by commands that show windows.
+/// @return why no window can be shown, or empty. A display that is named and can't be reached ends the program, with a
+/// message, when the application is made.
+QString ChooseDisplay();
+
 /// Starts the image kernel alone and lends it to plug-ins; so a plug-in has to be gone before this object is. Settings
 /// are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI thread.
 class HostApplication : public QApplication, public KIApplication {
@@ -39,8 +44,14 @@ public:
     KUIInstances *UIInstances() override { return nullptr; }
 
     HostImageDef *ImageOf(const QString &fileName);
+    /// What the program itself remembers; plug-ins have their own by GetPluginSetting.
+    QSettings &Settings() { return m_settings; }
+    /// Makes the program's own texts, and Qt's, speak the user's language. Commands without windows speak English.
+    void TranslateWindows();
 
 private:
+    void Install(const QString &translation);
+
     QSettings m_settings;
     std::map<QString, std::unique_ptr<HostImageDef>> m_images; // by absolute name
     std::vector<std::unique_ptr<QTranslator>> m_translators;

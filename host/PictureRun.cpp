@@ -11,6 +11,18 @@
 
 namespace {
 
+struct FlagRow {
+    QLatin1String attribute;
+    bool Corrections::*member;
+};
+
+const FlagRow kFlags[] = {
+    {QLatin1String("Disto"), &Corrections::distortion},
+    {QLatin1String("CA"), &Corrections::chromatic},
+    {QLatin1String("Falloff"), &Corrections::vignetting},
+};
+const QLatin1String kProfile("LCPfilename");
+
 /// The image-file layer's own words where an exception only names its error number. They are of this very call: a
 /// failed call of the layer is what such an exception comes from.
 QString WithReason(const QString &message)
@@ -20,15 +32,23 @@ QString WithReason(const QString &message)
 
 } // namespace
 
-QDomElement DescribeParameters(const QString &tag, const Corrections &corrections, const QString &profile)
+QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters)
 {
     QDomDocument document;
     QDomElement element = document.createElement(tag);
-    element.setAttribute(QStringLiteral("Disto"), int(corrections.distortion));
-    element.setAttribute(QStringLiteral("CA"), int(corrections.chromatic));
-    element.setAttribute(QStringLiteral("Falloff"), int(corrections.vignetting));
-    element.setAttribute(QStringLiteral("LCPfilename"), profile);
+    for (const FlagRow &row : kFlags)
+        element.setAttribute(row.attribute, int(parameters.corrections.*row.member));
+    element.setAttribute(kProfile, parameters.profile);
     return element;
+}
+
+PictureParameters ReadParameters(const QDomElement &element)
+{
+    PictureParameters parameters;
+    for (const FlagRow &row : kFlags)
+        parameters.corrections.*row.member = element.attribute(row.attribute).toInt() != 0;
+    parameters.profile = element.attribute(kProfile);
+    return parameters;
 }
 
 bool IsThere(const QString &path)

@@ -8,9 +8,17 @@
 
 class InterruptGuard;
 
+/// What a parameter record of the process says.
+struct PictureParameters {
+    Corrections corrections;
+    QString profile; // whole path; empty: none chosen
+};
+
 /// The XML form of a parameter record with all four attributes: a missing one would clear its field, and stored
 /// settings play no part.
-QDomElement DescribeParameters(const QString &tag, const Corrections &corrections, const QString &profile);
+QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters);
+/// The other way; an element that lacks something says no.
+PictureParameters ReadParameters(const QDomElement &element);
 
 /// A parameter record of the process's, for a scope.
 class ParameterRecord {

@@ -1,8 +1,9 @@
-// The program vitrelux: corrects photographs through the plug-in, from the command line.
+// The program vitrelux: corrects photographs through the plug-in, from the command line or in a window.
 #include "CommandLine.h"
 #include "Console.h"
 #include "CorrectCommand.h"
 #include "ProfileCommand.h"
+#include "wizard/WizardCommand.h"
 
 #include <QTextCodec>
 
@@ -26,6 +27,8 @@ int Run(const CommandLine &line, Console *console)
         return RunCorrect(line.correct, console);
     case CommandLine::Action::ShowProfiles:
         return RunProfile(line.profiles, console);
+    case CommandLine::Action::ShowWizard:
+        return RunWizard(line.wizard, console);
     case CommandLine::Action::PrintText:
         console->Print(line.text);
         return kAllDone;

@@ -5,78 +5,78 @@
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Error GFL : &quot;%1&quot;</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>File : &quot;%1&quot;</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation type="unfinished"></translation>
+        <translation>Not enough free space on &quot;%1&quot; to finish operation</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Cannot write into file &quot;%1&quot;</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation type="unfinished"></translation>
+        <translation>File &quot;%1&quot; is not found</translation>
     </message>
 </context>
 <context>
     <name>KLog</name>
     <message>
         <source>Critical error</source>
-        <translation type="unfinished"></translation>
+        <translation>Critical error</translation>
     </message>
     <message>
         <source>Can not open file %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Can not open file %1</translation>
     </message>
 </context>
 <context>
     <name>KSystemInfo</name>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>Bytes</translation>
     </message>
     <message>
         <source>KB</source>
-        <translation type="unfinished"></translation>
+        <translation>KB</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>MB</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>GB</translation>
     </message>
     <message>
         <source>TB</source>
-        <translation type="unfinished"></translation>
+        <translation>TB</translation>
     </message>
 </context>
 <context>
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation type="unfinished"></translation>
+        <translation>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</translation>
     </message>
 </context>
 <context>
     <name>Library</name>
     <message>
         <source>Comment</source>
-        <translation type="unfinished"></translation>
+        <translation>Comment</translation>
     </message>
 </context>
 <context>
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>File &quot;%1&quot; cannot be loaded</translation>
     </message>
 </context>
 </TS>

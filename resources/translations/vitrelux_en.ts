@@ -1,4 +1,199 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
+<context>
+    <name>CorrectionJob</name>
+    <message>
+        <source>The corrected picture would replace that of &quot;%1&quot;</source>
+        <translation>The corrected picture would replace that of &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>No correction is switched on</source>
+        <translation>No correction is switched on</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen</source>
+        <translation>No lens profile is chosen</translation>
+    </message>
+    <message>
+        <source>Lens profile &quot;%1&quot;: %2</source>
+        <translation>Lens profile &quot;%1&quot;: %2</translation>
+    </message>
+</context>
+<context>
+    <name>CorrectionWizard</name>
+    <message>
+        <source>Vitrelux: lens correction</source>
+        <translation>Vitrelux: lens correction</translation>
+    </message>
+    <message>
+        <source>&amp;Back</source>
+        <translation>&amp;Back</translation>
+    </message>
+    <message>
+        <source>&amp;Next</source>
+        <translation>&amp;Next</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Close</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>PicturesPage</name>
+    <message>
+        <source>&amp;Remove</source>
+        <translation>&amp;Remove</translation>
+    </message>
+    <message>
+        <source>Replace corrected pictures that exist already</source>
+        <translation>Replace corrected pictures that exist already</translation>
+    </message>
+    <message>
+        <source>Pictures</source>
+        <translation>Pictures</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <translation>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</translation>
+    </message>
+    <message>
+        <source>Picture</source>
+        <translation>Picture</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Size</translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation>Folder</translation>
+    </message>
+    <message>
+        <source>Drop pictures or folders here</source>
+        <translation>Drop pictures or folders here</translation>
+    </message>
+    <message>
+        <source>&amp;Add pictures…</source>
+        <translation>&amp;Add pictures…</translation>
+    </message>
+    <message>
+        <source>All files</source>
+        <translation>All files</translation>
+    </message>
+    <message>
+        <source>Add pictures</source>
+        <translation>Add pictures</translation>
+    </message>
+</context>
+<context>
+    <name>RunPage</name>
+    <message>
+        <source>Corrected</source>
+        <translation>Corrected</translation>
+    </message>
+    <message>
+        <source>Left as it was: the corrected picture exists already</source>
+        <translation>Left as it was: the corrected picture exists already</translation>
+    </message>
+    <message>
+        <source>Failed</source>
+        <translation>Failed</translation>
+    </message>
+    <message>
+        <source>Not corrected: stopped before</source>
+        <translation>Not corrected: stopped before</translation>
+    </message>
+    <message>
+        <source>&amp;Stop</source>
+        <translation>&amp;Stop</translation>
+    </message>
+    <message>
+        <source>Show in &amp;folder</source>
+        <translation>Show in &amp;folder</translation>
+    </message>
+    <message>
+        <source>Correction</source>
+        <translation>Correction</translation>
+    </message>
+    <message>
+        <source>The pictures are corrected one after the other.</source>
+        <translation>The pictures are corrected one after the other.</translation>
+    </message>
+    <message>
+        <source>Picture</source>
+        <translation>Picture</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>Result</translation>
+    </message>
+    <message>
+        <source>Stops after the picture under way…</source>
+        <translation>Stops after the picture under way…</translation>
+    </message>
+    <message>
+        <source>Picture %1 of %2: %3</source>
+        <translation>Picture %1 of %2: %3</translation>
+    </message>
+    <message>
+        <source>Being corrected…</source>
+        <translation>Being corrected…</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <comment>result of a picture, and why</comment>
+        <translation>%1: %2</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n picture(s) corrected</source>
+        <translation>
+            <numerusform>%n picture corrected</numerusform>
+            <numerusform>%n pictures corrected</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n left as they were</source>
+        <translation>
+            <numerusform>%n left as it was</numerusform>
+            <numerusform>%n left as they were</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n failed</source>
+        <translation>
+            <numerusform>%n failed</numerusform>
+            <numerusform>%n failed</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n not reached</source>
+        <translation>
+            <numerusform>%n not reached</numerusform>
+            <numerusform>%n not reached</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>, </source>
+        <translation>, </translation>
+    </message>
+    <message numerus="yes">
+        <source>About %n second(s) left</source>
+        <translation>
+            <numerusform>About %n second left</numerusform>
+            <numerusform>About %n seconds left</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>About %n minute(s) left</source>
+        <translation>
+            <numerusform>About %n minute left</numerusform>
+            <numerusform>About %n minutes left</numerusform>
+        </translation>
+    </message>
+</context>
 </TS>

@@ -1,0 +1,114 @@
+#include "CorrectionJob.h"
+
+#include "HostApplication.h"
+#include "ProfileUse.h"
+
+#include <QCoreApplication>
+#include <QHash>
+
+namespace {
+
+/// What stands against correcting pictures, for the user. Profiles are read once.
+class Objections {
+    Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
+public:
+    /// Empty: nothing.
+    QString To(const PlannedPicture &planned, const HostImageDef &image, const PictureParameters &parameters)
+    {
+        if (!planned.rival.isEmpty())
+            return tr("The corrected picture would replace that of \"%1\"").arg(planned.rival);
+        if (!image.Problem().isEmpty())
+            return image.Problem();
+        if (!parameters.corrections.Any())
+            return tr("No correction is switched on");
+        if (parameters.profile.isEmpty())
+            return tr("No lens profile is chosen");
+        const ProfileUse &use = UseOf(parameters.profile);
+        QString why = use.problem;
+        if (why.isEmpty())
+            ChooseCorrections(use, parameters.corrections, &why);
+        return why.isEmpty() ? QString() : tr("Lens profile \"%1\": %2").arg(use.path, why);
+    }
+
+    QString NoteOn(const HostImageDef &image, const PictureParameters &parameters)
+    {
+        return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
+    }
+
+private:
+    const ProfileUse &UseOf(const QString &profile)
+    {
+        auto found = m_profiles.find(profile);
+        if (found == m_profiles.end())
+            found = m_profiles.insert(profile, JudgeProfile(profile));
+        return *found;
+    }
+
+    QHash<QString, ProfileUse> m_profiles;
+};
+
+} // namespace
+
+std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files)
+{
+    std::vector<JobPicture> pictures;
+    Objections objections;
+    for (const PlannedPicture &planned : PlanOutputs(files, QString())) {
+        const HostImageDef &image = *application->ImageOf(planned.picture);
+        const QDomElement element = process->GetFileXmlParams(planned.picture);
+        const PictureParameters parameters = ReadParameters(element);
+        JobPicture picture;
+        picture.planned = planned;
+        picture.pixels = qint64(image.nCols()) * image.nRows();
+        picture.problem = objections.To(planned, image, parameters);
+        if (picture.problem.isEmpty()) {
+            picture.note = objections.NoteOn(image, parameters);
+            picture.record = std::make_unique<ParameterRecord>(process, element);
+        }
+        pictures.push_back(std::move(picture));
+    }
+    return pictures;
+}
+
+CorrectionJob::CorrectionJob(KIPluginOne2One *process, std::vector<JobPicture> pictures, ExistingOutput existing,
+                             InterruptGuard *guard, QObject *parent)
+    : QThread(parent), m_process(process), m_pictures(std::move(pictures)), m_existing(existing), m_guard(guard)
+{
+    qRegisterMetaType<PictureOutcome>("PictureOutcome");
+}
+
+CorrectionJob::~CorrectionJob()
+{
+    Cancel();
+    wait();
+}
+
+void CorrectionJob::run()
+{
+    for (int i = 0; i < int(m_pictures.size()); ++i) {
+        QString why;
+        PictureOutcome outcome = PictureOutcome::LeftOut;
+        if (!isInterruptionRequested()) {
+            Q_EMIT Begins(i);
+            outcome = One(m_pictures[std::size_t(i)], &why);
+        }
+        Q_EMIT Ended(i, outcome, why);
+    }
+}
+
+PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
+{
+    if (!picture.problem.isEmpty()) {
+        *why = picture.problem;
+        return PictureOutcome::Failed;
+    }
+    if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
+        return PictureOutcome::Kept;
+    try {
+        RunPicture(m_process, *picture.record, picture.planned, m_existing, m_guard);
+        return PictureOutcome::Corrected;
+    } catch (...) {
+        *why = TextOfCurrentException();
+        return PictureOutcome::Failed;
+    }
+}

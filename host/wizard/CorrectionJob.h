@@ -1,0 +1,57 @@
+// The run over a wizard's pictures, on a thread of its own.
+#pragma once
+
+#include "PictureRun.h"
+
+#include <QThread>
+
+#include <memory>
+#include <vector>
+
+class HostApplication;
+
+/// One picture of a job.
+struct JobPicture {
+    PlannedPicture planned;
+    QString problem;                         // why it isn't tried, for the user; empty: it is
+    QString note;                            // what the user should know of its result; mostly empty
+    qint64 pixels = 0;                       // how much work it is
+    std::unique_ptr<ParameterRecord> record; // null where there is a problem
+};
+
+/// Asks the process what was chosen for each picture, and looks what stands against correcting it. GUI thread.
+std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files);
+
+/// What came of one picture.
+enum class PictureOutcome { Corrected, Kept, Failed, LeftOut };
+
+/// Corrects the pictures in their order; one that fails is told, and the others go on. Made, started, cancelled and
+/// deleted on the GUI thread, where its signals arrive queued. Deleting it waits for the picture under way.
+class CorrectionJob : public QThread {
+    Q_OBJECT
+public:
+    /// @param existing  Skip: a picture whose output is there is Kept.
+    CorrectionJob(KIPluginOne2One *process, std::vector<JobPicture> pictures, ExistingOutput existing,
+                  InterruptGuard *guard, QObject *parent);
+    ~CorrectionJob() override;
+
+    const std::vector<JobPicture> &Pictures() const { return m_pictures; }
+    /// Ends after the picture under way; those behind it are LeftOut.
+    void Cancel() { requestInterruption(); }
+
+Q_SIGNALS:
+    void Begins(int index);
+    /// @param why  of a failure; empty otherwise.
+    void Ended(int index, PictureOutcome outcome, const QString &why);
+
+protected:
+    void run() override;
+
+private:
+    PictureOutcome One(const JobPicture &picture, QString *why) const;
+
+    KIPluginOne2One *m_process;
+    const std::vector<JobPicture> m_pictures;
+    ExistingOutput m_existing;
+    InterruptGuard *m_guard;
+};

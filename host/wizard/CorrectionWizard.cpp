@@ -1,0 +1,111 @@
+#include "CorrectionWizard.h"
+
+#include "CommandLine.h"
+#include "CorrectionJob.h"
+#include "HostApplication.h"
+#include "PicturesPage.h"
+#include "RunPage.h"
+
+#include <QAbstractButton>
+
+namespace {
+
+enum PageId { kPicturesPage, kPluginPage, kRunPage };
+
+const QLatin1String kGeometrySetting("Wizard/Geometry");
+
+/// The plug-in leaves the look of its page's arrows to the host.
+const QLatin1String kArrows("QToolButton#QToolButton_Prev { qproperty-arrowType: LeftArrow; }"
+                            "QToolButton#QToolButton_Next { qproperty-arrowType: RightArrow; }");
+
+} // namespace
+
+CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard)
+    : m_application(application),
+      m_process(process),
+      m_pictures(new PicturesPage(application)),
+      m_pluginPage(process->WizardPage()),
+      m_run(new RunPage(process, guard))
+{
+    setWindowTitle(tr("Vitrelux: lens correction"));
+    setWindowIcon(process->Icon());
+    setWizardStyle(ModernStyle);
+    setOption(NoCancelButtonOnLastPage);
+    setPixmap(LogoPixmap, process->Icon().pixmap(48));
+    setStyleSheet(kArrows);
+    setButtonText(BackButton, tr("&Back"));
+    setButtonText(NextButton, tr("&Next"));
+    setButtonText(FinishButton, tr("&Close"));
+    setButtonText(CancelButton, tr("Cancel"));
+
+    setPage(kPicturesPage, m_pictures);
+    if (m_pluginPage)
+        setPage(kPluginPage, m_pluginPage);
+    setPage(kRunPage, m_run);
+    connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables it before
+
+    resize(960, 720);
+    restoreGeometry(application->Settings().value(kGeometrySetting).toByteArray());
+}
+
+CorrectionWizard::~CorrectionWizard()
+{
+    if (!m_pluginPage)
+        return;
+    removePage(kPluginPage);
+    m_pluginPage->setParent(nullptr);
+}
+
+void CorrectionWizard::Add(const QStringList &files)
+{
+    m_pictures->Add(files);
+}
+
+int CorrectionWizard::FailedCount() const
+{
+    return m_run->Count(PictureOutcome::Failed);
+}
+
+void CorrectionWizard::initializePage(int id)
+{
+    QWizard::initializePage(id);
+    const QStringList files = m_pictures->Files();
+    if (id != kPicturesPage && files != m_announced) { // new records would lose what was chosen for the same files
+        m_process->SetFiles(files);
+        m_announced = files;
+    }
+    if (id == kRunPage) {
+        m_run->Start(PrepareJob(m_application, m_process, files),
+                     m_pictures->MayReplace() ? ExistingOutput::Overwrite : ExistingOutput::Skip);
+    }
+}
+
+bool CorrectionWizard::validateCurrentPage()
+{
+    if (!QWizard::validateCurrentPage())
+        return false;
+    if (m_pluginPage && currentPage() == m_pluginPage)
+        m_process->OnValidatePage();
+    return true;
+}
+
+void CorrectionWizard::RunningChanged()
+{
+    button(BackButton)->setEnabled(!m_run->IsRunning());
+}
+
+void CorrectionWizard::reject()
+{
+    if (m_run->IsRunning() && !m_run->IsCancelled()) {
+        m_run->Cancel();
+        return;
+    }
+    QWizard::reject();
+}
+
+void CorrectionWizard::done(int result)
+{
+    m_application->Settings().setValue(kGeometrySetting, saveGeometry());
+    QWizard::done(result);
+}

@@ -1,0 +1,198 @@
+#include "PicturesPage.h"
+
+#include "HostApplication.h"
+#include "OutputPlan.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const QLatin1String kFolderSetting("Wizard/PictureFolder");
+
+enum Column { kName, kWhat, kFolder, kColumnCount };
+constexpr int kPath = Qt::UserRole;          // of a row: the absolute name
+constexpr int kDescribed = Qt::UserRole + 1; // of a row: whether its file was looked at
+
+/// Suffixes of pictures, for dialog and folders; a file of another name can be added all the same.
+QStringList PictureNames()
+{
+    QStringList names;
+    for (const char *suffix : {"tif", "tiff", "jpg", "jpeg", "png", "exr", "hdr", "psd", "psb", "dng", "cr2", "cr3",
+                               "crw", "nef",  "nrw", "arw",  "sr2", "raf", "orf", "rw2", "pef", "srw", "x3f"})
+        names << QLatin1String("*.") + QLatin1String(suffix);
+    return names;
+}
+
+/// Folders replaced by the pictures in them.
+QStringList Expanded(const QStringList &files)
+{
+    QStringList all;
+    for (const QString &file : files) {
+        if (!QFileInfo(file).isDir()) {
+            all << file;
+            continue;
+        }
+        const QFileInfoList found = QDir(file).entryInfoList(PictureNames(), QDir::Files, QDir::Name);
+        for (const QFileInfo &info : found)
+            all << info.filePath();
+    }
+    return all;
+}
+
+} // namespace
+
+PicturesPage::PicturesPage(HostApplication *application)
+    : m_application(application),
+      m_list(new QTreeWidget),
+      m_hint(new QLabel),
+      m_remove(new QPushButton(tr("&Remove"))),
+      m_replace(new QCheckBox(tr("Replace corrected pictures that exist already")))
+{
+    setTitle(tr("Pictures"));
+    setSubTitle(
+        tr("Which pictures do you want to correct? Each corrected picture is written beside its original, which "
+           "stays as it is."));
+    setAcceptDrops(true);
+
+    m_list->setObjectName(QStringLiteral("pictures"));
+    m_list->setHeaderLabels({tr("Picture"), tr("Size"), tr("Folder")});
+    m_list->setRootIsDecorated(false);
+    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    constexpr int kThumbnailSide = 48;
+    m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
+    m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
+    m_list->header()->setSectionResizeMode(kWhat, QHeaderView::ResizeToContents);
+    m_hint->setText(tr("Drop pictures or folders here"));
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_hint->setEnabled(false); // reads as a hint
+    auto *over = new QVBoxLayout(m_list->viewport());
+    over->addWidget(m_hint);
+
+    auto *add = new QPushButton(tr("&Add pictures…"));
+    add->setObjectName(QStringLiteral("add"));
+    m_remove->setObjectName(QStringLiteral("remove"));
+    m_replace->setObjectName(QStringLiteral("replace"));
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(add);
+    buttons->addWidget(m_remove);
+    buttons->addStretch();
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_list);
+    layout->addLayout(buttons);
+    layout->addWidget(m_replace);
+
+    auto *removeByKey = new QAction(m_list);
+    removeByKey->setShortcut(QKeySequence::Delete);
+    removeByKey->setShortcutContext(Qt::WidgetShortcut);
+    m_list->addAction(removeByKey);
+    connect(removeByKey, &QAction::triggered, this, &PicturesPage::RemoveSelected);
+    connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
+    connect(add, &QPushButton::clicked, this, &PicturesPage::Choose);
+    connect(m_list, &QTreeWidget::itemSelectionChanged, this,
+            [this] { m_remove->setEnabled(!m_list->selectedItems().isEmpty()); });
+    m_remove->setEnabled(false);
+}
+
+void PicturesPage::Add(const QStringList &files)
+{
+    QStringList known = Files();
+    const QVector<PlannedPicture> plan = PlanOutputs(Expanded(files), QString()); // for the absolute names
+    for (const PlannedPicture &planned : plan) {
+        if (known.contains(planned.picture))
+            continue;
+        known << planned.picture;
+        const QFileInfo info(planned.picture);
+        auto *row = new QTreeWidgetItem({info.fileName(), QString(), info.path()});
+        row->setData(kName, kPath, planned.picture);
+        row->setToolTip(kName, planned.picture);
+        m_list->addTopLevelItem(row);
+    }
+    ListChanged();
+    QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
+}
+
+/// One file a turn of the event loop: a thousand files don't hold the window up.
+void PicturesPage::DescribeNext()
+{
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        QTreeWidgetItem *row = m_list->topLevelItem(i);
+        if (row->data(kName, kDescribed).toBool())
+            continue;
+        row->setData(kName, kDescribed, true);
+        const HostImageDef &image = *m_application->ImageOf(row->data(kName, kPath).toString());
+        const bool usable = image.Problem().isEmpty();
+        row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : image.Problem());
+        if (!usable)
+            row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+        if (const QPixmap *thumbnail = usable ? image.GetThumbnail() : nullptr)
+            row->setIcon(kName, QIcon(*thumbnail));
+        QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
+        return;
+    }
+}
+
+QStringList PicturesPage::Files() const
+{
+    QStringList files;
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i)
+        files << m_list->topLevelItem(i)->data(kName, kPath).toString();
+    return files;
+}
+
+bool PicturesPage::MayReplace() const
+{
+    return m_replace->isChecked();
+}
+
+void PicturesPage::Choose()
+{
+    const QString folder = m_application->Settings().value(kFolderSetting, QDir::homePath()).toString();
+    const QString filters = tr("Pictures") + QLatin1String(" (") + PictureNames().join(QLatin1Char(' '))
+        + QLatin1String(");;") + tr("All files") + QLatin1String(" (*)");
+    const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add pictures"), folder, filters);
+    if (files.isEmpty())
+        return;
+    m_application->Settings().setValue(kFolderSetting, QFileInfo(files.first()).absolutePath());
+    Add(files);
+}
+
+void PicturesPage::RemoveSelected()
+{
+    qDeleteAll(m_list->selectedItems());
+    ListChanged();
+}
+
+void PicturesPage::ListChanged()
+{
+    m_hint->setVisible(m_list->topLevelItemCount() == 0);
+    Q_EMIT completeChanged();
+}
+
+void PicturesPage::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void PicturesPage::dropEvent(QDropEvent *event)
+{
+    QStringList files;
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            files << url.toLocalFile();
+    }
+    Add(files);
+    event->acceptProposedAction();
+}

@@ -1,0 +1,207 @@
+#include "RunPage.h"
+
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+
+enum Column { kPicture, kResult, kColumnCount };
+
+struct OutcomeRow {
+    QStyle::StandardPixmap icon;
+    const char *text;
+};
+
+/// By PictureOutcome.
+constexpr OutcomeRow kOutcomes[] = {
+    {QStyle::SP_DialogApplyButton, QT_TRANSLATE_NOOP("RunPage", "Corrected")},
+    {QStyle::SP_MessageBoxInformation,
+     QT_TRANSLATE_NOOP("RunPage", "Left as it was: the corrected picture exists already")},
+    {QStyle::SP_MessageBoxCritical, QT_TRANSLATE_NOOP("RunPage", "Failed")},
+    {QStyle::SP_DialogCancelButton, QT_TRANSLATE_NOOP("RunPage", "Not corrected: stopped before")},
+};
+
+} // namespace
+
+RunPage::RunPage(KIPluginOne2One *process, InterruptGuard *guard)
+    : m_process(process),
+      m_guard(guard),
+      m_state(new QLabel),
+      m_progress(new QProgressBar),
+      m_timeLeft(new QLabel),
+      m_list(new QTreeWidget),
+      m_cancel(new QPushButton(tr("&Stop"))),
+      m_showInFolder(new QPushButton(tr("Show in &folder")))
+{
+    setTitle(tr("Correction"));
+    setSubTitle(tr("The pictures are corrected one after the other."));
+    setFinalPage(true);
+    m_state->setObjectName(QStringLiteral("state"));
+    m_state->setWordWrap(true);
+    m_progress->setObjectName(QStringLiteral("progress"));
+    m_timeLeft->setObjectName(QStringLiteral("timeLeft"));
+    m_list->setObjectName(QStringLiteral("results"));
+    m_list->setHeaderLabels({tr("Picture"), tr("Result")});
+    m_list->setRootIsDecorated(false);
+    m_list->header()->setSectionResizeMode(kPicture, QHeaderView::ResizeToContents);
+    m_cancel->setObjectName(QStringLiteral("stop"));
+    m_showInFolder->setObjectName(QStringLiteral("showInFolder"));
+    m_showInFolder->setEnabled(false);
+
+    auto *bar = new QHBoxLayout;
+    bar->addWidget(m_progress, 1);
+    bar->addWidget(m_cancel);
+    auto *below = new QHBoxLayout;
+    below->addStretch();
+    below->addWidget(m_showInFolder);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_state);
+    layout->addLayout(bar);
+    layout->addWidget(m_timeLeft);
+    layout->addWidget(m_list, 1);
+    layout->addLayout(below);
+
+    connect(m_cancel, &QPushButton::clicked, this, &RunPage::Cancel);
+    connect(m_showInFolder, &QPushButton::clicked, this, &RunPage::ShowInFolder);
+    connect(m_list, &QTreeWidget::itemSelectionChanged, this,
+            [this] { m_showInFolder->setEnabled(!FolderToShow().isEmpty()); });
+    connect(&m_everySecond, &QTimer::timeout, this, &RunPage::ShowTimeLeft);
+}
+
+void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
+{
+    m_outcomes.clear();
+    m_cancelled = false;
+    m_pixelsDone = m_pixelsLeft = 0;
+    m_list->clear();
+    for (const JobPicture &picture : pictures) {
+        auto *row = new QTreeWidgetItem(m_list, {QFileInfo(picture.planned.picture).fileName()});
+        row->setToolTip(kPicture, picture.planned.picture);
+        m_pixelsLeft += picture.pixels;
+    }
+    m_progress->setRange(0, std::max(1, int(pictures.size())));
+    m_progress->setValue(0);
+    m_job = std::make_unique<CorrectionJob>(m_process, std::move(pictures), existing, m_guard, nullptr);
+    connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
+    connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
+    connect(m_job.get(), &CorrectionJob::finished, this, &RunPage::JobFinished);
+    m_sinceStart.start();
+    m_everySecond.start(1000);
+    SetRunning(true);
+    m_job->start();
+}
+
+void RunPage::Cancel()
+{
+    if (!m_running)
+        return;
+    m_cancelled = true;
+    m_job->Cancel();
+    m_cancel->setEnabled(false);
+    m_state->setText(tr("Stops after the picture under way…"));
+    m_timeLeft->clear();
+}
+
+int RunPage::Count(PictureOutcome outcome) const
+{
+    return int(std::count(m_outcomes.begin(), m_outcomes.end(), outcome));
+}
+
+void RunPage::PictureBegins(int index)
+{
+    const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
+    if (!m_cancelled) {
+        m_state->setText(tr("Picture %1 of %2: %3")
+                             .arg(index + 1)
+                             .arg(m_list->topLevelItemCount())
+                             .arg(QFileInfo(picture.planned.picture).fileName()));
+    }
+    QTreeWidgetItem *row = m_list->topLevelItem(index);
+    row->setText(kResult, tr("Being corrected…"));
+    m_list->scrollToItem(row);
+}
+
+void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why)
+{
+    const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
+    m_outcomes.push_back(outcome);
+    // Only work counts for the estimate: pictures that fail at once, or are kept, would make the rest look short.
+    m_pixelsLeft -= picture.pixels;
+    if (outcome == PictureOutcome::Corrected)
+        m_pixelsDone += picture.pixels;
+
+    const OutcomeRow &known = kOutcomes[int(outcome)];
+    QString text = tr(known.text);
+    const QString more = why.isEmpty() && outcome == PictureOutcome::Corrected ? picture.note : why;
+    if (!more.isEmpty())
+        text = tr("%1: %2", "result of a picture, and why").arg(text, more.simplified());
+    QTreeWidgetItem *row = m_list->topLevelItem(index);
+    row->setText(kResult, text);
+    row->setToolTip(kResult, text);
+    row->setIcon(kResult, style()->standardIcon(known.icon));
+    m_progress->setValue(index + 1);
+    ShowTimeLeft();
+}
+
+void RunPage::JobFinished()
+{
+    m_everySecond.stop();
+    m_timeLeft->clear();
+    QStringList parts(tr("%n picture(s) corrected", nullptr, Count(PictureOutcome::Corrected)));
+    if (const int kept = Count(PictureOutcome::Kept))
+        parts << tr("%n left as they were", nullptr, kept);
+    if (const int failed = Count(PictureOutcome::Failed))
+        parts << tr("%n failed", nullptr, failed);
+    if (const int leftOut = Count(PictureOutcome::LeftOut))
+        parts << tr("%n not reached", nullptr, leftOut);
+    m_state->setText(parts.join(tr(", ")));
+    SetRunning(false);
+    m_showInFolder->setEnabled(!FolderToShow().isEmpty());
+}
+
+void RunPage::SetRunning(bool running)
+{
+    m_running = running;
+    m_cancel->setEnabled(running);
+    Q_EMIT completeChanged();
+    Q_EMIT RunningChanged();
+}
+
+/// By the pixels done so far; nothing before the first picture is through.
+void RunPage::ShowTimeLeft()
+{
+    if (m_cancelled || m_pixelsDone == 0)
+        return m_timeLeft->clear();
+    const double seconds = double(m_sinceStart.elapsed()) / 1000.0 * double(m_pixelsLeft) / double(m_pixelsDone);
+    constexpr double kMinute = 60.0;
+    if (seconds < kMinute)
+        m_timeLeft->setText(tr("About %n second(s) left", nullptr, std::max(1, qRound(seconds))));
+    else
+        m_timeLeft->setText(tr("About %n minute(s) left", nullptr, qRound(seconds / kMinute)));
+}
+
+/// That of the selected picture or, without one, of the first that was corrected; empty if there is none.
+QString RunPage::FolderToShow() const
+{
+    for (std::size_t i = 0; i < m_outcomes.size(); ++i) {
+        const bool chosen = m_list->selectedItems().isEmpty() || m_list->topLevelItem(int(i))->isSelected();
+        const bool there = m_outcomes[i] == PictureOutcome::Corrected || m_outcomes[i] == PictureOutcome::Kept;
+        if (chosen && there)
+            return m_job->Pictures()[i].planned.outputFolder;
+    }
+    return QString();
+}
+
+void RunPage::ShowInFolder()
+{
+    QDesktopServices::openUrl(QUrl::fromLocalFile(FolderToShow()));
+}

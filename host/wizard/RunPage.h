@@ -1,0 +1,60 @@
+// The wizard's last page: the run, and what came of it.
+#pragma once
+
+#include "CorrectionJob.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWizardPage>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTreeWidget;
+
+/// Complete when nothing runs. GUI thread.
+class RunPage : public QWizardPage {
+    Q_OBJECT
+public:
+    RunPage(KIPluginOne2One *process, InterruptGuard *guard);
+
+    /// Begins a run; not while one is under way.
+    void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
+    /// The run ends after the picture under way.
+    void Cancel();
+    bool IsRunning() const { return m_running; }
+    bool IsCancelled() const { return m_cancelled; }
+    /// Pictures of the last run of which this came.
+    int Count(PictureOutcome outcome) const;
+
+    bool isComplete() const override { return !m_running; }
+
+Q_SIGNALS:
+    void RunningChanged();
+
+private:
+    void PictureBegins(int index);
+    void PictureEnded(int index, PictureOutcome outcome, const QString &why);
+    void JobFinished();
+    void SetRunning(bool running);
+    void ShowTimeLeft();
+    void ShowInFolder();
+    QString FolderToShow() const;
+
+    KIPluginOne2One *m_process;
+    InterruptGuard *m_guard;
+    QLabel *m_state;
+    QProgressBar *m_progress;
+    QLabel *m_timeLeft;
+    QTreeWidget *m_list;
+    QPushButton *m_cancel;
+    QPushButton *m_showInFolder;
+    std::unique_ptr<CorrectionJob> m_job;   // the last one, running or not
+    std::vector<PictureOutcome> m_outcomes; // of the pictures that are done, in their order
+    bool m_running = false;
+    bool m_cancelled = false;
+    QElapsedTimer m_sinceStart;
+    QTimer m_everySecond;
+    qint64 m_pixelsDone = 0;
+    qint64 m_pixelsLeft = 0;
+};

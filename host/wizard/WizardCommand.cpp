@@ -1,0 +1,32 @@
+#include "WizardCommand.h"
+
+#include "Console.h"
+#include "CorrectionWizard.h"
+#include "HostApplication.h"
+#include "InterruptGuard.h"
+#include "PluginLoader.h"
+
+ExitCode RunWizard(const WizardOptions &options, Console *console)
+{
+    InterruptGuard guard;
+    const QString problem = ChooseDisplay();
+    if (!problem.isEmpty()) {
+        console->Failure(QString(), problem);
+        return kSomeFailed;
+    }
+    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
+    char *argv[] = {name, nullptr};
+    int argc = 1;
+    HostApplication application(argc, argv);
+    application.TranslateWindows();
+    const PluginLoader plugin(options.plugin);
+    if (!plugin.Process()) {
+        console->Failure(QString(), plugin.Problem());
+        return kSomeFailed;
+    }
+    CorrectionWizard wizard(&application, plugin.Process(), &guard);
+    wizard.Add(options.files);
+    wizard.show();
+    HostApplication::exec();
+    return wizard.FailedCount() > 0 ? kSomeFailed : kAllDone;
+}

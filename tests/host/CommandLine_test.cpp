@@ -13,7 +13,7 @@ private Q_SLOTS:
     void printed_data();
     void printed();
     void helpNamesEveryOption();
-    void profileTakesFiles();
+    void otherCommandsTakeFiles();
 };
 
 namespace {
@@ -149,11 +149,15 @@ void CommandLineTest::helpNamesEveryOption()
         QVERIFY2(line.size() <= 118, qPrintable(line));
 }
 
-void CommandLineTest::profileTakesFiles()
+void CommandLineTest::otherCommandsTakeFiles()
 {
     const CommandLine parsed = ParseCommandLine(Words("profile a.lcp b.lcp"));
     QVERIFY(parsed.action == CommandLine::Action::ShowProfiles);
     QCOMPARE(parsed.profiles, Words("a.lcp b.lcp"));
+    const CommandLine wizard = ParseCommandLine(Words("wizard --plugin x.so a.jpg"));
+    QVERIFY(wizard.action == CommandLine::Action::ShowWizard);
+    QCOMPARE(wizard.wizard.files + QStringList(wizard.wizard.plugin), Words("a.jpg x.so"));
+    QVERIFY(ParseCommandLine(Words("wizard")).action == CommandLine::Action::ShowWizard); // they are chosen there
 }
 
 QTEST_APPLESS_MAIN(CommandLineTest)

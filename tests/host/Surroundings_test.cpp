@@ -64,6 +64,8 @@ private Q_SLOTS:
     void fullStandardOutput();
     void usageError();
     void helpNeedsNothing();
+    void wizardNeedsDisplay_data();
+    void wizardNeedsDisplay();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -213,6 +215,26 @@ void SurroundingsTest::helpNeedsNothing()
         QCOMPARE(result.exitCode, 0);
         QVERIFY(!result.output.isEmpty() && result.error.isEmpty());
     }
+}
+
+void SurroundingsTest::wizardNeedsDisplay_data()
+{
+    QTest::addColumn<QString>("variable");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("none named") << Text("HOME") << Text("/none");
+    QTest::newRow("can't be reached") << Text("DISPLAY") << Text("none:17");
+    QTest::newRow("unknown platform") << Text("QT_QPA_PLATFORM") << Text("no-such-platform");
+}
+
+void SurroundingsTest::wizardNeedsDisplay()
+{
+    QFETCH(QString, variable);
+    QFETCH(QString, value);
+    ProgramRun run;
+    run.Set(variable.toLatin1().constData(), value);
+    const ProgramResult result = run.Run({Text("wizard"), Path("a.jpg")});
+    QCOMPARE(result.exitCode, 1); // not a crash
+    QVERIFY2(result.errorLines.last().startsWith(Text("vitrelux: cannot show a window")), result.error.constData());
 }
 
 QTEST_GUILESS_MAIN(SurroundingsTest)

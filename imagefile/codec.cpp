@@ -9,8 +9,10 @@ namespace {
 
 using Factory = const Codec &(*)();
 
-// In the order of the format indexes, which are only valid within one process. A format is added by its line here.
+// In the order of the format indexes, which are only valid within one process. A format is added by its line here; raw
+// files stand first because some begin as TIFF.
 constexpr Factory kCodecs[] = {
+    RawCodec,
     TiffCodec,
     JpegCodec,
     PngCodec,
@@ -41,7 +43,7 @@ Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index)
         return Status::Fail(GFL_ERROR_FILE_READ, source.Path() + " is empty or can't be read");
     const std::string suffix = LowerCaseSuffix(source.Path());
     for (*index = 0; (*codec = CodecAt(*index)) != nullptr; ++*index)
-        if ((*codec)->Probe(head, suffix))
+        if ((*codec)->Probe(head, suffix) && (*codec)->Recognises(source))
             return Status::Ok();
     return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
                         source.Path() + " is of no known format; known are " + KnownFormats());

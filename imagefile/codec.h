@@ -39,6 +39,8 @@ public:
     /// Whether a file that begins with @p head (16 bytes, zeroes behind the end of a shorter file) is of this format.
     /// @p suffix is in lower case.
     virtual bool Probe(const std::uint8_t *head, const std::string &suffix) const = 0;
+    /// A closer look at a file that Probe takes, for formats that begin as another does.
+    virtual bool Recognises(const Source &source) const;
 
     /// Fills all of @p info but FormatName and FormatIndex. Never decodes pixels, but finds every reason to refuse the
     /// file that its headers show.
@@ -52,6 +54,11 @@ public:
     /// @p bitmap is valid: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };
+
+inline bool Codec::Recognises(const Source &) const
+{
+    return true;
+}
 
 inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &,
                                    RowSink *rows) const
@@ -71,6 +78,7 @@ std::string LowerCaseSuffix(const std::string &path);
 // One factory a format; each stands in the file of its name.
 const Codec &TiffCodec();
 const Codec &JpegCodec();
+const Codec &RawCodec();
 const Codec &ExrCodec();
 const Codec &PngCodec();
 

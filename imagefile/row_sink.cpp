@@ -52,6 +52,7 @@ BitmapRows::BitmapRows(const GFL_LOAD_PARAMS &params) : m_params(params), m_bitm
 Status BitmapRows::Start(int width, int height, const PixelForm &form)
 {
     const PixelForm wanted = DeliveredForm(form, m_params);
+    m_convert = nullptr;
     if (!(wanted == form)) {
         m_convert = ChooseConverter(form, wanted);
         m_row.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(form.BytesPerPixel()));
@@ -85,6 +86,7 @@ Status ReducedRows::Start(int width, int height, const PixelForm &form)
     m_height = height;
     m_targetWidth = target.width;
     m_targetHeight = target.height;
+    m_targetRow = m_rowsAdded = 0;
     m_row.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(form.BytesPerPixel()));
     m_sums.assign(static_cast<std::size_t>(target.width) * static_cast<std::size_t>(form.channels), 0.0);
     return m_result.Start(target.width, target.height, form);

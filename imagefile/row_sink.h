@@ -23,7 +23,7 @@ Box FitInto(const Box &box, int width, int height);
 class RowSink {
 public:
     virtual ~RowSink() = default;
-    /// Once, before any row: the size and the form in which rows will come.
+    /// Before any row: the size and the form in which rows will come. Again, to begin anew.
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
     /// Memory for row @p y in the form that was announced; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;

@@ -1,20 +1,9 @@
 // TIFF by libtiff and libdeflate: the format's face. Reading stands in tiff_read.cpp, writing in tiff_write.cpp.
 #include "tiff_codec.h"
 
-#include <algorithm>
-
 namespace imagefile {
 
 namespace {
-
-// Camera raw files that begin as a TIFF, whose first directory is a thumbnail.
-bool IsRawSuffix(const std::string &suffix)
-{
-    static const char *const kSuffixes[] = {".3fr", ".arw", ".cr2", ".dcr", ".dng", ".erf", ".iiq",
-                                            ".k25", ".kdc", ".mef", ".mos", ".nef", ".nrw", ".orf",
-                                            ".pef", ".rw2", ".rwl", ".sr2", ".srf", ".srw"};
-    return std::find(std::begin(kSuffixes), std::end(kSuffixes), suffix) != std::end(kSuffixes);
-}
 
 class Tiff : public Codec {
 public:
@@ -26,11 +15,11 @@ public:
         return suffixes;
     }
 
-    bool Probe(const std::uint8_t *head, const std::string &suffix) const override
+    bool Probe(const std::uint8_t *head, const std::string &) const override
     {
         const bool little = head[0] == 'I' && head[1] == 'I' && (head[2] == 42 || head[2] == 43) && head[3] == 0;
         const bool big = head[0] == 'M' && head[1] == 'M' && head[2] == 0 && (head[3] == 42 || head[3] == 43);
-        return (little || big) && !IsRawSuffix(suffix);
+        return little || big;
     }
 
     Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override

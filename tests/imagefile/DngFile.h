@@ -1,0 +1,14 @@
+// A minimal DNG for the tests: uncompressed values of a Bayer sensor, 16 bits, RGGB.
+#pragma once
+
+#include <QByteArray>
+#include <QSize>
+
+struct SensorColour {
+    double red, green, blue; // 0 to 1 of saturation
+};
+
+/// A plain field of one colour. The camera's matrix is that of sRGB, so that nothing but balance stands between sensor
+/// and picture; its neutral grey is 0.5, 1, 0.75. @p preview, if not empty, is a JPEG of @p previewSize.
+QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview = QByteArray(),
+                   QSize previewSize = QSize());

@@ -3,11 +3,12 @@
 #include <QVector>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
-enum Type : quint16 { kByte = 1, kText = 2, kShort = 3, kLong = 4, kRational = 5, kSignedRational = 10 };
+enum Type : quint16 { kByte = 1, kText = 2, kShort = 3, kLong = 4, kRational = 5, kBytes = 7, kSignedRational = 10 };
 
 struct Field {
     quint16 tag;
@@ -40,7 +41,8 @@ quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
 {
     QByteArray directory = Numbers({quint16(fields.size())});
     for (const Field &field : fields) {
-        const int typeBytes = field.type == kShort ? 2 : field.type == kLong ? 4 : field.type >= kRational ? 8 : 1;
+        const bool isRational = field.type == kRational || field.type == kSignedRational;
+        const int typeBytes = field.type == kShort ? 2 : field.type == kLong ? 4 : isRational ? 8 : 1;
         directory += Numbers({field.tag, quint16(field.type)}) + Numbers({quint32(field.bytes.size() / typeBytes)});
         if (field.bytes.size() <= 4) {
             directory += field.bytes.leftJustified(4, '\0');
@@ -64,7 +66,8 @@ QByteArray SensorValues(QSize size, const SensorColour &colour)
 
 } // namespace
 
-QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview, QSize previewSize)
+QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview, QSize previewSize,
+                   const QMap<quint16, QByteArray> &blocks)
 {
     QByteArray file("II*\0\0\0\0\0", 8);
     const int pixelsAt = file.size();
@@ -110,5 +113,8 @@ QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &pre
                {50721, kSignedRational, matrix},
                {50728, kRational, Numbers<quint32>({1, 2, 1, 1, 3, 4})},
                Short(50778, 21)}; // D65
+    for (auto block = blocks.begin(); block != blocks.end(); ++block)
+        fields.append({block.key(), kBytes, block.value()});
+    std::sort(fields.begin(), fields.end(), [](const Field &a, const Field &b) { return a.tag < b.tag; });
     return file.replace(4, 4, Numbers({AddDirectory(fields, &file)}));
 }

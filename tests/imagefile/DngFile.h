@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMap>
 #include <QSize>
 
 struct SensorColour {
@@ -9,6 +10,7 @@ struct SensorColour {
 };
 
 /// A plain field of one colour. The camera's matrix is that of sRGB, so that nothing but balance stands between sensor
-/// and picture; its neutral grey is 0.5, 1, 0.75. @p preview, if not empty, is a JPEG of @p previewSize.
+/// and picture; its neutral grey is 0.5, 1, 0.75. @p preview, if not empty, is a JPEG of @p previewSize. @p blocks are
+/// further fields of bytes.
 QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview = QByteArray(),
-                   QSize previewSize = QSize());
+                   QSize previewSize = QSize(), const QMap<quint16, QByteArray> &blocks = {});

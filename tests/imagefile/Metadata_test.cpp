@@ -1,5 +1,6 @@
 // Metadata through the layer, with Exiv2 as witness of what went in and came out.
 #include "Bitmaps.h"
+#include "DngFile.h"
 
 #include <QFile>
 #include <QMap>
@@ -32,8 +33,10 @@ Values CarriedValues(const QString &path)
             "YCbCrPositioning", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExtraSamples"};
         const bool isStructure = std::any_of(std::begin(kStructure), std::end(kStructure),
                                              [&](const char *name) { return datum.tagName() == name; });
+        const bool isOfSensor = datum.groupName() == "Image"
+            && (datum.tag() >= 50706 || datum.tag() == 33421 || datum.tag() == 33422 || datum.tag() == 254);
         const bool isPlace = datum.key() == "Exif.MakerNote.Offset" || datum.key() == "Exif.Photo.MakerNote";
-        if (isStructure || isPlace || datum.groupName() == "Thumbnail")
+        if (isStructure || isOfSensor || isPlace || datum.groupName() == "Thumbnail")
             continue;
         QByteArray bytes(static_cast<int>(datum.size()), '\0');
         datum.copy(reinterpret_cast<Exiv2::byte *>(bytes.data()), Exiv2::littleEndian);
@@ -161,6 +164,23 @@ QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
     return jpeg.insert(2, segments);
 }
 
+/// A raw file with all blocks, and EXIF of Exiv2's if there is any: Exiv2 would write the other blocks in its own form.
+void WriteRawSource(const QString &path, const Exiv2::ExifData &exif)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(
+        DngFile({40, 30}, {0.1, 0.2, 0.3}, QByteArray(), QSize(), {{34675, Profile()}, {33723, Iptc()}, {700, kXmp}}));
+    file.close();
+    if (exif.empty())
+        return;
+    Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
+    image->readMetadata();
+    for (const Exiv2::Exifdatum &datum : exif)
+        image->exifData()[datum.key()] = datum.value();
+    image->writeMetadata();
+}
+
 void WriteSource(const QString &path, const Exiv2::ExifData &exif, const QByteArray &profile = Profile())
 {
     QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
@@ -265,6 +285,7 @@ void tst_Metadata::exifIsCarried_data()
         QTest::addRow("note %d to TIFF without compression", note) << note << QByteArray("tiff") << 0;
         QTest::addRow("note %d to JPEG", note) << note << QByteArray("jpeg") << -1;
         QTest::addRow("note %d to PNG", note) << note << QByteArray("png") << -1;
+        QTest::addRow("note %d of a raw file to TIFF", note) << note << QByteArray("tiff") << 4;
     }
 }
 
@@ -274,11 +295,12 @@ void tst_Metadata::exifIsCarried()
     QFETCH(QByteArray, format);
     QFETCH(int, compression);
     QTemporaryDir folder;
-    const QString source = folder.filePath(QStringLiteral("source.jpg"));
+    const bool isRaw = QByteArray(QTest::currentDataTag()).contains("raw");
+    const QString source = folder.filePath(isRaw ? QStringLiteral("source.dng") : QStringLiteral("source.jpg"));
     Exiv2::ExifData exif = CommonExif(note == 1 ? "Canon" : note == 2 ? "NIKON CORPORATION" : "Acme");
     void (*const adders[])(Exiv2::ExifData &) = {[](Exiv2::ExifData &) {}, AddCanonNote, AddNikonNote, AddUnknownNote};
     adders[note](exif);
-    WriteSource(source, exif);
+    isRaw ? WriteRawSource(source, exif) : WriteSource(source, exif);
     const Values before = CarriedValues(source);
     QVERIFY(before.contains(QStringLiteral("Exif.GPSInfo.GPSLatitude")));
     QVERIFY(note != 1 || before.contains(QStringLiteral("Exif.CanonCs.LensType")));
@@ -333,17 +355,20 @@ void tst_Metadata::noteKeepsItsBytes()
 void tst_Metadata::blocksAreCarried_data()
 {
     QTest::addColumn<QByteArray>("format");
-    QTest::newRow("TIFF") << QByteArray("tiff");
-    QTest::newRow("JPEG") << QByteArray("jpeg");
-    QTest::newRow("PNG") << QByteArray("png");
+    QTest::addColumn<QString>("sourceName");
+    QTest::newRow("TIFF") << QByteArray("tiff") << QStringLiteral("a.jpg");
+    QTest::newRow("JPEG") << QByteArray("jpeg") << QStringLiteral("a.jpg");
+    QTest::newRow("PNG") << QByteArray("png") << QStringLiteral("a.jpg");
+    QTest::newRow("raw to TIFF") << QByteArray("tiff") << QStringLiteral("a.dng");
 }
 
 void tst_Metadata::blocksAreCarried()
 {
     QFETCH(QByteArray, format);
     QTemporaryDir folder;
-    const QString source = folder.filePath(QStringLiteral("a.jpg")), target = folder.filePath(QStringLiteral("a.out"));
-    WriteSource(source, CommonExif("Acme"));
+    QFETCH(QString, sourceName);
+    const QString source = folder.filePath(sourceName), target = folder.filePath(QStringLiteral("a.out"));
+    sourceName.endsWith(QLatin1String("dng")) ? WriteRawSource(source, {}) : WriteSource(source, CommonExif("Acme"));
     QCOMPARE(IccOf(source), Profile());
     const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
     CarryOver(LoadMetadata(source).get(), bitmap.get());

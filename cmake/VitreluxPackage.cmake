@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 set(sdk_dir "lib/cmake/Vitrelux")
-install(TARGETS tools primitives interfaces image EXPORT VitreluxTargets ARCHIVE DESTINATION ${VITRELUX_PLUGIN_DIR})
+install(TARGETS tools primitives circlefit interfaces image EXPORT VitreluxTargets ARCHIVE DESTINATION ${VITRELUX_PLUGIN_DIR})
 install(TARGETS imagefile EXPORT VitreluxTargets LIBRARY DESTINATION ${VITRELUX_PLUGIN_DIR})
 install(EXPORT VitreluxTargets NAMESPACE Vitrelux:: DESTINATION ${sdk_dir})
 foreach(folder tools image plugin/interfaces)

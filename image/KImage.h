@@ -10,8 +10,10 @@
 
 class ImageDatas;
 class KImageLoader;
+class QColor;
 class QImage;
 class QPixmap;
+struct ImageSt;
 struct KToolsInstances;
 template <typename Image, typename Loader> class ImageCache;
 
@@ -168,6 +170,83 @@ public:
     /// Finds a rectangle inside the valid area of a float RGBA image, where alpha isn't 0, as large as possible: from
     /// (left, top) to before (right, bottom), in pixels. All 0 if there is none; untouched for an empty image.
     void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
+
+    // --- Alpha (KImage_Alpha.cpp) ---
+
+    /// Multiplies the alpha of an RGBA image by a grey mask. The depths must differ, else "Invalid Bitmap": a mask of
+    /// lower depth is converted. Trap: the samples of a mask of higher depth are taken as they stand in memory, as
+    /// numbers of this image's depth. Integers lose one part in 256 or 65,536.
+    void CombineAlpha(const KImage &mask);
+    /// Alpha below half of the full range becomes 0, any other full.
+    void BinarizeAlpha();
+    /// Premultiplied colours to straight ones, then opaque: colour * full / alpha, truncated and saturated. Pixels
+    /// of alpha 0 stay.
+    void ScaleByAlpha();
+
+    // --- Tone (KImage_Tone.cpp): colours only, alpha stays ---
+
+    /// Stretches the common range of R, G and B to 0 to 255, truncated, into @p target, at 8 bits; a flat picture comes
+    /// out black. Equalization sends each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), n(v) the samples up
+    /// to v (Gonzalez and Woods, Digital Image Processing). Other forms than 8-bit RGB and RGBA are only converted.
+    void HistogramAuto(KImage &target);
+    void HistogramEqualization(KImage &target);
+
+    /// How HDR_Normalize brings t = (v - minimum) / (maximum - minimum) to 0 to 1. Drago: log(1 + v') / log(1 + max'),
+    /// v' and max' above the minimum (Drago et al. 2003, eq. 1). Reinhard: of the luminance L, scaled so that its
+    /// logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colours keep their ratios (Reinhard et al. 2002, eq. 4).
+    enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
+    /// Least and greatest colour sample of a float image, where alpha isn't 0 or everywhere; both 0 if there is none.
+    /// What isn't finite doesn't count.
+    void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
+    /// Tone-maps a float image to 0 to 1 by an HdrMode; values outside the range are limited, not-a-number becomes 0.
+    void HDR_Normalize(float minimum, float maximum, int mode);
+    /// HDR_Normalize over the range of what is visible.
+    void HDR_QuickToneMapper(int mode);
+
+    /// Factors, 1 changes nothing: towards black at 0, towards middle grey, towards the picture's own luma (Haeberli
+    /// and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
+    void adjustColor(float brightness, float contrast, float saturation);
+    /// Two-tone colouring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV) and gets the saturation and
+    /// hue between those of @p shadows at value 0 and of @p lights at 255, hue the shorter way round.
+    void Colorize(KImage &target, QColor shadows, QColor lights);
+    void GetGrey(ImageSt &grey);
+
+    // --- Filters (KImage_Filter.cpp) ---
+
+    /// Gaussian blur of all channels, edges repeated, in any form. @p sigma in pixels; 0 copies. Accuracy as told at
+    /// primitives::GaussianBlur. @p target must not be this image.
+    void ConvolveGaussian(float sigma, KImage &target) const;
+    /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius. Transparent
+    /// pixels stay, and don't bleed into others; neither does a value that isn't finite change. Y: luminance alone, in
+    /// PhotoYCC. Full: three passes of different radii, for reductions. @p target must not be this image.
+    void unsharp(float radius, float amount, KImage &target);
+    void unsharpY(float radius, float amount, KImage &target);
+    void unsharpFull(float radius, float amount, KImage &target);
+
+    // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp). Offsets are from the frame's middle
+    // ---
+
+    /// Finds the image circle, in pixels; all 0 if there is none. Seeds qrand(). Cat-eye: for a circle cut by the
+    /// frame, whose radius is known to within a fifth (@p nominalRadius; 0: unknown).
+    void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
+    void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
+    /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
+    void CleanFisheyeData(double radius, double offsetX, double offsetY);
+    /// An equidistant fisheye frame as a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to 180
+    /// degrees from left to right, latitude 90 to -90 downwards, the lens looking at the middle; what it didn't see is
+    /// transparent. The circle is looked for ("Invalid Bitmap" if there is none) and spans @p degrees; or is given and
+    /// spans 180 (of a lens of d degrees pass radius * 180 / d).
+    void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
+    void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
+
+    /// Paints a disc with a smooth edge about pixel position (x, y), such as a mark; @p color is a QRgb with alpha.
+    void PutPoint(float x, float y, float radius, int color);
+    /// Bends the picture by Brown's radial model (1971): the pixel at r from the centre comes from
+    /// r (1 + k1 r^2 + k2 r^4 + k3 r^6), r in halves of the diagonal, bilinearly; with another @p direction than 0 the
+    /// other way round. Places outside the picture become 0. Optical2: one channel alone ('R', 'G', 'B', 'A'), against
+    /// lateral colour, about the middle, from @p scale times that radius; its edges are repeated.
+    void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
+    void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 
     // In this order; hosts that share kernels rely on it.
     GFL_BITMAP *m_bitmap; // null for an empty image

@@ -1,0 +1,292 @@
+#include "KImage.h"
+
+#include "CircleRefinement.h"
+#include "KImage_p.h"
+#include "KOmp.h"
+#include "PixelSampler_p.h"
+#include "RansacFisheye.h"
+#include "ippi.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace {
+
+using primitives::Step;
+
+constexpr int kRays = 360; // one a degree
+constexpr int kMargin = 2; // what the median reads beyond the region, on all sides
+constexpr int kIterations = 500;
+constexpr int kLeastSupport = kRays / 8; // edges on a circle that is believed; chance gives some 20
+constexpr double kLeastRadius = 0.25;    // of the smaller side, as the two below
+constexpr double kLargestOffset = 0.2;
+constexpr double kSmallerSideSteps = 1000; // the step along a ray, of large frames
+constexpr double kNominalTolerance = 0.2;
+/// The code of full brightness: four times it, the largest response of the edge filter, still fits 16 bits.
+constexpr float kFullCode = 8191;
+constexpr Ipp16s kLeastEdge = 650; // 2 % of the codes
+
+struct Ray {
+    double x, y;
+};
+
+const std::vector<Ray> &RayTable()
+{
+    static const std::vector<Ray> table = [] {
+        std::vector<Ray> rays;
+        for (int degrees = 0; degrees < kRays; ++degrees)
+            rays.push_back({std::cos(degrees * M_PI / 180), std::sin(degrees * M_PI / 180)});
+        return rays;
+    }();
+    return table;
+}
+
+/// A plane of 360 columns, one a ray, and a row a step outwards from the middle, with a margin all around.
+class PolarPlane {
+public:
+    explicit PolarPlane(int rows)
+        : m_rows(rows), m_block(ippiMalloc_16s_C1(kRays + 2 * kMargin, rows + 2 * kMargin, &m_step), ippiFree)
+    {
+        if (!m_block)
+            KThrow(kNotEnoughMemory);
+    }
+
+    int Rows() const { return m_rows; }
+    Step StepBytes() const { return m_step; }
+    primitives::Size Size() const { return {kRays, m_rows}; }
+
+    /// Row 0, column 0 lie inside the margin.
+    Ipp16s *At(int ray, int row) const
+    {
+        return primitives::RowAt(m_block.get(), m_step, row + kMargin) + ray + kMargin;
+    }
+
+    /// Fills the margin: the circle goes on at its other end, the rows repeat the outer ones.
+    void Wrap() const
+    {
+        ippiCopy_16s_C1R(At(kRays - kMargin, 0), m_step, At(-kMargin, 0), m_step, {kMargin, m_rows});
+        ippiCopy_16s_C1R(At(0, 0), m_step, At(kRays, 0), m_step, {kMargin, m_rows});
+        for (int i = 1; i <= kMargin; ++i) {
+            ippiCopy_16s_C1R(At(-kMargin, 0), m_step, At(-kMargin, -i), m_step, {kRays + 2 * kMargin, 1});
+            ippiCopy_16s_C1R(At(-kMargin, m_rows - 1), m_step, At(-kMargin, m_rows - 1 + i), m_step,
+                             {kRays + 2 * kMargin, 1});
+        }
+    }
+
+private:
+    int m_rows;
+    Step m_step = 0;
+    std::unique_ptr<Ipp16s, void (*)(void *)> m_block;
+};
+
+/// Where the frame is sampled.
+struct PolarGrid {
+    explicit PolarGrid(const KImage &image)
+        : middleX((image.width() - 1) / 2.0),
+          middleY((image.height() - 1) / 2.0),
+          smallerSide(qMin(image.width(), image.height())),
+          stepPx(qMax(1.0, smallerSide / kSmallerSideSteps)),
+          rows(static_cast<int>(std::hypot(middleX, middleY) / stepPx) + 1)
+    {
+    }
+
+    /// The last row of a ray within the frame.
+    int LastRow(const Ray &ray) const
+    {
+        const double toSide = std::fabs(ray.x) > 1e-9 ? middleX / std::fabs(ray.x) : 1e18;
+        const double toTop = std::fabs(ray.y) > 1e-9 ? middleY / std::fabs(ray.y) : 1e18;
+        return qMin(rows - 1, static_cast<int>(qMin(toSide, toTop) / stepPx));
+    }
+
+    double middleX, middleY;
+    int smallerSide;
+    double stepPx;
+    int rows;
+};
+
+/// Brightness as a code. Its square root, so that the step from a dim picture to black weighs more than one between
+/// bright things in it. What is transparent is black, as is what isn't a number.
+template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
+{
+    const float luma = channels == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
+    const float visible = channels == 4 && !(pixel[3] > 0) ? 0.0f : luma / kFullValue<T>;
+    return static_cast<Ipp16s>(kFullCode * std::sqrt(visible > 0 ? qMin(visible, 1.0f) : 0.0f) + 0.5f);
+}
+
+float BrightnessOf(Ipp16s code)
+{
+    return static_cast<float>(code) * static_cast<float>(code);
+}
+
+/// Samples the frame along its rays; large steps are the mean of as many samples as they have pixels.
+template <typename T> void SampleRays(const PixelSampler<T> &sampler, const PolarGrid &grid, const PolarPlane &polar)
+{
+    const int samples = qMax(1, static_cast<int>(grid.stepPx + 0.5)), channels = sampler.Channels();
+    for (int i = 0; i < kRays; ++i) {
+        const Ray &ray = RayTable()[static_cast<size_t>(i)];
+        const int last = grid.LastRow(ray);
+        for (int row = 0; row <= last; ++row) {
+            float sum[4] = {}, pixel[4];
+            for (int k = 0; k < samples; ++k) {
+                const double distance = (row + (k + 0.5) / samples - 0.5) * grid.stepPx;
+                sampler.Read(static_cast<float>(grid.middleX + distance * ray.x),
+                             static_cast<float>(grid.middleY + distance * ray.y), 0, channels, pixel);
+                for (int c = 0; c < channels; ++c)
+                    sum[c] += pixel[c] / static_cast<float>(samples);
+            }
+            *polar.At(i, row) = CodeOf<T>(sum, channels);
+        }
+        for (int row = last + 1; row < polar.Rows(); ++row)
+            *polar.At(i, row) = *polar.At(i, last);
+    }
+}
+
+/// The frame in polar form without its noise, and the response to edges where it gets darker outwards.
+struct PolarFrame {
+    explicit PolarFrame(const KImage &image) : grid(image), codes(grid.rows), edges(grid.rows)
+    {
+        PolarPlane &sampled = edges; // the plane is free until the end
+        WithSampler(image, [&](const auto &sampler) { SampleRays(sampler, grid, sampled); });
+        sampled.Wrap();
+        ippiFilterMedianCross_16s_C1R(sampled.At(0, 0), sampled.StepBytes(), codes.At(0, 0), codes.StepBytes(),
+                                      codes.Size(), primitives::kMask5x5);
+        codes.Wrap();
+        ippiFilterSobelHoriz_16s_C1R(codes.At(0, 0), codes.StepBytes(), edges.At(0, 0), edges.StepBytes(),
+                                     edges.Size());
+    }
+
+    /// The mean brightness of the rows [first, first + count) of a ray.
+    float Brightness(int ray, int first, int count) const
+    {
+        float sum = 0;
+        for (int i = 0; i < count; ++i)
+            sum += BrightnessOf(*codes.At(ray, qBound(0, first + i, grid.rows - 1)));
+        return sum / static_cast<float>(count);
+    }
+
+    PolarGrid grid;
+    PolarPlane codes;
+    PolarPlane edges;
+};
+
+constexpr int kLevelRows = 4; // for the level on either side of an edge
+
+/// A quarter of the picture's usual brightness at the least radius: what is brighter lies inside the circle.
+float InsideLevel(const PolarFrame &frame)
+{
+    const int row = static_cast<int>(kLeastRadius * frame.grid.smallerSide / frame.grid.stepPx);
+    std::vector<float> levels;
+    for (int ray = 0; ray < kRays; ++ray)
+        levels.push_back(frame.Brightness(ray, row, kLevelRows));
+    std::nth_element(levels.begin(), levels.begin() + kRays / 2, levels.end());
+    return qMax(levels[kRays / 2] / 4, kFullCode * kFullCode / 100);
+}
+
+/// The row, in fractions, in which the brightness of a ray crosses the middle of its levels beside an edge.
+double CrossingRow(const PolarFrame &frame, int ray, int edgeRow)
+{
+    const float inside = frame.Brightness(ray, edgeRow - 2 - kLevelRows, kLevelRows);
+    const float middle = (inside + frame.Brightness(ray, edgeRow + 3, kLevelRows)) / 2;
+    for (int row = edgeRow - 2; row <= edgeRow + 2; ++row) {
+        const float here = frame.Brightness(ray, row, 1), next = frame.Brightness(ray, row + 1, 1);
+        if (here >= middle && next < middle)
+            return row + static_cast<double>((here - middle) / (here - next));
+    }
+    return edgeRow;
+}
+
+/// Where along the rays an edge is looked for, in pixels.
+struct Reach {
+    double first, last;
+};
+
+/// The strongest edge of each ray; or a place inside, at the frame's edge, for a ray that the frame cuts off.
+QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
+{
+    const float insideLevel = InsideLevel(frame);
+    const double stepPx = frame.grid.stepPx;
+    const int first = qMax(1, static_cast<int>(reach.first / stepPx));
+    QVector<RansacFisheye::Data> measurements;
+    for (int i = 0; i < kRays; ++i) {
+        const Ray &ray = RayTable()[static_cast<size_t>(i)];
+        const int last = frame.grid.LastRow(ray);
+        if (frame.Brightness(i, last - kLevelRows, kLevelRows) > insideLevel) {
+            measurements.append({last * stepPx, ray.x, ray.y, /*inside=*/true});
+            continue;
+        }
+        int best = first;
+        for (int row = first; row <= qMin(last, static_cast<int>(qMin(reach.last / stepPx, 1e9))); ++row)
+            best = *frame.edges.At(i, row) > *frame.edges.At(i, best) ? row : best;
+        if (best <= last && *frame.edges.At(i, best) >= kLeastEdge)
+            measurements.append({CrossingRow(frame, i, best) * stepPx, ray.x, ray.y, /*inside=*/false});
+    }
+    return measurements;
+}
+
+RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
+{
+    constexpr RansacFisheye::Model kNone = {0, 0, 0};
+    constexpr int kLeastSide = 32; // of a frame whose edges could be told apart
+    if (IsEmpty(image) || !IsWorkingType(image.type()) || !IsWorkingDepth(image.bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (!std::isfinite(nominalRadius) || nominalRadius < 0)
+        KThrow(kInvalidParameter);
+    if (qMin(image.width(), image.height()) < kLeastSide)
+        return kNone;
+
+    const PolarFrame frame(image);
+    const double smallerSide = frame.grid.smallerSide, freedom = kLargestOffset * smallerSide;
+    const Reach reach = nominalRadius > 0
+        ? Reach{(1 - kNominalTolerance) * nominalRadius - freedom, (1 + kNominalTolerance) * nominalRadius + freedom}
+        : Reach{kLeastRadius * smallerSide, INFINITY};
+    RansacFisheye fit;
+    fit.data = MeasureRays(frame, reach);
+    fit.iterations = kIterations;
+    fit.maxCenterOffset2 = freedom * freedom;
+    fit.width = image.width();
+    fit.height = image.height();
+    qsrand(0); // the same circle for the same frame
+    fit.process();
+    if (!(fit.bestScore > 0))
+        return kNone;
+    const RefinedCircle circle = RefineCircle(fit);
+    const bool isNominal =
+        nominalRadius == 0 || std::fabs(circle.model.radius / nominalRadius - 1) <= kNominalTolerance;
+    return circle.support >= kLeastSupport && isNominal ? circle.model : kNone;
+}
+
+} // namespace
+
+void KImage::GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const
+{
+    GetCateyeRadiusOffset(radius, offsetX, offsetY, /*nominalRadius=*/0);
+}
+
+void KImage::GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const
+{
+    const RansacFisheye::Model circle = FindCircle(*this, nominalRadius);
+    radius = circle.radius;
+    offsetX = circle.centerX;
+    offsetY = circle.centerY;
+}
+
+void KImage::CleanFisheyeData(double radius, double offsetX, double offsetY)
+{
+    if (IsEmpty(*this) || !IsWorkingType(type()) || !IsWorkingDepth(bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (!(radius > 0) || !std::isfinite(radius) || !std::isfinite(offsetX) || !std::isfinite(offsetY))
+        KThrow(kInvalidParameter); // a circle that wasn't found would take the whole picture
+    const double centerX = (width() - 1) / 2.0 + offsetX, centerY = (height() - 1) / 2.0 + offsetY;
+    const size_t pixelBytes = m_bitmap->BytesPerPixel;
+#pragma omp parallel for schedule(static) num_threads(komp_num_threads)
+    for (int y = 0; y < height(); ++y) {
+        const double dy = y - centerY;
+        for (int x = 0; x < width(); ++x) {
+            if (std::sqrt((x - centerX) * (x - centerX) + dy * dy) > radius)
+                std::memset(getData(x, y), 0, pixelBytes);
+        }
+    }
+}

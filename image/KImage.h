@@ -107,10 +107,23 @@ public:
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Fills an empty image from a file, in the form the file has; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
+    /// As ID_Read, then resized to @p width by @p height.
+    void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
+    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw is developed by the layer's own
+    /// defaults, not by the settings.
+    void ReadFromMemory(unsigned char *data, unsigned int size);
     /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too;
     /// @p compression as in TranscodeCompression. ICC profile, IPTC and EXIF of the file @p metadataSource are carried
     /// over unless it is empty. A failed write leaves an existing file as it was, and no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
+    /// As Write, into a block that becomes the caller's: to be given back by free.
+    void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
+    /// Writes an uncompressed TIFF in the image's own form, which ID_Read at native depth gives back as it was.
+    void ID_WriteToCache(QString fileName);
+    /// Debugging dumps at 8 bits: the picture with or without its alpha, and the alpha alone.
+    void Output_PNG_RGBA(QString fileName) const;
+    void Output_PNG_RGB(QString fileName) const;
+    void Output_PNG_A(QString fileName) const;
     /// Turns a compression number into the layer's fields; @p format in lower case. -1 leaves the layer's defaults.
     ///
     ///   | format    | number                                                          |

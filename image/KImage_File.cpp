@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
 
 namespace {
@@ -107,7 +109,28 @@ unsigned short TiffCompression(int compression)
     return compression == 2 ? kLzw : compression == 3 ? kDeflate : kNone;
 }
 
+int FormatIndex(const QString &formatName)
+{
+    return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
+}
+
+bool IsSameByte(char a, char b)
+{
+    return a == b;
+}
+
+bool IsSameLetter(char a, char b)
+{
+    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+}
+
 } // namespace
+
+bool IsExtention(const std::string &name, const std::string &extension, bool caseSensitive)
+{
+    return name.size() >= extension.size()
+        && std::equal(extension.rbegin(), extension.rend(), name.rbegin(), caseSensitive ? IsSameByte : IsSameLetter);
+}
 
 void KImage::Read(QString fileName, unsigned short type, bool thumbnail)
 {
@@ -142,6 +165,27 @@ void KImage::ID_Read(QString fileName, bool nativeDepth)
     CheckIfGFLError(error, fileName, where);
 }
 
+void KImage::ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height)
+{
+    if (m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (fileName.isEmpty())
+        KThrow(kInvalidParameter);
+    KImage whole;
+    whole.ID_Read(fileName, nativeDepth);
+    whole.Resize(*this, width, height);
+}
+
+void KImage::ReadFromMemory(unsigned char *data, unsigned int size)
+{
+    FreeBitmap();
+    GFL_LOAD_PARAMS params;
+    gflGetDefaultLoadParams(&params);
+    FileInformation information;
+    const int error = gflLoadBitmapFromMemory(data, size, &m_bitmap, &params, &information);
+    CheckIfGFLError(error, QString(), KPlace());
+}
+
 void KImage::Write(QString fileName, QString format, int compression, QString metadataSource)
 {
     if (!m_bitmap)
@@ -166,11 +210,64 @@ void KImage::Write(QString fileName, QString format, int compression, QString me
         CopyMetadata(source.get(), m_bitmap, params);
     }
 
-    params.FormatIndex = gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
+    params.FormatIndex = FormatIndex(formatName);
     const int error = gflSaveBitmapUTF8(fileName.toUtf8().constData(), m_bitmap, &params);
     if (error != GFL_NO_ERROR)
         BlameDisk(fileName, *m_bitmap, KPlace());
     CheckIfGFLError(error, fileName, KPlace());
+}
+
+void KImage::WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression)
+{
+    if (!m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (!IsWorkingDepth(bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (format.isEmpty())
+        KThrow(kInvalidParameter);
+    const QString formatName = FormatName(format);
+    GFL_SAVE_PARAMS params;
+    gflGetDefaultSaveParams(&params);
+    TranscodeCompression(formatName, compression, params);
+    params.FormatIndex = FormatIndex(formatName);
+    CheckIfGFLError(gflSaveBitmapIntoMemory(data, size, m_bitmap, &params), QString(), KPlace());
+}
+
+void KImage::ID_WriteToCache(QString fileName)
+{
+    const QString where = QStringLiteral("ID_WriteToCache");
+    if (!m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (fileName.isEmpty())
+        KThrow(kInvalidParameter);
+    GFL_SAVE_PARAMS params;
+    gflGetDefaultSaveParams(&params);
+    params.FormatIndex = FormatIndex(QStringLiteral("tiff"));
+    const int error = gflSaveBitmapUTF8(fileName.toUtf8().constData(), m_bitmap, &params);
+    if (error != GFL_NO_ERROR)
+        BlameDisk(fileName, *m_bitmap, where);
+    CheckIfGFLError(error, fileName, where);
+}
+
+void KImage::Output_PNG_RGBA(QString fileName) const
+{
+    KImage image;
+    Convert(image, GFL_RGBA, 8);
+    image.Write(fileName, QStringLiteral("png"), -1, QString());
+}
+
+void KImage::Output_PNG_RGB(QString fileName) const
+{
+    KImage image;
+    Convert(image, GFL_RGB, 8);
+    image.Write(fileName, QStringLiteral("png"), -1, QString());
+}
+
+void KImage::Output_PNG_A(QString fileName) const
+{
+    KImage alpha;
+    ExtractAlpha(alpha, 8);
+    alpha.Write(fileName, QStringLiteral("png"), -1, QString());
 }
 
 void KImage::TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params)

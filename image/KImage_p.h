@@ -30,6 +30,9 @@ inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, 
         && bitmap.BitsPerComponent == bitsPerComponent;
 }
 
+/// Whether @p name ends with @p extension; letters of ASCII count as one in both cases unless @p caseSensitive.
+bool IsExtention(const std::string &name, const std::string &extension, bool caseSensitive);
+
 /// The allocator that the image module hands to the image-file layer: each side frees what the other made. The last
 /// argument is a tag for a debugging allocator and is ignored.
 void *alloc_callback(unsigned long size, void *userData);

@@ -1,4 +1,4 @@
-#include "KImage.h"
+#include "KImage_p.h"
 
 #include "Thrown.h"
 
@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -19,6 +20,15 @@ void FillWithRamp(KImage &image, int width, int height)
         for (int i = 0; i < 3 * width; ++i)
             image.getData(0, y)[i] = static_cast<unsigned char>(7 * i + 31 * y);
     }
+}
+
+bool HasSamePixels(const KImage &a, const KImage &b)
+{
+    bool same = a.width() == b.width() && a.height() == b.height() && a.type() == b.type()
+        && a.bitsPerComponent() == b.bitsPerComponent();
+    for (int y = 0; same && y < a.height(); ++y)
+        same = std::memcmp(a.getData(0, y), b.getData(0, y), std::size_t(a.width()) * a.m_bitmap->BytesPerPixel) == 0;
+    return same;
 }
 
 } // namespace
@@ -37,6 +47,11 @@ private Q_SLOTS:
     void formatNames();
     void guards();
     void readsWhatItWrote();
+    void readsWhatItWroteIntoMemory();
+    void cacheFilesKeepTheForm();
+    void dumps();
+    void readsReduced();
+    void extensions();
     void readForcesTheForm();
     void readsAtTheDepthThatIsAsked();
     void thumbnailIsSmall();
@@ -155,6 +170,19 @@ void tst_KImageFile::guards()
     QCOMPARE(Thrown([&] { empty.ID_Read(QString(), true); }), invalidParameter);
     QCOMPARE(Thrown([&] { empty.ID_Read(File("absent"), true); }),
              QStringLiteral("\nFile \"%1\" is not found").arg(File("absent")));
+    unsigned char *data = nullptr;
+    unsigned int size = 0;
+    QCOMPARE(Thrown([&] { empty.WriteIntoMemory(&data, &size, QString(), 0); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { odd.WriteIntoMemory(&data, &size, tiff, 0); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { image.WriteIntoMemory(&data, &size, QString(), 0); }), invalidParameter);
+    QCOMPARE(Thrown([&] { image.WriteIntoMemory(&data, &size, QStringLiteral("raw"), 0); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\""));
+    QCOMPARE(Thrown([&] { empty.ID_WriteToCache(QString()); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { image.ID_WriteToCache(QString()); }), invalidParameter);
+    QCOMPARE(Thrown([&] { image.ID_WriteToCache(m_dir.path()); }),
+             QStringLiteral("Cannot write into file \"%1\"").arg(m_dir.path()));
+    QCOMPARE(Thrown([&] { image.ID_ReadReduced(File("x"), true, 1, 1); }), invalidBitmap);
+    QCOMPARE(Thrown([&] { empty.ID_ReadReduced(QString(), true, 1, 1); }), invalidParameter);
     QCOMPARE(Thrown([&] { image.Write(File("x"), QStringLiteral("nonsense"), 0, QString()); }),
              QStringLiteral("Error GFL : \"GFL_ERROR_BAD_FORMAT_INDEX\"\nFile : \"%1\"").arg(File("x")));
     QVERIFY(!QFile::exists(File("x")));
@@ -167,10 +195,68 @@ void tst_KImageFile::readsWhatItWrote()
     const QString name = File("Größe ✓.tif"); // paths are Unicode
     image.Write(name, QStringLiteral("tiff"), 3, QString());
     back.ID_Read(name, /*nativeDepth=*/true);
-    QCOMPARE(back.width(), 13);
-    QCOMPARE(int(back.type()), int(GFL_RGB));
-    for (int y = 0; y < 7; ++y)
-        QCOMPARE(std::memcmp(back.getData(0, y), image.getData(0, y), 39), 0);
+    QVERIFY(HasSamePixels(back, image));
+}
+
+void tst_KImageFile::readsWhatItWroteIntoMemory()
+{
+    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0); // reading replaces what was there
+    FillWithRamp(image, 13, 7);
+    unsigned char *data = nullptr;
+    unsigned int size = 0;
+    image.WriteIntoMemory(&data, &size, QStringLiteral("TIF"), 3);
+    back.ReadFromMemory(data, size);
+    QVERIFY(HasSamePixels(back, image));
+    QCOMPARE(Thrown([&] { back.ReadFromMemory(data, 5); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line for a file
+    QVERIFY(!back.m_bitmap);
+    std::free(data);
+}
+
+void tst_KImageFile::cacheFilesKeepTheForm()
+{
+    for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
+        for (int bits : {8, 16, 32}) {
+            KImage ramp, image, back;
+            FillWithRamp(ramp, 9, 5);
+            ramp.Convert(image, static_cast<unsigned short>(type), bits);
+            image.ID_WriteToCache(File("cache.tmp"));
+            back.ID_Read(File("cache.tmp"), /*nativeDepth=*/true);
+            QVERIFY(HasSamePixels(back, image));
+        }
+}
+
+void tst_KImageFile::dumps()
+{
+    KImage ramp, image, rgba, rgb, alpha;
+    FillWithRamp(ramp, 9, 5);
+    ramp.Convert(image, GFL_RGBA, 8);
+    image.getData(4, 2)[3] = 77;
+    image.Output_PNG_RGBA(File("rgba"));
+    image.Output_PNG_RGB(File("rgb"));
+    image.Output_PNG_A(File("a"));
+    rgba.ID_Read(File("rgba"), true);
+    rgb.ID_Read(File("rgb"), true);
+    alpha.ID_Read(File("a"), true);
+    QVERIFY(HasSamePixels(rgba, image) && HasSamePixels(rgb, ramp));
+    QCOMPARE(int(alpha.type()), int(GFL_GREY));
+    QCOMPARE(int(*alpha.getData(4, 2)), 77);
+}
+
+void tst_KImageFile::readsReduced()
+{
+    KImage grey(64, 32, GFL_GREY, 16, /*clear=*/true, nullptr, 0), reduced;
+    grey.Write(File("grey.tif"), QStringLiteral("tiff"), 0, QString());
+    reduced.ID_ReadReduced(File("grey.tif"), /*nativeDepth=*/true, 16, 9);
+    QCOMPARE(QSize(reduced.width(), reduced.height()), QSize(16, 9));
+    QCOMPARE(int(reduced.bitsPerComponent()), 16);
+}
+
+void tst_KImageFile::extensions()
+{
+    QVERIFY(IsExtention("a.JPG", ".JPG", true) && !IsExtention("a.JPG", ".jpg", true));
+    QVERIFY(IsExtention("a.JpG", ".jPg", false) && !IsExtention("a.jpg", ".png", false));
+    QVERIFY(IsExtention("", "", true) && !IsExtention("jpg", ".jpg", false));
 }
 
 void tst_KImageFile::readForcesTheForm()

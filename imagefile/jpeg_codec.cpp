@@ -32,6 +32,8 @@ public:
 
     Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &, const Box &box, RowSink *rows) const override
     {
+        if (ReadExifThumbnail(source, box, rows))
+            return Status::Ok();
         return ReadJpegPixels(source, &box, rows);
     }
 

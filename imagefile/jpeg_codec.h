@@ -15,6 +15,10 @@ Status ReadJpegInfo(const Source &source, GFL_FILE_INFORMATION *info);
 /// size.
 Status ReadJpegPixels(const Source &source, const Box *box, RowSink *rows);
 
+/// The small picture that the EXIF of a JPEG holds; a failure when there is none that can stand for the large one in
+/// @p box.
+Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
+
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 /// libjpeg's error record, with the place to go on at. Each function that calls libjpeg sets @c out on its own, and has

@@ -52,7 +52,6 @@ private:
     void SetUp(const GFL_LOAD_PARAMS &params, Size size);
     Status HandOver(RowSink *rows);
     Status HandOverBitmap(RowSink *rows);
-    bool Covers(int width, int height, const Box &box) const;
 
     const Source *m_source = nullptr;
     std::unique_ptr<RawStream> m_stream; // goes after the developer

@@ -174,33 +174,24 @@ RawFile::Size RawFile::SizeFor(const Box &box) const
     return wanted.width <= width / 2 && wanted.height <= height / 2 ? Size::Half : Size::Full;
 }
 
-bool RawFile::Covers(int width, int height, const Box &box) const
-{
-    const double fullWidth = m_raw->imgdata.sizes.width, fullHeight = m_raw->imgdata.sizes.height;
-    const Box wanted = FitInto(box, static_cast<int>(fullWidth), static_cast<int>(fullHeight));
-    // Cameras cut some rows and columns off; bars at the sides, and upright previews, are more.
-    constexpr double kAlmostTheSame = 0.03;
-    const double proportion = width * fullHeight / (height * fullWidth);
-    return width >= wanted.width && height >= wanted.height && std::abs(proportion - 1.0) < kAlmostTheSame;
-}
-
 Status RawFile::ReadPreview(const Box &box, RowSink *rows)
 {
     const libraw_thumbnail_t &preview = m_raw->imgdata.thumbnail;
+    const Box picture = {m_raw->imgdata.sizes.width, m_raw->imgdata.sizes.height};
     const Status small = Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "camera raw: no preview of the wanted size");
     if (preview.tlength > m_source->Size())
         return small;
     if (Status status = StatusOf(m_raw->unpack_thumb()); !status)
         return status;
     if (preview.tformat == LIBRAW_THUMBNAIL_BITMAP)
-        return Covers(preview.twidth, preview.theight, box) ? HandOverBitmap(rows) : small;
+        return CanStandFor(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
     if (preview.tformat != LIBRAW_THUMBNAIL_JPEG)
         return small;
     const Source jpeg(preview.thumb, preview.tlength);
     GFL_FILE_INFORMATION info = {};
     if (Status status = ReadJpegInfo(jpeg, &info); !status)
         return status;
-    return Covers(info.Width, info.Height, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
+    return CanStandFor(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
 }
 
 Status RawFile::HandOverBitmap(RowSink *rows)

@@ -19,6 +19,10 @@ struct Box {
 /// The size of a @p width by @p height picture reduced to fit into @p box: in proportion, from 1, never enlarged.
 Box FitInto(const Box &box, int width, int height);
 
+/// Whether a @p preview of a @p picture can stand for it in @p box: large enough, and of its proportions but for the
+/// few rows and columns that cameras cut off. Bars at the sides are more than that.
+bool CanStandFor(const Box &picture, const Box &preview, const Box &box);
+
 /// Takes a picture row by row from the top. May throw std::bad_alloc.
 class RowSink {
 public:

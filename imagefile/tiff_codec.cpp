@@ -32,6 +32,11 @@ public:
         return ReadTiffPixels(source, rows);
     }
 
+    Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &, const Box &box, RowSink *rows) const override
+    {
+        return ReadTiffThumbnail(source, box, rows);
+    }
+
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {
         return WriteTiff(bitmap, options, sink);

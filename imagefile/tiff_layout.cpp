@@ -226,23 +226,83 @@ Status CheckBytes(const Source &source, const TiffHandle &handle, const TiffLayo
     return CheckClaim(bytes, delivered, source.Size(), MaxRatio(layout));
 }
 
+/// Everything that the current directory shows, checked.
+Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *layout)
+{
+    if (Status status = ReadSize(handle, layout); !status)
+        return status;
+    if (Status status = ReadSampleForm(handle, layout); !status)
+        return status;
+    if (Status status = ReadColour(handle, layout); !status)
+        return status;
+    Status status =
+        layout->colour == TiffColour::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
+    return status ? CheckBytes(source, handle, *layout) : status;
+}
+
+std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
+{
+    std::uint16_t count = 0;
+    const std::uint64_t *offsets = nullptr;
+    if (!TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
+        return {};
+    return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxDirectories));
+}
+
+// The place of the smallest directory that will do, 0 for none.
+class ReducedSearch {
+public:
+    ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
+
+    void Look(const TiffHandle &handle)
+    {
+        const auto width = handle.Field<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+        const auto height = handle.Field<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+        if (!IsReduced(handle) || width >= m_bestWidth || height > static_cast<std::uint32_t>(m_picture.height))
+            return;
+        if (!CanStandFor(m_picture, {static_cast<int>(width), static_cast<int>(height)}, m_box))
+            return;
+        m_bestWidth = width;
+        m_best = TIFFCurrentDirOffset(handle.Get());
+    }
+    std::uint64_t Best() const { return m_best; }
+
+private:
+    const Box m_picture, m_box;
+    std::uint32_t m_bestWidth = kMaxSidePixels;
+    std::uint64_t m_best = 0;
+};
+
 } // namespace
 
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout)
 {
     if (Status status = handle->OpenForReading(source); !status)
         return status;
-    if (Status status = FindPicture(*handle); !status)
+    Status status = FindPicture(*handle);
+    return status ? ReadLayout(source, *handle, layout) : status;
+}
+
+Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout)
+{
+    TiffLayout picture;
+    if (Status status = OpenTiffPicture(source, handle, &picture); !status)
         return status;
-    if (Status status = ReadSize(*handle, layout); !status)
-        return status;
-    if (Status status = ReadSampleForm(*handle, layout); !status)
-        return status;
-    if (Status status = ReadColour(*handle, layout); !status)
-        return status;
-    Status status =
-        layout->colour == TiffColour::Other ? ChooseForeignForm(*handle, layout) : ChooseForm(*handle, layout);
-    return status ? CheckBytes(source, *handle, *layout) : status;
+    ReducedSearch search(picture, box);
+    for (const std::uint64_t offset : SubDirectories(*handle))
+        if (TIFFSetSubDirectory(handle->Get(), offset))
+            search.Look(*handle);
+    // Reduced versions of the pages behind the first belong to those.
+    bool more = TIFFSetDirectory(handle->Get(), 0) != 0;
+    for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = TIFFReadDirectory(handle->Get()) != 0) {
+        pages += IsReduced(*handle) ? 0 : 1;
+        if (pages > 1)
+            break;
+        search.Look(*handle);
+    }
+    if (search.Best() == 0 || !TIFFSetSubDirectory(handle->Get(), search.Best()))
+        return Unknown("no reduced version of the wanted size");
+    return ReadLayout(source, *handle, layout);
 }
 
 } // namespace imagefile

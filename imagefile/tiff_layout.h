@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pixel_form.h"
+#include "row_sink.h"
 #include "tiff_handle.h"
 
 #include <vector>
@@ -51,5 +52,9 @@ struct TiffLayout {
 /// Opens the picture of a TIFF: its first directory that isn't marked as a reduced version, with everything checked
 /// that the directory shows.
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout);
+
+/// Opens the smallest reduced version in the file, in a directory of its own or below the picture's, that can stand for
+/// the picture in @p box. A failure when there is none.
+Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout);
 
 } // namespace imagefile

@@ -19,6 +19,8 @@ constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 class BandReader {
 public:
     Status Open(const Source &source);
+    /// A reduced version that can stand for the picture in @p box.
+    Status OpenReduced(const Source &source, const Box &box);
     const TiffLayout &Layout() const { return m_layout; }
     TIFF *Picture() const { return m_planes[0]->Get(); }
 
@@ -53,6 +55,15 @@ Status BandReader::Open(const Source &source)
     if (Status status = OpenTiffPicture(source, m_planes[0].get(), &m_layout); !status)
         return status;
     return m_layout.isPlanar && m_layout.colour != TiffColour::Other ? OpenPlanes(source) : Status::Ok();
+}
+
+Status BandReader::OpenReduced(const Source &source, const Box &box)
+{
+    m_planes.push_back(std::make_unique<TiffHandle>());
+    if (Status status = OpenTiffReduced(source, box, m_planes[0].get(), &m_layout); !status)
+        return status;
+    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: a reduced version in planes")
+                             : Status::Ok();
 }
 
 Status BandReader::OpenPlanes(const Source &source)
@@ -221,6 +232,11 @@ Status ReadForeign(const BandReader &reader, RowSink *rows)
     return Status::Ok();
 }
 
+Status ReadOpened(BandReader *reader, RowSink *rows)
+{
+    return reader->Layout().colour == TiffColour::Other ? ReadForeign(*reader, rows) : ReadBands(reader, rows);
+}
+
 std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
 {
     const auto unit = handle.Field<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
@@ -278,9 +294,16 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
 Status ReadTiffPixels(const Source &source, RowSink *rows)
 {
     BandReader reader;
-    if (Status status = reader.Open(source); !status)
-        return status;
-    return reader.Layout().colour == TiffColour::Other ? ReadForeign(reader, rows) : ReadBands(&reader, rows);
+    Status status = reader.Open(source);
+    return status ? ReadOpened(&reader, rows) : status;
+}
+
+Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows)
+{
+    BandReader reader;
+    if (reader.OpenReduced(source, box) && ReadOpened(&reader, rows))
+        return Status::Ok();
+    return ReadTiffPixels(source, rows);
 }
 
 } // namespace imagefile

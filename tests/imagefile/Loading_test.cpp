@@ -7,6 +7,9 @@
 #include <QtEndian>
 #include <QtTest>
 
+#include <exiv2/exiv2.hpp>
+#include <tiffio.h>
+
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
@@ -84,7 +87,31 @@ QByteArray TiffHeader(quint32 width, quint32 height, quint16 compression, quint1
     return file;
 }
 
+BitmapPtr PlainBitmap(QSize size, int value)
+{
+    BitmapPtr bitmap = NewBitmap(size.width(), size.height(), GFL_RGB, 8);
+    std::fill_n(bitmap->Data, std::size_t(bitmap->BytesPerLine) * std::size_t(bitmap->Height),
+                static_cast<std::uint8_t>(value));
+    return bitmap;
+}
+
+void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
+{
+    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, kind);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, size.width());
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, size.height());
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    QByteArray pixels(size.width() * size.height(), static_cast<char>(value));
+    TIFFWriteEncodedStrip(tiff, 0, pixels.data(), pixels.size());
+    TIFFWriteDirectory(tiff);
+}
+
+enum Embedding { InExif, AsPage, BelowPage, AsPageOfTheSecond };
+
 } // namespace
+Q_DECLARE_METATYPE(Embedding)
 
 class tst_Loading : public QObject {
     Q_OBJECT
@@ -98,6 +125,8 @@ private Q_SLOTS:
     void thumbnails_data();
     void thumbnails();
     void thumbnailIsTheMean();
+    void embeddedPreviews_data();
+    void embeddedPreviews();
     void formats();
     void missingFiles();
     void unknownFiles_data();
@@ -255,6 +284,58 @@ void tst_Loading::thumbnailIsTheMean()
                 mean += SampleAt(*bitmap, 3 * x + i % 3, 3 * y + i / 3, 0) / 9;
             QVERIFY(std::abs(SampleAt(*got, x, y, 0) - mean) < 1e-5);
         }
+}
+
+void tst_Loading::embeddedPreviews_data()
+{
+    QTest::addColumn<Embedding>("embedding");
+    QTest::addColumn<QSize>("preview");
+    QTest::addColumn<int>("box"); // for a picture of 300 x 200
+    QTest::addColumn<bool>("isUsed");
+    const struct {
+        const char *name;
+        Embedding embedding;
+    } kinds[] = {{"EXIF", InExif}, {"page", AsPage}, {"sub-directory", BelowPage}};
+    for (const auto &kind : kinds) {
+        QTest::addRow("%s, covers the box", kind.name) << kind.embedding << QSize(120, 80) << 90 << true;
+        QTest::addRow("%s, too small", kind.name) << kind.embedding << QSize(60, 40) << 90 << false;
+        QTest::addRow("%s, other proportions", kind.name) << kind.embedding << QSize(120, 90) << 90 << false;
+    }
+    QTest::newRow("of a later page") << AsPageOfTheSecond << QSize(120, 80) << 90 << false;
+}
+
+void tst_Loading::embeddedPreviews()
+{
+    QFETCH(Embedding, embedding);
+    QFETCH(QSize, preview);
+    QFETCH(int, box);
+    QFETCH(bool, isUsed);
+    QTemporaryDir folder;
+    const QByteArray path = folder.filePath(QStringLiteral("a")).toUtf8();
+    if (embedding == InExif) {
+        WriteBytes(QString::fromUtf8(path), SavedBytes(*PlainBitmap({300, 200}, 0), SaveParams("jpeg")));
+        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
+        Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
+        Exiv2::ExifThumb(image->exifData())
+            .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
+        image->writeMetadata();
+    } else {
+        TIFF *tiff = TIFFOpen(path.constData(), "w");
+        const std::uint64_t none = 0; // libtiff fills it in
+        if (embedding == BelowPage)
+            TIFFSetField(tiff, TIFFTAG_SUBIFD, 1, &none);
+        AddPage(tiff, {300, 200}, 0, 0);
+        if (embedding == AsPageOfTheSecond)
+            AddPage(tiff, {300, 200}, 0, 0);
+        AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
+        TIFFClose(tiff);
+    }
+    GFL_BITMAP *loaded = nullptr;
+    const GFL_LOAD_PARAMS params = LoadParams();
+    QCOMPARE(gflLoadThumbnailUTF8(path.constData(), box, box, &loaded, &params, nullptr), int(GFL_NO_ERROR));
+    const BitmapPtr got(loaded);
+    QCOMPARE(QSize(got->Width, got->Height), QSize(90, 60));
+    QCOMPARE(SampleAt(*got, 45, 30, 0) > 0.5, isUsed);
 }
 
 void tst_Loading::formats()

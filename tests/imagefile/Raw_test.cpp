@@ -170,7 +170,7 @@ void tst_Raw::damagedFiles()
     for (int size = 1; size < good.size(); size += size < 7000 && size > 6000 ? 1 : 37)
         QVERIFY(!LoadFromMemory(good.left(size), &error) || size > good.size() - 60);
     const int directory = 8 + 64 * 48 * 2;
-    for (int at = directory; at < good.size(); ++at) // an error or a picture
+    for (int at = directory; at < good.size(); at += 3) // an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
     QByteArray huge = good; // 20,000 pixels wide and high, in a file of 7 KB
     for (int tag : {256, 257}) {

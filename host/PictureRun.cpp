@@ -3,6 +3,7 @@
 #include "HostImageDef.h"
 #include "WorkFolder.h"
 
+#include <QCoreApplication>
 #include <QDomDocument>
 #include <QFileInfo>
 
@@ -77,10 +78,10 @@ QString TextOfCurrentException()
     } catch (const KException &e) {
         return e.what();
     } catch (const std::bad_alloc &) {
-        return QStringLiteral("not enough memory");
+        return QCoreApplication::translate("PictureRun", "not enough memory");
     } catch (const std::exception &e) {
         return QString::fromUtf8(e.what());
     } catch (...) {
-        return QStringLiteral("failed without telling a reason");
+        return QCoreApplication::translate("PictureRun", "failed without telling a reason");
     }
 }

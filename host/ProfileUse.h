@@ -3,6 +3,7 @@
 
 #include "Corrections.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 
@@ -16,6 +17,8 @@ struct ProfileUse {
     QStringList flaws;  // of these the ones whose models are there and no good
     double width = 0.0; // of the pictures it was made for, lying on their long side
     double height = 0.0;
+
+    Q_DECLARE_TR_FUNCTIONS(ProfileUse)
 };
 
 /// Reads the profile @p file.

@@ -21,7 +21,7 @@ QString SystemError(int error)
 
 [[noreturn]] void ThrowCannotWrite(const QString &folder, const QString &why)
 {
-    throw KException(QStringLiteral("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
+    throw KException(WorkFolder::tr("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
 }
 
 /// rename(2) that leaves an existing @p to alone. @return 0 or the error.
@@ -50,7 +50,7 @@ WorkFolder::WorkFolder(const QString &outputFolder, InterruptGuard *guard)
     std::error_code error;
     std::filesystem::create_directories(QFile::encodeName(outputFolder).constData(), error);
     if (error) {
-        throw KException(QStringLiteral("cannot make the folder \"%1\": %2")
+        throw KException(WorkFolder::tr("cannot make the folder \"%1\": %2")
                              .arg(outputFolder, QString::fromLocal8Bit(error.message().c_str())),
                          KPlace());
     }
@@ -88,7 +88,7 @@ void WorkFolder::Publish(const QString &result, const QString &target, ExistingO
         : std::rename(from.constData(), to.constData()) == 0 ? 0
                                                              : errno;
     if (error)
-        throw KException(QStringLiteral("cannot write \"%1\": %2").arg(target, SystemError(error)), KPlace());
+        throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(target, SystemError(error)), KPlace());
 }
 
 QString WorkFolder::WithKnownNames(QString text) const

@@ -3,6 +3,7 @@
 
 #include "CommandLine.h"
 
+#include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -16,6 +17,7 @@ class InterruptGuard;
 ///
 /// All functions throw KException, with a message that says what could not be done.
 class WorkFolder {
+    Q_DECLARE_TR_FUNCTIONS(WorkFolder)
 public:
     /// Makes @p outputFolder (absolute) if it doesn't exist, and the private folder in it.
     WorkFolder(const QString &outputFolder, InterruptGuard *guard);

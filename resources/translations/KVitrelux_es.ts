@@ -2,6 +2,81 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="es" sourcelanguage="en">
 <context>
+    <name>ImageDef</name>
+    <message>
+        <source>inch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>cm</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>µm</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Maker</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Model</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Real focal length</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>35mm f.length</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Exposure time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shutter speed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>F Number</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date Time</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>ISO</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Exposure bias value</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Width</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Height</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Focal plane res X</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Focal plane res Y</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Focal plan res. unit</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
@@ -76,6 +151,90 @@
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UIImageDefListWizard</name>
+    <message>
+        <source>Prev</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UIImageDefListWizardClass</name>
+    <message>
+        <source>WizardPage</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apply to all images</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UIVitreluxPreview</name>
+    <message>
+        <source>Select lens camera profiles Database directory</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select lens camera profile</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Profile</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Non supported file format</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preview is uptodate</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UIVitreluxPreviewClass</name>
+    <message>
+        <source>Vitrelux correction</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lens database</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lens profile</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Message</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Geometric distortion</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Chromatic aberration</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Vignetting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Split preview</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

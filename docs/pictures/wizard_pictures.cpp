@@ -1,0 +1,136 @@
+// Shows the wizard, goes through it as a user does, and takes its pictures for the documentation.
+// Usage: wizard-pictures PROFILE PICTURE... ENDING, into the current folder; language and scale as for any program
+// (LC_ALL, QT_SCALE_FACTOR).
+#include "HostApplication.h"
+#include "InterruptGuard.h"
+#include "PluginLoader.h"
+#include "wizard/CorrectionWizard.h"
+#include "wizard/RunPage.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QFontDatabase>
+#include <QStyleFactory>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+namespace {
+
+constexpr int kWaitMs = 60000;
+constexpr int kSettleMs = 300; // for layouts and repaints that are queued
+
+void Require(bool condition, const char *what)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "wizard-pictures: %s\n", what);
+    std::exit(1);
+}
+
+void WaitUntil(const std::function<bool()> &condition, const char *what)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && !timer.hasExpired(kWaitMs))
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+    Require(condition(), what);
+}
+
+void Settle()
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!timer.hasExpired(kSettleMs))
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+/// A picture of the window as 256 colours: small, and close enough to tell what is meant.
+void Take(QWidget *window, const QString &name)
+{
+    const QImage picture = window->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    constexpr int kSmallest = 0; // of file sizes, for Qt's writer of PNG
+    Require(picture.convertToFormat(QImage::Format_Indexed8, Qt::DiffuseDither)
+                .save(name + QStringLiteral(".png"), "PNG", kSmallest),
+            "cannot write a picture");
+}
+
+class Tour {
+public:
+    Tour(CorrectionWizard *wizard, const QString &ending) : m_wizard(wizard), m_ending(ending) { }
+
+    void Go()
+    {
+        Settle();
+        Next();
+        WaitUntil([this] { return CanGoOn(); }, "the preview doesn't come");
+        Settle();
+        Shot("page");
+        Box("m_cbPreview")->click();
+        Shot("split");
+        Box("m_cbPreview")->click();
+        Box("m_cbVignetting")->click();
+        Shot("rendering");
+        Box("m_cbVignetting")->click();
+        WaitUntil([this] { return CanGoOn(); }, "the second preview doesn't come");
+        Next();
+        WaitUntil([this] { return !m_wizard->findChild<RunPage *>()->IsRunning(); }, "the run doesn't end");
+        Settle();
+        Shot("results");
+        m_wizard->close();
+    }
+
+private:
+    void Next() const { m_wizard->button(QWizard::NextButton)->click(); }
+    bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
+    QCheckBox *Box(const char *name) const
+    {
+        auto *box = m_wizard->findChild<QCheckBox *>(QLatin1String(name));
+        Require(box && box->isEnabled(), name);
+        return box;
+    }
+    void Shot(const char *name) const
+    {
+        Take(m_wizard, QStringLiteral("wizard-%1%2").arg(QLatin1String(name), m_ending));
+    }
+
+    CorrectionWizard *m_wizard;
+    QString m_ending;
+};
+
+void ChooseProfile(HostApplication *application, KIPluginOne2One *process, const QString &profile)
+{
+    for (const char *key : {"Disto", "CA", "Falloff"})
+        application->SetPluginSetting(process->UID(), QLatin1String(key), true);
+    application->SetPluginSetting(process->UID(), QStringLiteral("LCPfilename"), profile);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    Require(arguments.size() >= 3, "needs PROFILE PICTURE... ENDING");
+    const QString profile = arguments.takeFirst();
+    const QString ending = arguments.takeLast();
+
+    InterruptGuard guard;
+    ChooseDisplay();
+    HostApplication application(argc, argv);
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    application.TranslateWindows();
+    const PluginLoader plugin{QString()};
+    Require(plugin.Process(), qPrintable(plugin.Problem()));
+    ChooseProfile(&application, plugin.Process(), profile);
+    CorrectionWizard wizard(&application, plugin.Process(), &guard);
+    wizard.Add(arguments);
+    wizard.resize(820, 640);
+    wizard.show();
+    Tour(&wizard, ending).Go();
+    return 0;
+}

@@ -5,237 +5,237 @@
     <name>ImageDef</name>
     <message>
         <source>inch</source>
-        <translation type="unfinished"></translation>
+        <translation>Zoll</translation>
     </message>
     <message>
         <source>cm</source>
-        <translation type="unfinished"></translation>
+        <translation>cm</translation>
     </message>
     <message>
         <source>µm</source>
-        <translation type="unfinished"></translation>
+        <translation>µm</translation>
     </message>
     <message>
         <source>Maker</source>
-        <translation type="unfinished"></translation>
+        <translation>Hersteller</translation>
     </message>
     <message>
         <source>Model</source>
-        <translation type="unfinished"></translation>
+        <translation>Modell</translation>
     </message>
     <message>
         <source>Real focal length</source>
-        <translation type="unfinished"></translation>
+        <translation>Tatsächliche Brennweite</translation>
     </message>
     <message>
         <source>35mm f.length</source>
-        <translation type="unfinished"></translation>
+        <translation>Brennweite (35 mm)</translation>
     </message>
     <message>
         <source>Exposure time</source>
-        <translation type="unfinished"></translation>
+        <translation>Belichtungszeit</translation>
     </message>
     <message>
         <source>Shutter speed</source>
-        <translation type="unfinished"></translation>
+        <translation>Verschlusszeit</translation>
     </message>
     <message>
         <source>F Number</source>
-        <translation type="unfinished"></translation>
+        <translation>Blendenzahl</translation>
     </message>
     <message>
         <source>Date Time</source>
-        <translation type="unfinished"></translation>
+        <translation>Datum und Uhrzeit</translation>
     </message>
     <message>
         <source>ISO</source>
-        <translation type="unfinished"></translation>
+        <translation>ISO</translation>
     </message>
     <message>
         <source>Exposure bias value</source>
-        <translation type="unfinished"></translation>
+        <translation>Belichtungskorrektur</translation>
     </message>
     <message>
         <source>Width</source>
-        <translation type="unfinished"></translation>
+        <translation>Breite</translation>
     </message>
     <message>
         <source>Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Höhe</translation>
     </message>
     <message>
         <source>Focal plane res X</source>
-        <translation type="unfinished"></translation>
+        <translation>Sensorauflösung X</translation>
     </message>
     <message>
         <source>Focal plane res Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Sensorauflösung Y</translation>
     </message>
     <message>
         <source>Focal plan res. unit</source>
-        <translation type="unfinished"></translation>
+        <translation>Einheit der Sensorauflösung</translation>
     </message>
 </context>
 <context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>GFL-Fehler: „%1“</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Datei: „%1“</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation type="unfinished"></translation>
+        <translation>Zu wenig freier Speicherplatz in „%1“, um den Vorgang abzuschließen</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>In die Datei „%1“ kann nicht geschrieben werden</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Datei „%1“ wurde nicht gefunden</translation>
     </message>
 </context>
 <context>
     <name>KLog</name>
     <message>
         <source>Critical error</source>
-        <translation type="unfinished"></translation>
+        <translation>Schwerer Fehler</translation>
     </message>
     <message>
         <source>Can not open file %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Datei %1 kann nicht geöffnet werden</translation>
     </message>
 </context>
 <context>
     <name>KSystemInfo</name>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>Byte</translation>
     </message>
     <message>
         <source>KB</source>
-        <translation type="unfinished"></translation>
+        <translation>KB</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>MB</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>GB</translation>
     </message>
     <message>
         <source>TB</source>
-        <translation type="unfinished"></translation>
+        <translation>TB</translation>
     </message>
 </context>
 <context>
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation type="unfinished"></translation>
+        <translation>Adobe® bietet mit dem „Lens Profile Creator“ ein kostenloses Werkzeug an, um Objektive zu vermessen. Dieses Plug-in nutzt dessen Profile und entfernt damit Verzeichnung, Vignettierung und chromatische Aberration aus Ihren Fotos.</translation>
     </message>
 </context>
 <context>
     <name>Library</name>
     <message>
         <source>Comment</source>
-        <translation type="unfinished"></translation>
+        <translation>Kommentar</translation>
     </message>
 </context>
 <context>
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Datei „%1“ kann nicht geladen werden</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizard</name>
     <message>
         <source>Prev</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorheriges Bild</translation>
     </message>
     <message>
         <source>Next</source>
-        <translation type="unfinished"></translation>
+        <translation>Nächstes Bild</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizardClass</name>
     <message>
         <source>WizardPage</source>
-        <translation type="unfinished"></translation>
+        <translation>Assistentenseite</translation>
     </message>
     <message>
         <source>Apply to all images</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf alle Bilder anwenden</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreview</name>
     <message>
         <source>Select lens camera profiles Database directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Ordner mit den Objektivprofilen auswählen</translation>
     </message>
     <message>
         <source>Select lens camera profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Objektivprofil auswählen</translation>
     </message>
     <message>
         <source>Profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profil</translation>
     </message>
     <message>
         <source>Non supported file format</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht unterstütztes Dateiformat</translation>
     </message>
     <message>
         <source>Preview is uptodate</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Vorschau ist aktuell</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>
     <message>
         <source>Vitrelux correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux-Korrektur</translation>
     </message>
     <message>
         <source>Lens database</source>
-        <translation type="unfinished"></translation>
+        <translation>Objektivdatenbank</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Lens profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Objektivprofil</translation>
     </message>
     <message>
         <source>Message</source>
-        <translation type="unfinished"></translation>
+        <translation>Meldung</translation>
     </message>
     <message>
         <source>Geometric distortion</source>
-        <translation type="unfinished"></translation>
+        <translation>Verzeichnung</translation>
     </message>
     <message>
         <source>Chromatic aberration</source>
-        <translation type="unfinished"></translation>
+        <translation>Chromatische Aberration</translation>
     </message>
     <message>
         <source>Vignetting</source>
-        <translation type="unfinished"></translation>
+        <translation>Vignettierung</translation>
     </message>
     <message>
         <source>Split preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Geteilte Vorschau</translation>
     </message>
 </context>
 </TS>

@@ -5,75 +5,75 @@
     <name>ImageDef</name>
     <message>
         <source>inch</source>
-        <translation type="unfinished"></translation>
+        <translation>inch</translation>
     </message>
     <message>
         <source>cm</source>
-        <translation type="unfinished"></translation>
+        <translation>cm</translation>
     </message>
     <message>
         <source>µm</source>
-        <translation type="unfinished"></translation>
+        <translation>µm</translation>
     </message>
     <message>
         <source>Maker</source>
-        <translation type="unfinished"></translation>
+        <translation>Maker</translation>
     </message>
     <message>
         <source>Model</source>
-        <translation type="unfinished"></translation>
+        <translation>Model</translation>
     </message>
     <message>
         <source>Real focal length</source>
-        <translation type="unfinished"></translation>
+        <translation>Real focal length</translation>
     </message>
     <message>
         <source>35mm f.length</source>
-        <translation type="unfinished"></translation>
+        <translation>35mm f.length</translation>
     </message>
     <message>
         <source>Exposure time</source>
-        <translation type="unfinished"></translation>
+        <translation>Exposure time</translation>
     </message>
     <message>
         <source>Shutter speed</source>
-        <translation type="unfinished"></translation>
+        <translation>Shutter speed</translation>
     </message>
     <message>
         <source>F Number</source>
-        <translation type="unfinished"></translation>
+        <translation>F Number</translation>
     </message>
     <message>
         <source>Date Time</source>
-        <translation type="unfinished"></translation>
+        <translation>Date Time</translation>
     </message>
     <message>
         <source>ISO</source>
-        <translation type="unfinished"></translation>
+        <translation>ISO</translation>
     </message>
     <message>
         <source>Exposure bias value</source>
-        <translation type="unfinished"></translation>
+        <translation>Exposure bias value</translation>
     </message>
     <message>
         <source>Width</source>
-        <translation type="unfinished"></translation>
+        <translation>Width</translation>
     </message>
     <message>
         <source>Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Height</translation>
     </message>
     <message>
         <source>Focal plane res X</source>
-        <translation type="unfinished"></translation>
+        <translation>Focal plane res X</translation>
     </message>
     <message>
         <source>Focal plane res Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Focal plane res Y</translation>
     </message>
     <message>
         <source>Focal plan res. unit</source>
-        <translation type="unfinished"></translation>
+        <translation>Focal plan res. unit</translation>
     </message>
 </context>
 <context>
@@ -158,84 +158,84 @@
     <name>UIImageDefListWizard</name>
     <message>
         <source>Prev</source>
-        <translation type="unfinished"></translation>
+        <translation>Prev</translation>
     </message>
     <message>
         <source>Next</source>
-        <translation type="unfinished"></translation>
+        <translation>Next</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizardClass</name>
     <message>
         <source>WizardPage</source>
-        <translation type="unfinished"></translation>
+        <translation>WizardPage</translation>
     </message>
     <message>
         <source>Apply to all images</source>
-        <translation type="unfinished"></translation>
+        <translation>Apply to all images</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreview</name>
     <message>
         <source>Select lens camera profiles Database directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Select lens camera profiles Database directory</translation>
     </message>
     <message>
         <source>Select lens camera profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Select lens camera profile</translation>
     </message>
     <message>
         <source>Profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profile</translation>
     </message>
     <message>
         <source>Non supported file format</source>
-        <translation type="unfinished"></translation>
+        <translation>Non supported file format</translation>
     </message>
     <message>
         <source>Preview is uptodate</source>
-        <translation type="unfinished"></translation>
+        <translation>Preview is uptodate</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>
     <message>
         <source>Vitrelux correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux correction</translation>
     </message>
     <message>
         <source>Lens database</source>
-        <translation type="unfinished"></translation>
+        <translation>Lens database</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Lens profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Lens profile</translation>
     </message>
     <message>
         <source>Message</source>
-        <translation type="unfinished"></translation>
+        <translation>Message</translation>
     </message>
     <message>
         <source>Geometric distortion</source>
-        <translation type="unfinished"></translation>
+        <translation>Geometric distortion</translation>
     </message>
     <message>
         <source>Chromatic aberration</source>
-        <translation type="unfinished"></translation>
+        <translation>Chromatic aberration</translation>
     </message>
     <message>
         <source>Vignetting</source>
-        <translation type="unfinished"></translation>
+        <translation>Vignetting</translation>
     </message>
     <message>
         <source>Split preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Split preview</translation>
     </message>
 </context>
 </TS>

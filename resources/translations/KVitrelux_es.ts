@@ -5,237 +5,237 @@
     <name>ImageDef</name>
     <message>
         <source>inch</source>
-        <translation type="unfinished"></translation>
+        <translation>pulgadas</translation>
     </message>
     <message>
         <source>cm</source>
-        <translation type="unfinished"></translation>
+        <translation>cm</translation>
     </message>
     <message>
         <source>µm</source>
-        <translation type="unfinished"></translation>
+        <translation>µm</translation>
     </message>
     <message>
         <source>Maker</source>
-        <translation type="unfinished"></translation>
+        <translation>Fabricante</translation>
     </message>
     <message>
         <source>Model</source>
-        <translation type="unfinished"></translation>
+        <translation>Modelo</translation>
     </message>
     <message>
         <source>Real focal length</source>
-        <translation type="unfinished"></translation>
+        <translation>Distancia focal real</translation>
     </message>
     <message>
         <source>35mm f.length</source>
-        <translation type="unfinished"></translation>
+        <translation>Distancia focal (35 mm)</translation>
     </message>
     <message>
         <source>Exposure time</source>
-        <translation type="unfinished"></translation>
+        <translation>Tiempo de exposición</translation>
     </message>
     <message>
         <source>Shutter speed</source>
-        <translation type="unfinished"></translation>
+        <translation>Velocidad de obturación</translation>
     </message>
     <message>
         <source>F Number</source>
-        <translation type="unfinished"></translation>
+        <translation>Número f</translation>
     </message>
     <message>
         <source>Date Time</source>
-        <translation type="unfinished"></translation>
+        <translation>Fecha y hora</translation>
     </message>
     <message>
         <source>ISO</source>
-        <translation type="unfinished"></translation>
+        <translation>ISO</translation>
     </message>
     <message>
         <source>Exposure bias value</source>
-        <translation type="unfinished"></translation>
+        <translation>Compensación de exposición</translation>
     </message>
     <message>
         <source>Width</source>
-        <translation type="unfinished"></translation>
+        <translation>Anchura</translation>
     </message>
     <message>
         <source>Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Altura</translation>
     </message>
     <message>
         <source>Focal plane res X</source>
-        <translation type="unfinished"></translation>
+        <translation>Resolución X del plano focal</translation>
     </message>
     <message>
         <source>Focal plane res Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Resolución Y del plano focal</translation>
     </message>
     <message>
         <source>Focal plan res. unit</source>
-        <translation type="unfinished"></translation>
+        <translation>Unidad de resolución del plano focal</translation>
     </message>
 </context>
 <context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Error de GFL: «%1»</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Archivo: «%1»</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation type="unfinished"></translation>
+        <translation>No hay suficiente espacio libre en «%1» para terminar la operación</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>No se puede escribir en el archivo «%1»</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation type="unfinished"></translation>
+        <translation>No se encuentra el archivo «%1»</translation>
     </message>
 </context>
 <context>
     <name>KLog</name>
     <message>
         <source>Critical error</source>
-        <translation type="unfinished"></translation>
+        <translation>Error crítico</translation>
     </message>
     <message>
         <source>Can not open file %1</source>
-        <translation type="unfinished"></translation>
+        <translation>No se puede abrir el archivo %1</translation>
     </message>
 </context>
 <context>
     <name>KSystemInfo</name>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>bytes</translation>
     </message>
     <message>
         <source>KB</source>
-        <translation type="unfinished"></translation>
+        <translation>KB</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>MB</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>GB</translation>
     </message>
     <message>
         <source>TB</source>
-        <translation type="unfinished"></translation>
+        <translation>TB</translation>
     </message>
 </context>
 <context>
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation type="unfinished"></translation>
+        <translation>Adobe® ofrece una herramienta gratuita para calibrar objetivos, «Lens Profile Creator». Este complemento utiliza sus perfiles para eliminar la distorsión, el viñeteo y la aberración cromática de sus fotos.</translation>
     </message>
 </context>
 <context>
     <name>Library</name>
     <message>
         <source>Comment</source>
-        <translation type="unfinished"></translation>
+        <translation>Comentario</translation>
     </message>
 </context>
 <context>
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>No se puede cargar el archivo «%1»</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizard</name>
     <message>
         <source>Prev</source>
-        <translation type="unfinished"></translation>
+        <translation>Anterior</translation>
     </message>
     <message>
         <source>Next</source>
-        <translation type="unfinished"></translation>
+        <translation>Siguiente</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizardClass</name>
     <message>
         <source>WizardPage</source>
-        <translation type="unfinished"></translation>
+        <translation>Página del asistente</translation>
     </message>
     <message>
         <source>Apply to all images</source>
-        <translation type="unfinished"></translation>
+        <translation>Aplicar a todas las imágenes</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreview</name>
     <message>
         <source>Select lens camera profiles Database directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Seleccionar la carpeta de perfiles de objetivo</translation>
     </message>
     <message>
         <source>Select lens camera profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Seleccionar un perfil de objetivo</translation>
     </message>
     <message>
         <source>Profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Perfil</translation>
     </message>
     <message>
         <source>Non supported file format</source>
-        <translation type="unfinished"></translation>
+        <translation>Formato de archivo no admitido</translation>
     </message>
     <message>
         <source>Preview is uptodate</source>
-        <translation type="unfinished"></translation>
+        <translation>La vista previa está actualizada</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>
     <message>
         <source>Vitrelux correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Corrección Vitrelux</translation>
     </message>
     <message>
         <source>Lens database</source>
-        <translation type="unfinished"></translation>
+        <translation>Base de datos de objetivos</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Lens profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Perfil de objetivo</translation>
     </message>
     <message>
         <source>Message</source>
-        <translation type="unfinished"></translation>
+        <translation>Mensaje</translation>
     </message>
     <message>
         <source>Geometric distortion</source>
-        <translation type="unfinished"></translation>
+        <translation>Distorsión geométrica</translation>
     </message>
     <message>
         <source>Chromatic aberration</source>
-        <translation type="unfinished"></translation>
+        <translation>Aberración cromática</translation>
     </message>
     <message>
         <source>Vignetting</source>
-        <translation type="unfinished"></translation>
+        <translation>Viñeteo</translation>
     </message>
     <message>
         <source>Split preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Vista previa dividida</translation>
     </message>
 </context>
 </TS>

@@ -5,237 +5,237 @@
     <name>ImageDef</name>
     <message>
         <source>inch</source>
-        <translation type="unfinished"></translation>
+        <translation>pouces</translation>
     </message>
     <message>
         <source>cm</source>
-        <translation type="unfinished"></translation>
+        <translation>cm</translation>
     </message>
     <message>
         <source>µm</source>
-        <translation type="unfinished"></translation>
+        <translation>µm</translation>
     </message>
     <message>
         <source>Maker</source>
-        <translation type="unfinished"></translation>
+        <translation>Fabricant</translation>
     </message>
     <message>
         <source>Model</source>
-        <translation type="unfinished"></translation>
+        <translation>Modèle</translation>
     </message>
     <message>
         <source>Real focal length</source>
-        <translation type="unfinished"></translation>
+        <translation>Focale réelle</translation>
     </message>
     <message>
         <source>35mm f.length</source>
-        <translation type="unfinished"></translation>
+        <translation>Focale (24×36)</translation>
     </message>
     <message>
         <source>Exposure time</source>
-        <translation type="unfinished"></translation>
+        <translation>Temps de pose</translation>
     </message>
     <message>
         <source>Shutter speed</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitesse d&apos;obturation</translation>
     </message>
     <message>
         <source>F Number</source>
-        <translation type="unfinished"></translation>
+        <translation>Nombre d&apos;ouverture</translation>
     </message>
     <message>
         <source>Date Time</source>
-        <translation type="unfinished"></translation>
+        <translation>Date et heure</translation>
     </message>
     <message>
         <source>ISO</source>
-        <translation type="unfinished"></translation>
+        <translation>ISO</translation>
     </message>
     <message>
         <source>Exposure bias value</source>
-        <translation type="unfinished"></translation>
+        <translation>Correction d&apos;exposition</translation>
     </message>
     <message>
         <source>Width</source>
-        <translation type="unfinished"></translation>
+        <translation>Largeur</translation>
     </message>
     <message>
         <source>Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Hauteur</translation>
     </message>
     <message>
         <source>Focal plane res X</source>
-        <translation type="unfinished"></translation>
+        <translation>Résolution X du plan focal</translation>
     </message>
     <message>
         <source>Focal plane res Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Résolution Y du plan focal</translation>
     </message>
     <message>
         <source>Focal plan res. unit</source>
-        <translation type="unfinished"></translation>
+        <translation>Unité de résolution du plan focal</translation>
     </message>
 </context>
 <context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur GFL : « %1 »</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Fichier : « %1 »</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation type="unfinished"></translation>
+        <translation>Espace libre insuffisant sur « %1 » pour terminer l&apos;opération</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Impossible d&apos;écrire dans le fichier « %1 »</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation type="unfinished"></translation>
+        <translation>Le fichier « %1 » est introuvable</translation>
     </message>
 </context>
 <context>
     <name>KLog</name>
     <message>
         <source>Critical error</source>
-        <translation type="unfinished"></translation>
+        <translation>Erreur critique</translation>
     </message>
     <message>
         <source>Can not open file %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Impossible d&apos;ouvrir le fichier %1</translation>
     </message>
 </context>
 <context>
     <name>KSystemInfo</name>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>octets</translation>
     </message>
     <message>
         <source>KB</source>
-        <translation type="unfinished"></translation>
+        <translation>Ko</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>Mo</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>Go</translation>
     </message>
     <message>
         <source>TB</source>
-        <translation type="unfinished"></translation>
+        <translation>To</translation>
     </message>
 </context>
 <context>
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation type="unfinished"></translation>
+        <translation>Adobe® propose un outil gratuit d&apos;étalonnage des objectifs, « Lens Profile Creator ». Ce module réutilise ses profils pour supprimer la distorsion, le vignetage et l&apos;aberration chromatique de vos photos.</translation>
     </message>
 </context>
 <context>
     <name>Library</name>
     <message>
         <source>Comment</source>
-        <translation type="unfinished"></translation>
+        <translation>Commentaire</translation>
     </message>
 </context>
 <context>
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>Le fichier « %1 » ne peut pas être chargé</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizard</name>
     <message>
         <source>Prev</source>
-        <translation type="unfinished"></translation>
+        <translation>Précédente</translation>
     </message>
     <message>
         <source>Next</source>
-        <translation type="unfinished"></translation>
+        <translation>Suivante</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizardClass</name>
     <message>
         <source>WizardPage</source>
-        <translation type="unfinished"></translation>
+        <translation>Page de l&apos;assistant</translation>
     </message>
     <message>
         <source>Apply to all images</source>
-        <translation type="unfinished"></translation>
+        <translation>Appliquer à toutes les images</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreview</name>
     <message>
         <source>Select lens camera profiles Database directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Sélectionner le dossier des profils d&apos;objectif</translation>
     </message>
     <message>
         <source>Select lens camera profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Sélectionner un profil d&apos;objectif</translation>
     </message>
     <message>
         <source>Profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profil</translation>
     </message>
     <message>
         <source>Non supported file format</source>
-        <translation type="unfinished"></translation>
+        <translation>Format de fichier non pris en charge</translation>
     </message>
     <message>
         <source>Preview is uptodate</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;aperçu est à jour</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>
     <message>
         <source>Vitrelux correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Correction Vitrelux</translation>
     </message>
     <message>
         <source>Lens database</source>
-        <translation type="unfinished"></translation>
+        <translation>Base de données d&apos;objectifs</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Lens profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profil d&apos;objectif</translation>
     </message>
     <message>
         <source>Message</source>
-        <translation type="unfinished"></translation>
+        <translation>Message</translation>
     </message>
     <message>
         <source>Geometric distortion</source>
-        <translation type="unfinished"></translation>
+        <translation>Distorsion géométrique</translation>
     </message>
     <message>
         <source>Chromatic aberration</source>
-        <translation type="unfinished"></translation>
+        <translation>Aberration chromatique</translation>
     </message>
     <message>
         <source>Vignetting</source>
-        <translation type="unfinished"></translation>
+        <translation>Vignetage</translation>
     </message>
     <message>
         <source>Split preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Aperçu partagé</translation>
     </message>
 </context>
 </TS>

@@ -5,237 +5,237 @@
     <name>ImageDef</name>
     <message>
         <source>inch</source>
-        <translation type="unfinished"></translation>
+        <translation>pollici</translation>
     </message>
     <message>
         <source>cm</source>
-        <translation type="unfinished"></translation>
+        <translation>cm</translation>
     </message>
     <message>
         <source>µm</source>
-        <translation type="unfinished"></translation>
+        <translation>µm</translation>
     </message>
     <message>
         <source>Maker</source>
-        <translation type="unfinished"></translation>
+        <translation>Produttore</translation>
     </message>
     <message>
         <source>Model</source>
-        <translation type="unfinished"></translation>
+        <translation>Modello</translation>
     </message>
     <message>
         <source>Real focal length</source>
-        <translation type="unfinished"></translation>
+        <translation>Lunghezza focale reale</translation>
     </message>
     <message>
         <source>35mm f.length</source>
-        <translation type="unfinished"></translation>
+        <translation>Focale equiv. 35 mm</translation>
     </message>
     <message>
         <source>Exposure time</source>
-        <translation type="unfinished"></translation>
+        <translation>Tempo di esposizione</translation>
     </message>
     <message>
         <source>Shutter speed</source>
-        <translation type="unfinished"></translation>
+        <translation>Velocità dell&apos;otturatore</translation>
     </message>
     <message>
         <source>F Number</source>
-        <translation type="unfinished"></translation>
+        <translation>Numero f</translation>
     </message>
     <message>
         <source>Date Time</source>
-        <translation type="unfinished"></translation>
+        <translation>Data e ora</translation>
     </message>
     <message>
         <source>ISO</source>
-        <translation type="unfinished"></translation>
+        <translation>ISO</translation>
     </message>
     <message>
         <source>Exposure bias value</source>
-        <translation type="unfinished"></translation>
+        <translation>Compensazione dell&apos;esposizione</translation>
     </message>
     <message>
         <source>Width</source>
-        <translation type="unfinished"></translation>
+        <translation>Larghezza</translation>
     </message>
     <message>
         <source>Height</source>
-        <translation type="unfinished"></translation>
+        <translation>Altezza</translation>
     </message>
     <message>
         <source>Focal plane res X</source>
-        <translation type="unfinished"></translation>
+        <translation>Risoluzione X del piano focale</translation>
     </message>
     <message>
         <source>Focal plane res Y</source>
-        <translation type="unfinished"></translation>
+        <translation>Risoluzione Y del piano focale</translation>
     </message>
     <message>
         <source>Focal plan res. unit</source>
-        <translation type="unfinished"></translation>
+        <translation>Unità di risoluzione del piano focale</translation>
     </message>
 </context>
 <context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Errore GFL: &quot;%1&quot;</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>File: &quot;%1&quot;</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation type="unfinished"></translation>
+        <translation>Spazio libero insufficiente in &quot;%1&quot; per completare l&apos;operazione</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Impossibile scrivere nel file &quot;%1&quot;</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation type="unfinished"></translation>
+        <translation>File &quot;%1&quot; non trovato</translation>
     </message>
 </context>
 <context>
     <name>KLog</name>
     <message>
         <source>Critical error</source>
-        <translation type="unfinished"></translation>
+        <translation>Errore critico</translation>
     </message>
     <message>
         <source>Can not open file %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Impossibile aprire il file %1</translation>
     </message>
 </context>
 <context>
     <name>KSystemInfo</name>
     <message>
         <source>Bytes</source>
-        <translation type="unfinished"></translation>
+        <translation>byte</translation>
     </message>
     <message>
         <source>KB</source>
-        <translation type="unfinished"></translation>
+        <translation>KB</translation>
     </message>
     <message>
         <source>MB</source>
-        <translation type="unfinished"></translation>
+        <translation>MB</translation>
     </message>
     <message>
         <source>GB</source>
-        <translation type="unfinished"></translation>
+        <translation>GB</translation>
     </message>
     <message>
         <source>TB</source>
-        <translation type="unfinished"></translation>
+        <translation>TB</translation>
     </message>
 </context>
 <context>
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation type="unfinished"></translation>
+        <translation>Adobe® offre uno strumento gratuito per calibrare gli obiettivi, &quot;Lens Profile Creator&quot;. Questo plug-in ne usa i profili per eliminare dalle foto distorsione, vignettatura e aberrazione cromatica.</translation>
     </message>
 </context>
 <context>
     <name>Library</name>
     <message>
         <source>Comment</source>
-        <translation type="unfinished"></translation>
+        <translation>Commento</translation>
     </message>
 </context>
 <context>
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation type="unfinished"></translation>
+        <translation>Impossibile caricare il file &quot;%1&quot;</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizard</name>
     <message>
         <source>Prev</source>
-        <translation type="unfinished"></translation>
+        <translation>Precedente</translation>
     </message>
     <message>
         <source>Next</source>
-        <translation type="unfinished"></translation>
+        <translation>Successiva</translation>
     </message>
 </context>
 <context>
     <name>UIImageDefListWizardClass</name>
     <message>
         <source>WizardPage</source>
-        <translation type="unfinished"></translation>
+        <translation>Pagina della procedura guidata</translation>
     </message>
     <message>
         <source>Apply to all images</source>
-        <translation type="unfinished"></translation>
+        <translation>Applica a tutte le immagini</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreview</name>
     <message>
         <source>Select lens camera profiles Database directory</source>
-        <translation type="unfinished"></translation>
+        <translation>Seleziona la cartella dei profili obiettivo</translation>
     </message>
     <message>
         <source>Select lens camera profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Seleziona un profilo obiettivo</translation>
     </message>
     <message>
         <source>Profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profilo</translation>
     </message>
     <message>
         <source>Non supported file format</source>
-        <translation type="unfinished"></translation>
+        <translation>Formato di file non supportato</translation>
     </message>
     <message>
         <source>Preview is uptodate</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;anteprima è aggiornata</translation>
     </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>
     <message>
         <source>Vitrelux correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Correzione Vitrelux</translation>
     </message>
     <message>
         <source>Lens database</source>
-        <translation type="unfinished"></translation>
+        <translation>Database degli obiettivi</translation>
     </message>
     <message>
         <source>...</source>
-        <translation type="unfinished"></translation>
+        <translation>...</translation>
     </message>
     <message>
         <source>Lens profile</source>
-        <translation type="unfinished"></translation>
+        <translation>Profilo obiettivo</translation>
     </message>
     <message>
         <source>Message</source>
-        <translation type="unfinished"></translation>
+        <translation>Messaggio</translation>
     </message>
     <message>
         <source>Geometric distortion</source>
-        <translation type="unfinished"></translation>
+        <translation>Distorsione geometrica</translation>
     </message>
     <message>
         <source>Chromatic aberration</source>
-        <translation type="unfinished"></translation>
+        <translation>Aberrazione cromatica</translation>
     </message>
     <message>
         <source>Vignetting</source>
-        <translation type="unfinished"></translation>
+        <translation>Vignettatura</translation>
     </message>
     <message>
         <source>Split preview</source>
-        <translation type="unfinished"></translation>
+        <translation>Anteprima divisa</translation>
     </message>
 </context>
 </TS>

@@ -5,195 +5,264 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>Das korrigierte Bild würde das von „%1“ ersetzen</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Korrektur ist eingeschaltet</translation>
     </message>
     <message>
         <source>No lens profile is chosen</source>
-        <translation type="unfinished"></translation>
+        <translation>Kein Objektivprofil ist gewählt</translation>
     </message>
     <message>
         <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Objektivprofil „%1“: %2</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux: Objektivkorrektur</translation>
     </message>
     <message>
         <source>&amp;Back</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Zurück</translation>
     </message>
     <message>
         <source>&amp;Next</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Weiter</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Schließen</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>zu wenig Arbeitsspeicher</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>ohne Angabe eines Grundes gescheitert</translation>
     </message>
 </context>
 <context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Entfernen</translation>
     </message>
     <message>
         <source>Replace corrected pictures that exist already</source>
-        <translation type="unfinished"></translation>
+        <translation>Bereits vorhandene korrigierte Bilder ersetzen</translation>
     </message>
     <message>
         <source>Pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Bilder</translation>
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>Welche Bilder möchten Sie korrigieren? Jedes korrigierte Bild wird neben dem Original gespeichert, das unverändert bleibt.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Bild</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>Größe</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Ordner</translation>
     </message>
     <message>
         <source>Drop pictures or folders here</source>
-        <translation type="unfinished"></translation>
+        <translation>Bilder oder Ordner hierher ziehen</translation>
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation type="unfinished"></translation>
+        <translation>Bilder &amp;hinzufügen …</translation>
     </message>
     <message>
         <source>All files</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle Dateien</translation>
     </message>
     <message>
         <source>Add pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Bilder hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>Verzeichnung</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>keine Verzeichnungskoeffizienten</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>chromatische Aberration</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>nicht alle Modelle für Grün, Rot und Blau</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>Vignettierung</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>kein Vignettierungsmodell</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1 (Modell %2: %3)</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>enthält nichts, womit korrigiert werden kann: </translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>kann das Gewünschte nicht korrigieren: </translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>hat %1 Pixel, das Profil wurde für %2 erstellt; korrigiert wie der linke obere Teil eines solchen Bildes</translation>
     </message>
 </context>
 <context>
     <name>RunPage</name>
     <message>
         <source>Corrected</source>
-        <translation type="unfinished"></translation>
+        <translation>Korrigiert</translation>
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht angerührt: Das korrigierte Bild ist schon vorhanden</translation>
     </message>
     <message>
         <source>Failed</source>
-        <translation type="unfinished"></translation>
+        <translation>Fehlgeschlagen</translation>
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht korrigiert: vorher angehalten</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Anhalten</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Im &amp;Ordner anzeigen</translation>
     </message>
     <message>
         <source>Correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Korrektur</translation>
     </message>
     <message>
         <source>The pictures are corrected one after the other.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Bilder werden nacheinander korrigiert.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Bild</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>Ergebnis</translation>
     </message>
     <message>
         <source>Stops after the picture under way…</source>
-        <translation type="unfinished"></translation>
+        <translation>Hält nach dem laufenden Bild an …</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Bild %1 von %2: %3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
-        <translation type="unfinished"></translation>
+        <translation>Wird korrigiert …</translation>
     </message>
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n Bild korrigiert</numerusform>
+            <numerusform>%n Bilder korrigiert</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n left as they were</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n nicht angerührt</numerusform>
+            <numerusform>%n nicht angerührt</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n failed</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n fehlgeschlagen</numerusform>
+            <numerusform>%n fehlgeschlagen</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n not reached</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n nicht erreicht</numerusform>
+            <numerusform>%n nicht erreicht</numerusform>
         </translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>, </translation>
     </message>
     <message numerus="yes">
         <source>About %n second(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Noch etwa %n Sekunde</numerusform>
+            <numerusform>Noch etwa %n Sekunden</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>About %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Noch etwa %n Minute</numerusform>
+            <numerusform>Noch etwa %n Minuten</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>in den Ordner „%1“ kann nicht geschrieben werden: %2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>der Ordner „%1“ kann nicht angelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>„%1“ kann nicht geschrieben werden: %2</translation>
     </message>
 </context>
 </TS>

@@ -44,6 +44,17 @@
     </message>
 </context>
 <context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>not enough memory</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>failed without telling a reason</translation>
+    </message>
+</context>
+<context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
@@ -88,6 +99,49 @@
     <message>
         <source>Add pictures</source>
         <translation>Add pictures</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>distortion</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>no distortion coefficients</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>chromatic aberration</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>not all of the models of green, red and blue</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>vignetting</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>no vignette model</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1 (%2 model: %3)</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>holds nothing to correct by: </translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>can&apos;t correct what was asked for: </translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</translation>
     </message>
 </context>
 <context>
@@ -194,6 +248,21 @@
             <numerusform>About %n minute left</numerusform>
             <numerusform>About %n minutes left</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>cannot write into the folder &quot;%1&quot;: %2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>cannot make the folder &quot;%1&quot;: %2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>cannot write &quot;%1&quot;: %2</translation>
     </message>
 </context>
 </TS>

@@ -5,195 +5,264 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>La imagen corregida reemplazaría a la de «%1»</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>No hay ninguna corrección activada</translation>
     </message>
     <message>
         <source>No lens profile is chosen</source>
-        <translation type="unfinished"></translation>
+        <translation>No se ha elegido ningún perfil de objetivo</translation>
     </message>
     <message>
         <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Perfil de objetivo «%1»: %2</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux: corrección de objetivo</translation>
     </message>
     <message>
         <source>&amp;Back</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Atrás</translation>
     </message>
     <message>
         <source>&amp;Next</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Siguiente</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Cerrar</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Cancelar</translation>
+    </message>
+</context>
+<context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>memoria insuficiente</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>falló sin indicar el motivo</translation>
     </message>
 </context>
 <context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Quitar</translation>
     </message>
     <message>
         <source>Replace corrected pictures that exist already</source>
-        <translation type="unfinished"></translation>
+        <translation>Reemplazar las imágenes corregidas que ya existan</translation>
     </message>
     <message>
         <source>Pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Imágenes</translation>
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>¿Qué imágenes desea corregir? Cada imagen corregida se guarda junto al original, que no cambia.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Imagen</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>Tamaño</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Carpeta</translation>
     </message>
     <message>
         <source>Drop pictures or folders here</source>
-        <translation type="unfinished"></translation>
+        <translation>Arrastre aquí imágenes o carpetas</translation>
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation type="unfinished"></translation>
+        <translation>A&amp;ñadir imágenes…</translation>
     </message>
     <message>
         <source>All files</source>
-        <translation type="unfinished"></translation>
+        <translation>Todos los archivos</translation>
     </message>
     <message>
         <source>Add pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Añadir imágenes</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>distorsión</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>sin coeficientes de distorsión</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>aberración cromática</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>no están todos los modelos de verde, rojo y azul</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>viñeteo</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>sin modelo de viñeteo</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1 (modelo %2: %3)</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>no contiene nada con que corregir: </translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>no puede corregir lo solicitado: </translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>tiene %1 píxeles y el perfil se hizo para %2; se corrige como la parte superior izquierda de una imagen así</translation>
     </message>
 </context>
 <context>
     <name>RunPage</name>
     <message>
         <source>Corrected</source>
-        <translation type="unfinished"></translation>
+        <translation>Corregida</translation>
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation type="unfinished"></translation>
+        <translation>Sin cambios: la imagen corregida ya existe</translation>
     </message>
     <message>
         <source>Failed</source>
-        <translation type="unfinished"></translation>
+        <translation>Error</translation>
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation type="unfinished"></translation>
+        <translation>Sin corregir: se detuvo antes</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Detener</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Mostrar en la &amp;carpeta</translation>
     </message>
     <message>
         <source>Correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Corrección</translation>
     </message>
     <message>
         <source>The pictures are corrected one after the other.</source>
-        <translation type="unfinished"></translation>
+        <translation>Las imágenes se corrigen una tras otra.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Imagen</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>Resultado</translation>
     </message>
     <message>
         <source>Stops after the picture under way…</source>
-        <translation type="unfinished"></translation>
+        <translation>Se detendrá después de la imagen en curso…</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Imagen %1 de %2: %3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
-        <translation type="unfinished"></translation>
+        <translation>Corrigiendo…</translation>
     </message>
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n imagen corregida</numerusform>
+            <numerusform>%n imágenes corregidas</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n left as they were</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n sin cambios</numerusform>
+            <numerusform>%n sin cambios</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n failed</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n con error</numerusform>
+            <numerusform>%n con errores</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n not reached</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n sin procesar</numerusform>
+            <numerusform>%n sin procesar</numerusform>
         </translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>, </translation>
     </message>
     <message numerus="yes">
         <source>About %n second(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Queda %n segundo aproximadamente</numerusform>
+            <numerusform>Quedan unos %n segundos</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>About %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Queda %n minuto aproximadamente</numerusform>
+            <numerusform>Quedan unos %n minutos</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>no se puede escribir en la carpeta «%1»: %2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>no se puede crear la carpeta «%1»: %2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>no se puede escribir «%1»: %2</translation>
     </message>
 </context>
 </TS>

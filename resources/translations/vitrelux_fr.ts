@@ -5,195 +5,264 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;image corrigée remplacerait celle de « %1 »</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>Aucune correction n&apos;est activée</translation>
     </message>
     <message>
         <source>No lens profile is chosen</source>
-        <translation type="unfinished"></translation>
+        <translation>Aucun profil d&apos;objectif n&apos;est choisi</translation>
     </message>
     <message>
         <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Profil d&apos;objectif « %1 » : %2</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux : correction d&apos;objectif</translation>
     </message>
     <message>
         <source>&amp;Back</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Précédent</translation>
     </message>
     <message>
         <source>&amp;Next</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Suivant</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Fermer</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Annuler</translation>
+    </message>
+</context>
+<context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>mémoire insuffisante</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>échec sans motif indiqué</translation>
     </message>
 </context>
 <context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Retirer</translation>
     </message>
     <message>
         <source>Replace corrected pictures that exist already</source>
-        <translation type="unfinished"></translation>
+        <translation>Remplacer les images corrigées qui existent déjà</translation>
     </message>
     <message>
         <source>Pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Images</translation>
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>Quelles images voulez-vous corriger ? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Image</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>Dimensions</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Dossier</translation>
     </message>
     <message>
         <source>Drop pictures or folders here</source>
-        <translation type="unfinished"></translation>
+        <translation>Déposez ici des images ou des dossiers</translation>
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ajouter des images…</translation>
     </message>
     <message>
         <source>All files</source>
-        <translation type="unfinished"></translation>
+        <translation>Tous les fichiers</translation>
     </message>
     <message>
         <source>Add pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Ajouter des images</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>distorsion</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>pas de coefficients de distorsion</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>aberration chromatique</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>modèles du vert, du rouge et du bleu incomplets</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>vignetage</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>pas de modèle de vignetage</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1 (modèle %2 : %3)</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>ne contient rien pour corriger : </translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>ne peut pas corriger ce qui est demandé : </translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>compte %1 pixels, le profil a été fait pour %2 ; corrigée comme la partie supérieure gauche d&apos;une telle image</translation>
     </message>
 </context>
 <context>
     <name>RunPage</name>
     <message>
         <source>Corrected</source>
-        <translation type="unfinished"></translation>
+        <translation>Corrigée</translation>
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation type="unfinished"></translation>
+        <translation>Laissée telle quelle : l&apos;image corrigée existe déjà</translation>
     </message>
     <message>
         <source>Failed</source>
-        <translation type="unfinished"></translation>
+        <translation>Échec</translation>
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation type="unfinished"></translation>
+        <translation>Non corrigée : arrêt avant</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>A&amp;rrêter</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Afficher dans le &amp;dossier</translation>
     </message>
     <message>
         <source>Correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Correction</translation>
     </message>
     <message>
         <source>The pictures are corrected one after the other.</source>
-        <translation type="unfinished"></translation>
+        <translation>Les images sont corrigées l&apos;une après l&apos;autre.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Image</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>Résultat</translation>
     </message>
     <message>
         <source>Stops after the picture under way…</source>
-        <translation type="unfinished"></translation>
+        <translation>Arrêt après l&apos;image en cours…</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Image %1 sur %2 : %3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
-        <translation type="unfinished"></translation>
+        <translation>Correction en cours…</translation>
     </message>
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1 : %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n image corrigée</numerusform>
+            <numerusform>%n images corrigées</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n left as they were</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n laissée telle quelle</numerusform>
+            <numerusform>%n laissées telles quelles</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n failed</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n échec</numerusform>
+            <numerusform>%n échecs</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n not reached</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n non traitée</numerusform>
+            <numerusform>%n non traitées</numerusform>
         </translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>, </translation>
     </message>
     <message numerus="yes">
         <source>About %n second(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Encore %n seconde environ</numerusform>
+            <numerusform>Encore %n secondes environ</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>About %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Encore %n minute environ</numerusform>
+            <numerusform>Encore %n minutes environ</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>impossible d&apos;écrire dans le dossier « %1 » : %2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>impossible de créer le dossier « %1 » : %2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>impossible d&apos;écrire « %1 » : %2</translation>
     </message>
 </context>
 </TS>

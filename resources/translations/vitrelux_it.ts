@@ -5,195 +5,264 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>L&apos;immagine corretta sostituirebbe quella di &quot;%1&quot;</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>Nessuna correzione è attivata</translation>
     </message>
     <message>
         <source>No lens profile is chosen</source>
-        <translation type="unfinished"></translation>
+        <translation>Nessun profilo obiettivo è stato scelto</translation>
     </message>
     <message>
         <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Profilo obiettivo &quot;%1&quot;: %2</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux: correzione dell&apos;obiettivo</translation>
     </message>
     <message>
         <source>&amp;Back</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Indietro</translation>
     </message>
     <message>
         <source>&amp;Next</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Avanti</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Chiudi</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>Annulla</translation>
+    </message>
+</context>
+<context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>memoria insufficiente</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>non riuscita senza indicare un motivo</translation>
     </message>
 </context>
 <context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Rimuovi</translation>
     </message>
     <message>
         <source>Replace corrected pictures that exist already</source>
-        <translation type="unfinished"></translation>
+        <translation>Sostituisci le immagini corrette già esistenti</translation>
     </message>
     <message>
         <source>Pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Immagini</translation>
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>Quali immagini vuole correggere? Ogni immagine corretta viene salvata accanto all&apos;originale, che resta invariato.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Immagine</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>Dimensioni</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Cartella</translation>
     </message>
     <message>
         <source>Drop pictures or folders here</source>
-        <translation type="unfinished"></translation>
+        <translation>Trascini qui immagini o cartelle</translation>
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Aggiungi immagini…</translation>
     </message>
     <message>
         <source>All files</source>
-        <translation type="unfinished"></translation>
+        <translation>Tutti i file</translation>
     </message>
     <message>
         <source>Add pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>Aggiungi immagini</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>distorsione</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>nessun coefficiente di distorsione</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>aberrazione cromatica</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>non tutti i modelli di verde, rosso e blu</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>vignettatura</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>nessun modello di vignettatura</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1 (modello %2: %3)</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>non contiene nulla con cui correggere: </translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>non può correggere quanto richiesto: </translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>ha %1 pixel, il profilo è stato creato per %2; corretta come la parte in alto a sinistra di un&apos;immagine simile</translation>
     </message>
 </context>
 <context>
     <name>RunPage</name>
     <message>
         <source>Corrected</source>
-        <translation type="unfinished"></translation>
+        <translation>Corretta</translation>
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation type="unfinished"></translation>
+        <translation>Lasciata com&apos;era: l&apos;immagine corretta esiste già</translation>
     </message>
     <message>
         <source>Failed</source>
-        <translation type="unfinished"></translation>
+        <translation>Non riuscita</translation>
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation type="unfinished"></translation>
+        <translation>Non corretta: interrotto prima</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Ferma</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation type="unfinished"></translation>
+        <translation>Mostra nella &amp;cartella</translation>
     </message>
     <message>
         <source>Correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Correzione</translation>
     </message>
     <message>
         <source>The pictures are corrected one after the other.</source>
-        <translation type="unfinished"></translation>
+        <translation>Le immagini vengono corrette una dopo l&apos;altra.</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>Immagine</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>Risultato</translation>
     </message>
     <message>
         <source>Stops after the picture under way…</source>
-        <translation type="unfinished"></translation>
+        <translation>Si ferma dopo l&apos;immagine in corso…</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Immagine %1 di %2: %3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
-        <translation type="unfinished"></translation>
+        <translation>Correzione in corso…</translation>
     </message>
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n immagine corretta</numerusform>
+            <numerusform>%n immagini corrette</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n left as they were</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n lasciata com&apos;era</numerusform>
+            <numerusform>%n lasciate com&apos;erano</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n failed</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n non riuscita</numerusform>
+            <numerusform>%n non riuscite</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n not reached</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n non elaborata</numerusform>
+            <numerusform>%n non elaborate</numerusform>
         </translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>, </translation>
     </message>
     <message numerus="yes">
         <source>About %n second(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Circa %n secondo rimanente</numerusform>
+            <numerusform>Circa %n secondi rimanenti</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>About %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Circa %n minuto rimanente</numerusform>
+            <numerusform>Circa %n minuti rimanenti</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>impossibile scrivere nella cartella &quot;%1&quot;: %2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>impossibile creare la cartella &quot;%1&quot;: %2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>impossibile scrivere &quot;%1&quot;: %2</translation>
     </message>
 </context>
 </TS>

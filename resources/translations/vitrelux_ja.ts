@@ -5,189 +5,258 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation type="unfinished"></translation>
+        <translation>補正後の画像が「%1」のものを置き換えてしまいます</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
-        <translation type="unfinished"></translation>
+        <translation>補正が 1 つもオンになっていません</translation>
     </message>
     <message>
         <source>No lens profile is chosen</source>
-        <translation type="unfinished"></translation>
+        <translation>レンズプロファイルが選択されていません</translation>
     </message>
     <message>
         <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>レンズプロファイル「%1」：%2</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation type="unfinished"></translation>
+        <translation>Vitrelux：レンズ補正</translation>
     </message>
     <message>
         <source>&amp;Back</source>
-        <translation type="unfinished"></translation>
+        <translation>戻る(&amp;B)</translation>
     </message>
     <message>
         <source>&amp;Next</source>
-        <translation type="unfinished"></translation>
+        <translation>次へ(&amp;N)</translation>
     </message>
     <message>
         <source>&amp;Close</source>
-        <translation type="unfinished"></translation>
+        <translation>閉じる(&amp;C)</translation>
     </message>
     <message>
         <source>Cancel</source>
-        <translation type="unfinished"></translation>
+        <translation>キャンセル</translation>
+    </message>
+</context>
+<context>
+    <name>PictureRun</name>
+    <message>
+        <source>not enough memory</source>
+        <translation>メモリーが足りません</translation>
+    </message>
+    <message>
+        <source>failed without telling a reason</source>
+        <translation>理由の報告なしに失敗しました</translation>
     </message>
 </context>
 <context>
     <name>PicturesPage</name>
     <message>
         <source>&amp;Remove</source>
-        <translation type="unfinished"></translation>
+        <translation>削除(&amp;R)</translation>
     </message>
     <message>
         <source>Replace corrected pictures that exist already</source>
-        <translation type="unfinished"></translation>
+        <translation>すでにある補正後の画像を置き換える</translation>
     </message>
     <message>
         <source>Pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>画像</translation>
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation type="unfinished"></translation>
+        <translation>どの画像を補正しますか？補正後の画像は元の画像と同じ場所に保存され、元の画像は変更されません。</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>画像</translation>
     </message>
     <message>
         <source>Size</source>
-        <translation type="unfinished"></translation>
+        <translation>サイズ</translation>
     </message>
     <message>
         <source>Folder</source>
-        <translation type="unfinished"></translation>
+        <translation>フォルダー</translation>
     </message>
     <message>
         <source>Drop pictures or folders here</source>
-        <translation type="unfinished"></translation>
+        <translation>ここに画像やフォルダーをドロップ</translation>
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation type="unfinished"></translation>
+        <translation>画像を追加(&amp;A)…</translation>
     </message>
     <message>
         <source>All files</source>
-        <translation type="unfinished"></translation>
+        <translation>すべてのファイル</translation>
     </message>
     <message>
         <source>Add pictures</source>
-        <translation type="unfinished"></translation>
+        <translation>画像を追加</translation>
+    </message>
+</context>
+<context>
+    <name>ProfileUse</name>
+    <message>
+        <source>distortion</source>
+        <translation>歪曲収差</translation>
+    </message>
+    <message>
+        <source>no distortion coefficients</source>
+        <translation>歪曲収差の係数がありません</translation>
+    </message>
+    <message>
+        <source>chromatic aberration</source>
+        <translation>色収差</translation>
+    </message>
+    <message>
+        <source>not all of the models of green, red and blue</source>
+        <translation>緑・赤・青のモデルがそろっていません</translation>
+    </message>
+    <message>
+        <source>vignetting</source>
+        <translation>周辺減光</translation>
+    </message>
+    <message>
+        <source>no vignette model</source>
+        <translation>周辺減光のモデルがありません</translation>
+    </message>
+    <message>
+        <source>%1 (%2 model: %3)</source>
+        <translation>%1（モデル %2：%3）</translation>
+    </message>
+    <message>
+        <source>holds nothing to correct by: </source>
+        <translation>補正に使えるものがありません：</translation>
+    </message>
+    <message>
+        <source>can&apos;t correct what was asked for: </source>
+        <translation>指定された補正ができません：</translation>
+    </message>
+    <message>
+        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
+        <translation>%1 ピクセルですが、プロファイルは %2 用です。その大きさの画像の左上部分として補正しました</translation>
     </message>
 </context>
 <context>
     <name>RunPage</name>
     <message>
         <source>Corrected</source>
-        <translation type="unfinished"></translation>
+        <translation>補正しました</translation>
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation type="unfinished"></translation>
+        <translation>変更なし：補正後の画像がすでにあります</translation>
     </message>
     <message>
         <source>Failed</source>
-        <translation type="unfinished"></translation>
+        <translation>失敗</translation>
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation type="unfinished"></translation>
+        <translation>未補正：その前に停止しました</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation type="unfinished"></translation>
+        <translation>停止(&amp;S)</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation type="unfinished"></translation>
+        <translation>フォルダーに表示(&amp;F)</translation>
     </message>
     <message>
         <source>Correction</source>
-        <translation type="unfinished"></translation>
+        <translation>補正</translation>
     </message>
     <message>
         <source>The pictures are corrected one after the other.</source>
-        <translation type="unfinished"></translation>
+        <translation>画像を 1 枚ずつ順番に補正します。</translation>
     </message>
     <message>
         <source>Picture</source>
-        <translation type="unfinished"></translation>
+        <translation>画像</translation>
     </message>
     <message>
         <source>Result</source>
-        <translation type="unfinished"></translation>
+        <translation>結果</translation>
     </message>
     <message>
         <source>Stops after the picture under way…</source>
-        <translation type="unfinished"></translation>
+        <translation>処理中の画像が終わったら停止します…</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation type="unfinished"></translation>
+        <translation>画像 %1 / %2：%3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
-        <translation type="unfinished"></translation>
+        <translation>補正中…</translation>
     </message>
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation type="unfinished"></translation>
+        <translation>%1：%2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n 枚の画像を補正</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n left as they were</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n 枚は変更なし</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n failed</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n 枚は失敗</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>%n not reached</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>%n 枚は未処理</numerusform>
         </translation>
     </message>
     <message>
         <source>, </source>
-        <translation type="unfinished"></translation>
+        <translation>、</translation>
     </message>
     <message numerus="yes">
         <source>About %n second(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>残り約 %n 秒</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>About %n minute(s) left</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>残り約 %n 分</numerusform>
         </translation>
+    </message>
+</context>
+<context>
+    <name>WorkFolder</name>
+    <message>
+        <source>cannot write into the folder &quot;%1&quot;: %2</source>
+        <translation>フォルダー「%1」に書き込めません：%2</translation>
+    </message>
+    <message>
+        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <translation>フォルダー「%1」を作成できません：%2</translation>
+    </message>
+    <message>
+        <source>cannot write &quot;%1&quot;: %2</source>
+        <translation>「%1」を書き込めません：%2</translation>
     </message>
 </context>
 </TS>

@@ -99,6 +99,8 @@ private Q_SLOTS:
     void backKeepsWhatWasChosen();
     void remembersItsSize();
     void realPluginCorrects();
+    void speaksTheUsersLanguage_data();
+    void speaksTheUsersLanguage();
 
 private:
     QString Path(const QString &name) const { return m_dir->filePath(name); }
@@ -332,6 +334,33 @@ void WizardTest::realPluginCorrects()
     QCOMPARE(Rows("results"), QStringList(QStringLiteral("a.jpg|Corrected")));
     QCOMPARE(ReadBytes(Path(QStringLiteral("a_corrected.tiff"))).left(2), QByteArray("II"));
     m_wizard.reset(); // ahead of the plug-in
+}
+
+void WizardTest::speaksTheUsersLanguage_data()
+{
+    QTest::addColumn<QString>("locale");
+    QTest::addColumn<QString>("ofPlugin"); // a part of it
+    QTest::addColumn<QString>("ofWindow");
+    QTest::newRow("none, so English") << QStringLiteral("fi_FI") << QStringLiteral("This plugin reuse")
+                                      << QStringLiteral("lens correction"); // translators stay: it goes first
+    QTest::newRow("its country's") << QStringLiteral("zh_TW") << QStringLiteral("描述檔") << QStringLiteral("鏡頭校正");
+    QTest::newRow("another country's") << QStringLiteral("de_AT") << QStringLiteral("Verzeichnung")
+                                       << QStringLiteral("korrektur");
+}
+
+void WizardTest::speaksTheUsersLanguage()
+{
+    QFETCH(QString, locale);
+    QFETCH(QString, ofPlugin);
+    QFETCH(QString, ofWindow);
+    QLocale::setDefault(QLocale(locale));
+    static_cast<HostApplication *>(qApp)->TranslateWindows();
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+    QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
+    Show(plugin.Process(), {});
+    QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
+    m_wizard->close();
+    m_wizard.reset();
 }
 
 int main(int argc, char **argv)

@@ -1,0 +1,100 @@
+// The translations against the sources: complete, with every place marker, in all languages.
+#include <QDir>
+#include <QDomDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+QList<QDomElement> Descendants(const QDomNode &node, const char *tag)
+{
+    QList<QDomElement> found;
+    const QDomNodeList nodes = node.nodeType() == QDomNode::DocumentNode
+        ? node.toDocument().elementsByTagName(QLatin1String(tag))
+        : node.toElement().elementsByTagName(QLatin1String(tag));
+    for (int i = 0; i < nodes.size(); ++i)
+        found << nodes.at(i).toElement();
+    return found;
+}
+
+/// The messages of a translation file, by context and source text.
+QMap<QString, QDomElement> Messages(const QString &path)
+{
+    QFile file(path);
+    QDomDocument document;
+    QMap<QString, QDomElement> messages;
+    if (!file.open(QIODevice::ReadOnly) || !document.setContent(&file))
+        return messages;
+    for (const QDomElement &context : Descendants(document, "context")) {
+        const QString name = context.firstChildElement(QStringLiteral("name")).text();
+        for (const QDomElement &message : Descendants(context, "message"))
+            messages[name + QLatin1String(": ") + message.firstChildElement(QStringLiteral("source")).text()] = message;
+    }
+    return messages;
+}
+
+/// Place markers of a text, and its accelerator: a translation has the same ones.
+QStringList Markers(const QString &text)
+{
+    QStringList markers;
+    auto match = QRegularExpression(QStringLiteral("%L?([1-9]|n)|&(?=\\S)")).globalMatch(text);
+    while (match.hasNext())
+        markers << match.next().captured();
+    markers.sort();
+    return markers;
+}
+
+} // namespace
+
+class TranslationsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void complete_data();
+    void complete();
+
+private:
+    QTemporaryDir m_fromSources;
+};
+
+void TranslationsTest::initTestCase()
+{
+    QProcess update;
+    update.setProcessChannelMode(QProcess::ForwardedChannels);
+    update.start(QStringLiteral(VITRELUX_TRANSLATIONS "/update-translations"), {m_fromSources.path()});
+    QVERIFY(update.waitForFinished() && update.exitCode() == 0);
+}
+
+void TranslationsTest::complete_data()
+{
+    QTest::addColumn<QString>("name");
+    const QStringList names = QDir(m_fromSources.path()).entryList({QStringLiteral("*.ts")});
+    QCOMPARE(names.size(), 20); // ten languages of plug-in and program
+    for (const QString &name : names)
+        QTest::newRow(qPrintable(name)) << name;
+}
+
+void TranslationsTest::complete()
+{
+    QFETCH(QString, name);
+    const QMap<QString, QDomElement> wanted = Messages(m_fromSources.filePath(name));
+    const QMap<QString, QDomElement> present = Messages(QStringLiteral(VITRELUX_TRANSLATIONS "/") + name);
+    QVERIFY(!wanted.isEmpty());
+    QCOMPARE(present.keys(), wanted.keys()); // run resources/translations/update-translations, then translate
+    for (auto message = present.begin(); message != present.end(); ++message) {
+        const QDomElement translation = message->firstChildElement(QStringLiteral("translation"));
+        QVERIFY2(!translation.hasAttribute(QStringLiteral("type")), qPrintable(message.key())); // unfinished
+        QList<QDomElement> forms = Descendants(translation, "numerusform");
+        if (forms.isEmpty())
+            forms << translation;
+        for (const QDomElement &form : qAsConst(forms)) {
+            QVERIFY2(!form.text().trimmed().isEmpty(), qPrintable(message.key()));
+            QVERIFY2(Markers(form.text()) == Markers(message->firstChildElement(QStringLiteral("source")).text()),
+                     qPrintable(message.key() + QLatin1String(" -> ") + form.text()));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(TranslationsTest)
+#include "Translations_test.moc"

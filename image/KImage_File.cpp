@@ -15,14 +15,6 @@
 
 namespace {
 
-/// A loader's information record for the length of a scope.
-struct FileInformation : GFL_FILE_INFORMATION {
-    FileInformation() : GFL_FILE_INFORMATION() { }
-    ~FileInformation() { gflFreeFileInformation(this); }
-    FileInformation(const FileInformation &) = delete;
-    FileInformation &operator=(const FileInformation &) = delete;
-};
-
 struct BitmapDeleter {
     void operator()(GFL_BITMAP *bitmap) const { gflFreeBitmap(bitmap); }
 };

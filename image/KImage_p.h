@@ -30,6 +30,14 @@ inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, 
         && bitmap.BitsPerComponent == bitsPerComponent;
 }
 
+/// A loader's information record for the length of a scope.
+struct FileInformation : GFL_FILE_INFORMATION {
+    FileInformation() : GFL_FILE_INFORMATION() { }
+    ~FileInformation() { gflFreeFileInformation(this); }
+    FileInformation(const FileInformation &) = delete;
+    FileInformation &operator=(const FileInformation &) = delete;
+};
+
 /// Whether @p name ends with @p extension; letters of ASCII count as one in both cases unless @p caseSensitive.
 bool IsExtention(const std::string &name, const std::string &extension, bool caseSensitive);
 

@@ -11,6 +11,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <memory>
 
 /// Made by CreateAPicture alone, from the head and the metadata of a file; whole folders are described cheaply. Pixels
 /// live in the image cache and are lent from there.
@@ -138,9 +139,10 @@ public:
     QString m_id;                                 // IdOf(m_fileName)
 
 private:
+    static std::unique_ptr<ImageDef> Describe(const QString &path, bool withThumbnail);
     void Init();
-    void ApplyForcedSettings();
-    void SetThumbnails(const KImage &loaded);
+    bool ApplyExifMode();
+    void SetThumbnails(KImage &loaded);
     void SetMetadata(GFL_BITMAP *bitmap);
     void SetLensKind();
 };

@@ -1,6 +1,7 @@
 // Start and stop of the image module.
 #include "ImageDatas.h"
 #include "KImage.h"
+#include "KImageLoader.h"
 #include "KImage_p.h"
 #include "KOmp.h"
 #include "KTools.h"
@@ -12,6 +13,7 @@
 namespace {
 
 bool s_startedAlone = false; // this copy of the module made its own objects and started the image-file layer
+bool s_ownsCache = false;    // as then, and on a host that shares none
 
 /// The tables of cameras and lenses: "Data:cameras.txt", "Data:lensid.txt".
 void RegisterData()
@@ -47,6 +49,8 @@ void KImage::init(KImageInstances *instances)
     KTools::init(instances ? instances->tools : nullptr);
     if (instances) {
         ImageDatas::settings = instances->settings; // the image-file layer is the host's to start
+        if (instances->cache)
+            KImageCache::SetInstance(instances->cache);
     } else {
         ImageDatas::settings = new ImageDatas;
         gflLibraryInitEx(alloc_callback, realloc_callback, free_callback, nullptr);
@@ -54,12 +58,20 @@ void KImage::init(KImageInstances *instances)
         gflSetThreads(komp_num_threads);
         s_startedAlone = true;
     }
+    s_ownsCache = !instances || !instances->cache;
     ms_instances.tools = &KTools::ms_instances;
+    ms_instances.cache = &KImageCache::Instance();
     ms_instances.settings = ImageDatas::settings;
 }
 
 void KImage::exit()
 {
+    if (s_ownsCache) { // before the tool kernel, which removes the folders of the disk copies once they are empty
+        delete KImageCache::ms_instance;
+        KImageCache::SetInstance(nullptr);
+        ms_instances.cache = nullptr;
+        s_ownsCache = false;
+    }
     KTools::exit();
     if (!s_startedAlone)
         return;

@@ -1,0 +1,245 @@
+// What the image cache holds of one image: its description and its versions.
+#pragma once
+
+#include "CacheLocker.h"
+#include "ImageDef.h"
+#include "ImageVersion.h"
+#include "KException.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QPointer>
+
+#include <algorithm>
+#include <memory>
+
+template <typename Image, typename Loader> class ImageCache;
+
+/// Owned by the cache, which destroys it only while nobody is in a call of its image.
+///
+/// The mutex is held during a whole load: a second thread that wants the same image waits for it and finds the version,
+/// and different images load side by side. It is taken after the cache's mutex or without it, never before.
+template <typename Image, typename Loader> class ImageCacheItem {
+public:
+    using Version = ImageVersion<Image>;
+    using Cache = ImageCache<Image, Loader>;
+
+    /// What the limit of the cache needs to know of an item.
+    struct Usage {
+        qint64 bytes = 0;        // of the versions in memory, by their sizes
+        qint64 newest = -1;      // the greatest of their stamps, -1: none is in memory
+        bool isFreeable = false; // one of them isn't locked
+    };
+
+    ImageCacheItem(ImageDef *def, Cache *cache)
+    {
+        pImageDefCache = cache;
+        Adopt(def);
+    }
+    /// Frees all versions, with their disk copies, and the description if it still lives.
+    ~ImageCacheItem()
+    {
+        qDeleteAll(m_versions);
+        delete m_def.data();
+    }
+    ImageCacheItem(const ImageCacheItem &) = delete;
+    ImageCacheItem &operator=(const ImageCacheItem &) = delete;
+
+    /// The version of that size, at the image's depth or at 8 bits, loaded if need be. It stays the item's and in
+    /// memory until the matching Unlock. What throws leaves nothing locked.
+    Image *Lock(int width, int height, bool nativeDepth);
+    /// Lowers the lock count of a version; does nothing for one that isn't locked.
+    void Unlock(int width, int height, int depth);
+    bool IsInMemory(int width, int height, int depth);
+
+    /// Makes @p def the item's image, just described, and forgets all versions: the file may be another one now.
+    void Adopt(ImageDef *def);
+    /// Takes the pixels that are lent away from the item, and the image, which the item doesn't own any more.
+    QVector<Image *> Abandon();
+
+    void ReleaseFromMemory()
+    {
+        const CacheLocker locker(m_mutex);
+        Release_unlocked();
+    }
+    qint64 memUsed()
+    {
+        const CacheLocker locker(m_mutex);
+        return Usage_unlocked().bytes;
+    }
+    /// Whether some version in memory isn't locked.
+    bool memFreeable() const
+    {
+        const CacheLocker locker(m_mutex);
+        return Usage_unlocked().isFreeable;
+    }
+    // As the three above, without waiting for a load that is going on: of that item nothing is known or freed.
+    Usage TryUsage() const
+    {
+        const CacheLocker locker(m_mutex, std::try_to_lock);
+        return locker ? Usage_unlocked() : Usage();
+    }
+    void TryReleaseFromMemory()
+    {
+        if (const CacheLocker locker(m_mutex, std::try_to_lock); locker)
+            Release_unlocked();
+    }
+
+    // For the loader, which is called under the mutex.
+
+    /// The first version of that identity, or null.
+    Version *Find_unlocked(int width, int height, int depth);
+    /// The first version in memory of that depth that is wider and higher, or null.
+    Version *FindBiggerInMemory(int width, int height, int depth);
+    /// The name of the version's disk copy; one that has none gets one. Throws if no temporary folder has room.
+    QString fullCacheName(Version *version);
+
+    /// The cache whose count stamps the versions.
+    static inline Cache *pImageDefCache = nullptr;
+
+    QPointer<ImageDef> m_def;
+    QVector<Version *> m_versions; // owned, in the order of their making
+    mutable QMutex m_mutex;        // of all fields
+    bool m_reloadFromSource;       // evicted versions are read from the source file; false: from their disk copies
+
+private:
+    template <typename Test> Version *FirstVersion(Test test) const
+    {
+        const auto found = std::find_if(m_versions.cbegin(), m_versions.cend(), test);
+        return found == m_versions.cend() ? nullptr : *found;
+    }
+    Usage Usage_unlocked() const;
+    void Release_unlocked();
+    /// Frees what isn't lent; what is lent goes out of use.
+    void Forget_unlocked();
+};
+
+template <typename Image, typename Loader>
+Image *ImageCacheItem<Image, Loader>::Lock(int width, int height, bool nativeDepth)
+{
+    const CacheLocker locker(m_mutex);
+    const int depth = nativeDepth ? m_def->nDepth() : 8;
+    const qint64 stamp = pImageDefCache->m_accessCount;
+    if (Version *version = Find_unlocked(width, height, depth)) {
+        if (!version->m_inMemory)
+            Loader::Load(m_def, version, m_reloadFromSource, this);
+        ++version->m_lockCount;
+        version->m_lastUsed = stamp;
+        return version->m_image;
+    }
+    auto made = std::make_unique<Version>(width, height, depth, stamp);
+    Version *version = made.get();
+    if (Loader::GetVersion(m_def, version, m_reloadFromSource, this))
+        m_versions.append(made.release());
+    return version->m_image;
+}
+
+template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Unlock(int width, int height, int depth)
+{
+    const CacheLocker locker(m_mutex);
+    Version *const version = Find_unlocked(width, height, depth);
+    if (!version || version->m_lockCount == 0 || --version->m_lockCount > 0)
+        return;
+    qDeleteAll(version->m_retired);
+    version->m_retired.clear();
+}
+
+template <typename Image, typename Loader>
+bool ImageCacheItem<Image, Loader>::IsInMemory(int width, int height, int depth)
+{
+    const CacheLocker locker(m_mutex);
+    const Version *const version = Find_unlocked(width, height, depth);
+    return version && version->m_inMemory;
+}
+
+template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Adopt(ImageDef *def)
+{
+    const CacheLocker locker(m_mutex);
+    m_def = def;
+    m_reloadFromSource = def->nDepth() == 8 || !def->IsRaw();
+    Forget_unlocked();
+}
+
+template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Forget_unlocked()
+{
+    const auto forgotten = std::stable_partition(m_versions.begin(), m_versions.end(),
+                                                 [](const Version *version) { return version->m_lockCount > 0; });
+    qDeleteAll(forgotten, m_versions.end());
+    m_versions.erase(forgotten, m_versions.end());
+    for (Version *version : qAsConst(m_versions)) {
+        if (version->m_image)
+            version->m_retired.append(version->m_image);
+        version->m_image = nullptr;
+        version->m_inMemory = false;
+        version->RemoveDiskCopy();
+    }
+}
+
+template <typename Image, typename Loader> QVector<Image *> ImageCacheItem<Image, Loader>::Abandon()
+{
+    const CacheLocker locker(m_mutex);
+    m_def.clear();
+    Forget_unlocked();
+    QVector<Image *> lent;
+    for (Version *version : qAsConst(m_versions)) {
+        lent += version->m_retired;
+        version->m_retired.clear();
+    }
+    return lent;
+}
+
+template <typename Image, typename Loader>
+ImageVersion<Image> *ImageCacheItem<Image, Loader>::Find_unlocked(int width, int height, int depth)
+{
+    return FirstVersion([=](const Version *version) {
+        return version->m_width == width && version->m_height == height && version->m_depth == depth;
+    });
+}
+
+template <typename Image, typename Loader>
+ImageVersion<Image> *ImageCacheItem<Image, Loader>::FindBiggerInMemory(int width, int height, int depth)
+{
+    return FirstVersion([=](const Version *version) {
+        return version->m_inMemory && version->m_depth == depth && version->m_width > width
+            && version->m_height > height;
+    });
+}
+
+template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>::fullCacheName(Version *version)
+{
+    if (!version->m_cacheName.isEmpty())
+        return version->m_cacheName;
+    // Of one channel only: an estimate, for which the disk manager keeps a reserve.
+    const qint64 bytes = static_cast<qint64>(version->m_width) * version->m_height * (version->m_depth / 8);
+    KCacheDiskManager::init(nullptr); // whoever comes first makes it
+    version->m_cacheName = KCacheDiskManager::ms_instance->getTempFile(static_cast<quint64>(bytes));
+    if (version->m_cacheName.isEmpty())
+        throw KException(QCoreApplication::translate("KException", "No more space in temporary folder"), KPlace());
+    QDir().mkpath(QFileInfo(version->m_cacheName).path()); // it may have been tidied away since it was made
+    return version->m_cacheName;
+}
+
+template <typename Image, typename Loader>
+typename ImageCacheItem<Image, Loader>::Usage ImageCacheItem<Image, Loader>::Usage_unlocked() const
+{
+    Usage usage;
+    for (Version *version : m_versions) {
+        if (!version->m_inMemory)
+            continue;
+        usage.bytes += Loader::memSize(version);
+        usage.newest = std::max(usage.newest, version->m_lastUsed);
+        usage.isFreeable = usage.isFreeable || version->IsFreeable();
+    }
+    return usage;
+}
+
+template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Release_unlocked()
+{
+    for (Version *version : qAsConst(m_versions)) {
+        if (!version->IsFreeable())
+            continue;
+        version->m_inMemory = false;
+        Loader::Free(version);
+    }
+}

@@ -1,0 +1,342 @@
+// Describing files: what is refused, what the settings force, thumbnails, identity, and describing afresh.
+#include "PictureFiles.h"
+#include "Thrown.h"
+
+#include <QFileInfo>
+#include <QtTest>
+
+#include <exiv2/exiv2.hpp>
+#include <tiffio.h>
+
+namespace {
+
+void WriteTiff(const QString &path, int photometric, int channels, bool isTiled)
+{
+    TIFF *file = TIFFOpen(path.toUtf8().constData(), "w");
+    TIFFSetField(file, TIFFTAG_IMAGEWIDTH, 16);
+    TIFFSetField(file, TIFFTAG_IMAGELENGTH, 16);
+    TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, channels);
+    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, photometric);
+    TIFFSetField(file, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    QByteArray pixels(16 * 16 * channels, 'x');
+    if (isTiled) {
+        TIFFSetField(file, TIFFTAG_TILEWIDTH, 16);
+        TIFFSetField(file, TIFFTAG_TILELENGTH, 16);
+        TIFFWriteEncodedTile(file, 0, pixels.data(), pixels.size());
+    } else {
+        TIFFWriteEncodedStrip(file, 0, pixels.data(), pixels.size());
+    }
+    TIFFClose(file);
+}
+
+/// A Photoshop file of 2 by 2 pixels of 8 bits; @p mode 1 is grey, 4 CMYK, 9 Lab.
+QByteArray Photoshop(char mode, char channels)
+{
+    QByteArray file("8BPS\0\1\0\0\0\0\0\0\0", 13);
+    file += channels;
+    file += QByteArray("\0\0\0\2\0\0\0\2\0\10\0", 11);
+    file += mode;
+    return file + QByteArray(3 * 4 + 2, '\0') + QByteArray(4 * channels, '\x80');
+}
+
+/// A JPEG of 6 by 4 pixels by a camera that isn't in the table, with a lens of a 35 mm focal length.
+QString WriteWithExif(const QString &path, int focal35mm)
+{
+    WritePicture(path, "jpeg", 6, 4);
+    const Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
+    image->exifData()["Exif.Image.Make"] = "Nobody";
+    image->exifData()["Exif.Image.Model"] = "No camera";
+    image->exifData()["Exif.Photo.FocalLength"] = Exiv2::URational(static_cast<uint32_t>(focal35mm), 2);
+    image->exifData()["Exif.Photo.FocalLengthIn35mmFilm"] = static_cast<uint16_t>(focal35mm);
+    image->writeMetadata();
+    return path;
+}
+
+} // namespace
+
+class tst_ImageDef : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { KImage::init(nullptr); }
+    void cleanupTestCase() { KImage::exit(); }
+    void init() { *ImageDatas::settings = ImageDatas(); }
+
+    void suffixes_data();
+    void suffixes();
+    void refusals_data();
+    void refusals();
+    void exifModes_data();
+    void exifModes();
+    void lensKind_data();
+    void lensKind();
+    void thumbnails_data();
+    void thumbnails();
+    void identity();
+    void reload();
+    void filesThatGo();
+
+private:
+    QString Path(const char *name) const { return m_dir.filePath(QString::fromUtf8(name)); }
+    std::unique_ptr<ImageDef> Describe(const QString &path, bool withThumbnail = false)
+    {
+        ImageDef *image;
+        ImageDef::CreateAPicture(path, image, withThumbnail);
+        return std::unique_ptr<ImageDef>(image);
+    }
+
+    QTemporaryDir m_dir;
+};
+
+void tst_ImageDef::suffixes_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isPicture");
+    QTest::addColumn<bool>("isRaw");
+    QTest::addColumn<bool>("isHdr");
+    const auto row = [](const char *name, bool isPicture, bool isRaw, bool isHdr) {
+        QTest::newRow(name) << QString::fromLatin1(name) << isPicture << isRaw << isHdr;
+    };
+    row("a.JPG", true, false, false);
+    row("a.b.tIf", true, false, false);
+    row("a.neF", true, true, false);
+    row("a.mos", true, true, false); // asked of nobody else
+    row("a.EXR", true, false, true);
+    row("a.txt", false, false, false);
+    row("jpg", false, false, false);
+}
+
+void tst_ImageDef::suffixes()
+{
+    QFETCH(QString, name);
+    const QString path = m_dir.filePath(name);
+    QVERIFY(!ImageDef::IsAPicture(path)); // not there yet
+    WritePicture(path, "png", 4, 4);      // whatever its name
+    QTEST(ImageDef::IsAPicture(path), "isPicture");
+    const auto image = Describe(path);
+    QVERIFY(image);
+    QTEST(image->IsRaw(), "isRaw");
+    QTEST(image->m_isHdr, "isHdr");
+}
+
+void tst_ImageDef::refusals_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isServed");
+    QTest::addColumn<QString>("message");
+    const QString silent, grey = QStringLiteral("%1: gray pictures are not supported.\n");
+    const auto row = [this](const char *name, bool isServed, const QString &message) {
+        QVERIFY2(QFile::exists(Path(name)), name);
+        QTest::newRow(name) << QString::fromLatin1(name) << isServed
+                            << QString(message).replace(QStringLiteral("%1"), QString::fromLatin1(name));
+    };
+    for (const char *name : {"thumb.THM", "thumb.thm", "rgb.jpg"})
+        WritePicture(Path(name), "jpeg", 9, 7);
+    for (const char *name : {"grey.jpg", "grey.PSD.jpg"})
+        WritePicture(Path(name), "jpeg", 9, 7, GFL_GREY);
+    WritePicture(Path("rgba.png"), "png", 9, 7, GFL_RGBA, 16);
+    WriteTiff(Path("rgb.tif"), PHOTOMETRIC_RGB, 3, false);
+    WriteTiff(Path("tiled.tif"), PHOTOMETRIC_RGB, 3, true);
+    WriteTiff(Path("grey.tif"), PHOTOMETRIC_MINISBLACK, 1, false);
+    WriteTiff(Path("grey-alpha.tif"), PHOTOMETRIC_MINISBLACK, 2, false);
+    WriteTiff(Path("cmyk.tif"), PHOTOMETRIC_SEPARATED, 4, false);
+    WriteTiff(Path("lab.tif"), PHOTOMETRIC_CIELAB, 3, false);
+    WriteFile(Path("text.jpg"), "no picture");
+    row("thumb.THM", false, silent);
+    row("thumb.thm", false, silent);
+    row("rgb.jpg", true, silent);
+    row("rgba.png", true, silent);
+    row("rgb.tif", true, silent);
+    row("grey.jpg", false, grey);
+    row("grey.PSD.jpg", false, grey);
+    row("grey.tif", false, grey);
+    row("grey-alpha.tif", false, silent);
+    row("tiled.tif", false, silent);
+    row("cmyk.tif", false, silent);
+    row("lab.tif", false, silent);
+    row("text.jpg", false, silent);
+    if (!gflHasGoodExtension(".psd"))
+        return;
+    WriteFile(Path("grey.psd"), Photoshop(1, 1));
+    WriteFile(Path("cmyk.PSD"), Photoshop(4, 4));
+    WriteFile(Path("lab.psb.psd"), Photoshop(9, 3));
+    row("grey.psd", true, silent);
+    row("cmyk.PSD", true, silent);
+    row("lab.psb.psd", true, silent);
+}
+
+void tst_ImageDef::refusals()
+{
+    QFETCH(QString, name);
+    for (bool withThumbnail : {false, true}) {
+        ImageDef::g_ErrorMessages.clear();
+        const auto image = Describe(m_dir.filePath(name), withThumbnail);
+        QTEST(image != nullptr, "isServed");
+        QTEST(ImageDef::g_ErrorMessages, "message");
+        if (image)
+            QCOMPARE(image->FileName(), m_dir.filePath(name));
+    }
+}
+
+void tst_ImageDef::exifModes_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("focal"); // of the file; 0: it has no EXIF
+    QTest::addColumn<bool>("hasExif");
+    QTest::addColumn<float>("focalTold");
+    QTest::addColumn<double>("ratio");
+    QTest::addColumn<double>("k1");
+    QTest::addColumn<int>("model");
+    const auto row = [](int mode, int focal, bool hasExif, float told, double ratio, double k1, int model) {
+        QTest::addRow("mode %d, %d mm", mode, focal) << mode << focal << hasExif << told << ratio << k1 << model;
+    };
+    row(0, 0, false, 0, 0, 0, 0);
+    row(0, 60, true, 60, 2, 0, 0);
+    row(3, 60, true, 60, 2, 0, 0); // as 0
+    row(1, 0, true, 70, 0, 0, 1);  // already so before the file is looked at, hence no ratio
+    row(1, 60, true, 60, 2, 0, 0);
+    row(2, 0, true, 80, 1, 0.5, 1);
+    row(2, 60, true, 80, 1, 0.5, 1);
+}
+
+void tst_ImageDef::exifModes()
+{
+    QFETCH(int, mode);
+    QFETCH(int, focal);
+    ImageDatas &settings = *ImageDatas::settings;
+    settings.exifMode = mode;
+    settings.exifDefaultFocal35mm = 70;
+    settings.exifForcedFocal35mm = 80;
+    settings.exifForcedK1 = 0.5F;
+    settings.exifDefaultLensModel = settings.exifForcedLensModel = 1;
+    const QString path = Path("mode.jpg");
+    const auto image = Describe(focal ? WriteWithExif(path, focal) : WritePicture(path, "jpeg", 6, 4));
+    QTEST(image->HasExif(), "hasExif");
+    QTEST(image->GetFocal(), "focalTold");
+    QTEST(image->m_shooting.focalRatio, "ratio");
+    QTEST(image->m_shooting.distortionK1, "k1");
+    QTEST(image->Model(), "model");
+}
+
+void tst_ImageDef::lensKind_data()
+{
+    QTest::addColumn<int>("focal");
+    QTest::addColumn<int>("model");
+    QTest::newRow("just wide enough for a fisheye") << 15 << 1;
+    QTest::newRow("just not") << 16 << 0;
+}
+
+void tst_ImageDef::lensKind()
+{
+    QFETCH(int, focal);
+    QTEST(Describe(WriteWithExif(Path("kind.jpg"), focal))->Model(), "model");
+}
+
+void tst_ImageDef::thumbnails_data()
+{
+    QTest::addColumn<QSize>("picture");
+    QTest::addColumn<QSize>("stand-in"); // largest power of two, to 32, that covers 128 by 128 in one direction
+    QTest::addColumn<QSize>("real");     // reduced until one side is within 128, at most 32 times
+    QTest::addColumn<QRect>("filled");   // of the small one
+    QTest::newRow("6000 by 4000") << QSize(6000, 4000) << QSize(187, 125) << QSize(187, 125) << QRect(0, 21, 128, 85);
+    QTest::newRow("upright") << QSize(300, 600) << QSize(75, 150) << QSize(75, 150) << QRect(32, 0, 64, 128);
+    QTest::newRow("smaller than the box") << QSize(60, 40) << QSize(60, 40) << QSize(60, 40) << QRect(34, 44, 60, 40);
+    QTest::newRow("strip") << QSize(4800, 20) << QSize(150, 1) << QSize(4800, 20) << QRect(0, 63, 128, 1);
+    QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1) << QSize(1, 1) << QRect(63, 63, 1, 1);
+}
+
+void tst_ImageDef::thumbnails()
+{
+    QFETCH(QSize, picture);
+    QFETCH(QRect, filled);
+    const auto sizeOf = [](const KImage *image) { return QSize(image->width(), image->height()); };
+    const auto image = Describe(WritePicture(Path("t.jpg"), "jpeg", picture.width(), picture.height()), true);
+    QVERIFY(image);
+    QTEST(sizeOf(image->m_highResThumbnail), "stand-in");
+    const QImage small = image->m_thumbnail;
+    QCOMPARE(small.size(), QSize(128, 128));
+    QRect found;
+    for (int y = 0; y < 128; ++y) {
+        for (int x = 0; x < 128; ++x)
+            found |= qAlpha(small.pixel(x, y)) ? QRect(x, y, 1, 1) : QRect();
+    }
+    QCOMPARE(found, filled);
+    QCOMPARE(image->GetThumbnail()->toImage().convertToFormat(small.format()), small);
+    QCOMPARE(image->GetThumbnail(), image->GetThumbnail());
+    QTEST(sizeOf(image->GetHighResThumbnail32()), "real");
+    QVERIFY(image->m_highResReady);
+    QVERIFY(image->memSize() > 128 * 128 * 4);
+}
+
+void tst_ImageDef::identity()
+{
+    // MD5 of the text "/a/b.jpg", by md5sum
+    QCOMPARE(ImageDef::IdOf(QStringLiteral("/a/b.jpg")), QStringLiteral("13b7cf79c88a1e69c00837221ab2ea93"));
+    QCOMPARE(ImageDef::IdOf(QStringLiteral("/a/b.jpg") + QChar(0) + QStringLiteral("c")),
+             ImageDef::IdOf(QStringLiteral("/a/b.jpg")));
+    const QString path = WritePicture(Path("id.jpg"), "jpeg", 8, 6);
+    QVERIFY(!ImageDef::Find(path));
+    ImageDef *const image = Picture(path);
+    QCOMPARE(ImageDef::Find(path), image);
+    QCOMPARE(Picture(path), image);
+    QVERIFY(!ImageDef::Find(m_dir.path() + QStringLiteral("/./id.jpg")));
+    QVERIFY(!Picture(Path("none.jpg")));
+
+    ImageDef copy(*image), assigned;
+    assigned.m_id = QStringLiteral("own");
+    assigned = *image;
+    QCOMPARE(copy.nCols(), 8);
+    QVERIFY(copy.m_id.isEmpty());
+    QCOMPARE(assigned.m_id, QStringLiteral("own"));
+    ImageDef::Delete(path);
+    QVERIFY(!ImageDef::Find(path));
+}
+
+void tst_ImageDef::reload()
+{
+    const QString path = WritePicture(Path("re.jpg"), "jpeg", 40, 30);
+    ImageDef *const image = Picture(path);
+    image->m_model = 1;
+    image->m_userGeometry.values[2] = 5;
+    const KImage *const lent = image->Lock(20, 15, true);
+    WriteFile(path, "no picture");
+    QVERIFY(!image->Reload());
+    QVERIFY(image->IsCached(20, 15, true) && image->nCols() == 40);
+
+    WritePicture(path, "jpeg", 80, 60);
+    QVERIFY(image->Reload());
+    QCOMPARE(image->nCols(), 80);
+    QCOMPARE(image->Model(), 1);
+    QCOMPARE(image->m_userGeometry.values[2], 5.0);
+    QVERIFY(!image->IsCached(20, 15, true));
+    QCOMPARE(lent->width(), 20); // still there
+    const KImage *const again = image->Lock(20, 15, true);
+    QVERIFY(again != lent);
+    image->Unlock(20, 15, true); // whichever it was: both stay
+    QCOMPARE(lent->width() + again->width(), 40);
+    image->Unlock(20, 15, true);
+    image->ReleaseFromMemory();
+    QVERIFY(!image->IsCached(20, 15, true));
+    ImageDef::Delete(image);
+}
+
+void tst_ImageDef::filesThatGo()
+{
+    const QString path = WritePicture(Path("go.jpg"), "jpeg", 40, 30);
+    ImageDef *const image = Picture(path);
+    QFile::rename(path, path + QLatin1Char('x'));
+    const auto lock = [image] { image->LockFullSize(true); };
+    QCOMPARE(Thrown(lock), QStringLiteral("File \"%1\" is not found").arg(path));
+    image->UnlockFullSize(true); // was never locked
+    WriteFile(path, "no picture");
+    QVERIFY(Thrown(lock).contains(QStringLiteral("GFL_ERROR_UNKNOWN_FORMAT")));
+    QFile::remove(path);
+    QFile::rename(path + QLatin1Char('x'), path);
+    QCOMPARE(image->LockFullSize(true)->width(), 40); // nothing was left behind
+    image->UnlockFullSize(true);
+    QCOMPARE(KImageCache::Instance().m_items.value(image->m_id)->m_versions.first()->m_lockCount, 0);
+    ImageDef::Delete(image);
+}
+
+QTEST_MAIN(tst_ImageDef)
+#include "ImageDef_test.moc"

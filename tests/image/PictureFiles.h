@@ -1,0 +1,33 @@
+// Small picture files for the tests of descriptions and of the cache.
+#pragma once
+
+#include "Bitmaps.h"
+#include "ImageDatas.h"
+#include "KImageLoader.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+inline QString WriteFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
+}
+
+/// Random pixels; JPEG gets a ramp.
+inline QString WritePicture(const QString &path, const char *format, int width, int height, int type = GFL_RGB,
+                            int bits = 8)
+{
+    const bool isJpeg = qstrcmp(format, "jpeg") == 0;
+    const BitmapPtr bitmap = isJpeg ? SmoothBitmap(width, height, type, bits) : RandomBitmap(width, height, type, bits);
+    const GFL_SAVE_PARAMS params = SaveParams(format);
+    return gflSaveBitmapUTF8(path.toUtf8().constData(), bitmap.get(), &params) == GFL_NO_ERROR ? path : QString();
+}
+
+/// The image of a path in the cache, described without thumbnail if it isn't there; null for what is no picture.
+inline ImageDef *Picture(const QString &path)
+{
+    ImageDef *image = nullptr;
+    ImageDef::IsAPicture(path, image, /*withThumbnail=*/false);
+    return image;
+}

@@ -16,6 +16,8 @@ constexpr Factory kCodecs[] = {
     TiffCodec,
     JpegCodec,
     PngCodec,
+    HdrCodec,
+    PsdCodec,
     ExrCodec,
 };
 

@@ -81,5 +81,7 @@ const Codec &JpegCodec();
 const Codec &RawCodec();
 const Codec &ExrCodec();
 const Codec &PngCodec();
+const Codec &HdrCodec();
+const Codec &PsdCodec();
 
 } // namespace imagefile

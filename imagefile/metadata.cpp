@@ -3,6 +3,7 @@
 #include "big_tiff_view.h"
 #include "photoshop_resources.h"
 #include "png_metadata.h"
+#include "psd_layout.h"
 
 #include <algorithm>
 #include <array>
@@ -123,6 +124,8 @@ Metadata ReadMetadata(const Source &source)
     StartExiv2();
     if (IsPng(source))
         return ReadPngMetadata(source);
+    if (IsPsd(source))
+        return ReadPsdMetadata(source);
     Metadata metadata;
     Bytes view; // outlives the image that reads it
     Exiv2::Image::AutoPtr image;

@@ -6,6 +6,7 @@
 namespace imagefile {
 
 enum class PhotoshopResource : std::uint16_t {
+    Resolution = 0x03ED,
     Iptc = 0x0404,
     Icc = 0x040F,
     Exif = 0x0422, // a TIFF

@@ -1,0 +1,40 @@
+// Bytes of a file in their order, for the formats that we read ourselves.
+#pragma once
+
+#include "source.h"
+
+#include <vector>
+
+namespace imagefile {
+
+/// Reads on from a position, by pieces. A read behind the end fails, and so does every one after it: callers may read
+/// several values and ask once.
+class ByteReader {
+public:
+    /// The source must outlive the reader.
+    explicit ByteReader(const Source &source, std::uint64_t at = 0);
+
+    bool Failed() const { return m_failed; }
+    /// Of the next byte.
+    std::uint64_t Position() const { return m_pieceAt + m_next; }
+    std::uint64_t Left() const { return m_source.Size() - Position(); }
+
+    /// The next byte; 0 behind the end.
+    std::uint8_t Byte() { return m_next < m_piece.size() || Fetch() ? m_piece[m_next++] : std::uint8_t(0); }
+    /// A big-endian number of 1 to 8 bytes; 0 behind the end.
+    std::uint64_t Number(int bytes);
+    bool Read(void *data, std::size_t size);
+    bool Skip(std::uint64_t size);
+
+private:
+    bool Fetch();
+    bool Fail();
+
+    const Source &m_source;
+    std::uint64_t m_pieceAt;
+    std::vector<std::uint8_t> m_piece;
+    std::size_t m_next = 0;
+    bool m_failed = false;
+};
+
+} // namespace imagefile

@@ -1,0 +1,49 @@
+// Radiance HDR, our own: the format's face. Reading stands in hdr_read.cpp, writing in hdr_write.cpp.
+#include "hdr_codec.h"
+
+#include <cstring>
+
+namespace imagefile {
+
+namespace {
+
+class Hdr : public Codec {
+public:
+    const char *Name() const override { return "hdri"; }
+
+    const std::vector<std::string> &Suffixes() const override
+    {
+        static const std::vector<std::string> suffixes = {".hdr", ".rgbe"};
+        return suffixes;
+    }
+
+    bool Probe(const std::uint8_t *head, const std::string &) const override
+    {
+        return std::memcmp(head, "#?RADIANCE", 10) == 0 || std::memcmp(head, "#?RGBE", 6) == 0;
+    }
+
+    Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
+    {
+        return ReadHdrInfo(source, info);
+    }
+
+    Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
+    {
+        return ReadHdrPixels(source, rows);
+    }
+
+    Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
+    {
+        return WriteHdr(bitmap, options, sink);
+    }
+};
+
+} // namespace
+
+const Codec &HdrCodec()
+{
+    static const Hdr codec;
+    return codec;
+}
+
+} // namespace imagefile

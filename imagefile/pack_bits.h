@@ -1,0 +1,15 @@
+// PackBits, the packing of Photoshop's rows.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace imagefile {
+
+/// Unpacks exactly @p size bytes; false when the packed ones hold fewer, or a run goes beyond.
+bool UnpackBits(const std::uint8_t *packed, std::size_t packedSize, std::uint8_t *out, std::size_t size);
+
+/// Adds the packed form of a row to @p out: at most a 128th longer, and one byte.
+void PackBits(const std::uint8_t *row, std::size_t size, std::vector<std::uint8_t> *out);
+
+} // namespace imagefile

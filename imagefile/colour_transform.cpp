@@ -52,11 +52,12 @@ Status ColourTransform::Start(ColourCoding coding, const Bytes &profile, int bit
     if (!from && isInk)
         return Status::Ok();
     const ProfilePtr to(cmsCreate_sRGBProfile());
-    const cmsUInt32Number space = isInk ? PT_CMYK : coding == ColourCoding::LabV2 ? PT_LabV2 : PT_Lab;
+    const cmsUInt32Number space = isInk ? PT_CMYK : PT_Lab;
+    // A table instead of Lab's formula would show in the shadows, where sRGB is steep.
     const cmsHTRANSFORM transform = from && to
         ? cmsCreateTransform(from.get(), Format(space, isInk ? 4 : 3, bits, hasAlpha), to.get(),
                              Format(PT_RGB, 3, bits, hasAlpha), INTENT_RELATIVE_COLORIMETRIC,
-                             cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_COPY_ALPHA)
+                             cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_COPY_ALPHA | (isInk ? 0u : cmsFLAGS_NOOPTIMIZE))
         : nullptr;
     if (transform)
         m_engine = std::make_unique<Engine>(transform);

@@ -9,9 +9,8 @@ namespace imagefile {
 
 /// How samples that are to become RGB are coded, over the full range of their type.
 enum class ColourCoding {
-    Cmyk,  // full range: all of the ink
-    Lab,   // lightness 0 to 100; a and b from -128 to 127 (ICC version 4)
-    LabV2, // 16 bits only: 65,280 stands for a lightness of 100, 32,768 for a or b of 0 (ICC version 2)
+    Cmyk, // full range: all of the ink
+    Lab,  // lightness 0 to 100; a and b from -128 to 127 (ICC version 4)
 };
 
 /// One kind of conversion, to sRGB. By lcms2 for Lab, and for inks that come with their profile; inks without one, or

@@ -1,3 +1,4 @@
+#include "colour_transform.h"
 #include "jpeg_codec.h"
 
 #include <jerror.h>
@@ -76,12 +77,6 @@ void LimitScans(j_common_ptr cinfo)
     std::longjmp(error->out, 1);
 }
 
-// Multiplies ink by black, both as 255 for none.
-std::uint8_t Multiply(unsigned a, unsigned b)
-{
-    return static_cast<std::uint8_t>((a * b + 127) / 255);
-}
-
 /// One decoding. Members are what a jump must not leave behind undestroyed.
 class Decoder {
 public:
@@ -99,6 +94,7 @@ private:
     bool TryStart();
     bool TryRows(RowSink *rows);
     void ChooseScale(const Box &box);
+    Status StartInks();
     void ReadCmykRow(std::uint8_t *row);
     bool IsCmyk() const { return m_cinfo.num_components == 4; }
     Status Failure() const;
@@ -109,6 +105,7 @@ private:
     jpeg_progress_mgr m_progress = {};
     std::unique_ptr<Input> m_input;
     std::vector<std::uint8_t> m_cmykRow;
+    ColourTransform m_inks;
     bool m_manyScans = false;
 };
 
@@ -163,15 +160,14 @@ bool Decoder::TryRows(RowSink *rows)
     return true;
 }
 
-// Without a profile: paper white times what each ink leaves. Adobe's files hold the inks inverted.
 void Decoder::ReadCmykRow(std::uint8_t *row)
 {
     JSAMPROW cmyk = m_cmykRow.data();
     jpeg_read_scanlines(&m_cinfo, &cmyk, 1);
-    const unsigned flip = m_cinfo.saw_Adobe_marker ? 0 : 255;
-    for (JDIMENSION x = 0; x < m_cinfo.output_width; ++x, cmyk += 4, row += 3)
-        for (int c = 0; c < 3; ++c)
-            row[c] = Multiply(cmyk[c] ^ flip, cmyk[3] ^ flip);
+    if (m_cinfo.saw_Adobe_marker) // Adobe's files hold what the inks leave of the paper
+        for (std::uint8_t &ink : m_cmykRow)
+            ink = static_cast<std::uint8_t>(~ink);
+    m_inks.Row(cmyk, row, m_cinfo.output_width);
 }
 
 Status Decoder::Failure() const
@@ -224,6 +220,12 @@ Status Decoder::CheckComplete()
     return Status::Ok();
 }
 
+Status Decoder::StartInks()
+{
+    m_cmykRow.resize(std::size_t(m_cinfo.output_width) * 4);
+    return m_inks.Start(ColourCoding::Cmyk, ReadMetadata(*m_input->source).icc, 8, /*hasAlpha=*/false);
+}
+
 Status Decoder::ReadRows(const Box *box, RowSink *rows)
 {
     const int components = m_cinfo.num_components;
@@ -232,8 +234,8 @@ Status Decoder::ReadRows(const Box *box, RowSink *rows)
         ChooseScale(*box);
     if (!TryStart())
         return Failure();
-    if (IsCmyk())
-        m_cmykRow.resize(std::size_t(m_cinfo.output_width) * 4);
+    if (Status status = IsCmyk() ? StartInks() : Status::Ok(); !status)
+        return status;
     const PixelForm form = {8, components == 1 ? 1 : 3};
     Status status = rows->Start(static_cast<int>(m_cinfo.output_width), static_cast<int>(m_cinfo.output_height), form);
     if (!status)
@@ -251,8 +253,8 @@ std::uint16_t Dpi(unsigned density, unsigned unit)
 
 void Decoder::Describe(GFL_FILE_INFORMATION *info) const
 {
-    std::snprintf(info->Description, sizeof info->Description, "%s",
-                  m_cinfo.progressive_mode ? "JPEG progressive" : "JPEG");
+    std::snprintf(info->Description, sizeof info->Description, "JPEG%s%s",
+                  m_cinfo.progressive_mode ? " progressive" : "", IsCmyk() ? " CMYK" : "");
     info->Width = static_cast<std::int32_t>(m_cinfo.image_width);
     info->Height = static_cast<std::int32_t>(m_cinfo.image_height);
     info->BitsPerComponent = 8;

@@ -107,6 +107,10 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
         [[fallthrough]];
     case PHOTOMETRIC_CIELAB:
     case PHOTOMETRIC_ICCLAB:
+        layout->colour = TiffColour::Lab;
+        if ((layout->bits != 8 && layout->bits != 16) || layout->samples < 3)
+            return Unknown(Text("Lab of %d bits, %d samples", layout->bits, layout->samples));
+        return Status::Ok();
     case PHOTOMETRIC_ITULAB:
     case PHOTOMETRIC_LOGL:
     case PHOTOMETRIC_LOGLUV:
@@ -119,7 +123,7 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
 
 int ColourSamples(TiffColour colour)
 {
-    return colour == TiffColour::Rgb ? 3 : colour == TiffColour::Cmyk ? 4 : 1;
+    return colour == TiffColour::Rgb || colour == TiffColour::Lab ? 3 : colour == TiffColour::Cmyk ? 4 : 1;
 }
 
 // The sample that holds opacity, or -1.
@@ -166,6 +170,8 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
     if (layout->samples < colours)
         return Damaged(Text("%d samples a pixel where %d are needed", layout->samples, colours));
     layout->isFloat = sampleFormat == SAMPLEFORMAT_IEEEFP;
+    if (layout->isFloat && layout->colour == TiffColour::Lab)
+        return Unknown("Lab in floating point");
     for (int i = 0; i < colours; ++i)
         layout->used.push_back(i);
     const int opacity = layout->colour == TiffColour::Palette ? -1 : FindOpacity(handle, colours, layout);

@@ -14,7 +14,8 @@ enum class TiffColour {
     Rgb,
     Palette,
     Cmyk,
-    Other, // YCbCr, Lab, LogLuv: by libtiff's own conversion to 8-bit RGB
+    Lab,   // of 8 or 16 bits
+    Other, // YCbCr, LogLuv, and Lab as fax machines store it: by libtiff's own conversion to 8-bit RGB
 };
 
 /// How pixels are stored, and the form in which they are delivered:
@@ -26,8 +27,8 @@ enum class TiffColour {
 ///   | unsigned, 24 or 32 bits; float, 16 to 64 | 32 bits, float                         |
 ///   | 1 bit, palette                           | RGB of 8 bits                          |
 ///   | grey, RGB                                | grey, RGB; RGBA with an opacity sample |
-///   | CMYK                                     | RGB                                    |
-///   | YCbCr, Lab, LogLuv                       | RGB of 8 bits                          |
+///   | CMYK; Lab of 8 or 16 bits                | RGB; RGBA with an opacity sample       |
+///   | YCbCr, LogLuv, ITU Lab                   | RGB of 8 bits                          |
 ///
 /// Opacity is an extra sample that says so, or the only extra sample of grey or RGB. Other extra samples are left out.
 struct TiffLayout {

@@ -182,10 +182,24 @@ void BandReader::UnpackRow(int rowInBand, void *dst) const
     }
 }
 
-Status ReadBands(BandReader *reader, RowSink *rows)
+// The profile of the inks is looked for only here: most pictures are of other colours.
+Status StartTransform(const Source &source, const TiffLayout &layout, ColourTransform *transform)
+{
+    const bool hasAlpha = layout.form.channels == 4;
+    if (layout.colour == TiffColour::Cmyk)
+        return transform->Start(ColourCoding::Cmyk, ReadMetadata(source).icc, layout.form.bits, hasAlpha);
+    if (layout.colour == TiffColour::Lab)
+        return transform->Start(ColourCoding::Lab, {}, layout.form.bits, hasAlpha);
+    return Status::Ok();
+}
+
+Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
 {
     const TiffLayout &layout = reader->Layout();
     if (Status status = reader->Start(); !status)
+        return status;
+    ColourTransform transform;
+    if (Status status = StartTransform(source, layout, &transform); !status)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
         return status;
@@ -201,7 +215,7 @@ Status ReadBands(BandReader *reader, RowSink *rows)
         std::uint8_t *row = rows->Row(y);
         void *unpacked = scratch.empty() ? row : scratch.data();
         reader->UnpackRow(rowInBand, unpacked);
-        FinishRow(layout, unpacked, row);
+        FinishRow(layout, &transform, unpacked, row);
         rows->Done(y);
     }
     return Status::Ok();
@@ -232,9 +246,9 @@ Status ReadForeign(const BandReader &reader, RowSink *rows)
     return Status::Ok();
 }
 
-Status ReadOpened(BandReader *reader, RowSink *rows)
+Status ReadOpened(const Source &source, BandReader *reader, RowSink *rows)
 {
-    return reader->Layout().colour == TiffColour::Other ? ReadForeign(*reader, rows) : ReadBands(reader, rows);
+    return reader->Layout().colour == TiffColour::Other ? ReadForeign(*reader, rows) : ReadBands(source, reader, rows);
 }
 
 std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
@@ -248,8 +262,6 @@ std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
 GflColorModel ColorModelOf(const TiffLayout &layout)
 {
     switch (layout.photometric) {
-    case PHOTOMETRIC_CIELAB:
-    case PHOTOMETRIC_ICCLAB:
     case PHOTOMETRIC_ITULAB:
         return GFL_CM_LAB;
     case PHOTOMETRIC_YCBCR:
@@ -266,6 +278,8 @@ GflColorModel ColorModelOf(const TiffLayout &layout)
         return GFL_CM_PALETTE;
     case TiffColour::Cmyk:
         return GFL_CM_CMYK;
+    case TiffColour::Lab:
+        return GFL_CM_LAB;
     case TiffColour::Other:
         break;
     }
@@ -280,12 +294,18 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     TiffLayout layout;
     if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
         return status;
-    std::snprintf(info->Description, sizeof info->Description, "%s", layout.isTiled ? "TIFF tiled" : "TIFF");
+    // Hosts compare the one of tiled files as a whole, and look for the colours in the others.
+    const GflColorModel model = ColorModelOf(layout);
+    std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
+                  layout.isTiled             ? " tiled"
+                      : model == GFL_CM_LAB  ? " LAB"
+                      : model == GFL_CM_CMYK ? " CMYK"
+                                             : "");
     info->Width = layout.width;
     info->Height = layout.height;
     info->BitsPerComponent = static_cast<std::uint16_t>(layout.form.bits);
     info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.colour == TiffColour::Palette ? 3 : layout.samples);
-    info->ColorModel = ColorModelOf(layout);
+    info->ColorModel = model;
     info->Xdpi = Dpi(handle, TIFFTAG_XRESOLUTION);
     info->Ydpi = Dpi(handle, TIFFTAG_YRESOLUTION);
     return Status::Ok();
@@ -295,13 +315,13 @@ Status ReadTiffPixels(const Source &source, RowSink *rows)
 {
     BandReader reader;
     Status status = reader.Open(source);
-    return status ? ReadOpened(&reader, rows) : status;
+    return status ? ReadOpened(source, &reader, rows) : status;
 }
 
 Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows)
 {
     BandReader reader;
-    if (reader.OpenReduced(source, box) && ReadOpened(&reader, rows))
+    if (reader.OpenReduced(source, box) && ReadOpened(source, &reader, rows))
         return Status::Ok();
     return ReadTiffPixels(source, rows);
 }

@@ -93,17 +93,16 @@ template <class T> void SpreadGrey(const TiffLayout &layout, const T *samples, T
     }
 }
 
-// Without a profile: paper white times what each ink leaves.
-template <class T> void MixInks(const TiffLayout &layout, const T *samples, T *row)
+// CIE Lab holds a and b with a sign. Of 16 bits, they count 256 to the unit, as does all of ICC Lab: the coding of ICC
+// version 2, while that of version 4 goes over the full range.
+template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 {
-    constexpr auto kFull = static_cast<float>(FullScale<T>());
-    for (int x = 0; x < layout.width; ++x, samples += layout.unpacked.channels, row += layout.form.channels) {
-        const float light = 1.0f - static_cast<float>(samples[3]) / kFull;
-        for (int c = 0; c < 3; ++c)
-            row[c] = ToSample<T>((kFull - static_cast<float>(samples[c])) * light);
-        if (layout.form.channels == 4)
-            row[3] = samples[4];
-    }
+    constexpr std::uint32_t kFull = FullScale<T>(), kFullV2 = sizeof(T) == 2 ? 65280 : 255;
+    const bool isCie = layout.photometric == PHOTOMETRIC_CIELAB;
+    const std::uint32_t sign = isCie ? (kFull + 1) / 2 : 0;
+    for (int x = 0; x < layout.width; ++x, samples += layout.unpacked.channels)
+        for (int c = isCie ? 1 : 0; c < 3; ++c) // <= 65,535 * 65,535 + 32,640 < 2^32
+            samples[c] = static_cast<T>(std::min(((samples[c] ^ sign) * kFull + kFullV2 / 2) / kFullV2, kFull));
 }
 
 // Colour maps hold 16 bits, but some writers put 8-bit numbers there.
@@ -133,16 +132,19 @@ template <class T> void Unpremultiply(const TiffLayout &layout, T *row)
     }
 }
 
-template <class T> void Finish(const TiffLayout &layout, T *unpacked, void *rowBytes)
+template <class T> void Finish(const TiffLayout &layout, ColourTransform *transform, T *unpacked, void *rowBytes)
 {
     T *row = static_cast<T *>(rowBytes);
     if (layout.minIsWhite)
         Invert(layout, unpacked);
-    if constexpr (!std::is_floating_point_v<T>)
+    if constexpr (!std::is_floating_point_v<T>) {
         if (layout.colour == TiffColour::Palette)
             return LookUp(layout, unpacked, static_cast<std::uint8_t *>(rowBytes));
-    if (layout.colour == TiffColour::Cmyk)
-        MixInks(layout, unpacked, row);
+        if (layout.colour == TiffColour::Lab)
+            ToIccLab(layout, unpacked);
+    }
+    if (layout.colour == TiffColour::Cmyk || layout.colour == TiffColour::Lab)
+        transform->Row(unpacked, row, static_cast<std::size_t>(layout.width));
     else if (!UnpacksInPlace(layout))
         SpreadGrey(layout, unpacked, row);
     if (layout.premultiplied)
@@ -185,14 +187,14 @@ bool UnpacksInPlace(const TiffLayout &layout)
     return (layout.colour == TiffColour::Grey || layout.colour == TiffColour::Rgb) && layout.unpacked == layout.form;
 }
 
-void FinishRow(const TiffLayout &layout, void *unpacked, void *row)
+void FinishRow(const TiffLayout &layout, ColourTransform *transform, void *unpacked, void *row)
 {
     if (layout.unpacked.bits == 8)
-        Finish(layout, static_cast<std::uint8_t *>(unpacked), row);
+        Finish(layout, transform, static_cast<std::uint8_t *>(unpacked), row);
     else if (layout.unpacked.bits == 16)
-        Finish(layout, static_cast<std::uint16_t *>(unpacked), row);
+        Finish(layout, transform, static_cast<std::uint16_t *>(unpacked), row);
     else
-        Finish(layout, static_cast<float *>(unpacked), row);
+        Finish(layout, transform, static_cast<float *>(unpacked), row);
 }
 
 } // namespace imagefile

@@ -1,6 +1,7 @@
 // Samples of TIFF rows: out of their packing, and to delivered pixels.
 #pragma once
 
+#include "colour_transform.h"
 #include "tiff_layout.h"
 
 namespace imagefile {
@@ -18,7 +19,7 @@ void UnpackSamples(const TiffLayout &layout, const std::uint8_t *src, std::size_
 bool UnpacksInPlace(const TiffLayout &layout);
 
 /// Makes a delivered row in @p row out of the unpacked samples in @p unpacked, which is @p row itself where
-/// UnpacksInPlace, and may be overwritten.
-void FinishRow(const TiffLayout &layout, void *unpacked, void *row);
+/// UnpacksInPlace, and may be overwritten. @p transform: started for CMYK and Lab.
+void FinishRow(const TiffLayout &layout, ColourTransform *transform, void *unpacked, void *row);
 
 } // namespace imagefile

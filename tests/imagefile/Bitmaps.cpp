@@ -67,6 +67,13 @@ BitmapPtr SmoothBitmap(int width, int height, int type, int bits)
     });
 }
 
+BitmapPtr Converted(const GFL_BITMAP &bitmap, int type, int bits)
+{
+    return FilledBitmap(bitmap.Width, bitmap.Height, type, bits, [&](int x, int y, int c) {
+        return c < bitmap.ComponentsPerPixel ? SampleAt(bitmap, x, y, c) : c == 3 ? 1.0 : SampleAt(bitmap, x, y, 0);
+    });
+}
+
 double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c)
 {
     const std::uint8_t *row = bitmap.Data + std::size_t(y) * bitmap.BytesPerLine;

@@ -24,6 +24,10 @@ BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed 
 /// A ramp in x and y with little noise, as JPEG likes it.
 BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
 
+/// A bitmap in another form by plain arithmetic: grey spreads to the colours, opacity that is new is full, what the
+/// form has no place for goes. Not from colour to grey.
+BitmapPtr Converted(const GFL_BITMAP &bitmap, int type, int bits);
+
 /// Sample @p c of pixel (x, y) as a share of the full range.
 double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 
@@ -33,6 +37,19 @@ QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 /// Empty when both have the same form and size and no sample differs by more than @p tolerance, a share of the full
 /// range; else where, what and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
+
+/// Colours of sRGB, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for D50
+/// (Bradford) and CIE 15's formula.
+struct LabColour {
+    double lab[3];
+    double rgb[3];
+};
+constexpr LabColour kLabColours[] = {{{0, 0, 0}, {0, 0, 0}},
+                                     {{100, 0, 0}, {1, 1, 1}},
+                                     {{50.554, 50.519, 42.336}, {0.8, 0.3, 0.2}},
+                                     {{56.104, -43.34, 31.046}, {0.2, 0.6, 0.3}},
+                                     {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
+constexpr int kLabCount = 5;
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
 /// Flags are added to the defaults; a @p type other than 0 is forced.

@@ -1,5 +1,6 @@
 #include "InterpolatorKim.h"
 
+#include "FloatWarp.h"
 #include "KImage.h"
 #include "newLCP.h"
 
@@ -336,6 +337,27 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::WarpThrice(const M
 }
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::Do()
+{
+    if constexpr (std::is_same_v<S, float> && std::is_same_v<D, float>) {
+        if (FloatWarpServes()) {
+            const FloatWarp warp(*lcp, {distortion, chromatic, falloff}, FloatWarp::Frame::Landscape, *source);
+            warp.Render(*destination, 0, FloatWarp::Unwritten::Stays);
+            return true;
+        }
+    }
+    return DoPlainly();
+}
+
+/// Whether FloatWarp does what this run asks for.
+template <typename S, typename D> bool InterpolatorKim<S, D>::FloatWarpServes() const
+{
+    return sample == &InterpolatorKim::InterpolateN && sampleChannel == &InterpolatorKim::InterpolateNc
+        && FloatWarp::Serves(*source) && FloatWarp::Serves(*destination) && inScale == 1.0F && outScale == 1.0F
+        && channels == 4 && width == source->width() && height == source->height()
+        && (distortion || SourceCoversDestination());
+}
+
+template <typename S, typename D> bool InterpolatorKim<S, D>::DoPlainly()
 {
     if (!ImagesAreWhole())
         return false;

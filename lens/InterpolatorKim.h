@@ -40,7 +40,10 @@ public:
     using Sample = bool (InterpolatorKim::*)(float *out, float x, float y, int &ix, int &iy);
     using SampleChannel = bool (InterpolatorKim::*)(float &out, int channel, float x, float y, int &ix, int &iy);
 
+    /// By FloatWarp where that serves, otherwise DoPlainly.
     bool Do();
+    /// Pixel by pixel, as the models are defined: serves every form, and says what FloatWarp has to give.
+    bool DoPlainly();
 
     // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and
     // hand the integer position back. They return false only for a position outside the image.
@@ -82,6 +85,7 @@ private:
     template <typename Pixel> void ForEachPixel(Pixel pixel);
     void StoreColor(unsigned char *target, int channel, float value) const;
     void StoreAlphaOfSum(unsigned char *target) const;
+    bool FloatWarpServes() const;
     bool ImagesAreWhole() const;
     bool HaveThreeChannels() const;
     bool SourceCoversDestination() const;

@@ -1,5 +1,7 @@
 #include "LensParam.h"
 
+#include "Arctangent_p.h"
+
 #include <cmath>
 
 LensParam::LensParam()
@@ -47,7 +49,7 @@ void LensParam::WarpFisheye(float x, float y, float &outX, float &outY, float sc
     const float u = (x - cx) / f;
     const float v = (y - cy) / f;
     const float r = std::sqrt(u * u + v * v);
-    const float a = std::atan(r);
+    const float a = Arctangent(r);
     const float a3 = a * a * a;
     const float *c = coefficients.constData();
     float g = 0.0F;

@@ -1,0 +1,149 @@
+#include "FloatWarp.h"
+
+#include "FloatWarpBlocks_p.h"
+#include "KImage.h"
+#include "newLCP.h"
+
+namespace {
+
+// One set of instructions each; what is inlined into the two functions is compiled for it.
+
+struct Sse2 {
+    static void Warp(const FloatWarp::Radial &model, const Positions &in, Positions *out) { WarpBlock(model, in, out); }
+    static void Rows(const FloatWarp::Band &band) { RenderRows<Sse2>(band); }
+};
+
+struct Avx2 {
+    [[gnu::target("avx2")]] static void Warp(const FloatWarp::Radial &model, const Positions &in, Positions *out)
+    {
+        WarpBlock(model, in, out);
+    }
+    [[gnu::target("avx2")]] static void Rows(const FloatWarp::Band &band) { RenderRows<Avx2>(band); }
+};
+
+struct Avx512 {
+    [[gnu::target("arch=x86-64-v4")]] static void Warp(const FloatWarp::Radial &model, const Positions &in,
+                                                       Positions *out)
+    {
+        WarpBlock(model, in, out);
+    }
+    [[gnu::target("arch=x86-64-v4")]] static void Rows(const FloatWarp::Band &band) { RenderRows<Avx512>(band); }
+};
+
+constexpr void (*kRows[])(const FloatWarp::Band &) = {Sse2::Rows, Avx2::Rows, Avx512::Rows};
+
+FloatWarp::Path PathOf(const newLCP &lcp, FloatWarp::Switches switches)
+{
+    using Path = FloatWarp::Path;
+    if (switches.chromatic) {
+        const Path path = switches.distortion ? Path::ThreeWarps : Path::RedAndBlue;
+        return lcp.greenModel.found ? path : Path::Nothing;
+    }
+    if (switches.distortion)
+        return lcp.distortionModel.found ? Path::OneWarp : Path::Nothing;
+    return switches.falloff && lcp.vignetteModel.found ? Path::GainOnly : Path::Nothing;
+}
+
+/// The pixels of @p image as the models see them.
+FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &image)
+{
+    const bool turned = frame == FloatWarp::Frame::Turned;
+    const int width = turned ? image.height() : image.width();
+    const int height = turned ? image.width() : image.height();
+    FloatWarp::Pixels pixels = {};
+    pixels.base = turned ? image.getData(image.width() - 1, 0) : image.getData(0, 0);
+    pixels.stepX = turned ? std::int64_t(image.bytesPerLine()) : kPixelBytes;
+    pixels.stepY = turned ? -kPixelBytes : std::int64_t(image.bytesPerLine());
+    pixels.width = static_cast<float>(width); // sides are exact: below 2^24
+    pixels.height = static_cast<float>(height);
+    // With one column or row none has neighbours, those from -1 to 0 included.
+    pixels.betweenX = width > 1 ? static_cast<float>(width - 1) : -1.0F;
+    pixels.betweenY = height > 1 ? static_cast<float>(height - 1) : -1.0F;
+    return pixels;
+}
+
+} // namespace
+
+FloatWarp::Radial::Radial(const LensParam &model, bool fisheye, float scale)
+    : terms(model.coefficients.size()), c(), t1(model.tangential1), t2(model.tangential2)
+{
+    form = fisheye ? Form::Fisheye : t1 == 0.0 && t2 == 0.0 ? Form::Perspective : Form::Tangential;
+    if (terms > (fisheye ? 2 : 3))
+        terms = 0;
+    std::copy_n(model.coefficients.constData(), terms, c);
+    const float s = scale * model.scaleFactor;
+    f = fisheye ? scale * model.focalPixels * model.scaleFactor : s * model.focalPixels;
+    cx = static_cast<float>(model.centerX * s);
+    cy = static_cast<float>(model.centerY * s);
+}
+
+FloatWarp::Vignette::Vignette(const LensParam &model, bool isFound, float scale, int longSide)
+    : found(isFound),
+      cx(static_cast<float>(scale * model.centerX)),
+      cy(static_cast<float>(scale * model.centerY)),
+      fx(static_cast<float>(longSide * model.focalLengthX)),
+      fy(static_cast<float>(longSide * model.focalLengthY))
+{
+    float c[3] = {};
+    std::copy_n(model.coefficients.constData(), std::min(model.coefficients.size(), 3), c);
+    const float a = c[0], b = c[1], d = c[2], square = a * a;
+    a1 = a;
+    a2 = square - b;
+    a3 = square * a - 2.0F * a * b + d;
+    a4 = square * square - 3.0F * square * b + 2.0F * a * d + b * b;
+}
+
+bool FloatWarp::Serves(const KImage &image)
+{
+    if (!image.m_bitmap || !image.m_bitmap->Data)
+        return false;
+    const GFL_BITMAP &bitmap = *image.m_bitmap;
+    return bitmap.ComponentsPerPixel == 4 && bitmap.BitsPerComponent == 32 && bitmap.BytesPerPixel == kPixelBytes
+        && bitmap.BytesPerLine >= static_cast<qint64>(bitmap.Width) * kPixelBytes && bitmap.Width < 1 << 24
+        && bitmap.Height < 1 << 24;
+}
+
+FloatWarp::Instructions FloatWarp::BestInstructions()
+{
+    static const Instructions s_best = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
+            && __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq")
+            && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma")
+        ? Instructions::Avx512
+        : __builtin_cpu_supports("avx2") ? Instructions::Avx2
+                                         : Instructions::Sse2;
+    return s_best;
+}
+
+FloatWarp::FloatWarp(const newLCP &lcp, Switches switches, Frame frame, const KImage &source)
+    : m_main(switches.chromatic ? lcp.greenModel : lcp.distortionModel, lcp.modelKind != 0, lcp.scale),
+      m_red(lcp.redGreenModel, /*fisheye=*/false, lcp.scale),
+      m_blue(lcp.blueGreenModel, /*fisheye=*/false, lcp.scale),
+      m_vignette(lcp.vignetteModel, switches.falloff && lcp.vignetteModel.found, lcp.scale,
+                 std::max(source.width(), source.height())),
+      m_path(PathOf(lcp, switches)),
+      m_frame(frame),
+      m_source(source)
+{
+}
+
+void FloatWarp::Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions) const
+{
+    if (rows.width() < 1 || rows.height() < 1 || (m_path == Path::Nothing && unwritten == Unwritten::Stays))
+        return;
+    const Band band = {m_main,
+                       m_red,
+                       m_blue,
+                       m_vignette,
+                       m_path,
+                       m_frame,
+                       unwritten,
+                       PixelsIn(m_frame, m_source),
+                       m_source.getData(0, firstRow),
+                       m_source.bytesPerLine(),
+                       rows.getData(0, 0),
+                       rows.bytesPerLine(),
+                       rows.width(),
+                       rows.height(),
+                       firstRow};
+    kRows[static_cast<int>(instructions)](band);
+}

@@ -54,6 +54,7 @@ FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &image)
     pixels.base = turned ? image.getData(image.width() - 1, 0) : image.getData(0, 0);
     pixels.stepX = turned ? std::int64_t(image.bytesPerLine()) : kPixelBytes;
     pixels.stepY = turned ? -kPixelBytes : std::int64_t(image.bytesPerLine());
+    pixels.rowBytes = image.bytesPerLine();
     pixels.width = static_cast<float>(width); // sides are exact: below 2^24
     pixels.height = static_cast<float>(height);
     // With one column or row none has neighbours, those from -1 to 0 included.

@@ -68,6 +68,7 @@ public:
     struct Pixels {
         const unsigned char *base;
         std::int64_t stepX, stepY; // bytes
+        std::int64_t rowBytes;     // from a row in memory to the next
         float width, height;
         float betweenX, betweenY; // positions from above -1 to below these have all four neighbours
     };

@@ -161,17 +161,34 @@ VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Posit
     return beyond == 0;
 }
 
-/// The pixel at the integer part of a position with four neighbours, and the position's place between them.
-struct Corner {
-    const unsigned char *pixel;
-    float fx, fy;
+/// Positions that have four neighbours each: where the first of the four stands, and the shares of the others.
+struct Corners {
+    alignas(64) std::int64_t offset[kBlockPixels]; // bytes from the source's base
+    alignas(64) float fx[kBlockPixels], restX[kBlockPixels];
+    alignas(64) float fy[kBlockPixels], restY[kBlockPixels];
 };
 
-VITRELUX_INLINE Corner CornerAt(const FloatWarp::Pixels &source, float x, float y)
+VITRELUX_INLINE void FindCorners(const FloatWarp::Pixels &source, const Positions &at, int count, Corners *corners)
 {
-    const int ix = static_cast<int>(x), iy = static_cast<int>(y);
-    return {source.base + ix * source.stepX + iy * source.stepY, x - static_cast<float>(ix),
-            y - static_cast<float>(iy)};
+    const std::int64_t stepX = source.stepX, stepY = source.stepY;
+    for (int i = 0; i < count; ++i) {
+        const int ix = static_cast<int>(at.x[i]), iy = static_cast<int>(at.y[i]);
+        const float fx = at.x[i] - static_cast<float>(ix), fy = at.y[i] - static_cast<float>(iy);
+        corners->offset[i] = ix * stepX + iy * stepY;
+        corners->fx[i] = fx;
+        corners->restX[i] = 1.0F - fx;
+        corners->fy[i] = fy;
+        corners->restY[i] = 1.0F - fy;
+    }
+}
+
+/// The rows below serve the rows of the result that follow; bent lines hide them from the processor's own foresight.
+VITRELUX_INLINE void Prefetch(const FloatWarp::Pixels &source, const Corners &corners, int count)
+{
+    constexpr int kLinePixels = 4, kRowsAhead = 3;
+    const unsigned char *ahead = source.base + kRowsAhead * source.rowBytes;
+    for (int i = 0; i < count; i += kLinePixels)
+        __builtin_prefetch(ahead + corners.offset[i]);
 }
 
 VITRELUX_INLINE __m128 Load(const unsigned char *pixel)
@@ -184,13 +201,12 @@ VITRELUX_INLINE __m128 Mix(__m128 a, __m128 b, __m128 aShare, __m128 bShare)
     return _mm_add_ps(_mm_mul_ps(a, aShare), _mm_mul_ps(b, bShare));
 }
 
-VITRELUX_INLINE __m128 SamplePixel(const FloatWarp::Pixels &source, float x, float y)
+VITRELUX_INLINE __m128 SamplePixel(const FloatWarp::Pixels &source, const Corners &at, int i)
 {
-    const Corner at = CornerAt(source, x, y);
-    const __m128 fx = _mm_set1_ps(at.fx), fy = _mm_set1_ps(at.fy), one = _mm_set1_ps(1.0F);
-    const __m128 restX = _mm_sub_ps(one, fx), restY = _mm_sub_ps(one, fy);
-    const unsigned char *below = at.pixel + source.stepY;
-    const __m128 top = Mix(Load(at.pixel), Load(at.pixel + source.stepX), restX, fx);
+    const __m128 fx = _mm_set1_ps(at.fx[i]), restX = _mm_set1_ps(at.restX[i]);
+    const __m128 fy = _mm_set1_ps(at.fy[i]), restY = _mm_set1_ps(at.restY[i]);
+    const unsigned char *above = source.base + at.offset[i], *below = above + source.stepY;
+    const __m128 top = Mix(Load(above), Load(above + source.stepX), restX, fx);
     const __m128 bottom = Mix(Load(below), Load(below + source.stepX), restX, fx);
     return Mix(top, bottom, restY, fy);
 }
@@ -202,14 +218,13 @@ VITRELUX_INLINE float LoadFloat(const unsigned char *from)
     return value;
 }
 
-VITRELUX_INLINE float SampleChannel(const FloatWarp::Pixels &source, float x, float y, int channel)
+VITRELUX_INLINE float SampleChannel(const FloatWarp::Pixels &source, const Corners &at, int i, int channel)
 {
-    const Corner at = CornerAt(source, x, y);
-    const unsigned char *above = at.pixel + channel * int(sizeof(float));
+    const unsigned char *above = source.base + at.offset[i] + channel * int(sizeof(float));
     const unsigned char *below = above + source.stepY;
-    const float top = LoadFloat(above) * (1.0F - at.fx) + LoadFloat(above + source.stepX) * at.fx;
-    const float bottom = LoadFloat(below) * (1.0F - at.fx) + LoadFloat(below + source.stepX) * at.fx;
-    return top * (1.0F - at.fy) + bottom * at.fy;
+    const float top = LoadFloat(above) * at.restX[i] + LoadFloat(above + source.stepX) * at.fx[i];
+    const float bottom = LoadFloat(below) * at.restX[i] + LoadFloat(below + source.stepX) * at.fx[i];
+    return top * at.restY[i] + bottom * at.fy[i];
 }
 
 VITRELUX_INLINE bool IsInside(const FloatWarp::Pixels &source, float x, float y)
@@ -220,6 +235,17 @@ VITRELUX_INLINE bool IsInside(const FloatWarp::Pixels &source, float x, float y)
 VITRELUX_INLINE bool IsBetweenFour(const FloatWarp::Pixels &source, float x, float y)
 {
     return x > -1.0F && x < source.betweenX && y > -1.0F && y < source.betweenY;
+}
+
+/// For a single position, which has four neighbours.
+VITRELUX_INLINE Corners OneCorner(const FloatWarp::Pixels &source, float x, float y)
+{
+    Positions at;
+    at.x[0] = x;
+    at.y[0] = y;
+    Corners corner;
+    FindCorners(source, at, 1, &corner);
+    return corner;
 }
 
 // --- Storing ---
@@ -247,17 +273,15 @@ VITRELUX_INLINE void StoreFloat(unsigned char *target, int channel, float value)
     std::memcpy(target + channel * int(sizeof(float)), &value, sizeof value);
 }
 
-/// Alpha is 0 where the colours sum up to 0.
-VITRELUX_INLINE void StoreColors(unsigned char *target, const Values &red, const Values &green, const Values &blue,
-                                 const Values &gain, int count)
+/// Alpha is 0 where the colours sum up to 0, otherwise 1.
+VITRELUX_INLINE void StoreWithAlphaOfSum(unsigned char *target, __m128 colors)
 {
-    for (int i = 0; i < count; ++i) {
-        const float r = Limited(gain.v[i] * red.v[i]);
-        const float g = Limited(gain.v[i] * green.v[i]);
-        const float b = Limited(gain.v[i] * blue.v[i]);
-        const float a = r + g + b > 0.0F ? 1.0F : 0.0F;
-        _mm_storeu_ps(reinterpret_cast<float *>(target + i * kPixelBytes), _mm_setr_ps(r, g, b, a));
-    }
+    const __m128 green = _mm_shuffle_ps(colors, colors, _MM_SHUFFLE(1, 1, 1, 1));
+    const __m128 blue = _mm_shuffle_ps(colors, colors, _MM_SHUFFLE(2, 2, 2, 2));
+    const __m128 sum = _mm_add_ss(_mm_add_ss(colors, green), blue);
+    const __m128 alpha = _mm_and_ps(_mm_cmpgt_ss(sum, _mm_setzero_ps()), _mm_set_ss(1.0F));
+    const __m128 blueAlpha = _mm_unpacklo_ps(blue, alpha);
+    _mm_storeu_ps(reinterpret_cast<float *>(target), _mm_movelh_ps(colors, blueAlpha));
 }
 
 // --- The four paths, a block each ---
@@ -291,16 +315,20 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
 {
     const FloatWarp::Pixels source = band.source;
     if (AllBetweenFour(source, at, block.count)) {
+        Corners corners;
+        FindCorners(source, at, block.count, &corners);
+        Prefetch(source, corners, block.count);
         for (int i = 0; i < block.count; ++i)
             StoreOpaque(block.target + i * kPixelBytes,
-                        Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), SamplePixel(source, at.x[i], at.y[i]))));
+                        Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), SamplePixel(source, corners, i))));
         return;
     }
     for (int i = 0; i < block.count; ++i) {
         unsigned char *target = block.target + i * kPixelBytes;
         if (IsInside(source, at.x[i], at.y[i])) {
-            const bool between = IsBetweenFour(source, at.x[i], at.y[i]);
-            const __m128 sample = between ? SamplePixel(source, at.x[i], at.y[i]) : _mm_setzero_ps();
+            __m128 sample = _mm_setzero_ps(); // in the last column and row
+            if (IsBetweenFour(source, at.x[i], at.y[i]))
+                sample = SamplePixel(source, OneCorner(source, at.x[i], at.y[i]), 0);
             StoreOpaque(target, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
         } else {
             std::memset(target, 0, kPixelBytes);
@@ -313,7 +341,9 @@ VITRELUX_INLINE bool MoveChannel(const FloatWarp::Pixels &source, float x, float
                                  unsigned char *target)
 {
     const bool inside = IsInside(source, x, y);
-    const float sample = IsBetweenFour(source, x, y) ? SampleChannel(source, x, y, channel) : 0.0F;
+    float sample = 0.0F; // in the last column and row
+    if (IsBetweenFour(source, x, y))
+        sample = SampleChannel(source, OneCorner(source, x, y), 0, channel);
     StoreFloat(target, channel, inside ? Limited(gain * sample) : 0.0F);
     return inside;
 }
@@ -338,11 +368,42 @@ VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Bl
     }
 }
 
-VITRELUX_INLINE void SampleChannels(const FloatWarp::Pixels &source, const Positions &at, int channel, int count,
-                                    Values *values)
+/// The first channel of @p red, the second of @p green, the third of @p blue.
+VITRELUX_INLINE __m128 Join(__m128 red, __m128 green, __m128 blue)
 {
-    for (int i = 0; i < count; ++i)
-        values->v[i] = SampleChannel(source, at.x[i], at.y[i], channel);
+    return _mm_shuffle_ps(_mm_move_ss(green, red), blue, _MM_SHUFFLE(3, 2, 1, 0));
+}
+
+/// The corners of three channels.
+struct ColorCorners {
+    Corners red, green, blue;
+};
+
+/// Each colour of a pixel from its own place.
+VITRELUX_INLINE __m128 SampleColors(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
+{
+    const __m128 one = _mm_set1_ps(1.0F);
+    const __m128 fx = _mm_setr_ps(at.red.fx[i], at.green.fx[i], at.blue.fx[i], 0.0F), restX = _mm_sub_ps(one, fx);
+    const __m128 fy = _mm_setr_ps(at.red.fy[i], at.green.fy[i], at.blue.fy[i], 0.0F), restY = _mm_sub_ps(one, fy);
+    const unsigned char *red = source.base + at.red.offset[i], *green = source.base + at.green.offset[i],
+                        *blue = source.base + at.blue.offset[i];
+    const auto tap = [&](std::int64_t step) { return Join(Load(red + step), Load(green + step), Load(blue + step)); };
+    const __m128 top = Mix(tap(0), tap(source.stepX), restX, fx);
+    const __m128 bottom = Mix(tap(source.stepY), tap(source.stepX + source.stepY), restX, fx);
+    return Mix(top, bottom, restY, fy);
+}
+
+/// The same for red and blue; green is not set.
+VITRELUX_INLINE __m128 SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
+{
+    const __m128 one = _mm_set1_ps(1.0F);
+    const __m128 fx = _mm_shuffle_ps(_mm_load_ss(at.red.fx + i), _mm_load_ss(at.blue.fx + i), 0), restX = _mm_sub_ps(one, fx);
+    const __m128 fy = _mm_shuffle_ps(_mm_load_ss(at.red.fy + i), _mm_load_ss(at.blue.fy + i), 0), restY = _mm_sub_ps(one, fy);
+    const unsigned char *red = source.base + at.red.offset[i], *blue = source.base + at.blue.offset[i];
+    const auto tap = [&](std::int64_t step) { return _mm_shuffle_ps(Load(red + step), Load(blue + step), _MM_SHUFFLE(3, 2, 1, 0)); };
+    const __m128 top = Mix(tap(0), tap(source.stepX), restX, fx);
+    const __m128 bottom = Mix(tap(source.stepY), tap(source.stepX + source.stepY), restX, fx);
+    return Mix(top, bottom, restY, fy);
 }
 
 VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block &block, const Positions &red,
@@ -352,16 +413,17 @@ VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block
     if (!AllBetweenFour(source, red, block.count) || !AllBetweenFour(source, blue, block.count)
         || (green && !AllBetweenFour(source, *green, block.count)))
         return ThreeChannelsWithCare(band, block, red, green, blue, gain);
-    Values samples[3];
-    SampleChannels(source, red, 0, block.count, &samples[0]);
-    if (green) {
-        SampleChannels(source, *green, 1, block.count, &samples[1]);
-    } else {
-        for (int i = 0; i < block.count; ++i)
-            samples[1].v[i] = LoadFloat(block.same + i * kPixelBytes + 4);
+    ColorCorners corners;
+    FindCorners(source, red, block.count, &corners.red);
+    FindCorners(source, blue, block.count, &corners.blue);
+    if (green)
+        FindCorners(source, *green, block.count, &corners.green);
+    Prefetch(source, corners.red, block.count);
+    for (int i = 0; i < block.count; ++i) {
+        const __m128 sample = green ? SampleColors(source, corners, i)
+            : Join(SampleRedAndBlue(source, corners, i), Load(block.same + i * kPixelBytes), SampleRedAndBlue(source, corners, i));
+        StoreWithAlphaOfSum(block.target + i * kPixelBytes, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
     }
-    SampleChannels(source, blue, 2, block.count, &samples[2]);
-    StoreColors(block.target, samples[0], samples[1], samples[2], gain, block.count);
 }
 
 /// The positions of a block's pixels in the frame of the models.
@@ -404,6 +466,8 @@ VITRELUX_INLINE void RenderBlock(const FloatWarp::Band &band, const Block &block
     }
 }
 
+/// Whole rows: narrower strips keep more of the source in the caches and are slower all the same, since no stretch is
+/// then long enough for the processor to read ahead.
 template <typename Set> VITRELUX_INLINE void RenderRows(const FloatWarp::Band &band)
 {
     for (int row = 0; row < band.rows; ++row) {

@@ -1,0 +1,122 @@
+// The warp at 24 megapixels of float RGBA on one thread: its paths, the frames, each set of instructions. The profile
+// bends and darkens as a wide-angle zoom does.
+#include "CopyRatio.h"
+
+#include "FloatWarp.h"
+#include "InterpolatorKim.h"
+#include "KImage.h"
+#include "newLCP.h"
+
+#include <QDomElement>
+
+#include <random>
+
+namespace {
+
+constexpr int kLongSide = 6000;
+constexpr int kShortSide = 4000;
+constexpr std::int64_t kPixels = std::int64_t(kLongSide) * kShortSide;
+
+LensParam Model(double centerX, double centerY, float focalPixels, const QVector<float> &coefficients)
+{
+    LensParam model;
+    model.centerX = centerX;
+    model.centerY = centerY;
+    model.focalPixels = focalPixels;
+    model.focalLengthX = model.focalLengthY = double(focalPixels) / kLongSide;
+    model.coefficients = coefficients;
+    model.Found();
+    return model;
+}
+
+newLCP Profile(int modelKind)
+{
+    bool ok = false;
+    newLCP lcp((QDomElement()), ok);
+    lcp.scale = 1.0F;
+    lcp.modelKind = modelKind;
+    const bool fisheye = modelKind != 0;
+    const QVector<float> bend =
+        fisheye ? QVector<float>{-0.02F, 0.004F} : QVector<float>{-0.11F, 0.08F, -0.02F};
+    lcp.distortionModel = lcp.greenModel = Model(3011, 1988, 4100, bend);
+    lcp.redGreenModel = lcp.blueGreenModel = Model(3011, 1988, 4100, {0.0006F, -0.0004F, 0.0001F});
+    lcp.redGreenModel.scaleFactor = 1.0003F;
+    lcp.blueGreenModel.scaleFactor = 0.9996F;
+    lcp.vignetteModel = Model(3011, 1988, 4100, {-0.6F, 0.25F, -0.1F});
+    return lcp;
+}
+
+/// A source full of noise and a target that share one block.
+struct ImagePair {
+    explicit ImagePair(FloatWarp::Frame frame) : block(static_cast<std::size_t>(kPixels) * 32)
+    {
+        const bool turned = frame == FloatWarp::Frame::Turned;
+        const int width = turned ? kShortSide : kLongSide, height = turned ? kLongSide : kShortSide;
+        source.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/false, block.data(), width * 16);
+        target.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/false, block.data() + block.size() / 2, width * 16);
+        std::mt19937 random(1);
+        float *samples = reinterpret_cast<float *>(block.data());
+        std::generate(samples, samples + block.size() / 4, [&] { return static_cast<float>(random()) * 0x1p-32f; });
+    }
+
+    std::vector<unsigned char> block;
+    KImage source, target;
+};
+
+constexpr FloatWarp::Switches kVignette = {false, false, true}, kDistortion = {true, false, true},
+                              kColors = {false, true, true}, kAll = {true, true, true};
+constexpr int kPerspective = 0, kFisheye = 1;
+
+void BM_Warp(benchmark::State &state, int modelKind, FloatWarp::Switches switches, FloatWarp::Frame frame,
+             FloatWarp::Instructions instructions)
+{
+    if (instructions > FloatWarp::BestInstructions())
+        return state.SkipWithError("not on this processor");
+    const newLCP lcp = Profile(modelKind);
+    ImagePair images(frame);
+    const FloatWarp warp(lcp, switches, frame, images.source);
+    MeasureAgainstCopy(state, kPixels, images.block,
+                       [&] { warp.Render(images.target, 0, FloatWarp::Unwritten::Stays, instructions); });
+}
+
+#define WARP(name, ...)                                                                                                \
+    BENCHMARK_CAPTURE(BM_Warp, name, __VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
+#define WARP_BEST(name, kind, switches, frame)                                                                         \
+    WARP(name, kind, switches, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
+WARP_BEST(Vignette, kPerspective, kVignette, Landscape);
+WARP_BEST(DistortionVignette, kPerspective, kDistortion, Landscape);
+WARP_BEST(RedBlueVignette, kPerspective, kColors, Landscape);
+WARP_BEST(All, kPerspective, kAll, Landscape);
+WARP_BEST(FisheyeVignette, kFisheye, kDistortion, Landscape);
+WARP_BEST(FisheyeAll, kFisheye, kAll, Landscape);
+WARP_BEST(PortraitDistortionVignette, kPerspective, kDistortion, Turned);
+WARP_BEST(PortraitAll, kPerspective, kAll, Turned);
+WARP(All_Sse2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Sse2);
+WARP(All_Avx2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Avx2);
+WARP(All_Avx512, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Avx512);
+#undef WARP_BEST
+#undef WARP
+
+/// The definition, for scale.
+void BM_WarpPlainly(benchmark::State &state)
+{
+    newLCP lcp = Profile(kPerspective);
+    ImagePair images(FloatWarp::Frame::Landscape);
+    InterpolatorKim<float, float> run;
+    run.sample = &InterpolatorKim<float, float>::InterpolateN;
+    run.sampleChannel = &InterpolatorKim<float, float>::InterpolateNc;
+    run.source = &images.source;
+    run.destination = &images.target;
+    run.lcp = &lcp;
+    run.distortion = run.chromatic = run.falloff = true;
+    run.inScale = run.outScale = 1.0F;
+    run.width = images.source.width();
+    run.height = images.source.height();
+    run.channels = 4;
+    MeasureAgainstCopy(state, kPixels, images.block, [&] { run.DoPlainly(); });
+}
+BENCHMARK(BM_WarpPlainly)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(2);
+
+} // namespace
+
+BENCHMARK_MAIN();

@@ -36,8 +36,7 @@ newLCP Profile(int modelKind)
     lcp.scale = 1.0F;
     lcp.modelKind = modelKind;
     const bool fisheye = modelKind != 0;
-    const QVector<float> bend =
-        fisheye ? QVector<float>{-0.02F, 0.004F} : QVector<float>{-0.11F, 0.08F, -0.02F};
+    const QVector<float> bend = fisheye ? QVector<float>{-0.02F, 0.004F} : QVector<float>{-0.11F, 0.08F, -0.02F};
     lcp.distortionModel = lcp.greenModel = Model(3011, 1988, 4100, bend);
     lcp.redGreenModel = lcp.blueGreenModel = Model(3011, 1988, 4100, {0.0006F, -0.0004F, 0.0001F});
     lcp.redGreenModel.scaleFactor = 1.0003F;
@@ -79,8 +78,7 @@ void BM_Warp(benchmark::State &state, int modelKind, FloatWarp::Switches switche
                        [&] { warp.Render(images.target, 0, FloatWarp::Unwritten::Stays, instructions); });
 }
 
-#define WARP(name, ...)                                                                                                \
-    BENCHMARK_CAPTURE(BM_Warp, name, __VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
+#define WARP(name, ...) BENCHMARK_CAPTURE(BM_Warp, name, __VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
 #define WARP_BEST(name, kind, switches, frame)                                                                         \
     WARP(name, kind, switches, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
 WARP_BEST(Vignette, kPerspective, kVignette, Landscape);

@@ -42,8 +42,7 @@ public:
     /// @param rows  Served, not the source. Without distortion, in the turned frame and with FromSource the corrected
     ///              picture is no larger than the source: pixels are then read at their own position. In the turned
     ///              frame it is exactly as wide.
-    void Render(KImage &rows, int firstRow, Unwritten unwritten,
-                Instructions instructions = BestInstructions()) const;
+    void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
 
     /// One radial model, ready for positions in pixels.
     struct Radial {

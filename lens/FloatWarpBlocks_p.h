@@ -15,6 +15,7 @@
 #include <cstring>
 
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
+#define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
 
 constexpr int kBlockPixels = 64; // positions, gains and samples of a block take 3 KiB
 constexpr int kPixelBytes = 16;
@@ -379,31 +380,37 @@ struct ColorCorners {
     Corners red, green, blue;
 };
 
-/// Each colour of a pixel from its own place.
-VITRELUX_INLINE __m128 SampleColors(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
+/// Each colour of a pixel from its own place. @p load gives the joined neighbours by their step from the corner.
+template <typename Loader>
+VITRELUX_INLINE __m128 SampleJoined(const FloatWarp::Pixels &source, __m128 fx, __m128 fy, Loader load)
 {
-    const __m128 one = _mm_set1_ps(1.0F);
-    const __m128 fx = _mm_setr_ps(at.red.fx[i], at.green.fx[i], at.blue.fx[i], 0.0F), restX = _mm_sub_ps(one, fx);
-    const __m128 fy = _mm_setr_ps(at.red.fy[i], at.green.fy[i], at.blue.fy[i], 0.0F), restY = _mm_sub_ps(one, fy);
-    const unsigned char *red = source.base + at.red.offset[i], *green = source.base + at.green.offset[i],
-                        *blue = source.base + at.blue.offset[i];
-    const auto tap = [&](std::int64_t step) { return Join(Load(red + step), Load(green + step), Load(blue + step)); };
-    const __m128 top = Mix(tap(0), tap(source.stepX), restX, fx);
-    const __m128 bottom = Mix(tap(source.stepY), tap(source.stepX + source.stepY), restX, fx);
+    const __m128 one = _mm_set1_ps(1.0F), restX = _mm_sub_ps(one, fx), restY = _mm_sub_ps(one, fy);
+    const __m128 top = Mix(load(0), load(source.stepX), restX, fx);
+    const __m128 bottom = Mix(load(source.stepY), load(source.stepX + source.stepY), restX, fx);
     return Mix(top, bottom, restY, fy);
 }
 
-/// The same for red and blue; green is not set.
-VITRELUX_INLINE __m128 SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
+VITRELUX_INLINE __m128 SampleColors(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
 {
-    const __m128 one = _mm_set1_ps(1.0F);
-    const __m128 fx = _mm_shuffle_ps(_mm_load_ss(at.red.fx + i), _mm_load_ss(at.blue.fx + i), 0), restX = _mm_sub_ps(one, fx);
-    const __m128 fy = _mm_shuffle_ps(_mm_load_ss(at.red.fy + i), _mm_load_ss(at.blue.fy + i), 0), restY = _mm_sub_ps(one, fy);
+    const __m128 fx = _mm_setr_ps(at.red.fx[i], at.green.fx[i], at.blue.fx[i], 0.0F);
+    const __m128 fy = _mm_setr_ps(at.red.fy[i], at.green.fy[i], at.blue.fy[i], 0.0F);
+    const unsigned char *red = source.base + at.red.offset[i], *green = source.base + at.green.offset[i],
+                        *blue = source.base + at.blue.offset[i];
+    return SampleJoined(source, fx, fy, [&](std::int64_t step) VITRELUX_INLINED {
+        return Join(Load(red + step), Load(green + step), Load(blue + step));
+    });
+}
+
+/// The same where green stays as it is in @p same.
+VITRELUX_INLINE __m128 SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i, __m128 same)
+{
+    const __m128 fx = _mm_setr_ps(at.red.fx[i], 0.0F, at.blue.fx[i], 0.0F);
+    const __m128 fy = _mm_setr_ps(at.red.fy[i], 0.0F, at.blue.fy[i], 0.0F);
     const unsigned char *red = source.base + at.red.offset[i], *blue = source.base + at.blue.offset[i];
-    const auto tap = [&](std::int64_t step) { return _mm_shuffle_ps(Load(red + step), Load(blue + step), _MM_SHUFFLE(3, 2, 1, 0)); };
-    const __m128 top = Mix(tap(0), tap(source.stepX), restX, fx);
-    const __m128 bottom = Mix(tap(source.stepY), tap(source.stepX + source.stepY), restX, fx);
-    return Mix(top, bottom, restY, fy);
+    const __m128 moved = SampleJoined(source, fx, fy, [&](std::int64_t step) VITRELUX_INLINED {
+        return _mm_shuffle_ps(Load(red + step), Load(blue + step), _MM_SHUFFLE(3, 2, 1, 0));
+    });
+    return Join(moved, same, moved);
 }
 
 VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block &block, const Positions &red,
@@ -421,7 +428,7 @@ VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block
     Prefetch(source, corners.red, block.count);
     for (int i = 0; i < block.count; ++i) {
         const __m128 sample = green ? SampleColors(source, corners, i)
-            : Join(SampleRedAndBlue(source, corners, i), Load(block.same + i * kPixelBytes), SampleRedAndBlue(source, corners, i));
+                                    : SampleRedAndBlue(source, corners, i, Load(block.same + i * kPixelBytes));
         StoreWithAlphaOfSum(block.target + i * kPixelBytes, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
     }
 }

@@ -2,6 +2,9 @@
 
 #include "newLCP.h"
 
+#include <QDomDocument>
+#include <QRandomGenerator>
+
 #include <cmath>
 #include <cstring>
 
@@ -258,4 +261,47 @@ QString FirstDifference(const Pixels &got, const Pixels &want)
         }
     }
     return QString();
+}
+
+Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    Pixels pixels{width, height, channels, bits, QVector<float>(width * height * channels)};
+    for (float &value : pixels.values)
+        value = bits == 32 ? float(random.bounded(1.4) - 0.2) : float(random.bounded(1 << bits));
+    return pixels;
+}
+
+newLCP NoModels()
+{
+    bool ok = false;
+    newLCP lcp((QDomElement()), ok);
+    lcp.scale = 1.0F;
+    return lcp;
+}
+
+newLCP StrongModels(int width, int height, int kind, quint32 seed)
+{
+    QRandomGenerator random(seed);
+    const auto near = [&random](double middle, double range) { return middle + range * (random.bounded(2.0) - 1.0); };
+    newLCP lcp = NoModels();
+    lcp.scale = float(near(1.0, 0.1));
+    lcp.modelKind = kind;
+    for (LensParam *model :
+         {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel, &lcp.vignetteModel}) {
+        const bool vignette = model == &lcp.vignetteModel;
+        model->centerX = near(0.5, 0.1) * width;
+        model->centerY = near(0.5, 0.1) * height;
+        model->focalLengthX = near(0.9, 0.2);
+        model->focalLengthY = near(0.9, 0.2);
+        model->focalPixels = float(model->focalLengthX * width);
+        for (int i = 0; i < (vignette ? 3 : 1 + int(seed % 2)); ++i)
+            model->coefficients.append(float(near(0.0, vignette ? 2.0 : 0.4)));
+        model->Found();
+    }
+    lcp.redGreenModel.scaleFactor = float(near(1.0, 0.1));
+    lcp.blueGreenModel.scaleFactor = float(near(1.0, 0.1));
+    lcp.distortionModel.tangential1 = near(0.0, 0.05);
+    lcp.distortionModel.tangential2 = near(0.0, 0.05);
+    return lcp;
 }

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "KImage.h"
+#include "newLCP.h"
 
 #include <QString>
 #include <QVector>
-
-class newLCP;
 
 /// Pixel values apart from any image: what an image holds, widened to float, interleaved.
 struct Pixels {
@@ -50,3 +49,12 @@ void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, P
 
 /// Where two pictures differ first, with both values; empty if nowhere. Values that are no numbers are equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);
+
+/// Values over the whole range of the depth; floats go below 0 and above 1 too.
+Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed);
+
+/// A profile without any model, scale 1.
+newLCP NoModels();
+
+/// All five models for a picture of that size, strong enough to cross every border.
+newLCP StrongModels(int width, int height, int kind, quint32 seed);

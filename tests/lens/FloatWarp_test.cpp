@@ -1,0 +1,151 @@
+// The fast warp against its plain twin: every set of instructions, both frames, bands of rows, what stays unwritten.
+#include "FloatWarp.h"
+
+#include "InterpolatorKim.h"
+#include "WarpStatement.h"
+
+#include <QtTest>
+
+#include <limits>
+
+namespace {
+
+using Instructions = FloatWarp::Instructions;
+using Frame = FloatWarp::Frame;
+using Unwritten = FloatWarp::Unwritten;
+
+/// The plain engine on a landscape picture.
+void RunPlainly(newLCP &lcp, KImage &source, KImage &target, FloatWarp::Switches switches)
+{
+    using Engine = InterpolatorKim<float, float>;
+    Engine run;
+    run.sample = &Engine::InterpolateN;
+    run.sampleChannel = &Engine::InterpolateNc;
+    run.source = &source;
+    run.destination = &target;
+    run.lcp = &lcp;
+    run.distortion = switches.distortion;
+    run.chromatic = switches.chromatic;
+    run.falloff = switches.falloff;
+    run.inScale = run.outScale = 1.0F;
+    run.width = source.width();
+    run.height = source.height();
+    run.channels = 4;
+    QVERIFY(run.DoPlainly());
+}
+
+/// Counter-clockwise by a right angle: the right-hand column becomes the top row. Three times is the way back.
+Pixels Turned(const Pixels &from)
+{
+    Pixels to{from.height, from.width, from.channels, from.bits, QVector<float>(from.values.size())};
+    for (int y = 0; y < to.height; ++y)
+        for (int x = 0; x < to.width; ++x)
+            for (int c = 0; c < to.channels; ++c)
+                to.At(x, y, c) = from.At(from.width - 1 - y, x, c);
+    return to;
+}
+
+/// What the plain engine makes of @p source, lying as @p frame says, upon @p before.
+Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, FloatWarp::Switches switches, Frame frame)
+{
+    const bool turned = frame == Frame::Turned;
+    GuardedImage from(turned ? Turned(source) : source, 0), to(turned ? Turned(before) : before, 0);
+    RunPlainly(lcp, from.image, to.image, switches);
+    return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
+}
+
+} // namespace
+
+class tst_FloatWarp : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isThePlainWarp_data();
+    void isThePlainWarp();
+    void bandsAreTheWhole();
+};
+
+void tst_FloatWarp::isThePlainWarp_data()
+{
+    QTest::addColumn<int>("instructions");
+    QTest::addColumn<int>("frame");
+    constexpr const char *kNames[] = {"SSE2", "AVX2", "AVX-512"};
+    for (Instructions instructions : {Instructions::Sse2, Instructions::Avx2, Instructions::Avx512}) {
+        for (Frame frame : {Frame::Landscape, Frame::Turned})
+            QTest::addRow("%s %s", kNames[int(instructions)], frame == Frame::Turned ? "turned" : "landscape")
+                << int(instructions) << int(frame);
+    }
+}
+
+/// Not within a tolerance but to the last bit; so all instructions give the same bits too.
+void tst_FloatWarp::isThePlainWarp()
+{
+    QFETCH(int, instructions);
+    QFETCH(int, frame);
+    if (Instructions(instructions) > FloatWarp::BestInstructions())
+        QSKIP("not on this processor");
+    // Around the block's 64 pixels; the last is wide enough for blocks with no border in them.
+    const QSize sizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {65, 9}, {150, 30}};
+    quint32 seed = 1;
+    for (QSize size : sizes) {
+        for (int round = 0; round < 96; ++round, ++seed) {
+            const FloatWarp::Switches switches{bool(round & 1), bool(round & 2), bool(round & 4)};
+            const auto unwritten = Unwritten(round / 8 % 3);
+            newLCP lcp = StrongModels(size.width(), size.height(), round / 24 % 2, seed);
+            if (round / 48) { // gentle, so that most blocks are inside; and all numbers of coefficients
+                for (LensParam *model :
+                     {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
+                    model->coefficients = QVector<float>{-0.02F, 0.01F, 0.004F, 0.1F}.mid(0, int(seed % 5));
+                    model->tangential1 *= 0.01;
+                    model->tangential2 *= 0.01;
+                    model->scaleFactor = 1.0F;
+                }
+                lcp.scale = 1.0F;
+            }
+            if (round % 13 == 12) // each position infinite or not a number
+                lcp.redGreenModel.focalPixels = 0.0F;
+            if (round % 17 == 16) // the gain not a number
+                lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
+            if (round % 23 == 22)
+                lcp.greenModel.found = lcp.distortionModel.found = false;
+            Pixels source = RandomPixels(size.width(), size.height(), 4, 32, seed);
+            source.values[int(seed) % source.values.size()] = std::numeric_limits<float>::quiet_NaN();
+            Pixels before = RandomPixels(size.width(), size.height(), 4, 32, seed + 1000);
+            GuardedImage from(source, int(seed % 5)), to(before, int(seed % 7)); // rows at odd addresses too
+            if (unwritten != Unwritten::Stays)
+                before = unwritten == Unwritten::FromSource
+                    ? source
+                    : Pixels{before.width, before.height, 4, 32, QVector<float>(before.values.size())};
+            FloatWarp(lcp, switches, Frame(frame), from.image)
+                .Render(to.image, 0, unwritten, Instructions(instructions));
+            const QString difference = FirstDifference(to.Read(), Wanted(lcp, source, before, switches, Frame(frame)));
+            QVERIFY2(difference.isEmpty(),
+                     qPrintable(QStringLiteral("round %1 of %2 x %3: ").arg(round).arg(size.width()).arg(size.height())
+                                + difference));
+            QVERIFY(to.GuardsAreWhole());
+        }
+    }
+}
+
+void tst_FloatWarp::bandsAreTheWhole()
+{
+    newLCP lcp = StrongModels(90, 30, 0, 5);
+    const Pixels source = RandomPixels(90, 30, 4, 32, 5), before = RandomPixels(90, 30, 4, 32, 6);
+    for (Frame frame : {Frame::Landscape, Frame::Turned}) {
+        for (FloatWarp::Switches switches :
+             {FloatWarp::Switches{true, true, true}, {false, true, true}, {false, false, true}, {false, true, false}}) {
+            GuardedImage from(source, 0), whole(before, 0), banded(before, 0);
+            const FloatWarp warp(lcp, switches, frame, from.image);
+            warp.Render(whole.image, 0, Unwritten::FromSource);
+            for (int y = 0; y < 30; y += 7) {
+                KImage band(90, qMin(7, 30 - y), GFL_RGBA, 32, /*clear=*/false, banded.image.getData(0, y),
+                            int(banded.image.bytesPerLine()));
+                warp.Render(band, y, Unwritten::FromSource);
+            }
+            QCOMPARE(FirstDifference(banded.Read(), whole.Read()), QString());
+        }
+    }
+}
+
+QTEST_APPLESS_MAIN(tst_FloatWarp)
+#include "FloatWarp_test.moc"

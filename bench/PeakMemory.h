@@ -1,0 +1,30 @@
+// How much memory a step takes at its height, beyond what the process held before. Linux only.
+#pragma once
+
+#include <malloc.h>
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+/// A number of /proc/self/NAME behind a label; KiB where the system gives those. 0 if there is none.
+inline std::int64_t ProcessNumber(const char *name, const char *label)
+{
+    std::ifstream file(std::string("/proc/self/") + name);
+    for (std::string word; file >> word;) {
+        std::int64_t value = 0;
+        if (word == label && file >> value)
+            return value;
+    }
+    return 0;
+}
+
+/// Bytes resident at the height of @p step less those before it.
+template <typename Step> std::int64_t PeakBytes(Step step)
+{
+    malloc_trim(0); // freed blocks would hide what the step takes
+    std::ofstream("/proc/self/clear_refs") << "5";
+    const std::int64_t before = ProcessNumber("status", "VmRSS:");
+    step();
+    return (ProcessNumber("status", "VmHWM:") - before) * 1024;
+}

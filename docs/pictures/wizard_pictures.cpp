@@ -47,16 +47,6 @@ void Settle()
         QApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
-/// A picture of the window as 256 colours: small, and close enough to tell what is meant.
-void Take(QWidget *window, const QString &name)
-{
-    const QImage picture = window->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    constexpr int kSmallest = 0; // of file sizes, for Qt's writer of PNG
-    Require(picture.convertToFormat(QImage::Format_Indexed8, Qt::DiffuseDither)
-                .save(name + QStringLiteral(".png"), "PNG", kSmallest),
-            "cannot write a picture");
-}
-
 class Tour {
 public:
     Tour(CorrectionWizard *wizard, const QString &ending) : m_wizard(wizard), m_ending(ending) { }
@@ -64,6 +54,7 @@ public:
     void Go()
     {
         Settle();
+        Shot("pictures");
         Next();
         WaitUntil([this] { return CanGoOn(); }, "the preview doesn't come");
         Settle();
@@ -93,7 +84,8 @@ private:
     }
     void Shot(const char *name) const
     {
-        Take(m_wizard, QStringLiteral("wizard-%1%2").arg(QLatin1String(name), m_ending));
+        const QString file = QStringLiteral("wizard-%1%2.png").arg(QLatin1String(name), m_ending);
+        Require(m_wizard->grab().save(file), "cannot write a picture");
     }
 
     CorrectionWizard *m_wizard;
@@ -129,7 +121,7 @@ int main(int argc, char **argv)
     ChooseProfile(&application, plugin.Process(), profile);
     CorrectionWizard wizard(&application, plugin.Process(), &guard);
     wizard.Add(arguments);
-    wizard.resize(820, 640);
+    wizard.resize(wizard.minimumWidth(), 640);
     wizard.show();
     Tour(&wizard, ending).Go();
     return 0;

@@ -18,7 +18,7 @@ public:
         if (!planned.rival.isEmpty())
             return tr("The corrected picture would replace that of \"%1\"").arg(planned.rival);
         if (!image.Problem().isEmpty())
-            return image.Problem();
+            return tr("Not a picture that can be read: %1").arg(image.Problem());
         if (!parameters.corrections.Any())
             return tr("No correction is switched on");
         if (parameters.profile.isEmpty())
@@ -27,7 +27,7 @@ public:
         QString why = use.problem;
         if (why.isEmpty())
             ChooseCorrections(use, parameters.corrections, &why);
-        return why.isEmpty() ? QString() : tr("Lens profile \"%1\": %2").arg(use.path, why);
+        return why.isEmpty() ? QString() : tr("The lens profile \"%1\" can't be used: %2").arg(use.path, why);
     }
 
     QString NoteOn(const HostImageDef &image, const PictureParameters &parameters)

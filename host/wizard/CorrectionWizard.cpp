@@ -7,6 +7,9 @@
 #include "RunPage.h"
 
 #include <QAbstractButton>
+#include <QLabel>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,6 +20,21 @@ const QLatin1String kGeometrySetting("Wizard/Geometry");
 /// The plug-in leaves the look of its page's arrows to the host.
 const QLatin1String kArrows("QToolButton#QToolButton_Prev { qproperty-arrowType: LeftArrow; }"
                             "QToolButton#QToolButton_Next { qproperty-arrowType: RightArrow; }");
+
+/// QWizard gives the text below a page's title two lines, and cuts off what doesn't fit: so wide has the window to be.
+int WidthOfSubTitle(const QString &text)
+{
+    constexpr int kBesidePx = 150; // the logo and the margins
+    QLabel label;
+    label.setWordWrap(true);
+    label.setText(QStringLiteral("\n"));
+    const int twoLines = label.sizeHint().height();
+    label.setText(text);
+    int width = 400;
+    while (label.heightForWidth(width) > twoLines)
+        width += 10;
+    return width + kBesidePx;
+}
 
 } // namespace
 
@@ -45,7 +63,11 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
     connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables it before
 
-    resize(960, 720);
+    int width = 0;
+    for (const int id : pageIds())
+        width = std::max(width, WidthOfSubTitle(page(id)->subTitle()));
+    setMinimumWidth(width);
+    resize(std::max(width, 960), 720);
     restoreGeometry(application->Settings().value(kGeometrySetting).toByteArray());
 }
 

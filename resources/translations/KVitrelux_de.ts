@@ -137,7 +137,7 @@
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation>Adobe® bietet mit dem „Lens Profile Creator“ ein kostenloses Werkzeug an, um Objektive zu vermessen. Dieses Plug-in nutzt dessen Profile und entfernt damit Verzeichnung, Vignettierung und chromatische Aberration aus Ihren Fotos.</translation>
+        <translation>Mit dem kostenlosen „Lens Profile Creator“ von Adobe® lassen sich Objektive vermessen. Dieses Plug-in entfernt mit solchen Profilen Verzeichnung, Vignettierung und chromatische Aberration aus Ihren Fotos.</translation>
     </message>
 </context>
 <context>

@@ -137,7 +137,7 @@
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation>Firma Adobe® udostępnia bezpłatne narzędzie do kalibracji obiektywów „Lens Profile Creator”. Ta wtyczka korzysta z jego profili, aby usuwać ze zdjęć dystorsję, winietowanie i aberrację chromatyczną.</translation>
+        <translation>Adobe® udostępnia bezpłatne narzędzie do kalibracji obiektywów „Lens Profile Creator”. Ta wtyczka za pomocą jego profili usuwa ze zdjęć dystorsję, winietowanie i aberrację chromatyczną.</translation>
     </message>
 </context>
 <context>

@@ -137,7 +137,7 @@
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation>Adobe® выпустила бесплатный инструмент для калибровки объективов «Lens Profile Creator». Этот модуль использует его профили, чтобы убирать с фотографий дисторсию, виньетирование и хроматические аберрации.</translation>
+        <translation>Adobe® выпустила бесплатный инструмент калибровки объективов «Lens Profile Creator». Модуль по его профилям убирает с фотографий дисторсию, виньетирование и хроматические аберрации.</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>Kein Objektivprofil ist gewählt</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Objektivprofil „%1“: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Kein lesbares Bild: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>Das Objektivprofil „%1“ ist nicht brauchbar: %2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>No lens profile is chosen</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Lens profile &quot;%1&quot;: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Not a picture that can be read: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>The lens profile &quot;%1&quot; can&apos;t be used: %2</translation>
     </message>
 </context>
 <context>

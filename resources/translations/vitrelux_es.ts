@@ -16,8 +16,12 @@
         <translation>No se ha elegido ningún perfil de objetivo</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Perfil de objetivo «%1»: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>No es una imagen legible: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>El perfil de objetivo «%1» no se puede usar: %2</translation>
     </message>
 </context>
 <context>

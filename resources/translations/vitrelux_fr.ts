@@ -16,8 +16,12 @@
         <translation>Aucun profil d&apos;objectif n&apos;est choisi</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Profil d&apos;objectif « %1 » : %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Pas une image lisible : %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>Nessun profilo obiettivo è stato scelto</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Profilo obiettivo &quot;%1&quot;: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Non è un&apos;immagine leggibile: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>Il profilo obiettivo &quot;%1&quot; non è utilizzabile: %2</translation>
     </message>
 </context>
 <context>

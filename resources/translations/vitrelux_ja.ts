@@ -16,8 +16,12 @@
         <translation>レンズプロファイルが選択されていません</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>レンズプロファイル「%1」：%2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>読み取れる画像ではありません：%1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>レンズプロファイル「%1」は使えません：%2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>Nie wybrano profilu obiektywu</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Profil obiektywu „%1”: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Nie jest czytelnym obrazem: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>Nie można użyć profilu obiektywu „%1”: %2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>Профиль объектива не выбран</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>Профиль объектива «%1»: %2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>Изображение не читается: %1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>Профиль объектива «%1» непригоден: %2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>未选择镜头配置文件</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>镜头配置文件“%1”：%2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>不是可读取的图片：%1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>镜头配置文件“%1”无法使用：%2</translation>
     </message>
 </context>
 <context>

@@ -16,8 +16,12 @@
         <translation>未選取鏡頭描述檔</translation>
     </message>
     <message>
-        <source>Lens profile &quot;%1&quot;: %2</source>
-        <translation>鏡頭描述檔「%1」：%2</translation>
+        <source>Not a picture that can be read: %1</source>
+        <translation>不是可讀取的圖片：%1</translation>
+    </message>
+    <message>
+        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
+        <translation>鏡頭描述檔「%1」無法使用：%2</translation>
     </message>
 </context>
 <context>

@@ -359,6 +359,17 @@ void WizardTest::speaksTheUsersLanguage()
     QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
     Show(plugin.Process(), {});
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
+
+    m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
+    m_wizard->Add({m_process->profile});
+    Next();
+    QApplication::processEvents();
+    const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
+    const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
+        return label->text() == m_wizard->currentPage()->subTitle();
+    });
+    QVERIFY(header != labels.end());
+    QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
     m_wizard->close();
     m_wizard.reset();
 }

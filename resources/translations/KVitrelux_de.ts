@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Einheit der Sensorauflösung</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: Graustufenbilder werden nicht unterstützt.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>Die Datei „%1“ wurde nicht gefunden</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>Kein Platz mehr im Ordner für temporäre Dateien</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>Die Datei „%1“ kann nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>Die Datei „%1“ wurde nicht gefunden</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Focal plan res. unit</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: gray pictures are not supported.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>File &quot;%1&quot; is not found</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>No more space in temporary folder</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>File &quot;%1&quot; cannot be loaded</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>File &quot;%1&quot; is not found</translation>
     </message>
 </context>
 <context>

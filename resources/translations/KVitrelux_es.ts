@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Unidad de resolución del plano focal</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: no se admiten imágenes en escala de grises.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>No se encuentra el archivo «%1»</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>No queda espacio en la carpeta temporal</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>No se puede cargar el archivo «%1»</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>No se encuentra el archivo «%1»</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Unité de résolution du plan focal</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation> : les images en niveaux de gris ne sont pas prises en charge.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>Le fichier « %1 » est introuvable</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>Plus d&apos;espace dans le dossier temporaire</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>Le fichier « %1 » ne peut pas être chargé</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>Le fichier « %1 » est introuvable</translation>
     </message>
 </context>
 <context>

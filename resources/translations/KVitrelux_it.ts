@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Unità di risoluzione del piano focale</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: le immagini in scala di grigi non sono supportate.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>File &quot;%1&quot; non trovato</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>Spazio esaurito nella cartella temporanea</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>Impossibile caricare il file &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>File &quot;%1&quot; non trovato</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>焦点面の解像度の単位</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>：グレースケール画像には対応していません。</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>ファイル「%1」が見つかりません</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>一時フォルダーに空き容量がありません</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>ファイル「%1」を読み込めません</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>ファイル「%1」が見つかりません</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Jednostka rozdzielczości w płaszczyźnie ogniskowej</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: obrazy w skali szarości nie są obsługiwane.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>Nie znaleziono pliku „%1”</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>Brak miejsca w folderze tymczasowym</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>Nie można wczytać pliku „%1”</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>Nie znaleziono pliku „%1”</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>Единица разрешения в фокальной плоскости</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>: изображения в градациях серого не поддерживаются.</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>Файл «%1» не найден</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>Во временной папке закончилось место</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>Не удаётся загрузить файл «%1»</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>Файл «%1» не найден</translation>
     </message>
 </context>
 <context>

@@ -75,6 +75,10 @@
         <source>Focal plan res. unit</source>
         <translation>焦平面分辨率单位</translation>
     </message>
+    <message>
+        <source>: gray pictures are not supported.</source>
+        <translation>：不支持灰度图片。</translation>
+    </message>
 </context>
 <context>
     <name>KException</name>
@@ -97,6 +101,10 @@
     <message>
         <source>File &quot;%1&quot; is not found</source>
         <translation>找不到文件“%1”</translation>
+    </message>
+    <message>
+        <source>No more space in temporary folder</source>
+        <translation>临时文件夹空间不足</translation>
     </message>
 </context>
 <context>
@@ -152,6 +160,10 @@
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
         <translation>无法加载文件“%1”</translation>
+    </message>
+    <message>
+        <source>File &quot;%1&quot; is not found</source>
+        <translation>找不到文件“%1”</translation>
     </message>
 </context>
 <context>

@@ -3,6 +3,7 @@
 #include "HostApplication_p.h"
 #include "UIVitreluxPage.h"
 
+#include <QApplication>
 #include <QDomDocument>
 
 #include <memory>
@@ -120,7 +121,8 @@ QIcon KVitreluxOne2One::BeforeAfter() const
 
 QWizardPage *KVitreluxOne2One::WizardPage()
 {
-    if (!m_page)
+    const bool canHaveWidgets = qobject_cast<QApplication *>(QCoreApplication::instance());
+    if (!m_page && canHaveWidgets)
         m_page = new UIVitreluxPage(this, nullptr);
     return m_page;
 }

@@ -43,7 +43,7 @@ public:
     QString UID() const override;
 
     /// Made by the first call, without a parent. A host may put it into a wizard and delete it with that; the next call
-    /// then makes a new one, for the next SetFiles.
+    /// then makes a new one, for the next SetFiles. Null without a QApplication.
     QWizardPage *WizardPage() override;
     /// Stores the defaults, and with a page the profile folder too.
     void OnValidatePage() override;

@@ -46,6 +46,7 @@ void tst_WithoutHost::init()
 void tst_WithoutHost::processWorksOnDefaults()
 {
     KVitreluxOne2One process;
+    QVERIFY(!process.WizardPage()); // no QApplication, no widgets
     auto *params = static_cast<KVitreluxOne2One::Params *>(process.AllocParameters(QDomElement()));
     QVERIFY(!params->disto && !params->ca && !params->falloff);
     QVERIFY(params->lcpFilename.isEmpty());

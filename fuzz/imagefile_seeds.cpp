@@ -55,8 +55,9 @@ void WriteForeignTiff(const std::string &folder, const char *name, int photometr
     TIFF *tiff = TIFFOpen((folder + '/' + name).c_str(), planar == PLANARCONFIG_SEPARATE ? "wb" : "wl");
     if (!tiff)
         return;
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kSide);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kSide);
+    const int side = photometric == PHOTOMETRIC_CFA ? 32 : kSide; // smaller sensors are none to LibRaw
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, side);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, side);
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, bits);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
@@ -67,6 +68,13 @@ void WriteForeignTiff(const std::string &folder, const char *name, int photometr
         for (int i = 0; i < 256; ++i)
             map[i] = static_cast<std::uint16_t>(i * 257);
         TIFFSetField(tiff, TIFFTAG_COLORMAP, map, map, map);
+    }
+    if (photometric == PHOTOMETRIC_CFA) {
+        const std::uint8_t version[] = {1, 4, 0, 0}, pattern[] = {0, 1, 1, 2};
+        const std::uint16_t size[] = {2, 2};
+        TIFFSetField(tiff, TIFFTAG_DNGVERSION, version);
+        TIFFSetField(tiff, TIFFTAG_CFAREPEATPATTERNDIM, size);
+        TIFFSetField(tiff, TIFFTAG_CFAPATTERN, 4, pattern);
     }
     if (tile > 0) {
         TIFFSetField(tiff, TIFFTAG_TILEWIDTH, tile);
@@ -104,6 +112,11 @@ int main(int argc, char **argv)
     WriteSeed(folder, "float.tif", TiffCodec(), {32, 3}, options);
     options.bigTiffFromBytes = 1;
     WriteSeed(folder, "big.tif", TiffCodec(), {8, 1}, options);
+    for (int method = 0; method < 10; ++method) { // of OpenEXR
+        options.compression = static_cast<std::uint16_t>(method);
+        WriteSeed(folder, ("method" + std::to_string(method) + ".exr").c_str(), ExrCodec(), {16, method % 2 ? 4 : 3},
+                  options);
+    }
     constexpr int kContig = PLANARCONFIG_CONTIG, kPlanes = PLANARCONFIG_SEPARATE;
     WriteForeignTiff(folder, "tiles.tif", PHOTOMETRIC_RGB, 8, 4, COMPRESSION_PACKBITS, 16, kContig);
     WriteForeignTiff(folder, "planes.tif", PHOTOMETRIC_RGB, 16, 3, COMPRESSION_ADOBE_DEFLATE, 0, kPlanes);
@@ -112,5 +125,6 @@ int main(int argc, char **argv)
     WriteForeignTiff(folder, "lab.tif", PHOTOMETRIC_CIELAB, 8, 3, COMPRESSION_ZSTD, 0, kContig);
     WriteForeignTiff(folder, "cmyk.tif", PHOTOMETRIC_SEPARATED, 12, 4, COMPRESSION_LZMA, 0, kContig);
     WriteForeignTiff(folder, "jpeg.tif", PHOTOMETRIC_YCBCR, 8, 3, COMPRESSION_JPEG, 16, kContig);
+    WriteForeignTiff(folder, "bayer.dng", PHOTOMETRIC_CFA, 16, 1, COMPRESSION_NONE, 0, kContig);
     return 0;
 }

@@ -133,7 +133,8 @@ Metadata ReadMetadata(const Source &source)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
-        image->readMetadata();
+        if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
+            image->readMetadata();
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &) { // damaged: what was read before stands in the image

@@ -518,7 +518,7 @@ void tst_Metadata::resolution()
 void tst_Metadata::filesWithout()
 {
     QTemporaryDir folder;
-    for (const char *format : {"tiff", "jpeg", "png"}) {
+    for (const char *format : {"tiff", "jpeg", "png", "exr", "hdri", "psd"}) {
         const QByteArray path = folder.filePath(QString::fromLatin1(format)).toUtf8();
         const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
         const GFL_SAVE_PARAMS params = SaveParams(format);

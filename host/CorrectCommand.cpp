@@ -3,6 +3,7 @@
 #include "Console.h"
 #include "HostApplication.h"
 #include "InterruptGuard.h"
+#include "KException.h"
 #include "PictureRun.h"
 #include "PluginLoader.h"
 #include "ProfileUse.h"
@@ -84,6 +85,7 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
 
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, m_profile.path}));
     RunPicture(m_process, record, planned, m_options.existing, m_guard);
+    m_application->ImageOf(planned.picture)->ReleaseFromMemory(); // no picture is needed twice
     return Outcome::Corrected;
 }
 
@@ -100,9 +102,10 @@ Corrections CorrectRun::UsableCorrections() const
 
 void CorrectRun::CheckPicture(const PlannedPicture &planned)
 {
-    const HostImageDef *image = m_application->ImageOf(planned.picture);
-    if (!image->Problem().isEmpty())
-        Fail(image->Problem());
+    const QString problem = m_application->ProblemOf(planned.picture);
+    if (!problem.isEmpty())
+        Fail(problem);
+    const ImageDef *image = m_application->ImageOf(planned.picture);
     const QString mismatch = SizeMismatch(m_profile, image->nCols(), image->nRows());
     if (!mismatch.isEmpty())
         m_console->Note(planned.asNamed, mismatch);

@@ -1,6 +1,7 @@
 #include "HostApplication.h"
 
 #include "KImage.h"
+#include "PictureProblem.h"
 #include "analytics/KAnalyticsManager.h"
 
 #include <QDir>
@@ -121,7 +122,7 @@ HostApplication::HostApplication(int &argc, char **argv)
 
 HostApplication::~HostApplication()
 {
-    m_images.clear(); // pixels go back to the kernel's allocator before the kernel stops
+    m_pictures.clear(); // while the kernel still stands
     KImage::exit();
 }
 
@@ -167,11 +168,23 @@ KImageInstances *HostApplication::ImageInstances()
     return &KImage::ms_instances;
 }
 
-HostImageDef *HostApplication::ImageOf(const QString &fileName)
+HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
     const QString path = QDir::cleanPath(QDir().absoluteFilePath(fileName));
-    std::unique_ptr<HostImageDef> &image = m_images[path];
-    if (!image)
-        image = std::make_unique<HostImageDef>(path);
-    return image.get();
+    const QMutexLocker locker(&m_mutex);
+    Picture &picture = m_pictures[path];
+    if (picture.image)
+        return picture;
+    ImageDef *image = nullptr;
+    picture.problem = ReadingProblem(path);
+    if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails))
+        picture.problem = RefusalReason(path);
+    if (!image) {
+        picture.standIn = std::make_shared<ImageDef>();
+        image = picture.standIn.get();
+        image->m_fileName = path;
+        image->m_id = ImageDef::IdOf(path);
+    }
+    picture.image = image;
+    return picture;
 }

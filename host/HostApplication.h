@@ -1,10 +1,11 @@
 // The application object of our own host: what the plug-in meets when it looks for the application that loaded it.
 #pragma once
 
-#include "HostImageDef.h"
+#include "ImageDef.h"
 #include "KIApplication.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QSettings>
 #include <QTranslator>
 
@@ -36,23 +37,37 @@ public:
     QLocale Locale() override;
     /// Looks for ":/Translation/FILENAME".
     void LoadTranslator(QString fileName) override;
-    /// Never null: a file that isn't a picture has a description that says so. Files are told apart by their absolute
+    /// Never null: a file that isn't a picture has a description of size 0. Files are told apart by their absolute
     /// names.
     KIImageDef *ImageDefOf(QString fileName) override { return ImageOf(fileName); }
     KImageInstances *ImageInstances() override;
     /// Null: this host shares no interface kernel.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    HostImageDef *ImageOf(const QString &fileName);
+    /// As ImageDefOf. The image belongs to the image cache or to this object. Any thread.
+    ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
+    /// Why the file can't be corrected, in one line; empty if it can, as far as its head tells. Any thread.
+    QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
+    /// Images described from now on have thumbnails; commands with windows want them.
+    void MakeThumbnails() { m_makesThumbnails = true; }
     /// What the program itself remembers; plug-ins have their own by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
     /// Makes the program's own texts, and Qt's, speak the user's language. Commands without windows speak English.
     void TranslateWindows();
 
 private:
+    struct Picture {
+        QPointer<ImageDef> image;
+        QString problem;
+        std::shared_ptr<ImageDef> standIn; // of a file that isn't a picture
+    };
+
+    Picture Describe(const QString &fileName);
     void Install(const QString &translation);
 
     QSettings m_settings;
-    std::map<QString, std::unique_ptr<HostImageDef>> m_images; // by absolute name
+    QMutex m_mutex;                        // of m_pictures
+    std::map<QString, Picture> m_pictures; // by absolute name
+    bool m_makesThumbnails = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;
 };

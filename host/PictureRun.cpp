@@ -1,7 +1,9 @@
 #include "PictureRun.h"
 
-#include "HostImageDef.h"
+#include "KException.h"
+#include "PictureProblem.h"
 #include "WorkFolder.h"
+#include "gfl.h"
 
 #include <QCoreApplication>
 #include <QDomDocument>

@@ -13,12 +13,12 @@ class Objections {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
     /// Empty: nothing.
-    QString To(const PlannedPicture &planned, const HostImageDef &image, const PictureParameters &parameters)
+    QString To(const PlannedPicture &planned, const QString &problem, const PictureParameters &parameters)
     {
         if (!planned.rival.isEmpty())
             return tr("The corrected picture would replace that of \"%1\"").arg(planned.rival);
-        if (!image.Problem().isEmpty())
-            return tr("Not a picture that can be read: %1").arg(image.Problem());
+        if (!problem.isEmpty())
+            return tr("Not a picture that can be read: %1").arg(problem);
         if (!parameters.corrections.Any())
             return tr("No correction is switched on");
         if (parameters.profile.isEmpty())
@@ -30,7 +30,7 @@ public:
         return why.isEmpty() ? QString() : tr("The lens profile \"%1\" can't be used: %2").arg(use.path, why);
     }
 
-    QString NoteOn(const HostImageDef &image, const PictureParameters &parameters)
+    QString NoteOn(const ImageDef &image, const PictureParameters &parameters)
     {
         return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
     }
@@ -54,13 +54,13 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     std::vector<JobPicture> pictures;
     Objections objections;
     for (const PlannedPicture &planned : PlanOutputs(files, QString())) {
-        const HostImageDef &image = *application->ImageOf(planned.picture);
+        const ImageDef &image = *application->ImageOf(planned.picture);
         const QDomElement element = process->GetFileXmlParams(planned.picture);
         const PictureParameters parameters = ReadParameters(element);
         JobPicture picture;
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
-        picture.problem = objections.To(planned, image, parameters);
+        picture.problem = objections.To(planned, application->ProblemOf(planned.picture), parameters);
         if (picture.problem.isEmpty()) {
             picture.note = objections.NoteOn(image, parameters);
             picture.record = std::make_unique<ParameterRecord>(process, element);

@@ -130,13 +130,15 @@ void PicturesPage::DescribeNext()
         if (row->data(kName, kDescribed).toBool())
             continue;
         row->setData(kName, kDescribed, true);
-        const HostImageDef &image = *m_application->ImageOf(row->data(kName, kPath).toString());
-        const bool usable = image.Problem().isEmpty();
-        row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : image.Problem());
-        if (!usable)
+        const QString path = row->data(kName, kPath).toString();
+        const ImageDef &image = *m_application->ImageOf(path);
+        const QString problem = m_application->ProblemOf(path);
+        const bool usable = problem.isEmpty();
+        row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
+        if (usable)
+            row->setIcon(kName, QIcon(*image.GetThumbnail()));
+        else
             row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
-        if (const QPixmap *thumbnail = usable ? image.GetThumbnail() : nullptr)
-            row->setIcon(kName, QIcon(*thumbnail));
         QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
         return;
     }

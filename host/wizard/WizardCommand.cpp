@@ -19,6 +19,7 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     int argc = 1;
     HostApplication application(argc, argv);
     application.TranslateWindows();
+    application.MakeThumbnails();
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());

@@ -3,6 +3,7 @@
 #include "TestFiles.h"
 
 #include <QDir>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -92,7 +93,10 @@ void BadInputTest::badPicture_data()
     QTest::newRow("folder") << Prepare(MakeFolder) << Text("is a folder");
     QTest::newRow("empty") << Bytes({}) << Text("empty");
     QTest::newRow("text") << Bytes("Dear diary, today I took no picture.") << Text("is of no known format; known are ");
-    QTest::newRow("profile") << Bytes(ProfileText(kDistortionOnly, 60, 40)) << Text("is of no known format; known are ");
+    QTest::newRow("profile") << Bytes(ProfileText(kDistortionOnly, 60, 40))
+                             << Text("is of no known format; known are ");
+    QTest::newRow("gray") << Prepare([](const QString &path) { QImage(60, 40, QImage::Format_Grayscale8).save(path); })
+                          << Text("gray pictures are not supported");
     QTest::newRow("pipe") << Prepare([](const QString &path) { mkfifo(QFile::encodeName(path).constData(), 0600); })
                           << Text("not a regular file");
     QTest::newRow("unreadable") << Prepare([copyOf](const QString &path) {

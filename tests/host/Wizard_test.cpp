@@ -3,6 +3,7 @@
 
 #include "HostApplication.h"
 #include "InterruptGuard.h"
+#include "KException.h"
 #include "PluginLoader.h"
 #include "TestFiles.h"
 #include "wizard/RunPage.h"

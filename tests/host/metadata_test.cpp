@@ -187,7 +187,7 @@ void MetadataTest::depthIsKept_data()
     QTest::addColumn<int>("bits");
     QTest::addColumn<int>("resultChannels");
     for (int bits : {8, 16, 32})
-        for (int channels : {1, 3, 4})
+        for (int channels : {3, 4})
             QTest::addRow("%d bits, %d channels", bits, channels) << channels << bits << (bits == 32 ? 3 : 4);
 }
 
@@ -208,7 +208,7 @@ void MetadataTest::depthIsKept()
     for (int y = 0; y < source.height; ++y)
         for (int x = 0; x < source.width; ++x)
             for (int c = 0; c < 3; ++c)
-                QCOMPARE(result.At(x, y, c), source.At(x, y, std::min(c, channels - 1)));
+                QCOMPARE(result.At(x, y, c), source.At(x, y, c));
 }
 
 void MetadataTest::alphaTellsWhatWasOutside_data()

@@ -1,0 +1,83 @@
+#include "PictureProblem.h"
+
+#include "gfl.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+/// What can be said of a file without opening it as a picture; empty: nothing against it.
+QString FileProblem(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        return info.isSymLink()                          ? QStringLiteral("is a link to a file that does not exist")
+            : path.contains(QChar::ReplacementCharacter) ? QStringLiteral("no such file; names are expected in UTF-8")
+                                                         : QStringLiteral("no such file");
+    }
+    if (info.isDir())
+        return QStringLiteral("is a folder, expected a picture file");
+    if (!info.isFile())
+        return QStringLiteral("is not a regular file, expected a picture file");
+    if (info.size() == 0)
+        return QStringLiteral("is empty (0 bytes), expected a picture file");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("cannot be read: %1").arg(file.errorString());
+    return QString();
+}
+
+/// Reads the head of a picture. @return why it can't be read, or empty.
+QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
+{
+    constexpr std::int32_t kAnyFormat = -1;
+    constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
+    const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
+    return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
+}
+
+} // namespace
+
+QString ReadingProblem(const QString &path)
+{
+    const QString problem = FileProblem(path);
+    if (!problem.isEmpty())
+        return problem;
+    GFL_FILE_INFORMATION information = {};
+    const QString unread = ReadHead(path, &information);
+    gflFreeFileInformation(&information);
+    return unread;
+}
+
+QString RefusalReason(const QString &path)
+{
+    GFL_FILE_INFORMATION information = {};
+    const QString unread = ReadHead(path, &information);
+    const int channels = information.ComponentsPerPixel;
+    const int colours = information.ColorModel;
+    const QString description = QString::fromLatin1(information.Description);
+    gflFreeFileInformation(&information);
+    if (!unread.isEmpty())
+        return unread;
+    if (channels == 1)
+        return QStringLiteral("gray pictures are not supported");
+    if (colours == GFL_CM_CMYK || colours == GFL_CM_LAB)
+        return QStringLiteral("%1 pictures are not supported")
+            .arg(QLatin1String(colours == GFL_CM_LAB ? "Lab" : "CMYK"));
+    if (channels != 3 && channels != 4)
+        return QStringLiteral("pictures of %1 channels are not supported").arg(channels);
+    if (description.contains(QLatin1String("tiled")))
+        return QStringLiteral("tiled TIFF files are not supported");
+    return QStringLiteral("is not described as a picture: a companion file, or damaged");
+}
+
+QString WithoutFileName(const QString &text, const QString &path)
+{
+    for (const char *separator : {": ", " "}) {
+        const QString start = path + QLatin1String(separator);
+        if (text.startsWith(start))
+            return text.mid(start.size());
+    }
+    return text;
+}

@@ -285,6 +285,7 @@ void tst_Metadata::exifIsCarried_data()
         QTest::addRow("note %d to TIFF without compression", note) << note << QByteArray("tiff") << 0;
         QTest::addRow("note %d to JPEG", note) << note << QByteArray("jpeg") << -1;
         QTest::addRow("note %d to PNG", note) << note << QByteArray("png") << -1;
+        QTest::addRow("note %d to PSD", note) << note << QByteArray("psd") << -1;
         QTest::addRow("note %d of a raw file to TIFF", note) << note << QByteArray("tiff") << 4;
     }
 }
@@ -359,6 +360,7 @@ void tst_Metadata::blocksAreCarried_data()
     QTest::newRow("TIFF") << QByteArray("tiff") << QStringLiteral("a.jpg");
     QTest::newRow("JPEG") << QByteArray("jpeg") << QStringLiteral("a.jpg");
     QTest::newRow("PNG") << QByteArray("png") << QStringLiteral("a.jpg");
+    QTest::newRow("PSD") << QByteArray("psd") << QStringLiteral("a.jpg");
     QTest::newRow("raw to TIFF") << QByteArray("tiff") << QStringLiteral("a.dng");
 }
 
@@ -484,7 +486,7 @@ void tst_Metadata::xmp()
     int error = 0;
     const BitmapPtr bitmap = Load(source, &error, LoadParams(GFL_LOAD_METADATA));
     QVERIFY(bitmap && gflBitmapHasXMP(bitmap.get()) && gflBitmapHasEXIF(bitmap.get()));
-    for (const char *format : {"tiff", "jpeg", "png"}) {
+    for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
         const QString target = folder.filePath(QString::fromLatin1(format));
         const GFL_SAVE_PARAMS params = SaveParams(format);
         QCOMPARE(gflSaveBitmapUTF8(target.toUtf8().constData(), bitmap.get(), &params), int(GFL_NO_ERROR));

@@ -1,0 +1,178 @@
+// Radiance HDR, with files that are put together byte by byte.
+#include "Bitmaps.h"
+
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+constexpr char kHead[] = "#?RADIANCE\n# made by hand\nFORMAT=32-bit_rle_rgbe\n";
+
+QByteArray File(const QByteArray &lines, const QByteArray &axes, const QByteArray &pixels)
+{
+    return kHead + lines + "\n" + axes + "\n" + pixels;
+}
+
+/// A pixel whose values are r, g, b (0 to 255) times two to the power of @p e.
+QByteArray Rgbe(int r, int g, int b, int e = -8)
+{
+    return QByteArray(1, char(r)) + char(g) + char(b) + char(e + 136);
+}
+
+/// One row of 9 pixels, packed: red in runs, then bytes as they are, then a run for each of the others.
+QByteArray PackedRow()
+{
+    return QByteArray("\2\2\0\x09", 4) + "\x84\xC8" + "\5\1\2\3\4\5" + "\x89\x64" + "\x89\x32" + "\x89\x80";
+}
+
+QVector<float> Values(const GFL_BITMAP &bitmap)
+{
+    QVector<float> values;
+    for (int y = 0; y < bitmap.Height; ++y)
+        for (int i = 0; i < bitmap.Width * 3; ++i)
+            values.append(reinterpret_cast<const float *>(bitmap.Data + y * int(bitmap.BytesPerLine))[i]);
+    return values;
+}
+
+} // namespace
+
+class tst_Hdr : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void reads_data();
+    void reads();
+    void turned_data();
+    void turned();
+    void damaged_data();
+    void damaged();
+    void cutAnywhere();
+    void extremes();
+};
+
+void tst_Hdr::reads_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QVector<float>>("expected");
+    const QByteArray axes = "-Y 1 +X 2";
+    QTest::newRow("as they are") << File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7))
+                                 << QVector<float>{0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f};
+    QTest::newRow("black whatever its mantissas") << File("", axes, Rgbe(9, 9, 9, -136) + Rgbe(0, 0, 1, -127))
+                                                  << QVector<float>{0, 0, 0, 0, 0, float(std::ldexp(1.0, -127))};
+    QTest::newRow("exposures") << File("EXPOSURE= 2\nEXPOSURE=+4.0\nEXPOSURE=junk\nEXPOSURE=-1\n", axes,
+                                       Rgbe(128, 64, 0) + Rgbe(8, 8, 8, 0))
+                               << QVector<float>{0.0625f, 0.03125f, 0, 1, 1, 1};
+    QVector<float> grey;
+    for (int i = 0; i < 3 * 260; ++i)
+        grey.append(0.5f);
+    QTest::newRow("old runs") << File("", "-Y 1 +X 260",
+                                      Rgbe(128, 128, 128) + QByteArray("\1\1\1\3", 4) + QByteArray("\1\1\1\1", 4))
+                              << grey;
+    QVector<float> packed;
+    for (int red : {200, 200, 200, 200, 1, 2, 3, 4, 5})
+        packed << float(red) / 256 << 100.0f / 256 << 50.0f / 256;
+    QTest::newRow("packed") << File("", "-Y 1 +X 9", PackedRow()) << packed;
+}
+
+void tst_Hdr::reads()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QVector<float>, expected);
+    int error = 0;
+    const BitmapPtr read = LoadFromMemory(file, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(int(read->BitsPerComponent), 32);
+    QCOMPARE(Values(*read), expected);
+}
+
+void tst_Hdr::turned_data()
+{
+    QTest::addColumn<QByteArray>("axes");
+    QTest::addColumn<QByteArray>("stored"); // of the picture with the rows "abc" and "def"
+    QTest::newRow("rows") << QByteArray("-Y 2 +X 3") << QByteArray("abcdef");
+    QTest::newRow("rows, mirrored") << QByteArray("-Y 2 -X 3") << QByteArray("cbafed");
+    QTest::newRow("rows from the bottom") << QByteArray("+Y 2 +X 3") << QByteArray("defabc");
+    QTest::newRow("half a turn") << QByteArray("+Y 2 -X 3") << QByteArray("fedcba");
+    QTest::newRow("columns") << QByteArray("+X 3 -Y 2") << QByteArray("adbecf");
+    QTest::newRow("columns from the bottom") << QByteArray("+X 3 +Y 2") << QByteArray("daebfc");
+    QTest::newRow("columns from the right") << QByteArray("-X 3 -Y 2") << QByteArray("cfbead");
+    QTest::newRow("both") << QByteArray("-X 3 +Y 2") << QByteArray("fcebda");
+}
+
+void tst_Hdr::turned()
+{
+    QFETCH(QByteArray, axes);
+    QFETCH(QByteArray, stored);
+    QByteArray pixels;
+    for (char c : stored)
+        pixels += Rgbe(c, 200, 0, 0);
+    int error = 0;
+    const BitmapPtr read = LoadFromMemory(File("", axes, pixels), &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(QSize(read->Width, read->Height), QSize(3, 2));
+    QByteArray letters;
+    for (int i = 0; i < 18; i += 3)
+        letters.append(char(Values(*read)[i]));
+    QCOMPARE(letters, QByteArray("abcdef"));
+}
+
+void tst_Hdr::damaged_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("expected");
+    const QByteArray head = QByteArray("\2\2\0\x09", 4);
+    const auto row = [](const char *name, const QByteArray &file, int error = GFL_ERROR_FILE_READ) {
+        QTest::newRow(name) << file << error;
+    };
+    row("XYZ", QByteArray(kHead).replace("rgbe", "xyze") + "\n-Y 1 +X 1\n" + Rgbe(1, 2, 3), GFL_ERROR_UNKNOWN_FORMAT);
+    row("no size", File("", "", ""));
+    row("both axes the same", File("", "-Y 1 +Y 1", Rgbe(1, 2, 3)));
+    row("no rows", File("", "-Y 0 +X 1", Rgbe(1, 2, 3)));
+    row("negative", File("", "-Y -1 +X 1", Rgbe(1, 2, 3)));
+    row("sides of a billion", File("", "-Y 999999999 +X 999999999", Rgbe(1, 2, 3)));
+    row("gigapixels of runs", File("", "-Y 40000 +X 40000", Rgbe(1, 2, 3)));
+    row("a header without end", kHead + QByteArray(2000000, 'x'));
+    row("nothing to repeat", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4)));
+    row("runs of nothing", File("", "-Y 1 +X 2", Rgbe(9, 9, 9) + QByteArray("\1\1\1\0", 4).repeated(9)));
+    row("an old run too long", File("", "-Y 1 +X 3", Rgbe(9, 9, 9) + QByteArray("\1\1\1\3", 4)));
+    row("a run too long", File("", "-Y 1 +X 9", head + QByteArray("\x8A\1", 2).repeated(4)));
+    row("bytes too many", File("", "-Y 1 +X 9", head + QByteArray(60, '\x0A')));
+    row("a count of 0", File("", "-Y 1 +X 9", head + QByteArray(60, '\0')));
+    row("a row of another length", File("", "-Y 1 +X 10", PackedRow()));
+}
+
+void tst_Hdr::damaged()
+{
+    QFETCH(QByteArray, file);
+    int error = 0;
+    QVERIFY(!LoadFromMemory(file, &error));
+    QTEST(error, "expected");
+}
+
+void tst_Hdr::cutAnywhere()
+{
+    for (const QByteArray &file :
+         {File("", "-Y 2 +X 9", PackedRow() + PackedRow()), File("", "-Y 2 +X 2", Rgbe(1, 2, 3).repeated(4))})
+        for (int size = 0; size < file.size(); ++size) {
+            int error = 0;
+            QVERIFY2(!LoadFromMemory(file.left(size), &error), qPrintable(QString::number(size)));
+        }
+}
+
+void tst_Hdr::extremes()
+{
+    const float infinity = std::numeric_limits<float>::infinity(), huge = std::numeric_limits<float>::max();
+    const float given[] = {-1, 0.5f, std::nanf(""), infinity, 1, huge, 1e-39f, 0, 0, 0.999f, 0.999f, 0.01f};
+    // The greatest mantissa is 255; 0.999 is nearer to 1 than to 255/256, and 0.01 then counts in steps of 1/128.
+    const float most = 255.0f * float(std::ldexp(1.0, 119));
+    const QVector<float> expected = {0, 0.5f, 0, most, 0, most, 0, 0, 0, 1.0f, 1.0f, 1.0f / 128};
+    const BitmapPtr bitmap = NewBitmap(4, 1, GFL_RGB, 32);
+    std::copy(std::begin(given), std::end(given), reinterpret_cast<float *>(bitmap->Data));
+    int error = 0;
+    const BitmapPtr read = LoadFromMemory(SavedBytes(*bitmap, SaveParams("hdri")), &error);
+    QVERIFY2(read, gflLastErrorText());
+    QCOMPARE(Values(*read), expected);
+}
+
+QTEST_GUILESS_MAIN(tst_Hdr)
+#include "Hdr_test.moc"

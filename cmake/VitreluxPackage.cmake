@@ -26,6 +26,8 @@ install(FILES "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" "${CMAKE_BINARY_DIR}/Vi
         DESTINATION ${sdk_dir})
 install(FILES README.md LICENSE CHANGELOG.md DESTINATION share/doc/vitrelux)
 install(FILES docs/host-guide.md DESTINATION share/doc/vitrelux)
+install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
+install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vitrelux)
@@ -35,5 +37,6 @@ set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)  # loaded at run time, so not found among the linked ones
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qttranslations5-l10n) # the file dialog in the user's language
 set(CPACK_STRIP_FILES ON)
 include(CPack)

@@ -12,8 +12,8 @@ class KIImageDef;
 class KImage;
 class UIVitreluxPage;
 
-/// Lives on the host's GUI thread. The one operation for other threads is Process on an image in memory, with a record
-/// and an image of that thread's own.
+/// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
+/// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
 ///
 /// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Lookup.cpp the
 /// search for a profile.

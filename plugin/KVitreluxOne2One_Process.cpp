@@ -56,14 +56,16 @@ void Turn(const KImage &source, KImage &target, double angleDegrees, double xShi
                        {0, 0, target.width(), target.height()}, angleDegrees, xShift, yShift, primitives::kCubic);
 }
 
-/// Upright and square pictures: the profile's frame lies on its side, so they do too while they are warped.
-void RenderTurned(newLCP &lcp, const KImage &source, KImage &target, const KVitreluxOne2One::Params &params)
+/// Upright and square pictures: the profile's frame lies on its side, so they do too while they are warped. Uses
+/// @p source up.
+void RenderTurned(newLCP &lcp, KImage &source, KImage &target, const KVitreluxOne2One::Params &params)
 {
     const int width = source.width();
     const int height = source.height();
-    KImage rotated(height, width, source.type(), source.bitsPerComponent(), /*clear=*/true, nullptr, 0);
-    KImage result(height, width, source.type(), source.bitsPerComponent(), /*clear=*/true, nullptr, 0);
+    KImage rotated(height, width, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     Turn(source, rotated, 90.0, 0.0, width - 1);
+    source.FreeBitmap(); // its memory serves the result: new pages cost a preview more time than the warp
+    KImage result(height, width, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
     lcp.Render(rotated, result, params.disto, params.ca, params.falloff, kInterpolated);
     Turn(result, target, -90.0, width - 1, 0.0);
 }

@@ -43,7 +43,7 @@ void ComputePreview::Render()
         m_workNumber = m_requestNumber; // before what may throw: a request that can't be had is not tried again
         m_workImageDef = m_requestImageDef;
         m_workParams = m_requestParams;
-        m_workImage = *m_requestImage;
+        m_requestImage->Convert(m_workImage, GFL_RGBA, 32); // a copy, into the same memory as long as the size stays
     }
     // A record without a profile corrects nothing; it would only be looked up, for nobody, beside the GUI thread.
     if (!m_workParams.lcpFilename.isEmpty())

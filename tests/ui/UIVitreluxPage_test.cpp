@@ -413,7 +413,7 @@ void tst_UIVitreluxPage::renderThatThrows()
     KVitreluxOne2One::Params params;
     params.disto = true;
     params.lcpFilename = m_whole;
-    KImage empty; // which the correction refuses
+    KImage empty; // which no render can begin with
     QImage shown;
     for (KImage *image : {&empty, &def->pixels}) {
         worker.setImage(def, image, &params);

@@ -12,13 +12,7 @@ using Factory = const Codec &(*)();
 // In the order of the format indexes, which are only valid within one process. A format is added by its line here; raw
 // files stand first because some begin as TIFF.
 constexpr Factory kCodecs[] = {
-    RawCodec,
-    TiffCodec,
-    JpegCodec,
-    PngCodec,
-    HdrCodec,
-    PsdCodec,
-    ExrCodec,
+    RawCodec, TiffCodec, JpegCodec, PngCodec, HdrCodec, PsdCodec, ExrCodec,
 };
 
 // "tiff, jpeg"

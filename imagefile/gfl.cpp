@@ -217,7 +217,8 @@ void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params)
     params->ColorModel = GFL_RGB;
     params->DefaultAlpha = 255;
     params->RawUseCameraBalance = 1;
-    params->RawGamma = params->RawBrightness = params->RawRedScaling = params->RawBlueScaling = 1.0f;
+    params->RawGamma = 2.2f; // as screens show it
+    params->RawBrightness = params->RawRedScaling = params->RawBlueScaling = 1.0f;
 }
 
 void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params)

@@ -12,7 +12,7 @@ using Bytes = std::vector<std::uint8_t>;
 // The TIFF inside an APP1 segment, in either byte order. What hangs over the end reads as 0.
 class ExifBlock {
 public:
-    explicit ExifBlock(Bytes bytes) : m_bytes(std::move(bytes)), m_isBig(Number(0, 1) == 'M') { }
+    explicit ExifBlock(Bytes bytes) : m_bytes(std::move(bytes)), m_isBig(!m_bytes.empty() && m_bytes[0] == 'M') { }
 
     std::size_t Number(std::size_t at, std::size_t count) const
     {

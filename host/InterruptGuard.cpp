@@ -56,6 +56,13 @@ void InterruptGuard::Release()
     m_folder.clear();
 }
 
+void InterruptGuard::StartProgram(const std::function<void()> &start)
+{
+    pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
+    start();
+    pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
+}
+
 void InterruptGuard::Watch()
 {
     int number = 0;

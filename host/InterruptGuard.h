@@ -24,6 +24,9 @@ public:
     void Protect(const std::function<QString()> &makeFolder);
     /// The folder is gone, or is to stay.
     void Release();
+    /// Calls @p start with the signals as they were before the guard: a program that it starts inherits them, and one
+    /// that is deaf to SIGTERM would outlive its session.
+    void StartProgram(const std::function<void()> &start);
 
 private:
     void Watch();

@@ -65,6 +65,27 @@ PicturesPage::PicturesPage(HostApplication *application)
            "stays as it is."));
     setAcceptDrops(true);
 
+    SetUpList();
+    auto *add = new QPushButton(tr("&Add pictures…"));
+    add->setObjectName(QStringLiteral("add"));
+    m_remove->setObjectName(QStringLiteral("remove"));
+    m_replace->setObjectName(QStringLiteral("replace"));
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(add);
+    buttons->addWidget(m_remove);
+    buttons->addStretch();
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_list);
+    layout->addLayout(buttons);
+    layout->addWidget(m_replace);
+
+    connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
+    connect(add, &QPushButton::clicked, this, &PicturesPage::Choose);
+    m_remove->setEnabled(false);
+}
+
+void PicturesPage::SetUpList()
+{
     m_list->setObjectName(QStringLiteral("pictures"));
     m_list->setHeaderLabels({tr("Picture"), tr("Size"), tr("Folder")});
     m_list->setRootIsDecorated(false);
@@ -79,29 +100,13 @@ PicturesPage::PicturesPage(HostApplication *application)
     auto *over = new QVBoxLayout(m_list->viewport());
     over->addWidget(m_hint);
 
-    auto *add = new QPushButton(tr("&Add pictures…"));
-    add->setObjectName(QStringLiteral("add"));
-    m_remove->setObjectName(QStringLiteral("remove"));
-    m_replace->setObjectName(QStringLiteral("replace"));
-    auto *buttons = new QHBoxLayout;
-    buttons->addWidget(add);
-    buttons->addWidget(m_remove);
-    buttons->addStretch();
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_list);
-    layout->addLayout(buttons);
-    layout->addWidget(m_replace);
-
     auto *removeByKey = new QAction(m_list);
     removeByKey->setShortcut(QKeySequence::Delete);
     removeByKey->setShortcutContext(Qt::WidgetShortcut);
     m_list->addAction(removeByKey);
     connect(removeByKey, &QAction::triggered, this, &PicturesPage::RemoveSelected);
-    connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
-    connect(add, &QPushButton::clicked, this, &PicturesPage::Choose);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this,
             [this] { m_remove->setEnabled(!m_list->selectedItems().isEmpty()); });
-    m_remove->setEnabled(false);
 }
 
 void PicturesPage::Add(const QStringList &files)

@@ -29,6 +29,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    void SetUpList();
     void Choose();
     void RemoveSelected();
     void DescribeNext();

@@ -1,5 +1,7 @@
 #include "RunPage.h"
 
+#include "InterruptGuard.h"
+
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -203,5 +205,5 @@ QString RunPage::FolderToShow() const
 
 void RunPage::ShowInFolder()
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(FolderToShow()));
+    m_guard->StartProgram([this] { QDesktopServices::openUrl(QUrl::fromLocalFile(FolderToShow())); });
 }

@@ -21,6 +21,8 @@
 #include <QTreeWidget>
 #include <QtTest>
 
+#include <csignal>
+
 namespace {
 
 InterruptGuard *g_guard;
@@ -87,7 +89,13 @@ public:
 class WizardTest : public QObject {
     Q_OBJECT
 public Q_SLOTS:
-    void Open(const QUrl &url) { m_opened = url; }
+    void Open(const QUrl &url)
+    {
+        m_opened = url;
+        sigset_t blocked;
+        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        QVERIFY(!sigismember(&blocked, SIGTERM)); // or the file manager would be deaf to it
+    }
 
 private Q_SLOTS:
     void init();

@@ -40,20 +40,6 @@ template <typename Change> void ChangeColors8(const KImage &source, KImage &targ
     change(source);
 }
 
-/// Calls map(src, dst, samples) for the rows of two 8-bit images, and copies alpha.
-template <typename Map> void MapColors8(const KImage &source, KImage &target, Map map)
-{
-    const int channels = source.m_bitmap->ComponentsPerPixel;
-    for (int y = 0; y < source.height(); ++y) {
-        const Ipp8u *src = source.getData(0, y);
-        Ipp8u *dst = target.getData(0, y);
-        const qint64 samples = qint64(source.width()) * channels;
-        map(src, dst, samples);
-        for (qint64 i = 3; channels == 4 && i < samples; i += 4)
-            dst[i] = src[i];
-    }
-}
-
 using Table8 = std::array<Ipp8u, 256>;
 
 Table8 EqualizingTable(const KImage &image)
@@ -217,11 +203,13 @@ std::array<Tint, 256> TintTable(const QColor &shadows, const QColor &lights)
 void KImage::HistogramAuto(KImage &target)
 {
     ChangeColors8(*this, target, [&](const KImage &source) {
-        primitives::ColorRange range(source.m_bitmap->ComponentsPerPixel);
+        const int channels = source.m_bitmap->ComponentsPerPixel;
+        primitives::ColorRange range(channels);
         for (int y = 0; y < source.height(); ++y)
             range.Add(source.getData(0, y), source.width());
-        const primitives::Stretch stretch(range.Low(), range.High());
-        MapColors8(source, target, [&](const Ipp8u *src, Ipp8u *dst, qint64 count) { stretch.Run(src, dst, count); });
+        const primitives::Stretch stretch(range.Low(), range.High(), channels);
+        for (int y = 0; y < source.height(); ++y)
+            stretch.Run(source.getData(0, y), target.getData(0, y), source.width());
     });
 }
 
@@ -229,10 +217,9 @@ void KImage::HistogramEqualization(KImage &target)
 {
     ChangeColors8(*this, target, [&](const KImage &source) {
         const Table8 table = EqualizingTable(source);
-        MapColors8(source, target, [&](const Ipp8u *src, Ipp8u *dst, qint64 count) {
-            for (qint64 i = 0; i < count; ++i)
-                dst[i] = table[src[i]];
-        });
+        for (int y = 0; y < source.height(); ++y)
+            primitives::MapColors(table.data(), source.m_bitmap->ComponentsPerPixel, source.getData(0, y),
+                                  target.getData(0, y), source.width());
     });
 }
 

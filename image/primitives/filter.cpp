@@ -1,5 +1,7 @@
 #include "filter.h"
 
+#include "wide_loops_p.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -27,28 +29,66 @@ std::int64_t SpecBytes(int kernelSize)
     return std::int64_t(sizeof(GaussianSpec)) + (kernelSize / 2 + 1) * std::int64_t(sizeof(float));
 }
 
-void AddPair(const float *a, const float *b, float weight, float *sums, std::int64_t count)
-{
-    for (std::int64_t i = 0; i < count; ++i)
-        sums[i] += weight * (a[i] + b[i]);
-}
-
-void StartWith(const float *center, float weight, float *sums, std::int64_t count)
+PRIMITIVES_WIDE void StartWith(const float *center, float weight, float *__restrict sums, std::int64_t count)
 {
     for (std::int64_t i = 0; i < count; ++i)
         sums[i] = weight * center[i];
+}
+
+/// Two rows at the same distance from the centre.
+struct Pair {
+    const float *before, *behind;
+};
+
+PRIMITIVES_WIDE void AddPair(Pair pair, float weight, float *__restrict sums, std::int64_t samples)
+{
+    for (std::int64_t i = 0; i < samples; ++i)
+        sums[i] += weight * (pair.before[i] + pair.behind[i]);
+}
+
+/// Four pairs at once: the sums are read and written once for all of them.
+PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], float *__restrict sums,
+                               std::int64_t samples)
+{
+    const Pair a = pairs[0], b = pairs[1], c = pairs[2], d = pairs[3];
+    for (std::int64_t i = 0; i < samples; ++i) {
+        const float first = weights[0] * (a.before[i] + a.behind[i]) + weights[1] * (b.before[i] + b.behind[i]);
+        const float second = weights[2] * (c.before[i] + c.behind[i]) + weights[3] * (d.before[i] + d.behind[i]);
+        sums[i] += first + second;
+    }
+}
+
+/// Fills @p sums with the centre and the pairs pairAt(1) to pairAt(radius), in stretches that fit the first cache.
+template <typename PairAt>
+void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
+{
+    constexpr std::int64_t kStretch = 1024;
+    for (std::int64_t start = 0; start < count; start += kStretch) {
+        const std::int64_t samples = std::min(kStretch, count - start);
+        const auto stretchAt = [&](int d) {
+            const Pair whole = pairAt(d);
+            return Pair{whole.before + start, whole.behind + start};
+        };
+        StartWith(center + start, spec.Weights()[0], sums + start, samples);
+        int d = 1;
+        for (; d + 3 <= spec.radius; d += 4) {
+            const Pair pairs[] = {stretchAt(d), stretchAt(d + 1), stretchAt(d + 2), stretchAt(d + 3)};
+            AddPairs4(pairs, spec.Weights() + d, sums + start, samples);
+        }
+        for (; d <= spec.radius; ++d)
+            AddPair(stretchAt(d), spec.Weights()[d], sums + start, samples);
+    }
 }
 
 /// The blurred column values of row @p y, with @p radius repeated ones before and behind.
 void BlurColumns(const Ipp32f *src, Step srcStep, Size size, int y, const GaussianSpec &spec, float *padded)
 {
     float *sums = padded + spec.radius;
-    StartWith(RowAt(src, srcStep, y), spec.Weights()[0], sums, size.width);
-    for (int d = 1; d <= spec.radius; ++d) {
-        const Ipp32f *above = RowAt(src, srcStep, std::max<std::int64_t>(std::int64_t(y) - d, 0));
-        const Ipp32f *below = RowAt(src, srcStep, std::min<std::int64_t>(std::int64_t(y) + d, size.height - 1));
-        AddPair(above, below, spec.Weights()[d], sums, size.width);
-    }
+    const auto pairAt = [&](std::int64_t d) {
+        return Pair{RowAt(src, srcStep, std::max<std::int64_t>(y - d, 0)),
+                    RowAt(src, srcStep, std::min<std::int64_t>(y + d, size.height - 1))};
+    };
+    SumUp(RowAt(src, srcStep, y), pairAt, spec, sums, size.width);
     std::fill_n(padded, spec.radius, sums[0]);
     std::fill_n(sums + size.width, spec.radius, sums[size.width - 1]);
 }
@@ -56,9 +96,12 @@ void BlurColumns(const Ipp32f *src, Step srcStep, Size size, int y, const Gaussi
 void BlurRow(const float *padded, std::int64_t width, const GaussianSpec &spec, Ipp32f *dst)
 {
     const float *center = padded + spec.radius;
-    StartWith(center, spec.Weights()[0], dst, width);
-    for (int d = 1; d <= spec.radius; ++d)
-        AddPair(center - d, center + d, spec.Weights()[d], dst, width);
+    SumUp(
+        center,
+        [=](int d) {
+            return Pair{center - d, center + d};
+        },
+        spec, dst, width);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "filter.h"
 #include "memory.h"
+#include "wide_loops_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,11 +10,13 @@
 #include <new>
 #include <vector>
 
+#include <xmmintrin.h>
+
 namespace primitives {
 
 namespace {
 
-constexpr float kPlainReach = 3.7f, kGridReach = 4.0f; // in sigmas
+constexpr float kReach = 3.5f; // of kernels, in sigmas: one in 2,000 lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline reaches two steps to both sides
 
 /// A plane of its own; empty where the memory can't be had.
@@ -68,75 +71,90 @@ struct NodeWeights {
     std::vector<float> weights;
 };
 
-void AddScaled(const Ipp32f *__restrict src, float weight, Ipp32f *__restrict sums, std::int64_t count)
-{
-    for (std::int64_t i = 0; i < count; ++i)
-        sums[i] += weight * src[i];
-}
-
-/// The rows of a plane projected on a grid's nodes: each row is read once, and added to the nodes that it lies under.
-void ProjectRows(const Ipp32f *src, Step srcStep, const Grid &grid, Plane &nodes)
-{
-    std::vector<NodeWeights> weightsOf;
-    for (int node = 0; node < grid.Nodes(); ++node) {
-        weightsOf.emplace_back(grid, node);
-        std::fill_n(nodes.Row(node), nodes.size.width, 0.0f);
-    }
-    int open = 0; // the first node that still gets something
-    for (std::int64_t y = 0; y < grid.pixels; ++y) {
-        for (int node = open; node < grid.Nodes(); ++node) {
-            const auto &[first, weights] = weightsOf[static_cast<std::size_t>(node)];
-            const std::int64_t tap = y - first;
-            if (tap < 0)
-                break;
-            if (tap < std::int64_t(weights.size()))
-                AddScaled(RowAt(src, srcStep, y), weights[static_cast<std::size_t>(tap)], nodes.Row(node),
-                          nodes.size.width);
-            else if (node == open)
-                ++open;
-        }
-    }
-}
-
-void Combine4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict dst, std::int64_t count)
+/// Sets the sums to, or adds to them, four weighted rows.
+PRIMITIVES_WIDE void SumOf4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
+                            std::int64_t count)
 {
     const Ipp32f *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3];
     for (std::int64_t i = 0; i < count; ++i)
-        dst[i] = weights[0] * a[i] + weights[1] * b[i] + weights[2] * c[i] + weights[3] * d[i];
+        sums[i] = weights[0] * a[i] + weights[1] * b[i] + weights[2] * c[i] + weights[3] * d[i];
 }
 
-/// The rows of a plane out of a grid's nodes.
-void ReadOffRows(Plane &nodes, const Grid &grid, Ipp32f *dst, Step dstStep)
+PRIMITIVES_WIDE void Add4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
+                          std::int64_t count)
 {
-    for (int y = 0; y < grid.pixels; ++y) {
-        const int before = y / grid.spacing + kGridMargin;
-        const double phase = static_cast<double>(y % grid.spacing) / grid.spacing;
-        const Ipp32f *rows[4];
-        float weights[4];
-        for (int i = 0; i < 4; ++i) {
-            rows[i] = nodes.Row(before - 1 + i);
-            weights[i] = static_cast<float>(BSpline(phase + 1 - i));
-        }
-        Combine4(rows, weights, RowAt(dst, dstStep, y), nodes.size.width);
-    }
+    const Ipp32f *a = rows[0], *b = rows[1], *c = rows[2], *d = rows[3];
+    for (std::int64_t i = 0; i < count; ++i)
+        sums[i] += weights[0] * a[i] + weights[1] * b[i] + weights[2] * c[i] + weights[3] * d[i];
 }
 
-void Transpose(Plane &src, Plane &dst)
+/// One node's row: the weighted sum of the rows under it.
+void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp32f *sums, std::int64_t width)
 {
-    constexpr int kBlock = 16; // pixels of a cache line
-    for (int top = 0; top < src.size.height; top += kBlock) {
-        const int bottom = std::min(top + kBlock, src.size.height);
-        for (int x = 0; x < src.size.width; ++x) {
-            Ipp32f *out = dst.Row(x);
-            for (int y = top; y < bottom; ++y)
-                out[y] = src.Row(y)[x];
+    constexpr std::int64_t kStretch = 1024; // the sums stay in the first cache
+    const std::int64_t last = static_cast<std::int64_t>(node.weights.size()) - 1;
+    for (std::int64_t start = 0; start < width; start += kStretch) {
+        const std::int64_t samples = std::min(kStretch, width - start);
+        for (std::int64_t tap = 0; tap <= last; tap += 4) {
+            const Ipp32f *rows[4];
+            float weights[4];
+            for (int i = 0; i < 4; ++i) { // the last row again, without weight, where they don't come to four
+                rows[i] = RowAt(src, srcStep, node.first + std::min(tap + i, last)) + start;
+                weights[i] = tap + i <= last ? node.weights[static_cast<std::size_t>(tap + i)] : 0.0f;
+            }
+            (tap == 0 ? SumOf4 : Add4)(rows, weights, sums + start, samples);
         }
     }
 }
 
-Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma, float reach)
+/// Pixel @p pixel of an axis for @p width samples at once, out of rows of nodes from node @p firstNode on.
+void ReadOff(const Ipp32f *nodes, Step step, int firstNode, const Grid &grid, int pixel, Ipp32f *dst,
+             std::int64_t width)
 {
-    const int kernelSize = 2 * static_cast<int>(std::ceil(reach * sigma)) + 1;
+    const int before = pixel / grid.spacing + kGridMargin - firstNode;
+    const double phase = static_cast<double>(pixel % grid.spacing) / grid.spacing;
+    const Ipp32f *rows[4];
+    float weights[4];
+    for (int i = 0; i < 4; ++i) {
+        rows[i] = RowAt(nodes, step, before - 1 + i);
+        weights[i] = static_cast<float>(BSpline(phase + 1 - i));
+    }
+    SumOf4(rows, weights, dst, width);
+}
+
+/// Transposes 4 by 4 pixels.
+void TransposeBlock(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep)
+{
+    __m128 rows[4];
+    for (int y = 0; y < 4; ++y)
+        rows[y] = _mm_loadu_ps(RowAt(src, srcStep, y));
+    _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+    for (int x = 0; x < 4; ++x)
+        _mm_storeu_ps(RowAt(dst, dstStep, x), rows[x]);
+}
+
+/// The first @p size of @p src to the same of @p dst, turned.
+void Transpose(Plane &src, Size size, Plane &dst)
+{
+    constexpr int kTile = 32; // both tiles fit the first cache
+    const int wholeWidth = size.width / 4 * 4, wholeHeight = size.height / 4 * 4;
+    for (int top = 0; top < wholeHeight; top += kTile) {
+        for (int left = 0; left < wholeWidth; left += kTile) {
+            for (int y = top; y < std::min(top + kTile, wholeHeight); y += 4) {
+                for (int x = left; x < std::min(left + kTile, wholeWidth); x += 4)
+                    TransposeBlock(src.Row(y) + x, src.step, dst.Row(x) + y, dst.step);
+            }
+        }
+    }
+    for (int y = 0; y < size.height; ++y) { // what is left at the right and at the bottom
+        for (int x = y < wholeHeight ? wholeWidth : 0; x < size.width; ++x)
+            dst.Row(x)[y] = src.Row(y)[x];
+    }
+}
+
+Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
+{
+    const int kernelSize = 2 * static_cast<int>(std::ceil(kReach * sigma)) + 1;
     std::int64_t bytes = 0;
     FilterGaussGetBufferSize(size, kernelSize, &bytes);
     const std::unique_ptr<void, void (*)(void *)> buffer(Allocate(bytes), Free);
@@ -145,29 +163,75 @@ Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, S
         : Status::NoMemory;
 }
 
-/// Rows first, then the columns as rows of the transposed plane: every loop runs along memory.
+/// A plane's two grids, and the way there and back. It goes by blocks of node rows, which are turned for the columns,
+/// so that every loop runs along memory; planes on the grid are kept turned.
+class GridBlur {
+public:
+    GridBlur(Size size, int spacing)
+        : m_rows({size.height, spacing}),
+          m_columns({size.width, spacing}),
+          m_block({size.width, kBlock + kOverlap}),
+          m_turned({kBlock + kOverlap, size.width})
+    {
+    }
+
+    bool HasMemory() const { return m_block.block && m_turned.block; }
+    Size GridSize() const { return {m_rows.Nodes(), m_columns.Nodes()}; }
+
+    void Project(const Ipp32f *src, Step srcStep, Plane &onGrid)
+    {
+        std::vector<NodeWeights> columnWeights;
+        for (int node = 0; node < m_columns.Nodes(); ++node)
+            columnWeights.emplace_back(m_columns, node);
+        for (int first = 0; first < m_rows.Nodes(); first += kBlock) {
+            const int count = std::min(kBlock, m_rows.Nodes() - first);
+            for (int i = 0; i < count; ++i)
+                ProjectOnNode(src, srcStep, NodeWeights(m_rows, first + i), m_block.Row(i), m_columns.pixels);
+            Transpose(m_block, {m_columns.pixels, count}, m_turned);
+            for (int node = 0; node < m_columns.Nodes(); ++node)
+                ProjectOnNode(m_turned.block.get(), m_turned.step, columnWeights[static_cast<std::size_t>(node)],
+                              onGrid.Row(node) + first, count);
+        }
+    }
+
+    void ReadOffAll(Plane &onGrid, Ipp32f *dst, Step dstStep)
+    {
+        for (int first = 0, y = 0; y < m_rows.pixels; first += kBlock) {
+            const int count = std::min(kBlock + kOverlap, m_rows.Nodes() - first);
+            for (int x = 0; x < m_columns.pixels; ++x)
+                ReadOff(onGrid.block.get() + first, onGrid.step, 0, m_columns, x, m_turned.Row(x), count);
+            Transpose(m_turned, {count, m_columns.pixels}, m_block);
+            // A row needs the node before it, its own, and the two that follow.
+            for (; y < m_rows.pixels && y / m_rows.spacing + kGridMargin + 2 < first + count; ++y)
+                ReadOff(m_block.block.get(), m_block.step, first, m_rows, y, RowAt(dst, dstStep, y), m_columns.pixels);
+        }
+    }
+
+private:
+    static constexpr int kBlock = 125, kOverlap = 3; // node rows; together a multiple of the vectors' length
+
+    Grid m_rows, m_columns;
+    Plane m_block, m_turned;
+};
+
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
 {
-    constexpr float kGridSigma2 = 14.0f / 3; // spacing is such that the variance on the grid comes to 4 or more
-    const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kGridSigma2)));
-    const Grid rows = {size.height, spacing}, columns = {size.width, spacing};
+    // The variance is 2 / 3 more than what is left for the grid itself, which is 2 or more unless the grid is as narrow
+    // as can be.
+    constexpr float kSplines = 2.0f / 3, kLeastOnGrid = 2;
+    const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kLeastOnGrid + kSplines)));
     const float relative = sigma / static_cast<float>(spacing);
 
-    Plane blurred({rows.Nodes(), columns.Nodes()}), both({rows.Nodes(), columns.Nodes()});
-    Plane rowNodes({size.width, rows.Nodes()}), turned({rows.Nodes(), size.width});
-    if (!blurred.block || !both.block || !rowNodes.block || !turned.block)
+    GridBlur grid(size, spacing);
+    Plane onGrid(grid.GridSize()), blurred(grid.GridSize());
+    if (!grid.HasMemory() || !onGrid.block || !blurred.block)
         return Status::NoMemory;
-    ProjectRows(src, srcStep, rows, rowNodes);
-    Transpose(rowNodes, turned);
-    ProjectRows(turned.block.get(), turned.step, columns, both);
-    const Status status = BlurPlainly(both.block.get(), both.step, blurred.block.get(), blurred.step, both.size,
-                                      std::sqrt(relative * relative - 2.0f / 3), kGridReach);
-    if (status != Status::Ok)
-        return status;
-    ReadOffRows(blurred, columns, turned.block.get(), turned.step);
-    Transpose(turned, rowNodes);
-    ReadOffRows(rowNodes, rows, dst, dstStep);
-    return Status::Ok;
+    grid.Project(src, srcStep, onGrid);
+    const Status status = BlurPlainly(onGrid.block.get(), onGrid.step, blurred.block.get(), blurred.step, onGrid.size,
+                                      std::sqrt(relative * relative - kSplines));
+    if (status == Status::Ok)
+        grid.ReadOffAll(blurred, dst, dstStep);
+    return status;
 }
 
 } // namespace
@@ -181,7 +245,7 @@ Status GaussianBlur(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, 
     if (!(sigma > 0))
         return Status::BadArgument;
     if (sigma <= kLargestPlainSigma)
-        return BlurPlainly(src, srcStep, dst, dstStep, size, sigma, kPlainReach);
+        return BlurPlainly(src, srcStep, dst, dstStep, size, sigma);
     try {
         return BlurOnGrid(src, srcStep, dst, dstStep, size, std::min(sigma, kLargestSigma));
     } catch (const std::bad_alloc &) {

@@ -1,11 +1,11 @@
-// Stretching the range of 8-bit samples.
+// Stretching the range of 8-bit colours. Pixels have 3 or 4 channels, of which the first three are meant.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// Least and greatest sample of pixels of 3 or 4 channels, of which the first three count.
+/// Least and greatest colour sample of the pixels added.
 class ColorRange {
 public:
     explicit ColorRange(int channels);
@@ -23,35 +23,35 @@ private:
     Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at these places, which keeps alpha apart
 };
 
-/// Sends each of a row's samples v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; to 0 where low
-/// is high. The target may be the source.
+/// Sends the colours of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
+void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
+
+/// Sends colours v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; low itself to 0 where it is high.
 class Stretch {
 public:
-    Stretch(Ipp8u low, Ipp8u high);
+    Stretch(Ipp8u low, Ipp8u high, int channels);
 
     /// By a table of all values: the definition.
-    void RunPlain(const Ipp8u *src, Ipp8u *dst, std::int64_t count) const;
-    /// The same by multiplication, which vectorises.
-    void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t count) const;
-
-    bool IsByMultiplication() const { return m_factor != 0; }
+    void RunPlain(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
+    {
+        MapColors(m_table, m_channels, src, dst, pixels);
+    }
+    /// The same by multiplication of vectors, for the ranges for which there is a factor.
+    void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const;
 
 private:
-    Ipp8u m_table[256];
-    Ipp8u m_low, m_range;
-    Ipp16u m_factor = 0; // 0: no factor gives the table
-    Ipp16u m_rounding = 0;
-    int m_shift = 0;
-
-    Ipp8u Multiplied(Ipp8u value) const
-    {
-        const auto above = static_cast<Ipp8u>(value > m_low ? value - m_low : 0);
-        const unsigned limited = above < m_range ? above : m_range;
-        const auto high = static_cast<Ipp16u>((limited << 8) * m_factor >> 16);
-        return static_cast<Ipp8u>(static_cast<Ipp16u>(high + m_rounding) >> m_shift);
-    }
+    /// (limited << 8) * factor >> 16, plus rounding, >> shift.
+    Ipp8u Multiplied(Ipp8u value) const;
     bool GivesTable() const;
     void FindFactor();
+    std::int64_t RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samples) const;
+
+    Ipp8u m_table[256];
+    Ipp8u m_low, m_range;
+    int m_channels;
+    unsigned m_factor = 0; // 16 bits; 0: none gives the table
+    unsigned m_rounding = 0;
+    int m_shift = 0;
 };
 
 } // namespace primitives

@@ -1,0 +1,51 @@
+// The images that benchmarks work on: 24 megapixels of noise, and a target beside them.
+#pragma once
+
+#include "KImage.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+inline constexpr int kWidth = 6000;
+inline constexpr int kHeight = 4000;
+inline constexpr std::int64_t kPixels = std::int64_t(kWidth) * kHeight;
+
+struct PixelForm {
+    unsigned short type;
+    int bits;
+
+    std::int64_t BytesPerPixel() const { return (type == GFL_GREY ? 1 : type == GFL_RGB ? 3 : 4) * bits / 8; }
+};
+
+/// A source full of noise and a target that share one block.
+class ImagePair {
+public:
+    ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight)
+        : block(
+            static_cast<std::size_t>(kPixels * from.BytesPerPixel() + to.BytesPerPixel() * targetWidth * targetHeight))
+    {
+        Wrap(source, from, kWidth, kHeight, block.data());
+        Wrap(target, to, targetWidth, targetHeight, block.data() + kPixels * from.BytesPerPixel());
+        // Noise all over: nothing that a branch could learn. Floats from 0 to 1.
+        std::mt19937 random(1);
+        if (from.bits == 32) {
+            float *samples = reinterpret_cast<float *>(block.data());
+            std::generate(samples, samples + block.size() / 4, [&] { return static_cast<float>(random()) * 0x1p-32f; });
+        } else {
+            std::generate(block.begin(), block.end(), [&] { return static_cast<unsigned char>(random()); });
+        }
+    }
+
+    std::vector<unsigned char> block;
+    KImage source;
+    KImage target;
+
+private:
+    static void Wrap(KImage &image, PixelForm form, int width, int height, unsigned char *data)
+    {
+        image.AllocBitmap(width, height, form.type, form.bits, /*clear=*/false, data,
+                          static_cast<int>(width * form.BytesPerPixel()));
+    }
+};

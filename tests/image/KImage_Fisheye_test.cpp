@@ -3,14 +3,74 @@
 
 #include "KOmp.h"
 
-#include <QColor>
+#include <QPointF>
 #include <QtTest>
+
+#include <functional>
+
+Q_DECLARE_METATYPE(std::function<void(KImage &)>)
+
+namespace {
+
+/// A frame of an equidistant lens of 180 degrees, grey with bright spots in known directions, in degrees.
+constexpr double kRadius = 150, kOffsetX = 7.3, kOffsetY = -5.6;
+constexpr struct {
+    double longitude, latitude;
+} kSpots[] = {{0, 0}, {40, 0}, {-65, 10}, {20, 45}, {-30, -40}, {80, -20}};
+
+void RenderSpots(TestImage &frame)
+{
+    const double middleX = (frame.image.width() - 1) / 2.0 + kOffsetX;
+    const double middleY = (frame.image.height() - 1) / 2.0 + kOffsetY;
+    for (int y = 0; y < frame.image.height(); ++y) {
+        for (int x = 0; x < frame.image.width(); ++x) {
+            double light = 0.3;
+            for (const auto &spot : kSpots) {
+                const double longitude = spot.longitude * M_PI / 180, latitude = spot.latitude * M_PI / 180;
+                const double right = std::cos(latitude) * std::sin(longitude), up = std::sin(latitude);
+                const double fromAxis = std::hypot(right, up);
+                const double angle = std::acos(std::cos(latitude) * std::cos(longitude));
+                const double scale = fromAxis > 0 ? kRadius * angle / (M_PI / 2) / fromAxis : 0;
+                const double away = std::hypot(x - middleX - scale * right, y - middleY + scale * up);
+                light += 0.6 * std::exp(-away * away / 2 / 2.25);
+            }
+            light *= std::clamp(kRadius + 0.5 - std::hypot(x - middleX, y - middleY), 0.0, 1.0);
+            for (int c = 0; c < frame.Form().channels; ++c)
+                frame.SetSample(x, y, c, (c == 3 ? 1 : light) * frame.Form().Full());
+        }
+    }
+}
+
+/// Where the light above grey has its centre, in pixels, close to a place.
+QPointF SpotNear(const TestImage &image, double x, double y)
+{
+    double sum = 0, sumX = 0, sumY = 0;
+    for (int row = int(y) - 7; row <= int(y) + 8; ++row) {
+        for (int column = int(x) - 7; column <= int(x) + 8; ++column) {
+            const double light = qMax(0.0, image.Sample(column, row, 1) / image.Form().Full() - 0.35);
+            sum += light;
+            sumX += light * column;
+            sumY += light * row;
+        }
+    }
+    return {sumX / sum, sumY / sum};
+}
+
+} // namespace
 
 class tst_Fisheye : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void findsTheCircle();
+    void findsNone_data();
+    void findsNone();
+    void sphere_data();
+    void sphere();
+    void cleans();
+    void guards_data();
+    void guards();
+    void paintsAndBends();
 };
 
 void tst_Fisheye::findsTheCircle()
@@ -25,6 +85,172 @@ void tst_Fisheye::findsTheCircle()
         found += off <= 0.005 * 320;
     }
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
+}
+
+void tst_Fisheye::findsNone_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("height");
+    QTest::addColumn<double>("low"); // of noise
+    QTest::addColumn<double>("high");
+    QTest::newRow("one pixel") << 1 << 1 << 0.0 << 1.0;
+    QTest::newRow("one row") << 500 << 1 << 0.0 << 1.0;
+    QTest::newRow("black") << 200 << 150 << 0.0 << 0.0;
+    QTest::newRow("white") << 200 << 150 << 1.0 << 1.0;
+    QTest::newRow("noise") << 200 << 150 << 0.0 << 1.0;
+    QTest::newRow("beyond white") << 200 << 150 << 1e30 << 1e38;
+    const double nan = std::nan("");
+    QTest::newRow("not a number") << 200 << 150 << nan << nan;
+    QTest::newRow("endless") << 200 << 150 << double(INFINITY) << double(INFINITY);
+}
+
+void tst_Fisheye::findsNone()
+{
+    QFETCH(int, width);
+    QFETCH(int, height);
+    QFETCH(double, low);
+    QFETCH(double, high);
+    for (const double alpha : {1.0, 0.0}) {
+        TestImage frame(kForms[k32fRgba], width, height, 1);
+        std::mt19937 random(3);
+        for (int i = 0; i < width * height; ++i) {
+            for (int c = 0; c < 3; ++c)
+                frame.SetSample(i % width, i / width, c,
+                                low + (low < high ? (high - low) * double(random()) / 4294967296.0 : 0));
+            frame.SetSample(i % width, i / width, 3, alpha);
+        }
+        double radius = -1, x = -1, y = -1;
+        frame.image.GetFisheyeRadiusOffset(radius, x, y);
+        QCOMPARE(radius, 0.0);
+        QCOMPARE(x, 0.0);
+        QCOMPARE(y, 0.0);
+    }
+}
+
+void tst_Fisheye::sphere_data()
+{
+    QTest::addColumn<int>("form");
+    QTest::addColumn<bool>("circleIsGiven");
+    for (const FormIndex form : {k8uRgb, k16uGrey, k32fRgba}) {
+        QTest::addRow("%s, found", kForms[form].name) << int(form) << false;
+        QTest::addRow("%s, given", kForms[form].name) << int(form) << true;
+    }
+}
+
+void tst_Fisheye::sphere()
+{
+    QFETCH(int, form);
+    QFETCH(bool, circleIsGiven);
+    TestImage frame(kForms[form], 400, 330, 1);
+    RenderSpots(frame);
+    TestImage target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 600, 300);
+    if (circleIsGiven)
+        frame.image.CircularCateyeToSpherical(600, kRadius, kOffsetX, kOffsetY, target.image);
+    else
+        frame.image.CircularFiskeyeToSpherical(600, 180, target.image);
+    for (const auto &spot : kSpots) {
+        const QPointF wanted((spot.longitude / 360 + 0.5) * 600 - 0.5, (0.5 - spot.latitude / 180) * 300 - 0.5);
+        const QPointF off = SpotNear(target, wanted.x(), wanted.y()) - wanted;
+        QVERIFY2(std::hypot(off.x(), off.y()) < 0.5, qPrintable(QStringLiteral("%1, %2").arg(off.x()).arg(off.y())));
+    }
+    QCOMPARE(target.Sample(10, 150, 3), 0.0); // behind the lens
+    QCOMPARE(target.Sample(300, 10, 3), target.Form().Full());
+}
+
+void tst_Fisheye::cleans()
+{
+    for (const FormIndex form : {k8uGrey, k16uRgba, k32fRgb}) {
+        TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
+        frame.FillWithNoise(1, 0.25);
+        threaded.FillWithNoise(1, 0.25);
+        frame.image.CleanFisheyeData(12.5, 4, -3);
+        komp_num_threads = 3;
+        threaded.image.CleanFisheyeData(12.5, 4, -3);
+        komp_num_threads = 1;
+        QVERIFY(frame.Bytes() == threaded.Bytes());
+        TestImage noise(kForms[form], 41, 31, 3);
+        noise.FillWithNoise(1, 0.25);
+        for (int i = 0; i < 41 * 31; ++i) {
+            const int x = i % 41, y = i / 41;
+            const bool isOutside = std::hypot(x - 24, y - 12) > 12.5;
+            QCOMPARE(frame.Sample(x, y, 0), isOutside ? 0.0 : noise.Sample(x, y, 0));
+        }
+    }
+}
+
+void tst_Fisheye::guards_data()
+{
+    using Call = std::function<void(KImage &)>;
+    QTest::addColumn<bool>("isEmpty");
+    QTest::addColumn<Call>("call");
+    static double s_number;
+    static KImage s_target;
+    const Call all[] = {[](KImage &i) { i.GetFisheyeRadiusOffset(s_number, s_number, s_number); },
+                        [](KImage &i) { i.CleanFisheyeData(1, 0, 0); },
+                        [](KImage &i) { i.CircularFiskeyeToSpherical(10, 180, s_target); },
+                        [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, s_target); },
+                        [](KImage &i) { i.PutPoint(1, 1, 1, 0); },
+                        [](KImage &i) { i.Optical(0, 0, 0, 0, 0, 0); },
+                        [](KImage &i) { i.Optical2(0, 0, 0, 'R', 1, 0); }};
+    for (size_t i = 0; i < std::size(all); ++i)
+        QTest::addRow("empty, %zu", i) << true << all[i];
+    QTest::newRow("no circle to project") << true << all[2]; // as good as empty
+    const auto bad = [](const char *name, Call call) { QTest::newRow(name) << false << call; };
+    bad("radius 0", [](KImage &i) { i.CleanFisheyeData(0, 0, 0); });
+    bad("nominal radius below 0", [](KImage &i) { i.GetCateyeRadiusOffset(s_number, s_number, s_number, -1); });
+    bad("sphere of one column", [](KImage &i) { i.CircularCateyeToSpherical(1, 1, 0, 0, s_target); });
+    bad("sphere into itself", [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, i); });
+    bad("angle of 0", [](KImage &i) { i.CircularFiskeyeToSpherical(10, 0, s_target); });
+    bad("point nowhere", [](KImage &i) { i.PutPoint(NAN, 0, 1, 0); });
+    bad("bend without end", [](KImage &i) { i.Optical(INFINITY, 0, 0, 0, 0, 0); });
+    bad("alpha of RGB", [](KImage &i) { i.Optical2(0, 0, 0, 'A', 1, 0); });
+    bad("no channel", [](KImage &i) { i.Optical2(0, 0, 0, '\0', 1, 0); });
+}
+
+void tst_Fisheye::guards()
+{
+    QFETCH(bool, isEmpty);
+    QFETCH(std::function<void(KImage &)>, call);
+    KImage image;
+    if (!isEmpty)
+        image.AllocBitmap(40, 40, GFL_RGB, 8, true, nullptr, 0);
+    QCOMPARE(Thrown([&] { call(image); }),
+             isEmpty ? QStringLiteral("Invalid Bitmap") : QStringLiteral("Invalid Parameter"));
+}
+
+void tst_Fisheye::paintsAndBends()
+{
+    for (const TestForm &form : kForms) {
+        TestImage image(form, 101, 81, 1);
+        image.image.PutPoint(70, 50, 5, int(0xFF00FF00));
+        image.image.PutPoint(1e30f, -1e30f, 4, -1); // far outside
+        const double green = form.channels == 1 ? 0.587 : 1;
+        QVERIFY(std::abs(image.Sample(70, 50, form.channels == 1 ? 0 : 1) / form.Full() - green) < 0.003);
+        QCOMPARE(image.Sample(70, 56, 0), 0.0);
+
+        // The point at r goes to where r (1 + k r^2) leads, in halves of the diagonal; and back.
+        const double unit = std::hypot(101, 81) / 2, r = std::hypot(20, 10) / unit, factor = 1 + 0.2 * r * r;
+        const int channel = form.channels == 1 ? 0 : 1;
+        const auto center = [&] {
+            double sum = 0, sumX = 0;
+            for (int i = 0; i < 101 * 81; ++i) {
+                sum += image.Sample(i % 101, i / 101, channel);
+                sumX += image.Sample(i % 101, i / 101, channel) * (i % 101);
+            }
+            return sumX / sum;
+        };
+        image.image.Optical(0.2f, 0, 0, 0, 0, 1);
+        QVERIFY2(std::abs(center() - (50 + 20 * factor)) < 0.3, qPrintable(QString::number(center())));
+        image.image.Optical(0.2f, 0, 0, 0, 0, 0);
+        QVERIFY2(std::abs(center() - 70) < 0.2, qPrintable(QString::number(center())));
+        if (form.channels == 1)
+            continue;
+        image.image.Optical2(0, 0, 0, 'G', 0.8f, 0); // from 0.8 of the radius
+        QVERIFY2(std::abs(center() - (50 + 20 / 0.8)) < 0.3, qPrintable(QString::number(center())));
+    }
+    TestImage image(kForms[k32fRgb], 9, 9, 1);
+    image.FillWithNoise(1);
+    image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // no way back, and far off
 }
 
 QTEST_GUILESS_MAIN(tst_Fisheye)

@@ -1,0 +1,328 @@
+#include "TestImages.h"
+
+#include "ImageSt.h"
+#include "KOmp.h"
+
+#include <QColor>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// An image of one row with the same value in all colours of a pixel.
+void FillRow(TestImage &image, const std::vector<double> &values, double alpha = 1)
+{
+    for (size_t x = 0; x < values.size(); ++x) {
+        for (int c = 0; c < image.Form().channels; ++c)
+            image.SetSample(int(x), 0, c, c == 3 ? alpha * image.Form().Full() : values[x]);
+    }
+}
+
+double Sample(const KImage &image, int x, int channel)
+{
+    KImage plane;
+    image.ExtractChannel(plane, 32, channel);
+    return static_cast<double>(*reinterpret_cast<float *>(plane.getData(x, 0)));
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(std::function<void(KImage &)>)
+
+class tst_Tone : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void guards_data();
+    void guards();
+    void alpha();
+    void histograms();
+    void dynamicRange_data();
+    void dynamicRange();
+    void colors();
+    void gaussian();
+    void kernelSize_data();
+    void kernelSize();
+    void unsharpProperties_data();
+    void unsharpProperties();
+};
+
+void tst_Tone::guards_data()
+{
+    using Call = std::function<void(KImage &)>;
+    QTest::addColumn<int>("form"); // -1: empty
+    QTest::addColumn<Call>("call");
+    QTest::addColumn<QString>("what");
+    static KImage s_other(4, 1, GFL_GREY, 8, true, nullptr, 0), s_target;
+    static ImageSt s_grey;
+    static float s_low, s_high;
+    const Call all[] = {[](KImage &i) { i.CombineAlpha(s_other); },
+                        [](KImage &i) { i.BinarizeAlpha(); },
+                        [](KImage &i) { i.ScaleByAlpha(); },
+                        [](KImage &i) { i.HistogramAuto(s_target); },
+                        [](KImage &i) { i.HistogramEqualization(s_target); },
+                        [](KImage &i) { i.HDR_GetMinMax(s_low, s_high, true); },
+                        [](KImage &i) { i.HDR_QuickToneMapper(0); },
+                        [](KImage &i) { i.ConvolveGaussian(1, s_target); },
+                        [](KImage &i) { i.unsharpFull(1, 1, s_target); },
+                        [](KImage &i) { i.unsharpY(1, 1, s_target); },
+                        [](KImage &i) { i.adjustColor(1, 1, 1); },
+                        [](KImage &i) { i.GetGrey(s_grey); },
+                        [](KImage &i) { i.Colorize(s_target, Qt::red, Qt::blue); }};
+    for (size_t i = 0; i < std::size(all); ++i)
+        QTest::addRow("empty, %zu", i) << -1 << all[i] << "Invalid Bitmap";
+    const auto bad = [](const char *name, int form, Call call, const char *what) {
+        QTest::newRow(name) << form << call << what;
+    };
+    bad("mask of the same depth", k8uRgba, all[0], "Invalid Bitmap");
+    bad(
+        "mask of another size", k16uRgba,
+        [](KImage &i) { i.CombineAlpha(KImage(3, 1, GFL_GREY, 8, true, nullptr, 0)); }, "Invalid Parameter");
+    bad("alpha of RGB", k8uRgb, all[1], "Invalid Bitmap");
+    bad("tone map of 8 bits", k8uRgb, all[6], "Invalid Bitmap");
+    bad(
+        "unknown mode", k32fRgb, [](KImage &i) { i.HDR_Normalize(0, 1, 3); }, "Invalid Parameter");
+    bad(
+        "range turned round", k32fRgb, [](KImage &i) { i.HDR_Normalize(1, 0, 0); }, "Invalid Parameter");
+    bad(
+        "endless range", k32fRgb, [](KImage &i) { i.HDR_Normalize(0, INFINITY, 0); }, "Invalid Parameter");
+    bad(
+        "sigma below 0", k8uRgb, [](KImage &i) { i.ConvolveGaussian(-1, s_target); }, "Invalid Parameter");
+    bad(
+        "blur into itself", k8uRgb, [](KImage &i) { i.ConvolveGaussian(1, i); }, "Invalid Parameter");
+    bad(
+        "radius not a number", k8uRgb, [](KImage &i) { i.unsharp(NAN, 1, s_target); }, "Invalid Parameter");
+    bad(
+        "sharpen into itself", k8uRgb, [](KImage &i) { i.unsharpY(1, 1, i); }, "Invalid Parameter");
+    bad(
+        "no colour", k8uRgb, [](KImage &i) { i.Colorize(s_target, QColor(), Qt::red); }, "Invalid Parameter");
+    bad(
+        "endless contrast", k8uRgb, [](KImage &i) { i.adjustColor(1, INFINITY, 1); }, "Invalid Parameter");
+}
+
+void tst_Tone::guards()
+{
+    QFETCH(int, form);
+    QFETCH(std::function<void(KImage &)>, call);
+    KImage image;
+    if (form >= 0)
+        image.AllocBitmap(4, 1, kForms[form].type, kForms[form].bits, true, nullptr, 0);
+    QTEST(Thrown([&] { call(image); }), "what");
+}
+
+void tst_Tone::alpha()
+{
+    for (const FormIndex form : {k8uRgba, k16uRgba, k32fRgba}) {
+        const double full = kForms[form].Full(), half = form == k32fRgba ? 0.5 : std::floor(full / 2) + 1;
+        TestImage image(kForms[form], 3, 1, 3);
+        const double alphas[] = {form == k32fRgba ? 0.49 : half - 1, half, full};
+        for (int x = 0; x < 3; ++x)
+            image.SetSample(x, 0, 3, alphas[x]);
+        image.image.BinarizeAlpha();
+        QCOMPARE(image.Sample(0, 0, 3), 0.0);
+        QCOMPARE(image.Sample(1, 0, 3), full);
+
+        // A mask of lower depth; the float image's is of 16 bits, the 8-bit one's has no lower.
+        TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
+        mask.SetSample(2, 0, 0, std::floor(mask.Form().Full() / 5));
+        image.image.CombineAlpha(mask.image);
+        if (form != k8uRgba)
+            QVERIFY(std::abs(image.Sample(2, 0, 3) - full / 5) <= 1);
+        QCOMPARE(image.Sample(1, 0, 3), 0.0);
+    }
+    TestImage image(kForms[k8uRgba], 2, 1, 1);
+    const double before[] = {100, 50, 200, 128}, after[] = {199, 99, 255, 255}; // 255 / 128 of them, truncated
+    for (int c = 0; c < 4; ++c) {
+        image.SetSample(0, 0, c, before[c]);
+        image.SetSample(1, 0, c, c == 3 ? 0 : before[c]);
+    }
+    image.image.ScaleByAlpha();
+    for (int c = 0; c < 4; ++c) {
+        QCOMPARE(image.Sample(0, 0, c), after[c]);
+        QCOMPARE(image.Sample(1, 0, c), c == 3 ? 0 : before[c]);
+    }
+}
+
+void tst_Tone::histograms()
+{
+    TestImage image(kForms[k8uRgba], 4, 1);
+    FillRow(image, {50, 100, 150, 100}, 0.2);
+    KImage target;
+    image.image.HistogramAuto(target);
+    const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170}; // 9 of 12 samples are not the lowest
+    for (int x = 0; x < 4; ++x) {
+        QCOMPARE(int(target.getData(x, 0)[1]), stretched[x]);
+        QCOMPARE(int(target.getData(x, 0)[3]), 51);
+    }
+    image.image.HistogramEqualization(image.image); // in place
+    for (int x = 0; x < 4; ++x)
+        QCOMPARE(int(image.Sample(x, 0, 2)), equalized[x]);
+
+    TestImage flat(kForms[k8uRgb], 4, 1), deep(kForms[k16uRgb], 4, 1);
+    FillRow(flat, {9, 9, 9, 9});
+    flat.image.HistogramAuto(target);
+    QCOMPARE(int(target.getData(3, 0)[2]), 0);
+    FillRow(deep, {0, 257, 514, 257});
+    deep.image.HistogramAuto(target);
+    QCOMPARE(int(target.getData(2, 0)[0]), 2); // converted, not stretched
+}
+
+void tst_Tone::dynamicRange_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<double>("one"); // what becomes of 1 in 0 to 3
+    QTest::newRow("linear") << int(KImage::HDR_LINEAR) << 1 / 3.0;
+    QTest::newRow("logarithmic") << int(KImage::HDR_LOGARITHMIC) << 0.5;
+    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 leads L = 0.18 / mean * v and white at 3 L.
+    const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
+    QTest::newRow("Reinhard") << int(KImage::HDR_REINHARD) << scaled * (1 + scaled / (white * white)) / (1 + scaled);
+}
+
+void tst_Tone::dynamicRange()
+{
+    QFETCH(int, mode);
+    QFETCH(double, one);
+    TestImage image(kForms[k32fRgba], 7, 1, 2);
+    FillRow(image, {1, 3, 0, kNan, kInfinity, 0.5, 90});
+    image.SetSample(6, 0, 3, 0); // hidden
+    float low, high;
+    image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/false);
+    QCOMPARE(high, 90.0f);
+    image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/true);
+    QCOMPARE(low, 0.0f);
+    QCOMPARE(high, 3.0f);
+    image.image.HDR_QuickToneMapper(mode);
+    const double wanted[] = {one, 1, 0, 0, 1};
+    for (int x = 0; x < 5; ++x)
+        QVERIFY2(std::abs(image.Sample(x, 0, 1) - wanted[x]) < 1e-5,
+                 qPrintable(QString::number(image.Sample(x, 0, 1))));
+
+    for (const double flat : {0.0, 7.0, kNan}) {
+        FillRow(image, std::vector<double>(7, flat));
+        image.image.HDR_QuickToneMapper(mode);
+        QCOMPARE(image.Sample(0, 0, 0), 0.0);
+    }
+}
+
+void tst_Tone::colors()
+{
+    for (const TestForm &form : kForms) { // gamma-free: brightness 0.5 of 0.8, then contrast 2 about the middle: 0.3
+        TestImage image(form, 1, 1, 1);
+        FillRow(image, {std::round(0.8 * 255) / 255 * form.Full()}, 0.4);
+        image.image.adjustColor(0.5f, 2.0f, 1.0f);
+        QVERIFY(std::abs(image.Sample(0, 0, 0) / form.Full() - 0.3) < 0.003);
+        if (form.channels == 4)
+            QVERIFY(std::abs(image.Sample(0, 0, 3) / form.Full() - 0.4) < 0.003);
+    }
+    TestImage image(kForms[k8uRgb], 2, 1);
+    image.SetSample(0, 0, 0, 200);
+    image.SetSample(1, 0, 1, 100);
+    KImage tinted;
+    image.image.Colorize(tinted, QColor::fromHsv(350, 255, 255), QColor::fromHsv(10, 255, 255));
+    const QColor light = QColor(tinted.getData(0, 0)[0], tinted.getData(0, 0)[1], tinted.getData(0, 0)[2]);
+    QVERIFY(std::abs(light.hsvHue() - (350 + 20 * 200 / 255 - 360)) <= 2); // over red, not over cyan
+    QCOMPARE(light.value(), 200);
+    image.image.adjustColor(1, 1, 0);
+    QCOMPARE(image.Sample(0, 0, 2), 60.0); // 0.299 of 200
+    ImageSt grey;
+    komp_num_threads = 3;
+    image.image.GetGrey(grey);
+    komp_num_threads = 1;
+    QVERIFY(std::abs(grey.samples[1] - 59 / 255.0f) < 1e-6f); // 0.587 of 100, rounded
+}
+
+void tst_Tone::gaussian()
+{
+    for (const TestForm &form : kForms) { // an edge, whose blur is the normal distribution
+        TestImage image(form, 40, 1, 1);
+        FillRow(image, std::vector<double>(40, form.Full()), 1);
+        for (int x = 0; x < 20; ++x) {
+            for (int c = 0; c < form.channels; ++c)
+                image.SetSample(x, 0, c, 0);
+        }
+        KImage blurred;
+        image.image.ConvolveGaussian(3, blurred);
+        for (int x = 8; x < 32; ++x)
+            QVERIFY(std::abs(Sample(blurred, x, form.channels - 1) - std::erfc(-(x - 19.5) / 3 / M_SQRT2) / 2) < 0.006);
+    }
+}
+
+void tst_Tone::kernelSize_data()
+{
+    QTest::addColumn<float>("radius");
+    QTest::addColumn<int>("size");
+    QTest::newRow("0") << 0.0f << 3;
+    QTest::newRow("0.1") << 0.1f << 3;
+    QTest::newRow("0.66") << 0.66f << 3;
+    QTest::newRow("0.7") << 0.7f << 5;
+    QTest::newRow("2") << 2.0f << 13;
+    QTest::newRow("4.9") << 4.9f << 29;
+}
+
+/// Sharpening a lone bright pixel changes what the kernel covers, and nothing else.
+void tst_Tone::kernelSize()
+{
+    QFETCH(float, radius);
+    TestImage image(kForms[k32fGrey], 101, 1);
+    image.SetSample(50, 0, 0, 1);
+    KImage target;
+    image.image.unsharp(radius, 1, target);
+    int changed = 0;
+    for (int x = 0; x < 101; ++x)
+        changed += Sample(target, x, 0) != image.Sample(x, 0, 0);
+    QTEST(changed, "size");
+}
+
+void tst_Tone::unsharpProperties_data()
+{
+    QTest::addColumn<int>("form");
+    for (int form = 0; form < kFormCount; ++form)
+        QTest::newRow(kForms[form].name) << form;
+}
+
+void tst_Tone::unsharpProperties()
+{
+    QFETCH(int, form);
+    TestImage image(kForms[form], 23, 11, 1);
+    image.FillWithNoise(5, 0, 1);
+    KImage same, sharp, other;
+    image.image.unsharp(2, 0, same);
+    image.image.unsharpY(2, 0, other);
+    for (int y = 0; y < 11; ++y) {
+        const size_t rowBytes = size_t(23 * kForms[form].channels * kForms[form].bits / 8);
+        QVERIFY(std::memcmp(same.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
+        QVERIFY(std::memcmp(other.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
+    }
+    if (kForms[form].channels != 4)
+        return;
+    // A flat picture beside transparent pixels of wild colours stays flat, and they stay as they are.
+    for (const float radius : {1.5f, 9.0f}) { // the kernel as it is, and the wide one
+        for (int x = 0; x < 23; ++x) {
+            for (int y = 0; y < 11; ++y) {
+                for (int c = 0; c < 4; ++c)
+                    image.SetSample(x, y, c,
+                                    x < 12                           ? kForms[form].Full() * (c == 3 ? 1 : 0.5)
+                                        : c == 3                     ? 0
+                                        : form == k32fRgba && y == 5 ? kNan
+                                                                     : kForms[form].Full());
+            }
+        }
+        image.image.unsharp(radius, 3, sharp);
+        for (int x = 0; x < 23; ++x)
+            QVERIFY2(std::abs(Sample(sharp, x, 1) - (x < 12 ? 0.5 : 1)) < 0.004, qPrintable(QString::number(x)));
+    }
+    image.FillWithNoise(5, 0, 1);
+    for (int x = 0; x < 23 * 11; ++x)
+        image.SetSample(x % 23, x / 23, 3, 0);
+    image.image.unsharpFull(2, 1, sharp); // nothing is visible
+    QVERIFY(std::memcmp(sharp.getData(0, 0), image.image.getData(0, 0), 23) == 0);
+}
+
+QTEST_APPLESS_MAIN(tst_Tone)
+#include "KImage_Tone_test.moc"

@@ -1,0 +1,106 @@
+#include "CircleRefinement.h"
+#include "RansacFisheye.h"
+
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+/// Exact edges of a circle, one a degree from @p first on, seen from the origin.
+QVector<RansacFisheye::Data> Edges(double x, double y, double radius, int count, int first = 0)
+{
+    QVector<RansacFisheye::Data> edges;
+    for (int i = first; i < first + count; ++i) {
+        const double ux = std::cos(i * M_PI / 180), uy = std::sin(i * M_PI / 180), along = x * ux + y * uy;
+        edges.append({along + std::sqrt(along * along - x * x - y * y + radius * radius), ux, uy, false});
+    }
+    return edges;
+}
+
+RansacFisheye NewFit(QVector<RansacFisheye::Data> data)
+{
+    RansacFisheye fit;
+    fit.data = data;
+    fit.iterations = 500;
+    fit.maxCenterOffset2 = 100 * 100;
+    fit.width = 1000.9; // the smaller side counts in whole pixels
+    fit.height = 2000;
+    qsrand(0);
+    return fit;
+}
+
+} // namespace
+
+class tst_RansacFisheye : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fits();
+    void modelsOfLittle();
+    void scores();
+};
+
+void tst_RansacFisheye::fits()
+{
+    QVector<RansacFisheye::Data> data = Edges(40, -30, 400, 200);
+    for (int i = 200; i < 360; ++i) // what else there is
+        data.append({100.0 + (i * 7919) % 500, std::cos(i * M_PI / 180), std::sin(i * M_PI / 180), false});
+    RansacFisheye fit = NewFit(data), again = NewFit(data);
+    fit.process();
+
+    qsrand(0);
+    again.process();
+    const RefinedCircle refined = RefineCircle(fit);
+    QVERIFY(std::abs(refined.model.radius - 400) + std::abs(refined.model.centerX - 40)
+                + std::abs(refined.model.centerY + 30)
+            < 0.3);
+    QVERIFY(refined.support >= 200);
+    QVERIFY(fit.bestScore > 0.05);
+    QVERIFY(again.bestScore == fit.bestScore && again.best.radius == fit.best.radius);
+}
+
+void tst_RansacFisheye::modelsOfLittle()
+{
+    // Three edges, drawn in whatever order: exactly the linear model.
+    RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});
+    RansacFisheye::Model model = fit.computeOneModel();
+    QVERIFY(std::abs(model.radius - 400) + std::abs(model.centerX - 10) + std::abs(model.centerY - 20) < 1e-3);
+    fit.maxCenterOffset2 = 500; // which is what the centre lies away, so not below
+    model = fit.computeOneModel();
+    QVERIFY(model.centerX == 0 && model.centerY == 0);
+    QVERIFY(model.radius == 410 || model.radius == 420 || model.radius == 390);
+
+    RansacFisheye alike = NewFit({{4, 1, 0, false}, {5, 1, 0, false}, {6, 1, 0, false}});
+    QCOMPARE(alike.computeOneModel().radius, 0.0);
+    RansacFisheye few = NewFit({{400, 1, 0, false}, {500, 0, 1, false}, {600, 0, 1, true}});
+    few.process();
+    QCOMPARE(few.bestScore, 0.0);
+    RansacFisheye none = NewFit({});
+    none.process();
+    QCOMPARE(none.bestScore, 0.0);
+}
+
+void tst_RansacFisheye::scores()
+{
+    QVector<RansacFisheye::Data> data = Edges(0, 0, 400, 8);
+    data[0].distance = 404.9; // within 0.5 % of 1,000
+    data[1].distance = 405.1; // a miss, its circle within the image
+    data.append({300, 0, -1, true});
+    data.append({500, 0, -1, true});
+    RansacFisheye fit = NewFit(data);
+    QVERIFY(fit.evaluateModel({0, 0, 400}));
+    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one place inside, of 10
+    QVERIFY(!fit.evaluateModel({0, 0, 3000}));
+    QCOMPARE(fit.best.radius, 400.0);
+
+    // Equal scores keep the earlier model; an edge missed beyond the image costs one.
+    RansacFisheye far = NewFit({{1010, 1, 0, false}, {1010, 0, 1, false}, {3, 1, 0, false}, {3, 0, 1, false}});
+    QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third misses beyond 1,000.9
+    QCOMPARE(far.bestScore, 0.25);
+    far.evaluateModel({0, 0, 1010.5});
+    QCOMPARE(far.best.radius, 1010.0);
+}
+
+QTEST_APPLESS_MAIN(tst_RansacFisheye)
+#include "RansacFisheye_test.moc"

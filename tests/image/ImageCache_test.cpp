@@ -1,0 +1,276 @@
+// The image cache: which images lose their pixels, where versions come from, disk copies of raw files, start and stop.
+#include "DngFile.h"
+#include "KTools.h"
+#include "PictureFiles.h"
+#include "Thrown.h"
+
+#include <QDirIterator>
+#include <QtTest>
+
+namespace {
+
+KImageCache &Cache()
+{
+    return KImageCache::Instance();
+}
+
+KImageCache::Item *ItemOf(ImageDef *image)
+{
+    return Cache().m_items.value(image->m_id);
+}
+
+QStringList FilesBelow(const QString &folder)
+{
+    QStringList files;
+    QDirIterator walk(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (walk.hasNext())
+        files << walk.next();
+    return files;
+}
+
+} // namespace
+
+class tst_ImageCache : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { KImage::init(nullptr); }
+    void init();
+    void cleanup();
+    void cleanupTestCase() { KImage::exit(); }
+
+    void eviction_data();
+    void eviction();
+    void sizesInBytes();
+    void smallerFromBigger();
+    void whereVersionsComeBackFrom_data();
+    void whereVersionsComeBackFrom();
+    void noRoomForDiskCopies();
+    void lentPixelsOutliveTheirImage();
+    void startOnAHost();
+
+private:
+    QString Path(const QString &name) const { return m_dir.filePath(name); }
+    QString Temporary() const { return m_dir.filePath(QStringLiteral("temporary")); }
+
+    QTemporaryDir m_dir;
+};
+
+void tst_ImageCache::init()
+{
+    QDir().mkdir(Temporary());
+    KCacheDiskManager::ms_instance->setTemporaryFolders({Temporary()});
+    Cache().m_maxMemoryMo = 256;
+}
+
+void tst_ImageCache::cleanup()
+{
+    for (KImageCache::Item *item : Cache().m_items.values())
+        ImageDef::Delete(item->m_def);
+    QVERIFY(Cache().m_items.isEmpty());
+    QCOMPARE(FilesBelow(Temporary()), QStringList());
+}
+
+void tst_ImageCache::eviction_data()
+{
+    QTest::addColumn<int>("limitMo");
+    QTest::addColumn<QString>("steps");    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
+    QTest::addColumn<QString>("inMemory"); // afterwards
+    const auto row = [](const char *name, int limitMo, const char *steps, const char *inMemory) {
+        QTest::newRow(name) << limitMo << QString::fromLatin1(steps) << QString::fromLatin1(inMemory);
+    };
+    row("the older goes when the newer is given back", 1, "La Ua Lb Ub", "b");
+    row("the older goes as soon as it is given back", 1, "La Lb Ua", "b");
+    row("locked ones stay above the limit", 1, "La Lb Lc Uc", "abc");
+    row("two locks, one unlock", 1, "La La Lb Ua Ub", "ab");
+    row("what was asked for last stays, whatever the limit", 0, "La Ua", "a");
+    row("a lock alone evicts nothing", 1, "La Ua Lb Ub Lc", "bc");
+    row("under the limit", 2, "La Ua Lb Ub Lc Uc", "abc");
+    row("the one used longest ago", 2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd");
+    row("no more than needed", 2, "La Lb Lc Ld Ua Ub Uc", "bcd");
+    row("unlocks without a lock", 1, "Ua La Ua Ua La Lb Ub", "ab");
+}
+
+void tst_ImageCache::eviction()
+{
+    QFETCH(QString, steps);
+    QFETCH(int, limitMo);
+    Cache().m_maxMemoryMo = limitMo;
+    QMap<QChar, ImageDef *> images;
+    for (const QChar name : QStringLiteral("abcd"))
+        images[name] = Picture(WritePicture(Path(QString(name) + QLatin1String(".png")), "png", 400, 400));
+    for (const QString &step : steps.split(QLatin1Char(' '))) {
+        if (step[0] == QLatin1Char('L'))
+            QCOMPARE(images[step[1]]->LockFullSize(true)->width(), 400);
+        else
+            images[step[1]]->UnlockFullSize(true);
+    }
+    QString inMemory;
+    for (auto image = images.cbegin(); image != images.cend(); ++image) {
+        const qint64 bytes = ItemOf(image.value()) ? ItemOf(image.value())->memUsed() : 0;
+        QVERIFY(bytes == 0 || bytes == 400 * 400 * 4);
+        inMemory += bytes ? QString(image.key()) : QString();
+    }
+    QTEST(inMemory, "inMemory");
+}
+
+void tst_ImageCache::sizesInBytes()
+{
+    const auto size = [](int width, int height, int depth) {
+        ImageVersion<KImage> version(width, height, depth, 0);
+        return KImageLoader::memSize(&version);
+    };
+    QCOMPARE(size(1000, 1000, 8), qint64(4000000));
+    QCOMPARE(size(1000, 1000, 32), qint64(16000000));
+    QCOMPARE(size(100000, 50000, 16), qint64(40000000000));
+}
+
+void tst_ImageCache::smallerFromBigger()
+{
+    const QString path = WritePicture(Path(QStringLiteral("s.jpg")), "jpeg", 100, 80);
+    ImageDef *const image = Picture(path);
+    QVERIFY(!image->IsCached(50, 40, true));
+    QCOMPARE(image->Lock(50, 40, true)->width(), 50);
+    const auto &versions = ItemOf(image)->m_versions;
+    QCOMPARE(versions.size(), 2);
+    QCOMPARE(versions[0]->m_width, 100);
+    QCOMPARE(versions[0]->m_lockCount, 0); // kept, and may go
+    QCOMPARE(versions[1]->m_lockCount, 1);
+
+    WriteFile(path, "no picture"); // from here on whatever reads the file fails
+    QCOMPARE(image->Lock(30, 20, false)->height(), 20);
+    QCOMPARE(image->Lock(100, 80, false)->height(), 80); // 8 bits and the file's own are one version
+    image->Unlock(100, 80, true);
+    image->ReleaseFromMemory();
+    QVERIFY(!image->IsCached(100, 80, true) && image->IsCached(50, 40, true));
+    QCOMPARE(image->Lock(40, 30, true)->width(), 40);
+    QVERIFY(Thrown([&] { image->Lock(50, 20, true); }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the bigger
+    QVERIFY(Thrown([&] { image->Lock(100, 80, true); }).contains(QStringLiteral("GFL_ERROR")));
+
+    WritePicture(path, "jpeg", 100, 80);
+    QCOMPARE(image->LockFullSize(true)->width(), 100);
+    QCOMPARE(ItemOf(image)->m_versions.size(), 4); // 100, 50, 30, 40 wide
+}
+
+void tst_ImageCache::whereVersionsComeBackFrom_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<bool>("hasCopies");
+    QTest::newRow("8 bits") << QStringLiteral("a.png") << 8 << false;
+    QTest::newRow("16 bits") << QStringLiteral("b.png") << 16 << false;
+    QTest::newRow("raw of 8 bits") << QStringLiteral("c.NEF") << 8 << false;
+    QTest::newRow("raw of 16 bits") << QStringLiteral("d.nef") << 16 << true;
+    QTest::newRow("raw, developed") << QStringLiteral("e.dng") << 16 << true;
+}
+
+void tst_ImageCache::whereVersionsComeBackFrom()
+{
+    QFETCH(QString, name);
+    QFETCH(int, bits);
+    QFETCH(bool, hasCopies);
+    const QString path = Path(name);
+    if (name.endsWith(QStringLiteral("dng")))
+        WriteFile(path, DngFile(QSize(64, 48), {0.1, 0.25, 0.15}));
+    else
+        WritePicture(path, "png", 64, 48, GFL_RGB, bits);
+    ImageDef *const image = Picture(path);
+    QCOMPARE(image->nDepth(), bits);
+    const struct {
+        int width, height;
+        bool nativeDepth;
+    } asked[] = {{32, 24, true}, {64, 48, true}, {20, 10, false}};
+    QVector<QByteArray> pixels;
+    const auto lockAll = [&] {
+        for (const auto &version : asked) {
+            pixels << PackedPixels(*image->Lock(version.width, version.height, version.nativeDepth)->m_bitmap);
+            image->Unlock(version.width, version.height, version.nativeDepth);
+        }
+        image->ReleaseFromMemory();
+        QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
+    };
+    lockAll();
+    QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
+    QFile::rename(path, path + QStringLiteral(".away"));
+    WriteFile(path, "no picture"); // nothing can be developed now
+    if (!hasCopies) {
+        QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
+        return;
+    }
+    lockAll();
+    QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
+    QDir(Temporary()).removeRecursively(); // somebody tidies up
+    QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
+    QDir().mkdir(Temporary());
+    QFile::remove(path);
+    QFile::rename(path + QStringLiteral(".away"), path);
+    lockAll();
+    QCOMPARE(pixels.mid(6), pixels.mid(0, 3));
+}
+
+void tst_ImageCache::noRoomForDiskCopies()
+{
+    ImageDef *const image = Picture(WritePicture(Path(QStringLiteral("full.nef")), "png", 64, 48, GFL_RGB, 16));
+    KCacheDiskManager::ms_instance->setTemporaryFolders({Path(QStringLiteral("gone"))});
+    const QString message = QStringLiteral("No more space in temporary folder");
+    QCOMPARE(Thrown([image] { image->LockFullSize(true); }), message);
+    QCOMPARE(Thrown([image] { image->Lock(20, 10, false); }), message);
+    QVERIFY(ItemOf(image)->m_versions.isEmpty());
+    KCacheDiskManager::ms_instance->setTemporaryFolders({Temporary()});
+    QCOMPARE(image->LockFullSize(true)->bitsPerComponent(), ushort(16));
+}
+
+void tst_ImageCache::lentPixelsOutliveTheirImage()
+{
+    const QString path = WritePicture(Path(QStringLiteral("lent.png")), "png", 64, 48);
+    const KImage *const lent = Picture(path)->LockFullSize(true);
+    const QByteArray before = PackedPixels(*lent->m_bitmap);
+    ImageDef::Delete(path);
+    QVERIFY(!ImageDef::Find(path));
+    QCOMPARE(PackedPixels(*lent->m_bitmap), before);
+
+    // An image that was never put there, and one destroyed by its owner: the next of that path takes the place.
+    ImageDef *image = nullptr;
+    QVERIFY(ImageDef::CreateAPicture(path, image, false));
+    image->LockFullSize(true);
+    QCOMPARE(ImageDef::Find(path), image);
+    delete image;
+    QVERIFY(!ImageDef::Find(path));
+    QCOMPARE(Picture(path)->LockFullSize(true)->width(), 64);
+    QCOMPARE(Cache().m_items.size(), 1);
+}
+
+void tst_ImageCache::startOnAHost()
+{
+    KImageCache *const own = KImage::ms_instances.cache;
+    KImage::init(nullptr); // a second time
+    QCOMPARE(KImage::ms_instances.cache, own);
+    Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);
+    KImage::exit();
+    QVERIFY(!KImageCache::ms_instance);
+    QVERIFY(QDir(Temporary()).isEmpty()); // not even the folder is left
+
+    KTools::init(nullptr);
+    ImageDatas settings;
+    KImageInstances host = {&KTools::ms_instances, nullptr, &settings};
+    KImage::init(&host);
+    QCOMPARE(ImageDatas::settings, &settings);
+    QVERIFY(KImage::ms_instances.cache);
+    KImage::exit();
+    QVERIFY(!KImageCache::ms_instance);
+
+    KImageCache shared;
+    host.cache = &shared;
+    KTools::init(nullptr);
+    KImage::init(&host);
+    QCOMPARE(&Cache(), &shared);
+    ImageDef *const image = Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6));
+    QCOMPARE(shared.m_items.value(image->m_id)->m_def.data(), image);
+    KImage::exit();
+    QCOMPARE(KImageCache::ms_instance, &shared); // the host's, with what is in it
+    KImageCache::SetInstance(nullptr);
+    ImageDatas::settings = nullptr;
+    KImage::init(nullptr);
+}
+
+QTEST_MAIN(tst_ImageCache)
+#include "ImageCache_test.moc"

@@ -1,5 +1,6 @@
 // What all formats have in common: delivered forms, thumbnails, formats by name, errors, limits, memory.
 #include "Bitmaps.h"
+#include "DngFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -108,7 +109,7 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
     TIFFWriteDirectory(tiff);
 }
 
-enum Embedding { InExif, AsPage, BelowPage, AsPageOfTheSecond };
+enum Embedding { InRaw, InExif, AsPage, BelowPage, AsPageOfTheSecond };
 
 } // namespace
 Q_DECLARE_METATYPE(Embedding)
@@ -295,7 +296,7 @@ void tst_Loading::embeddedPreviews_data()
     const struct {
         const char *name;
         Embedding embedding;
-    } kinds[] = {{"EXIF", InExif}, {"page", AsPage}, {"sub-directory", BelowPage}};
+    } kinds[] = {{"raw", InRaw}, {"EXIF", InExif}, {"page", AsPage}, {"sub-directory", BelowPage}};
     for (const auto &kind : kinds) {
         QTest::addRow("%s, covers the box", kind.name) << kind.embedding << QSize(120, 80) << 90 << true;
         QTest::addRow("%s, too small", kind.name) << kind.embedding << QSize(60, 40) << 90 << false;
@@ -312,9 +313,11 @@ void tst_Loading::embeddedPreviews()
     QFETCH(bool, isUsed);
     QTemporaryDir folder;
     const QByteArray path = folder.filePath(QStringLiteral("a")).toUtf8();
-    if (embedding == InExif) {
+    const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
+    if (embedding == InRaw) {
+        WriteBytes(QString::fromUtf8(path), DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
+    } else if (embedding == InExif) {
         WriteBytes(QString::fromUtf8(path), SavedBytes(*PlainBitmap({300, 200}, 0), SaveParams("jpeg")));
-        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
         Exiv2::ExifThumb(image->exifData())
             .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());

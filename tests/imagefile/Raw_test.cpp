@@ -1,4 +1,4 @@
-// Camera raw files: development and its settings, previews, what counts as raw.
+// Camera raw files: development and its settings, what counts as raw.
 #include "Bitmaps.h"
 #include "DngFile.h"
 
@@ -25,8 +25,6 @@ private Q_SLOTS:
     void settings();
     void whatIsRaw_data();
     void whatIsRaw();
-    void thumbnails_data();
-    void thumbnails();
     void damagedFiles();
 };
 
@@ -126,41 +124,6 @@ void tst_Raw::whatIsRaw()
     QCOMPARE(QSize(info.Width, info.Height), QSize(64, 48));
     QCOMPARE(int(info.BitsPerComponent), 16);
     QCOMPARE(int(info.ComponentsPerPixel), 3);
-}
-
-void tst_Raw::thumbnails_data()
-{
-    QTest::addColumn<QSize>("preview");
-    QTest::addColumn<int>("box");
-    QTest::addColumn<bool>("isPreview");
-    QTest::newRow("preview") << QSize(120, 80) << 100 << true;
-    QTest::newRow("preview too small, half size") << QSize(60, 40) << 100 << false;
-    QTest::newRow("preview too small, full size") << QSize(120, 80) << 200 << false;
-    QTest::newRow("preview of other proportions") << QSize(120, 90) << 80 << false;
-    QTest::newRow("no preview") << QSize() << 100 << false;
-}
-
-void tst_Raw::thumbnails()
-{
-    QFETCH(QSize, preview);
-    QFETCH(int, box);
-    QFETCH(bool, isPreview);
-    QTemporaryDir folder;
-    QByteArray jpeg;
-    if (preview.isValid()) {
-        const BitmapPtr white = NewBitmap(preview.width(), preview.height(), GFL_RGB, 8);
-        std::fill_n(white->Data, std::size_t(white->BytesPerLine) * std::size_t(white->Height), std::uint8_t(255));
-        jpeg = SavedBytes(*white, SaveParams("jpeg"));
-    }
-    const QString path =
-        WriteFile(folder.filePath(QStringLiteral("a.dng")), DngFile({240, 160}, {0.1, 0.2, 0.15}, jpeg, preview));
-    GFL_BITMAP *loaded = nullptr;
-    const GFL_LOAD_PARAMS params = LoadParams();
-    const int error = gflLoadThumbnailUTF8(path.toUtf8().constData(), box, box, &loaded, &params, nullptr);
-    const BitmapPtr got(loaded);
-    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-    QCOMPARE(QSize(got->Width, got->Height), QSize(box, int(std::lround(box * 2 / 3.0))));
-    QCOMPARE(SampleAt(*got, 40, 30, 1) > 0.9, isPreview);
 }
 
 void tst_Raw::damagedFiles()

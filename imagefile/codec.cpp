@@ -35,8 +35,11 @@ const Codec *CodecAt(std::int32_t index)
 Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index)
 {
     std::uint8_t head[16] = {};
-    if (source.ReadAt(0, head, sizeof head) == 0)
-        return Status::Fail(GFL_ERROR_FILE_READ, source.Path() + " is empty or can't be read");
+    const std::size_t count = source.ReadAt(0, head, sizeof head);
+    if (Status status = source.Check(); !status)
+        return status;
+    if (count == 0)
+        return Status::Fail(GFL_ERROR_FILE_READ, source.Path() + " is empty");
     const std::string suffix = LowerCaseSuffix(source.Path());
     for (*index = 0; (*codec = CodecAt(*index)) != nullptr; ++*index)
         if ((*codec)->Probe(head, suffix) && (*codec)->Recognises(source))

@@ -42,6 +42,8 @@ Status ReadHeaders(const Source &source, OpenFile *file)
         return status;
     std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", file->codec->Name());
     Status status = file->codec->ReadInfo(source, &file->info);
+    if (Status read = source.Check(); !read)
+        return read;
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
@@ -60,6 +62,8 @@ Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows,
         return status;
     const Status status = decode(*file.codec);
     Owned<GFL_BITMAP> made(rows->Take(), gflFreeBitmap);
+    if (Status read = source.Check(); !read)
+        return read;
     if (!status)
         return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
     made->Xdpi = file.info.Xdpi;
@@ -105,21 +109,6 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     AttachMetadata(ReadMetadata(source), made.get());
     *bitmap = made.release();
     return Status::Ok();
-}
-
-Status CheckBitmap(const GFL_BITMAP &bitmap)
-{
-    const int channels =
-        bitmap.Type == GFL_GREY || bitmap.Type == GFL_RGB || bitmap.Type == GFL_RGBA ? ChannelsOfType(bitmap.Type) : 0;
-    const int bits = bitmap.BitsPerComponent;
-    const std::int64_t rowBytes = std::int64_t(bitmap.Width) * channels * (bits / 8); // <= 2^31 * 4 * 8191
-    const bool good = bitmap.Data && channels != 0 && bitmap.Width > 0 && bitmap.Height > 0 && bitmap.Origin == 0
-        && (bits == 8 || bits == 16 || bits == 32) && bitmap.BytesPerLine >= rowBytes;
-    if (good)
-        return Status::Ok();
-    return Status::Fail(GFL_ERROR_BAD_BITMAP,
-                        Text("can't save a bitmap of type %d, %d bits, %d x %d pixels in rows of %u bytes", bitmap.Type,
-                             bits, bitmap.Width, bitmap.Height, bitmap.BytesPerLine));
 }
 
 /// Whether an ICC profile can belong to these pixels. Inks and Lab are delivered as RGB, and grey may have been

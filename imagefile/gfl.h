@@ -96,6 +96,13 @@ GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const 
 GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
                                     const GFL_SAVE_PARAMS *params);
 
+// ---- Colours of a bitmap ----
+
+/// Changes form or colours of a bitmap of 8 bits in place; @p mode is a GflColorDepth, which tells what @p parameters
+/// is for. @p result is null. The pixels may move to another block. GFL_ERROR_BAD_BITMAP for other depths,
+/// GFL_ERROR_BAD_PARAMETERS for other numbers; a failure leaves the bitmap as it was.
+GFL_API int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t mode, std::uint16_t parameters);
+
 // ---- Metadata of a bitmap: copies go out, copies come in ----
 
 GFL_API bool gflBitmapHasICCProfile(const GFL_BITMAP *bitmap);

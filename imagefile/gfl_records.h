@@ -99,6 +99,15 @@ struct GFL_SAVE_PARAMS {
 static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_PARAMS, Quality) == 10,
               "layout shared with hosts");
 
+/// Modes of gflChangeColorDepth, with what its last argument then means.
+enum GflColorDepth : std::uint16_t {
+    GFL_DEPTH_GREY = 1,            // GFL_GREY: luma of ITU-R BT.601
+    GFL_DEPTH_RGB = 2,             // GFL_RGB: opacity is left out
+    GFL_DEPTH_RGBA = 3,            // GFL_RGBA: opacity that is new is full
+    GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; the luma, 1 to 255, from which on it is white; 0: 128
+    GFL_DEPTH_LEVELS = 5,          // the form stays; how many values each colour may take, 2 to 256, evenly spread
+};
+
 /// How a file stores colour, values of GFL_FILE_INFORMATION::ColorModel. The numbers of CMYK and Lab are known to
 /// hosts.
 enum GflColorModel : std::uint16_t {

@@ -101,6 +101,10 @@ Status FileSink::Commit()
 {
     if (m_replaces && ::fchmod(m_file, m_mode) != 0)
         return WriteFailure(m_target);
+    // So that no crash of the machine can leave the name with neither file. A file that replaces none isn't waited for:
+    // a batch of new pictures would take as long as the disk, and the source is still there.
+    if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL)
+        return WriteFailure(m_target);
     const int file = m_file;
     m_file = -1;
     if (::close(file) != 0) // network disks and quotas tell here that there was no room

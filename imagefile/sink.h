@@ -35,8 +35,8 @@ public:
     /// Symbolic links are followed: the file that they lead to is the target. GFL_ERROR_FILE_CREATE when the folder is
     /// missing or closed to us, and when the target is write-protected, a folder or a device.
     Status Create(const std::string &path);
-    /// Closes the file and renames it to its target, with the permissions of the file that it replaces. The last errors
-    /// of a full disk show here.
+    /// Closes the file and renames it to its target, with the permissions of the file that it replaces, and then only
+    /// once it is on the disk. The last errors of a full disk show here.
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;

@@ -28,6 +28,13 @@ Status Source::Open(const std::string &path)
     return Status::Ok();
 }
 
+Status Source::Check() const
+{
+    if (m_failure == 0)
+        return Status::Ok();
+    return Status::Fail(GFL_ERROR_FILE_READ, Text("can't read %s: %s", m_path.c_str(), std::strerror(m_failure)));
+}
+
 std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const
 {
     if (offset >= m_size)
@@ -43,6 +50,8 @@ std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t lengt
             ::pread(m_file, static_cast<char *>(buffer) + done, length - done, static_cast<off_t>(offset + done));
         if (count < 0 && errno == EINTR)
             continue;
+        if (count < 0)
+            m_failure = errno;
         if (count <= 0)
             break;
         done += static_cast<std::size_t>(count);

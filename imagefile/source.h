@@ -28,13 +28,19 @@ public:
     /// Null for a file.
     const std::uint8_t *Data() const { return m_data; }
 
-    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source or when the disk fails.
+    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or when the disk fails, which
+    /// Check then tells.
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
+
+    /// GFL_ERROR_FILE_READ once a read has failed for another reason than the end of the file. Decoders take what is
+    /// missing for the end, where some files may end early: whoever reads a file asks this before the result is used.
+    Status Check() const;
 
 private:
     const std::uint8_t *m_data = nullptr;
     std::uint64_t m_size = 0;
     int m_file = -1;
+    mutable int m_failure = 0; // errno
     std::string m_path;
 };
 

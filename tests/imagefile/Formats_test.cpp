@@ -35,6 +35,9 @@ private Q_SLOTS:
     void writeThenRead();
     void runs_data();
     void runs();
+    void colourDepth_data();
+    void colourDepth();
+    void colourDepthRefused();
 };
 
 void tst_Formats::writeThenRead_data()
@@ -100,6 +103,66 @@ void tst_Formats::runs()
     QVERIFY2(read, gflLastErrorText());
     QCOMPARE(Difference(*read, *bitmap), QString());
     QVERIFY(file.size() < width / 10);
+}
+
+void tst_Formats::colourDepth_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<QByteArray>("pixel");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("parameters");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QByteArray>("expected");
+    const QByteArray rgba("\xC8\x64\x32\x07"); // 200, 100, 50 have a luma of 124.2
+    const auto row = [](const char *name, int from, const QByteArray &pixel, int mode, int parameters, int to,
+                        const QByteArray &expected) {
+        QTest::newRow(name) << from << pixel << mode << parameters << to << expected;
+    };
+    row("RGBA to grey", GFL_RGBA, rgba, GFL_DEPTH_GREY, 0, GFL_GREY, "\x7C");
+    row("RGBA to RGB", GFL_RGBA, rgba, GFL_DEPTH_RGB, 0, GFL_RGB, rgba.left(3));
+    row("RGB to RGBA", GFL_RGB, rgba.left(3), GFL_DEPTH_RGBA, 0, GFL_RGBA, rgba.left(3) + '\xFF');
+    row("grey to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa");
+    row("black", GFL_RGB, rgba.left(3), GFL_DEPTH_BLACK_AND_WHITE, 0, GFL_GREY, QByteArray(1, '\0'));
+    row("just black", GFL_RGB, rgba.left(3), GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0'));
+    row("just white", GFL_RGB, rgba.left(3), GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF");
+    row("three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4));
+    row("all levels", GFL_RGB, rgba.left(3), GFL_DEPTH_LEVELS, 256, GFL_RGB, rgba.left(3));
+}
+
+void tst_Formats::colourDepth()
+{
+    QFETCH(int, from);
+    QFETCH(QByteArray, pixel);
+    QFETCH(int, mode);
+    QFETCH(int, parameters);
+    QFETCH(int, to);
+    QFETCH(QByteArray, expected);
+    const BitmapPtr bitmap = NewBitmap(5, 3, from, 8, 32);
+    for (int y = 0; y < 3; ++y)
+        std::copy_n(pixel.repeated(5).constData(), 5 * pixel.size(), bitmap->Data + y * int(bitmap->BytesPerLine));
+    bitmap->Xdpi = 300;
+    QCOMPARE(gflChangeColorDepth(bitmap.get(), nullptr, std::uint16_t(mode), std::uint16_t(parameters)),
+             int(GFL_NO_ERROR));
+    QCOMPARE(int(bitmap->Type), to);
+    QCOMPARE(int(bitmap->BytesPerPixel), expected.size());
+    QCOMPARE(int(bitmap->ComponentsPerPixel), expected.size());
+    QCOMPARE(int(bitmap->Xdpi), 300);
+    QCOMPARE(PackedPixels(*bitmap), expected.repeated(15));
+}
+
+void tst_Formats::colourDepthRefused()
+{
+    const BitmapPtr deep = RandomBitmap(3, 3, GFL_RGB, 16), bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
+    QCOMPARE(gflChangeColorDepth(deep.get(), nullptr, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_BITMAP));
+    const QByteArray before = PackedPixels(*bitmap);
+    const struct {
+        std::uint16_t mode, parameters;
+    } bad[] = {
+        {0, 0}, {6, 0}, {0xFFFF, 2}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}, {GFL_DEPTH_LEVELS, 257}};
+    for (const auto &numbers : bad)
+        QCOMPARE(gflChangeColorDepth(bitmap.get(), nullptr, numbers.mode, numbers.parameters),
+                 int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(PackedPixels(*bitmap), before);
 }
 
 QTEST_GUILESS_MAIN(tst_Formats)

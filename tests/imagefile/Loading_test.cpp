@@ -443,6 +443,14 @@ void tst_Loading::absurdSizes_data()
     QVERIFY(frame > 0);
     jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
     QTest::newRow("JPEG") << jpeg;
+    const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
+    const auto pngOf = [&png](const char *sideAndChecksum) { // of a square, 8 bits of grey
+        const QByteArray hex(sideAndChecksum), header = hex.left(8) + hex.left(8) + "0800000000" + hex.mid(8);
+        return QByteArray(png).replace(16, 17, QByteArray::fromHex(header));
+    };
+    QTest::newRow("PNG of nothing") << pngOf("000000001EE023CE");
+    QTest::newRow("largest PNG") << pngOf("7FFFFFFF31A254BA");
+    QTest::newRow("PNG bomb") << pngOf("00009C40746751D9");
 }
 
 void tst_Loading::absurdSizes()

@@ -163,7 +163,8 @@ void tst_Png::readsWhatLibpngWrites()
 
 void tst_Png::badProfileDoesNoHarm()
 {
-    for (const QByteArray &chunk : {QByteArray("junk"), QByteArray("name\0\0not zlib", 14), QByteArray("n\0\0", 3)}) {
+    for (const QByteArray &chunk : {QByteArray("junk"), QByteArray("name\0\0not zlib", 14), QByteArray("n\0\0", 3),
+                                    "n" + QByteArray(2, '\0') + qCompress(QByteArray(80 << 20, '\0')).mid(4)}) {
         int error = 0;
         const BitmapPtr read =
             LoadFromMemory(Encode({PNG_COLOR_TYPE_RGB, 8, false, false, chunk}), &error, LoadParams(GFL_LOAD_METADATA));

@@ -119,6 +119,8 @@ void tst_Saving::fullDisk_data()
         QTest::addRow("LZW TIFF, %d", limit) << QByteArray("tiff") << 2 << limit;
         QTest::addRow("deflate TIFF, %d", limit) << QByteArray("tiff") << 4 << limit;
         QTest::addRow("JPEG, %d", limit) << QByteArray("jpeg") << -1 << limit;
+        for (const char *format : {"png", "psd", "hdri"})
+            QTest::addRow("%s, %d", format, limit) << QByteArray(format) << -1 << limit;
     }
 }
 
@@ -251,7 +253,7 @@ void tst_Saving::badBitmaps()
     QTemporaryDir folder;
     const BitmapPtr bitmap = RandomBitmap(10, 10, GFL_RGB, 8);
     change(*bitmap);
-    for (const char *format : {"tiff", "jpeg"})
+    for (const char *format : {"tiff", "jpeg", "png", "psd", "hdri"})
         QCOMPARE(Save(folder.filePath(QStringLiteral("a")), *bitmap, SaveParams(format)), int(GFL_ERROR_BAD_BITMAP));
     QVERIFY(Everything(folder.path()).isEmpty());
 }

@@ -1,0 +1,129 @@
+// gflChangeColorDepth: other forms and fewer colours for bitmaps of 8 bits.
+#include "gfl.h"
+
+#include "guard.h"
+#include "row_sink.h"
+
+#include <array>
+#include <utility>
+
+using namespace imagefile;
+
+namespace {
+
+constexpr int kMiddle = 128; // the luma from which on half a picture is white
+
+using Table = std::array<std::uint8_t, 256>; // new value by old one
+
+/// What a mode does: another form, then other values of the colours.
+struct Change {
+    int channels; // of the form
+    bool usesTable;
+    Table table;
+};
+
+Table BlackOrWhite(int whiteFrom)
+{
+    Table table = {};
+    for (int i = whiteFrom; i < 256; ++i)
+        table[static_cast<std::size_t>(i)] = 255;
+    return table;
+}
+
+// Evenly spread, darkest and lightest included; each value goes to the nearest.
+Table Levels(int count)
+{
+    Table table = {};
+    const int steps = count - 1;
+    for (int i = 0; i < 256; ++i) {
+        const int level = (i * steps + 127) / 255;
+        table[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>((level * 255 + steps / 2) / steps);
+    }
+    return table;
+}
+
+Status ChooseChange(int channels, int mode, int parameters, Change *change)
+{
+    switch (mode) {
+    case GFL_DEPTH_GREY:
+        *change = {1, false, {}};
+        return Status::Ok();
+    case GFL_DEPTH_RGB:
+        *change = {3, false, {}};
+        return Status::Ok();
+    case GFL_DEPTH_RGBA:
+        *change = {4, false, {}};
+        return Status::Ok();
+    case GFL_DEPTH_BLACK_AND_WHITE:
+        if (parameters > 255)
+            break;
+        *change = {1, true, BlackOrWhite(parameters == 0 ? kMiddle : parameters)};
+        return Status::Ok();
+    case GFL_DEPTH_LEVELS:
+        if (parameters < 2 || parameters > 256)
+            break;
+        *change = {channels, true, Levels(parameters)};
+        return Status::Ok();
+    default:
+        break;
+    }
+    return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("there is no change of colours %d with %d", mode, parameters));
+}
+
+/// Gives the record pixels of another form. It keeps everything that isn't of the form.
+Status ChangeForm(GFL_BITMAP *bitmap, int channels)
+{
+    const PixelForm from = {8, ChannelsOfType(bitmap->Type)}, to = {8, channels};
+    Owned<GFL_BITMAP> made(nullptr, gflFreeBitmap);
+    if (Status status = NewBitmap(bitmap->Width, bitmap->Height, to, &made); !status)
+        return status;
+    const RowConverter convert = ChooseConverter(from, to);
+    for (int y = 0; y < bitmap->Height; ++y)
+        convert(bitmap->Data + static_cast<std::size_t>(y) * bitmap->BytesPerLine,
+                made->Data + static_cast<std::size_t>(y) * made->BytesPerLine, static_cast<std::size_t>(bitmap->Width),
+                255);
+    std::swap(bitmap->Data, made->Data);
+    bitmap->Type = made->Type;
+    bitmap->BytesPerLine = made->BytesPerLine;
+    bitmap->LinePadding = made->LinePadding;
+    bitmap->ComponentsPerPixel = made->ComponentsPerPixel;
+    bitmap->BytesPerPixel = made->BytesPerPixel;
+    bitmap->ColorUsed = made->ColorUsed;
+    return Status::Ok();
+}
+
+void ChangeValues(const Table &table, GFL_BITMAP *bitmap)
+{
+    const int channels = ChannelsOfType(bitmap->Type), colours = channels == 4 ? 3 : channels;
+    for (int y = 0; y < bitmap->Height; ++y) {
+        std::uint8_t *pixel = bitmap->Data + static_cast<std::size_t>(y) * bitmap->BytesPerLine;
+        for (int x = 0; x < bitmap->Width; ++x, pixel += channels)
+            for (int c = 0; c < colours; ++c)
+                pixel[c] = table[pixel[c]];
+    }
+}
+
+} // namespace
+
+int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t mode, std::uint16_t parameters)
+{
+    return Guarded([&] {
+        if (!bitmap || result)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "a bitmap is changed in place");
+        if (Status status = CheckBitmap(*bitmap); !status)
+            return status;
+        if (bitmap->BitsPerComponent != 8)
+            return Status::Fail(GFL_ERROR_BAD_BITMAP,
+                                Text("colours of %d bits; those of 8 are changed", bitmap->BitsPerComponent));
+        const int channels = ChannelsOfType(bitmap->Type);
+        Change change = {};
+        if (Status status = ChooseChange(channels, mode, parameters, &change); !status)
+            return status;
+        if (change.channels != channels)
+            if (Status status = ChangeForm(bitmap, change.channels); !status)
+                return status;
+        if (change.usesTable)
+            ChangeValues(change.table, bitmap);
+        return Status::Ok();
+    });
+}

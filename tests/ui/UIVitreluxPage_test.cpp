@@ -230,7 +230,9 @@ void tst_UIVitreluxPage::states()
     MakePicture(kA, 400, 300);
     Desk desk;
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+    QSignalSpy told(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
+    QCOMPARE(told.count(), 2); // the old job's end and one render, though the boxes change
     QCOMPARE(desk.State(), QStringLiteral("false waiting"));
     QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
     desk.wizard.resize(900, 700);
@@ -256,6 +258,7 @@ void tst_UIVitreluxPage::picture_data()
     QTest::newRow("landscape") << QSize(400, 300) << false;
     QTest::newRow("landscape, split") << QSize(400, 300) << true;
     QTest::newRow("portrait, split") << QSize(300, 401) << true;
+    QTest::newRow("reduced to a half") << QSize(2048, 1536) << false;
 }
 
 void tst_UIVitreluxPage::picture()
@@ -274,8 +277,11 @@ void tst_UIVitreluxPage::picture()
     QCOMPARE(desk.Record(kA), QStringLiteral("1 0 0 ") + params.lcpFilename);
 
     const QWidget *frame = desk.Find<QWidget>("frame");
-    KImage work;
-    def->pixels.Convert(work, GFL_RGBA, 32);
+    const QSize lent = def->reducedSizes.value(0);
+    params.scale = float(lent.width()) / float(size.width());
+    KImage reduced, work;
+    def->pixels.Resize(reduced, lent.width(), lent.height());
+    reduced.Convert(work, GFL_RGBA, 32);
     const QImage source = InFrame(work, *frame);
     desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
     QImage expected = InFrame(work, *frame);
@@ -336,17 +342,17 @@ void tst_UIVitreluxPage::profileChosen()
 
 void tst_UIVitreluxPage::quickToggles()
 {
-    MakePicture(kA, 400, 300);
+    MakePicture(kA, 1000, 750);
     Desk desk({kA});
     desk.ChooseProfile(m_whole);
     auto *box = desk.Find<QCheckBox>("m_cbDistortion");
     QImage pictures[2]; // without and with the correction, by single clicks
-    for (const int toggles : {1, 1, 3, 10000, 1}) {
+    for (const int toggles : {1, 1, 3, 4, 5, 102, 103, 10000, 1}) {
         QTRY_VERIFY(desk.IsUpToDate());
         QSignalSpy renders(desk.worker, &QThread::started), told(desk.page, &QWizardPage::completeChanged);
         for (int i = 0; i < toggles; ++i) { // without the event loop: no end of a render is noticed meanwhile
             box->click();
-            if (i % 4000 == 1)
+            if (toggles == 5)
                 desk.worker->wait(); // the next render begins before the page hears that this one ended
         }
         QVERIFY(!desk.State().contains(QLatin1String("next")));

@@ -8,9 +8,12 @@
 #include <QPair>
 #include <QPointer>
 
+#include <optional>
+
 class KIImageDef;
 class KImage;
 class UIVitreluxPage;
+class newLCP;
 
 /// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
 /// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
@@ -82,6 +85,8 @@ public:
     static QIcon ProcessIcon();
 
 private:
+    std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);
+
     QMap<KIImageDef *, void *> m_params; // the record of each image of the job
     QPointer<UIVitreluxPage> m_page;     // null until WizardPage, and after its wizard deleted it
     Params *m_defaults;                  // what OnValidatePage stores

@@ -1,14 +1,16 @@
 // The way of the pixels: from a file to the corrected file, and the correction of an image in memory.
 #include "KVitreluxOne2One.h"
 
+#include "FloatWarp.h"
 #include "HostApplication_p.h"
 #include "KIImageDef.h"
 #include "KImage.h"
-#include "ippi.h"
 #include "newLCP.h"
 
 #include <QDir>
 #include <QFileInfo>
+
+#include <optional>
 
 namespace {
 
@@ -47,54 +49,73 @@ QString CorrectedFileName(const QString &fileName)
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
 }
 
-/// Turns all of @p source into all of @p target, whose sides are exchanged. Cubic, which is exact for right angles.
-void Turn(const KImage &source, KImage &target, double angleDegrees, double xShift, double yShift)
+FloatWarp::Switches SwitchesOf(const KVitreluxOne2One::Params &params)
 {
-    ippiRotate_32f_C4R(reinterpret_cast<const float *>(source.getData(0, 0)), {source.width(), source.height()},
-                       source.bytesPerLine(), {0, 0, source.width(), source.height()},
-                       reinterpret_cast<float *>(target.getData(0, 0)), target.bytesPerLine(),
-                       {0, 0, target.width(), target.height()}, angleDegrees, xShift, yShift, primitives::kCubic);
+    return {params.disto, params.ca, params.falloff};
 }
 
-/// Upright and square pictures: the profile's frame lies on its side, so they do too while they are warped. Uses
-/// @p source up.
-void RenderTurned(newLCP &lcp, KImage &source, KImage &target, const KVitreluxOne2One::Params &params)
+/// A profile describes a landscape frame. Upright and square pictures are corrected as if they were turned into it and
+/// back; what no model writes is black there, as after a turn into a cleared image.
+FloatWarp::Frame FrameOf(const KImage &image)
 {
-    const int width = source.width();
-    const int height = source.height();
-    KImage rotated(height, width, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-    Turn(source, rotated, 90.0, 0.0, width - 1);
-    source.FreeBitmap(); // its memory serves the result: new pages cost a preview more time than the warp
-    KImage result(height, width, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    lcp.Render(rotated, result, params.disto, params.ca, params.falloff, kInterpolated);
-    Turn(result, target, -90.0, width - 1, 0.0);
+    return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
+}
+
+/// The corrected picture of @p source in another form, band by band: float pixels of the result never need more than a
+/// band's memory, and are converted while they are in the caches.
+void CorrectInto(KImage &result, const newLCP &lcp, const KImage &source, FloatWarp::Switches switches)
+{
+    constexpr int kBandRows = 16;
+    const FloatWarp::Frame frame = FrameOf(source);
+    const auto unwritten =
+        frame == FloatWarp::Frame::Landscape ? FloatWarp::Unwritten::FromSource : FloatWarp::Unwritten::Cleared;
+    const FloatWarp warp(lcp, switches, frame, source);
+    KImage band;
+    for (int y = 0; y < source.height(); y += kBandRows) {
+        const int rows = qMin(kBandRows, source.height() - y);
+        band.AllocBitmap(source.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+        warp.Render(band, y, unwritten);
+        band.CropCopyTo(0, 0, source.width(), rows, result, 0, y);
+    }
 }
 
 } // namespace
 
+/// The profile to correct with now: of the record, at its scale. None where nothing is to be done, and where the record
+/// has none yet: it then gets one looked up, and the next run corrects.
+std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &params)
+{
+    if (params.lcpFilename.isEmpty()) {
+        QString message;
+        const QStringList profiles = GetLCPfilename(def, message);
+        if (!profiles.isEmpty())
+            params.lcpFilename = profiles.first();
+        return std::nullopt;
+    }
+    if (!params.disto && !params.ca && !params.falloff)
+        return std::nullopt;
+    bool ok = true; // not looked at: a profile that can't be read has no models, and nothing is corrected
+    newLCP lcp(params.lcpFilename, ok);
+    lcp.scale = params.scale;
+    return lcp;
+}
+
 void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *parameters)
 {
-    auto *params = static_cast<Params *>(parameters);
-    if (params->lcpFilename.isEmpty()) {
-        QString message;
-        const QStringList profiles = GetLCPfilename(item.first, message);
-        if (!profiles.isEmpty())
-            params->lcpFilename = profiles.first();
-        return; // the caller goes on with the image as it is; the next run corrects
-    }
-    bool ok = true; // not looked at: a profile that can't be read has no models, and nothing is corrected
-    newLCP lcp(params->lcpFilename, ok);
-    lcp.scale = params->scale;
-
-    if (!params->disto && !params->ca && !params->falloff)
+    auto &params = *static_cast<Params *>(parameters);
+    std::optional<newLCP> lcp = ProfileOf(item.first, params);
+    if (!lcp)
         return;
-
     KImage source; // the warp reads around the pixel that it writes
     item.second->Convert(source, GFL_RGBA, 32);
-    if (source.width() > source.height())
-        lcp.Render(source, *item.second, params->disto, params->ca, params->falloff, kInterpolated);
-    else
-        RenderTurned(lcp, source, *item.second, *params);
+    if (FrameOf(source) == FloatWarp::Frame::Landscape) {
+        lcp->Render(source, *item.second, params.disto, params.ca, params.falloff, kInterpolated);
+        return;
+    }
+    if (!FloatWarp::Serves(*item.second))
+        throw KException(QStringLiteral("Invalid Parameter"), KPlace());
+    FloatWarp(*lcp, SwitchesOf(params), FloatWarp::Frame::Turned, source)
+        .Render(*item.second, 0, FloatWarp::Unwritten::Cleared);
 }
 
 void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outputFileName)
@@ -103,21 +124,26 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
     outputFileName = CorrectedFileName(fileName);
     if (!def)
         ThrowNotLoaded(fileName);
-    KImage result;
+    auto &params = *static_cast<Params *>(parameters);
+    KImage source, result;
+    std::optional<newLCP> lcp;
     {
-        KImage work;
-        {
-            const FullSizeLock full(def);
-            if (!full.Image())
-                ThrowNotLoaded(fileName);
-            full.Image()->Convert(work, GFL_RGBA, 32);
-            Process(qMakePair(def, &work), parameters);
-        }
-        if (def->nDepth() > 16)
-            work.Convert(result, GFL_RGB, 32);
-        else
-            work.Convert(result, GFL_RGBA, def->nDepth());
+        const FullSizeLock full(def);
+        if (!full.Image())
+            ThrowNotLoaded(fileName);
+        full.Image()->Convert(source, GFL_RGBA, 32);
+        lcp = ProfileOf(def, params);
     }
+    const int depth = def->nDepth();
+    const unsigned short type = depth > 16 ? GFL_RGB : GFL_RGBA;
+    const int bits = depth > 16 ? 32 : depth;
+    if (lcp) {
+        result.AllocBitmap(source.width(), source.height(), type, bits, /*clear=*/false, nullptr, 0);
+        CorrectInto(result, *lcp, source, SwitchesOf(params));
+    } else {
+        source.Convert(result, type, bits);
+    }
+    source.FreeBitmap();
     constexpr int kDeflate = 3;
     result.Write(outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
 }

@@ -106,8 +106,13 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
         return;
     }
     const Conversion conversion(from, to);
-    ForRuns(*this, x, y, width, height, target, targetX, targetY,
-            [&](const void *src, void *dst, int pixels) { conversion.ConvertRun(src, dst, pixels); });
+    const auto convert = [&](const void *src, void *dst, int pixels) { conversion.ConvertRun(src, dst, pixels); };
+    // The first touch of a large target's pages takes longer than the conversion, and goes on all processors too.
+    constexpr qint64 kPixelsWorthThreads = 1 << 20;
+    const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
+#pragma omp parallel for schedule(static) num_threads(threads)
+    for (int row = 0; row < height; ++row)
+        ForRuns(*this, x, y + row, width, 1, target, targetX, targetY + row, convert);
 }
 
 void KImage::CopyTo(KImage &target, int x, int y) const

@@ -219,8 +219,8 @@ public:
     /// Factors, 1 changes nothing: towards black at 0, towards middle grey, towards the picture's own luma (Haeberli
     /// and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
-    /// Two-tone colouring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV) and gets the saturation and
-    /// hue between those of @p shadows at value 0 and of @p lights at 255, hue the shorter way round.
+    /// Two-tone colouring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
+    /// on the straight way across the colour wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
     void GetGrey(ImageSt &grey);
 

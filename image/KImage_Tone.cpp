@@ -12,6 +12,7 @@
 
 #include <array>
 #include <cmath>
+#include <complex>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -180,20 +181,19 @@ struct Tint {
     Ipp8u hue, saturation;
 };
 
-/// The tint of each value, between those of two colours. A colour without hue takes the other's.
+/// The tint of each value: the straight way between two points of the colour wheel, whose middle is grey.
 std::array<Tint, 256> TintTable(const QColor &shadows, const QColor &lights)
 {
-    double from = shadows.hsvHueF(), to = lights.hsvHueF();
-    from = from < 0 ? to : from;
-    to = to < 0 ? from : to;
-    const double turn = to - from - std::round(to - from); // the shorter way, in circles
+    const auto onWheel = [](const QColor &color) { // grey has no hue, but no saturation either
+        return std::polar(color.hsvSaturationF(), 2 * M_PI * color.hsvHueF());
+    };
+    const std::complex<double> from = onWheel(shadows), to = onWheel(lights);
     std::array<Tint, 256> table;
     for (int v = 0; v < 256; ++v) {
-        const double share = v / 255.0, hue = from + share * turn;
-        const double saturation =
-            shadows.hsvSaturationF() + share * (lights.hsvSaturationF() - shadows.hsvSaturationF());
-        table[static_cast<size_t>(v)] = {static_cast<Ipp8u>(std::lround(255 * (hue - std::floor(hue)))),
-                                         static_cast<Ipp8u>(std::lround(255 * saturation))};
+        const std::complex<double> point = from + v / 255.0 * (to - from);
+        const double hue = std::arg(point) / (2 * M_PI);
+        table[static_cast<size_t>(v)] = {static_cast<Ipp8u>(std::lround(255 * (hue < 0 ? hue + 1 : hue))),
+                                         static_cast<Ipp8u>(std::lround(255 * qMin(std::abs(point), 1.0)))};
     }
     return table;
 }

@@ -204,9 +204,10 @@ public:
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 
-    /// How HDR_Normalize brings t = (v - minimum) / (maximum - minimum) to 0 to 1. Drago: log(1 + v') / log(1 + max'),
-    /// v' and max' above the minimum (Drago et al. 2003, eq. 1). Reinhard: of the luminance L, scaled so that its
-    /// logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colours keep their ratios (Reinhard et al. 2002, eq. 4).
+    /// How HDR_Normalize brings t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 +
+    /// max'), v' and max' above the minimum (Drago et al. 2003, eq. 1). Reinhard: of the luminance L, scaled so that
+    /// its logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colours keep their ratios (Reinhard et al. 2002, eq.
+    /// 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
     /// Least and greatest colour sample of a float image, where alpha isn't 0 or everywhere; both 0 if there is none.
     /// What isn't finite doesn't count.
@@ -222,6 +223,7 @@ public:
     /// Two-tone colouring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
     /// on the straight way across the colour wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
+    /// The luma of each pixel, 0.299 R + 0.587 G + 0.114 B, in 0 to 1.
     void GetGrey(ImageSt &grey);
 
     // --- Filters (KImage_Filter.cpp) ---
@@ -229,18 +231,19 @@ public:
     /// Gaussian blur of all channels, edges repeated, in any form. @p sigma in pixels; 0 copies. Accuracy as told at
     /// primitives::GaussianBlur. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
-    /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius. Transparent
-    /// pixels stay, and don't bleed into others; neither does a value that isn't finite change. Y: luminance alone, in
-    /// PhotoYCC. Full: three passes of different radii, for reductions. @p target must not be this image.
+    /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
+    /// Transparent pixels stay, and don't bleed into others; a pixel whose result isn't finite stays too. Y: luminance
+    /// alone, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. @p target must
+    /// not be this image.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
 
-    // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp). Offsets are from the frame's middle
-    // ---
+    // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
-    /// Finds the image circle, in pixels; all 0 if there is none. Seeds qrand(). Cat-eye: for a circle cut by the
-    /// frame, whose radius is known to within a fifth (@p nominalRadius; 0: unknown).
+    /// Finds the image circle: radius and centre, in pixels from the frame's middle; all 0 if there is none. Seeds
+    /// qrand(). Cat-eye: for a circle cut by the frame, whose radius is known to within a fifth (@p nominalRadius; 0:
+    /// unknown).
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.

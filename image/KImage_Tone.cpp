@@ -250,7 +250,8 @@ void KImage::HDR_Normalize(float minimum, float maximum, int mode)
         KThrow(kInvalidParameter);
     constexpr float kLongest = std::numeric_limits<float>::max();
     const Range range = {minimum, qMin(maximum - minimum, kLongest)};
-    if (range.length > 0) {
+    constexpr float kShortest = 1e-30f; // of a range that is not flat, so that no scale overflows
+    if (range.length > kShortest) {
         kNormalizers[mode](*this, range);
     } else {
         ForFloatPixels(*this, [](float *pixel, int colors) { std::fill_n(pixel, colors, 0.0f); });

@@ -94,7 +94,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (bitmap) {
         Check(*bitmap);
         TryMetadata(bitmap);
-        TrySaving(*bitmap, (options & 8) != 0 ? "tiff" : "jpeg");
+        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // that carry metadata
+        TrySaving(*bitmap, kFormats[(options >> 3) & 3]);
         TryThumbnail(data, size, params);
     }
     gflFreeBitmap(bitmap);

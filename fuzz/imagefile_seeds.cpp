@@ -48,6 +48,22 @@ void WriteSeed(const std::string &folder, const char *name, const Codec &codec, 
     }
 }
 
+// The same file with another byte, by which the layer reads what it doesn't write.
+void WriteVariant(const std::string &folder, const char *from, const char *to, long at, int byte)
+{
+    std::vector<char> bytes(1 << 20);
+    std::FILE *file = std::fopen((folder + '/' + from).c_str(), "rb");
+    bytes.resize(file ? std::fread(bytes.data(), 1, bytes.size(), file) : 0);
+    if (file)
+        std::fclose(file);
+    if ((file = std::fopen((folder + '/' + to).c_str(), "wb")) == nullptr)
+        return;
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fseek(file, at, SEEK_SET);
+    std::fputc(byte, file);
+    std::fclose(file);
+}
+
 // What the layer reads but doesn't write.
 void WriteForeignTiff(const std::string &folder, const char *name, int photometric, int bits, int samples,
                       int compression, int tile, int planar)
@@ -117,6 +133,20 @@ int main(int argc, char **argv)
         WriteSeed(folder, ("method" + std::to_string(method) + ".exr").c_str(), ExrCodec(), {16, method % 2 ? 4 : 3},
                   options);
     }
+    options.compression = GFL_COMPRESSION_DEFAULT;
+    WriteSeed(folder, "metadata.png", PngCodec(), {8, 3}, options);
+    WriteSeed(folder, "metadata.psd", PsdCodec(), {8, 4}, options);
+    WriteSeed(folder, "packed.hdr", HdrCodec(), {32, 3}, options);
+    options.metadata = nullptr;
+    WriteSeed(folder, "grey16.png", PngCodec(), {16, 1}, options);
+    WriteSeed(folder, "packed.psd", PsdCodec(), {16, 3}, options);
+    options.compression = 0;
+    WriteSeed(folder, "float.psd", PsdCodec(), {32, 1}, options);
+    WriteSeed(folder, "plain.hdr", HdrCodec(), {32, 3}, options);
+    constexpr long kInterlaceAt = 28, kModeAt = 25; // of PNG; of PSD, where 4 is CMYK and 9 Lab
+    WriteVariant(folder, "metadata.png", "interlaced.png", kInterlaceAt, 1);
+    WriteVariant(folder, "metadata.psd", "cmyk.psd", kModeAt, 4);
+    WriteVariant(folder, "packed.psd", "lab.psd", kModeAt, 9);
     constexpr int kContig = PLANARCONFIG_CONTIG, kPlanes = PLANARCONFIG_SEPARATE;
     WriteForeignTiff(folder, "tiles.tif", PHOTOMETRIC_RGB, 8, 4, COMPRESSION_PACKBITS, 16, kContig);
     WriteForeignTiff(folder, "planes.tif", PHOTOMETRIC_RGB, 16, 3, COMPRESSION_ADOBE_DEFLATE, 0, kPlanes);

@@ -7,6 +7,13 @@
 
 namespace imagefile {
 
+/// A big-endian number of four bytes.
+inline std::uint32_t BigEndian32(const std::uint8_t *p)
+{
+    return static_cast<std::uint32_t>(p[0]) << 24 | static_cast<std::uint32_t>(p[1]) << 16
+        | static_cast<std::uint32_t>(p[2]) << 8 | p[3];
+}
+
 /// Reads on from a position, by pieces. A read behind the end fails, and so does every one after it: callers may read
 /// several values and ask once.
 class ByteReader {

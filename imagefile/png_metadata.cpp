@@ -1,5 +1,6 @@
 #include "png_metadata.h"
 
+#include "byte_reader.h"
 #include "image_limits.h"
 #include "photoshop_resources.h"
 
@@ -150,7 +151,7 @@ Metadata ReadPngMetadata(const Source &source)
     std::uint8_t head[8]; // length and name
     std::uint64_t at = sizeof kSignature;
     for (std::size_t i = 0; i < kMaxChunks && source.ReadAt(at, head, sizeof head) == sizeof head; ++i) {
-        const std::uint32_t length = static_cast<std::uint32_t>(head[0]) << 24 | head[1] << 16 | head[2] << 8 | head[3];
+        const std::uint32_t length = BigEndian32(head);
         const std::string name(head + 4, head + 8);
         if (name == "IEND" || source.Size() - at < sizeof head + length)
             break;

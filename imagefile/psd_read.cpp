@@ -98,7 +98,7 @@ template <class T> T Load(const std::uint8_t *p)
     } else if constexpr (sizeof(T) == 2) {
         return static_cast<T>(p[0] << 8 | p[1]);
     } else {
-        const std::uint32_t bits = static_cast<std::uint32_t>(p[0]) << 24 | p[1] << 16 | p[2] << 8 | p[3];
+        const std::uint32_t bits = BigEndian32(p);
         T value;
         std::memcpy(&value, &bits, sizeof value);
         return value;

@@ -124,6 +124,9 @@ public:
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
+    /// Changes form or colours of an image of 8 bits in place; @p mode is a GflColorDepth, which tells what @p parameters
+    /// is for. A wrapped block stays as it was: the image then has pixels of its own.
+    void Convert(unsigned short mode, unsigned short parameters);
     /// Turns a compression number into the layer's fields; @p format in lower case. -1 leaves the layer's defaults.
     ///
     ///   | format    | number                                                          |

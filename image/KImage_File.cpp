@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -260,6 +261,18 @@ void KImage::Output_PNG_A(QString fileName) const
     KImage alpha;
     ExtractAlpha(alpha, 8);
     alpha.Write(fileName, QStringLiteral("png"), -1, QString());
+}
+
+void KImage::Convert(unsigned short mode, unsigned short parameters)
+{
+    if (!m_bitmap || m_bitmap->BitsPerComponent != 8)
+        KThrow(kInvalidBitmap);
+    if (!m_ownsData) { // the layer may give the pixels up for others
+        KImage own(*this);
+        std::swap(m_bitmap, own.m_bitmap);
+        std::swap(m_ownsData, own.m_ownsData);
+    }
+    CheckIfGFLError(gflChangeColorDepth(m_bitmap, nullptr, mode, parameters), QString(), QStringLiteral("Convert"));
 }
 
 void KImage::TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params)

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void readsWhatItWroteIntoMemory();
     void cacheFilesKeepTheForm();
     void dumps();
+    void fewerColours();
     void readsReduced();
     void extensions();
     void readForcesTheForm();
@@ -241,6 +242,21 @@ void tst_KImageFile::dumps()
     QVERIFY(HasSamePixels(rgba, image) && HasSamePixels(rgb, ramp));
     QCOMPARE(int(alpha.type()), int(GFL_GREY));
     QCOMPARE(int(*alpha.getData(4, 2)), 77);
+}
+
+void tst_KImageFile::fewerColours()
+{
+    quint8 pixels[] = {200, 100, 50, 0, 0, 0, 255, 255, 255, 7, 7, 7};
+    const QByteArray before(reinterpret_cast<char *>(pixels), sizeof pixels);
+    KImage image(4, 1, GFL_RGB, 8, false, pixels, 12);
+    image.Convert(GFL_DEPTH_BLACK_AND_WHITE, 124); // the luma of the first pixel
+    QCOMPARE(int(image.type()), int(GFL_GREY));
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(image.getData(0, 0)), 4), QByteArray("\xFF\0\xFF\0", 4));
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(pixels), sizeof pixels), before);
+    QCOMPARE(Thrown([&] { image.Convert(99, 0); }), QStringLiteral("Error GFL : \"GFL_ERROR_BAD_PARAMETERS\""));
+    KImage deep(4, 1, GFL_RGB, 16, true, nullptr, 0), empty;
+    for (KImage *bad : {&deep, &empty})
+        QCOMPARE(Thrown([&] { bad->Convert(GFL_DEPTH_GREY, 0); }), QStringLiteral("Invalid Bitmap"));
 }
 
 void tst_KImageFile::readsReduced()

@@ -84,7 +84,7 @@ typename ImageCache<Image, Loader>::Item *ImageCache<Image, Loader>::FindOrMake(
 {
     Item *item = Find(def);
     if (!item) {
-        item = new Item(def, this);
+        item = new Item(def);
         m_items.insert(def->m_id, item);
     } else if (!item->m_def) {
         item->Adopt(def);

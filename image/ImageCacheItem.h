@@ -32,11 +32,7 @@ public:
         bool isFreeable = false; // one of them isn't locked
     };
 
-    ImageCacheItem(ImageDef *def, Cache *cache)
-    {
-        pImageDefCache = cache;
-        Adopt(def);
-    }
+    explicit ImageCacheItem(ImageDef *def) { Adopt(def); }
     /// Frees all versions, with their disk copies, and the description if it still lives.
     ~ImageCacheItem()
     {
@@ -95,7 +91,7 @@ public:
     /// The name of the version's disk copy; one that has none gets one. Throws if no temporary folder has room.
     QString fullCacheName(Version *version);
 
-    /// The cache whose count stamps the versions.
+    /// The cache whose count stamps the versions: the process's.
     static inline Cache *pImageDefCache = nullptr;
 
     QPointer<ImageDef> m_def;

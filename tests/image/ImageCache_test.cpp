@@ -115,13 +115,9 @@ void tst_ImageCache::eviction()
 
 void tst_ImageCache::sizesInBytes()
 {
-    const auto size = [](int width, int height, int depth) {
-        ImageVersion<KImage> version(width, height, depth, 0);
-        return KImageLoader::memSize(&version);
-    };
-    QCOMPARE(size(1000, 1000, 8), qint64(4000000));
-    QCOMPARE(size(1000, 1000, 32), qint64(16000000));
-    QCOMPARE(size(100000, 50000, 16), qint64(40000000000));
+    ImageVersion<KImage> small(1000, 1000, 32, 0), large(100000, 50000, 16, 0);
+    QCOMPARE(KImageLoader::memSize(&small), qint64(16000000));
+    QCOMPARE(KImageLoader::memSize(&large), qint64(40000000000));
 }
 
 void tst_ImageCache::smallerFromBigger()
@@ -130,11 +126,8 @@ void tst_ImageCache::smallerFromBigger()
     ImageDef *const image = Picture(path);
     QVERIFY(!image->IsCached(50, 40, true));
     QCOMPARE(image->Lock(50, 40, true)->width(), 50);
-    const auto &versions = ItemOf(image)->m_versions;
-    QCOMPARE(versions.size(), 2);
-    QCOMPARE(versions[0]->m_width, 100);
-    QCOMPARE(versions[0]->m_lockCount, 0); // kept, and may go
-    QCOMPARE(versions[1]->m_lockCount, 1);
+    const auto &versions = ItemOf(image)->m_versions; // the full one is kept, and may go
+    QVERIFY(versions.size() == 2 && versions[0]->m_width == 100 && versions[0]->m_lockCount == 0);
 
     WriteFile(path, "no picture"); // from here on whatever reads the file fails
     QCOMPARE(image->Lock(30, 20, false)->height(), 20);
@@ -156,7 +149,6 @@ void tst_ImageCache::whereVersionsComeBackFrom_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("bits");
     QTest::addColumn<bool>("hasCopies");
-    QTest::newRow("8 bits") << QStringLiteral("a.png") << 8 << false;
     QTest::newRow("16 bits") << QStringLiteral("b.png") << 16 << false;
     QTest::newRow("raw of 8 bits") << QStringLiteral("c.NEF") << 8 << false;
     QTest::newRow("raw of 16 bits") << QStringLiteral("d.nef") << 16 << true;
@@ -225,14 +217,12 @@ void tst_ImageCache::lentPixelsOutliveTheirImage()
     const KImage *const lent = Picture(path)->LockFullSize(true);
     const QByteArray before = PackedPixels(*lent->m_bitmap);
     ImageDef::Delete(path);
-    QVERIFY(!ImageDef::Find(path));
     QCOMPARE(PackedPixels(*lent->m_bitmap), before);
 
-    // An image that was never put there, and one destroyed by its owner: the next of that path takes the place.
+    // One destroyed by its owner: the next of that path takes the place.
     ImageDef *image = nullptr;
     QVERIFY(ImageDef::CreateAPicture(path, image, false));
     image->LockFullSize(true);
-    QCOMPARE(ImageDef::Find(path), image);
     delete image;
     QVERIFY(!ImageDef::Find(path));
     QCOMPARE(Picture(path)->LockFullSize(true)->width(), 64);
@@ -241,32 +231,24 @@ void tst_ImageCache::lentPixelsOutliveTheirImage()
 
 void tst_ImageCache::startOnAHost()
 {
-    KImageCache *const own = KImage::ms_instances.cache;
-    KImage::init(nullptr); // a second time
-    QCOMPARE(KImage::ms_instances.cache, own);
+    KImage::init(nullptr); // a second time: nothing happens
     Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);
     KImage::exit();
     QVERIFY(!KImageCache::ms_instance);
     QVERIFY(QDir(Temporary()).isEmpty()); // not even the folder is left
 
-    KTools::init(nullptr);
-    ImageDatas settings;
-    KImageInstances host = {&KTools::ms_instances, nullptr, &settings};
-    KImage::init(&host);
-    QCOMPARE(ImageDatas::settings, &settings);
-    QVERIFY(KImage::ms_instances.cache);
-    KImage::exit();
-    QVERIFY(!KImageCache::ms_instance);
-
     KImageCache shared;
-    host.cache = &shared;
-    KTools::init(nullptr);
-    KImage::init(&host);
-    QCOMPARE(&Cache(), &shared);
-    ImageDef *const image = Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6));
-    QCOMPARE(shared.m_items.value(image->m_id)->m_def.data(), image);
-    KImage::exit();
-    QCOMPARE(KImageCache::ms_instance, &shared); // the host's, with what is in it
+    ImageDatas settings;
+    for (KImageCache *cache : {static_cast<KImageCache *>(nullptr), &shared}) {
+        KTools::init(nullptr);
+        KImageInstances host = {&KTools::ms_instances, cache, &settings};
+        KImage::init(&host);
+        QVERIFY(ImageDatas::settings == &settings && KImage::ms_instances.cache == &Cache());
+        QVERIFY(Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6)));
+        KImage::exit();
+        QCOMPARE(KImageCache::ms_instance, cache); // the host's, with what is in it, or none
+    }
+    QCOMPARE(shared.m_items.size(), 1);
     KImageCache::SetInstance(nullptr);
     ImageDatas::settings = nullptr;
     KImage::init(nullptr);

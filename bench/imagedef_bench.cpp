@@ -1,0 +1,151 @@
+// Describing pictures of 24 megapixels, locks of the image cache, and the memory of a walk over many pictures.
+#include "CopyRatio.h"
+#include "ImageDatas.h"
+#include "KImageLoader.h"
+#include "PeakMemory.h"
+
+#include <QGuiApplication>
+#include <QTemporaryDir>
+
+#include <random>
+
+namespace {
+
+constexpr int kWidth = 6000, kHeight = 4000;
+constexpr double kMiB = 1 << 20;
+
+/// JPEGs of 24 megapixels under many names: one file and links to it.
+class Photos {
+public:
+    /// @p metadataSource gives EXIF, with the small picture in it, and profile; empty: none.
+    explicit Photos(const QString &metadataSource)
+    {
+        KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
+        std::minstd_rand random(1); // slow changes with noise of some steps, as a photograph
+        for (int y = 0; y < kHeight; ++y) {
+            for (int i = 0; i < 3 * kWidth; ++i)
+                photo.getData(0, y)[i] = static_cast<unsigned char>(40 + (i + 3 * y) / 200 + int(random() % 5));
+        }
+        constexpr int kQuality = 10;
+        photo.Write(Path(0), QStringLiteral("jpeg"), kQuality, metadataSource);
+    }
+    QString Path(int number)
+    {
+        const QString path = m_dir.filePath(QStringLiteral("%1.jpg").arg(number));
+        if (number > 0)
+            QFile::link(m_dir.filePath(QStringLiteral("0.jpg")), path);
+        return path;
+    }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+const QString kSample = QStringLiteral(VITRELUX_SAMPLE);
+
+/// Seconds of processor time a picture, the shortest: to be at most 3 ms without thumbnails and 10 ms with those that
+/// the file holds.
+void BM_Describe(benchmark::State &state, const QString &metadataSource, bool withThumbnail)
+{
+    Photos photos(metadataSource);
+    double best = 1e9;
+    for (auto _ : state) {
+        const double start = ThreadSeconds();
+        ImageDef *image = nullptr;
+        if (!ImageDef::CreateAPicture(photos.Path(0), image, withThumbnail))
+            state.SkipWithError("not described");
+        const double taken = ThreadSeconds() - start;
+        delete image;
+        best = std::min(best, taken);
+        state.SetIterationTime(taken);
+    }
+    state.counters["best_ms"] = best * 1e3;
+}
+BENCHMARK_CAPTURE(BM_Describe, plain, kSample, false)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(50);
+BENCHMARK_CAPTURE(BM_Describe, embedded_thumbnail, kSample, true)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(50);
+BENCHMARK_CAPTURE(BM_Describe, decoded_thumbnail, QString(), true)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+
+/// A lock and its unlock of a version in memory, among the items of a thousand images.
+void BM_LockInMemory(benchmark::State &state)
+{
+    Photos photos{QString()};
+    for (int i = 0; i < 1000; ++i) {
+        ImageDef *image = nullptr;
+        ImageDef::IsAPicture(photos.Path(i), image, /*withThumbnail=*/false);
+    }
+    ImageDef *const image = ImageDef::Find(photos.Path(0));
+    image->LockFullSize(true);
+    for (auto _ : state) {
+        image->LockFullSize(true);
+        image->UnlockFullSize(true);
+    }
+    image->UnlockFullSize(true);
+    for (int i = 0; i < 1000; ++i)
+        ImageDef::Delete(photos.Path(i));
+}
+BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
+
+/// ratio: a version of 1024 pixels made from the full one in memory, to its resizing alone. bytes: read from files.
+void BM_SmallerVersion(benchmark::State &state)
+{
+    Photos photos{QString()};
+    ImageDef *image = nullptr;
+    ImageDef::IsAPicture(photos.Path(0), image, /*withThumbnail=*/false);
+    KImage *const full = image->LockFullSize(true);
+    double bestLock = 1e9, bestResize = 1e9;
+    std::int64_t bytes = 0;
+    int width = 1024;
+    for (auto _ : state) {
+        const std::int64_t before = ProcessNumber("io", "rchar:");
+        const double start = ThreadSeconds();
+        image->Lock(width, 683, true);
+        const double locked = ThreadSeconds();
+        KImage alone;
+        full->Resize(alone, width, 683);
+        bestResize = std::min(bestResize, ThreadSeconds() - locked);
+        bestLock = std::min(bestLock, locked - start);
+        bytes = ProcessNumber("io", "rchar:") - before;
+        image->Unlock(width++, 683, true); // the next is another version
+    }
+    state.counters["ratio"] = bestLock / bestResize;
+    state.counters["bytes"] = static_cast<double>(bytes);
+    ImageDef::Delete(image);
+}
+BENCHMARK(BM_SmallerVersion)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+/// peak_MiB: memory of a walk over a hundred pictures under the limit of 256 Mo; to be under that and one picture more.
+void BM_Walk(benchmark::State &state)
+{
+    Photos photos{QString()};
+    for (auto _ : state) {
+        const std::int64_t peak = PeakBytes([&] {
+            for (int i = 0; i < 100; ++i) {
+                ImageDef *image = nullptr;
+                ImageDef::IsAPicture(photos.Path(i), image, /*withThumbnail=*/false);
+                image->LockFullSize(true);
+                image->UnlockFullSize(true);
+            }
+        });
+        state.counters["peak_MiB"] = static_cast<double>(peak) / kMiB;
+        state.counters["picture_MiB"] = kWidth * kHeight * 3.0 / kMiB;
+    }
+}
+BENCHMARK(BM_Walk)->Unit(benchmark::kSecond)->Iterations(1);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    KImage::init(nullptr);
+    benchmark::RunSpecifiedBenchmarks();
+    KImage::exit();
+}

@@ -63,8 +63,9 @@ public:
 
     QHash<QString, Item *> m_items; // owned
     QMutex m_mutex;
-    std::atomic<qint64> m_accessCount{0}; // the clock of the cache; items read it without the mutex
-    int m_maxMemoryMo = 256;              // megabytes of 2^20 bytes; a host may set it: KSystemInfo::maxCacheSize()
+    std::atomic<qint64> m_accessCount{0};   // the clock of the cache; items read it without the mutex
+    std::atomic<qint64> m_bytesInMemory{0}; // the sum of the items' memUsed()
+    int m_maxMemoryMo = 256;                // megabytes of 2^20 bytes; a host may set it: KSystemInfo::maxCacheSize()
 
 private:
     QVector<Image *> m_lentOfDeleted; // owned
@@ -94,21 +95,20 @@ typename ImageCache<Image, Loader>::Item *ImageCache<Image, Loader>::FindOrMake(
 
 template <typename Image, typename Loader> void ImageCache<Image, Loader>::AdjustCacheMemory_unlocked()
 {
+    const qint64 limitBytes = static_cast<qint64>(m_maxMemoryMo) << 20;
+    qint64 totalBytes = m_bytesInMemory;
+    if (totalBytes <= limitBytes)
+        return;
     struct Candidate {
         Item *item;
         qint64 bytes, newest;
     };
-    const qint64 limitBytes = static_cast<qint64>(m_maxMemoryMo) << 20;
-    qint64 totalBytes = 0;
     std::vector<Candidate> candidates;
     for (Item *item : qAsConst(m_items)) {
         const auto usage = item->TryUsage();
-        totalBytes += usage.bytes;
         if (usage.isFreeable && usage.newest < m_accessCount) // the image that was asked for last is safe
             candidates.push_back({item, usage.bytes, usage.newest});
     }
-    if (totalBytes <= limitBytes)
-        return;
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const Candidate &a, const Candidate &b) { return a.newest < b.newest; });
     for (const Candidate &candidate : candidates) {

@@ -105,16 +105,38 @@ private:
         const auto found = std::find_if(m_versions.cbegin(), m_versions.cend(), test);
         return found == m_versions.cend() ? nullptr : *found;
     }
+    /// Brings the cache's sum up to date at the end of a scope, also of one that throws.
+    class Counting {
+    public:
+        explicit Counting(ImageCacheItem *item) : m_item(item) { }
+        ~Counting() { m_item->Count_unlocked(); }
+        Counting(const Counting &) = delete;
+        Counting &operator=(const Counting &) = delete;
+
+    private:
+        ImageCacheItem *m_item;
+    };
+
+    void Count_unlocked()
+    {
+        const qint64 bytes = Usage_unlocked().bytes;
+        if (bytes != m_countedBytes)
+            pImageDefCache->m_bytesInMemory += bytes - m_countedBytes;
+        m_countedBytes = bytes;
+    }
     Usage Usage_unlocked() const;
     void Release_unlocked();
     /// Frees what isn't lent; what is lent goes out of use.
     void Forget_unlocked();
+
+    qint64 m_countedBytes = 0; // what the cache's sum has of this item
 };
 
 template <typename Image, typename Loader>
 Image *ImageCacheItem<Image, Loader>::Lock(int width, int height, bool nativeDepth)
 {
     const CacheLocker locker(m_mutex);
+    const Counting counting(this);
     const int depth = nativeDepth ? m_def->nDepth() : 8;
     const qint64 stamp = pImageDefCache->m_accessCount;
     if (Version *version = Find_unlocked(width, height, depth)) {
@@ -159,6 +181,7 @@ template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::A
 
 template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Forget_unlocked()
 {
+    const Counting counting(this);
     const auto forgotten = std::stable_partition(m_versions.begin(), m_versions.end(),
                                                  [](const Version *version) { return version->m_lockCount > 0; });
     qDeleteAll(forgotten, m_versions.end());
@@ -232,6 +255,7 @@ typename ImageCacheItem<Image, Loader>::Usage ImageCacheItem<Image, Loader>::Usa
 
 template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::Release_unlocked()
 {
+    const Counting counting(this);
     for (Version *version : qAsConst(m_versions)) {
         if (!version->IsFreeable())
             continue;

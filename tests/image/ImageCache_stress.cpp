@@ -181,6 +181,7 @@ void tst_ImageCacheStress::randomVersions()
         thread.join();
     QCOMPARE(faults.load(), 0);
 
+    qint64 sum = 0;
     int copies = 0;
     for (KImageCache::Item *item : cache.m_items) {
         qint64 bytes = 0;
@@ -190,7 +191,9 @@ void tst_ImageCacheStress::randomVersions()
             copies += !version->m_cacheName.isEmpty();
         }
         QCOMPARE(item->memUsed(), bytes);
+        sum += bytes;
     }
+    QCOMPARE(cache.m_bytesInMemory.load(), sum);
     QDirIterator files(m_dir.path(), QDir::Files, QDirIterator::Subdirectories);
     for (; files.hasNext(); files.next())
         --copies;

@@ -16,8 +16,9 @@ namespace {
 constexpr std::size_t kMaxChunks = 100000; // animations have some thousand
 constexpr std::size_t kChunkFrame = 12;    // length, name, checksum
 
-// Unpacks a zlib stream of at most kMaxMetadataBytes; empty when it is damaged or larger.
-Bytes Inflate(const std::uint8_t *data, std::size_t size)
+// Unpacks a zlib stream of at most @p budget bytes, which it uses up; empty when it is damaged or larger. All chunks of
+// a file share one budget, so that many of them can't keep us for long.
+Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
 {
     Bytes out;
     z_stream stream = {};
@@ -27,13 +28,14 @@ Bytes Inflate(const std::uint8_t *data, std::size_t size)
         return out;
     int result = Z_OK;
     std::uint8_t piece[16384];
-    while (result == Z_OK && out.size() <= kMaxMetadataBytes) {
+    while (result == Z_OK && out.size() < *budget) {
         stream.next_out = piece;
         stream.avail_out = sizeof piece;
         result = inflate(&stream, Z_NO_FLUSH);
         out.insert(out.end(), piece, stream.next_out);
     }
     inflateEnd(&stream);
+    *budget -= std::min(*budget, out.size());
     return result == Z_STREAM_END ? out : Bytes();
 }
 
@@ -96,38 +98,38 @@ std::size_t TextEnd(const Bytes &chunk, std::size_t at)
 }
 
 // The rest of a chunk behind @p at, unpacked if need be.
-Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked)
+Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked, std::size_t *budget)
 {
     if (at >= chunk.size())
         return Bytes();
-    return isPacked ? Inflate(chunk.data() + at, chunk.size() - at)
+    return isPacked ? Inflate(chunk.data() + at, chunk.size() - at, budget)
                     : Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
 }
 
 // PNG specification, 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
-Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd)
+Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd, std::size_t *budget)
 {
     const std::size_t flag = keyEnd + 1;
     if (chunk.size() < flag + 2)
         return Bytes();
     const std::size_t translated = TextEnd(chunk, flag + 2) + 1;
-    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
+    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0, budget);
 }
 
-void TakeChunk(const std::string &name, const Bytes &chunk, Metadata *metadata)
+void TakeChunk(const std::string &name, const Bytes &chunk, std::size_t *budget, Metadata *metadata)
 {
     const std::size_t keyEnd = TextEnd(chunk, 0);
     const std::string key(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(keyEnd));
     if (name == "eXIf")
         DecodeExif(chunk, metadata);
     else if (name == "iCCP")
-        metadata->icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true);
+        metadata->icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget);
     else if (name == "tEXt")
-        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false), metadata);
+        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false, budget), metadata);
     else if (name == "zTXt")
-        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true), metadata);
+        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget), metadata);
     else
-        TakeText(key, InternationalText(chunk, keyEnd), metadata);
+        TakeText(key, InternationalText(chunk, keyEnd, budget), metadata);
 }
 
 bool IsMetadataChunk(const std::string &name)
@@ -148,6 +150,7 @@ bool IsPng(const Source &source)
 Metadata ReadPngMetadata(const Source &source)
 {
     Metadata metadata;
+    std::size_t budget = kMaxMetadataBytes;
     std::uint8_t head[8]; // length and name
     std::uint64_t at = sizeof kSignature;
     for (std::size_t i = 0; i < kMaxChunks && source.ReadAt(at, head, sizeof head) == sizeof head; ++i) {
@@ -158,7 +161,7 @@ Metadata ReadPngMetadata(const Source &source)
         if (IsMetadataChunk(name) && length <= kMaxMetadataBytes) {
             Bytes chunk(length);
             if (source.ReadAt(at + sizeof head, chunk.data(), length) == length)
-                TakeChunk(name, chunk, &metadata);
+                TakeChunk(name, chunk, &budget, &metadata);
         }
         at += length + kChunkFrame;
     }

@@ -6,10 +6,6 @@
 #include <QPointF>
 #include <QtTest>
 
-#include <functional>
-
-Q_DECLARE_METATYPE(std::function<void(KImage &)>)
-
 namespace {
 
 /// A frame of an equidistant lens of 180 degrees, grey with bright spots in known directions, in degrees.
@@ -68,8 +64,6 @@ private Q_SLOTS:
     void sphere_data();
     void sphere();
     void cleans();
-    void guards_data();
-    void guards();
     void paintsAndBends();
 };
 
@@ -176,46 +170,6 @@ void tst_Fisheye::cleans()
             QCOMPARE(frame.Sample(x, y, 0), isOutside ? 0.0 : noise.Sample(x, y, 0));
         }
     }
-}
-
-void tst_Fisheye::guards_data()
-{
-    using Call = std::function<void(KImage &)>;
-    QTest::addColumn<bool>("isEmpty");
-    QTest::addColumn<Call>("call");
-    static double s_number;
-    static KImage s_target;
-    const Call all[] = {[](KImage &i) { i.GetFisheyeRadiusOffset(s_number, s_number, s_number); },
-                        [](KImage &i) { i.CleanFisheyeData(1, 0, 0); },
-                        [](KImage &i) { i.CircularFiskeyeToSpherical(10, 180, s_target); },
-                        [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, s_target); },
-                        [](KImage &i) { i.PutPoint(1, 1, 1, 0); },
-                        [](KImage &i) { i.Optical(0, 0, 0, 0, 0, 0); },
-                        [](KImage &i) { i.Optical2(0, 0, 0, 'R', 1, 0); }};
-    for (size_t i = 0; i < std::size(all); ++i)
-        QTest::addRow("empty, %zu", i) << true << all[i];
-    QTest::newRow("no circle to project") << true << all[2]; // as good as empty
-    const auto bad = [](const char *name, Call call) { QTest::newRow(name) << false << call; };
-    bad("radius 0", [](KImage &i) { i.CleanFisheyeData(0, 0, 0); });
-    bad("nominal radius below 0", [](KImage &i) { i.GetCateyeRadiusOffset(s_number, s_number, s_number, -1); });
-    bad("sphere of one column", [](KImage &i) { i.CircularCateyeToSpherical(1, 1, 0, 0, s_target); });
-    bad("sphere into itself", [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, i); });
-    bad("angle of 0", [](KImage &i) { i.CircularFiskeyeToSpherical(10, 0, s_target); });
-    bad("point nowhere", [](KImage &i) { i.PutPoint(NAN, 0, 1, 0); });
-    bad("bend without end", [](KImage &i) { i.Optical(INFINITY, 0, 0, 0, 0, 0); });
-    bad("alpha of RGB", [](KImage &i) { i.Optical2(0, 0, 0, 'A', 1, 0); });
-    bad("no channel", [](KImage &i) { i.Optical2(0, 0, 0, '\0', 1, 0); });
-}
-
-void tst_Fisheye::guards()
-{
-    QFETCH(bool, isEmpty);
-    QFETCH(std::function<void(KImage &)>, call);
-    KImage image;
-    if (!isEmpty)
-        image.AllocBitmap(40, 40, GFL_RGB, 8, true, nullptr, 0);
-    QCOMPARE(Thrown([&] { call(image); }),
-             isEmpty ? QStringLiteral("Invalid Bitmap") : QStringLiteral("Invalid Parameter"));
 }
 
 void tst_Fisheye::paintsAndBends()

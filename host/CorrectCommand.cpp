@@ -84,8 +84,7 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
     CheckPicture(planned);
 
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, m_profile.path}));
-    RunPicture(m_process, record, planned, m_options.existing, m_guard);
-    m_application->ImageOf(planned.picture)->ReleaseFromMemory(); // no picture is needed twice
+    RunPicture(m_application, m_process, record, planned, m_options.existing, m_guard);
     return Outcome::Corrected;
 }
 

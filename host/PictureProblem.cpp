@@ -2,29 +2,34 @@
 
 #include "gfl.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 
 namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(PictureProblem)
+};
 
 /// What can be said of a file without opening it as a picture; empty: nothing against it.
 QString FileProblem(const QString &path)
 {
     const QFileInfo info(path);
     if (!info.exists()) {
-        return info.isSymLink()                          ? QStringLiteral("is a link to a file that does not exist")
-            : path.contains(QChar::ReplacementCharacter) ? QStringLiteral("no such file; names are expected in UTF-8")
-                                                         : QStringLiteral("no such file");
+        return info.isSymLink()                          ? Text::tr("is a link to a file that does not exist")
+            : path.contains(QChar::ReplacementCharacter) ? Text::tr("no such file; names are expected in UTF-8")
+                                                         : Text::tr("no such file");
     }
     if (info.isDir())
-        return QStringLiteral("is a folder, expected a picture file");
+        return Text::tr("is a folder, expected a picture file");
     if (!info.isFile())
-        return QStringLiteral("is not a regular file, expected a picture file");
+        return Text::tr("is not a regular file, expected a picture file");
     if (info.size() == 0)
-        return QStringLiteral("is empty (0 bytes), expected a picture file");
+        return Text::tr("is empty (0 bytes), expected a picture file");
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot be read: %1").arg(file.errorString());
+        return Text::tr("cannot be read: %1").arg(file.errorString());
     return QString();
 }
 
@@ -61,15 +66,14 @@ QString RefusalReason(const QString &path)
     if (!unread.isEmpty())
         return unread;
     if (channels == 1)
-        return QStringLiteral("gray pictures are not supported");
+        return Text::tr("gray pictures are not supported");
     if (colours == GFL_CM_CMYK || colours == GFL_CM_LAB)
-        return QStringLiteral("%1 pictures are not supported")
-            .arg(QLatin1String(colours == GFL_CM_LAB ? "Lab" : "CMYK"));
+        return Text::tr("%1 pictures are not supported").arg(QLatin1String(colours == GFL_CM_LAB ? "Lab" : "CMYK"));
     if (channels != 3 && channels != 4)
-        return QStringLiteral("pictures of %1 channels are not supported").arg(channels);
+        return Text::tr("pictures of %1 channels are not supported").arg(channels);
     if (description.contains(QLatin1String("tiled")))
-        return QStringLiteral("tiled TIFF files are not supported");
-    return QStringLiteral("is not described as a picture: a companion file, or damaged");
+        return Text::tr("tiled TIFF files are not supported");
+    return Text::tr("is not described as a picture: a companion file, or damaged");
 }
 
 QString WithoutFileName(const QString &text, const QString &path)

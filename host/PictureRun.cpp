@@ -1,5 +1,6 @@
 #include "PictureRun.h"
 
+#include "HostApplication.h"
 #include "KException.h"
 #include "PictureProblem.h"
 #include "WorkFolder.h"
@@ -8,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 #include <exception>
 #include <new>
@@ -60,13 +62,15 @@ bool IsThere(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
-void RunPicture(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
-                ExistingOutput existing, InterruptGuard *guard)
+void RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
+                const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard)
 {
     WorkFolder folder(planned.outputFolder, guard);
+    const QString admitted = folder.Admit(planned.picture);
+    const auto release = qScopeGuard([&] { application->ImageOf(admitted)->ReleaseFromMemory(); });
     QString result;
     try {
-        process->Process(folder.Admit(planned.picture), record.Get(), result);
+        process->Process(admitted, record.Get(), result);
     } catch (const KException &e) {
         throw KException(WithoutFileName(folder.WithKnownNames(WithReason(e.what())), planned.picture), KPlace());
     }

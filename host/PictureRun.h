@@ -6,6 +6,7 @@
 
 #include "KIPluginOne2One.h"
 
+class HostApplication;
 class InterruptGuard;
 
 /// What a parameter record of the process says.
@@ -43,9 +44,9 @@ bool IsThere(const QString &path);
 
 /// Corrects into a private folder and moves the whole output into place. Throws KException with a text for the user
 /// that leaves the picture's name out, or what else the process throws; nothing is left behind then, and an output that
-/// was there stays as it was.
-void RunPicture(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
-                ExistingOutput existing, InterruptGuard *guard);
+/// was there stays as it was. The picture's pixels are given back: no picture is needed twice.
+void RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
+                const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard);
 
 /// The text of the exception that is being handled.
 QString TextOfCurrentException();

@@ -9,6 +9,7 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QStyleFactory>
@@ -54,8 +55,10 @@ public:
     void Go()
     {
         Settle();
-        Shot("pictures");
         Next();
+        auto *images = m_wizard->findChild<QComboBox *>(QStringLiteral("comboBoxImageDef"));
+        Require(images, "the page has no list of images");
+        images->setCurrentText(QStringLiteral("facade.jpg"));
         WaitUntil([this] { return CanGoOn(); }, "the preview doesn't come");
         Settle();
         Shot("page");
@@ -116,6 +119,7 @@ int main(int argc, char **argv)
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     application.TranslateWindows();
+    application.MakeThumbnails();
     const PluginLoader plugin{QString()};
     Require(plugin.Process(), qPrintable(plugin.Problem()));
     ChooseProfile(&application, plugin.Process(), profile);

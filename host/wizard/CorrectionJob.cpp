@@ -70,9 +70,14 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     return pictures;
 }
 
-CorrectionJob::CorrectionJob(KIPluginOne2One *process, std::vector<JobPicture> pictures, ExistingOutput existing,
-                             InterruptGuard *guard, QObject *parent)
-    : QThread(parent), m_process(process), m_pictures(std::move(pictures)), m_existing(existing), m_guard(guard)
+CorrectionJob::CorrectionJob(HostApplication *application, KIPluginOne2One *process, std::vector<JobPicture> pictures,
+                             ExistingOutput existing, InterruptGuard *guard, QObject *parent)
+    : QThread(parent),
+      m_application(application),
+      m_process(process),
+      m_pictures(std::move(pictures)),
+      m_existing(existing),
+      m_guard(guard)
 {
     qRegisterMetaType<PictureOutcome>("PictureOutcome");
 }
@@ -105,7 +110,7 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return PictureOutcome::Kept;
     try {
-        RunPicture(m_process, *picture.record, picture.planned, m_existing, m_guard);
+        RunPicture(m_application, m_process, *picture.record, picture.planned, m_existing, m_guard);
         return PictureOutcome::Corrected;
     } catch (...) {
         *why = TextOfCurrentException();

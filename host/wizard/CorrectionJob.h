@@ -31,8 +31,8 @@ class CorrectionJob : public QThread {
     Q_OBJECT
 public:
     /// @param existing  Skip: a picture whose output is there is Kept.
-    CorrectionJob(KIPluginOne2One *process, std::vector<JobPicture> pictures, ExistingOutput existing,
-                  InterruptGuard *guard, QObject *parent);
+    CorrectionJob(HostApplication *application, KIPluginOne2One *process, std::vector<JobPicture> pictures,
+                  ExistingOutput existing, InterruptGuard *guard, QObject *parent);
     ~CorrectionJob() override;
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
@@ -50,6 +50,7 @@ protected:
 private:
     PictureOutcome One(const JobPicture &picture, QString *why) const;
 
+    HostApplication *m_application;
     KIPluginOne2One *m_process;
     const std::vector<JobPicture> m_pictures;
     ExistingOutput m_existing;

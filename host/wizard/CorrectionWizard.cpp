@@ -43,7 +43,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One
       m_process(process),
       m_pictures(new PicturesPage(application)),
       m_pluginPage(process->WizardPage()),
-      m_run(new RunPage(process, guard))
+      m_run(new RunPage(application, process, guard))
 {
     setWindowTitle(tr("Vitrelux: lens correction"));
     setWindowIcon(process->Icon());
@@ -94,13 +94,22 @@ void CorrectionWizard::initializePage(int id)
     QWizard::initializePage(id);
     const QStringList files = m_pictures->Files();
     if (id != kPicturesPage && files != m_announced) { // new records would lose what was chosen for the same files
-        m_process->SetFiles(files);
+        m_process->SetFiles(Readable(files));
         m_announced = files;
     }
     if (id == kRunPage) {
         m_run->Start(PrepareJob(m_application, m_process, files),
                      m_pictures->MayReplace() ? ExistingOutput::Overwrite : ExistingOutput::Skip);
     }
+}
+
+/// Nothing can be chosen for files that are no pictures: they only come up as failures of the run.
+QStringList CorrectionWizard::Readable(const QStringList &files) const
+{
+    QStringList readable;
+    std::copy_if(files.begin(), files.end(), std::back_inserter(readable),
+                 [this](const QString &file) { return m_application->ProblemOf(file).isEmpty(); });
+    return readable;
 }
 
 bool CorrectionWizard::validateCurrentPage()

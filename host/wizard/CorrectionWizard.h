@@ -36,6 +36,7 @@ protected:
     void initializePage(int id) override;
 
 private:
+    QStringList Readable(const QStringList &files) const;
     void RunningChanged();
 
     HostApplication *m_application;
@@ -43,5 +44,5 @@ private:
     PicturesPage *m_pictures;
     QPointer<QWizardPage> m_pluginPage; // the process's
     RunPage *m_run;
-    QStringList m_announced; // the files that the process has records for
+    QStringList m_announced; // the files that the process was last told of
 };

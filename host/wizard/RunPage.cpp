@@ -8,7 +8,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTreeWidget>
+#include <QTableWidget>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -34,13 +34,14 @@ constexpr OutcomeRow kOutcomes[] = {
 
 } // namespace
 
-RunPage::RunPage(KIPluginOne2One *process, InterruptGuard *guard)
-    : m_process(process),
+RunPage::RunPage(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard)
+    : m_application(application),
+      m_process(process),
       m_guard(guard),
       m_state(new QLabel),
       m_progress(new QProgressBar),
       m_timeLeft(new QLabel),
-      m_list(new QTreeWidget),
+      m_list(new QTableWidget(0, kColumnCount)),
       m_cancel(new QPushButton(tr("&Stop"))),
       m_showInFolder(new QPushButton(tr("Show in &folder")))
 {
@@ -51,10 +52,7 @@ RunPage::RunPage(KIPluginOne2One *process, InterruptGuard *guard)
     m_state->setWordWrap(true);
     m_progress->setObjectName(QStringLiteral("progress"));
     m_timeLeft->setObjectName(QStringLiteral("timeLeft"));
-    m_list->setObjectName(QStringLiteral("results"));
-    m_list->setHeaderLabels({tr("Picture"), tr("Result")});
-    m_list->setRootIsDecorated(false);
-    m_list->header()->setSectionResizeMode(kPicture, QHeaderView::ResizeToContents);
+    SetUpList();
     m_cancel->setObjectName(QStringLiteral("stop"));
     m_showInFolder->setObjectName(QStringLiteral("showInFolder"));
     m_showInFolder->setEnabled(false);
@@ -74,9 +72,26 @@ RunPage::RunPage(KIPluginOne2One *process, InterruptGuard *guard)
 
     connect(m_cancel, &QPushButton::clicked, this, &RunPage::Cancel);
     connect(m_showInFolder, &QPushButton::clicked, this, &RunPage::ShowInFolder);
-    connect(m_list, &QTreeWidget::itemSelectionChanged, this,
-            [this] { m_showInFolder->setEnabled(!FolderToShow().isEmpty()); });
     connect(&m_everySecond, &QTimer::timeout, this, &RunPage::ShowTimeLeft);
+}
+
+/// Reasons may be long: the texts of results wrap, and rows are as high as they need.
+void RunPage::SetUpList()
+{
+    m_list->setObjectName(QStringLiteral("results"));
+    m_list->setHorizontalHeaderLabels({tr("Picture"), tr("Result")});
+    m_list->horizontalHeader()->setSectionResizeMode(kPicture, QHeaderView::ResizeToContents);
+    m_list->horizontalHeader()->setStretchLastSection(true);
+    m_list->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    m_list->horizontalHeader()->setHighlightSections(false);
+    m_list->verticalHeader()->hide();
+    m_list->setShowGrid(false);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(m_list->horizontalHeader(), &QHeaderView::sectionResized, m_list, &QTableView::resizeRowsToContents);
+    connect(m_list, &QTableWidget::itemSelectionChanged, this,
+            [this] { m_showInFolder->setEnabled(!FolderToShow().isEmpty()); });
 }
 
 void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
@@ -84,15 +99,19 @@ void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
     m_outcomes.clear();
     m_cancelled = false;
     m_pixelsDone = m_pixelsLeft = 0;
-    m_list->clear();
-    for (const JobPicture &picture : pictures) {
-        auto *row = new QTreeWidgetItem(m_list, {QFileInfo(picture.planned.picture).fileName()});
-        row->setToolTip(kPicture, picture.planned.picture);
+    m_list->setRowCount(0);
+    m_list->setRowCount(int(pictures.size()));
+    for (int i = 0; i < m_list->rowCount(); ++i) {
+        const JobPicture &picture = pictures[std::size_t(i)];
+        auto *name = new QTableWidgetItem(QFileInfo(picture.planned.picture).fileName());
+        name->setToolTip(picture.planned.picture);
+        m_list->setItem(i, kPicture, name);
+        m_list->setItem(i, kResult, new QTableWidgetItem);
         m_pixelsLeft += picture.pixels;
     }
     m_progress->setRange(0, std::max(1, int(pictures.size())));
     m_progress->setValue(0);
-    m_job = std::make_unique<CorrectionJob>(m_process, std::move(pictures), existing, m_guard, nullptr);
+    m_job = std::make_unique<CorrectionJob>(m_application, m_process, std::move(pictures), existing, m_guard, nullptr);
     connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
     connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
     connect(m_job.get(), &CorrectionJob::finished, this, &RunPage::JobFinished);
@@ -124,12 +143,11 @@ void RunPage::PictureBegins(int index)
     if (!m_cancelled) {
         m_state->setText(tr("Picture %1 of %2: %3")
                              .arg(index + 1)
-                             .arg(m_list->topLevelItemCount())
+                             .arg(m_list->rowCount())
                              .arg(QFileInfo(picture.planned.picture).fileName()));
     }
-    QTreeWidgetItem *row = m_list->topLevelItem(index);
-    row->setText(kResult, tr("Being corrected…"));
-    m_list->scrollToItem(row);
+    ShowResult(index, tr("Being corrected…"), QIcon());
+    m_list->scrollToItem(m_list->item(index, kResult));
 }
 
 void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why)
@@ -146,12 +164,17 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
     const QString more = why.isEmpty() && outcome == PictureOutcome::Corrected ? picture.note : why;
     if (!more.isEmpty())
         text = tr("%1: %2", "result of a picture, and why").arg(text, more.simplified());
-    QTreeWidgetItem *row = m_list->topLevelItem(index);
-    row->setText(kResult, text);
-    row->setToolTip(kResult, text);
-    row->setIcon(kResult, style()->standardIcon(known.icon));
+    ShowResult(index, text, style()->standardIcon(known.icon));
     m_progress->setValue(index + 1);
     ShowTimeLeft();
+}
+
+void RunPage::ShowResult(int index, const QString &text, const QIcon &icon)
+{
+    QTableWidgetItem *cell = m_list->item(index, kResult);
+    cell->setText(text);
+    cell->setIcon(icon);
+    m_list->resizeRowToContents(index);
 }
 
 void RunPage::JobFinished()
@@ -195,7 +218,7 @@ void RunPage::ShowTimeLeft()
 QString RunPage::FolderToShow() const
 {
     for (std::size_t i = 0; i < m_outcomes.size(); ++i) {
-        const bool chosen = m_list->selectedItems().isEmpty() || m_list->topLevelItem(int(i))->isSelected();
+        const bool chosen = m_list->selectedItems().isEmpty() || m_list->item(int(i), kPicture)->isSelected();
         const bool there = m_outcomes[i] == PictureOutcome::Corrected || m_outcomes[i] == PictureOutcome::Kept;
         if (chosen && there)
             return m_job->Pictures()[i].planned.outputFolder;

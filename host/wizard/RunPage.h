@@ -10,13 +10,13 @@
 class QLabel;
 class QProgressBar;
 class QPushButton;
-class QTreeWidget;
+class QTableWidget;
 
 /// Complete when nothing runs. GUI thread.
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:
-    RunPage(KIPluginOne2One *process, InterruptGuard *guard);
+    RunPage(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard);
 
     /// Begins a run; not while one is under way.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
@@ -33,20 +33,23 @@ Q_SIGNALS:
     void RunningChanged();
 
 private:
+    void SetUpList();
     void PictureBegins(int index);
     void PictureEnded(int index, PictureOutcome outcome, const QString &why);
+    void ShowResult(int index, const QString &text, const QIcon &icon);
     void JobFinished();
     void SetRunning(bool running);
     void ShowTimeLeft();
     void ShowInFolder();
     QString FolderToShow() const;
 
+    HostApplication *m_application;
     KIPluginOne2One *m_process;
     InterruptGuard *m_guard;
     QLabel *m_state;
     QProgressBar *m_progress;
     QLabel *m_timeLeft;
-    QTreeWidget *m_list;
+    QTableWidget *m_list;
     QPushButton *m_cancel;
     QPushButton *m_showInFolder;
     std::unique_ptr<CorrectionJob> m_job;   // the last one, running or not

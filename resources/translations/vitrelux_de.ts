@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>ist ein Verweis auf eine Datei, die es nicht gibt</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>keine solche Datei; Namen werden in UTF-8 erwartet</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>keine solche Datei</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>ist ein Ordner, erwartet wird eine Bilddatei</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>ist keine gewöhnliche Datei, erwartet wird eine Bilddatei</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>ist leer (0 Byte), erwartet wird eine Bilddatei</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>kann nicht gelesen werden: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>Graustufenbilder werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>%1-Bilder werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>Bilder mit %1 Kanälen werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>gekachelte TIFF-Dateien werden nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>wird nicht als Bild erkannt: eine Begleitdatei oder beschädigt</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>is a link to a file that does not exist</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>no such file; names are expected in UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>no such file</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>is a folder, expected a picture file</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>is not a regular file, expected a picture file</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>is empty (0 bytes), expected a picture file</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>cannot be read: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>gray pictures are not supported</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>%1 pictures are not supported</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>pictures of %1 channels are not supported</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>tiled TIFF files are not supported</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>is not described as a picture: a companion file, or damaged</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

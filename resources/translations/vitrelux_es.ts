@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>es un enlace a un archivo que no existe</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>no existe ese archivo; los nombres deben estar en UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>no existe ese archivo</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>es una carpeta, se espera un archivo de imagen</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>no es un archivo normal, se espera un archivo de imagen</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>está vacío (0 bytes), se espera un archivo de imagen</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>no se puede leer: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>no se admiten imágenes en escala de grises</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>no se admiten imágenes %1</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>no se admiten imágenes de %1 canales</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>no se admiten archivos TIFF en mosaico</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>no se reconoce como imagen: es un archivo auxiliar o está dañado</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>est un lien vers un fichier qui n&apos;existe pas</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>fichier inexistant ; les noms sont attendus en UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>fichier inexistant</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>est un dossier, un fichier image est attendu</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>n&apos;est pas un fichier ordinaire, un fichier image est attendu</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>est vide (0 octet), un fichier image est attendu</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>ne peut pas être lu : %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>les images en niveaux de gris ne sont pas prises en charge</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>les images %1 ne sont pas prises en charge</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>les images à %1 canaux ne sont pas prises en charge</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>les fichiers TIFF en tuiles ne sont pas pris en charge</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>n&apos;est pas reconnu comme image : fichier annexe ou endommagé</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>è un collegamento a un file che non esiste</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>file inesistente; i nomi devono essere in UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>file inesistente</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>è una cartella, è atteso un file immagine</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>non è un file normale, è atteso un file immagine</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>è vuoto (0 byte), è atteso un file immagine</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>impossibile leggere: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>le immagini in scala di grigi non sono supportate</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>le immagini %1 non sono supportate</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>le immagini a %1 canali non sono supportate</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>i file TIFF a riquadri non sono supportati</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>non è riconosciuto come immagine: è un file accessorio o danneggiato</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>存在しないファイルへのリンクです</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>そのようなファイルはありません。名前は UTF-8 である必要があります</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>そのようなファイルはありません</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>フォルダーです。画像ファイルが必要です</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>通常のファイルではありません。画像ファイルが必要です</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>空です（0 バイト）。画像ファイルが必要です</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>読み取れません：%1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>グレースケール画像には対応していません</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>%1 画像には対応していません</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>%1 チャンネルの画像には対応していません</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>タイル形式の TIFF ファイルには対応していません</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>画像として認識できません。付属ファイルか、破損しています</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>jest dowiązaniem do pliku, który nie istnieje</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>nie ma takiego pliku; nazwy powinny być w UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>nie ma takiego pliku</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>jest folderem, oczekiwano pliku obrazu</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>nie jest zwykłym plikiem, oczekiwano pliku obrazu</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>jest pusty (0 bajtów), oczekiwano pliku obrazu</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>nie można odczytać: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>obrazy w skali szarości nie są obsługiwane</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>obrazy %1 nie są obsługiwane</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>obrazy o liczbie kanałów %1 nie są obsługiwane</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>kafelkowe pliki TIFF nie są obsługiwane</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>nie jest rozpoznawany jako obraz: plik towarzyszący lub uszkodzony</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

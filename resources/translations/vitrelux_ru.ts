@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>ссылка на несуществующий файл</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>нет такого файла; имена ожидаются в UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>нет такого файла</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>это папка, ожидается файл изображения</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>не обычный файл, ожидается файл изображения</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>пуст (0 байт), ожидается файл изображения</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>не удаётся прочитать: %1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>изображения в градациях серого не поддерживаются</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>изображения %1 не поддерживаются</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>изображения с числом каналов %1 не поддерживаются</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>файлы TIFF с плитками не поддерживаются</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>не распознан как изображение: сопутствующий или повреждённый файл</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>是指向不存在的文件的链接</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>没有此文件；文件名应为 UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>没有此文件</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>是文件夹，应为图片文件</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>不是普通文件，应为图片文件</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>为空（0 字节），应为图片文件</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>无法读取：%1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>不支持灰度图片</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>不支持 %1 图片</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>不支持 %1 通道的图片</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>不支持分块存储的 TIFF 文件</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>无法识别为图片：是附属文件或已损坏</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -48,6 +48,57 @@
     </message>
 </context>
 <context>
+    <name>PictureProblem</name>
+    <message>
+        <source>is a link to a file that does not exist</source>
+        <translation>是指向不存在之檔案的連結</translation>
+    </message>
+    <message>
+        <source>no such file; names are expected in UTF-8</source>
+        <translation>沒有此檔案；檔名應為 UTF-8</translation>
+    </message>
+    <message>
+        <source>no such file</source>
+        <translation>沒有此檔案</translation>
+    </message>
+    <message>
+        <source>is a folder, expected a picture file</source>
+        <translation>是資料夾，應為圖片檔案</translation>
+    </message>
+    <message>
+        <source>is not a regular file, expected a picture file</source>
+        <translation>不是一般檔案，應為圖片檔案</translation>
+    </message>
+    <message>
+        <source>is empty (0 bytes), expected a picture file</source>
+        <translation>是空的（0 位元組），應為圖片檔案</translation>
+    </message>
+    <message>
+        <source>cannot be read: %1</source>
+        <translation>無法讀取：%1</translation>
+    </message>
+    <message>
+        <source>gray pictures are not supported</source>
+        <translation>不支援灰階圖片</translation>
+    </message>
+    <message>
+        <source>%1 pictures are not supported</source>
+        <translation>不支援 %1 圖片</translation>
+    </message>
+    <message>
+        <source>pictures of %1 channels are not supported</source>
+        <translation>不支援 %1 通道的圖片</translation>
+    </message>
+    <message>
+        <source>tiled TIFF files are not supported</source>
+        <translation>不支援分塊儲存的 TIFF 檔案</translation>
+    </message>
+    <message>
+        <source>is not described as a picture: a companion file, or damaged</source>
+        <translation>無法識別為圖片：是附屬檔案或已損壞</translation>
+    </message>
+</context>
+<context>
     <name>PictureRun</name>
     <message>
         <source>not enough memory</source>

@@ -9,6 +9,7 @@
 #include "wizard/RunPage.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QDesktopServices>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -18,7 +19,6 @@
 #include <QProgressBar>
 #include <QSemaphore>
 #include <QTemporaryDir>
-#include <QTreeWidget>
 #include <QtTest>
 
 #include <csignal>
@@ -136,11 +136,11 @@ private:
     QStringList Rows(const char *list, int columns = 2) const
     {
         QStringList rows;
-        auto *tree = Find<QTreeWidget>(list);
-        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+        const QAbstractItemModel *model = Find<QAbstractItemView>(list)->model();
+        for (int i = 0; i < model->rowCount(); ++i) {
             QStringList texts;
             for (int column = 0; column < columns; ++column)
-                texts << tree->topLevelItem(i)->text(column);
+                texts << model->index(i, column).data().toString();
             rows << texts.join(QLatin1Char('|'));
         }
         return rows;
@@ -210,7 +210,7 @@ void WizardTest::picturesByDialogAndDrop()
     QTRY_COMPARE(Rows("pictures").at(2), QStringLiteral("a.jpg|60 × 40"));
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is none
 
-    Find<QTreeWidget>("pictures")->selectAll();
+    Find<QAbstractItemView>("pictures")->selectAll();
     Click("remove");
     QVERIFY(!CanGoOn());
     m_wizard->close();
@@ -227,8 +227,9 @@ void WizardTest::runTellsWhatCameOfEach()
     Next();
     Next();
     QTRY_VERIFY(Close());
-    QCOMPARE(m_process->calls,
-             QStringList({QLatin1String("files ") + names.join(QLatin1Char(' ')), QStringLiteral("validate")}));
+    QCOMPARE(
+        m_process->calls,
+        QStringList({QLatin1String("files ") + names.mid(0, 5).join(QLatin1Char(' ')), QStringLiteral("validate")}));
     const QStringList rows = Rows("results");
     QCOMPARE(rows[0], QStringLiteral("good.jpg|Corrected"));
     QCOMPARE(rows[1], QStringLiteral("bad.jpg|Failed: pixels are lost"));

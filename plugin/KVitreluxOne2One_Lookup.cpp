@@ -1,7 +1,133 @@
-// The search for the profile of an image.
+// The search for the profile of an image: from its maker to a folder, from its camera to the files there, from its lens
+// to one of them.
 #include "KVitreluxOne2One.h"
 
-QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *, QString &)
+#include "ImageDef.h"
+
+#include <QDir>
+#include <QRegExp>
+
+namespace {
+
+bool Holds(const QString &text, const QString &part)
 {
-    return {}; // no table of lenses yet: nothing fits, and records name their profile themselves
+    return text.contains(part, Qt::CaseInsensitive);
+}
+
+/// "NIKON CORPORATION" gives "NIKON".
+QString BrandOf(const QString &makerName)
+{
+    return makerName.split(QRegExp(QStringLiteral("\\W+")), Qt::SkipEmptyParts).value(0);
+}
+
+/// The folder of a brand, or the current one if there is none.
+QDir FolderOf(const QString &brand, const QDir &base)
+{
+    const QStringList entries = base.entryList();
+    for (const QString &entry : entries) {
+        if (Holds(brand, entry))
+            return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on it
+    }
+    return QDir(QString());
+}
+
+QStringList FilesHolding(const QString &modelName, const QDir &folder)
+{
+    QStringList files;
+    const QStringList all = folder.entryList(QDir::Files);
+    for (const QString &file : all) {
+        if (Holds(file, modelName))
+            files.append(file);
+    }
+    return files;
+}
+
+/// What stands before "mm" in a lens's name, "10-20"; in several places, in the last; empty if in none.
+QString FocalOf(const QStringList &words)
+{
+    QString focal;
+    for (const QString &word : words) {
+        if (Holds(word, QStringLiteral("mm")))
+            focal = word.split(QStringLiteral("mm"), Qt::SkipEmptyParts).value(0);
+    }
+    return focal;
+}
+
+/// How many of the words behind the first, which is the maker, a file's name holds.
+int Score(const QString &file, const QStringList &words)
+{
+    int score = 0;
+    for (int i = 1; i < words.size(); ++i)
+        score += Holds(file, words[i]);
+    return score;
+}
+
+/// The file that says most of the lens, the first among equals; empty if none says anything.
+QString BestMatch(const QStringList &files, const QString &lens)
+{
+    const QStringList words = lens.split(QRegExp(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
+    const QString maker = words.value(0);
+    const QString focal = FocalOf(words);
+    QString best;
+    int bestScore = 0;
+    for (const QString &file : files) {
+        if (!Holds(file, focal) || !Holds(file, maker))
+            continue;
+        const int score = Score(file, words);
+        if (score > bestScore) {
+            best = file;
+            bestScore = score;
+        }
+    }
+    return best;
+}
+
+QStringList Lookup(const ShootingInformation &shooting, LensIDProperties &database, const QString &brand,
+                   const QDir &folder, QString &message)
+{
+    const QStringList files = FilesHolding(shooting.modelName, folder);
+    if (files.isEmpty()) {
+        message = QStringLiteral("No matching LensID");
+        return {};
+    }
+    const QStringList lenses = database.findLensList(brand, shooting.lensId);
+    if (lenses.isEmpty()) {
+        message = QStringLiteral("This camera-lens couple does not seem to be in database");
+        return {};
+    }
+    if (lenses.size() > 1)
+        return lenses; // names of lenses, which are no files: whoever opens the first finds nothing
+    const QString best = BestMatch(files, lenses.first());
+    if (best.isEmpty())
+        return {};
+    message = QStringLiteral("Fichier correspondant : ") + best;
+    return {best};
+}
+
+} // namespace
+
+QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *image, QString &message)
+{
+    // A description of the host's own making can't tell its camera.
+    const auto *described = dynamic_cast<const ImageDef *>(image);
+    if (!described)
+        return {};
+    ImageDef *picture = nullptr;
+    ImageDef::IsAPicture(image->FileName(), picture, /*withThumbnail=*/true);
+    if (!image->HasExif())
+        return {};
+    const ShootingInformation shooting = described->m_shooting;
+    ImageDef::g_Lenses.Initialize(); // this module's own table: the picture may come from the host's
+    LensIDProperties lenses(ImageDef::g_Lenses);
+
+    const QString brand = BrandOf(shooting.makerName);
+    if (!Holds(brand, QStringLiteral("Nikon")) && !Holds(brand, QStringLiteral("Canon"))) {
+        message = QStringLiteral("Sorry: ") + brand + QStringLiteral("cameras are not yet in LensId.txt");
+        return {};
+    }
+    const QDir folder = FolderOf(brand, QDir(m_lensPath));
+    QStringList result = Lookup(shooting, lenses, brand, folder, message);
+    for (QString &entry : result)
+        entry = folder.absoluteFilePath(entry);
+    return result;
 }

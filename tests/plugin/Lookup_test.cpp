@@ -1,0 +1,210 @@
+// Which profile is found for a camera and a lens, by folders full of names.
+#include "KVitreluxOne2One.h"
+
+#include "FakeHost.h"
+#include "ImageDef.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class LookupTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void profile_data();
+    void profile();
+    void currentFolderWithoutBrand();
+    void withoutMetadata();
+    void foreignDescription();
+    void recordIsFilledOnFirstRun();
+
+private:
+    void Touch(const QString &file) const;
+    QString Relative(const QStringList &paths) const;
+
+    QScopedPointer<QTemporaryDir> m_dir;
+    QTemporaryDir m_tables;
+};
+
+namespace {
+
+const QString kUntouched = QStringLiteral("untouched");
+
+/// A picture as the kernel would describe it; its file need not exist.
+ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, const QString &lensId)
+{
+    image->m_fileName = QStringLiteral("/none/picture.jpg");
+    image->m_hasExif = true;
+    image->m_shooting.makerName = maker;
+    image->m_shooting.modelName = model;
+    image->m_shooting.lensId = lensId;
+    return image;
+}
+
+} // namespace
+
+void LookupTest::initTestCase()
+{
+    KImage::init(nullptr);
+    QFile table(m_tables.filePath(QStringLiteral("lensid.txt")));
+    QVERIFY(table.open(QIODevice::WriteOnly));
+    table.write("8 8 1;Nikon;Sigma 8mm f/3.5 Fisheye;1\n"
+                "10 20 2;Nikon;Sigma 10-20mm f/4 EX\n"
+                "10 22 3;Canon;Canon EF-S 10-22mm USM\n"
+                "24 70 4;Canon;Canon EF 24-70mm L\n24 70 4;Canon;Tamron 24-70mm VC\n"
+                "50 50 5;Canon;Canon Compact Macro\n"
+                "60 60 6;Canon;Canon 50mm and 60mm Macro\n"
+                "70 70 7;Canon;mm\n");
+    table.close();
+    QDir::setSearchPaths(QStringLiteral("Data"), {m_tables.path()});
+}
+
+void LookupTest::cleanupTestCase()
+{
+    KImage::exit();
+}
+
+void LookupTest::init()
+{
+    m_dir.reset(new QTemporaryDir);
+}
+
+void LookupTest::Touch(const QString &file) const
+{
+    const QString path = m_dir->filePath(file);
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+}
+
+/// One a line, without the test's folder.
+QString LookupTest::Relative(const QStringList &paths) const
+{
+    return paths.join(QLatin1Char('\n')).remove(m_dir->path() + QLatin1Char('/'));
+}
+
+void LookupTest::profile_data()
+{
+    QTest::addColumn<QString>("maker");
+    QTest::addColumn<QString>("lensId");
+    QTest::addColumn<QStringList>("files"); // "L" is the folder of profiles, "L\\Canon" that of a brand
+    QTest::addColumn<QString>("found");
+    QTest::addColumn<QString>("message");
+    const auto row = [](const char *name, const char *maker, const char *lensId, const QStringList &files,
+                        const char *found, const char *message) {
+        QTest::newRow(name) << QString::fromLatin1(maker) << QString::fromLatin1(lensId) << files
+                            << QString::fromLatin1(found) << QString::fromLatin1(message);
+    };
+    const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
+    const QString brand = QStringLiteral("L/Canon/any"); // makes the entry that the walk finds
+
+    row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
+        "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
+    row("best of three, in any case", "CANON INC.", "10 22 3",
+        {brand, canon("CANON 10-22"), canon("canon ef-s 10-22MM"), canon("Canon EF-S 10-22mm f4 USM")},
+        "L\\Canon/X1 (Canon EF-S 10-22mm f4 USM).lcp", "Fichier correspondant : X1 (Canon EF-S 10-22mm f4 USM).lcp");
+    row("first of equals", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},
+        "L\\Canon/X1 (a Canon 10-22mm).lcp", "Fichier correspondant : X1 (a Canon 10-22mm).lcp");
+    row("focal length and maker alone", "Canon", "10 22 3", {brand, canon("Canon 10-22")}, "", "untouched");
+    row("other focal length", "Canon", "10 22 3", {brand, canon("Canon EF-S 18-55mm USM")}, "", "untouched");
+    row("other maker of the lens", "NIKON CORPORATION", "10 20 2",
+        {QStringLiteral("L/Nikon/any"), QStringLiteral("L\\Nikon/X1 (Nikon 10-20mm EX)")}, "", "untouched");
+    row("long name of the maker", "NIKON CORPORATION", "8 8 1",
+        {QStringLiteral("L/Nikon/any"), QStringLiteral("L\\Nikon/X1 (Sigma 8mm).lcp")}, "L\\Nikon/X1 (Sigma 8mm).lcp",
+        "Fichier correspondant : X1 (Sigma 8mm).lcp");
+    row("no focal length in the lens's name", "Canon", "50 50 5", {brand, canon("Canon Compact 50")},
+        "L\\Canon/X1 (Canon Compact 50).lcp", "Fichier correspondant : X1 (Canon Compact 50).lcp");
+    row("last focal length of the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
+        "L\\Canon/X1 (Canon 60mm).lcp", "Fichier correspondant : X1 (Canon 60mm).lcp");
+    row("a name of nothing but mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
+    row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},
+        "L\\Canon/Canon EF 24-70mm L\nL\\Canon/Tamron 24-70mm VC", "untouched");
+    row("lens that isn't known", "Canon", "1 2 3", {brand, canon("Canon EF")}, "",
+        "This camera-lens couple does not seem to be in database");
+    row("no file of the camera", "Canon", "10 22 3", {brand, QStringLiteral("L\\Canon/X2 (Canon EF-S 10-22mm)")}, "",
+        "No matching LensID");
+    row("folder joined by a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
+        "No matching LensID");
+    row("first entry within the brand wins", "Canon", "10 22 3",
+        {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},
+        "L\\An/X1 Canon 10-22mm", "Fichier correspondant : X1 Canon 10-22mm");
+    row("another maker", "SONY", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
+        "Sorry: SONYcameras are not yet in LensId.txt");
+    row("brand behind another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
+        "Sorry: Thecameras are not yet in LensId.txt");
+    row("no maker", "", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
+        "Sorry: cameras are not yet in LensId.txt");
+}
+
+void LookupTest::profile()
+{
+    QFETCH(QString, maker);
+    QFETCH(QString, lensId);
+    QFETCH(QStringList, files);
+    for (const QString &file : files)
+        Touch(file);
+    KVitreluxOne2One process;
+    process.SetLensPath(m_dir->filePath(QStringLiteral("L")));
+    ImageDef image;
+    QString message = kUntouched;
+    const QStringList found = process.GetLCPfilename(Picture(&image, maker, QStringLiteral("x1"), lensId), message);
+    QTEST(Relative(found), "found");
+    QTEST(message, "message");
+}
+
+void LookupTest::currentFolderWithoutBrand()
+{
+    Touch(QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
+    Touch(QStringLiteral("L/Pentax/any"));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(m_dir->path()));
+    KVitreluxOne2One process;
+    process.SetLensPath(m_dir->filePath(QStringLiteral("L")));
+    ImageDef image;
+    QString message;
+    const QStringList found = process.GetLCPfilename(
+        Picture(&image, QStringLiteral("Canon"), QStringLiteral("X1"), QStringLiteral("10 22 3")), message);
+    QDir::setCurrent(before);
+    QCOMPARE(Relative(found), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
+}
+
+void LookupTest::withoutMetadata()
+{
+    KVitreluxOne2One process;
+    ImageDef image;
+    Picture(&image, QStringLiteral("SONY"), QString(), QString())->m_hasExif = false;
+    QString message = kUntouched;
+    QVERIFY(process.GetLCPfilename(&image, message).isEmpty());
+    QCOMPARE(message, kUntouched);
+}
+
+void LookupTest::foreignDescription()
+{
+    KVitreluxOne2One process;
+    FakeImageDef foreign(QStringLiteral("/none.jpg"));
+    QString message = kUntouched;
+    QVERIFY(process.GetLCPfilename(&foreign, message).isEmpty());
+    QVERIFY(process.GetLCPfilename(nullptr, message).isEmpty());
+    QCOMPARE(message, kUntouched);
+}
+
+void LookupTest::recordIsFilledOnFirstRun()
+{
+    Touch(QStringLiteral("L/Canon/any"));
+    Touch(QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
+    KVitreluxOne2One process;
+    process.SetLensPath(m_dir->filePath(QStringLiteral("L")));
+    ImageDef image;
+    KVitreluxOne2One::Params params;
+    params.disto = true;
+    process.Process(qMakePair<KIImageDef *, KImage *>(
+                        Picture(&image, QStringLiteral("Canon"), QStringLiteral("X1"), QStringLiteral("10 22 3")),
+                        nullptr), // pixels aren't touched
+                    &params);
+    QCOMPARE(Relative({params.lcpFilename}), QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
+}
+
+QTEST_MAIN(LookupTest)
+#include "Lookup_test.moc"

@@ -4,7 +4,7 @@
 
 namespace {
 
-enum class Verb { Correct, Profile, Wizard };
+enum class Verb { Correct, Info, Profile, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -15,16 +15,23 @@ struct VerbRow {
 };
 
 constexpr VerbRow kVerbs[] = {
-    {Verb::Correct, "correct", "correct --profile FILE [OPTION]... PICTURE...", "correct pictures by a lens profile",
+    {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (TIFF or JPEG) by a lens profile and writes NAME_corrected.tiff beside it, in the depth "
      "of\n"
      "the picture and with its colour profile, EXIF and IPTC data. Without --distortion, --ca and --vignetting every\n"
      "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
      "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
      "\n"
+     "Without --profile the profile of each picture's camera and lens is looked up in the folder of profiles, as\n"
+     "FOLDER/BRAND/*.lcp, and told on standard error.\n"
+     "\n"
      "Prints the name of each file written on standard output, one a line. A picture that fails is told in one line "
      "on\n"
      "standard error, and the others go on.\n"},
+    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show what is known of pictures",
+     "Prints size, depth and format of each PICTURE, what its metadata tell of camera, lens, exposure, date and "
+     "place,\n"
+     "and which lens profile goes with it, or why none is found.\n"},
     {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
      "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
      "whether it can be used.\n"},
@@ -41,7 +48,8 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp); every picture needs one"},
+    {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp) of all pictures"},
+    {Verb::Correct, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, instead of in the folder last used"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove colour fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
@@ -49,6 +57,10 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
+    {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
+    {Verb::Info, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, instead of in the folder last used"},
+    {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -153,6 +165,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     CorrectOptions options;
     options.files = parser.positionalArguments();
     options.profile = parser.value(QStringLiteral("profile"));
+    options.lensPath = parser.value(QStringLiteral("lens-path"));
     options.outputFolder = parser.value(QStringLiteral("o"));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
@@ -163,6 +176,28 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     else if (parser.isSet(QStringLiteral("skip-existing")))
         options.existing = ExistingOutput::Skip;
     return options;
+}
+
+InfoOptions ReadInfo(const QCommandLineParser &parser)
+{
+    InfoOptions options;
+    options.files = parser.positionalArguments();
+    options.lensPath = parser.value(QStringLiteral("lens-path"));
+    options.plugin = parser.value(QStringLiteral("plugin"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.exif = parser.isSet(QStringLiteral("exif"));
+    return options;
+}
+
+/// The options of a verb that can't stand together; empty: they can.
+QString FindExclusion(const QCommandLineParser &parser)
+{
+    constexpr const char *kExclusions[][2] = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}};
+    for (const auto &pair : kExclusions) {
+        if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
+            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
+    }
+    return QString();
 }
 
 CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
@@ -192,8 +227,14 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         line.wizard = {parser.positionalArguments(), parser.value(QStringLiteral("plugin"))};
         return line;
     }
-    if (parser.isSet(QStringLiteral("overwrite")) && parser.isSet(QStringLiteral("skip-existing")))
-        return Refuse(command, QStringLiteral("--overwrite and --skip-existing exclude each other."));
+    if (verb.verb == Verb::Info) {
+        line.action = CommandLine::Action::ShowInfo;
+        line.info = ReadInfo(parser);
+        return line;
+    }
+    const QString exclusion = FindExclusion(parser);
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
     return line;

@@ -14,11 +14,20 @@ enum class ExistingOutput { Refuse, Overwrite, Skip };
 
 struct CorrectOptions {
     QStringList files;
-    QString profile;      // empty: none named
+    QString profile;      // empty: each picture's is looked up
+    QString lensPath;     // folder to look in; empty: the stored one
     QString outputFolder; // empty: beside each picture
     QString plugin;       // empty: the installed one
     Corrections asked;    // none: everything that the profile holds
     ExistingOutput existing = ExistingOutput::Refuse;
+};
+
+struct InfoOptions {
+    QStringList files;
+    QString lensPath; // as above
+    QString plugin;
+    bool json = false; // one object a picture and line
+    bool exif = false; // all entries
 };
 
 struct WizardOptions {
@@ -27,11 +36,12 @@ struct WizardOptions {
 };
 
 struct CommandLine {
-    enum class Action { Correct, ShowProfiles, ShowWizard, PrintText, RefuseUsage };
+    enum class Action { Correct, ShowInfo, ShowProfiles, ShowWizard, PrintText, RefuseUsage };
 
     Action action = Action::RefuseUsage;
     QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
     CorrectOptions correct; // Correct
+    InfoOptions info;       // ShowInfo
     QStringList profiles;   // ShowProfiles
     WizardOptions wizard;   // ShowWizard
 };

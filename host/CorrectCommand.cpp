@@ -6,7 +6,10 @@
 #include "KException.h"
 #include "PictureRun.h"
 #include "PluginLoader.h"
+#include "ProfileLookup.h"
 #include "ProfileUse.h"
+
+#include <QHash>
 
 namespace {
 
@@ -21,11 +24,11 @@ enum class Outcome { Corrected, Skipped };
 /// SetFiles and OnValidatePage belong to the page.
 class CorrectRun {
 public:
-    CorrectRun(const CorrectOptions &options, HostApplication *application, KIPluginOne2One *process,
-               InterruptGuard *guard, Console *console)
+    CorrectRun(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
+               KIPluginOne2One *process, InterruptGuard *guard, Console *console)
         : m_options(options),
-          m_profile(options.profile.isEmpty() ? ProfileUse() : JudgeProfile(options.profile)),
           m_application(application),
+          m_lookup(lookup),
           m_process(process),
           m_guard(guard),
           m_console(console)
@@ -36,12 +39,15 @@ public:
 
 private:
     Outcome One(const PlannedPicture &planned);
-    Corrections UsableCorrections() const;
-    void CheckPicture(const PlannedPicture &planned);
+    QString ProfileOf(const PlannedPicture &planned);
+    const ProfileUse &UseOf(const QString &profile);
+    Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
+    void TellMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile);
 
     const CorrectOptions &m_options;
-    const ProfileUse m_profile; // of all pictures alike
+    QHash<QString, ProfileUse> m_profiles; // by name: each is read once
     HostApplication *m_application;
+    ProfileLookup *m_lookup; // null: the profile is named
     KIPluginOne2One *m_process;
     InterruptGuard *m_guard;
     Console *m_console;
@@ -64,6 +70,7 @@ ExitCode CorrectRun::All()
             m_console->Failure(planned.asNamed, TextOfCurrentException());
             ++failed;
         }
+        m_application->ForgetImages(); // each has its turn once
     }
     m_console->Summary(corrected, skipped, failed);
     return failed ? kSomeFailed : kAllDone;
@@ -80,38 +87,58 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
             return Outcome::Skipped;
         Fail(QStringLiteral("output \"%1\" exists; --overwrite replaces it").arg(planned.output));
     }
-    const Corrections corrections = UsableCorrections();
-    CheckPicture(planned);
+    const QString problem = m_application->ProblemOf(planned.picture);
+    if (!problem.isEmpty())
+        Fail(problem);
+    const QString name = ProfileOf(planned);
+    const ProfileUse &profile = UseOf(name);
+    const Corrections corrections = UsableCorrections(name, profile);
+    TellMismatch(planned, name, profile);
 
-    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, m_profile.path}));
+    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, profile.path}));
     RunPicture(m_application, m_process, record, planned, m_options.existing, m_guard);
     return Outcome::Corrected;
 }
 
-Corrections CorrectRun::UsableCorrections() const
+/// The profile as named, or the one that is found for the picture, which is told.
+QString CorrectRun::ProfileOf(const PlannedPicture &planned)
 {
-    if (m_options.profile.isEmpty())
-        Fail(QStringLiteral("has no lens profile; name one with --profile"));
-    QString why = m_profile.problem;
-    const Corrections corrections = why.isEmpty() ? ChooseCorrections(m_profile, m_options.asked, &why) : Corrections();
+    if (!m_options.profile.isEmpty())
+        return m_options.profile;
+    const ProfileLookup::Answer answer = m_lookup->Find(m_process, planned.picture);
+    if (answer.profile.isEmpty())
+        Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(answer.why));
+    m_console->Note(planned.asNamed, QStringLiteral("profile \"%1\"").arg(answer.profile));
+    return answer.profile;
+}
+
+const ProfileUse &CorrectRun::UseOf(const QString &profile)
+{
+    auto found = m_profiles.find(profile);
+    if (found == m_profiles.end())
+        found = m_profiles.insert(profile, JudgeProfile(profile));
+    return *found;
+}
+
+Corrections CorrectRun::UsableCorrections(const QString &name, const ProfileUse &profile) const
+{
+    QString why = profile.problem;
+    const Corrections corrections = why.isEmpty() ? ChooseCorrections(profile, m_options.asked, &why) : Corrections();
     if (!why.isEmpty())
-        Fail(QStringLiteral("profile \"%1\": %2").arg(m_options.profile, why));
+        Fail(QStringLiteral("profile \"%1\": %2").arg(name, why));
     return corrections;
 }
 
-void CorrectRun::CheckPicture(const PlannedPicture &planned)
+void CorrectRun::TellMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile)
 {
-    const QString problem = m_application->ProblemOf(planned.picture);
-    if (!problem.isEmpty())
-        Fail(problem);
     const ImageDef *image = m_application->ImageOf(planned.picture);
-    const QString mismatch = SizeMismatch(m_profile, image->nCols(), image->nRows());
+    const QString mismatch = SizeMismatch(profile, image->nCols(), image->nRows());
     if (!mismatch.isEmpty())
         m_console->Note(planned.asNamed, mismatch);
-    if (!m_options.asked.Any() && !m_profile.flaws.isEmpty()) {
-        m_console->Note(planned.asNamed,
-                        QStringLiteral("profile \"%1\": not corrected: %2")
-                            .arg(m_options.profile, m_profile.flaws.join(QStringLiteral(", "))));
+    if (!m_options.asked.Any() && !profile.flaws.isEmpty()) {
+        m_console->Note(
+            planned.asNamed,
+            QStringLiteral("profile \"%1\": not corrected: %2").arg(name, profile.flaws.join(QStringLiteral(", "))));
     }
 }
 
@@ -125,10 +152,13 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     char *argv[] = {name, nullptr};
     int argc = 1;
     HostApplication application(argc, argv);
+    std::unique_ptr<ProfileLookup> lookup;
+    if (options.profile.isEmpty())
+        lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    return CorrectRun(options, &application, plugin.Process(), &guard, console).All();
+    return CorrectRun(options, &application, lookup.get(), plugin.Process(), &guard, console).All();
 }

@@ -128,7 +128,8 @@ HostApplication::~HostApplication()
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    return m_settings.value(SettingPath(uid, key), defaultValue);
+    const QVariant value = m_settings.value(SettingPath(uid, key), defaultValue);
+    return m_adapt ? m_adapt(key, value) : value;
 }
 
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
@@ -168,6 +169,17 @@ KImageInstances *HostApplication::ImageInstances()
     return &KImage::ms_instances;
 }
 
+KIImageDef *HostApplication::ImageDefOf(QString fileName)
+{
+    {
+        const QMutexLocker locker(&m_mutex);
+        const auto found = m_lentInstead.find(fileName);
+        if (found != m_lentInstead.end())
+            return found->second;
+    }
+    return ImageOf(fileName);
+}
+
 HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
     const QString path = QDir::cleanPath(QDir().absoluteFilePath(fileName));
@@ -187,4 +199,28 @@ HostApplication::Picture HostApplication::Describe(const QString &fileName)
     }
     picture.image = image;
     return picture;
+}
+
+void HostApplication::ForgetImages()
+{
+    const QMutexLocker locker(&m_mutex);
+    for (const auto &[path, picture] : m_pictures) {
+        if (!picture.standIn)
+            ImageDef::Delete(picture.image);
+    }
+    m_pictures.clear();
+}
+
+void HostApplication::LendInstead(const QString &fileName, KIImageDef *image)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (image)
+        m_lentInstead[fileName] = image;
+    else
+        m_lentInstead.erase(fileName);
+}
+
+void HostApplication::AdaptPluginSettings(std::function<QVariant(const QString &, const QVariant &)> adapt)
+{
+    m_adapt = std::move(adapt);
 }

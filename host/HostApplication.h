@@ -9,6 +9,7 @@
 #include <QSettings>
 #include <QTranslator>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -39,7 +40,7 @@ public:
     void LoadTranslator(QString fileName) override;
     /// Never null: a file that isn't a picture has a description of size 0. Files are told apart by their absolute
     /// names.
-    KIImageDef *ImageDefOf(QString fileName) override { return ImageOf(fileName); }
+    KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
     /// Null: this host shares no interface kernel.
     KUIInstances *UIInstances() override { return nullptr; }
@@ -48,6 +49,12 @@ public:
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Why the file can't be corrected, in one line; empty if it can, as far as its head tells. Any thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
+    /// Ends all descriptions, and their pixels; those that were handed out are gone.
+    void ForgetImages();
+    /// Hands @p image out as the description of @p fileName (absolute) until null takes its place.
+    void LendInstead(const QString &fileName, KIImageDef *image);
+    /// From now on what is stored, or the default, passes through @p adapt on its way to a plug-in; null ends this.
+    void AdaptPluginSettings(std::function<QVariant(const QString &key, const QVariant &value)> adapt);
     /// Images described from now on have thumbnails; commands with windows want them.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// What the program itself remembers; plug-ins have their own by GetPluginSetting.
@@ -66,8 +73,10 @@ private:
     void Install(const QString &translation);
 
     QSettings m_settings;
-    QMutex m_mutex;                        // of m_pictures
-    std::map<QString, Picture> m_pictures; // by absolute name
+    QMutex m_mutex;                                // of the next two
+    std::map<QString, Picture> m_pictures;         // by absolute name
+    std::map<QString, KIImageDef *> m_lentInstead; // not owned
+    std::function<QVariant(const QString &, const QVariant &)> m_adapt;
     bool m_makesThumbnails = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;
 };

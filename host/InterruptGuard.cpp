@@ -47,13 +47,13 @@ InterruptGuard::~InterruptGuard()
 void InterruptGuard::Protect(const std::function<QString()> &makeFolder)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_folder = makeFolder();
+    m_folders.append(makeFolder());
 }
 
-void InterruptGuard::Release()
+void InterruptGuard::Release(const QString &folder)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_folder.clear();
+    m_folders.removeAll(folder);
 }
 
 void InterruptGuard::StartProgram(const std::function<void()> &start)
@@ -70,8 +70,10 @@ void InterruptGuard::Watch()
         if (number == SIGUSR1)
             continue;   // somebody else's
         m_mutex.lock(); // and never unlocked: no new folder from here on
-        if (!m_folder.isEmpty())
-            RemoveForGood(m_folder);
+        for (const QString &folder : qAsConst(m_folders)) {
+            if (!folder.isEmpty())
+                RemoveForGood(folder);
+        }
         std::signal(number, SIG_DFL);
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
         std::raise(number); // to this thread, the one that takes it; ends the program

@@ -1,7 +1,7 @@
-// Lets the user break the program off without leaving its work folder behind.
+// Lets the user break the program off without leaving its work folders behind.
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 #include <atomic>
 #include <csignal>
@@ -9,9 +9,9 @@
 #include <mutex>
 #include <thread>
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP first remove the protected folder and then end the program as they always
-/// do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made before any
-/// other thread: threads inherit the signal mask that it sets. One at a time.
+/// While it lives, SIGINT, SIGTERM and SIGHUP first remove the protected folders and then end the program as they
+/// always do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made
+/// before any other thread: threads inherit the signal mask that it sets. One at a time.
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -19,11 +19,11 @@ public:
     InterruptGuard(const InterruptGuard &) = delete;
     InterruptGuard &operator=(const InterruptGuard &) = delete;
 
-    /// Calls @p makeFolder, which gives the path of the folder that it made, and protects that folder from then on.
+    /// Calls @p makeFolder, which gives the path of the folder that it made, and protects that folder too from then on.
     /// An interruption finds the folder either not yet made or protected. An empty path protects nothing.
     void Protect(const std::function<QString()> &makeFolder);
     /// The folder is gone, or is to stay.
-    void Release();
+    void Release(const QString &folder);
     /// Calls @p start with the signals as they were before the guard: a program that it starts inherits them, and one
     /// that is deaf to SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
@@ -31,8 +31,8 @@ public:
 private:
     void Watch();
 
-    std::mutex m_mutex; // of m_folder; an interruption keeps it until the end
-    QString m_folder;
+    std::mutex m_mutex; // of m_folders; an interruption keeps it until the end
+    QStringList m_folders;
     sigset_t m_signals;
     sigset_t m_oldMask;
     std::atomic<bool> m_stop{false};

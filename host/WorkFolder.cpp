@@ -64,8 +64,9 @@ WorkFolder::WorkFolder(const QString &outputFolder, InterruptGuard *guard)
 
 WorkFolder::~WorkFolder()
 {
+    const QString path = m_folder->path();
     m_folder.reset();
-    m_guard->Release();
+    m_guard->Release(path);
 }
 
 QString WorkFolder::Admit(const QString &picture)

@@ -2,6 +2,7 @@
 #include "CommandLine.h"
 #include "Console.h"
 #include "CorrectCommand.h"
+#include "InfoCommand.h"
 #include "ProfileCommand.h"
 #include "wizard/WizardCommand.h"
 
@@ -25,6 +26,8 @@ int Run(const CommandLine &line, Console *console)
     switch (line.action) {
     case CommandLine::Action::Correct:
         return RunCorrect(line.correct, console);
+    case CommandLine::Action::ShowInfo:
+        return RunInfo(line.info, console);
     case CommandLine::Action::ShowProfiles:
         return RunProfile(line.profiles, console);
     case CommandLine::Action::ShowWizard:

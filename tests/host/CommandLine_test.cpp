@@ -98,6 +98,7 @@ void CommandLineTest::refused_data()
         {"no picture", "correct --profile p.lcp", "no file"},
         {"no profile", "profile", "no file"},
         {"overwrite and skip", "correct --overwrite --skip-existing a.jpg", "exclude"},
+        {"profile named and looked up", "correct --profile p.lcp --lens-path d a.jpg", "exclude"},
     };
     for (const auto &row : rows)
         QTest::newRow(row.name) << Words(row.line) << QString::fromLatin1(row.named);

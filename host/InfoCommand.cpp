@@ -1,0 +1,98 @@
+#include "InfoCommand.h"
+
+#include "Console.h"
+#include "HostApplication.h"
+#include "InterruptGuard.h"
+#include "PictureFacts.h"
+#include "PictureProblem.h"
+#include "PluginLoader.h"
+#include "ProfileLookup.h"
+
+#include <QDir>
+#include <QJsonDocument>
+
+namespace {
+
+constexpr int kLabelWidth = 14;
+
+PictureFact ProfileFact(const ProfileLookup::Answer &answer)
+{
+    const QString label = QStringLiteral("Profile");
+    if (!answer.profile.isEmpty())
+        return {label, answer.profile, QStringLiteral("profile"), answer.profile};
+    return {label, QStringLiteral("none: ") + answer.why, QStringLiteral("noProfile"), answer.why};
+}
+
+QString AsText(const QString &file, const PictureFacts &facts)
+{
+    QString text = OneLine(file) + QLatin1Char('\n');
+    for (const PictureFact &fact : facts) {
+        if (!fact.label.isEmpty()) // texts of the file: no line breaks
+            text += QStringLiteral("  %1%2\n").arg(fact.label, -kLabelWidth).arg(OneLine(fact.text));
+    }
+    return text;
+}
+
+QString AsJson(const QString &file, const PictureFacts &facts)
+{
+    QJsonObject object{{QStringLiteral("path"), file}};
+    for (const PictureFact &fact : facts) {
+        if (!fact.key.isEmpty())
+            object.insert(fact.key, fact.value);
+    }
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
+}
+
+/// The table's lines under the picture's; control characters of the file stay out of the terminal.
+QString Indented(const QString &table)
+{
+    QString text;
+    const QStringList lines = table.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines)
+        text += QLatin1String("  ") + OneLine(line) + QLatin1Char('\n');
+    return text;
+}
+
+PictureFact ExifFact(const QString &path)
+{
+    return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
+}
+
+} // namespace
+
+ExitCode RunInfo(const InfoOptions &options, Console *console)
+{
+    InterruptGuard guard;
+    ChooseDisplayless();
+    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
+    char *argv[] = {name, nullptr};
+    int argc = 1;
+    HostApplication application(argc, argv);
+    ProfileLookup lookup(&application, options.lensPath, &guard);
+    const PluginLoader plugin(options.plugin);
+
+    ExitCode result = kAllDone;
+    QString gap; // an empty line between two pictures
+    for (const QString &file : options.files) {
+        const QString path = QDir::cleanPath(QDir().absoluteFilePath(file));
+        const QString problem = ReadingProblem(path);
+        if (!problem.isEmpty()) {
+            console->Failure(file, problem);
+            result = kSomeFailed;
+            continue;
+        }
+        PictureFacts facts = FactsOfPicture(path);
+        facts << ProfileFact(plugin.Process() ? lookup.Find(plugin.Process(), path)
+                                              : ProfileLookup::Answer{QString(), plugin.Problem()});
+        if (options.json) {
+            if (options.exif)
+                facts << ExifFact(path);
+            console->Print(AsJson(file, facts));
+        } else {
+            console->Print(gap + AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString()));
+            gap = QStringLiteral("\n");
+        }
+        application.ForgetImages();
+    }
+    return result;
+}

@@ -1,0 +1,248 @@
+#include "PictureFacts.h"
+
+#include "ImageDef.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QJsonArray>
+
+#include <cmath>
+#include <ctime>
+#include <memory>
+
+namespace {
+
+QString Number(double value, int digits = 6)
+{
+    return QString::number(value, 'g', digits);
+}
+
+/// Describes a picture the way the image kernel does. Kinds that the kernel's lists refuse, such as grey ones, are
+/// described here all the same.
+std::unique_ptr<ImageDef> Describe(const QString &path)
+{
+    ImageDef *made = nullptr;
+    if (ImageDef::CreateAPicture(path, made, /*withThumbnail=*/false))
+        return std::unique_ptr<ImageDef>(made);
+    const QByteArray name = path.toUtf8();
+    auto image = std::make_unique<ImageDef>();
+    image->m_fileName = path;
+    const std::unique_ptr<GFL_EXIF_DATA, void (*)(GFL_EXIF_DATA *)> exif(gflLoadEXIFUTF8(name.constData(), 1),
+                                                                         gflFreeEXIF);
+    const std::unique_ptr<GFL_EXIF_DATAEX, void (*)(GFL_EXIF_DATAEX *)> raw(gflLoadEXIF2UTF8(name.constData(), 1),
+                                                                            gflFreeEXIF2);
+    image->AnalyseExif(exif.get(), raw.get());
+    image->m_metaData.SetExifex(raw.get());
+    image->m_hasIcc = gflHasICCProfileUTF8(name.constData());
+    image->m_hasIptc = gflHasIPTCUTF8(name.constData());
+    image->m_hasXmp = gflHasXMPUTF8(name.constData());
+    return image;
+}
+
+void AddFile(const QString &path, PictureFacts *facts)
+{
+    GFL_FILE_INFORMATION info = {};
+    gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4);
+    const QString format = QString::fromUtf8(info.Description);
+    *facts << PictureFact{QStringLiteral("Size"), QStringLiteral("%1 x %2 pixels").arg(info.Width).arg(info.Height),
+                          QStringLiteral("width"), info.Width};
+    *facts << PictureFact{QString(), QString(), QStringLiteral("height"), info.Height};
+    *facts << PictureFact{QStringLiteral("Depth"),
+                          QStringLiteral("%1 bits, %2 channel%3")
+                              .arg(info.BitsPerComponent)
+                              .arg(info.ComponentsPerPixel)
+                              .arg(QLatin1String(info.ComponentsPerPixel == 1 ? "" : "s")),
+                          QStringLiteral("depth"), int(info.BitsPerComponent)};
+    *facts << PictureFact{QString(), QString(), QStringLiteral("channels"), int(info.ComponentsPerPixel)};
+    *facts << PictureFact{QStringLiteral("Format"), format, QStringLiteral("format"), format};
+    gflFreeFileInformation(&info);
+}
+
+void AddCamera(const ShootingInformation &shooting, PictureFacts *facts)
+{
+    QStringList names{shooting.makerName, shooting.modelName};
+    names.removeAll(QString());
+    if (!names.isEmpty())
+        *facts << PictureFact{QStringLiteral("Camera"), names.join(QLatin1String(", ")), QString(), {}};
+    if (!shooting.makerName.isEmpty())
+        *facts << PictureFact{QString(), QString(), QStringLiteral("maker"), shooting.makerName};
+    if (!shooting.modelName.isEmpty())
+        *facts << PictureFact{QString(), QString(), QStringLiteral("model"), shooting.modelName};
+}
+
+const char *NameOfLensKind(int kind)
+{
+    constexpr const char *kNames[] = {"standard", "fisheye", "tilt/shift"};
+    return kind >= 0 && kind < 3 ? kNames[kind] : nullptr;
+}
+
+void AddLens(const ImageDef &image, PictureFacts *facts)
+{
+    const ShootingInformation &shooting = image.m_shooting;
+    if (!shooting.lensId.isEmpty()) {
+        const QStringList names = ImageDef::g_Lenses.findLensList(shooting.makerName, shooting.lensId);
+        const QString known = names.isEmpty() ? QStringLiteral("not in the table") : names.join(QLatin1String("; "));
+        *facts << PictureFact{QStringLiteral("Lens"), QStringLiteral("%1 (%2)").arg(known, shooting.lensId),
+                              QStringLiteral("lensId"), shooting.lensId};
+        *facts << PictureFact{QString(), QString(), QStringLiteral("lenses"), QJsonArray::fromStringList(names)};
+    }
+    if (!image.HasExif())
+        return;
+    const char *tabled = NameOfLensKind(ImageDef::IsFisheyeLens(shooting.makerName, shooting.lensId));
+    const QString kind = QLatin1String(tabled                   ? tabled
+                                           : image.Model() == 1 ? "fisheye, by its focal length"
+                                                                : "unknown");
+    *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
+}
+
+void AddFocalLengths(const ImageDef &image, PictureFacts *facts)
+{
+    if (!image.HasExif())
+        return;
+    const double equivalent = image.m_shooting.focal35mm;
+    const double real = equivalent / image.m_shooting.focalRatio; // 0 where only the equivalent is told
+    QStringList texts;
+    if (std::isfinite(real) && real > 0.0) {
+        texts << Number(real) + QLatin1String(" mm");
+        *facts << PictureFact{QString(), QString(), QStringLiteral("focalLength"), real};
+    }
+    texts << Number(equivalent, 4) + QLatin1String(" mm on a frame of 36 x 24 mm");
+    *facts << PictureFact{QStringLiteral("Focal length"), texts.join(QLatin1String(", ")),
+                          QStringLiteral("focalLength35mm"), equivalent};
+}
+
+/// "1/160 s" or "2.5 s"
+QString Seconds(double time)
+{
+    return (time < 0.3 ? QStringLiteral("1/%1 s").arg(Number(1.0 / time, 4))
+                       : QStringLiteral("%1 s").arg(Number(time, 4)));
+}
+
+void AddExposure(const ShootingInformation &shooting, PictureFacts *facts)
+{
+    QStringList texts;
+    const auto add = [&](const char *key, double value, const QString &text) {
+        if (!text.isEmpty())
+            texts << text;
+        *facts << PictureFact{QString(), QString(), QLatin1String(key), Number(value).toDouble()}; // of floats
+    };
+    if (shooting.exposureTime > 0.0)
+        add("exposureTime", shooting.exposureTime, Seconds(shooting.exposureTime));
+    if (shooting.fNumber > 0.0)
+        add("fNumber", shooting.fNumber, QLatin1String("f/") + Number(shooting.fNumber, 3));
+    if (shooting.isoSpeed > 0)
+        add("iso", shooting.isoSpeed, QStringLiteral("ISO %1").arg(shooting.isoSpeed));
+    if (shooting.exposureBias != 0.0F)
+        add("exposureBias", static_cast<double>(shooting.exposureBias),
+            QStringLiteral("bias %1").arg(Number(static_cast<double>(shooting.exposureBias), 3)));
+    if (shooting.exposureValue != 0.0)
+        add("exposureValue", shooting.exposureValue, QString());
+    if (!texts.isEmpty())
+        *facts << PictureFact{QStringLiteral("Exposure"), texts.join(QLatin1String(", ")), QString(), {}};
+}
+
+/// The time that the camera's clock showed: it was taken for local time without daylight saving.
+QDateTime CameraClock(qint64 timestamp)
+{
+    const std::time_t time = timestamp;
+    std::tm local = {};
+    if (!localtime_r(&time, &local))
+        return QDateTime();
+    const long offset = local.tm_gmtoff;
+    local.tm_isdst = 0;
+    const qint64 saving = std::mktime(&local) - timestamp;
+    return QDateTime::fromSecsSinceEpoch(timestamp - saving, Qt::OffsetFromUTC, static_cast<int>(offset));
+}
+
+void AddDate(const ShootingInformation &shooting, PictureFacts *facts)
+{
+    const QDateTime date = CameraClock(shooting.timestamp);
+    constexpr int kFirstYear = 1826; // of the first photograph: an unset clock reads as the year 0
+    if (shooting.timestamp == 0 || date.date().year() < kFirstYear)
+        return;
+    *facts << PictureFact{QStringLiteral("Taken"), date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
+                          QStringLiteral("date"), date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))};
+}
+
+void AddPlace(const ShootingInformation &shooting, PictureFacts *facts)
+{
+    constexpr double kUnknown = ShootingInformation::kUnknownPlace;
+    if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
+        return;
+    const QString north = QStringLiteral("%1\u00b0 %2").arg(Number(shooting.gpsLatitude, 8), shooting.gpsLatitudeRef);
+    const QString east = QStringLiteral("%1\u00b0 %2").arg(Number(shooting.gpsLongitude, 8), shooting.gpsLongitudeRef);
+    const double latitudeSign = shooting.gpsLatitudeRef.startsWith(QLatin1Char('S')) ? -1.0 : 1.0;
+    const double longitudeSign = shooting.gpsLongitudeRef.startsWith(QLatin1Char('W')) ? -1.0 : 1.0;
+    *facts << PictureFact{QStringLiteral("Place"), north + QLatin1String(", ") + east, QStringLiteral("latitude"),
+                          latitudeSign * shooting.gpsLatitude};
+    *facts << PictureFact{QString(), QString(), QStringLiteral("longitude"), longitudeSign * shooting.gpsLongitude};
+}
+
+void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)
+{
+    if (shooting.gpsDirection == ShootingInformation::kUnknownPlace)
+        return;
+    *facts << PictureFact{
+        QStringLiteral("Direction"),
+        QStringLiteral("%1\u00b0 %2").arg(Number(shooting.gpsDirection), shooting.gpsDirectionRef).trimmed(),
+        QStringLiteral("direction"), shooting.gpsDirection};
+}
+
+void AddOrientation(int orientation, PictureFacts *facts)
+{
+    constexpr const char *kNames[] = {"upright",
+                                      "mirrored",
+                                      "to be turned by 180\u00b0",
+                                      "mirrored, to be turned by 180\u00b0",
+                                      "mirrored, to be turned by 90\u00b0 anticlockwise",
+                                      "to be turned by 90\u00b0 clockwise",
+                                      "mirrored, to be turned by 90\u00b0 clockwise",
+                                      "to be turned by 90\u00b0 anticlockwise"};
+    if (orientation < 1 || orientation > 8)
+        return;
+    *facts << PictureFact{QStringLiteral("Orientation"),
+                          QStringLiteral("%1 (%2)").arg(QString::fromUtf8(kNames[orientation - 1])).arg(orientation),
+                          QStringLiteral("orientation"), orientation};
+}
+
+void AddMetadata(const ImageDef &image, PictureFacts *facts)
+{
+    QStringList names;
+    const auto add = [&names](bool has, const char *name) {
+        if (has)
+            names << QLatin1String(name);
+    };
+    add(image.m_metaData.Exifex() != nullptr, "EXIF");
+    add(image.m_hasIcc, "ICC");
+    add(image.m_hasIptc, "IPTC");
+    add(image.m_hasXmp, "XMP");
+    *facts << PictureFact{QStringLiteral("Metadata"),
+                          names.isEmpty() ? QStringLiteral("none") : names.join(QLatin1String(", ")),
+                          QStringLiteral("metadata"), QJsonArray::fromStringList(names)};
+}
+
+} // namespace
+
+PictureFacts FactsOfPicture(const QString &path)
+{
+    PictureFacts facts;
+    AddFile(path, &facts);
+    const std::unique_ptr<ImageDef> image = Describe(path);
+    AddCamera(image->m_shooting, &facts);
+    AddLens(*image, &facts);
+    AddFocalLengths(*image, &facts);
+    AddExposure(image->m_shooting, &facts);
+    AddDate(image->m_shooting, &facts);
+    AddPlace(image->m_shooting, &facts);
+    AddDirection(image->m_shooting, &facts);
+    AddOrientation(image->m_shooting.orientation, &facts);
+    AddMetadata(*image, &facts);
+    return facts;
+}
+
+QString ExifTable(const QString &path)
+{
+    ImageDef image;
+    image.m_fileName = path;
+    return image.DumpExif();
+}

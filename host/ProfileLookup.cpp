@@ -1,0 +1,118 @@
+#include "ProfileLookup.h"
+
+#include "HostApplication.h"
+#include "ImageDef.h"
+#include "KImage.h"
+#include "PictureRun.h"
+#include "WorkFolder.h"
+
+#include <QFileInfo>
+
+namespace {
+
+const QLatin1String kLensPath("LensPath"); // the plug-in's setting
+
+/// A picture of which the plug-in gets the description and, in the place of its pixels, a single one.
+class PixellessImage : public ImageDef {
+public:
+    explicit PixellessImage(const ImageDef &described)
+        : ImageDef(described), m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0)
+    {
+    }
+    KImage *LockFullSize(bool) override { return &m_pixel; }
+    void UnlockFullSize(bool) override { }
+
+private:
+    KImage m_pixel;
+};
+
+bool IsServed(const QString &maker)
+{
+    return CameraProperties::isBrand(maker, QStringLiteral("Nikon"))
+        || CameraProperties::isBrand(maker, QStringLiteral("Canon"));
+}
+
+/// Why nothing was found, as far as the picture's own data tell; empty if they are all there.
+QString MissingInPicture(const ImageDef &image)
+{
+    const ShootingInformation &shooting = image.m_shooting;
+    if (!image.HasExif())
+        return QStringLiteral("neither its metadata nor the table of cameras tells its focal length on 35 mm film");
+    if (!IsServed(shooting.makerName)) {
+        return QStringLiteral("profiles are found for cameras of Nikon and Canon only, this is one of \"%1\"")
+            .arg(shooting.makerName);
+    }
+    if (shooting.lensId.isEmpty())
+        return QStringLiteral("its metadata doesn't tell the lens");
+    const QStringList lenses = ImageDef::g_Lenses.findLensList(shooting.makerName, shooting.lensId);
+    if (lenses.isEmpty())
+        return QStringLiteral("the lens \"%1\" isn't in the table of lenses").arg(shooting.lensId);
+    if (lenses.size() > 1) {
+        return QStringLiteral("several lenses call themselves \"%1\": %2")
+            .arg(shooting.lensId, lenses.join(QLatin1String("; ")));
+    }
+    return QString();
+}
+
+} // namespace
+
+ProfileLookup::ProfileLookup(HostApplication *application, const QString &folder, InterruptGuard *guard)
+    : m_application(application), m_guard(guard), m_given(folder)
+{
+    m_application->AdaptPluginSettings([this](const QString &key, const QVariant &stored) {
+        if (key != kLensPath)
+            return stored;
+        m_folder = std::make_unique<LensFolder>(m_given.isEmpty() ? stored.toString() : m_given, m_guard);
+        return QVariant(m_folder->Place());
+    });
+}
+
+ProfileLookup::~ProfileLookup()
+{
+    m_application->AdaptPluginSettings(nullptr);
+}
+
+ProfileLookup::Answer ProfileLookup::Find(KIPluginOne2One *process, const QString &picture)
+{
+    const QString problem = m_application->ProblemOf(picture);
+    if (!problem.isEmpty())
+        return {QString(), problem};
+    if (!m_given.isEmpty() && !QFileInfo(m_given).isDir())
+        return {QString(), QStringLiteral("there is no folder of profiles \"%1\"").arg(m_given)};
+    if (!m_folder || !QFileInfo(m_folder->Folder()).isDir())
+        return {QString(), QStringLiteral("no folder of profiles is known; name one with --lens-path")};
+    const ImageDef &image = *m_application->ImageOf(picture);
+    return Judge(AskPlugin(process, image), image);
+}
+
+/// @return the profile as the record has it after the run.
+QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image)
+{
+    const ParameterRecord record(process, DescribeParameters(process->Name(), PictureParameters()));
+    PixellessImage pixelless(image);
+    WorkFolder work(m_folder->Scratch(), m_guard);
+    const QString name = work.Admit(image.FileName());
+    m_application->LendInstead(name, &pixelless);
+    try {
+        QString output;
+        process->Process(name, record.Get(), output);
+    } catch (...) { // from the pixel on its way into a file: the lookup was before
+    }
+    m_application->LendInstead(name, nullptr);
+    return ReadParameters(process->GetXmlParameters(record.Get())).profile;
+}
+
+ProfileLookup::Answer ProfileLookup::Judge(const QString &found, const ImageDef &image) const
+{
+    const QString real = QFileInfo(found).canonicalFilePath(); // empty for what doesn't exist
+    if (!found.isEmpty() && !real.isEmpty())
+        return {real, QString()};
+    const QString missing = MissingInPicture(image);
+    if (!missing.isEmpty())
+        return {QString(), missing};
+    const ShootingInformation &shooting = image.m_shooting;
+    return {QString(),
+            QStringLiteral("no profile of the camera \"%1\" with the lens \"%2\" in \"%3\"")
+                .arg(shooting.modelName, ImageDef::g_Lenses.findLensList(shooting.makerName, shooting.lensId).value(0),
+                     m_folder->Folder())};
+}

@@ -90,10 +90,17 @@ enum GflSaveFlag : std::uint32_t {
 /// GFL_SAVE_PARAMS::Compression: the format's own default (TIFF: none).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 
+/// Numbers of Compression by format:
+///
+///   | format    | numbers                                                             |
+///   |-----------|---------------------------------------------------------------------|
+///   | tiff      | 0 none, 2 LZW, 4 deflate; others are GFL_ERROR_BAD_PARAMETERS       |
+///   | png       | level of zlib, 0 to 9; higher ones count as 9                       |
+///   | hdri, psd | 0 none; others: rows packed by runs                                 |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
     std::int32_t FormatIndex;  // from gflGetFormatIndexByName
-    std::uint16_t Compression; // by format; TIFF: 0 none, 2 LZW, 4 deflate
+    std::uint16_t Compression; // by format
     std::uint16_t Quality;     // JPEG, 0 to 100
 };
 static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_PARAMS, Quality) == 10,
@@ -123,7 +130,7 @@ enum GflColorModel : std::uint16_t {
 /// What is known of a file without its pixels. Texts are zero-terminated ASCII.
 struct GFL_FILE_INFORMATION {
     char FormatName[8];   // as gflGetFormatIndexByName takes it
-    char Description[64]; // "TIFF", "TIFF tiled", "JPEG", "JPEG progressive" ...
+    char Description[64]; // "TIFF", "TIFF tiled", "JPEG progressive", "PSD LAB", "JPEG CMYK" ...
     std::int32_t FormatIndex;
     std::int32_t Width;
     std::int32_t Height;

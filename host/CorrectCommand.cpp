@@ -148,10 +148,8 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
-    char *argv[] = {name, nullptr};
-    int argc = 1;
-    HostApplication application(argc, argv);
+    ProgramName name;
+    HostApplication application(name.argc, name.argv);
     std::unique_ptr<ProfileLookup> lookup;
     if (options.profile.isEmpty())
         lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);

@@ -23,6 +23,14 @@ void ChooseDisplayless();
 /// message, when the application is made.
 QString ChooseDisplay();
 
+/// What the application object gets of the command line: the program's name, and none of the user's arguments, which
+/// are ours to read. Outlives the application.
+struct ProgramName {
+    char name[9] = "vitrelux";
+    char *argv[2] = {name, nullptr};
+    int argc = 1;
+};
+
 /// Starts the image kernel alone and lends it to plug-ins; so a plug-in has to be gone before this object is. Settings
 /// are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI thread.
 class HostApplication : public QApplication, public KIApplication {

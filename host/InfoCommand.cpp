@@ -58,16 +58,26 @@ PictureFact ExifFact(const QString &path)
     return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
 }
 
+/// A picture's lines or its object, with the answer of the lookup.
+QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileLookup::Answer &answer)
+{
+    PictureFacts facts = FactsOfPicture(path);
+    facts << ProfileFact(answer);
+    if (!options.json)
+        return AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString());
+    if (options.exif)
+        facts << ExifFact(path);
+    return AsJson(file, facts);
+}
+
 } // namespace
 
 ExitCode RunInfo(const InfoOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
-    char *argv[] = {name, nullptr};
-    int argc = 1;
-    HostApplication application(argc, argv);
+    ProgramName name;
+    HostApplication application(name.argc, name.argv);
     ProfileLookup lookup(&application, options.lensPath, &guard);
     const PluginLoader plugin(options.plugin);
 
@@ -81,17 +91,11 @@ ExitCode RunInfo(const InfoOptions &options, Console *console)
             result = kSomeFailed;
             continue;
         }
-        PictureFacts facts = FactsOfPicture(path);
-        facts << ProfileFact(plugin.Process() ? lookup.Find(plugin.Process(), path)
-                                              : ProfileLookup::Answer{QString(), plugin.Problem()});
-        if (options.json) {
-            if (options.exif)
-                facts << ExifFact(path);
-            console->Print(AsJson(file, facts));
-        } else {
-            console->Print(gap + AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString()));
+        const ProfileLookup::Answer answer =
+            plugin.Process() ? lookup.Find(plugin.Process(), path) : ProfileLookup::Answer{QString(), plugin.Problem()};
+        console->Print(gap + Tell(options, file, path, answer));
+        if (!options.json)
             gap = QStringLiteral("\n");
-        }
         application.ForgetImages();
     }
     return result;

@@ -14,10 +14,8 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
         console->Failure(QString(), problem);
         return kSomeFailed;
     }
-    char name[] = "vitrelux"; // and none of the user's arguments: they are ours to read
-    char *argv[] = {name, nullptr};
-    int argc = 1;
-    HostApplication application(argc, argv);
+    ProgramName name;
+    HostApplication application(name.argc, name.argv);
     application.TranslateWindows();
     application.MakeThumbnails();
     const PluginLoader plugin(options.plugin);

@@ -21,16 +21,15 @@ constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline reache
 
 /// A plane of its own; empty where the memory can't be had.
 struct Plane {
-    explicit Plane(Size of) : size(of), block(AllocateImage<Ipp32f, 1>(of.width, of.height, &step)) { }
+    explicit Plane(Size of) : size(of), block(AllocateImage<Ipp32f, 1>(of.width, of.height, &step), Free) { }
+    /// Somebody else's memory.
+    Plane(Size of, Ipp32f *pixels, Step stepBytes) : size(of), step(stepBytes), block(pixels, [](void *) {}) { }
 
     Ipp32f *Row(std::int64_t y) { return RowAt(block.get(), step, y); }
 
-    struct Release {
-        void operator()(Ipp32f *pixels) const { Free(pixels); }
-    };
     Size size;
     Step step = 0;
-    std::unique_ptr<Ipp32f, Release> block;
+    std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
 /// Nodes stand at the pixels 0, k, 2k and so on, with a margin on both sides beyond which all are alike.
@@ -223,7 +222,11 @@ Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Si
     const float relative = sigma / static_cast<float>(spacing);
 
     GridBlur grid(size, spacing);
-    Plane onGrid(grid.GridSize()), blurred(grid.GridSize());
+    const Size onGridSize = grid.GridSize();
+    // The target is free until the end, and spares new memory, whose first touch costs more than the blur.
+    const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
+    Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
+    Plane blurred(onGridSize);
     if (!grid.HasMemory() || !onGrid.block || !blurred.block)
         return Status::NoMemory;
     grid.Project(src, srcStep, onGrid);

@@ -18,7 +18,7 @@ constexpr float kLargestSigma = 1e6f;
 /// the variance k^2 / 3, so that the grid's own blur has what is left, sigma^2 / k^2 - 2 / 3. Against the convolution
 /// the result is within 0.3 % of the plane's range up to sigma 5, 0.1 % above.
 ///
-/// What isn't finite spreads over about 5 sigma. NoMemory leaves the target as it was.
+/// What isn't finite spreads over about 5 sigma. After NoMemory the target is undefined.
 Status GaussianBlur(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma);
 
 } // namespace primitives

@@ -59,6 +59,11 @@ void StartKernels()
     KImage::init(nullptr);
 }
 
+QString AbsoluteName(const QString &fileName)
+{
+    return QDir::cleanPath(QDir().absoluteFilePath(fileName));
+}
+
 QString SettingPath(const QString &uid, const QString &key)
 {
     return QStringLiteral("Plugins/%1/%2").arg(uid, key);
@@ -182,7 +187,7 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 
 HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
-    const QString path = QDir::cleanPath(QDir().absoluteFilePath(fileName));
+    const QString path = AbsoluteName(fileName);
     const QMutexLocker locker(&m_mutex);
     Picture &picture = m_pictures[path];
     if (picture.image)
@@ -223,4 +228,12 @@ void HostApplication::LendInstead(const QString &fileName, KIImageDef *image)
 void HostApplication::AdaptPluginSettings(std::function<QVariant(const QString &, const QVariant &)> adapt)
 {
     m_adapt = std::move(adapt);
+}
+
+void HostApplication::Forget(const QString &fileName)
+{
+    const QString path = AbsoluteName(fileName);
+    const QMutexLocker locker(&m_mutex);
+    ImageDef::Delete(path);
+    m_pictures.erase(path);
 }

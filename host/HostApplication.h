@@ -63,6 +63,9 @@ public:
     void LendInstead(const QString &fileName, KIImageDef *image);
     /// From now on what is stored, or the default, passes through @p adapt on its way to a plug-in; null ends this.
     void AdaptPluginSettings(std::function<QVariant(const QString &key, const QVariant &value)> adapt);
+    /// Frees what is known of the file and its pixels, with the disk copies of raw ones: for files that nobody asks for
+    /// again. Not while it is in use. Any thread.
+    void Forget(const QString &fileName);
     /// Images described from now on have thumbnails; commands with windows want them.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// What the program itself remembers; plug-ins have their own by GetPluginSetting.

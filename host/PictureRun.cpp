@@ -67,7 +67,7 @@ void RunPicture(HostApplication *application, KIPluginOne2One *process, const Pa
 {
     WorkFolder folder(planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
-    const auto release = qScopeGuard([&] { application->ImageOf(admitted)->ReleaseFromMemory(); });
+    const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // nobody asks for this name again
     QString result;
     try {
         process->Process(admitted, record.Get(), result);

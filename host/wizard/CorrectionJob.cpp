@@ -2,6 +2,7 @@
 
 #include "HostApplication.h"
 #include "ProfileUse.h"
+#include "WorkFolder.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -21,8 +22,11 @@ public:
             return tr("Not a picture that can be read: %1").arg(problem);
         if (!parameters.corrections.Any())
             return tr("No correction is switched on");
-        if (parameters.profile.isEmpty())
-            return tr("No lens profile is chosen");
+        return parameters.profile.isEmpty() ? QString() : ToProfile(parameters);
+    }
+
+    QString ToProfile(const PictureParameters &parameters)
+    {
         const ProfileUse &use = UseOf(parameters.profile);
         QString why = use.problem;
         if (why.isEmpty())
@@ -32,6 +36,8 @@ public:
 
     QString NoteOn(const ImageDef &image, const PictureParameters &parameters)
     {
+        if (parameters.profile.isEmpty())
+            return QString(); // not known yet
         return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
     }
 
@@ -61,6 +67,7 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
         picture.problem = objections.To(planned, application->ProblemOf(planned.picture), parameters);
+        picture.parameters = parameters;
         if (picture.problem.isEmpty()) {
             picture.note = objections.NoteOn(image, parameters);
             picture.record = std::make_unique<ParameterRecord>(process, element);
@@ -110,10 +117,27 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return PictureOutcome::Kept;
     try {
+        if (picture.parameters.profile.isEmpty()) {
+            const QString found = LookedUpProfile(picture);
+            *why = found.isEmpty() ? tr("No lens profile is chosen, and none is found for this picture")
+                                   : Objections().ToProfile({picture.parameters.corrections, found});
+            if (!why->isEmpty())
+                return PictureOutcome::Failed;
+        }
         RunPicture(m_application, m_process, *picture.record, picture.planned, m_existing, m_guard);
         return PictureOutcome::Corrected;
     } catch (...) {
         *why = TextOfCurrentException();
         return PictureOutcome::Failed;
     }
+}
+
+/// Run with a record that names no profile, the process looks one up, leaves it in the record and the pixels as they
+/// are. What it writes then is of no use and goes with its folder; the next run corrects.
+QString CorrectionJob::LookedUpProfile(const JobPicture &picture) const
+{
+    WorkFolder folder(picture.planned.outputFolder, m_guard);
+    QString uncorrected;
+    m_process->Process(folder.Admit(picture.planned.picture), picture.record->Get(), uncorrected);
+    return ReadParameters(m_process->GetXmlParameters(picture.record->Get())).profile;
 }

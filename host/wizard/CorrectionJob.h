@@ -13,6 +13,7 @@ class HostApplication;
 /// One picture of a job.
 struct JobPicture {
     PlannedPicture planned;
+    PictureParameters parameters;            // as chosen; without a profile one is looked up
     QString problem;                         // why it isn't tried, for the user; empty: it is
     QString note;                            // what the user should know of its result; mostly empty
     qint64 pixels = 0;                       // how much work it is
@@ -49,6 +50,7 @@ protected:
 
 private:
     PictureOutcome One(const JobPicture &picture, QString *why) const;
+    QString LookedUpProfile(const JobPicture &picture) const;
 
     HostApplication *m_application;
     KIPluginOne2One *m_process;

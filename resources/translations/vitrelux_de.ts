@@ -12,16 +12,16 @@
         <translation>Keine Korrektur ist eingeschaltet</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>Kein Objektivprofil ist gewählt</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Kein lesbares Bild: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>Das Objektivprofil „%1“ ist nicht brauchbar: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>Kein Objektivprofil ist gewählt, und für dieses Bild wurde keines gefunden</translation>
     </message>
 </context>
 <context>

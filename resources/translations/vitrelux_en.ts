@@ -12,16 +12,16 @@
         <translation>No correction is switched on</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>No lens profile is chosen</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Not a picture that can be read: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>The lens profile &quot;%1&quot; can&apos;t be used: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>No lens profile is chosen, and none is found for this picture</translation>
     </message>
 </context>
 <context>

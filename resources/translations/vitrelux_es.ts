@@ -12,16 +12,16 @@
         <translation>No hay ninguna corrección activada</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>No se ha elegido ningún perfil de objetivo</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>No es una imagen legible: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>El perfil de objetivo «%1» no se puede usar: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>No se ha elegido ningún perfil de objetivo ni se ha encontrado uno para esta imagen</translation>
     </message>
 </context>
 <context>

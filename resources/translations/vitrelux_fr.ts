@@ -12,16 +12,16 @@
         <translation>Aucune correction n&apos;est activée</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>Aucun profil d&apos;objectif n&apos;est choisi</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Pas une image lisible : %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>Aucun profil d&apos;objectif n&apos;est choisi, et aucun n&apos;a été trouvé pour cette image</translation>
     </message>
 </context>
 <context>

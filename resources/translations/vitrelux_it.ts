@@ -12,16 +12,16 @@
         <translation>Nessuna correzione è attivata</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>Nessun profilo obiettivo è stato scelto</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Non è un&apos;immagine leggibile: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>Il profilo obiettivo &quot;%1&quot; non è utilizzabile: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>Nessun profilo obiettivo è stato scelto e non ne è stato trovato uno per questa immagine</translation>
     </message>
 </context>
 <context>

@@ -12,16 +12,16 @@
         <translation>補正が 1 つもオンになっていません</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>レンズプロファイルが選択されていません</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>読み取れる画像ではありません：%1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>レンズプロファイル「%1」は使えません：%2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>レンズプロファイルが選択されておらず、この画像に合うものも見つかりません</translation>
     </message>
 </context>
 <context>

@@ -12,16 +12,16 @@
         <translation>Nie włączono żadnej korekcji</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>Nie wybrano profilu obiektywu</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Nie jest czytelnym obrazem: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>Nie można użyć profilu obiektywu „%1”: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>Nie wybrano profilu obiektywu i nie znaleziono żadnego dla tego obrazu</translation>
     </message>
 </context>
 <context>

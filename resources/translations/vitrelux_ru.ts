@@ -12,16 +12,16 @@
         <translation>Ни одна коррекция не включена</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>Профиль объектива не выбран</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>Изображение не читается: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>Профиль объектива «%1» непригоден: %2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>Профиль объектива не выбран, и для этого снимка он не найден</translation>
     </message>
 </context>
 <context>

@@ -12,16 +12,16 @@
         <translation>未启用任何校正</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>未选择镜头配置文件</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>不是可读取的图片：%1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>镜头配置文件“%1”无法使用：%2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>未选择镜头配置文件，也未找到适合此图片的配置文件</translation>
     </message>
 </context>
 <context>

@@ -12,16 +12,16 @@
         <translation>未啟用任何校正</translation>
     </message>
     <message>
-        <source>No lens profile is chosen</source>
-        <translation>未選取鏡頭描述檔</translation>
-    </message>
-    <message>
         <source>Not a picture that can be read: %1</source>
         <translation>不是可讀取的圖片：%1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>鏡頭描述檔「%1」無法使用：%2</translation>
+    </message>
+    <message>
+        <source>No lens profile is chosen, and none is found for this picture</source>
+        <translation>未選取鏡頭描述檔，也找不到適合此圖片的描述檔</translation>
     </message>
 </context>
 <context>

@@ -60,7 +60,12 @@ public:
     QDomElement GetFileXmlParams(QString file) override
     {
         const bool off = file.contains(QLatin1String("off"));
-        return DescribeParameters(Name(), {{!off, false, false}, profile});
+        const bool open = file.contains(QLatin1String("open")) || file.contains(QLatin1String("none"));
+        return DescribeParameters(Name(), {{!off, false, false}, open ? QString() : profile});
+    }
+    QDomElement GetXmlParameters(void *record) override
+    {
+        return DescribeParameters(Name(), *static_cast<PictureParameters *>(record));
     }
     void Process(QString fileName, void *record, QString &output) override
     {
@@ -73,7 +78,10 @@ public:
         if (info.fileName().startsWith(QLatin1String("bad")))
             throw KException(fileName + QStringLiteral(": pixels\nare lost"), KPlace());
         output = info.path() + QLatin1Char('/') + info.completeBaseName() + QLatin1String("_corrected.tiff");
-        WriteBytes(output, static_cast<PictureParameters *>(record)->profile.toUtf8());
+        QString &used = static_cast<PictureParameters *>(record)->profile;
+        WriteBytes(output, used.toUtf8());
+        if (used.isEmpty() && info.fileName().startsWith(QLatin1String("open")))
+            used = profile; // looked up: the next run corrects by it
     }
 
     std::unique_ptr<QWizardPage> page;
@@ -219,7 +227,8 @@ void WizardTest::picturesByDialogAndDrop()
 void WizardTest::runTellsWhatCameOfEach()
 {
     const QStringList names{QStringLiteral("good.jpg"), QStringLiteral("bad.jpg"), QStringLiteral("there.jpg"),
-                            QStringLiteral("good.tif"), QStringLiteral("off.jpg"), QStringLiteral("text.jpg")};
+                            QStringLiteral("good.tif"), QStringLiteral("off.jpg"), QStringLiteral("open.jpg"),
+                            QStringLiteral("none.jpg"), QStringLiteral("text.jpg")};
     Pictures(names);
     WriteBytes(Path(QStringLiteral("text.jpg")), "no picture");
     WriteBytes(Path(QStringLiteral("there_corrected.tiff")), "old");
@@ -229,20 +238,23 @@ void WizardTest::runTellsWhatCameOfEach()
     QTRY_VERIFY(Close());
     QCOMPARE(
         m_process->calls,
-        QStringList({QLatin1String("files ") + names.mid(0, 5).join(QLatin1Char(' ')), QStringLiteral("validate")}));
+        QStringList({QLatin1String("files ") + names.mid(0, 7).join(QLatin1Char(' ')), QStringLiteral("validate")}));
     const QStringList rows = Rows("results");
     QCOMPARE(rows[0], QStringLiteral("good.jpg|Corrected"));
     QCOMPARE(rows[1], QStringLiteral("bad.jpg|Failed: pixels are lost"));
     QVERIFY(rows[2].contains(QLatin1String("exists already")));
     QVERIFY2(rows[3].contains(QLatin1String("good.jpg\"")), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains(QLatin1String("No correction")));
-    QVERIFY(rows[5].startsWith(QLatin1String("text.jpg|Failed: ")));
-    QCOMPARE(m_wizard->FailedCount(), 4);
-    QCOMPARE(Find<QLabel>("state")->text(), QStringLiteral("1 picture corrected, 1 left as it was, 4 failed"));
+    QCOMPARE(rows[5], QStringLiteral("open.jpg|Corrected"));
+    QCOMPARE(ReadBytes(Path(QStringLiteral("open_corrected.tiff"))), m_process->profile.toUtf8());
+    QVERIFY(rows[6].contains(QLatin1String("No lens profile")));
+    QVERIFY(rows[7].startsWith(QLatin1String("text.jpg|Failed: ")));
+    QCOMPARE(m_wizard->FailedCount(), 5);
+    QCOMPARE(Find<QLabel>("state")->text(), QStringLiteral("2 pictures corrected, 1 left as it was, 5 failed"));
     QCOMPARE(Find<QProgressBar>("progress")->value(), names.size());
     QCOMPARE(ReadBytes(Path(QStringLiteral("good_corrected.tiff"))), m_process->profile.toUtf8());
     QCOMPARE(ReadBytes(Path(QStringLiteral("there_corrected.tiff"))), QByteArray("old"));
-    QCOMPARE(Names(m_dir->path()).size(), names.size() + 3); // the profile and two outputs: no work folder is left
+    QCOMPARE(Names(m_dir->path()).size(), names.size() + 4); // the profile and three outputs: no work folder is left
 
     QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open");
     Click("showInFolder");

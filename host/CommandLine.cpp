@@ -56,6 +56,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"o", "output"}, "DIR", "write into DIR, which is made if it does not exist"},
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
+    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures at once; default: as processors and memory allow"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
@@ -168,6 +169,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.lensPath = parser.value(QStringLiteral("lens-path"));
     options.outputFolder = parser.value(QStringLiteral("o"));
     options.plugin = parser.value(QStringLiteral("plugin"));
+    options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
@@ -198,6 +200,14 @@ QString FindExclusion(const QCommandLineParser &parser)
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
     }
     return QString();
+}
+
+bool IsJobCount(const QString &text)
+{
+    constexpr int kMostJobs = 256;
+    bool ok = false;
+    const int count = text.toInt(&ok);
+    return ok && count >= 1 && count <= kMostJobs;
 }
 
 CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
@@ -235,6 +245,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     const QString exclusion = FindExclusion(parser);
     if (!exclusion.isEmpty())
         return Refuse(command, exclusion);
+    if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
+        return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
     return line;

@@ -20,6 +20,7 @@ struct CorrectOptions {
     QString plugin;       // empty: the installed one
     Corrections asked;    // none: everything that the profile holds
     ExistingOutput existing = ExistingOutput::Refuse;
+    int jobs = 0; // pictures at once; 0: as many as processors and memory allow
 };
 
 struct InfoOptions {

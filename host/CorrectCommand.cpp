@@ -4,12 +4,21 @@
 #include "HostApplication.h"
 #include "InterruptGuard.h"
 #include "KException.h"
+#include "KOmp.h"
+#include "MemoryBudget.h"
 #include "PictureRun.h"
 #include "PluginLoader.h"
 #include "ProfileLookup.h"
 #include "ProfileUse.h"
+#include "gfl.h"
 
 #include <QHash>
+
+#include <malloc.h>
+
+#include <mutex>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -22,61 +31,125 @@ enum class Outcome { Corrected, Skipped };
 
 /// One run over all pictures. No wizard page is shown, so the record of each picture is all that the process gets:
 /// SetFiles and OnValidatePage belong to the page.
+///
+/// Pictures are corrected on several threads, each with a process of its own; whichever is free takes the next one.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
-               KIPluginOne2One *process, InterruptGuard *guard, Console *console)
+               InterruptGuard *guard, Console *console)
         : m_options(options),
           m_application(application),
           m_lookup(lookup),
-          m_process(process),
           m_guard(guard),
-          m_console(console)
+          m_console(console),
+          m_plan(PlanOutputs(options.files, options.outputFolder)),
+          m_memory(options.jobs > 0 ? 0 : AvailableBytes())
     {
     }
 
-    ExitCode All();
+    /// Threads to work on. Their own threads share the processors, so the plug-in is to be loaded after this.
+    int ShareProcessors() const;
+    ExitCode All(const PluginLoader &plugin, int threads);
 
 private:
-    Outcome One(const PlannedPicture &planned);
+    void Work(KIPluginOne2One *process);
+    void WorkOn(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome One(KIPluginOne2One *process, const PlannedPicture &planned);
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
     Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
     void TellMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile);
 
     const CorrectOptions &m_options;
-    QHash<QString, ProfileUse> m_profiles; // by name: each is read once
     HostApplication *m_application;
     ProfileLookup *m_lookup; // null: the profile is named
-    KIPluginOne2One *m_process;
     InterruptGuard *m_guard;
     Console *m_console;
+    const QVector<PlannedPicture> m_plan;
+    MemoryBudget m_memory;
+    std::mutex m_mutex;                         // of what follows, of the lookup and of the console
+    KIPluginOne2One *m_lookupProcess = nullptr; // the last one made: its folder of profiles is the one that stands
+    QHash<QString, ProfileUse> m_profiles;      // by name: each is read once
+    int m_next = 0;
+    int m_corrected = 0, m_skipped = 0, m_failed = 0;
 };
 
-ExitCode CorrectRun::All()
+int CorrectRun::ShareProcessors() const
 {
-    const QVector<PlannedPicture> plan = PlanOutputs(m_options.files, m_options.outputFolder);
-    int corrected = 0, skipped = 0, failed = 0;
-    for (const PlannedPicture &planned : plan) {
-        m_console->BeginProgress(corrected + skipped + failed + 1, plan.size(), planned.asNamed);
-        try {
-            const Outcome outcome = One(planned);
-            m_console->EndProgress();
-            if (outcome == Outcome::Corrected)
-                m_console->Print(planned.output + QLatin1Char('\n'));
-            ++(outcome == Outcome::Corrected ? corrected : skipped);
-        } catch (...) {
-            m_console->EndProgress();
-            m_console->Failure(planned.asNamed, TextOfCurrentException());
-            ++failed;
-        }
-        m_application->ForgetImages(); // each has its turn once
-    }
-    m_console->Summary(corrected, skipped, failed);
-    return failed ? kSomeFailed : kAllDone;
+    const int wanted = m_options.jobs > 0 ? m_options.jobs : komp_num_threads;
+    const int threads = qBound(1, wanted, qMax(1, m_plan.size()));
+    komp_num_threads = qMax(1, komp_num_threads / threads);
+    gflSetThreads(komp_num_threads);
+    return threads;
 }
 
-Outcome CorrectRun::One(const PlannedPicture &planned)
+/// Memory that is freed is kept for the next picture: its pages cost a fifth of a run when the system has to make them
+/// anew. They stay in one heap, since threads with heaps of their own would each keep their share.
+void KeepFreedMemory()
+{
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, -1);
+    mallopt(M_ARENA_MAX, 1);
+}
+
+ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
+{
+    if (m_plan.size() > 1)
+        KeepFreedMemory();
+    m_lookupProcess = plugin.Process();
+    std::vector<std::unique_ptr<QObject>> made;
+    std::vector<KIPluginOne2One *> processes;
+    for (int i = 1; i < threads; ++i) {
+        made.push_back(plugin.MakeProcess());
+        if (auto *process = qobject_cast<KIPluginOne2One *>(made.back().get()))
+            processes.push_back(m_lookupProcess = process);
+    }
+    std::vector<std::thread> others;
+    for (KIPluginOne2One *process : processes)
+        others.emplace_back(&CorrectRun::Work, this, process);
+    Work(plugin.Process());
+    for (std::thread &other : others)
+        other.join();
+    m_console->Summary(m_corrected, m_skipped, m_failed);
+    return m_failed ? kSomeFailed : kAllDone;
+}
+
+void CorrectRun::Work(KIPluginOne2One *process)
+{
+    for (;;) {
+        const PlannedPicture *planned = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (m_next == m_plan.size())
+                return;
+            planned = &m_plan[m_next++];
+            m_console->BeginProgress(m_next, m_plan.size(), planned->asNamed);
+        }
+        WorkOn(process, *planned);
+        if (!planned->repeated) // the first of that name may still need it
+            m_application->Forget(planned->picture);
+    }
+}
+
+void CorrectRun::WorkOn(KIPluginOne2One *process, const PlannedPicture &planned)
+{
+    try {
+        const Outcome outcome = One(process, planned);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->EndProgress();
+        if (outcome == Outcome::Corrected)
+            m_console->Print(planned.output + QLatin1Char('\n'));
+        ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
+    } catch (...) {
+        const QString why = TextOfCurrentException();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->EndProgress();
+        m_console->Failure(planned.asNamed, why);
+        ++m_failed;
+    }
+}
+
+Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
 {
     if (planned.repeated)
         return Outcome::Skipped;
@@ -90,13 +163,17 @@ Outcome CorrectRun::One(const PlannedPicture &planned)
     const QString problem = m_application->ProblemOf(planned.picture);
     if (!problem.isEmpty())
         Fail(problem);
+    std::unique_lock<std::mutex> lock(m_mutex);
     const QString name = ProfileOf(planned);
-    const ProfileUse &profile = UseOf(name);
+    const ProfileUse profile = UseOf(name);
     const Corrections corrections = UsableCorrections(name, profile);
     TellMismatch(planned, name, profile);
+    lock.unlock();
 
-    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), {corrections, profile.path}));
-    RunPicture(m_application, m_process, record, planned, m_options.existing, m_guard);
+    const ImageDef *image = m_application->ImageOf(planned.picture);
+    const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
+    const ParameterRecord record(process, DescribeParameters(process->Name(), {corrections, profile.path}));
+    RunPicture(m_application, process, record, planned, m_options.existing, m_guard);
     return Outcome::Corrected;
 }
 
@@ -105,7 +182,7 @@ QString CorrectRun::ProfileOf(const PlannedPicture &planned)
 {
     if (!m_options.profile.isEmpty())
         return m_options.profile;
-    const ProfileLookup::Answer answer = m_lookup->Find(m_process, planned.picture);
+    const ProfileLookup::Answer answer = m_lookup->Find(m_lookupProcess, planned.picture);
     if (answer.profile.isEmpty())
         Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(answer.why));
     m_console->Note(planned.asNamed, QStringLiteral("profile \"%1\"").arg(answer.profile));
@@ -153,10 +230,12 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     std::unique_ptr<ProfileLookup> lookup;
     if (options.profile.isEmpty())
         lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);
+    CorrectRun run(options, &application, lookup.get(), &guard, console);
+    const int threads = run.ShareProcessors();
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    return CorrectRun(options, &application, lookup.get(), plugin.Process(), &guard, console).All();
+    return run.All(plugin, threads);
 }

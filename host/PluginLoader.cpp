@@ -31,6 +31,12 @@ PluginLoader::~PluginLoader()
         m_loader.unload(); // deletes the library object, and that its processes
 }
 
+std::unique_ptr<QObject> PluginLoader::MakeProcess() const
+{
+    QObject *made = m_object ? m_object->metaObject()->newInstance(Q_ARG(QObject *, nullptr)) : nullptr;
+    return std::unique_ptr<QObject>(made);
+}
+
 /// @return why there is no process; without meaning if there is one.
 QString PluginLoader::Load()
 {
@@ -47,8 +53,10 @@ QString PluginLoader::Load()
         return QStringLiteral("has no library object \"KIPluginLibrary\"");
     const QList<QPointer<QObject>> made = library->Plugins(KIPluginLibrary::All);
     for (const QPointer<QObject> &object : made) {
-        if ((m_process = qobject_cast<KIPluginOne2One *>(object.data())))
+        if ((m_process = qobject_cast<KIPluginOne2One *>(object.data()))) {
+            m_object = object;
             return QString();
+        }
     }
     return QStringLiteral("offers no process \"KIPluginOne2One\"");
 }

@@ -5,6 +5,8 @@
 
 #include <QPluginLoader>
 
+#include <memory>
+
 /// Needs the application object, and has to be destroyed before it.
 class PluginLoader {
 public:
@@ -16,6 +18,8 @@ public:
 
     /// The correction process, owned by the plug-in; null if it could not be had.
     KIPluginOne2One *Process() const { return m_process; }
+    /// Another process of the same kind, for a thread of its own; null if the plug-in makes none.
+    std::unique_ptr<QObject> MakeProcess() const;
     /// Why Process() is null.
     QString Problem() const { return m_problem; }
 
@@ -24,5 +28,6 @@ private:
 
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
+    QPointer<QObject> m_object; // the same
     QString m_problem;
 };

@@ -41,6 +41,8 @@ QString Describe(const CorrectOptions &options)
         words << QStringLiteral("vignetting");
     if (options.existing != ExistingOutput::Refuse)
         words << (options.existing == ExistingOutput::Skip ? QStringLiteral("skip") : QStringLiteral("overwrite"));
+    if (options.jobs > 0)
+        words << QStringLiteral("jobs=%1").arg(options.jobs);
     return (words << options.files).join(QLatin1Char(' '));
 }
 
@@ -62,6 +64,7 @@ void CommandLineTest::correct_data()
         {"--output", "correct --output out a.jpg", "folder=out a.jpg"},
         {"overwrite", "correct --overwrite a.jpg", "overwrite a.jpg"},
         {"skip", "correct a.jpg --skip-existing", "skip a.jpg"},
+        {"pictures at once", "correct -j 4 a.jpg", "jobs=4 a.jpg"},
         {"plug-in", "correct --plugin x.so a.jpg", "plugin=x.so a.jpg"},
         {"the last value holds", "correct --profile p.lcp --profile q.lcp a.jpg", "profile=q.lcp a.jpg"},
         {"names like options behind --", "correct --ca -- --overwrite -o", "chromatic --overwrite -o"},
@@ -92,7 +95,8 @@ void CommandLineTest::refused_data()
         {"unknown long option", "correct --profil p.lcp a.jpg", "profil"},
         {"unknown short option", "correct -x a.jpg", "x"},
         {"an option of another command", "profile --overwrite p.lcp", "overwrite"},
-        {"an option that is yet to come", "correct -j 4 a.jpg", "j"},
+        {"no picture at once", "correct -j 0 a.jpg", "-j N"},
+        {"pictures at once in words", "correct --jobs=two a.jpg", "-j N"},
         {"no value", "correct a.jpg --profile", "profile"},
         {"a value for a switch", "correct --ca=yes a.jpg", "ca"},
         {"no picture", "correct --profile p.lcp", "no file"},

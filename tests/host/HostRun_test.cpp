@@ -20,6 +20,7 @@ private Q_SLOTS:
     void outputFolderIsMade();
     void existingOutput_data();
     void existingOutput();
+    void picturesAtOnceAreThoseOneByOne();
     void outputThatAppearsMeanwhileStays();
     void rivalsForOneOutput();
     void interruptionLeavesNothing_data();
@@ -180,6 +181,31 @@ void HostRunTest::existingOutput()
     QCOMPARE(result.errorLines.size(), errorLines);
     QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), content);
     QCOMPARE(ReadBytes(Path("in/b_corrected.tiff")), QByteArray("probe"));
+}
+
+/// With the real plug-in, which makes a process for each thread; one picture in between fails.
+void HostRunTest::picturesAtOnceAreThoseOneByOne()
+{
+    QStringList pictures;
+    for (int i = 0; i < 6; ++i) {
+        pictures << Path("in/%1.jpg").arg(i);
+        i == 3 ? WriteBytes(pictures.last(), "no picture") : WriteJpeg(pictures.last(), 300 + 50 * i, 260);
+    }
+    const QStringList options = {QStringLiteral("correct"), QStringLiteral("--profile"), Path("p.lcp")};
+    const auto run = [&](const char *folder, const char *jobs) {
+        return ProgramRun().Run(
+            options + QStringList{QStringLiteral("-o"), Path(folder), QLatin1String("-j"), QString::fromLatin1(jobs)}
+            + pictures);
+    };
+    const ProgramResult alone = run("alone", "1"), together = run("together", "3");
+    QCOMPARE(alone.exitCode, 1);
+    QCOMPARE(together.exitCode, 1);
+    QCOMPARE(together.output.count('\n'), 5);
+    const QStringList names = Names(Path("alone"));
+    QCOMPARE(names.size(), 5);
+    QCOMPARE(Names(Path("together")), names); // and no private folder left
+    for (const QString &name : names)
+        QCOMPARE(ReadBytes(Path("together/") + name), ReadBytes(Path("alone/") + name));
 }
 
 void HostRunTest::outputThatAppearsMeanwhileStays()

@@ -99,12 +99,12 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
             return Unknown("inks other than CMYK");
         return Status::Ok();
     case PHOTOMETRIC_YCBCR:
+        layout->colour = TiffColour::Other;
         if (layout->compression == COMPRESSION_JPEG && !layout->isPlanar) {
             TIFFSetField(handle.Get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
             layout->colour = TiffColour::Rgb;
-            return Status::Ok();
         }
-        [[fallthrough]];
+        return Status::Ok();
     case PHOTOMETRIC_CIELAB:
     case PHOTOMETRIC_ICCLAB:
         layout->colour = TiffColour::Lab;

@@ -242,6 +242,7 @@ private Q_SLOTS:
     void jpegInside();
     void lab_data();
     void lab();
+    void lumaAndChroma();
     void firstWholePictureIsRead();
     void information_data();
     void information();
@@ -500,6 +501,24 @@ void tst_Tiff::lab()
     QCOMPARE(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4), int(GFL_NO_ERROR));
     QCOMPARE(int(info.ColorModel), int(GFL_CM_LAB));
     QCOMPARE(QByteArray(info.Description), QByteArray("TIFF LAB"));
+}
+
+void tst_Tiff::lumaAndChroma()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("ycc.tif"));
+    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
+    SetFields(tiff, With(Rgb(8), [](Spec &s) { s.photometric = PHOTOMETRIC_YCBCR, s.rowsPerStrip = kHeight; }));
+    TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
+    QByteArray pixels = QByteArray("\x4C\x55\xFF").repeated(kWidth * kHeight); // red by ITU-R BT.601: 76, 85, 255
+    QVERIFY(TIFFWriteEncodedStrip(tiff, 0, pixels.data(), pixels.size()) >= 0);
+    TIFFClose(tiff);
+    int error = 0;
+    const BitmapPtr read = Load(path, &error);
+    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+    QCOMPARE(int(read->Type), int(GFL_RGB));
+    for (int c = 0; c < 3; ++c)
+        QVERIFY(std::abs(SampleAt(*read, 3, 5, c) - (c == 0 ? 1.0 : 0.0)) < 0.01);
 }
 
 void tst_Tiff::firstWholePictureIsRead()

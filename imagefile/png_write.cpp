@@ -105,7 +105,7 @@ bool Encoder::TryWrite(const Blocks &blocks)
     if (m_form.bits == 16)
         png_set_swap(m_png); // to big-endian
     WriteRows();
-    png_write_end(m_png, m_info);
+    png_write_end(m_png, nullptr); // all blocks stand ahead of the pixels; with m_info libpng writes EXIF once more
     return true;
 }
 

@@ -19,6 +19,8 @@ Values CarriedValues(const QString &path)
     Values values;
     QFile file(path);
     const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (content.startsWith("\x89PNG") && content.count("eXIf") != 1) // there may be one at most
+        return values;
     const int exifChunk =
         content.startsWith("\x89PNG") ? content.indexOf("eXIf") : -1; // a TIFF, which Exiv2 passes over
     const int begin = exifChunk < 0 ? 0 : exifChunk + 4;

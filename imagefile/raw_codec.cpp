@@ -28,6 +28,12 @@ bool IsTiffHead(const std::uint8_t *head)
     return (std::memcmp(head, "II*\0", 4) == 0) || (std::memcmp(head, "MM\0*", 4) == 0);
 }
 
+// A Canon CR2 is a TIFF with a mark of its own behind the header.
+bool IsCanonHead(const std::uint8_t *head)
+{
+    return std::memcmp(head + 8, "CR\x02", 3) == 0;
+}
+
 bool IsSensorDirectory(const TiffHandle &handle)
 {
     constexpr std::uint16_t kCfa = 32803, kLinearRaw = 34892;
@@ -57,12 +63,12 @@ public:
         return hasByteOrder && HasRawSuffix(suffix);
     }
 
-    // Cameras' own files are believed by their suffix; a DNG says what it is.
+    // Cameras' own files are believed by their suffix; without one, as in memory, they are known by their content.
     bool Recognises(const Source &source) const override
     {
         std::uint8_t head[16] = {};
         source.ReadAt(0, head, sizeof head);
-        if (!IsTiffHead(head))
+        if (!IsTiffHead(head) || IsCanonHead(head))
             return true;
         const std::string suffix = LowerCaseSuffix(source.Path());
         return (suffix != ".dng" && HasRawSuffix(suffix)) || HoldsSensorValues(source);
@@ -114,11 +120,9 @@ const Codec &RawCodec()
 
 bool HoldsSensorValues(const Source &source)
 {
-    constexpr std::uint32_t kDngVersion = 50706;
     constexpr std::size_t kMaxSubDirectories = 16;
     TiffHandle handle;
-    const void *version = nullptr;
-    if (!handle.OpenForReading(source) || !TIFFGetField(handle.Get(), kDngVersion, &version))
+    if (!handle.OpenForReading(source))
         return false;
     std::uint16_t count = 0;
     const std::uint64_t *offsets = nullptr;

@@ -9,7 +9,8 @@ namespace imagefile {
 
 class RawStream;
 
-/// Whether a file that begins like a TIFF holds the values of a sensor: a DNG, under whatever name.
+/// Whether a file that begins like a TIFF holds the values of a sensor: a DNG or a camera's own file, under whatever
+/// name.
 bool HoldsSensorValues(const Source &source);
 
 /// A camera raw file by LibRaw, once for one purpose: its size, its preview, or its pixels. Pictures are sRGB, as the

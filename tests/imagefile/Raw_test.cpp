@@ -135,6 +135,10 @@ void tst_Raw::damagedFiles()
     const int directory = 8 + 64 * 48 * 2;
     for (int at = directory; at < good.size(); at += 3) // an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
+    QByteArray canon = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
+    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // the mark of a CR2, known without its suffix: no TIFF
+    QVERIFY(!LoadFromMemory(canon, &error));
+    QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
     QByteArray huge = good; // 20,000 pixels wide and high, in a file of 7 KB
     for (int tag : {256, 257}) {
         const char field[] = {static_cast<char>(tag & 255), static_cast<char>(tag >> 8), 4, 0, 1, 0, 0, 0};

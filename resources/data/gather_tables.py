@@ -28,6 +28,17 @@ KNOWN_CAMERAS = [
     ('Apple', 'iPhone', '5.9', ''),
     ('Autel Robotics Co., Ltd.', 'XB004', '5.3125', ''),
     ('Eyedeas', 'S1', '5.648', 'panoramic camera, each of its lenses'),
+    # Cameras that the sources lack and whose names hold a shorter one's; sensors by their makers: 22.3 x 14.8 mm (R7),
+    # 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; that of the P1000.
+    ('Canon', 'Canon EOS R7', '1.617', ''),
+    ('Canon', 'Canon EOS R10', '1.613', ''),
+    ('Canon', 'Canon EOS R50', '1.613', ''),
+    ('Canon', 'Canon EOS R100', '1.613', ''),
+    ('Canon', 'Canon EOS-1D C', '1', ''),
+    ('Fuji', 'GFX100S', '0.79', ''),
+    *(('Sigma', f'dp{i} Quattro', '1.537', '') for i in range(4)),
+    ('Sigma', 'sd Quattro H', '1.35', ''),
+    ('Nikon', 'COOLPIX P1100', '5.56', ''),
 ]
 
 # Identifiers whose rows are known from elsewhere; the other sources are not asked for these.

@@ -17,6 +17,12 @@ QString Number(double value, int digits = 6)
     return QString::number(value, 'g', digits);
 }
 
+/// For scripts: without the digits that come of computing alone.
+double Rounded(double value, int digits = 6)
+{
+    return Number(value, digits).toDouble();
+}
+
 /// Describes a picture the way the image kernel does. Kinds that the kernel's lists refuse, such as grey ones, are
 /// described here all the same.
 std::unique_ptr<ImageDef> Describe(const QString &path)
@@ -104,11 +110,11 @@ void AddFocalLengths(const ImageDef &image, PictureFacts *facts)
     QStringList texts;
     if (std::isfinite(real) && real > 0.0) {
         texts << Number(real) + QLatin1String(" mm");
-        *facts << PictureFact{QString(), QString(), QStringLiteral("focalLength"), real};
+        *facts << PictureFact{QString(), QString(), QStringLiteral("focalLength"), Rounded(real)};
     }
     texts << Number(equivalent, 4) + QLatin1String(" mm on a frame of 36 x 24 mm");
     *facts << PictureFact{QStringLiteral("Focal length"), texts.join(QLatin1String(", ")),
-                          QStringLiteral("focalLength35mm"), equivalent};
+                          QStringLiteral("focalLength35mm"), Rounded(equivalent)};
 }
 
 /// "1/160 s" or "2.5 s"
@@ -124,7 +130,7 @@ void AddExposure(const ShootingInformation &shooting, PictureFacts *facts)
     const auto add = [&](const char *key, double value, const QString &text) {
         if (!text.isEmpty())
             texts << text;
-        *facts << PictureFact{QString(), QString(), QLatin1String(key), Number(value).toDouble()}; // of floats
+        *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // of floats
     };
     if (shooting.exposureTime > 0.0)
         add("exposureTime", shooting.exposureTime, Seconds(shooting.exposureTime));
@@ -135,8 +141,8 @@ void AddExposure(const ShootingInformation &shooting, PictureFacts *facts)
     if (shooting.exposureBias != 0.0F)
         add("exposureBias", static_cast<double>(shooting.exposureBias),
             QStringLiteral("bias %1").arg(Number(static_cast<double>(shooting.exposureBias), 3)));
-    if (shooting.exposureValue != 0.0)
-        add("exposureValue", shooting.exposureValue, QString());
+    if (shooting.exposureValue != 0.0) // of base e; photographers count in powers of two
+        add("exposureValue", shooting.exposureValue / std::log(2.0), QString());
     if (!texts.isEmpty())
         *facts << PictureFact{QStringLiteral("Exposure"), texts.join(QLatin1String(", ")), QString(), {}};
 }
@@ -174,8 +180,9 @@ void AddPlace(const ShootingInformation &shooting, PictureFacts *facts)
     const double latitudeSign = shooting.gpsLatitudeRef.startsWith(QLatin1Char('S')) ? -1.0 : 1.0;
     const double longitudeSign = shooting.gpsLongitudeRef.startsWith(QLatin1Char('W')) ? -1.0 : 1.0;
     *facts << PictureFact{QStringLiteral("Place"), north + QLatin1String(", ") + east, QStringLiteral("latitude"),
-                          latitudeSign * shooting.gpsLatitude};
-    *facts << PictureFact{QString(), QString(), QStringLiteral("longitude"), longitudeSign * shooting.gpsLongitude};
+                          latitudeSign * Rounded(shooting.gpsLatitude, 10)};
+    *facts << PictureFact{QString(), QString(), QStringLiteral("longitude"),
+                          longitudeSign * Rounded(shooting.gpsLongitude, 10)};
 }
 
 void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)

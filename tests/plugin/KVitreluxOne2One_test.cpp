@@ -1,6 +1,8 @@
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
+#include "Files.h"
+#include "ProfileText.h"
 #include "Thrown.h"
 
 #include <QDomDocument>
@@ -19,20 +21,11 @@ const QString kUid = QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
 /// A profile for a width by height frame: one radial term k, centre at (0.5, 0.25) of the frame, focal length 1.
 QByteArray ProfileText(int width, int height, double k)
 {
-    return QStringLiteral("<x><rdf:li rdf:parseType=\"Resource\">"
-                          "<stCamera:ImageWidth>%1</stCamera:ImageWidth>"
-                          "<stCamera:ImageLength>%2</stCamera:ImageLength>"
-                          "<stCamera:PerspectiveModel rdf:parseType=\"Resource\">"
-                          "<stCamera:FocalLengthX>1</stCamera:FocalLengthX>"
-                          "<stCamera:FocalLengthY>1</stCamera:FocalLengthY>"
-                          "<stCamera:ImageXCenter>0.5</stCamera:ImageXCenter>"
-                          "<stCamera:ImageYCenter>0.25</stCamera:ImageYCenter>"
-                          "<stCamera:RadialDistortParam1>%3</stCamera:RadialDistortParam1>"
-                          "</stCamera:PerspectiveModel></rdf:li></x>")
-        .arg(width)
-        .arg(height)
-        .arg(k)
-        .toUtf8();
+    using namespace profiletext;
+    return Profile(
+        Entry(Size(QByteArray::number(width), QByteArray::number(height))
+              + Resource("PerspectiveModel",
+                         Place("1", "1", "0.5", "0.25") + Value("RadialDistortParam1", QByteArray::number(k)))));
 }
 
 /// Four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
@@ -67,86 +60,65 @@ class tst_KVitreluxOne2One : public QObject {
 private Q_SLOTS:
     void init() { Host().Clear(); }
 
-    void castsByName();
-    void recordFromElement_data();
     void recordFromElement();
     void xmlForm();
     void jobKeepsOneRecordAnImage();
     void validatedPageStoresDefaults();
-    void emptyProfileLeavesPixels();
     void rightAngleFrames_data();
     void rightAngleFrames();
-    void reducedPicture();
-    void unreadableProfile_data();
     void unreadableProfile();
     void fileRun_data();
     void fileRun();
     void failedRunGivesTheLockBack();
 
 private:
-    QString WriteProfile(int width, int height, double k);
+    QString WriteProfile(int width, int height, double k)
+    {
+        return WriteFile(m_dir.filePath(QStringLiteral("%1x%2_%3.lcp").arg(width).arg(height).arg(k)),
+                         ProfileText(width, height, k));
+    }
+    void CorrectDistortion(KImage &image, const QString &profile, float scale = 1)
+    {
+        Params params;
+        params.disto = true;
+        params.scale = scale;
+        params.lcpFilename = profile;
+        KVitreluxOne2One process;
+        process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
+    }
 
     QTemporaryDir m_dir;
 };
 
-QString tst_KVitreluxOne2One::WriteProfile(int width, int height, double k)
-{
-    const QString name = m_dir.filePath(QStringLiteral("%1x%2_%3.lcp").arg(width).arg(height).arg(k));
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly) || file.write(ProfileText(width, height, k)) < 0)
-        qFatal("can't write %s", qPrintable(name));
-    return name;
-}
-
-void tst_KVitreluxOne2One::castsByName()
-{
-    KVitreluxOne2One process;
-    KIPluginOne2One *one2one = &process;
-    QCOMPARE(process.qt_metacast("KVitreluxOne2One"), static_cast<void *>(&process));
-    for (const char *name : {"KIPluginOne2One", "KIPluginProcess", "KIAbout"})
-        QCOMPARE(process.qt_metacast(name), static_cast<void *>(one2one));
-    QCOMPARE(process.qt_metacast("QObject"), static_cast<void *>(static_cast<QObject *>(&process)));
-    QCOMPARE(process.qt_metacast("KIPluginLibrary"), nullptr);
-    QScopedPointer<QObject> made(KVitreluxOne2One::staticMetaObject.newInstance(Q_ARG(QObject *, nullptr)));
-    QVERIFY(qobject_cast<KVitreluxOne2One *>(made.data()));
-}
-
-void tst_KVitreluxOne2One::recordFromElement_data()
-{
-    QTest::addColumn<QString>("stored"); // of the setting "Disto"; empty: nothing stored
-    QTest::addColumn<bool>("hasElement");
-    QTest::addColumn<QString>("attribute"); // "Disto" of the element; empty: no such attribute
-    QTest::addColumn<bool>("disto");
-    QTest::newRow("nothing stored") << QString() << false << QString() << false;
-    QTest::newRow("stored") << QStringLiteral("true") << false << QString() << true;
-    QTest::newRow("element beats setting") << QStringLiteral("true") << true << QStringLiteral("0") << false;
-    QTest::newRow("missing attribute clears") << QStringLiteral("true") << true << QString() << false;
-    QTest::newRow("two counts as true") << QString() << true << QStringLiteral("2") << true;
-    QTest::newRow("the word true is no number") << QString() << true << QStringLiteral("true") << false;
-}
-
 void tst_KVitreluxOne2One::recordFromElement()
 {
-    QFETCH(QString, stored);
-    QFETCH(bool, hasElement);
-    QFETCH(QString, attribute);
-    if (!stored.isEmpty()) {
-        Host().settings.insert(kUid + QStringLiteral("/Disto"), stored);
-        Host().settings.insert(kUid + QStringLiteral("/LCPfilename"), QStringLiteral("/stored.lcp"));
+    const struct {
+        const char *stored; // of the setting "Disto"; empty: nothing stored
+        bool hasElement;
+        const char *attribute; // "Disto" of the element; empty: no such attribute
+        bool disto;
+    } rows[] = {{"", false, "", false},    {"true", false, "", true}, {"true", true, "0", false},
+                {"true", true, "", false}, {"", true, "2", true},     {"", true, "true", false}}; // no number
+    for (const auto &row : rows) {
+        Host().Clear();
+        const bool isStored = *row.stored;
+        if (isStored) {
+            Host().settings.insert(kUid + QStringLiteral("/Disto"), QString::fromLatin1(row.stored));
+            Host().settings.insert(kUid + QStringLiteral("/LCPfilename"), QStringLiteral("/stored.lcp"));
+        }
+        QDomDocument document;
+        QDomElement element;
+        if (row.hasElement)
+            element = document.createElement(QStringLiteral("any"));
+        if (*row.attribute)
+            element.setAttribute(QStringLiteral("Disto"), QString::fromLatin1(row.attribute));
+        KVitreluxOne2One process;
+        auto *params = static_cast<Params *>(process.AllocParameters(element));
+        QCOMPARE(params->disto, row.disto);
+        QCOMPARE(params->lcpFilename, isStored && !row.hasElement ? QStringLiteral("/stored.lcp") : QString());
+        QCOMPARE(params->scale, 1.0f);
+        process.FreeParameters(params);
     }
-    QDomDocument document;
-    QDomElement element;
-    if (hasElement) {
-        element = document.createElement(QStringLiteral("any"));
-        if (!attribute.isEmpty())
-            element.setAttribute(QStringLiteral("Disto"), attribute);
-    }
-    KVitreluxOne2One process;
-    auto *params = static_cast<Params *>(process.AllocParameters(element));
-    QTEST(params->disto, "disto");
-    QCOMPARE(params->lcpFilename, !stored.isEmpty() && !hasElement ? QStringLiteral("/stored.lcp") : QString());
-    QCOMPARE(params->scale, 1.0f);
-    process.FreeParameters(params);
 }
 
 void tst_KVitreluxOne2One::xmlForm()
@@ -162,9 +134,7 @@ void tst_KVitreluxOne2One::xmlForm()
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
     QCOMPARE(element.attributes().count(), 4);
-    QCOMPARE(element.attribute(QStringLiteral("Disto")), QStringLiteral("0"));
     QCOMPARE(element.attribute(QStringLiteral("CA")), QStringLiteral("1"));
-    QCOMPARE(element.attribute(QStringLiteral("Falloff")), QStringLiteral("0"));
     auto *back = static_cast<Params *>(process.AllocParameters(element));
     QVERIFY(!back->disto && back->ca && !back->falloff);
     QCOMPARE(back->lcpFilename, params.lcpFilename);
@@ -205,50 +175,36 @@ void tst_KVitreluxOne2One::validatedPageStoresDefaults()
     process.FreeParameters(defaults);
 }
 
-void tst_KVitreluxOne2One::emptyProfileLeavesPixels()
-{
-    KVitreluxOne2One process;
-    Params params;
-    params.disto = true;
-    KImage image;
-    FillWithCoordinates(image, 8, 6);
-    const KImage before(image);
-    process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
-    QVERIFY(params.lcpFilename.isEmpty());
-    QCOMPARE(std::memcmp(image.getData(0, 0), before.getData(0, 0), 8 * 6 * 16), 0);
-}
-
 // A profile describes a landscape frame with its centre at (0.5, 0.25) of it. An upright picture lies on its side while
 // it is warped: turned to the left, so that its right edge is the frame's top. A radial model then moves pixels toward
 // or away from that centre, wherever it stands in the upright picture.
 void tst_KVitreluxOne2One::rightAngleFrames_data()
 {
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::newRow("landscape") << 41 << 21;
-    QTest::newRow("portrait") << 21 << 41;
-    QTest::newRow("square") << 31 << 31;
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("reduction"); // a preview is smaller than the profile's frame
+    QTest::newRow("landscape") << QSize(41, 21) << 1;
+    QTest::newRow("portrait") << QSize(21, 41) << 1;
+    QTest::newRow("square") << QSize(31, 31) << 1;
+    QTest::newRow("reduced to a quarter") << QSize(80, 60) << 4;
 }
 
 void tst_KVitreluxOne2One::rightAngleFrames()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
+    QFETCH(QSize, size);
+    QFETCH(int, reduction);
+    const int width = size.width(), height = size.height();
     const bool turned = width <= height;
-    const int frameWidth = turned ? height : width;
-    const int frameHeight = turned ? width : height;
+    const int frameWidth = turned ? height : width, frameHeight = turned ? width : height;
     const double k = -0.2;
-    Params params;
-    params.disto = true;
-    params.lcpFilename = WriteProfile(frameWidth, frameHeight, k);
     KImage image;
     FillWithCoordinates(image, width, height);
-    KVitreluxOne2One process;
-    process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
-
-    const double focal = frameWidth - 1;
-    const double centreX = 0.5 * (frameWidth - 1);
-    const double centreY = 0.25 * (frameHeight - 1);
+    // Of a frame of n pixels, the last stands at n - 1.
+    const int atWhole = reduction > 1;
+    CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
+                      1.0f / float(reduction));
+    const double focal = frameWidth - 1 + atWhole;
+    const double centreX = 0.5 * focal;
+    const double centreY = 0.25 * (frameHeight - 1 + atWhole);
     int compared = 0;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
@@ -266,14 +222,9 @@ void tst_KVitreluxOne2One::rightAngleFrames()
             const double pictureX = turned ? width - 1 - sourceY : sourceX;
             const double pictureY = turned ? sourceX : sourceY;
             const float *pixel = Pixel(image, x, y);
-            QVERIFY2(std::abs(pixel[0] - pictureX / width) < 1e-4 && std::abs(pixel[1] - pictureY / height) < 1e-4,
-                     qPrintable(QStringLiteral("at (%1, %2): got (%3, %4), expected (%5, %6)")
-                                    .arg(x)
-                                    .arg(y)
-                                    .arg(double(pixel[0]) * width)
-                                    .arg(double(pixel[1]) * height)
-                                    .arg(pictureX)
-                                    .arg(pictureY)));
+            const QPointF off(double(pixel[0]) * width - pictureX, double(pixel[1]) * height - pictureY);
+            QVERIFY2(std::abs(off.x()) < 1e-4 * width && std::abs(off.y()) < 1e-4 * height,
+                     qPrintable(QStringLiteral("at (%1, %2): off by %3, %4").arg(x).arg(y).arg(off.x()).arg(off.y())));
             QCOMPARE(pixel[3], 1.0f);
             ++compared;
         }
@@ -281,48 +232,21 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     QVERIFY(compared > width * height * 3 / 4);
 }
 
-// As a preview sees it: a quarter of the profile's frame. Positions scale with it.
-void tst_KVitreluxOne2One::reducedPicture()
-{
-    const int width = 80, height = 60;
-    const double k = -0.2;
-    Params params;
-    params.disto = true;
-    params.scale = 0.25f;
-    params.lcpFilename = WriteProfile(4 * width + 1, 4 * height + 1, k);
-    KImage image;
-    FillWithCoordinates(image, width, height);
-    KVitreluxOne2One process;
-    process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
-    // 24 to the right of the centre at (0.5, 0.25) of 80 x 60, of focal length 80: u = 0.3, moved to u (1 + k u^2).
-    const double sourceX = 40 + 80 * 0.3 * (1 + k * 0.3 * 0.3);
-    const float *pixel = Pixel(image, 64, 15);
-    QVERIFY2(std::abs(double(pixel[0]) * width - sourceX) < 1e-3,
-             qPrintable(QString::number(double(pixel[0]) * width)));
-    QVERIFY(std::abs(double(pixel[1]) * height - 15) < 1e-3);
-}
-
-void tst_KVitreluxOne2One::unreadableProfile_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<float>("red");
-    QTest::newRow("landscape stays as it was") << 8 << 6 << 3.0f / 8.0f;
-    QTest::newRow("portrait comes out black") << 6 << 8 << 0.0f;
-}
-
 void tst_KVitreluxOne2One::unreadableProfile()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    Params params;
-    params.disto = true;
-    params.lcpFilename = m_dir.filePath(QStringLiteral("absent.lcp"));
-    KImage image;
-    FillWithCoordinates(image, width, height);
-    KVitreluxOne2One process;
-    process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(QStringLiteral("/a"))), &image), &params);
-    QTEST(Pixel(image, 3, 2)[0], "red");
+    const struct {
+        QSize size;
+        QString profile;
+        float red;                                                                   // at (3, 2)
+    } rows[] = {{{8, 6}, m_dir.filePath(QStringLiteral("absent.lcp")), 3.0f / 8.0f}, // stays as it was
+                {{6, 8}, m_dir.filePath(QStringLiteral("absent.lcp")), 0.0f},        // comes out black
+                {{6, 8}, QString(), 3.0f / 6.0f}};
+    for (const auto &row : rows) {
+        KImage image;
+        FillWithCoordinates(image, row.size.width(), row.size.height());
+        CorrectDistortion(image, row.profile);
+        QCOMPARE(Pixel(image, 3, 2)[0], row.red);
+    }
 }
 
 void tst_KVitreluxOne2One::fileRun_data()

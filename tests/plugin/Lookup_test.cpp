@@ -2,6 +2,7 @@
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
+#include "Files.h"
 #include "ImageDef.h"
 
 #include <QDir>
@@ -17,8 +18,7 @@ private Q_SLOTS:
     void profile_data();
     void profile();
     void currentFolderWithoutBrand();
-    void withoutMetadata();
-    void foreignDescription();
+    void descriptionsThatTellNothing();
     void recordIsFilledOnFirstRun();
 
 private:
@@ -49,16 +49,14 @@ ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, c
 void LookupTest::initTestCase()
 {
     KImage::init(nullptr);
-    QFile table(m_tables.filePath(QStringLiteral("lensid.txt")));
-    QVERIFY(table.open(QIODevice::WriteOnly));
-    table.write("8 8 1;Nikon;Sigma 8mm f/3.5 Fisheye;1\n"
-                "10 20 2;Nikon;Sigma 10-20mm f/4 EX\n"
-                "10 22 3;Canon;Canon EF-S 10-22mm USM\n"
-                "24 70 4;Canon;Canon EF 24-70mm L\n24 70 4;Canon;Tamron 24-70mm VC\n"
-                "50 50 5;Canon;Canon Compact Macro\n"
-                "60 60 6;Canon;Canon 50mm and 60mm Macro\n"
-                "70 70 7;Canon;mm\n");
-    table.close();
+    WriteFile(m_tables.filePath(QStringLiteral("lensid.txt")),
+              "8 8 1;Nikon;Sigma 8mm f/3.5 Fisheye;1\n"
+              "10 20 2;Nikon;Sigma 10-20mm f/4 EX\n"
+              "10 22 3;Canon;Canon EF-S 10-22mm USM\n"
+              "24 70 4;Canon;Canon EF 24-70mm L\n24 70 4;Canon;Tamron 24-70mm VC\n"
+              "50 50 5;Canon;Canon Compact Macro\n"
+              "60 60 6;Canon;Canon 50mm and 60mm Macro\n"
+              "70 70 7;Canon;mm\n");
     QDir::setSearchPaths(QStringLiteral("Data"), {m_tables.path()});
 }
 
@@ -76,7 +74,7 @@ void LookupTest::Touch(const QString &file) const
 {
     const QString path = m_dir->filePath(file);
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-    QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+    WriteFile(path);
 }
 
 /// One a line, without the test's folder.
@@ -170,23 +168,15 @@ void LookupTest::currentFolderWithoutBrand()
     QCOMPARE(Relative(found), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
 }
 
-void LookupTest::withoutMetadata()
+void LookupTest::descriptionsThatTellNothing()
 {
     KVitreluxOne2One process;
-    ImageDef image;
-    Picture(&image, QStringLiteral("SONY"), QString(), QString())->m_hasExif = false;
-    QString message = kUntouched;
-    QVERIFY(process.GetLCPfilename(&image, message).isEmpty());
-    QCOMPARE(message, kUntouched);
-}
-
-void LookupTest::foreignDescription()
-{
-    KVitreluxOne2One process;
+    ImageDef bare;
+    Picture(&bare, QStringLiteral("SONY"), QString(), QString())->m_hasExif = false;
     FakeImageDef foreign(QStringLiteral("/none.jpg"));
     QString message = kUntouched;
-    QVERIFY(process.GetLCPfilename(&foreign, message).isEmpty());
-    QVERIFY(process.GetLCPfilename(nullptr, message).isEmpty());
+    for (KIImageDef *image : {static_cast<KIImageDef *>(&bare), static_cast<KIImageDef *>(&foreign), {}})
+        QVERIFY(process.GetLCPfilename(image, message).isEmpty());
     QCOMPARE(message, kUntouched);
 }
 

@@ -1,3 +1,4 @@
+#include "Files.h"
 #include "analytics/KAnalyticsDb.h"
 #include "analytics/KAnalyticsEvent.h"
 #include "analytics/KAnalyticsFile.h"
@@ -34,19 +35,6 @@ QStringList Names(const QList<KAnalyticsRawEvent *> &events)
     return names;
 }
 
-void Write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("can't write %s", qPrintable(path));
-}
-
-QByteArray Read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// A file of the binary store with one event.
 QByteArray StoreBytes()
 {
@@ -79,21 +67,18 @@ private Q_SLOTS:
     void cleanup() { m_db.reset(); }
 
     void databaseKeepsEvents();
-    void databaseTakesOver();
     void userIds();
-    void copyHoldsEventsOnly();
     void keptOutByALock();
     void databaseIsCorrupt();
-    void fileWithoutPath();
     void fileIsMissing();
     void filePersistsNothing();
-    void fileIsBad_data();
     void fileIsBad();
-    void lockLeftBehind_data();
     void lockLeftBehind();
     void providerCalls();
-    void tooOld_data();
     void tooOld();
+    void toJson();
+    void fromJson();
+    void timer();
 
 private:
     QString Path() const { return m_dir->filePath(QStringLiteral("store")); }
@@ -120,24 +105,15 @@ KAnalyticsDb &tst_KAnalyticsStore::OpenAnew()
 
 void tst_KAnalyticsStore::databaseKeepsEvents()
 {
-    m_db->insertEvent(Event("a"));
+    QPointer<KAnalyticsEvent> event(Event("a"));
+    m_db->insertEvent(event);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(event.isNull());
     m_db->insertEvent(nullptr);
     m_db->insertEvent(Event("b"));
     QCOMPARE(Names(OpenAnew().allEvents()), QStringList({QStringLiteral("1:a"), QStringLiteral("2:b")}));
     QVERIFY(m_db->allEvents().isEmpty());
     QVERIFY(OpenAnew().allEvents().isEmpty());
-}
-
-void tst_KAnalyticsStore::databaseTakesOver()
-{
-    QPointer<KAnalyticsEvent> event(Event("a"));
-    const QString json = event->toJson();
-    m_db->insertEvent(event);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(event.isNull());
-    const QList<KAnalyticsRawEvent *> raw = m_db->allEvents();
-    QCOMPARE(raw.value(0)->value(), json);
-    qDeleteAll(raw);
 }
 
 void tst_KAnalyticsStore::userIds()
@@ -157,21 +133,6 @@ void tst_KAnalyticsStore::userIds()
     QCOMPARE(OpenAnew().userId(/*create=*/false), QStringLiteral("a"));
 }
 
-void tst_KAnalyticsStore::copyHoldsEventsOnly()
-{
-    m_db->insertEvent(Event("a"));
-    m_db->setUserId(QStringLiteral("me"));
-    const QString copyPath = m_dir->filePath(QStringLiteral("copy"));
-    m_db->copyDbTo(copyPath);
-    KAnalyticsDb copy(QStringLiteral("copy"), QStringLiteral("QSQLITE"), nullptr);
-    copy.setFilePath(copyPath);
-    QCOMPARE(copy.userId(/*create=*/false), QString());
-    const QList<KAnalyticsRawEvent *> raw = copy.allEvents();
-    QCOMPARE(raw.size(), 1);
-    QVERIFY(raw[0]->value().startsWith(QStringLiteral("\"{")));
-    qDeleteAll(raw);
-}
-
 void tst_KAnalyticsStore::keptOutByALock()
 {
     m_db->insertEvent(Event("a"));
@@ -189,47 +150,36 @@ void tst_KAnalyticsStore::keptOutByALock()
 void tst_KAnalyticsStore::databaseIsCorrupt()
 {
     m_db->close();
-    Write(Path(), QByteArray(8192, 'x'));
+    WriteFile(Path(), QByteArray(8192, 'x'));
     OpenAnew();
     m_db->insertEvent(Event("a"));
     QVERIFY(m_db->allEvents().isEmpty());
     QVERIFY(!m_db->userId(/*create=*/true).isEmpty()); // for this run
-    QCOMPARE(Read(Path()), QByteArray(8192, 'x'));
-}
-
-void tst_KAnalyticsStore::fileWithoutPath()
-{
-    KAnalyticsFile file(nullptr);
-    QVERIFY(file.currentJSonRoot().isEmpty());
-    const std::unique_ptr<KAnalyticsEvent> event(Event("a"));
-    file.insertEvent(event.get());
-    QJsonObject root;
-    file.saveJSonRoot(root);
-    QVERIFY(file.allEvents().isEmpty());
-    QCOMPARE(file.userId(), QString());
+    QCOMPARE(ReadFile(Path()), QByteArray(8192, 'x'));
 }
 
 void tst_KAnalyticsStore::fileIsMissing()
 {
-    const QString path = m_dir->filePath(QStringLiteral("absent"));
-    KAnalyticsFile file(nullptr);
-    file.setFilePath(path);
-    QCOMPARE(file.currentJSonRoot().keys(), QStringList{QStringLiteral("events")});
-    QPointer<KAnalyticsEvent> event(Event("a"));
-    file.insertEvent(event);
-    file.insertEvent(nullptr);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!event.isNull()); // still the caller's
-    delete event;
-    QVERIFY(file.allEvents().isEmpty());
-    QVERIFY(!QFile::exists(path));
+    for (const QString &path : {m_dir->filePath(QStringLiteral("absent")), QString()}) {
+        KAnalyticsFile file(nullptr);
+        if (!path.isEmpty())
+            file.setFilePath(path);
+        QCOMPARE(file.currentJSonRoot().isEmpty(), path.isEmpty());
+        QPointer<KAnalyticsEvent> event(Event("a"));
+        file.insertEvent(event);
+        file.insertEvent(nullptr);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!event.isNull()); // still the caller's
+        delete event;
+        QVERIFY(file.allEvents().isEmpty());
+    }
     QCOMPARE(QDir(m_dir->path()).entryList({QStringLiteral("absent*")}), QStringList()); // no lock, no temporary
 }
 
 void tst_KAnalyticsStore::filePersistsNothing()
 {
     const QString path = m_dir->filePath(QStringLiteral("binary"));
-    Write(path, StoreBytes());
+    WriteFile(path, StoreBytes());
     KAnalyticsFile file(nullptr);
     file.setFilePath(path);
     QCOMPARE(file.userId(), QStringLiteral("me"));
@@ -241,57 +191,44 @@ void tst_KAnalyticsStore::filePersistsNothing()
     file.setUserId(QStringLiteral("you"));
     for (int i = 0; i < 2; ++i)
         QCOMPARE(Names(file.allEvents()), QStringList{QStringLiteral("0:old")});
-    QCOMPARE(Read(path), StoreBytes());
-}
-
-void tst_KAnalyticsStore::fileIsBad_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("text") << QByteArray("{\"events\":[]}");
-    QTest::newRow("head only") << StoreBytes().left(12);
-    QTest::newRow("cut in the middle") << StoreBytes().left(StoreBytes().size() / 2);
-    QTest::newRow("sizes overwritten") << StoreBytes().replace(8, 12, QByteArray(12, '\xff'));
+    QCOMPARE(ReadFile(path), StoreBytes());
 }
 
 void tst_KAnalyticsStore::fileIsBad()
 {
-    QFETCH(QByteArray, bytes);
-    const QString path = m_dir->filePath(QStringLiteral("binary"));
-    Write(path, bytes);
-    KAnalyticsFile file(nullptr);
-    file.setFilePath(path);
-    QVERIFY(file.currentJSonRoot().isEmpty());
-    const std::unique_ptr<KAnalyticsEvent> event(Event("new"));
-    file.insertEvent(event.get());
-    file.addProviderArray(QStringLiteral("mine"), {});
-    QVERIFY(file.allEvents().isEmpty());
-    QCOMPARE(file.userId(), QString());
-    QCOMPARE(Read(path), bytes);
-}
-
-void tst_KAnalyticsStore::lockLeftBehind_data()
-{
-    QTest::addColumn<bool>("readable");
-    QTest::newRow("of a process that ended") << true;
-    QTest::newRow("garbage") << false;
+    const QByteArray whole = StoreBytes();
+    QByteArray sizes = whole;
+    sizes.replace(8, 12, QByteArray(12, '\xff'));
+    for (const QByteArray &bytes :
+         {QByteArray(), QByteArray("{\"events\":[]}"), whole.left(12), whole.left(whole.size() / 2), sizes}) {
+        const QString path = WriteFile(m_dir->filePath(QStringLiteral("binary")), bytes);
+        KAnalyticsFile file(nullptr);
+        file.setFilePath(path);
+        QVERIFY(file.currentJSonRoot().isEmpty());
+        const std::unique_ptr<KAnalyticsEvent> event(Event("new"));
+        file.insertEvent(event.get());
+        file.addProviderArray(QStringLiteral("mine"), {});
+        QVERIFY(file.allEvents().isEmpty());
+        QCOMPARE(file.userId(), QString());
+        QCOMPARE(ReadFile(path), bytes);
+    }
 }
 
 void tst_KAnalyticsStore::lockLeftBehind()
 {
-    QFETCH(bool, readable);
     QProcess ended;
     ended.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("echo $$")});
     QVERIFY(ended.waitForFinished());
     const QByteArray owner =
         ended.readAll().trimmed() + "\nsome-program\n" + QSysInfo::machineHostName().toUtf8() + "\n";
-    const QString path = m_dir->filePath(QStringLiteral("binary"));
-    Write(path, StoreBytes());
-    Write(path + QStringLiteral(".lock"), readable ? owner : QByteArray("garbage"));
-    KAnalyticsFile file(nullptr);
-    file.setFilePath(path);
-    QCOMPARE(file.userId(), QStringLiteral("me")); // ends, and reads
-    QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
+    for (const QByteArray &lock : {owner, QByteArray("garbage")}) {
+        const QString path = WriteFile(m_dir->filePath(QStringLiteral("binary")), StoreBytes());
+        WriteFile(path + QStringLiteral(".lock"), lock);
+        KAnalyticsFile file(nullptr);
+        file.setFilePath(path);
+        QCOMPARE(file.userId(), QStringLiteral("me")); // ends, and reads
+        QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
+    }
 }
 
 void tst_KAnalyticsStore::providerCalls()
@@ -308,31 +245,99 @@ void tst_KAnalyticsStore::providerCalls()
              QStringLiteral("KAnalyticsDb KAnalyticsFile pre 2 7 9 post pre 0 post"));
 }
 
-void tst_KAnalyticsStore::tooOld_data()
-{
-    QTest::addColumn<qint64>("ageMs");
-    QTest::addColumn<bool>("passes");
-    QTest::newRow("ten days") << qint64(864000000) << true;
-    QTest::newRow("one millisecond more") << qint64(864000001) << false;
-    QTest::newRow("from the future") << qint64(-5000) << true;
-    QTest::newRow("the epoch") << QDateTime::currentMSecsSinceEpoch() << false;
-    QTest::newRow("older than 64 bits hold") << std::numeric_limits<qint64>::max() << false;
-}
-
 void tst_KAnalyticsStore::tooOld()
 {
-    QFETCH(qint64, ageMs);
-    Recorder provider;
-    KAnalyticsEvent event(nullptr);
-    bool passes;
-    qint64 now;
-    do { // both within one millisecond
-        now = QDateTime::currentMSecsSinceEpoch();
-        const bool tooFar = ageMs == std::numeric_limits<qint64>::max();
-        event.setTimestamp(tooFar ? std::numeric_limits<qint64>::min() : now - ageMs);
-        passes = provider.eventTimeCheck(event);
-    } while (QDateTime::currentMSecsSinceEpoch() != now);
-    QTEST(passes, "passes");
+    constexpr qint64 kTenDays = 864000000, kFar = std::numeric_limits<qint64>::max();
+    const std::pair<qint64, bool> rows[] = {{kTenDays, true}, {kTenDays + 1, false}, {-5000, true}, {kFar, false}};
+    for (const auto &[ageMs, expected] : rows) {
+        Recorder provider;
+        KAnalyticsEvent event(nullptr);
+        bool passes;
+        qint64 now;
+        do { // both within one millisecond
+            now = QDateTime::currentMSecsSinceEpoch();
+            event.setTimestamp(ageMs == kFar ? std::numeric_limits<qint64>::min() : now - ageMs);
+            passes = provider.eventTimeCheck(event);
+        } while (QDateTime::currentMSecsSinceEpoch() != now);
+        QCOMPARE(passes, expected);
+    }
+}
+
+void tst_KAnalyticsStore::toJson()
+{
+    const struct {
+        int type;
+        QVariant value;
+        QByteArray typeText, valueText;
+    } rows[] = {{0, QStringLiteral("a \"b\" \u00e9"), "action", "\"a \\\"b\\\" \xc3\xa9\""},
+                {1, qint64(1500), "duration", "1500"},
+                {2, QVariant(), "counter", "null"},
+                {7, true, "unknow", "true"},
+                {-1, 0.5, "unknow", "0.5"}};
+    for (const auto &row : rows) {
+        KAnalyticsEvent event(nullptr);
+        event.setName(QStringLiteral("n"));
+        event.setCategory(QStringLiteral("c"));
+        event.setTimestamp(1700000000123);
+        event.setType(KAnalyticsEvent::EventType(row.type));
+        event.setValue(row.value);
+        const QByteArray text = "{\"category\":\"c\",\"name\":\"n\",\"timestamp\":1700000000123,\"type\":\""
+            + row.typeText + "\",\"value\":" + row.valueText + "}";
+        QCOMPARE(event.toJson().toUtf8(), text);
+
+        KAnalyticsEvent back(nullptr);
+        back.fromJson(QString::fromUtf8(text));
+        QCOMPARE(back.timestamp(), qint64(1700000000123));
+        QCOMPARE(back.name(), event.name());
+        QCOMPARE(int(back.type()), row.typeText == "unknow" ? 0 : row.type);
+        QCOMPARE(back.value(), QJsonValue::fromVariant(row.value).toVariant());
+    }
+}
+
+void tst_KAnalyticsStore::fromJson()
+{
+    const struct {
+        const char *json;
+        qint64 timestamp;
+        const char *name;
+        int type;
+    } rows[] = {{"not json", 5, "before", 2}, // as before
+                {"", 5, "before", 2},
+                {"{}", 0, "", 0},
+                {"[1]", 0, "", 0},
+                {R"({"timestamp":"soon","name":7,"type":["duration"]})", 0, "", 0},
+                {R"({"timestamp":"77"})", 77, "", 0},
+                {R"({"timestamp":1700000000123,"type":"duration"})", 1700000000123, "", 1},
+                {R"({"type":"Duration"})", 0, "", 0}};
+    for (const auto &row : rows) {
+        KAnalyticsEvent event(nullptr);
+        event.setTimestamp(5);
+        event.setName(QStringLiteral("before"));
+        event.setType(KAnalyticsEvent::EventCounter);
+        event.fromJson(QString::fromLatin1(row.json));
+        QVERIFY2(event.timestamp() == row.timestamp && event.name() == QLatin1String(row.name)
+                     && int(event.type()) == row.type,
+                 row.json);
+    }
+}
+
+void tst_KAnalyticsStore::timer()
+{
+    const qint64 before = QDateTime::currentMSecsSinceEpoch();
+    KAnalyticsEventTimer timer(nullptr);
+    QVERIFY(timer.timestamp() >= before && timer.timestamp() <= QDateTime::currentMSecsSinceEpoch());
+    QCOMPARE(timer.type(), KAnalyticsEvent::EventDuration);
+    timer.setTimestamp(1);
+    timer.start();
+    QTest::qSleep(3);
+    timer.stop();
+    QVERIFY(timer.value().toLongLong() >= 3);
+    const std::unique_ptr<KAnalyticsEvent> copy(timer.clone());
+    QCOMPARE(copy->toJson(), timer.toJson());
+    QCOMPARE(copy->metaObject(), &KAnalyticsEvent::staticMetaObject); // the plain class
+    timer.start();
+    QCOMPARE(timer.value(), QVariant(0));
+    QCOMPARE(timer.timestamp(), qint64(1));
 }
 
 QTEST_GUILESS_MAIN(tst_KAnalyticsStore)

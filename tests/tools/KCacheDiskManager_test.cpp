@@ -1,23 +1,25 @@
+// Names and folders of the cache's disk copies, and what is asked of disks before a file is written.
 #include "KCacheDiskManager.h"
 
+#include "DiskChecks.h"
+#include "Files.h"
 #include "KSystemInfo.h"
+#include "Threads.h"
+#include "Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
 #include <set>
-#include <thread>
+
+#include <sys/statvfs.h>
 
 namespace {
 
 constexpr unsigned long long kReserveSmall = 0x6400000, kReserveLarge = 0x40000000;
 
-void Touch(const QString &name)
-{
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("can't make %s", qPrintable(name));
-}
+constexpr qint64 kMoreThanAnyDisk = std::numeric_limits<qint64>::max();
 
 } // namespace
 
@@ -28,13 +30,14 @@ private Q_SLOTS:
     void cleanup() { KCacheDiskManager::exit(); }
 
     void namesAndFolders();
-    void room_data();
     void room();
     void folderChanges();
-    void exitKeepsFiles();
     void cleaning();
     void memoryOfZeros();
     void fourThreads();
+    void freeSpace();
+    void whyASaveFailed();
+    void fileIsMissing();
 
 private:
     QString Folder(int number) const
@@ -72,38 +75,36 @@ void tst_KCacheDiskManager::namesAndFolders()
     QVERIFY(!QDir(Folder(1)).exists());
     QCOMPARE(names.getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")), Folder(1) + QStringLiteral("/0"));
     QCOMPARE(names.getLastFolder(), Folder(1));
-    Touch(first);
+    WriteFile(first);
     QVERIFY(names.removeTempFile(first));
     QVERIFY(!names.removeTempFile(first));
-}
-
-void tst_KCacheDiskManager::room_data()
-{
-    QTest::addColumn<qint64>("left"); // bytes that stay free on the disk beside the file
-    QTest::addColumn<bool>("withReserve");
-    QTest::addColumn<bool>("handedOut");
-    const qint64 mib = 1 << 20;
-    QTest::newRow("2 GiB left") << 2048 * mib << true << true;
-    QTest::newRow("500 MiB left: on the second pass") << 500 * mib << false << true;
-    QTest::newRow("50 MiB left") << 50 * mib << false << false;
-    QTest::newRow("file larger than what is free") << -mib << false << false;
+    WriteFile(first);
+    KCacheDiskManager::exit(); // keeps files, and the folders that hold some
+    QVERIFY(QFile::exists(first));
+    QVERIFY(!QDir(Folder(1)).exists());
 }
 
 void tst_KCacheDiskManager::room()
 {
-    QFETCH(qint64, left);
-    QFETCH(bool, withReserve);
-    QFETCH(bool, handedOut);
+    const struct {
+        qint64 leftMib; // that stay free on the disk beside the file
+        bool withReserve, handedOut;
+    } rows[] = {{2048, true, true}, {500, false, true}, {50, false, false}, {-1, false, false}};
     unsigned long long freeBytes, totalBytes;
     KSystemInfo::DiskInfo(m_dir->path(), freeBytes, totalBytes);
     if (freeBytes < 3ull << 30)
         QSKIP("needs 3 GiB free where temporary files go");
-    const auto size = freeBytes - static_cast<unsigned long long>(left); // other programs write too, but not so much
     KCacheDiskManager &names = *KCacheDiskManager::ms_instance;
     names.setTemporaryFolders({QStringLiteral("/no/such/folder"), m_dir->path()});
-    QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), withReserve);
-    QCOMPARE(!names.getTempFolder(size, kReserveSmall).isEmpty(), handedOut);
-    QCOMPARE(names.getTempFile(size), handedOut ? Folder(0) + QStringLiteral("/0") : QString());
+    int handedOut = 0;
+    for (const auto &row : rows) {
+        // Other programs write too, but not so much.
+        const auto size = freeBytes - static_cast<unsigned long long>(row.leftMib * (1 << 20));
+        QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), row.withReserve);
+        QCOMPARE(!names.getTempFolder(size, kReserveSmall).isEmpty(), row.handedOut);
+        const QString name = row.handedOut ? Folder(0) + QStringLiteral("/%1").arg(handedOut++) : QString();
+        QCOMPARE(names.getTempFile(size), name);
+    }
     QCOMPARE(names.getTempFolder(~0ull, kReserveLarge), QString()); // the sum would pass 64 bits
 }
 
@@ -127,21 +128,12 @@ void tst_KCacheDiskManager::folderChanges()
     QVERIFY(QDir(other).isEmpty());
 }
 
-void tst_KCacheDiskManager::exitKeepsFiles()
-{
-    Touch(KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
-    UseUp(1024);
-    KCacheDiskManager::exit();
-    QVERIFY(QFile::exists(Folder(0) + QStringLiteral("/0")));
-    QVERIFY(!QDir(Folder(1)).exists());
-}
-
 void tst_KCacheDiskManager::cleaning()
 {
     QDir dir(m_dir->path());
     for (const char *name : {"BRELT.999.3", "BRELT.998.0", "OTHER.1"}) {
         QVERIFY(dir.mkdir(QString::fromLatin1(name)));
-        Touch(dir.filePath(QString::fromLatin1(name) + QStringLiteral("/7")));
+        WriteFile(dir.filePath(QString::fromLatin1(name) + QStringLiteral("/7")));
     }
     QVERIFY(dir.mkpath(QStringLiteral("BRELT.998.0/inner")));
     QVERIFY(QFile::link(dir.filePath(QStringLiteral("OTHER.1")), dir.filePath(QStringLiteral("BRELT.link"))));
@@ -158,35 +150,80 @@ void tst_KCacheDiskManager::memoryOfZeros()
     ZeroingAllocator<quint64> allocator;
     for (int round = 0; round < 3; ++round) { // memory comes back as it was left
         quint64 *const memory = allocator.allocate(64);
-        const bool zeros = std::all_of(memory, memory + 64, [](quint64 word) { return word == 0; });
+        const auto zeros = std::count(memory, memory + 64, 0u);
         std::fill_n(memory, 64, ~quint64(0));
         allocator.deallocate(memory, 64);
-        QVERIFY(zeros);
+        QCOMPARE(zeros, 64);
     }
 }
 
 void tst_KCacheDiskManager::fourThreads()
 {
     std::vector<std::vector<QString>> got(4);
-    std::vector<std::thread> threads;
-    for (auto &mine : got) {
-        threads.emplace_back([&mine, this] {
-            for (int i = 0; i < 1000; ++i)
-                mine.push_back(
-                    KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
-        });
-    }
-    for (std::thread &thread : threads)
-        thread.join();
+    InThreads(4, [&](int t) {
+        for (int i = 0; i < 1000; ++i)
+            got[size_t(t)].push_back(
+                KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
+    });
     std::set<QString> all;
     for (const auto &mine : got)
         all.insert(mine.begin(), mine.end());
     QCOMPARE(all.size(), size_t(4000));
-    for (int folder = 0; folder < 4; ++folder)
-        QVERIFY(QDir(Folder(folder)).exists());
-    QVERIFY(!QDir(Folder(4)).exists());
+    QVERIFY(QDir(Folder(3)).exists() && !QDir(Folder(4)).exists());
     KCacheDiskManager::exit();
     QVERIFY(QDir(m_dir->path()).isEmpty());
+}
+
+void tst_KCacheDiskManager::freeSpace()
+{
+    const QString absent = QStringLiteral("/no/such/folder");
+    unsigned long long freeBytes = 1, totalBytes = 1;
+    KSystemInfo::DiskInfo(absent, freeBytes, totalBytes);
+    QVERIFY(freeBytes == 0 && totalBytes == 0);
+    KSystemInfo::DiskInfo(m_dir->path(), freeBytes, totalBytes);
+    struct statvfs disk;
+    QCOMPARE(statvfs(qPrintable(m_dir->path()), &disk), 0);
+    QVERIFY(totalBytes > 0 && freeBytes <= totalBytes);
+    QCOMPARE(getFreeDiskSpace(absent), qint64(-1));
+    const auto expected = static_cast<qint64>(disk.f_bfree * disk.f_frsize);
+    QVERIFY(std::abs(getFreeDiskSpace(m_dir->path()) - expected) <= qint64(totalBytes / 100)); // others write meanwhile
+    QVERIFY(CheckForDiskSpace(m_dir->filePath(QStringLiteral("x")), 1));
+    QVERIFY(!CheckForDiskSpace(m_dir->filePath(QStringLiteral("x")), kMoreThanAnyDisk));
+    QVERIFY(CheckForDiskSpace(absent + QStringLiteral("/x"), kMoreThanAnyDisk));
+}
+
+void tst_KCacheDiskManager::whyASaveFailed()
+{
+    const QString inside = m_dir->filePath(QStringLiteral("big.tiff")),
+                  absent = QStringLiteral("/no/such/folder/x.tiff");
+    const QString kept = WriteFile(m_dir->filePath(QStringLiteral("kept.tiff")), "pixels"),
+                  none = QStringLiteral("none");
+    const QString unwritable = QStringLiteral("Cannot write into file \"%1\"");
+    const struct {
+        QString fileName;
+        qint64 size;
+        QString message;
+    } rows[] = {
+        {inside, kMoreThanAnyDisk,
+         QStringLiteral("Not enough free space on \"%1\" to finish operation").arg(m_dir->path())},
+        {absent, kMoreThanAnyDisk, unwritable.arg(absent)}, // space is not asked where the folder is missing
+        {m_dir->path(), 0, unwritable.arg(m_dir->path())},
+        {inside, 0, none},
+        {kept, 0, none},
+    };
+    for (const auto &row : rows)
+        QCOMPARE(Thrown([&] { CheckAndThrowForDiskSpace(row.fileName, row.size, QStringLiteral("place")); }),
+                 row.message);
+    QCOMPARE(ReadFile(inside), QByteArray()); // left empty
+    QCOMPARE(ReadFile(kept), QByteArray("pixels"));
+}
+
+void tst_KCacheDiskManager::fileIsMissing()
+{
+    const QString name = m_dir->filePath(QStringLiteral("absent.jpg"));
+    QCOMPARE(Thrown([&] { CheckIfFileExists(name, QString()); }),
+             QStringLiteral("\nFile \"%1\" is not found").arg(name));
+    QCOMPARE(Thrown([&] { CheckIfFileExists(m_dir->path(), QString()); }), QStringLiteral("none"));
 }
 
 QTEST_GUILESS_MAIN(tst_KCacheDiskManager)

@@ -1,168 +1,176 @@
-// The command line read into plain values: what each option does, and what is refused.
+// The command line read into plain values, what is refused, and which pictures of a run want the same output.
 #include "CommandLine.h"
+#include "OutputPlan.h"
+#include "TestFiles.h"
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class CommandLineTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void correct_data();
-    void correct();
-    void refused_data();
-    void refused();
-    void printed_data();
-    void printed();
+    void read_data();
+    void read();
     void helpNamesEveryOption();
-    void otherCommandsTakeFiles();
+    void rivals_data();
+    void rivals();
 };
 
 namespace {
 
-QStringList Words(const char *line)
+/// A blank between words; "''" is an empty one.
+QStringList Words(const QString &line)
 {
-    return QString::fromLatin1(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());
 }
 
-/// The options as text, so that a table can compare them whole.
-QString Describe(const CorrectOptions &options)
+/// What was read as text, so that a table can compare it whole.
+QString Describe(const CommandLine &line)
 {
-    QStringList words;
-    if (!options.profile.isEmpty())
-        words << QLatin1String("profile=") + options.profile;
-    if (!options.outputFolder.isEmpty())
-        words << QLatin1String("folder=") + options.outputFolder;
-    if (!options.plugin.isEmpty())
-        words << QLatin1String("plugin=") + options.plugin;
-    if (options.asked.distortion)
-        words << QStringLiteral("distortion");
-    if (options.asked.chromatic)
-        words << QStringLiteral("chromatic");
-    if (options.asked.vignetting)
-        words << QStringLiteral("vignetting");
-    if (options.existing != ExistingOutput::Refuse)
-        words << (options.existing == ExistingOutput::Skip ? QStringLiteral("skip") : QStringLiteral("overwrite"));
-    if (options.jobs > 0)
-        words << QStringLiteral("jobs=%1").arg(options.jobs);
-    return (words << options.files).join(QLatin1Char(' '));
+    const CorrectOptions &options = line.correct;
+    switch (line.action) {
+    case CommandLine::Action::RefuseUsage:
+    case CommandLine::Action::PrintText:
+        return line.text;
+    case CommandLine::Action::ShowProfiles:
+        return "show "_s + line.profiles.join(QLatin1Char(' '));
+    case CommandLine::Action::ShowWizard:
+        return "wizard "_s + (line.wizard.files + QStringList(line.wizard.plugin)).join(QLatin1Char(' '));
+    case CommandLine::Action::ShowInfo:
+        return "info %1 %2 "_s.arg(line.info.json).arg(line.info.exif)
+            + (line.info.files + QStringList(line.info.lensPath)).join(QLatin1Char(' '));
+    case CommandLine::Action::Correct:
+        break;
+    }
+    const std::pair<bool, QString> words[] = {
+        {!options.profile.isEmpty(), "profile="_s + options.profile},
+        {!options.outputFolder.isEmpty(), "folder="_s + options.outputFolder},
+        {!options.plugin.isEmpty(), "plugin="_s + options.plugin},
+        {options.asked.distortion, "distortion"_s},
+        {options.asked.chromatic, "chromatic"_s},
+        {options.asked.vignetting, "vignetting"_s},
+        {options.existing == ExistingOutput::Skip, "skip"_s},
+        {options.existing == ExistingOutput::Overwrite, "overwrite"_s},
+        {options.jobs > 0, "jobs=%1"_s.arg(options.jobs)},
+    };
+    QStringList said;
+    for (const auto &[there, word] : words) {
+        if (there)
+            said << word;
+    }
+    return (said << options.files).join(QLatin1Char(' '));
 }
 
 } // namespace
 
-void CommandLineTest::correct_data()
+void CommandLineTest::read_data()
 {
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("expected");
-    const struct {
-        const char *name, *line, *expected;
-    } rows[] = {
-        {"no options", "correct a.jpg b.tif", "a.jpg b.tif"},
-        {"options between files", "correct a.jpg --profile p.lcp b.tif --ca", "profile=p.lcp chromatic a.jpg b.tif"},
-        {"value behind =", "correct --profile=p.lcp a.jpg", "profile=p.lcp a.jpg"},
-        {"every switch", "correct --distortion --ca --vignetting a.jpg", "distortion chromatic vignetting a.jpg"},
-        {"-o", "correct -o out a.jpg", "folder=out a.jpg"},
-        {"-o without blank", "correct -oout a.jpg", "folder=out a.jpg"},
-        {"--output", "correct --output out a.jpg", "folder=out a.jpg"},
-        {"overwrite", "correct --overwrite a.jpg", "overwrite a.jpg"},
-        {"skip", "correct a.jpg --skip-existing", "skip a.jpg"},
-        {"pictures at once", "correct -j 4 a.jpg", "jobs=4 a.jpg"},
-        {"plug-in", "correct --plugin x.so a.jpg", "plugin=x.so a.jpg"},
-        {"the last value holds", "correct --profile p.lcp --profile q.lcp a.jpg", "profile=q.lcp a.jpg"},
-        {"names like options behind --", "correct --ca -- --overwrite -o", "chromatic --overwrite -o"},
+    QTest::addColumn<QString>("expected"); // "!": refused, with this in the first line; "?": printed, starting so
+    const char *const rows[][2] = {
+        {"correct a.jpg b.tif", "a.jpg b.tif"},
+        {"correct a.jpg --profile p.lcp b.tif --ca", "profile=p.lcp chromatic a.jpg b.tif"},
+        {"correct --profile=p.lcp a.jpg", "profile=p.lcp a.jpg"},
+        {"correct --distortion --ca --vignetting a.jpg", "distortion chromatic vignetting a.jpg"},
+        {"correct -o out a.jpg", "folder=out a.jpg"},
+        {"correct -oout a.jpg", "folder=out a.jpg"},
+        {"correct --output out a.jpg", "folder=out a.jpg"},
+        {"correct --overwrite a.jpg", "overwrite a.jpg"},
+        {"correct a.jpg --skip-existing", "skip a.jpg"},
+        {"correct -j 4 a.jpg", "jobs=4 a.jpg"},
+        {"correct --plugin x.so a.jpg", "plugin=x.so a.jpg"},
+        {"correct --profile p.lcp --profile q.lcp a.jpg", "profile=q.lcp a.jpg"},
+        {"correct --ca -- --overwrite -o", "chromatic --overwrite -o"},
+        {"profile a.lcp b.lcp", "show a.lcp b.lcp"},
+        {"wizard --plugin x.so a.jpg", "wizard a.jpg x.so"},
+        {"wizard", "wizard "}, // pictures are chosen there
+        {"info --exif --lens-path d a.jpg", "info 0 1 a.jpg d"},
+        {"", "!no command"},
+        {"corect a.jpg", "!corect"},
+        {"--profile p.lcp correct a.jpg", "!--profile"},
+        {"correct --profil p.lcp a.jpg", "!profil"},
+        {"correct -x a.jpg", "!x"},
+        {"profile --overwrite p.lcp", "!overwrite"},
+        {"correct -j 0 a.jpg", "!-j N"},
+        {"correct --jobs=two a.jpg", "!-j N"},
+        {"correct a.jpg --profile", "!profile"},
+        {"correct --ca=yes a.jpg", "!ca"},
+        {"correct --profile p.lcp", "!no file"},
+        {"profile", "!no file"},
+        {"correct --overwrite --skip-existing a.jpg", "!exclude"},
+        {"correct --profile p.lcp --lens-path d a.jpg", "!exclude"},
+        {"profile ''", "!is empty"},
+        {"correct -o '' a.jpg", "!not empty"},
+        {"--version", "?vitrelux 3."},
+        {"--help", "?Usage: vitrelux COMMAND"},
+        {"-h", "?Usage: vitrelux COMMAND"},
+        {"correct a.jpg -h", "?Usage: vitrelux correct "},
+        {"profile --help", "?Usage: vitrelux profile "},
     };
-    for (const auto &row : rows)
-        QTest::newRow(row.name) << QString::fromLatin1(row.line) << QString::fromLatin1(row.expected);
+    for (const auto &[line, expected] : rows)
+        QTest::newRow(line) << QString::fromLatin1(expected);
 }
 
-void CommandLineTest::correct()
+void CommandLineTest::read()
 {
-    QFETCH(QString, line);
     QFETCH(QString, expected);
-    const CommandLine parsed = ParseCommandLine(Words(line.toLatin1().constData()));
-    QVERIFY2(parsed.action == CommandLine::Action::Correct, qPrintable(parsed.text));
-    QCOMPARE(Describe(parsed.correct), expected);
-}
-
-void CommandLineTest::refused_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("named"); // what the message must name
-    const struct {
-        const char *name, *line, *named;
-    } rows[] = {
-        {"nothing", "", "no command"},
-        {"unknown command", "corect a.jpg", "corect"},
-        {"option ahead of the command", "--profile p.lcp correct a.jpg", "--profile"},
-        {"unknown long option", "correct --profil p.lcp a.jpg", "profil"},
-        {"unknown short option", "correct -x a.jpg", "x"},
-        {"an option of another command", "profile --overwrite p.lcp", "overwrite"},
-        {"no picture at once", "correct -j 0 a.jpg", "-j N"},
-        {"pictures at once in words", "correct --jobs=two a.jpg", "-j N"},
-        {"no value", "correct a.jpg --profile", "profile"},
-        {"a value for a switch", "correct --ca=yes a.jpg", "ca"},
-        {"no picture", "correct --profile p.lcp", "no file"},
-        {"no profile", "profile", "no file"},
-        {"overwrite and skip", "correct --overwrite --skip-existing a.jpg", "exclude"},
-        {"profile named and looked up", "correct --profile p.lcp --lens-path d a.jpg", "exclude"},
-    };
-    for (const auto &row : rows)
-        QTest::newRow(row.name) << Words(row.line) << QString::fromLatin1(row.named);
-    QTest::newRow("empty name") << QStringList{QStringLiteral("profile"), QString()} << QStringLiteral("is empty");
-    QTest::newRow("empty folder") << QStringList{QStringLiteral("correct"), QStringLiteral("-o"), QString(),
-                                                 QStringLiteral("a.jpg")}
-                                  << QStringLiteral("not empty");
-}
-
-void CommandLineTest::refused()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, named);
-    const CommandLine parsed = ParseCommandLine(arguments);
-    QVERIFY(parsed.action == CommandLine::Action::RefuseUsage);
-    QVERIFY2(parsed.text.section(QLatin1Char('\n'), 0, 0).contains(named), qPrintable(parsed.text));
-    QVERIFY2(parsed.text.contains(QLatin1String("--help'.\n")), qPrintable(parsed.text));
-}
-
-void CommandLineTest::printed_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("start");
-    QTest::newRow("version") << QStringLiteral("--version") << QStringLiteral("vitrelux 3.");
-    QTest::newRow("help") << QStringLiteral("--help") << QStringLiteral("Usage: vitrelux COMMAND");
-    QTest::newRow("-h") << QStringLiteral("-h") << QStringLiteral("Usage: vitrelux COMMAND");
-    QTest::newRow("correct") << QStringLiteral("correct --help") << QStringLiteral("Usage: vitrelux correct ");
-    QTest::newRow("correct, late") << QStringLiteral("correct a.jpg -h") << QStringLiteral("Usage: vitrelux correct ");
-    QTest::newRow("profile") << QStringLiteral("profile --help") << QStringLiteral("Usage: vitrelux profile ");
-}
-
-void CommandLineTest::printed()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, start);
-    const CommandLine parsed = ParseCommandLine(Words(line.toLatin1().constData()));
-    QVERIFY(parsed.action == CommandLine::Action::PrintText);
-    QVERIFY2(parsed.text.startsWith(start), qPrintable(parsed.text));
+    const CommandLine parsed = ParseCommandLine(Words(QString::fromLatin1(QTest::currentDataTag())));
+    const QString told = Describe(parsed);
+    const bool refused = expected.startsWith(QLatin1Char('!')), printed = expected.startsWith(QLatin1Char('?'));
+    QCOMPARE(parsed.action == CommandLine::Action::RefuseUsage, refused);
+    QCOMPARE(parsed.action == CommandLine::Action::PrintText, printed);
+    if (!refused && !printed)
+        QCOMPARE(told, expected);
+    QVERIFY2(!printed || told.startsWith(expected.mid(1)), qPrintable(told));
+    QVERIFY2(!refused || told.section(QLatin1Char('\n'), 0, 0).contains(expected.mid(1)), qPrintable(told));
+    QVERIFY2(!refused || told.contains("--help'.\n"_s), qPrintable(told));
 }
 
 void CommandLineTest::helpNamesEveryOption()
 {
-    const QString help = ParseCommandLine(Words("correct --help")).text;
-    for (const char *option : {"--profile FILE", "--distortion", "--ca", "--vignetting", "-o, --output DIR",
-                               "--overwrite", "--skip-existing", "--plugin FILE", "Exit code"})
+    const QString help = ParseCommandLine(Words("correct --help"_s)).text;
+    for (const char *option : {"--profile FILE", "--lens-path DIR", "--distortion", "--ca", "--vignetting",
+                               "-o, --output DIR", "--overwrite", "--skip-existing", "--plugin FILE", "Exit code"})
         QVERIFY2(help.contains(QString::fromLatin1(option)), option);
-    const QStringList lines = help.split(QLatin1Char('\n'));
-    for (const QString &line : lines)
-        QVERIFY2(line.size() <= 118, qPrintable(line));
 }
 
-void CommandLineTest::otherCommandsTakeFiles()
+void CommandLineTest::rivals_data()
 {
-    const CommandLine parsed = ParseCommandLine(Words("profile a.lcp b.lcp"));
-    QVERIFY(parsed.action == CommandLine::Action::ShowProfiles);
-    QCOMPARE(parsed.profiles, Words("a.lcp b.lcp"));
-    const CommandLine wizard = ParseCommandLine(Words("wizard --plugin x.so a.jpg"));
-    QVERIFY(wizard.action == CommandLine::Action::ShowWizard);
-    QCOMPARE(wizard.wizard.files + QStringList(wizard.wizard.plugin), Words("a.jpg x.so"));
-    QVERIFY(ParseCommandLine(Words("wizard")).action == CommandLine::Action::ShowWizard); // they are chosen there
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("rival"); // of the last file
+    QTest::addColumn<bool>("repeated");
+    // The files, below a folder; see rivals().
+    QTest::newRow("a/x.jpg b/x.jpg") << QString() << QString() << false;
+    QTest::newRow("a/x.jpg  b/x.jpg") << "out"_s
+                                      << "a/x.jpg"_s << false;
+    QTest::newRow("a/x.jpg b/x.jpg a/x.png") << QString() << "a/x.jpg"_s << false;
+    QTest::newRow("a/x.jpg b/../a/x.jpg") << QString() << "a/x.jpg"_s << true;
+    QTest::newRow("a/x.jpg also/x.jpg") << QString() << "a/x.jpg"_s << true;
+    QTest::newRow("b/x.jpg a/in/../x.jpg") << QString() << "b/x.jpg"_s << true; // up from a link
+    QTest::newRow("a/x.png also/x.jpg") << QString() << "a/x.png"_s << false;
+    QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // there are none
+}
+
+void CommandLineTest::rivals()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, rival);
+    QFETCH(bool, repeated);
+    const QTemporaryDir scene; // a/x.jpg, a/x.png, b/x.jpg, and two links: also to a, a/in to b/deep
+    const QDir dir(scene.path());
+    QVERIFY(dir.mkpath("a"_s) && dir.mkpath("b/deep"_s));
+    for (const QString &name : {"a/x.jpg"_s, "a/x.png"_s, "b/x.jpg"_s})
+        WriteBytes(dir.filePath(name), {});
+    QVERIFY(QFile::link(dir.filePath("a"_s), dir.filePath("also"_s)));
+    QVERIFY(QFile::link(dir.filePath("b/deep"_s), dir.filePath("a/in"_s)));
+
+    const QString below = dir.path() + QLatin1Char('/');
+    const QStringList files =
+        Words(QString::fromLatin1(QTest::currentDataTag())).replaceInStrings(QRegExp("^"_s), below);
+    const QVector<PlannedPicture> plan = PlanOutputs(files, folder.isEmpty() ? folder : dir.filePath(folder));
+    QCOMPARE(plan.last().rival, rival.isEmpty() ? rival : below + rival);
+    QCOMPARE(plan.last().repeated, repeated);
+    QVERIFY(plan.first().rival.isEmpty());
 }
 
 QTEST_APPLESS_MAIN(CommandLineTest)

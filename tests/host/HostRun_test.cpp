@@ -1,304 +1,374 @@
-// The program and a plug-in that notes how it is called and misbehaves: order of calls, outputs, interruptions.
-#include "ProgramRun.h"
-#include "TestFiles.h"
+// The program as a host: order of calls on a plug-in that notes them and misbehaves, outputs, interruptions, and
+// wherever it may be called: without display, home folder or locale, on a terminal, with odd file names.
+#include "ProgramTest.h"
 
 #include <QDir>
-#include <QTemporaryDir>
-#include <QtTest>
 
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
-class HostRunTest : public QObject {
+namespace {
+
+const QString kProbe = "correct --profile p.lcp --plugin "_s + QStringLiteral(PROBE_PLUGIN " ");
+const QString kOutput = "a_corrected.tiff"_s;
+
+/// A terminal of our own, for the program to write to.
+class Terminal {
+public:
+    Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK))
+    {
+        grantpt(m_master);
+        unlockpt(m_master);
+        m_keepOpen = open(ptsname(m_master), O_RDWR | O_NOCTTY); // what was written stays readable after the end
+    }
+    ~Terminal()
+    {
+        close(m_keepOpen);
+        close(m_master);
+    }
+    QString Name() const { return QString::fromUtf8(ptsname(m_master)); }
+    QByteArray ReadAll() const
+    {
+        char all[4096];
+        return QByteArray(all, qMax(0, static_cast<int>(read(m_master, all, sizeof all))));
+    }
+
+private:
+    int m_master;
+    int m_keepOpen;
+};
+
+} // namespace
+
+class HostRunTest : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
     void callsInOrder();
     void recordHolds_data();
     void recordHolds();
     void failsWithOneLine_data();
     void failsWithOneLine();
-    void outputFolderIsMade();
     void existingOutput_data();
     void existingOutput();
     void picturesAtOnceAreThoseOneByOne();
-    void outputThatAppearsMeanwhileStays();
     void rivalsForOneOutput();
     void interruptionLeavesNothing_data();
     void interruptionLeavesNothing();
-    void ignoredSignalStaysIgnored();
-    void pluginThatIsNone_data();
-    void pluginThatIsNone();
+    void environment_data();
+    void environment();
+    void names_data();
+    void names();
+    void progressOnTerminal_data();
+    void progressOnTerminal();
+    void oneLine_data();
+    void oneLine();
 
 private:
-    QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
-    QStringList Arguments(const QStringList &more) const;
-    ProgramResult RunProbe(const char *manner, const QStringList &arguments);
-    QStringList Notes() const;
-
-    QScopedPointer<QTemporaryDir> m_dir;
+    ProgramResult RunProbe(const char *manner, const QString &line)
+    {
+        m_run->Set("VITRELUX_PROBE", QString::fromLatin1(manner));
+        m_run->Set("VITRELUX_PROBE_NOTES", Path("notes"_s));
+        m_run->Set("VITRELUX_PROBE_RIVAL", Path(kOutput));
+        return Run(kProbe + line);
+    }
+    QStringList Notes() const { return QString::fromUtf8(ReadBytes(Path("notes"_s))).split(QLatin1Char('\n')); }
+    /// Names in the folder without those that were there at first, and without the notes.
+    QStringList Made() const
+    {
+        QStringList names = Names(m_dir->path());
+        for (const QString &name : {"a.jpg"_s, "b.jpg"_s, "p.lcp"_s, "notes"_s})
+            names.removeAll(name);
+        return names;
+    }
 };
-
-void HostRunTest::init()
-{
-    m_dir.reset(new QTemporaryDir);
-    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("in")));
-    WriteJpeg(Path("in/a.jpg"), 12, 8);
-    WriteBytes(Path("p.lcp"), ProfileText({true, true, true}, 12, 8));
-}
-
-QStringList HostRunTest::Arguments(const QStringList &more) const
-{
-    return QStringList{QStringLiteral("correct"), QStringLiteral("--plugin"), QStringLiteral(PROBE_PLUGIN),
-                       QStringLiteral("--profile"), Path("p.lcp")}
-    + more;
-}
-
-ProgramResult HostRunTest::RunProbe(const char *manner, const QStringList &arguments)
-{
-    ProgramRun run;
-    run.Set("VITRELUX_PROBE", QString::fromLatin1(manner));
-    run.Set("VITRELUX_PROBE_NOTES", Path("notes"));
-    run.Set("VITRELUX_PROBE_RIVAL", Path("in/a_corrected.tiff"));
-    return run.Run(Arguments(arguments));
-}
-
-QStringList HostRunTest::Notes() const
-{
-    return QString::fromUtf8(ReadBytes(Path("notes"))).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
 
 void HostRunTest::callsInOrder()
 {
-    WriteJpeg(Path("in/b.jpg"), 8, 12);
-    const ProgramResult result = RunProbe("", {Path("in/a.jpg"), Path("in/b.jpg")});
+    const ProgramResult result = RunProbe("", "a.jpg b.jpg"_s);
     QCOMPARE(result.exitCode, 0);
-    const QString record = QStringLiteral("AllocParameters 1 1 1 ") + Path("p.lcp");
-    QCOMPARE(
-        Notes(),
-        (QStringList{QStringLiteral("Library with kernels"), QStringLiteral("Plugins 1"), record,
-                     QStringLiteral("Process a.jpg %1 7").arg(Path("in/a.jpg")), QStringLiteral("FreeParameters 7"),
-                     record, QStringLiteral("Process b.jpg %1 7").arg(Path("in/b.jpg")),
-                     QStringLiteral("FreeParameters 7"), QStringLiteral("~Library")}));
-    QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), QByteArray("probe"));
-    QCOMPARE(
-        result.output,
-        (Path("in/a_corrected.tiff") + QLatin1Char('\n') + Path("in/b_corrected.tiff") + QLatin1Char('\n')).toUtf8());
-    QCOMPARE(Names(Path("in")),
-             (QStringList{QStringLiteral("a.jpg"), QStringLiteral("a_corrected.tiff"), QStringLiteral("b.jpg"),
-                          QStringLiteral("b_corrected.tiff")}));
+    const QString record = "AllocParameters 1 1 1 "_s + Path("p.lcp"_s), process = "Process %1 %2 7"_s;
+    QCOMPARE(Notes(),
+             QStringList({"Library with kernels"_s, "Plugins 1"_s, record, process.arg("a.jpg"_s, Path("a.jpg"_s)),
+                          "FreeParameters 7"_s, record, process.arg("b.jpg"_s, Path("b.jpg"_s)), "FreeParameters 7"_s,
+                          "~Library"_s, QString()}));
+    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("probe"));
+    QCOMPARE(QString::fromUtf8(result.output), Path("a_corrected.tiff\n"_s) + Path("b_corrected.tiff\n"_s));
+    QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
 }
 
 void HostRunTest::recordHolds_data()
 {
-    QTest::addColumn<QStringList>("switches");
+    QTest::addColumn<QString>("switches");
     QTest::addColumn<QString>("models"); // in the profile: d, c, v
     QTest::addColumn<QString>("flags");  // Disto CA Falloff; empty: the picture fails
+    QTest::addColumn<QByteArray>("cut"); // a piece of the profile, and what is put in its place
+    QTest::addColumn<QByteArray>("patch");
     const struct {
-        const char *name, *switches, *models, *flags;
+        const char *name, *switches, *models, *flags, *cut, *patch;
     } rows[] = {
-        {"everything there is", "", "dcv", "1 1 1"},
-        {"all but colour", "", "dv", "1 0 1"},
-        {"distortion is there", "", "d", "1 0 0"},
-        {"distortion of all", "--distortion", "dcv", "1 0 0"},
-        {"colour of all", "--ca", "dcv", "0 1 0"},
-        {"vignetting of all", "--vignetting", "dcv", "0 0 1"},
-        {"two of all", "--ca --vignetting", "dcv", "0 1 1"},
-        {"colour is lacking", "--ca", "dv", ""},
-        {"one of two is lacking", "--distortion --vignetting", "dc", ""},
+        {"everything there is", "", "dcv", "1 1 1", "", ""},
+        {"all but colour", "", "dv", "1 0 1", "", ""},
+        {"distortion is there", "", "d", "1 0 0", "", ""},
+        {"no distortion", "", "v", "0 0 1", "", ""},
+        {"nothing", "", "", "", "", ""},
+        {"distortion of all", "--distortion", "dcv", "1 0 0", "", ""},
+        {"two of all", "--ca --vignetting", "dcv", "0 1 1", "", ""},
+        {"colour is lacking", "--ca", "dv", "", "", ""},
+        {"one of two is lacking", "--distortion --vignetting", "dc", "", "", ""},
+        {"no focal length at all", "", "dcv", "", "FocalLengthX", "Other"},
+        {"red is missing", "", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
+        {"green is missing", "", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
+        {"value that is no number", "", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"},
+        {"fisheye without coefficients", "", "v", "0 0 1", "Perspective", "Fisheye"},
     };
     for (const auto &row : rows)
-        QTest::newRow(row.name) << QString::fromLatin1(row.switches).split(QLatin1Char(' '), Qt::SkipEmptyParts)
-                                << QString::fromLatin1(row.models) << QString::fromLatin1(row.flags);
+        QTest::newRow(row.name) << QString::fromLatin1(row.switches) << QString::fromLatin1(row.models)
+                                << QString::fromLatin1(row.flags) << QByteArray(row.cut) << QByteArray(row.patch);
 }
 
 void HostRunTest::recordHolds()
 {
-    QFETCH(QStringList, switches);
     QFETCH(QString, models);
     QFETCH(QString, flags);
+    QFETCH(QByteArray, cut);
     const auto has = [&](char model) { return models.contains(QLatin1Char(model)); };
-    WriteBytes(Path("p.lcp"), ProfileText({has('d'), has('c'), has('v')}, 12, 8));
-    const ProgramResult result = RunProbe("", switches + QStringList(Path("in/a.jpg")));
+    QByteArray profile = ProfileText({has('d'), has('c'), has('v')}, 60, 40);
+    QVERIFY(profile.contains(cut));
+    if (!cut.isEmpty())
+        profile.replace(cut, *static_cast<QByteArray *>(QTest::qData("patch", QMetaType::QByteArray)));
+    WriteBytes(Path("p.lcp"_s), profile);
+    QFETCH(QString, switches);
+    const ProgramResult result = RunProbe("", switches + " a.jpg"_s);
     QCOMPARE(result.exitCode, flags.isEmpty() ? 1 : 0);
-    QCOMPARE(result.errorLines.size(), flags.isEmpty() ? 1 : 0);
-    if (!flags.isEmpty())
-        QVERIFY(Notes().contains(QStringLiteral("AllocParameters %1 %2").arg(flags, Path("p.lcp"))));
+    QCOMPARE(Notes().contains("AllocParameters %1 %2"_s.arg(flags, Path("p.lcp"_s))), !flags.isEmpty());
+    QVERIFY2(!flags.isEmpty() || result.errorLines.size() == 1, result.error);
 }
 
 void HostRunTest::failsWithOneLine_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::newRow("kernel exception") << QStringLiteral("first line second line about \"%1\"");
-    QTest::newRow("out of memory") << QStringLiteral("not enough memory");
-    QTest::newRow("standard exception") << QStringLiteral("ran into something");
-    QTest::newRow("other exception") << QStringLiteral("failed without telling a reason");
+    QTest::newRow("kernel exception") << "first line second line about \"%1\""_s;
+    QTest::newRow("out of memory") << "not enough memory"_s;
+    QTest::newRow("standard exception") << "ran into something"_s;
+    QTest::newRow("other exception") << "failed without telling a reason"_s;
 }
 
 void HostRunTest::failsWithOneLine()
 {
     QFETCH(QString, text);
-    const QByteArray old = "an older result";
-    WriteBytes(Path("in/a_corrected.tiff"), old);
-    const ProgramResult result = RunProbe(QTest::currentDataTag(), {QStringLiteral("--overwrite"), Path("in/a.jpg")});
+    WriteBytes(Path(kOutput), "old");
+    const ProgramResult result = RunProbe(QTest::currentDataTag(), "--overwrite a.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QVERIFY(result.output.isEmpty());
-    text.replace(QLatin1String("%1"), Path("in/a_corrected.tiff")); // not the private folder's name
-    QCOMPARE(result.errorLines, QStringList(QStringLiteral("vitrelux: %1: %2").arg(Path("in/a.jpg"), text)));
-    QVERIFY(Notes().contains(QLatin1String("FreeParameters 7")));
-    QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), old);
-    QCOMPARE(Names(Path("in")), (QStringList{QStringLiteral("a.jpg"), QStringLiteral("a_corrected.tiff")}));
-}
-
-void HostRunTest::outputFolderIsMade()
-{
-    const ProgramResult result = RunProbe("", {QStringLiteral("-o"), Path("new/deep"), Path("in/a.jpg")});
-    QCOMPARE(result.exitCode, 0);
-    QCOMPARE(Names(Path("new/deep")), QStringList(QStringLiteral("a_corrected.tiff")));
-    QCOMPARE(Names(Path("in")), QStringList(QStringLiteral("a.jpg")));
+    text.replace("%1"_s, Path(kOutput)); // not the private folder's name
+    QCOMPARE(result.errorLines, QStringList("vitrelux: a.jpg: "_s + text));
+    QVERIFY(Notes().contains("FreeParameters 7"_s));
+    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
+    QCOMPARE(Made(), QStringList(kOutput));
 }
 
 void HostRunTest::existingOutput_data()
 {
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<int>("errorLines");
     QTest::addColumn<QByteArray>("content");
-    QTest::newRow("refused") << QStringList() << 1 << 1 << QByteArray("old");
-    QTest::newRow("skipped") << QStringList(QStringLiteral("--skip-existing")) << 0 << 0 << QByteArray("old");
-    QTest::newRow("overwritten") << QStringList(QStringLiteral("--overwrite")) << 0 << 0 << QByteArray("probe");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("") << QByteArray("old") << 1;
+    QTest::newRow("--skip-existing") << QByteArray("old") << 0;
+    QTest::newRow("--overwrite") << QByteArray("probe") << 0;
+    QTest::newRow("rival") << QByteArray("rival") << 1; // made while the picture is corrected
 }
 
 void HostRunTest::existingOutput()
 {
-    QFETCH(QStringList, options);
-    QFETCH(int, exitCode);
-    QFETCH(int, errorLines);
     QFETCH(QByteArray, content);
-    WriteBytes(Path("in/a_corrected.tiff"), "old");
-    WriteJpeg(Path("in/b.jpg"), 12, 8);
-    const ProgramResult result = RunProbe("", options + QStringList{Path("in/a.jpg"), Path("in/b.jpg")});
+    QFETCH(int, exitCode);
+    const bool rival = content == "rival";
+    if (!rival)
+        WriteBytes(Path(kOutput), "old");
+    const ProgramResult result =
+        RunProbe(content, "a.jpg b.jpg "_s + QLatin1String(rival ? "" : QTest::currentDataTag()));
     QCOMPARE(result.exitCode, exitCode);
-    QCOMPARE(result.errorLines.size(), errorLines);
-    QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), content);
-    QCOMPARE(ReadBytes(Path("in/b_corrected.tiff")), QByteArray("probe"));
+    QCOMPARE(result.errorLines.size(), exitCode);
+    QCOMPARE(ReadBytes(Path(kOutput)), content);
+    QCOMPARE(ReadBytes(Path("b_corrected.tiff"_s)), QByteArray("probe"));
+    QCOMPARE(Made().size(), 2);
 }
 
 /// With the real plug-in, which makes a process for each thread; one picture in between fails.
 void HostRunTest::picturesAtOnceAreThoseOneByOne()
 {
-    QStringList pictures;
+    QString pictures;
     for (int i = 0; i < 6; ++i) {
-        pictures << Path("in/%1.jpg").arg(i);
-        i == 3 ? WriteBytes(pictures.last(), "no picture") : WriteJpeg(pictures.last(), 300 + 50 * i, 260);
+        const QString name = "%1.jpg"_s.arg(i);
+        i == 3 ? WriteBytes(Path(name), "no picture") : WriteJpeg(Path(name), 300 + 50 * i, 260);
+        pictures += QLatin1Char(' ') + name;
     }
-    const QStringList options = {QStringLiteral("correct"), QStringLiteral("--profile"), Path("p.lcp")};
-    const auto run = [&](const char *folder, const char *jobs) {
-        return ProgramRun().Run(
-            options + QStringList{QStringLiteral("-o"), Path(folder), QLatin1String("-j"), QString::fromLatin1(jobs)}
-            + pictures);
-    };
-    const ProgramResult alone = run("alone", "1"), together = run("together", "3");
+    const ProgramResult alone = Run("correct --profile p.lcp -o alone -j 1"_s + pictures);
+    const ProgramResult together = Run("correct --profile p.lcp -o together -j 3"_s + pictures);
     QCOMPARE(alone.exitCode, 1);
     QCOMPARE(together.exitCode, 1);
     QCOMPARE(together.output.count('\n'), 5);
-    const QStringList names = Names(Path("alone"));
+    const QStringList names = Names(Path("alone"_s));
     QCOMPARE(names.size(), 5);
-    QCOMPARE(Names(Path("together")), names); // and no private folder left
+    QCOMPARE(Names(Path("together"_s)), names); // and no private folder left
     for (const QString &name : names)
-        QCOMPARE(ReadBytes(Path("together/") + name), ReadBytes(Path("alone/") + name));
-}
-
-void HostRunTest::outputThatAppearsMeanwhileStays()
-{
-    const ProgramResult result = RunProbe("rival", {Path("in/a.jpg")});
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.errorLines.size(), 1);
-    QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), QByteArray("rival"));
-    QCOMPARE(Names(Path("in")), (QStringList{QStringLiteral("a.jpg"), QStringLiteral("a_corrected.tiff")}));
+        QCOMPARE(ReadBytes(Path("together/"_s + name)), ReadBytes(Path("alone/"_s + name)));
 }
 
 void HostRunTest::rivalsForOneOutput()
 {
-    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("other")));
-    WriteJpeg(Path("other/a.jpg"), 12, 8);
+    QVERIFY(QDir(m_dir->path()).mkdir("other"_s));
+    WriteJpeg(Path("other/a.jpg"_s), 12, 8);
     // The third is the first once more: done already, no failure.
-    const ProgramResult result = RunProbe("",
-                                          {QStringLiteral("--overwrite"), QStringLiteral("-o"), Path("out"),
-                                           Path("in/a.jpg"), Path("other/a.jpg"), Path("in/../in/a.jpg")});
+    const ProgramResult result = RunProbe("", "--overwrite -o out a.jpg other/a.jpg other/../a.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 1);
-    QVERIFY(result.errorLines.first().startsWith(QStringLiteral("vitrelux: %1: ").arg(Path("other/a.jpg"))));
-    QVERIFY(result.errorLines.first().contains(Path("in/a.jpg")));
-    QCOMPARE(Notes().filter(QStringLiteral("Process")).size(), 1);
+    QVERIFY(result.errorLines.first().startsWith("vitrelux: other/a.jpg: "_s));
+    QVERIFY(result.errorLines.first().contains("a.jpg"_s));
+    QCOMPARE(Notes().filter("Process"_s).size(), 1);
 }
 
 void HostRunTest::interruptionLeavesNothing_data()
 {
-    QTest::addColumn<int>("number");
-    QTest::newRow("SIGINT") << SIGINT;
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGHUP") << SIGHUP;
+    QTest::addColumn<QVector<int>>("sent"); // the last one ends it
+    QTest::newRow("SIGINT") << QVector<int>{SIGINT};
+    QTest::newRow("SIGTERM") << QVector<int>{SIGTERM};
+    QTest::newRow("SIGHUP") << QVector<int>{SIGHUP};
+    QTest::newRow("SIGHUP ignored, as by nohup") << QVector<int>{SIGHUP, SIGTERM};
 }
 
 void HostRunTest::interruptionLeavesNothing()
 {
-    QFETCH(int, number);
-    WriteBytes(Path("in/a_corrected.tiff"), "old");
-    ProgramRun run;
-    run.Set("VITRELUX_PROBE", QStringLiteral("block"));
-    run.beforeStart = [number] { std::signal(number, SIG_DFL); }; // whatever the test's own parent ignores
-    run.Begin(Arguments({QStringLiteral("--overwrite"), Path("in/a.jpg")}));
-    const QDir in(Path("in"));
-    const auto halfDone = [&in] {
-        for (const QString &name : in.entryList({QStringLiteral(".vitrelux-*")}, QDir::AllEntries | QDir::Hidden)) {
-            if (in.exists(name + QLatin1String("/a_corrected.tiff")))
-                return true;
-        }
-        return false;
+    QFETCH(QVector<int>, sent);
+    WriteBytes(Path(kOutput), "old");
+    m_run->Set("VITRELUX_PROBE", "block"_s);
+    m_run->beforeStart = [sent] { // whatever the test's own parent ignores
+        for (int number : sent)
+            std::signal(number, number == sent.last() ? SIG_DFL : SIG_IGN);
+    };
+    m_run->Begin((kProbe + "--overwrite a.jpg"_s).split(QLatin1Char(' ')));
+    const auto halfDone = [this] {
+        const QStringList work = Names(m_dir->path()).filter(".vitrelux-"_s);
+        return work.size() == 1 && QFile::exists(Path(work.first() + "/"_s + kOutput));
     };
     QTRY_VERIFY_WITH_TIMEOUT(halfDone(), 60000);
-    ::kill(static_cast<pid_t>(run.processId()), number);
-    const ProgramResult result = run.Wait();
-    QCOMPARE(result.signal, number); // so that a shell's loop ends as well
-    QCOMPARE(Names(Path("in")), (QStringList{QStringLiteral("a.jpg"), QStringLiteral("a_corrected.tiff")}));
-    QCOMPARE(ReadBytes(Path("in/a_corrected.tiff")), QByteArray("old"));
+    for (int number : sent)
+        ::kill(static_cast<pid_t>(m_run->processId()), number);
+    QCOMPARE(m_run->Wait().signal, sent.last()); // so that a shell's loop ends as well
+    QCOMPARE(Made(), QStringList(kOutput));
+    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
 }
 
-void HostRunTest::ignoredSignalStaysIgnored()
+void HostRunTest::environment_data()
 {
-    ProgramRun run;
-    run.Set("VITRELUX_PROBE", QStringLiteral("block"));
-    run.Set("VITRELUX_PROBE_NOTES", Path("notes"));
-    run.beforeStart = [] {
-        std::signal(SIGHUP, SIG_IGN); // as nohup does
-        std::signal(SIGTERM, SIG_DFL);
-    };
-    run.Begin(Arguments({Path("in/a.jpg")}));
-    QTRY_VERIFY_WITH_TIMEOUT(Notes().filter(QStringLiteral("Process")).size() == 1, 60000);
-    ::kill(static_cast<pid_t>(run.processId()), SIGHUP);
-    ::kill(static_cast<pid_t>(run.processId()), SIGTERM);
-    QCOMPARE(run.Wait().signal, int(SIGTERM));
+    QTest::addColumn<QString>("value");  // of a variable, on top of an environment with next to nothing
+    QTest::addColumn<QString>("wizard"); // the variable needs the desktop wizard to matter; why it can't be shown
+    const QString unreachable = "the display cannot be reached"_s;
+    QTest::newRow("HOME") << "/none"_s
+                          << "there is no display"_s;
+    QTest::newRow("DISPLAY") << "none:17"_s << unreachable;
+    QTest::newRow("QT_QPA_PLATFORM") << "no-such-platform"_s << unreachable;
+    QTest::newRow("QT_QPA_PLATFORMTHEME") << "gtk3"_s << QString();
+    QTest::newRow("QT_STYLE_OVERRIDE") << "no-such-style"_s << QString();
+    QTest::newRow("QT_IM_MODULE") << "ibus"_s << QString();
+    QTest::newRow("LC_ALL") << "xx_YY.ISO-8859-1"_s << QString();
 }
 
-void HostRunTest::pluginThatIsNone_data()
+void HostRunTest::environment()
 {
-    QTest::addColumn<QString>("plugin");
-    QTest::newRow("missing") << QStringLiteral("/none/libKVitrelux.so");
-    QTest::newRow("no library") << QStringLiteral("/etc/passwd");
-    QTest::newRow("a library without plug-in") << QStringLiteral(PLAIN_LIBRARY);
-    QTest::newRow("another plug-in") << QStringLiteral(FOREIGN_PLUGIN);
+    QFETCH(QString, value);
+    QFETCH(QString, wizard);
+    QVERIFY(QDir(m_dir->path()).mkdir("home"_s));
+    QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
+    m_run->Set("HOME", Path("home"_s));
+    m_run->Set(QTest::currentDataTag(), value);
+    const ProgramResult result = Run(u8"correct --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
+    QCOMPARE(result.error, QByteArray());
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
+    QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line are nobody's new defaults
+    if (wizard.isEmpty())
+        return;
+    const ProgramResult window = Run("wizard b.jpg"_s);
+    QCOMPARE(window.exitCode, 1); // not a crash
+    QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
 }
 
-void HostRunTest::pluginThatIsNone()
+void HostRunTest::names_data()
 {
-    QFETCH(QString, plugin);
-    ProgramRun run;
-    const ProgramResult result = run.Run({QStringLiteral("correct"), QStringLiteral("--plugin"), plugin,
-                                          QStringLiteral("--profile"), Path("p.lcp"), Path("in/a.jpg")});
+    QTest::addColumn<QString>("folder"); // option
+    QTest::addColumn<QString>("output");
+    QTest::newRow("-o.jpg") << QString() << "-o_corrected.tiff"_s;
+    QTest::newRow("a.b.c.jpg") << QString() << "a.b.c_corrected.tiff"_s;
+    QTest::newRow("no suffix") << QString() << "no suffix_corrected.tiff"_s;
+    QTest::newRow("%1 \"'$(x).jpg") << "new/deep"_s
+                                    << "new/deep/%1 \"'$(x)_corrected.tiff"_s;
+    QTest::newRow("a\nb.jpg") << "./x/../new"_s
+                              << "new/a\nb_corrected.tiff"_s;
+}
+
+void HostRunTest::names()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, output);
+    const QString picture = QString::fromLatin1(QTest::currentDataTag());
+    QVERIFY(QFile::rename(Path("a.jpg"_s), Path(picture)));
+    QStringList arguments{"correct"_s, "--profile"_s, "p.lcp"_s};
+    if (!folder.isEmpty())
+        arguments << "-o"_s << folder;
+    const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
+    QVERIFY2(result.exitCode == 0, result.error);
+    QVERIFY(QFile::exists(Path(output)));
+}
+
+void HostRunTest::progressOnTerminal_data()
+{
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("xterm") << true;
+    QTest::newRow("dumb") << false;
+}
+
+void HostRunTest::progressOnTerminal()
+{
+    QFETCH(bool, shown);
+    const Terminal terminal;
+    m_run->Set("TERM", QString::fromLatin1(QTest::currentDataTag()));
+    m_run->setStandardErrorFile(terminal.Name());
+    QCOMPARE(Run("correct -j 1 --profile p.lcp a.jpg none.jpg"_s).exitCode, 1);
+    const QByteArray seen = terminal.ReadAll();
+    QVERIFY2(seen.contains("none.jpg: no such file"), seen);
+    for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
+        QVERIFY2(seen.contains(progress) == shown, seen);
+}
+
+void HostRunTest::oneLine_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("said");
+    const QString plugin = "correct --profile p.lcp a.jpg --plugin "_s, why = "plug-in \"%1\": "_s;
+    for (const QString &file :
+         {"/none/libKVitrelux.so"_s, "/etc/passwd"_s, QStringLiteral(PLAIN_LIBRARY), QStringLiteral(FOREIGN_PLUGIN)})
+        QTest::newRow(qPrintable(file)) << plugin + file << why.arg(file);
+    QTest::newRow("no profile") << "correct a.jpg"_s
+                                << "a.jpg: "_s;
+    QTest::newRow("file name with controls") << "correct --profile p.lcp no\n\033[2Jsuch.jpg"_s
+                                             << "no"_s;
+    QTest::newRow("full output") << "profile p.lcp"_s
+                                 << "cannot write to standard output"_s;
+}
+
+void HostRunTest::oneLine()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, said);
+    if (line.startsWith("profile"_s))
+        m_run->setStandardOutputFile("/dev/full"_s);
+    const ProgramResult result = Run(line);
     QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.errorLines.size(), 1);
-    QVERIFY2(result.errorLines.first().startsWith(QStringLiteral("vitrelux: plug-in \"%1\": ").arg(plugin)),
-             result.error.constData());
+    QCOMPARE(result.error.count('\n'), 1);
+    QVERIFY2(result.errorLines.first().startsWith("vitrelux: "_s + said), result.error);
+    QVERIFY(!result.error.contains('\033'));
 }
 
 QTEST_GUILESS_MAIN(HostRunTest)

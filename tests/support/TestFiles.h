@@ -5,6 +5,11 @@
 #include <QString>
 #include <QStringList>
 
+inline QString operator""_s(const char *text, std::size_t size)
+{
+    return QString::fromUtf8(text, static_cast<int>(size));
+}
+
 /// A JPEG of noise over a gradient, always the same: its output compresses badly, so that it is not tiny.
 void WriteJpeg(const QString &path, int width, int height);
 void WriteBytes(const QString &path, const QByteArray &bytes);

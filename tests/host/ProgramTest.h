@@ -1,0 +1,23 @@
+// What tests of the program share: a folder with pictures and a profile, and runs of the program in it.
+#pragma once
+
+#include "ProgramRun.h"
+#include "TestFiles.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+/// Each test function gets a new folder with a.jpg and b.jpg of 60x40, and p.lcp, which fits them and holds all models.
+class ProgramTest : public QObject {
+    Q_OBJECT
+protected Q_SLOTS:
+    void init();
+
+protected:
+    QString Path(const QString &name) const { return m_dir->filePath(name); }
+    /// Runs the program in the folder. @p line holds the arguments, separated by blanks.
+    ProgramResult Run(const QString &line) { return m_run->Run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts)); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<ProgramRun> m_run; // for what is to be set ahead of Run
+};

@@ -1,8 +1,11 @@
 #include "Bitmaps.h"
 
+#include <QFile>
+
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <lcms2.h>
 #include <random>
 
 namespace {
@@ -98,33 +101,65 @@ QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tol
 {
     if (got.Type != expected.Type || got.BitsPerComponent != expected.BitsPerComponent || got.Width != expected.Width
         || got.Height != expected.Height)
-        return QStringLiteral("got type %1, %2 bits, %3 x %4; expected type %5, %6 bits, %7 x %8")
-            .arg(got.Type)
-            .arg(got.BitsPerComponent)
-            .arg(got.Width)
-            .arg(got.Height)
-            .arg(expected.Type)
-            .arg(expected.BitsPerComponent)
-            .arg(expected.Width)
-            .arg(expected.Height);
+        return QString::asprintf("got type %d, %d bits, %d x %d; expected type %d, %d bits, %d x %d", got.Type,
+                                 got.BitsPerComponent, got.Width, got.Height, expected.Type, expected.BitsPerComponent,
+                                 expected.Width, expected.Height);
+    return Difference(
+        got, [&](int x, int y, int c) { return SampleAt(expected, x, y, c); }, tolerance);
+}
+
+QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance)
+{
     QString worst;
     double largest = tolerance;
     for (int y = 0; y < got.Height; ++y)
         for (int x = 0; x < got.Width; ++x)
             for (int c = 0; c < got.ComponentsPerPixel; ++c) {
-                const double difference = std::abs(SampleAt(got, x, y, c) - SampleAt(expected, x, y, c));
+                const double have = SampleAt(got, x, y, c), want = expected(x, y, c),
+                             difference = std::abs(have - want);
                 if (difference <= largest)
                     continue;
                 largest = difference;
-                worst = QStringLiteral("(%1, %2) channel %3: got %4, expected %5, the largest difference is %6")
-                            .arg(x)
-                            .arg(y)
-                            .arg(c)
-                            .arg(SampleAt(got, x, y, c))
-                            .arg(SampleAt(expected, x, y, c))
-                            .arg(difference);
+                worst = QString::asprintf("(%d, %d) channel %d: got %g, expected %g, the largest difference is %g", x,
+                                          y, c, have, want, difference);
             }
     return worst;
+}
+
+QByteArray InkProfile()
+{
+    cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
+    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a colour of 0
+    cmsSetDeviceClass(profile, cmsSigOutputClass);
+    cmsSetColorSpace(profile, cmsSigCmykData);
+    cmsSetPCS(profile, cmsSigLabData);
+    cmsPipeline *pipeline = cmsPipelineAlloc(nullptr, 4, 3);
+    cmsStage *table = cmsStageAllocCLut16bit(nullptr, 2, 4, 3, nullptr);
+    cmsStageSampleCLut16bit(
+        table,
+        [](const cmsUInt16Number *in, cmsUInt16Number *out, void *) -> cmsInt32Number {
+            const double colours = (in[0] + in[1] + in[2]) / 3.0 / 65535.0;
+            out[0] = cmsUInt16Number(std::lround((1.0 - in[3] / 65535.0) * (1.0 - colours) * 65280.0));
+            out[1] = out[2] = 32768;
+            return 1;
+        },
+        nullptr, 0);
+    cmsPipelineInsertStage(pipeline, cmsAT_END, table);
+    cmsWriteTag(profile, cmsSigAToB0Tag, pipeline);
+    cmsWriteTag(profile, cmsSigAToB1Tag, pipeline);
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    QByteArray bytes(int(size), '\0');
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsPipelineFree(pipeline);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
+double GreyOfCyan(double cyan)
+{
+    const double light = std::pow((100.0 * (1.0 - cyan / 3.0) + 16.0) / 116.0, 3); // CIE 15
+    return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // the curve of sRGB
 }
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression, int quality)
@@ -152,19 +187,40 @@ GFL_LOAD_PARAMS LoadParams(unsigned flags, int type)
     return params;
 }
 
-BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params)
+BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
     GFL_BITMAP *bitmap = nullptr;
-    *error = gflLoadBitmapUTF8(path.toUtf8().constData(), &bitmap, &params, nullptr);
+    const int result = gflLoadBitmapUTF8(path.toUtf8().constData(), &bitmap, &params, info);
+    if (error)
+        *error = result;
     return BitmapPtr(bitmap);
 }
 
-BitmapPtr LoadFromMemory(const QByteArray &file, int *error, const GFL_LOAD_PARAMS &params)
+BitmapPtr LoadFromMemory(const QByteArray &file, int *error, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
 {
     GFL_BITMAP *bitmap = nullptr;
-    *error = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
-                                     static_cast<std::uint32_t>(file.size()), &bitmap, &params, nullptr);
+    const int result = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
+                                               static_cast<std::uint32_t>(file.size()), &bitmap, &params, info);
+    if (error)
+        *error = result;
     return BitmapPtr(bitmap);
+}
+
+BitmapPtr LoadThumbnail(const QString &path, QSize box, const GFL_LOAD_PARAMS &params, GFL_FILE_INFORMATION *info)
+{
+    GFL_BITMAP *bitmap = nullptr;
+    gflLoadThumbnailUTF8(path.toUtf8().constData(), box.width(), box.height(), &bitmap, &params, info);
+    return BitmapPtr(bitmap);
+}
+
+int Describe(const QString &path, GFL_FILE_INFORMATION *info)
+{
+    return gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, info, 4);
+}
+
+int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+{
+    return gflSaveBitmapUTF8(path.toUtf8().constData(), &bitmap, &params);
 }
 
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
@@ -176,4 +232,27 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
     QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<int>(size));
     std::free(data); // the layer's plain allocator
     return bytes;
+}
+
+QString BadCut(const QByteArray &file, int end, int begin)
+{
+    for (int size = begin; size < end; ++size) {
+        int error = 0;
+        const bool read = LoadFromMemory(file.left(size), &error) != nullptr;
+        if (read || (error != GFL_ERROR_FILE_READ && (error != GFL_ERROR_UNKNOWN_FORMAT || size > 16)))
+            return QString::asprintf("%d of %d bytes: error %d", size, file.size(), error);
+    }
+    return QString();
+}
+
+bool WriteBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray ReadBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }

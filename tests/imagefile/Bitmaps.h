@@ -1,11 +1,13 @@
-// Bitmaps for the tests of the image-file layer: made, loaded, saved and compared through gfl.h.
+// Bitmaps and files for the tests of the image-file layer: made, loaded, saved and compared through gfl.h.
 #pragma once
 
 #include "gfl.h"
 
 #include <QByteArray>
+#include <QSize>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 struct FreeBitmap {
@@ -38,8 +40,12 @@ QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 /// range; else where, what and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// Colours of sRGB, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for D50
-/// (Bradford) and CIE 15's formula.
+/// The same against a formula, which is asked for the samples that @p got has.
+using Samples = std::function<double(int x, int y, int c)>;
+QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
+
+/// Colours of sRGB, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for
+/// D50 (Bradford) and CIE 15's formula.
 struct LabColour {
     double lab[3];
     double rgb[3];
@@ -51,13 +57,33 @@ constexpr LabColour kLabColours[] = {{{0, 0, 0}, {0, 0, 0}},
                                      {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
+/// A profile of inks by which lightness falls with black, and by a third for each of the other inks; and the grey, as a
+/// share of the full range, that a share @p cyan of that ink alone makes.
+QByteArray InkProfile();
+double GreyOfCyan(double cyan);
+
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
 /// Flags are added to the defaults; a @p type other than 0 is forced.
 GFL_LOAD_PARAMS LoadParams(unsigned flags = 0, int type = 0);
 
-BitmapPtr Load(const QString &path, int *error, const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
-BitmapPtr LoadFromMemory(const QByteArray &file, int *error,
-                         const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
+/// Null when the file can't be read; @p error and @p info are filled in where they are given.
+BitmapPtr Load(const QString &path, int *error = nullptr,
+               const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH),
+               GFL_FILE_INFORMATION *info = nullptr);
+BitmapPtr LoadFromMemory(const QByteArray &file, int *error = nullptr,
+                         const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH),
+                         GFL_FILE_INFORMATION *info = nullptr);
+BitmapPtr LoadThumbnail(const QString &path, QSize box, const GFL_LOAD_PARAMS &params = LoadParams(),
+                        GFL_FILE_INFORMATION *info = nullptr);
+int Describe(const QString &path, GFL_FILE_INFORMATION *info);
+int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params = SaveParams("tiff"));
 
 /// The bytes of a saved file; empty when the save failed.
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
+
+/// Empty when every cut of a file to less than @p end bytes is told as an error of reading or, within the first bytes,
+/// as no known format; else the first cut that isn't.
+QString BadCut(const QByteArray &file, int end, int begin = 0);
+
+bool WriteBytes(const QString &path, const QByteArray &bytes);
+QByteArray ReadBytes(const QString &path);

@@ -1,8 +1,6 @@
 // JPEG against libjpeg itself.
 #include "Bitmaps.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -22,7 +20,10 @@ struct Spec {
     bool arithmetic = false;
     int restart = 0;      // MCUs between restart markers
     int lumaSampling = 2; // 2: colour at half the resolution
+    bool hasInkProfile = false;
 };
+
+constexpr int kCyan = 204; // all there is of ink in a file with a profile
 
 template <class Change> Spec With(Change change)
 {
@@ -36,8 +37,10 @@ int ComponentsOf(J_COLOR_SPACE space)
     return space == JCS_GRAYSCALE ? 1 : space == JCS_CMYK || space == JCS_YCCK ? 4 : 3;
 }
 
-JSAMPLE Sample(int x, int y, int c)
+JSAMPLE Sample(const Spec &spec, int x, int y, int c)
 {
+    if (spec.hasInkProfile) // Adobe's: 255 is none
+        return static_cast<JSAMPLE>(c == 0 ? 255 - kCyan : 255);
     return static_cast<JSAMPLE>(40 + 2 * x + y + 20 * c);
 }
 
@@ -63,10 +66,13 @@ QByteArray Encode(const Spec &spec)
     if (spec.progressive)
         jpeg_simple_progression(&cinfo);
     jpeg_start_compress(&cinfo, TRUE);
+    if (spec.hasInkProfile)
+        jpeg_write_icc_profile(&cinfo, reinterpret_cast<const JOCTET *>(InkProfile().constData()),
+                               static_cast<unsigned>(InkProfile().size()));
     QByteArray row(spec.width * cinfo.input_components, '\0');
     for (int y = 0; y < spec.height; ++y) {
         for (int i = 0; i < row.size(); ++i)
-            row[i] = static_cast<char>(Sample(i / cinfo.input_components, y, i % cinfo.input_components));
+            row[i] = static_cast<char>(Sample(spec, i / cinfo.input_components, y, i % cinfo.input_components));
         JSAMPROW pointer = reinterpret_cast<JSAMPROW>(row.data());
         jpeg_write_scanlines(&cinfo, &pointer, 1);
     }
@@ -78,7 +84,7 @@ QByteArray Encode(const Spec &spec)
 }
 
 /// libjpeg's own decode of a whole file, in grey, RGB or CMYK.
-QByteArray Decode(const QByteArray &file, J_COLOR_SPACE space, QSize *size = nullptr)
+QByteArray Decode(const QByteArray &file, J_COLOR_SPACE space)
 {
     jpeg_decompress_struct cinfo;
     jpeg_error_mgr errors;
@@ -96,21 +102,17 @@ QByteArray Decode(const QByteArray &file, J_COLOR_SPACE space, QSize *size = nul
         jpeg_read_scanlines(&cinfo, &pointer, 1);
         pixels += row;
     }
-    if (size)
-        *size = QSize(static_cast<int>(cinfo.output_width), static_cast<int>(cinfo.output_height));
     jpeg_finish_decompress(&cinfo);
     jpeg_destroy_decompress(&cinfo);
     return pixels;
 }
 
-double RootMeanSquare(const GFL_BITMAP &a, const GFL_BITMAP &b)
+double RootMeanSquare(const QByteArray &a, const QByteArray &b)
 {
     double sum = 0.0;
-    for (int y = 0; y < a.Height; ++y)
-        for (int x = 0; x < a.Width; ++x)
-            for (int c = 0; c < a.ComponentsPerPixel; ++c)
-                sum += std::pow(SampleAt(a, x, y, c) - SampleAt(b, x, y, c), 2);
-    return std::sqrt(sum / (a.Width * a.Height * a.ComponentsPerPixel));
+    for (int i = 0; i < a.size(); ++i)
+        sum += std::pow(uchar(a[i]) - uchar(b[i]), 2);
+    return std::sqrt(sum / a.size()) / 255.0;
 }
 
 } // namespace
@@ -122,141 +124,84 @@ class tst_Jpeg : public QObject {
 private Q_SLOTS:
     void readsWhatLibjpegDecodes_data();
     void readsWhatLibjpegDecodes();
-    void cmyk();
-    void oddEnds_data();
     void oddEnds();
-    void cutAnywhere_data();
-    void cutAnywhere();
-    void damagedInside();
+    void damaged();
     void writes_data();
     void writes();
     void quality();
-    void tooLarge();
 };
 
 void tst_Jpeg::readsWhatLibjpegDecodes_data()
 {
     QTest::addColumn<Spec>("spec");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("description");
-    QTest::newRow("YCbCr") << Spec() << int(GFL_RGB) << QByteArray("JPEG");
-    QTest::newRow("full colour") << With([](Spec &s) { s.lumaSampling = 1; }) << int(GFL_RGB) << QByteArray("JPEG");
-    QTest::newRow("RGB") << With([](Spec &s) { s.stored = JCS_RGB, s.lumaSampling = 1; }) << int(GFL_RGB)
-                         << QByteArray("JPEG");
-    QTest::newRow("grey") << With([](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; }) << int(GFL_GREY)
-                          << QByteArray("JPEG");
-    QTest::newRow("progressive") << With([](Spec &s) { s.progressive = true; }) << int(GFL_RGB)
-                                 << QByteArray("JPEG progressive");
-    QTest::newRow("arithmetic") << With([](Spec &s) { s.arithmetic = true; }) << int(GFL_RGB) << QByteArray("JPEG");
-    QTest::newRow("restarts") << With([](Spec &s) { s.restart = 2; }) << int(GFL_RGB) << QByteArray("JPEG");
-    QTest::newRow("1 x 1") << With([](Spec &s) { s.width = s.height = 1; }) << int(GFL_RGB) << QByteArray("JPEG");
+    const auto row = [](const char *name, auto change) { QTest::newRow(name) << With(change); };
+    row("YCbCr", [](Spec &) {});
+    row("full colour", [](Spec &s) { s.lumaSampling = 1; });
+    row("RGB", [](Spec &s) { s.stored = JCS_RGB, s.lumaSampling = 1; });
+    row("grey", [](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; });
+    row("progressive", [](Spec &s) { s.progressive = true; });
+    row("arithmetic", [](Spec &s) { s.arithmetic = true; });
+    row("restarts", [](Spec &s) { s.restart = 2; });
+    row("1 x 1", [](Spec &s) { s.width = s.height = 1; });
+    // libjpeg writes the Adobe marker with these two, by which inks are stored inverted: 255 is none.
+    row("CMYK", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.lumaSampling = 1; });
+    row("YCCK", [](Spec &s) { s.in = JCS_CMYK, s.stored = JCS_YCCK, s.lumaSampling = 1; });
+    row("CMYK with a profile", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.hasInkProfile = true; });
 }
 
 void tst_Jpeg::readsWhatLibjpegDecodes()
 {
     QFETCH(Spec, spec);
-    QFETCH(int, type);
-    QFETCH(QByteArray, description);
     const QByteArray file = Encode(spec);
-    GFL_BITMAP *loaded = nullptr;
     GFL_FILE_INFORMATION info;
-    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH);
-    const int error = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
-                                              static_cast<std::uint32_t>(file.size()), &loaded, &params, &info);
-    const BitmapPtr bitmap(loaded);
-    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-    QCOMPARE(int(bitmap->Type), type);
-    QCOMPARE(PackedPixels(*bitmap), Decode(file, type == GFL_GREY ? JCS_GRAYSCALE : JCS_RGB));
-    QCOMPARE(QByteArray(info.Description), description);
+    const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
+    QVERIFY2(bitmap, gflLastErrorText());
+    const bool isInk = spec.in == JCS_CMYK, isGrey = spec.in == JCS_GRAYSCALE;
+    QCOMPARE(int(bitmap->Type), int(isGrey ? GFL_GREY : GFL_RGB));
+    QCOMPARE(QByteArray(info.Description).startsWith("JPEG progressive"), spec.progressive);
     QCOMPARE(QSize(info.Width, info.Height), QSize(spec.width, spec.height));
+    QCOMPARE(int(info.ColorModel), int(isInk ? GFL_CM_CMYK : isGrey ? GFL_CM_GREY : GFL_CM_RGB));
     QCOMPARE(int(info.ComponentsPerPixel), ComponentsOf(spec.in));
     QCOMPARE(int(info.BitsPerComponent), 8);
-}
-
-void tst_Jpeg::cmyk()
-{
-    // libjpeg writes the Adobe marker with YCCK and CMYK, by which inks are stored inverted: 255 is none.
-    for (J_COLOR_SPACE stored : {JCS_CMYK, JCS_YCCK}) {
-        const QByteArray file = Encode(With([=](Spec &s) { s.in = JCS_CMYK, s.stored = stored, s.lumaSampling = 1; }));
-        GFL_BITMAP *loaded = nullptr;
-        GFL_FILE_INFORMATION info;
-        const GFL_LOAD_PARAMS params = LoadParams();
-        const int error = gflLoadBitmapFromMemory(reinterpret_cast<const std::uint8_t *>(file.constData()),
-                                                  static_cast<std::uint32_t>(file.size()), &loaded, &params, &info);
-        const BitmapPtr bitmap(loaded);
-        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-        QCOMPARE(int(info.ColorModel), int(GFL_CM_CMYK));
-        QCOMPARE(int(info.ComponentsPerPixel), 4);
-        QCOMPARE(int(bitmap->Type), int(GFL_RGB));
-        const QByteArray inks = Decode(file, JCS_CMYK);
-        for (int i = 0; i < inks.size() / 4; ++i)
-            for (int c = 0; c < 3; ++c) {
-                const double light = (uchar(inks[4 * i + c]) / 255.0) * (uchar(inks[4 * i + 3]) / 255.0);
-                QVERIFY(std::abs(SampleAt(*bitmap, i % info.Width, i / info.Width, c) - light) < 0.51 / 255);
-            }
-    }
-}
-
-void tst_Jpeg::oddEnds_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QByteArray>("same");
-    const QByteArray file = Encode(Spec());
-    const QByteArray body = file.left(file.size() - 2);
-    const QByteArray end = file.right(2);
-    QTest::newRow("bytes behind the end") << file + QByteArray(1000, 'x') << file;
-    QTest::newRow("junk before the end") << body + QByteArray(50, '\x11') + end << file;
-    QTest::newRow("no end marker") << body << file;
-    QTest::newRow("a second picture behind") << file + file << file;
+    const QByteArray pixels = Decode(file, spec.in);
+    const auto expected = [&](int x, int y, int c) {
+        const int at = (y * spec.width + x) * ComponentsOf(spec.in);
+        const double light = isInk ? uchar(pixels[at + 3]) / 255.0 : 1.0;
+        return spec.hasInkProfile ? GreyOfCyan(kCyan / 255.0) : uchar(pixels[at + c]) / 255.0 * light;
+    };
+    QCOMPARE(Difference(*bitmap, expected, spec.hasInkProfile ? 0.01 : isInk ? 0.51 / 255 : 0.0), QString());
 }
 
 void tst_Jpeg::oddEnds()
 {
-    QFETCH(QByteArray, file);
-    QFETCH(QByteArray, same);
-    int error = 0;
-    const BitmapPtr bitmap = LoadFromMemory(file, &error);
-    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-    QCOMPARE(PackedPixels(*bitmap), Decode(same, JCS_RGB));
-}
-
-void tst_Jpeg::cutAnywhere_data()
-{
-    QTest::addColumn<Spec>("spec");
-    QTest::newRow("baseline") << Spec();
-    QTest::newRow("progressive") << With([](Spec &s) { s.progressive = true; });
-    QTest::newRow("restarts") << With([](Spec &s) { s.restart = 1; });
-    QTest::newRow("arithmetic") << With([](Spec &s) { s.arithmetic = true; });
-}
-
-void tst_Jpeg::cutAnywhere()
-{
-    QFETCH(Spec, spec);
-    const QByteArray file = Encode(spec);
-    for (int size = 0; size < file.size() - 2; ++size) { // without the last two bytes, the end marker, see oddEnds
-        int error = 0;
-        const BitmapPtr bitmap = LoadFromMemory(file.left(size), &error);
-        const int expected = size == 1 || size == 2 ? GFL_ERROR_UNKNOWN_FORMAT : GFL_ERROR_FILE_READ;
-        QVERIFY2(error == expected && !bitmap, qPrintable(QStringLiteral("cut to %1: error %2").arg(size).arg(error)));
+    const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
+    const QByteArray pixels = Decode(file, JCS_RGB);
+    for (const QByteArray &odd : {file + QByteArray(1000, 'x'),        // bytes behind the end
+                                  body + QByteArray(50, '\x11') + end, // junk before the end
+                                  body, file + file}) {
+        const BitmapPtr bitmap = LoadFromMemory(odd);
+        QVERIFY2(bitmap, gflLastErrorText());
+        QCOMPARE(PackedPixels(*bitmap), pixels);
     }
 }
 
-void tst_Jpeg::damagedInside()
+void tst_Jpeg::damaged()
 {
+    const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; }));
+    for (const QByteArray &file : {Encode(Spec()), Encode(With([](Spec &s) { s.progressive = true; })), restarts,
+                                   Encode(With([](Spec &s) { s.arithmetic = true; }))})
+        QCOMPARE(BadCut(file, file.size() - 2), QString()); // nobody needs the end marker
+
     // An end marker in the middle of the picture: what follows would be grey.
     QByteArray file = Encode(Spec());
-    const int middle = file.size() - 200;
-    file[middle] = '\xFF';
-    file[middle + 1] = '\xD9';
     int error = 0;
-    LoadFromMemory(file, &error);
+    LoadFromMemory(file.replace(file.size() - 200, 2, "\xFF\xD9"), &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 
     // A piece between two restart markers is missing: what follows would be at the wrong place.
-    file = Encode(With([](Spec &s) { s.restart = 1; }));
-    const int third = file.indexOf("\xFF\xD2"), fourth = file.indexOf("\xFF\xD3", third);
+    const int third = restarts.indexOf("\xFF\xD2"), fourth = restarts.indexOf("\xFF\xD3", third);
     QVERIFY(third > 0 && fourth > third);
-    LoadFromMemory(file.remove(third, fourth - third), &error);
+    LoadFromMemory(QByteArray(restarts).remove(third, fourth - third), &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 }
 
@@ -264,38 +209,25 @@ void tst_Jpeg::writes_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("bits");
-    QTest::addColumn<QSize>("size");
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32})
-            for (const QSize size : {QSize(1, 1), QSize(67, 41), QSize(128, 16)})
-                QTest::addRow("type %d, %d bits, %dx%d", type, bits, size.width(), size.height())
-                    << type << bits << size;
+            QTest::addRow("type %d, %d bits", type, bits) << type << bits;
 }
 
 void tst_Jpeg::writes()
 {
     QFETCH(int, type);
     QFETCH(int, bits);
-    QFETCH(QSize, size);
-    BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), type, bits);
-    bitmap->Xdpi = 300;
-    bitmap->Ydpi = 150;
-    const QByteArray file = SavedBytes(*bitmap, SaveParams("jpeg", -1, 100));
-    QVERIFY2(!file.isEmpty(), gflLastErrorText());
-    const J_COLOR_SPACE space = type == GFL_GREY ? JCS_GRAYSCALE : JCS_RGB;
-    QSize decodedSize;
-    const QByteArray pixels = Decode(file, space, &decodedSize);
-    QCOMPARE(decodedSize, size);
-    const int channels = ComponentsOf(space);
-    for (int i = 0; i < pixels.size(); ++i) { // opacity is left out
-        const int pixel = i / channels;
-        const double want = SampleAt(*bitmap, pixel % size.width(), pixel / size.width(), i % channels);
-        QVERIFY2(std::abs(uchar(pixels[i]) / 255.0 - want) < 0.015, qPrintable(QString::number(i)));
+    for (const QSize size : {QSize(1, 1), QSize(67, 41), QSize(128, 16)}) {
+        const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), type, bits);
+        bitmap->Xdpi = 300;
+        bitmap->Ydpi = 150;
+        const BitmapPtr read = LoadFromMemory(SavedBytes(*bitmap, SaveParams("jpeg", -1, 100)));
+        QVERIFY2(read && read->Xdpi == 300 && read->Ydpi == 150, gflLastErrorText());
+        const BitmapPtr held = Converted(*bitmap, type == GFL_GREY ? GFL_GREY : GFL_RGB, 8);
+        QCOMPARE(Difference(*read, *held, 0.015), QString());
     }
-    int error = 0;
-    const BitmapPtr read = LoadFromMemory(file, &error);
-    QCOMPARE(int(read->Xdpi), 300);
-    QCOMPARE(int(read->Ydpi), 150);
+    QVERIFY(SavedBytes(*RandomBitmap(65501, 1, type, bits), SaveParams("jpeg")).isEmpty()); // too large for the format
 }
 
 void tst_Jpeg::quality()
@@ -305,22 +237,14 @@ void tst_Jpeg::quality()
     double lastError = 1.0;
     for (int quality : {0, 20, 50, 80, 95, 100}) {
         const QByteArray file = SavedBytes(*bitmap, SaveParams("jpeg", -1, quality));
-        int error = 0;
-        const BitmapPtr read = LoadFromMemory(file, &error);
+        const BitmapPtr read = LoadFromMemory(file);
         QVERIFY(read);
-        const double loss = RootMeanSquare(*read, *bitmap);
+        const double loss = RootMeanSquare(PackedPixels(*read), PackedPixels(*bitmap));
         QVERIFY2(file.size() > lastSize && loss < lastError, qPrintable(QString::number(quality)));
         lastSize = file.size();
         lastError = loss;
     }
     QVERIFY(lastError < 0.01);
-}
-
-void tst_Jpeg::tooLarge()
-{
-    const BitmapPtr bitmap = RandomBitmap(65501, 1, GFL_GREY, 8);
-    QVERIFY(SavedBytes(*bitmap, SaveParams("jpeg")).isEmpty());
-    QVERIFY(QByteArray(gflLastErrorText()).contains("65501"));
 }
 
 QTEST_GUILESS_MAIN(tst_Jpeg)

@@ -3,7 +3,6 @@
 #include "DngFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
@@ -51,13 +50,6 @@ void *FailingAlloc(unsigned long size, void *)
     return size > 100000 ? nullptr : std::malloc(size);
 }
 
-void WriteBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), qint64(bytes.size()));
-}
-
 /// A little-endian classic TIFF of one strip, with any numbers in its fields.
 QByteArray TiffHeader(quint32 width, quint32 height, quint16 compression, quint16 samples = 3, quint16 bits = 8,
                       quint32 tile = 0)
@@ -71,20 +63,19 @@ QByteArray TiffHeader(quint32 width, quint32 height, quint16 compression, quint1
         {273, 4, 8},     {277, 3, samples}, {278, 4, height}, {279, 4, 100}};
     if (tile > 0)
         fields += {{322, 4, tile}, {323, 4, tile}, {324, 4, 8}, {325, 4, 100}};
+    fields.append({0, 0, 0});
     QByteArray file("II*\0\x6C\0\0\0", 8); // pixels at 8, directory at 108
-    file += QByteArray(100, '\x55');
-    const auto number = [&file](auto value) {
+    file += QByteArray(100, '\x55') + char(fields.size() - 1) + '\0';
+    const auto append = [&file](quint32 value, int bytes) {
         value = qToLittleEndian(value);
-        file.append(reinterpret_cast<const char *>(&value), sizeof value);
+        file.append(reinterpret_cast<const char *>(&value), bytes);
     };
-    number(static_cast<quint16>(fields.size()));
-    for (const Field &field : fields) {
-        number(field.tag);
-        number(field.type);
-        number(quint32(1));
-        number(field.value);
+    for (const Field &field : fields) { // the last one's zeroes: no further directory
+        append(field.tag, 2);
+        append(field.type, 2);
+        append(field.tag != 0 ? 1 : 0, 4);
+        append(field.value, 4);
     }
-    number(quint32(0));
     return file;
 }
 
@@ -109,7 +100,7 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
     TIFFWriteDirectory(tiff);
 }
 
-enum Embedding { InRaw, InExif, AsPage, BelowPage, AsPageOfTheSecond };
+enum Embedding { InRaw, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond };
 
 } // namespace
 Q_DECLARE_METATYPE(Embedding)
@@ -120,9 +111,7 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void deliveredForms_data();
     void deliveredForms();
-    void depths_data();
     void depths();
-    void defaultAlpha();
     void thumbnails_data();
     void thumbnails();
     void thumbnailIsTheMean();
@@ -137,7 +126,6 @@ private Q_SLOTS:
     void absurdSizes();
     void hugeFloatPicture();
     void allocator();
-    void shortMemory();
     void nullArguments();
 };
 
@@ -156,71 +144,36 @@ void tst_Loading::deliveredForms()
     QFETCH(int, wanted);
     for (int bits : {8, 16, 32}) {
         const BitmapPtr bitmap = RandomBitmap(13, 7, stored, bits);
-        int error = 0;
-        const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error,
-                                             LoadParams(GFL_LOAD_ORIGINAL_DEPTH, wanted));
-        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-        BitmapPtr expected = NewBitmap(13, 7, wanted, bits);
+        GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH, wanted);
+        if (bits == 16)
+            params.DefaultAlpha = 100;
+        const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), nullptr, params);
+        QVERIFY2(got, gflLastErrorText());
         QCOMPARE(int(got->Type), wanted);
         QCOMPARE(int(got->BitsPerComponent), bits);
-        for (int y = 0; y < 7; ++y)
-            for (int x = 0; x < 13; ++x)
-                for (int c = 0; c < ChannelsOf(wanted); ++c) {
-                    const auto sample = [&](int channel) {
-                        return SampleAt(*bitmap, x, y, stored == GFL_GREY ? 0 : channel);
-                    };
-                    double want = sample(c == 3 ? 0 : c);
-                    if (c == 3)
-                        want = stored == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0;
-                    else if (wanted == GFL_GREY && stored != GFL_GREY) // ITU-R BT.601
-                        want = 0.299 * sample(0) + 0.587 * sample(1) + 0.114 * sample(2);
-                    QVERIFY(std::abs(SampleAt(*got, x, y, c) - want) <= (bits == 8 ? 0.51 / 255 : 1e-5));
-                }
+        const auto expected = [&](int x, int y, int c) {
+            const auto sample = [&](int i) { return SampleAt(*bitmap, x, y, stored == GFL_GREY ? 0 : i); };
+            if (c == 3)
+                return stored == GFL_RGBA ? sample(3) : bits == 16 ? 100 / 255.0 : 1.0;
+            if (wanted == GFL_GREY && stored != GFL_GREY) // ITU-R BT.601
+                return 0.299 * sample(0) + 0.587 * sample(1) + 0.114 * sample(2);
+            return sample(c);
+        };
+        QCOMPARE(Difference(*got, expected, bits == 8 ? 0.51 / 255 : 1e-5), QString());
     }
-}
-
-void tst_Loading::depths_data()
-{
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<QVector<double>>("stored"); // in units of the full range
-    QTest::addColumn<QVector<int>>("expected");  // 8 bits
-    // 16 to 8 bits: v * 255 / 65535, rounded; 128 / 257 is just below a half
-    QTest::newRow("16 bits") << 16 << QVector<double>{0, 128 / 65535.0, 129 / 65535.0, 0.5, 65407 / 65535.0, 1}
-                             << QVector<int>{0, 0, 1, 128, 255, 255};
-    QTest::newRow("float") << 32 << QVector<double>{-1, 0, 0.5, 1, 7, std::nan("")}
-                           << QVector<int>{0, 0, 128, 255, 255, 0};
 }
 
 void tst_Loading::depths()
 {
-    QFETCH(int, bits);
-    QFETCH(QVector<double>, stored);
-    QFETCH(QVector<int>, expected);
-    const BitmapPtr bitmap = NewBitmap(stored.size(), 1, GFL_GREY, bits);
-    for (int i = 0; i < stored.size(); ++i) {
-        if (bits == 16)
-            reinterpret_cast<std::uint16_t *>(bitmap->Data)[i] =
-                static_cast<std::uint16_t>(std::lround(stored[i] * 65535));
-        else
-            reinterpret_cast<float *>(bitmap->Data)[i] = static_cast<float>(stored[i]);
-    }
-    int error = 0;
-    const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error, LoadParams());
-    QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
-    QCOMPARE(int(got->BitsPerComponent), 8);
-    for (int i = 0; i < expected.size(); ++i)
-        QCOMPARE(int(got->Data[i]), expected[i]);
-}
-
-void tst_Loading::defaultAlpha()
-{
-    const BitmapPtr bitmap = RandomBitmap(5, 5, GFL_RGB, 16);
-    GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH, GFL_RGBA);
-    params.DefaultAlpha = 100;
-    int error = 0;
-    const BitmapPtr got = LoadFromMemory(SavedBytes(*bitmap, SaveParams("tiff")), &error, params);
-    QVERIFY(got);
-    QCOMPARE(SampleAt(*got, 3, 4, 3), 100 / 255.0);
+    // To 8 bits. From 16: v * 255 / 65535, rounded; 128 / 257 is just below a half.
+    const QVector<quint16> deep = {0, 128, 129, 32768, 65407, 65535};
+    const QVector<float> real = {-1, 0, 0.5f, 1, 7, std::nanf("")};
+    const BitmapPtr sixteen = NewBitmap(6, 1, GFL_GREY, 16), floats = NewBitmap(6, 1, GFL_GREY, 32);
+    std::copy(deep.begin(), deep.end(), reinterpret_cast<quint16 *>(sixteen->Data));
+    std::copy(real.begin(), real.end(), reinterpret_cast<float *>(floats->Data));
+    const QByteArray tiffs[] = {SavedBytes(*sixteen, SaveParams("tiff")), SavedBytes(*floats, SaveParams("tiff"))};
+    QCOMPARE(PackedPixels(*LoadFromMemory(tiffs[0], nullptr, LoadParams())), QByteArray("\0\0\1\x80\xFF\xFF", 6));
+    QCOMPARE(PackedPixels(*LoadFromMemory(tiffs[1], nullptr, LoadParams())), QByteArray("\0\0\x80\xFF\xFF\0", 6));
 }
 
 void tst_Loading::thumbnails_data()
@@ -245,107 +198,97 @@ void tst_Loading::thumbnails()
     QFETCH(QSize, expected);
     QTemporaryDir folder;
     for (const char *format : {"tiff", "jpeg"}) {
-        const QByteArray path = folder.filePath(QString::fromLatin1(format)).toUtf8();
+        const QString path = folder.filePath(QString::fromLatin1(format));
         const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), GFL_RGB, 8);
-        WriteBytes(QString::fromUtf8(path), SavedBytes(*bitmap, SaveParams(format, -1, 95)));
-        GFL_BITMAP *loaded = nullptr;
+        QCOMPARE(Save(path, *bitmap, SaveParams(format, -1, 95)), int(GFL_NO_ERROR));
         GFL_FILE_INFORMATION info;
-        const GFL_LOAD_PARAMS params = LoadParams(0, GFL_RGBA);
-        const int error = gflLoadThumbnailUTF8(path.constData(), box.width(), box.height(), &loaded, &params, &info);
-        const BitmapPtr got(loaded);
-        QVERIFY2(error == GFL_NO_ERROR, gflLastErrorText());
+        const BitmapPtr got = LoadThumbnail(path, box, LoadParams(0, GFL_RGBA), &info);
+        QVERIFY2(got, gflLastErrorText());
+        QCOMPARE(QSize(info.Width, info.Height), size);
         QCOMPARE(QSize(got->Width, got->Height), expected);
         QCOMPARE(int(got->Type), int(GFL_RGBA));
-        QCOMPARE(QSize(info.Width, info.Height), size);
         // The picture is a ramp, so that a reduced pixel has the value of the ramp at its middle.
-        for (const QPoint at : {QPoint(0, 0), QPoint(expected.width() - 1, expected.height() - 1)}) {
-            const int x = std::min(size.width() - 1, int((at.x() + 0.5) * size.width() / expected.width()));
-            const int y = std::min(size.height() - 1, int((at.y() + 0.5) * size.height() / expected.height()));
-            for (int c = 0; c < 3; ++c)
-                QVERIFY(std::abs(SampleAt(*got, at.x(), at.y(), c) - SampleAt(*bitmap, x, y, c)) < 0.03);
-        }
+        const auto middle = [&](int x, int y, int c) {
+            const int column = int((x + 0.5) * size.width() / got->Width),
+                      row = int((y + 0.5) * size.height() / got->Height);
+            return c == 3 ? 1.0 : SampleAt(*bitmap, column, row, c);
+        };
+        QCOMPARE(Difference(*got, middle, 0.03), QString());
     }
 }
 
 void tst_Loading::thumbnailIsTheMean()
 {
     QTemporaryDir folder;
-    const QByteArray path = folder.filePath(QStringLiteral("a.tif")).toUtf8();
+    const QString path = folder.filePath(QStringLiteral("a.tif"));
     const BitmapPtr bitmap = RandomBitmap(12, 6, GFL_GREY, 16);
-    WriteBytes(QString::fromUtf8(path), SavedBytes(*bitmap, SaveParams("tiff")));
-    GFL_BITMAP *loaded = nullptr;
-    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH);
-    QCOMPARE(gflLoadThumbnailUTF8(path.constData(), 4, 4, &loaded, &params, nullptr), int(GFL_NO_ERROR));
-    const BitmapPtr got(loaded);
-    QCOMPARE(QSize(got->Width, got->Height), QSize(4, 2));
-    for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 4; ++x) {
-            double mean = 0.0;
-            for (int i = 0; i < 9; ++i)
-                mean += SampleAt(*bitmap, 3 * x + i % 3, 3 * y + i / 3, 0) / 9;
-            QVERIFY(std::abs(SampleAt(*got, x, y, 0) - mean) < 1e-5);
-        }
+    QCOMPARE(Save(path, *bitmap), int(GFL_NO_ERROR));
+    const BitmapPtr got = LoadThumbnail(path, {4, 4}, LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
+    QVERIFY(got && got->Width == 4 && got->Height == 2);
+    const auto mean = [&](int x, int y, int) {
+        double sum = 0.0;
+        for (int i = 0; i < 9; ++i)
+            sum += SampleAt(*bitmap, 3 * x + i % 3, 3 * y + i / 3, 0);
+        return sum / 9;
+    };
+    QCOMPARE(Difference(*got, mean, 1e-5), QString());
 }
 
 void tst_Loading::embeddedPreviews_data()
 {
     QTest::addColumn<Embedding>("embedding");
     QTest::addColumn<QSize>("preview");
-    QTest::addColumn<int>("box"); // for a picture of 300 x 200
-    QTest::addColumn<bool>("isUsed");
+    QTest::addColumn<bool>("isUsed"); // for a box of 90, and a picture of 300 x 200
     const struct {
         const char *name;
         Embedding embedding;
     } kinds[] = {{"raw", InRaw}, {"EXIF", InExif}, {"page", AsPage}, {"sub-directory", BelowPage}};
     for (const auto &kind : kinds) {
-        QTest::addRow("%s, covers the box", kind.name) << kind.embedding << QSize(120, 80) << 90 << true;
-        QTest::addRow("%s, too small", kind.name) << kind.embedding << QSize(60, 40) << 90 << false;
-        QTest::addRow("%s, other proportions", kind.name) << kind.embedding << QSize(120, 90) << 90 << false;
+        QTest::addRow("%s, covers the box", kind.name) << kind.embedding << QSize(120, 80) << true;
+        QTest::addRow("%s, too small", kind.name) << kind.embedding << QSize(60, 40) << false;
+        QTest::addRow("%s, other proportions", kind.name) << kind.embedding << QSize(120, 90) << false;
     }
-    QTest::newRow("of a later page") << AsPageOfTheSecond << QSize(120, 80) << 90 << false;
+    QTest::newRow("page before the picture, too small") << BeforePage << QSize(60, 40) << false;
+    QTest::newRow("of a later page") << AsPageOfTheSecond << QSize(120, 80) << false;
 }
 
 void tst_Loading::embeddedPreviews()
 {
     QFETCH(Embedding, embedding);
     QFETCH(QSize, preview);
-    QFETCH(int, box);
     QFETCH(bool, isUsed);
     QTemporaryDir folder;
-    const QByteArray path = folder.filePath(QStringLiteral("a")).toUtf8();
+    const QString path = folder.filePath(QStringLiteral("a"));
     const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
     if (embedding == InRaw) {
-        WriteBytes(QString::fromUtf8(path), DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview));
+        QVERIFY(WriteBytes(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview)));
     } else if (embedding == InExif) {
-        WriteBytes(QString::fromUtf8(path), SavedBytes(*PlainBitmap({300, 200}, 0), SaveParams("jpeg")));
+        QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
         Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
         Exiv2::ExifThumb(image->exifData())
             .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
         image->writeMetadata();
     } else {
-        TIFF *tiff = TIFFOpen(path.constData(), "w");
+        TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
         const std::uint64_t none = 0; // libtiff fills it in
         if (embedding == BelowPage)
             TIFFSetField(tiff, TIFFTAG_SUBIFD, 1, &none);
+        if (embedding == BeforePage)
+            AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
         AddPage(tiff, {300, 200}, 0, 0);
         if (embedding == AsPageOfTheSecond)
             AddPage(tiff, {300, 200}, 0, 0);
         AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
         TIFFClose(tiff);
     }
-    GFL_BITMAP *loaded = nullptr;
-    const GFL_LOAD_PARAMS params = LoadParams();
-    QCOMPARE(gflLoadThumbnailUTF8(path.constData(), box, box, &loaded, &params, nullptr), int(GFL_NO_ERROR));
-    const BitmapPtr got(loaded);
-    QCOMPARE(QSize(got->Width, got->Height), QSize(90, 60));
+    const BitmapPtr got = LoadThumbnail(path, {90, 90}), whole = Load(path);
+    QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
     QCOMPARE(SampleAt(*got, 45, 30, 0) > 0.5, isUsed);
+    QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
 }
 
 void tst_Loading::formats()
 {
-    QVERIFY(gflGetFormatIndexByName("tiff") >= 0);
-    QVERIFY(gflGetFormatIndexByName("jpeg") >= 0);
-    QVERIFY(gflGetFormatIndexByName("tiff") != gflGetFormatIndexByName("jpeg"));
     QCOMPARE(gflGetFormatIndexByName("JPEG"), -1);
     QCOMPARE(gflGetFormatIndexByName(""), -1);
     for (const char *suffix : {".jpg", ".jpeg", ".tif", ".tiff", ".TIF"})
@@ -394,12 +337,12 @@ void tst_Loading::unknownFiles()
     QFETCH(int, expected);
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("a.jpg"));
-    WriteBytes(path, bytes);
+    QVERIFY(WriteBytes(path, bytes));
     int error = 0;
     QVERIFY(!Load(path, &error));
     QCOMPARE(error, expected);
     GFL_FILE_INFORMATION info;
-    QVERIFY(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4) != GFL_NO_ERROR);
+    QVERIFY(Describe(path, &info) != GFL_NO_ERROR);
     QCOMPARE(info.Width, 0);
     GFL_BITMAP *bitmap = nullptr;
     QCOMPARE(gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap), expected);
@@ -411,30 +354,20 @@ void tst_Loading::cutTiff()
     const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
     for (int compression : {0, 2, 4}) {
         const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
-        for (int size = 0; size < file.size(); ++size) {
-            int error = 0;
-            const BitmapPtr read = LoadFromMemory(file.left(size), &error);
-            const bool whole = size >= file.size() - 4; // of the offset of a next directory, libtiff needs nothing
-            QVERIFY2(whole || (error != GFL_NO_ERROR && !read), qPrintable(QString::number(size)));
-        }
+        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff needs no offset of a next directory
     }
 }
 
 void tst_Loading::absurdSizes_data()
 {
     QTest::addColumn<QByteArray>("file");
-    QTest::newRow("widest") << TiffHeader(0xFFFFFFFFu, 1, 1);
     QTest::newRow("widest and highest") << TiffHeader(0xFFFFFFFFu, 0xFFFFFFFFu, 1);
-    QTest::newRow("nothing") << TiffHeader(0, 0, 1);
     QTest::newRow("no rows") << TiffHeader(10, 0, 1);
     QTest::newRow("gigapixels that aren't there") << TiffHeader(40000, 40000, 1);
     QTest::newRow("deflate bomb") << TiffHeader(40000, 40000, 8);
-    QTest::newRow("LZW bomb") << TiffHeader(40000, 40000, 5);
     QTest::newRow("PackBits bomb") << TiffHeader(40000, 40000, 32773);
     QTest::newRow("fax bomb") << TiffHeader(1000000, 1000000, 4, 1, 1);
-    QTest::newRow("64 channels") << TiffHeader(20000, 20000, 1, 64);
     QTest::newRow("thousands of channels") << TiffHeader(10, 10, 1, 60000);
-    QTest::newRow("tiles of an exabyte") << TiffHeader(16, 16, 8, 3, 8, 1u << 30);
     QTest::newRow("tiles of 3 gigabytes") << TiffHeader(16, 16, 8, 3, 8, 1u << 15);
     QTest::newRow("the same in a file that could hold them")
         << TiffHeader(16, 16, 8, 3, 8, 1u << 15) + QByteArray(5000000, '\0');
@@ -472,20 +405,17 @@ void tst_Loading::hugeFloatPicture()
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("huge.tif"));
     QByteArray header = TiffHeader(20000, 20000, 1, 3, 32);
-    const int format =
-        header.indexOf(QByteArray("\x15\x01\x03\0", 4)); // samples a pixel: becomes the sample format too
-    QVERIFY(format > 0);
     header[108] = 10;
     header.insert(header.size() - 4, QByteArray("\x53\x01\x03\0\x01\0\0\0\x03\0\0\0", 12));
-    WriteBytes(path, header);
+    QVERIFY(WriteBytes(path, header));
     if (::truncate(path.toUtf8().constData(), off_t(4800001000)) != 0)
         QSKIP("the temporary folder takes no sparse files of 5 GB");
     GFL_FILE_INFORMATION info;
-    QVERIFY2(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4) == GFL_NO_ERROR, gflLastErrorText());
+    QVERIFY2(Describe(path, &info) == GFL_NO_ERROR, gflLastErrorText());
     QCOMPARE(QSize(info.Width, info.Height), QSize(20000, 20000));
     QCOMPARE(int(info.BitsPerComponent), 32);
     QVERIFY(::truncate(path.toUtf8().constData(), off_t(4799000000)) == 0);
-    QCOMPARE(gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4), int(GFL_ERROR_FILE_READ));
+    QCOMPARE(Describe(path, &info), int(GFL_ERROR_FILE_READ));
 }
 
 void tst_Loading::allocator()
@@ -495,14 +425,12 @@ void tst_Loading::allocator()
     gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
     gflLibraryInitEx(nullptr, nullptr, nullptr, nullptr); // only counted
     {
-        int error = 0;
-        const BitmapPtr bitmap = LoadFromMemory(file, &error, LoadParams(GFL_LOAD_METADATA));
+        const BitmapPtr bitmap = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY(bitmap);
         QCOMPARE(blocksAlive.load(), 2L); // record and pixels
         gflFreeEXIF(gflBitmapGetEXIF(bitmap.get(), 1));
         gflFreeEXIF2(gflBitmapGetEXIF2(bitmap.get()));
-        LoadFromMemory(file.left(file.size() - 100), &error);
-        QVERIFY(error != GFL_NO_ERROR);
+        QVERIFY(!LoadFromMemory(file.left(file.size() - 100)));
     }
     QCOMPARE(blocksAlive.load(), 0L);
     gflLibraryExit();
@@ -510,16 +438,11 @@ void tst_Loading::allocator()
     QCOMPARE(blocksAlive.load(), 1L);
     CountingFree(block, nullptr);
     gflLibraryExit();
-    std::free(gflMemoryAlloc(10));
-    QCOMPARE(blocksAlive.load(), 0L);
-}
 
-void tst_Loading::shortMemory()
-{
-    const QByteArray file = SavedBytes(*RandomBitmap(300, 300, GFL_RGB, 8), SaveParams("tiff"));
+    const QByteArray large = SavedBytes(*RandomBitmap(300, 300, GFL_RGB, 8), SaveParams("tiff"));
     gflLibraryInitEx(FailingAlloc, CountingRealloc, CountingFree, nullptr);
     int error = 0;
-    const bool read = LoadFromMemory(file, &error) != nullptr;
+    const bool read = LoadFromMemory(large, &error) != nullptr;
     gflLibraryExit();
     QVERIFY(!read);
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
@@ -528,18 +451,12 @@ void tst_Loading::shortMemory()
 void tst_Loading::nullArguments()
 {
     GFL_BITMAP *bitmap = nullptr;
-    GFL_FILE_INFORMATION info;
     const GFL_LOAD_PARAMS params = LoadParams();
     QCOMPARE(gflLoadBitmapUTF8(nullptr, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(gflLoadBitmapUTF8("a", nullptr, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(gflLoadBitmapUTF8("a", &bitmap, nullptr, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
-    QCOMPARE(gflGetFileInformationExUTF8(nullptr, -1, &info, 4), int(GFL_ERROR_BAD_PARAMETERS));
     QVERIFY(!gflBitmapHasEXIF(nullptr) && !gflBitmapGetIPTC(nullptr) && !gflHasXMPUTF8(nullptr));
-    gflFreeBitmap(nullptr);
-    gflFreeEXIF(nullptr);
-    gflFreeEXIF2(nullptr);
-    gflFreeIPTC(nullptr);
 }
 
 QTEST_GUILESS_MAIN(tst_Loading)

@@ -26,14 +26,16 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
     return bytes;
 }
 
-Field Short(quint16 tag, int value)
+/// One number a field, as 16 bits where they do.
+QVector<Field> Plain(const QMap<int, quint32> &values)
 {
-    return {tag, kShort, Numbers({quint16(value)})};
-}
-
-Field Long(quint16 tag, int value)
-{
-    return {tag, kLong, Numbers({quint32(value)})};
+    QVector<Field> fields;
+    for (const int tag : values.keys()) {
+        const quint32 value = values[tag];
+        const bool isShort = value < 65536 && tag != 254 && tag != 330;
+        fields.append({quint16(tag), isShort ? kShort : kLong, isShort ? Numbers({quint16(value)}) : Numbers({value})});
+    }
+    return fields;
 }
 
 /// Appends values and directory; gives the directory's place.
@@ -66,53 +68,42 @@ QByteArray SensorValues(QSize size, const SensorColour &colour)
 
 } // namespace
 
+QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels)
+{
+    QByteArray file = QByteArray("II*\0\0\0\0\0", 8) + pixels;
+    return file.replace(4, 4, Numbers({AddDirectory(Plain(fields), &file)}));
+}
+
 QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview, QSize previewSize,
                    const QMap<quint16, QByteArray> &blocks)
 {
     QByteArray file("II*\0\0\0\0\0", 8);
-    const int pixelsAt = file.size();
     const QByteArray pixels = SensorValues(size, colour);
     file += pixels;
-    const int previewAt = file.size();
+    const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');
-    QVector<Field> fields = {Long(254, 0),
-                             Long(256, size.width()),
-                             Long(257, size.height()),
-                             Short(258, 16),
-                             Short(259, 1),
-                             Short(262, 32803), // colour filters
-                             {271, kText, QByteArray("Acme", 5)},
-                             {272, kText, QByteArray("Camera 1", 9)},
-                             Long(273, pixelsAt),
-                             Short(274, 1),
-                             Short(277, 1),
-                             Long(278, size.height()),
-                             Long(279, pixels.size())};
-    if (!preview.isEmpty())
-        fields.append(Long(330,
-                           static_cast<int>(AddDirectory({Long(254, 1),
-                                                          Long(256, previewSize.width()),
-                                                          Long(257, previewSize.height()),
-                                                          {258, kShort, Numbers<quint16>({8, 8, 8})},
-                                                          Short(259, 7),
-                                                          Short(262, 6),
-                                                          Long(273, previewAt),
-                                                          Short(277, 3),
-                                                          Long(278, previewSize.height()),
-                                                          Long(279, preview.size())},
-                                                         &file))));
+    // 262: 32803, colour filters; 6, YCbCr. 50778: 21, D65.
+    quint32 w = quint32(size.width()), h = quint32(size.height()), bytes = quint32(pixels.size());
+    const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
+                                      {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},
+                                      {279, bytes}, {50717, 65535}, {50778, 21}};
+    QVector<Field> fields = Plain(whole);
+    if (!preview.isEmpty()) {
+        w = quint32(previewSize.width()), h = quint32(previewSize.height()), bytes = quint32(preview.size());
+        const QMap<int, quint32> reduced = {{254, 1},         {256, w}, {257, h}, {259, 7},    {262, 6},
+                                            {273, previewAt}, {277, 3}, {278, h}, {279, bytes}};
+        QVector<Field> small = Plain(reduced);
+        small.insert(3, {258, kShort, Numbers<quint16>({8, 8, 8})});
+        fields += Plain({{330, AddDirectory(small, &file)}});
+    }
     // XYZ to linear sRGB (IEC 61966-2-1), in ten-thousandths
     QByteArray matrix;
     for (int value : {32406, -15372, -4986, -9689, 18758, 415, 557, -2040, 10570})
         matrix += Numbers<qint32>({value, 10000});
-    fields += {{33421, kShort, Numbers<quint16>({2, 2})},
-               {33422, kByte, QByteArray("\0\1\1\2", 4)},
-               {50706, kByte, QByteArray("\1\4\0\0", 4)},
-               {50708, kText, QByteArray("Acme Camera 1", 14)},
-               Long(50717, 65535),
-               {50721, kSignedRational, matrix},
-               {50728, kRational, Numbers<quint32>({1, 2, 1, 1, 3, 4})},
-               Short(50778, 21)}; // D65
+    fields += {{271, kText, QByteArray("Acme", 5)},       {272, kText, QByteArray("Camera 1", 9)},
+               {33421, kShort, Numbers<quint16>({2, 2})}, {33422, kByte, QByteArray("\0\1\1\2", 4)},
+               {50706, kByte, QByteArray("\1\4\0\0", 4)}, {50708, kText, QByteArray("Acme Camera 1", 14)},
+               {50721, kSignedRational, matrix},          {50728, kRational, Numbers<quint32>({1, 2, 1, 1, 3, 4})}};
     for (auto block = blocks.begin(); block != blocks.end(); ++block)
         fields.append({block.key(), kBytes, block.value()});
     std::sort(fields.begin(), fields.end(), [](const Field &a, const Field &b) { return a.tag < b.tag; });

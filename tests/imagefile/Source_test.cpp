@@ -1,5 +1,5 @@
 // A disk that fails in the midst of a file, seen from inside the layer.
-#include "byte_reader.h"
+#include "source.h"
 
 #include <QDir>
 #include <QTemporaryFile>
@@ -30,7 +30,6 @@ class tst_Source : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void brokenDisk();
-    void byteReader();
 };
 
 void tst_Source::brokenDisk()
@@ -48,27 +47,6 @@ void tst_Source::brokenDisk()
     QCOMPARE(source.ReadAt(0, bytes, sizeof bytes), std::size_t(0));
     QCOMPARE(int(source.Check().Error()), int(GFL_ERROR_FILE_READ));
     QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains(path.toUtf8()));
-}
-
-void tst_Source::byteReader()
-{
-    QByteArray data;
-    for (int i = 0; i < 200000; ++i) // three pieces and some
-        data.append(char(i * 7 + i / 256));
-    const Source source(data.constData(), std::size_t(data.size()));
-    ByteReader reader(source, 65530);
-    for (int i = 65530; i < 65545; ++i)
-        QCOMPARE(int(reader.Byte()), int(uchar(data[i])));
-    QVERIFY(reader.Skip(65530));
-    QCOMPARE(reader.Position(), std::uint64_t(131075));
-    QCOMPARE(reader.Number(2), std::uint64_t(uchar(data[131075]) << 8 | uchar(data[131076])));
-    QByteArray rest(200000 - 131077, '\0');
-    QVERIFY(reader.Read(rest.data(), std::size_t(rest.size())));
-    QCOMPARE(rest, data.mid(131077));
-    QVERIFY(!reader.Failed() && reader.Left() == 0);
-    QCOMPARE(reader.Number(4), std::uint64_t(0));
-    QVERIFY(reader.Failed() && !reader.Skip(0) && !reader.Read(rest.data(), 1));
-    QVERIFY(ByteReader(source, 200001).Failed() && !ByteReader(source, 200000).Failed());
 }
 
 QTEST_GUILESS_MAIN(tst_Source)

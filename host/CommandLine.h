@@ -33,6 +33,7 @@ struct InfoOptions {
 
 struct WizardOptions {
     QStringList files; // may be empty
+    QString lensPath;  // as above
     QString plugin;    // empty: the installed one
 };
 

@@ -133,7 +133,10 @@ HostApplication::~HostApplication()
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    const QVariant value = m_settings.value(SettingPath(uid, key), defaultValue);
+    // An object of its own: workers make records too, and one object is not for several threads.
+    const QSettings settings(m_settings.format(), m_settings.scope(), m_settings.organizationName(),
+                             m_settings.applicationName());
+    const QVariant value = settings.value(SettingPath(uid, key), defaultValue);
     return m_adapt ? m_adapt(key, value) : value;
 }
 

@@ -41,6 +41,7 @@ public:
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
+    /// Any thread.
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;

@@ -10,8 +10,6 @@
 
 namespace {
 
-const QLatin1String kLensPath("LensPath"); // the plug-in's setting
-
 /// A picture of which the plug-in gets the description and, in the place of its pixels, a single one.
 class PixellessImage : public ImageDef {
 public:
@@ -55,6 +53,8 @@ QString MissingInPicture(const ImageDef &image)
 }
 
 } // namespace
+
+const QLatin1String ProfileLookup::kLensPath("LensPath");
 
 ProfileLookup::ProfileLookup(HostApplication *application, const QString &folder, InterruptGuard *guard)
     : m_application(application), m_guard(guard), m_given(folder)

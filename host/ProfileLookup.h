@@ -12,9 +12,12 @@ class KIPluginOne2One;
 /// The plug-in looks a profile up when it is run with a record that names none; it then leaves the pixels as they are
 /// and the profile in the record. Here it is run so on a picture that lends a single pixel.
 ///
-/// To be made before the plug-in is loaded, which reads the folder of profiles when it starts. GUI thread.
+/// To be made before the process that it is to run, which reads the folder of profiles when it starts. Find is for one
+/// thread at a time.
 class ProfileLookup {
 public:
+    static const QLatin1String kLensPath; // the plug-in's setting: the folder of profiles
+
     struct Answer {
         QString profile; // absolute; empty: none
         QString why;     // there is none, for the user
@@ -26,6 +29,7 @@ public:
     ProfileLookup(const ProfileLookup &) = delete;
     ProfileLookup &operator=(const ProfileLookup &) = delete;
 
+    /// @param process  the last one that was made while this stands.
     /// @param picture  absolute.
     Answer Find(KIPluginOne2One *process, const QString &picture);
 

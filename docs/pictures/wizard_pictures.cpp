@@ -54,7 +54,7 @@ public:
 
     void Go()
     {
-        Settle();
+        WaitUntil([this] { return CanGoOn(); }, "the pictures are not looked at");
         Next();
         auto *images = m_wizard->findChild<QComboBox *>(QStringLiteral("comboBoxImageDef"));
         Require(images, "the page has no list of images");
@@ -123,7 +123,7 @@ int main(int argc, char **argv)
     const PluginLoader plugin{QString()};
     Require(plugin.Process(), qPrintable(plugin.Problem()));
     ChooseProfile(&application, plugin.Process(), profile);
-    CorrectionWizard wizard(&application, plugin.Process(), &guard);
+    CorrectionWizard wizard(&application, plugin.Process(), /*findProfile=*/nullptr, &guard);
     wizard.Add(arguments);
     wizard.resize(wizard.minimumWidth(), 640);
     wizard.show();

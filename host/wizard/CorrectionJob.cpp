@@ -1,8 +1,8 @@
 #include "CorrectionJob.h"
 
 #include "HostApplication.h"
+#include "KException.h"
 #include "ProfileUse.h"
-#include "WorkFolder.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -61,27 +61,24 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     Objections objections;
     for (const PlannedPicture &planned : PlanOutputs(files, QString())) {
         const ImageDef &image = *application->ImageOf(planned.picture);
-        const QDomElement element = process->GetFileXmlParams(planned.picture);
-        const PictureParameters parameters = ReadParameters(element);
+        const PictureParameters parameters = ReadParameters(process->GetFileXmlParams(planned.picture));
         JobPicture picture;
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
         picture.problem = objections.To(planned, application->ProblemOf(planned.picture), parameters);
         picture.parameters = parameters;
-        if (picture.problem.isEmpty()) {
+        if (picture.problem.isEmpty())
             picture.note = objections.NoteOn(image, parameters);
-            picture.record = std::make_unique<ParameterRecord>(process, element);
-        }
         pictures.push_back(std::move(picture));
     }
     return pictures;
 }
 
-CorrectionJob::CorrectionJob(HostApplication *application, KIPluginOne2One *process, std::vector<JobPicture> pictures,
-                             ExistingOutput existing, InterruptGuard *guard, QObject *parent)
-    : QThread(parent),
-      m_application(application),
+CorrectionJob::CorrectionJob(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+                             std::vector<JobPicture> pictures, ExistingOutput existing, InterruptGuard *guard)
+    : m_application(application),
       m_process(process),
+      m_findProfile(std::move(findProfile)),
       m_pictures(std::move(pictures)),
       m_existing(existing),
       m_guard(guard)
@@ -117,14 +114,7 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return PictureOutcome::Kept;
     try {
-        if (picture.parameters.profile.isEmpty()) {
-            const QString found = LookedUpProfile(picture);
-            *why = found.isEmpty() ? tr("No lens profile is chosen, and none is found for this picture")
-                                   : Objections().ToProfile({picture.parameters.corrections, found});
-            if (!why->isEmpty())
-                return PictureOutcome::Failed;
-        }
-        RunPicture(m_application, m_process, *picture.record, picture.planned, m_existing, m_guard);
+        *why = Correct(picture);
         return PictureOutcome::Corrected;
     } catch (...) {
         *why = TextOfCurrentException();
@@ -132,12 +122,23 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     }
 }
 
-/// Run with a record that names no profile, the process looks one up, leaves it in the record and the pixels as they
-/// are. What it writes then is of no use and goes with its folder; the next run corrects.
-QString CorrectionJob::LookedUpProfile(const JobPicture &picture) const
+/// @return what the user should know of the result. Throws what is to be told of a failure.
+QString CorrectionJob::Correct(const JobPicture &picture) const
 {
-    WorkFolder folder(picture.planned.outputFolder, m_guard);
-    QString uncorrected;
-    m_process->Process(folder.Admit(picture.planned.picture), picture.record->Get(), uncorrected);
-    return ReadParameters(m_process->GetXmlParameters(picture.record->Get())).profile;
+    PictureParameters parameters = picture.parameters;
+    QString note = picture.note;
+    if (parameters.profile.isEmpty()) {
+        if (m_findProfile)
+            parameters.profile = m_findProfile(picture.planned.picture);
+        if (parameters.profile.isEmpty())
+            throw KException(tr("No lens profile is chosen, and none is found for this picture"), KPlace());
+        Objections objections;
+        const QString objection = objections.ToProfile(parameters);
+        if (!objection.isEmpty())
+            throw KException(objection, KPlace());
+        note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
+    }
+    const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
+    RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
+    return note;
 }

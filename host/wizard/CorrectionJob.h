@@ -5,7 +5,7 @@
 
 #include <QThread>
 
-#include <memory>
+#include <functional>
 #include <vector>
 
 class HostApplication;
@@ -13,15 +13,17 @@ class HostApplication;
 /// One picture of a job.
 struct JobPicture {
     PlannedPicture planned;
-    PictureParameters parameters;            // as chosen; without a profile one is looked up
-    QString problem;                         // why it isn't tried, for the user; empty: it is
-    QString note;                            // what the user should know of its result; mostly empty
-    qint64 pixels = 0;                       // how much work it is
-    std::unique_ptr<ParameterRecord> record; // null where there is a problem
+    PictureParameters parameters; // as chosen; without a profile one is looked up
+    QString problem;              // why it isn't tried, for the user; empty: it is
+    QString note;                 // what the user should know of its result; mostly empty
+    qint64 pixels = 0;            // how much work it is
 };
 
 /// Asks the process what was chosen for each picture, and looks what stands against correcting it. GUI thread.
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files);
+
+/// The lens profile that fits a picture's camera and lens; empty: none is found. Called on the job's thread.
+using FindProfile = std::function<QString(const QString &picture)>;
 
 /// What came of one picture.
 enum class PictureOutcome { Corrected, Kept, Failed, LeftOut };
@@ -31,9 +33,10 @@ enum class PictureOutcome { Corrected, Kept, Failed, LeftOut };
 class CorrectionJob : public QThread {
     Q_OBJECT
 public:
+    /// @param findProfile  for pictures without one; null finds none.
     /// @param existing  Skip: a picture whose output is there is Kept.
-    CorrectionJob(HostApplication *application, KIPluginOne2One *process, std::vector<JobPicture> pictures,
-                  ExistingOutput existing, InterruptGuard *guard, QObject *parent);
+    CorrectionJob(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+                  std::vector<JobPicture> pictures, ExistingOutput existing, InterruptGuard *guard);
     ~CorrectionJob() override;
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
@@ -42,7 +45,7 @@ public:
 
 Q_SIGNALS:
     void Begins(int index);
-    /// @param why  of a failure; empty otherwise.
+    /// @param why  of a failure, or what the user should know of a result; mostly empty.
     void Ended(int index, PictureOutcome outcome, const QString &why);
 
 protected:
@@ -50,10 +53,11 @@ protected:
 
 private:
     PictureOutcome One(const JobPicture &picture, QString *why) const;
-    QString LookedUpProfile(const JobPicture &picture) const;
+    QString Correct(const JobPicture &picture) const;
 
     HostApplication *m_application;
     KIPluginOne2One *m_process;
+    FindProfile m_findProfile;
     const std::vector<JobPicture> m_pictures;
     ExistingOutput m_existing;
     InterruptGuard *m_guard;

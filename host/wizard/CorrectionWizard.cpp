@@ -1,7 +1,6 @@
 #include "CorrectionWizard.h"
 
 #include "CommandLine.h"
-#include "CorrectionJob.h"
 #include "HostApplication.h"
 #include "PicturesPage.h"
 #include "RunPage.h"
@@ -38,12 +37,13 @@ int WidthOfSubTitle(const QString &text)
 
 } // namespace
 
-CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard)
+CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+                                   InterruptGuard *guard)
     : m_application(application),
       m_process(process),
       m_pictures(new PicturesPage(application)),
       m_pluginPage(process->WizardPage()),
-      m_run(new RunPage(application, process, guard))
+      m_run(new RunPage(application, process, std::move(findProfile), guard))
 {
     setWindowTitle(tr("Vitrelux: lens correction"));
     setWindowIcon(process->Icon());

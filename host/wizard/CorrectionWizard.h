@@ -1,7 +1,7 @@
 // The window of `vitrelux wizard`: which pictures, what is corrected, and the run.
 #pragma once
 
-#include "KIPluginOne2One.h"
+#include "CorrectionJob.h"
 
 #include <QPointer>
 #include <QWizard>
@@ -17,8 +17,9 @@ class RunPage;
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
-    /// All three outlive the window.
-    CorrectionWizard(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard);
+    /// All outlive the window. @param findProfile  as for CorrectionJob.
+    CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+                     InterruptGuard *guard);
     /// Gives the plug-in's page back, and waits for the picture under way.
     ~CorrectionWizard() override;
 

@@ -34,9 +34,10 @@ constexpr OutcomeRow kOutcomes[] = {
 
 } // namespace
 
-RunPage::RunPage(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard)
+RunPage::RunPage(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile, InterruptGuard *guard)
     : m_application(application),
       m_process(process),
+      m_findProfile(std::move(findProfile)),
       m_guard(guard),
       m_state(new QLabel),
       m_progress(new QProgressBar),
@@ -111,7 +112,8 @@ void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
     }
     m_progress->setRange(0, std::max(1, int(pictures.size())));
     m_progress->setValue(0);
-    m_job = std::make_unique<CorrectionJob>(m_application, m_process, std::move(pictures), existing, m_guard, nullptr);
+    m_job = std::make_unique<CorrectionJob>(m_application, m_process, m_findProfile, std::move(pictures), existing,
+                                            m_guard);
     connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
     connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
     connect(m_job.get(), &CorrectionJob::finished, this, &RunPage::JobFinished);
@@ -161,9 +163,8 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 
     const OutcomeRow &known = kOutcomes[int(outcome)];
     QString text = tr(known.text);
-    const QString more = why.isEmpty() && outcome == PictureOutcome::Corrected ? picture.note : why;
-    if (!more.isEmpty())
-        text = tr("%1: %2", "result of a picture, and why").arg(text, more.simplified());
+    if (!why.isEmpty())
+        text = tr("%1: %2", "result of a picture, and why").arg(text, why.simplified());
     ShowResult(index, text, style()->standardIcon(known.icon));
     m_progress->setValue(index + 1);
     ShowTimeLeft();

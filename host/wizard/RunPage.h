@@ -7,6 +7,8 @@
 #include <QTimer>
 #include <QWizardPage>
 
+#include <memory>
+
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -16,7 +18,7 @@ class QTableWidget;
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:
-    RunPage(HostApplication *application, KIPluginOne2One *process, InterruptGuard *guard);
+    RunPage(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile, InterruptGuard *guard);
 
     /// Begins a run; not while one is under way.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
@@ -45,6 +47,7 @@ private:
 
     HostApplication *m_application;
     KIPluginOne2One *m_process;
+    FindProfile m_findProfile;
     InterruptGuard *m_guard;
     QLabel *m_state;
     QProgressBar *m_progress;

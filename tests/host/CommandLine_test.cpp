@@ -36,7 +36,8 @@ QString Describe(const CommandLine &line)
     case CommandLine::Action::ShowProfiles:
         return "show "_s + line.profiles.join(QLatin1Char(' '));
     case CommandLine::Action::ShowWizard:
-        return "wizard "_s + (line.wizard.files + QStringList(line.wizard.plugin)).join(QLatin1Char(' '));
+        return "wizard "_s
+            + (line.wizard.files + QStringList{line.wizard.lensPath, line.wizard.plugin}).join(QLatin1Char(' '));
     case CommandLine::Action::ShowInfo:
         return "info %1 %2 "_s.arg(line.info.json).arg(line.info.exif)
             + (line.info.files + QStringList(line.info.lensPath)).join(QLatin1Char(' '));
@@ -82,8 +83,8 @@ void CommandLineTest::read_data()
         {"correct --profile p.lcp --profile q.lcp a.jpg", "profile=q.lcp a.jpg"},
         {"correct --ca -- --overwrite -o", "chromatic --overwrite -o"},
         {"profile a.lcp b.lcp", "show a.lcp b.lcp"},
-        {"wizard --plugin x.so a.jpg", "wizard a.jpg x.so"},
-        {"wizard", "wizard "}, // pictures are chosen there
+        {"wizard --plugin x.so --lens-path d a.jpg", "wizard a.jpg d x.so"},
+        {"wizard", "wizard  "}, // pictures are chosen there
         {"info --exif --lens-path d a.jpg", "info 0 1 a.jpg d"},
         {"", "!no command"},
         {"corect a.jpg", "!corect"},

@@ -127,26 +127,40 @@ void PicturesPage::Add(const QStringList &files)
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
 
+/// The first row that wasn't looked at; the number of rows if all were.
+int PicturesPage::NextToDescribe() const
+{
+    int row = 0;
+    while (row < m_list->topLevelItemCount() && m_list->topLevelItem(row)->data(kName, kDescribed).toBool())
+        ++row;
+    return row;
+}
+
+bool PicturesPage::isComplete() const
+{
+    const int count = m_list->topLevelItemCount();
+    return count > 0 && NextToDescribe() == count;
+}
+
 /// One file a turn of the event loop: a thousand files don't hold the window up.
 void PicturesPage::DescribeNext()
 {
-    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
-        QTreeWidgetItem *row = m_list->topLevelItem(i);
-        if (row->data(kName, kDescribed).toBool())
-            continue;
-        row->setData(kName, kDescribed, true);
-        const QString path = row->data(kName, kPath).toString();
-        const ImageDef &image = *m_application->ImageOf(path);
-        const QString problem = m_application->ProblemOf(path);
-        const bool usable = problem.isEmpty();
-        row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
-        if (usable)
-            row->setIcon(kName, QIcon(*image.GetThumbnail()));
-        else
-            row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
-        QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
+    QTreeWidgetItem *row = m_list->topLevelItem(NextToDescribe());
+    if (!row)
         return;
-    }
+    row->setData(kName, kDescribed, true);
+    const QString path = row->data(kName, kPath).toString();
+    const ImageDef &image = *m_application->ImageOf(path);
+    const QString problem = m_application->ProblemOf(path);
+    const bool usable = problem.isEmpty();
+    row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
+    if (usable)
+        row->setIcon(kName, QIcon(*image.GetThumbnail()));
+    else
+        row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    if (isComplete())
+        Q_EMIT completeChanged();
+    QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
 
 QStringList PicturesPage::Files() const

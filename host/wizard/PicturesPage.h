@@ -22,7 +22,8 @@ public:
     /// Whether corrected pictures that exist may be replaced.
     bool MayReplace() const;
 
-    bool isComplete() const override { return !Files().isEmpty(); }
+    /// Once every file of the list was looked at: what comes next needs all that is known of them, at once.
+    bool isComplete() const override;
 
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
@@ -32,6 +33,7 @@ private:
     void SetUpList();
     void Choose();
     void RemoveSelected();
+    int NextToDescribe() const;
     void DescribeNext();
     void ListChanged();
 

@@ -29,7 +29,7 @@ KNOWN_CAMERAS = [
     ('Autel Robotics Co., Ltd.', 'XB004', '5.3125', ''),
     ('Eyedeas', 'S1', '5.648', 'panoramic camera, each of its lenses'),
     # Cameras that the sources lack and whose names hold a shorter one's; sensors by their makers: 22.3 x 14.8 mm (R7),
-    # 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; that of the P1000.
+    # 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; as the P1000, FZ300 and FZ1000; 6.17 x 4.55.
     ('Canon', 'Canon EOS R7', '1.617', ''),
     ('Canon', 'Canon EOS R10', '1.613', ''),
     ('Canon', 'Canon EOS R50', '1.613', ''),
@@ -39,6 +39,9 @@ KNOWN_CAMERAS = [
     *(('Sigma', f'dp{i} Quattro', '1.537', '') for i in range(4)),
     ('Sigma', 'sd Quattro H', '1.35', ''),
     ('Nikon', 'COOLPIX P1100', '5.56', ''),
+    ('Panasonic', 'DMC-FZ330', '5.56', ''),
+    *(('Panasonic', f'DMC-FZ{number}', '2.73', '') for number in (2000, 2500)),
+    *(('Nikon', f'COOLPIX A{number}', '5.64', '') for number in (10, 300, 900)),
 ]
 
 # Identifiers whose rows are known from elsewhere; the other sources are not asked for these.

@@ -5,6 +5,7 @@
 #include "KImage_p.h"
 #include "KOmp.h"
 #include "KTools.h"
+#include "ippi.h"
 
 #include <QDir>
 
@@ -46,6 +47,7 @@ void KImage::init(KImageInstances *instances)
         return;
     Q_INIT_RESOURCE(KImage); // a static library drops resources that nothing names
     RegisterData();
+    ippInit();
     KTools::init(instances ? instances->tools : nullptr);
     if (instances) {
         ImageDatas::settings = instances->settings; // the image-file layer is the host's to start

@@ -207,7 +207,7 @@
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation>Nicht angerührt: Das korrigierte Bild ist schon vorhanden</translation>
+        <translation>Unverändert: Das korrigierte Bild ist schon vorhanden</translation>
     </message>
     <message>
         <source>Failed</source>
@@ -268,8 +268,8 @@
     <message numerus="yes">
         <source>%n left as they were</source>
         <translation>
-            <numerusform>%n nicht angerührt</numerusform>
-            <numerusform>%n nicht angerührt</numerusform>
+            <numerusform>%n unverändert</numerusform>
+            <numerusform>%n unverändert</numerusform>
         </translation>
     </message>
     <message numerus="yes">

@@ -5,7 +5,7 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation>L&apos;image corrigée remplacerait celle de « %1 »</translation>
+        <translation>L&apos;image corrigée remplacerait celle de « %1 »</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
@@ -13,11 +13,11 @@
     </message>
     <message>
         <source>Not a picture that can be read: %1</source>
-        <translation>Pas une image lisible : %1</translation>
+        <translation>Pas une image lisible : %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
+        <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
     </message>
     <message>
         <source>No lens profile is chosen, and none is found for this picture</source>
@@ -28,7 +28,7 @@
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation>Vitrelux : correction d&apos;objectif</translation>
+        <translation>Vitrelux : correction d&apos;objectif</translation>
     </message>
     <message>
         <source>&amp;Back</source>
@@ -55,7 +55,7 @@
     </message>
     <message>
         <source>no such file; names are expected in UTF-8</source>
-        <translation>fichier inexistant ; les noms sont attendus en UTF-8</translation>
+        <translation>fichier inexistant ; les noms sont attendus en UTF-8</translation>
     </message>
     <message>
         <source>no such file</source>
@@ -75,7 +75,7 @@
     </message>
     <message>
         <source>cannot be read: %1</source>
-        <translation>ne peut pas être lu : %1</translation>
+        <translation>ne peut pas être lu : %1</translation>
     </message>
     <message>
         <source>gray pictures are not supported</source>
@@ -95,7 +95,7 @@
     </message>
     <message>
         <source>is not described as a picture: a companion file, or damaged</source>
-        <translation>n&apos;est pas reconnu comme image : fichier annexe ou endommagé</translation>
+        <translation>n&apos;est pas reconnu comme image : fichier annexe ou endommagé</translation>
     </message>
 </context>
 <context>
@@ -125,7 +125,7 @@
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation>Quelles images voulez-vous corriger ? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
+        <translation>Quelles images voulez-vous corriger ? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -184,19 +184,19 @@
     </message>
     <message>
         <source>%1 (%2 model: %3)</source>
-        <translation>%1 (modèle %2 : %3)</translation>
+        <translation>%1 (modèle %2 : %3)</translation>
     </message>
     <message>
         <source>holds nothing to correct by: </source>
-        <translation>ne contient rien pour corriger : </translation>
+        <translation>ne contient rien pour corriger : </translation>
     </message>
     <message>
         <source>can&apos;t correct what was asked for: </source>
-        <translation>ne peut pas corriger ce qui est demandé : </translation>
+        <translation>ne peut pas corriger ce qui est demandé : </translation>
     </message>
     <message>
         <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>compte %1 pixels, le profil a été fait pour %2 ; corrigée comme la partie supérieure gauche d&apos;une telle image</translation>
+        <translation>compte %1 pixels, le profil a été fait pour %2 ; corrigée comme la partie supérieure gauche d&apos;une telle image</translation>
     </message>
 </context>
 <context>
@@ -207,7 +207,7 @@
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation>Laissée telle quelle : l&apos;image corrigée existe déjà</translation>
+        <translation>Laissée telle quelle : l&apos;image corrigée existe déjà</translation>
     </message>
     <message>
         <source>Failed</source>
@@ -215,7 +215,7 @@
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation>Non corrigée : arrêt avant</translation>
+        <translation>Non corrigée : arrêt avant</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
@@ -247,7 +247,7 @@
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation>Image %1 sur %2 : %3</translation>
+        <translation>Image %1 sur %2 : %3</translation>
     </message>
     <message>
         <source>Being corrected…</source>
@@ -256,7 +256,7 @@
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation>%1 : %2</translation>
+        <translation>%1 : %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
@@ -309,15 +309,15 @@
     <name>WorkFolder</name>
     <message>
         <source>cannot write into the folder &quot;%1&quot;: %2</source>
-        <translation>impossible d&apos;écrire dans le dossier « %1 » : %2</translation>
+        <translation>impossible d&apos;écrire dans le dossier « %1 » : %2</translation>
     </message>
     <message>
         <source>cannot make the folder &quot;%1&quot;: %2</source>
-        <translation>impossible de créer le dossier « %1 » : %2</translation>
+        <translation>impossible de créer le dossier « %1 » : %2</translation>
     </message>
     <message>
         <source>cannot write &quot;%1&quot;: %2</source>
-        <translation>impossible d&apos;écrire « %1 » : %2</translation>
+        <translation>impossible d&apos;écrire « %1 » : %2</translation>
     </message>
 </context>
 </TS>

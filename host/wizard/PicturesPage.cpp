@@ -21,8 +21,10 @@ namespace {
 const QLatin1String kFolderSetting("Wizard/PictureFolder");
 
 enum Column { kName, kWhat, kFolder, kColumnCount };
-constexpr int kPath = Qt::UserRole;          // of a row: the absolute name
-constexpr int kDescribed = Qt::UserRole + 1; // of a row: whether its file was looked at
+constexpr int kThumbnailSide = 48;
+constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
+constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
+constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file was looked at
 
 /// Suffixes of pictures, for dialog and folders; a file of another name can be added all the same.
 QStringList PictureNames()
@@ -90,10 +92,12 @@ void PicturesPage::SetUpList()
     m_list->setHeaderLabels({tr("Picture"), tr("Size"), tr("Folder")});
     m_list->setRootIsDecorated(false);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    constexpr int kThumbnailSide = 48;
     m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
+    m_list->header()->setSectionResizeMode(QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
-    m_list->header()->setSectionResizeMode(kWhat, QHeaderView::ResizeToContents);
+    m_list->setWordWrap(true); // why a file can't be used takes two lines
+    m_list->setTextElideMode(Qt::ElideMiddle);
+    m_list->setUniformRowHeights(true);
     m_hint->setText(tr("Drop pictures or folders here"));
     m_hint->setAlignment(Qt::AlignCenter);
     m_hint->setEnabled(false); // reads as a hint
@@ -121,6 +125,8 @@ void PicturesPage::Add(const QStringList &files)
         auto *row = new QTreeWidgetItem({info.fileName(), QString(), info.path()});
         row->setData(kName, kPath, planned.picture);
         row->setToolTip(kName, planned.picture);
+        row->setToolTip(kFolder, info.path());
+        row->setSizeHint(kFolder, QSize(0, kRowHeight));
         m_list->addTopLevelItem(row);
     }
     ListChanged();
@@ -154,6 +160,7 @@ void PicturesPage::DescribeNext()
     const QString problem = m_application->ProblemOf(path);
     const bool usable = problem.isEmpty();
     row->setText(kWhat, usable ? QStringLiteral("%1 × %2").arg(image.nCols()).arg(image.nRows()) : problem);
+    row->setToolTip(kWhat, problem);
     if (usable)
         row->setIcon(kName, QIcon(*image.GetThumbnail()));
     else

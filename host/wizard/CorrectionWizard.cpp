@@ -16,10 +16,6 @@ enum PageId { kPicturesPage, kPluginPage, kRunPage };
 
 const QLatin1String kGeometrySetting("Wizard/Geometry");
 
-/// The plug-in leaves the look of its page's arrows to the host.
-const QLatin1String kArrows("QToolButton#QToolButton_Prev { qproperty-arrowType: LeftArrow; }"
-                            "QToolButton#QToolButton_Next { qproperty-arrowType: RightArrow; }");
-
 /// QWizard gives the text below a page's title two lines, and cuts off what doesn't fit: so wide has the window to be.
 int WidthOfSubTitle(const QString &text)
 {
@@ -50,7 +46,6 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One
     setWizardStyle(ModernStyle);
     setOption(NoCancelButtonOnLastPage);
     setPixmap(LogoPixmap, process->Icon().pixmap(48));
-    setStyleSheet(kArrows);
     setButtonText(BackButton, tr("&Back"));
     setButtonText(NextButton, tr("&Next"));
     setButtonText(FinishButton, tr("&Close"));

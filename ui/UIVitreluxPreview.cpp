@@ -121,7 +121,9 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     const ReducedSize size = SizeOfPreview(*def);
     auto image = std::make_unique<KImage>();
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
-    m_image.swap(image); // the old one lives until the worker has been handed the new one
+    QImage source;
+    image->ToQImage(source); // before the swap: if it fails, the old image lives on, which the worker may be reading
+    m_image.swap(image);     // the old one lives until the worker has been handed the new one
     m_imageDef = def;
     m_params = params;
     m_params->scale = float(size.scale);
@@ -131,7 +133,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         ui->m_cbDistortion->setChecked(m_params->disto);
         ui->m_cbVignetting->setChecked(m_params->falloff);
         ui->lineEditLensFile->setText(m_params->lcpFilename);
-        m_image->ToQImage(m_sourceImage);
+        m_sourceImage = source;
         m_sourcePixmap = FittedToFrame(m_sourceImage);
         updateLCPfilename();
     }

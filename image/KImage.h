@@ -124,8 +124,8 @@ public:
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
-    /// Changes form or colours of an image of 8 bits in place; @p mode is a GflColorDepth, which tells what @p parameters
-    /// is for. A wrapped block stays as it was: the image then has pixels of its own.
+    /// Changes form or colours of an image of 8 bits in place; @p mode is a GflColorDepth, which tells what @p
+    /// parameters is for. A wrapped block stays as it was: the image then has pixels of its own.
     void Convert(unsigned short mode, unsigned short parameters);
     /// Turns a compression number into the layer's fields; @p format in lower case. -1 leaves the layer's defaults.
     ///
@@ -193,7 +193,7 @@ public:
     /// lower depth is converted. Trap: the samples of a mask of higher depth are taken as they stand in memory, as
     /// numbers of this image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Alpha below half of the full range becomes 0, any other full.
+    /// Alpha below half of the full range, or not a number, becomes 0, any other full.
     void BinarizeAlpha();
     /// Premultiplied colours to straight ones, then opaque: colour * full / alpha, truncated and saturated. Pixels
     /// of alpha 0 stay.
@@ -203,7 +203,8 @@ public:
 
     /// Stretches the common range of R, G and B to 0 to 255, truncated, into @p target, at 8 bits; a flat picture comes
     /// out black. Equalization sends each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), n(v) the samples up
-    /// to v (Gonzalez and Woods, Digital Image Processing). Other forms than 8-bit RGB and RGBA are only converted.
+    /// to v: the running sum of Gonzalez and Woods, Digital Image Processing, stretched to begin at 0. Other forms than
+    /// 8-bit RGB and RGBA are only converted.
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 

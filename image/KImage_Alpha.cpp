@@ -6,6 +6,9 @@
 #include "PixelSampler_p.h"
 #include "ippi.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 
 /// Multiplies a run of alpha in place by a run of mask samples.
@@ -26,6 +29,9 @@ template <typename T> void BinarizeRun(T *alpha, int pixels)
 {
     constexpr auto kFull = static_cast<T>(kFullValue<T>);
     constexpr auto kHalf = static_cast<T>(std::is_floating_point_v<T> ? 0.5f : kFullValue<T> / 2 + 1);
+    if constexpr (std::is_floating_point_v<T>) // not-a-number lies on neither side
+        std::replace_if(
+            alpha, alpha + pixels, [](T value) { return std::isnan(value); }, T(0));
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, kHalf, T(0), primitives::Comparison::Less);
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, T(0), kFull, primitives::Comparison::Greater);
 }

@@ -3,10 +3,12 @@
 #include "ConversionTables_p.h"
 #include "KImage_p.h"
 #include "PixelRuns_p.h"
+#include "PixelSampler_p.h"
 #include "gaussian.h"
 #include "ippi.h"
 
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -17,7 +19,7 @@ using primitives::Status;
 
 void CheckForm(const KImage &image)
 {
-    if (IsEmpty(image) || !IsWorkingType(image.type()) || !IsWorkingDepth(image.bitsPerComponent()))
+    if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
 }
 
@@ -57,7 +59,7 @@ constexpr int kLargestPlainKernel = 31;
 class UnsharpBlur {
 public:
     explicit UnsharpBlur(float radius)
-        : m_kernelSize(qMax(3, 2 * static_cast<int>(3.0f * qMin(radius, primitives::kLargestSigma)) + 1)),
+        : m_kernelSize(qMax(3, 2 * static_cast<int>(3.0 * double(qMin(radius, primitives::kLargestSigma))) + 1)),
           m_sigma(radius + 0.5f)
     {
     }
@@ -211,6 +213,27 @@ void ConvertColors(KImage &image, const RunStep (&table)[3][2])
             [=](const void *src, void *dst, int pixels) { step(src, dst, pixels); });
 }
 
+/// Gives the pixels that sharpening leaves alone, hidden ones and those whose result isn't finite, back what the way
+/// through another colour model took.
+void RestorePixels(const KImage &image, KImage &sharpened)
+{
+    const int channels = image.m_bitmap->ComponentsPerPixel;
+    const size_t pixelBytes = image.m_bitmap->BytesPerPixel;
+    WithSampler(image, [&](const auto &sampler) {
+        using T = typename std::decay_t<decltype(sampler)>::Component;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                unsigned char *pixel = sharpened.getData(x, y);
+                bool isLeft = channels == 4 && !(LoadComponent<T>(pixel + 3 * sizeof(T)) > 0);
+                for (size_t c = 0; c < 3; ++c)
+                    isLeft = isLeft || !std::isfinite(LoadComponent<T>(pixel + c * sizeof(T)));
+                if (isLeft)
+                    std::memcpy(pixel, image.getData(x, y), pixelBytes);
+            }
+        }
+    });
+}
+
 } // namespace
 
 void KImage::ConvolveGaussian(float sigma, KImage &target) const
@@ -253,6 +276,7 @@ void KImage::unsharpY(float radius, float amount, KImage &target)
     ConvertColors(target, kToYcc);
     Sharpener(target, radius, amount).Run(/*channels=*/1);
     ConvertColors(target, kFromYcc);
+    RestorePixels(*this, target);
 }
 
 void KImage::unsharpFull(float radius, float amount, KImage &target)

@@ -208,7 +208,7 @@ QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 {
     const float insideLevel = InsideLevel(frame);
     const double stepPx = frame.grid.stepPx;
-    const int first = qMax(1, static_cast<int>(reach.first / stepPx));
+    const int first = qMax(1, static_cast<int>(qMin(reach.first / stepPx, 1e9)));
     QVector<RansacFisheye::Data> measurements;
     for (int i = 0; i < kRays; ++i) {
         const Ray &ray = RayTable()[static_cast<size_t>(i)];
@@ -230,7 +230,7 @@ RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
 {
     constexpr RansacFisheye::Model kNone = {0, 0, 0};
     constexpr int kLeastSide = 32; // of a frame whose edges could be told apart
-    if (IsEmpty(image) || !IsWorkingType(image.type()) || !IsWorkingDepth(image.bitsPerComponent()))
+    if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
     if (!std::isfinite(nominalRadius) || nominalRadius < 0)
         KThrow(kInvalidParameter);
@@ -275,7 +275,7 @@ void KImage::GetCateyeRadiusOffset(double &radius, double &offsetX, double &offs
 
 void KImage::CleanFisheyeData(double radius, double offsetX, double offsetY)
 {
-    if (IsEmpty(*this) || !IsWorkingType(type()) || !IsWorkingDepth(bitsPerComponent()))
+    if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (!(radius > 0) || !std::isfinite(radius) || !std::isfinite(offsetX) || !std::isfinite(offsetY))
         KThrow(kInvalidParameter); // a circle that wasn't found would take the whole picture

@@ -17,7 +17,7 @@ struct Position {
 
 void CheckForm(const KImage &image)
 {
-    if (IsEmpty(image) || !IsWorkingType(image.type()) || !IsWorkingDepth(image.bitsPerComponent()))
+    if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
 }
 
@@ -112,27 +112,31 @@ public:
     Position Of(float x, float y) const
     {
         const float dx = x - m_center.x, dy = y - m_center.y, r = std::sqrt(dx * dx + dy * dy) / m_unitPx;
-        const float factor = m_isBack ? 1 / (m_scale * FactorBack(r / m_scale)) : m_scale * Factor(r * r);
+        const float factor =
+            m_isBack ? 1 / (m_scale * FactorBack(r / m_scale)) : m_scale * static_cast<float>(Factor(double(r * r)));
         return {m_center.x + factor * dx, m_center.y + factor * dy};
     }
 
 private:
-    float Factor(float r2) const { return 1 + r2 * (m_k1 + r2 * (m_k2 + r2 * m_k3)); }
+    double Factor(double r2) const { return 1 + r2 * (m_k1 + r2 * (m_k2 + r2 * m_k3)); }
 
-    /// The factor at the radius r that leads to @p radius, by Newton's method from there.
+    /// The factor at the radius r that leads to @p radius, by Newton's method from there. Beyond a fold of the model it
+    /// finds radii that belong to other places, or negative ones: they don't count.
     float FactorBack(float radius) const
     {
-        float r = radius;
+        double r = static_cast<double>(radius);
         for (int i = 0; i < 20; ++i) {
-            const float r2 = r * r, excess = r * Factor(r2) - radius;
-            if (std::fabs(excess) <= 1e-6f * radius)
-                return Factor(r2);
-            r -= excess / (1 + r2 * (3 * m_k1 + r2 * (5 * m_k2 + r2 * 7 * m_k3)));
+            const double r2 = r * r, factor = Factor(r2);
+            const double slope = 1 + r2 * (3 * m_k1 + r2 * (5 * m_k2 + r2 * 7 * m_k3));
+            const double excess = r * factor - static_cast<double>(radius);
+            if (std::fabs(excess) <= 1e-6 * static_cast<double>(radius))
+                return r >= 0 && slope > 0 ? static_cast<float>(factor) : NAN;
+            r -= excess / slope;
         }
         return NAN;
     }
 
-    float m_k1, m_k2, m_k3;
+    double m_k1, m_k2, m_k3;
     float m_scale;
     bool m_isBack;
     Position m_center;
@@ -176,7 +180,7 @@ template <typename T> void PaintPixel(unsigned char *pixel, int channels, const 
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
         // Paint makes what it covers as opaque as it is itself.
         const float wanted = c == 3 ? full : full * (channels == 1 ? luma : rgba[c]);
-        StoreComponent<T>(at, old + (wanted - old) * share);
+        StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // whatever was there
     }
 }
 
@@ -217,7 +221,7 @@ void KImage::PutPoint(float x, float y, float radius, int color)
                                              : PaintPixel<float>;
     // Limited before they become whole numbers.
     const auto within = [](float value, int size) {
-        return static_cast<int>(qBound(0.0f, value, static_cast<float>(size)));
+        return static_cast<int>(qBound(0.0, static_cast<double>(value), static_cast<double>(size)));
     };
     for (int row = within(y - radius, height()); row < within(y + radius + 2, height()); ++row) {
         for (int column = within(x - radius, width()); column < within(x + radius + 2, width()); ++column) {

@@ -267,7 +267,7 @@ void KImage::HDR_QuickToneMapper(int mode)
 
 void KImage::adjustColor(float brightness, float contrast, float saturation)
 {
-    if (IsEmpty(*this) || !IsWorkingType(type()) || !IsWorkingDepth(bitsPerComponent()))
+    if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (!std::isfinite(brightness) || !std::isfinite(contrast) || !std::isfinite(saturation))
         KThrow(kInvalidParameter);
@@ -290,7 +290,7 @@ void KImage::adjustColor(float brightness, float contrast, float saturation)
 
 void KImage::Colorize(KImage &target, QColor shadows, QColor lights)
 {
-    if (IsEmpty(*this) || !IsWorkingType(type()) || !IsWorkingDepth(bitsPerComponent()))
+    if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (&target == this || !shadows.isValid() || !lights.isValid())
         KThrow(kInvalidParameter);
@@ -311,8 +311,10 @@ void KImage::Colorize(KImage &target, QColor shadows, QColor lights)
 
 void KImage::GetGrey(ImageSt &grey)
 {
-    if (IsEmpty(*this) || !IsWorkingType(type()) || !IsWorkingDepth(bitsPerComponent()))
+    if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
+    if (qint64(width()) * qint64(sizeof(float)) > std::numeric_limits<quint32>::max())
+        KThrow(kNotEnoughMemory); // a row of KImage holds no more
     try {
         grey.samples.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()));
     } catch (const std::bad_alloc &) {
@@ -320,7 +322,8 @@ void KImage::GetGrey(ImageSt &grey)
     }
     grey.width = width();
     grey.height = height();
-    KImage plane(width(), height(), GFL_GREY, 32, /*clear=*/false, grey.samples.data(), width() * int(sizeof(float)));
+    const auto strideBytes = static_cast<quint32>(width()) * quint32(sizeof(float));
+    KImage plane(width(), height(), GFL_GREY, 32, /*clear=*/false, grey.samples.data(), static_cast<int>(strideBytes));
 #pragma omp parallel for schedule(static) num_threads(komp_num_threads)
     for (int y = 0; y < height(); ++y)
         CropCopyTo(0, y, width(), 1, plane, 0, y);

@@ -23,6 +23,13 @@ inline bool IsEmpty(const KImage &image)
     return !image.m_bitmap || !image.m_bitmap->Data;
 }
 
+/// Whether an image has pixels, in one of the nine working forms.
+inline bool HasWorkingPixels(const KImage &image)
+{
+    return !IsEmpty(image) && image.width() > 0 && image.height() > 0 && IsWorkingType(image.type())
+        && IsWorkingDepth(image.bitsPerComponent());
+}
+
 /// Whether AllocBitmap with these arguments would keep the record's block.
 inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, int bitsPerComponent)
 {

@@ -31,7 +31,7 @@ public:
     using Component = T;
 
     explicit PixelSampler(const KImage &image)
-        : m_image(image), m_width(static_cast<float>(image.width())), m_height(static_cast<float>(image.height()))
+        : m_image(image), m_right(NotAbove(image.width() - 1)), m_bottom(NotAbove(image.height() - 1))
     {
     }
 
@@ -40,13 +40,13 @@ public:
     /// Not-a-number is nowhere.
     bool Contains(float x, float y) const
     {
-        return x >= -0.5f && y >= -0.5f && x <= m_width - 0.5f && y <= m_height - 0.5f;
+        return x >= -0.5f && y >= -0.5f && x <= m_right + 0.5f && y <= m_bottom + 0.5f;
     }
 
     /// The channels [first, end) at a position, in @p values from 0 on; positions outside count as the nearest inside.
     void Read(float x, float y, int first, int end, float *values) const
     {
-        const float left = qBound(0.0f, x, m_width - 1), top = qBound(0.0f, y, m_height - 1);
+        const float left = qBound(0.0f, x, m_right), top = qBound(0.0f, y, m_bottom);
         const int x0 = static_cast<int>(left), y0 = static_cast<int>(top);
         const int x1 = qMin(x0 + 1, m_image.width() - 1), y1 = qMin(y0 + 1, m_image.height() - 1);
         const float toRight = left - static_cast<float>(x0), toBottom = top - static_cast<float>(y0);
@@ -60,9 +60,16 @@ public:
     }
 
 private:
+    /// The nearest float, but none above: floats count only to 2^24 one by one.
+    static float NotAbove(int position)
+    {
+        const auto nearest = static_cast<float>(position);
+        return static_cast<double>(nearest) > position ? std::nextafter(nearest, 0.0f) : nearest;
+    }
+
     const KImage &m_image;
-    float m_width;
-    float m_height;
+    float m_right;
+    float m_bottom;
 };
 
 /// Calls use(sampler) with the sampler of an image's depth.

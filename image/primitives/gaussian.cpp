@@ -37,7 +37,7 @@ struct Grid {
     int pixels;
     int spacing; // k
 
-    int Nodes() const { return (pixels - 1 + spacing - 1) / spacing + 1 + 2 * kGridMargin; }
+    int Nodes() const { return static_cast<int>((std::int64_t(pixels) + spacing - 2) / spacing) + 1 + 2 * kGridMargin; }
     std::int64_t PixelOf(int node) const { return std::int64_t(node - kGridMargin) * spacing; }
 };
 

@@ -204,7 +204,9 @@ void tst_Fisheye::paintsAndBends()
     }
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
-    image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // no way back, and far off
+    image.image.Optical(-20, 0, 0, 0, 0, 1);
+    QCOMPARE(image.Sample(6, 4, 0), 0.0);       // no way back but a negative radius, on the other side
+    image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // and far off
 }
 
 QTEST_GUILESS_MAIN(tst_Fisheye)

@@ -117,6 +117,10 @@ void tst_Tone::guards_data()
     QTest::newRow("mask of the same depth") << int(k8uRgba) << all[0] << "Invalid Bitmap";
     QTest::newRow("alpha of RGB") << int(k8uRgb) << all[1] << "Invalid Bitmap";
     QTest::newRow("tone map of 8 bits") << int(k8uRgb) << all[6] << "Invalid Bitmap";
+    QTest::newRow("no columns") << int(k8uRgb) << Call([](KImage &i) {
+        i.AllocBitmap(0, 3, GFL_RGB, 8, true, nullptr, 0);
+        i.GetGrey(s_grey);
+    }) << "Invalid Bitmap";
     QTest::newRow("no circle to project") << int(k8uRgb) << all[15] << "Invalid Bitmap";
 }
 
@@ -135,11 +139,13 @@ void tst_Tone::alpha()
     for (const FormIndex form : {k8uRgba, k16uRgba, k32fRgba}) {
         const double full = kForms[form].Full(), half = form == k32fRgba ? 0.5 : std::floor(full / 2) + 1;
         TestImage image(kForms[form], 3, 1, 3);
-        const double alphas[] = {form == k32fRgba ? 0.49 : half - 1, half, full};
-        for (int x = 0; x < 3; ++x)
-            image.SetSample(x, 0, 3, alphas[x]);
-        image.image.BinarizeAlpha();
-        QCOMPARE(image.Sample(0, 0, 3), 0.0);
+        for (const double low : {form == k32fRgba ? 0.49 : half - 1, form == k32fRgba ? kNan : 0}) {
+            const double alphas[] = {low, half, full};
+            for (int x = 0; x < 3; ++x)
+                image.SetSample(x, 0, 3, alphas[x]);
+            image.image.BinarizeAlpha();
+            QCOMPARE(image.Sample(0, 0, 3), 0.0);
+        }
         QCOMPARE(image.Sample(1, 0, 3), full);
 
         // A mask of lower depth; the float image's is of 16 bits, the 8-bit one's has no lower.
@@ -275,6 +281,7 @@ void tst_Tone::kernelSize_data()
     QTest::newRow("0.1") << 0.1f << 3;
     QTest::newRow("0.66") << 0.66f << 3;
     QTest::newRow("0.7") << 0.7f << 5;
+    QTest::newRow("below 5 / 3") << 1.6666666f << 9; // three times it is 4.9999999, which no float is
     QTest::newRow("2") << 2.0f << 13;
     QTest::newRow("4.9") << 4.9f << 29;
 }
@@ -334,8 +341,10 @@ void tst_Tone::unsharpProperties()
     image.FillWithNoise(5, 0, 1);
     for (int x = 0; x < 23 * 11; ++x)
         image.SetSample(x % 23, x / 23, 3, 0);
-    image.image.unsharpFull(2, 1, sharp); // nothing is visible
-    QVERIFY(std::memcmp(sharp.getData(0, 0), image.image.getData(0, 0), 23) == 0);
+    for (const auto sharpen : {&KImage::unsharpFull, &KImage::unsharpY}) { // nothing is visible
+        (image.image.*sharpen)(2, 1, sharp);
+        QVERIFY(std::memcmp(sharp.getData(0, 0), image.image.getData(0, 0), 23) == 0);
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_Tone)

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QSize>
 #include <QString>
+#include <QTemporaryDir>
 
 #include <functional>
 #include <memory>
@@ -84,6 +85,12 @@ QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 /// Empty when every cut of a file to less than @p end bytes is told as an error of reading or, within the first bytes,
 /// as no known format; else the first cut that isn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
+
+/// A temporary folder, and the paths of files in it.
+class Folder : public QTemporaryDir {
+public:
+    QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
+};
 
 bool WriteBytes(const QString &path, const QByteArray &bytes);
 QByteArray ReadBytes(const QString &path);

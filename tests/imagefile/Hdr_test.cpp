@@ -106,16 +106,13 @@ void tst_Hdr::damaged()
     } faults[] = {
         {"no size", File("", "", "")},
         {"both axes the same", File("", "-Y 1 +Y 1", pixel)},
-        {"no rows", File("", "-Y 0 +X 1", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},
         {"sides of a billion", File("", "-Y 999999999 +X 999999999", pixel)},
-        {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"a header without end", kHead + QByteArray(2000000, 'x')},
         {"nothing to repeat", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4))},
         {"runs of nothing", File("", "-Y 1 +X 2", pixel + QByteArray("\1\1\1\0", 4).repeated(9))},
         {"an old run too long", File("", "-Y 1 +X 3", pixel + QByteArray("\1\1\1\3", 4))},
         {"a run too long", File("", "-Y 1 +X 9", head + QByteArray("\x8A\1", 2).repeated(4))},
-        {"bytes too many", File("", "-Y 1 +X 9", head + QByteArray(60, '\x0A'))},
         {"a count of 0", File("", "-Y 1 +X 9", head + QByteArray(60, '\0'))},
         {"a row of another length", File("", "-Y 1 +X 10", PackedRow())},
     };

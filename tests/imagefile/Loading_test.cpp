@@ -3,7 +3,6 @@
 #include "DngFile.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
@@ -18,12 +17,12 @@
 namespace {
 
 std::atomic<long> blocksAlive{0};
-std::atomic<unsigned long> largestBlock{0};
+std::atomic<unsigned long> largestBlock{0}, blockLimit{~0ul};
 int marker = 0; // its address is what the callbacks are given
 
 void *CountingAlloc(unsigned long size, void *userData)
 {
-    if (userData != &marker)
+    if (userData != &marker || size > blockLimit)
         return nullptr;
     ++blocksAlive;
     if (size > largestBlock)
@@ -42,11 +41,6 @@ void CountingFree(void *pointer, void *)
 {
     --blocksAlive;
     std::free(pointer);
-}
-
-void *FailingAlloc(unsigned long size, void *)
-{
-    return size > 100000 ? nullptr : std::malloc(size);
 }
 
 /// A TIFF of one strip that holds 100 bytes, whatever its numbers claim; @p more fields go over those.
@@ -83,7 +77,6 @@ void AddPage(TIFF *tiff, QSize size, int value, std::uint32_t kind)
 enum Embedding { InRaw, InExif, AsPage, BeforePage, BelowPage, AsPageOfTheSecond };
 
 } // namespace
-Q_DECLARE_METATYPE(Embedding)
 
 class tst_Loading : public QObject {
     Q_OBJECT
@@ -91,20 +84,20 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void deliveredForms();
     void depths();
-    void thumbnails_data();
     void thumbnails();
     void thumbnailIsTheMean();
-    void embeddedPreviews_data();
     void embeddedPreviews();
     void formats();
     void missingFiles();
-    void unknownFiles_data();
     void unknownFiles();
     void cutTiff();
     void absurdSizes_data();
     void absurdSizes();
     void hugeFloatPicture();
     void allocator();
+
+private:
+    Folder m_folder;
 };
 
 void tst_Loading::deliveredForms()
@@ -145,41 +138,36 @@ void tst_Loading::depths()
     QCOMPARE(PackedPixels(*LoadFromMemory(tiffs[1], nullptr, LoadParams())), QByteArray("\0\0\x80\xFF\xFF\0", 6));
 }
 
-void tst_Loading::thumbnails_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QSize>("box");
-    QTest::addColumn<QSize>("expected");
-    QTest::newRow("landscape") << QSize(600, 400) << QSize(128, 128) << QSize(128, 85);
-    QTest::newRow("portrait") << QSize(400, 600) << QSize(128, 128) << QSize(85, 128);
-    QTest::newRow("box of 0 by 0") << QSize(1024, 512) << QSize(0, 0) << QSize(256, 128);
-    QTest::newRow("smaller than the box") << QSize(60, 40) << QSize(128, 128) << QSize(60, 40);
-    QTest::newRow("the box itself") << QSize(128, 100) << QSize(128, 128) << QSize(128, 100);
-    QTest::newRow("one column") << QSize(1, 1000) << QSize(10, 10) << QSize(1, 10);
-    QTest::newRow("one row") << QSize(1000, 3) << QSize(10, 10) << QSize(10, 1);
-    QTest::newRow("flat box") << QSize(601, 401) << QSize(300, 20) << QSize(30, 20);
-}
-
 void tst_Loading::thumbnails()
 {
-    QFETCH(QSize, size);
-    QFETCH(QSize, box);
-    QFETCH(QSize, expected);
-    QTemporaryDir folder;
-    for (const char *format : {"tiff", "jpeg"}) {
-        const QString path = folder.filePath(QString::fromLatin1(format));
+    const struct {
+        const char *name;
+        QSize size, box, expected;
+    } rows[] = {{"landscape", {600, 400}, {128, 128}, {128, 85}},
+                {"portrait", {400, 600}, {128, 128}, {85, 128}},
+                {"box of 0 by 0", {1024, 512}, {0, 0}, {256, 128}},
+                {"smaller than the box", {60, 40}, {128, 128}, {60, 40}},
+                {"the box itself", {128, 100}, {128, 128}, {128, 100}},
+                {"one column", {1, 1000}, {10, 10}, {1, 10}},
+                {"one row", {1000, 3}, {10, 10}, {10, 1}},
+                {"flat box", {601, 401}, {300, 20}, {30, 20}}};
+    for (int i = 0; i < 16; ++i) {
+        const char *format = i % 2 ? "jpeg" : "tiff";
+        const auto &[name, size, box, expected] = rows[i / 2];
+        const QString path = m_folder(format);
         const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), GFL_RGB, 8);
         QCOMPARE(Save(path, *bitmap, SaveParams(format, -1, 95)), int(GFL_NO_ERROR));
         GFL_FILE_INFORMATION info;
         const BitmapPtr got = LoadThumbnail(path, box, LoadParams(0, GFL_RGBA), &info);
-        QVERIFY2(got, gflLastErrorText());
+        QVERIFY2(got, name);
         QCOMPARE(QSize(info.Width, info.Height), size);
         QCOMPARE(QSize(got->Width, got->Height), expected);
         QCOMPARE(int(got->Type), int(GFL_RGBA));
         // The picture is a ramp, so that a reduced pixel has the value of the ramp at its middle.
+        const QSize &whole = size;
         const auto middle = [&](int x, int y, int c) {
-            const int column = int((x + 0.5) * size.width() / got->Width),
-                      row = int((y + 0.5) * size.height() / got->Height);
+            const int column = int((x + 0.5) * whole.width() / got->Width),
+                      row = int((y + 0.5) * whole.height() / got->Height);
             return c == 3 ? 1.0 : SampleAt(*bitmap, column, row, c);
         };
         QCOMPARE(Difference(*got, middle, 0.03), QString());
@@ -188,8 +176,7 @@ void tst_Loading::thumbnails()
 
 void tst_Loading::thumbnailIsTheMean()
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const QString path = m_folder("a.tif");
     const BitmapPtr bitmap = RandomBitmap(12, 6, GFL_GREY, 16);
     QCOMPARE(Save(path, *bitmap), int(GFL_NO_ERROR));
     const BitmapPtr got = LoadThumbnail(path, {4, 4}, LoadParams(GFL_LOAD_ORIGINAL_DEPTH));
@@ -203,57 +190,45 @@ void tst_Loading::thumbnailIsTheMean()
     QCOMPARE(Difference(*got, mean, 1e-5), QString());
 }
 
-void tst_Loading::embeddedPreviews_data()
-{
-    QTest::addColumn<Embedding>("embedding");
-    QTest::addColumn<QSize>("preview");
-    QTest::addColumn<bool>("isUsed"); // for a box of 90, and a picture of 300 x 200
-    const struct {
-        const char *name;
-        Embedding embedding;
-    } kinds[] = {{"raw", InRaw}, {"EXIF", InExif}, {"page", AsPage}, {"sub-directory", BelowPage}};
-    for (const auto &kind : kinds) {
-        QTest::addRow("%s, covers the box", kind.name) << kind.embedding << QSize(120, 80) << true;
-        QTest::addRow("%s, too small", kind.name) << kind.embedding << QSize(60, 40) << false;
-        QTest::addRow("%s, other proportions", kind.name) << kind.embedding << QSize(120, 90) << false;
-    }
-    QTest::newRow("page before the picture, too small") << BeforePage << QSize(60, 40) << false;
-    QTest::newRow("of a later page") << AsPageOfTheSecond << QSize(120, 80) << false;
-}
-
 void tst_Loading::embeddedPreviews()
 {
-    QFETCH(Embedding, embedding);
-    QFETCH(QSize, preview);
-    QFETCH(bool, isUsed);
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a"));
-    const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
-    if (embedding == InRaw) {
-        QVERIFY(WriteBytes(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview)));
-    } else if (embedding == InExif) {
-        QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
-        Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
-        Exiv2::ExifThumb(image->exifData())
-            .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
-        image->writeMetadata();
-    } else {
-        TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
-        const std::uint64_t none = 0; // libtiff fills it in
-        if (embedding == BelowPage)
-            TIFFSetField(tiff, TIFFTAG_SUBIFD, 1, &none);
-        if (embedding == BeforePage)
-            AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
-        AddPage(tiff, {300, 200}, 0, 0);
-        if (embedding == AsPageOfTheSecond)
+    struct Row {
+        Embedding embedding;
+        QSize preview;
+        bool isUsed; // for a box of 90, and a picture of 300 x 200
+    };
+    QVector<Row> rows = {{BeforePage, {60, 40}, false}, {AsPageOfTheSecond, {120, 80}, false}};
+    for (Embedding embedding : {InRaw, InExif, AsPage, BelowPage}) // covers the box, too small, other proportions
+        rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
+    for (const auto &[embedding, preview, isUsed] : rows) {
+        const QString path = m_folder("a");
+        const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
+        if (embedding == InRaw) {
+            QVERIFY(WriteBytes(path, DngFile({300, 200}, {0.01, 0.02, 0.01}, jpeg, preview)));
+        } else if (embedding == InExif) {
+            QCOMPARE(Save(path, *PlainBitmap({300, 200}, 0), SaveParams("jpeg")), int(GFL_NO_ERROR));
+            Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
+            Exiv2::ExifThumb(image->exifData())
+                .setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(jpeg.constData()), jpeg.size());
+            image->writeMetadata();
+        } else {
+            TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
+            const std::uint64_t none = 0; // libtiff fills it in
+            if (embedding == BelowPage)
+                TIFFSetField(tiff, TIFFTAG_SUBIFD, 1, &none);
+            if (embedding == BeforePage)
+                AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
             AddPage(tiff, {300, 200}, 0, 0);
-        AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
-        TIFFClose(tiff);
+            if (embedding == AsPageOfTheSecond)
+                AddPage(tiff, {300, 200}, 0, 0);
+            AddPage(tiff, preview, 255, FILETYPE_REDUCEDIMAGE);
+            TIFFClose(tiff);
+        }
+        const BitmapPtr got = LoadThumbnail(path, {90, 90}), whole = Load(path);
+        QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
+        QCOMPARE(SampleAt(*got, 45, 30, 0) > 0.5, isUsed);
+        QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
     }
-    const BitmapPtr got = LoadThumbnail(path, {90, 90}), whole = Load(path);
-    QVERIFY2(got && got->Width == 90 && got->Height == 60, gflLastErrorText());
-    QCOMPARE(SampleAt(*got, 45, 30, 0) > 0.5, isUsed);
-    QVERIFY2(whole && whole->Width == 300 && SampleAt(*whole, 5, 5, 0) < 0.5, gflLastErrorText());
 }
 
 void tst_Loading::formats()
@@ -268,10 +243,9 @@ void tst_Loading::formats()
 
 void tst_Loading::missingFiles()
 {
-    QTemporaryDir folder;
-    QVERIFY(::mkfifo(folder.filePath(QStringLiteral("pipe.jpg")).toUtf8().constData(), 0600) == 0);
-    for (const QString &path : {folder.filePath(QStringLiteral("none.jpg")), folder.path(),
-                                folder.filePath(QStringLiteral("pipe.jpg")), QStringLiteral("/dev/zero")}) {
+    QVERIFY(::mkfifo(m_folder("pipe.jpg").toUtf8().constData(), 0600) == 0);
+    for (const QString &path :
+         {m_folder("none.jpg"), m_folder.path(), m_folder("pipe.jpg"), QStringLiteral("/dev/zero")}) {
         int error = 0;
         QVERIFY(!Load(path, &error));
         QCOMPARE(error, int(GFL_ERROR_FILE_OPEN));
@@ -283,38 +257,31 @@ void tst_Loading::missingFiles()
     QCOMPARE(gflLoadThumbnailUTF8("a", -1, 5, &bitmap, &params, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
 }
 
-void tst_Loading::unknownFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("empty") << QByteArray() << int(GFL_ERROR_FILE_READ);
-    QTest::newRow("text") << QByteArray("hello, this is a letter") << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("one byte") << QByteArray("I") << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("two bytes of JPEG") << QByteArray("\xFF\xD8") << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("nothing but fill bytes")
-        << QByteArray("\xFF\xD8") + QByteArray(100000, '\xFF') << int(GFL_ERROR_FILE_READ);
-    QTest::newRow("signed samples") << TiffOf(4, 4, 1, {{339, 2}}) << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("compression 999") << TiffOf(4, 4, 999) << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("40-bit samples") << TiffOf(4, 4, 1, {{258, 40}}) << int(GFL_ERROR_UNKNOWN_FORMAT);
-    QTest::newRow("two samples of RGB") << TiffOf(4, 4, 1, {{277, 2}}) << int(GFL_ERROR_FILE_READ);
-}
-
 void tst_Loading::unknownFiles()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, expected);
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.jpg"));
-    QVERIFY(WriteBytes(path, bytes));
-    int error = 0;
-    QVERIFY(!Load(path, &error));
-    QCOMPARE(error, expected);
-    GFL_FILE_INFORMATION info;
-    QVERIFY(Describe(path, &info) != GFL_NO_ERROR);
-    QCOMPARE(info.Width, 0);
-    GFL_BITMAP *bitmap = nullptr;
-    QCOMPARE(gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap), expected);
-    QVERIFY(!bitmap);
+    const struct {
+        const char *name;
+        QByteArray bytes;
+        int error;
+    } rows[] = {{"empty", "", GFL_ERROR_FILE_READ},
+                {"text", "hello, this is a letter", GFL_ERROR_UNKNOWN_FORMAT},
+                {"one byte", "I", GFL_ERROR_UNKNOWN_FORMAT},
+                {"two bytes of JPEG", "\xFF\xD8", GFL_ERROR_UNKNOWN_FORMAT},
+                {"nothing but fill bytes", "\xFF\xD8" + QByteArray(100000, '\xFF'), GFL_ERROR_FILE_READ},
+                {"signed samples", TiffOf(4, 4, 1, {{339, 2}}), GFL_ERROR_UNKNOWN_FORMAT},
+                {"compression 999", TiffOf(4, 4, 999), GFL_ERROR_UNKNOWN_FORMAT},
+                {"40-bit samples", TiffOf(4, 4, 1, {{258, 40}}), GFL_ERROR_UNKNOWN_FORMAT},
+                {"two samples of RGB", TiffOf(4, 4, 1, {{277, 2}}), GFL_ERROR_FILE_READ}};
+    const QString path = m_folder("a.jpg");
+    for (const auto &row : rows) {
+        QVERIFY(WriteBytes(path, row.bytes));
+        int error = 0;
+        QVERIFY2(!Load(path, &error) && error == row.error, row.name);
+        GFL_FILE_INFORMATION info;
+        QVERIFY2(Describe(path, &info) != GFL_NO_ERROR && info.Width == 0, row.name);
+        GFL_BITMAP *bitmap = nullptr;
+        QVERIFY2(gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap) == row.error && !bitmap, row.name);
+    }
 }
 
 void tst_Loading::cutTiff()
@@ -370,8 +337,7 @@ void tst_Loading::absurdSizes()
 void tst_Loading::hugeFloatPicture()
 {
     // 400 megapixels of float RGB, 4.8 GB, in a file that is as long but has no blocks on disk.
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("huge.tif"));
+    const QString path = m_folder("huge.tif");
     const QByteArray header = TiffOf(20000, 20000, 1, {{258, 32}, {339, 3}});
     QVERIFY(WriteBytes(path, header));
     if (::truncate(path.toUtf8().constData(), off_t(4800001000)) != 0)
@@ -406,9 +372,11 @@ void tst_Loading::allocator()
     gflLibraryExit();
 
     const QByteArray large = SavedBytes(*RandomBitmap(300, 300, GFL_RGB, 8), SaveParams("tiff"));
-    gflLibraryInitEx(FailingAlloc, CountingRealloc, CountingFree, nullptr);
+    gflLibraryInitEx(CountingAlloc, CountingRealloc, CountingFree, &marker);
+    blockLimit = 100000;
     int error = 0;
     const bool read = LoadFromMemory(large, &error) != nullptr;
+    blockLimit = ~0ul;
     gflLibraryExit();
     QVERIFY(!read);
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));

@@ -3,7 +3,6 @@
 #include "DngFile.h"
 
 #include <QMap>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
@@ -274,15 +273,14 @@ private Q_SLOTS:
     void exifTooLargeForJpeg();
 
 private:
-    QString Path(const char *name) const { return m_folder.filePath(QString::fromLatin1(name)); }
-    QTemporaryDir m_folder;
+    Folder m_folder;
 };
 
 void tst_Metadata::initTestCase()
 {
     gflEnableLZW(1);
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-    QVERIFY(WriteBytes(Path("source.jpg"), JpegSource(CommonExif("Acme"))));
+    QVERIFY(WriteBytes(m_folder("source.jpg"), JpegSource(CommonExif("Acme"))));
 }
 
 void tst_Metadata::blocksAreCarried_data()
@@ -307,7 +305,7 @@ void tst_Metadata::blocksAreCarried()
     QFETCH(bool, isRaw);
     const bool hasExif = !isRaw || note != NoNote, hasBlocks = !isRaw || note == NoNote;
     const Exiv2::ExifData exif = hasExif ? ExifWith(Note(note)) : Exiv2::ExifData();
-    const QString source = Path(isRaw ? "a.dng" : "a.jpg");
+    const QString source = m_folder(isRaw ? "a.dng" : "a.jpg");
     QVERIFY(WriteBytes(source, isRaw ? RawSource(exif) : JpegSource(exif)));
     const Values before = CarriedValues(source);
     QCOMPARE(before.contains(QStringLiteral("Exif.GPSInfo.GPSLatitude")), hasExif);
@@ -319,7 +317,7 @@ void tst_Metadata::blocksAreCarried()
     // To a file, and from that file to another one.
     QString from = source;
     for (const char *name : {"first", "second"}) {
-        const QString to = Path(name);
+        const QString to = m_folder(name);
         const BitmapPtr bitmap = Picture(from, GFL_RGBA, 16);
         QVERIFY2(Save(to, *bitmap, SaveParams(format.constData(), compression)) == GFL_NO_ERROR, gflLastErrorText());
         const Values after = CarriedValues(to);
@@ -353,7 +351,7 @@ void tst_Metadata::blocksAreCarried()
 
 void tst_Metadata::iptcEntries()
 {
-    GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(Path("source.jpg").toUtf8().constData());
+    GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("source.jpg").toUtf8().constData());
     QVERIFY(iptc);
     QCOMPARE(iptc->NumberOfItems, 7u);
     QCOMPARE(iptc->ItemsList[1].Id, GFL_IPTC_HEXADECIMAL | 0x200u);
@@ -374,30 +372,30 @@ void tst_Metadata::profileOfTheRightKind()
     } profiles[] = {{"RGB ", GFL_RGBA, true}, {"CMYK", GFL_RGBA, false}, {"Lab ", GFL_RGB, false},
                     {"GRAY", GFL_RGB, false}, {"GRAY", GFL_GREY, true},  {"RGB ", GFL_GREY, false}};
     for (const auto &profile : profiles) {
-        QVERIFY(WriteBytes(Path("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space))));
-        const BitmapPtr bitmap = Picture(Path("a.jpg"), profile.type);
+        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space))));
+        const BitmapPtr bitmap = Picture(m_folder("a.jpg"), profile.type);
         GFL_SAVE_PARAMS params = SaveParams("tiff");
-        QCOMPARE(Save(Path("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
-        QVERIFY2(IccOf(Path("a.tif")).isEmpty() != profile.isKept, profile.space);
+        QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
+        QVERIFY2(IccOf(m_folder("a.tif")).isEmpty() != profile.isKept, profile.space);
         params.Flags = 0; // only when asked for
-        QCOMPARE(Save(Path("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
-        QVERIFY(IccOf(Path("a.tif")).isEmpty());
+        QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
+        QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
 }
 
 void tst_Metadata::xmp()
 {
-    const QString source = Path("source.jpg");
+    const QString source = m_folder("source.jpg");
     QVERIFY(XmpOf(source).contains("dc:format=\"image/jpeg\"") || XmpOf(source).contains("dc:format='image/jpeg'"));
     // A picture that was loaded with its metadata takes it along.
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     QVERIFY(bitmap && gflBitmapHasXMP(bitmap.get()) && gflBitmapHasEXIF(bitmap.get()));
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
-        QCOMPARE(Save(Path(format), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
-        QCOMPARE(XmpOf(Path(format)), XmpOf(source));
+        QCOMPARE(Save(m_folder(format), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
+        QCOMPARE(XmpOf(m_folder(format)), XmpOf(source));
     }
-    QCOMPARE(Save(Path("none"), *SmoothBitmap(4, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
-    const BitmapPtr none = LoadMetadata(Path("none"));
+    QCOMPARE(Save(m_folder("none"), *SmoothBitmap(4, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
+    const BitmapPtr none = LoadMetadata(m_folder("none"));
     QVERIFY(!gflBitmapHasXMP(none.get()) && !gflBitmapHasEXIF(none.get()) && !gflBitmapHasIPTC(none.get()));
     // Metadata alone come without pixels, and can't be saved as a picture.
     const BitmapPtr metadata = LoadMetadata(source);
@@ -409,13 +407,13 @@ void tst_Metadata::resolution()
 {
     // The bitmap's own resolution wins over that of the EXIF it was given.
     for (int dpi : {0, 72}) {
-        const BitmapPtr bitmap = Picture(Path("source.jpg"));
+        const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
         bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
-        QCOMPARE(Save(Path("a.tif"), *bitmap), int(GFL_NO_ERROR));
+        QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
         GFL_FILE_INFORMATION info;
-        QCOMPARE(Describe(Path("a.tif"), &info), int(GFL_NO_ERROR));
+        QCOMPARE(Describe(m_folder("a.tif"), &info), int(GFL_NO_ERROR));
         QCOMPARE(int(info.Xdpi), dpi == 0 ? 300 : dpi);
-        const Exiv2::ExifData exif = ExifOf(Path("a.tif"));
+        const Exiv2::ExifData exif = ExifOf(m_folder("a.tif"));
         QCOMPARE(std::count_if(exif.begin(), exif.end(),
                                [](const Exiv2::Exifdatum &datum) { return datum.tagName() == "XResolution"; }),
                  std::ptrdiff_t(1));
@@ -445,9 +443,9 @@ void tst_Metadata::exifTooLargeForJpeg()
     for (const char *format : {"tiff", "jpeg"}) {
         const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
         QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
-        QVERIFY2(Save(Path(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());
-        QCOMPARE(ValueBytes(Path(format), "Exif.Image.Make"), maker);
-        QCOMPARE(ValueBytes(Path(format), "Exif.Photo.MakerNote"), format[0] == 't' ? note : QByteArray());
+        QVERIFY2(Save(m_folder(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());
+        QCOMPARE(ValueBytes(m_folder(format), "Exif.Image.Make"), maker);
+        QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), format[0] == 't' ? note : QByteArray());
     }
 }
 

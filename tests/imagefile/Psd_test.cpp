@@ -191,22 +191,17 @@ void tst_Psd::damaged()
         int error;
     } faults[] = {
         {"version", 4, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
-        {"no channels", 12, 2, 0, GFL_ERROR_FILE_READ},
         {"two channels of RGB", 12, 2, 2, GFL_ERROR_FILE_READ},
-        {"channels", 12, 2, 57, GFL_ERROR_FILE_READ},
         {"no rows", 14, 4, 0, GFL_ERROR_FILE_READ},
         {"rows", 14, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
-        {"gigapixels", 14, 8, (quint64(100000) << 32) + 100000, GFL_ERROR_FILE_READ},
         {"12 bits", 22, 2, 12, GFL_ERROR_UNKNOWN_FORMAT},
         {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
         {"channels without meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
         {"no palette", 24, 2, 2, GFL_ERROR_FILE_READ},
         {"colour data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
-        {"layers", 34, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
         {"size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
-        {"a row too short", 40, 2, 3, GFL_ERROR_FILE_READ},
         {"a run too long", 40 + 2 * 3 * kHeight, 1, 0x81, GFL_ERROR_FILE_READ},
     };
     const QByteArray good = Encode({Rgb, 3, 8, true, false, 0, {}});

@@ -2,7 +2,6 @@
 #include "Bitmaps.h"
 #include "DngFile.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -14,6 +13,9 @@ private Q_SLOTS:
     void settings();
     void whatIsRaw();
     void damagedFiles();
+
+private:
+    Folder m_folder;
 };
 
 struct Settings {
@@ -69,7 +71,6 @@ void tst_Raw::settings()
 
 void tst_Raw::whatIsRaw()
 {
-    QTemporaryDir folder;
     const QByteArray dng = DngFile({64, 48}, {0.1, 0.2, 0.3}),
                      tiff = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
     const struct {
@@ -79,7 +80,7 @@ void tst_Raw::whatIsRaw()
                  {"a.nef", dng, "raw", "Camera raw"}, {"a.tif", tiff, "tiff", "TIFF"},
                  {"a.dng", tiff, "tiff", "TIFF"},     {"a.nef", tiff, "", ""}};
     for (const auto &file : files) {
-        const QString path = folder.filePath(QString::fromLatin1(file.name));
+        const QString path = m_folder(file.name);
         QVERIFY(WriteBytes(path, file.bytes));
         GFL_FILE_INFORMATION info;
         QCOMPARE(Describe(path, &info), int(file.format.isEmpty() ? GFL_ERROR_UNKNOWN_FORMAT : GFL_NO_ERROR));

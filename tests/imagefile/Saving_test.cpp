@@ -3,7 +3,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
@@ -48,7 +47,6 @@ class tst_Saving : public QObject {
 private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void targetsThatCantBe();
-    void fullDisk_data();
     void fullDisk();
     void permissions();
     void symbolicLinks();
@@ -61,63 +59,52 @@ private Q_SLOTS:
 
 void tst_Saving::targetsThatCantBe()
 {
-    QTemporaryDir folder;
+    const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder")));
-    QVERIFY(WriteBytes(folder.filePath(QStringLiteral("file")), "old"));
-    QVERIFY(::mkfifo(folder.filePath(QStringLiteral("pipe")).toUtf8().constData(), 0600) == 0);
-    QVERIFY(QFile::link(QStringLiteral("/dev/full"), folder.filePath(QStringLiteral("device"))));
-    QVERIFY(QFile::link(QStringLiteral("circle"), folder.filePath(QStringLiteral("circle"))));
+    QVERIFY(WriteBytes(folder("file"), "old"));
+    QVERIFY(::mkfifo(folder("pipe").toUtf8().constData(), 0600) == 0);
+    QVERIFY(QFile::link(QStringLiteral("/dev/full"), folder("device")));
+    QVERIFY(QFile::link(QStringLiteral("circle"), folder("circle")));
     const QStringList before = Everything(folder.path());
     const QByteArray tooLong(300, 'a');
     for (const char *name : {"none/a.tif", "folder", "pipe", "device", "circle", "file/a.tif", tooLong.constData()}) {
-        const int error = Save(folder.filePath(QString::fromLatin1(name)), *RandomBitmap(10, 10, GFL_RGB, 8));
+        const int error = Save(folder(name), *RandomBitmap(10, 10, GFL_RGB, 8));
         QVERIFY2(error == GFL_ERROR_FILE_CREATE, name);
         QVERIFY(QByteArray(gflLastErrorText()).startsWith("can't create"));
         QCOMPARE(Everything(folder.path()), before);
     }
 }
 
-void tst_Saving::fullDisk_data()
-{
-    QTest::addColumn<QByteArray>("format");
-    QTest::addColumn<int>("compression");
-    QTest::addColumn<int>("limit");
-    const struct {
-        const char *format;
-        int compression;
-    } kinds[] = {{"tiff", 0}, {"tiff", 2}, {"tiff", 4}, {"jpeg", -1}, {"png", -1}, {"psd", -1}, {"hdri", -1}};
-    for (const auto &kind : kinds)
-        for (int limit : {0, 5, 20000, 200000})
-            QTest::addRow("%s, compression %d, %d", kind.format, kind.compression, limit)
-                << QByteArray(kind.format) << kind.compression << limit;
-}
-
 void tst_Saving::fullDisk()
 {
-    QFETCH(QByteArray, format);
-    QFETCH(int, compression);
-    QFETCH(int, limit);
-    QTemporaryDir folder;
+    const Folder folder;
     const BitmapPtr bitmap = RandomBitmap(400, 900, GFL_RGBA, 8);
-    const GFL_SAVE_PARAMS params = SaveParams(format.constData(), compression, 100);
-    const QString path = folder.filePath(QStringLiteral("a.out"));
-    QVERIFY(WriteBytes(path, "the old file"));
-    const auto saveOnFullDisk = [&] {
-        const SizeLimit full(static_cast<rlim_t>(limit));
-        return Save(path, *bitmap, params);
-    };
-    QCOMPARE(saveOnFullDisk(), int(GFL_ERROR_FILE_WRITE));
-    QVERIFY2(QByteArray(gflLastErrorText()).contains(path.toUtf8()), gflLastErrorText());
-    QCOMPARE(ReadBytes(path), QByteArray("the old file"));
-    QCOMPARE(Everything(folder.path()).size(), 1);
-    QCOMPARE(Save(path, *bitmap, params), int(GFL_NO_ERROR)); // with room it goes
-    QCOMPARE(ReadBytes(path), SavedBytes(*bitmap, params));
+    const QString path = folder("a.out");
+    const QPair<const char *, int> kinds[] = {{"tiff", 0}, {"tiff", 2}, {"tiff", 4}, {"jpeg", -1},
+                                              {"png", -1}, {"psd", -1}, {"hdri", -1}};
+    for (const auto &[format, compression] : kinds) {
+        const GFL_SAVE_PARAMS params = SaveParams(format, compression, 100);
+        QVERIFY(WriteBytes(path, "the old file"));
+        for (rlim_t limit : {0, 5, 20000, 200000}) {
+            int error = 0;
+            {
+                const SizeLimit full(limit);
+                error = Save(path, *bitmap, params);
+            }
+            QVERIFY2(error == GFL_ERROR_FILE_WRITE, format);
+            QVERIFY2(QByteArray(gflLastErrorText()).contains(path.toUtf8()), gflLastErrorText());
+            QCOMPARE(ReadBytes(path), QByteArray("the old file"));
+            QCOMPARE(Everything(folder.path()).size(), 1);
+        }
+        QCOMPARE(Save(path, *bitmap, params), int(GFL_NO_ERROR)); // with room it goes
+        QCOMPARE(ReadBytes(path), SavedBytes(*bitmap, params));
+    }
 }
 
 void tst_Saving::permissions()
 {
-    QTemporaryDir folder;
-    const QString fresh = folder.filePath(QStringLiteral("new.tif")), old = folder.filePath(QStringLiteral("old.tif"));
+    const Folder folder;
+    const QString fresh = folder("new.tif"), old = folder("old.tif");
     QVERIFY(WriteBytes(old, "old"));
     ::chmod(old.toUtf8().constData(), 0604);
     const mode_t mask = ::umask(027);
@@ -130,10 +117,9 @@ void tst_Saving::permissions()
 
 void tst_Saving::symbolicLinks()
 {
-    QTemporaryDir folder;
+    const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("real")));
-    const QString real = folder.filePath(QStringLiteral("real/a.tif")),
-                  link = folder.filePath(QStringLiteral("link.tif"));
+    const QString real = folder("real/a.tif"), link = folder("link.tif");
     QVERIFY(::symlink("real/a.tif", link.toUtf8().constData()) == 0);
     for (int seed : {1, 2}) { // to a file that isn't there, then to one that is
         const BitmapPtr bitmap = RandomBitmap(3, 3, GFL_RGB, 8, static_cast<unsigned>(seed));
@@ -141,16 +127,16 @@ void tst_Saving::symbolicLinks()
         QVERIFY(QFileInfo(link).isSymLink());
         QCOMPARE(ReadBytes(real), SavedBytes(*bitmap, SaveParams("tiff")));
     }
-    QCOMPARE(Everything(folder.filePath(QStringLiteral("real"))), QStringList(QStringLiteral("a.tif")));
+    QCOMPARE(Everything(folder("real")), QStringList(QStringLiteral("a.tif")));
 }
 
 void tst_Saving::longNames()
 {
-    QTemporaryDir folder;
+    const Folder folder;
     const QString path =
         folder.filePath(QString(251, QLatin1Char('n')) + QStringLiteral(".tif")); // the longest there is
     QCOMPARE(Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
-    const QString umlauts = folder.filePath(QStringLiteral("data: b\u00FCro \u5199\u771F.jpg"));
+    const QString umlauts = folder(u8"data: b\u00FCro \u5199\u771F.jpg");
     QCOMPARE(Save(umlauts, *RandomBitmap(3, 3, GFL_RGB, 8), SaveParams("jpeg")), int(GFL_NO_ERROR));
     QVERIFY(QFile::exists(umlauts) && Load(umlauts, nullptr, LoadParams(GFL_LOAD_METADATA)));
     // A name without a folder, which Exiv2 must not take for an address.
@@ -167,8 +153,8 @@ void tst_Saving::foldersWithoutRights()
 {
     if (::geteuid() == 0)
         QSKIP("the superuser has all rights");
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const Folder folder;
+    const QString path = folder("a.tif");
     QVERIFY(WriteBytes(path, "old"));
     ::chmod(path.toUtf8().constData(), 0400);
     QCOMPARE(Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)), int(GFL_ERROR_FILE_CREATE));
@@ -182,8 +168,8 @@ void tst_Saving::foldersWithoutRights()
 
 void tst_Saving::badParameters()
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const Folder folder;
+    const QString path = folder("a.tif");
     const BitmapPtr bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
     QCOMPARE(Save(path, *bitmap, SaveParams("no such format")), int(GFL_ERROR_BAD_FORMAT_INDEX));
     QCOMPARE(Save(path, *bitmap, SaveParams("tiff", 3)), int(GFL_ERROR_BAD_PARAMETERS));
@@ -197,7 +183,7 @@ void tst_Saving::badParameters()
 
 void tst_Saving::badBitmaps()
 {
-    QTemporaryDir folder;
+    const Folder folder;
     void (*const changes[])(GFL_BITMAP &) = {[](GFL_BITMAP &b) { b.Type = GFL_COLORS; },
                                              [](GFL_BITMAP &b) { b.BitsPerComponent = 12; },
                                              [](GFL_BITMAP &b) { b.Width = 0; },
@@ -209,8 +195,7 @@ void tst_Saving::badBitmaps()
         const BitmapPtr bitmap = RandomBitmap(10, 10, GFL_RGB, 8);
         change(*bitmap);
         for (const char *format : {"tiff", "jpeg", "png", "psd", "hdri"})
-            QCOMPARE(Save(folder.filePath(QStringLiteral("a")), *bitmap, SaveParams(format)),
-                     int(GFL_ERROR_BAD_BITMAP));
+            QCOMPARE(Save(folder("a"), *bitmap, SaveParams(format)), int(GFL_ERROR_BAD_BITMAP));
     }
     QVERIFY(Everything(folder.path()).isEmpty());
 }

@@ -1,7 +1,6 @@
 // Several threads in the layer at a time, on different files, as the preview and a batch are.
 #include "Bitmaps.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
@@ -13,6 +12,9 @@ class tst_Threads : public QObject {
 private Q_SLOTS:
     void sideBySide();
     void errorTextsAreTheirOwn();
+
+private:
+    Folder m_folder;
 };
 
 namespace {
@@ -37,11 +39,10 @@ void Work(const QString &path, const char *format, unsigned seed, std::atomic<in
 
 void tst_Threads::sideBySide()
 {
-    QTemporaryDir folder;
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back(Work, folder.filePath(QString::number(i)), i % 2 ? "jpeg" : "tiff", unsigned(100 * i),
+        threads.emplace_back(Work, m_folder.filePath(QString::number(i)), i % 2 ? "jpeg" : "tiff", unsigned(100 * i),
                              &failures);
     for (std::thread &thread : threads)
         thread.join();

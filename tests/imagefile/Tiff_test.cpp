@@ -2,7 +2,6 @@
 // should.
 #include "Bitmaps.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 #include <qfloat16.h>
 
@@ -244,6 +243,9 @@ private Q_SLOTS:
     void readsWhatLibtiffWrites();
     void writtenFilesAreRight();
     void threadsDontChangeTheFile();
+
+private:
+    Folder m_folder;
 };
 
 void tst_Tiff::readsWhatLibtiffWrites_data()
@@ -323,8 +325,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QFETCH(Spec, spec);
     QFETCH(int, type);
     QFETCH(int, bits);
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const QString path = m_folder("a.tif");
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
@@ -366,8 +367,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
 
 void tst_Tiff::writtenFilesAreRight()
 {
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("a.tif"));
+    const QString path = m_folder("a.tif");
     const QMap<int, int> schemes = {{0, COMPRESSION_NONE}, {2, COMPRESSION_LZW}, {4, COMPRESSION_ADOBE_DEFLATE}};
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32})

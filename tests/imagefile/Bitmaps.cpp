@@ -245,6 +245,14 @@ QString BadCut(const QByteArray &file, int end, int begin)
     return QString();
 }
 
+QByteArray BigEndian(quint64 number, int bytes)
+{
+    QByteArray out;
+    for (int i = bytes; i-- > 0;)
+        out.append(char(number >> (8 * i)));
+    return out;
+}
+
 bool WriteBytes(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);

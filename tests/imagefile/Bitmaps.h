@@ -92,5 +92,7 @@ public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
 
+/// The last @p bytes bytes of a number, the highest first.
+QByteArray BigEndian(quint64 number, int bytes);
 bool WriteBytes(const QString &path, const QByteArray &bytes);
 QByteArray ReadBytes(const QString &path);

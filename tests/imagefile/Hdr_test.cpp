@@ -40,42 +40,37 @@ QVector<float> Values(const GFL_BITMAP &bitmap)
 class tst_Hdr : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void reads_data();
     void reads();
     void turned();
     void damaged();
     void extremes();
 };
 
-void tst_Hdr::reads_data()
+void tst_Hdr::reads()
 {
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QVector<float>>("expected");
-    const QByteArray axes = "-Y 1 +X 2";
-    QTest::newRow("as they are") << File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7))
-                                 << QVector<float>{0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f};
-    QTest::newRow("black whatever its mantissas") << File("", axes, Rgbe(9, 9, 9, -136) + Rgbe(0, 0, 1, -127))
-                                                  << QVector<float>{0, 0, 0, 0, 0, float(std::ldexp(1.0, -127))};
-    QTest::newRow("exposures") << File("EXPOSURE= 2\nEXPOSURE=+4.0\nEXPOSURE=junk\nEXPOSURE=-1\n", axes,
-                                       Rgbe(128, 64, 0) + Rgbe(8, 8, 8, 0))
-                               << QVector<float>{0.0625f, 0.03125f, 0, 1, 1, 1};
-    QTest::newRow("old runs") << File("", "-Y 1 +X 260",
-                                      Rgbe(128, 128, 128) + QByteArray("\1\1\1\3", 4) + QByteArray("\1\1\1\1", 4))
-                              << QVector<float>(3 * 260, 0.5f);
     QVector<float> packed;
     for (int red : {200, 200, 200, 200, 1, 2, 3, 4, 5})
         packed << float(red) / 256 << 100.0f / 256 << 50.0f / 256;
-    QTest::newRow("packed") << File("", "-Y 1 +X 9", PackedRow()) << packed;
-}
-
-void tst_Hdr::reads()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(QVector<float>, expected);
-    const BitmapPtr read = LoadFromMemory(file);
-    QVERIFY2(read, gflLastErrorText());
-    QCOMPARE(int(read->BitsPerComponent), 32);
-    QCOMPARE(Values(*read), expected);
+    const QByteArray axes = "-Y 1 +X 2", exposures = "EXPOSURE= 2\nEXPOSURE=+4.0\nEXPOSURE=junk\nEXPOSURE=-1\n";
+    const QByteArray runs = Rgbe(128, 128, 128) + QByteArray("\1\1\1\3", 4) + QByteArray("\1\1\1\1", 4);
+    const struct {
+        const char *name;
+        QByteArray file;
+        QVector<float> expected;
+    } files[] = {
+        {"as they are",
+         File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7)),
+         {0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f}},
+        {"black whatever its mantissas",
+         File("", axes, Rgbe(9, 9, 9, -136) + Rgbe(0, 0, 1, -127)),
+         {0, 0, 0, 0, 0, float(std::ldexp(1.0, -127))}},
+        {"exposures", File(exposures, axes, Rgbe(128, 64, 0) + Rgbe(8, 8, 8, 0)), {0.0625f, 0.03125f, 0, 1, 1, 1}},
+        {"old runs", File("", "-Y 1 +X 260", runs), QVector<float>(3 * 260, 0.5f)},
+        {"packed", File("", "-Y 1 +X 9", PackedRow()), packed}};
+    for (const auto &file : files) {
+        const BitmapPtr read = LoadFromMemory(file.file);
+        QVERIFY2(read && read->BitsPerComponent == 32 && Values(*read) == file.expected, file.name);
+    }
 }
 
 void tst_Hdr::turned()

@@ -11,17 +11,20 @@ namespace {
 
 using Values = QMap<QString, QByteArray>; // by key: type and bytes
 
+Exiv2::Image::AutoPtr OpenImage(const QByteArray &file)
+{
+    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(file.constData()), file.size());
+    image->readMetadata();
+    return image;
+}
+
 Exiv2::ExifData ExifOf(const QString &path)
 {
     const QByteArray file = ReadBytes(path);
     if (file.startsWith("\x89PNG") && file.count("eXIf") != 1) // there may be one at most
         return {};
     // Exiv2 passes over this chunk, which is a TIFF
-    const int begin = file.startsWith("\x89PNG") ? file.indexOf("eXIf") + 4 : 0;
-    Exiv2::Image::AutoPtr image =
-        Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(file.constData()) + begin, file.size() - begin);
-    image->readMetadata();
-    return image->exifData();
+    return OpenImage(file.startsWith("\x89PNG") ? file.mid(file.indexOf("eXIf") + 4) : file)->exifData();
 }
 
 QByteArray BytesOf(const Exiv2::Exifdatum &datum)
@@ -129,11 +132,9 @@ QByteArray Iptc()
 {
     QByteArray iptc;
     const auto add = [&iptc](int record, int set, const QByteArray &data) {
-        iptc.append('\x1C').append(static_cast<char>(record)).append(static_cast<char>(set));
-        if (data.size() >= 32768)
-            iptc.append(QByteArray("\x80\x04\0", 3)).append(static_cast<char>(data.size() >> 16));
-        iptc.append(static_cast<char>(data.size() >> 8)).append(static_cast<char>(data.size()));
-        iptc.append(data);
+        const quint64 size = quint64(data.size());
+        iptc += '\x1C' + BigEndian(quint64(record), 1) + BigEndian(quint64(set), 1);
+        iptc += (size < 32768 ? BigEndian(size, 2) : BigEndian(0x8004, 2) + BigEndian(size, 4)) + data;
     };
     add(1, 90, "\x1B%G");
     add(2, 0, QByteArray("\0\4", 2));
@@ -154,16 +155,12 @@ constexpr char kXmp[] =
 /// Puts APP13 segments with the IPTC resource behind the start of a JPEG. Exiv2 would write its own form of IPTC.
 QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
 {
-    QByteArray resource("8BIM\4\4\0\0", 8);
-    for (int shift = 24; shift >= 0; shift -= 8)
-        resource.append(static_cast<char>(iptc.size() >> shift));
-    resource += iptc + QByteArray(iptc.size() % 2, '\0');
+    const QByteArray resource = "8BIM" + BigEndian(0x04040000, 4) + BigEndian(quint64(iptc.size()), 4) + iptc
+        + QByteArray(iptc.size() % 2, '\0');
     QByteArray segments;
     for (int at = 0; at < resource.size(); at += 30000) { // resources may go over several segments
         const QByteArray payload = QByteArray("Photoshop 3.0\0", 14) + resource.mid(at, 30000);
-        segments.append('\xFF').append('\xED');
-        segments.append(static_cast<char>((payload.size() + 2) >> 8)).append(static_cast<char>(payload.size() + 2));
-        segments += payload;
+        segments += BigEndian(0xFFED, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload;
     }
     return jpeg.insert(2, segments);
 }
@@ -174,13 +171,6 @@ QByteArray WrittenBy(Exiv2::Image &image)
     image.io().open();
     const Exiv2::DataBuf bytes = image.io().read(static_cast<long>(image.io().size()));
     return QByteArray(reinterpret_cast<const char *>(bytes.pData_), static_cast<int>(bytes.size_));
-}
-
-Exiv2::Image::AutoPtr OpenImage(const QByteArray &file)
-{
-    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(file.constData()), file.size());
-    image->readMetadata();
-    return image;
 }
 
 /// A raw file with all blocks. With EXIF the other blocks are not as they were: Exiv2 writes them in its own form.
@@ -211,8 +201,7 @@ QByteArray JpegSource(Exiv2::ExifData exif, const QByteArray &profile = Profile(
 BitmapPtr LoadMetadata(const QString &path)
 {
     GFL_BITMAP *bitmap = nullptr;
-    if (gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap) != GFL_NO_ERROR)
-        qWarning("%s", gflLastErrorText());
+    gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap);
     return BitmapPtr(bitmap);
 }
 

@@ -13,14 +13,6 @@ constexpr double kCyan = 0.8; // all there is of ink in a file with a profile
 
 enum Mode { Binary = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };
 
-QByteArray Number(quint64 number, int bytes)
-{
-    QByteArray out;
-    for (int i = bytes; i-- > 0;)
-        out.append(char(number >> (8 * i)));
-    return out;
-}
-
 struct Spec {
     int mode = Rgb;
     int channels = 3;
@@ -48,9 +40,9 @@ QByteArray Sample(const Spec &spec, int x, int y, int c)
         const float value = float(spec.Share(x, y, c));
         quint32 bits;
         std::memcpy(&bits, &value, sizeof bits);
-        return Number(bits, 4);
+        return BigEndian(bits, 4);
     }
-    return Number(quint64(std::lround(spec.Share(x, y, c) * ((1 << spec.bits) - 1))), spec.bits / 8);
+    return BigEndian(quint64(std::lround(spec.Share(x, y, c) * ((1 << spec.bits) - 1))), spec.bits / 8);
 }
 
 QByteArray Row(const Spec &spec, int y, int c)
@@ -68,16 +60,18 @@ QByteArray Encode(const Spec &spec)
     const int length = spec.isLarge ? 8 : 4;
     QByteArray resources, palette;
     if (!spec.profile.isEmpty())
-        resources = "8BIM" + Number(0x040F0000, 4) + Number(quint64(spec.profile.size()), 4) + spec.profile
+        resources = "8BIM" + BigEndian(0x040F0000, 4) + BigEndian(quint64(spec.profile.size()), 4) + spec.profile
             + QByteArray(spec.profile.size() % 2, '\0');
     if (spec.mode == Indexed)
         for (int i = 0; i < 768; ++i) // red falls, green rises, blue is 7
             palette.append(char(i < 256 ? 255 - i : i < 512 ? i : 7));
-    const QByteArray layers = spec.layers == 0 ? QByteArray() : Number(2, length) + Number(quint64(spec.layers), 2);
-    QByteArray file = "8BPS" + Number(spec.isLarge ? 2 : 1, 2) + Number(0, 6) + Number(quint64(spec.channels), 2)
-        + Number(kHeight, 4) + Number(kWidth, 4) + Number(quint64(spec.bits), 2) + Number(quint64(spec.mode), 2)
-        + Number(quint64(palette.size()), 4) + palette + Number(quint64(resources.size()), 4) + resources
-        + Number(quint64(layers.size()), length) + layers + Number(spec.isPacked ? 1 : 0, 2);
+    const QByteArray layers =
+        spec.layers == 0 ? QByteArray() : BigEndian(2, length) + BigEndian(quint64(spec.layers), 2);
+    QByteArray file = "8BPS" + BigEndian(spec.isLarge ? 2 : 1, 2) + BigEndian(0, 6)
+        + BigEndian(quint64(spec.channels), 2) + BigEndian(kHeight, 4) + BigEndian(kWidth, 4)
+        + BigEndian(quint64(spec.bits), 2) + BigEndian(quint64(spec.mode), 2) + BigEndian(quint64(palette.size()), 4)
+        + palette + BigEndian(quint64(resources.size()), 4) + resources + BigEndian(quint64(layers.size()), length)
+        + layers + BigEndian(spec.isPacked ? 1 : 0, 2);
     QByteArray sizes, pixels;
     for (int c = 0; c < spec.channels; ++c)
         for (int y = 0; y < kHeight; ++y) {
@@ -86,7 +80,7 @@ QByteArray Encode(const Spec &spec)
                                // rest
                 row = row[0] == row[1] ? QByteArray("\x80\xFF", 2) + row[0] + char(row.size() - 3) + row.mid(2)
                                        : QByteArray(1, char(row.size() - 1)) + row;
-            sizes += Number(quint64(row.size()), spec.isLarge ? 4 : 2);
+            sizes += BigEndian(quint64(row.size()), spec.isLarge ? 4 : 2);
             pixels += row;
         }
     return file + (spec.isPacked ? sizes : QByteArray()) + pixels;
@@ -207,7 +201,7 @@ void tst_Psd::damaged()
     const QByteArray good = Encode({Rgb, 3, 8, true, false, 0, {}});
     int error = 0;
     for (const auto &fault : faults) {
-        LoadFromMemory(QByteArray(good).replace(fault.at, fault.bytes, Number(fault.number, fault.bytes)), &error);
+        LoadFromMemory(QByteArray(good).replace(fault.at, fault.bytes, BigEndian(fault.number, fault.bytes)), &error);
         QVERIFY2(error == fault.error, fault.name);
     }
     for (bool isPacked : {false, true}) {

@@ -13,19 +13,16 @@ namespace {
 void WriteTiff(const QString &path, int photometric, int channels, bool isTiled = false)
 {
     TIFF *file = TIFFOpen(path.toUtf8().constData(), "w");
-    const struct {
-        unsigned tag;
-        int value;
-    } fields[] = {{TIFFTAG_IMAGEWIDTH, 16},
-                  {TIFFTAG_IMAGELENGTH, 16},
-                  {TIFFTAG_BITSPERSAMPLE, 8},
-                  {TIFFTAG_PLANARCONFIG, 1},
-                  {TIFFTAG_SAMPLESPERPIXEL, channels},
-                  {TIFFTAG_PHOTOMETRIC, photometric},
-                  {TIFFTAG_TILEWIDTH, 16},
-                  {TIFFTAG_TILELENGTH, 16}};
+    const std::pair<unsigned, int> fields[] = {{TIFFTAG_IMAGEWIDTH, 16},
+                                               {TIFFTAG_IMAGELENGTH, 16},
+                                               {TIFFTAG_BITSPERSAMPLE, 8},
+                                               {TIFFTAG_PLANARCONFIG, 1},
+                                               {TIFFTAG_SAMPLESPERPIXEL, channels},
+                                               {TIFFTAG_PHOTOMETRIC, photometric},
+                                               {TIFFTAG_TILEWIDTH, 16},
+                                               {TIFFTAG_TILELENGTH, 16}};
     for (int i = 0; i < (isTiled ? 8 : 6); ++i)
-        TIFFSetField(file, fields[i].tag, fields[i].value);
+        TIFFSetField(file, fields[i].first, fields[i].second);
     QByteArray pixels(16 * 16 * channels, 'x');
     (isTiled ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip)(file, 0, pixels.data(), pixels.size());
     TIFFClose(file);
@@ -61,13 +58,14 @@ class tst_ImageDef : public QObject {
 private Q_SLOTS:
     void initTestCase() { KImage::init(nullptr); }
     void cleanupTestCase() { KImage::exit(); }
-    void init() { *ImageDatas::settings = ImageDatas(); }
+    void init()
+    {
+        *ImageDatas::settings = ImageDatas();
+        m_dir.reset(new QTemporaryDir);
+    }
 
-    void suffixes_data();
     void suffixes();
-    void refusals_data();
     void refusals();
-    void exifModes_data();
     void exifModes();
     void thumbnails_data();
     void thumbnails();
@@ -76,7 +74,7 @@ private Q_SLOTS:
     void filesThatGo();
 
 private:
-    QString Path(const char *name) const { return m_dir.filePath(QString::fromUtf8(name)); }
+    QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
     std::unique_ptr<ImageDef> Describe(const QString &path, bool withThumbnail = false)
     {
         ImageDef *image;
@@ -84,44 +82,30 @@ private:
         return std::unique_ptr<ImageDef>(image);
     }
 
-    QTemporaryDir m_dir;
+    QScopedPointer<QTemporaryDir> m_dir;
 };
-
-void tst_ImageDef::suffixes_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("isPicture");
-    QTest::addColumn<bool>("isRaw");
-    QTest::addColumn<bool>("isHdr");
-    const auto row = [](const char *name, bool isPicture, bool isRaw, bool isHdr) {
-        QTest::newRow(name) << QString::fromLatin1(name) << isPicture << isRaw << isHdr;
-    };
-    row("a.JPG", true, false, false);
-    row("a.neF", true, true, false);
-    row("a.mos", true, true, false); // asked of nobody else
-    row("a.EXR", true, false, true);
-    row("a.txt", false, false, false);
-    row("jpg", false, false, false);
-}
 
 void tst_ImageDef::suffixes()
 {
-    QFETCH(QString, name);
-    const QString path = m_dir.filePath(name);
-    QVERIFY(!ImageDef::IsAPicture(path)); // not there yet
-    WritePicture(path, "png", 4, 4);      // whatever its name
-    QTEST(ImageDef::IsAPicture(path), "isPicture");
-    const auto image = Describe(path);
-    QVERIFY(image);
-    QTEST(image->IsRaw(), "isRaw");
-    QTEST(image->m_isHdr, "isHdr");
+    const struct {
+        const char *name;
+        bool isPicture, isRaw, isHdr;
+    } rows[] = {{"a.JPG", true, false, false}, {"a.neF", true, true, false},
+                {"a.mos", true, true, false}, // asked of nobody else
+                {"a.EXR", true, false, true},  {"a.txt", false, false, false},
+                {"jpg", false, false, false}};
+    for (const auto &row : rows) {
+        const QString path = Path(row.name);
+        QVERIFY(!ImageDef::IsAPicture(path)); // not there yet
+        WritePicture(path, "png", 4, 4);      // whatever its name
+        QVERIFY2(ImageDef::IsAPicture(path) == row.isPicture, row.name);
+        const auto image = Describe(path);
+        QVERIFY2(image && image->IsRaw() == row.isRaw && image->m_isHdr == row.isHdr, row.name);
+    }
 }
 
-void tst_ImageDef::refusals_data()
+void tst_ImageDef::refusals()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("isServed");
-    QTest::addColumn<QString>("message");
     for (const char *name : {"thumb.THM", "thumb.thm", "rgb.jpg"})
         WritePicture(Path(name), "jpeg", 9, 7);
     WritePicture(Path("grey.PSD.jpg"), "jpeg", 9, 7, GFL_GREY);
@@ -136,67 +120,48 @@ void tst_ImageDef::refusals_data()
     WriteFile(Path("grey.psd"), Photoshop(1, 1));
     WriteFile(Path("cmyk.PSD"), Photoshop(4, 4));
     WriteFile(Path("lab.psd"), Photoshop(9, 3));
-    const QString grey = QStringLiteral(": gray pictures are not supported.\n");
-    for (const char *name : {"rgb.jpg", "rgba.png", "rgb.tif", "grey.psd", "cmyk.PSD", "lab.psd"})
-        QTest::newRow(name) << QString::fromLatin1(name) << true << QString();
-    for (const char *name :
-         {"thumb.THM", "thumb.thm", "grey-alpha.tif", "tiled.tif", "cmyk.tif", "lab.tif", "text.jpg"})
-        QTest::newRow(name) << QString::fromLatin1(name) << false << QString();
-    for (const char *name : {"grey.PSD.jpg", "grey.tif"})
-        QTest::newRow(name) << QString::fromLatin1(name) << false << QString::fromLatin1(name) + grey;
-}
-
-void tst_ImageDef::refusals()
-{
-    QFETCH(QString, name);
+    const QStringList served{QStringLiteral("cmyk.PSD"), QStringLiteral("grey.psd"), QStringLiteral("lab.psd"),
+                             QStringLiteral("rgb.jpg"),  QStringLiteral("rgb.tif"),  QStringLiteral("rgba.png")};
     for (bool withThumbnail : {false, true}) {
         ImageDef::g_ErrorMessages.clear();
-        const auto image = Describe(m_dir.filePath(name), withThumbnail);
-        QTEST(image != nullptr, "isServed");
-        QTEST(ImageDef::g_ErrorMessages, "message");
+        QStringList described;
+        for (const QString &name : QDir(m_dir->path()).entryList(QDir::Files, QDir::Name | QDir::IgnoreCase)) {
+            if (Describe(m_dir->filePath(name), withThumbnail))
+                described << name;
+        }
+        QCOMPARE(described, served);
+        QCOMPARE(ImageDef::g_ErrorMessages,
+                 QStringLiteral("grey.PSD.jpg: gray pictures are not supported.\n"
+                                "grey.tif: gray pictures are not supported.\n"));
     }
-}
-
-void tst_ImageDef::exifModes_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<int>("focal"); // of the file; 0: it has no EXIF
-    QTest::addColumn<bool>("hasExif");
-    QTest::addColumn<float>("focalTold");
-    QTest::addColumn<double>("ratio");
-    QTest::addColumn<double>("k1");
-    QTest::addColumn<int>("model");
-    const auto row = [](int mode, int focal, bool hasExif, float told, double ratio, double k1, int model) {
-        QTest::addRow("mode %d, %d mm", mode, focal) << mode << focal << hasExif << told << ratio << k1 << model;
-    };
-    row(0, 0, false, 0, 0, 0, 0);
-    row(0, 60, true, 60, 2, 0, 0);
-    row(0, 15, true, 15, 2, 0, 1); // an unknown lens, wide enough for a fisheye
-    row(0, 16, true, 16, 2, 0, 0);
-    row(3, 60, true, 60, 2, 0, 0); // as 0
-    row(1, 0, true, 70, 0, 0, 1);  // already so before the file is looked at, hence no ratio
-    row(1, 60, true, 60, 2, 0, 0);
-    row(2, 0, true, 80, 1, 0.5, 1);
-    row(2, 60, true, 80, 1, 0.5, 1);
 }
 
 void tst_ImageDef::exifModes()
 {
-    QFETCH(int, mode);
-    QFETCH(int, focal);
+    const struct {
+        int mode, focal35mm; // of the file; 0: it has no EXIF
+        const char *told;    // whether it has EXIF, 35 mm focal length, ratio, first coefficient, lens kind
+    } rows[] = {{0, 0, "0 0 0 0 0"},    {0, 60, "1 60 2 0 0"},
+                {0, 15, "1 15 2 0 1"},                         // an unknown lens, wide enough for a fisheye
+                {0, 16, "1 16 2 0 0"},  {3, 60, "1 60 2 0 0"}, // as 0
+                {1, 0, "1 70 0 0 1"}, // already so before the file is looked at, hence no ratio
+                {1, 60, "1 60 2 0 0"},  {2, 0, "1 80 1 0.5 1"},
+                {2, 60, "1 80 1 0.5 1"}};
     ImageDatas &settings = *ImageDatas::settings;
-    settings.exifMode = mode;
     settings.exifDefaultFocal35mm = 70;
     settings.exifForcedFocal35mm = 80;
     settings.exifForcedK1 = 0.5F;
     settings.exifDefaultLensModel = settings.exifForcedLensModel = 1;
-    const QString path = Path("mode.jpg");
-    const auto image = Describe(focal ? WriteWithExif(path, focal) : WritePicture(path, "jpeg", 6, 4));
-    QTEST(image->HasExif(), "hasExif");
-    QTEST(image->GetFocal(), "focalTold");
-    QTEST(image->m_shooting.focalRatio, "ratio");
-    QTEST(image->m_shooting.distortionK1, "k1");
-    QTEST(image->Model(), "model");
+    for (const auto &row : rows) {
+        settings.exifMode = row.mode;
+        const QString path = Path("mode.jpg");
+        const auto image =
+            Describe(row.focal35mm ? WriteWithExif(path, row.focal35mm) : WritePicture(path, "jpeg", 6, 4));
+        const ShootingInformation &shooting = image->m_shooting;
+        const QString told = QStringLiteral("%1 %2 %3 %4 %5").arg(image->HasExif()).arg(double(image->GetFocal()));
+        QCOMPARE(told.arg(shooting.focalRatio).arg(shooting.distortionK1).arg(image->Model()),
+                 QString::fromLatin1(row.told));
+    }
 }
 
 void tst_ImageDef::thumbnails_data()
@@ -245,7 +210,7 @@ void tst_ImageDef::identity()
     ImageDef *const image = Picture(path);
     QCOMPARE(ImageDef::Find(path), image);
     QCOMPARE(Picture(path), image);
-    QVERIFY(!ImageDef::Find(m_dir.path() + QStringLiteral("/./id.jpg")));
+    QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
     const ImageDef copy(*image);

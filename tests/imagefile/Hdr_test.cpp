@@ -101,6 +101,8 @@ void tst_Hdr::damaged()
     } faults[] = {
         {"no size", File("", "", "")},
         {"both axes the same", File("", "-Y 1 +Y 1", pixel)},
+        {"no rows", File("", "-Y 0 +X 1", pixel)},
+        {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},
         {"sides of a billion", File("", "-Y 999999999 +X 999999999", pixel)},
         {"a header without end", kHead + QByteArray(2000000, 'x')},

@@ -188,6 +188,7 @@ void tst_Psd::damaged()
         {"two channels of RGB", 12, 2, 2, GFL_ERROR_FILE_READ},
         {"no rows", 14, 4, 0, GFL_ERROR_FILE_READ},
         {"rows", 14, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
+        {"gigapixels", 14, 8, (quint64(100000) << 32) + 100000, GFL_ERROR_FILE_READ},
         {"12 bits", 22, 2, 12, GFL_ERROR_UNKNOWN_FORMAT},
         {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
         {"channels without meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},

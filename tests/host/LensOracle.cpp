@@ -52,50 +52,26 @@ Point LensOracle::Main(const LensModel &model, Point at) const
     return ToSource(m_profile, model, MainProjection(m_profile), at);
 }
 
-Point LensOracle::Shifted(const std::optional<LensModel> &model, Point at) const
-{
-    return ToSource(m_profile, model.value(), Samples::Projection::Perspective, at);
-}
-
-OraclePixel LensOracle::WarpedOnce(Point at) const
-{
-    const Point from = Main(m_profile.distortion, at);
-    const OracleChannel channel = {RegionOf(from), from};
-    return {{channel, channel, channel}, from};
-}
-
-/// Green is copied from its own place and never sampled, so borders don't matter to it.
-OraclePixel LensOracle::RedAndBlueMoved(Point at) const
-{
-    const Point red = Shifted(m_profile.redGreen, at);
-    const Point blue = Shifted(m_profile.blueGreen, at);
-    OraclePixel pixel = {{{{RegionOf(red), red}, {Content::Sampled, at}, {RegionOf(blue), blue}}}, red};
-    EndAtOutside(&pixel);
-    return pixel;
-}
-
-OraclePixel LensOracle::WarpedByChannel(Point at) const
-{
-    const Point green = Main(m_profile.green.value(), at);
-    const Point red = Shifted(m_profile.redGreen, green);
-    const Point blue = Shifted(m_profile.blueGreen, green);
-    OraclePixel pixel = {{{{RegionOf(red), red}, {RegionOf(green), green}, {RegionOf(blue), blue}}}, green};
-    EndAtOutside(&pixel);
-    return pixel;
-}
-
 OraclePixel LensOracle::At(Point at) const
 {
-    switch (m_corrections & (Distortion | Chromatic)) {
-    case Distortion:
-        return WarpedOnce(at);
-    case Chromatic:
-        return RedAndBlueMoved(at);
-    case Distortion | Chromatic:
-        return WarpedByChannel(at);
+    const auto channel = [this](Point from) { return OracleChannel{RegionOf(from), from}; };
+    const int warps = m_corrections & (Distortion | Chromatic);
+    if (!(warps & Chromatic)) {
+        const Point from = warps ? Main(m_profile.distortion, at) : at;
+        const OracleChannel all = warps ? channel(from) : OracleChannel{Content::Sampled, at};
+        return {{all, all, all}, from};
     }
-    const OracleChannel channel = {Content::Sampled, at};
-    return {{channel, channel, channel}, at};
+    // Without distortion, green is copied from its own place and never sampled, so borders don't matter to it.
+    const bool copied = warps == Chromatic;
+    const Point green = copied ? at : Main(m_profile.green.value(), at);
+    const auto shifted = [&](const std::optional<LensModel> &model) {
+        return channel(ToSource(m_profile, model.value(), Samples::Projection::Perspective, green));
+    };
+    const OracleChannel red = shifted(m_profile.redGreen), blue = shifted(m_profile.blueGreen);
+    OraclePixel pixel = {{red, copied ? OracleChannel{Content::Sampled, at} : channel(green), blue},
+                         copied ? red.from : green};
+    EndAtOutside(&pixel);
+    return pixel;
 }
 
 Samples::Hold HoldOf(int width, int height)

@@ -45,10 +45,6 @@ public:
 private:
     Content RegionOf(Samples::Point p) const;
     Samples::Point Main(const Samples::LensModel &model, Samples::Point at) const;
-    Samples::Point Shifted(const std::optional<Samples::LensModel> &model, Samples::Point at) const;
-    OraclePixel WarpedOnce(Samples::Point at) const;
-    OraclePixel RedAndBlueMoved(Samples::Point at) const;
-    OraclePixel WarpedByChannel(Samples::Point at) const;
 
     const Samples::LensProfile &m_profile;
     int m_corrections;

@@ -31,7 +31,7 @@ InterruptGuard *g_guard;
 /// Notes its calls. Pictures are told apart by their names: "bad" fails, "slow" waits for `go`.
 class StandInProcess : public KIPluginOne2One {
 public:
-    QString Name() const override { return QStringLiteral("Stand-in"); }
+    QString Name() const override { return "Stand-in"_s; }
     QString Author() const override { return QString(); }
     QString Company() const override { return QString(); }
     QString Comment() const override { return QString(); }
@@ -40,7 +40,7 @@ public:
     QString UID() const override { return QString(); }
     QIcon BeforeAfter() const override { return QIcon(); }
     QWizardPage *WizardPage() override { return page.get(); }
-    void OnValidatePage() override { calls << QStringLiteral("validate"); }
+    void OnValidatePage() override { calls << "validate"_s; }
     void *AllocParameters(QDomElement element) override
     {
         ++records;
@@ -56,25 +56,25 @@ public:
         QStringList names;
         for (const QString &file : qAsConst(files))
             names << QFileInfo(file).fileName();
-        calls << QLatin1String("files ") + names.join(QLatin1Char(' '));
+        calls << "files "_s + names.join(QLatin1Char(' '));
     }
     QDomElement GetFileXmlParams(QString file) override
     {
-        const bool off = file.contains(QLatin1String("off"));
-        const bool open = file.contains(QLatin1String("open")) || file.contains(QLatin1String("none"));
+        const bool off = file.contains("off"_s);
+        const bool open = file.contains("open"_s) || file.contains("none"_s);
         return DescribeParameters(Name(), {{!off, false, false}, open ? QString() : profile});
     }
     void Process(QString fileName, void *record, QString &output) override
     {
         const QFileInfo info(fileName);
-        if (info.fileName().startsWith(QLatin1String("slow"))) {
+        if (info.fileName().startsWith("slow"_s)) {
             began.release();
             while (!go.tryAcquire(1, 1) && !(goesWhenStopped && QThread::currentThread()->isInterruptionRequested())) {
             }
         }
-        if (info.fileName().startsWith(QLatin1String("bad")))
-            throw KException(fileName + QStringLiteral(": pixels\nare lost"), KPlace());
-        output = info.path() + QLatin1Char('/') + info.completeBaseName() + QLatin1String("_corrected.tiff");
+        if (info.fileName().startsWith("bad"_s))
+            throw KException(fileName + ": pixels\nare lost"_s, KPlace());
+        output = info.path() + QLatin1Char('/') + info.completeBaseName() + "_corrected.tiff"_s;
         WriteBytes(output, static_cast<PictureParameters *>(record)->profile.toUtf8());
     }
 
@@ -108,25 +108,12 @@ private Q_SLOTS:
     void stopEndsBehindThePictureUnderWay_data();
     void stopEndsBehindThePictureUnderWay();
     void backKeepsWhatWasChosen();
-    void remembersItsSize();
     void realPluginCorrects();
     void speaksTheUsersLanguage_data();
     void speaksTheUsersLanguage();
 
 private:
-    QString Path(const QString &name) const { return m_dir->filePath(name); }
-    void Pictures(const QStringList &names)
-    {
-        for (const QString &name : names)
-            WriteJpeg(Path(name), 60, 40);
-    }
-    QStringList Paths(const QStringList &names) const
-    {
-        QStringList paths;
-        for (const QString &name : names)
-            paths << Path(name);
-        return paths;
-    }
+    QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
     template <typename Widget> Widget *Find(const char *name) const
     {
         return m_wizard->findChild<Widget *>(QLatin1String(name));
@@ -151,17 +138,25 @@ private:
         }
         return rows;
     }
-    void Show(KIPluginOne2One *process, const QStringList &names)
+    /// With pictures of these names, which are made where they are not there.
+    void Show(KIPluginOne2One *process, const QString &names)
     {
         const auto find = [this](const QString &picture) {
-            return picture.contains(QLatin1String("open")) ? m_process->profile : QString();
+            return picture.contains("open"_s) ? m_process->profile : QString();
         };
-        m_wizard = std::make_unique<CorrectionWizard>(static_cast<HostApplication *>(qApp), process, find, g_guard);
-        m_wizard->Add(Paths(names));
+        m_wizard = std::make_unique<CorrectionWizard>(m_host, process, find, g_guard);
+        for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            const QString path = m_dir->filePath(name);
+            if (!QFile::exists(path))
+                WriteJpeg(path, 60, 40);
+            m_wizard->Add({path});
+        }
         m_wizard->show();
     }
+    void Show(const QString &names) { Show(m_process.get(), names); }
     bool Close() const { return m_wizard->button(QWizard::FinishButton)->isEnabled() && m_wizard->close(); }
 
+    HostApplication *m_host = static_cast<HostApplication *>(qApp);
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<StandInProcess> m_process;
     std::unique_ptr<CorrectionWizard> m_wizard;
@@ -173,7 +168,7 @@ void WizardTest::init()
     m_dir = std::make_unique<QTemporaryDir>();
     m_process = std::make_unique<StandInProcess>();
     m_process->page = std::make_unique<QWizardPage>();
-    m_process->profile = Path(QStringLiteral("p.lcp"));
+    m_process->profile = Path("p.lcp");
     WriteBytes(m_process->profile, ProfileText(ProfileModels(), 60, 40));
 }
 
@@ -189,34 +184,33 @@ void WizardTest::cleanup()
 
 void WizardTest::picturesByDialogAndDrop()
 {
-    Pictures({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")});
-    WriteBytes(Path(QStringLiteral("d.jpg")), "no picture");
-    Show(m_process.get(), {});
+    for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
+        WriteJpeg(Path(name), 60, 40);
+    WriteBytes(Path("d.jpg"), "no picture");
+    Show(QString());
     QVERIFY(!CanGoOn());
 
     QTimer::singleShot(0, this, [this] {
         auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
         QVERIFY(dialog);
-        dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(Path(QStringLiteral("b.jpg")));
+        dialog->findChild<QLineEdit *>("fileNameEdit"_s)->setText(Path("b.jpg"));
         static_cast<QDialog *>(dialog)->accept();
     });
     Click("add");
-    QCOMPARE(Rows("pictures", 1), QStringList(QStringLiteral("b.jpg")));
+    QCOMPARE(Rows("pictures", 1), QStringList("b.jpg"_s));
     QTRY_VERIFY(CanGoOn());
 
     QMimeData files; // the folder holds b.jpg again
-    files.setUrls({QUrl::fromLocalFile(Path(QStringLiteral("c.jpg"))), QUrl::fromLocalFile(m_dir->path()),
-                   QUrl(QStringLiteral("ftp://elsewhere/e.jpg"))});
+    files.setUrls(
+        {QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
     QWidget *page = m_wizard->currentPage();
     QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(page, &enter);
     QVERIFY(enter.isAccepted());
     QDropEvent drop(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(page, &drop);
-    QCOMPARE(Rows("pictures", 1),
-             QStringList(
-                 {QStringLiteral("b.jpg"), QStringLiteral("c.jpg"), QStringLiteral("a.jpg"), QStringLiteral("d.jpg")}));
-    QTRY_COMPARE(Rows("pictures").at(2), QStringLiteral("a.jpg|60 × 40"));
+    QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
+    QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is none
 
     Find<QAbstractItemView>("pictures")->selectAll();
@@ -227,54 +221,49 @@ void WizardTest::picturesByDialogAndDrop()
 
 void WizardTest::runTellsWhatCameOfEach()
 {
-    const QStringList names{QStringLiteral("good.jpg"), QStringLiteral("bad.jpg"), QStringLiteral("there.jpg"),
-                            QStringLiteral("good.tif"), QStringLiteral("off.jpg"), QStringLiteral("open.jpg"),
-                            QStringLiteral("none.jpg"), QStringLiteral("text.jpg")};
-    Pictures(names);
-    WriteBytes(Path(QStringLiteral("text.jpg")), "no picture");
-    WriteBytes(Path(QStringLiteral("there_corrected.tiff")), "old");
-    Show(m_process.get(), names);
+    const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
+    constexpr int kPictures = 8;
+    WriteBytes(Path("text.jpg"), "no picture");
+    WriteBytes(Path("there_corrected.tiff"), "old");
+    Show(toPlugin + " text.jpg"_s);
     Next();
     Next();
     QTRY_VERIFY(Close());
-    QCOMPARE(
-        m_process->calls,
-        QStringList({QLatin1String("files ") + names.mid(0, 7).join(QLatin1Char(' ')), QStringLiteral("validate")}));
+    QCOMPARE(m_process->calls, QStringList({"files "_s + toPlugin, "validate"_s}));
     const QStringList rows = Rows("results");
-    QCOMPARE(rows[0], QStringLiteral("good.jpg|Corrected"));
-    QCOMPARE(rows[1], QStringLiteral("bad.jpg|Failed: pixels are lost"));
-    QVERIFY(rows[2].contains(QLatin1String("exists already")));
-    QVERIFY2(rows[3].contains(QLatin1String("good.jpg\"")), qPrintable(rows[3])); // whose output it would replace
-    QVERIFY(rows[4].contains(QLatin1String("No correction")));
-    QCOMPARE(rows[5], QStringLiteral("open.jpg|Corrected"));
-    QCOMPARE(ReadBytes(Path(QStringLiteral("open_corrected.tiff"))), m_process->profile.toUtf8());
-    QVERIFY(rows[6].contains(QLatin1String("No lens profile")));
-    QVERIFY(rows[7].startsWith(QLatin1String("text.jpg|Failed: ")));
+    QCOMPARE(rows[0], "good.jpg|Corrected"_s);
+    QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
+    QVERIFY(rows[2].contains("exists already"_s));
+    QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
+    QVERIFY(rows[4].contains("No correction"_s));
+    QCOMPARE(rows[5], "open.jpg|Corrected"_s);
+    QCOMPARE(ReadBytes(Path("open_corrected.tiff")), m_process->profile.toUtf8());
+    QVERIFY(rows[6].contains("No lens profile"_s));
+    QVERIFY(rows[7].startsWith("text.jpg|Failed: "_s));
     QCOMPARE(m_wizard->FailedCount(), 5);
-    QCOMPARE(Find<QLabel>("state")->text(), QStringLiteral("2 pictures corrected, 1 left as it was, 5 failed"));
-    QCOMPARE(Find<QProgressBar>("progress")->value(), names.size());
-    QCOMPARE(ReadBytes(Path(QStringLiteral("good_corrected.tiff"))), m_process->profile.toUtf8());
-    QCOMPARE(ReadBytes(Path(QStringLiteral("there_corrected.tiff"))), QByteArray("old"));
-    QCOMPARE(Names(m_dir->path()).size(), names.size() + 4); // the profile and three outputs: no work folder is left
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 5 failed"_s);
+    QCOMPARE(Find<QProgressBar>("progress")->value(), kPictures);
+    QCOMPARE(ReadBytes(Path("good_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadBytes(Path("there_corrected.tiff")), QByteArray("old"));
+    QCOMPARE(Names(m_dir->path()).size(), kPictures + 4); // the profile and three outputs: no work folder is left
 
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open");
+    QDesktopServices::setUrlHandler("file"_s, this, "Open");
     Click("showInFolder");
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    QDesktopServices::unsetUrlHandler("file"_s);
     QCOMPARE(m_opened.toLocalFile(), m_dir->path());
 }
 
 void WizardTest::replacesWhereToldTo()
 {
     m_process->page.reset(); // and a process without a page: from the pictures right to the run
-    Pictures({QStringLiteral("there.jpg")});
-    WriteBytes(Path(QStringLiteral("there_corrected.tiff")), "old");
+    WriteBytes(Path("there_corrected.tiff"), "old");
     WriteBytes(m_process->profile, ProfileText(ProfileModels(), 600, 400));
-    Show(m_process.get(), {QStringLiteral("there.jpg")});
+    Show("there.jpg"_s);
     Click("replace");
     Next();
     QTRY_VERIFY(Close());
-    QVERIFY2(Rows("results")[0].contains(QLatin1String("600x400")), qPrintable(Rows("results")[0]));
-    QCOMPARE(ReadBytes(Path(QStringLiteral("there_corrected.tiff"))), m_process->profile.toUtf8());
+    QVERIFY2(Rows("results")[0].contains("600x400"_s), qPrintable(Rows("results")[0]));
+    QCOMPARE(ReadBytes(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
 void WizardTest::stopEndsBehindThePictureUnderWay_data()
@@ -287,74 +276,63 @@ void WizardTest::stopEndsBehindThePictureUnderWay_data()
 void WizardTest::stopEndsBehindThePictureUnderWay()
 {
     QFETCH(QString, manner);
-    const QStringList names{QStringLiteral("slow.jpg"), QStringLiteral("next.jpg")};
-    Pictures(names);
-    m_process->goesWhenStopped = manner == QLatin1String("deleted");
-    Show(m_process.get(), names);
+    m_process->goesWhenStopped = manner == "deleted"_s;
+    Show("slow.jpg next.jpg"_s);
     Next();
     Next();
     m_process->began.acquire();
     QVERIFY(!Close());
     QVERIFY(!m_wizard->button(QWizard::BackButton)->isEnabled());
-    if (manner == QLatin1String("button"))
+    if (manner == "button"_s)
         Click("stop");
-    if (manner.startsWith(QLatin1String("window closed")))
+    if (manner.startsWith("window closed"_s))
         m_wizard->close();
     QVERIFY(m_wizard->isVisible());
-    if (manner == QLatin1String("window closed twice"))
+    if (manner == "window closed twice"_s)
         m_wizard->close();
-    QCOMPARE(m_wizard->isVisible(), manner != QLatin1String("window closed twice"));
+    QCOMPARE(m_wizard->isVisible(), manner != "window closed twice"_s);
     if (!m_process->goesWhenStopped) {
         m_process->go.release();
         QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
-        QCOMPARE(Rows("results"),
-                 QStringList(
-                     {QStringLiteral("slow.jpg|Corrected"), QStringLiteral("next.jpg|Not corrected: stopped before")}));
+        QCOMPARE(Rows("results"), QStringList({"slow.jpg|Corrected"_s, "next.jpg|Not corrected: stopped before"_s}));
     }
     m_wizard.reset();
-    QVERIFY(!QFile::exists(Path(QStringLiteral("next_corrected.tiff"))));
+    QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
 }
 
 void WizardTest::backKeepsWhatWasChosen()
 {
-    Pictures({QStringLiteral("a.jpg"), QStringLiteral("b.jpg")});
-    Show(m_process.get(), {QStringLiteral("a.jpg")});
+    WriteJpeg(Path("b.jpg"), 60, 40);
+    Show("a.jpg"_s);
     Next();
     m_wizard->back();
     Next(); // the same pictures: their records stay
     m_wizard->back();
-    m_wizard->Add({Path(QStringLiteral("b.jpg"))});
+    m_wizard->Add({Path("b.jpg")});
     Next();
-    QCOMPARE(m_process->calls, QStringList({QStringLiteral("files a.jpg"), QStringLiteral("files a.jpg b.jpg")}));
-    m_wizard->close();
-}
-
-void WizardTest::remembersItsSize()
-{
-    Show(m_process.get(), {});
+    QCOMPARE(m_process->calls, QStringList({"files a.jpg"_s, "files a.jpg b.jpg"_s}));
     const QSize chosen = m_wizard->size() + QSize(-57, 31);
     m_wizard->resize(chosen);
     m_wizard->close();
-    Show(m_process.get(), {});
+    m_wizard.reset(); // gives the page back
+    Show(QString());
     QCOMPARE(m_wizard->size(), chosen);
     m_wizard->close();
 }
 
 void WizardTest::realPluginCorrects()
 {
-    Pictures({QStringLiteral("a.jpg")});
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
     QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
-    auto *host = static_cast<HostApplication *>(qApp);
-    host->SetPluginSetting(plugin.Process()->UID(), QStringLiteral("Disto"), true);
-    host->SetPluginSetting(plugin.Process()->UID(), QStringLiteral("LCPfilename"), m_process->profile);
-    Show(plugin.Process(), {QStringLiteral("a.jpg")});
+    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
+    m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
+    Show(plugin.Process(), "a.jpg"_s);
     do {
         Next();
     } while (m_wizard->nextId() != -1);
     QTRY_VERIFY(Close());
-    QCOMPARE(Rows("results"), QStringList(QStringLiteral("a.jpg|Corrected")));
-    QCOMPARE(ReadBytes(Path(QStringLiteral("a_corrected.tiff"))).left(2), QByteArray("II"));
+    QCOMPARE(Rows("results"), QStringList("a.jpg|Corrected"_s));
+    QCOMPARE(ReadBytes(Path("a_corrected.tiff")).left(2), QByteArray("II"));
     m_wizard.reset(); // ahead of the plug-in
 }
 
@@ -363,11 +341,15 @@ void WizardTest::speaksTheUsersLanguage_data()
     QTest::addColumn<QString>("locale");
     QTest::addColumn<QString>("ofPlugin"); // a part of it
     QTest::addColumn<QString>("ofWindow");
-    QTest::newRow("none, so English") << QStringLiteral("fi_FI") << QStringLiteral("This plugin reuse")
-                                      << QStringLiteral("lens correction"); // translators stay: it goes first
-    QTest::newRow("its country's") << QStringLiteral("zh_TW") << QStringLiteral("描述檔") << QStringLiteral("鏡頭校正");
-    QTest::newRow("another country's") << QStringLiteral("de_AT") << QStringLiteral("Verzeichnung")
-                                       << QStringLiteral("korrektur");
+    QTest::newRow("none, so English") << "fi_FI"_s
+                                      << "This plugin reuse"_s
+                                      << "lens correction"_s; // translators stay: it goes first
+    QTest::newRow("its country's") << "zh_TW"_s
+                                   << "描述檔"_s
+                                   << "鏡頭校正"_s;
+    QTest::newRow("another country's") << "de_AT"_s
+                                       << "Verzeichnung"_s
+                                       << "korrektur"_s;
 }
 
 void WizardTest::speaksTheUsersLanguage()
@@ -376,10 +358,10 @@ void WizardTest::speaksTheUsersLanguage()
     QFETCH(QString, ofPlugin);
     QFETCH(QString, ofWindow);
     QLocale::setDefault(QLocale(locale));
-    static_cast<HostApplication *>(qApp)->TranslateWindows();
+    m_host->TranslateWindows();
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
     QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
-    Show(plugin.Process(), {});
+    Show(plugin.Process(), QString());
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
 
     m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window

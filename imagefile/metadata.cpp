@@ -1,6 +1,7 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
+#include "first_page_map.h"
 #include "photoshop_resources.h"
 #include "png_metadata.h"
 #include "psd_layout.h"
@@ -77,18 +78,20 @@ Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
 
 void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
 {
-    metadata->exif = image.exifData();
     if (image.iccProfileDefined())
         metadata->icc.assign(image.iccProfile()->pData_, image.iccProfile()->pData_ + image.iccProfile()->size_);
     metadata->iptc = ReadIptc(source, image);
     metadata->xmp.assign(image.xmpPacket().begin(), image.xmpPacket().end());
     if (metadata->xmp.empty())
         metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
+    std::swap(metadata->exif, image.exifData());
 }
 
 // By the classes themselves: the factory that takes a path would see addresses of web servers in some file names.
-Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
+Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view, const FirstPageMap &map)
 {
+    if (map.Data())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(map.Data(), static_cast<long>(map.Size())));
     if (!view.empty())
         return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(view.data(), static_cast<long>(view.size())));
     if (source.Data())
@@ -127,12 +130,14 @@ Metadata ReadMetadata(const Source &source)
     if (IsPsd(source))
         return ReadPsdMetadata(source);
     Metadata metadata;
-    Bytes view; // outlives the image that reads it
+    Bytes view; // this and the next outlive the image that reads them
+    FirstPageMap map;
     Exiv2::Image::AutoPtr image;
     try {
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
-        image = Exiv2::ImageFactory::open(OpenIo(source, view));
+        map.Open(source);
+        image = Exiv2::ImageFactory::open(OpenIo(source, view, map));
         if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
     } catch (const std::bad_alloc &) {

@@ -1,8 +1,9 @@
 // From inside the layer: EXIF values as callers read them, lens names out of maker notes, EXIF in BigTIFF, a disk that
-// fails in the midst of a file.
+// fails in the midst of a file, TIFF of many pages.
 #include "Bitmaps.h"
 #include "codec.h"
 #include "exif_lists.h"
+#include "first_page_map.h"
 #include "metadata.h"
 #include "source.h"
 
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void lists();
     void bigTiff();
     void brokenDisk();
+    void firstPage();
 };
 
 void tst_Inside::texts()
@@ -209,6 +211,34 @@ void tst_Inside::brokenDisk()
     QCOMPARE(source.ReadAt(0, bytes, sizeof bytes), std::size_t(0));
     QCOMPARE(int(source.Check().Error()), int(GFL_ERROR_FILE_READ));
     QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains(path.toUtf8()));
+}
+
+void tst_Inside::firstPage()
+{
+    const QByteArray field(12, 'f');
+    const QByteArray little = QByteArray("II*\0\x0A\0\0\0..\2\0", 12) + field + field;
+    const struct {
+        QByteArray bytes;
+        int pointerAt; // to the second page; 0: there is no map
+    } files[] = {{little + QByteArray("\0\1\0\0more", 8), 36},
+                 {QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4), 22},
+                 {little + QByteArray(4, '\0'), 0},                    // one page
+                 {little + QByteArray("\1\0\0", 3), 0},                // cut inside the pointer
+                 {QByteArray("II*\0\xFF\xFF\xFF\xFF", 8), 0},          // directory behind the end
+                 {QByteArray(little).replace(2, 1, "+") + "next", 0}}; // BigTIFF
+    for (const auto &[bytes, pointerAt] : files) {
+        QTemporaryFile file;
+        QVERIFY(file.open() && file.write(bytes) == bytes.size() && file.flush());
+        Source source;
+        QVERIFY(bool(source.Open(file.fileName().toStdString())));
+        FirstPageMap map;
+        map.Open(source);
+        QCOMPARE(map.Data() != nullptr, pointerAt != 0);
+        const QByteArray seen(reinterpret_cast<const char *>(map.Data()), int(map.Size()));
+        QVERIFY(!map.Data() || seen == QByteArray(bytes).replace(pointerAt, 4, QByteArray(4, '\0')));
+        QVERIFY(file.seek(0));
+        QCOMPARE(file.readAll(), bytes); // nothing was written
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

@@ -2,13 +2,11 @@
 #include "CameraProperties.h"
 #include "KImage.h"
 #include "LensIDProperties.h"
+#include "Threads.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -48,9 +46,7 @@ class DataTablesTest : public QObject {
 private Q_SLOTS:
     void initTestCase() { KImage::init(nullptr); }
     void cleanupTestCase() { KImage::exit(); }
-    void camera_data();
     void camera();
-    void lens_data();
     void lens();
     void missingTables();
     void firstUseByManyThreads();
@@ -58,64 +54,32 @@ private Q_SLOTS:
     void everyLensIsFound();
 };
 
-void DataTablesTest::camera_data()
-{
-    QTest::addColumn<QString>("make");
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<float>("scale");
-    const auto row = [](const char *name, const char *make, const char *model, float scale) {
-        QTest::newRow(name) << QString::fromLatin1(make) << QString::fromLatin1(model) << scale;
-    };
-    row("longer name first", "Canon", "Canon PowerShot A400", 7.0F);
-    row("shorter name", "CANON INC.", "powershot a40", 6.0F);
-    row("another maker's", "Nikon", "A400", -1.0F);
-    row("no such camera", "Canon", "PowerShot G1", -1.0F);
-    row("picture's name shorter than the row's", "Canon", "A4", -1.0F);
-    row("comment behind the cells", "Eyedeas", "S1", 5.5F);
-    row("four cells", "Four", "F1", -1.0F);
-    row("two cells", "Samsung SM-G920F", "6.511", -1.0F);
-    row("scale that is no number", "Bad", "B1", -1.0F);
-    row("nothing known", "", "", -1.0F);
-}
-
 void DataTablesTest::camera()
 {
-    QFETCH(QString, make);
-    QFETCH(QString, model);
     const OwnTable table("cameras.txt",
                          "stray text # of a line\n\n# comment\nCanon;A400;7\r\nCanon;A40;6\nEyedeas;S1;5.5   # each\n"
                          "Four;F1;2;3\nSamsung SM-G920F;6.511\nBad;B1;abc\nCommented#;C1;2");
+    const struct {
+        const char *make, *model;
+        float scale;
+    } rows[] = {{"Canon", "Canon PowerShot A400", 7}, // longer name first
+                {"CANON INC.", "powershot a40", 6},
+                {"Nikon", "A400", -1},
+                {"Canon", "PowerShot G1", -1},
+                {"Canon", "A4", -1}, // shorter than the row's
+                {"Eyedeas", "S1", 5.5F},
+                {"Four", "F1", -1}, // four cells, two cells
+                {"Samsung SM-G920F", "6.511", -1},
+                {"Bad", "B1", -1},
+                {"", "", -1}};
     CameraProperties cameras;
-    QTEST(cameras.GetSensorSize(make, model), "scale");
-}
-
-void DataTablesTest::lens_data()
-{
-    QTest::addColumn<QString>("make");
-    QTest::addColumn<QString>("lensId");
-    QTest::addColumn<QString>("names");
-    QTest::addColumn<int>("type");
-    const auto row = [](const char *name, const char *make, const char *lensId, const char *names, int type) {
-        QTest::newRow(name) << QString::fromLatin1(make) << QString::fromLatin1(lensId) << QString::fromLatin1(names)
-                            << type;
-    };
-    row("fisheye, blank behind the type", "NIKON CORPORATION", "8 8 121 3.6 3.6", "Fish", 1);
-    row("type cut to its whole part", "canon", "24 24 95", "Shift", 2);
-    row("no type", "Canon", "50 50 1", "Plain", 0);
-    row("type that is no number", "Canon", "60 60 2", "Odd", 0);
-    row("part of several, in the table's order", "Canon", "10 2", "Wide,Wider", -1);
-    row("two fisheyes of one identifier", "Canon", "15 15 13", "A,B", -1);
-    row("nothing fits", "Canon", "99 99", "", -1);
-    row("all of the brand", "Nikon", "", "Fish", 1);
-    row("five cells, two cells", "Many", "", "", -1);
-    row("cells as they stand", " Padded ", " 1 ", " Blank ", 0);
+    for (const auto &row : rows)
+        QVERIFY2(cameras.GetSensorSize(QString::fromLatin1(row.make), QString::fromLatin1(row.model)) == row.scale,
+                 row.model);
 }
 
 void DataTablesTest::lens()
 {
-    QFETCH(QString, make);
-    QFETCH(QString, lensId);
-    QFETCH(QString, names);
     const OwnTable table("lensid.txt",
                          "8 8 121 3.6 3.6;Nikon;Fish;1 \n24 24 95;Canon;Shift;2.9\n50 50 1;Canon;Plain\n"
                          "60 60 2;Canon;Odd;x\n10 20 137;Canon;Wide;0\n10 22 235;Canon;Wider;0 # widest\n"
@@ -123,8 +87,24 @@ void DataTablesTest::lens()
     LensIDProperties read;
     read.Initialize();
     LensIDProperties lenses(read); // as lookups do
-    QCOMPARE(lenses.findLensList(make, lensId).join(QLatin1Char(',')), names);
-    QTEST(lenses.isFisheyLens(make, lensId), "type");
+    const struct {
+        const char *make, *lensId, *names;
+        int type;
+    } rows[] = {{"NIKON CORPORATION", "8 8 121 3.6 3.6", "Fish", 1}, // blank behind the type
+                {"canon", "24 24 95", "Shift", 2},                   // cut to its whole part
+                {"Canon", "50 50 1", "Plain", 0},
+                {"Canon", "60 60 2", "Odd", 0},
+                {"Canon", "10 2", "Wide,Wider", -1}, // part of several, in the table's order
+                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes of one identifier
+                {"Canon", "99 99", "", -1},
+                {"Nikon", "", "Fish", 1},
+                {"Many", "", "", -1}, // five cells, two cells
+                {" Padded ", " 1 ", " Blank ", 0}};
+    for (const auto &row : rows) {
+        const QString make = QString::fromLatin1(row.make), lensId = QString::fromLatin1(row.lensId);
+        QCOMPARE(lenses.findLensList(make, lensId).join(QLatin1Char(',')), QString::fromLatin1(row.names));
+        QVERIFY2(lenses.isFisheyLens(make, lensId) == row.type, row.lensId);
+    }
 }
 
 void DataTablesTest::missingTables()
@@ -141,11 +121,7 @@ void DataTablesTest::firstUseByManyThreads()
 {
     const OwnTable table("lensid.txt", QByteArray("1;Canon;One;1\n") + QByteArray(200000, '#'));
     LensIDProperties lenses;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&lenses] { lenses.Initialize(); });
-    for (std::thread &thread : threads)
-        thread.join();
+    InThreads(4, [&lenses](int) { lenses.Initialize(); });
     QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QStringLiteral("1")), 1); // two readings would give two rows
 }
 

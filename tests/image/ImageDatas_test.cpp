@@ -7,8 +7,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <functional>
-
 namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
@@ -93,18 +91,7 @@ bool WriteXml(const Pairs &pairs, const QString &fileName)
     return file.open(QIODevice::WriteOnly) && file.write(document.toByteArray()) > 0;
 }
 
-QHash<QString, QVariant> HashOf(const Pairs &pairs)
-{
-    QHash<QString, QVariant> hash;
-    for (const auto &pair : pairs)
-        hash.insert(pair.first, pair.second);
-    return hash;
-}
-
 } // namespace
-
-using Load = std::function<void(ImageDatas &)>;
-Q_DECLARE_METATYPE(Load)
 
 class tst_ImageDatas : public QObject {
     Q_OBJECT
@@ -114,11 +101,8 @@ private Q_SLOTS:
 
     void defaults();
     void keysInOrder();
-    void settingsSurvive_data();
     void settingsSurvive();
     void missingKeysComeFromTheSharedRecord();
-    void withoutASharedRecord();
-    void sharedRecordLoadsItself();
 
 private:
     QTemporaryDir m_dir;
@@ -169,40 +153,47 @@ void tst_ImageDatas::keysInOrder()
     QCOMPARE(asked.pairs, UnusualPairs()); // each with the present value as its default
 }
 
-void tst_ImageDatas::settingsSurvive_data()
-{
-    QTest::addColumn<Load>("load");
-    QTest::newRow("hash") << Load([](ImageDatas &datas) {
-        QHash<QString, QVariant> hash = HashOf(Written(Unusual()));
-        datas.LoadSettings(hash);
-    });
-    QTest::newRow("XML file") << Load([this](ImageDatas &datas) {
-        const QString name = m_dir.filePath(QStringLiteral("all.xml"));
-        QVERIFY(WriteXml(Written(Unusual()), name));
-        datas.LoadSettings(name);
-    });
-    QTest::newRow("settings manager") << Load([](ImageDatas &datas) {
-        const QString organization = QStringLiteral("TestOrganization"), application = QStringLiteral("TestImages");
-        {
-            KSettingsManager manager(QSettings::UserScope, organization, application);
-            Unusual().SaveSettings(manager);
-        }
-        KSettingsManager manager(QSettings::UserScope, organization, application);
-        datas.LoadSettings(manager);
-    });
-}
-
 void tst_ImageDatas::settingsSurvive()
 {
-    QFETCH(Load, load);
+    const QString xml = m_dir.filePath(QStringLiteral("all.xml")), organization = QStringLiteral("TestOrganization");
+    QVERIFY(WriteXml(Written(Unusual()), xml));
+    {
+        KSettingsManager manager(QSettings::UserScope, organization, organization);
+        Unusual().SaveSettings(manager);
+    }
     m_shared = ImageDatas();
     ImageDatas::settings = &m_shared;
-    ImageDatas datas;
-    load(datas);
-    QCOMPARE(Written(datas), UnusualPairs());
-    QCOMPARE(datas.thumbnailSize, QSize(128, 128));
-    QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
+    KSettingsManager manager(QSettings::UserScope, organization, organization);
+    QHash<QString, QVariant> hash;
+    for (const auto &pair : UnusualPairs())
+        hash.insert(pair.first, pair.second);
+    ImageDatas fromHash, fromXml, fromManager;
+    fromHash.LoadSettings(hash);
+    fromXml.LoadSettings(xml);
+    fromManager.LoadSettings(manager);
     QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself is changed
+    m_shared.LoadSettings(hash);
+    for (const ImageDatas &datas : {fromHash, fromXml, fromManager, m_shared}) {
+        QCOMPARE(Written(datas), UnusualPairs());
+        QCOMPARE(datas.thumbnailSize, QSize(128, 128));
+        QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
+    }
+    GFL_LOAD_PARAMS params;
+    ImageDatas::GetDefaultLoadParams(&params);
+    QCOMPARE(int(params.RawUseAutomaticBalance) * 100 + params.RawUseCameraBalance * 10 + params.RawAutoBright, 101);
+    QCOMPARE(int(params.RawHighlight), 212); // the low byte of -300
+    QCOMPARE(params.RawGamma, 1.8F);
+    QCOMPARE(params.RawBrightness, 16777216.0F);
+    QCOMPARE(params.RawRedScaling, 0.7F);
+    QCOMPARE(params.RawBlueScaling, 1e-10F);
+
+    ImageDatas::settings = nullptr; // without a shared record what the record held stays
+    ImageDatas alone = Unusual();
+    QHash<QString, QVariant> one{{QStringLiteral("image/exifMode"), 1}};
+    alone.LoadSettings(one);
+    Pairs expected = UnusualPairs();
+    expected[0].second = 1;
+    QCOMPARE(Written(alone), expected);
 }
 
 void tst_ImageDatas::missingKeysComeFromTheSharedRecord()
@@ -220,36 +211,6 @@ void tst_ImageDatas::missingKeysComeFromTheSharedRecord()
     ImageDatas fromMissingFile;
     fromMissingFile.LoadSettings(m_dir.filePath(QStringLiteral("absent.xml")));
     QCOMPARE(Written(fromMissingFile), UnusualPairs());
-}
-
-void tst_ImageDatas::withoutASharedRecord()
-{
-    ImageDatas datas = Unusual();
-    QHash<QString, QVariant> hash{{QStringLiteral("image/exifMode"), 1}};
-    datas.LoadSettings(hash);
-    Pairs expected = UnusualPairs();
-    expected[0].second = 1;
-    QCOMPARE(Written(datas), expected);
-}
-
-void tst_ImageDatas::sharedRecordLoadsItself()
-{
-    m_shared = ImageDatas();
-    ImageDatas::settings = &m_shared;
-    QHash<QString, QVariant> hash = HashOf(UnusualPairs());
-    m_shared.LoadSettings(hash);
-    QCOMPARE(Written(m_shared), UnusualPairs());
-    QCOMPARE(m_shared.thumbnailExtensions, QStringList(QStringLiteral(".THM")));
-    GFL_LOAD_PARAMS params;
-    ImageDatas::GetDefaultLoadParams(&params);
-    QCOMPARE(int(params.RawUseAutomaticBalance), 1);
-    QCOMPARE(int(params.RawUseCameraBalance), 0);
-    QCOMPARE(int(params.RawHighlight), 212); // the low byte of -300
-    QCOMPARE(int(params.RawAutoBright), 1);
-    QCOMPARE(params.RawGamma, 1.8F);
-    QCOMPARE(params.RawBrightness, 16777216.0F);
-    QCOMPARE(params.RawRedScaling, 0.7F);
-    QCOMPARE(params.RawBlueScaling, 1e-10F);
 }
 
 QTEST_GUILESS_MAIN(tst_ImageDatas)

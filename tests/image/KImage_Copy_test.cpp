@@ -5,11 +5,9 @@
 #include <QtTest>
 
 #include <cmath>
-#include <functional>
+#include <limits>
 
 #include <sys/mman.h>
-
-Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 
@@ -101,12 +99,9 @@ private Q_SLOTS:
     void values_data();
     void values();
     void notANumberBecomesZero();
-    void guards_data();
     void guards();
-    void copyToIsClipped_data();
     void copyToIsClipped();
     void convertKeepsAWrappedBlock();
-    void convertOfDeepGreyIsOpaque_data();
     void convertOfDeepGreyIsOpaque();
     void beyondFourGiB_data();
     void beyondFourGiB();
@@ -218,133 +213,77 @@ void tst_KImageCopy::notANumberBecomesZero()
     QCOMPARE(std::count(words.Bytes().begin(), words.Bytes().end(), 0), 88);
 }
 
-void tst_KImageCopy::guards_data()
-{
-    QTest::addColumn<std::function<void()>>("call");
-    QTest::addColumn<QString>("message");
-    const QString bitmap = QStringLiteral("Invalid Bitmap"), parameter = QStringLiteral("Invalid Parameter");
-    const auto row = [](const char *name, const QString &message, const std::function<void(KImage &, KImage &)> &call) {
-        QTest::newRow(name) << std::function<void()>([call] {
-            KImage source(8, 6, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
-            KImage target(5, 4, GFL_RGBA, 16, /*clear=*/true, nullptr, 0);
-            std::memset(target.getData(0, 0), 0x5A, size_t(4) * target.bytesPerLine());
-            const KImage before(target);
-            try {
-                call(source, target);
-            } catch (const KException &) {
-                // Only a form that can't be made gives the old content up.
-                const bool sameForm = target.m_bitmap && target.type() == GFL_RGBA && target.bitsPerComponent() == 16;
-                const size_t bytes = size_t(4) * before.bytesPerLine();
-                if (sameForm && std::memcmp(target.getData(0, 0), before.getData(0, 0), bytes) != 0)
-                    throw KException(QStringLiteral("the target has changed"), QString());
-                throw;
-            }
-        }) << message;
-    };
-    const auto crop = [](int x, int y, int width, int height, int targetX, int targetY) {
-        return [=](KImage &s, KImage &t) { s.CropCopyTo(x, y, width, height, t, targetX, targetY); };
-    };
-    row("onto itself", parameter, [](KImage &s, KImage &) { s.CropCopyTo(0, 0, 1, 1, s, 1, 1); });
-    row("empty onto itself: the first guard", parameter, [](KImage &, KImage &) {
-        KImage empty;
-        empty.CropCopyTo(0, 0, 1, 1, empty, 0, 0);
-    });
-    row("both empty: the source's guard", bitmap, [](KImage &, KImage &) {
-        KImage empty, other;
-        empty.CropCopyTo(0, 0, 1, 1, other, 0, 0);
-    });
-    row("source of a palette", bitmap, [](KImage &, KImage &t) {
-        KImage(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).CropCopyTo(0, 0, 1, 1, t, 0, 0);
-    });
-    row("source of 24 bits", bitmap, [](KImage &, KImage &t) {
-        KImage(4, 4, GFL_RGB, 24, /*clear=*/true, nullptr, 0).CropCopyTo(0, 0, 1, 1, t, 0, 0);
-    });
-    row("empty target", parameter, [](KImage &s, KImage &) {
-        KImage empty;
-        s.CropCopyTo(0, 0, 1, 1, empty, 0, 0);
-    });
-    row("target of a palette", parameter, [](KImage &s, KImage &) {
-        KImage palette(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0);
-        s.CropCopyTo(0, 0, 1, 1, palette, 0, 0);
-    });
-    row("left of the target", parameter, crop(0, 0, 1, 1, -1, 0));
-    row("right of the target", parameter, crop(0, 0, 1, 1, 5, 0));
-    row("below the target", parameter, crop(0, 0, 1, 1, 0, 4));
-    row("left of the source", parameter, crop(-1, 0, 1, 1, 0, 0));
-    row("right of the source", parameter, crop(8, 0, 0, 1, 0, 0));
-    row("wider than the source", parameter, crop(5, 0, 4, 1, 0, 0));
-    row("width that wraps around", parameter, crop(5, 0, std::numeric_limits<int>::max(), 1, 1, 0));
-    row("below the source", parameter, crop(0, 6, 1, 1, 0, 0));
-    row("above the source", parameter, crop(0, -1, 1, 1, 0, 0));
-    row("nothing, below the source", parameter, crop(0, 6, 1, 0, 0, 0));
-    row("above the target", parameter, crop(0, 0, 1, 1, 0, -1));
-    row("target of 24 bits", parameter, [](KImage &s, KImage &) {
-        KImage deep(4, 4, GFL_RGB, 24, /*clear=*/true, nullptr, 0);
-        s.CropCopyTo(0, 0, 1, 1, deep, 0, 0);
-    });
-    row("higher than the source", parameter, crop(0, 5, 1, 2, 0, 0));
-    row("beyond the target's rows", parameter, crop(0, 0, 4, 1, 2, 0));
-    row("beyond the target's end", parameter, crop(0, 0, 1, 3, 0, 2));
-    row("nothing to copy", QStringLiteral("none"), crop(0, 0, 0, -3, 0, 0));
-    row("CopyTo of an empty image", bitmap, [](KImage &, KImage &t) { KImage().CopyTo(t, 0, 0); });
-    row("CopyTo of a palette", parameter,
-        [](KImage &, KImage &t) { KImage(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).CopyTo(t, 0, 0); });
-    row("CopyTo beside the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, 5, 0); });
-    row("Convert of an empty image", bitmap, [](KImage &, KImage &t) { KImage().Convert(t, GFL_RGB, 8); });
-    row("CopyTo an empty target", parameter, [](KImage &s, KImage &) {
-        KImage empty;
-        s.CopyTo(empty, 0, 0);
-    });
-    row("CopyTo left of the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, -1, 0); });
-    row("CopyTo above the target", parameter, [](KImage &s, KImage &t) { s.CopyTo(t, 0, -1); });
-    row("Convert of a palette", bitmap,
-        [](KImage &, KImage &t) { KImage(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0).Convert(t, GFL_RGB, 8); });
-    row("Convert to a palette", parameter, [](KImage &s, KImage &t) { s.Convert(t, GFL_COLORS, 8); });
-    row("Convert to 12 bits", parameter, [](KImage &s, KImage &t) { s.Convert(t, GFL_RGB, 12); });
-    row("Convert of itself, which stays", parameter, [](KImage &s, KImage &) {
-        s.ClearBitmap();
-        try {
-            s.Convert(s, GFL_GREY, 16);
-        } catch (const KException &) {
-            QCOMPARE(int(s.type()), int(GFL_RGB));
-            throw;
-        }
-    });
-}
-
 void tst_KImageCopy::guards()
 {
-    QFETCH(std::function<void()>, call);
-    QFETCH(QString, message);
-    QCOMPARE(Thrown(call), message);
-}
-
-void tst_KImageCopy::copyToIsClipped_data()
-{
-    QTest::addColumn<int>("x");
-    QTest::addColumn<int>("y");
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<int>("rows");
-    QTest::newRow("fits") << 1 << 2 << 3 << 2;
-    QTest::newRow("one column") << 6 << 0 << 1 << 2;
-    QTest::newRow("one row") << 0 << 4 << 3 << 1;
-    QTest::newRow("one pixel") << 6 << 4 << 1 << 1;
+    const QString bitmap = QStringLiteral("Invalid Bitmap"), parameter = QStringLiteral("Invalid Parameter");
+    KImage source(8, 6, GFL_RGB, 8, /*clear=*/true, nullptr, 0), target(5, 4, GFL_RGBA, 16, /*clear=*/true, nullptr, 0);
+    KImage palette(4, 4, GFL_COLORS, 8, /*clear=*/true, nullptr, 0), deep(4, 4, GFL_RGB, 24, true, nullptr, 0);
+    KImage empty, other;
+    std::memset(target.getData(0, 0), 0x5A, size_t(4) * target.bytesPerLine());
+    const KImage before(target);
+    const struct {
+        const KImage *from;
+        KImage *to;
+        int x, y, width, height, targetX, targetY;
+        QString message;
+    } crops[] = {
+        {&source, &source, 0, 0, 1, 1, 1, 1, parameter},
+        {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter}, // the first guard
+        {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},    // the source's
+        {&palette, &target, 0, 0, 1, 1, 0, 0, bitmap},
+        {&deep, &target, 0, 0, 1, 1, 0, 0, bitmap},
+        {&source, &empty, 0, 0, 1, 1, 0, 0, parameter},
+        {&source, &palette, 0, 0, 1, 1, 0, 0, parameter},
+        {&source, &deep, 0, 0, 1, 1, 0, 0, parameter},
+        {&source, &target, 0, 0, 1, 1, -1, 0, parameter}, // beside the target
+        {&source, &target, 0, 0, 1, 1, 5, 0, parameter},
+        {&source, &target, 0, 0, 1, 1, 0, 4, parameter},
+        {&source, &target, 0, 0, 1, 1, 0, -1, parameter},
+        {&source, &target, 0, 0, 4, 1, 2, 0, parameter}, // beyond its rows and its end
+        {&source, &target, 0, 0, 1, 3, 0, 2, parameter},
+        {&source, &target, -1, 0, 1, 1, 0, 0, parameter}, // beside the source
+        {&source, &target, 8, 0, 0, 1, 0, 0, parameter},
+        {&source, &target, 0, 6, 1, 1, 0, 0, parameter},
+        {&source, &target, 0, 6, 1, 0, 0, 0, parameter},
+        {&source, &target, 0, -1, 1, 1, 0, 0, parameter},
+        {&source, &target, 5, 0, 4, 1, 0, 0, parameter}, // beyond it
+        {&source, &target, 0, 5, 1, 2, 0, 0, parameter},
+        {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter}, // wraps around
+        {&source, &target, 0, 0, 0, -3, 0, 0, QStringLiteral("none")},
+    };
+    for (const auto &c : crops)
+        QCOMPARE(Thrown([&] { c.from->CropCopyTo(c.x, c.y, c.width, c.height, *c.to, c.targetX, c.targetY); }),
+                 c.message);
+    QCOMPARE(Thrown([&] { empty.CopyTo(target, 0, 0); }), bitmap);
+    QCOMPARE(Thrown([&] { palette.CopyTo(target, 0, 0); }), parameter);
+    QCOMPARE(Thrown([&] { source.CopyTo(empty, 0, 0); }), parameter);
+    for (const QPoint at : {QPoint(5, 0), QPoint(-1, 0), QPoint(0, -1)})
+        QCOMPARE(Thrown([&] { source.CopyTo(target, at.x(), at.y()); }), parameter);
+    QCOMPARE(Thrown([&] { empty.Convert(target, GFL_RGB, 8); }), bitmap);
+    QCOMPARE(Thrown([&] { palette.Convert(target, GFL_RGB, 8); }), bitmap);
+    QCOMPARE(Thrown([&] { source.Convert(source, GFL_GREY, 16); }), parameter);
+    QCOMPARE(int(source.type()), int(GFL_RGB)); // it stays
+    QCOMPARE(std::memcmp(target.getData(0, 0), before.getData(0, 0), size_t(4) * before.bytesPerLine()), 0);
+    // Only a form that can't be made gives the old content up.
+    QCOMPARE(Thrown([&] { source.Convert(target, GFL_COLORS, 8); }), parameter);
+    QCOMPARE(Thrown([&] { source.Convert(target, GFL_RGB, 12); }), parameter);
 }
 
 void tst_KImageCopy::copyToIsClipped()
 {
-    QFETCH(int, x);
-    QFETCH(int, y);
-    QFETCH(int, columns);
-    QFETCH(int, rows);
-    TestImage source(kForms[k8uGrey], 3, 2), target(kForms[k8uGrey], 7, 5);
-    for (int i = 0; i < 6; ++i)
-        source.SetSample(i % 3, i / 3, 0, 100 + i);
-    source.image.CopyTo(target.image, x, y);
-    for (int i = 0; i < 35; ++i) {
-        const int fromX = i % 7 - x, fromY = i / 7 - y;
-        const bool inside = fromX >= 0 && fromX < columns && fromY >= 0 && fromY < rows;
-        QCOMPARE(target.Sample(i % 7, i / 7, 0), inside ? 100 + fromY * 3 + fromX : 0);
+    const struct {
+        int x, y, columns, rows;
+    } places[] = {{1, 2, 3, 2}, {6, 0, 1, 2}, {0, 4, 3, 1}, {6, 4, 1, 1}};
+    for (const auto &place : places) {
+        TestImage source(kForms[k8uGrey], 3, 2), target(kForms[k8uGrey], 7, 5);
+        for (int i = 0; i < 6; ++i)
+            source.SetSample(i % 3, i / 3, 0, 100 + i);
+        source.image.CopyTo(target.image, place.x, place.y);
+        for (int i = 0; i < 35; ++i) {
+            const int fromX = i % 7 - place.x, fromY = i / 7 - place.y;
+            const bool inside = fromX >= 0 && fromX < place.columns && fromY >= 0 && fromY < place.rows;
+            QCOMPARE(target.Sample(i % 7, i / 7, 0), inside ? 100 + fromY * 3 + fromX : 0);
+        }
     }
 }
 
@@ -361,31 +300,20 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     QCOMPARE(block[3], quint8(255));
 }
 
-void tst_KImageCopy::convertOfDeepGreyIsOpaque_data()
-{
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<bool>("kept"); // the target has the shape already
-    for (int bits : {16, 32})
-        for (bool kept : {false, true})
-            QTest::addRow("%d bits, %s", bits, kept ? "kept target" : "new target") << bits << kept;
-}
-
 // The one pair of forms whose alpha no step fills: a kept target keeps it, in a new one it must not be chance.
 void tst_KImageCopy::convertOfDeepGreyIsOpaque()
 {
-    QFETCH(int, bits);
-    QFETCH(bool, kept);
-    const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
-    KImage target(kept ? 3 : 2, kept ? 2 : 3, GFL_RGBA, bits, /*clear=*/true, nullptr, 0); // alpha 0
-    grey.Convert(target, GFL_RGBA, bits);
-    for (int y = 0; y < 2; ++y) {
-        for (int x = 0; x < 3; ++x) {
+    for (const int i : {0, 1, 2, 3}) {
+        const bool isDeep = i & 1, isKept = i & 2; // the target has the shape already
+        const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
+        KImage target(isKept ? 3 : 2, isKept ? 2 : 3, GFL_RGBA, isDeep ? 16 : 32, true, nullptr, 0); // alpha 0
+        grey.Convert(target, GFL_RGBA, isDeep ? 16 : 32);
+        for (const QPoint at : {QPoint(0, 0), QPoint(2, 0), QPoint(1, 1), QPoint(2, 1)}) {
             quint16 deep;
             float real;
-            std::memcpy(&deep, target.getData(x, y) + 6, sizeof deep);
-            std::memcpy(&real, target.getData(x, y) + (bits == 32 ? 12 : 0), sizeof real);
-            const double alpha = bits == 16 ? deep / 65535.0 : double(real);
-            QCOMPARE(alpha, kept ? 0.0 : 1.0);
+            std::memcpy(&deep, target.getData(at.x(), at.y()) + 6, sizeof deep);
+            std::memcpy(&real, target.getData(at.x(), at.y()) + (isDeep ? 0 : 12), sizeof real);
+            QCOMPARE(isDeep ? deep / 65535.0 : double(real), isKept ? 0.0 : 1.0);
         }
     }
 }

@@ -1,5 +1,6 @@
 #include "KImage_p.h"
 
+#include "Files.h"
 #include "Thrown.h"
 
 #include <QFile>
@@ -39,26 +40,17 @@ private Q_SLOTS:
     void initTestCase() { KImage::init(nullptr); }
     void cleanupTestCase() { KImage::exit(); }
 
-    void compressionNumbers_data();
     void compressionNumbers();
-    void errorTexts_data();
     void errorTexts();
-    void formatNames_data();
     void formatNames();
     void guards();
     void readsWhatItWrote();
-    void readsWhatItWroteIntoMemory();
     void cacheFilesKeepTheForm();
     void dumps();
     void fewerColours();
-    void readsReduced();
     void extensions();
-    void readForcesTheForm();
     void readsAtTheDepthThatIsAsked();
     void thumbnailIsSmall();
-    void damagedFile();
-    void missingMetadataSourceWritesNothing();
-    void failedWriteLeavesNothing_data();
     void failedWriteLeavesNothing();
     void failedWriteKeepsTheOldFile();
 
@@ -68,92 +60,55 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_KImageFile::compressionNumbers_data()
+void tst_KImageFile::compressionNumbers()
 {
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<int>("compression"); // -1: as the layer's defaults have it
-    QTest::addColumn<int>("quality");
-    struct {
+    const struct {
         const char *format;
-        int number, compression, quality;
-    } const rows[] = {
+        int number, compression, quality; // -1: as the layer's defaults have it
+    } rows[] = {
         {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
         {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
         {"exr", 0, 4, -1},  {"exr", 1, 0, -1},     {"exr", 2, 1, -1},    {"exr", 3, 2, -1},   {"exr", 4, 3, -1},
         {"exr", 5, 4, -1},  {"exr", 6, 5, -1},     {"exr", 7, 6, -1},    {"exr", 8, 7, -1},   {"exr", 9, 4, -1},
         {"hdri", 1, 1, -1}, {"psd", 2, 2, -1},     {"TIFF", 3, -1, -1},  {"gif", 3, -1, -1},
     };
-    for (const auto &row : rows) {
-        QTest::addRow("%s %d", row.format, row.number)
-            << QString::fromLatin1(row.format) << row.number << row.compression << row.quality;
-    }
-}
-
-void tst_KImageFile::compressionNumbers()
-{
-    QFETCH(QString, format);
-    QFETCH(int, number);
-    QFETCH(int, compression);
-    QFETCH(int, quality);
-    GFL_SAVE_PARAMS defaults, params;
+    GFL_SAVE_PARAMS defaults;
     gflGetDefaultSaveParams(&defaults);
-    params = defaults;
-    KImage().TranscodeCompression(format, number, params);
-    QCOMPARE(int(params.Compression), compression < 0 ? int(defaults.Compression) : compression);
-    QCOMPARE(int(params.Quality), quality < 0 ? int(defaults.Quality) : quality);
-}
-
-void tst_KImageFile::errorTexts_data()
-{
-    QTest::addColumn<int>("error");
-    QTest::addColumn<QString>("fileName");
-    QTest::addColumn<QString>("message");
-    QTest::newRow("success") << 0 << QStringLiteral("/x") << QStringLiteral("none");
-    QTest::newRow("low 16 bits only") << 0x10000 << QStringLiteral("/x") << QStringLiteral("none");
-    QTest::newRow("two lines") << 6 << QStringLiteral("/a/b.jpg")
-                               << QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"/a/b.jpg\"");
-    struct {
-        int error;
-        const char *name;
-    } const names[] = {
-        {1, "GFL_ERROR_FILE_OPEN"},       {2, "GFL_ERROR_FILE_READ"},       {3, "GFL_ERROR_FILE_CREATE"},
-        {4, "GFL_ERROR_FILE_WRITE"},      {5, "GFL_ERROR_NO_MEMORY"},       {6, "GFL_ERROR_UNKNOWN_FORMAT"},
-        {7, "GFL_ERROR_BAD_BITMAP"},      {8, "GFL_UNKNOWN_ERROR"},         {10, "GFL_ERROR_BAD_FORMAT_INDEX"},
-        {50, "GFL_ERROR_BAD_PARAMETERS"}, {0x10004, "GFL_ERROR_FILE_WRITE"}};
-    for (const auto &row : names) {
-        QTest::addRow("one line, %d", row.error)
-            << row.error << QString() << QStringLiteral("Error GFL : \"%1\"").arg(QLatin1String(row.name));
+    for (const auto &row : rows) {
+        GFL_SAVE_PARAMS params = defaults;
+        KImage().TranscodeCompression(QString::fromLatin1(row.format), row.number, params);
+        const QByteArray what = row.format + QByteArray::number(row.number);
+        QVERIFY2(params.Compression == (row.compression < 0 ? defaults.Compression : row.compression), what);
+        QVERIFY2(params.Quality == (row.quality < 0 ? defaults.Quality : row.quality), what);
     }
 }
 
 void tst_KImageFile::errorTexts()
 {
-    QFETCH(int, error);
-    QFETCH(QString, fileName);
-    QTEST(Thrown([&] { KImage().CheckIfGFLError(error, fileName, QStringLiteral("place")); }), "message");
-}
-
-void tst_KImageFile::formatNames_data()
-{
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<QByteArray>("magic");
-    QTest::newRow("JPG") << QStringLiteral("JPG") << QByteArray("\xff\xd8");
-    QTest::newRow("jpeg") << QStringLiteral("jpeg") << QByteArray("\xff\xd8");
-    QTest::newRow("TIF") << QStringLiteral("TIF") << QByteArray("II*");
+    const auto thrown = [](int error, const char *file) {
+        return Thrown([&] { KImage().CheckIfGFLError(error, QString::fromLatin1(file), QStringLiteral("place")); });
+    };
+    for (const int success : {0, 0x10000}) // low 16 bits only
+        QCOMPARE(thrown(success, "/x"), QStringLiteral("none"));
+    QCOMPARE(thrown(6, "/a/b.jpg"), QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"/a/b.jpg\""));
+    const std::pair<int, const char *> names[] = {
+        {1, "GFL_ERROR_FILE_OPEN"},       {2, "GFL_ERROR_FILE_READ"},       {3, "GFL_ERROR_FILE_CREATE"},
+        {4, "GFL_ERROR_FILE_WRITE"},      {5, "GFL_ERROR_NO_MEMORY"},       {6, "GFL_ERROR_UNKNOWN_FORMAT"},
+        {7, "GFL_ERROR_BAD_BITMAP"},      {8, "GFL_UNKNOWN_ERROR"},         {10, "GFL_ERROR_BAD_FORMAT_INDEX"},
+        {50, "GFL_ERROR_BAD_PARAMETERS"}, {0x10004, "GFL_ERROR_FILE_WRITE"}};
+    for (const auto &[error, name] : names)
+        QCOMPARE(thrown(error, ""), QStringLiteral("Error GFL : \"%1\"").arg(QLatin1String(name)));
 }
 
 void tst_KImageFile::formatNames()
 {
-    QFETCH(QString, format);
-    QFETCH(QByteArray, magic);
     KImage image;
     FillWithRamp(image, 16, 8);
-    const QString name = File("named.bin"); // the format decides, not the file's name
-    image.Write(name, format, 3, QString());
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.read(magic.size()), magic);
+    const std::pair<const char *, const char *> rows[] = {{"JPG", "\xff\xd8"}, {"jpeg", "\xff\xd8"}, {"TIF", "II*"}};
+    for (const auto &[format, magic] : rows) { // the format decides, not the file's name
+        image.Write(File("named.bin"), QString::fromLatin1(format), 3, QString());
+        QVERIFY2(ReadFile(File("named.bin")).startsWith(magic), format);
+    }
 }
 
 void tst_KImageFile::guards()
@@ -191,18 +146,12 @@ void tst_KImageFile::guards()
 
 void tst_KImageFile::readsWhatItWrote()
 {
-    KImage image, back;
+    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces what was there
     FillWithRamp(image, 13, 7);
     const QString name = File("Größe ✓.tif"); // paths are Unicode
     image.Write(name, QStringLiteral("tiff"), 3, QString());
-    back.ID_Read(name, /*nativeDepth=*/true);
-    QVERIFY(HasSamePixels(back, image));
-}
-
-void tst_KImageFile::readsWhatItWroteIntoMemory()
-{
-    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0); // reading replaces what was there
-    FillWithRamp(image, 13, 7);
+    read.ID_Read(name, /*nativeDepth=*/true);
+    QVERIFY(HasSamePixels(read, image));
     unsigned char *data = nullptr;
     unsigned int size = 0;
     image.WriteIntoMemory(&data, &size, QStringLiteral("TIF"), 3);
@@ -212,6 +161,11 @@ void tst_KImageFile::readsWhatItWroteIntoMemory()
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line for a file
     QVERIFY(!back.m_bitmap);
     std::free(data);
+    WriteFile(name, "This is not a picture.");
+    KImage none;
+    QCOMPARE(Thrown([&] { none.ID_Read(name, true); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"%1\"").arg(name));
+    QVERIFY(!none.m_bitmap);
 }
 
 void tst_KImageFile::cacheFilesKeepTheForm()
@@ -259,31 +213,11 @@ void tst_KImageFile::fewerColours()
         QCOMPARE(Thrown([&] { bad->Convert(GFL_DEPTH_GREY, 0); }), QStringLiteral("Invalid Bitmap"));
 }
 
-void tst_KImageFile::readsReduced()
-{
-    KImage grey(64, 32, GFL_GREY, 16, /*clear=*/true, nullptr, 0), reduced;
-    grey.Write(File("grey.tif"), QStringLiteral("tiff"), 0, QString());
-    reduced.ID_ReadReduced(File("grey.tif"), /*nativeDepth=*/true, 16, 9);
-    QCOMPARE(QSize(reduced.width(), reduced.height()), QSize(16, 9));
-    QCOMPARE(int(reduced.bitsPerComponent()), 16);
-}
-
 void tst_KImageFile::extensions()
 {
     QVERIFY(IsExtention("a.JPG", ".JPG", true) && !IsExtention("a.JPG", ".jpg", true));
     QVERIFY(IsExtention("a.JpG", ".jPg", false) && !IsExtention("a.jpg", ".png", false));
     QVERIFY(IsExtention("", "", true) && !IsExtention("jpg", ".jpg", false));
-}
-
-void tst_KImageFile::readForcesTheForm()
-{
-    KImage image, back(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0); // Read replaces what was there
-    FillWithRamp(image, 5, 4);
-    image.Write(File("rgb.tif"), QStringLiteral("tiff"), 0, QString());
-    back.Read(File("rgb.tif"), GFL_RGBA, /*thumbnail=*/false);
-    QCOMPARE(int(back.type()), int(GFL_RGBA));
-    QCOMPARE(int(back.getData(4, 3)[3]), 255);
-    QCOMPARE(std::memcmp(back.getData(4, 3), image.getData(4, 3), 3), 0);
 }
 
 void tst_KImageFile::readsAtTheDepthThatIsAsked()
@@ -292,16 +226,19 @@ void tst_KImageFile::readsAtTheDepthThatIsAsked()
     const quint16 value = 0x1234;
     std::memcpy(image.getData(2, 1), &value, sizeof value);
     image.Write(File("deep.tif"), QStringLiteral("tiff"), 0, QString());
-    KImage native, reduced, forced;
+    KImage native, shallow, reduced, forced(1, 1, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
     native.ID_Read(File("deep.tif"), /*nativeDepth=*/true);
-    QCOMPARE(int(native.bitsPerComponent()), 16);
-    QCOMPARE(std::memcmp(native.getData(2, 1), &value, sizeof value), 0);
-    reduced.ID_Read(File("deep.tif"), /*nativeDepth=*/false);
-    QCOMPARE(int(reduced.bitsPerComponent()), 8);
-    QCOMPARE(int(*reduced.getData(2, 1)), 0x12);
-    forced.Read(File("deep.tif"), GFL_RGB, /*thumbnail=*/false);
-    QCOMPARE(int(forced.bitsPerComponent()), 16);
-    QCOMPARE(int(forced.type()), int(GFL_RGB));
+    QVERIFY(HasSamePixels(native, image));
+    shallow.ID_Read(File("deep.tif"), /*nativeDepth=*/false);
+    QCOMPARE(int(shallow.bitsPerComponent()), 8);
+    QCOMPARE(int(*shallow.getData(2, 1)), 0x12);
+    reduced.ID_ReadReduced(File("deep.tif"), /*nativeDepth=*/true, 2, 1);
+    QCOMPARE(QSize(reduced.width(), reduced.height()), QSize(2, 1));
+    QCOMPARE(int(reduced.bitsPerComponent()), 16);
+    forced.Read(File("deep.tif"), GFL_RGBA, /*thumbnail=*/false); // replaces what was there
+    QCOMPARE(int(forced.bitsPerComponent()) * 10 + forced.m_bitmap->ComponentsPerPixel, 164);
+    QCOMPARE(QByteArray(reinterpret_cast<char *>(forced.getData(2, 1)), 8),
+             QByteArray("\x34\x12\x34\x12\x34\x12\xff\xff"));
 }
 
 void tst_KImageFile::thumbnailIsSmall()
@@ -314,60 +251,29 @@ void tst_KImageFile::thumbnailIsSmall()
     QCOMPARE(small.width(), 2 * small.height());
 }
 
-void tst_KImageFile::damagedFile()
-{
-    QFile file(File("text.jpg"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("This is not a picture.");
-    file.close();
-    KImage image;
-    QCOMPARE(Thrown([&] { image.ID_Read(file.fileName(), true); }),
-             QStringLiteral("Error GFL : \"GFL_ERROR_UNKNOWN_FORMAT\"\nFile : \"%1\"").arg(file.fileName()));
-    QVERIFY(!image.m_bitmap);
-}
-
-void tst_KImageFile::missingMetadataSourceWritesNothing()
-{
-    KImage image;
-    FillWithRamp(image, 3, 3);
-    QCOMPARE(Thrown([&] { image.Write(File("out.tif"), QStringLiteral("tiff"), 0, File("absent.jpg")); }),
-             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
-    QVERIFY(!QFile::exists(File("out.tif")));
-}
-
-void tst_KImageFile::failedWriteLeavesNothing_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QString>("message");
-    QTest::newRow("folder missing") << File("absent/out.tif")
-                                    << QStringLiteral("Cannot write into file \"%1\"").arg(File("absent/out.tif"));
-    QTest::newRow("a folder in its place")
-        << m_dir.path() << QStringLiteral("Cannot write into file \"%1\"").arg(m_dir.path());
-}
-
 void tst_KImageFile::failedWriteLeavesNothing()
 {
-    QFETCH(QString, target);
     KImage image;
     FillWithRamp(image, 3, 3);
-    const QStringList before = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden);
-    QTEST(Thrown([&] { image.Write(target, QStringLiteral("tiff"), 3, QString()); }), "message");
-    QCOMPARE(QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden), before);
+    const auto entries = [this] { return QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden); };
+    const QStringList before = entries();
+    for (const QString &target : {File("absent/out.tif"), m_dir.path()})
+        QCOMPARE(Thrown([&] { image.Write(target, QStringLiteral("tiff"), 3, QString()); }),
+                 QStringLiteral("Cannot write into file \"%1\"").arg(target));
+    QCOMPARE(Thrown([&] { image.Write(File("out.tif"), QStringLiteral("tiff"), 0, File("absent.jpg")); }),
+             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
+    QCOMPARE(entries(), before);
 }
 
 void tst_KImageFile::failedWriteKeepsTheOldFile()
 {
-    QFile old(File("old.tif"));
-    QVERIFY(old.open(QIODevice::WriteOnly));
-    old.write("a picture");
-    old.close();
+    const QString old = WriteFile(File("old.tif"), "a picture");
     KImage image;
     FillWithRamp(image, 3, 3);
     QVERIFY(Thrown([&] {
-                image.Write(old.fileName(), QStringLiteral("nonsense"), 0, QString());
+                image.Write(old, QStringLiteral("nonsense"), 0, QString());
             }).contains(QStringLiteral("BAD_FORMAT_INDEX")));
-    QVERIFY(old.open(QIODevice::ReadOnly));
-    QCOMPARE(old.readAll(), QByteArray("a picture"));
+    QCOMPARE(ReadFile(old), QByteArray("a picture"));
 }
 
 QTEST_APPLESS_MAIN(tst_KImageFile)

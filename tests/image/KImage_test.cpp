@@ -22,15 +22,12 @@ class tst_KImage : public QObject {
 private Q_SLOTS:
     void record_data();
     void record();
-    void refusedShapes_data();
     void refusedShapes();
     void sameShapeKeepsItsBlock();
     void wrappedBlockSurvives();
     void copyOwnsItsPixels();
-    void assignedToItselfItIsEmpty();
     void rowsBeyondFourGiB();
     void dpi();
-    void integrity_data();
     void integrity();
     void logHook();
     void rawSettingsReachTheLoad();
@@ -77,36 +74,29 @@ void tst_KImage::record()
     QCOMPARE(image.getData(width - 1, 1), bitmap.Data + bitmap.BytesPerLine + (width - 1) * bitmap.BytesPerPixel);
 }
 
-void tst_KImage::refusedShapes_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("message");
-    QTest::newRow("unknown type") << 4 << 4 << 0x0008 << kInvalidParameter;
-    QTest::newRow("no type") << 4 << 4 << 0 << kInvalidParameter;
-    QTest::newRow("negative width") << -4 << 4 << int(GFL_RGB) << kInvalidParameter;
-    QTest::newRow("negative height") << 4 << -4 << int(GFL_RGB) << kInvalidParameter;
-    QTest::newRow("row beyond 32 bits") << 0x10000001 << 1 << int(GFL_RGBA) << QStringLiteral("Not enough memory");
-    QTest::newRow("more than any address space")
-        << 0x0FFFFFFF << 0x7FFFFFFF << int(GFL_RGBA) << QStringLiteral("Not enough memory");
-}
-
 void tst_KImage::refusedShapes()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    QFETCH(int, type);
-    KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    for (int attempt = 0; attempt < 2; ++attempt) { // what the first leaves behind is no image of that shape
-        QTEST(Thrown([&] {
-                  image.AllocBitmap(width, height, static_cast<unsigned short>(type), 32, /*clear=*/false, nullptr, 0);
-              }),
-              "message");
-        QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+    const QString memory = QStringLiteral("Not enough memory");
+    const struct {
+        int width, height, type;
+        QString message;
+    } rows[] = {{4, 4, 0x0008, kInvalidParameter},         {4, 4, 0, kInvalidParameter},
+                {-4, 4, GFL_RGB, kInvalidParameter},       {4, -4, GFL_RGB, kInvalidParameter},
+                {0x10000001, 1, GFL_RGBA, memory}, // a row beyond 32 bits
+                {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, memory}};
+    for (const auto &row : rows) {
+        KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+        for (int attempt = 0; attempt < 2; ++attempt) { // what the first leaves behind is no image of that shape
+            QCOMPARE(Thrown([&] {
+                         image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
+                                           /*clear=*/false, nullptr, 0);
+                     }),
+                     row.message);
+            QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+        }
+        image.AllocBitmap(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+        QCOMPARE(int(*image.getData(1, 1)), 0);
     }
-    image.AllocBitmap(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    QCOMPARE(int(*image.getData(1, 1)), 0);
 }
 
 void tst_KImage::sameShapeKeepsItsBlock()
@@ -121,12 +111,11 @@ void tst_KImage::sameShapeKeepsItsBlock()
     QCOMPARE(int(*image.getData(4, 2)), 0);
     image.AllocBitmap(5, 3, GFL_RGB, 16, /*clear=*/false, nullptr, 0); // each part of the shape counts
     QCOMPARE(int(image.m_bitmap->BytesPerPixel), 6);
-    image.AllocBitmap(5, 3, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
-    QCOMPARE(int(image.m_bitmap->BytesPerPixel), 8);
-    image.AllocBitmap(4, 3, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
-    QCOMPARE(image.width(), 4);
-    image.AllocBitmap(4, 2, GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
-    QCOMPARE(image.height(), 2);
+    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) {
+        image.AllocBitmap(size.width(), size.height(), GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
+        QCOMPARE(QSize(image.width(), image.height()), size);
+        QCOMPARE(int(image.m_bitmap->BytesPerPixel), 8);
+    }
 }
 
 void tst_KImage::wrappedBlockSurvives()
@@ -170,16 +159,9 @@ void tst_KImage::copyOwnsItsPixels()
     QCOMPARE(copy.m_bitmap->XOffset, 7);
     QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
     QVERIFY(!copy.m_bitmap->Comment); // not carried over
-    copy = KImage();
+    KImage &same = copy;
+    copy = same; // leaves it empty
     QVERIFY(!copy.m_bitmap);
-}
-
-void tst_KImage::assignedToItselfItIsEmpty()
-{
-    KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    KImage &same = image;
-    image = same;
-    QVERIFY(!image.m_bitmap);
 }
 
 void tst_KImage::rowsBeyondFourGiB()
@@ -205,26 +187,18 @@ void tst_KImage::dpi()
     QCOMPARE(int(image.m_bitmap->Ydpi), 240);
 }
 
-void tst_KImage::integrity_data()
-{
-    QTest::addColumn<float>("early");
-    QTest::addColumn<float>("late");
-    QTest::addColumn<int>("result");
-    QTest::newRow("clean") << 0.0f << 1.0f << 0;
-    QTest::newRow("negative at the end") << 0.5f << -0.5f << -1;
-    QTest::newRow("not a number comes first") << float(NAN) << -0.5f << 2;
-    QTest::newRow("huge comes first") << 2e9f << float(NAN) << 1;
-    QTest::newRow("a billion is fine") << 1e9f << 0.0f << 0;
-}
-
 void tst_KImage::integrity()
 {
-    QFETCH(float, early);
-    QFETCH(float, late);
-    KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    std::memcpy(image.getData(1, 0), &early, sizeof early);
-    std::memcpy(image.getData(2, 1) + 12, &late, sizeof late);
-    QTEST(image.IntegrityValidation(), "result");
+    const struct {
+        float early, late;
+        int result;
+    } rows[] = {{0, 1, 0}, {0.5f, -0.5f, -1}, {float(NAN), -0.5f, 2}, {2e9f, float(NAN), 1}, {1e9f, 0, 0}};
+    for (const auto &row : rows) {
+        KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+        std::memcpy(image.getData(1, 0), &row.early, sizeof row.early);
+        std::memcpy(image.getData(2, 1) + 12, &row.late, sizeof row.late);
+        QCOMPARE(image.IntegrityValidation(), row.result);
+    }
 }
 
 void tst_KImage::logHook()

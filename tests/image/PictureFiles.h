@@ -2,17 +2,11 @@
 #pragma once
 
 #include "Bitmaps.h"
+#include "Files.h"
 #include "ImageDatas.h"
 #include "KImageLoader.h"
 
-#include <QFile>
 #include <QTemporaryDir>
-
-inline QString WriteFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
-}
 
 /// Random pixels; JPEG gets a ramp.
 inline QString WritePicture(const QString &path, const char *format, int width, int height, int type = GFL_RGB,

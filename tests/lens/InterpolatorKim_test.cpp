@@ -68,18 +68,10 @@ private Q_SLOTS:
     void matchesTheStatement();
     void samplerPositions_data();
     void samplerPositions();
-    void integerSamplesTruncateAndWrap();
     void lastColumnAndRowAreBlackInside();
-    void rawPathsScaleNothing();
-    void pixelsEndAtTheFirstChannelOutside();
-    void blackPixelsBecomeTransparent();
-    void negativeValuesWrapInIntegers();
     void fisheyeOfThreeCoefficientsIsUniform();
-    void nothingRunsWithoutItsModel_data();
     void nothingRunsWithoutItsModel();
-    void depths_data();
     void depths();
-    void shapes_data();
     void shapes();
     void brokenImagesAreRefused();
 };
@@ -173,23 +165,6 @@ void tst_InterpolatorKim::samplerPositions()
     check([&](float &value, int &ix, int &iy) { return run.InterpolateNc(value, 0, x, y, ix, iy); }, bilinear);
 }
 
-void tst_InterpolatorKim::integerSamplesTruncateAndWrap()
-{
-    GuardedImage bytes(Pixels{2, 2, 1, 8, {10, 41, 10, 41}}, 0);
-    auto run = SamplersOn<unsigned char>(bytes, 1.0F);
-    int ix, iy;
-    float value;
-    QVERIFY(run.InterpolateN(&value, 0.5F, 0.0F, ix, iy));
-    QCOMPARE(value, 25.0F); // 25.5
-    QVERIFY(run.InterpolateN(&value, -0.5F, 0.0F, ix, iy));
-    QCOMPARE(value, 251.0F); // 10 * 1.5 - 41 * 0.5 = -5.5, truncated to -5
-
-    GuardedImage words(Pixels{2, 2, 1, 16, {60000, 40000, 60000, 40000}}, 0);
-    auto wordRun = SamplersOn<unsigned short>(words, 1.0F);
-    QVERIFY(wordRun.InterpolateN(&value, -0.5F, 0.0F, ix, iy));
-    QCOMPARE(value, 70000.0F - 65536.0F);
-}
-
 void tst_InterpolatorKim::lastColumnAndRowAreBlackInside()
 {
     newLCP lcp = NoModels();
@@ -207,87 +182,6 @@ void tst_InterpolatorKim::lastColumnAndRowAreBlackInside()
     }
 }
 
-void tst_InterpolatorKim::rawPathsScaleNothing()
-{
-    newLCP lcp = NoModels();
-    lcp.greenModel = lcp.redGreenModel = lcp.blueGreenModel = lcp.vignetteModel = Identity();
-    const Pixels source{2, 2, 3, 32, {0.5F, 0.7F, 0.5F, 0.5F, 1.5F, 0.5F, 0, 0, 0, 0, 0, 0}};
-    const Pixels shifted = Rendered(lcp, source, SamePixels(2, 2, 3, 8, 7), {false, true, false, 0});
-    QCOMPARE(shifted.At(0, 0, 0), 127.0F);
-    QCOMPARE(shifted.At(0, 0, 1), 0.0F);
-    QCOMPARE(shifted.At(1, 0, 1), 1.0F);
-    QCOMPARE(shifted.At(0, 0, 2), 127.0F);
-
-    const Pixels gained = Rendered(lcp, source, SamePixels(2, 2, 3, 8, 7), {false, false, true, 1});
-    QCOMPARE(gained.At(0, 0, 0), 0.0F);
-    QCOMPARE(gained.At(1, 0, 1), 1.0F);
-    // The other way round everything above 1 is cut.
-    const Pixels bright =
-        Rendered(lcp, SamePixels(2, 2, 4, 8, 90), SamePixels(2, 2, 4, 32, 7), {false, false, true, 1});
-    QCOMPARE(FirstDifference(bright, SamePixels(2, 2, 4, 32, 1)), QString());
-}
-
-void tst_InterpolatorKim::pixelsEndAtTheFirstChannelOutside()
-{
-    const LensParam outside = [] {
-        LensParam model = Identity();
-        model.focalPixels = 0.0F; // every position is infinite or not a number
-        return model;
-    }();
-    struct Case {
-        LensParam red, green, blue;
-        QVector<float> want;
-    };
-    const Case cases[] = {
-        {outside, Identity(), Identity(), {0, 7, 7, 7}},
-        {Identity(), outside, Identity(), {0, 7, 7, 7}}, // red starts from where green went
-        {Identity(), Identity(), outside, {255, 255, 0, 7}},
-        {Identity(), Identity(), Identity(), {255, 255, 255, 1}},
-    };
-    for (const Case &one : cases) {
-        newLCP lcp = NoModels();
-        lcp.redGreenModel = one.red;
-        lcp.greenModel = one.green;
-        lcp.blueGreenModel = one.blue;
-        const Pixels got =
-            Rendered(lcp, SamePixels(2, 2, 4, 8, 255), SamePixels(2, 2, 4, 8, 7), {true, true, false, 0});
-        QCOMPARE(got.values.mid(0, 4), one.want);
-    }
-    // Without a warp of green only red and blue can fall outside.
-    newLCP lcp = NoModels();
-    lcp.greenModel = lcp.blueGreenModel = Identity();
-    lcp.redGreenModel = outside;
-    const Pixels source = SamePixels(2, 2, 4, 8, 255);
-    QCOMPARE(Rendered(lcp, source, SamePixels(2, 2, 4, 8, 7), {false, true, false, 0}).values.mid(0, 4),
-             (QVector<float>{0, 7, 7, 7}));
-    std::swap(lcp.redGreenModel, lcp.blueGreenModel);
-    QCOMPARE(Rendered(lcp, source, SamePixels(2, 2, 4, 8, 7), {false, true, false, 0}).values.mid(0, 4),
-             (QVector<float>{255, 255, 0, 7}));
-}
-
-void tst_InterpolatorKim::blackPixelsBecomeTransparent()
-{
-    newLCP lcp = NoModels();
-    lcp.greenModel = lcp.redGreenModel = lcp.blueGreenModel = Identity();
-    const Pixels source{2, 1, 4, 16, {0, 0, 0, 65535, 0, 3, 0, 0}};
-    for (bool distortion : {false, true}) {
-        const Pixels got = Rendered(lcp, source, SamePixels(2, 1, 4, 16, 9), {distortion, true, false, 0});
-        QCOMPARE(got.At(0, 0, 3), 0.0F);
-        QCOMPARE(got.At(1, 0, 3), 1.0F);
-    }
-}
-
-void tst_InterpolatorKim::negativeValuesWrapInIntegers()
-{
-    newLCP lcp = NoModels();
-    lcp.distortionModel = Identity();
-    const Pixels source = SamePixels(1, 1, 3, 32, -0.02F);
-    QCOMPARE(Rendered(lcp, source, SamePixels(1, 1, 3, 8, 7), {true, false, false, 0}).At(0, 0, 0), 251.0F); // -5.1
-    QCOMPARE(Rendered(lcp, source, SamePixels(1, 1, 3, 32, 7), {true, false, false, 0}).At(0, 0, 0), -0.02F);
-    lcp.vignetteModel = Identity(); // only the path without a warp limits at the bottom
-    QCOMPARE(Rendered(lcp, source, SamePixels(1, 1, 3, 8, 7), {false, false, true, 0}).At(0, 0, 0), 0.0F);
-}
-
 void tst_InterpolatorKim::fisheyeOfThreeCoefficientsIsUniform()
 {
     newLCP lcp = NoModels();
@@ -303,111 +197,79 @@ void tst_InterpolatorKim::fisheyeOfThreeCoefficientsIsUniform()
         QCOMPARE(got.values.mid(i * 3, 3), (QVector<float>{0.75F, 0.25F, 0.25F}));
 }
 
-void tst_InterpolatorKim::nothingRunsWithoutItsModel_data()
-{
-    QTest::addColumn<int>("missing");  // 0 distortion, 1 green, 2 vignette
-    QTest::addColumn<int>("switches"); // bits: distortion, chromatic, falloff
-    QTest::newRow("no vignette to undo") << 2 << 4;
-    QTest::newRow("vignette not wanted") << -1 << 0;
-    QTest::newRow("distortion, vignette would do") << 0 << 5;
-    QTest::newRow("chromatic, distortion and vignette would do") << 1 << 7;
-    QTest::newRow("chromatic alone") << 1 << 2;
-}
-
 void tst_InterpolatorKim::nothingRunsWithoutItsModel()
 {
-    QFETCH(int, missing);
-    QFETCH(int, switches);
-    newLCP lcp = StrongModels(7, 5, 0, 4);
-    LensParam *models[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
-    if (missing >= 0)
-        models[missing]->found = false;
-    const Pixels before = RandomPixels(7, 5, 4, 32, 6);
-    const Pixels after = Rendered(lcp, RandomPixels(7, 5, 4, 32, 5), before,
-                                  {bool(switches & 1), bool(switches & 2), bool(switches & 4), 1});
-    QCOMPARE(FirstDifference(after, before), QString());
-}
-
-void tst_InterpolatorKim::depths_data()
-{
-    QTest::addColumn<int>("sourceBits");
-    QTest::addColumn<int>("storedBits"); // of the source
-    QTest::addColumn<float>("stored");   // value in the source
-    QTest::addColumn<int>("destinationBits");
-    QTest::addColumn<float>("want"); // -1: refused
-    QTest::newRow("8 bits") << 8 << 8 << 51.0F << 32 << 51.0F * (1.0F / 255.0F);
-    QTest::newRow("9 bits") << 9 << 16 << 511.0F << 32 << 511.0F * (1.0F / 511.0F);
-    QTest::newRow("12 bits") << 12 << 16 << 819.0F << 32 << 819.0F * (1.0F / 4095.0F);
-    QTest::newRow("15 bits") << 15 << 16 << 32767.0F << 16 << 65535.0F;
-    QTest::newRow("16 bits") << 16 << 16 << 65535.0F << 8 << 255.0F;
-    QTest::newRow("17 bits are floats") << 17 << 32 << 0.75F << 32 << 0.75F;
-    QTest::newRow("31 bits are floats") << 31 << 32 << 0.75F << 32 << 0.75F;
-    QTest::newRow("7 bits") << 7 << 8 << 1.0F << 32 << -1.0F;
-    QTest::newRow("33 bits") << 33 << 32 << 1.0F << 32 << -1.0F;
-    QTest::newRow("into 12 bits") << 16 << 16 << 1.0F << 12 << -1.0F;
-    QTest::newRow("into 24 bits") << 16 << 16 << 1.0F << 24 << -1.0F;
+    const struct {
+        int missing, switches; // 0 distortion, 1 green, 2 vignette; bits: distortion, chromatic, falloff
+    } rows[] = {{2, 4}, {-1, 0}, {0, 5}, {1, 7}, {1, 2}}; // whatever else would do
+    for (const auto &row : rows) {
+        newLCP lcp = StrongModels(7, 5, 0, 4);
+        LensParam *models[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
+        if (row.missing >= 0)
+            models[row.missing]->found = false;
+        const Pixels before = RandomPixels(7, 5, 4, 32, 6);
+        const Pixels after = Rendered(lcp, RandomPixels(7, 5, 4, 32, 5), before,
+                                      {bool(row.switches & 1), bool(row.switches & 2), bool(row.switches & 4), 1});
+        QCOMPARE(FirstDifference(after, before), QString());
+    }
 }
 
 void tst_InterpolatorKim::depths()
 {
-    QFETCH(int, sourceBits);
-    QFETCH(int, storedBits);
-    QFETCH(float, stored);
-    QFETCH(int, destinationBits);
-    QFETCH(float, want);
+    const struct {
+        int sourceBits, storedBits; // told, and really
+        float stored;
+        int destinationBits;
+        float want; // -1: refused
+    } rows[] = {{8, 8, 51, 32, 51.0F * (1.0F / 255.0F)},
+                {9, 16, 511, 32, 511.0F * (1.0F / 511.0F)},
+                {12, 16, 819, 32, 819.0F * (1.0F / 4095.0F)},
+                {15, 16, 32767, 16, 65535},
+                {16, 16, 65535, 8, 255},
+                {17, 32, 0.75F, 32, 0.75F}, // floats
+                {31, 32, 0.75F, 32, 0.75F},
+                {7, 8, 1, 32, -1},
+                {33, 32, 1, 32, -1},
+                {16, 16, 1, 12, -1},
+                {16, 16, 1, 24, -1}};
     newLCP lcp = NoModels();
     lcp.distortionModel = Identity();
-    GuardedImage source(SamePixels(3, 2, 3, storedBits, stored), 0);
-    source.image.m_bitmap->BitsPerComponent = quint16(sourceBits);
-    const bool served = want >= 0.0F;
-    GuardedImage destination(SamePixels(3, 2, 3, served ? destinationBits : 16, 7), 0);
-    destination.image.m_bitmap->BitsPerComponent = quint16(destinationBits);
-    QCOMPARE(Render(lcp, source, destination, {true, false, false, 0}), served);
-    QCOMPARE(destination.Read().At(1, 1, 2), served ? want : 7.0F);
-}
-
-void tst_InterpolatorKim::shapes_data()
-{
-    QTest::addColumn<int>("sourceChannels");
-    QTest::addColumn<QSize>("size");     // of the destination; the source has 4 x 3
-    QTest::addColumn<int>("channels");   // of the destination
-    QTest::addColumn<QString>("served"); // paths: A gain, B one warp, C shift, D three warps
-    const auto add = [](const char *name, int sourceChannels, QSize size, int channels, const char *served) {
-        QTest::newRow(name) << sourceChannels << size << channels << QString::fromLatin1(served);
-    };
-    const QSize same(4, 3);
-    add("same", 4, same, 4, "ABCD");
-    add("RGB into RGBA", 3, same, 4, "ABCD");
-    add("RGBA into RGB", 4, same, 3, "");
-    add("grey", 1, same, 1, "A");
-    add("grey into RGB", 1, same, 3, "A");
-    add("RGB into grey", 3, same, 1, "");
-    add("smaller", 4, QSize(2, 2), 4, "ABCD");
-    add("wider", 4, QSize(5, 3), 4, "BD");
-    add("higher", 3, QSize(4, 4), 3, "BD");
-    add("much larger", 3, QSize(40, 30), 3, "BD");
+    for (const auto &row : rows) {
+        GuardedImage source(SamePixels(3, 2, 3, row.storedBits, row.stored), 0);
+        source.image.m_bitmap->BitsPerComponent = quint16(row.sourceBits);
+        const bool served = row.want >= 0.0F;
+        GuardedImage destination(SamePixels(3, 2, 3, served ? row.destinationBits : 16, 7), 0);
+        destination.image.m_bitmap->BitsPerComponent = quint16(row.destinationBits);
+        QCOMPARE(Render(lcp, source, destination, {true, false, false, 0}), served);
+        QCOMPARE(destination.Read().At(1, 1, 2), served ? row.want : 7.0F);
+    }
 }
 
 void tst_InterpolatorKim::shapes()
 {
-    QFETCH(int, sourceChannels);
-    QFETCH(QSize, size);
-    QFETCH(int, channels);
-    QFETCH(QString, served);
-    const char paths[] = {'A', 'B', 'C', 'D'};
-    for (int depth : kDepths) {
-        for (int path = 0; path < 4; ++path) {
-            newLCP lcp = StrongModels(4, 3, 0, quint32(path + depth));
-            const WarpSwitches switches{bool(path & 1), bool(path & 2), true, 1};
-            const Pixels pixels = RandomPixels(4, 3, sourceChannels, depth, 5);
-            Pixels want = RandomPixels(size.width(), size.height(), channels, depth, 6);
-            GuardedImage source(pixels, 0), destination(want, 3);
-            const bool serves = served.contains(QLatin1Char(paths[path]));
-            QCOMPARE(Render(lcp, source, destination, switches), serves);
-            if (serves)
-                StateWarp(lcp, pixels, switches, want);
-            QCOMPARE(FirstDifference(destination.Read(), want), QString());
-            QVERIFY(destination.GuardsAreWhole());
+    const struct {
+        int sourceChannels;
+        QSize size;        // of the destination; the source has 4 x 3
+        int channels;      // of the destination
+        QByteArray served; // paths: A gain, B one warp, C shift, D three warps
+    } rows[] = {{4, {4, 3}, 4, "ABCD"}, {3, {4, 3}, 4, "ABCD"}, {4, {4, 3}, 3, ""},     {1, {4, 3}, 1, "A"},
+                {1, {4, 3}, 3, "A"},    {3, {4, 3}, 1, ""},     {4, {2, 2}, 4, "ABCD"}, {4, {5, 3}, 4, "BD"},
+                {3, {4, 4}, 3, "BD"},   {3, {40, 30}, 3, "BD"}};
+    for (const auto &row : rows) {
+        for (int depth : kDepths) {
+            for (int path = 0; path < 4; ++path) {
+                newLCP lcp = StrongModels(4, 3, 0, quint32(path + depth));
+                const WarpSwitches switches{bool(path & 1), bool(path & 2), true, 1};
+                const Pixels pixels = RandomPixels(4, 3, row.sourceChannels, depth, 5);
+                Pixels want = RandomPixels(row.size.width(), row.size.height(), row.channels, depth, 6);
+                GuardedImage source(pixels, 0), destination(want, 3);
+                const bool serves = row.served.contains("ABCD"[path]);
+                QCOMPARE(Render(lcp, source, destination, switches), serves);
+                if (serves)
+                    StateWarp(lcp, pixels, switches, want);
+                QCOMPARE(FirstDifference(destination.Read(), want), QString());
+                QVERIFY(destination.GuardsAreWhole());
+            }
         }
     }
 }

@@ -59,14 +59,9 @@ constexpr double kTolerancePx = 0.004;
 void CompareNear(QPointF got, QPointF want, QPointF at)
 {
     const QPointF error = got - want;
-    QVERIFY2(std::abs(error.x()) <= kTolerancePx && std::abs(error.y()) <= kTolerancePx,
-             qPrintable(QStringLiteral("at %1, %2: got %3, %4, want %5, %6")
-                            .arg(at.x())
-                            .arg(at.y())
-                            .arg(got.x(), 0, 'f', 4)
-                            .arg(got.y(), 0, 'f', 4)
-                            .arg(want.x(), 0, 'f', 4)
-                            .arg(want.y(), 0, 'f', 4)));
+    QVERIFY2(
+        std::abs(error.x()) <= kTolerancePx && std::abs(error.y()) <= kTolerancePx,
+        qPrintable(QStringLiteral("at %1, %2: off by %3, %4").arg(at.x()).arg(at.y()).arg(error.x()).arg(error.y())));
 }
 
 } // namespace
@@ -78,10 +73,8 @@ private Q_SLOTS:
     void perspective_data();
     void perspective();
     void sumsOfTermsAreKeptInDouble();
-    void fisheye_data();
     void fisheye();
     void fisheyeCentreIsNotANumber();
-    void falloff_data();
     void falloff();
 };
 
@@ -138,37 +131,30 @@ void tst_LensParam::sumsOfTermsAreKeptInDouble()
     QVERIFY(model.ComputeRadialDistortion(1.0F) == std::nextafter(1.0F, 2.0F)); // QCOMPARE would take 1 as well
 }
 
-void tst_LensParam::fisheye_data()
-{
-    QTest::addColumn<Coefficients>("coefficients");
-    QTest::addColumn<bool>("known");
-    QTest::newRow("none: all on the centre") << Coefficients() << false;
-    QTest::newRow("one") << Coefficients{-0.06F} << true;
-    QTest::newRow("two") << Coefficients{-0.06F, 0.011F} << true;
-    QTest::newRow("three: all on the centre") << Coefficients{-0.06F, 0.011F, 0.001F} << false;
-}
-
 void tst_LensParam::fisheye()
 {
-    QFETCH(Coefficients, coefficients);
-    QFETCH(bool, known);
-    for (float scale : {1.0F, 0.37F}) {
-        LensParam model = Model(coefficients);
-        model.scaleFactor = 1.01F;
-        model.tangential1 = 0.01; // no part of this model
-        for (QPointF place : kPlaces) {
-            const QPointF center = QPointF(model.centerX, model.centerY) * double(scale) * double(model.scaleFactor);
-            const QPointF at(float(place.x()) * scale, float(place.y()) * scale);
-            const double r = std::hypot(at.x() - center.x(), at.y() - center.y())
-                / (double(scale) * double(model.focalPixels) * double(model.scaleFactor));
-            const double angleRad = std::atan(r);
-            double mapped = 0; // radius in focal lengths
-            for (int i = 0; known && i < coefficients.size(); ++i)
-                mapped += double(coefficients[i]) * std::pow(angleRad, 2 * i + 3);
-            mapped += known ? angleRad : 0;
-            float gotX, gotY;
-            model.WarpFisheye(float(at.x()), float(at.y()), gotX, gotY, scale);
-            CompareNear(QPointF(gotX, gotY), center + (at - center) * (mapped / r), place);
+    // Of no coefficient, or of three, all falls on the centre.
+    for (const Coefficients &coefficients :
+         {Coefficients(), Coefficients{-0.06F}, Coefficients{-0.06F, 0.011F}, Coefficients{-0.06F, 0.011F, 0.001F}}) {
+        const bool known = coefficients.size() == 1 || coefficients.size() == 2;
+        for (float scale : {1.0F, 0.37F}) {
+            LensParam model = Model(coefficients);
+            model.scaleFactor = 1.01F;
+            model.tangential1 = 0.01; // no part of this model
+            for (QPointF place : kPlaces) {
+                const QPointF center =
+                    QPointF(model.centerX, model.centerY) * double(scale) * double(model.scaleFactor);
+                const QPointF at(float(place.x()) * scale, float(place.y()) * scale);
+                const double r = std::hypot(at.x() - center.x(), at.y() - center.y())
+                    / (double(scale) * double(model.focalPixels) * double(model.scaleFactor));
+                const double angleRad = std::atan(r);
+                double mapped = known ? angleRad : 0; // radius in focal lengths
+                for (int i = 0; known && i < coefficients.size(); ++i)
+                    mapped += double(coefficients[i]) * std::pow(angleRad, 2 * i + 3);
+                float gotX, gotY;
+                model.WarpFisheye(float(at.x()), float(at.y()), gotX, gotY, scale);
+                CompareNear(QPointF(gotX, gotY), center + (at - center) * (mapped / r), place);
+            }
         }
     }
 }
@@ -185,32 +171,21 @@ void tst_LensParam::fisheyeCentreIsNotANumber()
     QCOMPARE(QPointF(x, y), QPointF(3050, 1960));
 }
 
-void tst_LensParam::falloff_data()
-{
-    QTest::addColumn<Coefficients>("coefficients");
-    QTest::addColumn<float>("x");
-    QTest::addColumn<double>("gain");
-
-    QTest::newRow("no radius") << Coefficients{-0.5F, 0.3F, 0.2F} << 0.0F << 1.0;
-    QTest::newRow("a half: cut series, not 1/1.5") << Coefficients{0.5F, 0.0F, 0.0F} << 1.0F << 0.6875;
-    QTest::newRow("missing ones are 0") << Coefficients{0.5F} << 1.0F << 0.6875;
-    QTest::newRow("no coefficients") << Coefficients() << 0.8F << 1.0;
-    for (float a : {-1.25F, 0.5F}) {
-        for (float b : {-0.75F, 1.5F}) {
-            for (float d : {-0.5F, 2.0F})
-                QTest::addRow("1 + %gx + %gx2 + %gx3", double(a), double(b), double(d))
-                    << Coefficients{a, b, d} << 0.75F << ReciprocalSeries(double(a), double(b), double(d), 0.75);
-        }
-    }
-}
-
 void tst_LensParam::falloff()
 {
-    QFETCH(Coefficients, coefficients);
-    QFETCH(float, x);
-    QFETCH(double, gain);
-    const double got = double(Model(coefficients).ComputeFalloff(x));
-    QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QString::number(got, 'f', 7)));
+    QVector<std::tuple<Coefficients, float, double>> rows = {
+        {{-0.5F, 0.3F, 0.2F}, 0.0F, 1.0},
+        {{0.5F, 0.0F, 0.0F}, 1.0F, 0.6875}, // a cut series, not 1/1.5
+        {{0.5F}, 1.0F, 0.6875},             // missing ones are 0
+        {{}, 0.8F, 1.0}};
+    for (float a : {-1.25F, 0.5F})
+        for (float b : {-0.75F, 1.5F})
+            for (float d : {-0.5F, 2.0F})
+                rows.append({{a, b, d}, 0.75F, ReciprocalSeries(double(a), double(b), double(d), 0.75)});
+    for (const auto &[coefficients, x, gain] : rows) {
+        const double got = double(Model(coefficients).ComputeFalloff(x));
+        QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QStringLiteral("%1 of %2").arg(got).arg(gain)));
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_LensParam)

@@ -1,8 +1,5 @@
 #include "ProfileText.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 namespace profiletext {
 
 QByteArray Value(const char *tag, const QByteArray &value)
@@ -76,14 +73,6 @@ QByteArray FullEntry(double shift)
                        + Value("TangentialDistortParam2", "-0.002") + residual + Resource("ChromaticGreenModel", green)
                        + Resource("ChromaticRedGreenModel", red) + Resource("ChromaticBlueGreenModel", blue)
                        + Resource("VignetteModel", vignette)));
-}
-
-QString WriteFile(const QTemporaryDir &folder, const QString &name, const QByteArray &content)
-{
-    QFile file(folder.filePath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("can't write %s", qPrintable(file.fileName()));
-    return file.fileName();
 }
 
 } // namespace profiletext

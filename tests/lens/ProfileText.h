@@ -2,9 +2,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
-
-class QTemporaryDir;
 
 namespace profiletext {
 
@@ -26,8 +23,5 @@ QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByte
 QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
 /// An entry with all five models, each with values of its own. @p shift is added to the radial coefficients.
 QByteArray FullEntry(double shift);
-
-/// Writes a file into the folder and returns its name with path.
-QString WriteFile(const QTemporaryDir &folder, const QString &name, const QByteArray &content);
 
 } // namespace profiletext

@@ -16,21 +16,16 @@ private Q_SLOTS:
     void channelCopies();
     void setting();
     void swapInPlaceWithRepetition();
-    void swapRefusesForeignChannels();
     void depthRoundTrips();
     void floatRange();
     void scaledArithmetic_data();
     void scaledArithmetic();
     void floatArithmeticInPlace();
-    void constants();
-    void comparisons_data();
     void comparisons();
     void thresholds();
-    void hsv_data();
     void hsv();
-    void hsvRoundTrip();
     void yccDefinition();
-    void yccRoundTrip();
+    void colorRoundTrips();
 };
 
 namespace {
@@ -131,13 +126,9 @@ void tst_Pixels::swapInPlaceWithRepetition()
     ippiSwapChannels_8u_C4IR(turned.Data(), turned.StepBytes(), kSize, reversed);
     CompareSamples(
         kSize, 4, Reader(turned), [&](int x, int y, int c) { return before.At(x, y, 3 - c); }, 0);
-}
-
-void tst_Pixels::swapRefusesForeignChannels()
-{
-    Plane<Ipp8u, 3> image(2, 1, 1);
-    const int order[] = {0, 3, 1};
-    QVERIFY(ippiSwapChannels_8u_C3R(image.Data(), image.StepBytes(), image.Data(), image.StepBytes(), {2, 1}, order)
+    const int foreign[] = {0, 3, 1};
+    Plane<Ipp8u, 3> three(2, 1, 1);
+    QVERIFY(ippiSwapChannels_8u_C3R(three.Data(), three.StepBytes(), three.Data(), three.StepBytes(), {2, 1}, foreign)
             == Status::BadArgument);
 }
 
@@ -250,42 +241,19 @@ void tst_Pixels::floatArithmeticInPlace()
     check([](double first, double second) { return second / first; });
 }
 
-void tst_Pixels::constants()
-{
-    Plane<Ipp32f, 4> floats(13, 5, 1), product = floats;
-    const Ipp32f factors[] = {2, 0, -1, 1};
-    ippiMulC_32f_C4R(product.Data(), product.StepBytes(), factors, product.Data(), product.StepBytes(), kSize);
-    CompareSamples(
-        kSize, 4, Reader(product), [&](int x, int y, int c) { return floats.At(x, y, c) * factors[c]; }, 0);
-    QVERIFY(product.HasGapsOf(floats));
-
-    Plane<Ipp16u, 3> words(13, 5, 2), scaled = words;
-    const int constants[] = {65535, 200000, -5};
-    ippiMulC_16u_C3RSfs(scaled.Data(), scaled.StepBytes(), constants, scaled.Data(), scaled.StepBytes(), kSize, 16);
-    CompareSamples(
-        kSize, 3, Reader(scaled),
-        [&](int x, int y, int c) { return std::clamp(words.At(x, y, c) * double(constants[c]) / 65536, 0.0, 65535.0); },
-        0.5);
-}
-
-void tst_Pixels::comparisons_data()
-{
-    QTest::addColumn<int>("how");
-    QTest::addColumn<QByteArray>("mask"); // of 1, 2, 3 and not-a-number, against 2
-    QTest::newRow("less") << int(Comparison::Less) << QByteArray("\xff\0\0\0", 4);
-    QTest::newRow("less or equal") << int(Comparison::LessEqual) << QByteArray("\xff\xff\0\0", 4);
-    QTest::newRow("equal") << int(Comparison::Equal) << QByteArray("\0\xff\0\0", 4);
-    QTest::newRow("greater or equal") << int(Comparison::GreaterEqual) << QByteArray("\0\xff\xff\0", 4);
-    QTest::newRow("greater") << int(Comparison::Greater) << QByteArray("\0\0\xff\0", 4);
-}
-
 void tst_Pixels::comparisons()
 {
-    QFETCH(int, how);
     const Ipp32f values[] = {1, 2, 3, std::nanf("")};
-    QByteArray mask(4, 'x');
-    ippiCompareC_32f_C1R(values, 0, 2.0f, reinterpret_cast<Ipp8u *>(mask.data()), 0, {4, 1}, Comparison(how));
-    QTEST(mask, "mask");
+    const std::pair<Comparison, QByteArray> rows[] = {{Comparison::Less, QByteArray("\xff\0\0\0", 4)},
+                                                      {Comparison::LessEqual, QByteArray("\xff\xff\0\0", 4)},
+                                                      {Comparison::Equal, QByteArray("\0\xff\0\0", 4)},
+                                                      {Comparison::GreaterEqual, QByteArray("\0\xff\xff\0", 4)},
+                                                      {Comparison::Greater, QByteArray("\0\0\xff\0", 4)}};
+    for (const auto &[how, wanted] : rows) {
+        QByteArray mask(4, 'x');
+        ippiCompareC_32f_C1R(values, 0, 2.0f, reinterpret_cast<Ipp8u *>(mask.data()), 0, {4, 1}, how);
+        QCOMPARE(mask, wanted);
+    }
 }
 
 void tst_Pixels::thresholds()
@@ -301,43 +269,23 @@ void tst_Pixels::thresholds()
         kSize, 1, Reader(high), [&](int x, int y, int) { return words.At(x, y) > 30000 ? 7 : words.At(x, y); }, 0);
 }
 
-void tst_Pixels::hsv_data()
-{
-    QTest::addColumn<QVector<int>>("rgb");
-    QTest::addColumn<QVector<double>>("hsv"); // degrees, shares
-    using I = QVector<int>;
-    using D = QVector<double>;
-    QTest::newRow("black") << I{0, 0, 0} << D{0, 0, 0};
-    QTest::newRow("grey") << I{90, 90, 90} << D{0, 0, 90 / 255.0};
-    QTest::newRow("red") << I{255, 0, 0} << D{0, 1, 1};
-    QTest::newRow("yellow") << I{255, 255, 0} << D{60, 1, 1};
-    QTest::newRow("green") << I{0, 255, 0} << D{120, 1, 1};
-    QTest::newRow("cyan") << I{0, 255, 255} << D{180, 1, 1};
-    QTest::newRow("blue") << I{0, 0, 255} << D{240, 1, 1};
-    QTest::newRow("magenta") << I{255, 0, 255} << D{300, 1, 1};
-    QTest::newRow("dull orange") << I{200, 150, 100} << D{30, 0.5, 200 / 255.0};
-}
-
 void tst_Pixels::hsv()
 {
-    QFETCH(QVector<int>, rgb);
-    QFETCH(QVector<double>, hsv);
-    const Ipp8u in[4] = {Ipp8u(rgb[0]), Ipp8u(rgb[1]), Ipp8u(rgb[2]), 77};
-    Ipp8u out[4] = {1, 2, 3, 4};
-    ippiRGBToHSV_8u_AC4R(in, 4, out, 4, {1, 1});
-    QVERIFY(std::fabs(out[0] - hsv[0] / 360 * 255) <= 0.501);
-    QVERIFY(std::fabs(out[1] - hsv[1] * 255) <= 0.501);
-    QVERIFY(std::fabs(out[2] - hsv[2] * 255) <= 0.501);
-    QCOMPARE(int(out[3]), 4); // untouched
-}
-
-void tst_Pixels::hsvRoundTrip()
-{
-    Plane<Ipp8u, 4> image(61, 31, 1), turned = image;
-    ippiRGBToHSV_8u_AC4R(turned.Data(), turned.StepBytes(), turned.Data(), turned.StepBytes(), image.Size());
-    ippiHSVToRGB_8u_AC4R(turned.Data(), turned.StepBytes(), turned.Data(), turned.StepBytes(), image.Size());
-    // Half a count of hue is 6 / 255 / 2 of the chroma, half a count of saturation half of a channel.
-    CompareSamples(image.Size(), 4, Reader(turned), Reader(image), 4.5);
+    const struct {
+        Ipp8u rgb[3];
+        double hsv[3]; // degrees, shares
+    } rows[] = {
+        {{0, 0, 0}, {0, 0, 0}},      {{90, 90, 90}, {0, 0, 90 / 255.0}}, {{255, 0, 0}, {0, 1, 1}},
+        {{255, 255, 0}, {60, 1, 1}}, {{0, 255, 0}, {120, 1, 1}},         {{0, 255, 255}, {180, 1, 1}},
+        {{0, 0, 255}, {240, 1, 1}},  {{255, 0, 255}, {300, 1, 1}},       {{200, 150, 100}, {30, 0.5, 200 / 255.0}}};
+    for (const auto &row : rows) {
+        const Ipp8u in[4] = {row.rgb[0], row.rgb[1], row.rgb[2], 77};
+        Ipp8u out[4] = {1, 2, 3, 4};
+        ippiRGBToHSV_8u_AC4R(in, 4, out, 4, {1, 1});
+        for (int c = 0; c < 3; ++c)
+            QVERIFY(std::fabs(out[c] - row.hsv[c] * (c == 0 ? 255 / 360.0 : 255)) <= 0.501);
+        QCOMPARE(int(out[3]), 4); // untouched
+    }
 }
 
 void tst_Pixels::yccDefinition()
@@ -360,8 +308,10 @@ template <typename T, int C, typename Forth, typename Back> void RoundTrip(Forth
     QVERIFY(turned.HasGapsOf(image));
 }
 
-void tst_Pixels::yccRoundTrip()
+void tst_Pixels::colorRoundTrips()
 {
+    // Half a count of hue is 6 / 255 / 2 of the chroma, half a count of saturation half of a channel.
+    RoundTrip<Ipp8u, 4>(ippiRGBToHSV_8u_AC4R, ippiHSVToRGB_8u_AC4R, 4.5);
     // Half a code of luma is 0.7 counts of each channel, half a code of chroma up to 1.15 more.
     RoundTrip<Ipp8u, 4>(ippiRGBToYCC_8u_AC4R, ippiYCCToRGB_8u_AC4R, 3);
     RoundTrip<Ipp16u, 3>(ippiRGBToYCC_16u_C3R, ippiYCCToRGB_16u_C3R, 3);

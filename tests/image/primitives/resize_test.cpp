@@ -12,9 +12,7 @@ class tst_Resize : public QObject {
 private Q_SLOTS:
     void partsMakeUpTheWhole_data();
     void partsMakeUpTheWhole();
-    void flatStaysFlat_data();
     void flatStaysFlat();
-    void refused_data();
     void refused();
 };
 
@@ -79,66 +77,45 @@ void tst_Resize::partsMakeUpTheWhole()
         [&](int x, int y, int c) { return whole.At(x, y, c); }, 0);
 }
 
-void tst_Resize::flatStaysFlat_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::newRow("columns") << 60013 << 1;
-    QTest::newRow("rows") << 1 << 60013;
-    QTest::newRow("both") << 1511 << 1021;
-}
-
 void tst_Resize::flatStaysFlat()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    // Sums of thousands of small numbers: in single precision alone they would be off by several counts.
-    Plane<Ipp16u, 1> image(width, height), target(1, 1);
-    for (int i = 0; i < width * height; ++i)
-        image.At(i % width, i / width) = 65001;
-    Prepared prepared = Prepare(image.Size(), {1, 1}, kResizeSuper, 1);
-    ippiResizeSuper_16u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {0, 0}, {1, 1},
-                            prepared.spec(), prepared.buffer.data());
-    QCOMPARE(int(target.At(0, 0)), 65001);
-}
-
-void tst_Resize::refused_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<int>("method");
-    QTest::addColumn<int>("antialiasing");
-    QTest::addColumn<int>("status");
-    QTest::newRow("served") << 10 << 10 << 8 << 0 << int(Status::Ok);
-    QTest::newRow("area weighting that grows") << 10 << 11 << 8 << 0 << int(Status::BadArgument);
-    QTest::newRow("linear may grow") << 11 << 11 << 2 << 0 << int(Status::Ok);
-    QTest::newRow("no width") << 0 << 10 << 8 << 0 << int(Status::BadSize);
-    QTest::newRow("negative height") << 10 << -1 << 2 << 0 << int(Status::BadSize);
-    QTest::newRow("cubic") << 10 << 10 << 6 << 0 << int(Status::BadArgument);
-    QTest::newRow("antialiased") << 10 << 10 << 2 << 1 << int(Status::BadArgument);
+    for (const primitives::Size size : {primitives::Size{60013, 1}, {1, 60013}, {1511, 1021}}) {
+        // Sums of thousands of small numbers: in single precision alone they would be off by several counts.
+        Plane<Ipp16u, 1> image(size.width, size.height), target(1, 1);
+        for (int i = 0; i < size.width * size.height; ++i)
+            image.At(i % size.width, i / size.width) = 65001;
+        Prepared prepared = Prepare(size, {1, 1}, kResizeSuper, 1);
+        ippiResizeSuper_16u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {0, 0}, {1, 1},
+                                prepared.spec(), prepared.buffer.data());
+        QCOMPARE(int(target.At(0, 0)), 65001);
+    }
 }
 
 void tst_Resize::refused()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    QFETCH(int, method);
-    QFETCH(int, antialiasing);
-    std::int64_t specBytes = 0, initBytes = 0;
-    const Status status =
-        ippiResizeGetSize_8u({10, 10}, {width, height}, ResizeMethod(method), antialiasing, &specBytes, &initBytes);
-    QTEST(int(status), "status");
-    QCOMPARE(specBytes > 0, status == Status::Ok);
-    std::vector<unsigned char> block(static_cast<std::size_t>(specBytes));
-    if (status != Status::Ok)
-        return;
-    // Of a prepared one, no part outside of its target.
-    Plane<Ipp8u, 1> image(10, 10, 1), target(11, 11, 2), before = target;
-    Prepared prepared = Prepare({10, 10}, {width, height}, ResizeMethod(method), 1);
-    QVERIFY(ippiResizeSuper_8u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {1, 0},
-                                   {width, height}, prepared.spec(), prepared.buffer.data())
-            == Status::BadSize);
-    QVERIFY(target.HasGapsOf(before));
+    const struct {
+        int width, height, method, antialiasing;
+        Status status;
+    } rows[] = {{10, 10, 8, 0, Status::Ok},         {10, 11, 8, 0, Status::BadArgument}, // area weighting that grows
+                {11, 11, 2, 0, Status::Ok},         {0, 10, 8, 0, Status::BadSize},
+                {10, -1, 2, 0, Status::BadSize},    {10, 10, 6, 0, Status::BadArgument}, // cubic
+                {10, 10, 2, 1, Status::BadArgument}};                                    // antialiased
+    for (const auto &row : rows) {
+        std::int64_t specBytes = 0, initBytes = 0;
+        const Size size = {row.width, row.height};
+        const auto method = ResizeMethod(row.method);
+        QVERIFY(ippiResizeGetSize_8u({10, 10}, size, method, row.antialiasing, &specBytes, &initBytes) == row.status);
+        QCOMPARE(specBytes > 0, row.status == Status::Ok);
+        if (row.status != Status::Ok)
+            continue;
+        // Of a prepared one, no part outside of its target.
+        Plane<Ipp8u, 1> image(10, 10, 1), target(11, 11, 2), before = target;
+        Prepared prepared = Prepare({10, 10}, size, method, 1);
+        QVERIFY(ippiResizeSuper_8u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {1, 0}, size,
+                                       prepared.spec(), prepared.buffer.data())
+                == Status::BadSize);
+        QVERIFY(target.HasGapsOf(before));
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_Resize)

@@ -9,16 +9,13 @@ using namespace primitives;
 class tst_Rotate : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void thereAndBack_data();
     void thereAndBack();
-    void pastTheCache_data();
     void pastTheCache();
     void rightAngles_data();
     void rightAngles();
     void onlyTheRectangles();
     void rampUnderAnyAngle_data();
     void rampUnderAnyAngle();
-    void refused_data();
     void refused();
 };
 
@@ -40,56 +37,42 @@ auto Reader(Image &image)
 
 } // namespace
 
-void tst_Rotate::thereAndBack_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    for (int width : {1, 2, 15, 16, 17, 47})
-        for (int height : {1, 3, 16, 33})
-            QTest::addRow("%dx%d", width, height) << width << height;
-}
-
 void tst_Rotate::thereAndBack()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
-    const Image turnedBefore = turned, backBefore = back;
-    QVERIFY(Rotate(image, turned, 90.0, 0.0, width - 1) == Status::Ok);
-    // Counter-clockwise: the right-hand column is the top row.
-    CompareSamples(
-        turned.Size(), 4, Reader(turned), [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); }, 0);
-    QVERIFY(turned.HasGapsOf(turnedBefore));
-    QVERIFY(Rotate(turned, back, -90.0, width - 1, 0.0) == Status::Ok);
-    CompareSamples(back.Size(), 4, Reader(back), Reader(image), 0);
-    QVERIFY(back.HasGapsOf(backBefore));
-}
-
-void tst_Rotate::pastTheCache_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<int>("offsetFloats"); // of the target's block
-    QTest::newRow("rows on cache lines") << 523 << 608 << 0;
-    QTest::newRow("rows across cache lines") << 523 << 607 << 4;
-    QTest::newRow("pixels across 16 bytes") << 523 << 607 << 1;
+    for (const int width : {1, 2, 15, 16, 17, 47}) {
+        for (const int height : {1, 3, 16, 33}) {
+            Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
+            const Image turnedBefore = turned, backBefore = back;
+            QVERIFY(Rotate(image, turned, 90.0, 0.0, width - 1) == Status::Ok);
+            // Counter-clockwise: the right-hand column is the top row.
+            CompareSamples(
+                turned.Size(), 4, Reader(turned), [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); },
+                0);
+            QVERIFY(turned.HasGapsOf(turnedBefore));
+            QVERIFY(Rotate(turned, back, -90.0, width - 1, 0.0) == Status::Ok);
+            CompareSamples(back.Size(), 4, Reader(back), Reader(image), 0);
+            QVERIFY(back.HasGapsOf(backBefore));
+        }
+    }
 }
 
 void tst_Rotate::pastTheCache()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    QFETCH(int, offsetFloats);
-    Image image(width, height, 1);
-    const Step step = height * 16;
-    auto *block = reinterpret_cast<Ipp32f *>(ippsMalloc_8u(step * width + 16));
-    Ipp32f *turned = block + offsetFloats;
-    ippiRotate_32f_C4R(image.Data(), image.Size(), image.StepBytes(), {0, 0, width, height}, turned, step,
-                       {0, 0, height, width}, 90.0, 0.0, width - 1, kCubic);
-    CompareSamples(
-        {height, width}, 4, [&](int x, int y, int c) { return turned[(y * height + x) * 4 + c]; },
-        [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); }, 0);
-    ippsFree(block);
+    const std::pair<int, int> rows[] = {
+        {608, 0}, {607, 4}, {607, 1}}; // rows on and across lines, pixels across 16 bytes
+    for (const auto &[rowCount, offsetFloats] : rows) {
+        const int width = 523, height = rowCount;
+        Image image(width, height, 1);
+        const Step step = height * 16;
+        auto *block = reinterpret_cast<Ipp32f *>(ippsMalloc_8u(step * width + 16));
+        Ipp32f *turned = block + offsetFloats;
+        ippiRotate_32f_C4R(image.Data(), image.Size(), image.StepBytes(), {0, 0, width, height}, turned, step,
+                           {0, 0, height, width}, 90.0, 0.0, width - 1, kCubic);
+        CompareSamples(
+            {height, width}, 4, [&](int x, int y, int c) { return turned[(y * height + x) * 4 + c]; },
+            [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); }, 0);
+        ippsFree(block);
+    }
 }
 
 void tst_Rotate::rightAngles_data()
@@ -188,34 +171,25 @@ void tst_Rotate::rampUnderAnyAngle()
     QCOMPARE(holes, 0);
 }
 
-void tst_Rotate::refused_data()
-{
-    QTest::addColumn<double>("angle");
-    QTest::addColumn<double>("shift");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("interpolation");
-    QTest::addColumn<int>("status");
-    const double nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
-    QTest::newRow("angle is not a number") << nan << 0.0 << 3 << 4 << int(Status::BadArgument);
-    QTest::newRow("endless shift") << 90.0 << inf << 3 << 4 << int(Status::BadArgument);
-    QTest::newRow("shift beyond integers: nothing comes from the source") << 90.0 << 1e30 << 3 << 4 << int(Status::Ok);
-    QTest::newRow("shift far away") << 90.0 << 1e12 << 3 << 4 << int(Status::Ok);
-    QTest::newRow("linear") << 90.0 << 0.0 << 3 << 2 << int(Status::BadArgument);
-    QTest::newRow("no width") << 90.0 << 0.0 << 0 << 4 << int(Status::BadSize);
-}
-
 void tst_Rotate::refused()
 {
-    QFETCH(double, angle);
-    QFETCH(double, shift);
-    QFETCH(int, width);
-    QFETCH(int, interpolation);
-    Image image(3, 3, 1), target(3, 3, 2), before = target;
-    const Status status =
-        ippiRotate_32f_C4R(image.Data(), {3, 3}, image.StepBytes(), {0, 0, width, 3}, target.Data(), target.StepBytes(),
-                           {0, 0, 3, 3}, angle, shift, 0.0, static_cast<Interpolation>(interpolation));
-    QTEST(int(status), "status");
-    CompareSamples(target.Size(), 4, Reader(target), Reader(before), 0);
+    const double nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
+    const struct {
+        double angle, shift;
+        int width, interpolation;
+        Status status;
+    } rows[] = {{nan, 0, 3, 4, Status::BadArgument}, {90, inf, 3, 4, Status::BadArgument},
+                {90, 1e30, 3, 4, Status::Ok}, // beyond integers: nothing comes from the source
+                {90, 1e12, 3, 4, Status::Ok},        {90, 0, 3, 2, Status::BadArgument}, // linear
+                {90, 0, 0, 4, Status::BadSize}};
+    for (const auto &row : rows) {
+        Image image(3, 3, 1), target(3, 3, 2), before = target;
+        QVERIFY(ippiRotate_32f_C4R(image.Data(), {3, 3}, image.StepBytes(), {0, 0, row.width, 3}, target.Data(),
+                                   target.StepBytes(), {0, 0, 3, 3}, row.angle, row.shift, 0.0,
+                                   static_cast<Interpolation>(row.interpolation))
+                == row.status);
+        CompareSamples(target.Size(), 4, Reader(target), Reader(before), 0);
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_Rotate)

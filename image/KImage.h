@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <string>
 
 class ImageDatas;
@@ -116,6 +117,18 @@ public:
     /// @p compression as in TranscodeCompression. ICC profile, IPTC and EXIF of the file @p metadataSource are carried
     /// over unless it is empty. A failed write leaves an existing file as it was, and no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
+    /// A picture that is made while it is written, and never lies whole in memory.
+    struct RowsToWrite {
+        int width, height;
+        unsigned short type;
+        int bitsPerComponent;
+        /// Makes the rows of the picture from @p firstRow on in @p rows, a wrapped block of the form above. Called from
+        /// the top down on the calling thread. What it throws ends the write and reaches the caller.
+        std::function<void(KImage &rows, int firstRow)> fill;
+    };
+    /// As Write of the whole picture: the same file, the same failures. For "tiff" alone.
+    static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
+                          const QString &metadataSource);
     /// As Write, into a block that becomes the caller's: to be given back by free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's own form, which ID_Read at native depth gives back as it was.

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -107,6 +108,62 @@ int FormatIndex(const QString &formatName)
     return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
 }
 
+/// The steps of every write. The pixels of @p image are not looked at; @p save(path, params) writes the file and gives
+/// the layer's error.
+template <typename Save>
+void WriteBy(KImage &image, const QString &fileName, const QString &format, int compression,
+             const QString &metadataSource, Save save)
+{
+    if (!image.m_bitmap)
+        KThrow(kInvalidBitmap);
+    if (!IsWorkingDepth(image.bitsPerComponent()))
+        KThrow(kInvalidBitmap);
+    if (fileName.isEmpty())
+        KThrow(kInvalidParameter);
+    if (format.isEmpty())
+        KThrow(kInvalidParameter);
+
+    const QString formatName = FormatName(format);
+    GFL_SAVE_PARAMS params;
+    gflGetDefaultSaveParams(&params);
+    image.TranscodeCompression(formatName, compression, params);
+
+    if (!metadataSource.isEmpty()) {
+        GFL_BITMAP *loaded = nullptr;
+        const int error = gflLoadMetadataUTF8(metadataSource.toUtf8().constData(), &loaded);
+        const Bitmap source(loaded);
+        image.CheckIfGFLError(error, metadataSource, KPlace());
+        CopyMetadata(source.get(), image.m_bitmap, params);
+    }
+
+    params.FormatIndex = FormatIndex(formatName);
+    const int error = save(fileName.toUtf8().constData(), params);
+    if (error != GFL_NO_ERROR)
+        BlameDisk(fileName, *image.m_bitmap, KPlace());
+    image.CheckIfGFLError(error, fileName, KPlace());
+}
+
+/// A call of WriteRows on its way through the layer, which no exception may cross.
+struct RowsRequest {
+    const KImage::RowsToWrite &rows;
+    std::exception_ptr failure;
+};
+
+int MakeRows(int firstRow, int count, std::uint8_t *data, std::uint32_t bytesPerLine, void *userData) noexcept
+{
+    auto &request = *static_cast<RowsRequest *>(userData);
+    try {
+        KImage band;
+        band.AllocBitmap(request.rows.width, count, request.rows.type, request.rows.bitsPerComponent, /*clear=*/false,
+                         data, static_cast<int>(bytesPerLine));
+        request.rows.fill(band, firstRow);
+        return GFL_NO_ERROR;
+    } catch (...) {
+        request.failure = std::current_exception();
+        return GFL_ERROR_BAD_BITMAP;
+    }
+}
+
 bool IsSameByte(char a, char b)
 {
     return a == b;
@@ -181,33 +238,25 @@ void KImage::ReadFromMemory(unsigned char *data, unsigned int size)
 
 void KImage::Write(QString fileName, QString format, int compression, QString metadataSource)
 {
-    if (!m_bitmap)
-        KThrow(kInvalidBitmap);
-    if (!IsWorkingDepth(bitsPerComponent()))
-        KThrow(kInvalidBitmap);
-    if (fileName.isEmpty())
+    WriteBy(
+        *this, fileName, format, compression, metadataSource,
+        [this](const char *path, const GFL_SAVE_PARAMS &params) { return gflSaveBitmapUTF8(path, m_bitmap, &params); });
+}
+
+void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
+                       const QString &metadataSource)
+{
+    if (!IsWorkingType(rows.type) || !IsWorkingDepth(rows.bitsPerComponent))
         KThrow(kInvalidParameter);
-    if (format.isEmpty())
-        KThrow(kInvalidParameter);
-
-    const QString formatName = FormatName(format);
-    GFL_SAVE_PARAMS params;
-    gflGetDefaultSaveParams(&params);
-    TranscodeCompression(formatName, compression, params);
-
-    if (!metadataSource.isEmpty()) {
-        GFL_BITMAP *loaded = nullptr;
-        const int error = gflLoadMetadataUTF8(metadataSource.toUtf8().constData(), &loaded);
-        const Bitmap source(loaded);
-        CheckIfGFLError(error, metadataSource, KPlace());
-        CopyMetadata(source.get(), m_bitmap, params);
-    }
-
-    params.FormatIndex = FormatIndex(formatName);
-    const int error = gflSaveBitmapUTF8(fileName.toUtf8().constData(), m_bitmap, &params);
-    if (error != GFL_NO_ERROR)
-        BlameDisk(fileName, *m_bitmap, KPlace());
-    CheckIfGFLError(error, fileName, KPlace());
+    KImage shape(rows.width, /*height=*/1, rows.type, rows.bitsPerComponent, /*clear=*/false, nullptr, 0);
+    shape.m_bitmap->Height = rows.height; // a record as of the whole picture; its pixels are not looked at
+    RowsRequest request = {rows, nullptr};
+    WriteBy(shape, fileName, format, compression, metadataSource, [&](const char *path, const GFL_SAVE_PARAMS &params) {
+        const int error = gflSaveRowsUTF8(path, shape.m_bitmap, MakeRows, &request, &params);
+        if (request.failure)
+            std::rethrow_exception(request.failure);
+        return error;
+    });
 }
 
 void KImage::WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression)

@@ -26,6 +26,14 @@ std::string KnownFormats()
 
 } // namespace
 
+Status RowMaker::Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine) const
+{
+    const int error = callback(firstRow, rows, data, bytesPerLine, userData);
+    return error == GFL_NO_ERROR
+        ? Status::Ok()
+        : Status::Fail(static_cast<GflError>(error), Text("rows from %d on could not be made", firstRow));
+}
+
 const Codec *CodecAt(std::int32_t index)
 {
     const auto count = static_cast<std::int32_t>(std::size(kCodecs));

@@ -15,12 +15,22 @@ namespace imagefile {
 
 struct Metadata;
 
+/// Where the rows of a picture come from that is made while it is written.
+struct RowMaker {
+    GFL_ROWS_CALLBACK callback;
+    void *userData;
+
+    /// As the callback.
+    Status Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine) const;
+};
+
 /// What a save is asked for. @c metadata is null when there is none; its ICC profile is empty unless it is to be
-/// written.
+/// written. With @c rows the bitmap has no pixels: they are made, from the top down.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
     const Metadata *metadata = nullptr;
+    const RowMaker *rows = nullptr;
     int threads = 1;
     bool lzwAllowed = false;
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
@@ -51,6 +61,8 @@ public:
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
+    /// Whether Write takes rows that are made meanwhile.
+    virtual bool WritesMadeRows() const { return false; }
     /// @p bitmap is valid: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };

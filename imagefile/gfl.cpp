@@ -125,7 +125,8 @@ bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
     return space != "GRAY" && space != "CMYK" && space != "Lab ";
 }
 
-Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const RowMaker *rows,
+              const GFL_SAVE_PARAMS &params)
 {
     Metadata metadata;
     if (const Metadata *carried = MetadataOf(&bitmap)) {
@@ -138,26 +139,32 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const GF
     options.compression = params.Compression;
     options.quality = params.Quality;
     options.metadata = &metadata;
+    options.rows = rows;
     options.threads = SaveThreads();
     options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
     return codec.Write(bitmap, options, sink);
 }
 
-Status CheckSave(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
-    if (!CodecAt(params.FormatIndex))
+    const Codec *codec = CodecAt(params.FormatIndex);
+    if (!codec)
         return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("there is no format %d", params.FormatIndex));
-    return CheckBitmap(bitmap);
+    if (rows && !codec->WritesMadeRows())
+        return Status::Fail(GFL_ERROR_BAD_PARAMETERS,
+                            Text("%s is written from whole pictures, not row by row", codec->Name()));
+    return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
-Status Save(const char *path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params)
+/// @p rows makes the pixels; null where the bitmap has them.
+Status Save(const char *path, const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
-    if (Status status = CheckSave(bitmap, params); !status)
+    if (Status status = CheckSave(bitmap, rows, params); !status)
         return status;
     FileSink sink;
     if (Status status = sink.Create(path); !status)
         return status;
-    if (Status status = SaveTo(&sink, *CodecAt(params.FormatIndex), bitmap, params); !status)
+    if (Status status = SaveTo(&sink, *CodecAt(params.FormatIndex), bitmap, rows, params); !status)
         return status;
     return sink.Commit();
 }
@@ -320,7 +327,18 @@ void gflFreeBitmap(GFL_BITMAP *bitmap)
 
 int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params)
 {
-    return Guarded([&] { return path && bitmap && params ? Save(path, *bitmap, *params) : BadParameters(); });
+    return Guarded([&] { return path && bitmap && params ? Save(path, *bitmap, nullptr, *params) : BadParameters(); });
+}
+
+int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
+                    const GFL_SAVE_PARAMS *params)
+{
+    return Guarded([&] {
+        if (!path || !bitmap || !rows || !params)
+            return BadParameters();
+        const RowMaker maker = {rows, userData};
+        return Save(path, *bitmap, &maker, *params);
+    });
 }
 
 int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
@@ -331,10 +349,10 @@ int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_
     return Guarded([&] {
         if (!data || !size || !bitmap || !params)
             return BadParameters();
-        if (Status status = CheckSave(*bitmap, *params); !status)
+        if (Status status = CheckSave(*bitmap, nullptr, *params); !status)
             return status;
         MemorySink sink;
-        if (Status status = SaveTo(&sink, *CodecAt(params->FormatIndex), *bitmap, *params); !status)
+        if (Status status = SaveTo(&sink, *CodecAt(params->FormatIndex), *bitmap, nullptr, *params); !status)
             return status;
         if (sink.Size() > UINT32_MAX)
             return Status::Fail(GFL_ERROR_FILE_WRITE, "the file is too large for a block of memory");

@@ -92,6 +92,18 @@ GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 /// file as it was. Symbolic links are followed.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
+/// Makes rows @p firstRow to @p firstRow + @p rows - 1 of a picture in @p data, one every @p bytesPerLine bytes. Must
+/// not throw; returns a number of GflError, and any but 0 ends the save with that number.
+typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine,
+                                 void *userData);
+
+/// As gflSaveBitmapUTF8, the same file, for a picture that never lies whole in memory: @p bitmap tells its size and
+/// form and carries the metadata, its Data is not looked at. All rows are asked for once and in order, some at a time,
+/// on the calling thread, while others pack what is there. For "tiff" alone; other formats are
+/// GFL_ERROR_BAD_PARAMETERS.
+GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
+                            const GFL_SAVE_PARAMS *params);
+
 /// As gflSaveBitmapUTF8, into a block of the layer's allocator that is the caller's to free.
 GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, const GFL_BITMAP *bitmap,
                                     const GFL_SAVE_PARAMS *params);

@@ -58,19 +58,24 @@ Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP>
     return Status::Ok();
 }
 
-Status CheckBitmap(const GFL_BITMAP &bitmap)
+Status CheckShape(const GFL_BITMAP &bitmap)
 {
     const int channels =
         bitmap.Type == GFL_GREY || bitmap.Type == GFL_RGB || bitmap.Type == GFL_RGBA ? ChannelsOfType(bitmap.Type) : 0;
     const int bits = bitmap.BitsPerComponent;
     const std::int64_t rowBytes = std::int64_t(bitmap.Width) * channels * (bits / 8); // <= 2^31 * 4 * 8191
-    const bool good = bitmap.Data && channels != 0 && bitmap.Width > 0 && bitmap.Height > 0 && bitmap.Origin == 0
+    const bool good = channels != 0 && bitmap.Width > 0 && bitmap.Height > 0 && bitmap.Origin == 0
         && (bits == 8 || bits == 16 || bits == 32) && bitmap.BytesPerLine >= rowBytes;
     if (good)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_BAD_BITMAP,
                         Text("no use for a bitmap of type %d, %d bits, %d x %d pixels in rows of %u bytes", bitmap.Type,
                              bits, bitmap.Width, bitmap.Height, bitmap.BytesPerLine));
+}
+
+Status CheckBitmap(const GFL_BITMAP &bitmap)
+{
+    return bitmap.Data ? CheckShape(bitmap) : Status::Fail(GFL_ERROR_BAD_BITMAP, "the bitmap has no pixels");
 }
 
 BitmapRows::BitmapRows(const GFL_LOAD_PARAMS &params) : m_params(params), m_bitmap(nullptr, gflFreeBitmap) { }

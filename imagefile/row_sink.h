@@ -45,8 +45,9 @@ PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP> *bitmap);
 
 /// Whether a caller's record is what the layer takes: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, rows from the
-/// top, long enough. Otherwise GFL_ERROR_BAD_BITMAP.
+/// top, long enough. Otherwise GFL_ERROR_BAD_BITMAP. CheckShape: but for its pixels, which it may not have.
 Status CheckBitmap(const GFL_BITMAP &bitmap);
+Status CheckShape(const GFL_BITMAP &bitmap);
 
 /// A bitmap in the form that the load parameters ask for. Rows of that form are decoded right into it.
 class BitmapRows : public RowSink {

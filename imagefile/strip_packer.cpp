@@ -14,7 +14,8 @@ namespace imagefile {
 
 namespace {
 
-/// Packed strips a thread may be ahead of the writer: enough that nobody waits while the disk takes a strip.
+/// Strips a thread may be ahead of the writer: enough that nobody waits while the disk takes a strip, or while the
+/// calling thread packs one.
 constexpr int kSlotsPerThread = 3;
 
 /// A compressor with its buffer for unpacked bytes; one for each thread.
@@ -32,9 +33,9 @@ public:
     std::size_t Bound() const { return libdeflate_zlib_compress_bound(m_compressor.get(), m_job.maxStripBytes); }
 
     /// @p packed holds Bound() bytes, so that every strip fits.
-    std::size_t Pack(int strip, std::uint8_t *packed)
+    std::size_t Pack(int strip, const std::uint8_t *rows, std::uint8_t *packed)
     {
-        const std::size_t bytes = m_job.fill(strip, m_unpacked.data());
+        const std::size_t bytes = m_job.fill(strip, rows, m_unpacked.data());
         return libdeflate_zlib_compress(m_compressor.get(), m_unpacked.data(), bytes, packed, Bound());
     }
 
@@ -44,57 +45,59 @@ private:
     std::vector<std::uint8_t> m_unpacked;
 };
 
-/// The plain way, and the definition of what comes out.
-Status PackAlone(const StripJob &job)
-{
-    Packer packer(job);
-    std::vector<std::uint8_t> packed(packer.Bound());
-    for (int strip = 0; strip < job.strips; ++strip) {
-        const std::size_t bytes = packer.Pack(strip, packed.data());
-        if (Status status = job.write(strip, packed.data(), bytes); !status)
-            return status;
-    }
-    return Status::Ok();
-}
-
-/// Threads take strips in turn and pack each into a slot of a ring; the calling thread writes the slots in order.
+/// The calling thread makes strips ahead in a ring of slots and writes the packed ones in order; the others pack what
+/// is made, and so does the calling thread when nothing else is to be done. Alone it does everything in turn.
 class Ring {
 public:
-    Ring(const StripJob &job, int threads);
+    explicit Ring(const StripJob &job);
     ~Ring();
     Ring(const Ring &) = delete;
     Ring &operator=(const Ring &) = delete;
 
-    bool Start(); // false: no thread could be started
-    Status WriteAll();
+    Status Run();
 
 private:
     struct Slot {
-        std::vector<std::uint8_t> packed;
+        std::vector<std::uint8_t> rows, packed;
         std::size_t bytes = 0;
         int strip = -1; // that lies packed here
     };
+    using Lock = std::unique_lock<std::mutex>;
 
+    void StartThreads();
     void Work(Packer *packer);
+    void PackNext(Packer *packer, Lock *lock);
+    Status MakeNext(Lock *lock);
+    Status WriteNext(Lock *lock);
     Slot &SlotOf(int strip) { return m_slots[static_cast<std::size_t>(strip) % m_slots.size()]; }
+    bool HasSlotToMake() const
+    {
+        return m_made < m_job.strips && m_made < m_written + static_cast<int>(m_slots.size());
+    }
+    bool HasPacked(int strip) { return SlotOf(strip).strip == strip; }
 
     const StripJob &m_job;
-    std::vector<std::unique_ptr<Packer>> m_packers;
+    std::vector<std::unique_ptr<Packer>> m_packers; // the first is the calling thread's
     std::vector<Slot> m_slots;
     std::vector<std::thread> m_threads;
     std::mutex m_mutex; // guards all below, and the strip numbers of the slots
-    std::condition_variable m_packed, m_written;
-    int m_next = 0; // to be packed
-    int m_done = 0; // strips written
+    std::condition_variable m_strips, m_packed;
+    // Strips that are made, that somebody packs or has packed, and that are written: each no more than the one before.
+    int m_made = 0, m_taken = 0, m_written = 0;
     bool m_stop = false;
 };
 
-Ring::Ring(const StripJob &job, int threads) : m_job(job), m_slots(static_cast<std::size_t>(threads) * kSlotsPerThread)
+Ring::Ring(const StripJob &job) : m_job(job)
 {
+    const int threads = std::min(job.threads, job.strips);
     for (int i = 0; i < threads; ++i) // all memory is taken here, so that a thread can't fail
         m_packers.push_back(std::make_unique<Packer>(job));
-    for (Slot &slot : m_slots)
+    m_slots.resize(static_cast<std::size_t>(threads > 1 ? threads * kSlotsPerThread : 1));
+    for (Slot &slot : m_slots) {
         slot.packed.resize(m_packers[0]->Bound());
+        if (job.make)
+            slot.rows.resize(job.maxStripBytes);
+    }
     m_threads.reserve(static_cast<std::size_t>(threads));
 }
 
@@ -104,54 +107,84 @@ Ring::~Ring()
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_stop = true;
     }
-    m_written.notify_all();
+    m_strips.notify_all();
     for (std::thread &thread : m_threads)
         thread.join();
 }
 
-bool Ring::Start()
+void Ring::StartThreads()
 {
     try {
-        for (const auto &packer : m_packers)
-            m_threads.emplace_back(&Ring::Work, this, packer.get());
+        for (std::size_t i = 1; i < m_packers.size(); ++i)
+            m_threads.emplace_back(&Ring::Work, this, m_packers[i].get());
     } catch (const std::system_error &) { // the ones that run will do
     }
-    return !m_threads.empty();
 }
 
 void Ring::Work(Packer *packer)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    const int slots = static_cast<int>(m_slots.size());
-    while (!m_stop && m_next < m_job.strips) {
-        const int strip = m_next++;
-        m_written.wait(lock, [&] { return m_stop || strip < m_done + slots; });
+    Lock lock(m_mutex);
+    for (;;) {
+        m_strips.wait(lock, [&] { return m_stop || m_taken < m_made; });
         if (m_stop)
             return;
-        Slot &slot = SlotOf(strip);
-        lock.unlock();
-        slot.bytes = packer->Pack(strip, slot.packed.data());
-        lock.lock();
-        slot.strip = strip;
-        m_packed.notify_one();
+        PackNext(packer, &lock);
     }
 }
 
-Status Ring::WriteAll()
+void Ring::PackNext(Packer *packer, Lock *lock)
 {
-    for (int strip = 0; strip < m_job.strips; ++strip) {
-        Slot &slot = SlotOf(strip);
-        {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            m_packed.wait(lock, [&] { return slot.strip == strip; });
-        }
-        if (Status status = m_job.write(strip, slot.packed.data(), slot.bytes); !status)
+    const int strip = m_taken++;
+    Slot &slot = SlotOf(strip);
+    lock->unlock();
+    slot.bytes = packer->Pack(strip, m_job.make ? slot.rows.data() : nullptr, slot.packed.data());
+    lock->lock();
+    slot.strip = strip;
+    m_packed.notify_one();
+}
+
+Status Ring::MakeNext(Lock *lock)
+{
+    if (m_job.make) {
+        const int strip = m_made;
+        lock->unlock();
+        if (Status status = m_job.make(strip, SlotOf(strip).rows.data()); !status)
             return status;
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_done = strip + 1;
-        }
-        m_written.notify_all();
+        lock->lock();
+    }
+    ++m_made;
+    m_strips.notify_one();
+    return Status::Ok();
+}
+
+Status Ring::WriteNext(Lock *lock)
+{
+    const int strip = m_written;
+    Slot &slot = SlotOf(strip);
+    lock->unlock();
+    if (Status status = m_job.write(strip, slot.packed.data(), slot.bytes); !status)
+        return status;
+    lock->lock();
+    ++m_written;
+    return Status::Ok();
+}
+
+Status Ring::Run()
+{
+    StartThreads();
+    Lock lock(m_mutex);
+    while (m_written < m_job.strips) {
+        Status status = Status::Ok();
+        if (HasPacked(m_written))
+            status = WriteNext(&lock);
+        else if (HasSlotToMake())
+            status = MakeNext(&lock);
+        else if (m_taken < m_made)
+            PackNext(m_packers[0].get(), &lock);
+        else
+            m_packed.wait(lock, [&] { return HasPacked(m_written); });
+        if (!status)
+            return status;
     }
     return Status::Ok();
 }
@@ -160,13 +193,7 @@ Status Ring::WriteAll()
 
 Status PackStrips(const StripJob &job)
 {
-    const int threads = std::min(job.threads, job.strips);
-    if (threads > 1) {
-        Ring ring(job, threads);
-        if (ring.Start())
-            return ring.WriteAll();
-    }
-    return PackAlone(job);
+    return Ring(job).Run();
 }
 
 } // namespace imagefile

@@ -37,6 +37,8 @@ public:
         return ReadTiffThumbnail(source, box, rows);
     }
 
+    bool WritesMadeRows() const override { return true; }
+
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {
         return WriteTiff(bitmap, options, sink);

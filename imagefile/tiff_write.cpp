@@ -27,9 +27,10 @@ constexpr std::uint64_t kOtherBytes = 65536;
 
 /// The pixels to be written, and how they are cut.
 struct Picture {
-    explicit Picture(const GFL_BITMAP &source);
+    Picture(const GFL_BITMAP &source, const RowMaker *rowMaker);
 
     const GFL_BITMAP &bitmap;
+    const RowMaker *maker; // of the rows; null where the bitmap holds them
     PixelForm form;
     std::size_t rowBytes; // without padding
     int rowsPerStrip;
@@ -37,17 +38,31 @@ struct Picture {
 
     int RowsOf(int strip) const { return std::min(rowsPerStrip, bitmap.Height - strip * rowsPerStrip); }
     const std::uint8_t *Row(int y) const { return bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine; }
+    std::size_t BytesOf(int strip) const { return rowBytes * static_cast<std::size_t>(RowsOf(strip)); }
     std::uint64_t Bytes() const { return std::uint64_t(rowBytes) * static_cast<std::uint64_t>(bitmap.Height); }
+    /// Puts the rows of a strip one behind the other. Made rows are asked for in order.
+    Status FillStrip(int strip, std::uint8_t *dst) const;
 };
 
-Picture::Picture(const GFL_BITMAP &source)
+Picture::Picture(const GFL_BITMAP &source, const RowMaker *rowMaker)
     : bitmap(source),
+      maker(rowMaker),
       form{source.BitsPerComponent, ChannelsOfType(source.Type)},
       rowBytes(static_cast<std::size_t>(source.Width) * static_cast<std::size_t>(form.BytesPerPixel()))
 {
     rowsPerStrip =
         static_cast<int>(std::clamp<std::int64_t>(kStripBytes / static_cast<std::int64_t>(rowBytes), 1, source.Height));
     strips = (source.Height - 1) / rowsPerStrip + 1;
+}
+
+Status Picture::FillStrip(int strip, std::uint8_t *dst) const
+{
+    const int firstRow = strip * rowsPerStrip;
+    if (maker)
+        return maker->Make(firstRow, RowsOf(strip), dst, static_cast<std::uint32_t>(rowBytes));
+    for (int y = 0; y < RowsOf(strip); ++y)
+        std::memcpy(dst + static_cast<std::size_t>(y) * rowBytes, Row(firstRow + y), rowBytes);
+    return Status::Ok();
 }
 
 /// TIFF's numbers for those of the layer.
@@ -86,9 +101,8 @@ std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const
 }
 
 /// Copies a row without padding, as the predictor wants it.
-void PredictRow(const Picture &picture, int y, std::uint8_t *dst)
+void PredictRow(const Picture &picture, const std::uint8_t *src, std::uint8_t *dst)
 {
-    const std::uint8_t *src = picture.Row(y);
     const auto width = static_cast<std::size_t>(picture.bitmap.Width);
     const auto channels = static_cast<std::size_t>(picture.form.channels);
     if (picture.form.bits == 8)
@@ -181,20 +195,15 @@ Status Writer::WriteRawStrip(int strip, const std::uint8_t *data, std::size_t by
 
 Status Writer::WritePlain()
 {
-    const bool isPacked = m_picture.rowBytes == m_picture.bitmap.BytesPerLine;
-    std::vector<std::uint8_t> buffer;
+    const bool isPacked = !m_picture.maker && m_picture.rowBytes == m_picture.bitmap.BytesPerLine;
+    std::vector<std::uint8_t> buffer(isPacked ? 0 : m_picture.BytesOf(0));
     for (int strip = 0; strip < m_picture.strips; ++strip) {
-        const int firstRow = strip * m_picture.rowsPerStrip;
-        const std::size_t bytes = m_picture.rowBytes * static_cast<std::size_t>(m_picture.RowsOf(strip));
-        const std::uint8_t *data = m_picture.Row(firstRow);
         if (!isPacked) {
-            buffer.resize(bytes);
-            for (int y = 0; y < m_picture.RowsOf(strip); ++y)
-                std::memcpy(buffer.data() + static_cast<std::size_t>(y) * m_picture.rowBytes,
-                            m_picture.Row(firstRow + y), m_picture.rowBytes);
-            data = buffer.data();
+            if (Status status = m_picture.FillStrip(strip, buffer.data()); !status)
+                return status;
         }
-        if (Status status = WriteRawStrip(strip, data, bytes); !status)
+        const std::uint8_t *data = isPacked ? m_picture.Row(strip * m_picture.rowsPerStrip) : buffer.data();
+        if (Status status = WriteRawStrip(strip, data, m_picture.BytesOf(strip)); !status)
             return status;
     }
     return Status::Ok();
@@ -202,11 +211,17 @@ Status Writer::WritePlain()
 
 Status Writer::WriteLzw()
 {
-    std::vector<std::uint8_t> buffer(m_picture.rowBytes);
-    for (int y = 0; y < m_picture.bitmap.Height; ++y) {
-        std::memcpy(buffer.data(), m_picture.Row(y), buffer.size()); // libtiff's predictor works in place
-        if (TIFFWriteScanline(Tiff(), buffer.data(), static_cast<std::uint32_t>(y)) < 0)
-            return m_handle.Failure(GFL_ERROR_FILE_WRITE);
+    std::vector<std::uint8_t> buffer(m_picture.BytesOf(0)); // libtiff's predictor works in place
+    for (int strip = 0; strip < m_picture.strips; ++strip) {
+        if (Status status = m_picture.FillStrip(strip, buffer.data()); !status)
+            return status;
+        for (int y = 0; y < m_picture.RowsOf(strip); ++y) {
+            const int row = strip * m_picture.rowsPerStrip + y;
+            if (TIFFWriteScanline(Tiff(), buffer.data() + static_cast<std::size_t>(y) * m_picture.rowBytes,
+                                  static_cast<std::uint32_t>(row))
+                < 0)
+                return m_handle.Failure(GFL_ERROR_FILE_WRITE);
+        }
     }
     return Status::Ok();
 }
@@ -215,15 +230,17 @@ Status Writer::WriteDeflate()
 {
     StripJob job;
     job.strips = m_picture.strips;
-    job.maxStripBytes = m_picture.rowBytes * static_cast<std::size_t>(m_picture.rowsPerStrip);
+    job.maxStripBytes = m_picture.BytesOf(0);
     job.threads = m_options.threads;
     job.level = kDeflateLevel;
-    job.fill = [this](int strip, std::uint8_t *buffer) {
-        const int rows = m_picture.RowsOf(strip);
-        for (int y = 0; y < rows; ++y)
-            PredictRow(m_picture, strip * m_picture.rowsPerStrip + y,
-                       buffer + static_cast<std::size_t>(y) * m_picture.rowBytes);
-        return m_picture.rowBytes * static_cast<std::size_t>(rows);
+    if (m_picture.maker)
+        job.make = [this](int strip, std::uint8_t *rows) { return m_picture.FillStrip(strip, rows); };
+    job.fill = [this](int strip, const std::uint8_t *made, std::uint8_t *buffer) {
+        const std::uint8_t *src = made ? made : m_picture.Row(strip * m_picture.rowsPerStrip);
+        const std::size_t stride = made ? m_picture.rowBytes : m_picture.bitmap.BytesPerLine;
+        for (std::size_t y = 0; y < static_cast<std::size_t>(m_picture.RowsOf(strip)); ++y)
+            PredictRow(m_picture, src + y * stride, buffer + y * m_picture.rowBytes);
+        return m_picture.BytesOf(strip);
     };
     job.write = [this](int strip, const std::uint8_t *packed, std::size_t bytes) {
         return WriteRawStrip(strip, packed, bytes);
@@ -266,7 +283,7 @@ Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sin
             Text("TIFF: compression %d; 0 (none), 2 (LZW) and 4 (deflate) are written", options.compression));
     if (compression == COMPRESSION_LZW && !options.lzwAllowed)
         return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "TIFF: LZW has not been enabled");
-    const Picture picture(bitmap);
+    const Picture picture(bitmap, options.rows);
     return Writer(picture, options, compression, sink).Write();
 }
 

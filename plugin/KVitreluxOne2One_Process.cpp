@@ -61,23 +61,36 @@ FloatWarp::Frame FrameOf(const KImage &image)
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// The corrected picture of @p source in another form, band by band: float pixels of the result never need more than a
-/// band's memory, and are converted while they are in the caches.
-void CorrectInto(KImage &result, const newLCP &lcp, const KImage &source, FloatWarp::Switches switches)
-{
-    constexpr int kBandRows = 16;
-    const FloatWarp::Frame frame = FrameOf(source);
-    const auto unwritten =
-        frame == FloatWarp::Frame::Landscape ? FloatWarp::Unwritten::FromSource : FloatWarp::Unwritten::Cleared;
-    const FloatWarp warp(lcp, switches, frame, source);
-    KImage band;
-    for (int y = 0; y < source.height(); y += kBandRows) {
-        const int rows = qMin(kBandRows, source.height() - y);
-        band.AllocBitmap(source.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-        warp.Render(band, y, unwritten);
-        band.CropCopyTo(0, 0, source.width(), rows, result, 0, y);
+/// Makes bands of the corrected picture in another form: float pixels of the result never need more than a band's
+/// memory, and are converted while they are in the caches.
+class CorrectedBands {
+public:
+    /// @p source must outlive the object. Without @p lcp the picture stays as it is.
+    CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, FloatWarp::Switches switches)
+        : m_source(source)
+    {
+        if (lcp)
+            m_warp.emplace(*lcp, switches, FrameOf(source), source);
     }
-}
+
+    void Fill(KImage &rows, int firstRow)
+    {
+        if (!m_warp) {
+            m_source.CropCopyTo(0, firstRow, rows.width(), rows.height(), rows, 0, 0);
+            return;
+        }
+        const auto unwritten = FrameOf(m_source) == FloatWarp::Frame::Landscape ? FloatWarp::Unwritten::FromSource
+                                                                                : FloatWarp::Unwritten::Cleared;
+        m_band.AllocBitmap(rows.width(), rows.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+        m_warp->Render(m_band, firstRow, unwritten);
+        m_band.CropCopyTo(0, 0, rows.width(), rows.height(), rows, 0, 0);
+    }
+
+private:
+    const KImage &m_source;
+    std::optional<FloatWarp> m_warp;
+    KImage m_band;
+};
 
 } // namespace
 
@@ -125,7 +138,7 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
     if (!def)
         ThrowNotLoaded(fileName);
     auto &params = *static_cast<Params *>(parameters);
-    KImage source, result;
+    KImage source;
     std::optional<newLCP> lcp;
     {
         const FullSizeLock full(def);
@@ -134,16 +147,12 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         full.Image()->Convert(source, GFL_RGBA, 32);
         lcp = ProfileOf(def, params);
     }
+    CorrectedBands bands(lcp, source, SwitchesOf(params));
     const int depth = def->nDepth();
-    const unsigned short type = depth > 16 ? GFL_RGB : GFL_RGBA;
-    const int bits = depth > 16 ? 32 : depth;
-    if (lcp) {
-        result.AllocBitmap(source.width(), source.height(), type, bits, /*clear=*/false, nullptr, 0);
-        CorrectInto(result, *lcp, source, SwitchesOf(params));
-    } else {
-        source.Convert(result, type, bits);
-    }
-    source.FreeBitmap();
+    const bool isFloat = depth > 16; // without alpha then
+    const KImage::RowsToWrite rows = {source.width(), source.height(),
+                                      static_cast<unsigned short>(isFloat ? GFL_RGB : GFL_RGBA), isFloat ? 32 : depth,
+                                      [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
-    result.Write(outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
 }

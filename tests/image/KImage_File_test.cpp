@@ -273,6 +273,15 @@ void tst_KImageFile::failedWriteKeepsTheOldFile()
     QVERIFY(Thrown([&] {
                 image.Write(old, QStringLiteral("nonsense"), 0, QString());
             }).contains(QStringLiteral("BAD_FORMAT_INDEX")));
+    const QStringList before = QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden);
+    const KImage::RowsToWrite rows = {900, 900, GFL_RGBA, 8, [](KImage &band, int firstRow) {
+                                          if (firstRow > 400)
+                                              throw KException(QStringLiteral("no more rows"), QString());
+                                          band.ClearBitmap();
+                                      }};
+    QCOMPARE(Thrown([&] { KImage::WriteRows(rows, old, QStringLiteral("tiff"), 3, QString()); }),
+             QStringLiteral("no more rows"));
+    QCOMPARE(QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden), before);
     QCOMPARE(ReadFile(old), QByteArray("a picture"));
 }
 

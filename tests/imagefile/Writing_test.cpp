@@ -61,6 +61,24 @@ private:
     void (*m_handler)(int) = SIG_DFL;
 };
 
+/// Rows on demand out of a bitmap, in order and up to a row.
+struct Maker {
+    const GFL_BITMAP &bitmap;
+    int end, next;
+
+    static int Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine, void *self)
+    {
+        Maker &maker = *static_cast<Maker *>(self);
+        if (firstRow != maker.next || firstRow + rows > maker.end)
+            return GFL_ERROR_NO_MEMORY;
+        maker.next += rows;
+        for (int y = 0; y < rows; ++y)
+            std::memcpy(data + std::size_t(y) * bytesPerLine,
+                        maker.bitmap.Data + std::size_t(firstRow + y) * maker.bitmap.BytesPerLine, bytesPerLine);
+        return GFL_NO_ERROR;
+    }
+};
+
 } // namespace
 
 class tst_Writing : public QObject {
@@ -80,6 +98,7 @@ private Q_SLOTS:
     void badParameters();
     void badBitmaps();
     void paddedRows();
+    void madeRows();
 };
 
 void tst_Writing::writeThenRead_data()
@@ -333,6 +352,33 @@ void tst_Writing::paddedRows()
     for (int compression : {0, 2, 4})
         QCOMPARE(SavedBytes(*loose, SaveParams("tiff", compression)),
                  SavedBytes(*tight, SaveParams("tiff", compression)));
+}
+
+void tst_Writing::madeRows()
+{
+    const Folder folder;
+    const QString path = folder("a.tif");
+    const BitmapPtr bitmap = RandomBitmap(400, 3001, GFL_RGBA, 8); // ten strips, more than there are slots for two
+    GFL_BITMAP shape = *bitmap;
+    shape.Data = nullptr;
+    const auto save = [&](int end, const GFL_SAVE_PARAMS &params) {
+        Maker maker = {*bitmap, end, 0};
+        return gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
+    };
+    for (int compression : {0, 2, 4}) {
+        const GFL_SAVE_PARAMS params = SaveParams("tiff", compression);
+        for (int threads : {1, 2, 5}) {
+            gflSetThreads(threads);
+            QVERIFY(WriteBytes(path, "old"));
+            QCOMPARE(save(2000, params), int(GFL_ERROR_NO_MEMORY));
+            QCOMPARE(ReadBytes(path), QByteArray("old"));
+            QCOMPARE(save(3001, params), int(GFL_NO_ERROR));
+            QVERIFY(ReadBytes(path) == SavedBytes(*bitmap, params));
+        }
+        gflSetThreads(0);
+    }
+    QCOMPARE(save(3001, SaveParams("png")), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_Writing)

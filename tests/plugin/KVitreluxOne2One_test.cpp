@@ -69,6 +69,8 @@ private Q_SLOTS:
     void unreadableProfile();
     void fileRun_data();
     void fileRun();
+    void fileRunIsTheWholePicture_data();
+    void fileRunIsTheWholePicture();
     void failedRunGivesTheLockBack();
 
 private:
@@ -290,6 +292,48 @@ void tst_KVitreluxOne2One::fileRun()
         std::memcpy(&alpha, written.getData(11, 8) + 6, sizeof alpha);
         QCOMPARE(int(alpha), 65535);
     }
+}
+
+// A run from a file goes in bands; what comes out is the file of the whole picture, corrected in memory. Strips of the
+// file hold 512 KiB, so that these have several.
+void tst_KVitreluxOne2One::fileRunIsTheWholePicture_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("depth");
+    QTest::newRow("landscape, 8 bits") << QSize(1001, 300) << int(GFL_RGB) << 8;
+    QTest::newRow("upright, 16 bits") << QSize(299, 1001) << int(GFL_RGBA) << 16;
+    QTest::newRow("square, grey of 16 bits") << QSize(401, 401) << int(GFL_GREY) << 16;
+    QTest::newRow("landscape, float") << QSize(701, 201) << int(GFL_RGBA) << 32;
+    QTest::newRow("one row") << QSize(97, 1) << int(GFL_GREY) << 8;
+}
+
+void tst_KVitreluxOne2One::fileRunIsTheWholePicture()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, type);
+    QFETCH(int, depth);
+    const QString source = m_dir.filePath(QStringLiteral("whole.tif"));
+    FakeImageDef *def = Host().Def(source);
+    KImage pattern, whole, result;
+    FillWithCoordinates(pattern, size.width(), size.height());
+    pattern.Convert(def->pixels, static_cast<unsigned short>(type), depth);
+    def->pixels.Write(source, QStringLiteral("tiff"), 0, QString());
+    Params params;
+    params.disto = true;
+    params.lcpFilename = WriteProfile(qMax(size.width(), size.height()), qMin(size.width(), size.height()), -0.4);
+    KVitreluxOne2One process;
+    def->pixels.Convert(whole, GFL_RGBA, 32);
+    process.Process(qMakePair(static_cast<KIImageDef *>(def), &whole), &params);
+    whole.Convert(result, depth > 16 ? GFL_RGB : GFL_RGBA, depth);
+    const QString expected = m_dir.filePath(QStringLiteral("expected.tiff"));
+    result.Write(expected, QStringLiteral("tiff"), 3, source);
+
+    QString output;
+    process.Process(source, &params, output);
+    QFile got(output), wanted(expected);
+    QVERIFY(got.open(QIODevice::ReadOnly) && wanted.open(QIODevice::ReadOnly));
+    QVERIFY(got.readAll() == wanted.readAll());
 }
 
 void tst_KVitreluxOne2One::failedRunGivesTheLockBack()

@@ -5,40 +5,12 @@
 #include <QDir>
 
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <unistd.h>
+#include <cstring>
 
 namespace {
 
 const QString kProbe = "correct --profile p.lcp --plugin "_s + QStringLiteral(PROBE_PLUGIN " ");
 const QString kOutput = "a_corrected.tiff"_s;
-
-/// A terminal of our own, for the program to write to.
-class Terminal {
-public:
-    Terminal() : m_master(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK))
-    {
-        grantpt(m_master);
-        unlockpt(m_master);
-        m_keepOpen = open(ptsname(m_master), O_RDWR | O_NOCTTY); // what was written stays readable after the end
-    }
-    ~Terminal()
-    {
-        close(m_keepOpen);
-        close(m_master);
-    }
-    QString Name() const { return QString::fromUtf8(ptsname(m_master)); }
-    QByteArray ReadAll() const
-    {
-        char all[4096];
-        return QByteArray(all, qMax(0, static_cast<int>(read(m_master, all, sizeof all))));
-    }
-
-private:
-    int m_master;
-    int m_keepOpen;
-};
 
 } // namespace
 
@@ -46,21 +18,14 @@ class HostRunTest : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
     void callsInOrder();
-    void recordHolds_data();
     void recordHolds();
-    void failsWithOneLine_data();
     void failsWithOneLine();
-    void existingOutput_data();
     void existingOutput();
     void picturesAtOnceAreThoseOneByOne();
     void rivalsForOneOutput();
-    void interruptionLeavesNothing_data();
     void interruptionLeavesNothing();
-    void environment_data();
     void environment();
-    void names_data();
     void names();
-    void progressOnTerminal_data();
     void progressOnTerminal();
     void oneLine_data();
     void oneLine();
@@ -98,101 +63,82 @@ void HostRunTest::callsInOrder()
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
 }
 
-void HostRunTest::recordHolds_data()
-{
-    QTest::addColumn<QString>("switches");
-    QTest::addColumn<QString>("models"); // in the profile: d, c, v
-    QTest::addColumn<QString>("flags");  // Disto CA Falloff; empty: the picture fails
-    QTest::addColumn<QByteArray>("cut"); // a piece of the profile, and what is put in its place
-    QTest::addColumn<QByteArray>("patch");
-    const struct {
-        const char *name, *switches, *models, *flags, *cut, *patch;
-    } rows[] = {
-        {"everything there is", "", "dcv", "1 1 1", "", ""},
-        {"all but colour", "", "dv", "1 0 1", "", ""},
-        {"distortion is there", "", "d", "1 0 0", "", ""},
-        {"no distortion", "", "v", "0 0 1", "", ""},
-        {"nothing", "", "", "", "", ""},
-        {"distortion of all", "--distortion", "dcv", "1 0 0", "", ""},
-        {"two of all", "--ca --vignetting", "dcv", "0 1 1", "", ""},
-        {"colour is lacking", "--ca", "dv", "", "", ""},
-        {"one of two is lacking", "--distortion --vignetting", "dc", "", "", ""},
-        {"no focal length at all", "", "dcv", "", "FocalLengthX", "Other"},
-        {"red is missing", "", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
-        {"green is missing", "", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
-        {"value that is no number", "", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"},
-        {"fisheye without coefficients", "", "v", "0 0 1", "Perspective", "Fisheye"},
-    };
-    for (const auto &row : rows)
-        QTest::newRow(row.name) << QString::fromLatin1(row.switches) << QString::fromLatin1(row.models)
-                                << QString::fromLatin1(row.flags) << QByteArray(row.cut) << QByteArray(row.patch);
-}
-
 void HostRunTest::recordHolds()
 {
-    QFETCH(QString, models);
-    QFETCH(QString, flags);
-    QFETCH(QByteArray, cut);
-    const auto has = [&](char model) { return models.contains(QLatin1Char(model)); };
-    QByteArray profile = ProfileText({has('d'), has('c'), has('v')}, 60, 40);
-    QVERIFY(profile.contains(cut));
-    if (!cut.isEmpty())
-        profile.replace(cut, *static_cast<QByteArray *>(QTest::qData("patch", QMetaType::QByteArray)));
-    WriteBytes(Path("p.lcp"_s), profile);
-    QFETCH(QString, switches);
-    const ProgramResult result = RunProbe("", switches + " a.jpg"_s);
-    QCOMPARE(result.exitCode, flags.isEmpty() ? 1 : 0);
-    QCOMPARE(Notes().contains("AllocParameters %1 %2"_s.arg(flags, Path("p.lcp"_s))), !flags.isEmpty());
-    QVERIFY2(!flags.isEmpty() || result.errorLines.size() == 1, result.error);
-}
-
-void HostRunTest::failsWithOneLine_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("kernel exception") << "first line second line about \"%1\""_s;
-    QTest::newRow("out of memory") << "not enough memory"_s;
-    QTest::newRow("standard exception") << "ran into something"_s;
-    QTest::newRow("other exception") << "failed without telling a reason"_s;
+    const struct {
+        const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails
+        const char *cut = "", *patch = "";     // a piece of the profile, and what is put in its place
+    } rows[] = {
+        {"", "dcv", "1 1 1"},
+        {"", "dv", "1 0 1"},
+        {"", "d", "1 0 0"},
+        {"", "v", "0 0 1"},
+        {"", "", ""},
+        {"--distortion", "dcv", "1 0 0"},
+        {"--ca --vignetting", "dcv", "0 1 1"},
+        {"--ca", "dv", ""},
+        {"--distortion --vignetting", "dc", ""}, // one of two is lacking
+        {"", "dcv", "", "FocalLengthX", "Other"},
+        {"", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
+        {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
+        {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // no number
+        {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
+    };
+    for (const auto &row : rows) {
+        const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
+        QByteArray profile = ProfileText({has('d'), has('c'), has('v')}, 60, 40);
+        QVERIFY(profile.contains(row.cut));
+        if (*row.cut)
+            profile.replace(row.cut, row.patch);
+        WriteBytes(Path("p.lcp"_s), profile);
+        WriteBytes(Path("notes"_s), {});
+        const ProgramResult result = RunProbe("", "--overwrite a.jpg "_s + QLatin1String(row.switches));
+        const bool fails = !*row.flags;
+        const QString record = "AllocParameters %1 %2"_s.arg(QLatin1String(row.flags), Path("p.lcp"_s));
+        const bool good = result.exitCode == int(fails) && (!fails || result.errorLines.size() == 1);
+        QVERIFY2(good && Notes().contains(record) != fails, record.toUtf8() + row.models + row.cut + result.error);
+    }
 }
 
 void HostRunTest::failsWithOneLine()
 {
-    QFETCH(QString, text);
+    const std::pair<const char *, QString> rows[] = {
+        {"kernel exception", "first line second line about \"%1\""_s.arg(Path(kOutput))}, // not a private folder's name
+        {"out of memory", "not enough memory"_s},
+        {"standard exception", "ran into something"_s},
+        {"other exception", "failed without telling a reason"_s},
+    };
     WriteBytes(Path(kOutput), "old");
-    const ProgramResult result = RunProbe(QTest::currentDataTag(), "--overwrite a.jpg"_s);
-    QCOMPARE(result.exitCode, 1);
-    QVERIFY(result.output.isEmpty());
-    text.replace("%1"_s, Path(kOutput)); // not the private folder's name
-    QCOMPARE(result.errorLines, QStringList("vitrelux: a.jpg: "_s + text));
-    QVERIFY(Notes().contains("FreeParameters 7"_s));
-    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
-    QCOMPARE(Made(), QStringList(kOutput));
-}
-
-void HostRunTest::existingOutput_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<int>("exitCode");
-    QTest::newRow("") << QByteArray("old") << 1;
-    QTest::newRow("--skip-existing") << QByteArray("old") << 0;
-    QTest::newRow("--overwrite") << QByteArray("probe") << 0;
-    QTest::newRow("rival") << QByteArray("rival") << 1; // made while the picture is corrected
+    for (const auto &[manner, text] : rows) {
+        WriteBytes(Path("notes"_s), {});
+        const ProgramResult result = RunProbe(manner, "--overwrite a.jpg"_s);
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.output.isEmpty());
+        QCOMPARE(result.errorLines, QStringList("vitrelux: a.jpg: "_s + text));
+        QVERIFY2(Notes().contains("FreeParameters 7"_s), manner);
+        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
+        QCOMPARE(Made(), QStringList(kOutput));
+    }
 }
 
 void HostRunTest::existingOutput()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(int, exitCode);
-    const bool rival = content == "rival";
-    if (!rival)
-        WriteBytes(Path(kOutput), "old");
-    const ProgramResult result =
-        RunProbe(content, "a.jpg b.jpg "_s + QLatin1String(rival ? "" : QTest::currentDataTag()));
-    QCOMPARE(result.exitCode, exitCode);
-    QCOMPARE(result.errorLines.size(), exitCode);
-    QCOMPARE(ReadBytes(Path(kOutput)), content);
-    QCOMPARE(ReadBytes(Path("b_corrected.tiff"_s)), QByteArray("probe"));
-    QCOMPARE(Made().size(), 2);
+    const struct {
+        const char *option, *content;
+        int exitCode;
+    } rows[] = {{"", "old", 1}, {"--skip-existing", "old", 0}, {"--overwrite", "probe", 0}, {"", "rival", 1}};
+    for (const auto &row : rows) {
+        init();
+        const bool rival = QByteArray(row.content) == "rival"; // made while the picture is corrected
+        if (!rival)
+            WriteBytes(Path(kOutput), "old");
+        const ProgramResult result = RunProbe(row.content, "a.jpg b.jpg "_s + QLatin1String(row.option));
+        QCOMPARE(result.exitCode, row.exitCode);
+        QCOMPARE(result.errorLines.size(), row.exitCode);
+        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray(row.content));
+        QCOMPARE(ReadBytes(Path("b_corrected.tiff"_s)), QByteArray("probe"));
+        QCOMPARE(Made().size(), 2);
+    }
 }
 
 /// With the real plug-in, which makes a process for each thread; one picture in between fails.
@@ -229,117 +175,93 @@ void HostRunTest::rivalsForOneOutput()
     QCOMPARE(Notes().filter("Process"_s).size(), 1);
 }
 
-void HostRunTest::interruptionLeavesNothing_data()
-{
-    QTest::addColumn<QVector<int>>("sent"); // the last one ends it
-    QTest::newRow("SIGINT") << QVector<int>{SIGINT};
-    QTest::newRow("SIGTERM") << QVector<int>{SIGTERM};
-    QTest::newRow("SIGHUP") << QVector<int>{SIGHUP};
-    QTest::newRow("SIGHUP ignored, as by nohup") << QVector<int>{SIGHUP, SIGTERM};
-}
-
 void HostRunTest::interruptionLeavesNothing()
 {
-    QFETCH(QVector<int>, sent);
-    WriteBytes(Path(kOutput), "old");
-    m_run->Set("VITRELUX_PROBE", "block"_s);
-    m_run->beforeStart = [sent] { // whatever the test's own parent ignores
-        for (int number : sent)
-            std::signal(number, number == sent.last() ? SIG_DFL : SIG_IGN);
-    };
-    m_run->Begin((kProbe + "--overwrite a.jpg"_s).split(QLatin1Char(' ')));
-    const auto halfDone = [this] {
-        const QStringList work = Names(m_dir->path()).filter(".vitrelux-"_s);
-        return work.size() == 1 && QFile::exists(Path(work.first() + "/"_s + kOutput));
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(halfDone(), 60000);
-    for (int number : sent)
-        ::kill(static_cast<pid_t>(m_run->processId()), number);
-    QCOMPARE(m_run->Wait().signal, sent.last()); // so that a shell's loop ends as well
-    QCOMPARE(Made(), QStringList(kOutput));
-    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
-}
-
-void HostRunTest::environment_data()
-{
-    QTest::addColumn<QString>("value");  // of a variable, on top of an environment with next to nothing
-    QTest::addColumn<QString>("wizard"); // the variable needs the desktop wizard to matter; why it can't be shown
-    const QString unreachable = "the display cannot be reached"_s;
-    QTest::newRow("HOME") << "/none"_s
-                          << "there is no display"_s;
-    QTest::newRow("DISPLAY") << "none:17"_s << unreachable;
-    QTest::newRow("QT_QPA_PLATFORM") << "no-such-platform"_s << unreachable;
-    QTest::newRow("QT_QPA_PLATFORMTHEME") << "gtk3"_s << QString();
-    QTest::newRow("QT_STYLE_OVERRIDE") << "no-such-style"_s << QString();
-    QTest::newRow("QT_IM_MODULE") << "ibus"_s << QString();
-    QTest::newRow("LC_ALL") << "xx_YY.ISO-8859-1"_s << QString();
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, -SIGHUP}) { // the last one ignored, as by nohup
+        init();
+        WriteBytes(Path(kOutput), "old");
+        m_run->Set("VITRELUX_PROBE", "block"_s);
+        m_run->beforeStart = [number] { // whatever the test's own parent ignores
+            std::signal(qAbs(number), number > 0 ? SIG_DFL : SIG_IGN);
+            std::signal(SIGTERM, SIG_DFL);
+        };
+        m_run->Begin((kProbe + "--overwrite a.jpg"_s).split(QLatin1Char(' ')));
+        const auto halfDone = [this] {
+            const QStringList work = Names(m_dir->path()).filter(".vitrelux-"_s);
+            return work.size() == 1 && QFile::exists(Path(work.first() + "/"_s + kOutput));
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(halfDone(), 60000);
+        const auto process = static_cast<pid_t>(m_run->processId());
+        ::kill(process, qAbs(number));
+        if (number < 0) {
+            QVERIFY(!m_run->waitForFinished(500) && halfDone()); // heeding it took a few milliseconds
+            ::kill(process, SIGTERM);
+        }
+        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends as well
+        QCOMPARE(Made(), QStringList(kOutput));
+        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
+    }
 }
 
 void HostRunTest::environment()
 {
-    QFETCH(QString, value);
-    QFETCH(QString, wizard);
-    QVERIFY(QDir(m_dir->path()).mkdir("home"_s));
-    QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
-    m_run->Set("HOME", Path("home"_s));
-    m_run->Set(QTest::currentDataTag(), value);
-    const ProgramResult result = Run(u8"correct --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
-    QCOMPARE(result.error, QByteArray());
-    QCOMPARE(result.exitCode, 0);
-    QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
-    QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line are nobody's new defaults
-    if (wizard.isEmpty())
-        return;
-    const ProgramResult window = Run("wizard b.jpg"_s);
-    QCOMPARE(window.exitCode, 1); // not a crash
-    QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
-}
-
-void HostRunTest::names_data()
-{
-    QTest::addColumn<QString>("folder"); // option
-    QTest::addColumn<QString>("output");
-    QTest::newRow("-o.jpg") << QString() << "-o_corrected.tiff"_s;
-    QTest::newRow("a.b.c.jpg") << QString() << "a.b.c_corrected.tiff"_s;
-    QTest::newRow("no suffix") << QString() << "no suffix_corrected.tiff"_s;
-    QTest::newRow("%1 \"'$(x).jpg") << "new/deep"_s
-                                    << "new/deep/%1 \"'$(x)_corrected.tiff"_s;
-    QTest::newRow("a\nb.jpg") << "./x/../new"_s
-                              << "new/a\nb_corrected.tiff"_s;
+    // On top of an environment with next to nothing; and why the desktop wizard can't be shown, where it matters.
+    const QString unreachable = "the display cannot be reached"_s;
+    const QString rows[][3] = {{"HOME"_s, "/none"_s, "there is no display"_s},
+                               {"DISPLAY"_s, "none:17"_s, unreachable},
+                               {"QT_QPA_PLATFORM"_s, "no-such-platform"_s, unreachable},
+                               {"QT_QPA_PLATFORMTHEME"_s, "gtk3"_s, {}},
+                               {"QT_STYLE_OVERRIDE"_s, "no-such-style"_s, {}},
+                               {"QT_IM_MODULE"_s, "ibus"_s, {}},
+                               {"LC_ALL"_s, "xx_YY.ISO-8859-1"_s, {}}};
+    for (const auto &[variable, value, wizard] : rows) {
+        init();
+        QVERIFY(QDir(m_dir->path()).mkdir("home"_s));
+        QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
+        m_run->Set("HOME", Path("home"_s));
+        m_run->Set(qPrintable(variable), value);
+        const ProgramResult result = Run(u8"correct --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
+        QVERIFY2(result.exitCode == 0 && result.error.isEmpty(), variable.toUtf8() + result.error);
+        QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
+        QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line are nobody's new defaults
+        if (wizard.isEmpty())
+            continue;
+        const ProgramResult window = Run("wizard b.jpg"_s);
+        QCOMPARE(window.exitCode, 1); // not a crash
+        QVERIFY2(window.errorLines.last().startsWith("vitrelux: cannot show a window: "_s + wizard), window.error);
+    }
 }
 
 void HostRunTest::names()
 {
-    QFETCH(QString, folder);
-    QFETCH(QString, output);
-    const QString picture = QString::fromLatin1(QTest::currentDataTag());
-    QVERIFY(QFile::rename(Path("a.jpg"_s), Path(picture)));
-    QStringList arguments{"correct"_s, "--profile"_s, "p.lcp"_s};
-    if (!folder.isEmpty())
-        arguments << "-o"_s << folder;
-    const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
-    QVERIFY2(result.exitCode == 0, result.error);
-    QVERIFY(QFile::exists(Path(output)));
-}
-
-void HostRunTest::progressOnTerminal_data()
-{
-    QTest::addColumn<bool>("shown");
-    QTest::newRow("xterm") << true;
-    QTest::newRow("dumb") << false;
+    const QString rows[][3] = {{"-o.jpg"_s, {}, "-o_corrected.tiff"_s},
+                               {"a.b.c.jpg"_s, {}, "a.b.c_corrected.tiff"_s},
+                               {"no suffix"_s, {}, "no suffix_corrected.tiff"_s},
+                               {"%1 \"'$(x).jpg"_s, "new/deep"_s, "new/deep/%1 \"'$(x)_corrected.tiff"_s},
+                               {"a\nb.jpg"_s, "./x/../new"_s, "new/a\nb_corrected.tiff"_s}};
+    for (const auto &[picture, folder, output] : rows) {
+        QVERIFY(QFile::copy(Path("a.jpg"_s), Path(picture)));
+        QStringList arguments{"correct"_s, "--profile"_s, "p.lcp"_s};
+        if (!folder.isEmpty())
+            arguments << "-o"_s << folder;
+        const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
+        QVERIFY2(result.exitCode == 0, result.error);
+        QVERIFY2(QFile::exists(Path(output)), qPrintable(output));
+    }
 }
 
 void HostRunTest::progressOnTerminal()
 {
-    QFETCH(bool, shown);
-    const Terminal terminal;
-    m_run->Set("TERM", QString::fromLatin1(QTest::currentDataTag()));
-    m_run->setStandardErrorFile(terminal.Name());
-    QCOMPARE(Run("correct -j 1 --profile p.lcp a.jpg none.jpg"_s).exitCode, 1);
-    const QByteArray seen = terminal.ReadAll();
-    QVERIFY2(seen.contains("none.jpg: no such file"), seen);
-    for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
-        QVERIFY2(seen.contains(progress) == shown, seen);
+    const QString line = m_run->program + " correct --overwrite -j 1 --profile p.lcp a.jpg none.jpg"_s;
+    m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
+    for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
+        m_run->Set("TERM", terminal);
+        const ProgramResult result = m_run->Run({"-qec"_s, line, "/dev/null"_s});
+        QCOMPARE(result.exitCode, 1);
+        for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
+            QVERIFY2(result.output.contains(progress) == (terminal == "xterm"_s), result.output);
+        QVERIFY2(result.output.contains("none.jpg: no such file"), result.output);
+    }
 }
 
 void HostRunTest::oneLine_data()

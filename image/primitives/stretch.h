@@ -26,7 +26,8 @@ private:
 /// Sends the colours of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
 void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
 
-/// Sends colours v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; low itself to 0 where it is high.
+/// Sends colours v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; low itself to 0 where it is
+/// high.
 class Stretch {
 public:
     Stretch(Ipp8u low, Ipp8u high, int channels);

@@ -10,73 +10,62 @@ using namespace primitives;
 class tst_Filter : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void gaussian_data();
     void gaussian();
     void gaussianRefused();
-    void median_data();
     void median();
     void sobel();
 };
 
-void tst_Filter::gaussian_data()
-{
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<int>("kernelSize");
-    QTest::addColumn<float>("sigma");
-    QTest::newRow("one pixel") << 1 << 1 << 3 << 1.0f;
-    QTest::newRow("no neighbours") << 7 << 5 << 1 << 1.0f;
-    QTest::newRow("narrow") << 31 << 17 << 3 << 0.6f;
-    QTest::newRow("wide") << 31 << 17 << 13 << 2.5f;
-    QTest::newRow("wider than the plane") << 5 << 3 << 41 << 6.0f;
-}
-
 void tst_Filter::gaussian()
 {
-    QFETCH(int, width);
-    QFETCH(int, height);
-    QFETCH(int, kernelSize);
-    QFETCH(float, sigma);
-    Plane<Ipp32f, 1> image(width, height, 1), blurred(width, height, 2), direct = blurred;
-    const Plane<Ipp32f, 1> before = blurred;
+    const struct {
+        int width, height, kernelSize;
+        float sigma;
+    } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // the last wider than the plane
+    for (const auto &row : rows) {
+        const int width = row.width, height = row.height, kernelSize = row.kernelSize;
+        const float sigma = row.sigma;
+        Plane<Ipp32f, 1> image(width, height, 1), blurred(width, height, 2), direct = blurred;
+        const Plane<Ipp32f, 1> before = blurred;
 
-    std::int64_t specBytes = 0, bufferBytes = 0, directBytes = 0;
-    QVERIFY(ippiFilterGaussianGetBufferSize(image.Size(), kernelSize, &specBytes, &bufferBytes) == Status::Ok);
-    std::vector<unsigned char> specBlock(static_cast<std::size_t>(specBytes));
-    std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferBytes));
-    auto *spec = reinterpret_cast<GaussianSpec *>(specBlock.data());
-    QVERIFY(ippiFilterGaussianInit(kernelSize, sigma, kBorderReplicate, spec) == Status::Ok);
-    QVERIFY(ippiFilterGaussianBorder_32f_C1R(image.Data(), image.StepBytes(), blurred.Data(), blurred.StepBytes(),
-                                             image.Size(), spec, buffer.data())
-            == Status::Ok);
+        std::int64_t specBytes = 0, bufferBytes = 0, directBytes = 0;
+        QVERIFY(ippiFilterGaussianGetBufferSize(image.Size(), kernelSize, &specBytes, &bufferBytes) == Status::Ok);
+        std::vector<unsigned char> specBlock(static_cast<std::size_t>(specBytes));
+        std::vector<unsigned char> buffer(static_cast<std::size_t>(bufferBytes));
+        auto *spec = reinterpret_cast<GaussianSpec *>(specBlock.data());
+        QVERIFY(ippiFilterGaussianInit(kernelSize, sigma, kBorderReplicate, spec) == Status::Ok);
+        QVERIFY(ippiFilterGaussianBorder_32f_C1R(image.Data(), image.StepBytes(), blurred.Data(), blurred.StepBytes(),
+                                                 image.Size(), spec, buffer.data())
+                == Status::Ok);
 
-    // The two-dimensional definition, with edge pixels repeated.
-    const int radius = kernelSize / 2;
-    const auto weight = [sigma](int dx, int dy) { return std::exp(-(dx * dx + dy * dy) / (2.0 * sigma * sigma)); };
-    double sum = 0;
-    for (int i = 0; i < kernelSize * kernelSize; ++i)
-        sum += weight(i % kernelSize - radius, i / kernelSize - radius);
-    CompareSamples(
-        image.Size(), 1, [&](int x, int y, int) { return blurred.At(x, y); },
-        [&](int x, int y, int) {
-            double value = 0;
-            for (int i = 0; i < kernelSize * kernelSize; ++i) {
-                const int dx = i % kernelSize - radius, dy = i / kernelSize - radius;
-                value += weight(dx, dy) / sum
-                    * double(image.At(std::clamp(x + dx, 0, width - 1), std::clamp(y + dy, 0, height - 1)));
-            }
-            return value;
-        },
-        1e-5);
-    QVERIFY(blurred.HasGapsOf(before));
+        // The two-dimensional definition, with edge pixels repeated.
+        const int radius = kernelSize / 2;
+        const auto weight = [sigma](int dx, int dy) { return std::exp(-(dx * dx + dy * dy) / (2.0 * sigma * sigma)); };
+        double sum = 0;
+        for (int i = 0; i < kernelSize * kernelSize; ++i)
+            sum += weight(i % kernelSize - radius, i / kernelSize - radius);
+        CompareSamples(
+            image.Size(), 1, [&](int x, int y, int) { return blurred.At(x, y); },
+            [&](int x, int y, int) {
+                double value = 0;
+                for (int i = 0; i < kernelSize * kernelSize; ++i) {
+                    const int dx = i % kernelSize - radius, dy = i / kernelSize - radius;
+                    value += weight(dx, dy) / sum
+                        * double(image.At(std::clamp(x + dx, 0, width - 1), std::clamp(y + dy, 0, height - 1)));
+                }
+                return value;
+            },
+            1e-5);
+        QVERIFY(blurred.HasGapsOf(before));
 
-    QVERIFY(ippiFilterGaussGetBufferSize_32f_C1R(image.Size(), kernelSize, &directBytes) == Status::Ok);
-    std::vector<unsigned char> directBuffer(static_cast<std::size_t>(directBytes));
-    ippiFilterGaussBorder_32f_C1R(image.Data(), image.StepBytes(), direct.Data(), direct.StepBytes(), image.Size(),
-                                  kernelSize, sigma, kBorderReplicate, directBuffer.data());
-    CompareSamples(
-        image.Size(), 1, [&](int x, int y, int) { return direct.At(x, y); },
-        [&](int x, int y, int) { return blurred.At(x, y); }, 0);
+        QVERIFY(ippiFilterGaussGetBufferSize_32f_C1R(image.Size(), kernelSize, &directBytes) == Status::Ok);
+        std::vector<unsigned char> directBuffer(static_cast<std::size_t>(directBytes));
+        ippiFilterGaussBorder_32f_C1R(image.Data(), image.StepBytes(), direct.Data(), direct.StepBytes(), image.Size(),
+                                      kernelSize, sigma, kBorderReplicate, directBuffer.data());
+        CompareSamples(
+            image.Size(), 1, [&](int x, int y, int) { return direct.At(x, y); },
+            [&](int x, int y, int) { return blurred.At(x, y); }, 0);
+    }
 }
 
 void tst_Filter::gaussianRefused()
@@ -96,37 +85,32 @@ void tst_Filter::gaussianRefused()
             == row.status);
 }
 
-void tst_Filter::median_data()
-{
-    QTest::addColumn<int>("mask");
-    QTest::newRow("3x3") << int(kMask3x3);
-    QTest::newRow("5x5") << int(kMask5x5);
-}
-
 void tst_Filter::median()
 {
-    QFETCH(int, mask);
-    const int radius = mask / 2;
-    Plane<Ipp16s, 1> image(21, 15, 1), filtered(21, 15, 2);
-    const Plane<Ipp16s, 1> before = filtered;
-    const Size inner = {21 - 2 * radius, 15 - 2 * radius};
-    QVERIFY(ippiFilterMedianCross_16s_C1R(&image.At(radius, radius), image.StepBytes(), &filtered.At(radius, radius),
-                                          filtered.StepBytes(), inner, MaskSize(mask))
-            == Status::Ok);
-    CompareSamples(
-        inner, 1, [&](int x, int y, int) { return filtered.At(x + radius, y + radius); },
-        [&](int x, int y, int) {
-            std::vector<Ipp16s> cross;
-            for (int d = -radius; d <= radius; ++d) {
-                cross.push_back(image.At(x + radius + d, y + radius));
-                if (d != 0)
-                    cross.push_back(image.At(x + radius, y + radius + d));
-            }
-            std::sort(cross.begin(), cross.end());
-            return cross[cross.size() / 2];
-        },
-        0);
-    QVERIFY(filtered.HasGapsOf(before));
+    for (const int mask : {kMask3x3, kMask5x5}) {
+        const int radius = mask / 2;
+        Plane<Ipp16s, 1> image(21, 15, 1), filtered(21, 15, 2);
+        const Plane<Ipp16s, 1> before = filtered;
+        const Size inner = {21 - 2 * radius, 15 - 2 * radius};
+        QVERIFY(ippiFilterMedianCross_16s_C1R(&image.At(radius, radius), image.StepBytes(),
+                                              &filtered.At(radius, radius), filtered.StepBytes(), inner, MaskSize(mask))
+                == Status::Ok);
+        CompareSamples(
+            inner, 1, [&](int x, int y, int) { return filtered.At(x + radius, y + radius); },
+            [&](int x, int y, int) {
+                std::vector<Ipp16s> cross;
+                for (int d = -radius; d <= radius; ++d) {
+                    cross.push_back(image.At(x + radius + d, y + radius));
+                    if (d != 0)
+                        cross.push_back(image.At(x + radius, y + radius + d));
+                }
+                std::sort(cross.begin(), cross.end());
+                return cross[cross.size() / 2];
+            },
+            0);
+        QVERIFY(filtered.HasGapsOf(before));
+    }
+    Plane<Ipp16s, 1> image(9, 9, 1), filtered(9, 9, 2);
     QVERIFY(ippiFilterMedianCross_16s_C1R(&image.At(4, 4), image.StepBytes(), &filtered.At(4, 4), filtered.StepBytes(),
                                           {1, 1}, MaskSize(7))
             == Status::BadArgument);

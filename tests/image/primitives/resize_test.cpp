@@ -10,7 +10,6 @@ using namespace primitives;
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void partsMakeUpTheWhole_data();
     void partsMakeUpTheWhole();
     void flatStaysFlat();
     void refused();
@@ -41,40 +40,31 @@ Prepared Prepare(Size from, Size to, ResizeMethod method, int channels)
 
 } // namespace
 
-void tst_Resize::partsMakeUpTheWhole_data()
-{
-    QTest::addColumn<int>("method");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::newRow("area") << int(kResizeSuper) << 17 << 11;
-    QTest::newRow("linear") << int(kResizeLinear) << 71 << 11;
-}
-
 void tst_Resize::partsMakeUpTheWhole()
 {
-    QFETCH(int, method);
-    QFETCH(int, width);
-    QFETCH(int, height);
-    Plane<Ipp16u, 3> image(53, 29, 1), whole(width, height, 2), parts = whole;
-    Prepared prepared = Prepare(image.Size(), whole.Size(), ResizeMethod(method), 3);
-    const auto compute = [&](Plane<Ipp16u, 3> &target, int x, int y, Size size) {
-        Ipp16u *first = &target.At(x, y);
-        if (method == kResizeSuper)
-            ippiResizeSuper_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
-                                    prepared.spec(), prepared.buffer.data());
-        else
-            ippiResizeLinear_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
-                                     kBorderReplicate, nullptr, prepared.spec(), prepared.buffer.data());
-    };
-    const auto before = whole;
-    compute(whole, 0, 0, whole.Size());
-    QVERIFY(whole.HasGapsOf(before));
-    for (int y : {0, 4})
-        for (int x : {0, 1, 9})
-            compute(parts, x, y, {(x == 0 ? 1 : x == 1 ? 9 : width) - x, (y == 0 ? 4 : height) - y});
-    CompareSamples(
-        whole.Size(), 3, [&](int x, int y, int c) { return parts.At(x, y, c); },
-        [&](int x, int y, int c) { return whole.At(x, y, c); }, 0);
+    for (const ResizeMethod method : {kResizeSuper, kResizeLinear}) {
+        const int width = method == kResizeSuper ? 17 : 71, height = 11;
+        Plane<Ipp16u, 3> image(53, 29, 1), whole(width, height, 2), parts = whole;
+        Prepared prepared = Prepare(image.Size(), whole.Size(), method, 3);
+        const auto compute = [&](Plane<Ipp16u, 3> &target, int x, int y, Size size) {
+            Ipp16u *first = &target.At(x, y);
+            if (method == kResizeSuper)
+                ippiResizeSuper_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
+                                        prepared.spec(), prepared.buffer.data());
+            else
+                ippiResizeLinear_16u_C3R(image.Data(), image.StepBytes(), first, target.StepBytes(), {x, y}, size,
+                                         kBorderReplicate, nullptr, prepared.spec(), prepared.buffer.data());
+        };
+        const auto before = whole;
+        compute(whole, 0, 0, whole.Size());
+        QVERIFY(whole.HasGapsOf(before));
+        for (int y : {0, 4})
+            for (int x : {0, 1, 9})
+                compute(parts, x, y, {(x == 0 ? 1 : x == 1 ? 9 : width) - x, (y == 0 ? 4 : height) - y});
+        CompareSamples(
+            whole.Size(), 3, [&](int x, int y, int c) { return parts.At(x, y, c); },
+            [&](int x, int y, int c) { return whole.At(x, y, c); }, 0);
+    }
 }
 
 void tst_Resize::flatStaysFlat()

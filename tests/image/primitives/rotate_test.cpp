@@ -11,10 +11,8 @@ class tst_Rotate : public QObject {
 private Q_SLOTS:
     void thereAndBack();
     void pastTheCache();
-    void rightAngles_data();
     void rightAngles();
     void onlyTheRectangles();
-    void rampUnderAnyAngle_data();
     void rampUnderAnyAngle();
     void refused();
 };
@@ -75,39 +73,27 @@ void tst_Rotate::pastTheCache()
     }
 }
 
-void tst_Rotate::rightAngles_data()
-{
-    QTest::addColumn<double>("angle");
-    QTest::addColumn<int>("shiftX");
-    QTest::addColumn<int>("shiftY");
-    QTest::newRow("identity") << 0.0 << 0 << 0;
-    QTest::newRow("shift that leaves a margin") << 0.0 << 3 << -2;
-    QTest::newRow("half turn") << 180.0 << 12 << 4;
-    QTest::newRow("half turn backwards, shifted away in part") << -180.0 << 7 << 9;
-    QTest::newRow("quarter, in part") << 90.0 << 2 << 9;
-    QTest::newRow("a full turn and a quarter") << 450.0 << 0 << 12;
-    QTest::newRow("three quarters") << 270.0 << 5 << -3;
-    QTest::newRow("nothing of it") << 90.0 << 100000 << 0;
-}
-
 void tst_Rotate::rightAngles()
 {
-    QFETCH(double, angle);
-    QFETCH(int, shiftX);
-    QFETCH(int, shiftY);
-    Image image(13, 5, 1), target(11, 14, 2), wanted = target;
-    const auto cosine = static_cast<int>(std::lround(std::cos(angle * M_PI / 180)));
-    const auto sine = static_cast<int>(std::lround(std::sin(angle * M_PI / 180)));
-    for (int y = 0; y < 5; ++y) { // where each source pixel goes
-        for (int x = 0; x < 13; ++x) {
-            const int toX = cosine * x + sine * y + shiftX, toY = -sine * x + cosine * y + shiftY;
-            for (int c = 0; c < 4 && toX >= 0 && toX < 11 && toY >= 0 && toY < 14; ++c)
-                wanted.At(toX, toY, c) = image.At(x, y, c);
+    const struct {
+        int quarters, shiftX, shiftY;
+    } rows[] = {{0, 3, -2}, // leaves a margin
+                {2, 12, 4}, {-2, 7, 9}, {1, 2, 9}, {5, 0, 12}, {3, 5, -3}, {1, 100000, 0}};
+    for (const auto &row : rows) {
+        Image image(13, 5, 1), target(11, 14, 2), wanted = target;
+        const auto cosine = static_cast<int>(std::lround(std::cos(row.quarters * M_PI / 2)));
+        const auto sine = static_cast<int>(std::lround(std::sin(row.quarters * M_PI / 2)));
+        for (int y = 0; y < 5; ++y) { // where each source pixel goes
+            for (int x = 0; x < 13; ++x) {
+                const int toX = cosine * x + sine * y + row.shiftX, toY = -sine * x + cosine * y + row.shiftY;
+                for (int c = 0; c < 4 && toX >= 0 && toX < 11 && toY >= 0 && toY < 14; ++c)
+                    wanted.At(toX, toY, c) = image.At(x, y, c);
+            }
         }
+        QVERIFY(Rotate(image, target, row.quarters * 90.0, row.shiftX, row.shiftY) == Status::Ok);
+        CompareSamples(target.Size(), 4, Reader(target), Reader(wanted), 0);
+        QVERIFY(target.HasGapsOf(wanted));
     }
-    QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
-    CompareSamples(target.Size(), 4, Reader(target), Reader(wanted), 0);
-    QVERIFY(target.HasGapsOf(wanted));
 }
 
 void tst_Rotate::onlyTheRectangles()
@@ -124,51 +110,41 @@ void tst_Rotate::onlyTheRectangles()
     CompareSamples(target.Size(), 4, Reader(target), Reader(wanted), 0);
 }
 
-void tst_Rotate::rampUnderAnyAngle_data()
-{
-    QTest::addColumn<double>("angle");
-    QTest::addColumn<double>("shiftX");
-    QTest::addColumn<double>("shiftY");
-    QTest::newRow("30 degrees") << 30.0 << 4.0 << 20.0;
-    QTest::newRow("-123.4 degrees") << -123.4 << 25.5 << 30.25;
-    QTest::newRow("quarter with half a pixel") << 90.0 << 0.5 << 30.0;
-    QTest::newRow("no turn, part of a pixel") << 0.0 << 0.25 << -0.75;
-}
-
 void tst_Rotate::rampUnderAnyAngle()
 {
-    QFETCH(double, angle);
-    QFETCH(double, shiftX);
-    QFETCH(double, shiftY);
+    const double rows[][3] = {{30, 4, 20}, {-123.4, 25.5, 30.25}, {90, 0.5, 30}, {0, 0.25, -0.75}};
     constexpr int kSide = 31;
     constexpr float kUntouched = -77;
     const auto ramp = [](double x, double y, int c) { return 2 * x - 3 * y + c; };
-    Image image(kSide, kSide), target(kSide, kSide);
-    for (int i = 0; i < kSide * kSide * 4; ++i) {
-        image.At(i / 4 % kSide, i / 4 / kSide, i % 4) = float(ramp(i / 4 % kSide, i / 4 / kSide, i % 4));
-        target.At(i / 4 % kSide, i / 4 / kSide, i % 4) = kUntouched;
-    }
-    QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
+    for (const auto &[angle, shiftX, shiftY] : rows) {
+        const double startX = shiftX, startY = shiftY; // for the lambda
+        Image image(kSide, kSide), target(kSide, kSide);
+        for (int i = 0; i < kSide * kSide * 4; ++i) {
+            image.At(i / 4 % kSide, i / 4 / kSide, i % 4) = float(ramp(i / 4 % kSide, i / 4 / kSide, i % 4));
+            target.At(i / 4 % kSide, i / 4 / kSide, i % 4) = kUntouched;
+        }
+        QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
 
-    // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; half a
-    // pixel beyond their centres nothing is written any more.
-    const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
-    int inside = 0, holes = 0;
-    CompareSamples(
-        target.Size(), 4, Reader(target),
-        [&](int x, int y, int c) {
-            const double fromX = cosine * (x - shiftX) - sine * (y - shiftY);
-            const double fromY = sine * (x - shiftX) + cosine * (y - shiftY);
-            const double margin = std::min({fromX, fromY, kSide - 1 - fromX, kSide - 1 - fromY});
-            if (margin < -0.501)
-                return double(kUntouched);
-            inside += margin >= 1;
-            holes += margin > -0.499 && target.At(x, y, c) == kUntouched;
-            return margin >= 1 ? ramp(fromX, fromY, c) : double(target.At(x, y, c));
-        },
-        1e-3);
-    QVERIFY(inside > 100);
-    QCOMPARE(holes, 0);
+        // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; half a
+        // pixel beyond their centres nothing is written any more.
+        const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
+        int inside = 0, holes = 0;
+        CompareSamples(
+            target.Size(), 4, Reader(target),
+            [&](int x, int y, int c) {
+                const double fromX = cosine * (x - startX) - sine * (y - startY);
+                const double fromY = sine * (x - startX) + cosine * (y - startY);
+                const double margin = std::min({fromX, fromY, kSide - 1 - fromX, kSide - 1 - fromY});
+                if (margin < -0.501)
+                    return double(kUntouched);
+                inside += margin >= 1;
+                holes += margin > -0.499 && target.At(x, y, c) == kUntouched;
+                return margin >= 1 ? ramp(fromX, fromY, c) : double(target.At(x, y, c));
+            },
+            1e-3);
+        QVERIFY(inside > 100);
+        QCOMPARE(holes, 0);
+    }
 }
 
 void tst_Rotate::refused()

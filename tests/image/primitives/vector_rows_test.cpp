@@ -13,7 +13,6 @@
 class tst_VectorRows : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void sameAsPlain_data();
     void sameAsPlain();
     void roundsToTheNearest();
 };
@@ -55,37 +54,30 @@ void Compare(const std::vector<S> &source, int offset, int targetSamples, Plain 
 
 } // namespace
 
-void tst_VectorRows::sameAsPlain_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("offset");
-    for (int count : {0, 1, 2, 7, 8, 9, 15, 16, 17, 18, 19, 33, 34, 35, 1000})
-        for (int offset = 0; offset <= kMaxOffset; ++offset)
-            QTest::addRow("count=%d offset=%d", count, offset) << count << offset;
-}
-
 void tst_VectorRows::sameAsPlain()
 {
-    QFETCH(int, count);
-    QFETCH(int, offset);
     using namespace primitives;
-    // Sources end with the last sample that may be read: address checkers see one read too far.
-    const auto floats = AwkwardFloats(offset + 3 * count + 12);
-    const std::vector<float> row(floats.begin(), floats.begin() + offset + count);
-    Compare<float, Ipp8u>(
-        row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, 0.0f, 255.0f); },
-        [=](auto s, auto d) { FloatToInteger(s, d, count, 0.0f, 255.0f); });
-    Compare<float, Ipp16u>(
-        row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, -0.25f, 5e4f); },
-        [=](auto s, auto d) { FloatToInteger(s, d, count, -0.25f, 5e4f); });
-    const std::vector<float> colors(floats.begin(), floats.begin() + offset + 3 * count);
-    Compare<float, float>(
-        colors, offset, 4 * count, [=](auto s, auto d) { plain::CopyOpaque<float, 3>(s, d, count, 0.75f); },
-        [=](auto s, auto d) { CopyOpaqueFloat3(s, d, count, 0.75f); });
-    Compare<Ipp8u, Ipp8u>(
-        Noise<Ipp8u>(offset + 3 * count), offset, count,
-        [=](auto s, auto d) { plain::RgbToGray<Ipp8u, 3>(s, d, count); },
-        [=](auto s, auto d) { Rgb8ToGray(s, d, count); });
+    for (const int count : {0, 1, 2, 7, 8, 9, 15, 16, 17, 18, 19, 33, 34, 35, 1000}) {
+        for (int offset = 0; offset <= kMaxOffset; ++offset) {
+            // Sources end with the last sample that may be read: address checkers see one read too far.
+            const auto floats = AwkwardFloats(offset + 3 * count + 12);
+            const std::vector<float> row(floats.begin(), floats.begin() + offset + count);
+            Compare<float, Ipp8u>(
+                row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, 0.0f, 255.0f); },
+                [=](auto s, auto d) { FloatToInteger(s, d, count, 0.0f, 255.0f); });
+            Compare<float, Ipp16u>(
+                row, offset, count, [=](auto s, auto d) { plain::FloatToInteger(s, d, count, -0.25f, 5e4f); },
+                [=](auto s, auto d) { FloatToInteger(s, d, count, -0.25f, 5e4f); });
+            const std::vector<float> colors(floats.begin(), floats.begin() + offset + 3 * count);
+            Compare<float, float>(
+                colors, offset, 4 * count, [=](auto s, auto d) { plain::CopyOpaque<float, 3>(s, d, count, 0.75f); },
+                [=](auto s, auto d) { CopyOpaqueFloat3(s, d, count, 0.75f); });
+            Compare<Ipp8u, Ipp8u>(
+                Noise<Ipp8u>(offset + 3 * count), offset, count,
+                [=](auto s, auto d) { plain::RgbToGray<Ipp8u, 3>(s, d, count); },
+                [=](auto s, auto d) { Rgb8ToGray(s, d, count); });
+        }
+    }
 }
 
 void tst_VectorRows::roundsToTheNearest()

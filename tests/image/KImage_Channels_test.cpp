@@ -12,28 +12,26 @@
 
 namespace {
 
-/// Share of the full range of a sample, as integers of another depth round it.
-double Rescaled(double value, const TestForm &from, const TestForm &to)
+/// Whether @p got is @p value in another depth.
+bool IsRescaled(double got, double value, const TestForm &from, const TestForm &to)
 {
-    const double share = value / from.Full();
-    return to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
+    const double share = value / from.Full(), wanted = to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
+    return std::fabs(got - wanted) <= (from.bits == to.bits ? 0 : to.IsFloat() ? 1e-6 : from.bits == 16 ? 1 : 0.505);
 }
+
+constexpr FormIndex kGreyForms[] = {k8uGrey, k16uGrey, k32fGrey};
 
 } // namespace
 
 class tst_KImageChannels : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void extract_data();
     void extract();
     void extractOntoItself();
-    void setChannel_data();
     void setChannel();
-    void blend_data();
     void blend();
     void blendOntoItself();
     void blendWithoutAlphaOverwrites();
-    void operators_data();
     void operators();
     void factors();
     void guards();
@@ -41,35 +39,22 @@ private Q_SLOTS:
     void toQImage();
 };
 
-void tst_KImageChannels::extract_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    for (int from = 0; from < kFormCount; ++from)
-        for (int to : {k8uGrey, k16uGrey, k32fGrey})
-            QTest::addRow("%s to %d bits", kForms[from].name, kForms[to].bits) << from << to;
-}
-
 void tst_KImageChannels::extract()
 {
-    QFETCH(int, from);
-    QFETCH(int, to);
-    const TestForm &form = kForms[from], &planeForm = kForms[to];
-    TestImage source(form, 521, 3, 4 * 3 + 1); // longer than a run, rows not aligned
-    source.FillWithNoise(1);
-    for (int channel = 0; channel < form.channels; ++channel) {
-        KImage plane;
-        source.image.ExtractChannel(plane, planeForm.bits, channel);
-        QCOMPARE(int(plane.type()), int(GFL_GREY));
-        QCOMPARE(int(plane.bitsPerComponent()), planeForm.bits);
-        TestImage got(planeForm, 521, 3);
-        plane.CopyTo(got.image, 0, 0);
-        for (int i = 0; i < 521 * 3; ++i) {
-            const double wanted = Rescaled(source.Sample(i % 521, i / 521, channel), form, planeForm);
-            QVERIFY(std::fabs(got.Sample(i % 521, i / 521, 0) - wanted) <= (form.bits == planeForm.bits ? 0
-                                                                                : planeForm.IsFloat()   ? 1e-6
-                                                                                : form.bits == 16       ? 1
-                                                                                                        : 0.505));
+    for (const TestForm &form : kForms) {
+        TestImage source(form, 521, 3, 4 * 3 + 1); // longer than a run, rows not aligned
+        source.FillWithNoise(1);
+        for (int i = 0; i < 3 * form.channels; ++i) {
+            const TestForm &planeForm = kForms[kGreyForms[i % 3]];
+            KImage plane;
+            source.image.ExtractChannel(plane, planeForm.bits, i / 3);
+            QCOMPARE(int(plane.type()), int(GFL_GREY));
+            QCOMPARE(int(plane.bitsPerComponent()), planeForm.bits);
+            TestImage got(planeForm, 521, 3);
+            plane.CopyTo(got.image, 0, 0);
+            for (int x = 0; x < 521 * 3; ++x)
+                QVERIFY(IsRescaled(got.Sample(x % 521, x / 521, 0), source.Sample(x % 521, x / 521, i / 3), form,
+                                   planeForm));
         }
     }
 }
@@ -83,84 +68,60 @@ void tst_KImageChannels::extractOntoItself()
     QCOMPARE(*image.getData(2, 1), quint8(0x80));
 }
 
-void tst_KImageChannels::setChannel_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    for (int from : {k8uGrey, k16uGrey, k32fGrey})
-        for (int to = 0; to < kFormCount; ++to)
-            QTest::addRow("%d bits into %s", kForms[from].bits, kForms[to].name) << from << to;
-}
-
 void tst_KImageChannels::setChannel()
 {
-    QFETCH(int, from);
-    QFETCH(int, to);
-    const TestForm &planeForm = kForms[from], &form = kForms[to];
-    for (int channel = 0; channel < form.channels; ++channel) {
-        TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
-        plane.FillWithNoise(1);
-        target.FillWithNoise(2);
-        wanted.FillWithNoise(2);
-        target.image.SetChannel(plane.image, channel);
-        for (int i = 0; i < 521 * 2; ++i) {
-            const double got = target.Sample(i % 521, i / 521, channel);
-            const double exact = Rescaled(plane.Sample(i % 521, i / 521, 0), planeForm, form);
-            QVERIFY(std::fabs(got - exact) <= (form.bits == planeForm.bits ? 0
-                                                   : form.IsFloat()        ? 1e-6
-                                                   : planeForm.bits == 16  ? 1
-                                                                           : 0.505));
-            wanted.SetSample(i % 521, i / 521, channel, got);
+    for (const TestForm &form : kForms) {
+        for (int i = 0; i < 3 * form.channels; ++i) {
+            const TestForm &planeForm = kForms[kGreyForms[i % 3]];
+            TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
+            plane.FillWithNoise(1);
+            target.FillWithNoise(2);
+            wanted.FillWithNoise(2);
+            target.image.SetChannel(plane.image, i / 3);
+            for (int x = 0; x < 521 * 2; ++x) {
+                const double got = target.Sample(x % 521, x / 521, i / 3);
+                QVERIFY(IsRescaled(got, plane.Sample(x % 521, x / 521, 0), planeForm, form));
+                wanted.SetSample(x % 521, x / 521, i / 3, got);
+            }
+            QVERIFY2(target.Bytes() == wanted.Bytes(), "another channel or a gap was written");
         }
-        QVERIFY2(target.Bytes() == wanted.Bytes(), "another channel or a gap was written");
     }
-}
-
-void tst_KImageChannels::blend_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<int>("to");
-    QTest::addColumn<int>("threads");
-    for (int from : {k8uRgba, k16uRgba, k32fRgba})
-        for (int to = 0; to < kFormCount; ++to)
-            QTest::addRow("%s onto %s", kForms[from].name, kForms[to].name) << from << to << 1 + to % 2;
 }
 
 void tst_KImageChannels::blend()
 {
-    QFETCH(int, from);
-    QFETCH(int, to);
-    QFETCH(int, threads);
-    const TestForm &form = kForms[from], &targetForm = kForms[to];
-    TestImage source(form, 40, 30), target(targetForm, 37, 23, 8), wanted(targetForm, 37, 23, 8);
-    source.FillWithNoise(1, 0.0, 1.0);
-    target.FillWithNoise(2, 0.0, 1.0);
-    wanted.FillWithNoise(2, 0.0, 1.0);
-    KImage converted;
-    source.image.Convert(converted, targetForm.type, targetForm.bits); // tested on its own
-    TestImage colors(targetForm, 40, 30);
-    converted.CopyTo(colors.image, 0, 0);
+    for (int pair = 0; pair < 3 * kFormCount; ++pair) {
+        const TestForm &form = kForms[3 * (pair % 3) + 2], &targetForm = kForms[pair / 3]; // of those with alpha
+        TestImage source(form, 40, 30), target(targetForm, 37, 23, 8), wanted(targetForm, 37, 23, 8);
+        source.FillWithNoise(1, 0.0, 1.0);
+        target.FillWithNoise(2, 0.0, 1.0);
+        wanted.FillWithNoise(2, 0.0, 1.0);
+        KImage converted;
+        source.image.Convert(converted, targetForm.type, targetForm.bits); // tested on its own
+        TestImage colors(targetForm, 40, 30);
+        converted.CopyTo(colors.image, 0, 0);
 
-    constexpr int kX = 5, kY = 7; // clipped at the right and below
-    komp_num_threads = threads;
-    source.image.BlendTo(target.image, kX, kY);
-    komp_num_threads = 1;
-    const int blended = targetForm.channels == 4 ? 3 : targetForm.channels;
-    for (int y = kY; y < 23; ++y) {
-        for (int x = kX; x < 37; ++x) {
-            const double alpha = source.Sample(x - kX, y - kY, 3) / form.Full();
-            for (int c = 0; c < blended; ++c) {
-                const double t = wanted.Sample(x, y, c), s = colors.Sample(x - kX, y - kY, c);
-                const double exact = t - (t - s) * alpha, got = target.Sample(x, y, c);
-                // Integers are cut off; a product that comes out as a whole number may fall to either side.
-                const bool isRight =
-                    targetForm.IsFloat() ? std::fabs(got - exact) < 1e-6 : got <= exact + 0.02 && got > exact - 1.02;
-                QVERIFY2(isRight, qPrintable(QStringLiteral("%1 instead of %2").arg(got).arg(exact)));
-                wanted.SetSample(x, y, c, got);
+        constexpr int kX = 5, kY = 7; // clipped at the right and below
+        komp_num_threads = 1 + pair % 2;
+        source.image.BlendTo(target.image, kX, kY);
+        komp_num_threads = 1;
+        const int blended = targetForm.channels == 4 ? 3 : targetForm.channels;
+        for (int y = kY; y < 23; ++y) {
+            for (int x = kX; x < 37; ++x) {
+                const double alpha = source.Sample(x - kX, y - kY, 3) / form.Full();
+                for (int c = 0; c < blended; ++c) {
+                    const double t = wanted.Sample(x, y, c), s = colors.Sample(x - kX, y - kY, c);
+                    const double exact = t - (t - s) * alpha, got = target.Sample(x, y, c);
+                    // Integers are cut off; a product that comes out as a whole number may fall to either side.
+                    const bool isRight = targetForm.IsFloat() ? std::fabs(got - exact) < 1e-6
+                                                              : got <= exact + 0.02 && got > exact - 1.02;
+                    QVERIFY2(isRight, qPrintable(QStringLiteral("%1 instead of %2").arg(got).arg(exact)));
+                    wanted.SetSample(x, y, c, got);
+                }
             }
         }
+        QVERIFY2(target.Bytes() == wanted.Bytes(), "alpha or the surroundings were written");
     }
-    QVERIFY2(target.Bytes() == wanted.Bytes(), "alpha or the surroundings were written");
 }
 
 void tst_KImageChannels::blendOntoItself()
@@ -185,50 +146,32 @@ void tst_KImageChannels::blendWithoutAlphaOverwrites()
     QCOMPARE(target.Sample(1, 2, 3), 0.0);
 }
 
-void tst_KImageChannels::operators_data()
-{
-    QTest::addColumn<int>("form");
-    QTest::addColumn<int>("operation");
-    const char *names[] = {"-=", "+=", "*="};
-    for (int form : {k8uGrey, k8uRgb, k8uRgba, k32fGrey, k32fRgb, k32fRgba})
-        for (int operation = 0; operation < 3; ++operation)
-            QTest::addRow("%s %s", kForms[form].name, names[operation]) << form << operation;
-}
-
 void tst_KImageChannels::operators()
 {
-    QFETCH(int, form);
-    QFETCH(int, operation);
-    // Different strides: each operand has its own.
-    TestImage image(kForms[form], 523, 2, 4), other(kForms[form], 523, 2, 12), before(kForms[form], 523, 2, 4);
-    image.FillWithNoise(1);
-    before.FillWithNoise(1);
-    other.FillWithNoise(2);
-    if (kForms[form].bits == 8) { // the ends of the range
-        const double ends[][2] = {{255, 255}, {200, 100}, {0, 255}, {255, 0}};
-        for (int i = 0; i < 4; ++i) {
-            image.SetSample(i, 0, 0, ends[i][0]);
-            before.SetSample(i, 0, 0, ends[i][0]);
-            other.SetSample(i, 0, 0, ends[i][1]);
+    for (const FormIndex index : {k8uGrey, k8uRgb, k8uRgba, k32fGrey, k32fRgb, k32fRgba}) {
+        for (const char operation : {'-', '+', '*'}) {
+            const TestForm &form = kForms[index];
+            // Different strides: each operand has its own.
+            TestImage image(form, 523, 2, 4), other(form, 523, 2, 12), before(form, 523, 2, 4);
+            image.FillWithNoise(1);
+            before.FillWithNoise(1);
+            other.FillWithNoise(2);
+            KImage &result = operation == '-' ? image.image -= other.image
+                : operation == '+'            ? image.image += other.image
+                                              : image.image *= other.image;
+            QCOMPARE(&result, &image.image);
+            for (int i = 0; i < 523 * 2 * form.channels; ++i) {
+                const int x = i / form.channels % 523, y = i / form.channels / 523, c = i % form.channels;
+                const double a = before.Sample(x, y, c), b = other.Sample(x, y, c), got = image.Sample(x, y, c);
+                const double exact = operation == '-' ? a - b : operation == '+' ? a + b : a * b;
+                const double share = form.IsFloat() ? 1 : operation == '*' ? 256 : 2; // 8 bits: halves, or 256ths
+                const double wanted = form.IsFloat() ? exact : std::max(exact / share, 0.0);
+                QVERIFY(std::fabs(got - wanted) <= (form.IsFloat() ? 1e-6 : 0.5));
+                before.SetSample(x, y, c, got);
+            }
+            QVERIFY(image.Bytes() == before.Bytes());
         }
     }
-    KImage &result = operation == 0 ? image.image -= other.image
-        : operation == 1            ? image.image += other.image
-                                    : image.image *= other.image;
-    QCOMPARE(&result, &image.image);
-    const bool halves = kForms[form].bits == 8;
-    for (int i = 0; i < 523 * 2 * kForms[form].channels; ++i) {
-        const int x = i / kForms[form].channels % 523, y = i / kForms[form].channels / 523,
-                  c = i % kForms[form].channels;
-        const double a = before.Sample(x, y, c), b = other.Sample(x, y, c);
-        const double exact = operation == 0 ? (a - b) / (halves ? 2 : 1)
-            : operation == 1                ? (a + b) / (halves ? 2 : 1)
-                                            : a * b / (halves ? 256 : 1);
-        const double wanted = halves ? std::max(exact, 0.0) : exact;
-        QVERIFY(std::fabs(image.Sample(x, y, c) - wanted) <= (halves ? 0.5 : 1e-6));
-        before.SetSample(x, y, c, image.Sample(x, y, c));
-    }
-    QVERIFY(image.Bytes() == before.Bytes());
 }
 
 void tst_KImageChannels::factors()

@@ -10,8 +10,6 @@
 #include <random>
 #include <utility>
 
-Q_DECLARE_METATYPE(std::function<bool(int, int)>)
-
 namespace {
 
 /// Half a count of an integer, the noise of single precision of a float.
@@ -85,105 +83,78 @@ Crop AutoCrop(const KImage &image)
 class tst_KImageGeometry : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void resizeByDefinition_data();
     void resizeByDefinition();
-    void flatAndMean_data();
     void flatAndMean();
     void rampStaysLinear();
     void inPlace();
     void foreignRows();
     void whatIsNotResized();
-    void cropHoldsNothingTransparent_data();
     void cropHoldsNothingTransparent();
-    void fullAndEmptyCrop_data();
     void fullAndEmptyCrop();
     void cropByHand();
     void cropGuards();
 };
 
-void tst_KImageGeometry::resizeByDefinition_data()
-{
-    QTest::addColumn<int>("form");
-    QTest::addColumn<QSize>("from");
-    QTest::addColumn<QSize>("to");
-    const QSize sizes[][2] = {
-        {{5, 5}, {3, 3}},   {{1001, 3}, {7, 3}}, {{10, 8}, {5, 4}}, {{37, 41}, {1, 1}}, {{10, 9}, {10, 4}}, // area
-        {{10, 8}, {12, 4}}, {{10, 8}, {5, 9}},   {{1, 1}, {4, 3}},  {{7, 5}, {31, 17}},                     // linear
-    };
-    for (int form = 0; form < kFormCount; ++form)
-        for (const auto &size : sizes)
-            QTest::addRow("%s %dx%d to %dx%d", kForms[form].name, size[0].width(), size[0].height(), size[1].width(),
-                          size[1].height())
-                << form << size[0] << size[1];
-}
-
 void tst_KImageGeometry::resizeByDefinition()
 {
-    QFETCH(int, form);
-    QFETCH(QSize, from);
-    QFETCH(QSize, to);
-    TestImage source(kForms[form], from.width(), from.height(), 4), result(kForms[form], to.width(), to.height());
-    source.FillWithNoise(1);
-    Resized(source, result);
-    // Area weighting unless one side grows, whatever the other does.
-    const bool grows = to.width() > from.width() || to.height() > from.height();
-    const double stepX = double(from.width()) / to.width(), stepY = double(from.height()) / to.height();
-    for (int y = 0; y < to.height(); ++y) {
-        for (int x = 0; x < to.width(); ++x) {
-            for (int c = 0; c < kForms[form].channels; ++c) {
-                const double wanted = grows
-                    ? Bilinear(source, (x + 0.5) * stepX - 0.5, (y + 0.5) * stepY - 0.5, c)
-                    : AreaMean(source, x * stepX, (x + 1) * stepX, y * stepY, (y + 1) * stepY, c);
-                const double got = result.Sample(x, y, c);
-                QVERIFY2(std::fabs(got - wanted) <= RoundingOf(kForms[form]),
-                         qPrintable(QStringLiteral("(%1, %2), channel %3: expected %4, got %5")
-                                        .arg(x)
-                                        .arg(y)
-                                        .arg(c)
-                                        .arg(wanted)
-                                        .arg(got)));
+    const QSize sizes[][2] = {
+        {{5, 5}, {3, 3}},   {{1001, 3}, {7, 3}}, {{37, 41}, {1, 1}}, {{10, 9}, {10, 4}}, // area
+        {{10, 8}, {12, 4}}, {{10, 8}, {5, 9}},   {{1, 1}, {4, 3}},   {{7, 5}, {31, 17}}, // linear
+    };
+    for (int i = 0; i < kFormCount * 8; ++i) {
+        const int form = i / 8;
+        const QSize from = sizes[i % 8][0], to = sizes[i % 8][1];
+        TestImage source(kForms[form], from.width(), from.height(), 4), result(kForms[form], to.width(), to.height());
+        source.FillWithNoise(1);
+        Resized(source, result);
+        // Area weighting unless one side grows, whatever the other does.
+        const bool grows = to.width() > from.width() || to.height() > from.height();
+        const double stepX = double(from.width()) / to.width(), stepY = double(from.height()) / to.height();
+        for (int y = 0; y < to.height(); ++y) {
+            for (int x = 0; x < to.width(); ++x) {
+                for (int c = 0; c < kForms[form].channels; ++c) {
+                    const double wanted = grows
+                        ? Bilinear(source, (x + 0.5) * stepX - 0.5, (y + 0.5) * stepY - 0.5, c)
+                        : AreaMean(source, x * stepX, (x + 1) * stepX, y * stepY, (y + 1) * stepY, c);
+                    const double got = result.Sample(x, y, c);
+                    QVERIFY2(std::fabs(got - wanted) <= RoundingOf(kForms[form]),
+                             qPrintable(QStringLiteral("%1, row %2: expected %3, got %4")
+                                            .arg(QLatin1String(kForms[form].name))
+                                            .arg(i % 8)
+                                            .arg(wanted)
+                                            .arg(got)));
+                }
             }
         }
     }
 }
 
-void tst_KImageGeometry::flatAndMean_data()
-{
-    QTest::addColumn<int>("form");
-    QTest::addColumn<QSize>("to");
-    for (int form : {k8uRgb, k16uGrey, k32fRgba})
-        for (const QSize &to : {QSize(1, 1), QSize(61, 7), QSize(293, 151)})
-            QTest::addRow("%s to %dx%d", kForms[form].name, to.width(), to.height()) << form << to;
-}
-
 void tst_KImageGeometry::flatAndMean()
 {
-    QFETCH(int, form);
-    QFETCH(QSize, to);
     const QSize from(307, 211);
-    TestImage flat(kForms[form], from.width(), from.height()), noise(kForms[form], from.width(), from.height());
-    TestImage result(kForms[form], to.width(), to.height());
-    const double value = kForms[form].IsFloat() ? 0.7 : kForms[form].Full() - 3;
-    double mean = 0, resizedMean = 0;
-    noise.FillWithNoise(1);
-    for (int y = 0; y < from.height(); ++y) {
-        for (int x = 0; x < from.width(); ++x) {
-            for (int c = 0; c < kForms[form].channels; ++c)
-                flat.SetSample(x, y, c, value);
-            mean += noise.Sample(x, y, 0) / (from.width() * from.height());
+    for (const FormIndex form : {k8uRgb, k16uGrey, k32fRgba}) {
+        TestImage flat(kForms[form], from.width(), from.height()), noise(kForms[form], from.width(), from.height());
+        const double value = kForms[form].IsFloat() ? 0.7 : kForms[form].Full() - 3;
+        const int last = kForms[form].channels - 1;
+        double mean = 0;
+        noise.FillWithNoise(1);
+        for (int i = 0; i < from.width() * from.height(); ++i) {
+            flat.SetSample(i % from.width(), i / from.width(), last, value);
+            mean += noise.Sample(i % from.width(), i / from.width(), 0) / (from.width() * from.height());
+        }
+        for (const QSize &to : {QSize(1, 1), QSize(61, 7), QSize(293, 151)}) {
+            TestImage same(kForms[form], to.width(), to.height()), result(kForms[form], to.width(), to.height());
+            Resized(flat, same);
+            Resized(noise, result);
+            double excess = -mean;
+            for (int i = 0; i < to.width() * to.height(); ++i) {
+                QVERIFY(std::fabs(same.Sample(i % to.width(), i / to.width(), last) - value)
+                        <= (kForms[form].IsFloat() ? 1e-6 : 0));
+                excess += result.Sample(i % to.width(), i / to.width(), 0) / (to.width() * to.height());
+            }
+            QVERIFY2(std::fabs(excess) <= RoundingOf(kForms[form]), qPrintable(QString::number(excess)));
         }
     }
-    Resized(flat, result);
-    for (int y = 0; y < to.height(); ++y)
-        for (int x = 0; x < to.width(); ++x)
-            QVERIFY(std::fabs(result.Sample(x, y, kForms[form].channels - 1) - value)
-                    <= (kForms[form].IsFloat() ? 1e-6 : 0));
-    Resized(noise, result);
-    for (int y = 0; y < to.height(); ++y)
-        for (int x = 0; x < to.width(); ++x)
-            resizedMean += result.Sample(x, y, 0) / (to.width() * to.height());
-    QVERIFY2(std::fabs(mean - resizedMean) <= RoundingOf(kForms[form]),
-             qPrintable(QString::number(resizedMean - mean)));
 }
 
 void tst_KImageGeometry::rampStaysLinear()
@@ -249,70 +220,46 @@ void tst_KImageGeometry::whatIsNotResized()
     QCOMPARE(int(*target.getData(3, 3)), 0);
 }
 
-void tst_KImageGeometry::cropHoldsNothingTransparent_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<std::function<bool(int, int)>>("isValid");
-    QTest::addColumn<double>("leastShare"); // of the image that the rectangle must hold
-    using Shape = std::function<bool(int, int)>;
-    const QSize size(301, 200);
-    QTest::newRow("ellipse") << size << Shape([](int x, int y) {
-        return std::hypot((x - 150) / 150.5, (y - 99.5) / 100.0) < 1;
-    }) << 0.45; // the largest has half of the box, 2 / pi of the ellipse
-    QTest::newRow("slanted") << size << Shape([](int x, int y) {
-        return y > x * 0.1 && y < 169 + x * 0.1 && x > 20 - y * 0.1 && x < 300 - y * 0.1;
-    }) << 0.6;
-    QTest::newRow("frame") << size << Shape([](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; })
-                           << 0.75;
-    QTest::newRow("pillow") << size << Shape([](int x, int y) {
-        return y >= 30 - std::abs(x - 150) / 6 && x >= 20 - std::abs(y - 100) / 6;
-    }) << 0.75;
-    QTest::newRow("prime and small") << QSize(17, 13) << Shape([](int x, int y) { return x + y >= 3 && x - y <= 13; })
-                                     << 0.6;
-}
-
 void tst_KImageGeometry::cropHoldsNothingTransparent()
 {
-    QFETCH(QSize, size);
-    using Shape = std::function<bool(int, int)>;
-    QFETCH(Shape, isValid);
-    QFETCH(double, leastShare);
-    const Crop crop = AutoCrop(MaskedImage(size.width(), size.height(), isValid));
-    QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(size.width())
-            && crop.bottom <= float(size.height()));
-    for (int y = int(std::ceil(crop.top)); float(y + 1) <= crop.bottom; ++y)
-        for (int x = int(std::ceil(crop.left)); float(x + 1) <= crop.right; ++x)
-            QVERIFY2(isValid(x, y), qPrintable(QStringLiteral("(%1, %2)").arg(x).arg(y)));
-    const double share =
-        double(crop.right - crop.left) * double(crop.bottom - crop.top) / (size.width() * size.height());
-    QVERIFY2(share >= leastShare, qPrintable(QString::number(share)));
-}
-
-void tst_KImageGeometry::fullAndEmptyCrop_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<float>("alpha");
-    for (const QSize &size : {QSize(1, 1), QSize(2, 2), QSize(3, 3), QSize(100, 80), QSize(101, 31)}) {
-        QTest::addRow("full %dx%d", size.width(), size.height()) << size << 1.0f;
-        QTest::addRow("negative alpha is valid, %dx%d", size.width(), size.height()) << size << -0.5f;
-        QTest::addRow("not a number is valid, %dx%d", size.width(), size.height()) << size << std::nanf("");
-        QTest::addRow("empty %dx%d", size.width(), size.height()) << size << 0.0f;
+    const struct {
+        int width, height;
+        bool (*isValid)(int x, int y);
+        double leastShare; // of the image that the rectangle must hold
+    } rows[] = {
+        // An ellipse: the largest rectangle has half of the box, 2 / pi of the ellipse.
+        {301, 200, [](int x, int y) { return std::hypot((x - 150) / 150.5, (y - 99.5) / 100.0) < 1; }, 0.45},
+        {301, 200, // slanted
+         [](int x, int y) { return y > x * 0.1 && y < 169 + x * 0.1 && x > 20 - y * 0.1 && x < 300 - y * 0.1; }, 0.6},
+        {301, 200, [](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; }, 0.75}, // a frame
+        {301, 200,                                                                              // a pillow
+         [](int x, int y) { return y >= 30 - std::abs(x - 150) / 6 && x >= 20 - std::abs(y - 100) / 6; }, 0.75},
+        {17, 13, [](int x, int y) { return x + y >= 3 && x - y <= 13; }, 0.6},
+    };
+    for (const auto &row : rows) {
+        const Crop crop = AutoCrop(MaskedImage(row.width, row.height, row.isValid));
+        QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(row.width) && crop.bottom <= float(row.height));
+        for (int y = int(std::ceil(crop.top)); float(y + 1) <= crop.bottom; ++y)
+            for (int x = int(std::ceil(crop.left)); float(x + 1) <= crop.right; ++x)
+                QVERIFY2(row.isValid(x, y), qPrintable(QStringLiteral("(%1, %2)").arg(x).arg(y)));
+        const double area = double(crop.right - crop.left) * double(crop.bottom - crop.top);
+        QVERIFY2(area >= row.leastShare * row.width * row.height, qPrintable(QString::number(area)));
     }
 }
 
 void tst_KImageGeometry::fullAndEmptyCrop()
 {
-    QFETCH(QSize, size);
-    QFETCH(float, alpha);
-    KImage image(size.width(), size.height(), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    for (int i = 0; i < size.width() * size.height(); ++i)
-        reinterpret_cast<float *>(image.getData(i % size.width(), i / size.width()))[3] = alpha;
-    const Crop crop = AutoCrop(image);
-    const bool full = alpha != 0.0f;
-    QCOMPARE(crop.left, 0.0f);
-    QCOMPARE(crop.top, 0.0f);
-    QCOMPARE(crop.right, full ? float(size.width()) : 0.0f);
-    QCOMPARE(crop.bottom, full ? float(size.height()) : 0.0f);
+    for (const QSize &size : {QSize(1, 1), QSize(2, 2), QSize(3, 3), QSize(100, 80), QSize(101, 31)}) {
+        for (const float alpha : {1.0f, -0.5f, std::nanf(""), 0.0f}) { // all but 0 are valid
+            KImage image(size.width(), size.height(), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+            for (int i = 0; i < size.width() * size.height(); ++i)
+                reinterpret_cast<float *>(image.getData(i % size.width(), i / size.width()))[3] = alpha;
+            const Crop crop = AutoCrop(image);
+            QVERIFY(crop.left == 0 && crop.top == 0);
+            QCOMPARE(crop.right, alpha != 0.0f ? float(size.width()) : 0.0f);
+            QCOMPARE(crop.bottom, alpha != 0.0f ? float(size.height()) : 0.0f);
+        }
+    }
 }
 
 void tst_KImageGeometry::cropByHand()

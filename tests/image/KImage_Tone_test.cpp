@@ -7,7 +7,6 @@
 #include <QtTest>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 
 namespace {
@@ -33,42 +32,41 @@ double Sample(const KImage &image, int x, int channel)
 
 } // namespace
 
-Q_DECLARE_METATYPE(std::function<void(KImage &)>)
-
 class tst_Tone : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void guards_data();
     void guards();
     void alpha();
     void histograms();
-    void dynamicRange_data();
     void dynamicRange();
     void colors();
     void gaussian();
     void kernelSize();
-    void unsharpProperties_data();
     void unsharpProperties();
 };
 
-void tst_Tone::guards_data()
+void tst_Tone::guards()
 {
-    using Call = std::function<void(KImage &)>;
-    QTest::addColumn<int>("form"); // -1: empty
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QString>("what");
+    using Call = void (*)(KImage &);
     static KImage s_other(4, 1, GFL_GREY, 8, true, nullptr, 0), s_target;
     static ImageSt s_grey;
     static float s_low, s_high;
     static double s_number;
+    const auto thrown = [](int form, Call call) {
+        KImage image;
+        if (form >= 0) // else empty
+            image.AllocBitmap(4, 1, kForms[form].type, kForms[form].bits, true, nullptr, 0);
+        return Thrown([&] { call(image); });
+    };
     const Call all[] = {[](KImage &i) { i.CombineAlpha(s_other); },
                         [](KImage &i) { i.BinarizeAlpha(); },
+                        [](KImage &i) { i.HDR_QuickToneMapper(0); },
+                        [](KImage &i) { i.CircularFiskeyeToSpherical(10, 180, s_target); },
                         [](KImage &i) { i.ScaleByAlpha(); },
                         [](KImage &i) { i.HistogramAuto(s_target); },
                         [](KImage &i) { i.HistogramEqualization(s_target); },
                         [](KImage &i) { i.HDR_GetMinMax(s_low, s_high, true); },
-                        [](KImage &i) { i.HDR_QuickToneMapper(0); },
                         [](KImage &i) { i.ConvolveGaussian(1, s_target); },
                         [](KImage &i) { i.unsharpFull(1, 1, s_target); },
                         [](KImage &i) { i.unsharpY(1, 1, s_target); },
@@ -77,60 +75,42 @@ void tst_Tone::guards_data()
                         [](KImage &i) { i.Colorize(s_target, Qt::red, Qt::blue); },
                         [](KImage &i) { i.GetFisheyeRadiusOffset(s_number, s_number, s_number); },
                         [](KImage &i) { i.CleanFisheyeData(1, 0, 0); },
-                        [](KImage &i) { i.CircularFiskeyeToSpherical(10, 180, s_target); },
                         [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, s_target); },
                         [](KImage &i) { i.PutPoint(1, 1, 1, 0); },
                         [](KImage &i) { i.Optical(0, 0, 0, 0, 0, 0); },
                         [](KImage &i) { i.Optical2(0, 0, 0, 'R', 1, 0); }};
-    for (size_t i = 0; i < std::size(all); ++i)
-        QTest::addRow("empty, %zu", i) << -1 << all[i] << "Invalid Bitmap";
-    const struct {
-        const char *name;
-        int form;
-        Call call;
-    } wrong[] = {
-        {"mask of another size", k16uRgba,
-         [](KImage &i) { i.CombineAlpha(KImage(3, 1, GFL_GREY, 8, true, nullptr, 0)); }},
-        {"unknown mode", k32fRgb, [](KImage &i) { i.HDR_Normalize(0, 1, 3); }},
-        {"range turned round", k32fRgb, [](KImage &i) { i.HDR_Normalize(1, 0, 0); }},
-        {"endless range", k32fRgb, [](KImage &i) { i.HDR_Normalize(0, INFINITY, 0); }},
-        {"sigma below 0", k8uRgb, [](KImage &i) { i.ConvolveGaussian(-1, s_target); }},
-        {"blur into itself", k8uRgb, [](KImage &i) { i.ConvolveGaussian(1, i); }},
-        {"radius not a number", k8uRgb, [](KImage &i) { i.unsharp(NAN, 1, s_target); }},
-        {"sharpen into itself", k8uRgb, [](KImage &i) { i.unsharpY(1, 1, i); }},
-        {"no colour", k8uRgb, [](KImage &i) { i.Colorize(s_target, QColor(), Qt::red); }},
-        {"endless contrast", k8uRgb, [](KImage &i) { i.adjustColor(1, INFINITY, 1); }},
-        {"radius 0", k8uRgb, [](KImage &i) { i.CleanFisheyeData(0, 0, 0); }},
-        {"nominal radius below 0", k8uRgb,
-         [](KImage &i) { i.GetCateyeRadiusOffset(s_number, s_number, s_number, -1); }},
-        {"sphere of one column", k8uRgb, [](KImage &i) { i.CircularCateyeToSpherical(1, 1, 0, 0, s_target); }},
-        {"sphere into itself", k8uRgb, [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, i); }},
-        {"angle of 0", k8uRgb, [](KImage &i) { i.CircularFiskeyeToSpherical(10, 0, s_target); }},
-        {"point nowhere", k8uRgb, [](KImage &i) { i.PutPoint(NAN, 0, 1, 0); }},
-        {"bend without end", k8uRgb, [](KImage &i) { i.Optical(INFINITY, 0, 0, 0, 0, 0); }},
-        {"alpha of RGB, bent", k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, 'A', 1, 0); }},
-        {"no channel", k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, '\0', 1, 0); }},
-    };
-    for (const auto &row : wrong)
-        QTest::newRow(row.name) << row.form << row.call << "Invalid Parameter";
-    QTest::newRow("mask of the same depth") << int(k8uRgba) << all[0] << "Invalid Bitmap";
-    QTest::newRow("alpha of RGB") << int(k8uRgb) << all[1] << "Invalid Bitmap";
-    QTest::newRow("tone map of 8 bits") << int(k8uRgb) << all[6] << "Invalid Bitmap";
-    QTest::newRow("no columns") << int(k8uRgb) << Call([](KImage &i) {
-        i.AllocBitmap(0, 3, GFL_RGB, 8, true, nullptr, 0);
-        i.GetGrey(s_grey);
-    }) << "Invalid Bitmap";
-    QTest::newRow("no circle to project") << int(k8uRgb) << all[15] << "Invalid Bitmap";
-}
+    for (const Call call : all)
+        QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
+    // A mask of the same depth, no alpha, no floats, no circle, no columns.
+    QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
+    for (const Call call : {all[1], all[2], all[3]})
+        QCOMPARE(thrown(k8uRgb, call), QStringLiteral("Invalid Bitmap"));
+    KImage narrow(0, 3, GFL_RGB, 8, true, nullptr, 0);
+    QCOMPARE(Thrown([&] { narrow.GetGrey(s_grey); }), QStringLiteral("Invalid Bitmap"));
 
-void tst_Tone::guards()
-{
-    QFETCH(int, form);
-    QFETCH(std::function<void(KImage &)>, call);
-    KImage image;
-    if (form >= 0)
-        image.AllocBitmap(4, 1, kForms[form].type, kForms[form].bits, true, nullptr, 0);
-    QTEST(Thrown([&] { call(image); }), "what");
+    const std::pair<FormIndex, Call> wrong[] = {
+        {k16uRgba, [](KImage &i) { i.CombineAlpha(KImage(3, 1, GFL_GREY, 8, true, nullptr, 0)); }},
+        {k32fRgb, [](KImage &i) { i.HDR_Normalize(0, 1, 3); }},
+        {k32fRgb, [](KImage &i) { i.HDR_Normalize(1, 0, 0); }},
+        {k32fRgb, [](KImage &i) { i.HDR_Normalize(0, INFINITY, 0); }},
+        {k8uRgb, [](KImage &i) { i.ConvolveGaussian(-1, s_target); }},
+        {k8uRgb, [](KImage &i) { i.ConvolveGaussian(1, i); }},
+        {k8uRgb, [](KImage &i) { i.unsharp(NAN, 1, s_target); }},
+        {k8uRgb, [](KImage &i) { i.unsharpY(1, 1, i); }},
+        {k8uRgb, [](KImage &i) { i.Colorize(s_target, QColor(), Qt::red); }},
+        {k8uRgb, [](KImage &i) { i.adjustColor(1, INFINITY, 1); }},
+        {k8uRgb, [](KImage &i) { i.CleanFisheyeData(0, 0, 0); }},
+        {k8uRgb, [](KImage &i) { i.GetCateyeRadiusOffset(s_number, s_number, s_number, -1); }},
+        {k8uRgb, [](KImage &i) { i.CircularCateyeToSpherical(1, 1, 0, 0, s_target); }},
+        {k8uRgb, [](KImage &i) { i.CircularCateyeToSpherical(10, 1, 0, 0, i); }},
+        {k8uRgb, [](KImage &i) { i.CircularFiskeyeToSpherical(10, 0, s_target); }},
+        {k8uRgb, [](KImage &i) { i.PutPoint(NAN, 0, 1, 0); }},
+        {k8uRgb, [](KImage &i) { i.Optical(INFINITY, 0, 0, 0, 0, 0); }},
+        {k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, 'A', 1, 0); }},
+        {k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, '\0', 1, 0); }},
+    };
+    for (const auto &[form, call] : wrong)
+        QCOMPARE(thrown(form, call), QStringLiteral("Invalid Parameter"));
 }
 
 void tst_Tone::alpha()
@@ -192,40 +172,34 @@ void tst_Tone::histograms()
     QCOMPARE(int(target.getData(2, 0)[0]), 2); // converted, not stretched
 }
 
-void tst_Tone::dynamicRange_data()
-{
-    QTest::addColumn<int>("mode");
-    QTest::addColumn<double>("one"); // what becomes of 1 in 0 to 3
-    QTest::newRow("linear") << int(KImage::HDR_LINEAR) << 1 / 3.0;
-    QTest::newRow("logarithmic") << int(KImage::HDR_LOGARITHMIC) << 0.5;
-    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 leads L = 0.18 / mean * v and white at 3 L.
-    const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
-    QTest::newRow("Reinhard") << int(KImage::HDR_REINHARD) << scaled * (1 + scaled / (white * white)) / (1 + scaled);
-}
-
 void tst_Tone::dynamicRange()
 {
-    QFETCH(int, mode);
-    QFETCH(double, one);
-    TestImage image(kForms[k32fRgba], 7, 1, 2);
-    FillRow(image, {1, 3, 0, kNan, kInfinity, 0.5, 90});
-    image.SetSample(6, 0, 3, 0); // hidden
-    float low, high;
-    image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/false);
-    QCOMPARE(high, 90.0f);
-    image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/true);
-    QCOMPARE(low, 0.0f);
-    QCOMPARE(high, 3.0f);
-    image.image.HDR_QuickToneMapper(mode);
-    const double wanted[] = {one, 1, 0, 0, 1};
-    for (int x = 0; x < 5; ++x)
-        QVERIFY2(std::abs(image.Sample(x, 0, 1) - wanted[x]) < 1e-5,
-                 qPrintable(QString::number(image.Sample(x, 0, 1))));
-
-    for (const double flat : {0.0, 7.0, kNan}) {
-        FillRow(image, std::vector<double>(7, flat));
+    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 leads L = 0.18 / mean * v and white at 3 L.
+    const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
+    const std::pair<int, double> rows[] = {
+        // What becomes of 1 in 0 to 3.
+        {KImage::HDR_LINEAR, 1 / 3.0},
+        {KImage::HDR_LOGARITHMIC, 0.5},
+        {KImage::HDR_REINHARD, scaled * (1 + scaled / (white * white)) / (1 + scaled)}};
+    for (const auto &[mode, one] : rows) {
+        TestImage image(kForms[k32fRgba], 7, 1, 2);
+        FillRow(image, {1, 3, 0, kNan, kInfinity, 0.5, 90});
+        image.SetSample(6, 0, 3, 0); // hidden
+        float low, high;
+        image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/false);
+        QCOMPARE(high, 90.0f);
+        image.image.HDR_GetMinMax(low, high, /*onlyVisible=*/true);
+        QVERIFY(low == 0 && high == 3);
         image.image.HDR_QuickToneMapper(mode);
-        QCOMPARE(image.Sample(0, 0, 0), 0.0);
+        const double wanted[] = {one, 1, 0, 0, 1};
+        for (int x = 0; x < 5; ++x)
+            QVERIFY2(std::abs(image.Sample(x, 0, 1) - wanted[x]) < 1e-5,
+                     qPrintable(QString::number(image.Sample(x, 0, 1))));
+        for (const double flat : {0.0, 7.0, kNan}) {
+            FillRow(image, std::vector<double>(7, flat));
+            image.image.HDR_QuickToneMapper(mode);
+            QCOMPARE(image.Sample(0, 0, 0), 0.0);
+        }
     }
 }
 
@@ -291,50 +265,44 @@ void tst_Tone::kernelSize()
     }
 }
 
-void tst_Tone::unsharpProperties_data()
-{
-    QTest::addColumn<int>("form");
-    for (int form = 0; form < kFormCount; ++form)
-        QTest::newRow(kForms[form].name) << form;
-}
-
 void tst_Tone::unsharpProperties()
 {
-    QFETCH(int, form);
-    TestImage image(kForms[form], 23, 11, 1);
-    image.FillWithNoise(5, 0, 1);
-    KImage same, sharp, other;
-    image.image.unsharp(2, 0, same);
-    image.image.unsharpY(2, 0, other);
-    for (int y = 0; y < 11; ++y) {
-        const size_t rowBytes = size_t(23 * kForms[form].channels * kForms[form].bits / 8);
-        QVERIFY(std::memcmp(same.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
-        QVERIFY(std::memcmp(other.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
-    }
-    if (kForms[form].channels != 4)
-        return;
-    // A flat picture beside transparent pixels of wild colours stays flat, and they stay as they are.
-    for (const float radius : {1.5f, 9.0f}) { // the kernel as it is, and the wide one
-        for (int x = 0; x < 23; ++x) {
-            for (int y = 0; y < 11; ++y) {
-                for (int c = 0; c < 4; ++c)
-                    image.SetSample(x, y, c,
-                                    x < 12                           ? kForms[form].Full() * (c == 3 ? 1 : 0.5)
-                                        : c == 3                     ? 0
-                                        : form == k32fRgba && y == 5 ? kNan
-                                                                     : kForms[form].Full());
-            }
+    for (int form = 0; form < kFormCount; ++form) {
+        TestImage image(kForms[form], 23, 11, 1);
+        image.FillWithNoise(5, 0, 1);
+        KImage same, sharp, other;
+        image.image.unsharp(2, 0, same);
+        image.image.unsharpY(2, 0, other);
+        for (int y = 0; y < 11; ++y) {
+            const size_t rowBytes = size_t(23 * kForms[form].channels * kForms[form].bits / 8);
+            QVERIFY(std::memcmp(same.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
+            QVERIFY(std::memcmp(other.getData(0, y), image.image.getData(0, y), rowBytes) == 0);
         }
-        image.image.unsharp(radius, 3, sharp);
-        for (int x = 0; x < 23; ++x)
-            QVERIFY2(std::abs(Sample(sharp, x, 1) - (x < 12 ? 0.5 : 1)) < 0.004, qPrintable(QString::number(x)));
-    }
-    image.FillWithNoise(5, 0, 1);
-    for (int x = 0; x < 23 * 11; ++x)
-        image.SetSample(x % 23, x / 23, 3, 0);
-    for (const auto sharpen : {&KImage::unsharpFull, &KImage::unsharpY}) { // nothing is visible
-        (image.image.*sharpen)(2, 1, sharp);
-        QVERIFY(std::memcmp(sharp.getData(0, 0), image.image.getData(0, 0), 23) == 0);
+        if (kForms[form].channels != 4)
+            continue;
+        // A flat picture beside transparent pixels of wild colours stays flat, and they stay as they are.
+        for (const float radius : {1.5f, 9.0f}) { // the kernel as it is, and the wide one
+            for (int x = 0; x < 23; ++x) {
+                for (int y = 0; y < 11; ++y) {
+                    for (int c = 0; c < 4; ++c)
+                        image.SetSample(x, y, c,
+                                        x < 12                           ? kForms[form].Full() * (c == 3 ? 1 : 0.5)
+                                            : c == 3                     ? 0
+                                            : form == k32fRgba && y == 5 ? kNan
+                                                                         : kForms[form].Full());
+                }
+            }
+            image.image.unsharp(radius, 3, sharp);
+            for (int x = 0; x < 23; ++x)
+                QVERIFY2(std::abs(Sample(sharp, x, 1) - (x < 12 ? 0.5 : 1)) < 0.004, qPrintable(QString::number(x)));
+        }
+        image.FillWithNoise(5, 0, 1);
+        for (int x = 0; x < 23 * 11; ++x)
+            image.SetSample(x % 23, x / 23, 3, 0);
+        for (const auto sharpen : {&KImage::unsharpFull, &KImage::unsharpY}) { // nothing is visible
+            (image.image.*sharpen)(2, 1, sharp);
+            QVERIFY(std::memcmp(sharp.getData(0, 0), image.image.getData(0, 0), 23) == 0);
+        }
     }
 }
 

@@ -38,11 +38,9 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase() { KImage::exit(); }
 
-    void eviction_data();
     void eviction();
     void sizesInBytes();
     void smallerFromBigger();
-    void whereVersionsComeBackFrom_data();
     void whereVersionsComeBackFrom();
     void noRoomForDiskCopies();
     void lentPixelsOutliveTheirImage();
@@ -70,47 +68,41 @@ void tst_ImageCache::cleanup()
     QCOMPARE(FilesBelow(Temporary()), QStringList());
 }
 
-void tst_ImageCache::eviction_data()
-{
-    QTest::addColumn<int>("limitMo");
-    QTest::addColumn<QString>("steps");    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
-    QTest::addColumn<QString>("inMemory"); // afterwards
-    const auto row = [](const char *name, int limitMo, const char *steps, const char *inMemory) {
-        QTest::newRow(name) << limitMo << QString::fromLatin1(steps) << QString::fromLatin1(inMemory);
-    };
-    row("the older goes when the newer is given back", 1, "La Ua Lb Ub", "b");
-    row("the older goes as soon as it is given back", 1, "La Lb Ua", "b");
-    row("locked ones stay above the limit", 1, "La Lb Lc Uc", "abc");
-    row("two locks, one unlock", 1, "La La Lb Ua Ub", "ab");
-    row("what was asked for last stays, whatever the limit", 0, "La Ua", "a");
-    row("a lock alone evicts nothing", 1, "La Ua Lb Ub Lc", "bc");
-    row("under the limit", 2, "La Ua Lb Ub Lc Uc", "abc");
-    row("the one used longest ago", 2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd");
-    row("no more than needed", 2, "La Lb Lc Ld Ua Ub Uc", "bcd");
-    row("unlocks without a lock", 1, "Ua La Ua Ua La Lb Ub", "ab");
-}
-
 void tst_ImageCache::eviction()
 {
-    QFETCH(QString, steps);
-    QFETCH(int, limitMo);
-    Cache().m_maxMemoryMo = limitMo;
-    QMap<QChar, ImageDef *> images;
-    for (const QChar name : QStringLiteral("abcd"))
-        images[name] = Picture(WritePicture(Path(QString(name) + QLatin1String(".png")), "png", 400, 400));
-    for (const QString &step : steps.split(QLatin1Char(' '))) {
-        if (step[0] == QLatin1Char('L'))
-            QCOMPARE(images[step[1]]->LockFullSize(true)->width(), 400);
-        else
-            images[step[1]]->UnlockFullSize(true);
+    const struct {
+        int limitMo;
+        const char *steps;    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
+        const char *inMemory; // afterwards
+    } rows[] = {{1, "La Ua Lb Ub", "b"},
+                {1, "La Lb Ua", "b"},      // the older goes as soon as it is given back
+                {1, "La Lb Lc Uc", "abc"}, // locked ones stay above the limit
+                {1, "La La Lb Ua Ub", "ab"},
+                {0, "La Ua", "a"},                           // what was asked for last stays, whatever the limit
+                {1, "La Ua Lb Ub Lc", "bc"},                 // a lock alone evicts nothing
+                {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // the one used longest ago
+                {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // no more than needed
+                {1, "Ua La Ua Ua La Lb Ub", "ab"}};          // unlocks without a lock
+    for (const auto &row : rows) {
+        Cache().m_maxMemoryMo = row.limitMo;
+        QMap<QChar, ImageDef *> images;
+        for (const QChar name : QStringLiteral("abcd"))
+            images[name] = Picture(WritePicture(Path(QString(name) + QLatin1String(".png")), "png", 400, 400));
+        for (const QString &step : QString::fromLatin1(row.steps).split(QLatin1Char(' '))) {
+            if (step[0] == QLatin1Char('L'))
+                QCOMPARE(images[step[1]]->LockFullSize(true)->width(), 400);
+            else
+                images[step[1]]->UnlockFullSize(true);
+        }
+        QString inMemory;
+        for (auto image = images.cbegin(); image != images.cend(); ++image) {
+            const qint64 bytes = ItemOf(image.value()) ? ItemOf(image.value())->memUsed() : 0;
+            QVERIFY(bytes == 0 || bytes == 400 * 400 * 4);
+            inMemory += bytes ? QString(image.key()) : QString();
+        }
+        QCOMPARE(inMemory, QString::fromLatin1(row.inMemory));
+        cleanup();
     }
-    QString inMemory;
-    for (auto image = images.cbegin(); image != images.cend(); ++image) {
-        const qint64 bytes = ItemOf(image.value()) ? ItemOf(image.value())->memUsed() : 0;
-        QVERIFY(bytes == 0 || bytes == 400 * 400 * 4);
-        inMemory += bytes ? QString(image.key()) : QString();
-    }
-    QTEST(inMemory, "inMemory");
 }
 
 void tst_ImageCache::sizesInBytes()
@@ -144,59 +136,53 @@ void tst_ImageCache::smallerFromBigger()
     QCOMPARE(ItemOf(image)->m_versions.size(), 4); // 100, 50, 30, 40 wide
 }
 
-void tst_ImageCache::whereVersionsComeBackFrom_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<bool>("hasCopies");
-    QTest::newRow("16 bits") << QStringLiteral("b.png") << 16 << false;
-    QTest::newRow("raw of 8 bits") << QStringLiteral("c.NEF") << 8 << false;
-    QTest::newRow("raw of 16 bits") << QStringLiteral("d.nef") << 16 << true;
-    QTest::newRow("raw, developed") << QStringLiteral("e.dng") << 16 << true;
-}
-
 void tst_ImageCache::whereVersionsComeBackFrom()
 {
-    QFETCH(QString, name);
-    QFETCH(int, bits);
-    QFETCH(bool, hasCopies);
-    const QString path = Path(name);
-    if (name.endsWith(QStringLiteral("dng")))
-        WriteFile(path, DngFile(QSize(64, 48), {0.1, 0.25, 0.15}));
-    else
-        WritePicture(path, "png", 64, 48, GFL_RGB, bits);
-    ImageDef *const image = Picture(path);
-    QCOMPARE(image->nDepth(), bits);
     const struct {
-        int width, height;
-        bool nativeDepth;
-    } asked[] = {{32, 24, true}, {64, 48, true}, {20, 10, false}};
-    QVector<QByteArray> pixels;
-    const auto lockAll = [&] {
-        for (const auto &version : asked) {
-            pixels << PackedPixels(*image->Lock(version.width, version.height, version.nativeDepth)->m_bitmap);
-            image->Unlock(version.width, version.height, version.nativeDepth);
+        const char *name;
+        int bits;
+        bool hasCopies;
+    } rows[] = {{"b.png", 16, false}, {"c.NEF", 8, false}, {"d.nef", 16, true}, {"e.dng", 16, true}};
+    for (const auto &[name, bits, hasCopies] : rows) {
+        cleanup();
+        const QString path = Path(QString::fromLatin1(name));
+        if (path.endsWith(QStringLiteral("dng")))
+            WriteFile(path, DngFile(QSize(64, 48), {0.1, 0.25, 0.15}));
+        else
+            WritePicture(path, "png", 64, 48, GFL_RGB, bits);
+        ImageDef *const image = Picture(path);
+        QCOMPARE(image->nDepth(), bits);
+        const struct {
+            int width, height;
+            bool nativeDepth;
+        } asked[] = {{32, 24, true}, {64, 48, true}, {20, 10, false}};
+        QVector<QByteArray> pixels;
+        const auto lockAll = [&] {
+            for (const auto &version : asked) {
+                pixels << PackedPixels(*image->Lock(version.width, version.height, version.nativeDepth)->m_bitmap);
+                image->Unlock(version.width, version.height, version.nativeDepth);
+            }
+            image->ReleaseFromMemory();
+            QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
+        };
+        lockAll();
+        QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
+        QFile::rename(path, path + QStringLiteral(".away"));
+        WriteFile(path, "no picture"); // nothing can be developed now
+        if (!hasCopies) {
+            QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
+            continue;
         }
-        image->ReleaseFromMemory();
-        QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
-    };
-    lockAll();
-    QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
-    QFile::rename(path, path + QStringLiteral(".away"));
-    WriteFile(path, "no picture"); // nothing can be developed now
-    if (!hasCopies) {
+        lockAll();
+        QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
+        QDir(Temporary()).removeRecursively(); // somebody tidies up
         QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
-        return;
+        QDir().mkdir(Temporary());
+        QFile::remove(path);
+        QFile::rename(path + QStringLiteral(".away"), path);
+        lockAll();
+        QCOMPARE(pixels.mid(6), pixels.mid(0, 3));
     }
-    lockAll();
-    QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
-    QDir(Temporary()).removeRecursively(); // somebody tidies up
-    QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
-    QDir().mkdir(Temporary());
-    QFile::remove(path);
-    QFile::rename(path + QStringLiteral(".away"), path);
-    lockAll();
-    QCOMPARE(pixels.mid(6), pixels.mid(0, 3));
 }
 
 void tst_ImageCache::noRoomForDiskCopies()

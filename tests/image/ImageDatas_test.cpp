@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <variant>
+
 namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
@@ -25,51 +27,49 @@ Pairs Written(ImageDatas datas)
     return recorder.pairs;
 }
 
-/// A record in which each setting differs from its default and from the others of its type, bools apart.
+using Member = std::variant<int ImageDatas::*, float ImageDatas::*, bool ImageDatas::*>;
+
+/// All that is kept, in the order of writing; each value differs from its default and from the others, bools apart.
+const struct {
+    const char *name;
+    Member member;
+    QVariant value;
+} kUnusual[] = {{"exifMode", &ImageDatas::exifMode, 2},
+                {"exifDefaultFocal35mm", &ImageDatas::exifDefaultFocal35mm, 15.1F},
+                {"exifDefaultLensModel", &ImageDatas::exifDefaultLensModel, 1},
+                {"exifForcedFocal35mm", &ImageDatas::exifForcedFocal35mm, 1.0F / 3},
+                {"exifForcedK1", &ImageDatas::exifForcedK1, -1.17e-38F}, // needs all the digits a float has
+                {"exifForcedK2", &ImageDatas::exifForcedK2, 3.4e38F},
+                {"exifForcedK3", &ImageDatas::exifForcedK3, 0.1F},
+                {"exifForcedLensModel", &ImageDatas::exifForcedLensModel, 3},
+                {"rawUseAutomaticBalance", &ImageDatas::rawUseAutomaticBalance, true},
+                {"rawUseCameraBalance", &ImageDatas::rawUseCameraBalance, false},
+                {"rawHighlight", &ImageDatas::rawHighlight, -300},
+                {"rawAutoBright", &ImageDatas::rawAutoBright, true},
+                {"rawGamma", &ImageDatas::rawGamma, 1.8F},
+                {"rawBrightness", &ImageDatas::rawBrightness, 16777217.0F},
+                {"rawRedScaling", &ImageDatas::rawRedScaling, 0.7F},
+                {"rawBlueScaling", &ImageDatas::rawBlueScaling, 1e-10F}};
+
 ImageDatas Unusual()
 {
     ImageDatas datas;
     datas.thumbnailSize = QSize(64, 32);
-    datas.exifMode = 2;
-    datas.exifDefaultFocal35mm = 15.1F;
-    datas.exifDefaultLensModel = 1;
-    datas.exifForcedFocal35mm = 1.0F / 3;
-    datas.exifForcedK1 = -1.17e-38F; // needs all the digits a float has
-    datas.exifForcedK2 = 3.4e38F;
-    datas.exifForcedK3 = 0.1F;
-    datas.exifForcedLensModel = 3;
-    datas.rawUseAutomaticBalance = true;
-    datas.rawUseCameraBalance = false;
-    datas.rawHighlight = -300;
-    datas.rawAutoBright = true;
-    datas.rawGamma = 1.8F;
-    datas.rawBrightness = 16777217.0F;
-    datas.rawRedScaling = 0.7F;
-    datas.rawBlueScaling = 1e-10F;
     datas.thumbnailExtensions = QStringList{QStringLiteral(".a"), QStringLiteral(".b")};
+    for (const auto &row : kUnusual) {
+        const auto set = [&](auto member) { datas.*member = row.value.value<std::decay_t<decltype(datas.*member)>>(); };
+        std::visit(set, row.member);
+    }
     return datas;
 }
 
 /// What SaveSettings must write for Unusual().
 Pairs UnusualPairs()
 {
-    const auto key = [](const char *name) { return QLatin1String("image/") + QLatin1String(name); };
-    return {{key("exifMode"), 2},
-            {key("exifDefaultFocal35mm"), 15.1F},
-            {key("exifDefaultLensModel"), 1},
-            {key("exifForcedFocal35mm"), 1.0F / 3},
-            {key("exifForcedK1"), -1.17e-38F},
-            {key("exifForcedK2"), 3.4e38F},
-            {key("exifForcedK3"), 0.1F},
-            {key("exifForcedLensModel"), 3},
-            {key("rawUseAutomaticBalance"), true},
-            {key("rawUseCameraBalance"), false},
-            {key("rawHighlight"), -300},
-            {key("rawAutoBright"), true},
-            {key("rawGamma"), 1.8F},
-            {key("rawBrightness"), 16777217.0F},
-            {key("rawRedScaling"), 0.7F},
-            {key("rawBlueScaling"), 1e-10F}};
+    Pairs pairs;
+    for (const auto &row : kUnusual)
+        pairs.append({QLatin1String("image/") + QLatin1String(row.name), row.value});
+    return pairs;
 }
 
 /// An XML file as people write it: a level of elements for each part of a key, the value's text within.

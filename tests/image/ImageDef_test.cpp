@@ -67,7 +67,6 @@ private Q_SLOTS:
     void suffixes();
     void refusals();
     void exifModes();
-    void thumbnails_data();
     void thumbnails();
     void identity();
     void reload();
@@ -164,39 +163,35 @@ void tst_ImageDef::exifModes()
     }
 }
 
-void tst_ImageDef::thumbnails_data()
-{
-    QTest::addColumn<QSize>("picture");
-    QTest::addColumn<QSize>("stand-in"); // largest power of two, to 32, that covers 128 by 128 in one direction
-    QTest::addColumn<QSize>("real");     // reduced until one side is within 128, at most 32 times
-    QTest::addColumn<QRect>("filled");   // of the small one
-    QTest::newRow("6000 by 4000") << QSize(6000, 4000) << QSize(187, 125) << QSize(187, 125) << QRect(0, 21, 128, 85);
-    QTest::newRow("upright") << QSize(300, 600) << QSize(75, 150) << QSize(75, 150) << QRect(32, 0, 64, 128);
-    QTest::newRow("smaller than the box") << QSize(60, 40) << QSize(60, 40) << QSize(60, 40) << QRect(34, 44, 60, 40);
-    QTest::newRow("strip") << QSize(4800, 20) << QSize(150, 1) << QSize(4800, 20) << QRect(0, 63, 128, 1);
-    QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1) << QSize(1, 1) << QRect(63, 63, 1, 1);
-}
-
 void tst_ImageDef::thumbnails()
 {
-    QFETCH(QSize, picture);
-    QFETCH(QRect, filled);
+    const struct {
+        QSize picture;
+        QSize standIn; // largest power of two, to 32, that covers 128 by 128 in one direction
+        QSize real;    // reduced until one side is within 128, at most 32 times
+        QRect filled;  // of the small one
+    } rows[] = {{{6000, 4000}, {187, 125}, {187, 125}, {0, 21, 128, 85}},
+                {{300, 600}, {75, 150}, {75, 150}, {32, 0, 64, 128}},
+                {{60, 40}, {60, 40}, {60, 40}, {34, 44, 60, 40}},
+                {{4800, 20}, {150, 1}, {4800, 20}, {0, 63, 128, 1}},
+                {{1, 1}, {1, 1}, {1, 1}, {63, 63, 1, 1}}};
     const auto sizeOf = [](const KImage *image) { return QSize(image->width(), image->height()); };
-    const auto image = Describe(WritePicture(Path("t.jpg"), "jpeg", picture.width(), picture.height()), true);
-    QVERIFY(image);
-    QTEST(sizeOf(image->m_highResThumbnail), "stand-in");
-    const QImage small = image->m_thumbnail;
-    QCOMPARE(small.size(), QSize(128, 128));
-    QRect found;
-    for (int y = 0; y < 128; ++y) {
-        for (int x = 0; x < 128; ++x)
-            found |= qAlpha(small.pixel(x, y)) ? QRect(x, y, 1, 1) : QRect();
+    for (const auto &row : rows) {
+        const auto image =
+            Describe(WritePicture(Path("t.jpg"), "jpeg", row.picture.width(), row.picture.height()), true);
+        QVERIFY(image);
+        QCOMPARE(sizeOf(image->m_highResThumbnail), row.standIn);
+        const QImage small = image->m_thumbnail;
+        QCOMPARE(small.size(), QSize(128, 128));
+        QRect found;
+        for (int i = 0; i < 128 * 128; ++i)
+            found |= qAlpha(small.pixel(i % 128, i / 128)) ? QRect(i % 128, i / 128, 1, 1) : QRect();
+        QCOMPARE(found, row.filled);
+        QCOMPARE(image->GetThumbnail()->toImage().convertToFormat(small.format()), small);
+        QCOMPARE(image->GetThumbnail(), image->GetThumbnail());
+        QCOMPARE(sizeOf(image->GetHighResThumbnail32()), row.real);
+        QVERIFY(image->m_highResReady);
     }
-    QCOMPARE(found, filled);
-    QCOMPARE(image->GetThumbnail()->toImage().convertToFormat(small.format()), small);
-    QCOMPARE(image->GetThumbnail(), image->GetThumbnail());
-    QTEST(sizeOf(image->GetHighResThumbnail32()), "real");
-    QVERIFY(image->m_highResReady);
 }
 
 void tst_ImageDef::identity()

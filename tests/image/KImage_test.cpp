@@ -20,7 +20,6 @@ const QString kInvalidParameter = QStringLiteral("Invalid Parameter");
 class tst_KImage : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void record_data();
     void record();
     void refusedShapes();
     void sameShapeKeepsItsBlock();
@@ -30,48 +29,41 @@ private Q_SLOTS:
     void dpi();
     void integrity();
     void logHook();
-    void rawSettingsReachTheLoad();
+    void startAndStop();
 };
-
-void tst_KImage::record_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("bits");
-    QTest::addColumn<int>("channels");
-    QTest::addColumn<uint>("stride");
-    QTest::addColumn<int>("colorUsed");
-    QTest::newRow("grey, a byte wide") << int(GFL_GREY) << 1 << 8 << 1 << 4u << 256;
-    QTest::newRow("2,403 bytes round up") << int(GFL_RGB) << 801 << 8 << 3 << 2404u << 0;
-    QTest::newRow("16 bits") << int(GFL_RGB) << 3 << 16 << 3 << 20u << 0;
-    QTest::newRow("float RGBA") << int(GFL_RGBA) << 10 << 32 << 4 << 160u << 0;
-    QTest::newRow("palette") << int(GFL_COLORS) << 5 << 8 << 1 << 8u << 256;
-    QTest::newRow("three channels of another order") << 0x0040 << 4 << 8 << 3 << 12u << 0;
-    QTest::newRow("four of another order") << 0x2000 << 4 << 8 << 4 << 16u << 0;
-}
 
 void tst_KImage::record()
 {
-    QFETCH(int, type);
-    QFETCH(int, width);
-    QFETCH(int, bits);
-    QFETCH(int, channels);
-    const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
-    const GFL_BITMAP &bitmap = *image.m_bitmap;
-    QCOMPARE(int(bitmap.Type), type);
-    QCOMPARE(int(bitmap.ComponentsPerPixel), channels);
-    QCOMPARE(int(bitmap.BytesPerPixel), bits / 8 * channels);
-    QTEST(uint(bitmap.BytesPerLine), "stride");
-    QTEST(int(bitmap.ColorUsed), "colorUsed");
-    QCOMPARE(bitmap.ColorMap != nullptr, type == GFL_COLORS);
-    if (bitmap.ColorMap)
-        QCOMPARE(QByteArray::fromRawData(reinterpret_cast<const char *>(bitmap.ColorMap), 1024), QByteArray(1024, 0));
-    QCOMPARE(int(bitmap.LinePadding), 4);
-    QCOMPARE(int(bitmap.TransparentIndex), -1);
-    QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
-    const std::vector<unsigned char> zeros(2 * bitmap.BytesPerLine, 0);
-    QCOMPARE(std::memcmp(bitmap.Data, zeros.data(), zeros.size()), 0);
-    QCOMPARE(image.getData(width - 1, 1), bitmap.Data + bitmap.BytesPerLine + (width - 1) * bitmap.BytesPerPixel);
+    const struct {
+        int type, width, bits, channels;
+        uint stride;
+        int colorUsed;
+    } rows[] = {
+        {GFL_GREY, 1, 8, 1, 4, 256},   // a byte wide
+        {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes round up
+        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0},
+        {GFL_COLORS, 5, 8, 1, 8, 256}, {0x0040, 4, 8, 3, 12, 0}, // three channels of another order, and four
+        {0x2000, 4, 8, 4, 16, 0},
+    };
+    for (const auto &[type, width, bits, channels, stride, colorUsed] : rows) {
+        const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
+        const GFL_BITMAP &bitmap = *image.m_bitmap;
+        QCOMPARE(int(bitmap.Type), type);
+        QCOMPARE(int(bitmap.ComponentsPerPixel), channels);
+        QCOMPARE(int(bitmap.BytesPerPixel), bits / 8 * channels);
+        QCOMPARE(uint(bitmap.BytesPerLine), stride);
+        QCOMPARE(int(bitmap.ColorUsed), colorUsed);
+        QCOMPARE(bitmap.ColorMap != nullptr, type == GFL_COLORS);
+        if (bitmap.ColorMap)
+            QCOMPARE(QByteArray::fromRawData(reinterpret_cast<const char *>(bitmap.ColorMap), 1024),
+                     QByteArray(1024, 0));
+        QCOMPARE(int(bitmap.LinePadding), 4);
+        QCOMPARE(int(bitmap.TransparentIndex), -1);
+        QVERIFY(!bitmap.Comment && !bitmap.MetaData && !bitmap.Name);
+        const std::vector<unsigned char> zeros(2 * bitmap.BytesPerLine, 0);
+        QCOMPARE(std::memcmp(bitmap.Data, zeros.data(), zeros.size()), 0);
+        QCOMPARE(image.getData(width - 1, 1), bitmap.Data + bitmap.BytesPerLine + (width - 1) * bitmap.BytesPerPixel);
+    }
 }
 
 void tst_KImage::refusedShapes()
@@ -212,7 +204,7 @@ void tst_KImage::logHook()
     QCOMPARE(QString::fromStdString(heard), QStringLiteral("line"));
 }
 
-void tst_KImage::rawSettingsReachTheLoad()
+void tst_KImage::startAndStop()
 {
     KImage::init(nullptr);
     ImageDatas *own = ImageDatas::settings;
@@ -220,13 +212,6 @@ void tst_KImage::rawSettingsReachTheLoad()
     QCOMPARE(ImageDatas::settings, own); // started once
     QCOMPARE(KImage::ms_instances.tools, &KTools::ms_instances);
     QVERIFY(KTools::ms_instances.log);
-    own->rawHighlight = 300;
-    own->rawGamma = 1.8f;
-    GFL_LOAD_PARAMS params;
-    ImageDatas::GetDefaultLoadParams(&params);
-    QCOMPARE(int(params.RawHighlight), 44); // the low byte
-    QCOMPARE(params.RawGamma, 1.8f);
-    QCOMPARE(int(params.RawUseCameraBalance), 1);
     KImage::exit();
     QCOMPARE(ImageDatas::settings, nullptr);
     QCOMPARE(KTools::ms_instances.log, nullptr); // the tool kernel stopped with it

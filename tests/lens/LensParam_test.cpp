@@ -70,7 +70,6 @@ class tst_LensParam : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void perspective_data();
     void perspective();
     void sumsOfTermsAreKeptInDouble();
     void fisheye();
@@ -78,49 +77,35 @@ private Q_SLOTS:
     void falloff();
 };
 
-void tst_LensParam::perspective_data()
-{
-    QTest::addColumn<Coefficients>("coefficients");
-    QTest::addColumn<int>("used"); // how many of them make the polynomial
-    QTest::addColumn<QPointF>("tangential");
-    QTest::addColumn<float>("scaleFactor");
-    QTest::addColumn<float>("scale");
-
-    const Coefficients all = {-0.11F, 0.07F, -0.03F, 0.5F};
-    for (int count = 0; count <= all.size(); ++count)
-        QTest::addRow("coefficients=%d", count)
-            << all.mid(0, count) << (count > 3 ? 0 : count) << QPointF() << 1.0F << 1.0F;
-    QTest::newRow("scale factor") << all.mid(0, 2) << 2 << QPointF() << 0.97F << 1.0F;
-    QTest::newRow("reduced picture") << all.mid(0, 3) << 3 << QPointF() << 1.0F << 0.1706F;
-    QTest::newRow("reduced, with factor") << all.mid(0, 1) << 1 << QPointF() << 1.013F << 0.25F;
-    QTest::newRow("first tangential") << all.mid(0, 2) << 2 << QPointF(0.004, 0) << 1.0F << 1.0F;
-    QTest::newRow("second tangential") << all.mid(0, 2) << 2 << QPointF(0, -0.003) << 1.0F << 1.0F;
-    QTest::newRow("both, no radial") << Coefficients() << 0 << QPointF(-0.002, 0.005) << 1.02F << 0.5F;
-}
-
 void tst_LensParam::perspective()
 {
-    QFETCH(Coefficients, coefficients);
-    QFETCH(int, used);
-    QFETCH(QPointF, tangential);
-    QFETCH(float, scaleFactor);
-    QFETCH(float, scale);
-    LensParam model = Model(coefficients);
-    model.tangential1 = tangential.x();
-    model.tangential2 = tangential.y();
-    model.scaleFactor = scaleFactor;
+    const Coefficients all = {-0.11F, 0.07F, -0.03F, 0.5F};
+    const struct {
+        int count; // of coefficients; more than three make no polynomial
+        QPointF tangential;
+        float scaleFactor, scale;
+    } rows[] = {{0, {}, 1, 1}, {1, {}, 1.013F, 0.25F}, {2, {}, 0.97F, 1},      {3, {}, 1, 0.1706F},
+                {4, {}, 1, 1}, {2, {0.004, 0}, 1, 1},  {2, {0, -0.003}, 1, 1}, {0, {-0.002, 0.005}, 1.02F, 0.5F}};
+    for (const auto &row : rows) {
+        const Coefficients coefficients = all.mid(0, row.count);
+        const float scale = row.scale;
+        LensParam model = Model(coefficients);
+        model.tangential1 = row.tangential.x();
+        model.tangential2 = row.tangential.y();
+        model.scaleFactor = row.scaleFactor;
 
-    const auto radial = [&](double r2) {
-        double sum = 1;
-        for (int i = 0; i < used; ++i)
-            sum += double(coefficients[i]) * std::pow(r2, i + 1);
-        return sum;
-    };
-    for (QPointF place : kPlaces) {
-        const float x = float(place.x()) * scale, y = float(place.y()) * scale;
-        float gotX, gotY;
-        model.ComputeDistortion(x, y, gotX, gotY, scale);
-        CompareNear(QPointF(gotX, gotY), Warped(model, QPointF(x, y), scale, radial), place);
+        const auto radial = [&](double r2) {
+            double sum = 1;
+            for (int i = 0; row.count < 4 && i < row.count; ++i)
+                sum += double(coefficients[i]) * std::pow(r2, i + 1);
+            return sum;
+        };
+        for (QPointF place : kPlaces) {
+            const float x = float(place.x()) * scale, y = float(place.y()) * scale;
+            float gotX, gotY;
+            model.ComputeDistortion(x, y, gotX, gotY, scale);
+            CompareNear(QPointF(gotX, gotY), Warped(model, QPointF(x, y), scale, radial), place);
+        }
     }
 }
 

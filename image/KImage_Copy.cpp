@@ -98,18 +98,22 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
         KThrow(kInvalidParameter); // it would be written beyond the target's rows
 
+    // The first touch of a large target's pages takes longer than the conversion, and goes on all processors too.
+    constexpr qint64 kPixelsWorthThreads = 1 << 20;
+    const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
     const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
-        // Plain bytes, in one piece where rows follow each other without gaps.
-        primitives::CopyBytes(getData(x, y), bytesPerLine(), target.getData(targetX, targetY), target.bytesPerLine(),
-                              static_cast<qint64>(width) * m_bitmap->BytesPerPixel, height);
+        // Plain bytes, in one piece a thread where rows follow each other without gaps.
+        const int rowsEach = qMax(1, (height - 1) / threads + 1);
+#pragma omp parallel for schedule(static) num_threads(threads)
+        for (int row = 0; row < height; row += rowsEach)
+            primitives::CopyBytes(getData(x, y + row), bytesPerLine(), target.getData(targetX, targetY + row),
+                                  target.bytesPerLine(), static_cast<qint64>(width) * m_bitmap->BytesPerPixel,
+                                  qMin(rowsEach, height - row));
         return;
     }
     const Conversion conversion(from, to);
     const auto convert = [&](const void *src, void *dst, int pixels) { conversion.ConvertRun(src, dst, pixels); };
-    // The first touch of a large target's pages takes longer than the conversion, and goes on all processors too.
-    constexpr qint64 kPixelsWorthThreads = 1 << 20;
-    const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
 #pragma omp parallel for schedule(static) num_threads(threads)
     for (int row = 0; row < height; ++row)
         ForRuns(*this, x, y + row, width, 1, target, targetX, targetY + row, convert);

@@ -4,6 +4,8 @@
 #include "KImage.h"
 #include "newLCP.h"
 
+#include <cmath>
+
 namespace {
 
 // One set of instructions each; what is inlined into the two functions is compiled for it.
@@ -44,22 +46,41 @@ FloatWarp::Path PathOf(const newLCP &lcp, FloatWarp::Switches switches)
     return switches.falloff && lcp.vignetteModel.found ? Path::GainOnly : Path::Nothing;
 }
 
-/// The pixels of @p image as the models see them.
-FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &image)
+/// One side of the picture that the models see: @p length pixels, of which those from @p first to before @p end are in
+/// memory.
+struct Side {
+    Side(int length, int first, int end)
+        : between(length > 1 ? static_cast<float>(length - 1)
+                             : -1.0F), // else none has neighbours, from -1 to 0 included
+          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // else from there on
+          to(std::min(between, static_cast<float>(end - 1)))
+    {
+    }
+
+    float between, from, to; // sides are exact: below 2^24
+};
+
+/// The pixels of a picture like @p source as the models see them, where @p window holds its rows from @p windowRow on.
+/// Pixels count from where the picture's first would stand.
+FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {
     const bool turned = frame == FloatWarp::Frame::Turned;
-    const int width = turned ? image.height() : image.width();
-    const int height = turned ? image.width() : image.height();
+    const Side inRow(source.width(), 0, source.width());
+    const Side inColumn(source.height(), windowRow, windowRow + window.height());
+    const Side &x = turned ? inColumn : inRow, &y = turned ? inRow : inColumn;
     FloatWarp::Pixels pixels = {};
-    pixels.base = turned ? image.getData(image.width() - 1, 0) : image.getData(0, 0);
-    pixels.stepX = turned ? std::int64_t(image.bytesPerLine()) : kPixelBytes;
-    pixels.stepY = turned ? -kPixelBytes : std::int64_t(image.bytesPerLine());
-    pixels.rowBytes = image.bytesPerLine();
-    pixels.width = static_cast<float>(width); // sides are exact: below 2^24
-    pixels.height = static_cast<float>(height);
-    // With one column or row none has neighbours, those from -1 to 0 included.
-    pixels.betweenX = width > 1 ? static_cast<float>(width - 1) : -1.0F;
-    pixels.betweenY = height > 1 ? static_cast<float>(height - 1) : -1.0F;
+    pixels.base = window.getData(turned ? source.width() - 1 : 0, -windowRow);
+    pixels.stepX = turned ? std::int64_t(window.bytesPerLine()) : kPixelBytes;
+    pixels.stepY = turned ? -kPixelBytes : std::int64_t(window.bytesPerLine());
+    pixels.rowBytes = window.bytesPerLine();
+    pixels.width = static_cast<float>(turned ? source.height() : source.width());
+    pixels.height = static_cast<float>(turned ? source.width() : source.height());
+    pixels.betweenX = x.between;
+    pixels.betweenY = y.between;
+    pixels.fromX = x.from;
+    pixels.fromY = y.from;
+    pixels.toX = x.to;
+    pixels.toY = y.to;
     return pixels;
 }
 
@@ -127,10 +148,57 @@ FloatWarp::FloatWarp(const newLCP &lcp, Switches switches, Frame frame, const KI
 {
 }
 
+FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
+{
+    const bool turned = m_frame == Frame::Turned;
+    const auto width = static_cast<float>(m_source.width()), height = static_cast<float>(m_source.height());
+    float least = static_cast<float>(firstRow), greatest = static_cast<float>(firstRow + rows - 1);
+    const auto include = [&](const Positions &at) {
+        for (float row : turned ? at.x : at.y) { // not what is not a number
+            if (row < least)
+                least = row < 0.0F ? 0.0F : row;
+            if (row > greatest)
+                greatest = row > height ? height : row;
+        }
+    };
+    for (const int y : {firstRow, firstRow + rows - 1}) {
+        Positions at, main, moved;
+        for (int i = 0; i < kBlockPixels; ++i) {
+            const float x = static_cast<float>(i) / (kBlockPixels - 1) * (width - 1.0F);
+            at.x[i] = turned ? static_cast<float>(y) : x;
+            at.y[i] = turned ? width - 1.0F - x : static_cast<float>(y);
+        }
+        main = at;
+        if (m_path == Path::OneWarp || m_path == Path::ThreeWarps) {
+            WarpBlock(m_main, at, &main);
+            include(main);
+        }
+        if (m_path == Path::RedAndBlue || m_path == Path::ThreeWarps) {
+            WarpBlock(m_red, main, &moved);
+            include(moved);
+            WarpBlock(m_blue, main, &moved);
+            include(moved);
+        }
+    }
+    constexpr int kBelow = 2; // the second of two neighbours, and the end
+    const int margin = 2 + static_cast<int>(greatest - least) / 32;
+    return {std::max(0, static_cast<int>(least) - margin),
+            std::min(m_source.height(), static_cast<int>(greatest) + kBelow + margin)};
+}
+
 void FloatWarp::Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions) const
 {
+    const bool complete = RenderFrom(m_source, 0, rows, firstRow, unwritten, instructions);
+    Q_ASSERT(complete);
+    Q_UNUSED(complete);
+}
+
+bool FloatWarp::RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
+                           Instructions instructions) const
+{
     if (rows.width() < 1 || rows.height() < 1 || (m_path == Path::Nothing && unwritten == Unwritten::Stays))
-        return;
+        return true;
+    bool missed = false;
     const Band band = {m_main,
                        m_red,
                        m_blue,
@@ -138,13 +206,15 @@ void FloatWarp::Render(KImage &rows, int firstRow, Unwritten unwritten, Instruct
                        m_path,
                        m_frame,
                        unwritten,
-                       PixelsIn(m_frame, m_source),
-                       m_source.getData(0, firstRow),
-                       m_source.bytesPerLine(),
+                       PixelsIn(m_frame, m_source, window, windowRow),
+                       window.getData(0, firstRow - windowRow),
+                       window.bytesPerLine(),
                        rows.getData(0, 0),
                        rows.bytesPerLine(),
                        rows.width(),
                        rows.height(),
-                       firstRow};
+                       firstRow,
+                       &missed};
     kRows[static_cast<int>(instructions)](band);
+    return !missed;
 }

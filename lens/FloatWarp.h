@@ -34,7 +34,7 @@ public:
     /// The best that this processor has.
     static Instructions BestInstructions();
 
-    /// @p source is served.
+    /// @p source is served; for RenderFrom alone it may be of any form, since only its size counts.
     FloatWarp(const newLCP &lcp, Switches switches, Frame frame, const KImage &source);
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
@@ -43,6 +43,18 @@ public:
     ///              picture is no larger than the source: pixels are then read at their own position. In the turned
     ///              frame it is exactly as wide.
     void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
+
+    /// Rows from @c first to before @c end.
+    struct RowRange {
+        int first, end;
+    };
+    /// The rows of the source that a band of @p rows rows from @p firstRow on reads, by an estimate from 64 positions
+    /// in its first and last row. Too few only where a model isn't smooth.
+    RowRange RowsFor(int firstRow, int rows) const;
+    /// As Render, of a source of which only some rows are in memory: those of @p window, served, whose first is row
+    /// @p windowRow. False if others are needed; what was filled is then of no use.
+    [[nodiscard]] bool RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
+                                  Instructions instructions = BestInstructions()) const;
 
     /// One radial model, ready for positions in pixels.
     struct Radial {
@@ -70,6 +82,8 @@ public:
         std::int64_t rowBytes;     // from a row in memory to the next
         float width, height;
         float betweenX, betweenY; // positions from above -1 to below these have all four neighbours
+        float fromX, fromY;       // positions from above these
+        float toX, toY;           // to below these have them in memory
     };
     enum class Path { Nothing, GainOnly, OneWarp, RedAndBlue, ThreeWarps };
     /// One call of Render, as the loops need it.

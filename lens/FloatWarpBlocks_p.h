@@ -33,6 +33,7 @@ struct FloatWarp::Band {
     std::int64_t targetStride;
     int width, rows; // of the band
     int firstRow;
+    bool *missed; // set where neighbours are not in memory
 };
 
 namespace {
@@ -150,13 +151,13 @@ VITRELUX_INLINE void GainBlock(const FloatWarp::Vignette &vignette, const Positi
 
 // --- Sampling ---
 
-/// Whether the first @p count positions have all four neighbours each; not for one that is not a number.
+/// Whether the first @p count positions have all four neighbours each, in memory; not for one that is not a number.
 VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Positions &at, int count)
 {
     int beyond = 0;
     for (int i = 0; i < count; ++i) {
         const bool good =
-            (at.x[i] > -1.0F) & (at.x[i] < source.betweenX) & (at.y[i] > -1.0F) & (at.y[i] < source.betweenY);
+            (at.x[i] > source.fromX) & (at.x[i] < source.toX) & (at.y[i] > source.fromY) & (at.y[i] < source.toY);
         beyond |= !good;
     }
     return beyond == 0;
@@ -236,6 +237,18 @@ VITRELUX_INLINE bool IsInside(const FloatWarp::Pixels &source, float x, float y)
 VITRELUX_INLINE bool IsBetweenFour(const FloatWarp::Pixels &source, float x, float y)
 {
     return x > -1.0F && x < source.betweenX && y > -1.0F && y < source.betweenY;
+}
+
+/// Whether a position has four neighbours that can be read; notes it where they would have to be in memory and aren't.
+VITRELUX_INLINE bool CanSample(const FloatWarp::Band &band, float x, float y)
+{
+    const FloatWarp::Pixels &source = band.source;
+    if (!IsBetweenFour(source, x, y))
+        return false;
+    const bool there = x > source.fromX && x < source.toX && y > source.fromY && y < source.toY;
+    if (!there)
+        *band.missed = true;
+    return there;
 }
 
 /// For a single position, which has four neighbours.
@@ -328,7 +341,7 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
         unsigned char *target = block.target + i * kPixelBytes;
         if (IsInside(source, at.x[i], at.y[i])) {
             __m128 sample = _mm_setzero_ps(); // in the last column and row
-            if (IsBetweenFour(source, at.x[i], at.y[i]))
+            if (CanSample(band, at.x[i], at.y[i]))
                 sample = SamplePixel(source, OneCorner(source, at.x[i], at.y[i]), 0);
             StoreOpaque(target, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
         } else {
@@ -338,13 +351,13 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
 }
 
 /// Samples one channel, stores it with the gain, and tells whether it was inside.
-VITRELUX_INLINE bool MoveChannel(const FloatWarp::Pixels &source, float x, float y, int channel, float gain,
+VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, int channel, float gain,
                                  unsigned char *target)
 {
-    const bool inside = IsInside(source, x, y);
+    const bool inside = IsInside(band.source, x, y);
     float sample = 0.0F; // in the last column and row
-    if (IsBetweenFour(source, x, y))
-        sample = SampleChannel(source, OneCorner(source, x, y), 0, channel);
+    if (CanSample(band, x, y))
+        sample = SampleChannel(band.source, OneCorner(band.source, x, y), 0, channel);
     StoreFloat(target, channel, inside ? Limited(gain * sample) : 0.0F);
     return inside;
 }
@@ -356,13 +369,13 @@ VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Bl
     Preset(band, block);
     for (int i = 0; i < block.count; ++i) {
         unsigned char *target = block.target + i * kPixelBytes;
-        if (!MoveChannel(band.source, red.x[i], red.y[i], 0, gain.v[i], target))
+        if (!MoveChannel(band, red.x[i], red.y[i], 0, gain.v[i], target))
             continue; // the channels behind it stay as they were
         if (!green)
             StoreFloat(target, 1, Limited(gain.v[i] * LoadFloat(block.same + i * kPixelBytes + 4)));
-        else if (!MoveChannel(band.source, green->x[i], green->y[i], 1, gain.v[i], target))
+        else if (!MoveChannel(band, green->x[i], green->y[i], 1, gain.v[i], target))
             continue;
-        if (!MoveChannel(band.source, blue.x[i], blue.y[i], 2, gain.v[i], target))
+        if (!MoveChannel(band, blue.x[i], blue.y[i], 2, gain.v[i], target))
             continue;
         const float sum = LoadFloat(target) + LoadFloat(target + 4) + LoadFloat(target + 8);
         StoreFloat(target, 3, sum > 0.0F ? 1.0F : 0.0F);

@@ -1,6 +1,7 @@
 // The way of the pixels: from a file to the corrected file, and the correction of an image in memory.
 #include "KVitreluxOne2One.h"
 
+#include "FloatRows.h"
 #include "FloatWarp.h"
 #include "HostApplication_p.h"
 #include "KIImageDef.h"
@@ -61,33 +62,47 @@ FloatWarp::Frame FrameOf(const KImage &image)
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// Makes bands of the corrected picture in another form: float pixels of the result never need more than a band's
-/// memory, and are converted while they are in the caches.
+/// Makes bands of the corrected picture in another form. Float pixels of source and result never need more than the
+/// memory of some rows, and are converted while they are in the caches.
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp the picture stays as it is.
     CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, FloatWarp::Switches switches)
-        : m_source(source)
+        : m_frame(FrameOf(source)), m_height(source.height()), m_source(source)
     {
         if (lcp)
-            m_warp.emplace(*lcp, switches, FrameOf(source), source);
+            m_warp.emplace(*lcp, switches, m_frame, source);
     }
 
     void Fill(KImage &rows, int firstRow)
     {
-        if (!m_warp) {
-            m_source.CropCopyTo(0, firstRow, rows.width(), rows.height(), rows, 0, 0);
-            return;
+        if (m_warp) {
+            m_band.AllocBitmap(rows.width(), rows.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+            Render(firstRow);
+            m_band.CropCopyTo(0, 0, rows.width(), rows.height(), rows, 0, 0);
+        } else {
+            m_source.Hold(firstRow, firstRow + rows.height());
+            m_source.Image().CropCopyTo(0, firstRow - m_source.FirstRow(), rows.width(), rows.height(), rows, 0, 0);
         }
-        const auto unwritten = FrameOf(m_source) == FloatWarp::Frame::Landscape ? FloatWarp::Unwritten::FromSource
-                                                                                : FloatWarp::Unwritten::Cleared;
-        m_band.AllocBitmap(rows.width(), rows.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-        m_warp->Render(m_band, firstRow, unwritten);
-        m_band.CropCopyTo(0, 0, rows.width(), rows.height(), rows, 0, 0);
     }
 
 private:
-    const KImage &m_source;
+    void Render(int firstRow)
+    {
+        const auto unwritten =
+            m_frame == FloatWarp::Frame::Landscape ? FloatWarp::Unwritten::FromSource : FloatWarp::Unwritten::Cleared;
+        FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
+        m_source.Hold(range.first, range.end);
+        while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
+            const int more = range.end - range.first; // at last the whole picture, where nothing is missed
+            range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
+            m_source.Hold(range.first, range.end);
+        }
+    }
+
+    const FloatWarp::Frame m_frame;
+    const int m_height;
+    FloatRows m_source;
     std::optional<FloatWarp> m_warp;
     KImage m_band;
 };
@@ -144,7 +159,8 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         const FullSizeLock full(def);
         if (!full.Image())
             ThrowNotLoaded(fileName);
-        full.Image()->Convert(source, GFL_RGBA, 32);
+        const KImage &image = *full.Image(); // has to be given back before the file is written
+        image.Convert(source, image.type(), image.bitsPerComponent());
         lcp = ProfileOf(def, params);
     }
     CorrectedBands bands(lcp, source, SwitchesOf(params));

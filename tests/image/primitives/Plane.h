@@ -52,6 +52,12 @@ private:
     std::vector<T> m_samples;
 };
 
+/// For CompareSamples.
+template <typename T, int C> auto Reader(Plane<T, C> &plane)
+{
+    return [&plane](int x, int y, int c) { return plane.At(x, y, c); };
+}
+
 /// Fails the running test unless got(x, y, c) lies within @p tolerance of wanted(x, y, c) on all of the pixels.
 template <typename Got, typename Wanted>
 void CompareSamples(primitives::Size size, int channels, Got got, Wanted wanted, double tolerance)

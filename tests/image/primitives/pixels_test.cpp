@@ -19,15 +19,6 @@ private Q_SLOTS:
     void colorRoundTrips();
 };
 
-namespace {
-
-template <typename T, int C> auto Reader(Plane<T, C> &plane)
-{
-    return [&plane](int x, int y, int c) { return plane.At(x, y, c); };
-}
-
-} // namespace
-
 void tst_Pixels::statuses()
 {
     Plane<Ipp8u, 1> a(4, 4, 1), b(4, 4, 2), before = b;

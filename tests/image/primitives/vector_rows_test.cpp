@@ -14,7 +14,6 @@ class tst_VectorRows : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void sameAsPlain();
-    void roundsToTheNearest();
 };
 
 namespace {
@@ -77,17 +76,6 @@ void tst_VectorRows::sameAsPlain()
                 [=](auto s, auto d) { plain::RgbToGray<Ipp8u, 3>(s, d, count); },
                 [=](auto s, auto d) { Rgb8ToGray(s, d, count); });
         }
-    }
-}
-
-void tst_VectorRows::roundsToTheNearest()
-{
-    // The plain form itself, on each count and just beside each half.
-    for (int v = 0; v < 65535; ++v) {
-        const float floats[3] = {float(v), float(v) + 0.49f, float(v) + 0.51f};
-        Ipp16u words[3];
-        primitives::plain::FloatToInteger(floats, words, 3, 0.0f, 1.0f);
-        QVERIFY(words[0] == v && words[1] == v && words[2] == v + 1);
     }
 }
 

@@ -34,9 +34,10 @@ public:
     TestImage(const TestForm &form, int width, int height, int paddingBytes = 0)
         : m_form(form),
           m_strideBytes(width * form.channels * form.bits / 8 + paddingBytes),
-          m_bytes(static_cast<size_t>(m_strideBytes) * static_cast<size_t>(height)),
+          m_bytes(static_cast<size_t>(m_strideBytes) * static_cast<size_t>(height) + kGuardBytes),
           image(width, height, form.type, form.bits, /*clear=*/false, m_bytes.data(), m_strideBytes)
     {
+        std::fill_n(m_bytes.end() - kGuardBytes, kGuardBytes, kGuard);
     }
     TestImage(const TestImage &) = delete;
     TestImage &operator=(const TestImage &) = delete;
@@ -64,8 +65,8 @@ public:
     void FillWithNoise(unsigned seed, double low = -0.25, double high = 1.5)
     {
         std::mt19937 random(seed);
-        for (unsigned char &byte : m_bytes)
-            byte = static_cast<unsigned char>(random());
+        for (size_t i = 0; i < m_bytes.size() - kGuardBytes; ++i)
+            m_bytes[i] = static_cast<unsigned char>(random());
         std::uniform_real_distribution<double> value(low, high);
         for (int i = 0; m_form.IsFloat() && i < image.width() * image.height() * m_form.channels; ++i) {
             const int pixel = i / m_form.channels;
@@ -73,6 +74,7 @@ public:
         }
     }
 
+    /// The rows with their gaps, and a guard behind them.
     const std::vector<unsigned char> &Bytes() const { return m_bytes; }
     const TestForm &Form() const { return m_form; }
 
@@ -84,6 +86,9 @@ private:
         return value;
     }
     template <typename T> static void Store(unsigned char *at, T value) { std::memcpy(at, &value, sizeof(T)); }
+
+    static constexpr size_t kGuardBytes = 64;
+    static constexpr unsigned char kGuard = 0xA7;
 
     TestForm m_form;
     int m_strideBytes;

@@ -1,5 +1,7 @@
 #include "ProfileText.h"
 
+#include <QVector>
+
 namespace profiletext {
 
 QByteArray Value(const char *tag, const QByteArray &value)
@@ -54,25 +56,28 @@ QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, c
 
 QByteArray FullEntry(double shift)
 {
-    const auto number = [shift](double value) { return QByteArray::number(value + shift, 'f', 6); };
-    const QByteArray residual = Value("ResidualMeanError", "0.000057");
-    const QByteArray green =
-        Place("0.81", "0.82", "0.511", "0.521") + Value("RadialDistortParam1", number(0.021)) + residual;
-    const QByteArray red = Value("ScaleFactor", "0.999") + Place("0.83", "0.84", "0.512", "0.522")
-        + Value("RadialDistortParam1", number(0.031)) + Value("RadialDistortParam2", number(0.032));
-    const QByteArray blue = Value("ScaleFactor", "1.001") + Place("0.85", "0.86", "0.513", "0.523")
-        + Value("RadialDistortParam1", number(0.041)) + residual;
-    const QByteArray vignette = Place("0.87", "0.88", "0.514", "0.524") + Value("VignetteModelParam1", number(-0.51))
-        + Value("VignetteModelParam2", number(0.52)) + Value("VignetteModelParam3", number(-0.53)) + residual;
-    return Entry(
-        Size("4001.0", "3001.0") + Metadata("24.0", "4.0", "1.25")
-        + Resource("PerspectiveModel",
-                   Value("Version", "2") + Place("0.8", "0.9", "0.51", "0.52")
-                       + Value("RadialDistortParam1", number(-0.011)) + Value("RadialDistortParam2", number(0.012))
-                       + Value("RadialDistortParam3", number(-0.013)) + Value("TangentialDistortParam1", "0.001")
-                       + Value("TangentialDistortParam2", "-0.002") + residual + Resource("ChromaticGreenModel", green)
-                       + Resource("ChromaticRedGreenModel", red) + Resource("ChromaticBlueGreenModel", blue)
-                       + Resource("VignetteModel", vignette)));
+    const auto values = [shift](const char *tag, const QVector<double> &coefficients) {
+        QByteArray text;
+        for (int i = 0; i < coefficients.size(); ++i)
+            text += Value((tag + QByteArray::number(i + 1)).constData(),
+                          QByteArray::number(coefficients[i] + shift, 'f', 6));
+        return text + Value("ResidualMeanError", "0.000057");
+    };
+    const char *const radial = "RadialDistortParam";
+    const QByteArray subModels =
+        Resource("ChromaticGreenModel", Place("0.81", "0.82", "0.511", "0.521") + values(radial, {0.021}))
+        + Resource("ChromaticRedGreenModel",
+                   Value("ScaleFactor", "0.999") + Place("0.83", "0.84", "0.512", "0.522")
+                       + values(radial, {0.031, 0.032}))
+        + Resource("ChromaticBlueGreenModel",
+                   Value("ScaleFactor", "1.001") + Place("0.85", "0.86", "0.513", "0.523") + values(radial, {0.041}))
+        + Resource("VignetteModel",
+                   Place("0.87", "0.88", "0.514", "0.524") + values("VignetteModelParam", {-0.51, 0.52, -0.53}));
+    return Entry(Size("4001.0", "3001.0") + Metadata("24.0", "4.0", "1.25")
+                 + Resource("PerspectiveModel",
+                            Value("Version", "2") + Place("0.8", "0.9", "0.51", "0.52")
+                                + values(radial, {-0.011, 0.012, -0.013}) + Value("TangentialDistortParam1", "0.001")
+                                + Value("TangentialDistortParam2", "-0.002") + subModels));
 }
 
 } // namespace profiletext

@@ -6,12 +6,14 @@
 #include <QRandomGenerator>
 
 #include <cmath>
-#include <cstring>
 
 namespace {
 
-constexpr unsigned char kGuard = 0xA7;
-constexpr int kMarginBytes = 64;
+TestForm FormOf(const Pixels &pixels)
+{
+    const unsigned short type = pixels.channels == 1 ? GFL_GREY : pixels.channels == 3 ? GFL_RGB : GFL_RGBA;
+    return {"", type, pixels.bits, pixels.channels};
+}
 
 float LargestValue(int bits)
 {
@@ -174,34 +176,13 @@ struct Statement {
 } // namespace
 
 GuardedImage::GuardedImage(const Pixels &pixels, int padding)
-    : m_shape(pixels),
-      m_pixelBytes(pixels.channels * pixels.bits / 8),
-      m_strideBytes(pixels.width * m_pixelBytes + padding),
-      m_block(2 * kMarginBytes + pixels.height * m_strideBytes, kGuard)
+    : TestImage(FormOf(pixels), pixels.width, pixels.height, padding), m_shape(pixels), m_padding(padding)
 {
-    for (int y = 0; y < pixels.height; ++y) {
-        for (int x = 0; x < pixels.width; ++x) {
-            for (int c = 0; c < pixels.channels; ++c) {
-                const float value = pixels.At(x, y, c);
-                const quint16 word = pixels.bits == 32 ? quint16(0) : quint16(value);
-                unsigned char *to = Pixel(x, y) + c * pixels.bits / 8;
-                if (pixels.bits == 8)
-                    *to = static_cast<unsigned char>(word);
-                else if (pixels.bits == 16)
-                    std::memcpy(to, &word, sizeof word);
-                else
-                    std::memcpy(to, &value, sizeof value);
-            }
-        }
+    FillWithNoise(1);
+    for (int i = 0; i < pixels.values.size(); ++i) {
+        const int pixel = i / pixels.channels;
+        SetSample(pixel % pixels.width, pixel / pixels.width, i % pixels.channels, double(pixels.values[i]));
     }
-    const unsigned short type = pixels.channels == 1 ? GFL_GREY : pixels.channels == 3 ? GFL_RGB : GFL_RGBA;
-    image.AllocBitmap(pixels.width, pixels.height, type, pixels.bits, /*clear=*/false, m_block.data() + kMarginBytes,
-                      m_strideBytes);
-}
-
-unsigned char *GuardedImage::Pixel(int x, int y)
-{
-    return m_block.data() + kMarginBytes + y * m_strideBytes + x * m_pixelBytes;
 }
 
 Pixels GuardedImage::Read() const
@@ -209,28 +190,14 @@ Pixels GuardedImage::Read() const
     Pixels pixels = m_shape;
     for (int i = 0; i < pixels.values.size(); ++i) {
         const int pixel = i / pixels.channels;
-        const unsigned char *from = m_block.constData() + kMarginBytes + pixel / pixels.width * m_strideBytes
-            + pixel % pixels.width * m_pixelBytes + i % pixels.channels * pixels.bits / 8;
-        quint16 word = *from;
-        if (pixels.bits == 16)
-            std::memcpy(&word, from, sizeof word);
-        pixels.values[i] = float(word);
-        if (pixels.bits == 32)
-            std::memcpy(&pixels.values[i], from, sizeof(float));
+        pixels.values[i] = float(Sample(pixel % pixels.width, pixel / pixels.width, i % pixels.channels));
     }
     return pixels;
 }
 
 bool GuardedImage::GuardsAreWhole() const
 {
-    const int end = m_block.size() - kMarginBytes;
-    for (int i = 0; i < m_block.size(); ++i) {
-        const bool inRows = i >= kMarginBytes && i < end;
-        const bool isPixel = inRows && (i - kMarginBytes) % m_strideBytes < m_shape.width * m_pixelBytes;
-        if (!isPixel && m_block[i] != kGuard)
-            return false;
-    }
-    return true;
+    return GuardedImage(Read(), m_padding).Bytes() == Bytes();
 }
 
 void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination)
@@ -246,18 +213,16 @@ void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, P
 
 QString FirstDifference(const Pixels &got, const Pixels &want)
 {
-    for (int y = 0; y < want.height; ++y) {
-        for (int x = 0; x < want.width; ++x) {
-            for (int c = 0; c < want.channels; ++c) {
-                const float a = got.At(x, y, c), b = want.At(x, y, c);
-                if (!(a == b || (std::isnan(a) && std::isnan(b))))
-                    return QStringLiteral("pixel %1, %2, channel %3: got %4, want %5")
-                        .arg(x)
-                        .arg(y)
-                        .arg(c)
-                        .arg(double(a), 0, 'g', 9)
-                        .arg(double(b), 0, 'g', 9);
-            }
+    for (int i = 0; i < want.values.size(); ++i) {
+        const float a = got.values[i], b = want.values[i];
+        if (!(a == b || (std::isnan(a) && std::isnan(b)))) {
+            const int pixel = i / want.channels;
+            return QStringLiteral("pixel %1, %2, channel %3: got %4, want %5")
+                .arg(pixel % want.width)
+                .arg(pixel / want.width)
+                .arg(i % want.channels)
+                .arg(double(a), 0, 'g', 9)
+                .arg(double(b), 0, 'g', 9);
         }
     }
     return QString();

@@ -1,7 +1,7 @@
 // What a warp must write, stated pixel by pixel without regard to speed; and images to check it on.
 #pragma once
 
-#include "KImage.h"
+#include "TestImages.h"
 #include "newLCP.h"
 
 #include <QString>
@@ -17,26 +17,19 @@ struct Pixels {
     float At(int x, int y, int channel) const { return values[(y * width + x) * channels + channel]; }
 };
 
-/// An image on a block of its own: rows @p padding bytes longer than their pixels, and guard bytes in that padding and
-/// around the block that nobody may change.
-class GuardedImage {
+/// An image of given pixels, whose gaps between rows and guard behind them nobody may change.
+class GuardedImage : private TestImage {
 public:
     GuardedImage(const Pixels &pixels, int padding);
-    GuardedImage(const GuardedImage &) = delete;
-    GuardedImage &operator=(const GuardedImage &) = delete;
 
     Pixels Read() const;
     bool GuardsAreWhole() const;
 
-    KImage image;
+    using TestImage::image;
 
 private:
-    unsigned char *Pixel(int x, int y);
-
     Pixels m_shape;
-    int m_pixelBytes;
-    int m_strideBytes;
-    QVector<unsigned char> m_block;
+    int m_padding;
 };
 
 struct WarpSwitches {

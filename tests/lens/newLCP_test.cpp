@@ -44,7 +44,6 @@ private Q_SLOTS:
     void firstOfManyEntries();
     void perspectiveValues();
     void subModelsReadTheirOwnValues();
-    void missingSubModelsStayAbsent();
     void metadataBehindTheModelIsNotRead();
     void unusable();
     void brokenOffBehindTheFirstEntry();
@@ -147,17 +146,6 @@ void tst_newLCP::subModelsReadTheirOwnValues()
         QVERIFY(lcp.distortionModel.found);
         QCOMPARE(lcp.modelKind, kind);
         QCOMPARE(lcp.distortionModel.coefficients, radial);
-    }
-}
-
-void tst_newLCP::missingSubModelsStayAbsent()
-{
-    for (int kept = 0; kept < 4; ++kept) {
-        // Present counts, whatever it holds, and with or without the attribute.
-        const QByteArray tag = QByteArray("stCamera:") + kSubModels[kept].tag;
-        const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource("PerspectiveModel", "<" + tag + "/>"))));
-        for (int i = 0; i < 4; ++i)
-            QCOMPARE((lcp.*kSubModels[i].model).found, i == kept);
     }
 }
 

@@ -127,19 +127,17 @@ void ExifTest::fields()
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000"},
         {"274=Top-left (1)", "orientation=1"},
-        {"274=6", ""},
         {"274=Top left (1)", ""},
         {"33434=1/250|37377=8", "time=0.004"},
-        {"37377=8", "time=8"}, // as it stands
-        {"33437=f/2.8", ""},
+        {"37377=8", "time=8"},                                      // as it stands
         {"33434=1/4|33437=2", "time=0.25 fNumber=2 value=2.77259"}, // ln 16
         {"33434=-1/4|33437=2", "time=-0.25 fNumber=2"},
         {"34855=400 200", "iso=400"},
         {"34855=99999999999", "iso=2147483647"},
         {"37380=-1/3", "bias=-0.333333"},
         {"40962=4000 px", "width=4000"},
-        {"o0 LensID=  10 22 235 ", "lens=10 22 235"},
         {"o0 LensIDNumber=7", "lens=7"}, // the start of the name counts
+        {"o0 LensID=  10 22 235 ", "lens=10 22 235"},
         {"0 LensID=7", ""},
         {"o271 LensID=7", "maker=7"},
         {"o0 ZenithEs=1.5 2.5", "zenithFirst=1.5 zenithSecond=2.5"},
@@ -150,11 +148,9 @@ void ExifTest::fields()
         {"2=45\xc2\xb0 30' 15\"", ""},                                     // another block
         {"g3=W|g4=11\xc2\xb0 30' 7,5\"", "longitudeRef=W longitude=11.5"}, // a decimal comma isn't read
         {"g4=11\xc2\xb0 30/0' 7\"", ""},
-        {"g4=11\xc2\xb0 30'", ""},
         {"g6=123.4", "altitude=0"},
         {"g16=True|g17=254.5", "directionRef=True direction=254.5"},
         {"g17=509/2", "direction=254.5"},
-        {"g17=509/0", ""},
         {"g17=north", ""},
     };
     const QStringList neutral = Told(*Analyse(""));

@@ -3,13 +3,14 @@
 #include "KOmp.h"
 #include "KTools.h"
 #include "PictureFiles.h"
+#include "Threads.h"
 
 #include <QDirIterator>
 #include <QtTest>
 
+#include <atomic>
 #include <random>
 #include <shared_mutex>
-#include <thread>
 
 namespace {
 
@@ -135,15 +136,10 @@ void tst_ImageCacheStress::oneItemForAll()
             WritePicture(pictures.filePath(QStringLiteral("%1.png").arg(round)), "png", kWidth, kHeight);
         std::vector<ImageDef *> images(kThreads);
         std::vector<KImage *> pixels(kThreads);
-        std::vector<std::thread> threads;
-        for (std::size_t i = 0; i < kThreads; ++i) {
-            threads.emplace_back([&, i] {
-                images[i] = Picture(path);
-                pixels[i] = images[i]->LockFullSize(true);
-            });
-        }
-        for (std::thread &thread : threads)
-            thread.join();
+        InThreads(kThreads, [&](int i) {
+            images[std::size_t(i)] = Picture(path);
+            pixels[std::size_t(i)] = images[std::size_t(i)]->LockFullSize(true);
+        });
         QCOMPARE(std::count(images.begin(), images.end(), images[0]), kThreads);
         QCOMPARE(std::count(pixels.begin(), pixels.end(), pixels[0]), kThreads);
         for (ImageDef *image : images)
@@ -174,11 +170,7 @@ void tst_ImageCacheStress::randomVersions()
     const int seconds = qEnvironmentVariableIntValue("VITRELUX_STRESS_SECONDS", &isSet);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(isSet ? seconds : 2);
     std::atomic<int> faults{0};
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < kThreads; ++i)
-        threads.emplace_back([&, i] { faults += Worker(&subjects, i).Run(end); });
-    for (std::thread &thread : threads)
-        thread.join();
+    InThreads(kThreads, [&](int i) { faults += Worker(&subjects, unsigned(i)).Run(end); });
     QCOMPARE(faults.load(), 0);
 
     qint64 sum = 0;

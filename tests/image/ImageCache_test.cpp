@@ -220,7 +220,7 @@ void tst_ImageCache::startOnAHost()
     KImage::init(nullptr); // a second time: nothing happens
     Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);
     KImage::exit();
-    QVERIFY(!KImageCache::ms_instance);
+    QVERIFY(!KImageCache::ms_instance && !ImageDatas::settings && !KTools::ms_instances.log);
     QVERIFY(QDir(Temporary()).isEmpty()); // not even the folder is left
 
     KImageCache shared;

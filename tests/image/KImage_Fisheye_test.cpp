@@ -90,14 +90,11 @@ void tst_Fisheye::findsNone()
     for (const auto &row : rows) {
         for (const double alpha : {1.0, 0.0}) {
             TestImage frame(kForms[k32fRgba], row.width, row.height, 1);
-            std::mt19937 random(3);
-            for (int i = 0; i < row.width * row.height; ++i) {
-                for (int c = 0; c < 3; ++c)
-                    frame.SetSample(i % row.width, i / row.width, c,
-                                    row.low < row.high
-                                        ? row.low + (row.high - row.low) * double(random()) / 4294967296.0
-                                        : row.low);
-                frame.SetSample(i % row.width, i / row.width, 3, alpha);
+            if (row.low < row.high)
+                frame.FillWithNoise(3, row.low, row.high);
+            for (int i = 0; i < row.width * row.height * 4; ++i) {
+                if (i % 4 == 3 || !(row.low < row.high))
+                    frame.SetSample(i / 4 % row.width, i / 4 / row.width, i % 4, i % 4 == 3 ? alpha : row.low);
             }
             double radius = -1, x = -1, y = -1;
             frame.image.GetFisheyeRadiusOffset(radius, x, y);

@@ -104,7 +104,7 @@ void CommandLineTest::rivals()
     const QDir dir(scene.path());
     QVERIFY(dir.mkpath("a"_s) && dir.mkpath("b/deep"_s));
     for (const QString &name : {"a/x.jpg"_s, "a/x.png"_s, "b/x.jpg"_s})
-        WriteBytes(dir.filePath(name), {});
+        WriteFile(dir.filePath(name), {});
     QVERIFY(QFile::link(dir.filePath("a"_s), dir.filePath("also"_s)));
     QVERIFY(QFile::link(dir.filePath("b/deep"_s), dir.filePath("a/in"_s)));
 

@@ -9,7 +9,7 @@
 QString CorrectFile(const QString &source, const Samples::LensProfile &profile, int corrections)
 {
     const QString stem = source.section(QLatin1Char('.'), 0, -2);
-    WriteBytes(stem + ".lcp"_s, QByteArray::fromStdString(ProfileText(profile)));
+    WriteFile(stem + ".lcp"_s, QByteArray::fromStdString(ProfileText(profile)));
     QStringList arguments = {"correct"_s, "--overwrite"_s, "--profile"_s, stem + ".lcp"_s, source};
     for (const auto &[correction, option] : {std::pair(Distortion, "--distortion"_s), std::pair(Chromatic, "--ca"_s),
                                              std::pair(Vignetting, "--vignetting"_s)})

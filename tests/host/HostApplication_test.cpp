@@ -12,21 +12,12 @@
 class HostApplicationTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void settingsPerPlugin();
     void lendsPixels();
     void analyticsIsOff();
 
 private:
     HostApplication *m_host = static_cast<HostApplication *>(QCoreApplication::instance());
 };
-
-void HostApplicationTest::settingsPerPlugin()
-{
-    const QString key = "Key"_s;
-    m_host->SetPluginSetting("one"_s, key, true);
-    QCOMPARE(m_host->GetPluginSetting("one"_s, key, 7), QVariant(true));
-    QCOMPARE(m_host->GetPluginSetting("other"_s, key, 7), QVariant(7));
-}
 
 void HostApplicationTest::lendsPixels()
 {
@@ -46,7 +37,7 @@ void HostApplicationTest::lendsPixels()
     ImageDef::Delete(path); // by whoever shares the kernel: described again
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
-    WriteBytes(none, "no picture");
+    WriteFile(none, "no picture");
     for (int i = 0; i < 2; ++i) // the next try is a new one
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
 }

@@ -38,7 +38,7 @@ private:
         m_run->Set("VITRELUX_PROBE_RIVAL", Path(kOutput));
         return Run(kProbe + line);
     }
-    QStringList Notes() const { return QString::fromUtf8(ReadBytes(Path("notes"_s))).split(QLatin1Char('\n')); }
+    QStringList Notes() const { return QString::fromUtf8(ReadFile(Path("notes"_s))).split(QLatin1Char('\n')); }
     /// Names in the folder without those that were there at first, and without the notes.
     QStringList Made() const
     {
@@ -58,7 +58,7 @@ void HostRunTest::callsInOrder()
              QStringList({"Library with kernels"_s, "Plugins 1"_s, record, process.arg("a.jpg"_s, Path("a.jpg"_s)),
                           "FreeParameters 7"_s, record, process.arg("b.jpg"_s, Path("b.jpg"_s)), "FreeParameters 7"_s,
                           "~Library"_s, QString()}));
-    QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("probe"));
+    QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
     QCOMPARE(QString::fromUtf8(result.output), Path("a_corrected.tiff\n"_s) + Path("b_corrected.tiff\n"_s));
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
 }
@@ -90,8 +90,8 @@ void HostRunTest::recordHolds()
         QVERIFY(profile.contains(row.cut));
         if (*row.cut)
             profile.replace(row.cut, row.patch);
-        WriteBytes(Path("p.lcp"_s), profile);
-        WriteBytes(Path("notes"_s), {});
+        WriteFile(Path("p.lcp"_s), profile);
+        WriteFile(Path("notes"_s), {});
         const ProgramResult result = RunProbe("", "--overwrite a.jpg "_s + QLatin1String(row.switches));
         const bool fails = !*row.flags;
         const QString record = "AllocParameters %1 %2"_s.arg(QLatin1String(row.flags), Path("p.lcp"_s));
@@ -108,15 +108,15 @@ void HostRunTest::failsWithOneLine()
         {"standard exception", "ran into something"_s},
         {"other exception", "failed without telling a reason"_s},
     };
-    WriteBytes(Path(kOutput), "old");
+    WriteFile(Path(kOutput), "old");
     for (const auto &[manner, text] : rows) {
-        WriteBytes(Path("notes"_s), {});
+        WriteFile(Path("notes"_s), {});
         const ProgramResult result = RunProbe(manner, "--overwrite a.jpg"_s);
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.output.isEmpty());
         QCOMPARE(result.errorLines, QStringList("vitrelux: a.jpg: "_s + text));
         QVERIFY2(Notes().contains("FreeParameters 7"_s), manner);
-        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
+        QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
         QCOMPARE(Made(), QStringList(kOutput));
     }
 }
@@ -131,12 +131,12 @@ void HostRunTest::existingOutput()
         init();
         const bool rival = QByteArray(row.content) == "rival"; // made while the picture is corrected
         if (!rival)
-            WriteBytes(Path(kOutput), "old");
+            WriteFile(Path(kOutput), "old");
         const ProgramResult result = RunProbe(row.content, "a.jpg b.jpg "_s + QLatin1String(row.option));
         QCOMPARE(result.exitCode, row.exitCode);
         QCOMPARE(result.errorLines.size(), row.exitCode);
-        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray(row.content));
-        QCOMPARE(ReadBytes(Path("b_corrected.tiff"_s)), QByteArray("probe"));
+        QCOMPARE(ReadFile(Path(kOutput)), QByteArray(row.content));
+        QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("probe"));
         QCOMPARE(Made().size(), 2);
     }
 }
@@ -147,9 +147,10 @@ void HostRunTest::picturesAtOnceAreThoseOneByOne()
     QString pictures;
     for (int i = 0; i < 6; ++i) {
         const QString name = "%1.jpg"_s.arg(i);
-        i == 3 ? WriteBytes(Path(name), "no picture") : WriteJpeg(Path(name), 300 + 50 * i, 260);
+        WriteJpeg(Path(name), 300 + 50 * i, 260);
         pictures += QLatin1Char(' ') + name;
     }
+    WriteFile(Path("3.jpg"_s), "no picture");
     const ProgramResult alone = Run("correct --profile p.lcp -o alone -j 1"_s + pictures);
     const ProgramResult together = Run("correct --profile p.lcp -o together -j 3"_s + pictures);
     QCOMPARE(alone.exitCode, 1);
@@ -159,7 +160,7 @@ void HostRunTest::picturesAtOnceAreThoseOneByOne()
     QCOMPARE(names.size(), 5);
     QCOMPARE(Names(Path("together"_s)), names); // and no private folder left
     for (const QString &name : names)
-        QCOMPARE(ReadBytes(Path("together/"_s + name)), ReadBytes(Path("alone/"_s + name)));
+        QCOMPARE(ReadFile(Path("together/"_s + name)), ReadFile(Path("alone/"_s + name)));
 }
 
 void HostRunTest::rivalsForOneOutput()
@@ -179,7 +180,7 @@ void HostRunTest::interruptionLeavesNothing()
 {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, -SIGHUP}) { // the last one ignored, as by nohup
         init();
-        WriteBytes(Path(kOutput), "old");
+        WriteFile(Path(kOutput), "old");
         m_run->Set("VITRELUX_PROBE", "block"_s);
         m_run->beforeStart = [number] { // whatever the test's own parent ignores
             std::signal(qAbs(number), number > 0 ? SIG_DFL : SIG_IGN);
@@ -199,7 +200,7 @@ void HostRunTest::interruptionLeavesNothing()
         }
         QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends as well
         QCOMPARE(Made(), QStringList(kOutput));
-        QCOMPARE(ReadBytes(Path(kOutput)), QByteArray("old"));
+        QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }
 }
 

@@ -50,7 +50,6 @@ private Q_SLOTS:
     void cleanup() { QCOMPARE(Names(Path("tmp"_s)).filter("vitrelux"_s), QStringList()); }
     void json();
     void text();
-    void profile_data();
     void profile();
     void correctLooksUp();
     void storedFolder();
@@ -119,42 +118,31 @@ void InfoTest::text()
         QVERIFY2(result.output.contains(line), line + result.output);
 }
 
-void InfoTest::profile_data()
+void InfoTest::profile()
 {
-    QTest::addColumn<QByteArray>("maker");
-    QTest::addColumn<QByteArray>("lens");
-    QTest::addColumn<int>("number");
     const struct {
         const char *why, *maker, *lens;
-        int number;
-    } rows[] = {{"no profile of the camera \"Canon EOS 40D\"", "Canon", "85 15 1", 488},
+        uint16_t number;
+    } rows[] = {{"neither its metadata nor the table of cameras", "", "", 0},
+                {"no profile of the camera \"Canon EOS 40D\"", "Canon", "85 15 1", 488},
                 {"the lens \"7 7 9999\" isn't in the table", "Canon", "7 7 1", 9999},
                 {"several lenses call themselves \"24 70 137\"", "Canon", "70 24 1", 137},
                 {"doesn't tell the lens", "Canon", "22 10 1", 65535},
-                {"Nikon and Canon only", "SONY", "22 10 1", 235},
-                {"neither its metadata nor the table of cameras", "", "", 0}};
-    for (const auto &row : rows)
-        QTest::newRow(row.why) << QByteArray(row.maker) << QByteArray(row.lens) << row.number;
-}
-
-void InfoTest::profile()
-{
-    QFETCH(QByteArray, maker);
-    QFETCH(QByteArray, lens);
-    QFETCH(int, number);
-    if (!maker.isEmpty()) {
-        Exiv2::ExifData exif = CanonExif(lens.constData(), static_cast<uint16_t>(number));
-        exif["Exif.Image.Make"] = maker.toStdString();
-        exif["Exif.Photo.FocalLengthIn35mmFilm"] = uint16_t(32);
-        GiveExif(Path("b.jpg"_s), exif);
+                {"Nikon and Canon only", "SONY", "22 10 1", 235}};
+    for (const auto &row : rows) {
+        if (*row.maker) {
+            Exiv2::ExifData exif = CanonExif(row.lens, row.number);
+            exif["Exif.Image.Make"] = row.maker;
+            exif["Exif.Photo.FocalLengthIn35mmFilm"] = uint16_t(32);
+            GiveExif(Path("b.jpg"_s), exif);
+        }
+        const QString told = Json("b.jpg"_s).value("noProfile"_s).toString();
+        QVERIFY2(told.contains(QLatin1String(row.why)), qPrintable(told));
+        const ProgramResult corrected = Run("correct --overwrite --lens-path lenses b.jpg a.jpg"_s);
+        QCOMPARE(corrected.exitCode, 1);
+        QVERIFY2(corrected.error.contains(row.why), corrected.error);
+        QCOMPARE(corrected.output, Path("a_corrected.tiff\n"_s).toUtf8()); // the other one goes on
     }
-    const QString told = Json("b.jpg"_s).value("noProfile"_s).toString();
-    QVERIFY2(told.contains(QLatin1String(QTest::currentDataTag())), qPrintable(told));
-    const ProgramResult corrected = Run("correct --lens-path lenses b.jpg a.jpg"_s);
-    QCOMPARE(corrected.exitCode, 1);
-    QVERIFY2(corrected.error.contains(QTest::currentDataTag()), corrected.error);
-    QVERIFY2(corrected.output.endsWith("a_corrected.tiff\n"), corrected.output); // the other one goes on
-    QCOMPARE(corrected.output.count('\n'), 1);
 }
 
 void InfoTest::correctLooksUp()
@@ -163,19 +151,19 @@ void InfoTest::correctLooksUp()
     const ProgramResult found = Run("correct --lens-path lenses a.jpg"_s);
     QCOMPARE(found.exitCode, 0);
     QVERIFY2(found.error.contains("profile \"" + Path(kProfile).toUtf8() + "\"\n"), found.error);
-    QVERIFY(!ReadBytes(Path("a_corrected.tiff"_s)).isEmpty());
-    QCOMPARE(ReadBytes(Path("a_corrected.tiff"_s)), ReadBytes(Path("named/a_corrected.tiff"_s)));
+    QVERIFY(QFile::exists(Path("a_corrected.tiff"_s)));
+    QCOMPARE(ReadFile(Path("a_corrected.tiff"_s)), ReadFile(Path("named/a_corrected.tiff"_s)));
 }
 
 void InfoTest::storedFolder()
 {
     QVERIFY(Run("info a.jpg"_s).output.contains("none: no folder of profiles is known"));
     const QString settings = Path("config/Brelt/vitrelux.ini"_s);
-    WriteBytes(settings,
-               "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + Path("lenses"_s).toUtf8() + '\n');
-    const QByteArray before = ReadBytes(settings);
+    WriteFile(settings,
+              "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + Path("lenses"_s).toUtf8() + '\n');
+    const QByteArray before = ReadFile(settings);
     QVERIFY(Run("info a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
-    QCOMPARE(ReadBytes(settings), before);
+    QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info a.jpg --lens-path none"_s).output.contains("none: there is no folder"));
 }
 
@@ -185,7 +173,7 @@ void InfoTest::unreadableGoesOn()
     grey.fill(100);
     QVERIFY(grey.save(Path("grey.jpg"_s)));
     GiveExif(Path("grey.jpg"_s), CanonExif("22 10 1", 235));
-    WriteBytes(Path("bad.jpg"_s), "no picture");
+    WriteFile(Path("bad.jpg"_s), "no picture");
     const ProgramResult result = Run("info bad.jpg gone.jpg grey.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 2);

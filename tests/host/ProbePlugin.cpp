@@ -1,13 +1,13 @@
 // A plug-in that stands in for the real one: it notes how it is called, and fails in every way that a plug-in can.
 //
 // VITRELUX_PROBE says what Process does, VITRELUX_PROBE_NOTES names the file that the notes go to.
+#include "Files.h"
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIPluginLibrary.h"
 #include "KIPluginOne2One.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 
 #include <new>
@@ -21,13 +21,6 @@ void Note(const QString &text)
     QFile file(qEnvironmentVariable("VITRELUX_PROBE_NOTES"));
     if (file.open(QIODevice::Append))
         file.write(text.toUtf8() + '\n');
-}
-
-void WriteFile(const QString &path, const char *content)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(content);
 }
 
 void Misbehave(const QByteArray &manner, const QString &output)
@@ -63,11 +56,7 @@ public:
     QIcon Icon() const override { return QIcon(); }
     QString UID() const override { return QString(); }
     QIcon BeforeAfter() const override { return QIcon(); }
-    QWizardPage *WizardPage() override
-    {
-        Note(QStringLiteral("WizardPage"));
-        return nullptr;
-    }
+    QWizardPage *WizardPage() override { return nullptr; }
     void *AllocParameters(QDomElement element) override
     {
         QStringList words(QStringLiteral("AllocParameters"));

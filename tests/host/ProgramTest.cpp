@@ -7,5 +7,5 @@ void ProgramTest::init()
     m_run->setWorkingDirectory(m_dir->path());
     for (const QString &name : {"a.jpg"_s, "b.jpg"_s})
         WriteJpeg(Path(name), 60, 40);
-    WriteBytes(Path("p.lcp"_s), ProfileText({true, true, true}, 60, 40));
+    WriteFile(Path("p.lcp"_s), ProfileText({true, true, true}, 60, 40));
 }

@@ -75,7 +75,7 @@ public:
         if (info.fileName().startsWith("bad"_s))
             throw KException(fileName + ": pixels\nare lost"_s, KPlace());
         output = info.path() + QLatin1Char('/') + info.completeBaseName() + "_corrected.tiff"_s;
-        WriteBytes(output, static_cast<PictureParameters *>(record)->profile.toUtf8());
+        WriteFile(output, static_cast<PictureParameters *>(record)->profile.toUtf8());
     }
 
     std::unique_ptr<QWizardPage> page;
@@ -109,7 +109,6 @@ private Q_SLOTS:
     void stopEndsBehindThePictureUnderWay();
     void backKeepsWhatWasChosen();
     void realPluginCorrects();
-    void speaksTheUsersLanguage_data();
     void speaksTheUsersLanguage();
 
 private:
@@ -169,7 +168,7 @@ void WizardTest::init()
     m_process = std::make_unique<StandInProcess>();
     m_process->page = std::make_unique<QWizardPage>();
     m_process->profile = Path("p.lcp");
-    WriteBytes(m_process->profile, ProfileText(ProfileModels(), 60, 40));
+    WriteFile(m_process->profile, ProfileText(ProfileModels(), 60, 40));
 }
 
 void WizardTest::cleanup()
@@ -186,7 +185,7 @@ void WizardTest::picturesByDialogAndDrop()
 {
     for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
         WriteJpeg(Path(name), 60, 40);
-    WriteBytes(Path("d.jpg"), "no picture");
+    WriteFile(Path("d.jpg"), "no picture");
     Show(QString());
     QVERIFY(!CanGoOn());
 
@@ -223,8 +222,8 @@ void WizardTest::runTellsWhatCameOfEach()
 {
     const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
     constexpr int kPictures = 8;
-    WriteBytes(Path("text.jpg"), "no picture");
-    WriteBytes(Path("there_corrected.tiff"), "old");
+    WriteFile(Path("text.jpg"), "no picture");
+    WriteFile(Path("there_corrected.tiff"), "old");
     Show(toPlugin + " text.jpg"_s);
     Next();
     Next();
@@ -237,14 +236,14 @@ void WizardTest::runTellsWhatCameOfEach()
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(rows[5], "open.jpg|Corrected"_s);
-    QCOMPARE(ReadBytes(Path("open_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), m_process->profile.toUtf8());
     QVERIFY(rows[6].contains("No lens profile"_s));
     QVERIFY(rows[7].startsWith("text.jpg|Failed: "_s));
     QCOMPARE(m_wizard->FailedCount(), 5);
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 5 failed"_s);
     QCOMPARE(Find<QProgressBar>("progress")->value(), kPictures);
-    QCOMPARE(ReadBytes(Path("good_corrected.tiff")), m_process->profile.toUtf8());
-    QCOMPARE(ReadBytes(Path("there_corrected.tiff")), QByteArray("old"));
+    QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadFile(Path("there_corrected.tiff")), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).size(), kPictures + 4); // the profile and three outputs: no work folder is left
 
     QDesktopServices::setUrlHandler("file"_s, this, "Open");
@@ -256,14 +255,14 @@ void WizardTest::runTellsWhatCameOfEach()
 void WizardTest::replacesWhereToldTo()
 {
     m_process->page.reset(); // and a process without a page: from the pictures right to the run
-    WriteBytes(Path("there_corrected.tiff"), "old");
-    WriteBytes(m_process->profile, ProfileText(ProfileModels(), 600, 400));
+    WriteFile(Path("there_corrected.tiff"), "old");
+    WriteFile(m_process->profile, ProfileText(ProfileModels(), 600, 400));
     Show("there.jpg"_s);
     Click("replace");
     Next();
     QTRY_VERIFY(Close());
     QVERIFY2(Rows("results")[0].contains("600x400"_s), qPrintable(Rows("results")[0]));
-    QCOMPARE(ReadBytes(Path("there_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
 void WizardTest::stopEndsBehindThePictureUnderWay_data()
@@ -332,50 +331,36 @@ void WizardTest::realPluginCorrects()
     } while (m_wizard->nextId() != -1);
     QTRY_VERIFY(Close());
     QCOMPARE(Rows("results"), QStringList("a.jpg|Corrected"_s));
-    QCOMPARE(ReadBytes(Path("a_corrected.tiff")).left(2), QByteArray("II"));
+    QCOMPARE(ReadFile(Path("a_corrected.tiff")).left(2), QByteArray("II"));
     m_wizard.reset(); // ahead of the plug-in
-}
-
-void WizardTest::speaksTheUsersLanguage_data()
-{
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<QString>("ofPlugin"); // a part of it
-    QTest::addColumn<QString>("ofWindow");
-    QTest::newRow("none, so English") << "fi_FI"_s
-                                      << "This plugin reuse"_s
-                                      << "lens correction"_s; // translators stay: it goes first
-    QTest::newRow("its country's") << "zh_TW"_s
-                                   << "描述檔"_s
-                                   << "鏡頭校正"_s;
-    QTest::newRow("another country's") << "de_AT"_s
-                                       << "Verzeichnung"_s
-                                       << "korrektur"_s;
 }
 
 void WizardTest::speaksTheUsersLanguage()
 {
-    QFETCH(QString, locale);
-    QFETCH(QString, ofPlugin);
-    QFETCH(QString, ofWindow);
-    QLocale::setDefault(QLocale(locale));
-    m_host->TranslateWindows();
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
-    QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
-    Show(plugin.Process(), QString());
-    QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
+    const QString rows[][3] = {{"fi_FI"_s, "This plugin reuse"_s, "lens correction"_s}, // first: translators stay
+                               {"zh_TW"_s, "描述檔"_s, "鏡頭校正"_s},
+                               {"de_AT"_s, "Verzeichnung"_s, "korrektur"_s}};
+    for (const auto &[locale, ofPlugin, ofWindow] : rows) {
+        QLocale::setDefault(QLocale(locale));
+        m_host->TranslateWindows();
+        const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+        QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
+        Show(plugin.Process(), QString());
+        QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
 
-    m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
-    m_wizard->Add({m_process->profile});
-    Next();
-    QApplication::processEvents();
-    const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
-    const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
-        return label->text() == m_wizard->currentPage()->subTitle();
-    });
-    QVERIFY(header != labels.end());
-    QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
-    m_wizard->close();
-    m_wizard.reset();
+        m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
+        m_wizard->Add({m_process->profile});
+        Next();
+        QApplication::processEvents();
+        const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
+        const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
+            return label->text() == m_wizard->currentPage()->subTitle();
+        });
+        QVERIFY(header != labels.end());
+        QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
+        m_wizard->close();
+        m_wizard.reset();
+    }
 }
 
 int main(int argc, char **argv)

@@ -100,35 +100,32 @@ void CoordinatesTest::everyPixelComesFromItsPlace_data()
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size"); // of the upright picture
 
-    const LensModel one = {0.9, 0.51, 0.48, {-0.15}};
     const LensModel two = {0.9, 0.49, 0.52, {-0.12, 0.04}};
     const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners reach outside
-    const LensModel tangential = {0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009};
-    const LensModel onlyTangential = {0.9, 0.5, 0.5, {}, -0.01, 0.013};
-    const LensModel fish = {0.52, 0.505, 0.495, {-0.04}};
     const LensModel wideFish = {0.42, 0.495, 0.502, {-0.03, 0.004}};
-    const int both = Distortion | Chromatic;
-
-    QTest::newRow("one coefficient") << Profile(one) << int(Distortion) << kLandscape;
-    QTest::newRow("two coefficients, portrait") << Profile(two) << int(Distortion) << kPortrait;
-    QTest::newRow("three coefficients, outwards") << Profile(three) << int(Distortion) << kLandscape;
-    QTest::newRow("three coefficients, square") << Profile(three) << int(Distortion) << kSquare;
-    QTest::newRow("three coefficients, portrait") << Profile(three) << int(Distortion) << kPortrait;
-    QTest::newRow("tangential") << Profile(tangential) << int(Distortion) << kLandscape;
-    QTest::newRow("tangential, portrait") << Profile(tangential) << int(Distortion) << kPortrait;
-    QTest::newRow("tangential alone") << Profile(onlyTangential) << int(Distortion) << kLandscape;
-    QTest::newRow("fisheye, one coefficient") << Profile(fish, true) << int(Distortion) << kLandscape;
-    QTest::newRow("fisheye, two coefficients") << Profile(wideFish, true) << int(Distortion) << kLandscape;
-    QTest::newRow("fisheye, portrait") << Profile(wideFish, true) << int(Distortion) << kPortrait;
+    const std::pair<const char *, LensProfile> profiles[] = {
+        {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
+        {"two coefficients", Profile(two)},
+        {"three coefficients, outwards", Profile(three)},
+        {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
+        {"tangential alone", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
+        {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
+        {"fisheye, two coefficients", Profile(wideFish, true)},
+        {"three warps", WithChromatic(Profile(two))},
+        {"three warps, outwards", WithChromatic(Profile(three))},
+        {"three warps, fisheye", WithChromatic(Profile(wideFish, true))},
+    };
+    for (const auto &[name, profile] : profiles) {
+        for (const auto &[shape, size] :
+             {std::pair("landscape", kLandscape), std::pair("portrait", kPortrait), std::pair("square", kSquare)}) {
+            QTest::addRow("%s, %s", name, shape)
+                << profile << int(profile.green ? Distortion | Chromatic : Distortion) << size;
+            if (profile.green)
+                QTest::addRow("%s, red and blue alone, %s", name, shape) << profile << int(Chromatic) << size;
+        }
+    }
     QTest::newRow("fisheye, centre on a pixel")
         << Profile({0.5, 0.5, 0.5, {-0.04}}, true) << int(Distortion) << QSize(601, 401);
-    QTest::newRow("three warps") << WithChromatic(Profile(two)) << both << kLandscape;
-    QTest::newRow("three warps, outwards") << WithChromatic(Profile(three)) << both << kLandscape;
-    QTest::newRow("three warps, outwards, portrait") << WithChromatic(Profile(three)) << both << kPortrait;
-    QTest::newRow("three warps, fisheye") << WithChromatic(Profile(wideFish, true)) << both << kLandscape;
-    QTest::newRow("red and blue alone") << WithChromatic(Profile(two)) << int(Chromatic) << kLandscape;
-    QTest::newRow("red and blue alone, square") << WithChromatic(Profile(two)) << int(Chromatic) << kSquare;
-    QTest::newRow("red and blue alone, fisheye") << WithChromatic(Profile(fish, true)) << int(Chromatic) << kPortrait;
 }
 
 void CoordinatesTest::everyPixelComesFromItsPlace()
@@ -164,13 +161,10 @@ void CoordinatesTest::greyIsBrightenedByTheSeries_data()
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size");
     QTest::addColumn<float>("grey");
-    QTest::newRow("alone") << int(Vignetting) << kLandscape << 0.4f;
-    QTest::newRow("alone, portrait") << int(Vignetting) << kPortrait << 0.4f;
-    QTest::newRow("alone, square, up to white") << int(Vignetting) << kSquare << 0.8f;
-    QTest::newRow("at the warped place") << int(Vignetting | Distortion) << kLandscape << 0.4f;
-    QTest::newRow("at the warped place, up to white") << int(Vignetting | Distortion) << kPortrait << 0.8f;
-    QTest::newRow("at the place of red") << int(Vignetting | Chromatic) << kLandscape << 0.4f;
-    QTest::newRow("at the place of green") << int(Vignetting | Distortion | Chromatic) << kPortrait << 0.4f;
+    for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
+        for (const QSize &size : {kLandscape, kPortrait, kSquare})
+            QTest::addRow("%d, width %d", others, size.width())
+                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // that reaches white
 }
 
 void CoordinatesTest::greyIsBrightenedByTheSeries()

@@ -18,19 +18,6 @@ void WriteJpeg(const QString &path, int width, int height)
         qFatal("can't write %s", qPrintable(path));
 }
 
-void WriteBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("can't write %s", qPrintable(path));
-}
-
-QByteArray ReadBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QByteArray ProfileText(const ProfileModels &models, int width, int height)
 {
     const auto radial = [](double value) { return Samples::LensModel{1, 0.5, 0.5, {value}}; };

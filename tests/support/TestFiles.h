@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "Files.h"
+
 inline QString operator""_s(const char *text, std::size_t size)
 {
     return QString::fromUtf8(text, static_cast<int>(size));
@@ -12,8 +14,6 @@ inline QString operator""_s(const char *text, std::size_t size)
 
 /// A JPEG of noise over a gradient, always the same: its output compresses badly, so that it is not tiny.
 void WriteJpeg(const QString &path, int width, int height);
-void WriteBytes(const QString &path, const QByteArray &bytes);
-QByteArray ReadBytes(const QString &path);
 
 /// Which models a profile gets.
 struct ProfileModels {

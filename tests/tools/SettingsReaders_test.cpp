@@ -9,29 +9,25 @@
 
 namespace {
 
-/// Columns for what the four reads of a key give; an invalid value stands for the caller's default.
-void AddReadColumns()
-{
-    for (const char *column : {"asBool", "asInt", "asDouble", "asString"})
-        QTest::addColumn<QVariant>(column);
-}
+/// What the four reads of a key give; an invalid value stands for the caller's default.
+struct Reads {
+    QVariant asBool, asInt, asDouble, asString;
+};
 
 const QVariant kDefault;
 
-/// Compares the four reads with the row's columns, each with two defaults, so that a default can't pass for a value.
-void CompareReads(KernelSettingsReader &reader, const QString &key)
+/// Each read is asked with two defaults, so that a default can't pass for a value.
+bool Gives(KernelSettingsReader &reader, const QString &key, const Reads &reads)
 {
-    QFETCH(QVariant, asBool);
-    QFETCH(QVariant, asInt);
-    QFETCH(QVariant, asDouble);
-    QFETCH(QVariant, asString);
+    bool same = true;
     for (const int i : {0, 1}) {
         const QString text = QStringLiteral("default %1").arg(i);
-        QCOMPARE(reader.GetBool(key, i != 0), asBool.isValid() ? asBool.toBool() : i != 0);
-        QCOMPARE(reader.GetInt(key, i - 77), asInt.isValid() ? asInt.toInt() : i - 77);
-        QCOMPARE(reader.GetDouble(key, i + 0.25), asDouble.isValid() ? asDouble.toDouble() : i + 0.25);
-        QCOMPARE(reader.GetString(key, text), asString.isValid() ? asString.toString() : text);
+        same = same && reader.GetBool(key, i != 0) == (reads.asBool.isValid() ? reads.asBool.toBool() : i != 0)
+            && reader.GetInt(key, i - 77) == (reads.asInt.isValid() ? reads.asInt.toInt() : i - 77)
+            && reader.GetDouble(key, i + 0.25) == (reads.asDouble.isValid() ? reads.asDouble.toDouble() : i + 0.25)
+            && reader.GetString(key, text) == (reads.asString.isValid() ? reads.asString.toString() : text);
     }
+    return same;
 }
 
 QString Text(const char *text)
@@ -44,13 +40,10 @@ QString Text(const char *text)
 class tst_SettingsReaders : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void xmlTexts_data();
     void xmlTexts();
-    void xmlKeys_data();
     void xmlKeys();
     void xmlUnusable();
     void xmlIsReadOnce();
-    void hash_data();
     void hash();
     void chain();
 
@@ -63,72 +56,53 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_SettingsReaders::xmlTexts_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    AddReadColumns();
-    const auto row = [](const char *text, const QVariant &asBool, const QVariant &asInt, const QVariant &asDouble) {
-        QTest::newRow(text) << QByteArray(text) << asBool << asInt << asDouble << QVariant(Text(text));
-    };
-    row("TRUE", true, kDefault, kDefault);
-    row("fALSE", false, kDefault, kDefault);
-    row("2", true, 2, 2.0);
-    row("0", false, 0, 0.0);
-    row("yes", kDefault, kDefault, kDefault);
-    row(" true", kDefault, kDefault, kDefault); // not trimmed
-    row("", kDefault, kDefault, kDefault);
-    row("0x10", kDefault, kDefault, kDefault); // base 10
-    row("010", true, 10, 10.0);
-    row("2.5", kDefault, kDefault, 2.5);
-    row("2,5", kDefault, kDefault, kDefault);            // the point is the same everywhere
-    row("4294967296", kDefault, kDefault, 4294967296.0); // beyond 32 bits
-    row("Objektiv \xc3\xbc", kDefault, kDefault, kDefault);
-}
-
 void tst_SettingsReaders::xmlTexts()
 {
-    QFETCH(QByteArray, text);
-    KSRFromXMLFile reader(FileOf("<r><a>" + text + "</a></r>"));
-    CompareReads(reader, QStringLiteral("a"));
-}
-
-void tst_SettingsReaders::xmlKeys_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<bool>("found");
-    const auto row = [](const char *name, const char *content, const char *key, bool found) {
-        QTest::newRow(name) << QByteArray(content) << Text(key) << found;
-    };
-    row("path", "<r><image><m>5</m></image></r>", "image/m", true);
-    row("empty parts are dropped", "<r><image><m>5</m></image></r>", "/image//m/", true);
-    row("levels between are skipped", "<r><image><x><y><m>5</m></y></x></image></r>", "image/m", true);
-    row("the first level too", "<r><image><m>5</m></image></r>", "m", true);
-    row("the root is no part of the key", "<r><m>5</m></r>", "r/m", false);
-    row("no part: the root's text", "<r>5</r>", "", true);
-    row("twice side by side", "<r><m>5</m><m>5</m></r>", "m", false);
-    row("once on the path, once below", "<r><m>5<x><m/></x></m></r>", "m", false);
-    row("twice, but once below the first part", "<r><x><m>5</m></x><y><m>6</m></y></r>", "x/m", true);
-    row("attributes are not looked at", "<r m='5'/>", "m", false);
-    row("upper case is another tag", "<r><M>5</M></r>", "m", false);
-    row("text in pieces", "<r><m><!-- five --><![CDATA[5]]></m></r>", "m", true);
-    row("byte order mark, declaration, line ends", "\xef\xbb\xbf<?xml version='1.0'?>\r\n<r>\r\n<m>5</m>\r\n</r>", "m",
-        true);
-    row("declared encoding counts for nothing", "<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true);
-    row("before a fault", "<r><m>5</m><x =></r>", "m", true);
-    row("undeclared prefixes", "<p:r q:a='1'><p:m>5</p:m></p:r>", "p:m", true);
+    const struct {
+        const char *text;
+        QVariant asBool, asInt, asDouble;
+    } rows[] = {{"TRUE", true, kDefault, kDefault},
+                {"fALSE", false, kDefault, kDefault},
+                {"0", false, 0, 0.0},
+                {" true", kDefault, kDefault, kDefault}, // not trimmed
+                {"", kDefault, kDefault, kDefault},
+                {"0x10", kDefault, kDefault, kDefault}, // base 10
+                {"010", true, 10, 10.0},
+                {"2.5", kDefault, kDefault, 2.5},
+                {"2,5", kDefault, kDefault, kDefault},            // the point is the same everywhere
+                {"4294967296", kDefault, kDefault, 4294967296.0}, // beyond 32 bits
+                {"Objektiv \xc3\xbc", kDefault, kDefault, kDefault}};
+    for (const auto &row : rows) {
+        KSRFromXMLFile reader(FileOf(QByteArray("<r><a>") + row.text + "</a></r>"));
+        const Reads reads = {row.asBool, row.asInt, row.asDouble, Text(row.text)};
+        QVERIFY2(Gives(reader, QStringLiteral("a"), reads), row.text);
+    }
 }
 
 void tst_SettingsReaders::xmlKeys()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(QString, key);
-    QFETCH(bool, found);
-    KSRFromXMLFile reader(FileOf(content));
-    QCOMPARE(reader.GetInt(key, -1), found ? 5 : -1);
-    QCOMPARE(reader.GetDouble(key, -1.5), found ? 5.0 : -1.5);
-    QCOMPARE(reader.GetBool(key, false), found);
-    QCOMPARE(reader.GetString(key, Text("default")), found ? Text("5") : Text("default"));
+    const char *const nested = "<r><image><x><m>5</m></x></image></r>";
+    const struct {
+        const char *content, *key;
+        bool found;
+    } rows[] = {{nested, "image/x/m", true},
+                {nested, "image//m/", true}, // levels between are skipped, empty parts dropped
+                {nested, "r/m", false},      // the root is no part of the key
+                {"<r>5</r>", "", true},
+                {"<r><m>5</m><m>5</m></r>", "m", false}, // twice
+                {"<r><m>5<x><m/></x></m></r>", "m", false},
+                {"<r><x><m>5</m></x><y><m>6</m></y></r>", "x/m", true}, // once below the first part
+                {"<r m='5'/>", "m", false},
+                {"<r><M>5</M></r>", "m", false},
+                {"<r><m><!-- five --><![CDATA[5]]></m></r>", "m", true},
+                {"\xef\xbb\xbf<?xml version='1.0'?>\r\n<r>\r\n<m>5</m>\r\n</r>", "m", true},
+                {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // which it isn't
+                {"<r><m>5</m><x =></r>", "m", true},                                   // before a fault
+                {"<p:r q:a='1'><p:m>5</p:m></p:r>", "p:m", true}};
+    for (const auto &row : rows) {
+        KSRFromXMLFile reader(FileOf(row.content));
+        QVERIFY2(Gives(reader, Text(row.key), row.found ? Reads{true, 5, 5.0, Text("5")} : Reads()), row.content);
+    }
 }
 
 void tst_SettingsReaders::xmlUnusable()
@@ -164,33 +138,25 @@ void tst_SettingsReaders::xmlIsReadOnce()
     }
 }
 
-void tst_SettingsReaders::hash_data()
-{
-    QTest::addColumn<QVariant>("value");
-    AddReadColumns();
-    const auto row = [](const char *name, const QVariant &value, const QVariant &asBool, const QVariant &asInt,
-                        const QVariant &asDouble, const QVariant &asString) {
-        QTest::newRow(name) << value << asBool << asInt << asDouble << asString;
-    };
-    row("int", 3, true, 3, 3.0, Text("3"));
-    row("real", 2.5, true, 3, 2.5, Text("2.5")); // rounded, halves away from 0
-    row("bool", true, true, 1, 1.0, Text("true"));
-    row("number as text", Text("12"), true, 12, 12.0, Text("12"));
-    row("text false", Text("FALSE"), false, kDefault, kDefault, Text("FALSE"));
-    row("text that is no number", Text("yes"), true, kDefault, kDefault, Text("yes"));
-    row("empty text", Text(""), false, kDefault, kDefault, Text(""));
-    row("present without a value", QVariant(), false, kDefault, kDefault, Text(""));
-    row("a list", QVariantList{1}, false, kDefault, kDefault, Text(""));
-}
-
 void tst_SettingsReaders::hash()
 {
-    QFETCH(QVariant, value);
-    QHash<QString, QVariant> hash{{QStringLiteral("image/a"), value}};
-    KSRFromQHash reader(&hash);
-    CompareReads(reader, QStringLiteral("image/a"));
-    QCOMPARE(reader.GetInt(QStringLiteral("a"), 7), 7); // keys are whole
-    QCOMPARE(hash.size(), 1);                           // asking enters nothing
+    const struct {
+        QVariant value;
+        Reads reads;
+    } rows[] = {{2.5, {true, 3, 2.5, Text("2.5")}}, // rounded, halves away from 0
+                {true, {true, 1, 1.0, Text("true")}},
+                {Text("12"), {true, 12, 12.0, Text("12")}},
+                {Text("FALSE"), {false, kDefault, kDefault, Text("FALSE")}},
+                {Text("yes"), {true, kDefault, kDefault, Text("yes")}},
+                {QVariant(), {false, kDefault, kDefault, Text("")}}, // present without a value
+                {QVariantList{1}, {false, kDefault, kDefault, Text("")}}};
+    for (const auto &row : rows) {
+        QHash<QString, QVariant> hash{{QStringLiteral("image/a"), row.value}};
+        KSRFromQHash reader(&hash);
+        QVERIFY2(Gives(reader, QStringLiteral("image/a"), row.reads), qPrintable(row.value.toString()));
+        QVERIFY(Gives(reader, QStringLiteral("a"), {})); // keys are whole
+        QCOMPARE(hash.size(), 1);                        // asking enters nothing
+    }
 }
 
 void tst_SettingsReaders::chain()

@@ -1,0 +1,359 @@
+// Analytics: events and their text, the two stores, providers, and the manager above them.
+#include "Files.h"
+#include "OwnFolders.h"
+#include "analytics/KAnalyticsDb.h"
+#include "analytics/KAnalyticsFile.h"
+#include "analytics/KAnalyticsManager.h"
+#include "analytics/KAnalyticsProvider.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+#include <QPointer>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <limits>
+
+namespace {
+
+const QString kApplication = QStringLiteral("analytics_test"), kSqlite = QStringLiteral("QSQLITE");
+const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
+
+/// Takes what it is given and notes "category/name=value", and the calls around it.
+class Sender : public KAnalyticsProvider {
+public:
+    explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
+    ~Sender() override { *m_log << QStringLiteral("deleted"); }
+    void waitBeforeExit() override { *m_log << QStringLiteral("waited"); }
+
+protected:
+    void storageChanged(QObject *store) override { *m_log << QString::fromLatin1(store->metaObject()->className()); }
+    void preFlush(QList<KAnalyticsRawEvent *> events) override { *m_log << QStringLiteral("pre%1").arg(events.size()); }
+    void flushEvent(KAnalyticsRawEvent *raw) override
+    {
+        KAnalyticsEvent event(nullptr);
+        event.fromJson(raw->value());
+        *m_log << QStringLiteral("%1/%2=%3").arg(event.category(), event.name(), event.value().toString());
+        delete raw;
+    }
+    void postFlush() override { *m_log << QStringLiteral("post"); }
+
+private:
+    QStringList *m_log;
+};
+
+KAnalyticsEvent *Event(const char *name)
+{
+    auto *event = new KAnalyticsEvent(nullptr);
+    event->setName(QString::fromLatin1(name));
+    return event;
+}
+
+/// "id:name" of the events, which are deleted.
+QString Names(const QList<KAnalyticsRawEvent *> &events)
+{
+    QStringList names;
+    for (KAnalyticsRawEvent *raw : events) {
+        KAnalyticsEvent event(nullptr);
+        event.fromJson(raw->value());
+        names << QStringLiteral("%1:%2").arg(raw->id()).arg(event.name());
+    }
+    qDeleteAll(events);
+    return names.join(QLatin1Char(' '));
+}
+
+/// A file of the binary store with one event.
+QByteArray StoreBytes()
+{
+    const QJsonObject event = {{QStringLiteral("name"), QStringLiteral("old")}};
+    return QJsonDocument(QJsonObject{{QStringLiteral("events"), QJsonArray{event}},
+                                     {QStringLiteral("userId"), QStringLiteral("me")},
+                                     {QStringLiteral("mine"), QJsonArray{1, 2}}})
+        .toBinaryData();
+}
+
+void RunLoop()
+{
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace
+
+class tst_Analytics : public QObject {
+    Q_OBJECT
+public:
+    explicit tst_Analytics(const OwnFolders *folders) : m_folders(folders) { }
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void eventsAsText();
+    void tooOld();
+    void databaseKeepsEvents();
+    void databaseIsCorrupt();
+    void binaryFile();
+    void storeAndIdentifier();
+    void threshold();
+    void providersTwiceOrGone();
+    void countersAndTimers();
+    void switchedOff();
+
+private:
+    QString Path() const { return m_dir->filePath(QStringLiteral("store")); }
+    /// A fresh session on the same file.
+    KAnalyticsDb &OpenAnew();
+
+    const OwnFolders *m_folders;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<KAnalyticsDb> m_db;
+    QStringList m_log;
+    KAnalyticsManager *m_manager = nullptr;
+};
+
+void tst_Analytics::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    QFile::remove(m_folders->Store(kApplication));
+    m_manager = KAnalyticsManager::instance();
+    m_log.clear();
+}
+
+void tst_Analytics::cleanup()
+{
+    m_db.reset();
+    KAnalyticsManager::killInstance();
+    RunLoop();
+}
+
+KAnalyticsDb &tst_Analytics::OpenAnew()
+{
+    m_db.reset();
+    m_db = std::make_unique<KAnalyticsDb>(QStringLiteral("test"), kSqlite, nullptr);
+    m_db->setFilePath(Path());
+    return *m_db;
+}
+
+void tst_Analytics::eventsAsText()
+{
+    const struct {
+        int type;
+        QVariant value;
+        QByteArray typeText, valueText;
+    } written[] = {{0, QStringLiteral("a \"b\" \u00e9"), "action", "\"a \\\"b\\\" \xc3\xa9\""},
+                   {1, qint64(1500), "duration", "1500"},
+                   {2, QVariant(), "counter", "null"},
+                   {7, 0.5, "unknow", "0.5"}};
+    for (const auto &row : written) {
+        KAnalyticsEvent event(nullptr), back(nullptr);
+        event.setName(kName);
+        event.setCategory(kCategory);
+        event.setTimestamp(1700000000123);
+        event.setType(KAnalyticsEvent::EventType(row.type));
+        event.setValue(row.value);
+        QCOMPARE(event.toJson().toUtf8(),
+                 "{\"category\":\"c\",\"name\":\"n\",\"timestamp\":1700000000123,\"type\":\"" + row.typeText
+                     + "\",\"value\":" + row.valueText + "}");
+        back.fromJson(event.toJson());
+        QCOMPARE(back.timestamp(), qint64(1700000000123));
+        QCOMPARE(int(back.type()), row.type % 7);
+        QCOMPARE(back.value(), QJsonValue::fromVariant(row.value).toVariant());
+    }
+    const struct {
+        const char *json;
+        qint64 timestamp;
+        const char *name;
+        int type;
+    } read[] = {{"not json", 5, "before", 2}, // as before
+                {"{}", 0, "", 0},
+                {R"({"timestamp":"soon","name":7,"type":["duration"]})", 0, "", 0},
+                {R"({"timestamp":"77","type":"Duration"})", 77, "", 0}};
+    for (const auto &row : read) {
+        const std::unique_ptr<KAnalyticsEvent> event(Event("before"));
+        event->setTimestamp(5);
+        event->setType(KAnalyticsEvent::EventCounter);
+        event->fromJson(QString::fromLatin1(row.json));
+        QVERIFY2(event->timestamp() == row.timestamp && event->name() == QLatin1String(row.name)
+                     && int(event->type()) == row.type,
+                 row.json);
+    }
+}
+
+void tst_Analytics::tooOld()
+{
+    constexpr qint64 kTenDays = 864000000, kMinute = 60000;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const std::pair<qint64, bool> rows[] = {{now - kTenDays + kMinute, true},
+                                            {now - kTenDays - kMinute, false},
+                                            {now + kMinute, true},
+                                            {std::numeric_limits<qint64>::min(), false}};
+    for (const auto &[timestamp, passes] : rows) {
+        KAnalyticsEvent event(nullptr);
+        event.setTimestamp(timestamp);
+        QCOMPARE(Sender(&m_log).eventTimeCheck(event), passes);
+    }
+}
+
+void tst_Analytics::databaseKeepsEvents()
+{
+    const QString made = OpenAnew().userId(/*create=*/true);
+    QVERIFY(!QUuid(made).isNull() && !made.contains(QLatin1Char('{')));
+    QPointer<KAnalyticsEvent> event(Event("a"));
+    m_db->insertEvent(event);
+    RunLoop();
+    QVERIFY(event.isNull());
+    m_db->insertEvent(nullptr);
+    m_db->insertEvent(Event("b"));
+    QCOMPARE(Names(OpenAnew().allEvents()), QStringLiteral("1:a 2:b"));
+    QVERIFY(OpenAnew().allEvents().isEmpty());
+    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(made)); // as the table has it
+
+    KAnalyticsDb second(QStringLiteral("second"), kSqlite, nullptr);
+    second.setFilePath(Path()); // as another process would: SQLite's locks are by connection
+    m_db->insertEvent(Event("a"));
+    second.insertEvent(Event("kept out"));
+    QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
+    m_db->close();
+    second.insertEvent(Event("b"));
+    QCOMPARE(Names(second.allEvents()), QStringLiteral("1:a 2:b"));
+}
+
+void tst_Analytics::databaseIsCorrupt()
+{
+    WriteFile(Path(), QByteArray(8192, 'x'));
+    OpenAnew().insertEvent(Event("a"));
+    QVERIFY(m_db->allEvents().isEmpty());
+    QVERIFY(!m_db->userId(/*create=*/true).isEmpty()); // for this run
+    QCOMPARE(ReadFile(Path()), QByteArray(8192, 'x'));
+}
+
+void tst_Analytics::binaryFile()
+{
+    const QByteArray whole = StoreBytes();
+    const std::pair<QByteArray, QByteArray> rows[] = {{whole, ""},
+                                                      {whole, "garbage"}, // a lock of nobody
+                                                      {"", ""},
+                                                      {whole.left(whole.size() / 2), ""},
+                                                      {QByteArray(whole).replace(8, 12, QByteArray(12, '\xff')), ""}};
+    for (const auto &[bytes, lock] : rows) {
+        const bool isGood = bytes == whole;
+        const QString path = WriteFile(Path(), bytes);
+        if (!lock.isEmpty())
+            WriteFile(path + QStringLiteral(".lock"), lock);
+        KAnalyticsFile file(nullptr);
+        file.setFilePath(path);
+        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // ends, and reads
+        QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
+        QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
+        const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // it stays the caller's
+        file.insertEvent(event.get());
+        file.addProviderArray(QStringLiteral("mine"), QJsonArray{3});
+        file.setUserId(QStringLiteral("you"));
+        QCOMPARE(Names(file.allEvents()), isGood ? QStringLiteral("0:old") : QString());
+        QCOMPARE(ReadFile(path), bytes); // nothing is ever written
+    }
+    KAnalyticsFile absent(nullptr);
+    absent.setFilePath(m_dir->filePath(QStringLiteral("absent")));
+    QVERIFY(absent.allEvents().isEmpty());
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList(QStringLiteral("store"))); // no lock left
+}
+
+void tst_Analytics::storeAndIdentifier()
+{
+    QVERIFY(QFile::exists(m_folders->Store(kApplication)));
+    const QString id = m_manager->userId();
+    QVERIFY(id.startsWith(QLatin1Char('{')) && !QUuid(id).isNull());
+    QCOMPARE(QSettings(QStringLiteral("Brelt"), QString()).value(QStringLiteral("platformDef")).toString(), id);
+    KAnalyticsManager::killInstance();
+    QCOMPARE(KAnalyticsManager::instance()->userId(), id);
+}
+
+void tst_Analytics::threshold()
+{
+    const auto asked = [this](int events, bool flush) {
+        QSignalSpy spy(m_manager, &KAnalyticsManager::flushEventsAsked);
+        for (int i = 0; i < events; ++i)
+            m_manager->sendEvent(new KAnalyticsEvent(nullptr), flush);
+        return spy.size();
+    };
+    QCOMPARE(asked(9, /*flush=*/true), 0);
+    QCOMPARE(asked(1, /*flush=*/true), 1);
+    RunLoop();
+    QCOMPARE(asked(1, /*flush=*/true), 1); // once reached, for each
+    QCOMPARE(asked(5, /*flush=*/false), 0);
+}
+
+void tst_Analytics::providersTwiceOrGone()
+{
+    auto *gone = new Sender(&m_log);
+    m_manager->registerProvider(gone);
+    m_manager->registerProvider(nullptr);
+    delete gone; // as by a plug-in that goes before its host
+    auto *twice = new Sender(&m_log);
+    m_manager->registerProvider(twice);
+    m_log.clear();
+    m_manager->sendEvent(KAnalyticsEvent::EventAction, kCategory, kName, 7);
+    m_manager->flushEvents(/*delayed=*/true);
+    QVERIFY(m_log.isEmpty());
+    RunLoop();
+    m_manager->registerProvider(twice);
+    m_manager->waitBeforeExit(); // the store is empty
+    KAnalyticsManager::killInstance();
+    QCOMPARE(m_log.join(QLatin1Char(' ')),
+             QStringLiteral("pre1 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
+}
+
+void tst_Analytics::countersAndTimers()
+{
+    m_manager->registerProvider(new Sender(&m_log));
+    m_manager->stopTimerEvent(kCategory, kName);   // unknown
+    for (const char *category : {"ab", "a", "ab"}) // keys have no separator
+        m_manager->increaseCounterEvent(QString::fromLatin1(category), QLatin1String(category[1] ? "c" : "bc"));
+    m_manager->decreaseCounterEvent(QStringLiteral("ab"), QStringLiteral("c"));
+    m_manager->flushEvents(/*delayed=*/false);
+    m_manager->increaseCounterEvent(QStringLiteral("ab"), QStringLiteral("c"));
+    for (int i = 0; i < 2; ++i)
+        m_manager->startTimerEvent(kCategory, QStringLiteral("t"));
+    QTest::qSleep(3);
+    for (int i = 0; i < 2; ++i)
+        m_manager->stopTimerEvent(kCategory, QStringLiteral("t"));
+    m_manager->flushEvents(/*delayed=*/false);
+    const QStringList sent = m_log.filter(QStringLiteral("/"));
+    QCOMPARE(sent.size(), 3);
+    QCOMPARE(sent[0], QStringLiteral("ab/c=2"));
+    QVERIFY(sent[1].startsWith(QStringLiteral("c/t=")) && sent[1].midRef(4).toInt() >= 3);
+    QCOMPARE(sent[2], QStringLiteral("ab/c=1")); // began anew, and was stored at the flush
+}
+
+void tst_Analytics::switchedOff()
+{
+    m_manager->registerProvider(new Sender(&m_log));
+    m_manager->startTimerEvent(kCategory, QStringLiteral("before"));
+    m_manager->setIsActive(false);
+    QPointer<KAnalyticsEvent> event(Event("a"));
+    m_manager->sendEvent(event, /*flush=*/true);
+    m_manager->sendEvent(nullptr, /*flush=*/true);
+    m_manager->sendEventAction(kCategory, kName, 1);
+    m_manager->stopTimerEvent(kCategory, QStringLiteral("before"));
+    m_manager->increaseCounterEvent(kCategory, kName);
+    m_manager->flushEvents(/*delayed=*/false);
+    RunLoop();
+    QVERIFY(event.isNull() && m_log.filter(QStringLiteral("/")).isEmpty());
+    m_manager->setIsActive(true);
+    m_manager->stopTimerEvent(kCategory, QStringLiteral("before")); // it stayed
+    m_manager->flushEvents(/*delayed=*/false);
+    QCOMPARE(m_log.filter(QStringLiteral("/")).size(), 1);
+}
+
+int main(int argc, char **argv)
+{
+    const OwnFolders folders;
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(kApplication);
+    tst_Analytics test(&folders);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "Analytics_test.moc"

@@ -37,11 +37,9 @@ void tst_Raw::settings()
         {"no balance: daylight", {0, 0}, field, field},
         {"automatic balance, before the camera's", {1, 1}, field, {0.25, 0.25, 0.25}},
         {"brightness", {0, 1, 0, 0, 1, 2}, field, {0.4, 0.5, 0.4}},
-        {"gamma", {0, 1, 0, 0, 2}, field, {std::sqrt(0.2), 0.5, std::sqrt(0.2)}},
         {"brightness before gamma", {0, 1, 0, 0, 2, 2}, field, {std::sqrt(0.4), std::sqrt(0.5), std::sqrt(0.4)}},
         {"red scaling", {0, 1, 0, 0, 1, 1, 1.5f}, field, {0.3, 0.25, 0.2}},
         {"blue scaling", {0, 1, 0, 0, 1, 1, 1, 1.5f}, field, {0.2, 0.25, 0.3}},
-        {"scaling in daylight", {0, 0, 0, 0, 1, 1, 2, 3}, field, {0.2, 0.25, 0.45}},
         {"scaling beside automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
         {"auto brightness: white is reached", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
         {"highlights clipped", {}, white, {1, 1, 1}},
@@ -76,9 +74,7 @@ void tst_Raw::whatIsRaw()
     const struct {
         const char *name;
         QByteArray bytes, format, description;
-    } files[] = {{"a.DNG", dng, "raw", "Camera raw"}, {"a.tif", dng, "raw", "Camera raw"},
-                 {"a.nef", dng, "raw", "Camera raw"}, {"a.tif", tiff, "tiff", "TIFF"},
-                 {"a.dng", tiff, "tiff", "TIFF"},     {"a.nef", tiff, "", ""}};
+    } files[] = {{"a.tif", dng, "raw", "Camera raw"}, {"a.dng", tiff, "tiff", "TIFF"}, {"a.nef", tiff, "", ""}};
     for (const auto &file : files) {
         const QString path = m_folder(file.name);
         QVERIFY(WriteBytes(path, file.bytes));

@@ -7,31 +7,27 @@
 #include <QCoreApplication>
 #include <QtTest>
 
-#include <memory>
-
 class tst_WithoutHost : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void defaultsAndRefusals_data();
     void defaultsAndRefusals();
-};
 
-void tst_WithoutHost::defaultsAndRefusals_data()
-{
-    QTest::addColumn<bool>("hasApplication");
-    QTest::newRow("no application") << false;
-    QTest::newRow("an application that is no host") << true;
-}
+private:
+    void Check();
+};
 
 void tst_WithoutHost::defaultsAndRefusals()
 {
-    QFETCH(bool, hasApplication);
+    Check(); // no application
     int argumentCount = 1;
     char name[] = "test";
     char *arguments[] = {name, nullptr};
-    std::unique_ptr<QCoreApplication> application;
-    if (hasApplication)
-        application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+    const QCoreApplication noHost(argumentCount, arguments);
+    Check();
+}
+
+void tst_WithoutHost::Check()
+{
     KVitreluxOne2One process;
     QVERIFY(!process.WizardPage()); // no QApplication, no widgets
     auto *params = static_cast<KVitreluxOne2One::Params *>(process.AllocParameters(QDomElement()));

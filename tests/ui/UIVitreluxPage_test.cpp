@@ -150,7 +150,6 @@ private Q_SLOTS:
     void listWalksAround();
     void reducedSize();
     void states();
-    void picture_data();
     void picture();
     void profileChosen();
     void quickToggles();
@@ -161,6 +160,7 @@ private Q_SLOTS:
     void animatedLabel();
 
 private:
+    void CheckPicture(QSize size, bool split);
     QString Profile(const ProfileModels &models, int width, int height);
 
     QTemporaryDir m_dir;
@@ -245,20 +245,18 @@ void tst_UIVitreluxPage::states()
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
 }
 
-void tst_UIVitreluxPage::picture_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<bool>("split");
-    QTest::newRow("landscape") << QSize(400, 300) << false;
-    QTest::newRow("landscape, split") << QSize(400, 300) << true;
-    QTest::newRow("portrait, split") << QSize(300, 401) << true;
-    QTest::newRow("reduced to a half") << QSize(2048, 1536) << false;
-}
-
 void tst_UIVitreluxPage::picture()
 {
-    QFETCH(QSize, size);
-    QFETCH(bool, split);
+    const std::pair<QSize, bool> rows[] = {
+        {{400, 300}, false}, {{300, 401}, true}, {{2048, 1536}, false}}; // the last is reduced to a half
+    for (const auto &[size, split] : rows) {
+        Host().Clear();
+        CheckPicture(size, split);
+    }
+}
+
+void tst_UIVitreluxPage::CheckPicture(QSize size, bool split)
+{
     FakeImageDef *def = MakePicture(kA, size.width(), size.height());
     KVitreluxOne2One::Params params;
     params.disto = true;

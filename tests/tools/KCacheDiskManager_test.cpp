@@ -144,19 +144,14 @@ void tst_KCacheDiskManager::memoryOfZeros()
 
 void tst_KCacheDiskManager::fourThreads()
 {
-    std::vector<std::vector<QString>> got(4);
+    std::set<QString> got[4], all;
     InThreads(4, [&](int t) {
         for (int i = 0; i < 1000; ++i)
-            got[size_t(t)].push_back(
-                KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
+            got[t].insert(KCacheDiskManager::ms_instance->getUniqueFilename(m_dir->path(), QStringLiteral("BRELT")));
     });
-    std::set<QString> all;
     for (const auto &mine : got)
         all.insert(mine.begin(), mine.end());
     QCOMPARE(all.size(), size_t(4000));
-    QVERIFY(QDir(Folder(3)).exists() && !QDir(Folder(4)).exists());
-    KCacheDiskManager::exit();
-    QVERIFY(QDir(m_dir->path()).isEmpty());
 }
 
 void tst_KCacheDiskManager::whyASaveFailed()

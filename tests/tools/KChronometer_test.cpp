@@ -58,14 +58,12 @@ void tst_KChronometer::accumulated()
 {
     const QString name = QStringLiteral("read %2 of %1");
     gChrono.AccumulateTiming(name, 5);
-    QCOMPARE(gChrono.GetStatTotalTime(name, -1), 0);
     QCOMPARE(gChrono.Dump(),
              QStringLiteral(" read %2 of %1@") + QString::number(reinterpret_cast<quintptr>(QThread::currentThread()))
                  + QStringLiteral(" : 5, 1\r\n"));
     gChrono.Start(kName);
     gChrono.AccumulateTiming(kName, 70000);
     QCOMPARE(gChrono.GetStatTotalTime(kName, -1), 70000);
-    QCOMPARE(gChrono.GetStatNbCalls(kName, -1), 1);
 }
 
 void tst_KChronometer::formattedTime()

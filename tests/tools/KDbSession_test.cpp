@@ -1,7 +1,6 @@
 #include "analytics/KDbSession.h"
 
 #include <QProcess>
-#include <QSqlError>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -63,7 +62,6 @@ private Q_SLOTS:
     void commitAndCancel();
     void savepoint();
     void killedBetweenCommitAndCancel();
-    void failedStatementDoesntStopAList();
     void copied();
     void twoKeptOutByAReader();
 
@@ -127,30 +125,20 @@ void tst_KDbSession::killedBetweenCommitAndCancel()
     QCOMPARE(check.value(0).toString(), QStringLiteral("ok"));
 }
 
-void tst_KDbSession::failedStatementDoesntStopAList()
-{
-    Notes notes;
-    notes.setFilePath(QStringLiteral(":memory:"));
-    QSqlQuery last = notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("SELECT 7")});
-    QVERIFY(last.next());
-    QCOMPARE(last.value(0).toInt(), 7);
-    notes.Add(QStringLiteral("x'); --"));
-    QCOMPARE(notes.Texts(), QStringList{QStringLiteral("x'); --")});
-    QVERIFY(notes.executeQuery(QStringLiteral("NONSENSE")).lastError().isValid());
-}
-
 void tst_KDbSession::copied()
 {
     Notes notes;
     notes.setFilePath(Path());
-    notes.Add(QStringLiteral("abc"));
+    notes.Add(QStringLiteral("taken out again")); // though a statement of the list fails
+    notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("DELETE FROM notes")});
+    notes.Add(QStringLiteral("a'); --"));
     notes.copyDbTo(Path()); // onto itself: nothing
     notes.copyDbTo(Path("copy.db"));
     Notes copy(kSqlite, QStringLiteral("other"));
     copy.setFilePath(Path("copy.db"));
     QSqlQuery row = copy.executeQuery(QStringLiteral("SELECT id || text || n FROM notes"));
     QVERIFY(row.next());
-    QCOMPARE(row.value(0).toString(), QStringLiteral("1\"abc\"1.5"));
+    QCOMPARE(row.value(0).toString(), QStringLiteral("1\"a'); --\"1.5"));
     QVERIFY(!row.next());
     notes.eraseDb();
     QVERIFY(!notes.checkDb() && !QFile::exists(Path()));

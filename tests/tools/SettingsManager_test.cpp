@@ -4,6 +4,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <functional>
+
 class tst_SettingsManager : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -48,33 +50,25 @@ void tst_SettingsManager::init()
 
 void tst_SettingsManager::storeOutlivesTheObject()
 {
-    const QVariantMap values = {{QStringLiteral("bool"), true},
-                                {QStringLiteral("int"), -5},
-                                {QStringLiteral("double"), 0.1},
-                                {QStringLiteral("string"), QStringLiteral("ü; \"x\"")},
-                                {QStringLiteral("list"), QStringList{QStringLiteral("t,wo"), QString()}},
-                                {QStringLiteral("color"), QColor(1, 2, 3, 4)},
-                                {QStringLiteral("bytes"), QByteArray("a\0b\xff", 4)},
-                                {QStringLiteral("rect"), QRect(1, -2, 300, 400)},
-                                {QStringLiteral("time"), QDateTime(QDate(2016, 2, 29), QTime(12, 30, 1), Qt::UTC)}};
-    {
-        StoredManager manager;
-        for (const QString &key : values.keys())
-            manager.Set(key, values[key]);
-    }
-    StoredManager manager;
-    const QVariantMap read = {
-        {QStringLiteral("bool"), manager.GetBool(QStringLiteral("bool"), false)},
-        {QStringLiteral("int"), manager.GetInt(QStringLiteral("int"), 1)},
-        {QStringLiteral("double"), manager.GetDouble(QStringLiteral("double"))},
-        {QStringLiteral("string"), manager.GetString(QStringLiteral("string"), QString())},
-        {QStringLiteral("list"), manager.GetStringList(QStringLiteral("list"))},
-        {QStringLiteral("color"), manager.GetColor(QStringLiteral("color"), Qt::red)},
-        {QStringLiteral("bytes"), manager.GetByteArray(QStringLiteral("bytes"))},
-        {QStringLiteral("rect"), manager.GetRect(QStringLiteral("rect"), QRect())},
-        {QStringLiteral("time"), manager.GetDateTime(QStringLiteral("time"))},
+    const QString key = QStringLiteral("key");
+    const QDateTime time(QDate(2016, 2, 29), QTime(12, 30, 1), Qt::UTC);
+    const QStringList list = {QStringLiteral("t,wo"), QString()};
+    const std::pair<QVariant, std::function<QVariant(KSettingsManager &)>> rows[] = {
+        {true, [&](auto &m) { return m.GetBool(key, false); }},
+        {-5, [&](auto &m) { return m.GetInt(key, 1); }},
+        {0.1, [&](auto &m) { return m.GetDouble(key); }},
+        {QStringLiteral("ü; \"x\""), [&](auto &m) { return m.GetString(key, QString()); }},
+        {list, [&](auto &m) { return m.GetStringList(key); }},
+        {QColor(1, 2, 3, 4), [&](auto &m) { return m.GetColor(key, Qt::red); }},
+        {QByteArray("a\0b\xff", 4), [&](auto &m) { return m.GetByteArray(key); }},
+        {QRect(1, -2, 300, 400), [&](auto &m) { return m.GetRect(key, QRect()); }},
+        {time, [&](auto &m) { return m.GetDateTime(key); }},
     };
-    QCOMPARE(read, values);
+    for (const auto &[value, read] : rows) {
+        StoredManager().Set(key, value);
+        StoredManager manager;
+        QCOMPARE(read(manager), value);
+    }
 }
 
 void tst_SettingsManager::defaultsOnlySkipsTheStore()

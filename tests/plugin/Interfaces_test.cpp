@@ -10,66 +10,61 @@ namespace {
 
 QString s_called; // the operation that ran last
 
-template <typename T> T Note(const char *name, T result)
+template <typename T = void> T Note(const char *name)
 {
     s_called = QString::fromLatin1(name);
-    return result;
-}
-
-void Note(const char *name)
-{
-    s_called = QString::fromLatin1(name);
+    return T();
 }
 
 class TestLibrary : public KIPluginLibrary {
 public:
     ~TestLibrary() override { Note("destructor"); }
-    QList<QPointer<QObject>> Plugins(MGX) override { return Note("Plugins", QList<QPointer<QObject>>()); }
+    QList<QPointer<QObject>> Plugins(MGX) override { return Note<QList<QPointer<QObject>>>("Plugins"); }
 };
 
 class TestProcess : public KIPluginOne2One {
 public:
     ~TestProcess() override { Note("destructor"); }
-    QString Name() const override { return Note("Name", QString()); }
-    QString Author() const override { return Note("Author", QString()); }
-    QString Company() const override { return Note("Company", QString()); }
-    QString Comment() const override { return Note("Comment", QString()); }
-    QString Version() const override { return Note("Version", QString()); }
-    QIcon Icon() const override { return Note("Icon", QIcon()); }
-    QString UID() const override { return Note("UID", QString()); }
-    QWizardPage *WizardPage() override { return Note<QWizardPage *>("WizardPage", nullptr); }
+    QString Name() const override { return Note<QString>("Name"); }
+    QString Author() const override { return Note<QString>("Author"); }
+    QString Company() const override { return Note<QString>("Company"); }
+    QString Comment() const override { return Note<QString>("Comment"); }
+    QString Version() const override { return Note<QString>("Version"); }
+    QIcon Icon() const override { return Note<QIcon>("Icon"); }
+    QString UID() const override { return Note<QString>("UID"); }
+    QWizardPage *WizardPage() override { return Note<QWizardPage *>("WizardPage"); }
     void OnValidatePage() override { Note("OnValidatePage"); }
-    void *AllocParameters(QDomElement) override { return Note<void *>("AllocParameters", nullptr); }
-    QDomElement GetXmlParameters(void *) override { return Note("GetXmlParameters", QDomElement()); }
+    void *AllocParameters(QDomElement) override { return Note<void *>("AllocParameters"); }
+    QDomElement GetXmlParameters(void *) override { return Note<QDomElement>("GetXmlParameters"); }
     void CopyParameters(void *, void *) override { Note("CopyParameters"); }
     void FreeParameters(void *) override { Note("FreeParameters"); }
-    QIcon BeforeAfter() const override { return Note("BeforeAfter", QIcon()); }
+    QIcon BeforeAfter() const override { return Note<QIcon>("BeforeAfter"); }
     void Process(QString, void *, QString &) override { Note("Process"); }
     void SetFiles(QStringList) override { Note("SetFiles"); }
-    QDomElement GetFileXmlParams(QString) override { return Note("GetFileXmlParams", QDomElement()); }
+    QDomElement GetFileXmlParams(QString) override { return Note<QDomElement>("GetFileXmlParams"); }
 };
 
 class Def : public KIImageDef {
 public:
     ~Def() override { Note("destructor"); }
-    QPixmap *GetThumbnail() const override { return Note<QPixmap *>("GetThumbnail", nullptr); }
-    QString FileName() const override { return Note("FileName", QString()); }
-    QString ShortFileName() const override { return Note("ShortFileName", QString()); }
-    QString PathName() const override { return Note("PathName", QString()); }
-    int nRows() const override { return Note("nRows", 0); }
-    int nCols() const override { return Note("nCols", 0); }
-    int nBands() const override { return Note("nBands", 0); }
-    int nDepth() const override { return Note("nDepth", 0); }
-    bool HasExif() const override { return Note("HasExif", false); }
-    bool HasICC() const override { return Note("HasICC", false); }
-    bool IsRaw() const override { return Note("IsRaw", false); }
-    float GetFocal() const override { return Note("GetFocal", 0.0f); }
-    int Model() const override { return Note("Model", 0); }
-    qint64 GetTimestamp() const override { return Note<qint64>("GetTimestamp", 0); }
-    float GetEV() const override { return Note("GetEV", 0.0f); }
-    KImage *Lock(int, int, bool) override { return Note<KImage *>("Lock", nullptr); }
+    QPixmap *GetThumbnail() const override { return Note<QPixmap *>("GetThumbnail"); }
+    QString FileName() const override { return Note<QString>("FileName"); }
+    QString ShortFileName() const override { return Note<QString>("ShortFileName"); }
+    QString PathName() const override { return Note<QString>("PathName"); }
+    int nRows() const override { return Note<int>("nRows"); }
+    int nCols() const override { return Note<int>("nCols"); }
+    int nBands() const override { return Note<int>("nBands"); }
+    int nDepth() const override { return Note<int>("nDepth"); }
+    bool HasExif() const override { return Note<bool>("HasExif"); }
+    bool HasICC() const override { return Note<bool>("HasICC"); }
+    bool IsRaw() const override { return Note<bool>("IsRaw"); }
+    float GetFocal() const override { return Note<float>("GetFocal"); }
+    int Model() const override { return Note<int>("Model"); }
+    qint64 GetTimestamp() const override { return Note<qint64>("GetTimestamp"); }
+    float GetEV() const override { return Note<float>("GetEV"); }
+    KImage *Lock(int, int, bool) override { return Note<KImage *>("Lock"); }
     void Unlock(int, int, bool) override { Note("Unlock"); }
-    KImage *LockFullSize(bool) override { return Note<KImage *>("LockFullSize", nullptr); }
+    KImage *LockFullSize(bool) override { return Note<KImage *>("LockFullSize"); }
     void UnlockFullSize(bool) override { Note("UnlockFullSize"); }
 };
 
@@ -77,16 +72,16 @@ class Application : public KIApplication {
 public:
     ~Application() override { Note("destructor"); }
     void Reserved1() override { Note("Reserved1"); }
-    QVariant GetPluginSetting(QString, QString, QVariant) override { return Note("GetPluginSetting", QVariant()); }
+    QVariant GetPluginSetting(QString, QString, QVariant) override { return Note<QVariant>("GetPluginSetting"); }
     void SetPluginSetting(QString, QString, QVariant) override { Note("SetPluginSetting"); }
     void Reserved2() override { Note("Reserved2"); }
-    QLocale Locale() override { return Note("Locale", QLocale()); }
+    QLocale Locale() override { return Note<QLocale>("Locale"); }
     void Reserved3() override { Note("Reserved3"); }
     void LoadTranslator(QString) override { Note("LoadTranslator"); }
-    KIImageDef *ImageDefOf(QString) override { return Note<KIImageDef *>("ImageDefOf", nullptr); }
+    KIImageDef *ImageDefOf(QString) override { return Note<KIImageDef *>("ImageDefOf"); }
     void Reserved4() override { Note("Reserved4"); }
-    KImageInstances *ImageInstances() override { return Note<KImageInstances *>("ImageInstances", nullptr); }
-    KUIInstances *UIInstances() override { return Note<KUIInstances *>("UIInstances", nullptr); }
+    KImageInstances *ImageInstances() override { return Note<KImageInstances *>("ImageInstances"); }
+    KUIInstances *UIInstances() override { return Note<KUIInstances *>("UIInstances"); }
 };
 
 /// Calls entry @p slot of an object's virtual table with arguments of the types given. The first two entries are the

@@ -48,7 +48,6 @@ void tst_Library::whatTheLibraryTells()
     QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
     QCOMPARE(second.instance(), m_object); // one object a load
     QCOMPARE(m_object->objectName(), QStringLiteral("KVitrelux"));
-    QVERIFY(!Cast<void>(m_object, "KIPluginOne2One"));
     QCOMPARE(m_loader.metaData().value(QStringLiteral("IID")).toString(), QStringLiteral("com.brelt.vitrelux"));
     auto *about = Cast<KIAbout>(m_object, "KIAbout");
     const QStringList told = {about->Name(), about->Author(), about->Company(), about->Comment(), about->Version()};
@@ -72,7 +71,6 @@ void tst_Library::eachCallAddsAProcess()
     QCOMPARE(process->Name(), QStringLiteral("Lens correction"));
     QCOMPARE(process->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18"));
     QVERIFY(process->WizardPage());
-    QCOMPARE(process->WizardPage()->parent(), nullptr);
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
     delete plugins[0].data(); // a host may: the library then lets go of it
 }
@@ -82,7 +80,6 @@ void tst_Library::pictures()
     const QString folder = QStringLiteral(":/6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18/Resources/");
     for (int i = 1; i <= 12; ++i) {
         const QImage frame(folder + QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0')));
-        QCOMPARE(frame.size(), QImage(folder + QStringLiteral("iconwait_01.png")).size());
         QCOMPARE(frame.pixelColor(0, 0).alpha(), 0); // round: the picture below shows at its corners
         QVERIFY(frame.size().width() >= 32);
     }
@@ -92,7 +89,6 @@ void tst_Library::pictures()
         Cast<KIPluginLibrary>(m_object, "KIPluginLibrary")->Plugins(KIPluginLibrary::All).last(), "KIPluginOne2One");
     const QImage icon = process->Icon().pixmap(64).toImage();
     QCOMPARE(icon.size(), QSize(64, 64));
-    QCOMPARE(Cast<KIAbout>(m_object, "KIAbout")->Icon().pixmap(64).toImage(), icon);
     QVERIFY(!process->BeforeAfter().isNull() && process->BeforeAfter().pixmap(64).toImage() != icon);
 }
 

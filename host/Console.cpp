@@ -42,14 +42,14 @@ void Console::Print(const QString &text)
 {
     ClearProgress(); // standard output is often the same terminal
     Write(stdout, text);
+    ShowProgress();
 }
 
 void Console::PrintError(const QString &text)
 {
     ClearProgress();
     Write(stderr, text);
-    if (!m_progress.isEmpty())
-        Write(stderr, m_progress);
+    ShowProgress();
 }
 
 void Console::Failure(const QString &file, const QString &text)
@@ -68,14 +68,16 @@ void Console::BeginProgress(int number, int count, const QString &file)
     if (!m_terminal)
         return;
     const QString name = OneLine(QFileInfo(file).fileName());
-    m_progress = QStringLiteral("[%1/%2] ").arg(number).arg(count) + name + QStringLiteral(" \u2026");
-    Write(stderr, m_progress);
+    ClearProgress();
+    m_progress[number] = QStringLiteral("[%1/%2] ").arg(number).arg(count) + name + QStringLiteral(" \u2026");
+    ShowProgress();
 }
 
-void Console::EndProgress()
+void Console::EndProgress(int number)
 {
     ClearProgress();
-    m_progress.clear();
+    m_progress.remove(number);
+    ShowProgress();
 }
 
 void Console::Summary(int corrected, int skipped, int failed)
@@ -94,4 +96,10 @@ void Console::ClearProgress()
 {
     if (!m_progress.isEmpty())
         Write(stderr, QStringLiteral("\r\033[K"));
+}
+
+void Console::ShowProgress()
+{
+    if (!m_progress.isEmpty())
+        Write(stderr, m_progress.last());
 }

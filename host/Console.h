@@ -2,14 +2,15 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QMap>
 #include <QString>
 
 /// @p text with control characters, line feeds above all, turned into blanks: a message is one line, and a file's name
 /// can't steer the terminal.
 QString OneLine(const QString &text);
 
-/// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while a picture is worked on; in a
-/// pipe or a file there is none.
+/// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while pictures are worked on; in a
+/// pipe or a file there is none. One thread at a time.
 class Console {
 public:
     Console();
@@ -22,16 +23,17 @@ public:
     void Failure(const QString &file, const QString &text);
     void Note(const QString &file, const QString &text);
 
-    /// Shows "[2/7] name.jpg ..." until EndProgress(), on a terminal only.
+    /// Shows "[2/7] name.jpg ..." until EndProgress() for that number, on a terminal only. Of several it is the last.
     void BeginProgress(int number, int count, const QString &file);
-    void EndProgress();
+    void EndProgress(int number);
     /// The last line of a run, on a terminal only.
     void Summary(int corrected, int skipped, int failed);
 
 private:
     void ClearProgress();
+    void ShowProgress();
 
     bool m_terminal;
     QElapsedTimer m_sinceStart;
-    QString m_progress;
+    QMap<int, QString> m_progress; // of the pictures under way, by number
 };

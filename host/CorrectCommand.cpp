@@ -17,6 +17,7 @@
 #include <malloc.h>
 
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -53,7 +54,7 @@ public:
 
 private:
     void Work(KIPluginOne2One *process);
-    void WorkOn(KIPluginOne2One *process, const PlannedPicture &planned);
+    void WorkOn(KIPluginOne2One *process, int number);
     Outcome One(KIPluginOne2One *process, const PlannedPicture &planned);
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
@@ -70,7 +71,7 @@ private:
     std::mutex m_mutex;                         // of what follows, of the lookup and of the console
     KIPluginOne2One *m_lookupProcess = nullptr; // the last one made: its folder of profiles is the one that stands
     QHash<QString, ProfileUse> m_profiles;      // by name: each is read once
-    int m_next = 0;
+    int m_begun = 0;
     int m_corrected = 0, m_skipped = 0, m_failed = 0;
 };
 
@@ -105,8 +106,12 @@ ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
             processes.push_back(m_lookupProcess = process);
     }
     std::vector<std::thread> others;
-    for (KIPluginOne2One *process : processes)
-        others.emplace_back(&CorrectRun::Work, this, process);
+    try {
+        for (KIPluginOne2One *process : processes)
+            others.emplace_back(&CorrectRun::Work, this, process);
+    } catch (const std::system_error &) {
+        // As many as the system grants; this one works in any case.
+    }
     Work(plugin.Process());
     for (std::thread &other : others)
         other.join();
@@ -117,33 +122,35 @@ ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
 void CorrectRun::Work(KIPluginOne2One *process)
 {
     for (;;) {
-        const PlannedPicture *planned = nullptr;
+        int number = 0;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            if (m_next == m_plan.size())
+            if (m_begun == m_plan.size())
                 return;
-            planned = &m_plan[m_next++];
-            m_console->BeginProgress(m_next, m_plan.size(), planned->asNamed);
+            number = ++m_begun;
+            m_console->BeginProgress(number, m_plan.size(), m_plan[number - 1].asNamed);
         }
-        WorkOn(process, *planned);
-        if (!planned->repeated) // the first of that name may still need it
-            m_application->Forget(planned->picture);
+        WorkOn(process, number);
+        if (!m_plan[number - 1].repeated) // the first of that name may still need it
+            m_application->Forget(m_plan[number - 1].picture);
     }
 }
 
-void CorrectRun::WorkOn(KIPluginOne2One *process, const PlannedPicture &planned)
+/// @param number  of the picture, from 1.
+void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
 {
+    const PlannedPicture &planned = m_plan[number - 1];
     try {
         const Outcome outcome = One(process, planned);
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->EndProgress();
+        m_console->EndProgress(number);
         if (outcome == Outcome::Corrected)
             m_console->Print(planned.output + QLatin1Char('\n'));
         ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
     } catch (...) {
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->EndProgress();
+        m_console->EndProgress(number);
         m_console->Failure(planned.asNamed, why);
         ++m_failed;
     }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <memory>
+
 class InterruptGuard;
 
 /// Profiles lie in FOLDER/BRAND/FILE.lcp. The plug-in joins folder and brand by a backslash on every platform, so that
@@ -22,10 +24,10 @@ public:
     /// What the plug-in is to be given; empty if the place could not be made.
     QString Place() const;
     /// A private folder for whatever comes with it.
-    QString Scratch() const { return m_place.path(); }
+    QString Scratch() const { return m_place->path(); }
 
 private:
     QString m_folder;
     InterruptGuard *m_guard;
-    QTemporaryDir m_place;
+    std::unique_ptr<QTemporaryDir> m_place;
 };

@@ -253,7 +253,7 @@ void HostRunTest::names()
 
 void HostRunTest::progressOnTerminal()
 {
-    const QString line = m_run->program + " correct --overwrite -j 1 --profile p.lcp a.jpg none.jpg"_s;
+    const QString line = m_run->program + " correct --overwrite -j 2 --profile p.lcp a.jpg none.jpg"_s;
     m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
         m_run->Set("TERM", terminal);
@@ -261,6 +261,7 @@ void HostRunTest::progressOnTerminal()
         QCOMPARE(result.exitCode, 1);
         for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
             QVERIFY2(result.output.contains(progress) == (terminal == "xterm"_s), result.output);
+        QVERIFY2(!result.output.contains(u8"\u2026["), result.output); // one line at a time
         QVERIFY2(result.output.contains("none.jpg: no such file"), result.output);
     }
 }

@@ -170,7 +170,7 @@ private:
 QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int height)
 {
     const QString name = QStringLiteral("%1%2%3.lcp").arg(models.chromatic).arg(models.vignetting).arg(width);
-    WriteBytes(m_dir.filePath(name), ProfileText(models, width, height));
+    WriteFile(m_dir.filePath(name), ProfileText(models, width, height));
     return m_dir.filePath(name);
 }
 
@@ -290,7 +290,7 @@ void tst_UIVitreluxPage::CheckPicture(QSize size, bool split)
 void tst_UIVitreluxPage::profileChosen()
 {
     const QString text = m_dir.filePath(QStringLiteral("text.lcp"));
-    WriteBytes(text, "no profile");
+    WriteFile(text, "no profile");
     const struct {
         QString typed;
         const char *enabled, *checked; // of the boxes; all three were checked

@@ -94,7 +94,6 @@ private Q_SLOTS:
     void longNames();
     void foldersWithoutRights();
     void badParameters();
-    void badBitmaps();
     void madeRows();
 
 private:
@@ -296,21 +295,15 @@ void tst_Writing::badParameters()
     gflEnableLZW(1);
     QCOMPARE(refused, int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(gflSaveBitmapUTF8(path.toUtf8().constData(), nullptr, nullptr), int(GFL_ERROR_BAD_PARAMETERS));
-    QVERIFY(Everything(folder.path()).isEmpty());
-}
-
-void tst_Writing::badBitmaps()
-{
-    const Folder folder;
     void (*const changes[])(GFL_BITMAP &) = {[](GFL_BITMAP &b) { b.Type = GFL_COLORS; },
                                              [](GFL_BITMAP &b) { b.Width = 0; }, [](GFL_BITMAP &b) { b.Height = -1; },
-                                             [](GFL_BITMAP &b) { b.BytesPerLine = 29; },
+                                             [](GFL_BITMAP &b) { b.BytesPerLine = 8; },
                                              [](GFL_BITMAP &b) { b.Width = std::numeric_limits<int>::max(); }};
     for (const auto change : changes) {
-        const BitmapPtr bitmap = RandomBitmap(10, 10, GFL_RGB, 8);
-        change(*bitmap);
+        const BitmapPtr bad = RandomBitmap(3, 3, GFL_RGB, 8);
+        change(*bad);
         for (const char *format : {"tiff", "jpeg", "png", "psd", "hdri"})
-            QCOMPARE(Save(folder("a"), *bitmap, SaveParams(format)), int(GFL_ERROR_BAD_BITMAP));
+            QCOMPARE(Save(path, *bad, SaveParams(format)), int(GFL_ERROR_BAD_BITMAP));
     }
     QVERIFY(Everything(folder.path()).isEmpty());
 }

@@ -6,14 +6,11 @@
 #include "analytics/KAnalyticsManager.h"
 #include "analytics/KAnalyticsProvider.h"
 
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QPointer>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
-
-#include <limits>
 
 namespace {
 
@@ -91,7 +88,6 @@ private Q_SLOTS:
     void cleanup();
 
     void eventsAsText();
-    void tooOld();
     void databaseKeepsEvents();
     void databaseIsCorrupt();
     void binaryFile();
@@ -175,21 +171,6 @@ void tst_Analytics::eventsAsText()
         QVERIFY2(event->timestamp() == row.timestamp && event->name() == QLatin1String(row.name)
                      && int(event->type()) == row.type,
                  row.json);
-    }
-}
-
-void tst_Analytics::tooOld()
-{
-    constexpr qint64 kTenDays = 864000000, kMinute = 60000;
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const std::pair<qint64, bool> rows[] = {{now - kTenDays + kMinute, true},
-                                            {now - kTenDays - kMinute, false},
-                                            {now + kMinute, true},
-                                            {std::numeric_limits<qint64>::min(), false}};
-    for (const auto &[timestamp, passes] : rows) {
-        KAnalyticsEvent event(nullptr);
-        event.setTimestamp(timestamp);
-        QCOMPARE(Sender(&m_log).eventTimeCheck(event), passes);
     }
 }
 

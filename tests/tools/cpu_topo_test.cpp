@@ -150,7 +150,6 @@ private Q_SLOTS:
     void ordinals();
     void failures();
     void processorName();
-    void masks();
 };
 
 void tst_CpuTopo::cleanup()
@@ -241,24 +240,6 @@ void tst_CpuTopo::processorName()
         QCOMPARE(machine.bindings, 0);
         SetCpuMachine(nullptr);
     }
-}
-
-void tst_CpuTopo::masks()
-{
-    GenericAffinityMask a, b;
-    QCOMPARE(AllocateGenericAffinityMask(&a, 101), 0);
-    QCOMPARE(AllocateGenericAffinityMask(&b, 104), 0);
-    QVERIFY(CompareEqualGenericAffinity(&a, &b));
-    QCOMPARE(SetGenericAffinityBit(&b, 104), -1);
-    QCOMPARE(int(TestGenericAffinityBit(&b, 104)), 255);
-    SetGenericAffinityBit(&a, 5);
-    SetGenericAffinityBit(&a, 100);
-    QCOMPARE(int(TestGenericAffinityBit(&a, 5)) * 2 + int(TestGenericAffinityBit(&a, 6)), 2);
-    QVERIFY(!CompareEqualGenericAffinity(&a, &b));
-    QCOMPARE(FormatHexMask(&a), std::string("1z16000000020"));
-    FreeGenericAffinityMask(&a);
-    FreeGenericAffinityMask(&b);
-    QCOMPARE(CompressHexMask("1" + std::string(53, '0') + "2"), std::string("1z32z16000002"));
 }
 
 QTEST_GUILESS_MAIN(tst_CpuTopo)

@@ -2,6 +2,8 @@
 
 #include <QDir>
 
+#include <system_error>
+
 #include <unistd.h>
 
 namespace {
@@ -33,11 +35,18 @@ InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
 {
     sigaddset(&m_signals, SIGUSR1); // for our own use: wakes the watch up
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
-    m_watch = std::thread(&InterruptGuard::Watch, this);
+    try {
+        m_watch = std::thread(&InterruptGuard::Watch, this);
+    } catch (const std::system_error &) { // no thread can be had: an interruption then leaves the folders behind
+        pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
+        sigemptyset(&m_signals);
+    }
 }
 
 InterruptGuard::~InterruptGuard()
 {
+    if (!m_watch.joinable())
+        return;
     m_stop = true;
     pthread_kill(m_watch.native_handle(), SIGUSR1);
     m_watch.join();

@@ -4,7 +4,7 @@
 
 qint64 BytesToCorrect(int width, int height)
 {
-    constexpr qint64 kBytesPerPixel = 40, kProgramBytes = qint64(80) << 20;
+    constexpr qint64 kBytesPerPixel = 48, kProgramBytes = qint64(80) << 20;
     return qint64(width) * height * kBytesPerPixel + kProgramBytes;
 }
 

@@ -336,10 +336,10 @@ void tst_Metadata::iptcEntries()
     QVERIFY(iptc);
     QCOMPARE(iptc->NumberOfItems, 7u);
     const auto entry = [iptc](int i) {
-        return QByteArray::number(iptc->ItemsList[i].Id, 16) + ' ' + iptc->ItemsList[i].Value;
+        return QByteArray::number(iptc->ItemsList[i].Id, 16).append(' ').append(iptc->ItemsList[i].Value);
     };
     QCOMPARE(entry(1), QByteArray::number(GFL_IPTC_HEXADECIMAL | 0x200u, 16) + " 0004");
-    QCOMPARE(entry(3) + iptc->ItemsList[3].Name, QByteArray("219 twoKeywords"));
+    QCOMPARE(entry(3).append(iptc->ItemsList[3].Name), QByteArray("219 twoKeywords"));
     gflFreeIPTC(iptc);
 }
 

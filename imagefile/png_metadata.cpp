@@ -106,7 +106,7 @@ Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked, std::size_t *budge
                     : Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
 }
 
-// PNG specification, 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
+// PNG (ISO 15948), 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
 Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd, std::size_t *budget)
 {
     const std::size_t flag = keyEnd + 1;

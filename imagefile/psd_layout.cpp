@@ -1,4 +1,4 @@
-// After Adobe's "Photoshop File Formats Specification".
+// After Adobe's "Photoshop File Formats".
 #include "psd_layout.h"
 
 #include "byte_reader.h"

@@ -76,7 +76,7 @@ QByteArray Encode(const Spec &spec)
     return file;
 }
 
-/// Channel @p c, alpha 3, of a pixel as a share of the full range, by the specification of the format.
+/// Channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const bool isColour = (spec.colour & PNG_COLOR_MASK_COLOR) != 0;

@@ -199,7 +199,7 @@ bool WriteFile(const QString &path, const Spec &spec)
     return good;
 }
 
-/// What the layer should deliver, by the definitions of the TIFF specification.
+/// What the layer should deliver, by the definitions of TIFF 6.0.
 double Expected(const Spec &spec, int x, int y, int c, int channels)
 {
     const double opacity = channels == 4 ? Share(spec, x, y, spec.samples - 1) : 1.0;

@@ -134,7 +134,8 @@ float ParseFraction(const char *text)
 {
     long long over = 0, under = 0;
     std::sscanf(text, "%18lld/%18lld", &over, &under); // 18 digits: cannot overflow
-    if (const float quotient = Quotient(over, under))
+    const float quotient = Quotient(over, under);
+    if (quotient != 0)
         return quotient;
     float decimalOver = 0.0F, decimalUnder = 0.0F;
     std::sscanf(text, "%f/%f", &decimalOver, &decimalUnder);

@@ -6,9 +6,9 @@ set(sdk_dir "lib/cmake/Vitrelux")
 install(TARGETS tools primitives circlefit interfaces image EXPORT VitreluxTargets ARCHIVE DESTINATION ${VITRELUX_PLUGIN_DIR})
 install(TARGETS imagefile EXPORT VitreluxTargets LIBRARY DESTINATION ${VITRELUX_PLUGIN_DIR})
 install(EXPORT VitreluxTargets NAMESPACE Vitrelux:: DESTINATION ${sdk_dir})
-foreach(folder tools image plugin/interfaces)
+foreach(folder tools image interfaces)
     install(DIRECTORY ${folder}/ DESTINATION include/vitrelux FILES_MATCHING
-            PATTERN "*.h" PATTERN "*_p.h" EXCLUDE PATTERN "primitives" EXCLUDE)
+            PATTERN "*.h" PATTERN "*_p.h" EXCLUDE PATTERN "primitives" EXCLUDE PATTERN "circlefit" EXCLUDE)
 endforeach()
 install(FILES imagefile/gfl.h imagefile/gfl_records.h DESTINATION include/vitrelux)
 

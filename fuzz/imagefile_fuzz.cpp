@@ -1,5 +1,5 @@
 // Picture files through the image-file layer: pixels, thumbnail, metadata, and back into a file.
-#include "codec.h"
+#include "core/codec.h"
 #include "gfl.h"
 
 #include <cstdint>

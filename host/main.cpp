@@ -1,10 +1,10 @@
 // The program vitrelux: corrects photographs through the plug-in, from the command line or in a window.
-#include "CommandLine.h"
-#include "Console.h"
-#include "CorrectCommand.h"
-#include "InfoCommand.h"
-#include "ProfileCommand.h"
-#include "wizard/WizardCommand.h"
+#include "command/CommandLine.h"
+#include "command/Console.h"
+#include "command/CorrectCommand.h"
+#include "command/InfoCommand.h"
+#include "command/ProfileCommand.h"
+#include "command/WizardCommand.h"
 
 #include <QTextCodec>
 

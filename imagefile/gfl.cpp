@@ -1,12 +1,12 @@
 // The functions of gfl.h that read and write pictures.
 #include "gfl.h"
 
-#include "allocator.h"
-#include "codec.h"
-#include "exif_carry.h"
-#include "guard.h"
-#include "image_limits.h"
-#include "metadata.h"
+#include "core/allocator.h"
+#include "core/codec.h"
+#include "core/guard.h"
+#include "core/image_limits.h"
+#include "metadata/exif_carry.h"
+#include "metadata/metadata.h"
 
 #include <algorithm>
 #include <atomic>

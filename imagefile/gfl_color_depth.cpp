@@ -1,8 +1,8 @@
 // gflChangeColorDepth: other forms and fewer colours for bitmaps of 8 bits.
 #include "gfl.h"
 
-#include "guard.h"
-#include "row_sink.h"
+#include "core/guard.h"
+#include "core/row_sink.h"
 
 #include <array>
 #include <utility>

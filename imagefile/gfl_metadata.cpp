@@ -1,12 +1,12 @@
 // The functions of gfl.h on metadata: of bitmaps, of files, and the release of blocks.
 #include "gfl.h"
 
-#include "allocator.h"
-#include "exif_carry.h"
-#include "exif_lists.h"
-#include "guard.h"
-#include "iptc.h"
-#include "metadata.h"
+#include "core/allocator.h"
+#include "core/guard.h"
+#include "metadata/exif_carry.h"
+#include "metadata/exif_lists.h"
+#include "metadata/iptc.h"
+#include "metadata/metadata.h"
 
 #include <algorithm>
 

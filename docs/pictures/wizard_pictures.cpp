@@ -1,9 +1,9 @@
 // Shows the wizard, goes through it as a user does, and takes its pictures for the documentation.
 // Usage: wizard-pictures PROFILE PICTURE... ENDING, into the current folder; language and scale as for any program
 // (LC_ALL, QT_SCALE_FACTOR).
-#include "HostApplication.h"
-#include "InterruptGuard.h"
-#include "PluginLoader.h"
+#include "app/HostApplication.h"
+#include "app/InterruptGuard.h"
+#include "app/PluginLoader.h"
 #include "wizard/CorrectionWizard.h"
 #include "wizard/RunPage.h"
 

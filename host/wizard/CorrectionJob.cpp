@@ -1,8 +1,8 @@
 #include "CorrectionJob.h"
 
-#include "HostApplication.h"
 #include "KException.h"
-#include "ProfileUse.h"
+#include "app/HostApplication.h"
+#include "app/ProfileUse.h"
 
 #include <QCoreApplication>
 #include <QHash>

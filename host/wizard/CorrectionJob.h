@@ -1,7 +1,7 @@
 // The run over a wizard's pictures, on a thread of its own.
 #pragma once
 
-#include "PictureRun.h"
+#include "app/PictureRun.h"
 
 #include <QThread>
 

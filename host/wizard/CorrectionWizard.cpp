@@ -1,9 +1,9 @@
 #include "CorrectionWizard.h"
 
-#include "CommandLine.h"
-#include "HostApplication.h"
 #include "PicturesPage.h"
 #include "RunPage.h"
+#include "app/HostApplication.h"
+#include "app/OutputPlan.h"
 
 #include <QAbstractButton>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #include "PicturesPage.h"
 
-#include "HostApplication.h"
-#include "OutputPlan.h"
+#include "app/HostApplication.h"
+#include "app/OutputPlan.h"
 
 #include <QAction>
 #include <QCheckBox>

@@ -1,6 +1,6 @@
 #include "RunPage.h"
 
-#include "InterruptGuard.h"
+#include "app/InterruptGuard.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>

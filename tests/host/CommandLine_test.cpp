@@ -1,14 +1,14 @@
 // The command line: what is refused, what is printed, and which pictures of a run want the same output. That options do
 // what they say is seen where the whole program runs.
-#include "CommandLine.h"
-#include "OutputPlan.h"
 #include "TestFiles.h"
+#include "app/OutputPlan.h"
+#include "command/CommandLine.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
 
-class CommandLineTest : public QObject {
+class tst_CommandLine : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void refusesAndPrints_data();
@@ -28,7 +28,7 @@ QStringList Words(const QString &line)
 
 } // namespace
 
-void CommandLineTest::refusesAndPrints_data()
+void tst_CommandLine::refusesAndPrints_data()
 {
     QTest::addColumn<QString>("said"); // refused, with this in the first line; "?": printed, starting so
     const char *const rows[][2] = {
@@ -57,7 +57,7 @@ void CommandLineTest::refusesAndPrints_data()
         QTest::newRow(line) << QString::fromLatin1(said);
 }
 
-void CommandLineTest::refusesAndPrints()
+void tst_CommandLine::refusesAndPrints()
 {
     QFETCH(QString, said);
     const CommandLine line = ParseCommandLine(Words(QString::fromLatin1(QTest::currentDataTag())));
@@ -70,7 +70,7 @@ void CommandLineTest::refusesAndPrints()
                  qPrintable(line.text));
 }
 
-void CommandLineTest::lastOneHolds()
+void tst_CommandLine::lastOneHolds()
 {
     const CorrectOptions options = ParseCommandLine(Words("correct --profile p --profile=q -j 4 -- -o"_s)).correct;
     QCOMPARE(options.profile, "q"_s);
@@ -78,7 +78,7 @@ void CommandLineTest::lastOneHolds()
     QCOMPARE(options.files, QStringList("-o"_s));
 }
 
-void CommandLineTest::rivals_data()
+void tst_CommandLine::rivals_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("rival"); // of the last file
@@ -95,7 +95,7 @@ void CommandLineTest::rivals_data()
     QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // there are none
 }
 
-void CommandLineTest::rivals()
+void tst_CommandLine::rivals()
 {
     QFETCH(QString, folder);
     QFETCH(QString, rival);
@@ -117,5 +117,5 @@ void CommandLineTest::rivals()
     QVERIFY(plan.first().rival.isEmpty());
 }
 
-QTEST_APPLESS_MAIN(CommandLineTest)
+QTEST_APPLESS_MAIN(tst_CommandLine)
 #include "CommandLine_test.moc"

@@ -1,5 +1,5 @@
 // The host as a plug-in meets it: settings, descriptions of pictures, and the lending of their pixels.
-#include "HostApplication.h"
+#include "app/HostApplication.h"
 
 #include "KImage.h"
 #include "KTools.h"
@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class HostApplicationTest : public QObject {
+class tst_HostApplication : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void lendsPixels();
@@ -19,7 +19,7 @@ private:
     HostApplication *m_host = static_cast<HostApplication *>(QCoreApplication::instance());
 };
 
-void HostApplicationTest::lendsPixels()
+void tst_HostApplication::lendsPixels()
 {
     const QTemporaryDir dir;
     const QString path = dir.filePath("l.jpg"_s), none = dir.filePath("none.jpg"_s);
@@ -42,7 +42,7 @@ void HostApplicationTest::lendsPixels()
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
 }
 
-void HostApplicationTest::analyticsIsOff()
+void tst_HostApplication::analyticsIsOff()
 {
     KAnalyticsManager *analytics = m_host->ImageInstances()->tools->analytics;
     QVERIFY(!analytics->isActive());
@@ -55,7 +55,7 @@ int main(int argc, char **argv)
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(settings.path()));
     ChooseDisplayless();
     HostApplication application(argc, argv);
-    HostApplicationTest test;
+    tst_HostApplication test;
     return QTest::qExec(&test, argc, argv);
 }
 #include "HostApplication_test.moc"

@@ -1,11 +1,11 @@
 // The desktop wizard, driven as a user does, around a process that stands in for the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
-#include "HostApplication.h"
-#include "InterruptGuard.h"
 #include "KException.h"
-#include "PluginLoader.h"
 #include "TestFiles.h"
+#include "app/HostApplication.h"
+#include "app/InterruptGuard.h"
+#include "app/PluginLoader.h"
 #include "wizard/RunPage.h"
 
 #include <QAbstractButton>
@@ -88,7 +88,7 @@ public:
 
 } // namespace
 
-class WizardTest : public QObject {
+class tst_Wizard : public QObject {
     Q_OBJECT
 public Q_SLOTS:
     void Open(const QUrl &url)
@@ -162,7 +162,7 @@ private:
     QUrl m_opened;
 };
 
-void WizardTest::init()
+void tst_Wizard::init()
 {
     m_dir = std::make_unique<QTemporaryDir>();
     m_process = std::make_unique<StandInProcess>();
@@ -171,7 +171,7 @@ void WizardTest::init()
     WriteFile(m_process->profile, ProfileText(ProfileModels(), 60, 40));
 }
 
-void WizardTest::cleanup()
+void tst_Wizard::cleanup()
 {
     m_process->go.release(2); // a test that failed may have left the run waiting
     m_wizard.reset();
@@ -181,7 +181,7 @@ void WizardTest::cleanup()
         QVERIFY2(!window->isVisible(), window->metaObject()->className());
 }
 
-void WizardTest::picturesByDialogAndDrop()
+void tst_Wizard::picturesByDialogAndDrop()
 {
     for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
         WriteJpeg(Path(name), 60, 40);
@@ -218,7 +218,7 @@ void WizardTest::picturesByDialogAndDrop()
     m_wizard->close();
 }
 
-void WizardTest::runTellsWhatCameOfEach()
+void tst_Wizard::runTellsWhatCameOfEach()
 {
     const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
     constexpr int kPictures = 8;
@@ -252,7 +252,7 @@ void WizardTest::runTellsWhatCameOfEach()
     QCOMPARE(m_opened.toLocalFile(), m_dir->path());
 }
 
-void WizardTest::replacesWhereToldTo()
+void tst_Wizard::replacesWhereToldTo()
 {
     m_process->page.reset(); // and a process without a page: from the pictures right to the run
     WriteFile(Path("there_corrected.tiff"), "old");
@@ -265,14 +265,14 @@ void WizardTest::replacesWhereToldTo()
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
-void WizardTest::stopEndsBehindThePictureUnderWay_data()
+void tst_Wizard::stopEndsBehindThePictureUnderWay_data()
 {
     QTest::addColumn<QString>("manner");
     for (const char *manner : {"button", "window closed", "window closed twice", "deleted"})
         QTest::newRow(manner) << QString::fromLatin1(manner);
 }
 
-void WizardTest::stopEndsBehindThePictureUnderWay()
+void tst_Wizard::stopEndsBehindThePictureUnderWay()
 {
     QFETCH(QString, manner);
     m_process->goesWhenStopped = manner == "deleted"_s;
@@ -299,7 +299,7 @@ void WizardTest::stopEndsBehindThePictureUnderWay()
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
 }
 
-void WizardTest::backKeepsWhatWasChosen()
+void tst_Wizard::backKeepsWhatWasChosen()
 {
     WriteJpeg(Path("b.jpg"), 60, 40);
     Show("a.jpg"_s);
@@ -319,7 +319,7 @@ void WizardTest::backKeepsWhatWasChosen()
     m_wizard->close();
 }
 
-void WizardTest::realPluginCorrects()
+void tst_Wizard::realPluginCorrects()
 {
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
     QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
@@ -335,7 +335,7 @@ void WizardTest::realPluginCorrects()
     m_wizard.reset(); // ahead of the plug-in
 }
 
-void WizardTest::speaksTheUsersLanguage()
+void tst_Wizard::speaksTheUsersLanguage()
 {
     const QString rows[][3] = {{"fi_FI"_s, "This plugin reuse"_s, "lens correction"_s}, // first: translators stay
                                {"zh_TW"_s, "描述檔"_s, "鏡頭校正"_s},
@@ -372,7 +372,7 @@ int main(int argc, char **argv)
     ChooseDisplayless();
     HostApplication application(argc, argv);
     application.TranslateWindows();
-    WizardTest test;
+    tst_Wizard test;
     return QTest::qExec(&test, argc, argv);
 }
 #include "Wizard_test.moc"

@@ -41,7 +41,7 @@ QVector<QStringList> RowsOf(const char *name)
 
 } // namespace
 
-class DataTablesTest : public QObject {
+class tst_DataTables : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { KImage::init(nullptr); }
@@ -54,7 +54,7 @@ private Q_SLOTS:
     void everyLensIsFound();
 };
 
-void DataTablesTest::camera()
+void tst_DataTables::camera()
 {
     const OwnTable table("cameras.txt",
                          "stray text # of a line\n\n# comment\nCanon;A400;7\r\nCanon;A40;6\nEyedeas;S1;5.5   # each\n"
@@ -78,7 +78,7 @@ void DataTablesTest::camera()
                  row.model);
 }
 
-void DataTablesTest::lens()
+void tst_DataTables::lens()
 {
     const OwnTable table("lensid.txt",
                          "8 8 121 3.6 3.6;Nikon;Fish;1 \n24 24 95;Canon;Shift;2.9\n50 50 1;Canon;Plain\n"
@@ -107,7 +107,7 @@ void DataTablesTest::lens()
     }
 }
 
-void DataTablesTest::missingTables()
+void tst_DataTables::missingTables()
 {
     const OwnTable none("other.txt", QByteArray());
     CameraProperties cameras;
@@ -117,7 +117,7 @@ void DataTablesTest::missingTables()
     QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QString()), -1);
 }
 
-void DataTablesTest::firstUseByManyThreads()
+void tst_DataTables::firstUseByManyThreads()
 {
     const OwnTable table("lensid.txt", QByteArray("1;Canon;One;1\n") + QByteArray(200000, '#'));
     LensIDProperties lenses;
@@ -125,7 +125,7 @@ void DataTablesTest::firstUseByManyThreads()
     QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QStringLiteral("1")), 1); // two readings would give two rows
 }
 
-void DataTablesTest::everyCameraIsFound()
+void tst_DataTables::everyCameraIsFound()
 {
     const QVector<QStringList> rows = RowsOf("Data:cameras.txt");
     QVERIFY(rows.size() >= 2000);
@@ -145,7 +145,7 @@ void DataTablesTest::everyCameraIsFound()
     QVERIFY(qAbs(cameras.GetSensorSize(QStringLiteral("Canon"), QStringLiteral("Canon EOS 40D")) - 1.62F) < 0.01F);
 }
 
-void DataTablesTest::everyLensIsFound()
+void tst_DataTables::everyLensIsFound()
 {
     const QVector<QStringList> rows = RowsOf("Data:lensid.txt");
     QVERIFY(rows.size() >= 500);
@@ -169,5 +169,5 @@ void DataTablesTest::everyLensIsFound()
     QVERIFY2(fisheyes >= 20 && shifts >= 10, qPrintable(QStringLiteral("%1 %2").arg(fisheyes).arg(shifts)));
 }
 
-QTEST_GUILESS_MAIN(DataTablesTest)
+QTEST_GUILESS_MAIN(tst_DataTables)
 #include "DataTables_test.moc"

@@ -68,7 +68,7 @@ QStringList Told(const ImageDef &image)
 
 } // namespace
 
-class ExifTest : public QObject {
+class tst_Exif : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { KImage::init(nullptr); }
@@ -83,7 +83,7 @@ private Q_SLOTS:
     void secondAnalysisStartsAfresh();
 };
 
-void ExifTest::number()
+void tst_Exif::number()
 {
     // The last ones of the second line have no fraction, so the whole number at their start counts.
     const QString rows = QStringLiteral("1/250=0.004 -1/3=-0.33333334 0.5/2=0.25 0/0=0 4294967295/1000=4294967.295 "
@@ -95,7 +95,7 @@ void ExifTest::number()
     }
 }
 
-void ExifTest::tagMeanings()
+void tst_Exif::tagMeanings()
 {
     QCOMPARE(DecodeExifTag(0), QStringLiteral("NA"));
     QCOMPARE(DecodeExifTag(254), QStringLiteral("A general indication of the kind of data contained in this subfile"));
@@ -107,7 +107,7 @@ void ExifTest::tagMeanings()
     QCOMPARE(known, 103);
 }
 
-void ExifTest::fields()
+void tst_Exif::fields()
 {
     const char *const rows[][2] = {
         {"", ""},
@@ -163,7 +163,7 @@ void ExifTest::fields()
     }
 }
 
-void ExifTest::date()
+void tst_Exif::date()
 {
     // The camera's clock is local time, without daylight saving.
     std::tm time = {};
@@ -180,7 +180,7 @@ void ExifTest::date()
     QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // nine digits of a year at most: no overflow
 }
 
-void ExifTest::comment()
+void tst_Exif::comment()
 {
     using Angles = QVector<double>;
     const std::pair<QByteArray, Angles> rows[] = {
@@ -200,7 +200,7 @@ void ExifTest::comment()
     }
 }
 
-void ExifTest::privateRecord()
+void tst_Exif::privateRecord()
 {
     const struct {
         quint8 kind;
@@ -228,13 +228,13 @@ void ExifTest::privateRecord()
     }
 }
 
-void ExifTest::summary()
+void tst_Exif::summary()
 {
     const auto image = Analyse("271=%1 \"A\"|274=Top-left (1)|41488=Inch (2)|41488=furlong|33437=2.8");
     QCOMPARE(image->m_exifSummary, QStringLiteral("Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";"));
 }
 
-void ExifTest::secondAnalysisStartsAfresh()
+void tst_Exif::secondAnalysisStartsAfresh()
 {
     auto image = Analyse("271=Canon|41989=75|33434=1/4|305=Editor");
     image->AnalyseExif(nullptr, nullptr);
@@ -243,5 +243,5 @@ void ExifTest::secondAnalysisStartsAfresh()
     QCOMPARE(image->m_shooting.exposureTime, 0.0);
 }
 
-QTEST_GUILESS_MAIN(ExifTest)
+QTEST_GUILESS_MAIN(tst_Exif)
 #include "Exif_test.moc"

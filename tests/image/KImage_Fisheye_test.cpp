@@ -54,7 +54,7 @@ QPointF SpotNear(const TestImage &image, double x, double y)
 
 } // namespace
 
-class tst_Fisheye : public QObject {
+class tst_KImageFisheye : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -65,7 +65,7 @@ private Q_SLOTS:
     void paintsAndBends();
 };
 
-void tst_Fisheye::findsTheCircle()
+void tst_KImageFisheye::findsTheCircle()
 {
     int found = 0;
     for (unsigned seed = 0; seed < 100; ++seed) {
@@ -79,7 +79,7 @@ void tst_Fisheye::findsTheCircle()
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
 }
 
-void tst_Fisheye::findsNone()
+void tst_KImageFisheye::findsNone()
 {
     const double nan = std::nan(""), infinity = INFINITY;
     const struct {
@@ -103,7 +103,7 @@ void tst_Fisheye::findsNone()
     }
 }
 
-void tst_Fisheye::sphere()
+void tst_KImageFisheye::sphere()
 {
     for (int i = 0; i < 6; ++i) {
         const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGrey : k32fRgba;
@@ -124,7 +124,7 @@ void tst_Fisheye::sphere()
     }
 }
 
-void tst_Fisheye::cleans()
+void tst_KImageFisheye::cleans()
 {
     for (const FormIndex form : {k8uGrey, k16uRgba, k32fRgb}) {
         TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
@@ -145,7 +145,7 @@ void tst_Fisheye::cleans()
     }
 }
 
-void tst_Fisheye::paintsAndBends()
+void tst_KImageFisheye::paintsAndBends()
 {
     for (const TestForm &form : kForms) {
         TestImage image(form, 101, 81, 1);
@@ -182,5 +182,5 @@ void tst_Fisheye::paintsAndBends()
     image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // and far off
 }
 
-QTEST_GUILESS_MAIN(tst_Fisheye)
+QTEST_GUILESS_MAIN(tst_KImageFisheye)
 #include "KImage_Fisheye_test.moc"

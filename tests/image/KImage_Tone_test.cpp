@@ -32,7 +32,7 @@ double Sample(const KImage &image, int x, int channel)
 
 } // namespace
 
-class tst_Tone : public QObject {
+class tst_KImageTone : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -46,7 +46,7 @@ private Q_SLOTS:
     void unsharpProperties();
 };
 
-void tst_Tone::guards()
+void tst_KImageTone::guards()
 {
     using Call = void (*)(KImage &);
     static KImage s_other(4, 1, GFL_GREY, 8, true, nullptr, 0), s_target;
@@ -113,7 +113,7 @@ void tst_Tone::guards()
         QCOMPARE(thrown(form, call), QStringLiteral("Invalid Parameter"));
 }
 
-void tst_Tone::alpha()
+void tst_KImageTone::alpha()
 {
     for (const FormIndex form : {k8uRgba, k16uRgba, k32fRgba}) {
         const double full = kForms[form].Full(), half = form == k32fRgba ? 0.5 : std::floor(full / 2) + 1;
@@ -148,7 +148,7 @@ void tst_Tone::alpha()
     }
 }
 
-void tst_Tone::histograms()
+void tst_KImageTone::histograms()
 {
     TestImage image(kForms[k8uRgba], 4, 1);
     FillRow(image, {50, 100, 150, 100}, 0.2);
@@ -172,7 +172,7 @@ void tst_Tone::histograms()
     QCOMPARE(int(target.getData(2, 0)[0]), 2); // converted, not stretched
 }
 
-void tst_Tone::dynamicRange()
+void tst_KImageTone::dynamicRange()
 {
     // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 leads L = 0.18 / mean * v and white at 3 L.
     const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
@@ -203,7 +203,7 @@ void tst_Tone::dynamicRange()
     }
 }
 
-void tst_Tone::colors()
+void tst_KImageTone::colors()
 {
     for (const TestForm &form : kForms) { // gamma-free: brightness 0.5 of 0.8, then contrast 2 about the middle: 0.3
         TestImage image(form, 1, 1, 1);
@@ -230,7 +230,7 @@ void tst_Tone::colors()
     QVERIFY(std::abs(grey.samples[1] - 59 / 255.0f) < 1e-6f); // 0.587 of 100, rounded
 }
 
-void tst_Tone::gaussian()
+void tst_KImageTone::gaussian()
 {
     for (const TestForm &form : kForms) { // an edge, whose blur is the normal distribution
         TestImage image(form, 40, 1, 1);
@@ -247,7 +247,7 @@ void tst_Tone::gaussian()
 }
 
 /// Sharpening a lone bright pixel changes what the kernel covers, and nothing else.
-void tst_Tone::kernelSize()
+void tst_KImageTone::kernelSize()
 {
     const std::pair<float, int> rows[] = {
         {0.0f, 3},  {0.1f, 3},       {0.66f, 3},
@@ -265,7 +265,7 @@ void tst_Tone::kernelSize()
     }
 }
 
-void tst_Tone::unsharpProperties()
+void tst_KImageTone::unsharpProperties()
 {
     for (int form = 0; form < kFormCount; ++form) {
         TestImage image(kForms[form], 23, 11, 1);
@@ -306,5 +306,5 @@ void tst_Tone::unsharpProperties()
     }
 }
 
-QTEST_APPLESS_MAIN(tst_Tone)
+QTEST_APPLESS_MAIN(tst_KImageTone)
 #include "KImage_Tone_test.moc"

@@ -33,7 +33,7 @@ struct Blocks {
 
 } // namespace
 
-class KMetaDataTest : public QObject {
+class tst_KMetaData : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void copiesAreDeep();
@@ -42,7 +42,7 @@ private Q_SLOTS:
     void xmpTree();
 };
 
-void KMetaDataTest::copiesAreDeep()
+void tst_KMetaData::copiesAreDeep()
 {
     KMetaData assigned;
     {
@@ -68,7 +68,7 @@ void KMetaDataTest::copiesAreDeep()
     QVERIFY(!last->Next);
 }
 
-void KMetaDataTest::ownBlockAsSource()
+void tst_KMetaData::ownBlockAsSource()
 {
     Blocks blocks;
     KMetaData data;
@@ -82,7 +82,7 @@ void KMetaDataTest::ownBlockAsSource()
     QVERIFY(!data.Iptc() && data.Exifex() && data.IccProfile() && data.Xmp());
 }
 
-void KMetaDataTest::nothingInBlocks()
+void tst_KMetaData::nothingInBlocks()
 {
     GFL_EXIF_DATAEX exif = {nullptr, 5};
     GFL_IPTC_DATA iptc = {0, nullptr};
@@ -99,7 +99,7 @@ void KMetaDataTest::nothingInBlocks()
     QCOMPARE(data.IccProfile()->Length, 0u);
 }
 
-void KMetaDataTest::xmpTree()
+void tst_KMetaData::xmpTree()
 {
     Blocks blocks;
     KMetaData data;
@@ -116,5 +116,5 @@ void KMetaDataTest::xmpTree()
     }
 }
 
-QTEST_GUILESS_MAIN(KMetaDataTest)
+QTEST_GUILESS_MAIN(tst_KMetaData)
 #include "KMetaData_test.moc"

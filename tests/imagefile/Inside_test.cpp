@@ -1,11 +1,11 @@
 // From inside the layer: EXIF values as callers read them, lens names out of maker notes, EXIF in BigTIFF, a disk that
 // fails in the midst of a file, TIFF of many pages.
 #include "Bitmaps.h"
-#include "codec.h"
-#include "exif_lists.h"
-#include "first_page_map.h"
-#include "metadata.h"
-#include "source.h"
+#include "core/codec.h"
+#include "core/source.h"
+#include "metadata/exif_lists.h"
+#include "metadata/first_page_map.h"
+#include "metadata/metadata.h"
 
 #include <QFileInfo>
 #include <QtTest>

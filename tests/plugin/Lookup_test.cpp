@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-class LookupTest : public QObject {
+class tst_Lookup : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
@@ -46,7 +46,7 @@ ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, c
 
 } // namespace
 
-void LookupTest::initTestCase()
+void tst_Lookup::initTestCase()
 {
     KImage::init(nullptr);
     WriteFile(m_tables.filePath(QStringLiteral("lensid.txt")),
@@ -60,17 +60,17 @@ void LookupTest::initTestCase()
     QDir::setSearchPaths(QStringLiteral("Data"), {m_tables.path()});
 }
 
-void LookupTest::cleanupTestCase()
+void tst_Lookup::cleanupTestCase()
 {
     KImage::exit();
 }
 
-void LookupTest::init()
+void tst_Lookup::init()
 {
     m_dir.reset(new QTemporaryDir);
 }
 
-void LookupTest::Touch(const QString &file) const
+void tst_Lookup::Touch(const QString &file) const
 {
     const QString path = m_dir->filePath(file);
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
@@ -78,12 +78,12 @@ void LookupTest::Touch(const QString &file) const
 }
 
 /// One a line, without the test's folder.
-QString LookupTest::Relative(const QStringList &paths) const
+QString tst_Lookup::Relative(const QStringList &paths) const
 {
     return paths.join(QLatin1Char('\n')).remove(m_dir->path() + QLatin1Char('/'));
 }
 
-void LookupTest::profile_data()
+void tst_Lookup::profile_data()
 {
     QTest::addColumn<QString>("maker");
     QTest::addColumn<QString>("lensId");
@@ -132,7 +132,7 @@ void LookupTest::profile_data()
         "Sorry: Thecameras are not yet in LensId.txt");
 }
 
-void LookupTest::profile()
+void tst_Lookup::profile()
 {
     QFETCH(QString, maker);
     QFETCH(QString, lensId);
@@ -148,7 +148,7 @@ void LookupTest::profile()
     QTEST(message, "message");
 }
 
-void LookupTest::currentFolderWithoutBrand()
+void tst_Lookup::currentFolderWithoutBrand()
 {
     Touch(QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
     Touch(QStringLiteral("L/Pentax/any"));
@@ -164,7 +164,7 @@ void LookupTest::currentFolderWithoutBrand()
     QCOMPARE(Relative(found), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
 }
 
-void LookupTest::descriptionsThatTellNothing()
+void tst_Lookup::descriptionsThatTellNothing()
 {
     KVitreluxOne2One process;
     ImageDef bare;
@@ -176,7 +176,7 @@ void LookupTest::descriptionsThatTellNothing()
     QCOMPARE(message, kUntouched);
 }
 
-void LookupTest::recordIsFilledOnFirstRun()
+void tst_Lookup::recordIsFilledOnFirstRun()
 {
     Touch(QStringLiteral("L/Canon/any"));
     Touch(QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
@@ -192,5 +192,5 @@ void LookupTest::recordIsFilledOnFirstRun()
     QCOMPARE(Relative({params.lcpFilename}), QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
 }
 
-QTEST_MAIN(LookupTest)
+QTEST_MAIN(tst_Lookup)
 #include "Lookup_test.moc"

@@ -47,7 +47,7 @@ QStringList Markers(const QString &text)
 
 } // namespace
 
-class TranslationsTest : public QObject {
+class tst_Translations : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
@@ -58,7 +58,7 @@ private:
     QTemporaryDir m_fromSources;
 };
 
-void TranslationsTest::initTestCase()
+void tst_Translations::initTestCase()
 {
     QProcess update;
     update.setProcessChannelMode(QProcess::ForwardedChannels);
@@ -66,7 +66,7 @@ void TranslationsTest::initTestCase()
     QVERIFY(update.waitForFinished() && update.exitCode() == 0);
 }
 
-void TranslationsTest::complete_data()
+void tst_Translations::complete_data()
 {
     QTest::addColumn<QString>("name");
     const QStringList names = QDir(m_fromSources.path()).entryList({QStringLiteral("*.ts")});
@@ -75,7 +75,7 @@ void TranslationsTest::complete_data()
         QTest::newRow(qPrintable(name)) << name;
 }
 
-void TranslationsTest::complete()
+void tst_Translations::complete()
 {
     QFETCH(QString, name);
     const QMap<QString, QDomElement> wanted = Messages(m_fromSources.filePath(name));
@@ -96,5 +96,5 @@ void TranslationsTest::complete()
     }
 }
 
-QTEST_GUILESS_MAIN(TranslationsTest)
+QTEST_GUILESS_MAIN(tst_Translations)
 #include "Translations_test.moc"

@@ -14,7 +14,7 @@
 
 namespace {
 
-const QString kApplication = QStringLiteral("analytics_test"), kSqlite = QStringLiteral("QSQLITE");
+const QString kApplication = QStringLiteral("Analytics_test"), kSqlite = QStringLiteral("QSQLITE");
 const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
 
 /// Takes what it is given and notes "category/name=value", and the calls around it.

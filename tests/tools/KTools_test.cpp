@@ -19,7 +19,7 @@
 
 namespace {
 
-const QString kApplication = QStringLiteral("tools_test");
+const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
 /// Processors that the calling thread may run on.

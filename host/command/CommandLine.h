@@ -1,0 +1,50 @@
+// What the user asked for on the command line, as plain values.
+#pragma once
+
+#include "app/Corrections.h"
+#include "app/OutputPlan.h"
+
+#include <QString>
+#include <QStringList>
+
+/// Exit codes of the program.
+enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
+
+struct CorrectOptions {
+    QStringList files;
+    QString profile;      // empty: each picture's is looked up
+    QString lensPath;     // folder to look in; empty: the stored one
+    QString outputFolder; // empty: beside each picture
+    QString plugin;       // empty: the installed one
+    Corrections asked;    // none: everything that the profile holds
+    ExistingOutput existing = ExistingOutput::Refuse;
+    int jobs = 0; // pictures at once; 0: as many as processors and memory allow
+};
+
+struct InfoOptions {
+    QStringList files;
+    QString lensPath; // as above
+    QString plugin;
+    bool json = false; // one object a picture and line
+    bool exif = false; // all entries
+};
+
+struct WizardOptions {
+    QStringList files; // may be empty
+    QString lensPath;  // as above
+    QString plugin;    // empty: the installed one
+};
+
+struct CommandLine {
+    enum class Action { Correct, ShowInfo, ShowProfiles, ShowWizard, PrintText, RefuseUsage };
+
+    Action action = Action::RefuseUsage;
+    QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
+    CorrectOptions correct; // Correct
+    InfoOptions info;       // ShowInfo
+    QStringList profiles;   // ShowProfiles
+    WizardOptions wizard;   // ShowWizard
+};
+
+/// Reads the arguments that follow the program's name. Needs no application object.
+CommandLine ParseCommandLine(const QStringList &arguments);

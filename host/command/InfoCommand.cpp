@@ -1,0 +1,102 @@
+#include "InfoCommand.h"
+
+#include "Console.h"
+#include "app/HostApplication.h"
+#include "app/InterruptGuard.h"
+#include "app/PictureFacts.h"
+#include "app/PictureProblem.h"
+#include "app/PluginLoader.h"
+#include "app/ProfileLookup.h"
+
+#include <QDir>
+#include <QJsonDocument>
+
+namespace {
+
+constexpr int kLabelWidth = 14;
+
+PictureFact ProfileFact(const ProfileLookup::Answer &answer)
+{
+    const QString label = QStringLiteral("Profile");
+    if (!answer.profile.isEmpty())
+        return {label, answer.profile, QStringLiteral("profile"), answer.profile};
+    return {label, QStringLiteral("none: ") + answer.why, QStringLiteral("noProfile"), answer.why};
+}
+
+QString AsText(const QString &file, const PictureFacts &facts)
+{
+    QString text = OneLine(file) + QLatin1Char('\n');
+    for (const PictureFact &fact : facts) {
+        if (!fact.label.isEmpty()) // texts of the file: no line breaks
+            text += QStringLiteral("  %1%2\n").arg(fact.label, -kLabelWidth).arg(OneLine(fact.text));
+    }
+    return text;
+}
+
+QString AsJson(const QString &file, const PictureFacts &facts)
+{
+    QJsonObject object{{QStringLiteral("path"), file}};
+    for (const PictureFact &fact : facts) {
+        if (!fact.key.isEmpty())
+            object.insert(fact.key, fact.value);
+    }
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
+}
+
+/// The table's lines under the picture's; control characters of the file stay out of the terminal.
+QString Indented(const QString &table)
+{
+    QString text;
+    const QStringList lines = table.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines)
+        text += QLatin1String("  ") + OneLine(line) + QLatin1Char('\n');
+    return text;
+}
+
+PictureFact ExifFact(const QString &path)
+{
+    return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
+}
+
+/// A picture's lines or its object, with the answer of the lookup.
+QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileLookup::Answer &answer)
+{
+    PictureFacts facts = FactsOfPicture(path);
+    facts << ProfileFact(answer);
+    if (!options.json)
+        return AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString());
+    if (options.exif)
+        facts << ExifFact(path);
+    return AsJson(file, facts);
+}
+
+} // namespace
+
+ExitCode RunInfo(const InfoOptions &options, Console *console)
+{
+    InterruptGuard guard;
+    ChooseDisplayless();
+    ProgramName name;
+    HostApplication application(name.argc, name.argv);
+    ProfileLookup lookup(&application, options.lensPath, &guard);
+    const PluginLoader plugin(options.plugin);
+
+    ExitCode result = kAllDone;
+    QString gap; // an empty line between two pictures
+    for (const QString &file : options.files) {
+        const QString path = QDir::cleanPath(QDir().absoluteFilePath(file));
+        const QString problem = ReadingProblem(path);
+        if (!problem.isEmpty()) {
+            console->Failure(file, problem);
+            result = kSomeFailed;
+            continue;
+        }
+        const ProfileLookup::Answer answer =
+            plugin.Process() ? lookup.Find(plugin.Process(), path) : ProfileLookup::Answer{QString(), plugin.Problem()};
+        console->Print(gap + Tell(options, file, path, answer));
+        if (!options.json)
+            gap = QStringLiteral("\n");
+        application.ForgetImages();
+    }
+    return result;
+}

@@ -1,0 +1,56 @@
+#include "WizardCommand.h"
+
+#include "Console.h"
+#include "app/HostApplication.h"
+#include "app/InterruptGuard.h"
+#include "app/PluginLoader.h"
+#include "app/ProfileLookup.h"
+#include "wizard/CorrectionWizard.h"
+
+#include <QDir>
+
+namespace {
+
+/// The page is to show and to keep the folder as the user knows it.
+void TellPluginOfFolder(HostApplication *application, const QString &folder)
+{
+    const QString path = QDir::cleanPath(QDir().absoluteFilePath(folder));
+    application->AdaptPluginSettings([path](const QString &key, const QVariant &stored) {
+        return key == ProfileLookup::kLensPath ? QVariant(path) : stored;
+    });
+}
+
+} // namespace
+
+ExitCode RunWizard(const WizardOptions &options, Console *console)
+{
+    InterruptGuard guard;
+    const QString problem = ChooseDisplay();
+    if (!problem.isEmpty()) {
+        console->Failure(QString(), problem);
+        return kSomeFailed;
+    }
+    ProgramName name;
+    HostApplication application(name.argc, name.argv);
+    application.TranslateWindows();
+    application.MakeThumbnails();
+    if (!options.lensPath.isEmpty())
+        TellPluginOfFolder(&application, options.lensPath);
+    const PluginLoader plugin(options.plugin);
+    if (!plugin.Process()) {
+        console->Failure(QString(), plugin.Problem());
+        return kSomeFailed;
+    }
+    // The lookup is given links in the place of the folder of profiles, so it has a process of its own.
+    ProfileLookup lookup(&application, options.lensPath, &guard);
+    const std::unique_ptr<QObject> second = plugin.MakeProcess();
+    auto *lookupProcess = qobject_cast<KIPluginOne2One *>(second.get());
+    const auto findProfile = [&](const QString &picture) {
+        return lookupProcess ? lookup.Find(lookupProcess, picture).profile : QString();
+    };
+    CorrectionWizard wizard(&application, plugin.Process(), findProfile, &guard);
+    wizard.Add(options.files);
+    wizard.show();
+    HostApplication::exec();
+    return wizard.FailedCount() > 0 ? kSomeFailed : kAllDone;
+}

@@ -1,0 +1,19 @@
+// The metadata of a BigTIFF in the form of a classic TIFF, because Exiv2 reads no other.
+#pragma once
+
+#include "core/source.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace imagefile {
+
+/// Whether a file is a little-endian BigTIFF.
+bool IsBigTiff(const Source &source);
+
+/// A small classic TIFF with the fields of the first directory, and of the EXIF, GPS and interoperability directories
+/// below it; empty for a file that is damaged. Values near the begin of the file keep their offsets, so that maker
+/// notes that count from the begin of the file are still right in the files that this layer writes.
+std::vector<std::uint8_t> ClassicViewOfBigTiff(const Source &source);
+
+} // namespace imagefile

@@ -1,0 +1,164 @@
+#include "metadata.h"
+
+#include "big_tiff_view.h"
+#include "first_page_map.h"
+#include "photoshop_resources.h"
+#include "png_metadata.h"
+#include "psd/psd_layout.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <string_view>
+
+namespace imagefile {
+
+namespace {
+
+std::mutex xmpMutex;
+
+void LockXmp(void *, bool lock)
+{
+    lock ? xmpMutex.lock() : xmpMutex.unlock();
+}
+
+Bytes RawBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order)
+{
+    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
+    if (!bytes.empty())
+        datum.copy(bytes.data(), order);
+    return bytes;
+}
+
+Bytes RawTag(const Exiv2::Image &image, const char *key)
+{
+    const Exiv2::ExifData &exif = image.exifData();
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
+}
+
+// Photoshop's image resources of a JPEG, which may be spread over several segments of at most 64 KiB. Exiv2 only gives
+// IPTC as parsed values, which don't always make the same bytes again.
+Bytes JpegResources(const Source &source)
+{
+    constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
+    constexpr std::uint8_t kApp13 = 0xED, kStartOfScan = 0xDA;
+    constexpr int kMaxSteps = 10000; // segments and fill bytes; a file of nothing but fill bytes must not keep us
+    Bytes resources, payload;
+    std::array<std::uint8_t, 4> head; // 0xFF, marker, length with its own two bytes
+    std::uint64_t at = 2;
+    for (int step = 0; step < kMaxSteps && source.ReadAt(at, head.data(), 4) == 4; ++step) {
+        if (head[0] != 0xFF || head[1] == kStartOfScan)
+            break;
+        const std::size_t length = head[2] * 256u + head[3];
+        if (head[1] == 0xFF || length < 2) { // a fill byte may stand before any marker
+            at += head[1] == 0xFF ? 1 : 2;
+            continue;
+        }
+        if (head[1] == kApp13 && length > kSignature.size() + 2) {
+            payload.resize(length - 2);
+            payload.resize(source.ReadAt(at + 4, payload.data(), payload.size()));
+            if (payload.size() > kSignature.size() && std::equal(kSignature.begin(), kSignature.end(), payload.begin()))
+                resources.insert(resources.end(), payload.begin() + kSignature.size(), payload.end());
+        }
+        at += 2 + length;
+    }
+    return resources;
+}
+
+Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
+{
+    if (image.mimeType() == "image/jpeg")
+        return FindResource(JpegResources(source), PhotoshopResource::Iptc);
+    Bytes iptc = RawTag(image, "Exif.Image.IPTCNAA");
+    if (iptc.empty())
+        iptc = FindResource(RawTag(image, "Exif.Image.ImageResources"), PhotoshopResource::Iptc);
+    return iptc;
+}
+
+void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
+{
+    if (image.iccProfileDefined())
+        metadata->icc.assign(image.iccProfile()->pData_, image.iccProfile()->pData_ + image.iccProfile()->size_);
+    metadata->iptc = ReadIptc(source, image);
+    metadata->xmp.assign(image.xmpPacket().begin(), image.xmpPacket().end());
+    if (metadata->xmp.empty())
+        metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
+    std::swap(metadata->exif, image.exifData());
+}
+
+// By the classes themselves: the factory that takes a path would see addresses of web servers in some file names.
+Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view, const FirstPageMap &map)
+{
+    if (map.Data())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(map.Data(), static_cast<long>(map.Size())));
+    if (!view.empty())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(view.data(), static_cast<long>(view.size())));
+    if (source.Data())
+        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(source.Data(), static_cast<long>(source.Size())));
+    return Exiv2::BasicIo::AutoPtr(new Exiv2::FileIo(source.Path()));
+}
+
+} // namespace
+
+void StartExiv2()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::XmpParser::initialize(LockXmp, nullptr);
+    });
+}
+
+void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif)
+{
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    try {
+        Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) { // damaged: what was read before counts
+    }
+}
+
+Metadata ReadMetadata(const Source &source)
+{
+    StartExiv2();
+    if (IsPng(source))
+        return ReadPngMetadata(source);
+    if (IsPsd(source))
+        return ReadPsdMetadata(source);
+    Metadata metadata;
+    Bytes view; // this and the next outlive the image that reads them
+    FirstPageMap map;
+    Exiv2::Image::AutoPtr image;
+    try {
+        if (IsBigTiff(source))
+            view = ClassicViewOfBigTiff(source);
+        map.Open(source);
+        image = Exiv2::ImageFactory::open(OpenIo(source, view, map));
+        if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
+            image->readMetadata();
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) { // damaged: what was read before stands in the image
+    }
+    if (image.get() != nullptr)
+        TakeParts(source, *image, &metadata);
+    return metadata;
+}
+
+const Metadata *MetadataOf(const GFL_BITMAP *bitmap)
+{
+    return bitmap ? static_cast<const Metadata *>(bitmap->MetaData) : nullptr;
+}
+
+Metadata *MakeMetadata(GFL_BITMAP *bitmap)
+{
+    if (!bitmap->MetaData)
+        bitmap->MetaData = new Metadata;
+    return static_cast<Metadata *>(bitmap->MetaData);
+}
+
+} // namespace imagefile

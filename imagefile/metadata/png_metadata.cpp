@@ -1,0 +1,185 @@
+#include "png_metadata.h"
+
+#include "core/byte_reader.h"
+#include "core/image_limits.h"
+#include "photoshop_resources.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <zlib.h>
+
+namespace imagefile {
+
+namespace {
+
+constexpr std::size_t kMaxChunks = 100000; // animations have some thousand
+constexpr std::size_t kChunkFrame = 12;    // length, name, checksum
+
+// Unpacks a zlib stream of at most @p budget bytes, which it uses up; empty when it is damaged or larger. All chunks of
+// a file share one budget, so that many of them can't keep us for long.
+Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
+{
+    Bytes out;
+    z_stream stream = {};
+    stream.next_in = const_cast<std::uint8_t *>(data);
+    stream.avail_in = static_cast<uInt>(size); // <= kMaxMetadataBytes
+    if (inflateInit(&stream) != Z_OK)
+        return out;
+    int result = Z_OK;
+    std::uint8_t piece[16384];
+    while (result == Z_OK && out.size() < *budget) {
+        stream.next_out = piece;
+        stream.avail_out = sizeof piece;
+        result = inflate(&stream, Z_NO_FLUSH);
+        out.insert(out.end(), piece, stream.next_out);
+    }
+    inflateEnd(&stream);
+    *budget -= std::min(*budget, out.size());
+    return result == Z_STREAM_END ? out : Bytes();
+}
+
+int HexDigit(std::uint8_t c)
+{
+    return c >= '0' && c <= '9' ? c - '0'
+        : c >= 'a' && c <= 'f'  ? c - 'a' + 10
+        : c >= 'A' && c <= 'F'  ? c - 'A' + 10
+                                : -1;
+}
+
+// The block of a "Raw profile type" text: a line feed, its kind, its length in decimals, its bytes in hexadecimals.
+Bytes RawProfile(const Bytes &text)
+{
+    auto at = std::find_if(text.begin(), text.end(), [](std::uint8_t c) { return c != '\n'; });
+    for (int line = 0; line < 2; ++line) {
+        at = std::find(at, text.end(), '\n');
+        at += at != text.end() ? 1 : 0;
+    }
+    Bytes block;
+    int high = -1;
+    for (; at != text.end(); ++at) {
+        const int digit = HexDigit(*at);
+        if (digit < 0)
+            continue;
+        if (high >= 0)
+            block.push_back(static_cast<std::uint8_t>(high << 4 | digit));
+        high = high >= 0 ? -1 : digit;
+    }
+    return block;
+}
+
+void DecodeExif(const Bytes &bytes, Metadata *metadata)
+{
+    constexpr std::string_view kPrefix("Exif\0\0", 6); // of files that carry what a JPEG does
+    const bool prefixed =
+        bytes.size() > kPrefix.size() && std::memcmp(bytes.data(), kPrefix.data(), kPrefix.size()) == 0;
+    const std::size_t begin = prefixed ? kPrefix.size() : 0;
+    if (bytes.size() > begin && metadata->exif.empty())
+        DecodeExifTiff(bytes.data() + begin, bytes.size() - begin, &metadata->exif);
+}
+
+void TakeText(const std::string &key, const Bytes &text, Metadata *metadata)
+{
+    if (key == kPngXmpKey)
+        metadata->xmp = text;
+    else if (key == kPngIptcKey)
+        metadata->iptc = FindResource(RawProfile(text), PhotoshopResource::Iptc);
+    else if (key == "Raw profile type exif" || key == "Raw profile type APP1")
+        DecodeExif(RawProfile(text), metadata);
+    else if (key == "Raw profile type xmp" && metadata->xmp.empty())
+        metadata->xmp = RawProfile(text);
+}
+
+// Where a zero-terminated text that begins at @p at ends, or the end of the chunk.
+std::size_t TextEnd(const Bytes &chunk, std::size_t at)
+{
+    const auto begin = chunk.begin() + static_cast<std::ptrdiff_t>(std::min(at, chunk.size()));
+    return static_cast<std::size_t>(std::find(begin, chunk.end(), 0) - chunk.begin());
+}
+
+// The rest of a chunk behind @p at, unpacked if need be.
+Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked, std::size_t *budget)
+{
+    if (at >= chunk.size())
+        return Bytes();
+    return isPacked ? Inflate(chunk.data() + at, chunk.size() - at, budget)
+                    : Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
+}
+
+// PNG (ISO 15948), 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
+Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd, std::size_t *budget)
+{
+    const std::size_t flag = keyEnd + 1;
+    if (chunk.size() < flag + 2)
+        return Bytes();
+    const std::size_t translated = TextEnd(chunk, flag + 2) + 1;
+    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0, budget);
+}
+
+void TakeChunk(const std::string &name, const Bytes &chunk, std::size_t *budget, Metadata *metadata)
+{
+    const std::size_t keyEnd = TextEnd(chunk, 0);
+    const std::string key(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(keyEnd));
+    if (name == "eXIf")
+        DecodeExif(chunk, metadata);
+    else if (name == "iCCP")
+        metadata->icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget);
+    else if (name == "tEXt")
+        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false, budget), metadata);
+    else if (name == "zTXt")
+        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget), metadata);
+    else
+        TakeText(key, InternationalText(chunk, keyEnd, budget), metadata);
+}
+
+bool IsMetadataChunk(const std::string &name)
+{
+    return name == "eXIf" || name == "iCCP" || name == "tEXt" || name == "zTXt" || name == "iTXt";
+}
+
+constexpr std::uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+
+} // namespace
+
+bool IsPng(const Source &source)
+{
+    std::uint8_t head[sizeof kSignature];
+    return source.ReadAt(0, head, sizeof head) == sizeof head && std::memcmp(head, kSignature, sizeof head) == 0;
+}
+
+Metadata ReadPngMetadata(const Source &source)
+{
+    Metadata metadata;
+    std::size_t budget = kMaxMetadataBytes;
+    std::uint8_t head[8]; // length and name
+    std::uint64_t at = sizeof kSignature;
+    for (std::size_t i = 0; i < kMaxChunks && source.ReadAt(at, head, sizeof head) == sizeof head; ++i) {
+        const std::uint32_t length = BigEndian32(head);
+        const std::string name(head + 4, head + 8);
+        if (name == "IEND" || source.Size() - at < sizeof head + length)
+            break;
+        if (IsMetadataChunk(name) && length <= kMaxMetadataBytes) {
+            Bytes chunk(length);
+            if (source.ReadAt(at + sizeof head, chunk.data(), length) == length)
+                TakeChunk(name, chunk, &budget, &metadata);
+        }
+        at += length + kChunkFrame;
+    }
+    return metadata;
+}
+
+std::string RawProfileText(const char *kind, const Bytes &block)
+{
+    constexpr std::size_t kBytesPerLine = 36;
+    static const char kDigits[] = "0123456789abcdef";
+    std::string text = Text("\n%s\n%8zu", kind, block.size());
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        if (i % kBytesPerLine == 0)
+            text += '\n';
+        text += kDigits[block[i] >> 4];
+        text += kDigits[block[i] & 15];
+    }
+    return text + '\n';
+}
+
+} // namespace imagefile

@@ -1,0 +1,12 @@
+// What the files of the Photoshop codec share.
+#pragma once
+
+#include "core/codec.h"
+
+namespace imagefile {
+
+Status ReadPsdInfo(const Source &source, GFL_FILE_INFORMATION *info);
+Status ReadPsdPixels(const Source &source, RowSink *rows);
+Status WritePsd(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
+
+} // namespace imagefile

@@ -1,0 +1,191 @@
+// After Adobe's "Photoshop File Formats".
+#include "psd_layout.h"
+
+#include "core/byte_reader.h"
+#include "core/image_limits.h"
+#include "metadata/photoshop_resources.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace imagefile {
+
+namespace {
+
+constexpr int kMaxChannels = 56;
+constexpr int kPackBitsRatio = 64; // 128 bytes for 2
+
+struct Mode {
+    PsdMode mode;
+    int colours;
+    int minBits, maxBits;
+};
+constexpr Mode kModes[] = {
+    {PsdMode::Bitmap, 1, 1, 1}, {PsdMode::Grey, 1, 8, 32},    {PsdMode::Indexed, 1, 8, 8}, {PsdMode::Rgb, 3, 8, 32},
+    {PsdMode::Cmyk, 4, 8, 16},  {PsdMode::Duotone, 1, 8, 32}, {PsdMode::Lab, 3, 8, 16},
+};
+
+Status Damaged(const std::string &why)
+{
+    return Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: " + why);
+}
+
+Status TakeMode(std::uint64_t mode, PsdLayout *layout)
+{
+    const int bits = layout->bits;
+    for (const Mode &known : kModes) {
+        if (static_cast<std::uint64_t>(known.mode) != mode || bits < known.minBits || bits > known.maxBits
+            || (bits != 1 && bits != 8 && bits != 16 && bits != 32))
+            continue;
+        layout->mode = known.mode;
+        layout->colours = known.colours;
+        return layout->channels >= known.colours
+            ? Status::Ok()
+            : Damaged(Text("%d channels where %d are needed", layout->channels, known.colours));
+    }
+    return Status::Fail(
+        GFL_ERROR_UNKNOWN_FORMAT,
+        Text("Photoshop: colours of mode %llu in %d bits", static_cast<unsigned long long>(mode), bits));
+}
+
+Status ReadHeader(ByteReader *reader, PsdLayout *layout)
+{
+    reader->Skip(4);
+    const auto version = reader->Number(2);
+    reader->Skip(6);
+    layout->channels = static_cast<int>(reader->Number(2));
+    const auto height = static_cast<std::int64_t>(reader->Number(4)),
+               width = static_cast<std::int64_t>(reader->Number(4));
+    layout->bits = static_cast<int>(reader->Number(2));
+    const std::uint64_t mode = reader->Number(2);
+    if (reader->Failed())
+        return Damaged("the file ends early");
+    if (version != 1 && version != 2)
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "Photoshop: version " + std::to_string(version));
+    if (layout->channels < 1 || layout->channels > kMaxChannels)
+        return Damaged(Text("%d channels; there may be 1 to %d", layout->channels, kMaxChannels));
+    if (Status status = CheckImageSize(width, height, 1, 8); !status)
+        return status;
+    layout->isLarge = version == 2;
+    layout->width = static_cast<int>(width);
+    layout->height = static_cast<int>(height);
+    return TakeMode(mode, layout);
+}
+
+Status ReadColourData(ByteReader *reader, PsdLayout *layout)
+{
+    constexpr std::size_t kPaletteBytes = 768;
+    std::uint64_t length = reader->Number(4);
+    if (layout->mode == PsdMode::Indexed) {
+        if (length < kPaletteBytes)
+            return Damaged("the palette is missing");
+        layout->palette.resize(kPaletteBytes);
+        reader->Read(layout->palette.data(), kPaletteBytes);
+        length -= kPaletteBytes;
+    }
+    return reader->Skip(length) ? Status::Ok() : Damaged("the file ends early");
+}
+
+// The count of layers is negative when the first channel behind the colours is the opacity of the merged picture.
+Status ReadLayers(ByteReader *reader, PsdLayout *layout)
+{
+    const int lengthBytes = layout->isLarge ? 8 : 4;
+    const std::uint64_t length = reader->Number(lengthBytes), begin = reader->Position();
+    const auto shortest = static_cast<std::uint64_t>(lengthBytes) + 2;
+    bool mergesOpacity = false;
+    if (length >= shortest && reader->Number(lengthBytes) >= 2)
+        mergesOpacity = reader->Number(2) >= 0x8000;
+    const std::uint64_t taken = reader->Position() - begin;
+    if (reader->Failed() || !reader->Skip(length - taken)) // taken is at most the shortest length
+        return Damaged("the file ends early");
+    const int extras = layout->channels - layout->colours;
+    const bool isFlat = layout->mode == PsdMode::Bitmap || layout->mode == PsdMode::Indexed;
+    layout->hasAlpha = !isFlat && (extras == 1 || (extras > 1 && mergesOpacity));
+    layout->isOnPaper = layout->hasAlpha && mergesOpacity;
+    return Status::Ok();
+}
+
+void ChooseForm(PsdLayout *layout)
+{
+    const bool isGrey = layout->mode == PsdMode::Grey || layout->mode == PsdMode::Duotone;
+    layout->form = {std::max(layout->bits, 8), layout->hasAlpha ? 4 : isGrey ? 1 : 3};
+}
+
+Status CheckBytes(const Source &source, const PsdLayout &layout)
+{
+    const PixelForm &form = layout.form;
+    if (Status status = CheckImageSize(layout.width, layout.height, form.channels, form.bits); !status)
+        return status;
+    const std::int64_t stored = static_cast<std::int64_t>(layout.RowBytes()) * layout.height * layout.channels;
+    const std::int64_t delivered = std::int64_t(layout.width) * layout.height * form.BytesPerPixel();
+    return CheckClaim(stored, delivered, source.Size(), layout.compression == 0 ? 1 : kPackBitsRatio);
+}
+
+Bytes Resources(const Source &source, const PsdLayout &layout)
+{
+    if (layout.resourcesBytes > kMaxMetadataBytes)
+        return Bytes();
+    Bytes resources(static_cast<std::size_t>(layout.resourcesBytes));
+    resources.resize(source.ReadAt(layout.resourcesAt, resources.data(), resources.size()));
+    return resources;
+}
+
+} // namespace
+
+Status OpenPsd(const Source &source, PsdLayout *layout)
+{
+    ByteReader reader(source);
+    if (Status status = ReadHeader(&reader, layout); !status)
+        return status;
+    if (Status status = ReadColourData(&reader, layout); !status)
+        return status;
+    layout->resourcesBytes = reader.Number(4);
+    layout->resourcesAt = reader.Position();
+    if (!reader.Skip(layout->resourcesBytes))
+        return Damaged("the file ends early");
+    if (Status status = ReadLayers(&reader, layout); !status)
+        return status;
+    layout->compression = static_cast<int>(reader.Number(2));
+    layout->pixelsAt = reader.Position();
+    if (reader.Failed())
+        return Damaged("the file ends early");
+    if (layout->compression > 1)
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are read", layout->compression));
+    ChooseForm(layout);
+    return CheckBytes(source, *layout);
+}
+
+bool IsPsd(const Source &source)
+{
+    std::uint8_t head[4];
+    return source.ReadAt(0, head, sizeof head) == sizeof head && std::memcmp(head, "8BPS", sizeof head) == 0;
+}
+
+Metadata ReadPsdMetadata(const Source &source)
+{
+    Metadata metadata;
+    PsdLayout layout;
+    if (!OpenPsd(source, &layout))
+        return metadata;
+    const Bytes resources = Resources(source, layout);
+    metadata.icc = FindResource(resources, PhotoshopResource::Icc);
+    metadata.iptc = FindResource(resources, PhotoshopResource::Iptc);
+    metadata.xmp = FindResource(resources, PhotoshopResource::Xmp);
+    const Bytes exif = FindResource(resources, PhotoshopResource::Exif);
+    if (!exif.empty())
+        DecodeExifTiff(exif.data(), exif.size(), &metadata.exif);
+    return metadata;
+}
+
+// Dots an inch with 16 bits behind the point, whatever unit is displayed; horizontal at 0, vertical at 8.
+void ReadPsdResolution(const Source &source, const PsdLayout &layout, std::uint16_t *xDpi, std::uint16_t *yDpi)
+{
+    const Bytes info = FindResource(Resources(source, layout), PhotoshopResource::Resolution);
+    if (info.size() < 10)
+        return;
+    *xDpi = static_cast<std::uint16_t>(info[0] << 8 | info[1]);
+    *yDpi = static_cast<std::uint16_t>(info[8] << 8 | info[9]);
+}
+
+} // namespace imagefile

@@ -1,0 +1,59 @@
+// What the sections of a Photoshop file say of its merged picture, checked, in our terms.
+#pragma once
+
+#include "core/codec.h"
+#include "metadata/metadata.h"
+
+namespace imagefile {
+
+/// Colour modes, as the header numbers them.
+enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
+
+/// How pixels are stored, and the form in which they are delivered:
+///
+///   | stored                      | delivered                                                  |
+///   |-----------------------------|------------------------------------------------------------|
+///   | bitmap (1 bit), indexed (8) | RGB of 8 bits                                              |
+///   | grey, duotone, RGB          | grey, RGB, or RGBA with opacity; of 8, 16 bits or float    |
+///   | CMYK, Lab (8 or 16 bits)    | RGB, or RGBA, of the same depth                            |
+///
+/// Opacity is the first channel behind the colours when the file says that its layers leave the paper open, or when it
+/// is the only one. Other channels are selections and are left out.
+struct PsdLayout {
+    bool isLarge = false; // PSB: sides up to 300,000 pixels, lengths of 64 bits
+    int channels = 0;     // stored
+    int width = 0;
+    int height = 0;
+    int bits = 8; // a sample
+    PsdMode mode = PsdMode::Rgb;
+    int colours = 3;        // channels of colour
+    bool hasAlpha = false;  // and one of opacity behind them
+    bool isOnPaper = false; // half-open pixels are blended with white
+    Bytes palette;          // indexed: 256 of red, of green, of blue
+    std::uint64_t resourcesAt = 0;
+    std::uint64_t resourcesBytes = 0;
+    int compression = 0;        // 0: none, 1: PackBits
+    std::uint64_t pixelsAt = 0; // behind the number of the compression
+    PixelForm form;             // as delivered
+
+    int UsedChannels() const { return colours + (hasAlpha ? 1 : 0); }
+    /// Unpacked, of one channel.
+    std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
+};
+
+constexpr int kPsdMaxSide = 30000; // of a PSD
+constexpr std::size_t kPsdHeaderBytes = 26;
+
+/// Reads and checks everything before the pixels.
+Status OpenPsd(const Source &source, PsdLayout *layout);
+
+/// Whether a file begins as a PSD or PSB.
+bool IsPsd(const Source &source);
+
+/// All four parts out of the image resources. Throws std::bad_alloc only.
+Metadata ReadPsdMetadata(const Source &source);
+
+/// The resolution that the image resources tell.
+void ReadPsdResolution(const Source &source, const PsdLayout &layout, std::uint16_t *xDpi, std::uint16_t *yDpi);
+
+} // namespace imagefile

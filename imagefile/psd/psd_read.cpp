@@ -1,0 +1,278 @@
+#include "core/byte_reader.h"
+#include "core/color_transform.h"
+#include "core/pack_bits.h"
+#include "psd_codec.h"
+#include "psd_layout.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace imagefile {
+
+namespace {
+
+Status EndsEarly()
+{
+    return Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: the file ends early");
+}
+
+/// Rows of the channels that are used. A file holds channel behind channel; all are read side by side.
+class ChannelReader {
+public:
+    ChannelReader(const Source &source, const PsdLayout &layout) : m_source(source), m_layout(layout) { }
+
+    /// Finds where the channels begin.
+    Status Start();
+    /// The next row of a channel, unpacked: layout.RowBytes() as stored.
+    Status ReadRow(std::size_t channel, int y, std::uint8_t *row);
+
+private:
+    Status ReadPackedSizes();
+
+    const Source &m_source;
+    const PsdLayout &m_layout;
+    std::vector<std::uint64_t> m_at;         // of the next row, by channel
+    std::vector<std::uint32_t> m_packedSize; // of all rows of the used channels, channel by channel
+    std::vector<std::uint8_t> m_packed;
+};
+
+Status ChannelReader::Start()
+{
+    if (m_layout.compression != 0)
+        return ReadPackedSizes();
+    const std::uint64_t channelBytes = m_layout.RowBytes() * static_cast<std::uint64_t>(m_layout.height);
+    for (int c = 0; c < m_layout.UsedChannels(); ++c)
+        m_at.push_back(m_layout.pixelsAt + static_cast<std::uint64_t>(c) * channelBytes);
+    return Status::Ok();
+}
+
+// The sizes of all rows of all channels stand ahead of the first one.
+Status ChannelReader::ReadPackedSizes()
+{
+    const int sizeBytes = m_layout.isLarge ? 4 : 2;
+    const auto height = static_cast<std::uint64_t>(m_layout.height);
+    ByteReader reader(m_source, m_layout.pixelsAt);
+    const std::uint64_t tableBytes =
+        height * static_cast<std::uint64_t>(m_layout.channels) * static_cast<std::uint64_t>(sizeBytes);
+    if (reader.Left() < tableBytes)
+        return EndsEarly();
+    std::uint64_t at = m_layout.pixelsAt + tableBytes;
+    for (int c = 0; c < m_layout.UsedChannels(); ++c) {
+        m_at.push_back(at);
+        for (std::uint64_t y = 0; y < height; ++y) {
+            m_packedSize.push_back(static_cast<std::uint32_t>(reader.Number(sizeBytes)));
+            at += m_packedSize.back();
+        }
+    }
+    return reader.Failed() ? EndsEarly() : Status::Ok();
+}
+
+Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
+{
+    const std::size_t rowBytes = m_layout.RowBytes();
+    std::uint64_t &at = m_at[channel];
+    if (m_layout.compression == 0) {
+        const std::size_t got = m_source.ReadAt(at, row, rowBytes);
+        at += rowBytes;
+        return got == rowBytes ? Status::Ok() : EndsEarly();
+    }
+    const std::size_t size =
+        m_packedSize[channel * static_cast<std::size_t>(m_layout.height) + static_cast<std::size_t>(y)];
+    if (size > 2 * rowBytes + 2) // a byte may take two, and no row takes more
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a row of %zu packed bytes", size));
+    m_packed.resize(size);
+    if (m_source.ReadAt(at, m_packed.data(), size) < size)
+        return EndsEarly();
+    at += size;
+    return UnpackBits(m_packed.data(), size, row, rowBytes)
+        ? Status::Ok()
+        : Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: packed pixels are damaged");
+}
+
+// A big-endian sample.
+template <class T> T Load(const std::uint8_t *p)
+{
+    static_assert(sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4);
+    if constexpr (sizeof(T) == 1) {
+        return *p;
+    } else if constexpr (sizeof(T) == 2) {
+        return static_cast<T>(p[0] << 8 | p[1]);
+    } else {
+        const std::uint32_t bits = BigEndian32(p);
+        T value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
+}
+
+/// Puts a channel into its places of a row.
+template <class T>
+void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *row, std::size_t step)
+{
+    for (std::size_t x = 0; x < width; ++x, channel += sizeof(T), row += step)
+        *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
+}
+
+/// Takes the white out that half-open pixels were blended with.
+template <class T> void TakePaperOut(T *row, std::size_t width)
+{
+    constexpr auto kFull = static_cast<float>(FullScale<T>());
+    for (std::size_t x = 0; x < width; ++x, row += 4) {
+        const float opacity = static_cast<float>(row[3]) / kFull;
+        for (int c = 0; c < 3 && opacity > 0.0f && opacity < 1.0f; ++c)
+            row[c] = ToSample<T>(kFull - (kFull - static_cast<float>(row[c])) / opacity);
+    }
+}
+
+/// Makes rows of the delivered form out of rows of channels.
+class Assembler {
+public:
+    Assembler(const PsdLayout &layout) : m_layout(layout) { }
+
+    Status Start(const Source &source);
+    /// Where a row of a channel is to be put, as stored.
+    std::uint8_t *Channel() { return m_channel.data(); }
+    /// The channel is complete.
+    void TakeChannel(std::size_t channel);
+    /// All channels are: fills the delivered row.
+    void Finish(std::uint8_t *row);
+
+private:
+    template <class T> void Take(std::size_t channel);
+    template <class T> void FinishAs(T *row);
+    void LookUp(std::uint8_t *row) const;
+
+    const PsdLayout &m_layout;
+    const std::size_t m_width = static_cast<std::size_t>(m_layout.width);
+    std::vector<std::uint8_t> m_channel;
+    std::vector<std::uint8_t> m_samples; // of all channels, side by side
+    ColourTransform m_transform;
+};
+
+Status Assembler::Start(const Source &source)
+{
+    m_channel.resize(m_layout.RowBytes());
+    m_samples.resize(m_width * static_cast<std::size_t>(m_layout.UsedChannels() * m_layout.form.bits / 8));
+    if (m_layout.mode == PsdMode::Cmyk)
+        return m_transform.Start(ColourCoding::Cmyk, ReadMetadata(source).icc, m_layout.bits, m_layout.hasAlpha);
+    if (m_layout.mode == PsdMode::Lab)
+        return m_transform.Start(ColourCoding::Lab, {}, m_layout.bits, m_layout.hasAlpha);
+    return Status::Ok();
+}
+
+template <class T> void Assembler::Take(std::size_t channel)
+{
+    // Inks are stored as what they leave of the paper.
+    const bool invert = m_layout.mode == PsdMode::Cmyk && channel < 4;
+    Interleave(m_channel.data(), m_width, invert, reinterpret_cast<T *>(m_samples.data()) + channel,
+               static_cast<std::size_t>(m_layout.UsedChannels()));
+}
+
+void Assembler::TakeChannel(std::size_t channel)
+{
+    if (m_layout.bits == 1)
+        for (std::size_t x = 0; x < m_width; ++x) // 1 is black
+            m_samples[x] = (m_channel[x / 8] >> (7 - x % 8) & 1) != 0 ? 0 : 255;
+    else if (m_layout.bits == 8)
+        Take<std::uint8_t>(channel);
+    else if (m_layout.bits == 16)
+        Take<std::uint16_t>(channel);
+    else
+        Take<float>(channel);
+}
+
+void Assembler::LookUp(std::uint8_t *row) const
+{
+    for (std::size_t x = 0; x < m_width; ++x)
+        for (std::size_t c = 0; c < 3; ++c)
+            *row++ = m_layout.palette[c * 256 + m_samples[x]];
+}
+
+template <class T> void Assembler::FinishAs(T *row)
+{
+    const T *samples = reinterpret_cast<const T *>(m_samples.data());
+    if (m_layout.mode == PsdMode::Cmyk || m_layout.mode == PsdMode::Lab) {
+        m_transform.Row(samples, row, m_width);
+    } else if (m_layout.UsedChannels() == m_layout.form.channels) {
+        std::memcpy(row, samples, m_samples.size());
+    } else { // grey for colours, perhaps with opacity behind it
+        const int stored = m_layout.UsedChannels(), delivered = m_layout.form.channels;
+        T *pixel = row;
+        for (std::size_t x = 0; x < m_width; ++x, samples += stored, pixel += delivered) {
+            pixel[0] = pixel[1] = pixel[2] = samples[0];
+            if (delivered == 4)
+                pixel[3] = samples[1];
+        }
+    }
+    if (m_layout.isOnPaper)
+        TakePaperOut(row, m_width);
+}
+
+void Assembler::Finish(std::uint8_t *row)
+{
+    if (m_layout.mode == PsdMode::Indexed)
+        LookUp(row);
+    else if (m_layout.form.bits == 8)
+        FinishAs(row);
+    else if (m_layout.form.bits == 16)
+        FinishAs(reinterpret_cast<std::uint16_t *>(row));
+    else
+        FinishAs(reinterpret_cast<float *>(row));
+}
+
+struct ColourName {
+    PsdMode mode;
+    GflColorModel model;
+    const char *suffix; // of the description, by which hosts know files that need care
+};
+constexpr ColourName kColourNames[] = {
+    {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},
+    {PsdMode::Rgb, GFL_CM_RGB, ""},     {PsdMode::Cmyk, GFL_CM_CMYK, " CMYK"}, {PsdMode::Duotone, GFL_CM_GREY, ""},
+    {PsdMode::Lab, GFL_CM_LAB, " LAB"},
+};
+
+} // namespace
+
+Status ReadPsdInfo(const Source &source, GFL_FILE_INFORMATION *info)
+{
+    PsdLayout layout;
+    if (Status status = OpenPsd(source, &layout); !status)
+        return status;
+    const ColourName &name = *std::find_if(std::begin(kColourNames), std::end(kColourNames),
+                                           [&](const ColourName &known) { return known.mode == layout.mode; });
+    std::snprintf(info->Description, sizeof info->Description, "%s%s", layout.isLarge ? "PSB" : "PSD", name.suffix);
+    info->Width = layout.width;
+    info->Height = layout.height;
+    info->BitsPerComponent = static_cast<std::uint16_t>(layout.form.bits);
+    info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.mode == PsdMode::Indexed ? 3 : layout.channels);
+    info->ColorModel = name.model;
+    ReadPsdResolution(source, layout, &info->Xdpi, &info->Ydpi);
+    return Status::Ok();
+}
+
+Status ReadPsdPixels(const Source &source, RowSink *rows)
+{
+    PsdLayout layout;
+    if (Status status = OpenPsd(source, &layout); !status)
+        return status;
+    ChannelReader channels(source, layout);
+    if (Status status = channels.Start(); !status)
+        return status;
+    Assembler assembler(layout);
+    if (Status status = assembler.Start(source); !status)
+        return status;
+    if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
+        return status;
+    for (int y = 0; y < layout.height; ++y) {
+        for (std::size_t c = 0; c < static_cast<std::size_t>(layout.UsedChannels()); ++c) {
+            if (Status status = channels.ReadRow(c, y, assembler.Channel()); !status)
+                return status;
+            assembler.TakeChannel(c);
+        }
+        assembler.Finish(rows->Row(y));
+        rows->Done(y);
+    }
+    return Status::Ok();
+}
+
+} // namespace imagefile

@@ -1,0 +1,32 @@
+// Deflate of TIFF strips on several threads, in order, with a few strips in memory at a time.
+#pragma once
+
+#include "core/status.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace imagefile {
+
+/// What has to be packed.
+struct StripJob {
+    int strips = 0;                // >= 1
+    std::size_t maxStripBytes = 0; // unpacked
+    int threads = 1;               // >= 1, the calling one among them; the packed bytes are the same for any number
+    int level = 1;                 // of libdeflate, 1 to 12
+
+    /// Makes what strip @p strip is filled from in @p rows (maxStripBytes). Called strip by strip in order, from the
+    /// calling thread, while others pack. May be left out; the rows that fill gets are then null.
+    std::function<Status(int strip, std::uint8_t *rows)> make;
+    /// Fills @p buffer (maxStripBytes) with strip @p strip and returns its bytes. Called from several threads at once;
+    /// must not throw.
+    std::function<std::size_t(int strip, const std::uint8_t *rows, std::uint8_t *buffer)> fill;
+    /// Takes the packed strip. Called strip by strip in order, from the calling thread.
+    std::function<Status(int strip, const std::uint8_t *packed, std::size_t bytes)> write;
+};
+
+/// Packs all strips as zlib streams. Ends at the first failure of @c make or @c write. Throws std::bad_alloc.
+Status PackStrips(const StripJob &job);
+
+} // namespace imagefile

@@ -1,0 +1,14 @@
+// What the files of the TIFF codec share.
+#pragma once
+
+#include "core/codec.h"
+
+namespace imagefile {
+
+Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info);
+Status ReadTiffPixels(const Source &source, RowSink *rows);
+/// A reduced version that the file holds for such purposes, or the picture.
+Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows);
+Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
+
+} // namespace imagefile

@@ -1,0 +1,114 @@
+#include "tiff_exif.h"
+
+#include "metadata/exif_carry.h"
+
+#include <algorithm>
+
+namespace imagefile {
+
+namespace {
+
+constexpr TiffVariant kClassic = {false};
+constexpr std::uint16_t kTypeLong8 = 16;
+
+Status Broken(const char *what)
+{
+    return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: %s can't be read back", what));
+}
+
+// Appends at an even offset, as TIFF demands of directories.
+Status Append(const std::vector<std::uint8_t> &bytes, Sink *sink, std::uint64_t *offset)
+{
+    *offset = (sink->Size() + 1) & ~std::uint64_t(1);
+    return sink->WriteAt(*offset, bytes.data(), bytes.size());
+}
+
+Status ReadFirstDirectory(Sink *sink, TiffVariant variant, TiffFields *fields)
+{
+    std::uint8_t pointer[8] = {};
+    sink->ReadAt(variant.FirstDirectoryAt(), pointer, variant.OffsetBytes());
+    const std::uint64_t offset = LittleEndian(pointer, variant.OffsetBytes());
+    if (offset == 0 || offset >= sink->Size())
+        return Broken("the first directory");
+    std::vector<std::uint8_t> tail(std::min<std::uint64_t>(sink->Size() - offset, 65536)); // room for 3,276 fields
+    tail.resize(sink->ReadAt(offset, tail.data(), tail.size()));
+    return ReadDirectory(tail, 0, variant, fields) ? Status::Ok() : Broken("the first directory");
+}
+
+void Join(const TiffFields &more, TiffFields *fields)
+{
+    const TiffFields own = *fields;
+    for (const TiffField &field : more)
+        if (std::none_of(own.begin(), own.end(), [&field](const TiffField &f) { return f.tag == field.tag; }))
+            fields->push_back(field);
+    std::sort(fields->begin(), fields->end(), [](const TiffField &a, const TiffField &b) { return a.tag < b.tag; });
+}
+
+} // namespace
+
+Status TiffExif::Encode(const Exiv2::ExifData &exif)
+{
+    try {
+        m_classic = EncodeExif(exif);
+    } catch (const Exiv2::AnyError &error) {
+        return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: the EXIF can't be written: %s", error.what()));
+    }
+    m_classic.resize((m_classic.size() + 15) & ~std::size_t(15)); // strips begin at whole samples
+    return Status::Ok();
+}
+
+Status TiffExif::WriteHead(Sink *sink) const
+{
+    // The head's own header is the file's. A BigTIFF's is longer and covers the begin of the head's first directory,
+    // which nobody reads any more once its fields are joined.
+    const std::size_t begin = m_variant.HeaderBytes();
+    return m_classic.size() > begin ? sink->WriteAt(begin, m_classic.data() + begin, m_classic.size() - begin)
+                                    : Status::Ok();
+}
+
+// Gives the fields of a classic directory the form of BigTIFF, together with the directories that they point to.
+Status TiffExif::WidenDirectory(TiffFields *fields, Sink *sink) const
+{
+    for (TiffField &field : *fields) {
+        if (!WidenField(m_classic, &field))
+            return Broken("the EXIF");
+        if (!IsDirectoryPointer(field.tag))
+            continue;
+        TiffFields below;
+        if (!ReadDirectory(m_classic, LittleEndian(field.value.data(), 4), kClassic, &below))
+            return Broken("the EXIF");
+        if (Status status = WidenDirectory(&below, sink); !status)
+            return status;
+        std::uint64_t offset = 0;
+        if (Status status = Append(EncodeDirectory(below, m_variant), sink, &offset); !status)
+            return status;
+        field.type = kTypeLong8;
+        for (std::size_t i = 0; i < field.value.size(); ++i)
+            field.value[i] = static_cast<std::uint8_t>(offset >> (8 * i));
+    }
+    return Status::Ok();
+}
+
+Status TiffExif::JoinFirstDirectory(Sink *sink) const
+{
+    if (m_classic.empty())
+        return Status::Ok();
+    TiffFields fields, more;
+    if (Status status = ReadFirstDirectory(sink, m_variant, &fields); !status)
+        return status;
+    if (!ReadDirectory(m_classic, LittleEndian(m_classic.data() + 4, 4), kClassic, &more))
+        return Broken("the EXIF");
+    if (m_variant.isBig)
+        if (Status status = WidenDirectory(&more, sink); !status)
+            return status;
+    Join(more, &fields);
+    std::uint64_t offset = 0;
+    if (Status status = Append(EncodeDirectory(fields, m_variant), sink, &offset); !status)
+        return status;
+    std::uint8_t pointer[8];
+    for (std::size_t i = 0; i < sizeof pointer; ++i)
+        pointer[i] = static_cast<std::uint8_t>(offset >> (8 * i));
+    return sink->WriteAt(m_variant.FirstDirectoryAt(), pointer, m_variant.OffsetBytes());
+}
+
+} // namespace imagefile

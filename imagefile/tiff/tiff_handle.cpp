@@ -1,0 +1,117 @@
+#include "tiff_handle.h"
+
+#include "core/image_limits.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace imagefile {
+
+struct TiffHandle::Client {
+    const Source *source = nullptr; // exactly one of the two
+    Sink *sink = nullptr;
+    std::uint64_t position = 0;
+    Status sinkFailure = Status::Ok();
+    std::string firstError;
+
+    static Client *Of(thandle_t handle) { return static_cast<Client *>(handle); }
+    static tmsize_t Read(thandle_t handle, void *buffer, tmsize_t length);
+    static tmsize_t Write(thandle_t handle, void *buffer, tmsize_t length);
+    static toff_t Seek(thandle_t handle, toff_t offset, int whence);
+    static toff_t Size(thandle_t handle);
+    static int NoteError(TIFF *, void *client, const char *module, const char *format, va_list arguments);
+};
+
+tmsize_t TiffHandle::Client::Read(thandle_t handle, void *buffer, tmsize_t length)
+{
+    Client *client = Of(handle);
+    const auto wanted = static_cast<std::size_t>(length);
+    const std::size_t count = client->source ? client->source->ReadAt(client->position, buffer, wanted)
+                                             : client->sink->ReadAt(client->position, buffer, wanted);
+    client->position += count;
+    return static_cast<tmsize_t>(count);
+}
+
+tmsize_t TiffHandle::Client::Write(thandle_t handle, void *buffer, tmsize_t length)
+{
+    Client *client = Of(handle);
+    if (!client->sink || !client->sinkFailure)
+        return 0;
+    client->sinkFailure = client->sink->WriteAt(client->position, buffer, static_cast<std::size_t>(length));
+    if (!client->sinkFailure)
+        return 0;
+    client->position += static_cast<std::uint64_t>(length);
+    return length;
+}
+
+toff_t TiffHandle::Client::Seek(thandle_t handle, toff_t offset, int whence)
+{
+    Client *client = Of(handle);
+    const std::uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? client->position : Size(handle);
+    return client->position = base + offset;
+}
+
+toff_t TiffHandle::Client::Size(thandle_t handle)
+{
+    const Client *client = Of(handle);
+    return client->source ? client->source->Size() : client->sink->Size();
+}
+
+// Errors only: libtiff warns of much that does no harm.
+int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
+{
+    auto *client = static_cast<Client *>(data);
+    char text[256];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    if (client->firstError.empty())
+        client->firstError = text;
+    return 1; // handled: libtiff's global handler, which prints, is not asked
+}
+
+TiffHandle::TiffHandle() : m_client(std::make_unique<Client>()) { }
+
+TiffHandle::~TiffHandle()
+{
+    if (m_tiff)
+        TIFFClose(m_tiff);
+}
+
+Status TiffHandle::OpenForReading(const Source &source)
+{
+    m_client->source = &source;
+    return Open("rm"); // m: no memory mapping, a file that shrinks meanwhile would kill the process
+}
+
+Status TiffHandle::OpenForWriting(Sink *sink, bool big)
+{
+    m_client->sink = sink;
+    return Open(big ? "wl8" : "wl");
+}
+
+Status TiffHandle::Open(const char *mode)
+{
+    const std::unique_ptr<TIFFOpenOptions, void (*)(TIFFOpenOptions *)> options(TIFFOpenOptionsAlloc(),
+                                                                                TIFFOpenOptionsFree);
+    if (!options)
+        return Status::Fail(GFL_ERROR_NO_MEMORY, "no memory to open a TIFF");
+    TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaxCodecAllocation);
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Client::NoteError, m_client.get());
+    TIFFOpenOptionsSetWarningHandlerExtR(
+        options.get(), [](TIFF *, void *, const char *, const char *, va_list) { return 1; }, nullptr);
+    m_tiff = TIFFClientOpenExt(
+        "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
+        Client::Size, nullptr, nullptr, options.get());
+    return m_tiff ? Status::Ok() : Failure(m_client->sink ? GFL_ERROR_FILE_WRITE : GFL_ERROR_FILE_READ);
+}
+
+Status TiffHandle::Failure(GflError error) const
+{
+    if (!m_client->sinkFailure)
+        return m_client->sinkFailure;
+    std::string why = m_client->firstError.empty() ? "damaged" : m_client->firstError;
+    if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name under which it was opened: ours
+        return Status::Fail(error, std::move(why));
+    return Status::Fail(error, "TIFF: " + why);
+}
+
+} // namespace imagefile

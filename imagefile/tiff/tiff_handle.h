@@ -1,0 +1,46 @@
+// libtiff on our sources and sinks: one open file, its position, and the first thing that went wrong.
+#pragma once
+
+#include "core/sink.h"
+#include "core/source.h"
+
+#include <memory>
+#include <tiffio.h>
+
+namespace imagefile {
+
+/// An open TIFF. Closes it at the end of its life; nothing is printed, also not by closing.
+class TiffHandle {
+public:
+    TiffHandle();
+    ~TiffHandle();
+    TiffHandle(const TiffHandle &) = delete;
+    TiffHandle &operator=(const TiffHandle &) = delete;
+
+    /// Opens the first directory. The source must outlive the handle.
+    Status OpenForReading(const Source &source);
+    /// Starts an empty little-endian file, classic or BigTIFF. The sink must outlive the handle.
+    Status OpenForWriting(Sink *sink, bool big);
+
+    TIFF *Get() const { return m_tiff; }
+
+    /// The first error that libtiff reported, or of the sink below it, as a failure; @p error is used when the cause is
+    /// not known better.
+    Status Failure(GflError error) const;
+
+    /// A field that has one value; @p missing where the file has none and TIFF no default.
+    template <class T> T Field(std::uint32_t tag, T missing) const
+    {
+        T value = missing;
+        return TIFFGetFieldDefaulted(m_tiff, tag, &value) ? value : missing;
+    }
+
+private:
+    struct Client;
+    Status Open(const char *mode);
+
+    std::unique_ptr<Client> m_client; // at a fixed address, because libtiff keeps it
+    TIFF *m_tiff = nullptr;
+};
+
+} // namespace imagefile

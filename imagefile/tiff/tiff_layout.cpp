@@ -1,0 +1,314 @@
+#include "tiff_layout.h"
+
+#include "core/image_limits.h"
+
+#include <algorithm>
+
+namespace imagefile {
+
+namespace {
+
+constexpr int kMaxDirectories = 64;
+constexpr int kMaxSamples = 64; // pictures have up to 5, with masks some more
+
+Status Unknown(const std::string &why)
+{
+    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: " + why);
+}
+
+Status Damaged(const std::string &why)
+{
+    return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: " + why);
+}
+
+bool IsReduced(const TiffHandle &handle)
+{
+    return (handle.Field<std::uint32_t>(TIFFTAG_SUBFILETYPE, 0) & FILETYPE_REDUCEDIMAGE) != 0;
+}
+
+Status FindPicture(const TiffHandle &handle)
+{
+    for (int i = 0; IsReduced(handle); ++i)
+        if (i == kMaxDirectories || !TIFFReadDirectory(handle.Get()))
+            return Unknown("the file holds reduced pictures only");
+    return Status::Ok();
+}
+
+Status ReadSize(const TiffHandle &handle, TiffLayout *layout)
+{
+    const auto width = handle.Field<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+    const auto height = handle.Field<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+    if (Status status = CheckImageSize(width, height, 1, 8); !status)
+        return status;
+    layout->width = static_cast<int>(width);
+    layout->height = static_cast<int>(height);
+    return Status::Ok();
+}
+
+bool IsReadable(int bits, std::uint16_t sampleFormat)
+{
+    if (sampleFormat == SAMPLEFORMAT_IEEEFP)
+        return bits == 16 || bits == 32 || bits == 64;
+    return (sampleFormat == SAMPLEFORMAT_UINT || sampleFormat == SAMPLEFORMAT_VOID)
+        && ((bits >= 1 && bits <= 16) || bits == 24 || bits == 32);
+}
+
+Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
+{
+    layout->bits = handle.Field<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
+    layout->samples = handle.Field<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    layout->compression = handle.Field<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    layout->isPlanar = handle.Field<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE
+        && layout->samples > 1;
+    layout->isTiled = TIFFIsTiled(handle.Get()) != 0;
+    if (layout->samples < 1 || layout->samples > kMaxSamples)
+        return Unknown(Text("%d samples a pixel; 1 to %d are read", layout->samples, kMaxSamples));
+    if (!TIFFIsCODECConfigured(layout->compression))
+        return Unknown(Text("compression %d is not known", layout->compression));
+    return Status::Ok();
+}
+
+// Colours by their number where the file doesn't say, as old scanners do.
+std::uint16_t Photometric(const TiffHandle &handle, const TiffLayout &layout)
+{
+    std::uint16_t photometric = 0;
+    if (TIFFGetField(handle.Get(), TIFFTAG_PHOTOMETRIC, &photometric))
+        return photometric;
+    return layout.samples < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
+}
+
+Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
+{
+    layout->photometric = Photometric(handle, *layout);
+    switch (layout->photometric) {
+    case PHOTOMETRIC_MINISWHITE:
+    case PHOTOMETRIC_MINISBLACK:
+    case PHOTOMETRIC_MASK:
+        layout->minIsWhite = layout->photometric == PHOTOMETRIC_MINISWHITE;
+        layout->colour = TiffColour::Grey;
+        return Status::Ok();
+    case PHOTOMETRIC_RGB:
+        layout->colour = TiffColour::Rgb;
+        return Status::Ok();
+    case PHOTOMETRIC_PALETTE:
+        layout->colour = TiffColour::Palette;
+        return Status::Ok();
+    case PHOTOMETRIC_SEPARATED:
+        layout->colour = TiffColour::Cmyk;
+        if (handle.Field<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK)
+            return Unknown("inks other than CMYK");
+        return Status::Ok();
+    case PHOTOMETRIC_YCBCR:
+        layout->colour = TiffColour::Other;
+        if (layout->compression == COMPRESSION_JPEG && !layout->isPlanar) {
+            TIFFSetField(handle.Get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+            layout->colour = TiffColour::Rgb;
+        }
+        return Status::Ok();
+    case PHOTOMETRIC_CIELAB:
+    case PHOTOMETRIC_ICCLAB:
+        layout->colour = TiffColour::Lab;
+        if ((layout->bits != 8 && layout->bits != 16) || layout->samples < 3)
+            return Unknown(Text("Lab of %d bits, %d samples", layout->bits, layout->samples));
+        return Status::Ok();
+    case PHOTOMETRIC_ITULAB:
+    case PHOTOMETRIC_LOGL:
+    case PHOTOMETRIC_LOGLUV:
+        layout->colour = TiffColour::Other;
+        return Status::Ok();
+    default:
+        return Unknown(Text("colours of kind %d", layout->photometric));
+    }
+}
+
+int ColourSamples(TiffColour colour)
+{
+    return colour == TiffColour::Rgb || colour == TiffColour::Lab ? 3 : colour == TiffColour::Cmyk ? 4 : 1;
+}
+
+// The sample that holds opacity, or -1.
+int FindOpacity(const TiffHandle &handle, int colours, TiffLayout *layout)
+{
+    std::uint16_t count = 0;
+    std::uint16_t *kinds = nullptr;
+    TIFFGetFieldDefaulted(handle.Get(), TIFFTAG_EXTRASAMPLES, &count, &kinds);
+    const int extras = layout->samples - colours;
+    for (int i = 0; i < std::min<int>(count, extras); ++i) {
+        if (kinds[i] == EXTRASAMPLE_ASSOCALPHA || kinds[i] == EXTRASAMPLE_UNASSALPHA) {
+            layout->premultiplied = kinds[i] == EXTRASAMPLE_ASSOCALPHA;
+            return colours + i;
+        }
+    }
+    const bool isOpacity = extras == 1 && (layout->colour == TiffColour::Grey || layout->colour == TiffColour::Rgb);
+    return isOpacity ? colours : -1;
+}
+
+int UnpackedBits(const TiffLayout &layout)
+{
+    return layout.isFloat || layout.bits > 16 ? 32 : layout.bits > 8 ? 16 : 8;
+}
+
+Status ReadPalette(const TiffHandle &handle, TiffLayout *layout)
+{
+    std::uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
+    if (layout->isFloat || layout->bits > 16 || !TIFFGetField(handle.Get(), TIFFTAG_COLORMAP, &red, &green, &blue))
+        return Damaged("the colour map is missing");
+    layout->palette[0] = red;
+    layout->palette[1] = green;
+    layout->palette[2] = blue;
+    return Status::Ok();
+}
+
+Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
+{
+    const auto sampleFormat = handle.Field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    if (!IsReadable(layout->bits, sampleFormat))
+        return Unknown(Text("samples of %d bits in format %d; read are numbers without sign (format 1) of up to 16, 24 "
+                            "and 32 bits, and floating point (3) of 16, 32 and 64",
+                            layout->bits, sampleFormat));
+    const int colours = ColourSamples(layout->colour);
+    if (layout->samples < colours)
+        return Damaged(Text("%d samples a pixel where %d are needed", layout->samples, colours));
+    layout->isFloat = sampleFormat == SAMPLEFORMAT_IEEEFP;
+    if (layout->isFloat && layout->colour == TiffColour::Lab)
+        return Unknown("Lab in floating point");
+    for (int i = 0; i < colours; ++i)
+        layout->used.push_back(i);
+    const int opacity = layout->colour == TiffColour::Palette ? -1 : FindOpacity(handle, colours, layout);
+    if (opacity >= 0)
+        layout->used.push_back(opacity);
+    layout->unpacked = {UnpackedBits(*layout), static_cast<int>(layout->used.size())};
+    const bool isGrey = layout->colour == TiffColour::Grey && layout->bits > 1;
+    layout->form = {layout->colour == TiffColour::Palette ? 8 : layout->unpacked.bits,
+                    opacity >= 0 ? 4
+                        : isGrey ? 1
+                                 : 3};
+    return layout->colour == TiffColour::Palette ? ReadPalette(handle, layout) : Status::Ok();
+}
+
+Status ChooseForeignForm(const TiffHandle &handle, TiffLayout *layout)
+{
+    char why[1024] = "";
+    if (!TIFFRGBAImageOK(handle.Get(), why))
+        return Unknown(why);
+    layout->form = {8, 3};
+    return Status::Ok();
+}
+
+/// Bytes of pixels that one byte of the file can stand for.
+std::int64_t MaxRatio(const TiffLayout &layout)
+{
+    switch (layout.compression) {
+    case COMPRESSION_NONE:
+        return layout.photometric == PHOTOMETRIC_YCBCR ? 3 : 1; // colour at a sixteenth: 18 samples for 48
+    case COMPRESSION_PACKBITS:
+        return 64; // 128 bytes for 2
+    case COMPRESSION_LZW:
+        return 1400; // 3,838 codes of at most 12 bits stand for 1 + 2 + ... + 3,838 bytes
+    case COMPRESSION_DEFLATE:
+    case COMPRESSION_ADOBE_DEFLATE:
+        return kDeflateRatio;
+    case COMPRESSION_JPEG:
+    case COMPRESSION_OJPEG:
+        return kJpegPixelsPerByte * layout.samples;
+    default:
+        return kUnboundedRatio; // fax, Zstandard, LZMA, WebP, LERC
+    }
+}
+
+Status CheckBytes(const Source &source, const TiffHandle &handle, const TiffLayout &layout)
+{
+    if (Status status = CheckImageSize(layout.width, layout.height, layout.form.channels, layout.form.bits); !status)
+        return status;
+    // Tiles are stored whole, also those that hang over the edge.
+    const std::uint64_t tileBytes = layout.isTiled ? TIFFTileSize64(handle.Get()) : 0;
+    if (layout.isTiled && (tileBytes == 0 || tileBytes > static_cast<std::uint64_t>(kMaxCodecAllocation)))
+        return Damaged(Text("tiles of %llu bytes", static_cast<unsigned long long>(tileBytes)));
+    const std::int64_t rowBits = std::int64_t(layout.width) * layout.samples * layout.bits; // <= 2^20 * 2^6 * 2^6
+    const std::int64_t bytes = layout.isTiled
+        ? static_cast<std::int64_t>(tileBytes) * TIFFNumberOfTiles(handle.Get()) // <= 2^30 * 2^32
+        : (rowBits + 7) / 8 * layout.height;
+    const std::int64_t delivered = std::int64_t(layout.width) * layout.height * layout.form.BytesPerPixel(); // <= 2^44
+    return CheckClaim(bytes, delivered, source.Size(), MaxRatio(layout));
+}
+
+/// Everything that the current directory shows, checked.
+Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *layout)
+{
+    if (Status status = ReadSize(handle, layout); !status)
+        return status;
+    if (Status status = ReadSampleForm(handle, layout); !status)
+        return status;
+    if (Status status = ReadColour(handle, layout); !status)
+        return status;
+    Status status =
+        layout->colour == TiffColour::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
+    return status ? CheckBytes(source, handle, *layout) : status;
+}
+
+std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
+{
+    std::uint16_t count = 0;
+    const std::uint64_t *offsets = nullptr;
+    if (!TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
+        return {};
+    return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxDirectories));
+}
+
+// The place of the smallest directory that will do, 0 for none.
+class ReducedSearch {
+public:
+    ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
+
+    void Look(const TiffHandle &handle)
+    {
+        const auto width = handle.Field<std::uint32_t>(TIFFTAG_IMAGEWIDTH, 0);
+        const auto height = handle.Field<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
+        if (!IsReduced(handle) || width >= m_bestWidth || height > static_cast<std::uint32_t>(m_picture.height))
+            return;
+        if (!CanStandFor(m_picture, {static_cast<int>(width), static_cast<int>(height)}, m_box))
+            return;
+        m_bestWidth = width;
+        m_best = TIFFCurrentDirOffset(handle.Get());
+    }
+    std::uint64_t Best() const { return m_best; }
+
+private:
+    const Box m_picture, m_box;
+    std::uint32_t m_bestWidth = kMaxSidePixels;
+    std::uint64_t m_best = 0;
+};
+
+} // namespace
+
+Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout)
+{
+    if (Status status = handle->OpenForReading(source); !status)
+        return status;
+    Status status = FindPicture(*handle);
+    return status ? ReadLayout(source, *handle, layout) : status;
+}
+
+Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout)
+{
+    TiffLayout picture;
+    if (Status status = OpenTiffPicture(source, handle, &picture); !status)
+        return status;
+    ReducedSearch search(picture, box);
+    for (const std::uint64_t offset : SubDirectories(*handle))
+        if (TIFFSetSubDirectory(handle->Get(), offset))
+            search.Look(*handle);
+    // Reduced versions of the pages behind the first belong to those.
+    bool more = TIFFSetDirectory(handle->Get(), 0) != 0;
+    for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = TIFFReadDirectory(handle->Get()) != 0) {
+        pages += IsReduced(*handle) ? 0 : 1;
+        if (pages > 1)
+            break;
+        search.Look(*handle);
+    }
+    if (search.Best() == 0 || !TIFFSetSubDirectory(handle->Get(), search.Best()))
+        return Unknown("no reduced version of the wanted size");
+    return ReadLayout(source, *handle, layout);
+}
+
+} // namespace imagefile

@@ -1,0 +1,329 @@
+#include "core/image_limits.h"
+#include "tiff_codec.h"
+#include "tiff_samples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace imagefile {
+
+namespace {
+
+/// Strips up to this size are decoded at once, which libtiff does by libdeflate and much faster than row by row. Larger
+/// ones, such as a whole picture in one strip, would need its memory twice.
+constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
+
+/// Decodes a TIFF from the top down, a row of tiles, a strip or a single row (the band) at a time. Each plane of a
+/// planar file has a handle of its own, so that all are read in one pass.
+class BandReader {
+public:
+    Status Open(const Source &source);
+    /// A reduced version that can stand for the picture in @p box.
+    Status OpenReduced(const Source &source, const Box &box);
+    const TiffLayout &Layout() const { return m_layout; }
+    TIFF *Picture() const { return m_planes[0]->Get(); }
+
+    Status Start();
+    /// Decodes the band that begins at row @p y.
+    Status ReadBand(int y);
+    int BandRows() const { return m_bandRows; }
+    /// Unpacks a row of the band into @p dst: layout.unpacked.channels samples a pixel.
+    void UnpackRow(int rowInBand, void *dst) const;
+
+private:
+    Status OpenPlanes(const Source &source);
+    Status ReadTiles(std::size_t plane, int y);
+    Status ReadStrip(std::size_t plane, int y);
+    void UnpackPiece(const std::uint8_t *src, std::size_t plane, std::size_t x, std::size_t count, void *dst) const;
+    Status Expect(std::size_t plane, tmsize_t got, std::uint64_t wanted) const;
+
+    TiffLayout m_layout;
+    std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one for each used sample
+    int m_pieceWidth = 0;                              // of a tile, or of the picture
+    int m_bandRows = 0;                                // tile height, rows of a strip, or 1
+    bool m_byRow = false;                              // strips are too large to be decoded at once
+    std::size_t m_pieces = 1;                          // side by side
+    std::size_t m_rowBytes = 0;                        // of a piece
+    std::size_t m_pieceBytes = 0;
+    std::vector<std::uint8_t> m_band; // planes, in them pieces, in them rows
+};
+
+Status BandReader::Open(const Source &source)
+{
+    m_planes.push_back(std::make_unique<TiffHandle>());
+    if (Status status = OpenTiffPicture(source, m_planes[0].get(), &m_layout); !status)
+        return status;
+    return m_layout.isPlanar && m_layout.colour != TiffColour::Other ? OpenPlanes(source) : Status::Ok();
+}
+
+Status BandReader::OpenReduced(const Source &source, const Box &box)
+{
+    m_planes.push_back(std::make_unique<TiffHandle>());
+    if (Status status = OpenTiffReduced(source, box, m_planes[0].get(), &m_layout); !status)
+        return status;
+    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: a reduced version in planes")
+                             : Status::Ok();
+}
+
+Status BandReader::OpenPlanes(const Source &source)
+{
+    while (m_planes.size() < m_layout.used.size()) {
+        TiffLayout same;
+        m_planes.push_back(std::make_unique<TiffHandle>());
+        if (Status status = OpenTiffPicture(source, m_planes.back().get(), &same); !status)
+            return status;
+    }
+    return Status::Ok();
+}
+
+Status BandReader::Start()
+{
+    TIFF *tiff = Picture();
+    const int samples = m_layout.isPlanar ? 1 : m_layout.samples;
+    if (m_layout.isTiled) {
+        m_pieceWidth = static_cast<int>(m_planes[0]->Field<std::uint32_t>(TIFFTAG_TILEWIDTH, 0));
+        m_bandRows = static_cast<int>(m_planes[0]->Field<std::uint32_t>(TIFFTAG_TILELENGTH, 0));
+        m_rowBytes = TIFFTileRowSize64(tiff);
+        m_pieceBytes = TIFFTileSize64(tiff); // <= kMaxCodecAllocation
+    } else {
+        const auto rows = m_planes[0]->Field<std::uint32_t>(TIFFTAG_ROWSPERSTRIP, 1);
+        m_pieceWidth = m_layout.width;
+        m_rowBytes = TIFFScanlineSize64(tiff);
+        m_bandRows = static_cast<int>(std::min<std::uint32_t>(rows, static_cast<std::uint32_t>(m_layout.height)));
+        m_byRow = m_rowBytes * static_cast<std::uint64_t>(m_bandRows) > kMaxStripBuffer;
+        if (m_byRow)
+            m_bandRows = 1;
+        m_pieceBytes = m_rowBytes * static_cast<std::size_t>(m_bandRows);
+    }
+    const std::int64_t neededBits = std::int64_t(m_pieceWidth) * samples * m_layout.bits;
+    if (m_pieceWidth < 1 || m_bandRows < 1 || static_cast<std::int64_t>(m_rowBytes) * 8 < neededBits
+        || m_pieceBytes / static_cast<std::size_t>(m_bandRows) < m_rowBytes)
+        return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: strips or tiles don't fit to the picture");
+    m_pieces = static_cast<std::size_t>((std::int64_t(m_layout.width) + m_pieceWidth - 1) / m_pieceWidth);
+    m_band.resize(m_planes.size() * m_pieces * m_pieceBytes);
+    return Status::Ok();
+}
+
+Status BandReader::Expect(std::size_t plane, tmsize_t got, std::uint64_t wanted) const
+{
+    if (got >= 0 && static_cast<std::uint64_t>(got) >= wanted)
+        return Status::Ok();
+    return m_planes[plane]->Failure(GFL_ERROR_FILE_READ);
+}
+
+Status BandReader::ReadTiles(std::size_t plane, int y)
+{
+    TIFF *tiff = m_planes[plane]->Get();
+    const auto sample = static_cast<std::uint16_t>(m_layout.isPlanar ? m_layout.used[plane] : 0);
+    for (std::size_t piece = 0; piece < m_pieces; ++piece) {
+        const auto x = static_cast<std::uint32_t>(piece) * static_cast<std::uint32_t>(m_pieceWidth);
+        const std::uint32_t tile = TIFFComputeTile(tiff, x, static_cast<std::uint32_t>(y), 0, sample);
+        std::uint8_t *buffer = m_band.data() + (plane * m_pieces + piece) * m_pieceBytes;
+        const tmsize_t got = TIFFReadEncodedTile(tiff, tile, buffer, static_cast<tmsize_t>(m_pieceBytes));
+        if (Status status = Expect(plane, got, m_pieceBytes); !status)
+            return status;
+    }
+    return Status::Ok();
+}
+
+Status BandReader::ReadStrip(std::size_t plane, int y)
+{
+    TIFF *tiff = m_planes[plane]->Get();
+    const auto row = static_cast<std::uint32_t>(y);
+    const auto sample = static_cast<std::uint16_t>(m_layout.isPlanar ? m_layout.used[plane] : 0);
+    std::uint8_t *buffer = m_band.data() + plane * m_pieceBytes;
+    if (m_byRow)
+        return Expect(plane, TIFFReadScanline(tiff, buffer, row, sample), 1);
+    const int rows = std::min(m_bandRows, m_layout.height - y);
+    const std::size_t wanted = static_cast<std::size_t>(rows) * m_rowBytes;
+    const std::uint32_t strip = TIFFComputeStrip(tiff, row, sample);
+    return Expect(plane, TIFFReadEncodedStrip(tiff, strip, buffer, static_cast<tmsize_t>(wanted)), wanted);
+}
+
+Status BandReader::ReadBand(int y)
+{
+    for (std::size_t plane = 0; plane < m_planes.size(); ++plane)
+        if (Status status = m_layout.isTiled ? ReadTiles(plane, y) : ReadStrip(plane, y); !status)
+            return status;
+    return Status::Ok();
+}
+
+void BandReader::UnpackPiece(const std::uint8_t *src, std::size_t plane, std::size_t x, std::size_t count,
+                             void *dst) const
+{
+    const auto channels = static_cast<std::size_t>(m_layout.unpacked.channels);
+    const auto sampleBytes = static_cast<std::size_t>(m_layout.unpacked.bits) / 8;
+    std::uint8_t *out = static_cast<std::uint8_t *>(dst) + x * channels * sampleBytes;
+    const auto stored = static_cast<std::size_t>(m_layout.isPlanar ? 1 : m_layout.samples);
+    if (stored == channels && m_layout.bits == m_layout.unpacked.bits && m_layout.isFloat == (m_layout.bits == 32)) {
+        std::memcpy(out, src, count * channels * sampleBytes); // as stored; the common case
+        return;
+    }
+    if (m_layout.isPlanar) {
+        UnpackSamples(m_layout, src, 0, 1, count, out + plane * sampleBytes, channels);
+        return;
+    }
+    for (std::size_t c = 0; c < channels; ++c)
+        UnpackSamples(m_layout, src, static_cast<std::size_t>(m_layout.used[c]), stored, count, out + c * sampleBytes,
+                      channels);
+}
+
+void BandReader::UnpackRow(int rowInBand, void *dst) const
+{
+    const auto width = static_cast<std::size_t>(m_layout.width), pieceWidth = static_cast<std::size_t>(m_pieceWidth);
+    for (std::size_t plane = 0; plane < m_planes.size(); ++plane) {
+        for (std::size_t piece = 0; piece < m_pieces; ++piece) {
+            const std::uint8_t *src = m_band.data() + (plane * m_pieces + piece) * m_pieceBytes
+                + static_cast<std::size_t>(rowInBand) * m_rowBytes;
+            const std::size_t x = piece * pieceWidth;
+            UnpackPiece(src, plane, x, std::min(pieceWidth, width - x), dst);
+        }
+    }
+}
+
+// The profile of the inks is looked for only here: most pictures are of other colours.
+Status StartTransform(const Source &source, const TiffLayout &layout, ColourTransform *transform)
+{
+    const bool hasAlpha = layout.form.channels == 4;
+    if (layout.colour == TiffColour::Cmyk)
+        return transform->Start(ColourCoding::Cmyk, ReadMetadata(source).icc, layout.form.bits, hasAlpha);
+    if (layout.colour == TiffColour::Lab)
+        return transform->Start(ColourCoding::Lab, {}, layout.form.bits, hasAlpha);
+    return Status::Ok();
+}
+
+Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
+{
+    const TiffLayout &layout = reader->Layout();
+    if (Status status = reader->Start(); !status)
+        return status;
+    ColourTransform transform;
+    if (Status status = StartTransform(source, layout, &transform); !status)
+        return status;
+    if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
+        return status;
+    std::vector<std::uint8_t> scratch;
+    if (!UnpacksInPlace(layout))
+        scratch.resize(static_cast<std::size_t>(layout.width)
+                       * static_cast<std::size_t>(layout.unpacked.BytesPerPixel()));
+    for (int y = 0; y < layout.height; ++y) {
+        const int rowInBand = y % reader->BandRows();
+        if (rowInBand == 0)
+            if (Status status = reader->ReadBand(y); !status)
+                return status;
+        std::uint8_t *row = rows->Row(y);
+        void *unpacked = scratch.empty() ? row : scratch.data();
+        reader->UnpackRow(rowInBand, unpacked);
+        FinishRow(layout, &transform, unpacked, row);
+        rows->Done(y);
+    }
+    return Status::Ok();
+}
+
+// The rare kinds of colour, by libtiff's own conversion, which needs the picture as 8-bit RGBA besides.
+Status ReadForeign(const BandReader &reader, RowSink *rows)
+{
+    const TiffLayout &layout = reader.Layout();
+    const auto width = static_cast<std::uint32_t>(layout.width), height = static_cast<std::uint32_t>(layout.height);
+    std::vector<std::uint32_t> raster(std::size_t(width) * height);
+    std::uint16_t orientation = ORIENTATION_TOPLEFT;
+    TIFFGetFieldDefaulted(reader.Picture(), TIFFTAG_ORIENTATION, &orientation); // the file's own: nothing is turned
+    if (!TIFFReadRGBAImageOriented(reader.Picture(), width, height, raster.data(), orientation, /*stopOnError=*/1))
+        return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: the pixels can't be decoded");
+    if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
+        return status;
+    const std::uint32_t *pixel = raster.data();
+    for (int y = 0; y < layout.height; ++y) {
+        std::uint8_t *out = rows->Row(y);
+        for (int x = 0; x < layout.width; ++x, ++pixel, out += 3) {
+            out[0] = static_cast<std::uint8_t>(TIFFGetR(*pixel));
+            out[1] = static_cast<std::uint8_t>(TIFFGetG(*pixel));
+            out[2] = static_cast<std::uint8_t>(TIFFGetB(*pixel));
+        }
+        rows->Done(y);
+    }
+    return Status::Ok();
+}
+
+Status ReadOpened(const Source &source, BandReader *reader, RowSink *rows)
+{
+    return reader->Layout().colour == TiffColour::Other ? ReadForeign(*reader, rows) : ReadBands(source, reader, rows);
+}
+
+std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
+{
+    const auto unit = handle.Field<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    const float density = handle.Field<float>(tag, 0.0f);
+    const float dpi = unit == RESUNIT_CENTIMETER ? density * 2.54f : unit == RESUNIT_INCH ? density : 0.0f;
+    return dpi > 0.0f && dpi < 65535.0f ? static_cast<std::uint16_t>(std::lround(dpi)) : std::uint16_t(0);
+}
+
+GflColorModel ColorModelOf(const TiffLayout &layout)
+{
+    switch (layout.photometric) {
+    case PHOTOMETRIC_ITULAB:
+        return GFL_CM_LAB;
+    case PHOTOMETRIC_YCBCR:
+        return GFL_CM_YCBCR;
+    default:
+        break;
+    }
+    switch (layout.colour) {
+    case TiffColour::Grey:
+        return GFL_CM_GREY;
+    case TiffColour::Rgb:
+        return GFL_CM_RGB;
+    case TiffColour::Palette:
+        return GFL_CM_PALETTE;
+    case TiffColour::Cmyk:
+        return GFL_CM_CMYK;
+    case TiffColour::Lab:
+        return GFL_CM_LAB;
+    case TiffColour::Other:
+        break;
+    }
+    return GFL_CM_OTHER;
+}
+
+} // namespace
+
+Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
+{
+    TiffHandle handle;
+    TiffLayout layout;
+    if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
+        return status;
+    // Hosts compare the one of tiled files as a whole, and look for the colours in the others.
+    const GflColorModel model = ColorModelOf(layout);
+    std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
+                  layout.isTiled             ? " tiled"
+                      : model == GFL_CM_LAB  ? " LAB"
+                      : model == GFL_CM_CMYK ? " CMYK"
+                                             : "");
+    info->Width = layout.width;
+    info->Height = layout.height;
+    info->BitsPerComponent = static_cast<std::uint16_t>(layout.form.bits);
+    info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.colour == TiffColour::Palette ? 3 : layout.samples);
+    info->ColorModel = model;
+    info->Xdpi = Dpi(handle, TIFFTAG_XRESOLUTION);
+    info->Ydpi = Dpi(handle, TIFFTAG_YRESOLUTION);
+    return Status::Ok();
+}
+
+Status ReadTiffPixels(const Source &source, RowSink *rows)
+{
+    BandReader reader;
+    Status status = reader.Open(source);
+    return status ? ReadOpened(source, &reader, rows) : status;
+}
+
+Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows)
+{
+    BandReader reader;
+    if (reader.OpenReduced(source, box) && ReadOpened(source, &reader, rows))
+        return Status::Ok();
+    return ReadTiffPixels(source, rows);
+}
+
+} // namespace imagefile

@@ -1,0 +1,193 @@
+// Runs the whole program over pictures whose values are their own coordinates, so that every pixel of the result tells
+// where it was taken from, and compares that with the lens mathematics in double precision.
+#include "CorrectFile.h"
+
+#include <QTest>
+
+#include <cmath>
+
+#include "TiffRaster.h"
+
+using Samples::LensModel;
+using Samples::LensProfile;
+using Samples::Point;
+
+namespace {
+
+/// The gain is a polynomial of the fourth degree in float: a few roundings of 6e-8 in terms of up to about 4.
+constexpr double kGainTolerance = 2e-6;
+
+LensProfile Profile(const LensModel &distortion, bool fisheye = false)
+{
+    LensProfile profile;
+    profile.fisheye = fisheye;
+    profile.distortion = distortion;
+    return profile;
+}
+
+/// With chromatic models that differ from the distortion model and from each other in all they can.
+LensProfile WithChromatic(LensProfile profile)
+{
+    profile.green = profile.distortion;
+    profile.green->tangential1 = profile.green->tangential2 = 0;
+    profile.green->focalLength *= 1.03;
+    profile.redGreen = LensModel{0.81, 0.512, 0.489, {0.013, -0.004}, 0, 0, 1.004};
+    profile.blueGreen = LensModel{0.79, 0.494, 0.507, {-0.011, 0.003, 0.002}, 0, 0, 0.997};
+    return profile;
+}
+
+/// One value as expected in the picture @p size; x, y, c tell which.
+struct Expected {
+    int x, y, c;
+    OracleChannel channel; // from: in the upright picture
+    Point gainAt;
+    Samples::Hold hold;
+};
+
+/// The largest deviation of the values, as @p deviate tells it, and where it is.
+struct Deviation {
+    double worst = 0;
+    QString where;
+    qint64 compared = 0, unsure = 0;
+
+    template <typename Deviate> void Note(const TiffRaster &result, const LensOracle &oracle, Deviate deviate)
+    {
+        const Samples::Hold hold = HoldOf(result.width, result.height);
+        for (int y = 0; y < result.height; ++y)
+            for (int x = 0; x < result.width; ++x) {
+                const OraclePixel pixel = oracle.At(Turned({double(x), double(y)}, result.width, hold));
+                for (int c = 0; c < 3; ++c) {
+                    Expected at = {x, y, c, pixel.channels[size_t(c)], pixel.gainAt, hold};
+                    at.channel.from = Upright(at.channel.from, result.width, hold);
+                    if (at.channel.content == Content::Unsure)
+                        ++unsure;
+                    else
+                        Take(deviate(at, double(result.At(x, y, c))), at);
+                }
+            }
+    }
+
+private:
+    void Take(double deviation, const Expected &at)
+    {
+        ++compared;
+        if (deviation <= worst) // false for a value that is not a number
+            return;
+        worst = std::isnan(deviation) ? HUGE_VAL : deviation;
+        where = QStringLiteral("off by %1 at (%2, %3), channel %4").arg(deviation).arg(at.x).arg(at.y).arg(at.c);
+    }
+};
+
+const QSize kLandscape(600, 400), kPortrait(400, 600), kSquare(500, 500);
+
+} // namespace
+
+Q_DECLARE_METATYPE(Samples::LensProfile)
+
+class tst_Coordinates : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyPixelComesFromItsPlace_data();
+    void everyPixelComesFromItsPlace();
+    void greyIsBrightenedByTheSeries_data();
+    void greyIsBrightenedByTheSeries();
+};
+
+void tst_Coordinates::everyPixelComesFromItsPlace_data()
+{
+    QTest::addColumn<LensProfile>("profile");
+    QTest::addColumn<int>("corrections");
+    QTest::addColumn<QSize>("size"); // of the upright picture
+
+    const LensModel two = {0.9, 0.49, 0.52, {-0.12, 0.04}};
+    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners reach outside
+    const LensModel wideFish = {0.42, 0.495, 0.502, {-0.03, 0.004}};
+    const std::pair<const char *, LensProfile> profiles[] = {
+        {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
+        {"two coefficients", Profile(two)},
+        {"three coefficients, outwards", Profile(three)},
+        {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
+        {"tangential alone", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
+        {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
+        {"fisheye, two coefficients", Profile(wideFish, true)},
+        {"three warps", WithChromatic(Profile(two))},
+        {"three warps, outwards", WithChromatic(Profile(three))},
+        {"three warps, fisheye", WithChromatic(Profile(wideFish, true))},
+    };
+    for (const auto &[name, profile] : profiles) {
+        for (const auto &[shape, size] :
+             {std::pair("landscape", kLandscape), std::pair("portrait", kPortrait), std::pair("square", kSquare)}) {
+            QTest::addRow("%s, %s", name, shape)
+                << profile << int(profile.green ? Distortion | Chromatic : Distortion) << size;
+            if (profile.green)
+                QTest::addRow("%s, red and blue alone, %s", name, shape) << profile << int(Chromatic) << size;
+        }
+    }
+    QTest::newRow("fisheye, centre on a pixel")
+        << Profile({0.5, 0.5, 0.5, {-0.04}}, true) << int(Distortion) << QSize(601, 401);
+}
+
+void tst_Coordinates::everyPixelComesFromItsPlace()
+{
+    QFETCH(LensProfile, profile);
+    QFETCH(const int, corrections);
+    QFETCH(const QSize, size);
+    Deviation deviation;
+    for (int yChannels : {0b010, 0b101}) { // both coordinates of each channel; x stands in the others
+        const auto coordinate = [=](Point p, int c) { return yChannels >> c & 1 ? p.y : p.x; };
+        const Point range = {size.width() - 1.0, size.height() - 1.0};
+        TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
+        for (int y = 0; y < source.height; ++y)
+            for (int x = 0; x < source.width; ++x)
+                for (int c = 0; c < 3; ++c)
+                    source.At(x, y, c) = float(coordinate({double(x), double(y)}, c) / coordinate(range, c));
+        const TiffRaster result = Corrected(source, &profile, corrections);
+        deviation.Note(result, LensOracle(profile, corrections), [&](const Expected &at, double got) {
+            double expected = 0;
+            if (at.channel.content == Content::Sampled)
+                expected = std::min(1.0, coordinate(at.channel.from, at.c) / coordinate(range, at.c));
+            else if (at.channel.content == Content::Kept && at.hold == Samples::Hold::Landscape)
+                expected = double(source.At(at.x, at.y, at.c)); // a portrait is warped into a cleared picture
+            return std::abs(got - expected) * coordinate(range, at.c);
+        });
+    }
+    QVERIFY2(deviation.worst < kTolerancePx, qPrintable(deviation.where));
+    QVERIFY2(deviation.unsure < deviation.compared / 200, qPrintable(QString::number(deviation.unsure)));
+}
+
+void tst_Coordinates::greyIsBrightenedByTheSeries_data()
+{
+    QTest::addColumn<int>("corrections");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<float>("grey");
+    for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
+        for (const QSize &size : {kLandscape, kPortrait, kSquare})
+            QTest::addRow("%d, width %d", others, size.width())
+                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // that reaches white
+}
+
+void tst_Coordinates::greyIsBrightenedByTheSeries()
+{
+    QFETCH(const int, corrections);
+    QFETCH(const QSize, size);
+    QFETCH(const float, grey);
+    LensProfile profile = WithChromatic(Profile({0.9, 0.49, 0.52, {-0.12, 0.04}}));
+    profile.vignette = LensModel{0.83, 0.53, 0.46, {-0.52, 0.11, -0.07}, 0, 0, 1, 0.71};
+    TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
+    std::fill(source.values.begin(), source.values.end(), grey);
+    const TiffRaster result = Corrected(source, &profile, corrections);
+    Deviation deviation;
+    qint64 sampled = 0;
+    deviation.Note(result, LensOracle(profile, corrections), [&](const Expected &at, double got) {
+        if (at.channel.content != Content::Sampled)
+            return 0.0;
+        ++sampled;
+        return std::abs(got / std::min(1.0, double(grey) * Gain(profile, at.gainAt)) - 1);
+    });
+    QVERIFY2(deviation.worst < kGainTolerance, qPrintable(deviation.where));
+    QVERIFY(sampled > qint64(size.width()) * size.height() * 2);
+}
+
+QTEST_GUILESS_MAIN(tst_Coordinates)
+#include "Coordinates_test.moc"

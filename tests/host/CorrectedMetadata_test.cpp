@@ -1,0 +1,217 @@
+// What the program's files hold: depth, channels, compression, alpha, and the metadata of the photograph.
+#include "CorrectFile.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <exiv2/exiv2.hpp>
+
+#include "TestFiles.h"
+
+using Samples::LensProfile;
+
+namespace {
+
+constexpr int kDeflate = 8; // the compression number of TIFF
+
+/// Barrel-free: corners reach outside, so that every kind of pixel comes up.
+LensProfile OutwardProfile()
+{
+    const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
+    LensProfile profile;
+    profile.width = 60;
+    profile.height = 40;
+    profile.distortion = at({0.08, 0.05});
+    profile.green = profile.distortion;
+    profile.redGreen = at({0.06});
+    profile.blueGreen = at({-0.06});
+    profile.vignette = at({-0.3, 0.05, 0});
+    return profile;
+}
+
+/// Grey with a black square in the middle; the channels beyond three hold @p alpha.
+TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
+{
+    TiffRaster raster = BlankRaster(width, height, channels, bits);
+    const float full = bits == 8 ? 255.0f : bits == 16 ? 65535.0f : 1.0f;
+    const auto level = [=](float share) { return bits == 32 ? share : std::round(share * full); };
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < channels; ++c) {
+                const bool black = std::abs(x - width / 2) < width / 6 && std::abs(y - height / 2) < height / 6;
+                raster.At(x, y, c) = level(c == 3 ? alpha : black ? 0.0f : 0.4f);
+            }
+    return raster;
+}
+
+enum class Alpha { Opaque, Clear, Kept, Unsure };
+
+/// The fourth channel of a pixel by its colours' places and, where each has its own, by what they came to.
+Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
+{
+    if (pixel.Holds(Content::Unsure))
+        return Alpha::Unsure;
+    if (pixel.Holds(Content::Outside)) // with chromatic models the pixel ended before its alpha
+        return corrections & Chromatic ? Alpha::Kept : Alpha::Clear;
+    return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
+}
+
+/// Tags of the file's own form, and blocks that are compared by themselves.
+bool IsFormOfFile(const std::string &key)
+{
+    static const char *const names[] = {
+        "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
+        "StripOffsets", "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
+        "SampleFormat", "InterColorProfile", "IPTCNAA",       "ExifTag",         "GPSTag"};
+    if (key == "Exif.Photo.MakerNote" || key == "Exif.MakerNote.Offset") // the note's own tags are compared
+        return true;
+    return std::any_of(std::begin(names), std::end(names),
+                       [&](const char *name) { return key == std::string("Exif.Image.") + name; });
+}
+
+/// "key = value" of each that isn't of the file's form.
+template <typename Data> QStringList Texts(const Data &data)
+{
+    QStringList texts;
+    for (const auto &datum : data) {
+        if (!IsFormOfFile(datum.key()))
+            texts << QString::fromStdString(datum.key() + " = " + datum.toString());
+    }
+    return texts;
+}
+
+Exiv2::Image::AutoPtr OpenMetadata(const QString &path)
+{
+    auto image = Exiv2::ImageFactory::open(QFile::encodeName(path).toStdString());
+    image->readMetadata();
+    return image;
+}
+
+QByteArray ColorProfile(Exiv2::Image &image)
+{
+    return QByteArray(reinterpret_cast<const char *>(image.iccProfile()->pData_), int(image.iccProfile()->size_));
+}
+
+void AddMetadata(const QString &path)
+{
+    const auto image = OpenMetadata(path);
+    Exiv2::ExifData &exif = image->exifData();
+    exif["Exif.Image.Make"] = "Canon"; // the maker note is only understood under this name
+    exif["Exif.Image.Model"] = "Canon EOS 60D";
+    exif["Exif.Image.Orientation"] = uint16_t(1);
+    exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
+    exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // not to come back as another fraction
+    exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
+    exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
+    exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";
+    exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
+    exif["Exif.GPSInfo.GPSLatitude"] = "33/1 51/1 3567/100";
+    exif["Exif.GPSInfo.GPSAltitude"] = Exiv2::URational(585, 10);
+    exif["Exif.Canon.OwnerName"] = "the owner";
+    exif["Exif.CanonCs.LensType"] = uint16_t(235);
+    Exiv2::IptcData &iptc = image->iptcData();
+    iptc["Iptc.Application2.Caption"] = "a caption, grün";
+    iptc["Iptc.Application2.City"] = "Sydney";
+    iptc["Iptc.Application2.Keywords"] = "one";
+    Exiv2::Iptcdatum second(Exiv2::IptcKey("Iptc.Application2.Keywords"));
+    second = "two";
+    iptc.add(second);
+    const auto sample = OpenMetadata(QStringLiteral(VITRELUX_SAMPLES "/facade.jpg"));
+    Exiv2::DataBuf profile(sample->iccProfile()->pData_, sample->iccProfile()->size_);
+    image->setIccProfile(profile);
+    image->writeMetadata();
+}
+
+} // namespace
+
+class tst_CorrectedMetadata : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void depthAndAlpha_data();
+    void depthAndAlpha();
+    void metadataIsCarriedOver();
+};
+
+void tst_CorrectedMetadata::depthAndAlpha_data()
+{
+    QTest::addColumn<int>("corrections"); // 0: a gain of 1 everywhere
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("bits");
+    const QSize landscape(120, 80), portrait(80, 120);
+    for (int bits : {8, 16, 32})
+        for (int channels : {3, 4})
+            QTest::addRow("%d bits, %d channels", bits, channels) << 0 << landscape << channels << bits;
+    for (int corrections : {Vignetting + 0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
+        for (const QSize &size : {landscape, portrait})
+            for (int bits : {8, 16})
+                QTest::addRow("corrections %d, width %d, %d bits", corrections, size.width(), bits)
+                    << corrections << size << (bits == 16 ? 4 : 3) << bits;
+}
+
+void tst_CorrectedMetadata::depthAndAlpha()
+{
+    QFETCH(const int, corrections);
+    QFETCH(const QSize, size);
+    QFETCH(const int, channels);
+    QFETCH(const int, bits);
+    const float full = bits == 8 ? 255.0f : 65535.0f;
+    const TiffRaster source = SquareOnGrey(size.width(), size.height(), channels, bits, 0.5f);
+    LensProfile profile = OutwardProfile();
+    if (corrections == 0)
+        profile.vignette->coefficients = {0, 0, 0};
+    const TiffRaster result = Corrected(source, &profile, corrections == 0 ? Vignetting : corrections);
+    QCOMPARE(result.channels, bits == 32 ? 3 : 4);
+    QCOMPARE(result.compression, kDeflate);
+    const Samples::Hold hold = HoldOf(size.width(), size.height());
+    const LensOracle oracle(profile, corrections);
+    int seen[4] = {};
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            for (int c = 0; corrections == 0 && c < 3; ++c)
+                QCOMPARE(result.At(x, y, c), source.At(x, y, c));
+            if (bits == 32)
+                continue;
+            const OraclePixel pixel = oracle.At(Turned({double(x), double(y)}, size.width(), hold));
+            const bool black = result.At(x, y, 0) + result.At(x, y, 1) + result.At(x, y, 2) == 0;
+            const Alpha alpha = ExpectedAlpha(pixel, corrections, black);
+            ++seen[int(alpha)];
+            const float before = hold == Samples::Hold::Portrait ? 0 : channels == 4 ? source.At(x, y, 3) : full;
+            const float expected = alpha == Alpha::Opaque ? full : alpha == Alpha::Clear ? 0 : before;
+            if (alpha != Alpha::Unsure && result.At(x, y, 3) != expected)
+                QFAIL(qPrintable("(%1, %2): %3 instead of %4"_s.arg(x).arg(y).arg(result.At(x, y, 3)).arg(expected)));
+        }
+    QVERIFY(bits == 32 || seen[int(Alpha::Opaque)] > 100);
+    if (corrections & (Distortion | Chromatic))
+        QVERIFY(seen[int(Alpha::Clear)] > 100); // outside, or the black square
+    if (corrections & Chromatic)
+        QVERIFY(seen[int(Alpha::Kept)] > 20);
+}
+
+void tst_CorrectedMetadata::metadataIsCarriedOver()
+{
+    for (const int bits : {0, 8, 16, 32}) { // 0: JPEG
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(bits == 0 ? "source.jpg"_s : "source.tiff"_s);
+        if (bits == 0)
+            WriteJpeg(path, 60, 40);
+        else
+            WriteTiff(path, SquareOnGrey(60, 40, 3, bits, 1));
+        AddMetadata(path);
+        const auto source = OpenMetadata(path), result = OpenMetadata(CorrectFile(path, OutwardProfile(), Distortion));
+        QVERIFY(source->exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source->exifData().end());
+        const QStringList carried = Texts(result->exifData());
+        for (const QString &text : Texts(source->exifData()))
+            QVERIFY2(carried.contains(text), qPrintable(text));
+        QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
+        QVERIFY(source->iccProfile()->size_ > 0);
+        QCOMPARE(ColorProfile(*result), ColorProfile(*source));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_CorrectedMetadata)
+#include "CorrectedMetadata_test.moc"

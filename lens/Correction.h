@@ -1,0 +1,47 @@
+// What the warp of a fitted correction needs, in pixels of the picture at hand: no names, no profile, no XML.
+#pragma once
+
+#include "RadialCurve.h"
+
+#include <limits>
+#include <optional>
+
+/// One geometric step from a position to another: with d = position - center and r = |d|, both in pixels,
+///
+///     place = center + factor(r) d + (q2(d) tangential2 + 2 dx dy tangential1, q1(d) tangential1 + 2 dx dy
+///     tangential2) q2(d) = 2 dx^2 + r^2,  q1(d) = 2 dy^2 + r^2
+///
+/// Beyond endRadius the map folds back or ends: such positions have no place and stay empty.
+struct RadialMap {
+    double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
+    RadialCurve factor;                          // a scale factor of the model is part of it
+    double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: the model's term over its unit, times its scale factor
+    double endRadius = std::numeric_limits<double>::infinity();
+};
+
+/// How much more light a place needs, as a factor in linear light from 1 to 16, over the radius about a center of its
+/// own. The place is the source position of the geometric step (green's).
+struct GainMap {
+    double centerX = 0.0, centerY = 0.0;
+    RadialCurve gain;
+};
+
+/// A correction of one picture. For an output pixel p, with the picture's middle m = ((width - 1) / 2, (height - 1) /
+/// 2):
+///
+///     a = m + (p - m) / zoom
+///     g = geometry(a), or a
+///     red is sampled at red(g), blue at blue(g), or at g; green at g
+///     gain(g) multiplies all three, in linear light
+///
+/// A color whose place has no neighbors, or that lies outside [-0.5 - 1/256, side - 0.5 + 1/256], makes the pixel
+/// empty. The strength that the user asked for and the projection of fisheyes are part of the curves.
+struct Correction {
+    int width = 0, height = 0; // of the source and of the result, in stored pixels
+    double zoom = 1.0;         // above 1 enlarges
+    std::optional<RadialMap> geometry, red, blue;
+    std::optional<GainMap> light;
+
+    bool ChangesPositions() const { return geometry || red || blue || zoom != 1.0; }
+    bool ChangesAnything() const { return ChangesPositions() || light; }
+};

@@ -1,0 +1,27 @@
+// A function of the distance from a center, as a table.
+#pragma once
+
+#include <vector>
+
+/// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius (which needs
+/// no root per pixel and is what lens models are smooth in). Between the nodes it is interpolated; beyond the last one
+/// it keeps that one's value.
+///
+/// A value: copies are independent. Any thread may call the const functions of one object at the same time.
+class RadialCurve {
+public:
+    /// The constant @p value.
+    explicit RadialCurve(double value = 1.0);
+    /// @p nodes: values at the squared radii 0, step, 2 step, ... (step > 0, in square pixels). At least two nodes.
+    RadialCurve(double step, std::vector<double> nodes);
+
+    double AtSquared(double squaredRadius) const;
+    double Step() const { return m_step; }
+    const std::vector<double> &Nodes() const { return m_nodes; }
+    /// The squared radius of the last node; infinite for a constant.
+    double EndSquared() const;
+
+private:
+    double m_step = 0.0; // 0: constant
+    std::vector<double> m_nodes;
+};

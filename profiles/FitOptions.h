@@ -1,0 +1,33 @@
+// What a host or a user asks of a fitted correction; the defaults are what an absent attribute means.
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+enum class Framing { Fill, Keep, All, Factor };
+enum class Sampling { Sharp, Bilinear };
+enum class Projection { Rectilinear, Equidistant, Stereographic, Equisolid };
+enum class ProfileSource { Auto, Lcp, Lensfun };
+
+/// Facts typed by the user for lenses that write none; each overrides what the file says.
+struct TypedFacts {
+    QString lens;                    // empty: not given
+    QString body;                    // model name; empty: not given
+    std::optional<double> focalMm;   // > 0
+    std::optional<double> aperture;  // f-number, > 0
+    std::optional<double> distanceM; // > 0; infinite is allowed
+};
+
+struct FitOptions {
+    bool distortion = true, chromatic = true, vignetting = true;
+    QString profile; // path that the user chose; empty: found automatically
+    Framing framing = Framing::Fill;
+    double framingFactor = 1.0; // of Framing::Factor, 0.5 to 2
+    Sampling sampling = Sampling::Sharp;
+    Projection projection = Projection::Rectilinear;                              // of fisheyes
+    double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0; // 0 to 1 and a little beyond
+    ProfileSource source = ProfileSource::Auto;
+    bool again = false; // correct what was corrected before
+    TypedFacts typed;
+};

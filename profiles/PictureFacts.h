@@ -1,0 +1,40 @@
+// What counts of a photograph for the choice and the fit of its profile, each fact with its source.
+#pragma once
+
+#include <QRectF>
+#include <QSize>
+#include <QString>
+#include <QVector>
+
+#include <optional>
+
+/// A fact and where it was read, "EXIF LensModel" for example.
+template <typename T> struct Fact {
+    T value{};
+    QString source; // empty: unknown
+
+    bool Known() const { return !source.isEmpty(); }
+};
+
+/// The eight ways a picture can lie, as in EXIF; 1 is upright as stored.
+using Orientation = int;
+
+struct PictureFacts {
+    QString path;
+    Fact<QString> make, model;
+    QVector<Fact<QString>> lensNames; // most trustworthy first
+    Fact<QString> lensMake;
+    QVector<Fact<QString>> lensIds; // numbers of the maker's, as text
+    Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
+    Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // distance: infinite is a value
+    QSize pixels;                                                      // as stored and delivered by the reader
+    Fact<QSize> original;           // full size as photographed, before cropping or scaling
+    Fact<double> focalPlaneWidthMm; // of the original's long side
+    Orientation orientation = 1;    // as the file says
+    Orientation readerTurn = 1;     // what the reader applied already: raw, HEIF
+    bool raw = false;
+    Fact<QRectF> crop;       // shares of the original, angle 0
+    bool cropTurned = false; // a crop with an angle, which can't be fitted
+    /// What was corrected before, of rendered pixels.
+    Fact<bool> distortionDone, chromaticDone, vignettingDone;
+};

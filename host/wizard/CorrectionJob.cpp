@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What stands against correcting pictures, for the user. Profiles are read once.
+/// What stands against correcting pictures, for the user. One object reads each profile once.
 class Objections {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
@@ -114,19 +114,18 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return PictureOutcome::Kept;
     try {
-        *why = Correct(picture);
-        return PictureOutcome::Corrected;
+        return Correct(picture, why);
     } catch (...) {
         *why = TextOfCurrentException();
         return PictureOutcome::Failed;
     }
 }
 
-/// @return what the user should know of the result. Throws what is to be told of a failure.
-QString CorrectionJob::Correct(const JobPicture &picture) const
+/// @param note  gets what the user should know of the result. Throws the text of a failure.
+PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) const
 {
     PictureParameters parameters = picture.parameters;
-    QString note = picture.note;
+    *note = picture.note;
     if (parameters.profile.isEmpty()) {
         if (m_findProfile)
             parameters.profile = m_findProfile(picture.planned.picture);
@@ -136,9 +135,9 @@ QString CorrectionJob::Correct(const JobPicture &picture) const
         const QString objection = objections.ToProfile(parameters);
         if (!objection.isEmpty())
             throw KException(objection, KPlace());
-        note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
+        *note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
-    RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
-    return note;
+    const RunResult result = RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
+    return result == RunResult::Written ? PictureOutcome::Corrected : PictureOutcome::Kept;
 }

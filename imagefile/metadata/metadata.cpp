@@ -2,6 +2,7 @@
 
 #include "big_tiff_view.h"
 #include "first_page_map.h"
+#include "note_place.h"
 #include "photoshop_resources.h"
 #include "png_metadata.h"
 #include "psd/psd_layout.h"
@@ -148,6 +149,7 @@ Metadata ReadMetadata(const Source &source)
     }
     if (image.get() != nullptr)
         TakeParts(source, *image, &metadata);
+    AddNotePlace(source, &metadata.exif);
     if (metadata.exif.empty())
         metadata.exif = ReadRawFacts(source).exif;
     return metadata;

@@ -16,4 +16,21 @@ inline std::string Decimal(double value)
     return std::string(text, result.ptr);
 }
 
+/// As Decimal, but never in scientific form; below 0.5e-9 it is "0". For values that are read by others as plain
+/// decimals.
+inline std::string FixedDecimal(double value)
+{
+    const std::string general = Decimal(value);
+    if (general.find('e') == std::string::npos)
+        return general;
+    constexpr int kDecimals = 9;
+    char text[400]; // 1.8e308 has 309 digits
+    const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, kDecimals);
+    std::string fixed(text, result.ptr);
+    fixed.resize(fixed.find_last_not_of('0') + 1);
+    if (fixed.back() == '.')
+        fixed.pop_back();
+    return fixed;
+}
+
 } // namespace imagefile

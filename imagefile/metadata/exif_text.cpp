@@ -73,7 +73,7 @@ std::string Degrees(const Exiv2::Value &value)
         seconds += (minutes - std::floor(minutes)) * 60.0;
         minutes = std::floor(minutes);
     }
-    return Decimal(degrees) + "° " + Decimal(minutes) + "' " + Decimal(seconds) + '"';
+    return FixedDecimal(degrees) + "° " + FixedDecimal(minutes) + "' " + FixedDecimal(seconds) + '"';
 }
 
 std::string Named(const Exiv2::Value &value, const char *const *names, long first, long count)

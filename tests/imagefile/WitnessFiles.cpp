@@ -1,5 +1,6 @@
 // Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
-// Sources are NAME.source.jpg, copies NAME.source.tiff, .png and so on.
+// Sources are NAME.source.jpg, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff, .png and .psd hold the same
+// pixels.
 #include "Bitmaps.h"
 #include "NoteFile.h"
 
@@ -39,6 +40,22 @@ int main(int count, char **arguments)
             QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + name + QLatin1String(".source.jpg");
         done = WriteBytes(path, JpegWithExif(jpeg, ExifWithNote(kind, &place))) && WriteCopies(path) && done;
     }
+    const struct {
+        const char *name;
+        int type, bits;
+    } forms[] = {{"grey8", GFL_GREY, 8},
+                 {"grey16", GFL_GREY, 16},
+                 {"rgb16", GFL_RGB, 16},
+                 {"alpha8", GFL_RGBA, 8},
+                 {"alpha16", GFL_RGBA, 16}};
+    for (const auto &form : forms)
+        for (const char *format : {"tiff", "png", "psd"}) {
+            const QString path = QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + QLatin1String(form.name);
+            done = Save(path + QLatin1String(".pixels.") + QLatin1String(format),
+                        *SmoothBitmap(40, 30, form.type, form.bits), SaveParams(format))
+                    == GFL_NO_ERROR
+                && done;
+        }
     for (int i = 2; i < count; ++i)
         done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
     if (!done)

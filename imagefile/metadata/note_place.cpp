@@ -3,6 +3,7 @@
 #include "core/tiff_directory.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 namespace imagefile {
@@ -89,7 +90,7 @@ public:
     NoteDirectory(const Bytes &note, std::size_t at, bool isBigEndian) : m_note(note), m_isBigEndian(isBigEndian)
     {
         const std::size_t count = at + 2 <= note.size() ? Unsigned(at, 2) : 0;
-        m_end = at + 2 + count * kClassic.FieldBytes();
+        m_end = count <= kMaxFields ? at + 2 + count * kClassic.FieldBytes() : SIZE_MAX;
         for (std::size_t field = at + 2; IsWhole() && field < m_end; field += kClassic.FieldBytes())
             m_fields.push_back({static_cast<std::uint16_t>(Unsigned(field, 2)),
                                 static_cast<std::uint16_t>(Unsigned(field + 2, 2)), Unsigned(field + 4, 4),
@@ -101,6 +102,8 @@ public:
     bool HasNestedOnes(std::int64_t place) const;
 
 private:
+    static constexpr std::size_t kMaxFields = 1000; // notes have some hundred at most
+
     struct Field {
         std::uint16_t tag, type;
         std::uint32_t count, value;
@@ -183,10 +186,13 @@ void AddNotePlace(const Source &source, Exiv2::ExifData *exif)
     value->copy(note.data(), Exiv2::littleEndian);
     head.resize(source.ReadAt(0, head.data(), head.size()));
     const std::int64_t block = FindBlock(head);
-    const auto found =
-        block >= 0 ? std::search(head.begin() + block, head.end(), note.begin(), note.end()) : head.end();
-    if (found != head.end())
-        (*exif)[kNotePlaceKey] = static_cast<std::uint32_t>(found - head.begin() - block);
+    if (block < 0)
+        return;
+    const auto length = head.size() - static_cast<std::size_t>(block);
+    // std::search would take minutes for some hostile notes.
+    if (const void *found = memmem(head.data() + block, length, note.data(), note.size()))
+        (*exif)[kNotePlaceKey] =
+            static_cast<std::uint32_t>(static_cast<const std::uint8_t *>(found) - head.data() - block);
 }
 
 bool IsMovableNote(const Bytes &note)

@@ -73,15 +73,18 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
-// EXIF has to fit into one segment. Exiv2 leaves out previews and large values that it doesn't know; if that isn't
-// enough, the maker note goes too, which in other formats may be larger than a whole segment.
+// EXIF has to fit into one segment. Without the note's place it is smaller, and Exiv2 leaves out previews and large
+// values that it doesn't know; if that isn't enough, the maker note goes too, which in other formats may be larger than
+// a whole segment.
 void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
     constexpr std::size_t kMaxBlob = kMaxSegment - kSignature.size();
-    Exiv2::Blob blob;
-    if (!exif.empty())
+    Exiv2::Blob blob = EncodeExif(exif);
+    if (blob.size() > kMaxBlob) {
+        blob.clear();
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);
+    }
     if (blob.size() > kMaxBlob) {
         blob.clear();
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, WithoutMakerNote(exif));

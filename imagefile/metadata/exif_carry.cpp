@@ -1,6 +1,7 @@
 #include "exif_carry.h"
 
 #include "core/tiff_directory.h"
+#include "note_place.h"
 
 #include <algorithm>
 #include <iterator>
@@ -44,9 +45,16 @@ bool IsDecodedNote(const Exiv2::Exifdatum &datum)
     return group != "Image" && group != "Photo" && group != "GPSInfo" && group != "Iop";
 }
 
-std::vector<std::uint8_t> ValueBytes(const Exiv2::Exifdatum &datum)
+// A type of TIFF 6.0 or an offset of a directory, and at least one value. Other programs give up a whole directory with
+// anything else in it.
+bool IsReadable(const Exiv2::Exifdatum &datum)
 {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
+    return datum.typeId() >= Exiv2::unsignedByte && datum.typeId() <= Exiv2::tiffIfd && datum.count() > 0;
+}
+
+Bytes ValueBytes(const Exiv2::Exifdatum &datum)
+{
+    Bytes bytes(static_cast<std::size_t>(std::max(0L, datum.size())));
     if (!bytes.empty())
         datum.copy(bytes.data(), Exiv2::littleEndian);
     return bytes;
@@ -61,7 +69,7 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
 {
     std::vector<const Exiv2::Exifdatum *> values;
     for (const Exiv2::Exifdatum &datum : exif)
-        if (IsDecodedNote(datum) && datum.key() != "Exif.MakerNote.Offset")
+        if (IsDecodedNote(datum) && IsCarried(datum) && datum.key() != kNotePlaceKey)
             values.push_back(&datum);
     std::stable_sort(values.begin(), values.end(),
                      [](const Exiv2::Exifdatum *a, const Exiv2::Exifdatum *b) { return a->key() < b->key(); });
@@ -72,11 +80,9 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
 bool KeepsMakerNote(const Exiv2::ExifData &written, const Exiv2::ExifData &original)
 {
     Exiv2::ExifData read;
-    Exiv2::IptcData iptc;
-    Exiv2::XmpData xmp;
     try {
-        const std::vector<std::uint8_t> file = EncodeExif(written);
-        Exiv2::TiffParser::decode(read, iptc, xmp, file.data(), static_cast<std::uint32_t>(file.size()));
+        const Bytes file = EncodeExif(written);
+        DecodeExifTiff(file.data(), file.size(), &read);
     } catch (const Exiv2::AnyError &) {
         return false;
     }
@@ -85,11 +91,55 @@ bool KeepsMakerNote(const Exiv2::ExifData &written, const Exiv2::ExifData &origi
                       [](const Exiv2::Exifdatum *a, const Exiv2::Exifdatum *b) { return IsSame(*a, *b); });
 }
 
+constexpr char kNoteKey[] = "Exif.Photo.MakerNote";
+constexpr char kOrderKey[] = "Exif.MakerNote.ByteOrder";
+
+const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
+{
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found != exif.end() && found->count() > 0 ? &*found : nullptr;
+}
+
+// Where the note of a picture stood; 0 if that isn't known, or too far for the small blocks of other formats.
+std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
+{
+    constexpr std::int64_t kFirst = 16, kLast = 32768;
+    const Exiv2::Exifdatum *place = Find(exif, kNotePlaceKey);
+    const std::int64_t offset = place ? place->toLong() : 0;
+    return offset >= kFirst && offset <= kLast ? static_cast<std::uint32_t>(offset) : 0;
+}
+
+// EXIF with the very bytes of the note, which has to stay at its place, or may be anywhere with place 0.
+Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint32_t place)
+{
+    Exiv2::ExifData exif = withoutDecoded;
+    if (place > 0)
+        exif[kNotePlaceKey] = place;
+    return exif;
+}
+
+bool CannotBeRebuilt(const Exiv2::ExifData &exif, const Bytes &note, std::uint32_t place)
+{
+    const Exiv2::Exifdatum *order = Find(exif, kOrderKey);
+    return NeedsItsPlace(note, place, order && order->toString() == "MM");
+}
+
+Bytes EncodeAnywhere(const Exiv2::ExifData &exif)
+{
+    Exiv2::MemIo io;
+    Exiv2::TiffParser::encode(io, nullptr, 0, Exiv2::littleEndian, exif, Exiv2::IptcData(), Exiv2::XmpData());
+    io.seek(0, Exiv2::BasicIo::beg);
+    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
+    return Bytes(bytes.pData_, bytes.pData_ + bytes.size_);
+}
+
 } // namespace
 
 bool IsCarried(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();
+    if (!IsDecodedNote(datum) && !IsReadable(datum))
+        return false;
     if (group == "Image")
         return !IsStructure(datum.tag());
     if (group == "Photo")
@@ -103,30 +153,45 @@ bool IsOfMakerNote(const Exiv2::Exifdatum &datum)
     return IsDecodedNote(datum) || (datum.groupName() == "Photo" && datum.tag() == kMakerNote);
 }
 
-std::vector<std::uint8_t> EncodeExif(const Exiv2::ExifData &exif)
+Bytes EncodeExif(const Exiv2::ExifData &exif)
 {
     if (exif.empty())
         return {};
-    Exiv2::MemIo io;
-    Exiv2::TiffParser::encode(io, nullptr, 0, Exiv2::littleEndian, exif, Exiv2::IptcData(), Exiv2::XmpData());
-    io.seek(0, Exiv2::BasicIo::beg);
-    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
-    return std::vector<std::uint8_t>(bytes.pData_, bytes.pData_ + bytes.size_);
+    const Exiv2::Exifdatum *note = Find(exif, kNoteKey);
+    const std::uint32_t place = PlaceOf(exif);
+    if (!note || place == 0)
+        return EncodeAnywhere(exif);
+    Exiv2::ExifData rest = exif;
+    rest.erase(rest.findKey(Exiv2::ExifKey(kNotePlaceKey)));
+    const Bytes placeholder = NotePlaceholder();
+    const Exiv2::DataValue value(placeholder.data(), static_cast<long>(placeholder.size()));
+    rest[kNoteKey] = value;
+    const Bytes placed = WithNoteAt(EncodeAnywhere(rest), ValueBytes(*note), place);
+    return placed.empty() ? EncodeAnywhere(exif) : placed;
 }
 
 Exiv2::ExifData ExifToWrite(const Exiv2::ExifData &exif)
 {
-    Exiv2::ExifData all, withoutDecoded;
-    bool hasNote = false;
+    Exiv2::ExifData rebuilt, withoutDecoded;
     for (const Exiv2::Exifdatum &datum : exif) {
-        if (!IsCarried(datum))
+        if (!IsCarried(datum) || !IsReadable(datum) || datum.groupName() == "MakerNote")
             continue;
-        all.add(datum);
+        rebuilt.add(datum);
         if (!IsDecodedNote(datum))
             withoutDecoded.add(datum);
-        hasNote = hasNote || (IsOfMakerNote(datum) && !IsDecodedNote(datum));
     }
-    return hasNote && KeepsMakerNote(withoutDecoded, all) ? withoutDecoded : all;
+    const Exiv2::Exifdatum *note = Find(withoutDecoded, kNoteKey);
+    if (!note)
+        return rebuilt;
+    const Bytes bytes = ValueBytes(*note);
+    const bool keepsAnywhere = KeepsMakerNote(withoutDecoded, exif);
+    if (keepsAnywhere && IsMovableNote(bytes))
+        return withoutDecoded;
+    const std::uint32_t place = PlaceOf(exif);
+    const Exiv2::ExifData placed = WithNoteAsItIs(withoutDecoded, place);
+    if (place > 0 && (KeepsMakerNote(placed, exif) || CannotBeRebuilt(exif, bytes, place)))
+        return placed;
+    return keepsAnywhere ? withoutDecoded : rebuilt;
 }
 
 } // namespace imagefile

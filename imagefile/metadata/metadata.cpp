@@ -2,9 +2,11 @@
 
 #include "big_tiff_view.h"
 #include "first_page_map.h"
+#include "note_place.h"
 #include "photoshop_resources.h"
 #include "png_metadata.h"
 #include "psd/psd_layout.h"
+#include "raw/raw_facts.h"
 
 #include <algorithm>
 #include <array>
@@ -107,6 +109,7 @@ void StartExiv2()
     std::call_once(once, [] {
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
         Exiv2::XmpParser::initialize(LockXmp, nullptr);
+        Exiv2::enableBMFF(true); // Canon CR3
     });
 }
 
@@ -146,6 +149,9 @@ Metadata ReadMetadata(const Source &source)
     }
     if (image.get() != nullptr)
         TakeParts(source, *image, &metadata);
+    AddNotePlace(source, &metadata.exif);
+    if (metadata.exif.empty())
+        metadata.exif = ReadRawFacts(source).exif;
     return metadata;
 }
 

@@ -65,6 +65,8 @@ void tst_Inside::texts()
         {"GPSInfo.GPSLatitudeRef", 2, "S", "South"},
         {"GPSInfo.GPSLatitude", 5, "45/1 30/1 15/2", "45° 30' 7.5\""},
         {"GPSInfo.GPSLatitude", 5, "45/1 303/10 0/1", "45° 30.3' 0\""},
+        {"GPSInfo.GPSLatitude", 5, "45/1 30/1 36/1000000", "45° 30' 0.000036\""},
+        {"GPSInfo.GPSLongitude", 5, "7/1 0/1 1/4000000000", "7° 0' 0\""},
         {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
     };
     for (const auto &row : rows) {

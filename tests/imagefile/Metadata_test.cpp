@@ -1,11 +1,13 @@
 // Metadata through the layer, with Exiv2 as witness of what went in and came out.
 #include "Bitmaps.h"
 #include "DngFile.h"
+#include "NoteFile.h"
 
 #include <QMap>
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
+#include <locale>
 
 namespace {
 
@@ -55,7 +57,7 @@ Values CarriedValues(const QString &path)
                                              [&](const char *name) { return datum.tagName() == name; });
         const bool isOfSensor = datum.groupName() == "Image"
             && (datum.tag() >= 50706 || datum.tag() == 33421 || datum.tag() == 33422 || datum.tag() == 254);
-        const bool isPlace = datum.key() == "Exif.MakerNote.Offset" || datum.key() == "Exif.Photo.MakerNote";
+        const bool isPlace = datum.groupName() == "MakerNote" || datum.key() == "Exif.Photo.MakerNote";
         if (isStructure || isOfSensor || isPlace || datum.groupName() == "Thumbnail")
             continue;
         values[QString::fromStdString(datum.key())] = QByteArray(datum.typeName()) + ' ' + BytesOf(datum).toHex();
@@ -149,7 +151,8 @@ QByteArray Iptc()
 constexpr char kXmp[] =
     "<?xpacket begin='\xEF\xBB\xBF' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'>"
     "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about='' "
-    "xmlns:dc='http://purl.org/dc/elements/1.1/' dc:format='image/jpeg'/></rdf:RDF></x:xmpmeta>"
+    "xmlns:dc='http://purl.org/dc/elements/1.1/' dc:format='image/jpeg' xmlns:a='http://ns.adobe.com/exif/1.0/aux/' "
+    "a:Lens='EF50mm f/1.8 II'/></rdf:RDF></x:xmpmeta>"
     "<?xpacket end='w'?>";
 
 /// Puts APP13 segments with the IPTC resource behind the start of a JPEG. Exiv2 would write its own form of IPTC.
@@ -255,7 +258,10 @@ private Q_SLOTS:
     void blocksAreCarried();
     void iptcEntries();
     void profileOfTheRightKind();
+    void notesOfCameras();
+    void unreadableEntries();
     void xmp();
+    void metadataList();
     void resolution();
     void damagedMetadata();
     void exifTooLargeForJpeg();
@@ -343,6 +349,49 @@ void tst_Metadata::iptcEntries()
     gflFreeIPTC(iptc);
 }
 
+void tst_Metadata::notesOfCameras()
+{
+    const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
+    for (const NoteKind &kind : NoteKinds()) {
+        quint32 place = 0;
+        const QByteArray exif = ExifWithNote(kind, &place), note = NoteOf(kind, place);
+        QVERIFY2(exif.mid(int(place), note.size()) == note, kind.name);
+        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
+        const Values before = CarriedValues(m_folder("a.jpg"));
+        for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+            const QByteArray which = QByteArray(kind.name) + ' ' + format;
+            const QString to = m_folder(which.constData());
+            QVERIFY2(Save(to, *Picture(m_folder("a.jpg")), SaveParams(format)) == GFL_NO_ERROR, which);
+            const QByteArray file = ReadBytes(to);
+            const int block = format[0] == 't' ? 0 : file.indexOf("II*", format[1] == 'p' ? 6 : 1);
+            const int found = file.indexOf(note, block);
+            QVERIFY2(kind.result != NoteKind::Stays || found == block + int(place), which);
+            QVERIFY2(kind.result != NoteKind::Moves || found > 0, which);
+            // Exiv2 reads wrong bytes where the offsets are wrong or the byte order is no longer that of the file.
+            const bool isMisread = kind.result == NoteKind::Stays && (kind.shift != 0 || kind.isBigEndian);
+            QVERIFY2(isMisread || CarriedValues(to) == before, which);
+        }
+    }
+}
+
+void tst_Metadata::unreadableEntries()
+{
+    // A first directory of a text without characters, a type that doesn't exist, and an orientation.
+    const QByteArray exif("II*\0\x08\0\0\0\3\0"
+                          "\x0E\1\2\0\0\0\0\0\0\0\0\0"
+                          "\x0F\1\0\0\4\0\0\0Acme"
+                          "\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0",
+                          50);
+    const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
+    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
+    const BitmapPtr bitmap = Picture(m_folder("a.jpg"));
+    QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
+    QCOMPARE(ValueBytes(m_folder("a.tif"), "Exif.Image.Orientation"), QByteArray("\6\0", 2));
+    const Values after = CarriedValues(m_folder("a.tif"));
+    QVERIFY(!after.contains(QStringLiteral("Exif.Image.Make")));
+    QVERIFY(!after.contains(QStringLiteral("Exif.Image.ImageDescription")));
+}
+
 void tst_Metadata::profileOfTheRightKind()
 {
     const struct {
@@ -381,6 +430,74 @@ void tst_Metadata::xmp()
     const BitmapPtr metadata = LoadMetadata(source);
     QVERIFY(metadata && !metadata->Data && SavedBytes(*metadata, SaveParams("tiff")).isEmpty());
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
+}
+
+/// Streams of the process group digits and write commas, as those of a German host may.
+struct GermanNumbers : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+/// Raw and printed text of the last item of a key in a file, with a bar between.
+QByteArray ListItem(const QString &path, const QByteArray &key)
+{
+    GFL_METADATA_LIST *list = nullptr;
+    if (gflLoadMetadataListUTF8(path.toUtf8().constData(), &list) != GFL_NO_ERROR)
+        return gflLastErrorText();
+    QByteArray found;
+    for (std::uint32_t i = 0; i < list->NumberOfItems; ++i)
+        if (key == list->ItemsList[i].Key)
+            found = QByteArray(list->ItemsList[i].Raw).append("|").append(list->ItemsList[i].Printed);
+    gflFreeMetadataList(list);
+    return found;
+}
+
+void tst_Metadata::metadataList()
+{
+    Exiv2::ExifData exif = ExifWith(NikonNote);
+    exif["Exif.Photo.LensModel"] = "F\xFCnfziger"; // ISO 8859-1
+    exif["Exif.Photo.PixelXDimension"] = uint32_t(12000);
+    exif["Exif.Photo.FocalLength"] = Exiv2::URational(455, 10);
+    exif["Exif.Photo.MeteringMode"] = uint16_t(2);
+    exif["Exif.Image.ImageDescription"] = std::string(1100, 'd');
+    exif["Exif.NikonLd2.Version"] = "48 50 48 49"; // "0201"
+    exif["Exif.NikonLd2.LensIDNumber"] = "165";
+    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(exif)));
+    QVERIFY(WriteBytes(m_folder("a.dng"), RawSource({})));
+    // A CR3 is boxes; CMT1 and CMT2 hold the first directory and that of EXIF as TIFFs of their own.
+    const auto box = [](const QByteArray &kind, const QByteArray &content) {
+        return BigEndian(quint64(content.size()) + 8, 4) + kind + content;
+    };
+    const QByteArray first = box("CMT1", PlainTiff({{274, 6}}, {})), second = box("CMT2", PlainTiff({{41989, 77}}, {})),
+                     mark = QByteArray::fromHex("85c0b687820f11e08111f4ce462b6a48");
+    QVERIFY(WriteBytes(m_folder("a.cr3"),
+                       box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16))
+                           + box("moov", box("uuid", mark + first + second)) + box("mdat", QByteArray(64, 'm'))));
+    // LibRaw knows this camera by the size of its files, which hold nothing but pixels.
+    QVERIFY(WriteBytes(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0')));
+    QVERIFY(WriteBytes(m_folder("a.txt"), "no picture at all"));
+    const struct {
+        const char *file, *key, *expected;
+    } rows[] = {
+        {"a.jpg", "Exif.Photo.LensModel", "F\xC3\xBCnfziger|F\xC3\xBCnfziger"},
+        {"a.jpg", "Exif.Photo.PixelXDimension", "12000|12000"},
+        {"a.jpg", "Exif.Photo.FocalLength", "455/10|45.5 mm"},
+        {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
+        {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
+        {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
+        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the prefix in the file
+        {"a.jpg", "LibRaw.Make", ""},
+        {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
+        {"a.cr3", "Exif.Image.Orientation", "6|right, top"},
+        {"a.cr3", "Exif.Photo.FocalLengthIn35mmFilm", "77|77.0 mm"},
+        {"a.raw", "Exif.Image.Make", "AVT|AVT"},
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new GermanNumbers));
+    for (const auto &row : rows)
+        QCOMPARE(QByteArray(row.key) + ListItem(m_folder(row.file), row.key), QByteArray(row.key) + row.expected);
+    std::locale::global(before);
+    QVERIFY(ListItem(m_folder("a.txt"), "").contains("no known format"));
 }
 
 void tst_Metadata::resolution()

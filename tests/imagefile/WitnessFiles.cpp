@@ -1,0 +1,64 @@
+// Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
+// Sources are NAME.source.jpg, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff, .png and .psd hold the same
+// pixels.
+#include "Bitmaps.h"
+#include "NoteFile.h"
+
+#include <cstdio>
+
+namespace {
+
+bool WriteCopies(const QString &source)
+{
+    const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
+    if (!bitmap)
+        return false;
+    GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get()); // the way of the image kernel
+    gflBitmapSetEXIF2(bitmap.get(), exif);
+    gflFreeEXIF2(exif);
+    bool done = true;
+    for (const char *format : {"tiff", "jpeg", "png", "psd"})
+        done = Save(source.chopped(3) + QLatin1String(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR && done;
+    return done;
+}
+
+} // namespace
+
+int main(int count, char **arguments)
+{
+    if (count < 2) {
+        std::fputs("usage: witness_files FOLDER [PICTURE...]\n", stderr);
+        return 2;
+    }
+    const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
+    bool done = true;
+    for (const NoteKind &kind : NoteKinds()) {
+        quint32 place = 0;
+        const QString name =
+            QString::fromLatin1(kind.name).remove(QLatin1Char(',')).replace(QLatin1Char(' '), QLatin1Char('-'));
+        const QString path =
+            QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + name + QLatin1String(".source.jpg");
+        done = WriteBytes(path, JpegWithExif(jpeg, ExifWithNote(kind, &place))) && WriteCopies(path) && done;
+    }
+    const struct {
+        const char *name;
+        int type, bits;
+    } forms[] = {{"grey8", GFL_GREY, 8},
+                 {"grey16", GFL_GREY, 16},
+                 {"rgb16", GFL_RGB, 16},
+                 {"alpha8", GFL_RGBA, 8},
+                 {"alpha16", GFL_RGBA, 16}};
+    for (const auto &form : forms)
+        for (const char *format : {"tiff", "png", "psd"}) {
+            const QString path = QString::fromLocal8Bit(arguments[1]) + QLatin1Char('/') + QLatin1String(form.name);
+            done = Save(path + QLatin1String(".pixels.") + QLatin1String(format),
+                        *SmoothBitmap(40, 30, form.type, form.bits), SaveParams(format))
+                    == GFL_NO_ERROR
+                && done;
+        }
+    for (int i = 2; i < count; ++i)
+        done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
+    if (!done)
+        std::fprintf(stderr, "witness_files: %s\n", gflLastErrorText());
+    return done ? 0 : 1;
+}

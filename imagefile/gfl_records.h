@@ -219,3 +219,12 @@ struct GFL_EXIF_DATAEX {
     std::uint32_t Flags;
 };
 static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) == 8, "layout shared with hosts");
+
+/// A format of image files. The texts are the layer's.
+struct GFL_FORMAT {
+    const char *Name;      // as gflGetFormatIndexByName takes it: "tiff"
+    const char *Label;     // for people, English: "TIFF", "Camera raw"
+    const char *Suffixes;  // lower case, the usual one first, separated by blanks: ".tif .tiff"
+    const char *MimeTypes; // separated by blanks: "image/tiff"
+    bool CanBeWritten;     // as a save's FormatIndex; all can be read
+};

@@ -141,11 +141,15 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     try {
+        gflClearWarningText();
         const Outcome outcome = One(process, planned);
+        const QString warning = QString::fromUtf8(gflLastWarningText());
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
         if (outcome == Outcome::Corrected)
             m_console->Print(planned.output + QLatin1Char('\n'));
+        if (outcome == Outcome::Corrected && !warning.isEmpty())
+            m_console->Note(planned.asNamed, warning);
         ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
     } catch (...) {
         const QString why = TextOfCurrentException();

@@ -5,6 +5,7 @@
 #include "core/codec.h"
 #include "core/guard.h"
 #include "core/image_limits.h"
+#include "formats.h"
 #include "metadata/exif_carry.h"
 #include "metadata/metadata.h"
 
@@ -40,16 +41,17 @@ Status ReadHeaders(const Source &source, OpenFile *file)
 {
     if (Status status = FindCodec(source, &file->codec, &file->info.FormatIndex); !status)
         return status;
-    std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", file->codec->Name());
+    std::snprintf(file->info.FormatName, sizeof file->info.FormatName, "%s", FormatAt(file->info.FormatIndex)->Name);
     Status status = file->codec->ReadInfo(source, &file->info);
     if (Status read = source.Check(); !read)
         return read;
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
-void AttachMetadata(Metadata metadata, GFL_BITMAP *bitmap)
+Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitmap)
 {
-    *MakeMetadata(bitmap) = std::move(metadata);
+    Status status = codec.ReadMetadata(source, MakeMetadata(bitmap));
+    return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
 /// Reads a file into one of the two row sinks that end as a bitmap. @p decode asks the codec for the rows.
@@ -69,7 +71,8 @@ Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows,
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
     if ((params.Flags & GFL_LOAD_METADATA) != 0)
-        AttachMetadata(ReadMetadata(source), made.get());
+        if (Status attached = AttachMetadata(source, *file.codec, made.get()); !attached)
+            return attached;
     *bitmap = made.release();
     if (info)
         *info = file.info;
@@ -106,7 +109,8 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     made->TransparentIndex = -1;
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
-    AttachMetadata(ReadMetadata(source), made.get());
+    if (Status status = AttachMetadata(source, *file.codec, made.get()); !status)
+        return status;
     *bitmap = made.release();
     return Status::Ok();
 }
@@ -151,8 +155,9 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     if (!codec)
         return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("there is no format %d", params.FormatIndex));
     if (rows && !codec->WritesMadeRows())
-        return Status::Fail(GFL_ERROR_BAD_PARAMETERS,
-                            Text("%s is written from whole pictures, not row by row", codec->Name()));
+        return Status::Fail(
+            GFL_ERROR_BAD_PARAMETERS,
+            Text("%s is written from whole pictures, not row by row", FormatAt(params.FormatIndex)->Name));
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
@@ -188,27 +193,26 @@ void gflSetThreads(int threads)
 
 std::int32_t gflGetFormatIndexByName(const char *name)
 {
-    for (std::int32_t index = 0; name && CodecAt(index); ++index)
-        if (std::strcmp(CodecAt(index)->Name(), name) == 0)
+    for (std::int32_t index = 0; name && FormatAt(index); ++index)
+        if (std::strcmp(FormatAt(index)->Name, name) == 0)
             return index;
     return -1;
 }
 
-const char *gflGetFormatNameByIndex(std::int32_t index)
+const GFL_FORMAT *gflGetFormat(std::int32_t index)
 {
-    const Codec *codec = CodecAt(index);
-    return codec ? codec->Name() : nullptr;
+    return FormatAt(index);
 }
 
 bool gflHasGoodExtension(const char *suffix)
 {
-    const std::string wanted = suffix ? LowerCaseSuffix(suffix) : std::string();
-    for (std::int32_t index = 0; CodecAt(index); ++index) {
-        const std::vector<std::string> &suffixes = CodecAt(index)->Suffixes();
-        if (std::find(suffixes.begin(), suffixes.end(), wanted) != suffixes.end())
-            return true;
-    }
-    return false;
+    return GuardedValue([&] {
+        const std::string wanted = suffix ? LowerCaseSuffix(suffix) : std::string();
+        for (std::int32_t index = 0; FormatAt(index); ++index)
+            if (HasSuffix(*FormatAt(index), wanted))
+                return true;
+        return false;
+    });
 }
 
 void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params)

@@ -4,7 +4,7 @@
 //  - Paths and texts are UTF-8. Null pointers are GFL_ERROR_BAD_PARAMETERS, or the neutral answer where no error number
 //    is returned; freeing null does nothing.
 //  - Functions that can fail return a number of GflError, and gflLastErrorText() then says what was wrong. No exception
-//    leaves the layer.
+//    leaves the layer, whatever its type; memory that runs out anywhere is GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx, and go back by their gflFree* function.
 //  - What a failed load would have filled is left empty: null pointers, zeroed records.
 #pragma once
@@ -39,17 +39,22 @@ GFL_API void gflSetThreads(int threads);
 /// thread's next call that fails.
 GFL_API const char *gflLastErrorText();
 
+/// What calls of this thread left out of files without failing, such as damaged metadata. The first such text since
+/// gflClearWarningText; empty when there was none. Never null.
+GFL_API const char *gflLastWarningText();
+GFL_API void gflClearWarningText();
+
 /// A block that the layer can later free as part of a record. Null when memory is short.
 GFL_API void *gflMemoryAlloc(std::uint32_t size);
 
 // ---- Formats ----
 
+/// What is known of a format by its index, from 0; null behind the last one. Valid as long as the library is loaded.
+GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
+
 /// Index of a format by its lower-case name ("tiff", "jpeg"), or -1, which a save answers with
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
-
-/// Name of the format at an index: from 0 without gaps. Null beyond the last.
-GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
 
 /// True when the layer reads files with this suffix, given with its dot, in any case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
@@ -80,7 +85,8 @@ GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BI
                                  const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
 /// A record that carries the metadata of a picture file and no pixels (Data is null; size and form are the file's).
-/// A file that could not be read as a picture gives the error that reading it would.
+/// A file that could not be read as a picture gives the error that reading it would. Damaged metadata is left out with
+/// a warning (gflLastWarningText), here and in every function that reads metadata.
 GFL_API int gflLoadMetadataUTF8(const char *path, GFL_BITMAP **bitmap);
 
 GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
@@ -90,9 +96,10 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with the EXIF, IPTC and XMP that it carries, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless that is of another colour space than the pixels. Depth and alpha are converted to what
-/// the format holds. The file is written beside the target and renamed when whole: a failed save leaves an existing
-/// file as it was. Symbolic links are followed.
+/// GFL_SAVE_ICC_PROFILE, unless that is of another colour space than the pixels. OpenEXR and Radiance files have no
+/// place for metadata and are written without. Depth and alpha are converted to what the format holds. The file is
+/// written beside the target and renamed when whole: a failed save leaves an existing file as it was. Symbolic links
+/// are followed.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Makes rows @p firstRow to @p firstRow + @p rows - 1 of a picture in @p data, one every @p bytesPerLine bytes. Must

@@ -4,6 +4,7 @@
 #include "core/allocator.h"
 #include "core/codec.h"
 #include "core/guard.h"
+#include "formats.h"
 #include "metadata/exif_carry.h"
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
@@ -61,7 +62,7 @@ GFL_EXIF_DATAEX *ExifRawBlock(const Metadata &metadata)
 template <class Block> Block *OfBitmap(const GFL_BITMAP *bitmap, Block *(*block)(const Metadata &))
 {
     const Metadata *metadata = MetadataOf(bitmap);
-    return metadata ? GuardedPointer([&] { return block(*metadata); }) : nullptr;
+    return metadata ? GuardedValue([&] { return block(*metadata); }) : nullptr;
 }
 
 /// A block of a file by one of the functions above. Only the file's metadata is looked at.
@@ -74,7 +75,10 @@ template <class Block> Block *OfFile(const char *path, Block *(*block)(const Met
             return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
         if (Status status = source.Open(path); !status)
             return status;
-        result = block(ReadMetadata(source));
+        Metadata metadata;
+        if (Status status = ReadMetadata(source, &metadata); !status)
+            return status;
+        result = block(metadata);
         return Status::Ok();
     }));
     return result;
@@ -117,13 +121,13 @@ bool gflBitmapHasICCProfile(const GFL_BITMAP *bitmap)
 bool gflBitmapHasIPTC(const GFL_BITMAP *bitmap)
 {
     const Metadata *metadata = MetadataOf(bitmap);
-    return metadata && HasIptcEntries(metadata->iptc);
+    return metadata && GuardedValue([&] { return HasIptcEntries(metadata->iptc); });
 }
 
 bool gflBitmapHasEXIF(const GFL_BITMAP *bitmap)
 {
     const Metadata *metadata = MetadataOf(bitmap);
-    return metadata && HasExif(*metadata);
+    return metadata && GuardedValue([&] { return HasExif(*metadata); });
 }
 
 bool gflBitmapHasXMP(const GFL_BITMAP *bitmap)

@@ -234,3 +234,12 @@ struct GFL_METADATA_LIST {
     std::uint32_t NumberOfItems;
     GFL_METADATA_ITEM *ItemsList;
 };
+
+/// A format of image files. The texts are the layer's.
+struct GFL_FORMAT {
+    const char *Name;      // as gflGetFormatIndexByName takes it: "tiff"
+    const char *Label;     // for people, English: "TIFF", "Camera raw"
+    const char *Suffixes;  // lower case, the usual one first, separated by blanks: ".tif .tiff"
+    const char *MimeTypes; // separated by blanks: "image/tiff"
+    bool CanBeWritten;     // as a save's FormatIndex; all can be read
+};

@@ -106,12 +106,12 @@ QString ProgramHelp()
     return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
 
-/// "RAW, TIFF, JPEG ..."
+/// "Camera raw, TIFF, JPEG ..."
 QString KnownFormats()
 {
     QStringList names;
-    for (std::int32_t i = 0; const char *name = gflGetFormatNameByIndex(i); ++i)
-        names << Latin(name).toUpper();
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
+        names << Latin(format->Label);
     return names.join(QLatin1String(", "));
 }
 

@@ -140,15 +140,19 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     try {
+        gflClearWarningText();
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
         const Outcome outcome = One(process, planned);
+        const QString warning = QString::fromUtf8(gflLastWarningText());
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
         if (outcome == Outcome::Corrected)
             m_console->PrintName(planned.output);
+        if (outcome == Outcome::Corrected && !warning.isEmpty())
+            m_console->Note(planned.asNamed, warning);
         ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
     } catch (...) {
         const QString why = TextOfCurrentException();

@@ -1,4 +1,4 @@
-// The one interface behind which a file format stands, and the list of formats.
+// The one interface behind which a file format stands.
 #pragma once
 
 #include "image_limits.h"
@@ -9,7 +9,6 @@
 #include "status.h"
 
 #include <string>
-#include <vector>
 
 namespace imagefile {
 
@@ -36,21 +35,22 @@ struct SaveOptions {
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 
+/// What a file's name says of its format.
+struct NameHint {
+    std::string suffix; // in lower case with its dot; empty without one and for memory
+    bool isOwnSuffix;   // of the format that is asked
+};
+
 /// A file format. Stateless: one object serves all threads. Exceptions other than std::bad_alloc and longjmps of the
 /// format's library end inside.
 class Codec {
 public:
     virtual ~Codec() = default;
 
-    /// As in GFL_FILE_INFORMATION::FormatName.
-    virtual const char *Name() const = 0;
-    /// Lower-case suffixes with their dots.
-    virtual const std::vector<std::string> &Suffixes() const = 0;
     /// Whether a file that begins with @p head (16 bytes, zeroes behind the end of a shorter file) is of this format.
-    /// @p suffix is in lower case.
-    virtual bool Probe(const std::uint8_t *head, const std::string &suffix) const = 0;
+    virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
     /// A closer look at a file that Probe takes, for formats that begin as another does.
-    virtual bool Recognises(const Source &source) const;
+    virtual bool Recognises(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info but FormatName and FormatIndex. Never decodes pixels, but finds every reason to refuse the
     /// file that its headers show.
@@ -61,13 +61,17 @@ public:
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
+    /// Adds the metadata of a file. Damaged metadata is left out with a warning (gflLastWarningText); only a source
+    /// that can't be read is a failure. Throws std::bad_alloc only.
+    virtual Status ReadMetadata(const Source &source, Metadata *metadata) const = 0;
+
     /// Whether Write takes rows that are made meanwhile.
     virtual bool WritesMadeRows() const { return false; }
     /// @p bitmap is valid: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };
 
-inline bool Codec::Recognises(const Source &) const
+inline bool Codec::Recognises(const Source &, const NameHint &) const
 {
     return true;
 }
@@ -78,22 +82,7 @@ inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &
     return ReadPixels(source, params, rows);
 }
 
-/// The format at @p index, the number that callers know it by; null behind the last.
-const Codec *CodecAt(std::int32_t index);
-
-/// The format of a file by its first bytes, with its index; GFL_ERROR_UNKNOWN_FORMAT when there is none.
-Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index);
-
 /// ".jpg" of "a/B.JPG"; empty without one.
 std::string LowerCaseSuffix(const std::string &path);
-
-// One factory a format; each stands in the file of its name.
-const Codec &TiffCodec();
-const Codec &JpegCodec();
-const Codec &RawCodec();
-const Codec &ExrCodec();
-const Codec &PngCodec();
-const Codec &HdrCodec();
-const Codec &PsdCodec();
 
 } // namespace imagefile

@@ -2,11 +2,14 @@
 
 #include "pixel_form.h"
 
+#include <cmath>
 #include <lcms2.h>
 
 namespace imagefile {
 
 namespace {
+
+constexpr double kSameWhite = 0.0005; // of chromaticities: D50 is written with three or four digits
 
 struct CloseProfile {
     void operator()(void *profile) const { cmsCloseProfile(profile); }
@@ -32,6 +35,18 @@ cmsUInt32Number Format(cmsUInt32Number space, int colours, int bits, bool hasAlp
 } // namespace
 
 struct ColourTransform::Engine {
+    static std::unique_ptr<Engine> Make(cmsHPROFILE from, cmsUInt32Number in, cmsUInt32Number out,
+                                        cmsUInt32Number flags)
+    {
+        const ProfilePtr to(cmsCreate_sRGBProfile());
+        const bool keepsAlpha = T_EXTRA(in) != 0;
+        const cmsHTRANSFORM transform = from && to
+            ? cmsCreateTransform(from, in, to.get(), out, INTENT_RELATIVE_COLORIMETRIC,
+                                 cmsFLAGS_BLACKPOINTCOMPENSATION | (keepsAlpha ? cmsFLAGS_COPY_ALPHA : 0u) | flags)
+            : nullptr;
+        return transform ? std::make_unique<Engine>(transform) : nullptr;
+    }
+
     explicit Engine(cmsHTRANSFORM made) : transform(made) { }
     ~Engine() { cmsDeleteTransform(transform); }
     Engine(const Engine &) = delete;
@@ -43,25 +58,38 @@ struct ColourTransform::Engine {
 ColourTransform::ColourTransform() = default;
 ColourTransform::~ColourTransform() = default;
 
-Status ColourTransform::Start(ColourCoding coding, const Bytes &profile, int bits, bool hasAlpha)
+Status ColourTransform::StartInks(const Bytes &profile, int bits, bool hasAlpha)
 {
-    const bool isInk = coding == ColourCoding::Cmyk;
     m_bits = bits;
     m_hasAlpha = hasAlpha;
-    const ProfilePtr from = isInk ? InkProfile(profile) : ProfilePtr(cmsCreateLab4Profile(nullptr));
-    if (!from && isInk)
-        return Status::Ok();
-    const ProfilePtr to(cmsCreate_sRGBProfile());
-    const cmsUInt32Number space = isInk ? PT_CMYK : PT_Lab;
+    const ProfilePtr from = InkProfile(profile);
+    if (from)
+        m_engine = Engine::Make(from.get(), Format(PT_CMYK, 4, bits, hasAlpha), Format(PT_RGB, 3, bits, hasAlpha), 0);
+    return Status::Ok();
+}
+
+Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
+{
+    m_bits = bits;
+    m_hasAlpha = hasAlpha;
+    const bool isAdapted = std::hypot(white.x - kD50.x, white.y - kD50.y) > kSameWhite && white.y > kSameWhite;
+    if (isAdapted) {
+        const cmsCIEXYZ from = {white.x / white.y, 1.0, (1.0 - white.x - white.y) / white.y};
+        m_white = {from.X, from.Y, from.Z};
+        for (std::size_t i = 0; i < 3; ++i) { // a matrix by what it makes of the unit vectors
+            const cmsCIEXYZ unit = {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0};
+            cmsCIEXYZ adapted = {};
+            if (!cmsAdaptToIlluminant(&adapted, &from, cmsD50_XYZ(), &unit))
+                return Status::Fail(GFL_ERROR_FILE_READ, Text("a white of x %g, y %g", white.x, white.y));
+            m_toD50[i] = {adapted.X, adapted.Y, adapted.Z};
+        }
+        m_lab.resize(3);
+    }
+    const ProfilePtr from(cmsCreateLab4Profile(nullptr));
+    const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
     // A table instead of Lab's formula would show in the shadows, where sRGB is steep.
-    const cmsHTRANSFORM transform = from && to
-        ? cmsCreateTransform(from.get(), Format(space, isInk ? 4 : 3, bits, hasAlpha), to.get(),
-                             Format(PT_RGB, 3, bits, hasAlpha), INTENT_RELATIVE_COLORIMETRIC,
-                             cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_COPY_ALPHA | (isInk ? 0u : cmsFLAGS_NOOPTIMIZE))
-        : nullptr;
-    if (transform)
-        m_engine = std::make_unique<Engine>(transform);
-    return transform || isInk ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the change of colours");
+    m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
+    return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the change of colors");
 }
 
 template <class T> void ColourTransform::MixInks(const T *src, T *dst, std::size_t width) const
@@ -77,8 +105,35 @@ template <class T> void ColourTransform::MixInks(const T *src, T *dst, std::size
     }
 }
 
+// Lab under another white becomes XYZ, that of D50, and Lab again.
+template <class T> void ColourTransform::AdaptRow(const T *src, T *dst, std::size_t width)
+{
+    const std::size_t step = m_hasAlpha ? 4 : 3;
+    const cmsCIEXYZ white = {m_white[0], m_white[1], m_white[2]};
+    m_lab.resize(3 * width);
+    for (std::size_t x = 0; x < width; ++x) {
+        const T *pixel = src + x * step;
+        const auto range = [](T value, double full) { return value * full / FullScale<T>(); };
+        const cmsCIELab lab = {range(pixel[0], 100.0), range(pixel[1], 255.0) - 128.0, range(pixel[2], 255.0) - 128.0};
+        cmsCIEXYZ xyz = {};
+        cmsLab2XYZ(&white, &xyz, &lab);
+        const auto under = [&](std::size_t i) {
+            return m_toD50[0][i] * xyz.X + m_toD50[1][i] * xyz.Y + m_toD50[2][i] * xyz.Z;
+        };
+        const cmsCIEXYZ adapted = {under(0), under(1), under(2)};
+        cmsXYZ2Lab(cmsD50_XYZ(), reinterpret_cast<cmsCIELab *>(&m_lab[3 * x]), &adapted);
+    }
+    cmsDoTransform(m_engine->transform, m_lab.data(), dst, static_cast<cmsUInt32Number>(width));
+    for (std::size_t x = 0; m_hasAlpha && x < width; ++x)
+        dst[4 * x + 3] = src[4 * x + 3];
+}
+
 void ColourTransform::Row(const void *src, void *dst, std::size_t width)
 {
+    if (!m_lab.empty() && m_bits == 8)
+        return AdaptRow(static_cast<const std::uint8_t *>(src), static_cast<std::uint8_t *>(dst), width);
+    if (!m_lab.empty())
+        return AdaptRow(static_cast<const std::uint16_t *>(src), static_cast<std::uint16_t *>(dst), width);
     if (!m_engine && m_bits == 8)
         return MixInks(static_cast<const std::uint8_t *>(src), static_cast<std::uint8_t *>(dst), width);
     if (!m_engine && m_bits == 16)

@@ -1,28 +1,34 @@
 // From inks and Lab to RGB.
 #pragma once
 
-#include "metadata/metadata.h"
+#include "bytes.h"
+#include "status.h"
 
+#include <array>
 #include <memory>
 
 namespace imagefile {
 
-/// How samples that are to become RGB are coded, over the full range of their type.
-enum class ColourCoding {
-    Cmyk, // full range: all of the ink
-    Lab,  // lightness 0 to 100; a and b from -128 to 127 (ICC version 4)
+/// The color of a light, as CIE 1931 x and y.
+struct Chromaticity {
+    double x, y;
 };
+/// The white of ICC's Lab, and of TIFF's unless a file says otherwise (Adobe's TIFF technical note).
+constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
-/// One kind of conversion, to sRGB. By lcms2 for Lab, and for inks that come with their profile; inks without one, or
-/// with one that lcms2 can't use, are paper white times what each of them leaves.
+/// One kind of conversion, to sRGB, by lcms2. Samples are coded over the full range of their type. Inks without a
+/// profile, or with one that lcms2 can't use, are paper white times what each of them leaves.
 class ColourTransform {
 public:
     ColourTransform();
     ~ColourTransform();
 
-    /// @p profile: of the inks, may be empty or of anything else; @p bits: 8, 16 or 32, for Lab 8 or 16; @p hasAlpha: a
-    /// sample of opacity follows the colours, on both sides.
-    Status Start(ColourCoding coding, const Bytes &profile, int bits, bool hasAlpha);
+    /// Cyan, magenta, yellow, black; full range: all of the ink. @p profile: may be empty or of anything else; @p bits:
+    /// 8, 16 or 32; @p hasAlpha: a sample of opacity follows the colors, on both sides.
+    Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
+    /// Lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8 or 16.
+    /// White becomes white, other colors are adapted by Bradford's matrix.
+    Status StartLab(Chromaticity white, int bits, bool hasAlpha);
 
     /// Converts @p width pixels: four inks or three of Lab to three of RGB, of the same depth.
     void Row(const void *src, void *dst, std::size_t width);
@@ -30,11 +36,15 @@ public:
 private:
     struct Engine;
     template <class T> void MixInks(const T *src, T *dst, std::size_t width) const;
+    template <class T> void AdaptRow(const T *src, T *dst, std::size_t width);
 
     std::unique_ptr<Engine> m_engine; // null for the plain formula
     int m_bits = 8;
     bool m_hasAlpha = false;
     std::vector<float> m_percent;
+    std::array<double, 3> m_white = {};                // XYZ of another white than D50
+    std::array<std::array<double, 3>, 3> m_toD50 = {}; // XYZ under that white to XYZ under D50
+    std::vector<double> m_lab;                         // a row under D50; empty when that is the white anyway
 };
 
 } // namespace imagefile

@@ -133,10 +133,21 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
     return Status::Ok();
 }
 
-std::size_t FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length)
+Status FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count)
 {
-    const ssize_t count = ::pread(m_file, buffer, length, static_cast<off_t>(offset));
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
+    for (*count = 0; *count < length;) {
+        const ssize_t got =
+            ::pread(m_file, static_cast<char *>(buffer) + *count, length - *count, static_cast<off_t>(offset + *count));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return Status::Fail(GFL_ERROR_FILE_WRITE,
+                                Text("can't read %s back: %s", m_target.c_str(), std::strerror(errno)));
+        if (got == 0)
+            break;
+        *count += static_cast<std::size_t>(got);
+    }
+    return Status::Ok();
 }
 
 MemorySink::~MemorySink()
@@ -169,13 +180,12 @@ Status MemorySink::WriteAt(std::uint64_t offset, const void *data, std::size_t l
     return Status::Ok();
 }
 
-std::size_t MemorySink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length)
+Status MemorySink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count)
 {
-    if (offset >= m_size)
-        return 0;
-    length = static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset));
-    std::memcpy(buffer, m_data + offset, length);
-    return length;
+    *count = offset < m_size ? static_cast<std::size_t>(std::min<std::uint64_t>(length, m_size - offset)) : 0;
+    if (*count > 0)
+        std::memcpy(buffer, m_data + offset, *count);
+    return Status::Ok();
 }
 
 } // namespace imagefile

@@ -19,8 +19,9 @@ public:
 
     std::uint64_t Size() const { return m_size; }
     virtual Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) = 0;
-    /// Reads back what was written; fewer bytes at the end.
-    virtual std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) = 0;
+    /// Reads back what was written; @p count is less than @p length at the end. A disk that fails is
+    /// GFL_ERROR_FILE_WRITE: the file under way can't become right.
+    virtual Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) = 0;
 
 protected:
     std::uint64_t m_size = 0;
@@ -40,7 +41,7 @@ public:
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;
-    std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) override;
+    Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) override;
 
 private:
     Status CheckTarget();
@@ -62,7 +63,7 @@ public:
     std::uint8_t *Take();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;
-    std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) override;
+    Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) override;
 
 private:
     std::uint8_t *m_data = nullptr;

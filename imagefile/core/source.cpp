@@ -30,6 +30,8 @@ Status Source::Open(const std::string &path)
 
 Status Source::Check() const
 {
+    if (m_shrank)
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("%s became shorter while it was read", m_path.c_str()));
     if (m_failure == 0)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_FILE_READ, Text("can't read %s: %s", m_path.c_str(), std::strerror(m_failure)));
@@ -52,6 +54,8 @@ std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t lengt
             continue;
         if (count < 0)
             m_failure = errno;
+        if (count == 0) // before the size that it had
+            m_shrank = true;
         if (count <= 0)
             break;
         done += static_cast<std::size_t>(count);

@@ -28,8 +28,8 @@ public:
     /// Null for a file.
     const std::uint8_t *Data() const { return m_data; }
 
-    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or when the disk fails, which
-    /// Check then tells.
+    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or when the disk fails or the
+    /// file has become shorter than Size(), which Check then reports.
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
     /// GFL_ERROR_FILE_READ once a read has failed for another reason than the end of the file. Decoders take what is
@@ -40,7 +40,8 @@ private:
     const std::uint8_t *m_data = nullptr;
     std::uint64_t m_size = 0;
     int m_file = -1;
-    mutable int m_failure = 0; // errno
+    mutable int m_failure = 0;     // errno
+    mutable bool m_shrank = false; // since it was opened
     std::string m_path;
 };
 

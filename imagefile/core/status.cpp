@@ -11,6 +11,7 @@ namespace {
 // Plain characters rather than a string: nothing to destroy when a thread ends after the library was unloaded. Room for
 // the longest path, which stands ahead of the reason, and for that.
 thread_local char lastErrorText[PATH_MAX + 512] = "";
+thread_local char lastWarningText[512] = "";
 
 } // namespace
 
@@ -24,11 +25,21 @@ std::string Text(const char *format, ...)
     return text;
 }
 
-int Report(const Status &status)
+int Report(const Status &status) noexcept
 {
-    if (!status)
-        std::snprintf(lastErrorText, sizeof lastErrorText, "%s", status.Why().c_str());
-    return status.Error();
+    return status ? GFL_NO_ERROR : Report(status.Error(), status.Why().c_str());
+}
+
+int Report(GflError error, const char *why) noexcept
+{
+    std::snprintf(lastErrorText, sizeof lastErrorText, "%s", why);
+    return error;
+}
+
+void Warn(const char *what) noexcept
+{
+    if (lastWarningText[0] == '\0')
+        std::snprintf(lastWarningText, sizeof lastWarningText, "%s", what);
 }
 
 } // namespace imagefile
@@ -36,4 +47,14 @@ int Report(const Status &status)
 const char *gflLastErrorText()
 {
     return imagefile::lastErrorText;
+}
+
+const char *gflLastWarningText()
+{
+    return imagefile::lastWarningText;
+}
+
+void gflClearWarningText()
+{
+    imagefile::lastWarningText[0] = '\0';
 }

@@ -28,7 +28,12 @@ private:
 /// printf into a string.
 std::string Text(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Keeps the text of a failure for gflLastErrorText of this thread, and gives its number. Success keeps the old text.
-int Report(const Status &status);
+/// Keeps the text of a failure for gflLastErrorText of this thread, and returns its number. Success keeps the old text.
+int Report(const Status &status) noexcept;
+/// The same without a Status. Allocates nothing, so that it also works when memory is short.
+int Report(GflError error, const char *why) noexcept;
+
+/// Keeps a text for gflLastWarningText of this thread, unless there is one already. Allocates nothing.
+void Warn(const char *what) noexcept;
 
 } // namespace imagefile

@@ -1,6 +1,8 @@
 // OpenEXR by its library: the format's face. Reading stands in exr_read.cpp, writing in exr_write.cpp.
 #include "exr_codec.h"
 
+#include "metadata/metadata.h"
+
 #include <cstring>
 
 namespace imagefile {
@@ -9,15 +11,7 @@ namespace {
 
 class Exr : public Codec {
 public:
-    const char *Name() const override { return "exr"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".exr"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override
+    bool Probe(const std::uint8_t *head, const NameHint &) const override
     {
         return std::memcmp(head, "\x76\x2f\x31\x01", 4) == 0;
     }
@@ -30,6 +24,11 @@ public:
     Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
     {
         return ReadExrPixels(source, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadExiv2Metadata(source, metadata);
     }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override

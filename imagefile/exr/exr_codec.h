@@ -19,7 +19,7 @@ namespace imagefile {
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadExrPixels(const Source &source, RowSink *rows);
 
-/// Writes scan lines. SaveOptions::compression counts as OpenEXR does, default PIZ:
+/// Writes scan lines, without metadata, and none is read. SaveOptions::compression counts as OpenEXR does, default PIZ:
 ///
 ///   | number | method          | stored                                                 |
 ///   |--------|-----------------|--------------------------------------------------------|
@@ -30,5 +30,7 @@ Status ReadExrPixels(const Source &source, RowSink *rows);
 ///
 /// Colours are multiplied by their alpha, as the format has it; where that is 0 they are gone.
 Status WriteExr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
+
+const Codec &ExrCodec();
 
 } // namespace imagefile

@@ -1,6 +1,8 @@
 // Radiance HDR, our own: the format's face. Reading stands in hdr_read.cpp, writing in hdr_write.cpp.
 #include "hdr_codec.h"
 
+#include "metadata/metadata.h"
+
 #include <cstring>
 
 namespace imagefile {
@@ -9,15 +11,7 @@ namespace {
 
 class Hdr : public Codec {
 public:
-    const char *Name() const override { return "hdri"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".hdr", ".rgbe"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override
+    bool Probe(const std::uint8_t *head, const NameHint &) const override
     {
         return std::memcmp(head, "#?RADIANCE", 10) == 0 || std::memcmp(head, "#?RGBE", 6) == 0;
     }
@@ -30,6 +24,11 @@ public:
     Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
     {
         return ReadHdrPixels(source, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadExiv2Metadata(source, metadata);
     }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override

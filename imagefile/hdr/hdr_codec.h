@@ -15,6 +15,9 @@ constexpr int kMaxPackedWidth = 32767;
 
 Status ReadHdrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadHdrPixels(const Source &source, RowSink *rows);
+/// Writes pixels without metadata, and none is read.
 Status WriteHdr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
+
+const Codec &HdrCodec();
 
 } // namespace imagefile

@@ -1,21 +1,15 @@
 // JPEG by libjpeg-turbo: the format's face. Reading stands in jpeg_read.cpp, writing in jpeg_write.cpp.
 #include "jpeg_codec.h"
 
+#include "metadata/metadata.h"
+
 namespace imagefile {
 
 namespace {
 
 class Jpeg : public Codec {
 public:
-    const char *Name() const override { return "jpeg"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".jpg", ".jpeg", ".jpe", ".jfif"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override
+    bool Probe(const std::uint8_t *head, const NameHint &) const override
     {
         return head[0] == 0xFF && head[1] == 0xD8 && head[2] == 0xFF;
     }
@@ -35,6 +29,11 @@ public:
         if (ReadExifThumbnail(source, box, rows))
             return Status::Ok();
         return ReadJpegPixels(source, &box, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadExiv2Metadata(source, metadata);
     }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override

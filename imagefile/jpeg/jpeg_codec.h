@@ -36,4 +36,6 @@ jpeg_error_mgr *StartJpegError(JpegError *error);
 /// libjpeg's error_exit: keeps code and text, and jumps.
 [[noreturn]] void FailJpeg(j_common_ptr cinfo);
 
+const Codec &JpegCodec();
+
 } // namespace imagefile

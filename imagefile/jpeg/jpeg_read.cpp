@@ -1,5 +1,6 @@
 #include "core/color_transform.h"
 #include "jpeg_codec.h"
+#include "metadata/metadata.h"
 
 #include <jerror.h>
 
@@ -223,7 +224,10 @@ Status Decoder::CheckComplete()
 Status Decoder::StartInks()
 {
     m_cmykRow.resize(std::size_t(m_cinfo.output_width) * 4);
-    return m_inks.Start(ColourCoding::Cmyk, ReadMetadata(*m_input->source).icc, 8, /*hasAlpha=*/false);
+    Metadata metadata;
+    if (Status status = ReadExiv2Metadata(*m_input->source, &metadata); !status)
+        return status;
+    return m_inks.StartInks(metadata.icc, 8, /*hasAlpha=*/false);
 }
 
 Status Decoder::ReadRows(const Box *box, RowSink *rows)

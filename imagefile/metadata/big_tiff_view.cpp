@@ -9,15 +9,12 @@ namespace imagefile {
 
 namespace {
 
-constexpr TiffVariant kClassic = {false}, kBig = {true};
 constexpr std::size_t kHeadBytes = std::size_t(1) << 20;          // kept as it stands; our metadata is at the begin
 constexpr std::uint64_t kMaxValueBytes = std::uint64_t(16) << 20; // profiles, and previews in notes, stay below
 constexpr std::size_t kMaxViewBytes = std::size_t(64) << 20;
 constexpr std::size_t kDirectoryBytes = 65536; // room for 3,276 fields
 constexpr int kMaxDirectories = 8;             // there are four: first, EXIF, GPS, interoperability
 constexpr std::uint16_t kTypeLong = 4;
-
-using Bytes = std::vector<std::uint8_t>;
 
 Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length)
 {
@@ -34,15 +31,35 @@ std::uint32_t Append(const Bytes &bytes, Bytes *view)
     return offset;
 }
 
-void SetOffset(std::uint32_t offset, TiffField *field)
+/// The view under construction.
+class Narrowing {
+public:
+    Narrowing(const Source &source, bool isBigEndian)
+        : m_source(source), m_classic{false, isBigEndian}, m_big{true, isBigEndian}
+    {
+    }
+
+    Bytes Make();
+
+private:
+    void SetOffset(std::uint32_t offset, TiffField *field) const;
+    bool NarrowValue(TiffField *field);
+    std::uint32_t NarrowDirectory(std::uint64_t offset);
+
+    const Source &m_source;
+    const TiffVariant m_classic, m_big;
+    Bytes m_view;
+    int m_left = kMaxDirectories; // may still be read, because in a damaged file they can lead in circles
+};
+
+void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
 {
     field->value.fill(0);
-    for (std::size_t i = 0; i < 4; ++i)
-        field->value[i] = static_cast<std::uint8_t>(offset >> (8 * i));
+    m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
 }
 
 /// Takes the field's value into the view. False when there is no place for it in a classic file.
-bool NarrowValue(const Source &source, TiffField *field, Bytes *view)
+bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
     if (bytes == 0 || bytes > kMaxValueBytes || field->type > 13) // from there on: 64-bit types
@@ -50,63 +67,75 @@ bool NarrowValue(const Source &source, TiffField *field, Bytes *view)
     if (bytes <= 4)
         return true;
     if (bytes <= 8) {
-        SetOffset(Append(Bytes(field->value.begin(), field->value.begin() + static_cast<std::ptrdiff_t>(bytes)), view),
-                  field);
+        const auto end = field->value.begin() + static_cast<std::ptrdiff_t>(bytes);
+        SetOffset(Append(Bytes(field->value.begin(), end), &m_view), field);
         return true;
     }
-    const std::uint64_t offset = LittleEndian(field->value.data(), 8);
-    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset)
-        return true; // in the head, where it stays
-    if (view->size() + bytes > kMaxViewBytes)
+    const std::uint64_t offset = m_big.OffsetOf(*field);
+    if (offset <= kHeadBytes && bytes <= kHeadBytes - offset) { // in the head, where it stays
+        SetOffset(static_cast<std::uint32_t>(offset), field);
+        return true;
+    }
+    if (m_view.size() + bytes > kMaxViewBytes)
         return false;
-    const Bytes value = ReadBytes(source, offset, bytes);
-    SetOffset(Append(value, view), field);
+    const Bytes value = ReadBytes(m_source, offset, bytes);
+    SetOffset(Append(value, &m_view), field);
     return value.size() == bytes;
 }
 
-// The offset of the directory in the view; 0 when it can't be read. @p left: directories that may still be read,
-// because in a damaged file they can lead in circles.
-std::uint32_t NarrowDirectory(const Source &source, std::uint64_t offset, int *left, Bytes *view)
+// The offset of the directory in the view; 0 when it can't be read.
+std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
 {
     TiffFields fields, narrow;
-    if (--*left < 0 || !ReadDirectory(ReadBytes(source, offset, kDirectoryBytes), 0, kBig, &fields))
+    if (--m_left < 0 || !ReadDirectory(ReadBytes(m_source, offset, kDirectoryBytes), 0, m_big, &fields))
         return 0;
     for (TiffField &field : fields) {
         if (IsDirectoryPointer(field.tag)) {
-            const std::uint64_t below = LittleEndian(field.value.data(), 8);
-            SetOffset(NarrowDirectory(source, below, left, view), &field);
+            // The offset is of 32 bits (LONG, IFD) in files of some writers.
+            const std::size_t bytes = TiffValueBytes(field) == 4 ? 4 : 8;
+            const std::uint32_t below = NarrowDirectory(m_big.Number(field.value.data(), bytes));
+            SetOffset(below, &field);
             field.type = kTypeLong;
-            if (LittleEndian(field.value.data(), 4) != 0)
+            if (below != 0)
                 narrow.push_back(field);
-        } else if (NarrowValue(source, &field, view)) {
+        } else if (NarrowValue(&field)) {
             narrow.push_back(field);
         }
     }
-    return Append(EncodeDirectory(narrow, kClassic), view);
+    return Append(EncodeDirectory(narrow, m_classic), &m_view);
+}
+
+Bytes Narrowing::Make()
+{
+    m_view = ReadBytes(m_source, 0, std::min<std::uint64_t>(m_source.Size(), kHeadBytes));
+    if (m_view.size() < m_big.HeaderBytes())
+        return {};
+    const std::uint32_t offset = NarrowDirectory(m_big.Number(m_view.data() + m_big.FirstDirectoryAt(), 8));
+    if (offset == 0)
+        return {};
+    m_classic.Put(42, 2, m_view.data() + 2);
+    m_classic.Put(offset, 4, m_view.data() + m_classic.FirstDirectoryAt());
+    return std::move(m_view);
+}
+
+bool ReadVariant(const Source &source, TiffVariant *variant)
+{
+    std::uint8_t head[4] = {};
+    return source.ReadAt(0, head, sizeof head) == sizeof head && TiffVariantOf(head, variant);
 }
 
 } // namespace
 
 bool IsBigTiff(const Source &source)
 {
-    std::uint8_t head[4] = {};
-    return source.ReadAt(0, head, sizeof head) == sizeof head && std::memcmp(head, "II\x2B\0", 4) == 0;
+    TiffVariant variant = {};
+    return ReadVariant(source, &variant) && variant.isBig;
 }
 
-std::vector<std::uint8_t> ClassicViewOfBigTiff(const Source &source)
+Bytes ClassicViewOfBigTiff(const Source &source)
 {
-    Bytes view = ReadBytes(source, 0, std::min<std::uint64_t>(source.Size(), kHeadBytes));
-    if (view.size() < kBig.HeaderBytes())
-        return {};
-    const std::uint64_t first = LittleEndian(view.data() + kBig.FirstDirectoryAt(), 8);
-    int left = kMaxDirectories;
-    const std::uint32_t offset = NarrowDirectory(source, first, &left, &view);
-    if (offset == 0)
-        return {};
-    view[2] = 42;
-    for (std::size_t i = 0; i < 4; ++i)
-        view[kClassic.FirstDirectoryAt() + i] = static_cast<std::uint8_t>(offset >> (8 * i));
-    return view;
+    TiffVariant variant = {};
+    return ReadVariant(source, &variant) ? Narrowing(source, variant.isBigEndian).Make() : Bytes();
 }
 
 } // namespace imagefile

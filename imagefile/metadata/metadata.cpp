@@ -1,15 +1,14 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
-#include "first_page_map.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
-#include "png_metadata.h"
-#include "psd/psd_layout.h"
+#include "source_io.h"
 #include "raw/raw_facts.h"
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <mutex>
 #include <string_view>
 
@@ -22,6 +21,33 @@ std::mutex xmpMutex;
 void LockXmp(void *, bool lock)
 {
     lock ? xmpMutex.lock() : xmpMutex.unlock();
+}
+
+thread_local bool isReading = false; // this thread reads metadata
+
+/// While it lives, what Exiv2 complains of on this thread becomes a warning.
+class Listening {
+public:
+    Listening() { isReading = true; }
+    ~Listening() { isReading = false; }
+    Listening(const Listening &) = delete;
+    Listening &operator=(const Listening &) = delete;
+};
+
+void WarnOfDamage(const char *what) noexcept
+{
+    char text[300];
+    std::snprintf(text, sizeof text, "damaged metadata is left out: %.*s", static_cast<int>(std::strcspn(what, "\n")),
+                  what);
+    Warn(text);
+}
+
+// Called from a destructor of Exiv2. Errors are what was lost, warnings what looks odd in many files of cameras; except
+// that the loss of a whole block is a warning too.
+void TakeLog(int level, const char *text)
+{
+    if (isReading && (level >= Exiv2::LogMsg::error || std::strncmp(text, "Failed to decode", 16) == 0))
+        WarnOfDamage(text);
 }
 
 Bytes RawBytes(const Exiv2::Exifdatum &datum, Exiv2::ByteOrder order)
@@ -90,15 +116,13 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
 }
 
 // By the classes themselves: the factory that takes a path would see addresses of web servers in some file names.
-Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view, const FirstPageMap &map)
+Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 {
-    if (map.Data())
-        return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(map.Data(), static_cast<long>(map.Size())));
     if (!view.empty())
         return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(view.data(), static_cast<long>(view.size())));
     if (source.Data())
         return Exiv2::BasicIo::AutoPtr(new Exiv2::MemIo(source.Data(), static_cast<long>(source.Size())));
-    return Exiv2::BasicIo::AutoPtr(new Exiv2::FileIo(source.Path()));
+    return Exiv2::BasicIo::AutoPtr(new SourceIo(source));
 }
 
 } // namespace
@@ -107,7 +131,8 @@ void StartExiv2()
 {
     static std::once_flag once;
     std::call_once(once, [] {
-        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::LogMsg::setHandler(TakeLog);
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
         Exiv2::XmpParser::initialize(LockXmp, nullptr);
         Exiv2::enableBMFF(true); // Canon CR3
     });
@@ -117,42 +142,43 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
 {
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
+    StartExiv2();
+    const Listening listening;
     try {
-        Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
+        const Exiv2::ByteOrder order =
+            Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
+        if (order == Exiv2::invalidByteOrder)
+            WarnOfDamage("EXIF that is not a TIFF");
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &) { // damaged: what was read before counts
+    } catch (const std::exception &error) { // damaged: what was read before counts
+        WarnOfDamage(error.what());
     }
 }
 
-Metadata ReadMetadata(const Source &source)
+Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
 {
     StartExiv2();
-    if (IsPng(source))
-        return ReadPngMetadata(source);
-    if (IsPsd(source))
-        return ReadPsdMetadata(source);
-    Metadata metadata;
-    Bytes view; // this and the next outlive the image that reads them
-    FirstPageMap map;
+    Bytes view; // outlives the image that reads it
     Exiv2::Image::AutoPtr image;
+    const Listening listening;
     try {
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
-        map.Open(source);
-        image = Exiv2::ImageFactory::open(OpenIo(source, view, map));
+        image = Exiv2::ImageFactory::open(OpenIo(source, view));
         if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &) { // damaged: what was read before stands in the image
+    } catch (const std::exception &error) { // damaged: what was read before stands in the image
+        WarnOfDamage(error.what());
     }
     if (image.get() != nullptr)
-        TakeParts(source, *image, &metadata);
-    AddNotePlace(source, &metadata.exif);
-    if (metadata.exif.empty())
-        metadata.exif = ReadRawFacts(source).exif;
-    return metadata;
+        TakeParts(source, *image, metadata);
+    AddNotePlace(source, &metadata->exif);
+    if (metadata->exif.empty())
+        metadata->exif = ReadRawFacts(source).exif;
+    return source.Check();
 }
 
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap)

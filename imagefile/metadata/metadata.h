@@ -1,15 +1,12 @@
 // The metadata of one picture inside the layer, and its way out of a file.
 #pragma once
 
+#include "core/bytes.h"
 #include "core/source.h"
 
-#include <cstdint>
 #include <exiv2/exiv2.hpp>
-#include <vector>
 
 namespace imagefile {
-
-using Bytes = std::vector<std::uint8_t>;
 
 /// What a bitmap record's MetaData points to. Empty parts are absent.
 struct Metadata {
@@ -19,14 +16,17 @@ struct Metadata {
     Bytes xmp;            // packet, UTF-8
 };
 
-/// Reads all four parts. Metadata that is damaged never fails a picture: what can be understood of it comes.
-/// Throws std::bad_alloc only. Never decodes pixels.
-Metadata ReadMetadata(const Source &source);
+/// Reads all four parts by Exiv2, for the formats that it knows; of others there is none. Damaged metadata never fails
+/// a picture: what can be understood of it comes, and gflLastWarningText tells of the rest. A source that can't be read
+/// is GFL_ERROR_FILE_READ. Throws std::bad_alloc only. Never decodes pixels.
+Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 
-/// Adds the EXIF of a TIFF of @p size bytes in memory, as far as it can be understood. Throws std::bad_alloc only.
+/// Adds the EXIF of a TIFF of @p size bytes in memory, as far as it can be understood; of the rest there is a warning.
+/// Throws std::bad_alloc only.
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
 
-/// Starts Exiv2 once for all threads and keeps it from writing to standard error.
+/// Starts Exiv2 once for all threads and keeps it from writing to standard error: what it finds damaged while this
+/// layer reads becomes a warning.
 void StartExiv2();
 
 /// The metadata of a bitmap; null when it carries none.

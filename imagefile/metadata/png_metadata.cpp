@@ -68,26 +68,52 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-void DecodeExif(const Bytes &bytes, Metadata *metadata)
+// IPTC stands there as it is, or, by older programs and ours, in a block of Photoshop's resources.
+Bytes IptcOf(const Bytes &profile)
+{
+    constexpr std::uint8_t kDataSet = 0x1C;
+    return !profile.empty() && profile[0] == kDataSet ? profile : FindResource(profile, PhotoshopResource::Iptc);
+}
+
+/// One file under way.
+class ChunkReader {
+public:
+    explicit ChunkReader(Metadata *metadata) : m_metadata(*metadata) { }
+
+    void Take(const std::string &name, const Bytes &chunk);
+
+private:
+    Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked);
+    Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd);
+    void TakeText(const std::string &key, const Bytes &text);
+    void DecodeExif(const Bytes &bytes);
+
+    Metadata &m_metadata;
+    std::size_t m_budget = kMaxMetadataBytes; // unpacked bytes that are still allowed
+};
+
+void ChunkReader::DecodeExif(const Bytes &bytes)
 {
     constexpr std::string_view kPrefix("Exif\0\0", 6); // of files that carry what a JPEG does
     const bool prefixed =
         bytes.size() > kPrefix.size() && std::memcmp(bytes.data(), kPrefix.data(), kPrefix.size()) == 0;
     const std::size_t begin = prefixed ? kPrefix.size() : 0;
-    if (bytes.size() > begin && metadata->exif.empty())
-        DecodeExifTiff(bytes.data() + begin, bytes.size() - begin, &metadata->exif);
+    if (bytes.size() > begin && m_metadata.exif.empty())
+        DecodeExifTiff(bytes.data() + begin, bytes.size() - begin, &m_metadata.exif);
 }
 
-void TakeText(const std::string &key, const Bytes &text, Metadata *metadata)
+void ChunkReader::TakeText(const std::string &key, const Bytes &text)
 {
     if (key == kPngXmpKey)
-        metadata->xmp = text;
+        m_metadata.xmp = text;
     else if (key == kPngIptcKey)
-        metadata->iptc = FindResource(RawProfile(text), PhotoshopResource::Iptc);
+        m_metadata.iptc = IptcOf(RawProfile(text));
+    else if (key == "Raw profile type 8bim" && m_metadata.iptc.empty())
+        m_metadata.iptc = IptcOf(RawProfile(text));
     else if (key == "Raw profile type exif" || key == "Raw profile type APP1")
-        DecodeExif(RawProfile(text), metadata);
-    else if (key == "Raw profile type xmp" && metadata->xmp.empty())
-        metadata->xmp = RawProfile(text);
+        DecodeExif(RawProfile(text));
+    else if (key == "Raw profile type xmp" && m_metadata.xmp.empty())
+        m_metadata.xmp = RawProfile(text);
 }
 
 // Where a zero-terminated text that begins at @p at ends, or the end of the chunk.
@@ -98,38 +124,42 @@ std::size_t TextEnd(const Bytes &chunk, std::size_t at)
 }
 
 // The rest of a chunk behind @p at, unpacked if need be.
-Bytes Rest(const Bytes &chunk, std::size_t at, bool isPacked, std::size_t *budget)
+Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
 {
     if (at >= chunk.size())
         return Bytes();
-    return isPacked ? Inflate(chunk.data() + at, chunk.size() - at, budget)
-                    : Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
+    if (!isPacked)
+        return Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
+    Bytes unpacked = Inflate(chunk.data() + at, chunk.size() - at, &m_budget);
+    if (unpacked.empty())
+        Warn("damaged metadata is left out: a chunk that can't be unpacked");
+    return unpacked;
 }
 
 // PNG (ISO 15948), 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
-Bytes InternationalText(const Bytes &chunk, std::size_t keyEnd, std::size_t *budget)
+Bytes ChunkReader::InternationalText(const Bytes &chunk, std::size_t keyEnd)
 {
     const std::size_t flag = keyEnd + 1;
     if (chunk.size() < flag + 2)
         return Bytes();
     const std::size_t translated = TextEnd(chunk, flag + 2) + 1;
-    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0, budget);
+    return Rest(chunk, TextEnd(chunk, translated) + 1, chunk[flag] != 0);
 }
 
-void TakeChunk(const std::string &name, const Bytes &chunk, std::size_t *budget, Metadata *metadata)
+void ChunkReader::Take(const std::string &name, const Bytes &chunk)
 {
     const std::size_t keyEnd = TextEnd(chunk, 0);
     const std::string key(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(keyEnd));
     if (name == "eXIf")
-        DecodeExif(chunk, metadata);
+        DecodeExif(chunk);
     else if (name == "iCCP")
-        metadata->icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget);
+        m_metadata.icc = Rest(chunk, keyEnd + 2, /*isPacked=*/true);
     else if (name == "tEXt")
-        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false, budget), metadata);
+        TakeText(key, Rest(chunk, keyEnd + 1, /*isPacked=*/false));
     else if (name == "zTXt")
-        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true, budget), metadata);
+        TakeText(key, Rest(chunk, keyEnd + 2, /*isPacked=*/true));
     else
-        TakeText(key, InternationalText(chunk, keyEnd, budget), metadata);
+        TakeText(key, InternationalText(chunk, keyEnd));
 }
 
 bool IsMetadataChunk(const std::string &name)
@@ -137,22 +167,14 @@ bool IsMetadataChunk(const std::string &name)
     return name == "eXIf" || name == "iCCP" || name == "tEXt" || name == "zTXt" || name == "iTXt";
 }
 
-constexpr std::uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-
 } // namespace
 
-bool IsPng(const Source &source)
+Status ReadPngMetadata(const Source &source, Metadata *metadata)
 {
-    std::uint8_t head[sizeof kSignature];
-    return source.ReadAt(0, head, sizeof head) == sizeof head && std::memcmp(head, kSignature, sizeof head) == 0;
-}
-
-Metadata ReadPngMetadata(const Source &source)
-{
-    Metadata metadata;
-    std::size_t budget = kMaxMetadataBytes;
+    constexpr std::uint64_t kSignatureBytes = 8;
+    ChunkReader reader(metadata);
     std::uint8_t head[8]; // length and name
-    std::uint64_t at = sizeof kSignature;
+    std::uint64_t at = kSignatureBytes;
     for (std::size_t i = 0; i < kMaxChunks && source.ReadAt(at, head, sizeof head) == sizeof head; ++i) {
         const std::uint32_t length = BigEndian32(head);
         const std::string name(head + 4, head + 8);
@@ -161,11 +183,11 @@ Metadata ReadPngMetadata(const Source &source)
         if (IsMetadataChunk(name) && length <= kMaxMetadataBytes) {
             Bytes chunk(length);
             if (source.ReadAt(at + sizeof head, chunk.data(), length) == length)
-                TakeChunk(name, chunk, &budget, &metadata);
+                reader.Take(name, chunk);
         }
         at += length + kChunkFrame;
     }
-    return metadata;
+    return source.Check();
 }
 
 std::string RawProfileText(const char *kind, const Bytes &block)

@@ -11,12 +11,9 @@ namespace imagefile {
 constexpr char kPngXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kPngIptcKey[] = "Raw profile type iptc";
 
-/// Whether a file begins as a PNG.
-bool IsPng(const Source &source);
-
 /// All four parts out of iCCP, eXIf, iTXt, zTXt and tEXt chunks, also behind the pixels, which are passed over.
-/// Throws std::bad_alloc only.
-Metadata ReadPngMetadata(const Source &source);
+/// Otherwise as ReadExiv2Metadata.
+Status ReadPngMetadata(const Source &source, Metadata *metadata);
 
 /// A block as ImageMagick puts it into a text: its kind, its length and hexadecimal digits.
 std::string RawProfileText(const char *kind, const Bytes &block);

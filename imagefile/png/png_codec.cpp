@@ -1,21 +1,15 @@
 // PNG by libpng: the format's face. Reading stands in png_read.cpp, writing in png_write.cpp.
 #include "png_codec.h"
 
+#include "metadata/png_metadata.h"
+
 namespace imagefile {
 
 namespace {
 
 class Png : public Codec {
 public:
-    const char *Name() const override { return "png"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".png"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override { return png_sig_cmp(head, 0, 8) == 0; }
+    bool Probe(const std::uint8_t *head, const NameHint &) const override { return png_sig_cmp(head, 0, 8) == 0; }
 
     Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
     {
@@ -25,6 +19,11 @@ public:
     Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
     {
         return ReadPngPixels(source, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadPngMetadata(source, metadata);
     }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override

@@ -25,4 +25,6 @@ struct PngError {
 /// libpng's warning function: prints nothing.
 void IgnorePngWarning(png_structp png, png_const_charp text);
 
+const Codec &PngCodec();
+
 } // namespace imagefile

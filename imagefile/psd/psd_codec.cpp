@@ -1,6 +1,8 @@
 // PSD and PSB, our own: the format's face. Reading stands in psd_read.cpp, writing in psd_write.cpp.
 #include "psd_codec.h"
 
+#include "metadata/psd_metadata.h"
+
 #include <cstring>
 
 namespace imagefile {
@@ -9,18 +11,7 @@ namespace {
 
 class Psd : public Codec {
 public:
-    const char *Name() const override { return "psd"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".psd", ".psb"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override
-    {
-        return std::memcmp(head, "8BPS", 4) == 0;
-    }
+    bool Probe(const std::uint8_t *head, const NameHint &) const override { return std::memcmp(head, "8BPS", 4) == 0; }
 
     Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
     {
@@ -30,6 +21,11 @@ public:
     Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &, RowSink *rows) const override
     {
         return ReadPsdPixels(source, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadPsdMetadata(source, metadata);
     }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override

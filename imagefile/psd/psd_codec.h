@@ -9,4 +9,6 @@ Status ReadPsdInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadPsdPixels(const Source &source, RowSink *rows);
 Status WritePsd(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
+const Codec &PsdCodec();
+
 } // namespace imagefile

@@ -4,6 +4,8 @@
 #include "core/byte_reader.h"
 #include "core/image_limits.h"
 #include "metadata/photoshop_resources.h"
+#include "metadata/psd_metadata.h"
+#include "psd_layers.h"
 
 #include <algorithm>
 #include <cstring>
@@ -86,22 +88,40 @@ Status ReadColourData(ByteReader *reader, PsdLayout *layout)
     return reader->Skip(length) ? Status::Ok() : Damaged("the file ends early");
 }
 
-// The count of layers is negative when the first channel behind the colours is the opacity of the merged picture.
-Status ReadLayers(ByteReader *reader, PsdLayout *layout)
+void ChooseOpacity(PsdLayout *layout)
 {
-    const int lengthBytes = layout->isLarge ? 8 : 4;
-    const std::uint64_t length = reader->Number(lengthBytes), begin = reader->Position();
-    const auto shortest = static_cast<std::uint64_t>(lengthBytes) + 2;
-    bool mergesOpacity = false;
-    if (length >= shortest && reader->Number(lengthBytes) >= 2)
-        mergesOpacity = reader->Number(2) >= 0x8000;
-    const std::uint64_t taken = reader->Position() - begin;
-    if (reader->Failed() || !reader->Skip(length - taken)) // taken is at most the shortest length
-        return Damaged("the file ends early");
-    const int extras = layout->channels - layout->colours;
     const bool isFlat = layout->mode == PsdMode::Bitmap || layout->mode == PsdMode::Indexed;
-    layout->hasAlpha = !isFlat && (extras == 1 || (extras > 1 && mergesOpacity));
-    layout->isOnPaper = layout->hasAlpha && mergesOpacity;
+    layout->hasAlpha = !isFlat && layout->mergesOpacity && layout->channels > layout->colours;
+    if (!layout->hasAlpha)
+        layout->channelPlaces.clear();
+    layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
+}
+
+// The merged picture: the sizes of all rows of all channels stand ahead of the first one.
+Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *layout)
+{
+    const auto compression = static_cast<int>(reader->Number(2));
+    if (reader->Failed())
+        return Damaged("the file ends early");
+    if (compression > 1)
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are read", compression));
+    if (!layout->channelPlaces.empty())
+        return Status::Ok();
+    const std::uint64_t tablesAt = reader->Position(),
+                        tableBytes = layout->SizesBytes() * static_cast<std::uint64_t>(layout->channels);
+    if (compression != 0 && reader->Left() < tableBytes)
+        return Damaged("the file ends early");
+    std::uint64_t at = tablesAt + (compression == 0 ? 0 : tableBytes);
+    ByteReader sizes(source, tablesAt);
+    for (int c = 0; c < layout->UsedChannels(); ++c) {
+        const std::uint64_t sizesAt = tablesAt + static_cast<std::uint64_t>(c) * layout->SizesBytes();
+        layout->channelPlaces.push_back({compression, sizesAt, at});
+        if (compression == 0)
+            at += layout->RowBytes() * static_cast<std::uint64_t>(layout->height);
+        for (int y = 0; compression != 0 && y < layout->height; ++y)
+            at += sizes.Number(layout->SizeBytes());
+    }
     return Status::Ok();
 }
 
@@ -116,18 +136,11 @@ Status CheckBytes(const Source &source, const PsdLayout &layout)
     const PixelForm &form = layout.form;
     if (Status status = CheckImageSize(layout.width, layout.height, form.channels, form.bits); !status)
         return status;
-    const std::int64_t stored = static_cast<std::int64_t>(layout.RowBytes()) * layout.height * layout.channels;
+    const std::int64_t stored = static_cast<std::int64_t>(layout.RowBytes()) * layout.height * layout.UsedChannels();
+    const bool isPacked = std::any_of(layout.channelPlaces.begin(), layout.channelPlaces.end(),
+                                      [](const PsdChannel &channel) { return channel.compression != 0; });
     const std::int64_t delivered = std::int64_t(layout.width) * layout.height * form.BytesPerPixel();
-    return CheckClaim(stored, delivered, source.Size(), layout.compression == 0 ? 1 : kPackBitsRatio);
-}
-
-Bytes Resources(const Source &source, const PsdLayout &layout)
-{
-    if (layout.resourcesBytes > kMaxMetadataBytes)
-        return Bytes();
-    Bytes resources(static_cast<std::size_t>(layout.resourcesBytes));
-    resources.resize(source.ReadAt(layout.resourcesAt, resources.data(), resources.size()));
-    return resources;
+    return CheckClaim(stored, delivered, source.Size(), isPacked ? kPackBitsRatio : 1);
 }
 
 } // namespace
@@ -139,49 +152,21 @@ Status OpenPsd(const Source &source, PsdLayout *layout)
         return status;
     if (Status status = ReadColourData(&reader, layout); !status)
         return status;
-    layout->resourcesBytes = reader.Number(4);
-    layout->resourcesAt = reader.Position();
-    if (!reader.Skip(layout->resourcesBytes))
+    if (!reader.Skip(reader.Number(4))) // image resources
         return Damaged("the file ends early");
-    if (Status status = ReadLayers(&reader, layout); !status)
+    if (Status status = ReadPsdLayers(source, &reader, layout); !status)
         return status;
-    layout->compression = static_cast<int>(reader.Number(2));
-    layout->pixelsAt = reader.Position();
-    if (reader.Failed())
-        return Damaged("the file ends early");
-    if (layout->compression > 1)
-        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are read", layout->compression));
+    ChooseOpacity(layout);
+    if (Status status = FindMergedChannels(source, &reader, layout); !status)
+        return status;
     ChooseForm(layout);
     return CheckBytes(source, *layout);
 }
 
-bool IsPsd(const Source &source)
-{
-    std::uint8_t head[4];
-    return source.ReadAt(0, head, sizeof head) == sizeof head && std::memcmp(head, "8BPS", sizeof head) == 0;
-}
-
-Metadata ReadPsdMetadata(const Source &source)
-{
-    Metadata metadata;
-    PsdLayout layout;
-    if (!OpenPsd(source, &layout))
-        return metadata;
-    const Bytes resources = Resources(source, layout);
-    metadata.icc = FindResource(resources, PhotoshopResource::Icc);
-    metadata.iptc = FindResource(resources, PhotoshopResource::Iptc);
-    metadata.xmp = FindResource(resources, PhotoshopResource::Xmp);
-    const Bytes exif = FindResource(resources, PhotoshopResource::Exif);
-    if (!exif.empty())
-        DecodeExifTiff(exif.data(), exif.size(), &metadata.exif);
-    return metadata;
-}
-
 // Dots an inch with 16 bits behind the point, whatever unit is displayed; horizontal at 0, vertical at 8.
-void ReadPsdResolution(const Source &source, const PsdLayout &layout, std::uint16_t *xDpi, std::uint16_t *yDpi)
+void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi)
 {
-    const Bytes info = FindResource(Resources(source, layout), PhotoshopResource::Resolution);
+    const Bytes info = FindResource(ReadPsdResources(source), PhotoshopResource::Resolution);
     if (info.size() < 10)
         return;
     *xDpi = static_cast<std::uint16_t>(info[0] << 8 | info[1]);

@@ -1,13 +1,20 @@
 // What the sections of a Photoshop file say of its merged picture, checked, in our terms.
 #pragma once
 
+#include "core/bytes.h"
 #include "core/codec.h"
-#include "metadata/metadata.h"
 
 namespace imagefile {
 
 /// Colour modes, as the header numbers them.
 enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
+
+/// Where a channel stands.
+struct PsdChannel {
+    int compression;        // 0: none, 1: PackBits
+    std::uint64_t sizesAt;  // of packed rows
+    std::uint64_t pixelsAt; // of the first row
+};
 
 /// How pixels are stored, and the form in which they are delivered:
 ///
@@ -17,8 +24,8 @@ enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3,
 ///   | grey, duotone, RGB          | grey, RGB, or RGBA with opacity; of 8, 16 bits or float    |
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, or RGBA, of the same depth                            |
 ///
-/// Opacity is the first channel behind the colours when the file says that its layers leave the paper open, or when it
-/// is the only one. Other channels are selections and are left out.
+/// Opacity is the first channel behind the colors when the file says that its layers leave the paper open. Other
+/// channels are selections and are left out. A file with one plain layer of the picture's size is read from that layer.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, lengths of 64 bits
     int channels = 0;     // stored
@@ -26,17 +33,24 @@ struct PsdLayout {
     int height = 0;
     int bits = 8; // a sample
     PsdMode mode = PsdMode::Rgb;
-    int colours = 3;        // channels of colour
-    bool hasAlpha = false;  // and one of opacity behind them
-    bool isOnPaper = false; // half-open pixels are blended with white
-    Bytes palette;          // indexed: 256 of red, of green, of blue
-    std::uint64_t resourcesAt = 0;
-    std::uint64_t resourcesBytes = 0;
-    int compression = 0;        // 0: none, 1: PackBits
-    std::uint64_t pixelsAt = 0; // behind the number of the compression
-    PixelForm form;             // as delivered
+    int colours = 3;                       // channels of colour
+    bool hasAlpha = false;                 // and one of opacity behind them
+    bool mergesOpacity = false;            // the merged picture has the opacity of the layers
+    bool isOnPaper = false;                // half-open pixels are blended with white
+    Bytes palette;                         // indexed: 256 of red, of green, of blue
+    std::vector<PsdChannel> channelPlaces; // of the used channels
+    PixelForm form;                        // as delivered
 
     int UsedChannels() const { return colours + (hasAlpha ? 1 : 0); }
+    /// Of lengths that a PSB holds in 64 bits.
+    int LengthBytes() const { return isLarge ? 8 : 4; }
+    /// Of the size of a packed row.
+    int SizeBytes() const { return isLarge ? 4 : 2; }
+    /// Of the sizes of all rows of one channel.
+    std::uint64_t SizesBytes() const
+    {
+        return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
+    }
     /// Unpacked, of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
 };
@@ -47,13 +61,7 @@ constexpr std::size_t kPsdHeaderBytes = 26;
 /// Reads and checks everything before the pixels.
 Status OpenPsd(const Source &source, PsdLayout *layout);
 
-/// Whether a file begins as a PSD or PSB.
-bool IsPsd(const Source &source);
-
-/// All four parts out of the image resources. Throws std::bad_alloc only.
-Metadata ReadPsdMetadata(const Source &source);
-
 /// The resolution that the image resources tell.
-void ReadPsdResolution(const Source &source, const PsdLayout &layout, std::uint16_t *xDpi, std::uint16_t *yDpi);
+void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi);
 
 } // namespace imagefile

@@ -1,6 +1,7 @@
 #include "core/byte_reader.h"
 #include "core/color_transform.h"
 #include "core/pack_bits.h"
+#include "metadata/psd_metadata.h"
 #include "psd_codec.h"
 #include "psd_layout.h"
 
@@ -21,69 +22,57 @@ class ChannelReader {
 public:
     ChannelReader(const Source &source, const PsdLayout &layout) : m_source(source), m_layout(layout) { }
 
-    /// Finds where the channels begin.
+    /// Reads the sizes of packed rows.
     Status Start();
     /// The next row of a channel, unpacked: layout.RowBytes() as stored.
     Status ReadRow(std::size_t channel, int y, std::uint8_t *row);
 
 private:
-    Status ReadPackedSizes();
+    struct Channel {
+        bool isPacked;
+        std::uint64_t at;                // of the next row
+        std::vector<std::uint32_t> size; // of packed rows
+    };
 
     const Source &m_source;
     const PsdLayout &m_layout;
-    std::vector<std::uint64_t> m_at;         // of the next row, by channel
-    std::vector<std::uint32_t> m_packedSize; // of all rows of the used channels, channel by channel
+    std::vector<Channel> m_channels;
     std::vector<std::uint8_t> m_packed;
 };
 
 Status ChannelReader::Start()
 {
-    if (m_layout.compression != 0)
-        return ReadPackedSizes();
-    const std::uint64_t channelBytes = m_layout.RowBytes() * static_cast<std::uint64_t>(m_layout.height);
-    for (int c = 0; c < m_layout.UsedChannels(); ++c)
-        m_at.push_back(m_layout.pixelsAt + static_cast<std::uint64_t>(c) * channelBytes);
-    return Status::Ok();
-}
-
-// The sizes of all rows of all channels stand ahead of the first one.
-Status ChannelReader::ReadPackedSizes()
-{
-    const int sizeBytes = m_layout.isLarge ? 4 : 2;
-    const auto height = static_cast<std::uint64_t>(m_layout.height);
-    ByteReader reader(m_source, m_layout.pixelsAt);
-    const std::uint64_t tableBytes =
-        height * static_cast<std::uint64_t>(m_layout.channels) * static_cast<std::uint64_t>(sizeBytes);
-    if (reader.Left() < tableBytes)
-        return EndsEarly();
-    std::uint64_t at = m_layout.pixelsAt + tableBytes;
-    for (int c = 0; c < m_layout.UsedChannels(); ++c) {
-        m_at.push_back(at);
-        for (std::uint64_t y = 0; y < height; ++y) {
-            m_packedSize.push_back(static_cast<std::uint32_t>(reader.Number(sizeBytes)));
-            at += m_packedSize.back();
-        }
+    for (const PsdChannel &place : m_layout.channelPlaces) {
+        m_channels.push_back({place.compression != 0, place.pixelsAt, {}});
+        ByteReader reader(m_source, place.sizesAt);
+        if (!m_channels.back().isPacked)
+            continue;
+        if (reader.Left() < m_layout.SizesBytes())
+            return EndsEarly();
+        for (int y = 0; y < m_layout.height; ++y)
+            m_channels.back().size.push_back(static_cast<std::uint32_t>(reader.Number(m_layout.SizeBytes())));
+        if (reader.Failed())
+            return EndsEarly();
     }
-    return reader.Failed() ? EndsEarly() : Status::Ok();
+    return Status::Ok();
 }
 
 Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
 {
     const std::size_t rowBytes = m_layout.RowBytes();
-    std::uint64_t &at = m_at[channel];
-    if (m_layout.compression == 0) {
-        const std::size_t got = m_source.ReadAt(at, row, rowBytes);
-        at += rowBytes;
+    Channel &from = m_channels[channel];
+    if (!from.isPacked) {
+        const std::size_t got = m_source.ReadAt(from.at, row, rowBytes);
+        from.at += rowBytes;
         return got == rowBytes ? Status::Ok() : EndsEarly();
     }
-    const std::size_t size =
-        m_packedSize[channel * static_cast<std::size_t>(m_layout.height) + static_cast<std::size_t>(y)];
+    const std::size_t size = from.size[static_cast<std::size_t>(y)];
     if (size > 2 * rowBytes + 2) // a byte may take two, and no row takes more
         return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a row of %zu packed bytes", size));
     m_packed.resize(size);
-    if (m_source.ReadAt(at, m_packed.data(), size) < size)
+    if (m_source.ReadAt(from.at, m_packed.data(), size) < size)
         return EndsEarly();
-    at += size;
+    from.at += size;
     return UnpackBits(m_packed.data(), size, row, rowBytes)
         ? Status::Ok()
         : Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: packed pixels are damaged");
@@ -113,13 +102,18 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Takes the white out that half-open pixels were blended with.
+/// Takes the white out that half-open pixels were blended with. A pixel with less light than the white alone would
+/// leave it was not blended: some programs store colors as they are.
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
+    constexpr float kRounding = std::is_floating_point_v<T> ? 1e-5f : 0.0f; // integers: white less opacity is exact
     for (std::size_t x = 0; x < width; ++x, row += 4) {
         const float opacity = static_cast<float>(row[3]) / kFull;
-        for (int c = 0; c < 3 && opacity > 0.0f && opacity < 1.0f; ++c)
+        const float paper = kFull - static_cast<float>(row[3]) - kRounding * kFull;
+        const bool isBlended =
+            std::all_of(row, row + 3, [paper](T value) { return static_cast<float>(value) >= paper; });
+        for (int c = 0; c < 3 && isBlended && opacity > 0.0f && opacity < 1.0f; ++c)
             row[c] = ToSample<T>(kFull - (kFull - static_cast<float>(row[c])) / opacity);
     }
 }
@@ -153,10 +147,14 @@ Status Assembler::Start(const Source &source)
 {
     m_channel.resize(m_layout.RowBytes());
     m_samples.resize(m_width * static_cast<std::size_t>(m_layout.UsedChannels() * m_layout.form.bits / 8));
-    if (m_layout.mode == PsdMode::Cmyk)
-        return m_transform.Start(ColourCoding::Cmyk, ReadMetadata(source).icc, m_layout.bits, m_layout.hasAlpha);
+    if (m_layout.mode == PsdMode::Cmyk) {
+        Metadata metadata;
+        if (Status status = ReadPsdMetadata(source, &metadata); !status)
+            return status;
+        return m_transform.StartInks(metadata.icc, m_layout.bits, m_layout.hasAlpha);
+    }
     if (m_layout.mode == PsdMode::Lab)
-        return m_transform.Start(ColourCoding::Lab, {}, m_layout.bits, m_layout.hasAlpha);
+        return m_transform.StartLab(kD50, m_layout.bits, m_layout.hasAlpha);
     return Status::Ok();
 }
 
@@ -246,7 +244,7 @@ Status ReadPsdInfo(const Source &source, GFL_FILE_INFORMATION *info)
     info->BitsPerComponent = static_cast<std::uint16_t>(layout.form.bits);
     info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.mode == PsdMode::Indexed ? 3 : layout.channels);
     info->ColorModel = name.model;
-    ReadPsdResolution(source, layout, &info->Xdpi, &info->Ydpi);
+    ReadPsdResolution(source, &info->Xdpi, &info->Ydpi);
     return Status::Ok();
 }
 

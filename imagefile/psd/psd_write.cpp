@@ -5,6 +5,7 @@
 #include "psd_layout.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace imagefile {
 
@@ -43,7 +44,18 @@ Bytes AllResources(const GFL_BITMAP &bitmap, const Metadata &metadata)
     return resources;
 }
 
-/// One file on its way.
+/// The bytes of one sample, as the format has it, out of the machine's. A color may be blended with white.
+template <class T> T Blended(T color, T opacity)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return color * opacity + (T(1) - opacity);
+    constexpr auto kFull = static_cast<std::uint64_t>(FullScale<T>());
+    const auto light = static_cast<std::uint64_t>(color) * static_cast<std::uint64_t>(opacity);
+    return static_cast<T>((light + kFull / 2) / kFull + kFull - static_cast<std::uint64_t>(opacity));
+}
+
+/// One file on its way. Pictures with opacity are stored twice, as other programs know them: exactly, in a layer, and
+/// blended with white, which is what they call the merged picture. Without a layer they take opacity for a selection.
 class Writer {
 public:
     Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink);
@@ -51,9 +63,24 @@ public:
     Status Write(const Bytes &resources);
 
 private:
+    int LengthBytes() const { return m_isLarge ? 8 : 4; }
+    /// Of the sizes of a channel's packed rows.
+    std::size_t SizesBytes() const
+    {
+        return m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * (m_isLarge ? 4 : 2) : 0;
+    }
     Bytes Head(const Bytes &resources) const;
-    void TakeChannel(const std::uint8_t *row, int channel);
-    Status WriteRow();
+    Bytes LayerRecord(const std::vector<std::uint64_t> &channelBytes) const;
+    Status Append(const Bytes &bytes) { return m_sink->WriteAt(m_sink->Size(), bytes.data(), bytes.size()); }
+    Bytes LayersHead() const;
+    Status WriteLayerChannels(std::vector<std::uint64_t> *channelBytes);
+    Status PutLength(std::uint64_t at, std::uint64_t length);
+    Status WriteLayers();
+    Status WriteMerged();
+    enum class Blend { No, WithWhite };
+    template <class T> void TakeChannelAs(const T *row, int channel, Blend blend);
+    void TakeChannel(const std::uint8_t *row, int channel, Blend blend);
+    Status WriteChannel(int channel, Blend blend, Bytes *sizes);
 
     const GFL_BITMAP &m_bitmap;
     const int m_channels;
@@ -62,7 +89,6 @@ private:
     Sink *const m_sink;
     const std::size_t m_rowBytes;
     bool m_isLarge;
-    Bytes m_sizes; // of packed rows, as the file holds them
     std::vector<std::uint8_t> m_channel, m_packed;
 };
 
@@ -76,8 +102,9 @@ Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
       m_channel(m_rowBytes)
 {
     // Half as much again is more than packing and metadata add. A row's packed size has to fit into 16 bits, too.
+    const std::uint64_t copies = m_channels == 4 ? 2 : 1;
     const std::uint64_t bytes =
-        m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);
+        copies * m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);
     m_isLarge = bitmap.Width > kPsdMaxSide || bitmap.Height > kPsdMaxSide || bytes / 2 * 3 >= kPsdMaxBytes
         || (isPacked && m_rowBytes + m_rowBytes / 128 + 1 > UINT16_MAX);
 }
@@ -92,54 +119,160 @@ Bytes Writer::Head(const Bytes &resources) const
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &head);
     AppendNumber(m_bitmap.BitsPerComponent, 2, &head);
     AppendNumber(static_cast<std::uint64_t>(m_channels == 1 ? PsdMode::Grey : PsdMode::Rgb), 2, &head);
-    AppendNumber(0, 4, &head); // no data of the colour mode
+    AppendNumber(0, 4, &head); // no data of the color mode
     AppendNumber(resources.size(), 4, &head);
     head.insert(head.end(), resources.begin(), resources.end());
-    AppendNumber(0, m_isLarge ? 8 : 4, &head); // no layers
-    AppendNumber(m_isPacked ? 1 : 0, 2, &head);
     return head;
 }
 
-// One channel of a row, in big-endian samples.
-void Writer::TakeChannel(const std::uint8_t *row, int channel)
+// The count of layers and the record of the one, whose channels follow: red, green, blue, opacity.
+Bytes Writer::LayerRecord(const std::vector<std::uint64_t> &channelBytes) const
 {
-    const auto sampleBytes = static_cast<std::size_t>(m_sampleBytes);
-    const std::size_t step = sampleBytes * static_cast<std::size_t>(m_channels);
-    const std::uint8_t *sample = row + static_cast<std::size_t>(channel) * sampleBytes;
-    std::uint8_t *out = m_channel.data();
-    for (int x = 0; x < m_bitmap.Width; ++x, sample += step)
-        out = std::reverse_copy(sample, sample + sampleBytes, out);
+    Bytes record;
+    AppendNumber(0xFFFF, 2, &record); // -1: one, and the merged picture has its opacity
+    AppendNumber(0, 8, &record);      // top, left
+    AppendNumber(static_cast<std::uint64_t>(m_bitmap.Height), 4, &record);
+    AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &record);
+    AppendNumber(channelBytes.size(), 2, &record);
+    for (std::size_t c = 0; c < channelBytes.size(); ++c) {
+        AppendNumber(c < 3 ? c : 0xFFFF, 2, &record);
+        AppendNumber(channelBytes[c], LengthBytes(), &record);
+    }
+    for (const char letter : std::string_view("8BIMnorm\xFF\0\0\0", 12)) // opacity, no clipping, visible
+        record.push_back(static_cast<std::uint8_t>(letter));
+    AppendNumber(12, 4, &record);         // what follows:
+    AppendNumber(0, 8, &record);          // no mask, no ranges of blending
+    AppendNumber(0x024C3100, 4, &record); // the name, "L1"
+    return record;
 }
 
-Status Writer::WriteRow()
+// One channel of a row, in big-endian samples.
+template <class T> void Writer::TakeChannelAs(const T *row, int channel, Blend blend)
 {
-    if (!m_isPacked)
-        return m_sink->WriteAt(m_sink->Size(), m_channel.data(), m_channel.size());
-    m_packed.clear();
-    PackBits(m_channel.data(), m_channel.size(), &m_packed);
-    AppendNumber(m_packed.size(), m_isLarge ? 4 : 2, &m_sizes);
-    return m_sink->WriteAt(m_sink->Size(), m_packed.data(), m_packed.size());
+    std::uint8_t *out = m_channel.data();
+    for (int x = 0; x < m_bitmap.Width; ++x, row += m_channels) {
+        const T sample = blend == Blend::WithWhite ? Blended(row[channel], row[3]) : row[channel];
+        const auto *bytes = reinterpret_cast<const std::uint8_t *>(&sample);
+        out = std::reverse_copy(bytes, bytes + sizeof sample, out);
+    }
+}
+
+void Writer::TakeChannel(const std::uint8_t *row, int channel, Blend blend)
+{
+    if (m_sampleBytes == 1)
+        TakeChannelAs(row, channel, blend);
+    else if (m_sampleBytes == 2)
+        TakeChannelAs(reinterpret_cast<const std::uint16_t *>(row), channel, blend);
+    else
+        TakeChannelAs(reinterpret_cast<const float *>(row), channel, blend);
+}
+
+// Adds the sizes of its rows, if they are packed, to @p sizes.
+Status Writer::WriteChannel(int channel, Blend blend, Bytes *sizes)
+{
+    const std::uint8_t *row = m_bitmap.Data;
+    for (int y = 0; y < m_bitmap.Height; ++y, row += m_bitmap.BytesPerLine) {
+        TakeChannel(row, channel, blend);
+        m_packed.clear();
+        if (m_isPacked) {
+            PackBits(m_channel.data(), m_channel.size(), &m_packed);
+            AppendNumber(m_packed.size(), m_isLarge ? 4 : 2, sizes);
+        }
+        if (Status status = Append(m_isPacked ? m_packed : m_channel); !status)
+            return status;
+    }
+    return Status::Ok();
+}
+
+// The channels of the layer, each with its own packing; @p channelBytes: how long they are.
+Status Writer::WriteLayerChannels(std::vector<std::uint64_t> *channelBytes)
+{
+    for (int c = 0; c < m_channels; ++c) {
+        const std::uint64_t at = m_sink->Size();
+        Bytes sizes, head;
+        AppendNumber(m_isPacked ? 1 : 0, 2, &head);
+        head.resize(2 + SizesBytes());
+        if (Status status = Append(head); !status)
+            return status;
+        if (Status status = WriteChannel(c, Blend::No, &sizes); !status)
+            return status;
+        if (Status status = m_sink->WriteAt(at + 2, sizes.data(), sizes.size()); !status)
+            return status;
+        channelBytes->push_back(m_sink->Size() - at);
+    }
+    return Status::Ok();
+}
+
+Status Writer::PutLength(std::uint64_t at, std::uint64_t length)
+{
+    Bytes bytes;
+    AppendNumber(length, LengthBytes(), &bytes);
+    return m_sink->WriteAt(at, bytes.data(), bytes.size());
+}
+
+// What stands ahead of the layer: lengths to be filled in, and for deeper samples the head of a block of their own.
+Bytes Writer::LayersHead() const
+{
+    Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // of the section, of the layers in it
+    if (m_sampleBytes == 1)
+        return head;
+    AppendNumber(0, 4, &head); // no global mask
+    const std::string key = std::string(m_isLarge ? "8B64" : "8BIM") + (m_sampleBytes == 2 ? "Lr16" : "Lr32");
+    head.insert(head.end(), key.begin(), key.end());
+    AppendNumber(0, LengthBytes(), &head);
+    return head;
+}
+
+// The section of layers, whose lengths are known last.
+Status Writer::WriteLayers()
+{
+    const auto lengthBytes = static_cast<std::uint64_t>(LengthBytes());
+    const Bytes head = LayersHead();
+    const std::uint64_t sectionAt = m_sink->Size(), infoAt = sectionAt + head.size();
+    std::vector<std::uint64_t> channelBytes;
+    if (Status status = Append(head); !status)
+        return status;
+    if (Status status = Append(LayerRecord(std::vector<std::uint64_t>(4))); !status)
+        return status;
+    if (Status status = WriteLayerChannels(&channelBytes); !status)
+        return status;
+    const Bytes padding(static_cast<std::size_t>((4 - (m_sink->Size() - infoAt) % 4) % 4));
+    if (Status status = Append(padding); !status)
+        return status;
+    if (Status status = PutLength(infoAt - lengthBytes, m_sink->Size() - infoAt); !status)
+        return status;
+    if (m_sampleBytes == 1)
+        if (Status status = Append(Bytes(4)); !status) // no global mask
+            return status;
+    if (Status status = PutLength(sectionAt, m_sink->Size() - sectionAt - lengthBytes); !status)
+        return status;
+    const Bytes record = LayerRecord(channelBytes);
+    return m_sink->WriteAt(infoAt, record.data(), record.size());
+}
+
+// Of all channels, the sizes of their rows come first.
+Status Writer::WriteMerged()
+{
+    Bytes head;
+    AppendNumber(m_isPacked ? 1 : 0, 2, &head);
+    const std::uint64_t sizesAt = m_sink->Size() + head.size();
+    head.resize(head.size() + SizesBytes() * static_cast<std::size_t>(m_channels));
+    if (Status status = Append(head); !status)
+        return status;
+    Bytes packedSizes;
+    for (int c = 0; c < m_channels; ++c)
+        if (Status status = WriteChannel(c, m_channels == 4 && c < 3 ? Blend::WithWhite : Blend::No, &packedSizes);
+            !status)
+            return status;
+    return m_sink->WriteAt(sizesAt, packedSizes.data(), packedSizes.size());
 }
 
 Status Writer::Write(const Bytes &resources)
 {
-    const Bytes head = Head(resources);
-    if (Status status = m_sink->WriteAt(0, head.data(), head.size()); !status)
+    if (Status status = Append(Head(resources)); !status)
         return status;
-    const Bytes noSizes(m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * static_cast<std::size_t>(m_channels)
-                                * (m_isLarge ? 4 : 2)
-                                   : 0);
-    if (Status status = m_sink->WriteAt(head.size(), noSizes.data(), noSizes.size()); !status)
-        return status;
-    for (int c = 0; c < m_channels; ++c) {
-        const std::uint8_t *row = m_bitmap.Data;
-        for (int y = 0; y < m_bitmap.Height; ++y, row += m_bitmap.BytesPerLine) {
-            TakeChannel(row, c);
-            if (Status status = WriteRow(); !status)
-                return status;
-        }
-    }
-    return m_sink->WriteAt(head.size(), m_sizes.data(), m_sizes.size());
+    Status status = m_channels == 4 ? WriteLayers() : Append(Bytes(static_cast<std::size_t>(LengthBytes())));
+    return status ? WriteMerged() : status;
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Camera raw by LibRaw: the format's face. The work stands in raw_file.cpp.
 #include "raw_codec.h"
 
+#include "metadata/metadata.h"
+
 #include "tiff/tiff_handle.h"
 
 #include <algorithm>
@@ -43,35 +45,23 @@ bool IsSensorDirectory(const TiffHandle &handle)
 
 class Raw : public Codec {
 public:
-    const char *Name() const override { return "raw"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {
-            ".3fr", ".arw", ".bay", ".cap", ".cr2", ".cr3", ".crw", ".dcr", ".dcs", ".dng", ".erf",
-            ".fff", ".iiq", ".k25", ".kdc", ".mef", ".mos", ".mrw", ".nef", ".nrw", ".orf", ".pef",
-            ".ptx", ".raf", ".raw", ".rw2", ".rwl", ".sr2", ".srf", ".srw", ".x3f"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &suffix) const override
+    bool Probe(const std::uint8_t *head, const NameHint &name) const override
     {
         if (std::any_of(std::begin(kMarks), std::end(kMarks), [&](const Mark &mark) { return Begins(head, mark); })
             || IsTiffHead(head) || std::memcmp(head, "\0MRM", 4) == 0 || std::memcmp(head, "IIU\0", 4) == 0)
             return true;
         const bool hasByteOrder = std::memcmp(head, "II", 2) == 0 || std::memcmp(head, "MM", 2) == 0;
-        return hasByteOrder && HasRawSuffix(suffix);
+        return hasByteOrder && name.isOwnSuffix;
     }
 
     // Cameras' own files are believed by their suffix; without one, as in memory, they are known by their content.
-    bool Recognises(const Source &source) const override
+    bool Recognises(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};
         source.ReadAt(0, head, sizeof head);
         if (!IsTiffHead(head) || IsCanonHead(head))
             return true;
-        const std::string suffix = LowerCaseSuffix(source.Path());
-        return (suffix != ".dng" && HasRawSuffix(suffix)) || HoldsSensorValues(source);
+        return (name.isOwnSuffix && name.suffix != ".dng") || HoldsSensorValues(source);
     }
 
     Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const override
@@ -98,15 +88,14 @@ public:
         return status ? status : file.Develop(params, file.SizeFor(box), rows);
     }
 
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadExiv2Metadata(source, metadata);
+    }
+
     Status Write(const GFL_BITMAP &, const SaveOptions &, Sink *) const override
     {
         return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, "camera raw files can't be written");
-    }
-
-private:
-    bool HasRawSuffix(const std::string &suffix) const
-    {
-        return std::find(Suffixes().begin(), Suffixes().end(), suffix) != Suffixes().end();
     }
 };
 

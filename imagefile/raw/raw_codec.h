@@ -59,4 +59,6 @@ private:
     std::unique_ptr<Developer> m_raw;    // some 800 KB
 };
 
+const Codec &RawCodec();
+
 } // namespace imagefile

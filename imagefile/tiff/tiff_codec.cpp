@@ -1,21 +1,15 @@
 // TIFF by libtiff and libdeflate: the format's face. Reading stands in tiff_read.cpp, writing in tiff_write.cpp.
 #include "tiff_codec.h"
 
+#include "metadata/metadata.h"
+
 namespace imagefile {
 
 namespace {
 
 class Tiff : public Codec {
 public:
-    const char *Name() const override { return "tiff"; }
-
-    const std::vector<std::string> &Suffixes() const override
-    {
-        static const std::vector<std::string> suffixes = {".tif", ".tiff"};
-        return suffixes;
-    }
-
-    bool Probe(const std::uint8_t *head, const std::string &) const override
+    bool Probe(const std::uint8_t *head, const NameHint &) const override
     {
         const bool little = head[0] == 'I' && head[1] == 'I' && (head[2] == 42 || head[2] == 43) && head[3] == 0;
         const bool big = head[0] == 'M' && head[1] == 'M' && head[2] == 0 && (head[3] == 42 || head[3] == 43);
@@ -35,6 +29,11 @@ public:
     Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &, const Box &box, RowSink *rows) const override
     {
         return ReadTiffThumbnail(source, box, rows);
+    }
+
+    Status ReadMetadata(const Source &source, Metadata *metadata) const override
+    {
+        return ReadExiv2Metadata(source, metadata);
     }
 
     bool WritesMadeRows() const override { return true; }

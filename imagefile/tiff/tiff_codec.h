@@ -11,4 +11,6 @@ Status ReadTiffPixels(const Source &source, RowSink *rows);
 Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows);
 Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
+const Codec &TiffCodec();
+
 } // namespace imagefile

@@ -26,12 +26,16 @@ Status Append(const std::vector<std::uint8_t> &bytes, Sink *sink, std::uint64_t 
 Status ReadFirstDirectory(Sink *sink, TiffVariant variant, TiffFields *fields)
 {
     std::uint8_t pointer[8] = {};
-    sink->ReadAt(variant.FirstDirectoryAt(), pointer, variant.OffsetBytes());
-    const std::uint64_t offset = LittleEndian(pointer, variant.OffsetBytes());
+    std::size_t count = 0;
+    if (Status status = sink->ReadAt(variant.FirstDirectoryAt(), pointer, variant.OffsetBytes(), &count); !status)
+        return status;
+    const std::uint64_t offset = variant.Number(pointer, variant.OffsetBytes());
     if (offset == 0 || offset >= sink->Size())
         return Broken("the first directory");
     std::vector<std::uint8_t> tail(std::min<std::uint64_t>(sink->Size() - offset, 65536)); // room for 3,276 fields
-    tail.resize(sink->ReadAt(offset, tail.data(), tail.size()));
+    if (Status status = sink->ReadAt(offset, tail.data(), tail.size(), &count); !status)
+        return status;
+    tail.resize(count);
     return ReadDirectory(tail, 0, variant, fields) ? Status::Ok() : Broken("the first directory");
 }
 
@@ -75,7 +79,7 @@ Status TiffExif::WidenDirectory(TiffFields *fields, Sink *sink) const
         if (!IsDirectoryPointer(field.tag))
             continue;
         TiffFields below;
-        if (!ReadDirectory(m_classic, LittleEndian(field.value.data(), 4), kClassic, &below))
+        if (!ReadDirectory(m_classic, kClassic.OffsetOf(field), kClassic, &below))
             return Broken("the EXIF");
         if (Status status = WidenDirectory(&below, sink); !status)
             return status;
@@ -96,7 +100,7 @@ Status TiffExif::JoinFirstDirectory(Sink *sink) const
     TiffFields fields, more;
     if (Status status = ReadFirstDirectory(sink, m_variant, &fields); !status)
         return status;
-    if (!ReadDirectory(m_classic, LittleEndian(m_classic.data() + 4, 4), kClassic, &more))
+    if (!ReadDirectory(m_classic, kClassic.Number(m_classic.data() + 4, 4), kClassic, &more))
         return Broken("the EXIF");
     if (m_variant.isBig)
         if (Status status = WidenDirectory(&more, sink); !status)

@@ -26,8 +26,11 @@ tmsize_t TiffHandle::Client::Read(thandle_t handle, void *buffer, tmsize_t lengt
 {
     Client *client = Of(handle);
     const auto wanted = static_cast<std::size_t>(length);
-    const std::size_t count = client->source ? client->source->ReadAt(client->position, buffer, wanted)
-                                             : client->sink->ReadAt(client->position, buffer, wanted);
+    std::size_t count = 0;
+    if (client->source)
+        count = client->source->ReadAt(client->position, buffer, wanted);
+    else if (client->sinkFailure)
+        client->sinkFailure = client->sink->ReadAt(client->position, buffer, wanted, &count);
     client->position += count;
     return static_cast<tmsize_t>(count);
 }
@@ -102,6 +105,11 @@ Status TiffHandle::Open(const char *mode)
         "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
         Client::Size, nullptr, nullptr, options.get());
     return m_tiff ? Status::Ok() : Failure(m_client->sink ? GFL_ERROR_FILE_WRITE : GFL_ERROR_FILE_READ);
+}
+
+const Status &TiffHandle::SinkStatus() const
+{
+    return m_client->sinkFailure;
 }
 
 Status TiffHandle::Failure(GflError error) const

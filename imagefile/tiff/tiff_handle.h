@@ -28,6 +28,9 @@ public:
     /// not known better.
     Status Failure(GflError error) const;
 
+    /// The first failure of the sink. libtiff goes on after some of them.
+    const Status &SinkStatus() const;
+
     /// A field that has one value; @p missing where the file has none and TIFF no default.
     template <class T> T Field(std::uint32_t tag, T missing) const
     {

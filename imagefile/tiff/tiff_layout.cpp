@@ -1,6 +1,7 @@
 #include "tiff_layout.h"
 
 #include "core/image_limits.h"
+#include "core/tiff_directory.h"
 
 #include <algorithm>
 
@@ -119,6 +120,43 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
     default:
         return Unknown(Text("colours of kind %d", layout->photometric));
     }
+}
+
+// libtiff takes a picture whose color map it can't read for grey or RGB: what the file itself says is read again.
+std::uint16_t StoredPhotometric(const Source &source, const TiffHandle &handle, std::uint16_t missing)
+{
+    constexpr std::size_t kDirectoryBytes = 65536;
+    std::uint8_t head[4] = {};
+    TiffVariant variant = {};
+    TiffFields fields;
+    Bytes directory(kDirectoryBytes);
+    directory.resize(source.ReadAt(TIFFCurrentDirOffset(handle.Get()), directory.data(), directory.size()));
+    if (source.ReadAt(0, head, sizeof head) != sizeof head || !TiffVariantOf(head, &variant)
+        || !ReadDirectory(directory, 0, variant, &fields))
+        return missing;
+    for (const TiffField &field : fields)
+        if (field.tag == TIFFTAG_PHOTOMETRIC && TiffValueBytes(field) == 2)
+            return static_cast<std::uint16_t>(variant.Number(field.value.data(), 2));
+    return missing;
+}
+
+Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLayout &layout)
+{
+    const bool isPalette = layout.photometric == PHOTOMETRIC_PALETTE;
+    return !isPalette && StoredPhotometric(source, handle, layout.photometric) == PHOTOMETRIC_PALETTE
+        ? Damaged("the color map is damaged")
+        : Status::Ok();
+}
+
+// TIFF 6.0, section 20: two fractions.
+void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
+{
+    const float *white = nullptr;
+    if (layout->photometric != PHOTOMETRIC_CIELAB || !TIFFGetField(handle.Get(), TIFFTAG_WHITEPOINT, &white))
+        return; // ICC Lab is relative to D50
+    const bool isLight = white[0] > 0.0f && white[1] > 0.0f && white[0] + white[1] < 1.0f;
+    if (isLight)
+        layout->white = {double(white[0]), double(white[1])};
 }
 
 int ColourSamples(TiffColour colour)
@@ -241,6 +279,9 @@ Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *la
         return status;
     if (Status status = ReadColour(handle, layout); !status)
         return status;
+    if (Status status = CheckPalette(source, handle, *layout); !status)
+        return status;
+    ReadWhite(handle, layout);
     Status status =
         layout->colour == TiffColour::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
     return status ? CheckBytes(source, handle, *layout) : status;

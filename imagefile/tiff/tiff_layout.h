@@ -1,6 +1,7 @@
 // What the directory of a TIFF says of its pixels, checked, in our terms.
 #pragma once
 
+#include "core/color_transform.h"
 #include "core/pixel_form.h"
 #include "core/row_sink.h"
 #include "tiff_handle.h"
@@ -46,6 +47,7 @@ struct TiffLayout {
     TiffColour colour = TiffColour::Grey;
     std::vector<int> used;                // the samples that make a delivered pixel: colours, then opacity
     const std::uint16_t *palette[3] = {}; // red, green, blue; owned by libtiff
+    Chromaticity white = kD50;            // of CIE Lab
     PixelForm unpacked; // bits: of the used samples once they are unpacked; channels: how many there are
     PixelForm form;     // as delivered
 };

@@ -1,4 +1,5 @@
 #include "core/image_limits.h"
+#include "metadata/metadata.h"
 #include "tiff_codec.h"
 #include "tiff_samples.h"
 
@@ -186,11 +187,14 @@ void BandReader::UnpackRow(int rowInBand, void *dst) const
 Status StartTransform(const Source &source, const TiffLayout &layout, ColourTransform *transform)
 {
     const bool hasAlpha = layout.form.channels == 4;
-    if (layout.colour == TiffColour::Cmyk)
-        return transform->Start(ColourCoding::Cmyk, ReadMetadata(source).icc, layout.form.bits, hasAlpha);
     if (layout.colour == TiffColour::Lab)
-        return transform->Start(ColourCoding::Lab, {}, layout.form.bits, hasAlpha);
-    return Status::Ok();
+        return transform->StartLab(layout.white, layout.form.bits, hasAlpha);
+    if (layout.colour != TiffColour::Cmyk)
+        return Status::Ok();
+    Metadata metadata;
+    if (Status status = ReadExiv2Metadata(source, &metadata); !status)
+        return status;
+    return transform->StartInks(metadata.icc, layout.form.bits, hasAlpha);
 }
 
 Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)

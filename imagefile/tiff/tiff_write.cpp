@@ -269,6 +269,8 @@ Status Writer::Write()
         return status;
     if (!TIFFWriteDirectory(Tiff()))
         return m_handle.Failure(GFL_ERROR_FILE_WRITE);
+    if (!m_handle.SinkStatus())
+        return m_handle.SinkStatus();
     return exif.JoinFirstDirectory(m_sink);
 }
 

@@ -135,7 +135,11 @@ void tst_KImageFile::readsWhatItWrote()
 {
     KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces what was there
     FillWithRamp(image, 13, 7);
-    const QString name = File("Größe ✓.tif"); // paths are Unicode
+    const QString name = File("Größe ✓.tif");                // paths are Unicode
+    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which the layer allows only when asked
+    KImage lzw;
+    lzw.ID_Read(name, /*nativeDepth=*/true);
+    QVERIFY(HasSamePixels(lzw, image));
     image.Write(name, QStringLiteral("tiff"), 3, QString());
     read.ID_Read(name, /*nativeDepth=*/true);
     QVERIFY(HasSamePixels(read, image));

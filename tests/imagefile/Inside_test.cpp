@@ -1,21 +1,36 @@
-// From inside the layer: EXIF values as callers read them, lens names out of maker notes, EXIF in BigTIFF, a disk that
-// fails in the midst of a file, TIFF of many pages.
+// From inside the layer: EXIF values as callers read them, lens names out of maker notes, EXIF in BigTIFF, disks and
+// memory that fail in the midst of a file, the metadata of TIFF files in memory.
 #include "Bitmaps.h"
 #include "core/codec.h"
 #include "core/source.h"
+#include "formats.h"
 #include "metadata/exif_lists.h"
-#include "metadata/first_page_map.h"
 #include "metadata/metadata.h"
+#include "metadata/metadata_map.h"
+#include "tiff/tiff_codec.h"
 
 #include <QFileInfo>
 #include <QtTest>
 
+#include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 
 using namespace imagefile;
 
 namespace {
+
+thread_local int allocationsLeft = -1; // of operator new on this thread, before it fails; -1: no end
+
+/// What has been written can't be read back.
+class UnreadableSink : public MemorySink {
+public:
+    Status ReadAt(std::uint64_t, void *, std::size_t, std::size_t *) override
+    {
+        return Status::Fail(GFL_ERROR_FILE_WRITE, "the disk is broken");
+    }
+};
 
 /// Puts a folder in the place of an open file: reading it fails with an error, as a disk does.
 bool Break(const QString &path)
@@ -31,6 +46,24 @@ bool Break(const QString &path)
 
 } // namespace
 
+void *operator new(std::size_t size)
+{
+    if (allocationsLeft > 0)
+        --allocationsLeft;
+    void *block = allocationsLeft == 0 ? nullptr : std::malloc(size);
+    if (!block)
+        throw std::bad_alloc();
+    return block;
+}
+void operator delete(void *block) noexcept
+{
+    std::free(block);
+}
+void operator delete(void *block, std::size_t) noexcept
+{
+    std::free(block);
+}
+
 class tst_Inside : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -39,8 +72,13 @@ private Q_SLOTS:
     void lensId();
     void lists();
     void bigTiff();
+    void bigTiffOfBothOrders();
     void brokenDisk();
-    void firstPage();
+    void unreadableSink();
+    void noMemory();
+    void foreignException();
+    void metadataMap_data();
+    void metadataMap();
 };
 
 void tst_Inside::texts()
@@ -167,12 +205,15 @@ void tst_Inside::bigTiff()
         QVERIFY2(bool(status), status.Why().c_str());
 
         QByteArray file(int(sink.Size()), '\0');
-        QCOMPARE(sink.ReadAt(0, file.data(), sink.Size()), sink.Size());
+        std::size_t count = 0;
+        QVERIFY(bool(sink.ReadAt(0, file.data(), sink.Size(), &count)));
+        QCOMPARE(count, std::size_t(sink.Size()));
         QCOMPARE(int(file[2]), 43);
         const BitmapPtr read = LoadFromMemory(file);
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(Difference(*read, *bitmap), QString());
-        const Metadata again = ReadMetadata(Source(file.constData(), sink.Size()));
+        Metadata again;
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), sink.Size()), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
             QVERIFY2(found != again.exif.end(), datum.key().c_str());
@@ -182,47 +223,176 @@ void tst_Inside::bigTiff()
     }
 }
 
+// One row of two grey pixels, put together by hand.
+void tst_Inside::bigTiffOfBothOrders()
+{
+    for (const bool isBigEndian : {true, false}) {
+        const auto number = [isBigEndian](quint64 value, int bytes) {
+            QByteArray text = BigEndian(value, bytes);
+            if (!isBigEndian)
+                std::reverse(text.begin(), text.end());
+            return text;
+        };
+        const auto field = [&](int tag, int type, int count, const QByteArray &value) {
+            return number(quint64(tag), 2) + number(quint64(type), 2) + number(quint64(count), 8)
+                + value.leftJustified(8, '\0');
+        };
+        const auto directory = [&](const QByteArrayList &fields) {
+            return number(quint64(fields.size()), 8) + fields.join() + number(0, 8);
+        };
+        const QByteArray make("The maker of it\0", 16), pixels("\x10\xF0", 2);
+        const QByteArray exif = directory({field(33437, 5, 1, number(28, 4) + number(10, 4))});
+        const int makeAt = 16, pixelsAt = makeAt + 16, exifAt = pixelsAt + 2, firstAt = exifAt + exif.size();
+        QByteArrayList fields;
+        for (const auto &[tag, value] : {std::pair<int, int>{256, 2}, {257, 1}, {258, 8}, {259, 1}, {262, 1}})
+            fields += field(tag, 3, 1, number(quint64(value), 2));
+        fields += field(271, 2, make.size(), number(makeAt, 8));
+        fields += field(273, 16, 1, number(pixelsAt, 8));
+        fields += field(277, 3, 1, number(1, 2));
+        fields += field(279, 16, 1, number(2, 8));
+        fields += field(34665, 18, 1, number(quint64(exifAt), 8));
+        const QByteArray file = QByteArray(isBigEndian ? "MM" : "II") + number(43, 2) + number(8, 2) + number(0, 2)
+            + number(quint64(firstAt), 8) + make + pixels + exif + directory(fields);
+        Metadata metadata;
+        QVERIFY(bool(ReadMetadata(Source(file.constData(), std::size_t(file.size())), &metadata)));
+        const char *order = isBigEndian ? "big-endian" : "little-endian";
+        QVERIFY2(metadata.exif["Exif.Image.Make"].toString() == "The maker of it", order);
+        QVERIFY2(metadata.exif["Exif.Photo.FNumber"].toString() == "28/10", order);
+    }
+}
+
 void tst_Inside::brokenDisk()
 {
     const Folder folder;
-    QVERIFY(WriteBytes(folder("a"), QByteArray(1000, 'x')));
-    const QString path = QFileInfo(folder("a")).canonicalFilePath();
-    Source source;
-    QVERIFY(bool(source.Open(path.toStdString())));
+    const QString path = QFileInfo(folder.path()).canonicalFilePath() + QStringLiteral("/a");
+    QVERIFY(WriteBytes(path, QByteArray(1000, 'x')));
     char bytes[100];
-    QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-    QVERIFY(bool(source.Check())); // the end is no failure
-    QVERIFY(Break(path));
-    QCOMPARE(source.ReadAt(0, bytes, sizeof bytes), std::size_t(0));
-    QCOMPARE(int(source.Check().Error()), int(GFL_ERROR_FILE_READ));
-    QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains(path.toUtf8()));
+    {
+        Source source;
+        QVERIFY(bool(source.Open(path.toStdString())));
+        QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
+        QVERIFY(bool(source.Check())); // the end is no failure
+        QVERIFY(QFile::resize(path, 500));
+        QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
+        QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("shorter"));
+    }
+    // Metadata too: nothing of a file that can't be read is not the same as nothing in it.
+    QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
+    for (const bool isBroken : {false, true}) {
+        Source source;
+        Metadata metadata;
+        QVERIFY(bool(source.Open(path.toStdString())));
+        QVERIFY(isBroken ? Break(path) : QFile::resize(path, 100));
+        const Status status = ReadExiv2Metadata(source, &metadata);
+        QCOMPARE(int(status.Error()), int(GFL_ERROR_FILE_READ));
+        QVERIFY2(QByteArray::fromStdString(status.Why()).contains(path.toUtf8()), status.Why().c_str());
+    }
 }
 
-void tst_Inside::firstPage()
+void tst_Inside::unreadableSink()
 {
-    const QByteArray field(12, 'f');
-    const QByteArray little = QByteArray("II*\0\x0A\0\0\0..\2\0", 12) + field + field;
-    const struct {
-        QByteArray bytes;
-        int pointerAt; // to the second page; 0: there is no map
-    } files[] = {{little + QByteArray("\0\1\0\0more", 8), 36},
-                 {QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4), 22},
-                 {little + QByteArray(4, '\0'), 0},                    // one page
-                 {little + QByteArray("\1\0\0", 3), 0},                // cut inside the pointer
-                 {QByteArray("II*\0\xFF\xFF\xFF\xFF", 8), 0},          // directory behind the end
-                 {QByteArray(little).replace(2, 1, "+") + "next", 0}}; // BigTIFF
-    for (const auto &[bytes, pointerAt] : files) {
-        const Folder folder;
-        QVERIFY(WriteBytes(folder("a"), bytes));
-        Source source;
-        QVERIFY(bool(source.Open(folder("a").toStdString())));
-        FirstPageMap map;
-        map.Open(source);
-        QCOMPARE(map.Data() != nullptr, pointerAt != 0);
-        const QByteArray seen(reinterpret_cast<const char *>(map.Data()), int(map.Size()));
-        QVERIFY(!map.Data() || seen == QByteArray(bytes).replace(pointerAt, 4, QByteArray(4, '\0')));
-        QCOMPARE(ReadBytes(folder("a")), bytes); // nothing was written
+    Metadata metadata;
+    metadata.exif["Exif.Image.Make"] = "Canon";
+    for (const std::uint64_t bigFrom : {std::uint64_t(1), kBigTiffFromBytes}) {
+        UnreadableSink sink;
+        SaveOptions options;
+        options.metadata = &metadata;
+        options.bigTiffFromBytes = bigFrom;
+        const Status status = TiffCodec().Write(*SmoothBitmap(9, 9, GFL_RGB, 8), options, &sink);
+        QVERIFY2(status.Why() == "the disk is broken", status.Why().c_str());
     }
+}
+
+// Every allocation by operator new fails once: an error, never an end of the program, nor a picture without metadata.
+void tst_Inside::noMemory()
+{
+    for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+        const Folder folder;
+        const QByteArray path = folder("a").toUtf8(), out = folder("b").toUtf8();
+        BitmapPtr made = SmoothBitmap(9, 9, GFL_RGB, 8);
+        MakeMetadata(made.get())->exif["Exif.Photo.LensModel"] = "A lens";
+        QCOMPARE(Save(folder("a"), *made, SaveParams(format)), int(GFL_NO_ERROR));
+        const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_METADATA);
+        int error = -1;
+        for (int n = 1; error != GFL_NO_ERROR; ++n) {
+            GFL_BITMAP *bitmap = nullptr;
+            allocationsLeft = n;
+            error = gflLoadBitmapUTF8(path.constData(), &bitmap, &params, nullptr);
+            allocationsLeft = -1;
+            const BitmapPtr owner(bitmap);
+            const std::string what = Text("%s, allocation %d: %d %s", format, n, error, gflLastErrorText());
+            QVERIFY2(error == GFL_ERROR_NO_MEMORY || (error == GFL_NO_ERROR && gflBitmapHasEXIF(bitmap)), what.c_str());
+        }
+        error = -1;
+        for (int n = 1; error != GFL_NO_ERROR; ++n) {
+            const GFL_SAVE_PARAMS save = SaveParams(format);
+            allocationsLeft = n;
+            error = gflSaveBitmapUTF8(out.constData(), made.get(), &save);
+            allocationsLeft = -1;
+            const std::string what = Text("%s, allocation %d: %d %s", format, n, error, gflLastErrorText());
+            QVERIFY2(error == GFL_ERROR_NO_MEMORY || error == GFL_NO_ERROR, what.c_str());
+            QVERIFY2(QFile::exists(folder("b")) == (error == GFL_NO_ERROR), what.c_str());
+        }
+        QVERIFY2(ReadBytes(folder("a")) == ReadBytes(folder("b")), format);
+    }
+}
+
+// A host's allocator that throws what is no std::exception.
+void tst_Inside::foreignException()
+{
+    const QByteArray file = SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"));
+    gflLibraryInitEx([](unsigned long, void *) -> void * { throw 7; },
+                     [](void *, unsigned long, void *) -> void * { throw 7; }, [](void *, void *) {}, nullptr);
+    int error = GFL_NO_ERROR;
+    const BitmapPtr read = LoadFromMemory(file, &error);
+    gflLibraryExit();
+    QVERIFY(!read);
+    QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+}
+
+void tst_Inside::metadataMap_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("pointerAt"); // to the second page; 0: there is none
+    const QByteArray field(12, '\0');
+    const QByteArray little = QByteArray("II*\0\x0A\0\0\0..\2\0", 12) + field + field;
+    QTest::newRow("two pages") << little + QByteArray("\0\1\0\0more", 8) << 36;
+    QTest::newRow("big-endian") << QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4) << 22;
+    QTest::newRow("one page") << little + QByteArray(4, '\0') << 0;
+    QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
+    QTest::newRow("directory behind the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
+    QTest::newRow("no TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
+    // 9 MiB: the directory and what it leads to at the end, nothing read in between but the first megabytes.
+    const quint32 at = 9u << 20;
+    const auto number = [](quint32 value) {
+        QByteArray text = BigEndian(value, 4);
+        std::reverse(text.begin(), text.end());
+        return text;
+    };
+    const QByteArray text = QByteArray("\x0F\1\2\0", 4) + number(9) + number(at + 50);
+    const QByteArray sub = QByteArray("\x69\x87\4\0\1\0\0\0", 8) + number(at + 60);
+    const QByteArray first = QByteArray("\2\0", 2) + text + sub + QByteArray(4, '\0');
+    const QByteArray exif = QByteArray("\1\0\x0F\1\2\0\7\0\0\0", 10) + number(at + 100) + QByteArray(4, '\0');
+    const QByteArray end = first.leftJustified(50, '.') + "ninebytes." + exif.leftJustified(40, '.') + "seven..";
+    QTest::newRow("at the end") << QByteArray("II*\0", 4) + number(at) + QByteArray(int(at) - 8, 'p') + end << 0;
+}
+
+void tst_Inside::metadataMap()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, pointerAt);
+    const Folder folder;
+    QVERIFY(WriteBytes(folder("a"), bytes));
+    Source source;
+    MetadataMap map;
+    QVERIFY(bool(source.Open(folder("a").toStdString())));
+    QVERIFY(map.Open(source));
+    QByteArray expected = pointerAt > 0 ? QByteArray(bytes).replace(pointerAt, 4, QByteArray(4, '\0')) : bytes;
+    constexpr int kHead = 4 << 20, kEnd = 9 << 20;
+    if (bytes.size() > kEnd)
+        expected.replace(kHead, kEnd - kHead, QByteArray(kEnd - kHead, '\0'));
+    QVERIFY(std::memcmp(map.Data(), expected.constData(), std::size_t(expected.size())) == 0);
+    QCOMPARE(ReadBytes(folder("a")), bytes); // nothing was written
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

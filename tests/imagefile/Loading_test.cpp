@@ -93,6 +93,7 @@ private Q_SLOTS:
     void absurdSizes();
     void hugeFloatPicture();
     void allocator();
+    void formats();
 
 private:
     Folder m_folder;
@@ -254,7 +255,7 @@ void tst_Loading::unknownFiles()
                 {"signed samples", TiffOf(4, 4, 1, {{339, 2}}), GFL_ERROR_UNKNOWN_FORMAT},
                 {"compression 999", TiffOf(4, 4, 999), GFL_ERROR_UNKNOWN_FORMAT},
                 {"two samples of RGB", TiffOf(4, 4, 1, {{277, 2}}), GFL_ERROR_FILE_READ}};
-    for (const char *suffix : {".jpeg", ".TIF", "", "jpg", ".jpgx"})
+    for (const char *suffix : {".jpeg", ".Cr3", ".TIF", "", "jpg", ".jpgx"})
         QCOMPARE(gflHasGoodExtension(suffix) != 0, suffix[0] == '.' && qstrcmp(suffix, ".jpgx") != 0);
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {
@@ -351,6 +352,23 @@ void tst_Loading::allocator()
     gflLibraryExit();
     QVERIFY(!read);
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
+}
+
+// One row for each format, and nobody else's list beside it.
+void tst_Loading::formats()
+{
+    QByteArrayList types;
+    for (std::int32_t index = 0; const GFL_FORMAT *format = gflGetFormat(index); ++index) {
+        QCOMPARE(gflGetFormatIndexByName(format->Name), index);
+        for (const QByteArray &suffix : QByteArray(format->Suffixes).split(' '))
+            QVERIFY2(gflHasGoodExtension(suffix.constData()), suffix.constData());
+        const QByteArray written = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams(format->Name));
+        QVERIFY2(written.isEmpty() != format->CanBeWritten, format->Name);
+        types += QByteArray(format->MimeTypes).split(' ');
+    }
+    QVERIFY(types.size() > 20 && !gflGetFormat(-1));
+    const QByteArray desktop = ReadBytes(QStringLiteral(VITRELUX_DESKTOP));
+    QVERIFY(desktop.contains("\nMimeType=" + types.join(';') + ";\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_Loading)

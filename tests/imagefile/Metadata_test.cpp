@@ -8,6 +8,7 @@
 
 #include <exiv2/exiv2.hpp>
 #include <locale>
+#include <tiffio.h>
 
 namespace {
 
@@ -265,6 +266,7 @@ private Q_SLOTS:
     void resolution();
     void damagedMetadata();
     void exifTooLargeForJpeg();
+    void structureStaysBehind();
 
 private:
     void CarryBlocks(Note note, const QByteArray &kind);
@@ -338,6 +340,19 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
 
 void tst_Metadata::iptcEntries()
 {
+    // As ImageMagick 6 writes a PNG: IPTC as it is, or in a block of Photoshop's resources.
+    const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
+    const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
+    const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
+    for (const auto &[kind, profile] : texts) {
+        const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
+            + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
+        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // which nobody checks
+        QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
+        GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
+        QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
+        gflFreeIPTC(iptc);
+    }
     GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("source.jpg").toUtf8().constData());
     QVERIFY(iptc);
     QCOMPARE(iptc->NumberOfItems, 7u);
@@ -517,6 +532,11 @@ void tst_Metadata::damagedMetadata()
 {
     const QByteArray good = JpegSource(ExifWith(CanonNote));
     const int exif = good.indexOf(QByteArray("Exif\0\0", 6)) + 6;
+    gflClearWarningText();
+    QVERIFY(LoadFromMemory(good, nullptr, LoadParams(GFL_LOAD_METADATA)));
+    QCOMPARE(QByteArray(gflLastWarningText()), QByteArray());
+    QVERIFY(LoadFromMemory(QByteArray(good).replace(exif, 4, "????"), nullptr, LoadParams(GFL_LOAD_METADATA)));
+    QVERIFY(QByteArray(gflLastWarningText()).contains("damaged metadata"));
     for (int at = exif; at < exif + 300; ++at) { // pictures with damaged metadata are pictures
         const BitmapPtr bitmap = LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, char(~good[at]))),
                                                 nullptr, LoadParams(GFL_LOAD_METADATA));
@@ -540,6 +560,35 @@ void tst_Metadata::exifTooLargeForJpeg()
         QCOMPARE(ValueBytes(m_folder(format), "Exif.Image.Make"), maker);
         QCOMPARE(ValueBytes(m_folder(format), "Exif.Photo.MakerNote"), format[0] == 't' ? note : QByteArray());
     }
+}
+
+// A source in tiles, with a color map: none of that goes into a result of strips.
+void tst_Metadata::structureStaysBehind()
+{
+    const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");
+    TIFF *tiff = TIFFOpen(source.toUtf8().constData(), "w");
+    QVector<quint16> map(256, 7);
+    QByteArray tile(16 * 16, '\1');
+    for (const auto &[tag, value] : {std::pair<int, int>{TIFFTAG_IMAGEWIDTH, 16},
+                                     {TIFFTAG_IMAGELENGTH, 16},
+                                     {TIFFTAG_BITSPERSAMPLE, 8},
+                                     {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE},
+                                     {TIFFTAG_TILEWIDTH, 16},
+                                     {TIFFTAG_TILELENGTH, 16}})
+        TIFFSetField(tiff, quint32(tag), value);
+    TIFFSetField(tiff, TIFFTAG_COLORMAP, map.data(), map.data(), map.data());
+    TIFFSetField(tiff, TIFFTAG_HALFTONEHINTS, 1, 2);
+    TIFFSetField(tiff, TIFFTAG_MAKE, "Acme");
+    TIFFWriteTile(tiff, tile.data(), 0, 0, 0, 0);
+    TIFFClose(tiff);
+    QCOMPARE(Save(result, *Picture(source)), int(GFL_NO_ERROR));
+    const Exiv2::ExifData before = ExifOf(source), after = ExifOf(result);
+    const auto has = [](const Exiv2::ExifData &exif, const char *key) {
+        return exif.findKey(Exiv2::ExifKey(std::string("Exif.Image.") + key)) != exif.end();
+    };
+    QVERIFY(has(after, "Make"));
+    for (const char *key : {"ColorMap", "HalftoneHints", "TileWidth", "TileLength", "TileOffsets", "TileByteCounts"})
+        QVERIFY2(has(before, key) && !has(after, key), key);
 }
 
 QTEST_GUILESS_MAIN(tst_Metadata)

@@ -86,6 +86,14 @@ QByteArray Encode(const Spec &spec)
     return file + (spec.isPacked ? sizes : QByteArray()) + pixels;
 }
 
+/// What is blended with white has at least the white that the opacity leaves.
+bool IsBlended(const Spec &spec, int x, int y)
+{
+    const double levels = spec.bits == 32 ? 1e6 : (1 << spec.bits) - 1;
+    const auto level = [&](int c) { return std::lround(spec.Share(x, y, c) * levels); };
+    return std::min({level(0), level(1), level(2)}) + level(3) >= std::lround(levels);
+}
+
 /// Colour @p c of a pixel by the plain formulas.
 double Expected(const Spec &spec, int x, int y, int c)
 {
@@ -109,7 +117,7 @@ double Expected(const Spec &spec, int x, int y, int c)
     default:
         break;
     }
-    if (c == 3 || spec.layers >= 0 || spec.Share(x, y, 3) <= 0.0)
+    if (c == 3 || spec.layers >= 0 || spec.Share(x, y, 3) <= 0.0 || !IsBlended(spec, x, y))
         return share;
     const double whiteTakenOut = 1.0 - (1.0 - share) / spec.Share(x, y, 3);
     return spec.bits == 32 ? whiteTakenOut : std::min(1.0, std::max(0.0, whiteTakenOut));
@@ -121,6 +129,7 @@ class tst_Psd : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void reads();
+    void mergedPicture();
     void damaged();
 
 private:
@@ -140,8 +149,8 @@ void tst_Psd::reads()
     Read({Cmyk, 4, 8, false, false, 0, InkProfile()}, GFL_RGB);
     Read({Lab, 3, 8, false, false, 0, {}}, GFL_RGB);
     Read({Lab, 3, 16, false, false, 0, {}}, GFL_RGB);
-    Read({Cmyk, 5, 16, true, true, 0, {}}, GFL_RGBA);
-    Read({Grey, 2, 16, false, false, 0, {}}, GFL_RGBA);
+    Read({Cmyk, 5, 16, true, true, 0, {}}, GFL_RGB); // a selection
+    Read({Grey, 2, 16, false, false, 0, {}}, GFL_GREY);
     Read({Rgb, 4, 16, false, false, -1, {}}, GFL_RGBA); // opacity of layers
     Read({Rgb, 6, 32, false, true, -3, {}}, GFL_RGBA);  // and selections
     Read({Rgb, 5, 8, true, false, 2, {}}, GFL_RGB);     // selections alone
@@ -168,6 +177,28 @@ void tst_Psd::Read(const Spec &spec, int type)
     const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
     const QString form = QStringLiteral("mode %1, %2 bits: ").arg(spec.mode).arg(spec.bits);
     QCOMPARE(form + Difference(*read, expected, tolerance), form);
+}
+
+// Pictures with opacity are written as a layer, which is read, and blended with white for others: the same but for
+// rounding. A layer that isn't opaque can't stand for the picture.
+void tst_Psd::mergedPicture()
+{
+    for (const int bits : {8, 16, 32})
+        for (const int compression : {0, 1}) {
+            const BitmapPtr bitmap = RandomBitmap(31, 17, GFL_RGBA, bits);
+            QByteArray file = SavedBytes(*bitmap, SaveParams("psd", compression));
+            const int opacity = file.indexOf("8BIMnorm\xFF") + 8;
+            const BitmapPtr exact = LoadFromMemory(file);
+            const BitmapPtr merged = LoadFromMemory(file.replace(opacity, 1, "\xFE"));
+            const QByteArray name = QByteArray::number(bits) + (compression ? " bits, packed" : " bits");
+            QVERIFY2(exact && Difference(*exact, *bitmap).isEmpty(), name.constData());
+            QVERIFY2(merged && merged->Type == GFL_RGBA, name.constData());
+            const auto expected = [&](int x, int y, int c) { // where opacity is too low, nothing can be told
+                return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);
+            };
+            const QString difference = Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003);
+            QVERIFY2(difference.isEmpty(), name + qPrintable(difference));
+        }
 }
 
 void tst_Psd::damaged()

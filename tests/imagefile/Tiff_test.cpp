@@ -27,6 +27,7 @@ struct Spec {
     int predictor = 1;
     bool eightBitMap = false;
     bool hasInkProfile = false;
+    bool isUnderD65 = false; // Lab
 
     bool IsLumaAndChroma() const { return photometric == PHOTOMETRIC_YCBCR && compression == COMPRESSION_NONE; }
     bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
@@ -55,10 +56,14 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
+// The colors of kLabColours under D65 (x 0.3127, y 0.329), by the same formulas without the change to D50.
+constexpr double kLabUnderD65[kLabCount][3] = {
+    {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
+
 /// As TIFF 6.0, section 23, and its technical note on ICC Lab want it.
 int LabValue(const Spec &spec, int x, int c)
 {
-    const double number = kLabColours[x % kLabCount].lab[c];
+    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColours[x % kLabCount].lab[c];
     const bool isCie = spec.photometric == PHOTOMETRIC_CIELAB;
     const int unit = spec.bits == 8 ? 1 : 256, zero = isCie ? 0 : 128 * unit;
     const int lightest = spec.bits == 8 ? 255 : isCie ? 65535 : 65280;
@@ -73,7 +78,7 @@ quint32 Raw(const Spec &spec, int x, int y, int s)
         (static_cast<quint32>(x) * 7919u + static_cast<quint32>(y) * 104729u + static_cast<quint32>(s) * 1299709u)
         * 2654435761u;
     const quint32 greatest = spec.format == SAMPLEFORMAT_IEEEFP ? 255u : ~0u >> (32 - spec.bits);
-    if (spec.IsLab())
+    if (spec.IsLab() && s < 3)
         return static_cast<quint32>(LabValue(spec, x, s)) & greatest;
     if (spec.IsLumaAndChroma()) // red by ITU-R BT.601
         return s == 0 ? 76 : s == 1 ? 85 : 255;
@@ -159,6 +164,12 @@ void SetFields(TIFF *tiff, const Spec &spec)
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     if (spec.hasInkProfile)
         TIFFSetField(tiff, TIFFTAG_ICCPROFILE, InkProfile().size(), InkProfile().constData());
+    const float white[] = {0.3127f, 0.329f};
+    if (spec.isUnderD65)
+        TIFFSetField(tiff, TIFFTAG_WHITEPOINT, white);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 100.0);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, 50.0);
     if (spec.tile > 0) {
         TIFFSetField(tiff, TIFFTAG_TILEWIDTH, spec.tile);
         TIFFSetField(tiff, TIFFTAG_TILELENGTH, spec.tile);
@@ -241,6 +252,7 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void readsWhatLibtiffWrites_data();
     void readsWhatLibtiffWrites();
+    void damagedColorMap();
     void writtenFilesAreRight();
 
 private:
@@ -296,6 +308,12 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
         for (int lab : {PHOTOMETRIC_CIELAB, PHOTOMETRIC_ICCLAB})
             row(qPrintable(QStringLiteral("Lab %1, %2 bits").arg(lab).arg(bits)),
                 With(Rgb(bits), [=](Spec &s) { s.photometric = lab; }), GFL_RGB, bits);
+    for (int bits : {8, 16})
+        row(qPrintable(QStringLiteral("Lab under D65, %1 bits").arg(bits)),
+            With(Rgb(bits), [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isUnderD65 = true; }), GFL_RGB, bits);
+    row("Lab under D65 with opacity",
+        With(Rgb(16, 4), straight, [](Spec &s) { s.photometric = PHOTOMETRIC_CIELAB, s.isUnderD65 = true; }), GFL_RGBA,
+        16);
     row("LZW, predictor", With(Rgb(8), packed(COMPRESSION_LZW, 2)), GFL_RGB, 8);
     row("deflate 16, predictor, high byte first", With(Rgb(16), packed(COMPRESSION_ADOBE_DEFLATE, 2), bigEndian),
         GFL_RGB, 16);
@@ -352,6 +370,22 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(int(info.ColorModel), model);
     QCOMPARE(int(info.ComponentsPerPixel), isPalette ? 3 : spec.samples);
     QCOMPARE(int(info.BitsPerComponent), bits);
+    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
+}
+
+// libtiff takes such a picture for grey.
+void tst_Tiff::damagedColorMap()
+{
+    for (const char *mode : {"wl", "wb", "wl8"}) {
+        QVERIFY(WriteFile(m_folder("a.tif"), With(Grey(8, PHOTOMETRIC_PALETTE), [=](Spec &s) { s.mode = mode; })));
+        QByteArray file = ReadBytes(m_folder("a.tif"));
+        const QByteArray field = mode[1] == 'b' ? QByteArray("\1\x40\0\3\0\0\3\0", 8) // tag, type, 3 * 256 values
+                                                : QByteArray("\x40\1\3\0\0\3\0\0", 8);
+        QVERIFY2(file.contains(field), mode);
+        file[file.indexOf(field) + (mode[1] == 'b' ? 6 : 5)] = '\x7F';
+        int error = 0;
+        QVERIFY2(!LoadFromMemory(file, &error) && error == GFL_ERROR_FILE_READ, mode);
+    }
 }
 
 void tst_Tiff::writtenFilesAreRight()

@@ -1,0 +1,35 @@
+// After Adobe's "Photoshop File Formats".
+#include "psd_metadata.h"
+
+#include "core/byte_reader.h"
+#include "core/image_limits.h"
+#include "photoshop_resources.h"
+
+namespace imagefile {
+
+Bytes ReadPsdResources(const Source &source)
+{
+    constexpr std::uint64_t kHeaderBytes = 26;
+    ByteReader reader(source, kHeaderBytes);
+    reader.Skip(reader.Number(4)); // data of the color mode
+    const std::uint64_t length = reader.Number(4);
+    if (reader.Failed() || length > kMaxMetadataBytes)
+        return Bytes();
+    Bytes resources(static_cast<std::size_t>(length));
+    resources.resize(source.ReadAt(reader.Position(), resources.data(), resources.size()));
+    return resources;
+}
+
+Status ReadPsdMetadata(const Source &source, Metadata *metadata)
+{
+    const Bytes resources = ReadPsdResources(source);
+    metadata->icc = FindResource(resources, PhotoshopResource::Icc);
+    metadata->iptc = FindResource(resources, PhotoshopResource::Iptc);
+    metadata->xmp = FindResource(resources, PhotoshopResource::Xmp);
+    const Bytes exif = FindResource(resources, PhotoshopResource::Exif);
+    if (!exif.empty())
+        DecodeExifTiff(exif.data(), exif.size(), &metadata->exif);
+    return source.Check();
+}
+
+} // namespace imagefile

@@ -23,6 +23,13 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
+# The same bits on every processor: no fused multiply-add, which compilers form where the processor has one.
+add_compile_options(-ffp-contract=off)
+
+if(VITRELUX_SCALAR)
+    add_compile_definitions(VITRELUX_SCALAR)
+endif()
+
 if(VITRELUX_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link) # lets the fuzzers see which branches of the kernels they reach
 endif()

@@ -149,10 +149,15 @@ GFL_API GFL_EXIF_DATA *gflLoadEXIFUTF8(const char *path, std::uint32_t flags);
 GFL_API GFL_EXIF_DATAEX *gflLoadEXIF2UTF8(const char *path, std::uint32_t flags);
 GFL_API GFL_XMP_DATA *gflLoadXMPUTF8(const char *path);
 
+/// All metadata of a picture file as one flat list, the caller's to free. Reads no pixels. A picture without metadata
+/// gives an empty list.
+GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
+
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);
 GFL_API void gflFreeIPTC(GFL_IPTC_DATA *data);
 GFL_API void gflFreeEXIF(GFL_EXIF_DATA *data);
 GFL_API void gflFreeEXIF2(GFL_EXIF_DATAEX *data);
 GFL_API void gflFreeXMP(GFL_XMP_DATA *data);
+GFL_API void gflFreeMetadataList(GFL_METADATA_LIST *list);
 
 } // extern "C"

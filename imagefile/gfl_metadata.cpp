@@ -2,11 +2,13 @@
 #include "gfl.h"
 
 #include "core/allocator.h"
+#include "core/codec.h"
 #include "core/guard.h"
 #include "metadata/exif_carry.h"
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
+#include "metadata/metadata_list.h"
 
 #include <algorithm>
 
@@ -232,6 +234,27 @@ GFL_XMP_DATA *gflLoadXMPUTF8(const char *path)
     return OfFile(path, XmpBlock);
 }
 
+int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list)
+{
+    return Guarded([&] {
+        if (!path || !list)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        *list = nullptr;
+        Source source;
+        const Codec *codec = nullptr;
+        std::int32_t index = 0;
+        if (Status status = source.Open(path); !status)
+            return status;
+        if (Status status = FindCodec(source, &codec, &index); !status)
+            return status;
+        Owned<GFL_METADATA_LIST> made(MetadataList(source), gflFreeMetadataList);
+        if (Status status = source.Check(); !status)
+            return status;
+        *list = made.release();
+        return Status::Ok();
+    });
+}
+
 void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data)
 {
     FreeBytes(data);
@@ -261,4 +284,16 @@ void gflFreeEXIF2(GFL_EXIF_DATAEX *data)
         node = next;
     }
     Release(data);
+}
+
+void gflFreeMetadataList(GFL_METADATA_LIST *list)
+{
+    for (std::uint32_t i = 0; list && i < list->NumberOfItems; ++i) {
+        Release(list->ItemsList[i].Key);
+        Release(list->ItemsList[i].Raw);
+        Release(list->ItemsList[i].Printed);
+    }
+    if (list)
+        Release(list->ItemsList);
+    Release(list);
 }

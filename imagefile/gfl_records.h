@@ -219,3 +219,18 @@ struct GFL_EXIF_DATAEX {
     std::uint32_t Flags;
 };
 static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) == 8, "layout shared with hosts");
+
+/// One metadata value under the key that Exiv2 gives it, zero-terminated UTF-8.
+struct GFL_METADATA_ITEM {
+    char *Key;     // "Exif.Photo.LensModel", "Exif.NikonLd3.LensIDNumber", "Xmp.aux.Lens", "LibRaw.LensID"
+    char *Raw;     // as stored, under any locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
+    char *Printed; // as Exiv2 explains it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
+};
+
+/// The metadata of a file, for looking up by key: all EXIF with the values of decoded maker notes, in file order, where
+/// a key may come twice; then all XMP; then, for camera raw files, what LibRaw reads by itself
+/// (imagefile/raw/raw_facts.h), whose Printed is Raw.
+struct GFL_METADATA_LIST {
+    std::uint32_t NumberOfItems;
+    GFL_METADATA_ITEM *ItemsList;
+};

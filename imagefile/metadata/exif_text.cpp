@@ -1,8 +1,9 @@
 // The texts of EXIF values. Exiv2's own print functions won't do: they follow the locale.
 #include "exif_lists.h"
 
+#include "core/decimal.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <numeric>
@@ -11,17 +12,8 @@ namespace imagefile {
 
 namespace {
 
-// Enough digits for seconds of arc at a few millimetres.
-constexpr int kDigits = 9;
 // Binary values beyond are told by their length: maker notes, tables.
 constexpr long kMaxListedBytes = 64;
-
-std::string Number(double value)
-{
-    char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::general, kDigits);
-    return std::string(text, result.ptr);
-}
 
 double Quotient(const Exiv2::Rational &rational)
 {
@@ -52,7 +44,7 @@ std::string Decimals(const Exiv2::Value &value)
 {
     std::string text;
     for (long i = 0; i < value.count(); ++i)
-        text += (i > 0 ? " " : "") + Number(ComponentAt(value, i));
+        text += (i > 0 ? " " : "") + Decimal(ComponentAt(value, i));
     return text;
 }
 
@@ -65,7 +57,7 @@ std::string Fraction(const Exiv2::Value &value)
         return "0";
     const std::int64_t over = rational.first / divisor, under = rational.second / divisor;
     if (std::abs(over) >= std::abs(under))
-        return Number(Quotient(rational));
+        return Decimal(Quotient(rational));
     return std::to_string(under < 0 ? -over : over) + '/' + std::to_string(std::abs(under));
 }
 
@@ -81,7 +73,7 @@ std::string Degrees(const Exiv2::Value &value)
         seconds += (minutes - std::floor(minutes)) * 60.0;
         minutes = std::floor(minutes);
     }
-    return Number(degrees) + "° " + Number(minutes) + "' " + Number(seconds) + '"';
+    return Decimal(degrees) + "° " + Decimal(minutes) + "' " + Decimal(seconds) + '"';
 }
 
 std::string Named(const Exiv2::Value &value, const char *const *names, long first, long count)
@@ -184,8 +176,8 @@ std::string CanonLens(const Exiv2::ExifData &exif)
     if (!focal || !type || Integer(*focal, 2) == 0 || Integer(*type) == kNoLens)
         return std::string();
     const auto unit = static_cast<double>(Integer(*focal, 2));
-    return Number(static_cast<double>(Integer(*focal, 1)) / unit) + ' '
-        + Number(static_cast<double>(Integer(*focal, 0)) / unit) + ' ' + std::to_string(Integer(*type));
+    return Decimal(static_cast<double>(Integer(*focal, 1)) / unit) + ' '
+        + Decimal(static_cast<double>(Integer(*focal, 0)) / unit) + ' ' + std::to_string(Integer(*type));
 }
 
 // Nikon stores focal lengths and f-numbers in 24ths of a factor of two.
@@ -201,7 +193,7 @@ double NikonFNumber(long raw)
 
 std::string OneDecimal(double value)
 {
-    return Number(std::round(value * 10.0) / 10.0);
+    return Decimal(std::round(value * 10.0) / 10.0);
 }
 
 std::string NikonLens(const Exiv2::ExifData &exif)
@@ -213,8 +205,8 @@ std::string NikonLens(const Exiv2::ExifData &exif)
         const Exiv2::Value *apertureShort = Find(exif, (group + "MaxApertureAtMinFocal").c_str());
         const Exiv2::Value *apertureLong = Find(exif, (group + "MaxApertureAtMaxFocal").c_str());
         if (number && shortest && longest && apertureShort && apertureLong)
-            return Number(std::round(NikonFocalMm(Integer(*shortest)))) + ' '
-                + Number(std::round(NikonFocalMm(Integer(*longest)))) + ' ' + std::to_string(Integer(*number)) + ' '
+            return Decimal(std::round(NikonFocalMm(Integer(*shortest)))) + ' '
+                + Decimal(std::round(NikonFocalMm(Integer(*longest)))) + ' ' + std::to_string(Integer(*number)) + ' '
                 + OneDecimal(NikonFNumber(Integer(*apertureShort))) + ' '
                 + OneDecimal(NikonFNumber(Integer(*apertureLong)));
     }

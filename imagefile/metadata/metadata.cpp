@@ -5,6 +5,7 @@
 #include "photoshop_resources.h"
 #include "png_metadata.h"
 #include "psd/psd_layout.h"
+#include "raw/raw_facts.h"
 
 #include <algorithm>
 #include <array>
@@ -107,6 +108,7 @@ void StartExiv2()
     std::call_once(once, [] {
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
         Exiv2::XmpParser::initialize(LockXmp, nullptr);
+        Exiv2::enableBMFF(true); // Canon CR3
     });
 }
 
@@ -146,6 +148,8 @@ Metadata ReadMetadata(const Source &source)
     }
     if (image.get() != nullptr)
         TakeParts(source, *image, &metadata);
+    if (metadata.exif.empty())
+        metadata.exif = ReadRawFacts(source).exif;
     return metadata;
 }
 

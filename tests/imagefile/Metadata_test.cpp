@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <exiv2/exiv2.hpp>
+#include <locale>
 
 namespace {
 
@@ -149,7 +150,8 @@ QByteArray Iptc()
 constexpr char kXmp[] =
     "<?xpacket begin='\xEF\xBB\xBF' id='W5M0MpCehiHzreSzNTczkc9d'?><x:xmpmeta xmlns:x='adobe:ns:meta/'>"
     "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about='' "
-    "xmlns:dc='http://purl.org/dc/elements/1.1/' dc:format='image/jpeg'/></rdf:RDF></x:xmpmeta>"
+    "xmlns:dc='http://purl.org/dc/elements/1.1/' dc:format='image/jpeg' xmlns:a='http://ns.adobe.com/exif/1.0/aux/' "
+    "a:Lens='EF50mm f/1.8 II'/></rdf:RDF></x:xmpmeta>"
     "<?xpacket end='w'?>";
 
 /// Puts APP13 segments with the IPTC resource behind the start of a JPEG. Exiv2 would write its own form of IPTC.
@@ -256,6 +258,7 @@ private Q_SLOTS:
     void iptcEntries();
     void profileOfTheRightKind();
     void xmp();
+    void metadataList();
     void resolution();
     void damagedMetadata();
     void exifTooLargeForJpeg();
@@ -381,6 +384,74 @@ void tst_Metadata::xmp()
     const BitmapPtr metadata = LoadMetadata(source);
     QVERIFY(metadata && !metadata->Data && SavedBytes(*metadata, SaveParams("tiff")).isEmpty());
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
+}
+
+/// Streams of the process group digits and write commas, as those of a German host may.
+struct GermanNumbers : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+/// Raw and printed text of the last item of a key in a file, with a bar between.
+QByteArray ListItem(const QString &path, const QByteArray &key)
+{
+    GFL_METADATA_LIST *list = nullptr;
+    if (gflLoadMetadataListUTF8(path.toUtf8().constData(), &list) != GFL_NO_ERROR)
+        return gflLastErrorText();
+    QByteArray found;
+    for (std::uint32_t i = 0; i < list->NumberOfItems; ++i)
+        if (key == list->ItemsList[i].Key)
+            found = QByteArray(list->ItemsList[i].Raw).append("|").append(list->ItemsList[i].Printed);
+    gflFreeMetadataList(list);
+    return found;
+}
+
+void tst_Metadata::metadataList()
+{
+    Exiv2::ExifData exif = ExifWith(NikonNote);
+    exif["Exif.Photo.LensModel"] = "F\xFCnfziger"; // ISO 8859-1
+    exif["Exif.Photo.PixelXDimension"] = uint32_t(12000);
+    exif["Exif.Photo.FocalLength"] = Exiv2::URational(455, 10);
+    exif["Exif.Photo.MeteringMode"] = uint16_t(2);
+    exif["Exif.Image.ImageDescription"] = std::string(1100, 'd');
+    exif["Exif.NikonLd2.Version"] = "48 50 48 49"; // "0201"
+    exif["Exif.NikonLd2.LensIDNumber"] = "165";
+    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(exif)));
+    QVERIFY(WriteBytes(m_folder("a.dng"), RawSource({})));
+    // A CR3 is boxes; CMT1 and CMT2 hold the first directory and that of EXIF as TIFFs of their own.
+    const auto box = [](const QByteArray &kind, const QByteArray &content) {
+        return BigEndian(quint64(content.size()) + 8, 4) + kind + content;
+    };
+    const QByteArray first = box("CMT1", PlainTiff({{274, 6}}, {})), second = box("CMT2", PlainTiff({{41989, 77}}, {})),
+                     mark = QByteArray::fromHex("85c0b687820f11e08111f4ce462b6a48");
+    QVERIFY(WriteBytes(m_folder("a.cr3"),
+                       box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16))
+                           + box("moov", box("uuid", mark + first + second)) + box("mdat", QByteArray(64, 'm'))));
+    // LibRaw knows this camera by the size of its files, which hold nothing but pixels.
+    QVERIFY(WriteBytes(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0')));
+    QVERIFY(WriteBytes(m_folder("a.txt"), "no picture at all"));
+    const struct {
+        const char *file, *key, *expected;
+    } rows[] = {
+        {"a.jpg", "Exif.Photo.LensModel", "F\xC3\xBCnfziger|F\xC3\xBCnfziger"},
+        {"a.jpg", "Exif.Photo.PixelXDimension", "12000|12000"},
+        {"a.jpg", "Exif.Photo.FocalLength", "455/10|45.5 mm"},
+        {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
+        {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
+        {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
+        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the prefix in the file
+        {"a.jpg", "LibRaw.Make", ""},
+        {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
+        {"a.cr3", "Exif.Image.Orientation", "6|right, top"},
+        {"a.cr3", "Exif.Photo.FocalLengthIn35mmFilm", "77|77.0 mm"},
+        {"a.raw", "Exif.Image.Make", "AVT|AVT"},
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new GermanNumbers));
+    for (const auto &row : rows)
+        QCOMPARE(QByteArray(row.key) + ListItem(m_folder(row.file), row.key), QByteArray(row.key) + row.expected);
+    std::locale::global(before);
+    QVERIFY(ListItem(m_folder("a.txt"), "").contains("no known format"));
 }
 
 void tst_Metadata::resolution()

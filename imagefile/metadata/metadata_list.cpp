@@ -1,0 +1,154 @@
+#include "metadata_list.h"
+
+#include "core/allocator.h"
+#include "raw/raw_facts.h"
+
+#include <algorithm>
+#include <clocale>
+#include <sstream>
+
+namespace imagefile {
+
+namespace {
+
+// Tables and blocks are not spelled out.
+constexpr long kMaxListedBytes = 1024;
+
+// Exiv2 translates what it prints. While one of these lives, this thread's language is English.
+class EnglishThread {
+public:
+    EnglishThread()
+        : m_plain(newlocale(LC_ALL_MASK, "C", nullptr)), m_before(m_plain ? uselocale(m_plain) : nullptr) { }
+    ~EnglishThread()
+    {
+        if (!m_plain)
+            return;
+        uselocale(m_before);
+        freelocale(m_plain);
+    }
+    EnglishThread(const EnglishThread &) = delete;
+    EnglishThread &operator=(const EnglishThread &) = delete;
+
+private:
+    locale_t m_plain, m_before;
+};
+
+struct Item {
+    std::string key, raw, printed;
+};
+
+// How many bytes a UTF-8 sequence that begins at @p at has; 0 if it is none (RFC 3629, section 4).
+std::size_t Utf8Length(const std::string &text, std::size_t at)
+{
+    const auto byte = [&](std::size_t i) -> unsigned {
+        return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0;
+    };
+    const unsigned first = byte(0);
+    if (first < 0x80)
+        return 1;
+    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    if (first < 0xC2 || first > 0xF4)
+        return 0;
+    const unsigned lowest = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    const unsigned highest = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    if (byte(1) < lowest || byte(1) > highest)
+        return 0;
+    for (std::size_t i = 2; i < length; ++i)
+        if ((byte(i) & 0xC0) != 0x80)
+            return 0;
+    return length;
+}
+
+// Bytes that are no UTF-8 are taken for ISO 8859-1; ends at a zero byte.
+std::string ToUtf8(const std::string &text)
+{
+    std::string result;
+    for (std::size_t at = 0; at < text.size() && text[at] != '\0';) {
+        const std::size_t length = Utf8Length(text, at);
+        if (length > 0) {
+            result.append(text, at, length);
+        } else {
+            const auto byte = static_cast<unsigned char>(text[at]);
+            result += {static_cast<char>(0xC0 | (byte >> 6)), static_cast<char>(0x80 | (byte & 0x3F))};
+        }
+        at += std::max<std::size_t>(length, 1);
+    }
+    return result;
+}
+
+// The text that @p write, a callable that takes a stream, makes. A host may have set another locale for streams.
+template <class Write> std::string Written(Write write)
+{
+    std::ostringstream stream;
+    stream.imbue(std::locale::classic());
+    write(stream);
+    return ToUtf8(stream.str());
+}
+
+// Value and printed form of one entry. Exiv2's print functions may throw on values that they don't expect.
+template <class Print>
+void AddItem(const std::string &key, const Exiv2::Value &value, Print print, std::vector<Item> *to)
+{
+    Item item = {key, {}, {}};
+    if (value.size() > kMaxListedBytes) {
+        item.raw = item.printed = '(' + std::to_string(value.size()) + " bytes)";
+    } else {
+        item.raw = Written([&](std::ostream &stream) { value.write(stream); });
+        try {
+            item.printed = Written(print);
+        } catch (const std::bad_alloc &) {
+            throw;
+        } catch (const std::exception &) {
+            item.printed = item.raw;
+        }
+    }
+    to->push_back(std::move(item));
+}
+
+void AddExif(const Exiv2::ExifData &exif, std::vector<Item> *to)
+{
+    for (const Exiv2::Exifdatum &datum : exif)
+        if (datum.count() > 0)
+            AddItem(
+                datum.key(), datum.value(), [&](std::ostream &stream) { datum.write(stream, &exif); }, to);
+}
+
+void AddXmp(const Bytes &packet, std::vector<Item> *to)
+{
+    Exiv2::XmpData xmp;
+    try {
+        Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) { // damaged: what was read before counts
+    }
+    for (const Exiv2::Xmpdatum &datum : xmp)
+        AddItem(
+            ToUtf8(datum.key()), datum.value(), [&](std::ostream &stream) { datum.write(stream); }, to);
+}
+
+} // namespace
+
+GFL_METADATA_LIST *MetadataList(const Source &source)
+{
+    const EnglishThread english;
+    const Metadata metadata = ReadMetadata(source);
+    std::vector<Item> items;
+    AddExif(metadata.exif, &items);
+    if (!metadata.xmp.empty())
+        AddXmp(metadata.xmp, &items);
+    for (const auto &[key, text] : ReadRawFacts(source).fields)
+        items.push_back({key, ToUtf8(text), ToUtf8(text)});
+
+    Owned<GFL_METADATA_LIST> list(NewZeroed<GFL_METADATA_LIST>(), gflFreeMetadataList);
+    list->ItemsList = NewZeroed<GFL_METADATA_ITEM>(items.size() + 1);
+    for (const Item &item : items) {
+        GFL_METADATA_ITEM &to = list->ItemsList[list->NumberOfItems++];
+        to.Key = NewText(item.key);
+        to.Raw = NewText(item.raw);
+        to.Printed = NewText(item.printed);
+    }
+    return list.release();
+}
+
+} // namespace imagefile

@@ -1,0 +1,24 @@
+// What LibRaw knows of a camera raw file besides its pixels.
+#pragma once
+
+#include "core/source.h"
+
+#include <exiv2/exiv2.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace imagefile {
+
+struct RawFacts {
+    /// Maker, model, lens, focal length, exposure, date and position, for files whose EXIF Exiv2 doesn't find.
+    Exiv2::ExifData exif;
+    /// LibRaw's own fields by name: "LibRaw.LensID", "61184". Unknown ones are absent.
+    std::vector<std::pair<std::string, std::string>> fields;
+};
+
+/// Reads the headers of a camera raw file; empty for other files and for damaged ones. Throws std::bad_alloc and
+/// Exiv2::AnyError.
+RawFacts ReadRawFacts(const Source &source);
+
+} // namespace imagefile

@@ -1,6 +1,5 @@
 #include "Fit.h"
 
-#include "CorrectionTwin.h"
 #include "FitText_p.h"
 #include "Framing.h"
 #include "PictureFrame.h"
@@ -243,7 +242,7 @@ private:
         if (!correction.ChangesPositions())
             return;
         m_result.fieldShare = FieldShare(correction);
-        m_result.leavesEmpty = CorrectionTwin(correction).LeavesEmpty();
+        m_result.leavesEmpty = LeavesEmpty(correction);
     }
 
     void Tell()

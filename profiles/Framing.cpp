@@ -10,7 +10,7 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-constexpr int kBisections = 40;
+constexpr int kBisections = 36;
 constexpr int kFirstSamples = 33; // of an edge
 
 /// Positions on the four edges, @p samples evenly on each.
@@ -25,10 +25,12 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-Correction Unframed(Correction correction)
+/// For its positions alone.
+CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;
-    return correction;
+    correction.light.reset();
+    return CorrectionTwin(correction);
 }
 
 /// The least zoom that leaves no pixel empty; above kMostZoom if none does.
@@ -43,22 +45,38 @@ public:
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kLeastZoom);
-        // Pixels between the samples that are still empty join them.
-        for (int round = 0; round < 8 && zoom <= kMostZoom && AddEmptyPixels(zoom); ++round)
-            zoom = Bisect(zoom);
+        // Pixels between the samples that are still empty join them. Every pixel counts in the end, but few rounds
+        // need to look at all of them.
+        for (int step : {16, 1, 1, 1}) {
+            if (zoom > kMostZoom)
+                break;
+            if (AddEmptyPixels(zoom, step))
+                zoom = Bisect(zoom);
+            else if (step == 1)
+                break;
+        }
         return zoom;
     }
 
 private:
-    bool IsEmpty(const Point &pixel, double zoom) const
+    /// To the pixels' outer edges: what the twin allows beyond them is for rounding.
+    bool Holds(const Point &place) const
+    {
+        return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
+    }
+
+    SourcePlaces PlacesOf(const Point &pixel, double zoom) const
     {
         const double middleX = (m_width - 1) / 2.0, middleY = (m_height - 1) / 2.0;
-        return m_twin.IsEmpty(m_twin.At(middleX + (pixel.x - middleX) / zoom, middleY + (pixel.y - middleY) / zoom));
+        return m_twin.At(middleX + (pixel.x - middleX) / zoom, middleY + (pixel.y - middleY) / zoom);
     }
 
     bool Covers(double zoom) const
     {
-        return std::none_of(m_points.begin(), m_points.end(), [&](const Point &pixel) { return IsEmpty(pixel, zoom); });
+        return std::all_of(m_points.begin(), m_points.end(), [&](const Point &pixel) {
+            const SourcePlaces places = PlacesOf(pixel, zoom);
+            return !places.folded && Holds(places.red) && Holds(places.green) && Holds(places.blue);
+        });
     }
 
     double Bisect(double low) const
@@ -72,22 +90,23 @@ private:
             const double middle = (low + high) / 2.0;
             (Covers(middle) ? high : low) = middle;
         }
-        return std::min(high * (1.0 + 1e-10), kMostZoom); // the frame's own rounding shows no empty edge
+        return high;
     }
 
-    bool AddEmptyPixels(double zoom)
+    bool AddEmptyPixels(double zoom, int step)
     {
         const size_t before = m_points.size();
-        const auto add = [&](double x, double y) {
-            if (IsEmpty({x, y}, zoom))
-                m_points.push_back({x, y});
+        const auto add = [&](int x, int y) {
+            const Point pixel{double(x), double(y)};
+            if (m_twin.IsEmpty(PlacesOf(pixel, zoom)))
+                m_points.push_back(pixel);
         };
-        for (int x = 0; x < m_width; ++x) {
-            add(x, 0.0);
+        for (int x = 0; x < m_width; x += step) {
+            add(x, 0);
             add(x, m_height - 1);
         }
-        for (int y = 0; y < m_height; ++y) {
-            add(0.0, y);
+        for (int y = 0; y < m_height; y += step) {
+            add(0, y);
             add(m_width - 1, y);
         }
         return m_points.size() > before;
@@ -122,7 +141,7 @@ bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 
 double ZoomForAll(const Correction &correction)
 {
-    const CorrectionTwin twin(Unframed(correction));
+    const CorrectionTwin twin = Unframed(correction);
     const double halfWidth = (correction.width - 1) / 2.0, halfHeight = (correction.height - 1) / 2.0;
     double zoom = 2.0 * kMostZoom;
     for (const Point &edge : EdgePoints(correction.width, correction.height, kFirstSamples)) {
@@ -148,19 +167,35 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     return {bounded, bounded != zoom || (framing == Framing::Fill && correction.geometry && zoom == kLeastZoom)};
 }
 
+bool LeavesEmpty(const Correction &correction)
+{
+    Correction positions = correction;
+    positions.light.reset(); // not needed, and a curve to evaluate
+    return CorrectionTwin(positions).LeavesEmpty();
+}
+
 double FieldShare(const Correction &correction)
 {
     constexpr int kCells = 32;
-    const CorrectionTwin twin(correction);
+    Correction positions = correction;
+    positions.light.reset();
+    const CorrectionTwin twin(positions);
     const double stepX = correction.width / double(kCells), stepY = correction.height / double(kCells);
-    const auto at = [&](int x, int y) { return twin.At(x * stepX - 0.5, y * stepY - 0.5).green; };
+    const auto at = [&](double x, double y) { return twin.At(x * stepX - 0.5, y * stepY - 0.5); };
+    std::vector<Point> corners;
+    for (int y = 0; y <= kCells; ++y)
+        for (int x = 0; x <= kCells; ++x)
+            corners.push_back(at(x, y).green);
     double area = 0.0;
     for (int y = 0; y < kCells; ++y) {
         for (int x = 0; x < kCells; ++x) {
-            if (twin.IsEmpty(twin.At((x + 0.5) * stepX - 0.5, (y + 0.5) * stepY - 0.5)))
+            if (twin.IsEmpty(at(x + 0.5, y + 0.5)))
                 continue;
-            const Point a = at(x, y), b = at(x + 1, y), c = at(x + 1, y + 1), d = at(x, y + 1);
-            area += ((c.x - a.x) * (d.y - b.y) - (d.x - b.x) * (c.y - a.y)) / 2.0; // of the cell in the source
+            const Point *above = &corners[size_t(y * (kCells + 1) + x)], *below = above + kCells + 1;
+            // Of the cell in the source, by its diagonals.
+            area += ((below[1].x - above[0].x) * (below[0].y - above[1].y)
+                     - (below[0].x - above[1].x) * (below[1].y - above[0].y))
+                / 2.0;
         }
     }
     return std::clamp(area / correction.width / correction.height, 0.0, 1.0);

@@ -23,5 +23,8 @@ struct FramingZoom {
 /// Without a geometric step only a factor frames: lateral color alone moves edges by a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
+/// Whether some pixels of the result have no light, so that it needs alpha.
+bool LeavesEmpty(const Correction &correction);
+
 /// The share of the photographed field that the result shows, 0 to 1.
 double FieldShare(const Correction &correction);

@@ -163,7 +163,8 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
                                        m_focals.size() > 1 ? range : Numeral(longest.focalMm) + QStringLiteral(" mm"));
     }
     if (m_focals[at.first].kind != m_focals[at.second].kind) {
-        at.first = at.second = at.share < 0.5 ? at.first : at.second;
+        const int nearest = at.share < 0.5 ? at.first : at.second;
+        at = {nearest, nearest, 0.0};
         choice.assumed << QStringLiteral("perspective and fisheye entries aren't mixed: the nearest counts");
     }
     const bool isWhole = AddFocal(m_focals[at.first], 1.0 - at.share, setting, &choice)

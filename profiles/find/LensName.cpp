@@ -53,9 +53,10 @@ enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Line, P
 
 /// How a group's marks are compared.
 enum class Rule {
-    Same,       // both names have the same marks of the group, or they contradict
-    SameIfFull, // as Same, unless the picture's name is nothing but numbers
-    NotOther    // contradict only where both name something and it differs
+    Same,           // both names have the same marks of the group, or they contradict
+    SameUnlessBare, // as Same, but a picture's name of numbers alone leaves it open
+    SameIfFull,     // as Same, but a picture's name of mount and numbers leaves it open too
+    NotOther        // contradict only where both name something and it differs
 };
 
 struct GroupRule {
@@ -65,10 +66,10 @@ struct GroupRule {
 };
 
 constexpr GroupRule kGroupRules[] = {
-    {Group::Generation, Rule::Same, "generation"}, {Group::Stabilizer, Rule::SameIfFull, "stabilizer"},
+    {Group::Generation, Rule::Same, "generation"}, {Group::Stabilizer, Rule::SameUnlessBare, "stabilizer"},
     {Group::Motor, Rule::NotOther, "focus motor"}, {Group::Mount, Rule::NotOther, "mount"},
     {Group::Format, Rule::SameIfFull, "format"},   {Group::Letter, Rule::NotOther, "type"},
-    {Group::Line, Rule::NotOther, "line"},         {Group::Purpose, Rule::SameIfFull, "kind"},
+    {Group::Line, Rule::NotOther, "line"},         {Group::Purpose, Rule::SameUnlessBare, "kind"},
 };
 
 struct Mark {
@@ -411,13 +412,23 @@ QSet<QString> MarksOf(const LensName &name, Group group)
     return marks;
 }
 
-bool Contradict(Rule rule, const QSet<QString> &wanted, const QSet<QString> &offered, bool bare)
+/// Says more than numbers, a mount and the hints that cameras add to them.
+bool IsFull(const LensName &name)
+{
+    constexpr Group kTelling[] = {Group::Motor, Group::Format, Group::Line, Group::Purpose};
+    return !name.words.isEmpty() || std::any_of(std::begin(kTelling), std::end(kTelling), [&name](Group group) {
+        return !MarksOf(name, group).isEmpty();
+    });
+}
+
+bool Contradict(Rule rule, const QSet<QString> &wanted, const QSet<QString> &offered, const LensName &name)
 {
     if (wanted == offered)
         return false;
     if (rule == Rule::NotOther)
         return !wanted.isEmpty() && !offered.isEmpty() && !wanted.intersects(offered);
-    return rule == Rule::Same || !bare || !wanted.isEmpty();
+    const bool open = (rule == Rule::SameUnlessBare && name.IsBare()) || (rule == Rule::SameIfFull && !IsFull(name));
+    return !open || !wanted.isEmpty();
 }
 
 /// Canon's cameras always name the focus motor.
@@ -444,11 +455,11 @@ QString MarkContradiction(const LensName &wanted, const LensName &offered)
         if (rule.group == Group::Stabilizer && LeavesStabilizerOut(wanted) && (mine.isEmpty() || theirs.isEmpty()))
             continue;
         const bool canonMotor = rule.group == Group::Motor && NamesCanonMount(wanted);
-        if (Contradict(canonMotor ? Rule::Same : rule.rule, mine, theirs, wanted.IsBare()))
+        if (Contradict(canonMotor ? Rule::Same : rule.rule, mine, theirs, wanted))
             return QLatin1String("another ") + QLatin1String(rule.name);
     }
     const QSet<QString> myCodes = TellingCodes(wanted), theirCodes = TellingCodes(offered);
-    if (Contradict(Rule::NotOther, myCodes, theirCodes, /*bare=*/false))
+    if (Contradict(Rule::NotOther, myCodes, theirCodes, wanted))
         return QStringLiteral("another model number");
     return QString();
 }
@@ -482,10 +493,7 @@ int Unmatched(const QSet<QString> &a, const QSet<QString> &b)
 
 bool LensName::IsBare() const
 {
-    constexpr Group kTelling[] = {Group::Motor, Group::Format, Group::Line, Group::Purpose};
-    return words.isEmpty() && std::all_of(std::begin(kTelling), std::end(kTelling), [this](Group group) {
-               return MarksOf(*this, group).isEmpty();
-           });
+    return !IsFull(*this) && MarksOf(*this, Group::Mount).isEmpty();
 }
 
 QVector<LensName> ParseLensNames(const QString &text)

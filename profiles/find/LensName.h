@@ -22,7 +22,7 @@ struct LensName {
 
     bool HasFocal() const { return minFocalMm > 0.0; }
     bool HasAperture() const { return maxAperture > 0.0; }
-    /// Says no more than numbers, a mount, a maker, and a camera's hints ("G VR").
+    /// Says no more than numbers, a maker, and the hints that cameras add to them ("G VR").
     bool IsBare() const;
 };
 

@@ -317,7 +317,7 @@ private:
         QVector<Candidate> same, rivals;
         constexpr double kSlack = 1.0; // spellings of one lens differ by more than this only in words
         for (const Candidate &candidate : qAsConst(m_candidates)) {
-            if (IsSameLens(top.name, candidate.name))
+            if (IsFixedLens() || candidate.profile == top.profile || IsSameLens(top.name, candidate.name))
                 same.append(candidate);
             else if (candidate.score >= top.score - kSlack)
                 rivals.append(candidate);

@@ -1,7 +1,7 @@
 #include "Fit.h"
 
+#include "FitSteps_p.h"
 #include "FitText_p.h"
-#include "Framing.h"
 #include "PictureFrame.h"
 #include "ProfileBlend.h"
 
@@ -9,45 +9,6 @@
 #include <cmath>
 
 namespace {
-
-/// The value above 0, typed by the user or else of the file.
-std::optional<double> Settled(const std::optional<double> &typed, const Fact<double> &fact)
-{
-    if (typed && *typed > 0.0)
-        return typed;
-    if (fact.Known() && fact.value > 0.0)
-        return fact.value;
-    return std::nullopt;
-}
-
-Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
-{
-    Setting setting;
-    setting.focalMm = Settled(typed.focalMm, facts.focalMm);
-    setting.aperture = Settled(typed.aperture, facts.aperture);
-    setting.distanceM = Settled(typed.distanceM, facts.distanceM);
-    if (setting.focalMm && std::isinf(*setting.focalMm))
-        setting.focalMm.reset();
-    if (setting.aperture && std::isinf(*setting.aperture))
-        setting.aperture.reset();
-    return setting;
-}
-
-PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
-{
-    if (!typed.body.isEmpty()) // makers are found in it as in any text
-        return {facts.make.value.isEmpty() ? typed.body : facts.make.value + QLatin1Char(' ') + typed.body, typed.body};
-    return {facts.make.value, facts.model.value};
-}
-
-/// One of the three corrections, as asked for.
-struct Task {
-    Quantity quantity;
-    const char *name; // for people
-    bool isWanted;
-    double amount;
-    const Fact<bool> &done;
-};
 
 /// The frame under an entry, and all that state the same frame.
 struct KnownFrame {
@@ -78,17 +39,12 @@ public:
             return Refuse(QStringLiteral("the picture's size is unknown"));
         if (m_facts.cropTurned)
             return Refuse(QStringLiteral("the picture was cropped at an angle, so its lens's center is lost"));
-        const Task tasks[] = {
-            {Quantity::Geometry, "distortion", m_options.distortion, m_options.amountDistortion,
-             m_facts.distortionDone},
-            {Quantity::Color, "lateral color", m_options.chromatic, m_options.amountChromatic, m_facts.chromaticDone},
-            {Quantity::Light, "vignetting", m_options.vignetting, m_options.amountVignetting, m_facts.vignettingDone},
-        };
+        const FitTasks tasks = TasksOf(m_facts, m_options);
         BlendParts parts[3];
         for (int i = 0; i < 3; ++i)
             parts[i] = Chosen(tasks[i], WeightsOf(tasks[i].quantity));
         MakeMaps(parts);
-        Frame();
+        FrameResult(m_options, &m_result);
         Tell();
         return m_result;
     }
@@ -107,40 +63,23 @@ private:
                                               : &m_result.lightEntries;
     }
 
-    void LeaveOut(const Task &task, const QString &why)
-    {
-        const QString name = QLatin1String(task.name);
-        for (auto &reason : m_reasons) {
-            if (reason.second == why) {
-                reason.first += QStringLiteral(", ") + name;
-                return;
-            }
-        }
-        m_reasons.append({name, why});
-    }
-
     /// Entries for one correction; none, with a reason where one is owed, if it isn't made.
-    BlendParts Chosen(const Task &task, QVector<EntryWeight> *weights)
+    BlendParts Chosen(const FitTask &task, QVector<EntryWeight> *weights)
     {
-        if (!task.isWanted)
+        if (!m_leftOut.Allows(task, m_options))
             return {};
-        if (task.done.value && !m_options.again) {
-            LeaveOut(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
-            return {};
-        }
-        if (!(task.amount > 0.0)) {
-            LeaveOut(task, QStringLiteral("its amount is 0"));
-            return {};
-        }
+        if (task.done.value)
+            m_result.assumed << QStringLiteral("%1 again, though corrected before (%2)")
+                                    .arg(QLatin1String(task.name), task.done.source);
         QString why;
         const ProfileGrid grid(m_profile, task.quantity, [&](int entry) { return FrameOf(entry, &why).has_value(); });
         if (grid.IsEmpty()) {
-            LeaveOut(task, why.isEmpty() ? QStringLiteral("the profile has no model of it") : why);
+            m_leftOut.Add(task, why.isEmpty() ? QStringLiteral("the profile has no model of it") : why);
             return {};
         }
         const GridChoice choice = grid.Choose(m_setting);
         if (choice.entries.isEmpty()) {
-            LeaveOut(task, choice.why);
+            m_leftOut.Add(task, choice.why);
             return {};
         }
         *weights = choice.entries;
@@ -232,27 +171,11 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
-    void Frame()
-    {
-        Correction &correction = m_result.correction;
-        const FramingZoom framing = ZoomFor(correction, m_options.framing, m_options.framingFactor);
-        correction.zoom = m_result.zoom = framing.zoom;
-        if (framing.isBounded)
-            m_result.assumed << QStringLiteral("framed at the bound, a zoom of %1").arg(framing.zoom);
-        if (!correction.ChangesPositions())
-            return;
-        m_result.fieldShare = FieldShare(correction);
-        m_result.leavesEmpty = LeavesEmpty(correction);
-    }
-
     void Tell()
     {
         m_result.assumed.removeDuplicates();
         m_result.entries = EntriesText(m_profile, m_result);
-        QStringList reasons;
-        for (const auto &reason : qAsConst(m_reasons))
-            reasons << QStringLiteral("%1: %2").arg(reason.first, reason.second);
-        m_result.why = reasons.join(QStringLiteral("; "));
+        m_result.why = m_leftOut.Text();
     }
 
     const LensProfile &m_profile;
@@ -262,8 +185,8 @@ private:
     const PictureFrame m_frame;
     const ProfileBlend m_blend;
     FitResult m_result;
-    QVector<QPair<QString, QString>> m_reasons; // corrections left out, and why
-    QVector<KnownFrame> m_frames;               // entries of a profile hardly ever differ in theirs
+    LeftOut m_leftOut;
+    QVector<KnownFrame> m_frames; // entries of a profile hardly ever differ in theirs
 };
 
 } // namespace

@@ -13,9 +13,12 @@ struct FitResult {
     bool distortion = false, chromatic = false, vignetting = false; // what is done
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
-    QString entries;     // as text, for people: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
-    QStringList assumed; // each assumption, for people
-    QString why;         // why nothing, or not everything, is done, in one line; empty if all is
+    QString entries;          // as text, for people: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
+    QStringList assumed;      // each assumption, for people
+    QString why;              // why nothing, or not everything, is done, in one line; empty if all is
+    QString reason;           // why this profile, where it was found
+    QStringList nearest;      // if none was found: up to three that came close
+    bool isAmbiguous = false; // several profiles stand equal, so none was taken
     double zoom = 1.0;
     double fieldShare = 1.0;  // share of the photographed field that is kept
     bool leavesEmpty = false; // some pixels of the result have no light: it needs alpha

@@ -19,6 +19,8 @@ double Polynomial(const QVector<double> &coefficients, double x)
     return 1.0 + sum;
 }
 
+} // namespace
+
 double AngleOf(Projection projection, double radius)
 {
     switch (projection) {
@@ -48,8 +50,6 @@ double RadiusOf(Projection projection, double angle)
     }
     return angle;
 }
-
-} // namespace
 
 double PerspectiveFactor(const ProfileModel &model, double x)
 {

@@ -14,6 +14,10 @@ double PerspectiveFactor(const ProfileModel &model, double x);
 /// The share of light at the squared radius @p x in focal lengths: 1 + a1 x + a2 x^2 + a3 x^3.
 double LightShare(const ProfileModel &model, double x);
 
+/// The angle from the axis, in radians, that a projection shows at @p radius, in focal lengths; and the inverse.
+double AngleOf(Projection projection, double radius);
+double RadiusOf(Projection projection, double angle);
+
 /// The factor by which a fisheye model moves a point of the corrected picture. @p radius is in focal lengths:
 /// (t + k1 t^3 + k2 t^5 + k3 t^7) / radius, with t the angle from the axis that the projection has there.
 double FisheyeFactor(const ProfileModel &model, Projection projection, double radius);

@@ -103,7 +103,6 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
 }
 
-/// How much smaller than the camera's frame the part is that the picture shows.
 double PictureFrame::FrameShare(double factor, QStringList *assumed) const
 {
     double crop = 1.0;

@@ -61,10 +61,12 @@ public:
 
     /// The position, in pixels of the picture at hand, of a center given in shares of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
+    /// The share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
+    /// @param factor  of the camera, as CameraFactor.
+    double FrameShare(double factor, QStringList *assumed) const;
     const PicturePlace &Place() const { return m_place; }
 
 private:
-    double FrameShare(double factor, QStringList *assumed) const;
     bool SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const;
     bool LimitRatio(bool chosen, EntryFrame *frame, QString *why) const;
     bool LiesAcross(const ProfileEntry &entry) const;

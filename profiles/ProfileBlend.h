@@ -3,6 +3,7 @@
 
 #include "Correction.h"
 #include "FitOptions.h"
+#include "MapTables_p.h"
 #include "PictureFrame.h"
 #include "ProfileGrid.h"
 
@@ -36,15 +37,8 @@ private:
         double unitPx; // focal length
         double weight;
     };
-    struct Middle {
-        PictureVector center, tangential; // the latter in the picture's axes, 1 / pixel
-    };
-
     Part PartOf(const BlendPart &part, const ProfileModel *model) const;
-    Middle MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const;
-    double FarthestRadius(const PictureVector &center, double shrink) const;
-    RadialMap MapOf(const Middle &middle, const std::function<double(double)> &factor, double reach, double end,
-                    double amount) const;
+    MapMiddle MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const;
 
     const PictureFrame &m_frame;
     QSize m_pixels;

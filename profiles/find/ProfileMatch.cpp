@@ -363,6 +363,7 @@ private:
     static ProfileMatch Equal(const Candidate &best, const Candidate &rival)
     {
         ProfileMatch match;
+        match.isAmbiguous = true;
         match.reason = QStringLiteral("two profiles fit equally well: %1 and %2; choose one with --profile")
                            .arg(Title(*best.profile), Title(*rival.profile));
         match.nearest = QStringList{Title(*best.profile), Title(*rival.profile)};

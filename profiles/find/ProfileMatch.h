@@ -19,10 +19,11 @@ struct MatchHelp {
 };
 
 struct ProfileMatch {
-    QString path;        // the profile; empty: none
-    QString reason;      // why this one, or why none; one line for people
-    QStringList notes;   // what was assumed: another body, a raw profile for a JPEG
-    QStringList nearest; // up to three that came close, each with what spoke against it
+    QString path;             // the profile; empty: none
+    QString reason;           // why this one, or why none; one line for people
+    QStringList notes;        // what was assumed: another body, a raw profile for a JPEG
+    bool isAmbiguous = false; // several stand equal
+    QStringList nearest;      // up to three that came close, each with what spoke against it
 };
 
 /// Chooses profiles for pictures, one after another. Names that were taken apart once are kept for the next picture.

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr double kFarDistanceM = 1000.0; // lensfun's own "far" for unknown distances
+constexpr double kFarDistanceM = 1000.0;                  // lensfun's own "far" for unknown distances
 constexpr double kFullFrameDiagonal = 43.266615305567875; // mm
 
 using Curve = LensfunCurves::Curve;

@@ -121,13 +121,15 @@ LensfunDatabase::~LensfunDatabase()
 
 Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
 {
-    for (const lfCamera *const *camera = database->GetCameras(); camera && *camera; ++camera) {
-        const lfCamera &known = **camera;
-        for (const QString &make : NamesOf(known.Maker))
-            for (const QString &model : NamesOf(known.Model))
+    for (const bool translated : {false, true}) // a camera's translated name may be another one's own
+        for (const lfCamera *const *camera = database->GetCameras(); camera && *camera; ++camera) {
+            const lfCamera &known = **camera;
+            const QString make = NameOf(known.Maker);
+            const QStringList models = translated ? NamesOf(known.Model).mid(1) : QStringList{NameOf(known.Model)};
+            for (const QString &model : models)
                 if (IsSameCamera(facts.make.value, facts.model.value, make, model))
                     return {make, model, QString::fromUtf8(known.Mount), double(known.CropFactor)};
-    }
+        }
     return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
 }
 
@@ -154,12 +156,18 @@ QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, 
 
 namespace {
 
-/// The one lens of a camera that can't change it; attachments before it have entries of their own.
-QVector<NamedLens> StandardLenses(QVector<NamedLens> lenses)
+/// The one lens of a camera that can't change it; attachments before it and its macro settings have entries of their
+/// own, and then the plain one is named "(Standard)".
+QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
 {
-    const auto isAttached = [](const NamedLens &each) { return each.name.converter; };
-    lenses.erase(std::remove_if(lenses.begin(), lenses.end(), isAttached), lenses.end());
-    return lenses;
+    QVector<NamedLens> plain, standard;
+    for (const NamedLens &each : lenses) {
+        if (!each.name.converter && !each.name.text.contains(QLatin1String("lens-to-subject")))
+            plain.append(each);
+        if (each.name.words.contains(QStringLiteral("standard")))
+            standard.append(each);
+    }
+    return standard.isEmpty() ? plain : standard;
 }
 
 QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName> &wanted, QStringList *nearest)

@@ -51,7 +51,8 @@ QStringList Lenses(const ProfileIndex &index)
 {
     QStringList lenses;
     for (const IndexedProfile &profile : index.Profiles())
-        lenses.append(profile.error.isEmpty() ? profile.head.lensNames.join(QLatin1Char('|')) : QStringLiteral("error"));
+        lenses.append(profile.error.isEmpty() ? profile.head.lensNames.join(QLatin1Char('|'))
+                                              : QStringLiteral("error"));
     return lenses;
 }
 

@@ -20,20 +20,33 @@ QString Text(const char *text)
 
 /// Makers' decoys: near names, other generations, another aperture.
 const char *const kLenses[] = {
-    "Canon EF-S 18-55mm f/3.5-5.6",         "Canon EF-S 18-55mm f/3.5-5.6 IS",
-    "Canon EF-S 18-55mm f/3.5-5.6 IS II",   "Canon EF-S 18-55mm f/3.5-5.6 IS STM",
-    "Canon EF 70-200mm f/2.8L IS USM",      "Canon EF 70-200mm f/2.8L IS II USM",
-    "Canon EF 70-200mm f/4L IS USM",        "Canon EF 70-200mm f/2.8L USM",
-    "Canon EF 28-80mm f/3.5-5.6 USM IV",    "Canon EF 28-80mm f/3.5-5.6 USM II",
-    "Nikkor AF 50mm f/1.8D",                "Nikon AI-S Nikkor 50mm f/1.8",
-    "Nikkor AF-S 50mm f/1.8G",              "Yongnuo YN 50mm f/1.8",
-    "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR", "Nikkor AF-S 18-55mm f/3.5-5.6G DX ED II",
+    "Canon EF-S 18-55mm f/3.5-5.6",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS II",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS STM",
+    "Canon EF 70-200mm f/2.8L IS USM",
+    "Canon EF 70-200mm f/2.8L IS II USM",
+    "Canon EF 70-200mm f/4L IS USM",
+    "Canon EF 70-200mm f/2.8L USM",
+    "Canon EF 28-80mm f/3.5-5.6 USM IV",
+    "Canon EF 28-80mm f/3.5-5.6 USM II",
+    "Nikkor AF 50mm f/1.8D",
+    "Nikon AI-S Nikkor 50mm f/1.8",
+    "Nikkor AF-S 50mm f/1.8G",
+    "Yongnuo YN 50mm f/1.8",
+    "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR",
+    "Nikkor AF-S 18-55mm f/3.5-5.6G DX ED II",
     "Nikkor AF-S 18-200mm f/3.5-5.6G DX VR IF-ED",
-    "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED", "Sigma 10-20mm f/4-5.6 EX DC HSM",
-    "Sigma 10-20mm f/3.5 EX DC HSM",        "Sigma 85mm f/1.4 EX DG HSM",
-    "Sigma 85mm F1.4 DG DN | Art 020",      "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6",
-    "Olympus M.Zuiko Digital ED 14-42mm f/3.5-5.6", "XF 50mm f/2 R WR",
-    "XF 50mm f/1 R WR",                     "Tamron AF 28-300mm f/3.5-6.3 XR Di LD Aspherical (IF)",
+    "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED",
+    "Sigma 10-20mm f/4-5.6 EX DC HSM",
+    "Sigma 10-20mm f/3.5 EX DC HSM",
+    "Sigma 85mm f/1.4 EX DG HSM",
+    "Sigma 85mm F1.4 DG DN | Art 020",
+    "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6",
+    "Olympus M.Zuiko Digital ED 14-42mm f/3.5-5.6",
+    "XF 50mm f/2 R WR",
+    "XF 50mm f/1 R WR",
+    "Tamron AF 28-300mm f/3.5-6.3 XR Di LD Aspherical (IF)",
 };
 
 IndexedProfile ProfileOf(const QString &lens)
@@ -151,8 +164,9 @@ void tst_ProfileMatch::bodies()
         profile.head.make = QStringLiteral("CANON");
         profile.head.model = QStringLiteral("Canon Camera");
     }
-    const ProfileMatch match = Matcher(referenceFactor, cameraFactor)
-                                   .Match({profile}, PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), 34));
+    const ProfileMatch match =
+        Matcher(referenceFactor, cameraFactor)
+            .Match({profile}, PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), 34));
     QCOMPARE(!match.path.isEmpty(), found);
     QCOMPARE(match.nearest.size(), found ? 0 : 1);
     QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is said

@@ -1,6 +1,7 @@
 // The process that the plug-in offers: one image in, one lens-corrected image out.
 #pragma once
 
+#include "Corrections.h"
 #include "KIPluginOne2One.h"
 
 #include <QMap>
@@ -31,6 +32,8 @@ public:
         bool falloff = false; // correct vignetting
         float scale = 1.0f;   // working image to full image; only a preview sets another value, and it is never stored
         QString lcpFilename;  // whole path of the profile; empty: not yet looked up
+
+        Corrections Chosen() const { return {disto, ca, falloff}; }
     };
 
     Q_INVOKABLE explicit KVitreluxOne2One(QObject *parent = nullptr);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What stands against correcting pictures, for the user. Profiles are read once.
+/// What stands against correcting pictures, for the user. Each object reads a profile once.
 class Objections {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
@@ -122,11 +122,11 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     }
 }
 
-/// @return what the user should know of the result. Throws what is to be told of a failure.
+/// Returns what the user should know of the result. Throws the reason of a failure.
 QString CorrectionJob::Correct(const JobPicture &picture) const
 {
     PictureParameters parameters = picture.parameters;
-    QString note = picture.note;
+    QStringList notes(picture.note);
     if (parameters.profile.isEmpty()) {
         if (m_findProfile)
             parameters.profile = m_findProfile(picture.planned.picture);
@@ -136,9 +136,12 @@ QString CorrectionJob::Correct(const JobPicture &picture) const
         const QString objection = objections.ToProfile(parameters);
         if (!objection.isEmpty())
             throw KException(objection, KPlace());
-        note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
+        // Nobody has seen it on a page, so the result names it.
+        notes = QStringList{tr("profile \"%1\"").arg(parameters.profile),
+                            objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters)};
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
     RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
-    return note;
+    notes.removeAll(QString());
+    return notes.join(QStringLiteral("; "));
 }

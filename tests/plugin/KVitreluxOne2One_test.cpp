@@ -189,6 +189,7 @@ void tst_KVitreluxOne2One::plainKnowsNothingOfFitted()
     Calls();
     process.CopyParameters(params, fitted);
     QVERIFY(!params->fitted && fitted->fitted);
+    QCOMPARE(AttributesOf(process.GetXmlParameters(params)), names.toSet());
     process.SaveDefaultSettings(params);
     process.OnValidatePage();
     QCOMPARE(Calls(), Prefixed("set "_s, names)); // without a page no "LensPath"

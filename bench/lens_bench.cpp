@@ -63,25 +63,25 @@ struct ImagePair {
     KImage source, target;
 };
 
-constexpr FloatWarp::Switches kVignette = {false, false, true}, kDistortion = {true, false, true},
-                              kColors = {false, true, true}, kAll = {true, true, true};
+constexpr Corrections kVignette = {false, false, true}, kDistortion = {true, false, true},
+                      kColors = {false, true, true}, kAll = {true, true, true};
 constexpr int kPerspective = 0, kFisheye = 1;
 
-void BM_Warp(benchmark::State &state, int modelKind, FloatWarp::Switches switches, FloatWarp::Frame frame,
+void BM_Warp(benchmark::State &state, int modelKind, Corrections corrections, FloatWarp::Frame frame,
              FloatWarp::Instructions instructions)
 {
     if (instructions > FloatWarp::BestInstructions())
         return state.SkipWithError("not on this processor");
     const newLCP lcp = Profile(modelKind);
     ImagePair images(frame);
-    const FloatWarp warp(lcp, switches, frame, images.source);
+    const FloatWarp warp(lcp, corrections, frame, images.source);
     MeasureAgainstCopy(state, kPixels, images.block,
                        [&] { warp.Render(images.target, 0, FloatWarp::Unwritten::Stays, instructions); });
 }
 
 #define WARP(name, ...) BENCHMARK_CAPTURE(BM_Warp, name, __VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
-#define WARP_BEST(name, kind, switches, frame)                                                                         \
-    WARP(name, kind, switches, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
+#define WARP_BEST(name, kind, corrections, frame)                                                                      \
+    WARP(name, kind, corrections, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
 WARP_BEST(Vignette, kPerspective, kVignette, Landscape);
 WARP_BEST(DistortionVignette, kPerspective, kDistortion, Landscape);
 WARP_BEST(RedBlueVignette, kPerspective, kColors, Landscape);

@@ -50,11 +50,6 @@ QString CorrectedFileName(const QString &fileName)
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
 }
 
-FloatWarp::Switches SwitchesOf(const KVitreluxOne2One::Params &params)
-{
-    return {params.disto, params.ca, params.falloff};
-}
-
 /// A profile describes a landscape frame. Upright and square pictures are corrected as if they were turned into it and
 /// back; what no model writes is black there, as after a turn into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
@@ -67,11 +62,11 @@ FloatWarp::Frame FrameOf(const KImage &image)
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp the picture stays as it is.
-    CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, FloatWarp::Switches switches)
+    CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, Corrections corrections)
         : m_frame(FrameOf(source)), m_height(source.height()), m_source(source)
     {
         if (lcp)
-            m_warp.emplace(*lcp, switches, m_frame, source);
+            m_warp.emplace(*lcp, corrections, m_frame, source);
     }
 
     void Fill(KImage &rows, int firstRow)
@@ -120,7 +115,7 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
             params.lcpFilename = profiles.first();
         return std::nullopt;
     }
-    if (!params.disto && !params.ca && !params.falloff)
+    if (!params.Chosen().Any())
         return std::nullopt;
     bool ok = true; // not looked at: a profile that can't be read has no models, and nothing is corrected
     newLCP lcp(params.lcpFilename, ok);
@@ -142,7 +137,7 @@ void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *paramet
     }
     if (!FloatWarp::Serves(*item.second))
         throw KException(QStringLiteral("Invalid Parameter"), KPlace());
-    FloatWarp(*lcp, SwitchesOf(params), FloatWarp::Frame::Turned, source)
+    FloatWarp(*lcp, params.Chosen(), FloatWarp::Frame::Turned, source)
         .Render(*item.second, 0, FloatWarp::Unwritten::Cleared);
 }
 
@@ -163,7 +158,7 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         image.Convert(source, image.type(), image.bitsPerComponent());
         lcp = ProfileOf(def, params);
     }
-    CorrectedBands bands(lcp, source, SwitchesOf(params));
+    CorrectedBands bands(lcp, source, params.Chosen());
     const int depth = def->nDepth();
     const bool isFloat = depth > 16; // without alpha then
     const KImage::RowsToWrite rows = {source.width(), source.height(),

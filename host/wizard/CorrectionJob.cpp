@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What stands against correcting pictures, for the user. Profiles are read once.
+/// What stands against correcting pictures, for the user. One object reads each profile once.
 class Objections {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
@@ -39,6 +39,13 @@ public:
         if (parameters.profile.isEmpty())
             return QString(); // not known yet
         return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
+    }
+
+    /// The note after the name of a profile that was found, not chosen: the user has not seen it before.
+    static QString WithProfile(const QString &note, const PictureParameters &parameters)
+    {
+        const QString profile = tr("profile \"%1\"").arg(parameters.profile);
+        return note.isEmpty() ? profile : profile + QLatin1String("; ") + note;
     }
 
 private:
@@ -122,7 +129,7 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     }
 }
 
-/// @return what the user should know of the result. Throws what is to be told of a failure.
+/// Returns what the user should know of the result. Throws the reason of a failure.
 QString CorrectionJob::Correct(const JobPicture &picture) const
 {
     PictureParameters parameters = picture.parameters;
@@ -136,7 +143,8 @@ QString CorrectionJob::Correct(const JobPicture &picture) const
         const QString objection = objections.ToProfile(parameters);
         if (!objection.isEmpty())
             throw KException(objection, KPlace());
-        note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
+        note = Objections::WithProfile(objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters),
+                                       parameters);
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
     RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);

@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QPair>
 #include <QPointer>
+#include <QSize>
 
 #include <optional>
 
@@ -16,6 +17,7 @@ class KIImageDef;
 class KImage;
 class UIVitreluxPage;
 class newLCP;
+struct FitResult;
 
 /// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
 /// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
@@ -23,8 +25,8 @@ class newLCP;
 /// The dynamic property "Correction" with the value "fitted" makes records that are allocated from then on fitted ones;
 /// a record keeps its mode for life. Without it nothing of FittedRecord is read, asked for, written or stored.
 ///
-/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Lookup.cpp the
-/// search for a profile.
+/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Fitted.cpp
+/// that of fitted records, _Lookup.cpp the search for a profile.
 class KVitreluxOne2One : public QObject, public KIPluginOne2One {
     Q_OBJECT
     Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
@@ -95,6 +97,10 @@ public:
     static QIcon ProcessIcon();
 
 private:
+    QStringList ProfileFolders() const;
+    FitResult FitTo(const QString &fileName, const QSize &pixels, Params &params);
+    void ProcessFitted(const QString &fileName, KIImageDef *def, Params &params, const QString &outputFileName);
+    void ProcessFitted(KIImageDef *def, KImage &image, Params &params);
     std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);
 
     QMap<KIImageDef *, void *> m_params; // the record of each image of the job

@@ -6,6 +6,7 @@
 #include "HostApplication_p.h"
 #include "KIImageDef.h"
 #include "KImage.h"
+#include "SourcePixels_p.h"
 #include "newLCP.h"
 
 #include <QDir>
@@ -16,33 +17,6 @@
 namespace {
 
 constexpr int kInterpolated = 1; // mode of newLCP::Render
-
-/// Borrows an image's full-size pixels for a scope, so that an exception gives them back too.
-class FullSizeLock {
-public:
-    explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
-    ~FullSizeLock()
-    {
-        if (m_image)
-            m_def->UnlockFullSize(/*nativeDepth=*/true);
-    }
-    FullSizeLock(const FullSizeLock &) = delete;
-    FullSizeLock &operator=(const FullSizeLock &) = delete;
-
-    /// Null if the host lends nothing.
-    const KImage *Image() const { return m_image; }
-
-private:
-    KIImageDef *m_def;
-    KImage *m_image;
-};
-
-[[noreturn]] void ThrowNotLoaded(const QString &fileName)
-{
-    throw KException(QCoreApplication::translate("QCoreApplication", "File \"%1\" cannot be loaded")
-                         .arg(QFileInfo(fileName).absoluteFilePath()),
-                     KPlace());
-}
 
 QString CorrectedFileName(const QString &fileName)
 {
@@ -126,6 +100,8 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
 void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *parameters)
 {
     auto &params = *static_cast<Params *>(parameters);
+    if (params.fitted)
+        return ProcessFitted(item.first, *item.second, params);
     std::optional<newLCP> lcp = ProfileOf(item.first, params);
     if (!lcp)
         return;
@@ -148,6 +124,8 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
     if (!def)
         ThrowNotLoaded(fileName);
     auto &params = *static_cast<Params *>(parameters);
+    if (params.fitted)
+        return ProcessFitted(fileName, def, params, outputFileName);
     KImage source;
     std::optional<newLCP> lcp;
     {

@@ -2,6 +2,7 @@
 // bends and darkens as a wide-angle zoom does.
 #include "CopyRatio.h"
 
+#include "FittedWarp.h"
 #include "FloatWarp.h"
 #include "InterpolatorKim.h"
 #include "KImage.h"
@@ -62,25 +63,25 @@ struct ImagePair {
     KImage source, target;
 };
 
-constexpr FloatWarp::Switches kVignette = {false, false, true}, kDistortion = {true, false, true},
-                              kColors = {false, true, true}, kAll = {true, true, true};
+constexpr Corrections kVignette = {false, false, true}, kDistortion = {true, false, true},
+                      kColors = {false, true, true}, kAll = {true, true, true};
 constexpr int kPerspective = 0, kFisheye = 1;
 
-void BM_Warp(benchmark::State &state, int modelKind, FloatWarp::Switches switches, FloatWarp::Frame frame,
+void BM_Warp(benchmark::State &state, int modelKind, Corrections corrections, FloatWarp::Frame frame,
              FloatWarp::Instructions instructions)
 {
     if (instructions > FloatWarp::BestInstructions())
         return state.SkipWithError("not on this processor");
     const newLCP lcp = Profile(modelKind);
     ImagePair images(frame);
-    const FloatWarp warp(lcp, switches, frame, images.source);
+    const FloatWarp warp(lcp, corrections, frame, images.source);
     MeasureAgainstCopy(state, kPixels, images.block,
                        [&] { warp.Render(images.target, 0, FloatWarp::Unwritten::Stays, instructions); });
 }
 
 #define WARP(name, ...) BENCHMARK_CAPTURE(BM_Warp, name, __VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
-#define WARP_BEST(name, kind, switches, frame)                                                                         \
-    WARP(name, kind, switches, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
+#define WARP_BEST(name, kind, corrections, frame)                                                                      \
+    WARP(name, kind, corrections, FloatWarp::Frame::frame, FloatWarp::BestInstructions())
 WARP_BEST(Vignette, kPerspective, kVignette, Landscape);
 WARP_BEST(DistortionVignette, kPerspective, kDistortion, Landscape);
 WARP_BEST(RedBlueVignette, kPerspective, kColors, Landscape);
@@ -94,6 +95,75 @@ WARP(All_Avx2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instr
 WARP(All_Avx512, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Avx512);
 #undef WARP_BEST
 #undef WARP
+
+// --- Fitted ---
+
+RadialMap Map(double centerX, double centerY, double scale, double k1, double k2, double k3)
+{
+    constexpr double kFocalPixels = 4100.0;
+    constexpr int kNodes = 513;
+    RadialMap map;
+    map.centerX = centerX;
+    map.centerY = centerY;
+    const double step = 3700.0 * 3700.0 / (kNodes - 1);
+    std::vector<double> nodes;
+    for (int i = 0; i < kNodes; ++i) {
+        const double u = step * i / (kFocalPixels * kFocalPixels);
+        nodes.push_back(scale * (1.0 + u * (k1 + u * (k2 + u * k3))));
+    }
+    map.factor = RadialCurve(step, nodes);
+    return map;
+}
+
+/// The same lens as Profile's.
+Correction FittedLens(FloatWarp::Switches switches)
+{
+    Correction correction;
+    correction.width = kLongSide;
+    correction.height = kShortSide;
+    if (switches.distortion)
+        correction.geometry = Map(3011, 1988, 1.0, -0.11, 0.08, -0.02);
+    if (switches.chromatic) {
+        correction.red = Map(3011, 1988, 1.0003, 0.0006, -0.0004, 0.0001);
+        correction.blue = Map(3011, 1988, 0.9996, 0.0006, -0.0004, 0.0001);
+    }
+    if (switches.falloff)
+        correction.light = GainMap{3011, 1988, Map(0, 0, 1.0, 0.6, 0.11, 0.0).factor};
+    return correction;
+}
+
+void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, FloatWarp::Switches switches,
+               const TransferCurve &light, FloatWarp::Instructions instructions)
+{
+    if (instructions > FloatWarp::BestInstructions())
+        return state.SkipWithError("not on this processor");
+    ImagePair images(FloatWarp::Frame::Landscape);
+    const FittedWarp warp(FittedLens(switches), sampling, light, {});
+    bool complete = true;
+    MeasureAgainstCopy(state, kPixels, images.block, [&] {
+        constexpr int kStrip = 64;
+        for (int y = 0; y < kShortSide; y += kStrip) {
+            KImage strip(kLongSide, std::min(kStrip, kShortSide - y), GFL_RGBA, 32, /*clear=*/false,
+                         images.target.getData(0, y), static_cast<int>(images.target.bytesPerLine()));
+            complete &= warp.Render(images.source, 0, strip, y, instructions);
+        }
+    });
+    if (!complete)
+        state.SkipWithError("rows missing");
+}
+
+#define FITTED(name, sampling, switches, light)                                                                        \
+    BENCHMARK_CAPTURE(BM_Fitted, name##_Sse2, FittedWarp::Sampling::sampling, switches, light,                         \
+                      FloatWarp::Instructions::Sse2)                                                                   \
+        ->UseManualTime()                                                                                              \
+        ->Unit(benchmark::kMillisecond);                                                                               \
+    BENCHMARK_CAPTURE(BM_Fitted, name##_Avx2, FittedWarp::Sampling::sampling, switches, light,                         \
+                      FloatWarp::Instructions::Avx2)                                                                   \
+        ->UseManualTime()                                                                                              \
+        ->Unit(benchmark::kMillisecond)
+FITTED(Bilinear, Bilinear, kDistortion, TransferCurve::Linear());
+FITTED(BilinearAll, Bilinear, kAll, TransferCurve::Linear());
+#undef FITTED
 
 /// The definition, for scale.
 void BM_WarpPlainly(benchmark::State &state)

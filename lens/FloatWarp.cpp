@@ -39,16 +39,16 @@ constexpr void (*kRows[])(const FloatWarp::Band &) = {Baseline::Rows, Avx2::Rows
 constexpr void (*kRows[])(const FloatWarp::Band &) = {Baseline::Rows};
 #endif
 
-FloatWarp::Path PathOf(const newLCP &lcp, FloatWarp::Switches switches)
+FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
 {
     using Path = FloatWarp::Path;
-    if (switches.chromatic) {
-        const Path path = switches.distortion ? Path::ThreeWarps : Path::RedAndBlue;
+    if (corrections.chromatic) {
+        const Path path = corrections.distortion ? Path::ThreeWarps : Path::RedAndBlue;
         return lcp.greenModel.found ? path : Path::Nothing;
     }
-    if (switches.distortion)
+    if (corrections.distortion)
         return lcp.distortionModel.found ? Path::OneWarp : Path::Nothing;
-    return switches.falloff && lcp.vignetteModel.found ? Path::GainOnly : Path::Nothing;
+    return corrections.vignetting && lcp.vignetteModel.found ? Path::GainOnly : Path::Nothing;
 }
 
 /// One side of the picture that the models see: @p length pixels, of which those from @p first to before @p end are in
@@ -145,13 +145,13 @@ FloatWarp::Instructions FloatWarp::BestInstructions()
 #endif
 }
 
-FloatWarp::FloatWarp(const newLCP &lcp, Switches switches, Frame frame, const KImage &source)
-    : m_main(switches.chromatic ? lcp.greenModel : lcp.distortionModel, lcp.modelKind != 0, lcp.scale),
+FloatWarp::FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source)
+    : m_main(corrections.chromatic ? lcp.greenModel : lcp.distortionModel, lcp.modelKind != 0, lcp.scale),
       m_red(lcp.redGreenModel, /*fisheye=*/false, lcp.scale),
       m_blue(lcp.blueGreenModel, /*fisheye=*/false, lcp.scale),
-      m_vignette(lcp.vignetteModel, switches.falloff && lcp.vignetteModel.found, lcp.scale,
+      m_vignette(lcp.vignetteModel, corrections.vignetting && lcp.vignetteModel.found, lcp.scale,
                  std::max(source.width(), source.height())),
-      m_path(PathOf(lcp, switches)),
+      m_path(PathOf(lcp, corrections)),
       m_frame(frame),
       m_source(source)
 {

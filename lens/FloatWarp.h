@@ -1,6 +1,8 @@
 // The bilinear warp of float RGBA pictures, which is what every real run uses: fast, and in bands of rows.
 #pragma once
 
+#include "Corrections.h"
+
 #include <cstdint>
 
 class KImage;
@@ -24,19 +26,13 @@ public:
     /// code elsewhere.
     enum class Instructions { Baseline, Avx2, Avx512 };
 
-    struct Switches {
-        bool distortion;
-        bool chromatic;
-        bool falloff;
-    };
-
     /// Whether an image can be source or target: float RGBA, rows as long as their pixels.
     static bool Serves(const KImage &image);
     /// The best that this processor has.
     static Instructions BestInstructions();
 
     /// @p source is served; for RenderFrom alone it may be of any form, since only its size counts.
-    FloatWarp(const newLCP &lcp, Switches switches, Frame frame, const KImage &source);
+    FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source);
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///

@@ -4,8 +4,8 @@
 #include <vector>
 
 /// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius (which needs
-/// no root per pixel and is what lens models are smooth in). Between the nodes it is interpolated; beyond the last one
-/// it keeps that one's value.
+/// no root per pixel and is what lens models are smooth in). Between the nodes it is the cubic through the four
+/// nearest, or a line where there are only two or three; beyond the last one it keeps that one's value.
 ///
 /// A value: copies are independent. Any thread may call the const functions of one object at the same time.
 class RadialCurve {

@@ -1,6 +1,7 @@
 // newLCP::Render: which InterpolatorKim serves two images.
 #include "newLCP.h"
 
+#include "Corrections.h"
 #include "InterpolatorKim.h"
 #include "KImage.h"
 
@@ -11,7 +12,7 @@ struct RenderJob {
     newLCP *lcp;
     KImage *source;
     KImage *destination;
-    bool distortion, chromatic, falloff;
+    Corrections corrections;
     bool bilinear;
     float inScale;
 };
@@ -25,9 +26,9 @@ template <typename S, typename D> bool Run(const RenderJob &job, float outScale)
     run.order = job.bilinear ? 2 : 0;
     run.source = job.source;
     run.lcp = job.lcp;
-    run.distortion = job.distortion;
-    run.chromatic = job.chromatic;
-    run.falloff = job.falloff;
+    run.distortion = job.corrections.distortion;
+    run.chromatic = job.corrections.chromatic;
+    run.falloff = job.corrections.vignetting;
     run.destination = job.destination;
     run.inScale = job.inScale;
     run.outScale = outScale;
@@ -58,7 +59,7 @@ bool newLCP::Render(KImage &source, KImage &destination, bool distortion, bool c
 {
     if (!source.m_bitmap || !destination.m_bitmap)
         return false;
-    RenderJob job{this, &source, &destination, distortion, chromatic, falloff, mode != 0, 1.0F};
+    RenderJob job{this, &source, &destination, {distortion, chromatic, falloff}, mode != 0, 1.0F};
     const int bits = source.bitsPerComponent();
     if (bits == 8) {
         job.inScale = 1.0F / 255.0F;

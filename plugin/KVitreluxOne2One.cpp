@@ -55,6 +55,21 @@ void ReadElement(const QDomElement &element, KVitreluxOne2One::Params *params)
     params->lcpFilename = element.attribute(kLcpFilename, QString());
 }
 
+bool IsFitted(const QObject &process)
+{
+    return process.property("Correction").toString() == QLatin1String("fitted");
+}
+
+/// The options that a new fitted record begins with.
+FitOptions InitialOptions(KIApplication *host, const QString &uid, const QDomElement &element)
+{
+    if (!element.isNull())
+        return fitted::Read(fitted::Options::All, [&](const QString &name) { return element.attribute(name); });
+    return fitted::Read(fitted::Options::Lasting, [&](const QString &key) {
+        return host ? host->GetPluginSetting(uid, key, QString()).toString() : QString();
+    });
+}
+
 } // namespace
 
 KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_defaults(nullptr)
@@ -136,6 +151,10 @@ void KVitreluxOne2One::OnValidatePage()
         for (const Flag &flag : kFlags)
             host->SetPluginSetting(UID(), flag.key, m_defaults->*flag.field);
         host->SetPluginSetting(UID(), kLcpFilename, m_defaults->lcpFilename);
+        if (m_defaults->fitted) {
+            fitted::Write(fitted::Options::Lasting, m_defaults->fitted->options,
+                          [&](const QString &key, const QString &text) { host->SetPluginSetting(UID(), key, text); });
+        }
     }
     if (m_page)
         host->SetPluginSetting(UID(), kLensPath, m_lensPath);
@@ -144,10 +163,13 @@ void KVitreluxOne2One::OnValidatePage()
 void *KVitreluxOne2One::AllocParameters(QDomElement element)
 {
     auto *params = new Params;
-    if (KIApplication *host = HostApplication())
+    KIApplication *host = HostApplication();
+    if (host)
         ReadSettings(*host, UID(), params);
     if (!element.isNull())
         ReadElement(element, params);
+    if (IsFitted(*this))
+        params->fitted = FittedRecord{InitialOptions(host, UID(), element), std::nullopt};
     return params;
 }
 
@@ -160,12 +182,25 @@ QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
     for (const Flag &flag : kFlags)
         element.setAttribute(flag.key, params->*flag.field ? 1 : 0);
     element.setAttribute(kLcpFilename, params->lcpFilename);
+    if (params->fitted) {
+        fitted::Write(fitted::Options::All, params->fitted->options,
+                      [&](const QString &name, const QString &text) { element.setAttribute(name, text); });
+        if (params->fitted->report)
+            fitted::Write(*params->fitted->report, &element);
+    }
     return element;
 }
 
 void KVitreluxOne2One::CopyParameters(void *destination, void *source)
 {
-    *static_cast<Params *>(destination) = *static_cast<const Params *>(source);
+    auto &to = *static_cast<Params *>(destination);
+    const auto &from = *static_cast<const Params *>(source);
+    for (const Flag &flag : kFlags)
+        to.*flag.field = from.*flag.field;
+    to.scale = from.scale;
+    to.lcpFilename = from.lcpFilename;
+    if (to.fitted && from.fitted)
+        fitted::CopyLasting(&*to.fitted, *from.fitted);
 }
 
 void KVitreluxOne2One::FreeParameters(void *parameters)
@@ -175,6 +210,9 @@ void KVitreluxOne2One::FreeParameters(void *parameters)
 
 void KVitreluxOne2One::SaveDefaultSettings(void *parameters)
 {
+    // The defaults are made before a host can choose the mode: they take it over with the first fitted record.
+    if (static_cast<const Params *>(parameters)->fitted && !m_defaults->fitted)
+        m_defaults->fitted.emplace();
     CopyParameters(m_defaults, parameters);
 }
 

@@ -1,12 +1,15 @@
 // The process that the plug-in offers: one image in, one lens-corrected image out.
 #pragma once
 
+#include "Corrections.h"
+#include "FittedRecord.h"
 #include "KIPluginOne2One.h"
 
 #include <QMap>
 #include <QObject>
 #include <QPair>
 #include <QPointer>
+#include <QSize>
 
 #include <optional>
 
@@ -14,12 +17,16 @@ class KIImageDef;
 class KImage;
 class UIVitreluxPage;
 class newLCP;
+struct FitResult;
 
 /// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
 /// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
 ///
-/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Lookup.cpp the
-/// search for a profile.
+/// The dynamic property "Correction" with the value "fitted" makes records that are allocated from then on fitted ones;
+/// a record keeps its mode for life. Without it nothing of FittedRecord is read, asked for, written or stored.
+///
+/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Fitted.cpp
+/// that of fitted records, _Lookup.cpp the search for a profile.
 class KVitreluxOne2One : public QObject, public KIPluginOne2One {
     Q_OBJECT
     Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
@@ -30,7 +37,11 @@ public:
         bool ca = false;      // correct chromatic aberration
         bool falloff = false; // correct vignetting
         float scale = 1.0f;   // working image to full image; only a preview sets another value, and it is never stored
-        QString lcpFilename;  // whole path of the profile; empty: not yet looked up
+        QString lcpFilename;  // whole path of the profile; empty: not yet looked up, if fitted: found automatically
+
+        std::optional<FittedRecord> fitted; // none: a plain record, of which all of the above is the whole
+
+        Corrections Chosen() const { return {disto, ca, falloff}; }
     };
 
     Q_INVOKABLE explicit KVitreluxOne2One(QObject *parent = nullptr);
@@ -51,9 +62,10 @@ public:
     /// Stores the defaults, and with a page the profile folder too.
     void OnValidatePage() override;
     /// The stored settings for a null element. An element overrides all four fields: an attribute that is missing
-    /// clears what the settings gave.
+    /// clears what the settings gave. Fitted, it states the options too, and without it the stored lasting ones count.
     void *AllocParameters(QDomElement element) override;
     QDomElement GetXmlParameters(void *parameters) override;
+    /// All but mode, typed facts, "Again" and report, which each record keeps for itself.
     void CopyParameters(void *destination, void *source) override;
     void FreeParameters(void *parameters) override;
     QIcon BeforeAfter() const override;
@@ -85,6 +97,10 @@ public:
     static QIcon ProcessIcon();
 
 private:
+    QStringList ProfileFolders() const;
+    FitResult FitTo(const QString &fileName, const QSize &pixels, Params &params);
+    void ProcessFitted(const QString &fileName, KIImageDef *def, Params &params, const QString &outputFileName);
+    void ProcessFitted(KIImageDef *def, KImage &image, Params &params);
     std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);
 
     QMap<KIImageDef *, void *> m_params; // the record of each image of the job

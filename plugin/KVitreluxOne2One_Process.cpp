@@ -6,6 +6,7 @@
 #include "HostApplication_p.h"
 #include "KIImageDef.h"
 #include "KImage.h"
+#include "SourcePixels_p.h"
 #include "newLCP.h"
 
 #include <QDir>
@@ -17,42 +18,10 @@ namespace {
 
 constexpr int kInterpolated = 1; // mode of newLCP::Render
 
-/// Borrows an image's full-size pixels for a scope, so that an exception gives them back too.
-class FullSizeLock {
-public:
-    explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
-    ~FullSizeLock()
-    {
-        if (m_image)
-            m_def->UnlockFullSize(/*nativeDepth=*/true);
-    }
-    FullSizeLock(const FullSizeLock &) = delete;
-    FullSizeLock &operator=(const FullSizeLock &) = delete;
-
-    /// Null if the host lends nothing.
-    const KImage *Image() const { return m_image; }
-
-private:
-    KIImageDef *m_def;
-    KImage *m_image;
-};
-
-[[noreturn]] void ThrowNotLoaded(const QString &fileName)
-{
-    throw KException(QCoreApplication::translate("QCoreApplication", "File \"%1\" cannot be loaded")
-                         .arg(QFileInfo(fileName).absoluteFilePath()),
-                     KPlace());
-}
-
 QString CorrectedFileName(const QString &fileName)
 {
     const QFileInfo info(fileName);
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
-}
-
-FloatWarp::Switches SwitchesOf(const KVitreluxOne2One::Params &params)
-{
-    return {params.disto, params.ca, params.falloff};
 }
 
 /// A profile describes a landscape frame. Upright and square pictures are corrected as if they were turned into it and
@@ -67,11 +36,11 @@ FloatWarp::Frame FrameOf(const KImage &image)
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp the picture stays as it is.
-    CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, FloatWarp::Switches switches)
+    CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, Corrections corrections)
         : m_frame(FrameOf(source)), m_height(source.height()), m_source(source)
     {
         if (lcp)
-            m_warp.emplace(*lcp, switches, m_frame, source);
+            m_warp.emplace(*lcp, corrections, m_frame, source);
     }
 
     void Fill(KImage &rows, int firstRow)
@@ -120,7 +89,7 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
             params.lcpFilename = profiles.first();
         return std::nullopt;
     }
-    if (!params.disto && !params.ca && !params.falloff)
+    if (!params.Chosen().Any())
         return std::nullopt;
     bool ok = true; // not looked at: a profile that can't be read has no models, and nothing is corrected
     newLCP lcp(params.lcpFilename, ok);
@@ -131,6 +100,8 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
 void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *parameters)
 {
     auto &params = *static_cast<Params *>(parameters);
+    if (params.fitted)
+        return ProcessFitted(item.first, *item.second, params);
     std::optional<newLCP> lcp = ProfileOf(item.first, params);
     if (!lcp)
         return;
@@ -142,7 +113,7 @@ void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *paramet
     }
     if (!FloatWarp::Serves(*item.second))
         throw KException(QStringLiteral("Invalid Parameter"), KPlace());
-    FloatWarp(*lcp, SwitchesOf(params), FloatWarp::Frame::Turned, source)
+    FloatWarp(*lcp, params.Chosen(), FloatWarp::Frame::Turned, source)
         .Render(*item.second, 0, FloatWarp::Unwritten::Cleared);
 }
 
@@ -153,6 +124,8 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
     if (!def)
         ThrowNotLoaded(fileName);
     auto &params = *static_cast<Params *>(parameters);
+    if (params.fitted)
+        return ProcessFitted(fileName, def, params, outputFileName);
     KImage source;
     std::optional<newLCP> lcp;
     {
@@ -163,7 +136,7 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         image.Convert(source, image.type(), image.bitsPerComponent());
         lcp = ProfileOf(def, params);
     }
-    CorrectedBands bands(lcp, source, SwitchesOf(params));
+    CorrectedBands bands(lcp, source, params.Chosen());
     const int depth = def->nDepth();
     const bool isFloat = depth > 16; // without alpha then
     const KImage::RowsToWrite rows = {source.width(), source.height(),

@@ -1,6 +1,7 @@
 // A lens profile with every entry as it stands in the file, whatever the spelling.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -10,7 +11,7 @@
 /// One polynomial model of an entry, in the file's units: focal length as a share of the frame's long side, center as
 /// shares of width and height. What the file leaves out and inherits is filled in.
 struct ProfileModel {
-    double focalLengthX = 0.0;
+    double focalLengthX = 0.0; // 0: not given, and the entry has no frame to tell it from focalMm
     double centerX = 0.5, centerY = 0.5;
     double scaleFactor = 1.0;
     QVector<double> coefficients; // radial, fisheye or vignette terms in the order of their numbers, at most three
@@ -51,12 +52,16 @@ struct ProfileNote {
 
 struct LensProfile {
     QString path;
-    QVector<ProfileEntry> entries; // in the order of the file
+    QVector<ProfileEntry> entries; // in the order of the file, those without a usable model too
     QVector<ProfileNote> notes;
 };
 
-/// Reads a profile of any spelling: elements or attributes, any prefix, any order (see docs/decisions.md).
+/// Reads a profile of any spelling: elements or attributes, any prefix, any order (see docs/fitting.md).
 ///
-/// @param error  filled if nothing is usable: what was read, expected and found.
+/// Models that can't be used are left out, with an unusable note. The limits of XmlLimits.h hold.
+///
+/// @param error  filled if nothing is usable: what was read, expected and found. Null if not wanted.
 /// @return no entries then.
 LensProfile ReadLensProfile(const QString &path, QString *error);
+/// The same of bytes at hand. @p path is only kept.
+LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QString *error);

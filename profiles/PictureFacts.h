@@ -38,3 +38,9 @@ struct PictureFacts {
     /// What was corrected before, of rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
 };
+
+/// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. No pixels.
+/// The image-file layer must have been started. Metadata that can't be read leave facts unknown.
+///
+/// @param error  filled, and the size left empty, if the file is no picture. Null if not wanted.
+PictureFacts ReadPictureFacts(const QString &path, QString *error);

@@ -45,8 +45,8 @@ void ComputePreview::Render()
         m_workParams = m_requestParams;
         m_requestImage->Convert(m_workImage, GFL_RGBA, 32); // a copy, into the same memory as long as the size stays
     }
-    // A record without a profile corrects nothing; it would only be looked up, for nobody, beside the GUI thread.
-    if (!m_workParams.lcpFilename.isEmpty())
+    // A plain record without a profile corrects nothing; it would only be looked up, for nobody, beside the GUI thread.
+    if (m_workParams.fitted || !m_workParams.lcpFilename.isEmpty())
         m_process->Process(qMakePair(m_workImageDef, &m_workImage), &m_workParams);
 }
 

@@ -18,6 +18,7 @@ namespace {
 constexpr int kLongestSidePx = 1024;
 constexpr int kWaitFrames = 12;
 constexpr int kWaitFrameMs = 100;
+constexpr Corrections kAllCorrections = {true, true, true};
 
 struct ReducedSize {
     int width;
@@ -137,6 +138,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         m_sourcePixmap = FittedToFrame(m_sourceImage);
         updateLCPfilename();
     }
+    EnableBoxes(m_held.value(m_params->lcpFilename, kAllCorrections));
     computePreview();
 }
 
@@ -147,6 +149,7 @@ void UIVitreluxPreview::clearImage()
     for (QImage *image : {&m_sourceImage, &m_resultImage})
         *image = QImage();
     FitPictures();
+    EnableBoxes(kAllCorrections);
     ui->labelState->show();
     SetComplete(QVariant());
     update();
@@ -203,14 +206,14 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ui->lineEditLensFile->setText(fileName);
     bool ok = false; // also for a file that can't be opened
     const newLCP profile(fileName, ok);
-    ui->m_cbDistortion->setChecked(false);
-    ui->m_cbDistortion->setEnabled(ok);
-    for (const auto &[box, found] : {std::make_pair(ui->m_cbCA, ok && profile.greenModel.found),
-                                     std::make_pair(ui->m_cbVignetting, ok && profile.vignetteModel.found)}) {
-        if (!found)
-            box->setChecked(false); // which clears the record's flag
-        box->setEnabled(found);
-    }
+    const Corrections held = {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
+    m_held.insert(fileName, held);
+    ui->m_cbDistortion->setChecked(false); // by each choice; unchecking clears the record's flag
+    if (!held.chromatic)
+        ui->m_cbCA->setChecked(false);
+    if (!held.vignetting)
+        ui->m_cbVignetting->setChecked(false);
+    EnableBoxes(held);
     if (ok)
         computePreview();
     else
@@ -218,6 +221,15 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 }
 
 // --- Switches ---
+
+/// A checked box can always be unchecked, whatever the profile holds.
+void UIVitreluxPreview::EnableBoxes(const Corrections &held)
+{
+    for (const auto &[box, isHeld] :
+         {std::make_pair(ui->m_cbDistortion, held.distortion), std::make_pair(ui->m_cbCA, held.chromatic),
+          std::make_pair(ui->m_cbVignetting, held.vignetting)})
+        box->setEnabled(isHeld || box->isChecked());
+}
 
 void UIVitreluxPreview::SetFlag(bool Params::*flag, int state)
 {

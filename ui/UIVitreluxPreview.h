@@ -2,7 +2,9 @@
 #pragma once
 
 #include "ComputePreview.h"
+#include "Corrections.h"
 
+#include <QHash>
 #include <QImage>
 #include <QPixmap>
 #include <QWidget>
@@ -63,6 +65,7 @@ private:
     void ShowImage(KIImageDef *def, Params *params);
     void SetFlag(bool Params::*flag, int state);
     void UseProfile(const QString &fileName);
+    void EnableBoxes(const Corrections &held);
     void SetComplete(const QVariant &complete);
     void FitPictures();
     QPixmap FittedToFrame(const QImage &image) const;
@@ -75,6 +78,7 @@ private:
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;
+    QHash<QString, Corrections> m_held; // by profiles that were chosen here; those of others lock no box
     QImage m_sourceImage;
     QImage m_resultImage;
     QPixmap m_sourcePixmap; // fitted to the frame

@@ -16,6 +16,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -268,9 +269,9 @@ void HostApplication::LendInstead(const QString &fileName, KIImageDef *image)
         m_lentInstead.erase(fileName);
 }
 
-void HostApplication::AdaptPluginSettings(std::function<QVariant(const QString &, const QVariant &)> adapt)
+HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdapter adapt)
 {
-    m_adapt = std::move(adapt);
+    return std::exchange(m_adapt, std::move(adapt));
 }
 
 void HostApplication::Forget(const QString &fileName)

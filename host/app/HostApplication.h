@@ -63,8 +63,10 @@ public:
     void ForgetImages();
     /// Hands @p image out as the description of @p fileName (absolute) until null takes its place.
     void LendInstead(const QString &fileName, KIImageDef *image);
+    using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
     /// From now on what is stored, or the default, passes through @p adapt on its way to a plug-in; null ends this.
-    void AdaptPluginSettings(std::function<QVariant(const QString &key, const QVariant &value)> adapt);
+    /// Returns the adapter that was in its place.
+    SettingAdapter AdaptPluginSettings(SettingAdapter adapt);
     /// Frees what is known of the file and its pixels, with the disk copies of raw ones: for files that nobody asks for
     /// again. Not while it is in use. Any thread.
     void Forget(const QString &fileName);
@@ -93,7 +95,7 @@ private:
     QMutex m_mutex;                                // of the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_lentInstead; // not owned
-    std::function<QVariant(const QString &, const QVariant &)> m_adapt;
+    SettingAdapter m_adapt;
     bool m_makesThumbnails = false;
     bool m_speaksUsersLanguage = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;

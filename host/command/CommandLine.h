@@ -1,7 +1,7 @@
 // What the user asked for on the command line, as plain values.
 #pragma once
 
-#include "app/Corrections.h"
+#include "Corrections.h"
 #include "app/OutputPlan.h"
 
 #include <QString>

@@ -41,6 +41,13 @@ public:
         return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
     }
 
+    /// The note after the name of a profile that was found, not chosen: the user has not seen it before.
+    static QString WithProfile(const QString &note, const PictureParameters &parameters)
+    {
+        const QString profile = tr("profile \"%1\"").arg(parameters.profile);
+        return note.isEmpty() ? profile : profile + QLatin1String("; ") + note;
+    }
+
 private:
     const ProfileUse &UseOf(const QString &profile)
     {
@@ -135,7 +142,8 @@ PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) 
         const QString objection = objections.ToProfile(parameters);
         if (!objection.isEmpty())
             throw KException(objection, KPlace());
-        *note = objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters);
+        *note = Objections::WithProfile(objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters),
+                                        parameters);
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
     const RunResult result = RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);

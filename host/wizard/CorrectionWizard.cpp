@@ -1,5 +1,6 @@
 #include "CorrectionWizard.h"
 
+#include "AnnounceFiles.h"
 #include "PicturesPage.h"
 #include "RunPage.h"
 #include "app/HostApplication.h"
@@ -89,7 +90,7 @@ void CorrectionWizard::initializePage(int id)
     QWizard::initializePage(id);
     const QStringList files = m_pictures->Files();
     if (id != kPicturesPage && files != m_announced) { // new records would lose what was chosen for the same files
-        m_process->SetFiles(Readable(files));
+        AnnounceFiles(m_application, m_process, Readable(m_announced), Readable(files));
         m_announced = files;
     }
     if (id == kRunPage) {

@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>Kein Objektivprofil ist gewählt, und für dieses Bild wurde keines gefunden</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>Profil „%1“</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>No se ha elegido ningún perfil de objetivo ni se ha encontrado uno para esta imagen</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>perfil «%1»</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>Aucun profil d&apos;objectif n&apos;est choisi, et aucun n&apos;a été trouvé pour cette image</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profil « %1 »</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>Nessun profilo obiettivo è stato scelto e non ne è stato trovato uno per questa immagine</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profilo &quot;%1&quot;</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

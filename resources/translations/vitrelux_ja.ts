@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>レンズプロファイルが選択されておらず、この画像に合うものも見つかりません</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>プロファイル &quot;%1&quot;</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

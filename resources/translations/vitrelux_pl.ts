@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>Nie wybrano profilu obiektywu i nie znaleziono żadnego dla tego obrazu</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profil „%1”</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

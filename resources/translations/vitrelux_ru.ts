@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>Профиль объектива не выбран, и для этого снимка он не найден</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>профиль «%1»</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>未选择镜头配置文件，也未找到适合此图片的配置文件</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>配置文件“%1”</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

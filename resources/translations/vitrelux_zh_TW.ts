@@ -23,6 +23,10 @@
         <source>No lens profile is chosen, and none is found for this picture</source>
         <translation>未選取鏡頭描述檔，也找不到適合此圖片的描述檔</translation>
     </message>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>描述檔「%1」</translation>
+    </message>
 </context>
 <context>
     <name>CorrectionWizard</name>

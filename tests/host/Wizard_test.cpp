@@ -10,6 +10,8 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -108,7 +110,9 @@ private Q_SLOTS:
     void stopEndsBehindThePictureUnderWay_data();
     void stopEndsBehindThePictureUnderWay();
     void backKeepsWhatWasChosen();
+    void choicesStayWithTheirPictures();
     void realPluginCorrects();
+    void speaksTheUsersLanguage_data();
     void speaksTheUsersLanguage();
 
 private:
@@ -235,7 +239,7 @@ void tst_Wizard::runTellsWhatCameOfEach()
     QVERIFY(rows[2].contains("exists already"_s));
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
-    QCOMPARE(rows[5], "open.jpg|Corrected"_s);
+    QCOMPARE(rows[5], "open.jpg|Corrected: profile \"%1\""_s.arg(m_process->profile)); // no page has shown it
     QCOMPARE(ReadFile(Path("open_corrected.tiff")), m_process->profile.toUtf8());
     QVERIFY(rows[6].contains("No lens profile"_s));
     QVERIFY(rows[7].startsWith("text.jpg|Failed: "_s));
@@ -257,11 +261,13 @@ void tst_Wizard::replacesWhereToldTo()
     m_process->page.reset(); // and a process without a page: from the pictures right to the run
     WriteFile(Path("there_corrected.tiff"), "old");
     WriteFile(m_process->profile, ProfileText(ProfileModels(), 600, 400));
-    Show("there.jpg"_s);
+    Show("there.jpg open.jpg"_s);
     Click("replace");
     Next();
     QTRY_VERIFY(Close());
     QVERIFY2(Rows("results")[0].contains("600x400"_s), qPrintable(Rows("results")[0]));
+    QVERIFY2(!Rows("results")[0].contains("p.lcp"_s), qPrintable(Rows("results")[0])); // the user chose it
+    QVERIFY2(Rows("results")[1].contains("p.lcp\"; has 60x40"_s), qPrintable(Rows("results")[1]));
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
@@ -319,6 +325,39 @@ void tst_Wizard::backKeepsWhatWasChosen()
     m_wizard->close();
 }
 
+void tst_Wizard::choicesStayWithTheirPictures()
+{
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+    QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
+    const auto choices = [&](const char *name) {
+        return ReadParameters(plugin.Process()->GetFileXmlParams(Path(name)));
+    };
+    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, false);
+    Show(plugin.Process(), "gone.jpg a.jpg"_s);
+    Next();
+    auto *list = Find<QComboBox>("comboBoxImageDef");
+    list->setCurrentText("a.jpg"_s);
+    Click("m_cbDistortion");
+    list->setCurrentText("gone.jpg"_s);
+    Click("m_cbCA");
+    QTRY_VERIFY(CanGoOn());
+    m_wizard->back();
+    auto *pictures = Find<QAbstractItemView>("pictures");
+    pictures->setCurrentIndex(pictures->model()->index(0, 0));
+    Click("remove");
+    WriteJpeg(Path("b.jpg"), 60, 40);
+    m_wizard->Add({Path("b.jpg")});
+    Next();
+    QVERIFY(choices("a.jpg").corrections.distortion);
+    QVERIFY(!choices("a.jpg").corrections.chromatic);
+    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture has the stored settings");
+    list->setCurrentText("a.jpg"_s);
+    QVERIFY(Find<QCheckBox>("m_cbDistortion")->isChecked());
+    QTRY_VERIFY(CanGoOn());
+    m_wizard->close();
+    m_wizard.reset(); // ahead of the plug-in
+}
+
 void tst_Wizard::realPluginCorrects()
 {
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
@@ -335,32 +374,46 @@ void tst_Wizard::realPluginCorrects()
     m_wizard.reset(); // ahead of the plug-in
 }
 
+void tst_Wizard::speaksTheUsersLanguage_data()
+{
+    QTest::addColumn<QString>("ofPlugin"); // what its description contains
+    QTest::addColumn<QString>("ofWindow"); // and the window's title
+    const auto row = [](const char *locale, const char *ofPlugin, const char *ofWindow) {
+        QTest::newRow(locale) << QString::fromUtf8(ofPlugin) << QString::fromUtf8(ofWindow);
+    };
+    row("fi_FI", "This plugin reuse", "lens correction"); // first: translators stay
+    row("zh_TW", "描述檔", "鏡頭校正");
+    row("zh_CN", "配置文件", "镜头校正");
+    row("fr_FR", "profils", "correction d'objectif");
+    row("es_ES", "perfiles", "corrección");
+    row("pl_PL", "jego profili", "korekcja");
+    row("ru_RU", "профилям", "коррекция");
+    row("de_AT", "Verzeichnung", "korrektur");
+}
+
 void tst_Wizard::speaksTheUsersLanguage()
 {
-    const QString rows[][3] = {{"fi_FI"_s, "This plugin reuse"_s, "lens correction"_s}, // first: translators stay
-                               {"zh_TW"_s, "描述檔"_s, "鏡頭校正"_s},
-                               {"de_AT"_s, "Verzeichnung"_s, "korrektur"_s}};
-    for (const auto &[locale, ofPlugin, ofWindow] : rows) {
-        QLocale::setDefault(QLocale(locale));
-        m_host->TranslateWindows();
-        const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
-        QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
-        Show(plugin.Process(), QString());
-        QVERIFY2(m_wizard->windowTitle().contains(ofWindow), qPrintable(m_wizard->windowTitle()));
+    QFETCH(QString, ofPlugin);
+    QFETCH(QString, ofWindow);
+    QLocale::setDefault(QLocale(QString::fromLatin1(QTest::currentDataTag())));
+    m_host->TranslateWindows();
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+    QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
+    Show(plugin.Process(), QString());
+    QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
-        m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
-        m_wizard->Add({m_process->profile});
-        Next();
-        QApplication::processEvents();
-        const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
-        const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
-            return label->text() == m_wizard->currentPage()->subTitle();
-        });
-        QVERIFY(header != labels.end());
-        QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
-        m_wizard->close();
-        m_wizard.reset();
-    }
+    m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
+    m_wizard->Add({m_process->profile});
+    Next();
+    QApplication::processEvents();
+    const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
+    const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
+        return label->text() == m_wizard->currentPage()->subTitle();
+    });
+    QVERIFY(header != labels.end());
+    QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
+    m_wizard->close();
+    m_wizard.reset(); // ahead of the plug-in
 }
 
 int main(int argc, char **argv)

@@ -17,7 +17,7 @@ using Frame = FloatWarp::Frame;
 using Unwritten = FloatWarp::Unwritten;
 
 /// The plain engine on a landscape picture.
-void RunPlainly(newLCP &lcp, KImage &source, KImage &target, FloatWarp::Switches switches)
+void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections corrections)
 {
     using Engine = InterpolatorKim<float, float>;
     Engine run;
@@ -26,9 +26,9 @@ void RunPlainly(newLCP &lcp, KImage &source, KImage &target, FloatWarp::Switches
     run.source = &source;
     run.destination = &target;
     run.lcp = &lcp;
-    run.distortion = switches.distortion;
-    run.chromatic = switches.chromatic;
-    run.falloff = switches.falloff;
+    run.distortion = corrections.distortion;
+    run.chromatic = corrections.chromatic;
+    run.falloff = corrections.vignetting;
     run.inScale = run.outScale = 1.0F;
     run.width = source.width();
     run.height = source.height();
@@ -48,11 +48,11 @@ Pixels Turned(const Pixels &from)
 }
 
 /// What the plain engine makes of @p source, lying as @p frame says, upon @p before.
-Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, FloatWarp::Switches switches, Frame frame)
+Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Corrections corrections, Frame frame)
 {
     const bool turned = frame == Frame::Turned;
     GuardedImage from(turned ? Turned(source) : source, 0), to(turned ? Turned(before) : before, 0);
-    RunPlainly(lcp, from.image, to.image, switches);
+    RunPlainly(lcp, from.image, to.image, corrections);
     return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
 }
 
@@ -80,7 +80,7 @@ void tst_FloatWarp::isThePlainWarp()
         quint32 seed = 1;
         for (QSize size : sizes) {
             for (int round = 0; round < 96; ++round, ++seed) {
-                const FloatWarp::Switches switches{bool(round & 1), bool(round & 2), bool(round & 4)};
+                const Corrections corrections{bool(round & 1), bool(round & 2), bool(round & 4)};
                 const auto unwritten = Unwritten(round / 8 % 3);
                 newLCP lcp = StrongModels(size.width(), size.height(), round / 24 % 2, seed);
                 if (round / 48) { // gentle, so that most blocks are inside; and all numbers of coefficients
@@ -107,8 +107,8 @@ void tst_FloatWarp::isThePlainWarp()
                     before = unwritten == Unwritten::FromSource
                         ? source
                         : Pixels{before.width, before.height, 4, 32, QVector<float>(before.values.size())};
-                FloatWarp(lcp, switches, frame, from.image).Render(to.image, 0, unwritten, instructions);
-                const QString difference = FirstDifference(to.Read(), Wanted(lcp, source, before, switches, frame));
+                FloatWarp(lcp, corrections, frame, from.image).Render(to.image, 0, unwritten, instructions);
+                const QString difference = FirstDifference(to.Read(), Wanted(lcp, source, before, corrections, frame));
                 QVERIFY2(difference.isEmpty(),
                          qPrintable(QStringLiteral("instructions %1, round %2 of width %3: ")
                                         .arg(i / 2)
@@ -126,10 +126,10 @@ void tst_FloatWarp::bandsAreTheWhole()
     newLCP lcp = StrongModels(90, 30, 0, 5);
     const Pixels source = RandomPixels(90, 30, 4, 32, 5), before = RandomPixels(90, 30, 4, 32, 6);
     for (Frame frame : {Frame::Landscape, Frame::Turned}) {
-        for (FloatWarp::Switches switches :
-             {FloatWarp::Switches{true, true, true}, {false, true, true}, {false, false, true}, {false, true, false}}) {
+        for (Corrections corrections :
+             {Corrections{true, true, true}, {false, true, true}, {false, false, true}, {false, true, false}}) {
             GuardedImage from(source, 0), whole(before, 0), banded(before, 0);
-            const FloatWarp warp(lcp, switches, frame, from.image);
+            const FloatWarp warp(lcp, corrections, frame, from.image);
             warp.Render(whole.image, 0, Unwritten::FromSource);
             for (int y = 0; y < 30; y += 7) {
                 KImage band(90, qMin(7, 30 - y), GFL_RGBA, 32, /*clear=*/false, banded.image.getData(0, y),

@@ -2,7 +2,10 @@
 #include "FakeHost.h"
 #include "KIPluginLibrary.h"
 #include "KIPluginOne2One.h"
+#include "KUI.h"
 
+#include <QAbstractButton>
+#include <QFileDialog>
 #include <QJsonObject>
 #include <QMovie>
 #include <QPluginLoader>
@@ -34,10 +37,13 @@ private Q_SLOTS:
 private:
     QPluginLoader m_loader;
     QObject *m_object = nullptr;
+    bool m_usesSystemFileDialog = false; // all of the state that interface kernels share
+    KUIInstances m_interfaceKernel = {reinterpret_cast<KUIState *>(&m_usesSystemFileDialog)};
 };
 
 void tst_Library::initTestCase()
 {
+    Host().interfaceKernel = &m_interfaceKernel;
     m_loader.setFileName(QStringLiteral(VITRELUX_PLUGIN));
     m_object = m_loader.instance();
     QVERIFY2(m_object, qPrintable(m_loader.errorString()));
@@ -53,7 +59,8 @@ void tst_Library::whatTheLibraryTells()
     const QStringList told = {about->Name(), about->Author(), about->Company(), about->Comment(), about->Version()};
     QCOMPARE(told.join(QLatin1Char(';')), QStringLiteral("KVitrelux;Ilse Tarn;Brelt;Comment;3.0.0.400"));
     QCOMPARE(about->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-3FB4810CD762"));
-    QCOMPARE(Host().translators, QStringList(QStringLiteral("KVitrelux_de_DE.qm")));
+    QCOMPARE(Host().calls.join(QLatin1Char(' ')),
+             QStringLiteral("locale translator KVitrelux_de_DE.qm image kernel interface kernel"));
 }
 
 void tst_Library::eachCallAddsAProcess()
@@ -70,7 +77,19 @@ void tst_Library::eachCallAddsAProcess()
     QVERIFY(process);
     QCOMPARE(process->Name(), QStringLiteral("Lens correction"));
     QCOMPARE(process->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18"));
-    QVERIFY(process->WizardPage());
+    auto *lensPath = process->WizardPage()->findChild<QAbstractButton *>(QStringLiteral("toolButtonLensPath"));
+    QString options; // of the file dialog: Qt's own as long as the host's state says so
+    for (const bool system : {false, true}) {
+        m_usesSystemFileDialog = system;
+        QTimer::singleShot(0, this, [&options] {
+            auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            options += dialog->testOption(QFileDialog::DontUseNativeDialog) ? QLatin1String("Qt's ")
+                                                                            : QLatin1String("the system's");
+            dialog->reject();
+        });
+        lensPath->click();
+    }
+    QCOMPARE(options, QStringLiteral("Qt's the system's"));
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
     delete plugins[0].data(); // a host may: the library then lets go of it
 }
@@ -80,8 +99,9 @@ void tst_Library::pictures()
     const QString folder = QStringLiteral(":/6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18/Resources/");
     for (int i = 1; i <= 12; ++i) {
         const QImage frame(folder + QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0')));
-        QCOMPARE(frame.pixelColor(0, 0).alpha(), 0); // round: the picture below shows at its corners
-        QVERIFY(frame.size().width() >= 32);
+        const QByteArray name = "frame " + QByteArray::number(i);
+        QVERIFY2(frame.pixelColor(0, 0).alpha() == 0, name); // round: the picture below shows at its corners
+        QVERIFY2(frame.size().width() >= 32, name);
     }
     QMovie movie(folder + QStringLiteral("icon_wait.gif"));
     QCOMPARE(movie.frameCount(), 12);

@@ -4,8 +4,11 @@
 #include "FakeHost.h"
 #include "Files.h"
 #include "ImageDef.h"
+#include "KImage.h"
+#include "UIVitreluxPage.h"
 
 #include <QDir>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -19,7 +22,7 @@ private Q_SLOTS:
     void profile();
     void currentFolderWithoutBrand();
     void descriptionsThatTellNothing();
-    void recordIsFilledOnFirstRun();
+    void recordIsFilledByRunAndPage();
 
 private:
     void Touch(const QString &file) const;
@@ -30,6 +33,17 @@ private:
 };
 
 namespace {
+
+/// Lends a single pixel at any size.
+class LendingImage : public ImageDef {
+public:
+    LendingImage() : m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0) { m_rows = m_cols = 1; }
+    KImage *Lock(int, int, bool) override { return &m_pixel; }
+    void Unlock(int, int, bool) override { }
+
+private:
+    KImage m_pixel;
+};
 
 const QString kUntouched = QStringLiteral("untouched");
 
@@ -171,25 +185,35 @@ void tst_Lookup::descriptionsThatTellNothing()
     Picture(&bare, QStringLiteral("SONY"), QString(), QString())->m_hasExif = false;
     FakeImageDef foreign(QStringLiteral("/none.jpg"));
     QString message = kUntouched;
-    for (KIImageDef *image : {static_cast<KIImageDef *>(&bare), static_cast<KIImageDef *>(&foreign), {}})
-        QVERIFY(process.GetLCPfilename(image, message).isEmpty());
-    QCOMPARE(message, kUntouched);
+    const std::pair<const char *, KIImageDef *> rows[] = {{"no EXIF", &bare}, {"foreign", &foreign}, {"null", nullptr}};
+    for (const auto &[name, image] : rows) {
+        QVERIFY2(process.GetLCPfilename(image, message).isEmpty(), name);
+        QVERIFY2(message == kUntouched, name);
+    }
 }
 
-void tst_Lookup::recordIsFilledOnFirstRun()
+void tst_Lookup::recordIsFilledByRunAndPage()
 {
     Touch(QStringLiteral("L/Canon/any"));
     Touch(QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
     KVitreluxOne2One process;
     process.SetLensPath(m_dir->filePath(QStringLiteral("L")));
-    ImageDef image;
+    LendingImage image;
     KVitreluxOne2One::Params params;
     params.disto = true;
     process.Process(qMakePair<KIImageDef *, KImage *>(
                         Picture(&image, QStringLiteral("Canon"), QStringLiteral("X1"), QStringLiteral("10 22 3")),
                         nullptr), // pixels aren't touched
                     &params);
-    QCOMPARE(Relative({params.lcpFilename}), QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
+    const QString found = QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp");
+    QCOMPARE(Relative({params.lcpFilename}), found);
+
+    params.lcpFilename.clear(); // the page looks up too
+    auto *page = static_cast<UIVitreluxPage *>(process.WizardPage());
+    page->SetImage(&image, &params);
+    QCOMPARE(Relative({params.lcpFilename}), found);
+    QCOMPARE(page->findChild<QLabel *>(QStringLiteral("labelLensMessage"))->text(),
+             QStringLiteral("Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp"));
 }
 
 QTEST_MAIN(tst_Lookup)

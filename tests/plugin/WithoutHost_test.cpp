@@ -7,27 +7,31 @@
 #include <QCoreApplication>
 #include <QtTest>
 
+#include <optional>
+
 class tst_WithoutHost : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void defaultsAndRefusals_data();
     void defaultsAndRefusals();
-
-private:
-    void Check();
 };
+
+void tst_WithoutHost::defaultsAndRefusals_data()
+{
+    QTest::addColumn<bool>("hasApplication");
+    QTest::newRow("no application") << false;
+    QTest::newRow("application that is no host") << true;
+}
 
 void tst_WithoutHost::defaultsAndRefusals()
 {
-    Check(); // no application
+    QFETCH(bool, hasApplication);
     int argumentCount = 1;
     char name[] = "test";
     char *arguments[] = {name, nullptr};
-    const QCoreApplication noHost(argumentCount, arguments);
-    Check();
-}
-
-void tst_WithoutHost::Check()
-{
+    std::optional<QCoreApplication> noHost;
+    if (hasApplication)
+        noHost.emplace(argumentCount, arguments);
     KVitreluxOne2One process;
     QVERIFY(!process.WizardPage()); // no QApplication, no widgets
     auto *params = static_cast<KVitreluxOne2One::Params *>(process.AllocParameters(QDomElement()));

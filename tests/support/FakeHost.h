@@ -68,18 +68,35 @@ public:
 
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override
     {
+        calls.append(QLatin1String("get ") + key);
         return settings.value(uid + QLatin1Char('/') + key, defaultValue);
     }
     void SetPluginSetting(QString uid, QString key, QVariant value) override
     {
         settings.insert(uid + QLatin1Char('/') + key, value);
-        stored.append(key);
+        calls.append(QLatin1String("set ") + key);
     }
-    QLocale Locale() override { return QLocale(QLocale::German, QLocale::Germany); }
-    void LoadTranslator(QString fileName) override { translators.append(fileName); }
-    KIImageDef *ImageDefOf(QString fileName) override { return Def(fileName); }
-    KImageInstances *ImageInstances() override { return &KImage::ms_instances; }
-    KUIInstances *UIInstances() override { return nullptr; }
+    QLocale Locale() override
+    {
+        calls.append(QStringLiteral("locale"));
+        return QLocale(QLocale::German, QLocale::Germany);
+    }
+    void LoadTranslator(QString fileName) override { calls.append(QLatin1String("translator ") + fileName); }
+    KIImageDef *ImageDefOf(QString fileName) override
+    {
+        calls.append(QLatin1String("image ") + fileName);
+        return Def(fileName);
+    }
+    KImageInstances *ImageInstances() override
+    {
+        calls.append(QStringLiteral("image kernel"));
+        return &KImage::ms_instances;
+    }
+    KUIInstances *UIInstances() override
+    {
+        calls.append(QStringLiteral("interface kernel"));
+        return interfaceKernel;
+    }
 
     FakeImageDef *Def(const QString &fileName)
     {
@@ -91,13 +108,13 @@ public:
     void Clear()
     {
         settings.clear();
-        stored.clear();
+        calls.clear();
         m_defs.clear();
     }
 
     QMap<QString, QVariant> settings;
-    QStringList stored; // keys in the order they were stored
-    QStringList translators;
+    QStringList calls;                       // in their order, "set Disto" for example; from the GUI thread alone
+    KUIInstances *interfaceKernel = nullptr; // lent to plug-ins
 
 private:
     std::map<QString, std::unique_ptr<FakeImageDef>> m_defs;

@@ -35,7 +35,7 @@ FakeImageDef *MakePicture(const QString &file, int width, int height)
 class ModalAnswers : public QObject {
 public:
     explicit ModalAnswers(const QString &typed) : m_typed(typed) { startTimer(5); }
-    QStringList seen; // titles of file dialogs, texts of boxes
+    QStringList seen; // of file dialogs title, filter and options; of boxes the text
 
 protected:
     void timerEvent(QTimerEvent *) override
@@ -44,8 +44,9 @@ protected:
         if (auto *box = qobject_cast<QMessageBox *>(window)) {
             seen.append(box->text());
             QTest::keyClick(box, Qt::Key_Enter);
-        } else if (window) {
-            seen.append(window->windowTitle());
+        } else if (auto *dialog = qobject_cast<QFileDialog *>(window)) {
+            seen.append(window->windowTitle() + QLatin1Char('|') + dialog->nameFilters().join(QLatin1Char('|'))
+                        + QStringLiteral("|%1").arg(int(dialog->options())));
             auto *edit = window->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
             edit->clear();
             QTest::keyClicks(edit, m_typed);
@@ -56,6 +57,14 @@ protected:
 private:
     QString m_typed;
 };
+
+void StoreSettings(bool corrections, const QString &profile)
+{
+    const QString prefix = KVitreluxOne2One().UID() + QLatin1Char('/');
+    for (const char *key : {"Disto", "CA", "Falloff"})
+        Host().settings.insert(prefix + QLatin1String(key), corrections);
+    Host().settings.insert(prefix + QStringLiteral("LCPfilename"), profile);
+}
 
 /// A wizard with the page in it and one behind it.
 class Desk {
@@ -121,21 +130,26 @@ public:
     QWidget *preview;
 };
 
-/// What the frame holds, without its border.
-QImage Inside(const QImage &image)
-{
-    return image.convertToFormat(QImage::Format_RGB32).copy(image.rect().adjusted(2, 2, -2, -2));
-}
+constexpr QImage::Format kFormat = QImage::Format_RGB32;
 
-/// A picture as the frame has to show it.
-QImage InFrame(KImage &image, const QWidget &frame)
+/// A picture as it is painted on the window's color, as large as the frame allows, without what the frame's border may
+/// cover.
+QImage Fitted(KImage &image, const QWidget &frame)
 {
-    QImage picture, shown(frame.size(), QImage::Format_RGB32);
+    QImage picture;
     image.ToQImage(picture);
     picture = picture.scaled(frame.size(), Qt::KeepAspectRatio, Qt::FastTransformation);
+    QImage shown(picture.size(), kFormat);
     shown.fill(frame.palette().window().color());
-    QPainter(&shown).drawImage((shown.width() - picture.width()) / 2, (shown.height() - picture.height()) / 2, picture);
-    return Inside(shown);
+    QPainter(&shown).drawImage(0, 0, picture);
+    return shown.copy(shown.rect().adjusted(2, 2, -2, -2));
+}
+
+/// Where it stands in the frame's parent.
+QRect PlaceOf(const QImage &fitted, const QWidget &frame)
+{
+    const QSize free = frame.size() - fitted.size();
+    return {frame.pos() + QPoint(free.width() / 2, free.height() / 2), fitted.size()};
 }
 
 } // namespace
@@ -148,19 +162,22 @@ private Q_SLOTS:
     void cleanup() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
     void listWalksAround();
+    void reducedSize_data();
     void reducedSize();
     void states();
+    void picture_data();
     void picture();
+    void profileChosen_data();
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
+    void pictureGone_data();
     void pictureGone();
     void endsDuringARender();
     void renderThatThrows();
     void animatedLabel();
 
 private:
-    void CheckPicture(QSize size, bool split);
     QString Profile(const ProfileModels &models, int width, int height);
 
     QTemporaryDir m_dir;
@@ -197,26 +214,29 @@ void tst_UIVitreluxPage::listWalksAround()
     auto *shown = static_cast<KIImageDef *>(list->currentData().value<void *>());
     desk.Click("m_cbVignetting"); // edits the record of the image in the list's row, no other
     for (const QString &file : {kA, kB, kC})
-        QCOMPARE(desk.Record(file), Host().Def(file) == shown ? QStringLiteral("0 0 1 ") : QStringLiteral("0 0 0 "));
+        QCOMPARE(file + desk.Record(file), file + QLatin1String(Host().Def(file) == shown ? "0 0 1 " : "0 0 0 "));
+}
+
+void tst_UIVitreluxPage::reducedSize_data()
+{
+    QTest::addColumn<QSize>("whole");
+    QTest::addColumn<QSize>("reduced");
+    QTest::newRow("small enough") << QSize(800, 600) << QSize(800, 600);
+    QTest::newRow("landscape") << QSize(6000, 4000) << QSize(1024, 682);
+    QTest::newRow("portrait") << QSize(4000, 6000) << QSize(682, 1024);
+    QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1);
+    QTest::newRow("a line, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
 }
 
 void tst_UIVitreluxPage::reducedSize()
 {
-    // Small enough; landscape; portrait; one pixel; a line, whose width truncates to 0.
-    const std::pair<QSize, QSize> rows[] = {{{800, 600}, {800, 600}},
-                                            {{6000, 4000}, {1024, 682}},
-                                            {{4000, 6000}, {682, 1024}},
-                                            {{1, 1}, {1, 1}},
-                                            {{1, 3000}, {1, 1024}}};
-    for (const auto &[whole, reduced] : rows) {
-        Host().Clear();
-        FakeImageDef *def = Host().Def(kA);
-        def->pixels.AllocBitmap(whole.width(), whole.height(), GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-        Desk desk({kA});
-        QTRY_VERIFY(desk.IsUpToDate());
-        QCOMPARE(def->reducedSizes.value(0), reduced);
-        QCOMPARE(def->locks, 0);
-    }
+    QFETCH(QSize, whole);
+    FakeImageDef *def = Host().Def(kA);
+    def->pixels.AllocBitmap(whole.width(), whole.height(), GFL_GREY, 8, /*clear=*/true, nullptr, 0);
+    Desk desk({kA});
+    QTRY_VERIFY(desk.IsUpToDate());
+    QTEST(def->reducedSizes.value(0), "reduced");
+    QCOMPARE(def->locks, 0);
 }
 
 void tst_UIVitreluxPage::states()
@@ -245,28 +265,35 @@ void tst_UIVitreluxPage::states()
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
 }
 
-void tst_UIVitreluxPage::picture()
+void tst_UIVitreluxPage::picture_data()
 {
-    const std::pair<QSize, bool> rows[] = {
-        {{400, 300}, false}, {{300, 401}, true}, {{2048, 1536}, false}}; // the last is reduced to a half
-    for (const auto &[size, split] : rows) {
-        Host().Clear();
-        CheckPicture(size, split);
-    }
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("boxes"); // that are checked: distortion, color, vignetting
+    QTest::addColumn<bool>("split");
+    QTest::newRow("landscape, distortion") << QSize(400, 300) << QStringLiteral("100") << false;
+    QTest::newRow("portrait, color, split") << QSize(300, 401) << QStringLiteral("010") << true;
+    QTest::newRow("reduced to a half, vignetting") << QSize(2048, 1536) << QStringLiteral("001") << false;
 }
 
-void tst_UIVitreluxPage::CheckPicture(QSize size, bool split)
+void tst_UIVitreluxPage::picture()
 {
+    QFETCH(QSize, size);
+    QFETCH(QString, boxes);
+    QFETCH(bool, split);
     FakeImageDef *def = MakePicture(kA, size.width(), size.height());
     KVitreluxOne2One::Params params;
-    params.disto = true;
-    params.lcpFilename = Profile({}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
+    params.disto = boxes[0] == QLatin1Char('1');
+    params.ca = boxes[1] == QLatin1Char('1');
+    params.falloff = boxes[2] == QLatin1Char('1');
+    params.lcpFilename =
+        Profile({true, true, true}, qMax(size.width(), size.height()), qMin(size.width(), size.height()));
     Desk desk({kA});
     desk.ChooseProfile(params.lcpFilename);
-    desk.Click("m_cbDistortion");
+    const char *box = params.disto ? "m_cbDistortion" : params.ca ? "m_cbCA" : "m_cbVignetting";
+    desk.Click(box);
     if (split)
         QTest::keyClick(desk.Find<QCheckBox>("m_cbPreview"), Qt::Key_Space);
-    QCOMPARE(desk.Record(kA), QStringLiteral("1 0 0 ") + params.lcpFilename);
+    QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
 
     const QWidget *frame = desk.Find<QWidget>("frame");
     const QSize lent = def->reducedSizes.value(0);
@@ -274,53 +301,74 @@ void tst_UIVitreluxPage::CheckPicture(QSize size, bool split)
     KImage reduced, work;
     def->pixels.Resize(reduced, lent.width(), lent.height());
     reduced.Convert(work, GFL_RGBA, 32);
-    const QImage source = InFrame(work, *frame);
+    const QImage source = Fitted(work, *frame);
     desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
-    QImage expected = InFrame(work, *frame);
+    QImage expected = Fitted(work, *frame);
     QVERIFY(expected != source);
     if (split)
-        QPainter(&expected).drawImage(0, 0, source, 0, 0, frame->width() / 2 - 2);
-    const auto shown = [&] { return Inside(desk.preview->grab(frame->geometry()).toImage()); };
+        QPainter(&expected).drawImage(0, 0, source, 0, 0, source.width() / 2);
+    const auto shown = [&] { return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat); };
     QTRY_VERIFY(desk.IsUpToDate());
     QCOMPARE(shown(), expected);
-    desk.Click("m_cbDistortion"); // only the uncorrected picture while a render runs; the wait label hides its middle
-    QCOMPARE(shown().copy(0, 0, 100, 400), source.copy(0, 0, 100, 400));
+    desk.Click(box); // only the uncorrected picture while a render runs; the wait label hides its middle
+    const QRect corner(0, 0, source.width() / 4, source.height() / 4);
+    QCOMPARE(shown().copy(corner), source.copy(corner));
+}
+
+void tst_UIVitreluxPage::profileChosen_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("enabled"); // of the boxes
+    QTest::addColumn<QString>("checked"); // all three were
+    QTest::newRow("all models") << m_whole << "111"
+                                << "011";
+    QTest::newRow("distortion only") << Profile({}, 400, 300) << "100"
+                                     << "000";
+    QTest::newRow("no vignette") << Profile({true, true, false}, 400, 300) << "110"
+                                 << "010";
+    QTest::newRow("text") << WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile") << "000"
+                          << "000";
+    QTest::newRow("canceled") << QString() << "111"
+                              << "111";
 }
 
 void tst_UIVitreluxPage::profileChosen()
 {
-    const QString text = m_dir.filePath(QStringLiteral("text.lcp"));
-    WriteFile(text, "no profile");
-    const struct {
-        QString typed;
-        const char *enabled, *checked; // of the boxes; all three were checked
-    } rows[] = {{m_whole, "111", "011"},
-                {Profile({}, 400, 300), "100", "000"},
-                {Profile({true, true, false}, 400, 300), "110", "010"}, // no vignette
-                {text, "000", "000"},
-                {QString(), "111", "111"}}; // cancelled
-    const QString prefix = KVitreluxOne2One().UID() + QLatin1Char('/'), before = QStringLiteral("/before.lcp");
-    for (const auto &row : rows) {
-        Host().Clear();
-        for (const char *key : {"Disto", "CA", "Falloff"})
-            Host().settings.insert(prefix + QLatin1String(key), true);
-        Host().settings.insert(prefix + QStringLiteral("LCPfilename"), before);
-        MakePicture(kA, 400, 300);
-        Desk desk({kA});
-        QStringList windows = {QStringLiteral("Select lens camera profile")};
-        if (row.typed == text)
-            windows.append(QStringLiteral("Non supported file format"));
-        QCOMPARE(desk.ChooseProfile(row.typed), windows);
-        const QString profile = row.typed.isEmpty() ? before : row.typed, checked = QString::fromLatin1(row.checked);
-        QCOMPARE(desk.Boxes(&QWidget::isEnabled), QString::fromLatin1(row.enabled));
-        QCOMPARE(desk.Boxes(&QCheckBox::isChecked), checked);
-        QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), checked + profile);
-        QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
-        QTRY_VERIFY(desk.IsUpToDate());
-        desk.ChooseProfile(m_whole); // all can be switched again, and nothing that was off is on
-        QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
-        QCOMPARE(desk.Boxes(&QCheckBox::isChecked), QLatin1Char('0') + checked.mid(1));
-    }
+    QFETCH(QString, typed);
+    QFETCH(QString, enabled);
+    QFETCH(QString, checked);
+    const QString before = QStringLiteral("/before.lcp"), all = QStringLiteral("111");
+    StoreSettings(true, before);
+    for (const QString &file : {kA, kB})
+        MakePicture(file, 400, 300);
+    Desk desk({kA, kB});
+    const auto *list = desk.Find<QComboBox>("comboBoxImageDef");
+    const QString file = QLatin1Char('/') + list->currentText(), other = file == kA ? kB : kA;
+    QStringList windows = {QStringLiteral("Select lens camera profile|Profile (*.lcp)|16")}; // Qt's own dialog
+    if (enabled == QLatin1String("000"))
+        windows.append(QStringLiteral("Non supported file format"));
+    QCOMPARE(desk.ChooseProfile(typed), windows);
+    const QString profile = typed.isEmpty() ? before : typed;
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled), enabled);
+    QCOMPARE(desk.Boxes(&QCheckBox::isChecked), checked);
+    QCOMPARE(desk.Record(file).remove(QLatin1Char(' ')), checked + profile);
+    QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
+    QTRY_VERIFY(desk.IsUpToDate());
+
+    desk.Click("QToolButton_Next"); // what locks a box is the profile of its picture
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
+    desk.Click("QToolButton_Next");
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
+    desk.process.SetFiles({other}); // and not that of a former job
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
+    StoreSettings(true, profile);
+    desk.process.SetFiles({file}); // checked boxes are never locked
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
+
+    StoreSettings(false, profile);
+    desk.process.SetFiles({file});
+    desk.ChooseProfile(m_whole); // all can be switched again, and nothing that was off is on
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + QStringLiteral("000"));
 }
 
 void tst_UIVitreluxPage::quickToggles()
@@ -331,24 +379,25 @@ void tst_UIVitreluxPage::quickToggles()
     auto *box = desk.Find<QCheckBox>("m_cbDistortion");
     QImage pictures[2]; // without and with the correction, by single clicks
     for (const int toggles : {1, 1, 3, 4, 5, 102, 103, 10000, 1}) {
-        QTRY_VERIFY(desk.IsUpToDate());
+        const QByteArray name = QByteArray::number(toggles) + " toggles: ";
+        QTRY_VERIFY2(desk.IsUpToDate(), name);
         QSignalSpy renders(desk.worker, &QThread::started), told(desk.page, &QWizardPage::completeChanged);
         for (int i = 0; i < toggles; ++i) { // without the event loop: no end of a render is noticed meanwhile
             box->click();
             if (toggles == 5)
                 desk.worker->wait(); // the next render begins before the page hears that this one ended
         }
-        QVERIFY(!desk.State().contains(QLatin1String("next")));
-        QTRY_VERIFY(desk.IsUpToDate());
+        QVERIFY2(!desk.State().contains(QLatin1String("next")), name);
+        QTRY_VERIFY2(desk.IsUpToDate(), name);
         QTest::qWait(20);
-        QVERIFY2(renders.count() <= toggles, QByteArray::number(renders.count()));
-        QVERIFY2(told.count() <= toggles + renders.count(), QByteArray::number(told.count())); // nothing piled up
+        QVERIFY2(renders.count() <= toggles, name + QByteArray::number(renders.count()));
+        QVERIFY2(told.count() <= toggles + renders.count(), name + QByteArray::number(told.count())); // none piled up
         const bool on = box->isChecked();
-        QCOMPARE(desk.Record(kA).startsWith(QLatin1Char('1')), on);
+        QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
         const QImage shown = desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage();
         if (pictures[on].isNull())
             pictures[on] = shown;
-        QCOMPARE(shown, pictures[on]);
+        QVERIFY2(shown == pictures[on], name);
     }
     QVERIFY(pictures[0] != pictures[1]);
 }
@@ -366,27 +415,38 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
     ModalAnswers answers(m_dir.path());
     desk.Find<QAbstractButton>("toolButtonLensPath")->click(); // hidden, but alive
-    QCOMPARE(answers.seen, QStringList(QStringLiteral("Select lens camera profiles Database directory")));
+    QCOMPARE(
+        answers.seen,
+        QStringList(QStringLiteral("Select lens camera profiles Database directory|All Files (*)|17"))); // only folders
+    Host().calls.clear();
     desk.process.OnValidatePage();
+    QCOMPARE(Host().calls.join(QLatin1Char(' ')),
+             QStringLiteral("set Disto set CA set Falloff set LCPfilename set LensPath"));
     for (const QString &file : {kA, kB, kC}) // the last is not in the job
-        QCOMPARE(desk.Record(file), QStringLiteral("0 1 0 ") + m_whole);
+        QCOMPARE(file + desk.Record(file), file + QStringLiteral("0 1 0 ") + m_whole);
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
+}
+
+void tst_UIVitreluxPage::pictureGone_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::newRow("gone since it was described") << kB;
+    QTest::newRow("never a picture, of size 0") << kC;
 }
 
 void tst_UIVitreluxPage::pictureGone()
 {
+    QFETCH(QString, file);
     MakePicture(kA, 400, 300);
     MakePicture(kB, 40, 30)->gone = true;
     Desk desk({kA});
-    for (const QString &file : {kB, kC}) { // gone since it was described; never a picture, of size 0
-        QTRY_VERIFY(desk.IsUpToDate());
-        desk.process.SetFiles({file});
-        QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
-        QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
-        desk.Click("m_cbCA"); // there is no record on show that it could change
-        QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
-        desk.process.SetFiles({kA});
-    }
+    QTRY_VERIFY(desk.IsUpToDate());
+    desk.process.SetFiles({file});
+    QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
+    QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
+    desk.Click("m_cbCA"); // there is no record on show that it could change
+    QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
+    desk.process.SetFiles({kA});
     QTRY_VERIFY(desk.IsUpToDate());
 }
 
@@ -401,7 +461,7 @@ void tst_UIVitreluxPage::endsDuringARender()
         if (i % 2)
             delete desk.page;
         desk.process.SetFiles({kA});
-        QVERIFY(desk.process.WizardPage());
+        QVERIFY2(desk.process.WizardPage(), QByteArray::number(i));
     }
 }
 
@@ -418,9 +478,10 @@ void tst_UIVitreluxPage::renderThatThrows()
     for (KImage *image : {&empty, &def->pixels}) {
         worker.setImage(def, image, &params);
         worker.start();
-        QVERIFY(worker.wait(30000) && worker.IsCurrent());
+        const char *name = image == &empty ? "empty image" : "picture";
+        QVERIFY2(worker.wait(30000) && worker.IsCurrent(), name);
         worker.getPreview(shown);
-        QCOMPARE(shown.isNull(), image == &empty);
+        QVERIFY2(shown.isNull() == (image == &empty), name);
     }
 }
 

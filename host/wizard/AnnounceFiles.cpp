@@ -1,0 +1,31 @@
+#include "AnnounceFiles.h"
+
+#include "KIPluginOne2One.h"
+#include "app/HostApplication.h"
+
+#include <QDomElement>
+#include <QHash>
+#include <QScopeGuard>
+
+#include <vector>
+
+void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const QStringList &announced,
+                   const QStringList &files)
+{
+    std::vector<QDomElement> carried;
+    for (const QString &file : files)
+        carried.push_back(announced.contains(file) ? process->GetFileXmlParams(file) : QDomElement());
+    // No operation fills the record of a job's file. But SetFiles makes the records in the order of the files, each out
+    // of the stored settings, whose keys are the attributes of its XML form. So the n-th read of a key is answered out
+    // of the n-th element.
+    QHash<QString, std::size_t> reads;
+    const HostApplication::SettingAdapter before = application->AdaptPluginSettings(nullptr);
+    const auto restore = qScopeGuard([&] { application->AdaptPluginSettings(before); });
+    application->AdaptPluginSettings([&](const QString &key, const QVariant &stored) -> QVariant {
+        const std::size_t record = reads[key]++;
+        if (record < carried.size() && carried[record].hasAttribute(key))
+            return carried[record].attribute(key);
+        return before ? before(key, stored) : stored;
+    });
+    process->SetFiles(files);
+}

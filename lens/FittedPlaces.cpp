@@ -1,0 +1,114 @@
+#include "FittedPlaces.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr int kLargestSide = 8;
+constexpr int kBlockPixels = 64;          // what is read beyond the last pixel
+constexpr double kPlaceTolerance = 0.003; // pixels
+constexpr double kGainTolerance = 5e-5;
+
+using Values = std::array<double, FittedPlaces::kPlanes>;
+
+/// The values of all planes at a pixel, positions relative to it.
+Values ValuesOf(const SourcePlaces &places, double x, double y)
+{
+    return {places.gain,      places.green.x - x, places.green.y - y, places.red.x - x,
+            places.red.y - y, places.blue.x - x,  places.blue.y - y};
+}
+
+/// Near the end of a map there may be a step or a bend within a cell. Maps stretch less than 4 times.
+bool IsNearEnd(const SourcePlaces &places, int side)
+{
+    return !(places.toEnd > 4.0 * side);
+}
+
+/// How many times too large the error of interpolation in the cells of @p side around a pixel is.
+double Excess(const CorrectionTwin &twin, double x, double y, int side)
+{
+    const SourcePlaces middle = twin.At(x, y);
+    if (IsNearEnd(middle, 2 * side))
+        return 0.0;
+    const Values m = ValuesOf(middle, x, y);
+    Values bend = {};
+    for (const auto &[stepX, stepY] : {std::pair{side, 0}, {0, side}}) {
+        const Values before = ValuesOf(twin.At(x - stepX, y - stepY), x - stepX, y - stepY);
+        const Values after = ValuesOf(twin.At(x + stepX, y + stepY), x + stepX, y + stepY);
+        for (size_t i = 0; i < bend.size(); ++i)
+            bend[i] += std::abs(before[i] - 2.0 * m[i] + after[i]);
+    }
+    // Between two exact values a line is off by an eighth of the second difference at most.
+    double excess = bend[FittedPlaces::kGain] / 8.0 / (kGainTolerance * middle.gain);
+    for (size_t i = FittedPlaces::kGreenX; i < bend.size(); i += 2)
+        excess = std::max(excess, std::hypot(bend[i], bend[i + 1]) / 8.0 / kPlaceTolerance);
+    return excess;
+}
+
+} // namespace
+
+int CellSide(const CorrectionTwin &twin)
+{
+    constexpr int kProbes = 32; // along each side
+    const Correction &maps = twin.Maps();
+    double excess = 0.0;
+    for (int i = 0; i <= kProbes; ++i)
+        for (int j = 0; j <= kProbes; ++j)
+            excess = std::max(excess,
+                              Excess(twin, (maps.width - 1) * double(i) / kProbes,
+                                     (maps.height - 1) * double(j) / kProbes, kLargestSide));
+    int side = kLargestSide;
+    for (; side > 1 && excess > 1.0; side /= 2)
+        excess /= 4.0;
+    return side;
+}
+
+FittedPlaces::FittedPlaces(const CorrectionTwin &twin, int cellSide)
+    : m_twin(twin),
+      m_side(cellSide),
+      m_planes(twin.SplitsColors() ? kPlanes : kRedX),
+      m_stride((twin.Maps().width / kBlockPixels + 1) * (kBlockPixels / cellSide) + 1)
+{
+    for (Corners *corners : {&m_above, &m_below}) {
+        corners->values.resize(static_cast<size_t>(m_planes) * m_stride);
+        corners->rough.resize(m_stride);
+    }
+}
+
+void FittedPlaces::Fill(Corners *corners, int row) const
+{
+    const double y = double(row) * m_side;
+    const int needed = std::min(m_stride, (m_twin.Maps().width - 1) / m_side + 2);
+    corners->row = row;
+    for (int i = 0; i < needed; ++i) {
+        const double x = double(i) * m_side;
+        const SourcePlaces places = m_twin.At(x, y);
+        const Values values = ValuesOf(places, x, y);
+        corners->rough[i] = IsNearEnd(places, m_side);
+        for (int plane = 0; plane < m_planes; ++plane)
+            corners->values[size_t(plane) * m_stride + i] = static_cast<float>(values[plane]);
+    }
+}
+
+void FittedPlaces::MoveTo(int y)
+{
+    const int row = y / m_side;
+    if (m_above.row == row)
+        return;
+    if (m_below.row == row)
+        std::swap(m_above, m_below);
+    else
+        Fill(&m_above, row);
+    Fill(&m_below, row + 1);
+}
+
+bool FittedPlaces::IsRough(int first, int end) const
+{
+    const auto any = [&](const Corners &corners) {
+        return std::any_of(corners.rough.begin() + first, corners.rough.begin() + end + 1, [](bool b) { return b; });
+    };
+    return any(m_above) || any(m_below);
+}

@@ -1,0 +1,199 @@
+// The loops of FittedWarp, to be compiled once for each set of instructions.
+#pragma once
+
+#include "FittedWarpPlaces_p.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+// --- Bilinear ---
+
+VITRELUX_INLINE Float4 Load(const unsigned char *pixel)
+{
+    Float4 value;
+    std::memcpy(&value, pixel, sizeof value);
+    return value;
+}
+
+VITRELUX_INLINE Float4 Same(float value)
+{
+    return Float4{value, value, value, value};
+}
+
+/// Colors times alpha, and alpha.
+VITRELUX_INLINE Float4 Premultiplied(Float4 pixel)
+{
+    return pixel * Float4{pixel[3], pixel[3], pixel[3], 1.0F};
+}
+
+/// The pixel as it enters a sum.
+template <bool kAlpha> VITRELUX_INLINE Float4 LoadTerm(const unsigned char *pixel)
+{
+    return kAlpha ? Premultiplied(Load(pixel)) : Load(pixel);
+}
+
+/// Colors of a sum as they are stored; alpha stays the sum's.
+template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
+{
+    if (!kAlpha)
+        return Float4{sum[0], sum[1], sum[2], 1.0F};
+    const float scale = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
+    return sum * Float4{scale, scale, scale, 1.0F};
+}
+
+/// @p at gives the pixel at a step to the right and a step down, 0 or 1.
+template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
+{
+    const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
+    const Float4 top = LoadTerm<kAlpha>(at(0, 0)) * restX + LoadTerm<kAlpha>(at(1, 0)) * x;
+    const Float4 bottom = LoadTerm<kAlpha>(at(0, 1)) * restX + LoadTerm<kAlpha>(at(1, 1)) * x;
+    return Finished<kAlpha>(top * restY + bottom * y);
+}
+
+template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band &band, const Neighbors &at, int i)
+{
+    const unsigned char *corner = band.source + at.y[i] * band.sourceStride + std::int64_t(at.x[i]) * kPixelBytes;
+    return Mix<kAlpha>(at.fx[i], at.fy[i], [&](int right, int down) VITRELUX_INLINED {
+        return corner + right * kPixelBytes + down * band.sourceStride;
+    });
+}
+
+/// The same beside the picture's edges, which repeat. False if a row isn't in memory.
+template <bool kAlpha>
+inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
+{
+    const int rowOf[2] = {std::clamp(at.y[i], 0, band.height - 1), std::clamp(at.y[i] + 1, 0, band.height - 1)};
+    if (rowOf[0] < band.heldFirst || rowOf[1] >= band.heldEnd)
+        return false;
+    *sample = Mix<kAlpha>(at.fx[i], at.fy[i], [&](int right, int down) {
+        const int x = std::clamp(at.x[i] + right, 0, band.width - 1);
+        return band.source + rowOf[down] * band.sourceStride + std::int64_t(x) * kPixelBytes;
+    });
+    return true;
+}
+
+/// The first lane of @p red, the second and fourth of @p green, the third of @p blue.
+VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
+{
+    return Float4{red[0], green[1], blue[2], green[3]};
+}
+
+/// The neighbors of a block's places; of green's alone, unless colors are split.
+using ColorNeighbors = Neighbors[kColors];
+
+/// Each color from its own place; all are held.
+template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band &band, const ColorNeighbors &at, int i)
+{
+    if constexpr (kAlpha)
+        return Join(SampleHeld<true>(band, at[kRed], i), SampleHeld<true>(band, at[kGreen], i),
+                    SampleHeld<true>(band, at[kBlue], i));
+    const auto corner = [&](const Neighbors &color) VITRELUX_INLINED {
+        return band.source + color.y[i] * band.sourceStride + std::int64_t(color.x[i]) * kPixelBytes;
+    };
+    const unsigned char *red = corner(at[kRed]), *green = corner(at[kGreen]), *blue = corner(at[kBlue]);
+    const auto load = [&](std::int64_t step)
+                          VITRELUX_INLINED { return Join(Load(red + step), Load(green + step), Load(blue + step)); };
+    const Float4 x = {at[kRed].fx[i], at[kGreen].fx[i], at[kBlue].fx[i], 0.0F}, restX = 1.0F - x;
+    const Float4 y = {at[kRed].fy[i], at[kGreen].fy[i], at[kBlue].fy[i], 0.0F}, restY = 1.0F - y;
+    const std::int64_t down = band.sourceStride;
+    const Float4 top = load(0) * restX + load(kPixelBytes) * x;
+    const Float4 bottom = load(down) * restX + load(down + kPixelBytes) * x;
+    return Finished<false>(top * restY + bottom * y);
+}
+
+/// Pixel by pixel beside edges and where pixels stay empty. False if a row isn't in memory.
+template <bool kAlpha, bool kSplit>
+VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNeighbors &at, int count, Float4 *samples)
+{
+    for (int i = 0; i < count; ++i) {
+        samples[i] = Same(0.0F);
+        if (IsEmpty(band, at[kGreen], i) || (kSplit && (IsEmpty(band, at[kRed], i) || IsEmpty(band, at[kBlue], i))))
+            continue;
+        Float4 green, red, blue;
+        if (!SampleAnywhere<kAlpha>(band, at[kGreen], i, &green))
+            return false;
+        samples[i] = green;
+        if constexpr (kSplit) {
+            if (!SampleAnywhere<kAlpha>(band, at[kRed], i, &red) || !SampleAnywhere<kAlpha>(band, at[kBlue], i, &blue))
+                return false;
+            samples[i] = Join(red, green, blue);
+        }
+    }
+    return true;
+}
+
+/// The rows below serve the rows of the result that follow; bent lines hide them from the processor's own prefetching.
+VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
+{
+    constexpr int kLinePixels = 4, kRowsAhead = 3;
+    for (int i = 0; i < count; i += kLinePixels)
+        __builtin_prefetch(band.source + (at.y[i] + kRowsAhead) * band.sourceStride
+                           + std::int64_t(at.x[i]) * kPixelBytes);
+}
+
+/// Bilinear samples of a block, with alpha.
+template <bool kAlpha, bool kSplit> struct Bilinear {
+    /// False if a row isn't in memory.
+    VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,
+                                       Float4 *samples)
+    {
+        ColorNeighbors at;
+        bool allHeld = true;
+        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color) {
+            FindNeighbors(block, places.of[color], &at[color]);
+            allHeld &= AllHeld(band, at[color], block.count, /*reach=*/0);
+        }
+        if (!allHeld)
+            return SampleCarefully<kAlpha, kSplit>(band, at, block.count, samples);
+        Prefetch(band, at[kGreen], block.count);
+        for (int i = 0; i < block.count; ++i)
+            samples[i] = kSplit ? SampleSplit<kAlpha>(band, at, i) : SampleHeld<kAlpha>(band, at[kGreen], i);
+        return true;
+    }
+};
+
+// --- Light ---
+
+VITRELUX_INLINE Float4 Limited(Float4 value)
+{
+    const Float4 zero = Same(0.0F), one = Same(1.0F);
+    value = value > zero ? value : zero;
+    return value < one ? value : one;
+}
+
+/// Lets the light of the samples grow by the block's gains, and stores them.
+VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                              const float *gain)
+{
+    for (int i = 0; i < block.count; ++i) {
+        Float4 lit = samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F};
+        if (!band.form.isFloat)
+            lit = Limited(lit);
+        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
+    }
+}
+
+// --- Rows ---
+
+/// @p Kind samples.
+template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
+{
+    alignas(64) Float4 samples[kBlockPixels];
+    BlockPlaces places;
+    for (int row = 0; row < band.rows; ++row) {
+        band.places.MoveTo(band.firstRow + row);
+        for (int x = 0; x < band.columns; x += kBlockPixels) {
+            const Block block = {x, band.firstRow + row, std::min(kBlockPixels, band.columns - x),
+                                 band.target + row * band.targetStride + std::int64_t(x) * kPixelBytes};
+            FindPlaces(band, block, &places);
+            if (!Kind::Sample(band, block, places, samples))
+                return false;
+            StoreLit(band, block, samples, places.gain);
+        }
+    }
+    return true;
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+// Blocks of pixels and their places, for FittedWarp.
+//
+// Everything here and in what includes it is inlined into functions that are compiled once for each set of
+// instructions: nothing of it may be called from code for other processors. Vectors are the compiler's own, which it
+// builds out of whatever the target has; each lane is computed alike everywhere.
+#pragma once
+
+#include "FittedPlaces.h"
+#include "FittedWarp.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#define VITRELUX_INLINE [[gnu::always_inline]] inline
+#define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
+
+/// One call of Render, as the loops need it. Rows count from the first of the source's picture.
+struct FittedWarp::Band {
+    const CorrectionTwin &twin;
+    FittedPlaces &places;
+    const TransferCurve &light;
+    Source form;
+    bool mayBeEmpty;
+    const unsigned char *source; // at the picture's first pixel, were it in memory
+    std::int64_t sourceStride;   // bytes
+    int heldFirst, heldEnd;      // rows in memory
+    unsigned char *target;
+    std::int64_t targetStride;
+    int width, height; // of the source
+    int columns, rows; // of the target
+    int firstRow;
+};
+
+namespace {
+
+constexpr int kBlockPixels = 64;
+constexpr int kPixelBytes = 16;
+
+using Float4 = float __attribute__((vector_size(16)));
+
+/// A stretch of a row.
+struct Block {
+    int x, y, count;
+    unsigned char *target;
+};
+
+/// Positions relative to the pixel of the block that they belong to.
+struct Places {
+    alignas(64) float x[kBlockPixels];
+    alignas(64) float y[kBlockPixels];
+};
+
+enum Color { kGreen, kRed, kBlue, kColors };
+
+struct BlockPlaces {
+    Places of[kColors]; // of green alone, unless colors are split
+    alignas(64) float gain[kBlockPixels];
+};
+
+/// Between the upper and lower corners of cells, @p share of the way down.
+template <int kSide> VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
+{
+    constexpr int kCells = kBlockPixels / kSide;
+    float corner[kCells + 1];
+    for (int i = 0; i <= kCells; ++i)
+        corner[i] = above[i] + (below[i] - above[i]) * share;
+    for (int i = 0; i < kCells; ++i) {
+        const float left = corner[i], slope = (corner[i + 1] - left) * (1.0F / kSide);
+        for (int j = 0; j < kSide; ++j)
+            out[i * kSide + j] = left + slope * static_cast<float>(j);
+    }
+}
+
+template <int kSide>
+VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block, BlockPlaces *places)
+{
+    float *const planes[FittedPlaces::kPlanes] = {places->gain,       places->of[kGreen].x, places->of[kGreen].y,
+                                                  places->of[kRed].x, places->of[kRed].y,   places->of[kBlue].x,
+                                                  places->of[kBlue].y};
+    const float share = static_cast<float>(block.y % kSide) * (1.0F / kSide);
+    for (int plane = 0; plane < cells.Planes(); ++plane)
+        Interpolate<kSide>(cells.Above(plane) + block.x / kSide, cells.Below(plane) + block.x / kSide, share,
+                           planes[plane]);
+}
+
+/// Pixel by pixel from the twin; not numbers where a map is folded.
+inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPlaces *places)
+{
+    for (int i = 0; i < kBlockPixels; ++i) {
+        const double x = block.x + i, y = block.y;
+        const SourcePlaces at = twin.At(x, y);
+        const SourcePlaces::Point *const points[kColors] = {&at.green, &at.red, &at.blue};
+        for (int color = kGreen; color < kColors; ++color) {
+            places->of[color].x[i] = at.folded ? NAN : static_cast<float>(points[color]->x - x);
+            places->of[color].y[i] = static_cast<float>(points[color]->y - y);
+        }
+        places->gain[i] = static_cast<float>(at.gain);
+    }
+}
+
+VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block, BlockPlaces *places)
+{
+    const FittedPlaces &cells = band.places;
+    const int side = cells.CellSidePixels();
+    if (cells.IsRough(block.x / side, (block.x + kBlockPixels) / side))
+        return FindExactly(band.twin, block, places);
+    switch (side) {
+    case 8:
+        return FindSmoothly<8>(cells, block, places);
+    case 4:
+        return FindSmoothly<4>(cells, block, places);
+    case 2:
+        return FindSmoothly<2>(cells, block, places);
+    default:
+        return FindSmoothly<1>(cells, block, places);
+    }
+}
+
+/// Places as the pixel to the left and above, and the shares of the next ones.
+struct Neighbors {
+    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
+    alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
+};
+
+/// The greatest number that is not greater, for what lies within +-2^23; anything else becomes such a number.
+VITRELUX_INLINE std::int32_t Floor(float value, float *rest)
+{
+    constexpr float kFar = 8388608.0F;     // no picture is as large
+    value = value > -kFar ? value : -kFar; // also what is not a number
+    value = value < kFar ? value : kFar;
+    auto whole = static_cast<std::int32_t>(value);
+    whole -= static_cast<float>(whole) > value;
+    *rest = value - static_cast<float>(whole);
+    return whole;
+}
+
+VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Neighbors *neighbors)
+{
+    for (int i = 0; i < kBlockPixels; ++i) {
+        neighbors->x[i] = Floor(places.x[i], &neighbors->fx[i]) + block.x + i;
+        neighbors->y[i] = Floor(places.y[i], &neighbors->fy[i]) + block.y;
+    }
+}
+
+/// Whether the first @p count have their pixels from @p reach before to @p reach + 1 behind in memory.
+VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const Neighbors &at, int count, int reach)
+{
+    const int left = reach, right = band.width - 2 - reach, top = band.heldFirst + reach,
+              bottom = band.heldEnd - 2 - reach;
+    int beyond = 0;
+    for (int i = 0; i < count; ++i)
+        beyond |= (at.x[i] < left) | (at.x[i] > right) | (at.y[i] < top) | (at.y[i] > bottom);
+    return beyond == 0;
+}
+
+/// Whether the place between pixel @p whole and the next is outside a side of @p length pixels.
+VITRELUX_INLINE bool IsOutside(std::int32_t whole, float rest, int length)
+{
+    constexpr auto kBorder = static_cast<float>(CorrectionTwin::kBorderPixels);
+    return whole < -1 || (whole == -1 && rest < 1.0F - kBorder) || whole >= length
+        || (whole == length - 1 && rest > kBorder);
+}
+
+VITRELUX_INLINE bool IsEmpty(const FittedWarp::Band &band, const Neighbors &at, int i)
+{
+    return band.mayBeEmpty && (IsOutside(at.x[i], at.fx[i], band.width) || IsOutside(at.y[i], at.fy[i], band.height));
+}
+
+} // namespace

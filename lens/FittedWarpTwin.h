@@ -1,0 +1,31 @@
+// The definition of a fitted picture: one pixel at a time, in double.
+#pragma once
+
+#include "FittedWarp.h"
+
+#include <array>
+
+/// The plain twin of FittedWarp, for tests: what it renders differs from this by rounding, by positions that are
+/// interpolated, and by nothing else.
+class FittedWarpTwin {
+public:
+    FittedWarpTwin(const Correction &correction, FittedWarp::Sampling sampling, const TransferCurve &light,
+                   FittedWarp::Source form)
+        : m_twin(correction), m_sampling(sampling), m_light(light), m_form(form)
+    {
+    }
+
+    using Pixel = std::array<double, 4>;
+
+    /// The pixel (@p x, @p y) of the result, RGBA. @p source is the whole picture in float RGBA.
+    Pixel At(const KImage &source, int x, int y) const;
+
+private:
+    /// Color @p color at @p place, and alpha there.
+    std::array<double, 2> Sample(const KImage &source, SourcePlaces::Point place, int color) const;
+
+    CorrectionTwin m_twin;
+    FittedWarp::Sampling m_sampling;
+    TransferCurve m_light;
+    FittedWarp::Source m_form;
+};

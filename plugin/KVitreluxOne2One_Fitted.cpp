@@ -1,0 +1,112 @@
+// The fitted correction: the profile is fitted to the picture, found if none was chosen, and applied exactly.
+#include "KVitreluxOne2One.h"
+
+#include "FittedBands.h"
+#include "HostApplication_p.h"
+#include "KIImageDef.h"
+#include "KImage.h"
+#include "PictureFit.h"
+#include "SourcePixels_p.h"
+
+#include <QDir>
+#include <QMutex>
+
+namespace {
+
+/// One for each set of folders in the process, so that threads of a job read the index once.
+std::shared_ptr<PictureFitter> FitterOf(const QStringList &folders)
+{
+    static QMutex mutex;
+    static std::shared_ptr<PictureFitter> fitter;
+    static QStringList fitterFolders;
+    const QMutexLocker lock(&mutex);
+    if (!fitter || fitterFolders != folders)
+        fitter = std::make_shared<PictureFitter>(folders);
+    fitterFolders = folders;
+    return fitter;
+}
+
+FitOptions OptionsOf(const KVitreluxOne2One::Params &params)
+{
+    FitOptions options = params.fitted->options;
+    options.distortion = params.disto;
+    options.chromatic = params.ca;
+    options.vignetting = params.falloff;
+    options.profile = params.lcpFilename;
+    return options;
+}
+
+QString DoneText(const FitResult &fit)
+{
+    QStringList done;
+    if (fit.distortion)
+        done << QStringLiteral("distortion");
+    if (fit.chromatic)
+        done << QStringLiteral("lateral color");
+    if (fit.vignetting)
+        done << QStringLiteral("vignetting");
+    return done.join(QStringLiteral(", "));
+}
+
+FitReport ReportOf(const FitResult &fit)
+{
+    FitReport report;
+    report.profile = fit.profile;
+    report.entries = fit.entries;
+    report.assumed = fit.assumed.join(QStringLiteral("; "));
+    report.done = DoneText(fit);
+    report.why = fit.why;
+    return report;
+}
+
+} // namespace
+
+/// Where profiles are searched: the folder of the settings; if there is none such here, the user's usual places.
+QStringList KVitreluxOne2One::ProfileFolders() const
+{
+    return QDir::isAbsolutePath(m_lensPath) && QDir(m_lensPath).exists() ? QStringList{m_lensPath}
+                                                                         : DefaultProfileFolders();
+}
+
+/// Fits the record's profile, or the one that is found, and reports it in the record. Throws KException with the reason
+/// if nothing is to be corrected.
+FitResult KVitreluxOne2One::FitTo(const QString &fileName, const QSize &pixels, Params &params)
+{
+    PictureFacts facts = ReadPictureFacts(fileName, nullptr);
+    if (!pixels.isEmpty())
+        facts.pixels = pixels;
+    const FitResult fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
+    params.fitted->report = ReportOf(fit);
+    if (!fit.correction.ChangesAnything())
+        throw KException(fit.why.isEmpty() ? QStringLiteral("no correction was asked for") : fit.why, KPlace());
+    return fit;
+}
+
+void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
+                                     const QString &outputFileName)
+{
+    FitResult fit = FitTo(fileName, QSize(), params); // before pixels are decoded: they may not be needed
+    KImage source;
+    {
+        const FullSizeLock full(def);
+        if (!full.Image())
+            ThrowNotLoaded(fileName);
+        full.Image()->Convert(source, full.Image()->type(), full.Image()->bitsPerComponent());
+    }
+    const QSize size(source.width(), source.height());
+    if (size != QSize(fit.correction.width, fit.correction.height))
+        fit = FitTo(fileName, size, params);
+    FittedBands bands(fit.correction, params.fitted->options.sampling, source);
+    const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
+                                      [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
+    constexpr int kDeflate = 3;
+    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+}
+
+void KVitreluxOne2One::ProcessFitted(KIImageDef *def, KImage &image, Params &params)
+{
+    const FitResult fit = FitTo(def->FileName(), QSize(image.width(), image.height()), params);
+    KImage source; // the warp reads around the pixel that it writes
+    image.Convert(source, GFL_RGBA, 32);
+    FittedBands(fit.correction, Sampling::Bilinear, source).FillFloat(image);
+}

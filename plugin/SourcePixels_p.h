@@ -1,0 +1,35 @@
+// The pixels of a picture, borrowed from the host.
+#pragma once
+
+#include "KException.h"
+#include "KIImageDef.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+/// Borrows an image's full-size pixels for a scope, so that an exception gives them back too.
+class FullSizeLock {
+public:
+    explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
+    ~FullSizeLock()
+    {
+        if (m_image)
+            m_def->UnlockFullSize(/*nativeDepth=*/true);
+    }
+    FullSizeLock(const FullSizeLock &) = delete;
+    FullSizeLock &operator=(const FullSizeLock &) = delete;
+
+    /// Null if the host lends nothing.
+    const KImage *Image() const { return m_image; }
+
+private:
+    KIImageDef *m_def;
+    KImage *m_image;
+};
+
+[[noreturn]] inline void ThrowNotLoaded(const QString &fileName)
+{
+    throw KException(QCoreApplication::translate("QCoreApplication", "File \"%1\" cannot be loaded")
+                         .arg(QFileInfo(fileName).absoluteFilePath()),
+                     KPlace());
+}

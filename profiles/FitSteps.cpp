@@ -1,0 +1,95 @@
+#include "FitSteps_p.h"
+
+#include "Framing.h"
+
+#include <cmath>
+
+namespace {
+
+/// The value above 0, typed by the user or else of the file.
+std::optional<double> Settled(const std::optional<double> &typed, const Fact<double> &fact)
+{
+    if (typed && *typed > 0.0)
+        return typed;
+    if (fact.Known() && fact.value > 0.0)
+        return fact.value;
+    return std::nullopt;
+}
+
+} // namespace
+
+Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
+{
+    Setting setting;
+    setting.focalMm = Settled(typed.focalMm, facts.focalMm);
+    setting.aperture = Settled(typed.aperture, facts.aperture);
+    setting.distanceM = Settled(typed.distanceM, facts.distanceM);
+    if (setting.focalMm && std::isinf(*setting.focalMm))
+        setting.focalMm.reset();
+    if (setting.aperture && std::isinf(*setting.aperture))
+        setting.aperture.reset();
+    return setting;
+}
+
+PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
+{
+    if (!typed.body.isEmpty()) // makers are found in it as in any text
+        return {facts.make.value.isEmpty() ? typed.body : facts.make.value + QLatin1Char(' ') + typed.body, typed.body};
+    return {facts.make.value, facts.model.value};
+}
+
+FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
+{
+    return {{
+        {Quantity::Geometry, "distortion", options.distortion, options.amountDistortion, facts.distortionDone},
+        {Quantity::Color, "lateral color", options.chromatic, options.amountChromatic, facts.chromaticDone},
+        {Quantity::Light, "vignetting", options.vignetting, options.amountVignetting, facts.vignettingDone},
+    }};
+}
+
+bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
+{
+    if (!task.isWanted)
+        return false;
+    const bool isChosen = !options.profile.isEmpty(); // by someone who knows the picture
+    if (task.done.value && !options.again && !isChosen)
+        Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
+    else if (!(task.amount > 0.0))
+        Add(task, QStringLiteral("its amount is 0"));
+    else
+        return true;
+    return false;
+}
+
+void LeftOut::Add(const FitTask &task, const QString &why)
+{
+    const QString name = QLatin1String(task.name);
+    for (auto &reason : m_reasons) {
+        if (reason.second == why) {
+            reason.first += QStringLiteral(", ") + name;
+            return;
+        }
+    }
+    m_reasons.append({name, why});
+}
+
+QString LeftOut::Text() const
+{
+    QStringList reasons;
+    for (const auto &reason : m_reasons)
+        reasons << QStringLiteral("%1: %2").arg(reason.first, reason.second);
+    return reasons.join(QStringLiteral("; "));
+}
+
+void FrameResult(const FitOptions &options, FitResult *result)
+{
+    Correction &correction = result->correction;
+    const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);
+    correction.zoom = result->zoom = framing.zoom;
+    if (framing.isBounded)
+        result->assumed << QStringLiteral("framed at the bound, a zoom of %1").arg(framing.zoom);
+    if (!correction.ChangesPositions())
+        return;
+    result->fieldShare = FieldShare(correction);
+    result->leavesEmpty = LeavesEmpty(correction);
+}

@@ -1,0 +1,202 @@
+#include "Framing.h"
+
+#include "CorrectionTwin.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+using Point = SourcePlaces::Point;
+
+constexpr int kBisections = 36;
+constexpr int kFirstSamples = 33; // of an edge
+
+/// Positions on the four edges, @p samples evenly on each.
+std::vector<Point> EdgePoints(double width, double height, int samples)
+{
+    std::vector<Point> points;
+    for (int i = 0; i < samples; ++i) {
+        const double share = double(i) / (samples - 1), x = share * (width - 1), y = share * (height - 1);
+        for (const Point &point : {Point{x, 0.0}, Point{x, height - 1}, Point{0.0, y}, Point{width - 1, y}})
+            points.push_back(point);
+    }
+    return points;
+}
+
+/// For its positions alone.
+CorrectionTwin Unframed(Correction correction)
+{
+    correction.zoom = 1.0;
+    correction.light.reset();
+    return CorrectionTwin(correction);
+}
+
+/// The least zoom that leaves no pixel empty; above kMostZoom if none does.
+class FillSearch {
+public:
+    explicit FillSearch(const Correction &correction)
+        : m_twin(Unframed(correction)), m_width(correction.width), m_height(correction.height)
+    {
+    }
+
+    double Zoom()
+    {
+        m_points = EdgePoints(m_width, m_height, kFirstSamples);
+        double zoom = Bisect(kLeastZoom);
+        // Pixels between the samples that are still empty join them. Every pixel counts in the end, but few rounds
+        // need to look at all of them.
+        for (int step : {16, 1, 1, 1}) {
+            if (zoom > kMostZoom)
+                break;
+            if (AddEmptyPixels(zoom, step))
+                zoom = Bisect(zoom);
+            else if (step == 1)
+                break;
+        }
+        return zoom;
+    }
+
+private:
+    /// To the pixels' outer edges: what the twin allows beyond them is for rounding.
+    bool Holds(const Point &place) const
+    {
+        return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
+    }
+
+    SourcePlaces PlacesOf(const Point &pixel, double zoom) const
+    {
+        const double middleX = (m_width - 1) / 2.0, middleY = (m_height - 1) / 2.0;
+        return m_twin.At(middleX + (pixel.x - middleX) / zoom, middleY + (pixel.y - middleY) / zoom);
+    }
+
+    bool Covers(double zoom) const
+    {
+        return std::all_of(m_points.begin(), m_points.end(), [&](const Point &pixel) {
+            const SourcePlaces places = PlacesOf(pixel, zoom);
+            return !places.folded && Holds(places.red) && Holds(places.green) && Holds(places.blue);
+        });
+    }
+
+    double Bisect(double low) const
+    {
+        double high = kMostZoom;
+        if (Covers(low))
+            return low;
+        if (!Covers(high))
+            return 2.0 * kMostZoom;
+        for (int i = 0; i < kBisections; ++i) {
+            const double middle = (low + high) / 2.0;
+            (Covers(middle) ? high : low) = middle;
+        }
+        return high;
+    }
+
+    bool AddEmptyPixels(double zoom, int step)
+    {
+        const size_t before = m_points.size();
+        const auto add = [&](int x, int y) {
+            const Point pixel{double(x), double(y)};
+            if (m_twin.IsEmpty(PlacesOf(pixel, zoom)))
+                m_points.push_back(pixel);
+        };
+        for (int x = 0; x < m_width; x += step) {
+            add(x, 0);
+            add(x, m_height - 1);
+        }
+        for (int y = 0; y < m_height; y += step) {
+            add(0, y);
+            add(m_width - 1, y);
+        }
+        return m_points.size() > before;
+    }
+
+    const CorrectionTwin m_twin;
+    const int m_width, m_height;
+    std::vector<Point> m_points;
+};
+
+/// Where the corrected picture, unframed, shows a place of the source. False if nowhere.
+bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
+{
+    Point at = place;
+    for (int i = 0; i < 100; ++i) {
+        const double step = 1.0; // of the slopes
+        const Point here = twin.At(at.x, at.y).green, right = twin.At(at.x + step, at.y).green,
+                    below = twin.At(at.x, at.y + step).green;
+        const double a = right.x - here.x, b = below.x - here.x, c = right.y - here.y, d = below.y - here.y;
+        const double determinant = a * d - b * c, dx = place.x - here.x, dy = place.y - here.y;
+        if (!(determinant > 1e-9))
+            return false; // at a fold
+        if (std::abs(dx) + std::abs(dy) < 1e-3) {
+            *shown = at;
+            return !twin.At(at.x, at.y).folded;
+        }
+        at.x += std::clamp((d * dx - b * dy) / determinant, -1000.0, 1000.0);
+        at.y += std::clamp((a * dy - c * dx) / determinant, -1000.0, 1000.0);
+    }
+    return false;
+}
+
+double ZoomForAll(const Correction &correction)
+{
+    const CorrectionTwin twin = Unframed(correction);
+    const double halfWidth = (correction.width - 1) / 2.0, halfHeight = (correction.height - 1) / 2.0;
+    double zoom = 2.0 * kMostZoom;
+    for (const Point &edge : EdgePoints(correction.width, correction.height, kFirstSamples)) {
+        Point shown{};
+        if (!Shows(twin, edge, &shown))
+            return 0.0; // beyond a fold: as much as the bound allows
+        zoom = std::min({zoom, halfWidth / std::abs(shown.x - halfWidth), halfHeight / std::abs(shown.y - halfHeight)});
+    }
+    return zoom;
+}
+
+} // namespace
+
+FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor)
+{
+    double zoom = framing == Framing::Factor ? factor : 1.0;
+    if (correction.geometry && framing == Framing::Fill)
+        zoom = FillSearch(correction).Zoom();
+    else if (correction.geometry && framing == Framing::All)
+        zoom = ZoomForAll(correction);
+    const double bounded = std::clamp(zoom, kLeastZoom, kMostZoom);
+    // Filled at the least zoom already: a smaller one would do as well.
+    return {bounded, bounded != zoom || (framing == Framing::Fill && correction.geometry && zoom == kLeastZoom)};
+}
+
+bool LeavesEmpty(const Correction &correction)
+{
+    Correction positions = correction;
+    positions.light.reset(); // not needed, and a curve to evaluate
+    return CorrectionTwin(positions).LeavesEmpty();
+}
+
+double FieldShare(const Correction &correction)
+{
+    constexpr int kCells = 32;
+    Correction positions = correction;
+    positions.light.reset();
+    const CorrectionTwin twin(positions);
+    const double stepX = correction.width / double(kCells), stepY = correction.height / double(kCells);
+    const auto at = [&](double x, double y) { return twin.At(x * stepX - 0.5, y * stepY - 0.5); };
+    std::vector<Point> corners;
+    for (int y = 0; y <= kCells; ++y)
+        for (int x = 0; x <= kCells; ++x)
+            corners.push_back(at(x, y).green);
+    double area = 0.0;
+    for (int y = 0; y < kCells; ++y) {
+        for (int x = 0; x < kCells; ++x) {
+            if (twin.IsEmpty(at(x + 0.5, y + 0.5)))
+                continue;
+            const Point *above = &corners[size_t(y * (kCells + 1) + x)], *below = above + kCells + 1;
+            // Of the cell in the source, by its diagonals.
+            area += ((below[1].x - above[0].x) * (below[0].y - above[1].y)
+                     - (below[0].x - above[1].x) * (below[1].y - above[0].y))
+                / 2.0;
+        }
+    }
+    return std::clamp(area / correction.width / correction.height, 0.0, 1.0);
+}

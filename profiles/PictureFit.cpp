@@ -1,0 +1,200 @@
+#include "PictureFit.h"
+
+#include "CorrectionTwin.h"
+#include "LensfunFit.h"
+#include "PictureFrame.h"
+
+#include <QDir>
+#include <QMutexLocker>
+#include <QStandardPaths>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kKeptProfiles = 8; // a job's pictures share few
+constexpr double kAlikePx = 3.0, kAlikeEv = 0.1;
+
+/// Parent folders of drive_c, as Wine and the programs around it make them; * stands for any name.
+constexpr const char *kWinePrefixes[] = {
+    ".wine",
+    ".local/share/wineprefixes/*",
+    ".PlayOnLinux/wineprefix/*",
+    ".local/share/bottles/bottles/*",
+    ".var/app/com.usebottles.bottles/data/bottles/bottles/*",
+    "Games/*",
+};
+constexpr const char *kProfilesInPrefix[] = {
+    "drive_c/ProgramData/Adobe/CameraRaw/LensProfiles",
+    "drive_c/users/*/AppData/Roaming/Adobe/CameraRaw/LensProfiles",
+    "drive_c/users/*/Application Data/Adobe/CameraRaw/LensProfiles",
+};
+
+/// The folders that a pattern with * as whole names stands for.
+QStringList Expanded(const QString &base, const QStringList &parts)
+{
+    if (parts.isEmpty())
+        return {base};
+    const QStringList rest = parts.mid(1);
+    if (parts.first() != QLatin1String("*")) {
+        const QString folder = base + QLatin1Char('/') + parts.first();
+        return QDir(folder).exists() ? Expanded(folder, rest) : QStringList();
+    }
+    QStringList found;
+    const QStringList names = QDir(base).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &name : names)
+        found += Expanded(base + QLatin1Char('/') + name, rest);
+    return found;
+}
+
+template <typename T> void Override(const T &typed, Fact<T> *fact)
+{
+    fact->value = typed;
+    fact->source = QStringLiteral("typed");
+}
+
+PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
+{
+    if (!typed.lens.isEmpty()) {
+        facts.lensNames = QVector<Fact<QString>>(1);
+        Override(typed.lens, &facts.lensNames.first());
+        facts.lensIds.clear();
+        for (auto *number :
+             {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax})
+            *number = {};
+    }
+    if (!typed.body.isEmpty())
+        Override(typed.body, &facts.model);
+    if (typed.focalMm)
+        Override(*typed.focalMm, &facts.focalMm);
+    if (typed.aperture)
+        Override(*typed.aperture, &facts.aperture);
+    if (typed.distanceM)
+        Override(*typed.distanceM, &facts.distanceM);
+    return facts;
+}
+
+double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
+{
+    return std::hypot(a.x - b.x, a.y - b.y);
+}
+
+/// Whether two corrections of one picture differ little at its corners and the middles of its sides.
+bool AreAlike(const Correction &a, const Correction &b)
+{
+    const CorrectionTwin one(a), other(b);
+    for (const double x : {0.0, 0.5, 1.0})
+        for (const double y : {0.0, 0.5, 1.0}) {
+            const SourcePlaces mine = one.At(x * (a.width - 1), y * (a.height - 1));
+            const SourcePlaces theirs = other.At(x * (a.width - 1), y * (a.height - 1));
+            if (mine.folded != theirs.folded || Distance(mine.red, theirs.red) > kAlikePx
+                || Distance(mine.green, theirs.green) > kAlikePx || Distance(mine.blue, theirs.blue) > kAlikePx
+                || std::fabs(std::log2(mine.gain / theirs.gain)) > kAlikeEv)
+                return false;
+        }
+    return true;
+}
+
+} // namespace
+
+QStringList DefaultProfileFolders()
+{
+    QStringList folders = QStandardPaths::locateAll(
+        QStandardPaths::GenericDataLocation, QStringLiteral("vitrelux/profiles"), QStandardPaths::LocateDirectory);
+    for (const char *prefix : kWinePrefixes)
+        for (const char *place : kProfilesInPrefix)
+            folders +=
+                Expanded(QDir::homePath(),
+                         (QLatin1String(prefix) + QLatin1Char('/') + QLatin1String(place)).split(QLatin1Char('/')));
+    return folders;
+}
+
+PictureFitter::PictureFitter(const QStringList &folders, const QString &cacheFile)
+    : m_folders(folders), m_index(cacheFile)
+{
+}
+
+FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions &options)
+{
+    const PictureFacts facts = WithTyped(pictureFacts, options.typed);
+    if (!options.profile.isEmpty()) {
+        FitResult result = FitChosen(options.profile, facts, options);
+        result.reason = QStringLiteral("chosen");
+        return result;
+    }
+    FitResult none;
+    if (options.source != ProfileSource::Lensfun) {
+        const ProfileMatch match = Find(facts, options);
+        if (!match.path.isEmpty()) {
+            FitResult result = FitChosen(match.path, facts, options);
+            result.reason = match.reason;
+            result.assumed = match.notes + result.assumed;
+            return result;
+        }
+        none.why = match.reason;
+        none.nearest = match.nearest;
+        none.isAmbiguous = match.isAmbiguous;
+    }
+    if (options.source == ProfileSource::Lcp || none.isAmbiguous)
+        return none;
+    FitResult result = FitByLensfun(facts, options);
+    if (result.profile.isEmpty() && !none.why.isEmpty()) {
+        result.why = none.why + QLatin1String("; ") + result.why;
+        result.nearest = none.nearest + result.nearest;
+    }
+    return result;
+}
+
+FitResult PictureFitter::FitChosen(const QString &path, const PictureFacts &facts, const FitOptions &options)
+{
+    QString error;
+    const Profile profile = Read(path, &error);
+    if (profile)
+        return ::Fit(*profile, facts, options);
+    FitResult result;
+    result.why = QStringLiteral("%1: %2").arg(path, error);
+    return result;
+}
+
+PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
+{
+    const QMutexLocker lock(&m_mutex);
+    for (int i = 0; i < m_read.size(); ++i) {
+        if (m_read[i].first == path) {
+            m_read.move(i, 0);
+            return m_read.first().second;
+        }
+    }
+    const auto profile = std::make_shared<LensProfile>(ReadLensProfile(path, error));
+    if (profile->entries.isEmpty())
+        return nullptr;
+    m_read.prepend({path, profile});
+    m_read.resize(std::min(m_read.size(), kKeptProfiles));
+    return profile;
+}
+
+ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &options)
+{
+    QVector<IndexedProfile> profiles;
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (!m_scanned)
+            m_index.Scan(m_folders);
+        m_scanned = true;
+        profiles = m_index.Profiles(); // shared, not copied
+    }
+    ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
+                                return CorrectAlike(path, otherPath, facts, options);
+                            }});
+    return matcher.Match(profiles, facts);
+}
+
+bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
+                                 const FitOptions &options)
+{
+    FitOptions unframed = options;
+    unframed.framing = Framing::Keep;
+    const Correction a = FitChosen(path, facts, unframed).correction;
+    const Correction b = FitChosen(otherPath, facts, unframed).correction;
+    return a.ChangesAnything() && b.ChangesAnything() && AreAlike(a, b);
+}

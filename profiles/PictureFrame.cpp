@@ -1,0 +1,243 @@
+#include "PictureFrame.h"
+
+#include "ImageDef.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double kSameAspect = 1.02;
+constexpr double kCropMode = 1.05;
+constexpr double kMiddleCrop = 0.01; // a crop this near to the middle counts as lying there
+
+QString Plain(const QString &name)
+{
+    return name.simplified().toCaseFolded();
+}
+
+/// "Canon EOS 60D" and "EOS 60D" are one where the maker is Canon.
+bool IsSameModel(const QString &a, const QString &b, const QString &make)
+{
+    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // of "NIKON CORPORATION"
+    const auto bare = [&brand](const QString &name) { return name.startsWith(brand) ? name.mid(brand.size()) : name; };
+    return !a.isEmpty() && bare(a) == bare(b);
+}
+
+double Aspect(const QSize &size)
+{
+    return size.isEmpty() ? 0.0 : double(size.width()) / size.height();
+}
+
+double LongOverShort(double width, double height)
+{
+    return std::max(width, height) / std::min(width, height);
+}
+
+QString Percent(double share)
+{
+    return QStringLiteral("%1 %").arg(share * 100.0, 0, 'f', 0);
+}
+
+} // namespace
+
+double LongSideMm(double factor, double width, double height)
+{
+    if (!(factor > 0.0) || !(width > 0.0) || !(height > 0.0))
+        return 0.0;
+    return kFullFrameDiagonalMm / factor * std::max(width, height) / std::hypot(width, height);
+}
+
+double CameraFactor(const QString &make, const QString &model)
+{
+    if (make.isEmpty() || model.isEmpty())
+        return 0.0;
+    return std::max(0.0, static_cast<double>(ImageDef::g_Cameras.GetSensorSize(make, model)));
+}
+
+PictureVector Turned(Orientation turn, const PictureVector &vector)
+{
+    const double x = vector.x, y = vector.y;
+    switch (turn) { // EXIF 2.3, Orientation: the sides on which the first row and column are shown
+    case 2:
+        return {-x, y};
+    case 3:
+        return {-x, -y};
+    case 4:
+        return {x, -y};
+    case 5:
+        return {y, x};
+    case 6:
+        return {-y, x};
+    case 7:
+        return {-y, -x};
+    case 8:
+        return {y, -x};
+    default:
+        return {x, y};
+    }
+}
+
+bool IsSameBody(const ProfileEntry &entry, const PictureBody &body)
+{
+    const QString model = Plain(body.model), make = Plain(body.make.isEmpty() ? entry.make : body.make);
+    const QString names[] = {entry.model, entry.uniqueModel, entry.cameraName};
+    return std::any_of(std::begin(names), std::end(names),
+                       [&](const QString &name) { return IsSameModel(model, Plain(name), make); });
+}
+
+PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
+    : m_facts(facts), m_body(body), m_bodyFactor(CameraFactor(body.make, body.model))
+{
+    m_place.turn = facts.readerTurn;
+    m_place.width = facts.pixels.width();
+    m_place.height = facts.pixels.height();
+    if (facts.readerTurn >= 5)
+        std::swap(m_place.width, m_place.height);
+    if (!facts.crop.Known() || !(facts.crop.value.width() > 0.0) || !(facts.crop.value.height() > 0.0))
+        return;
+    const QRectF &crop = facts.crop.value;
+    m_place.width /= crop.width();
+    m_place.height /= crop.height();
+    m_place.middleX = (crop.center().x() - 0.5) * m_place.width;
+    m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
+}
+
+double PictureFrame::FrameShare(double factor, QStringList *assumed) const
+{
+    double crop = 1.0;
+    if (factor > 0.0 && m_facts.focal35Mm.value > 0.0 && m_facts.focalMm.value > 0.0) {
+        const double expected = m_facts.focalMm.value * factor, given = m_facts.focal35Mm.value;
+        const bool isRounded = std::abs(given - expected) <= 0.5; // whole millimeters
+        if (given > expected * kCropMode && !isRounded) {
+            crop = given / expected;
+            *assumed << QStringLiteral("a part of the sensor, %1 of its sides, by the 35 mm equivalent of %2 mm")
+                            .arg(Percent(1.0 / crop))
+                            .arg(given);
+        } else if (given * kCropMode < expected && !isRounded) {
+            *assumed << QStringLiteral("the whole sensor, though the 35 mm equivalent of %1 mm would need a larger one")
+                            .arg(given);
+        }
+    }
+    const double zoom = m_facts.digitalZoom.value;
+    if (zoom > crop * 1.01) { // makers count it into the 35 mm equivalent or not
+        crop = zoom;
+        *assumed
+            << QStringLiteral("a part of the sensor, %1 of its sides, by the digital zoom").arg(Percent(1.0 / zoom));
+    }
+    return 1.0 / crop;
+}
+
+/// Whether the picture was turned upright, or the other way, before it was stored.
+bool PictureFrame::LiesAcross(const ProfileEntry &entry) const
+{
+    if (!m_facts.crop.Known())
+        return entry.height > entry.width ? m_place.width > m_place.height : m_place.height > m_place.width;
+    // A part may have any shape: of both ways to lie, the one that gives the whole the profile's proportions.
+    const double profileAspect = entry.width > 0.0 && entry.height > 0.0 ? entry.width / entry.height : 1.5;
+    const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
+    const PictureVector across = SidesAcross();
+    return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
+}
+
+/// The sides of the whole picture if the picture at hand was turned by a right angle.
+PictureVector PictureFrame::SidesAcross() const
+{
+    const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
+    const double share = crop.width() / crop.height();
+    return {m_place.height / share, m_place.width * share};
+}
+
+/// Sets the ratio of the frames and the focal length of models that don't state it.
+/// @param aspect  of the picture's frame.
+bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const
+{
+    const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;
+    double factor =
+        isSame ? m_bodyFactor : CameraFactor(entry.make, entry.model.isEmpty() ? entry.uniqueModel : entry.model);
+    if (!(factor > 0.0))
+        factor = entry.sensorFormatFactor;
+    const double profileLong = hasSize ? LongSideMm(factor, entry.width, entry.height)
+        : isSame                       ? LongSideMm(factor, aspect, 1.0)
+                                       : 0.0;
+    frame->focalLength = profileLong > 0.0 ? entry.focalMm / profileLong : 0.0;
+    if (isSame) {
+        frame->ratio = FrameShare(factor, &frame->assumed);
+        return true;
+    }
+    double pictureLong = LongSideMm(m_bodyFactor, aspect, 1.0);
+    if (!(pictureLong > 0.0))
+        pictureLong = m_facts.focalPlaneWidthMm.value;
+    if (!(pictureLong > 0.0)) {
+        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't tell its camera")
+                                      : QStringLiteral("the size of the sensor of \"%1\" is unknown").arg(m_body.model);
+        return false;
+    }
+    if (!(profileLong > 0.0)) {
+        *why = QStringLiteral("the size of the frame that the profile was made from is unknown");
+        return false;
+    }
+    frame->ratio = pictureLong / profileLong * FrameShare(m_bodyFactor, &frame->assumed);
+    frame->assumed << QStringLiteral("made with another body, %1: the picture's frame is %2 of its frame")
+                          .arg(entry.model.isEmpty() ? entry.cameraName : entry.model, Percent(frame->ratio));
+    return true;
+}
+
+bool PictureFrame::LimitRatio(bool chosen, EntryFrame *frame, QString *why) const
+{
+    if (frame->ratio <= kMaxFrameRatio)
+        return true;
+    const QString text = QStringLiteral("the profile was made from a smaller frame (the picture's is %1 of it)")
+                             .arg(Percent(frame->ratio));
+    if (chosen)
+        frame->assumed << text + QStringLiteral(": its edges are extrapolated");
+    else
+        *why = text;
+    return chosen;
+}
+
+std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool chosen, QString *why) const
+{
+    EntryFrame frame;
+    PictureVector sides{m_place.width, m_place.height};
+    const bool liesAcross = LiesAcross(entry);
+    if (liesAcross && m_facts.crop.Known()) {
+        sides = SidesAcross();
+        const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
+        if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
+            *why = QStringLiteral("the picture was cut from one that was turned, and nothing tells its place there");
+            return std::nullopt;
+        }
+    }
+    const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;
+    const double pictureAspect = LongOverShort(sides.x, sides.y), ownAspect = Aspect(m_facts.original.value);
+    const double aspect = isSame && hasSize ? LongOverShort(entry.width, entry.height)
+        : ownAspect > 0.0                   ? LongOverShort(ownAspect, 1.0)
+                                            : pictureAspect;
+    if (!SetRatio(entry, aspect, &frame, why) || !LimitRatio(chosen, &frame, why))
+        return std::nullopt;
+
+    const bool isWider = pictureAspect > aspect * kSameAspect, isNarrower = pictureAspect * kSameAspect < aspect;
+    const double longPx = isNarrower ? std::min(sides.x, sides.y) * aspect : std::max(sides.x, sides.y);
+    frame.unitPx = longPx / frame.ratio;
+    frame.tangential = !liesAcross;
+    if (isWider || isNarrower)
+        frame.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
+    if (liesAcross)
+        frame.assumed << QStringLiteral("turned in an unknown way: the lens's center is the picture's middle");
+    if (isSame && hasSize && !isWider && !isNarrower && !liesAcross)
+        frame.frameHeight = entry.height / entry.width;
+    return frame;
+}
+
+PictureVector PictureFrame::CenterOf(const ProfileModel &model, const EntryFrame &frame) const
+{
+    PictureVector fromMiddle{-m_place.middleX, -m_place.middleY};
+    if (frame.frameHeight > 0.0) {
+        const double width = frame.frameHeight > 1.0 ? frame.unitPx / frame.frameHeight : frame.unitPx;
+        fromMiddle.x += (model.centerX - 0.5) * width;
+        fromMiddle.y += (model.centerY - 0.5) * width * frame.frameHeight;
+    }
+    const PictureVector turned = Turned(m_place.turn, fromMiddle);
+    return {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};
+}

@@ -1,0 +1,45 @@
+// Entries blended into the maps of a correction. Coefficients can't be blended, so curves are.
+#pragma once
+
+#include "Correction.h"
+#include "FitOptions.h"
+#include "MapTables_p.h"
+#include "PictureFrame.h"
+#include "ProfileGrid.h"
+
+/// Entries with what they need to become a map of one picture.
+struct BlendPart {
+    const ProfileEntry *entry;
+    EntryFrame frame;
+    double weight; // the sum over all parts is 1
+};
+using BlendParts = QVector<BlendPart>;
+
+/// Blends maps of one picture. Radii reach as far as any framing asks for.
+class ProfileBlend {
+public:
+    /// @p frame must outlive the object. @p pixels is the picture's size.
+    ProfileBlend(const PictureFrame &frame, const QSize &pixels) : m_frame(frame), m_pixels(pixels) { }
+
+    /// From the corrected picture to the source. @p byGreen: by green's model where an entry has one.
+    /// @param amount  share of the displacement.
+    RadialMap Geometry(const BlendParts &parts, bool byGreen, Projection projection, double amount) const;
+    /// From green's place to red's or blue's, by @p color (&ProfileEntry::redGreen or blueGreen); entries without it
+    /// leave the color where it is.
+    RadialMap Color(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*color, double amount) const;
+    /// @param amount  share of the exposure values.
+    GainMap Light(const BlendParts &parts, double amount) const;
+
+private:
+    struct Part {
+        const ProfileModel *model; // null: the identity
+        bool isFisheye;
+        double unitPx; // focal length
+        double weight;
+    };
+    Part PartOf(const BlendPart &part, const ProfileModel *model) const;
+    MapMiddle MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const;
+
+    const PictureFrame &m_frame;
+    QSize m_pixels;
+};

@@ -1,0 +1,221 @@
+#include "ProfileGrid.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
+constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
+
+/// f-number, for comparing.
+double Aperture(const ProfileEntry &entry)
+{
+    return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;
+}
+
+/// Sorts entries by a value and hands on each run of values that are one. Equal values keep the file's order.
+template <typename Value, typename Take>
+void ForEachRun(QVector<int> entries, double same, const Value &value, const Take &take)
+{
+    std::stable_sort(entries.begin(), entries.end(), [&](int a, int b) { return value(a) < value(b); });
+    for (int begin = 0, end = 0; begin < entries.size(); begin = end) {
+        const double least = value(entries[begin]);
+        while (end < entries.size() && (value(entries[end]) == least || value(entries[end]) <= least * same))
+            ++end;
+        QVector<int> run = entries.mid(begin, end - begin);
+        std::sort(run.begin(), run.end()); // the file's order
+        take(run);
+    }
+}
+
+/// Where a value lies among ascending ones: between first and second, which are equal at the ends.
+struct Bracket {
+    int first = 0, second = 0;
+    double share = 0.0; // of the second
+};
+
+/// @p places must be monotonous.
+Bracket Find(const QVector<double> &places, double at)
+{
+    const bool isFalling = places.first() > places.last();
+    const auto found = std::lower_bound(places.begin(), places.end(), at,
+                                        [isFalling](double a, double b) { return isFalling ? a > b : a < b; });
+    const int second = int(found - places.begin());
+    if (second == 0)
+        return {0, 0, 0.0};
+    if (second == places.size())
+        return {second - 1, second - 1, 0.0};
+    const double from = places[second - 1], to = places[second];
+    return {second - 1, second, (at - from) / (to - from)};
+}
+
+template <typename Items, typename Place> Bracket FindAmong(const Items &items, double at, const Place &place)
+{
+    QVector<double> places;
+    for (const auto &item : items)
+        places.append(place(item));
+    return Find(places, at);
+}
+
+double ApertureTerm(double apertureApex)
+{
+    return std::exp2(-apertureApex); // 1 / N^2
+}
+
+QString Numeral(double value)
+{
+    return QString::number(value, 'g', 4);
+}
+
+} // namespace
+
+bool Holds(const ProfileEntry &entry, Quantity quantity)
+{
+    switch (quantity) {
+    case Quantity::Geometry:
+        return entry.geometry || entry.green;
+    case Quantity::Color:
+        return entry.redGreen || entry.blueGreen;
+    case Quantity::Light:
+        return entry.vignette.has_value();
+    }
+    return false;
+}
+
+ProfileGrid::ProfileGrid(const LensProfile &profile, Quantity quantity, const std::function<bool(int)> &serves)
+    : m_profile(profile), m_quantity(quantity)
+{
+    QVector<int> kinds[2];
+    bool isFocalGiven = false;
+    for (int i = 0; i < profile.entries.size(); ++i) {
+        const ProfileEntry &entry = profile.entries[i];
+        if (!Holds(entry, quantity) || !serves(i))
+            continue;
+        kinds[entry.kind == ProfileEntry::Kind::Fisheye].append(i);
+        isFocalGiven |= entry.focalMm > 0.0;
+    }
+    for (QVector<int> &entries : kinds) {
+        if (isFocalGiven) // those that don't tell theirs have no place among others
+            entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                         [&](int i) { return !(profile.entries[i].focalMm > 0.0); }),
+                          entries.end());
+        Insert(entries);
+    }
+    std::stable_sort(m_focals.begin(), m_focals.end(),
+                     [](const Focal &a, const Focal &b) { return a.focalMm < b.focalMm; });
+}
+
+void ProfileGrid::Insert(QVector<int> entries)
+{
+    ForEachRun(
+        entries, kSameFocal, [this](int i) { return m_profile.entries[i].focalMm; },
+        [this](const QVector<int> &run) {
+            const ProfileEntry &last = m_profile.entries[run.last()];
+            m_focals.append(Focal{last.focalMm, last.kind, {}});
+            InsertDistances(run, &m_focals.last());
+        });
+}
+
+void ProfileGrid::InsertDistances(QVector<int> entries, Focal *focal)
+{
+    ForEachRun(
+        entries, kSameDistance, [this](int i) { return m_profile.entries[i].distanceM; },
+        [this, focal](const QVector<int> &run) {
+            focal->distances.append(Distance{m_profile.entries[run.last()].distanceM, {}});
+            InsertCells(run, &focal->distances.last());
+        });
+    if (focal->distances.size() > 1 && focal->distances.first().distanceM == 0.0)
+        focal->distances.removeFirst(); // without a distance beside others that tell theirs
+}
+
+void ProfileGrid::InsertCells(QVector<int> entries, Distance *distance)
+{
+    ForEachRun(
+        entries, kSameAperture, [this](int i) { return Aperture(m_profile.entries[i]); },
+        [this, distance](const QVector<int> &run) {
+            const ProfileEntry &last = m_profile.entries[run.last()];
+            distance->cells.append(Cell{last.apertureApex, last.hasAperture, run.last()});
+            for (int i : run.mid(0, run.size() - 1))
+                m_replaced.append({i, run.last()});
+        });
+    if (distance->cells.size() > 1 && !distance->cells.first().hasAperture)
+        distance->cells.removeFirst();
+}
+
+GridChoice ProfileGrid::Choose(const Setting &setting) const
+{
+    GridChoice choice;
+    const Focal &shortest = m_focals.first(), &longest = m_focals.last();
+    const QString range = QStringLiteral("%1 to %2 mm").arg(Numeral(shortest.focalMm), Numeral(longest.focalMm));
+    Bracket at;
+    if (!setting.focalMm) {
+        if (m_focals.size() > 1) {
+            choice.why = QStringLiteral("the focal length is unknown, and the profile has entries from %1").arg(range);
+            return choice;
+        }
+        choice.assumed << QStringLiteral("focal length unknown: the profile's only one");
+    } else if (longest.focalMm > 0.0) {
+        at = FindAmong(m_focals, 1.0 / *setting.focalMm, [](const Focal &one) { return 1.0 / one.focalMm; });
+        if (*setting.focalMm > longest.focalMm * kBeyond || *setting.focalMm * kBeyond < shortest.focalMm)
+            choice.assumed << QStringLiteral("%1 mm lies outside the profile's %2: the nearest counts")
+                                  .arg(Numeral(*setting.focalMm),
+                                       m_focals.size() > 1 ? range : Numeral(longest.focalMm) + QStringLiteral(" mm"));
+    }
+    if (m_focals[at.first].kind != m_focals[at.second].kind) {
+        const int nearest = at.share < 0.5 ? at.first : at.second;
+        at = {nearest, nearest, 0.0};
+        choice.assumed << QStringLiteral("perspective and fisheye entries aren't mixed: the nearest counts");
+    }
+    const bool isWhole = AddFocal(m_focals[at.first], 1.0 - at.share, setting, &choice)
+        && AddFocal(m_focals[at.second], at.share, setting, &choice);
+    if (!isWhole)
+        choice.entries.clear();
+    choice.assumed.removeDuplicates();
+    return choice;
+}
+
+bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &setting, GridChoice *choice) const
+{
+    if (weight <= 0.0)
+        return true;
+    const QVector<Distance> &distances = focal.distances;
+    if (!setting.distanceM) {
+        if (distances.size() > 1)
+            choice->assumed << QStringLiteral("distance unknown: the farthest");
+        return AddDistance(distances.last(), weight, setting, choice);
+    }
+    const Bracket at =
+        FindAmong(distances, 1.0 / *setting.distanceM, [](const Distance &one) { return 1.0 / one.distanceM; });
+    return AddDistance(distances[at.first], weight * (1.0 - at.share), setting, choice)
+        && AddDistance(distances[at.second], weight * at.share, setting, choice);
+}
+
+bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Setting &setting, GridChoice *choice) const
+{
+    if (weight <= 0.0)
+        return true;
+    const auto add = [choice, weight](const Cell &cell, double share) {
+        if (weight * share > 0.0)
+            choice->entries.append({cell.entry, weight * share});
+        return true;
+    };
+    const QVector<Cell> &cells = distance.cells;
+    if (cells.size() == 1)
+        return add(cells.first(), 1.0);
+    if (m_quantity != Quantity::Light) { // hardly depends on the aperture: the nearest
+        const double apex = setting.aperture ? 2.0 * std::log2(*setting.aperture) : cells.last().apertureApex;
+        return add(*std::min_element(cells.begin(), cells.end(),
+                                     [apex](const Cell &a, const Cell &b) {
+                                         return std::abs(a.apertureApex - apex) < std::abs(b.apertureApex - apex);
+                                     }),
+                   1.0);
+    }
+    if (!setting.aperture) {
+        choice->why = QStringLiteral("the aperture is unknown, and the profile has several");
+        return false;
+    }
+    const Bracket at = FindAmong(cells, 1.0 / (*setting.aperture * *setting.aperture),
+                                 [](const Cell &one) { return ApertureTerm(one.apertureApex); });
+    return add(cells[at.first], 1.0 - at.share) && add(cells[at.second], at.share);
+}

@@ -1,0 +1,164 @@
+#include "ProfileXml_p.h"
+
+#include "XmlLimits.h"
+
+#include <QXmlStreamReader>
+
+#include <algorithm>
+
+namespace {
+
+constexpr char kRdf[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
+constexpr char kCamera[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
+
+/// Elements that hold values of their own instead of being one.
+constexpr const char *kModels[] = {
+    "PerspectiveModel",        "FisheyeModel",  "ChromaticGreenModel",         "ChromaticRedGreenModel",
+    "ChromaticBlueGreenModel", "VignetteModel", "VignetteModelPiecewiseParam",
+};
+constexpr const char *kLists[] = {"AlternateLensNames", "AlternateLensIDs"};
+
+template <size_t count> bool IsOneOf(const char *const (&names)[count], const QStringRef &name)
+{
+    return std::any_of(std::begin(names), std::end(names), [&](const char *one) { return name == QLatin1String(one); });
+}
+
+class Walk {
+public:
+    Walk(const QByteArray &content, const std::function<void(const ProfileNode &)> &take) : m_xml(content), m_take(take)
+    {
+    }
+
+    QString Run()
+    {
+        while (Next()) {
+            if (m_xml.isStartElement() && Is(kRdf, "li")) // lists inside an entry are read with it
+                ReadEntry();
+        }
+        return m_xml.hasError() ? QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString())
+                                : QString();
+    }
+
+private:
+    bool Is(const char *space, const char *name) const
+    {
+        return m_xml.namespaceUri() == QLatin1String(space) && m_xml.name() == QLatin1String(name);
+    }
+
+    /// Steps on. Returns false at the end and at the first fault.
+    bool Next()
+    {
+        m_line = m_xml.lineNumber(); // a tag begins where the token before it ends
+        switch (m_xml.readNext()) {
+        case QXmlStreamReader::StartElement:
+            if (++m_depth > kMaxXmlDepth)
+                m_xml.raiseError(QStringLiteral("elements nest deeper than %1 levels").arg(kMaxXmlDepth));
+            m_nodes += 1 + m_xml.attributes().size();
+            break;
+        case QXmlStreamReader::EndElement:
+            --m_depth;
+            break;
+        case QXmlStreamReader::DTD:
+            if (!m_xml.entityDeclarations().isEmpty())
+                m_xml.raiseError(QStringLiteral("the document declares entities"));
+            break;
+        case QXmlStreamReader::Comment:
+        case QXmlStreamReader::ProcessingInstruction:
+            ++m_nodes;
+            break;
+        default:
+            break;
+        }
+        if (m_nodes > kMaxXmlNodes)
+            m_xml.raiseError(QStringLiteral("more than %1 elements, attributes and comments").arg(kMaxXmlNodes));
+        return !m_xml.hasError() && !m_xml.atEnd();
+    }
+
+    void ReadEntry()
+    {
+        ProfileNode entry;
+        entry.line = m_line;
+        ReadNode(entry);
+        if (!m_xml.hasError())
+            m_take(entry);
+    }
+
+    /// From a start element to its end: everything in it belongs to @p node. The depth is limited by Next.
+    void ReadNode(ProfileNode &node)
+    {
+        for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
+            if (attribute.namespaceUri() == QLatin1String(kCamera))
+                node.fields.push_back({attribute.name().toString(), attribute.value().toString().trimmed(), m_line});
+        }
+        while (Next() && !m_xml.isEndElement()) {
+            if (m_xml.isStartElement())
+                ReadChild(node);
+        }
+    }
+
+    void ReadChild(ProfileNode &node)
+    {
+        const QStringRef name = m_xml.name();
+        if (Is(kRdf, "Description")) {
+            ReadNode(node);
+        } else if (m_xml.namespaceUri() != QLatin1String(kCamera)) {
+            SkipElement();
+        } else if (IsOneOf(kModels, name)) {
+            node.models.emplace_back();
+            node.models.back().name = name.toString();
+            node.models.back().line = m_line;
+            ReadNode(node.models.back());
+        } else if (IsOneOf(kLists, name)) {
+            ReadList(node);
+        } else {
+            ProfileField field{name.toString(), QString(), m_line};
+            field.value = Text();
+            node.fields.push_back(field);
+        }
+    }
+
+    void ReadList(ProfileNode &node)
+    {
+        node.lists.emplace_back(m_xml.name().toString(), QStringList());
+        QStringList &list = node.lists.back().second;
+        const int outside = m_depth - 1;
+        while (m_depth > outside && Next()) {
+            if (m_xml.isStartElement() && Is(kRdf, "li"))
+                list.append(Text());
+        }
+    }
+
+    /// The text of the element, to its end. Of several inside it, languages for example, the first.
+    QString Text()
+    {
+        QString text;
+        const int outside = m_depth - 1;
+        bool isWhole = false;
+        while (m_depth > outside && Next()) {
+            if (m_xml.isCharacters() && !isWhole)
+                text += m_xml.text();
+            else if (m_xml.isEndElement() && !text.trimmed().isEmpty())
+                isWhole = true;
+        }
+        return text.trimmed();
+    }
+
+    void SkipElement()
+    {
+        const int outside = m_depth - 1;
+        while (m_depth > outside && Next()) { }
+    }
+
+    QXmlStreamReader m_xml;
+    const std::function<void(const ProfileNode &)> &m_take;
+    qint64 m_line = 1;
+    int m_depth = 0;
+    int m_nodes = 0; // at most the bytes of the file
+};
+
+} // namespace
+
+QString ReadProfileXml(const QByteArray &content, const std::function<void(const ProfileNode &)> &take)
+{
+    return Walk(content, take).Run();
+}

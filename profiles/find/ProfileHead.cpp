@@ -1,0 +1,160 @@
+#include "ProfileHead.h"
+
+#include <QRegularExpression>
+#include <QVector>
+#include <QXmlStreamReader>
+
+namespace {
+
+constexpr const char *kCamera = "http://ns.adobe.com/photoshop/1.0/camera-profile";
+constexpr const char *kRdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
+constexpr int kMostDepth = 64;       // elements within elements; a profile has 12
+constexpr int kMostAlternates = 100; // names and numbers of one lens
+constexpr int kMostText = 4096;      // characters of one field
+
+void AddOnce(const QString &text, QStringList *list)
+{
+    const QString clean = text.simplified();
+    if (!clean.isEmpty() && !list->contains(clean) && list->size() < kMostAlternates)
+        list->append(clean);
+}
+
+/// "24/10" or "2.4"; 0 for "0/0" and for no number.
+double Rational(const QString &text)
+{
+    const int slash = text.indexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return text.toDouble();
+    const double below = text.midRef(slash + 1).toDouble();
+    return below != 0.0 ? text.leftRef(slash).toDouble() / below : 0.0;
+}
+
+void SetLensInfo(const QString &text, ProfileHead *head)
+{
+    const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (parts.size() != 4)
+        return;
+    head->minFocalMm = Rational(parts[0]);
+    head->maxFocalMm = Rational(parts[1]);
+    head->minAperture = Rational(parts[2]);
+    head->maxAperture = Rational(parts[3]);
+}
+
+/// Reads one entry. Every field counts, be it an attribute or an element's text; those of models are no names.
+class HeadReader {
+public:
+    HeadReader(QIODevice *device, ProfileHead *head) : m_xml(device), m_head(head) { }
+
+    bool Read(QString *error)
+    {
+        while (!m_xml.atEnd() && !m_done)
+            Next();
+        if (m_xml.hasError() && !m_done)
+            *error = QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString());
+        else if (m_tooDeep)
+            *error = QStringLiteral("elements within elements, over %1 deep").arg(kMostDepth);
+        else if (m_entryDepth < 0)
+            *error = QStringLiteral("no profile entry: expected rdf:li in photoshop:CameraProfiles");
+        else if (m_head->model.isEmpty() && m_head->lensNames.isEmpty())
+            *error = QStringLiteral("its first entry names neither camera nor lens");
+        else
+            return true;
+        return false;
+    }
+
+private:
+    void Next()
+    {
+        switch (m_xml.readNext()) {
+        case QXmlStreamReader::StartElement:
+            return Start();
+        case QXmlStreamReader::EndElement:
+            return End();
+        case QXmlStreamReader::Characters:
+            if (m_entryDepth >= 0 && m_text.size() < kMostText)
+                m_text += m_xml.text();
+            return;
+        default:
+            return;
+        }
+    }
+
+    void Start()
+    {
+        m_path.append(m_xml.name().toString());
+        m_text.clear();
+        m_tooDeep = m_done = m_path.size() > kMostDepth;
+        const bool isItem = m_xml.name() == QLatin1String("li") && m_xml.namespaceUri() == QLatin1String(kRdf);
+        if (m_entryDepth < 0) {
+            if (!isItem || !m_path.contains(QStringLiteral("CameraProfiles")))
+                return;
+            m_entryDepth = m_path.size();
+        }
+        const QXmlStreamAttributes attributes = m_xml.attributes();
+        for (const QXmlStreamAttribute &attribute : attributes)
+            if (attribute.namespaceUri() == QLatin1String(kCamera))
+                Take(attribute.name().toString(), attribute.value().toString());
+    }
+
+    void End()
+    {
+        if (m_path.size() == m_entryDepth)
+            m_done = true;
+        const QString field = m_path.isEmpty() ? QString() : m_path.takeLast();
+        if (m_entryDepth < 0)
+            return;
+        if (field == QLatin1String("li"))
+            TakeAlternate(m_text);
+        else if (m_xml.namespaceUri() == QLatin1String(kCamera))
+            Take(field, m_text);
+        m_text.clear();
+    }
+
+    void TakeAlternate(const QString &text)
+    {
+        if (m_path.contains(QStringLiteral("AlternateLensNames")))
+            AddOnce(text, &m_head->lensNames);
+        else if (m_path.contains(QStringLiteral("AlternateLensIDs")))
+            AddOnce(text, &m_head->lensIds);
+    }
+
+    void Take(const QString &field, const QString &text)
+    {
+        const QString value = text.simplified();
+        if (value.isEmpty())
+            return;
+        if (field == QLatin1String("Make"))
+            m_head->make = value;
+        else if (field == QLatin1String("Model")
+                 || (field == QLatin1String("UniqueCameraModel") && m_head->model.isEmpty()))
+            m_head->model = value;
+        else if (field == QLatin1String("Lens") || field == QLatin1String("LensPrettyName"))
+            AddOnce(value, &m_head->lensNames);
+        else if (field == QLatin1String("LensID"))
+            AddOnce(value, &m_head->lensIds);
+        else if (field == QLatin1String("LensInfo"))
+            SetLensInfo(value, m_head);
+        else if (field == QLatin1String("ImageWidth"))
+            m_head->width = Rational(value);
+        else if (field == QLatin1String("ImageLength"))
+            m_head->height = Rational(value);
+        else if (field == QLatin1String("SensorFormatFactor"))
+            m_head->sensorFormatFactor = Rational(value);
+        else if (field == QLatin1String("CameraRawProfile"))
+            m_head->raw = value.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
+    }
+
+    QXmlStreamReader m_xml;
+    ProfileHead *m_head;
+    QStringList m_path;    // names of the open elements
+    QString m_text;        // since the last tag
+    int m_entryDepth = -1; // size of m_path within the entry's own tag; -1: not there yet
+    bool m_done = false, m_tooDeep = false;
+};
+
+} // namespace
+
+bool ReadProfileHead(QIODevice *device, ProfileHead *head, QString *error)
+{
+    return HeadReader(device, head).Read(error);
+}

@@ -1,0 +1,24 @@
+// What finding needs of a profile: the names, the frame and the flags of its first entry.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+class QIODevice;
+
+struct ProfileHead {
+    QString make, model;     // of the camera
+    QStringList lensNames;   // Lens, LensPrettyName, alternate names; without empty and repeated ones
+    QStringList lensIds;     // LensID and alternate ones, as text
+    double minFocalMm = 0.0; // LensInfo, or out of a name; 0: not given
+    double maxFocalMm = 0.0;
+    double minAperture = 0.0; // f-number wide open, at the shortest and the longest focal length; 0: not given
+    double maxAperture = 0.0;
+    double width = 0.0, height = 0.0;
+    double sensorFormatFactor = 0.0;
+    bool raw = false;
+};
+
+/// Reads the first entry of a profile of any spelling and stops there.
+/// @return false, with the reason in @p error, if there is none, or if it names neither camera nor lens.
+bool ReadProfileHead(QIODevice *device, ProfileHead *head, QString *error);

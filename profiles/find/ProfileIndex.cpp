@@ -1,0 +1,197 @@
+#include "ProfileIndex.h"
+
+#include "LensName.h"
+#include "XmlLimits.h"
+
+#include <QCryptographicHash>
+#include <QDataStream>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace {
+
+constexpr quint32 kMagic = 0x564c5058; // "VLPX"
+constexpr quint32 kVersion = 1;        // another one is read anew: raise it with every change of what is stored
+constexpr qint64 kMaxCacheBytes = qint64(256) << 20;
+
+QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
+{
+    const ProfileHead &head = profile.head;
+    return out << profile.path << profile.bytes << profile.modifiedMs << profile.error << head.make << head.model
+               << head.lensNames << head.lensIds << head.minFocalMm << head.maxFocalMm << head.minAperture
+               << head.maxAperture << head.width << head.height << head.sensorFormatFactor << head.raw;
+}
+
+QDataStream &operator>>(QDataStream &in, IndexedProfile &profile)
+{
+    ProfileHead &head = profile.head;
+    return in >> profile.path >> profile.bytes >> profile.modifiedMs >> profile.error >> head.make >> head.model
+        >> head.lensNames >> head.lensIds >> head.minFocalMm >> head.maxFocalMm >> head.minAperture >> head.maxAperture
+        >> head.width >> head.height >> head.sensorFormatFactor >> head.raw;
+}
+
+QByteArray Checksum(const QByteArray &content)
+{
+    return QCryptographicHash::hash(content, QCryptographicHash::Md5);
+}
+
+/// Names tell what the file leaves out, so that a search needs to take few names apart.
+void CompleteNumbers(ProfileHead *head)
+{
+    for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
+        for (const LensName &name : ParseLensNames(head->lensNames[i])) {
+            head->minFocalMm = name.minFocalMm;
+            head->maxFocalMm = name.maxFocalMm;
+        }
+}
+
+IndexedProfile ReadProfile(const QFileInfo &info)
+{
+    IndexedProfile profile;
+    profile.path = info.filePath();
+    profile.bytes = info.size();
+    profile.modifiedMs = info.lastModified().toMSecsSinceEpoch();
+    QFile file(profile.path);
+    if (!info.isFile()) // a pipe without a writer would block for good
+        profile.error = QStringLiteral("not a regular file");
+    else if (profile.bytes > kMaxXmlBytes)
+        profile.error = QStringLiteral("larger than %1 MiB").arg(kMaxXmlBytes >> 20);
+    else if (!file.open(QIODevice::ReadOnly))
+        profile.error = file.errorString();
+    else if (ReadProfileHead(&file, &profile.head, &profile.error))
+        CompleteNumbers(&profile.head);
+    return profile;
+}
+
+bool IsBelow(const QString &path, const QStringList &folders)
+{
+    return std::any_of(folders.begin(), folders.end(), [&path](const QString &folder) {
+        return path.startsWith(folder) && path.size() > folder.size() && path[folder.size()] == QLatin1Char('/');
+    });
+}
+
+QStringList WholePaths(const QStringList &folders)
+{
+    QStringList whole;
+    for (const QString &folder : folders)
+        if (const QString path = QFileInfo(folder).canonicalFilePath(); !path.isEmpty() && !whole.contains(path))
+            whole.append(path);
+    return whole;
+}
+
+} // namespace
+
+QString ProfileIndex::DefaultCacheFile()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    return folder.isEmpty() ? QString() : folder + QLatin1String("/vitrelux/profiles.index");
+}
+
+ProfileIndex::ProfileIndex(const QString &cacheFile) : m_cacheFile(cacheFile)
+{
+    LoadCache();
+}
+
+bool ProfileIndex::Scan(const QStringList &folders)
+{
+    const QStringList whole = WholePaths(folders);
+    QStringList files;
+    for (const QString &folder : whole)
+        Walk(folder, 0, &files);
+    const bool complete = files.size() <= kMostProfiles;
+    files = files.mid(0, kMostProfiles);
+    std::sort(files.begin(), files.end());
+    files.removeDuplicates();
+
+    m_profiles.clear();
+    m_filesRead = 0;
+    for (const QString &path : qAsConst(files)) {
+        const QFileInfo info(path);
+        auto known = m_known.constFind(path);
+        if (known == m_known.constEnd() || known->bytes != info.size()
+            || known->modifiedMs != info.lastModified().toMSecsSinceEpoch()) {
+            ++m_filesRead;
+            known = m_known.insert(path, ReadProfile(info));
+        }
+        m_profiles.append(*known);
+    }
+    const int before = m_known.size();
+    for (auto known = m_known.begin(); known != m_known.end();)
+        known = IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key())
+            ? m_known.erase(known)
+            : std::next(known);
+    if (m_filesRead > 0 || m_known.size() != before)
+        SaveCache();
+    return complete;
+}
+
+/// Links to folders are followed only as far as kMostDepth, which ends circles.
+void ProfileIndex::Walk(const QString &folder, int depth, QStringList *files) const
+{
+    if (depth > kMostDepth || files->size() > kMostProfiles)
+        return;
+    QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+    while (entries.hasNext()) {
+        entries.next();
+        const QFileInfo info = entries.fileInfo();
+        if (info.isDir() && !info.isSymLink())
+            Walk(info.filePath(), depth + 1, files);
+        else if (info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
+            files->append(info.filePath());
+    }
+}
+
+void ProfileIndex::LoadCache()
+{
+    QFile file(m_cacheFile);
+    if (m_cacheFile.isEmpty() || !QFileInfo(m_cacheFile).isFile() || !file.open(QIODevice::ReadOnly))
+        return;
+    const QByteArray content = file.read(kMaxCacheBytes);
+    QDataStream in(content);
+    in.setVersion(QDataStream::Qt_5_15);
+    quint32 magic = 0, version = 0, count = 0;
+    QByteArray checksum, body;
+    in >> magic >> version >> checksum >> body;
+    if (in.status() != QDataStream::Ok || magic != kMagic || version != kVersion || checksum != Checksum(body))
+        return;
+    QDataStream records(body);
+    records.setVersion(QDataStream::Qt_5_15);
+    records >> count;
+    for (quint32 i = 0; i < count && records.status() == QDataStream::Ok; ++i) {
+        IndexedProfile profile;
+        records >> profile;
+        m_known.insert(profile.path, profile);
+    }
+    if (records.status() != QDataStream::Ok)
+        m_known.clear();
+}
+
+/// A cache that can't be written costs time, nothing else.
+void ProfileIndex::SaveCache() const
+{
+    if (m_cacheFile.isEmpty())
+        return;
+    QByteArray body, content;
+    {
+        QDataStream records(&body, QIODevice::WriteOnly);
+        records.setVersion(QDataStream::Qt_5_15);
+        records << quint32(m_known.size());
+        for (const IndexedProfile &profile : m_known)
+            records << profile;
+    }
+    QDataStream out(&content, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_5_15);
+    out << kMagic << kVersion << Checksum(body) << body;
+    QDir().mkpath(QFileInfo(m_cacheFile).path());
+    QSaveFile file(m_cacheFile);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(content);
+        file.commit();
+    }
+}

@@ -1,0 +1,403 @@
+#include "ProfileMatch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace {
+
+constexpr double kMostFrameRatio = 1.04; // a profile tells nothing outside the frame that it was made on
+constexpr double kFocalShare = 0.02;     // EXIF rounds focal lengths
+constexpr double kStopShare = 0.06;      // ... and f-numbers to thirds of a stop, "3.5" for 3.6
+
+enum class Body { Other, SameMaker, Same };
+
+struct Candidate {
+    const IndexedProfile *profile = nullptr;
+    LensName name; // the one of its names that fits best
+    double score = 0.0;
+    Body body = Body::Other;
+    bool rawFits = true;
+};
+
+struct Miss {
+    double score;
+    QString text;
+};
+
+QString Folded(const QString &text)
+{
+    QString folded;
+    for (const QChar c : text.toCaseFolded())
+        if (c.isLetterOrNumber())
+            folded += c;
+    return folded;
+}
+
+QString MakerOf(const QString &make)
+{
+    return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
+}
+
+/// Cameras whose makers' lenses don't fit on one another's bodies without an adapter.
+bool IsCameraMaker(const QString &maker)
+{
+    static const QStringList makers = {
+        QStringLiteral("canon"),    QStringLiteral("nikon"),   QStringLiteral("sony"),
+        QStringLiteral("pentax"),   QStringLiteral("olympus"), QStringLiteral("panasonic"),
+        QStringLiteral("fujifilm"), QStringLiteral("samsung"), QStringLiteral("hasselblad"),
+        QStringLiteral("minolta"),
+    };
+    return makers.contains(maker);
+}
+
+bool IsSubset(const LensName &name, const LensName &of)
+{
+    return of.marks.contains(name.marks) && of.words.contains(name.words)
+        && (of.marks != name.marks || of.words != name.words) && (name.maker.isEmpty() || name.maker == of.maker);
+}
+
+void CompleteNumbers(const PictureFacts &facts, LensName *name)
+{
+    if (!name->HasFocal() && facts.lensMinFocalMm.Known()) {
+        name->minFocalMm = facts.lensMinFocalMm.value;
+        name->maxFocalMm = facts.lensMaxFocalMm.Known() ? facts.lensMaxFocalMm.value : name->minFocalMm;
+    }
+    if (!name->HasAperture() && facts.lensMinApertureAtMin.Known()) {
+        name->maxAperture = facts.lensMinApertureAtMin.value;
+        name->maxApertureAtTele =
+            facts.lensMinApertureAtMax.Known() ? facts.lensMinApertureAtMax.value : name->maxAperture;
+    }
+}
+
+bool ContainsFocal(double minFocal, double maxFocal, double focal)
+{
+    return focal >= minFocal * (1.0 - kFocalShare) && focal <= maxFocal * (1.0 + kFocalShare);
+}
+
+/// Why a profile's LensInfo contradicts the setting of the picture; empty if it doesn't.
+QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
+{
+    if (head.minFocalMm > 0.0 && facts.focalMm.Known()
+        && !ContainsFocal(head.minFocalMm, std::max(head.minFocalMm, head.maxFocalMm), facts.focalMm.value))
+        return QStringLiteral("its lens has no %1 mm").arg(facts.focalMm.value);
+    const double widest = std::min(head.minAperture, head.maxAperture);
+    if (widest > 0.0 && facts.aperture.Known() && facts.aperture.value < widest * (1.0 - kStopShare))
+        return QStringLiteral("its lens doesn't open to f/%1").arg(facts.aperture.value);
+    return QString();
+}
+
+/// A quick no for nearly all of thousands of profiles, before names are taken apart.
+bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
+{
+    return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
+        return !name.HasFocal() || head.minFocalMm <= 0.0
+            || (std::fabs(head.minFocalMm - name.minFocalMm) <= kFocalShare * name.minFocalMm
+                && std::fabs(head.maxFocalMm - name.maxFocalMm) <= kFocalShare * name.maxFocalMm);
+    });
+}
+
+/// What a profile is called in messages.
+QString Title(const IndexedProfile &profile)
+{
+    const QString lens = profile.head.lensNames.isEmpty() ? QString() : profile.head.lensNames.first();
+    return QStringLiteral("\"%1\" on %2 (%3)").arg(lens, profile.head.model, profile.path);
+}
+
+bool IsSameLens(const LensName &a, const LensName &b)
+{
+    return CompareLensNames(a, b).fits || CompareLensNames(b, a).fits;
+}
+
+NameMatch Contradicted(NameMatch match, const QString &why)
+{
+    match.fits = false;
+    match.why = why;
+    return match;
+}
+
+/// Whether a name says nothing of a lens that could be taken off: compact cameras' profiles have such.
+bool IsFixedLensName(const LensName &name, const QString &model)
+{
+    return name.IsBare() || Folded(name.text).contains(Folded(model));
+}
+
+} // namespace
+
+bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
+{
+    const auto withoutMaker = [](const QString &maker, const QString &name) {
+        QString folded = Folded(name);
+        const QString prefix = Folded(MakerOf(maker));
+        if (!prefix.isEmpty() && folded.startsWith(prefix))
+            folded = folded.mid(prefix.size());
+        return folded;
+    };
+    const QString mine = withoutMaker(make, model), theirs = withoutMaker(otherMake, otherModel);
+    return !mine.isEmpty() && mine == theirs
+        && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
+}
+
+QVector<LensName> WantedLenses(const PictureFacts &facts)
+{
+    QVector<LensName> all;
+    for (const Fact<QString> &fact : facts.lensNames)
+        for (LensName name : ParseLensNames(fact.value)) {
+            CompleteNumbers(facts, &name);
+            if (name.HasFocal() || !name.IsBare())
+                all.append(name);
+        }
+    QVector<LensName> telling;
+    for (const LensName &name : qAsConst(all)) {
+        const bool lesser = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
+            return IsSubset(name, other) && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
+        });
+        if (!lesser)
+            telling.append(name);
+    }
+    return telling;
+}
+
+const QVector<LensName> &ProfileMatcher::Parsed(const QString &text)
+{
+    auto parsed = m_parsed.find(text);
+    if (parsed == m_parsed.end())
+        parsed = m_parsed.insert(text, ParseLensNames(text));
+    return *parsed;
+}
+
+namespace {
+
+/// One picture against all profiles.
+class Search {
+public:
+    using Parser = std::function<const QVector<LensName> &(const QString &)>;
+
+    Search(const PictureFacts &facts, const MatchHelp &help, Parser parsed)
+        : m_facts(facts), m_help(help), m_parsed(std::move(parsed)), m_wanted(WantedLenses(facts))
+    {
+        m_pictureFactor = help.cropFactor(facts.make.value, facts.model.value);
+    }
+
+    ProfileMatch Run(const QVector<IndexedProfile> &profiles)
+    {
+        for (const IndexedProfile &profile : profiles)
+            if (profile.error.isEmpty())
+                Consider(profile);
+        ProfileMatch match = m_candidates.isEmpty() ? None() : Choose();
+        if (!match.path.isEmpty() || !match.nearest.isEmpty())
+            return match;
+        std::sort(m_misses.begin(), m_misses.end(), [](const Miss &a, const Miss &b) { return a.score > b.score; });
+        for (int i = 0; i < std::min(m_misses.size(), 3); ++i)
+            match.nearest.append(m_misses[i].text);
+        return match;
+    }
+
+private:
+    bool IsFixedLens() const
+    {
+        return std::all_of(m_wanted.begin(), m_wanted.end(),
+                           [](const LensName &name) { return name.IsBare() && !name.HasAperture(); });
+    }
+
+    Body BodyOf(const ProfileHead &head) const
+    {
+        if (IsSameCamera(m_facts.make.value, m_facts.model.value, head.make, head.model))
+            return Body::Same;
+        return !head.make.isEmpty() && MakerOf(head.make) == MakerOf(m_facts.make.value) ? Body::SameMaker
+                                                                                         : Body::Other;
+    }
+
+    void Consider(const IndexedProfile &profile)
+    {
+        Candidate candidate;
+        candidate.profile = &profile;
+        candidate.body = BodyOf(profile.head);
+        candidate.rawFits = profile.head.raw == m_facts.raw;
+        if (IsFixedLens() ? !MatchFixedLens(&candidate) : !MatchNames(&candidate))
+            return;
+        QString why = WhyOutOfRange(profile.head, m_facts);
+        if (why.isEmpty() && candidate.body != Body::Same)
+            why = WhyFrameTooSmall(profile.head);
+        if (why.isEmpty())
+            m_candidates.append(candidate);
+        else
+            AddMiss(candidate, why);
+    }
+
+    bool MatchFixedLens(Candidate *candidate) const
+    {
+        const ProfileHead &head = candidate->profile->head;
+        if (candidate->body != Body::Same)
+            return false;
+        for (const QString &text : head.lensNames)
+            for (const LensName &name : m_parsed(text)) {
+                if (!IsFixedLensName(name, head.model))
+                    return false;
+                if (candidate->name.text.isEmpty() || name.HasFocal())
+                    candidate->name = name;
+            }
+        return head.minFocalMm > 0.0 || candidate->name.HasFocal();
+    }
+
+    bool MatchNames(Candidate *candidate)
+    {
+        const ProfileHead &head = candidate->profile->head;
+        if (!MayBeLens(head, m_wanted))
+            return false;
+        NameMatch best;
+        for (const QString &text : head.lensNames)
+            for (const LensName &offered : m_parsed(text))
+                for (const LensName &wanted : qAsConst(m_wanted)) {
+                    const NameMatch match = CompareOnBody(wanted, offered, *candidate);
+                    const bool better = match.fits != best.fits ? match.fits : match.score > best.score;
+                    if (candidate->name.text.isEmpty() || better) {
+                        best = match;
+                        candidate->name = offered;
+                    }
+                }
+        candidate->score = best.score;
+        if (!best.fits && best.sameFocal)
+            AddMiss(*candidate, best.why);
+        return best.fits;
+    }
+
+    /// Names that say little need more from the body.
+    NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
+    {
+        NameMatch match = CompareLensNames(wanted, offered);
+        const QString body = MakerOf(m_facts.make.value);
+        if (match.fits && wanted.words.contains(QStringLiteral("camera")) && candidate.body != Body::Same)
+            match = Contradicted(match, QStringLiteral("another device"));
+        if (match.fits && wanted.maker.isEmpty() && IsCameraMaker(offered.maker) && offered.maker != body)
+            match = Contradicted(match, QStringLiteral("another maker"));
+        if (match.fits && wanted.IsBare() && candidate.body == Body::Other)
+            match = Contradicted(match, QStringLiteral("another maker's camera"));
+        return match;
+    }
+
+    /// Why a profile of another body can't serve; empty if it can.
+    QString WhyFrameTooSmall(const ProfileHead &head) const
+    {
+        const double tableFactor = m_help.cropFactor(head.make, head.model);
+        const double factor = tableFactor > 0.0 ? tableFactor : head.sensorFormatFactor;
+        if (m_pictureFactor <= 0.0)
+            return QStringLiteral("made on another camera, and the sensor of %1 is unknown").arg(m_facts.model.value);
+        if (factor <= 0.0)
+            return QStringLiteral("made on another camera, of unknown sensor size");
+        const double ratio = factor / m_pictureFactor;
+        return ratio <= kMostFrameRatio
+            ? QString()
+            : QStringLiteral("made on a smaller sensor, which shows only %1 % of the field").arg(qRound(100.0 / ratio));
+    }
+
+    void AddMiss(const Candidate &candidate, const QString &why)
+    {
+        m_misses.append({candidate.score, Title(*candidate.profile) + QLatin1String(": ") + why});
+    }
+
+    ProfileMatch None() const
+    {
+        ProfileMatch match;
+        if (!m_facts.model.Known() && m_facts.lensNames.isEmpty())
+            match.reason = QStringLiteral("the picture doesn't say which camera and lens took it");
+        else if (IsFixedLens())
+            match.reason = QStringLiteral("no profile for the camera \"%1\", and the picture doesn't name its lens")
+                               .arg(m_facts.model.value);
+        else
+            match.reason = QStringLiteral("no profile for the lens \"%1\"").arg(m_wanted.first().text);
+        return match;
+    }
+
+    ProfileMatch Choose()
+    {
+        const auto better = [](const Candidate &a, const Candidate &b) { return a.score > b.score; };
+        std::stable_sort(m_candidates.begin(), m_candidates.end(), better);
+        const Candidate top = m_candidates.first();
+        QVector<Candidate> same, rivals;
+        constexpr double kSlack = 1.0; // spellings of one lens differ by more than this only in words
+        for (const Candidate &candidate : qAsConst(m_candidates)) {
+            if (IsFixedLens() || candidate.profile == top.profile || IsSameLens(top.name, candidate.name))
+                same.append(candidate);
+            else if (candidate.score >= top.score - kSlack)
+                rivals.append(candidate);
+        }
+        PreferByLensId(&same, &rivals);
+        std::stable_sort(same.begin(), same.end(), [](const Candidate &a, const Candidate &b) {
+            return a.body != b.body ? a.body > b.body : a.rawFits && !b.rawFits;
+        });
+        const Candidate &best = same.first();
+        for (const Candidate &other : qAsConst(same))
+            if (&other != &best && other.body == best.body && other.rawFits == best.rawFits)
+                rivals.append(other);
+        for (const Candidate &rival : qAsConst(rivals))
+            if (!m_help.correctAlike(best.profile->path, rival.profile->path))
+                return Equal(best, rival);
+        return Chosen(best);
+    }
+
+    /// A maker's number of the lens, where just some of the equal ones have it.
+    void PreferByLensId(QVector<Candidate> *same, QVector<Candidate> *rivals) const
+    {
+        const auto hasId = [this](const Candidate &candidate) {
+            if (candidate.body == Body::Other) // numbers hold within one maker
+                return false;
+            return std::any_of(m_facts.lensIds.begin(), m_facts.lensIds.end(), [&candidate](const Fact<QString> &id) {
+                return candidate.profile->head.lensIds.contains(id.value);
+            });
+        };
+        QVector<Candidate> named;
+        for (const QVector<Candidate> *list : {same, rivals})
+            std::copy_if(list->begin(), list->end(), std::back_inserter(named), hasId);
+        if (named.isEmpty())
+            return;
+        const LensName first = named.first().name;
+        const bool oneLens = std::all_of(named.begin(), named.end(),
+                                         [&first](const Candidate &each) { return IsSameLens(first, each.name); });
+        if (oneLens && !rivals->isEmpty()) {
+            *same = named;
+            rivals->clear();
+        }
+    }
+
+    static ProfileMatch Equal(const Candidate &best, const Candidate &rival)
+    {
+        ProfileMatch match;
+        match.isAmbiguous = true;
+        match.reason = QStringLiteral("two profiles fit equally well: %1 and %2; choose one with --profile")
+                           .arg(Title(*best.profile), Title(*rival.profile));
+        match.nearest = QStringList{Title(*best.profile), Title(*rival.profile)};
+        return match;
+    }
+
+    ProfileMatch Chosen(const Candidate &best) const
+    {
+        ProfileMatch match;
+        const ProfileHead &head = best.profile->head;
+        match.path = best.profile->path;
+        match.reason = IsFixedLens() ? QStringLiteral("made for the camera \"%1\"").arg(head.model)
+                                     : QStringLiteral("made for the lens \"%1\"").arg(best.name.text);
+        if (best.body != Body::Same)
+            match.notes.append(QStringLiteral("made on another camera, %1").arg(head.model));
+        if (!best.rawFits)
+            match.notes.append(head.raw ? QStringLiteral("made for raw pictures")
+                                        : QStringLiteral("made for rendered pictures"));
+        return match;
+    }
+
+    const PictureFacts &m_facts;
+    const MatchHelp &m_help;
+    Parser m_parsed;
+    QVector<LensName> m_wanted;
+    double m_pictureFactor = 0.0;
+    QVector<Candidate> m_candidates;
+    QVector<Miss> m_misses;
+};
+
+} // namespace
+
+ProfileMatch ProfileMatcher::Match(const QVector<IndexedProfile> &profiles, const PictureFacts &facts)
+{
+    return Search(facts, m_help, [this](const QString &text) -> const QVector<LensName> & { return Parsed(text); })
+        .Run(profiles);
+}

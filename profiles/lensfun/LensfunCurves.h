@@ -1,0 +1,36 @@
+// A lens of lensfun's database at one setting, as functions of the radius in pixels.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+struct lfLens;
+
+/// The frame that a lens's models are applied to.
+struct LensfunFrame {
+    double width = 0.0, height = 0.0; // of the whole picture that the camera took, in pixels
+    double cropFactor = 0.0;          // of the camera
+};
+
+/// What the picture was taken at. 0: unknown.
+struct LensfunSetting {
+    double focalMm = 0.0, aperture = 0.0, distanceM = 0.0;
+};
+
+/// Factors by the radius, in pixels from the center; absent where the database has no model. All are pure functions.
+struct LensfunCurves {
+    using Curve = std::function<double(double radiusPx)>;
+
+    double centerX = 0.0, centerY = 0.0; // from the middle of the whole picture, in pixels
+    std::optional<Curve> distortion;     // source radius over that in an ideal picture of the lens's projection
+    std::optional<Curve> red, blue;      // source radius over green's
+    std::optional<Curve> light;          // share of the light at the source radius, linear
+    /// Of fisheyes: the image height, in focal lengths, of a ray at an angle (radians) from the axis.
+    std::optional<Curve> imageHeight;
+    double focalPx = 0.0; // of fisheyes; the real focal length where the database has it
+};
+
+/// Interpolated by the library at @p setting. Formulas and norms are lensfun's (its manual, "Lens distortion",
+/// "Lateral chromatic aberration", "Vignetting"): radii of distortion and color in halves of the short side of the
+/// calibrated frame, of light in halves of its diagonal; sizes count pixel centers, so they are less by one.
+LensfunCurves CurvesOf(const lfLens &lens, const LensfunFrame &frame, const LensfunSetting &setting);

@@ -1,0 +1,261 @@
+#include "LensfunDatabase.h"
+
+#include "LensName.h"
+#include "PictureFrame.h"
+#include "ProfileMatch.h"
+
+#include <lensfun/lensfun.h>
+
+#include <QMutex>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+struct Camera {
+    QString make, model;
+    QString mount;           // a lower-case first letter: the lens can't be taken off
+    double cropFactor = 0.0; // 0: not known
+};
+
+/// One lens under one of its names.
+struct NamedLens {
+    const lfLens *lens = nullptr;
+    LensName name;
+    double score = 0.0;
+};
+
+/// The names in @p strings, lensfun's default and its English one; others are translations.
+QStringList NamesOf(const lfMLstr strings)
+{
+    QStringList names;
+    if (!strings)
+        return names;
+    names.append(QString::fromUtf8(strings));
+    for (const char *next = strings + qstrlen(strings) + 1; *next;) {
+        const char *text = next + qstrlen(next) + 1; // pairs of language and text, an empty language ends them
+        if (qstrcmp(next, "en") == 0)
+            names.append(QString::fromUtf8(text));
+        next = text + qstrlen(text) + 1;
+    }
+    return names;
+}
+
+QString NameOf(const lfMLstr strings)
+{
+    return NamesOf(strings).value(0);
+}
+
+QString TitleOf(const lfLens *lens)
+{
+    return NameOf(lens->Maker) + QLatin1Char('/') + NameOf(lens->Model);
+}
+
+/// Names of one lens with its maker, which most of them leave out.
+QVector<LensName> ParsedNames(const lfLens *lens)
+{
+    QVector<LensName> names;
+    const QString maker = NameOf(lens->Maker);
+    for (const QString &text : NamesOf(lens->Model)) {
+        const QString whole = text.contains(maker.section(QLatin1Char(' '), 0, 0), Qt::CaseInsensitive)
+            ? text
+            : maker + QLatin1Char(' ') + text;
+        names += ParseLensNames(whole);
+    }
+    return names;
+}
+
+bool HasMount(const lfLens *lens, const QStringList &mounts)
+{
+    for (char *const *mount = lens->Mounts; mount && *mount; ++mount)
+        if (mounts.contains(QString::fromUtf8(*mount), Qt::CaseInsensitive))
+            return true;
+    return false;
+}
+
+bool IsFixed(const Camera &camera)
+{
+    return !camera.mount.isEmpty() && camera.mount.at(0).isLower();
+}
+
+bool HasFocal(const lfLens *lens, const PictureFacts &facts)
+{
+    constexpr double kShare = 0.02;
+    return !facts.focalMm.Known()
+        || (facts.focalMm.value >= double(lens->MinFocal) * (1.0 - kShare)
+            && facts.focalMm.value <= double(lens->MaxFocal) * (1.0 + kShare));
+}
+
+} // namespace
+
+struct LensfunDatabase::Tables {
+    std::unique_ptr<lfDatabase> database;
+    QVector<NamedLens> lenses;
+
+    Camera CameraOf(const PictureFacts &facts) const;
+    QStringList MountsOf(const Camera &camera) const;
+    QVector<NamedLens> OnCamera(const PictureFacts &facts, const Camera &camera) const;
+};
+
+const LensfunDatabase &LensfunDatabase::Instance()
+{
+    static const LensfunDatabase database;
+    return database;
+}
+
+LensfunDatabase::LensfunDatabase() : m_tables(new Tables)
+{
+    m_tables->database = std::make_unique<lfDatabase>();
+    if (m_tables->database->Load() != LF_NO_ERROR)
+        return;
+    for (const lfLens *const *lens = m_tables->database->GetLenses(); lens && *lens; ++lens, ++m_lensCount)
+        for (const LensName &name : ParsedNames(*lens))
+            m_tables->lenses.append({*lens, name, 0.0});
+}
+
+LensfunDatabase::~LensfunDatabase()
+{
+    delete m_tables;
+}
+
+Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
+{
+    for (const bool translated : {false, true}) // a camera's translated name may be another one's own
+        for (const lfCamera *const *camera = database->GetCameras(); camera && *camera; ++camera) {
+            const lfCamera &known = **camera;
+            const QString make = NameOf(known.Maker);
+            const QStringList models = translated ? NamesOf(known.Model).mid(1) : QStringList{NameOf(known.Model)};
+            for (const QString &model : models)
+                if (IsSameCamera(facts.make.value, facts.model.value, make, model))
+                    return {make, model, QString::fromUtf8(known.Mount), double(known.CropFactor)};
+        }
+    return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
+}
+
+/// The camera's mount and those whose lenses fit it too.
+QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
+{
+    QStringList mounts{camera.mount};
+    const lfMount *mount = database->FindMount(camera.mount.toUtf8().constData());
+    for (char *const *other = mount ? mount->Compat : nullptr; other && *other; ++other)
+        mounts.append(QString::fromUtf8(*other));
+    return mounts;
+}
+
+QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, const Camera &camera) const
+{
+    const QStringList mounts = MountsOf(camera);
+    QVector<NamedLens> fitting;
+    std::copy_if(lenses.begin(), lenses.end(), std::back_inserter(fitting), [&](const NamedLens &each) {
+        return (camera.mount.isEmpty() || HasMount(each.lens, mounts)) && HasFocal(each.lens, facts)
+            && double(each.lens->CropFactor) <= camera.cropFactor * kMaxFrameRatio;
+    });
+    return fitting;
+}
+
+namespace {
+
+/// The one lens of a camera that can't change it; attachments before it and its macro settings have entries of their
+/// own, and then the plain one is named "(Standard)".
+QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
+{
+    QVector<NamedLens> plain, standard;
+    for (const NamedLens &each : lenses) {
+        if (!each.name.converter && !each.name.text.contains(QLatin1String("lens-to-subject")))
+            plain.append(each);
+        if (each.name.words.contains(QStringLiteral("standard")))
+            standard.append(each);
+    }
+    return standard.isEmpty() ? plain : standard;
+}
+
+QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName> &wanted, QStringList *nearest)
+{
+    QVector<NamedLens> alike;
+    for (NamedLens &each : lenses) {
+        bool fits = false;
+        for (const LensName &name : wanted) {
+            const NameMatch match = CompareLensNames(name, each.name);
+            if (match.fits)
+                each.score = fits ? std::max(each.score, match.score) : match.score;
+            else if (match.sameFocal && nearest->size() < 3)
+                nearest->append(TitleOf(each.lens) + QLatin1String(": ") + match.why);
+            fits = fits || match.fits;
+        }
+        if (fits)
+            alike.append(each);
+    }
+    std::stable_sort(alike.begin(), alike.end(), [](const NamedLens &a, const NamedLens &b) {
+        return a.score != b.score ? a.score > b.score : a.lens->CropFactor > b.lens->CropFactor;
+    });
+    return alike;
+}
+
+/// Whether two entries are one lens: measured on two sensors, or named in two ways.
+bool IsOneLens(const NamedLens &a, const NamedLens &b)
+{
+    return a.lens == b.lens || TitleOf(a.lens) == TitleOf(b.lens);
+}
+
+} // namespace
+
+LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
+{
+    LensfunMatch match;
+    const auto none = [&match](const QString &why) {
+        match.reason = why;
+        return match;
+    };
+    if (m_lensCount == 0)
+        return none(QStringLiteral("lensfun's data are not installed"));
+    const Camera camera = m_tables->CameraOf(facts);
+    if (camera.cropFactor <= 0.0)
+        return none(QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
+    match.cropFactor = camera.cropFactor;
+    QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
+    const QVector<LensName> wanted = WantedLenses(facts);
+    if (IsFixed(camera))
+        lenses = StandardLenses(lenses);
+    else if (wanted.isEmpty())
+        return none(QStringLiteral("the picture doesn't name its lens"));
+    else if (std::all_of(wanted.begin(), wanted.end(), [](const LensName &name) { return name.IsBare(); })
+             && camera.mount.isEmpty())
+        return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name says too little")
+                        .arg(facts.model.value));
+    else
+        lenses = NamedAlike(lenses, wanted, &match.nearest);
+    if (lenses.isEmpty())
+        return none(wanted.isEmpty()
+                        ? QStringLiteral("lensfun doesn't know the lens of the camera \"%1\"").arg(facts.model.value)
+                        : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
+    const NamedLens &best = lenses.first();
+    constexpr double kSlack = 1.0;
+    for (const NamedLens &other : qAsConst(lenses))
+        if (!IsOneLens(best, other) && other.score >= best.score - kSlack
+            && !CompareLensNames(best.name, other.name).fits)
+            return none(QStringLiteral("two lenses of lensfun's fit equally well: \"%1\" and \"%2\"")
+                            .arg(TitleOf(best.lens), TitleOf(other.lens)));
+    match.lens = best.lens;
+    match.title = TitleOf(best.lens);
+    match.nearest.clear();
+    match.reason = QStringLiteral("lensfun's data for \"%1\"").arg(best.name.text);
+    if (camera.mount.isEmpty())
+        match.notes.append(
+            QStringLiteral("lensfun doesn't know the camera; its sensor is taken from the table of cameras"));
+    return match;
+}
+
+QStringList LensfunDatabase::Search(const QStringList &words) const
+{
+    QStringList found;
+    for (const NamedLens &each : qAsConst(m_tables->lenses)) {
+        const QString title = TitleOf(each.lens);
+        const bool holdsAll = std::all_of(words.begin(), words.end(), [&](const QString &word) {
+            return title.contains(word, Qt::CaseInsensitive) || each.name.text.contains(word, Qt::CaseInsensitive);
+        });
+        if (holdsAll && !found.contains(title))
+            found.append(title);
+    }
+    return found;
+}

@@ -1,0 +1,566 @@
+// Fitted corrections against the models, computed without tables, blending or frames of the code.
+#include "Fit.h"
+
+#include "CorrectionTwin.h"
+#include "Framing.h"
+#include "KImage.h"
+#include "MadeProfiles.h"
+#include "ModelOracle.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+Q_DECLARE_METATYPE(ProfileEntry)
+Q_DECLARE_METATYPE(PictureFacts)
+Q_DECLARE_METATYPE(FitOptions)
+Q_DECLARE_METATYPE(Projection)
+
+namespace {
+
+using namespace made;
+
+double Distance(const SourcePlaces::Point &a, const OraclePoint &b)
+{
+    return double(std::hypot(a.x - b.x, a.y - b.y));
+}
+
+/// The greatest distance, and the greatest relative error of the gain, between a fit and the models of one entry.
+struct Worst {
+    double px = 0.0, gain = 0.0;
+};
+
+Worst WorstOf(const FitResult &fit, const ProfileEntry &entry, const OraclePicture &picture, Projection projection)
+{
+    const CorrectionTwin twin(fit.correction);
+    const int width = fit.correction.width, height = fit.correction.height;
+    Worst worst;
+    for (int i = 0; i <= 40; ++i) {
+        for (int j = 0; j <= 40; ++j) {
+            const double x = i * (width - 1) / 40.0, y = j * (height - 1) / 40.0;
+            const SourcePlaces places = twin.At(x, y);
+            if (twin.IsEmpty(places))
+                continue;
+            const OraclePlaces want = OracleAt(entry, picture, projection, fit.zoom, x, y);
+            worst.px = std::max({worst.px, Distance(places.red, want.red), Distance(places.green, want.green),
+                                 Distance(places.blue, want.blue)});
+            const double gain = std::clamp(double(want.gain), 1.0, 16.0);
+            worst.gain = std::max(worst.gain, std::abs(places.gain / gain - 1.0));
+        }
+    }
+    return worst;
+}
+
+ProfileEntry Fisheye(const QVector<double> &coefficients)
+{
+    ProfileEntry entry = Entry(10.0);
+    entry.kind = ProfileEntry::Kind::Fisheye;
+    entry.green->coefficients = coefficients;
+    entry.green->focalLengthX = 0.5;
+    entry.green->tangential1 = entry.green->tangential2 = 0.0;
+    entry.redGreen->focalLengthX = entry.blueGreen->focalLengthX = entry.vignette->focalLengthX = 0.5;
+    entry.redGreen->coefficients = {0.0003};
+    entry.vignette->coefficients = {-0.3, 0.05};
+    return entry;
+}
+
+ProfileEntry Fisheye(int coefficients)
+{
+    return Fisheye(QVector<double>{-0.03, 0.004, -0.0008}.mid(0, coefficients));
+}
+
+/// A picture of the profile's frame and no crop.
+OraclePicture Whole(int width, int height)
+{
+    OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
+    return picture;
+}
+
+/// A camera table of its own: the real one changes.
+void UseCameras(const QTemporaryDir &folder)
+{
+    QFile file(folder.filePath(QStringLiteral("cameras.txt")));
+    if (file.open(QIODevice::WriteOnly))
+        file.write("Maker;BODY;1.5\nMaker;SMALL;2\nMaker;LARGE;1\nMaker;NEAR;1.46\n");
+    file.close();
+    QDir::setSearchPaths(QStringLiteral("Data"), {folder.path()});
+}
+
+} // namespace
+
+class tst_Fit : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase() { KImage::exit(); }
+    void atAnEntry_data();
+    void atAnEntry();
+    void frames_data();
+    void frames();
+    void unknownTurn();
+    void parts();
+    void blending();
+    void choices_data();
+    void choices();
+    void fillLeavesNothingEmpty();
+    void framings();
+    void leftOut_data();
+    void leftOut();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void tst_Fit::initTestCase()
+{
+    KImage::init(nullptr);
+    UseCameras(m_folder);
+}
+
+void tst_Fit::atAnEntry_data()
+{
+    QTest::addColumn<ProfileEntry>("entry");
+    QTest::addColumn<Projection>("projection");
+    QTest::addColumn<QSize>("size"); // as the sensor lies
+    QTest::addColumn<int>("turn");
+    const auto row = [](const char *name, const ProfileEntry &entry, const QSize &size, int turn = 1,
+                        Projection projection = Projection::Rectilinear) {
+        QTest::newRow(name) << entry << projection << size << turn;
+    };
+    row("as made", Entry(), {6000, 4000});
+    row("a fifth", Entry(), {1200, 800});
+    row("twice", Entry(), {12000, 8000});
+    ProfileEntry scaled = Entry();
+    scaled.redGreen->scaleFactor = 1.005;
+    scaled.blueGreen->scaleFactor = 0.995;
+    row("strong scales", scaled, {6000, 4000});
+    ProfileEntry strong = Entry();
+    strong.green->coefficients = {-0.4, 0.5, -0.4};
+    strong.vignette->coefficients = {-3.4, 5.0, -3.0}; // down to 1/16 and beyond
+    row("strong", strong, {4000, 2667});
+    for (int turn = 2; turn <= 8; ++turn)
+        row(qPrintable(QStringLiteral("turned, %1").arg(turn)), Entry(), {1500, 1000}, turn);
+    const Projection projections[] = {Projection::Rectilinear, Projection::Equidistant, Projection::Stereographic,
+                                      Projection::Equisolid};
+    for (int coefficients = 1; coefficients <= 3; ++coefficients)
+        for (Projection projection : projections)
+            row(qPrintable(QStringLiteral("fisheye of %1, projection %2").arg(coefficients).arg(int(projection))),
+                Fisheye(coefficients), {6000, 4000}, 1 + coefficients, projection);
+}
+
+void tst_Fit::atAnEntry()
+{
+    QFETCH(ProfileEntry, entry);
+    QFETCH(Projection, projection);
+    QFETCH(QSize, size);
+    QFETCH(int, turn);
+    PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size, entry.focalMm);
+    facts.readerTurn = turn;
+    OraclePicture picture = Whole(size.width(), size.height());
+    picture.turn = turn;
+    for (Framing framing : {Framing::Fill, Framing::Keep, Framing::Factor}) {
+        FitOptions options;
+        options.projection = projection;
+        options.framing = framing;
+        options.framingFactor = 0.8;
+        const FitResult fit = Fit(Profile({entry}), facts, options);
+        QVERIFY2(fit.distortion && fit.chromatic && fit.vignetting, qPrintable(fit.why));
+        const Worst worst = WorstOf(fit, entry, picture, projection);
+        QVERIFY2(
+            worst.px < 0.002 && worst.gain < 1e-4,
+            qPrintable(QStringLiteral("framing %1: %2 px, gain %3").arg(int(framing)).arg(worst.px).arg(worst.gain)));
+    }
+}
+
+void tst_Fit::frames_data()
+{
+    QTest::addColumn<PictureFacts>("facts");
+    QTest::addColumn<double>("longPx"); // of the picture's whole frame; 0: refused
+    QTest::addColumn<double>("ratio");  // q
+    QTest::addColumn<bool>("ownCenter");
+    QTest::addColumn<QString>("text"); // a part of what is assumed, or of why
+    using Change = std::function<void(PictureFacts &)>;
+    const auto row = [](const char *name, const QSize &size, const Change &change, double longPx, double ratio,
+                        bool ownCenter, const char *text) {
+        PictureFacts facts = Facts(size);
+        change(facts);
+        QTest::newRow(name) << facts << longPx << ratio << ownCenter << QString::fromLatin1(text);
+    };
+    const auto body = [](const char *name) {
+        return [name](PictureFacts &facts) { facts.model = Known(QString::fromLatin1(name)); };
+    };
+    row(
+        "the same", {3000, 2000}, [](PictureFacts &) {}, 3000, 1.0, true, "");
+    row("as makers spell it", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
+    row(
+        "a rounded equivalent", {3000, 2000}, [](PictureFacts &f) { f.focal35Mm = Known(36.4); }, 3000, 1.0, true, "");
+    row(
+        "a crop mode", {3000, 2000}, [](PictureFacts &f) { f.focal35Mm = Known(54.0); }, 3000, 36.0 / 54.0, true,
+        "67 % of its sides, by the 35 mm");
+    row(
+        "digital zoom", {3000, 2000}, [](PictureFacts &f) { f.digitalZoom = Known(2.0); }, 3000, 0.5, true,
+        "50 % of its sides, by the digital zoom");
+    row(
+        "both tell the same", {3000, 2000},
+        [](PictureFacts &f) {
+            f.digitalZoom = Known(2.0);
+            f.focal35Mm = Known(72.0);
+        },
+        3000, 0.5, true, "50 %");
+    row(
+        "16 : 9", {3000, 1688}, [](PictureFacts &) {}, 3000, 1.0, false, "middle of a frame of 1.50");
+    row(
+        "4 : 3", {2000, 1500}, [](PictureFacts &) {}, 2250, 1.0, false, "middle of a frame of 1.50");
+    row(
+        "square", {2000, 2000}, [](PictureFacts &) {}, 3000, 1.0, false, "middle of a frame of 1.50");
+    row(
+        "nearly 3 : 2", {3000, 1970}, [](PictureFacts &) {}, 3000, 1.0, true, "");
+    row("a smaller body", {3000, 2000}, body("SMALL"), 3000, 0.75, false, "another body, BODY");
+    row("a smaller one of 4 : 3", {2000, 1500}, body("SMALL"), 2000,
+        (0.8 * 43.266615 / 2.0) / (43.266615 / 1.5 * 3.0 / std::sqrt(13.0)), false, "another body, BODY");
+    row("a little larger", {3000, 2000}, body("NEAR"), 3000, 1.5 / 1.46, false, "another body, BODY");
+    row("a larger body", {3000, 2000}, body("LARGE"), 0, 0, false, "smaller frame (the picture's is 150 %");
+    row("unknown body", {3000, 2000}, body("THING"), 0, 0, false, "sensor of \"THING\" is unknown");
+    row(
+        "unknown, focal plane", {3000, 2000},
+        [](PictureFacts &f) {
+            f.model = Known(QStringLiteral("THING"));
+            f.focalPlaneWidthMm = Known(18.0);
+        },
+        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of its frame");
+    row(
+        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't tell its camera");
+    row(
+        "cropped at an angle", {3000, 2000}, [](PictureFacts &f) { f.cropTurned = true; }, 0, 0, false, "angle");
+}
+
+void tst_Fit::frames()
+{
+    QFETCH(PictureFacts, facts);
+    QFETCH(double, longPx);
+    QFETCH(double, ratio);
+    QFETCH(bool, ownCenter);
+    QFETCH(QString, text);
+    FitOptions options;
+    options.framing = Framing::Keep;
+    const ProfileEntry entry = Entry();
+    const FitResult fit = Fit(Profile({entry}), facts, options);
+    const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
+    QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
+    QCOMPARE(fit.distortion, longPx > 0.0);
+    if (!fit.distortion)
+        return;
+    OraclePicture picture = Whole(facts.pixels.width(), facts.pixels.height());
+    picture.ownCenter = ownCenter;
+    // The oracle takes the unit from the longest side there is.
+    picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
+    const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
+    // Centers of pictures whose proportions aren't quite the frame's: by the frame's own sides.
+    const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
+    QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
+             qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
+}
+
+void tst_Fit::unknownTurn()
+{
+    const FitResult fit = Fit(Profile({Entry()}), Facts({2000, 3000}), {});
+    QVERIFY(fit.assumed.join(QLatin1Char('\n')).contains(QLatin1String("turned in an unknown way")));
+    const RadialMap &map = *fit.correction.geometry;
+    QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
+    QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
+    // The same unit as lying: a radius of 1,000 px moves alike.
+    FitOptions keep;
+    keep.framing = Framing::Keep;
+    const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
+    QVERIFY(std::abs(map.factor.AtSquared(1e6) - lying.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
+}
+
+void tst_Fit::parts()
+{
+    const ProfileEntry entry = Entry();
+    FitOptions options;
+    options.framing = Framing::Keep;
+    for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, scaled by a half
+        const QSize size(1500, 1333);
+        PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size);
+        facts.readerTurn = turn;
+        facts.crop = Known(QRectF(0.5, 0.0, 0.5, 1333.0 / 2000.0));
+        OraclePicture picture = Whole(1500, 1333);
+        picture.wholeWidth = 3000.0L;
+        picture.wholeHeight = 2000.0L;
+        picture.left = 1500.0L;
+        picture.turn = turn;
+        const FitResult fit = Fit(Profile({entry}), facts, options);
+        const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
+        QVERIFY2(worst.px < 0.002, qPrintable(QStringLiteral("turn %1: %2 px").arg(turn).arg(worst.px)));
+        QVERIFY(fit.assumed.isEmpty());
+    }
+    // Stored upright, and cut off the middle: nothing tells where.
+    PictureFacts lost = Facts({2000, 1500});
+    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 lying down, then turned
+    const FitResult fit = Fit(Profile({entry}), lost, options);
+    QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("nothing tells its place")), qPrintable(fit.why));
+}
+
+void tst_Fit::blending()
+{
+    // Between 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first; likewise distances of 1 and 3 m
+    // at 1.5 m: 0.5; apertures f/2 and f/4 at f/2.8284: (1/8 - 1/16) / (1/4 - 1/16) = 1/3 of the first.
+    QVector<ProfileEntry> entries;
+    const double weights[] = {0.6, 0.4}, distances[] = {0.5, 0.5}, apertures[] = {1.0 / 3.0, 2.0 / 3.0};
+    QVector<double> expected;
+    for (int i = 0; i < 8; ++i) {
+        ProfileEntry entry = Entry(i & 4 ? 40.0 : 20.0);
+        entry.distanceM = i & 2 ? 3.0 : 1.0;
+        entry.apertureApex = i & 1 ? 4.0 : 2.0;
+        entry.green->focalLengthX = entry.geometry->focalLengthX = entry.focalMm / 24.0;
+        entry.green->coefficients[0] = -0.02 * (i / 2 + 1);
+        entry.green->tangential1 = 0.001 * (i / 2 + 1);
+        entry.green->centerX = 0.5 + 0.001 * (i / 2);
+        entry.vignette->coefficients = {-0.2 * (i + 1)};
+        entries.append(entry);
+        expected.append(weights[i >> 2] * distances[(i >> 1) & 1] * apertures[i & 1]);
+    }
+    PictureFacts facts = Facts({6000, 4000}, 25.0);
+    facts.distanceM = Known(1.5);
+    facts.aperture = Known(std::sqrt(8.0));
+    FitOptions options;
+    options.framing = Framing::Keep;
+    const FitResult fit = Fit(Profile(entries), facts, options);
+    QCOMPARE(fit.lightEntries.size(), 8);
+    for (const EntryWeight &one : fit.lightEntries)
+        QVERIFY2(std::abs(one.weight - expected[one.entry]) < 1e-12, qPrintable(QString::number(one.entry)));
+    QCOMPARE(fit.geometryEntries.size(), 4);
+    QCOMPARE(fit.assumed, QStringList());
+    double factor = 0.0, tangential = 0.0, center = 0.0, stops = 0.0;
+    const double radius = 2400.0;
+    for (int i = 0; i < 8; ++i) {
+        const auto x = [&](const ProfileModel &model) {
+            const double u = radius / (model.focalLengthX * 6000.0);
+            return u * u;
+        };
+        const ProfileModel &g = *entries[i].green;
+        const double k = 1.0 + x(g) * (g.coefficients[0] + x(g) * (g.coefficients[1] + x(g) * g.coefficients[2]));
+        factor += expected[i] * k;
+        tangential += expected[i] * g.tangential1 / (g.focalLengthX * 6000.0);
+        center += expected[i] * (g.centerX * 6000.0 - 0.5);
+        stops += expected[i] * std::log2(1.0 + entries[i].vignette->coefficients[0] * x(*entries[i].vignette));
+    }
+    const RadialMap &map = *fit.correction.geometry;
+    QVERIFY(std::abs(map.factor.AtSquared(radius * radius) - factor) * radius < 0.002);
+    QVERIFY(std::abs(map.tangential1 - tangential) < 1e-12);
+    QVERIFY(std::abs(map.centerX - center) < 1e-6);
+    QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
+
+    // Half of each: half the displacement, half the exposure values.
+    options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
+    const FitResult half = Fit(Profile(entries), facts, options);
+    QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
+            < 0.002);
+    QVERIFY(std::abs(half.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops / 2.0) - 1.0) < 1e-4);
+}
+
+void tst_Fit::choices_data()
+{
+    QTest::addColumn<QVector<ProfileEntry>>("entries");
+    QTest::addColumn<PictureFacts>("facts");
+    QTest::addColumn<QString>("expected"); // geometry's entries and weights in percent; light's after a bar
+    QTest::addColumn<QString>("text");     // a part of what is assumed, or of why
+    const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
+        ProfileEntry made = Entry(focal);
+        made.distanceM = distance;
+        made.hasAperture = apex > -9.0;
+        made.apertureApex = made.hasAperture ? apex : 0.0;
+        if (isFisheye)
+            made.kind = ProfileEntry::Kind::Fisheye;
+        return made;
+    };
+    const auto shot = [](double focal, double distance, double aperture) {
+        PictureFacts facts = Facts();
+        facts.focalMm = focal > 0.0 ? Known(focal) : Fact<double>();
+        facts.distanceM = distance > 0.0 ? Known(distance) : Fact<double>();
+        facts.aperture = aperture > 0.0 ? Known(aperture) : Fact<double>();
+        return facts;
+    };
+    const auto row = [](const char *name, const QVector<ProfileEntry> &entries, const PictureFacts &facts,
+                        const char *expected, const char *text = "") {
+        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected) << QString::fromLatin1(text);
+    };
+    const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
+    row("any order", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
+    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm lies outside the profile's 20 to 40 mm");
+    row("a little beyond", zoom, shot(40.5, 3, 4), "0:100|0:100");
+    row("no focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
+    row("no need of one", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100", "the profile's only one");
+    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
+        "distance unknown: the farthest");
+    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
+    row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
+    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
+    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100");
+    row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
+        "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
+    row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
+        "1:40 0:20 2:40|1:40 0:20 2:40");
+    row("one that tells no distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 1, 4), "1:100|1:100");
+    row("nearly one: the last", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4), "1:100|1:100");
+    row("kinds aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100", "aren't mixed");
+}
+
+void tst_Fit::choices()
+{
+    QFETCH(QVector<ProfileEntry>, entries);
+    QFETCH(PictureFacts, facts);
+    QFETCH(QString, expected);
+    QFETCH(QString, text);
+    const FitResult fit = Fit(Profile(entries), facts, {});
+    const auto written = [](const QVector<EntryWeight> &weights) {
+        QStringList parts;
+        for (const EntryWeight &one : weights)
+            parts << QStringLiteral("%1:%2").arg(one.entry).arg(one.weight * 100.0, 0, 'f', 0);
+        parts.sort();
+        return parts;
+    };
+    for (int i : {0, 1}) {
+        QStringList want = expected.section(QLatin1Char('|'), i, i).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        want.sort();
+        QCOMPARE(written(i == 0 ? fit.geometryEntries : fit.lightEntries), want);
+    }
+    const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
+    QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
+}
+
+void tst_Fit::fillLeavesNothingEmpty()
+{
+    std::mt19937 random(7);
+    const auto between = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    int bounded = 0, cornersAlone = 0;
+    for (int i = 0; i < 200; ++i) {
+        ProfileEntry entry = Entry();
+        for (auto *model : {&entry.green, &entry.redGreen, &entry.blueGreen}) {
+            const double strength = model == &entry.green ? 1.0 : 0.01;
+            (*model)->centerX = between(0.45, 0.55);
+            (*model)->centerY = between(0.45, 0.55);
+            (*model)->coefficients = {strength * between(-0.3, 0.3), strength * between(-0.3, 0.3),
+                                      strength * between(-0.3, 0.3)};
+            (*model)->tangential1 = strength * between(-0.01, 0.01);
+            (*model)->tangential2 = strength * between(-0.01, 0.01);
+        }
+        const QSize size(int(between(20, 3000)), int(between(20, 3000)));
+        const FitResult fit = Fit(Profile({entry}), Facts(size), {});
+        QVERIFY2(fit.distortion, qPrintable(fit.why));
+        const QByteArray name = QByteArray::number(i);
+        Correction correction = fit.correction;
+        if (fit.zoom == kLeastZoom || fit.zoom == kMostZoom) {
+            ++bounded;
+            continue;
+        }
+        QVERIFY2(!fit.leavesEmpty && !CorrectionTwin(correction).LeavesEmpty(), name);
+        correction.zoom = fit.zoom * (1.0 - 1e-3);
+        QVERIFY2(CorrectionTwin(correction).LeavesEmpty(), name);
+        // Whether its corners alone would have told so.
+        const CorrectionTwin twin(correction);
+        const double right = correction.width - 1, bottom = correction.height - 1;
+        cornersAlone += twin.IsEmpty(twin.At(0, 0)) || twin.IsEmpty(twin.At(right, 0))
+            || twin.IsEmpty(twin.At(0, bottom)) || twin.IsEmpty(twin.At(right, bottom));
+    }
+    QVERIFY2(bounded < 60 && cornersAlone < 160, qPrintable(QStringLiteral("%1 %2").arg(bounded).arg(cornersAlone)));
+}
+
+void tst_Fit::framings()
+{
+    // Barrel distortion alone, from the middle: at the corner, r = 0.6009 of the long side, k = 1 - 0.1 r^2.
+    ProfileEntry entry = Entry();
+    entry.geometry = Model(1.0, 0.5, 0.5, {-0.1});
+    entry.green.reset();
+    FitOptions options;
+    options.chromatic = options.vignetting = false;
+    const auto fit = [&](Framing framing) {
+        options.framing = framing;
+        return Fit(Profile({entry}), Facts({3000, 2000}), options);
+    };
+    QCOMPARE(fit(Framing::Keep).zoom, 1.0);
+    // Everything: the corner of the source, at 1802.776 px, shows where r k(r) is that: in focal lengths 0.60093 =
+    // r - 0.1 r^3, which r = 0.625457 solves.
+    const FitResult all = fit(Framing::All);
+    QVERIFY2(std::abs(all.zoom - 0.60093 / 0.625457) < 1e-3, qPrintable(QString::number(all.zoom)));
+    QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
+    // Filled: the middle of a long edge is the nearest, (1000 - 0.1 * 1000^3 / 3000^2) / z there.
+    const FitResult fill = fit(Framing::Fill);
+    QVERIFY2(fill.zoom > all.zoom && fill.zoom < 1.0, qPrintable(QString::number(fill.zoom)));
+    QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
+    options.framingFactor = 5.0;
+    QCOMPARE(fit(Framing::Factor).zoom, 2.0);
+    // A model that folds inside the picture: what lies beyond is empty, and the zoom keeps within its bounds.
+    entry.geometry->coefficients = {-9.0};
+    const FitResult folded = fit(Framing::Fill);
+    QCOMPARE(folded.zoom, 2.0);
+    QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("bound")));
+    // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
+    QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
+}
+
+void tst_Fit::leftOut_data()
+{
+    QTest::addColumn<PictureFacts>("facts");
+    QTest::addColumn<FitOptions>("options");
+    QTest::addColumn<QString>("done"); // letters of what is
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char *name, const std::function<void(PictureFacts &, FitOptions &)> &change,
+                        const char *done, const char *why) {
+        PictureFacts facts = Facts();
+        FitOptions options;
+        change(facts, options);
+        QTest::newRow(name) << facts << options << QString::fromLatin1(done) << QString::fromLatin1(why);
+    };
+    const auto corrected = [](PictureFacts &f) { f.distortionDone = f.vignettingDone = {true, QStringLiteral("XMP")}; };
+    row(
+        "nothing", [](PictureFacts &, FitOptions &) {}, "dcv", "");
+    row(
+        "not asked for", [](PictureFacts &, FitOptions &o) { o.distortion = false; }, "cv", "");
+    row(
+        "amount 0", [](PictureFacts &, FitOptions &o) { o.amountVignetting = 0.0; }, "dc",
+        "vignetting: its amount is 0");
+    row(
+        "before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
+        "distortion, vignetting: corrected before (XMP)");
+    row(
+        "again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
+    row(
+        "typed focal length", [](PictureFacts &f, FitOptions &o) { f.focalMm = {}, o.typed.focalMm = 24.0; }, "dcv",
+        "");
+    row(
+        "typed body", [](PictureFacts &f, FitOptions &o) { f.model = {}, o.typed.body = QStringLiteral("BODY"); },
+        "dcv", "");
+    row(
+        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "size is unknown");
+    row(
+        "chosen for a larger frame",
+        [](PictureFacts &f, FitOptions &o) {
+            f.model = Known(QStringLiteral("LARGE"));
+            o.profile = QStringLiteral("made.lcp");
+        },
+        "dcv", "");
+}
+
+void tst_Fit::leftOut()
+{
+    QFETCH(PictureFacts, facts);
+    QFETCH(FitOptions, options);
+    QFETCH(QString, done);
+    QFETCH(QString, why);
+    const FitResult fit = Fit(Profile({Entry()}), facts, options);
+    const QString letters = QString::fromLatin1(fit.distortion ? "d" : "")
+        + QString::fromLatin1(fit.chromatic ? "c" : "") + QString::fromLatin1(fit.vignetting ? "v" : "");
+    QCOMPARE(letters, done);
+    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
+    QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
+}
+
+QTEST_GUILESS_MAIN(tst_Fit)
+#include "Fit_test.moc"

@@ -1,0 +1,29 @@
+// Lens models straight from their formulas, in long double and without tables, for one entry on one picture.
+#pragma once
+
+#include "FitOptions.h"
+#include "LensProfile.h"
+
+struct OraclePoint {
+    long double x, y;
+};
+
+/// Where a picture lies in the profile's frame. Everything here is as the sensor lies; the picture at hand is that
+/// picture after @p turn.
+struct OraclePicture {
+    int width, height;                   // of the sensor's picture, in pixels; a crop of the whole below
+    long double left = 0.0L, top = 0.0L; // of the crop, in pixels
+    long double wholeWidth, wholeHeight; // before it was cropped
+    long double ratio = 1.0L;            // of the frames, q
+    bool ownCenter = true;
+    int turn = 1; // EXIF orientation
+};
+
+struct OraclePlaces {
+    OraclePoint red, green, blue;
+    long double gain;
+};
+
+/// The places of the pixel (@p x, @p y) of the picture at hand by one entry that holds all models. Gain is not limited.
+OraclePlaces OracleAt(const ProfileEntry &entry, const OraclePicture &picture, Projection projection, double zoom,
+                      long double x, long double y);

@@ -1,0 +1,31 @@
+// One profile, written in every way that people's files are.
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+
+using SpelledValue = QPair<QByteArray, QByteArray>; // name, value
+
+/// An entry or a model: values by name, and models inside.
+struct SpelledNode {
+    QByteArray name; // empty: an entry
+    QList<SpelledValue> values;
+    QList<SpelledNode> models;
+};
+
+enum class Spelling {
+    Elements,         // rdf:parseType="Resource"
+    NestedElements,   // elements in rdf:Description
+    Attributes,       // of rdf:Description
+    DirectAttributes, // of rdf:li and of the model elements
+    Mixed,            // every other value an attribute, models before values
+    ReversedElements, // last things first
+    OtherPrefixes,    // a default namespace and one-letter prefixes
+    Rationals,        // "14/10"
+    Decorated,        // comments, CDATA, white space, lists and unknown elements in between
+};
+constexpr int kSpellings = 9;
+
+/// A whole file of these entries.
+QByteArray SpelledProfile(const QList<SpelledNode> &entries, Spelling spelling);

@@ -1,0 +1,115 @@
+// Tests of LensName.h: the spellings of one lens, and the lenses that differ by a mark.
+#include "LensName.h"
+
+#include <QTest>
+
+class tst_LensName : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void numbers_data();
+    void numbers();
+    void comparison_data();
+    void comparison();
+    void alternatives();
+};
+
+void tst_LensName::numbers_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QVector<double>>("expected"); // focal lengths, then apertures
+    const auto row = [](const char *text, QVector<double> expected) {
+        QTest::newRow(text) << QString::fromUtf8(text) << expected;
+    };
+    row("EF-S18-55mm f/3.5-5.6 IS", {18, 55, 3.5, 5.6});
+    row("XF23mmF1.4 R", {23, 23, 1.4, 1.4});
+    row("LUMIX G VARIO 14-42/F3.5-5.6", {14, 42, 3.5, 5.6});
+    row("SUMMILUX 1:1.7/28 ASPH.", {28, 28, 1.7, 1.7});
+    row("smc Pentax-M Macro 1:4 100mm", {100, 100, 4, 4});
+    row("Industar-50-2 3.5/50", {50, 50, 3.5, 3.5});
+    row("Voigtländer Color-Skopar X 1:2,8/50", {50, 50, 2.8, 2.8});
+    row("TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004", {90, 90, 2.8, 2.8});
+    row("Olympus M.Zuiko Digital ED 12-40mm ƒ/2.8 Pro", {12, 40, 2.8, 2.8});
+    row("Nikon AF-S VR Nikkor 400mm f_2.8G ED", {400, 400, 2.8, 2.8});
+    row("AF 17-35 f/2.8", {17, 35, 2.8, 2.8});
+    row("OLYMPUS 14-42mm Lens", {14, 42, 0, 0});
+    row("Samsung Galaxy S9+ Rear Camera", {0, 0, 0, 0});
+}
+
+void tst_LensName::numbers()
+{
+    QFETCH(QString, text);
+    QFETCH(QVector<double>, expected);
+    const LensName name = ParseLensNames(text).value(0);
+    QCOMPARE((QVector<double>{name.minFocalMm, name.maxFocalMm, name.maxAperture, name.maxApertureAtTele}), expected);
+}
+
+void tst_LensName::comparison_data()
+{
+    QTest::addColumn<QString>("wanted");
+    QTest::addColumn<QString>("offered");
+    QTest::addColumn<bool>("fits");
+    const auto same = [](const char *a, const char *b) {
+        QTest::addRow("%s = %s", a, b) << QString::fromUtf8(a) << QString::fromUtf8(b) << true;
+    };
+    const auto other = [](const char *a, const char *b) {
+        QTest::addRow("%s, not %s", a, b) << QString::fromUtf8(a) << QString::fromUtf8(b) << false;
+    };
+    // As the camera or exiftool writes it, and as lensfun's database or the maker does.
+    same("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS");
+    same("RF100-500mm F4.5-7.1 L IS USM", "Canon RF 100-500mm F4.5-7.1L IS USM");
+    same("AF-S DX Zoom-Nikkor 18-70mm f/3.5-4.5G IF-ED", "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED");
+    same("AF-S DX VR Zoom-Nikkor 18-200mm f/3.5-5.6G IF-ED [II]",
+         "Nikon AF-S DX VR Zoom-Nikkor 18-200mm f/3.5-5.6G IF-ED II");
+    same("XF50mmF2 R WR", "XF 50mm f/2 R WR");
+    same("18-50mm F2.8 DC DN | Contemporary 021", "Sigma 18-50mm f/2.8 DC DN | C");
+    same("E 17-28mm F2.8-2.8 A046", "Tamron 17-28mm f/2.8 Di III RXD A046");
+    same("LUMIX G VARIO 45-200/F4.0-5.6", "Panasonic Lumix G Vario 45-200mm f/4.0-5.6 Mega O.I.S.");
+    same("OLYMPUS M.40-150mm F2.8", "Olympus M.Zuiko Digital ED 40-150mm F2.8 Pro");
+    same("Canon EF 85mm f/1.2L USM Mark II", "Canon EF 85mm f/1.2L II USM");
+    same("smc PENTAX-DA★ 16-50mm F2.8 ED AL [IF] SDM", "smc Pentax-DA 16-50mm f/2.8 ED AL IF SDM");
+    // One number or mark apart.
+    other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
+    other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
+    other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6");
+    other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/4L IS USM");
+    other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/2.8L IS USM + EF 2x II extender");
+    other("AF-S DX Nikkor 35mm f/1.8G", "AF-S Nikkor 35mm f/1.8G ED");
+    other("AF Nikkor 50mm f/1.8D", "Nikon AI-S Nikkor 50mm f/1.8");
+    other("AF Nikkor 50mm f/1.8D", "Yongnuo YN 50mm f/1.8");
+    other("Tamron AF 28-300mm f/3.5-6.3 XR LD Aspherical (IF) (185D)",
+          "Tamron AF 28-300mm f/3.5-6.3 XR Di LD Aspherical (IF)");
+    other("TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004", "TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F017");
+    other("85mm F1.4 DG DN | Art 020", "Sigma 85mm F1.4 DG HSM | Art 016");
+    other("Olympus Zuiko Digital ED 14-42mm F3.5-5.6", "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6");
+    other("FE 24-70mm F2.8 GM", "Sony FE 24-70mm f/2.8 GM II");
+    other("iPhone XR back camera 4.25mm f/1.8", "iPhone 11 Pro back triple camera 4.25mm f/1.8");
+    other("OLYMPUS 14-42mm Lens", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6"); // says too little
+    other("Sigma 8mm f/3.5 EX DG Circular", "Sigma 8mm f/3.5 EX DG");
+}
+
+void tst_LensName::comparison()
+{
+    QFETCH(QString, wanted);
+    QFETCH(QString, offered);
+    QFETCH(bool, fits);
+    const NameMatch match = CompareLensNames(ParseLensNames(wanted).value(0), ParseLensNames(offered).value(0));
+    QVERIFY2(match.fits == fits, qPrintable(match.why.isEmpty() ? QStringLiteral("they fit") : match.why));
+    QCOMPARE(match.why.isEmpty(), fits);
+}
+
+void tst_LensName::alternatives()
+{
+    const auto names = ParseLensNames(QStringLiteral("Canon EF 28-70mm f/2.8L USM or Sigma 28-70mm f/2.8 EX"));
+    QCOMPARE(names.size(), 2);
+    QCOMPARE(names[0].maker, QStringLiteral("canon"));
+    QCOMPARE(names[1].maker, QStringLiteral("sigma"));
+    const LensName wanted = names[0];
+    // The right spelling has the best score among those that fit.
+    const auto score = [&wanted](const char *text) {
+        return CompareLensNames(wanted, ParseLensNames(QString::fromUtf8(text)).value(0)).score;
+    };
+    QVERIFY(score("Canon EF 28-70mm f/2.8L USM") > score("EF 28-70mm f/2.8L USM Ultrasonic"));
+}
+
+QTEST_APPLESS_MAIN(tst_LensName)
+#include "LensName_test.moc"

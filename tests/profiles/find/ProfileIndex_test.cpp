@@ -1,0 +1,170 @@
+// Tests of ProfileIndex.h: what is read of a profile's head, what is kept between runs, and what damage does.
+#include "ProfileIndex.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const char kFrame[] = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'"
+                      " xmlns:p='http://ns.adobe.com/photoshop/1.0/'"
+                      " xmlns:c='http://ns.adobe.com/photoshop/1.0/camera-profile'><r:Description><p:CameraProfiles>"
+                      "<r:Seq>%1</r:Seq></p:CameraProfiles></r:Description></r:RDF></x:xmpmeta>";
+
+const char kElements[] =
+    "<r:li r:parseType='Resource'><c:Make>Canon</c:Make><c:Model>EOS 60D</c:Model><c:Lens>EF50mm f/1.8 II</c:Lens>"
+    "<c:LensInfo>50/1 50/1 18/10 18/10</c:LensInfo><c:ImageWidth>5202</c:ImageWidth><c:ImageLength>3465</c:ImageLength>"
+    "<c:SensorFormatFactor>1.6</c:SensorFormatFactor><c:CameraRawProfile>True</c:CameraRawProfile>"
+    "<c:AlternateLensNames><r:Bag><r:li>Nifty fifty 50mm</r:li></r:Bag></c:AlternateLensNames>"
+    "<c:AlternateLensIDs><r:Bag><r:li>7</r:li></r:Bag></c:AlternateLensIDs><c:LensID>6</c:LensID></r:li>"
+    "<r:li r:parseType='Resource'><c:Model>another</c:Model></r:li>";
+
+const char kAttributes[] =
+    "<r:li><r:Description c:Make='Canon' c:Model='EOS 60D' c:Lens='EF50mm f/1.8 II' c:LensInfo='50/1 50/1 18/10 18/10'"
+    " c:ImageWidth='5202' c:ImageLength='3465' c:SensorFormatFactor='1.6' c:CameraRawProfile='True' c:LensID='6'>"
+    "<c:PerspectiveModel c:ImageWidth='1'/>"
+    "<c:AlternateLensNames><r:Bag><r:li>Nifty fifty 50mm</r:li></r:Bag></c:AlternateLensNames>"
+    "<c:AlternateLensIDs><r:Bag><r:li>7</r:li></r:Bag></c:AlternateLensIDs></r:Description></r:li>";
+
+QByteArray Profile(const char *entries)
+{
+    return QString::fromLatin1(kFrame).arg(QLatin1String(entries)).toUtf8();
+}
+
+QByteArray ProfileOf(const QString &lens)
+{
+    return Profile(qPrintable(QStringLiteral("<r:li c:Model='M' c:Lens='%1'/>").arg(lens)));
+}
+
+void Write(const QString &path, const QByteArray &content)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
+    file.write(content);
+}
+
+QStringList Lenses(const ProfileIndex &index)
+{
+    QStringList lenses;
+    for (const IndexedProfile &profile : index.Profiles())
+        lenses.append(profile.error.isEmpty() ? profile.head.lensNames.join(QLatin1Char('|'))
+                                              : QStringLiteral("error"));
+    return lenses;
+}
+
+} // namespace
+
+class tst_ProfileIndex : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void head_data();
+    void head();
+    void unusable_data();
+    void unusable();
+    void readsOnlyWhatChanged();
+    void damagedCacheIsMadeAnew();
+};
+
+void tst_ProfileIndex::head_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("elements") << Profile(kElements);
+    QTest::newRow("attributes") << Profile(kAttributes);
+}
+
+void tst_ProfileIndex::head()
+{
+    QFETCH(QByteArray, content);
+    QBuffer device(&content);
+    QVERIFY(device.open(QIODevice::ReadOnly));
+    ProfileHead head;
+    QString error;
+    QVERIFY2(ReadProfileHead(&device, &head, &error), qPrintable(error));
+    QCOMPARE(head.make, QStringLiteral("Canon"));
+    QCOMPARE(head.model, QStringLiteral("EOS 60D")); // of the first entry alone
+    QCOMPARE(head.lensNames, (QStringList{QStringLiteral("EF50mm f/1.8 II"), QStringLiteral("Nifty fifty 50mm")}));
+    head.lensIds.sort();
+    QCOMPARE(head.lensIds, (QStringList{QStringLiteral("6"), QStringLiteral("7")}));
+    QCOMPARE(head.minFocalMm, 50.0);
+    QCOMPARE(head.maxFocalMm, 50.0);
+    QCOMPARE(head.minAperture, 1.8);
+    QCOMPARE(head.sensorFormatFactor, 1.6);
+    QCOMPARE(head.height, 3465.0);
+    QVERIFY(head.raw);
+}
+
+void tst_ProfileIndex::unusable_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("why");
+    QTest::newRow("empty") << QByteArray() << QStringLiteral("line 1");
+    QTest::newRow("cut off") << Profile(kElements).left(400) << QStringLiteral("line 1");
+    QTest::newRow("no entry") << Profile("") << QStringLiteral("no profile entry");
+    QTest::newRow("nameless") << Profile("<r:li c:ImageWidth='1'/>") << QStringLiteral("names neither");
+    QTest::newRow("too deep") << Profile(QByteArray("<r:li>" + QByteArray("<a>").repeated(100)).constData())
+                              << QStringLiteral("deep");
+}
+
+void tst_ProfileIndex::unusable()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, why);
+    QBuffer device(&content);
+    QVERIFY(device.open(QIODevice::ReadOnly));
+    ProfileHead head;
+    QString error;
+    QVERIFY(!ReadProfileHead(&device, &head, &error));
+    QVERIFY2(error.contains(why), qPrintable(error));
+}
+
+void tst_ProfileIndex::readsOnlyWhatChanged()
+{
+    const QTemporaryDir folder, cache;
+    const QString file = cache.filePath(QStringLiteral("sub/profiles.index"));
+    Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
+    Write(folder.filePath(QStringLiteral("deep/er/b.LCP")), ProfileOf(QStringLiteral("two 85mm")));
+    Write(folder.filePath(QStringLiteral("broken.lcp")), "no XML");
+    Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("no profile by its suffix")));
+    const auto scan = [&](int filesRead, const QStringList &lenses) {
+        ProfileIndex index(file);
+        QVERIFY(index.Scan({folder.path(), folder.path() + QStringLiteral("/deep/..")}));
+        QCOMPARE(index.FilesRead(), filesRead);
+        QCOMPARE(Lenses(index), lenses);
+    };
+    const QString error = QStringLiteral("error"), one = QStringLiteral("one 50mm"), two = QStringLiteral("two 85mm");
+    scan(3, {one, error, two});
+    scan(0, {one, error, two});
+    Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("another 50mm")));
+    scan(1, {QStringLiteral("another 50mm"), error, two});
+    QFile::remove(folder.filePath(QStringLiteral("broken.lcp")));
+    scan(0, {QStringLiteral("another 50mm"), two});
+}
+
+void tst_ProfileIndex::damagedCacheIsMadeAnew()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("profiles.index"));
+    Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
+    QVERIFY(ProfileIndex(file).Scan({folder.path()}));
+    QFile cache(file);
+    QVERIFY(cache.open(QIODevice::ReadOnly));
+    const QByteArray whole = cache.readAll();
+    cache.close();
+    for (int i = 0; i < whole.size(); i += 7) { // a byte changed, and the file cut off there
+        QByteArray changed = whole;
+        changed[i] = static_cast<char>(changed[i] ^ 0x55);
+        for (const QByteArray &content : {changed, whole.left(i)}) {
+            Write(file, content);
+            ProfileIndex index(file);
+            QVERIFY2(index.Scan({folder.path()}), qPrintable(QString::number(i)));
+            QVERIFY2(Lenses(index) == QStringList{QStringLiteral("one 50mm")}, qPrintable(QString::number(i)));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_ProfileIndex)
+#include "ProfileIndex_test.moc"

@@ -1,0 +1,234 @@
+// Tests of ProfileMatch.h: the right profile among decoys, and none where the right one is missing.
+#include "ProfileMatch.h"
+
+#include <QTest>
+
+namespace {
+
+template <typename T> Fact<T> Known(const T &value)
+{
+    Fact<T> fact;
+    fact.value = value;
+    fact.source = QStringLiteral("test");
+    return fact;
+}
+
+QString Text(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+/// Makers' decoys: near names, other generations, another aperture.
+const char *const kLenses[] = {
+    "Canon EF-S 18-55mm f/3.5-5.6",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS II",
+    "Canon EF-S 18-55mm f/3.5-5.6 IS STM",
+    "Canon EF 70-200mm f/2.8L IS USM",
+    "Canon EF 70-200mm f/2.8L IS II USM",
+    "Canon EF 70-200mm f/4L IS USM",
+    "Canon EF 70-200mm f/2.8L USM",
+    "Canon EF 28-80mm f/3.5-5.6 USM IV",
+    "Canon EF 28-80mm f/3.5-5.6 USM II",
+    "Nikkor AF 50mm f/1.8D",
+    "Nikon AI-S Nikkor 50mm f/1.8",
+    "Nikkor AF-S 50mm f/1.8G",
+    "Yongnuo YN 50mm f/1.8",
+    "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR",
+    "Nikkor AF-S 18-55mm f/3.5-5.6G DX ED II",
+    "Nikkor AF-S 18-200mm f/3.5-5.6G DX VR IF-ED",
+    "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED",
+    "Sigma 10-20mm f/4-5.6 EX DC HSM",
+    "Sigma 10-20mm f/3.5 EX DC HSM",
+    "Sigma 85mm f/1.4 EX DG HSM",
+    "Sigma 85mm F1.4 DG DN | Art 020",
+    "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6",
+    "Olympus M.Zuiko Digital ED 14-42mm f/3.5-5.6",
+    "XF 50mm f/2 R WR",
+    "XF 50mm f/1 R WR",
+    "Tamron AF 28-300mm f/3.5-6.3 XR Di LD Aspherical (IF)",
+};
+
+IndexedProfile ProfileOf(const QString &lens)
+{
+    IndexedProfile profile;
+    profile.path = lens;
+    profile.head.make = QStringLiteral("Maker");
+    profile.head.model = QStringLiteral("Reference");
+    profile.head.lensNames = QStringList{lens};
+    return profile;
+}
+
+QVector<IndexedProfile> AllBut(const QString &missing)
+{
+    QVector<IndexedProfile> profiles;
+    for (const char *lens : kLenses)
+        if (Text(lens) != missing)
+            profiles.append(ProfileOf(Text(lens)));
+    return profiles;
+}
+
+PictureFacts PictureWith(const QString &make, const QString &lens, double focalMm)
+{
+    PictureFacts facts;
+    facts.make = Known(make);
+    facts.model = Known(QStringLiteral("Camera"));
+    facts.lensNames = {Known(lens)};
+    facts.focalMm = Known(focalMm);
+    return facts;
+}
+
+ProfileMatcher Matcher(double referenceFactor = 1.0, double cameraFactor = 1.5)
+{
+    return ProfileMatcher({[=](const QString &, const QString &model) {
+                               return model == QLatin1String("Camera") ? cameraFactor : referenceFactor;
+                           },
+                           [](const QString &, const QString &) { return false; }});
+}
+
+} // namespace
+
+class tst_ProfileMatch : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void lensAmongDecoys_data();
+    void lensAmongDecoys();
+    void bodies_data();
+    void bodies();
+    void equalOnesAreNamed();
+    void settingsOutsideTheLens_data();
+    void settingsOutsideTheLens();
+    void fixedLens();
+};
+
+void tst_ProfileMatch::lensAmongDecoys_data()
+{
+    QTest::addColumn<QString>("make");
+    QTest::addColumn<QString>("lens"); // as cameras or exiftool write it
+    QTest::addColumn<double>("focalMm");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char *make, const char *lens, double focalMm, const char *expected) {
+        QTest::newRow(lens) << Text(make) << Text(lens) << focalMm << Text(expected);
+    };
+    row("Canon", "EF-S18-55mm f/3.5-5.6 IS", 34, "Canon EF-S 18-55mm f/3.5-5.6 IS");
+    row("Canon", "EF-S18-55mm f/3.5-5.6 IS STM", 18, "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
+    row("Canon", "EF70-200mm f/2.8L IS USM", 200, "Canon EF 70-200mm f/2.8L IS USM");
+    row("Canon", "Canon EF 28-80mm f/3.5-5.6 USM IV", 60, "Canon EF 28-80mm f/3.5-5.6 USM IV");
+    row("NIKON CORPORATION", "AF Nikkor 50mm f/1.8D", 50, "Nikkor AF 50mm f/1.8D");
+    row("NIKON CORPORATION", "AF-S DX VR Zoom-Nikkor 18-55mm f/3.5-5.6G", 28, "Nikkor AF-S 18-55mm f/3.5-5.6G DX VR");
+    row("NIKON CORPORATION", "AF-S DX VR Zoom-Nikkor 18-200mm f/3.5-5.6G IF-ED [II]", 105,
+        "Nikkor AF-S 18-200mm f/3.5-5.6G DX VR IF-ED");
+    row("PENTAX Corporation", "Sigma AF 10-20mm F4-5.6 EX DC", 10, "Sigma 10-20mm f/4-5.6 EX DC HSM");
+    row("SONY", "85mm F1.4 DG DN | Art 020", 85, "Sigma 85mm F1.4 DG DN | Art 020");
+    row("OLYMPUS IMAGING CORP.", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6", 24,
+        "Olympus Zuiko Digital ED 14-42mm f/3.5-5.6");
+    row("FUJIFILM", "XF50mmF2 R WR", 50, "XF 50mm f/2 R WR");
+}
+
+void tst_ProfileMatch::lensAmongDecoys()
+{
+    QFETCH(QString, make);
+    QFETCH(QString, lens);
+    QFETCH(double, focalMm);
+    QFETCH(QString, expected);
+    const PictureFacts facts = PictureWith(make, lens, focalMm);
+    const ProfileMatch found = Matcher().Match(AllBut(QString()), facts);
+    QVERIFY2(found.path == expected, qPrintable(found.path + QLatin1String(": ") + found.reason));
+    const ProfileMatch none = Matcher().Match(AllBut(expected), facts);
+    QVERIFY2(none.path.isEmpty(), qPrintable(none.path));
+    QVERIFY2(none.reason.contains(lens), qPrintable(none.reason));
+}
+
+void tst_ProfileMatch::bodies_data()
+{
+    QTest::addColumn<double>("referenceFactor");
+    QTest::addColumn<double>("cameraFactor");
+    QTest::addColumn<bool>("sameBody");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("larger frame than the picture's") << 1.0 << 1.5 << false << true;
+    QTest::newRow("nearly the same frame") << 1.56 << 1.5 << false << true;
+    QTest::newRow("smaller frame") << 1.6 << 1.5 << false << false;
+    QTest::newRow("camera unknown to the table") << 1.0 << 0.0 << false << false;
+    QTest::newRow("reference unknown to the table") << 0.0 << 1.5 << false << false;
+    QTest::newRow("same body, unknown") << 0.0 << 0.0 << true << true;
+}
+
+void tst_ProfileMatch::bodies()
+{
+    QFETCH(double, referenceFactor);
+    QFETCH(double, cameraFactor);
+    QFETCH(bool, sameBody);
+    QFETCH(bool, found);
+    IndexedProfile profile = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 IS"));
+    if (sameBody) {
+        profile.head.make = QStringLiteral("CANON");
+        profile.head.model = QStringLiteral("Canon Camera");
+    }
+    const ProfileMatch match =
+        Matcher(referenceFactor, cameraFactor)
+            .Match({profile}, PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), 34));
+    QCOMPARE(!match.path.isEmpty(), found);
+    QCOMPARE(match.nearest.size(), found ? 0 : 1);
+    QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is said
+}
+
+void tst_ProfileMatch::equalOnesAreNamed()
+{
+    QVector<IndexedProfile> two = {ProfileOf(Text("Canon EF 50mm f/1.8 STM")), ProfileOf(Text("EF50mm f/1.8 STM"))};
+    const PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF50mm f/1.8 STM"), 50);
+    const ProfileMatch equal = Matcher().Match(two, facts);
+    QVERIFY2(equal.path.isEmpty(), qPrintable(equal.path));
+    QVERIFY2(equal.reason.contains(two[0].path) && equal.reason.contains(two[1].path), qPrintable(equal.reason));
+    // What tells them apart, best first: the body, whether made for raw pictures.
+    two[1].head.raw = true;
+    QCOMPARE(Matcher().Match(two, facts).path, two[0].path);
+    two[1].head.make = QStringLiteral("Canon");
+    QCOMPARE(Matcher().Match(two, facts).path, two[1].path);
+    QCOMPARE(Matcher().Match(two, facts).notes.size(), 2); // another body, and made for raw pictures
+}
+
+void tst_ProfileMatch::settingsOutsideTheLens_data()
+{
+    QTest::addColumn<double>("focalMm");
+    QTest::addColumn<double>("aperture");
+    QTest::addColumn<bool>("found");
+    QTest::newRow("inside") << 34.0 << 8.0 << true;
+    QTest::newRow("rounded focal length") << 55.8 << 8.0 << true;
+    QTest::newRow("too long") << 60.0 << 8.0 << false;
+    QTest::newRow("wide open") << 18.0 << 3.4 << true;
+    QTest::newRow("too wide open") << 18.0 << 2.8 << false;
+}
+
+void tst_ProfileMatch::settingsOutsideTheLens()
+{
+    QFETCH(double, focalMm);
+    QFETCH(double, aperture);
+    QFETCH(bool, found);
+    IndexedProfile profile = ProfileOf(Text("Canon EF-S 18-55mm f/3.5-5.6 IS"));
+    profile.head.minFocalMm = 18;
+    profile.head.maxFocalMm = 55;
+    profile.head.minAperture = 3.5;
+    profile.head.maxAperture = 5.6;
+    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), focalMm);
+    facts.aperture = Known(aperture);
+    QCOMPARE(!Matcher().Match({profile}, facts).path.isEmpty(), found);
+}
+
+void tst_ProfileMatch::fixedLens()
+{
+    IndexedProfile compact = ProfileOf(Text("6.1-30.5 mm"));
+    compact.head.make = QStringLiteral("Canon");
+    compact.head.model = QStringLiteral("Canon PowerShot G11");
+    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("6.1 - 30.5 mm"), 12);
+    facts.model = Known(QStringLiteral("Canon PowerShot G11"));
+    QCOMPARE(Matcher().Match({compact}, facts).path, compact.path);
+    // A lens that can be taken off says nothing of a picture that names none.
+    IndexedProfile mounted = compact;
+    mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
+    QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());
+    facts.model = Known(QStringLiteral("Canon PowerShot G12"));
+    QVERIFY(Matcher().Match({compact}, facts).path.isEmpty());
+}
+
+QTEST_APPLESS_MAIN(tst_ProfileMatch)
+#include "ProfileMatch_test.moc"

@@ -1,0 +1,143 @@
+// Compares our corrections by lensfun's database with lensfun's own, over many lenses and settings: run by
+// `scripts/check lensfun`. Prints the worst differences; exit code 1 beyond the bounds.
+#include "CorrectionTwin.h"
+#include "LensfunFit.h"
+
+#include <lensfun/lensfun.h>
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+
+namespace {
+
+constexpr int kWidth = 6000, kHeight = 4000;
+constexpr int kLenses = 200, kSettings = 5;
+constexpr double kMostPx = 0.02, kMostEv = 0.01;
+
+struct Worst {
+    double px = 0.0, ev = 0.0;
+    int compared = 0, missed = 0;
+};
+
+template <typename T> Fact<T> Known(const T &value)
+{
+    Fact<T> fact;
+    fact.value = value;
+    fact.source = QStringLiteral("check");
+    return fact;
+}
+
+struct ModifierDeleter {
+    void operator()(lfModifier *modifier) const { modifier->Destroy(); }
+};
+
+/// A camera that takes the lens on a frame as large as, or smaller than, the calibrated one.
+const lfCamera *CameraFor(const lfDatabase &database, const lfLens &lens)
+{
+    for (const lfCamera *const *camera = database.GetCameras(); *camera; ++camera)
+        for (char *const *mount = lens.Mounts; *mount; ++mount)
+            if (qstricmp((*camera)->Mount, *mount) == 0 && (*camera)->CropFactor >= lens.CropFactor
+                && (*camera)->CropFactor < 2.5F * lens.CropFactor)
+                return *camera;
+    return nullptr;
+}
+
+void Compare(const lfLens &lens, const lfCamera &camera, double focal, double aperture, double distance, Worst *worst)
+{
+    PictureFacts facts;
+    facts.make = Known(QString::fromUtf8(camera.Maker));
+    facts.model = Known(QString::fromUtf8(camera.Model));
+    facts.lensNames = {Known(QString::fromUtf8(lens.Maker) + QLatin1Char(' ') + QString::fromUtf8(lens.Model))};
+    facts.focalMm = Known(focal);
+    facts.aperture = Known(aperture);
+    facts.distanceM = Known(distance);
+    facts.pixels = QSize(kWidth, kHeight);
+    FitOptions options;
+    options.framing = Framing::Keep;
+    const FitResult fit = FitByLensfun(facts, options);
+    if (fit.profile
+        != QLatin1String("lensfun:") + QString::fromUtf8(lens.Maker) + QLatin1Char('/')
+            + QString::fromUtf8(lens.Model)) {
+        ++worst->missed;
+        return;
+    }
+    ++worst->compared;
+    const std::unique_ptr<lfModifier, ModifierDeleter> modifier(
+        lfModifier::Create(&lens, camera.CropFactor, kWidth, kHeight));
+    const int does =
+        modifier->Initialize(&lens, LF_PF_F32, float(focal), float(aperture), float(distance), 1.0F, lens.Type,
+                             LF_MODIFY_TCA | LF_MODIFY_VIGNETTING | LF_MODIFY_DISTORTION, false);
+    const CorrectionTwin twin(fit.correction);
+    const double before = worst->px, beforeEv = worst->ev;
+    for (const double x : {0.0, 700.0, 2999.5, 5999.0})
+        for (const double y : {0.0, 1300.0, 3999.0}) {
+            const SourcePlaces ours = twin.At(x, y);
+            if (twin.IsEmpty(ours)) // maps end where the picture does
+                continue;
+            float theirs[6] = {float(x), float(y), float(x), float(y), float(x), float(y)};
+            if (does & (LF_MODIFY_TCA | LF_MODIFY_DISTORTION))
+                modifier->ApplySubpixelGeometryDistortion(float(x), float(y), 1, 1, theirs);
+            const SourcePlaces::Point places[] = {ours.red, ours.green, ours.blue};
+            for (int i = 0; i < 3; ++i)
+                worst->px =
+                    std::max(worst->px,
+                             std::hypot(places[i].x - double(theirs[2 * i]), places[i].y - double(theirs[2 * i + 1])));
+            float light[3] = {1.0F, 1.0F, 1.0F};
+            if (!(does & LF_MODIFY_VIGNETTING))
+                continue;
+            // Light is lost where it fell on the sensor, that is at green's place.
+            modifier->ApplyColorModification(light, float(ours.green.x), float(ours.green.y), 1, 1,
+                                             LF_CR_3(RED, GREEN, BLUE), 3 * sizeof(float));
+            if (light[0] > 1.0F && light[0] < 16.0F)
+                worst->ev = std::max(worst->ev, std::fabs(std::log2(ours.gain / double(light[0]))));
+        }
+    if ((worst->px > kMostPx && worst->px > before) || (worst->ev > kMostEv && worst->ev > beforeEv))
+        QTextStream(stdout) << fit.profile << " on " << camera.Model << " at " << focal << " mm: " << worst->px
+                            << " px, " << worst->ev << " EV\n";
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    lfDatabase database;
+    if (database.Load() != LF_NO_ERROR)
+        return 1;
+    QVector<const lfLens *> lenses;
+    for (const lfLens *const *lens = database.GetLenses(); *lens; ++lens)
+        if ((*lens)->Type == LF_RECTILINEAR && (*lens)->CalibDistortion) // projections of fisheyes differ by choice
+            lenses.append(*lens);
+    // One that was measured on two sensors is found by the better one, which need not be this.
+    const auto isRepeated = [all = lenses](const lfLens *lens) {
+        return std::count_if(all.begin(), all.end(),
+                             [lens](const lfLens *other) { return qstrcmp(lens->Model, other->Model) == 0; })
+            > 1;
+    };
+    lenses.erase(std::remove_if(lenses.begin(), lenses.end(), isRepeated), lenses.end());
+    std::mt19937 random(1);
+    std::shuffle(lenses.begin(), lenses.end(), random);
+    Worst worst;
+    int used = 0;
+    for (const lfLens *lens : qAsConst(lenses)) {
+        const lfCamera *camera = CameraFor(database, *lens);
+        if (!camera)
+            continue;
+        for (int i = 0; i < kSettings; ++i) {
+            const double t = i / double(kSettings - 1);
+            const double aperture = (lens->MinAperture > 0.0F ? double(lens->MinAperture) : 4.0) * (1.0 + t);
+            Compare(*lens, *camera, double(lens->MinFocal) + t * double(lens->MaxFocal - lens->MinFocal), aperture,
+                    0.5 + 20.0 * t, &worst);
+        }
+        if (++used == kLenses)
+            break;
+    }
+    QTextStream(stdout) << used << " lenses, " << worst.compared << " settings compared, " << worst.missed
+                        << " not found under their own names; worst " << worst.px << " px, " << worst.ev << " EV\n";
+    return worst.px <= kMostPx && worst.ev <= kMostEv && worst.compared > worst.missed ? 0 : 1;
+}

@@ -3,8 +3,8 @@
 #include "big_tiff_view.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
+#include "raw_facts.h"
 #include "source_io.h"
-#include "raw/raw_facts.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "metadata_list.h"
 
 #include "core/allocator.h"
-#include "raw/raw_facts.h"
+#include "raw_facts.h"
 
 #include <algorithm>
 #include <clocale>

@@ -2,7 +2,7 @@
 
 #include "core/codec.h"
 #include "core/decimal.h"
-#include "raw_stream.h"
+#include "core/raw_stream.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // LibRaw's view on a Source.
 #pragma once
 
-#include "core/source.h"
+#include "source.h"
 
 #include <libraw/libraw.h>
 

@@ -204,6 +204,8 @@ bool IsMovableNote(const Bytes &note)
 bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian)
 {
     const NoteKind *kind = KindOf(note);
+    if (kind && kind->isMovable)
+        return false;
     const NoteDirectory directory(note, kind ? kind->directoryAt : 0, isBigEndian);
     return directory.IsWhole()
         && (directory.HasShiftedOffsets(static_cast<std::int64_t>(place))

@@ -87,13 +87,16 @@ void tst_KMetaData::nothingInBlocks()
     GFL_EXIF_DATAEX exif = {nullptr, 5};
     GFL_IPTC_DATA iptc = {0, nullptr};
     GFL_ICCPROFILE_DATA icc = {nullptr, 12}; // a length without bytes
-    GFL_IPTC_DATA endless = {0xFFFFFFFF, nullptr};
+    GFL_IPTC_ENTRY entry = {};
+    GFL_IPTC_DATA endless = {0xFFFFFFFF, &entry}, withoutList = {2, nullptr};
     KMetaData data;
     data.SetIptc(&endless); // more than 32 bits of bytes
     QVERIFY(!data.Iptc());
     data.SetExifex(&exif);
     data.SetIptc(&iptc);
     data.SetIccProfile(&icc);
+    QVERIFY(data.Iptc() && data.Iptc()->NumberOfItems == 0);
+    data.SetIptc(&withoutList);
     QVERIFY(data.Exifex() && !data.Exifex()->Root && data.Exifex()->Flags == 5);
     QVERIFY(data.Iptc() && data.Iptc()->NumberOfItems == 0);
     QCOMPARE(data.IccProfile()->Length, 0u);

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void savepoint();
     void killedBetweenCommitAndCancel();
     void copied();
+    void keptOutOfANewFile();
     void twoKeptOutByAReader();
 
 private:
@@ -78,6 +79,10 @@ void tst_KDbSession::commitAndCancel()
         Notes notes;
         notes.setUseRollBack(useRollBack);
         notes.setFilePath(path);
+        QSqlQuery journal = notes.executeQuery(QStringLiteral("PRAGMA journal_mode"));
+        QVERIFY(journal.next());
+        QCOMPARE(journal.value(0).toString(), useRollBack ? QStringLiteral("memory") : QStringLiteral("off"));
+        journal.finish();
         notes.Add(QStringLiteral("a"));
         notes.commitAll();
         notes.Add(QStringLiteral("b"));
@@ -142,6 +147,30 @@ void tst_KDbSession::copied()
     QVERIFY(!row.next());
     notes.eraseDb();
     QVERIFY(!notes.checkDb() && !QFile::exists(Path()));
+}
+
+/// A session with savepoints on a new file that somebody else has locked.
+void tst_KDbSession::keptOutOfANewFile()
+{
+    Notes late;
+    late.setUseRollBack(true);
+    {
+        QSqlDatabase holder = QSqlDatabase::addDatabase(kSqlite, QStringLiteral("holder"));
+        holder.setDatabaseName(Path());
+        QVERIFY(holder.open());
+        QSqlQuery(QStringLiteral("BEGIN EXCLUSIVE"), holder);
+        late.setFilePath(Path());
+        late.Add(QStringLiteral("kept out"));
+        late.commitAll();
+        QVERIFY(late.Texts().isEmpty());
+        holder.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("holder"));
+    late.Add(QStringLiteral("a"));
+    late.commitAll();
+    late.Add(QStringLiteral("b"));
+    late.cancelAll();
+    QCOMPARE(late.Texts(), QStringList{QStringLiteral("a")});
 }
 
 void tst_KDbSession::twoKeptOutByAReader()

@@ -208,10 +208,23 @@ void tst_ImageDef::identity()
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
-    const ImageDef copy(*image);
+    // Copies lend the pixels of their own file: one without an identity, one that described another file before.
+    ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
+    ImageDef copy(*image), ofOther(*other);
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());
-    ImageDef::Delete(path);
-    QVERIFY(!ImageDef::Find(path));
+    const std::unique_ptr<ImageDef> assigned = Describe(path);
+    *assigned = *other;
+    KImage *const lent = other->LockFullSize(true);
+    for (ImageDef *one : {&ofOther, assigned.get()}) {
+        QVERIFY(copy.Lock(5, 4, true) != lent);
+        QCOMPARE(one->Lock(5, 4, true), lent);
+        one->UnlockFullSize(true);
+        copy.Unlock(5, 4, true);
+    }
+    for (const QString &file : {path, other->FileName()}) {
+        ImageDef::Delete(file);
+        QVERIFY(!ImageDef::Find(file));
+    }
 }
 
 void tst_ImageDef::reload()

@@ -165,7 +165,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info)
     if (!HasWholeValues(model, info.role))
         return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
     const int count = model.coefficients.size();
-    if (info.role != ModelRole::Warp || lcp.modelKind == 0 || count == 1 || count == 2)
+    if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)
         return QString();
     return QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
                           "picture of one colour")
@@ -174,7 +174,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info)
 
 void DescribeModels(const newLCP &lcp, ProfileReport &report)
 {
-    report.fisheye = lcp.modelKind != 0;
+    report.fisheye = lcp.Kind() == LensModel::Fisheye;
     report.imageWidth = lcp.imageWidth;
     report.imageLength = lcp.imageLength;
     for (const ModelInfo &info : kModels)
@@ -184,11 +184,11 @@ void DescribeModels(const newLCP &lcp, ProfileReport &report)
 // --- What its user might not expect ---
 
 /// What an unusual number of coefficients leads to; empty for a usual one.
-QString NoteOnCoefficients(int count, ModelRole role, bool fisheye)
+QString NoteOnCoefficients(int count, ModelRole role, LensModel kind)
 {
     if (role == ModelRole::Gain)
         return count >= 3 ? QString() : QStringLiteral("%1 of 3 coefficients; the missing ones count as 0").arg(count);
-    const bool isFlaw = role == ModelRole::Warp && fisheye; // told as such
+    const bool isFlaw = role == ModelRole::Warp && kind == LensModel::Fisheye; // told as such
     return isFlaw || count <= 3
         ? QString()
         : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
@@ -201,7 +201,7 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, QStringList &notes)
         return;
     const QString prefix = QLatin1String(info.name) + QStringLiteral(" model: ");
     for (const QString &note :
-         {Flaw(lcp, info), NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0)}) {
+         {Flaw(lcp, info), NoteOnCoefficients(model.coefficients.size(), info.role, lcp.Kind())}) {
         if (!note.isEmpty())
             notes << prefix + note;
     }

@@ -44,6 +44,7 @@ private Q_SLOTS:
     void firstOfManyEntries();
     void perspectiveValues();
     void subModelsReadTheirOwnValues();
+    void reset();
     void metadataBehindTheModelIsNotRead();
     void unusable();
     void brokenOffBehindTheFirstEntry();
@@ -147,6 +148,27 @@ void tst_newLCP::subModelsReadTheirOwnValues()
         QCOMPARE(lcp.modelKind, kind);
         QCOMPARE(lcp.distortionModel.coefficients, radial);
     }
+}
+
+void tst_newLCP::reset()
+{
+    newLCP lcp =
+        Read(Profile(Entry(Size("101", "51") + Metadata("24", "4", "1.5") + Resource("FisheyeModel", EveryValue()))));
+    lcp.scale = 0.5F;
+    for (const SubModel &subModel : kSubModels) {
+        (lcp.*subModel.model).scaleFactor = 2.0F;
+        (lcp.*subModel.model).Found();
+    }
+    lcp.Reset();
+    QVERIFY(lcp.sensorFormatFactor == 1.0F && lcp.scale == 0.0F && lcp.modelKind == 0);
+    QVERIFY(lcp.imageWidth == 0.0 && lcp.imageLength == 0.0);
+    const LensParam &distortion = lcp.distortionModel;
+    QVERIFY(!distortion.found && distortion.scaleFactor == 1.0F && distortion.focalPixels == 0.0F);
+    for (const SubModel &subModel : kSubModels) {
+        const LensParam &model = lcp.*subModel.model;
+        QVERIFY2(!model.found && model.scaleFactor == 1.0F && model.focalPixels == 0.0F, subModel.tag);
+    }
+    QCOMPARE(distortion.coefficients.size(), 3); // which a second reading appends to
 }
 
 void tst_newLCP::metadataBehindTheModelIsNotRead()

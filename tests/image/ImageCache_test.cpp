@@ -159,13 +159,19 @@ void tst_ImageCache::whereVersionsComeBackFrom()
         QVector<QByteArray> pixels;
         const auto lockAll = [&] {
             for (const auto &version : asked) {
-                pixels << PackedPixels(*image->Lock(version.width, version.height, version.nativeDepth)->m_bitmap);
+                const KImage &lent = *image->Lock(version.width, version.height, version.nativeDepth);
+                QCOMPARE(lent.bitsPerComponent(), ushort(version.nativeDepth ? bits : 8));
+                QVERIFY(lent.width() == version.width && lent.height() == version.height);
+                pixels << PackedPixels(*lent.m_bitmap);
                 image->Unlock(version.width, version.height, version.nativeDepth);
             }
             image->ReleaseFromMemory();
             QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
         };
         lockAll();
+        lockAll(); // what was evicted
+        QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
+        pixels.resize(3);
         QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
         WriteFile(path, "no picture"); // nothing can be developed now

@@ -1,4 +1,5 @@
 // The image cache: which images lose their pixels, where versions come from, disk copies of raw files, start and stop.
+#include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
 #include "PictureFiles.h"
@@ -84,6 +85,7 @@ void tst_ImageCache::eviction()
                 {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // no more than needed
                 {1, "Ua La Ua Ua La Lb Ub", "ab"}};          // unlocks without a lock
     for (const auto &row : rows) {
+        const Case named(row.limitMo, row.steps);
         Cache().m_maxMemoryMo = row.limitMo;
         QMap<QChar, ImageDef *> images;
         for (const QChar name : QStringLiteral("abcd"))
@@ -144,6 +146,7 @@ void tst_ImageCache::whereVersionsComeBackFrom()
         bool hasCopies;
     } rows[] = {{"b.png", 16, false}, {"c.NEF", 8, false}, {"d.nef", 16, true}, {"e.dng", 16, true}};
     for (const auto &[name, bits, hasCopies] : rows) {
+        const Case named(name, bits);
         cleanup();
         const QString path = Path(QString::fromLatin1(name));
         if (path.endsWith(QStringLiteral("dng")))

@@ -1,4 +1,5 @@
 // Describing files: what is refused, what the settings force, thumbnails, identity, and describing afresh.
+#include "Case.h"
 #include "DngFile.h"
 #include "PictureFiles.h"
 #include "Thrown.h"
@@ -140,6 +141,7 @@ void tst_ImageDef::metadataBlocks()
 {
     const char *const all = "ICC, IPTC, XMP";
     for (const char *block : {"ICC", "IPTC", "XMP", "", all}) {
+        const Case named(block, "blocks");
         const auto has = [block](const char *name) { return std::strstr(block, name) != nullptr; };
         const QString path = WritePicture(Path("blocks.jpg"), "jpeg", 6, 4);
         const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(path.toStdString());
@@ -178,6 +180,7 @@ void tst_ImageDef::rawFiles()
     QVERIFY(upright.contains(topLeft));
     WriteFile(path, upright.replace(topLeft, QByteArray("\x12\x01\x03\0\1\0\0\0\6", 9)));
     for (const float redScaling : {1.0F, 0.5F}) {
+        const Case named("red scaling", redScaling);
         ImageDatas::settings->rawRedScaling = redScaling;
         GFL_LOAD_PARAMS params;
         gflGetDefaultLoadParams(&params);
@@ -248,6 +251,7 @@ void tst_ImageDef::exifModes()
                 {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // as 0
                 {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // already so before the file is looked at, hence no ratio
                 {1, "Nobody", 0, "1 70 1 0,0,0 1 1"},         {1, "Nobody", 60, "1 60 2 0,0,0 0 1"},
+                {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table against the default
                 {2, nullptr, 0, "1 80 1 0.5,0.25,0.125 1 0"}, {2, "Nobody", 60, "1 80 1 0.5,0.25,0.125 1 1"}};
     ImageDatas &settings = *ImageDatas::settings;
     settings.exifDefaultFocal35mm = 70;
@@ -257,6 +261,7 @@ void tst_ImageDef::exifModes()
     settings.exifForcedK3 = 0.125F;
     settings.exifDefaultLensModel = settings.exifForcedLensModel = 1;
     for (const auto &row : rows) {
+        const Case named(row.mode, row.make, row.focal35mm);
         settings.exifMode = row.mode;
         const QString path = Path("mode.jpg");
         const auto image =
@@ -291,6 +296,7 @@ void tst_ImageDef::thumbnails()
     ImageDatas::settings->thumbnailSize = QSize(128, 128);
     const auto sizeOf = [](const KImage *image) { return QSize(image->width(), image->height()); };
     for (const auto &row : rows) {
+        const Case named(row.picture);
         const auto image =
             Describe(WritePicture(Path("t.jpg"), "jpeg", row.picture.width(), row.picture.height()), true);
         QVERIFY(image);

@@ -1,6 +1,8 @@
 // The copies of metadata blocks that an image keeps.
 #include "KMetaData.h"
 
+#include "Case.h"
+
 #include <QtTest>
 
 #include <cstring>
@@ -113,6 +115,7 @@ void tst_KMetaData::xmpTree()
     QCOMPARE(root.attribute(QStringLiteral("a:b")), QStringLiteral("1"));
     QCOMPARE(root.elementsByTagName(QStringLiteral("c")).at(0).toElement().text(), QStringLiteral("text"));
     for (const QByteArray &bad : {QByteArray("<x"), QByteArray("\0\xff", 2), QByteArray("<a>").repeated(100000)}) {
+        const Case named(bad.left(20));
         GFL_XMP_DATA block = {reinterpret_cast<quint8 *>(const_cast<char *>(bad.constData())), quint32(bad.size())};
         data.SetXmp(&block);
         QVERIFY(data.DomXmp().isNull());

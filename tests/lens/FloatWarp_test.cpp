@@ -59,18 +59,44 @@ Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Correctio
     return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
 }
 
+/// So gentle that most blocks are inside, with all numbers of coefficients.
+void MakeGentle(newLCP &lcp, int round, quint32 seed)
+{
+    for (LensParam *model : {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
+        model->coefficients = QVector<float>{-0.02F, 0.01F, 0.004F, 0.1F}.mid(0, round / 8 % 5);
+        model->tangential1 *= 0.01;
+        model->tangential2 *= 0.01;
+        model->scaleFactor = 1.0F;
+    }
+    lcp.scale = 1.0F;
+    lcp.modelKind = int(seed / 8 % 2); // another from size to size for the same number
+}
+
+void Break(newLCP &lcp, int round, quint32)
+{
+    if (round < 8) // positions infinite or not a number
+        lcp.redGreenModel.focalPixels = 0.0F;
+    else if (round < 16) // the gain not a number
+        lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
+    else
+        lcp.greenModel.found = lcp.distortionModel.found = false;
+}
+
 } // namespace
 
 class tst_FloatWarp : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void paths_data() { AddMachines(); }
-    void paths();
-    void coefficients_data() { AddMachines(); }
-    void coefficients();
+    void strongModels_data() { AddMachines(); }
+    void strongModels()
+    {
+        CompareSizes(48, [](newLCP &, int, quint32) {});
+    }
+    void gentleModels_data() { AddMachines(); }
+    void gentleModels() { CompareSizes(40, MakeGentle); }
     void brokenModels_data() { AddMachines(); }
-    void brokenModels();
+    void brokenModels() { CompareSizes(24, Break); }
     void exactEdges_data() { AddMachines(); }
     void exactEdges();
     void bandsAreTheWhole();
@@ -79,6 +105,8 @@ private Q_SLOTS:
 private:
     /// One row per set of instructions and frame.
     static void AddMachines();
+    /// Compares pictures of all sizes, @p rounds of each, by strong models that @p change has changed.
+    static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));
     /// Renders random pixels by the fast warp and by its plain twin, which must agree to the last bit; so all
     /// instructions give the same bits too. @p round chooses switches and what stays unwritten.
     static void Compare(newLCP lcp, QSize size, int round, quint32 seed);
@@ -125,49 +153,14 @@ void tst_FloatWarp::Compare(newLCP lcp, QSize size, int round, quint32 seed)
     if (Instructions(instructions) > FloatWarp::BestInstructions())                                                    \
     QSKIP("not on this processor")
 
-void tst_FloatWarp::paths()
+void tst_FloatWarp::CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed))
 {
     SKIP_IF_UNKNOWN();
     quint32 seed = 1;
     for (const QSize size : kSizes) {
-        for (int round = 0; round < 48 && !QTest::currentTestFailed(); ++round, ++seed)
-            Compare(StrongModels(size.width(), size.height(), round / 24, seed), size, round, seed);
-    }
-}
-
-/// Gentle models, so that most blocks are inside, with all numbers of coefficients.
-void tst_FloatWarp::coefficients()
-{
-    SKIP_IF_UNKNOWN();
-    quint32 seed = 1;
-    for (const QSize size : kSizes) {
-        for (int round = 0; round < 80 && !QTest::currentTestFailed(); ++round, ++seed) {
-            newLCP lcp = StrongModels(size.width(), size.height(), round / 40, seed);
-            for (LensParam *model : {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
-                model->coefficients = QVector<float>{-0.02F, 0.01F, 0.004F, 0.1F}.mid(0, round / 8 % 5);
-                model->tangential1 *= 0.01;
-                model->tangential2 *= 0.01;
-                model->scaleFactor = 1.0F;
-            }
-            lcp.scale = 1.0F;
-            Compare(lcp, size, round, seed);
-        }
-    }
-}
-
-void tst_FloatWarp::brokenModels()
-{
-    SKIP_IF_UNKNOWN();
-    quint32 seed = 1;
-    for (const QSize size : kSizes) {
-        for (int round = 0; round < 24 && !QTest::currentTestFailed(); ++round, ++seed) {
-            newLCP lcp = StrongModels(size.width(), size.height(), 0, seed);
-            if (round < 8) // positions infinite or not a number
-                lcp.redGreenModel.focalPixels = 0.0F;
-            else if (round < 16) // the gain not a number
-                lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
-            else
-                lcp.greenModel.found = lcp.distortionModel.found = false;
+        for (int round = 0; round < rounds && !QTest::currentTestFailed(); ++round, ++seed) {
+            newLCP lcp = StrongModels(size.width(), size.height(), round / 24, seed);
+            change(lcp, round, seed);
             Compare(lcp, size, round, seed);
         }
     }

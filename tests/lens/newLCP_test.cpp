@@ -1,6 +1,7 @@
 // newLCP: what is read of a profile, and what becomes of files that are none.
 #include "newLCP.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "ProfileText.h"
 
@@ -85,6 +86,7 @@ void tst_newLCP::firstOfManyEntries()
     const float focalLengths[] = {0.8F, 0.81F, 0.83F, 0.85F, 0.87F}, scaleFactors[] = {1, 1, 0.999F, 1.001F, 1};
     const float centers[][2] = {{0.51F, 0.52F}, {0.511F, 0.521F}, {0.512F, 0.522F}, {0.513F, 0.523F}, {0.514F, 0.524F}};
     for (int i = 0; i < 5; ++i) {
+        const Case named("i", i);
         QVERIFY(models[i]->found);
         QCOMPARE(models[i]->coefficients, coefficients[i]);
         QCOMPARE(models[i]->scaleFactor, scaleFactors[i]);
@@ -114,6 +116,7 @@ void tst_newLCP::perspectiveValues()
                 {"<!-- 0.7 -->" + Value("Unknown", "3") + focal + radial("1", "0<!-- -->.5"), {0.5F}, 50},
                 {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // no part of it
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         bool ok = false;
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource("PerspectiveModel", row.values))), &ok);
         QVERIFY(ok);
@@ -128,6 +131,7 @@ void tst_newLCP::subModelsReadTheirOwnValues()
     const Coefficients radial{0.1F, 0.2F, 0.3F}, vignette{0.01F, 0.02F, 0.03F};
     const float scaleFactors[] = {1.0F, 1.5F, 1.5F, 1.0F}; // green and vignette have none
     for (int i = 0; i < 4; ++i) {
+        const Case named("i", i);
         const QByteArray model = Resource("PerspectiveModel", Resource(kSubModels[i].tag, EveryValue()));
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + model)));
         const LensParam &read = lcp.*kSubModels[i].model;
@@ -143,6 +147,7 @@ void tst_newLCP::subModelsReadTheirOwnValues()
     }
     const std::pair<const char *, int> kinds[] = {{"PerspectiveModel", 0}, {"FisheyeModel", 1}, {"GeometricModel", 0}};
     for (const auto &[tag, kind] : kinds) { // an unknown tag is read all the same
+        const Case named(tag, kind);
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource(tag, EveryValue()))));
         QVERIFY(lcp.distortionModel.found);
         QCOMPARE(lcp.modelKind, kind);
@@ -207,6 +212,7 @@ void tst_newLCP::unusable()
         Profile("<rdf:li rdf:parseType=\"Resource\"><a " + attributes + "/>" + model + "</rdf:li>"),
         Profile(Entry(model) + QByteArray(17 << 20, ' '))};
     for (const QByteArray &content : contents) {
+        const Case named(content.left(100));
         for (bool preset : {true, false}) {
             bool ok = preset;
             const QString fileName = content.isNull()

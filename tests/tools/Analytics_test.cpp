@@ -1,4 +1,5 @@
 // Analytics: events and their text, the two stores, providers, and the manager above them.
+#include "Case.h"
 #include "Files.h"
 #include "OwnFolders.h"
 #include "Threads.h"
@@ -143,6 +144,7 @@ void tst_Analytics::eventsAsText()
                    {1, qint64(1500), "duration", "1500"},
                    {7, 0.5, "unknow", "0.5"}};
     for (const auto &row : written) {
+        const Case named(row.typeText);
         KAnalyticsEvent event(nullptr), back(nullptr);
         event.setName(kName);
         event.setCategory(kCategory);
@@ -239,6 +241,7 @@ void tst_Analytics::binaryFile()
                                                       {whole.left(whole.size() / 2), ""},
                                                       {QByteArray(whole).replace(8, 12, QByteArray(12, '\xff')), ""}};
     for (const auto &[bytes, lock] : rows) {
+        const Case named("bytes", bytes.size(), "lock", lock);
         const bool isGood = bytes == whole;
         const QString path = WriteFile(Path(), bytes);
         if (!lock.isEmpty())
@@ -287,7 +290,8 @@ void tst_Analytics::providersTwiceOrGone()
     delete gone; // as by a plug-in that goes before its host
     InThreads(1, [&](int) { gone = new Sender(&m_log); });
     m_manager->registerProvider(gone);
-    InThreads(1, [&](int) { delete gone; }); // and no event loop runs before the flush
+    InThreads(1, [&](int) { delete gone; });
+    m_manager->flushEvents(/*delayed=*/false); // before an event loop can tell
     auto *twice = new Sender(&m_log);
     m_manager->registerProvider(twice);
     m_log.clear();

@@ -1,5 +1,7 @@
 #include "analytics/KDbSession.h"
 
+#include "Case.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -75,6 +77,7 @@ private:
 void tst_KDbSession::commitAndCancel()
 {
     for (const bool useRollBack : {true, false}) {
+        const Case named("with savepoints", useRollBack);
         const QString path = Path(useRollBack ? "savepoints.db" : "each.db");
         Notes notes;
         notes.setUseRollBack(useRollBack);
@@ -99,6 +102,7 @@ void tst_KDbSession::commitAndCancel()
 void tst_KDbSession::savepoint()
 {
     for (const int way : {0, 1, 2}) { // closed, given no path, opened anew
+        const Case named("way", way);
         Notes notes;
         notes.setUseRollBack(true);
         notes.setFilePath(Path());

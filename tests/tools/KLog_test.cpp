@@ -1,5 +1,6 @@
 #include "KLog.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "KException.h"
 #include "Threads.h"
@@ -48,6 +49,7 @@ void tst_KLog::fileHoldsTheBareLine()
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file is UTF-8 everywhere
     const QString name = m_dir.filePath(QStringLiteral("lines.log"));
     for (const bool append : {false, true, false}) {
+        const Case named("append", append);
         KLog::ms_instance->EnableLogToFile(name, append);
         KLog::ms_instance->Log(QString::fromUtf8("Blende ƒ/2,8 — ü"));
         QCOMPARE(ReadFile(name), QByteArray("Blende ƒ/2,8 — ü\r\n").repeated(append ? 2 : 1));

@@ -7,9 +7,10 @@
 
 #include <vector>
 
-/// One item an image, by ImageDef::m_id; each holds any number of versions, whole decoded pictures of one size and
-/// depth. A version that is locked stays. When the sum stands above the limit, the images whose newest version was used
-/// longest ago lose all versions that nobody has locked; the limit is looked after when a lock is given back.
+/// One item per image file, by ImageDef::IdOf of its name, which copies of a description share; each holds any number
+/// of versions, whole decoded pictures of one size and depth. A version that is locked stays. When the sum stands above
+/// the limit, the images whose newest version was used longest ago lose all versions that nobody has locked; the limit
+/// is looked after when a lock is given back.
 ///
 /// KImage::init makes the process's cache or takes a host's, whoever needs it earlier makes it; KImage::exit ends it.
 /// Any thread may lock and unlock. The cache's mutex guards the items and is never held during a load.
@@ -39,7 +40,7 @@ public:
     // The caller holds the mutex.
 
     /// The item of an image, or null.
-    Item *Find(ImageDef *def) { return m_items.value(def->m_id); }
+    Item *Find(ImageDef *def) { return m_items.value(KeyOf(def)); }
     /// The living image of that path in the cache, or null.
     ImageDef *Find(QString fileName)
     {
@@ -68,6 +69,9 @@ public:
     int m_maxMemoryMo = 256;                // megabytes of 2^20 bytes; a host may set it: KSystemInfo::maxCacheSize()
 
 private:
+    /// Not m_id: a copied or assigned description has none, or that of the file it described before.
+    static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
+
     QVector<Image *> m_lentOfDeleted; // owned
 };
 
@@ -86,7 +90,7 @@ typename ImageCache<Image, Loader>::Item *ImageCache<Image, Loader>::FindOrMake(
     Item *item = Find(def);
     if (!item) {
         item = new Item(def);
-        m_items.insert(def->m_id, item);
+        m_items.insert(KeyOf(def), item);
     } else if (!item->m_def) {
         item->Adopt(def);
     }
@@ -137,7 +141,7 @@ template <typename Image, typename Loader> void ImageCache<Image, Loader>::Remov
 {
     std::unique_ptr<Item> item;
     const CacheLocker locker(m_mutex);
-    item.reset(m_items.take(def->m_id));
+    item.reset(m_items.take(KeyOf(def)));
     if (item)
         m_lentOfDeleted += item->Abandon();
 }

@@ -84,12 +84,27 @@ Version *DevelopedVersion(ImageDef *def, Item *item)
     return FullVersion(def, def->nDepth(), item, [=](Version *full) { FillWithCopy(def, full, item); });
 }
 
-/// Reads the version's disk copy. Without one, because there was none yet or somebody took it away, makes the pixels
-/// and writes it.
+/// The pixels of the version's disk copy. Null if there is none yet, or none any more: deleted, damaged, or another
+/// picture.
+std::unique_ptr<KImage> ReadCopy(const Version *version)
+{
+    if (version->m_cacheName.isEmpty() || !QFileInfo::exists(version->m_cacheName))
+        return nullptr;
+    try {
+        auto image = ReadFile(version->m_cacheName, /*nativeDepth=*/true);
+        const bool isTheVersion = image->width() == version->m_width && image->height() == version->m_height
+            && image->bitsPerComponent() == version->m_depth;
+        return isTheVersion ? std::move(image) : nullptr;
+    } catch (const KException &) {
+        return nullptr;
+    }
+}
+
+/// Reads the version's disk copy. Without one, makes the pixels and writes it.
 void FillWithCopy(ImageDef *def, Version *version, Item *item)
 {
-    if (!version->m_cacheName.isEmpty() && QFileInfo::exists(version->m_cacheName)) {
-        SetPixels(version, ReadFile(version->m_cacheName, /*nativeDepth=*/true));
+    if (auto copy = ReadCopy(version)) {
+        SetPixels(version, std::move(copy));
         return;
     }
     std::unique_ptr<KImage> image;
@@ -97,7 +112,7 @@ void FillWithCopy(ImageDef *def, Version *version, Item *item)
         image = ReadFile(def->FileName(), /*nativeDepth=*/true);
     else
         image = Reduced(*DevelopedVersion(def, item)->m_image, version);
-    version->RemoveDiskCopy(); // the name of one that was taken away
+    version->RemoveDiskCopy(); // of one that is of no use
     image->ID_WriteToCache(item->fullCacheName(version));
     SetPixels(version, std::move(image));
 }

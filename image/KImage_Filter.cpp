@@ -54,7 +54,7 @@ void BlurPlane(const KImage &plane, KImage &blurred, float sigma)
 
 /// Kernels up to this size are applied as they are; wider ones, whose time would grow with them, by a Gaussian of the
 /// same variance.
-constexpr int kLargestPlainKernel = 31;
+constexpr int kLargestPlainKernel = 301;
 
 class UnsharpBlur {
 public:

@@ -58,13 +58,14 @@ GFL_IPTC_DATA *Copy(const GFL_IPTC_DATA *source)
     auto *copy = NewCleared<GFL_IPTC_DATA>();
     if (!copy)
         return nullptr;
-    copy->ItemsList = NewCleared<GFL_IPTC_ENTRY>(source->NumberOfItems);
+    const quint32 count = source->ItemsList ? source->NumberOfItems : 0;
+    copy->ItemsList = NewCleared<GFL_IPTC_ENTRY>(count);
     if (!copy->ItemsList) {
         gflFreeIPTC(copy);
         return nullptr;
     }
-    copy->NumberOfItems = source->NumberOfItems;
-    for (quint32 i = 0; i < source->NumberOfItems; ++i) {
+    copy->NumberOfItems = count;
+    for (quint32 i = 0; i < count; ++i) {
         const GFL_IPTC_ENTRY &entry = source->ItemsList[i];
         copy->ItemsList[i] = {entry.Id, KMetaData::StrDup(entry.Name), KMetaData::StrDup(entry.Value)};
     }

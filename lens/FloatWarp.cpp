@@ -91,9 +91,10 @@ FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const K
 
 } // namespace
 
-FloatWarp::Radial::Radial(const LensParam &model, bool fisheye, float scale)
+FloatWarp::Radial::Radial(const LensParam &model, LensModel kind, float scale)
     : terms(model.coefficients.size()), c(), t1(model.tangential1), t2(model.tangential2)
 {
+    const bool fisheye = kind == LensModel::Fisheye;
     form = fisheye ? Form::Fisheye : t1 == 0.0 && t2 == 0.0 ? Form::Perspective : Form::Tangential;
     if (terms > (fisheye ? 2 : 3))
         terms = 0;
@@ -146,9 +147,9 @@ FloatWarp::Instructions FloatWarp::BestInstructions()
 }
 
 FloatWarp::FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source)
-    : m_main(corrections.chromatic ? lcp.greenModel : lcp.distortionModel, lcp.modelKind != 0, lcp.scale),
-      m_red(lcp.redGreenModel, /*fisheye=*/false, lcp.scale),
-      m_blue(lcp.blueGreenModel, /*fisheye=*/false, lcp.scale),
+    : m_main(corrections.chromatic ? lcp.greenModel : lcp.distortionModel, lcp.Kind(), lcp.scale),
+      m_red(lcp.redGreenModel, LensModel::Perspective, lcp.scale),
+      m_blue(lcp.blueGreenModel, LensModel::Perspective, lcp.scale),
       m_vignette(lcp.vignetteModel, corrections.vignetting && lcp.vignetteModel.found, lcp.scale,
                  std::max(source.width(), source.height())),
       m_path(PathOf(lcp, corrections)),
@@ -197,9 +198,7 @@ FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
 
 void FloatWarp::Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions) const
 {
-    const bool complete = RenderFrom(m_source, 0, rows, firstRow, unwritten, instructions);
-    Q_ASSERT(complete);
-    Q_UNUSED(complete);
+    (void)RenderFrom(m_source, 0, rows, firstRow, unwritten, instructions); // nothing of the whole source is missing
 }
 
 bool FloatWarp::RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
@@ -225,5 +224,6 @@ bool FloatWarp::RenderFrom(const KImage &window, int windowRow, KImage &rows, in
                        firstRow,
                        &missed};
     kRows[static_cast<int>(instructions)](band);
-    return !missed;
+    Q_ASSERT(!missed || window.height() < m_source.height());
+    return !missed || window.height() >= m_source.height();
 }

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+enum class LensModel;
 class KImage;
 class LensParam;
 class newLCP;
@@ -49,13 +50,14 @@ public:
     /// in its first and last row. Too few only where a model isn't smooth.
     RowRange RowsFor(int firstRow, int rows) const;
     /// As Render, of a source of which only some rows are in memory: those of @p window, served, whose first is row
-    /// @p windowRow. False if others are needed; what was filled is then of no use.
+    /// @p windowRow. False if others are needed; what was filled is then of no use. Always true with all rows of the
+    /// source, so that callers that hold more rows and try again come to an end.
     [[nodiscard]] bool RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
                                   Instructions instructions = BestInstructions()) const;
 
     /// One radial model, ready for positions in pixels.
     struct Radial {
-        Radial(const LensParam &model, bool fisheye, float scale);
+        Radial(const LensParam &model, LensModel kind, float scale);
 
         enum class Form { Perspective, Tangential, Fisheye };
         Form form;

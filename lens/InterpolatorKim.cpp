@@ -88,7 +88,7 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
           blueGreen(run.lcp->blueGreenModel),
           vignette(run.lcp->vignetteModel, run.lcp->scale, std::max(run.width, run.height)),
           scale(run.lcp->scale),
-          fisheye(run.lcp->modelKind != 0),
+          kind(run.lcp->Kind()),
           hasVignette(run.lcp->vignetteModel.found && run.falloff)
     {
     }
@@ -97,10 +97,7 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     /// The distortion or green model, by the kind of the profile.
     void Warp(const LensParam &model, float x, float y, float &outX, float &outY) const
     {
-        if (fisheye)
-            model.WarpFisheye(x, y, outX, outY, scale);
-        else
-            model.ComputeDistortion(x, y, outX, outY, scale);
+        model.Warp(kind, x, y, outX, outY, scale);
     }
     /// The red or blue model: perspective in every profile.
     void Shift(const LensParam &model, float x, float y, float &outX, float &outY) const
@@ -111,7 +108,7 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     const LensParam distortion, green, redGreen, blueGreen;
     const Vignette vignette;
     const float scale;
-    const bool fisheye;
+    const LensModel kind;
     const bool hasVignette;
 };
 

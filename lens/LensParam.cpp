@@ -16,6 +16,16 @@ void LensParam::Init()
     found = false;
 }
 
+void LensParam::Warp(LensModel kind, float x, float y, float &outX, float &outY, float scale) const
+{
+    switch (kind) {
+    case LensModel::Perspective:
+        return ComputeDistortion(x, y, outX, outY, scale);
+    case LensModel::Fisheye:
+        return WarpFisheye(x, y, outX, outY, scale);
+    }
+}
+
 void LensParam::ComputeDistortion(float x, float y, float &outX, float &outY, float scale) const
 {
     const float s = scale * scaleFactor;

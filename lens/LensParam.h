@@ -3,6 +3,9 @@
 
 #include <QVector>
 
+/// How a model maps positions.
+enum class LensModel { Perspective, Fisheye };
+
 /// A radial polynomial around a centre, with a scale.
 ///
 /// Positions are in pixels, the origin at the centre of the top-left pixel, x to the right, y downwards. Warps go from
@@ -26,6 +29,8 @@ public:
     /// Says that the profile holds this model.
     void Found() { found = true; }
 
+    /// The model of that kind at (x, y).
+    void Warp(LensModel kind, float x, float y, float &outX, float &outY, float scale) const;
     /// The perspective model at (x, y): radial polynomial and, unless both are 0, tangential terms.
     void ComputeDistortion(float x, float y, float &outX, float &outY, float scale) const;
     /// The fisheye model at (x, y), for one or two coefficients. With any other number every position is the centre.

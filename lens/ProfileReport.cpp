@@ -177,7 +177,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
     if (!HasWholeValues(model, info.role))
         return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
     const int count = model.coefficients.size();
-    if (info.role != ModelRole::Warp || lcp.modelKind == 0 || count == 1 || count == 2)
+    if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)
         return QString();
     return QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
                           "picture of one colour")
@@ -186,7 +186,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
 
 void DescribeModels(const newLCP &lcp, const QDomElement &modelElement, ProfileReport &report)
 {
-    report.fisheye = lcp.modelKind != 0;
+    report.fisheye = lcp.Kind() == LensModel::Fisheye;
     report.imageWidth = lcp.imageWidth;
     report.imageLength = lcp.imageLength;
     for (const ModelInfo &info : kModels)
@@ -196,11 +196,11 @@ void DescribeModels(const newLCP &lcp, const QDomElement &modelElement, ProfileR
 // --- What its user might not expect ---
 
 /// What an unusual number of coefficients leads to; empty for a usual one.
-QString NoteOnCoefficients(int count, ModelRole role, bool fisheye)
+QString NoteOnCoefficients(int count, ModelRole role, LensModel kind)
 {
     if (role == ModelRole::Gain)
         return count >= 3 ? QString() : QStringLiteral("%1 of 3 coefficients; the missing ones count as 0").arg(count);
-    const bool isFlaw = role == ModelRole::Warp && fisheye; // told as such
+    const bool isFlaw = role == ModelRole::Warp && kind == LensModel::Fisheye; // told as such
     return isFlaw || count <= 3
         ? QString()
         : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
@@ -212,7 +212,7 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QS
     if (!model.found)
         return;
     const QString prefix = QLatin1String(info.name) + QStringLiteral(" model: ");
-    for (const QString &note : {flaw, NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0)}) {
+    for (const QString &note : {flaw, NoteOnCoefficients(model.coefficients.size(), info.role, lcp.Kind())}) {
         if (!note.isEmpty())
             notes << prefix + note;
     }

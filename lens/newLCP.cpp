@@ -139,9 +139,9 @@ void newLCP::ReadModel(const QDomElement &modelElement)
     const QString kind = modelElement.tagName();
     distortionModel.Found();
     if (kind == QLatin1String("stCamera:PerspectiveModel"))
-        modelKind = 0;
+        modelKind = static_cast<int>(LensModel::Perspective);
     else if (kind == QLatin1String("stCamera:FisheyeModel"))
-        modelKind = 1;
+        modelKind = static_cast<int>(LensModel::Fisheye);
 
     for (QDomElement child = modelElement.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
         const SubModelRule *rule = FindRule(kSubModelRules, child.tagName());

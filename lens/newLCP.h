@@ -31,6 +31,9 @@ public:
     /// LensParam::Reset for the five models, then Init.
     void Reset();
 
+    /// The kind of the distortion and green models; the red and blue ones are always perspective.
+    LensModel Kind() const { return modelKind != 0 ? LensModel::Fisheye : LensModel::Perspective; }
+
     /// Warps @p source into @p destination, on the calling thread.
     ///
     /// With none of @p distortion and @p chromatic only the vignette gain is applied; a run whose models the profile
@@ -49,7 +52,7 @@ public:
     float scale = 0.0F;              // size of the picture at hand over the profile's; the caller sets it before Render
     double imageWidth = 0.0;
     double imageLength = 0.0;
-    int modelKind = 0; // 0: perspective, 1: fisheye
+    int modelKind = 0; // a LensModel as a number; any but 0 counts as fisheye
     LensParam distortionModel;
     LensParam greenModel;
     LensParam redGreenModel; // red relative to green

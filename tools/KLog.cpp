@@ -1,5 +1,6 @@
 #include "KLog.h"
 
+#include <QApplication>
 #include <QMessageBox>
 
 #include <cstdarg>
@@ -74,7 +75,12 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
         m_stream.setCodec("UTF-8");
         return;
     }
+    const QString reason = m_file.errorString();
     locker.unlock(); // the box runs an event loop, in which slots may log
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) { // a widget would abort the program
+        qWarning("Can not open file %s: %s", qUtf8Printable(fileName), qUtf8Printable(reason));
+        return;
+    }
     QMessageBox::critical(nullptr, tr("Critical error"), tr("Can not open file %1").arg(fileName), QMessageBox::Ok);
 }
 

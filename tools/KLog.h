@@ -26,8 +26,8 @@ public:
     void Log(const char *format, ...) __attribute__((format(printf, 2, 3)));
     void Log(int id, const char *format, ...) __attribute__((format(printf, 3, 4)));
 
-    /// Main thread only: a file that can't be opened is told in a message box. Logging then counts as on all the same,
-    /// its lines reach the listeners.
+    /// Main thread only. Reports a file that can't be opened in a message box, or as a Qt warning in a program without
+    /// QApplication. Logging then counts as on all the same, and its lines reach the listeners.
     void EnableLogToFile(const QString &fileName, bool append);
     void DisableLogToFile();
     /// Empties the file.

@@ -1,5 +1,6 @@
 // The tables of cameras and lenses: how rows are read and found, and whether each of the real ones can be.
 #include "CameraProperties.h"
+#include "Case.h"
 #include "KImage.h"
 #include "LensIDProperties.h"
 #include "Threads.h"
@@ -101,6 +102,7 @@ void tst_DataTables::lens()
                 {"Many", "", "", -1}, // five cells, two cells
                 {" Padded ", " 1 ", " Blank ", 0}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         const QString make = QString::fromLatin1(row.make), lensId = QString::fromLatin1(row.lensId);
         QCOMPARE(lenses.findLensList(make, lensId).join(QLatin1Char(',')), QString::fromLatin1(row.names));
         QVERIFY2(lenses.isFisheyLens(make, lensId) == row.type, row.lensId);
@@ -153,6 +155,7 @@ void tst_DataTables::everyLensIsFound()
     lenses.Initialize();
     int fisheyes = 0, shifts = 0, alone = 0;
     for (const QStringList &row : rows) {
+        const Case named(row);
         const QByteArray what = row.join(QLatin1Char(';')).toUtf8();
         const bool isNikon = row.value(1) == QLatin1String("Nikon");
         QVERIFY2(row.size() == 4 && (isNikon || row[1] == QLatin1String("Canon")), what);

@@ -1,4 +1,5 @@
 // EXIF texts into the shooting record, and as a table.
+#include "Case.h"
 #include "ExifTags.h"
 #include "ImageDef.h"
 #include "KImage.h"
@@ -156,6 +157,7 @@ void tst_Exif::fields()
     const QStringList neutral = Told(*Analyse(""));
     QCOMPARE(neutral.mid(0, 3), QStringLiteral("trusted=0 focal35mm=50 ratio=1").split(QLatin1Char(' ')));
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         QStringList told = Told(*Analyse(row[0]));
         for (const QString &field : neutral)
             told.removeOne(field);
@@ -190,6 +192,7 @@ void tst_Exif::comment()
         {"FOV:", {0, 0, 0}},
         {"fov: 73.7 x 53.1 ~ 84.0", {0, 0, 0}}};
     for (const auto &[comment, angles] : rows) {
+        const Case named(comment);
         std::vector<quint8> bytes(comment.cbegin(), comment.cend()); // of its very size, no zero behind
         GFL_EXIF_ENTRYEX empty = {37510, 7, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, nullptr};
         GFL_EXIF_ENTRYEX node = {37510, 7, GFL_EXIF_CAMERA, 0, 0, quint32(bytes.size()), bytes.data(), &empty};
@@ -212,6 +215,7 @@ void tst_Exif::privateRecord()
                 {9, 127, GFL_EXIF_OWN, 0, 0}, // too short
                 {9, 128, GFL_EXIF_CAMERA, 0, 0}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         std::vector<quint8> bytes(row.length);
         bytes[0] = row.kind;
         bytes[6] = 0xA5;

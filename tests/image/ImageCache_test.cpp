@@ -1,4 +1,5 @@
 // The image cache: which images lose their pixels, where versions come from, disk copies of raw files, start and stop.
+#include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
 #include "PictureFiles.h"
@@ -84,6 +85,7 @@ void tst_ImageCache::eviction()
                 {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // no more than needed
                 {1, "Ua La Ua Ua La Lb Ub", "ab"}};          // unlocks without a lock
     for (const auto &row : rows) {
+        const Case named(row.limitMo, row.steps);
         Cache().m_maxMemoryMo = row.limitMo;
         QMap<QChar, ImageDef *> images;
         for (const QChar name : QStringLiteral("abcd"))
@@ -144,6 +146,7 @@ void tst_ImageCache::whereVersionsComeBackFrom()
         bool hasCopies;
     } rows[] = {{"b.png", 16, false}, {"c.NEF", 8, false}, {"d.nef", 16, true}, {"e.dng", 16, true}};
     for (const auto &[name, bits, hasCopies] : rows) {
+        const Case named(name, bits);
         cleanup();
         const QString path = Path(QString::fromLatin1(name));
         if (path.endsWith(QStringLiteral("dng")))
@@ -159,13 +162,19 @@ void tst_ImageCache::whereVersionsComeBackFrom()
         QVector<QByteArray> pixels;
         const auto lockAll = [&] {
             for (const auto &version : asked) {
-                pixels << PackedPixels(*image->Lock(version.width, version.height, version.nativeDepth)->m_bitmap);
+                const KImage &lent = *image->Lock(version.width, version.height, version.nativeDepth);
+                QCOMPARE(lent.bitsPerComponent(), ushort(version.nativeDepth ? bits : 8));
+                QVERIFY(lent.width() == version.width && lent.height() == version.height);
+                pixels << PackedPixels(*lent.m_bitmap);
                 image->Unlock(version.width, version.height, version.nativeDepth);
             }
             image->ReleaseFromMemory();
             QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
         };
         lockAll();
+        lockAll(); // what was evicted
+        QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
+        pixels.resize(3);
         QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
         WriteFile(path, "no picture"); // nothing can be developed now
@@ -181,7 +190,22 @@ void tst_ImageCache::whereVersionsComeBackFrom()
         QFile::remove(path);
         QFile::rename(path + QStringLiteral(".away"), path);
         lockAll();
-        QCOMPARE(pixels.mid(6), pixels.mid(0, 3));
+        QCOMPARE(pixels.mid(6, 3), pixels.mid(0, 3));
+        for (const char *damage : {"emptied", "text", "cut", "swapped"}) {
+            const QStringList copies = FilesBelow(Temporary());
+            QByteArrayList bytes;
+            for (const QString &copy : copies)
+                bytes << ReadFile(copy);
+            for (int i = 0; i < copies.size(); ++i)
+                WriteFile(copies[i],
+                          *damage == 'e'       ? QByteArray()
+                              : *damage == 't' ? QByteArray("no picture")
+                              : *damage == 'c' ? bytes[i].left(bytes[i].size() / 2)
+                                               : bytes[(i + 1) % 3]);
+            lockAll();
+        }
+        for (int i = 9; i < pixels.size(); ++i)
+            QVERIFY2(pixels[i] == pixels[i % 3], qPrintable(QStringLiteral("%1, lock %2").arg(path).arg(i)));
     }
 }
 

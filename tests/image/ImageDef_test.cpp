@@ -1,4 +1,6 @@
 // Describing files: what is refused, what the settings force, thumbnails, identity, and describing afresh.
+#include "Case.h"
+#include "DngFile.h"
 #include "PictureFiles.h"
 #include "Thrown.h"
 
@@ -7,6 +9,9 @@
 
 #include <exiv2/exiv2.hpp>
 #include <tiffio.h>
+
+#include <cmath>
+#include <cstring>
 
 namespace {
 
@@ -38,17 +43,33 @@ QByteArray Photoshop(char mode, char channels)
     return file + QByteArray(3 * 4 + 2, '\0') + QByteArray(4 * channels, '\x80');
 }
 
-/// A JPEG of 6 by 4 pixels by a camera that isn't in the table, with a lens of a 35 mm focal length.
-QString WriteWithExif(const QString &path, int focal35mm)
+/// A JPEG of 6 by 4 pixels by a camera that isn't in the table, with a lens of a 35 mm focal length, or none for 0.
+QString WriteWithExif(const QString &path, int focal35mm, const char *make)
 {
     WritePicture(path, "jpeg", 6, 4);
     const Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(path.toStdString());
-    image->exifData()["Exif.Image.Make"] = "Nobody";
-    image->exifData()["Exif.Image.Model"] = "No camera";
-    image->exifData()["Exif.Photo.FocalLength"] = Exiv2::URational(static_cast<uint32_t>(focal35mm), 2);
-    image->exifData()["Exif.Photo.FocalLengthIn35mmFilm"] = static_cast<uint16_t>(focal35mm);
+    Exiv2::ExifData &exif = image->exifData();
+    exif["Exif.Image.Make"] = make;
+    exif["Exif.Image.Model"] = "No camera";
+    exif["Exif.Photo.DateTimeOriginal"] = "2010:05:03 18:30:00";
+    if (focal35mm) {
+        exif["Exif.Photo.FocalLength"] = Exiv2::URational(static_cast<uint32_t>(focal35mm), 2);
+        exif["Exif.Photo.FocalLengthIn35mmFilm"] = static_cast<uint16_t>(focal35mm);
+    }
     image->writeMetadata();
     return path;
+}
+
+/// The lens kinds of two makers, in the place of the real table.
+void ReadOwnLensTable()
+{
+    const QTemporaryDir folder;
+    WriteFile(folder.filePath(QStringLiteral("lensid.txt")),
+              "1 2 3;Fishmaker;A fisheye;1\n1 2 3;Plainmaker;A lens;0\n");
+    const QStringList before = QDir::searchPaths(QStringLiteral("Data"));
+    QDir::setSearchPaths(QStringLiteral("Data"), {folder.path()});
+    ImageDef::g_Lenses.Initialize();
+    QDir::setSearchPaths(QStringLiteral("Data"), before);
 }
 
 } // namespace
@@ -56,7 +77,11 @@ QString WriteWithExif(const QString &path, int focal35mm)
 class tst_ImageDef : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { KImage::init(nullptr); }
+    void initTestCase()
+    {
+        KImage::init(nullptr);
+        ReadOwnLensTable();
+    }
     void cleanupTestCase() { KImage::exit(); }
     void init()
     {
@@ -65,6 +90,8 @@ private Q_SLOTS:
     }
 
     void suffixes();
+    void metadataBlocks();
+    void rawFiles();
     void refusals();
     void exifModes();
     void thumbnails();
@@ -100,6 +127,81 @@ void tst_ImageDef::suffixes()
         QVERIFY2(ImageDef::IsAPicture(path) == row.isPicture, row.name);
         const auto image = Describe(path);
         QVERIFY2(image && image->IsRaw() == row.isRaw && image->m_isHdr == row.isHdr, row.name);
+    }
+    for (const char *suffix :
+         {"arw", "crw", "cr2", "raf", "nef", "dng", "srf", "sr2", "orf", "mrw", "pef", "mef", "mos", "tif"}) {
+        const auto image = Describe(WritePicture(Path("b.") + QLatin1String(suffix), "png", 4, 4));
+        QVERIFY2(image && image->IsRaw() == (qstrcmp(suffix, "tif") != 0), suffix);
+    }
+    ImageDatas::settings->thumbnailExtensions = QStringList{QStringLiteral("a.jpg")};
+    QVERIFY(!Describe(Path("a.JPG")) && Describe(WritePicture(Path("a.THM"), "jpeg", 4, 4)));
+}
+
+void tst_ImageDef::metadataBlocks()
+{
+    const char *const all = "ICC, IPTC, XMP";
+    for (const char *block : {"ICC", "IPTC", "XMP", "", all}) {
+        const Case named(block, "blocks");
+        const auto has = [block](const char *name) { return std::strstr(block, name) != nullptr; };
+        const QString path = WritePicture(Path("blocks.jpg"), "jpeg", 6, 4);
+        const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(path.toStdString());
+        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // its length first
+        Exiv2::DataBuf profile(reinterpret_cast<const Exiv2::byte *>(icc.constData()), icc.size());
+        if (has("ICC"))
+            file->setIccProfile(profile, /*bTestValid=*/false);
+        if (has("IPTC"))
+            file->iptcData()["Iptc.Application2.Caption"] = "Sea";
+        if (has("XMP"))
+            file->xmpData()["Xmp.dc.source"] = "here";
+        file->writeMetadata();
+        for (const bool withThumbnail : {false, true}) {
+            const auto image = Describe(path, withThumbnail);
+            const KMetaData &data = image->m_metaData;
+            QVERIFY2(image->HasICC() == has("ICC") && image->m_hasIptc == has("IPTC") && image->m_hasXmp == has("XMP"),
+                     block);
+            QVERIFY2(!data.IccProfile() == !has("ICC") && !data.Iptc() == !has("IPTC") && !data.Xmp() == !has("XMP"),
+                     block);
+            if (block != all)
+                continue;
+            QCOMPARE(QByteArray(reinterpret_cast<char *>(data.IccProfile()->Data), int(data.IccProfile()->Length)),
+                     icc);
+            QCOMPARE(data.Iptc()->ItemsList[data.Iptc()->NumberOfItems - 1].Value, "Sea");
+            QVERIFY(QByteArray(reinterpret_cast<char *>(data.Xmp()->Data), int(data.Xmp()->Length)).contains("here"));
+        }
+    }
+}
+
+/// What the settings say of camera raw files reaches each way to their pixels; nobody turns these by the EXIF.
+void tst_ImageDef::rawFiles()
+{
+    const QString path = Path("raw.dng");
+    QByteArray upright = DngFile(QSize(64, 48), {0.1, 0.25, 0.15});
+    const QByteArray topLeft("\x12\x01\x03\0\1\0\0\0\1", 9); // orientation 1
+    QVERIFY(upright.contains(topLeft));
+    WriteFile(path, upright.replace(topLeft, QByteArray("\x12\x01\x03\0\1\0\0\0\6", 9)));
+    for (const float redScaling : {1.0F, 0.5F}) {
+        const Case named("red scaling", redScaling);
+        ImageDatas::settings->rawRedScaling = redScaling;
+        GFL_LOAD_PARAMS params;
+        gflGetDefaultLoadParams(&params);
+        params.Flags |= GFL_LOAD_FULL | GFL_LOAD_ORIGINAL_DEPTH;
+        params.RawUseCameraBalance = ImageDatas::settings->rawUseCameraBalance;
+        params.RawGamma = ImageDatas::settings->rawGamma;
+        params.RawBrightness = ImageDatas::settings->rawBrightness;
+        params.RawRedScaling = redScaling;
+        GFL_BITMAP *wanted = nullptr;
+        QCOMPARE(gflLoadBitmapUTF8(path.toUtf8().constData(), &wanted, &params, nullptr), int(GFL_NO_ERROR));
+        const BitmapPtr owner(wanted);
+        KImage toWork, whole;
+        toWork.ID_Read(path, /*nativeDepth=*/true);
+        whole.Read(path, GFL_RGB, /*thumbnail=*/false);
+        for (const KImage *image : {&toWork, &whole})
+            QCOMPARE(Difference(*image->m_bitmap, *wanted), QString());
+        QCOMPARE(QSize(toWork.width(), toWork.height()), QSize(64, 48));
+        const auto described = Describe(path, /*withThumbnail=*/true);
+        const QRgb middle = described->m_thumbnail.pixel(64, 64);
+        QVERIFY(std::abs(qRed(middle) - 255 * SampleAt(*wanted, 30, 20, 0)) < 2);
+        QCOMPARE(described->nCols(), 64);
     }
 }
 
@@ -138,27 +240,41 @@ void tst_ImageDef::refusals()
 void tst_ImageDef::exifModes()
 {
     const struct {
-        int mode, focal35mm; // of the file; 0: it has no EXIF
-        const char *told;    // whether it has EXIF, 35 mm focal length, ratio, first coefficient, lens kind
-    } rows[] = {{0, 0, "0 0 0 0 0"},    {0, 60, "1 60 2 0 0"},
-                {0, 15, "1 15 2 0 1"},                         // an unknown lens, wide enough for a fisheye
-                {0, 16, "1 16 2 0 0"},  {3, 60, "1 60 2 0 0"}, // as 0
-                {1, 0, "1 70 0 0 1"}, // already so before the file is looked at, hence no ratio
-                {1, 60, "1 60 2 0 0"},  {2, 0, "1 80 1 0.5 1"},
-                {2, 60, "1 80 1 0.5 1"}};
+        int mode;
+        const char *make; // of the file; null: it has no EXIF
+        int focal35mm;    // 0: its EXIF doesn't tell
+        const char *told; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
+    } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
+                {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, wide enough for a fisheye
+                {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
+                {0, "Plainmaker", 15, "1 15 2 0,0,0 0 1"},    {0, "Nobody", 0, "0 0 1 0,0,0 0 0"},
+                {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // as 0
+                {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // already so before the file is looked at, hence no ratio
+                {1, "Nobody", 0, "1 70 1 0,0,0 1 1"},         {1, "Nobody", 60, "1 60 2 0,0,0 0 1"},
+                {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table against the default
+                {2, nullptr, 0, "1 80 1 0.5,0.25,0.125 1 0"}, {2, "Nobody", 60, "1 80 1 0.5,0.25,0.125 1 1"}};
     ImageDatas &settings = *ImageDatas::settings;
     settings.exifDefaultFocal35mm = 70;
     settings.exifForcedFocal35mm = 80;
     settings.exifForcedK1 = 0.5F;
+    settings.exifForcedK2 = 0.25F;
+    settings.exifForcedK3 = 0.125F;
     settings.exifDefaultLensModel = settings.exifForcedLensModel = 1;
     for (const auto &row : rows) {
+        const Case named(row.mode, row.make, row.focal35mm);
         settings.exifMode = row.mode;
         const QString path = Path("mode.jpg");
         const auto image =
-            Describe(row.focal35mm ? WriteWithExif(path, row.focal35mm) : WritePicture(path, "jpeg", 6, 4));
+            Describe(row.make ? WriteWithExif(path, row.focal35mm, row.make) : WritePicture(path, "jpeg", 6, 4));
         const ShootingInformation &shooting = image->m_shooting;
-        const QString told = QStringLiteral("%1 %2 %3 %4 %5").arg(image->HasExif()).arg(double(image->GetFocal()));
-        QCOMPARE(told.arg(shooting.focalRatio).arg(shooting.distortionK1).arg(image->Model()),
+        const QString told =
+            QStringLiteral("%1 %2 %3 %4,%5,%6 %7 %8").arg(image->HasExif()).arg(double(image->GetFocal()));
+        QCOMPARE(told.arg(shooting.focalRatio)
+                     .arg(shooting.distortionK1)
+                     .arg(shooting.distortionK2)
+                     .arg(shooting.distortionK3)
+                     .arg(image->Model())
+                     .arg(image->GetTimestamp() != 0),
                  QString::fromLatin1(row.told));
     }
 }
@@ -175,8 +291,12 @@ void tst_ImageDef::thumbnails()
                 {{60, 40}, {60, 40}, {60, 40}, {34, 44, 60, 40}},
                 {{4800, 20}, {150, 1}, {4800, 20}, {0, 63, 128, 1}},
                 {{1, 1}, {1, 1}, {1, 1}, {63, 63, 1, 1}}};
+    ImageDatas::settings->thumbnailSize = QSize(60, 40);
+    QCOMPARE(Describe(WritePicture(Path("own.jpg"), "jpeg", 200, 100), true)->m_thumbnail.size(), QSize(60, 40));
+    ImageDatas::settings->thumbnailSize = QSize(128, 128);
     const auto sizeOf = [](const KImage *image) { return QSize(image->width(), image->height()); };
     for (const auto &row : rows) {
+        const Case named(row.picture);
         const auto image =
             Describe(WritePicture(Path("t.jpg"), "jpeg", row.picture.width(), row.picture.height()), true);
         QVERIFY(image);
@@ -208,10 +328,23 @@ void tst_ImageDef::identity()
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
-    const ImageDef copy(*image);
+    // Copies lend the pixels of their own file: one without an identity, one that described another file before.
+    ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
+    ImageDef copy(*image), ofOther(*other);
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());
-    ImageDef::Delete(path);
-    QVERIFY(!ImageDef::Find(path));
+    const std::unique_ptr<ImageDef> assigned = Describe(path);
+    *assigned = *other;
+    KImage *const lent = other->LockFullSize(true);
+    for (ImageDef *one : {&ofOther, assigned.get()}) {
+        QVERIFY(copy.Lock(5, 4, true) != lent);
+        QCOMPARE(one->Lock(5, 4, true), lent);
+        one->UnlockFullSize(true);
+        copy.Unlock(5, 4, true);
+    }
+    for (const QString &file : {path, other->FileName()}) {
+        ImageDef::Delete(file);
+        QVERIFY(!ImageDef::Find(file));
+    }
 }
 
 void tst_ImageDef::reload()

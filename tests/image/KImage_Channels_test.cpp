@@ -1,6 +1,7 @@
 // Channels, blending, arithmetic and the bridges to Qt.
 #include "KImage.h"
 
+#include "Case.h"
 #include "KOmp.h"
 #include "TestImages.h"
 
@@ -50,6 +51,7 @@ void tst_KImageChannels::extractOntoItself()
 void tst_KImageChannels::setAndExtract()
 {
     for (const TestForm &form : kForms) {
+        const Case named(form.name);
         for (int i = 0; i < 3 * form.channels; ++i) {
             const TestForm &planeForm = kForms[kGreyForms[i % 3]];
             TestImage plane(planeForm, 521, 2), target(form, 521, 2, 3), wanted(form, 521, 2, 3);
@@ -135,6 +137,7 @@ void tst_KImageChannels::blendWithoutAlphaOverwrites()
 void tst_KImageChannels::operators()
 {
     for (const FormIndex index : {k8uGrey, k8uRgb, k8uRgba, k32fGrey, k32fRgb, k32fRgba}) {
+        const Case named(index);
         for (const char operation : {'-', '+', '*'}) {
             const TestForm &form = kForms[index];
             // Different strides: each operand has its own.
@@ -176,6 +179,7 @@ void tst_KImageChannels::factors()
         {k16uRgb, 1e30f, 60000, 65535, 0}, {k16uGrey, std::nanf(""), 60000, 0, 0},
     };
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         const TestForm &form = kForms[row.form];
         TestImage image(form, 11, 2, 8);
         for (int i = 0; i < 22 * form.channels; ++i)
@@ -214,6 +218,7 @@ void tst_KImageChannels::guards()
     QCOMPARE(Thrown([&] { empty.BlendTo(rgb, 0, 0); }), bitmap);
     QCOMPARE(Thrown([&] { rgb.BlendTo(empty, 0, 0); }), parameter);
     for (const QPoint at : {QPoint(-1, 0), QPoint(0, -1), QPoint(4, 0), QPoint(0, 3)}) {
+        const Case named(at);
         QCOMPARE(Thrown([&] { rgb.BlendTo(words, at.x(), at.y()); }), parameter);
         QCOMPARE(Thrown([&] { seeThrough.BlendTo(words, at.x(), at.y()); }), parameter); // a path of its own
     }
@@ -241,6 +246,7 @@ void tst_KImageChannels::fromQImage()
         QCOMPARE(Thrown([&] { image.FromQImage(QImage(3, 2, format)); }), QStringLiteral("Invalid Parameter"));
     }
     for (const QImage::Format format : {QImage::Format_ARGB32, QImage::Format_RGB32}) {
+        const Case named(format);
         QImage picture(3, 2, format);
         picture.fill(0);
         reinterpret_cast<QRgb *>(picture.scanLine(1))[2] = qRgba(11, 22, 33, 44);

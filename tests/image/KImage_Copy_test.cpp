@@ -1,5 +1,6 @@
 #include "KImage.h"
 
+#include "Case.h"
 #include "TestImages.h"
 
 #include <QtTest>
@@ -148,6 +149,7 @@ void tst_KImageCopy::finerDepthsLoseNothing()
 {
     const std::pair<FormIndex, FormIndex> rows[] = {{k8uGrey, k16uGrey}, {k8uGrey, k32fGrey}, {k16uGrey, k32fGrey}};
     for (const auto &[coarse, fine] : rows) {
+        const Case named(coarse, fine);
         const int count = int(kForms[coarse].Full()) + 1;
         TestImage source(kForms[coarse], count, 1), between(kForms[fine], count, 1), back(kForms[coarse], count, 1);
         for (int value = 0; value < count; ++value)
@@ -164,6 +166,7 @@ void tst_KImageCopy::noIntegersBeyondTheRange()
     const std::pair<double, int> rows[] = {{std::nan(""), 0}, {-1e30, 0},  {-0.1, 0},
                                            {1.5, 255},        {1e30, 255}, {INFINITY, 255}};
     for (const auto &[value, byte] : rows) {
+        const Case named(value, byte);
         TestImage source(kForms[k32fRgba], 11, 1), bytes(kForms[k8uRgba], 11, 1), words(kForms[k16uRgba], 11, 1);
         for (int i = 0; i < 44; ++i)
             source.SetSample(i / 4, 0, i % 4, value);
@@ -233,6 +236,7 @@ void tst_KImageCopy::copyToIsClipped()
         int x, y, columns, rows;
     } places[] = {{1, 2, 3, 2}, {6, 0, 1, 2}, {0, 4, 3, 1}, {6, 4, 1, 1}};
     for (const auto &place : places) {
+        const Case named("column", place.x, "row", place.y);
         TestImage source(kForms[k8uGrey], 3, 2), target(kForms[k8uGrey], 7, 5);
         for (int i = 0; i < 6; ++i)
             source.SetSample(i % 3, i / 3, 0, 100 + i);
@@ -262,6 +266,7 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
 void tst_KImageCopy::convertOfDeepGreyIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {
+        const Case named(i);
         const bool isDeep = i & 1, isKept = i & 2; // the target has the shape already
         const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
         KImage target(isKept ? 3 : 2, isKept ? 2 : 3, GFL_RGBA, isDeep ? 16 : 32, true, nullptr, 0); // alpha 0
@@ -277,6 +282,7 @@ void tst_KImageCopy::beyondFourGiB()
 {
     const std::pair<int, int> sizes[] = {{8192, 40000}, {200 * 1000 * 1000, 2}}; // the last with rows beyond 2 GiB
     for (const auto &[width, height] : sizes) {
+        const Case named(width, height);
         const size_t bytes = size_t(width) * size_t(height) * 16;
         const SparseBlock block(bytes);
         if (!block.Data())

@@ -1,6 +1,7 @@
 #include "FisheyeFrame.h"
 #include "TestImages.h"
 
+#include "Case.h"
 #include "KOmp.h"
 
 #include <QPointF>
@@ -75,6 +76,14 @@ void tst_KImageFisheye::findsTheCircle()
         const double off =
             std::max({std::abs(radius - frame.radius), std::abs(x - frame.offsetX), std::abs(y - frame.offsetY)});
         found += off <= 0.005 * 320;
+        if (seed > 0)
+            continue;
+        // A radius that is known beforehand may be off by a fifth.
+        for (const auto &[share, isNear] : {std::pair(1.18, true), {1.22, false}, {0.82, true}, {0.78, false}}) {
+            double near, nearX, nearY;
+            frame.image.GetCateyeRadiusOffset(near, nearX, nearY, radius / share);
+            QVERIFY2((near > 0) == isNear, qPrintable(QString::number(share)));
+        }
     }
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
 }
@@ -88,6 +97,7 @@ void tst_KImageFisheye::findsNone()
     } rows[] = {{1, 1, 0, 1},     {500, 1, 0, 1},         {200, 150, 0, 0},     {200, 150, 1, 1},
                 {200, 150, 0, 1}, {200, 150, 1e30, 1e38}, {200, 150, nan, nan}, {200, 150, infinity, infinity}};
     for (const auto &row : rows) {
+        const Case named(row.width, row.height, row.low, row.high);
         for (const double alpha : {1.0, 0.0}) {
             TestImage frame(kForms[k32fRgba], row.width, row.height, 1);
             if (row.low < row.high)
@@ -106,6 +116,7 @@ void tst_KImageFisheye::findsNone()
 void tst_KImageFisheye::sphere()
 {
     for (int i = 0; i < 6; ++i) {
+        const Case named("i", i);
         const FormIndex form = i < 2 ? k8uRgb : i < 4 ? k16uGrey : k32fRgba;
         TestImage frame(kForms[form], 400, 330, 1), target(kForms[form == k8uRgb ? k8uRgba : k32fRgba], 600, 300);
         RenderSpots(frame);
@@ -127,6 +138,7 @@ void tst_KImageFisheye::sphere()
 void tst_KImageFisheye::cleans()
 {
     for (const FormIndex form : {k8uGrey, k16uRgba, k32fRgb}) {
+        const Case named(kForms[form].name);
         TestImage frame(kForms[form], 41, 31, 3), threaded(kForms[form], 41, 31, 3);
         frame.FillWithNoise(1, 0.25);
         threaded.FillWithNoise(1, 0.25);
@@ -140,7 +152,9 @@ void tst_KImageFisheye::cleans()
         for (int i = 0; i < 41 * 31; ++i) {
             const int x = i % 41, y = i / 41;
             const bool isOutside = std::hypot(x - 24, y - 12) > 12.5;
-            QCOMPARE(frame.Sample(x, y, 0), isOutside ? 0.0 : noise.Sample(x, y, 0));
+            for (int c = 0; c < kForms[form].channels; ++c)
+                QVERIFY2(frame.Sample(x, y, c) == (isOutside ? 0.0 : noise.Sample(x, y, c)),
+                         qPrintable(QStringLiteral("%1, %2 in channel %3").arg(x).arg(y).arg(c)));
         }
     }
 }
@@ -148,6 +162,7 @@ void tst_KImageFisheye::cleans()
 void tst_KImageFisheye::paintsAndBends()
 {
     for (const TestForm &form : kForms) {
+        const Case named(form.name);
         TestImage image(form, 101, 81, 1);
         image.image.PutPoint(70, 50, 5, int(0xFF00FF00));
         image.image.PutPoint(1e30f, -1e30f, 4, -1); // far outside

@@ -1,5 +1,6 @@
 #include "KImage.h"
 
+#include "Case.h"
 #include "TestImages.h"
 
 #include <QtTest>
@@ -129,6 +130,7 @@ void tst_KImageGeometry::flatAndMean()
 {
     constexpr int kWidth = 307, kHeight = 211;
     for (const FormIndex form : {k8uRgb, k16uRgb, k32fRgba}) {
+        const Case named(kForms[form].name);
         TestImage image(kForms[form], kWidth, kHeight); // noise, but flat in the third channel
         const double flat = kForms[form].IsFloat() ? 0.7 : kForms[form].Full() - 3;
         double mean = 0;
@@ -158,6 +160,7 @@ void tst_KImageGeometry::rampStaysLinear()
         ramp.SetSample(i % 13, i / 13, 0, 2 * (i % 13) - 5 * (i / 13));
     Resized(ramp, result);
     for (int y = 0; y < 29; ++y) {
+        const Case named("y", y);
         for (int x = 0; x < 53; ++x) {
             const double fromX = (x + 0.5) * 13 / 53 - 0.5, fromY = (y + 0.5) * 7 / 29 - 0.5;
             if (fromX >= 0 && fromX <= 12 && fromY >= 0 && fromY <= 6)
@@ -170,6 +173,7 @@ void tst_KImageGeometry::inPlace()
 {
     KImage image(1000, 800, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
     for (int i = 0; i < 2; ++i) { // the second: nothing to do, nothing lost
+        const Case named("i", i);
         image.Resize(image, 500, 400);
         QCOMPARE(QSize(image.width(), image.height()), QSize(500, 400));
     }
@@ -231,6 +235,7 @@ void tst_KImageGeometry::cropHoldsNothingTransparent()
         {17, 13, [](int x, int y) { return x + y >= 3 && x - y <= 13; }, 0.6},
     };
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         const Crop crop = AutoCrop(MaskedImage(row.width, row.height, row.isValid));
         QVERIFY(crop.left >= 0 && crop.top >= 0 && crop.right <= float(row.width) && crop.bottom <= float(row.height));
         for (int y = int(std::ceil(crop.top)); float(y + 1) <= crop.bottom; ++y)
@@ -244,6 +249,7 @@ void tst_KImageGeometry::cropHoldsNothingTransparent()
 void tst_KImageGeometry::fullAndEmptyCrop()
 {
     for (const QSize &size : {QSize(1, 1), QSize(2, 2), QSize(3, 3), QSize(100, 80), QSize(101, 31)}) {
+        const Case named(size);
         for (const float alpha : {1.0f, -0.5f, std::nanf(""), 0.0f}) { // all but 0 are valid
             KImage image(size.width(), size.height(), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
             for (int i = 0; i < size.width() * size.height(); ++i)
@@ -276,6 +282,7 @@ void tst_KImageGeometry::cropGuards()
     Crop crop = AutoCrop(KImage());
     QVERIFY(crop.left == -1 && crop.right == -2 && crop.top == -3 && crop.bottom == -4);
     for (int form = 0; form < kFormCount; ++form) {
+        const Case named("form", form);
         const KImage image(4, 3, kForms[form].type, kForms[form].bits, /*clear=*/true, nullptr, 0);
         QCOMPARE(Thrown([&] { AutoCrop(image); }),
                  form == k32fRgba ? QStringLiteral("none") : QStringLiteral("Invalid Bitmap"));

@@ -1,5 +1,6 @@
 #include "TestImages.h"
 
+#include "Case.h"
 #include "ImageSt.h"
 #include "KOmp.h"
 
@@ -30,6 +31,25 @@ double Sample(const KImage &image, int x, int channel)
     return static_cast<double>(*reinterpret_cast<float *>(plane.getData(x, 0)));
 }
 
+/// The unsharp mask of a row, stated in double.
+std::vector<double> Sharpened(const std::vector<double> &row, float radius, float amount)
+{
+    const int reach = std::max(1, int(3.0 * double(radius))), last = int(row.size()) - 1;
+    const double sigma = double(radius + 0.5f);
+    std::vector<double> sharpened;
+    for (int x = 0; x <= last; ++x) {
+        double sum = 0, weights = 0;
+        for (int d = -reach; d <= reach; ++d) {
+            const double weight = std::exp(-d * d / (2 * sigma * sigma));
+            sum += weight * row[size_t(std::clamp(x + d, 0, last))];
+            weights += weight;
+        }
+        const double here = row[size_t(x)];
+        sharpened.push_back(here + double(amount) * (here - sum / weights));
+    }
+    return sharpened;
+}
+
 } // namespace
 
 class tst_KImageTone : public QObject {
@@ -42,7 +62,9 @@ private Q_SLOTS:
     void dynamicRange();
     void colors();
     void gaussian();
-    void kernelSize();
+    void unsharpValues_data();
+    void unsharpValues();
+    void unsharpOfLuminance();
     void unsharpProperties();
 };
 
@@ -116,6 +138,7 @@ void tst_KImageTone::guards()
 void tst_KImageTone::alpha()
 {
     for (const FormIndex form : {k8uRgba, k16uRgba, k32fRgba}) {
+        const Case named(kForms[form].name);
         const double full = kForms[form].Full(), half = form == k32fRgba ? 0.5 : std::floor(full / 2) + 1;
         TestImage image(kForms[form], 3, 1, 3);
         for (const double low : {form == k32fRgba ? 0.49 : half - 1, form == k32fRgba ? kNan : 0}) {
@@ -127,24 +150,31 @@ void tst_KImageTone::alpha()
         }
         QCOMPARE(image.Sample(1, 0, 3), full);
 
-        // A mask of lower depth; the float image's is of 16 bits, the 8-bit one's has no lower.
+        // A mask of lower depth is converted; the float image's is of 16 bits. Of one of higher depth the bytes count
+        // as samples: those of the second sample here meet the third pixel.
         TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
-        mask.SetSample(2, 0, 0, std::floor(mask.Form().Full() / 5));
+        mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);
-        if (form != k8uRgba)
-            QVERIFY(std::abs(image.Sample(2, 0, 3) / full - 0.2) < 0.005);
+        QVERIFY2(std::abs(image.Sample(2, 0, 3) / full - 0.2) < 0.005, kForms[form].name);
         QCOMPARE(image.Sample(1, 0, 3), 0.0);
     }
-    TestImage image(kForms[k8uRgba], 2, 1, 1);
-    const double before[] = {100, 50, 200, 128}, after[] = {199, 99, 255, 255}; // 255 / 128 of them, truncated
-    for (int c = 0; c < 4; ++c) {
-        image.SetSample(0, 0, c, before[c]);
-        image.SetSample(1, 0, c, c == 3 ? 0 : before[c]);
-    }
-    image.image.ScaleByAlpha();
-    for (int c = 0; c < 4; ++c) {
-        QCOMPARE(image.Sample(0, 0, c), after[c]);
-        QCOMPARE(image.Sample(1, 0, c), c == 3 ? 0 : before[c]);
+    const struct {
+        FormIndex form;
+        double before[4], after[4]; // full / alpha times the colors, integers truncated
+    } rows[] = {{k8uRgba, {100, 50, 200, 128}, {199, 99, 255, 255}},
+                {k16uRgba, {30000, 7, 40000, 32768}, {59999, 13, 65535, 65535}},
+                {k32fRgba, {0.25, -0.125, 0.75, 0.5}, {0.5, -0.25, 1.5, 1}}};
+    for (const auto &row : rows) {
+        TestImage image(kForms[row.form], 2, 1, 1);
+        for (int c = 0; c < 4; ++c) {
+            image.SetSample(0, 0, c, row.before[c]);
+            image.SetSample(1, 0, c, c == 3 ? 0 : row.before[c]);
+        }
+        image.image.ScaleByAlpha();
+        for (int c = 0; c < 4; ++c) {
+            QVERIFY2(image.Sample(0, 0, c) == row.after[c], kForms[row.form].name);
+            QVERIFY2(image.Sample(1, 0, c) == (c == 3 ? 0 : row.before[c]), kForms[row.form].name);
+        }
     }
 }
 
@@ -182,6 +212,7 @@ void tst_KImageTone::dynamicRange()
         {KImage::HDR_LOGARITHMIC, 0.5},
         {KImage::HDR_REINHARD, scaled * (1 + scaled / (white * white)) / (1 + scaled)}};
     for (const auto &[mode, one] : rows) {
+        const Case named("mode", mode);
         TestImage image(kForms[k32fRgba], 7, 1, 2);
         FillRow(image, {1, 3, 0, kNan, kInfinity, 0.5, 90});
         image.SetSample(6, 0, 3, 0); // hidden
@@ -206,6 +237,7 @@ void tst_KImageTone::dynamicRange()
 void tst_KImageTone::colors()
 {
     for (const TestForm &form : kForms) { // gamma-free: brightness 0.5 of 0.8, then contrast 2 about the middle: 0.3
+        const Case named(form.name);
         TestImage image(form, 1, 1, 1);
         FillRow(image, {std::round(0.8 * 255) / 255 * form.Full()}, 0.4);
         image.image.adjustColor(0.5f, 2.0f, 1.0f);
@@ -233,6 +265,7 @@ void tst_KImageTone::colors()
 void tst_KImageTone::gaussian()
 {
     for (const TestForm &form : kForms) { // an edge, whose blur is the normal distribution
+        const Case named(form.name);
         TestImage image(form, 40, 1, 1);
         FillRow(image, std::vector<double>(40, form.Full()), 1);
         for (int x = 0; x < 20; ++x) {
@@ -246,28 +279,73 @@ void tst_KImageTone::gaussian()
     }
 }
 
-/// Sharpening a lone bright pixel changes what the kernel covers, and nothing else.
-void tst_KImageTone::kernelSize()
+void tst_KImageTone::unsharpValues_data()
 {
-    const std::pair<float, int> rows[] = {
-        {0.0f, 3},  {0.1f, 3},       {0.66f, 3},
-        {0.7f, 5},  {1.6666666f, 9}, // below 5 / 3: three times it is 4.9999999, which no float is
-        {2.0f, 13}, {4.9f, 29}};
-    for (const auto &[radius, size] : rows) {
-        TestImage image(kForms[k32fGrey], 101, 1);
-        image.SetSample(50, 0, 0, 1);
-        KImage target;
-        image.image.unsharp(radius, 1, target);
-        int changed = 0;
-        for (int x = 0; x < 101; ++x)
-            changed += Sample(target, x, 0) != image.Sample(x, 0, 0);
-        QCOMPARE(changed, size);
+    QTest::addColumn<float>("radius");
+    QTest::addColumn<float>("amount");
+    const std::pair<float, float> rows[] = {
+        {0.0f, 1}, {0.1f, 1},  {0.66f, 1}, {0.7f, 1},      {2.0f, -0.5f},
+        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // below 5 / 3: three times it is 4.9999999, which no float
+                                                             // is
+    for (const auto &[radius, amount] : rows)
+        QTest::addRow("radius %g, amount %g", double(radius), double(amount)) << radius << amount;
+}
+
+/// A row against the definition: a Gaussian cut to its kernel, over the row with its ends repeated.
+void tst_KImageTone::unsharpValues()
+{
+    QFETCH(float, radius);
+    QFETCH(float, amount);
+    TestImage image(kForms[k32fGrey], 401, 1);
+    image.FillWithNoise(3);
+    image.SetSample(200, 0, 0, 9); // beside which the cut of the kernel shows
+    const auto row = [](const TestImage &of) {
+        std::vector<double> values;
+        for (int x = 0; x < 401; ++x)
+            values.push_back(of.Sample(x, 0, 0));
+        return values;
+    };
+    KImage target;
+    image.image.unsharp(radius, amount, target);
+    std::vector<double> wanted = Sharpened(row(image), radius, amount);
+    for (int x = 0; x < 401; ++x)
+        QVERIFY2(std::abs(Sample(target, x, 0) - wanted[size_t(x)]) < 2e-5, qPrintable(QString::number(x)));
+
+    image.image.unsharpFull(radius, amount / 50, target);
+    wanted = Sharpened(row(image), 0.75f * radius, 10.0f * (amount / 50));
+    wanted = Sharpened(Sharpened(wanted, 0.5f * radius, 0.4f * (amount / 50)), radius, 0.2f * (amount / 50));
+    for (int x = 0; x < 401; ++x)
+        QVERIFY2(std::abs(Sample(target, x, 0) - wanted[size_t(x)]) < 2e-5, qPrintable(QString::number(x)));
+}
+
+/// Colors of one luminance stay as they are; grey is sharpened as a plane is.
+void tst_KImageTone::unsharpOfLuminance()
+{
+    TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGrey], 60, 1);
+    for (int x = 0; x < 60; ++x) {
+        const double colorful = x < 40 && x % 2 ? 0.5 : 0; // 0.299 of red and 0.114 of blue are in the luminance
+        const double values[] = {0.4 + 0.114 * colorful, 0.4, 0.4 - 0.299 * colorful};
+        plane.SetSample(x, 0, 0, x < 50 ? 0.4 : 0.5);
+        for (int c = 0; c < 3; ++c)
+            image.SetSample(x, 0, c, x < 50 ? values[c] : 0.5);
+    }
+    KImage target, sharpPlane;
+    image.image.unsharpY(1, 2, target);
+    plane.image.unsharp(1, 2, sharpPlane);
+    QVERIFY(std::abs(Sample(sharpPlane, 50, 0) - 0.5) > 0.05);
+    for (int x = 0; x < 60; ++x) {
+        for (int c = 0; c < 3; ++c) {
+            const double wanted = x < 46 ? image.Sample(x, 0, c) : Sample(sharpPlane, x, 0);
+            QVERIFY2(std::abs(Sample(target, x, c) - wanted) < 1e-4,
+                     qPrintable(QStringLiteral("pixel %1, channel %2").arg(x).arg(c)));
+        }
     }
 }
 
 void tst_KImageTone::unsharpProperties()
 {
     for (int form = 0; form < kFormCount; ++form) {
+        const Case named(kForms[form].name);
         TestImage image(kForms[form], 23, 11, 1);
         image.FillWithNoise(5, 0, 1);
         KImage same, sharp, other;

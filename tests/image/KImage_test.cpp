@@ -1,5 +1,6 @@
 #include "KImage.h"
 
+#include "Case.h"
 #include "Thrown.h"
 
 #include <QtTest>
@@ -41,6 +42,7 @@ void tst_KImage::record()
         {0x2000, 4, 8, 4, 16, 0},
     };
     for (const auto &[type, width, bits, channels, stride, colorUsed] : rows) {
+        const Case named(type, width, bits, channels, stride, colorUsed);
         const KImage image(width, 2, static_cast<unsigned short>(type), bits, /*clear=*/true, nullptr, 0);
         const GFL_BITMAP &bitmap = *image.m_bitmap;
         QCOMPARE(int(bitmap.Type), type);
@@ -72,6 +74,7 @@ void tst_KImage::refusedShapes()
                 {0x10000001, 1, GFL_RGBA, memory}, // a row beyond 32 bits
                 {0x0FFFFFFF, 0x7FFFFFFF, GFL_RGBA, memory}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
         for (int attempt = 0; attempt < 2; ++attempt) { // what the first leaves behind is no image of that shape
             QCOMPARE(Thrown([&] {
@@ -97,6 +100,7 @@ void tst_KImage::sameShapeKeepsItsBlock()
     image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(4, 2)), 0);
     for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // each part of the shape counts
+        const Case named(size);
         image.AllocBitmap(size.width(), size.height(), GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
         QCOMPARE(QSize(image.width(), image.height()), size);
         QCOMPARE(int(image.m_bitmap->BytesPerPixel), 8);
@@ -168,6 +172,7 @@ void tst_KImage::integrity()
         int result;
     } rows[] = {{0, 1, 0}, {0.5f, -0.5f, -1}, {float(NAN), -0.5f, 2}, {2e9f, float(NAN), 1}, {1e9f, 0, 0}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         KImage image(3, 2, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
         std::memcpy(image.getData(1, 0), &row.early, sizeof row.early);
         std::memcpy(image.getData(2, 1) + 12, &row.late, sizeof row.late);

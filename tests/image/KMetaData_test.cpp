@@ -1,6 +1,8 @@
 // The copies of metadata blocks that an image keeps.
 #include "KMetaData.h"
 
+#include "Case.h"
+
 #include <QtTest>
 
 #include <cstring>
@@ -87,13 +89,16 @@ void tst_KMetaData::nothingInBlocks()
     GFL_EXIF_DATAEX exif = {nullptr, 5};
     GFL_IPTC_DATA iptc = {0, nullptr};
     GFL_ICCPROFILE_DATA icc = {nullptr, 12}; // a length without bytes
-    GFL_IPTC_DATA endless = {0xFFFFFFFF, nullptr};
+    GFL_IPTC_ENTRY entry = {};
+    GFL_IPTC_DATA endless = {0xFFFFFFFF, &entry}, withoutList = {2, nullptr};
     KMetaData data;
     data.SetIptc(&endless); // more than 32 bits of bytes
     QVERIFY(!data.Iptc());
     data.SetExifex(&exif);
     data.SetIptc(&iptc);
     data.SetIccProfile(&icc);
+    QVERIFY(data.Iptc() && data.Iptc()->NumberOfItems == 0);
+    data.SetIptc(&withoutList);
     QVERIFY(data.Exifex() && !data.Exifex()->Root && data.Exifex()->Flags == 5);
     QVERIFY(data.Iptc() && data.Iptc()->NumberOfItems == 0);
     QCOMPARE(data.IccProfile()->Length, 0u);
@@ -110,6 +115,7 @@ void tst_KMetaData::xmpTree()
     QCOMPARE(root.attribute(QStringLiteral("a:b")), QStringLiteral("1"));
     QCOMPARE(root.elementsByTagName(QStringLiteral("c")).at(0).toElement().text(), QStringLiteral("text"));
     for (const QByteArray &bad : {QByteArray("<x"), QByteArray("\0\xff", 2), QByteArray("<a>").repeated(100000)}) {
+        const Case named(bad.left(20));
         GFL_XMP_DATA block = {reinterpret_cast<quint8 *>(const_cast<char *>(bad.constData())), quint32(bad.size())};
         data.SetXmp(&block);
         QVERIFY(data.DomXmp().isNull());

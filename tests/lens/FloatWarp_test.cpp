@@ -16,6 +16,9 @@ using Instructions = FloatWarp::Instructions;
 using Frame = FloatWarp::Frame;
 using Unwritten = FloatWarp::Unwritten;
 
+/// Around the block's 64 pixels; the last is wide enough for blocks with no border in them.
+const QSize kSizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {65, 9}, {150, 30}};
+
 /// The plain engine on a landscape picture.
 void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections corrections)
 {
@@ -56,66 +59,149 @@ Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Correctio
     return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
 }
 
+/// So gentle that most blocks are inside, with all numbers of coefficients.
+void MakeGentle(newLCP &lcp, int round, quint32 seed)
+{
+    for (LensParam *model : {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
+        model->coefficients = QVector<float>{-0.02F, 0.01F, 0.004F, 0.1F}.mid(0, round / 8 % 5);
+        model->tangential1 *= 0.01;
+        model->tangential2 *= 0.01;
+        model->scaleFactor = 1.0F;
+    }
+    lcp.scale = 1.0F;
+    lcp.modelKind = int(seed / 8 % 2); // another from size to size for the same number
+}
+
+void Break(newLCP &lcp, int round, quint32)
+{
+    if (round < 8) // positions infinite or not a number
+        lcp.redGreenModel.focalPixels = 0.0F;
+    else if (round < 16) // the gain not a number
+        lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
+    else
+        lcp.greenModel.found = lcp.distortionModel.found = false;
+}
+
 } // namespace
 
 class tst_FloatWarp : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void isThePlainWarp();
+    void strongModels_data() { AddMachines(); }
+    void strongModels()
+    {
+        CompareSizes(48, [](newLCP &, int, quint32) {});
+    }
+    void gentleModels_data() { AddMachines(); }
+    void gentleModels() { CompareSizes(40, MakeGentle); }
+    void brokenModels_data() { AddMachines(); }
+    void brokenModels() { CompareSizes(24, Break); }
+    void exactEdges_data() { AddMachines(); }
+    void exactEdges();
     void bandsAreTheWhole();
     void someRowsOfTheSource();
+
+private:
+    /// One row per set of instructions and frame.
+    static void AddMachines();
+    /// Compares pictures of all sizes, @p rounds of each, by strong models that @p change has changed.
+    static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));
+    /// Renders random pixels by the fast warp and by its plain twin, which must agree to the last bit; so all
+    /// instructions give the same bits too. @p round chooses switches and what stays unwritten.
+    static void Compare(newLCP lcp, QSize size, int round, quint32 seed);
 };
 
-/// Not within a tolerance but to the last bit; so all instructions give the same bits too.
-void tst_FloatWarp::isThePlainWarp()
+void tst_FloatWarp::AddMachines()
 {
-    for (int i = 0; i < 6; ++i) {
-        const auto instructions = Instructions(i / 2); // baseline, AVX2, AVX-512
-        const Frame frame = i % 2 ? Frame::Turned : Frame::Landscape;
-        if (instructions > FloatWarp::BestInstructions())
-            QSKIP("the rest not on this processor");
-        // Around the block's 64 pixels; the last is wide enough for blocks with no border in them.
-        const QSize sizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {65, 9}, {150, 30}};
-        quint32 seed = 1;
-        for (QSize size : sizes) {
-            for (int round = 0; round < 96; ++round, ++seed) {
-                const Corrections corrections{bool(round & 1), bool(round & 2), bool(round & 4)};
-                const auto unwritten = Unwritten(round / 8 % 3);
-                newLCP lcp = StrongModels(size.width(), size.height(), round / 24 % 2, seed);
-                if (round / 48) { // gentle, so that most blocks are inside; and all numbers of coefficients
-                    for (LensParam *model :
-                         {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
-                        model->coefficients = QVector<float>{-0.02F, 0.01F, 0.004F, 0.1F}.mid(0, int(seed % 5));
-                        model->tangential1 *= 0.01;
-                        model->tangential2 *= 0.01;
-                        model->scaleFactor = 1.0F;
-                    }
-                    lcp.scale = 1.0F;
-                }
-                if (round % 13 == 12) // each position infinite or not a number
-                    lcp.redGreenModel.focalPixels = 0.0F;
-                if (round % 17 == 16) // the gain not a number
-                    lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
-                if (round % 23 == 22)
-                    lcp.greenModel.found = lcp.distortionModel.found = false;
-                Pixels source = RandomPixels(size.width(), size.height(), 4, 32, seed);
-                source.values[int(seed) % source.values.size()] = std::numeric_limits<float>::quiet_NaN();
-                Pixels before = RandomPixels(size.width(), size.height(), 4, 32, seed + 1000);
-                GuardedImage from(source, int(seed % 5)), to(before, int(seed % 7)); // rows at odd addresses too
-                if (unwritten != Unwritten::Stays)
-                    before = unwritten == Unwritten::FromSource
-                        ? source
-                        : Pixels{before.width, before.height, 4, 32, QVector<float>(before.values.size())};
-                FloatWarp(lcp, corrections, frame, from.image).Render(to.image, 0, unwritten, instructions);
-                const QString difference = FirstDifference(to.Read(), Wanted(lcp, source, before, corrections, frame));
-                QVERIFY2(difference.isEmpty(),
-                         qPrintable(QStringLiteral("instructions %1, round %2 of width %3: ")
-                                        .arg(i / 2)
-                                        .arg(round)
-                                        .arg(size.width())
-                                    + difference));
-                QVERIFY(to.GuardsAreWhole());
+    QTest::addColumn<int>("instructions");
+    QTest::addColumn<int>("frame");
+    const char *const names[] = {"baseline", "AVX2", "AVX-512"}, *const frames[] = {"landscape", "turned"};
+    for (int i = 0; i < 6; ++i)
+        QTest::addRow("%s, %s", names[i / 2], frames[i % 2]) << i / 2 << i % 2;
+}
+
+void tst_FloatWarp::Compare(newLCP lcp, QSize size, int round, quint32 seed)
+{
+    QFETCH(int, instructions);
+    QFETCH(int, frame);
+    const Corrections corrections{bool(round & 1), bool(round & 2), bool(round & 4)};
+    const auto unwritten = Unwritten(round / 8 % 3);
+    Pixels source = RandomPixels(size.width(), size.height(), 4, 32, seed);
+    source.values[int(seed) % source.values.size()] = std::numeric_limits<float>::quiet_NaN();
+    Pixels before = RandomPixels(size.width(), size.height(), 4, 32, seed + 1000);
+    GuardedImage from(source, int(seed % 5)), to(before, int(seed % 7)); // rows at odd addresses too
+    if (unwritten != Unwritten::Stays)
+        before = unwritten == Unwritten::FromSource
+            ? source
+            : Pixels{before.width, before.height, 4, 32, QVector<float>(before.values.size())};
+    FloatWarp(lcp, corrections, Frame(frame), from.image).Render(to.image, 0, unwritten, Instructions(instructions));
+    const QString difference = FirstDifference(to.Read(), Wanted(lcp, source, before, corrections, Frame(frame)));
+    QVERIFY2(difference.isEmpty(),
+             qPrintable(QStringLiteral("%1 x %2, kind %3, round %4, seed %5: ")
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(lcp.modelKind)
+                            .arg(round)
+                            .arg(seed)
+                        + difference));
+    QVERIFY(to.GuardsAreWhole());
+}
+
+#define SKIP_IF_UNKNOWN()                                                                                              \
+    QFETCH(int, instructions);                                                                                         \
+    if (Instructions(instructions) > FloatWarp::BestInstructions())                                                    \
+    QSKIP("not on this processor")
+
+void tst_FloatWarp::CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed))
+{
+    SKIP_IF_UNKNOWN();
+    quint32 seed = 1;
+    for (const QSize size : kSizes) {
+        for (int round = 0; round < rounds && !QTest::currentTestFailed(); ++round, ++seed) {
+            newLCP lcp = StrongModels(size.width(), size.height(), round / 24, seed);
+            change(lcp, round, seed);
+            Compare(lcp, size, round, seed);
+        }
+    }
+}
+
+/// Positions that lie exactly on a border of the picture or of the rows in memory.
+void tst_FloatWarp::exactEdges()
+{
+    SKIP_IF_UNKNOWN();
+    QFETCH(int, frame);
+    constexpr int kSide = 33, kBandRows = 8; // its middle is at 16, the focal length below
+    newLCP same = StrongModels(kSide, kSide, 0, 1);
+    for (LensParam *model : {&same.distortionModel, &same.greenModel, &same.redGreenModel, &same.blueGreenModel}) {
+        *model = LensParam();
+        model->centerX = model->centerY = model->focalPixels = 16.0F;
+        model->Found();
+    }
+    same.scale = 1.0F;
+    newLCP wider = same; // the middle of each side moves by 1: to -1 and to the width
+    wider.distortionModel.coefficients = wider.greenModel.coefficients = {1.0F / 16.0F};
+    newLCP redWider = same, blueWider = same;
+    redWider.redGreenModel.coefficients = blueWider.blueGreenModel.coefficients = {1.0F / 16.0F};
+    const Pixels source = RandomPixels(kSide, kSide, 4, 32, 5);
+    for (newLCP *lcp : {&same, &wider, &redWider, &blueWider}) {
+        for (int round = 0; round < 24; ++round)
+            Compare(*lcp, {kSide, kSide}, round, 7);
+        // Held are the rows that have a share, and no more.
+        const int around = lcp == &same ? 0 : 1;
+        for (int round = 0; round < 4; ++round) {
+            GuardedImage from(source, 0), whole(source, 0);
+            const FloatWarp warp(*lcp, {bool(round & 1), bool(round & 2), false}, Frame(frame), from.image);
+            warp.Render(whole.image, 0, Unwritten::FromSource);
+            for (int y = 0; y < kSide; y += kBandRows) {
+                KImage band(kSide, qMin(kBandRows, kSide - y), GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+                FloatRows held(from.image);
+                held.Hold(qMax(0, y - around), qMin(kSide, y + kBandRows + 1 + around));
+                const bool isEnough = warp.RenderFrom(held.Image(), held.FirstRow(), band, y, Unwritten::FromSource,
+                                                      Instructions(instructions));
+                const auto bytes = size_t(band.height() * kSide * 16);
+                QVERIFY2(isEnough && std::memcmp(band.getData(0, 0), whole.image.getData(0, y), bytes) == 0,
+                         qPrintable(QStringLiteral("round %1, rows from %2").arg(round).arg(y)));
             }
         }
     }

@@ -1,6 +1,7 @@
 // The warp: every instantiation against a plain statement of it, its traps, and what it refuses.
 #include "InterpolatorKim.h"
 
+#include "Case.h"
 #include "WarpStatement.h"
 #include "newLCP.h"
 
@@ -66,13 +67,17 @@ void tst_InterpolatorKim::matchesTheStatement()
 {
     const QSize sizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {13, 17}};
     for (int i = 0; i < 45; ++i) {
+        const Case named("i", i);
         const int sourceBits = kDepths[i % 3], destinationBits = kDepths[i / 3 % 3];
         const QSize size = sizes[i / 9];
         quint32 seed = quint32(i / 9) * 64 + 1;
         for (int round = 0; round < 64; ++round, ++seed) {
-            const WarpSwitches switches{bool(round & 1), bool(round & 2), bool(round & 4), round & 8 ? 0 : 1};
+            constexpr int kBilinear[] = {1, 2, -1};
+            const int mode = round & 8 ? 0 : kBilinear[round / 16 % 3];
+            const WarpSwitches switches{bool(round & 1), bool(round & 2), bool(round & 4), mode};
             const int channels = round & 16 ? 3 : 4;
-            newLCP lcp = StrongModels(size.width(), size.height(), round & 32 ? 1 : 0, seed);
+            constexpr int kFisheyes[] = {1, 2, -1};
+            newLCP lcp = StrongModels(size.width(), size.height(), round & 32 ? kFisheyes[round % 3] : 0, seed);
             LensParam *const needed[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
             if (seed % 5 == 4) // then nothing is written, whatever else would do
                 needed[seed % 3]->found = false;
@@ -155,6 +160,7 @@ void tst_InterpolatorKim::depths()
     newLCP lcp = NoModels();
     lcp.distortionModel = Identity();
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         GuardedImage source(SamePixels(3, 2, 3, row.storedBits, row.stored), 0);
         source.image.m_bitmap->BitsPerComponent = quint16(row.sourceBits);
         const bool served = row.want >= 0.0F;
@@ -176,6 +182,7 @@ void tst_InterpolatorKim::shapes()
                 {1, {4, 3}, 3, "A"},    {3, {4, 3}, 1, ""},     {4, {2, 2}, 4, "ABCD"}, {4, {5, 3}, 4, "BD"},
                 {3, {4, 4}, 3, "BD"},   {3, {40, 30}, 3, "BD"}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         for (int depth : kDepths) {
             for (int path = 0; path < 4; ++path) {
                 newLCP lcp = StrongModels(4, 3, 0, quint32(path + depth));

@@ -1,6 +1,7 @@
 // The profile report: what it holds, why a file can't be used, and what it warns of.
 #include "ProfileReport.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "ProfileText.h"
 
@@ -171,6 +172,7 @@ void tst_ProfileReport::notes()
         QCOMPARE(report.notes.value(0).left(note.size()), note);
         // What spoils the picture is told of the model as well, so that a program can keep from correcting by it.
         for (const ProfileReportModel &model : report.models) {
+            const Case named(model.name);
             const bool isFlaw = note.startsWith(model.name + QStringLiteral(" model: a f")); // "a focal", "a fisheye"
             QCOMPARE(model.flaw.isEmpty() ? QString() : model.name + QStringLiteral(" model: ") + model.flaw,
                      isFlaw ? report.notes.value(0) : QString());

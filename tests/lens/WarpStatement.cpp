@@ -103,7 +103,7 @@ struct Statement {
 
     void Main(const LensParam &model, int x, int y, float &outX, float &outY) const
     {
-        if (lcp.modelKind == 1)
+        if (lcp.modelKind != 0)
             model.WarpFisheye(float(x), float(y), outX, outY, lcp.scale);
         else
             model.ComputeDistortion(float(x), float(y), outX, outY, lcp.scale);

@@ -1,6 +1,7 @@
 // newLCP: what is read of a profile, and what becomes of files that are none.
 #include "newLCP.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "ProfileText.h"
 
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void firstOfManyEntries();
     void perspectiveValues();
     void subModelsReadTheirOwnValues();
+    void reset();
     void metadataBehindTheModelIsNotRead();
     void unusable();
     void brokenOffBehindTheFirstEntry();
@@ -84,6 +86,7 @@ void tst_newLCP::firstOfManyEntries()
     const float focalLengths[] = {0.8F, 0.81F, 0.83F, 0.85F, 0.87F}, scaleFactors[] = {1, 1, 0.999F, 1.001F, 1};
     const float centers[][2] = {{0.51F, 0.52F}, {0.511F, 0.521F}, {0.512F, 0.522F}, {0.513F, 0.523F}, {0.514F, 0.524F}};
     for (int i = 0; i < 5; ++i) {
+        const Case named("i", i);
         QVERIFY(models[i]->found);
         QCOMPARE(models[i]->coefficients, coefficients[i]);
         QCOMPARE(models[i]->scaleFactor, scaleFactors[i]);
@@ -113,6 +116,7 @@ void tst_newLCP::perspectiveValues()
                 {"<!-- 0.7 -->" + Value("Unknown", "3") + focal + radial("1", "0<!-- -->.5"), {0.5F}, 50},
                 {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // no part of it
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         bool ok = false;
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource("PerspectiveModel", row.values))), &ok);
         QVERIFY(ok);
@@ -127,6 +131,7 @@ void tst_newLCP::subModelsReadTheirOwnValues()
     const Coefficients radial{0.1F, 0.2F, 0.3F}, vignette{0.01F, 0.02F, 0.03F};
     const float scaleFactors[] = {1.0F, 1.5F, 1.5F, 1.0F}; // green and vignette have none
     for (int i = 0; i < 4; ++i) {
+        const Case named("i", i);
         const QByteArray model = Resource("PerspectiveModel", Resource(kSubModels[i].tag, EveryValue()));
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + model)));
         const LensParam &read = lcp.*kSubModels[i].model;
@@ -142,11 +147,33 @@ void tst_newLCP::subModelsReadTheirOwnValues()
     }
     const std::pair<const char *, int> kinds[] = {{"PerspectiveModel", 0}, {"FisheyeModel", 1}, {"GeometricModel", 0}};
     for (const auto &[tag, kind] : kinds) { // an unknown tag is read all the same
+        const Case named(tag, kind);
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource(tag, EveryValue()))));
         QVERIFY(lcp.distortionModel.found);
         QCOMPARE(lcp.modelKind, kind);
         QCOMPARE(lcp.distortionModel.coefficients, radial);
     }
+}
+
+void tst_newLCP::reset()
+{
+    newLCP lcp =
+        Read(Profile(Entry(Size("101", "51") + Metadata("24", "4", "1.5") + Resource("FisheyeModel", EveryValue()))));
+    lcp.scale = 0.5F;
+    for (const SubModel &subModel : kSubModels) {
+        (lcp.*subModel.model).scaleFactor = 2.0F;
+        (lcp.*subModel.model).Found();
+    }
+    lcp.Reset();
+    QVERIFY(lcp.sensorFormatFactor == 1.0F && lcp.scale == 0.0F && lcp.modelKind == 0);
+    QVERIFY(lcp.imageWidth == 0.0 && lcp.imageLength == 0.0);
+    const LensParam &distortion = lcp.distortionModel;
+    QVERIFY(!distortion.found && distortion.scaleFactor == 1.0F && distortion.focalPixels == 0.0F);
+    for (const SubModel &subModel : kSubModels) {
+        const LensParam &model = lcp.*subModel.model;
+        QVERIFY2(!model.found && model.scaleFactor == 1.0F && model.focalPixels == 0.0F, subModel.tag);
+    }
+    QCOMPARE(distortion.coefficients.size(), 3); // which a second reading appends to
 }
 
 void tst_newLCP::metadataBehindTheModelIsNotRead()
@@ -185,6 +212,7 @@ void tst_newLCP::unusable()
         Profile("<rdf:li rdf:parseType=\"Resource\"><a " + attributes + "/>" + model + "</rdf:li>"),
         Profile(Entry(model) + QByteArray(17 << 20, ' '))};
     for (const QByteArray &content : contents) {
+        const Case named(content.left(100));
         for (bool preset : {true, false}) {
             bool ok = preset;
             const QString fileName = content.isNull()

@@ -1,6 +1,8 @@
 // Analytics: events and their text, the two stores, providers, and the manager above them.
+#include "Case.h"
 #include "Files.h"
 #include "OwnFolders.h"
+#include "Threads.h"
 #include "analytics/KAnalyticsDb.h"
 #include "analytics/KAnalyticsFile.h"
 #include "analytics/KAnalyticsManager.h"
@@ -89,7 +91,8 @@ private Q_SLOTS:
 
     void eventsAsText();
     void databaseKeepsEvents();
-    void databaseIsCorrupt();
+    void damagedDatabase_data();
+    void damagedDatabase();
     void binaryFile();
     void storeAndIdentifier();
     void providersTwiceOrGone();
@@ -141,6 +144,7 @@ void tst_Analytics::eventsAsText()
                    {1, qint64(1500), "duration", "1500"},
                    {7, 0.5, "unknow", "0.5"}};
     for (const auto &row : written) {
+        const Case named(row.typeText);
         KAnalyticsEvent event(nullptr), back(nullptr);
         event.setName(kName);
         event.setCategory(kCategory);
@@ -193,18 +197,39 @@ void tst_Analytics::databaseKeepsEvents()
     m_db->insertEvent(Event("a"));
     second.insertEvent(Event("kept out"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
+    QCOMPARE(second.userId(/*create=*/true), QString()); // there is one that can't be read yet
     m_db->close();
     second.insertEvent(Event("b"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("1:a 2:b"));
+    QCOMPARE(second.userId(/*create=*/true), QStringLiteral("{%1}").arg(made));
 }
 
-void tst_Analytics::databaseIsCorrupt()
+void tst_Analytics::damagedDatabase_data()
 {
-    WriteFile(Path(), QByteArray(8192, 'x'));
-    OpenAnew().insertEvent(Event("a"));
-    QVERIFY(m_db->allEvents().isEmpty());
-    QVERIFY(!m_db->userId(/*create=*/true).isEmpty()); // for this run
-    QCOMPARE(ReadFile(Path()), QByteArray(8192, 'x'));
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("bytes");
+    QTest::addColumn<bool>("isDamaged");
+    QTest::newRow("header") << 0 << 100 << true;
+    QTest::newRow("root page of a table") << 4096 << 4096 << true;
+    QTest::newRow("empty") << 0 << 0 << false;
+    QTest::newRow("free end of the first page") << 2000 << 8 << false;
+}
+
+void tst_Analytics::damagedDatabase()
+{
+    QFETCH(int, from);
+    QFETCH(int, bytes);
+    QFETCH(bool, isDamaged);
+    OpenAnew().insertEvent(Event("old"));
+    m_db->close();
+    QByteArray file = ReadFile(Path());
+    WriteFile(Path(), file.replace(from, bytes, QByteArray(bytes, 'x')));
+    const QString aside = WriteFile(Path() + QStringLiteral(".damaged"), "of last time");
+    OpenAnew().insertEvent(Event("new"));
+    QCOMPARE(ReadFile(aside), isDamaged ? file : QByteArray("of last time"));
+    const QString id = m_db->userId(/*create=*/true);
+    QCOMPARE(Names(OpenAnew().allEvents()), isDamaged ? QStringLiteral("1:new") : QStringLiteral("1:old 2:new"));
+    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
 }
 
 void tst_Analytics::binaryFile()
@@ -216,6 +241,7 @@ void tst_Analytics::binaryFile()
                                                       {whole.left(whole.size() / 2), ""},
                                                       {QByteArray(whole).replace(8, 12, QByteArray(12, '\xff')), ""}};
     for (const auto &[bytes, lock] : rows) {
+        const Case named("bytes", bytes.size(), "lock", lock);
         const bool isGood = bytes == whole;
         const QString path = WriteFile(Path(), bytes);
         if (!lock.isEmpty())
@@ -246,6 +272,14 @@ void tst_Analytics::storeAndIdentifier()
     QCOMPARE(QSettings(QStringLiteral("Brelt"), QString()).value(QStringLiteral("platformDef")).toString(), id);
     KAnalyticsManager::killInstance();
     QCOMPARE(KAnalyticsManager::instance()->userId(), id);
+    KAnalyticsManager::killInstance();
+    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // which a session leaves open
+    KAnalyticsDb other(QStringLiteral("other"), kSqlite, nullptr);
+    other.setFilePath(m_folders->Store(kApplication));
+    KAnalyticsManager keptOut(/*useSettingsUserId=*/false, nullptr, /*useDb=*/true);
+    QCOMPARE(keptOut.userId(), QString());
+    other.close();
+    QCOMPARE(keptOut.userId(), id); // the copy in the store
 }
 
 void tst_Analytics::providersTwiceOrGone()
@@ -254,6 +288,10 @@ void tst_Analytics::providersTwiceOrGone()
     m_manager->registerProvider(gone);
     m_manager->registerProvider(nullptr);
     delete gone; // as by a plug-in that goes before its host
+    InThreads(1, [&](int) { gone = new Sender(&m_log); });
+    m_manager->registerProvider(gone);
+    InThreads(1, [&](int) { delete gone; });
+    m_manager->flushEvents(/*delayed=*/false); // before an event loop can tell
     auto *twice = new Sender(&m_log);
     m_manager->registerProvider(twice);
     m_log.clear();
@@ -262,14 +300,26 @@ void tst_Analytics::providersTwiceOrGone()
     for (int i = 0; i < 9; ++i)
         m_manager->sendEvent(Event("many"), /*flush=*/true);
     QCOMPARE(asked.size(), 1); // at ten of them
+    m_manager->sendEvent(Event("many"), /*flush=*/false);
+    QCOMPARE(asked.size(), 1);
     QVERIFY(m_log.isEmpty());
     RunLoop();
     m_log.removeAll(QStringLiteral("/many="));
     m_manager->registerProvider(twice);
     m_manager->waitBeforeExit(); // the store is empty
+    m_manager->sendEvent(Event("many"), /*flush=*/true);
+    QCOMPARE(asked.size(), 2); // from the tenth on each one asks
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')),
-             QStringLiteral("pre10 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
+             QStringLiteral("pre11 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
+    const qint64 now = QDateTime::currentMSecsSinceEpoch(), tenDays = 10 * 24 * 3600 * qint64(1000);
+    const std::pair<qint64, bool> stamps[] = {
+        {now - tenDays + 60000, true}, {now - tenDays - 1, false}, {std::numeric_limits<qint64>::min(), false}};
+    for (const auto &[stamp, isWorthSending] : stamps) {
+        KAnalyticsEvent event(nullptr);
+        event.setTimestamp(stamp);
+        QVERIFY2(Sender(&m_log).eventTimeCheck(event) == isWorthSending, qPrintable(QString::number(stamp - now)));
+    }
 }
 
 void tst_Analytics::countersAndTimers()

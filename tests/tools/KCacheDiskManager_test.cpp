@@ -1,6 +1,7 @@
 // Names and folders of the cache's disk copies, and what is asked of disks before a file is written.
 #include "KCacheDiskManager.h"
 
+#include "Case.h"
 #include "DiskChecks.h"
 #include "Files.h"
 #include "KSystemInfo.h"
@@ -56,6 +57,7 @@ void tst_KCacheDiskManager::namesAndFolders()
     KCacheDiskManager &names = *KCacheDiskManager::ms_instance;
     QString first, name;
     for (int i = 0; i < 1025; ++i) {
+        const Case named("i", i);
         name = names.getUniqueFilename(m_dir->path(), QStringLiteral("BRELT"));
         if (i == 0)
             first = name;
@@ -85,6 +87,7 @@ void tst_KCacheDiskManager::room()
     names.setTemporaryFolders({QStringLiteral("/no/such/folder"), m_dir->path()});
     int handedOut = 0;
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         // Other programs write too, but not so much.
         const auto size = freeBytes - static_cast<unsigned long long>(row.leftMib * (1 << 20));
         QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), row.withReserve);
@@ -106,7 +109,8 @@ void tst_KCacheDiskManager::folderChanges()
     names.setTemporaryFolders({m_dir->path()});
     names.getTempFile(0);
     names.setTemporaryFolders({other});
-    // The count goes on in the other folder, under the same number.
+    // The count goes on in the other folder, under the same number; the first with room is used.
+    names.setTemporaryFolders({other, m_dir->path()});
     QCOMPARE(names.getTempFile(0), QStringLiteral("%1/X.%2.0/1").arg(other).arg(QCoreApplication::applicationPid()));
     KCacheDiskManager::exit();
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), {QStringLiteral("other")});
@@ -117,6 +121,7 @@ void tst_KCacheDiskManager::cleaning()
 {
     QDir dir(m_dir->path());
     for (const char *name : {"BRELT.999.3", "BRELT.998.0", "OTHER.1"}) {
+        const Case named(name);
         QVERIFY(dir.mkdir(QString::fromLatin1(name)));
         WriteFile(dir.filePath(QString::fromLatin1(name) + QStringLiteral("/7")));
     }
@@ -134,6 +139,7 @@ void tst_KCacheDiskManager::memoryOfZeros()
 {
     ZeroingAllocator<quint64> allocator;
     for (int round = 0; round < 3; ++round) { // memory comes back as it was left
+        const Case named("round", round);
         quint64 *const memory = allocator.allocate(64);
         const auto zeros = std::count(memory, memory + 64, 0u);
         std::fill_n(memory, 64, ~quint64(0));

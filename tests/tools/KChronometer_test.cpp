@@ -1,5 +1,6 @@
 #include "KChronometer.h"
 
+#include "Case.h"
 #include "KSimpleChronometer.h"
 #include "Threads.h"
 
@@ -35,7 +36,8 @@ private Q_SLOTS:
 void tst_KChronometer::pairs()
 {
     for (int round = 0; round < 2; ++round) { // the second: after a reset
-        QCOMPARE(gChrono.Stop(kName), 0);     // without a start
+        const Case named("round", round);
+        QCOMPARE(gChrono.Stop(kName), 0); // without a start
         QCOMPARE(gChrono.GetNbContext(kName, /*onlyUsed=*/false), 0);
         gChrono.Start(kName);
         QCOMPARE(gChrono.GetNbContext(kName, /*onlyUsed=*/false), 1);

@@ -1,5 +1,7 @@
 #include "analytics/KDbSession.h"
 
+#include "Case.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -63,6 +65,7 @@ private Q_SLOTS:
     void savepoint();
     void killedBetweenCommitAndCancel();
     void copied();
+    void keptOutOfANewFile();
     void twoKeptOutByAReader();
 
 private:
@@ -74,10 +77,15 @@ private:
 void tst_KDbSession::commitAndCancel()
 {
     for (const bool useRollBack : {true, false}) {
+        const Case named("with savepoints", useRollBack);
         const QString path = Path(useRollBack ? "savepoints.db" : "each.db");
         Notes notes;
         notes.setUseRollBack(useRollBack);
         notes.setFilePath(path);
+        QSqlQuery journal = notes.executeQuery(QStringLiteral("PRAGMA journal_mode"));
+        QVERIFY(journal.next());
+        QCOMPARE(journal.value(0).toString(), useRollBack ? QStringLiteral("memory") : QStringLiteral("off"));
+        journal.finish();
         notes.Add(QStringLiteral("a"));
         notes.commitAll();
         notes.Add(QStringLiteral("b"));
@@ -94,6 +102,7 @@ void tst_KDbSession::commitAndCancel()
 void tst_KDbSession::savepoint()
 {
     for (const int way : {0, 1, 2}) { // closed, given no path, opened anew
+        const Case named("way", way);
         Notes notes;
         notes.setUseRollBack(true);
         notes.setFilePath(Path());
@@ -142,6 +151,30 @@ void tst_KDbSession::copied()
     QVERIFY(!row.next());
     notes.eraseDb();
     QVERIFY(!notes.checkDb() && !QFile::exists(Path()));
+}
+
+/// A session with savepoints on a new file that somebody else has locked.
+void tst_KDbSession::keptOutOfANewFile()
+{
+    Notes late;
+    late.setUseRollBack(true);
+    {
+        QSqlDatabase holder = QSqlDatabase::addDatabase(kSqlite, QStringLiteral("holder"));
+        holder.setDatabaseName(Path());
+        QVERIFY(holder.open());
+        QSqlQuery(QStringLiteral("BEGIN EXCLUSIVE"), holder);
+        late.setFilePath(Path());
+        late.Add(QStringLiteral("kept out"));
+        late.commitAll();
+        QVERIFY(late.Texts().isEmpty());
+        holder.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("holder"));
+    late.Add(QStringLiteral("a"));
+    late.commitAll();
+    late.Add(QStringLiteral("b"));
+    late.cancelAll();
+    QCOMPARE(late.Texts(), QStringList{QStringLiteral("a")});
 }
 
 void tst_KDbSession::twoKeptOutByAReader()

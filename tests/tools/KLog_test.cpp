@@ -1,16 +1,20 @@
 #include "KLog.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "KException.h"
 #include "Threads.h"
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QTimer>
 #include <QtTest>
+
+const QString kWithoutWidgets = QStringLiteral("--without-widgets");
 
 class tst_KLog : public QObject {
     Q_OBJECT
@@ -45,6 +49,7 @@ void tst_KLog::fileHoldsTheBareLine()
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file is UTF-8 everywhere
     const QString name = m_dir.filePath(QStringLiteral("lines.log"));
     for (const bool append : {false, true, false}) {
+        const Case named("append", append);
         KLog::ms_instance->EnableLogToFile(name, append);
         KLog::ms_instance->Log(QString::fromUtf8("Blende ƒ/2,8 — ü"));
         QCOMPARE(ReadFile(name), QByteArray("Blende ƒ/2,8 — ü\r\n").repeated(append ? 2 : 1));
@@ -76,6 +81,12 @@ void tst_KLog::unwritableFileShowsABox()
     KLog::ms_instance->Log(QStringLiteral("nowhere"));
     QCOMPARE(heard.size(), 1);
     QVERIFY(!QFile::exists(name));
+
+    QProcess withoutWidgets;
+    withoutWidgets.start(QCoreApplication::applicationFilePath(), {kWithoutWidgets, name});
+    QVERIFY(withoutWidgets.waitForFinished() && withoutWidgets.exitStatus() == QProcess::NormalExit);
+    QCOMPARE(withoutWidgets.readAllStandardError(),
+             QStringLiteral("Can not open file %1: No such file or directory\n").arg(name).toUtf8());
 }
 
 void tst_KLog::fullDiskLeavesNothingBehind()
@@ -111,5 +122,16 @@ void tst_KLog::exceptionNamesItsPlace()
     QCOMPARE(KPlace(), QStringLiteral("File: \"KLog_test\" Line: %1").arg(__LINE__));
 }
 
-QTEST_MAIN(tst_KLog)
+int main(int argc, char **argv)
+{
+    if (argc == 3 && kWithoutWidgets == QLatin1String(argv[1])) {
+        QCoreApplication application(argc, argv);
+        KLog().EnableLogToFile(QString::fromLocal8Bit(argv[2]), /*append=*/false);
+        return 0;
+    }
+    QApplication application(argc, argv);
+    tst_KLog test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "KLog_test.moc"

@@ -1,5 +1,6 @@
 #include "KPoolMemManager.h"
 
+#include "Case.h"
 #include "Threads.h"
 #include "Thrown.h"
 
@@ -52,6 +53,7 @@ void tst_KPoolMemManager::blocks()
     } rows[] = {
         {1000, 10, 100, 10 << 20}, {1000, 0, 250, 4 << 20}, {25, 10, 2, 10 << 20}, {5, 10, 0, 0}, {-100, 10, 0, 0}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         KPoolMemManager pool;
         QCOMPARE(pool.getFreeBloc(), nullptr);
         pool.init(3, 1, 1); // replaced by the next
@@ -74,6 +76,7 @@ void tst_KPoolMemManager::shortage()
                        "%1 mo\nTry to restart application or contact support if detected memory seems wrong");
     KPoolMemManager pool;
     for (const int blockMo : {2048, 4096, -1}) { // 2 GiB doesn't fit 32 bits, 4 GiB is 0 there
+        const Case named(blockMo);
         pool.init(3, 1, 1);
         QCOMPARE(Thrown([&] { pool.init(5000, 4, blockMo); }), refusal.arg(blockMo));
         QCOMPARE(pool.getFreeBloc(), nullptr);
@@ -102,6 +105,7 @@ void tst_KPoolMemManager::oldestIdle()
         all[i]->m_lastUse = stamps[i];
     }
     for (const int next : {1, 3, 0}) { // 2 is held; of the two with 5 the first
+        const Case named(next);
         QCOMPARE(pool.getFreeableBloc(), all[next]);
         QCOMPARE(all[next]->m_users.load(), -1000);
     }

@@ -1,5 +1,6 @@
 #include "KSystemInfo.h"
 
+#include "Case.h"
 #include "Files.h"
 #include "KSystemInfo_p.h"
 #include "RecordedMachine.h"
@@ -62,6 +63,7 @@ void tst_KSystemInfo::freeMemory()
         {QByteArray(500, 'x') + "\nCached: 7 kB\n", 7}};
     QTemporaryDir dir;
     for (const auto &[content, kilobytes] : rows) {
+        const Case named(content, kilobytes);
         const QString name = WriteFile(dir.filePath(QStringLiteral("meminfo")), content);
         QCOMPARE(FreeBytesTold(name.toLocal8Bit().constData()), kilobytes * 1024);
     }
@@ -92,6 +94,7 @@ void tst_KSystemInfo::processors()
                 {{0, 2, 4}, -1, {3, 3, 1}},
                 {{0, 1}, 1, {omp_get_max_threads(), omp_get_max_threads(), 1}}}; // restricted: as many as OpenMP says
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         RecordedMachine machine(RecordedMachine::Intel, 0xB, row.apicIds);
         machine.PerPackage(8).Levels({{1, 1, 2}, {2, 3, 8}});
         machine.forbiddenCpu = row.forbidden;

@@ -1,5 +1,6 @@
 #include "KTools.h"
 
+#include "Case.h"
 #include "KCacheDiskManager.h"
 #include "KLog.h"
 #include "KOmp.h"
@@ -159,6 +160,7 @@ void tst_KTools::twoProcesses()
     first.process.write("first\n");
     second.process.write("second\n");
     for (Application *application : {&first, &second}) {
+        const Case named("the second", application == &second);
         QVERIFY(!application->ReadLine().isEmpty());
         QVERIFY(application->process.waitForFinished()); // a wait for the lock at each event would last minutes
         QCOMPARE(application->process.exitCode(), 0);

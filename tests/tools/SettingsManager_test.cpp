@@ -1,3 +1,4 @@
+#include "Case.h"
 #include "KSRFromKSettingsManager.h"
 #include "KSettingsManager.h"
 
@@ -65,6 +66,7 @@ void tst_SettingsManager::storeOutlivesTheObject()
         {time, [&](auto &m) { return m.GetDateTime(key); }},
     };
     for (const auto &[value, read] : rows) {
+        const Case named(value);
         StoredManager().Set(key, value);
         StoredManager manager;
         QCOMPARE(read(manager), value);
@@ -110,6 +112,7 @@ void tst_SettingsManager::notConvertible()
     const std::pair<QVariant, QColor> rows[] = {
         {QColor(), QColor()}, {QStringLiteral("#010203"), QColor(1, 2, 3)}, {3.5, QColor()}};
     for (const auto &[stored, color] : rows) {
+        const Case named(stored);
         manager.Set(a, stored);
         QCOMPARE(manager.GetColor(a), color);
         QCOMPARE(manager.GetColor(a, Qt::red), color); // never the caller's default for what is stored
@@ -128,6 +131,7 @@ void tst_SettingsManager::readerSkipsTheTable()
     KSRFromKSettingsManager reader(&manager);
     manager.SetDefault(a, 5, /*overwrite=*/true);
     for (const QString &key : {a, QStringLiteral("stored")}) {
+        const Case named(key);
         const bool stored = key != a;
         QCOMPARE(reader.GetInt(key, 7), stored ? 1 : 7);
         QCOMPARE(reader.GetBool(key, false), stored);

@@ -1,3 +1,4 @@
+#include "Case.h"
 #include "Files.h"
 #include "KSRFromKSRs.h"
 #include "KSRFromQHash.h"
@@ -132,6 +133,7 @@ void tst_SettingsReaders::xmlIsReadOnce()
     QVERIFY(QFile::remove(name));
     QCOMPARE(reader.GetInt(QStringLiteral("a"), 7), 5);
     for (const QString &unusable : {name, m_dir.path(), QStringLiteral("/dev/zero")}) {
+        const Case named(unusable);
         KSRFromXMLFile none(unusable);
         for (const char *key : {"a", "", "/"})
             QCOMPARE(none.GetInt(Text(key), 7), 7);
@@ -151,6 +153,7 @@ void tst_SettingsReaders::hash()
                 {QVariant(), {false, kDefault, kDefault, Text("")}}, // present without a value
                 {QVariantList{1}, {false, kDefault, kDefault, Text("")}}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         QHash<QString, QVariant> hash{{QStringLiteral("image/a"), row.value}};
         KSRFromQHash reader(&hash);
         QVERIFY2(Gives(reader, QStringLiteral("image/a"), row.reads), qPrintable(row.value.toString()));

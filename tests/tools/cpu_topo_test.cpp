@@ -1,5 +1,6 @@
 #include "cpuid2/cpu_topo.h"
 
+#include "Case.h"
 #include "RecordedMachine.h"
 
 #include <QtTest>
@@ -161,6 +162,7 @@ void tst_CpuTopo::cleanup()
 void tst_CpuTopo::recorded()
 {
     for (auto &[name, row] : Machines()) {
+        const Case named(name);
         auto &[machine, expected] = row;
         SetCpuMachine(&machine);
         const Ids counts = {GetSysProcessorPackageCount(), GetSysProcessorCoreCount(),
@@ -208,6 +210,7 @@ void tst_CpuTopo::ordinals()
 void tst_CpuTopo::failures()
 {
     for (const FailureRow &failure : kFailures) {
+        const Case named(failure.name);
         RecordedMachine machine(R::Intel, 0xB, Range(0, 4));
         machine.PerPackage(4).Caches(4, {{1, D, 1, 64, 8}});
         failure.spoil(machine);
@@ -228,6 +231,7 @@ void tst_CpuTopo::processorName()
 {
     // Without extended leaves; and forty-eight characters with leading blanks and no zero at the end.
     for (const QByteArray &name : {QByteArray(), QByteArray("      Some Processor of forty-eight characters X")}) {
+        const Case named(name);
         RecordedMachine machine(R::Intel, 2, {0});
         machine.Set(0x80000000u, 0, {name.isEmpty() ? 0 : 0x80000008u, 0, 0, 0});
         for (int i = 0; i < name.size() / 16; ++i) {

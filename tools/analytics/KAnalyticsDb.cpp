@@ -2,6 +2,8 @@
 
 #include "KAnalyticsEvent.h"
 
+#include <QFile>
+#include <QLockFile>
 #include <QSqlError>
 #include <QUuid>
 
@@ -14,9 +16,15 @@ const QString kEventsTable = QStringLiteral("events");
 constexpr int kNoRow = 0;               // rows count from 1
 constexpr int kWaitingEventsMax = 1000; // some 200 bytes each
 
+bool Failed(const QSqlQuery &query, int sqliteCode)
+{
+    return query.lastError().nativeErrorCode() == QString::number(sqliteCode);
+}
+
 bool IsLockedByAnother(const QSqlQuery &query)
 {
-    return query.lastError().nativeErrorCode() == QLatin1String("5"); // SQLITE_BUSY
+    constexpr int kBusy = 5;
+    return Failed(query, kBusy);
 }
 
 KDbBind UserIdName()
@@ -84,7 +92,7 @@ QString KAnalyticsDb::userId(const bool &create)
         executeQuery(KDbQuery(QStringLiteral("SELECT value FROM metadata WHERE name=:name;"), {UserIdName()}));
     if (row.first()) {
         m_userId = row.value(0).toString();
-    } else if (create) {
+    } else if (create && !IsLockedByAnother(row)) { // else the store may have one
         row.finish();
         const QString id = QUuid::createUuid().toString();
         setUserId(id);
@@ -111,6 +119,28 @@ void KAnalyticsDb::createTable(QString table, QString columns, QSqlDatabase *db)
 void KAnalyticsDb::setFilePath(QString filePath)
 {
     KDbSession::setFilePath(filePath);
+    if (!IsDamaged())
+        return;
+    QLockFile lock(filePath + QStringLiteral(".lock"));
+    if (!lock.tryLock(0))
+        return; // another process is at it
+    KDbSession::setFilePath(filePath);
+    if (!IsDamaged())
+        return; // another process was faster, and this session had the old file open
+    close();
+    const QString aside = filePath + QStringLiteral(".damaged");
+    QFile::remove(aside);
+    if (QFile::rename(filePath, aside))
+        qCWarning(kanalyticsdb) << filePath << "is damaged: renamed to" << aside << "and begun anew";
+    KDbSession::setFilePath(filePath);
+}
+
+bool KAnalyticsDb::IsDamaged()
+{
+    constexpr int kCorrupt = 11, kNotADatabase = 26;
+    QSqlQuery check = executeQuery(QStringLiteral("PRAGMA quick_check(1)"));
+    return Failed(check, kCorrupt) || Failed(check, kNotADatabase)
+        || (check.next() && check.value(0).toString() != QLatin1String("ok"));
 }
 
 void KAnalyticsDb::buildTables(QSqlDatabase &db)

@@ -10,6 +10,7 @@
 #include <QStandardPaths>
 #include <QUuid>
 
+#include <mutex>
 #include <utility>
 
 Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
@@ -22,6 +23,8 @@ QString StoreName()
     return QString::fromLatin1(
         QCryptographicHash::hash(QByteArrayLiteral("analytics"), QCryptographicHash::Md5).toHex());
 }
+
+std::mutex s_providersMutex; // of the managers' lists: a provider may be deleted on any thread
 
 } // namespace
 
@@ -41,8 +44,10 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 
 KAnalyticsManager::~KAnalyticsManager()
 {
-    while (!m_providers.isEmpty())
-        delete m_providers.first(); // which takes it off the list, wherever it stands
+    while (KAnalyticsProvider *provider = Providers().value(0)) {
+        Forget(provider); // at all its places, and not only when its destruction is signaled
+        delete provider;
+    }
     qDeleteAll(m_timers);
     qDeleteAll(m_counters);
     delete m_db;
@@ -78,7 +83,19 @@ void KAnalyticsManager::createDb(bool useSettingsUserId)
     if (useSettingsUserId)
         AdoptSettingsUserId();
     else
-        m_userId = m_db ? m_db->userId(/*create=*/true) : m_file->userId();
+        m_userId = StoredUserId();
+}
+
+QString KAnalyticsManager::StoredUserId()
+{
+    return m_db ? m_db->userId(/*create=*/true) : m_file->userId();
+}
+
+QString KAnalyticsManager::userId()
+{
+    if (m_userId.isEmpty())
+        m_userId = StoredUserId();
+    return m_userId;
 }
 
 void KAnalyticsManager::OpenStore(const QString &path)
@@ -116,8 +133,25 @@ void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
         provider->setDb(m_db);
     if (m_file)
         provider->setAnFile(m_file);
-    m_providers << provider;
-    connect(provider, &QObject::destroyed, this, [this, provider] { m_providers.removeAll(provider); });
+    {
+        const std::lock_guard<std::mutex> locker(s_providersMutex);
+        m_providers << provider;
+    }
+    // Direct: a queued call from another thread would leave a dangling pointer in the list until it arrives.
+    connect(
+        provider, &QObject::destroyed, this, [this, provider] { Forget(provider); }, Qt::DirectConnection);
+}
+
+QList<KAnalyticsProvider *> KAnalyticsManager::Providers() const
+{
+    const std::lock_guard<std::mutex> locker(s_providersMutex);
+    return m_providers;
+}
+
+void KAnalyticsManager::Forget(KAnalyticsProvider *provider)
+{
+    const std::lock_guard<std::mutex> locker(s_providersMutex);
+    m_providers.removeAll(provider);
 }
 
 void KAnalyticsManager::sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value)
@@ -242,15 +276,17 @@ void KAnalyticsManager::flushEventsSend()
     for (KAnalyticsEventCounter *counter : counters)
         sendEvent(counter, /*flush=*/false);
     const QList<KAnalyticsRawEvent *> raw = m_useDb ? m_db->allEvents() : m_file->allEvents();
-    for (KAnalyticsProvider *provider : qAsConst(m_providers))
+    const QList<KAnalyticsProvider *> providers = Providers();
+    for (KAnalyticsProvider *provider : providers)
         provider->flushEvents(raw);
-    if (m_providers.isEmpty())
+    if (providers.isEmpty())
         qDeleteAll(raw); // nobody else takes them
 }
 
 void KAnalyticsManager::waitBeforeExit()
 {
     flushEvents(/*delayed=*/false);
-    for (KAnalyticsProvider *provider : qAsConst(m_providers))
+    const QList<KAnalyticsProvider *> providers = Providers();
+    for (KAnalyticsProvider *provider : providers)
         provider->waitBeforeExit();
 }

@@ -44,7 +44,7 @@ public:
     static void killInstance();
 
     /// Takes the provider over and tells it the store. Providers are served in the order of registration; one that
-    /// someone else deletes is forgotten.
+    /// someone else deletes, on any thread, is forgotten.
     void registerProvider(KAnalyticsProvider *provider);
 
     int maxEventsBufferised() const { return m_maxEventsBufferised; }
@@ -77,7 +77,8 @@ public Q_SLOTS:
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();
-    QString userId() { return m_userId; }
+    /// The user's identifier. Empty while another process holds the store that has it.
+    QString userId();
     void setVersion(QString version);
     void setIsActive(bool isActive);
     void flushEventsSend();
@@ -86,6 +87,9 @@ private:
     void createDb(bool useSettingsUserId);
     void OpenStore(const QString &path);
     void AdoptSettingsUserId();
+    QString StoredUserId();
+    QList<KAnalyticsProvider *> Providers() const;
+    void Forget(KAnalyticsProvider *provider);
     KAnalyticsEventCounter *Counter(const QString &category, const QString &name);
 
     static KAnalyticsManager *s_instance;

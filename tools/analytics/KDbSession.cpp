@@ -138,6 +138,13 @@ void KDbSession::CatchUp()
     const bool tuned = Tune(m_db);
     buildTables(m_db);
     m_tuned = tuned;
+    Begin();
+}
+
+void KDbSession::Begin()
+{
+    if (m_useRollBack && m_tuned) // else the savepoint's transaction would keep CatchUp() from ever getting the lock
+        executeQueries(QStringList{QStringLiteral("SAVEPOINT load;")});
 }
 
 bool KDbSession::Tune(QSqlDatabase &db)
@@ -167,8 +174,7 @@ void KDbSession::setFilePath(QString filePath)
         return;
     m_db = QSqlDatabase(); // a handle that failed to open would keep its connection from being replaced
     m_db = openDb(m_connectionName, m_filePath);
-    if (m_useRollBack)
-        executeQueries(QStringList{QStringLiteral("SAVEPOINT load;")});
+    Begin();
 }
 
 void KDbSession::close()
@@ -184,7 +190,7 @@ void KDbSession::commitAll()
     if (!m_useRollBack)
         return;
     executeQueries(QStringList{QStringLiteral("RELEASE SAVEPOINT load;")});
-    executeQueries(QStringList{QStringLiteral("SAVEPOINT load;")});
+    Begin();
 }
 
 void KDbSession::cancelAll()

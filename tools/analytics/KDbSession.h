@@ -18,7 +18,8 @@ Q_DECLARE_LOGGING_CATEGORY(dbquery)
 /// database that another process holds makes every statement fail at once; nothing waits.
 ///
 /// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps what was done since the last
-/// one, cancelAll() and close() undo it. Without it each statement stands when it has run.
+/// one, cancelAll() and close() undo it; only while another process holds the file there is none. Without it each
+/// statement stands when it has run.
 ///
 /// Belongs to the thread that opened it. Failures show in the queries that are returned; only one to open is logged.
 class KDbSession : public QObject {
@@ -67,8 +68,10 @@ public:
 private:
     /// False if another process has the file: then SQLite takes no settings.
     bool Tune(QSqlDatabase &db);
-    /// What opening couldn't do, as soon as that process has left.
+    /// Makes up for settings and tables as soon as that process has left.
     void CatchUp();
+    /// Begins a unit of work, once the file is this session's.
+    void Begin();
     void CopyTable(const QString &table, QSqlDatabase &target);
 
     bool m_useRollBack = false;

@@ -64,6 +64,18 @@ void tst_RansacFisheye::scores()
     QVERIFY(!fit.evaluateModel({0, 0, 3000}));
     QCOMPARE(fit.best.radius, 400.0);
 
+    const struct {
+        int edges, others;
+        bool isKept, isGood; // above 5 % and 60 % on the circle
+    } rows[] = {{1, 19, false, false}, {1, 18, true, false}, {6, 4, true, false}, {5, 3, true, true}};
+    for (const auto &row : rows) {
+        QVector<RansacFisheye::Data> mixed(row.edges, {400, 1, 0, false});
+        mixed += QVector<RansacFisheye::Data>(row.others, {300, 1, 0, false});
+        RansacFisheye some = NewFit(mixed);
+        QVERIFY2(some.evaluateModel({0, 0, 400}) == row.isGood && (some.bestScore > 0) == row.isKept,
+                 qPrintable(QStringLiteral("%1 of %2").arg(row.edges).arg(mixed.size())));
+    }
+
     // Equal scores keep the earlier model; an edge missed beyond the image costs one.
     RansacFisheye far = NewFit({{1010, 1, 0, false}, {1010, 0, 1, false}, {3, 1, 0, false}, {3, 0, 1, false}});
     QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third misses beyond 1,000.9

@@ -1,5 +1,6 @@
 #include "ippi.h"
 
+#include "Case.h"
 #include "Plane.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@ void tst_Filter::gaussian()
         float sigma;
     } rows[] = {{1, 1, 3, 1}, {7, 5, 1, 1}, {31, 17, 13, 2.5f}, {5, 3, 41, 6}}; // the last wider than the plane
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         const int width = row.width, height = row.height, kernelSize = row.kernelSize;
         const float sigma = row.sigma;
         Plane<Ipp32f, 1> image(width, height, 1), blurred(width, height, 2);
@@ -80,6 +82,7 @@ void tst_Filter::gaussianRefused()
 void tst_Filter::median()
 {
     for (const int mask : {kMask3x3, kMask5x5}) {
+        const Case named(mask);
         const int radius = mask / 2;
         Plane<Ipp16s, 1> image(21, 15, 1), filtered(21, 15, 2);
         const Plane<Ipp16s, 1> before = filtered;

@@ -1,5 +1,6 @@
 #include "Plane.h"
 
+#include "Case.h"
 #include "filter.h"
 #include "gaussian.h"
 #include "memory.h"
@@ -33,6 +34,7 @@ void tst_Gaussian::matchesConvolution()
                 {23, 17, 30.0f, 1e-3},  // wider than the plane
                 {1, 1, 7.0f, 1e-3},     {97, 1, 7.0f, 1e-3}};
     for (const auto &[width, height, sigma, tolerance] : rows) {
+        const Case named(width, height, sigma, tolerance);
         Plane<Ipp32f, 1> image(width, height, 1), fast(width, height, 2), plain(width, height, 3);
         const Plane<Ipp32f, 1> before = fast;
         for (int y = 0; y < height; ++y) {

@@ -1,5 +1,7 @@
 #include "ippi.h"
 
+#include "Case.h"
+
 #include <QtTest>
 
 #include <cmath>
@@ -18,6 +20,7 @@ private Q_SLOTS:
 void tst_LinearAlgebra::solves()
 {
     for (const int n : {1, 2, 3, 4, 6}) {
+        const Case named(n);
         const bool zeroDiagonal = n == 4; // rows must be exchanged
         constexpr int kStride = 7, kCount = 3;
         std::mt19937 random(1);
@@ -51,6 +54,7 @@ void tst_LinearAlgebra::singular()
     const float matrices[][9] = {
         {0, 0, 0, 0, 0, 0, 0, 0, 0}, {1, 2, 3, 1, 2, 3, 4, 5, 7}, {1, 2, 3, 2, nan, 1, 4, 5, 7}};
     for (const auto &matrix : matrices) {
+        const Case named("matrix", &matrix - matrices);
         int pivot[3];
         float lu[9], x[3] = {7, 7, 7};
         const float right[3] = {1, 2, 3};

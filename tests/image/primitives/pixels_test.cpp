@@ -1,6 +1,7 @@
 // Refusals, memory, comparisons and colour models: what the tests of KImage do not reach.
 #include "ippi.h"
 
+#include "Case.h"
 #include "Plane.h"
 
 #include <algorithm>
@@ -65,6 +66,7 @@ void tst_Pixels::comparisons()
                                                       {Comparison::GreaterEqual, QByteArray("\0\xff\xff\0", 4)},
                                                       {Comparison::Greater, QByteArray("\0\0\xff\0", 4)}};
     for (const auto &[how, wanted] : rows) {
+        const Case named("comparison", int(how));
         QByteArray mask(4, 'x');
         ippiCompareC_32f_C1R(values, 0, 2.0f, reinterpret_cast<Ipp8u *>(mask.data()), 0, {4, 1}, how);
         QCOMPARE(mask, wanted);
@@ -81,6 +83,7 @@ void tst_Pixels::hsv()
         {{255, 255, 0}, {60, 1, 1}}, {{0, 255, 0}, {120, 1, 1}},         {{0, 255, 255}, {180, 1, 1}},
         {{0, 0, 255}, {240, 1, 1}},  {{255, 0, 255}, {300, 1, 1}},       {{200, 150, 100}, {30, 0.5, 200 / 255.0}}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         const Ipp8u in[4] = {row.rgb[0], row.rgb[1], row.rgb[2], 77};
         Ipp8u out[4] = {1, 2, 3, 4};
         ippiRGBToHSV_8u_AC4R(in, 4, out, 4, {1, 1});

@@ -1,5 +1,6 @@
 #include "ippi.h"
 
+#include "Case.h"
 #include "Plane.h"
 
 #include <memory>
@@ -60,6 +61,7 @@ void tst_Resize::partsMakeUpTheWhole()
 void tst_Resize::flatStaysFlat()
 {
     for (const primitives::Size size : {primitives::Size{60013, 1}, {1, 60013}, {1511, 1021}}) {
+        const Case named(size.width, size.height);
         // Sums of thousands of small numbers: in single precision alone they would be off by several counts.
         Plane<Ipp16u, 1> image(size.width, size.height), target(1, 1);
         for (int i = 0; i < size.width * size.height; ++i)
@@ -81,6 +83,7 @@ void tst_Resize::refused()
                 {10, -1, 2, 0, Status::BadSize},    {10, 10, 6, 0, Status::BadArgument}, // cubic
                 {10, 10, 2, 1, Status::BadArgument}};                                    // antialiased
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         std::int64_t specBytes = 0, initBytes = 0;
         const Size size = {row.width, row.height};
         const auto method = ResizeMethod(row.method);

@@ -1,5 +1,6 @@
 #include "ippi.h"
 
+#include "Case.h"
 #include "Plane.h"
 
 #include <cmath>
@@ -32,6 +33,7 @@ Status Rotate(Image &src, Image &dst, double angle, double shiftX, double shiftY
 void tst_Rotate::thereAndBack()
 {
     for (const int width : {1, 2, 15, 16, 17, 47}) {
+        const Case named(width);
         for (const int height : {1, 3, 16, 33}) {
             Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
             const Image turnedBefore = turned, backBefore = back;
@@ -74,6 +76,7 @@ void tst_Rotate::rightAngles()
     } rows[] = {{0, 3, -2}, // leaves a margin
                 {2, 12, 4}, {-2, 7, 9}, {1, 2, 9}, {5, 0, 12}, {3, 5, -3}, {1, 100000, 0}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         Image image(13, 5, 1), target(11, 14, 2), wanted = target;
         const auto cosine = static_cast<int>(std::lround(std::cos(row.quarters * M_PI / 2)));
         const auto sine = static_cast<int>(std::lround(std::sin(row.quarters * M_PI / 2)));
@@ -97,6 +100,7 @@ void tst_Rotate::rampUnderAnyAngle()
     constexpr float kUntouched = -77;
     const auto ramp = [](double x, double y, int c) { return 2 * x - 3 * y + c; };
     for (const auto &[angle, shiftX, shiftY] : rows) {
+        const Case named(angle, shiftX, shiftY);
         const double startX = shiftX, startY = shiftY; // for the lambda
         Image image(kSide, kSide), target(kSide, kSide);
         for (int i = 0; i < kSide * kSide * 4; ++i) {
@@ -139,6 +143,7 @@ void tst_Rotate::refused()
                 {90, 1e12, 3, 4, Status::Ok},        {90, 0, 3, 2, Status::BadArgument}, // linear
                 {90, 0, 0, 4, Status::BadSize}};
     for (const auto &row : rows) {
+        const Case named("row", &row - &*std::begin(rows));
         Image image(3, 3, 1), target(3, 3, 2), before = target;
         QVERIFY(ippiRotate_32f_C4R(image.Data(), {3, 3}, image.StepBytes(), {0, 0, row.width, 3}, target.Data(),
                                    target.StepBytes(), {0, 0, 3, 3}, row.angle, row.shift, 0.0,

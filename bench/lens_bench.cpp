@@ -89,7 +89,7 @@ WARP_BEST(FisheyeVignette, kFisheye, kDistortion, Landscape);
 WARP_BEST(FisheyeAll, kFisheye, kAll, Landscape);
 WARP_BEST(PortraitDistortionVignette, kPerspective, kDistortion, Turned);
 WARP_BEST(PortraitAll, kPerspective, kAll, Turned);
-WARP(All_Sse2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Sse2);
+WARP(All_Sse2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Baseline);
 WARP(All_Avx2, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Avx2);
 WARP(All_Avx512, kPerspective, kAll, FloatWarp::Frame::Landscape, FloatWarp::Instructions::Avx512);
 #undef WARP_BEST

@@ -23,6 +23,10 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
+if(VITRELUX_SCALAR)
+    add_compile_definitions(VITRELUX_SCALAR)
+endif()
+
 if(VITRELUX_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link) # lets the fuzzers see which branches of the kernels they reach
 endif()

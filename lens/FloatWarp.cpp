@@ -10,10 +10,12 @@ namespace {
 
 // One set of instructions each; what is inlined into the two functions is compiled for it.
 
-struct Sse2 {
+struct Baseline {
     static void Warp(const FloatWarp::Radial &model, const Positions &in, Positions *out) { WarpBlock(model, in, out); }
-    static void Rows(const FloatWarp::Band &band) { RenderRows<Sse2>(band); }
+    static void Rows(const FloatWarp::Band &band) { RenderRows<Baseline>(band); }
 };
+
+#if VITRELUX_VECTORS
 
 struct Avx2 {
     [[gnu::target("avx2")]] static void Warp(const FloatWarp::Radial &model, const Positions &in, Positions *out)
@@ -32,7 +34,10 @@ struct Avx512 {
     [[gnu::target("arch=x86-64-v4")]] static void Rows(const FloatWarp::Band &band) { RenderRows<Avx512>(band); }
 };
 
-constexpr void (*kRows[])(const FloatWarp::Band &) = {Sse2::Rows, Avx2::Rows, Avx512::Rows};
+constexpr void (*kRows[])(const FloatWarp::Band &) = {Baseline::Rows, Avx2::Rows, Avx512::Rows};
+#else
+constexpr void (*kRows[])(const FloatWarp::Band &) = {Baseline::Rows};
+#endif
 
 FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
 {
@@ -127,13 +132,17 @@ bool FloatWarp::Serves(const KImage &image)
 
 FloatWarp::Instructions FloatWarp::BestInstructions()
 {
+#if VITRELUX_VECTORS
     static const Instructions s_best = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw")
             && __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq")
             && __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("fma")
         ? Instructions::Avx512
         : __builtin_cpu_supports("avx2") ? Instructions::Avx2
-                                         : Instructions::Sse2;
+                                         : Instructions::Baseline;
     return s_best;
+#else
+    return Instructions::Baseline;
+#endif
 }
 
 FloatWarp::FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source)

@@ -22,8 +22,9 @@ public:
     enum class Frame { Landscape, Turned };
     /// What becomes of channels that no model writes (see InterpolatorKim), and of all when nothing is to be done.
     enum class Unwritten { Stays, Cleared, FromSource };
-    /// The instructions to use; those beyond a processor's end the program.
-    enum class Instructions { Sse2, Avx2, Avx512 };
+    /// The instructions to use; those that the processor lacks crash the program. Baseline is SSE2 on x86-64, plain
+    /// code elsewhere.
+    enum class Instructions { Baseline, Avx2, Avx512 };
 
     /// Whether an image can be source or target: float RGBA, rows as long as their pixels.
     static bool Serves(const KImage &image);

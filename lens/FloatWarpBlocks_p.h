@@ -29,8 +29,8 @@ VITRELUX_INLINE void Preset(const FloatWarp::Band &band, const Block &block)
 VITRELUX_INLINE void GainOnlyBlock(const Block &block, const Values &gain)
 {
     for (int i = 0; i < block.count; ++i) {
-        const __m128 value = _mm_mul_ps(_mm_set1_ps(gain.v[i]), Load(block.same + i * kPixelBytes));
-        StoreOpaque(block.target + i * kPixelBytes, Limited(_mm_max_ps(value, _mm_setzero_ps())));
+        const FourFloats value = All(gain.v[i]) * Load(block.same + i * kPixelBytes);
+        StoreOpaque(block.target + i * kPixelBytes, Limited(AtLeast(value, All(0.0F))));
     }
 }
 
@@ -43,17 +43,16 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
         FindCorners(source, at, block.count, &corners);
         Prefetch(source, corners, block.count);
         for (int i = 0; i < block.count; ++i)
-            StoreOpaque(block.target + i * kPixelBytes,
-                        Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), SamplePixel(source, corners, i))));
+            StoreOpaque(block.target + i * kPixelBytes, Limited(All(gain.v[i]) * SamplePixel(source, corners, i)));
         return;
     }
     for (int i = 0; i < block.count; ++i) {
         unsigned char *target = block.target + i * kPixelBytes;
         if (IsInside(source, at.x[i], at.y[i])) {
-            __m128 sample = _mm_setzero_ps(); // in the last column and row
+            FourFloats sample = All(0.0F); // in the last column and row
             if (CanSample(band, at.x[i], at.y[i]))
                 sample = SamplePixel(source, OneCorner(source, at.x[i], at.y[i]), 0);
-            StoreOpaque(target, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
+            StoreOpaque(target, Limited(All(gain.v[i]) * sample));
         } else {
             std::memset(target, 0, kPixelBytes);
         }
@@ -92,12 +91,6 @@ VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Bl
     }
 }
 
-/// The first channel of @p red, the second of @p green, the third of @p blue.
-VITRELUX_INLINE __m128 Join(__m128 red, __m128 green, __m128 blue)
-{
-    return _mm_shuffle_ps(_mm_move_ss(green, red), blue, _MM_SHUFFLE(3, 2, 1, 0));
-}
-
 /// The corners of three channels.
 struct ColorCorners {
     Corners red, green, blue;
@@ -105,18 +98,18 @@ struct ColorCorners {
 
 /// Each colour of a pixel from its own place. @p load gives the joined neighbours by their step from the corner.
 template <typename Loader>
-VITRELUX_INLINE __m128 SampleJoined(const FloatWarp::Pixels &source, __m128 fx, __m128 fy, Loader load)
+VITRELUX_INLINE FourFloats SampleJoined(const FloatWarp::Pixels &source, FourFloats fx, FourFloats fy, Loader load)
 {
-    const __m128 one = _mm_set1_ps(1.0F), restX = _mm_sub_ps(one, fx), restY = _mm_sub_ps(one, fy);
-    const __m128 top = Mix(load(0), load(source.stepX), restX, fx);
-    const __m128 bottom = Mix(load(source.stepY), load(source.stepX + source.stepY), restX, fx);
+    const FourFloats one = All(1.0F), restX = one - fx, restY = one - fy;
+    const FourFloats top = Mix(load(0), load(source.stepX), restX, fx);
+    const FourFloats bottom = Mix(load(source.stepY), load(source.stepX + source.stepY), restX, fx);
     return Mix(top, bottom, restY, fy);
 }
 
-VITRELUX_INLINE __m128 SampleColors(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
+VITRELUX_INLINE FourFloats SampleColors(const FloatWarp::Pixels &source, const ColorCorners &at, int i)
 {
-    const __m128 fx = _mm_setr_ps(at.red.fx[i], at.green.fx[i], at.blue.fx[i], 0.0F);
-    const __m128 fy = _mm_setr_ps(at.red.fy[i], at.green.fy[i], at.blue.fy[i], 0.0F);
+    const FourFloats fx = Each(at.red.fx[i], at.green.fx[i], at.blue.fx[i], 0.0F);
+    const FourFloats fy = Each(at.red.fy[i], at.green.fy[i], at.blue.fy[i], 0.0F);
     const unsigned char *red = source.base + at.red.offset[i], *green = source.base + at.green.offset[i],
                         *blue = source.base + at.blue.offset[i];
     return SampleJoined(source, fx, fy, [&](std::int64_t step) VITRELUX_INLINED {
@@ -125,13 +118,14 @@ VITRELUX_INLINE __m128 SampleColors(const FloatWarp::Pixels &source, const Color
 }
 
 /// The same where green stays as it is in @p same.
-VITRELUX_INLINE __m128 SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i, __m128 same)
+VITRELUX_INLINE FourFloats SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i,
+                                            FourFloats same)
 {
-    const __m128 fx = _mm_setr_ps(at.red.fx[i], 0.0F, at.blue.fx[i], 0.0F);
-    const __m128 fy = _mm_setr_ps(at.red.fy[i], 0.0F, at.blue.fy[i], 0.0F);
+    const FourFloats fx = Each(at.red.fx[i], 0.0F, at.blue.fx[i], 0.0F);
+    const FourFloats fy = Each(at.red.fy[i], 0.0F, at.blue.fy[i], 0.0F);
     const unsigned char *red = source.base + at.red.offset[i], *blue = source.base + at.blue.offset[i];
-    const __m128 moved = SampleJoined(source, fx, fy, [&](std::int64_t step) VITRELUX_INLINED {
-        return _mm_shuffle_ps(Load(red + step), Load(blue + step), _MM_SHUFFLE(3, 2, 1, 0));
+    const FourFloats moved = SampleJoined(source, fx, fy, [&](std::int64_t step) VITRELUX_INLINED {
+        return Join(Load(red + step), Load(red + step), Load(blue + step));
     });
     return Join(moved, same, moved);
 }
@@ -150,9 +144,9 @@ VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block
         FindCorners(source, *green, block.count, &corners.green);
     Prefetch(source, corners.red, block.count);
     for (int i = 0; i < block.count; ++i) {
-        const __m128 sample = green ? SampleColors(source, corners, i)
-                                    : SampleRedAndBlue(source, corners, i, Load(block.same + i * kPixelBytes));
-        StoreWithAlphaOfSum(block.target + i * kPixelBytes, Limited(_mm_mul_ps(_mm_set1_ps(gain.v[i]), sample)));
+        const FourFloats sample = green ? SampleColors(source, corners, i)
+                                        : SampleRedAndBlue(source, corners, i, Load(block.same + i * kPixelBytes));
+        Store(block.target + i * kPixelBytes, WithAlphaOfSum(Limited(All(gain.v[i]) * sample)));
     }
 }
 

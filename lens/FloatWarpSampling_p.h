@@ -1,9 +1,7 @@
 // Sampling of blocks of positions between their four neighbours, and storing of pixels, for FloatWarp.
 #pragma once
 
-#include "FloatWarpModels_p.h"
-
-#include <xmmintrin.h>
+#include "FourFloats_p.h"
 
 #include <cstring>
 
@@ -51,23 +49,18 @@ VITRELUX_INLINE void Prefetch(const FloatWarp::Pixels &source, const Corners &co
         __builtin_prefetch(ahead + corners.offset[i]);
 }
 
-VITRELUX_INLINE __m128 Load(const unsigned char *pixel)
+VITRELUX_INLINE FourFloats Mix(FourFloats a, FourFloats b, FourFloats aShare, FourFloats bShare)
 {
-    return _mm_loadu_ps(reinterpret_cast<const float *>(pixel)); // any address
+    return a * aShare + b * bShare;
 }
 
-VITRELUX_INLINE __m128 Mix(__m128 a, __m128 b, __m128 aShare, __m128 bShare)
+VITRELUX_INLINE FourFloats SamplePixel(const FloatWarp::Pixels &source, const Corners &at, int i)
 {
-    return _mm_add_ps(_mm_mul_ps(a, aShare), _mm_mul_ps(b, bShare));
-}
-
-VITRELUX_INLINE __m128 SamplePixel(const FloatWarp::Pixels &source, const Corners &at, int i)
-{
-    const __m128 fx = _mm_set1_ps(at.fx[i]), restX = _mm_set1_ps(at.restX[i]);
-    const __m128 fy = _mm_set1_ps(at.fy[i]), restY = _mm_set1_ps(at.restY[i]);
+    const FourFloats fx = All(at.fx[i]), restX = All(at.restX[i]);
+    const FourFloats fy = All(at.fy[i]), restY = All(at.restY[i]);
     const unsigned char *above = source.base + at.offset[i], *below = above + source.stepY;
-    const __m128 top = Mix(Load(above), Load(above + source.stepX), restX, fx);
-    const __m128 bottom = Mix(Load(below), Load(below + source.stepX), restX, fx);
+    const FourFloats top = Mix(Load(above), Load(above + source.stepX), restX, fx);
+    const FourFloats bottom = Mix(Load(below), Load(below + source.stepX), restX, fx);
     return Mix(top, bottom, restY, fy);
 }
 
@@ -128,32 +121,19 @@ VITRELUX_INLINE float Limited(float value)
     return value < 1.0F ? value : 1.0F;
 }
 
-VITRELUX_INLINE __m128 Limited(__m128 value)
+VITRELUX_INLINE FourFloats Limited(FourFloats value)
 {
-    return _mm_min_ps(value, _mm_set1_ps(1.0F)); // the second wins where the first is not a number
+    return AtMost(value, All(1.0F));
 }
 
-VITRELUX_INLINE void StoreOpaque(unsigned char *target, __m128 colors)
+VITRELUX_INLINE void StoreOpaque(unsigned char *target, FourFloats colors)
 {
-    const __m128 mask = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
-    const __m128 pixel = _mm_or_ps(_mm_and_ps(mask, colors), _mm_setr_ps(0.0F, 0.0F, 0.0F, 1.0F));
-    _mm_storeu_ps(reinterpret_cast<float *>(target), pixel);
+    Store(target, WithAlphaOne(colors));
 }
 
 VITRELUX_INLINE void StoreFloat(unsigned char *target, int channel, float value)
 {
     std::memcpy(target + channel * int(sizeof(float)), &value, sizeof value);
-}
-
-/// Alpha is 0 where the colours sum up to 0, otherwise 1.
-VITRELUX_INLINE void StoreWithAlphaOfSum(unsigned char *target, __m128 colors)
-{
-    const __m128 green = _mm_shuffle_ps(colors, colors, _MM_SHUFFLE(1, 1, 1, 1));
-    const __m128 blue = _mm_shuffle_ps(colors, colors, _MM_SHUFFLE(2, 2, 2, 2));
-    const __m128 sum = _mm_add_ss(_mm_add_ss(colors, green), blue);
-    const __m128 alpha = _mm_and_ps(_mm_cmpgt_ss(sum, _mm_setzero_ps()), _mm_set_ss(1.0F));
-    const __m128 blueAlpha = _mm_unpacklo_ps(blue, alpha);
-    _mm_storeu_ps(reinterpret_cast<float *>(target), _mm_movelh_ps(colors, blueAlpha));
 }
 
 } // namespace

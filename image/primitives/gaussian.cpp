@@ -2,6 +2,7 @@
 
 #include "filter.h"
 #include "memory.h"
+#include "vectors.h"
 #include "wide_loops_p.h"
 
 #include <algorithm>
@@ -10,7 +11,9 @@
 #include <new>
 #include <vector>
 
+#if VITRELUX_VECTORS
 #include <xmmintrin.h>
+#endif
 
 namespace primitives {
 
@@ -124,12 +127,19 @@ void ReadOff(const Ipp32f *nodes, Step step, int firstNode, const Grid &grid, in
 /// Transposes 4 by 4 pixels.
 void TransposeBlock(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep)
 {
+#if VITRELUX_VECTORS
     __m128 rows[4];
     for (int y = 0; y < 4; ++y)
         rows[y] = _mm_loadu_ps(RowAt(src, srcStep, y));
     _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
     for (int x = 0; x < 4; ++x)
         _mm_storeu_ps(RowAt(dst, dstStep, x), rows[x]);
+#else
+    for (int y = 0; y < 4; ++y) {
+        for (int x = 0; x < 4; ++x)
+            RowAt(dst, dstStep, x)[y] = RowAt(src, srcStep, y)[x];
+    }
+#endif
 }
 
 /// The first @p size of @p src to the same of @p dst, turned.

@@ -1,9 +1,13 @@
 #include "rotate.h"
 
-#include <emmintrin.h>
+#include "vectors.h"
 
 #include <algorithm>
 #include <cmath>
+
+#if VITRELUX_VECTORS
+#include <emmintrin.h>
+#endif
 
 namespace primitives {
 
@@ -28,7 +32,19 @@ void Store(Pixel *to, const Pixel &pixel)
 /// @p to is a multiple of 16.
 void StorePastCache(Pixel *to, const Pixel &pixel)
 {
+#if VITRELUX_VECTORS
     _mm_stream_ps(to->channel, _mm_loadu_ps(pixel.channel));
+#else
+    Store(to, pixel);
+#endif
+}
+
+/// Makes what was written past the caches visible to other threads.
+void FinishStoresPastCache()
+{
+#if VITRELUX_VECTORS
+    _mm_sfence();
+#endif
 }
 
 /// first <= position < end.
@@ -125,7 +141,7 @@ void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, S
     const bool aligned = (reinterpret_cast<std::uintptr_t>(dst) | static_cast<std::uint64_t>(dstStep)) % 16 == 0;
     if (aligned && columns * rows * std::int64_t(sizeof(Pixel)) >= kStreamedBytes) { // sides below 2^31
         MovePixels<StorePastCache>(src, srcStep, dst, dstStep, region, turn);
-        _mm_sfence();
+        FinishStoresPastCache();
     } else {
         MovePixels<Store>(src, srcStep, dst, dstStep, region, turn);
     }

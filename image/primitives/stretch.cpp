@@ -1,11 +1,16 @@
 #include "stretch.h"
 
+#include "vectors.h"
+
 #include <algorithm>
 
+#if VITRELUX_VECTORS
 #include <emmintrin.h>
+#endif
 
 namespace primitives {
 
+#if VITRELUX_VECTORS
 namespace {
 
 __m128i Load(const Ipp8u *from)
@@ -19,6 +24,7 @@ void Store(Ipp8u *to, __m128i value)
 }
 
 } // namespace
+#endif
 
 ColorRange::ColorRange(int channels) : m_channels(channels)
 {
@@ -26,7 +32,8 @@ ColorRange::ColorRange(int channels) : m_channels(channels)
     std::fill_n(m_high, kLanes, Ipp8u(0));
 }
 
-void ColorRange::Add(const Ipp8u *pixels, std::int64_t count)
+#if VITRELUX_VECTORS
+std::int64_t ColorRange::AddVectors(const Ipp8u *pixels, std::int64_t samples)
 {
     constexpr int kVectors = kLanes / 16;
     __m128i low[kVectors], high[kVectors];
@@ -34,7 +41,6 @@ void ColorRange::Add(const Ipp8u *pixels, std::int64_t count)
         low[v] = Load(m_low + 16 * v);
         high[v] = Load(m_high + 16 * v);
     }
-    const std::int64_t samples = count * m_channels;
     std::int64_t i = 0;
     for (; i + kLanes <= samples; i += kLanes) {
         for (int v = 0; v < kVectors; ++v) {
@@ -46,9 +52,22 @@ void ColorRange::Add(const Ipp8u *pixels, std::int64_t count)
         Store(m_low + 16 * v, low[v]);
         Store(m_high + 16 * v, high[v]);
     }
-    for (int lane = 0; lane < samples - i; ++lane) {
-        m_low[lane] = std::min(m_low[lane], pixels[i + lane]);
-        m_high[lane] = std::max(m_high[lane], pixels[i + lane]);
+    return i;
+}
+#else
+std::int64_t ColorRange::AddVectors(const Ipp8u *, std::int64_t)
+{
+    return 0;
+}
+#endif
+
+void ColorRange::Add(const Ipp8u *pixels, std::int64_t count)
+{
+    const std::int64_t samples = count * m_channels;
+    for (std::int64_t i = AddVectors(pixels, samples); i < samples; ++i) {
+        const auto lane = static_cast<int>(i % kLanes);
+        m_low[lane] = std::min(m_low[lane], pixels[i]);
+        m_high[lane] = std::max(m_high[lane], pixels[i]);
     }
 }
 
@@ -117,7 +136,7 @@ void Stretch::FindFactor()
     m_factor = 0;
 }
 
-/// Whole vectors of a row; returns how many samples.
+#if VITRELUX_VECTORS
 std::int64_t Stretch::RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samples) const
 {
     const __m128i low = _mm_set1_epi8(static_cast<char>(m_low)), range = _mm_set1_epi8(static_cast<char>(m_range));
@@ -138,6 +157,12 @@ std::int64_t Stretch::RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samp
     }
     return i;
 }
+#else
+std::int64_t Stretch::RunVectors(const Ipp8u *, Ipp8u *, std::int64_t) const
+{
+    return 0;
+}
+#endif
 
 void Stretch::Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
 {

@@ -17,6 +17,8 @@ public:
 private:
     static constexpr int kLanes = 48; // a whole number of pixels of either kind, and of vectors
 
+    /// Adds whole groups of kLanes samples; returns how many samples, 0 without vector code.
+    std::int64_t AddVectors(const Ipp8u *pixels, std::int64_t samples);
     bool IsColor(int lane) const { return lane % m_channels < 3; }
 
     int m_channels;
@@ -45,6 +47,7 @@ private:
     Ipp8u Multiplied(Ipp8u value) const;
     bool GivesTable() const;
     void FindFactor();
+    /// Whole vectors of a row; returns how many samples, 0 without vector code.
     std::int64_t RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samples) const;
 
     Ipp8u m_table[256];

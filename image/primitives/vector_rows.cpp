@@ -1,8 +1,14 @@
 #include "vector_rows.h"
 
+#include "vectors.h"
+
+#if VITRELUX_VECTORS
 #include <tmmintrin.h>
+#endif
 
 namespace primitives {
+
+#if VITRELUX_VECTORS
 
 namespace {
 
@@ -106,5 +112,29 @@ void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32
         _mm_storeu_ps(dst + 4 * x, _mm_or_ps(_mm_and_ps(_mm_loadu_ps(src + 3 * x), colors), alphas));
     plain::CopyOpaque<Ipp32f, 3>(src + 3 * x, dst + 4 * x, pixels - x, alpha);
 }
+
+#else // the definitions
+
+void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor)
+{
+    plain::FloatToInteger(src, dst, count, low, factor);
+}
+
+void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor)
+{
+    plain::FloatToInteger(src, dst, count, low, factor);
+}
+
+void Rgb8ToGray(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels)
+{
+    plain::RgbToGray<Ipp8u, 3>(src, dst, pixels);
+}
+
+void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32f alpha)
+{
+    plain::CopyOpaque<Ipp32f, 3>(src, dst, pixels, alpha);
+}
+
+#endif
 
 } // namespace primitives

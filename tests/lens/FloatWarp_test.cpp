@@ -71,7 +71,7 @@ private Q_SLOTS:
 void tst_FloatWarp::isThePlainWarp()
 {
     for (int i = 0; i < 6; ++i) {
-        const auto instructions = Instructions(i / 2); // SSE2, AVX2, AVX-512
+        const auto instructions = Instructions(i / 2); // baseline, AVX2, AVX-512
         const Frame frame = i % 2 ? Frame::Turned : Frame::Landscape;
         if (instructions > FloatWarp::BestInstructions())
             QSKIP("the rest not on this processor");

@@ -23,6 +23,9 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
+# The same bits on every processor: no fused multiply-add, which compilers form where the processor has one.
+add_compile_options(-ffp-contract=off)
+
 if(VITRELUX_SCALAR)
     add_compile_definitions(VITRELUX_SCALAR)
 endif()

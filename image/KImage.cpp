@@ -141,7 +141,7 @@ void KImage::ClearBitmap()
         std::memset(m_bitmap->Data, 0, static_cast<size_t>(PixelBytes(*m_bitmap)));
 }
 
-KImage &KImage::operator=(const KImage &other)
+KImage &KImage::operator=(const KImage &other) // NOLINT(bugprone-unhandled-self-assignment): see the header
 {
     FreeBitmap();
     if (!other.m_bitmap)

@@ -29,7 +29,7 @@ template <typename Change> void ChangeColors8(const KImage &source, KImage &targ
     if (IsEmpty(source) || !IsWorkingType(source.type()))
         KThrow(kInvalidBitmap);
     if (&source == &target) {
-        const KImage copy(source);
+        const KImage copy(source); // NOLINT(performance-unnecessary-copy-initialization): the target is the source
         ChangeColors8(copy, target, change);
         return;
     }

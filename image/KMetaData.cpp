@@ -114,7 +114,7 @@ KMetaData::KMetaData(const KMetaData &other)
     *this = other;
 }
 
-KMetaData &KMetaData::operator=(const KMetaData &other)
+KMetaData &KMetaData::operator=(const KMetaData &other) // NOLINT(bugprone-unhandled-self-assignment): every step copies
 {
     SetIccProfile(other.IccProfile());
     SetIptc(other.Iptc());

@@ -9,7 +9,7 @@
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
-#include "metadata/metadata_list.h"
+#include "metadata_list.h"
 
 #include <algorithm>
 

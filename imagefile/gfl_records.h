@@ -229,7 +229,7 @@ struct GFL_METADATA_ITEM {
 
 /// The metadata of a file, for looking up by key: all EXIF with the values of decoded maker notes, in file order, where
 /// a key may come twice; then all XMP; then, for camera raw files, what LibRaw reads by itself
-/// (imagefile/metadata/raw_facts.h), whose Printed is Raw.
+/// (imagefile/raw/raw_facts.h), whose Printed is Raw.
 struct GFL_METADATA_LIST {
     std::uint32_t NumberOfItems;
     GFL_METADATA_ITEM *ItemsList;

@@ -237,6 +237,7 @@ Status OpenExr(const Source &source, ExrLayout *layout)
 // A base address from which OpenEXR reaches the row buffer by the coordinates of the data window, for any y.
 template <class T> T *BaseOf(T *row, int minX, std::size_t pixelBytes)
 {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside of the buffer, where pointers may not point
     return reinterpret_cast<T *>(reinterpret_cast<std::intptr_t>(row) - minX * static_cast<std::intptr_t>(pixelBytes));
 }
 

@@ -3,7 +3,6 @@
 #include "big_tiff_view.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
-#include "raw_facts.h"
 #include "source_io.h"
 
 #include <algorithm>
@@ -176,8 +175,6 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     if (image.get() != nullptr)
         TakeParts(source, *image, metadata);
     AddNotePlace(source, &metadata->exif);
-    if (metadata->exif.empty())
-        metadata->exif = ReadRawFacts(source).exif;
     return source.Check();
 }
 

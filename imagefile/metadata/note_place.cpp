@@ -66,7 +66,7 @@ bool CollectFields(const Bytes &block, std::uint64_t offset, int depth, std::vec
     for (std::size_t i = 0; i < fields.size(); ++i) {
         placed->push_back({fields[i], offset + kClassic.CountBytes() + i * kClassic.FieldBytes()});
         if (IsDirectoryPointer(fields[i].tag)
-            && !CollectFields(block, LittleEndian(fields[i].value.data(), 4), depth + 1, placed))
+            && !CollectFields(block, kClassic.Number(fields[i].value.data(), 4), depth + 1, placed))
             return false;
     }
     return true;
@@ -76,10 +76,10 @@ bool CollectFields(const Bytes &block, std::uint64_t offset, int depth, std::vec
 Bytes WithRoom(const Bytes &block, const std::vector<PlacedField> &placed, std::uint64_t bytes)
 {
     Bytes moved = block;
-    SetNumber(LittleEndian(block.data() + 4, 4) + bytes, 4, &moved);
+    SetNumber(kClassic.Number(block.data() + 4, 4) + bytes, 4, &moved);
     for (const PlacedField &each : placed)
         if (each.IsOffset())
-            SetNumber(LittleEndian(each.field.value.data(), 4) + bytes, each.ValueAt(), &moved);
+            SetNumber(kClassic.Number(each.field.value.data(), 4) + bytes, each.ValueAt(), &moved);
     moved.insert(moved.begin() + kHeaderBytes, bytes, 0);
     return moved;
 }
@@ -221,7 +221,7 @@ Bytes WithNoteAt(const Bytes &block, const Bytes &note, std::uint32_t place)
 {
     std::vector<PlacedField> placed;
     if (block.size() < kHeaderBytes || place < 16
-        || !CollectFields(block, LittleEndian(block.data() + 4, 4), 0, &placed))
+        || !CollectFields(block, kClassic.Number(block.data() + 4, 4), 0, &placed))
         return {};
     const auto entry = std::find_if(placed.begin(), placed.end(),
                                     [](const PlacedField &each) { return each.field.tag == kMakerNote; });

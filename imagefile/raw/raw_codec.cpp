@@ -1,6 +1,8 @@
 // Camera raw by LibRaw: the format's face. The work stands in raw_file.cpp.
 #include "raw_codec.h"
 
+#include "raw_facts.h"
+
 #include "metadata/metadata.h"
 
 #include "tiff/tiff_handle.h"
@@ -90,7 +92,10 @@ public:
 
     Status ReadMetadata(const Source &source, Metadata *metadata) const override
     {
-        return ReadExiv2Metadata(source, metadata);
+        const Status status = ReadExiv2Metadata(source, metadata);
+        if (status && metadata->exif.empty())
+            metadata->exif = ReadRawFacts(source).exif;
+        return status;
     }
 
     Status Write(const GFL_BITMAP &, const SaveOptions &, Sink *) const override

@@ -1,7 +1,8 @@
 #include "metadata_list.h"
 
 #include "core/allocator.h"
-#include "raw_facts.h"
+#include "formats.h"
+#include "raw/raw_facts.h"
 
 #include <algorithm>
 #include <clocale>
@@ -127,18 +128,27 @@ void AddXmp(const Bytes &packet, std::vector<Item> *to)
             ToUtf8(datum.key()), datum.value(), [&](std::ostream &stream) { datum.write(stream); }, to);
 }
 
+bool IsRaw(const Source &source)
+{
+    const Codec *codec = nullptr;
+    std::int32_t index = 0;
+    return FindCodec(source, &codec, &index) && codec == &RawCodec();
+}
+
 } // namespace
 
 GFL_METADATA_LIST *MetadataList(const Source &source)
 {
     const EnglishThread english;
-    const Metadata metadata = ReadMetadata(source);
+    Metadata metadata;
+    (void)ReadMetadata(source, &metadata); // what was read before an error counts
     std::vector<Item> items;
     AddExif(metadata.exif, &items);
     if (!metadata.xmp.empty())
         AddXmp(metadata.xmp, &items);
-    for (const auto &[key, text] : ReadRawFacts(source).fields)
-        items.push_back({key, ToUtf8(text), ToUtf8(text)});
+    if (IsRaw(source))
+        for (const auto &[key, text] : ReadRawFacts(source).fields)
+            items.push_back({key, ToUtf8(text), ToUtf8(text)});
 
     Owned<GFL_METADATA_LIST> list(NewZeroed<GFL_METADATA_LIST>(), gflFreeMetadataList);
     list->ItemsList = NewZeroed<GFL_METADATA_ITEM>(items.size() + 1);

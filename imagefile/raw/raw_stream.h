@@ -1,7 +1,7 @@
 // LibRaw's view on a Source.
 #pragma once
 
-#include "source.h"
+#include "core/source.h"
 
 #include <libraw/libraw.h>
 

@@ -17,7 +17,7 @@ struct RawFacts {
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-/// Reads the headers of a camera raw file; empty for other files and for damaged ones. Throws std::bad_alloc and
+/// Reads the headers of a camera raw file; empty for a damaged one. For files that the raw codec recognizes. Throws std::bad_alloc and
 /// Exiv2::AnyError.
 RawFacts ReadRawFacts(const Source &source);
 

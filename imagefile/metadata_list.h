@@ -1,7 +1,7 @@
 // All metadata of a picture as one flat list, for code that looks for facts by name.
 #pragma once
 
-#include "metadata.h"
+#include "metadata/metadata.h"
 
 namespace imagefile {
 

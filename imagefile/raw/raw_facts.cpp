@@ -2,7 +2,7 @@
 
 #include "core/codec.h"
 #include "core/decimal.h"
-#include "core/raw_stream.h"
+#include "raw_stream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -171,20 +171,11 @@ void AddAll(const libraw_data_t &raw, Builder *to)
     AddLens(raw.lens, to);
 }
 
-bool IsRaw(const Source &source)
-{
-    const Codec *codec = nullptr;
-    std::int32_t index = 0;
-    return FindCodec(source, &codec, &index) && codec == &RawCodec();
-}
-
 } // namespace
 
 RawFacts ReadRawFacts(const Source &source)
 {
     RawFacts facts;
-    if (!IsRaw(source))
-        return facts;
     RawStream stream(source);
     const auto raw = std::make_unique<LibRaw>(LIBRAW_OPIONS_NO_MEMERR_CALLBACK | LIBRAW_OPIONS_NO_DATAERR_CALLBACK);
     if (raw->open_datastream(&stream) != LIBRAW_SUCCESS)

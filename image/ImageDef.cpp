@@ -34,9 +34,8 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Whether the pixels are of a kind that isn't served. Photoshop's own are, as the image-file layer delivers them in
-/// RGB.
-bool IsRefused(const QString &path, const GFL_FILE_INFORMATION &information)
+/// Why the pixels are of a kind that isn't served. Photoshop's own are, as the image-file layer delivers them in RGB.
+RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
     const QString description = QString::fromLatin1(information.Description);
     const auto isDescribedAs = [&](const char *kind) {
@@ -44,16 +43,22 @@ bool IsRefused(const QString &path, const GFL_FILE_INFORMATION &information)
     };
     const int channels = information.ComponentsPerPixel;
     const bool isPhotoshop = EndsWithOneOf(path, {QStringLiteral("psb"), QStringLiteral("psd")});
-    const bool isSuspect = information.ColorModel == GFL_CM_LAB || isDescribedAs("LAB")
-        || information.ColorModel == GFL_CM_CMYK || isDescribedAs("CMYK")
-        || (channels != 3 && channels != 4 && !isPhotoshop) || description == QLatin1String("TIFF tiled");
-    if (!isSuspect)
-        return false;
+    const std::pair<bool, RefusalReason::Kind> suspicions[] = {
+        {information.ColorModel == GFL_CM_LAB || isDescribedAs("LAB"), RefusalReason::Lab},
+        {information.ColorModel == GFL_CM_CMYK || isDescribedAs("CMYK"), RefusalReason::Cmyk},
+        {channels != 3 && channels != 4 && !isPhotoshop, RefusalReason::OtherChannels},
+        {description == QLatin1String("TIFF tiled"), RefusalReason::Tiled},
+    };
+    const auto suspicion =
+        std::find_if(std::begin(suspicions), std::end(suspicions), [](auto &row) { return row.first; });
+    if (suspicion == std::end(suspicions))
+        return RefusalReason::None;
     if (channels == 1) {
         AppendErrorMessage(QFileInfo(path).fileName() + ImageDef::tr(": gray pictures are not supported.")
                            + QLatin1Char('\n'));
+        return RefusalReason::Gray;
     }
-    return !(isPhotoshop && channels >= 3);
+    return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
 /// Reads what the description needs of a file: its head, and a record with its metadata that has pixels only if a
@@ -207,25 +212,45 @@ bool ImageDef::ApplyExifMode()
 
 bool ImageDef::CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail)
 {
-    out = nullptr;
-    try {
-        out = Describe(path, withThumbnail).release();
-    } catch (const KException &) {
-    } catch (const std::exception &) {
-    }
+    RefusalReason reason;
+    out = TryToDescribe(path, withThumbnail, &reason).release();
     return out != nullptr;
 }
 
-/// @return null for a file that can't be read or isn't served.
-std::unique_ptr<ImageDef> ImageDef::Describe(const QString &path, bool withThumbnail)
+/// @return null, with @p reason filled, for a file that can't be read or isn't served.
+std::unique_ptr<ImageDef> ImageDef::TryToDescribe(const QString &path, bool withThumbnail, RefusalReason *reason)
+{
+    try {
+        return Describe(path, withThumbnail, reason);
+    } catch (const KException &e) {
+        reason->text = e.what();
+    } catch (const std::bad_alloc &) {
+        reason->text = QStringLiteral("Not enough memory");
+    } catch (const std::exception &e) {
+        reason->text = QString::fromUtf8(e.what());
+    }
+    reason->kind = RefusalReason::Failed;
+    return nullptr;
+}
+
+std::unique_ptr<ImageDef> ImageDef::Describe(const QString &path, bool withThumbnail, RefusalReason *reason)
 {
     g_Cameras.Initialize();
     g_Lenses.Initialize();
-    if (EndsWithOneOf(path, Settings().thumbnailExtensions))
+    if (EndsWithOneOf(path, Settings().thumbnailExtensions)) {
+        reason->kind = RefusalReason::Companion;
         return nullptr;
+    }
     FileInformation information;
     KImage loaded; // owns the record
-    if (!ReadHead(path, withThumbnail, &information, &loaded.m_bitmap) || IsRefused(path, information))
+    if (!ReadHead(path, withThumbnail, &information, &loaded.m_bitmap)) {
+        reason->kind = RefusalReason::Unread;
+        reason->text = QString::fromUtf8(gflLastErrorText());
+        return nullptr;
+    }
+    reason->channels = information.ComponentsPerPixel;
+    reason->kind = KindOfRefusal(path, information);
+    if (reason->kind != RefusalReason::None)
         return nullptr;
 
     auto image = std::make_unique<ImageDef>();
@@ -319,10 +344,20 @@ QString ImageDef::IdOf(const QString &path)
 
 bool ImageDef::IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail)
 {
+    RefusalReason reason;
+    return IsAPicture(path, out, withThumbnail, &reason);
+}
+
+bool ImageDef::IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail, RefusalReason *reason)
+{
     KImageCache &cache = KImageCache::Instance();
+    *reason = RefusalReason();
     out = Find(path);
-    if (out || !CreateAPicture(path, out, withThumbnail))
-        return out != nullptr;
+    if (out)
+        return true;
+    out = TryToDescribe(path, withThumbnail, reason).release();
+    if (!out)
+        return false;
     std::unique_ptr<ImageDef> surplus; // if another thread has described the same file meanwhile
     const CacheLocker locker(cache.m_mutex);
     ImageDef *const inCache = cache.FindOrMake(out)->m_def;

@@ -13,6 +13,24 @@
 #include <atomic>
 #include <memory>
 
+/// Why a file has no description.
+struct RefusalReason {
+    enum Kind {
+        None,
+        Unread,    // the image-file layer can't read it: see text
+        Companion, // its name ends as those of files that accompany pictures do
+        Gray,
+        Lab,
+        Cmyk,
+        OtherChannels, // see channels
+        Tiled,         // TIFF
+        Failed,        // by an exception: see text
+    };
+    Kind kind = None;
+    int channels = 0;
+    QString text; // in English
+};
+
 /// Made by CreateAPicture alone, from the head and the metadata of a file; whole folders are described cheaply. Pixels
 /// live in the image cache and are lent from there.
 ///
@@ -47,6 +65,8 @@ public:
     static bool IsAPicture(const QString &path);
     /// The image of that path in the cache, or a new one, which is put there. False, and null, if there is none.
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
+    /// As above; @p reason says why there is none.
+    static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail, RefusalReason *reason);
     /// The image of that path in the cache, or null.
     static ImageDef *Find(const QString &path);
     /// Takes an image out of the cache and destroys it. Pixels of it that are still lent stay until the kernel stops.
@@ -139,7 +159,8 @@ public:
     QString m_id;                                 // IdOf(m_fileName)
 
 private:
-    static std::unique_ptr<ImageDef> Describe(const QString &path, bool withThumbnail);
+    static std::unique_ptr<ImageDef> TryToDescribe(const QString &path, bool withThumbnail, RefusalReason *reason);
+    static std::unique_ptr<ImageDef> Describe(const QString &path, bool withThumbnail, RefusalReason *reason);
     void Init();
     bool ApplyExifMode();
     void SetThumbnails(KImage &loaded);

@@ -54,13 +54,18 @@ QString FormatName(const QString &format)
     return name;
 }
 
-/// Tries to say by the disk why a save failed; returns if the disk is not to blame. The check leaves an empty file
-/// where none was: that one goes again.
+/// Tries to say by the disk why a save failed, to be called right after it; returns if the disk is not to blame.
+/// The check leaves an empty file where none was: that one goes again.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
+    const QString reason = QString::fromUtf8(gflLastErrorText());
     const bool existed = QFile::exists(fileName);
     const qint64 bytes = static_cast<qint64>(bitmap.Width) * bitmap.Height * bitmap.BytesPerPixel;
-    CheckAndThrowForDiskSpace(fileName, bytes, where);
+    try {
+        CheckAndThrowForDiskSpace(fileName, bytes, where);
+    } catch (const KException &e) {
+        throw KFileException(e.what(), where, e.what() + QLatin1String(": ") + reason);
+    }
     if (!existed && QFileInfo(fileName).size() == 0) // not what somebody else put there meanwhile
         QFile::remove(fileName);
 }
@@ -349,5 +354,5 @@ void KImage::CheckIfGFLError(int error, QString fileName, QString where)
         message += QLatin1Char('\n')
             + QCoreApplication::translate("KException", "File : \"%1\"").arg(QFileInfo(fileName).absoluteFilePath());
     }
-    throw KException(message, where);
+    throw KFileException(message, where, QString::fromUtf8(gflLastErrorText()));
 }

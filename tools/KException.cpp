@@ -6,6 +6,13 @@ KException::KException(const QString &what, const QString &where) : m_where(wher
 
 KException::~KException() = default;
 
+KFileException::KFileException(const QString &what, const QString &where, const QString &reason)
+    : KException(what, where), m_reason(reason)
+{
+}
+
+KFileException::~KFileException() = default;
+
 QString KPlace(const char *file, int line)
 {
     const QString name = QFileInfo(QString::fromUtf8(file)).completeBaseName();

@@ -18,6 +18,20 @@ private:
     QString m_what;
 };
 
+/// A failure that the image-file layer reported. Its message names only the error number, or what a check of the disk
+/// found.
+class __attribute__((visibility("default"))) KFileException : public KException {
+public:
+    /// @param reason  the layer's own words, in English: what was read, expected, found.
+    KFileException(const QString &what, const QString &where, const QString &reason);
+    ~KFileException();
+
+    QString Reason() const { return m_reason; }
+
+private:
+    QString m_reason;
+};
+
 /// The place of a throw: `File: "KImage" Line: 262`, with the source file's name without folder and suffix.
 /// Without arguments it names the line of the call.
 QString KPlace(const char *file = __builtin_FILE(), int line = __builtin_LINE());

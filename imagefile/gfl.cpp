@@ -194,6 +194,12 @@ std::int32_t gflGetFormatIndexByName(const char *name)
     return -1;
 }
 
+const char *gflGetFormatNameByIndex(std::int32_t index)
+{
+    const Codec *codec = CodecAt(index);
+    return codec ? codec->Name() : nullptr;
+}
+
 bool gflHasGoodExtension(const char *suffix)
 {
     const std::string wanted = suffix ? LowerCaseSuffix(suffix) : std::string();

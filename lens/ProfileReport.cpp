@@ -133,15 +133,23 @@ struct ModelInfo {
     const char *name;
     LensParam newLCP::*member;
     ModelRole role;
+    const char *tag; // of its element in the distortion model's; null: that one itself
 };
 
 const ModelInfo kModels[] = {
-    {"distortion", &newLCP::distortionModel, ModelRole::Warp},
-    {"green", &newLCP::greenModel, ModelRole::Warp},
-    {"red against green", &newLCP::redGreenModel, ModelRole::Shift},
-    {"blue against green", &newLCP::blueGreenModel, ModelRole::Shift},
-    {"vignette", &newLCP::vignetteModel, ModelRole::Gain},
+    {"distortion", &newLCP::distortionModel, ModelRole::Warp, nullptr},
+    {"green", &newLCP::greenModel, ModelRole::Warp, "stCamera:ChromaticGreenModel"},
+    {"red against green", &newLCP::redGreenModel, ModelRole::Shift, "stCamera:ChromaticRedGreenModel"},
+    {"blue against green", &newLCP::blueGreenModel, ModelRole::Shift, "stCamera:ChromaticBlueGreenModel"},
+    {"vignette", &newLCP::vignetteModel, ModelRole::Gain, "stCamera:VignetteModel"},
 };
+
+/// Whether the file says where the model's center lies. newLCP reads a missing one as the top left corner.
+bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
+{
+    const QDomElement element = info.tag ? modelElement.lastChildElement(QLatin1String(info.tag)) : modelElement;
+    return ChildNumber(element, "stCamera:ImageXCenter") && ChildNumber(element, "stCamera:ImageYCenter");
+}
 
 /// Whether every position or gain by the model can be a number.
 bool HasWholeValues(const LensParam &model, ModelRole role)
@@ -157,13 +165,16 @@ bool HasWholeValues(const LensParam &model, ModelRole role)
 }
 
 /// Why correcting by a model would spoil the picture; empty if it wouldn't.
-QString Flaw(const newLCP &lcp, const ModelInfo &info)
+QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelElement)
 {
     const LensParam &model = lcp.*info.member;
     if (!model.found)
         return QString();
     if (!HasWholeValues(model, info.role))
         return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
+    if (!HasCenter(modelElement, info))
+        return QStringLiteral(
+            "the center (ImageXCenter, ImageYCenter) is missing or no number; correcting by it spoils the picture");
     const int count = model.coefficients.size();
     if (info.role != ModelRole::Warp || lcp.modelKind == 0 || count == 1 || count == 2)
         return QString();
@@ -172,13 +183,13 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info)
         .arg(count);
 }
 
-void DescribeModels(const newLCP &lcp, ProfileReport &report)
+void DescribeModels(const newLCP &lcp, const QDomElement &modelElement, ProfileReport &report)
 {
     report.fisheye = lcp.modelKind != 0;
     report.imageWidth = lcp.imageWidth;
     report.imageLength = lcp.imageLength;
     for (const ModelInfo &info : kModels)
-        report.models.append({QLatin1String(info.name), lcp.*info.member, Flaw(lcp, info)});
+        report.models.append({QLatin1String(info.name), lcp.*info.member, Flaw(lcp, info, modelElement)});
 }
 
 // --- What its user might not expect ---
@@ -194,14 +205,13 @@ QString NoteOnCoefficients(int count, ModelRole role, bool fisheye)
         : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
 }
 
-void NoteModel(const newLCP &lcp, const ModelInfo &info, QStringList &notes)
+void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QStringList &notes)
 {
     const LensParam &model = lcp.*info.member;
     if (!model.found)
         return;
     const QString prefix = QLatin1String(info.name) + QStringLiteral(" model: ");
-    for (const QString &note :
-         {Flaw(lcp, info), NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0)}) {
+    for (const QString &note : {flaw, NoteOnCoefficients(model.coefficients.size(), info.role, lcp.modelKind != 0)}) {
         if (!note.isEmpty())
             notes << prefix + note;
     }
@@ -225,8 +235,8 @@ void AddNotes(const newLCP &lcp, const QDomElement &modelElement, ProfileReport 
     const QString tag = modelElement.tagName();
     if (tag != QLatin1String("stCamera:PerspectiveModel") && tag != QLatin1String("stCamera:FisheyeModel"))
         report.notes << QStringLiteral("model of an unknown kind, %1, read as perspective").arg(Named(modelElement));
-    for (const ModelInfo &info : kModels)
-        NoteModel(lcp, info, report.notes);
+    for (int i = 0; i < report.models.size(); ++i)
+        NoteModel(lcp, kModels[i], report.models[i].flaw, report.notes);
     NoteMissingModels(lcp, report.notes);
 }
 
@@ -241,7 +251,7 @@ QString DescribeDocument(const QDomElement &root, ProfileReport &report)
     const newLCP lcp(root, hasModel);
     if (!hasModel)
         return WhyNoModel(entry);
-    DescribeModels(lcp, report);
+    DescribeModels(lcp, ModelElement(entry), report);
     QString why = WhyNoSize(entry, "stCamera:ImageWidth", lcp.imageWidth);
     if (why.isEmpty())
         why = WhyNoSize(entry, "stCamera:ImageLength", lcp.imageLength);

@@ -1,4 +1,6 @@
 // The program vitrelux: corrects photographs through the plug-in, from the command line or in a window.
+#include "app/FileNames.h"
+#include "app/PictureRun.h"
 #include "command/CommandLine.h"
 #include "command/Console.h"
 #include "command/CorrectCommand.h"
@@ -10,6 +12,12 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -42,6 +50,80 @@ int Run(const CommandLine &line, Console *console)
     return kUsageError;
 }
 
+/// Names of files and folders that stand on the command line.
+QStringList NamesIn(const CommandLine &line)
+{
+    QStringList names = line.correct.files + line.info.files + line.profiles + line.wizard.files;
+    for (const QString &name :
+         {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
+          line.info.lensPath, line.info.plugin, line.wizard.lensPath, line.wizard.plugin}) {
+        if (!name.isEmpty())
+            names << name;
+    }
+    return names;
+}
+
+int RunChecked(const CommandLine &line, Console *console)
+{
+    for (const QString &name : NamesIn(line)) {
+        if (!LacksCurrentFolder(name))
+            continue;
+        console->Failure(name, QStringLiteral("lies in the current folder, which does not exist any more"));
+        return kSomeFailed;
+    }
+    return Run(line, console);
+}
+
+/// A program may be started without standard streams. The first files that it opened would take their numbers, and
+/// what it prints would end up in pictures. Here each gets a file that refuses to be read or written, as none does.
+void OccupyStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1 && open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream)
+            std::_Exit(kSomeFailed);
+    }
+}
+
+/// Where an exception may not pass, as in slots of Qt's. Any other one than lack of memory is a fault of ours, to be
+/// looked into.
+[[noreturn]] void EndWithoutMemory() noexcept
+{
+    try {
+        if (std::current_exception())
+            std::rethrow_exception(std::current_exception());
+    } catch (const std::bad_alloc &) {
+        std::fputs("vitrelux: not enough memory\n", stderr);
+        std::_Exit(kSomeFailed);
+    } catch (...) {
+    }
+    std::abort();
+}
+
+/// Runs before the constructors of static objects, which take memory and may open files.
+[[gnu::constructor(101)]] void PrepareProcess()
+{
+    OccupyStandardStreams();
+    std::set_terminate(EndWithoutMemory);
+}
+
+/// @return an exit code. Nothing is thrown.
+int RunGuarded(int argc, char **argv)
+{
+    try {
+        Console console;
+        const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);
+        if (!std::ferror(stdout))
+            return result;
+        // What a script waits for is missing.
+        console.Failure(QString(), QStringLiteral("cannot write to standard output"));
+    } catch (const std::bad_alloc &) { // first: the words for others take memory
+        std::fputs("vitrelux: not enough memory\n", stderr);
+    } catch (...) {
+        std::fprintf(stderr, "vitrelux: %s\n", qUtf8Printable(OneLine(TextOfCurrentException())));
+    }
+    return kSomeFailed;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -50,11 +132,5 @@ int main(int argc, char **argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     // A limit on file sizes is then an error of one picture and not the end of the program.
     std::signal(SIGXFSZ, SIG_IGN);
-
-    Console console;
-    const int result = Run(ParseCommandLine(ReadArguments(argc, argv)), &console);
-    if (!std::ferror(stdout))
-        return result;
-    console.Failure(QString(), QStringLiteral("cannot write to standard output")); // what a script waits for is missing
-    return kSomeFailed;
+    return RunGuarded(argc, argv);
 }

@@ -1,7 +1,10 @@
 #include "HostApplication.h"
 
+#include "FileNames.h"
+#include "KException.h"
 #include "KImage.h"
 #include "PictureProblem.h"
+#include "SettingsFiles.h"
 #include "analytics/KAnalyticsManager.h"
 
 #include <QDir>
@@ -9,6 +12,8 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -60,9 +65,34 @@ void StartKernels()
     KImage::init(nullptr);
 }
 
-QString AbsoluteName(const QString &fileName)
+/// The description of a file that isn't a picture: of size 0, and it lends nothing. The kernel's own way of lending
+/// would put it into the image cache, which would own it too.
+class StandIn : public ImageDef {
+public:
+    StandIn(const QString &path, const QString &problem) : m_problem(problem)
+    {
+        m_fileName = path;
+        m_id = IdOf(path);
+    }
+    KImage *Lock(int, int, bool) override { throw KException(m_problem, KPlace()); }
+    KImage *LockFullSize(bool) override { return Lock(0, 0, true); }
+    void Unlock(int, int, bool) override { }
+    void UnlockFullSize(bool) override { }
+
+private:
+    const QString m_problem;
+};
+
+const QLatin1String kOrganization("Brelt");
+const QLatin1String kApplication("vitrelux");
+
+/// @return what is wrong with the settings files, which are then passed over.
+QString CheckSettings()
 {
-    return QDir::cleanPath(QDir().absoluteFilePath(fileName));
+    const QString problem = SettingsProblem(kOrganization, kApplication);
+    if (!problem.isEmpty())
+        PassOverSettingsFiles();
+    return problem;
 }
 
 QString SettingPath(const QString &uid, const QString &key)
@@ -73,10 +103,16 @@ QString SettingPath(const QString &uid, const QString &key)
 QtMessageHandler g_otherMessages;
 
 /// Qt complains at every start about a session's run-time folder that is missing or another user's, as under cron and
-/// sudo. Nothing here uses it.
-void LeaveOutSessionWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
+/// sudo. Nothing here uses it. Of other complaints, such as one per damaged line of a file, the first ones will do.
+void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    if (!text.startsWith(QLatin1String("QStandardPaths: ")))
+    constexpr int kMostMessages = 20;
+    static std::atomic<int> count{0};
+    if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
+        return;
+    if (++count == kMostMessages)
+        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are left out"));
+    else
         g_otherMessages(type, context, text);
 }
 
@@ -84,7 +120,7 @@ void LeaveOutSessionWarnings(QtMsgType type, const QMessageLogContext &context, 
 void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))
-        return LeaveOutSessionWarnings(type, context, text);
+        return LeaveOutIdleWarnings(type, context, text);
     std::fputs("vitrelux: cannot show a window: the display cannot be reached\n", stderr);
     std::_Exit(1);
 }
@@ -93,7 +129,7 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 
 void ChooseDisplayless()
 {
-    g_otherMessages = qInstallMessageHandler(LeaveOutSessionWarnings);
+    g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
     // Set even where the session names a platform: that of a desktop aborts the program when no display can be reached,
     // as over a remote shell.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -117,10 +153,12 @@ QString ChooseDisplay()
 
 HostApplication::HostApplication(int &argc, char **argv)
     : QApplication(argc, argv),
-      m_settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Brelt"), QStringLiteral("vitrelux"))
+      m_settingsProblem(CheckSettings()),
+      m_settings(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication)
 {
-    setOrganizationName(QStringLiteral("Brelt"));
-    setApplicationName(QStringLiteral("vitrelux"));
+    std::setlocale(LC_MESSAGES, "C"); // texts of system errors, too, are English until windows are translated
+    setOrganizationName(kOrganization);
+    setApplicationName(kApplication);
     setApplicationVersion(QStringLiteral(VITRELUX_VERSION));
     Q_INIT_RESOURCE(vitreluxTranslations);
     StartKernels();
@@ -153,11 +191,14 @@ QLocale HostApplication::Locale()
 
 void HostApplication::LoadTranslator(QString fileName)
 {
-    Install(QLatin1String(":/Translation/") + fileName);
+    if (m_speaksUsersLanguage)
+        Install(QLatin1String(":/Translation/") + fileName);
 }
 
 void HostApplication::TranslateWindows()
 {
+    m_speaksUsersLanguage = true;
+    std::setlocale(LC_MESSAGES, "");
     LoadTranslator(QStringLiteral("vitrelux_en.qm")); // the plurals, wherever the next one has nothing
     LoadTranslator(QStringLiteral("vitrelux_%1.qm").arg(Locale().name()));
     Install(
@@ -191,20 +232,19 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 
 HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
-    const QString path = AbsoluteName(fileName);
+    const QString path = AbsolutePath(fileName);
     const QMutexLocker locker(&m_mutex);
     Picture &picture = m_pictures[path];
     if (picture.image)
         return picture;
     ImageDef *image = nullptr;
-    picture.problem = ReadingProblem(path);
-    if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails))
-        picture.problem = RefusalReason(path);
+    picture.problem = FileProblem(path);
+    RefusalReason reason;
+    if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails, &reason))
+        picture.problem = TextOf(reason, path);
     if (!image) {
-        picture.standIn = std::make_shared<ImageDef>();
+        picture.standIn = std::make_shared<StandIn>(path, picture.problem);
         image = picture.standIn.get();
-        image->m_fileName = path;
-        image->m_id = ImageDef::IdOf(path);
     }
     picture.image = image;
     return picture;
@@ -236,7 +276,7 @@ HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdap
 
 void HostApplication::Forget(const QString &fileName)
 {
-    const QString path = AbsoluteName(fileName);
+    const QString path = AbsolutePath(fileName);
     const QMutexLocker locker(&m_mutex);
     ImageDef::Delete(path);
     m_pictures.erase(path);

@@ -45,7 +45,8 @@ public:
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;
-    /// Looks for ":/Translation/FILENAME".
+    /// Looks for ":/Translation/FILENAME"; does nothing before TranslateWindows, or a plug-in would translate the texts
+    /// that the command line prints.
     void LoadTranslator(QString fileName) override;
     /// Never null: a file that isn't a picture has a description of size 0. Files are told apart by their absolute
     /// names.
@@ -73,7 +74,10 @@ public:
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// What the program itself remembers; plug-ins have their own by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
-    /// Makes the program's own texts, and Qt's, speak the user's language. Commands without windows speak English.
+    /// Why settings files are passed over, in one line; empty if they aren't.
+    QString SettingsProblem() const { return m_settingsProblem; }
+    /// Translates the program's own texts, and Qt's, into the user's language. To be called before plug-ins are loaded.
+    /// Commands without windows speak English.
     void TranslateWindows();
 
 private:
@@ -86,11 +90,13 @@ private:
     Picture Describe(const QString &fileName);
     void Install(const QString &translation);
 
+    QString m_settingsProblem;
     QSettings m_settings;
     QMutex m_mutex;                                // of the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_lentInstead; // not owned
     SettingAdapter m_adapt;
     bool m_makesThumbnails = false;
+    bool m_speaksUsersLanguage = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;
 };

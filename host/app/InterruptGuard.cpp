@@ -1,6 +1,6 @@
 #include "InterruptGuard.h"
 
-#include <QDir>
+#include "PrivateFolder.h"
 
 #include <system_error>
 
@@ -13,15 +13,20 @@ namespace {
 void RemoveForGood(const QString &folder)
 {
     constexpr int kAttempts = 100;
-    for (int i = 0; i < kAttempts && !QDir(folder).removeRecursively(); ++i)
+    QString why = RemoveFolder(folder);
+    for (int i = 1; i < kAttempts && !why.isEmpty(); ++i) {
         usleep(1000);
+        why = RemoveFolder(folder);
+    }
+    if (!why.isEmpty())
+        TellNotRemoved(folder, why);
 }
 
 sigset_t SignalsNotIgnored()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    for (int number : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
         struct sigaction current;
         if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
             sigaddset(&signals, number);

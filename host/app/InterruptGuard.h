@@ -9,9 +9,12 @@
 #include <mutex>
 #include <thread>
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP first remove the protected folders and then end the program as they
-/// always do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made
+/// While it lives, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end the program as
+/// they always do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made
 /// before any other thread: threads inherit the signal mask that it sets. One at a time.
+///
+/// SIGPIPE is for the thread that wrote, which has it blocked and only sees EPIPE: it has to send the signal to the
+/// process.
 class InterruptGuard {
 public:
     InterruptGuard();

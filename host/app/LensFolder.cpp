@@ -1,6 +1,6 @@
 #include "LensFolder.h"
 
-#include "InterruptGuard.h"
+#include "FileNames.h"
 
 #include <QDir>
 
@@ -11,28 +11,26 @@ const QLatin1String kPlace("/profiles");
 } // namespace
 
 LensFolder::LensFolder(const QString &folder, InterruptGuard *guard)
-    : m_folder(QDir::cleanPath(QDir().absoluteFilePath(folder))), m_guard(guard)
+    : m_folder(AbsolutePath(folder)), m_place(QDir::tempPath(), guard)
 {
-    m_guard->Protect([this] {
-        m_place = std::make_unique<QTemporaryDir>();
-        return m_place->path();
-    });
-    if (!m_place->isValid())
+    if (!m_place.Problem().isEmpty())
         return;
-    QFile::link(m_folder, m_place->path() + kPlace);
+    QFile::link(m_folder, m_place.Path() + kPlace);
     const QStringList brands = QDir(m_folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &brand : brands)
-        QFile::link(m_folder + QLatin1Char('/') + brand, m_place->path() + kPlace + QLatin1Char('\\') + brand);
+        QFile::link(m_folder + QLatin1Char('/') + brand, m_place.Path() + kPlace + QLatin1Char('\\') + brand);
 }
 
-LensFolder::~LensFolder()
+QString LensFolder::Problem() const
 {
-    const QString path = m_place->path();
-    m_place->remove();
-    m_guard->Release(path);
+    return m_place.Problem().isEmpty()
+        ? QString()
+        : QStringLiteral("profiles cannot be looked up, a temporary folder cannot be made "
+                         "in \"%1\": %2")
+              .arg(QDir::tempPath(), m_place.Problem());
 }
 
 QString LensFolder::Place() const
 {
-    return m_place->isValid() ? m_place->path() + kPlace : QString();
+    return m_place.Problem().isEmpty() ? m_place.Path() + kPlace : QString();
 }

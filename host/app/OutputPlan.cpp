@@ -1,5 +1,7 @@
 #include "OutputPlan.h"
 
+#include "FileNames.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -17,11 +19,10 @@ QString CanonicalName(const QString &path)
 /// folder goes by its canonical name, or another file than the one named would be taken.
 QString AbsoluteName(const QString &file)
 {
-    const QFileInfo named(QDir().absoluteFilePath(file));
+    const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
     const QFileInfo clean(QDir::cleanPath(named.filePath()));
     const QString folder = named.canonicalPath();
-    return folder.isEmpty() || folder == clean.canonicalPath() ? clean.filePath()
-                                                               : QDir(folder).filePath(named.fileName());
+    return folder.isEmpty() || folder == clean.canonicalPath() ? clean.filePath() : Joined(folder, named.fileName());
 }
 
 PlannedPicture PlanOne(const QString &file, const QString &outputFolder)
@@ -31,7 +32,7 @@ PlannedPicture PlanOne(const QString &file, const QString &outputFolder)
     planned.asNamed = file;
     planned.picture = info.filePath();
     planned.outputFolder = outputFolder.isEmpty() ? info.path() : AbsoluteName(outputFolder);
-    planned.output = QDir(planned.outputFolder).filePath(info.completeBaseName() + QLatin1String("_corrected.tiff"));
+    planned.output = Joined(planned.outputFolder, info.completeBaseName() + QLatin1String("_corrected.tiff"));
     return planned;
 }
 

@@ -7,6 +7,7 @@
 #include <QJsonArray>
 
 #include <cmath>
+#include <cstring>
 #include <ctime>
 #include <memory>
 
@@ -22,6 +23,61 @@ double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
 }
+
+constexpr quint32 kGpsLatitudeRef = 1, kGpsLatitude = 2, kGpsStatus = 9;
+
+/// The file's EXIF itself, for what the record of a picture doesn't tell.
+class FileExif {
+public:
+    explicit FileExif(const QString &path)
+        : m_texts(gflLoadEXIFUTF8(path.toUtf8().constData(), 1), gflFreeEXIF),
+          m_values(gflLoadEXIF2UTF8(path.toUtf8().constData(), 1), gflFreeEXIF2)
+    {
+    }
+
+    /// Of an entry of the picture itself, not of its GPS block.
+    bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
+    /// A number or fraction; 0 without one.
+    double Number(quint32 tag) const
+    {
+        const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/false);
+        const QStringList parts = QString::fromUtf8(entry ? entry->Value : "").split(QLatin1Char('/'));
+        const double number = parts.size() == 2 ? parts[0].toDouble() / parts[1].toDouble() : parts[0].toDouble();
+        return std::isfinite(number) ? number : 0.0;
+    }
+    QString GpsText(quint32 tag) const
+    {
+        const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/true);
+        return QString::fromUtf8(entry ? entry->Value : "").trimmed();
+    }
+    /// Whether the first fraction of a GPS entry isn't over zero, which its text would show as 0.
+    bool IsGpsNumber(quint32 tag) const
+    {
+        constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
+        for (const GFL_EXIF_ENTRYEX *entry = m_values ? m_values->Root : nullptr; entry; entry = entry->Next) {
+            quint32 under = 0;
+            if (entry->Block != GFL_EXIF_GPS || entry->Tag != tag || entry->Length < kFraction)
+                continue;
+            std::memcpy(&under, entry->Data + kUnder, sizeof under);
+            return under != 0;
+        }
+        return false;
+    }
+
+private:
+    const GFL_EXIF_ENTRY *Find(quint32 tag, bool ofGps) const
+    {
+        for (quint32 i = 0; m_texts && i < m_texts->NumberOfItems; ++i) {
+            const GFL_EXIF_ENTRY &entry = m_texts->ItemsList[i];
+            if (entry.Tag == tag && (entry.Flag == GFL_EXIF_GPS) == ofGps && entry.Value)
+                return &entry;
+        }
+        return nullptr;
+    }
+
+    std::unique_ptr<GFL_EXIF_DATA, void (*)(GFL_EXIF_DATA *)> m_texts;
+    std::unique_ptr<GFL_EXIF_DATAEX, void (*)(GFL_EXIF_DATAEX *)> m_values;
+};
 
 /// Describes a picture the way the image kernel does. Kinds that the kernel's lists refuse, such as grey ones, are
 /// described here all the same.
@@ -101,10 +157,20 @@ void AddLens(const ImageDef &image, PictureFacts *facts)
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-void AddFocalLengths(const ImageDef &image, PictureFacts *facts)
+/// Where the ratio to 35 mm film is unknown, the record of the picture holds no focal length to be trusted.
+void AddRealFocalLength(const FileExif &exif, PictureFacts *facts)
+{
+    constexpr quint32 kFocalLength = 37386;
+    const double real = exif.Number(kFocalLength);
+    if (real > 0.0)
+        *facts << PictureFact{QStringLiteral("Focal length"), Number(real) + QLatin1String(" mm"),
+                              QStringLiteral("focalLength"), Rounded(real)};
+}
+
+void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureFacts *facts)
 {
     if (!image.HasExif())
-        return;
+        return AddRealFocalLength(exif, facts);
     const double equivalent = image.m_shooting.focal35mm;
     const double real = equivalent / image.m_shooting.focalRatio; // 0 where only the equivalent is told
     QStringList texts;
@@ -124,16 +190,27 @@ QString Seconds(double time)
                        : QStringLiteral("%1 s").arg(Number(time, 4)));
 }
 
-void AddExposure(const ShootingInformation &shooting, PictureFacts *facts)
+/// In seconds; 0 if unknown. The record takes ShutterSpeedValue over as it stands where there is no exposure time,
+/// though it is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
+double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
 {
+    constexpr quint32 kExposureTime = 33434, kShutterSpeed = 37377;
+    if (exif.Number(kExposureTime) != 0.0 || !exif.Has(kShutterSpeed))
+        return shooting.exposureTime;
+    return std::exp2(-exif.Number(kShutterSpeed));
+}
+
+void AddExposure(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
+{
+    const double exposureTime = ExposureTime(shooting, exif);
     QStringList texts;
     const auto add = [&](const char *key, double value, const QString &text) {
         if (!text.isEmpty())
             texts << text;
         *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // of floats
     };
-    if (shooting.exposureTime > 0.0)
-        add("exposureTime", shooting.exposureTime, Seconds(shooting.exposureTime));
+    if (exposureTime > 0.0 && std::isfinite(exposureTime))
+        add("exposureTime", exposureTime, Seconds(exposureTime));
     if (shooting.fNumber > 0.0)
         add("fNumber", shooting.fNumber, QLatin1String("f/") + Number(shooting.fNumber, 3));
     if (shooting.isoSpeed > 0)
@@ -141,8 +218,9 @@ void AddExposure(const ShootingInformation &shooting, PictureFacts *facts)
     if (shooting.exposureBias != 0.0F)
         add("exposureBias", static_cast<double>(shooting.exposureBias),
             QStringLiteral("bias %1").arg(Number(static_cast<double>(shooting.exposureBias), 3)));
-    if (shooting.exposureValue != 0.0) // of base e; photographers count in powers of two
-        add("exposureValue", shooting.exposureValue / std::log(2.0), QString());
+    const double exposureValue = std::log2(shooting.fNumber * shooting.fNumber / exposureTime);
+    if (std::isfinite(exposureValue) && exposureValue != 0.0)
+        add("exposureValue", exposureValue, QString());
     if (!texts.isEmpty())
         *facts << PictureFact{QStringLiteral("Exposure"), texts.join(QLatin1String(", ")), QString(), {}};
 }
@@ -170,10 +248,16 @@ void AddDate(const ShootingInformation &shooting, PictureFacts *facts)
                           QStringLiteral("date"), date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))};
 }
 
-void AddPlace(const ShootingInformation &shooting, PictureFacts *facts)
+void AddPlace(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
 {
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
+        return;
+    // What cameras without a fix write: zeros, and neither north nor south, or no reception.
+    const bool isZero = shooting.gpsLatitude == 0.0 && shooting.gpsLongitude == 0.0;
+    if (isZero
+        && (exif.GpsText(kGpsLatitudeRef).isEmpty() || exif.GpsText(kGpsStatus) == QLatin1String("V")
+            || !exif.IsGpsNumber(kGpsLatitude)))
         return;
     const QString north = QStringLiteral("%1\u00b0 %2").arg(Number(shooting.gpsLatitude, 8), shooting.gpsLatitudeRef);
     const QString east = QStringLiteral("%1\u00b0 %2").arg(Number(shooting.gpsLongitude, 8), shooting.gpsLongitudeRef);
@@ -237,10 +321,11 @@ PictureFacts FactsOfPicture(const QString &path)
     const std::unique_ptr<ImageDef> image = Describe(path);
     AddCamera(image->m_shooting, &facts);
     AddLens(*image, &facts);
-    AddFocalLengths(*image, &facts);
-    AddExposure(image->m_shooting, &facts);
+    const FileExif exif(path);
+    AddFocalLengths(*image, exif, &facts);
+    AddExposure(image->m_shooting, exif, &facts);
     AddDate(image->m_shooting, &facts);
-    AddPlace(image->m_shooting, &facts);
+    AddPlace(image->m_shooting, exif, &facts);
     AddDirection(image->m_shooting, &facts);
     AddOrientation(image->m_shooting.orientation, &facts);
     AddMetadata(*image, &facts);

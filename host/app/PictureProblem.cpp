@@ -1,5 +1,6 @@
 #include "PictureProblem.h"
 
+#include "ImageDef.h"
 #include "gfl.h"
 
 #include <QCoreApplication>
@@ -12,7 +13,17 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(PictureProblem)
 };
 
-/// What can be said of a file without opening it as a picture; empty: nothing against it.
+/// Reads the head of a picture. @return why it can't be read, or empty.
+QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
+{
+    constexpr std::int32_t kAnyFormat = -1;
+    constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
+    const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
+    return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
+}
+
+} // namespace
+
 QString FileProblem(const QString &path)
 {
     const QFileInfo info(path);
@@ -33,17 +44,6 @@ QString FileProblem(const QString &path)
     return QString();
 }
 
-/// Reads the head of a picture. @return why it can't be read, or empty.
-QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
-{
-    constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
-    const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
-    return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
-}
-
-} // namespace
-
 QString ReadingProblem(const QString &path)
 {
     const QString problem = FileProblem(path);
@@ -55,24 +55,27 @@ QString ReadingProblem(const QString &path)
     return unread;
 }
 
-QString RefusalReason(const QString &path)
+QString TextOf(const RefusalReason &reason, const QString &path)
 {
-    GFL_FILE_INFORMATION information = {};
-    const QString unread = ReadHead(path, &information);
-    const int channels = information.ComponentsPerPixel;
-    const int colours = information.ColorModel;
-    const QString description = QString::fromLatin1(information.Description);
-    gflFreeFileInformation(&information);
-    if (!unread.isEmpty())
-        return unread;
-    if (channels == 1)
+    switch (reason.kind) {
+    case RefusalReason::None:
+        return QString();
+    case RefusalReason::Unread:
+    case RefusalReason::Failed:
+        return WithoutFileName(reason.text, path);
+    case RefusalReason::Gray:
         return Text::tr("gray pictures are not supported");
-    if (colours == GFL_CM_CMYK || colours == GFL_CM_LAB)
-        return Text::tr("%1 pictures are not supported").arg(QLatin1String(colours == GFL_CM_LAB ? "Lab" : "CMYK"));
-    if (channels != 3 && channels != 4)
-        return Text::tr("pictures of %1 channels are not supported").arg(channels);
-    if (description.contains(QLatin1String("tiled")))
+    case RefusalReason::Lab:
+        return Text::tr("%1 pictures are not supported").arg(QLatin1String("Lab"));
+    case RefusalReason::Cmyk:
+        return Text::tr("%1 pictures are not supported").arg(QLatin1String("CMYK"));
+    case RefusalReason::OtherChannels:
+        return Text::tr("pictures of %1 channels are not supported").arg(reason.channels);
+    case RefusalReason::Tiled:
         return Text::tr("tiled TIFF files are not supported");
+    case RefusalReason::Companion:
+        break;
+    }
     return Text::tr("is not described as a picture: a companion file, or damaged");
 }
 

@@ -3,14 +3,15 @@
 #include "HostApplication.h"
 #include "KException.h"
 #include "PictureProblem.h"
+#include "ReplacedFile.h"
 #include "WorkFolder.h"
-#include "gfl.h"
 
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QFileInfo>
 #include <QScopeGuard>
 
+#include <cerrno>
 #include <exception>
 #include <new>
 
@@ -28,11 +29,33 @@ const FlagRow kFlags[] = {
 };
 const QLatin1String kProfile("LCPfilename");
 
-/// The image-file layer's own words where an exception only names its error number. They are of this very call: a
-/// failed call of the layer is what such an exception comes from.
-QString WithReason(const QString &message)
+/// Moves the output into place by the rule for existing ones.
+RunResult Publish(const WorkFolder &folder, const QString &result, const PlannedPicture &planned,
+                  ExistingOutput existing)
 {
-    return message.contains(QLatin1String("\"GFL_")) ? QString::fromUtf8(gflLastErrorText()) : message;
+    if (folder.Publish(result, planned.output))
+        return RunResult::Written;
+    if (existing == ExistingOutput::Skip)
+        return RunResult::Kept;
+    throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(planned.output, qt_error_string(EEXIST)), KPlace());
+}
+
+/// Runs the process in @p folder. @return the output's path. Texts of failures name the files that the user knows.
+QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
+                const WorkFolder &folder, const QString &admitted)
+{
+    const auto fail = [&](const QString &text) {
+        throw KException(WithoutFileName(folder.WithKnownNames(text), planned.picture), KPlace());
+    };
+    QString result;
+    try {
+        process->Process(admitted, record.Get(), result);
+    } catch (const KFileException &e) {
+        fail(e.Reason());
+    } catch (const KException &e) {
+        fail(e.what());
+    }
+    return result;
 }
 
 } // namespace
@@ -62,19 +85,23 @@ bool IsThere(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
-void RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
-                const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard)
+RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
+                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard)
 {
-    WorkFolder folder(planned.outputFolder, guard);
+    WorkFolder::MakeOutputFolder(planned.outputFolder);
+    const bool replaces = existing == ExistingOutput::Overwrite;
+    const ReplacedFile target(planned.output);
+    if (const QString problem = replaces ? target.Problem() : QString(); !problem.isEmpty()) // before the work is done
+        throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(target.Path(), problem), KPlace());
+
+    WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
     const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // nobody asks for this name again
-    QString result;
-    try {
-        process->Process(admitted, record.Get(), result);
-    } catch (const KException &e) {
-        throw KException(WithoutFileName(folder.WithKnownNames(WithReason(e.what())), planned.picture), KPlace());
-    }
-    folder.Publish(result, planned.output, existing);
+    const QString result = Process(process, record, planned, folder, admitted);
+    if (!replaces)
+        return Publish(folder, result, planned, existing);
+    folder.Publish(result, target);
+    return RunResult::Written;
 }
 
 QString TextOfCurrentException()

@@ -42,11 +42,15 @@ private:
 /// Whether something stands at @p path, be it a link that leads nowhere.
 bool IsThere(const QString &path);
 
+/// Whether a run wrote its output, or kept one that came to stand there meanwhile: for ExistingOutput::Skip only.
+enum class RunResult { Written, Kept };
+
 /// Corrects into a private folder and moves the whole output into place. Throws KException with a text for the user
 /// that leaves the picture's name out, or what else the process throws; nothing is left behind then, and an output that
 /// was there stays as it was. The picture's pixels are given back: no picture is needed twice.
-void RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
-                const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard);
+[[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
+                                   const ParameterRecord &record, const PlannedPicture &planned,
+                                   ExistingOutput existing, InterruptGuard *guard);
 
 /// The text of the exception that is being handled.
 QString TextOfCurrentException();

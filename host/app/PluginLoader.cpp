@@ -1,5 +1,6 @@
 #include "PluginLoader.h"
 
+#include "FileNames.h"
 #include "KIPluginLibrary.h"
 
 #include <QCoreApplication>
@@ -18,7 +19,7 @@ QString InstalledPlugin()
 
 PluginLoader::PluginLoader(const QString &file)
 {
-    const QString path = file.isEmpty() ? InstalledPlugin() : QDir().absoluteFilePath(file);
+    const QString path = file.isEmpty() ? InstalledPlugin() : AbsolutePath(file);
     m_loader.setFileName(path);
     const QString why = Load();
     if (!m_process)

@@ -2,11 +2,14 @@
 
 #include "HostApplication.h"
 #include "ImageDef.h"
+#include "KException.h"
 #include "KImage.h"
 #include "PictureRun.h"
 #include "WorkFolder.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 namespace {
 
@@ -56,13 +59,18 @@ QString MissingInPicture(const ImageDef &image)
 
 const QLatin1String ProfileLookup::kLensPath("LensPath");
 
+QString ProfileLookup::UsableFolder(const QString &stored)
+{
+    return QDir::isAbsolutePath(stored) ? stored : QLatin1Char('/') + stored;
+}
+
 ProfileLookup::ProfileLookup(HostApplication *application, const QString &folder, InterruptGuard *guard)
     : m_application(application), m_guard(guard), m_given(folder)
 {
     m_application->AdaptPluginSettings([this](const QString &key, const QVariant &stored) {
         if (key != kLensPath)
             return stored;
-        m_folder = std::make_unique<LensFolder>(m_given.isEmpty() ? stored.toString() : m_given, m_guard);
+        m_folder = std::make_unique<LensFolder>(m_given.isEmpty() ? UsableFolder(stored.toString()) : m_given, m_guard);
         return QVariant(m_folder->Place());
     });
 }
@@ -81,8 +89,14 @@ ProfileLookup::Answer ProfileLookup::Find(KIPluginOne2One *process, const QStrin
         return {QString(), QStringLiteral("there is no folder of profiles \"%1\"").arg(m_given)};
     if (!m_folder || !QFileInfo(m_folder->Folder()).isDir())
         return {QString(), QStringLiteral("no folder of profiles is known; name one with --lens-path")};
+    if (!m_folder->Problem().isEmpty())
+        return {QString(), m_folder->Problem()};
     const ImageDef &image = *m_application->ImageOf(picture);
-    return Judge(AskPlugin(process, image), image);
+    try {
+        return Judge(AskPlugin(process, image), image);
+    } catch (const KException &e) { // from the temporary folder
+        return {QString(), QStringLiteral("profiles cannot be looked up: %1").arg(e.what())};
+    }
 }
 
 /// @return the profile as the record has it after the run.
@@ -92,13 +106,13 @@ QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image
     PixellessImage pixelless(image);
     WorkFolder work(m_folder->Scratch(), m_guard);
     const QString name = work.Admit(image.FileName());
+    const auto takeBack = qScopeGuard([&] { m_application->LendInstead(name, nullptr); });
     m_application->LendInstead(name, &pixelless);
     try {
         QString output;
         process->Process(name, record.Get(), output);
     } catch (...) { // from the pixel on its way into a file: the lookup was before
     }
-    m_application->LendInstead(name, nullptr);
     return ReadParameters(process->GetXmlParameters(record.Get())).profile;
 }
 

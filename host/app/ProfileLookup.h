@@ -18,6 +18,11 @@ class ProfileLookup {
 public:
     static const QLatin1String kLensPath; // the plug-in's setting: the folder of profiles
 
+    /// The folder that @p stored, a value of that setting, stands for. One that isn't absolute, such as the plug-in's
+    /// default, a path of Windows, is not taken relative to the current folder: there pictures may lie that bring
+    /// profiles of their own. It becomes a path that doesn't exist.
+    static QString UsableFolder(const QString &stored);
+
     struct Answer {
         QString profile; // absolute; empty: none
         QString why;     // there is none, for the user

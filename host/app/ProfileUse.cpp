@@ -1,8 +1,7 @@
 #include "ProfileUse.h"
 
+#include "FileNames.h"
 #include "ProfileReport.h"
-
-#include <QDir>
 
 #include <algorithm>
 
@@ -65,13 +64,13 @@ QString Sides(double width, double height)
 
 ProfileUse JudgeProfile(const QString &file)
 {
-    return JudgeProfile(file, ReadProfileReport(file));
+    return JudgeProfile(file, ReadProfileReport(AbsolutePath(file)));
 }
 
 ProfileUse JudgeProfile(const QString &file, const ProfileReport &report)
 {
     ProfileUse use;
-    use.path = QDir::cleanPath(QDir().absoluteFilePath(file));
+    use.path = AbsolutePath(file);
     use.problem = report.problem;
     use.width = report.imageWidth;
     use.height = report.imageLength;

@@ -1,13 +1,14 @@
 #include "WorkFolder.h"
 
-#include "InterruptGuard.h"
 #include "KException.h"
+#include "ReplacedFile.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <unistd.h>
@@ -16,10 +17,15 @@ namespace {
 
 QString SystemError(int error)
 {
-    return qt_error_string(error);
+    return QString::fromLocal8Bit(std::strerror(error));
 }
 
-[[noreturn]] void ThrowCannotWrite(const QString &folder, const QString &why)
+[[noreturn]] void ThrowCannotWrite(const QString &file, const QString &why)
+{
+    throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(file, why), KPlace());
+}
+
+[[noreturn]] void ThrowCannotWriteInto(const QString &folder, const QString &why)
 {
     throw KException(WorkFolder::tr("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
 }
@@ -44,52 +50,52 @@ int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
 
 } // namespace
 
-WorkFolder::WorkFolder(const QString &outputFolder, InterruptGuard *guard)
-    : m_outputFolder(outputFolder), m_guard(guard)
+void WorkFolder::MakeOutputFolder(const QString &path)
 {
     std::error_code error;
-    std::filesystem::create_directories(QFile::encodeName(outputFolder).constData(), error);
+    std::filesystem::create_directories(QFile::encodeName(path).constData(), error);
     if (error) {
         throw KException(WorkFolder::tr("cannot make the folder \"%1\": %2")
-                             .arg(outputFolder, QString::fromLocal8Bit(error.message().c_str())),
+                             .arg(path, QString::fromLocal8Bit(error.message().c_str())),
                          KPlace());
     }
-    m_guard->Protect([this] {
-        m_folder = std::make_unique<QTemporaryDir>(m_outputFolder + QLatin1String("/.vitrelux-XXXXXX"));
-        return m_folder->path();
-    });
-    if (!m_folder->isValid())
-        ThrowCannotWrite(outputFolder, m_folder->errorString());
 }
 
-WorkFolder::~WorkFolder()
+WorkFolder::WorkFolder(const QString &outputFolder, InterruptGuard *guard)
+    : m_outputFolder(outputFolder), m_folder(outputFolder, guard)
 {
-    const QString path = m_folder->path();
-    m_folder.reset();
-    m_guard->Release(path);
+    if (!m_folder.Problem().isEmpty())
+        ThrowCannotWriteInto(outputFolder, m_folder.Problem());
 }
 
 QString WorkFolder::Admit(const QString &picture)
 {
     m_picture = picture;
-    m_admitted = m_folder->filePath(QFileInfo(picture).fileName());
+    m_admitted = m_folder.FilePath(QFileInfo(picture).fileName());
     if (symlink(QFile::encodeName(picture).constData(), QFile::encodeName(m_admitted).constData()) == 0)
         return m_admitted;
+    const int error = errno;
     QFile file(picture);
-    if (!file.copy(m_admitted))
-        ThrowCannotWrite(m_outputFolder, file.errorString());
+    if (!file.copy(m_admitted)) {
+        const bool knowsLinks = error != EPERM && error != EOPNOTSUPP && error != ENOSYS;
+        ThrowCannotWriteInto(m_outputFolder, knowsLinks ? SystemError(error) : file.errorString());
+    }
     return m_admitted;
 }
 
-void WorkFolder::Publish(const QString &result, const QString &target, ExistingOutput existing)
+bool WorkFolder::Publish(const QString &result, const QString &target) const
 {
-    const QByteArray from = QFile::encodeName(result);
-    const QByteArray to = QFile::encodeName(target);
-    const int error = existing != ExistingOutput::Overwrite  ? MoveIfAbsent(from, to)
-        : std::rename(from.constData(), to.constData()) == 0 ? 0
-                                                             : errno;
-    if (error)
-        throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(target, SystemError(error)), KPlace());
+    const int error = MoveIfAbsent(QFile::encodeName(result), QFile::encodeName(target));
+    if (error && error != EEXIST)
+        ThrowCannotWrite(target, SystemError(error));
+    return error == 0;
+}
+
+void WorkFolder::Publish(const QString &result, const ReplacedFile &target) const
+{
+    const QString why = target.ReplaceBy(result);
+    if (!why.isEmpty())
+        ThrowCannotWrite(target.Path(), why);
 }
 
 QString WorkFolder::WithKnownNames(QString text) const
@@ -98,5 +104,5 @@ QString WorkFolder::WithKnownNames(QString text) const
     const QRegularExpression admitted(QRegularExpression::escape(m_admitted) + QStringLiteral("(?![\\w.])"));
     for (auto match = admitted.match(text); match.hasMatch(); match = admitted.match(text))
         text.replace(match.capturedStart(), match.capturedLength(), m_picture);
-    return text.replace(m_folder->path(), m_outputFolder);
+    return text.replace(m_folder.Path(), m_outputFolder);
 }

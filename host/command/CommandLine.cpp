@@ -1,6 +1,9 @@
 #include "CommandLine.h"
 
+#include "gfl.h"
+
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 namespace {
 
@@ -16,9 +19,9 @@ struct VerbRow {
 
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
-     "Corrects each PICTURE (TIFF or JPEG) by a lens profile and writes NAME_corrected.tiff beside it, in the depth "
-     "of\n"
-     "the picture and with its colour profile, EXIF and IPTC data. Without --distortion, --ca and --vignetting every\n"
+     "Corrects each PICTURE (%1) by a lens profile and writes\n"
+     "NAME_corrected.tiff beside it, in the depth of the picture and with its color profile, EXIF and IPTC data. "
+     "Without --distortion, --ca and --vignetting every\n"
      "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
      "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
      "\n"
@@ -103,9 +106,19 @@ QString ProgramHelp()
     return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
 
+/// "RAW, TIFF, JPEG ..."
+QString KnownFormats()
+{
+    QStringList names;
+    for (std::int32_t i = 0; const char *name = gflGetFormatNameByIndex(i); ++i)
+        names << Latin(name).toUpper();
+    return names.join(QLatin1String(", "));
+}
+
 QString VerbHelp(const VerbRow &verb)
 {
-    QString text = QStringLiteral("Usage: vitrelux %1\n\n%2\n").arg(Latin(verb.usage), Latin(verb.details));
+    const QString details = Latin(verb.details).replace(QLatin1String("%1"), KnownFormats());
+    QString text = QStringLiteral("Usage: vitrelux %1\n\n%2\n").arg(Latin(verb.usage), details);
     for (const OptionRow &row : kOptions) {
         if (row.verb == verb.verb)
             text += HelpLine(Spelling(row), row.help);
@@ -213,13 +226,23 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMostJobs;
 }
 
+/// For a picture whose name was taken for options.
+QString HintAtDashes(const QStringList &arguments)
+{
+    for (const QString &argument : arguments) {
+        if (argument.startsWith(QLatin1Char('-')) && QFileInfo::exists(argument))
+            return QStringLiteral(" There is a file \"%1\": names that begin with a dash go after '--'.").arg(argument);
+    }
+    return QString();
+}
+
 CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
 {
     QCommandLineParser parser;
     AddOptions(&parser, verb.verb);
     const QString command = QLatin1String("vitrelux ") + Latin(verb.name);
     if (!parser.parse(arguments))
-        return Refuse(command, parser.errorText());
+        return Refuse(command, parser.errorText() + HintAtDashes(arguments));
     if (parser.isSet(QStringLiteral("help")))
         return PrintText(VerbHelp(verb));
     if (const OptionRow *row = FindEmptyValue(parser, verb.verb))

@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <unistd.h>
 
@@ -10,8 +12,25 @@ namespace {
 void Write(std::FILE *stream, const QString &text)
 {
     const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
-    std::fflush(stream);
+    const auto length = static_cast<std::size_t>(bytes.size());
+    if (std::fwrite(bytes.constData(), 1, length, stream) == length && std::fflush(stream) == 0)
+        return;
+    if (errno == EPIPE) // nobody reads any more; whoever guards the process against interruptions takes it from here
+        kill(getpid(), SIGPIPE);
+}
+
+bool IsControl(QChar c)
+{
+    return c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+}
+
+/// "a\x1b[2J.jpg"
+QString Escaped(const QString &name)
+{
+    QString text;
+    for (const QChar c : name)
+        text += IsControl(c) ? QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0')) : QString(c);
+    return text;
 }
 
 /// A terminal that can take a line back: one that calls itself dumb can't.
@@ -27,7 +46,7 @@ QString OneLine(const QString &text)
 {
     QString line = text.trimmed();
     for (QChar &c : line) {
-        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+        if (IsControl(c))
             c = QLatin1Char(' ');
     }
     return line;
@@ -43,6 +62,11 @@ void Console::Print(const QString &text)
     ClearProgress(); // standard output is often the same terminal
     Write(stdout, text);
     ShowProgress();
+}
+
+void Console::PrintName(const QString &file)
+{
+    Print((isatty(STDOUT_FILENO) ? Escaped(file) : file) + QLatin1Char('\n'));
 }
 
 void Console::PrintError(const QString &text)

@@ -17,6 +17,8 @@ public:
 
     /// Plain text, as it stands.
     void Print(const QString &text);
+    /// The name of a file, on a line of its own; on a terminal its control characters are escaped.
+    void PrintName(const QString &file);
     void PrintError(const QString &text);
 
     /// One line on standard error: "vitrelux: FILE: TEXT". An empty @p file is left out.

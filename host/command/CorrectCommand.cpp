@@ -128,7 +128,6 @@ void CorrectRun::Work(KIPluginOne2One *process)
             if (m_begun == m_plan.size())
                 return;
             number = ++m_begun;
-            m_console->BeginProgress(number, m_plan.size(), m_plan[number - 1].asNamed);
         }
         WorkOn(process, number);
         if (!m_plan[number - 1].repeated) // the first of that name may still need it
@@ -141,11 +140,15 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     try {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
+        }
         const Outcome outcome = One(process, planned);
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
         if (outcome == Outcome::Corrected)
-            m_console->Print(planned.output + QLatin1Char('\n'));
+            m_console->PrintName(planned.output);
         ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
     } catch (...) {
         const QString why = TextOfCurrentException();
@@ -180,8 +183,8 @@ Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
     const ImageDef *image = m_application->ImageOf(planned.picture);
     const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
     const ParameterRecord record(process, DescribeParameters(process->Name(), {corrections, profile.path}));
-    RunPicture(m_application, process, record, planned, m_options.existing, m_guard);
-    return Outcome::Corrected;
+    const RunResult result = RunPicture(m_application, process, record, planned, m_options.existing, m_guard);
+    return result == RunResult::Written ? Outcome::Corrected : Outcome::Skipped;
 }
 
 /// The profile as named, or the one that is found for the picture, which is told.
@@ -234,6 +237,8 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     ChooseDisplayless();
     ProgramName name;
     HostApplication application(name.argc, name.argv);
+    if (!application.SettingsProblem().isEmpty())
+        console->Note(QString(), application.SettingsProblem());
     std::unique_ptr<ProfileLookup> lookup;
     if (options.profile.isEmpty())
         lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);

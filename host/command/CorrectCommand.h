@@ -1,4 +1,4 @@
-// `vitrelux correct`: each picture through the plug-in, one after the other.
+// `vitrelux correct`: each picture through the plug-in, several at once.
 #pragma once
 
 #include "CommandLine.h"

@@ -1,6 +1,7 @@
 #include "InfoCommand.h"
 
 #include "Console.h"
+#include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PictureFacts.h"
@@ -8,7 +9,6 @@
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
 
-#include <QDir>
 #include <QJsonDocument>
 
 namespace {
@@ -78,13 +78,15 @@ ExitCode RunInfo(const InfoOptions &options, Console *console)
     ChooseDisplayless();
     ProgramName name;
     HostApplication application(name.argc, name.argv);
+    if (!application.SettingsProblem().isEmpty())
+        console->Note(QString(), application.SettingsProblem());
     ProfileLookup lookup(&application, options.lensPath, &guard);
     const PluginLoader plugin(options.plugin);
 
     ExitCode result = kAllDone;
     QString gap; // an empty line between two pictures
     for (const QString &file : options.files) {
-        const QString path = QDir::cleanPath(QDir().absoluteFilePath(file));
+        const QString path = AbsolutePath(file);
         const QString problem = ReadingProblem(path);
         if (!problem.isEmpty()) {
             console->Failure(file, problem);

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "ProfileReport.h"
+#include "app/FileNames.h"
 #include "app/ProfileUse.h"
 
 namespace {
@@ -96,7 +97,7 @@ ExitCode RunProfile(const QStringList &files, Console *console)
     ExitCode result = kAllDone;
     QString gap; // an empty line between two profiles
     for (const QString &file : files) {
-        const ProfileReport report = ReadProfileReport(file);
+        const ProfileReport report = ReadProfileReport(AbsolutePath(file));
         if (report.usable) {
             console->Print(gap + Describe(file, report));
             gap = QStringLiteral("\n");

@@ -1,22 +1,24 @@
 #include "WizardCommand.h"
 
 #include "Console.h"
+#include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
 #include "wizard/CorrectionWizard.h"
 
-#include <QDir>
-
 namespace {
 
 /// The page is to show and to keep the folder as the user knows it.
+/// @param folder  empty: the stored one.
 void TellPluginOfFolder(HostApplication *application, const QString &folder)
 {
-    const QString path = QDir::cleanPath(QDir().absoluteFilePath(folder));
-    application->AdaptPluginSettings([path](const QString &key, const QVariant &stored) {
-        return key == ProfileLookup::kLensPath ? QVariant(path) : stored;
+    const QString given = folder.isEmpty() ? QString() : AbsolutePath(folder);
+    application->AdaptPluginSettings([given](const QString &key, const QVariant &stored) {
+        if (key != ProfileLookup::kLensPath)
+            return stored;
+        return QVariant(given.isEmpty() ? ProfileLookup::UsableFolder(stored.toString()) : given);
     });
 }
 
@@ -34,8 +36,9 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     HostApplication application(name.argc, name.argv);
     application.TranslateWindows();
     application.MakeThumbnails();
-    if (!options.lensPath.isEmpty())
-        TellPluginOfFolder(&application, options.lensPath);
+    if (!application.SettingsProblem().isEmpty())
+        console->Note(QString(), application.SettingsProblem());
+    TellPluginOfFolder(&application, options.lensPath);
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
@@ -49,7 +52,12 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
         return lookupProcess ? lookup.Find(lookupProcess, picture).profile : QString();
     };
     CorrectionWizard wizard(&application, plugin.Process(), findProfile, &guard);
-    wizard.Add(options.files);
+    QStringList files = options.files;
+    for (QString &file : files) {
+        if (file.startsWith(QLatin1Char(':'))) // not a resource of Qt's
+            file.prepend(QLatin1String("./"));
+    }
+    wizard.Add(files);
     wizard.show();
     HostApplication::exec();
     return wizard.FailedCount() > 0 ? kSomeFailed : kAllDone;

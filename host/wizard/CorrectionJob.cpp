@@ -121,19 +121,18 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return PictureOutcome::Kept;
     try {
-        *why = Correct(picture);
-        return PictureOutcome::Corrected;
+        return Correct(picture, why);
     } catch (...) {
         *why = TextOfCurrentException();
         return PictureOutcome::Failed;
     }
 }
 
-/// Returns what the user should know of the result. Throws the reason of a failure.
-QString CorrectionJob::Correct(const JobPicture &picture) const
+/// @param note  gets what the user should know of the result. Throws the text of a failure.
+PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) const
 {
     PictureParameters parameters = picture.parameters;
-    QString note = picture.note;
+    *note = picture.note;
     if (parameters.profile.isEmpty()) {
         if (m_findProfile)
             parameters.profile = m_findProfile(picture.planned.picture);
@@ -143,10 +142,13 @@ QString CorrectionJob::Correct(const JobPicture &picture) const
         const QString objection = objections.ToProfile(parameters);
         if (!objection.isEmpty())
             throw KException(objection, KPlace());
-        note = Objections::WithProfile(objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters),
-                                       parameters);
+        *note = Objections::WithProfile(objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters),
+                                        parameters);
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
-    RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
-    return note;
+    const RunResult result = RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
+    if (result == RunResult::Written)
+        return PictureOutcome::Corrected;
+    note->clear(); // nothing of this run's is kept
+    return PictureOutcome::Kept;
 }

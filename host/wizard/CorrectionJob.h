@@ -53,7 +53,7 @@ protected:
 
 private:
     PictureOutcome One(const JobPicture &picture, QString *why) const;
-    QString Correct(const JobPicture &picture) const;
+    PictureOutcome Correct(const JobPicture &picture, QString *note) const;
 
     HostApplication *m_application;
     KIPluginOne2One *m_process;

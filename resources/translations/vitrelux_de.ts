@@ -323,5 +323,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>„%1“ kann nicht geschrieben werden: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>dort ist etwas, das keine gewöhnliche Datei ist</translation>
+    </message>
 </context>
 </TS>

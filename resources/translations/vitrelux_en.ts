@@ -323,5 +323,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>cannot write &quot;%1&quot;: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>there is something that is not a regular file</translation>
+    </message>
 </context>
 </TS>

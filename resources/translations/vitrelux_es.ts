@@ -323,5 +323,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>no se puede escribir «%1»: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>allí hay algo que no es un archivo normal</translation>
+    </message>
 </context>
 </TS>

@@ -323,5 +323,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>impossible d&apos;écrire « %1 » : %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>il s’y trouve quelque chose qui n’est pas un fichier ordinaire</translation>
+    </message>
 </context>
 </TS>

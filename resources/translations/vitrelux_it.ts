@@ -323,5 +323,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>impossibile scrivere &quot;%1&quot;: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>lì c’è qualcosa che non è un file normale</translation>
+    </message>
 </context>
 </TS>

@@ -317,5 +317,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>「%1」を書き込めません：%2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>通常のファイルではないものがあります</translation>
+    </message>
 </context>
 </TS>

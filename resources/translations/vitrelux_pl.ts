@@ -329,5 +329,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>nie można zapisać „%1”: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>jest tam coś, co nie jest zwykłym plikiem</translation>
+    </message>
 </context>
 </TS>

@@ -329,5 +329,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>не удаётся записать «%1»: %2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>там находится не обычный файл</translation>
+    </message>
 </context>
 </TS>

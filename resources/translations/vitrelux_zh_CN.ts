@@ -317,5 +317,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>无法写入“%1”：%2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>那里的不是普通文件</translation>
+    </message>
 </context>
 </TS>

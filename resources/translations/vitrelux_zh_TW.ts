@@ -317,5 +317,9 @@
         <source>cannot write &quot;%1&quot;: %2</source>
         <translation>無法寫入「%1」：%2</translation>
     </message>
+    <message>
+        <source>there is something that is not a regular file</source>
+        <translation>那裡的不是一般檔案</translation>
+    </message>
 </context>
 </TS>

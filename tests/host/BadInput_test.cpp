@@ -72,7 +72,7 @@ void BadInputTest::refused_data()
             [](const QString &path) { QImage(60, 40, QImage::Format_Grayscale8).save(path, "JPG"); });
     picture("pipe", "not a regular file", [](const QString &path) { mkfifo(QFile::encodeName(path), 0600); });
     picture("unreadable", "cannot be read", Copy("a.jpg", kWhole, kNobody));
-    picture("half a JPEG", "", Copy("a.jpg", 2500));
+    picture("half a JPEG", "the file ends early", Copy("a.jpg", 2500));
     picture("head of a JPEG", "", Copy("a.jpg", 20));
     picture("half a TIFF", "", Copy("b_corrected.tiff", 2500));
 
@@ -120,6 +120,7 @@ void BadInputTest::refused()
     QFETCH(QString, said);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
+    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                        // English all the same
     QCOMPARE(Run("correct --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());

@@ -40,6 +40,8 @@ void tst_HostApplication::lendsPixels()
     WriteFile(none, "no picture");
     for (int i = 0; i < 2; ++i) // the next try is a new one
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
+    QVERIFY(!ImageDef::Find(none)); // the cache would own it too
+    m_host->Forget(none);
 }
 
 void tst_HostApplication::analyticsIsOff()

@@ -5,7 +5,10 @@
 #include <QDir>
 
 #include <csignal>
+#include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -21,9 +24,12 @@ private Q_SLOTS:
     void recordHolds();
     void failsWithOneLine();
     void existingOutput();
+    void replacedFile();
     void picturesAtOnceAreThoseOneByOne();
     void rivalsForOneOutput();
     void interruptionLeavesNothing();
+    void workFoldersOfTheDead();
+    void standardStreams();
     void environment();
     void names();
     void progressOnTerminal();
@@ -83,6 +89,7 @@ void HostRunTest::recordHolds()
         {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
         {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // no number
         {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
+        {"", "dcv", "", "ImageXCenter", "Other"},                     // would be the top left corner
     };
     for (const auto &row : rows) {
         const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
@@ -126,7 +133,11 @@ void HostRunTest::existingOutput()
     const struct {
         const char *option, *content;
         int exitCode;
-    } rows[] = {{"", "old", 1}, {"--skip-existing", "old", 0}, {"--overwrite", "probe", 0}, {"", "rival", 1}};
+    } rows[] = {{"", "old", 1},
+                {"--skip-existing", "old", 0},
+                {"--overwrite", "probe", 0},
+                {"", "rival", 1},
+                {"--skip-existing", "rival", 0}};
     for (const auto &row : rows) {
         init();
         const bool rival = QByteArray(row.content) == "rival"; // made while the picture is corrected
@@ -139,6 +150,40 @@ void HostRunTest::existingOutput()
         QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("probe"));
         QCOMPARE(Made().size(), 2);
     }
+}
+
+/// What --overwrite replaces: a file where a link leads to, with its permissions; nothing that forbids it.
+void HostRunTest::replacedFile()
+{
+    const QByteArray path = kOutput.toUtf8();
+    const struct {
+        const char *name;
+        std::function<bool()> prepare;
+        const char *said; // empty: replaced
+    } rows[] = {
+        {"private", [&] { return chmod(path, 0600) == 0; }, ""},
+        {"read-only", [&] { return chmod(path, 0400) == 0; }, "Permission denied"},
+        {"link", [&] { return rename(path, "far") == 0 && symlink("far", path) == 0; }, ""},
+        {"pipe", [&] { return unlink(path) == 0 && mkfifo(path, 0600) == 0; }, "not a regular file"},
+    };
+    for (const auto &row : rows) {
+        init();
+        QVERIFY(QDir::setCurrent(m_dir->path()));
+        WriteFile(Path(kOutput), "old");
+        QVERIFY(row.prepare());
+        const QFileInfo before(Path(kOutput));
+        const bool wasLink = before.isSymLink();
+        const QFile::Permissions rights = before.permissions();
+        m_run->beforeStart = RespectPermissions;
+        const ProgramResult result = RunProbe("", "--overwrite a.jpg"_s);
+        const bool replaced = !*row.said;
+        QVERIFY2(result.exitCode == int(!replaced) && result.error.contains(row.said), row.name + result.error);
+        const QFileInfo after(Path(kOutput));
+        QVERIFY2(after.isSymLink() == wasLink && after.permissions() == rights, row.name);
+        if (after.isFile())
+            QVERIFY2(ReadFile(Path(kOutput)) == (replaced ? "probe" : "old"), row.name);
+    }
+    QVERIFY(QDir::setCurrent("/"_s));
 }
 
 /// With the real plug-in, which makes a process for each thread; one picture in between fails.
@@ -204,6 +249,44 @@ void HostRunTest::interruptionLeavesNothing()
     }
 }
 
+/// A killed run's work folder goes at the next start, and not that of a run that lives.
+void HostRunTest::workFoldersOfTheDead()
+{
+    const auto folders = [this] { return Names(m_dir->path()).filter(".vitrelux-"_s); };
+    m_run->Set("VITRELUX_PROBE", "block"_s);
+    m_run->Begin((kProbe + "a.jpg"_s).split(QLatin1Char(' ')));
+    QTRY_COMPARE_WITH_TIMEOUT(folders().size(), 1, 60000);
+    for (const int left : {1, 0}) {
+        ProgramRun next;
+        next.setWorkingDirectory(m_dir->path());
+        QCOMPARE(next.Run((kProbe + "--overwrite b.jpg"_s).split(QLatin1Char(' '))).exitCode, 0);
+        QCOMPARE(folders().size(), left);
+        m_run->kill();
+        m_run->waitForFinished();
+    }
+}
+
+void HostRunTest::standardStreams()
+{
+    m_run->beforeStart = [] {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            close(stream);
+    };
+    QCOMPARE(RunProbe("descriptors", "a.jpg"_s).exitCode, 1); // the output's name could not be printed
+    QCOMPARE(Notes().first(), "/dev/null/dev/null/dev/null"_s);
+    QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
+
+    // Nobody reads the names: SIGPIPE, while another picture is at work.
+    init();
+    WriteJpeg(Path("b.jpg"_s), 3000, 2000);
+    const QString line = "(%1 correct -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
+    m_run->program = "sh"_s;
+    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // whatever the test's own parent ignores
+    m_run->Run({"-c"_s, line});
+    QCOMPARE(Names(m_dir->path()).filter(".vitrelux-"_s), QStringList());
+    QCOMPARE(ReadFile(Path("code"_s)).trimmed().toInt(), 128 + SIGPIPE);
+}
+
 void HostRunTest::environment()
 {
     // On top of an environment with next to nothing; and why the desktop wizard can't be shown, where it matters.
@@ -239,21 +322,33 @@ void HostRunTest::names()
                                {"a.b.c.jpg"_s, {}, "a.b.c_corrected.tiff"_s},
                                {"no suffix"_s, {}, "no suffix_corrected.tiff"_s},
                                {"%1 \"'$(x).jpg"_s, "new/deep"_s, "new/deep/%1 \"'$(x)_corrected.tiff"_s},
+                               {":a.jpg"_s, {}, ":a_corrected.tiff"_s}, // not a resource of Qt's
                                {"a\nb.jpg"_s, "./x/../new"_s, "new/a\nb_corrected.tiff"_s}};
     for (const auto &[picture, folder, output] : rows) {
-        QVERIFY(QFile::copy(Path("a.jpg"_s), Path(picture)));
+        QVERIFY(QFile::copy(Path("a.jpg"_s), m_dir->path() + "/"_s + picture));
         QStringList arguments{"correct"_s, "--profile"_s, "p.lcp"_s};
         if (!folder.isEmpty())
             arguments << "-o"_s << folder;
         const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
         QVERIFY2(result.exitCode == 0, result.error);
-        QVERIFY2(QFile::exists(Path(output)), qPrintable(output));
+        QVERIFY2(QFileInfo::exists(m_dir->path() + "/"_s + output), qPrintable(output));
     }
+    const QString tooLong = QString(246, QLatin1Char('x')) + ".jpg"_s; // its output's name has over 255 bytes
+    QVERIFY(QFile::copy(Path("a.jpg"_s), Path(tooLong)));
+    QVERIFY(Run("correct --profile p.lcp "_s + tooLong).error.contains("File name too long"));
+    QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));
+    QVERIFY(Run("correct -dash.jpg"_s).error.contains("go after '--'"));
+    const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --profile %2 -o out %3"_s;
+    const QString line = gone.arg(m_run->program, Path("p.lcp"_s), Path("a.jpg"_s));
+    m_run->program = "sh"_s;
+    const ProgramResult result = m_run->Run({"-c"_s, line});
+    QVERIFY2(result.exitCode == 1 && result.error.contains("current folder") && result.output.isEmpty(), result.error);
 }
 
 void HostRunTest::progressOnTerminal()
 {
-    const QString line = m_run->program + " correct --overwrite -j 2 --profile p.lcp a.jpg none.jpg"_s;
+    QVERIFY(QDir(m_dir->path()).mkdir("\x1b[2J"_s));
+    const QString line = m_run->program + " correct --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
     m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
         m_run->Set("TERM", terminal);
@@ -263,6 +358,7 @@ void HostRunTest::progressOnTerminal()
             QVERIFY2(result.output.contains(progress) == (terminal == "xterm"_s), result.output);
         QVERIFY2(!result.output.contains(u8"\u2026["), result.output); // one line at a time
         QVERIFY2(result.output.contains("none.jpg: no such file"), result.output);
+        QVERIFY2(result.output.contains("/\\x1b[2J/a_corr") && !result.output.contains("\x1b[2J"), result.output);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QJsonObject>
 
 #include <exiv2/exiv2.hpp>
+#include <sys/stat.h>
 
 namespace {
 
@@ -50,6 +51,7 @@ private Q_SLOTS:
     void cleanup() { QCOMPARE(Names(Path("tmp"_s)).filter("vitrelux"_s), QStringList()); }
     void json();
     void text();
+    void incompleteExif();
     void profile();
     void correctLooksUp();
     void storedFolder();
@@ -118,6 +120,30 @@ void InfoTest::text()
         QVERIFY2(result.output.contains(line), line + result.output);
 }
 
+/// What only part of the EXIF tells is shown as it is, and nothing is made up.
+void InfoTest::incompleteExif()
+{
+    const struct {
+        const char *tag, *value, *key; // key: of the fact
+        double number;                 // 0: there is none
+    } rows[] = {
+        {"Exif.Photo.ShutterSpeedValue", "740/100", "exposureTime", 0.00592}, // 2^-7.4 s
+        {"Exif.Photo.FocalLength", "34/1", "focalLength", 34},                // of an unknown camera
+        {"Exif.Photo.FNumber", "4/1", "focalLength", 0},                      // no default of 50 mm
+        {"Exif.GPSInfo.GPSLatitude", "0/0 0/0 0/0", "latitude", 0},
+        {"Exif.GPSInfo.GPSLatitude", "45/1 0/1 0/1", "latitude", 45},
+    };
+    for (const auto &row : rows) {
+        Exiv2::ExifData exif;
+        exif[row.tag] = row.value;
+        exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+        exif["Exif.GPSInfo.GPSLongitude"] = "0/1 0/1 0/1";
+        GiveExif(Path("b.jpg"_s), exif);
+        const QJsonValue fact = Json("b.jpg"_s).value(QLatin1String(row.key));
+        QVERIFY2(fact.isUndefined() == (row.number == 0) && qAbs(fact.toDouble() - row.number) < 1e-5, row.value);
+    }
+}
+
 void InfoTest::profile()
 {
     const struct {
@@ -165,6 +191,17 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
     QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info a.jpg --lens-path none"_s).output.contains("none: there is no folder"));
+
+    // The plug-in's own default is not a path here, and nothing that a folder of pictures may bring along.
+    QVERIFY(QFile::remove(settings));
+    QVERIFY(QDir().mkpath(Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0"_s)));
+    QVERIFY(QFile::rename(Path("lenses/Canon"_s), Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/Canon"_s)));
+    QVERIFY(Run("info a.jpg"_s).output.contains("none: no folder of profiles is known"));
+
+    QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would wait forever
+    QVERIFY(Run("info a.jpg"_s).error.contains("passed over: not a regular file"));
+    m_run->Set("TMPDIR", "/proc"_s); // nothing can be made there
+    QVERIFY(Run("info a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
 
 void InfoTest::unreadableGoesOn()

@@ -41,6 +41,11 @@ void Misbehave(const QByteArray &manner, const QString &output)
     }
 }
 
+QString OpenFile(int descriptor)
+{
+    return QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+}
+
 } // namespace
 
 class ProbeProcess : public QObject, public KIPluginOne2One {
@@ -93,6 +98,8 @@ class ProbeLibrary : public QObject, public KIPluginLibrary {
 public:
     ProbeLibrary()
     {
+        if (qgetenv("VITRELUX_PROBE") == "descriptors")
+            Note(OpenFile(STDIN_FILENO) + OpenFile(STDOUT_FILENO) + OpenFile(STDERR_FILENO));
         auto *host = static_cast<KIApplication *>(qApp->qt_metacast("KIApplication"));
         Note(host && host->ImageInstances() && !host->UIInstances() ? QStringLiteral("Library with kernels")
                                                                     : QStringLiteral("Library without kernels"));

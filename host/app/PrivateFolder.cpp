@@ -1,0 +1,143 @@
+#include "PrivateFolder.h"
+
+#include "InterruptGuard.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QSet>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <mutex>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+const QLatin1String kPrefix(".vitrelux-");
+const QLatin1String kRandomPart("XXXXXX");
+const QLatin1String kLockName("/.vitrelux-lock"); // a name that no picture has
+
+enum class Lock { Taken, HeldByOther, NotSupported };
+
+/// A lock of the open file, not of the process: it ends with the last descriptor, and threads count as strangers.
+Lock TakeLock(int file)
+{
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    if (fcntl(file, F_OFD_SETLK, &whole) == 0)
+        return Lock::Taken;
+    return errno == EAGAIN || errno == EACCES ? Lock::HeldByOther : Lock::NotSupported;
+}
+
+bool IsUnlinked(int file)
+{
+    struct stat status = {};
+    return fstat(file, &status) == 0 && status.st_nlink == 0;
+}
+
+/// Removes a folder whose owner is dead. One without a lock file is only removed while it is empty: its owner may be
+/// about to make that file, and takes another folder if this one is gone.
+void RemoveIfAbandoned(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (lstat(name.constData(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
+        return;
+    const int lock = open((name + kLockName.data()).constData(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (lock == -1) {
+        if (errno == ENOENT)
+            rmdir(name.constData());
+        return;
+    }
+    if (TakeLock(lock) == Lock::Taken && !IsUnlinked(lock)) {
+        const QString why = RemoveFolder(path);
+        if (!why.isEmpty())
+            TellNotRemoved(path, why);
+    }
+    close(lock);
+}
+
+/// Once per parent and process: folders of pictures may be large.
+void RemoveAbandoned(const QString &parent)
+{
+    static std::mutex mutex;
+    static QSet<QString> done;
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (done.contains(parent))
+        return;
+    done.insert(parent);
+    const QString pattern = kPrefix + QString(kRandomPart.size(), QLatin1Char('?'));
+    QDirIterator found(parent, {pattern}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
+    while (found.hasNext())
+        RemoveIfAbandoned(found.next());
+}
+
+} // namespace
+
+QString RemoveFolder(const QString &path)
+{
+    std::error_code error;
+    std::filesystem::remove_all(QFile::encodeName(path).constData(), error);
+    return error ? QString::fromLocal8Bit(error.message().c_str()) : QString();
+}
+
+void TellNotRemoved(const QString &path, const QString &why)
+{
+    std::fprintf(stderr, "vitrelux: cannot remove the work folder \"%s\": %s\n", qUtf8Printable(path),
+                 qUtf8Printable(why));
+}
+
+PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_guard(guard)
+{
+    RemoveAbandoned(parent);
+    m_guard->Protect([&] {
+        constexpr int kAttempts = 100; // another process that starts just now may take an unlocked folder away
+        for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
+        return m_path;
+    });
+}
+
+PrivateFolder::~PrivateFolder()
+{
+    if (m_path.isEmpty())
+        return;
+    const QString why = RemoveFolder(m_path);
+    if (!why.isEmpty())
+        TellNotRemoved(m_path, why);
+    m_guard->Release(m_path);
+    if (m_lock != -1)
+        close(m_lock);
+}
+
+/// @return false to try again; otherwise either path or problem is set.
+bool PrivateFolder::TryToMake(const QString &parent)
+{
+    const auto fail = [this] { m_problem = QString::fromLocal8Bit(std::strerror(errno)); };
+    QByteArray name = QFile::encodeName(parent + QLatin1Char('/') + kPrefix + kRandomPart);
+    if (!mkdtemp(name.data())) { // closed to others from the start, whatever the umask
+        fail();
+        return true;
+    }
+    m_lock = open((name + kLockName.data()).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (m_lock == -1) {
+        if (errno == ENOENT)
+            return false;
+        fail();
+        rmdir(name.constData());
+        return true;
+    }
+    // Without locks on this file system nobody else can lock the folder either, and so nobody removes it.
+    if (TakeLock(m_lock) == Lock::HeldByOther || IsUnlinked(m_lock)) {
+        close(m_lock);
+        m_lock = -1;
+        return false;
+    }
+    m_path = QFile::decodeName(name);
+    return true;
+}

@@ -1,0 +1,39 @@
+// A folder of this process alone, which is removed with its object.
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class InterruptGuard;
+
+/// Named ".vitrelux-" and six letters. A lock on a file in it shows other processes that its owner lives; the first
+/// such folder in a parent removes those whose owners were killed. Problems with removing are printed on standard
+/// error.
+class PrivateFolder {
+public:
+    /// @param parent  an existing folder.
+    PrivateFolder(const QString &parent, InterruptGuard *guard);
+    ~PrivateFolder();
+    PrivateFolder(const PrivateFolder &) = delete;
+    PrivateFolder &operator=(const PrivateFolder &) = delete;
+
+    /// Why the folder could not be made; empty if it stands.
+    QString Problem() const { return m_problem; }
+    /// Absolute; empty if the folder could not be made.
+    QString Path() const { return m_path; }
+    QString FilePath(const QString &name) const { return m_path + QLatin1Char('/') + name; }
+
+private:
+    bool TryToMake(const QString &parent);
+
+    InterruptGuard *m_guard;
+    QString m_path;
+    QString m_problem;
+    int m_lock = -1; // file descriptor
+};
+
+/// Removes a folder with all that is in it; links are removed, not followed. @return why it failed, or empty.
+QString RemoveFolder(const QString &path);
+/// Prints that a work folder stays behind.
+void TellNotRemoved(const QString &path, const QString &why);

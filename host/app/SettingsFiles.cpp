@@ -1,0 +1,45 @@
+#include "SettingsFiles.h"
+
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr qint64 kMaxBytes = 1 << 20; // ours have some kilobytes
+
+QString ProblemOf(const QString &file)
+{
+    const QFileInfo info(file);
+    if (!info.exists())
+        return QString();
+    if (!info.isFile())
+        return QStringLiteral("not a regular file");
+    if (info.size() > kMaxBytes)
+        return QStringLiteral("%1 bytes, expected %2 at most").arg(info.size()).arg(kMaxBytes);
+    return QString();
+}
+
+} // namespace
+
+QString SettingsProblem(const QString &organization, const QString &application)
+{
+    // What QSettings reads, the system's as a fallback for the user's.
+    const QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    for (const QString &folder : folders) {
+        for (const QString &name : {organization + QLatin1Char('/') + application, organization}) {
+            const QString file = folder + QLatin1Char('/') + name + QLatin1String(".ini");
+            const QString problem = ProblemOf(file);
+            if (!problem.isEmpty())
+                return QStringLiteral("settings file \"%1\" is passed over: %2").arg(file, problem);
+        }
+    }
+    return QString();
+}
+
+void PassOverSettingsFiles()
+{
+    const QString nowhere = QStringLiteral("/dev/null"); // no folder can be made below it
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, nowhere);
+    QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope, nowhere);
+}

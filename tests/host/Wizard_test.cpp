@@ -399,11 +399,15 @@ void tst_Wizard::speaksTheUsersLanguage()
     m_host->TranslateWindows();
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
     QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
+    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
+    m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
     Show(plugin.Process(), QString());
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
     m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
-    m_wizard->Add({m_process->profile});
+    WriteJpeg(Path("cut.jpg"), 60, 40);
+    WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
+    m_wizard->Add({Path("cut.jpg")});
     Next();
     QApplication::processEvents();
     const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
@@ -412,7 +416,9 @@ void tst_Wizard::speaksTheUsersLanguage()
     });
     QVERIFY(header != labels.end());
     QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
-    m_wizard->close();
+    Next();
+    QTRY_VERIFY(Close());
+    QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not its number
     m_wizard.reset(); // ahead of the plug-in
 }
 

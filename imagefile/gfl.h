@@ -56,6 +56,9 @@ GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
+/// Name of the format at an index: from 0 without gaps. Null beyond the last.
+GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
+
 /// True when the layer reads files with this suffix, given with its dot, in any case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 

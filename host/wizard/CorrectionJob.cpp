@@ -147,5 +147,8 @@ PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) 
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
     const RunResult result = RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
-    return result == RunResult::Written ? PictureOutcome::Corrected : PictureOutcome::Kept;
+    if (result == RunResult::Written)
+        return PictureOutcome::Corrected;
+    note->clear(); // nothing of this run's is kept
+    return PictureOutcome::Kept;
 }

@@ -24,6 +24,7 @@ public:
         : m_profile(profile),
           m_facts(facts),
           m_options(options),
+          m_tasks(TasksOf(facts, options)),
           m_setting(SettingOf(facts, options.typed)),
           m_frame(facts, BodyOf(facts, options.typed)),
           m_blend(m_frame, facts.pixels)
@@ -39,10 +40,9 @@ public:
             return Refuse(QStringLiteral("the picture's size is unknown"));
         if (m_facts.cropTurned)
             return Refuse(QStringLiteral("the picture was cropped at an angle, so its lens's center is lost"));
-        const FitTasks tasks = TasksOf(m_facts, m_options);
         BlendParts parts[3];
         for (int i = 0; i < 3; ++i)
-            parts[i] = Chosen(tasks[i], WeightsOf(tasks[i].quantity));
+            parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));
         MakeMaps(parts);
         FrameResult(m_options, &m_result);
         Tell();
@@ -158,14 +158,13 @@ private:
         Correction &to = m_result.correction;
         const BlendParts &geometry = parts[0], &color = parts[1], &light = parts[2];
         if (!geometry.isEmpty())
-            to.geometry =
-                m_blend.Geometry(geometry, !color.isEmpty(), m_options.projection, m_options.amountDistortion);
+            to.geometry = m_blend.Geometry(geometry, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
         if (Any(color, &ProfileEntry::redGreen))
-            to.red = m_blend.Color(color, &ProfileEntry::redGreen, m_options.amountChromatic);
+            to.red = m_blend.Color(color, &ProfileEntry::redGreen, m_tasks[1].amount);
         if (Any(color, &ProfileEntry::blueGreen))
-            to.blue = m_blend.Color(color, &ProfileEntry::blueGreen, m_options.amountChromatic);
+            to.blue = m_blend.Color(color, &ProfileEntry::blueGreen, m_tasks[1].amount);
         if (!light.isEmpty())
-            to.light = m_blend.Light(light, m_options.amountVignetting);
+            to.light = m_blend.Light(light, m_tasks[2].amount);
         m_result.distortion = to.geometry.has_value();
         m_result.chromatic = to.red || to.blue;
         m_result.vignetting = to.light.has_value();
@@ -181,6 +180,7 @@ private:
     const LensProfile &m_profile;
     const PictureFacts &m_facts;
     const FitOptions &m_options;
+    const FitTasks m_tasks;
     const Setting m_setting;
     const PictureFrame m_frame;
     const ProfileBlend m_blend;

@@ -2,6 +2,7 @@
 
 #include "Framing.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -38,12 +39,18 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {facts.make.value, facts.model.value};
 }
 
+/// Twice what the profile says is more than anybody needs, and keeps all values finite.
+static double Amount(double asked)
+{
+    return std::min(asked, 2.0);
+}
+
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
 {
     return {{
-        {Quantity::Geometry, "distortion", options.distortion, options.amountDistortion, facts.distortionDone},
-        {Quantity::Color, "lateral color", options.chromatic, options.amountChromatic, facts.chromaticDone},
-        {Quantity::Light, "vignetting", options.vignetting, options.amountVignetting, facts.vignettingDone},
+        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone},
+        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone},
+        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone},
     }};
 }
 

@@ -157,7 +157,7 @@ double ZoomForAll(const Correction &correction)
 
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor)
 {
-    double zoom = framing == Framing::Factor ? factor : 1.0;
+    double zoom = framing == Framing::Factor && factor > 0.0 ? factor : 1.0;
     if (correction.geometry && framing == Framing::Fill)
         zoom = FillSearch(correction).Zoom();
     else if (correction.geometry && framing == Framing::All)

@@ -60,6 +60,13 @@ private:
             Note(QStringLiteral("no focal length"));
     }
 
+    /// Only lateral color is scaled.
+    void NoteScale(const ProfileModel &model, const char *name)
+    {
+        if (model.scaleFactor != 1.0)
+            Note(QStringLiteral("the ScaleFactor of %1 isn't used").arg(QLatin1String(name)));
+    }
+
     void NoteFold(double fold, double corner, const char *name)
     {
         if (corner > 0.0 && fold < corner)
@@ -78,6 +85,7 @@ private:
 
     void CheckGeometry(const ProfileModel &model, const char *name)
     {
+        NoteScale(model, name);
         if (m_entry.kind == ProfileEntry::Kind::Perspective)
             return CheckPerspective(model, name);
         // Folded is what the picture as taken never reaches.

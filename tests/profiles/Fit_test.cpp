@@ -439,7 +439,7 @@ void tst_Fit::fillLeavesNothingEmpty()
     const auto between = [&random](double low, double high) {
         return std::uniform_real_distribution<double>(low, high)(random);
     };
-    int bounded = 0, cornersAlone = 0;
+    int bounded = 0;
     for (int i = 0; i < 200; ++i) {
         ProfileEntry entry = Entry();
         for (auto *model : {&entry.green, &entry.redGreen, &entry.blueGreen}) {
@@ -463,13 +463,8 @@ void tst_Fit::fillLeavesNothingEmpty()
         QVERIFY2(!fit.leavesEmpty && !CorrectionTwin(correction).LeavesEmpty(), name);
         correction.zoom = fit.zoom * (1.0 - 1e-3);
         QVERIFY2(CorrectionTwin(correction).LeavesEmpty(), name);
-        // Whether its corners alone would have told so.
-        const CorrectionTwin twin(correction);
-        const double right = correction.width - 1, bottom = correction.height - 1;
-        cornersAlone += twin.IsEmpty(twin.At(0, 0)) || twin.IsEmpty(twin.At(right, 0))
-            || twin.IsEmpty(twin.At(0, bottom)) || twin.IsEmpty(twin.At(right, bottom));
     }
-    QVERIFY2(bounded < 60 && cornersAlone < 160, qPrintable(QStringLiteral("%1 %2").arg(bounded).arg(cornersAlone)));
+    QVERIFY2(bounded < 60, qPrintable(QString::number(bounded)));
 }
 
 void tst_Fit::framings()
@@ -486,13 +481,14 @@ void tst_Fit::framings()
     };
     QCOMPARE(fit(Framing::Keep).zoom, 1.0);
     // Everything: the corner of the source, at 1802.776 px, shows where r k(r) is that: in focal lengths 0.60093 =
-    // r - 0.1 r^3, which r = 0.625457 solves.
+    // r - 0.1 r^3, which r = 0.62539 solves.
     const FitResult all = fit(Framing::All);
-    QVERIFY2(std::abs(all.zoom - 0.60093 / 0.625457) < 1e-3, qPrintable(QString::number(all.zoom)));
+    QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
     QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
-    // Filled: the middle of a long edge is the nearest, (1000 - 0.1 * 1000^3 / 3000^2) / z there.
+    // Filled: the middle of a long edge, 999.5 px from the picture's, comes from 1,000 px there, where the source ends;
+    // 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
     const FitResult fill = fit(Framing::Fill);
-    QVERIFY2(fill.zoom > all.zoom && fill.zoom < 1.0, qPrintable(QString::number(fill.zoom)));
+    QVERIFY2(std::abs(fill.zoom - 999.5 / 1011.5) < 3e-5, qPrintable(QString::number(fill.zoom, 'g', 9)));
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);

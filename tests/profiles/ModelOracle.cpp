@@ -1,6 +1,7 @@
 #include "ModelOracle.h"
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -28,27 +29,14 @@ OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
     }
 }
 
+/// The way back is the same for most; two quarter turns undo each other.
 OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
 {
-    const long double right = p.width - 1, bottom = p.height - 1;
-    switch (p.turn) {
-    case 2:
-        return {right - at.x, at.y};
-    case 3:
-        return {right - at.x, bottom - at.y};
-    case 4:
-        return {at.x, bottom - at.y};
-    case 5:
-        return {at.y, at.x};
-    case 6:
-        return {bottom - at.y, at.x};
-    case 7:
-        return {bottom - at.y, right - at.x};
-    case 8:
-        return {at.y, right - at.x};
-    default:
-        return at;
-    }
+    OraclePicture back = p;
+    if (p.turn >= 5)
+        std::swap(back.width, back.height);
+    back.turn = p.turn == 6 ? 8 : p.turn == 8 ? 6 : p.turn;
+    return ToSensor(back, at);
 }
 
 struct Placed {

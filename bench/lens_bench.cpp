@@ -154,7 +154,7 @@ void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, FloatWarp
 
 #define FITTED(name, sampling, switches, light)                                                                        \
     BENCHMARK_CAPTURE(BM_Fitted, name##_Sse2, FittedWarp::Sampling::sampling, switches, light,                         \
-                      FloatWarp::Instructions::Sse2)                                                                   \
+                      FloatWarp::Instructions(0))                                                                      \
         ->UseManualTime()                                                                                              \
         ->Unit(benchmark::kMillisecond);                                                                               \
     BENCHMARK_CAPTURE(BM_Fitted, name##_Avx2, FittedWarp::Sampling::sampling, switches, light,                         \
@@ -163,6 +163,11 @@ void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, FloatWarp
         ->Unit(benchmark::kMillisecond)
 FITTED(Bilinear, Bilinear, kDistortion, TransferCurve::Linear());
 FITTED(BilinearAll, Bilinear, kAll, TransferCurve::Linear());
+FITTED(Sharp, Sharp, kDistortion, TransferCurve::Linear());
+FITTED(SharpAll, Sharp, kAll, TransferCurve::Linear());
+FITTED(BilinearAllSrgb, Bilinear, kAll, TransferCurve::Srgb());
+FITTED(SharpSrgb, Sharp, kDistortion, TransferCurve::Srgb());
+FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 #undef FITTED
 
 /// The definition, for scale.

@@ -166,6 +166,13 @@ GFL_API GFL_XMP_DATA *gflLoadXMPUTF8(const char *path);
 /// gives an empty list.
 GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 
+/// The light that stored values mean by an ICC profile of RGB or grey, each curve at @p points values evenly spaced from
+/// 0 to 1, one curve after the other.
+/// @param points  At least 2. Tables of profiles have up to 4,096.
+/// @param light   Room for 3 * @p points values; those of the curves that there are get filled.
+/// @return 3, or 1 for grey; 0 if the bytes are another profile or none, or if it has look-up tables alone.
+GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
+
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);
 GFL_API void gflFreeIPTC(GFL_IPTC_DATA *data);
 GFL_API void gflFreeEXIF(GFL_EXIF_DATA *data);

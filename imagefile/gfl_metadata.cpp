@@ -10,6 +10,7 @@
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata_list.h"
+#include "metadata/tone_curves.h"
 
 #include <algorithm>
 
@@ -257,6 +258,19 @@ int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list)
         *list = made.release();
         return Status::Ok();
     });
+int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light)
+{
+    if (!profile || !light || points < 2)
+        return 0;
+    int curves = 0;
+    static_cast<void>(Guarded([&] {
+        for (const std::vector<double> &curve : ToneCurves(profile, bytes, static_cast<std::size_t>(points))) {
+            light = std::copy(curve.begin(), curve.end(), light);
+            ++curves;
+        }
+        return Status::Ok();
+    }));
+    return curves;
 }
 
 void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data)

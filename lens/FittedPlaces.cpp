@@ -72,17 +72,14 @@ FittedPlaces::FittedPlaces(const CorrectionTwin &twin, int cellSide)
       m_planes(twin.SplitsColors() ? kPlanes : kRedX),
       m_stride((twin.Maps().width / kBlockPixels + 1) * (kBlockPixels / cellSide) + 1)
 {
-    for (Corners *corners : {&m_above, &m_below}) {
-        corners->values.resize(static_cast<size_t>(m_planes) * m_stride);
-        corners->rough.resize(m_stride);
-    }
 }
 
-void FittedPlaces::Fill(Corners *corners, int row) const
+void FittedPlaces::Fill(CornerRow *corners, int row) const
 {
+    corners->values.resize(static_cast<size_t>(m_planes) * m_stride);
+    corners->rough.resize(m_stride);
     const double y = double(row) * m_side;
     const int needed = std::min(m_stride, (m_twin.Maps().width - 1) / m_side + 2);
-    corners->row = row;
     for (int i = 0; i < needed; ++i) {
         const double x = double(i) * m_side;
         const SourcePlaces places = m_twin.At(x, y);
@@ -93,22 +90,24 @@ void FittedPlaces::Fill(Corners *corners, int row) const
     }
 }
 
-void FittedPlaces::MoveTo(int y)
+void FittedPlaces::Hold(int firstRow, int rows)
 {
-    const int row = y / m_side;
-    if (m_above.row == row)
-        return;
-    if (m_below.row == row)
-        std::swap(m_above, m_below);
-    else
-        Fill(&m_above, row);
-    Fill(&m_below, row + 1);
+    const int first = firstRow / m_side, end = (firstRow + rows - 1) / m_side + 2;
+    if (m_rows.size() < static_cast<size_t>(end - first))
+        m_rows.resize(end - first);
+    int made = first;
+    for (; made < m_end && made >= m_first; ++made) // those that stand already move up
+        std::swap(m_rows[made - first], m_rows[made - m_first]);
+    for (; made < end; ++made)
+        Fill(&m_rows[made - first], made);
+    m_first = first;
+    m_end = end;
 }
 
-bool FittedPlaces::IsRough(int first, int end) const
+bool FittedPlaces::IsRough(int y, int first, int end) const
 {
-    const auto any = [&](const Corners &corners) {
-        return std::any_of(corners.rough.begin() + first, corners.rough.begin() + end + 1, [](bool b) { return b; });
+    const auto any = [&](const CornerRow &corners) {
+        return std::any_of(corners.rough.begin() + first, corners.rough.begin() + end + 1, [](auto b) { return b; });
     };
-    return any(m_above) || any(m_below);
+    return any(At(y)) || any(At(y + m_side));
 }

@@ -9,7 +9,7 @@
 /// exact ones and gains within 1/20,000, by second differences all over the picture.
 int CellSide(const CorrectionTwin &twin);
 
-/// Positions and gains at cell corners, for one row of pixels after the other. Values are floats: positions relative to
+/// Positions and gains at cell corners, for some rows of pixels. Values are floats: positions relative to
 /// the output pixel, so that large pictures lose nothing. One thread at a time.
 class FittedPlaces {
 public:
@@ -21,26 +21,26 @@ public:
 
     int CellSidePixels() const { return m_side; }
     int Planes() const { return m_planes; }
-    /// Moves to the cells that hold row @p y of the result, cheapest row after row.
-    void MoveTo(int y);
-    /// Of plane @p plane at the upper or lower corners of the cells. There are at least 64 / side + 1 values from any
-    /// pixel's cell on.
-    const float *Above(int plane) const { return m_above.values.data() + plane * m_stride; }
-    const float *Below(int plane) const { return m_below.values.data() + plane * m_stride; }
-    int Stride() const { return m_stride; }
-    /// Whether cells from @p first to before @p end have a corner near the end of a map: positions inside are then
-    /// to be had from the twin alone.
-    bool IsRough(int first, int end) const;
+    /// Makes the corners of the cells that hold rows @p firstRow to before @p firstRow + @p rows of the result.
+    /// Cheapest where calls go down the picture.
+    void Hold(int firstRow, int rows);
+    /// Of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are those of row
+    /// @p y + side. There are at least 64 / side + 1 values from any pixel's cell on.
+    const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
+    /// Whether cells from @p first to before @p end of row @p y have a corner near the end of a map: positions inside
+    /// are then available from the twin alone.
+    bool IsRough(int y, int first, int end) const;
 
 private:
-    struct Corners {
-        int row = -1; // of cells
+    struct CornerRow {
         std::vector<float> values;
         std::vector<unsigned char> rough;
     };
-    void Fill(Corners *corners, int row) const;
+    const CornerRow &At(int y) const { return m_rows[static_cast<size_t>(y / m_side - m_first)]; }
+    void Fill(CornerRow *corners, int row) const;
 
     const CorrectionTwin &m_twin;
     int m_side, m_planes, m_stride;
-    Corners m_above, m_below;
+    int m_first = 0, m_end = 0; // rows of corners
+    std::vector<CornerRow> m_rows;
 };

@@ -1,6 +1,6 @@
 #include "FittedWarp.h"
 
-#include "FittedWarpBlocks_p.h"
+#include "FittedWarpSharp_p.h"
 #include "KImage.h"
 
 #include <algorithm>
@@ -10,11 +10,22 @@ namespace {
 
 // One struct per instruction set; code inlined into its function is compiled for that set.
 
-struct Plain {
-    template <typename Kind> static bool Rows(const FittedWarp::Band &band) { return RenderRows<Kind>(band); }
+struct Baseline {
+#if VITRELUX_FITTED_VECTORS
+    using Codes = CodesBySse2;
+#else
+    using Codes = CodesPlainly;
+#endif
+    template <typename Kind> static bool Rows(const FittedWarp::Band &band)
+    {
+        return RenderRows<Kind>(band);
+    }
 };
 
+#if VITRELUX_FITTED_VECTORS
+
 struct Avx2 {
+    using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("avx2")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
@@ -22,27 +33,44 @@ struct Avx2 {
 };
 
 struct Avx512 {
+    using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("arch=x86-64-v4")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
     }
 };
 
+#endif
+
 using Rows = bool (*)(const FittedWarp::Band &);
 
-/// The loops by alpha and split colors.
-template <typename Set>
-constexpr Rows kRows[] = {Set::template Rows<Bilinear<false, false>>, Set::template Rows<Bilinear<false, true>>,
-                          Set::template Rows<Bilinear<true, false>>, Set::template Rows<Bilinear<true, true>>};
+struct Kinds {
+    Rows bilinear[2][2]; // by alpha and split colors
+    Rows sharpFloats[2][2];
+    Rows sharpCodes[2]; // by split colors
+};
 
-constexpr const Rows *kRowsOf[] = {kRows<Plain>, kRows<Avx2>, kRows<Avx512>};
+template <typename Set>
+constexpr Kinds kKindsOf = {
+    {{Set::template Rows<Bilinear<false, false>>, Set::template Rows<Bilinear<false, true>>},
+     {Set::template Rows<Bilinear<true, false>>, Set::template Rows<Bilinear<true, true>>}},
+    {{Set::template Rows<Sharp<SharpFloats<false, false>>>, Set::template Rows<Sharp<SharpFloats<false, true>>>},
+     {Set::template Rows<Sharp<SharpFloats<true, false>>>, Set::template Rows<Sharp<SharpFloats<true, true>>>}},
+    {Set::template Rows<Sharp<SharpCodes<typename Set::Codes, false>>>,
+     Set::template Rows<Sharp<SharpCodes<typename Set::Codes, true>>>}};
+
+#if VITRELUX_FITTED_VECTORS
+constexpr const Kinds *kKinds[] = {&kKindsOf<Baseline>, &kKindsOf<Avx2>, &kKindsOf<Avx512>};
+#else
+constexpr const Kinds *kKinds[] = {&kKindsOf<Baseline>};
+#endif
 
 } // namespace
 
 FittedWarp::FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source)
     : m_twin(correction),
       m_sampling(sampling),
-      m_light(light),
+      m_light(correction.light ? light : TransferCurve::Linear()),
       m_source(source),
       m_cellSide(CellSide(m_twin)),
       m_leavesEmpty(m_twin.LeavesEmpty())
@@ -96,6 +124,10 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
                        rows.width(),
                        rows.height(),
                        firstRow};
-    const int kind = (m_source.hasAlpha ? 2 : 0) + (m_twin.SplitsColors() ? 1 : 0);
-    return kRowsOf[static_cast<int>(instructions)][kind](band);
+    const Kinds &kinds = *kKinds[static_cast<int>(instructions)];
+    const bool alpha = m_source.hasAlpha, split = m_twin.SplitsColors();
+    const Rows render = m_sampling == Sampling::Bilinear ? kinds.bilinear[alpha][split]
+        : alpha || m_source.isFloat                      ? kinds.sharpFloats[alpha][split]
+                                                         : kinds.sharpCodes[split];
+    return render(band);
 }

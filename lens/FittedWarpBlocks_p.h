@@ -4,7 +4,7 @@
 #include "FittedWarpPlaces_p.h"
 
 #include <algorithm>
-#include <cmath>
+#include <memory>
 
 namespace {
 
@@ -133,8 +133,108 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
                            + std::int64_t(at.x[i]) * kPixelBytes);
 }
 
+// --- Light ---
+
+VITRELUX_INLINE Float4 Limited(Float4 value)
+{
+    const Float4 zero = Same(0.0F), one = Same(1.0F);
+    value = value > zero ? value : zero;
+    return value < one ? value : one;
+}
+
+/// Colors through one table per channel. Arguments are 0 or more, or not a number.
+VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
+{
+    using Int4 = std::int32_t __attribute__((vector_size(16)));
+    const TransferCurve::Table &shape = *tables[0]; // the same for all
+    const Float4 least = Same(shape.least), greatest = Same(shape.greatest);
+    Float4 held = value > least ? value : least;
+    held = held < greatest ? held : greatest;
+    Int4 bits;
+    std::memcpy(&bits, &held, sizeof bits);
+    const Int4 index = (bits >> shape.shift) - shape.first;
+    TransferCurve::Table::Segment segments[3];
+    for (int channel = 0; channel < 3; ++channel)
+        segments[channel] = tables[channel]->segments.data()[index[channel]];
+    return Float4{segments[0].start, segments[1].start, segments[2].start, 0.0F}
+    + Float4{segments[0].slope, segments[1].slope, segments[2].slope, 0.0F} * value;
+}
+
+VITRELUX_INLINE Float4 Magnitude(Float4 value)
+{
+    return value < Same(0.0F) ? -value : value;
+}
+
+/// A stored value whose light has grown by @p gain; alpha stays.
+struct Light {
+    explicit Light(const TransferCurve &light)
+        : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
+          toStored{&light.StoredTable(0), &light.StoredTable(1), &light.StoredTable(2)}
+    {
+    }
+
+    VITRELUX_INLINE Float4 Grown(Float4 sample, float gain) const
+    {
+        const Float4 stored = Magnitude(sample);
+        Float4 lit = Through(toStored, Through(toLight, stored) * Same(gain));
+        if (gain >= 1.0F) // where a curve is level, its inverse is not the value
+            lit = lit > stored ? lit : stored;
+        lit = sample < Same(0.0F) ? -lit : lit;
+        return Float4{lit[0], lit[1], lit[2], sample[3]};
+    }
+
+    const TransferCurve::Table *toLight[3], *toStored[3];
+};
+
+VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, Float4 lit)
+{
+    if (!band.form.isFloat)
+        lit = Limited(lit);
+    std::memcpy(target, &lit, sizeof lit);
+}
+
+/// Lets the light of the samples grow by the block's gains, and stores them.
+VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                              const float *gain)
+{
+    if (band.light.IsLinear()) {
+        for (int i = 0; i < block.count; ++i)
+            Store(band, block.target + i * kPixelBytes, samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F});
+        return;
+    }
+    const Light light(band.light);
+    for (int i = 0; i < block.count; ++i)
+        Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));
+}
+
+// --- Rows ---
+
+constexpr int kUnitRows = 32;
+
+/// @p Kind renders some rows with a scratch of its own.
+template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
+{
+    const auto scratch = std::make_unique<typename Kind::Scratch>();
+    for (int row = 0; row < band.rows; row += kUnitRows) {
+        const int rows = std::min(kUnitRows, band.rows - row);
+        band.places.Hold(band.firstRow + row, rows);
+        if (!Kind::Render(band, row, rows, scratch.get()))
+            return false;
+    }
+    return true;
+}
+
+/// The block @p x pixels and @p row rows into the band.
+VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
+{
+    return {x, band.firstRow + row, std::min(kBlockPixels, band.columns - x),
+            band.target + row * band.targetStride + std::int64_t(x) * kPixelBytes};
+}
+
 /// Bilinear samples of a block, with alpha.
 template <bool kAlpha, bool kSplit> struct Bilinear {
+    struct Scratch { };
+
     /// False if a row isn't in memory.
     VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,
                                        Float4 *samples)
@@ -152,48 +252,22 @@ template <bool kAlpha, bool kSplit> struct Bilinear {
             samples[i] = kSplit ? SampleSplit<kAlpha>(band, at, i) : SampleHeld<kAlpha>(band, at[kGreen], i);
         return true;
     }
-};
 
-// --- Light ---
-
-VITRELUX_INLINE Float4 Limited(Float4 value)
-{
-    const Float4 zero = Same(0.0F), one = Same(1.0F);
-    value = value > zero ? value : zero;
-    return value < one ? value : one;
-}
-
-/// Lets the light of the samples grow by the block's gains, and stores them.
-VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
-                              const float *gain)
-{
-    for (int i = 0; i < block.count; ++i) {
-        Float4 lit = samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F};
-        if (!band.form.isFloat)
-            lit = Limited(lit);
-        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
-    }
-}
-
-// --- Rows ---
-
-/// @p Kind samples.
-template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
-{
-    alignas(64) Float4 samples[kBlockPixels];
-    BlockPlaces places;
-    for (int row = 0; row < band.rows; ++row) {
-        band.places.MoveTo(band.firstRow + row);
-        for (int x = 0; x < band.columns; x += kBlockPixels) {
-            const Block block = {x, band.firstRow + row, std::min(kBlockPixels, band.columns - x),
-                                 band.target + row * band.targetStride + std::int64_t(x) * kPixelBytes};
-            FindPlaces(band, block, &places);
-            if (!Kind::Sample(band, block, places, samples))
-                return false;
-            StoreLit(band, block, samples, places.gain);
+    VITRELUX_INLINE static bool Render(const FittedWarp::Band &band, int firstRow, int rows, Scratch *)
+    {
+        alignas(64) Float4 samples[kBlockPixels];
+        BlockPlaces places;
+        for (int row = firstRow; row < firstRow + rows; ++row) {
+            for (int x = 0; x < band.columns; x += kBlockPixels) {
+                const Block block = BlockAt(band, x, row);
+                FindPlaces(band, block, &places);
+                if (!Sample(band, block, places, samples))
+                    return false;
+                StoreLit(band, block, samples, places.gain);
+            }
         }
+        return true;
     }
-    return true;
-}
+};
 
 } // namespace

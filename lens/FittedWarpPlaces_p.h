@@ -80,8 +80,8 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
                                                   places->of[kBlue].y};
     const float share = static_cast<float>(block.y % kSide) * (1.0F / kSide);
     for (int plane = 0; plane < cells.Planes(); ++plane)
-        Interpolate<kSide>(cells.Above(plane) + block.x / kSide, cells.Below(plane) + block.x / kSide, share,
-                           planes[plane]);
+        Interpolate<kSide>(cells.Corners(plane, block.y) + block.x / kSide,
+                           cells.Corners(plane, block.y + kSide) + block.x / kSide, share, planes[plane]);
 }
 
 /// Pixel by pixel from the twin; not numbers where a map is folded.
@@ -103,7 +103,7 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
 {
     const FittedPlaces &cells = band.places;
     const int side = cells.CellSidePixels();
-    if (cells.IsRough(block.x / side, (block.x + kBlockPixels) / side))
+    if (cells.IsRough(block.y, block.x / side, (block.x + kBlockPixels) / side))
         return FindExactly(band.twin, block, places);
     switch (side) {
     case 8:

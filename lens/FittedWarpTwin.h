@@ -17,13 +17,17 @@ public:
 
     using Pixel = std::array<double, 4>;
 
-    /// The pixel (@p x, @p y) of the result, RGBA. @p source is the whole picture in float RGBA.
-    Pixel At(const KImage &source, int x, int y) const;
+    /// The pixel (@p x, @p y) of the result, which may lie between pixels, as RGBA. @p source is the whole picture in
+    /// float RGBA.
+    Pixel At(const KImage &source, double x, double y) const;
+
+    /// Color @p color of @p source at @p place, and alpha there.
+    struct Sampled {
+        double value, alpha;
+    };
+    Sampled Sample(const KImage &source, SourcePlaces::Point place, int color) const;
 
 private:
-    /// Color @p color at @p place, and alpha there.
-    std::array<double, 2> Sample(const KImage &source, SourcePlaces::Point place, int color) const;
-
     CorrectionTwin m_twin;
     FittedWarp::Sampling m_sampling;
     TransferCurve m_light;

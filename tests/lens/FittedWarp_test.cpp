@@ -13,6 +13,8 @@ using Instructions = FloatWarp::Instructions;
 using Sampling = FittedWarp::Sampling;
 using Point = SourcePlaces::Point;
 
+constexpr auto kBaseline = Instructions(0);
+
 /// A lens model as text books have it, in units of its focal length.
 struct Model {
     double centerX, centerY, focalPixels, scale, k1, k2, t1, t2;
@@ -85,6 +87,9 @@ Pixels Rendered(const FittedWarp &warp, const Pixels &source, Instructions instr
 
 } // namespace
 
+Q_DECLARE_METATYPE(Sampling)
+Q_DECLARE_METATYPE(FittedWarp::Source)
+
 class tst_FittedWarp : public QObject {
     Q_OBJECT
 
@@ -95,6 +100,11 @@ private Q_SLOTS:
     void warpFollowsTheTwin();
     void foldsAreEmpty();
     void bandsAreTheWhole();
+    void transferCurves_data();
+    void transferCurves();
+    void flatFields_data();
+    void flatFields();
+    void badCurves();
 };
 
 void tst_FittedWarp::curveIsExactForCubics()
@@ -136,13 +146,19 @@ void tst_FittedWarp::warpFollowsTheTwin_data()
     QTest::addColumn<double>("bend");
     QTest::addColumn<double>("zoom");
     QTest::addColumn<bool>("split");
-    QTest::addColumn<bool>("alpha");
+    QTest::addColumn<Sampling>("sampling");
+    QTest::addColumn<FittedWarp::Source>("form");
+    const FittedWarp::Source forms[] = {{false, false}, {true, false}, {false, true}};
     for (QSize size : {QSize(1, 1), {3, 1}, {1, 70}, {67, 41}, {400, 267}})
-        for (int i = 0; i < 4; ++i)
-            QTest::addRow("%dx%d split=%d alpha=%d", size.width(), size.height(), i & 1, i & 2)
-                << size << 1.0 << 1.0 << bool(i & 1) << bool(i & 2);
-    QTest::addRow("cells of 1 pixel") << QSize(90, 60) << -9.0 << 0.7 << true << false;
-    QTest::addRow("everything outside") << QSize(90, 60) << 0.0 << 1e-3 << true << false;
+        for (int i = 0; i < 12; ++i)
+            QTest::addRow("%dx%d split=%d sharp=%d float=%d alpha=%d", size.width(), size.height(), i & 1, i & 2,
+                          forms[i / 4].isFloat, forms[i / 4].hasAlpha)
+                << size << 1.0 << 1.0 << bool(i & 1) << (i & 2 ? Sampling::Sharp : Sampling::Bilinear) << forms[i / 4];
+    for (Sampling sampling : {Sampling::Bilinear, Sampling::Sharp}) {
+        QTest::addRow("cells of 1 pixel, %d", int(sampling))
+            << QSize(90, 60) << -9.0 << 0.7 << true << sampling << forms[0];
+        QTest::addRow("all outside, %d", int(sampling)) << QSize(90, 60) << 0.0 << 1e-3 << true << sampling << forms[0];
+    }
 }
 
 /// Between random pixels, so that a place that is off by e pixels shows by e at most, times the gain.
@@ -152,32 +168,43 @@ void tst_FittedWarp::warpFollowsTheTwin()
     QFETCH(double, bend);
     QFETCH(double, zoom);
     QFETCH(bool, split);
-    QFETCH(bool, alpha);
+    QFETCH(Sampling, sampling);
+    QFETCH(FittedWarp::Source, form);
     Lens lens(size.width(), size.height(), bend, split);
     lens.fitted.zoom = zoom;
-    const FittedWarp::Source form = {/*isFloat=*/true, alpha};
     Pixels source = RandomPixels(size.width(), size.height(), 4, 32, 1);
-    for (int i = 3; alpha && i < source.values.size(); i += 4)
-        source.values[i] = 0.25F + 0.75F * float(i % 29) / 29.0F;
-    const FittedWarp warp(lens.fitted, Sampling::Bilinear, TransferCurve::Linear(), form);
-    const FittedWarpTwin twin(lens.fitted, Sampling::Bilinear, TransferCurve::Linear(), form);
+    for (int i = 0; i < source.values.size(); ++i)
+        source.values[i] = i % 4 == 3 ? 0.25F + 0.75F * float(i % 29) / 29.0F
+            : form.isFloat            ? source.values[i]
+                                      : qBound(0.0F, float(qRound(source.values[i] * 65535.0F)) / 65535.0F, 1.0F);
+    const FittedWarp warp(lens.fitted, sampling, TransferCurve::Linear(), form);
+    const FittedWarpTwin twin(lens.fitted, sampling, TransferCurve::Linear(), form);
     const CorrectionTwin places(lens.fitted);
-    const Pixels got = Rendered(warp, source, Instructions::Sse2);
+    const Pixels got = Rendered(warp, source, kBaseline);
     QVERIFY(!got.values.isEmpty());
     const GuardedImage from(source, 0);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            const FittedWarpTwin::Pixel want = twin.At(from.image, x, y);
-            const double tolerance = 0.01 * 2.0 * places.At(x, y).gain * (alpha ? 8.0 : 1.0);
-            for (int c = 0; c < 4; ++c)
-                QVERIFY2(std::abs(got.At(x, y, c) - want[c]) < tolerance,
-                         qPrintable(QStringLiteral("(%1, %2) channel %3: %4, not %5")
-                                        .arg(x)
-                                        .arg(y)
-                                        .arg(c)
-                                        .arg(double(got.At(x, y, c)))
-                                        .arg(want[c])));
+    const int step = size.width() > 100 ? 7 : 1; // odd, so that it meets every column of a block
+    for (int i = 0; i < size.width() * size.height(); i += step) {
+        const int x = i % size.width(), y = i / size.width();
+        // Limits are not continuous from one pixel to the next: a place may be in either of two.
+        FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
+        for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
+            const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
+            for (int c = 0; c < 4; ++c) {
+                least[c] = std::min(least[c], near[c]);
+                greatest[c] = std::max(greatest[c], near[c]);
+            }
         }
+        const double tolerance = 0.02 * places.At(x, y).gain * (form.hasAlpha ? 8.0 : 1.0);
+        for (int c = 0; c < 4; ++c)
+            QVERIFY2(got.At(x, y, c) > least[c] - tolerance && got.At(x, y, c) < greatest[c] + tolerance,
+                     qPrintable(QStringLiteral("(%1, %2) channel %3: %4, not %5 to %6")
+                                    .arg(x)
+                                    .arg(y)
+                                    .arg(c)
+                                    .arg(double(got.At(x, y, c)))
+                                    .arg(least[c])
+                                    .arg(greatest[c])));
     }
     for (Instructions instructions : {Instructions::Avx2, Instructions::Avx512})
         if (instructions <= FloatWarp::BestInstructions())
@@ -206,8 +233,10 @@ void tst_FittedWarp::bandsAreTheWhole()
     constexpr int kWidth = 150, kHeight = 120;
     const Pixels source = RandomPixels(kWidth, kHeight, 4, 32, 5);
     const GuardedImage from(source, 0);
-    for (double bend : {-3.0, 1.0, 4.0}) {
-        const FittedWarp warp(Lens(kWidth, kHeight, bend).fitted, Sampling::Bilinear, TransferCurve::Linear(), {});
+    for (int i = 0; i < 6; ++i) {
+        const double bends[] = {-3.0, 1.0, 4.0};
+        const FittedWarp warp(Lens(kWidth, kHeight, bends[i / 2]).fitted, i % 2 ? Sampling::Bilinear : Sampling::Sharp,
+                              TransferCurve::Linear(), {});
         const Pixels whole = Rendered(warp, source, FloatWarp::BestInstructions());
         GuardedImage banded(source, 0);
         for (int y = 0; y < kHeight; y += 7) {
@@ -226,6 +255,159 @@ void tst_FittedWarp::bandsAreTheWhole()
         }
         QCOMPARE(FirstDifference(banded.Read(), whole), QString());
     }
+}
+
+namespace {
+
+double SrgbLight(double v)
+{
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+
+/// Steep first, then soft: no power of anything.
+double BentLight(double v)
+{
+    return 0.3 * v + 0.7 * v * v * v;
+}
+
+std::vector<double> Sampled(double (*light)(double), int points)
+{
+    std::vector<double> samples;
+    for (int i = 0; i < points; ++i)
+        samples.push_back(light(double(i) / (points - 1)));
+    return samples;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(TransferCurve)
+using Function = double (*)(double);
+Q_DECLARE_METATYPE(Function)
+
+void tst_FittedWarp::transferCurves_data()
+{
+    QTest::addColumn<TransferCurve>("curve");
+    QTest::addColumn<Function>("light");
+    QTest::newRow("linear") << TransferCurve::Linear() << Function([](double v) { return v; });
+    QTest::newRow("sRGB") << TransferCurve::Srgb() << Function(SrgbLight);
+    QTest::newRow("gamma 1.8") << TransferCurve::Power(1.8) << Function([](double v) { return std::pow(v, 1.8); });
+    const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
+    QTest::newRow("Adobe RGB") << TransferCurve::Power(563.0 / 256.0) << adobe;
+    QTest::newRow("points") << *TransferCurve::FromSamples({Sampled(BentLight, 4097)}) << Function(BentLight);
+}
+
+/// By the warp, which has tables: out is the value of g times the light of in, to a sixth of a code of 16 bits.
+void tst_FittedWarp::transferCurves()
+{
+    QFETCH(TransferCurve, curve);
+    QFETCH(Function, light);
+    constexpr int kWidth = 500;
+    Correction correction;
+    correction.width = kWidth;
+    correction.height = 1;
+    for (double gain : {1.0, 1.5, 4.0, 16.0}) {
+        correction.light = GainMap{0.0, 0.0, RadialCurve(gain)};
+        const Pixels source = Made(kWidth, 1, [](int x, int) { return std::round(0.263 * x * x) / 65535.0; });
+        for (bool isFloat : {false, true}) {
+            const FittedWarp warp(correction, Sampling::Bilinear, curve, {isFloat, false});
+            const Pixels got = Rendered(warp, source, kBaseline);
+            for (int x = 0; x < kWidth; ++x) {
+                // Found by bisection, not by an inverse.
+                const double wanted = gain * light(double(source.At(x, 0, 0)));
+                const double bright = double(got.At(x, 0, 0)), error = 1e-5 * std::max(bright, 0.25);
+                if (wanted >= 1.0 && !isFloat)
+                    QCOMPARE(got.At(x, 0, 0), 1.0F);
+                else if (wanted <= 1.0)
+                    QVERIFY2(
+                        light(bright + error) >= wanted && light(std::max(bright - error, 0.0)) <= wanted,
+                        qPrintable(QStringLiteral("%1 times %2: %3").arg(source.At(x, 0, 0)).arg(gain).arg(bright)));
+                else
+                    QVERIFY(bright > 1.0 - error);
+            }
+            QCOMPARE(got.At(0, 0, 1), 0.0F);
+        }
+        Pixels negative = source;
+        for (float &value : negative.values)
+            value = -value;
+        const FittedWarp warp(correction, Sampling::Bilinear, curve, {/*isFloat=*/true, false});
+        QCOMPARE(Rendered(warp, negative, kBaseline).At(99, 0, 2),
+                 -Rendered(warp, source, kBaseline).At(99, 0, 2));
+    }
+}
+
+void tst_FittedWarp::flatFields_data()
+{
+    QTest::addColumn<TransferCurve>("curve");
+    QTest::addColumn<Function>("light");
+    QTest::addColumn<int>("greatest"); // code; 0: float
+    for (int greatest : {255, 65535}) {
+        QTest::addRow("sRGB up to %d", greatest) << TransferCurve::Srgb() << Function(SrgbLight) << greatest;
+        const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
+        QTest::addRow("Adobe RGB up to %d", greatest) << TransferCurve::Power(563.0 / 256.0) << adobe << greatest;
+        const Function proPhoto = [](double v) { return std::pow(v, 1.8); };
+        QTest::addRow("ProPhoto up to %d", greatest) << TransferCurve::Power(1.8) << proPhoto << greatest;
+        QTest::addRow("points up to %d", greatest)
+            << *TransferCurve::FromSamples({Sampled(BentLight, 1024)}) << Function(BentLight) << greatest;
+    }
+    QTest::newRow("float") << TransferCurve::Linear() << Function([](double v) { return v; }) << 0;
+}
+
+/// Grey, darkened in light by up to 2 EV in the corners.
+void tst_FittedWarp::flatFields()
+{
+    QFETCH(TransferCurve, curve);
+    QFETCH(Function, light);
+    QFETCH(int, greatest);
+    constexpr int kWidth = 120, kHeight = 80;
+    const double radius2 = std::pow((kWidth - 1) / 2.0, 2) + std::pow((kHeight - 1) / 2.0, 2);
+    std::vector<double> gain;
+    for (int i = 0; i <= 64; ++i)
+        gain.push_back(1.0 / (1.0 - 0.75 * i / 64.0));
+    Correction correction;
+    correction.width = kWidth;
+    correction.height = kHeight;
+    correction.light = GainMap{(kWidth - 1) / 2.0, (kHeight - 1) / 2.0, RadialCurve(radius2 / 64.0, gain)};
+    const double grey = greatest ? std::round(0.7 * greatest) / greatest : 3.0;
+    const Pixels source = Made(kWidth, kHeight, [&](int x, int y) {
+        const double r2 = std::pow(x - (kWidth - 1) / 2.0, 2) + std::pow(y - (kHeight - 1) / 2.0, 2);
+        const double wanted = light(grey) * (1.0 - 0.75 * r2 / radius2);
+        double low = 0.0, high = 4.0;
+        for (int i = 0; i < 60; ++i)
+            (light((low + high) / 2.0) < wanted ? low : high) = (low + high) / 2.0;
+        return greatest ? std::round(low * greatest) / greatest : low;
+    });
+    for (Sampling sampling : {Sampling::Bilinear, Sampling::Sharp}) {
+        const FittedWarp warp(correction, sampling, curve, {/*isFloat=*/greatest == 0, false});
+        const Pixels got = Rendered(warp, source, FloatWarp::BestInstructions());
+        double most = 0.0;
+        for (int i = 0; i < got.values.size(); ++i)
+            if (i % 4 != 3)
+                most = std::max(most, std::abs(double(got.values[i]) - grey));
+        if (greatest == 255)
+            QVERIFY2(std::round(most * 255) <= 1.0, qPrintable(QString::number(most * 255)));
+        else
+            QVERIFY2(most / grey <= 1e-3, qPrintable(QString::number(most)));
+    }
+}
+
+void tst_FittedWarp::badCurves()
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const std::vector<std::vector<double>> &curves :
+         std::vector<std::vector<std::vector<double>>>{{}, {{0.5}}, {{0, 0}}, {{1, 0}}, {{0, nan}}, {{0, 1}, {0, 1}}})
+        QVERIFY(!TransferCurve::FromSamples(curves));
+    // Level at both ends: black and white stay, and nothing in between gets darker.
+    const TransferCurve level = *TransferCurve::FromSamples({{0.1, 0.1, 0.6, 0.4, 0.6, 0.6}});
+    Correction correction;
+    correction.width = 101;
+    correction.height = 1;
+    correction.light = GainMap{0.0, 0.0, RadialCurve(1.0)};
+    const Pixels source = Made(101, 1, [](int x, int) { return x / 100.0; });
+    const FittedWarp warp(correction, Sampling::Bilinear, level, {});
+    const Pixels got = Rendered(warp, source, kBaseline);
+    for (int x = 0; x < 101; ++x)
+        QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
+    QCOMPARE(got.At(0, 0, 0), 0.0F);
 }
 
 QTEST_GUILESS_MAIN(tst_FittedWarp)

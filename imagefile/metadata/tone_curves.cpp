@@ -1,0 +1,64 @@
+#include "tone_curves.h"
+
+#include <lcms2.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+namespace imagefile {
+
+namespace {
+
+struct CloseProfile {
+    void operator()(void *profile) const { cmsCloseProfile(profile); }
+};
+using ProfilePtr = std::unique_ptr<void, CloseProfile>;
+
+/// lcms2 evaluates formulas in floating point, but rounds what it finds between the entries of a table to 16 bits,
+/// which are few in the shadows.
+double LightAt(const cmsToneCurve *curve, double stored)
+{
+    if (cmsGetToneCurveParametricType(curve) != 0)
+        return static_cast<double>(cmsEvalToneCurveFloat(curve, static_cast<cmsFloat32Number>(stored)));
+    const cmsUInt16Number *table = cmsGetToneCurveEstimatedTable(curve);
+    const std::size_t last = cmsGetToneCurveEstimatedTableEntries(curve) - 1;
+    const double at = stored * static_cast<double>(last);
+    const std::size_t before = std::min(static_cast<std::size_t>(at), last == 0 ? 0 : last - 1);
+    const double from = table[before], to = table[std::min(before + 1, last)];
+    return (from + (at - static_cast<double>(before)) * (to - from)) / 65535.0;
+}
+
+std::vector<double> Sampled(const cmsToneCurve *curve, std::size_t points)
+{
+    std::vector<double> light(points);
+    for (std::size_t i = 0; i < points; ++i)
+        light[i] = LightAt(curve, static_cast<double>(i) / static_cast<double>(points - 1));
+    return light;
+}
+
+} // namespace
+
+std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t bytes, std::size_t points)
+{
+    if (bytes > std::numeric_limits<cmsUInt32Number>::max() || points < 2)
+        return {};
+    const ProfilePtr opened(cmsOpenProfileFromMem(profile, static_cast<cmsUInt32Number>(bytes)));
+    if (!opened)
+        return {};
+    std::vector<cmsTagSignature> tags;
+    if (cmsGetColorSpace(opened.get()) == cmsSigRgbData)
+        tags = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
+    else if (cmsGetColorSpace(opened.get()) == cmsSigGrayData)
+        tags = {cmsSigGrayTRCTag};
+    std::vector<std::vector<double>> curves;
+    for (cmsTagSignature tag : tags) {
+        const auto *curve = static_cast<const cmsToneCurve *>(cmsReadTag(opened.get(), tag)); // the profile's
+        if (!curve)
+            return {};
+        curves.push_back(Sampled(curve, points));
+    }
+    return curves;
+}
+
+} // namespace imagefile

@@ -1,0 +1,35 @@
+// Weights of sharp sampling.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+/// Weights of the six neighbors along one axis, the third being the one at or before the place, for each of 1,024
+/// phases between it and the next.
+///
+/// Least squares: of all weights whose sum is 1 and whose first moment is the phase, those whose response is nearest to
+/// a pure shift over all frequencies up to 0.37 cycles per pixel. They are rounded to integers that keep sum and moment
+/// exactly, so that areas stay flat and ramps stay ramps to the last bit.
+class SharpKernel {
+public:
+    static constexpr int kTaps = 6;
+    static constexpr int kBefore = 2; ///< taps before the pixel at or before the place
+    static constexpr int kPhaseBits = 10;
+    static constexpr int kPhases = 1 << kPhaseBits;
+    static constexpr int kOne = 1 << 14; ///< sum of the integer weights
+
+    /// Made at first use. Any thread.
+    static const SharpKernel &Get();
+
+    /// @p phase is from 0 to kPhases - 1.
+    const std::int16_t *Weights(int phase) const { return m_weights[static_cast<std::size_t>(phase)].data(); }
+    /// The same over kOne, followed by two zeros.
+    const float *Shares(int phase) const { return m_shares[static_cast<std::size_t>(phase)].data(); }
+
+private:
+    SharpKernel();
+
+    static constexpr int kPadded = 8;
+    alignas(64) std::array<std::array<float, kPadded>, kPhases> m_shares;
+    alignas(64) std::array<std::array<std::int16_t, kPadded>, kPhases> m_weights; // two zeros at the end too
+};

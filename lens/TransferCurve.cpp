@@ -1,0 +1,149 @@
+#include "TransferCurve.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+using Table = TransferCurve::Table;
+
+std::int32_t BitsOf(float value)
+{
+    std::int32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+float FloatOf(std::int32_t bits)
+{
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+/// Segments over 2^@p firstOctave to 2^@p endOctave, 2^@p splitBits per octave.
+Table TableOf(const std::function<double(double)> &function, int firstOctave, int endOctave, int splitBits)
+{
+    constexpr int kMantissaBits = 23;
+    Table table;
+    table.least = std::ldexp(1.0F, firstOctave);
+    table.greatest = std::nextafter(std::ldexp(1.0F, endOctave), 0.0F);
+    table.shift = kMantissaBits - splitBits;
+    table.first = BitsOf(table.least) >> table.shift;
+    const int count = (BitsOf(table.greatest) >> table.shift) - table.first + 1;
+    for (int i = 0; i < count; ++i) {
+        const double from = i == 0 ? 0.0 : double(FloatOf((table.first + i) << table.shift));
+        const double to = double(FloatOf((table.first + i + 1) << table.shift));
+        const double atFrom = i == 0 ? 0.0 : function(from), slope = (function(to) - atFrom) / (to - from);
+        // Half of what a chord is off by in the middle, so that it is off as much to both sides.
+        const double lift = i == 0 ? 0.0 : (function((from + to) / 2.0) - (atFrom + function(to)) / 2.0) / 2.0;
+        table.segments.push_back({static_cast<float>(atFrom + lift - slope * from), static_cast<float>(slope)});
+    }
+    return table;
+}
+
+double Odd(const std::function<double(double)> &function, double value)
+{
+    return value > 0.0 ? function(value) : value < 0.0 ? -function(-value) : 0.0;
+}
+
+/// A curve by points, which rise somewhere and fall nowhere.
+class SampledCurve {
+public:
+    explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))
+    {
+        const double last = m_light.back(), before = m_light[m_light.size() - 2];
+        const double slope = (last - before) * double(m_light.size() - 1) / last;
+        constexpr double kFlattest = 0.25, kSteepest = 4.0;
+        m_power = std::clamp(slope, kFlattest, kSteepest);
+        const auto white = std::lower_bound(m_light.begin(), m_light.end(), last);
+        m_white = double(white - m_light.begin()) / double(m_light.size() - 1);
+    }
+
+    double Light(double stored) const
+    {
+        if (stored >= 1.0)
+            return m_light.back() * std::pow(stored, m_power);
+        const double at = stored * double(m_light.size() - 1);
+        const auto before = static_cast<size_t>(at);
+        return m_light[before] + (at - double(before)) * (m_light[before + 1] - m_light[before]);
+    }
+
+    /// The least value where the curve is level.
+    double Stored(double light) const
+    {
+        if (light >= m_light.back())
+            return m_white * std::pow(light / m_light.back(), 1.0 / m_power);
+        const auto after = std::lower_bound(m_light.begin(), m_light.end(), light); // not the first, which is 0
+        const double above = *after, below = *(after - 1);
+        return (double(after - m_light.begin()) - 1.0 + (light - below) / (above - below)) / double(m_light.size() - 1);
+    }
+
+private:
+    std::vector<double> m_light;
+    double m_power; // above 1
+    double m_white; // the least value of the last light
+};
+
+} // namespace
+
+TransferCurve::Channel::Channel(Function toLight, Function toStored)
+    : light(std::move(toLight)),
+      stored(std::move(toStored)),
+      // From below the first code of 16 bits to three octaves above white, which only float pictures reach. The errors
+      // are below 1/60,000 of the value.
+      lightTable(TableOf(light, -17, 3, 7)),
+      storedTable(TableOf(stored, -40, 12, 6))
+{
+}
+
+TransferCurve TransferCurve::Srgb()
+{
+    const auto light = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+    const auto stored = [](double l) {
+        return l <= 0.04045 / 12.92 ? l * 12.92 : 1.055 * std::pow(l, 1.0 / 2.4) - 0.055;
+    };
+    static const TransferCurve s_curve(Channels{Channel(light, stored)});
+    return s_curve;
+}
+
+TransferCurve TransferCurve::Power(double gamma)
+{
+    if (gamma == 1.0)
+        return Linear();
+    return TransferCurve(Channels{
+        Channel([=](double v) { return std::pow(v, gamma); }, [=](double l) { return std::pow(l, 1.0 / gamma); })});
+}
+
+std::optional<TransferCurve> TransferCurve::FromSamples(const std::vector<std::vector<double>> &curves)
+{
+    Channels channels;
+    for (std::vector<double> light : curves) {
+        if (light.size() < 2 || !std::all_of(light.begin(), light.end(), [](double l) { return std::isfinite(l); }))
+            return std::nullopt;
+        const double black = light.front();
+        double greatest = 0.0;
+        for (double &value : light)
+            value = greatest = std::max(greatest, value - black);
+        if (!(greatest > 0.0))
+            return std::nullopt;
+        const auto curve = std::make_shared<const SampledCurve>(std::move(light));
+        channels.emplace_back([=](double v) { return curve->Light(v); }, [=](double l) { return curve->Stored(l); });
+    }
+    if (channels.size() != 1 && channels.size() != 3)
+        return std::nullopt;
+    return TransferCurve(std::move(channels));
+}
+
+double TransferCurve::Light(int channel, double stored) const
+{
+    return m_channels ? Odd((*m_channels)[Index(channel)].light, stored) : stored;
+}
+
+double TransferCurve::Stored(int channel, double light) const
+{
+    return m_channels ? Odd((*m_channels)[Index(channel)].stored, light) : light;
+}

@@ -1,0 +1,130 @@
+// Tone curves of ICC profiles: formulas, tables, grey, and profiles without any.
+#include "Bitmaps.h"
+#include "gfl.h"
+
+#include <QtTest>
+
+#include <lcms2.h>
+
+#include <cmath>
+
+namespace {
+
+using Light = double (*)(double);
+
+constexpr int kPoints = 513;
+
+QByteArray Bytes(cmsHPROFILE profile)
+{
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    QByteArray bytes(int(size), '\0');
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
+cmsToneCurve *Table(Light light, int entries)
+{
+    std::vector<cmsUInt16Number> table;
+    for (int i = 0; i < entries; ++i)
+        table.push_back(cmsUInt16Number(std::lround(light(double(i) / (entries - 1)) * 65535.0)));
+    return cmsBuildTabulatedToneCurve16(nullptr, cmsUInt32Number(entries), table.data());
+}
+
+QByteArray RgbProfile(cmsToneCurve *red, cmsToneCurve *green, cmsToneCurve *blue)
+{
+    const cmsCIExyY white = {0.3127, 0.3290, 1.0};
+    const cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1.0}, {0.30, 0.60, 1.0}, {0.15, 0.06, 1.0}};
+    cmsToneCurve *curves[] = {red, green, blue};
+    const QByteArray bytes = Bytes(cmsCreateRGBProfile(&white, &primaries, curves));
+    for (cmsToneCurve *curve : curves)
+        cmsFreeToneCurve(curve);
+    return bytes;
+}
+
+QByteArray GreyProfile(double gamma)
+{
+    cmsToneCurve *curve = cmsBuildGamma(nullptr, gamma);
+    const QByteArray bytes = Bytes(cmsCreateGrayProfile(cmsD50_xyY(), curve));
+    cmsFreeToneCurve(curve);
+    return bytes;
+}
+
+double Srgb(double v)
+{
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+
+double Gamma18(double v)
+{
+    return std::pow(v, 1.8);
+}
+
+double Square(double v)
+{
+    return v * v;
+}
+
+double Identity(double v)
+{
+    return v;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Light)
+
+class tst_ToneCurves : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void curvesAreTheProfiles_data();
+    void curvesAreTheProfiles();
+    void profilesWithout();
+};
+
+void tst_ToneCurves::curvesAreTheProfiles_data()
+{
+    QTest::addColumn<QByteArray>("profile");
+    QTest::addColumn<QVector<Light>>("light");
+    QTest::addColumn<double>("tolerance"); // formulas hold numbers of 16 bits behind the point, tables of 16 in all
+    QTest::newRow("sRGB") << Bytes(cmsCreate_sRGBProfile()) << QVector<Light>{Srgb, Srgb, Srgb} << 3e-5;
+    QTest::newRow("gamma 1.8, table, linear")
+        << RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Square, 257), cmsBuildGamma(nullptr, 1.0))
+        << QVector<Light>{Gamma18, Square, Identity} << 1e-3;
+    QTest::newRow("table of sRGB") << RgbProfile(Table(Srgb, 1024), Table(Srgb, 4096), Table(Srgb, 513))
+                                   << QVector<Light>{Srgb, Srgb, Srgb} << 9e-6;
+    QTest::newRow("grey") << GreyProfile(2.0) << QVector<Light>{Square} << 1e-6;
+}
+
+void tst_ToneCurves::curvesAreTheProfiles()
+{
+    QFETCH(QByteArray, profile);
+    QFETCH(QVector<Light>, light);
+    QFETCH(double, tolerance);
+    std::vector<double> got(3 * kPoints, -1.0);
+    QCOMPARE(gflToneCurves(profile.constData(), quint32(profile.size()), kPoints, got.data()), light.size());
+    for (int curve = 0; curve < light.size(); ++curve)
+        for (int i = 0; i < kPoints; ++i) {
+            const double have = got[size_t(curve * kPoints + i)], want = light[curve](i / (kPoints - 1.0));
+            QVERIFY2(std::abs(have - want) <= tolerance,
+                     qPrintable(QString::asprintf("curve %d at %d: got %g, expected %g", curve, i, have, want)));
+        }
+    if (light.size() == 1)
+        QCOMPARE(got[kPoints], -1.0);
+}
+
+void tst_ToneCurves::profilesWithout()
+{
+    std::vector<double> light(6);
+    const QByteArray whole = Bytes(cmsCreate_sRGBProfile());
+    for (const QByteArray &profile :
+         {InkProfile(), Bytes(cmsCreateLab4Profile(nullptr)), QByteArray("no profile"), QByteArray(), whole.left(200)})
+        QCOMPARE(gflToneCurves(profile.constData(), quint32(profile.size()), 2, light.data()), 0);
+    QCOMPARE(gflToneCurves(nullptr, 9, 2, light.data()), 0);
+    QCOMPARE(gflToneCurves(whole.constData(), quint32(whole.size()), 1, light.data()), 0);
+}
+
+QTEST_GUILESS_MAIN(tst_ToneCurves)
+#include "ToneCurves_test.moc"

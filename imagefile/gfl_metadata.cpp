@@ -258,6 +258,8 @@ int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list)
         *list = made.release();
         return Status::Ok();
     });
+}
+
 int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light)
 {
     if (!profile || !light || points < 2)

@@ -2,6 +2,7 @@
 
 #include "core/allocator.h"
 #include "formats.h"
+#include "raw/raw_codec.h"
 #include "raw/raw_facts.h"
 
 #include <algorithm>

@@ -46,11 +46,15 @@ bool Break(const QString &path)
 
 } // namespace
 
-void *operator new(std::size_t size)
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
 {
     if (allocationsLeft > 0)
         --allocationsLeft;
-    void *block = allocationsLeft == 0 ? nullptr : std::malloc(size);
+    return allocationsLeft == 0 ? nullptr : std::malloc(size);
+}
+void *operator new(std::size_t size)
+{
+    void *block = operator new(size, std::nothrow);
     if (!block)
         throw std::bad_alloc();
     return block;

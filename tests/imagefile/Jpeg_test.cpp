@@ -171,6 +171,8 @@ void tst_Jpeg::damaged()
         LoadFromMemory(QByteArray(restarts).remove(third, missing), &error);
         QVERIFY2(error == GFL_ERROR_FILE_READ, QByteArray::number(missing) + " bytes");
     }
+    LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker of another number
+    QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 }
 
 void tst_Jpeg::writes()

@@ -116,7 +116,7 @@ RadialMap Map(double centerX, double centerY, double scale, double k1, double k2
 }
 
 /// The same lens as Profile's.
-Correction FittedLens(FloatWarp::Switches switches)
+Correction FittedLens(Corrections switches)
 {
     Correction correction;
     correction.width = kLongSide;
@@ -127,12 +127,12 @@ Correction FittedLens(FloatWarp::Switches switches)
         correction.red = Map(3011, 1988, 1.0003, 0.0006, -0.0004, 0.0001);
         correction.blue = Map(3011, 1988, 0.9996, 0.0006, -0.0004, 0.0001);
     }
-    if (switches.falloff)
+    if (switches.vignetting)
         correction.light = GainMap{3011, 1988, Map(0, 0, 1.0, 0.6, 0.11, 0.0).factor};
     return correction;
 }
 
-void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, FloatWarp::Switches switches,
+void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, Corrections switches,
                const TransferCurve &light, FloatWarp::Instructions instructions)
 {
     if (instructions > FloatWarp::BestInstructions())

@@ -209,7 +209,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
 
 // --- Rows ---
 
-constexpr int kUnitRows = 32;
+constexpr int kUnitRows = 64;
 
 /// @p Kind renders some rows with a scratch of its own.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)

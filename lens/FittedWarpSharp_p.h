@@ -6,10 +6,11 @@
 #include "SharpRun_p.h"
 
 #include <limits>
+#include <optional>
 
 namespace {
 
-constexpr int kUnitBlocks = 2; // side by side
+constexpr int kUnitColumns = 2 * kBlockPixels;
 
 /// The place of channel 0 to 2, red to blue, where colors have places of their own.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
@@ -28,9 +29,10 @@ struct SharpBlock {
 };
 
 /// What a call of Render needs to work with, made once.
-template <typename Plane> struct SharpScratch {
-    SharpBlock blocks[kUnitRows * kUnitBlocks];
+template <typename Plane, typename Value> struct SharpScratch {
+    SharpBlock block;
     Plane planes[4];
+    AllowanceRows<Value> allowances;
     const SharpKernel &kernel = SharpKernel::Get();
 };
 
@@ -68,22 +70,75 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
         && std::find(found->isEmpty, found->isEmpty + block.count, true) != found->isEmpty + block.count;
 }
 
-/// Widens @p bounds to the pixels that are not empty.
-template <bool kSplit> VITRELUX_INLINE void Include(const SharpBlock &block, int count, Bounds *bounds)
+/// Widens @p bounds to a position.
+VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 {
-    Bounds b = *bounds;
-    for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color) {
-        const SharpPlaces &at = block.of[color];
-        for (int i = 0; i < count; ++i) {
-            if (block.anyEmpty && block.isEmpty[i])
-                continue;
-            b.left = std::min(b.left, at.x[i]);
-            b.right = std::max(b.right, at.x[i]);
-            b.top = std::min(b.top, at.y[i]);
-            b.bottom = std::max(b.bottom, at.y[i]);
+    // A pixel more to each side than positions between the corners can reach, for the rounding of phases.
+    float rest;
+    const int left = Floor(x, &rest) - 1, top = Floor(y, &rest) - 1;
+    bounds->left = std::min(bounds->left, left);
+    bounds->right = std::max(bounds->right, left + 2);
+    bounds->top = std::min(bounds->top, top);
+    bounds->bottom = std::max(bounds->bottom, top + 2);
+}
+
+/// Widens @p bounds to the places of a block's pixels that are not empty.
+template <bool kSplit>
+VITRELUX_INLINE void IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
+{
+    FindSharpBlock<kSplit>(band, block, found);
+    for (int i = 0; i < block.count; ++i)
+        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1) && !found->isEmpty[i]; ++color)
+            Include(static_cast<float>(found->of[color].x[i]), static_cast<float>(found->of[color].y[i]), bounds);
+}
+
+/// A part of a band, in its pixels.
+struct Unit {
+    int x, row, columns, rows;
+};
+
+/// Widens @p bounds to the places of a unit's pixels: they lie between those of the corners of its cells.
+template <bool kSplit>
+VITRELUX_INLINE void IncludeCorners(const FittedWarp::Band &band, const Unit &unit, Bounds *bounds)
+{
+    const FittedPlaces &cells = band.places;
+    const int side = cells.CellSidePixels(), endCell = (unit.x + unit.columns - 1) / side + 1;
+    const int firstY = band.firstRow + unit.row;
+    for (int y = firstY / side * side; y < firstY + unit.rows - 1 + side; y += side) {
+        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color) {
+            const float *atX = cells.Corners(FittedPlaces::kGreenX + 2 * color, y),
+                        *atY = cells.Corners(FittedPlaces::kGreenY + 2 * color, y);
+            for (int cell = unit.x / side; cell <= endCell; ++cell)
+                Include(static_cast<float>(cell * side) + atX[cell], static_cast<float>(y) + atY[cell], bounds);
         }
     }
-    *bounds = b;
+}
+
+inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
+{
+    const int side = band.places.CellSidePixels(), last = unit.x + unit.columns - 1;
+    for (int row = unit.row; row < unit.row + unit.rows; ++row)
+        if (band.places.IsRough(band.firstRow + row, unit.x / side, (last | (kBlockPixels - 1)) / side + 1))
+            return true;
+    return false;
+}
+
+/// Where the places of a unit's pixels lie, within reach of the picture; nothing if all are empty.
+template <bool kSplit>
+VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch)
+{
+    constexpr int kNone = std::numeric_limits<int>::max();
+    Bounds bounds = {kNone, kNone, -kNone, -kNone};
+    if (!IsRough(band, unit))
+        IncludeCorners<kSplit>(band, unit, &bounds);
+    else
+        for (int row = unit.row; row < unit.row + unit.rows; ++row)
+            for (int x = unit.x; x < unit.x + unit.columns; x += kBlockPixels)
+                IncludeAll<kSplit>(band, BlockAt(band, x, row), scratch, &bounds);
+    if (bounds.left == kNone)
+        return std::nullopt;
+    return Bounds{std::clamp(bounds.left, -2, band.width), std::clamp(bounds.top, -2, band.height),
+                  std::clamp(bounds.right, -2, band.width), std::clamp(bounds.bottom, -2, band.height)};
 }
 
 /// Colors of a sum divided by its alphas, which become the greens'.
@@ -98,12 +153,12 @@ VITRELUX_INLINE Float4 Unpremultiplied(Float4 sums, Float4 alphas)
 
 /// Integer pictures without alpha.
 template <typename Codes, bool kSplit> struct SharpCodes {
-    using Scratch = SharpScratch<CodePlane>;
+    using Scratch = SharpScratch<CodePlane, std::int16_t>;
     static constexpr bool kSplits = kSplit;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
     {
-        return FillBox<typename Codes::Shorts>(band, shape, scratch->planes);
+        return FillBox<typename Codes::Shorts>(band, shape, scratch->planes, &scratch->allowances);
     }
     VITRELUX_INLINE static void Sample(const SharpRun &run, const Scratch &scratch, Float4 *samples)
     {
@@ -113,13 +168,13 @@ template <typename Codes, bool kSplit> struct SharpCodes {
 
 /// Float pictures, and all with alpha.
 template <bool kAlpha, bool kSplit> struct SharpFloats {
-    using Scratch = SharpScratch<FloatPlane>;
+    using Scratch = SharpScratch<FloatPlane, float>;
     using Floats = float __attribute__((vector_size(32)));
     static constexpr bool kSplits = kSplit;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
     {
-        return FillBox<Floats, kAlpha>(band, shape, scratch->planes);
+        return FillBox<Floats, kAlpha>(band, shape, scratch->planes, &scratch->allowances);
     }
     VITRELUX_INLINE static void Sample(const SharpRun &run, const Scratch &scratch, Float4 *samples)
     {
@@ -141,8 +196,9 @@ template <bool kAlpha, bool kSplit> struct SharpFloats {
 /// Samples and stores a block whose source is in the scratch's planes.
 template <typename Kind>
 VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block &block, const BoxShape &shape,
-                                      typename Kind::Scratch *scratch, SharpBlock *found)
+                                      typename Kind::Scratch *scratch)
 {
+    SharpBlock *const found = &scratch->block;
     const Bounds &bounds = shape.bounds;
     for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
         SharpPlaces &at = found->of[color];
@@ -168,37 +224,28 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
     StoreLit(band, block, samples, found->gain);
 }
 
-/// Renders a unit from row @p firstRow of the band on. False if a row of the source isn't in memory.
+/// False if a row of the source isn't in memory.
 template <typename Kind>
-VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, int firstX, int firstRow, int rows,
-                                typename Kind::Scratch *scratch)
+VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, typename Kind::Scratch *scratch)
 {
-    const int columns = std::min(kUnitBlocks * kBlockPixels, band.columns - firstX);
-    const int blocks = (columns - 1) / kBlockPixels + 1;
-    constexpr int kNone = std::numeric_limits<int>::max();
-    Bounds bounds = {kNone, kNone, -kNone, -kNone};
-    for (int row = 0; row < rows; ++row) {
-        for (int i = 0; i < blocks; ++i) {
-            SharpBlock *const found = &scratch->blocks[row * kUnitBlocks + i];
-            const Block block = BlockAt(band, firstX + i * kBlockPixels, firstRow + row);
-            FindSharpBlock<Kind::kSplits>(band, block, found);
-            Include<Kind::kSplits>(*found, block.count, &bounds);
-        }
-    }
-    if (bounds.left == kNone) {
-        for (int row = firstRow; row < firstRow + rows; ++row)
-            std::memset(BlockAt(band, firstX, row).target, 0, static_cast<size_t>(columns) * kPixelBytes);
+    const std::optional<Bounds> bounds = BoundsOf<Kind::kSplits>(band, unit, &scratch->block);
+    if (!bounds) {
+        for (int row = unit.row; row < unit.row + unit.rows; ++row)
+            std::memset(BlockAt(band, unit.x, row).target, 0, static_cast<size_t>(unit.columns) * kPixelBytes);
         return true;
     }
-    constexpr int kAfter = SharpKernel::kTaps - SharpKernel::kBefore - 1;
-    const BoxShape shape({bounds.left - SharpKernel::kBefore, bounds.top - SharpKernel::kBefore, bounds.right + kAfter,
-                          bounds.bottom + kAfter});
+    constexpr int kBefore = SharpKernel::kBefore, kAfter = SharpKernel::kTaps - kBefore - 1;
+    const BoxShape shape(
+        {bounds->left - kBefore, bounds->top - kBefore, bounds->right + kAfter, bounds->bottom + kAfter});
     if (!Kind::Fill(band, shape, scratch))
         return false;
-    for (int row = 0; row < rows; ++row)
-        for (int i = 0; i < blocks; ++i)
-            RenderSharpBlock<Kind>(band, BlockAt(band, firstX + i * kBlockPixels, firstRow + row), shape, scratch,
-                                   &scratch->blocks[row * kUnitBlocks + i]);
+    for (int row = unit.row; row < unit.row + unit.rows; ++row) {
+        for (int x = unit.x; x < unit.x + unit.columns; x += kBlockPixels) {
+            const Block block = BlockAt(band, x, row);
+            FindSharpBlock<Kind::kSplits>(band, block, &scratch->block);
+            RenderSharpBlock<Kind>(band, block, shape, scratch);
+        }
+    }
     return true;
 }
 
@@ -206,8 +253,8 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, int firstX, int fi
 template <typename Kind>
 VITRELUX_INLINE bool RenderUnits(const FittedWarp::Band &band, int firstRow, int rows, typename Kind::Scratch *scratch)
 {
-    for (int x = 0; x < band.columns; x += kUnitBlocks * kBlockPixels)
-        if (!RenderUnit<Kind>(band, x, firstRow, rows, scratch))
+    for (int x = 0; x < band.columns; x += kUnitColumns)
+        if (!RenderUnit<Kind>(band, {x, firstRow, std::min(kUnitColumns, band.columns - x), rows}, scratch))
             return false;
     return true;
 }

@@ -6,6 +6,13 @@
 #include <algorithm>
 #include <vector>
 
+#if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
+#define VITRELUX_FITTED_VECTORS 1
+#include <immintrin.h>
+#else
+#define VITRELUX_FITTED_VECTORS 0
+#endif
+
 namespace {
 
 /// Columns and rows of the source; both ends belong to it. They may lie outside the picture, whose edges repeat.
@@ -88,9 +95,11 @@ inline const float *SourceRow(const FittedWarp::Band &band, int x, int y)
 
 VITRELUX_INLINE std::int16_t CodeOf(float value)
 {
-    value = value > 0.0F ? value : 0.0F; // also what is not a number
-    value = value < 1.0F ? value : 1.0F;
-    return static_cast<std::int16_t>(static_cast<int>(value * 65535.0F + 0.5F) - 32768);
+    constexpr float kLowest = -32768.0F, kHighest = 32767.0F;
+    float code = value * 65535.0F - 32768.0F;
+    code = code > kLowest ? code : kLowest; // also what is not a number
+    code = code < kHighest ? code : kHighest;
+    return static_cast<std::int16_t>(std::lrint(code));
 }
 
 VITRELUX_INLINE std::int32_t PairOf(std::int16_t low, std::int16_t high)
@@ -99,44 +108,127 @@ VITRELUX_INLINE std::int32_t PairOf(std::int16_t low, std::int16_t high)
                                      | (static_cast<std::uint32_t>(low) & 0xffffU));
 }
 
-/// Makes pairs of rows, and limits where rows before and after are there.
-template <typename Shorts> VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane)
+#if VITRELUX_FITTED_VECTORS
+
+/// Codes of two pixels, eight with alpha's.
+VITRELUX_INLINE __m128i CodesOfTwo(const float *pixels)
 {
-    constexpr int kLanes = sizeof(Shorts) / sizeof(std::int16_t);
-    for (int y = 0; y + 1 < shape.height; ++y) {
-        const std::int16_t *above = plane->values.data() + shape.Row(y), *below = above + shape.stride;
-        std::int32_t *pairs = plane->pairs.data() + shape.Row(y), *limits = plane->limits.data() + shape.Row(y);
-        for (int x = 0; x < shape.stride; ++x)
-            pairs[x] = PairOf(above[x], below[x]);
-        if (y < 1 || y + 2 >= shape.height)
-            continue;
-        for (int x = 1; x < shape.width - 2; x += kLanes) {
-            const auto limit = LimitsAt<Shorts>(above + x, shape.stride);
-            std::int16_t lowest[kLanes], highest[kLanes];
-            std::memcpy(lowest, &limit.lowest, sizeof lowest);
-            std::memcpy(highest, &limit.highest, sizeof highest);
-            for (int i = 0; i < kLanes; ++i)
-                limits[x + i] = PairOf(lowest[i], highest[i]);
-        }
+    const __m128 scale = _mm_set1_ps(65535.0F), lowest = _mm_set1_ps(-32768.0F);
+    const __m128 first = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(pixels), scale), lowest);
+    const __m128 second = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(pixels + 4), scale), lowest);
+    return _mm_packs_epi32(_mm_cvtps_epi32(first), _mm_cvtps_epi32(second)); // limits to 16 bits
+}
+
+VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(to), codes);
+}
+
+/// Codes of eight pixels, by color.
+VITRELUX_INLINE void SplitEight(const float *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
+{
+    __m128i redGreen[2], blueAlpha[2]; // of four pixels each
+    for (int half = 0; half < 2; ++half) {
+        const __m128i first = CodesOfTwo(pixels + 16 * half), second = CodesOfTwo(pixels + 16 * half + 8);
+        const __m128i even = _mm_unpacklo_epi16(first, second), odd = _mm_unpackhi_epi16(first, second);
+        redGreen[half] = _mm_unpacklo_epi16(even, odd);
+        blueAlpha[half] = _mm_unpackhi_epi16(even, odd);
+    }
+    StoreEight(red, _mm_unpacklo_epi64(redGreen[0], redGreen[1]));
+    StoreEight(green, _mm_unpackhi_epi64(redGreen[0], redGreen[1]));
+    StoreEight(blue, _mm_unpacklo_epi64(blueAlpha[0], blueAlpha[1]));
+}
+
+VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
+{
+    const __m128i lows = _mm_loadu_si128(reinterpret_cast<const __m128i *>(low));
+    const __m128i highs = _mm_loadu_si128(reinterpret_cast<const __m128i *>(high));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(pairs), _mm_unpacklo_epi16(lows, highs));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(pairs + 4), _mm_unpackhi_epi16(lows, highs));
+}
+
+#else
+
+VITRELUX_INLINE void SplitEight(const float *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
+{
+    for (int i = 0; i < 8; ++i) {
+        red[i] = CodeOf(pixels[4 * i]);
+        green[i] = CodeOf(pixels[4 * i + 1]);
+        blue[i] = CodeOf(pixels[4 * i + 2]);
     }
 }
 
-template <typename Floats> VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane)
+VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
 {
-    constexpr int kLanes = sizeof(Floats) / sizeof(float);
+    for (int i = 0; i < 8; ++i)
+        pairs[i] = PairOf(low[i], high[i]);
+}
+
+#endif
+
+/// Codes of @p count pixels, by color.
+VITRELUX_INLINE void SplitRow(const float *pixels, int count, std::int16_t *red, std::int16_t *green,
+                              std::int16_t *blue)
+{
+    int i = 0;
+    for (; i + 8 <= count; i += 8)
+        SplitEight(pixels + 4 * i, red + i, green + i, blue + i);
+    for (; i < count; ++i) {
+        red[i] = CodeOf(pixels[4 * i]);
+        green[i] = CodeOf(pixels[4 * i + 1]);
+        blue[i] = CodeOf(pixels[4 * i + 2]);
+    }
+}
+
+/// Keeps the lowest and highest samples of cells as pairs.
+template <typename Shorts> struct StorePairs {
+    std::int32_t *limits;
+
+    VITRELUX_INLINE void operator()(int x, const Limits<Shorts> &limit) const
+    {
+        constexpr int kLanes = sizeof(Shorts) / sizeof(std::int16_t);
+        std::int16_t lowest[kLanes], highest[kLanes];
+        std::memcpy(lowest, &limit.lowest, sizeof lowest);
+        std::memcpy(highest, &limit.highest, sizeof highest);
+        for (int i = 0; i < kLanes; i += 8)
+            PairEight(lowest + i, highest + i, limits + x + i);
+    }
+};
+
+/// Makes pairs of rows, and limits where rows before and after are there.
+template <typename Shorts>
+VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t> *rows)
+{
+    rows->Start<Shorts>(plane->values.data() + shape.Row(1), shape.stride, shape.width);
+    for (int y = 0; y + 1 < shape.height; ++y) {
+        const std::int16_t *above = plane->values.data() + shape.Row(y);
+        std::int32_t *pairs = plane->pairs.data() + shape.Row(y);
+        for (int x = 0; x < shape.stride; x += 8)
+            PairEight(above + x, above + shape.stride + x, pairs + x);
+        if (y > 0 && y + 2 < shape.height)
+            rows->Advance<Shorts>(above, shape.stride, shape.width,
+                                  StorePairs<Shorts>{plane->limits.data() + shape.Row(y)});
+    }
+}
+
+template <typename Floats>
+VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, AllowanceRows<float> *rows)
+{
+    rows->Start<Floats>(plane->values.data() + shape.Row(1), shape.stride, shape.width);
     for (int y = 1; y + 2 < shape.height; ++y) {
-        for (int x = 1; x < shape.width - 2; x += kLanes) {
-            const size_t at = shape.Row(y) + static_cast<size_t>(x);
-            const auto limit = LimitsAt<Floats>(plane->values.data() + at, shape.stride);
-            std::memcpy(plane->lowest.data() + at, &limit.lowest, sizeof limit.lowest);
-            std::memcpy(plane->highest.data() + at, &limit.highest, sizeof limit.highest);
-        }
+        float *lowest = plane->lowest.data() + shape.Row(y), *highest = plane->highest.data() + shape.Row(y);
+        rows->Advance<Floats>(plane->values.data() + shape.Row(y), shape.stride, shape.width,
+                              [&](int x, const Limits<Floats> &limit) VITRELUX_INLINED {
+                                  std::memcpy(lowest + x, &limit.lowest, sizeof limit.lowest);
+                                  std::memcpy(highest + x, &limit.highest, sizeof limit.highest);
+                              });
     }
 }
 
 /// Colors as codes. False if a row isn't in memory.
 template <typename Shorts>
-VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4])
+VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
+                             AllowanceRows<std::int16_t> *allowances)
 {
     for (int color = 0; color < 3; ++color)
         planes[color].Grow(shape.Samples());
@@ -147,20 +239,20 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
             return false;
         std::int16_t *const rows[] = {planes[0].values.data() + shape.Row(y), planes[1].values.data() + shape.Row(y),
                                       planes[2].values.data() + shape.Row(y)};
-        for (int i = inside.first; i < inside.end; ++i, source += 4)
-            for (int color = 0; color < 3; ++color)
-                rows[color][i] = CodeOf(source[color]);
+        SplitRow(source, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
+                 rows[2] + inside.first);
         for (std::int16_t *row : rows)
             RepeatEdges(row, inside, shape.width);
     }
     for (int color = 0; color < 3; ++color)
-        Complete<Shorts>(shape, &planes[color]);
+        Complete<Shorts>(shape, &planes[color], allowances);
     return true;
 }
 
 /// Colors, premultiplied if @p kAlpha and then followed by alpha. False if a row isn't in memory.
 template <typename Floats, bool kAlpha>
-VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, FloatPlane (&planes)[4])
+VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, FloatPlane (&planes)[4],
+                             AllowanceRows<float> *allowances)
 {
     constexpr int kPlanes = kAlpha ? 4 : 3;
     for (int i = 0; i < kPlanes; ++i)
@@ -180,7 +272,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
         }
     }
     for (int i = 0; i < kPlanes; ++i)
-        Complete<Floats>(shape, &planes[i]);
+        Complete<Floats>(shape, &planes[i], allowances);
     return true;
 }
 

@@ -12,6 +12,8 @@
 #include "FittedWarpPlaces_p.h"
 
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -60,36 +62,90 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
     return {Greatest(up, Half(Half(top))), Greatest(down, Half(Half(dip)))};
 }
 
-template <typename Vector> VITRELUX_INLINE Allowance<Vector> Either(Allowance<Vector> a, Allowance<Vector> b)
-{
-    return {Greatest(a.up, b.up), Greatest(a.down, b.down)};
-}
-
 template <typename Vector> struct Limits {
     Vector lowest, highest;
 };
 
-/// For samples between four pixels each, of which the first ones start at @p value. 16-bit values are signed and the
-/// limits half of them, rounded down, so that differences fit.
-template <typename Vector, typename Value> VITRELUX_INLINE Limits<Vector> LimitsAt(const Value *value, int stride)
+/// Values of one form: floats as they are; 16-bit ones signed and halved, rounded down, so that differences fit.
+template <typename Vector, typename Value> VITRELUX_INLINE Vector LoadHalved(const Value *values)
 {
-    const auto at = [&](int right, int down) VITRELUX_INLINED {
-        const Vector loaded = LoadVector<Vector>(value + down * stride + right);
-        return kIsFloat<Vector> ? loaded : Half(loaded);
-    };
-    const Vector a = at(0, 0), b = at(1, 0), c = at(0, 1), d = at(1, 1);
-    const auto row =
-        Either(AllowanceOf<Vector>(at(-1, 0), a, b, at(2, 0)), AllowanceOf<Vector>(at(-1, 1), c, d, at(2, 1)));
-    const auto column =
-        Either(AllowanceOf<Vector>(at(0, -1), a, c, at(0, 2)), AllowanceOf<Vector>(at(1, -1), b, d, at(1, 2)));
-    const Vector least = Least(Least(a, b), Least(c, d)), greatest = Greatest(Greatest(a, b), Greatest(c, d));
-    Vector up = row.up + column.up, down = row.down + column.down; // at most 2^15 - 2 as halves of halves
-    if constexpr (!kIsFloat<Vector>) {
-        constexpr short kLowest = -16384, kHighest = 16383; // halved
-        up = Least<Vector>(up, kHighest - greatest);
-        down = Least<Vector>(down, least - kLowest);
-    }
-    return {least - down, greatest + up};
+    const Vector loaded = LoadVector<Vector>(values);
+    return kIsFloat<Vector> ? loaded : Half(loaded);
 }
+
+/// Limits of samples in a box, row by row. What a line of four values allows serves two cells; it is kept meanwhile.
+template <typename Value> class AllowanceRows {
+public:
+    /// Begins with the row at @p row, of a box of @p width columns.
+    template <typename Vector> VITRELUX_INLINE void Start(const Value *row, int stride, int width)
+    {
+        for (std::vector<Value> *values : {&m_aboveUp, &m_aboveDown, &m_belowUp, &m_belowDown, &m_up, &m_down})
+            if (values->size() < static_cast<size_t>(stride))
+                values->resize(static_cast<size_t>(stride));
+        FindAlongRow<Vector>(row, width);
+    }
+
+    /// Gives the limits of samples between the row at @p row and the next one to @p store, from column 1 to before
+    /// @p width - 2, as calls of store(column, limits), which may go on for less than a vector. Rows follow one
+    /// another. The limits of 16-bit values are halved.
+    template <typename Vector, typename Store>
+    VITRELUX_INLINE void Advance(const Value *row, int stride, int width, Store store)
+    {
+        constexpr int kLanes = sizeof(Vector) / sizeof(Value);
+        std::swap(m_aboveUp, m_belowUp);
+        std::swap(m_aboveDown, m_belowDown);
+        FindAlongRow<Vector>(row + stride, width);
+        for (int x = 1; x < width - 1; x += kLanes) {
+            const Value *at = row + x;
+            Keep(AllowanceOf<Vector>(LoadHalved<Vector>(at - stride), LoadHalved<Vector>(at),
+                                     LoadHalved<Vector>(at + stride), LoadHalved<Vector>(at + 2 * stride)),
+                 x, &m_up, &m_down);
+        }
+        for (int x = 1; x < width - 2; x += kLanes) {
+            const Value *at = row + x;
+            const Vector a = LoadHalved<Vector>(at), b = LoadHalved<Vector>(at + 1),
+                         c = LoadHalved<Vector>(at + stride), d = LoadHalved<Vector>(at + stride + 1);
+            const Vector least = Least(Least(a, b), Least(c, d)), greatest = Greatest(Greatest(a, b), Greatest(c, d));
+            Vector up = Greatest(Kept<Vector>(m_aboveUp, x), Kept<Vector>(m_belowUp, x))
+                + Greatest(Kept<Vector>(m_up, x), Kept<Vector>(m_up, x + 1)); // at most 2^15 - 2 if halved
+            Vector down = Greatest(Kept<Vector>(m_aboveDown, x), Kept<Vector>(m_belowDown, x))
+                + Greatest(Kept<Vector>(m_down, x), Kept<Vector>(m_down, x + 1));
+            if constexpr (!kIsFloat<Vector>) {
+                constexpr Value kLowest = -16384, kHighest = 16383; // halved
+                up = Least<Vector>(up, kHighest - greatest);
+                down = Least<Vector>(down, least - kLowest);
+            }
+            store(x, Limits<Vector>{least - down, greatest + up});
+        }
+    }
+
+private:
+    template <typename Vector> VITRELUX_INLINE static Vector Kept(const std::vector<Value> &values, int x)
+    {
+        return LoadVector<Vector>(values.data() + x);
+    }
+
+    template <typename Vector>
+    VITRELUX_INLINE static void Keep(const Allowance<Vector> &allowance, int x, std::vector<Value> *up,
+                                     std::vector<Value> *down)
+    {
+        std::memcpy(up->data() + x, &allowance.up, sizeof allowance.up);
+        std::memcpy(down->data() + x, &allowance.down, sizeof allowance.down);
+    }
+
+    template <typename Vector> VITRELUX_INLINE void FindAlongRow(const Value *row, int width)
+    {
+        constexpr int kLanes = sizeof(Vector) / sizeof(Value);
+        for (int x = 1; x < width - 2; x += kLanes) {
+            const Value *at = row + x;
+            Keep(AllowanceOf<Vector>(LoadHalved<Vector>(at - 1), LoadHalved<Vector>(at), LoadHalved<Vector>(at + 1),
+                                     LoadHalved<Vector>(at + 2)),
+                 x, &m_belowUp, &m_belowDown);
+        }
+    }
+
+    std::vector<Value> m_aboveUp, m_aboveDown, m_belowUp, m_belowDown; // along rows
+    std::vector<Value> m_up, m_down;                                   // along columns
+};
 
 } // namespace

@@ -4,13 +4,6 @@
 #include "SharpBox_p.h"
 #include "SharpKernel.h"
 
-#if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
-#define VITRELUX_FITTED_VECTORS 1
-#include <immintrin.h>
-#else
-#define VITRELUX_FITTED_VECTORS 0
-#endif
-
 namespace {
 
 /// Where the samples of a run lie in the planes. Of one channel, or of three with places of their own.

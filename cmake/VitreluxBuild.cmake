@@ -23,11 +23,9 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
-# The same bits on every processor: no fused multiply-add, which compilers form where every processor of a kind has one.
-# Not so x86-64; lens/, which is compiled for newer ones too, forbids it itself.
-if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
-    add_compile_options(-ffp-contract=off)
-endif()
+# The same bits on every processor: no fused multiply-add, which compilers form where the processor has one. Some
+# functions are compiled for processors that do.
+add_compile_options(-ffp-contract=off)
 
 if(VITRELUX_SCALAR)
     add_compile_definitions(VITRELUX_SCALAR)

@@ -12,7 +12,6 @@ constexpr double kArchHalf = 98;
 constexpr double kCorniceHeight = 76;
 constexpr Rgb kStone = {0.90, 0.87, 0.81};
 constexpr Rgb kSandstone = {0.80, 0.73, 0.62};
-constexpr Rgb kDark = {0.13, 0.12, 0.12};
 
 struct House {
     Rgb wall;

@@ -85,7 +85,7 @@ QList<KAnalyticsRawEvent *> KAnalyticsFile::allEvents()
     if (root.isEmpty())
         return {};
     QList<KAnalyticsRawEvent *> raw;
-    for (const QJsonValue &value : root.value(kEvents).toArray()) {
+    for (const QJsonValue value : root.value(kEvents).toArray()) {
         KAnalyticsEvent event(nullptr);
         event.fromJsonObject(value.toObject());
         raw << new KAnalyticsRawEvent(raw.size(), event.toJson(), nullptr);

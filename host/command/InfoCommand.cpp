@@ -4,8 +4,8 @@
 #include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PictureFacts.h"
 #include "app/PictureProblem.h"
+#include "app/PictureSummary.h"
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
 
@@ -23,7 +23,7 @@ PictureFact ProfileFact(const ProfileLookup::Answer &answer)
     return {label, QStringLiteral("none: ") + answer.why, QStringLiteral("noProfile"), answer.why};
 }
 
-QString AsText(const QString &file, const PictureFacts &facts)
+QString AsText(const QString &file, const PictureSummary &facts)
 {
     QString text = OneLine(file) + QLatin1Char('\n');
     for (const PictureFact &fact : facts) {
@@ -33,7 +33,7 @@ QString AsText(const QString &file, const PictureFacts &facts)
     return text;
 }
 
-QString AsJson(const QString &file, const PictureFacts &facts)
+QString AsJson(const QString &file, const PictureSummary &facts)
 {
     QJsonObject object{{QStringLiteral("path"), file}};
     for (const PictureFact &fact : facts) {
@@ -41,16 +41,6 @@ QString AsJson(const QString &file, const PictureFacts &facts)
             object.insert(fact.key, fact.value);
     }
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
-}
-
-/// The table's lines under the picture's; control characters of the file stay out of the terminal.
-QString Indented(const QString &table)
-{
-    QString text;
-    const QStringList lines = table.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString &line : lines)
-        text += QLatin1String("  ") + OneLine(line) + QLatin1Char('\n');
-    return text;
 }
 
 PictureFact ExifFact(const QString &path)
@@ -61,7 +51,7 @@ PictureFact ExifFact(const QString &path)
 /// A picture's lines or its object, with the answer of the lookup.
 QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileLookup::Answer &answer)
 {
-    PictureFacts facts = FactsOfPicture(path);
+    PictureSummary facts = SummaryOfPicture(path);
     facts << ProfileFact(answer);
     if (!options.json)
         return AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString());

@@ -149,5 +149,6 @@ FitResult FitByLensfun(const PictureFacts &facts, const FitOptions &options)
         return LensfunFitting(match, facts, options).Run();
     FitResult result;
     result.why = match.reason;
+    result.nearest = match.nearest;
     return result;
 }

@@ -7,7 +7,7 @@
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Wizard };
+enum class Verb { Correct, Info, Profile, Lenses, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -45,6 +45,10 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
      "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
      "whether it can be used.\n"},
+    {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
+     "Prints the places in which profiles are searched, how many files each holds and how many lenses they serve, and\n"
+     "which files can't be read. With WORDs, prints the lenses whose names hold all of them, in any case, with their\n"
+     "profiles; lensfun:MAKER/LENS is of lensfun's database. --lens takes such a name.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
      "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "
@@ -80,6 +84,8 @@ constexpr OptionRow kOptions[] = {
     {Verb::Info, {"plain", nullptr}, nullptr, "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
+    {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
@@ -302,7 +308,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return PrintText(VerbHelp(verb));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
-    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard)
+    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
         return Refuse(command, QStringLiteral("no file named."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("the name of a file is empty."));
@@ -311,6 +317,12 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Profile) {
         line.action = CommandLine::Action::ShowProfiles;
         line.profiles = parser.positionalArguments();
+        return line;
+    }
+    if (verb.verb == Verb::Lenses) {
+        line.action = CommandLine::Action::ShowLenses;
+        line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
+                       parser.value(QStringLiteral("plugin"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {

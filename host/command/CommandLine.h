@@ -34,6 +34,12 @@ struct InfoOptions {
     bool plain = false; // the profile of plain corrections
 };
 
+struct LensesOptions {
+    QStringList words; // none: the places that are searched
+    QString lensPath;  // as above
+    QString plugin;
+};
+
 struct WizardOptions {
     QStringList files; // may be empty
     QString lensPath;  // as above
@@ -41,13 +47,14 @@ struct WizardOptions {
 };
 
 struct CommandLine {
-    enum class Action { Correct, ShowInfo, ShowProfiles, ShowWizard, PrintText, RefuseUsage };
+    enum class Action { Correct, ShowInfo, ShowProfiles, ShowLenses, ShowWizard, PrintText, RefuseUsage };
 
     Action action = Action::RefuseUsage;
     QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
     CorrectOptions correct; // Correct
     InfoOptions info;       // ShowInfo
     QStringList profiles;   // ShowProfiles
+    LensesOptions lenses;   // ShowLenses
     WizardOptions wizard;   // ShowWizard
 };
 

@@ -138,8 +138,10 @@ ExitCode TellFitted(const InfoOptions &options, HostApplication *application, Co
         console->Note(QString(), plugin.Problem());
     PictureFitter fitter(folders.All());
     const auto find = [&](const QString &path) {
-        if (!folders.Problem().isEmpty())
-            return PictureSummary{ProfileFact({QString(), folders.Problem()})};
+        for (const QString &problem : {application->ProblemOf(path), folders.Problem()}) {
+            if (!problem.isEmpty())
+                return PictureSummary{ProfileFact({QString(), problem})};
+        }
         return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), FitOptions()));
     };
     return TellAll(options, application, find, console);

@@ -8,6 +8,7 @@
 #include "app/PluginLoader.h"
 #include "app/SearchedFolders.h"
 
+#include <QFileInfo>
 #include <QMap>
 #include <QSet>
 #include <QStandardPaths>
@@ -32,9 +33,13 @@ QString LensOf(const ProfileHead &head)
 /// Files, lenses and faults below one folder.
 class Place {
 public:
-    explicit Place(const QString &folder) : m_folder(folder) { }
+    explicit Place(const QString &folder) : m_folder(folder), m_prefix(QFileInfo(folder).canonicalFilePath())
+    {
+        if (!m_prefix.endsWith(QLatin1Char('/')))
+            m_prefix += QLatin1Char('/');
+    }
 
-    bool Holds(const IndexedProfile &profile) const { return profile.path.startsWith(m_folder + QLatin1Char('/')); }
+    bool Holds(const IndexedProfile &profile) const { return profile.path.startsWith(m_prefix); }
     void Add(const IndexedProfile &profile)
     {
         ++m_files;
@@ -51,6 +56,7 @@ public:
 
 private:
     QString m_folder;
+    QString m_prefix; // of the index's paths, in which no links are
     int m_files = 0;
     QSet<QString> m_lenses;
     QString m_faults;

@@ -96,6 +96,7 @@ void FittedRunTest::init()
     WriteFile(Path("light.lcp"_s), Profile(kLens, /*hasVignetting=*/false));
     for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
         m_run->Set(variable, Path("empty"_s));
+    m_run->Set("VITRELUX_PROBE_NOTES", Path("notes"_s));
 }
 
 void FittedRunTest::correct_data()
@@ -134,6 +135,8 @@ void FittedRunTest::correct_data()
                                         << QStringList{"can't correct what was asked for: vignetting"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no folder of profiles \""_s};
+    QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
+                                     << QStringList{"doesn't know fitted corrections; --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
@@ -183,9 +186,10 @@ void FittedRunTest::info()
 void FittedRunTest::lenses()
 {
     WriteFile(Path("lenses/broken.lcp"_s), "no profile");
-    const ProgramResult places = Run("lenses --lens-path lenses"_s);
+    QVERIFY(QFile::link(Path("lenses"_s), Path("link"_s)));
+    const ProgramResult places = Run("lenses --lens-path link"_s);
     QCOMPARE(places.exitCode, 0);
-    const QString lines = "%1\n  7 files for 6 lenses\n  %1/broken.lcp: line 1"_s.arg(Path("lenses"_s));
+    const QString lines = "%1\n  7 files for 6 lenses\n  %2/broken.lcp: line 1"_s.arg(Path("link"_s), Path("lenses"_s));
     QVERIFY2(places.output.startsWith(lines.toUtf8()), places.output);
     QVERIFY2(places.output.contains("\nlensfun\n  ") && places.output.endsWith(" lenses\n"), places.output);
     const QByteArray found = Run("lenses --lens-path lenses sigma 24-105"_s).output;

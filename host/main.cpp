@@ -5,6 +5,7 @@
 #include "command/Console.h"
 #include "command/CorrectCommand.h"
 #include "command/InfoCommand.h"
+#include "command/LensesCommand.h"
 #include "command/ProfileCommand.h"
 #include "command/WizardCommand.h"
 
@@ -38,6 +39,8 @@ int Run(const CommandLine &line, Console *console)
         return RunInfo(line.info, console);
     case CommandLine::Action::ShowProfiles:
         return RunProfile(line.profiles, console);
+    case CommandLine::Action::ShowLenses:
+        return RunLenses(line.lenses, console);
     case CommandLine::Action::ShowWizard:
         return RunWizard(line.wizard, console);
     case CommandLine::Action::PrintText:
@@ -54,9 +57,9 @@ int Run(const CommandLine &line, Console *console)
 QStringList NamesIn(const CommandLine &line)
 {
     QStringList names = line.correct.files + line.info.files + line.profiles + line.wizard.files;
-    for (const QString &name :
-         {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
-          line.info.lensPath, line.info.plugin, line.wizard.lensPath, line.wizard.plugin}) {
+    for (const QString &name : {line.correct.profile, line.correct.lensPath, line.correct.outputFolder,
+                                line.correct.plugin, line.info.lensPath, line.info.plugin, line.lenses.lensPath,
+                                line.lenses.plugin, line.wizard.lensPath, line.wizard.plugin}) {
         if (!name.isEmpty())
             names << name;
     }

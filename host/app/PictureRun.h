@@ -6,6 +6,8 @@
 
 #include "KIPluginOne2One.h"
 
+#include <functional>
+
 class HostApplication;
 class InterruptGuard;
 
@@ -48,9 +50,11 @@ enum class RunResult { Written, Kept };
 /// Corrects into a private folder and moves the whole output into place. Throws KException with a text for the user
 /// that leaves the picture's name out, or what else the process throws; nothing is left behind then, and an output that
 /// was there stays as it was. The picture's pixels are given back: no picture is needed twice.
+/// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,
-                                   ExistingOutput existing, InterruptGuard *guard);
+                                   ExistingOutput existing, InterruptGuard *guard,
+                                   const std::function<void()> &check = nullptr);
 
 /// The text of the exception that is being handled.
 QString TextOfCurrentException();

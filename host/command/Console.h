@@ -9,6 +9,9 @@
 /// can't steer the terminal.
 QString OneLine(const QString &text);
 
+/// Each line of @p text as OneLine has it, indented.
+QString Indented(const QString &text);
+
 /// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while pictures are worked on; in a
 /// pipe or a file there is none. One thread at a time.
 class Console {
@@ -29,7 +32,7 @@ public:
     void BeginProgress(int number, int count, const QString &file);
     void EndProgress(int number);
     /// The last line of a run, on a terminal only.
-    void Summary(int corrected, int skipped, int failed);
+    void Summary(int corrected, int skipped, int correctedBefore, int failed);
 
 private:
     void ClearProgress();

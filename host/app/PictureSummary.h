@@ -15,11 +15,11 @@ struct PictureFact {
     QJsonValue value;
 };
 
-using PictureFacts = QVector<PictureFact>;
+using PictureSummary = QVector<PictureFact>;
 
 /// Size, depth, channels and format, out of the file's head, and what its metadata tell.
 /// @param path  absolute, of a picture that can be read.
-PictureFacts FactsOfPicture(const QString &path);
+PictureSummary SummaryOfPicture(const QString &path);
 
 /// All of the picture's EXIF, a line an entry; a text that says so if there is none.
 QString ExifTable(const QString &path);

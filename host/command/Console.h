@@ -8,6 +8,8 @@
 /// @p text with control characters, line feeds above all, turned into blanks: a message is one line, and a file's name
 /// can't steer the terminal.
 QString OneLine(const QString &text);
+/// "  LABEL   VALUE", with the label padded to @p width and the value on one line; nothing for an empty value.
+QString LabeledLine(const QString &label, int width, const QString &value);
 
 /// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while pictures are worked on; in a
 /// pipe or a file there is none. One thread at a time.

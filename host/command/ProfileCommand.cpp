@@ -118,18 +118,24 @@ private:
     {
         const QVector<ProfileCurves> entries = CurvesOfEntries(profile, fit);
         if (entries.isEmpty())
-            return QStringLiteral("nothing to plot: no entry states its frame");
+            return QStringLiteral("nothing to plot: no entry has both a model and a known frame");
         ProfileCurves blend;
         if (fit)
             blend = CurvesOfBlend(profile, *fit);
-        const QString count = entries.size() == profile.entries.size()
-            ? QString()
-            : QStringLiteral(" (%1 of %2 entries)").arg(entries.size()).arg(profile.entries.size());
-        const PlotScene scene = PlotOf(QFileInfo(file).fileName() + count, entries, fit ? &blend : nullptr);
+        const PlotScene scene = PlotOf(TitleOf(file, profile, entries.size(), fit), entries, fit ? &blend : nullptr);
         const QString problem = Write(scene);
         if (problem.isEmpty())
             m_console->PrintName(m_options.plot);
         return problem.isEmpty() ? QString() : QStringLiteral("plot \"%1\": %2").arg(m_options.plot, problem);
+    }
+
+    static QString TitleOf(const QString &file, const LensProfile &profile, int plotted, const ProfileFit *fit)
+    {
+        const QString count = plotted == profile.entries.size()
+            ? QString()
+            : QStringLiteral(", %1 of %2 entries").arg(plotted).arg(profile.entries.size());
+        return QStringLiteral("%1%2, in pixels of the %3")
+            .arg(QFileInfo(file).fileName(), count, QLatin1String(fit ? "picture" : "profile's frame"));
     }
 
     QString Write(const PlotScene &scene) const

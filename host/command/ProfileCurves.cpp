@@ -4,6 +4,8 @@
 #include "ModelCurves_p.h"
 #include "PictureFrame.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -140,7 +142,7 @@ ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit)
     const Correction correction = Fit(profile, fit.facts, options).correction;
     const double half = std::hypot(correction.width, correction.height) / 2.0;
     ProfileCurves curves;
-    curves.name = QStringLiteral("blend for ") + fit.picture;
+    curves.name = QStringLiteral("blend for ") + QFileInfo(fit.picture).fileName();
     curves.distortion = OfMap(correction.geometry, half, kMostPercent, true);
     curves.red = OfMap(correction.red, half, kMostPixels, false);
     curves.blue = OfMap(correction.blue, half, kMostPixels, false);

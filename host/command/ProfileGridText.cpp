@@ -1,13 +1,13 @@
 #include "ProfileGridText.h"
 
 #include "Console.h"
-#include "LensProfile.h"
+#include "ProfileGrid.h"
 
 #include <QVector>
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
+#include <numeric>
 
 namespace {
 
@@ -86,31 +86,54 @@ Row RowOf(const ProfileEntry &entry)
     return row;
 }
 
-QVector<int> Sorted(const LensProfile &profile)
+/// Whether the ascending values @p a and @p b are one setting; 0 is only itself.
+bool AreSame(double a, double b, double ratio)
 {
-    QVector<int> order(profile.entries.size());
-    for (int i = 0; i < order.size(); ++i)
-        order[i] = i;
-    const auto key = [&](int i) {
-        const ProfileEntry &entry = profile.entries[i];
-        return std::make_tuple(entry.focalMm, entry.distanceM, entry.hasAperture ? entry.apertureApex : -HUGE_VAL, i);
+    return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));
+}
+
+/// Splits @p entries into runs of one value, ascending. Entries with equal values keep their order.
+template <typename Value> QVector<QVector<int>> Runs(QVector<int> entries, double ratio, const Value &value)
+{
+    std::stable_sort(entries.begin(), entries.end(), [&](int a, int b) { return value(a) < value(b); });
+    QVector<QVector<int>> runs;
+    for (int i : qAsConst(entries)) {
+        if (runs.isEmpty() || !AreSame(value(runs.last().first()), value(i), ratio))
+            runs.append(QVector<int>());
+        runs.last().append(i);
+    }
+    return runs;
+}
+
+/// One row for each setting and set of models.
+void AppendRows(const LensProfile &profile, QVector<int> setting, QVector<Row> *rows)
+{
+    const auto aperture = [&](int i) {
+        return profile.entries[i].hasAperture ? profile.entries[i].apertureApex : -HUGE_VAL;
     };
-    std::sort(order.begin(), order.end(), [&](int a, int b) { return key(a) < key(b); });
-    return order;
+    std::stable_sort(setting.begin(), setting.end(), [&](int a, int b) { return aperture(a) < aperture(b); });
+    const int begin = rows->size();
+    for (int i : qAsConst(setting)) {
+        const Row row = RowOf(profile.entries[i]);
+        if (rows->size() == begin || rows->last().models != row.models)
+            rows->append(row);
+        const QString one = ApertureOf(profile.entries[i]);
+        if (!rows->last().apertures.endsWith(one)) // they are sorted
+            rows->last().apertures << one;
+        rows->last().entries << i + 1;
+    }
 }
 
 QVector<Row> RowsOf(const LensProfile &profile)
 {
+    QVector<int> all(profile.entries.size());
+    std::iota(all.begin(), all.end(), 0);
     QVector<Row> rows;
-    const QVector<int> order = Sorted(profile);
-    for (int i : order) {
-        const Row row = RowOf(profile.entries[i]);
-        const bool joins = !rows.isEmpty() && rows.last().focal == row.focal && rows.last().distance == row.distance
-            && rows.last().models == row.models;
-        if (!joins)
-            rows.append(row);
-        rows.last().apertures << ApertureOf(profile.entries[i]);
-        rows.last().entries << i + 1;
+    const auto focals = Runs(all, kSameFocal, [&](int i) { return profile.entries[i].focalMm; });
+    for (const QVector<int> &focal : focals) {
+        const auto distances = Runs(focal, kSameDistance, [&](int i) { return profile.entries[i].distanceM; });
+        for (const QVector<int> &distance : distances)
+            AppendRows(profile, distance, &rows);
     }
     return rows;
 }

@@ -35,7 +35,7 @@ struct Axis {
 
 Axis AxisOver(double least, double most, double leastSpan)
 {
-    constexpr double kTicks = 5.0;
+    constexpr double kTicks = 7.0; // at most
     const double rough = std::max(most - least, leastSpan) / kTicks;
     const double power = std::pow(10.0, std::floor(std::log10(rough)));
     const double share = rough / power;

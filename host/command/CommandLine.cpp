@@ -44,7 +44,11 @@ constexpr VerbRow kVerbs[] = {
      "without coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
      "\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
-     "one for what is applied to PICTURE. It prints the name of the file written.\n"},
+     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
+     "in\n"
+     "the picture as taken; of fisheyes, against the equidistant projection. Color shift counts from green. Prints "
+     "the\n"
+     "name of the file written.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
      "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "

@@ -107,6 +107,12 @@ private:
             AddCurves(row, entry, axis, left, ColorOf(entry.focalMm), 1.0);
         if (m_blend)
             AddCurves(row, *m_blend, axis, left, kBlend, 2.5);
+        const auto isIn = [&](const ProfileCurves &entry) {
+            return !(entry.*row.solid).isEmpty() || (row.dashed && !(entry.*row.dashed).isEmpty());
+        };
+        if (std::none_of(m_entries.begin(), m_entries.end(), isIn))
+            AddText({left + kPanelWidth / 2.0, kTop + kPanelHeight / 2.0}, QStringLiteral("no model of it"),
+                    PlotText::Anchor::Middle);
     }
 
     void AddAxes(const Axis &axis, double left)
@@ -151,16 +157,17 @@ private:
         int row = 0;
         if (m_blend)
             AddLegendItem(row++, 0, m_blend->name, kBlend, 2.5);
-        const int shown = std::min(m_focals.size(), kMostFocals);
-        for (int i = 0; i < shown; ++i)
-            AddLegendItem(row + i / kLegendColumns, i % kLegendColumns,
-                          m_focals[i] > 0.0 ? QString::number(m_focals[i], 'g', 4) + QLatin1String(" mm")
-                                            : QStringLiteral("unknown"),
-                          ColorOf(m_focals[i]), 1.0);
+        const int all = m_focals.size(), shown = std::min(all, kMostFocals);
+        for (int i = 0; i < shown; ++i) {
+            const double focal = m_focals[shown > 1 ? i * (all - 1) / (shown - 1) : 0];
+            const QString name =
+                focal > 0.0 ? QString::number(focal, 'g', 4) + QLatin1String(" mm") : QStringLiteral("no focal length");
+            AddLegendItem(row + i / kLegendColumns, i % kLegendColumns, name, ColorOf(focal), 1.0);
+        }
         row += (shown + kLegendColumns - 1) / kLegendColumns;
-        if (m_focals.size() > shown)
+        if (all > shown)
             AddText({kLeft, kLegendTop + row++ * kLegendRow},
-                    QStringLiteral("and %1 further focal lengths").arg(m_focals.size() - shown),
+                    QStringLiteral("%1 of %2 focal lengths, which run from red to violet").arg(shown).arg(all),
                     PlotText::Anchor::Start);
         return row;
     }

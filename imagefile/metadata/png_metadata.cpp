@@ -106,9 +106,7 @@ void ChunkReader::TakeText(const std::string &key, const Bytes &text)
 {
     if (key == kPngXmpKey)
         m_metadata.xmp = text;
-    else if (key == kPngIptcKey)
-        m_metadata.iptc = IptcOf(RawProfile(text));
-    else if (key == "Raw profile type 8bim" && m_metadata.iptc.empty())
+    else if (key == kPngIptcKey || (key == "Raw profile type 8bim" && m_metadata.iptc.empty()))
         m_metadata.iptc = IptcOf(RawProfile(text));
     else if (key == "Raw profile type exif" || key == "Raw profile type APP1")
         DecodeExif(RawProfile(text));

@@ -47,11 +47,13 @@ Bytes AllResources(const GFL_BITMAP &bitmap, const Metadata &metadata)
 /// The bytes of one sample, as the format has it, out of the machine's. A color may be blended with white.
 template <class T> T Blended(T color, T opacity)
 {
-    if constexpr (std::is_floating_point_v<T>)
+    if constexpr (std::is_floating_point_v<T>) {
         return color * opacity + (T(1) - opacity);
-    constexpr auto kFull = static_cast<std::uint64_t>(FullScale<T>());
-    const auto light = static_cast<std::uint64_t>(color) * static_cast<std::uint64_t>(opacity);
-    return static_cast<T>((light + kFull / 2) / kFull + kFull - static_cast<std::uint64_t>(opacity));
+    } else {
+        constexpr auto kFull = static_cast<std::uint64_t>(FullScale<T>());
+        const auto light = static_cast<std::uint64_t>(color) * static_cast<std::uint64_t>(opacity);
+        return static_cast<T>((light + kFull / 2) / kFull + kFull - static_cast<std::uint64_t>(opacity));
+    }
 }
 
 /// One file on its way. Pictures with opacity are stored twice, as other programs know them: exactly, in a layer, and

@@ -38,7 +38,7 @@ int Run(const CommandLine &line, Console *console)
     case CommandLine::Action::ShowInfo:
         return RunInfo(line.info, console);
     case CommandLine::Action::ShowProfiles:
-        return RunProfile(line.profiles, console);
+        return RunProfile(line.profile, console);
     case CommandLine::Action::ShowLenses:
         return RunLenses(line.lenses, console);
     case CommandLine::Action::ShowWizard:
@@ -56,10 +56,11 @@ int Run(const CommandLine &line, Console *console)
 /// Names of files and folders that stand on the command line.
 QStringList NamesIn(const CommandLine &line)
 {
-    QStringList names = line.correct.files + line.info.files + line.profiles + line.wizard.files;
-    for (const QString &name : {line.correct.profile, line.correct.lensPath, line.correct.outputFolder,
-                                line.correct.plugin, line.info.lensPath, line.info.plugin, line.lenses.lensPath,
-                                line.lenses.plugin, line.wizard.lensPath, line.wizard.plugin}) {
+    QStringList names = line.correct.files + line.info.files + line.profile.files + line.wizard.files;
+    for (const QString &name :
+         {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
+          line.info.lensPath, line.info.plugin, line.lenses.lensPath, line.lenses.plugin, line.profile.picture,
+          line.profile.plot, line.wizard.lensPath, line.wizard.plugin}) {
         if (!name.isEmpty())
             names << name;
     }

@@ -16,6 +16,9 @@ struct EntryWeight {
     double weight; // 0 to 1; the sum over one correction is 1
 };
 
+/// Settings closer than these ratios are one.
+constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
+
 /// What an entry can correct.
 enum class Quantity { Geometry, Color, Light };
 

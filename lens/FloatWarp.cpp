@@ -54,8 +54,7 @@ FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
 /// One side of the picture in the models' frame: @p length pixels, of which [first, end) are in memory.
 struct Side {
     Side(int length, int first, int end)
-        : between(length > 1 ? static_cast<float>(length - 1)
-                             : -1.0F), // else none has neighbours, from -1 to 0 included
+        : between(length > 1 ? static_cast<float>(length - 1) : -1.0F), // a single column has no neighbors: empty range
           from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise from `first` on
           to(std::min(between, static_cast<float>(end - 1)))
     {

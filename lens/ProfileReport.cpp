@@ -171,10 +171,11 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
     if (!model.found)
         return QString();
     if (!HasWholeValues(model, info.role))
-        return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
+        return QStringLiteral(
+            "a focal length is missing or a value is not a number; correcting by it spoils the picture");
     if (!HasCenter(modelElement, info))
         return QStringLiteral(
-            "the center (ImageXCenter, ImageYCenter) is missing or no number; correcting by it spoils "
+            "the center (ImageXCenter, ImageYCenter) is missing or not a number; correcting by it spoils "
             "the picture");
     const int count = model.coefficients.size();
     if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)

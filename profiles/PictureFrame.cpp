@@ -169,7 +169,7 @@ bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame
     if (!(pictureLong > 0.0))
         pictureLong = m_facts.focalPlaneWidthMm.value;
     if (!(pictureLong > 0.0)) {
-        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't tell its camera")
+        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera")
                                       : QStringLiteral("the size of the sensor of \"%1\" is unknown").arg(m_body.model);
         return false;
     }
@@ -205,7 +205,7 @@ std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool ch
         sides = SidesAcross();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
-            *why = QStringLiteral("the picture was cut from one that was turned, and nothing tells its place there");
+            *why = QStringLiteral("the picture was cut from one that was turned, and its place there is unknown");
             return std::nullopt;
         }
     }

@@ -373,7 +373,7 @@ void ImageDef::AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended)
         m_hasExif = SettleFocal(readings, g_Cameras);
         SettleExposure(readings);
         if (m_shooting.timestamp == -1)
-            m_shooting.timestamp = 0; // mktime's word for a date that it can't tell
+            m_shooting.timestamp = 0; // mktime returns this for an invalid date
         ReadExtended(extended, m_shooting);
     }
     if (m_shooting.privateKind == 0)

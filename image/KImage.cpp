@@ -182,7 +182,7 @@ int KImage::IntegrityValidation()
         const unsigned char *row = getData(0, y);
         for (qint64 i = 0; i < floatsPerRow; ++i) {
             float value;
-            std::memcpy(&value, row + i * qint64(sizeof(float)), sizeof(float)); // rows of wrapped blocks may be unaligned
+            std::memcpy(&value, row + i * qint64(sizeof(float)), sizeof(float)); // wrapped rows may be unaligned
             if (value > 1e9f)
                 return 1;
             if (value < 0)

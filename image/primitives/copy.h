@@ -17,7 +17,7 @@ inline Status CopyBytes(const void *src, Step srcStep, void *dst, Step dstStep, 
         return Status::BadSize;
     const auto *from = static_cast<const unsigned char *>(src);
     auto *to = static_cast<unsigned char *>(dst);
-    if (srcStep == rowBytes && dstStep == rowBytes) // rows without gaps are one block, and a long copy bypasses the cache
+    if (srcStep == rowBytes && dstStep == rowBytes) // one block without gaps; a long copy bypasses the cache
         std::memcpy(to, from, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height));
     else
         ForRows(from, srcStep, to, dstStep, {1, height},

@@ -1,4 +1,4 @@
-// What is known of one picture, as lines for people and as a record for scripts.
+// Facts about one picture, as lines for people and as a record for scripts.
 #pragma once
 
 #include <QJsonObject>
@@ -7,7 +7,7 @@
 
 class ImageDef;
 
-/// One thing known. Lines without a label and records without a key leave it out.
+/// One fact. It is omitted from lines if it has no label, and from records if it has no key.
 struct PictureFact {
     QString label;
     QString text;
@@ -17,9 +17,9 @@ struct PictureFact {
 
 using PictureSummary = QVector<PictureFact>;
 
-/// Size, depth, channels and format, out of the file's head, and what its metadata tell.
+/// Returns size, depth, channels and format from the file's header, and facts from its metadata.
 /// @param path  absolute, of a picture that can be read.
 PictureSummary SummaryOfPicture(const QString &path);
 
-/// All of the picture's EXIF, a line an entry; a text that says so if there is none.
+/// Returns all EXIF of the picture, one line per entry; a text that says so if there is none.
 QString ExifTable(const QString &path);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The build tree has the same shape as the installed one.
+/// The build tree has the same layout as the installed one.
 QString InstalledPlugin()
 {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../" VITRELUX_PLUGIN_FILE));
@@ -29,7 +29,7 @@ PluginLoader::PluginLoader(const QString &file, CorrectionMode mode) : m_mode(mo
 PluginLoader::~PluginLoader()
 {
     if (m_loader.isLoaded())
-        m_loader.unload(); // deletes the library object, and that its processes
+        m_loader.unload(); // deletes the library object, which deletes its processes
 }
 
 std::unique_ptr<QObject> PluginLoader::MakeProcess() const
@@ -45,10 +45,10 @@ void PluginLoader::SetMode(QObject *process) const
         process->setProperty("Correction", QStringLiteral("fitted"));
 }
 
-/// @return why there is no process; without meaning if there is one.
+/// @return why there is no process; meaningless if there is one.
 QString PluginLoader::Load()
 {
-    // Asked first, from the file alone: loading runs code.
+    // Checked first, in the file: loading would run code.
     const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
     if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
         return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);

@@ -42,9 +42,20 @@ constexpr VerbRow kVerbs[] = {
      "Prints size, depth and format of each PICTURE, what its metadata tell of camera, lens, exposure, date and "
      "place,\n"
      "and which lens profile goes with it, or why none is found.\n"},
-    {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
-     "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
-     "whether it can be used.\n"},
+    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show what lens profiles hold",
+     "Prints what each lens profile (.lcp) holds: camera, lens and frame, and its entries as a grid of focal lengths,\n"
+     "distances, apertures and models. A profile that can't be used is a failure. With --for, so is one that does\n"
+     "nothing to PICTURE.\n"
+     "\n"
+     "--check prints one line for each oddity, FILE:LINE: warning or error: fields that contradict each other, models\n"
+     "without coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
+     "\n"
+     "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
+     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
+     "in\n"
+     "the picture as taken; of fisheyes, against the equidistant projection. Color shift counts from green. Prints "
+     "the\n"
+     "name of the file written.\n"},
     {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
      "Prints the places in which profiles are searched, how many files each holds and how many lenses they serve, and\n"
      "which files can't be read. With WORDs, prints the lenses whose names hold all of them, in any case, with their\n"
@@ -86,6 +97,12 @@ constexpr OptionRow kOptions[] = {
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Profile, {"check", nullptr}, nullptr, "print what is odd, line by line, and nothing else"},
+    {Verb::Profile, {"for", nullptr}, "PICTURE", "print what is applied to PICTURE too"},
+    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, on a line of its own"},
+    {Verb::Profile, {"plot", nullptr}, "FILE", "draw curves into FILE, .svg or .png, of one profile"},
+    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace the plot if it exists; without it that is a failure"},
+    {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
     {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
@@ -279,6 +296,37 @@ QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
     return QString();
 }
 
+/// What is wrong with the options of `profile`; empty: nothing.
+QString FindProfileFault(const QCommandLineParser &parser)
+{
+    constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
+                                              {"plain", "plot"}, {"check", "json"},  {"check", "for"},
+                                              {"check", "plot"}, {"json", "plot"}};
+    for (const auto &pair : kExclusions) {
+        if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
+            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
+    }
+    if (!parser.isSet(QStringLiteral("plot")))
+        return parser.isSet(QStringLiteral("overwrite")) ? QStringLiteral("--overwrite needs --plot.") : QString();
+    const QString suffix = QFileInfo(parser.value(QStringLiteral("plot"))).suffix().toLower();
+    if (suffix != QLatin1String("svg") && suffix != QLatin1String("png"))
+        return QStringLiteral("'--plot FILE' needs a name that ends in .svg or .png.");
+    return parser.positionalArguments().size() > 1 ? QStringLiteral("--plot draws one profile only.") : QString();
+}
+
+ProfileOptions ReadProfile(const QCommandLineParser &parser)
+{
+    ProfileOptions options;
+    options.files = parser.positionalArguments();
+    options.plain = parser.isSet(QStringLiteral("plain"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.check = parser.isSet(QStringLiteral("check"));
+    options.picture = parser.value(QStringLiteral("for"));
+    options.plot = parser.value(QStringLiteral("plot"));
+    options.overwrite = parser.isSet(QStringLiteral("overwrite"));
+    return options;
+}
+
 bool IsJobCount(const QString &text)
 {
     constexpr int kMostJobs = 256;
@@ -315,8 +363,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
 
     CommandLine line;
     if (verb.verb == Verb::Profile) {
+        const QString fault = FindProfileFault(parser);
+        if (!fault.isEmpty())
+            return Refuse(command, fault);
         line.action = CommandLine::Action::ShowProfiles;
-        line.profiles = parser.positionalArguments();
+        line.profile = ReadProfile(parser);
         return line;
     }
     if (verb.verb == Verb::Lenses) {

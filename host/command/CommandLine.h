@@ -40,6 +40,16 @@ struct LensesOptions {
     QString plugin;
 };
 
+struct ProfileOptions {
+    QStringList files;
+    bool plain = false; // what the plain correction takes from it
+    bool json = false;  // one object per profile and line
+    bool check = false; // only what is odd
+    QString picture;    // whose correction is shown; empty: none
+    QString plot;       // .svg or .png to write; empty: none. Of one profile
+    bool overwrite = false;
+};
+
 struct WizardOptions {
     QStringList files; // may be empty
     QString lensPath;  // as above
@@ -53,7 +63,7 @@ struct CommandLine {
     QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
     CorrectOptions correct; // Correct
     InfoOptions info;       // ShowInfo
-    QStringList profiles;   // ShowProfiles
+    ProfileOptions profile; // ShowProfiles
     LensesOptions lenses;   // ShowLenses
     WizardOptions wizard;   // ShowWizard
 };

@@ -61,6 +61,11 @@ QString Indented(const QString &text)
     return result;
 }
 
+QString LabeledLine(const QString &label, int width, const QString &value)
+{
+    return value.isEmpty() ? QString() : QStringLiteral("  %1%2\n").arg(label, -width).arg(OneLine(value));
+}
+
 Console::Console() : m_terminal(IsLiveTerminal())
 {
     m_sinceStart.start();

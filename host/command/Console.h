@@ -8,6 +8,8 @@
 /// @p text with control characters, line feeds above all, turned into blanks: a message is one line, and a file's name
 /// can't steer the terminal.
 QString OneLine(const QString &text);
+/// "  LABEL   VALUE", with the label padded to @p width and the value on one line; nothing for an empty value.
+QString LabeledLine(const QString &label, int width, const QString &value);
 
 /// Each line of @p text as OneLine has it, indented.
 QString Indented(const QString &text);

@@ -17,7 +17,7 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 using Curve = LensfunCurves::Curve;
 
-/// The geometric step: out of the projection asked for into the lens's own, then its distortion.
+/// Geometric step: from the requested projection to the lens's, then its distortion.
 struct GeometryCurve {
     Curve factor;
     double end = kInfinite;
@@ -91,7 +91,7 @@ private:
         return true;
     }
 
-    /// Makes the maps of one correction; false if the database has no model of it.
+    /// Makes the maps of one correction; returns false if the database has no model of it.
     bool Make(const FitTask &task)
     {
         Correction &to = m_result.correction;

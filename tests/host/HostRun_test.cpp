@@ -113,7 +113,7 @@ void HostRunTest::failsWithOneLine()
         {"kernel exception", "first line second line about \"%1\""_s.arg(Path(kOutput))}, // not a private folder's name
         {"out of memory", "not enough memory"_s},
         {"standard exception", "ran into something"_s},
-        {"other exception", "failed without telling a reason"_s},
+        {"other exception", "failed for an unknown reason"_s},
     };
     WriteFile(Path(kOutput), "old");
     for (const auto &[manner, text] : rows) {

@@ -152,9 +152,9 @@ void InfoTest::profile()
     } rows[] = {{"neither its metadata nor the table of cameras", "", "", 0},
                 {"no profile of the camera \"Canon EOS 40D\"", "Canon", "85 15 1", 488},
                 {"the lens \"7 7 9999\" isn't in the table", "Canon", "7 7 1", 9999},
-                {"several lenses call themselves \"24 70 137\"", "Canon", "70 24 1", 137},
-                {"doesn't tell the lens", "Canon", "22 10 1", 65535},
-                {"Nikon and Canon only", "SONY", "22 10 1", 235}};
+                {"several lenses identify themselves as \"24 70 137\"", "Canon", "70 24 1", 137},
+                {"doesn't name the lens", "Canon", "22 10 1", 65535},
+                {"only for Nikon and Canon", "SONY", "22 10 1", 235}};
     for (const auto &row : rows) {
         if (*row.maker) {
             Exiv2::ExifData exif = CanonExif(row.lens, row.number);
@@ -183,7 +183,7 @@ void InfoTest::correctLooksUp()
 
 void InfoTest::storedFolder()
 {
-    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no folder of profiles is known"));
+    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
     const QString settings = Path("config/Brelt/vitrelux.ini"_s);
     WriteFile(settings,
               "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + Path("lenses"_s).toUtf8() + '\n');
@@ -196,10 +196,10 @@ void InfoTest::storedFolder()
     QVERIFY(QFile::remove(settings));
     QVERIFY(QDir().mkpath(Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0"_s)));
     QVERIFY(QFile::rename(Path("lenses/Canon"_s), Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/Canon"_s)));
-    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no folder of profiles is known"));
+    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would wait forever
-    QVERIFY(Run("info --plain a.jpg"_s).error.contains("passed over: not a regular file"));
+    QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
     m_run->Set("TMPDIR", "/proc"_s); // nothing can be made there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }

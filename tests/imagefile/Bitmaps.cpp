@@ -129,7 +129,7 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a colour of 0
+    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a color of 0
     cmsSetDeviceClass(profile, cmsSigOutputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);
@@ -159,7 +159,7 @@ QByteArray InkProfile()
 double GreyOfCyan(double cyan)
 {
     const double light = std::pow((100.0 * (1.0 - cyan / 3.0) + 16.0) / 116.0, 3); // CIE 15
-    return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // the curve of sRGB
+    return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // sRGB's curve
 }
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression, int quality)

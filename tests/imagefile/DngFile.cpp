@@ -26,7 +26,7 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
     return bytes;
 }
 
-/// One number a field, as 16 bits where they do.
+/// Returns one number per field, as 16 bits if it fits.
 QVector<Field> Plain(const QMap<int, quint32> &values)
 {
     QVector<Field> fields;
@@ -38,7 +38,7 @@ QVector<Field> Plain(const QMap<int, quint32> &values)
     return fields;
 }
 
-/// Appends values and directory; gives the directory's place.
+/// Appends values and directory; returns the directory's offset.
 quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
 {
     QByteArray directory = Numbers({quint16(fields.size())});
@@ -82,7 +82,7 @@ QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &pre
     file += pixels;
     const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');
-    // 262: 32803, colour filters; 6, YCbCr. 50778: 21, D65.
+    // 262: 32803, color filters; 6, YCbCr. 50778: 21, D65.
     quint32 w = quint32(size.width()), h = quint32(size.height()), bytes = quint32(pixels.size());
     const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
                                       {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},

@@ -1,4 +1,4 @@
-// PNG with libpng as witness: every kind of file it writes, profiles that it stops at, files that are cut.
+// PNG with libpng as reference: every kind of file it writes, profiles that it rejects, truncated files.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -23,7 +23,7 @@ struct Spec {
         return (isColour ? 3 : 1) + ((colour & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
     }
     int Greatest() const { return (1 << bits) - 1; }
-    /// Any function of the place; all samples of a pixel are the key now and then.
+    /// Returns any function of the position; sometimes all samples of a pixel are the key.
     int Sample(int x, int y, int c) const
     {
         return (x + y) % 5 == 0 ? kKeySample : (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
@@ -76,7 +76,7 @@ QByteArray Encode(const Spec &spec)
     return file;
 }
 
-/// Channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
+/// Returns channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const bool isColour = (spec.colour & PNG_COLOR_MASK_COLOR) != 0;
@@ -163,7 +163,7 @@ void tst_Png::damaged()
 {
     for (bool interlaced : {false, true}) {
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
-        const int end = file.size() - 12; // without the end chunk it is whole
+        const int end = file.size() - 12; // complete even without the end chunk
         QCOMPARE(BadCut(file, end), QString());
         for (int at = 8; at < end; ++at) // any bit matters: there are checksums
             QVERIFY2(!LoadFromMemory(QByteArray(file).replace(at, 1, QByteArray(1, char(file[at] ^ 4)))),

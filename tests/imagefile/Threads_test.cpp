@@ -1,4 +1,4 @@
-// Several threads in the layer at a time, on different files, as the preview and a batch are.
+// Several threads use the layer at once on different files, like the preview and a batch.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -19,7 +19,7 @@ private:
 
 namespace {
 
-// Writes, reads back, and reads metadata and a thumbnail, again and again.
+// Writes, reads back, and reads metadata and a thumbnail, repeatedly.
 void Work(const QString &path, const char *format, unsigned seed, std::atomic<int> *failures)
 {
     for (unsigned i = 0; i < 6; ++i) {

@@ -1,4 +1,4 @@
-// Tone curves of ICC profiles: formulas, tables, grey, and profiles without any.
+// Tone curves of ICC profiles: formulas, tables, gray, and profiles without curves.
 #include "Bitmaps.h"
 #include "gfl.h"
 
@@ -88,7 +88,7 @@ void tst_ToneCurves::curvesAreTheProfiles_data()
 {
     QTest::addColumn<QByteArray>("profile");
     QTest::addColumn<QVector<Light>>("light");
-    QTest::addColumn<double>("tolerance"); // formulas hold numbers of 16 bits behind the point, tables of 16 in all
+    QTest::addColumn<double>("tolerance"); // formulas have 16 fractional bits, tables 16 bits in total
     QTest::newRow("sRGB") << Bytes(cmsCreate_sRGBProfile()) << QVector<Light>{Srgb, Srgb, Srgb} << 3e-5;
     QTest::newRow("gamma 1.8, table, linear")
         << RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Square, 257), cmsBuildGamma(nullptr, 1.0))

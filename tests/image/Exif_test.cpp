@@ -81,7 +81,7 @@ private Q_SLOTS:
     void comment();
     void privateRecord();
     void summary();
-    void secondAnalysisStartsAfresh();
+    void secondAnalysisResets();
 };
 
 void tst_Exif::number()
@@ -238,7 +238,7 @@ void tst_Exif::summary()
     QCOMPARE(image->m_exifSummary, QStringLiteral("Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";"));
 }
 
-void tst_Exif::secondAnalysisStartsAfresh()
+void tst_Exif::secondAnalysisResets()
 {
     auto image = Analyse("271=Canon|41989=75|33434=1/4|305=Editor");
     image->AnalyseExif(nullptr, nullptr);

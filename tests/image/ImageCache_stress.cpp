@@ -158,7 +158,7 @@ void tst_ImageCacheStress::randomVersions()
         subject.path = pictures.filePath(QString::number(i) + QLatin1String(i % 3 == 2 ? ".nef" : ".png"));
         subject.grey = 10 * i;
         const BitmapPtr bitmap = RandomBitmap(kWidth, kHeight, GFL_RGB, bits);
-        std::memset(bitmap->Data, subject.grey, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * grey
+        std::memset(bitmap->Data, subject.grey, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * gray
         const GFL_SAVE_PARAMS params = SaveParams("png", 1);
         QCOMPARE(gflSaveBitmapUTF8(subject.path.toUtf8().constData(), bitmap.get(), &params), int(GFL_NO_ERROR));
         subject.image = Picture(subject.path);

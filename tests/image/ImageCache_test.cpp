@@ -42,10 +42,10 @@ private Q_SLOTS:
     void eviction();
     void sizesInBytes();
     void smallerFromBigger();
-    void whereVersionsComeBackFrom();
+    void sourcesOfVersions();
     void noRoomForDiskCopies();
-    void lentPixelsOutliveTheirImage();
-    void startOnAHost();
+    void lentPixelsOutliveImage();
+    void startWithHost();
 
 private:
     QString Path(const QString &name) const { return m_dir.filePath(name); }
@@ -130,7 +130,7 @@ void tst_ImageCache::smallerFromBigger()
     image->ReleaseFromMemory();
     QVERIFY(!image->IsCached(100, 80, true) && image->IsCached(50, 40, true));
     QCOMPARE(image->Lock(40, 30, true)->width(), 40);
-    QVERIFY(Thrown([&] { image->Lock(50, 20, true); }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the bigger one
+    QVERIFY(Thrown([&] { image->Lock(50, 20, true); }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the bigger
     QVERIFY(Thrown([&] { image->Lock(100, 80, true); }).contains(QStringLiteral("GFL_ERROR")));
 
     WritePicture(path, "jpeg", 100, 80);
@@ -138,7 +138,7 @@ void tst_ImageCache::smallerFromBigger()
     QCOMPARE(ItemOf(image)->m_versions.size(), 4); // 100, 50, 30, 40 wide
 }
 
-void tst_ImageCache::whereVersionsComeBackFrom()
+void tst_ImageCache::sourcesOfVersions()
 {
     const struct {
         const char *name;
@@ -221,7 +221,7 @@ void tst_ImageCache::noRoomForDiskCopies()
     QCOMPARE(image->LockFullSize(true)->bitsPerComponent(), ushort(16));
 }
 
-void tst_ImageCache::lentPixelsOutliveTheirImage()
+void tst_ImageCache::lentPixelsOutliveImage()
 {
     const QString path = WritePicture(Path(QStringLiteral("lent.png")), "png", 64, 48);
     const KImage *const lent = Picture(path)->LockFullSize(true);
@@ -239,7 +239,7 @@ void tst_ImageCache::lentPixelsOutliveTheirImage()
     QCOMPARE(Cache().m_items.size(), 1);
 }
 
-void tst_ImageCache::startOnAHost()
+void tst_ImageCache::startWithHost()
 {
     KImage::init(nullptr); // a second start does nothing
     Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);

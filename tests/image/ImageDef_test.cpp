@@ -97,7 +97,7 @@ private Q_SLOTS:
     void thumbnails();
     void identity();
     void reload();
-    void filesThatGo();
+    void missingFiles();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -145,7 +145,7 @@ void tst_ImageDef::metadataBlocks()
         const auto has = [block](const char *name) { return std::strstr(block, name) != nullptr; };
         const QString path = WritePicture(Path("blocks.jpg"), "jpeg", 6, 4);
         const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(path.toStdString());
-        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // starts with its length
+        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // first: its length
         Exiv2::DataBuf profile(reinterpret_cast<const Exiv2::byte *>(icc.constData()), icc.size());
         if (has("ICC"))
             file->setIccProfile(profile, /*bTestValid=*/false);
@@ -372,7 +372,7 @@ void tst_ImageDef::reload()
     ImageDef::Delete(image);
 }
 
-void tst_ImageDef::filesThatGo()
+void tst_ImageDef::missingFiles()
 {
     const QString path = WritePicture(Path("go.jpg"), "jpeg", 40, 30);
     ImageDef *const image = Picture(path);

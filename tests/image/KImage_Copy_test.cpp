@@ -257,7 +257,7 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     source.image.Convert(target.image, GFL_RGBA, 8);
     QCOMPARE(target.image.m_bitmap->Data, block);
     QCOMPARE(target.Sample(3, 2, 3), 255.0);
-    source.image.Convert(target.image, GFL_GREY, 8); // another shape: allocates a new block and leaves the old one unchanged
+    source.image.Convert(target.image, GFL_GREY, 8); // another shape: allocates, leaves the old block unchanged
     QVERIFY(target.image.m_bitmap->Data != block);
     QCOMPARE(block[3], quint8(255));
 }

@@ -46,8 +46,8 @@ private Q_SLOTS:
     void readsWhatItWrote();
     void cacheFilesKeepTheForm();
     void dumps();
-    void fewerColours();
-    void readsAtTheDepthThatIsAsked();
+    void colorReduction();
+    void readsAtRequestedDepth();
     void thumbnailIsSmall();
     void failedWriteLeavesNothing();
     void failedWriteKeepsTheOldFile();
@@ -189,7 +189,7 @@ void tst_KImageFile::dumps()
     QCOMPARE(int(*alpha.getData(4, 2)), 77);
 }
 
-void tst_KImageFile::fewerColours()
+void tst_KImageFile::colorReduction()
 {
     quint8 pixels[] = {200, 100, 50, 0, 0, 0, 255, 255, 255, 7, 7, 7};
     const QByteArray before(reinterpret_cast<char *>(pixels), sizeof pixels);
@@ -204,7 +204,7 @@ void tst_KImageFile::fewerColours()
         QCOMPARE(Thrown([&] { bad->Convert(GFL_DEPTH_GREY, 0); }), QStringLiteral("Invalid Bitmap"));
 }
 
-void tst_KImageFile::readsAtTheDepthThatIsAsked()
+void tst_KImageFile::readsAtRequestedDepth()
 {
     KImage image(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
     const quint16 value = 0x1234;

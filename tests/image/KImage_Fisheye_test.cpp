@@ -60,7 +60,7 @@ class tst_KImageFisheye : public QObject {
 
 private Q_SLOTS:
     void findsTheCircle();
-    void findsNone();
+    void findsNoCircle();
     void sphere();
     void cleans();
     void paintsAndBends();
@@ -88,7 +88,7 @@ void tst_KImageFisheye::findsTheCircle()
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
 }
 
-void tst_KImageFisheye::findsNone()
+void tst_KImageFisheye::findsNoCircle()
 {
     const double nan = std::nan(""), infinity = INFINITY;
     const struct {

@@ -89,10 +89,10 @@ private Q_SLOTS:
     void rampStaysLinear();
     void inPlace();
     void foreignRows();
-    void whatIsNotResized();
+    void unsupportedForms();
     void cropHoldsNothingTransparent();
     void fullAndEmptyCrop();
-    void cropByHand();
+    void knownCrops();
     void cropGuards();
 };
 
@@ -203,7 +203,7 @@ void tst_KImageGeometry::foreignRows()
     QVERIFY(result.Bytes() == wanted.Bytes());
 }
 
-void tst_KImageGeometry::whatIsNotResized()
+void tst_KImageGeometry::unsupportedForms()
 {
     KImage empty, image(4, 4, GFL_RGB, 8, /*clear=*/true, nullptr, 0), target(1, 1, GFL_RGB, 8, true, nullptr, 0);
     QCOMPARE(Thrown([&] { empty.Resize(target, 2, 2); }), QString());
@@ -262,7 +262,7 @@ void tst_KImageGeometry::fullAndEmptyCrop()
     }
 }
 
-void tst_KImageGeometry::cropByHand()
+void tst_KImageGeometry::knownCrops()
 {
     // Columns 0 to 9 and from 95 on are transparent in every row. Row 0 has no effect, row d at most d * tan: once d *
     // tan is 10, the left side is at 10, the right one at the last valid column.

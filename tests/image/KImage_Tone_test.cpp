@@ -15,7 +15,7 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// An image of one row with the same value in all colours of a pixel.
+/// Fills an image of one row with the same value in all colors of a pixel.
 void FillRow(TestImage &image, const std::vector<double> &values, double alpha = 1)
 {
     for (size_t x = 0; x < values.size(); ++x) {

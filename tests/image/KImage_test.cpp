@@ -76,7 +76,7 @@ void tst_KImage::refusedShapes()
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-        for (int attempt = 0; attempt < 2; ++attempt) { // the record left by the first attempt has no image of that shape
+        for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt leaves no image of that shape
             QCOMPARE(Thrown([&] {
                          image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
                                            /*clear=*/false, nullptr, 0);

@@ -40,7 +40,7 @@ class tst_KMetaData : public QObject {
 private Q_SLOTS:
     void copiesAreDeep();
     void ownBlockAsSource();
-    void nothingInBlocks();
+    void emptyBlocks();
     void xmpTree();
 };
 
@@ -84,7 +84,7 @@ void tst_KMetaData::ownBlockAsSource()
     QVERIFY(!data.Iptc() && data.Exifex() && data.IccProfile() && data.Xmp());
 }
 
-void tst_KMetaData::nothingInBlocks()
+void tst_KMetaData::emptyBlocks()
 {
     GFL_EXIF_DATAEX exif = {nullptr, 5};
     GFL_IPTC_DATA iptc = {0, nullptr};

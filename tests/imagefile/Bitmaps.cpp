@@ -138,8 +138,8 @@ QByteArray InkProfile()
     cmsStageSampleCLut16bit(
         table,
         [](const cmsUInt16Number *in, cmsUInt16Number *out, void *) -> cmsInt32Number {
-            const double colours = (in[0] + in[1] + in[2]) / 3.0 / 65535.0;
-            out[0] = cmsUInt16Number(std::lround((1.0 - in[3] / 65535.0) * (1.0 - colours) * 65280.0));
+            const double colors = (in[0] + in[1] + in[2]) / 3.0 / 65535.0;
+            out[0] = cmsUInt16Number(std::lround((1.0 - in[3] / 65535.0) * (1.0 - colors) * 65280.0));
             out[1] = out[2] = 32768;
             return 1;
         },

@@ -47,15 +47,15 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
 
 /// sRGB colors, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for D50
 /// (Bradford) and CIE 15's formula.
-struct LabColour {
+struct LabColor {
     double lab[3];
     double rgb[3];
 };
-constexpr LabColour kLabColours[] = {{{0, 0, 0}, {0, 0, 0}},
-                                     {{100, 0, 0}, {1, 1, 1}},
-                                     {{50.554, 50.519, 42.336}, {0.8, 0.3, 0.2}},
-                                     {{56.104, -43.34, 31.046}, {0.2, 0.6, 0.3}},
-                                     {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
+constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
+                                   {{100, 0, 0}, {1, 1, 1}},
+                                   {{50.554, 50.519, 42.336}, {0.8, 0.3, 0.2}},
+                                   {{56.104, -43.34, 31.046}, {0.2, 0.6, 0.3}},
+                                   {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
 /// Returns an ink profile in which lightness decreases with black, and by a third with each other ink; and the gray, as

@@ -58,11 +58,11 @@ quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
     return at;
 }
 
-QByteArray SensorValues(QSize size, const SensorColour &colour)
+QByteArray SensorValues(QSize size, const SensorColor &color)
 {
     const auto number = [](double share) { return Numbers({quint16(std::lround(share * 65535))}); };
-    const QByteArray even = (number(colour.red) + number(colour.green)).repeated(size.width() / 2);
-    const QByteArray odd = (number(colour.green) + number(colour.blue)).repeated(size.width() / 2);
+    const QByteArray even = (number(color.red) + number(color.green)).repeated(size.width() / 2);
+    const QByteArray odd = (number(color.green) + number(color.blue)).repeated(size.width() / 2);
     return (even + odd).repeated(size.height() / 2);
 }
 
@@ -74,11 +74,11 @@ QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels)
     return file.replace(4, 4, Numbers({AddDirectory(Plain(fields), &file)}));
 }
 
-QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview, QSize previewSize,
+QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &preview, QSize previewSize,
                    const QMap<quint16, QByteArray> &blocks)
 {
     QByteArray file("II*\0\0\0\0\0", 8);
-    const QByteArray pixels = SensorValues(size, colour);
+    const QByteArray pixels = SensorValues(size, color);
     file += pixels;
     const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');

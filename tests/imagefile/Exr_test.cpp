@@ -123,7 +123,7 @@ void tst_Exr::foreignFiles()
         {"windows that don't meet", ScanLines, {100, 100, 4, 4}},
         {"layer", Layer, {-3, 2, 16, 12}},
         {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
-        {"grey and alpha", GreyAlpha, {-3, 2, 16, 12}},
+        {"gray and alpha", GreyAlpha, {-3, 2, 16, 12}},
     };
     for (const auto &[name, kind, data] : files) {
         WriteForeign(path.toStdString(), kind, {{-3, 2}, {12, 13}},
@@ -133,8 +133,8 @@ void tst_Exr::foreignFiles()
         QVERIFY2(got && got->Width == 16 && got->Height == 12 && got->Type == (isChroma ? GFL_RGB : GFL_RGBA), name);
         const QRect &window = data;
         const auto expected = [&](int x, int y, int c) {
-            const double colour = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGrey ? 0 : c)) / 0.5;
-            return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : colour;
+            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGrey ? 0 : c)) / 0.5;
+            return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : color;
         };
         QVERIFY2(Difference(*got, expected, isChroma ? 0.002 : 0.0).isEmpty(), name);
     }

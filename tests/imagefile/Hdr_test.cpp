@@ -41,7 +41,7 @@ class tst_Hdr : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void reads();
-    void turned();
+    void rotatedAxes();
     void damaged();
     void extremes();
 };
@@ -73,7 +73,7 @@ void tst_Hdr::reads()
     }
 }
 
-void tst_Hdr::turned()
+void tst_Hdr::rotatedAxes()
 {
     const struct {
         const char *axes, *stored; // of the picture with the rows "abc" and "def"

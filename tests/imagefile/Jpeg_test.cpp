@@ -92,7 +92,7 @@ class tst_Jpeg : public QObject {
 private Q_SLOTS:
     void readsWhatLibjpegDecodes_data();
     void readsWhatLibjpegDecodes();
-    void oddEnds();
+    void bytesAfterEnd();
     void damaged();
     void writes();
 };
@@ -103,7 +103,7 @@ void tst_Jpeg::readsWhatLibjpegDecodes_data()
     const auto row = [](const char *name, auto change) { QTest::newRow(name) << With(change); };
     row("YCbCr", [](Spec &) {});
     row("RGB", [](Spec &s) { s.stored = JCS_RGB, s.lumaSampling = 1; });
-    row("grey", [](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; });
+    row("gray", [](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; });
     row("progressive", [](Spec &s) { s.progressive = true; });
     row("arithmetic", [](Spec &s) { s.arithmetic = true; });
     row("restarts", [](Spec &s) { s.restart = 2; });
@@ -134,7 +134,7 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
     QCOMPARE(Difference(*bitmap, expected, 0.02), QString());
 }
 
-void tst_Jpeg::oddEnds()
+void tst_Jpeg::bytesAfterEnd()
 {
     QByteArray metric = Encode(Spec()); // JFIF: unit and densities follow the version
     GFL_FILE_INFORMATION info;

@@ -25,7 +25,7 @@ struct Spec {
     /// Returns any function of the position, except for known colors and inks with a profile.
     double Share(int x, int y, int c) const
     {
-        const double *lab = kLabColours[x % kLabCount].lab;
+        const double *lab = kLabColors[x % kLabCount].lab;
         if (mode == Lab)
             return c == 0 ? lab[0] / 100 : (lab[c] + 128) / 255;
         if (mode == Cmyk && !profile.isEmpty())
@@ -109,7 +109,7 @@ double Expected(const Spec &spec, int x, int y, int c)
     case Duotone:
         return spec.Share(x, y, c == 3 ? 1 : 0);
     case Lab:
-        return kLabColours[x % kLabCount].rgb[c];
+        return kLabColors[x % kLabCount].rgb[c];
     case Cmyk: // stores the paper that the inks leave
         if (!spec.profile.isEmpty())
             return GreyOfCyan(kCyan);
@@ -217,7 +217,7 @@ void tst_Psd::damaged()
         {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
         {"channels without meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
         {"no palette", 24, 2, 2, GFL_ERROR_FILE_READ},
-        {"colour data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
+        {"color data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
         {"size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},

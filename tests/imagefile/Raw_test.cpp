@@ -11,7 +11,7 @@ class tst_Raw : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void settings();
-    void whatIsRaw();
+    void recognition();
     void damagedFiles();
 
 private:
@@ -25,13 +25,13 @@ struct Settings {
 
 void tst_Raw::settings()
 {
-    const SensorColour field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
+    const SensorColor field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
     const float nan = std::numeric_limits<float>::quiet_NaN();
     // The camera's neutral is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
     const struct {
         const char *name;
         Settings settings;
-        SensorColour sensor, expected;
+        SensorColor sensor, expected;
     } rows[] = {
         {"camera balance", {}, field, {0.2, 0.25, 0.2}},
         {"no balance: daylight", {0, 0}, field, field},
@@ -67,7 +67,7 @@ void tst_Raw::settings()
         }
 }
 
-void tst_Raw::whatIsRaw()
+void tst_Raw::recognition()
 {
     const QByteArray dng = DngFile({64, 48}, {0.1, 0.2, 0.3}),
                      tiff = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));

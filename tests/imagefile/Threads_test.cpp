@@ -10,8 +10,8 @@
 class tst_Threads : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void sideBySide();
-    void errorTextsAreTheirOwn();
+    void concurrentFiles();
+    void errorTextsArePerThread();
 
 private:
     Folder m_folder;
@@ -37,7 +37,7 @@ void Work(const QString &path, const char *format, unsigned seed, std::atomic<in
 
 } // namespace
 
-void tst_Threads::sideBySide()
+void tst_Threads::concurrentFiles()
 {
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
@@ -49,7 +49,7 @@ void tst_Threads::sideBySide()
     QCOMPARE(failures.load(), 0);
 }
 
-void tst_Threads::errorTextsAreTheirOwn()
+void tst_Threads::errorTextsArePerThread()
 {
     QVERIFY(!Load(QStringLiteral("/none/here")));
     std::thread([] { Load(QStringLiteral("/none/there")); }).join();

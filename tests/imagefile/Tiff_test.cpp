@@ -55,14 +55,14 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-// The colors of kLabColours under D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
+// The colors of kLabColors under D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
 constexpr double kLabUnderD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
 /// Encodes as in TIFF 6.0, section 23, and its technical note on ICC Lab.
 int LabValue(const Spec &spec, int x, int c)
 {
-    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColours[x % kLabCount].lab[c];
+    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColors[x % kLabCount].lab[c];
     const bool isCie = spec.photometric == PHOTOMETRIC_CIELAB;
     const int unit = spec.bits == 8 ? 1 : 256, zero = isCie ? 0 : 128 * unit;
     const int lightest = spec.bits == 8 ? 255 : isCie ? 65535 : 65280;
@@ -216,7 +216,7 @@ double Expected(const Spec &spec, int x, int y, int c, int channels)
     if (c == 3)
         return opacity;
     if (spec.IsLab())
-        return kLabColours[x % kLabCount].rgb[c];
+        return kLabColors[x % kLabCount].rgb[c];
     if (spec.IsLumaAndChroma())
         return c == 0 ? 1.0 : 0.0;
     if (spec.hasInkProfile)
@@ -252,7 +252,7 @@ private Q_SLOTS:
     void readsWhatLibtiffWrites_data();
     void readsWhatLibtiffWrites();
     void damagedColorMap();
-    void writtenFilesAreRight();
+    void writtenFilesAreCorrect();
 
 private:
     Folder m_folder;
@@ -289,18 +289,18 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB 32-bit integers", Rgb(32), GFL_RGB, 32);
     row("RGB 24-bit integers, high byte first", With(Rgb(24), bigEndian), GFL_RGB, 32);
     row("RGB 10 bits in planes", With(Rgb(10), planar), GFL_RGB, 16);
-    row("grey 2", Grey(2), GFL_GREY, 8);
-    row("grey 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
+    row("gray 2", Grey(2), GFL_GREY, 8);
+    row("gray 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
     row("1 bit, white is 0, fax", With(Grey(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
     row("1 bit in tiles", With(Grey(1), tiled), GFL_RGB, 8);
     row("palette 1", Grey(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
-    row("palette 4 of 8-bit colours", With(Grey(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }),
-        GFL_RGB, 8);
+    row("palette 4 of 8-bit colors", With(Grey(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }), GFL_RGB,
+        8);
     row("RGBA straight 16 in planes", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
     row("RGBA premultiplied float", With(Rgb(32, 4), associated, isFloat), GFL_RGBA, 32);
     row("RGBA of unsaid kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
-    row("grey and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
+    row("gray and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
     row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);
     row("CMYK with a profile", With(Rgb(16, 4), inks, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
     for (int bits : {8, 16})
@@ -387,7 +387,7 @@ void tst_Tiff::damagedColorMap()
     }
 }
 
-void tst_Tiff::writtenFilesAreRight()
+void tst_Tiff::writtenFilesAreCorrect()
 {
     const QString path = m_folder("a.tif");
     const QMap<int, int> schemes = {{0, COMPRESSION_NONE}, {2, COMPRESSION_LZW}, {4, COMPRESSION_ADOBE_DEFLATE}};

@@ -95,7 +95,7 @@ private Q_SLOTS:
     void damagedDatabase();
     void binaryFile();
     void storeAndIdentifier();
-    void providersTwiceOrGone();
+    void duplicateAndDeletedProviders();
     void countersAndTimers();
     void switchedOff();
 
@@ -282,7 +282,7 @@ void tst_Analytics::storeAndIdentifier()
     QCOMPARE(keptOut.userId(), id); // the copy in the store
 }
 
-void tst_Analytics::providersTwiceOrGone()
+void tst_Analytics::duplicateAndDeletedProviders()
 {
     auto *gone = new Sender(&m_log);
     m_manager->registerProvider(gone);

@@ -32,9 +32,9 @@ private Q_SLOTS:
     void room();
     void folderChanges();
     void cleaning();
-    void memoryOfZeros();
+    void zeroingAllocator();
     void fourThreads();
-    void whyASaveFailed();
+    void saveFailureReasons();
 
 private:
     QString Folder(int number) const
@@ -135,7 +135,7 @@ void tst_KCacheDiskManager::cleaning()
     QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a link to it isn't ours either
 }
 
-void tst_KCacheDiskManager::memoryOfZeros()
+void tst_KCacheDiskManager::zeroingAllocator()
 {
     ZeroingAllocator<quint64> allocator;
     for (int round = 0; round < 3; ++round) { // memory is reused with its old content
@@ -160,7 +160,7 @@ void tst_KCacheDiskManager::fourThreads()
     QCOMPARE(all.size(), size_t(4000));
 }
 
-void tst_KCacheDiskManager::whyASaveFailed()
+void tst_KCacheDiskManager::saveFailureReasons()
 {
     const QString inside = m_dir->filePath(QStringLiteral("big.tiff")),
                   absent = QStringLiteral("/no/such/folder/x.tiff");

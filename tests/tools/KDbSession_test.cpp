@@ -64,9 +64,9 @@ private Q_SLOTS:
     void commitAndCancel();
     void savepoint();
     void killedBetweenCommitAndCancel();
-    void copied();
-    void keptOutOfANewFile();
-    void twoKeptOutByAReader();
+    void copyToOtherFile();
+    void lockedNewFile();
+    void readerBlocksBothSessions();
 
 private:
     QString Path(const char *name = "notes.db") const { return m_dir->filePath(QString::fromLatin1(name)); }
@@ -134,7 +134,7 @@ void tst_KDbSession::killedBetweenCommitAndCancel()
     QCOMPARE(check.value(0).toString(), QStringLiteral("ok"));
 }
 
-void tst_KDbSession::copied()
+void tst_KDbSession::copyToOtherFile()
 {
     Notes notes;
     notes.setFilePath(Path());
@@ -154,7 +154,7 @@ void tst_KDbSession::copied()
 }
 
 /// Opens a session with savepoints on a new file that another connection has locked.
-void tst_KDbSession::keptOutOfANewFile()
+void tst_KDbSession::lockedNewFile()
 {
     Notes late;
     late.setUseRollBack(true);
@@ -177,7 +177,7 @@ void tst_KDbSession::keptOutOfANewFile()
     QCOMPARE(late.Texts(), QStringList{QStringLiteral("a")});
 }
 
-void tst_KDbSession::twoKeptOutByAReader()
+void tst_KDbSession::readerBlocksBothSessions()
 {
     Notes before(kSqlite, QStringLiteral("before"));
     before.setFilePath(Path());

@@ -22,7 +22,7 @@ private Q_SLOTS:
     void init() { KLog::init(nullptr); }
     void cleanup() { KLog::exit(); }
 
-    void listenersHearWithoutAFile();
+    void listenersWithoutFile();
     void fileHoldsTheBareLine();
     void unwritableFileShowsABox();
     void fullDiskLeavesNothingBehind();
@@ -33,7 +33,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_KLog::listenersHearWithoutAFile()
+void tst_KLog::listenersWithoutFile()
 {
     QSignalSpy plain(KLog::ms_instance, SIGNAL(Logged(QString)));
     QSignalSpy numbered(KLog::ms_instance, SIGNAL(Logged(int, QString)));

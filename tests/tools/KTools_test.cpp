@@ -90,7 +90,7 @@ public:
 
 private Q_SLOTS:
     void aloneWithThreadsOnDistinctProcessors();
-    void onAHostsInstances();
+    void withHostInstances();
     void twoProcesses();
     void unwritableFolders();
 
@@ -125,7 +125,7 @@ void tst_KTools::aloneWithThreadsOnDistinctProcessors()
     QVERIFY(apart);
 }
 
-void tst_KTools::onAHostsInstances()
+void tst_KTools::withHostInstances()
 {
     int threads = 7, cores = 5;
     void *word = nullptr;

@@ -16,7 +16,7 @@ private Q_SLOTS:
     void storeOutlivesTheObject();
     void defaultsOnlySkipsTheStore();
     void firstDefaultWins();
-    void notConvertible();
+    void unconvertibleValues();
     void readerSkipsTheTable();
 
 private:
@@ -106,7 +106,7 @@ void tst_SettingsManager::firstDefaultWins()
     QCOMPARE(manager.GetInt(b), 5);
 }
 
-void tst_SettingsManager::notConvertible()
+void tst_SettingsManager::unconvertibleValues()
 {
     StoredManager manager;
     const std::pair<QVariant, QColor> rows[] = {

@@ -24,11 +24,11 @@ class tst_RansacFisheye : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void modelsOfLittle();
+    void degenerateModels();
     void scores();
 };
 
-void tst_RansacFisheye::modelsOfLittle()
+void tst_RansacFisheye::degenerateModels()
 {
     // Three edges, drawn in any order: exactly the linear model.
     RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});

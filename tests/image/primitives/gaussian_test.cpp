@@ -74,7 +74,7 @@ void tst_Gaussian::stretchMatchesFormula()
 {
     std::vector<Ipp8u> src(4 * 259), got(src.size());
     for (std::size_t i = 0; i < src.size(); ++i)
-        src[i] = static_cast<Ipp8u>(i % 4 == 3 ? i : i / 4); // every value in every colour
+        src[i] = static_cast<Ipp8u>(i % 4 == 3 ? i : i / 4); // every value in every color
     for (int low = 0; low < 256; low += 3) {
         for (int high = low; high < 256; ++high) {
             Stretch(static_cast<Ipp8u>(low), static_cast<Ipp8u>(high), 4).Run(src.data(), got.data(), 259);

@@ -10,7 +10,7 @@ using namespace primitives;
 class tst_Rotate : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void thereAndBack();
+    void roundTrip();
     void pastTheCache();
     void rightAngles();
     void rampUnderAnyAngle();
@@ -30,7 +30,7 @@ Status Rotate(Image &src, Image &dst, double angle, double shiftX, double shiftY
 
 } // namespace
 
-void tst_Rotate::thereAndBack()
+void tst_Rotate::roundTrip()
 {
     for (const int width : {1, 2, 15, 16, 17, 47}) {
         const Case named(width);

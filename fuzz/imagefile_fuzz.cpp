@@ -1,4 +1,4 @@
-// Picture files through the image-file layer: pixels, thumbnail, metadata, and back into a file.
+// Passes picture files through the image-file layer: pixels, thumbnail, metadata, and back into a file.
 #include "core/codec.h"
 #include "gfl.h"
 
@@ -15,7 +15,7 @@ void Require(bool condition)
         std::abort();
 }
 
-// What every bitmap that comes out must satisfy; touches all pixels.
+// Checks invariants of every returned bitmap; reads all pixels.
 void Check(const GFL_BITMAP &bitmap)
 {
     const int channels = ChannelsOfType(bitmap.Type);
@@ -26,7 +26,7 @@ void Check(const GFL_BITMAP &bitmap)
     std::uint64_t sum = 0;
     for (std::size_t i = 0; i < std::size_t(bitmap.BytesPerLine) * static_cast<std::size_t>(bitmap.Height); ++i)
         sum += bitmap.Data[i];
-    volatile std::uint64_t sink = sum; // so that the sum is computed
+    volatile std::uint64_t sink = sum; // keeps the compiler from removing the sum
     static_cast<void>(sink);
 }
 
@@ -45,7 +45,7 @@ void TryMetadata(GFL_BITMAP *bitmap)
 
 void TrySaving(const GFL_BITMAP &bitmap, const char *format)
 {
-    constexpr int kMaxSide = 200; // the writer isn't what is looked for here, its metadata is
+    constexpr int kMaxSide = 200; // the target is the metadata writer, not the pixel writer
     if (bitmap.Width > kMaxSide || bitmap.Height > kMaxSide)
         return;
     GFL_SAVE_PARAMS params;
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     GFL_LOAD_PARAMS params;
     gflGetDefaultLoadParams(&params);
-    // The options come out of a byte that most formats don't look at, so that seeds stay plain files.
+    // The options come from a byte that most formats ignore, so that seeds stay plain files.
     const unsigned options = data[size - 1];
     params.Flags = GFL_LOAD_METADATA | ((options & 1) != 0 ? GFL_LOAD_ORIGINAL_DEPTH : 0u)
         | ((options & 2) != 0 ? GFL_LOAD_FORCE_COLOR_MODEL : 0u);
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (bitmap) {
         Check(*bitmap);
         TryMetadata(bitmap);
-        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // that carry metadata
+        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // those that carry metadata
         TrySaving(*bitmap, kFormats[(options >> 3) & 3]);
         TryThumbnail(data, size, params);
     }

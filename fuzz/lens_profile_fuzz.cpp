@@ -1,4 +1,4 @@
-// Reads any bytes as a lens profile and corrects a small picture by whatever comes out.
+// Reads arbitrary bytes as a lens profile and corrects a small picture with the result.
 #include "KImage.h"
 #include "ProfileReport.h"
 #include "newLCP.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// All switches on one picture; sizes and values don't matter, positions come from the profile.
+/// Applies all switches to one picture; sizes and values don't matter, positions come from the profile.
 void CorrectBy(newLCP &lcp)
 {
     lcp.scale = 0.01F;
@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     newLCP lcp(fileName, ok);
     close(file);
     if (report.usable && !ok)
-        __builtin_trap(); // the report promises what the reader doesn't keep
+        __builtin_trap(); // the report contradicts the reader
     if (report.usable == !report.problem.isEmpty() || report.problem.contains(QLatin1Char('\n')))
         __builtin_trap();
     CorrectBy(lcp);

@@ -1,4 +1,4 @@
-// Reads any bytes as a lens profile of any spelling and fits it to a few pictures.
+// Reads arbitrary bytes as a lens profile of any spelling and fits it to a few pictures.
 #include "CorrectionTwin.h"
 #include "Fit.h"
 
@@ -14,7 +14,7 @@ void Require(bool condition)
         __builtin_trap();
 }
 
-/// What every fit must satisfy, whatever the profile says.
+/// Checks invariants of every fit, for any profile.
 void Check(const FitResult &fit, const LensProfile &profile)
 {
     Require(fit.zoom >= 0.5 && fit.zoom <= 2.0 && fit.fieldShare >= 0.0 && fit.fieldShare <= 1.0);

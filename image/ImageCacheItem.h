@@ -230,7 +230,7 @@ template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>
 {
     if (!version->m_cacheName.isEmpty())
         return version->m_cacheName;
-    // Of one channel only: an estimate, for which the disk manager keeps a reserve.
+    // An estimate for one channel only; the disk manager keeps a reserve for the rest.
     const qint64 bytes = static_cast<qint64>(version->m_width) * version->m_height * (version->m_depth / 8);
     KCacheDiskManager::init(nullptr); // created on first use
     version->m_cacheName = KCacheDiskManager::ms_instance->getTempFile(static_cast<quint64>(bytes));

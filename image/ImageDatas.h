@@ -43,7 +43,7 @@ public:
     float rawRedScaling = 1.0F;
     float rawBlueScaling = 1.0F;
 
-    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // suffixes, case-insensitive, of files that are never described
+    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // suffixes, in any case, of files that are never described
 
     ImageDatas();
 

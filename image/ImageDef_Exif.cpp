@@ -77,7 +77,7 @@ float FNumber(const char *value)
 
 struct UnitRow {
     const char *start; // of the value
-    float millimetres;
+    float millimeters;
     const char *name;
 };
 
@@ -144,7 +144,7 @@ constexpr TagRow kTags[] = {
     {kPlaneUnitTag, QT_TRANSLATE_NOOP("ImageDef", "Focal plan res. unit"),
      [](Readings &to, const char *value) {
          const UnitRow *unit = UnitOf(value);
-         to.planeUnitMm = unit ? unit->millimetres : 1.0F;
+         to.planeUnitMm = unit ? unit->millimeters : 1.0F;
      }},
     {305, nullptr, [](Readings &to, const char *value) { to.shooting.software = Text(value); }},
 };

@@ -167,7 +167,7 @@ public:
     /// Extracts one channel as a gray image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.
     void ExtractChannel(KImage &target, int bitsPerComponent, int channel) const;
     void ExtractAlpha(KImage &target, int bitsPerComponent) const;
-    /// Replaces a channel by a grey image of this image's size, at any depth.
+    /// Replaces a channel by a gray image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
     /// Paints this image onto @p target at (x, y), clipped to it, using its alpha if it has one. The target's alpha
@@ -237,8 +237,8 @@ public:
     /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);
 
-    /// Factors, 1 changes nothing: towards black at 0, towards middle grey, towards the picture's own luma (Haeberli
-    /// and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
+    /// Factors, 1 changes nothing: interpolate towards black (at 0), towards middle gray, towards the picture's luma
+    /// (Haeberli and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
     /// Two-tone coloring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
     /// on the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.

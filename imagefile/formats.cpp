@@ -89,11 +89,11 @@ Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index)
     for (*index = 0; const Row *row = RowAt(*index); ++*index) {
         *codec = &row->codec();
         name.isOwnSuffix = HasSuffix(row->format, name.suffix);
-        if ((*codec)->Probe(head, name) && (*codec)->Recognises(source, name))
+        if ((*codec)->Probe(head, name) && (*codec)->Recognizes(source, name))
             return Status::Ok();
     }
     return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                        source.Path() + " is of no known format; known are " + KnownFormats());
+                        source.Path() + " has an unknown format; known formats: " + KnownFormats());
 }
 
 Status ReadMetadata(const Source &source, Metadata *metadata)

@@ -153,11 +153,10 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
 {
     const Codec *codec = CodecAt(params.FormatIndex);
     if (!codec)
-        return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("there is no format %d", params.FormatIndex));
+        return Status::Fail(GFL_ERROR_BAD_FORMAT_INDEX, Text("unknown format %d", params.FormatIndex));
     if (rows && !codec->WritesMadeRows())
-        return Status::Fail(
-            GFL_ERROR_BAD_PARAMETERS,
-            Text("%s is written from whole pictures, not row by row", FormatAt(params.FormatIndex)->Name));
+        return Status::Fail(GFL_ERROR_BAD_PARAMETERS,
+                            Text("%s can't be written row by row", FormatAt(params.FormatIndex)->Name));
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 

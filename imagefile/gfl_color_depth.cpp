@@ -67,7 +67,7 @@ Status ChooseChange(int channels, int mode, int parameters, Change *change)
     default:
         break;
     }
-    return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("there is no change of colours %d with %d", mode, parameters));
+    return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("no color conversion %d with parameter %d", mode, parameters));
 }
 
 /// Converts the record's pixels to another form. Keeps everything else.
@@ -94,11 +94,11 @@ Status ChangeForm(GFL_BITMAP *bitmap, int channels)
 
 void ChangeValues(const Table &table, GFL_BITMAP *bitmap)
 {
-    const int channels = ChannelsOfType(bitmap->Type), colours = channels == 4 ? 3 : channels;
+    const int channels = ChannelsOfType(bitmap->Type), colors = channels == 4 ? 3 : channels;
     for (int y = 0; y < bitmap->Height; ++y) {
         std::uint8_t *pixel = bitmap->Data + static_cast<std::size_t>(y) * bitmap->BytesPerLine;
         for (int x = 0; x < bitmap->Width; ++x, pixel += channels)
-            for (int c = 0; c < colours; ++c)
+            for (int c = 0; c < colors; ++c)
                 pixel[c] = table[pixel[c]];
     }
 }
@@ -109,12 +109,12 @@ int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t m
 {
     return Guarded([&] {
         if (!bitmap || result)
-            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "a bitmap is changed in place");
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "a bitmap can only be changed in place");
         if (Status status = CheckBitmap(*bitmap); !status)
             return status;
         if (bitmap->BitsPerComponent != 8)
             return Status::Fail(GFL_ERROR_BAD_BITMAP,
-                                Text("colours of %d bits; those of 8 are changed", bitmap->BitsPerComponent));
+                                Text("%d bits per color; only 8 are supported", bitmap->BitsPerComponent));
         const int channels = ChannelsOfType(bitmap->Type);
         Change change = {};
         if (Status status = ChooseChange(channels, mode, parameters, &change); !status)

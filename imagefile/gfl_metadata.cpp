@@ -9,8 +9,8 @@
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
-#include "metadata_list.h"
 #include "metadata/tone_curves.h"
+#include "metadata_list.h"
 
 #include <algorithm>
 

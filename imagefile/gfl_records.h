@@ -134,7 +134,7 @@ struct GFL_FILE_INFORMATION {
     std::int32_t Width;
     std::int32_t Height;
     std::uint16_t BitsPerComponent;   // as a load with GFL_LOAD_ORIGINAL_DEPTH delivers them: 8, 16 or 32
-    std::uint16_t ComponentsPerPixel; // as stored in the file, alpha included; a palette counts as its 3 colours
+    std::uint16_t ComponentsPerPixel; // as stored in the file, alpha included; a palette counts as its 3 colors
     std::uint16_t ColorModel;         // a GflColorModel
     std::uint16_t Xdpi;               // 0: unknown
     std::uint16_t Ydpi;

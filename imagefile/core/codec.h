@@ -51,7 +51,7 @@ public:
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
     /// Checks a file that Probe accepts more closely, for formats with the same beginning as another.
-    virtual bool Recognises(const Source &source, const NameHint &name) const;
+    virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but finds every reason to reject
     /// the file that its headers show.
@@ -72,7 +72,7 @@ public:
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };
 
-inline bool Codec::Recognises(const Source &, const NameHint &) const
+inline bool Codec::Recognizes(const Source &, const NameHint &) const
 {
     return true;
 }

@@ -25,16 +25,16 @@ ProfilePtr InkProfile(const Bytes &bytes)
     return profile && cmsGetColorSpace(profile.get()) == cmsSigCmykData ? std::move(profile) : nullptr;
 }
 
-cmsUInt32Number Format(cmsUInt32Number space, int colours, int bits, bool hasAlpha)
+cmsUInt32Number Format(cmsUInt32Number space, int colors, int bits, bool hasAlpha)
 {
     const auto bytes = static_cast<cmsUInt32Number>(bits / 8);
-    return COLORSPACE_SH(space) | CHANNELS_SH(static_cast<cmsUInt32Number>(colours)) | EXTRA_SH(hasAlpha ? 1u : 0u)
+    return COLORSPACE_SH(space) | CHANNELS_SH(static_cast<cmsUInt32Number>(colors)) | EXTRA_SH(hasAlpha ? 1u : 0u)
         | BYTES_SH(bytes) | FLOAT_SH(bits == 32 ? 1u : 0u);
 }
 
 } // namespace
 
-struct ColourTransform::Engine {
+struct ColorTransform::Engine {
     static std::unique_ptr<Engine> Make(cmsHPROFILE from, cmsUInt32Number in, cmsUInt32Number out,
                                         cmsUInt32Number flags)
     {
@@ -55,10 +55,10 @@ struct ColourTransform::Engine {
     cmsHTRANSFORM transform;
 };
 
-ColourTransform::ColourTransform() = default;
-ColourTransform::~ColourTransform() = default;
+ColorTransform::ColorTransform() = default;
+ColorTransform::~ColorTransform() = default;
 
-Status ColourTransform::StartInks(const Bytes &profile, int bits, bool hasAlpha)
+Status ColorTransform::StartInks(const Bytes &profile, int bits, bool hasAlpha)
 {
     m_bits = bits;
     m_hasAlpha = hasAlpha;
@@ -68,7 +68,7 @@ Status ColourTransform::StartInks(const Bytes &profile, int bits, bool hasAlpha)
     return Status::Ok();
 }
 
-Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
+Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
 {
     m_bits = bits;
     m_hasAlpha = hasAlpha;
@@ -80,7 +80,7 @@ Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
             const cmsCIEXYZ unit = {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0};
             cmsCIEXYZ adapted = {};
             if (!cmsAdaptToIlluminant(&adapted, &from, cmsD50_XYZ(), &unit))
-                return Status::Fail(GFL_ERROR_FILE_READ, Text("a white of x %g, y %g", white.x, white.y));
+                return Status::Fail(GFL_ERROR_FILE_READ, Text("invalid white point: x %g, y %g", white.x, white.y));
             m_toD50[i] = {adapted.X, adapted.Y, adapted.Z};
         }
         m_lab.resize(3);
@@ -89,10 +89,10 @@ Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
     // A table instead of Lab's formula would be visible in the shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
-    return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the change of colors");
+    return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the color conversion");
 }
 
-template <class T> void ColourTransform::MixInks(const T *src, T *dst, std::size_t width) const
+template <class T> void ColorTransform::MixInks(const T *src, T *dst, std::size_t width) const
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
     const std::size_t srcStep = m_hasAlpha ? 5 : 4, dstStep = srcStep - 1;
@@ -106,7 +106,7 @@ template <class T> void ColourTransform::MixInks(const T *src, T *dst, std::size
 }
 
 // Converts Lab under another white to XYZ, adapts it to D50, and converts it back to Lab.
-template <class T> void ColourTransform::AdaptRow(const T *src, T *dst, std::size_t width)
+template <class T> void ColorTransform::AdaptRow(const T *src, T *dst, std::size_t width)
 {
     const std::size_t step = m_hasAlpha ? 4 : 3;
     const cmsCIEXYZ white = {m_white[0], m_white[1], m_white[2]};
@@ -128,7 +128,7 @@ template <class T> void ColourTransform::AdaptRow(const T *src, T *dst, std::siz
         dst[4 * x + 3] = src[4 * x + 3];
 }
 
-void ColourTransform::Row(const void *src, void *dst, std::size_t width)
+void ColorTransform::Row(const void *src, void *dst, std::size_t width)
 {
     if (!m_lab.empty() && m_bits == 8)
         return AdaptRow(static_cast<const std::uint8_t *>(src), static_cast<std::uint8_t *>(dst), width);

@@ -18,10 +18,10 @@ constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
 /// One conversion to sRGB, by lcms2. Samples use the full range of their type. Inks without a profile, or with one that
 /// lcms2 can't use, are paper white times the part that each ink leaves.
-class ColourTransform {
+class ColorTransform {
 public:
-    ColourTransform();
-    ~ColourTransform();
+    ColorTransform();
+    ~ColorTransform();
 
     /// Starts cyan, magenta, yellow, black; full range: all of the ink. @p profile: may be empty or anything else; @p
     /// bits: 8, 16 or 32; @p hasAlpha: an opacity sample follows the colors, on both sides.

@@ -10,7 +10,7 @@
 
 namespace imagefile {
 
-/// Interleaved pixels: 8 or 16 bits (unsigned) or 32 (float); 1 channel (grey), 3 (RGB) or 4 (RGB and straight alpha).
+/// Interleaved pixels: 8 or 16 bits (unsigned) or 32 (float); 1 channel (gray), 3 (RGB) or 4 (RGB and straight alpha).
 struct PixelForm {
     int bits = 8;
     int channels = 3;

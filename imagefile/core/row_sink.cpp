@@ -69,7 +69,7 @@ Status CheckShape(const GFL_BITMAP &bitmap)
     if (good)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_BAD_BITMAP,
-                        Text("no use for a bitmap of type %d, %d bits, %d x %d pixels in rows of %u bytes", bitmap.Type,
+                        Text("unsupported bitmap: type %d, %d bits, %d x %d pixels in rows of %u bytes", bitmap.Type,
                              bits, bitmap.Width, bitmap.Height, bitmap.BytesPerLine));
 }
 

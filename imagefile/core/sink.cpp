@@ -73,7 +73,7 @@ Status FileSink::CheckTarget()
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))
-        return CreateFailure(m_target, "there is something that is not a regular file");
+        return CreateFailure(m_target, "it is not a regular file");
     if (::faccessat(AT_FDCWD, m_target.c_str(), W_OK, AT_EACCESS) != 0)
         return CreateFailure(m_target, std::strerror(errno));
     return Status::Ok();
@@ -142,7 +142,7 @@ Status FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length, 
             continue;
         if (got < 0)
             return Status::Fail(GFL_ERROR_FILE_WRITE,
-                                Text("can't read %s back: %s", m_target.c_str(), std::strerror(errno)));
+                                Text("can't read back %s: %s", m_target.c_str(), std::strerror(errno)));
         if (got == 0)
             break;
         *count += static_cast<std::size_t>(got);

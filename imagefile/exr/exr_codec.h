@@ -10,10 +10,10 @@ namespace imagefile {
 ///
 ///   | channels                      | delivered, as 32-bit float          |
 ///   |-------------------------------|-------------------------------------|
-///   | Y                             | grey                                |
+///   | Y                             | gray                                |
 ///   | R, G, B, or some of them      | RGB, absent ones 0                  |
 ///   | Y, RY, BY                     | RGB                                 |
-///   | any of these with A           | RGBA, colours divided by their alpha |
+///   | any of these with A           | RGBA, colors divided by their alpha |
 ///
 /// If there are none of these, uses the first layer that has some. Values are used as stored: light is not encoded.
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);

@@ -104,7 +104,7 @@ struct ExrLayout {
     int version = 0;
     Imf::Header header; // of the first part
     std::string layer;  // with its dot; empty for none
-    bool hasY = false, hasColour = false, hasChroma = false, hasAlpha = false;
+    bool hasY = false, hasColor = false, hasChroma = false, hasAlpha = false;
     int components = 0; // stored
     PixelForm form = {32, 3};
     int width = 0, height = 0; // of the display window
@@ -145,18 +145,18 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
         return status;
     const std::int64_t bytes = BytesPerPixel(header.channels());
     if (bytes < 1 || bytes > kMaxPixelBytes)
-        return Unknown("no channels, or thousands");
+        return Unknown("no channels, or too many");
     std::int64_t rows = LinesPerChunk(header.compression()), columns = width, chunks = (height + rows - 1) / rows;
     if (header.hasTileDescription()) {
         columns = header.tileDescription().xSize;
         rows = header.tileDescription().ySize;
         if (columns < 1 || rows < 1 || columns > kMaxSidePixels || rows > kMaxSidePixels)
-            return Damaged("tiles without size");
+            return Damaged("tiles of size 0");
         // Reduced versions add at most three times as many tiles.
         chunks = 4 * ((width + columns - 1) / columns) * ((height + rows - 1) / rows); // <= 2^42
     }
     if (std::max(columns, width) * rows * bytes > kMaxCodecAllocation) // <= 2^52
-        return Status::Fail(GFL_ERROR_NO_MEMORY, "OpenEXR: chunks or tiles too large");
+        return Status::Fail(GFL_ERROR_NO_MEMORY, "OpenEXR: chunks or tiles are too large");
     *tableBytes += static_cast<std::uint64_t>(chunks) * 8;
     if (*tableBytes > std::max<std::uint64_t>(4 * fileBytes, 65536))
         return Damaged("the file is shorter than the tables of its chunks");
@@ -188,15 +188,15 @@ Status ReadHeaders(const Source &source, ExrLayout *layout)
         if (!manyParts)
             return Status::Ok();
     }
-    return Unknown("thousands of parts");
+    return Unknown("too many parts");
 }
 
 void FindChannels(ExrLayout *layout)
 {
-    layout->hasColour = layout->Has("R") || layout->Has("G") || layout->Has("B");
+    layout->hasColor = layout->Has("R") || layout->Has("G") || layout->Has("B");
     layout->hasY = layout->Has("Y");
     layout->hasAlpha = layout->Has("A");
-    layout->hasChroma = !layout->hasColour && layout->hasY && layout->Has("RY") && layout->Has("BY");
+    layout->hasChroma = !layout->hasColor && layout->hasY && layout->Has("RY") && layout->Has("BY");
 }
 
 Status ChooseForm(ExrLayout *layout)
@@ -204,17 +204,17 @@ Status ChooseForm(ExrLayout *layout)
     std::set<std::string> layers;
     layout->header.channels().layers(layers);
     FindChannels(layout);
-    for (auto layer = layers.begin(); layer != layers.end() && !layout->hasColour && !layout->hasY; ++layer) {
+    for (auto layer = layers.begin(); layer != layers.end() && !layout->hasColor && !layout->hasY; ++layer) {
         layout->layer = *layer + '.';
         FindChannels(layout);
     }
-    if (!layout->hasColour && !layout->hasY)
+    if (!layout->hasColor && !layout->hasY)
         return Unknown("no channel R, G, B or Y");
     for (const char *name : {"R", "G", "B", "A"})
-        layout->components += layout->hasColour && layout->Has(name) ? 1 : 0;
-    if (!layout->hasColour)
+        layout->components += layout->hasColor && layout->Has(name) ? 1 : 0;
+    if (!layout->hasColor)
         layout->components = (layout->hasChroma ? 3 : 1) + (layout->hasAlpha ? 1 : 0);
-    layout->form.channels = layout->hasAlpha ? 4 : layout->hasColour || layout->hasChroma ? 3 : 1;
+    layout->form.channels = layout->hasAlpha ? 4 : layout->hasColor || layout->hasChroma ? 3 : 1;
     return Status::Ok();
 }
 
@@ -285,7 +285,7 @@ void RowReader::ReadByChannels()
     const char *const grey[] = {"Y", nullptr, nullptr, "A"}, *const rgba[] = {"R", "G", "B", "A"};
     Imf::FrameBuffer buffer;
     for (std::size_t c = 0; c < channels; ++c)
-        if (const char *name = (m_layout.hasColour ? rgba : grey)[c])
+        if (const char *name = (m_layout.hasColor ? rgba : grey)[c])
             buffer.insert(m_layout.layer + name, Imf::Slice(Imf::FLOAT, base + c * sizeof(float), pixelBytes, 0));
     m_file->setFrameBuffer(buffer);
 }
@@ -295,7 +295,7 @@ const float *RowReader::Read(int y)
     const auto channels = static_cast<std::size_t>(m_layout.form.channels);
     if (m_file) {
         m_file->readPixels(y);
-        for (std::size_t i = 0; !m_layout.hasColour && channels == 4 && i < m_row.size(); i += channels)
+        for (std::size_t i = 0; !m_layout.hasColor && channels == 4 && i < m_row.size(); i += channels)
             m_row[i + 1] = m_row[i + 2] = m_row[i];
         return m_row.data();
     }
@@ -350,7 +350,7 @@ Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info)
     info->Height = layout.height;
     info->BitsPerComponent = 32;
     info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.components);
-    info->ColorModel = layout.hasColour ? GFL_CM_RGB : layout.hasChroma ? GFL_CM_YCBCR : GFL_CM_GREY;
+    info->ColorModel = layout.hasColor ? GFL_CM_RGB : layout.hasChroma ? GFL_CM_YCBCR : GFL_CM_GREY;
     const float dpi = Imf::hasXDensity(layout.header) ? Imf::xDensity(layout.header) : 0.0f;
     if (dpi > 0.0f && dpi < 65535.0f)
         info->Xdpi = info->Ydpi = static_cast<std::uint16_t>(std::lround(dpi));

@@ -87,7 +87,7 @@ Status WriteExr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink
 {
     const int number = options.compression == GFL_COMPRESSION_DEFAULT ? int(Imf::PIZ_COMPRESSION) : options.compression;
     if (number >= Imf::NUM_COMPRESSION_METHODS)
-        return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("OpenEXR: there is no compression %d", number));
+        return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("OpenEXR: unknown compression %d", number));
     const auto method = static_cast<Imf::Compression>(number);
     Output output(sink);
     try {

@@ -79,7 +79,7 @@ Status TakeAxes(const std::string &line, HdrLayout *layout)
     const bool isFixed = (sign[0] == '+' || sign[0] == '-') && (sign[1] == '+' || sign[1] == '-');
     const bool areAxes = (axis[0] == 'X' && axis[1] == 'Y') || (axis[0] == 'Y' && axis[1] == 'X');
     if (!isFixed || !areAxes)
-        return Damaged("axes that mean nothing: " + line.substr(0, 40));
+        return Damaged("invalid axes: " + line.substr(0, 40));
     const int x = axis[0] == 'X' ? 0 : 1, y = 1 - x;
     layout->byColumns = x == 0;
     layout->width = size[x];
@@ -168,7 +168,7 @@ Status ReadScanline(ByteReader *reader, std::uint8_t *rgbe, int length)
         return ReadPlain(reader, rgbe, count, sizeof mark);
     }
     if ((mark[2] << 8 | mark[3]) != length)
-        return Damaged("a row of another length");
+        return Damaged("a row of wrong length");
     for (std::size_t c = 0; c < kRgbeBytes; ++c)
         if (Status status = ReadPackedChannel(reader, rgbe + c, count); !status)
             return status;

@@ -106,7 +106,7 @@ private:
     jpeg_progress_mgr m_progress = {};
     std::unique_ptr<Input> m_input;
     std::vector<std::uint8_t> m_cmykRow;
-    ColourTransform m_inks;
+    ColorTransform m_inks;
     bool m_manyScans = false;
 };
 
@@ -251,7 +251,7 @@ Status Decoder::ReadRows(const Box *box, RowSink *rows)
 
 std::uint16_t Dpi(unsigned density, unsigned unit)
 {
-    const double dpi = unit == 1 ? density : unit == 2 ? density * 2.54 : 0.0; // 1: an inch, 2: a centimetre
+    const double dpi = unit == 1 ? density : unit == 2 ? density * 2.54 : 0.0; // 1: an inch, 2: a centimeter
     return static_cast<std::uint16_t>(std::min(dpi + 0.5, 65535.0));
 }
 

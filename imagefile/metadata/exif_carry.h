@@ -15,7 +15,8 @@ bool IsOfMakerNote(const Exiv2::Exifdatum &datum);
 /// Returns the EXIF of a picture for another file; leaves out entries of unknown type and those without a value. Keeps
 /// the maker note in the first of these forms that works:
 ///  - the camera's bytes, anywhere, if the note's header marks it as movable;
-///  - the same bytes at their original place, relative to the start of the block, which "Exif.MakerNote.Offset" requests
+///  - the same bytes at their original place, relative to the start of the block, which "Exif.MakerNote.Offset"
+///  requests
 ///    from EncodeExif: if Exiv2 reads the same values there, or can't rebuild the note from its values (NeedsItsPlace);
 ///  - the same bytes anywhere, if Exiv2 reads the same values;
 ///  - the decoded values, from which Exiv2 rebuilds a note.

@@ -147,7 +147,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
         const Exiv2::ByteOrder order =
             Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
         if (order == Exiv2::invalidByteOrder)
-            WarnOfDamage("EXIF that is not a TIFF");
+            WarnOfDamage("the EXIF is not a TIFF");
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &error) { // damaged: keep what was read before

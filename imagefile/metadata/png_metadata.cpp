@@ -130,7 +130,7 @@ Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
         return Bytes(chunk.begin() + static_cast<std::ptrdiff_t>(at), chunk.end());
     Bytes unpacked = Inflate(chunk.data() + at, chunk.size() - at, &m_budget);
     if (unpacked.empty())
-        Warn("damaged metadata is left out: a chunk that can't be unpacked");
+        Warn("damaged metadata is left out: can't unpack a chunk");
     return unpacked;
 }
 

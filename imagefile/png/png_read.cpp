@@ -41,7 +41,7 @@ private:
     png_infop m_info = nullptr;
     png_uint_32 m_width = 0, m_height = 0;
     int m_bits = 0; // as stored
-    int m_colour = 0;
+    int m_color = 0;
     int m_interlace = PNG_INTERLACE_NONE;
 };
 
@@ -74,7 +74,7 @@ bool Decoder::TryReadHeader()
     png_set_option(m_png, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
 #endif
     png_read_info(m_png, m_info);
-    png_get_IHDR(m_png, m_info, &m_width, &m_height, &m_bits, &m_colour, &m_interlace, nullptr, nullptr);
+    png_get_IHDR(m_png, m_info, &m_width, &m_height, &m_bits, &m_color, &m_interlace, nullptr, nullptr);
     return true;
 }
 
@@ -85,13 +85,13 @@ Status Decoder::Failure() const
 
 bool Decoder::HasAlpha() const
 {
-    return (m_colour & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(m_png, m_info, PNG_INFO_tRNS) != 0;
+    return (m_color & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(m_png, m_info, PNG_INFO_tRNS) != 0;
 }
 
 // Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, which has no form.
 PixelForm Decoder::Form() const
 {
-    const bool isGrey = m_colour == PNG_COLOR_TYPE_GRAY && m_bits > 1;
+    const bool isGrey = m_color == PNG_COLOR_TYPE_GRAY && m_bits > 1;
     return {m_bits == 16 ? 16 : 8, HasAlpha() ? 4 : isGrey ? 1 : 3};
 }
 
@@ -111,7 +111,7 @@ bool Decoder::TryStart()
 {
     if (setjmp(m_error.out) != 0)
         return false;
-    png_set_expand(m_png); // palettes, 1 to 4 bits, a transparent colour
+    png_set_expand(m_png); // palettes, 1 to 4 bits, a transparent color
     if (Form().channels != 1)
         png_set_gray_to_rgb(m_png);
     if (m_bits == 16)
@@ -176,15 +176,15 @@ std::uint16_t Dpi(png_uint_32 perMetre)
 
 void Decoder::Describe(GFL_FILE_INFORMATION *info) const
 {
-    const bool isPalette = m_colour == PNG_COLOR_TYPE_PALETTE;
-    const bool hasColour = (m_colour & PNG_COLOR_MASK_COLOR) != 0;
+    const bool isPalette = m_color == PNG_COLOR_TYPE_PALETTE;
+    const bool hasColor = (m_color & PNG_COLOR_MASK_COLOR) != 0;
     std::snprintf(info->Description, sizeof info->Description, "%s",
                   m_interlace == PNG_INTERLACE_NONE ? "PNG" : "PNG interlaced");
     info->Width = static_cast<std::int32_t>(m_width);
     info->Height = static_cast<std::int32_t>(m_height);
     info->BitsPerComponent = static_cast<std::uint16_t>(Form().bits);
-    info->ComponentsPerPixel = static_cast<std::uint16_t>((hasColour ? 3 : 1) + (HasAlpha() ? 1 : 0));
-    info->ColorModel = isPalette ? GFL_CM_PALETTE : hasColour ? GFL_CM_RGB : GFL_CM_GREY;
+    info->ComponentsPerPixel = static_cast<std::uint16_t>((hasColor ? 3 : 1) + (HasAlpha() ? 1 : 0));
+    info->ColorModel = isPalette ? GFL_CM_PALETTE : hasColor ? GFL_CM_RGB : GFL_CM_GREY;
     info->Xdpi = Dpi(png_get_x_pixels_per_meter(m_png, m_info));
     info->Ydpi = Dpi(png_get_y_pixels_per_meter(m_png, m_info));
 }

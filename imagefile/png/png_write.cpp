@@ -111,11 +111,11 @@ bool Encoder::TryWrite(const Blocks &blocks)
 
 void Encoder::SetUp()
 {
-    const int colour = m_form.channels == 1 ? PNG_COLOR_TYPE_GRAY
-        : m_form.channels == 3              ? PNG_COLOR_TYPE_RGB
-                                            : PNG_COLOR_TYPE_RGB_ALPHA;
+    const int color = m_form.channels == 1 ? PNG_COLOR_TYPE_GRAY
+        : m_form.channels == 3             ? PNG_COLOR_TYPE_RGB
+                                           : PNG_COLOR_TYPE_RGB_ALPHA;
     png_set_IHDR(m_png, m_info, static_cast<png_uint_32>(m_bitmap.Width), static_cast<png_uint_32>(m_bitmap.Height),
-                 m_form.bits, colour, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                 m_form.bits, color, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_compression_level(m_png, m_level);
     if (m_bitmap.Xdpi > 0 && m_bitmap.Ydpi > 0)
         png_set_pHYs(m_png, m_info, static_cast<png_uint_32>(std::lround(m_bitmap.Xdpi / 0.0254)),

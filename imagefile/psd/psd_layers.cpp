@@ -63,13 +63,13 @@ LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
 // Returns the places of the color channels and of opacity; empty if one is missing or packed differently.
 std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &layout, ByteReader *reader)
 {
-    const auto colours = static_cast<std::size_t>(layout.colours);
-    std::vector<PsdChannel> found(colours + 1, PsdChannel{-1, 0, 0});
+    const auto colors = static_cast<std::size_t>(layout.colors);
+    std::vector<PsdChannel> found(colors + 1, PsdChannel{-1, 0, 0});
     for (const auto &[identifier, bytes] : record.channels) {
         const auto compression = static_cast<int>(reader->Number(2));
         const std::uint64_t sizesAt = reader->Position();
-        const std::size_t place = identifier == kOpacityChannel ? colours : static_cast<std::size_t>(identifier);
-        if (identifier >= kOpacityChannel && place <= colours && compression <= 1)
+        const std::size_t place = identifier == kOpacityChannel ? colors : static_cast<std::size_t>(identifier);
+        if (identifier >= kOpacityChannel && place <= colors && compression <= 1)
             found[place] = {compression, sizesAt, sizesAt + (compression == 0 ? 0 : layout.SizesBytes())};
         if (bytes < 2 || !reader->Skip(bytes - 2))
             return {};

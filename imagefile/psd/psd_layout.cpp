@@ -19,7 +19,7 @@ constexpr int kPackBitsRatio = 64; // 128 bytes for 2
 
 struct Mode {
     PsdMode mode;
-    int colours;
+    int colors;
     int minBits, maxBits;
 };
 constexpr Mode kModes[] = {
@@ -40,14 +40,13 @@ Status TakeMode(std::uint64_t mode, PsdLayout *layout)
             || (bits != 1 && bits != 8 && bits != 16 && bits != 32))
             continue;
         layout->mode = known.mode;
-        layout->colours = known.colours;
-        return layout->channels >= known.colours
+        layout->colors = known.colors;
+        return layout->channels >= known.colors
             ? Status::Ok()
-            : Damaged(Text("%d channels where %d are needed", layout->channels, known.colours));
+            : Damaged(Text("%d channels where %d are needed", layout->channels, known.colors));
     }
-    return Status::Fail(
-        GFL_ERROR_UNKNOWN_FORMAT,
-        Text("Photoshop: colours of mode %llu in %d bits", static_cast<unsigned long long>(mode), bits));
+    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                        Text("Photoshop: colors of mode %llu in %d bits", static_cast<unsigned long long>(mode), bits));
 }
 
 Status ReadHeader(ByteReader *reader, PsdLayout *layout)
@@ -74,7 +73,7 @@ Status ReadHeader(ByteReader *reader, PsdLayout *layout)
     return TakeMode(mode, layout);
 }
 
-Status ReadColourData(ByteReader *reader, PsdLayout *layout)
+Status ReadColorData(ByteReader *reader, PsdLayout *layout)
 {
     constexpr std::size_t kPaletteBytes = 768;
     std::uint64_t length = reader->Number(4);
@@ -91,7 +90,7 @@ Status ReadColourData(ByteReader *reader, PsdLayout *layout)
 void ChooseOpacity(PsdLayout *layout)
 {
     const bool isFlat = layout->mode == PsdMode::Bitmap || layout->mode == PsdMode::Indexed;
-    layout->hasAlpha = !isFlat && layout->mergesOpacity && layout->channels > layout->colours;
+    layout->hasAlpha = !isFlat && layout->mergesOpacity && layout->channels > layout->colors;
     if (!layout->hasAlpha)
         layout->channelPlaces.clear();
     layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
@@ -150,7 +149,7 @@ Status OpenPsd(const Source &source, PsdLayout *layout)
     ByteReader reader(source);
     if (Status status = ReadHeader(&reader, layout); !status)
         return status;
-    if (Status status = ReadColourData(&reader, layout); !status)
+    if (Status status = ReadColorData(&reader, layout); !status)
         return status;
     if (!reader.Skip(reader.Number(4))) // image resources
         return Damaged("the file ends early");

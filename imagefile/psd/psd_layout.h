@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// Colour modes, as the header numbers them.
+/// Color modes, as the header numbers them.
 enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
 
 /// Location of a channel.
@@ -21,7 +21,7 @@ struct PsdChannel {
 ///   | stored                      | delivered                                                  |
 ///   |-----------------------------|------------------------------------------------------------|
 ///   | bitmap (1 bit), indexed (8) | RGB of 8 bits                                              |
-///   | grey, duotone, RGB          | grey, RGB, or RGBA with opacity; of 8, 16 bits or float    |
+///   | gray, duotone, RGB          | gray, RGB, or RGBA with opacity; of 8, 16 bits or float    |
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, or RGBA, of the same depth                            |
 ///
 /// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
@@ -33,7 +33,7 @@ struct PsdLayout {
     int height = 0;
     int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
-    int colours = 3;                       // color channels
+    int colors = 3;                        // color channels
     bool hasAlpha = false;                 // followed by an opacity channel
     bool mergesOpacity = false;            // the merged picture has the opacity of the layers
     bool isOnPaper = false;                // partly transparent pixels are blended with white
@@ -41,7 +41,7 @@ struct PsdLayout {
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered
 
-    int UsedChannels() const { return colours + (hasAlpha ? 1 : 0); }
+    int UsedChannels() const { return colors + (hasAlpha ? 1 : 0); }
     /// Returns the bytes of lengths that a PSB stores in 64 bits.
     int LengthBytes() const { return isLarge ? 8 : 4; }
     /// Returns the bytes of a packed row's size.

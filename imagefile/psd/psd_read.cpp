@@ -140,7 +140,7 @@ private:
     const std::size_t m_width = static_cast<std::size_t>(m_layout.width);
     std::vector<std::uint8_t> m_channel;
     std::vector<std::uint8_t> m_samples; // of all channels, one after the other
-    ColourTransform m_transform;
+    ColorTransform m_transform;
 };
 
 Status Assembler::Start(const Source &source)
@@ -218,12 +218,12 @@ void Assembler::Finish(std::uint8_t *row)
         FinishAs(reinterpret_cast<float *>(row));
 }
 
-struct ColourName {
+struct ColorName {
     PsdMode mode;
     GflColorModel model;
     const char *suffix; // of the description, by which hosts detect files that need care
 };
-constexpr ColourName kColourNames[] = {
+constexpr ColorName kColorNames[] = {
     {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},
     {PsdMode::Rgb, GFL_CM_RGB, ""},     {PsdMode::Cmyk, GFL_CM_CMYK, " CMYK"}, {PsdMode::Duotone, GFL_CM_GREY, ""},
     {PsdMode::Lab, GFL_CM_LAB, " LAB"},
@@ -236,8 +236,8 @@ Status ReadPsdInfo(const Source &source, GFL_FILE_INFORMATION *info)
     PsdLayout layout;
     if (Status status = OpenPsd(source, &layout); !status)
         return status;
-    const ColourName &name = *std::find_if(std::begin(kColourNames), std::end(kColourNames),
-                                           [&](const ColourName &known) { return known.mode == layout.mode; });
+    const ColorName &name = *std::find_if(std::begin(kColorNames), std::end(kColorNames),
+                                          [&](const ColorName &known) { return known.mode == layout.mode; });
     std::snprintf(info->Description, sizeof info->Description, "%s%s", layout.isLarge ? "PSB" : "PSD", name.suffix);
     info->Width = layout.width;
     info->Height = layout.height;

@@ -57,7 +57,7 @@ public:
     }
 
     // Cameras' files are accepted by their suffix; without one, as in memory, by their content.
-    bool Recognises(const Source &source, const NameHint &name) const override
+    bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};
         source.ReadAt(0, head, sizeof head);

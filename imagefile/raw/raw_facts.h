@@ -17,8 +17,8 @@ struct RawFacts {
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-/// Reads the headers of a camera raw file; empty for a damaged one. For files that the raw codec recognizes. Throws std::bad_alloc and
-/// Exiv2::AnyError.
+/// Reads the headers of a camera raw file; empty for a damaged one. For files that the raw codec recognizes. Throws
+/// std::bad_alloc and Exiv2::AnyError.
 RawFacts ReadRawFacts(const Source &source);
 
 } // namespace imagefile

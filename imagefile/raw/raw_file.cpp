@@ -120,7 +120,7 @@ void RawFile::SetUp(const GFL_LOAD_PARAMS &params, Size size)
 {
     libraw_output_params_t &to = m_raw->imgdata.params;
     to.use_auto_wb = params.RawUseAutomaticBalance != 0;
-    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0; // LibRaw would prefer this one
+    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0; // LibRaw would prefer it
     to.highlight = std::min<int>(params.RawHighlight, 9);
     to.no_auto_bright = params.RawAutoBright == 0;
     to.gamm[0] = 1.0 / static_cast<double>(Sensible(params.RawGamma));
@@ -147,11 +147,11 @@ Status RawFile::Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows)
 
 Status RawFile::HandOver(RowSink *rows)
 {
-    int width = 0, height = 0, colours = 0, bits = 0;
-    m_raw->get_mem_image_format(&width, &height, &colours, &bits);
-    if (colours != 1 && colours != 3)
-        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("camera raw: %d colours", colours));
-    const PixelForm form = {bits, colours};
+    int width = 0, height = 0, colors = 0, bits = 0;
+    m_raw->get_mem_image_format(&width, &height, &colors, &bits);
+    if (colors != 1 && colors != 3)
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("camera raw: %d colors", colors));
+    const PixelForm form = {bits, colors};
     const std::size_t rowBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(form.BytesPerPixel());
     std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(height));
     if (Status status = StatusOf(m_raw->copy_mem_image(pixels.data(), static_cast<int>(rowBytes), 0)); !status)

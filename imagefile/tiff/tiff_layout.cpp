@@ -31,7 +31,7 @@ Status FindPicture(const TiffHandle &handle)
 {
     for (int i = 0; IsReduced(handle); ++i)
         if (i == kMaxDirectories || !TIFFReadDirectory(handle.Get()))
-            return Unknown("the file holds reduced pictures only");
+            return Unknown("the file only holds reduced pictures");
     return Status::Ok();
 }
 
@@ -63,9 +63,9 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
         && layout->samples > 1;
     layout->isTiled = TIFFIsTiled(handle.Get()) != 0;
     if (layout->samples < 1 || layout->samples > kMaxSamples)
-        return Unknown(Text("%d samples a pixel; 1 to %d are read", layout->samples, kMaxSamples));
+        return Unknown(Text("%d samples per pixel; 1 to %d are read", layout->samples, kMaxSamples));
     if (!TIFFIsCODECConfigured(layout->compression))
-        return Unknown(Text("compression %d is not known", layout->compression));
+        return Unknown(Text("unknown compression %d", layout->compression));
     return Status::Ok();
 }
 
@@ -78,7 +78,7 @@ std::uint16_t Photometric(const TiffHandle &handle, const TiffLayout &layout)
     return layout.samples < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
 }
 
-Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
+Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
 {
     layout->photometric = Photometric(handle, *layout);
     switch (layout->photometric) {
@@ -86,39 +86,39 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
     case PHOTOMETRIC_MINISBLACK:
     case PHOTOMETRIC_MASK:
         layout->minIsWhite = layout->photometric == PHOTOMETRIC_MINISWHITE;
-        layout->colour = TiffColour::Grey;
+        layout->color = TiffColor::Grey;
         return Status::Ok();
     case PHOTOMETRIC_RGB:
-        layout->colour = TiffColour::Rgb;
+        layout->color = TiffColor::Rgb;
         return Status::Ok();
     case PHOTOMETRIC_PALETTE:
-        layout->colour = TiffColour::Palette;
+        layout->color = TiffColor::Palette;
         return Status::Ok();
     case PHOTOMETRIC_SEPARATED:
-        layout->colour = TiffColour::Cmyk;
+        layout->color = TiffColor::Cmyk;
         if (handle.Field<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK)
             return Unknown("inks other than CMYK");
         return Status::Ok();
     case PHOTOMETRIC_YCBCR:
-        layout->colour = TiffColour::Other;
+        layout->color = TiffColor::Other;
         if (layout->compression == COMPRESSION_JPEG && !layout->isPlanar) {
             TIFFSetField(handle.Get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-            layout->colour = TiffColour::Rgb;
+            layout->color = TiffColor::Rgb;
         }
         return Status::Ok();
     case PHOTOMETRIC_CIELAB:
     case PHOTOMETRIC_ICCLAB:
-        layout->colour = TiffColour::Lab;
+        layout->color = TiffColor::Lab;
         if ((layout->bits != 8 && layout->bits != 16) || layout->samples < 3)
             return Unknown(Text("Lab of %d bits, %d samples", layout->bits, layout->samples));
         return Status::Ok();
     case PHOTOMETRIC_ITULAB:
     case PHOTOMETRIC_LOGL:
     case PHOTOMETRIC_LOGLUV:
-        layout->colour = TiffColour::Other;
+        layout->color = TiffColor::Other;
         return Status::Ok();
     default:
-        return Unknown(Text("colours of kind %d", layout->photometric));
+        return Unknown(Text("colors of kind %d", layout->photometric));
     }
 }
 
@@ -159,26 +159,26 @@ void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
         layout->white = {double(white[0]), double(white[1])};
 }
 
-int ColourSamples(TiffColour colour)
+int ColorSamples(TiffColor color)
 {
-    return colour == TiffColour::Rgb || colour == TiffColour::Lab ? 3 : colour == TiffColour::Cmyk ? 4 : 1;
+    return color == TiffColor::Rgb || color == TiffColor::Lab ? 3 : color == TiffColor::Cmyk ? 4 : 1;
 }
 
 // Returns the sample that holds opacity, or -1.
-int FindOpacity(const TiffHandle &handle, int colours, TiffLayout *layout)
+int FindOpacity(const TiffHandle &handle, int colors, TiffLayout *layout)
 {
     std::uint16_t count = 0;
     std::uint16_t *kinds = nullptr;
     TIFFGetFieldDefaulted(handle.Get(), TIFFTAG_EXTRASAMPLES, &count, &kinds);
-    const int extras = layout->samples - colours;
+    const int extras = layout->samples - colors;
     for (int i = 0; i < std::min<int>(count, extras); ++i) {
         if (kinds[i] == EXTRASAMPLE_ASSOCALPHA || kinds[i] == EXTRASAMPLE_UNASSALPHA) {
             layout->premultiplied = kinds[i] == EXTRASAMPLE_ASSOCALPHA;
-            return colours + i;
+            return colors + i;
         }
     }
-    const bool isOpacity = extras == 1 && (layout->colour == TiffColour::Grey || layout->colour == TiffColour::Rgb);
-    return isOpacity ? colours : -1;
+    const bool isOpacity = extras == 1 && (layout->color == TiffColor::Grey || layout->color == TiffColor::Rgb);
+    return isOpacity ? colors : -1;
 }
 
 int UnpackedBits(const TiffLayout &layout)
@@ -190,7 +190,7 @@ Status ReadPalette(const TiffHandle &handle, TiffLayout *layout)
 {
     std::uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
     if (layout->isFloat || layout->bits > 16 || !TIFFGetField(handle.Get(), TIFFTAG_COLORMAP, &red, &green, &blue))
-        return Damaged("the colour map is missing");
+        return Damaged("the color map is missing");
     layout->palette[0] = red;
     layout->palette[1] = green;
     layout->palette[2] = blue;
@@ -201,27 +201,25 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
 {
     const auto sampleFormat = handle.Field<std::uint16_t>(TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
     if (!IsReadable(layout->bits, sampleFormat))
-        return Unknown(Text("samples of %d bits in format %d; read are numbers without sign (format 1) of up to 16, 24 "
-                            "and 32 bits, and floating point (3) of 16, 32 and 64",
-                            layout->bits, sampleFormat));
-    const int colours = ColourSamples(layout->colour);
-    if (layout->samples < colours)
-        return Damaged(Text("%d samples a pixel where %d are needed", layout->samples, colours));
+        return Unknown(
+            Text("samples of %d bits in format %d; supported are unsigned integers (format 1) of up to 16, 24 "
+                 "and 32 bits, and floating point (3) of 16, 32 and 64",
+                 layout->bits, sampleFormat));
+    const int colors = ColorSamples(layout->color);
+    if (layout->samples < colors)
+        return Damaged(Text("%d samples per pixel where %d are needed", layout->samples, colors));
     layout->isFloat = sampleFormat == SAMPLEFORMAT_IEEEFP;
-    if (layout->isFloat && layout->colour == TiffColour::Lab)
+    if (layout->isFloat && layout->color == TiffColor::Lab)
         return Unknown("Lab in floating point");
-    for (int i = 0; i < colours; ++i)
+    for (int i = 0; i < colors; ++i)
         layout->used.push_back(i);
-    const int opacity = layout->colour == TiffColour::Palette ? -1 : FindOpacity(handle, colours, layout);
+    const int opacity = layout->color == TiffColor::Palette ? -1 : FindOpacity(handle, colors, layout);
     if (opacity >= 0)
         layout->used.push_back(opacity);
     layout->unpacked = {UnpackedBits(*layout), static_cast<int>(layout->used.size())};
-    const bool isGrey = layout->colour == TiffColour::Grey && layout->bits > 1;
-    layout->form = {layout->colour == TiffColour::Palette ? 8 : layout->unpacked.bits,
-                    opacity >= 0 ? 4
-                        : isGrey ? 1
-                                 : 3};
-    return layout->colour == TiffColour::Palette ? ReadPalette(handle, layout) : Status::Ok();
+    const bool isGrey = layout->color == TiffColor::Grey && layout->bits > 1;
+    layout->form = {layout->color == TiffColor::Palette ? 8 : layout->unpacked.bits, opacity >= 0 ? 4 : isGrey ? 1 : 3};
+    return layout->color == TiffColor::Palette ? ReadPalette(handle, layout) : Status::Ok();
 }
 
 Status ChooseForeignForm(const TiffHandle &handle, TiffLayout *layout)
@@ -277,13 +275,12 @@ Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *la
         return status;
     if (Status status = ReadSampleForm(handle, layout); !status)
         return status;
-    if (Status status = ReadColour(handle, layout); !status)
+    if (Status status = ReadColor(handle, layout); !status)
         return status;
     if (Status status = CheckPalette(source, handle, *layout); !status)
         return status;
     ReadWhite(handle, layout);
-    Status status =
-        layout->colour == TiffColour::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
+    Status status = layout->color == TiffColor::Other ? ChooseForeignForm(handle, layout) : ChooseForm(handle, layout);
     return status ? CheckBytes(source, handle, *layout) : status;
 }
 

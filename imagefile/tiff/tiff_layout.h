@@ -10,7 +10,7 @@
 
 namespace imagefile {
 
-enum class TiffColour {
+enum class TiffColor {
     Grey,
     Rgb,
     Palette,
@@ -27,7 +27,7 @@ enum class TiffColour {
 ///   | unsigned, 9 to 16 bits                   | 16 bits                                |
 ///   | unsigned, 24 or 32 bits; float, 16 to 64 | 32 bits, float                         |
 ///   | 1 bit, palette                           | RGB of 8 bits                          |
-///   | grey, RGB                                | grey, RGB; RGBA with an opacity sample |
+///   | gray, RGB                                | gray, RGB; RGBA with an opacity sample |
 ///   | CMYK; Lab of 8 or 16 bits                | RGB; RGBA with an opacity sample       |
 ///   | YCbCr, LogLuv, ITU Lab                   | RGB of 8 bits                          |
 ///
@@ -45,12 +45,12 @@ struct TiffLayout {
     bool premultiplied = false;
     std::uint16_t compression = 1;
     std::uint16_t photometric = 0;
-    TiffColour colour = TiffColour::Grey;
+    TiffColor color = TiffColor::Grey;
     std::vector<int> used;                // the samples that make a delivered pixel: colors, then opacity
     const std::uint16_t *palette[3] = {}; // red, green, blue; owned by libtiff
     Chromaticity white = kD50;            // of CIE Lab
-    PixelForm unpacked; // bits: of the used samples once unpacked; channels: their number
-    PixelForm form;     // as delivered
+    PixelForm unpacked;                   // bits: of the used samples once unpacked; channels: their number
+    PixelForm form;                       // as delivered
 };
 
 /// Opens the picture of a TIFF: its first directory that isn't marked as a reduced version, with all of the directory's

@@ -55,7 +55,7 @@ Status BandReader::Open(const Source &source)
     m_planes.push_back(std::make_unique<TiffHandle>());
     if (Status status = OpenTiffPicture(source, m_planes[0].get(), &m_layout); !status)
         return status;
-    return m_layout.isPlanar && m_layout.colour != TiffColour::Other ? OpenPlanes(source) : Status::Ok();
+    return m_layout.isPlanar && m_layout.color != TiffColor::Other ? OpenPlanes(source) : Status::Ok();
 }
 
 Status BandReader::OpenReduced(const Source &source, const Box &box)
@@ -63,8 +63,7 @@ Status BandReader::OpenReduced(const Source &source, const Box &box)
     m_planes.push_back(std::make_unique<TiffHandle>());
     if (Status status = OpenTiffReduced(source, box, m_planes[0].get(), &m_layout); !status)
         return status;
-    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: a reduced version in planes")
-                             : Status::Ok();
+    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: a planar reduced version") : Status::Ok();
 }
 
 Status BandReader::OpenPlanes(const Source &source)
@@ -100,7 +99,7 @@ Status BandReader::Start()
     const std::int64_t neededBits = std::int64_t(m_pieceWidth) * samples * m_layout.bits;
     if (m_pieceWidth < 1 || m_bandRows < 1 || static_cast<std::int64_t>(m_rowBytes) * 8 < neededBits
         || m_pieceBytes / static_cast<std::size_t>(m_bandRows) < m_rowBytes)
-        return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: strips or tiles don't fit to the picture");
+        return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: strips or tiles don't fit the picture");
     m_pieces = static_cast<std::size_t>((std::int64_t(m_layout.width) + m_pieceWidth - 1) / m_pieceWidth);
     m_band.resize(m_planes.size() * m_pieces * m_pieceBytes);
     return Status::Ok();
@@ -184,12 +183,12 @@ void BandReader::UnpackRow(int rowInBand, void *dst) const
 }
 
 // Reads the ink profile only here: most pictures have other colors.
-Status StartTransform(const Source &source, const TiffLayout &layout, ColourTransform *transform)
+Status StartTransform(const Source &source, const TiffLayout &layout, ColorTransform *transform)
 {
     const bool hasAlpha = layout.form.channels == 4;
-    if (layout.colour == TiffColour::Lab)
+    if (layout.color == TiffColor::Lab)
         return transform->StartLab(layout.white, layout.form.bits, hasAlpha);
-    if (layout.colour != TiffColour::Cmyk)
+    if (layout.color != TiffColor::Cmyk)
         return Status::Ok();
     Metadata metadata;
     if (Status status = ReadExiv2Metadata(source, &metadata); !status)
@@ -202,7 +201,7 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
     const TiffLayout &layout = reader->Layout();
     if (Status status = reader->Start(); !status)
         return status;
-    ColourTransform transform;
+    ColorTransform transform;
     if (Status status = StartTransform(source, layout, &transform); !status)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
@@ -252,7 +251,7 @@ Status ReadForeign(const BandReader &reader, RowSink *rows)
 
 Status ReadOpened(const Source &source, BandReader *reader, RowSink *rows)
 {
-    return reader->Layout().colour == TiffColour::Other ? ReadForeign(*reader, rows) : ReadBands(source, reader, rows);
+    return reader->Layout().color == TiffColor::Other ? ReadForeign(*reader, rows) : ReadBands(source, reader, rows);
 }
 
 std::uint16_t Dpi(const TiffHandle &handle, std::uint32_t tag)
@@ -273,18 +272,18 @@ GflColorModel ColorModelOf(const TiffLayout &layout)
     default:
         break;
     }
-    switch (layout.colour) {
-    case TiffColour::Grey:
+    switch (layout.color) {
+    case TiffColor::Grey:
         return GFL_CM_GREY;
-    case TiffColour::Rgb:
+    case TiffColor::Rgb:
         return GFL_CM_RGB;
-    case TiffColour::Palette:
+    case TiffColor::Palette:
         return GFL_CM_PALETTE;
-    case TiffColour::Cmyk:
+    case TiffColor::Cmyk:
         return GFL_CM_CMYK;
-    case TiffColour::Lab:
+    case TiffColor::Lab:
         return GFL_CM_LAB;
-    case TiffColour::Other:
+    case TiffColor::Other:
         break;
     }
     return GFL_CM_OTHER;
@@ -308,7 +307,7 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     info->Width = layout.width;
     info->Height = layout.height;
     info->BitsPerComponent = static_cast<std::uint16_t>(layout.form.bits);
-    info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.colour == TiffColour::Palette ? 3 : layout.samples);
+    info->ComponentsPerPixel = static_cast<std::uint16_t>(layout.color == TiffColor::Palette ? 3 : layout.samples);
     info->ColorModel = model;
     info->Xdpi = Dpi(handle, TIFFTAG_XRESOLUTION);
     info->Ydpi = Dpi(handle, TIFFTAG_YRESOLUTION);

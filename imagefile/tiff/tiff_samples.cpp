@@ -59,7 +59,7 @@ void UnpackBits(const TiffLayout &layout, const std::uint8_t *src, std::size_t f
 {
     const auto bits = static_cast<unsigned>(layout.bits);
     const unsigned greatest = (1u << bits) - 1;
-    const bool isIndex = layout.colour == TiffColour::Palette;
+    const bool isIndex = layout.color == TiffColor::Palette;
     for (std::size_t i = 0; i < count; ++i, dst += dstStep) {
         std::size_t bit = (first + i * srcStep) * bits;
         unsigned value = 0;
@@ -108,9 +108,9 @@ template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 // Color maps hold 16 bits, but some writers store 8-bit numbers.
 bool IsEightBitMap(const TiffLayout &layout)
 {
-    const std::size_t colours = std::size_t(1) << layout.bits;
-    return std::all_of(std::begin(layout.palette), std::end(layout.palette), [colours](const std::uint16_t *map) {
-        return std::all_of(map, map + colours, [](std::uint16_t value) { return value < 256; });
+    const std::size_t colors = std::size_t(1) << layout.bits;
+    return std::all_of(std::begin(layout.palette), std::end(layout.palette), [colors](const std::uint16_t *map) {
+        return std::all_of(map, map + colors, [](std::uint16_t value) { return value < 256; });
     });
 }
 
@@ -132,18 +132,18 @@ template <class T> void Unpremultiply(const TiffLayout &layout, T *row)
     }
 }
 
-template <class T> void Finish(const TiffLayout &layout, ColourTransform *transform, T *unpacked, void *rowBytes)
+template <class T> void Finish(const TiffLayout &layout, ColorTransform *transform, T *unpacked, void *rowBytes)
 {
     T *row = static_cast<T *>(rowBytes);
     if (layout.minIsWhite)
         Invert(layout, unpacked);
     if constexpr (!std::is_floating_point_v<T>) {
-        if (layout.colour == TiffColour::Palette)
+        if (layout.color == TiffColor::Palette)
             return LookUp(layout, unpacked, static_cast<std::uint8_t *>(rowBytes));
-        if (layout.colour == TiffColour::Lab)
+        if (layout.color == TiffColor::Lab)
             ToIccLab(layout, unpacked);
     }
-    if (layout.colour == TiffColour::Cmyk || layout.colour == TiffColour::Lab)
+    if (layout.color == TiffColor::Cmyk || layout.color == TiffColor::Lab)
         transform->Row(unpacked, row, static_cast<std::size_t>(layout.width));
     else if (!UnpacksInPlace(layout))
         SpreadGrey(layout, unpacked, row);
@@ -184,10 +184,10 @@ void UnpackSamples(const TiffLayout &layout, const std::uint8_t *src, std::size_
 
 bool UnpacksInPlace(const TiffLayout &layout)
 {
-    return (layout.colour == TiffColour::Grey || layout.colour == TiffColour::Rgb) && layout.unpacked == layout.form;
+    return (layout.color == TiffColor::Grey || layout.color == TiffColor::Rgb) && layout.unpacked == layout.form;
 }
 
-void FinishRow(const TiffLayout &layout, ColourTransform *transform, void *unpacked, void *row)
+void FinishRow(const TiffLayout &layout, ColorTransform *transform, void *unpacked, void *row)
 {
     if (layout.unpacked.bits == 8)
         Finish(layout, transform, static_cast<std::uint8_t *>(unpacked), row);

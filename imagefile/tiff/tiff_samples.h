@@ -20,6 +20,6 @@ bool UnpacksInPlace(const TiffLayout &layout);
 
 /// Makes a delivered row in @p row from the unpacked samples in @p unpacked, which is @p row itself if UnpacksInPlace,
 /// and may be overwritten. @p transform: started for CMYK and Lab.
-void FinishRow(const TiffLayout &layout, ColourTransform *transform, void *unpacked, void *row);
+void FinishRow(const TiffLayout &layout, ColorTransform *transform, void *unpacked, void *row);
 
 } // namespace imagefile

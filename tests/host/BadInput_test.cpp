@@ -67,7 +67,7 @@ void BadInputTest::refused_data()
     picture("link to nowhere", "link", [](const QString &path) { QFile::link("nowhere"_s, path); });
     picture("folder", "is a folder", MakeFolder);
     picture("empty", "empty", Bytes({}));
-    picture("text", "is of no known format; known are ", Bytes("Dear diary, today I took no picture."));
+    picture("text", "has an unknown format; known formats: ", Bytes("Dear diary, today I took no picture."));
     picture("gray", "gray pictures are not supported",
             [](const QString &path) { QImage(60, 40, QImage::Format_Grayscale8).save(path, "JPG"); });
     picture("pipe", "not a regular file", [](const QString &path) { mkfifo(QFile::encodeName(path), 0600); });

@@ -1,4 +1,4 @@
-// The tables of cameras and lenses: how rows are read and found, and whether each of the real ones can be.
+// The tables of cameras and lenses: parsing and look-up of rows, and whether each real row can be found.
 #include "CameraProperties.h"
 #include "Case.h"
 #include "KImage.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Stands in the place of the real tables while it lives.
+/// Replaces the real tables while an instance lives.
 class OwnTable {
 public:
     OwnTable(const char *name, const QByteArray &text)
@@ -27,7 +27,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// The rows of a real table, read here by other means.
+/// Returns the rows of a real table, parsed independently.
 QVector<QStringList> RowsOf(const char *name)
 {
     QFile file{QString::fromLatin1(name)};
@@ -67,7 +67,7 @@ void tst_DataTables::camera()
                 {"CANON INC.", "powershot a40", 6},
                 {"Nikon", "A400", -1},
                 {"Canon", "PowerShot G1", -1},
-                {"Canon", "A4", -1}, // shorter than the row's
+                {"Canon", "A4", -1}, // shorter than the row's name
                 {"Eyedeas", "S1", 5.5F},
                 {"Four", "F1", -1}, // four cells, two cells
                 {"Samsung SM-G920F", "6.511", -1},
@@ -87,15 +87,15 @@ void tst_DataTables::lens()
                          "15 15 13;Canon;A;1\n15 15 13;Canon;B;1\n1;Many;C;0;0\n1;Many\n 1 ; Padded ; Blank ;0\n");
     LensIDProperties read;
     read.Initialize();
-    LensIDProperties lenses(read); // as lookups do
+    LensIDProperties lenses(read); // used concurrently by look-ups
     const struct {
         const char *make, *lensId, *names;
         int type;
-    } rows[] = {{"NIKON CORPORATION", "8 8 121 3.6 3.6", "Fish", 1}, // blank behind the type
-                {"canon", "24 24 95", "Shift", 2},                   // cut to its whole part
+    } rows[] = {{"NIKON CORPORATION", "8 8 121 3.6 3.6", "Fish", 1}, // blank after the type
+                {"canon", "24 24 95", "Shift", 2},                   // truncated to an integer
                 {"Canon", "50 50 1", "Plain", 0},
                 {"Canon", "60 60 2", "Odd", 0},
-                {"Canon", "10 2", "Wide,Wider", -1}, // part of several, in the table's order
+                {"Canon", "10 2", "Wide,Wider", -1}, // part of several identifiers, in the table's order
                 {"Canon", "15 15 13", "A,B", -1},    // two fisheyes of one identifier
                 {"Canon", "99 99", "", -1},
                 {"Nikon", "", "Fish", 1},
@@ -124,7 +124,7 @@ void tst_DataTables::firstUseByManyThreads()
     const OwnTable table("lensid.txt", QByteArray("1;Canon;One;1\n") + QByteArray(200000, '#'));
     LensIDProperties lenses;
     InThreads(4, [&lenses](int) { lenses.Initialize(); });
-    QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QStringLiteral("1")), 1); // two readings would give two rows
+    QCOMPARE(lenses.isFisheyLens(QStringLiteral("Canon"), QStringLiteral("1")), 1); // reading twice would give two rows
 }
 
 void tst_DataTables::everyCameraIsFound()
@@ -136,7 +136,7 @@ void tst_DataTables::everyCameraIsFound()
         const QByteArray what = row.join(QLatin1Char(';')).toUtf8();
         QVERIFY2(row.size() == 3 && !row[0].isEmpty() && !row[1].isEmpty(), what);
         const float scale = row[2].toFloat();
-        QVERIFY2(scale > 0.3F && scale < 20.0F, what); // medium format to telephones
+        QVERIFY2(scale > 0.3F && scale < 20.0F, what); // from medium format to phones
         QVERIFY2(cameras.GetSensorSize(row[0], row[1]) == scale, what);
     }
     QCOMPARE(cameras.GetSensorSize(QStringLiteral("Apple"), QStringLiteral("iPhone 7")), 6.9F);
@@ -163,7 +163,7 @@ void tst_DataTables::everyLensIsFound()
         QVERIFY2(isNikon ? numbers == 5 : numbers == 2 || numbers == 3, what);
         QCOMPARE(lenses.findLensList(row[1], row[0]).count(row[2]), 1);
         const int type = lenses.isFisheyLens(row[1], row[0]);
-        QVERIFY2(type == row[3].toInt() || type == -1, what); // an identifier may be a part of another
+        QVERIFY2(type == row[3].toInt() || type == -1, what); // an identifier may be part of another
         alone += type != -1;
         fisheyes += type == 1;
         shifts += type == 2;

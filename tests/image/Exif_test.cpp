@@ -1,4 +1,4 @@
-// EXIF texts into the shooting record, and as a table.
+// EXIF texts as the shooting record, and as a table.
 #include "Case.h"
 #include "ExifTags.h"
 #include "ImageDef.h"
@@ -11,8 +11,8 @@
 
 namespace {
 
-/// An image whose EXIF is these entries, "TAG=VALUE" or "TAG NAME=VALUE", divided by "|", of the camera's block; "g"
-/// before the tag: of the GPS block, "o": of the layer's own.
+/// Returns an image whose EXIF is these entries, "TAG=VALUE" or "TAG NAME=VALUE", separated by "|", of the camera's
+/// block; "g" before the tag: of the GPS block, "o": of the layer's own.
 std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw = nullptr)
 {
     QByteArrayList names, values;
@@ -31,7 +31,7 @@ std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw =
     return image;
 }
 
-/// Everything that entries can fill, as "NAME=VALUE", numbers to six digits.
+/// Returns all fields that entries can fill, as "NAME=VALUE", numbers to six digits.
 QStringList Told(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
@@ -81,12 +81,12 @@ private Q_SLOTS:
     void comment();
     void privateRecord();
     void summary();
-    void secondAnalysisStartsAfresh();
+    void secondAnalysisResets();
 };
 
 void tst_Exif::number()
 {
-    // The last ones of the second line have no fraction, so the whole number at their start counts.
+    // The last texts of the second line are not fractions, so the integer at their start counts.
     const QString rows = QStringLiteral("1/250=0.004 -1/3=-0.33333334 0.5/2=0.25 0/0=0 4294967295/1000=4294967.295 "
                                         "5.6=5.6 800=800 5000000000=5e9 5,6=5 5/0=5 "
                                         "F5=0 =0 /=0 1e99.=0 nan.=0");
@@ -116,7 +116,7 @@ void tst_Exif::fields()
         {"37386=50.0 mm|41989=75", "trusted=1 focal35mm=75 ratio=1.5"},
         {"41989=75", "trusted=1 focal35mm=75 ratio=inf"},
         {"37386=inf|41989=nan", ""},
-        // A known camera comes before its focal plane, here of 4000 x 3000 pixels at 500 a unit: 8 x 6 units.
+        // A known camera takes precedence over its focal plane, here 4000 x 3000 pixels at 500 per unit: 8 x 6 units.
         {"271=Canon|272=Canon EOS 5D|37386=30|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
          "trusted=1 focal35mm=30 maker=Canon model=Canon EOS 5D width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=Inch (2)",
@@ -124,20 +124,20 @@ void tst_Exif::fields()
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=cm",
          "trusted=1 focal35mm=21.6333 ratio=0.432666 width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500|41488=inch",
-         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000"}, // an unknown unit is a millimetre
+         "trusted=1 focal35mm=216.333 ratio=4.32666 width=4000"}, // an unknown unit counts as a millimeter
         {"37386=50|40962=4000|40963=3000|41486=500|41487=500", "width=4000"},
         {"37386=50|40962=4000|40963=3000|41486=500|41487=0|41488=cm", "width=4000"},
         {"274=Top-left (1)", "orientation=1"},
         {"274=Top left (1)", ""},
         {"33434=1/250|37377=8", "time=0.004"},
-        {"37377=8", "time=8"},                                      // as it stands
+        {"37377=8", "time=8"},                                      // unconverted
         {"33434=1/4|33437=2", "time=0.25 fNumber=2 value=2.77259"}, // ln 16
         {"33434=-1/4|33437=2", "time=-0.25 fNumber=2"},
         {"34855=400 200", "iso=400"},
         {"34855=99999999999", "iso=2147483647"},
         {"37380=-1/3", "bias=-0.333333"},
         {"40962=4000 px", "width=4000"},
-        {"o0 LensIDNumber=7", "lens=7"}, // the start of the name counts
+        {"o0 LensIDNumber=7", "lens=7"}, // the name's prefix decides
         {"o0 LensID=  10 22 235 ", "lens=10 22 235"},
         {"0 LensID=7", ""},
         {"o271 LensID=7", "maker=7"},
@@ -147,7 +147,7 @@ void tst_Exif::fields()
         {"g1=S|g2=45\xc2\xb0 30' 15\"", "latitudeRef=S latitude=45.5042"},
         {"g2=45\xc2\xb0 30/1' 15/2\"", "latitude=45.5021"},
         {"2=45\xc2\xb0 30' 15\"", ""},                                     // another block
-        {"g3=W|g4=11\xc2\xb0 30' 7,5\"", "longitudeRef=W longitude=11.5"}, // a decimal comma isn't read
+        {"g3=W|g4=11\xc2\xb0 30' 7,5\"", "longitudeRef=W longitude=11.5"}, // a decimal comma isn't parsed
         {"g4=11\xc2\xb0 30/0' 7\"", ""},
         {"g6=123.4", "altitude=0"},
         {"g16=True|g17=254.5", "directionRef=True direction=254.5"},
@@ -179,7 +179,7 @@ void tst_Exif::date()
     QCOMPARE(stamp("2010:07:03 18"), evening);
     QCOMPARE(stamp("    :  :     :  :  "), 0);
     QCOMPARE(stamp("today"), 0);
-    QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // nine digits of a year at most: no overflow
+    QVERIFY(stamp("999999999999:1:1 0:0:0") >= 0); // at most nine digits of a year: no overflow
 }
 
 void tst_Exif::comment()
@@ -193,7 +193,7 @@ void tst_Exif::comment()
         {"fov: 73.7 x 53.1 ~ 84.0", {0, 0, 0}}};
     for (const auto &[comment, angles] : rows) {
         const Case named(comment);
-        std::vector<quint8> bytes(comment.cbegin(), comment.cend()); // of its very size, no zero behind
+        std::vector<quint8> bytes(comment.cbegin(), comment.cend()); // exact size, no zero after it
         GFL_EXIF_ENTRYEX empty = {37510, 7, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, nullptr};
         GFL_EXIF_ENTRYEX node = {37510, 7, GFL_EXIF_CAMERA, 0, 0, quint32(bytes.size()), bytes.data(), &empty};
         GFL_EXIF_DATAEX raw = {&node, 0};
@@ -211,7 +211,7 @@ void tst_Exif::privateRecord()
         quint32 block;
         int foundKind, subKind;
     } rows[] = {{9, 128, GFL_EXIF_OWN, 9, 5},
-                {7, 130, GFL_EXIF_OWN, 7, 0}, // a kind without sub-kinds
+                {7, 130, GFL_EXIF_OWN, 7, 0}, // a kind without subkinds
                 {9, 127, GFL_EXIF_OWN, 0, 0}, // too short
                 {9, 128, GFL_EXIF_CAMERA, 0, 0}};
     for (const auto &row : rows) {
@@ -238,7 +238,7 @@ void tst_Exif::summary()
     QCOMPARE(image->m_exifSummary, QStringLiteral("Maker: \"%1 \"A\"\";Focal plan res. unit inch;F Number: \"2.8\";"));
 }
 
-void tst_Exif::secondAnalysisStartsAfresh()
+void tst_Exif::secondAnalysisResets()
 {
     auto image = Analyse("271=Canon|41989=75|33434=1/4|305=Editor");
     image->AnalyseExif(nullptr, nullptr);

@@ -1,5 +1,5 @@
 // Four threads lock, read and unlock random versions of twenty pictures under a small limit, while some pictures are
-// described afresh or deleted. VITRELUX_STRESS_SECONDS sets how long; what counts is that sanitizers stay silent too.
+// described anew or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must stay silent too.
 #include "KOmp.h"
 #include "KTools.h"
 #include "PictureFiles.h"
@@ -16,16 +16,16 @@ namespace {
 
 constexpr int kPictures = 20, kThreads = 4, kWidth = 160, kHeight = 120;
 
-/// A picture of one grey, different from all others', so that strange pixels are noticed.
+/// A picture of a unique gray, so that another picture's pixels are detected.
 struct Subject {
     QString path;
     ImageDef *image = nullptr;
     int generation = 0; // counts deletions
     int grey = 0;
-    std::shared_mutex mutex; // exclusive: deleting, describing afresh, which are for when nobody is in a call
+    std::shared_mutex mutex; // exclusive: deleting and describing anew, which require that no other call runs
 };
 
-/// What a thread holds.
+/// A lock held by a thread.
 struct Held {
     Subject *subject;
     int generation;
@@ -45,7 +45,7 @@ class Worker {
 public:
     Worker(std::vector<Subject> *subjects, unsigned seed) : m_subjects(*subjects), m_random(seed) { }
 
-    /// @return how often something was wrong.
+    /// @return the number of errors.
     int Run(std::chrono::steady_clock::time_point end)
     {
         while (std::chrono::steady_clock::now() < end) {
@@ -83,7 +83,7 @@ private:
         std::swap(m_held[std::size_t(Random(int(m_held.size())))], m_held.back());
         const Held held = m_held.back();
         m_held.pop_back();
-        m_faults += !HasGrey(*held.pixels, held.subject->grey); // of images deleted meanwhile too
+        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even of images deleted meanwhile
         const std::shared_lock<std::shared_mutex> inCall(held.subject->mutex);
         if (held.generation == held.subject->generation)
             held.subject->image->Unlock(held.width, held.height, held.nativeDepth);
@@ -158,7 +158,7 @@ void tst_ImageCacheStress::randomVersions()
         subject.path = pictures.filePath(QString::number(i) + QLatin1String(i % 3 == 2 ? ".nef" : ".png"));
         subject.grey = 10 * i;
         const BitmapPtr bitmap = RandomBitmap(kWidth, kHeight, GFL_RGB, bits);
-        std::memset(bitmap->Data, subject.grey, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * grey
+        std::memset(bitmap->Data, subject.grey, std::size_t(bitmap->BytesPerLine) * kHeight); // 16 bits: 257 * gray
         const GFL_SAVE_PARAMS params = SaveParams("png", 1);
         QCOMPARE(gflSaveBitmapUTF8(subject.path.toUtf8().constData(), bitmap.get(), &params), int(GFL_NO_ERROR));
         subject.image = Picture(subject.path);

@@ -1,4 +1,4 @@
-// The image cache: which images lose their pixels, where versions come from, disk copies of raw files, start and stop.
+// The image cache: eviction, sources of versions, disk copies of raw files, start and stop.
 #include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
@@ -42,10 +42,10 @@ private Q_SLOTS:
     void eviction();
     void sizesInBytes();
     void smallerFromBigger();
-    void whereVersionsComeBackFrom();
+    void sourcesOfVersions();
     void noRoomForDiskCopies();
-    void lentPixelsOutliveTheirImage();
-    void startOnAHost();
+    void lentPixelsOutliveImage();
+    void startWithHost();
 
 private:
     QString Path(const QString &name) const { return m_dir.filePath(name); }
@@ -76,13 +76,13 @@ void tst_ImageCache::eviction()
         const char *steps;    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
         const char *inMemory; // afterwards
     } rows[] = {{1, "La Ua Lb Ub", "b"},
-                {1, "La Lb Ua", "b"},      // the older goes as soon as it is given back
-                {1, "La Lb Lc Uc", "abc"}, // locked ones stay above the limit
+                {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
+                {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit
                 {1, "La La Lb Ua Ub", "ab"},
-                {0, "La Ua", "a"},                           // what was asked for last stays, whatever the limit
+                {0, "La Ua", "a"},                           // the last requested one stays, whatever the limit
                 {1, "La Ua Lb Ub Lc", "bc"},                 // a lock alone evicts nothing
-                {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // the one used longest ago
-                {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // no more than needed
+                {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // evicts the least recently used
+                {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // evicts no more than necessary
                 {1, "Ua La Ua Ua La Lb Ub", "ab"}};          // unlocks without a lock
     for (const auto &row : rows) {
         const Case named(row.limitMo, row.steps);
@@ -120,12 +120,12 @@ void tst_ImageCache::smallerFromBigger()
     ImageDef *const image = Picture(path);
     QVERIFY(!image->IsCached(50, 40, true));
     QCOMPARE(image->Lock(50, 40, true)->width(), 50);
-    const auto &versions = ItemOf(image)->m_versions; // the full one is kept, and may go
+    const auto &versions = ItemOf(image)->m_versions; // the full one is kept, and can be evicted
     QVERIFY(versions.size() == 2 && versions[0]->m_width == 100 && versions[0]->m_lockCount == 0);
 
-    WriteFile(path, "no picture"); // from here on whatever reads the file fails
+    WriteFile(path, "no picture"); // from here on any read of the file fails
     QCOMPARE(image->Lock(30, 20, false)->height(), 20);
-    QCOMPARE(image->Lock(100, 80, false)->height(), 80); // 8 bits and the file's own are one version
+    QCOMPARE(image->Lock(100, 80, false)->height(), 80); // 8 bits and native depth are the same version
     image->Unlock(100, 80, true);
     image->ReleaseFromMemory();
     QVERIFY(!image->IsCached(100, 80, true) && image->IsCached(50, 40, true));
@@ -138,7 +138,7 @@ void tst_ImageCache::smallerFromBigger()
     QCOMPARE(ItemOf(image)->m_versions.size(), 4); // 100, 50, 30, 40 wide
 }
 
-void tst_ImageCache::whereVersionsComeBackFrom()
+void tst_ImageCache::sourcesOfVersions()
 {
     const struct {
         const char *name;
@@ -172,19 +172,19 @@ void tst_ImageCache::whereVersionsComeBackFrom()
             QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
         };
         lockAll();
-        lockAll(); // what was evicted
+        lockAll(); // the evicted ones
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
         pixels.resize(3);
         QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
-        WriteFile(path, "no picture"); // nothing can be developed now
+        WriteFile(path, "no picture"); // nothing can be developed from here on
         if (!hasCopies) {
             QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
             continue;
         }
         lockAll();
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
-        QDir(Temporary()).removeRecursively(); // somebody tidies up
+        QDir(Temporary()).removeRecursively(); // simulates a clean-up
         QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
         QDir().mkdir(Temporary());
         QFile::remove(path);
@@ -221,7 +221,7 @@ void tst_ImageCache::noRoomForDiskCopies()
     QCOMPARE(image->LockFullSize(true)->bitsPerComponent(), ushort(16));
 }
 
-void tst_ImageCache::lentPixelsOutliveTheirImage()
+void tst_ImageCache::lentPixelsOutliveImage()
 {
     const QString path = WritePicture(Path(QStringLiteral("lent.png")), "png", 64, 48);
     const KImage *const lent = Picture(path)->LockFullSize(true);
@@ -229,7 +229,7 @@ void tst_ImageCache::lentPixelsOutliveTheirImage()
     ImageDef::Delete(path);
     QCOMPARE(PackedPixels(*lent->m_bitmap), before);
 
-    // One destroyed by its owner: the next of that path takes the place.
+    // One destroyed by its owner: the next one of that path replaces it.
     ImageDef *image = nullptr;
     QVERIFY(ImageDef::CreateAPicture(path, image, false));
     image->LockFullSize(true);
@@ -239,13 +239,13 @@ void tst_ImageCache::lentPixelsOutliveTheirImage()
     QCOMPARE(Cache().m_items.size(), 1);
 }
 
-void tst_ImageCache::startOnAHost()
+void tst_ImageCache::startWithHost()
 {
-    KImage::init(nullptr); // a second time: nothing happens
+    KImage::init(nullptr); // a second start does nothing
     Picture(WritePicture(Path(QStringLiteral("h.nef")), "png", 64, 48, GFL_RGB, 16))->LockFullSize(true);
     KImage::exit();
     QVERIFY(!KImageCache::ms_instance && !ImageDatas::settings && !KTools::ms_instances.log);
-    QVERIFY(QDir(Temporary()).isEmpty()); // not even the folder is left
+    QVERIFY(QDir(Temporary()).isEmpty()); // the folder is removed too
 
     KImageCache shared;
     ImageDatas settings;
@@ -256,7 +256,7 @@ void tst_ImageCache::startOnAHost()
         QVERIFY(ImageDatas::settings == &settings && KImage::ms_instances.cache == &Cache());
         QVERIFY(Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6)));
         KImage::exit();
-        QCOMPARE(KImageCache::ms_instance, cache); // the host's, with what is in it, or none
+        QCOMPARE(KImageCache::ms_instance, cache); // the host's with its contents, or none
     }
     QCOMPARE(shared.m_items.size(), 1);
     KImageCache::SetInstance(nullptr);

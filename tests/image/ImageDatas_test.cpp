@@ -13,7 +13,7 @@ namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
 
-/// Keeps what is written, in its order.
+/// Records what is written, in order.
 class Recorder : public KernelSettingsWriter {
 public:
     void Set(const QString &key, const QVariant &value) override { pairs.append({key, value}); }
@@ -29,7 +29,7 @@ Pairs Written(ImageDatas datas)
 
 using Member = std::variant<int ImageDatas::*, float ImageDatas::*, bool ImageDatas::*>;
 
-/// All that is kept, in the order of writing; each value differs from its default and from the others, bools apart.
+/// All stored settings, in the order of writing; each value differs from its default and from the others, except bools.
 const struct {
     const char *name;
     Member member;
@@ -63,7 +63,7 @@ ImageDatas Unusual()
     return datas;
 }
 
-/// What SaveSettings must write for Unusual().
+/// Returns what SaveSettings must write for Unusual().
 Pairs UnusualPairs()
 {
     Pairs pairs;
@@ -72,7 +72,7 @@ Pairs UnusualPairs()
     return pairs;
 }
 
-/// An XML file as people write it: a level of elements for each part of a key, the value's text within.
+/// Returns an XML file as written by hand: one level of elements per part of a key, with the value's text inside.
 QByteArray Xml(const Pairs &pairs)
 {
     QByteArray values;
@@ -125,7 +125,7 @@ void tst_ImageDatas::defaults()
 
 void tst_ImageDatas::settingsSurvive()
 {
-    QCOMPARE(Written(Unusual()), UnusualPairs()); // in their order
+    QCOMPARE(Written(Unusual()), UnusualPairs()); // in order
     const QString xml = m_dir.filePath(QStringLiteral("all.xml")), organization = QStringLiteral("TestOrganization");
     WriteFile(xml, Xml(Written(Unusual())));
     {
@@ -142,7 +142,7 @@ void tst_ImageDatas::settingsSurvive()
     fromHash.LoadSettings(hash);
     fromXml.LoadSettings(xml);
     fromManager.LoadSettings(manager);
-    QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself is changed
+    QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself changes
     m_shared.LoadSettings(hash);
     for (const ImageDatas &datas : {fromHash, fromXml, fromManager, m_shared}) {
         QCOMPARE(Written(datas), UnusualPairs());
@@ -158,7 +158,7 @@ void tst_ImageDatas::settingsSurvive()
     QCOMPARE(params.RawRedScaling, 0.7F);
     QCOMPARE(params.RawBlueScaling, 1e-10F);
 
-    ImageDatas::settings = nullptr; // without a shared record what the record held stays
+    ImageDatas::settings = nullptr; // without a shared record, the record keeps its values
     ImageDatas alone = Unusual();
     QHash<QString, QVariant> one{{QStringLiteral("image/exifMode"), 1}};
     alone.LoadSettings(one);
@@ -172,7 +172,7 @@ void tst_ImageDatas::missingKeysComeFromTheSharedRecord()
     m_shared = Unusual();
     ImageDatas::settings = &m_shared;
     ImageDatas datas;
-    datas.rawGamma = 9.0F; // what the record held doesn't count
+    datas.rawGamma = 9.0F; // the record's old value doesn't count
     KernelSettingsReader empty;
     datas.LoadSettings(empty);
     QCOMPARE(Written(datas), UnusualPairs());

@@ -1,4 +1,4 @@
-// Describing files: what is refused, what the settings force, thumbnails, identity, and describing afresh.
+// Descriptions of files: refusals, settings, thumbnails, identity, and reloading.
 #include "Case.h"
 #include "DngFile.h"
 #include "PictureFiles.h"
@@ -33,7 +33,7 @@ void WriteTiff(const QString &path, int photometric, int channels, bool isTiled 
     TIFFClose(file);
 }
 
-/// A Photoshop file of 2 by 2 pixels of 8 bits; @p mode 1 is grey, 4 CMYK, 9 Lab.
+/// Returns a Photoshop file of 2 by 2 pixels of 8 bits; @p mode 1 is gray, 4 CMYK, 9 Lab.
 QByteArray Photoshop(char mode, char channels)
 {
     QByteArray file("8BPS\0\1\0\0\0\0\0\0\0", 13);
@@ -43,7 +43,7 @@ QByteArray Photoshop(char mode, char channels)
     return file + QByteArray(3 * 4 + 2, '\0') + QByteArray(4 * channels, '\x80');
 }
 
-/// A JPEG of 6 by 4 pixels by a camera that isn't in the table, with a lens of a 35 mm focal length, or none for 0.
+/// Writes a JPEG of 6 by 4 pixels from a camera that isn't in the table, with a 35 mm focal length, or none for 0.
 QString WriteWithExif(const QString &path, int focal35mm, const char *make)
 {
     WritePicture(path, "jpeg", 6, 4);
@@ -60,7 +60,7 @@ QString WriteWithExif(const QString &path, int focal35mm, const char *make)
     return path;
 }
 
-/// The lens kinds of two makers, in the place of the real table.
+/// Replaces the real table by the lens kinds of two makers.
 void ReadOwnLensTable()
 {
     const QTemporaryDir folder;
@@ -97,7 +97,7 @@ private Q_SLOTS:
     void thumbnails();
     void identity();
     void reload();
-    void filesThatGo();
+    void missingFiles();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -117,12 +117,12 @@ void tst_ImageDef::suffixes()
         const char *name;
         bool isPicture, isRaw, isHdr;
     } rows[] = {{"a.JPG", true, false, false}, {"a.neF", true, true, false},
-                {"a.mos", true, true, false}, // asked of nobody else
+                {"a.mos", true, true, false}, // matched by no other test
                 {"a.EXR", true, false, true},  {"a.txt", false, false, false},
                 {"jpg", false, false, false}};
     for (const auto &row : rows) {
         const QString path = Path(row.name);
-        QVERIFY(!ImageDef::IsAPicture(path)); // not there yet
+        QVERIFY(!ImageDef::IsAPicture(path)); // doesn't exist yet
         WritePicture(path, "png", 4, 4);      // whatever its name
         QVERIFY2(ImageDef::IsAPicture(path) == row.isPicture, row.name);
         const auto image = Describe(path);
@@ -145,7 +145,7 @@ void tst_ImageDef::metadataBlocks()
         const auto has = [block](const char *name) { return std::strstr(block, name) != nullptr; };
         const QString path = WritePicture(Path("blocks.jpg"), "jpeg", 6, 4);
         const Exiv2::Image::AutoPtr file = Exiv2::ImageFactory::open(path.toStdString());
-        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // its length first
+        const QByteArray icc = QByteArray(128, 'i').replace(0, 4, QByteArray("\0\0\0\x80", 4)); // first: its length
         Exiv2::DataBuf profile(reinterpret_cast<const Exiv2::byte *>(icc.constData()), icc.size());
         if (has("ICC"))
             file->setIccProfile(profile, /*bTestValid=*/false);
@@ -171,7 +171,7 @@ void tst_ImageDef::metadataBlocks()
     }
 }
 
-/// What the settings say of camera raw files reaches each way to their pixels; nobody turns these by the EXIF.
+/// The camera raw settings apply to every way to read the pixels; none applies the EXIF orientation.
 void tst_ImageDef::rawFiles()
 {
     const QString path = Path("raw.dng");
@@ -242,14 +242,14 @@ void tst_ImageDef::exifModes()
     const struct {
         int mode;
         const char *make; // of the file; null: it has no EXIF
-        int focal35mm;    // 0: its EXIF doesn't tell
+        int focal35mm;    // 0: not in its EXIF
         const char *told; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
     } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
                 {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, wide enough for a fisheye
                 {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
                 {0, "Plainmaker", 15, "1 15 2 0,0,0 0 1"},    {0, "Nobody", 0, "0 0 1 0,0,0 0 0"},
                 {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // as 0
-                {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // already so before the file is looked at, hence no ratio
+                {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // set before the file is read, hence no ratio
                 {1, "Nobody", 0, "1 70 1 0,0,0 1 1"},         {1, "Nobody", 60, "1 60 2 0,0,0 0 1"},
                 {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table against the default
                 {2, nullptr, 0, "1 80 1 0.5,0.25,0.125 1 0"}, {2, "Nobody", 60, "1 80 1 0.5,0.25,0.125 1 1"}};
@@ -283,8 +283,8 @@ void tst_ImageDef::thumbnails()
 {
     const struct {
         QSize picture;
-        QSize standIn; // largest power of two, to 32, that covers 128 by 128 in one direction
-        QSize real;    // reduced until one side is within 128, at most 32 times
+        QSize standIn; // largest power of two, up to 32, that covers 128 by 128 in one direction
+        QSize real;    // reduced until one side fits in 128, at most 32 times
         QRect filled;  // of the small one
     } rows[] = {{{6000, 4000}, {187, 125}, {187, 125}, {0, 21, 128, 85}},
                 {{300, 600}, {75, 150}, {75, 150}, {32, 0, 64, 128}},
@@ -364,7 +364,7 @@ void tst_ImageDef::reload()
     QVERIFY(!image->IsCached(20, 15, true));
     const KImage *const again = image->Lock(20, 15, true);
     QVERIFY(again != lent);
-    image->Unlock(20, 15, true); // whichever it was: both stay
+    image->Unlock(20, 15, true); // whichever version it was: both stay
     QCOMPARE(lent->width() + again->width(), 40);
     image->Unlock(20, 15, true);
     image->ReleaseFromMemory();
@@ -372,7 +372,7 @@ void tst_ImageDef::reload()
     ImageDef::Delete(image);
 }
 
-void tst_ImageDef::filesThatGo()
+void tst_ImageDef::missingFiles()
 {
     const QString path = WritePicture(Path("go.jpg"), "jpeg", 40, 30);
     ImageDef *const image = Picture(path);
@@ -384,7 +384,7 @@ void tst_ImageDef::filesThatGo()
     QVERIFY(Thrown(lock).contains(QStringLiteral("GFL_ERROR_UNKNOWN_FORMAT")));
     QFile::remove(path);
     QFile::rename(path + QLatin1Char('x'), path);
-    QCOMPARE(image->LockFullSize(true)->width(), 40); // nothing was left behind
+    QCOMPARE(image->LockFullSize(true)->width(), 40); // nothing stayed locked
     image->UnlockFullSize(true);
     QCOMPARE(KImageCache::Instance().m_items.value(image->m_id)->m_versions.first()->m_lockCount, 0);
     ImageDef::Delete(image);

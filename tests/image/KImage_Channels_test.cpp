@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Whether @p got is @p value in another depth.
+/// Returns whether @p got is @p value in another depth.
 bool IsRescaled(double got, double value, const TestForm &from, const TestForm &to)
 {
     const double share = value / from.Full(), wanted = to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
@@ -79,17 +79,17 @@ void tst_KImageChannels::setAndExtract()
 void tst_KImageChannels::blend()
 {
     for (int pair = 0; pair < 3 * kFormCount; ++pair) {
-        const TestForm &form = kForms[3 * (pair % 3) + 2], &targetForm = kForms[pair / 3]; // of those with alpha
+        const TestForm &form = kForms[3 * (pair % 3) + 2], &targetForm = kForms[pair / 3]; // only forms with alpha
         TestImage source(form, 40, 30), target(targetForm, 37, 23, 8), wanted(targetForm, 37, 23, 8);
         source.FillWithNoise(1, 0.0, 1.0);
         target.FillWithNoise(2, 0.0, 1.0);
         wanted.FillWithNoise(2, 0.0, 1.0);
         KImage converted;
-        source.image.Convert(converted, targetForm.type, targetForm.bits); // tested on its own
+        source.image.Convert(converted, targetForm.type, targetForm.bits); // tested separately
         TestImage colors(targetForm, 40, 30);
         converted.CopyTo(colors.image, 0, 0);
 
-        constexpr int kX = 5, kY = 7; // clipped at the right and below
+        constexpr int kX = 5, kY = 7; // clipped at the right and at the bottom
         komp_num_threads = 1 + pair % 2;
         source.image.BlendTo(target.image, kX, kY);
         komp_num_threads = 1;
@@ -100,7 +100,7 @@ void tst_KImageChannels::blend()
                 for (int c = 0; c < blended; ++c) {
                     const double t = wanted.Sample(x, y, c), s = colors.Sample(x - kX, y - kY, c);
                     const double exact = t - (t - s) * alpha, got = target.Sample(x, y, c);
-                    // Integers are cut off; a product that comes out as a whole number may fall to either side.
+                    // Integers are truncated; a product close to an integer may fall on either side.
                     const bool isRight = targetForm.IsFloat() ? std::fabs(got - exact) < 1e-6
                                                               : got <= exact + 0.02 && got > exact - 1.02;
                     QVERIFY2(isRight, qPrintable(QStringLiteral("%1 instead of %2").arg(got).arg(exact)));
@@ -120,7 +120,7 @@ void tst_KImageChannels::blendOntoItself()
         image.SetSample(0, y, 3, 255);
     }
     image.image.BlendTo(image.image, 0, 1);
-    for (int y = 0; y < 4; ++y) // what it was before, one row down
+    for (int y = 0; y < 4; ++y) // the previous content, one row down
         QCOMPARE(image.Sample(0, y, 0), y == 0 ? 10.0 : 10.0 * y);
 }
 
@@ -140,7 +140,7 @@ void tst_KImageChannels::operators()
         const Case named(index);
         for (const char operation : {'-', '+', '*'}) {
             const TestForm &form = kForms[index];
-            // Different strides: each operand has its own.
+            // Each operand has a different stride.
             TestImage image(form, 523, 2, 4), other(form, 523, 2, 12), before(form, 523, 2, 4);
             image.FillWithNoise(1);
             before.FillWithNoise(1);
@@ -170,8 +170,8 @@ void tst_KImageChannels::factors()
         float factor;
         double in, colors, alpha;
     } rows[] = {
-        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // alpha of floats stays
-        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // a part in 256 less
+        {k32fRgba, 0.5f, 0.5, 0.25, 0.5},                                  // float alpha stays
+        {k32fRgb, -2.0f, 0.5, -1.0, 0.0},  {k8uRgba, 1.0f, 255, 254, 254}, // one part in 256 less
         {k8uRgb, 0.5f, 200, 99, 0},                                        // 200 * 127 / 256
         {k8uGrey, 2.0f, 200, 255, 0},                                      // saturated
         {k8uRgba, 2.0f, 100, 199, 100},                                    // 100 * 510 / 256
@@ -201,7 +201,7 @@ void tst_KImageChannels::guards()
     KImage palette = make(4, 3, GFL_COLORS, 8), deep = make(4, 3, GFL_RGBA, 24), seeThrough = make(2, 2, GFL_RGBA, 8);
     KImage high = make(4, 4, GFL_GREY, 8), narrow = make(3, 3, GFL_RGB, 8), rgba = make(4, 3, GFL_RGBA, 8);
     QImage image(2, 2, QImage::Format_RGB888);
-    empty.ToQImage(image); // leaves it
+    empty.ToQImage(image); // unchanged
     QCOMPARE(image.format(), QImage::Format_RGB888);
 
     QCOMPARE(Thrown([&] { empty.ExtractChannel(target, 8, 0); }), bitmap);
@@ -220,7 +220,7 @@ void tst_KImageChannels::guards()
     for (const QPoint at : {QPoint(-1, 0), QPoint(0, -1), QPoint(4, 0), QPoint(0, 3)}) {
         const Case named(at);
         QCOMPARE(Thrown([&] { rgb.BlendTo(words, at.x(), at.y()); }), parameter);
-        QCOMPARE(Thrown([&] { seeThrough.BlendTo(words, at.x(), at.y()); }), parameter); // a path of its own
+        QCOMPARE(Thrown([&] { seeThrough.BlendTo(words, at.x(), at.y()); }), parameter); // a separate code path
     }
     QCOMPARE(Thrown([&] { palette.BlendTo(rgb, 0, 0); }), parameter);
     QCOMPARE(Thrown([&] { deep.BlendTo(rgb, 0, 0); }), bitmap);
@@ -252,7 +252,7 @@ void tst_KImageChannels::fromQImage()
         reinterpret_cast<QRgb *>(picture.scanLine(1))[2] = qRgba(11, 22, 33, 44);
         const KImage image(picture);
         QCOMPARE(int(image.type()), int(GFL_RGBA));
-        const unsigned char wanted[] = {11, 22, 33, 44}; // also of RGB32, whose fourth byte means nothing
+        const unsigned char wanted[] = {11, 22, 33, 44}; // also from RGB32, whose fourth byte has no meaning
         QVERIFY(std::equal(wanted, wanted + 4, image.getData(2, 1)));
     }
 }

@@ -28,8 +28,8 @@ constexpr Placement kPlacements[] = {
     {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
 };
 
-/// What the two steps give for one pixel, in plain arithmetic on shares of the full range. @p out holds the target's
-/// old samples.
+/// Computes the result of the two steps for one pixel, in plain arithmetic on shares of the full range. @p out holds
+/// the target's old samples.
 void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, double *out)
 {
     double share[4];
@@ -44,19 +44,19 @@ void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, d
         out[c] = (to.IsFloat() ? wanted[c] : std::clamp(wanted[c], 0.0, 1.0)) * to.Full();
 }
 
-/// How far an integer may lie from the exact value: half a count for one rounding.
+/// Returns the maximum error of an integer: half a count per rounding.
 double Tolerance(const TestForm &from, const TestForm &to)
 {
     if (to.IsFloat())
         return from.IsFloat() && (to.channels > 1 || from.channels == 1) ? 0 : 2e-7 * 2;
     if (from.bits == 16 && to.bits == 8)
-        return 1;                       // the fast hint
-    return to.bits == 16 ? 0.9 : 0.505; // grey weights in parts of 65,536 and 32,768
+        return 1;                       // due to the fast hint
+    return to.bits == 16 ? 0.9 : 0.505; // gray weights in parts of 65,536 and 32,768
 }
 
 struct AlphaDeviation {
     FormIndex from, to;
-    double alpha; // negative: stays
+    double alpha; // negative: unchanged
 };
 constexpr AlphaDeviation kAlphaDeviations[] = {
     {k16uGrey, k16uRgba, -1},
@@ -72,7 +72,7 @@ void ApplyDeviation(int from, int to, double oldAlpha, double *expected)
     }
 }
 
-/// A block of address space of which only touched pages take memory.
+/// A block of address space in which only accessed pages take memory.
 class SparseBlock {
 public:
     explicit SparseBlock(size_t bytes)
@@ -192,22 +192,22 @@ void tst_KImageCopy::guards()
         QString message;
     } crops[] = {
         {&source, &source, 0, 0, 1, 1, 1, 1, parameter},
-        {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter}, // the first guard
-        {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},    // the source's
+        {&empty, &empty, 0, 0, 1, 1, 0, 0, parameter}, // the first check
+        {&empty, &other, 0, 0, 1, 1, 0, 0, bitmap},    // the source's check
         {&palette, &target, 0, 0, 1, 1, 0, 0, bitmap},
         {&source, &empty, 0, 0, 1, 1, 0, 0, parameter},
         {&source, &palette, 0, 0, 1, 1, 0, 0, parameter},
-        {&source, &target, 0, 0, 1, 1, -1, 0, parameter}, // beside the target
+        {&source, &target, 0, 0, 1, 1, -1, 0, parameter}, // left of the target
         {&source, &target, 0, 0, 1, 1, 5, 0, parameter},
         {&source, &target, 0, 0, 1, 1, 0, 4, parameter},
         {&source, &target, 0, 0, 1, 1, 0, -1, parameter},
         {&source, &target, 0, 0, 4, 1, 2, 0, parameter}, // beyond its rows and its end
         {&source, &target, 0, 0, 1, 3, 0, 2, parameter},
-        {&source, &target, -1, 0, 1, 1, 0, 0, parameter}, // beside the source
+        {&source, &target, -1, 0, 1, 1, 0, 0, parameter}, // left of the source
         {&source, &target, 8, 0, 0, 1, 0, 0, parameter},
         {&source, &target, 0, 6, 1, 1, 0, 0, parameter},
         {&source, &target, 0, -1, 1, 1, 0, 0, parameter},
-        {&source, &target, 5, 0, 4, 1, 0, 0, parameter}, // beyond it
+        {&source, &target, 5, 0, 4, 1, 0, 0, parameter}, // past its right edge
         {&source, &target, 0, 5, 1, 2, 0, 0, parameter},
         {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter}, // wraps around
         {&source, &target, 0, 0, 0, -3, 0, 0, QStringLiteral("none")},
@@ -223,9 +223,9 @@ void tst_KImageCopy::guards()
     QCOMPARE(Thrown([&] { empty.Convert(target, GFL_RGB, 8); }), bitmap);
     QCOMPARE(Thrown([&] { palette.Convert(target, GFL_RGB, 8); }), bitmap);
     QCOMPARE(Thrown([&] { source.Convert(source, GFL_GREY, 16); }), parameter);
-    QCOMPARE(int(source.type()), int(GFL_RGB)); // it stays
+    QCOMPARE(int(source.type()), int(GFL_RGB)); // unchanged
     QCOMPARE(std::memcmp(target.getData(0, 0), before.getData(0, 0), size_t(4) * before.bytesPerLine()), 0);
-    // Only a form that can't be made gives the old content up.
+    // Only an unsupported form discards the old content.
     QCOMPARE(Thrown([&] { source.Convert(target, GFL_COLORS, 8); }), parameter);
     QCOMPARE(Thrown([&] { source.Convert(target, GFL_RGB, 12); }), parameter);
 }
@@ -257,17 +257,17 @@ void tst_KImageCopy::convertKeepsAWrappedBlock()
     source.image.Convert(target.image, GFL_RGBA, 8);
     QCOMPARE(target.image.m_bitmap->Data, block);
     QCOMPARE(target.Sample(3, 2, 3), 255.0);
-    source.image.Convert(target.image, GFL_GREY, 8); // another shape: the block is left, whole
+    source.image.Convert(target.image, GFL_GREY, 8); // another shape: allocates, leaves the old block unchanged
     QVERIFY(target.image.m_bitmap->Data != block);
     QCOMPARE(block[3], quint8(255));
 }
 
-// The one pair of forms whose alpha no step fills: a kept target keeps it, in a new one it must not be chance.
+// The only pair of forms whose alpha no step fills: an existing target keeps it, a new one must not have random alpha.
 void tst_KImageCopy::convertOfDeepGreyIsOpaque()
 {
     for (const int i : {0, 1, 2, 3}) {
         const Case named(i);
-        const bool isDeep = i & 1, isKept = i & 2; // the target has the shape already
+        const bool isDeep = i & 1, isKept = i & 2; // the target already has this shape
         const KImage grey(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
         KImage target(isKept ? 3 : 2, isKept ? 2 : 3, GFL_RGBA, isDeep ? 16 : 32, true, nullptr, 0); // alpha 0
         grey.Convert(target, GFL_RGBA, isDeep ? 16 : 32);

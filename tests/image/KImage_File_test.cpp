@@ -46,8 +46,8 @@ private Q_SLOTS:
     void readsWhatItWrote();
     void cacheFilesKeepTheForm();
     void dumps();
-    void fewerColours();
-    void readsAtTheDepthThatIsAsked();
+    void colorReduction();
+    void readsAtRequestedDepth();
     void thumbnailIsSmall();
     void failedWriteLeavesNothing();
     void failedWriteKeepsTheOldFile();
@@ -62,7 +62,7 @@ void tst_KImageFile::compressionNumbers()
 {
     const struct {
         const char *format;
-        int number, compression, quality; // -1: as the layer's defaults have it
+        int number, compression, quality; // -1: the layer's default
     } rows[] = {
         {"jpeg", 0, -1, 4}, {"jpeg", 12, -1, 100}, {"jpeg", -1, -1, -1}, {"png", 6, 6, -1},   {"tiff", 0, 0, -1},
         {"tiff", 1, 0, -1}, {"tiff", 2, 2, -1},    {"tiff", 3, 4, -1},   {"tiff", 99, 0, -1}, {"tiff", -1, -1, -1},
@@ -133,10 +133,10 @@ void tst_KImageFile::guards()
 
 void tst_KImageFile::readsWhatItWrote()
 {
-    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces what was there
+    KImage image, back(1, 1, GFL_GREY, 16, /*clear=*/true, nullptr, 0), read; // reading replaces the old content
     FillWithRamp(image, 13, 7);
     const QString name = File("Größe ✓.tif");                // paths are Unicode
-    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which the layer allows only when asked
+    image.Write(name, QStringLiteral("tiff"), 2, QString()); // LZW, which the layer must allow explicitly
     KImage lzw;
     lzw.ID_Read(name, /*nativeDepth=*/true);
     QVERIFY(HasSamePixels(lzw, image));
@@ -149,7 +149,7 @@ void tst_KImageFile::readsWhatItWrote()
     back.ReadFromMemory(data, size);
     QVERIFY(HasSamePixels(back, image));
     QCOMPARE(Thrown([&] { back.ReadFromMemory(data, 5); }),
-             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line for a file
+             QStringLiteral("Error GFL : \"GFL_ERROR_FILE_READ\"")); // no line with a file name
     QVERIFY(!back.m_bitmap);
     std::free(data);
     WriteFile(name, "This is not a picture.");
@@ -189,7 +189,7 @@ void tst_KImageFile::dumps()
     QCOMPARE(int(*alpha.getData(4, 2)), 77);
 }
 
-void tst_KImageFile::fewerColours()
+void tst_KImageFile::colorReduction()
 {
     quint8 pixels[] = {200, 100, 50, 0, 0, 0, 255, 255, 255, 7, 7, 7};
     const QByteArray before(reinterpret_cast<char *>(pixels), sizeof pixels);
@@ -204,7 +204,7 @@ void tst_KImageFile::fewerColours()
         QCOMPARE(Thrown([&] { bad->Convert(GFL_DEPTH_GREY, 0); }), QStringLiteral("Invalid Bitmap"));
 }
 
-void tst_KImageFile::readsAtTheDepthThatIsAsked()
+void tst_KImageFile::readsAtRequestedDepth()
 {
     KImage image(3, 2, GFL_GREY, 16, /*clear=*/true, nullptr, 0);
     const quint16 value = 0x1234;
@@ -219,7 +219,7 @@ void tst_KImageFile::readsAtTheDepthThatIsAsked()
     reduced.ID_ReadReduced(File("deep.tif"), /*nativeDepth=*/true, 2, 1);
     QCOMPARE(QSize(reduced.width(), reduced.height()), QSize(2, 1));
     QCOMPARE(int(reduced.bitsPerComponent()), 16);
-    forced.Read(File("deep.tif"), GFL_RGBA, /*thumbnail=*/false); // replaces what was there
+    forced.Read(File("deep.tif"), GFL_RGBA, /*thumbnail=*/false); // replaces the old content
     QCOMPARE(int(forced.bitsPerComponent()) * 10 + forced.m_bitmap->ComponentsPerPixel, 164);
     QCOMPARE(QByteArray(reinterpret_cast<char *>(forced.getData(2, 1)), 8),
              QByteArray("\x34\x12\x34\x12\x34\x12\xff\xff"));

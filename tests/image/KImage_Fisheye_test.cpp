@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A frame of an equidistant lens of 180 degrees, grey with bright spots in known directions, in degrees.
+/// A frame of an equidistant 180-degree lens, gray with bright spots in known directions, in degrees.
 constexpr double kRadius = 150, kOffsetX = 7.3, kOffsetY = -5.6;
 constexpr struct {
     double longitude, latitude;
@@ -38,7 +38,7 @@ void RenderSpots(TestImage &frame)
     }
 }
 
-/// Where the light above grey has its centre, in pixels, close to a place.
+/// Returns the centroid of the light above gray near a position, in pixels.
 QPointF SpotNear(const TestImage &image, double x, double y)
 {
     double sum = 0, sumX = 0, sumY = 0;
@@ -60,7 +60,7 @@ class tst_KImageFisheye : public QObject {
 
 private Q_SLOTS:
     void findsTheCircle();
-    void findsNone();
+    void findsNoCircle();
     void sphere();
     void cleans();
     void paintsAndBends();
@@ -78,7 +78,7 @@ void tst_KImageFisheye::findsTheCircle()
         found += off <= 0.005 * 320;
         if (seed > 0)
             continue;
-        // A radius that is known beforehand may be off by a fifth.
+        // A radius given in advance may be off by a fifth.
         for (const auto &[share, isNear] : {std::pair(1.18, true), {1.22, false}, {0.82, true}, {0.78, false}}) {
             double near, nearX, nearY;
             frame.image.GetCateyeRadiusOffset(near, nearX, nearY, radius / share);
@@ -88,7 +88,7 @@ void tst_KImageFisheye::findsTheCircle()
     QVERIFY2(found >= 95, qPrintable(QString::number(found)));
 }
 
-void tst_KImageFisheye::findsNone()
+void tst_KImageFisheye::findsNoCircle()
 {
     const double nan = std::nan(""), infinity = INFINITY;
     const struct {
@@ -122,7 +122,7 @@ void tst_KImageFisheye::sphere()
         RenderSpots(frame);
         if (i % 2)
             frame.image.CircularCateyeToSpherical(600, kRadius, kOffsetX, kOffsetY, target.image);
-        else // it finds the circle
+        else // detects the circle
             frame.image.CircularFiskeyeToSpherical(600, 180, target.image);
         for (const auto &spot : kSpots) {
             const QPointF wanted((spot.longitude / 360 + 0.5) * 600 - 0.5, (0.5 - spot.latitude / 180) * 300 - 0.5);
@@ -130,7 +130,7 @@ void tst_KImageFisheye::sphere()
             QVERIFY2(std::hypot(off.x(), off.y()) < 0.5,
                      qPrintable(QStringLiteral("%1, %2").arg(off.x()).arg(off.y())));
         }
-        QCOMPARE(target.Sample(10, 150, 3), 0.0); // behind the lens
+        QCOMPARE(target.Sample(10, 150, 3), 0.0); // outside the lens's view
         QCOMPARE(target.Sample(300, 10, 3), target.Form().Full());
     }
 }
@@ -170,7 +170,7 @@ void tst_KImageFisheye::paintsAndBends()
         QVERIFY(std::abs(image.Sample(70, 50, form.channels == 1 ? 0 : 1) / form.Full() - green) < 0.003);
         QCOMPARE(image.Sample(70, 56, 0), 0.0);
 
-        // The point at r goes to where r (1 + k r^2) leads, in halves of the diagonal; and back.
+        // The point at r moves to r (1 + k r^2), in half diagonals; and back.
         const double unit = std::hypot(101, 81) / 2, r = std::hypot(20, 10) / unit, factor = 1 + 0.2 * r * r;
         const int channel = form.channels == 1 ? 0 : 1;
         const auto center = [&] {
@@ -193,7 +193,7 @@ void tst_KImageFisheye::paintsAndBends()
     TestImage image(kForms[k32fRgb], 9, 9, 1);
     image.FillWithNoise(1);
     image.image.Optical(-20, 0, 0, 0, 0, 1);
-    QCOMPARE(image.Sample(6, 4, 0), 0.0);       // no way back but a negative radius, on the other side
+    QCOMPARE(image.Sample(6, 4, 0), 0.0);       // the only inverse is a negative radius, on the other side
     image.image.Optical(-9, 0, 0, 1e30f, 0, 1); // and far off
 }
 

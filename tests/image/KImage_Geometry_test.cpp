@@ -13,13 +13,13 @@
 
 namespace {
 
-/// Half a count of an integer, the noise of single precision of a float.
+/// Returns half a count for integers, the single-precision noise for floats.
 double RoundingOf(const TestForm &form)
 {
     return form.IsFloat() ? 2e-6 : 0.51;
 }
 
-/// The mean of the source over the area of a target pixel; the area's borders in source pixels.
+/// Returns the mean of the source over the area of a target pixel, with bounds in source pixels.
 double AreaMean(const TestImage &source, double left, double right, double top, double bottom, int channel)
 {
     double sum = 0;
@@ -33,7 +33,7 @@ double AreaMean(const TestImage &source, double left, double right, double top, 
     return sum / ((right - left) * (bottom - top));
 }
 
-/// The source between its pixel centres, outermost pixels repeated.
+/// Interpolates the source between its pixel centers, with the outermost pixels repeated.
 double Bilinear(const TestImage &source, double x, double y, int channel)
 {
     const int width = source.image.width(), height = source.image.height();
@@ -48,7 +48,7 @@ double Bilinear(const TestImage &source, double x, double y, int channel)
     return above * (1 - (y - top)) + below * (y - top);
 }
 
-/// Resizes and hands the result on as a test image.
+/// Resizes and returns the result as a test image.
 void Resized(TestImage &source, TestImage &result)
 {
     KImage target;
@@ -58,7 +58,7 @@ void Resized(TestImage &source, TestImage &result)
     target.CopyTo(result.image, 0, 0);
 }
 
-/// A float RGBA image that is valid where @p isValid says so.
+/// Returns a float RGBA image that is valid where @p isValid returns true.
 KImage MaskedImage(int width, int height, const std::function<bool(int, int)> &isValid)
 {
     KImage image(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
@@ -89,10 +89,10 @@ private Q_SLOTS:
     void rampStaysLinear();
     void inPlace();
     void foreignRows();
-    void whatIsNotResized();
+    void unsupportedForms();
     void cropHoldsNothingTransparent();
     void fullAndEmptyCrop();
-    void cropByHand();
+    void knownCrops();
     void cropGuards();
 };
 
@@ -108,7 +108,7 @@ void tst_KImageGeometry::resizeByDefinition()
         TestImage source(kForms[form], from.width(), from.height(), 4), result(kForms[form], to.width(), to.height());
         source.FillWithNoise(1);
         Resized(source, result);
-        // Area weighting unless one side grows, whatever the other does.
+        // Area weighting unless any side grows.
         const bool grows = to.width() > from.width() || to.height() > from.height();
         const double stepX = double(from.width()) / to.width(), stepY = double(from.height()) / to.height();
         for (int y = 0; y < to.height(); ++y) {
@@ -172,7 +172,7 @@ void tst_KImageGeometry::rampStaysLinear()
 void tst_KImageGeometry::inPlace()
 {
     KImage image(1000, 800, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-    for (int i = 0; i < 2; ++i) { // the second: nothing to do, nothing lost
+    for (int i = 0; i < 2; ++i) { // the second call has nothing to do and loses nothing
         const Case named("i", i);
         image.Resize(image, 500, 400);
         QCOMPARE(QSize(image.width(), image.height()), QSize(500, 400));
@@ -185,7 +185,7 @@ void tst_KImageGeometry::inPlace()
     QVERIFY(same.m_ownsData);
     for (int y = 0; y < 4; ++y)
         QVERIFY(std::equal(same.getData(0, y), same.getData(0, y) + 4 * 6, wrapped.image.getData(0, y)));
-    wrapped.image.Resize(2, 2); // leaves the foreign block alone
+    wrapped.image.Resize(2, 2); // leaves the wrapped block unchanged
     QCOMPARE(wrapped.image.width(), 2);
     QVERIFY(wrapped.image.m_ownsData);
     QVERIFY(wrapped.Bytes() == before);
@@ -193,7 +193,7 @@ void tst_KImageGeometry::inPlace()
 
 void tst_KImageGeometry::foreignRows()
 {
-    // Floats that don't start at multiples of four.
+    // Floats at unaligned addresses.
     TestImage source(kForms[k32fRgb], 9, 5, 2), aligned(kForms[k32fRgb], 9, 5), result(kForms[k32fRgb], 4, 3),
         wanted(kForms[k32fRgb], 4, 3);
     source.FillWithNoise(1);
@@ -203,7 +203,7 @@ void tst_KImageGeometry::foreignRows()
     QVERIFY(result.Bytes() == wanted.Bytes());
 }
 
-void tst_KImageGeometry::whatIsNotResized()
+void tst_KImageGeometry::unsupportedForms()
 {
     KImage empty, image(4, 4, GFL_RGB, 8, /*clear=*/true, nullptr, 0), target(1, 1, GFL_RGB, 8, true, nullptr, 0);
     QCOMPARE(Thrown([&] { empty.Resize(target, 2, 2); }), QString());
@@ -213,7 +213,7 @@ void tst_KImageGeometry::whatIsNotResized()
     QCOMPARE(Thrown([&] { image.Resize(target, -5, 5); }), QStringLiteral("Invalid Parameter"));
     KImage palette(10, 10, GFL_COLORS, 8, /*clear=*/false, nullptr, 0);
     std::fill_n(palette.getData(0, 0), 100, 9);
-    palette.Resize(target, 4, 4); // other forms come out zero
+    palette.Resize(target, 4, 4); // other forms become zero
     QCOMPARE(int(target.type()), int(GFL_COLORS));
     QCOMPARE(int(*target.getData(3, 3)), 0);
 }
@@ -223,14 +223,14 @@ void tst_KImageGeometry::cropHoldsNothingTransparent()
     const struct {
         int width, height;
         bool (*isValid)(int x, int y);
-        double leastShare; // of the image that the rectangle must hold
+        double leastShare; // of the image, for the rectangle
     } rows[] = {
-        // An ellipse: the largest rectangle has half of the box, 2 / pi of the ellipse.
+        // An ellipse: the largest rectangle covers half of the box, 2 / pi of the ellipse.
         {301, 200, [](int x, int y) { return std::hypot((x - 150) / 150.5, (y - 99.5) / 100.0) < 1; }, 0.45},
         {301, 200, // slanted
          [](int x, int y) { return y > x * 0.1 && y < 169 + x * 0.1 && x > 20 - y * 0.1 && x < 300 - y * 0.1; }, 0.6},
         {301, 200, [](int x, int y) { return x >= 11 && x < 280 && y >= 7 && y < 190; }, 0.75}, // a frame
-        {301, 200,                                                                              // a pillow
+        {301, 200,                                                                              // a pincushion
          [](int x, int y) { return y >= 30 - std::abs(x - 150) / 6 && x >= 20 - std::abs(y - 100) / 6; }, 0.75},
         {17, 13, [](int x, int y) { return x + y >= 3 && x - y <= 13; }, 0.6},
     };
@@ -262,10 +262,10 @@ void tst_KImageGeometry::fullAndEmptyCrop()
     }
 }
 
-void tst_KImageGeometry::cropByHand()
+void tst_KImageGeometry::knownCrops()
 {
-    // Columns 0 to 9 and from 95 on are transparent in every row. Row 0 counts for nothing, row d by at most d * tan:
-    // as soon as d * tan is 10, the left side is at 10, the right one at the last valid column.
+    // Columns 0 to 9 and from 95 on are transparent in every row. Row 0 has no effect, row d at most d * tan: once d *
+    // tan is 10, the left side is at 10, the right one at the last valid column.
     const KImage image = MaskedImage(100, 80, [](int x, int) { return x >= 10 && x < 95; });
     const Crop crop = AutoCrop(image);
     QCOMPARE(crop.left, 10.0f);

@@ -15,7 +15,7 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// An image of one row with the same value in all colours of a pixel.
+/// Fills an image of one row with the same value in all colors of a pixel.
 void FillRow(TestImage &image, const std::vector<double> &values, double alpha = 1)
 {
     for (size_t x = 0; x < values.size(); ++x) {
@@ -31,7 +31,7 @@ double Sample(const KImage &image, int x, int channel)
     return static_cast<double>(*reinterpret_cast<float *>(plane.getData(x, 0)));
 }
 
-/// The unsharp mask of a row, stated in double.
+/// Computes the unsharp mask of a row in double precision.
 std::vector<double> Sharpened(const std::vector<double> &row, float radius, float amount)
 {
     const int reach = std::max(1, int(3.0 * double(radius))), last = int(row.size()) - 1;
@@ -77,7 +77,7 @@ void tst_KImageTone::guards()
     static double s_number;
     const auto thrown = [](int form, Call call) {
         KImage image;
-        if (form >= 0) // else empty
+        if (form >= 0) // otherwise empty
             image.AllocBitmap(4, 1, kForms[form].type, kForms[form].bits, true, nullptr, 0);
         return Thrown([&] { call(image); });
     };
@@ -150,8 +150,8 @@ void tst_KImageTone::alpha()
         }
         QCOMPARE(image.Sample(1, 0, 3), full);
 
-        // A mask of lower depth is converted; the float image's is of 16 bits. Of one of higher depth the bytes count
-        // as samples: those of the second sample here meet the third pixel.
+        // A mask of lower depth is converted; the float image's has 16 bits. With a mask of higher depth the bytes
+        // count as samples: those of the second sample here apply to the third pixel.
         TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
         mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);
@@ -204,10 +204,10 @@ void tst_KImageTone::histograms()
 
 void tst_KImageTone::dynamicRange()
 {
-    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 leads L = 0.18 / mean * v and white at 3 L.
+    // The logarithmic mean of 1, 3, 3e-6, 3e-6, 3 and 0.5 gives L = 0.18 / mean * v and white at 3 L.
     const double mean = std::pow(1 * 3 * 3e-6 * 3e-6 * 3 * 0.5, 1 / 6.0), scaled = 0.18 / mean, white = 3 * scaled;
     const std::pair<int, double> rows[] = {
-        // What becomes of 1 in 0 to 3.
+        // Results for 1 in the range 0 to 3.
         {KImage::HDR_LINEAR, 1 / 3.0},
         {KImage::HDR_LOGARITHMIC, 0.5},
         {KImage::HDR_REINHARD, scaled * (1 + scaled / (white * white)) / (1 + scaled)}};
@@ -251,7 +251,7 @@ void tst_KImageTone::colors()
     KImage tinted;
     image.image.Colorize(tinted, QColor::fromHsv(350, 255, 255), QColor::fromHsv(10, 255, 255));
     const QColor light = QColor(tinted.getData(0, 0)[0], tinted.getData(0, 0)[1], tinted.getData(0, 0)[2]);
-    QVERIFY(std::abs(light.hsvHue() - (350 + 20 * 200 / 255 - 360)) <= 2); // over red, not over cyan
+    QVERIFY(std::abs(light.hsvHue() - (350 + 20 * 200 / 255 - 360)) <= 2); // through red, not through cyan
     QCOMPARE(light.value(), 200);
     image.image.adjustColor(1, 1, 0);
     QCOMPARE(image.Sample(0, 0, 2), 60.0); // 0.299 of 200
@@ -285,20 +285,20 @@ void tst_KImageTone::unsharpValues_data()
     QTest::addColumn<float>("amount");
     const std::pair<float, float> rows[] = {
         {0.0f, 1}, {0.1f, 1},  {0.66f, 1}, {0.7f, 1},      {2.0f, -0.5f},
-        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // below 5 / 3: three times it is 4.9999999, which no float
+        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // below 5 / 3: three times it is 4.9999999, not a float
                                                              // is
     for (const auto &[radius, amount] : rows)
         QTest::addRow("radius %g, amount %g", double(radius), double(amount)) << radius << amount;
 }
 
-/// A row against the definition: a Gaussian cut to its kernel, over the row with its ends repeated.
+/// Compares a row with the definition: a Gaussian truncated to its kernel, over the row with repeated ends.
 void tst_KImageTone::unsharpValues()
 {
     QFETCH(float, radius);
     QFETCH(float, amount);
     TestImage image(kForms[k32fGrey], 401, 1);
     image.FillWithNoise(3);
-    image.SetSample(200, 0, 0, 9); // beside which the cut of the kernel shows
+    image.SetSample(200, 0, 0, 9); // reveals the truncation of the kernel
     const auto row = [](const TestImage &of) {
         std::vector<double> values;
         for (int x = 0; x < 401; ++x)
@@ -318,7 +318,7 @@ void tst_KImageTone::unsharpValues()
         QVERIFY2(std::abs(Sample(target, x, 0) - wanted[size_t(x)]) < 2e-5, qPrintable(QString::number(x)));
 }
 
-/// Colors of one luminance stay as they are; grey is sharpened as a plane is.
+/// Colors of equal luminance stay unchanged; gray is sharpened like a plane.
 void tst_KImageTone::unsharpOfLuminance()
 {
     TestImage image(kForms[k32fRgb], 60, 1), plane(kForms[k32fGrey], 60, 1);
@@ -358,8 +358,8 @@ void tst_KImageTone::unsharpProperties()
         }
         if (kForms[form].channels != 4)
             continue;
-        // A flat picture beside transparent pixels of wild colours stays flat, and they stay as they are.
-        for (const float radius : {1.5f, 9.0f}) { // the kernel as it is, and the wide one
+        // A flat picture next to transparent pixels of extreme colors stays flat, and those stay unchanged.
+        for (const float radius : {1.5f, 9.0f}) { // the direct kernel, and the wide one
             for (int x = 0; x < 23; ++x) {
                 for (int y = 0; y < 11; ++y) {
                     for (int c = 0; c < 4; ++c)

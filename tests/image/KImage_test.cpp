@@ -35,7 +35,7 @@ void tst_KImage::record()
         uint stride;
         int colorUsed;
     } rows[] = {
-        {GFL_GREY, 1, 8, 1, 4, 256},   // a byte wide
+        {GFL_GREY, 1, 8, 1, 4, 256},   // one byte wide
         {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes round up
         {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0},
         {GFL_COLORS, 5, 8, 1, 8, 256}, {0x0040, 4, 8, 3, 12, 0}, // three channels of another order, and four
@@ -76,13 +76,13 @@ void tst_KImage::refusedShapes()
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         KImage image(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
-        for (int attempt = 0; attempt < 2; ++attempt) { // what the first leaves behind is no image of that shape
+        for (int attempt = 0; attempt < 2; ++attempt) { // the first attempt leaves no image of that shape
             QCOMPARE(Thrown([&] {
                          image.AllocBitmap(row.width, row.height, static_cast<unsigned short>(row.type), 32,
                                            /*clear=*/false, nullptr, 0);
                      }),
                      row.message);
-            QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is gone
+            QVERIFY(!image.m_bitmap || !image.m_bitmap->Data); // the old content is freed
         }
         image.AllocBitmap(2, 2, GFL_GREY, 8, /*clear=*/true, nullptr, 0);
         QCOMPARE(int(*image.getData(1, 1)), 0);
@@ -99,7 +99,7 @@ void tst_KImage::sameShapeKeepsItsBlock()
     QCOMPARE(int(*image.getData(4, 2)), 77);
     image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(4, 2)), 0);
-    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // each part of the shape counts
+    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // every part of the shape matters
         const Case named(size);
         image.AllocBitmap(size.width(), size.height(), GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
         QCOMPARE(QSize(image.width(), image.height()), size);
@@ -117,7 +117,7 @@ void tst_KImage::wrappedBlockSurvives()
         QCOMPARE(int(image.m_bitmap->LinePadding), 2);
         QVERIFY(!image.m_ownsData);
         *image.getData(1, 1) = 5;
-        image.AllocBitmap(5, 2, GFL_RGB, 8, /*clear=*/false, nullptr, 0); // same shape: stays wrapped
+        image.AllocBitmap(5, 2, GFL_RGB, 8, /*clear=*/false, nullptr, 0); // same shape: keeps the wrapped block
         QCOMPARE(image.m_bitmap->Data, block.data());
         image.FreeBitmap();
         QVERIFY(image.m_ownsData && !image.m_bitmap);
@@ -147,9 +147,9 @@ void tst_KImage::copyOwnsItsPixels()
     QCOMPARE(int(copy.m_bitmap->Xdpi), 300);
     QCOMPARE(copy.m_bitmap->XOffset, 7);
     QCOMPARE(QByteArray(copy.m_bitmap->Name), QByteArray("name"));
-    QVERIFY(!copy.m_bitmap->Comment); // not carried over
+    QVERIFY(!copy.m_bitmap->Comment); // not copied
     KImage &same = copy;
-    copy = same; // leaves it empty
+    copy = same; // becomes empty
     QVERIFY(!copy.m_bitmap);
 }
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// One block of each kind, on the stack and in its bytes of the very size.
+/// One block of each kind, on the stack, with bytes of exact size.
 struct Blocks {
     quint8 icc[3] = {1, 0, 3};
     char xmp[32] = "<x:m a:b='1'><c>text</c></x:m>";
@@ -40,7 +40,7 @@ class tst_KMetaData : public QObject {
 private Q_SLOTS:
     void copiesAreDeep();
     void ownBlockAsSource();
-    void nothingInBlocks();
+    void emptyBlocks();
     void xmpTree();
 };
 
@@ -80,11 +80,11 @@ void tst_KMetaData::ownBlockAsSource()
     data = itself;
     QCOMPARE(data.Xmp()->Length, blocks.xmpBlock.Length);
     QCOMPARE(data.Exifex()->Root->Data[0], quint8(42));
-    data.SetIptc(nullptr); // takes that one away
+    data.SetIptc(nullptr); // removes that one
     QVERIFY(!data.Iptc() && data.Exifex() && data.IccProfile() && data.Xmp());
 }
 
-void tst_KMetaData::nothingInBlocks()
+void tst_KMetaData::emptyBlocks()
 {
     GFL_EXIF_DATAEX exif = {nullptr, 5};
     GFL_IPTC_DATA iptc = {0, nullptr};
@@ -92,7 +92,7 @@ void tst_KMetaData::nothingInBlocks()
     GFL_IPTC_ENTRY entry = {};
     GFL_IPTC_DATA endless = {0xFFFFFFFF, &entry}, withoutList = {2, nullptr};
     KMetaData data;
-    data.SetIptc(&endless); // more than 32 bits of bytes
+    data.SetIptc(&endless); // size beyond 32 bits
     QVERIFY(!data.Iptc());
     data.SetExifex(&exif);
     data.SetIptc(&iptc);
@@ -110,7 +110,7 @@ void tst_KMetaData::xmpTree()
     KMetaData data;
     QVERIFY(data.DomXmp().isNull());
     blocks.Fill(&data);
-    const QDomElement root = data.DomXmp();          // its document is gone
+    const QDomElement root = data.DomXmp();          // its document is destroyed
     QCOMPARE(root.tagName(), QStringLiteral("x:m")); // names as written
     QCOMPARE(root.attribute(QStringLiteral("a:b")), QStringLiteral("1"));
     QCOMPARE(root.elementsByTagName(QStringLiteral("c")).at(0).toElement().text(), QStringLiteral("text"));

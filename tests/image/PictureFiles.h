@@ -1,4 +1,4 @@
-// Small picture files for the tests of descriptions and of the cache.
+// Small picture files for tests of descriptions and of the cache.
 #pragma once
 
 #include "Bitmaps.h"
@@ -8,7 +8,7 @@
 
 #include <QTemporaryDir>
 
-/// Random pixels; JPEG gets a ramp.
+/// Writes random pixels; for JPEG a ramp.
 inline QString WritePicture(const QString &path, const char *format, int width, int height, int type = GFL_RGB,
                             int bits = 8)
 {
@@ -18,7 +18,7 @@ inline QString WritePicture(const QString &path, const char *format, int width, 
     return gflSaveBitmapUTF8(path.toUtf8().constData(), bitmap.get(), &params) == GFL_NO_ERROR ? path : QString();
 }
 
-/// The image of a path in the cache, described without thumbnail if it isn't there; null for what is no picture.
+/// Returns the cached image of a path, describing it without thumbnail if necessary; null for other files.
 inline ImageDef *Picture(const QString &path)
 {
     ImageDef *image = nullptr;

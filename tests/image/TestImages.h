@@ -1,4 +1,4 @@
-// Images for tests: of any form, stride and alignment, with samples as numbers.
+// Images for tests: any form, stride and alignment, with samples as numbers.
 #pragma once
 
 #include "KImage.h"
@@ -28,7 +28,7 @@ constexpr TestForm kForms[] = {
 constexpr int kFormCount = 9;
 enum FormIndex { k8uGrey, k8uRgb, k8uRgba, k16uGrey, k16uRgb, k16uRgba, k32fGrey, k32fRgb, k32fRgba };
 
-/// An image that wraps a block of this object's, rows @p paddingBytes further apart than needed.
+/// An image that wraps a block of this object, with @p paddingBytes extra between rows.
 class TestImage {
 public:
     TestImage(const TestForm &form, int width, int height, int paddingBytes = 0)
@@ -61,7 +61,7 @@ public:
             Store(at, static_cast<float>(value));
     }
 
-    /// Whole range of integers, floats from @p low to @p high; the gaps between rows get noise too.
+    /// Fills with noise: full range for integers, @p low to @p high for floats; gaps between rows too.
     void FillWithNoise(unsigned seed, double low = -0.25, double high = 1.5)
     {
         std::mt19937 random(seed);
@@ -74,7 +74,7 @@ public:
         }
     }
 
-    /// The rows with their gaps, and a guard behind them.
+    /// Returns the rows with their gaps, and a guard area after them.
     const std::vector<unsigned char> &Bytes() const { return m_bytes; }
     const TestForm &Form() const { return m_form; }
 

@@ -129,7 +129,7 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a colour of 0
+    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a color of 0
     cmsSetDeviceClass(profile, cmsSigOutputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);
@@ -138,8 +138,8 @@ QByteArray InkProfile()
     cmsStageSampleCLut16bit(
         table,
         [](const cmsUInt16Number *in, cmsUInt16Number *out, void *) -> cmsInt32Number {
-            const double colours = (in[0] + in[1] + in[2]) / 3.0 / 65535.0;
-            out[0] = cmsUInt16Number(std::lround((1.0 - in[3] / 65535.0) * (1.0 - colours) * 65280.0));
+            const double colors = (in[0] + in[1] + in[2]) / 3.0 / 65535.0;
+            out[0] = cmsUInt16Number(std::lround((1.0 - in[3] / 65535.0) * (1.0 - colors) * 65280.0));
             out[1] = out[2] = 32768;
             return 1;
         },
@@ -159,7 +159,7 @@ QByteArray InkProfile()
 double GreyOfCyan(double cyan)
 {
     const double light = std::pow((100.0 * (1.0 - cyan / 3.0) + 16.0) / 116.0, 3); // CIE 15
-    return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // the curve of sRGB
+    return 1.055 * std::pow(light, 1 / 2.4) - 0.055;                               // sRGB's curve
 }
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression, int quality)

@@ -1,4 +1,4 @@
-// Bitmaps and files for the tests of the image-file layer: made, loaded, saved and compared through gfl.h.
+// Bitmaps and files for tests of the image-file layer: created, loaded, saved and compared through gfl.h.
 #pragma once
 
 #include "gfl.h"
@@ -18,56 +18,56 @@ using BitmapPtr = std::unique_ptr<GFL_BITMAP, FreeBitmap>;
 
 int ChannelsOf(int type);
 
-/// Uninitialised pixels; rows are aligned to @p rowAlignment bytes.
+/// Returns a bitmap with uninitialized pixels; rows are aligned to @p rowAlignment bytes.
 BitmapPtr NewBitmap(int width, int height, int type, int bits, unsigned rowAlignment = 4);
 
-/// Random samples of the full range (floats: 0 to 1), the same for the same seed.
+/// Returns random samples of the full range (floats: 0 to 1), the same for the same seed.
 BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed = 1);
 
-/// A ramp in x and y with little noise, as JPEG likes it.
+/// Returns a ramp in x and y with little noise, which suits JPEG.
 BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
 
-/// A bitmap in another form by plain arithmetic: grey spreads to the colours, opacity that is new is full, what the
-/// form has no place for goes. Not from colour to grey.
+/// Converts a bitmap to another form by plain arithmetic: gray spreads to the colors, new opacity is full, channels
+/// that the form lacks are dropped. Not from color to gray.
 BitmapPtr Converted(const GFL_BITMAP &bitmap, int type, int bits);
 
-/// Sample @p c of pixel (x, y) as a share of the full range.
+/// Returns sample @p c of pixel (x, y) as a share of the full range.
 double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 
-/// The pixels without the padding of rows.
+/// Returns the pixels without row padding.
 QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 
-/// Empty when both have the same form and size and no sample differs by more than @p tolerance, a share of the full
-/// range; else where, what and how much.
+/// Returns an empty text if both have the same form and size and no sample differs by more than @p tolerance, a share
+/// of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// The same against a formula, which is asked for the samples that @p got has.
+/// The same against a formula, evaluated for the samples of @p got.
 using Samples = std::function<double(int x, int y, int c)>;
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
-/// Colours of sRGB, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for
-/// D50 (Bradford) and CIE 15's formula.
-struct LabColour {
+/// sRGB colors, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for D50
+/// (Bradford) and CIE 15's formula.
+struct LabColor {
     double lab[3];
     double rgb[3];
 };
-constexpr LabColour kLabColours[] = {{{0, 0, 0}, {0, 0, 0}},
-                                     {{100, 0, 0}, {1, 1, 1}},
-                                     {{50.554, 50.519, 42.336}, {0.8, 0.3, 0.2}},
-                                     {{56.104, -43.34, 31.046}, {0.2, 0.6, 0.3}},
-                                     {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
+constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
+                                   {{100, 0, 0}, {1, 1, 1}},
+                                   {{50.554, 50.519, 42.336}, {0.8, 0.3, 0.2}},
+                                   {{56.104, -43.34, 31.046}, {0.2, 0.6, 0.3}},
+                                   {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
-/// A profile of inks by which lightness falls with black, and by a third for each of the other inks; and the grey, as a
-/// share of the full range, that a share @p cyan of that ink alone makes.
+/// Returns an ink profile in which lightness decreases with black, and by a third with each other ink; and the gray, as
+/// a share of the full range, of a share @p cyan of that ink alone.
 QByteArray InkProfile();
 double GreyOfCyan(double cyan);
 
 GFL_SAVE_PARAMS SaveParams(const char *format, int compression = -1, int quality = -1);
-/// Flags are added to the defaults; a @p type other than 0 is forced.
+/// Adds flags to the defaults; forces a @p type other than 0.
 GFL_LOAD_PARAMS LoadParams(unsigned flags = 0, int type = 0);
 
-/// Null when the file can't be read; @p error and @p info are filled in where they are given.
+/// Returns null if the file can't be read; sets @p error and @p info if given.
 BitmapPtr Load(const QString &path, int *error = nullptr,
                const GFL_LOAD_PARAMS &params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH),
                GFL_FILE_INFORMATION *info = nullptr);
@@ -79,20 +79,20 @@ BitmapPtr LoadThumbnail(const QString &path, QSize box, const GFL_LOAD_PARAMS &p
 int Describe(const QString &path, GFL_FILE_INFORMATION *info);
 int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params = SaveParams("tiff"));
 
-/// The bytes of a saved file; empty when the save failed.
+/// Returns the bytes of a saved file; empty if the save failed.
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 
-/// Empty when every cut of a file to less than @p end bytes is told as an error of reading or, within the first bytes,
-/// as no known format; else the first cut that isn't.
+/// Returns an empty text if every cut of a file to less than @p end bytes gives a read error or, within the first
+/// bytes, an unknown format; otherwise the first cut that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 
-/// A temporary folder, and the paths of files in it.
+/// A temporary folder, with paths of files in it.
 class Folder : public QTemporaryDir {
 public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }
 };
 
-/// The last @p bytes bytes of a number, the highest first.
+/// Returns the last @p bytes bytes of a number, highest first.
 QByteArray BigEndian(quint64 number, int bytes);
 bool WriteBytes(const QString &path, const QByteArray &bytes);
 QByteArray ReadBytes(const QString &path);

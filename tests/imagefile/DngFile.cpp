@@ -26,7 +26,7 @@ template <class T> QByteArray Numbers(std::initializer_list<T> values)
     return bytes;
 }
 
-/// One number a field, as 16 bits where they do.
+/// Returns one number per field, as 16 bits if it fits.
 QVector<Field> Plain(const QMap<int, quint32> &values)
 {
     QVector<Field> fields;
@@ -38,7 +38,7 @@ QVector<Field> Plain(const QMap<int, quint32> &values)
     return fields;
 }
 
-/// Appends values and directory; gives the directory's place.
+/// Appends values and directory; returns the directory's offset.
 quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
 {
     QByteArray directory = Numbers({quint16(fields.size())});
@@ -58,11 +58,11 @@ quint32 AddDirectory(const QVector<Field> &fields, QByteArray *file)
     return at;
 }
 
-QByteArray SensorValues(QSize size, const SensorColour &colour)
+QByteArray SensorValues(QSize size, const SensorColor &color)
 {
     const auto number = [](double share) { return Numbers({quint16(std::lround(share * 65535))}); };
-    const QByteArray even = (number(colour.red) + number(colour.green)).repeated(size.width() / 2);
-    const QByteArray odd = (number(colour.green) + number(colour.blue)).repeated(size.width() / 2);
+    const QByteArray even = (number(color.red) + number(color.green)).repeated(size.width() / 2);
+    const QByteArray odd = (number(color.green) + number(color.blue)).repeated(size.width() / 2);
     return (even + odd).repeated(size.height() / 2);
 }
 
@@ -74,15 +74,15 @@ QByteArray PlainTiff(const QMap<int, quint32> &fields, const QByteArray &pixels)
     return file.replace(4, 4, Numbers({AddDirectory(Plain(fields), &file)}));
 }
 
-QByteArray DngFile(QSize size, const SensorColour &colour, const QByteArray &preview, QSize previewSize,
+QByteArray DngFile(QSize size, const SensorColor &color, const QByteArray &preview, QSize previewSize,
                    const QMap<quint16, QByteArray> &blocks)
 {
     QByteArray file("II*\0\0\0\0\0", 8);
-    const QByteArray pixels = SensorValues(size, colour);
+    const QByteArray pixels = SensorValues(size, color);
     file += pixels;
     const quint32 previewAt = quint32(file.size());
     file += preview + QByteArray(preview.size() % 2, '\0');
-    // 262: 32803, colour filters; 6, YCbCr. 50778: 21, D65.
+    // 262: 32803, color filters; 6, YCbCr. 50778: 21, D65.
     quint32 w = quint32(size.width()), h = quint32(size.height()), bytes = quint32(pixels.size());
     const QMap<int, quint32> whole = {{254, 0},     {256, w},       {257, h},   {258, 16}, {259, 1},
                                       {262, 32803}, {273, 8},       {274, 1},   {277, 1},  {278, h},

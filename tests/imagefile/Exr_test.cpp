@@ -1,4 +1,4 @@
-// OpenEXR through the layer, with the format's own library as witness.
+// OpenEXR through the layer, with the format's own library as reference.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// What a foreign file holds at a place of its data window; exact as half.
+// Returns the value of a foreign file at a position of its data window; exact as half.
 float ValueAt(int x, int y, int c)
 {
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;
@@ -23,7 +23,7 @@ float ValueAt(int x, int y, int c)
 
 enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GreyAlpha };
 
-/// A file of half pixels in the data window; alpha is 0.5 where there is any.
+/// Writes a file of half pixels in the data window; alpha, if any, is 0.5.
 void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data)
 {
     const int width = data.max.x - data.min.x + 1, height = data.max.y - data.min.y + 1;
@@ -85,7 +85,7 @@ void tst_Exr::writeThenRead()
     for (int i = 0; i < 99; ++i) {
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
-        // Of half, and of 16 bits as float; the worst of the methods that lose.
+        // Half, 16 bits as float; and the worst of the lossy methods.
         const double rounding = bits == 8 ? 0x1p-12 : bits == 16 ? 0x1p-25 : 0.0;
         const double tolerance = stored > 5 ? 0.01 : stored == 5 ? std::max(rounding, 0x1p-16) : rounding;
         const BitmapPtr bitmap = stored > 5 ? SmoothBitmap(67, 39, type, bits) : RandomBitmap(67, 39, type, bits);
@@ -97,8 +97,8 @@ void tst_Exr::writeThenRead()
                  int(bits == 8 || stored > 5 ? Imf::HALF : Imf::FLOAT));
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
-        // Colours are stored multiplied by alpha. Twice with alpha: of the product and of alpha; and two operations on
-        // floats.
+        // Colors are stored multiplied by alpha. With alpha the error doubles: of the product and of alpha; plus two
+        // float operations.
         const double limit = type == GFL_RGBA ? 2 * tolerance + 0x1p-22 : tolerance;
         const auto multiplied = [&](const GFL_BITMAP &b, int x, int y, int c) {
             return SampleAt(b, x, y, c) * (type == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0);
@@ -123,7 +123,7 @@ void tst_Exr::foreignFiles()
         {"windows that don't meet", ScanLines, {100, 100, 4, 4}},
         {"layer", Layer, {-3, 2, 16, 12}},
         {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
-        {"grey and alpha", GreyAlpha, {-3, 2, 16, 12}},
+        {"gray and alpha", GreyAlpha, {-3, 2, 16, 12}},
     };
     for (const auto &[name, kind, data] : files) {
         WriteForeign(path.toStdString(), kind, {{-3, 2}, {12, 13}},
@@ -133,8 +133,8 @@ void tst_Exr::foreignFiles()
         QVERIFY2(got && got->Width == 16 && got->Height == 12 && got->Type == (isChroma ? GFL_RGB : GFL_RGBA), name);
         const QRect &window = data;
         const auto expected = [&](int x, int y, int c) {
-            const double colour = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGrey ? 0 : c)) / 0.5;
-            return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : colour;
+            const double color = isChroma ? 0.25 * (c + 1) : double(ValueAt(x - 3, y + 2, isGrey ? 0 : c)) / 0.5;
+            return !window.contains(x - 3, y + 2) ? 0.0 : c == 3 ? 0.5 : color;
         };
         QVERIFY2(Difference(*got, expected, isChroma ? 0.002 : 0.0).isEmpty(), name);
     }
@@ -145,9 +145,9 @@ void tst_Exr::damagedFiles()
     const QString path = m_folder("a.exr");
     WriteForeign(path.toStdString(), Tiles, {{0, 0}, {15, 11}}, {{0, 0}, {15, 11}});
     const QByteArray good = ReadBytes(path);
-    QCOMPARE(BadCut(good, good.size() / 2), QString()); // behind that are reduced versions, which nobody needs
+    QCOMPARE(BadCut(good, good.size() / 2), QString()); // reduced versions follow, which are not needed
     int error = 0;
-    // Every number of the headers made huge or negative: an error or a picture, nothing else.
+    // Every number of the headers made huge or negative: gives an error or a picture.
     for (int at = 4; at + 4 < 600; ++at)
         for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
             LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);

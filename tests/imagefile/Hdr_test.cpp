@@ -1,4 +1,4 @@
-// Radiance HDR, with files that are put together byte by byte.
+// Radiance HDR, with files built byte by byte.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -14,13 +14,13 @@ QByteArray File(const QByteArray &lines, const QByteArray &axes, const QByteArra
     return kHead + lines + "\n" + axes + "\n" + pixels;
 }
 
-/// A pixel whose values are r, g, b (0 to 255) times two to the power of @p e.
+/// Returns a pixel whose values are r, g, b (0 to 255) times two to the power of @p e.
 QByteArray Rgbe(int r, int g, int b, int e = -8)
 {
     return QByteArray(1, char(r)) + char(g) + char(b) + char(e + 136);
 }
 
-/// One row of 9 pixels, packed: red in runs, then bytes as they are, then a run for each of the others.
+/// Returns one packed row of 9 pixels: red in runs, then literal bytes, then one run for each other channel.
 QByteArray PackedRow()
 {
     return QByteArray("\2\2\0\x09", 4) + "\x84\xC8" + "\5\1\2\3\4\5" + "\x89\x64" + "\x89\x32" + "\x89\x80";
@@ -41,7 +41,7 @@ class tst_Hdr : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void reads();
-    void turned();
+    void rotatedAxes();
     void damaged();
     void extremes();
 };
@@ -73,7 +73,7 @@ void tst_Hdr::reads()
     }
 }
 
-void tst_Hdr::turned()
+void tst_Hdr::rotatedAxes()
 {
     const struct {
         const char *axes, *stored; // of the picture with the rows "abc" and "def"

@@ -1,5 +1,5 @@
-// From inside the layer: EXIF values as callers read them, lens names out of maker notes, EXIF in BigTIFF, disks and
-// memory that fail in the midst of a file, the metadata of TIFF files in memory.
+// Internals of the layer: EXIF texts, lens names from maker notes, EXIF in BigTIFF, disk and memory failures in the
+// middle of a file, the metadata of TIFF files in memory.
 #include "Bitmaps.h"
 #include "core/codec.h"
 #include "core/source.h"
@@ -21,9 +21,9 @@ using namespace imagefile;
 
 namespace {
 
-thread_local int allocationsLeft = -1; // of operator new on this thread, before it fails; -1: no end
+thread_local int allocationsLeft = -1; // remaining calls of operator new on this thread before it fails; -1: no limit
 
-/// What has been written can't be read back.
+/// A sink whose written data can't be read back.
 class UnreadableSink : public MemorySink {
 public:
     Status ReadAt(std::uint64_t, void *, std::size_t, std::size_t *) override
@@ -32,7 +32,7 @@ public:
     }
 };
 
-/// Puts a folder in the place of an open file: reading it fails with an error, as a disk does.
+/// Replaces an open file by a folder: reading it then fails with an error, as with a broken disk.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {
@@ -90,7 +90,7 @@ void tst_Inside::texts()
     const struct {
         const char *key;
         int type;                 // TIFF field type
-        const char *value, *text; // in Exiv2's words; what is told
+        const char *value, *text; // Exiv2's form; the expected text
     } rows[] = {
         {"Image.Model", 2, "E-M1      ", "E-M1"},
         {"Image.Orientation", 3, "1", "Top-left (1)"},
@@ -116,7 +116,7 @@ void tst_Inside::texts()
         const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
         QCOMPARE(typed->read(row.value), 0);
         QCOMPARE(ExifText(Exiv2::Exifdatum(key, typed.get())), std::string(row.text));
-        // And again once it has been through the raw list.
+        // Again after conversion to the raw list.
         Exiv2::ExifData exif;
         exif.add(key, typed.get());
         GFL_EXIF_DATAEX *raw = ExifRawList(exif);
@@ -141,7 +141,7 @@ void tst_Inside::lensId()
         QCOMPARE(LensId(nikon), std::string("8 8 121 3.6 3.6"));
     }
     Exiv2::ExifData canon;
-    canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units a millimetre
+    canon["Exif.CanonCs.Lens"] = "44 20 2"; // longest, shortest, units per millimeter
     QCOMPARE(LensId(canon), std::string());
     canon["Exif.CanonCs.LensType"] = uint16_t(235);
     QCOMPARE(LensId(canon), std::string("10 22 235"));
@@ -156,7 +156,7 @@ void tst_Inside::lists()
     exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10);
     exif["Exif.Image.Model"] = "b";
     exif["Exif.Image.Make"] = "Canon";
-    exif["Exif.Image.ExifTag"] = uint32_t(100); // an offset says nothing
+    exif["Exif.Image.ExifTag"] = uint32_t(100); // an offset is not metadata
     exif["Exif.Thumbnail.Make"] = "t";
     exif["Exif.CanonCs.Lens"] = "22 10 1";
     exif["Exif.CanonCs.LensType"] = uint16_t(235);
@@ -177,8 +177,8 @@ void tst_Inside::lists()
     for (const Exiv2::Exifdatum &datum : again)
         QCOMPARE(datum.toString(), exif[datum.key()].toString());
 
-    GFL_EXIF_ENTRYEX last = {271, 2, 12345, 0, 0, 0, nullptr, nullptr};               // no such block
-    GFL_EXIF_ENTRYEX middle = {33434, 999, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, &last}; // no such format, no data
+    GFL_EXIF_ENTRYEX last = {271, 2, 12345, 0, 0, 0, nullptr, nullptr};               // unknown block
+    GFL_EXIF_ENTRYEX middle = {33434, 999, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, &last}; // unknown format, no data
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 0, nullptr, &middle};
     QCOMPARE(ExifOfRawList({&first, 0}).begin()->key(), std::string("Exif.Image.Make"));
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
@@ -227,7 +227,7 @@ void tst_Inside::bigTiff()
     }
 }
 
-// One row of two grey pixels, put together by hand.
+// One row of two gray pixels, built by hand.
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
@@ -275,12 +275,12 @@ void tst_Inside::brokenDisk()
         Source source;
         QVERIFY(bool(source.Open(path.toStdString())));
         QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(bool(source.Check())); // the end is no failure
+        QVERIFY(bool(source.Check())); // the end is not a failure
         QVERIFY(QFile::resize(path, 500));
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("shorter"));
     }
-    // Metadata too: nothing of a file that can't be read is not the same as nothing in it.
+    // Metadata too: unreadable must differ from empty.
     QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
     for (const bool isBroken : {false, true}) {
         Source source;
@@ -307,7 +307,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Every allocation by operator new fails once: an error, never an end of the program, nor a picture without metadata.
+// Every call of operator new fails once: gives an error, never a crash or a picture without metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
@@ -341,7 +341,7 @@ void tst_Inside::noMemory()
     }
 }
 
-// A host's allocator that throws what is no std::exception.
+// A host's allocator that throws something other than a std::exception.
 void tst_Inside::foreignException()
 {
     const QByteArray file = SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"));
@@ -357,7 +357,7 @@ void tst_Inside::foreignException()
 void tst_Inside::metadataMap_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("pointerAt"); // to the second page; 0: there is none
+    QTest::addColumn<int>("pointerAt"); // to the second page; 0: none
     const QByteArray field(12, '\0');
     const QByteArray little = QByteArray("II*\0\x0A\0\0\0..\2\0", 12) + field + field;
     QTest::newRow("two pages") << little + QByteArray("\0\1\0\0more", 8) << 36;
@@ -366,7 +366,7 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
     QTest::newRow("directory behind the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
     QTest::newRow("no TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
-    // 9 MiB: the directory and what it leads to at the end, nothing read in between but the first megabytes.
+    // 9 MiB: the directory and its targets at the end; only the first megabytes and these are read.
     const quint32 at = 9u << 20;
     const auto number = [](quint32 value) {
         QByteArray text = BigEndian(value, 4);

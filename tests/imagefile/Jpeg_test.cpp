@@ -1,4 +1,4 @@
-// JPEG against libjpeg itself.
+// JPEG compared with libjpeg.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// How libjpeg is to write a file.
+/// How libjpeg writes a file.
 struct Spec {
     int width = 67;
     int height = 41;
@@ -19,11 +19,11 @@ struct Spec {
     bool progressive = false;
     bool arithmetic = false;
     int restart = 0;      // MCUs between restart markers
-    int lumaSampling = 2; // 2: colour at half the resolution
+    int lumaSampling = 2; // 2: color at half the resolution
     bool hasInkProfile = false;
 };
 
-constexpr int kCyan = 204; // all there is of ink in a file with a profile
+constexpr int kCyan = 204; // the only ink in a file with a profile
 
 template <class Change> Spec With(Change change)
 {
@@ -39,7 +39,7 @@ int ComponentsOf(J_COLOR_SPACE space)
 
 JSAMPLE Sample(const Spec &spec, int x, int y, int c)
 {
-    if (spec.hasInkProfile) // Adobe's: 255 is none
+    if (spec.hasInkProfile) // Adobe's form: 255 is none
         return static_cast<JSAMPLE>(c == 0 ? 255 - kCyan : 255);
     return static_cast<JSAMPLE>(30 + 2 * x + y + 15 * c);
 }
@@ -92,7 +92,7 @@ class tst_Jpeg : public QObject {
 private Q_SLOTS:
     void readsWhatLibjpegDecodes_data();
     void readsWhatLibjpegDecodes();
-    void oddEnds();
+    void bytesAfterEnd();
     void damaged();
     void writes();
 };
@@ -103,11 +103,11 @@ void tst_Jpeg::readsWhatLibjpegDecodes_data()
     const auto row = [](const char *name, auto change) { QTest::newRow(name) << With(change); };
     row("YCbCr", [](Spec &) {});
     row("RGB", [](Spec &s) { s.stored = JCS_RGB, s.lumaSampling = 1; });
-    row("grey", [](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; });
+    row("gray", [](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; });
     row("progressive", [](Spec &s) { s.progressive = true; });
     row("arithmetic", [](Spec &s) { s.arithmetic = true; });
     row("restarts", [](Spec &s) { s.restart = 2; });
-    // libjpeg writes the Adobe marker with these two, by which inks are stored inverted: 255 is none.
+    // libjpeg writes the Adobe marker with these two, which means inverted inks: 255 is none.
     row("CMYK", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.lumaSampling = 1; });
     row("YCCK", [](Spec &s) { s.in = JCS_CMYK, s.stored = JCS_YCCK, s.lumaSampling = 1; });
     row("CMYK with a profile", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.hasInkProfile = true; });
@@ -134,16 +134,16 @@ void tst_Jpeg::readsWhatLibjpegDecodes()
     QCOMPARE(Difference(*bitmap, expected, 0.02), QString());
 }
 
-void tst_Jpeg::oddEnds()
+void tst_Jpeg::bytesAfterEnd()
 {
-    QByteArray metric = Encode(Spec()); // JFIF: unit and densities stand behind the version
+    QByteArray metric = Encode(Spec()); // JFIF: unit and densities follow the version
     GFL_FILE_INFORMATION info;
     LoadFromMemory(metric.replace(metric.indexOf("JFIF") + 7, 5, QByteArray("\2\0\x64\0\x32", 5)), nullptr,
                    LoadParams(), &info);
-    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // of 100 and 50 a centimeter
+    QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // from 100 and 50 per centimeter
     const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
     const BitmapPtr whole = LoadFromMemory(file);
-    for (const QByteArray &odd : {file + QByteArray(1000, 'x'),        // bytes behind the end
+    for (const QByteArray &odd : {file + QByteArray(1000, 'x'),        // bytes after the end
                                   body + QByteArray(50, '\x11') + end, // junk before the end
                                   body, file + file}) {
         const BitmapPtr bitmap = LoadFromMemory(odd);
@@ -156,22 +156,22 @@ void tst_Jpeg::damaged()
 {
     const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; }));
     for (const QByteArray &file : {Encode(Spec()), Encode(With([](Spec &s) { s.progressive = true; })), restarts})
-        QCOMPARE(BadCut(file, file.size() - 2), QString()); // nobody needs the end marker
+        QCOMPARE(BadCut(file, file.size() - 2), QString()); // the end marker is not needed
 
-    // An end marker in the middle of the picture: what follows would be grey.
+    // An end marker in the middle of the picture: the rest would be gray.
     QByteArray file = Encode(Spec());
     int error = 0;
     LoadFromMemory(file.replace(file.size() - 200, 2, "\xFF\xD9"), &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 
-    // A piece between two restart markers is missing, or a marker is: what follows would be at the wrong place.
+    // A piece between two restart markers is missing, or a marker is: the rest would be misplaced.
     const int third = restarts.indexOf("\xFF\xD2"), fourth = restarts.indexOf("\xFF\xD3", third);
     QVERIFY(third > 0 && fourth > third);
     for (const int missing : {fourth - third, 2}) {
         LoadFromMemory(QByteArray(restarts).remove(third, missing), &error);
         QVERIFY2(error == GFL_ERROR_FILE_READ, QByteArray::number(missing) + " bytes");
     }
-    LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker of another number
+    LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker with a different number
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 }
 
@@ -188,7 +188,7 @@ void tst_Jpeg::writes()
                 const BitmapPtr held = Converted(*bitmap, type == GFL_GREY ? GFL_GREY : GFL_RGB, 8);
                 QCOMPARE(Difference(*read, *held, 0.015), QString());
             }
-    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // the hardest there is to pack
+    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // the hardest to compress
     for (int quality : {0, 50, 95})
         QVERIFY(SavedBytes(*noise, SaveParams("jpeg", -1, quality)).size()
                 < SavedBytes(*noise, SaveParams("jpeg", -1, quality + 5)).size());

@@ -1,4 +1,4 @@
-// What all formats have in common: delivered forms, thumbnails, formats by name, errors, limits, memory.
+// Common to all formats: delivered forms, thumbnails, formats by name, errors, limits, memory.
 #include "Bitmaps.h"
 #include "DngFile.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 std::atomic<long> blocksAlive{0};
 std::atomic<unsigned long> largestBlock{0}, blockLimit{~0ul};
-int marker = 0; // its address is what the callbacks are given
+int marker = 0; // the callbacks receive its address
 
 void *CountingAlloc(unsigned long size, void *userData)
 {
@@ -43,7 +43,7 @@ void CountingFree(void *pointer, void *)
     std::free(pointer);
 }
 
-/// A TIFF of one strip that holds 100 bytes, whatever its numbers claim; @p more fields go over those.
+/// Returns a TIFF of one strip that holds 100 bytes, whatever its numbers claim; @p more fields replace those.
 QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap<int, quint32> &more = {})
 {
     QMap<int, quint32> fields = {{256, width}, {257, height}, {258, 8},      {259, compression}, {262, 2},
@@ -158,7 +158,7 @@ void tst_Loading::thumbnails()
         QCOMPARE(QSize(info.Width, info.Height), size);
         QCOMPARE(QSize(got->Width, got->Height), expected);
         QCOMPARE(int(got->Type), int(GFL_RGBA));
-        // The picture is a ramp, so that a reduced pixel has the value of the ramp at its middle.
+        // The picture is a ramp, so a reduced pixel has the ramp's value at its center.
         const QSize &whole = size;
         const auto middle = [&](int x, int y, int c) {
             const int column = int((x + 0.5) * whole.width() / got->Width),
@@ -208,7 +208,7 @@ void tst_Loading::embeddedPreviews()
             image->writeMetadata();
         } else {
             TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "w");
-            const std::uint64_t none = 0; // libtiff fills it in
+            const std::uint64_t none = 0; // filled in by libtiff
             if (embedding == BelowPage)
                 TIFFSetField(tiff, TIFFTAG_SUBIFD, 1, &none);
             if (embedding == BeforePage)
@@ -274,7 +274,7 @@ void tst_Loading::cutTiff()
     const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
     for (int compression : {0, 2, 4}) {
         const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
-        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff needs no offset of a next directory
+        QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of a next directory
     }
 }
 
@@ -285,7 +285,7 @@ void tst_Loading::absurdSizes()
     QVERIFY(frame > 0);
     jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4)); // 65,500 x 65,500
     const QByteArray png = SavedBytes(*SmoothBitmap(16, 16, GFL_GREY, 8), SaveParams("png"));
-    const auto pngOf = [&png](const char *sideAndChecksum) { // of a square, 8 bits of grey
+    const auto pngOf = [&png](const char *sideAndChecksum) { // of a square, 8-bit gray
         const QByteArray hex(sideAndChecksum), header = hex.left(8) + hex.left(8) + "0800000000" + hex.mid(8);
         return QByteArray(png).replace(16, 17, QByteArray::fromHex(header));
     };
@@ -317,7 +317,7 @@ void tst_Loading::absurdSizes()
 
 void tst_Loading::hugeFloatPicture()
 {
-    // 400 megapixels of float RGB, 4.8 GB, in a file that is as long but has no blocks on disk.
+    // 400 megapixels of float RGB, 4.8 GB, in a sparse file of that size.
     const QString path = m_folder("huge.tif");
     const QByteArray header = TiffOf(20000, 20000, 1, {{258, 32}, {339, 3}});
     QVERIFY(WriteBytes(path, header));
@@ -354,7 +354,7 @@ void tst_Loading::allocator()
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
 }
 
-// One row for each format, and nobody else's list beside it.
+// The formats come from one table, without a second list elsewhere.
 void tst_Loading::formats()
 {
     QByteArrayList types;

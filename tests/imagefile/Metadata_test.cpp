@@ -1,4 +1,4 @@
-// Metadata through the layer, with Exiv2 as witness of what went in and came out.
+// Metadata through the layer, with Exiv2 as reference for input and output.
 #include "Bitmaps.h"
 #include "DngFile.h"
 #include "NoteFile.h"
@@ -24,9 +24,9 @@ Exiv2::Image::AutoPtr OpenImage(const QByteArray &file)
 Exiv2::ExifData ExifOf(const QString &path)
 {
     const QByteArray file = ReadBytes(path);
-    if (file.startsWith("\x89PNG") && file.count("eXIf") != 1) // there may be one at most
+    if (file.startsWith("\x89PNG") && file.count("eXIf") != 1) // at most one is allowed
         return {};
-    // Exiv2 passes over this chunk, which is a TIFF
+    // Exiv2 skips this chunk, which is a TIFF
     return OpenImage(file.startsWith("\x89PNG") ? file.mid(file.indexOf("eXIf") + 4) : file)->exifData();
 }
 
@@ -44,7 +44,7 @@ QByteArray ValueBytes(const QString &path, const char *key)
     return found == exif.end() ? QByteArray() : BytesOf(*found);
 }
 
-/// What of a file's EXIF is to be found in every file made of it.
+/// Returns the values of a file's EXIF that every copy must contain.
 Values CarriedValues(const QString &path)
 {
     Values values;
@@ -75,7 +75,7 @@ Exiv2::ExifData CommonExif(const char *make)
     exif["Exif.Image.XResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.YResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.ResolutionUnit"] = uint16_t(2);
-    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't carried, so that all else moves
+    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't carried, so that everything else moves
     exif["Exif.Image.Artist"] = "J\xC3\xBCrgen";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(10, 2500);
     exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10);
@@ -118,7 +118,7 @@ Exiv2::ExifData ExifWith(Note note)
     return exif;
 }
 
-/// An RGB profile as ICC.1:2010 wants its header, with one tag of 3,000 bytes.
+/// Returns an RGB profile with a header as in ICC.1:2010 and one tag of 3,000 bytes.
 QByteArray Profile()
 {
     QByteArray profile(3144, '\0');
@@ -130,7 +130,7 @@ QByteArray Profile()
     return profile.replace(128, 16, QByteArray("\0\0\0\1cprt\0\0\0\x90\0\0\x0B\xB8", 16));
 }
 
-/// Data sets of text, of bytes with zeroes, repeated, empty, and one in the long form.
+/// Returns data sets of text, of bytes with zeros, repeated, empty, and one in the long form.
 QByteArray Iptc()
 {
     QByteArray iptc;
@@ -156,13 +156,13 @@ constexpr char kXmp[] =
     "a:Lens='EF50mm f/1.8 II'/></rdf:RDF></x:xmpmeta>"
     "<?xpacket end='w'?>";
 
-/// Puts APP13 segments with the IPTC resource behind the start of a JPEG. Exiv2 would write its own form of IPTC.
+/// Inserts APP13 segments with the IPTC resource after the start of a JPEG. Exiv2 would write its own form of IPTC.
 QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
 {
     const QByteArray resource = "8BIM" + BigEndian(0x04040000, 4) + BigEndian(quint64(iptc.size()), 4) + iptc
         + QByteArray(iptc.size() % 2, '\0');
     QByteArray segments;
-    for (int at = 0; at < resource.size(); at += 30000) { // resources may go over several segments
+    for (int at = 0; at < resource.size(); at += 30000) { // resources may span several segments
         const QByteArray payload = QByteArray("Photoshop 3.0\0", 14) + resource.mid(at, 30000);
         segments += BigEndian(0xFFED, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload;
     }
@@ -177,7 +177,7 @@ QByteArray WrittenBy(Exiv2::Image &image)
     return QByteArray(reinterpret_cast<const char *>(bytes.pData_), static_cast<int>(bytes.size_));
 }
 
-/// A raw file with all blocks. With EXIF the other blocks are not as they were: Exiv2 writes them in its own form.
+/// Returns a raw file with all blocks. With EXIF the other blocks change: Exiv2 writes them in its own form.
 QByteArray RawSource(const Exiv2::ExifData &exif)
 {
     const QByteArray file =
@@ -188,7 +188,7 @@ QByteArray RawSource(const Exiv2::ExifData &exif)
     return exif.empty() ? file : WrittenBy(*image);
 }
 
-/// A JPEG with all blocks and an embedded preview.
+/// Returns a JPEG with all blocks and an embedded preview.
 QByteArray JpegSource(Exiv2::ExifData exif, const QByteArray &profile = Profile())
 {
     const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
@@ -209,7 +209,7 @@ BitmapPtr LoadMetadata(const QString &path)
     return BitmapPtr(bitmap);
 }
 
-/// Block by block, as the image kernel does.
+/// Copies block by block, like the image kernel.
 void CarryOver(const GFL_BITMAP *source, GFL_BITMAP *target)
 {
     if (gflBitmapHasICCProfile(source))
@@ -226,7 +226,7 @@ void CarryOver(const GFL_BITMAP *source, GFL_BITMAP *target)
     }
 }
 
-/// A picture with the blocks of the file @p source.
+/// Returns a picture with the blocks of the file @p source.
 BitmapPtr Picture(const QString &source, int type = GFL_RGB, int bits = 8)
 {
     BitmapPtr bitmap = SmoothBitmap(40, 30, type, bits);
@@ -266,7 +266,7 @@ private Q_SLOTS:
     void resolution();
     void damagedMetadata();
     void exifTooLargeForJpeg();
-    void structureStaysBehind();
+    void structureIsNotCarried();
 
 private:
     void CarryBlocks(Note note, const QByteArray &kind);
@@ -283,7 +283,7 @@ void tst_Metadata::initTestCase()
 
 void tst_Metadata::blocksAreCarried()
 {
-    const char *const formats[] = {"raw", "tiff", "jpeg", "png", "psd"}; // the first: of a raw file to TIFF
+    const char *const formats[] = {"raw", "tiff", "jpeg", "png", "psd"}; // the first: from a raw file to TIFF
     for (int i = 0; i < 20; ++i)
         CarryBlocks(Note(i / 5), formats[i % 5]);
 }
@@ -315,7 +315,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
                      qPrintable(value.key() + QLatin1Char(' ') + QString::fromLatin1(after.value(value.key()))));
         QCOMPARE(after.size(), before.size());
         QVERIFY(ValueBytes(to, "Exif.Thumbnail.JPEGInterchangeFormat").isEmpty());
-        if (format == "tiff" && !isRaw && note != CanonNote) // a Canon note counts from the file's begin
+        if (format == "tiff" && !isRaw && note != CanonNote) // a Canon note's offsets are relative to the file
             QCOMPARE(ValueBytes(to, "Exif.Photo.MakerNote"), ValueBytes(source, "Exif.Photo.MakerNote"));
         const BitmapPtr read = Load(to);
         QVERIFY2(read, gflLastErrorText());
@@ -325,29 +325,30 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
         if (!hasBlocks)
             continue;
         QCOMPARE(IccOf(to), Profile());
-        // The bytes of IPTC, by other means than the layer's.
+        // The bytes of IPTC, read independently of the layer.
         QByteArray bytes = ReadBytes(to);
-        if (format == "jpeg") // take the heads of further segments out
+        if (format == "jpeg") // remove the headers of further segments
             for (int at = bytes.indexOf("Photoshop 3.0", 100); at > 0; at = bytes.indexOf("Photoshop 3.0", at))
                 bytes.remove(at - 4, 18);
-        if (format == "png") { // hexadecimals, behind a key and the method of compression; qUncompress wants a length
+        if (format == "png") { // hexadecimal, after a key and the compression method; qUncompress wants a length
             const int text = bytes.indexOf("Raw profile type iptc") + 23;
             bytes = QByteArray::fromHex(qUncompress(QByteArray("\0\2\0\0", 4) + bytes.mid(text)).mid(14));
         }
-        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()), Iptc()); // the whole takes long to search
+        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()), Iptc()); // the whole takes too long
     }
 }
 
 void tst_Metadata::iptcEntries()
 {
-    // As ImageMagick 6 writes a PNG: IPTC as it is, or in a block of Photoshop's resources.
+    // The two forms of ImageMagick 6 in a PNG: IPTC itself, or in a block of Photoshop's resources.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
     const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
-        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // which nobody checks
+        const QByteArray chunk =
+            BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // checksums aren't verified
         QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
         GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
         QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
@@ -382,7 +383,7 @@ void tst_Metadata::notesOfCameras()
             const int found = file.indexOf(note, block);
             QVERIFY2(kind.result != NoteKind::Stays || found == block + int(place), which);
             QVERIFY2(kind.result != NoteKind::Moves || found > 0, which);
-            // Exiv2 reads wrong bytes where the offsets are wrong or the byte order is no longer that of the file.
+            // Exiv2 reads wrong bytes if the offsets are wrong or the byte order has changed.
             const bool isMisread = kind.result == NoteKind::Stays && (kind.shift != 0 || kind.isBigEndian);
             QVERIFY2(isMisread || CarriedValues(to) == before, which);
         }
@@ -391,7 +392,7 @@ void tst_Metadata::notesOfCameras()
 
 void tst_Metadata::unreadableEntries()
 {
-    // A first directory of a text without characters, a type that doesn't exist, and an orientation.
+    // A first directory with a text without characters, a type that doesn't exist, and an orientation.
     const QByteArray exif("II*\0\x08\0\0\0\3\0"
                           "\x0E\1\2\0\0\0\0\0\0\0\0\0"
                           "\x0F\1\0\0\4\0\0\0Acme"
@@ -421,7 +422,7 @@ void tst_Metadata::profileOfTheRightKind()
         GFL_SAVE_PARAMS params = SaveParams("tiff");
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY2(IccOf(m_folder("a.tif")).isEmpty() != profile.isKept, profile.space);
-        params.Flags = 0; // only when asked for
+        params.Flags = 0; // only on request
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
@@ -431,7 +432,7 @@ void tst_Metadata::xmp()
 {
     const QString source = m_folder("source.jpg");
     QVERIFY(XmpOf(source).contains("dc:format=\"image/jpeg\"") || XmpOf(source).contains("dc:format='image/jpeg'"));
-    // A picture that was loaded with its metadata takes it along.
+    // A picture loaded with its metadata keeps it.
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     QVERIFY(bitmap && gflBitmapHasXMP(bitmap.get()) && gflBitmapHasEXIF(bitmap.get()));
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
@@ -441,20 +442,20 @@ void tst_Metadata::xmp()
     QCOMPARE(Save(m_folder("none"), *SmoothBitmap(4, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
     const BitmapPtr none = LoadMetadata(m_folder("none"));
     QVERIFY(!gflBitmapHasXMP(none.get()) && !gflBitmapHasEXIF(none.get()) && !gflBitmapHasIPTC(none.get()));
-    // Metadata alone come without pixels, and can't be saved as a picture.
+    // Metadata alone has no pixels and can't be saved as a picture.
     const BitmapPtr metadata = LoadMetadata(source);
     QVERIFY(metadata && !metadata->Data && SavedBytes(*metadata, SaveParams("tiff")).isEmpty());
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
 }
 
-/// Streams of the process group digits and write commas, as those of a German host may.
+/// Streams of the process group digits and write commas, as a German host's may.
 struct GermanNumbers : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
 
-/// Raw and printed text of the last item of a key in a file, with a bar between.
+/// Returns raw and printed text of the last item of a key in a file, separated by a bar.
 QByteArray ListItem(const QString &path, const QByteArray &key)
 {
     GFL_METADATA_LIST *list = nullptr;
@@ -480,7 +481,7 @@ void tst_Metadata::metadataList()
     exif["Exif.NikonLd2.LensIDNumber"] = "165";
     QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(exif)));
     QVERIFY(WriteBytes(m_folder("a.dng"), RawSource({})));
-    // A CR3 is boxes; CMT1 and CMT2 hold the first directory and that of EXIF as TIFFs of their own.
+    // A CR3 consists of boxes; CMT1 and CMT2 hold the first directory and that of EXIF as separate TIFFs.
     const auto box = [](const QByteArray &kind, const QByteArray &content) {
         return BigEndian(quint64(content.size()) + 8, 4) + kind + content;
     };
@@ -489,7 +490,7 @@ void tst_Metadata::metadataList()
     QVERIFY(WriteBytes(m_folder("a.cr3"),
                        box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16))
                            + box("moov", box("uuid", mark + first + second)) + box("mdat", QByteArray(64, 'm'))));
-    // LibRaw knows this camera by the size of its files, which hold nothing but pixels.
+    // LibRaw recognizes this camera by the size of its files, which hold only pixels.
     QVERIFY(WriteBytes(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0')));
     QVERIFY(WriteBytes(m_folder("a.txt"), "no picture at all"));
     const struct {
@@ -501,7 +502,7 @@ void tst_Metadata::metadataList()
         {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
         {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
         {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
-        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the prefix in the file
+        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the file's prefix
         {"a.jpg", "LibRaw.Make", ""},
         {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
         {"a.cr3", "Exif.Image.Orientation", "6|right, top"},
@@ -512,12 +513,12 @@ void tst_Metadata::metadataList()
     for (const auto &row : rows)
         QCOMPARE(QByteArray(row.key) + ListItem(m_folder(row.file), row.key), QByteArray(row.key) + row.expected);
     std::locale::global(before);
-    QVERIFY(ListItem(m_folder("a.txt"), "").contains("no known format"));
+    QVERIFY(ListItem(m_folder("a.txt"), "").contains("unknown format"));
 }
 
 void tst_Metadata::resolution()
 {
-    // The bitmap's own resolution wins over that of the EXIF it was given.
+    // The bitmap's resolution takes precedence over that of its EXIF.
     for (int dpi : {0, 72}) {
         const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
         bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
@@ -537,7 +538,7 @@ void tst_Metadata::damagedMetadata()
     QCOMPARE(QByteArray(gflLastWarningText()), QByteArray());
     QVERIFY(LoadFromMemory(QByteArray(good).replace(exif, 4, "????"), nullptr, LoadParams(GFL_LOAD_METADATA)));
     QVERIFY(QByteArray(gflLastWarningText()).contains("damaged metadata"));
-    for (int at = exif; at < exif + 300; ++at) { // pictures with damaged metadata are pictures
+    for (int at = exif; at < exif + 300; ++at) { // pictures with damaged metadata still load
         const BitmapPtr bitmap = LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, char(~good[at]))),
                                                 nullptr, LoadParams(GFL_LOAD_METADATA));
         QVERIFY2(bitmap, gflLastErrorText());
@@ -548,7 +549,7 @@ void tst_Metadata::damagedMetadata()
 
 void tst_Metadata::exifTooLargeForJpeg()
 {
-    QByteArray note(70000, 'n'), maker("Acme", 5); // no segment of a JPEG holds that
+    QByteArray note(70000, 'n'), maker("Acme", 5); // too large for a JPEG segment
     GFL_EXIF_ENTRYEX second = {37500,  7, GFL_EXIF_CAMERA, 0, 0, 70000, reinterpret_cast<std::uint8_t *>(note.data()),
                                nullptr};
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 5, reinterpret_cast<std::uint8_t *>(maker.data()), &second};
@@ -562,8 +563,8 @@ void tst_Metadata::exifTooLargeForJpeg()
     }
 }
 
-// A source in tiles, with a color map: none of that goes into a result of strips.
-void tst_Metadata::structureStaysBehind()
+// A source in tiles, with a color map: none of that may reach a result of strips.
+void tst_Metadata::structureIsNotCarried()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");
     TIFF *tiff = TIFFOpen(source.toUtf8().constData(), "w");

@@ -12,10 +12,10 @@ QByteArray Number(quint32 number, int bytes, bool isBigEndian)
 
 struct Field {
     quint16 tag, type;
-    QByteArray value; // as it stands in the file
+    QByteArray value; // as stored in the file
 };
 
-/// A directory that begins @p at bytes from where its offsets count, followed by its values.
+/// Returns a directory that begins @p at bytes from the base of its offsets, followed by its values.
 QByteArray Directory(const QVector<Field> &fields, quint32 at, bool big)
 {
     QByteArray directory = Number(quint32(fields.size()), 2, big), values;
@@ -32,7 +32,7 @@ QByteArray Directory(const QVector<Field> &fields, quint32 at, bool big)
     return directory + Number(0, 4, big) + values;
 }
 
-/// Tags of texts, and one of fractions or shorts, that exist in the notes of each maker.
+/// Returns tags of texts, and one of fractions or shorts, that exist in the notes of each maker.
 QVector<Field> FieldsOf(const NoteKind &kind)
 {
     const bool big = kind.isBigEndian;
@@ -110,7 +110,7 @@ QByteArray NoteOf(const NoteKind &kind, quint32 place)
         at = kind.base == NoteKind::Note ? mark : 8;
     at += quint32(kind.shift);
     QVector<Field> fields = FieldsOf(kind);
-    if (kind.name == QByteArray("Olympus E-1")) { // a directory as bytes at the end, with offsets of its own
+    if (kind.name == QByteArray("Olympus E-1")) { // a directory stored as bytes at the end, with separate offsets
         const QVector<Field> nested = {{0x100, 2, QByteArray("D4040\0", 6)},
                                        {0x101, 2, QByteArray("AB0123456789\0", 13)}};
         fields.append({0x2010, 7, Directory(nested, 0, kind.isBigEndian)});
@@ -125,8 +125,8 @@ QByteArray ExifWithNote(const NoteKind &kind, quint32 *place)
     const bool big = kind.isBigEndian;
     const QByteArray make = QByteArray(kind.make) + '\0',
                      head = (big ? "MM" : "II") + Number(42, 2, big) + Number(8, 4, big);
-    // Maker and a pointer, then the EXIF directory, a value of its own first. YCbCrPositioning (531) isn't carried, so
-    // that all else moves.
+    // Maker and a pointer, then the EXIF directory, with a value that only this source has first. YCbCrPositioning
+    // (531) isn't carried, so everything else moves.
     const auto first = [&](quint32 exifAt) {
         return Directory({{271, 2, make},
                           {272, 2, QByteArray("Model of a camera\0", 18)},

@@ -1,4 +1,4 @@
-// PNG with libpng as witness: every kind of file it writes, profiles that it stops at, files that are cut.
+// PNG with libpng as reference: every kind of file it writes, profiles that it rejects, truncated files.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -11,7 +11,7 @@ constexpr int kWidth = 13, kHeight = 9;
 constexpr int kKeySample = 1; // the stored value that a tRNS chunk makes transparent
 
 struct Spec {
-    int colour = PNG_COLOR_TYPE_RGB;
+    int color = PNG_COLOR_TYPE_RGB;
     int bits = 8;
     bool interlaced = false;
     bool transparency = false; // a tRNS chunk
@@ -19,11 +19,11 @@ struct Spec {
 
     int Samples() const
     {
-        const bool isColour = colour != PNG_COLOR_TYPE_PALETTE && (colour & PNG_COLOR_MASK_COLOR) != 0;
-        return (isColour ? 3 : 1) + ((colour & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
+        const bool isColor = color != PNG_COLOR_TYPE_PALETTE && (color & PNG_COLOR_MASK_COLOR) != 0;
+        return (isColor ? 3 : 1) + ((color & PNG_COLOR_MASK_ALPHA) != 0 ? 1 : 0);
     }
     int Greatest() const { return (1 << bits) - 1; }
-    /// Any function of the place; all samples of a pixel are the key now and then.
+    /// Returns any function of the position; sometimes all samples of a pixel are the key.
     int Sample(int x, int y, int c) const
     {
         return (x + y) % 5 == 0 ? kKeySample : (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
@@ -42,7 +42,7 @@ QByteArray Encode(const Spec &spec)
             static_cast<QByteArray *>(png_get_io_ptr(p))->append(reinterpret_cast<char *>(data), int(size));
         },
         nullptr);
-    png_set_IHDR(png, info, kWidth, kHeight, spec.bits, spec.colour,
+    png_set_IHDR(png, info, kWidth, kHeight, spec.bits, spec.color,
                  spec.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, 0, 0);
     png_color palette[256];
     png_byte opacity[256];
@@ -50,7 +50,7 @@ QByteArray Encode(const Spec &spec)
         palette[i] = {png_byte(255 - i), png_byte(i / 2), png_byte(i)};
         opacity[i] = i == kKeySample ? 0 : 255;
     }
-    if (spec.colour == PNG_COLOR_TYPE_PALETTE)
+    if (spec.color == PNG_COLOR_TYPE_PALETTE)
         png_set_PLTE(png, info, palette, spec.Greatest() + 1);
     const png_color_16 key = {0, kKeySample, kKeySample, kKeySample, kKeySample};
     if (spec.transparency)
@@ -76,19 +76,19 @@ QByteArray Encode(const Spec &spec)
     return file;
 }
 
-/// Channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
+/// Returns channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
 double Expected(const Spec &spec, int x, int y, int c)
 {
-    const bool isColour = (spec.colour & PNG_COLOR_MASK_COLOR) != 0;
-    const int sample = spec.Sample(x, y, isColour && spec.colour != PNG_COLOR_TYPE_PALETTE ? c % 3 : 0);
-    if (c == 3 && (spec.colour & PNG_COLOR_MASK_ALPHA) != 0)
+    const bool isColor = (spec.color & PNG_COLOR_MASK_COLOR) != 0;
+    const int sample = spec.Sample(x, y, isColor && spec.color != PNG_COLOR_TYPE_PALETTE ? c % 3 : 0);
+    if (c == 3 && (spec.color & PNG_COLOR_MASK_ALPHA) != 0)
         return spec.Sample(x, y, spec.Samples() - 1) / double(spec.Greatest());
     bool isKey = true;
     for (int s = 0; s < spec.Samples(); ++s)
         isKey = isKey && spec.Sample(x, y, s) == kKeySample;
     if (c == 3)
         return spec.transparency && isKey ? 0.0 : 1.0;
-    if (spec.colour == PNG_COLOR_TYPE_PALETTE)
+    if (spec.color == PNG_COLOR_TYPE_PALETTE)
         return (c == 0 ? 255 - sample : c == 1 ? sample / 2 : sample) / 255.0;
     return sample / double(spec.Greatest());
 }
@@ -99,7 +99,7 @@ class tst_Png : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void readsWhatLibpngWrites();
-    void badProfileDoesNoHarm();
+    void badProfileIsIgnored();
     void damaged();
 
 private:
@@ -109,7 +109,7 @@ private:
 void tst_Png::readsWhatLibpngWrites()
 {
     const struct {
-        int colour;
+        int color;
         QVector<int> depths;
         bool transparency;
         int type;
@@ -124,7 +124,7 @@ void tst_Png::readsWhatLibpngWrites()
                 {PNG_COLOR_TYPE_RGB_ALPHA, {8, 16}, false, GFL_RGBA}};
     for (const auto &row : rows)
         for (int i = 0; i < 2 * row.depths.size(); ++i)
-            Read({row.colour, row.depths[i / 2], i % 2 != 0, row.transparency, {}}, row.type);
+            Read({row.color, row.depths[i / 2], i % 2 != 0, row.transparency, {}}, row.type);
 }
 
 void tst_Png::Read(const Spec &spec, int type)
@@ -137,18 +137,18 @@ void tst_Png::Read(const Spec &spec, int type)
         QCOMPARE(int(read->Type), type);
         QCOMPARE(int(read->BitsPerComponent), flags != 0 && spec.bits == 16 ? 16 : 8);
         const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
-        const QString form = QStringLiteral("colour %1, %2 bits: ").arg(spec.colour).arg(spec.bits);
+        const QString form = QStringLiteral("color %1, %2 bits: ").arg(spec.color).arg(spec.bits);
         QCOMPARE(form + Difference(*read, expected, flags ? 1e-9 : 0.51 / 255), form);
     }
     QCOMPARE(QByteArray(info.Description), QByteArray(spec.interlaced ? "PNG interlaced" : "PNG"));
-    const bool isPalette = spec.colour == PNG_COLOR_TYPE_PALETTE, isColour = (spec.colour & PNG_COLOR_MASK_COLOR) != 0;
+    const bool isPalette = spec.color == PNG_COLOR_TYPE_PALETTE, isColor = (spec.color & PNG_COLOR_MASK_COLOR) != 0;
     QCOMPARE(int(info.ComponentsPerPixel), (isPalette ? 3 : spec.Samples()) + (spec.transparency ? 1 : 0));
-    QCOMPARE(int(info.ColorModel), int(isPalette ? GFL_CM_PALETTE : isColour ? GFL_CM_RGB : GFL_CM_GREY));
+    QCOMPARE(int(info.ColorModel), int(isPalette ? GFL_CM_PALETTE : isColor ? GFL_CM_RGB : GFL_CM_GREY));
     QCOMPARE(int(info.BitsPerComponent), spec.bits == 16 ? 16 : 8);
     QCOMPARE(QSize(info.Width, info.Height), QSize(kWidth, kHeight));
 }
 
-void tst_Png::badProfileDoesNoHarm()
+void tst_Png::badProfileIsIgnored()
 {
     for (const QByteArray &chunk : {QByteArray("junk"), QByteArray("name\0\0not zlib", 14), QByteArray("n\0\0", 3),
                                     "n" + QByteArray(2, '\0') + qCompress(QByteArray(80 << 20, '\0')).mid(4)}) {
@@ -163,7 +163,7 @@ void tst_Png::damaged()
 {
     for (bool interlaced : {false, true}) {
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
-        const int end = file.size() - 12; // without the end chunk it is whole
+        const int end = file.size() - 12; // complete even without the end chunk
         QCOMPARE(BadCut(file, end), QString());
         for (int at = 8; at < end; ++at) // any bit matters: there are checksums
             QVERIFY2(!LoadFromMemory(QByteArray(file).replace(at, 1, QByteArray(1, char(file[at] ^ 4)))),

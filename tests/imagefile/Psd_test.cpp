@@ -1,4 +1,4 @@
-// Photoshop files that are put together byte by byte.
+// Photoshop files built byte by byte.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int kWidth = 7, kHeight = 5;
-constexpr double kCyan = 0.8; // all there is of ink in a file with a profile
+constexpr double kCyan = 0.8; // the only ink in a file with a profile
 
 enum Mode { Binary = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Multichannel = 7, Duotone = 8, Lab = 9 };
 
@@ -19,13 +19,13 @@ struct Spec {
     int bits = 8;
     bool isPacked = false;
     bool isLarge = false;
-    int layers = 0; // as the file counts them: negative when the fourth channel is opacity
+    int layers = 0; // the file's count: negative if the fourth channel is opacity
     QByteArray profile;
 
-    /// Any function of the place, except where colours are known or inks have a profile.
+    /// Returns any function of the position, except for known colors and inks with a profile.
     double Share(int x, int y, int c) const
     {
-        const double *lab = kLabColours[x % kLabCount].lab;
+        const double *lab = kLabColors[x % kLabCount].lab;
         if (mode == Lab)
             return c == 0 ? lab[0] / 100 : (lab[c] + 128) / 255;
         if (mode == Cmyk && !profile.isEmpty())
@@ -76,7 +76,7 @@ QByteArray Encode(const Spec &spec)
     for (int c = 0; c < spec.channels; ++c)
         for (int y = 0; y < kHeight; ++y) {
             QByteArray row = Row(spec, y, c);
-            if (spec.isPacked) // a byte that stands for nothing, the first one as a run of two where it repeats, the
+            if (spec.isPacked) // a no-op byte; the first byte as a run of two if it repeats, then the
                                // rest
                 row = row[0] == row[1] ? QByteArray("\x80\xFF", 2) + row[0] + char(row.size() - 3) + row.mid(2)
                                        : QByteArray(1, char(row.size() - 1)) + row;
@@ -86,7 +86,7 @@ QByteArray Encode(const Spec &spec)
     return file + (spec.isPacked ? sizes : QByteArray()) + pixels;
 }
 
-/// What is blended with white has at least the white that the opacity leaves.
+/// Returns whether blended pixels contain at least the white that the opacity allows.
 bool IsBlended(const Spec &spec, int x, int y)
 {
     const double levels = spec.bits == 32 ? 1e6 : (1 << spec.bits) - 1;
@@ -94,7 +94,7 @@ bool IsBlended(const Spec &spec, int x, int y)
     return std::min({level(0), level(1), level(2)}) + level(3) >= std::lround(levels);
 }
 
-/// Colour @p c of a pixel by the plain formulas.
+/// Returns color @p c of a pixel by the plain formulas.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const double share = spec.Share(x, y, c);
@@ -109,8 +109,8 @@ double Expected(const Spec &spec, int x, int y, int c)
     case Duotone:
         return spec.Share(x, y, c == 3 ? 1 : 0);
     case Lab:
-        return kLabColours[x % kLabCount].rgb[c];
-    case Cmyk: // stored is what the inks leave
+        return kLabColors[x % kLabCount].rgb[c];
+    case Cmyk: // stores the paper that the inks leave
         if (!spec.profile.isEmpty())
             return GreyOfCyan(kCyan);
         return c == 3 ? spec.Share(x, y, 4) : share * spec.Share(x, y, 3);
@@ -170,7 +170,7 @@ void tst_Psd::Read(const Spec &spec, int type)
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
     QCOMPARE(int(info.ColorModel), models[spec.mode]);
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
-    // Taking white out magnifies the rounding of both numbers that are stored by up to a hundred.
+    // Removing white magnifies the rounding of both stored numbers by up to a hundred.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
         : !spec.profile.isEmpty()             ? 0.01
                                               : 1.51 / levels * (spec.layers < 0 ? 100 : 1);
@@ -179,8 +179,8 @@ void tst_Psd::Read(const Spec &spec, int type)
     QCOMPARE(form + Difference(*read, expected, tolerance), form);
 }
 
-// Pictures with opacity are written as a layer, which is read, and blended with white for others: the same but for
-// rounding. A layer that isn't opaque can't stand for the picture.
+// Pictures with opacity are written as a layer, which is read, and blended with white for other programs: equal except
+// for rounding. A layer that isn't opaque can't replace the picture.
 void tst_Psd::mergedPicture()
 {
     for (const int bits : {8, 16, 32})
@@ -193,7 +193,7 @@ void tst_Psd::mergedPicture()
             const QByteArray name = QByteArray::number(bits) + (compression ? " bits, packed" : " bits");
             QVERIFY2(exact && Difference(*exact, *bitmap).isEmpty(), name.constData());
             QVERIFY2(merged && merged->Type == GFL_RGBA, name.constData());
-            const auto expected = [&](int x, int y, int c) { // where opacity is too low, nothing can be told
+            const auto expected = [&](int x, int y, int c) { // opacity too low to compare
                 return SampleAt(*bitmap, x, y, 3) < 0.1 ? SampleAt(*merged, x, y, c) : SampleAt(*bitmap, x, y, c);
             };
             const QString difference = Difference(*merged, expected, bits == 8 ? 0.03 : 0.0003);
@@ -217,7 +217,7 @@ void tst_Psd::damaged()
         {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
         {"channels without meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
         {"no palette", 24, 2, 2, GFL_ERROR_FILE_READ},
-        {"colour data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
+        {"color data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
         {"size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},

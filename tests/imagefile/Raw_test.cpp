@@ -1,4 +1,4 @@
-// Camera raw files: development and its settings, what counts as raw.
+// Camera raw files: development, settings, and recognition.
 #include "Bitmaps.h"
 #include "DngFile.h"
 
@@ -11,7 +11,7 @@ class tst_Raw : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void settings();
-    void whatIsRaw();
+    void recognition();
     void damagedFiles();
 
 private:
@@ -25,13 +25,13 @@ struct Settings {
 
 void tst_Raw::settings()
 {
-    const SensorColour field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
+    const SensorColor field = {0.1, 0.25, 0.15}, white = {1, 1, 1};
     const float nan = std::numeric_limits<float>::quiet_NaN();
     // The camera's neutral is 0.5, 1, 0.75: its balance multiplies by 2, 1, 4 / 3.
     const struct {
         const char *name;
         Settings settings;
-        SensorColour sensor, expected;
+        SensorColor sensor, expected;
     } rows[] = {
         {"camera balance", {}, field, {0.2, 0.25, 0.2}},
         {"no balance: daylight", {0, 0}, field, field},
@@ -67,7 +67,7 @@ void tst_Raw::settings()
         }
 }
 
-void tst_Raw::whatIsRaw()
+void tst_Raw::recognition()
 {
     const QByteArray dng = DngFile({64, 48}, {0.1, 0.2, 0.3}),
                      tiff = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
@@ -96,10 +96,10 @@ void tst_Raw::damagedFiles()
     for (int size = 1; size < good.size(); size += size < 7000 && size > 6000 ? 1 : 37)
         QVERIFY(!LoadFromMemory(good.left(size), &error) || size > good.size() - 60);
     const int directory = 8 + 64 * 48 * 2;
-    for (int at = directory; at < good.size(); at += 3) // an error or a picture
+    for (int at = directory; at < good.size(); at += 3) // gives an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
     QByteArray canon = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
-    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // the mark of a CR2, known without its suffix: no TIFF
+    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's mark, recognized without its suffix: not a TIFF
     QVERIFY(!LoadFromMemory(canon, &error));
     QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
     QByteArray huge = good; // 20,000 pixels wide and high, in a file of 7 KB

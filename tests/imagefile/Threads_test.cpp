@@ -1,4 +1,4 @@
-// Several threads in the layer at a time, on different files, as the preview and a batch are.
+// Several threads use the layer at once on different files, like the preview and a batch.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -10,8 +10,8 @@
 class tst_Threads : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void sideBySide();
-    void errorTextsAreTheirOwn();
+    void concurrentFiles();
+    void errorTextsArePerThread();
 
 private:
     Folder m_folder;
@@ -19,7 +19,7 @@ private:
 
 namespace {
 
-// Writes, reads back, and reads metadata and a thumbnail, again and again.
+// Writes, reads back, and reads metadata and a thumbnail, repeatedly.
 void Work(const QString &path, const char *format, unsigned seed, std::atomic<int> *failures)
 {
     for (unsigned i = 0; i < 6; ++i) {
@@ -37,7 +37,7 @@ void Work(const QString &path, const char *format, unsigned seed, std::atomic<in
 
 } // namespace
 
-void tst_Threads::sideBySide()
+void tst_Threads::concurrentFiles()
 {
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
@@ -49,7 +49,7 @@ void tst_Threads::sideBySide()
     QCOMPARE(failures.load(), 0);
 }
 
-void tst_Threads::errorTextsAreTheirOwn()
+void tst_Threads::errorTextsArePerThread()
 {
     QVERIFY(!Load(QStringLiteral("/none/here")));
     std::thread([] { Load(QStringLiteral("/none/there")); }).join();

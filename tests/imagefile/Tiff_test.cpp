@@ -1,5 +1,4 @@
-// TIFF against libtiff itself: files that libtiff writes are read right, and files that the layer writes hold what they
-// should.
+// TIFF compared with libtiff: reads files written by libtiff, and checks the contents of files written by the layer.
 #include "Bitmaps.h"
 
 #include <QtTest>
@@ -10,9 +9,9 @@
 
 namespace {
 
-constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips hang over
+constexpr int kWidth = 37, kHeight = 23; // prime, so that tiles and strips extend past the edge
 
-/// A file to be made. Samples are pseudo-random numbers of all values.
+/// A file to generate. Samples are pseudo-random over the full range.
 struct Spec {
     int bits = 8;
     int samples = 3;
@@ -33,7 +32,7 @@ struct Spec {
     bool IsLab() const { return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB; }
 };
 
-constexpr double kCyan = 0.8; // all there is of ink in a file with a profile
+constexpr double kCyan = 0.8; // the only ink in a file with a profile
 
 Spec Rgb(int bits, int samples = 3)
 {
@@ -56,22 +55,22 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-// The colors of kLabColours under D65 (x 0.3127, y 0.329), by the same formulas without the change to D50.
+// The colors of kLabColors under D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
 constexpr double kLabUnderD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
-/// As TIFF 6.0, section 23, and its technical note on ICC Lab want it.
+/// Encodes as in TIFF 6.0, section 23, and its technical note on ICC Lab.
 int LabValue(const Spec &spec, int x, int c)
 {
-    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColours[x % kLabCount].lab[c];
+    const double number = spec.isUnderD65 ? kLabUnderD65[x % kLabCount][c] : kLabColors[x % kLabCount].lab[c];
     const bool isCie = spec.photometric == PHOTOMETRIC_CIELAB;
     const int unit = spec.bits == 8 ? 1 : 256, zero = isCie ? 0 : 128 * unit;
     const int lightest = spec.bits == 8 ? 255 : isCie ? 65535 : 65280;
     return int(std::lround(c == 0 ? number / 100 * lightest : number * unit + zero));
 }
 
-/// Sample values as integers of spec.bits, or as multiples of 1/255 for floats. Opacity is sometimes 0, mostly large,
-/// and never smaller than premultiplied colours.
+/// Returns sample values as integers of spec.bits, or as multiples of 1/255 for floats. Opacity is sometimes 0, mostly
+/// large, and never less than premultiplied colors.
 quint32 Raw(const Spec &spec, int x, int y, int s)
 {
     const quint32 noise =
@@ -84,7 +83,7 @@ quint32 Raw(const Spec &spec, int x, int y, int s)
         return s == 0 ? 76 : s == 1 ? 85 : 255;
     if (spec.hasInkProfile)
         return s == 0 ? static_cast<quint32>(kCyan * greatest) : 0;
-    if (spec.compression == COMPRESSION_JPEG) // a ramp, as it likes it
+    if (spec.compression == COMPRESSION_JPEG) // a ramp, which suits JPEG
         return static_cast<quint32>(20 + 3 * x + 2 * y + 30 * s);
     const quint32 value = (noise >> 3) % (greatest == ~0u ? ~0u : greatest + 1);
     const bool premultiplied = spec.extra.contains(EXTRASAMPLE_ASSOCALPHA);
@@ -106,7 +105,7 @@ quint16 MapValue(const Spec &spec, quint32 index, int c)
     return static_cast<quint16>(spec.eightBitMap ? value : value * 257u);
 }
 
-/// One row of a strip or tile: samples of pixels x0 to x0 + count, packed as TIFF packs them.
+/// Packs one row of a strip or tile in TIFF's form: samples of pixels x0 to x0 + count.
 QByteArray PackRow(const Spec &spec, int x0, int count, int y, int plane)
 {
     QByteArray row;
@@ -210,14 +209,14 @@ bool WriteFile(const QString &path, const Spec &spec)
     return good;
 }
 
-/// What the layer should deliver, by the definitions of TIFF 6.0.
+/// Returns what the layer should deliver, by the definitions of TIFF 6.0.
 double Expected(const Spec &spec, int x, int y, int c, int channels)
 {
     const double opacity = channels == 4 ? Share(spec, x, y, spec.samples - 1) : 1.0;
     if (c == 3)
         return opacity;
     if (spec.IsLab())
-        return kLabColours[x % kLabCount].rgb[c];
+        return kLabColors[x % kLabCount].rgb[c];
     if (spec.IsLumaAndChroma())
         return c == 0 ? 1.0 : 0.0;
     if (spec.hasInkProfile)
@@ -253,7 +252,7 @@ private Q_SLOTS:
     void readsWhatLibtiffWrites_data();
     void readsWhatLibtiffWrites();
     void damagedColorMap();
-    void writtenFilesAreRight();
+    void writtenFilesAreCorrect();
 
 private:
     Folder m_folder;
@@ -290,18 +289,18 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
     row("RGB 32-bit integers", Rgb(32), GFL_RGB, 32);
     row("RGB 24-bit integers, high byte first", With(Rgb(24), bigEndian), GFL_RGB, 32);
     row("RGB 10 bits in planes", With(Rgb(10), planar), GFL_RGB, 16);
-    row("grey 2", Grey(2), GFL_GREY, 8);
-    row("grey 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
+    row("gray 2", Grey(2), GFL_GREY, 8);
+    row("gray 4, white is 0", Grey(4, PHOTOMETRIC_MINISWHITE), GFL_GREY, 8);
     row("1 bit, white is 0, fax", With(Grey(1, PHOTOMETRIC_MINISWHITE), packed(COMPRESSION_CCITTFAX4)), GFL_RGB, 8);
     row("1 bit in tiles", With(Grey(1), tiled), GFL_RGB, 8);
     row("palette 1", Grey(1, PHOTOMETRIC_PALETTE), GFL_RGB, 8);
-    row("palette 4 of 8-bit colours", With(Grey(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }),
-        GFL_RGB, 8);
+    row("palette 4 of 8-bit colors", With(Grey(4, PHOTOMETRIC_PALETTE), [](Spec &s) { s.eightBitMap = true; }), GFL_RGB,
+        8);
     row("RGBA straight 16 in planes", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
     row("RGBA premultiplied float", With(Rgb(32, 4), associated, isFloat), GFL_RGBA, 32);
     row("RGBA of unsaid kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
-    row("grey and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
+    row("gray and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
     row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);
     row("CMYK with a profile", With(Rgb(16, 4), inks, [](Spec &s) { s.hasInkProfile = true; }), GFL_RGB, 16);
     for (int bits : {8, 16})
@@ -336,7 +335,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
-    // Rounding of what isn't stored at this depth, of mixed inks and of divided colours; halves carry 11 bits.
+    // Rounding of values not stored at this depth, of mixed inks and of divided colors; halves carry 11 bits.
     const bool isInk = spec.photometric == PHOTOMETRIC_SEPARATED;
     const bool exact = spec.bits == bits && !isInk && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
     const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);
@@ -373,7 +372,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127));
 }
 
-// libtiff takes such a picture for grey.
+// libtiff treats such a picture as gray.
 void tst_Tiff::damagedColorMap()
 {
     for (const char *mode : {"wl", "wb", "wl8"}) {
@@ -388,7 +387,7 @@ void tst_Tiff::damagedColorMap()
     }
 }
 
-void tst_Tiff::writtenFilesAreRight()
+void tst_Tiff::writtenFilesAreCorrect()
 {
     const QString path = m_folder("a.tif");
     const QMap<int, int> schemes = {{0, COMPRESSION_NONE}, {2, COMPRESSION_LZW}, {4, COMPRESSION_ADOBE_DEFLATE}};

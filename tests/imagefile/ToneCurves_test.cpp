@@ -1,4 +1,4 @@
-// Tone curves of ICC profiles: formulas, tables, grey, and profiles without any.
+// Tone curves of ICC profiles: formulas, tables, gray, and profiles without curves.
 #include "Bitmaps.h"
 #include "gfl.h"
 
@@ -79,26 +79,26 @@ class tst_ToneCurves : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void curvesAreTheProfiles_data();
-    void curvesAreTheProfiles();
-    void profilesWithout();
+    void curvesMatchProfile_data();
+    void curvesMatchProfile();
+    void profilesWithoutCurves();
 };
 
-void tst_ToneCurves::curvesAreTheProfiles_data()
+void tst_ToneCurves::curvesMatchProfile_data()
 {
     QTest::addColumn<QByteArray>("profile");
     QTest::addColumn<QVector<Light>>("light");
-    QTest::addColumn<double>("tolerance"); // formulas hold numbers of 16 bits behind the point, tables of 16 in all
+    QTest::addColumn<double>("tolerance"); // formulas have 16 fractional bits, tables 16 bits in total
     QTest::newRow("sRGB") << Bytes(cmsCreate_sRGBProfile()) << QVector<Light>{Srgb, Srgb, Srgb} << 3e-5;
     QTest::newRow("gamma 1.8, table, linear")
         << RgbProfile(cmsBuildGamma(nullptr, 1.8), Table(Square, 257), cmsBuildGamma(nullptr, 1.0))
         << QVector<Light>{Gamma18, Square, Identity} << 1e-3;
     QTest::newRow("table of sRGB") << RgbProfile(Table(Srgb, 1024), Table(Srgb, 4096), Table(Srgb, 513))
                                    << QVector<Light>{Srgb, Srgb, Srgb} << 9e-6;
-    QTest::newRow("grey") << GreyProfile(2.0) << QVector<Light>{Square} << 1e-6;
+    QTest::newRow("gray") << GreyProfile(2.0) << QVector<Light>{Square} << 1e-6;
 }
 
-void tst_ToneCurves::curvesAreTheProfiles()
+void tst_ToneCurves::curvesMatchProfile()
 {
     QFETCH(QByteArray, profile);
     QFETCH(QVector<Light>, light);
@@ -115,7 +115,7 @@ void tst_ToneCurves::curvesAreTheProfiles()
         QCOMPARE(got[kPoints], -1.0);
 }
 
-void tst_ToneCurves::profilesWithout()
+void tst_ToneCurves::profilesWithoutCurves()
 {
     std::vector<double> light(6);
     const QByteArray whole = Bytes(cmsCreate_sRGBProfile());

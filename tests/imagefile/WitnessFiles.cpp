@@ -13,7 +13,7 @@ bool WriteCopies(const QString &source)
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     if (!bitmap)
         return false;
-    GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get()); // the way of the image kernel
+    GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(bitmap.get()); // like the image kernel
     gflBitmapSetEXIF2(bitmap.get(), exif);
     gflFreeEXIF2(exif);
     bool done = true;

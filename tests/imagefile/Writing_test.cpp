@@ -1,5 +1,5 @@
-// Writing: pictures come back in the nearest form that a format holds; what happens to files on disk when they are
-// written, and when that fails.
+// Writing: pictures come back in the nearest form that a format supports; effects on files on disk, also after
+// failures.
 #include "Bitmaps.h"
 
 #include <QDir>
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// A format with a compression, and what it holds.
+/// A format with a compression, and its properties.
 struct Format {
     const char *name;
     int compression;
@@ -24,8 +24,8 @@ struct Format {
 };
 
 constexpr double kExact = 0.0;
-constexpr double kRounded = 1.01 / 65535; // single precision may see a half on the other side
-constexpr double kMantissa = 0.5 / 128;   // 8 bits, of which the first is set in the greatest channel
+constexpr double kRounded = 1.01 / 65535; // single precision may round a half the other way
+constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the greatest channel
 
 const Format kFormats[] = {
     {"tiff", 0, true, true, true, true, true, kExact},        {"tiff", 2, true, true, true, true, true, kExact},
@@ -40,7 +40,7 @@ QStringList Everything(const QString &folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-/// Files of this process can't grow beyond a size, as on a full disk, for as long as this lives.
+/// Limits the size of this process's files, like a full disk, while an instance lives.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t bytes)
@@ -61,7 +61,7 @@ private:
     void (*m_handler)(int) = SIG_DFL;
 };
 
-/// Rows on demand out of a bitmap without padding, in order and up to a row.
+/// Generates rows on demand from a bitmap without padding, in order, up to a given row.
 struct Maker {
     const std::uint8_t *pixels;
     int end, next;
@@ -84,8 +84,8 @@ private Q_SLOTS:
     void initTestCase() { gflEnableLZW(1); }
     void writeThenRead();
     void runs();
-    void colourDepth();
-    void targetsThatCantBe();
+    void colorDepth();
+    void invalidTargets();
     void fullDisk();
     void symbolicLinks();
     void longNames();
@@ -119,7 +119,7 @@ void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
                      + Difference(*read, *Converted(*bitmap, heldType, heldBits),
                                   heldBits == bits && f.holdsIntegers ? 0.0 : f.tolerance),
                  form);
-        // What a format holds comes back as it is.
+        // Supported content comes back unchanged.
         const BitmapPtr again = LoadFromMemory(SavedBytes(*read, SaveParams(f.name, f.compression)));
         QCOMPARE(Difference(*again, *read), QString());
     }
@@ -127,7 +127,7 @@ void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
 
 void tst_Writing::runs()
 {
-    // Runs of every length around the limits of packing, which random samples never have.
+    // Runs of every length around the limits of packing, which random samples never contain.
     constexpr int kLongest = 240;
     const int width = kLongest * (kLongest + 1) / 2;
     const BitmapPtr bitmap = NewBitmap(width, 1, GFL_RGB, 8);
@@ -146,7 +146,7 @@ void tst_Writing::runs()
     }
 }
 
-void tst_Writing::colourDepth()
+void tst_Writing::colorDepth()
 {
     const QByteArray rgba("\xC8\x64\x32\x07"), rgb = rgba.left(3); // 200, 100, 50 have a luma of 124.2
     const struct {
@@ -156,9 +156,9 @@ void tst_Writing::colourDepth()
         int mode, parameters, to;
         QByteArray expected;
     } changes[] = {
-        {"RGBA to grey", GFL_RGBA, rgba, GFL_DEPTH_GREY, 0, GFL_GREY, "\x7C"},
+        {"RGBA to gray", GFL_RGBA, rgba, GFL_DEPTH_GREY, 0, GFL_GREY, "\x7C"},
         {"RGB to RGBA", GFL_RGB, rgb, GFL_DEPTH_RGBA, 0, GFL_RGBA, rgb + '\xFF'},
-        {"grey to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
+        {"gray to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
         {"just black", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
         {"just white", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
         {"three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4)},
@@ -182,7 +182,7 @@ void tst_Writing::colourDepth()
                  int(GFL_ERROR_BAD_PARAMETERS));
 }
 
-void tst_Writing::targetsThatCantBe()
+void tst_Writing::invalidTargets()
 {
     const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("folder")));
@@ -221,14 +221,14 @@ void tst_Writing::fullDisk()
             QCOMPARE(ReadBytes(path), QByteArray("the old file"));
             QCOMPARE(Everything(folder.path()).size(), 1);
         }
-        QCOMPARE(Save(path, *bitmap, params), int(GFL_NO_ERROR)); // with room it goes
+        QCOMPARE(Save(path, *bitmap, params), int(GFL_NO_ERROR)); // succeeds with enough room
         QCOMPARE(ReadBytes(path), SavedBytes(*bitmap, params));
     }
 }
 
 void tst_Writing::symbolicLinks()
 {
-    // The file that a link points to is written, with the rights it had; a new one has those that the mask leaves.
+    // A link's target is written, keeping its permissions; a new file gets those that the umask leaves.
     const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("real")));
     const QString real = folder("real/a.tif"), link = folder("link.tif");
@@ -251,9 +251,9 @@ void tst_Writing::longNames()
 {
     const Folder folder;
     const QString path =
-        folder.filePath(QString(251, QLatin1Char('n')) + QStringLiteral(".tif")); // the longest there is
+        folder.filePath(QString(251, QLatin1Char('n')) + QStringLiteral(".tif")); // the longest possible name
     QCOMPARE(Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
-    // A name without a folder, which Exiv2 must not take for an address.
+    // A name without a folder, which Exiv2 must not take for a web address.
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(folder.path()));
     const QString address = QString::fromUtf8(u8"http:b\u00FCro \u5199\u771F.jpg");
@@ -309,7 +309,7 @@ void tst_Writing::madeRows()
 {
     const Folder folder;
     const QString path = folder("a.tif");
-    const BitmapPtr bitmap = RandomBitmap(400, 3001, GFL_RGBA, 8); // ten strips, more than there are slots for two
+    const BitmapPtr bitmap = RandomBitmap(400, 3001, GFL_RGBA, 8); // ten strips, more than the slots of two threads
     GFL_BITMAP shape = *bitmap;
     shape.Data = nullptr;
     const auto save = [&](int end, const GFL_SAVE_PARAMS &params) {

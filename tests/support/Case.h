@@ -1,11 +1,11 @@
-// The name of a case in a loop, for the output of a test that fails in it.
+// Prints the name of the case in which a test loop fails.
 #pragma once
 
 #include <QDebug>
 #include <QString>
 #include <QtTest>
 
-/// Lives as long as the case. QVERIFY and QCOMPARE return from the test when they fail, and then it tells its name:
+/// Exists during the case. QVERIFY and QCOMPARE return from the test on failure; the destructor then prints the name:
 ///
 ///     for (const auto &row : rows) {
 ///         const Case named("width", row.width, "height", row.height);

@@ -1,4 +1,4 @@
-// A host for tests: settings in a hash, descriptions of files that lend a picture of the test's.
+// A host for tests: settings in a hash, and file descriptions that lend the test's picture.
 #pragma once
 
 #include "KIApplication.h"
@@ -12,7 +12,7 @@
 #include <map>
 #include <memory>
 
-/// Lends `pixels`, and counts who holds them.
+/// Lends `pixels`, and counts the locks.
 class FakeImageDef : public KIImageDef {
 public:
     explicit FakeImageDef(const QString &fileName) : m_fileName(fileName) { }
@@ -51,9 +51,9 @@ public:
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
     KImage pixels;             // empty: the description lends none
-    int locks = 0;             // a thousand for each at another depth
-    bool gone = false;         // since it was described: Lock throws
-    QList<QSize> reducedSizes; // that were lent, in order
+    int locks = 0;             // plus a thousand for each at another depth
+    bool gone = false;         // the file was deleted after it was described: Lock throws
+    QList<QSize> reducedSizes; // lent sizes, in order
 
 private:
     KImage m_reduced;
@@ -113,7 +113,7 @@ public:
     }
 
     QMap<QString, QVariant> settings;
-    QStringList calls;                       // in their order, "set Disto" for example; from the GUI thread alone
+    QStringList calls;                       // in order, for example "set Disto"; only from the GUI thread
     KUIInstances *interfaceKernel = nullptr; // lent to plug-ins
 
 private:

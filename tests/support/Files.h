@@ -1,9 +1,9 @@
-// Bytes of a test's own files in one call.
+// Writes and reads a test's files in one call.
 #pragma once
 
 #include <QFile>
 
-/// Returns @p path. Ends the program if it can't write.
+/// Writes a file and returns @p path. Aborts the program on failure.
 inline QString WriteFile(const QString &path, const QByteArray &bytes = {})
 {
     QFile file(path);
@@ -12,7 +12,7 @@ inline QString WriteFile(const QString &path, const QByteArray &bytes = {})
     return path;
 }
 
-/// A text no test writes, if it can't read.
+/// Reads a file; on failure returns a text that no test writes.
 inline QByteArray ReadFile(const QString &path)
 {
     QFile file(path);

@@ -1,4 +1,4 @@
-// Small pictures and profiles for the tests of the program, and looks at folders.
+// Small pictures and profiles for tests of the program, and folder listings.
 #pragma once
 
 #include <QByteArray>
@@ -12,18 +12,18 @@ inline QString operator""_s(const char *text, std::size_t size)
     return QString::fromUtf8(text, static_cast<int>(size));
 }
 
-/// A JPEG of noise over a gradient, always the same: its output compresses badly, so that it is not tiny.
+/// Writes a JPEG of noise over a gradient, always the same: it compresses badly, so the file isn't tiny.
 void WriteJpeg(const QString &path, int width, int height);
 
-/// Which models a profile gets.
+/// Selects the models of a profile.
 struct ProfileModels {
     bool distortion = true;
     bool chromatic = false; // all three models
     bool vignetting = false;
 };
 
-/// An .lcp file in element form, for pictures of @p width by @p height.
+/// Returns an .lcp file in element form, for pictures of @p width by @p height.
 QByteArray ProfileText(const ProfileModels &models, int width, int height);
 
-/// All names in a folder, hidden ones too, sorted.
+/// Returns all names in a folder, including hidden ones, sorted.
 QStringList Names(const QString &folder);

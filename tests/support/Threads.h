@@ -1,10 +1,10 @@
-// Several threads that do the same at once.
+// Runs several threads at once.
 #pragma once
 
 #include <thread>
 #include <vector>
 
-/// Runs work(0) to work(count - 1), each on a thread of its own, and waits for all.
+/// Runs work(0) to work(count - 1), each on a separate thread, and waits for all.
 template <typename Work> void InThreads(int count, Work work)
 {
     std::vector<std::thread> threads;

@@ -1,9 +1,9 @@
-// What a call throws, as a text to compare.
+// The exception of a call as a text to compare.
 #pragma once
 
 #include "KException.h"
 
-/// The message of the KException that @p call throws, or "none".
+/// Returns the message of the KException that @p call throws, or "none".
 template <typename Call> QString Thrown(Call call)
 {
     try {

@@ -1,4 +1,4 @@
-// Pixels of a TIFF file as numbers, for tests that write a source or judge a result by libtiff alone.
+// Pixels of a TIFF file as numbers, for tests that write a source or check a result using only libtiff.
 #pragma once
 
 #include <QString>
@@ -22,11 +22,11 @@ private:
     }
 };
 
-/// A black picture.
+/// Returns a black picture.
 TiffRaster BlankRaster(int width, int height, int channels, int bits);
 
 /// Reads a contiguous 8, 16 or 32f file of strips. Throws std::runtime_error for any other.
 TiffRaster ReadTiff(const QString &path);
 
-/// Writes an uncompressed file; values are rounded to the depth. Throws std::runtime_error if it can't.
+/// Writes an uncompressed file; values are rounded to the depth. Throws std::runtime_error on failure.
 void WriteTiff(const QString &path, const TiffRaster &raster);

@@ -1,4 +1,4 @@
-// Analytics: events and their text, the two stores, providers, and the manager above them.
+// Analytics: events and their text, the two stores, providers, and the manager.
 #include "Case.h"
 #include "Files.h"
 #include "OwnFolders.h"
@@ -19,7 +19,7 @@ namespace {
 const QString kApplication = QStringLiteral("Analytics_test"), kSqlite = QStringLiteral("QSQLITE");
 const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
 
-/// Takes what it is given and notes "category/name=value", and the calls around it.
+/// Records "category/name=value" of each event, and the calls around it.
 class Sender : public KAnalyticsProvider {
 public:
     explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
@@ -49,7 +49,7 @@ KAnalyticsEvent *Event(const char *name)
     return event;
 }
 
-/// "id:name" of the events, which are deleted.
+/// Returns "id:name" of the events and deletes them.
 QString Names(const QList<KAnalyticsRawEvent *> &events)
 {
     QStringList names;
@@ -62,7 +62,7 @@ QString Names(const QList<KAnalyticsRawEvent *> &events)
     return names.join(QLatin1Char(' '));
 }
 
-/// A file of the binary store with one event.
+/// Returns a file of the binary store with one event.
 QByteArray StoreBytes()
 {
     const QJsonObject event = {{QStringLiteral("name"), QStringLiteral("old")}};
@@ -95,13 +95,13 @@ private Q_SLOTS:
     void damagedDatabase();
     void binaryFile();
     void storeAndIdentifier();
-    void providersTwiceOrGone();
+    void duplicateAndDeletedProviders();
     void countersAndTimers();
     void switchedOff();
 
 private:
     QString Path() const { return m_dir->filePath(QStringLiteral("store")); }
-    /// A fresh session on the same file.
+    /// Opens a new session on the same file.
     KAnalyticsDb &OpenAnew();
 
     const OwnFolders *m_folders;
@@ -190,10 +190,10 @@ void tst_Analytics::databaseKeepsEvents()
     m_db->insertEvent(Event("b"));
     QCOMPARE(Names(OpenAnew().allEvents()), QStringLiteral("1:a 2:b"));
     QVERIFY(OpenAnew().allEvents().isEmpty());
-    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(made)); // as the table has it
+    QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(made)); // as stored in the table
 
     KAnalyticsDb second(QStringLiteral("second"), kSqlite, nullptr);
-    second.setFilePath(Path()); // as another process would: SQLite's locks are by connection
+    second.setFilePath(Path()); // simulates another process: SQLite's locks are per connection
     m_db->insertEvent(Event("a"));
     second.insertEvent(Event("kept out"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
@@ -236,7 +236,7 @@ void tst_Analytics::binaryFile()
 {
     const QByteArray whole = StoreBytes();
     const std::pair<QByteArray, QByteArray> rows[] = {{whole, ""},
-                                                      {whole, "garbage"}, // a lock of nobody
+                                                      {whole, "garbage"}, // a lock without owner
                                                       {"", ""},
                                                       {whole.left(whole.size() / 2), ""},
                                                       {QByteArray(whole).replace(8, 12, QByteArray(12, '\xff')), ""}};
@@ -248,10 +248,10 @@ void tst_Analytics::binaryFile()
             WriteFile(path + QStringLiteral(".lock"), lock);
         KAnalyticsFile file(nullptr);
         file.setFilePath(path);
-        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // ends, and reads
+        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // terminates, and reads
         QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
         QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
-        const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // it stays the caller's
+        const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps it
         file.insertEvent(event.get());
         file.addProviderArray(QStringLiteral("mine"), QJsonArray{3});
         file.setUserId(QStringLiteral("you"));
@@ -273,7 +273,7 @@ void tst_Analytics::storeAndIdentifier()
     KAnalyticsManager::killInstance();
     QCOMPARE(KAnalyticsManager::instance()->userId(), id);
     KAnalyticsManager::killInstance();
-    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // which a session leaves open
+    QSqlDatabase::removeDatabase(QStringLiteral("analytics")); // a session leaves it open
     KAnalyticsDb other(QStringLiteral("other"), kSqlite, nullptr);
     other.setFilePath(m_folders->Store(kApplication));
     KAnalyticsManager keptOut(/*useSettingsUserId=*/false, nullptr, /*useDb=*/true);
@@ -282,16 +282,16 @@ void tst_Analytics::storeAndIdentifier()
     QCOMPARE(keptOut.userId(), id); // the copy in the store
 }
 
-void tst_Analytics::providersTwiceOrGone()
+void tst_Analytics::duplicateAndDeletedProviders()
 {
     auto *gone = new Sender(&m_log);
     m_manager->registerProvider(gone);
     m_manager->registerProvider(nullptr);
-    delete gone; // as by a plug-in that goes before its host
+    delete gone; // as by a plug-in that is unloaded before its host
     InThreads(1, [&](int) { gone = new Sender(&m_log); });
     m_manager->registerProvider(gone);
     InThreads(1, [&](int) { delete gone; });
-    m_manager->flushEvents(/*delayed=*/false); // before an event loop can tell
+    m_manager->flushEvents(/*delayed=*/false); // before an event loop can report it
     auto *twice = new Sender(&m_log);
     m_manager->registerProvider(twice);
     m_log.clear();
@@ -299,7 +299,7 @@ void tst_Analytics::providersTwiceOrGone()
     QSignalSpy asked(m_manager, &KAnalyticsManager::flushEventsAsked);
     for (int i = 0; i < 9; ++i)
         m_manager->sendEvent(Event("many"), /*flush=*/true);
-    QCOMPARE(asked.size(), 1); // at ten of them
+    QCOMPARE(asked.size(), 1); // once ten are waiting
     m_manager->sendEvent(Event("many"), /*flush=*/false);
     QCOMPARE(asked.size(), 1);
     QVERIFY(m_log.isEmpty());
@@ -308,7 +308,7 @@ void tst_Analytics::providersTwiceOrGone()
     m_manager->registerProvider(twice);
     m_manager->waitBeforeExit(); // the store is empty
     m_manager->sendEvent(Event("many"), /*flush=*/true);
-    QCOMPARE(asked.size(), 2); // from the tenth on each one asks
+    QCOMPARE(asked.size(), 2); // from the tenth on each event requests a flush
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')),
              QStringLiteral("pre11 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));
@@ -341,7 +341,7 @@ void tst_Analytics::countersAndTimers()
     QCOMPARE(sent.size(), 3);
     QCOMPARE(sent[0], QStringLiteral("ab/c=2"));
     QVERIFY(sent[1].startsWith(QStringLiteral("c/t=")) && sent[1].midRef(4).toInt() >= 3);
-    QCOMPARE(sent[2], QStringLiteral("ab/c=1")); // began anew, and was stored at the flush
+    QCOMPARE(sent[2], QStringLiteral("ab/c=1")); // restarted, and stored at the flush
 }
 
 void tst_Analytics::switchedOff()
@@ -359,7 +359,7 @@ void tst_Analytics::switchedOff()
     RunLoop();
     QVERIFY(event.isNull() && m_log.filter(QStringLiteral("/")).isEmpty());
     m_manager->setIsActive(true);
-    m_manager->stopTimerEvent(kCategory, QStringLiteral("before")); // it stayed
+    m_manager->stopTimerEvent(kCategory, QStringLiteral("before")); // the timer still runs
     m_manager->flushEvents(/*delayed=*/false);
     QCOMPARE(m_log.filter(QStringLiteral("/")).size(), 1);
 }

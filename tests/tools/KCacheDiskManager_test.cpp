@@ -1,4 +1,4 @@
-// Names and folders of the cache's disk copies, and what is asked of disks before a file is written.
+// Names and folders of the cache's disk copies, and disk checks before a file is written.
 #include "KCacheDiskManager.h"
 
 #include "Case.h"
@@ -32,9 +32,9 @@ private Q_SLOTS:
     void room();
     void folderChanges();
     void cleaning();
-    void memoryOfZeros();
+    void zeroingAllocator();
     void fourThreads();
-    void whyASaveFailed();
+    void saveFailureReasons();
 
 private:
     QString Folder(int number) const
@@ -69,14 +69,14 @@ void tst_KCacheDiskManager::namesAndFolders()
     QVERIFY(names.removeTempFile(first));
     QVERIFY(!names.removeTempFile(first));
     WriteFile(first);
-    KCacheDiskManager::exit(); // keeps files, and the folders that hold some
+    KCacheDiskManager::exit(); // keeps files, and the folders that contain files
     QVERIFY(QFile::exists(first) && !QDir(Folder(1)).exists());
 }
 
 void tst_KCacheDiskManager::room()
 {
     const struct {
-        qint64 leftMib; // that stay free on the disk beside the file
+        qint64 leftMib; // free space left in addition to the file
         bool withReserve, handedOut;
     } rows[] = {{2048, true, true}, {500, false, true}, {50, false, false}, {-1, false, false}};
     unsigned long long freeBytes, totalBytes;
@@ -95,7 +95,7 @@ void tst_KCacheDiskManager::room()
         const QString name = row.handedOut ? Folder(0) + QStringLiteral("/%1").arg(handedOut++) : QString();
         QCOMPARE(names.getTempFile(size), name);
     }
-    QCOMPARE(names.getTempFolder(~0ull, kReserveLarge), QString()); // the sum would pass 64 bits
+    QCOMPARE(names.getTempFolder(~0ull, kReserveLarge), QString()); // the sum would exceed 64 bits
 }
 
 void tst_KCacheDiskManager::folderChanges()
@@ -109,7 +109,7 @@ void tst_KCacheDiskManager::folderChanges()
     names.setTemporaryFolders({m_dir->path()});
     names.getTempFile(0);
     names.setTemporaryFolders({other});
-    // The count goes on in the other folder, under the same number; the first with room is used.
+    // The count continues in the other folder, with the same number; the first with room is used.
     names.setTemporaryFolders({other, m_dir->path()});
     QCOMPARE(names.getTempFile(0), QStringLiteral("%1/X.%2.0/1").arg(other).arg(QCoreApplication::applicationPid()));
     KCacheDiskManager::exit();
@@ -132,13 +132,13 @@ void tst_KCacheDiskManager::cleaning()
     QVERIFY(!dir.exists(QStringLiteral("BRELT.999.3")));
     QVERIFY(!dir.exists(QStringLiteral("BRELT.998.0/7")));
     QVERIFY(dir.exists(QStringLiteral("BRELT.998.0/inner"))); // not ours: the folder stays
-    QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a link to it doesn't make it ours either
+    QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a link to it isn't ours either
 }
 
-void tst_KCacheDiskManager::memoryOfZeros()
+void tst_KCacheDiskManager::zeroingAllocator()
 {
     ZeroingAllocator<quint64> allocator;
-    for (int round = 0; round < 3; ++round) { // memory comes back as it was left
+    for (int round = 0; round < 3; ++round) { // memory is reused with its old content
         const Case named("round", round);
         quint64 *const memory = allocator.allocate(64);
         const auto zeros = std::count(memory, memory + 64, 0u);
@@ -160,7 +160,7 @@ void tst_KCacheDiskManager::fourThreads()
     QCOMPARE(all.size(), size_t(4000));
 }
 
-void tst_KCacheDiskManager::whyASaveFailed()
+void tst_KCacheDiskManager::saveFailureReasons()
 {
     const QString inside = m_dir->filePath(QStringLiteral("big.tiff")),
                   absent = QStringLiteral("/no/such/folder/x.tiff");
@@ -174,7 +174,7 @@ void tst_KCacheDiskManager::whyASaveFailed()
     } rows[] = {
         {inside, kMoreThanAnyDisk,
          QStringLiteral("Not enough free space on \"%1\" to finish operation").arg(m_dir->path())},
-        {absent, kMoreThanAnyDisk, unwritable.arg(absent)}, // space is not asked where the folder is missing
+        {absent, kMoreThanAnyDisk, unwritable.arg(absent)}, // space is not checked if the folder is missing
         {m_dir->path(), 0, unwritable.arg(m_dir->path())},
         {inside, 0, none},
         {kept, 0, none},
@@ -183,7 +183,7 @@ void tst_KCacheDiskManager::whyASaveFailed()
     for (const auto &row : rows)
         QCOMPARE(Thrown([&] { CheckAndThrowForDiskSpace(row.fileName, row.size, QStringLiteral("place")); }),
                  row.message);
-    QCOMPARE(ReadFile(inside), QByteArray()); // left empty
+    QCOMPARE(ReadFile(inside), QByteArray()); // left behind empty
     QCOMPARE(Thrown([&] { CheckIfFileExists(absent, QString()); }),
              QStringLiteral("\nFile \"%1\" is not found").arg(absent));
     QCOMPARE(Thrown([&] { CheckIfFileExists(m_dir->path(), QString()); }), none);

@@ -12,7 +12,7 @@ namespace {
 
 const QString kName = QStringLiteral("x");
 
-/// Lets the clock move on by @p ticks.
+/// Waits until the clock has advanced by @p ticks.
 void PassTime(qint64 ticks)
 {
     const qint64 start = gChrono.GetTick();
@@ -45,7 +45,7 @@ void tst_KChronometer::pairs()
         PassTime(3);
         const qint64 first = gChrono.Stop(kName);
         PassTime(2);
-        const qint64 second = gChrono.Stop(kName); // once more from the same start
+        const qint64 second = gChrono.Stop(kName); // again from the same start
         QVERIFY(first >= 3 && second >= first + 2);
         QCOMPARE(gChrono.GetStatTotalTime(kName, -1), first + second);
         QCOMPARE(gChrono.GetStatTotalTime(kName, KChronometer::Seconds, 0), double(first + second) / 1000);
@@ -90,12 +90,12 @@ void tst_KChronometer::fourThreads()
             gChrono.Stop(own);
             gChrono.Stop(kName);
             if (i % 100 == 0)
-                gChrono.GetStatNbCalls(kName, -1); // statistics go on meanwhile
+                gChrono.GetStatNbCalls(kName, -1); // statistics run concurrently
             if (i % 500 == 499)
                 gChrono.Reset(own);
         }
         ++finished;
-        while (finished < 4) // no address comes back
+        while (finished < 4) // so that no address is reused
             std::this_thread::yield();
     });
     QCOMPARE(gChrono.GetNbContext(kName, /*onlyUsed=*/true), 4);
@@ -109,7 +109,7 @@ void tst_KChronometer::stopwatch()
     KSimpleChronometer watch;
     watch.Start();
     PassTime(3);
-    watch.Start(); // goes on
+    watch.Start(); // keeps running
     const qint64 lap = watch.Stop();
     QVERIFY(lap >= 3);
     PassTime(2);

@@ -41,7 +41,7 @@ public:
     }
 };
 
-/// Work of a process that dies between commit and cancel.
+/// Simulates a process that dies between commit and cancel.
 [[noreturn]] void DieInTheMiddle(const QString &path)
 {
     Notes notes;
@@ -64,9 +64,9 @@ private Q_SLOTS:
     void commitAndCancel();
     void savepoint();
     void killedBetweenCommitAndCancel();
-    void copied();
-    void keptOutOfANewFile();
-    void twoKeptOutByAReader();
+    void copyToOtherFile();
+    void lockedNewFile();
+    void readerBlocksBothSessions();
 
 private:
     QString Path(const char *name = "notes.db") const { return m_dir->filePath(QString::fromLatin1(name)); }
@@ -101,7 +101,7 @@ void tst_KDbSession::commitAndCancel()
 
 void tst_KDbSession::savepoint()
 {
-    for (const int way : {0, 1, 2}) { // closed, given no path, opened anew
+    for (const int way : {0, 1, 2}) { // closed, given no path, opened again
         const Case named("way", way);
         Notes notes;
         notes.setUseRollBack(true);
@@ -134,14 +134,14 @@ void tst_KDbSession::killedBetweenCommitAndCancel()
     QCOMPARE(check.value(0).toString(), QStringLiteral("ok"));
 }
 
-void tst_KDbSession::copied()
+void tst_KDbSession::copyToOtherFile()
 {
     Notes notes;
     notes.setFilePath(Path());
-    notes.Add(QStringLiteral("taken out again")); // though a statement of the list fails
+    notes.Add(QStringLiteral("taken out again")); // undone though a statement of the list fails
     notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("DELETE FROM notes")});
     notes.Add(QStringLiteral("a'); --"));
-    notes.copyDbTo(Path()); // onto itself: nothing
+    notes.copyDbTo(Path()); // onto itself: does nothing
     notes.copyDbTo(Path("copy.db"));
     Notes copy(kSqlite, QStringLiteral("other"));
     copy.setFilePath(Path("copy.db"));
@@ -153,8 +153,8 @@ void tst_KDbSession::copied()
     QVERIFY(!notes.checkDb() && !QFile::exists(Path()));
 }
 
-/// A session with savepoints on a new file that somebody else has locked.
-void tst_KDbSession::keptOutOfANewFile()
+/// Opens a session with savepoints on a new file that another connection has locked.
+void tst_KDbSession::lockedNewFile()
 {
     Notes late;
     late.setUseRollBack(true);
@@ -177,7 +177,7 @@ void tst_KDbSession::keptOutOfANewFile()
     QCOMPARE(late.Texts(), QStringList{QStringLiteral("a")});
 }
 
-void tst_KDbSession::twoKeptOutByAReader()
+void tst_KDbSession::readerBlocksBothSessions()
 {
     Notes before(kSqlite, QStringLiteral("before"));
     before.setFilePath(Path());
@@ -190,7 +190,7 @@ void tst_KDbSession::twoKeptOutByAReader()
         QVERIFY(reader.open());
         QSqlQuery rows(reader);
         QVERIFY(rows.exec(QStringLiteral("SELECT * FROM notes"))
-                && rows.next()); // holds the file while it stands there
+                && rows.next()); // holds a lock on the file while the query is active
         first.setFilePath(Path());
         second.setFilePath(Path());
         for (Notes *notes : {&first, &second})
@@ -199,7 +199,7 @@ void tst_KDbSession::twoKeptOutByAReader()
         reader.close();
     }
     QSqlDatabase::removeDatabase(QStringLiteral("reader"));
-    first.Add(QStringLiteral("new")); // what the second read doesn't keep the first out
+    first.Add(QStringLiteral("new")); // must not be blocked by the second session's read
     QCOMPARE(first.Texts(), QStringList({QStringLiteral("old"), QStringLiteral("new")}));
     QVERIFY(second.Texts().isEmpty());
 }

@@ -22,7 +22,7 @@ private Q_SLOTS:
     void init() { KLog::init(nullptr); }
     void cleanup() { KLog::exit(); }
 
-    void listenersHearWithoutAFile();
+    void listenersWithoutFile();
     void fileHoldsTheBareLine();
     void unwritableFileShowsABox();
     void fullDiskLeavesNothingBehind();
@@ -33,7 +33,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-void tst_KLog::listenersHearWithoutAFile()
+void tst_KLog::listenersWithoutFile()
 {
     QSignalSpy plain(KLog::ms_instance, SIGNAL(Logged(QString)));
     QSignalSpy numbered(KLog::ms_instance, SIGNAL(Logged(int, QString)));
@@ -71,7 +71,7 @@ void tst_KLog::unwritableFileShowsABox()
         QVERIFY(box);
         title = box->windowTitle();
         text = box->text();
-        KLog::ms_instance->Log(QStringLiteral("while the box is up")); // from the box's own event loop
+        KLog::ms_instance->Log(QStringLiteral("while the box is up")); // from the box's event loop
         box->accept();
     });
     KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
@@ -97,7 +97,7 @@ void tst_KLog::fullDiskLeavesNothingBehind()
     const QString name = m_dir.filePath(QStringLiteral("roomy.log"));
     KLog::ms_instance->EnableLogToFile(name, /*append=*/false);
     KLog::ms_instance->Log(QStringLiteral("after"));
-    QCOMPARE(ReadFile(name), QByteArray("after\r\n")); // the lost lines weren't hoarded
+    QCOMPARE(ReadFile(name), QByteArray("after\r\n")); // the lost lines weren't buffered
 }
 
 void tst_KLog::threadsKeepLinesWhole()

@@ -39,8 +39,8 @@ void tst_KPoolMemManager::blockSize()
     } rows[] = {
         {2000, 4, 8},  {1200, 1, 8},          // 250 and exactly 150 blocks of 8 are enough for 150
         {1000, 4, 4},  {100, 4, 1},           // 125 of 8 are too few; 150 are wanted, 100 is the most
-        {2000, 32, 4}, {2000, 25, 8},         // ten a thread
-        {0, 4, 1},     {2000, 2000000000, 1}, // more threads than 32 bits of blocks
+        {2000, 32, 4}, {2000, 25, 8},         // ten per thread
+        {0, 4, 1},     {2000, 2000000000, 1}, // more threads than 32-bit block counts allow
     };
     for (const auto &row : rows)
         QCOMPARE(KPoolMemManager().computeBlockSize(row.memoryMo, row.threads), row.expected);
@@ -64,7 +64,7 @@ void tst_KPoolMemManager::blocks()
             block->m_data[0] = block->m_data[row.bytes - 1] = 1;
             QCOMPARE(block->m_users.load(), -1000);
         }
-        pool.Free(); // blocks that are lent out go too
+        pool.Free(); // frees lent blocks too
         QCOMPARE(pool.getFreeableBloc(), nullptr);
     }
 }
@@ -104,13 +104,13 @@ void tst_KPoolMemManager::oldestIdle()
         all[i]->m_users = i == 2 ? 1 : 0;
         all[i]->m_lastUse = stamps[i];
     }
-    for (const int next : {1, 3, 0}) { // 2 is held; of the two with 5 the first
+    for (const int next : {1, 3, 0}) { // block 2 is in use; of the two with stamp 5 the first
         const Case named(next);
         QCOMPARE(pool.getFreeableBloc(), all[next]);
         QCOMPARE(all[next]->m_users.load(), -1000);
     }
     QCOMPARE(pool.getFreeableBloc(), nullptr);
-    pool.addFreeBloc(all[2]); // given back though it counts a user
+    pool.addFreeBloc(all[2]); // returned although in use
     QCOMPARE(pool.getFreeBloc(), all[2]);
     QCOMPARE(all[2]->m_users.load(), -1000);
 }
@@ -133,11 +133,11 @@ void tst_KPoolMemManager::fourThreads()
                 continue;
             if (block->m_users != KPoolMemBloc::kFree)
                 ++doubleUse;
-            ++*reinterpret_cast<int *>(block->m_data); // a race, if two threads ever had the block
+            ++*reinterpret_cast<int *>(block->m_data); // a data race if two threads ever held the block
             block->m_lastUse = ++stamp;
             ++turns;
             if (i % 3)
-                block->m_users = 0; // idle, its content kept
+                block->m_users = 0; // idle, keeps its content
             else
                 pool.addFreeBloc(block);
         }

@@ -59,7 +59,7 @@ void tst_KSystemInfo::freeMemory()
          "SwapCached:  5000 kB\n",
          123},
         {"", 0},
-        {"MemFree: 8589934592 kB", 8589934592}, // more than 32 bits, last line without its end
+        {"MemFree: 8589934592 kB", 8589934592}, // more than 32 bits, last line without line end
         {QByteArray(500, 'x') + "\nCached: 7 kB\n", 7}};
     QTemporaryDir dir;
     for (const auto &[content, kilobytes] : rows) {
@@ -73,7 +73,7 @@ void tst_KSystemInfo::freeMemory()
 void tst_KSystemInfo::programsAndTheirPipes()
 {
     const int before = OpenFiles();
-    for (const char *program : {"true", "false", "no-such-program-here", "/etc/passwd"}) // whatever its exit status
+    for (const char *program : {"true", "false", "no-such-program-here", "/etc/passwd"}) // whatever the exit status
         QCOMPARE(IsRunnable(program) == Runnable::Yes, qstrlen(program) < 6);
     QVERIFY(KSystemInfo::freePhysicalMemory() <= KSystemInfo::physicalMemory());
     QCOMPARE(OpenFiles(), before);
@@ -92,7 +92,7 @@ void tst_KSystemInfo::processors()
         QVector<int> virtualPhysicalThreads;
     } rows[] = {{{0, 1, 2, 3, 4, 5}, -1, {6, 3, 2}},
                 {{0, 2, 4}, -1, {3, 3, 1}},
-                {{0, 1}, 1, {omp_get_max_threads(), omp_get_max_threads(), 1}}}; // restricted: as many as OpenMP says
+                {{0, 1}, 1, {omp_get_max_threads(), omp_get_max_threads(), 1}}}; // restricted: uses OpenMP's count
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         RecordedMachine machine(RecordedMachine::Intel, 0xB, row.apicIds);

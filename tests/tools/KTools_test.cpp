@@ -23,14 +23,14 @@ namespace {
 const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
-/// Processors that the calling thread may run on.
+/// Returns the processors that the calling thread may run on.
 int Allowed()
 {
     cpu_set_t set;
     return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : -1;
 }
 
-/// Whether all threads of a region were seen on different processors at one moment.
+/// Returns whether all threads of a region ran on different processors at the same time.
 bool RunApart(std::vector<int> *allowed)
 {
     std::vector<int> cpus(size_t(komp_num_threads), -1);
@@ -44,12 +44,12 @@ bool RunApart(std::vector<int> *allowed)
 #pragma omp single
         apart = apart || std::set<int>(cpus.begin(), cpus.end()).size() == cpus.size();
         if (apart)
-            break; // all see the same: single ends with a barrier
+            break; // all agree: single ends with a barrier
     }
     return apart;
 }
 
-/// One application among several on the same data folder: starts, waits for a line, sends, tells its user, stops.
+/// One of several applications on the same data folder: starts, waits for a line, sends, prints its user, stops.
 int RunAsApplication()
 {
     KTools::init(nullptr);
@@ -90,7 +90,7 @@ public:
 
 private Q_SLOTS:
     void aloneWithThreadsOnDistinctProcessors();
-    void onAHostsInstances();
+    void withHostInstances();
     void twoProcesses();
     void unwritableFolders();
 
@@ -125,7 +125,7 @@ void tst_KTools::aloneWithThreadsOnDistinctProcessors()
     QVERIFY(apart);
 }
 
-void tst_KTools::onAHostsInstances()
+void tst_KTools::withHostInstances()
 {
     int threads = 7, cores = 5;
     void *word = nullptr;
@@ -134,14 +134,14 @@ void tst_KTools::onAHostsInstances()
     auto *analytics = new KAnalyticsManager(/*useSettingsUserId=*/false, nullptr, /*useDb=*/false);
     KToolsInstances host = {&log, new KSystemInfo, &pool, /*cacheDisk=*/nullptr, &word, &threads, &cores, analytics};
     KTools::init(&host);
-    KTools::exit(); // they are the host's
+    KTools::exit(); // the host owns them
     const KToolsInstances &ours = KTools::ms_instances;
     QVERIFY(ours.log == &log && ours.systemInfo == host.systemInfo && ours.poolMem == &pool && ours.reserved == &word
             && ours.analytics == analytics && KLog::ms_instance == &log);
-    QVERIFY(ours.cacheDisk); // missing there, made here
+    QVERIFY(ours.cacheDisk); // missing in the host, created here
     QCOMPARE(komp_num_threads * 10 + komp_num_cores, 75);
     threads = 3;
-    KTools::init(&host); // runs anew
+    KTools::init(&host); // starts again
     QCOMPARE(komp_num_threads, 3);
 
     KAnalyticsManager::killInstance();
@@ -162,7 +162,7 @@ void tst_KTools::twoProcesses()
     for (Application *application : {&first, &second}) {
         const Case named("the second", application == &second);
         QVERIFY(!application->ReadLine().isEmpty());
-        QVERIFY(application->process.waitForFinished()); // a wait for the lock at each event would last minutes
+        QVERIFY(application->process.waitForFinished()); // waiting for the lock at each event would take minutes
         QCOMPARE(application->process.exitCode(), 0);
         QCOMPARE(application->process.readAllStandardError(), QByteArray());
     }
@@ -171,7 +171,7 @@ void tst_KTools::twoProcesses()
     QSqlQuery rows = store.executeQuery(
         QStringLiteral("SELECT SUM(value LIKE '%\"first\"%'), SUM(value LIKE '%\"second\"%') FROM events"));
     QVERIFY(rows.next());
-    // Whoever had the lock kept all of its events.
+    // The process that had the lock kept all of its events.
     QVERIFY(qMax(rows.value(0).toInt(), rows.value(1).toInt()) == kEvents);
 }
 

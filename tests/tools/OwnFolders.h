@@ -1,9 +1,9 @@
-// Data and settings folders of a test's own, so that nothing reaches those of the user who runs it.
+// Separate data and settings folders for a test, so that nothing reaches those of the user who runs it.
 #pragma once
 
 #include <QTemporaryDir>
 
-/// To be made before the application object, since Qt asks for the folders once.
+/// Create it before the application object, since Qt queries the folders only once.
 class OwnFolders {
 public:
     OwnFolders()
@@ -14,7 +14,7 @@ public:
 
     QString Data() const { return m_dir.filePath(QStringLiteral("data")); }
     QString Config() const { return m_dir.filePath(QStringLiteral("config")); }
-    /// Where analytics keeps its store for an application of that name.
+    /// Returns the folder of analytics' store for an application of that name.
     QString Store(const QString &application) const
     {
         // MD5 of "analytics", by md5sum

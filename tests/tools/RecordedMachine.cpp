@@ -63,7 +63,7 @@ RecordedMachine &RecordedMachine::AmdCores(unsigned family, unsigned threads, un
 {
     At(1, 0).eax = 0xFu << 8 | (family - 0xF) << 20;
     At(0x80000000u, 0).eax = 0x80000008u;
-    At(0x80000001u, 0).ecx |= 1u << 1; // the count of leaf 1 is one of cores
+    At(0x80000001u, 0).ecx |= 1u << 1; // leaf 1 counts cores
     At(0x80000008u, 0).ecx = (threads - 1) | idWidth << 12;
     return *this;
 }

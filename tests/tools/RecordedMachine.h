@@ -1,4 +1,4 @@
-// Registers of processors we don't have, put together field by field from the published meaning of the leaves.
+// Registers of processors we don't have, built field by field from the published documentation of the leaves.
 #pragma once
 
 #include "cpuid2/cpu_machine.h"
@@ -24,21 +24,21 @@ struct RecordedLevel {
     unsigned processors;
 };
 
-/// A machine whose processors all answer alike but for their identifiers. By default any thread may run on all of them.
+/// A machine whose processors differ only in their identifiers. By default any thread may run on all of them.
 class RecordedMachine : public CpuMachine {
 public:
     enum Vendor { Intel, Amd };
 
     RecordedMachine(Vendor vendor, unsigned maxLeaf, std::vector<unsigned> apicIds);
 
-    /// Leaf 1: the multi-threading flag with the identifiers set aside for a package; none: flag clear.
+    /// Sets leaf 1: the multi-threading flag with the identifiers reserved for a package; none: flag clear.
     RecordedMachine &PerPackage(unsigned identifiers);
-    /// Leaf 4 and its field of identifiers for cores.
+    /// Sets leaf 4 and its field of identifiers for cores.
     RecordedMachine &Caches(unsigned coreIdentifiers, const std::vector<RecordedCache> &caches);
     RecordedMachine &Levels(const std::vector<RecordedLevel> &levels);
-    /// The extended leaves that tell the topology of an AMD processor without leaf 11.
+    /// Sets the extended leaves with the topology of an AMD processor without leaf 11.
     RecordedMachine &AmdCores(unsigned family, unsigned threads, unsigned idWidth);
-    /// Topology extensions: leaf 0x8000001D, and the threads of a core in 0x8000001E.
+    /// Sets the topology extensions: leaf 0x8000001D, and the threads per core in 0x8000001E.
     RecordedMachine &AmdExtensions(unsigned threadsPerCore, const std::vector<RecordedCache> &caches);
     RecordedMachine &Set(unsigned leaf, unsigned subleaf, const CpuidRegisters &registers);
 
@@ -48,7 +48,7 @@ public:
     CpuidRegisters Cpuid(unsigned leaf, unsigned subleaf) override;
 
     int forbiddenCpu = -1;  // the process may not run there
-    int unbindableCpu = -1; // asked for, but refused
+    int unbindableCpu = -1; // allowed, but binding fails
     int bindings = 0;
     unsigned current = 0;
 

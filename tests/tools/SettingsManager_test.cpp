@@ -16,7 +16,7 @@ private Q_SLOTS:
     void storeOutlivesTheObject();
     void defaultsOnlySkipsTheStore();
     void firstDefaultWins();
-    void notConvertible();
+    void unconvertibleValues();
     void readerSkipsTheTable();
 
 private:
@@ -29,7 +29,7 @@ const QString kOrganization = QStringLiteral("TestOrganization");
 const QString kApplication = QStringLiteral("TestApplication");
 const QString a = QStringLiteral("group/a");
 
-/// A manager with a store of its own, empty at the start of each test.
+/// A manager with a separate store, empty at the start of each test.
 class StoredManager : public KSettingsManager {
 public:
     StoredManager() : KSettingsManager(QSettings::UserScope, kOrganization, kApplication) { }
@@ -79,17 +79,17 @@ void tst_SettingsManager::defaultsOnlySkipsTheStore()
     manager.Set(a, 1);
     QCOMPARE(manager.GetInt(a), 0);
     QCOMPARE(manager.GetInt(a, 7), 1);
-    QCOMPARE(manager.Get(a, 7), QVariant(1)); // and enters nothing: the read above made a null default
+    QCOMPARE(manager.Get(a, 7), QVariant(1)); // and adds nothing: the read above made a null default
     QCOMPARE(manager.GetInt(a), 0);
     manager.SetDefault(a, 5, /*overwrite=*/true);
     QCOMPARE(manager.GetInt(a), 5);
-    QCOMPARE(StoredManager().GetInt(a), 1); // it was written all the same
+    QCOMPARE(StoredManager().GetInt(a), 1); // it was written anyway
 }
 
 void tst_SettingsManager::firstDefaultWins()
 {
     StoredManager manager;
-    QCOMPARE(manager.GetBool(QStringLiteral("asked")), false); // enters a default
+    QCOMPARE(manager.GetBool(QStringLiteral("asked")), false); // adds a default
     manager.SetDefault(QStringLiteral("asked"), true, /*overwrite=*/false);
     QCOMPARE(manager.GetBool(QStringLiteral("asked")), false);
     manager.SetDefault(a, 5, /*overwrite=*/false);
@@ -106,7 +106,7 @@ void tst_SettingsManager::firstDefaultWins()
     QCOMPARE(manager.GetInt(b), 5);
 }
 
-void tst_SettingsManager::notConvertible()
+void tst_SettingsManager::unconvertibleValues()
 {
     StoredManager manager;
     const std::pair<QVariant, QColor> rows[] = {
@@ -115,7 +115,7 @@ void tst_SettingsManager::notConvertible()
         const Case named(stored);
         manager.Set(a, stored);
         QCOMPARE(manager.GetColor(a), color);
-        QCOMPARE(manager.GetColor(a, Qt::red), color); // never the caller's default for what is stored
+        QCOMPARE(manager.GetColor(a, Qt::red), color); // never the caller's default for a stored value
     }
     manager.Set(a, QStringLiteral("abc"));
     QCOMPARE(manager.GetInt(a, 9), 9);

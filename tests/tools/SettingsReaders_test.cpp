@@ -10,14 +10,14 @@
 
 namespace {
 
-/// What the four reads of a key give; an invalid value stands for the caller's default.
+/// Results of the four reads of a key; an invalid value means the caller's default.
 struct Reads {
     QVariant asBool, asInt, asDouble, asString;
 };
 
 const QVariant kDefault;
 
-/// Each read is asked with two defaults, so that a default can't pass for a value.
+/// Reads each value with two defaults, so that a default can't be mistaken for a value.
 bool Gives(KernelSettingsReader &reader, const QString &key, const Reads &reads)
 {
     bool same = true;
@@ -70,7 +70,7 @@ void tst_SettingsReaders::xmlTexts()
                 {"0x10", kDefault, kDefault, kDefault}, // base 10
                 {"010", true, 10, 10.0},
                 {"2.5", kDefault, kDefault, 2.5},
-                {"2,5", kDefault, kDefault, kDefault},            // the point is the same everywhere
+                {"2,5", kDefault, kDefault, kDefault},            // the decimal point doesn't depend on the locale
                 {"4294967296", kDefault, kDefault, 4294967296.0}, // beyond 32 bits
                 {"Objektiv \xc3\xbc", kDefault, kDefault, kDefault}};
     for (const auto &row : rows) {
@@ -88,17 +88,17 @@ void tst_SettingsReaders::xmlKeys()
         bool found;
     } rows[] = {{nested, "image/x/m", true},
                 {nested, "image//m/", true}, // levels between are skipped, empty parts dropped
-                {nested, "r/m", false},      // the root is no part of the key
+                {nested, "r/m", false},      // the root is not part of the key
                 {"<r>5</r>", "", true},
                 {"<r><m>5</m><m>5</m></r>", "m", false}, // twice
                 {"<r><m>5<x><m/></x></m></r>", "m", false},
-                {"<r><x><m>5</m></x><y><m>6</m></y></r>", "x/m", true}, // once below the first part
+                {"<r><x><m>5</m></x><y><m>6</m></y></r>", "x/m", true}, // only once below the first part
                 {"<r m='5'/>", "m", false},
                 {"<r><M>5</M></r>", "m", false},
                 {"<r><m><!-- five --><![CDATA[5]]></m></r>", "m", true},
                 {"\xef\xbb\xbf<?xml version='1.0'?>\r\n<r>\r\n<m>5</m>\r\n</r>", "m", true},
-                {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // which it isn't
-                {"<r><m>5</m><x =></r>", "m", true},                                   // before a fault
+                {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // the encoding is wrong
+                {"<r><m>5</m><x =></r>", "m", true},                                   // before an error
                 {"<p:r q:a='1'><p:m>5</p:m></p:r>", "p:m", true}};
     for (const auto &row : rows) {
         KSRFromXMLFile reader(FileOf(row.content));
@@ -109,7 +109,7 @@ void tst_SettingsReaders::xmlKeys()
 void tst_SettingsReaders::xmlUnusable()
 {
     const QByteArray setting = "<a>5</a>";
-    const int deep = 1000000; // tearing down such a tree overruns the stack
+    const int deep = 1000000; // destroying such a tree overflows the stack
     const std::pair<const char *, QByteArray> rows[] = {
         {"empty", ""},
         {"ends in the first tag", "<r"},
@@ -157,8 +157,8 @@ void tst_SettingsReaders::hash()
         QHash<QString, QVariant> hash{{QStringLiteral("image/a"), row.value}};
         KSRFromQHash reader(&hash);
         QVERIFY2(Gives(reader, QStringLiteral("image/a"), row.reads), qPrintable(row.value.toString()));
-        QVERIFY(Gives(reader, QStringLiteral("a"), {})); // keys are whole
-        QCOMPARE(hash.size(), 1);                        // asking enters nothing
+        QVERIFY(Gives(reader, QStringLiteral("a"), {})); // keys must match completely
+        QCOMPARE(hash.size(), 1);                        // reading adds nothing
     }
 }
 

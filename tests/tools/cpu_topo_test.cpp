@@ -12,7 +12,7 @@ using Caches = std::vector<RecordedCache>;
 
 namespace {
 
-/// First to last in steps, as identifiers with holes are.
+/// Returns identifiers in steps, for numberings with holes.
 Ids Range(unsigned first, unsigned count, unsigned step = 1)
 {
     Ids ids;
@@ -27,7 +27,7 @@ Ids operator+(Ids a, const Ids &b)
     return a;
 }
 
-/// What to expect of a machine: counts of the whole, then one row a cache.
+/// Expected results for a machine: total counts, then one row per cache.
 struct Expected {
     unsigned packages, cores, threads;
     unsigned coresOfPackage0, threadsOfCore0;
@@ -178,7 +178,7 @@ void tst_CpuTopo::recorded()
             QVERIFY2(cache == expected.caches[i], name);
         }
         InitCpuTopology();
-        QCOMPARE(machine.bindings, int(expected.threads)); // asked once, however often it is queried
+        QCOMPARE(machine.bindings, int(expected.threads)); // read once, however often it is queried
         cleanup();
         init();
     }
@@ -192,7 +192,7 @@ void tst_CpuTopo::ordinals()
     QCOMPARE(getEnumerateAPICID(23), 53u);
     QCOMPARE(getEnumerateAPICID(24), 0xFFFFFFFFu);
     QCOMPARE(GetOSLogicalProcessorCount(), 24u);
-    // Identifier 19: package 0, core 9, thread 1; the fifth core that was met.
+    // Identifier 19: package 0, core 9, thread 1; the fifth core found.
     QCOMPARE(SlectOrdfromPkg(0, 4, 1), 9u);
     QCOMPARE(SlectOrdfromPkg(1, -1, -1), 12u);
     QCOMPARE(SlectOrdfromPkg(2, -1, -1), 0u);
@@ -221,7 +221,7 @@ void tst_CpuTopo::failures()
         QCOMPARE(counts, Ids(4, 0u));
         QCOMPARE(GetHWMTConfig(0), -1);
         QCOMPARE(getEnumerateAPICID(0), 0xFFFFFFFFu);
-        QCOMPARE(machine.bindings, failure.bindings); // asked once, however often it is queried
+        QCOMPARE(machine.bindings, failure.bindings); // read once, however often it is queried
         cleanup();
         init();
     }

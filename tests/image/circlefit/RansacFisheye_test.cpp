@@ -12,7 +12,7 @@ RansacFisheye NewFit(QVector<RansacFisheye::Data> data)
     fit.data = data;
     fit.iterations = 500;
     fit.maxCenterOffset2 = 100 * 100;
-    fit.width = 1000.9; // the smaller side counts in whole pixels
+    fit.width = 1000.9; // the smaller side is truncated to whole pixels
     fit.height = 2000;
     qsrand(0);
     return fit;
@@ -24,17 +24,17 @@ class tst_RansacFisheye : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void modelsOfLittle();
+    void degenerateModels();
     void scores();
 };
 
-void tst_RansacFisheye::modelsOfLittle()
+void tst_RansacFisheye::degenerateModels()
 {
-    // Three edges, drawn in whatever order: exactly the linear model.
+    // Three edges, drawn in any order: exactly the linear model.
     RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});
     RansacFisheye::Model model = fit.computeOneModel();
     QVERIFY(std::abs(model.radius - 400) + std::abs(model.centerX - 10) + std::abs(model.centerY - 20) < 1e-3);
-    fit.maxCenterOffset2 = 500; // which is what the centre lies away, so not below
+    fit.maxCenterOffset2 = 500; // the exact squared distance of the center, so not below
     model = fit.computeOneModel();
     QVERIFY(model.centerX == 0 && model.centerY == 0);
     QVERIFY(model.radius == 410 || model.radius == 420 || model.radius == 390);
@@ -55,12 +55,12 @@ void tst_RansacFisheye::scores()
     for (int degree = 0; degree < 8; ++degree)
         data.append({400, std::cos(degree * M_PI / 180), std::sin(degree * M_PI / 180), false});
     data[0].distance = 404.9; // within 0.5 % of 1,000
-    data[1].distance = 405.1; // a miss, its circle within the image
+    data[1].distance = 405.1; // a miss whose circle is within the image
     data.append({300, 0, -1, true});
     data.append({500, 0, -1, true});
     RansacFisheye fit = NewFit(data);
     QVERIFY(fit.evaluateModel({0, 0, 400}));
-    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one place inside, of 10
+    QCOMPARE(fit.bestScore, 0.8); // 7 edges and one inside point of 10
     QVERIFY(!fit.evaluateModel({0, 0, 3000}));
     QCOMPARE(fit.best.radius, 400.0);
 
@@ -76,7 +76,7 @@ void tst_RansacFisheye::scores()
                  qPrintable(QStringLiteral("%1 of %2").arg(row.edges).arg(mixed.size())));
     }
 
-    // Equal scores keep the earlier model; an edge missed beyond the image costs one.
+    // Equal scores keep the earlier model; a missed edge beyond the image costs one.
     RansacFisheye far = NewFit({{1010, 1, 0, false}, {1010, 0, 1, false}, {3, 1, 0, false}, {3, 0, 1, false}});
     QVERIFY(!far.evaluateModel({0, 0, 1010})); // the third misses beyond 1,000.9
     QCOMPARE(far.bestScore, 0.25);

@@ -8,7 +8,8 @@
 #include <random>
 #include <vector>
 
-/// @p C channels; @p Gap samples after each row and @p Gap whole rows before and after belong to nobody and hold noise.
+/// @p C channels; @p Gap samples after each row and @p Gap whole rows before and after are outside the plane and hold
+/// noise.
 template <typename T, int C> class Plane {
 public:
     static constexpr int kGap = 3;
@@ -29,7 +30,7 @@ public:
     primitives::Size Size() const { return {m_width, m_height}; }
     T &At(int x, int y, int c = 0) { return Data()[y * RowSamples() + x * C + c]; }
 
-    /// Whether nothing outside of the pixels differs from @p other.
+    /// Returns whether everything outside the pixels equals @p other.
     bool HasGapsOf(const Plane &other) const
     {
         const int rows = m_height + 2 * kGap;
@@ -58,7 +59,7 @@ template <typename T, int C> auto Reader(Plane<T, C> &plane)
     return [&plane](int x, int y, int c) { return plane.At(x, y, c); };
 }
 
-/// Fails the running test unless got(x, y, c) lies within @p tolerance of wanted(x, y, c) on all of the pixels.
+/// Fails the running test unless got(x, y, c) is within @p tolerance of wanted(x, y, c) for all pixels.
 template <typename Got, typename Wanted>
 void CompareSamples(primitives::Size size, int channels, Got got, Wanted wanted, double tolerance)
 {

@@ -19,7 +19,7 @@ private Q_SLOTS:
     void stretchMatchesFormula();
 };
 
-/// Against the convolution cut off at 6 sigma, on noise with an edge through it: the plane's range is 1.
+/// Compares with the convolution cut off at 6 sigma, on noise with an edge: the plane's range is 1.
 void tst_Gaussian::matchesConvolution()
 {
     const struct {
@@ -28,8 +28,8 @@ void tst_Gaussian::matchesConvolution()
         double tolerance;
     } rows[] = {{61, 43, 1.7f, 1e-3},   // direct
                 {61, 43, 3.5f, 3e-3},   // the narrowest grid
-                {150, 131, 4.8f, 3e-3}, // of 2
-                {150, 131, 5.0f, 1e-3}, // of 3
+                {150, 131, 4.8f, 3e-3}, // spacing 2
+                {150, 131, 5.0f, 1e-3}, // spacing 3
                 {37, 900, 8.1f, 1e-3},  // several blocks of nodes
                 {23, 17, 30.0f, 1e-3},  // wider than the plane
                 {1, 1, 7.0f, 1e-3},     {97, 1, 7.0f, 1e-3}};
@@ -65,7 +65,7 @@ void tst_Gaussian::refusedAndExtreme()
     QVERIFY(blur(0) == Status::BadArgument);
     QVERIFY(blur(std::nanf("")) == Status::BadArgument);
     QVERIFY(blur(1e30f) == Status::Ok);
-    // So wide that only the repeated edges count: the mean of the four corners, all over.
+    // So wide that only the repeated edges count: the mean of the four corners everywhere.
     const float corners = (image.At(0, 0) + image.At(19, 0) + image.At(0, 19) + image.At(19, 19)) / 4;
     QVERIFY(std::fabs(blurred.At(3, 11) - corners) < 1e-3f);
 }
@@ -74,7 +74,7 @@ void tst_Gaussian::stretchMatchesFormula()
 {
     std::vector<Ipp8u> src(4 * 259), got(src.size());
     for (std::size_t i = 0; i < src.size(); ++i)
-        src[i] = static_cast<Ipp8u>(i % 4 == 3 ? i : i / 4); // every value in every colour
+        src[i] = static_cast<Ipp8u>(i % 4 == 3 ? i : i / 4); // every value in every color
     for (int low = 0; low < 256; low += 3) {
         for (int high = low; high < 256; ++high) {
             Stretch(static_cast<Ipp8u>(low), static_cast<Ipp8u>(high), 4).Run(src.data(), got.data(), 259);
@@ -90,7 +90,7 @@ void tst_Gaussian::stretchMatchesFormula()
         }
     }
     ColorRange range(4);
-    range.Add(src.data() + 4 * 30, 67); // alpha covers all values, colours 30 to 96
+    range.Add(src.data() + 4 * 30, 67); // alpha covers all values, colors 30 to 96
     QCOMPARE(int(range.Low()), 30);
     QCOMPARE(int(range.High()), 96);
 }

@@ -1,4 +1,4 @@
-// Refusals, memory, comparisons and colour models: what the tests of KImage do not reach.
+// Rejected arguments, memory, comparisons and color models that tests of KImage don't reach.
 #include "ippi.h"
 
 #include "Case.h"
@@ -32,7 +32,7 @@ void tst_Pixels::statuses()
     QVERIFY(ippiThreshold_Val_8u_C1R(a.Data(), 4, b.Data(), 4, {4, 4}, 1, 2, Comparison::Equal) == Status::BadArgument);
     QVERIFY(ippiAdd_8u_C1RSfs(a.Data(), 4, b.Data(), 4, b.Data(), 4, {4, 4}, -1) == Status::BadArgument);
     QVERIFY(ippiAdd_8u_C1RSfs(a.Data(), 4, null, 4, b.Data(), 4, {4, 4}, 1) == Status::NullPointer);
-    const int foreign[] = {0, 3, 1}; // no channel 3 in three
+    const int foreign[] = {0, 3, 1}; // three channels have no channel 3
     QVERIFY(ippiSwapChannels_8u_C3R(a.Data(), 3, b.Data(), 3, {1, 1}, foreign) == Status::BadArgument);
     const Ipp32f values[] = {0, 1};
     QVERIFY(ippiScale_32f8u_C1R(values, 0, b.Data(), 0, {2, 1}, 1.0f, 1.0f) == Status::BadArgument); // no range
@@ -51,7 +51,7 @@ void tst_Pixels::memory()
     QVERIFY(!ippiMalloc_8u_C1(1, -1, &step));
     constexpr int kMax = std::numeric_limits<int>::max();
     QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step));
-    // Rows of 2^33 + 64 bytes: the product is 2^64 and some gigabytes, which alone could be had.
+    // Rows of 2^33 + 64 bytes: the product is 2^64 and some gigabytes; the excess alone could be allocated.
     QVERIFY(!ippiMalloc_32f_C4((1 << 29) + 4, kMax - 14, &step));
     QVERIFY(!ippsMalloc_8u(std::numeric_limits<std::int64_t>::max()));
     ippsFree(nullptr);

@@ -7,7 +7,7 @@
 
 using namespace primitives;
 
-/// What KImage::Resize doesn't reach: parts of a target, refusals, and reductions by thousands.
+/// Cases that KImage::Resize doesn't reach: parts of a target, rejected arguments, and reductions by thousands.
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -91,7 +91,7 @@ void tst_Resize::refused()
         QCOMPARE(specBytes > 0, row.status == Status::Ok);
         if (row.status != Status::Ok)
             continue;
-        // Of a prepared one, no part outside of its target.
+        // A prepared resize rejects parts outside its target.
         Plane<Ipp8u, 1> image(10, 10, 1), target(11, 11, 2), before = target;
         Prepared prepared = Prepare({10, 10}, size, method, 1);
         QVERIFY(ippiResizeSuper_8u_C1R(image.Data(), image.StepBytes(), target.Data(), target.StepBytes(), {1, 0}, size,

@@ -10,7 +10,7 @@ using namespace primitives;
 class tst_Rotate : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void thereAndBack();
+    void roundTrip();
     void pastTheCache();
     void rightAngles();
     void rampUnderAnyAngle();
@@ -30,7 +30,7 @@ Status Rotate(Image &src, Image &dst, double angle, double shiftX, double shiftY
 
 } // namespace
 
-void tst_Rotate::thereAndBack()
+void tst_Rotate::roundTrip()
 {
     for (const int width : {1, 2, 15, 16, 17, 47}) {
         const Case named(width);
@@ -53,7 +53,7 @@ void tst_Rotate::thereAndBack()
 void tst_Rotate::pastTheCache()
 {
     const std::pair<int, int> rows[] = {
-        {608, 0}, {607, 4}, {607, 1}}; // rows on and across lines, pixels across 16 bytes
+        {608, 0}, {607, 4}, {607, 1}}; // rows on and across cache lines, pixels across 16 bytes
     for (const auto &[rowCount, offsetFloats] : rows) {
         const int width = 523, height = rowCount;
         Image image(width, height, 1);
@@ -80,7 +80,7 @@ void tst_Rotate::rightAngles()
         Image image(13, 5, 1), target(11, 14, 2), wanted = target;
         const auto cosine = static_cast<int>(std::lround(std::cos(row.quarters * M_PI / 2)));
         const auto sine = static_cast<int>(std::lround(std::sin(row.quarters * M_PI / 2)));
-        for (int y = 0; y < 5; ++y) { // where each source pixel goes
+        for (int y = 0; y < 5; ++y) { // target of each source pixel
             for (int x = 0; x < 13; ++x) {
                 const int toX = cosine * x + sine * y + row.shiftX, toY = -sine * x + cosine * y + row.shiftY;
                 for (int c = 0; c < 4 && toX >= 0 && toX < 11 && toY >= 0 && toY < 14; ++c)
@@ -109,8 +109,8 @@ void tst_Rotate::rampUnderAnyAngle()
         }
         QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
 
-        // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; half a
-        // pixel beyond their centres nothing is written any more.
+        // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; more
+        // than half a pixel beyond their centers nothing is written.
         const double cosine = std::cos(angle * M_PI / 180), sine = std::sin(angle * M_PI / 180);
         int inside = 0, holes = 0;
         CompareSamples(
@@ -139,7 +139,7 @@ void tst_Rotate::refused()
         int width, interpolation;
         Status status;
     } rows[] = {{nan, 0, 3, 4, Status::BadArgument}, {90, inf, 3, 4, Status::BadArgument},
-                {90, 1e30, 3, 4, Status::Ok}, // beyond integers: nothing comes from the source
+                {90, 1e30, 3, 4, Status::Ok}, // beyond integers: no pixel comes from the source
                 {90, 1e12, 3, 4, Status::Ok},        {90, 0, 3, 2, Status::BadArgument}, // linear
                 {90, 0, 0, 4, Status::BadSize}};
     for (const auto &row : rows) {

@@ -142,6 +142,8 @@ GFL_API GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t 
 GFL_API GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap);
 GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 
+/// Copies ICC profile, IPTC and EXIF as far as @p source has them; @p target keeps what it lacks. XMP is not copied.
+GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the profile of @p target by the one of @p source, or by none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the block of @p target by a copy of @p data; null takes it away.
@@ -166,8 +168,8 @@ GFL_API GFL_XMP_DATA *gflLoadXMPUTF8(const char *path);
 /// gives an empty list.
 GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 
-/// The light that stored values mean by an ICC profile of RGB or grey, each curve at @p points values evenly spaced from
-/// 0 to 1, one curve after the other.
+/// The light that stored values mean by an ICC profile of RGB or grey, each curve at @p points values evenly spaced
+/// from 0 to 1, one curve after the other.
 /// @param points  At least 2. Tables of profiles have up to 4,096.
 /// @param light   Room for 3 * @p points values; those of the curves that there are get filled.
 /// @return 3, or 1 for grey; 0 if the bytes are another profile or none, or if it has look-up tables alone.

@@ -9,8 +9,8 @@
 #include "metadata/exif_lists.h"
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
-#include "metadata_list.h"
 #include "metadata/tone_curves.h"
+#include "metadata_list.h"
 
 #include <algorithm>
 
@@ -169,6 +169,27 @@ int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target)
             return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
         const Metadata *metadata = MetadataOf(source);
         MakeMetadata(target)->icc = metadata ? metadata->icc : Bytes();
+        return Status::Ok();
+    });
+}
+
+int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target)
+{
+    return Guarded([&] {
+        if (!source || !target)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        const Metadata *metadata = MetadataOf(source);
+        if (!metadata)
+            return Status::Ok();
+        StartExiv2();
+        Metadata *copy = MakeMetadata(target);
+        if (!metadata->icc.empty())
+            copy->icc = metadata->icc;
+        if (const Owned<GFL_IPTC_DATA> iptc(IptcBlock(*metadata), gflFreeIPTC); iptc)
+            copy->iptc = IptcBytes(*iptc);
+        if (const Owned<GFL_EXIF_DATAEX> exif(HasExif(*metadata) ? ExifRawBlock(*metadata) : nullptr, gflFreeEXIF2);
+            exif)
+            copy->exif = ExifOfRawList(*exif);
         return Status::Ok();
     });
 }

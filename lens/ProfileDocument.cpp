@@ -21,6 +21,8 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
     if (!file.open(QIODevice::ReadOnly))
         return fail(ProfileFault::NotOpened, file.errorString());
     const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever the file says of its size
+    if (file.error() != QFileDevice::NoError)               // a part of a profile is not to be corrected by
+        return fail(ProfileFault::NotOpened, file.errorString());
     file.close();
     result.bytes = content.size();
     if (content.size() > kMaxXmlBytes)

@@ -7,7 +7,7 @@
 /// What became of a file on its way to a document.
 enum class ProfileFault {
     None,
-    NotOpened,
+    NotOpened,     ///< or not read to its end
     Refused,       ///< larger, deeper or fuller than any profile, or with entity declarations; no document
     NotWellFormed, ///< the document holds what stands before the fault, perhaps nothing
 };

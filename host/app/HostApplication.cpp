@@ -16,6 +16,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -108,6 +109,12 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
 {
     constexpr int kMostMessages = 20;
     static std::atomic<int> count{0};
+    if (type == QtFatalMsg && text.contains(QLatin1String("platform plugin"))) {
+        std::fputs("vitrelux: cannot start: Qt's platform plug-in \"offscreen\" cannot be loaded\n", stderr);
+        std::_Exit(1);
+    }
+    if (std::strcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
+        return; // the fatal message says it
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;
     if (++count == kMostMessages)
@@ -172,15 +179,18 @@ HostApplication::~HostApplication()
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // An object of its own: workers make records too, and one object is not for several threads.
-    const QSettings settings(m_settings.format(), m_settings.scope(), m_settings.organizationName(),
-                             m_settings.applicationName());
-    const QVariant value = settings.value(SettingPath(uid, key), defaultValue);
+    // Workers make records too, and one object is not for several threads. One of their own each would be read anew
+    // each time, and Qt crashes where memory runs out meanwhile.
+    const QVariant value = [&] {
+        const QMutexLocker locker(&m_settingsMutex);
+        return m_settings.value(SettingPath(uid, key), defaultValue);
+    }();
     return m_adapt ? m_adapt(key, value) : value;
 }
 
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
+    const QMutexLocker locker(&m_settingsMutex);
     m_settings.setValue(SettingPath(uid, key), value);
 }
 

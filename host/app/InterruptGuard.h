@@ -30,9 +30,13 @@ public:
     /// Calls @p start with the signals as they were before the guard: a program that it starts inherits them, and one
     /// that is deaf to SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
+    /// Removes the protected folders of the guard that lives, for a program that ends here and now. Does nothing while
+    /// another thread makes or releases one.
+    static void RemoveFolders() noexcept;
 
 private:
     void Watch();
+    void RemoveAll();
 
     std::mutex m_mutex; // of m_folders; an interruption keeps it until the end
     QStringList m_folders;

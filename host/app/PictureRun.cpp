@@ -96,7 +96,12 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
 
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
-    const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // nobody asks for this name again
+    const auto forget = qScopeGuard([&] { // nobody asks for this name again
+        try {
+            application->Forget(admitted);
+        } catch (const std::bad_alloc &) { // the description stays until the end
+        }
+    });
     const QString result = Process(process, record, planned, folder, admitted);
     if (!replaces)
         return Publish(folder, result, planned, existing);

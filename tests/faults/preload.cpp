@@ -40,7 +40,7 @@ struct Kind {
     int error;
 };
 
-const Kind kKinds[] = {{"alloc", ENOMEM}, {"open", EMFILE},  {"read", EIO},    {"write", ENOSPC}, {"fsync", EIO},
+const Kind kKinds[] = {{"alloc", ENOMEM}, {"open", EMFILE}, {"read", EIO},    {"write", ENOSPC}, {"fsync", EIO},
                        {"rename", EIO},   {"mmap", ENOMEM}, {"stat", EACCES}, {"unlink", EACCES}};
 
 const Kind *chosen = nullptr;
@@ -167,8 +167,8 @@ REPLACE(int, __libc_start_main,
          void *stack))
 {
     realMain = begin;
-    auto *const next = Next<int(decltype(begin), int, char **, void (*)(), void (*)(), void (*)(), void *)>(
-        "__libc_start_main");
+    auto *const next =
+        Next<int(decltype(begin), int, char **, void (*)(), void (*)(), void (*)(), void *)>("__libc_start_main");
     return next(CountingMain, argc, argv, init, fini, loader, stack);
 }
 
@@ -256,10 +256,10 @@ FAIL_IF(FailsOn("read", "__fread_chk", stream), 0, size_t, __fread_chk,
         (void *to, size_t room, size_t size, size_t count, FILE *stream), (to, room, size, count, stream))
 FAIL_IF(FailsOn("read", "fgets", stream), nullptr, char *, fgets, (char *to, int size, FILE *stream),
         (to, size, stream))
-FAIL_IF(FailsOn("read", "getc", stream), EOF, int, getc, (FILE *stream), (stream))
+FAIL_IF(FailsOn("read", "getc", stream), EOF, int, getc, (FILE * stream), (stream))
 FAIL_IF(FailsOn("write", "fwrite", stream), 0, size_t, fwrite,
         (const void *from, size_t size, size_t count, FILE *stream), (from, size, count, stream))
-FAIL_IF(stream && FailsOn("write", "fflush", stream), EOF, int, fflush, (FILE *stream), (stream))
+FAIL_IF(stream &&FailsOn("write", "fflush", stream), EOF, int, fflush, (FILE * stream), (stream))
 
 FAIL_AT("rename", from, rename, (const char *from, const char *to), (from, to))
 FAIL_AT("rename", from, renameat, (int source, const char *from, int target, const char *to),

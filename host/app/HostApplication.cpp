@@ -140,6 +140,8 @@ void ChooseDisplayless()
     // Set even where the session names a platform: that of a desktop aborts the program when no display can be reached,
     // as over a remote shell.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // GLib ends the program where memory runs out; Qt's own way of waiting does without it.
+    qputenv("QT_NO_GLIB", "1");
     // Desktop themes, styles and input methods: slow to load, some connect to a display, none is of use here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// The working threads go on meanwhile and may put one more file into the folder behind our back: again, until it is
-/// gone. Once it is gone nothing can be made in it.
+/// Removes a folder. Working threads continue meanwhile and may still add a file, so it repeats until the folder is
+/// removed. After that nothing can be created in it.
 void RemoveForGood(const QString &folder)
 {
     constexpr int kAttempts = 100;
@@ -40,11 +40,11 @@ std::atomic<InterruptGuard *> g_guard{nullptr}; // the one that lives
 
 InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
 {
-    sigaddset(&m_signals, SIGUSR1); // for our own use: wakes the watch up
+    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the watch
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
     try {
         m_watch = std::thread(&InterruptGuard::Watch, this);
-    } catch (const std::system_error &) { // no thread can be had: an interruption then leaves the folders behind
+    } catch (const std::system_error &) { // without a thread an interruption leaves the folders
         pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
         sigemptyset(&m_signals);
     }
@@ -105,11 +105,11 @@ void InterruptGuard::Watch()
     int number = 0;
     while (sigwait(&m_signals, &number) == 0 && !m_stop) {
         if (number == SIGUSR1)
-            continue;   // somebody else's
-        m_mutex.lock(); // and never unlocked: no new folder from here on
+            continue;   // sent by another process
+        m_mutex.lock(); // never unlocked: no new folder from here on
         RemoveAll();
         std::signal(number, SIG_DFL);
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
-        std::raise(number); // to this thread, the one that takes it; ends the program
+        std::raise(number); // sent to this thread, which handles it; ends the program
     }
 }

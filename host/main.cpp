@@ -1,5 +1,6 @@
 // The program vitrelux: corrects photographs through the plug-in, from the command line or in a window.
 #include "app/FileNames.h"
+#include "app/InterruptGuard.h"
 #include "app/PictureRun.h"
 #include "command/CommandLine.h"
 #include "command/Console.h"
@@ -95,6 +96,7 @@ void OccupyStandardStreams()
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
     } catch (const std::bad_alloc &) {
+        InterruptGuard::RemoveFolders();
         std::fputs("vitrelux: not enough memory\n", stderr);
         std::_Exit(kSomeFailed);
     } catch (...) {

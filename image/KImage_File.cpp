@@ -24,22 +24,12 @@ using Bitmap = std::unique_ptr<GFL_BITMAP, BitmapDeleter>;
 
 /// Copies ICC profile, IPTC and EXIF, if @p source has them, to the bitmap about to be written. XMP is not copied: it
 /// describes the editing of the source.
-void CopyMetadata(GFL_BITMAP *source, GFL_BITMAP *target, GFL_SAVE_PARAMS &params)
+/// @return the layer's error
+int CopyMetadata(GFL_BITMAP *source, GFL_BITMAP *target, GFL_SAVE_PARAMS &params)
 {
-    if (gflBitmapHasICCProfile(source)) {
-        gflBitmapCopyICCProfile(source, target);
+    if (gflBitmapHasICCProfile(source))
         params.Flags |= GFL_SAVE_ICC_PROFILE;
-    }
-    if (gflBitmapHasIPTC(source)) {
-        GFL_IPTC_DATA *iptc = gflBitmapGetIPTC(source);
-        gflBitmapSetIPTC(target, iptc);
-        gflFreeIPTC(iptc);
-    }
-    if (gflBitmapHasEXIF(source)) {
-        GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(source);
-        gflBitmapSetEXIF2(target, exif);
-        gflFreeEXIF2(exif);
-    }
+    return gflBitmapCopyMetadata(source, target);
 }
 
 QString FormatName(const QString &format)
@@ -138,7 +128,7 @@ void WriteBy(KImage &image, const QString &fileName, const QString &format, int 
         const int error = gflLoadMetadataUTF8(metadataSource.toUtf8().constData(), &loaded);
         const Bitmap source(loaded);
         image.CheckIfGFLError(error, metadataSource, KPlace());
-        CopyMetadata(source.get(), image.m_bitmap, params);
+        image.CheckIfGFLError(CopyMetadata(source.get(), image.m_bitmap, params), metadataSource, KPlace());
     }
 
     params.FormatIndex = FormatIndex(formatName);

@@ -1,8 +1,9 @@
 // The complete interface of the image-file layer: bitmap and parameter records, and the functions on them.
 //
 // C-style and re-entrant: any thread may call any function on different bitmaps and different files. Rules for all:
-//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result if no error number
-//     is returned; freeing null does nothing.
+//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result where no error
+//  number
+//    is returned; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
 //     layer, whatever its type; a lack of memory anywhere gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
@@ -142,6 +143,8 @@ GFL_API GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t 
 GFL_API GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap);
 GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 
+/// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied.
+GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the profile of @p target by that of @p source, or by none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the block of @p target by a copy of @p data; null removes it.

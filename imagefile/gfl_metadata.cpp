@@ -173,6 +173,27 @@ int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target)
     });
 }
 
+int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target)
+{
+    return Guarded([&] {
+        if (!source || !target)
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        const Metadata *metadata = MetadataOf(source);
+        if (!metadata)
+            return Status::Ok();
+        StartExiv2();
+        Metadata *copy = MakeMetadata(target);
+        if (!metadata->icc.empty())
+            copy->icc = metadata->icc;
+        if (const Owned<GFL_IPTC_DATA> iptc(IptcBlock(*metadata), gflFreeIPTC); iptc)
+            copy->iptc = IptcBytes(*iptc);
+        if (const Owned<GFL_EXIF_DATAEX> exif(HasExif(*metadata) ? ExifRawBlock(*metadata) : nullptr, gflFreeEXIF2);
+            exif)
+            copy->exif = ExifOfRawList(*exif);
+        return Status::Ok();
+    });
+}
+
 int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data)
 {
     return Guarded([&] {

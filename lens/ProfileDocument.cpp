@@ -21,6 +21,8 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
     if (!file.open(QIODevice::ReadOnly))
         return fail(ProfileFault::NotOpened, file.errorString());
     const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever size the file reports
+    if (file.error() != QFileDevice::NoError)
+        return fail(ProfileFault::NotOpened, file.errorString());
     file.close();
     result.bytes = content.size();
     if (content.size() > kMaxXmlBytes)

@@ -7,7 +7,7 @@
 /// The reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
-    NotOpened,
+    NotOpened,     ///< or not read to its end
     Refused,       ///< beyond the limits of XmlLimits.h, or with entity declarations; no document
     NotWellFormed, ///< the document holds the part before the error, perhaps nothing
 };

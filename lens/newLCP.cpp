@@ -3,6 +3,7 @@
 #include "ProfileDocument_p.h"
 
 #include <QDomElement>
+#include <QFileInfo>
 #include <QString>
 
 namespace {
@@ -80,9 +81,17 @@ void ReadValue(const QDomElement &element, unsigned kinds, LensParam &model)
 
 newLCP::newLCP(const QString &fileName, bool &ok)
 {
+    QString whyNotRead;
+    *this = newLCP(fileName, ok, &whyNotRead);
+}
+
+newLCP::newLCP(const QString &fileName, bool &ok, QString *whyNotRead)
+{
     const ProfileDocument profile = ReadProfileDocument(fileName);
     if (profile.fault != ProfileFault::NotOpened)
         ok = ReadEntry(profile.document.documentElement());
+    else if (QFileInfo(fileName).isFile())
+        *whyNotRead = profile.why;
 }
 
 newLCP::newLCP(const QDomElement &root, bool &ok)

@@ -22,6 +22,8 @@ public:
     /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
     /// is used as far as it goes.
     newLCP(const QString &fileName, bool &ok);
+    /// As above. @p whyNotRead is set if there is such a file but it can't be opened, or not read to its end.
+    newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
     /// Reads a parsed profile from its root element; @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 

@@ -91,8 +91,11 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
     }
     if (!params.Chosen().Any())
         return std::nullopt;
-    bool ok = true; // not looked at: a profile that can't be read has no models, and nothing is corrected
-    newLCP lcp(params.lcpFilename, ok);
+    bool ok = true; // not looked at: what is no profile has no models, and nothing is corrected
+    QString whyNotRead;
+    newLCP lcp(params.lcpFilename, ok, &whyNotRead);
+    if (!whyNotRead.isEmpty())
+        throw KException(QStringLiteral("cannot read \"%1\": %2").arg(params.lcpFilename, whyNotRead), KPlace());
     lcp.scale = params.scale;
     return lcp;
 }

@@ -16,6 +16,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -109,6 +110,12 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
 {
     constexpr int kMostMessages = 20;
     static std::atomic<int> count{0};
+    if (type == QtFatalMsg && text.contains(QLatin1String("platform plugin"))) {
+        std::fputs("vitrelux: cannot start: Qt's platform plug-in \"offscreen\" cannot be loaded\n", stderr);
+        std::_Exit(1);
+    }
+    if (std::strcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
+        return; // the fatal message says it
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;
     if (++count == kMostMessages)
@@ -134,6 +141,8 @@ void ChooseDisplayless()
     // Set even if the session names a platform: a desktop's aborts the program if no display can be reached, as in a
     // remote shell.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // GLib aborts the program if memory runs out; Qt's own event loop works without it.
+    qputenv("QT_NO_GLIB", "1");
     // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);
@@ -173,15 +182,18 @@ HostApplication::~HostApplication()
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // A separate object: workers make records too, and one object must not be used by several threads.
-    const QSettings settings(m_settings.format(), m_settings.scope(), m_settings.organizationName(),
-                             m_settings.applicationName());
-    const QVariant value = settings.value(SettingPath(uid, key), defaultValue);
+    // Workers make records too, so access is locked. Separate objects would reread the file each time, and Qt crashes
+    // if memory runs out while it makes one.
+    const QVariant value = [&] {
+        const QMutexLocker locker(&m_settingsMutex);
+        return m_settings.value(SettingPath(uid, key), defaultValue);
+    }();
     return m_adapt ? m_adapt(key, value) : value;
 }
 
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
+    const QMutexLocker locker(&m_settingsMutex);
     m_settings.setValue(SettingPath(uid, key), value);
 }
 

@@ -92,6 +92,7 @@ private:
 
     QString m_settingsProblem;
     QSettings m_settings;
+    QMutex m_settingsMutex;                        // plug-ins read on any thread
     QMutex m_mutex;                                // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_lentInstead; // not owned

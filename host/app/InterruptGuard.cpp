@@ -34,6 +34,8 @@ sigset_t SignalsNotIgnored()
     return signals;
 }
 
+std::atomic<InterruptGuard *> g_guard{nullptr}; // the one that lives
+
 } // namespace
 
 InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
@@ -46,10 +48,12 @@ InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
         pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
         sigemptyset(&m_signals);
     }
+    g_guard = this;
 }
 
 InterruptGuard::~InterruptGuard()
 {
+    g_guard = nullptr;
     if (!m_watch.joinable())
         return;
     m_stop = true;
@@ -77,6 +81,25 @@ void InterruptGuard::StartProgram(const std::function<void()> &start)
     pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
 }
 
+void InterruptGuard::RemoveAll()
+{
+    for (const QString &folder : qAsConst(m_folders)) {
+        if (!folder.isEmpty())
+            RemoveForGood(folder);
+    }
+}
+
+void InterruptGuard::RemoveFolders() noexcept
+{
+    InterruptGuard *const guard = g_guard;
+    if (!guard || !guard->m_mutex.try_lock()) // never unlocked
+        return;
+    try {
+        guard->RemoveAll();
+    } catch (...) { // without memory for it: the next run over the folder removes what is left
+    }
+}
+
 void InterruptGuard::Watch()
 {
     int number = 0;
@@ -84,10 +107,7 @@ void InterruptGuard::Watch()
         if (number == SIGUSR1)
             continue;   // sent by another process
         m_mutex.lock(); // never unlocked: no new folder from here on
-        for (const QString &folder : qAsConst(m_folders)) {
-            if (!folder.isEmpty())
-                RemoveForGood(folder);
-        }
+        RemoveAll();
         std::signal(number, SIG_DFL);
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
         std::raise(number); // sent to this thread, which handles it; ends the program

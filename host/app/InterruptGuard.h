@@ -30,9 +30,13 @@ public:
     /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
     /// that blocks SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
+    /// Removes the protected folders of the guard that lives, for a program that ends here and now. Does nothing while
+    /// another thread makes or releases one.
+    static void RemoveFolders() noexcept;
 
 private:
     void Watch();
+    void RemoveAll();
 
     std::mutex m_mutex; // guards m_folders; never unlocked after an interruption
     QStringList m_folders;

@@ -98,7 +98,12 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
 
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
-    const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // this name is not used again
+    const auto forget = qScopeGuard([&] { // this name is not used again
+        try {
+            application->Forget(admitted);
+        } catch (const std::bad_alloc &) { // the description stays until the program ends
+        }
+    });
     const QString result = Process(process, record, planned, folder, admitted);
     if (check)
         check();

@@ -129,12 +129,18 @@ Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 void StartExiv2()
 {
     static std::once_flag once;
+    static bool started = false;
     std::call_once(once, [] {
         Exiv2::LogMsg::setHandler(TakeLog);
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
-        Exiv2::XmpParser::initialize(LockXmp, nullptr);
         Exiv2::enableBMFF(true); // Canon CR3
+        try {
+            started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
+        } catch (...) { // there is no second try: half started, the XMP toolkit takes itself for whole and crashes
+        }
     });
+    if (!started)
+        throw std::bad_alloc(); // the only reason
 }
 
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif)

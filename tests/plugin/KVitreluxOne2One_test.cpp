@@ -362,6 +362,8 @@ void tst_KVitreluxOne2One::unreadableProfile()
     FillWithCoordinates(image, size.width(), size.height());
     CorrectDistortion(image, profile);
     QTEST(Pixel(image, 3, 2)[0], "red");
+    // A regular file whose reads fail: an uncorrected picture would pass for a corrected one.
+    QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
 // A run from a file goes in bands; what comes out is the file of the whole picture, corrected in memory. Strips of the

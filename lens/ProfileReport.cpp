@@ -36,7 +36,7 @@ std::optional<double> ChildNumber(const QDomElement &parent, const char *tag)
     return isNumber && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
-// --- Why a file can't be used ---
+// --- Why a file cannot be used ---
 
 QString WhyNoFile(const QString &fileName)
 {

@@ -60,7 +60,7 @@ KImage WithSoftAlpha(const KImage &picture)
     return image;
 }
 
-/// The same as a compositor keeps it, with colours times alpha.
+/// The same as a compositor keeps it, with colors times alpha.
 KImage Premultiplied(KImage soft)
 {
     KImage image(soft.width(), soft.height(), GFL_RGBA, 8, /*clear=*/true, nullptr, 0), alpha;

@@ -1,7 +1,7 @@
-/// What the painted scenes are made of: colours, edges that are smooth over a footprint, and repeatable noise.
+/// What the painted scenes are made of: colors, edges that are smooth over a footprint, and repeatable noise.
 ///
-/// Colours are display-encoded values of 0 to 1; the scenes mix them as a painter would, not as light adds up, so that
-/// an edge between two colours has its half-way value exactly on the edge in each channel.
+/// Colors are display-encoded values of 0 to 1; the scenes mix them as a painter would, not as light adds up, so that
+/// an edge between two colors has its half-way value exactly on the edge in each channel.
 #pragma once
 
 #include <algorithm>
@@ -106,14 +106,14 @@ inline double Cloud(double x, double y, int octaves, uint32_t seed)
     return sum;
 }
 
-/// A small cell of the corrected picture: its centre and how far it reaches.
+/// A small cell of the corrected picture: its center and how far it reaches.
 struct Footprint {
     Point at;
     double width = 1;
     double height = 1;
 };
 
-/// The colour under construction at one footprint: each call paints over what is there.
+/// The color under construction at one footprint: each call paints over what is there.
 class Brush {
 public:
     explicit Brush(const Footprint &footprint) : cell(footprint) { }
@@ -137,7 +137,7 @@ public:
     Rgb color;
 };
 
-/// The colour of shade under a clear sky.
+/// The color of shade under a clear sky.
 constexpr Rgb kShadow = {0.56, 0.60, 0.68};
 
 } // namespace Samples

@@ -1,5 +1,5 @@
-// Runs the whole program over pictures whose values are their own coordinates, so that every pixel of the result tells
-// where it was taken from, and compares that with the lens mathematics in double precision.
+// Runs the whole program on pictures whose values are their coordinates, so that every pixel of the result shows its
+// source position, and compares that with the lens mathematics in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -71,7 +71,7 @@ private:
     void Take(double deviation, const Expected &at)
     {
         ++compared;
-        if (deviation <= worst) // false for a value that is not a number
+        if (deviation <= worst) // false for a value that is NaN
             return;
         worst = std::isnan(deviation) ? HUGE_VAL : deviation;
         where = QStringLiteral("off by %1 at (%2, %3), channel %4").arg(deviation).arg(at.x).arg(at.y).arg(at.c);

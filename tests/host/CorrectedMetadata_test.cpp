@@ -1,4 +1,4 @@
-// What the program's files hold: depth, channels, compression, alpha, and the metadata of the photograph.
+// The content of the program's files: depth, channels, compression, alpha, and the metadata of the photograph.
 #include "CorrectFile.h"
 
 #include <QFile>
@@ -31,7 +31,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Grey with a black square in the middle; the channels beyond three hold @p alpha.
+/// Gray with a black square in the middle; the channels beyond three hold @p alpha.
 TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -48,7 +48,7 @@ TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// The fourth channel of a pixel by its colours' places and, where each has its own, by what they came to.
+/// The fourth channel of a pixel by its colors' places and, where each has its own, by what they came to.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))

@@ -91,7 +91,7 @@ void tst_Library::eachCallAddsAProcess()
     }
     QCOMPARE(options, QStringLiteral("Qt's the system's"));
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
-    delete plugins[0].data(); // a host may: the library then lets go of it
+    delete plugins[0].data(); // allowed for hosts: the library then releases it
 }
 
 void tst_Library::pictures()

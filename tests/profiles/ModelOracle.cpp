@@ -29,7 +29,7 @@ OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
     }
 }
 
-/// The way back is the same for most; two quarter turns undo each other.
+/// The inverse is the same for most; the two quarter turns are inverse to each other.
 OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
 {
     OraclePicture back = p;

@@ -17,7 +17,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// What stands beside it, up to @p size bytes.
+/// Prepares a copy of a neighboring file, cut to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {

@@ -133,7 +133,7 @@ class tst_CorrectedMetadata : public QObject {
 private Q_SLOTS:
     void depthAndAlpha_data();
     void depthAndAlpha();
-    void metadataIsCarriedOver();
+    void copiesMetadata();
 };
 
 void tst_CorrectedMetadata::depthAndAlpha_data()
@@ -192,7 +192,7 @@ void tst_CorrectedMetadata::depthAndAlpha()
         QVERIFY(seen[int(Alpha::Kept)] > 20);
 }
 
-void tst_CorrectedMetadata::metadataIsCarriedOver()
+void tst_CorrectedMetadata::copiesMetadata()
 {
     for (const int bits : {0, 8, 16, 32}) { // 0: JPEG
         const QTemporaryDir folder;

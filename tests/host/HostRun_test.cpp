@@ -25,10 +25,10 @@ private Q_SLOTS:
     void failsWithOneLine();
     void existingOutput();
     void replacedFile();
-    void picturesAtOnceAreThoseOneByOne();
+    void parallelRunsGiveTheSameFiles();
     void rivalsForOneOutput();
     void interruptionLeavesNothing();
-    void workFoldersOfTheDead();
+    void removesWorkFoldersOfKilledRuns();
     void standardStreams();
     void environment();
     void names();
@@ -187,7 +187,7 @@ void HostRunTest::replacedFile()
 }
 
 /// With the real plug-in, which makes one process per thread; one picture in between fails.
-void HostRunTest::picturesAtOnceAreThoseOneByOne()
+void HostRunTest::parallelRunsGiveTheSameFiles()
 {
     QString pictures;
     for (int i = 0; i < 6; ++i) {
@@ -250,7 +250,7 @@ void HostRunTest::interruptionLeavesNothing()
 }
 
 /// The next start removes a killed run's work folder, but not that of a running one.
-void HostRunTest::workFoldersOfTheDead()
+void HostRunTest::removesWorkFoldersOfKilledRuns()
 {
     const auto folders = [this] { return Names(m_dir->path()).filter(".vitrelux-"_s); };
     m_run->Set("VITRELUX_PROBE", "block"_s);

@@ -55,7 +55,7 @@ private Q_SLOTS:
     void profile();
     void correctLooksUp();
     void storedFolder();
-    void unreadableGoesOn();
+    void continuesAfterUnreadable();
 
 private:
     QJsonObject Json(const QString &picture)
@@ -204,7 +204,7 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
 
-void InfoTest::unreadableGoesOn()
+void InfoTest::continuesAfterUnreadable()
 {
     QImage grey(4, 3, QImage::Format_Grayscale8);
     grey.fill(100);

@@ -105,11 +105,11 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void picturesByDialogAndDrop();
-    void runTellsWhatCameOfEach();
-    void replacesWhereToldTo();
-    void stopEndsBehindThePictureUnderWay_data();
-    void stopEndsBehindThePictureUnderWay();
-    void backKeepsWhatWasChosen();
+    void reportsTheResultOfEach();
+    void replacesOnRequest();
+    void stopsAfterTheCurrentPicture_data();
+    void stopsAfterTheCurrentPicture();
+    void backKeepsChoices();
     void choicesStayWithTheirPictures();
     void realPluginCorrects();
     void speaksTheUsersLanguage_data();
@@ -222,7 +222,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     m_wizard->close();
 }
 
-void tst_Wizard::runTellsWhatCameOfEach()
+void tst_Wizard::reportsTheResultOfEach()
 {
     const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
     constexpr int kPictures = 8;
@@ -256,7 +256,7 @@ void tst_Wizard::runTellsWhatCameOfEach()
     QCOMPARE(m_opened.toLocalFile(), m_dir->path());
 }
 
-void tst_Wizard::replacesWhereToldTo()
+void tst_Wizard::replacesOnRequest()
 {
     m_process->page.reset(); // a process without a page: from the pictures directly to the run
     WriteFile(Path("there_corrected.tiff"), "old");
@@ -271,14 +271,14 @@ void tst_Wizard::replacesWhereToldTo()
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
-void tst_Wizard::stopEndsBehindThePictureUnderWay_data()
+void tst_Wizard::stopsAfterTheCurrentPicture_data()
 {
     QTest::addColumn<QString>("manner");
     for (const char *manner : {"button", "window closed", "window closed twice", "deleted"})
         QTest::newRow(manner) << QString::fromLatin1(manner);
 }
 
-void tst_Wizard::stopEndsBehindThePictureUnderWay()
+void tst_Wizard::stopsAfterTheCurrentPicture()
 {
     QFETCH(QString, manner);
     m_process->goesWhenStopped = manner == "deleted"_s;
@@ -305,7 +305,7 @@ void tst_Wizard::stopEndsBehindThePictureUnderWay()
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
 }
 
-void tst_Wizard::backKeepsWhatWasChosen()
+void tst_Wizard::backKeepsChoices()
 {
     WriteJpeg(Path("b.jpg"), 60, 40);
     Show("a.jpg"_s);

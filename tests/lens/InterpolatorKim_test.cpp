@@ -56,14 +56,14 @@ class tst_InterpolatorKim : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void matchesTheStatement();
+    void matchesTheReference();
     void samplerPositions();
     void depths();
     void shapes();
-    void brokenImagesAreRefused();
+    void refusesBrokenImages();
 };
 
-void tst_InterpolatorKim::matchesTheStatement()
+void tst_InterpolatorKim::matchesTheReference()
 {
     const QSize sizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {13, 17}};
     for (int i = 0; i < 45; ++i) {
@@ -201,7 +201,7 @@ void tst_InterpolatorKim::shapes()
     }
 }
 
-void tst_InterpolatorKim::brokenImagesAreRefused()
+void tst_InterpolatorKim::refusesBrokenImages()
 {
     newLCP lcp = NoModels();
     lcp.distortionModel = Identity();

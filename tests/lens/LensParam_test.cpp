@@ -71,10 +71,10 @@ class tst_LensParam : public QObject {
 
 private Q_SLOTS:
     void perspective();
-    void sumsOfTermsAreKeptInDouble();
+    void sumsTermsInDouble();
     void fisheye();
-    void fisheyeCentreIsNotANumber();
-    void falloff();
+    void fisheyeCenterIsNaN();
+    void vignettingGain();
 };
 
 void tst_LensParam::perspective()
@@ -109,7 +109,7 @@ void tst_LensParam::perspective()
     }
 }
 
-void tst_LensParam::sumsOfTermsAreKeptInDouble()
+void tst_LensParam::sumsTermsInDouble()
 {
     // In float 1 + 2^-25 and 1 + 2^-24 are both 1; their exact sum is nearer to the next float after 1.
     const LensParam model = Model({std::ldexp(1.0F, -25), std::ldexp(1.0F, -24)});
@@ -144,7 +144,7 @@ void tst_LensParam::fisheye()
     }
 }
 
-void tst_LensParam::fisheyeCentreIsNotANumber()
+void tst_LensParam::fisheyeCenterIsNaN()
 {
     LensParam model = Model({-0.06F});
     model.centerX = 3050;
@@ -156,7 +156,7 @@ void tst_LensParam::fisheyeCentreIsNotANumber()
     QCOMPARE(QPointF(x, y), QPointF(3050, 1960));
 }
 
-void tst_LensParam::falloff()
+void tst_LensParam::vignettingGain()
 {
     QVector<std::tuple<Coefficients, float, double>> rows = {
         {{-0.5F, 0.3F, 0.2F}, 0.0F, 1.0},

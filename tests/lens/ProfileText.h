@@ -21,7 +21,7 @@ QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByte
                  const QByteArray &centerY);
 /// Names, lens and shooting data as profile makers write them, without the image size.
 QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
-/// An entry with all five models, each with values of its own. @p shift is added to the radial coefficients.
+/// An entry with all five models, each with different values. @p shift is added to the radial coefficients.
 QByteArray FullEntry(double shift);
 
 } // namespace profiletext

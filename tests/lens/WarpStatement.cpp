@@ -55,7 +55,7 @@ struct Statement {
         return model.ComputeFalloff(u * u + v * v);
     }
 
-    /// Whether the position is inside; @p value is then the sample of 0..1, or as it was beside the last column and
+    /// Whether the position is inside; @p value is then the sample of 0..1, or unchanged next to the last column and
     /// row.
     bool Sample(float x, float y, int channel, float &value) const
     {

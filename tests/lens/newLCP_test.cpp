@@ -42,13 +42,13 @@ class tst_newLCP : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstOfManyEntries();
+    void readsOnlyTheFirstEntry();
     void perspectiveValues();
     void subModelsReadTheirOwnValues();
     void reset();
-    void metadataBehindTheModelIsNotRead();
+    void ignoresMetadataAfterTheModel();
     void unusable();
-    void brokenOffBehindTheFirstEntry();
+    void truncatedAfterTheFirstEntry();
 
 private:
     /// The profile in a file of that content.
@@ -66,7 +66,7 @@ newLCP tst_newLCP::Read(const QByteArray &content, bool *ok)
     return lcp;
 }
 
-void tst_newLCP::firstOfManyEntries()
+void tst_newLCP::readsOnlyTheFirstEntry()
 {
     bool ok = false;
     // Hundreds of entries, one per focal length, aperture and distance, are normal.
@@ -176,7 +176,7 @@ void tst_newLCP::reset()
     QCOMPARE(distortion.coefficients.size(), 3); // which a second reading appends to
 }
 
-void tst_newLCP::metadataBehindTheModelIsNotRead()
+void tst_newLCP::ignoresMetadataAfterTheModel()
 {
     const QByteArray model = Resource("PerspectiveModel", Place("0.5", "0.5", "0.5", "0.25"));
     bool ok = false;
@@ -227,7 +227,7 @@ void tst_newLCP::unusable()
     }
 }
 
-void tst_newLCP::brokenOffBehindTheFirstEntry()
+void tst_newLCP::truncatedAfterTheFirstEntry()
 {
     bool ok = false;
     const QByteArray whole = Profile(FullEntry(0) + FullEntry(0.3));

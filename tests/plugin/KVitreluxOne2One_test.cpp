@@ -92,7 +92,7 @@ private Q_SLOTS:
 
     void recordFromElement_data();
     void recordFromElement();
-    void plainKnowsNothingOfFitted();
+    void plainRecordsIgnoreFittedOptions();
     void fittedOption_data();
     void fittedOption();
     void xmlForm();
@@ -100,9 +100,9 @@ private Q_SLOTS:
     void rightAngleFrames();
     void unreadableProfile_data();
     void unreadableProfile();
-    void fileRunIsTheWholePicture_data();
-    void fileRunIsTheWholePicture();
-    void failedRunGivesTheLockBack();
+    void fileRunEqualsWholePicture_data();
+    void fileRunEqualsWholePicture();
+    void failedRunReleasesTheLock();
 
 private:
     QString WriteProfile(int width, int height, double k)
@@ -164,7 +164,7 @@ void tst_KVitreluxOne2One::recordFromElement()
 
 // The effects of plain records that a host sees: each call on it and each attribute, while fitted options are stored.
 
-void tst_KVitreluxOne2One::plainKnowsNothingOfFitted()
+void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
     const QStringList names = {"Disto"_s, "CA"_s, "Falloff"_s, "LCPfilename"_s}, gets = Prefixed("get "_s, names);
     const QStringList options = {"Framing"_s, "Lens"_s, "Again"_s, "Profile"_s};
@@ -367,7 +367,7 @@ void tst_KVitreluxOne2One::unreadableProfile()
 // A run from a file works in bands; the result equals that of the whole picture corrected in memory. Strips of the file
 // hold 512 KiB, so that these have several.
 
-void tst_KVitreluxOne2One::fileRunIsTheWholePicture_data()
+void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<int>("type");
@@ -381,7 +381,7 @@ void tst_KVitreluxOne2One::fileRunIsTheWholePicture_data()
     QTest::newRow("one row of gray, 8 bits, a copy") << QSize(97, 1) << int(GFL_GREY) << 8 << 0;
 }
 
-void tst_KVitreluxOne2One::fileRunIsTheWholePicture()
+void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
 {
     QFETCH(QSize, size);
     QFETCH(int, type);
@@ -421,7 +421,7 @@ void tst_KVitreluxOne2One::fileRunIsTheWholePicture()
     }
 }
 
-void tst_KVitreluxOne2One::failedRunGivesTheLockBack()
+void tst_KVitreluxOne2One::failedRunReleasesTheLock()
 {
     const QString source = QStringLiteral("/nowhere/at/all.jpg");
     FakeImageDef *def = Host().Def(source);

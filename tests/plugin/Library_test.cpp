@@ -30,7 +30,7 @@ class tst_Library : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void whatTheLibraryTells();
+    void libraryDescription();
     void eachCallAddsAProcess();
     void pictures();
 
@@ -49,7 +49,7 @@ void tst_Library::initTestCase()
     QVERIFY2(m_object, qPrintable(m_loader.errorString()));
 }
 
-void tst_Library::whatTheLibraryTells()
+void tst_Library::libraryDescription()
 {
     QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
     QCOMPARE(second.instance(), m_object); // one object a load

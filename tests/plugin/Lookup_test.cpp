@@ -21,7 +21,7 @@ private Q_SLOTS:
     void profile_data();
     void profile();
     void currentFolderWithoutBrand();
-    void descriptionsThatTellNothing();
+    void emptyDescriptions();
     void recordIsFilledByRunAndPage();
 
 private:
@@ -178,7 +178,7 @@ void tst_Lookup::currentFolderWithoutBrand()
     QCOMPARE(Relative(found), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
 }
 
-void tst_Lookup::descriptionsThatTellNothing()
+void tst_Lookup::emptyDescriptions()
 {
     KVitreluxOne2One process;
     ImageDef bare;

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The sensor's position of a position in the picture at hand, whose sides are swapped from orientation 5 on.
+/// Converts a position in the current picture to the sensor's; from orientation 5 on the picture's sides are swapped.
 OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
 {
     const long double right = p.width - 1, bottom = p.height - 1;

@@ -145,7 +145,7 @@ QImage Fitted(KImage &image, const QWidget &frame)
     return shown.copy(shown.rect().adjusted(2, 2, -2, -2));
 }
 
-/// Where it stands in the frame's parent.
+/// Its position in the frame's parent.
 QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 {
     const QSize free = frame.size() - fitted.size();
@@ -161,7 +161,7 @@ private Q_SLOTS:
     void init() { Host().Clear(); }
     void cleanup() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
-    void listWalksAround();
+    void listWrapsAround();
     void reducedSize_data();
     void reducedSize();
     void states();
@@ -197,7 +197,7 @@ void tst_UIVitreluxPage::initTestCase()
     m_whole = Profile({true, true, true}, 400, 300);
 }
 
-void tst_UIVitreluxPage::listWalksAround()
+void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);

@@ -66,7 +66,7 @@ private Q_SLOTS:
     void unusable_data();
     void unusable();
     void readsOnlyWhatChanged();
-    void damagedCacheIsMadeAnew();
+    void rebuildsDamagedCache();
 };
 
 void tst_ProfileIndex::head_data()
@@ -144,7 +144,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     scan(0, {QStringLiteral("another 50mm"), two});
 }
 
-void tst_ProfileIndex::damagedCacheIsMadeAnew()
+void tst_ProfileIndex::rebuildsDamagedCache()
 {
     const QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("profiles.index"));

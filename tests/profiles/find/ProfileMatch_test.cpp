@@ -95,7 +95,7 @@ private Q_SLOTS:
     void lensAmongDecoys();
     void bodies_data();
     void bodies();
-    void equalOnesAreNamed();
+    void namesEquallyGoodProfiles();
     void settingsOutsideTheLens_data();
     void settingsOutsideTheLens();
     void fixedLens();
@@ -172,7 +172,7 @@ void tst_ProfileMatch::bodies()
     QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is noted
 }
 
-void tst_ProfileMatch::equalOnesAreNamed()
+void tst_ProfileMatch::namesEquallyGoodProfiles()
 {
     QVector<IndexedProfile> two = {ProfileOf(Text("Canon EF 50mm f/1.8 STM")), ProfileOf(Text("EF50mm f/1.8 STM"))};
     const PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF50mm f/1.8 STM"), 50);
@@ -222,7 +222,7 @@ void tst_ProfileMatch::fixedLens()
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("6.1 - 30.5 mm"), 12);
     facts.model = Known(QStringLiteral("Canon PowerShot G11"));
     QCOMPARE(Matcher().Match({compact}, facts).path, compact.path);
-    // An interchangeable lens cannot be inferred for a picture without a lens name.
+    // A profile of an interchangeable lens doesn't match a camera with a fixed lens.
     IndexedProfile mounted = compact;
     mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
     QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());

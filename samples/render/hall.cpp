@@ -173,7 +173,7 @@ Rgb Hall::At(const Footprint &cell) const
     const double side = kWall / std::max(std::abs(dx), 1e-9); // depth at which the ray meets each face
     const double level = (dy > 0 ? kFloor : -kCeiling) / std::max(std::abs(dy), 1e-9);
     const double z = std::min({side, level, kEnd});
-    // Along a face that runs away from the eye a step of the ray sideways moves the depth as well.
+    // Along a face that recedes from the eye, a sideways step of the ray also changes the depth.
     const double across = z * cell.width / m_focalPx;
     const double down = z * cell.height / m_focalPx;
     if (z == kEnd)

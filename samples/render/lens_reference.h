@@ -1,4 +1,4 @@
-/// The lens mathematics of a profile in double precision, forwards and backwards, for making and judging samples.
+/// The lens mathematics of a profile in double precision, forward and inverse, for making and checking samples.
 #pragma once
 
 #include <optional>
@@ -34,14 +34,14 @@ struct LensProfile {
     bool fisheye = false;
     LensModel distortion;
     std::optional<LensModel> green;
-    std::optional<LensModel> redGreen; ///< always perspective, applied to where green went
+    std::optional<LensModel> redGreen; ///< always perspective, applied to green's position
     std::optional<LensModel> blueGreen;
     std::optional<LensModel> vignette;
 };
 
 enum class Projection { Perspective, Fisheye };
 
-/// Where the light that belongs at @p corrected lies in the photograph, by one model.
+/// Returns the position in the photograph of the light that belongs at @p corrected, by one model.
 ///
 /// Perspective: outwards by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
 /// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
@@ -60,10 +60,10 @@ Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projecti
 /// series cut after x^4, with x the squared radius in focal lengths. A focal length here counts the longer side.
 double Gain(const LensProfile &profile, Point source);
 
-/// How the camera was held: a portrait is turned a quarter to the left onto the profile's landscape frame.
+/// Camera orientation: a portrait is turned a quarter to the left onto the profile's landscape frame.
 enum class Hold { Landscape, Portrait };
 
-/// From the upright picture to the profile's frame and back; @p uprightWidth in pixels.
+/// Converts from the upright picture to the profile's frame and back; @p uprightWidth in pixels.
 Point Turned(Point upright, int uprightWidth, Hold hold);
 Point Upright(Point turned, int uprightWidth, Hold hold);
 

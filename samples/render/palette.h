@@ -1,4 +1,4 @@
-// Pictures in few colors, so that their files stay small.
+// Pictures with few colors, so that their files are small.
 #pragma once
 
 #include <QImage>

@@ -1,4 +1,4 @@
-/// Taking a picture of a scene through the faults of a lens, and writing it as a camera would.
+/// Photographs a scene through a lens with faults, and writes it as a camera would.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace Samples {
 
-/// What the files tell about a picture.
+/// Metadata written to the files of a picture.
 struct Caption {
     std::string title;
     std::string keyword;

@@ -1,4 +1,4 @@
-/// A scene that can be photographed: its color everywhere, and where its straight edges and even patches are.
+/// A scene to photograph: its color everywhere, and the places of its straight edges and even patches.
 #pragma once
 
 #include <string>

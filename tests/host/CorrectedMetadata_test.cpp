@@ -103,7 +103,7 @@ void AddMetadata(const QString &path)
     exif["Exif.Image.Orientation"] = uint16_t(1);
     exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
-    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // not to come back as another fraction
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must not return as another fraction
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
     exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
     exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";

@@ -186,7 +186,7 @@ void HostRunTest::replacedFile()
     QVERIFY(QDir::setCurrent("/"_s));
 }
 
-/// With the real plug-in, which makes one process per thread; one picture in between fails.
+/// Uses the real plug-in, which makes one process per thread; one picture in between fails.
 void HostRunTest::parallelRunsGiveTheSameFiles()
 {
     QString pictures;
@@ -227,7 +227,7 @@ void HostRunTest::interruptionLeavesNothing()
         init();
         WriteFile(Path(kOutput), "old");
         m_run->Set("VITRELUX_PROBE", "block"_s);
-        m_run->beforeStart = [number] { // whatever the test's own parent ignores
+        m_run->beforeStart = [number] { // even if the test's parent ignores it
             std::signal(qAbs(number), number > 0 ? SIG_DFL : SIG_IGN);
             std::signal(SIGTERM, SIG_DFL);
         };
@@ -281,7 +281,7 @@ void HostRunTest::standardStreams()
     WriteJpeg(Path("b.jpg"_s), 3000, 2000);
     const QString line = "(%1 correct -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
     m_run->program = "sh"_s;
-    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // whatever the test's own parent ignores
+    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // even if the test's parent ignores it
     m_run->Run({"-c"_s, line});
     QCOMPARE(Names(m_dir->path()).filter(".vitrelux-"_s), QStringList());
     QCOMPARE(ReadFile(Path("code"_s)).trimmed().toInt(), 128 + SIGPIPE);

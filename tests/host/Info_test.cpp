@@ -64,7 +64,7 @@ private:
     }
 };
 
-/// With a picture that has a profile, in a zone with summer time.
+/// Checks a picture that has a profile, in a time zone with daylight saving.
 void InfoTest::init()
 {
     ProgramTest::init();

@@ -5,6 +5,7 @@
 #include "command/Console.h"
 #include "command/CorrectCommand.h"
 #include "command/InfoCommand.h"
+#include "command/LensesCommand.h"
 #include "command/ProfileCommand.h"
 #include "command/WizardCommand.h"
 
@@ -37,7 +38,9 @@ int Run(const CommandLine &line, Console *console)
     case CommandLine::Action::ShowInfo:
         return RunInfo(line.info, console);
     case CommandLine::Action::ShowProfiles:
-        return RunProfile(line.profiles, console);
+        return RunProfile(line.profile, console);
+    case CommandLine::Action::ShowLenses:
+        return RunLenses(line.lenses, console);
     case CommandLine::Action::ShowWizard:
         return RunWizard(line.wizard, console);
     case CommandLine::Action::PrintText:
@@ -53,10 +56,11 @@ int Run(const CommandLine &line, Console *console)
 /// Returns the names of files and folders on the command line.
 QStringList NamesIn(const CommandLine &line)
 {
-    QStringList names = line.correct.files + line.info.files + line.profiles + line.wizard.files;
+    QStringList names = line.correct.files + line.info.files + line.profile.files + line.wizard.files;
     for (const QString &name :
          {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
-          line.info.lensPath, line.info.plugin, line.wizard.lensPath, line.wizard.plugin}) {
+          line.info.lensPath, line.info.plugin, line.lenses.lensPath, line.lenses.plugin, line.profile.picture,
+          line.profile.plot, line.wizard.lensPath, line.wizard.plugin}) {
         if (!name.isEmpty())
             names << name;
     }

@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
 constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
 
 /// f-number, for comparisons.

@@ -16,6 +16,9 @@ struct EntryWeight {
     double weight; // 0 to 1; the sum over one correction is 1
 };
 
+/// Settings closer than these ratios count as equal.
+constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
+
 /// The quantity that a model of an entry corrects.
 enum class Quantity { Geometry, Color, Light };
 

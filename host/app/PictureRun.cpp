@@ -86,7 +86,8 @@ bool IsThere(const QString &path)
 }
 
 RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
-                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard)
+                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard,
+                     const std::function<void()> &check)
 {
     WorkFolder::MakeOutputFolder(planned.outputFolder);
     const bool replaces = existing == ExistingOutput::Overwrite;
@@ -99,6 +100,8 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
     const QString admitted = folder.Admit(planned.picture);
     const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // this name is not used again
     const QString result = Process(process, record, planned, folder, admitted);
+    if (check)
+        check();
     if (!replaces)
         return Publish(folder, result, planned, existing);
     folder.Publish(result, target);

@@ -6,6 +6,8 @@
 
 #include "KIPluginOne2One.h"
 
+#include <functional>
+
 class HostApplication;
 class InterruptGuard;
 
@@ -48,9 +50,11 @@ enum class RunResult { Written, Kept };
 /// Corrects into a private folder and moves the complete output into place. Throws KException with a text for the user
 /// without the picture's name, or any exception of the process; no files are left then, and an existing output is
 /// unchanged. Frees the picture's pixels, because no picture is needed twice.
+/// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,
-                                   ExistingOutput existing, InterruptGuard *guard);
+                                   ExistingOutput existing, InterruptGuard *guard,
+                                   const std::function<void()> &check = nullptr);
 
 /// Returns the text of the exception being handled.
 QString TextOfCurrentException();

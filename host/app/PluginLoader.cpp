@@ -17,7 +17,7 @@ QString InstalledPlugin()
 
 } // namespace
 
-PluginLoader::PluginLoader(const QString &file)
+PluginLoader::PluginLoader(const QString &file, CorrectionMode mode) : m_mode(mode)
 {
     const QString path = file.isEmpty() ? InstalledPlugin() : AbsolutePath(file);
     m_loader.setFileName(path);
@@ -35,7 +35,14 @@ PluginLoader::~PluginLoader()
 std::unique_ptr<QObject> PluginLoader::MakeProcess() const
 {
     QObject *made = m_object ? m_object->metaObject()->newInstance(Q_ARG(QObject *, nullptr)) : nullptr;
+    SetMode(made);
     return std::unique_ptr<QObject>(made);
+}
+
+void PluginLoader::SetMode(QObject *process) const
+{
+    if (process && m_mode == CorrectionMode::Fitted)
+        process->setProperty("Correction", QStringLiteral("fitted"));
 }
 
 /// @return why there is no process; meaningless if there is one.
@@ -56,6 +63,7 @@ QString PluginLoader::Load()
     for (const QPointer<QObject> &object : made) {
         if ((m_process = qobject_cast<KIPluginOne2One *>(object.data()))) {
             m_object = object;
+            SetMode(object);
             return QString();
         }
     }

@@ -7,11 +7,14 @@
 
 #include <memory>
 
+/// How processes correct: a fitted one has the dynamic property "Correction" with the value "fitted".
+enum class CorrectionMode { Plain, Fitted };
+
 /// Needs the application object, and must be destroyed before it.
 class PluginLoader {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.
-    explicit PluginLoader(const QString &file);
+    explicit PluginLoader(const QString &file, CorrectionMode mode = CorrectionMode::Plain);
     ~PluginLoader();
     PluginLoader(const PluginLoader &) = delete;
     PluginLoader &operator=(const PluginLoader &) = delete;
@@ -25,7 +28,9 @@ public:
 
 private:
     QString Load();
+    void SetMode(QObject *process) const;
 
+    CorrectionMode m_mode;
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
     QPointer<QObject> m_object; // the same object

@@ -45,6 +45,7 @@ public:
         : m_facts(facts), m_options(options), m_frame(facts, BodyOf(facts, options.typed))
     {
         m_result.profile = QLatin1String("lensfun:") + match.title;
+        m_result.reason = match.reason;
         m_result.assumed = match.notes;
         m_result.correction.width = facts.pixels.width();
         m_result.correction.height = facts.pixels.height();
@@ -149,5 +150,6 @@ FitResult FitByLensfun(const PictureFacts &facts, const FitOptions &options)
         return LensfunFitting(match, facts, options).Run();
     FitResult result;
     result.why = match.reason;
+    result.nearest = match.nearest;
     return result;
 }

@@ -15,11 +15,11 @@ struct PictureFact {
     QJsonValue value;
 };
 
-using PictureFacts = QVector<PictureFact>;
+using PictureSummary = QVector<PictureFact>;
 
 /// Returns size, depth, channels and format from the file's header, and facts from its metadata.
 /// @param path  absolute, of a picture that can be read.
-PictureFacts FactsOfPicture(const QString &path);
+PictureSummary SummaryOfPicture(const QString &path);
 
 /// Returns all EXIF of the picture, one line per entry; a text that says so if there is none.
 QString ExifTable(const QString &path);

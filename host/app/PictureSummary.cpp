@@ -1,4 +1,4 @@
-#include "PictureFacts.h"
+#include "PictureSummary.h"
 
 #include "ImageDef.h"
 
@@ -100,7 +100,7 @@ std::unique_ptr<ImageDef> Describe(const QString &path)
     return image;
 }
 
-void AddFile(const QString &path, PictureFacts *facts)
+void AddFile(const QString &path, PictureSummary *facts)
 {
     GFL_FILE_INFORMATION info = {};
     gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4);
@@ -119,7 +119,7 @@ void AddFile(const QString &path, PictureFacts *facts)
     gflFreeFileInformation(&info);
 }
 
-void AddCamera(const ShootingInformation &shooting, PictureFacts *facts)
+void AddCamera(const ShootingInformation &shooting, PictureSummary *facts)
 {
     QStringList names{shooting.makerName, shooting.modelName};
     names.removeAll(QString());
@@ -137,7 +137,7 @@ const char *NameOfLensKind(int kind)
     return kind >= 0 && kind < 3 ? kNames[kind] : nullptr;
 }
 
-void AddLens(const ImageDef &image, PictureFacts *facts)
+void AddLens(const ImageDef &image, PictureSummary *facts)
 {
     const ShootingInformation &shooting = image.m_shooting;
     if (!shooting.lensId.isEmpty()) {
@@ -157,7 +157,7 @@ void AddLens(const ImageDef &image, PictureFacts *facts)
 }
 
 /// Adds the focal length. If the ratio to 35 mm film is unknown, the record's focal length is not reliable.
-void AddRealFocalLength(const FileExif &exif, PictureFacts *facts)
+void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;
     const double real = exif.Number(kFocalLength);
@@ -166,7 +166,7 @@ void AddRealFocalLength(const FileExif &exif, PictureFacts *facts)
                               QStringLiteral("focalLength"), Rounded(real)};
 }
 
-void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureFacts *facts)
+void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureSummary *facts)
 {
     if (!image.HasExif())
         return AddRealFocalLength(exif, facts);
@@ -199,7 +199,7 @@ double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
     return std::exp2(-exif.Number(kShutterSpeed));
 }
 
-void AddExposure(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
+void AddExposure(const ShootingInformation &shooting, const FileExif &exif, PictureSummary *facts)
 {
     const double exposureTime = ExposureTime(shooting, exif);
     QStringList texts;
@@ -237,7 +237,7 @@ QDateTime CameraClock(qint64 timestamp)
     return QDateTime::fromSecsSinceEpoch(timestamp - saving, Qt::OffsetFromUTC, static_cast<int>(offset));
 }
 
-void AddDate(const ShootingInformation &shooting, PictureFacts *facts)
+void AddDate(const ShootingInformation &shooting, PictureSummary *facts)
 {
     const QDateTime date = CameraClock(shooting.timestamp);
     constexpr int kFirstYear = 1826; // of the first photograph: an unset clock gives year 0
@@ -247,7 +247,7 @@ void AddDate(const ShootingInformation &shooting, PictureFacts *facts)
                           QStringLiteral("date"), date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))};
 }
 
-void AddPlace(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
+void AddPlace(const ShootingInformation &shooting, const FileExif &exif, PictureSummary *facts)
 {
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
@@ -268,7 +268,7 @@ void AddPlace(const ShootingInformation &shooting, const FileExif &exif, Picture
                           longitudeSign * Rounded(shooting.gpsLongitude, 10)};
 }
 
-void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)
+void AddDirection(const ShootingInformation &shooting, PictureSummary *facts)
 {
     if (shooting.gpsDirection == ShootingInformation::kUnknownPlace)
         return;
@@ -278,7 +278,7 @@ void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)
         QStringLiteral("direction"), shooting.gpsDirection};
 }
 
-void AddOrientation(int orientation, PictureFacts *facts)
+void AddOrientation(int orientation, PictureSummary *facts)
 {
     constexpr const char *kNames[] = {"upright",
                                       "mirrored",
@@ -295,7 +295,7 @@ void AddOrientation(int orientation, PictureFacts *facts)
                           QStringLiteral("orientation"), orientation};
 }
 
-void AddMetadata(const ImageDef &image, PictureFacts *facts)
+void AddMetadata(const ImageDef &image, PictureSummary *facts)
 {
     QStringList names;
     const auto add = [&names](bool has, const char *name) {
@@ -313,9 +313,9 @@ void AddMetadata(const ImageDef &image, PictureFacts *facts)
 
 } // namespace
 
-PictureFacts FactsOfPicture(const QString &path)
+PictureSummary SummaryOfPicture(const QString &path)
 {
-    PictureFacts facts;
+    PictureSummary facts;
     AddFile(path, &facts);
     const std::unique_ptr<ImageDef> image = Describe(path);
     AddCamera(image->m_shooting, &facts);

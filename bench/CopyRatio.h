@@ -1,4 +1,4 @@
-// Times a pixel operation against a plain copy of as many bytes, turn by turn in one run.
+// Times a pixel operation against a plain copy of the same number of bytes, alternating in one run.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -18,7 +18,7 @@ inline double ThreadSeconds()
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// Copies row by row, as pictures are: a single memcpy of this size would write past the caches.
+/// Copies row by row, like picture code: a single memcpy of this size would bypass the caches.
 inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t bytes)
 {
     constexpr std::size_t kRowBytes = 6000 * 16; // of 24 megapixels of float RGBA
@@ -26,13 +26,12 @@ inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t b
         std::memcpy(dst + i, src + i, std::min(kRowBytes, bytes - i));
 }
 
-/// Runs @p operation, which reads one part of @p block and writes the rest on the calling thread, and beside it a
-/// copy of the block's first half onto its second, which moves as many bytes. The same memory, because where the
-/// system happened to place a block makes a difference of 15 %. The copy must leave a source that the operation can
-/// work on.
+/// Runs @p operation, which reads one part of @p block and writes the rest on the calling thread, alternating with a
+/// copy of the block's first half to its second, which moves as many bytes. Both use the same memory, because its
+/// address changes times by up to 15 %. The copy must leave a valid source for the operation.
 ///
-/// Reported are megapixels a second over all runs, and as "ratio" the shortest time of the operation over the shortest
-/// of the copy, which other load on the machine disturbs least.
+/// Reports megapixels per second over all runs, and as "ratio" the shortest time of the operation over the shortest of
+/// the copy, which other load on the machine affects least.
 template <typename Operation>
 void MeasureAgainstCopy(benchmark::State &state, std::int64_t pixels, std::vector<unsigned char> &block,
                         Operation operation)

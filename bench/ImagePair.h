@@ -1,4 +1,4 @@
-// The images that benchmarks work on: 24 megapixels of noise, and a target beside them.
+// The images for benchmarks: 24 megapixels of noise, and a target.
 #pragma once
 
 #include "KImage.h"
@@ -28,7 +28,7 @@ public:
     {
         Wrap(source, from, kWidth, kHeight, block.data());
         Wrap(target, to, targetWidth, targetHeight, block.data() + kPixels * from.BytesPerPixel());
-        // Noise all over: nothing that a branch could learn. Floats from 0 to 1.
+        // Noise everywhere, so that branches cannot be predicted. Floats from 0 to 1.
         std::mt19937 random(1);
         if (from.bits == 32) {
             float *samples = reinterpret_cast<float *>(block.data());

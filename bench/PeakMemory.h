@@ -1,4 +1,4 @@
-// How much memory a step takes at its height, beyond what the process held before. Linux only.
+// Peak memory of a step, beyond what the process used before. Linux only.
 #pragma once
 
 #include <malloc.h>
@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-/// A number of /proc/self/NAME behind a label; KiB where the system gives those. 0 if there is none.
+/// Returns the number after a label in /proc/self/NAME, in the system's unit, usually KiB; 0 if there is none.
 inline std::int64_t ProcessNumber(const char *name, const char *label)
 {
     std::ifstream file(std::string("/proc/self/") + name);
@@ -19,10 +19,10 @@ inline std::int64_t ProcessNumber(const char *name, const char *label)
     return 0;
 }
 
-/// Bytes resident at the height of @p step less those before it.
+/// Returns the peak of resident bytes during @p step less those before it.
 template <typename Step> std::int64_t PeakBytes(Step step)
 {
-    malloc_trim(0); // freed blocks would hide what the step takes
+    malloc_trim(0); // freed blocks would hide the step's memory
     std::ofstream("/proc/self/clear_refs") << "5";
     const std::int64_t before = ProcessNumber("status", "VmRSS:");
     step();

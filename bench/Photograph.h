@@ -1,4 +1,4 @@
-// A picture with the texture of a photograph, so that JPEG, deflate and caches cost what they cost for photos.
+// A picture with the texture of a photograph, so that JPEG, deflate and caches cost as much as for photos.
 #pragma once
 
 #include "KImage.h"

@@ -17,7 +17,7 @@ constexpr double kMiB = 1 << 20;
 /// JPEGs of 24 megapixels under many names: one file and links to it.
 class Photos {
 public:
-    /// @p metadataSource gives EXIF and profile; empty: none.
+    /// @p metadataSource provides EXIF and profile; empty: none.
     explicit Photos(const QString &metadataSource)
     {
         KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
@@ -41,7 +41,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-/// best_ms: processor time a picture; to be at most 3 ms without thumbnail.
+/// best_ms: processor time per picture; target: at most 3 ms without thumbnail.
 void BM_Describe(benchmark::State &state, bool withThumbnail)
 {
     Photos photos(QStringLiteral(VITRELUX_SAMPLE));

@@ -131,7 +131,7 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other turn by turn by @p clock; "ratio" is the shortest time of the one over that of the
+/// Times @p operation and @p other alternately by @p clock; "ratio" is the shortest time of the one over that of the
 /// other.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
@@ -150,7 +150,7 @@ void Compare(benchmark::State &state, double (*clock)(), Operation operation, Ot
     state.counters["ratio"] = bestOperation / bestOther;
 }
 
-/// ratio: to libjpeg-turbo's own decoding. extra_MiB: memory beside the picture.
+/// ratio: to libjpeg-turbo's own decoding. extra_MiB: memory in addition to the picture.
 void BM_ReadJpeg(benchmark::State &state)
 {
     const std::string path = JpegFile(kWidth, kHeight);

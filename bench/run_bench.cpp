@@ -1,8 +1,8 @@
 // Whole runs of the program, from the start of the process to its end: JPEG to deflate TIFF, all three corrections.
 //
-// "ratio" is to the sum of what no program can do without: libjpeg-turbo decoding the file, one copy of the float
-// picture, libdeflate of level 1 with predictor on two threads, writing and syncing those bytes. Each is timed in turn
-// with the run, the shortest of all rounds counts. Memory is the peak of the process.
+// "ratio" is to the sum of the unavoidable work: libjpeg-turbo decoding the file, one copy of the float picture,
+// libdeflate of level 1 with predictor on two threads, writing and syncing those bytes. Each is timed alternately with
+// the run; the shortest of all rounds counts. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 
@@ -38,7 +38,7 @@ double Now()
     qFatal("run_bench: %s", qPrintable(why));
 }
 
-/// A folder with a picture and a profile that was made for its size.
+/// A folder with a picture and a profile made for its size.
 class Job {
 public:
     explicit Job(double megapixels) : m_folder(QDir::tempPath() + QLatin1String("/vitrelux-bench-XXXXXX"))
@@ -76,8 +76,7 @@ struct Run {
     double peakBytes;
 };
 
-/// Starts runs out of a small process: a child counts the memory of the process that it was forked from as its own
-/// peak.
+/// Starts runs from a small process, because a child's peak includes the memory of the process that forked it.
 class Starter {
 public:
     /// Before this process grows.
@@ -142,7 +141,7 @@ Run Starter::Correct(const Job &job)
 
 Starter *s_starter = nullptr;
 
-// --- What no program can do without ---
+// --- Unavoidable work ---
 
 void DecodeJpeg(const Job &job)
 {
@@ -163,7 +162,7 @@ void DecodeJpeg(const Job &job)
     jpeg_destroy_decompress(&decoder);
 }
 
-/// The strips of every other number from @p first on, with the differences of neighbours, to the end of @p packed.
+/// The strips of every other number from @p first on, with the differences of neighbors, to the end of @p packed.
 void DeflateStrips(const KImage &rgba, int first, std::vector<unsigned char> *packed)
 {
     constexpr int kLevel = 1, kThreads = 2, kStripRows = 16;

@@ -39,7 +39,7 @@ void BM_HistogramAuto(benchmark::State &state, PixelForm form)
 BENCHMARK_CAPTURE(BM_HistogramAuto, 8uRgb, kRgb8)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HistogramAuto, 8uRgba, kRgba8)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-/// "off" is the largest error of centre and radius in percent of the smaller side.
+/// "off" is the largest error of center and radius in percent of the smaller side.
 void BM_CircleFit(benchmark::State &state)
 {
     const FisheyeFrame frame(kWidth, kHeight, static_cast<unsigned>(state.range(0)));

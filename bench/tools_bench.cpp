@@ -1,4 +1,4 @@
-// What the tool kernel costs: its start, a timer's pair, an event. Targets on two processors: 15 ms, 1 us, 100 us.
+// Costs of the tool kernel: its start, a timer's pair, an event. Targets on two processors: 15 ms, 1 us, 100 us.
 #include "KChronometer.h"
 #include "KTools.h"
 #include "analytics/KAnalyticsManager.h"
@@ -24,7 +24,7 @@ void StartAlone(benchmark::State &state)
 }
 BENCHMARK(StartAlone)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-/// The part of the start that grows with the processors.
+/// The part of the start that grows with the number of processors.
 void CountProcessors(benchmark::State &state)
 {
     for (auto _ : state) {

@@ -1,4 +1,4 @@
-# How every target of the project is compiled, and the three ways to declare one.
+# Compiler options for all targets of the project, and three functions to declare one.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -10,7 +10,7 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_AUTOMOC ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# The build tree has the shape of the installed one, so that both find the plug-in by the same relative path.
+# The build tree has the layout of the installed one, so that both find the plug-in by the same relative path.
 set(VITRELUX_PLUGIN_DIR "lib/vitrelux")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/${VITRELUX_PLUGIN_DIR}")
@@ -23,8 +23,8 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
-# The same bits on every processor: no fused multiply-add, which compilers form where the processor has one. Some
-# functions are compiled for processors that do.
+# The same bits on every processor: no fused multiply-add, which compilers use if the processor has it. Some functions
+# are compiled for processors that do.
 add_compile_options(-ffp-contract=off)
 
 if(VITRELUX_SCALAR)
@@ -45,8 +45,8 @@ function(vitrelux_compile_rules target)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
 endfunction()
 
-# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Only its own folder becomes visible to those who link it,
-# so an include of a layer that is not linked does not compile.
+# vitrelux_layer(name SOURCES ... LINKS ...): one layer. Only its folder is visible to targets that link it, so an
+# include of a layer that is not linked does not compile.
 function(vitrelux_layer name)
     cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})
@@ -58,8 +58,8 @@ function(vitrelux_layer name)
     vitrelux_compile_rules(${name})
 endfunction()
 
-# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those that
-# the thread sanitizer takes: several std::threads, no locks of Qt's, which it doesn't understand.
+# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those
+# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't understand.
 add_custom_target(thread_tests)
 function(vitrelux_test name)
     cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})

@@ -1,5 +1,5 @@
-# What `cmake --install` and `cpack` put where: the program and the plug-in for users; headers, kernels and a CMake
-# package for makers of hosts.
+# Install rules for `cmake --install` and `cpack`: the program and the plug-in for users; headers, kernels and a CMake
+# package for developers of hosts.
 include(CMakePackageConfigHelpers)
 
 set(sdk_dir "lib/cmake/Vitrelux")

@@ -1,11 +1,10 @@
 // The complete interface of the image-file layer: bitmap and parameter records, and the functions on them.
 //
 // C-style and re-entrant: any thread may call any function on different bitmaps and different files. Rules for all:
-//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result where no error
-//  number
+//  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result if no error number
 //    is returned; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
-//     layer, whatever its type; a lack of memory anywhere gives GFL_ERROR_NO_MEMORY.
+//    layer, whatever its type; a lack of memory anywhere gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
 //  - A failed load leaves its outputs empty: null pointers, zeroed records.
 #pragma once

@@ -35,7 +35,7 @@ struct GainMap {
 ///     gain(g) multiplies all three, in linear light
 ///
 /// A color whose place has no neighbors, or that lies outside [-0.5 - 1/256, side - 0.5 + 1/256], makes the pixel
-/// empty. The strength that the user asked for and the projection of fisheyes are part of the curves.
+/// empty. The curves include the requested strength and the projection of fisheyes.
 struct Correction {
     int width = 0, height = 0; // of the source and of the result, in stored pixels
     double zoom = 1.0;         // above 1 enlarges

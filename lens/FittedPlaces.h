@@ -24,7 +24,8 @@ public:
     /// Computes the corners of the cells that hold rows [firstRow, firstRow + rows) of the result. Cheapest if calls
     /// proceed down the picture.
     void Hold(int firstRow, int rows);
-    /// Of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are those of row
+    /// Returns values of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are
+    /// those of row
     /// @p y + side. There are at least 64 / side + 1 values from any pixel's cell on.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
     /// Whether cells [first, end) of row @p y have a corner near the end of a map: positions inside them must then come

@@ -39,8 +39,8 @@ public:
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param rows  Must satisfy Serves; not the source. Without distortion, in the turned frame and with FromSource
-    ///              the corrected picture is no larger than the source: pixels are then read at their own position. In
-    ///              the turned frame it is exactly as wide.
+    ///              the corrected picture is no larger than the source: pixels are then read at their position. In the
+    ///              turned frame it is exactly as wide.
     void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
 
     /// Rows [first, end).

@@ -12,7 +12,7 @@ class newLCP;
 ///
 ///   | distortion | chromatic | path             | condition           | gain at             |
 ///   |------------|-----------|------------------|---------------------|---------------------|
-///   | off | off | A gain only | a vignetting model | the pixel itself |
+///   | off        | off       | A gain only      | a vignetting model  | the pixel itself    |
 ///   | on         | off       | B one warp       | distortion model    | sampled position    |
 ///   | off        | on        | C red, blue move | green model         | red position        |
 ///   | on         | on        | D three warps    | green model         | green position      |

@@ -36,7 +36,7 @@ std::optional<double> ChildNumber(const QDomElement &parent, const char *tag)
     return isNumber && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
-// --- Why a file can't be used ---
+// --- Why a file cannot be used ---
 
 QString WhyNoFile(const QString &fileName)
 {
@@ -181,7 +181,7 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
     if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)
         return QString();
     return QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
-                          "picture of one colour")
+                          "picture of one color")
         .arg(count);
 }
 

@@ -64,7 +64,7 @@ template <typename Rule, size_t count> const Rule *FindRule(const Rule (&rules)[
     return nullptr;
 }
 
-/// Returns the text of an element as a number; 0 if it is not a number.
+/// Returns the text of an element as a number; 0 if it is not one.
 float Number(const QDomElement &element)
 {
     return element.text().toFloat();

@@ -58,7 +58,7 @@ public:
     }
 
 private:
-    /// Up to the pixels' outer edges: the margin that the twin allows beyond them absorbs rounding.
+    /// Whether positions are within the pixels' outer edges: the twin's margin beyond them absorbs rounding.
     bool Holds(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;

@@ -40,12 +40,13 @@ void ComputePreview::Render()
 {
     {
         const QMutexLocker locker(&m_mutex);
-        m_workNumber = m_requestNumber; // before what may throw: a request that can't be had is not tried again
+        m_workNumber = m_requestNumber; // before the calls that may throw: a failed request is not repeated
         m_workImageDef = m_requestImageDef;
         m_workParams = m_requestParams;
-        m_requestImage->Convert(m_workImage, GFL_RGBA, 32); // a copy, into the same memory as long as the size stays
+        m_requestImage->Convert(m_workImage, GFL_RGBA, 32); // a copy, into the same memory if the size is unchanged
     }
-    // A plain record without a profile corrects nothing; it would only be looked up, for nobody, beside the GUI thread.
+    // A plain record without a profile corrects nothing; running it would only start a useless lookup in parallel with
+    // the GUI thread.
     if (m_workParams.fitted || !m_workParams.lcpFilename.isEmpty())
         m_process->Process(qMakePair(m_workImageDef, &m_workImage), &m_workParams);
 }
@@ -55,7 +56,7 @@ void ComputePreview::run()
     const KOmpMutexLocker running(m_runLock.Lock());
     try {
         Render();
-    } catch (...) { // ends this render and nothing else: shown is what the work image holds
+    } catch (...) { // ends only this render; the content of the work image is shown
     }
     const QMutexLocker locker(&m_mutex);
     m_renderedNumber = m_workNumber;

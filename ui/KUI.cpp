@@ -14,7 +14,7 @@ struct KUIState {
 
 namespace {
 
-bool s_startedAlone = false; // the state is this copy's own
+bool s_startedAlone = false; // this copy owns the state
 bool s_javaScriptLoaded = false;
 
 QString JavaScriptFile()

@@ -1,4 +1,4 @@
-// Shared services of the interface: which file dialogs are used, and files shown in the desktop's file browser.
+// Shared services of the interface: the choice of file dialogs, and showing files in the desktop's file browser.
 #pragma once
 
 #include <QList>
@@ -7,7 +7,7 @@ class QObject;
 class QUrl;
 struct KUIState;
 
-/// What one copy of the module shares with another; the state belongs to the copy that made it.
+/// State shared between copies of the module; the copy that made it owns it.
 struct KUIInstances {
     KUIState *state;
 };
@@ -15,18 +15,19 @@ struct KUIInstances {
 /// GUI thread only.
 class KUI {
 public:
-    /// Starts the module: on a host's state, which stays the host's, or alone for null. A second start does nothing.
+    /// Starts the module with a host's state, which the host keeps, or with a new one for null. A second start does
+    /// nothing.
     static void init(KUIInstances *instances);
-    /// Ends what init began: a state of its own is freed, a host's is let go.
+    /// Stops the module: frees its state, or releases a host's.
     static void exit();
 
-    /// Registers "closure-library.rcc" of the application's folder, once; a critical log line if it can't be had.
+    /// Registers "closure-library.rcc" of the application's folder, once; logs a critical line if it is not available.
     static void loadJSLibraries();
 
-    /// A value for QFileDialog::Options: 0 for the system's dialogs, QFileDialog::DontUseNativeDialog (16) for Qt's
-    /// own. The system's before init.
+    /// Returns a value for QFileDialog::Options: 0 for the system's dialogs, QFileDialog::DontUseNativeDialog (16) for
+    /// Qt's. The system's before init.
     static int UseSystemFileDialog();
-    /// Without effect before init.
+    /// No effect before init.
     static void SetUseSystemFileDialog(bool use);
 
     /// Opens the folders of @p files, each once, in the desktop's file browser. @p context is not used.

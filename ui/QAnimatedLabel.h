@@ -6,15 +6,15 @@
 #include <QPixmap>
 #include <QTimer>
 
-/// Plays on while it is hidden, so that showing it needs no start.
+/// Label that plays pictures in a loop, also while hidden, so that showing it needs no start.
 class QAnimatedLabel : public QLabel {
     Q_OBJECT
 public:
     explicit QAnimatedLabel(QWidget *parent);
 
     /// Plays @p files from the first one on, each for @p interval milliseconds; the first appears after one interval.
-    /// The label's minimum size becomes that of the first picture. A file that doesn't load shows nothing in its turn.
-    /// An empty list stops the animation.
+    /// The label's minimum size becomes that of the first picture. A file that cannot be loaded is shown as an empty
+    /// picture. An empty list stops the animation.
     void setSequence(const QStringList &files, int interval);
 
 private Q_SLOTS:

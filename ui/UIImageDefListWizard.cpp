@@ -9,7 +9,7 @@ UIImageDefListWizard::UIImageDefListWizard(QWidget *parent)
     : QWizardPage(parent), ui(std::make_unique<Ui_UIImageDefListWizardClass>())
 {
     ui->setupUi(this);
-    // Only now: the slots are tied by the old names. By these a host's style finds the buttons.
+    // After setupUi, which connects slots by the old names. A host's style finds the buttons by the new names.
     ui->toolButtonPrev->setObjectName(QStringLiteral("QToolButton_Prev"));
     ui->toolButtonNext->setObjectName(QStringLiteral("QToolButton_Next"));
     ui->toolButtonPrev->setToolTip(tr("Prev"));
@@ -28,7 +28,7 @@ void UIImageDefListWizard::SetChild(QWidget *child)
 void UIImageDefListWizard::SetImages(const QMap<KIImageDef *, void *> &images)
 {
     m_images = images;
-    m_images.remove(nullptr); // a file that the host can't describe
+    m_images.remove(nullptr); // a file that the host cannot describe
     {
         const QSignalBlocker quiet(ui->comboBoxImageDef);
         ui->comboBoxImageDef->clear();

@@ -1,4 +1,4 @@
-// A wizard page for a process that has settings for each image: the images of the job in a list to walk through.
+// A wizard page for a process with settings per image: a list of the job's images for stepping through.
 #pragma once
 
 #include <QMap>
@@ -9,26 +9,26 @@
 class KIImageDef;
 class Ui_UIImageDefListWizardClass;
 
-/// The concrete page fills the free area with a child and knows what the records hold; here they are opaque and belong
-/// to the process. First SetChild, then SetImages once a job. GUI thread.
+/// Base of a page that fills the free area with a child and knows the content of the records; here they are opaque and
+/// owned by the process. Call SetChild first, then SetImages once per job. GUI thread.
 class UIImageDefListWizard : public QWizardPage {
     Q_OBJECT
 public:
     explicit UIImageDefListWizard(QWidget *parent);
     ~UIImageDefListWizard() override;
 
-    /// Replaces the list and shows its first image. The order is that of the map, not that of the job.
+    /// Replaces the list and shows its first image. The order is the map's, not the job's.
     void SetImages(const QMap<KIImageDef *, void *> &images);
-    /// Takes @p child into the layout, which owns it from then on.
+    /// Adds @p child to the layout, which takes ownership.
     void SetChild(QWidget *child);
 
     virtual void SetImage(KIImageDef *def, void *params) = 0;
     virtual void ApplyAll() = 0;
-    /// The property "isComplete" of the child; true as long as it has none.
+    /// Returns the child's property "isComplete"; true if it has none.
     bool isComplete() const override;
 
 protected:
-    /// The image in the list's current row, null for an empty list.
+    /// Returns the image in the list's current row, null for an empty list.
     KIImageDef *CurrentImage() const;
 
     QMap<KIImageDef *, void *> m_images; // image to record

@@ -20,7 +20,7 @@ void UIVitreluxPage::ApplyAll()
 {
     void *current = m_images.value(CurrentImage());
     if (!current)
-        return; // a job of no pictures
+        return; // an empty job
     for (void *record : qAsConst(m_images))
         m_process->CopyParameters(record, current);
     m_process->SaveDefaultSettings(current);

@@ -1,4 +1,4 @@
-// The one wizard page of the plug-in.
+// The wizard page of the plug-in.
 #pragma once
 
 #include "UIImageDefListWizard.h"
@@ -6,16 +6,16 @@
 class KVitreluxOne2One;
 class UIVitreluxPreview;
 
-/// Edits the process's records in place. The process outlives the page.
+/// Editor of the process's records, in place. The process must outlive the page.
 class UIVitreluxPage : public UIImageDefListWizard {
     Q_OBJECT
 public:
     UIVitreluxPage(KVitreluxOne2One *process, QWidget *parent);
 
     void SetImage(KIImageDef *def, void *params) override;
-    /// The current image's record for all images and as default of the next job.
+    /// Copies the current image's record to all images and to the defaults of the next job.
     void ApplyAll() override;
-    /// Lets go of the job's images and records, before they end.
+    /// Releases the job's images and records before they are freed.
     void Clear();
 
 private:

@@ -23,10 +23,11 @@ constexpr Corrections kAllCorrections = {true, true, true};
 struct ReducedSize {
     int width;
     int height;
-    double scale; // of the reduced picture, against the whole
+    double scale; // of the reduced picture, relative to the whole
 };
 
-/// At most kLongestSidePx on the long side, never enlarged; the short side truncated, but a line stays a line.
+/// Returns the preview size: at most kLongestSidePx on the long side, never enlarged; the short side is truncated, but
+/// at least 1.
 ReducedSize SizeOfPreview(const KIImageDef &def)
 {
     const int columns = def.nCols();
@@ -40,14 +41,14 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
-/// Borrows an image's reduced pixels for a scope.
+/// Lock on an image's reduced pixels for a scope.
 class ReducedLock {
 public:
     ReducedLock(KIImageDef *def, const ReducedSize &size)
         : m_def(def), m_size(size), m_image(def->Lock(size.width, size.height, /*nativeDepth=*/true))
     {
         if (!m_image)
-            KThrow("Invalid Bitmap"); // nothing is lent, so nothing is given back
+            KThrow("Invalid Bitmap"); // nothing was lent, so nothing is returned
     }
     ~ReducedLock() { m_def->Unlock(m_size.width, m_size.height, /*nativeDepth=*/true); }
     ReducedLock(const ReducedLock &) = delete;
@@ -78,7 +79,7 @@ UIVitreluxPreview::UIVitreluxPreview(KVitreluxOne2One *process, QWidget *parent)
     ui->setupUi(this);
     StartWaitAnimation();
     ui->lineEditLensPath->setText(m_process->LensPath());
-    // Kept up to date, but not shown: what the user sees of the profile is the row with its file.
+    // Updated but hidden: the user sees only the row with the profile's file.
     for (QWidget *hidden :
          {static_cast<QWidget *>(ui->label), static_cast<QWidget *>(ui->lineEditLensPath),
           static_cast<QWidget *>(ui->toolButtonLensPath), static_cast<QWidget *>(ui->label_2),
@@ -97,7 +98,7 @@ void UIVitreluxPreview::StartWaitAnimation()
     m_waitMovie = std::make_unique<QMovie>(ResourceFile(*m_process, QStringLiteral("icon_wait.gif")));
     ui->labelState->setMovie(m_waitMovie.get());
     m_waitMovie->start();
-    ui->gridLayout_2->removeWidget(ui->labelState); // it floats over the frame
+    ui->gridLayout_2->removeWidget(ui->labelState); // it is placed over the frame
     QStringList frames;
     for (int i = 1; i <= kWaitFrames; ++i)
         frames.append(ResourceFile(*m_process, QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0'))));
@@ -111,7 +112,7 @@ void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
     try {
         ShowImage(def, static_cast<Params *>(params));
-    } catch (...) { // the picture that is shown stays
+    } catch (...) { // the current picture stays
     }
 }
 
@@ -123,8 +124,8 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     auto image = std::make_unique<KImage>();
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
-    image->ToQImage(source); // before the swap: if it fails, the old image lives on, which the worker may be reading
-    m_image.swap(image);     // the old one lives until the worker has been handed the new one
+    image->ToQImage(source); // before the swap: if it fails, the old image stays alive, which the worker may be reading
+    m_image.swap(image);     // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;
     m_params->scale = float(size.scale);
@@ -196,7 +197,7 @@ void UIVitreluxPreview::on_toolButtonLensFile_clicked()
     const QString fileName = QFileDialog::getOpenFileName(this, tr("Select lens camera profile"), m_params->lcpFilename,
                                                           tr("Profile") + QStringLiteral(" (*.lcp)"), nullptr,
                                                           QFileDialog::Options(KUI::UseSystemFileDialog()));
-    if (!fileName.isEmpty() && m_params) // a new job may have come while the dialog was open
+    if (!fileName.isEmpty() && m_params) // a new job may have started while the dialog was open
         UseProfile(fileName);
 }
 
@@ -204,11 +205,11 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
     ui->lineEditLensFile->setText(fileName);
-    bool ok = false; // also for a file that can't be opened
+    bool ok = false; // also for a file that cannot be opened
     const newLCP profile(fileName, ok);
     const Corrections held = {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
     m_held.insert(fileName, held);
-    ui->m_cbDistortion->setChecked(false); // by each choice; unchecking clears the record's flag
+    ui->m_cbDistortion->setChecked(false); // at each choice; unchecking clears the record's flag
     if (!held.chromatic)
         ui->m_cbCA->setChecked(false);
     if (!held.vignetting)
@@ -222,7 +223,7 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 
 // --- Switches ---
 
-/// A checked box can always be unchecked, whatever the profile holds.
+/// Enables the boxes. A checked box can always be unchecked, whatever the profile holds.
 void UIVitreluxPreview::EnableBoxes(const Corrections &held)
 {
     for (const auto &[box, isHeld] :
@@ -285,7 +286,7 @@ void UIVitreluxPreview::renderEnded()
 {
     if (m_computePreview.IsCurrent())
         updatePreview();
-    else // a newer request waits; does nothing if its render has begun already
+    else // a newer request waits; does nothing if its render has already started
         m_computePreview.start(QThread::InheritPriority);
 }
 
@@ -339,7 +340,7 @@ void UIVitreluxPreview::paintEvent(QPaintEvent *)
     if (ui->m_cbPreview->isChecked())
         shown.setLeft(place.left() + (place.right() - place.left() + 1) / 2);
     painter.setClipRect(shown, Qt::ReplaceClip);
-    painter.fillRect(shown, palette().window()); // the correction leaves transparent borders: cover the other picture
+    painter.fillRect(shown, palette().window()); // the corrected picture has transparent borders: cover the other one
     painter.drawPixmap(place.topLeft(), m_resultPixmap);
 }
 

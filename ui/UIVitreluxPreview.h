@@ -1,4 +1,4 @@
-// The content of the plug-in's page: a lens profile, three switches, and the picture as it will be.
+// The content of the plug-in's page: a lens profile, three switches, and a preview of the result.
 #pragma once
 
 #include "ComputePreview.h"
@@ -14,7 +14,7 @@
 class QMovie;
 class Ui_UIVitreluxPreviewClass;
 
-/// Edits the record of one image in place and shows that image, reduced and rendered by a worker thread. GUI thread.
+/// Editor of one image's record, in place, with a reduced preview rendered by a worker thread. GUI thread.
 ///
 ///   | state                    | "isComplete" | wait label | painted                                   |
 ///   |--------------------------|--------------|------------|-------------------------------------------|
@@ -22,26 +22,27 @@ class Ui_UIVitreluxPreviewClass;
 ///   | rendering                | false        | shown      | the uncorrected picture                   |
 ///   | up to date               | true         | hidden     | the corrected one, or both side by side   |
 ///
-/// A change during a render replaces the request that waits; the end of the render then starts the next one. The
-/// dynamic property "isComplete" tells the parent page whether to go on; the parent's completeChanged() is fired with
-/// it.
+/// A change during a render replaces the waiting request; the end of the render then starts the next one. The dynamic
+/// property "isComplete" reports to the parent page whether the user may continue; each change emits the parent's
+/// completeChanged().
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
     UIVitreluxPreview(KVitreluxOne2One *process, QWidget *parent);
-    /// Waits for a render under way.
+    /// Waits for a running render.
     ~UIVitreluxPreview() override;
 
-    /// Shows @p def, whose record @p params (a KVitreluxOne2One::Params) is edited from then on; both stay the caller's
-    /// and alive until the next call or clearImage. If the pixels can't be had, all stays as it was, without a word.
+    /// Shows @p def and edits its record @p params (a KVitreluxOne2One::Params) from then on. The caller owns both and
+    /// keeps them alive until the next call or clearImage. Does nothing if the pixels are not available.
     void setImage(KIImageDef *def, void *params);
-    /// Forgets image and record: back to the state without an image.
+    /// Releases image and record and returns to the state without an image.
     void clearImage();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:
-    /// In the frame: the uncorrected picture, on it the corrected one, or its right half under "Split preview".
+    /// Paints in the frame: the uncorrected picture, and over it the corrected one, or its right half under "Split
+    /// preview".
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
@@ -72,17 +73,17 @@ private:
     QRect PlaceInFrame(const QPixmap &pixmap) const;
 
     std::unique_ptr<Ui_UIVitreluxPreviewClass> ui;
-    bool m_updating = false; // the widgets are being filled: nothing is to be rendered
+    bool m_updating = false; // the widgets are being filled: don't render
     KVitreluxOne2One *m_process;
     ComputePreview m_computePreview;
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;
-    QHash<QString, Corrections> m_held; // by profiles that were chosen here; those of others lock no box
+    QHash<QString, Corrections> m_held; // by profiles chosen here; others lock no box
     QImage m_sourceImage;
     QImage m_resultImage;
     QPixmap m_sourcePixmap; // fitted to the frame
     QPixmap m_resultPixmap;
     std::unique_ptr<QMovie> m_waitMovie;
-    QString m_stateText; // for whoever looks at the object; no widget shows it
+    QString m_stateText; // not shown by any widget
 };

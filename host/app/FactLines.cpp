@@ -114,7 +114,7 @@ QString DoneBeforeText(const PictureFacts &facts)
         const bool isLast = i + 1 == std::size(kDone);
         if (const Fact<bool> *next = isLast ? nullptr : &(facts.*kDone[i + 1].fact);
             next && next->value && next->source == fact.source)
-            continue; // one reason for both
+            continue; // one source for both
         texts << QStringLiteral("%1 (%2)").arg(names.join(QLatin1String(", ")), fact.source);
         names.clear();
     }

@@ -63,7 +63,7 @@ void RemoveIfAbandoned(const QString &path)
     close(lock);
 }
 
-/// Once per parent and process: folders of pictures may be large.
+/// Removes folders of dead owners, once per parent and process because folders of pictures may be large.
 void RemoveAbandoned(const QString &parent)
 {
     static std::mutex mutex;

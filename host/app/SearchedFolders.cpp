@@ -35,5 +35,5 @@ QString SearchedFolders::Problem() const
 {
     return m_given.isEmpty() || QFileInfo(m_given).isDir()
         ? QString()
-        : QStringLiteral("there is no folder of profiles \"%1\"").arg(m_given);
+        : QStringLiteral("there is no profile folder \"%1\"").arg(m_given);
 }

@@ -5,24 +5,24 @@
 
 class HostApplication;
 
-/// The same for the plug-in and for fits of the host's own: the folder that the user names, else the one of the
-/// plug-in's settings if it exists, else the usual places. To be made before the plug-in is loaded, which reads its
-/// folder then.
+/// The profile folders for the plug-in and the host's fits: the folder named by the user, otherwise the one in the
+/// plug-in's settings if it exists, otherwise the default folders. Create it before the plug-in is loaded, because the
+/// plug-in reads its folder then.
 class SearchedFolders {
 public:
-    /// @param given  shadows the stored folder; empty: none.
+    /// @param given  overrides the stored folder; empty: none.
     SearchedFolders(HostApplication *application, const QString &given);
     ~SearchedFolders();
     SearchedFolders(const SearchedFolders &) = delete;
     SearchedFolders &operator=(const SearchedFolders &) = delete;
 
-    /// Once the plug-in is loaded.
+    /// Returns the folders; call it after the plug-in is loaded.
     QStringList All() const;
-    /// Why nothing can be found there, in one line: the folder that the user names doesn't exist. Empty if it does.
+    /// Returns one line why nothing can be found: the folder named by the user doesn't exist. Empty if it does.
     QString Problem() const;
 
 private:
     HostApplication *m_application;
     QString m_given;  // absolute
-    QString m_stored; // as the plug-in got it
+    QString m_stored; // as passed to the plug-in
 };

@@ -99,7 +99,8 @@ void FittedCorrection::RequireAsked(const Report &report, const QString &picture
     for (const CorrectionRow &row : kCorrections)
         there.*row.member = there.*row.member || report.done.*row.member;
     if (!Covers(there, m_options.asked))
-        Fail(QStringLiteral("profile \"%1\": can't correct what was asked for: %2").arg(report.profile, report.why));
+        Fail(QStringLiteral("profile \"%1\": cannot make the requested corrections: %2")
+                 .arg(report.profile, report.why));
 }
 
 /// The corrections that count as made before: a profile that the user chose, or --again, makes them again.

@@ -23,7 +23,7 @@ struct OutcomeRow {
     const char *text;
 };
 
-/// By PictureOutcome.
+/// Indexed by PictureOutcome.
 constexpr OutcomeRow kOutcomes[] = {
     {QStyle::SP_DialogApplyButton, QT_TRANSLATE_NOOP("RunPage", "Corrected")},
     {QStyle::SP_MessageBoxInformation,

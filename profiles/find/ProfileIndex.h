@@ -33,7 +33,7 @@ public:
     /// @return false if there were more than kMostProfiles files: the rest is left out.
     bool Scan(const QStringList &folders);
 
-    /// In the order of their paths. Valid until the next Scan.
+    /// Returns the profiles in the order of their paths. Valid until the next Scan.
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
     /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }

@@ -25,9 +25,9 @@ struct LensfunCurves {
     std::optional<Curve> distortion;     // source radius over that in an ideal picture of the lens's projection
     std::optional<Curve> red, blue;      // source radius over green's
     std::optional<Curve> light;          // share of the light at the source radius, linear
-    /// Of fisheyes: the image height, in focal lengths, of a ray at an angle (radians) from the axis.
+    /// Only for fisheyes: the image height, in focal lengths, of a ray at an angle (radians) from the axis.
     std::optional<Curve> imageHeight;
-    double focalPx = 0.0; // of fisheyes; the real focal length where the database has it
+    double focalPx = 0.0; // of fisheyes; the real focal length if the database has it
 };
 
 /// Returns the curves that the library interpolates at @p setting. Formulas and norms are lensfun's (its manual, "Lens

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Makes cameras.txt and lensid.txt, beside this script, out of facts that Debian packages carry.
+"""Makes cameras.txt and lensid.txt, next to this script, from facts in Debian packages.
 
     apt-get install liblensfun-data-v1 libimage-exiftool-perl
     apt-get source --download-only colmap && tar xzf colmap_*.orig.tar.gz
     ./gather_tables.py --colmap colmap-*/src/util/camera_specs.cc
 
-Only names and numbers are taken: crop factors, sensor widths, lens numbers, focal lengths, apertures. The tables are
-kept in the repository, so that nobody needs these packages to build.
+Only names and numbers are used: crop factors, sensor widths, lens numbers, focal lengths, apertures. The tables are
+kept in the repository, so builds don't need these packages.
 """
 import argparse
 import glob
@@ -18,17 +18,17 @@ import xml.etree.ElementTree as ElementTree
 
 FRAME_DIAGONAL_MM = math.hypot(36.0, 24.0)
 
-# How makers write themselves, by the part that all their spellings share. First fit.
+# Canonical names of makers, by the part shared by all their spellings. The first match counts.
 BRANDS = ['Canon', 'Nikon', 'Sony', 'Panasonic', 'Fuji', 'Pentax', 'Olympus', 'OM Digital', 'Samsung', 'Minolta',
           'Konica', 'Leica', 'Ricoh', 'Casio', 'Kodak', 'Sigma', 'Hasselblad', 'Epson']
 
-# Rows whose values are known from elsewhere: brand, model, scale, comment.
+# Rows with values from other sources: brand, model, scale, comment.
 KNOWN_CAMERAS = [
     ('Apple', 'iPhone 7', '6.9', ''),
     ('Apple', 'iPhone', '5.9', ''),
     ('Autel Robotics Co., Ltd.', 'XB004', '5.3125', ''),
     ('Eyedeas', 'S1', '5.648', 'panoramic camera, each of its lenses'),
-    # Cameras that the sources lack and whose names hold a shorter one's; sensors by their makers: 22.3 x 14.8 mm (R7),
+    # Cameras missing from the sources whose names contain a shorter one; sensors by their makers: 22.3 x 14.8 mm (R7),
     # 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; as the P1000, FZ300 and FZ1000; 6.17 x 4.55.
     ('Canon', 'Canon EOS R7', '1.617', ''),
     ('Canon', 'Canon EOS R10', '1.613', ''),
@@ -44,7 +44,7 @@ KNOWN_CAMERAS = [
     *(('Nikon', f'COOLPIX A{number}', '5.64', '') for number in (10, 300, 900)),
 ]
 
-# Identifiers whose rows are known from elsewhere; the other sources are not asked for these.
+# Identifiers with rows from other sources, which override the main ones.
 KNOWN_LENSES = [
     ('8 8 121 3.6 3.6', 'Nikon', 'Sigma 8mm f/3.5 EX Circular Fisheye', '1'),
     ('4.5 4.5 254 2.8 2.8', 'Nikon', 'Sigma 4.5mm f/2.8 EX DC CIRCULAR FISHEYE HSM', '1'),
@@ -55,13 +55,13 @@ KNOWN_LENSES = [
 
 
 def up(tail):
-    """'sx40is' -> 'SX40 IS': endings that cameras write apart."""
+    """'sx40is' -> 'SX40 IS': suffixes that cameras separate by a space."""
     apart = re.sub(r'(?<=\d)(is|hs|ti|zoom)$', r' \1', tail).upper()
     return re.sub(r'^(G\d)X', r'\1 X', apart).replace('MARKII', ' Mark II').replace(' ZOOM', '')
 
 
-# The sensor widths come with names in small letters without blanks and dashes. Per maker: a pattern of such a name, and
-# how its cameras write themselves; {0} is the tail of the name. No rule, no row.
+# The sensor widths have lower-case names without spaces and dashes. Per maker: a pattern of such a name, and
+# the camera's spelling; {0} is the tail of the name. Without a rule there is no row.
 SPELLINGS = {
     'canon': ('Canon', [(r'powershot(a\d+\D*)', ['{0}']), (r'powershot(.+)', ['PowerShot {0}']),
                         (r'digitalixus(.+)', ['DIGITAL IXUS {0}']), (r'ixus(.+)', ['IXUS {0}'])]),
@@ -97,7 +97,7 @@ SPELLINGS = {
 
 
 def diagonal_of_width(width_mm):
-    """Only widths are told. 3:2 from APS-C on and for the 1-inch type; Four Thirds, compacts and the rest are 4:3."""
+    """Only widths are given. 3:2 from APS-C on and for the 1-inch type; Four Thirds, compacts and the rest are 4:3."""
     three_to_two = 21.0 <= width_mm <= 37.0 or 13.0 <= width_mm <= 13.3
     return width_mm * (math.hypot(3, 2) / 3 if three_to_two else math.hypot(4, 3) / 4)
 
@@ -133,7 +133,7 @@ def colmap_cameras(file):
 
 
 def camera_rows(lensfun, colmap):
-    """One row a name, the first source that tells it."""
+    """Returns one row per name, from the first source that has it."""
     rows, taken = [], set()
 
     def add(brand, model, scale, comment=''):
@@ -190,12 +190,12 @@ def canon_lenses(file):
 
 
 def family(name):
-    """Maker and focal length, by which profiles are sought."""
+    """Returns maker and focal length, by which profiles are found."""
     return name.split()[0].lower(), [word for word in name.split() if 'mm' in word.lower()][-1].lower()
 
 
 def lens_rows(nikon, canon):
-    """Names of one maker and one focal length behind one identifier share a row, or none of them could be found."""
+    """Merges names of one maker and one focal length with the same identifier; otherwise none could be found."""
     grouped = {}
     told = {row[0] for row in KNOWN_LENSES}
     for brand, lenses in (('Nikon', nikon_lenses(nikon)), ('Canon', canon_lenses(canon))):

@@ -1,4 +1,4 @@
-// The smallest host: corrects one picture by one profile. docs/host-guide.md tells the order of calls it keeps.
+// The smallest host: corrects one picture by one profile. docs/host-guide.md documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIImageDef.h"
@@ -18,20 +18,21 @@
 #include <map>
 #include <memory>
 
-/// A picture, read at once. A host with many would read the pixels in LockFullSize and drop them in UnlockFullSize.
+/// A picture, read when constructed. A host with many would read the pixels in LockFullSize and free them in
+/// UnlockFullSize.
 class Picture final : public KIImageDef {
 public:
-    /// Throws KException if the file can't be read.
+    /// Throws KException if the file cannot be read.
     explicit Picture(const QString &file) : m_file(file) { m_pixels.ID_Read(FileName(), true); }
 
-    // What the correction asks.
+    // Used by the correction.
     QString FileName() const override { return m_file.absoluteFilePath(); }
     int nDepth() const override { return m_pixels.bitsPerComponent(); }
     bool HasExif() const override { return false; }
     KImage *LockFullSize(bool /*nativeDepth*/) override { return &m_pixels; }
     void UnlockFullSize(bool /*nativeDepth*/) override { }
 
-    // What only wizard pages and lists ask.
+    // Used only by wizard pages and lists.
     QString ShortFileName() const override { return m_file.fileName(); }
     QString PathName() const override { return m_file.absolutePath(); }
     int nRows() const override { return m_pixels.height(); }
@@ -52,7 +53,8 @@ private:
     KImage m_pixels;
 };
 
-/// The application, as the plug-in sees it. The image kernel starts once the QApplication stands, and ends before it.
+/// The application as the plug-in sees it. The image kernel starts after the QApplication is constructed, and ends
+/// before it is destroyed.
 class Host final : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
@@ -88,7 +90,7 @@ public:
 
     KIImageDef *ImageDefOf(QString file) override
     try {
-        return &m_pictures.try_emplace(file, file).first->second; // described once, and kept
+        return &m_pictures.try_emplace(file, file).first->second; // described once and kept
     } catch (const KException &error) {
         std::cerr << qPrintable(error.what()) << std::endl;
         return nullptr;
@@ -102,7 +104,7 @@ private:
     QHash<QPair<QString, QString>, QVariant> m_settings;
 };
 
-/// The plug-in says nothing of a profile that it can't read, so this is looked at first.
+/// Checks the profile first, because the plug-in does not report an unreadable one.
 static bool IsWellFormed(const QString &profile)
 {
     QFile file(profile);
@@ -112,13 +114,13 @@ static bool IsWellFormed(const QString &profile)
     return !reader.hasError();
 }
 
-/// Writes the corrected picture beside its source, over an older one, and hands back its path. Throws KException.
+/// Writes the corrected picture next to its source, replacing an older one, and returns its path. Throws KException.
 static QString Correct(Host &host, const QString &picture, const QString &profile)
 {
     if (!IsWellFormed(profile))
         throw KException(QStringLiteral("%1 is not a readable profile").arg(profile), KPlace());
 
-    QDomDocument document; // has to outlive its element
+    QDomDocument document; // must outlive its element
     QDomElement choice = document.createElement(QStringLiteral("Lens correction"));
     choice.setAttribute(QStringLiteral("Disto"), 1);
     choice.setAttribute(QStringLiteral("Falloff"), 1);

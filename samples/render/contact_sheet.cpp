@@ -60,7 +60,7 @@ KImage WithSoftAlpha(const KImage &picture)
     return image;
 }
 
-/// The same as a compositor keeps it, with colours times alpha.
+/// The same with premultiplied alpha.
 KImage Premultiplied(KImage soft)
 {
     KImage image(soft.width(), soft.height(), GFL_RGBA, 8, /*clear=*/true, nullptr, 0), alpha;
@@ -89,7 +89,7 @@ KImage CircularFrame(const KImage &picture, double radius)
     return image;
 }
 
-/// Marks the circle that was found by points along it.
+/// Marks the fitted circle by points along it.
 void MarkCircle(KImage &image, double radius, double offsetX, double offsetY)
 {
     for (int degrees = 0; degrees < 360; degrees += 15) {

@@ -68,7 +68,7 @@ private:
 
 /// Three houses, 2400 x 1600.
 FacadePlan LandscapePlan();
-/// One tall house between its neighbours, 1600 x 2400.
+/// One tall house between its neighbors, 1600 x 2400.
 FacadePlan PortraitPlan();
 
 } // namespace Samples

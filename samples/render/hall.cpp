@@ -17,7 +17,7 @@ constexpr Rgb kTile = {0.87, 0.88, 0.84};
 constexpr Rgb kTeal = {0.16, 0.42, 0.45};
 constexpr Rgb kOchre = {0.80, 0.60, 0.30};
 
-/// A place on one face of the room: s and t run along it in metres, with the sides of the footprint.
+/// A place on one face of the room: s and t run along it in meters, with the sides of the footprint.
 struct Spot {
     double s;
     double t;
@@ -173,7 +173,7 @@ Rgb Hall::At(const Footprint &cell) const
     const double side = kWall / std::max(std::abs(dx), 1e-9); // depth at which the ray meets each face
     const double level = (dy > 0 ? kFloor : -kCeiling) / std::max(std::abs(dy), 1e-9);
     const double z = std::min({side, level, kEnd});
-    // Along a face that runs away from the eye a step of the ray sideways moves the depth as well.
+    // Along a face that recedes from the eye, a sideways step of the ray also changes the depth.
     const double across = z * cell.width / m_focalPx;
     const double down = z * cell.height / m_focalPx;
     if (z == kEnd)

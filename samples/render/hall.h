@@ -7,7 +7,7 @@ namespace Samples {
 
 class Hall : public Scene {
 public:
-    /// @param focalPx  focal length and @param center  optical centre of the corrected picture, in pixels
+    /// @param focalPx  focal length and @param center  optical center of the corrected picture, in pixels
     Hall(double focalPx, Point center) : m_focalPx(focalPx), m_center(center) { }
 
     Rgb At(const Footprint &cell) const override;
@@ -15,7 +15,7 @@ public:
     std::vector<EvenPatch> Patches() const override;
 
 private:
-    /// A point in metres: to the right, downwards and ahead of the eye.
+    /// A point in meters: to the right, downwards and ahead of the eye.
     struct Place {
         double x;
         double y;

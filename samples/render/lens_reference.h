@@ -1,4 +1,4 @@
-/// The lens mathematics of a profile in double precision, forwards and backwards, for making and judging samples.
+/// The lens mathematics of a profile in double precision, forward and inverse, for making and checking samples.
 #pragma once
 
 #include <optional>
@@ -17,14 +17,14 @@ struct LensModel {
     double focalLength = 1; ///< of the width, for both axes of all models but the vignette
     double centerX = 0.5;
     double centerY = 0.5;
-    std::vector<double> coefficients = {}; ///< radial terms; for the vignette model its three terms
+    std::vector<double> coefficients = {}; ///< radial terms; for the vignetting model its three terms
     double tangential1 = 0;
     double tangential2 = 0;
     double scaleFactor = 1;                  ///< of the red/green and blue/green models only
-    std::optional<double> focalLengthY = {}; ///< where it differs; only the vignette model heeds it
+    std::optional<double> focalLengthY = {}; ///< where it differs; only the vignetting model heeds it
 };
 
-/// A whole profile. Positions are pixels of a landscape picture, centre of the top-left pixel at (0, 0).
+/// A whole profile. Positions are pixels of a landscape picture, center of the top-left pixel at (0, 0).
 struct LensProfile {
     std::string name;
     std::string camera;
@@ -34,17 +34,17 @@ struct LensProfile {
     bool fisheye = false;
     LensModel distortion;
     std::optional<LensModel> green;
-    std::optional<LensModel> redGreen; ///< always perspective, applied to where green went
+    std::optional<LensModel> redGreen; ///< always perspective, applied to green's position
     std::optional<LensModel> blueGreen;
     std::optional<LensModel> vignette;
 };
 
 enum class Projection { Perspective, Fisheye };
 
-/// Where the light that belongs at @p corrected lies in the photograph, by one model.
+/// Returns the position in the photograph of the light that belongs at @p corrected, by one model.
 ///
 /// Perspective: outwards by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
-/// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches centre and focal length.
+/// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
 Point ToSource(const LensProfile &profile, const LensModel &model, Projection projection, Point corrected);
 
 /// An inverse mapping with its derivative: a step along and across the radius is stretched by these factors.
@@ -56,14 +56,14 @@ struct Inverse {
 /// The position whose ToSource is @p source. Only for models without tangential terms, where the radius grows.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
-/// Gain of the vignette model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
+/// Gain of the vignetting model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
 /// series cut after x^4, with x the squared radius in focal lengths. A focal length here counts the longer side.
 double Gain(const LensProfile &profile, Point source);
 
-/// How the camera was held: a portrait is turned a quarter to the left onto the profile's landscape frame.
+/// Camera orientation: a portrait is turned a quarter to the left onto the profile's landscape frame.
 enum class Hold { Landscape, Portrait };
 
-/// From the upright picture to the profile's frame and back; @p uprightWidth in pixels.
+/// Converts from the upright picture to the profile's frame and back; @p uprightWidth in pixels.
 Point Turned(Point upright, int uprightWidth, Hold hold);
 Point Upright(Point turned, int uprightWidth, Hold hold);
 

@@ -1,4 +1,4 @@
-// render-samples DIR: makes the sample pictures and their profiles in DIR.
+// render-samples DIR: writes the sample pictures and their profiles to DIR.
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>

@@ -1,7 +1,7 @@
-// Pictures in few colours, so that their files stay small.
+// Pictures with few colors, so that their files are small.
 #pragma once
 
 #include <QImage>
 
-/// The picture in 256 colours chosen for it, by the colour quantizer of libjpeg.
+/// The picture in 256 colors chosen for it, by the color quantizer of libjpeg.
 QImage WithPalette(const QImage &sheet);

@@ -16,7 +16,7 @@ constexpr int kSubsamples = 2;    // a side
 constexpr double kSoftness = 1.5; // width of an edge in sub-samples: the blur of a good lens
 constexpr double kNoise = 0.0045;
 
-/// Follows one channel back from the photograph to the scene.
+/// Traces one channel back from the photograph to the scene.
 class ChannelPath {
 public:
     ChannelPath(const LensProfile &profile, const std::optional<LensModel> &fromGreen)
@@ -52,7 +52,7 @@ double ChannelOf(Rgb color, int channel)
     return channel == 0 ? color.r : channel == 1 ? color.g : color.b;
 }
 
-/// Repeatable, near enough to a normal distribution, mean 0 and deviation 1.
+/// Returns repeatable noise, approximately normal, with mean 0 and deviation 1.
 double Grain(int x, int y, int channel)
 {
     double sum = 0;
@@ -61,7 +61,7 @@ double Grain(int x, int y, int channel)
     return 2 * sum - 3;
 }
 
-/// Of a sub-sample from the middle of its pixel.
+/// Returns the offset of a sub-sample from the middle of its pixel.
 double Offset(int index)
 {
     return (index + 0.5) / kSubsamples - 0.5;
@@ -99,7 +99,7 @@ struct Camera {
     }
 };
 
-/// The sRGB profile with a fixed date, so that a picture made again has the same bytes.
+/// The sRGB profile with a fixed date, so that a recreated picture has the same bytes.
 std::vector<unsigned char> ColorProfile()
 {
     const std::unique_ptr<void, decltype(&cmsCloseProfile)> profile(cmsCreate_sRGBProfile(), &cmsCloseProfile);
@@ -136,7 +136,7 @@ void EncodeJpeg(FILE *file, const Picture &picture)
     info.in_color_space = JCS_RGB;
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, 90, TRUE);
-    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = 1; // fringes live in the chroma
+    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = 1; // fringes are in the chroma channels
     info.optimize_coding = TRUE;
     jpeg_start_compress(&info, TRUE);
     const std::vector<unsigned char> profile = ColorProfile();

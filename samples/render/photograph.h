@@ -1,4 +1,4 @@
-/// Taking a picture of a scene through the faults of a lens, and writing it as a camera would.
+/// Photographs a scene through a lens with faults, and writes it as a camera would.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace Samples {
 
-/// What the files tell about a picture.
+/// Metadata written to the files of a picture.
 struct Caption {
     std::string title;
     std::string keyword;
@@ -28,12 +28,12 @@ struct Picture {
 /// Photographs @p scene: what a correction by @p profile turns back into the scene, up to noise and rounding.
 ///
 /// Each channel is placed by its own model (green by the green model, red and blue by theirs from there) and divided by
-/// the vignette gain at the position of green. A portrait is turned by 90 degrees onto the profile's landscape frame.
+/// the vignetting gain at the position of green. A portrait is turned by 90 degrees onto the profile's landscape frame.
 /// The profile must hold the chromatic models, and models without tangential terms. Same bytes on every run.
 Picture Photograph(const Scene &scene, const LensProfile &profile, Hold hold);
 
 /// Writes a JPEG of quality 90 without chroma subsampling, with EXIF, IPTC and an sRGB profile.
-/// Throws std::runtime_error if the file can't be written.
+/// Throws std::runtime_error if the file cannot be written.
 void WriteJpeg(const std::string &path, const Picture &picture, const LensProfile &profile, const Caption &caption);
 
 } // namespace Samples

@@ -1,4 +1,4 @@
-/// A scene that can be photographed: its colour everywhere, and where its straight edges and even patches are.
+/// A scene to photograph: its color everywhere, and the places of its straight edges and even patches.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@
 
 namespace Samples {
 
-/// A straight edge between two colours, with its ends in pixels of the corrected picture.
+/// A straight edge between two colors, with its ends in pixels of the corrected picture.
 struct StraightEdge {
     std::string name;
     Point from;
     Point to;
 };
 
-/// A square of nearly one colour, in pixels of the corrected picture.
+/// A square of nearly one color, in pixels of the corrected picture.
 struct EvenPatch {
     std::string name;
     Point center;
@@ -27,7 +27,7 @@ class Scene {
 public:
     virtual ~Scene() = default;
 
-    /// Mean colour over a footprint of the corrected picture, also far outside its frame.
+    /// Mean color over a footprint of the corrected picture, also far outside its frame.
     virtual Rgb At(const Footprint &cell) const = 0;
     virtual std::vector<StraightEdge> Edges() const = 0;
     virtual std::vector<EvenPatch> Patches() const = 0;

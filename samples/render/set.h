@@ -1,4 +1,4 @@
-/// The sample pictures: which scene, which lens, which file.
+/// The sample pictures: scene, lens and file of each.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,7 @@
-/// What the painted scenes are made of: colours, edges that are smooth over a footprint, and repeatable noise.
+/// Building blocks of the painted scenes: colors, edges that are smooth over a footprint, and repeatable noise.
 ///
-/// Colours are display-encoded values of 0 to 1; the scenes mix them as a painter would, not as light adds up, so that
-/// an edge between two colours has its half-way value exactly on the edge in each channel.
+/// Colors are display-encoded values of 0 to 1; the scenes mix them like paint, not like light, so that an edge between
+/// two colors has its half-way value exactly on the edge in each channel.
 #pragma once
 
 #include <algorithm>
@@ -72,7 +72,7 @@ inline double Lines(double v, double period, double thickness, double size)
     return Clamp01((integral(at + size / 2) - integral(at - size / 2)) / size);
 }
 
-/// Evenly spread in [0, 1), the same for the same cell on every machine.
+/// Evenly distributed in [0, 1), the same for the same cell on every machine.
 inline double Hash(int64_t x, int64_t y, uint32_t seed)
 {
     uint64_t h = static_cast<uint64_t>(x) * 0x9E3779B97F4A7C15u ^ static_cast<uint64_t>(y) * 0xC2B2AE3D27D4EB4Fu
@@ -106,14 +106,14 @@ inline double Cloud(double x, double y, int octaves, uint32_t seed)
     return sum;
 }
 
-/// A small cell of the corrected picture: its centre and how far it reaches.
+/// A small cell of the corrected picture: its center and how far it reaches.
 struct Footprint {
     Point at;
     double width = 1;
     double height = 1;
 };
 
-/// The colour under construction at one footprint: each call paints over what is there.
+/// The color of one footprint while it is painted: each call paints over the previous ones.
 class Brush {
 public:
     explicit Brush(const Footprint &footprint) : cell(footprint) { }
@@ -123,7 +123,7 @@ public:
     {
         return Span(cell.at.x, x0, x1, cell.width) * Span(cell.at.y, y0, y1, cell.height);
     }
-    /// Share of the footprint inside an ellipse, good where it is far larger than the footprint.
+    /// Share of the footprint inside an ellipse, accurate if it is far larger than the footprint.
     double Ellipse(double cx, double cy, double rx, double ry) const
     {
         const double r = std::hypot((cell.at.x - cx) / rx, (cell.at.y - cy) / ry);
@@ -137,7 +137,7 @@ public:
     Rgb color;
 };
 
-/// The colour of shade under a clear sky.
+/// The color of shade under a clear sky.
 constexpr Rgb kShadow = {0.56, 0.60, 0.68};
 
 } // namespace Samples

@@ -13,7 +13,7 @@ struct Window {
     bool hood;
     bool shutters;
     Rgb shutter;
-    uint32_t seed; ///< decides what is behind the glass
+    uint32_t seed; ///< chooses the content behind the glass
 };
 
 void PaintWindow(Brush &brush, const Window &window);

@@ -1,4 +1,4 @@
-// The program on pictures, profiles and folders that are of no use: one line each, and nothing else happens.
+// The program on unusable pictures, profiles and folders: one line each and no other effect.
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -17,7 +17,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// What stands beside it, up to @p size bytes.
+/// Prepares a copy of a neighboring file, cut to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -52,7 +52,7 @@ private Q_SLOTS:
 
 void BadInputTest::refused_data()
 {
-    QTest::addColumn<QString>("line");    // its file m is what is wrong
+    QTest::addColumn<QString>("line");    // its file m is the faulty one
     QTest::addColumn<QStringList>("bad"); // pictures that fail
     QTest::addColumn<QString>("said");
     QTest::addColumn<Prepare>("prepare");
@@ -120,7 +120,7 @@ void BadInputTest::refused()
     QFETCH(QString, said);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
-    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                                // English all the same
+    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                                // still English
     QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());
@@ -133,7 +133,7 @@ void BadInputTest::refused()
         const QString &told = result.errorLines.at(i);
         QVERIFY2(told.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(told));
         QVERIFY2(told.contains(said) && !told.contains("GFL"_s), qPrintable(told));
-        QVERIFY2(told.count(m_dir->path()) <= 1, qPrintable(told)); // what it is about is named once
+        QVERIFY2(told.count(m_dir->path()) <= 1, qPrintable(told)); // its subject is named once
     }
     const bool othersDone = bad.size() == 1;
     QCOMPARE(QString::fromUtf8(result.output),
@@ -141,7 +141,7 @@ void BadInputTest::refused()
     const QStringList made(othersDone ? QStringList("a_corrected.tiff"_s) : QStringList());
     QCOMPARE(Names(m_dir->path()).toSet(), (before + made).toSet());
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), output);
-    if (line.contains("--profile m"_s)) // looked at: told as unusable there too
+    if (line.contains("--profile m"_s)) // `profile` reports it as unusable too
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 

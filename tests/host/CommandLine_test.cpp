@@ -1,5 +1,5 @@
-// The command line: what is refused, what is printed, and which pictures of a run want the same output. That options do
-// what they say is seen where the whole program runs.
+// The command line: refused arguments, printed texts, and pictures of a run with the same output. Tests of the whole
+// program check the effect of options.
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"

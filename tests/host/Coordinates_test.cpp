@@ -1,5 +1,5 @@
-// Runs the whole program over pictures whose values are their own coordinates, so that every pixel of the result tells
-// where it was taken from, and compares that with the lens mathematics in double precision.
+// Runs the whole program on pictures whose values are their coordinates, so that every pixel of the result shows its
+// source position, and compares that with the lens mathematics in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -25,7 +25,7 @@ LensProfile Profile(const LensModel &distortion, bool fisheye = false)
     return profile;
 }
 
-/// With chromatic models that differ from the distortion model and from each other in all they can.
+/// A profile with chromatic models that differ from the distortion model and from each other in all values.
 LensProfile WithChromatic(LensProfile profile)
 {
     profile.green = profile.distortion;
@@ -44,7 +44,7 @@ struct Expected {
     Samples::Hold hold;
 };
 
-/// The largest deviation of the values, as @p deviate tells it, and where it is.
+/// The largest deviation of the values, computed by @p deviate, and its place.
 struct Deviation {
     double worst = 0;
     QString where;
@@ -71,7 +71,7 @@ private:
     void Take(double deviation, const Expected &at)
     {
         ++compared;
-        if (deviation <= worst) // false for a value that is not a number
+        if (deviation <= worst) // false for a value that is NaN
             return;
         worst = std::isnan(deviation) ? HUGE_VAL : deviation;
         where = QStringLiteral("off by %1 at (%2, %3), channel %4").arg(deviation).arg(at.x).arg(at.y).arg(at.c);
@@ -90,8 +90,8 @@ class tst_Coordinates : public QObject {
 private Q_SLOTS:
     void everyPixelComesFromItsPlace_data();
     void everyPixelComesFromItsPlace();
-    void greyIsBrightenedByTheSeries_data();
-    void greyIsBrightenedByTheSeries();
+    void vignettingGainOfGray_data();
+    void vignettingGainOfGray();
 };
 
 void tst_Coordinates::everyPixelComesFromItsPlace_data()
@@ -124,7 +124,7 @@ void tst_Coordinates::everyPixelComesFromItsPlace_data()
                 QTest::addRow("%s, red and blue alone, %s", name, shape) << profile << int(Chromatic) << size;
         }
     }
-    QTest::newRow("fisheye, centre on a pixel")
+    QTest::newRow("fisheye, center on a pixel")
         << Profile({0.5, 0.5, 0.5, {-0.04}}, true) << int(Distortion) << QSize(601, 401);
 }
 
@@ -134,7 +134,7 @@ void tst_Coordinates::everyPixelComesFromItsPlace()
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);
     Deviation deviation;
-    for (int yChannels : {0b010, 0b101}) { // both coordinates of each channel; x stands in the others
+    for (int yChannels : {0b010, 0b101}) { // both coordinates of each channel; x is in the others
         const auto coordinate = [=](Point p, int c) { return yChannels >> c & 1 ? p.y : p.x; };
         const Point range = {size.width() - 1.0, size.height() - 1.0};
         TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
@@ -156,7 +156,7 @@ void tst_Coordinates::everyPixelComesFromItsPlace()
     QVERIFY2(deviation.unsure < deviation.compared / 200, qPrintable(QString::number(deviation.unsure)));
 }
 
-void tst_Coordinates::greyIsBrightenedByTheSeries_data()
+void tst_Coordinates::vignettingGainOfGray_data()
 {
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size");
@@ -167,7 +167,7 @@ void tst_Coordinates::greyIsBrightenedByTheSeries_data()
                 << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // that reaches white
 }
 
-void tst_Coordinates::greyIsBrightenedByTheSeries()
+void tst_Coordinates::vignettingGainOfGray()
 {
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);

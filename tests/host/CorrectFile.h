@@ -6,8 +6,8 @@
 #include "LensOracle.h"
 #include "TiffRaster.h"
 
-/// Corrects @p source with exactly @p corrections switched on and returns the path of the result, which lies beside it,
-/// as does the profile. Throws std::runtime_error with the program's message if it fails.
+/// Corrects @p source with exactly @p corrections switched on and returns the path of the result, which is next to it,
+/// like the profile. Throws std::runtime_error with the program's message if it fails.
 QString CorrectFile(const QString &source, const Samples::LensProfile &profile, int corrections);
 
 /// The same for the pixels of a picture, whose size, lying on its long side, @p profile is given. Throws if the result

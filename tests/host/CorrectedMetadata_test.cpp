@@ -1,4 +1,4 @@
-// What the program's files hold: depth, channels, compression, alpha, and the metadata of the photograph.
+// The content of the program's files: depth, channels, compression, alpha, and the metadata of the photograph.
 #include "CorrectFile.h"
 
 #include <QFile>
@@ -31,7 +31,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Grey with a black square in the middle; the channels beyond three hold @p alpha.
+/// Gray with a black square in the middle; the channels beyond three hold @p alpha.
 TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -48,7 +48,7 @@ TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// The fourth channel of a pixel by its colours' places and, where each has its own, by what they came to.
+/// The fourth channel of a pixel by its colors' places and, where each has its own, by what they came to.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
@@ -103,7 +103,7 @@ void AddMetadata(const QString &path)
     exif["Exif.Image.Orientation"] = uint16_t(1);
     exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
-    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // not to come back as another fraction
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must not return as another fraction
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
     exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
     exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";
@@ -133,7 +133,7 @@ class tst_CorrectedMetadata : public QObject {
 private Q_SLOTS:
     void depthAndAlpha_data();
     void depthAndAlpha();
-    void metadataIsCarriedOver();
+    void copiesMetadata();
 };
 
 void tst_CorrectedMetadata::depthAndAlpha_data()
@@ -192,7 +192,7 @@ void tst_CorrectedMetadata::depthAndAlpha()
         QVERIFY(seen[int(Alpha::Kept)] > 20);
 }
 
-void tst_CorrectedMetadata::metadataIsCarriedOver()
+void tst_CorrectedMetadata::copiesMetadata()
 {
     for (const int bits : {0, 8, 16, 32}) { // 0: JPEG
         const QTemporaryDir folder;

@@ -1,4 +1,5 @@
-// Fitted corrections by the program: which profile it takes, from where, what it says of it, and when it takes none.
+// Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
+// profile.
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -70,7 +71,7 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Pictures named after what their metadata tell, and a folder with one profile of their lens among near misses.
+/// Pictures named after their metadata, and a folder with one profile of their lens among near misses.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -132,9 +133,9 @@ void FittedRunTest::correct_data()
     QTest::newRow("asked for and lacking") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
                                            << QStringList{"vignetting: the profile has no model of it"_s};
     QTest::newRow("one of two lacking") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
-                                        << QStringList{"can't correct what was asked for: vignetting"_s};
+                                        << QStringList{"cannot make the requested corrections: vignetting"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
-                                    << QStringList{"there is no folder of profiles \""_s};
+                                    << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
                                      << QStringList{"doesn't know fitted corrections; --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1

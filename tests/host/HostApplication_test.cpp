@@ -1,4 +1,4 @@
-// The host as a plug-in meets it: settings, descriptions of pictures, and the lending of their pixels.
+// The host as a plug-in uses it: settings, descriptions of pictures, and lending their pixels.
 #include "app/HostApplication.h"
 
 #include "KImage.h"
@@ -34,7 +34,7 @@ void tst_HostApplication::lendsPixels()
     QCOMPARE(def->LockFullSize(true), image); // the same pixels, counted
     def->UnlockFullSize(true);
     def->UnlockFullSize(true);
-    ImageDef::Delete(path); // by whoever shares the kernel: described again
+    ImageDef::Delete(path); // by another user of the kernel: described again
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
     WriteFile(none, "no picture");

@@ -1,5 +1,5 @@
-// The program as a host: order of calls on a plug-in that notes them and misbehaves, outputs, interruptions, and
-// wherever it may be called: without display, home folder or locale, on a terminal, with odd file names.
+// The program as a host: order of calls on a plug-in that records them and misbehaves, outputs, interruptions, and
+// unusual environments: without display, home folder or locale, on a terminal, with odd file names.
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -25,10 +25,10 @@ private Q_SLOTS:
     void failsWithOneLine();
     void existingOutput();
     void replacedFile();
-    void picturesAtOnceAreThoseOneByOne();
+    void parallelRunsGiveTheSameFiles();
     void rivalsForOneOutput();
     void interruptionLeavesNothing();
-    void workFoldersOfTheDead();
+    void removesWorkFoldersOfKilledRuns();
     void standardStreams();
     void environment();
     void names();
@@ -83,7 +83,7 @@ void HostRunTest::recordHolds()
         {"--distortion", "dcv", "1 0 0"},
         {"--ca --vignetting", "dcv", "0 1 1"},
         {"--ca", "dv", ""},
-        {"--distortion --vignetting", "dc", ""}, // one of two is lacking
+        {"--distortion --vignetting", "dc", ""}, // one of two is missing
         {"", "dcv", "", "FocalLengthX", "Other"},
         {"", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
         {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
@@ -152,7 +152,7 @@ void HostRunTest::existingOutput()
     }
 }
 
-/// What --overwrite replaces: a file where a link leads to, with its permissions; nothing that forbids it.
+/// --overwrite replaces the file that a link points to, with its permissions, but no protected file.
 void HostRunTest::replacedFile()
 {
     const QByteArray path = kOutput.toUtf8();
@@ -186,8 +186,8 @@ void HostRunTest::replacedFile()
     QVERIFY(QDir::setCurrent("/"_s));
 }
 
-/// With the real plug-in, which makes a process for each thread; one picture in between fails.
-void HostRunTest::picturesAtOnceAreThoseOneByOne()
+/// Uses the real plug-in, which makes one process per thread; one picture in between fails.
+void HostRunTest::parallelRunsGiveTheSameFiles()
 {
     QString pictures;
     for (int i = 0; i < 6; ++i) {
@@ -212,7 +212,7 @@ void HostRunTest::rivalsForOneOutput()
 {
     QVERIFY(QDir(m_dir->path()).mkdir("other"_s));
     WriteJpeg(Path("other/a.jpg"_s), 12, 8);
-    // The third is the first once more: done already, no failure.
+    // The third is the first again: already done, not a failure.
     const ProgramResult result = RunProbe("", "--overwrite -o out a.jpg other/a.jpg other/../a.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 1);
@@ -227,7 +227,7 @@ void HostRunTest::interruptionLeavesNothing()
         init();
         WriteFile(Path(kOutput), "old");
         m_run->Set("VITRELUX_PROBE", "block"_s);
-        m_run->beforeStart = [number] { // whatever the test's own parent ignores
+        m_run->beforeStart = [number] { // even if the test's parent ignores it
             std::signal(qAbs(number), number > 0 ? SIG_DFL : SIG_IGN);
             std::signal(SIGTERM, SIG_DFL);
         };
@@ -243,14 +243,14 @@ void HostRunTest::interruptionLeavesNothing()
             QVERIFY(!m_run->waitForFinished(500) && halfDone()); // heeding it took a few milliseconds
             ::kill(process, SIGTERM);
         }
-        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends as well
+        QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends too
         QCOMPARE(Made(), QStringList(kOutput));
         QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }
 }
 
-/// A killed run's work folder goes at the next start, and not that of a run that lives.
-void HostRunTest::workFoldersOfTheDead()
+/// The next start removes a killed run's work folder, but not that of a running one.
+void HostRunTest::removesWorkFoldersOfKilledRuns()
 {
     const auto folders = [this] { return Names(m_dir->path()).filter(".vitrelux-"_s); };
     m_run->Set("VITRELUX_PROBE", "block"_s);
@@ -282,7 +282,7 @@ void HostRunTest::standardStreams()
     const QString line =
         "(%1 correct --plain -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
     m_run->program = "sh"_s;
-    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // whatever the test's own parent ignores
+    m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // even if the test's parent ignores it
     m_run->Run({"-c"_s, line});
     QCOMPARE(Names(m_dir->path()).filter(".vitrelux-"_s), QStringList());
     QCOMPARE(ReadFile(Path("code"_s)).trimmed().toInt(), 128 + SIGPIPE);
@@ -290,7 +290,7 @@ void HostRunTest::standardStreams()
 
 void HostRunTest::environment()
 {
-    // On top of an environment with next to nothing; and why the desktop wizard can't be shown, where it matters.
+    // On top of an environment with next to nothing; and why the desktop wizard cannot be shown, if needed.
     const QString unreachable = "the display cannot be reached"_s;
     const QString rows[][3] = {{"HOME"_s, "/none"_s, "there is no display"_s},
                                {"DISPLAY"_s, "none:17"_s, unreachable},
@@ -308,7 +308,7 @@ void HostRunTest::environment()
         const ProgramResult result = Run(u8"correct --plain --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
         QVERIFY2(result.exitCode == 0 && result.error.isEmpty(), variable.toUtf8() + result.error);
         QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
-        QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line are nobody's new defaults
+        QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line don't become defaults
         if (wizard.isEmpty())
             continue;
         const ProgramResult window = Run("wizard b.jpg"_s);

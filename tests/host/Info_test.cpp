@@ -1,4 +1,4 @@
-// What the program says of pictures, and the profiles that it finds for them.
+// The program's report on pictures, and the profiles that it finds for them.
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -55,7 +55,7 @@ private Q_SLOTS:
     void profile();
     void correctLooksUp();
     void storedFolder();
-    void unreadableGoesOn();
+    void continuesAfterUnreadable();
 
 private:
     QJsonObject Json(const QString &picture)
@@ -64,7 +64,7 @@ private:
     }
 };
 
-/// With a picture that has a profile, in a zone with summer time.
+/// Checks a picture that has a profile, in a time zone with daylight saving.
 void InfoTest::init()
 {
     ProgramTest::init();
@@ -120,7 +120,7 @@ void InfoTest::text()
         QVERIFY2(result.output.contains(line), line + result.output);
 }
 
-/// What only part of the EXIF tells is shown as it is, and nothing is made up.
+/// Facts in only part of the EXIF are shown unchanged, and nothing is made up.
 void InfoTest::incompleteExif()
 {
     const struct {
@@ -167,7 +167,7 @@ void InfoTest::profile()
         const ProgramResult corrected = Run("correct --plain --overwrite --lens-path lenses b.jpg a.jpg"_s);
         QCOMPARE(corrected.exitCode, 1);
         QVERIFY2(corrected.error.contains(row.why), corrected.error);
-        QCOMPARE(corrected.output, Path("a_corrected.tiff\n"_s).toUtf8()); // the other one goes on
+        QCOMPARE(corrected.output, Path("a_corrected.tiff\n"_s).toUtf8()); // the other one is still corrected
     }
 }
 
@@ -204,7 +204,7 @@ void InfoTest::storedFolder()
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
 
-void InfoTest::unreadableGoesOn()
+void InfoTest::continuesAfterUnreadable()
 {
     QImage grey(4, 3, QImage::Format_Grayscale8);
     grey.fill(100);
@@ -215,7 +215,7 @@ void InfoTest::unreadableGoesOn()
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 2);
     for (const char *line : {"8 bits, 1 channel\n", "Canon EOS 40D", "gray pictures are not supported"})
-        QVERIFY2(result.output.contains(line), line + result.output); // told all the same
+        QVERIFY2(result.output.contains(line), line + result.output); // still reported
 }
 
 QTEST_GUILESS_MAIN(InfoTest)

@@ -61,7 +61,7 @@ OraclePixel LensOracle::At(Point at) const
         const OracleChannel all = warps ? channel(from) : OracleChannel{Content::Sampled, at};
         return {{all, all, all}, from};
     }
-    // Without distortion, green is copied from its own place and never sampled, so borders don't matter to it.
+    // Without distortion, green is copied from its place and never sampled, so borders don't affect it.
     const bool copied = warps == Chromatic;
     const Point green = copied ? at : Main(m_profile.green.value(), at);
     const auto shifted = [&](const std::optional<LensModel> &model) {

@@ -1,4 +1,4 @@
-// Where each channel of each pixel of a corrected picture comes from, by the lens mathematics in double precision.
+// The source of each channel of each pixel of a corrected picture, by the lens mathematics in double precision.
 #pragma once
 
 #include <array>
@@ -7,17 +7,17 @@
 
 enum Correction { Distortion = 1, Chromatic = 2, Vignetting = 4 };
 
-/// What float arithmetic may lose in pictures of a few hundred pixels: some roundings of 600 * 6e-8. Positions nearer
-/// than this to a border may be decided either way.
+/// Error bound of float arithmetic in pictures of a few hundred pixels: a few roundings of 600 * 6e-8. Positions closer
+/// than this to a border may count as inside or outside.
 constexpr double kTolerancePx = 0.001;
 
-/// What a channel of a corrected pixel holds.
+/// The content of a channel of a corrected pixel.
 enum class Content {
     Sampled, ///< the photograph at a position
-    Border,  ///< black: the position has no neighbour to the right or below
+    Border,  ///< black: the position has no neighbor to the right or below
     Outside, ///< black: the position is outside
-    Kept,    ///< what was there before: an earlier channel was outside
-    Unsure,  ///< too near to a border to tell
+    Kept,    ///< the previous value: an earlier channel was outside
+    Unsure,  ///< too close to a border to decide
 };
 
 struct OracleChannel {
@@ -27,7 +27,7 @@ struct OracleChannel {
 
 struct OraclePixel {
     std::array<OracleChannel, 3> channels = {};
-    Samples::Point gainAt = {}; ///< where the vignette gain is taken
+    Samples::Point gainAt = {}; ///< where the vignetting gain is taken
 
     bool Holds(Content content) const;
 };
@@ -50,5 +50,5 @@ private:
     int m_corrections;
 };
 
-/// How the correction holds a picture of this upright size: a square counts as portrait.
+/// The orientation in which a picture of this upright size is corrected: a square counts as portrait.
 Samples::Hold HoldOf(int width, int height);

@@ -1,6 +1,6 @@
-// A plug-in that stands in for the real one: it notes how it is called, and fails in every way that a plug-in can.
+// A plug-in that replaces the real one: it records its calls, and fails in every way that a plug-in can.
 //
-// VITRELUX_PROBE says what Process does, VITRELUX_PROBE_NOTES names the file that the notes go to.
+// VITRELUX_PROBE chooses what Process does, VITRELUX_PROBE_NOTES names the file for the record of calls.
 #include "Files.h"
 #include "KException.h"
 #include "KIApplication.h"
@@ -108,7 +108,7 @@ public:
     QList<QPointer<QObject>> Plugins(KIPluginLibrary::MGX kind) override
     {
         Note(QStringLiteral("Plugins %1").arg(int(kind)));
-        return {new QObject(this), new ProbeProcess(this)}; // the host has to find the process by cast
+        return {new QObject(this), new ProbeProcess(this)}; // the host must find the process by cast
     }
 };
 

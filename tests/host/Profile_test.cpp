@@ -1,4 +1,4 @@
-// `vitrelux profile`: the grid of a profile, what is odd in it, what it does to a picture, and its plot.
+// `vitrelux profile`: the grid of a profile, its odd values, its effect on a picture, and its plot.
 #include "ProgramTest.h"
 
 #include <QDomDocument>
@@ -29,7 +29,7 @@ QByteArray Setting(double focalMm, double distanceM, double apertureApex)
         + Number(apertureApex) + "\" ";
 }
 
-/// A model on a line of its own. The focal length is that of the whole long side.
+/// A model on a separate line. Its focal length is the whole long side.
 QByteArray Model(const char *name, const QByteArray &values, const QByteArray &models = {})
 {
     return "\n<s:" + QByteArray(name) + " s:FocalLengthX=\"1\" " + values + ">" + models + "</s:" + name + ">";
@@ -37,7 +37,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &m
 
 const QByteArray kBent = R"(s:RadialDistortParam1="-0.1" s:RadialDistortParam2="0.02")";
 
-/// The first line has no entry; each entry begins a line.
+/// The first line has no entry; each entry starts a line.
 QByteArray File(const QList<QByteArray> &entries)
 {
     QByteArray text = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/" )"
@@ -62,7 +62,7 @@ QByteArray Bent(double focalMm, double k)
         + Model("PerspectiveModel", "s:RadialDistortParam1=\"" + Number(k) + '"');
 }
 
-/// A picture of 60x40 by the profiles' body.
+/// A picture of 60x40 taken with the profiles' body.
 void WritePicture(const QString &path, int focalMm)
 {
     WriteJpeg(path, 60, 40);
@@ -74,13 +74,13 @@ void WritePicture(const QString &path, int focalMm)
     image->writeMetadata();
 }
 
-/// The weight of an entry at @p other where the picture lies at @p at: entries are blended linearly in 1/f.
+/// The weight of an entry at @p other for a picture at @p at: entries are blended linearly in 1/f.
 double WeightOfOther(double one, double other, double at)
 {
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// A plot as its reader sees it: values by the labels of the axes.
+/// A plot as read by a person: values by the labels of the axes.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)
@@ -198,7 +198,7 @@ void tst_Profile::grid()
                     kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent)}));
     const ProgramResult result = Run("profile m.lcp"_s);
     QCOMPARE(result.exitCode, 0);
-    // Rows whose settings are one within 1 % and 2 %; their apertures side by side.
+    // Rows with settings equal within 1 % and 2 %; their apertures are in one row.
     const QByteArray expected = "  Focal length  Distance  Apertures  Models                Entries\n"
                                 "  24 mm         0.5 m     f/4        distortion (fisheye)  5\n"
                                 "  24 mm         3 m       f/2.8      distortion            2\n"

@@ -19,7 +19,7 @@ ProgramRun::ProgramRun() : program(QStringLiteral(VITRELUX_PROGRAM))
         if (system.contains(name))
             m_environment.insert(name, system.value(name));
     }
-    // A leak checker that suppresses what Qt leaks would say so on the standard error that tests look at.
+    // A leak checker that suppresses Qt's leaks would report that on the standard error that tests check.
     const QString leaks = QStringLiteral("LSAN_OPTIONS");
     m_environment.insert(leaks, m_environment.value(leaks) + QStringLiteral(":print_suppressions=0"));
     setWorkingDirectory(QStringLiteral("/"));

@@ -1,4 +1,4 @@
-// Runs the program vitrelux for a test, and tells what it did.
+// Runs the program vitrelux for a test and returns its results.
 #pragma once
 
 #include <QProcess>
@@ -6,7 +6,7 @@
 
 #include <functional>
 
-/// What came of one run.
+/// The result of one run.
 struct ProgramResult {
     int exitCode = -1; // -1: did not start, did not end in time, or ended by a signal
     int signal = 0;    // that ended it
@@ -20,10 +20,10 @@ class ProgramRun : public QProcess {
 public:
     ProgramRun();
 
-    /// What is started; another program may start vitrelux in its turn.
+    /// The program to start; it may in turn start vitrelux.
     QString program;
 
-    /// To be called in the child before the program starts: limits, dropped rights. Plain system calls only.
+    /// Called in the child before the program starts, for limits and dropped rights. Only plain system calls.
     std::function<void()> beforeStart;
 
     void Set(const char *variable, const QString &value);
@@ -38,5 +38,5 @@ private:
     QProcessEnvironment m_environment;
 };
 
-/// For ProgramRun::beforeStart: takes root's right to write everywhere away; others never had it.
+/// For ProgramRun::beforeStart: removes root's right to write everywhere; other users never have it.
 void RespectPermissions();

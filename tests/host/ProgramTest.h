@@ -1,4 +1,4 @@
-// What tests of the program share: a folder with pictures and a profile, and runs of the program in it.
+// Base of the program's tests: a folder with pictures and a profile, and runs of the program in it.
 #pragma once
 
 #include "ProgramRun.h"
@@ -7,7 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-/// Each test function gets a new folder with a.jpg and b.jpg of 60x40, and p.lcp, which fits them and holds all models.
+/// Each test function gets a new folder with a.jpg and b.jpg of 60x40, and a matching p.lcp with all models.
 class ProgramTest : public QObject {
     Q_OBJECT
 protected Q_SLOTS:
@@ -19,5 +19,5 @@ protected:
     ProgramResult Run(const QString &line) { return m_run->Run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts)); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<ProgramRun> m_run; // for what is to be set ahead of Run
+    std::unique_ptr<ProgramRun> m_run; // for settings before Run
 };

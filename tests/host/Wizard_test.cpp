@@ -1,4 +1,4 @@
-// The desktop wizard, driven as a user does, around a process that stands in for the plug-in's.
+// The desktop wizard, driven like a user would, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
 #include "KException.h"
@@ -30,7 +30,7 @@ namespace {
 
 InterruptGuard *g_guard;
 
-/// Notes its calls. Pictures are told apart by their names: "bad" fails, "slow" waits for `go`.
+/// Records its calls. Picture names choose the behavior: "bad" fails, "slow" waits for `go`.
 class StandInProcess : public KIPluginOne2One {
 public:
     QString Name() const override { return "Stand-in"_s; }
@@ -98,18 +98,18 @@ public Q_SLOTS:
         m_opened = url;
         sigset_t blocked;
         pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-        QVERIFY(!sigismember(&blocked, SIGTERM)); // or the file manager would be deaf to it
+        QVERIFY(!sigismember(&blocked, SIGTERM)); // otherwise the file manager would ignore it
     }
 
 private Q_SLOTS:
     void init();
     void cleanup();
     void picturesByDialogAndDrop();
-    void runTellsWhatCameOfEach();
-    void replacesWhereToldTo();
-    void stopEndsBehindThePictureUnderWay_data();
-    void stopEndsBehindThePictureUnderWay();
-    void backKeepsWhatWasChosen();
+    void reportsTheResultOfEach();
+    void replacesOnRequest();
+    void stopsAfterTheCurrentPicture_data();
+    void stopsAfterTheCurrentPicture();
+    void backKeepsChoices();
     void choicesStayWithTheirPictures();
     void realPluginCorrects();
     void speaksTheUsersLanguage_data();
@@ -124,7 +124,7 @@ private:
     void Click(const char *name) const { Find<QAbstractButton>(name)->click(); }
     void Next() const
     {
-        QTRY_VERIFY(CanGoOn()); // once the pictures are looked at, once the preview is there
+        QTRY_VERIFY(CanGoOn()); // once the pictures are described, once the preview is rendered
         m_wizard->button(QWizard::NextButton)->click();
     }
     bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
@@ -141,7 +141,7 @@ private:
         }
         return rows;
     }
-    /// With pictures of these names, which are made where they are not there.
+    /// Starts with pictures of these names; missing ones are created.
     void Show(KIPluginOne2One *process, const QString &names)
     {
         const auto find = [this](const QString &picture) {
@@ -180,7 +180,7 @@ void tst_Wizard::cleanup()
     m_process->go.release(2); // a test that failed may have left the run waiting
     m_wizard.reset();
     QCOMPARE(m_process->records.load(), 0);
-    QVERIFY(!m_process->page || !m_process->page->parent()); // given back, or it would be deleted twice
+    QVERIFY(!m_process->page || !m_process->page->parent()); // returned, otherwise it would be deleted twice
     for (const QWidget *window : QApplication::topLevelWidgets())
         QVERIFY2(!window->isVisible(), window->metaObject()->className());
 }
@@ -214,7 +214,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     QApplication::sendEvent(page, &drop);
     QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
-    QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is none
+    QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is not a picture
 
     Find<QAbstractItemView>("pictures")->selectAll();
     Click("remove");
@@ -222,7 +222,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     m_wizard->close();
 }
 
-void tst_Wizard::runTellsWhatCameOfEach()
+void tst_Wizard::reportsTheResultOfEach()
 {
     const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
     constexpr int kPictures = 8;
@@ -256,9 +256,9 @@ void tst_Wizard::runTellsWhatCameOfEach()
     QCOMPARE(m_opened.toLocalFile(), m_dir->path());
 }
 
-void tst_Wizard::replacesWhereToldTo()
+void tst_Wizard::replacesOnRequest()
 {
-    m_process->page.reset(); // and a process without a page: from the pictures right to the run
+    m_process->page.reset(); // a process without a page: from the pictures directly to the run
     WriteFile(Path("there_corrected.tiff"), "old");
     WriteFile(m_process->profile, ProfileText(ProfileModels(), 600, 400));
     Show("there.jpg open.jpg"_s);
@@ -271,14 +271,14 @@ void tst_Wizard::replacesWhereToldTo()
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
 }
 
-void tst_Wizard::stopEndsBehindThePictureUnderWay_data()
+void tst_Wizard::stopsAfterTheCurrentPicture_data()
 {
     QTest::addColumn<QString>("manner");
     for (const char *manner : {"button", "window closed", "window closed twice", "deleted"})
         QTest::newRow(manner) << QString::fromLatin1(manner);
 }
 
-void tst_Wizard::stopEndsBehindThePictureUnderWay()
+void tst_Wizard::stopsAfterTheCurrentPicture()
 {
     QFETCH(QString, manner);
     m_process->goesWhenStopped = manner == "deleted"_s;
@@ -305,7 +305,7 @@ void tst_Wizard::stopEndsBehindThePictureUnderWay()
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
 }
 
-void tst_Wizard::backKeepsWhatWasChosen()
+void tst_Wizard::backKeepsChoices()
 {
     WriteJpeg(Path("b.jpg"), 60, 40);
     Show("a.jpg"_s);
@@ -404,7 +404,7 @@ void tst_Wizard::speaksTheUsersLanguage()
     Show(plugin.Process(), QString());
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
-    m_wizard->resize(1, 1); // what the plug-in's page says of itself shows whole, however narrow the window
+    m_wizard->resize(1, 1); // the description of the plug-in's page is fully visible in a narrow window
     WriteJpeg(Path("cut.jpg"), 60, 40);
     WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
     m_wizard->Add({Path("cut.jpg")});

@@ -1,4 +1,4 @@
-// The sliding window of float rows: what it holds after each move, in every form of picture.
+// The sliding window of float rows: its content after each move, for every form of picture.
 #include "FloatRows.h"
 
 #include "TestImages.h"

@@ -1,4 +1,4 @@
-// The fast warp against its plain twin: every set of instructions, both frames, bands of rows, what stays unwritten.
+// The fast warp against its plain twin: every instruction set, both frames, bands of rows, unwritten channels.
 #include "FloatWarp.h"
 
 #include "FloatRows.h"
@@ -50,7 +50,7 @@ Pixels Turned(const Pixels &from)
     return to;
 }
 
-/// What the plain engine makes of @p source, lying as @p frame says, upon @p before.
+/// Returns the plain engine's result for @p source in @p frame, written over @p before.
 Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Corrections corrections, Frame frame)
 {
     const bool turned = frame == Frame::Turned;
@@ -59,7 +59,7 @@ Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Correctio
     return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
 }
 
-/// So gentle that most blocks are inside, with all numbers of coefficients.
+/// Models weak enough that most blocks are inside, with all numbers of coefficients.
 void MakeGentle(newLCP &lcp, int round, quint32 seed)
 {
     for (LensParam *model : {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
@@ -69,14 +69,14 @@ void MakeGentle(newLCP &lcp, int round, quint32 seed)
         model->scaleFactor = 1.0F;
     }
     lcp.scale = 1.0F;
-    lcp.modelKind = int(seed / 8 % 2); // another from size to size for the same number
+    lcp.modelKind = int(seed / 8 % 2); // alternates from size to size
 }
 
 void Break(newLCP &lcp, int round, quint32)
 {
-    if (round < 8) // positions infinite or not a number
+    if (round < 8) // positions are infinite or NaN
         lcp.redGreenModel.focalPixels = 0.0F;
-    else if (round < 16) // the gain not a number
+    else if (round < 16) // the gain is NaN
         lcp.vignetteModel.coefficients[1] = std::numeric_limits<float>::quiet_NaN();
     else
         lcp.greenModel.found = lcp.distortionModel.found = false;
@@ -105,7 +105,7 @@ private Q_SLOTS:
 private:
     /// One row per set of instructions and frame.
     static void AddMachines();
-    /// Compares pictures of all sizes, @p rounds of each, by strong models that @p change has changed.
+    /// Compares pictures of all sizes, @p rounds of each, by strong models modified by @p change.
     static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));
     /// Renders random pixels by the fast warp and by its plain twin, which must agree to the last bit; so all
     /// instructions give the same bits too. @p round chooses switches and what stays unwritten.
@@ -187,7 +187,7 @@ void tst_FloatWarp::exactEdges()
     for (newLCP *lcp : {&same, &wider, &redWider, &blueWider}) {
         for (int round = 0; round < 24; ++round)
             Compare(*lcp, {kSide, kSide}, round, 7);
-        // Held are the rows that have a share, and no more.
+        // Only the rows with a nonzero share are held.
         const int around = lcp == &same ? 0 : 1;
         for (int round = 0; round < 4; ++round) {
             GuardedImage from(source, 0), whole(source, 0);
@@ -227,7 +227,7 @@ void tst_FloatWarp::bandsAreTheWhole()
     }
 }
 
-/// From some rows of the source comes what comes from all, or the answer that they don't suffice.
+/// Some rows of the source give the same result as all rows, or are reported as insufficient.
 void tst_FloatWarp::someRowsOfTheSource()
 {
     constexpr int kWidth = 150, kHeight = 120, kBandRows = 8;

@@ -1,4 +1,4 @@
-// The warp: every instantiation against a plain statement of it, its traps, and what it refuses.
+// The warp: every instantiation against a plain reference, its traps, and the inputs it refuses.
 #include "InterpolatorKim.h"
 
 #include "Case.h"
@@ -38,7 +38,7 @@ bool Render(newLCP &lcp, GuardedImage &source, GuardedImage &destination, WarpSw
                       switches.mode);
 }
 
-/// A run that has its source only, for calling the samplers.
+/// A run with only a source, for calling the samplers.
 template <typename S> InterpolatorKim<S, float> SamplersOn(GuardedImage &source, float inScale)
 {
     InterpolatorKim<S, float> run;
@@ -56,14 +56,14 @@ class tst_InterpolatorKim : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void matchesTheStatement();
+    void matchesTheReference();
     void samplerPositions();
     void depths();
     void shapes();
-    void brokenImagesAreRefused();
+    void refusesBrokenImages();
 };
 
-void tst_InterpolatorKim::matchesTheStatement()
+void tst_InterpolatorKim::matchesTheReference()
 {
     const QSize sizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {13, 17}};
     for (int i = 0; i < 45; ++i) {
@@ -79,7 +79,7 @@ void tst_InterpolatorKim::matchesTheStatement()
             constexpr int kFisheyes[] = {1, 2, -1};
             newLCP lcp = StrongModels(size.width(), size.height(), round & 32 ? kFisheyes[round % 3] : 0, seed);
             LensParam *const needed[] = {&lcp.distortionModel, &lcp.greenModel, &lcp.vignetteModel};
-            if (seed % 5 == 4) // then nothing is written, whatever else would do
+            if (seed % 5 == 4) // then nothing is written
                 needed[seed % 3]->found = false;
             const Pixels source = RandomPixels(size.width(), size.height(), channels, sourceBits, seed);
             Pixels want = RandomPixels(size.width(), size.height(), channels, destinationBits, seed + 1000);
@@ -108,7 +108,7 @@ void tst_InterpolatorKim::samplerPositions()
                 {0, -0.75F, -1, 1 * 1.75F - 3 * 0.75F},
                 {-0.999F, 0, -1, 1 * 1.999F - 2 * 0.999F},
                 {-1, 0, -1, -1},
-                {2, 0, 4, 9}, // the last column and behind it, the last row
+                {2, 0, 4, 9}, // the last column and beyond it, the last row
                 {2.75F, 0, 4, 9},
                 {0, 1.5F, 3, 9},
                 {3, 0, -1, -1},
@@ -142,7 +142,7 @@ void tst_InterpolatorKim::samplerPositions()
 void tst_InterpolatorKim::depths()
 {
     const struct {
-        int sourceBits, storedBits; // told, and really
+        int sourceBits, storedBits; // reported, and actual
         float stored;
         int destinationBits;
         float want; // -1: refused
@@ -201,7 +201,7 @@ void tst_InterpolatorKim::shapes()
     }
 }
 
-void tst_InterpolatorKim::brokenImagesAreRefused()
+void tst_InterpolatorKim::refusesBrokenImages()
 {
     newLCP lcp = NoModels();
     lcp.distortionModel = Identity();

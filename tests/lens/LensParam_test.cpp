@@ -36,8 +36,8 @@ template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, do
     return center + f * (radial(r2) * uv + shift);
 }
 
-/// The power series of 1 / (1 + ax + bx^2 + dx^3) up to x^4, by its recurrence: each coefficient out of the three
-/// before.
+/// The power series of 1 / (1 + ax + bx^2 + dx^3) up to x^4, by its recurrence: each coefficient from the previous
+/// three.
 double ReciprocalSeries(double a, double b, double d, double x)
 {
     double g[5] = {1};
@@ -53,7 +53,7 @@ double ReciprocalSeries(double a, double b, double d, double x)
 const QPointF kPlaces[] = {{0, 0},       {5999, 0},    {0, 3999},  {5999, 3999},
                            {3050, 1961}, {3051, 1961}, {17, 2500}, {4321, 1234}};
 
-/// Some roundings of a coordinate of this size: floats near 6000 stand 0.0005 apart.
+/// A few roundings of a coordinate of this size: floats near 6000 are 0.0005 apart.
 constexpr double kTolerancePx = 0.004;
 
 void CompareNear(QPointF got, QPointF want, QPointF at)
@@ -71,10 +71,10 @@ class tst_LensParam : public QObject {
 
 private Q_SLOTS:
     void perspective();
-    void sumsOfTermsAreKeptInDouble();
+    void sumsTermsInDouble();
     void fisheye();
-    void fisheyeCentreIsNotANumber();
-    void falloff();
+    void fisheyeCenterIsNaN();
+    void vignettingGain();
 };
 
 void tst_LensParam::perspective()
@@ -109,16 +109,16 @@ void tst_LensParam::perspective()
     }
 }
 
-void tst_LensParam::sumsOfTermsAreKeptInDouble()
+void tst_LensParam::sumsTermsInDouble()
 {
     // In float 1 + 2^-25 and 1 + 2^-24 are both 1; their exact sum is nearer to the next float after 1.
     const LensParam model = Model({std::ldexp(1.0F, -25), std::ldexp(1.0F, -24)});
-    QVERIFY(model.ComputeRadialDistortion(1.0F) == std::nextafter(1.0F, 2.0F)); // QCOMPARE would take 1 as well
+    QVERIFY(model.ComputeRadialDistortion(1.0F) == std::nextafter(1.0F, 2.0F)); // QCOMPARE would accept 1 too
 }
 
 void tst_LensParam::fisheye()
 {
-    // Of no coefficient, or of three, all falls on the centre.
+    // With no coefficient, or with three, all positions map to the center.
     for (const Coefficients &coefficients :
          {Coefficients(), Coefficients{-0.06F}, Coefficients{-0.06F, 0.011F}, Coefficients{-0.06F, 0.011F, 0.001F}}) {
         const bool known = coefficients.size() == 1 || coefficients.size() == 2;
@@ -144,7 +144,7 @@ void tst_LensParam::fisheye()
     }
 }
 
-void tst_LensParam::fisheyeCentreIsNotANumber()
+void tst_LensParam::fisheyeCenterIsNaN()
 {
     LensParam model = Model({-0.06F});
     model.centerX = 3050;
@@ -156,11 +156,11 @@ void tst_LensParam::fisheyeCentreIsNotANumber()
     QCOMPARE(QPointF(x, y), QPointF(3050, 1960));
 }
 
-void tst_LensParam::falloff()
+void tst_LensParam::vignettingGain()
 {
     QVector<std::tuple<Coefficients, float, double>> rows = {
         {{-0.5F, 0.3F, 0.2F}, 0.0F, 1.0},
-        {{0.5F, 0.0F, 0.0F}, 1.0F, 0.6875}, // a cut series, not 1/1.5
+        {{0.5F, 0.0F, 0.0F}, 1.0F, 0.6875}, // a truncated series, not 1/1.5
         {{0.5F}, 1.0F, 0.6875},             // missing ones are 0
         {{}, 0.8F, 1.0}};
     for (float a : {-1.25F, 0.5F})

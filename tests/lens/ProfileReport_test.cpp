@@ -1,4 +1,4 @@
-// The profile report: what it holds, why a file can't be used, and what it warns of.
+// The profile report: its content, why a file cannot be used, and its warnings.
 #include "ProfileReport.h"
 
 #include "Case.h"
@@ -27,7 +27,7 @@ QByteArray Vignette(int count)
     return Value("VignetteModelParam1", "0.01").repeated(count);
 }
 
-/// All sub-models with sound values, apart from the one that @p without names.
+/// All sub-models with valid values, except the one named by @p without.
 QByteArray SubModels(const char *without = "")
 {
     QByteArray models;
@@ -108,7 +108,7 @@ void tst_ProfileReport::holdsLittle()
 
 void tst_ProfileReport::problems()
 {
-    // By a regular expression of the whole problem, which is one line: "." meets no line break.
+    // Matches the whole problem by a regular expression; it must be one line: "." matches no line break.
     const auto check = [this](const QByteArray &content, const QByteArray &expression) {
         const ProfileReport report = Report(content);
         const QRegularExpression whole(QRegularExpression::anchoredPattern(QString::fromLatin1(expression)));
@@ -125,7 +125,7 @@ void tst_ProfileReport::problems()
     check("\x89PNG\r\n\x1A\n", "not XML: .*");
     check(whole.left(cut),
           "damaged or cut short: unexpected end of file at line " + cutLine + ", column \\d+; whole XML was expected");
-    // newLCP would use it, but who knows what else is lost.
+    // newLCP would use it, but more data may be lost.
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
     check("<svg><defs><g/></defs></svg>",
@@ -163,14 +163,14 @@ void tst_ProfileReport::problemsOfTheFileItself()
 
 void tst_ProfileReport::notes()
 {
-    // By the beginning of the only note; empty for none.
+    // Compares the start of the only note; empty for none.
     const auto check = [this](const QByteArray &content, const char *text) {
         const QString note = QString::fromLatin1(text);
         const ProfileReport report = Report(content);
         QVERIFY2(report.usable, qPrintable(report.problem));
         QCOMPARE(report.notes.size(), note.isEmpty() ? 0 : 1);
         QCOMPARE(report.notes.value(0).left(note.size()), note);
-        // What spoils the picture is told of the model as well, so that a program can keep from correcting by it.
+        // Flaws are also stored in the model, so that a program can avoid correcting by it.
         for (const ProfileReportModel &model : report.models) {
             const Case named(model.name);
             const bool isFlaw = note.startsWith(model.name + QStringLiteral(" model: a f")); // "a focal", "a fisheye"

@@ -1,4 +1,4 @@
-// Profiles for tests, written in the shape of real ones.
+// Profiles for tests, in the format of real ones.
 #pragma once
 
 #include <QByteArray>
@@ -16,12 +16,12 @@ QByteArray Profile(const QByteArray &entries);
 
 /// ImageWidth and ImageLength.
 QByteArray Size(const QByteArray &width, const QByteArray &length);
-/// Both focal lengths and both centres.
+/// Both focal lengths and both centers.
 QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByteArray &centerX,
                  const QByteArray &centerY);
 /// Names, lens and shooting data as profile makers write them, without the image size.
 QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
-/// An entry with all five models, each with values of its own. @p shift is added to the radial coefficients.
+/// An entry with all five models, each with different values. @p shift is added to the radial coefficients.
 QByteArray FullEntry(double shift);
 
 } // namespace profiletext

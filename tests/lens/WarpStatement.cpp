@@ -20,7 +20,7 @@ float LargestValue(int bits)
     return bits == 8 ? 255.0F : bits == 16 ? 65535.0F : 1.0F;
 }
 
-/// What stands in a channel of that depth after a value was put there: integers keep their low bits.
+/// Returns the value of a channel of that depth after a store: integers keep their low bits.
 float Stored(float value, int bits)
 {
     if (bits == 32)
@@ -35,7 +35,7 @@ float Smaller(float limit, float value)
     return value < limit ? value : limit;
 }
 
-/// One statement of a run: where it is in the picture and what it reads there.
+/// The reference run at one pixel: its position and the samples it reads.
 struct Statement {
     const newLCP &lcp;
     const Pixels &source;
@@ -55,7 +55,7 @@ struct Statement {
         return model.ComputeFalloff(u * u + v * v);
     }
 
-    /// Whether the position is inside; @p value is then the sample of 0..1, or as it was beside the last column and
+    /// Whether the position is inside; @p value is then the sample of 0..1, or unchanged next to the last column and
     /// row.
     bool Sample(float x, float y, int channel, float &value) const
     {
@@ -92,7 +92,7 @@ struct Statement {
         StoreAlpha(x, y, destination.At(x, y, 0) + destination.At(x, y, 1) + destination.At(x, y, 2) > 0.0F);
     }
 
-    /// Samples one colour and stores it with the gain, or 0 outside.
+    /// Samples one color and stores it with the gain, or 0 outside.
     bool Move(int x, int y, int channel, float fromX, float fromY, float gain)
     {
         float value = 0.0F;

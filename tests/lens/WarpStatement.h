@@ -1,4 +1,4 @@
-// What a warp must write, stated pixel by pixel without regard to speed; and images to check it on.
+// Reference of a warp, pixel by pixel without regard to speed, and images to check it on.
 #pragma once
 
 #include "TestImages.h"
@@ -17,7 +17,7 @@ struct Pixels {
     float At(int x, int y, int channel) const { return values[(y * width + x) * channels + channel]; }
 };
 
-/// An image of given pixels, whose gaps between rows and guard behind them nobody may change.
+/// An image of given pixels with protected gaps between rows and a guard after them.
 class GuardedImage : private TestImage {
 public:
     GuardedImage(const Pixels &pixels, int padding);
@@ -37,10 +37,10 @@ struct WarpSwitches {
     int mode = 1;
 };
 
-/// Changes @p destination as newLCP::Render must for images that go together.
+/// Changes @p destination as newLCP::Render must for matching images.
 void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
 
-/// Where two pictures differ first, with both values; empty if nowhere. Values that are no numbers are equal.
+/// Returns the first difference of two pictures, with both values; empty if there is none. NaNs are equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);
 
 /// Values over the whole range of the depth; floats go below 0 and above 1 too.

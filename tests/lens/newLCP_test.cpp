@@ -1,4 +1,4 @@
-// newLCP: what is read of a profile, and what becomes of files that are none.
+// newLCP: the values read from a profile, and files that are not profiles.
 #include "newLCP.h"
 
 #include "Case.h"
@@ -23,7 +23,7 @@ const SubModel kSubModels[] = {{"ChromaticGreenModel", &newLCP::greenModel},
                                {"ChromaticBlueGreenModel", &newLCP::blueGreenModel},
                                {"VignetteModel", &newLCP::vignetteModel}};
 
-/// All the value elements that a model may hold, each with a number of its own.
+/// All value elements of a model, each with a different number.
 QByteArray EveryValue()
 {
     QByteArray values = Value("ScaleFactor", "1.5") + Place("0.5", "0.25", "0.125", "0.75");
@@ -42,13 +42,13 @@ class tst_newLCP : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstOfManyEntries();
+    void readsOnlyTheFirstEntry();
     void perspectiveValues();
     void subModelsReadTheirOwnValues();
     void reset();
-    void metadataBehindTheModelIsNotRead();
+    void ignoresMetadataAfterTheModel();
     void unusable();
-    void brokenOffBehindTheFirstEntry();
+    void truncatedAfterTheFirstEntry();
 
 private:
     /// The profile in a file of that content.
@@ -66,10 +66,10 @@ newLCP tst_newLCP::Read(const QByteArray &content, bool *ok)
     return lcp;
 }
 
-void tst_newLCP::firstOfManyEntries()
+void tst_newLCP::readsOnlyTheFirstEntry()
 {
     bool ok = false;
-    // Hundreds of entries, one for each focal length, aperture and distance, are no excess.
+    // Hundreds of entries, one per focal length, aperture and distance, are normal.
     const newLCP lcp = Read(Profile(FullEntry(0) + FullEntry(0.3) + FullEntry(0.5).repeated(300)), &ok);
     QVERIFY(ok);
     QCOMPARE(lcp.imageWidth, 4001.0);
@@ -142,11 +142,11 @@ void tst_newLCP::subModelsReadTheirOwnValues()
         QCOMPARE(read.focalPixels, 50.0F);
         QCOMPARE(read.focalLengthY, 0.25);
         QCOMPARE(QPointF(read.centerX, read.centerY), QPointF(12.5, 37.5));
-        QCOMPARE(lcp.distortionModel.focalPixels, 0.0F); // none of it went to the model around
+        QCOMPARE(lcp.distortionModel.focalPixels, 0.0F); // the outer model got none of it
         QVERIFY(lcp.distortionModel.coefficients.isEmpty());
     }
     const std::pair<const char *, int> kinds[] = {{"PerspectiveModel", 0}, {"FisheyeModel", 1}, {"GeometricModel", 0}};
-    for (const auto &[tag, kind] : kinds) { // an unknown tag is read all the same
+    for (const auto &[tag, kind] : kinds) { // an unknown tag is still read
         const Case named(tag, kind);
         const newLCP lcp = Read(Profile(Entry(Size("101", "51") + Resource(tag, EveryValue()))));
         QVERIFY(lcp.distortionModel.found);
@@ -176,7 +176,7 @@ void tst_newLCP::reset()
     QCOMPARE(distortion.coefficients.size(), 3); // which a second reading appends to
 }
 
-void tst_newLCP::metadataBehindTheModelIsNotRead()
+void tst_newLCP::ignoresMetadataAfterTheModel()
 {
     const QByteArray model = Resource("PerspectiveModel", Place("0.5", "0.5", "0.5", "0.25"));
     bool ok = false;
@@ -207,7 +207,7 @@ void tst_newLCP::unusable()
         Profile("<rdf:x/>" + Entry(model)), // aside of the first children
         "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">]>"
             + Profile(Entry(Value("Make", "&b;") + model)),
-        Profile(Entry(QByteArray("<a>").repeated(2000000) + model)), // nested beyond reason, and without end
+        Profile(Entry(QByteArray("<a>").repeated(2000000) + model)), // nested too deeply, and truncated
         Profile(Entry(model + QByteArray("<a/>").repeated(2000000))),
         Profile("<rdf:li rdf:parseType=\"Resource\"><a " + attributes + "/>" + model + "</rdf:li>"),
         Profile(Entry(model) + QByteArray(17 << 20, ' '))};
@@ -227,7 +227,7 @@ void tst_newLCP::unusable()
     }
 }
 
-void tst_newLCP::brokenOffBehindTheFirstEntry()
+void tst_newLCP::truncatedAfterTheFirstEntry()
 {
     bool ok = false;
     const QByteArray whole = Profile(FullEntry(0) + FullEntry(0.3));

@@ -1,4 +1,4 @@
-// The installed files, used by a host that has nothing else, and by the program from a place it was moved to.
+// The installed files, used by a host that has nothing else, and by the program after it was moved.
 #include "ProgramTest.h"
 #include "TiffRaster.h"
 
@@ -25,7 +25,7 @@ void MinimalHost_test::sameFileAsTheProgram()
 {
     const ProgramResult host = RunIn(QStringLiteral(MINIMAL_HOST), "a.jpg p.lcp"_s);
     QVERIFY2(host.exitCode == 0, host.error);
-    // The last line: the tool kernel prints what it finds odd about processors before.
+    // The last line: before it the tool kernel prints remarks about processors.
     QCOMPARE(QString::fromUtf8(host.output).trimmed().split(QLatin1Char('\n')).last(), Path("a_corrected.tiff"_s));
     const TiffRaster picture = ReadTiff(Path("a_corrected.tiff"_s));
     QCOMPARE(QSize(picture.width, picture.height), QSize(60, 40));

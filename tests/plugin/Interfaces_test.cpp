@@ -1,4 +1,4 @@
-// Hosts are compiled apart and call by table position: this pins the position of every virtual operation.
+// Hosts are compiled separately and call by table position: this checks the position of every virtual operation.
 #include "KIApplication.h"
 #include "KIImageDef.h"
 #include "KIPluginLibrary.h"

@@ -21,8 +21,8 @@ using Params = KVitreluxOne2One::Params;
 
 const QString kUid = QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
 
-/// A profile for a width by height frame: each model with a term of its own, the main one with @p k, centers at
-/// (0.5, 0.25) of the frame, focal lengths 1.
+/// A profile for a width by height frame: each model with a different term, the main one with @p k, centers at (0.5,
+/// 0.25) of the frame, focal lengths 1.
 QByteArray ProfileText(int width, int height, double k)
 {
     using namespace profiletext;
@@ -64,7 +64,7 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
-/// Those on the host since the last time.
+/// Returns the calls on the host since the last time.
 QStringList Calls()
 {
     return std::exchange(Host().calls, {});
@@ -92,7 +92,7 @@ private Q_SLOTS:
 
     void recordFromElement_data();
     void recordFromElement();
-    void plainKnowsNothingOfFitted();
+    void plainRecordsIgnoreFittedOptions();
     void fittedOption_data();
     void fittedOption();
     void xmlForm();
@@ -100,9 +100,9 @@ private Q_SLOTS:
     void rightAngleFrames();
     void unreadableProfile_data();
     void unreadableProfile();
-    void fileRunIsTheWholePicture_data();
-    void fileRunIsTheWholePicture();
-    void failedRunGivesTheLockBack();
+    void fileRunEqualsWholePicture_data();
+    void fileRunEqualsWholePicture();
+    void failedRunReleasesTheLock();
 
 private:
     QString WriteProfile(int width, int height, double k)
@@ -162,9 +162,9 @@ void tst_KVitreluxOne2One::recordFromElement()
     process.FreeParameters(params);
 }
 
-// What a host can notice of plain records: each call on it and each attribute, with options of fitted ones at hand.
+// The effects of plain records that a host sees: each call on it and each attribute, while fitted options are stored.
 
-void tst_KVitreluxOne2One::plainKnowsNothingOfFitted()
+void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
     const QStringList names = {"Disto"_s, "CA"_s, "Falloff"_s, "LCPfilename"_s}, gets = Prefixed("get "_s, names);
     const QStringList options = {"Framing"_s, "Lens"_s, "Again"_s, "Profile"_s};
@@ -204,7 +204,7 @@ void tst_KVitreluxOne2One::fittedOption_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("kept"); // what the record makes of it
+    QTest::addColumn<QString>("kept"); // the value in the record
     QTest::addColumn<bool>("lasting");
     const auto row = [](const char *name, const char *text, const char *kept, bool lasting = true) {
         QTest::addRow("%s=%s", name, text)
@@ -273,7 +273,7 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
-    std::vector<QByteArray> noise; // takes the place of whatever was freed
+    std::vector<QByteArray> noise; // reuses freed memory
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
@@ -285,9 +285,9 @@ void tst_KVitreluxOne2One::xmlForm()
     process.FreeParameters(back);
 }
 
-// A profile describes a landscape frame with its centre at (0.5, 0.25) of it. An upright picture lies on its side while
-// it is warped: turned to the left, so that its right edge is the frame's top. A radial model then moves pixels toward
-// or away from that centre, wherever it stands in the upright picture.
+// A profile describes a landscape frame with its center at (0.5, 0.25). An upright picture is warped turned to the
+// left, so that its right edge is the frame's top. A radial model then moves pixels toward or away from that center,
+// wherever it is in the upright picture.
 
 void tst_KVitreluxOne2One::rightAngleFrames_data()
 {
@@ -309,7 +309,7 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     const double k = -0.2;
     KImage image;
     FillWithCoordinates(image, width, height);
-    // Of a frame of n pixels, the last stands at n - 1.
+    // The last of n pixels is at n - 1.
     const int atWhole = reduction > 1;
     CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
                       1.0f / float(reduction));
@@ -366,10 +366,10 @@ void tst_KVitreluxOne2One::unreadableProfile()
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// A run from a file goes in bands; what comes out is the file of the whole picture, corrected in memory. Strips of the
-// file hold 512 KiB, so that these have several.
+// A run from a file works in bands; the result equals that of the whole picture corrected in memory. Strips of the file
+// hold 512 KiB, so that these have several.
 
-void tst_KVitreluxOne2One::fileRunIsTheWholePicture_data()
+void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<int>("type");
@@ -383,7 +383,7 @@ void tst_KVitreluxOne2One::fileRunIsTheWholePicture_data()
     QTest::newRow("one row of gray, 8 bits, a copy") << QSize(97, 1) << int(GFL_GREY) << 8 << 0;
 }
 
-void tst_KVitreluxOne2One::fileRunIsTheWholePicture()
+void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
 {
     QFETCH(QSize, size);
     QFETCH(int, type);
@@ -423,7 +423,7 @@ void tst_KVitreluxOne2One::fileRunIsTheWholePicture()
     }
 }
 
-void tst_KVitreluxOne2One::failedRunGivesTheLockBack()
+void tst_KVitreluxOne2One::failedRunReleasesTheLock()
 {
     const QString source = QStringLiteral("/nowhere/at/all.jpg");
     FakeImageDef *def = Host().Def(source);

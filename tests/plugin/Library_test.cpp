@@ -30,7 +30,7 @@ class tst_Library : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void whatTheLibraryTells();
+    void libraryDescription();
     void eachCallAddsAProcess();
     void pictures();
 
@@ -49,7 +49,7 @@ void tst_Library::initTestCase()
     QVERIFY2(m_object, qPrintable(m_loader.errorString()));
 }
 
-void tst_Library::whatTheLibraryTells()
+void tst_Library::libraryDescription()
 {
     QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
     QCOMPARE(second.instance(), m_object); // one object a load
@@ -91,7 +91,7 @@ void tst_Library::eachCallAddsAProcess()
     }
     QCOMPARE(options, QStringLiteral("Qt's the system's"));
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
-    delete plugins[0].data(); // a host may: the library then lets go of it
+    delete plugins[0].data(); // allowed for hosts: the library then releases it
 }
 
 void tst_Library::pictures()

@@ -1,4 +1,4 @@
-// Which profile is found for a camera and a lens, by folders full of names.
+// The profile found for a camera and a lens, in folders with many names.
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
@@ -21,7 +21,7 @@ private Q_SLOTS:
     void profile_data();
     void profile();
     void currentFolderWithoutBrand();
-    void descriptionsThatTellNothing();
+    void emptyDescriptions();
     void recordIsFilledByRunAndPage();
 
 private:
@@ -101,7 +101,7 @@ void tst_Lookup::profile_data()
 {
     QTest::addColumn<QString>("maker");
     QTest::addColumn<QString>("lensId");
-    QTest::addColumn<QStringList>("files"); // "L" is the folder of profiles, "L\\Canon" that of a brand
+    QTest::addColumn<QStringList>("files"); // "L" is the profile folder, "L\\Canon" that of a brand
     QTest::addColumn<QString>("found");
     QTest::addColumn<QString>("message");
     const auto row = [](const char *name, const char *maker, const char *lensId, const QStringList &files,
@@ -178,7 +178,7 @@ void tst_Lookup::currentFolderWithoutBrand()
     QCOMPARE(Relative(found), QStringLiteral("X1 (Canon EF-S 10-22mm).lcp"));
 }
 
-void tst_Lookup::descriptionsThatTellNothing()
+void tst_Lookup::emptyDescriptions()
 {
     KVitreluxOne2One process;
     ImageDef bare;

@@ -1,4 +1,4 @@
-// The plug-in's objects where no host is: without an application, and with one that is no host.
+// The plug-in's objects without a host: without an application, and with one that is not a host.
 #include "ImageDatas.h"
 #include "KVitreluxOne2One.h"
 #include "Library.h"
@@ -38,7 +38,7 @@ void tst_WithoutHost::defaultsAndRefusals()
     QVERIFY(!params->disto && !params->ca && !params->falloff && params->lcpFilename.isEmpty());
     params->ca = true;
     process.SaveDefaultSettings(params);
-    process.OnValidatePage(); // stores nothing, asks nobody
+    process.OnValidatePage(); // stores nothing, calls nothing
     QCOMPARE(process.GetXmlParameters(params).attribute(QStringLiteral("CA")), QStringLiteral("1"));
 
     QString output;

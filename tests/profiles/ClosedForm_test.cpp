@@ -43,8 +43,8 @@ double RedScale(const Shot &shot)
     return 1.0 + 0.001 * (35.0 / shot.focalMm - 1.0);
 }
 
-/// 1 + c0 x + c1 x^2 + c2 x^3 next to @p value by least squares, x the squared radius in focal lengths, as whoever
-/// measures a lens finds them.
+/// Fits 1 + c0 x + c1 x^2 + c2 x^3 to @p value by least squares, with x the squared radius in focal lengths, as in
+/// measured profiles.
 QVector<double> Coefficients(const std::function<double(double mm)> &value, double focal)
 {
     double m[3][4] = {};

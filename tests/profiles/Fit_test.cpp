@@ -28,7 +28,7 @@ double Distance(const SourcePlaces::Point &a, const OraclePoint &b)
     return double(std::hypot(a.x - b.x, a.y - b.y));
 }
 
-/// The greatest distance, and the greatest relative error of the gain, between a fit and the models of one entry.
+/// The largest distance and the largest relative error of the gain between a fit and the models of one entry.
 struct Worst {
     double px = 0.0, gain = 0.0;
 };
@@ -79,7 +79,7 @@ OraclePicture Whole(int width, int height)
     return picture;
 }
 
-/// A camera table of its own: the real one changes.
+/// A camera table for the tests: the real one changes.
 void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));
@@ -181,7 +181,7 @@ void tst_Fit::frames_data()
     QTest::addColumn<double>("longPx"); // of the picture's whole frame; 0: refused
     QTest::addColumn<double>("ratio");  // q
     QTest::addColumn<bool>("ownCenter");
-    QTest::addColumn<QString>("text"); // a part of what is assumed, or of why
+    QTest::addColumn<QString>("text"); // part of `assumed` or `why`
     using Change = std::function<void(PictureFacts &)>;
     const auto row = [](const char *name, const QSize &size, const Change &change, double longPx, double ratio,
                         bool ownCenter, const char *text) {
@@ -255,7 +255,7 @@ void tst_Fit::frames()
         return;
     OraclePicture picture = Whole(facts.pixels.width(), facts.pixels.height());
     picture.ownCenter = ownCenter;
-    // The oracle takes the unit from the longest side there is.
+    // The oracle takes the unit from the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
     // Centers of pictures whose proportions aren't quite the frame's: by the frame's own sides.
@@ -298,7 +298,7 @@ void tst_Fit::parts()
         QVERIFY2(worst.px < 0.002, qPrintable(QStringLiteral("turn %1: %2 px").arg(turn).arg(worst.px)));
         QVERIFY(fit.assumed.isEmpty());
     }
-    // Stored upright, and cut off the middle: nothing tells where.
+    // Stored upright, and cropped off the middle: the place is unknown.
     PictureFacts lost = Facts({2000, 1500});
     lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 lying down, then turned
     const FitResult fit = Fit(Profile({entry}), lost, options);
@@ -368,7 +368,7 @@ void tst_Fit::choices_data()
     QTest::addColumn<QVector<ProfileEntry>>("entries");
     QTest::addColumn<PictureFacts>("facts");
     QTest::addColumn<QString>("expected"); // geometry's entries and weights in percent; light's after a bar
-    QTest::addColumn<QString>("text");     // a part of what is assumed, or of why
+    QTest::addColumn<QString>("text");     // part of `assumed` or `why`
     const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
         ProfileEntry made = Entry(focal);
         made.distanceM = distance;
@@ -505,7 +505,7 @@ void tst_Fit::leftOut_data()
 {
     QTest::addColumn<PictureFacts>("facts");
     QTest::addColumn<FitOptions>("options");
-    QTest::addColumn<QString>("done"); // letters of what is
+    QTest::addColumn<QString>("done"); // letters of the corrections made
     QTest::addColumn<QString>("why");
     const auto row = [](const char *name, const std::function<void(PictureFacts &, FitOptions &)> &change,
                         const char *done, const char *why) {

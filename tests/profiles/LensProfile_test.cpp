@@ -1,4 +1,4 @@
-// Profiles as people have them: every spelling reads the same, and what is wrong in one is named with its line.
+// Profiles in all spellings: each gives the same entries, and problems are reported with their line.
 #include "LensProfile.h"
 #include "SpelledProfile.h"
 #include "XmlLimits.h"
@@ -141,7 +141,7 @@ void tst_LensProfile::everySpellingReadsTheSame()
         QCOMPARE(profile.entries[0].alternateLensNames,
                  Spelling(i) == Spelling::Decorated ? QStringList{QStringLiteral("Other name")} : QStringList());
     }
-    // The process's locale counts nowhere.
+    // The process's locale has no effect.
     struct Comma : std::numpunct<char> {
         char do_decimal_point() const override { return ','; }
     };

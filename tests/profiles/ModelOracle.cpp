@@ -5,7 +5,7 @@
 
 namespace {
 
-/// The sensor's position of a position in the picture at hand, whose sides are swapped from orientation 5 on.
+/// Converts a position in the current picture to the sensor's; from orientation 5 on the picture's sides are swapped.
 OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
 {
     const long double right = p.width - 1, bottom = p.height - 1;
@@ -29,7 +29,7 @@ OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
     }
 }
 
-/// The way back is the same for most; two quarter turns undo each other.
+/// The inverse is the same for most; the two quarter turns are inverse to each other.
 OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
 {
     OraclePicture back = p;

@@ -8,7 +8,7 @@ struct OraclePoint {
     long double x, y;
 };
 
-/// Where a picture lies in the profile's frame. Everything here is as the sensor lies; the picture at hand is that
+/// Place of a picture in the profile's frame. All values are in the sensor's orientation; the current picture is that
 /// picture after @p turn.
 struct OraclePicture {
     int width, height;                   // of the sensor's picture, in pixels; a crop of the whole below
@@ -24,6 +24,7 @@ struct OraclePlaces {
     long double gain;
 };
 
-/// The places of the pixel (@p x, @p y) of the picture at hand by one entry that holds all models. Gain is not limited.
+/// Returns the places of the pixel (@p x, @p y) of the current picture, by an entry with all models. Gain is not
+/// limited.
 OraclePlaces OracleAt(const ProfileEntry &entry, const OraclePicture &picture, Projection projection, double zoom,
                       long double x, long double y);

@@ -1,4 +1,4 @@
-// Facts of pictures that Exiv2 wrote by itself: values, units and sources.
+// Facts of pictures written by Exiv2: values, units and sources.
 #include "PictureFacts.h"
 
 #include "KImage.h"
@@ -139,7 +139,7 @@ void tst_PictureFacts::doneBefore()
     const struct {
         const char *name;
         Values values;
-        const char *done; // letters of what was corrected
+        const char *done; // letters of the corrections already made
     } rows[] = {
         {"a converter's profile", {{"Xmp.crs.AlreadyApplied", "True"}, {"Xmp.crs.LensProfileEnable", "1"}}, "dv"},
         {"only its distortion",

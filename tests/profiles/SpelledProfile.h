@@ -1,4 +1,4 @@
-// One profile, written in every way that people's files are.
+// One profile, written in every spelling found in real files.
 #pragma once
 
 #include <QByteArray>
@@ -20,7 +20,7 @@ enum class Spelling {
     Attributes,       // of rdf:Description
     DirectAttributes, // of rdf:li and of the model elements
     Mixed,            // every other value an attribute, models before values
-    ReversedElements, // last things first
+    ReversedElements, // in reverse order
     OtherPrefixes,    // a default namespace and one-letter prefixes
     Rationals,        // "14/10"
     Decorated,        // comments, CDATA, white space, lists and unknown elements in between

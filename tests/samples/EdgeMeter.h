@@ -1,4 +1,4 @@
-// Measures straight edges and even patches in a picture from its pixels, to a fraction of a pixel.
+// Measurement of straight edges and even patches in a picture, to a fraction of a pixel.
 #pragma once
 
 #include <functional>
@@ -14,10 +14,10 @@ struct EdgeFigures {
     double fringe[3] = {}; ///< pixels: how far red, green, blue lie from green, mean of an edge's part near a corner
 };
 
-/// Follows an edge by looking, every few pixels, across it for the centre of the change near its expected place.
+/// Follows an edge: every few pixels, finds the center of the change across it near its expected place.
 ///
 /// Only where to look comes from @p placement. Places where the edge is interrupted are left out.
 EdgeFigures MeasureEdge(const TiffRaster &picture, const Samples::StraightEdge &edge, const Placement &placement);
 
-/// Mean of the three colours over a square, 0 to 255.
+/// Mean of the three colors over a square, 0 to 255.
 double MeanLevel(const TiffRaster &picture, Samples::Point center, double halfSize);

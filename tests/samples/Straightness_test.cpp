@@ -1,5 +1,5 @@
 // Corrects the sample pictures with the whole program and measures them before and after: bends of straight edges,
-// colour fringes and dark corners.
+// color fringes and dark corners.
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>

@@ -31,7 +31,7 @@ FakeImageDef *MakePicture(const QString &file, int width, int height)
     return Host().Def(file);
 }
 
-/// Answers the modal windows that come up: a file dialog by typing a path, or Escape for none; a box by Enter.
+/// Answers modal windows: a file dialog by typing a path, or Escape for none; a message box by Enter.
 class ModalAnswers : public QObject {
 public:
     explicit ModalAnswers(const QString &typed) : m_typed(typed) { startTimer(5); }
@@ -66,7 +66,7 @@ void StoreSettings(bool corrections, const QString &profile)
     Host().settings.insert(prefix + QStringLiteral("LCPfilename"), profile);
 }
 
-/// A wizard with the page in it and one behind it.
+/// A wizard with the page and one after it.
 class Desk {
 public:
     explicit Desk(const QStringList &files = {}) : page(process.WizardPage()), worker(page->findChild<QThread *>())
@@ -96,7 +96,7 @@ public:
         Click("toolButtonLensFile");
         return answers.seen;
     }
-    /// "isComplete", the wait label, and what the wizard's Next says to that.
+    /// "isComplete", the wait label, and the state of the wizard's Next button.
     QString State() const
     {
         const QVariant complete = preview->property("isComplete");
@@ -132,8 +132,8 @@ public:
 
 constexpr QImage::Format kFormat = QImage::Format_RGB32;
 
-/// A picture as it is painted on the window's color, as large as the frame allows, without what the frame's border may
-/// cover.
+/// A picture as painted on the window's color, as large as the frame allows, without the part that the frame's border
+/// may cover.
 QImage Fitted(KImage &image, const QWidget &frame)
 {
     QImage picture;
@@ -145,7 +145,7 @@ QImage Fitted(KImage &image, const QWidget &frame)
     return shown.copy(shown.rect().adjusted(2, 2, -2, -2));
 }
 
-/// Where it stands in the frame's parent.
+/// Its position in the frame's parent.
 QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 {
     const QSize free = frame.size() - fitted.size();
@@ -161,7 +161,7 @@ private Q_SLOTS:
     void init() { Host().Clear(); }
     void cleanup() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
-    void listWalksAround();
+    void listWrapsAround();
     void reducedSize_data();
     void reducedSize();
     void states();
@@ -197,7 +197,7 @@ void tst_UIVitreluxPage::initTestCase()
     m_whole = Profile({true, true, true}, 400, 300);
 }
 
-void tst_UIVitreluxPage::listWalksAround()
+void tst_UIVitreluxPage::listWrapsAround()
 {
     for (const QString &file : {kA, kB, kC})
         MakePicture(file, 40, 30);
@@ -212,7 +212,7 @@ void tst_UIVitreluxPage::listWalksAround()
     desk.Click("QToolButton_Next");
     QCOMPARE(list->currentIndex(), 1);
     auto *shown = static_cast<KIImageDef *>(list->currentData().value<void *>());
-    desk.Click("m_cbVignetting"); // edits the record of the image in the list's row, no other
+    desk.Click("m_cbVignetting"); // edits only the record of the current image
     for (const QString &file : {kA, kB, kC})
         QCOMPARE(file + desk.Record(file), file + QLatin1String(Host().Def(file) == shown ? "0 0 1 " : "0 0 0 "));
 }
@@ -259,7 +259,7 @@ void tst_UIVitreluxPage::states()
     desk.Click("m_cbPreview");
     QTest::qWait(50);
     QCOMPARE(renders.count(), 0); // neither a resize nor the split needs a render
-    desk.process.SetFiles({});    // a job of no pictures
+    desk.process.SetFiles({});    // an empty job
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
@@ -355,11 +355,11 @@ void tst_UIVitreluxPage::profileChosen()
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
     QTRY_VERIFY(desk.IsUpToDate());
 
-    desk.Click("QToolButton_Next"); // what locks a box is the profile of its picture
+    desk.Click("QToolButton_Next"); // boxes are locked by the profile of their picture
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
-    desk.process.SetFiles({other}); // and not that of a former job
+    desk.process.SetFiles({other}); // and not by one of a previous job
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     StoreSettings(true, profile);
     desk.process.SetFiles({file}); // checked boxes are never locked
@@ -385,7 +385,7 @@ void tst_UIVitreluxPage::quickToggles()
         for (int i = 0; i < toggles; ++i) { // without the event loop: no end of a render is noticed meanwhile
             box->click();
             if (toggles == 5)
-                desk.worker->wait(); // the next render begins before the page hears that this one ended
+                desk.worker->wait(); // the next render starts before the page is notified of the end of this one
         }
         QVERIFY2(!desk.State().contains(QLatin1String("next")), name);
         QTRY_VERIFY2(desk.IsUpToDate(), name);
@@ -444,7 +444,7 @@ void tst_UIVitreluxPage::pictureGone()
     desk.process.SetFiles({file});
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
     QCOMPARE(desk.Find<QComboBox>("comboBoxImageDef")->currentText(), file.mid(1));
-    desk.Click("m_cbCA"); // there is no record on show that it could change
+    desk.Click("m_cbCA"); // there is no current record to change
     QCOMPARE(desk.Record(file), QStringLiteral("0 0 0 "));
     desk.process.SetFiles({kA});
     QTRY_VERIFY(desk.IsUpToDate());

@@ -67,7 +67,7 @@ void tst_LensName::comparison_data()
     same("OLYMPUS M.40-150mm F2.8", "Olympus M.Zuiko Digital ED 40-150mm F2.8 Pro");
     same("Canon EF 85mm f/1.2L USM Mark II", "Canon EF 85mm f/1.2L II USM");
     same("smc PENTAX-DA★ 16-50mm F2.8 ED AL [IF] SDM", "smc Pentax-DA 16-50mm f/2.8 ED AL IF SDM");
-    // One number or mark apart.
+    // Names that differ in one number or mark.
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6");
@@ -83,7 +83,7 @@ void tst_LensName::comparison_data()
     other("Olympus Zuiko Digital ED 14-42mm F3.5-5.6", "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6");
     other("FE 24-70mm F2.8 GM", "Sony FE 24-70mm f/2.8 GM II");
     other("iPhone XR back camera 4.25mm f/1.8", "iPhone 11 Pro back triple camera 4.25mm f/1.8");
-    other("OLYMPUS 14-42mm Lens", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6"); // says too little
+    other("OLYMPUS 14-42mm Lens", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6"); // too few details
     other("Sigma 8mm f/3.5 EX DG Circular", "Sigma 8mm f/3.5 EX DG");
 }
 

@@ -1,4 +1,4 @@
-// Tests of ProfileIndex.h: what is read of a profile's head, what is kept between runs, and what damage does.
+// Tests of ProfileIndex.h: fields of a profile's head, the cache between runs, and damaged files.
 #include "ProfileIndex.h"
 
 #include <QBuffer>
@@ -66,7 +66,7 @@ private Q_SLOTS:
     void unusable_data();
     void unusable();
     void readsOnlyWhatChanged();
-    void damagedCacheIsMadeAnew();
+    void rebuildsDamagedCache();
 };
 
 void tst_ProfileIndex::head_data()
@@ -85,7 +85,7 @@ void tst_ProfileIndex::head()
     QString error;
     QVERIFY2(ReadProfileHead(&device, &head, &error), qPrintable(error));
     QCOMPARE(head.make, QStringLiteral("Canon"));
-    QCOMPARE(head.model, QStringLiteral("EOS 60D")); // of the first entry alone
+    QCOMPARE(head.model, QStringLiteral("EOS 60D")); // only of the first entry
     QCOMPARE(head.lensNames, (QStringList{QStringLiteral("EF50mm f/1.8 II"), QStringLiteral("Nifty fifty 50mm")}));
     head.lensIds.sort();
     QCOMPARE(head.lensIds, (QStringList{QStringLiteral("6"), QStringLiteral("7")}));
@@ -144,7 +144,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     scan(0, {QStringLiteral("another 50mm"), two});
 }
 
-void tst_ProfileIndex::damagedCacheIsMadeAnew()
+void tst_ProfileIndex::rebuildsDamagedCache()
 {
     const QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("profiles.index"));

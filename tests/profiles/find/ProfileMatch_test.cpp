@@ -95,7 +95,7 @@ private Q_SLOTS:
     void lensAmongDecoys();
     void bodies_data();
     void bodies();
-    void equalOnesAreNamed();
+    void namesEquallyGoodProfiles();
     void settingsOutsideTheLens_data();
     void settingsOutsideTheLens();
     void fixedLens();
@@ -169,17 +169,17 @@ void tst_ProfileMatch::bodies()
             .Match({profile}, PictureWith(QStringLiteral("Canon"), Text("EF-S18-55mm f/3.5-5.6 IS"), 34));
     QCOMPARE(!match.path.isEmpty(), found);
     QCOMPARE(match.nearest.size(), found ? 0 : 1);
-    QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is said
+    QCOMPARE(match.notes.size(), found && !sameBody ? 1 : 0); // another body is noted
 }
 
-void tst_ProfileMatch::equalOnesAreNamed()
+void tst_ProfileMatch::namesEquallyGoodProfiles()
 {
     QVector<IndexedProfile> two = {ProfileOf(Text("Canon EF 50mm f/1.8 STM")), ProfileOf(Text("EF50mm f/1.8 STM"))};
     const PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("EF50mm f/1.8 STM"), 50);
     const ProfileMatch equal = Matcher().Match(two, facts);
     QVERIFY2(equal.path.isEmpty(), qPrintable(equal.path));
     QVERIFY2(equal.reason.contains(two[0].path) && equal.reason.contains(two[1].path), qPrintable(equal.reason));
-    // What tells them apart, best first: the body, whether made for raw pictures.
+    // Ranked by body first, then by whether they were made for raw pictures.
     two[1].head.raw = true;
     QCOMPARE(Matcher().Match(two, facts).path, two[0].path);
     two[1].head.make = QStringLiteral("Canon");
@@ -222,7 +222,7 @@ void tst_ProfileMatch::fixedLens()
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("6.1 - 30.5 mm"), 12);
     facts.model = Known(QStringLiteral("Canon PowerShot G11"));
     QCOMPARE(Matcher().Match({compact}, facts).path, compact.path);
-    // A lens that can be taken off says nothing of a picture that names none.
+    // A profile of an interchangeable lens doesn't match a camera with a fixed lens.
     IndexedProfile mounted = compact;
     mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
     QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());

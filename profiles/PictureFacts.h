@@ -19,6 +19,9 @@ template <typename T> struct Fact {
 /// The eight ways a picture can lie, as in EXIF; 1 is upright as stored.
 using Orientation = int;
 
+/// What EXIF says of stored values, for pictures without an ICC profile.
+enum class ColorEncoding { Unknown, Srgb, AdobeRgb };
+
 struct PictureFacts {
     QString path;
     Fact<QString> make, model;
@@ -33,6 +36,7 @@ struct PictureFacts {
     Orientation orientation = 1;    // as the file says
     Orientation readerTurn = 1;     // what the reader applied already: raw, HEIF
     bool raw = false;
+    Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // shares of the original, angle 0
     bool cropTurned = false; // a crop with an angle, which can't be fitted
     /// What was corrected before, of rendered pixels.

@@ -26,6 +26,8 @@ public:
     bool IsCurrent();
     /// The last rendered picture. Leaves @p out as it is while a render is under way, or with too little memory.
     void getPreview(QImage &out);
+    /// What the last render of a fitted record tells of itself; none before the first, and for plain records.
+    std::optional<FitReport> Report();
 
 protected:
     void run() override;
@@ -41,6 +43,7 @@ private:
     KVitreluxOne2One::Params m_workParams;
     int m_workNumber = 0;     // of the request that is being rendered
     int m_renderedNumber = 0; // ... that was rendered last
+    std::optional<FitReport> m_renderedReport;
 
     KIImageDef *m_requestImageDef = nullptr;
     KImage *m_requestImage = nullptr;

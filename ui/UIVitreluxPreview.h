@@ -25,6 +25,9 @@ class Ui_UIVitreluxPreviewClass;
 /// A change during a render replaces the request that waits; the end of the render then starts the next one. The
 /// dynamic property "isComplete" tells the parent page whether to go on; the parent's completeChanged() is fired with
 /// it.
+///
+/// A fitted record without a chosen profile stays without: what its render found, or why nothing was, stands in the
+/// profile's row as a placeholder.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -65,6 +68,7 @@ private:
     void ShowImage(KIImageDef *def, Params *params);
     void SetFlag(bool Params::*flag, int state);
     void UseProfile(const QString &fileName);
+    void ShowReport(const std::optional<FitReport> &report);
     void EnableBoxes(const Corrections &held);
     void SetComplete(const QVariant &complete);
     void FitPictures();

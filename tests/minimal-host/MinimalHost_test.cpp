@@ -9,6 +9,7 @@ class MinimalHost_test : public ProgramTest {
 
 private Q_SLOTS:
     void sameFileAsTheProgram();
+    void fitted();
     void failsWithAMessage();
     void partsAreFoundBesideTheProgram();
 
@@ -42,9 +43,26 @@ void MinimalHost_test::sameFileAsTheProgram()
     }
 }
 
+/// A profile of one entry serves a picture of any size; without one the reason is said, and nothing is written.
+void MinimalHost_test::fitted()
+{
+    WriteJpeg(Path("b.jpg"_s), 45, 30);
+    const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg p.lcp"_s);
+    QVERIFY2(fitted.exitCode == 0, fitted.error);
+    QVERIFY2(fitted.output.contains("Profile: " + Path("p.lcp"_s).toUtf8() + '\n'), fitted.output);
+    QVERIFY2(fitted.output.contains("\nDone: distortion"), fitted.output);
+    QCOMPARE(ReadTiff(Path("b_corrected.tiff"_s)).channels, 3);
+    QVERIFY(QFile::remove(Path("b_corrected.tiff"_s)));
+    const ProgramResult none = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg"_s);
+    QVERIFY2(none.exitCode == 1 && none.error.contains("the picture doesn't name its lens"), none.error);
+    QVERIFY(!QFile::exists(Path("b_corrected.tiff"_s)));
+}
+
 void MinimalHost_test::failsWithAMessage()
 {
     const char *const rows[][2] = {{"", "Usage"},
+                                   {"a.jpg", "Usage"},
+                                   {"--fitted a.jpg none.lcp", "none.lcp is not a readable profile"},
                                    {"none.jpg p.lcp", "none.jpg\" cannot be loaded"},
                                    {"p.lcp p.lcp", "p.lcp\" cannot be loaded"},
                                    {". p.lcp", "cannot be loaded"},

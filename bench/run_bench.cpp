@@ -114,8 +114,8 @@ void Starter::Serve(const QByteArray &program, int requests, int answers)
         const pid_t child = fork();
         if (child == 0) {
             dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
-            execl(program.constData(), program.constData(), "correct", "--overwrite", "--profile", names.profile,
-                  names.picture, static_cast<char *>(nullptr));
+            execl(program.constData(), program.constData(), "correct", "--plain", "--overwrite", "--profile",
+                  names.profile, names.picture, static_cast<char *>(nullptr));
             _exit(127);
         }
         int status = -1;

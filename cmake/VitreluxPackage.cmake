@@ -36,7 +36,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt5sql5-sqlite)  # loaded at run time, so not found among the linked ones
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, liblensfun-data-v1") # read at run time: not among the linked ones
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qttranslations5-l10n) # the file dialog in the user's language
 set(CPACK_STRIP_FILES ON)
 include(CPack)

@@ -5,6 +5,7 @@
 #include "command/Console.h"
 #include "command/CorrectCommand.h"
 #include "command/InfoCommand.h"
+#include "command/LensesCommand.h"
 #include "command/ProfileCommand.h"
 #include "command/WizardCommand.h"
 
@@ -37,7 +38,9 @@ int Run(const CommandLine &line, Console *console)
     case CommandLine::Action::ShowInfo:
         return RunInfo(line.info, console);
     case CommandLine::Action::ShowProfiles:
-        return RunProfile(line.profiles, console);
+        return RunProfile(line.profile, console);
+    case CommandLine::Action::ShowLenses:
+        return RunLenses(line.lenses, console);
     case CommandLine::Action::ShowWizard:
         return RunWizard(line.wizard, console);
     case CommandLine::Action::PrintText:
@@ -50,13 +53,14 @@ int Run(const CommandLine &line, Console *console)
     return kUsageError;
 }
 
-/// Names of files and folders that stand on the command line.
+/// Returns the names of files and folders on the command line.
 QStringList NamesIn(const CommandLine &line)
 {
-    QStringList names = line.correct.files + line.info.files + line.profiles + line.wizard.files;
+    QStringList names = line.correct.files + line.info.files + line.profile.files + line.wizard.files;
     for (const QString &name :
          {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
-          line.info.lensPath, line.info.plugin, line.wizard.lensPath, line.wizard.plugin}) {
+          line.info.lensPath, line.info.plugin, line.lenses.lensPath, line.lenses.plugin, line.profile.picture,
+          line.profile.plot, line.wizard.lensPath, line.wizard.plugin}) {
         if (!name.isEmpty())
             names << name;
     }
@@ -68,14 +72,14 @@ int RunChecked(const CommandLine &line, Console *console)
     for (const QString &name : NamesIn(line)) {
         if (!LacksCurrentFolder(name))
             continue;
-        console->Failure(name, QStringLiteral("lies in the current folder, which does not exist any more"));
+        console->Failure(name, QStringLiteral("is in the current folder, which no longer exists"));
         return kSomeFailed;
     }
     return Run(line, console);
 }
 
-/// A program may be started without standard streams. The first files that it opened would take their numbers, and
-/// what it prints would end up in pictures. Here each gets a file that refuses to be read or written, as none does.
+/// Opens missing standard streams. Otherwise the first files opened would take their numbers, and printed text would
+/// end up in pictures. Reading and writing these streams fails, as for missing ones.
 void OccupyStandardStreams()
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -84,8 +88,7 @@ void OccupyStandardStreams()
     }
 }
 
-/// Where an exception may not pass, as in slots of Qt's. Any other one than lack of memory is a fault of ours, to be
-/// looked into.
+/// Handles exceptions where none may pass, as in Qt slots. Any exception other than out of memory is a bug and aborts.
 [[noreturn]] void EndWithoutMemory() noexcept
 {
     try {
@@ -99,14 +102,14 @@ void OccupyStandardStreams()
     std::abort();
 }
 
-/// Runs before the constructors of static objects, which take memory and may open files.
+/// Runs before the constructors of static objects, which allocate and may open files.
 [[gnu::constructor(101)]] void PrepareProcess()
 {
     OccupyStandardStreams();
     std::set_terminate(EndWithoutMemory);
 }
 
-/// @return an exit code. Nothing is thrown.
+/// Runs the program. @return an exit code. Throws nothing.
 int RunGuarded(int argc, char **argv)
 {
     try {
@@ -114,9 +117,9 @@ int RunGuarded(int argc, char **argv)
         const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);
         if (!std::ferror(stdout))
             return result;
-        // What a script waits for is missing.
+        // The output is incomplete.
         console.Failure(QString(), QStringLiteral("cannot write to standard output"));
-    } catch (const std::bad_alloc &) { // first: the words for others take memory
+    } catch (const std::bad_alloc &) { // first: the texts of others need memory
         std::fputs("vitrelux: not enough memory\n", stderr);
     } catch (...) {
         std::fprintf(stderr, "vitrelux: %s\n", qUtf8Printable(OneLine(TextOfCurrentException())));
@@ -128,9 +131,9 @@ int RunGuarded(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
-    // File names are UTF-8 whatever the locale says: under the "C" of a cron job Qt would lose every other letter.
+    // File names are UTF-8 in any locale: under the "C" locale of a cron job Qt would lose all non-ASCII letters.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // A limit on file sizes is then an error of one picture and not the end of the program.
+    // Exceeding a file size limit is then an error of one picture and doesn't end the program.
     std::signal(SIGXFSZ, SIG_IGN);
     return RunGuarded(argc, argv);
 }

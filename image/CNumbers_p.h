@@ -1,11 +1,11 @@
-// Numbers in texts that are the same in every locale.
+// Locale-independent parsing of numbers.
 #pragma once
 
 #include <clocale>
 #include <cmath>
 
-/// While it lives, strtod and sscanf on this thread read numbers with a decimal point: a host that has set its user's
-/// locale would make them expect a comma.
+/// While an instance lives, strtod and sscanf on this thread expect a decimal point: a host that has set its user's
+/// locale might make them expect a comma.
 class CNumbers {
 public:
     CNumbers() : m_before(uselocale(CLocale())) { }
@@ -16,14 +16,14 @@ public:
 private:
     static locale_t CLocale()
     {
-        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr); // one for the process, never freed
+        static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr); // one per process, never freed
         return locale;
     }
 
     locale_t m_before;
 };
 
-/// @p number, or @p otherwise for an infinity and for what is not a number.
+/// Returns @p number, or @p otherwise for an infinity or not-a-number.
 template <typename Number> Number FiniteOr(Number number, Number otherwise)
 {
     return std::isfinite(number) ? number : otherwise;

@@ -9,7 +9,7 @@
 #include <sanitizer/tsan_interface.h>
 #endif
 
-/// As QMutexLocker; the thread sanitizer is told besides, since it doesn't see how threads wait inside Qt.
+/// Like QMutexLocker; also informs the thread sanitizer, which doesn't see how threads wait inside Qt.
 class CacheLocker {
 public:
     explicit CacheLocker(QMutex &mutex) : m_mutex(mutex)
@@ -17,7 +17,7 @@ public:
         m_mutex.lock();
         Acquired();
     }
-    /// Doesn't wait: see operator bool.
+    /// Tries to lock without waiting: see operator bool.
     CacheLocker(QMutex &mutex, std::try_to_lock_t) : m_mutex(mutex), m_isLocked(mutex.tryLock())
     {
         if (m_isLocked)

@@ -1,4 +1,4 @@
-// The table of cameras: how large their sensors are.
+// The table of cameras and their sensor sizes.
 #pragma once
 
 #include <QMutex>
@@ -7,28 +7,28 @@
 
 #include <atomic>
 
-/// Rows come from "Data:cameras.txt", which tells its own format. The table is read once, on first need, by whichever
-/// thread comes first, and never changes afterwards: any thread may look up.
+/// Rows come from "Data:cameras.txt", which documents its format. The first thread that needs the table reads it; it
+/// never changes afterwards, so any thread may look up.
 class CameraProperties : public QObject {
 public:
     struct CameraProperty {
         QString brand;
         QString model;
-        float scale = 1.0F; // diagonal of a 36 x 24 mm frame over that of the sensor
+        float scale = 1.0F; // diagonal of a 36 x 24 mm frame divided by that of the sensor
     };
 
-    /// A table that can't be opened stays empty.
+    /// Reads the table. A file that can't be opened leaves it empty.
     void Initialize();
 
-    /// The scale of the first row whose brand @p make contains and whose model @p model contains, in any case; -1 if
-    /// there is none.
+    /// Returns the scale of the first row whose brand occurs in @p make and whose model occurs in @p model, ignoring
+    /// case; -1 if there is none.
     float GetSensorSize(QString make, QString model);
 
-    /// Whether @p make contains @p brand, in any case: makers write themselves in several ways.
+    /// Returns whether @p make contains @p brand, ignoring case: makers spell their names in several ways.
     static bool isBrand(const QString &make, const QString &brand);
 
 private:
     std::atomic<bool> m_initialized{false};
-    QMutex m_mutex; // of the reading
+    QMutex m_mutex; // guards the reading
     QVector<CameraProperty> m_cameras;
 };

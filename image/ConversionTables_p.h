@@ -1,4 +1,4 @@
-// The 81 conversions of KImage::CropCopyTo: two tables, one rule, and the three cases that deviate.
+// The 81 conversions of KImage::CropCopyTo: two tables, one rule, and three exceptions.
 #pragma once
 
 #include "PixelRuns_p.h"
@@ -9,8 +9,8 @@
 
 #include <utility>
 
-/// Turns a run of pixels into another form. Conversions of two steps work run by run, with the run between them in the
-/// first cache: none passes over memory twice or allocates.
+/// Converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate run in the
+/// first-level cache: none passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Rows and columns of the tables below.
@@ -32,13 +32,13 @@ constexpr Depth DepthOf(int bitsPerComponent)
     return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-/// By channels rather than type, which serves the forms of other channel orders too.
+/// By channel count rather than type, which also covers forms with other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
     return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
 }
 
-/// The form of an image whose type and depth are among the nine.
+/// Returns the form of an image whose type and depth are among the nine.
 inline Form FormOf(const KImage &image)
 {
     return {DepthOf(image.bitsPerComponent()), LayoutOf(image.m_bitmap->ComponentsPerPixel)};
@@ -57,13 +57,13 @@ void Call(Status (&primitive)(const S *, Step, D *, Step, Size, Extra...), const
     primitive(static_cast<const S *>(src), 0, static_cast<D *>(dst), 0, {pixels, 1}, static_cast<Extra>(given)...);
 }
 
-/// A primitive as a step, with the arguments that follow its size.
+/// Calls a primitive as a step, with the arguments that follow its size.
 template <auto &Primitive, int... Arguments> void Run(const void *src, void *dst, int pixels)
 {
     Call(Primitive, src, dst, pixels, Arguments...);
 }
 
-/// Grey into the first channel, and from there into all three.
+/// Copies gray to the first channel, and from there to all three.
 template <auto &CopyToFirst, auto &Swap> void Spread(const void *src, void *dst, int pixels)
 {
     constexpr int kFirstOnly[] = {0, 0, 0};
@@ -71,7 +71,7 @@ template <auto &CopyToFirst, auto &Swap> void Spread(const void *src, void *dst,
     Call(Swap, dst, dst, pixels, kFirstOnly);
 }
 
-/// Grey or RGB into RGBA with this alpha.
+/// Converts gray or RGB to RGBA with this alpha.
 template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, int pixels)
 {
     Call(primitives::CopyOpaque<T, S>, src, dst, pixels, Alpha);
@@ -79,7 +79,7 @@ template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, 
 
 } // namespace steps
 
-/// Depth step, [from][to][layout]; one depth to itself needs none.
+/// Depth steps, [from][to][layout]; none for equal depths.
 constexpr RunStep kDepthSteps[3][3][3] = {
     // from 8u
     {{},
@@ -98,7 +98,7 @@ constexpr RunStep kDepthSteps[3][3][3] = {
       steps::Run<primitives::ScaleFloatTo16<4>>},
      {}}};
 
-/// Channel step, [depth][from][to]; one layout to itself needs none. New alpha is opaque.
+/// Channel steps, [depth][from][to]; none for equal layouts. New alpha is opaque.
 constexpr RunStep kChannelSteps[3][3][3] = {
     {{nullptr, steps::Spread<ippiCopy_8u_C1C3R, ippiSwapChannels_8u_C3R>, steps::Opaque<Ipp8u, 1, 255>},
      {steps::Run<ippiRGBToGray_8u_C3C1R>, nullptr, steps::Opaque<Ipp8u, 3, 255>},
@@ -110,12 +110,12 @@ constexpr RunStep kChannelSteps[3][3][3] = {
      {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
 
-/// The cases that deviate from an opaque alpha, all of grey to RGBA; hosts rely on them.
+/// The exceptions from an opaque alpha, all from gray to RGBA; hosts rely on them.
 struct AlphaException {
     Form from;
     Form to;
-    RunStep channelStep; // instead of the table's, at the target's depth
-    bool leavesAlpha;    // the target's stays what it was
+    RunStep channelStep; // replaces the table's step, at the target's depth
+    bool leavesAlpha;    // the target's alpha stays unchanged
 };
 
 constexpr AlphaException kAlphaExceptions[] = {
@@ -125,7 +125,7 @@ constexpr AlphaException kAlphaExceptions[] = {
     {{kDepth32f, kGrey}, {kDepth16u, kRgba}, steps::Opaque<Ipp16u, 1, 255>, false},
 };
 
-/// The exception for a pair of forms, or null.
+/// Returns the exception for a pair of forms, or null.
 inline const AlphaException *FindAlphaException(Form from, Form to)
 {
     for (const AlphaException &exception : kAlphaExceptions) {
@@ -135,12 +135,12 @@ inline const AlphaException *FindAlphaException(Form from, Form to)
     return nullptr;
 }
 
-/// How runs of one form become runs of another: no step for the same form, one, or two with a run in between.
+/// Converts runs from one form to another: in no step for the same form, one step, or two with a run in between.
 class Conversion {
 public:
     Conversion(Form from, Form to)
     {
-        const bool colorsFirst = to.depth < from.depth && to.layout < from.layout; // grey at the finer of the depths
+        const bool colorsFirst = to.depth < from.depth && to.layout < from.layout; // gray at the finer depth
         const RunStep toDepth = kDepthSteps[from.depth][to.depth][colorsFirst ? to.layout : from.layout];
         const RunStep toLayout = ChannelStep(from, to, colorsFirst ? from.depth : to.depth);
         m_first = colorsFirst ? toLayout : toDepth;
@@ -151,7 +151,7 @@ public:
 
     bool IsIdentity() const { return !m_last; }
 
-    /// Not for the same form. @p pixels is at most kRunPixels.
+    /// Converts a run; not for the same form. @p pixels is at most kRunPixels.
     void ConvertRun(const void *src, void *dst, int pixels) const
     {
         RunBlock between;
@@ -160,7 +160,7 @@ public:
         m_last(m_first ? between.bytes : src, dst, pixels);
     }
 
-    /// The run in the other form: in @p block, or where it is if the forms are the same.
+    /// Returns the run in the other form: in @p block, or in place if the forms are the same.
     const void *Converted(const void *src, RunBlock &block, int pixels) const
     {
         if (IsIdentity())
@@ -177,6 +177,6 @@ private:
         return kChannelSteps[depth][from.layout][to.layout];
     }
 
-    RunStep m_first; // null where one step does it
+    RunStep m_first; // null if one step suffices
     RunStep m_last;
 };

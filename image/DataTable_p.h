@@ -1,4 +1,4 @@
-// Text tables of cells: one row a line, ";" between the cells, "#" before a comment.
+// Text tables of cells: one row per line, ";" between the cells, "#" before a comment.
 #pragma once
 
 #include <QFile>
@@ -7,7 +7,7 @@
 
 #include <atomic>
 
-/// Calls @p visit with the cells of each line that holds any, untrimmed. A file that can't be opened has no lines.
+/// Calls @p visit with the untrimmed cells of each non-empty line. A file that can't be opened counts as empty.
 template <typename Visit> void ForEachRow(const QString &fileName, Visit visit)
 {
     QFile file(fileName);
@@ -15,20 +15,20 @@ template <typename Visit> void ForEachRow(const QString &fileName, Visit visit)
         return;
     const QString text = QString::fromUtf8(file.readAll());
     for (const QStringRef &line : text.splitRef(QLatin1Char('\n'))) {
-        const QStringRef row = line.left(line.indexOf(QLatin1Char('#'))); // all of it without a comment
+        const QStringRef row = line.left(line.indexOf(QLatin1Char('#'))); // the whole line if there is no comment
         if (!row.isEmpty())
             visit(row.split(QLatin1Char(';')));
     }
 }
 
-/// Runs @p read once for all threads that share @p done; who comes while it runs waits for its end.
+/// Runs @p read once for all threads that share @p done; threads that arrive meanwhile wait for its end.
 template <typename Read> void ReadOnce(std::atomic<bool> &done, QMutex &mutex, Read read)
 {
     if (done.load(std::memory_order_acquire))
         return;
     const QMutexLocker locker(&mutex);
     if (done.load(std::memory_order_relaxed))
-        return; // another thread read while this one waited
+        return; // another thread read it while this one waited
     read();
     done.store(true, std::memory_order_release);
 }

@@ -14,7 +14,7 @@ struct TagRow {
 };
 
 constexpr TagRow kTags[] = {
-    // by tag: looked up by halves
+    // sorted by tag for binary search
     {254, "A general indication of the kind of data contained in this subfile"},
     {256, "Image width"},
     {257, "Image height"},
@@ -124,7 +124,7 @@ constexpr TagRow kTags[] = {
     {42016, "Unique image ID"},
 };
 
-/// The quotient of two numbers; 0 if one of them is 0.
+/// Returns the quotient of two numbers; 0 if one of them is 0.
 template <typename Number> float Quotient(Number over, Number under)
 {
     return over != 0 && under != 0 ? static_cast<float>(over) / static_cast<float>(under) : 0.0F;

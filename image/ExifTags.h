@@ -1,11 +1,11 @@
-// EXIF texts and tags on their own: the number in a text, the meaning of a tag.
+// Parsing of EXIF texts, and descriptions of tags.
 #pragma once
 
 #include <QString>
 
-/// The number that a text begins with: a fraction of whole numbers or of decimals ("1/250"), a decimal ("5.6"), a whole
-/// number. 0 where none can be read, and for a fraction with a zero. The decimal sign is the point in every locale.
+/// Returns the number at the start of a text: a fraction of integers or decimals ("1/250"), a decimal ("5.6"), or an
+/// integer. 0 if there is none, or for a fraction with a zero. The decimal sign is the point in every locale.
 float ExifParseString(const char *text);
 
-/// What an EXIF tag stands for, in English; "NA" for tag 0 and tags that aren't known.
+/// Returns the English description of an EXIF tag; "NA" for tag 0 and unknown tags.
 QString DecodeExifTag(int tag);

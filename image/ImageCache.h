@@ -1,4 +1,4 @@
-// The pixels of all described images that are in use or were lately, under a limit of memory.
+// Pixels of all described images that are in use or were used recently, within a memory limit.
 #pragma once
 
 #include "ImageCacheItem.h"
@@ -7,19 +7,19 @@
 
 #include <vector>
 
-/// One item per image file, by ImageDef::IdOf of its name, which copies of a description share; each holds any number
-/// of versions, whole decoded pictures of one size and depth. A version that is locked stays. When the sum stands above
-/// the limit, the images whose newest version was used longest ago lose all versions that nobody has locked; the limit
-/// is looked after when a lock is given back.
+/// One item per image file, keyed by ImageDef::IdOf of its name, which copies of a description share. An item holds any
+/// number of versions: whole decoded pictures of one size and depth. Locked versions are never evicted. When the total
+/// exceeds the limit, the images whose newest version was used least recently lose all their unlocked versions; each
+/// unlock checks the limit.
 ///
-/// KImage::init makes the process's cache or takes a host's, whoever needs it earlier makes it; KImage::exit ends it.
-/// Any thread may lock and unlock. The cache's mutex guards the items and is never held during a load.
+/// KImage::init creates the process's cache or adopts a host's; earlier users create it on demand. KImage::exit deletes
+/// it. Any thread may lock and unlock. The cache's mutex guards the items and is never held during a load.
 template <typename Image, typename Loader> class ImageCache {
 public:
     using Item = ImageCacheItem<Image, Loader>;
 
     ImageCache() = default;
-    /// Frees everything, with the descriptions of the images: nobody may hold pixels any more.
+    /// Frees everything, including the images' descriptions: no pixels may still be in use.
     ~ImageCache()
     {
         qDeleteAll(m_items);
@@ -28,48 +28,48 @@ public:
     ImageCache(const ImageCache &) = delete;
     ImageCache &operator=(const ImageCache &) = delete;
 
-    /// The process's cache, made if there is none.
+    /// Returns the process's cache, created if there is none.
     static ImageCache &Instance();
-    /// Makes @p cache the process's, or none for null. Main thread, while nobody uses the cache.
+    /// Makes @p cache the process's, or none for null. Main thread, while the cache is unused.
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
-        Item::pImageDefCache = cache; // items made by another copy of the kernel are stamped through this copy's
+        Item::pImageDefCache = cache; // items made by another copy of the kernel use this copy's stamps
     }
 
-    // The caller holds the mutex.
+    // Call these with the mutex held.
 
-    /// The item of an image, or null.
+    /// Returns the item of an image, or null.
     Item *Find(ImageDef *def) { return m_items.value(KeyOf(def)); }
-    /// The living image of that path in the cache, or null.
+    /// Returns the live image of that path in the cache, or null.
     ImageDef *Find(QString fileName)
     {
         const Item *const item = m_items.value(ImageDef::IdOf(fileName));
         return item ? item->m_def.data() : nullptr;
     }
-    /// The item of an image; an image without gets one, and so does one whose namesake in the cache was destroyed.
+    /// Returns the item of an image. Creates one if there is none, or if the cached image of that name was destroyed.
     Item *FindOrMake(ImageDef *def);
-    /// Brings the memory under the limit, as far as locks allow. Images that are loading just now are left alone.
+    /// Evicts versions until memory is under the limit, as far as locks allow. Skips images that are being loaded.
     void AdjustCacheMemory_unlocked();
 
-    // The caller doesn't hold the mutex.
+    // Call these without the mutex.
 
-    /// Gives a lock back, then looks after the limit; without such a lock only that.
+    /// Releases a lock, then enforces the limit; without such a lock, only enforces the limit.
     void Unlock(ImageDef *def, int width, int height, int depth);
-    /// Takes out the item of @p def's path. The cache doesn't own the image any more; pixels of it that are lent stay
-    /// until the cache ends.
+    /// Removes the item of @p def's path. The cache no longer owns the image; its lent pixels stay until the cache is
+    /// destroyed.
     void Remove(ImageDef *def);
 
     static inline ImageCache *ms_instance = nullptr;
 
     QHash<QString, Item *> m_items; // owned
     QMutex m_mutex;
-    std::atomic<qint64> m_accessCount{0};   // the clock of the cache; items read it without the mutex
+    std::atomic<qint64> m_accessCount{0};   // the cache's clock; items read it without the mutex
     std::atomic<qint64> m_bytesInMemory{0}; // the sum of the items' memUsed()
-    int m_maxMemoryMo = 256;                // megabytes of 2^20 bytes; a host may set it: KSystemInfo::maxCacheSize()
+    int m_maxMemoryMo = 256;                // megabytes of 2^20 bytes; hosts may set it to KSystemInfo::maxCacheSize()
 
 private:
-    /// Not m_id: a copied or assigned description has none, or that of the file it described before.
+    /// Not m_id: a copied or assigned description has none, or that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
     QVector<Image *> m_lentOfDeleted; // owned
@@ -110,7 +110,7 @@ template <typename Image, typename Loader> void ImageCache<Image, Loader>::Adjus
     std::vector<Candidate> candidates;
     for (Item *item : qAsConst(m_items)) {
         const auto usage = item->TryUsage();
-        if (usage.isFreeable && usage.newest < m_accessCount) // the image that was asked for last is safe
+        if (usage.isFreeable && usage.newest < m_accessCount) // never evict the most recently requested image
             candidates.push_back({item, usage.bytes, usage.newest});
     }
     std::stable_sort(candidates.begin(), candidates.end(),
@@ -118,7 +118,7 @@ template <typename Image, typename Loader> void ImageCache<Image, Loader>::Adjus
     for (const Candidate &candidate : candidates) {
         if (totalBytes <= limitBytes)
             return;
-        totalBytes -= candidate.bytes; // locked versions too, which stay: the next call measures afresh
+        totalBytes -= candidate.bytes; // includes locked versions, which stay: the next call measures again
         candidate.item->TryReleaseFromMemory();
     }
 }
@@ -132,7 +132,7 @@ void ImageCache<Image, Loader>::Unlock(ImageDef *def, int width, int height, int
         item = Find(def);
     }
     if (item)
-        item->Unlock(width, height, depth); // may wait for a load of the image, which mustn't stop all others
+        item->Unlock(width, height, depth); // may wait for a load of the image, which must not block all others
     const CacheLocker locker(m_mutex);
     AdjustCacheMemory_unlocked();
 }

@@ -1,4 +1,4 @@
-// What the image cache holds of one image: its description and its versions.
+// Cache entry of one image: its description and its versions.
 #pragma once
 
 #include "CacheLocker.h"
@@ -16,24 +16,24 @@
 
 template <typename Image, typename Loader> class ImageCache;
 
-/// Owned by the cache, which destroys it only while nobody is in a call of its image.
+/// Owned by the cache, which destroys it only while no call of its image runs.
 ///
-/// The mutex is held during a whole load: a second thread that wants the same image waits for it and finds the version,
-/// and different images load side by side. It is taken after the cache's mutex or without it, never before.
+/// The mutex is held during a whole load: a second thread that requests the same image waits and then finds the
+/// version, while different images load in parallel. Lock it after the cache's mutex or without that, never before it.
 template <typename Image, typename Loader> class ImageCacheItem {
 public:
     using Version = ImageVersion<Image>;
     using Cache = ImageCache<Image, Loader>;
 
-    /// What the limit of the cache needs to know of an item.
+    /// Data that the cache needs to enforce its limit.
     struct Usage {
-        qint64 bytes = 0;        // of the versions in memory, by their sizes
-        qint64 newest = -1;      // the greatest of their stamps, -1: none is in memory
-        bool isFreeable = false; // one of them isn't locked
+        qint64 bytes = 0;        // total size of the versions in memory
+        qint64 newest = -1;      // the greatest stamp, -1: no version is in memory
+        bool isFreeable = false; // at least one is unlocked
     };
 
     explicit ImageCacheItem(ImageDef *def) { Adopt(def); }
-    /// Frees all versions, with their disk copies, and the description if it still lives.
+    /// Frees all versions, their disk copies, and the description if it still exists.
     ~ImageCacheItem()
     {
         qDeleteAll(m_versions);
@@ -42,16 +42,16 @@ public:
     ImageCacheItem(const ImageCacheItem &) = delete;
     ImageCacheItem &operator=(const ImageCacheItem &) = delete;
 
-    /// The version of that size, at the image's depth or at 8 bits, loaded if need be. It stays the item's and in
-    /// memory until the matching Unlock. What throws leaves nothing locked.
+    /// Returns the version of that size, at the image's depth or at 8 bits, loading it if necessary. The item owns it
+    /// and keeps it in memory until the matching Unlock. If this throws, nothing stays locked.
     Image *Lock(int width, int height, bool nativeDepth);
-    /// Lowers the lock count of a version; does nothing for one that isn't locked.
+    /// Decrements a version's lock count; does nothing for an unlocked one.
     void Unlock(int width, int height, int depth);
     bool IsInMemory(int width, int height, int depth);
 
-    /// Makes @p def the item's image, just described, and forgets all versions: the file may be another one now.
+    /// Makes @p def, described anew, the item's image and drops all versions: the file may have changed.
     void Adopt(ImageDef *def);
-    /// Takes the pixels that are lent away from the item, and the image, which the item doesn't own any more.
+    /// Gives up ownership of the image, and returns the pixels that are still lent.
     QVector<Image *> Abandon();
 
     void ReleaseFromMemory()
@@ -64,13 +64,13 @@ public:
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().bytes;
     }
-    /// Whether some version in memory isn't locked.
+    /// Returns whether any version in memory is unlocked.
     bool memFreeable() const
     {
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().isFreeable;
     }
-    // As the three above, without waiting for a load that is going on: of that item nothing is known or freed.
+    // Like the three functions above, without waiting for a running load: of such an item nothing is known or freed.
     Usage TryUsage() const
     {
         const CacheLocker locker(m_mutex, std::try_to_lock);
@@ -82,22 +82,23 @@ public:
             Release_unlocked();
     }
 
-    // For the loader, which is called under the mutex.
+    // For the loader, which is called with the mutex held.
 
-    /// The first version of that identity, or null.
+    /// Returns the first version with that identity, or null.
     Version *Find_unlocked(int width, int height, int depth);
-    /// The first version in memory of that depth that is wider and higher, or null.
+    /// Returns the first version in memory of that depth that is wider and higher, or null.
     Version *FindBiggerInMemory(int width, int height, int depth);
-    /// The name of the version's disk copy; one that has none gets one. Throws if no temporary folder has room.
+    /// Returns the name of the version's disk copy, assigning one if it has none. Throws if no temporary folder has
+    /// room.
     QString fullCacheName(Version *version);
 
-    /// The cache whose count stamps the versions: the process's.
+    /// The process's cache, whose access count stamps the versions.
     static inline Cache *pImageDefCache = nullptr;
 
     QPointer<ImageDef> m_def;
-    QVector<Version *> m_versions; // owned, in the order of their making
-    mutable QMutex m_mutex;        // of all fields
-    bool m_reloadFromSource;       // evicted versions are read from the source file; false: from their disk copies
+    QVector<Version *> m_versions; // owned, in the order of creation
+    mutable QMutex m_mutex;        // guards all fields
+    bool m_reloadFromSource;       // reload evicted versions from the source file; false: from their disk copies
 
 private:
     template <typename Test> Version *FirstVersion(Test test) const
@@ -105,7 +106,7 @@ private:
         const auto found = std::find_if(m_versions.cbegin(), m_versions.cend(), test);
         return found == m_versions.cend() ? nullptr : *found;
     }
-    /// Brings the cache's sum up to date at the end of a scope, also of one that throws.
+    /// Updates the cache's total at the end of a scope, even if an exception ends it.
     class Counting {
     public:
         explicit Counting(ImageCacheItem *item) : m_item(item) { }
@@ -126,10 +127,10 @@ private:
     }
     Usage Usage_unlocked() const;
     void Release_unlocked();
-    /// Frees what isn't lent; what is lent goes out of use.
+    /// Frees versions that aren't lent; retires those that are.
     void Forget_unlocked();
 
-    qint64 m_countedBytes = 0; // what the cache's sum has of this item
+    qint64 m_countedBytes = 0; // this item's share of the cache's total
 };
 
 template <typename Image, typename Loader>
@@ -231,11 +232,11 @@ template <typename Image, typename Loader> QString ImageCacheItem<Image, Loader>
         return version->m_cacheName;
     // Of one channel only: an estimate, for which the disk manager keeps a reserve.
     const qint64 bytes = static_cast<qint64>(version->m_width) * version->m_height * (version->m_depth / 8);
-    KCacheDiskManager::init(nullptr); // whoever comes first makes it
+    KCacheDiskManager::init(nullptr); // created on first use
     version->m_cacheName = KCacheDiskManager::ms_instance->getTempFile(static_cast<quint64>(bytes));
     if (version->m_cacheName.isEmpty())
         throw KException(QCoreApplication::translate("KException", "No more space in temporary folder"), KPlace());
-    QDir().mkpath(QFileInfo(version->m_cacheName).path()); // it may have been tidied away since it was made
+    QDir().mkpath(QFileInfo(version->m_cacheName).path()); // it may have been cleaned up since it was created
     return version->m_cacheName;
 }
 

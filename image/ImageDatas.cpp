@@ -9,7 +9,7 @@ ImageDatas *ImageDatas::settings = nullptr;
 
 namespace {
 
-/// Calls @p visit with the key and the field of each setting.
+/// Calls @p visit with each setting's key and field.
 template <typename Record, typename Visit> void ForEachSetting(Record &record, Visit visit)
 {
     visit("image/exifMode", record.exifMode);
@@ -30,7 +30,7 @@ template <typename Record, typename Visit> void ForEachSetting(Record &record, V
     visit("image/rawBlueScaling", record.rawBlueScaling);
 }
 
-/// Sets a field by the read of its type; its present value is the default.
+/// Reads a field with the getter of its type; its current value is the default.
 class FieldLoader {
 public:
     explicit FieldLoader(KernelSettingsReader &reader) : m_reader(reader) { }
@@ -83,7 +83,7 @@ void ImageDatas::GetDefaultLoadParams(GFL_LOAD_PARAMS *params)
 {
     gflGetDefaultLoadParams(params);
     if (!settings)
-        return; // a module that was never started reads with the layer's own defaults
+        return; // a module that was never started uses the layer's defaults
     params->RawUseAutomaticBalance = settings->rawUseAutomaticBalance;
     params->RawUseCameraBalance = settings->rawUseCameraBalance;
     params->RawHighlight = static_cast<unsigned char>(settings->rawHighlight & 0xFF);

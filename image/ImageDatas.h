@@ -1,4 +1,4 @@
-// The settings that steer how image files are described and read.
+// Settings for describing and reading image files.
 #pragma once
 
 #include "gfl.h"
@@ -13,16 +13,17 @@ class KernelSettingsReader;
 class KernelSettingsWriter;
 class KSettingsManager;
 
-/// One instance is process-wide: KImage::init makes it or takes the host's, KImage::exit deletes it if it was made.
-/// Changed only while nothing loads; read by any thread. A change affects what is described and loaded afterwards.
+/// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if it was
+/// created. Change it only while nothing loads; any thread may read it. A change affects images described and loaded
+/// afterwards.
 class ImageDatas {
 public:
-    // In this order; hosts share the record.
-    QSize thumbnailSize{128, 128}; // pixels: the box that thumbnails are loaded for
+    // The order is shared with hosts.
+    QSize thumbnailSize{128, 128}; // pixels: the box for thumbnails
 
-    // What to do about missing or wrong camera data. 0: use what the file says; 1: the defaults where it says nothing;
-    // 2: force. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths: mm, 35 mm
-    // equivalent.
+    // How to treat missing or wrong camera data. 0: use the file's; 1: use the defaults where the file has none; 2:
+    // always use the defaults. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths: mm,
+    // 35 mm equivalent.
     int exifMode = 0;
     float exifDefaultFocal35mm = 50.0F;
     int exifDefaultLensModel = 0;
@@ -32,23 +33,22 @@ public:
     float exifForcedK3 = 0.0F;
     int exifForcedLensModel = 0;
 
-    // Camera raw development; each value goes to the image-file layer as it stands.
+    // Camera raw development; values are passed to the image-file layer unchanged.
     bool rawUseAutomaticBalance = false;
     bool rawUseCameraBalance = true;
-    int rawHighlight = 0; // its low byte counts
+    int rawHighlight = 0; // only the low byte is used
     bool rawAutoBright = false;
     float rawGamma = 2.2F;
     float rawBrightness = 2.5F;
     float rawRedScaling = 1.0F;
     float rawBlueScaling = 1.0F;
 
-    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // endings, in any case, of files that are never described
+    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // suffixes, case-insensitive, of files that are never described
 
     ImageDatas();
 
-    /// Takes over the process-wide instance, if there is one, then what the source holds under "image/" and the field's
-    /// name; so a key that the source lacks has the process-wide value. thumbnailSize and thumbnailExtensions have no
-    /// keys.
+    /// Copies the process-wide instance, if there is one, then reads each field from its key "image/" plus field name,
+    /// so missing keys keep the process-wide value. thumbnailSize and thumbnailExtensions have no keys.
     void LoadSettings(KernelSettingsReader &reader);
     void LoadSettings(KSettingsManager &manager);
     void LoadSettings(QHash<QString, QVariant> &hash);
@@ -56,8 +56,8 @@ public:
     /// Writes the fields that have a key.
     void SaveSettings(KernelSettingsWriter &writer);
 
-    /// The layer's default load parameters with the raw settings of the process-wide instance; used by all loads from
-    /// files, so that a camera raw file develops the same way everywhere.
+    /// Returns the layer's default load parameters with the raw settings of the process-wide instance. All loads from
+    /// files use them, so that a camera raw file develops the same way everywhere.
     static void GetDefaultLoadParams(GFL_LOAD_PARAMS *params);
 
     static ImageDatas *settings;

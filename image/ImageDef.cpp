@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kThumbnailScaleMax = 32; // the larger thumbnail has at least a 32nd of the picture's sides
+constexpr int kThumbnailScaleMax = 32; // the larger thumbnail is at least a 32nd of the picture's sides
 
 enum ExifMode { kExifOfFile = 0, kExifDefaults = 1, kExifForced = 2 };
 
@@ -34,7 +34,8 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Why the pixels are of a kind that isn't served. Photoshop's own are, as the image-file layer delivers them in RGB.
+/// Returns why this kind of pixels isn't supported. Photoshop files are, since the image-file layer returns them as
+/// RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
     const QString description = QString::fromLatin1(information.Description);
@@ -61,8 +62,8 @@ RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATIO
     return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
-/// Reads what the description needs of a file: its head, and a record with its metadata that has pixels only if a
-/// thumbnail is wanted. Without metadata the record may be missing.
+/// Reads the parts of a file that a description needs: its header, and a record with its metadata, which has pixels
+/// only if a thumbnail is requested. Without metadata the record may be missing.
 bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *information, GFL_BITMAP **bitmap)
 {
     const QByteArray name = path.toUtf8();
@@ -77,14 +78,14 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
             == GFL_NO_ERROR;
     }
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
+    constexpr std::uint32_t kFlags = 4; // what all hosts pass; no effect
     if (gflGetFileInformationExUTF8(name.constData(), kAnyFormat, information, kFlags) != GFL_NO_ERROR)
         return false;
-    gflLoadMetadataUTF8(name.constData(), bitmap); // one reading for all blocks
+    gflLoadMetadataUTF8(name.constData(), bitmap); // read once for all blocks
     return true;
 }
 
-/// The largest power of two, at most 32, at which a picture still covers the box in one direction.
+/// Returns the largest power of two, at most 32, at which a picture still covers the box in one direction.
 int ScaleThatCovers(int width, int height, const QSize &box)
 {
     int scale = kThumbnailScaleMax;
@@ -93,7 +94,7 @@ int ScaleThatCovers(int width, int height, const QSize &box)
     return scale;
 }
 
-/// The power of two, at most 32, that brings a picture down to the box in one direction.
+/// Returns the power of two, at most 32, that reduces a picture to the box in one direction.
 int ScaleThatFits(int width, int height, const QSize &box)
 {
     int scale = 1;
@@ -108,7 +109,7 @@ KException FileException(const char *text, const QString &fileName)
                       QString());
 }
 
-/// A block that the image-file layer handed out, for a scope.
+/// Owns a block from the image-file layer for a scope.
 template <typename Data> std::unique_ptr<Data, void (*)(Data *)> Block(Data *data, void (*free)(Data *))
 {
     return {data, free};
@@ -127,7 +128,7 @@ CameraProperties ImageDef::g_Cameras;
 LensIDProperties ImageDef::g_Lenses;
 QString ImageDef::g_ErrorMessages;
 
-// --- Life ---
+// --- Construction and assignment ---
 
 ImageDef::ImageDef()
 {
@@ -188,7 +189,7 @@ void ImageDef::Init()
     ApplyExifMode();
 }
 
-/// What the settings say instead of the file: where that told nothing, or always.
+/// Applies the settings' camera data: where the file has none, or always.
 bool ImageDef::ApplyExifMode()
 {
     const ImageDatas &settings = Settings();
@@ -208,7 +209,7 @@ bool ImageDef::ApplyExifMode()
     return true;
 }
 
-// --- Describing ---
+// --- Description ---
 
 bool ImageDef::CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail)
 {
@@ -275,12 +276,12 @@ void ImageDef::SetThumbnails(KImage &loaded)
 {
     const QSize box = Settings().thumbnailSize;
     const int scale = ScaleThatCovers(m_cols, m_rows, box);
-    m_highResThumbnail = new KImage; // enlarged from the small one: it stands in until real pixels arrive
+    m_highResThumbnail = new KImage; // enlarged from the small one; a placeholder until real pixels arrive
     loaded.Resize(*m_highResThumbnail, std::max(1, m_cols / scale), std::max(1, m_rows / scale));
 
-    KImage centred(box.width(), box.height(), loaded.type(), loaded.bitsPerComponent(), /*clear=*/true, nullptr, 0);
-    loaded.CopyTo(centred, (box.width() - loaded.width()) / 2, (box.height() - loaded.height()) / 2);
-    centred.ToQImage(m_thumbnail);
+    KImage centered(box.width(), box.height(), loaded.type(), loaded.bitsPerComponent(), /*clear=*/true, nullptr, 0);
+    loaded.CopyTo(centered, (box.width() - loaded.width()) / 2, (box.height() - loaded.height()) / 2);
+    centered.ToQImage(m_thumbnail);
 }
 
 void ImageDef::SetMetadata(GFL_BITMAP *bitmap)
@@ -309,7 +310,7 @@ void ImageDef::SetMetadata(GFL_BITMAP *bitmap)
 
 void ImageDef::SetLensKind()
 {
-    constexpr float kWidestRectilinearMm = 16.0F; // of unknown lenses
+    constexpr float kWidestRectilinearMm = 16.0F; // for unknown lenses
     const int kind = IsFisheyeLens(m_shooting.makerName, m_shooting.lensId);
     if (kind == 0 || kind == 1) {
         m_model = kind;
@@ -358,7 +359,7 @@ bool ImageDef::IsAPicture(const QString &path, ImageDef *&out, bool withThumbnai
     out = TryToDescribe(path, withThumbnail, reason).release();
     if (!out)
         return false;
-    std::unique_ptr<ImageDef> surplus; // if another thread has described the same file meanwhile
+    std::unique_ptr<ImageDef> surplus; // set if another thread has described the same file meanwhile
     const CacheLocker locker(cache.m_mutex);
     ImageDef *const inCache = cache.FindOrMake(out)->m_def;
     if (inCache != out)
@@ -414,7 +415,7 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
     {
         const CacheLocker locker(cache.m_mutex);
         ++cache.m_accessCount;
-        item = cache.FindOrMake(this); // at once: a second thread finds the same item and waits for its load
+        item = cache.FindOrMake(this); // immediately: a second thread finds the same item and waits for its load
     }
     KImage *const image = item->Lock(width, height, nativeDepth);
     if (!image || IsEmpty(*image)) {
@@ -475,7 +476,7 @@ KImage *ImageDef::GetHighResThumbnail32()
 {
     if (!m_highResReady) {
         const int scale = ScaleThatFits(m_cols, m_rows, Settings().thumbnailSize);
-        Lock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true); // makes it in passing
+        Lock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true); // creates it as a side effect
         Unlock(m_cols / scale, m_rows / scale, /*nativeDepth=*/true);
     }
     return m_highResThumbnail;
@@ -496,7 +497,7 @@ void ImageDef::GetThumbnailFromHighRes(KImage &image)
     m_highResReady = true;
 }
 
-// --- What the file tells ---
+// --- Facts from the file ---
 
 QString ImageDef::ShortFileName() const
 {

@@ -1,4 +1,4 @@
-// The description of one image file, without its pixels, and the door to these.
+// Description of one image file, without its pixels, and access to them.
 #pragma once
 
 #include "CameraProperties.h"
@@ -13,12 +13,12 @@
 #include <atomic>
 #include <memory>
 
-/// Why a file has no description.
+/// Reason why a file has no description.
 struct RefusalReason {
     enum Kind {
         None,
         Unread,    // the image-file layer can't read it: see text
-        Companion, // its name ends as those of files that accompany pictures do
+        Companion, // its name has a suffix of files that accompany pictures
         Gray,
         Lab,
         Cmyk,
@@ -31,59 +31,59 @@ struct RefusalReason {
     QString text; // in English
 };
 
-/// Made by CreateAPicture alone, from the head and the metadata of a file; whole folders are described cheaply. Pixels
+/// Created by CreateAPicture only, from a file's header and metadata, so whole folders are described cheaply. Pixels
 /// live in the image cache and are lent from there.
 ///
-/// An image that is in the cache, because IsAPicture put it there or because it was locked, belongs to the cache: it
-/// ends with Delete or with KImage::exit. Any other belongs to whoever asked for it.
+/// An image in the cache, added by IsAPicture or by a lock, belongs to the cache: Delete or KImage::exit destroys it.
+/// Any other belongs to the caller that requested it.
 ///
-/// Lock, Unlock, IsCached and ReleaseFromMemory are for any thread, side by side; so are calls on different images.
-/// Assigning, reloading and deleting an image is for when nobody else is in a call of it; pixels may stay lent
-/// meanwhile. GetThumbnail is for the GUI thread.
+/// Any thread may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, as well as anything on different
+/// images. Assign, reload and delete an image only while no other thread is in a call of it; pixels may stay lent
+/// meanwhile. Call GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {
     Q_OBJECT
 public:
-    /// Storage that a reload leaves as it is; for hosts.
+    /// Storage for hosts; a reload doesn't change it.
     struct UserGeometry {
         double values[4] = {};
         int kind = 0;
     };
 
     ImageDef();
-    /// Copies everything but identity, metadata blocks and the thumbnail's pixmap.
+    /// Copies everything except identity, metadata blocks and the thumbnail's pixmap.
     ImageDef(const ImageDef &other);
     ImageDef &operator=(const ImageDef &other);
     ~ImageDef() override;
 
-    // --- Making and finding ---
+    // --- Creating and finding ---
 
-    /// Describes a file. @p out is set to an image that the caller owns, or to null. A file that can't be read or isn't
-    /// served gives false; nothing is thrown. Grey pictures leave a line in g_ErrorMessages. @p withThumbnail loads a
-    /// small version of the pixels as well.
+    /// Describes a file. Sets @p out to an image that the caller owns, or to null. Returns false for a file that can't
+    /// be read or isn't supported; throws nothing. Gray pictures add a line to g_ErrorMessages. @p withThumbnail also
+    /// loads a small version of the pixels.
     static bool CreateAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
-    /// Whether the file exists and its suffix is that of a picture.
+    /// Returns whether the file exists and has a picture's suffix.
     static bool IsAPicture(const QString &path);
-    /// The image of that path in the cache, or a new one, which is put there. False, and null, if there is none.
+    /// Finds the image of that path in the cache, or adds a new one. Returns false, and null, if there is none.
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail);
-    /// As above; @p reason says why there is none.
+    /// As above; @p reason receives the reason if there is none.
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail, RefusalReason *reason);
-    /// The image of that path in the cache, or null.
+    /// Returns the image of that path in the cache, or null.
     static ImageDef *Find(const QString &path);
-    /// Takes an image out of the cache and destroys it. Pixels of it that are still lent stay until the kernel stops.
+    /// Removes an image from the cache and destroys it. Its pixels that are still lent stay until the kernel stops.
     static void Delete(const QString &path);
     static void Delete(ImageDef *image);
 
-    /// The key of a path in the image cache: the MD5 of its local 8-bit form up to the first zero byte, in lower-case
-    /// hexadecimal digits. Two spellings of a path have two keys.
+    /// Returns the key of a path in the image cache: the MD5 of its local 8-bit form up to the first zero byte, in
+    /// lower-case hexadecimal digits. Two spellings of a path have two keys.
     static QString IdOf(const QString &path);
 
-    /// Describes the file afresh, with thumbnail, and forgets every cached version. Lens kind and user geometry stay.
-    /// False, and nothing changed, if the file can't be described any more.
+    /// Describes the file anew, with thumbnail, and drops every cached version. Keeps lens kind and user geometry.
+    /// Returns false, with nothing changed, if the file can no longer be described.
     bool Reload();
 
     // --- KIImageDef ---
 
-    /// The small thumbnail, of the size that the settings ask for; made by the first call, valid until Reload.
+    /// Returns the small thumbnail, of the size in the settings; created by the first call, valid until Reload.
     QPixmap *GetThumbnail() const override;
     QString FileName() const override { return m_fileName; }
     QString ShortFileName() const override;
@@ -99,62 +99,62 @@ public:
     int Model() const override { return m_model; }
     qint64 GetTimestamp() const override;
     float GetEV() const override;
-    /// Lends the pixels at a size, at the file's depth or at 8 bits. They are shared: to be read only. Throws
-    /// KException for a file that is gone or can't be read.
+    /// Lends the pixels at a size, at the file's depth or at 8 bits. They are shared: only read them. Throws KException
+    /// for a file that is missing or can't be read.
     KImage *Lock(int width, int height, bool nativeDepth) override;
-    /// Does nothing for pixels that aren't lent.
+    /// Returns lent pixels; does nothing for others.
     void Unlock(int width, int height, bool nativeDepth) override;
     KImage *LockFullSize(bool nativeDepth) override { return Lock(nCols(), nRows(), nativeDepth); }
     void UnlockFullSize(bool nativeDepth) override { Unlock(nCols(), nRows(), nativeDepth); }
 
     // --- Pixels in the cache ---
 
-    /// Whether that version is in memory.
+    /// Returns whether that version is in memory.
     bool IsCached(int width, int height, bool nativeDepth);
-    /// Frees all versions that nobody has locked.
+    /// Frees all unlocked versions.
     void ReleaseFromMemory();
-    /// A larger thumbnail, of 8 bits, made of real pixels: these are read for it if no lock has done so yet. Stays
-    /// owned by this object, valid until Reload. Throws as Lock does.
+    /// Returns a larger thumbnail, 8 bits, made of real pixels, which are loaded if no lock has done so yet. Owned by
+    /// this object, valid until Reload. Throws as Lock does.
     KImage *GetHighResThumbnail32();
-    /// Makes the larger thumbnail of pixels that were just loaded. The caller holds the cache's mutex.
+    /// Makes the larger thumbnail from newly loaded pixels. Call it with the cache's mutex held.
     void GetThumbnailFromHighRes(KImage &image);
 
     // --- Metadata (ImageDef_Exif.cpp) ---
 
-    /// Fills m_shooting, m_exifSummary and m_hasExif from a file's two lists, which stay the caller's.
+    /// Fills m_shooting, m_exifSummary and m_hasExif from a file's two lists, which the caller keeps.
     void AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended);
-    /// All EXIF of the file, read afresh, as a table in text.
+    /// Reads all EXIF of the file again and formats it as a text table.
     QString DumpExif();
-    /// 1: fisheye, 0: not, negative: unknown.
+    /// Returns 1: fisheye, 0: not, negative: unknown.
     static int IsFisheyeLens(QString maker, QString lensId);
 
-    /// Bytes held, about, the full pixels and the metadata blocks left out.
+    /// Returns the approximate bytes held, without full pixels and metadata blocks.
     qint64 memSize() const;
 
     static CameraProperties g_Cameras;
     static LensIDProperties g_Lenses;
-    static QString g_ErrorMessages; // why files were refused, one a line; whoever shows it empties it
+    static QString g_ErrorMessages; // why files were refused, one per line; the code that shows it clears it
 
-    // In this order; hosts that share kernels rely on it.
+    // The order is shared with hosts.
     QString m_fileName; // as given
     int m_rows = 0;     // height and width, pixels
     int m_cols = 0;
-    int m_bands = 0;        // channels of a pixel
-    int m_depth = 0;        // bits of a channel
-    bool m_hasExif = false; // m_shooting can be trusted
+    int m_bands = 0;        // channels per pixel
+    int m_depth = 0;        // bits per channel
+    bool m_hasExif = false; // m_shooting is reliable
     ShootingInformation m_shooting;
-    QString m_exifSummary; // the main fields, for people
+    QString m_exifSummary; // the main fields, for display
     bool m_hasIcc = false;
     bool m_hasIptc = false;
     bool m_hasXmp = false;
-    bool m_isRaw = false; // by suffix, as m_isHdr
+    bool m_isRaw = false; // by suffix, like m_isHdr
     bool m_isHdr = false;
     KMetaData m_metaData;
     int m_model = 0; // lens kind: 0 rectilinear, 1 fisheye
     UserGeometry m_userGeometry;
-    mutable QImage m_thumbnail;                   // until GetThumbnail has made the pixmap
+    mutable QImage m_thumbnail;                   // until GetThumbnail has created the pixmap
     mutable QPixmap *m_thumbnailPixmap = nullptr; // owned
-    std::atomic<bool> m_highResReady{false};      // m_highResThumbnail is of real pixels
+    std::atomic<bool> m_highResReady{false};      // m_highResThumbnail is made of real pixels
     KImage *m_highResThumbnail = nullptr;         // owned
     QString m_id;                                 // IdOf(m_fileName)
 

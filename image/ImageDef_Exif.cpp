@@ -1,4 +1,4 @@
-// The EXIF of an image: the texts of the image-file layer made into a record, and all of them as a table.
+// The EXIF of an image: parsing the image-file layer's texts into a record, and formatting all of them as a table.
 #include "ImageDef.h"
 
 #include "CNumbers_p.h"
@@ -16,12 +16,12 @@ namespace {
 
 constexpr double kFrameDiagonalMm = 43.266615305567875; // of 36 x 24 mm
 
-/// What a walk over the texts fills: the record, and what the focal length is settled by.
+/// Results of parsing the texts: the record, and the values that determine the focal length.
 struct Readings {
     ShootingInformation &shooting;
     double realFocalMm = 0.0;
     double focal35mm = 0.0;
-    // Resolution of the focal plane, the unit in mm, and the picture's size in pixels.
+    // Resolution of the focal plane, its unit in mm, and the picture's size in pixels.
     float planeX = 0.0F;
     float planeY = 0.0F;
     float planeUnitMm = 0.0F;
@@ -46,7 +46,7 @@ int Whole(const char *value)
     return static_cast<int>(qBound(-kMost, std::strtol(value, nullptr, 10), kMost));
 }
 
-/// The number in the brackets of "Top-left (1)".
+/// Returns the number in the brackets of "Top-left (1)".
 int Orientation(const char *value)
 {
     int number = 0;
@@ -54,7 +54,7 @@ int Orientation(const char *value)
     return number;
 }
 
-/// "2010:05:03 18:30:00"; 0 for what holds no date.
+/// Parses "2010:05:03 18:30:00"; 0 if the text isn't a date.
 qint64 Timestamp(const char *value)
 {
     std::tm time = {};
@@ -87,7 +87,7 @@ constexpr UnitRow kUnits[] = {
     {"um", 0.001F, QT_TRANSLATE_NOOP("ImageDef", "µm")},
 };
 
-/// Null for a unit that isn't known: then it counts as a millimetre.
+/// Returns null for an unknown unit, which then counts as a millimeter.
 const UnitRow *UnitOf(const char *value)
 {
     for (const UnitRow &unit : kUnits) {
@@ -99,11 +99,11 @@ const UnitRow *UnitOf(const char *value)
 
 struct TagRow {
     quint32 tag;
-    const char *label; // in the summary; null: not in it
+    const char *label; // in the summary; null: not listed
     void (*read)(Readings &to, const char *value);
 };
 
-constexpr quint32 kPlaneUnitTag = 41488; // the one whose line in the summary is of another form
+constexpr quint32 kPlaneUnitTag = 41488; // its line in the summary has a different form
 
 constexpr TagRow kTags[] = {
     {274, nullptr, [](Readings &to, const char *value) { to.shooting.orientation = Orientation(value); }},
@@ -158,14 +158,14 @@ const TagRow *FindTag(quint32 tag)
     return nullptr;
 }
 
-/// A whole number, a decimal or a fraction.
+/// Parses an integer, a decimal or a fraction.
 double Component(const QString &text)
 {
     const QStringList parts = text.split(QLatin1Char('/'));
     return parts.size() < 2 ? text.toDouble() : parts[0].toDouble() / parts[1].toDouble();
 }
 
-/// Of "45° 30' 7.5\"". A number with a decimal comma reads as 0.
+/// Parses "45° 30' 7.5\"". A number with a decimal comma reads as 0.
 double Degrees(const char *value)
 {
     QRegExp form(QStringLiteral("(\\d+).\\s+(\\d+(?:[\\.,/]\\d+)?)'\\s+(\\d+(?:[\\.,/]\\d+)?)\""));
@@ -175,7 +175,7 @@ double Degrees(const char *value)
                     ShootingInformation::kUnknownPlace);
 }
 
-/// Of "254.5" or "509/2".
+/// Parses "254.5" or "509/2".
 double Direction(const char *value)
 {
     const QString text = Text(value);
@@ -198,7 +198,7 @@ constexpr GpsRow kGpsTags[] = {
     {2, [](ShootingInformation &to, const char *value) { to.gpsLatitude = Degrees(value); }},
     {3, [](ShootingInformation &to, const char *value) { to.gpsLongitudeRef = Text(value); }},
     {4, [](ShootingInformation &to, const char *value) { to.gpsLongitude = Degrees(value); }},
-    {6, [](ShootingInformation &to, const char *) { to.gpsAltitude = 0.0; }}, // told is only that there is one
+    {6, [](ShootingInformation &to, const char *) { to.gpsAltitude = 0.0; }}, // only its presence is stored
     {16, [](ShootingInformation &to, const char *value) { to.gpsDirectionRef = Text(value); }},
     {17, [](ShootingInformation &to, const char *value) { to.gpsDirection = Direction(value); }},
 };
@@ -211,7 +211,7 @@ void ReadGps(quint32 tag, const char *value, ShootingInformation &to)
     }
 }
 
-/// Entries that the image-file layer adds to those of the file.
+/// Reads entries that the image-file layer adds to those of the file.
 void ReadAdded(const char *name, const char *value, ShootingInformation &to)
 {
     if (qstrncmp(name, "LensID", 6) == 0)
@@ -249,7 +249,7 @@ QString ReadEntry(const GFL_EXIF_ENTRY &entry, Readings &to)
     return summary;
 }
 
-/// 35 mm ratio by the focal plane's resolution and the picture's size; 0 if the file doesn't tell them all.
+/// Returns the 35 mm ratio from the focal plane's resolution and the picture's size; 0 if the file lacks one of them.
 double RatioOfPlane(const Readings &readings)
 {
     if (readings.planeUnitMm == 0.0F || readings.planeX == 0.0F || readings.planeY == 0.0F
@@ -260,14 +260,14 @@ double RatioOfPlane(const Readings &readings)
     return FiniteOr(kFrameDiagonalMm / static_cast<double>(std::sqrt(widthMm * widthMm + heightMm * heightMm)), 0.0);
 }
 
-/// Settles ratio and 35 mm focal length: by the camera's own word, then the table of cameras, then the focal plane.
-/// @return whether the result can be trusted.
+/// Determines ratio and 35 mm focal length: from the camera's value, else the table of cameras, else the focal plane.
+/// @return whether the result is reliable.
 bool SettleFocal(const Readings &readings, CameraProperties &cameras)
 {
     ShootingInformation &shooting = readings.shooting;
     if (readings.focal35mm != 0.0) {
         shooting.focal35mm = readings.focal35mm;
-        shooting.focalRatio = readings.focal35mm / readings.realFocalMm; // infinite where the file has no real one
+        shooting.focalRatio = readings.focal35mm / readings.realFocalMm; // infinite if the file has no real one
         return true;
     }
     if (readings.realFocalMm == 0.0) {
@@ -286,14 +286,14 @@ void SettleExposure(const Readings &readings)
 {
     ShootingInformation &shooting = readings.shooting;
     if (readings.shutterSpeed != 0.0F && shooting.exposureTime == 0.0)
-        shooting.exposureTime = static_cast<double>(readings.shutterSpeed); // as it stands, though it is a logarithm
+        shooting.exposureTime = static_cast<double>(readings.shutterSpeed); // unconverted, though it is a logarithm
     if (shooting.exposureTime == 0.0 || shooting.fNumber == 0.0)
         return;
     shooting.exposureValue =
         FiniteOr(std::log(shooting.fNumber * shooting.fNumber / shooting.exposureTime), 0.0); // negative time
 }
 
-/// A comment such as "FOV: 73.7 x 53.1 ~ 84.0", behind whatever names its encoding.
+/// Parses a comment such as "FOV: 73.7 x 53.1 ~ 84.0" after any encoding prefix.
 void ReadComment(const GFL_EXIF_ENTRYEX &entry, ShootingInformation &to)
 {
     const QByteArray bytes =
@@ -316,7 +316,7 @@ void ReadPrivateRecord(const GFL_EXIF_ENTRYEX &entry, ShootingInformation &to)
 {
     constexpr quint32 kLength = 128, kKept = 96;
     if (entry.Length < kLength)
-        return; // not of this kind
+        return; // not such a comment
     to.privateKind = entry.Data[0];
     if (to.privateKind >= 8 && to.privateKind <= 10)
         to.privateSubKind = entry.Data[6] & 15;
@@ -373,7 +373,7 @@ void ImageDef::AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended)
         m_hasExif = SettleFocal(readings, g_Cameras);
         SettleExposure(readings);
         if (m_shooting.timestamp == -1)
-            m_shooting.timestamp = 0; // mktime's word for a date that it can't tell
+            m_shooting.timestamp = 0; // mktime returns this for an invalid date
         ReadExtended(extended, m_shooting);
     }
     if (m_shooting.privateKind == 0)
@@ -384,8 +384,8 @@ QString ImageDef::DumpExif()
 {
     GFL_LOAD_PARAMS params = {};
     ImageDatas::GetDefaultLoadParams(&params);
-    params.Flags |= 0x6410;  // metadata, and a form of one's own; the rest is without effect
-    params.ColorModel = 256; // none of the layer's: pixels come as they are
+    params.Flags |= 0x6410;  // metadata, and a custom form; the rest has no effect
+    params.ColorModel = 256; // none of the layer's: pixels are not converted
     params.DefaultAlpha = 255;
     const QSize box = ImageDatas::settings ? ImageDatas::settings->thumbnailSize : ImageDatas().thumbnailSize;
     GFL_BITMAP *loaded = nullptr;

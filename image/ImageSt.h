@@ -1,9 +1,9 @@
-// A plain grey plane, for analysis outside of KImage.
+// A plain gray plane for analysis outside KImage.
 #pragma once
 
 #include <vector>
 
-/// Luma of an image, 0 to 1 and above for float images: row by row without gaps, (x, y) at samples[y * width + x].
+/// Luma of an image, 0 to 1 and above for float images. Rows have no gaps: (x, y) is samples[y * width + x].
 struct ImageSt {
     int width = 0;
     int height = 0;

@@ -6,11 +6,11 @@
 #include <QString>
 #include <QVector>
 
-/// Made locked and in memory, by the item that holds it, whose mutex guards the fields. Width, height and depth are its
-/// identity. When it is evicted the pixels go and the object stays, with its disk copy.
+/// Created locked and in memory by the item that holds it, whose mutex guards the fields. Width, height and depth
+/// identify it. Eviction frees the pixels; the object and its disk copy stay.
 template <typename Image> class ImageVersion {
 public:
-    /// @p depth in bits a channel; @p stamp is the cache's count of accesses.
+    /// @p depth in bits per channel; @p stamp is the cache's access count.
     ImageVersion(int width, int height, int depth, qint64 stamp)
         : m_width(width), m_height(height), m_lastUsed(stamp), m_depth(static_cast<short>(depth))
     {
@@ -31,12 +31,12 @@ public:
     {
         if (m_cacheName.isEmpty())
             return;
-        KCacheDiskManager::init(nullptr); // whoever comes first makes it
+        KCacheDiskManager::init(nullptr); // created on first use
         KCacheDiskManager::ms_instance->removeTempFile(m_cacheName);
         m_cacheName.clear();
     }
 
-    QString m_cacheName;      // of the disk copy; empty: there is none
+    QString m_cacheName;      // of the disk copy; empty: none
     Image *m_image = nullptr; // owned; null when evicted
     int m_lockCount = 1;
     int m_width; // pixels
@@ -44,7 +44,7 @@ public:
     qint64 m_lastUsed; // 64 bits: a host may run for months
     short m_depth;
     bool m_inMemory = true;
-    // Owned: pixels of before the image was described afresh, still lent. Their locks can't be told from later ones, so
-    // they go when all locks have gone.
+    // Owned: pixels from before the image was described anew, still lent. Their locks can't be distinguished from later
+    // ones, so they are freed when all locks are released.
     QVector<Image *> m_retired;
 };

@@ -12,7 +12,7 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Channels by the bits of a type: grey, binary and palette forms, three-channel forms, four-channel forms.
+/// Channels by the bits of a type: gray, binary and palette forms, three-channel forms, four-channel forms.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)
@@ -29,7 +29,7 @@ qint64 PixelBytes(const GFL_BITMAP &bitmap)
     return static_cast<qint64>(bitmap.Height) * bitmap.BytesPerLine;
 }
 
-/// A block from the module's allocator, or a throw. Never null, also for 0 bytes.
+/// Allocates a block with the module's allocator, or throws. Never null, also for 0 bytes.
 void *AllocateBytes(qint64 bytes)
 {
     void *block = alloc_callback(static_cast<unsigned long>(qMax<qint64>(bytes, 1)), nullptr);
@@ -54,7 +54,7 @@ KImage::KImage()
     Ctor();
 }
 
-// The others start as an empty image: from there on the destructor frees what a throw leaves half done.
+// The other constructors start from an empty image: then the destructor frees a partial result if they throw.
 
 KImage::KImage(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                int bytesPerLine)
@@ -96,7 +96,7 @@ void KImage::AllocBitmap(int width, int height, unsigned short type, int bitsPer
     const int bytesPerPixel = (bitsPerComponent >> 3) * channels;
     const qint64 ownStrideBytes = (static_cast<qint64>(width) * bytesPerPixel + 3) & ~qint64(3); // < 2^35
     if (!data && ownStrideBytes > std::numeric_limits<quint32>::max())
-        KThrow(kNotEnoughMemory); // the record holds strides of 32 bits
+        KThrow(kNotEnoughMemory); // the record holds 32-bit strides
 
     m_bitmap = static_cast<GFL_BITMAP *>(AllocateBytes(sizeof(GFL_BITMAP)));
     GFL_BITMAP &bitmap = *m_bitmap;
@@ -149,7 +149,7 @@ KImage &KImage::operator=(const KImage &other) // NOLINT(bugprone-unhandled-self
     const GFL_BITMAP &source = *other.m_bitmap;
     m_spareFlag = other.m_spareFlag;
     m_bitmap = CopyBlock(&source, sizeof(GFL_BITMAP));
-    // Until each block has its own copy, so that a failed allocation frees nothing of the source.
+    // Null until each block is copied, so that a failed allocation doesn't free the source's blocks.
     m_bitmap->Data = nullptr;
     m_bitmap->ColorMap = nullptr;
     m_bitmap->Comment = nullptr;
@@ -182,7 +182,7 @@ int KImage::IntegrityValidation()
         const unsigned char *row = getData(0, y);
         for (qint64 i = 0; i < floatsPerRow; ++i) {
             float value;
-            std::memcpy(&value, row + i * qint64(sizeof(float)), sizeof(float)); // rows of wrapped blocks may be odd
+            std::memcpy(&value, row + i * qint64(sizeof(float)), sizeof(float)); // wrapped rows may be unaligned
             if (value > 1e9f)
                 return 1;
             if (value < 0)

@@ -1,4 +1,4 @@
-// The raster image of all kernels: the owner of one bitmap record.
+// The raster image of all kernels; owns one bitmap record.
 #pragma once
 
 #include "KException.h"
@@ -20,7 +20,7 @@ template <typename Image, typename Loader> class ImageCache;
 
 class KImage;
 
-/// What one copy of the image module shares with another. KImage::init and KImage::exit say who owns the objects.
+/// Objects that copies of the image module share. KImage::init and KImage::exit define who owns them.
 struct KImageInstances {
     KToolsInstances *tools;
     ImageCache<KImage, KImageLoader> *cache;
@@ -36,13 +36,14 @@ struct KImageInstances {
 ///   | GFL_RGBA | 4: R G B A, straight alpha | same | same  | same                               |
 ///
 /// Channels are interleaved, rows start at multiples of 4 bytes, the first row is on top. An image is empty (no record)
-/// or allocated. Copying is deep: no two images share pixels, except one that wraps a block of its caller's.
+/// or allocated. Copies are deep: no two images share pixels, except one that wraps a block of the caller.
 ///
-/// Errors are KExceptions, thrown by one-line guards in the order of the parameters, with one of the messages
-/// "Invalid Bitmap" (this image is empty or of a form the operation doesn't serve), "Invalid Parameter" (an argument is
-/// wrong) and "Not enough memory".
+/// Errors are KExceptions, thrown by one-line guards in the order of the parameters, with one of the messages "Invalid
+/// Bitmap" (this image is empty or of a form the operation doesn't support), "Invalid Parameter" (an argument is wrong)
+/// and "Not enough memory".
 ///
-/// One thread works on an image, or several read it. Sizes in bytes are 64-bit throughout; a row holds up to 4 GiB.
+/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit throughout; a row holds up to 4
+/// GiB.
 class KImage {
 public:
     KImage();
@@ -51,39 +52,39 @@ public:
     explicit KImage(const QImage &image);
     ~KImage();
 
-    /// Deep copy; the copy always owns its pixels. Comment and MetaData are not carried over. Trap: the target is freed
+    /// Deep copy; the copy always owns its pixels. Comment and MetaData are not copied. Trap: the target is freed
     /// first, so assigning an image to itself empties it.
     KImage &operator=(const KImage &other);
 
     // --- Start and stop of the module (KImage_Module.cpp), main thread ---
 
-    /// Starts the module: on a host's objects, which stay the host's, or alone for null; then it also starts the
-    /// image-file layer. A second start alone does nothing.
+    /// Starts the module: with a host's objects, which the host keeps owning, or standalone for null; then it also
+    /// starts the image-file layer. A second standalone start does nothing.
     static void init(KImageInstances *instances);
-    /// Ends what init(nullptr) began; does nothing after init with a host's objects.
+    /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();
 
     // --- Memory ---
 
-    /// Makes the image @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its pixels,
-    /// and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it wraps that
-    /// block of height * bytesPerLine bytes, which the caller keeps alive and frees; strides from 2 GiB on are passed
-    /// as their low 32 bits. @p clear zeroes the pixels, those of a wrapped block too; without it new pixels are
-    /// undefined. After a failure the old content is gone.
+    /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its
+    /// pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it
+    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass strides from 2 GiB
+    /// on as their low 32 bits. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
+    /// undefined. After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
     void FreeBitmap();
     /// Zeroes all bytes of the rows.
     void ClearBitmap();
 
-    // --- Accessors: on an allocated image only, unchecked ---
+    // --- Accessors: for allocated images only, unchecked ---
 
     int width() const { return m_bitmap->Width; }
     int height() const { return m_bitmap->Height; }
     unsigned short type() const { return m_bitmap->Type; }
     unsigned short bitsPerComponent() const { return m_bitmap->BitsPerComponent; }
     unsigned int bytesPerLine() const { return m_bitmap->BytesPerLine; }
-    /// The address of pixel (x, y); unchecked.
+    /// Returns the address of pixel (x, y); unchecked.
     unsigned char *getData(int x, int y) const
     {
         return m_bitmap->Data + static_cast<qint64>(x) * m_bitmap->BytesPerPixel
@@ -92,199 +93,201 @@ public:
 
     /// Sets both resolutions, dots per inch, to the low 16 bits of @p dpi.
     void SetDPI(int dpi);
-    /// Audits a float image, all channels, row by row; the first fault found decides: 1 for a value above 1e9, -1 for a
-    /// negative one, 2 for one that is not a number; 0 for none. On an image of another depth the bytes are read as
-    /// floats as far as the rows reach.
+    /// Checks all channels of a float image row by row. The first fault found decides: returns 1 for a value above 1e9,
+    /// -1 for a negative one, 2 for not-a-number; 0 for none. For other depths it reads the bytes as floats as far as
+    /// the rows reach.
     int IntegrityValidation();
 
-    /// A hook for log lines of the module, set once at start-up; Log does nothing without one.
+    /// Sets a callback for the module's log lines, once at start-up; Log does nothing without one.
     static void SetLog(void (*log)(const std::string &, void *), void *data);
     static void Log(const std::string &text);
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Replaces the image by a file, delivered as @p type at the file's depth; with @p thumbnail by the small version
-    /// of it that is cheapest to get.
+    /// Replaces the image by a file, converted to @p type at the file's depth; with @p thumbnail by its small version
+    /// that is cheapest to get.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Fills an empty image from a file, in the form the file has; at its depth, or reduced to 8 bits.
+    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// As ID_Read, then resized to @p width by @p height.
+    /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
-    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw is developed by the layer's own
-    /// defaults, not by the settings.
+    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw develops with the layer's
+    /// defaults, not with the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
-    /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too;
-    /// @p compression as in TranscodeCompression. ICC profile, IPTC and EXIF of the file @p metadataSource are carried
-    /// over unless it is empty. A failed write leaves an existing file as it was, and no other.
+    /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too; @p
+    /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
+    /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// A picture that is made while it is written, and never lies whole in memory.
+    /// A picture that is generated while it is written, never whole in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        /// Makes the rows of the picture from @p firstRow on in @p rows, a wrapped block of the form above. Called from
-        /// the top down on the calling thread. What it throws ends the write and reaches the caller.
+        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on. Called from
+        /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
     };
-    /// As Write of the whole picture: the same file, the same failures. For "tiff" alone.
+    /// Writes as Write of the whole picture does: same file, same failures. For "tiff" only.
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
                           const QString &metadataSource);
-    /// As Write, into a block that becomes the caller's: to be given back by free.
+    /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
-    /// Writes an uncompressed TIFF in the image's own form, which ID_Read at native depth gives back as it was.
+    /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
     void ID_WriteToCache(QString fileName);
-    /// Debugging dumps at 8 bits: the picture with or without its alpha, and the alpha alone.
+    /// Debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
-    /// Changes form or colours of an image of 8 bits in place; @p mode is a GflColorDepth, which tells what @p
-    /// parameters is for. A wrapped block stays as it was: the image then has pixels of its own.
+    /// Changes form or colors of an 8-bit image in place; @p mode is a GflColorDepth, which defines the meaning of @p
+    /// parameters. A wrapped block stays unchanged: the image then gets pixels of its own.
     void Convert(unsigned short mode, unsigned short parameters);
-    /// Turns a compression number into the layer's fields; @p format in lower case. -1 leaves the layer's defaults.
+    /// Converts a compression number to the layer's fields; @p format in lower case. -1 keeps the layer's defaults.
     ///
     ///   | format    | number                                                          |
     ///   |-----------|-----------------------------------------------------------------|
     ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
     ///   | tiff      | 2 LZW, 3 deflate, others none                                   |
-    ///   | exr       | 1 to 4 and 6 to 8: the method of one less; others PIZ           |
-    ///   | png, hdri, psd | handed on                                                  |
+    ///   | exr       | 1 to 4 and 6 to 8: method number - 1; others PIZ                |
+    ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
-    /// Throws the KException of a layer's error; returns for 0. An empty @p fileName leaves the file's line out.
+    /// Throws the KException for a layer's error; returns for 0. An empty @p fileName omits the file's line.
     void CheckIfGFLError(int error, QString fileName, QString where);
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
 
     /// Copies a rectangle into @p target at (targetX, targetY), converting form and depth. The rectangle must fit
-    /// there; CopyTo, Convert and BlendTo see to it.
+    /// there; CopyTo, Convert and BlendTo ensure it.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
-    /// The whole image into @p target at (x, y), clipped to the target.
+    /// Copies the whole image into @p target at (x, y), clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
-    /// Makes @p target this image in another form. A target of the right shape keeps its block, a wrapped one too.
+    /// Converts this image to another form in @p target. A target of the right shape keeps its block, even a wrapped
+    /// one.
     void Convert(KImage &target, unsigned short type, int bitsPerComponent) const;
 
-    /// One channel as a grey image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.
+    /// Extracts one channel as a gray image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.
     void ExtractChannel(KImage &target, int bitsPerComponent, int channel) const;
     void ExtractAlpha(KImage &target, int bitsPerComponent) const;
     /// Replaces a channel by a grey image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
-    /// Paints this image onto @p target at (x, y), clipped to it, through its alpha if it has one. The target's own
-    /// alpha stays, except under an image without alpha, which overwrites.
+    /// Paints this image onto @p target at (x, y), clipped to it, using its alpha if it has one. The target's alpha
+    /// stays, except under an image without alpha, which overwrites it.
     void BlendTo(KImage &target, int x, int y);
 
-    // --- Arithmetic (KImage_Arithmetic.cpp): all channels, alpha too ---
+    // --- Arithmetic (KImage_Arithmetic.cpp): all channels, including alpha ---
 
-    /// With an image of the same shape, 8 bits or float. Traps of 8 bits: sums and differences come out halved (what is
-    /// below 0 is 0), products divided by 256.
+    /// The other image has the same shape, 8 bits or float. Traps at 8 bits: sums and differences are halved (negative
+    /// ones are 0), products divided by 256.
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
     KImage &operator*=(const KImage &other);
-    /// Colours times @p factor, saturated at integer depths; these lose one part in 256 or 65,536 besides, alpha too.
+    /// Multiplies the colors by @p factor, saturated at integer depths, where all channels, even alpha, also lose one
+    /// part in 256 or 65,536.
     KImage &operator*=(float factor);
 
     // --- Bridges to Qt (KImage_Qt.cpp) ---
 
-    /// From Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, the fourth byte as it stands.
+    /// Converts from Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, the fourth byte unchanged.
     void FromQImage(const QImage &image);
-    /// To Format_ARGB32, floats above 1 clipped. Does nothing on an empty image.
+    /// Converts to Format_ARGB32, floats above 1 clipped. Does nothing on an empty image.
     void ToQImage(QImage &image);
     void ToQPixmap(QPixmap &pixmap);
 
     // --- Geometry (KImage_Geometry.cpp) ---
 
-    /// Changes the size, in place or into @p target: by area weighting, or bilinearly as soon as one side grows. All
-    /// channels go through the same filter. The KException of an empty image has an empty message.
+    /// Changes the size, in place or into @p target: by area weighting, or bilinearly if any side grows. All channels
+    /// use the same filter. The KException for an empty image has an empty message.
     void Resize(int width, int height);
     void Resize(KImage &target, int width, int height);
-    /// Finds a rectangle inside the valid area of a float RGBA image, where alpha isn't 0, as large as possible: from
+    /// Finds a rectangle, as large as possible, inside the valid area of a float RGBA image, where alpha isn't 0: from
     /// (left, top) to before (right, bottom), in pixels. All 0 if there is none; untouched for an empty image.
     void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
 
     // --- Alpha (KImage_Alpha.cpp) ---
 
-    /// Multiplies the alpha of an RGBA image by a grey mask. The depths must differ, else "Invalid Bitmap": a mask of
-    /// lower depth is converted. Trap: the samples of a mask of higher depth are taken as they stand in memory, as
-    /// numbers of this image's depth. Integers lose one part in 256 or 65,536.
+    /// Multiplies the alpha of an RGBA image by a gray mask. The depths must differ, else "Invalid Bitmap": a mask of
+    /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
+    /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Alpha below half of the full range, or not a number, becomes 0, any other full.
+    /// Sets alpha below half of the full range, or not-a-number, to 0, any other to full.
     void BinarizeAlpha();
-    /// Premultiplied colours to straight ones, then opaque: colour * full / alpha, truncated and saturated. Pixels
-    /// of alpha 0 stay.
+    /// Converts premultiplied colors to straight ones, then makes them opaque: color * full / alpha, truncated and
+    /// saturated. Pixels of alpha 0 stay.
     void ScaleByAlpha();
 
-    // --- Tone (KImage_Tone.cpp): colours only, alpha stays ---
+    // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
 
-    /// Stretches the common range of R, G and B to 0 to 255, truncated, into @p target, at 8 bits; a flat picture comes
-    /// out black. Equalization sends each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), n(v) the samples up
-    /// to v: the running sum of Gonzalez and Woods, Digital Image Processing, stretched to begin at 0. Other forms than
-    /// 8-bit RGB and RGBA are only converted.
+    /// Stretches the common range of R, G and B to 0 to 255, truncated, into @p target, at 8 bits; a flat picture
+    /// becomes black. Equalization maps each value v to 255 (n(v) - n(lowest)) / (n(all) - n(lowest)), where n(v)
+    /// counts the samples up to v: the cumulative histogram of Gonzalez and Woods, Digital Image Processing, stretched
+    /// to start at 0. Forms other than 8-bit RGB and RGBA are only converted.
     void HistogramAuto(KImage &target);
     void HistogramEqualization(KImage &target);
 
-    /// How HDR_Normalize brings t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 +
-    /// max'), v' and max' above the minimum (Drago et al. 2003, eq. 1). Reinhard: of the luminance L, scaled so that
-    /// its logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colours keep their ratios (Reinhard et al. 2002, eq.
-    /// 4).
+    /// How HDR_Normalize maps t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 +
+    /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled so
+    /// that its logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002,
+    /// eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
-    /// Least and greatest colour sample of a float image, where alpha isn't 0 or everywhere; both 0 if there is none.
-    /// What isn't finite doesn't count.
+    /// Finds the least and greatest finite color sample of a float image, where alpha isn't 0 or everywhere; both 0 if
+    /// there is none.
     void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
-    /// Tone-maps a float image to 0 to 1 by an HdrMode; values outside the range are limited, not-a-number becomes 0.
+    /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, not-a-number becomes 0.
     void HDR_Normalize(float minimum, float maximum, int mode);
-    /// HDR_Normalize over the range of what is visible.
+    /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);
 
     /// Factors, 1 changes nothing: towards black at 0, towards middle grey, towards the picture's own luma (Haeberli
     /// and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
-    /// Two-tone colouring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
-    /// on the straight way across the colour wheel from @p shadows, at value 0, to @p lights, at 255.
+    /// Two-tone coloring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
+    /// on the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
-    /// The luma of each pixel, 0.299 R + 0.587 G + 0.114 B, in 0 to 1.
+    /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, as 0 to 1.
     void GetGrey(ImageSt &grey);
 
     // --- Filters (KImage_Filter.cpp) ---
 
-    /// Gaussian blur of all channels, edges repeated, in any form. @p sigma in pixels; 0 copies. Accuracy as told at
-    /// primitives::GaussianBlur. @p target must not be this image.
+    /// Blurs all channels with a Gaussian, edges repeated, in any form. @p sigma in pixels; 0 copies. For the accuracy
+    /// see primitives::GaussianBlur. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
     /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
-    /// Transparent pixels stay, and don't bleed into others; a pixel whose result isn't finite stays too. Y: luminance
-    /// alone, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. @p target must
-    /// not be this image.
+    /// Transparent pixels stay and don't bleed into others; a pixel whose result isn't finite also stays. Y: luminance
+    /// only, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. @p target must not
+    /// be this image.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
 
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
-    /// Finds the image circle: radius and centre, in pixels from the frame's middle; all 0 if there is none. Seeds
+    /// Finds the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Seeds
     /// qrand(). Cat-eye: for a circle cut by the frame, whose radius is known to within a fifth (@p nominalRadius; 0:
     /// unknown).
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
     void CleanFisheyeData(double radius, double offsetX, double offsetY);
-    /// An equidistant fisheye frame as a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to 180
-    /// degrees from left to right, latitude 90 to -90 downwards, the lens looking at the middle; what it didn't see is
-    /// transparent. The circle is looked for ("Invalid Bitmap" if there is none) and spans @p degrees; or is given and
-    /// spans 180 (of a lens of d degrees pass radius * 180 / d).
+    /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
+    /// 180 degrees from left to right, latitude 90 to -90 downwards, with the lens pointing at the middle; directions
+    /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
+    /// degrees; or it is given and spans 180 (for a lens of d degrees pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
     void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
 
     /// Paints a disc with a smooth edge about pixel position (x, y), such as a mark; @p color is a QRgb with alpha.
     void PutPoint(float x, float y, float radius, int color);
-    /// Bends the picture by Brown's radial model (1971): the pixel at r from the centre comes from
-    /// r (1 + k1 r^2 + k2 r^4 + k3 r^6), r in halves of the diagonal, bilinearly; with another @p direction than 0 the
-    /// other way round. Places outside the picture become 0. Optical2: one channel alone ('R', 'G', 'B', 'A'), against
-    /// lateral colour, about the middle, from @p scale times that radius; its edges are repeated.
+    /// Bends the picture by Brown's radial model (1971): the pixel at r from the center comes from r (1 + k1 r^2 + k2
+    /// r^4 + k3 r^6), r in half diagonals, bilinearly; a non-zero @p direction applies the inverse. Places outside the
+    /// picture become 0. Optical2: only one channel ('R', 'G', 'B', 'A'), against lateral color, about the middle, from
+    /// @p scale times that radius; its edges are repeated.
     void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
     void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 
-    // In this order; hosts that share kernels rely on it.
+    // The order is shared with hosts.
     GFL_BITMAP *m_bitmap; // null for an empty image
     bool m_ownsData;      // false: Data belongs to somebody else
-    bool m_spareFlag;     // copied, read by nothing
+    bool m_spareFlag;     // copied, never read
 
     static KImageInstances ms_instances;
 

@@ -17,7 +17,7 @@ std::unique_ptr<KImage> ReadFile(const QString &fileName, bool nativeDepth)
     return image;
 }
 
-/// @p source at the size and depth of @p version, the pixel form kept.
+/// Returns @p source at the size and depth of @p version, keeping the pixel form.
 std::unique_ptr<KImage> Reduced(KImage &source, const Version *version)
 {
     auto resized = std::make_unique<KImage>();
@@ -36,8 +36,8 @@ void SetPixels(Version *version, std::unique_ptr<KImage> image)
     version->m_inMemory = true;
 }
 
-/// The full-size version of a depth, in memory and not locked for the caller; made, and taken into the item, by
-/// @p read if the item has none.
+/// Returns the full-size version of a depth, in memory and not locked for the caller; if the item has none, @p read
+/// creates it and the item adopts it.
 template <typename Read> Version *FullVersion(const ImageDef *def, int depth, Item *item, Read read)
 {
     Version *full = item->Find_unlocked(def->nCols(), def->nRows(), depth);
@@ -56,7 +56,7 @@ template <typename Read> Version *FullVersion(const ImageDef *def, int depth, It
     return full;
 }
 
-// --- Images whose versions are read again from the source ---
+// --- Images whose versions are reloaded from the source ---
 
 void FillFromSource(const ImageDef *def, Version *version)
 {
@@ -70,12 +70,12 @@ void MakeFromSource(ImageDef *def, Version *version, Item *item)
         FillFromSource(def, version);
         return;
     }
-    if (!bigger) // the file has to be decoded whole anyway, and the whole is worth keeping
+    if (!bigger) // the whole file is decoded anyway, and worth keeping
         bigger = FullVersion(def, version->m_depth, item, [def](Version *full) { FillFromSource(def, full); });
     SetPixels(version, Reduced(*bigger->m_image, version));
 }
 
-// --- Images whose versions are read again from disk copies ---
+// --- Images whose versions are reloaded from disk copies ---
 
 void FillWithCopy(ImageDef *def, Version *version, Item *item);
 
@@ -84,8 +84,8 @@ Version *DevelopedVersion(ImageDef *def, Item *item)
     return FullVersion(def, def->nDepth(), item, [=](Version *full) { FillWithCopy(def, full, item); });
 }
 
-/// The pixels of the version's disk copy. Null if there is none yet, or none any more: deleted, damaged, or another
-/// picture.
+/// Reads the pixels of the version's disk copy. Returns null if there is none: not written, deleted, damaged, or of
+/// another picture.
 std::unique_ptr<KImage> ReadCopy(const Version *version)
 {
     if (version->m_cacheName.isEmpty() || !QFileInfo::exists(version->m_cacheName))
@@ -100,7 +100,7 @@ std::unique_ptr<KImage> ReadCopy(const Version *version)
     }
 }
 
-/// Reads the version's disk copy. Without one, makes the pixels and writes it.
+/// Reads the version's disk copy. If there is none, creates the pixels and writes it.
 void FillWithCopy(ImageDef *def, Version *version, Item *item)
 {
     if (auto copy = ReadCopy(version)) {
@@ -112,7 +112,7 @@ void FillWithCopy(ImageDef *def, Version *version, Item *item)
         image = ReadFile(def->FileName(), /*nativeDepth=*/true);
     else
         image = Reduced(*DevelopedVersion(def, item)->m_image, version);
-    version->RemoveDiskCopy(); // of one that is of no use
+    version->RemoveDiskCopy(); // an unusable one
     image->ID_WriteToCache(item->fullCacheName(version));
     SetPixels(version, std::move(image));
 }
@@ -168,6 +168,6 @@ void KImageLoader::LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMu
     if (!image || def->m_highResReady)
         return;
     const CacheLocker locker(cacheMutex);
-    if (!def->m_highResReady) // another thread may have been first
+    if (!def->m_highResReady) // another thread may have been faster
         def->GetThumbnailFromHighRes(*image);
 }

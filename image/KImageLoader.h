@@ -1,4 +1,4 @@
-// How versions of images are read, reduced and freed: what the image cache knows of KImage.
+// Reads, reduces and frees versions of images: the link between the image cache and KImage.
 #pragma once
 
 #include "ImageCache.h"
@@ -6,15 +6,15 @@
 
 using KImageCache = ImageCache<KImage, KImageLoader>;
 
-/// Where the pixels of a version come from:
+/// Source of a version's pixels:
 ///
 ///   | image                | first time                                | after eviction       |
 ///   |----------------------|-------------------------------------------|----------------------|
-///   | raw, above 8 bits    | full size: the file; others: the full one | its own disk copy    |
+///   | raw, above 8 bits    | full size: the file; others: the full one | its disk copy        |
 ///   | any other            | a bigger version in memory, else the file | the file             |
 ///
-/// All but LockPostProcess are called under the item's mutex; they throw KException, and then leave the version that
-/// they were to fill without pixels.
+/// All but LockPostProcess are called with the item's mutex held. On failure they throw KException and leave the
+/// version that they should fill without pixels.
 class KImageLoader {
 public:
     using Version = ImageVersion<KImage>;
@@ -22,14 +22,14 @@ public:
 
     /// Reads the file at its own depth.
     static void Load(ImageDef *def, Version *version);
-    /// Fills a version that the item has and that was evicted.
+    /// Fills an evicted version of the item.
     static void Load(ImageDef *def, Version *version, bool reloadFromSource, Item *item);
-    /// Fills a new version. True: the item is to take it in. False: @p version is one that the item has already, locked
-    /// once more, in the place of the caller's.
+    /// Fills a new version. True: the item must adopt it. False: @p version has been replaced by a version that the
+    /// item already has, locked once more.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
-    /// Bytes of a version, as if it had four channels: an estimate that needs no look at the pixels.
+    /// Returns the bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.
     static qint64 memSize(Version *version);
-    /// Makes the image's larger thumbnail of pixels that were just loaded, if it is still wanted.
+    /// Makes the image's larger thumbnail from newly loaded pixels, if it is still needed.
     static void LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMutex);
 };

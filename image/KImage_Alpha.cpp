@@ -29,14 +29,14 @@ template <typename T> void BinarizeRun(T *alpha, int pixels)
 {
     constexpr auto kFull = static_cast<T>(kFullValue<T>);
     constexpr auto kHalf = static_cast<T>(std::is_floating_point_v<T> ? 0.5f : kFullValue<T> / 2 + 1);
-    if constexpr (std::is_floating_point_v<T>) // not-a-number lies on neither side
+    if constexpr (std::is_floating_point_v<T>) // not-a-number is neither below nor above
         std::replace_if(
             alpha, alpha + pixels, [](T value) { return std::isnan(value); }, T(0));
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, kHalf, T(0), primitives::Comparison::Less);
     primitives::ThresholdValue<T>(alpha, 0, alpha, 0, {pixels, 1}, T(0), kFull, primitives::Comparison::Greater);
 }
 
-/// Not-a-number is no alpha to divide by.
+/// Leaves pixels whose alpha is not-a-number.
 template <typename T> void ScaleRunByAlpha(void *run, int pixels)
 {
     T *rgba = static_cast<T *>(run);
@@ -71,7 +71,7 @@ void KImage::CombineAlpha(const KImage &mask)
     const int bits = bitsPerComponent();
     KImage alpha, converted;
     ExtractAlpha(alpha, bits);
-    // The rows of a mask of lower depth are too short to be read as they stand.
+    // The rows of a mask of lower depth are too short to be reinterpreted.
     if (mask.bitsPerComponent() < bits)
         mask.Convert(converted, GFL_GREY, bits);
     const KImage asThisDepth(width(), height(), GFL_GREY, bits, /*clear=*/false,

@@ -12,11 +12,11 @@ using primitives::Size;
 using primitives::Status;
 using primitives::Step;
 
-/// An operation on images, by layout: grey, RGB, RGBA. Its first source is the right-hand image.
+/// An operation on images, by layout: gray, RGB, RGBA. The right-hand image is its first source.
 struct ImageOperation {
     Status (*floats[3])(const Ipp32f *, Step, const Ipp32f *, Step, Ipp32f *, Step, Size);
     Status (*bytes[3])(const Ipp8u *, Step, const Ipp8u *, Step, Ipp8u *, Step, Size, int scaleFactor);
-    int scaleFactor; // of 8 bits: sums and differences are halved, products divided by 256
+    int scaleFactor; // for 8 bits: sums and differences are halved, products divided by 256
 };
 
 constexpr ImageOperation kSubtract = {
@@ -65,7 +65,7 @@ void MultiplyRun(One &grey, Many &rgb, Many &rgba, int layout, void *run, int pi
         (layout == 1 ? rgb : rgba)(samples, 0, k, samples, 0, {pixels, 1}, scale...);
 }
 
-/// full * factor, truncated, within what the multiplication of integers takes.
+/// Returns full * factor, truncated and limited to the range of integer multiplication.
 int IntegerFactor(double full, float factor)
 {
     constexpr double kLimit = 1 << 30;
@@ -98,8 +98,8 @@ KImage &KImage::operator*=(float factor)
     if (IsEmpty(*this) || !IsWorkingDepth(bitsPerComponent()) || !IsWorkingType(type()))
         KThrow(kInvalidBitmap);
 
-    // Colours by the factor, alpha by what stands for 1: in integers that is a count less than the divisor, so they
-    // lose one part in 256 or 65,536.
+    // Multiply colors by the factor, alpha by the equivalent of 1: for integers that is one less than the divisor, so
+    // they lose one part in 256 or 65,536.
     const int k16 = IntegerFactor(65535.0, factor), k8 = IntegerFactor(255.0, factor);
     const float floats[4] = {factor, factor, factor, 1.0f};
     const int words[4] = {k16, k16, k16, 65535};

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kAlphaChannel = 3;
 
-/// One channel of an interleaved run to a plane and back, [depth][layout]; the interleaved pointer is set to the
+/// Copies one channel of an interleaved run to a plane and back, [depth][layout]; the interleaved pointer points to the
 /// channel.
 constexpr RunStep kExtractSteps[3][3] = {
     {nullptr, steps::Run<ippiCopy_8u_C3C1R>, steps::Run<ippiCopy_8u_C4C1R>},

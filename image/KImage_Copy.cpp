@@ -12,20 +12,20 @@ bool IsInside(int position, int size)
     return position >= 0 && position < size;
 }
 
-/// Whether @p count pixels from @p position on, itself inside, end within @p size; in 64 bits, since the sum may not
-/// fit.
+/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, since the sum may
+/// overflow.
 bool Fits(int position, int count, int size)
 {
     return static_cast<qint64>(position) + count <= size;
 }
 
-/// How many of @p count pixels fit into @p size from @p position on.
+/// Returns how many of @p count pixels fit into @p size from @p position on.
 int ClippedCount(int position, int count, int size)
 {
     return static_cast<int>(qMin<qint64>(static_cast<qint64>(count) + position, size) - position);
 }
 
-/// The guards of whole images that are put into another at (x, y).
+/// Checks the arguments of placing a whole image in another at (x, y).
 void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
 {
     if (IsEmpty(image))
@@ -38,12 +38,12 @@ void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
         KThrow(kInvalidParameter);
 }
 
-/// Makes a new target opaque where its alpha would stay what the memory held: of 16-bit grey to RGBA.
+/// Makes a new target opaque where the conversion (16-bit gray to RGBA) would leave its alpha undefined.
 void FillAlphaThatStays(const KImage &source, KImage &target)
 {
     if (!IsWorkingDepth(source.bitsPerComponent()) || !IsWorkingDepth(target.bitsPerComponent())
         || !IsWorkingType(target.type()))
-        return; // CropCopyTo refuses it
+        return; // CropCopyTo rejects it
     const AlphaException *exception = FindAlphaException(FormOf(source), FormOf(target));
     if (!exception || !exception->leavesAlpha)
         return;
@@ -57,8 +57,8 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
         ippiSet_32f_C4R(kOpaque32f, reinterpret_cast<Ipp32f *>(pixels), target.bytesPerLine(), size);
 }
 
-/// t - (t - s) * alpha for the colours of a pixel of @p C channels, its alpha being every fourth float from @p alpha
-/// on. Integers are truncated towards zero, within their range: a float alpha may lie outside 0 to 1.
+/// Blends t - (t - s) * alpha for the colors of a pixel of @p C channels, with every fourth float from @p alpha on.
+/// Integers are truncated towards zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
     constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the same for one C alone
@@ -98,12 +98,12 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
         KThrow(kInvalidParameter); // it would be written beyond the target's rows
 
-    // The first touch of a large target's pages takes longer than the conversion, and goes on all processors too.
+    // The first access to a large target's pages takes longer than the conversion, and benefits from threads too.
     constexpr qint64 kPixelsWorthThreads = 1 << 20;
     const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
     const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
-        // Plain bytes, in one piece a thread where rows follow each other without gaps.
+        // Plain bytes, in one piece per thread where rows have no gaps.
         const int rowsEach = qMax(1, (height - 1) / threads + 1);
 #pragma omp parallel for schedule(static) num_threads(threads)
         for (int row = 0; row < height; row += rowsEach)
@@ -131,7 +131,7 @@ void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) 
     if (IsEmpty(*this) || !IsWorkingType(this->type()))
         KThrow(kInvalidBitmap);
     if (&target == this)
-        KThrow(kInvalidParameter); // before the pixels are given up
+        KThrow(kInvalidParameter); // before the old pixels are freed
     const bool keepsBlock = target.m_bitmap && HasShape(*target.m_bitmap, width(), height(), type, bitsPerComponent);
     target.AllocBitmap(width(), height(), type, bitsPerComponent, /*clear=*/false, nullptr, 0);
     if (!keepsBlock)

@@ -1,4 +1,4 @@
-// Image files: reading into the bitmap record and writing from it, by way of the image-file layer.
+// Image files: reading into the bitmap record and writing from it, through the image-file layer.
 #include "KImage.h"
 
 #include "DiskChecks.h"
@@ -22,8 +22,8 @@ struct BitmapDeleter {
 };
 using Bitmap = std::unique_ptr<GFL_BITMAP, BitmapDeleter>;
 
-/// Copies ICC profile, IPTC and EXIF, as far as @p source has them, to the bitmap that is about to be written. XMP
-/// stays behind: it describes the editing of the source.
+/// Copies ICC profile, IPTC and EXIF, if @p source has them, to the bitmap about to be written. XMP is not copied: it
+/// describes the editing of the source.
 void CopyMetadata(GFL_BITMAP *source, GFL_BITMAP *target, GFL_SAVE_PARAMS &params)
 {
     if (gflBitmapHasICCProfile(source)) {
@@ -54,8 +54,8 @@ QString FormatName(const QString &format)
     return name;
 }
 
-/// Tries to say by the disk why a save failed, to be called right after it; returns if the disk is not to blame.
-/// The check leaves an empty file where none was: that one goes again.
+/// Throws if the disk explains why a save failed; call it right after the failure. Returns if the disk is not the
+/// cause. The check creates an empty file where there was none and removes it again.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
     const QString reason = QString::fromUtf8(gflLastErrorText());
@@ -66,7 +66,7 @@ void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString 
     } catch (const KException &e) {
         throw KFileException(e.what(), where, e.what() + QLatin1String(": ") + reason);
     }
-    if (!existed && QFileInfo(fileName).size() == 0) // not what somebody else put there meanwhile
+    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that somebody else has created meanwhile
         QFile::remove(fileName);
 }
 
@@ -92,7 +92,7 @@ const char *NameOfError(int error)
     return "GFL_UNKNOWN_ERROR";
 }
 
-/// Compression numbers of OpenEXR to the layer's; whatever is not named is 4 (PIZ).
+/// Maps OpenEXR compression numbers to the layer's; any number not listed gives 4 (PIZ).
 unsigned short ExrCompression(int compression)
 {
     if (compression >= 1 && compression <= 4)
@@ -113,7 +113,7 @@ int FormatIndex(const QString &formatName)
     return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
 }
 
-/// The steps of every write. The pixels of @p image are not looked at; @p save(path, params) writes the file and gives
+/// The steps of every write. Doesn't access the pixels of @p image; @p save(path, params) writes the file and returns
 /// the layer's error.
 template <typename Save>
 void WriteBy(KImage &image, const QString &fileName, const QString &format, int compression,
@@ -148,7 +148,7 @@ void WriteBy(KImage &image, const QString &fileName, const QString &format, int 
     image.CheckIfGFLError(error, fileName, KPlace());
 }
 
-/// A call of WriteRows on its way through the layer, which no exception may cross.
+/// Context of a WriteRows call, passed through the layer, which no exception may cross.
 struct RowsRequest {
     const KImage::RowsToWrite &rows;
     std::exception_ptr failure;
@@ -254,7 +254,7 @@ void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const Q
     if (!IsWorkingType(rows.type) || !IsWorkingDepth(rows.bitsPerComponent))
         KThrow(kInvalidParameter);
     KImage shape(rows.width, /*height=*/1, rows.type, rows.bitsPerComponent, /*clear=*/false, nullptr, 0);
-    shape.m_bitmap->Height = rows.height; // a record as of the whole picture; its pixels are not looked at
+    shape.m_bitmap->Height = rows.height; // like the record of the whole picture; its pixels are never accessed
     RowsRequest request = {rows, nullptr};
     WriteBy(shape, fileName, format, compression, metadataSource, [&](const char *path, const GFL_SAVE_PARAMS &params) {
         const int error = gflSaveRowsUTF8(path, shape.m_bitmap, MakeRows, &request, &params);
@@ -321,7 +321,7 @@ void KImage::Convert(unsigned short mode, unsigned short parameters)
 {
     if (!m_bitmap || m_bitmap->BitsPerComponent != 8)
         KThrow(kInvalidBitmap);
-    if (!m_ownsData) { // the layer may give the pixels up for others
+    if (!m_ownsData) { // the layer may replace the pixels
         KImage own(*this);
         std::swap(m_bitmap, own.m_bitmap);
         std::swap(m_ownsData, own.m_ownsData);

@@ -52,8 +52,8 @@ void BlurPlane(const KImage &plane, KImage &blurred, float sigma)
 
 // --- Unsharp mask ---
 
-/// Kernels up to this size are applied as they are; wider ones, whose time would grow with them, by a Gaussian of the
-/// same variance.
+/// Kernels up to this size are applied directly; wider ones, whose cost would grow with them, are replaced by a
+/// Gaussian of the same variance.
 constexpr int kLargestPlainKernel = 301;
 
 class UnsharpBlur {
@@ -73,7 +73,7 @@ public:
     }
 
 private:
-    /// The deviation of what the cut leaves of the Gaussian.
+    /// Returns the standard deviation of the truncated Gaussian.
     float SigmaOfCutKernel() const
     {
         double sum = 1, squares = 0;
@@ -103,8 +103,8 @@ private:
     float m_sigma;
 };
 
-/// Which pixels of an RGBA image there are, and how much of each pixel's surroundings: what a blur over the visible
-/// ones has to be divided by.
+/// Visible pixels of an RGBA image, and the visible share of each pixel's neighborhood, by which a blur over the
+/// visible ones is divided.
 class Visibility {
 public:
     Visibility(const KImage &image, const UnsharpBlur &blur)
@@ -120,7 +120,7 @@ public:
         ippiCompareC_32f_C1R(Floats(visible), visible.bytesPerLine(), 0.0f, m_hidden.getData(0, 0),
                              m_hidden.bytesPerLine(), SizeOf(image), primitives::Comparison::Equal);
         blur.Apply(visible, m_share);
-        Fill(m_share, 1.0f); // nothing to divide where there may be nothing
+        Fill(m_share, 1.0f); // avoid a division by zero
     }
 
     /// Sets the hidden pixels of a plane.
@@ -143,7 +143,7 @@ private:
     KImage m_share;
 };
 
-/// Sharpens the first @p channels channels of an image, at its place.
+/// Sharpens the first @p channels channels of an image in place.
 class Sharpener {
 public:
     Sharpener(KImage &image, float radius, float amount) : m_image(image), m_blur(radius), m_amount(amount)
@@ -198,7 +198,7 @@ void CheckUnsharp(const KImage &image, const KImage &target, float radius, float
         KThrow(kInvalidParameter);
 }
 
-/// PhotoYCC and back, [depth][layout is RGBA].
+/// To PhotoYCC and back, [depth][layout is RGBA].
 constexpr RunStep kToYcc[3][2] = {{steps::Run<ippiRGBToYCC_8u_C3R>, steps::Run<ippiRGBToYCC_8u_AC4R>},
                                   {steps::Run<ippiRGBToYCC_16u_C3R>, steps::Run<ippiRGBToYCC_16u_AC4R>},
                                   {steps::Run<ippiRGBToYCC_32f_C3R>, steps::Run<ippiRGBToYCC_32f_AC4R>}};
@@ -213,8 +213,8 @@ void ConvertColors(KImage &image, const RunStep (&table)[3][2])
             [=](const void *src, void *dst, int pixels) { step(src, dst, pixels); });
 }
 
-/// Gives the pixels that sharpening leaves alone, hidden ones and those whose result isn't finite, back what the way
-/// through another colour model took.
+/// Restores the pixels that sharpening must not change, hidden ones and those whose result isn't finite, from loss by
+/// the conversion to another color model.
 void RestorePixels(const KImage &image, KImage &sharpened)
 {
     const int channels = image.m_bitmap->ComponentsPerPixel;

@@ -17,15 +17,15 @@ namespace {
 
 using primitives::Step;
 
-constexpr int kRays = 360; // one a degree
-constexpr int kMargin = 2; // what the median reads beyond the region, on all sides
+constexpr int kRays = 360; // one per degree
+constexpr int kMargin = 2; // the median reads this far beyond the region, on all sides
 constexpr int kIterations = 500;
-constexpr int kLeastSupport = kRays / 8; // edges on a circle that is believed; chance gives some 20
-constexpr double kLeastRadius = 0.25;    // of the smaller side, as the two below
+constexpr int kLeastSupport = kRays / 8; // edges that confirm a circle; chance gives some 20
+constexpr double kLeastRadius = 0.25;    // relative to the smaller side, like the two below
 constexpr double kLargestOffset = 0.2;
-constexpr double kSmallerSideSteps = 1000; // the step along a ray, of large frames
+constexpr double kSmallerSideSteps = 1000; // determines the step along a ray in large frames
 constexpr double kNominalTolerance = 0.2;
-/// The code of full brightness: four times it, the largest response of the edge filter, still fits 16 bits.
+/// The code of full brightness: four times it, the edge filter's largest response, still fits 16 bits.
 constexpr float kFullCode = 8191;
 constexpr Ipp16s kLeastEdge = 650; // 2 % of the codes
 
@@ -44,7 +44,7 @@ const std::vector<Ray> &RayTable()
     return table;
 }
 
-/// A plane of 360 columns, one a ray, and a row a step outwards from the middle, with a margin all around.
+/// A plane of 360 columns, one per ray, and one row per step outwards from the middle, with a margin on all sides.
 class PolarPlane {
 public:
     explicit PolarPlane(int rows)
@@ -58,13 +58,13 @@ public:
     Step StepBytes() const { return m_step; }
     primitives::Size Size() const { return {kRays, m_rows}; }
 
-    /// Row 0, column 0 lie inside the margin.
+    /// Returns a sample; row 0, column 0 are inside the margin.
     Ipp16s *At(int ray, int row) const
     {
         return primitives::RowAt(m_block.get(), m_step, row + kMargin) + ray + kMargin;
     }
 
-    /// Fills the margin: the circle goes on at its other end, the rows repeat the outer ones.
+    /// Fills the margin: columns wrap around, rows repeat the outer ones.
     void Wrap() const
     {
         ippiCopy_16s_C1R(At(kRays - kMargin, 0), m_step, At(-kMargin, 0), m_step, {kMargin, m_rows});
@@ -82,7 +82,7 @@ private:
     std::unique_ptr<Ipp16s, void (*)(void *)> m_block;
 };
 
-/// Where the frame is sampled.
+/// Sampling positions in the frame.
 struct PolarGrid {
     explicit PolarGrid(const KImage &image)
         : middleX((image.width() - 1) / 2.0),
@@ -93,7 +93,7 @@ struct PolarGrid {
     {
     }
 
-    /// The last row of a ray within the frame.
+    /// Returns the last row of a ray within the frame.
     int LastRow(const Ray &ray) const
     {
         const double toSide = std::fabs(ray.x) > 1e-9 ? middleX / std::fabs(ray.x) : 1e18;
@@ -107,8 +107,8 @@ struct PolarGrid {
     int rows;
 };
 
-/// Brightness as a code. Its square root, so that the step from a dim picture to black weighs more than one between
-/// bright things in it. What is transparent is black, as is what isn't a number.
+/// Returns brightness as a code. It uses the square root, so that the step from a dim picture to black outweighs steps
+/// between bright objects. Transparent pixels and not-a-number are black.
 template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
 {
     const float luma = channels == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
@@ -121,7 +121,7 @@ float BrightnessOf(Ipp16s code)
     return static_cast<float>(code) * static_cast<float>(code);
 }
 
-/// Samples the frame along its rays; large steps are the mean of as many samples as they have pixels.
+/// Samples the frame along its rays; a large step averages as many samples as it has pixels.
 template <typename T> void SampleRays(const PixelSampler<T> &sampler, const PolarGrid &grid, const PolarPlane &polar)
 {
     const int samples = qMax(1, static_cast<int>(grid.stepPx + 0.5)), channels = sampler.Channels();
@@ -144,11 +144,11 @@ template <typename T> void SampleRays(const PixelSampler<T> &sampler, const Pola
     }
 }
 
-/// The frame in polar form without its noise, and the response to edges where it gets darker outwards.
+/// The denoised frame in polar form, and the response to edges where it gets darker outwards.
 struct PolarFrame {
     explicit PolarFrame(const KImage &image) : grid(image), codes(grid.rows), edges(grid.rows)
     {
-        PolarPlane &sampled = edges; // the plane is free until the end
+        PolarPlane &sampled = edges; // the plane is unused until the end
         WithSampler(image, [&](const auto &sampler) { SampleRays(sampler, grid, sampled); });
         sampled.Wrap();
         ippiFilterMedianCross_16s_C1R(sampled.At(0, 0), sampled.StepBytes(), codes.At(0, 0), codes.StepBytes(),
@@ -158,7 +158,7 @@ struct PolarFrame {
                                      edges.Size());
     }
 
-    /// The mean brightness of the rows [first, first + count) of a ray.
+    /// Returns the mean brightness of the rows [first, first + count) of a ray.
     float Brightness(int ray, int first, int count) const
     {
         float sum = 0;
@@ -172,9 +172,9 @@ struct PolarFrame {
     PolarPlane edges;
 };
 
-constexpr int kLevelRows = 4; // for the level on either side of an edge
+constexpr int kLevelRows = 4; // to measure the level on either side of an edge
 
-/// A quarter of the picture's usual brightness at the least radius: what is brighter lies inside the circle.
+/// Returns a quarter of the picture's typical brightness at the least radius: brighter samples lie inside the circle.
 float InsideLevel(const PolarFrame &frame)
 {
     const int row = static_cast<int>(kLeastRadius * frame.grid.smallerSide / frame.grid.stepPx);
@@ -185,7 +185,8 @@ float InsideLevel(const PolarFrame &frame)
     return qMax(levels[kRays / 2] / 4, kFullCode * kFullCode / 100);
 }
 
-/// The row, in fractions, in which the brightness of a ray crosses the middle of its levels beside an edge.
+/// Returns the fractional row at which a ray's brightness crosses the middle between the levels on both sides of an
+/// edge.
 double CrossingRow(const PolarFrame &frame, int ray, int edgeRow)
 {
     const float inside = frame.Brightness(ray, edgeRow - 2 - kLevelRows, kLevelRows);
@@ -198,12 +199,12 @@ double CrossingRow(const PolarFrame &frame, int ray, int edgeRow)
     return edgeRow;
 }
 
-/// Where along the rays an edge is looked for, in pixels.
+/// Range along the rays in which to look for an edge, in pixels.
 struct Reach {
     double first, last;
 };
 
-/// The strongest edge of each ray; or a place inside, at the frame's edge, for a ray that the frame cuts off.
+/// Returns the strongest edge of each ray, or a point inside, at the frame's edge, for a ray that the frame cuts off.
 QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 {
     const float insideLevel = InsideLevel(frame);
@@ -229,7 +230,7 @@ QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
 {
     constexpr RansacFisheye::Model kNone = {0, 0, 0};
-    constexpr int kLeastSide = 32; // of a frame whose edges could be told apart
+    constexpr int kLeastSide = 32; // smallest frame whose edges can be distinguished
     if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
     if (!std::isfinite(nominalRadius) || nominalRadius < 0)
@@ -278,7 +279,7 @@ void KImage::CleanFisheyeData(double radius, double offsetX, double offsetY)
     if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (!(radius > 0) || !std::isfinite(radius) || !std::isfinite(offsetX) || !std::isfinite(offsetY))
-        KThrow(kInvalidParameter); // a circle that wasn't found would take the whole picture
+        KThrow(kInvalidParameter); // without a circle the whole picture would be erased
     const double centerX = (width() - 1) / 2.0 + offsetX, centerY = (height() - 1) / 2.0 + offsetY;
     const size_t pixelBytes = m_bitmap->BytesPerPixel;
 #pragma omp parallel for schedule(static) num_threads(komp_num_threads)

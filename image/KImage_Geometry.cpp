@@ -66,8 +66,8 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
 
 // --- Automatic crop ---
 
-/// Where the valid area begins and ends: the first and last valid position of each row, and of each column, looked for
-/// up to the middle only. Without one the first is the middle, the last the position before it.
+/// Bounds of the valid area: the first and last valid position of each row and of each column, searched only up to the
+/// middle. Without one, the first is the middle and the last the position before it.
 struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
@@ -89,8 +89,8 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
         --right;
 }
 
-/// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes by rows and
-/// keeps the columns still open, since going by columns would fetch a cache line a pixel.
+/// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
+/// and keeps the columns still open, since going by columns would fetch one cache line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());
@@ -119,15 +119,14 @@ Outline FindOutline(const KImage &image)
     return outline;
 }
 
-/// What one pair of opposite sides leaves of an axis.
+/// The part of an axis that one pair of opposite sides leaves.
 struct Span {
     float first;
     float end;
 };
 
-/// The innermost of the ends of all lines, where a line close to the outer sides counts little: at distance d from them
-/// it can push an end inwards by no more than reach(d), for the corners may be cut off by the other pair of sides
-/// instead.
+/// Returns the innermost end over all lines, where lines close to the outer sides count less: at distance d from them a
+/// line can move an end inwards by at most reach(d), since the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.
 /// @param size             Length of a line.
@@ -140,7 +139,7 @@ Span InnermostEnds(const std::vector<int> &firstOf, const std::vector<int> &last
     for (int line = 0; line < lines; ++line) {
         const auto i = static_cast<size_t>(line);
         const float most = reach(static_cast<float>(line < lines / 2 ? line : lines - 1 - line));
-        // A line that is valid to its last pixel limits nothing.
+        // A line that is valid to its last pixel sets no limit.
         const float last = lastOf[i] == size - 1 ? length : static_cast<float>(lastOf[i]);
         span.first = qMax(span.first, qMin(static_cast<float>(firstOf[i]), most));
         span.end = qMin(span.end, qMax(last, length - most));

@@ -13,10 +13,10 @@
 
 namespace {
 
-bool s_startedAlone = false; // this copy of the module made its own objects and started the image-file layer
-bool s_ownsCache = false;    // as then, and on a host that shares none
+bool s_startedAlone = false; // this copy of the module created its own objects and started the image-file layer
+bool s_ownsCache = false;    // also on a host that shares none
 
-/// The tables of cameras and lenses: "Data:cameras.txt", "Data:lensid.txt".
+/// Registers the tables of cameras and lenses: "Data:cameras.txt", "Data:lensid.txt".
 void RegisterData()
 {
     const QString prefix = QStringLiteral("Data"), folder = QStringLiteral(":/Data");
@@ -45,12 +45,12 @@ void KImage::init(KImageInstances *instances)
 {
     if (s_startedAlone)
         return;
-    Q_INIT_RESOURCE(KImage); // a static library drops resources that nothing names
+    Q_INIT_RESOURCE(KImage); // a static library drops unreferenced resources
     RegisterData();
     ippInit();
     KTools::init(instances ? instances->tools : nullptr);
     if (instances) {
-        ImageDatas::settings = instances->settings; // the image-file layer is the host's to start
+        ImageDatas::settings = instances->settings; // the host starts the image-file layer
         if (instances->cache)
             KImageCache::SetInstance(instances->cache);
     } else {

@@ -23,13 +23,13 @@ void CheckForm(const KImage &image)
 
 // --- Sphere ---
 
-/// The circle of a frame, and half the angle that it spans.
+/// The circle of a frame, and half of its field angle.
 struct FisheyeCircle {
     double radius, offsetX, offsetY;
     double halfAngleRad;
 };
 
-/// From directions to positions in an equidistant fisheye frame: the distance from the circle's centre is proportional
+/// Maps directions to positions in an equidistant fisheye frame: the distance from the circle's center is proportional
 /// to the angle from the axis.
 class EquidistantLens {
 public:
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    /// Not-a-number for a direction that the lens doesn't see. x to the right, y up, z along the axis.
+    /// Returns not-a-number for a direction outside the lens's view. x to the right, y up, z along the axis.
     Position Of(float x, float y, float z) const
     {
         const float fromAxis = std::sqrt(x * x + y * y), angle = atan2f(fromAxis, z);
@@ -93,7 +93,7 @@ void ProjectToSphere(const KImage &frame, const FisheyeCircle &circle, int width
 
 // --- Radial model ---
 
-/// scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a centre, forwards or back.
+/// Maps by scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, forward or inverse.
 class RadialModel {
 public:
     RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isBack)
@@ -108,7 +108,7 @@ public:
     {
     }
 
-    /// Not-a-number where the model has no way back.
+    /// Returns not-a-number where the model has no inverse.
     Position Of(float x, float y) const
     {
         const float dx = x - m_center.x, dy = y - m_center.y, r = std::sqrt(dx * dx + dy * dy) / m_unitPx;
@@ -120,8 +120,8 @@ public:
 private:
     double Factor(double r2) const { return 1 + r2 * (m_k1 + r2 * (m_k2 + r2 * m_k3)); }
 
-    /// The factor at the radius r that leads to @p radius, by Newton's method from there. Beyond a fold of the model it
-    /// finds radii that belong to other places, or negative ones: they don't count.
+    /// Returns the factor at the radius r that maps to @p radius, by Newton's method from there. Beyond a fold of the
+    /// model it finds radii of other places, or negative ones: they don't count.
     float FactorBack(float radius) const
     {
         double r = static_cast<double>(radius);
@@ -171,16 +171,16 @@ bool AllFinite(std::initializer_list<float> values)
 
 // --- Discs ---
 
-/// Blends a pixel's channels towards a colour of 0 to 1, grey by its luma.
+/// Blends a pixel's channels towards a color of 0 to 1, gray by its luma.
 template <typename T> void PaintPixel(unsigned char *pixel, int channels, const float rgba[4], float share)
 {
     const float luma = 0.299f * rgba[0] + 0.587f * rgba[1] + 0.114f * rgba[2];
     for (int c = 0; c < channels; ++c) {
         unsigned char *at = pixel + size_t(c) * sizeof(T);
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
-        // Paint makes what it covers as opaque as it is itself.
+        // Paint raises the opacity of covered pixels to its own.
         const float wanted = c == 3 ? full : full * (channels == 1 ? luma : rgba[c]);
-        StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // whatever was there
+        StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // overwrites even not-a-number
     }
 }
 
@@ -219,14 +219,14 @@ void KImage::PutPoint(float x, float y, float radius, int color)
     const auto put = bitsPerComponent() == 8 ? PaintPixel<quint8>
         : bitsPerComponent() == 16           ? PaintPixel<quint16>
                                              : PaintPixel<float>;
-    // Limited before they become whole numbers.
+    // Clamp before the conversion to integers.
     const auto within = [](float value, int size) {
         return static_cast<int>(qBound(0.0, static_cast<double>(value), static_cast<double>(size)));
     };
     for (int row = within(y - radius, height()); row < within(y + radius + 2, height()); ++row) {
         for (int column = within(x - radius, width()); column < within(x + radius + 2, width()); ++column) {
             const float distance = std::hypot(static_cast<float>(column) - x, static_cast<float>(row) - y);
-            const float cover = qBound(0.0f, radius + 0.5f - distance, 1.0f); // the edge is a pixel wide
+            const float cover = qBound(0.0f, radius + 0.5f - distance, 1.0f); // antialiased: the edge is one pixel wide
             if (cover > 0)
                 put(getData(column, row), m_bitmap->ComponentsPerPixel, rgba, cover * rgba[3]);
         }

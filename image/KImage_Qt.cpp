@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Between the bytes B, G, R, A of a QImage's pixel and R, G, B, A; its own inverse.
+/// Swaps between the bytes B, G, R, A of a QImage's pixel and R, G, B, A; its own inverse.
 constexpr int kSwapRedAndBlue[] = {2, 1, 0, 3};
 
 } // namespace
@@ -36,7 +36,7 @@ void KImage::ToQImage(QImage &image)
         return;
     uchar *bits = image.bits();
     KImage wrapped(width(), height(), GFL_RGBA, 8, /*clear=*/false, bits, image.bytesPerLine());
-    Convert(wrapped, GFL_RGBA, 8); // into the block, which has the shape already
+    Convert(wrapped, GFL_RGBA, 8); // into the block, which already has this shape
     ippiSwapChannels_8u_C4IR(bits, image.bytesPerLine(), {width(), height()}, kSwapRedAndBlue);
 }
 

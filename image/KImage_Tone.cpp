@@ -22,7 +22,7 @@ namespace {
 
 // --- Histograms ---
 
-/// Gives @p target the source's form at 8 bits and calls change(source). Forms that have no such change are only
+/// Gives @p target the source's form at 8 bits and calls change(source). Forms without such a change are only
 /// converted.
 template <typename Change> void ChangeColors8(const KImage &source, KImage &target, Change change)
 {
@@ -55,7 +55,7 @@ Table8 EqualizingTable(const KImage &image)
         }
     }
     const qint64 all = qint64(image.width()) * image.height() * 3;
-    qint64 lowest = 0, sum = 0; // samples of the lowest value, and up to a value
+    qint64 lowest = 0, sum = 0; // counts of samples: of the lowest value, and up to the current one
     Table8 table;
     for (int v = 0; v < 256; ++v) {
         sum += counts[static_cast<size_t>(v)];
@@ -63,7 +63,7 @@ Table8 EqualizingTable(const KImage &image)
         table[static_cast<size_t>(v)] = all > lowest && sum > 0
             ? static_cast<Ipp8u>(
                 std::lround(255.0 * static_cast<double>(sum - lowest) / static_cast<double>(all - lowest)))
-            : static_cast<Ipp8u>(v); // a flat picture stays as it is
+            : static_cast<Ipp8u>(v); // a flat picture stays unchanged
     }
     return table;
 }
@@ -76,7 +76,7 @@ void CheckIsFloat(const KImage &image)
         KThrow(kInvalidBitmap);
 }
 
-/// Calls use(pixel, colorChannels) for the pixels of a float image, which it may change.
+/// Calls use(pixel, colorChannels) for each pixel of a float image; it may change the pixel.
 template <typename Use> void ForFloatPixels(KImage &image, Use use)
 {
     const int channels = image.m_bitmap->ComponentsPerPixel, colors = qMin(channels, 3);
@@ -97,12 +97,12 @@ float Luma(const float *pixel, int colors)
     return colors == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];
 }
 
-/// Where the range of an image begins, and its length.
+/// Start and length of an image's range.
 struct Range {
     float minimum;
     float length;
 
-    /// A sample within the range, from its beginning. Not-a-number counts as the beginning.
+    /// Clamps a sample to the range, relative to its start. Not-a-number counts as the start.
     float Within(float value) const { return value > minimum ? qMin(value - minimum, length) : 0.0f; }
 };
 
@@ -123,7 +123,7 @@ void NormalizeLogarithmically(KImage &image, Range range)
     });
 }
 
-/// exp(mean(log(luma))) of the visible pixels; black ones count as a millionth of the range.
+/// Returns exp(mean(log(luma))) of the visible pixels; black ones count as a millionth of the range.
 double LogarithmicMean(KImage &image, Range range)
 {
     double sum = 0;
@@ -156,7 +156,7 @@ void NormalizeWithShoulder(KImage &image, Range range)
 constexpr void (*kNormalizers[])(KImage &, Range) = {NormalizeLinearly, NormalizeLogarithmically,
                                                      NormalizeWithShoulder};
 
-// --- Colour ---
+// --- Color ---
 
 struct Adjustment {
     float brightness, contrast, saturation;
@@ -176,15 +176,15 @@ struct Adjustment {
     bool IsNeutral() const { return brightness == 1 && contrast == 1 && saturation == 1; }
 };
 
-/// Hue and saturation as 8-bit HSV has them.
+/// Hue and saturation as in 8-bit HSV.
 struct Tint {
     Ipp8u hue, saturation;
 };
 
-/// The tint of each value: the straight way between two points of the colour wheel, whose middle is grey.
+/// Returns the tint of each value: the straight line between two points of the color wheel, whose center is gray.
 std::array<Tint, 256> TintTable(const QColor &shadows, const QColor &lights)
 {
-    const auto onWheel = [](const QColor &color) { // grey has no hue, but no saturation either
+    const auto onWheel = [](const QColor &color) { // gray has no hue, but also no saturation
         return std::polar(color.hsvSaturationF(), 2 * M_PI * color.hsvHueF());
     };
     const std::complex<double> from = onWheel(shadows), to = onWheel(lights);
@@ -230,7 +230,7 @@ void KImage::HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) con
     float least = INFINITY, most = -INFINITY, pixel[4];
     for (int y = 0; y < height(); ++y) {
         for (int x = 0; x < width(); ++x) {
-            std::memcpy(pixel, getData(x, y), size_t(channels) * sizeof(float)); // a wrapped row may start anywhere
+            std::memcpy(pixel, getData(x, y), size_t(channels) * sizeof(float)); // a wrapped row may be unaligned
             for (int c = 0; c < qMin(channels, 3) && (!onlyVisible || IsVisible(pixel, *this)); ++c) {
                 least = std::isfinite(pixel[c]) ? qMin(least, pixel[c]) : least;
                 most = std::isfinite(pixel[c]) ? qMax(most, pixel[c]) : most;
@@ -250,7 +250,7 @@ void KImage::HDR_Normalize(float minimum, float maximum, int mode)
         KThrow(kInvalidParameter);
     constexpr float kLongest = std::numeric_limits<float>::max();
     const Range range = {minimum, qMin(maximum - minimum, kLongest)};
-    constexpr float kShortest = 1e-30f; // of a range that is not flat, so that no scale overflows
+    constexpr float kShortest = 1e-30f; // of a non-flat range, so that no scale overflows
     if (range.length > kShortest) {
         kNormalizers[mode](*this, range);
     } else {

@@ -1,4 +1,4 @@
-// What the sources of KImage share: the three messages, and the test of a pixel form.
+// Shared by the sources of KImage: the three messages, and tests of a pixel form.
 #pragma once
 
 #include "KImage.h"
@@ -7,7 +7,7 @@ constexpr char kInvalidBitmap[] = "Invalid Bitmap";
 constexpr char kInvalidParameter[] = "Invalid Parameter";
 constexpr char kNotEnoughMemory[] = "Not enough memory";
 
-/// Whether a type is one of the three working forms, and a depth one of the three depths.
+/// Returns whether a type is one of the three working forms, and a depth one of the three depths.
 constexpr bool IsWorkingType(int type)
 {
     return type == GFL_GREY || type == GFL_RGB || type == GFL_RGBA;
@@ -17,27 +17,27 @@ constexpr bool IsWorkingDepth(int bitsPerComponent)
     return bitsPerComponent == 8 || bitsPerComponent == 16 || bitsPerComponent == 32;
 }
 
-/// Whether an image has no pixels: no record, or one whose block could not be had.
+/// Returns whether an image has no pixels: no record, or one whose allocation failed.
 inline bool IsEmpty(const KImage &image)
 {
     return !image.m_bitmap || !image.m_bitmap->Data;
 }
 
-/// Whether an image has pixels, in one of the nine working forms.
+/// Returns whether an image has pixels in one of the nine working forms.
 inline bool HasWorkingPixels(const KImage &image)
 {
     return !IsEmpty(image) && image.width() > 0 && image.height() > 0 && IsWorkingType(image.type())
         && IsWorkingDepth(image.bitsPerComponent());
 }
 
-/// Whether AllocBitmap with these arguments would keep the record's block.
+/// Returns whether AllocBitmap with these arguments would keep the record's block.
 inline bool HasShape(const GFL_BITMAP &bitmap, int width, int height, int type, int bitsPerComponent)
 {
     return bitmap.Data && bitmap.Width == width && bitmap.Height == height && bitmap.Type == type
         && bitmap.BitsPerComponent == bitsPerComponent;
 }
 
-/// A loader's information record for the length of a scope.
+/// A loader's information record, freed when the scope ends.
 struct FileInformation : GFL_FILE_INFORMATION {
     FileInformation() : GFL_FILE_INFORMATION() { }
     ~FileInformation() { gflFreeFileInformation(this); }
@@ -45,11 +45,11 @@ struct FileInformation : GFL_FILE_INFORMATION {
     FileInformation &operator=(const FileInformation &) = delete;
 };
 
-/// Whether @p name ends with @p extension; letters of ASCII count as one in both cases unless @p caseSensitive.
+/// Returns whether @p name ends with @p extension; ignores the case of ASCII letters unless @p caseSensitive.
 bool IsExtention(const std::string &name, const std::string &extension, bool caseSensitive);
 
-/// The allocator that the image module hands to the image-file layer: each side frees what the other made. The last
-/// argument is a tag for a debugging allocator and is ignored.
+/// The allocator that the image module passes to the image-file layer, so that each side frees what the other
+/// allocated. The last argument is a tag for a debugging allocator and is ignored.
 void *alloc_callback(unsigned long size, void *userData);
 void *realloc_callback(void *pointer, unsigned long size, void *userData);
 void free_callback(void *pointer, void *userData);

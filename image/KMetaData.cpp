@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A cleared array in memory of the image-file layer, null if there is none to be had or no 32-bit size holds it.
+/// Allocates a zeroed array in the image-file layer's memory; null if that fails or the size doesn't fit 32 bits.
 template <typename T> T *NewCleared(quint64 count = 1)
 {
     const quint64 bytes = count * sizeof(T); // count comes from 32 bits: cannot overflow
@@ -28,7 +28,7 @@ quint8 *CopyOfBytes(const void *bytes, quint32 length)
     return copy;
 }
 
-/// Of the records that are nothing but bytes and their length.
+/// For records that consist only of bytes and their length.
 template <typename Record> Record *CopyOfBlock(const Record *source, void (*release)(Record *))
 {
     auto *copy = NewCleared<Record>();
@@ -96,7 +96,7 @@ GFL_EXIF_DATAEX *Copy(const GFL_EXIF_DATAEX *source)
     return copy;
 }
 
-/// Copies before it frees: the source may be the very block that is replaced.
+/// Copies before it frees: the source may be the replaced block itself.
 template <typename Block> void Replace(Block *&held, const Block *source, void (*release)(Block *))
 {
     Block *copy = source ? Copy(source) : nullptr;

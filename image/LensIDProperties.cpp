@@ -4,11 +4,11 @@
 
 namespace {
 
-/// The cell as a number, cut to its whole part; 0 for what is none.
+/// Returns the cell's number without its fraction; 0 if it isn't a number.
 int WholeNumber(const QStringRef &cell)
 {
     const float number = cell.toFloat();
-    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // false for what isn't a number, too
+    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // false for not-a-number, too
 }
 
 } // namespace

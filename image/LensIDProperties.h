@@ -1,4 +1,4 @@
-// The table of lenses: what a lens identifier of Nikon's or Canon's stands for.
+// The table of lenses: names and types of Nikon and Canon lens identifiers.
 #pragma once
 
 #include <QMutex>
@@ -8,7 +8,7 @@
 
 #include <atomic>
 
-/// Rows come from "Data:lensid.txt", which tells its own format. The table is read once and never changes afterwards:
+/// Rows come from "Data:lensid.txt", which documents its format. The table is read once and never changes afterwards:
 /// any thread may look up.
 class LensIDProperties : public QObject {
 public:
@@ -19,24 +19,24 @@ public:
         int type = 0; // 0 standard, 1 fisheye, 2 tilt/shift
     };
 
-    /// Empty, and not read yet.
+    /// Creates an empty table, not read yet.
     LensIDProperties();
-    /// The table as @p other has it now.
+    /// Copies the current table of @p other.
     LensIDProperties(const LensIDProperties &other);
 
-    /// To be called before the first look-up. A table that can't be opened stays empty.
+    /// Reads the table; call it before the first look-up. A file that can't be opened leaves it empty.
     void Initialize();
 
-    /// The rows, in the table's order, whose brand @p make contains and whose identifier contains @p lensId, in any
-    /// case. So an empty @p lensId gives all of the brand.
+    /// Returns the rows, in the table's order, whose brand occurs in @p make and whose identifier contains @p lensId,
+    /// ignoring case. An empty @p lensId gives all lenses of the brand.
     QVector<LensDefinition> findLenses(QString make, QString lensId);
-    /// Their long names.
+    /// Returns their long names.
     QStringList findLensList(QString make, QString lensId);
-    /// The type of the one row that fits; -1 if none fits or several do.
+    /// Returns the type of the only matching row; -1 if none or several match.
     int isFisheyLens(QString make, QString lensId);
 
 private:
     std::atomic<bool> m_initialized{false};
-    QMutex m_mutex; // of the reading
+    QMutex m_mutex; // guards the reading
     QVector<LensDefinition> m_lenses;
 };

@@ -1,4 +1,4 @@
-// Walking two images together in runs: stretches of one row that are short enough for the first cache.
+// Iterates over two images in runs: parts of one row that fit the first-level cache.
 #pragma once
 
 #include "KImage_p.h"
@@ -8,27 +8,27 @@
 constexpr int kRunPixels = 512;
 constexpr int kMaxBytesPerPixel = 16;
 
-/// One run's block between two steps, or beside an image's rows.
+/// Block of one run between two steps, or for aligned copies of an image's rows.
 struct alignas(64) RunBlock {
     unsigned char bytes[kRunPixels * kMaxBytesPerPixel];
 };
 
-/// Whether a pixel may be read and written as a number: a wrapped block may have any stride.
+/// Returns whether a pixel may be accessed as a number: a wrapped block may have any stride.
 inline bool IsAligned(const KImage &image, const void *pixel)
 {
     const int bytesPerComponent = qMax(1, image.bitsPerComponent() >> 3);
     return reinterpret_cast<quintptr>(pixel) % static_cast<quintptr>(bytesPerComponent) == 0;
 }
 
-/// The same of all rows.
+/// Returns the same for all rows.
 inline bool HasAlignedRows(const KImage &image)
 {
     return IsAligned(image, image.getData(0, 0)) && IsAligned(image, image.getData(0, 1));
 }
 
 /// Calls run(src, dst, pixels) for the runs of the rectangle at (x, y) of @p source and at (targetX, targetY) of @p
-/// target, both within their images. Where rows are not aligned to components the run gets aligned copies, and what it
-/// leaves in the target's is written back.
+/// target, both within their images. If rows are not aligned to components, the run gets aligned copies, and the
+/// target's copy is written back.
 template <typename Run>
 void ForRuns(const KImage &source, int x, int y, int width, int height, KImage &target, int targetX, int targetY,
              Run run)

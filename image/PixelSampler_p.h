@@ -1,4 +1,4 @@
-// Positions between the pixels of an image, read bilinearly at any depth; for remapping and for measuring.
+// Bilinear sampling between the pixels of an image at any depth, for remapping and measuring.
 #pragma once
 
 #include "KImage_p.h"
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstring>
 
-/// One component of a pixel, at any alignment: a wrapped block may have any stride.
+/// Reads one component of a pixel, at any alignment: a wrapped block may have any stride.
 template <typename T> float LoadComponent(const unsigned char *at)
 {
     T value;
@@ -20,12 +20,12 @@ template <typename T> void StoreComponent(unsigned char *at, float value)
     std::memcpy(at, &stored, sizeof(T));
 }
 
-/// What stands for 1.0 in a depth.
+/// The value of 1.0 in a depth.
 template <typename T>
 constexpr float kFullValue = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 
-/// The samples of an image of components @p T. Pixel centres are at whole numbers; the outer half of an edge's pixels
-/// counts as the edge. Lives no longer than the image's pixels.
+/// Samples an image with components @p T. Pixel centers are at integers; the outer half of the edge pixels repeats the
+/// edge. Must not outlive the image's pixels.
 template <typename T> class PixelSampler {
 public:
     using Component = T;
@@ -37,13 +37,14 @@ public:
 
     int Channels() const { return m_image.m_bitmap->ComponentsPerPixel; }
 
-    /// Not-a-number is nowhere.
+    /// Returns whether a position is inside; not-a-number is not.
     bool Contains(float x, float y) const
     {
         return x >= -0.5f && y >= -0.5f && x <= m_right + 0.5f && y <= m_bottom + 0.5f;
     }
 
-    /// The channels [first, end) at a position, in @p values from 0 on; positions outside count as the nearest inside.
+    /// Reads the channels [first, end) at a position into @p values, from 0 on; positions outside count as the nearest
+    /// inside.
     void Read(float x, float y, int first, int end, float *values) const
     {
         const float left = qBound(0.0f, x, m_right), top = qBound(0.0f, y, m_bottom);
@@ -60,7 +61,7 @@ public:
     }
 
 private:
-    /// The nearest float, but none above: floats count only to 2^24 one by one.
+    /// Returns the nearest float not above @p position: floats represent all integers only up to 2^24.
     static float NotAbove(int position)
     {
         const auto nearest = static_cast<float>(position);
@@ -72,7 +73,7 @@ private:
     float m_bottom;
 };
 
-/// Calls use(sampler) with the sampler of an image's depth.
+/// Calls use(sampler) with the sampler for an image's depth.
 template <typename Use> void WithSampler(const KImage &image, Use use)
 {
     if (image.bitsPerComponent() == 8)

@@ -1,21 +1,21 @@
-// What the camera told about the shot: the record that an image's EXIF is read into.
+// The camera's data about the shot, read from an image's EXIF.
 #pragma once
 
 #include <QString>
 
-/// Bytes that a text holds on the heap: two a character of its capacity, 0 for one without storage.
+/// Returns the bytes of a text on the heap: two per character of its capacity, 0 without storage.
 inline qint64 TextBytes(const QString &text)
 {
     return 2 * static_cast<qint64>(text.capacity());
 }
 
-/// A plain value. Fields stand in the order that hosts share; what is unknown keeps the value given here.
+/// A plain value. The order of the fields is shared with hosts; unknown fields keep the values given here.
 struct ShootingInformation {
     static constexpr double kUnknownPlace = -9999.0; // of the four gps numbers
 
     QString makerName;
     QString modelName;
-    double focalRatio = 0.0;   // 35 mm focal length over real focal length; infinite where a file tells only the former
+    double focalRatio = 0.0;   // 35 mm focal length over real focal length; infinite if a file has only the former
     double focal35mm = 0.0;    // 35 mm equivalent, in mm
     double distortionK1 = 0.0; // radial coefficients; only settings fill them
     double distortionK2 = 0.0;
@@ -23,14 +23,14 @@ struct ShootingInformation {
     double exposureTime = 0.0; // seconds
     double fNumber = 0.0;
     int isoSpeed = 0;
-    int orientation = 0; // 1 to 8 as EXIF numbers them, 0: not told
+    int orientation = 0; // 1 to 8 as in EXIF, 0: unknown
     float exposureBias = 0.0F;
     double exposureValue = 0.0; // natural logarithm of fNumber^2 / exposureTime
-    qint64 timestamp = 0;       // seconds since the epoch, the camera's clock taken as local time
-    int validWidth = 0;         // pixels, as the camera told them
+    qint64 timestamp = 0;       // seconds since the epoch, taking the camera's clock as local time
+    int validWidth = 0;         // pixels, as given by the camera
     int validHeight = 0;
-    QString lensId;        // as the table of lenses has it: "10 22 235"
-    double fovFirst = 0.0; // degrees, out of a comment "FOV: 73.7 x 53.1 ~ 84.0"
+    QString lensId;        // as in the table of lenses: "10 22 235"
+    double fovFirst = 0.0; // degrees, from a comment "FOV: 73.7 x 53.1 ~ 84.0"
     double fovSecond = 0.0;
     double fovThird = 0.0;
     double gpsLatitude = kUnknownPlace; // degrees, without sign: see the Refs
@@ -40,14 +40,14 @@ struct ShootingInformation {
     QString gpsLatitudeRef = QStringLiteral("North");
     QString gpsLongitudeRef = QStringLiteral("East");
     QString gpsDirectionRef;
-    double zenithSecond = 0.0; // of an entry "ZenithEs"
+    double zenithSecond = 0.0; // from an entry "ZenithEs"
     double zenithFirst = 0.0;
     QString software; // empty without a private record
-    // Of the private record, tag 65535.
-    quint8 privateKind = 0; // 0: there is none
+    // From the private record, tag 65535.
+    quint8 privateKind = 0; // 0: none
     quint8 privateSubKind = 0;
     quint8 privateData[32] = {};
 
-    /// Bytes held: a fixed part and the texts, software left out.
+    /// Returns the bytes held: a fixed part and the texts, without software.
     qint64 memSize() const;
 };

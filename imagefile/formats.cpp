@@ -20,8 +20,8 @@ struct Row {
     const Codec &(*codec)();
 };
 
-// In the order of the format indexes, which are only valid within one process. A format is added by its row here; raw
-// files stand first because some begin as TIFF.
+// In the order of the format indexes, which are valid only within one process. To add a format, add its row here;
+// camera raw comes first because some raw files begin like a TIFF.
 constexpr Row kRows[] = {
     {{"raw", "Camera raw",
       ".3fr .arw .bay .cap .cr2 .cr3 .crw .dcr .dcs .dng .erf .fff .iiq .k25 .kdc .mef .mos .mrw .nef .nrw .orf .pef "
@@ -45,7 +45,7 @@ const Row *RowAt(std::int32_t index)
     return index >= 0 && index < static_cast<std::int32_t>(std::size(kRows)) ? &kRows[index] : nullptr;
 }
 
-// "tiff, jpeg"
+// Returns "tiff, jpeg".
 std::string KnownFormats()
 {
     std::string names;

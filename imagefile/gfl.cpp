@@ -19,7 +19,7 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from here on artefacts are hard to see
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: artifacts are hard to see from here on
 constexpr int kMaxThreads = 64;
 
 std::atomic<bool> lzwAllowed{false};
@@ -31,7 +31,7 @@ int SaveThreads()
     return std::clamp(threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency()), 1, kMaxThreads);
 }
 
-// A file that was recognised: its bytes, format and headers.
+// A recognized file: its bytes, format and headers.
 struct OpenFile {
     const Codec *codec = nullptr;
     GFL_FILE_INFORMATION info = {};
@@ -54,7 +54,7 @@ Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitm
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
-/// Reads a file into one of the two row sinks that end as a bitmap. @p decode asks the codec for the rows.
+/// Reads a file into one of the two row sinks that end as a bitmap. @p decode makes the codec pass on the rows.
 template <class Rows, class Decode>
 Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows, Decode decode, GFL_BITMAP **bitmap,
                 GFL_FILE_INFORMATION *info)
@@ -115,14 +115,14 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     return Status::Ok();
 }
 
-/// Whether an ICC profile can belong to these pixels. Inks and Lab are delivered as RGB, and grey may have been
-/// widened: the profile of the source would then make viewers show wrong colours, or refuse the file. Its colour space
-/// stands in bytes 16 to 19 (ICC.1:2010, 7.2.6).
+/// Returns whether an ICC profile can belong to these pixels. Inks and Lab are delivered as RGB, and gray may have been
+/// expanded: with the source's profile viewers would then show wrong colors, or reject the file. The profile's color
+/// space is in bytes 16 to 19 (ICC.1:2010, 7.2.6).
 bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
 {
     constexpr std::size_t kAt = 16, kLength = 4;
     if (icc.size() < kAt + kLength)
-        return true; // nothing is known of it
+        return true; // nothing is known about it
     const std::string space(icc.begin() + kAt, icc.begin() + kAt + kLength);
     if (bitmap.Type == GFL_GREY)
         return space != "RGB " && space != "CMYK" && space != "Lab ";
@@ -161,7 +161,7 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
-/// @p rows makes the pixels; null where the bitmap has them.
+/// @p rows makes the pixels; null if the bitmap has them.
 Status Save(const char *path, const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
     if (Status status = CheckSave(bitmap, rows, params); !status)
@@ -223,7 +223,7 @@ void gflGetDefaultLoadParams(GFL_LOAD_PARAMS *params)
     params->ColorModel = GFL_RGB;
     params->DefaultAlpha = 255;
     params->RawUseCameraBalance = 1;
-    params->RawGamma = 2.2f; // as screens show it
+    params->RawGamma = 2.2f; // typical for screens
     params->RawBrightness = params->RawRedScaling = params->RawBlueScaling = 1.0f;
 }
 

@@ -1,4 +1,4 @@
-// gflChangeColorDepth: other forms and fewer colours for bitmaps of 8 bits.
+// gflChangeColorDepth: other forms and fewer colors for 8-bit bitmaps.
 #include "gfl.h"
 
 #include "core/guard.h"
@@ -11,11 +11,11 @@ using namespace imagefile;
 
 namespace {
 
-constexpr int kMiddle = 128; // the luma from which on half a picture is white
+constexpr int kMiddle = 128; // the luma from which on black-and-white is white
 
 using Table = std::array<std::uint8_t, 256>; // new value by old one
 
-/// What a mode does: another form, then other values of the colours.
+/// Result of a mode: another form, then other color values.
 struct Change {
     int channels; // of the form
     bool usesTable;
@@ -30,7 +30,7 @@ Table BlackOrWhite(int whiteFrom)
     return table;
 }
 
-// Evenly spread, darkest and lightest included; each value goes to the nearest.
+// Returns evenly spaced levels, including darkest and lightest; each value maps to the nearest.
 Table Levels(int count)
 {
     Table table = {};
@@ -70,7 +70,7 @@ Status ChooseChange(int channels, int mode, int parameters, Change *change)
     return Status::Fail(GFL_ERROR_BAD_PARAMETERS, Text("there is no change of colours %d with %d", mode, parameters));
 }
 
-/// Gives the record pixels of another form. It keeps everything that isn't of the form.
+/// Converts the record's pixels to another form. Keeps everything else.
 Status ChangeForm(GFL_BITMAP *bitmap, int channels)
 {
     const PixelForm from = {8, ChannelsOfType(bitmap->Type)}, to = {8, channels};

@@ -23,7 +23,7 @@ bool HasExif(const Metadata &metadata)
     return std::any_of(metadata.exif.begin(), metadata.exif.end(), IsCarried);
 }
 
-// Of the two records that are bytes and their length.
+// For the two records that consist of bytes and their length.
 template <class Block> Block *BytesBlock(const Bytes &bytes, void (*freeBlock)(Block *))
 {
     if (bytes.empty())
@@ -59,14 +59,14 @@ GFL_EXIF_DATAEX *ExifRawBlock(const Metadata &metadata)
     return ExifRawList(metadata.exif);
 }
 
-/// A block of a bitmap by one of the functions above.
+/// Returns a block of a bitmap, using one of the functions above.
 template <class Block> Block *OfBitmap(const GFL_BITMAP *bitmap, Block *(*block)(const Metadata &))
 {
     const Metadata *metadata = MetadataOf(bitmap);
     return metadata ? GuardedValue([&] { return block(*metadata); }) : nullptr;
 }
 
-/// A block of a file by one of the functions above. Only the file's metadata is looked at.
+/// Returns a block of a file, using one of the functions above. Only reads the file's metadata.
 template <class Block> Block *OfFile(const char *path, Block *(*block)(const Metadata &))
 {
     Block *result = nullptr;
@@ -99,7 +99,7 @@ template <class Block> void FreeBytes(Block *block)
     Release(block);
 }
 
-// Of the two records that are lists of names and values.
+// For the two records that are lists of names and values.
 template <class Block> void FreeItems(Block *block)
 {
     for (std::uint32_t i = 0; block && i < block->NumberOfItems; ++i) {

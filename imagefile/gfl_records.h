@@ -1,4 +1,4 @@
-// The records and numbers that cross the face of the image-file layer; gfl.h, which includes this, has the functions.
+// Records and constants of the image-file layer's interface; gfl.h, which includes this, has the functions.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ enum GflError : std::uint16_t {
     GFL_ERROR_BAD_PARAMETERS = 50,
 };
 
-/// Pixel forms, values of GFL_BITMAP::Type. The layer delivers and takes the last three; channels are interleaved.
+/// Pixel forms, values of GFL_BITMAP::Type. The layer delivers and accepts the last three; channels are interleaved.
 enum GflType : std::uint16_t {
     GFL_BINARY = 1,
     GFL_GREY = 2,
@@ -47,7 +47,7 @@ struct GFL_BITMAP {
     std::uint8_t *ColorMap; // 1,024 bytes, or null
     std::uint8_t *Data;
     char *Comment;
-    void *MetaData; // the blocks read with or attached to the picture; only the gflBitmap* functions look inside
+    void *MetaData; // blocks read with or attached to the picture; only the gflBitmap* functions access them
     std::int32_t XOffset;
     std::int32_t YOffset;
     char *Name;
@@ -57,9 +57,9 @@ static_assert(sizeof(GFL_BITMAP) == 88 && offsetof(GFL_BITMAP, Data) == 48, "lay
 /// Bits of GFL_LOAD_PARAMS::Flags.
 enum GflLoadFlag : std::uint32_t {
     GFL_LOAD_FORCE_COLOR_MODEL = 0x0010, // deliver the form of ColorModel
-    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's own depth; without it everything becomes 8 bits
+    GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's depth; without it everything becomes 8 bits
     GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
-    GFL_LOAD_FULL = 0x8000,              // set on every full read; changes nothing
+    GFL_LOAD_FULL = 0x8000,              // set on every full read; has no effect
 };
 
 struct GFL_LOAD_PARAMS {
@@ -87,7 +87,7 @@ enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
 };
 
-/// GFL_SAVE_PARAMS::Compression: the format's own default (TIFF: none).
+/// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 
 /// Numbers of Compression by format:
@@ -106,17 +106,16 @@ struct GFL_SAVE_PARAMS {
 static_assert(offsetof(GFL_SAVE_PARAMS, Compression) == 8 && offsetof(GFL_SAVE_PARAMS, Quality) == 10,
               "layout shared with hosts");
 
-/// Modes of gflChangeColorDepth, with what its last argument then means.
+/// Modes of gflChangeColorDepth, with the meaning of its last argument.
 enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_GREY = 1,            // GFL_GREY: luma of ITU-R BT.601
-    GFL_DEPTH_RGB = 2,             // GFL_RGB: opacity is left out
-    GFL_DEPTH_RGBA = 3,            // GFL_RGBA: opacity that is new is full
-    GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; the luma, 1 to 255, from which on it is white; 0: 128
-    GFL_DEPTH_LEVELS = 5,          // the form stays; how many values each colour may take, 2 to 256, evenly spread
+    GFL_DEPTH_RGB = 2,             // GFL_RGB: drops opacity
+    GFL_DEPTH_RGBA = 3,            // GFL_RGBA: new opacity is full
+    GFL_DEPTH_BLACK_AND_WHITE = 4, // GFL_GREY of 0 and 255; white from this luma on, 1 to 255; 0: 128
+    GFL_DEPTH_LEVELS = 5,          // keeps the form; number of values per color, 2 to 256, evenly spread
 };
 
-/// How a file stores colour, values of GFL_FILE_INFORMATION::ColorModel. The numbers of CMYK and Lab are known to
-/// hosts.
+/// How a file stores color, values of GFL_FILE_INFORMATION::ColorModel. Hosts know the numbers of CMYK and Lab.
 enum GflColorModel : std::uint16_t {
     GFL_CM_RGB = 0,
     GFL_CM_GREY = 1,
@@ -127,9 +126,9 @@ enum GflColorModel : std::uint16_t {
     GFL_CM_LAB = 6,
 };
 
-/// What is known of a file without its pixels. Texts are zero-terminated ASCII.
+/// Description of a file without its pixels. Texts are zero-terminated ASCII.
 struct GFL_FILE_INFORMATION {
-    char FormatName[8];   // as gflGetFormatIndexByName takes it
+    char FormatName[8];   // for gflGetFormatIndexByName
     char Description[64]; // "TIFF", "TIFF tiled", "JPEG progressive", "PSD LAB", "JPEG CMYK" ...
     std::int32_t FormatIndex;
     std::int32_t Width;
@@ -157,7 +156,7 @@ struct GFL_XMP_DATA {
 };
 static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
 
-/// Bit of GFL_IPTC_ENTRY::Id: Value holds the bytes as hexadecimal digits, because a zero byte is among them.
+/// Bit of GFL_IPTC_ENTRY::Id: Value holds hexadecimal digits, because the bytes contain a zero.
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {
@@ -167,14 +166,14 @@ struct GFL_IPTC_ENTRY {
 };
 static_assert(sizeof(GFL_IPTC_ENTRY) == 24 && offsetof(GFL_IPTC_ENTRY, Name) == 8, "layout shared with hosts");
 
-/// The IPTC data sets of a picture in file order. Setting the block on a bitmap gives the same bytes again.
+/// The IPTC data sets of a picture in file order. Setting the block on a bitmap restores the same bytes.
 struct GFL_IPTC_DATA {
     std::uint32_t NumberOfItems;
     GFL_IPTC_ENTRY *ItemsList;
 };
 static_assert(sizeof(GFL_IPTC_DATA) == 16 && offsetof(GFL_IPTC_DATA, ItemsList) == 8, "layout shared with hosts");
 
-/// Where an EXIF entry stands: GFL_EXIF_ENTRY::Flag, GFL_EXIF_ENTRYEX::Block.
+/// Location of an EXIF entry: GFL_EXIF_ENTRY::Flag, GFL_EXIF_ENTRYEX::Block.
 enum GflExifBlock : std::uint32_t {
     GFL_EXIF_MAIN = 1,   // first directory: maker, model, orientation ...
     GFL_EXIF_CAMERA = 2, // Exif directory
@@ -189,10 +188,10 @@ struct GFL_EXIF_ENTRY {
     std::uint32_t Flag; // a GflExifBlock below GFL_EXIF_OTHER
     std::uint32_t Tag;
     char *Name;  // "FocalLength"
-    char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localised
+    char *Value; // "50", "1/250", "Top-left (1)", "45° 30' 7.5\"" ...; never localized
 };
 
-/// EXIF as a flat list of texts, in the order of blocks and tags. Maker notes and thumbnails are not in it.
+/// EXIF as a flat list of texts, in the order of blocks and tags, without maker notes and thumbnails.
 struct GFL_EXIF_DATA {
     std::uint32_t NumberOfItems;
     GFL_EXIF_ENTRY *ItemsList;
@@ -213,7 +212,7 @@ static_assert(sizeof(GFL_EXIF_ENTRYEX) == 40 && offsetof(GFL_EXIF_ENTRYEX, Lengt
                   && offsetof(GFL_EXIF_ENTRYEX, Data) == 24,
               "layout shared with hosts");
 
-/// EXIF as a linked list of raw values, complete: setting the block on a bitmap gives the same metadata again.
+/// EXIF as a linked list of raw values, complete: setting the block on a bitmap restores the same metadata.
 struct GFL_EXIF_DATAEX {
     GFL_EXIF_ENTRYEX *Root;
     std::uint32_t Flags;
@@ -223,23 +222,23 @@ static_assert(sizeof(GFL_EXIF_DATAEX) == 16 && offsetof(GFL_EXIF_DATAEX, Flags) 
 /// One metadata value under the key that Exiv2 gives it, zero-terminated UTF-8.
 struct GFL_METADATA_ITEM {
     char *Key;     // "Exif.Photo.LensModel", "Exif.NikonLd3.LensIDNumber", "Xmp.aux.Lens", "LibRaw.LensID"
-    char *Raw;     // as stored, under any locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
-    char *Printed; // as Exiv2 explains it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
+    char *Raw;     // as stored, in any locale: "147", "18/10"; "(40000 bytes)" for values over 1,024 bytes
+    char *Printed; // as Exiv2 prints it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
 };
 
-/// The metadata of a file, for looking up by key: all EXIF with the values of decoded maker notes, in file order, where
-/// a key may come twice; then all XMP; then, for camera raw files, what LibRaw reads by itself
-/// (imagefile/raw/raw_facts.h), whose Printed is Raw.
+/// The metadata of a file, for look-up by key: all EXIF with the values of decoded maker notes, in file order, where a
+/// key may occur twice; then all XMP; then, for camera raw files, LibRaw's fields (imagefile/raw/raw_facts.h), whose
+/// Printed is Raw.
 struct GFL_METADATA_LIST {
     std::uint32_t NumberOfItems;
     GFL_METADATA_ITEM *ItemsList;
 };
 
-/// A format of image files. The texts are the layer's.
+/// An image file format. The layer owns the texts.
 struct GFL_FORMAT {
-    const char *Name;      // as gflGetFormatIndexByName takes it: "tiff"
-    const char *Label;     // for people, English: "TIFF", "Camera raw"
+    const char *Name;      // for gflGetFormatIndexByName: "tiff"
+    const char *Label;     // for display, English: "TIFF", "Camera raw"
     const char *Suffixes;  // lower case, the usual one first, separated by blanks: ".tif .tiff"
     const char *MimeTypes; // separated by blanks: "image/tiff"
-    bool CanBeWritten;     // as a save's FormatIndex; all can be read
+    bool CanBeWritten;     // can be a save's FormatIndex; all can be read
 };

@@ -13,10 +13,10 @@ namespace imagefile {
 
 namespace {
 
-// Tables and blocks are not spelled out.
+// Longer values, such as tables and blocks, are listed by their length.
 constexpr long kMaxListedBytes = 1024;
 
-// Exiv2 translates what it prints. While one of these lives, this thread's language is English.
+// Exiv2 translates its output. While an instance lives, this thread's language is English.
 class EnglishThread {
 public:
     EnglishThread()
@@ -39,7 +39,7 @@ struct Item {
     std::string key, raw, printed;
 };
 
-// How many bytes a UTF-8 sequence that begins at @p at has; 0 if it is none (RFC 3629, section 4).
+// Returns the length of the UTF-8 sequence at @p at; 0 if it is invalid (RFC 3629, section 4).
 std::size_t Utf8Length(const std::string &text, std::size_t at)
 {
     const auto byte = [&](std::size_t i) -> unsigned {
@@ -61,7 +61,7 @@ std::size_t Utf8Length(const std::string &text, std::size_t at)
     return length;
 }
 
-// Bytes that are no UTF-8 are taken for ISO 8859-1; ends at a zero byte.
+// Converts to UTF-8; reads invalid bytes as ISO 8859-1 and ends at a zero byte.
 std::string ToUtf8(const std::string &text)
 {
     std::string result;
@@ -78,7 +78,7 @@ std::string ToUtf8(const std::string &text)
     return result;
 }
 
-// The text that @p write, a callable that takes a stream, makes. A host may have set another locale for streams.
+// Returns the text written by @p write, a callable that takes a stream. A host may have changed the locale of streams.
 template <class Write> std::string Written(Write write)
 {
     std::ostringstream stream;
@@ -87,7 +87,7 @@ template <class Write> std::string Written(Write write)
     return ToUtf8(stream.str());
 }
 
-// Value and printed form of one entry. Exiv2's print functions may throw on values that they don't expect.
+// Returns value and printed form of one entry. Exiv2's print functions may throw on unexpected values.
 template <class Print>
 void AddItem(const std::string &key, const Exiv2::Value &value, Print print, std::vector<Item> *to)
 {
@@ -122,7 +122,7 @@ void AddXmp(const Bytes &packet, std::vector<Item> *to)
         Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &) { // damaged: what was read before counts
+    } catch (const std::exception &) { // damaged: keep what was read before
     }
     for (const Exiv2::Xmpdatum &datum : xmp)
         AddItem(
@@ -142,7 +142,7 @@ GFL_METADATA_LIST *MetadataList(const Source &source)
 {
     const EnglishThread english;
     Metadata metadata;
-    (void)ReadMetadata(source, &metadata); // what was read before an error counts
+    (void)ReadMetadata(source, &metadata); // keep what was read before an error
     std::vector<Item> items;
     AddExif(metadata.exif, &items);
     if (!metadata.xmp.empty())

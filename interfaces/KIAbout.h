@@ -1,11 +1,11 @@
-// Who a plug-in object is: names, version, icon, identifier.
+// Identity of a plug-in object: names, version, icon, identifier.
 #pragma once
 
 #include <QIcon>
 #include <QString>
 #include <QtPlugin>
 
-/// The order of the virtual operations is a binary contract: add none, move none.
+/// The order of the virtual functions is a binary contract: don't add or move any.
 class KIAbout {
 public:
     virtual ~KIAbout() = default;
@@ -15,7 +15,8 @@ public:
     virtual QString Comment() const = 0;
     virtual QString Version() const = 0;
     virtual QIcon Icon() const = 0;
-    /// 36 characters in the form of a GUID. Names the resource folder, and is the first key of stored settings.
+    /// Returns 36 characters in the form of a GUID. They name the resource folder and are the first key of stored
+    /// settings.
     virtual QString UID() const = 0;
 };
 

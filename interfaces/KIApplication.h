@@ -1,4 +1,4 @@
-// What the plug-in asks of the application that loaded it.
+// Services that the plug-in requests from the application that loaded it.
 #pragma once
 
 #include <QLocale>
@@ -11,27 +11,27 @@ struct KImageInstances;
 struct KUIInstances;
 
 /// Implemented by the host's application object, which names it in Q_INTERFACES: the plug-in finds it by
-/// qt_metacast("KIApplication") on QCoreApplication::instance(), anew each time it needs it. GUI thread.
+/// qt_metacast("KIApplication") on QCoreApplication::instance(), each time it needs it. GUI thread.
 ///
-/// The order of the virtual operations is a binary contract: add none, move none. The reserved places belong to hosts;
-/// the plug-in never calls them.
+/// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
+/// hosts; the plug-in never calls them.
 class KIApplication {
 public:
     virtual ~KIApplication() = default;
     virtual void Reserved1() { }
-    /// A stored setting of the plug-in @p uid, or @p defaultValue.
+    /// Returns a stored setting of the plug-in @p uid, or @p defaultValue.
     virtual QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) = 0;
     virtual void SetPluginSetting(QString uid, QString key, QVariant value) = 0;
     virtual void Reserved2() { }
-    /// The language that the application runs in.
+    /// Returns the application's language.
     virtual QLocale Locale() = 0;
     virtual void Reserved3() { }
-    /// Loads and installs a translation file of the plug-in's, named without folder; says nothing if there is none.
+    /// Loads and installs a translation file of the plug-in, named without folder; does nothing if there is none.
     virtual void LoadTranslator(QString fileName) = 0;
-    /// The description of a file, owned by the application; the same file gives the same pointer.
+    /// Returns the description of a file, owned by the application; the same file gives the same pointer.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
-    /// The application's image and interface kernels, or null: the plug-in then starts its own.
+    /// Returns the application's image and interface kernels. On null the plug-in starts its own.
     virtual KImageInstances *ImageInstances() = 0;
     virtual KUIInstances *UIInstances() = 0;
 };

@@ -5,15 +5,15 @@
 #include <QObject>
 #include <QPointer>
 
-/// The order of the virtual operations is a binary contract: add none, move none.
+/// The order of the virtual functions is a binary contract: don't add or move any.
 class KIPluginLibrary {
 public:
-    /// Which plug-ins are asked for; the library tells only zero from non-zero.
+    /// Requested plug-ins; the library only distinguishes zero from non-zero.
     enum MGX { None = 0, All = 1 };
 
     virtual ~KIPluginLibrary() = default;
-    /// For non-zero, makes one more process object; always gives all that were made. The library owns them. The host
-    /// finds their interfaces by qt_metacast() or qobject_cast().
+    /// Returns all process objects; a non-zero @p kind creates one more first. The library owns them. The host finds
+    /// their interfaces by qt_metacast() or qobject_cast().
     virtual QList<QPointer<QObject>> Plugins(KIPluginLibrary::MGX kind) = 0;
 };
 

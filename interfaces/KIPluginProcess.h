@@ -1,4 +1,4 @@
-// A process on images, with a wizard page and a parameter record for each image.
+// A process on images, with a wizard page and one parameter record per image.
 #pragma once
 
 #include "KIAbout.h"
@@ -7,23 +7,24 @@
 
 class QWizardPage;
 
-/// The order of the virtual operations is a binary contract: add none, move none.
+/// The order of the virtual functions is a binary contract: don't add or move any.
 ///
-/// A parameter record is opaque to the host. Who gets one from AllocParameters owns it until FreeParameters.
+/// A parameter record is opaque to the host. The caller of AllocParameters owns it until FreeParameters.
 class KIPluginProcess : public KIAbout {
 public:
-    /// The page on which the user sets the process up; always the same one, owned by the process. Null if there is
-    /// none.
+    /// Returns the page on which the user sets up the process; always the same one, owned by the process. Null if there
+    /// is none.
     virtual QWizardPage *WizardPage() = 0;
-    /// The user leaves the page: time to store defaults.
+    /// Called when the user leaves the page; stores defaults.
     virtual void OnValidatePage() { }
-    /// A new record: the stored defaults for a null element, otherwise what the element holds.
+    /// Returns a new record with the contents of the element, or with the stored defaults for a null element.
     virtual void *AllocParameters(QDomElement) { return nullptr; }
-    /// The record as an element without a parent, which the host may keep and put into a document of its own.
+    /// Returns the record as an element without a parent, which the host may keep and insert into a document of its
+    /// own.
     virtual QDomElement GetXmlParameters(void *) { return QDomElement(); }
     virtual void CopyParameters(void * /*destination*/, void * /*source*/) { }
     virtual void FreeParameters(void *) { }
-    /// A picture of what the process does.
+    /// Returns a picture that shows the effect of the process.
     virtual QIcon BeforeAfter() const = 0;
 };
 

@@ -1,13 +1,12 @@
-// The arctangent of the fisheye model, written so that loops over it vectorise: the same bits everywhere, whatever the
-// C library has.
+// The arctangent of the fisheye model. Loops over it vectorize, and it gives the same bits with any C library.
 #pragma once
 
-/// The angle whose tangent is @p r, 0 or more, rounded from 1e-9; not a number for one that isn't.
+/// Returns the angle in radians whose tangent is @p r >= 0, within 1e-9 before rounding; NaN for NaN.
 [[gnu::always_inline]] inline float Arctangent(float r)
 {
     constexpr double kPi = 3.14159265358979323846;
     constexpr double kTanPi8 = 0.41421356237309504880, kTan3Pi8 = 2.41421356237309504880;
-    // Brought to -tan(pi/8)..tan(pi/8) by atan(r) = pi/4 + atan((r - 1) / (r + 1)) = pi/2 + atan(-1 / r).
+    // Reduce to -tan(pi/8)..tan(pi/8) by atan(r) = pi/4 + atan((r - 1) / (r + 1)) = pi/2 + atan(-1 / r).
     const double x = r;
     const double above = x > kTan3Pi8 ? -1.0 : x > kTanPi8 ? x - 1.0 : x;
     const double below = x > kTan3Pi8 ? x : x > kTanPi8 ? x + 1.0 : 1.0;

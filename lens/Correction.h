@@ -1,4 +1,4 @@
-// What the warp of a fitted correction needs, in pixels of the picture at hand: no names, no profile, no XML.
+// The correction of one picture as maps in its pixels: the input of the fitted warp, without names, profile or XML.
 #pragma once
 
 #include "RadialCurve.h"
@@ -6,10 +6,10 @@
 #include <limits>
 #include <optional>
 
-/// One geometric step from a position to another: with d = position - center and r = |d|, both in pixels,
+/// Radial map from one position to another. With d = position - center and r = |d|, both in pixels,
 ///
-///     place = center + factor(r) d + (q2(d) tangential2 + 2 dx dy tangential1, q1(d) tangential1 + 2 dx dy
-///     tangential2) q2(d) = 2 dx^2 + r^2,  q1(d) = 2 dy^2 + r^2
+///     place.x = center.x + factor(r) dx + (2 dx^2 + r^2) tangential2 + 2 dx dy tangential1
+///     place.y = center.y + factor(r) dy + (2 dy^2 + r^2) tangential1 + 2 dx dy tangential2
 ///
 /// Beyond endRadius the map folds back or ends: such positions have no place and stay empty.
 struct RadialMap {
@@ -19,15 +19,15 @@ struct RadialMap {
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
-/// How much more light a place needs, as a factor in linear light from 1 to 16, over the radius about a center of its
-/// own. The place is the source position of the geometric step (green's).
+/// Gain in linear light, a factor from 1 to 16, by the distance of a place from the center. The place is the source
+/// position of the geometric step (green's).
 struct GainMap {
     double centerX = 0.0, centerY = 0.0;
     RadialCurve gain;
 };
 
-/// A correction of one picture. For an output pixel p, with the picture's middle m = ((width - 1) / 2, (height - 1) /
-/// 2):
+/// The correction of one picture. For an output pixel p, with the picture's middle m at ((width - 1) / 2,
+/// (height - 1) / 2):
 ///
 ///     a = m + (p - m) / zoom
 ///     g = geometry(a), or a

@@ -7,7 +7,7 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-/// Sends @p from through @p map and notes in @p places how near its end is.
+/// Applies @p map to @p from and updates the distance to the map's end in @p places.
 Point Mapped(const RadialMap &map, const Point &from, SourcePlaces *places)
 {
     const double dx = from.x - map.centerX, dy = from.y - map.centerY;
@@ -51,7 +51,7 @@ SourcePlaces CorrectionTwin::At(double x, double y) const
 bool CorrectionTwin::Holds(const Point &place) const
 {
     return place.x >= -kBorderPixels && place.x <= m_correction.width - 1 + kBorderPixels && place.y >= -kBorderPixels
-        && place.y <= m_correction.height - 1 + kBorderPixels; // false for what is not a number
+        && place.y <= m_correction.height - 1 + kBorderPixels; // false for NaN
 }
 
 bool CorrectionTwin::IsEmpty(const SourcePlaces &places) const

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kLargestSide = 8;
-constexpr int kBlockPixels = 64;          // what is read beyond the last pixel
+constexpr int kBlockPixels = 64;          // readers load whole blocks, past the last pixel
 constexpr double kPlaceTolerance = 0.003; // pixels
 constexpr double kGainTolerance = 5e-5;
 
@@ -27,7 +27,7 @@ bool IsNearEnd(const SourcePlaces &places, int side)
     return !(places.toEnd > 4.0 * side);
 }
 
-/// How many times too large the error of interpolation in the cells of @p side around a pixel is.
+/// Returns the interpolation error in the cells of @p side around a pixel, as a multiple of the tolerance.
 double Excess(const CorrectionTwin &twin, double x, double y, int side)
 {
     const SourcePlaces middle = twin.At(x, y);
@@ -96,7 +96,7 @@ void FittedPlaces::Hold(int firstRow, int rows)
     if (m_rows.size() < static_cast<size_t>(end - first))
         m_rows.resize(end - first);
     int made = first;
-    for (; made < m_end && made >= m_first; ++made) // those that stand already move up
+    for (; made < m_end && made >= m_first; ++made) // existing corners move up
         std::swap(m_rows[made - first], m_rows[made - m_first]);
     for (; made < end; ++made)
         Fill(&m_rows[made - first], made);

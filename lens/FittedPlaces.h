@@ -5,15 +5,15 @@
 
 #include <vector>
 
-/// The side of a cell in pixels, 1, 2, 4 or 8: the largest that keeps interpolated positions within 0.003 pixels of the
-/// exact ones and gains within 1/20,000, by second differences all over the picture.
+/// Returns the side of a cell in pixels, 1, 2, 4 or 8: the largest that keeps interpolated positions within 0.003
+/// pixels of the exact ones and gains within 1/20,000, judged by second differences across the picture.
 int CellSide(const CorrectionTwin &twin);
 
 /// Positions and gains at cell corners, for some rows of pixels. Values are floats: positions relative to
 /// the output pixel, so that large pictures lose nothing. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values; those of red and blue only where colors have places of their own.
+    /// The planes of values; those of red and blue only if these colors have separate places.
     enum Plane { kGain, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
     /// @p twin must outlive the object.
@@ -21,14 +21,14 @@ public:
 
     int CellSidePixels() const { return m_side; }
     int Planes() const { return m_planes; }
-    /// Makes the corners of the cells that hold rows @p firstRow to before @p firstRow + @p rows of the result.
-    /// Cheapest where calls go down the picture.
+    /// Computes the corners of the cells that hold rows [firstRow, firstRow + rows) of the result. Cheapest if calls
+    /// proceed down the picture.
     void Hold(int firstRow, int rows);
     /// Of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are those of row
     /// @p y + side. There are at least 64 / side + 1 values from any pixel's cell on.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
-    /// Whether cells from @p first to before @p end of row @p y have a corner near the end of a map: positions inside
-    /// are then available from the twin alone.
+    /// Whether cells [first, end) of row @p y have a corner near the end of a map: positions inside them must then come
+    /// from the twin.
     bool IsRough(int y, int first, int end) const;
 
 private:

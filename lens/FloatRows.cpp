@@ -7,11 +7,11 @@
 
 void FloatRows::Grow(int rows)
 {
-    constexpr int kTimesNeeded = 3; // so that held rows seldom move to the top, yet stay in the caches
+    constexpr int kTimesNeeded = 3; // rows rarely move to the top, yet fit the caches
     const int height = static_cast<int>(std::min<qint64>(m_picture.height(), qint64(rows) * kTimesNeeded));
     m_rows.FreeBitmap();
     m_block.AllocBitmap(m_picture.width(), height, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-    // Conversion of 16-bit grey leaves the alpha as it finds it.
+    // Conversion of 16-bit gray does not write alpha.
     constexpr Ipp32f kOpaque[] = {0, 0, 0, 1};
     ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, 0)), m_block.bytesPerLine(),
                     {m_block.width(), m_block.height()});
@@ -22,7 +22,7 @@ void FloatRows::Hold(int first, int end)
 {
     if (!m_block.m_bitmap || end - first > m_block.height())
         Grow(end - first);
-    if (first < m_first || first > m_end) { // what is held is of no use
+    if (first < m_first || first > m_end) { // the held rows are useless
         m_first = m_end = first;
         m_start = 0;
     }

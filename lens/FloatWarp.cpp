@@ -8,7 +8,7 @@
 
 namespace {
 
-// One set of instructions each; what is inlined into the two functions is compiled for it.
+// One struct per instruction set; code inlined into its functions is compiled for that set.
 
 struct Baseline {
     static void Warp(const FloatWarp::Radial &model, const Positions &in, Positions *out) { WarpBlock(model, in, out); }
@@ -51,13 +51,11 @@ FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
     return corrections.vignetting && lcp.vignetteModel.found ? Path::GainOnly : Path::Nothing;
 }
 
-/// One side of the picture that the models see: @p length pixels, of which those from @p first to before @p end are in
-/// memory.
+/// One side of the picture in the models' frame: @p length pixels, of which [first, end) are in memory.
 struct Side {
     Side(int length, int first, int end)
-        : between(length > 1 ? static_cast<float>(length - 1)
-                             : -1.0F), // else none has neighbours, from -1 to 0 included
-          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // else from there on
+        : between(length > 1 ? static_cast<float>(length - 1) : -1.0F), // a single column has no neighbors: empty range
+          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise from `first` on
           to(std::min(between, static_cast<float>(end - 1)))
     {
     }
@@ -65,8 +63,8 @@ struct Side {
     float between, from, to; // sides are exact: below 2^24
 };
 
-/// The pixels of a picture like @p source as the models see them, where @p window holds its rows from @p windowRow on.
-/// Pixels count from where the picture's first would stand.
+/// The pixels of a picture like @p source in the models' frame, where @p window holds its rows from @p windowRow on.
+/// Addresses are relative to where the picture's first pixel would be.
 FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {
     const bool turned = frame == FloatWarp::Frame::Turned;
@@ -164,7 +162,7 @@ FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
     const auto width = static_cast<float>(m_source.width()), height = static_cast<float>(m_source.height());
     float least = static_cast<float>(firstRow), greatest = static_cast<float>(firstRow + rows - 1);
     const auto include = [&](const Positions &at) {
-        for (float row : turned ? at.x : at.y) { // not what is not a number
+        for (float row : turned ? at.x : at.y) { // skips NaN
             if (row < least)
                 least = row < 0.0F ? 0.0F : row;
             if (row > greatest)
@@ -190,7 +188,7 @@ FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
             include(moved);
         }
     }
-    constexpr int kBelow = 2; // the second of two neighbours, and the end
+    constexpr int kBelow = 2; // the second of two neighbors, and the end
     const int margin = 2 + static_cast<int>(greatest - least) / 32;
     return {std::max(0, static_cast<int>(least) - margin),
             std::min(m_source.height(), static_cast<int>(greatest) + kBelow + margin)};
@@ -198,7 +196,7 @@ FloatWarp::RowRange FloatWarp::RowsFor(int firstRow, int rows) const
 
 void FloatWarp::Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions) const
 {
-    (void)RenderFrom(m_source, 0, rows, firstRow, unwritten, instructions); // nothing of the whole source is missing
+    (void)RenderFrom(m_source, 0, rows, firstRow, unwritten, instructions); // all rows are loaded
 }
 
 bool FloatWarp::RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,

@@ -1,4 +1,4 @@
-// The loops of FloatWarp, to be compiled once for each set of instructions; for FloatWarp.cpp alone.
+// The loops of FloatWarp, compiled once per instruction set; only for FloatWarp.cpp.
 #pragma once
 
 #include "FloatWarpSampling_p.h"
@@ -8,9 +8,9 @@
 
 namespace {
 
-// --- The four paths, a block each ---
+// --- The four paths, one block at a time ---
 
-/// A stretch of a row: where it is written, and the source at the same place.
+/// Part of a row: where it is written, and the source at the same place.
 struct Block {
     const unsigned char *same;
     unsigned char *target;
@@ -59,7 +59,7 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
     }
 }
 
-/// Samples one channel, stores it with the gain, and tells whether it was inside.
+/// Samples one channel and stores it with the gain. Returns whether it was inside.
 VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, int channel, float gain,
                                  unsigned char *target)
 {
@@ -71,7 +71,7 @@ VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, 
     return inside;
 }
 
-/// Three channels, each at its own place; @p green is null where green stays.
+/// Samples three channels, each at its place; @p green is null if green is not moved.
 VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Block &block, const Positions &red,
                                            const Positions *green, const Positions &blue, const Values &gain)
 {
@@ -79,7 +79,7 @@ VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Bl
     for (int i = 0; i < block.count; ++i) {
         unsigned char *target = block.target + i * kPixelBytes;
         if (!MoveChannel(band, red.x[i], red.y[i], 0, gain.v[i], target))
-            continue; // the channels behind it stay as they were
+            continue; // the following channels keep their values
         if (!green)
             StoreFloat(target, 1, Limited(gain.v[i] * LoadFloat(block.same + i * kPixelBytes + 4)));
         else if (!MoveChannel(band, green->x[i], green->y[i], 1, gain.v[i], target))
@@ -96,7 +96,7 @@ struct ColorCorners {
     Corners red, green, blue;
 };
 
-/// Each colour of a pixel from its own place. @p load gives the joined neighbours by their step from the corner.
+/// Samples each color of a pixel at its place. @p load returns the joined neighbors by their step from the corner.
 template <typename Loader>
 VITRELUX_INLINE FourFloats SampleJoined(const FloatWarp::Pixels &source, FourFloats fx, FourFloats fy, Loader load)
 {
@@ -117,7 +117,7 @@ VITRELUX_INLINE FourFloats SampleColors(const FloatWarp::Pixels &source, const C
     });
 }
 
-/// The same where green stays as it is in @p same.
+/// The same if green is not moved: it is copied from @p same.
 VITRELUX_INLINE FourFloats SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i,
                                             FourFloats same)
 {
@@ -150,7 +150,7 @@ VITRELUX_INLINE void ThreeChannelsBlock(const FloatWarp::Band &band, const Block
     }
 }
 
-/// The positions of a block's pixels in the frame of the models.
+/// Returns the positions of a block's pixels in the models' frame.
 VITRELUX_INLINE void Start(const FloatWarp::Band &band, int x, int y, Positions *at)
 {
     const bool turned = band.frame == FloatWarp::Frame::Turned;
@@ -160,7 +160,7 @@ VITRELUX_INLINE void Start(const FloatWarp::Band &band, int x, int y, Positions 
     }
 }
 
-/// @p Set has the two functions that are marked for its instructions: Warp(model, in, out) and Rows(band).
+/// @p Set has two functions compiled for its instructions: Warp(model, in, out) and Rows(band).
 template <typename Set>
 VITRELUX_INLINE void RenderBlock(const FloatWarp::Band &band, const Block &block, const Positions &start)
 {
@@ -190,8 +190,8 @@ VITRELUX_INLINE void RenderBlock(const FloatWarp::Band &band, const Block &block
     }
 }
 
-/// Whole rows: narrower strips keep more of the source in the caches and are slower all the same, since no stretch is
-/// then long enough for the processor to read ahead.
+/// Renders whole rows: narrower strips keep more of the source in the caches but are slower, since their parts of rows
+/// are too short for the hardware prefetcher.
 template <typename Set> VITRELUX_INLINE void RenderRows(const FloatWarp::Band &band)
 {
     for (int row = 0; row < band.rows; ++row) {

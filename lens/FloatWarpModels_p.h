@@ -1,8 +1,8 @@
-// The lens models on blocks of positions, for FloatWarp; what a band of its rows is.
+// The lens models on blocks of positions, and the description of a band of rows; for FloatWarp.
 //
 // Everything here and in what includes it is inlined into functions that are marked for their instructions: nothing of
 // it may be called from code for other processors. Positions and gains are computed for whole blocks in plain loops
-// that vectorise; formulas and their order of operations are those of LensParam, to the bit.
+// that vectorize; formulas and their order of operations are those of LensParam, to the bit.
 #pragma once
 
 #include "Arctangent_p.h"
@@ -24,14 +24,14 @@ struct FloatWarp::Band {
     Path path;
     Frame frame;
     Unwritten unwritten;
-    Pixels source;             // in the frame of the models
+    Pixels source;             // in the models' frame
     const unsigned char *same; // the source at the first pixel of the band, as both lie in memory
     std::int64_t sameStride;   // bytes
     unsigned char *target;
     std::int64_t targetStride;
     int width, rows; // of the band
     int firstRow;
-    bool *missed; // set where neighbours are not in memory
+    bool *missed; // set if neighbors are not in memory
 };
 
 namespace {
@@ -61,7 +61,7 @@ template <int kTerms> VITRELUX_INLINE float RadialFactor(const float *c, float r
 template <int kTerms, bool kTangential>
 VITRELUX_INLINE void WarpPerspective(const FloatWarp::Radial &model, const Positions &in, Positions *out)
 {
-    const FloatWarp::Radial m = model; // in registers: the stores below might change the original
+    const FloatWarp::Radial m = model; // in registers: the stores below might alias the original
     for (int i = 0; i < kBlockPixels; ++i) {
         const float u = (in.x[i] - m.cx) / m.f;
         const float v = (in.y[i] - m.cy) / m.f;

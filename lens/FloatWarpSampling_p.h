@@ -1,4 +1,4 @@
-// Sampling of blocks of positions between their four neighbours, and storing of pixels, for FloatWarp.
+// Bilinear sampling at blocks of positions, and storing of pixels, for FloatWarp.
 #pragma once
 
 #include "FourFloats_p.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Whether the first @p count positions have all four neighbours each, in memory; not for one that is not a number.
+/// Whether each of the first @p count positions has four neighbors in memory; false if one is NaN.
 VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Positions &at, int count)
 {
     int beyond = 0;
@@ -19,7 +19,7 @@ VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Posit
     return beyond == 0;
 }
 
-/// Positions that have four neighbours each: where the first of the four stands, and the shares of the others.
+/// The first of the four neighbors of each position, and the shares of the others.
 struct Corners {
     alignas(64) std::int64_t offset[kBlockPixels]; // bytes from the source's base
     alignas(64) float fx[kBlockPixels], restX[kBlockPixels];
@@ -40,7 +40,7 @@ VITRELUX_INLINE void FindCorners(const FloatWarp::Pixels &source, const Position
     }
 }
 
-/// The rows below serve the rows of the result that follow; bent lines hide them from the processor's own foresight.
+/// The following rows of the result read the rows below; the hardware prefetcher doesn't predict them along bent lines.
 VITRELUX_INLINE void Prefetch(const FloatWarp::Pixels &source, const Corners &corners, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
@@ -90,7 +90,7 @@ VITRELUX_INLINE bool IsBetweenFour(const FloatWarp::Pixels &source, float x, flo
     return x > -1.0F && x < source.betweenX && y > -1.0F && y < source.betweenY;
 }
 
-/// Whether a position has four neighbours that can be read; notes it where they would have to be in memory and aren't.
+/// Whether a position has four neighbors that can be read; sets `missed` if they exist but are not loaded.
 VITRELUX_INLINE bool CanSample(const FloatWarp::Band &band, float x, float y)
 {
     const FloatWarp::Pixels &source = band.source;
@@ -102,7 +102,7 @@ VITRELUX_INLINE bool CanSample(const FloatWarp::Band &band, float x, float y)
     return there;
 }
 
-/// For a single position, which has four neighbours.
+/// FindCorners for a single position, which must have four neighbors.
 VITRELUX_INLINE Corners OneCorner(const FloatWarp::Pixels &source, float x, float y)
 {
     Positions at;
@@ -115,7 +115,7 @@ VITRELUX_INLINE Corners OneCorner(const FloatWarp::Pixels &source, float x, floa
 
 // --- Storing ---
 
-/// At most 1; also for what is not a number.
+/// Limits to 1; NaN becomes 1.
 VITRELUX_INLINE float Limited(float value)
 {
     return value < 1.0F ? value : 1.0F;

@@ -1,4 +1,4 @@
-// A pixel of float RGBA in one vector register, or as four numbers where vector code is left out; for FloatWarp.
+// A pixel of float RGBA in one vector register, or as four numbers in builds without vector code; for FloatWarp.
 #pragma once
 
 #include "FloatWarpModels_p.h"
@@ -26,7 +26,7 @@ VITRELUX_INLINE FourFloats All(float value)
     return _mm_set1_ps(value);
 }
 
-/// From any address, as in Store().
+/// Loads from any address, without alignment; so does Store().
 VITRELUX_INLINE FourFloats Load(const unsigned char *pixel)
 {
     return _mm_loadu_ps(reinterpret_cast<const float *>(pixel));
@@ -37,19 +37,19 @@ VITRELUX_INLINE void Store(unsigned char *target, FourFloats value)
     _mm_storeu_ps(reinterpret_cast<float *>(target), value);
 }
 
-/// @p value or @p limit, whichever is less; the limit in place of what is not a number.
+/// Returns the smaller of @p value and @p limit; the limit for NaN.
 VITRELUX_INLINE FourFloats AtMost(FourFloats value, FourFloats limit)
 {
     return _mm_min_ps(value, limit);
 }
 
-/// @p value or @p limit, whichever is greater; the limit in place of what is not a number.
+/// Returns the greater of @p value and @p limit; the limit for NaN.
 VITRELUX_INLINE FourFloats AtLeast(FourFloats value, FourFloats limit)
 {
     return _mm_max_ps(value, limit);
 }
 
-/// The first channel of @p red, the second of @p green, third and fourth of @p blue.
+/// Joins the first channel of @p red, the second of @p green, and the third and fourth of @p blue.
 VITRELUX_INLINE FourFloats Join(FourFloats red, FourFloats green, FourFloats blue)
 {
     return _mm_shuffle_ps(_mm_move_ss(green, red), blue, _MM_SHUFFLE(3, 2, 1, 0));
@@ -61,7 +61,7 @@ VITRELUX_INLINE FourFloats WithAlphaOne(FourFloats colors)
     return _mm_or_ps(_mm_and_ps(mask, colors), _mm_setr_ps(0.0F, 0.0F, 0.0F, 1.0F));
 }
 
-/// Alpha is 1 where the colors sum up to more than 0, otherwise 0.
+/// Sets alpha to 1 if the sum of the colors is above 0, otherwise to 0.
 VITRELUX_INLINE FourFloats WithAlphaOfSum(FourFloats colors)
 {
     const FourFloats green = _mm_shuffle_ps(colors, colors, _MM_SHUFFLE(1, 1, 1, 1));

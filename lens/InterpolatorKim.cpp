@@ -15,14 +15,14 @@ namespace {
 constexpr float kTwoTo31 = 2147483648.0F;
 constexpr int kMaxChannels = 4;
 
-/// Toward zero; the smallest integer for a value that is not a number or has no place in an int.
+/// Truncates toward zero; NaN and values out of range give the smallest int.
 inline int Truncate(float value)
 {
-    const bool fits = value >= -kTwoTo31 && value < kTwoTo31; // false for not a number
+    const bool fits = value >= -kTwoTo31 && value < kTwoTo31; // false for NaN
     return fits ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
-// Channels are reached through memcpy, since rows of a caller's block may start at any address.
+// Channels are accessed through memcpy, since rows of a caller's block may start at any address.
 
 template <typename T> inline T Value(const unsigned char *pixel, int channel)
 {
@@ -36,7 +36,7 @@ template <typename T> inline void SetValue(unsigned char *pixel, int channel, T 
     std::memcpy(pixel + static_cast<size_t>(channel) * sizeof(T), &value, sizeof(T));
 }
 
-/// Integer types take the low bits of the truncated value.
+/// Stores a channel; integer types get the low bits of the truncated value.
 template <typename T> inline void Store(unsigned char *pixel, int channel, float value)
 {
     if constexpr (std::is_floating_point_v<T>)
@@ -54,7 +54,7 @@ template <typename T> bool IsWhole(const KImage &image)
         && bitmap.BytesPerLine >= static_cast<qint64>(bitmap.Width) * bitmap.BytesPerPixel;
 }
 
-/// The gain that undoes the vignette, by position; scaled by the real image, not by the profile's.
+/// The vignetting gain by position; scaled by the real image, not by the profile's.
 class Vignette {
 public:
     Vignette(const LensParam &model, float scale, int longSide)
@@ -79,7 +79,7 @@ private:
 
 } // namespace
 
-/// Copies of the models, made once a run: pixels then touch neither the profile nor shared vectors.
+/// Copies of the models, made once per run, so that the pixel loops access neither the profile nor shared vectors.
 template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     explicit Models(const InterpolatorKim &run)
         : distortion(run.lcp->distortionModel),
@@ -94,12 +94,12 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     }
 
     float GainAt(float x, float y) const { return hasVignette ? vignette.GainAt(x, y) : 1.0F; }
-    /// The distortion or green model, by the kind of the profile.
+    /// Applies the distortion or green model, by the kind of the profile.
     void Warp(const LensParam &model, float x, float y, float &outX, float &outY) const
     {
         model.Warp(kind, x, y, outX, outY, scale);
     }
-    /// The red or blue model: perspective in every profile.
+    /// Applies the red or blue model: perspective in every profile.
     void Shift(const LensParam &model, float x, float y, float &outX, float &outY) const
     {
         model.ComputeDistortion(x, y, outX, outY, scale);
@@ -112,9 +112,9 @@ template <typename S, typename D> struct InterpolatorKim<S, D>::Models {
     const bool hasVignette;
 };
 
-/// The four pixels around a position and its place between them.
+/// The four pixels around a position, and the position between them.
 template <typename S, typename D> struct InterpolatorKim<S, D>::Corners {
-    /// One channel, in the range of S.
+    /// Interpolates one channel, in the range of S.
     float Blend(int channel) const
     {
         const float top = Value<S>(p00, channel) * (1.0F - fx) + Value<S>(p10, channel) * fx;
@@ -192,7 +192,7 @@ bool InterpolatorKim<S, D>::InterpolateNc(float &out, int channel, float x, floa
     return true;
 }
 
-// --- What the paths have in common ---
+// --- Shared by the paths ---
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::ImagesAreWhole() const
 {
@@ -223,7 +223,7 @@ template <typename S, typename D> template <typename Pixel> void InterpolatorKim
     }
 }
 
-/// Limits at the top only; what is not a number becomes the limit.
+/// Limits only at the top; NaN becomes the limit.
 template <typename S, typename D>
 void InterpolatorKim<S, D>::StoreColor(unsigned char *target, int channel, float value) const
 {
@@ -296,7 +296,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::ShiftRedAndBlue(co
             return;
         }
         StoreColor(target, 0, gain * red * outScale);
-        StoreColor(target, 1, gain * Value<S>(source->getData(x, y), 1)); // as it stands, not scaled
+        StoreColor(target, 1, gain * Value<S>(source->getData(x, y), 1)); // unscaled
         if (!(this->*sampleChannel)(blue, 2, bx, by, ix, iy)) {
             SetValue<D>(target, 2, D(0));
             return;
@@ -324,7 +324,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::WarpThrice(const M
             int ix, iy;
             if (!(this->*sampleChannel)(value, c, px[c], py[c], ix, iy)) {
                 SetValue<D>(target, c, D(0));
-                return; // the channels behind it stay as they were
+                return; // the following channels keep their values
             }
             StoreColor(target, c, gain * value * outScale);
         }
@@ -345,7 +345,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::Do()
     return DoPlainly();
 }
 
-/// Whether FloatWarp does what this run asks for.
+/// Whether FloatWarp supports this run.
 template <typename S, typename D> bool InterpolatorKim<S, D>::FloatWarpServes() const
 {
     return sample == &InterpolatorKim::InterpolateN && sampleChannel == &InterpolatorKim::InterpolateNc

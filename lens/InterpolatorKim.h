@@ -1,4 +1,4 @@
-// The warp of one picture by a profile, over the channel types of source and destination.
+// The warp of one picture by a profile, for all channel types of source and destination.
 #pragma once
 
 class KImage;
@@ -8,59 +8,60 @@ class newLCP;
 /// unsigned short or float each. The caller fills the fields and calls Do.
 ///
 /// Four paths, by `distortion` and `chromatic`; each runs only if its condition holds, and otherwise leaves the
-/// destination as it is and counts as done. "Gain" is the vignette model's, 1 without `falloff` or without that model.
+/// destination unchanged and returns true. "Gain" is the vignetting model's, 1 without `falloff` or without that model.
 ///
 ///   | distortion | chromatic | path             | condition           | gain at             |
 ///   |------------|-----------|------------------|---------------------|---------------------|
-///   | off        | off       | A gain only      | a vignette to undo  | the pixel itself    |
+///   | off | off | A gain only | a vignetting model | the pixel itself |
 ///   | on         | off       | B one warp       | distortion model    | sampled position    |
 ///   | off        | on        | C red, blue move | green model         | red position        |
 ///   | on         | on        | D three warps    | green model         | green position      |
 ///
-/// Samples are brought to 0..1 by `inScale`, multiplied by the gain, brought to the destination's range by `outScale`,
-/// limited to it at the top, and stored; integer destinations truncate, nothing rounds. Traps that callers know:
-/// - Path A, and green in path C, take the channel value as it stands: `inScale` and `outScale` are not applied, though
-///   `outScale` limits. Between images of different depths the values come out in the source's range.
+/// Samples are scaled to 0..1 by `inScale`, multiplied by the gain, scaled to the destination's range by `outScale`,
+/// limited to it at the top, and stored; integer destinations truncate, nothing rounds. Traps for callers:
+/// - Path A, and green in path C, use the unscaled channel value: `inScale` and `outScale` are not applied, though
+///   `outScale` limits. Between images of different depths the result is in the source's range.
 /// - Alpha is written for sources with more than three channels, and its "opaque" is 1 in the integer types too.
-///   B: opaque inside, 0 outside. C and D: 0 where the three colours sum up to 0, so black pixels become transparent.
-/// - C and D end a pixel at its first channel that falls outside: that one gets 0, the channels behind it stay as they
-///   were in the destination.
+///   B: opaque inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become
+///   transparent.
+/// - C and D stop a pixel at its first channel that falls outside: that one gets 0, the following channels of the
+///   destination keep their values.
 /// - Only path A limits at the bottom. A negative value wraps around in an integer destination.
 ///
-/// A position that is not a number or too large for an integer counts as outside.
+/// A position that is NaN or too large for an integer counts as outside.
 ///
 /// Do returns false and leaves the destination untouched where a byte outside an image would be read or written: fewer
 /// than three channels in either image on the paths B, C and D; a destination with fewer channels than the source; a
 /// destination larger than the source on the paths A and C, which read the source at the pixel's own position; pixels
 /// or rows too short for the channel types.
 ///
-/// Works on the calling thread, allocates nothing per pixel. Source and destination are different images.
+/// Runs on the calling thread and allocates nothing per pixel. Source and destination must be different images.
 template <typename S, typename D> class InterpolatorKim {
 public:
     using Sample = bool (InterpolatorKim::*)(float *out, float x, float y, int &ix, int &iy);
     using SampleChannel = bool (InterpolatorKim::*)(float &out, int channel, float x, float y, int &ix, int &iy);
 
-    /// By FloatWarp where that serves, otherwise DoPlainly.
+    /// Runs FloatWarp if it supports the images, otherwise DoPlainly.
     bool Do();
-    /// Pixel by pixel, as the models are defined: serves every form, and says what FloatWarp has to give.
+    /// Runs pixel by pixel, as the models are defined: supports every form, and defines the result of FloatWarp.
     bool DoPlainly();
 
     // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and
-    // hand the integer position back. They return false only for a position outside the image.
+    // return the integer position. They return false only for a position outside the image.
 
     /// Nearest below.
     bool Interpolate0(float *out, float x, float y, int &ix, int &iy);
     bool Interpolate0c(float &out, int channel, float x, float y, int &ix, int &iy);
     /// Bilinear. Positions are truncated toward zero: those between -1 and 0 belong to column or row 0, and are
-    /// extrapolated. In the last column and the last row there is no neighbour: @p out stays as the caller set it. For
-    /// an integer S the value is truncated to an integer and wrapped to the width of S.
+    /// extrapolated. In the last column and the last row there is no neighbor: @p out keeps the caller's value. For an
+    /// integer S the value is truncated to an integer and wrapped to the width of S.
     bool InterpolateN(float *out, float x, float y, int &ix, int &iy);
     bool InterpolateNc(float &out, int channel, float x, float y, int &ix, int &iy);
 
-    // In this order; hosts that share kernels rely on it.
+    // Keep this order; hosts that share kernels rely on it.
     Sample sample = nullptr;
     SampleChannel sampleChannel = nullptr;
-    int order = 0; // 2 with the bilinear samplers; read by nothing
+    int order = 0; // 2 with the bilinear samplers; unused
     KImage *source = nullptr;
     newLCP *lcp = nullptr;
     bool distortion = false;

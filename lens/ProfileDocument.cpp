@@ -15,12 +15,12 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
         return result;
     };
     const QFileInfo info(fileName);
-    if (info.exists() && !info.isFile() && !info.isDir()) // a pipe without a writer would wait for one, for good
+    if (info.exists() && !info.isFile() && !info.isDir()) // a pipe without a writer would block forever
         return fail(ProfileFault::NotOpened, QStringLiteral("not a regular file"));
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return fail(ProfileFault::NotOpened, file.errorString());
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever the file says of its size
+    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever size the file reports
     file.close();
     result.bytes = content.size();
     if (content.size() > kMaxXmlBytes)

@@ -1,22 +1,22 @@
-// An .lcp file as an XML document, and the way to its first entry; for the profile reader and the profile report.
+// An .lcp file as an XML document, and its first entry; for the profile reader and the profile report.
 #pragma once
 
 #include <QDomDocument>
 #include <QString>
 
-/// What became of a file on its way to a document.
+/// The reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
     NotOpened,
-    Refused,       ///< larger, deeper or fuller than any profile, or with entity declarations; no document
-    NotWellFormed, ///< the document holds what stands before the fault, perhaps nothing
+    Refused,       ///< beyond the limits of XmlLimits.h, or with entity declarations; no document
+    NotWellFormed, ///< the document holds the part before the error, perhaps nothing
 };
 
 /// An .lcp file after parsing.
 struct ProfileDocument {
     ProfileFault fault = ProfileFault::None;
     QString why;      ///< in plain English, no full stop; empty without a fault
-    qint64 bytes = 0; ///< size of the file as far as it was read
+    qint64 bytes = 0; ///< bytes read from the file
     int line = 0;     ///< of a NotWellFormed fault, from 1
     int column = 0;
     QDomDocument document;
@@ -24,12 +24,13 @@ struct ProfileDocument {
 
 /// Reads and parses a file, once, without namespace processing.
 ///
-/// Documents beyond the limits of XmlLimits.h are refused, those that declare entities too; profiles have none.
+/// Refuses documents beyond the limits of XmlLimits.h and those that declare entities, which profiles never do.
 ProfileDocument ReadProfileDocument(const QString &fileName);
 
-/// The first element named "rdf:li" on the path of first child elements down from @p root, null if there is none.
+/// Returns the first element named "rdf:li" on the path of first child elements down from @p root, null if there is
+/// none.
 QDomElement FirstEntry(const QDomElement &root);
-/// Whether the element has rdf:parseType="Resource": its values stand in child elements.
+/// Whether the element has rdf:parseType="Resource": its values are child elements.
 bool IsResource(const QDomElement &element);
-/// The first child of the entry that is a resource, null if there is none.
+/// Returns the first child of the entry that is a resource, null if there is none.
 QDomElement ModelElement(const QDomElement &entry);

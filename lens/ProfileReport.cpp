@@ -18,7 +18,7 @@ QString Named(const QDomElement &element)
     return QLatin1Char('<') + element.tagName().left(kMaxTextLength) + QLatin1Char('>');
 }
 
-/// The text of the first child with one of the tags, in the order of the tags; empty if there is none.
+/// Returns the text of the first child with one of the tags, in the order of the tags; empty if there is none.
 QString ChildText(const QDomElement &parent, std::initializer_list<const char *> tags)
 {
     for (const char *tag : tags) {
@@ -65,7 +65,7 @@ QString WhyNoDocument(const ProfileDocument &profile)
              root.isNull() ? kExpected : QStringLiteral("whole XML was expected"));
 }
 
-/// For a document whose path of first child elements meets no entry.
+/// Returns the problem of a document whose path of first child elements reaches no entry.
 QString WhyNoEntry(const QDomElement &root)
 {
     QDomElement last = root;
@@ -76,7 +76,7 @@ QString WhyNoEntry(const QDomElement &root)
         .arg(Named(root), Named(last));
 }
 
-/// For an entry that newLCP finds no model in.
+/// Returns the problem of an entry in which newLCP finds no model.
 QString WhyNoModel(const QDomElement &entry)
 {
     if (!IsResource(entry)) {
@@ -90,7 +90,7 @@ QString WhyNoModel(const QDomElement &entry)
                           "with rdf:parseType=\"Resource\" was expected");
 }
 
-/// For one side of the calibrated picture; empty if it is all right.
+/// Returns the problem of one side of the calibrated picture; empty if it is valid.
 QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
 {
     if (std::isfinite(value) && value > 1.0) // positions are fractions of the size minus one
@@ -105,7 +105,7 @@ QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
         .arg(name, element.text().simplified().left(40));
 }
 
-// --- What it holds ---
+// --- Content ---
 
 void DescribeEntry(const QDomElement &entry, ProfileReport &report)
 {
@@ -122,10 +122,10 @@ void DescribeEntry(const QDomElement &entry, ProfileReport &report)
         ++report.entryCount;
 }
 
-/// What a model is there for.
+/// The use of a model.
 enum class ModelRole {
     Warp,  // maps the picture, by the kind of the profile
-    Shift, // maps one colour relative to green, always by the perspective formula
+    Shift, // maps one color relative to green, always by the perspective formula
     Gain
 };
 
@@ -133,7 +133,7 @@ struct ModelInfo {
     const char *name;
     LensParam newLCP::*member;
     ModelRole role;
-    const char *tag; // of its element in the distortion model's; null: that one itself
+    const char *tag; // of its element inside the distortion model's; null: the distortion model
 };
 
 const ModelInfo kModels[] = {
@@ -144,37 +144,38 @@ const ModelInfo kModels[] = {
     {"vignette", &newLCP::vignetteModel, ModelRole::Gain, "stCamera:VignetteModel"},
 };
 
-/// Whether the file says where the model's center lies. newLCP reads a missing one as the top left corner.
+/// Whether the file gives the model's center. newLCP reads a missing one as the top left corner.
 bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
 {
     const QDomElement element = info.tag ? modelElement.lastChildElement(QLatin1String(info.tag)) : modelElement;
     return ChildNumber(element, "stCamera:ImageXCenter") && ChildNumber(element, "stCamera:ImageYCenter");
 }
 
-/// Whether every position or gain by the model can be a number.
+/// Whether the model's values allow finite positions or gains.
 bool HasWholeValues(const LensParam &model, ModelRole role)
 {
     bool whole = model.focalPixels > 0.0F && std::isfinite(model.focalPixels) && model.scaleFactor > 0.0F
         && std::isfinite(model.scaleFactor) && std::isfinite(model.tangential1) && std::isfinite(model.tangential2)
         && std::isfinite(model.centerX) && std::isfinite(model.centerY);
-    if (role == ModelRole::Gain) // the only one that uses the vertical focal length
+    if (role == ModelRole::Gain) // only this one uses the vertical focal length
         whole = whole && model.focalLengthY > 0.0 && std::isfinite(model.focalLengthY);
     for (float coefficient : model.coefficients)
         whole = whole && std::isfinite(coefficient);
     return whole;
 }
 
-/// Why correcting by a model would spoil the picture; empty if it wouldn't.
+/// Returns why correcting by a model would spoil the picture; empty if it wouldn't.
 QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelElement)
 {
     const LensParam &model = lcp.*info.member;
     if (!model.found)
         return QString();
     if (!HasWholeValues(model, info.role))
-        return QStringLiteral("a focal length is missing or a value is no number; correcting by it spoils the picture");
+        return QStringLiteral(
+            "a focal length is missing or a value is not a number; correcting by it spoils the picture");
     if (!HasCenter(modelElement, info))
         return QStringLiteral(
-            "the center (ImageXCenter, ImageYCenter) is missing or no number; correcting by it spoils "
+            "the center (ImageXCenter, ImageYCenter) is missing or not a number; correcting by it spoils "
             "the picture");
     const int count = model.coefficients.size();
     if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)
@@ -193,14 +194,14 @@ void DescribeModels(const newLCP &lcp, const QDomElement &modelElement, ProfileR
         report.models.append({QLatin1String(info.name), lcp.*info.member, Flaw(lcp, info, modelElement)});
 }
 
-// --- What its user might not expect ---
+// --- Surprises for the user ---
 
-/// What an unusual number of coefficients leads to; empty for a usual one.
+/// Returns the effect of an unusual number of coefficients; empty for a usual one.
 QString NoteOnCoefficients(int count, ModelRole role, LensModel kind)
 {
     if (role == ModelRole::Gain)
         return count >= 3 ? QString() : QStringLiteral("%1 of 3 coefficients; the missing ones count as 0").arg(count);
-    const bool isFlaw = role == ModelRole::Warp && kind == LensModel::Fisheye; // told as such
+    const bool isFlaw = role == ModelRole::Warp && kind == LensModel::Fisheye; // reported as a flaw
     return isFlaw || count <= 3
         ? QString()
         : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
@@ -218,7 +219,7 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QS
     }
 }
 
-/// What comes of models that the profile doesn't hold.
+/// Adds the effects of models that the profile doesn't hold.
 void NoteMissingModels(const newLCP &lcp, QStringList &notes)
 {
     if (!lcp.greenModel.found)
@@ -241,7 +242,7 @@ void AddNotes(const newLCP &lcp, const QDomElement &modelElement, ProfileReport 
     NoteMissingModels(lcp, report.notes);
 }
 
-/// Fills the report from a document; returns why it can't be used, empty if it can.
+/// Fills the report from a document; returns why it cannot be used, empty if it can.
 QString DescribeDocument(const QDomElement &root, ProfileReport &report)
 {
     const QDomElement entry = FirstEntry(root);

@@ -1,4 +1,4 @@
-// What a profile file holds and whether it can be used, for people.
+// Readable report on a profile file: its content, and whether it can be used.
 #pragma once
 
 #include "LensParam.h"
@@ -12,37 +12,37 @@
 /// One model of the profile, with its values in pixels of a picture of the profile's size.
 struct ProfileReportModel {
     QString name; ///< in plain English: "distortion", "green", "red against green", "blue against green", "vignette"
-    LensParam values; ///< values.found says whether the profile holds it
+    LensParam values; ///< values.found whether the profile holds it
     QString flaw;     ///< why correcting by it would spoil the picture; empty if it wouldn't, or without a model
 };
 
 /// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.
 ///
-/// A file is usable if newLCP reads a whole entry with a size out of it. That says nothing of single corrections:
-/// `notes` tells which of them would do nothing or spoil the picture.
+/// A file is usable if newLCP reads a complete entry with a size from it. That does not cover single corrections:
+/// `notes` lists those that would do nothing or spoil the picture.
 struct ProfileReport {
     bool usable = false;
     QString problem; ///< one line: what was read and what was expected; empty if usable
 
-    QString profileName; ///< this and the next four empty if the profile doesn't tell
+    QString profileName; ///< this and the next four are empty if the profile doesn't give them
     QString make;        ///< of the camera
-    QString model;       ///< of the camera, as the picture's metadata name it
-    QString camera;      ///< as people name it
+    QString model;       ///< of the camera, as in the picture's metadata
+    QString camera;      ///< the name that people use
     QString lens;
     std::optional<double> focalLengthMm; ///< of the first entry, as the next two
     std::optional<double> fNumber;
     std::optional<double> focusDistanceM;
 
     int entryCount = 0;      ///< number of rdf:li entries; only the first one is used
-    double imageWidth = 0.0; ///< of the calibrated picture in pixels, 0 if not told before the model
+    double imageWidth = 0.0; ///< of the calibrated picture in pixels, 0 if not given before the model
     double imageLength = 0.0;
     bool fisheye = false;
     QVector<ProfileReportModel> models; ///< the five in the order above; empty unless a model element was found
-    QStringList notes; ///< one line each: what a correction by this profile will do that its user might not expect
+    QStringList notes; ///< one line each: effects of a correction by this profile that users might not expect
 };
 
-/// Reads @p fileName, once. Nothing is thrown; a file that can't be read gives a report that says so.
+/// Reads @p fileName, once. Throws nothing; for a file that cannot be read, the report says so.
 ///
-/// Unlike newLCP, which uses XML that breaks off as far as it goes, the report calls such a file unusable: nobody knows
-/// which values are lost.
+/// Unlike newLCP, which uses truncated XML as far as it goes, the report calls such a file unusable, because it is
+/// unknown which values are lost.
 ProfileReport ReadProfileReport(const QString &fileName);

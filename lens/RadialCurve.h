@@ -3,14 +3,14 @@
 
 #include <vector>
 
-/// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius (which needs
-/// no root per pixel and is what lens models are smooth in). Between the nodes it is the cubic through the four
-/// nearest, or a line where there are only two or three; beyond the last one it keeps that one's value.
+/// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius (in which lens
+/// models are smooth, and which needs no root per pixel). Between the nodes it is the cubic through the four nearest,
+/// or a line if there are only two or three; beyond the last node it keeps that node's value.
 ///
 /// A value: copies are independent. Any thread may call the const functions of one object at the same time.
 class RadialCurve {
 public:
-    /// The constant @p value.
+    /// Makes the constant @p value.
     explicit RadialCurve(double value = 1.0);
     /// @p nodes: values at the squared radii 0, step, 2 step, ... (step > 0, in square pixels). At least two nodes.
     RadialCurve(double step, std::vector<double> nodes);

@@ -7,10 +7,10 @@
 
 namespace {
 
-/// Kinds of values that not every model has.
+/// Groups of values that not every model has.
 enum ValueKind : unsigned { kPlace = 1, kRadial = 2, kTangential = 4, kScale = 8, kVignette = 16 };
 
-/// A value element below a model and where its number goes.
+/// A value element inside a model, and the member for its number.
 struct ValueRule {
     const char *tag;
     ValueKind kind;
@@ -30,7 +30,7 @@ const ValueRule kValueRules[] = {
     {"stCamera:ScaleFactor", kScale, [](LensParam &model, float value) { model.scaleFactor = value; }},
     {"stCamera:TangentialDistortParam1", kTangential, [](LensParam &model, float value) { model.tangential1 = value; }},
     {"stCamera:TangentialDistortParam2", kTangential, [](LensParam &model, float value) { model.tangential2 = value; }},
-    // In the order of the file, whatever their numbers.
+    // In the order of the file, whatever their indices.
     {"stCamera:RadialDistortParam1", kRadial, Append},
     {"stCamera:RadialDistortParam2", kRadial, Append},
     {"stCamera:RadialDistortParam3", kRadial, Append},
@@ -39,7 +39,7 @@ const ValueRule kValueRules[] = {
     {"stCamera:VignetteModelParam3", kVignette, Append},
 };
 
-/// A model element inside the distortion model, and what is read of it.
+/// A model element inside the distortion model, and the values read from it.
 struct SubModelRule {
     const char *tag;
     LensParam newLCP::*model;
@@ -53,7 +53,7 @@ const SubModelRule kSubModelRules[] = {
     {"stCamera:VignetteModel", &newLCP::vignetteModel, kPlace | kVignette},
 };
 
-/// The rule for a tag, null if there is none.
+/// Returns the rule for a tag, null if there is none.
 template <typename Rule, size_t count> const Rule *FindRule(const Rule (&rules)[count], const QString &tag)
 {
     for (const Rule &rule : rules) {
@@ -63,7 +63,7 @@ template <typename Rule, size_t count> const Rule *FindRule(const Rule (&rules)[
     return nullptr;
 }
 
-/// The text of an element as a number; 0 if it is none.
+/// Returns the text of an element as a number; 0 if it is not a number.
 float Number(const QDomElement &element)
 {
     return element.text().toFloat();
@@ -112,7 +112,7 @@ bool newLCP::ReadEntry(const QDomElement &root)
     if (!IsResource(entry))
         return false;
     const QDomElement modelElement = ModelElement(entry);
-    // Metadata behind the model element is never read.
+    // Metadata after the model element is never read.
     for (QDomElement element = entry.firstChildElement(); element != modelElement;
          element = element.nextSiblingElement())
         ReadMetadata(element);

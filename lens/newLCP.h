@@ -1,4 +1,4 @@
-// A lens profile in memory: five lens models out of an .lcp file, and the warp of a picture by them.
+// A lens profile in memory: the five lens models of an .lcp file, and the warp of a picture by them.
 #pragma once
 
 #include "LensParam.h"
@@ -8,8 +8,8 @@ class QDomElement;
 class QString;
 
 /// The first entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
-/// element form, tags compared with their prefix. A profile may hold an entry for each focal length, aperture and
-/// distance; the first one in the file stands for all.
+/// element form, tags compared with their prefix. A profile may hold one entry per focal length, aperture and distance;
+/// only the first one in the file is used.
 ///
 /// Values in the file are fractions of the size minus one of the calibrated picture. The pixel values of the models
 /// (LensParam::centerX, centerY, focalPixels) hold for a picture of imageWidth by imageLength times `scale`.
@@ -18,17 +18,16 @@ public:
     /// Reads @p fileName, once.
     ///
     /// @param ok  true if the file holds a profile, false if not: no rdf:li on the path of first child elements, an
-    ///            rdf:li without rdf:parseType="Resource" or without a model element, no XML, or more of it than a
-    ///            profile has (see ReadProfileDocument). Left as it was if the file can't be opened, so callers preset
-    ///            it.
-    /// Nothing is thrown. XML that breaks off is used as far as it goes.
+    /// rdf:li without rdf:parseType="Resource" or without a model element, not XML, or XML beyond the limits of
+    /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
+    /// is used as far as it goes.
     newLCP(const QString &fileName, bool &ok);
     /// Reads a parsed profile from its root element; @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 
     /// Sets sensorFormatFactor to 1, scale, sizes and modelKind to 0.
     void Init();
-    /// LensParam::Reset for the five models, then Init.
+    /// Calls LensParam::Reset for the five models, then Init.
     void Reset();
 
     /// The kind of the distortion and green models; the red and blue ones are always perspective.
@@ -36,23 +35,23 @@ public:
 
     /// Warps @p source into @p destination, on the calling thread.
     ///
-    /// With none of @p distortion and @p chromatic only the vignette gain is applied; a run whose models the profile
-    /// doesn't hold leaves @p destination as it was (see InterpolatorKim).
+    /// Without @p distortion and @p chromatic only the vignetting gain is applied; a run whose models the profile
+    /// doesn't hold leaves @p destination unchanged (see InterpolatorKim).
     ///
-    /// @param source       8 to 32 bits per channel; 9 to 15 stand in 16-bit words, 17 to 32 are float. Not the same
-    ///                     image as @p destination.
+    /// @param source       8 to 32 bits per channel; 9 to 15 are stored in 16-bit words, 17 to 32 are float. Not the
+    ///                     same image as @p destination.
     /// @param destination  Allocated by the caller, 8, 16 or 32 bits per channel.
     /// @param mode         0: nearest-below sampling, otherwise bilinear.
-    /// @return             false, with @p destination untouched, for an empty image, a depth that isn't served, or
-    ///                     images that don't go together.
+    /// @return             false, with @p destination untouched, for an empty image, an unsupported depth, or images
+    ///                     that don't match.
     bool Render(KImage &source, KImage &destination, bool distortion, bool chromatic, bool falloff, int mode);
 
-    // In this order; hosts that share kernels rely on it.
-    float sensorFormatFactor = 1.0F; // read, used by nothing
-    float scale = 0.0F;              // size of the picture at hand over the profile's; the caller sets it before Render
+    // Keep this order; hosts that share kernels rely on it.
+    float sensorFormatFactor = 1.0F; // read but unused
+    float scale = 0.0F;              // size of the current picture over the profile's; the caller sets it before Render
     double imageWidth = 0.0;
     double imageLength = 0.0;
-    int modelKind = 0; // a LensModel as a number; any but 0 counts as fisheye
+    int modelKind = 0; // a LensModel as a number; any value but 0 counts as fisheye
     LensParam distortionModel;
     LensParam greenModel;
     LensParam redGreenModel; // red relative to green

@@ -1,4 +1,4 @@
-// newLCP::Render: which InterpolatorKim serves two images.
+// newLCP::Render: chooses the InterpolatorKim for the depths of two images.
 #include "newLCP.h"
 
 #include "Corrections.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What Render was asked for.
+/// The arguments of Render.
 struct RenderJob {
     newLCP *lcp;
     KImage *source;

@@ -21,16 +21,16 @@ template <typename Value> struct Word {
     Value value;
 };
 
-constexpr Word<Framing> kFramings[] = {{QLatin1String("fill"), Framing::Fill},
+const Word<Framing> kFramings[] = {{QLatin1String("fill"), Framing::Fill},
                                        {QLatin1String("keep"), Framing::Keep},
                                        {QLatin1String("all"), Framing::All}};
-constexpr Word<Sampling> kSamplings[] = {{QLatin1String("sharp"), Sampling::Sharp},
+const Word<Sampling> kSamplings[] = {{QLatin1String("sharp"), Sampling::Sharp},
                                          {QLatin1String("bilinear"), Sampling::Bilinear}};
-constexpr Word<Projection> kProjections[] = {{QLatin1String("rectilinear"), Projection::Rectilinear},
+const Word<Projection> kProjections[] = {{QLatin1String("rectilinear"), Projection::Rectilinear},
                                              {QLatin1String("equidistant"), Projection::Equidistant},
                                              {QLatin1String("stereographic"), Projection::Stereographic},
                                              {QLatin1String("equisolid"), Projection::Equisolid}};
-constexpr Word<ProfileSource> kSources[] = {{QLatin1String("auto"), ProfileSource::Auto},
+const Word<ProfileSource> kSources[] = {{QLatin1String("auto"), ProfileSource::Auto},
                                             {QLatin1String("lcp"), ProfileSource::Lcp},
                                             {QLatin1String("lensfun"), ProfileSource::Lensfun}};
 

@@ -12,10 +12,10 @@ struct SwitchRule {
     int index;
     Done done;
     const char *source;
-    double end = 256.0; // "not applicable" is written as a large number
+    double end = 256.0; // "not applicable" is stored as a large number
 };
 
-// Tag numbers and places from the documentation of the package libimage-exiftool-perl.
+// Tag numbers and indices from the documentation of the package libimage-exiftool-perl.
 constexpr SwitchRule kSwitches[] = {
     {"Exif.Nikon3.VignetteControl", 0, &PictureFacts::vignettingDone, "maker note, vignette control"},
     {"Exif.Nikon3.0x002b", 4, &PictureFacts::distortionDone, "maker note, auto distortion control", 2.0},
@@ -30,12 +30,12 @@ constexpr SwitchRule kSwitches[] = {
     {"Exif.Panasonic.ShadingCompensation", 0, &PictureFacts::vignettingDone, "maker note, shading compensation"},
 };
 
-/// Phones and drones whose pictures leave them corrected. Both texts begin the file's, in any case.
+/// Phones and drones that correct their pictures. Both texts are prefixes of the file's, case insensitive.
 struct SelfCorrecting {
     const char *make, *model;
 };
 
-// Drones by the names of their cameras; those not listed deliver what the lens drew.
+// Drones by the names of their cameras; unlisted ones deliver uncorrected pictures.
 constexpr SelfCorrecting kSelfCorrecting[] = {
     {"Apple", "iPhone"},
     {"Apple", "iPad"},
@@ -70,7 +70,7 @@ void Set(Fact<bool> *fact, const QString &source)
         *fact = {true, source};
 }
 
-/// Settings of a raw converter that it says it has applied.
+/// Reads the settings that a raw converter reports as applied.
 void FindDeveloped(const MetadataLookup &metadata, PictureFacts *facts)
 {
     if (!metadata.IsTrue("Xmp.crs.AlreadyApplied"))

@@ -1,9 +1,9 @@
-// What a camera or a program corrected before the picture came here.
+// Corrections that a camera or another program already applied to the picture.
 #pragma once
 
 #include "MetadataLookup_p.h"
 #include "PictureFacts.h"
 
-/// Fills distortionDone, chromaticDone and vignettingDone of a rendered picture, whose make and model are known
-/// already. Camera raw pixels are never corrected before.
+/// Fills distortionDone, chromaticDone and vignettingDone of a rendered picture with known make and model. Camera raw
+/// pixels are always uncorrected.
 void FindDoneBefore(const MetadataLookup &metadata, PictureFacts *facts);

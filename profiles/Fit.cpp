@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The frame under an entry, and all that state the same frame.
+/// The picture's frame for an entry, shared by all entries with the same frame.
 struct KnownFrame {
     const ProfileEntry *of;
     std::optional<EntryFrame> frame;
@@ -63,7 +63,7 @@ private:
                                               : &m_result.lightEntries;
     }
 
-    /// Entries for one correction; none, with a reason where one is owed, if it isn't made.
+    /// Returns the entries for one correction; none if it isn't made, with a reason if it was requested.
     BlendParts Chosen(const FitTask &task, QVector<EntryWeight> *weights)
     {
         if (!m_leftOut.Allows(task, m_options))
@@ -102,7 +102,7 @@ private:
         return parts;
     }
 
-    /// The frame under an entry; none if it can't serve.
+    /// Returns the picture's frame for an entry; none if the entry cannot be used.
     std::optional<EntryFrame> FrameOf(int index, QString *why)
     {
         const ProfileEntry &entry = m_profile.entries[index];
@@ -186,7 +186,7 @@ private:
     const ProfileBlend m_blend;
     FitResult m_result;
     LeftOut m_leftOut;
-    QVector<KnownFrame> m_frames; // entries of a profile hardly ever differ in theirs
+    QVector<KnownFrame> m_frames; // entries of a profile rarely differ in it
 };
 
 } // namespace

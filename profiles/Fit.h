@@ -1,4 +1,4 @@
-// The one function that decides how a picture is corrected. No pixels.
+// The function that decides how a picture is corrected. It reads no pixels.
 #pragma once
 
 #include "Correction.h"
@@ -7,24 +7,24 @@
 #include "PictureFacts.h"
 #include "ProfileGrid.h"
 
-/// What comes of it. Empty Correction and a reason in `why` if nothing is to be done.
+/// The result of a fit. An empty Correction and a reason in `why` if there is nothing to correct.
 struct FitResult {
     Correction correction;
-    bool distortion = false, chromatic = false, vignetting = false; // what is done
+    bool distortion = false, chromatic = false, vignetting = false; // corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
-    QString entries;          // as text, for people: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
-    QStringList assumed;      // each assumption, for people
-    QString why;              // why nothing, or not everything, is done, in one line; empty if all is
-    QString reason;           // why this profile, where it was found
+    QString entries;          // readable: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
+    QStringList assumed;      // one readable line per assumption
+    QString why;              // one line: why something was left out; empty if nothing was
+    QString reason;           // why this profile, if it was found automatically
     QStringList nearest;      // if none was found: up to three that came close
-    bool isAmbiguous = false; // several profiles stand equal, so none was taken
+    bool isAmbiguous = false; // several profiles fit equally well, so none was used
     double zoom = 1.0;
     double fieldShare = 1.0;  // share of the photographed field that is kept
-    bool leavesEmpty = false; // some pixels of the result have no light: it needs alpha
+    bool leavesEmpty = false; // some pixels of the result have no source: it needs alpha
 };
 
-/// Fits @p profile to the picture: which entries, on which frame, framed how. Nothing is guessed: what the picture
-/// doesn't tell and the profile needs is a reason to leave the correction out. Any thread, once the image module has
-/// started (for the table of cameras).
+/// Fits @p profile to the picture: chooses entries, frame and framing. Nothing is guessed: a correction that needs a
+/// fact missing from the picture is left out, with a reason. Any thread, once the image module has started (for the
+/// table of cameras).
 FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOptions &options);

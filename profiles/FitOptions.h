@@ -1,4 +1,4 @@
-// What a host or a user asks of a fitted correction; the defaults are what an absent attribute means.
+// Options of a fitted correction, set by a host or a user; absent attributes mean the defaults.
 #pragma once
 
 #include <QString>
@@ -10,7 +10,7 @@ enum class Sampling { Sharp, Bilinear };
 enum class Projection { Rectilinear, Equidistant, Stereographic, Equisolid };
 enum class ProfileSource { Auto, Lcp, Lensfun };
 
-/// Facts typed by the user for lenses that write none; each overrides what the file says.
+/// Facts typed by the user, for lenses that report none; each overrides the file's.
 struct TypedFacts {
     QString lens;                    // empty: not given
     QString body;                    // model name; empty: not given
@@ -21,13 +21,13 @@ struct TypedFacts {
 
 struct FitOptions {
     bool distortion = true, chromatic = true, vignetting = true;
-    QString profile; // path that the user chose; empty: found automatically
+    QString profile; // path chosen by the user; empty: found automatically
     Framing framing = Framing::Fill;
     double framingFactor = 1.0; // of Framing::Factor, 0.5 to 2
     Sampling sampling = Sampling::Sharp;
     Projection projection = Projection::Rectilinear;                              // of fisheyes
     double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0; // 0 to 1 and a little beyond
     ProfileSource source = ProfileSource::Auto;
-    bool again = false; // correct what was corrected before
+    bool again = false; // correct even if it was corrected before
     TypedFacts typed;
 };

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The value above 0, typed by the user or else of the file.
+/// Returns a value above 0, typed by the user or else read from the file.
 std::optional<double> Settled(const std::optional<double> &typed, const Fact<double> &fact)
 {
     if (typed && *typed > 0.0)
@@ -34,12 +34,12 @@ Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
 
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
 {
-    if (!typed.body.isEmpty()) // makers are found in it as in any text
+    if (!typed.body.isEmpty()) // makers are also recognized inside the typed text
         return {facts.make.value.isEmpty() ? typed.body : facts.make.value + QLatin1Char(' ') + typed.body, typed.body};
     return {facts.make.value, facts.model.value};
 }
 
-/// Twice what the profile says is more than anybody needs, and keeps all values finite.
+/// Twice the profile's amount is enough for any use, and keeps all values finite.
 static double Amount(double asked)
 {
     return std::min(asked, 2.0);
@@ -58,7 +58,7 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
 {
     if (!task.isWanted)
         return false;
-    const bool isChosen = !options.profile.isEmpty(); // by someone who knows the picture
+    const bool isChosen = !options.profile.isEmpty(); // by a user who knows the picture
     if (task.done.value && !options.again && !isChosen)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
     else if (!(task.amount > 0.0))

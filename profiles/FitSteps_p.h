@@ -1,4 +1,4 @@
-// What every fit does, whatever the corrections come from.
+// Steps shared by all fits, by profile or by lensfun.
 #pragma once
 
 #include "Fit.h"
@@ -7,11 +7,11 @@
 
 #include <array>
 
-/// The picture's setting: what the user typed, or else what the file says.
+/// Returns the picture's setting: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
-/// One of the three corrections, as asked for.
+/// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
     const char *name; // for people
@@ -23,10 +23,10 @@ using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options);
 
-/// Corrections that are wanted and not made, with the reasons.
+/// Requested corrections that are not made, with the reasons.
 class LeftOut {
 public:
-    /// Whether the correction is wanted and may be made; a reason is kept where one is owed.
+    /// Whether the correction is requested and allowed; otherwise records the reason if it was requested.
     bool Allows(const FitTask &task, const FitOptions &options);
     void Add(const FitTask &task, const QString &why);
     /// "distortion, vignetting: corrected before (...)" in one line; empty if nothing was left out.
@@ -36,5 +36,5 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names, and why
 };
 
-/// Frames the result's correction and says what that does to the field.
+/// Frames the result's correction and fills in its effect on the field of view.
 void FrameResult(const FitOptions &options, FitResult *result);

@@ -9,6 +9,17 @@ QString Numeral(double value, int digits)
     return QString::number(value, 'g', digits);
 }
 
+QString WeightsText(const LensProfile &profile, const QVector<EntryWeight> &weights)
+{
+    QStringList parts;
+    for (const EntryWeight &one : weights)
+        parts
+            << QStringLiteral("%1 %2 %").arg(EntryText(profile.entries[one.entry])).arg(one.weight * 100.0, 0, 'f', 0);
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace
+
 QString EntryText(const ProfileEntry &entry)
 {
     QStringList parts;
@@ -22,17 +33,6 @@ QString EntryText(const ProfileEntry &entry)
         parts << Numeral(entry.distanceM, 3) + QStringLiteral(" m");
     return parts.isEmpty() ? QStringLiteral("the entry in line %1").arg(entry.line) : parts.join(QLatin1Char(' '));
 }
-
-QString WeightsText(const LensProfile &profile, const QVector<EntryWeight> &weights)
-{
-    QStringList parts;
-    for (const EntryWeight &one : weights)
-        parts
-            << QStringLiteral("%1 %2 %").arg(EntryText(profile.entries[one.entry])).arg(one.weight * 100.0, 0, 'f', 0);
-    return parts.join(QStringLiteral(", "));
-}
-
-} // namespace
 
 QString EntriesText(const LensProfile &profile, const FitResult &result)
 {

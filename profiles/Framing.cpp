@@ -11,9 +11,9 @@ namespace {
 using Point = SourcePlaces::Point;
 
 constexpr int kBisections = 36;
-constexpr int kFirstSamples = 33; // of an edge
+constexpr int kFirstSamples = 33; // per edge
 
-/// Positions on the four edges, @p samples evenly on each.
+/// Returns positions on the four edges, @p samples evenly spaced on each.
 std::vector<Point> EdgePoints(double width, double height, int samples)
 {
     std::vector<Point> points;
@@ -25,7 +25,7 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-/// For its positions alone.
+/// Uses only its positions.
 CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;
@@ -33,7 +33,7 @@ CorrectionTwin Unframed(Correction correction)
     return CorrectionTwin(correction);
 }
 
-/// The least zoom that leaves no pixel empty; above kMostZoom if none does.
+/// Returns the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
 class FillSearch {
 public:
     explicit FillSearch(const Correction &correction)
@@ -45,8 +45,7 @@ public:
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kLeastZoom);
-        // Pixels between the samples that are still empty join them. Every pixel counts in the end, but few rounds
-        // need to look at all of them.
+        // Add the empty pixels between the samples. In the end every pixel counts, but few rounds check all of them.
         for (int step : {16, 1, 1, 1}) {
             if (zoom > kMostZoom)
                 break;
@@ -59,7 +58,7 @@ public:
     }
 
 private:
-    /// To the pixels' outer edges: what the twin allows beyond them is for rounding.
+    /// Up to the pixels' outer edges: the margin that the twin allows beyond them absorbs rounding.
     bool Holds(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
@@ -117,7 +116,7 @@ private:
     std::vector<Point> m_points;
 };
 
-/// Where the corrected picture, unframed, shows a place of the source. False if nowhere.
+/// Finds the position in the unframed corrected picture that shows a place of the source. False if there is none.
 bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
@@ -147,7 +146,7 @@ double ZoomForAll(const Correction &correction)
     for (const Point &edge : EdgePoints(correction.width, correction.height, kFirstSamples)) {
         Point shown{};
         if (!Shows(twin, edge, &shown))
-            return 0.0; // beyond a fold: as much as the bound allows
+            return 0.0; // beyond a fold: zoom out to the bound
         zoom = std::min({zoom, halfWidth / std::abs(shown.x - halfWidth), halfHeight / std::abs(shown.y - halfHeight)});
     }
     return zoom;
@@ -163,14 +162,14 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         zoom = ZoomForAll(correction);
     const double bounded = std::clamp(zoom, kLeastZoom, kMostZoom);
-    // Filled at the least zoom already: a smaller one would do as well.
+    // Filled even at the smallest zoom: a smaller one would do, so the bound applies.
     return {bounded, bounded != zoom || (framing == Framing::Fill && correction.geometry && zoom == kLeastZoom)};
 }
 
 bool LeavesEmpty(const Correction &correction)
 {
     Correction positions = correction;
-    positions.light.reset(); // not needed, and a curve to evaluate
+    positions.light.reset(); // not needed, and costly to evaluate
     return CorrectionTwin(positions).LeavesEmpty();
 }
 
@@ -191,8 +190,8 @@ double FieldShare(const Correction &correction)
         for (int x = 0; x < kCells; ++x) {
             if (twin.IsEmpty(at(x + 0.5, y + 0.5)))
                 continue;
-            const Point *above = &corners[size_t(y * (kCells + 1) + x)], *below = above + kCells + 1;
-            // Of the cell in the source, by its diagonals.
+            const Point *above = &corners[size_t(y) * (kCells + 1) + size_t(x)], *below = above + kCells + 1;
+            // Area of the cell in the source, by its diagonals.
             area += ((below[1].x - above[0].x) * (below[0].y - above[1].y)
                      - (below[0].x - above[1].x) * (below[1].y - above[0].y))
                 / 2.0;

@@ -1,4 +1,4 @@
-// How a corrected picture is framed: by a zoom about its middle.
+// The framing of a corrected picture: a zoom about its middle.
 #pragma once
 
 #include "Correction.h"
@@ -8,23 +8,23 @@ constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
 
 struct FramingZoom {
     double zoom = 1.0;
-    bool isBounded = false; // the framing asked for would need a zoom beyond the bounds
+    bool isBounded = false; // the requested framing would need a zoom beyond the bounds
 };
 
-/// The zoom that frames @p correction (whose own zoom doesn't count):
+/// Returns the zoom that frames @p correction (its `zoom` is ignored):
 ///
 /// | framing | zoom |
 /// |---|---|
-/// | Fill | the least that leaves no pixel empty, in any color |
+/// | Fill | the smallest that leaves no pixel empty, in any color |
 /// | Keep | 1 |
-/// | All | the greatest that keeps everything photographed in the picture |
+/// | All | the largest that keeps the whole photographed field in the picture |
 /// | Factor | @p factor |
 ///
-/// Without a geometric step only a factor frames: lateral color alone moves edges by a pixel or two.
+/// Without a geometric step only Factor has an effect: lateral color alone moves edges by a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
-/// Whether some pixels of the result have no light, so that it needs alpha.
+/// Whether some pixels of the result have no source, so that it needs alpha.
 bool LeavesEmpty(const Correction &correction);
 
-/// The share of the photographed field that the result shows, 0 to 1.
+/// Returns the share of the photographed field that the result shows, 0 to 1.
 double FieldShare(const Correction &correction);

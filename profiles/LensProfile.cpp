@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr double kInfinityM = 10000.0; // profiles write this and more for infinity
-// Beyond these no lens lies; within them no polynomial overflows.
+constexpr double kInfinityM = 10000.0; // profiles use this value and larger ones for infinity
+// No lens is beyond these bounds; within them no polynomial overflows.
 constexpr double kMinFocal = 0.01, kMaxFocal = 1000.0, kMaxCoefficient = 1e12;
 
 struct TextRule {
@@ -34,7 +34,7 @@ constexpr TextRule kTextRules[] = {
     {"ProfileName", &ProfileEntry::profileName},
 };
 
-/// Values that only make sense above 0.
+/// Values that must be above 0.
 struct SizeRule {
     const char *name;
     double ProfileEntry::*value;
@@ -72,7 +72,7 @@ constexpr PlaceRule kPlaceRules[] = {
     {"TangentialDistortParam2", &ProfileModel::tangential2, -kMaxCoefficient, kMaxCoefficient},
 };
 
-/// "1.4" or "14/10", finite, whatever the locale.
+/// Parses "1.4" or "14/10" in any locale; the result is finite.
 std::optional<double> Number(const QString &text)
 {
     const int slash = text.indexOf(QLatin1Char('/'));
@@ -93,7 +93,7 @@ bool SaySame(const QString &a, const QString &b)
     return first && second && *first == *second;
 }
 
-/// Makes one entry out of its fields.
+/// Builder of one entry from its fields.
 class EntryReader {
 public:
     EntryReader(const ProfileNode &node, LensProfile *profile)
@@ -143,7 +143,7 @@ private:
         }
     }
 
-    /// A value of the setting above 0, or 0 with a note.
+    /// Returns a value of the setting above 0, or 0 with a note.
     double Size(const char *name)
     {
         const ProfileField *field = Find(m_node, name);
@@ -212,7 +212,7 @@ private:
         ProfileModel base;
         base.focalLengthX = FocalByFrame();
         if (!ReadPlace(node, &base))
-            return; // the models inside inherit what can't be read
+            return; // the models inside inherit the unreadable values
         ProfileModel geometry = base;
         if (ReadCoefficients(node, "RadialDistortParam", &geometry)
             && (!geometry.coefficients.isEmpty() || geometry.tangential1 != 0.0 || geometry.tangential2 != 0.0))
@@ -241,7 +241,7 @@ private:
             (m_entry.*rule->model).reset();
             ReadKnownSubModel(node, *rule, model);
             for (const ProfileNode &child : node.models)
-                ReadSubModel(child, model); // points stand inside the vignette model
+                ReadSubModel(child, model); // points are inside the vignetting model
         }
         if (m_isPiecewise)
             m_entry.vignette.reset();
@@ -251,7 +251,7 @@ private:
     {
         if (!ReadPlace(node, &model) || !ReadCoefficients(node, rule.coefficients, &model))
             return;
-        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // a lateral color error may be a scale alone
+        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // a lateral color error may be only a scale
         if (!model.coefficients.isEmpty() || isScaled || model.tangential1 != 0.0 || model.tangential2 != 0.0)
             Keep(node, model, rule.model);
         else if (node.models.empty())
@@ -273,7 +273,7 @@ private:
         return longSideMm > 0.0 ? m_entry.focalMm / longSideMm : 0.0;
     }
 
-    /// Reads a number of a model that lies within bounds. @return false, with a note, if it is none.
+    /// Reads a number of a model within bounds. @return false, with a note, if it is not one.
     bool ReadBounded(const ProfileNode &node, const ProfileField &field, double least, double most, double *to)
     {
         const std::optional<double> value = Number(field.value);
@@ -372,12 +372,12 @@ LensProfile ReadLensProfile(const QString &path, QString *error)
     LensProfile profile;
     profile.path = path;
     const QFileInfo info(path);
-    if (info.exists() && !info.isFile() && !info.isDir()) // a pipe without a writer would wait for one, for good
+    if (info.exists() && !info.isFile() && !info.isDir()) // a pipe without a writer would block forever
         return Refused(profile, QStringLiteral("not a regular file"), error);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Refused(profile, file.errorString(), error);
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever the file says of its size
+    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever size the file reports
     if (content.size() > kMaxXmlBytes)
         return Refused(profile, QStringLiteral("the file is larger than %1 MiB").arg(kMaxXmlBytes >> 20), error);
     return ParseLensProfile(content, path, error);

@@ -1,4 +1,4 @@
-// A lens profile with every entry as it stands in the file, whatever the spelling.
+// A lens profile with all entries of its file, in any spelling.
 #pragma once
 
 #include <QByteArray>
@@ -9,16 +9,16 @@
 #include <optional>
 
 /// One polynomial model of an entry, in the file's units: focal length as a share of the frame's long side, center as
-/// shares of width and height. What the file leaves out and inherits is filled in.
+/// shares of width and height. Inherited values are filled in.
 struct ProfileModel {
-    double focalLengthX = 0.0; // 0: not given, and the entry has no frame to tell it from focalMm
+    double focalLengthX = 0.0; // 0: not given, and not computable from focalMm without a frame
     double centerX = 0.5, centerY = 0.5;
     double scaleFactor = 1.0;
-    QVector<double> coefficients; // radial, fisheye or vignette terms in the order of their numbers, at most three
+    QVector<double> coefficients; // radial, fisheye or vignetting terms in the order of their numbers, at most three
     double tangential1 = 0.0, tangential2 = 0.0;
 };
 
-/// One calibration: a setting of camera and lens, and its models.
+/// One calibration: the models at one setting of camera and lens.
 struct ProfileEntry {
     enum class Kind { Perspective, Fisheye };
 
@@ -39,29 +39,29 @@ struct ProfileEntry {
 
     Kind kind = Kind::Perspective;
     std::optional<ProfileModel> geometry, green, redGreen, blueGreen, vignette;
-    qint64 line = 0; // of the file, where the entry begins; 1 is the first
+    qint64 line = 0; // of the file where the entry starts, from 1
 };
 
-/// Something in a profile that is odd, with its place.
+/// A note about something odd in a profile, with its place.
 struct ProfileNote {
     qint64 line = 0;
     int entry = -1; // index; -1: the file
     QString text;
-    bool unusable = false; // what it is said of can't be used
+    bool unusable = false; // the entry or model cannot be used
 };
 
 struct LensProfile {
     QString path;
-    QVector<ProfileEntry> entries; // in the order of the file, those without a usable model too
+    QVector<ProfileEntry> entries; // in the order of the file, including those without a usable model
     QVector<ProfileNote> notes;
 };
 
 /// Reads a profile of any spelling: elements or attributes, any prefix, any order (see docs/fitting.md).
 ///
-/// Models that can't be used are left out, with an unusable note. The limits of XmlLimits.h hold.
+/// Leaves out unusable models, with a note. The limits of XmlLimits.h apply.
 ///
 /// @param error  filled if nothing is usable: what was read, expected and found. Null if not wanted.
 /// @return no entries then.
 LensProfile ReadLensProfile(const QString &path, QString *error);
-/// The same of bytes at hand. @p path is only kept.
+/// The same for content in memory. @p path is only stored.
 LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QString *error);

@@ -1,4 +1,4 @@
-// Functions of the radius as the maps of a correction.
+// Tables of a correction's maps, from functions of the radius.
 #pragma once
 
 #include "Correction.h"
@@ -6,20 +6,20 @@
 
 #include <functional>
 
-constexpr double kLeastLight = 1.0 / 16; // 4 EV are the most that is made up for
+constexpr double kLeastLight = 1.0 / 16; // at most 4 EV are corrected
 
-/// What a map has besides its curve. Both in the picture's axes.
+/// Center and tangential terms of a map, both in the picture's axes.
 struct MapMiddle {
     PictureVector center;     // pixels
     PictureVector tangential; // 1 / pixel
 };
 
-/// From the center to the farthest corner of the picture after it was made smaller about its middle, in pixels.
+/// Returns the distance from the center to the farthest corner of the picture reduced about its middle, in pixels.
 double FarthestRadius(const QSize &pixels, const PictureVector &center, double shrink);
 
-/// @param factor  a place's radius over the radius, by the radius in pixels.
-/// @param reach   radii up to this are asked for.
-/// @param end     ... and beyond this mean nothing; may be infinite.
+/// @param factor source radius over the radius, by the radius in pixels.
+/// @param reach   the largest radius used.
+/// @param end     the radius where the map ends; may be infinite.
 /// @param amount  share of the displacement.
 RadialMap TabulateMap(const MapMiddle &middle, const std::function<double(double)> &factor, double reach, double end,
                       double amount);

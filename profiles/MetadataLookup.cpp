@@ -8,7 +8,7 @@
 
 namespace {
 
-/// "18/10" or "0.7"; 0 for what is not finite.
+/// Parses "18/10" or "0.7"; 0 if the result is not finite.
 double ToNumber(const QString &text)
 {
     const int slash = text.indexOf(QLatin1Char('/'));

@@ -1,4 +1,4 @@
-// The metadata of a picture by key.
+// Lookup of a picture's metadata by key.
 #pragma once
 
 #include <QHash>
@@ -10,20 +10,20 @@ struct MetadataText {
     QString raw, printed; // as stored; as explained in English
 };
 
-/// Reads once, answers often. Keys that are absent give empty texts.
+/// Metadata of one file, read once. Absent keys give empty texts.
 class MetadataLookup {
 public:
-    /// Of a file; empty if nothing can be read.
+    /// Reads a file; empty if nothing can be read.
     explicit MetadataLookup(const QString &path);
 
     bool Has(const char *key) const { return m_texts.contains(QLatin1String(key)); }
     MetadataText Text(const char *key) const { return m_texts.value(QLatin1String(key)); }
-    /// The numbers of a value: "24/1 70/1 0/0" gives 24, 70 and 0. What is no number counts as 0.
+    /// Returns the numbers of a value: "24/1 70/1 0/0" gives 24, 70 and 0. Other text counts as 0.
     QVector<double> Numbers(const char *key) const;
-    /// The first of them; 0 if there is none.
+    /// Returns the first of them; 0 if there is none.
     double Number(const char *key) const;
     bool IsTrue(const char *key) const;
 
 private:
-    QHash<QString, MetadataText> m_texts; // of a key that comes twice, the first
+    QHash<QString, MetadataText> m_texts; // of repeated keys the first
 };

@@ -10,7 +10,7 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kRectilinearEnd = 85.0 / 180.0 * kPi;
 constexpr int kFirstSteps = 32, kMostSteps = 8192; // of a table
 
-/// 1 + c0 x + c1 x^2 + c2 x^3 of those that there are.
+/// Returns 1 + c0 x + c1 x^2 + c2 x^3; missing coefficients are 0.
 double Polynomial(const QVector<double> &coefficients, double x)
 {
     double sum = 0.0;
@@ -89,10 +89,10 @@ double FoldRadius(const std::function<double(double)> &factor, double endRadius)
             break;
         before = here;
     }
-    // A fold in the last step shows by the slope at the end alone.
+    // A fold in the last step shows only in the slope at the end.
     if (fold > kSteps && place(endRadius) >= place(endRadius * (1.0 - 1e-7)))
         return endRadius;
-    // The greatest place between the neighbors, by thirds.
+    // Find the maximum between the neighbors by ternary search.
     double low = std::max(0, fold - 2) * step, high = std::min(fold, kSteps) * step;
     for (int i = 0; i < 60; ++i) {
         const double third = (high - low) / 3.0;
@@ -107,7 +107,7 @@ double FoldRadius(const std::function<double(double)> &factor, double endRadius)
 RadialCurve Tabulate(const std::function<double(double)> &value, double endRadius,
                      const std::function<double(double)> &tolerance)
 {
-    if (!(endRadius > 1e-3)) // a map that ends where it begins
+    if (!(endRadius > 1e-3)) // an empty map
         return RadialCurve(value(0.0));
     const double endSquared = endRadius * endRadius;
     const auto at = [&](double squared) { return value(std::min(std::sqrt(squared), endRadius)); };
@@ -117,7 +117,7 @@ RadialCurve Tabulate(const std::function<double(double)> &value, double endRadiu
         std::vector<double> finer(static_cast<size_t>(steps) + 1);
         for (size_t i = 0; i < finer.size(); ++i)
             finer[i] = !nodes.empty() && i % 2 == 0 ? nodes[i / 2] : at(static_cast<double>(i) * step);
-        if (!nodes.empty()) { // the new nodes lie between those of the table before
+        if (!nodes.empty()) { // the new nodes lie between those of the previous table
             const RadialCurve table(2.0 * step, nodes);
             bool isFine = true;
             for (size_t i = 1; i < finer.size() && isFine; i += 2) {

@@ -12,12 +12,12 @@ namespace {
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
-/// A key, and how people call it.
+/// A metadata key and its readable name.
 struct Source {
     const char *key, *name;
 };
 
-// Where a fact may stand, the most trustworthy first.
+// Keys that may hold a fact, the most trustworthy first.
 constexpr Source kMakes[] = {{"Exif.Image.Make", "EXIF Make"}, {"LibRaw.Make", "LibRaw"}};
 constexpr Source kModels[] = {{"Exif.Image.Model", "EXIF Model"}, {"LibRaw.Model", "LibRaw"}};
 constexpr Source kLensMakes[] = {{"Exif.Photo.LensMake", "EXIF LensMake"}, {"LibRaw.LensMake", "LibRaw"}};
@@ -67,7 +67,7 @@ constexpr Source kLensIds[] = {{"Exif.CanonCs.LensType", "maker note"},
                                {"Xmp.aux.LensID", "XMP aux:LensID"},
                                {"LibRaw.LensID", "LibRaw"}};
 
-/// A distance in the unit of one maker.
+/// A distance in the unit of a maker.
 struct DistanceRule {
     Source source;
     double (*meters)(double value); // 0: unknown
@@ -124,7 +124,7 @@ template <size_t count> Fact<double> FirstNumber(const MetadataLookup &metadata,
     return {};
 }
 
-/// Not "(165)", "n/a" or dashes, which stand for lenses that are unknown.
+/// Whether a text is a lens name, not "(165)", "n/a" or dashes, which mean an unknown lens.
 bool IsName(const QString &text)
 {
     static const char *const kNone[] = {"none", "n/a", "na", "unknown", "manual lens", "no lens"};
@@ -134,13 +134,13 @@ bool IsName(const QString &text)
            });
 }
 
-/// Not the numbers that stand for no lens and for any.
+/// Whether a number identifies a lens; some mean none or any.
 bool IsId(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("0") && text != QLatin1String("65535");
 }
 
-/// Adds a text unless it is there already.
+/// Adds a text unless it is already in the list.
 void AddNew(const QString &text, const Source &source, QVector<Fact<QString>> *to)
 {
     const bool isKnown =
@@ -174,7 +174,7 @@ void ReadLens(const MetadataLookup &metadata, PictureFacts *facts)
 Fact<double> ReadDistance(const MetadataLookup &metadata)
 {
     for (const DistanceRule &rule : kDistances) {
-        // EXIF 2.3, SubjectDistance: all bits set above mean infinity, whatever stands below.
+        // EXIF 2.3, SubjectDistance: a numerator with all bits set means infinity, for any denominator.
         const bool isInfinite = metadata.Text(rule.source.key).raw.startsWith(QLatin1String("4294967295"));
         const double meters = isInfinite ? kInfinite : rule.meters(metadata.Number(rule.source.key));
         if (meters > 0.0)
@@ -218,7 +218,7 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
     const double mm = resolution > 0.0
         ? std::max(width, height) / resolution * UnitMm(metadata.Number("Exif.Photo.FocalPlaneResolutionUnit"))
         : 0.0;
-    if (mm > 1.0 && mm < 100.0) // sensors of phones to those of large formats
+    if (mm > 1.0 && mm < 100.0) // from phones to large format
         facts->focalPlaneWidthMm = {mm, QStringLiteral("EXIF FocalPlaneXResolution")};
 }
 
@@ -234,7 +234,7 @@ void ReadEncoding(const MetadataLookup &metadata, PictureFacts *facts)
         facts->encoding = {ColorEncoding::AdobeRgb, QStringLiteral("EXIF InteroperabilityIndex")};
 }
 
-/// Of a raw converter's crop that was applied.
+/// Reads a crop that a raw converter applied.
 void ReadCrop(const MetadataLookup &metadata, PictureFacts *facts)
 {
     if (facts->raw || !metadata.IsTrue("Xmp.crs.HasCrop") || !metadata.IsTrue("Xmp.crs.AlreadyApplied"))

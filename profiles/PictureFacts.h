@@ -1,4 +1,4 @@
-// What counts of a photograph for the choice and the fit of its profile, each fact with its source.
+// Facts of a photograph for the choice and the fit of its profile, each with its source.
 #pragma once
 
 #include <QRectF>
@@ -8,7 +8,7 @@
 
 #include <optional>
 
-/// A fact and where it was read, "EXIF LensModel" for example.
+/// A fact and its source, for example "EXIF LensModel".
 template <typename T> struct Fact {
     T value{};
     QString source; // empty: unknown
@@ -16,7 +16,7 @@ template <typename T> struct Fact {
     bool Known() const { return !source.isEmpty(); }
 };
 
-/// The eight ways a picture can lie, as in EXIF; 1 is upright as stored.
+/// One of the eight orientations of EXIF; 1 is upright as stored.
 using Orientation = int;
 
 /// What EXIF says of stored values, for pictures without an ICC profile.
@@ -27,24 +27,24 @@ struct PictureFacts {
     Fact<QString> make, model;
     QVector<Fact<QString>> lensNames; // most trustworthy first
     Fact<QString> lensMake;
-    QVector<Fact<QString>> lensIds; // numbers of the maker's, as text
+    QVector<Fact<QString>> lensIds; // the maker's lens numbers, as text
     Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
     Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // distance: infinite is a value
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // of the original's long side
-    Orientation orientation = 1;    // as the file says
-    Orientation readerTurn = 1;     // what the reader applied already: raw, HEIF
+    Orientation orientation = 1;    // from the file
+    Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
     bool raw = false;
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // shares of the original, angle 0
-    bool cropTurned = false; // a crop with an angle, which can't be fitted
-    /// What was corrected before, of rendered pixels.
+    bool cropTurned = false; // a crop at an angle, which cannot be fitted
+    /// Corrections already in rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
 };
 
-/// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. No pixels.
-/// The image-file layer must have been started. Metadata that can't be read leave facts unknown.
+/// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. Reads no
+/// pixels. The image-file layer must have been started. Unreadable metadata leaves facts unknown.
 ///
-/// @param error  filled, and the size left empty, if the file is no picture. Null if not wanted.
+/// @param error  filled, and the size left empty, if the file is not a picture. Null if not wanted.
 PictureFacts ReadPictureFacts(const QString &path, QString *error);

@@ -14,10 +14,10 @@
 
 namespace {
 
-constexpr int kKeptProfiles = 8; // a job's pictures share few
+constexpr int kKeptProfiles = 8; // the pictures of a job use only a few
 constexpr double kAlikePx = 3.0, kAlikeEv = 0.1;
 
-/// Parent folders of drive_c, as Wine and the programs around it make them; * stands for any name.
+/// Parent folders of drive_c as created by Wine and its front ends; * matches any name.
 constexpr const char *kWinePrefixes[] = {
     ".wine",
     ".local/share/wineprefixes/*",
@@ -32,7 +32,7 @@ constexpr const char *kProfilesInPrefix[] = {
     "drive_c/users/*/Application Data/Adobe/CameraRaw/LensProfiles",
 };
 
-/// The folders that a pattern with * as whole names stands for.
+/// Expands a pattern in which * matches whole names.
 QStringList Expanded(const QString &base, const QStringList &parts)
 {
     if (parts.isEmpty())
@@ -81,7 +81,7 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether two corrections of one picture differ little at its corners and the middles of its sides.
+/// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
     const CorrectionTwin one(a), other(b);

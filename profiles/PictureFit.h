@@ -1,4 +1,4 @@
-// The correction of a picture, with the profile found where none was chosen.
+// The correction of a picture, by the chosen profile or one found automatically.
 #pragma once
 
 #include "Fit.h"
@@ -9,20 +9,20 @@
 
 #include <memory>
 
-/// Folders that are searched where the user names none: "vitrelux/profiles" in the XDG data folders, then where raw
-/// converters of this user keep lens profiles, Wine's prefixes included. Only those that exist, best first.
+/// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
+/// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
 QStringList DefaultProfileFolders();
 
-/// Fits pictures one after another by the profiles of some folders, and by lensfun's database where none of them fits.
-/// The index of the profiles is read with the first picture that needs it. Any thread; searches wait for each other.
+/// Fitter of pictures by the profiles of some folders, and by lensfun's database if none of them fits. Reads the
+/// profile index for the first picture that needs it. Any thread; searches wait for each other.
 class PictureFitter {
 public:
     /// @param folders    searched at any depth.
-    /// @param cacheFile  of the index; empty: none.
+    /// @param cacheFile  cache of the index; empty: none.
     explicit PictureFitter(const QStringList &folders, const QString &cacheFile = ProfileIndex::DefaultCacheFile());
 
-    /// Decides how the picture is corrected: by options.profile if the user chose one, else by what is found. What the
-    /// user typed goes before what the file says. Nothing is thrown; the image module must have started.
+    /// Decides how the picture is corrected: by options.profile if the user chose one, otherwise by the one found.
+    /// Typed facts override the file's. Throws nothing; the image module must have started.
     FitResult Fit(const PictureFacts &facts, const FitOptions &options);
 
 private:
@@ -40,8 +40,8 @@ private:
                       const FitOptions &options);
 
     const QStringList m_folders;
-    QMutex m_mutex; // guards all below
+    QMutex m_mutex; // guards all members below
     ProfileIndex m_index;
     bool m_scanned = false;
-    QVector<ReadFile> m_read; // the last ones, newest first
+    QVector<ReadFile> m_read; // the most recent ones, newest first
 };

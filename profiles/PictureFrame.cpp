@@ -9,14 +9,14 @@ namespace {
 
 constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
-constexpr double kMiddleCrop = 0.01; // a crop this near to the middle counts as lying there
+constexpr double kMiddleCrop = 0.01; // a crop this close to the middle counts as centered
 
 QString Plain(const QString &name)
 {
     return name.simplified().toCaseFolded();
 }
 
-/// "Canon EOS 60D" and "EOS 60D" are one where the maker is Canon.
+/// Whether two names mean the same model: "Canon EOS 60D" and "EOS 60D" do if the maker is Canon.
 bool IsSameModel(const QString &a, const QString &b, const QString &make)
 {
     const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // of "NIKON CORPORATION"
@@ -58,7 +58,7 @@ double CameraFactor(const QString &make, const QString &model)
 PictureVector Turned(Orientation turn, const PictureVector &vector)
 {
     const double x = vector.x, y = vector.y;
-    switch (turn) { // EXIF 2.3, Orientation: the sides on which the first row and column are shown
+    switch (turn) { // EXIF 2.3, Orientation: the sides that show the first row and column
     case 2:
         return {-x, y};
     case 3:
@@ -120,7 +120,7 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
         }
     }
     const double zoom = m_facts.digitalZoom.value;
-    if (zoom > crop * 1.01) { // makers count it into the 35 mm equivalent or not
+    if (zoom > crop * 1.01) { // some makers include it in the 35 mm equivalent
         crop = zoom;
         *assumed
             << QStringLiteral("a part of the sensor, %1 of its sides, by the digital zoom").arg(Percent(1.0 / zoom));
@@ -128,19 +128,19 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
     return 1.0 / crop;
 }
 
-/// Whether the picture was turned upright, or the other way, before it was stored.
+/// Whether the picture was turned by a right angle before it was stored.
 bool PictureFrame::LiesAcross(const ProfileEntry &entry) const
 {
     if (!m_facts.crop.Known())
         return entry.height > entry.width ? m_place.width > m_place.height : m_place.height > m_place.width;
-    // A part may have any shape: of both ways to lie, the one that gives the whole the profile's proportions.
+    // A crop may have any shape: choose the orientation in which the whole has the profile's proportions.
     const double profileAspect = entry.width > 0.0 && entry.height > 0.0 ? entry.width / entry.height : 1.5;
     const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
     const PictureVector across = SidesAcross();
     return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
 }
 
-/// The sides of the whole picture if the picture at hand was turned by a right angle.
+/// Returns the sides of the whole picture if the current picture was turned by a right angle.
 PictureVector PictureFrame::SidesAcross() const
 {
     const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
@@ -148,7 +148,7 @@ PictureVector PictureFrame::SidesAcross() const
     return {m_place.height / share, m_place.width * share};
 }
 
-/// Sets the ratio of the frames and the focal length of models that don't state it.
+/// Sets the ratio of the frames and the focal length of models without one.
 /// @param aspect  of the picture's frame.
 bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const
 {
@@ -169,7 +169,7 @@ bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame
     if (!(pictureLong > 0.0))
         pictureLong = m_facts.focalPlaneWidthMm.value;
     if (!(pictureLong > 0.0)) {
-        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't tell its camera")
+        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera")
                                       : QStringLiteral("the size of the sensor of \"%1\" is unknown").arg(m_body.model);
         return false;
     }
@@ -205,7 +205,7 @@ std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool ch
         sides = SidesAcross();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
-            *why = QStringLiteral("the picture was cut from one that was turned, and nothing tells its place there");
+            *why = QStringLiteral("the picture was cut from one that was turned, and its place there is unknown");
             return std::nullopt;
         }
     }

@@ -1,4 +1,4 @@
-// Entries blended into the maps of a correction. Coefficients can't be blended, so curves are.
+// Blends entries into the maps of a correction: curves, because coefficients cannot be blended.
 #pragma once
 
 #include "Correction.h"
@@ -7,7 +7,7 @@
 #include "PictureFrame.h"
 #include "ProfileGrid.h"
 
-/// Entries with what they need to become a map of one picture.
+/// An entry with its weight and frame in one picture.
 struct BlendPart {
     const ProfileEntry *entry;
     EntryFrame frame;
@@ -15,17 +15,17 @@ struct BlendPart {
 };
 using BlendParts = QVector<BlendPart>;
 
-/// Blends maps of one picture. Radii reach as far as any framing asks for.
+/// Blender of the maps of one picture. Tables reach the largest radius of any framing.
 class ProfileBlend {
 public:
     /// @p frame must outlive the object. @p pixels is the picture's size.
     ProfileBlend(const PictureFrame &frame, const QSize &pixels) : m_frame(frame), m_pixels(pixels) { }
 
-    /// From the corrected picture to the source. @p byGreen: by green's model where an entry has one.
+    /// Blends the map from the corrected picture to the source. @p byGreen: uses green's model if an entry has one.
     /// @param amount  share of the displacement.
     RadialMap Geometry(const BlendParts &parts, bool byGreen, Projection projection, double amount) const;
-    /// From green's place to red's or blue's, by @p color (&ProfileEntry::redGreen or blueGreen); entries without it
-    /// leave the color where it is.
+    /// Blends the map from green's place to red's or blue's, by @p color (&ProfileEntry::redGreen or blueGreen);
+    /// entries without it don't move the color.
     RadialMap Color(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*color, double amount) const;
     /// @param amount  share of the exposure values.
     GainMap Light(const BlendParts &parts, double amount) const;

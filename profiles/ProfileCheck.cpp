@@ -11,7 +11,8 @@
 
 namespace {
 
-/// From the model's center to the farthest corner of the entry's frame, in focal lengths; 0 if unknown.
+/// Returns the distance from the model's center to the farthest corner of the entry's frame, in focal lengths; 0 if
+/// unknown.
 double CornerRadius(const ProfileEntry &entry, const ProfileModel &model)
 {
     if (!(model.focalLengthX > 0.0) || !(entry.width > 0.0) || !(entry.height > 0.0))
@@ -60,7 +61,7 @@ private:
             Note(QStringLiteral("no focal length"));
     }
 
-    /// Only lateral color is scaled.
+    /// Notes an unused ScaleFactor: only lateral color is scaled.
     void NoteScale(const ProfileModel &model, const char *name)
     {
         if (model.scaleFactor != 1.0)
@@ -88,7 +89,7 @@ private:
         NoteScale(model, name);
         if (m_entry.kind == ProfileEntry::Kind::Perspective)
             return CheckPerspective(model, name);
-        // Folded is what the picture as taken never reaches.
+        // The uncorrected picture never reaches beyond the fold.
         const double fold = FisheyeEnd(model, Projection::Equidistant);
         NoteFold(fold * FisheyeFactor(model, Projection::Equidistant, fold), CornerRadius(m_entry, model), name);
     }
@@ -114,7 +115,7 @@ private:
     const ProfileEntry &m_entry;
 };
 
-/// Once for two entries, though they are one in several corrections.
+/// Notes a pair of duplicates only once, even if they are duplicates in several corrections.
 void NoteReplaced(LensProfile *profile)
 {
     QSet<QPair<int, int>> pairs;

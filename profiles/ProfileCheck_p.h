@@ -1,14 +1,14 @@
-// What is odd in a profile that could be read: for people, and before anything is fitted by it.
+// Checks of a profile's values, for people, before anything is fitted by it.
 #pragma once
 
 #include "LensProfile.h"
 
-/// No file gets more notes than this; the last one says so.
+/// The maximum number of notes per file; the last one says that it was reached.
 constexpr int kMaxProfileNotes = 1000;
 
 /// Adds a note, up to kMaxProfileNotes.
 void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, bool unusable = false);
 
-/// Notes what the entries' values say: missing frames, folds within the frame, light at or below 0, entries that are
-/// one. Changes no entry.
+/// Adds notes about the entries' values: missing frames, folds within the frame, light at or below 0, duplicate
+/// entries. Changes no entry.
 void CheckProfile(LensProfile *profile);

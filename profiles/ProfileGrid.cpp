@@ -5,16 +5,15 @@
 
 namespace {
 
-constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
 constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
 
-/// f-number, for comparing.
+/// f-number, for comparisons.
 double Aperture(const ProfileEntry &entry)
 {
     return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;
 }
 
-/// Sorts entries by a value and hands on each run of values that are one. Equal values keep the file's order.
+/// Sorts entries by a value and passes on each run of equal values. Equal values keep the file's order.
 template <typename Value, typename Take>
 void ForEachRun(QVector<int> entries, double same, const Value &value, const Take &take)
 {
@@ -29,13 +28,13 @@ void ForEachRun(QVector<int> entries, double same, const Value &value, const Tak
     }
 }
 
-/// Where a value lies among ascending ones: between first and second, which are equal at the ends.
+/// Place of a value among ascending ones: between first and second, which are the same beyond the ends.
 struct Bracket {
     int first = 0, second = 0;
     double share = 0.0; // of the second
 };
 
-/// @p places must be monotonous.
+/// @p places must be monotonic.
 Bracket Find(const QVector<double> &places, double at)
 {
     const bool isFalling = places.first() > places.last();
@@ -96,7 +95,7 @@ ProfileGrid::ProfileGrid(const LensProfile &profile, Quantity quantity, const st
         isFocalGiven |= entry.focalMm > 0.0;
     }
     for (QVector<int> &entries : kinds) {
-        if (isFocalGiven) // those that don't tell theirs have no place among others
+        if (isFocalGiven) // entries without one cannot be ordered among the others
             entries.erase(std::remove_if(entries.begin(), entries.end(),
                                          [&](int i) { return !(profile.entries[i].focalMm > 0.0); }),
                           entries.end());
@@ -126,7 +125,7 @@ void ProfileGrid::InsertDistances(QVector<int> entries, Focal *focal)
             InsertCells(run, &focal->distances.last());
         });
     if (focal->distances.size() > 1 && focal->distances.first().distanceM == 0.0)
-        focal->distances.removeFirst(); // without a distance beside others that tell theirs
+        focal->distances.removeFirst(); // entries without a distance, if others have one
 }
 
 void ProfileGrid::InsertCells(QVector<int> entries, Distance *distance)
@@ -203,7 +202,7 @@ bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Set
     const QVector<Cell> &cells = distance.cells;
     if (cells.size() == 1)
         return add(cells.first(), 1.0);
-    if (m_quantity != Quantity::Light) { // hardly depends on the aperture: the nearest
+    if (m_quantity != Quantity::Light) { // nearly independent of the aperture: use the nearest
         const double apex = setting.aperture ? 2.0 * std::log2(*setting.aperture) : cells.last().apertureApex;
         return add(*std::min_element(cells.begin(), cells.end(),
                                      [apex](const Cell &a, const Cell &b) {

@@ -1,4 +1,4 @@
-// The entries of a profile that hold one correction, in the order of their settings, and which of them meet a setting.
+// The entries of a profile for one correction, ordered by setting, and the choice among them for a setting.
 #pragma once
 
 #include "LensProfile.h"
@@ -10,44 +10,47 @@
 #include <functional>
 #include <optional>
 
-/// A profile entry that takes part, and how much.
+/// A profile entry and its weight.
 struct EntryWeight {
     int entry;     // index into LensProfile::entries
     double weight; // 0 to 1; the sum over one correction is 1
 };
 
-/// What an entry can correct.
+/// Settings closer than these ratios count as equal.
+constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
+
+/// The quantity that a model of an entry corrects.
 enum class Quantity { Geometry, Color, Light };
 
-/// Whether the entry holds a model for it.
+/// Whether the entry has a model for it.
 bool Holds(const ProfileEntry &entry, Quantity quantity);
 
-/// The setting of a picture; what is absent is unknown.
+/// The setting of a picture; absent values are unknown.
 struct Setting {
     std::optional<double> focalMm, aperture, distanceM; // f-number; the distance may be infinite
 };
 
-/// What a grid gives for a setting.
+/// The entries that a grid chooses for a setting.
 struct GridChoice {
-    QVector<EntryWeight> entries; // at most 8; empty if the setting doesn't decide
-    QString why;                  // why empty
+    QVector<EntryWeight> entries; // at most 8; empty if the setting is not sufficient
+    QString why;                  // why it is empty
     QStringList assumed;          // for people
 };
 
-/// Entries by focal length, below that by distance, below that by aperture; not every focal length needs the same
-/// distances and apertures. Settings within 1 % in focal length and 2 % in distance or f-number are one: the last in
-/// the file counts.
+/// Entries by focal length, then distance, then aperture; focal lengths may have different distances and apertures.
+/// Settings within 1 % in focal length and 2 % in distance or f-number are duplicates: the last in the file counts.
 class ProfileGrid {
 public:
-    /// Entries of @p profile that hold @p quantity and that @p serves accepts. @p profile must outlive the grid.
+    /// Collects the entries of @p profile that have @p quantity and that @p serves accepts. @p profile must outlive the
+    /// grid.
     ProfileGrid(const LensProfile &profile, Quantity quantity, const std::function<bool(int entry)> &serves);
 
     bool IsEmpty() const { return m_focals.isEmpty(); }
-    /// Entries that give way to a later one, with that one.
+    /// Pairs of entries: a duplicate and the later one that replaces it.
     const QVector<QPair<int, int>> &Replaced() const { return m_replaced; }
 
-    /// The entries between which the setting lies, weighted linearly in 1/f, 1/d and, for light alone, 1/N^2; the
-    /// outermost ones beyond the ends. An unknown distance is the farthest. Perspective and fisheye are never mixed.
+    /// Returns the entries around the setting, weighted linearly in 1/f, 1/d and, only for light, 1/N^2; beyond the
+    /// ends, the outermost ones. An unknown distance is the farthest. Perspective and fisheye are never mixed.
     GridChoice Choose(const Setting &setting) const;
 
 private:

@@ -11,7 +11,7 @@ namespace {
 constexpr char kRdf[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
 constexpr char kCamera[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 
-/// Elements that hold values of their own instead of being one.
+/// Elements that contain values instead of being one.
 constexpr const char *kModels[] = {
     "PerspectiveModel",        "FisheyeModel",  "ChromaticGreenModel",         "ChromaticRedGreenModel",
     "ChromaticBlueGreenModel", "VignetteModel", "VignetteModelPiecewiseParam",
@@ -32,7 +32,7 @@ public:
     QString Run()
     {
         while (Next()) {
-            if (m_xml.isStartElement() && Is(kRdf, "li")) // lists inside an entry are read with it
+            if (m_xml.isStartElement() && Is(kRdf, "li")) // lists inside an entry are read as part of it
                 ReadEntry();
         }
         return m_xml.hasError() ? QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString())
@@ -45,10 +45,10 @@ private:
         return m_xml.namespaceUri() == QLatin1String(space) && m_xml.name() == QLatin1String(name);
     }
 
-    /// Steps on. Returns false at the end and at the first fault.
+    /// Reads the next token. Returns false at the end and at the first error.
     bool Next()
     {
-        m_line = m_xml.lineNumber(); // a tag begins where the token before it ends
+        m_line = m_xml.lineNumber(); // a tag starts where the previous token ends
         switch (m_xml.readNext()) {
         case QXmlStreamReader::StartElement:
             if (++m_depth > kMaxXmlDepth)
@@ -83,7 +83,7 @@ private:
             m_take(entry);
     }
 
-    /// From a start element to its end: everything in it belongs to @p node. The depth is limited by Next.
+    /// Reads from a start element to its end: its content belongs to @p node. Next limits the depth.
     void ReadNode(ProfileNode &node)
     {
         for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
@@ -128,7 +128,7 @@ private:
         }
     }
 
-    /// The text of the element, to its end. Of several inside it, languages for example, the first.
+    /// Reads the text of the element, to its end; the first of several inside it, for example languages.
     QString Text()
     {
         QString text;
@@ -153,7 +153,7 @@ private:
     const std::function<void(const ProfileNode &)> &m_take;
     qint64 m_line = 1;
     int m_depth = 0;
-    int m_nodes = 0; // at most the bytes of the file
+    int m_nodes = 0; // at most the file size in bytes
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// The entries of an .lcp file as plain fields, whatever their spelling in RDF.
+// The entries of an .lcp file as plain fields, from any RDF spelling.
 #pragma once
 
 #include <QByteArray>
@@ -9,13 +9,13 @@
 #include <utility>
 #include <vector>
 
-/// A value under its local name, "FocalLength" for example, trimmed.
+/// A trimmed value under its local name, for example "FocalLength".
 struct ProfileField {
     QString name, value;
-    qint64 line = 0; // where the element begins that states it
+    qint64 line = 0; // where its element starts
 };
 
-/// An entry, or a model inside one, with everything that attributes and elements state of it, in the order of the file.
+/// An entry, or a model inside one, with all values of its attributes and elements, in the order of the file.
 struct ProfileNode {
     QString name; // of a model; empty for an entry
     qint64 line = 0;
@@ -24,11 +24,11 @@ struct ProfileNode {
     std::vector<ProfileNode> models;
 };
 
-/// Hands each entry of the document to @p take, in order.
+/// Passes each entry of the document to @p take, in order.
 ///
-/// Names are resolved by the address of their namespace. Attributes and elements, rdf:Description between them,
-/// rdf:parseType="Resource" or neither give the same nodes. The limits of XmlLimits.h hold; documents that declare
-/// entities are refused.
+/// Names are resolved by namespace URI. Attributes, elements, elements inside rdf:Description and those with or without
+/// rdf:parseType="Resource" give the same nodes. The limits of XmlLimits.h apply; documents that declare entities are
+/// refused.
 ///
-/// @return the reason in plain English if the document can't be read to its end, with the line; empty otherwise.
+/// @return the reason in plain English, with the line, if the document cannot be read to its end; otherwise empty.
 QString ReadProfileXml(const QByteArray &content, const std::function<void(const ProfileNode &)> &take);

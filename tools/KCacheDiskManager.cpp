@@ -131,7 +131,7 @@ void KCacheDiskManager::cleanTempFiles()
 {
     for (const QString &folder : qAsConst(m_folders)) {
         const QDir dir(folder);
-        // No links: whatever they lead to isn't ours.
+        // Skip links: their targets aren't ours.
         for (const QString &name : dir.entryList({m_prefix + QLatin1Char('*')}, QDir::Dirs | QDir::NoSymLinks)) {
             const QString path = dir.filePath(name);
             for (const QString &file : FilesIn(path))

@@ -9,7 +9,7 @@
 #include <atomic>
 #include <cstring>
 
-/// Memory of zeros: what a vector that others read holds where an element isn't made yet.
+/// Allocator of zeroed memory: a concurrent reader sees zeros in vector elements that are not constructed yet.
 template <typename Value> class ZeroingAllocator : public tbb::cache_aligned_allocator<Value> {
 public:
     ZeroingAllocator() = default;
@@ -23,12 +23,12 @@ public:
     }
 };
 
-/// The n-th name handed out is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>: no folder grows past 1,024 files, and a
-/// process tells its own folders from those of others.
+/// The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder holds more than 1,024 files and a
+/// process can tell its own folders from those of others.
 ///
-/// KTools::init makes the process's manager or takes a host's; KTools::exit ends it. getTempFile() and removeTempFile()
-/// are for any thread; everything else is for when nobody writes copies. Nothing throws; a file that can't be made is
-/// noticed by whoever writes it.
+/// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. Any thread may call
+/// getTempFile() and removeTempFile(); call everything else only while no thread writes copies. Nothing throws; the
+/// code that writes a file notices if it can't be created.
 class KCacheDiskManager {
 public:
     KCacheDiskManager();
@@ -36,28 +36,29 @@ public:
     KCacheDiskManager(const KCacheDiskManager &) = delete;
     KCacheDiskManager &operator=(const KCacheDiskManager &) = delete;
 
-    /// Makes @p instance the process's manager; null keeps the one there is, or makes one.
+    /// Makes @p instance the process's manager. Null keeps the current one, or creates one.
     static void init(KCacheDiskManager *instance);
-    /// Removes the folders of this process that are empty, and the manager.
+    /// Removes this process's empty folders and deletes the manager.
     static void exit();
     static KCacheDiskManager *ms_instance;
 
-    /// First part of the names of subfolders, at first "BRELT".
+    /// Sets the first part of subfolder names, initially "BRELT".
     void setPrefix(QString prefix);
-    /// Folders in order of preference, at first the system's. One that doesn't exist is passed over later. Always true.
+    /// Sets the folders in order of preference, initially the system's. Missing ones are skipped later. Always returns
+    /// true.
     bool setTemporaryFolders(QStringList folders);
     QStringList getTemporaryFoldersName();
     QStringList getSystemDrives();
 
-    /// First folder with room for @p size bytes and @p reserve more; empty if there is none.
+    /// Returns the first folder with room for @p size bytes plus @p reserve; empty if there is none.
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
-    /// A name nobody has, for a file of about @p size bytes; its folder stands. Empty if all disks are full.
+    /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes all subfolders with the prefix and the files in them, of this process and of all others: for start-up.
+    /// Removes all subfolders with the prefix and the files in them, whichever process made them. For start-up.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 
-    /// Subfolder made last, empty before the first. Waits for a thread that is about to enter it.
+    /// Returns the subfolder made last, empty before the first. Waits for a thread that is about to add it.
     QString getLastFolder();
     QString getUniqueFilename(QString folder, QString prefix);
 

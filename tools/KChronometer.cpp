@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kBuckets = 1024; // so that a handful of threads rarely share one
+constexpr size_t kBuckets = 1024; // enough that a few threads rarely share one
 constexpr qint64 kOverheadBase = 124524475;
 constexpr int kMatchesWanted = 100;
 
@@ -19,7 +19,7 @@ qint64 GetQTime()
     return QDateTime::currentMSecsSinceEpoch();
 }
 
-/// "name@thread". The thread's QThread object stands for it: an address that may come back after the thread's end.
+/// Returns "name@thread". The QThread object's address identifies the thread; it may be reused after the thread ends.
 QString KeyOf(const QString &name)
 {
     const QString thread = QString::number(reinterpret_cast<quintptr>(QThread::currentThread()));
@@ -29,7 +29,7 @@ QString KeyOf(const QString &name)
     return key;
 }
 
-/// Cut towards 0; beyond 64 bits the nearest that fits, within 2048.
+/// Truncates towards 0. Values beyond 64 bits are clamped to the nearest that fits, within 2048.
 qint64 Whole(double value)
 {
     constexpr double kLargest = 9223372036854773760.0;
@@ -95,7 +95,7 @@ void KChronometer::Start(QString name)
     Map<Counter>::accessor counter;
     if (!m_counters.find(counter, key) && m_counters.insert(counter, key))
         NoteKey(name, key);
-    counter->second.startTime = GetQTime(); // last: the bookkeeping isn't measured
+    counter->second.startTime = GetQTime(); // last, so that the bookkeeping isn't measured
 }
 
 qint64 KChronometer::Stop(QString name)

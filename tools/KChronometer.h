@@ -1,4 +1,4 @@
-// Named timers that run in many threads at once, their statistics and a text report.
+// Named timers for many concurrent threads, with statistics and a text report.
 #pragma once
 
 #include <QString>
@@ -6,16 +6,16 @@
 #include <tbb/concurrent_hash_map.h>
 #include <tbb/tbb_allocator.h>
 
-/// A counter a name and thread: threads never wait for each other. Timers of different names nest; one name in one
-/// thread doesn't. Ticks are milliseconds of the system's clock. Any thread may use it at any time, but Reset() without
-/// a name and Dump() are for moments without running timers.
+/// One counter per name and thread: threads never wait for each other. Timers of different names can nest; one name in
+/// one thread can't. Ticks are milliseconds of the system clock. Any thread may use it at any time, but call Reset()
+/// without a name and Dump() only while no timer runs.
 ///
-/// The class is meant to have one instance, gChrono.
+/// Use the single instance, gChrono.
 class KChronometer {
 public:
     enum TimeUnits { Nanoseconds = 1, Microseconds, Milliseconds, Seconds, Minutes, Hours };
 
-    /// In ticks.
+    /// Times in ticks.
     struct Counter {
         qint64 nbCalls = 0; // completed pairs, and AccumulateTiming() calls
         qint64 totalTime = 0;
@@ -28,35 +28,36 @@ public:
         static bool equal(const QString &a, const QString &b) { return a == b; }
     };
 
-    /// The first instance measures what a pair of Start and Stop costs.
+    /// The first instance measures the overhead of one Start/Stop pair.
     KChronometer();
 
-    /// Starting twice only moves the start on.
+    /// Starts the timer. A second Start moves the start time.
     void Start(QString name);
-    /// Time since Start(), in ticks; 0 if this thread never started the name. A second Stop counts from the same Start.
+    /// Returns the ticks since Start(), 0 if this thread never started the name. A second Stop counts from the same
+    /// Start.
     qint64 Stop(QString name);
     double Stop(QString name, TimeUnits units);
-    /// Counts a time measured elsewhere. A name that was never started stays unknown to the statistics by name.
+    /// Adds a time measured elsewhere. Statistics by name don't include a name that was never started.
     void AccumulateTiming(QString name, qint64 ticks);
 
     void Reset();
-    /// Forgets the name in all threads.
+    /// Resets the name in all threads.
     void Reset(QString name);
 
-    // Index -1: all threads; else the thread's place in the order in which threads first started the name; 0 if there
-    // is none.
+    // Index -1: all threads. Otherwise the thread's position in the order in which threads first started the name; 0 if
+    // there is no such thread.
     qint64 GetStatTotalTime(QString name, int index);
     double GetStatTotalTime(QString name, TimeUnits units, int index);
     qint64 GetStatNbCalls(QString name, int index);
-    /// In how many threads the timer was started or, with @p onlyUsed, stopped as well.
+    /// Returns the number of threads that started the timer or, with @p onlyUsed, also stopped it.
     int GetNbContext(QString name, bool onlyUsed);
-    /// Keys "name@thread" of a name, in the order of their first start.
+    /// Returns the keys "name@thread" of a name, in the order of their first start.
     QStringList FindRelatedCounter(QString name);
 
-    /// "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit of which there is more than one; cut to three decimals.
+    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, cut to three decimals.
     QString FormattedTime(qint64 ticks);
     double UnitConv(TimeUnits units, qint64 ticks);
-    /// A line a counter: " key : ticks, calls".
+    /// Returns one line per counter: " key : ticks, calls".
     QString Dump();
     qint64 GetTick();
 
@@ -64,7 +65,7 @@ public:
     static bool Calibrated;
 
 private:
-    friend class KSimpleChronometer; // takes the frequency
+    friend class KSimpleChronometer; // reads the frequency
 
     template <typename Value>
     using Map = tbb::concurrent_hash_map<QString, Value, TbbHashStringCompare,
@@ -74,11 +75,11 @@ private:
     void NoteKey(const QString &name, const QString &key);
     qint64 Sum(const QString &name, int index, qint64 Counter::*field);
 
-    qint64 m_frequency = 1000;  // ticks a second
+    qint64 m_frequency = 1000;  // ticks per second
     qint64 m_overhead = 0;      // written, never read
     Map<Counter> m_counters;    // by name and thread
-    Map<QStringList> m_related; // keys of a name. When both are held, m_counters comes first.
+    Map<QStringList> m_related; // keys of a name; lock m_counters first
 };
 
-/// The process's timers, built before main().
+/// The process's timers, constructed before main().
 extern KChronometer gChrono;

@@ -1,13 +1,13 @@
-// The one exception type of the kernels: a message for the user and the place it was thrown from.
+// The kernels' only exception type: a message for the user and the place of the throw.
 #pragma once
 
 #include <QString>
 
-/// Thrown by value. Visible outside the library, so that an exception of the plug-in can be caught by its host.
+/// Thrown by value. Exported so that a host can catch exceptions thrown in the plug-in.
 class __attribute__((visibility("default"))) KException {
 public:
     /// @param what   the message, ready to be shown.
-    /// @param where  the place, by custom what KPlace() gives.
+    /// @param where  the place, usually from KPlace().
     KException(const QString &what, const QString &where);
     ~KException();
 
@@ -18,11 +18,11 @@ private:
     QString m_what;
 };
 
-/// A failure that the image-file layer reported. Its message names only the error number, or what a check of the disk
-/// found.
+/// A failure reported by the image-file layer. The message contains only the error number or the result of a disk
+/// check.
 class __attribute__((visibility("default"))) KFileException : public KException {
 public:
-    /// @param reason  the layer's own words, in English: what was read, expected, found.
+    /// @param reason  the layer's message, in English: what was read, expected, found.
     KFileException(const QString &what, const QString &where, const QString &reason);
     ~KFileException();
 
@@ -32,8 +32,8 @@ private:
     QString m_reason;
 };
 
-/// The place of a throw: `File: "KImage" Line: 262`, with the source file's name without folder and suffix.
-/// Without arguments it names the line of the call.
+/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder and suffix. Without
+/// arguments, the line of the call.
 QString KPlace(const char *file = __builtin_FILE(), int line = __builtin_LINE());
 
 /// Throws a KException with an untranslated message and the place of the call.

@@ -29,7 +29,7 @@ void KLog::WriteLine(const QString &text)
         m_stream << " | ";
     m_stream << text << "\r\n";
     m_stream.flush();
-    m_stream.resetStatus(); // after a failed write it would hoard every later line in memory
+    m_stream.resetStatus(); // after a failed write it would buffer every later line in memory
 }
 
 void KLog::Log(const QString &text)
@@ -68,7 +68,7 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
 {
     QMutexLocker locker(&m_mutex);
     m_logToFile = true;
-    m_file.close(); // a second call may name another file, and Qt warns of a name for an open one
+    m_file.close(); // a second call may name another file, and Qt warns if an open file is renamed
     m_file.setFileName(fileName);
     if (m_file.open(append ? QIODevice::WriteOnly | QIODevice::Append : QIODevice::WriteOnly)) {
         m_stream.setDevice(&m_file);
@@ -76,8 +76,8 @@ void KLog::EnableLogToFile(const QString &fileName, bool append)
         return;
     }
     const QString reason = m_file.errorString();
-    locker.unlock(); // the box runs an event loop, in which slots may log
-    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) { // a widget would abort the program
+    locker.unlock(); // the message box runs an event loop, in which slots may log
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())) { // creating a widget would abort the program
         qWarning("Can not open file %s: %s", qUtf8Printable(fileName), qUtf8Printable(reason));
         return;
     }

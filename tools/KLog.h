@@ -1,4 +1,4 @@
-// The log that a host and its plug-ins share: lines to listeners and, when asked, to a file.
+// The log shared by a host and its plug-ins: lines go to listeners and, on request, to a file.
 #pragma once
 
 #include <QFile>
@@ -6,12 +6,12 @@
 #include <QObject>
 #include <QTextStream>
 
-/// Any thread may log: a mutex keeps each line whole. The mutex is held while the signals are emitted and is not
-/// recursive, so a directly connected slot that logs again deadlocks; connect such a listener queued.
+/// Any thread may log; a mutex keeps each line whole. It is held while signals are emitted and is not recursive, so a
+/// directly connected slot that logs again deadlocks: use a queued connection for such a listener.
 class KLog : public QObject {
     Q_OBJECT
 public:
-    /// Makes @p instance the process's log, or a new one for null. Either way exit() deletes it.
+    /// Makes @p instance the process's log; null creates one. exit() deletes it in both cases.
     static void init(KLog *instance);
     static void exit();
     static KLog *ms_instance;
@@ -19,15 +19,15 @@ public:
     KLog();
     ~KLog() override;
 
-    /// One line: the text, carriage return and line feed, no time and no level. Listeners get it, the file too if
-    /// logging to it is on; @p id goes to listeners only.
+    /// Logs one line: the text, carriage return and line feed, no time and no level. Listeners receive it, and the file
+    /// if logging to it is on. Only listeners receive @p id.
     void Log(const QString &text);
     void Log(int id, const QString &text);
     void Log(const char *format, ...) __attribute__((format(printf, 2, 3)));
     void Log(int id, const char *format, ...) __attribute__((format(printf, 3, 4)));
 
-    /// Main thread only. Reports a file that can't be opened in a message box, or as a Qt warning in a program without
-    /// QApplication. Logging then counts as on all the same, and its lines reach the listeners.
+    /// Main thread only. Reports a file that can't be opened in a message box, or as a Qt warning if there is no
+    /// QApplication. Logging still counts as on, and listeners still receive the lines.
     void EnableLogToFile(const QString &fileName, bool append);
     void DisableLogToFile();
     /// Empties the file.
@@ -38,11 +38,11 @@ Q_SIGNALS:
     void Logged(const QString &log);
 
 private:
-    void WriteLine(const QString &text); // with m_mutex held
+    void WriteLine(const QString &text); // call with m_mutex held
 
     QMutex m_mutex;
     QFile m_file;
-    QTextStream m_stream; // behind m_file: it flushes into it when destroyed
+    QTextStream m_stream; // declared after m_file: its destructor flushes into it
     bool m_logToFile = false;
-    int m_depth = 0; // " | " marks ahead of each line
+    int m_depth = 0; // number of " | " marks before each line
 };

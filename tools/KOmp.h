@@ -1,17 +1,17 @@
-// OpenMP: how many threads the pixel loops use, and its lock as an object.
+// OpenMP: the number of threads for pixel loops, and a lock class.
 #pragma once
 
 #include <omp.h>
 
-/// Threads that every parallel region of the kernels asks for, and cores of the machine; both are 1 until the tools
+/// Threads that every parallel region of the kernels requests, and cores of the machine. Both are 1 until the tools
 /// module has counted the processors. Read anywhere, written only at start-up.
 extern int komp_num_threads;
 extern int komp_num_cores;
 
-/// Number of the calling thread within its parallel region, 0 outside of one.
+/// Returns the calling thread's number in its parallel region, 0 outside one.
 int komp_get_thread_num();
 
-/// An OpenMP lock, for code inside parallel regions, and the preview's running flag; everything else uses QMutex. Not
+/// An OpenMP lock for code inside parallel regions and for the preview's running flag; everything else uses QMutex. Not
 /// recursive.
 class KOmpMutex {
 public:
@@ -20,14 +20,14 @@ public:
     KOmpMutex(const KOmpMutex &) = delete;
     KOmpMutex &operator=(const KOmpMutex &) = delete;
 
-    /// The lock itself, for KOmpMutexLocker and omp_test_lock(). Stays owned by this object.
+    /// Returns the lock for KOmpMutexLocker and omp_test_lock(). Still owned by this object.
     omp_lock_t *Lock() { return &m_lock; }
 
 private:
-    omp_lock_t m_lock; // 4 bytes under g++, 8 under clang: never shared between code of both
+    omp_lock_t m_lock; // 4 bytes with g++, 8 with clang: never share it between code built by both
 };
 
-/// Holds a lock for the length of a scope.
+/// Holds a lock for the duration of a scope.
 class KOmpMutexLocker {
 public:
     explicit KOmpMutexLocker(omp_lock_t *lock) : m_lock(lock) { omp_set_lock(m_lock); }

@@ -43,7 +43,7 @@ int KPoolMemManager::computeBlockSize(int memoryMo, int threads)
     int size = 8;
     qint64 count = memoryMo / size;
     if (count < 1)
-        return 1; // doubling would never get there
+        return 1; // doubling 0 would never end
     for (; count < wanted; count *= 2)
         size >>= 1;
     return qMax(size, 1);
@@ -55,7 +55,7 @@ void KPoolMemManager::init(int memoryMo, int threads, int blockMo)
     try {
         const int block = blockMo ? blockMo : computeBlockSize(memoryMo, threads);
         if (block < 1 || block > kLargestBlockMo)
-            throw std::bad_alloc(); // no such block: its bytes wouldn't fit 32 bits
+            throw std::bad_alloc(); // no such block: its size doesn't fit in 32 bits
         m_blockCount = memoryMo / block;
         m_blockSize = block * (1 << 20);
         m_totalSize = qint64(memoryMo) * (1 << 20);

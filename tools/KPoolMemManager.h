@@ -1,4 +1,4 @@
-// A pool of equal memory blocks, claimed up front so that a shortage shows at the start of a very large job.
+// A pool of equal memory blocks, allocated up front so that a shortage shows at the start of a very large job.
 #pragma once
 
 #include "KOmp.h"
@@ -8,19 +8,19 @@
 
 #include <atomic>
 
-/// One block. Whoever takes it counts m_users up and down and stamps m_lastUse.
+/// One block. Its user increments and decrements m_users and stamps m_lastUse.
 struct KPoolMemBloc {
     static constexpr int kFree = -1000;
 
-    char *m_data = nullptr; // from array new, the pool's
+    char *m_data = nullptr; // from array new, owned by the pool
     qint64 m_reserved = 0;
-    std::atomic<int> m_users{kFree};  // kFree: in the queue or just claimed; 0: idle, can be claimed; above: held
-    std::atomic<qint64> m_lastUse{0}; // smaller is older; read by those who look for the oldest block
+    std::atomic<int> m_users{kFree};  // kFree: queued or just claimed; 0: idle, can be claimed; above: in use
+    std::atomic<qint64> m_lastUse{0}; // smaller is older; read when looking for the oldest block
 };
 
-/// KTools::init makes the process's pool, empty, or takes a host's; KTools::exit ends it. Sizes are in megabytes of
-/// 2^20 bytes. Lending (getFreeBloc, addFreeBloc, getFreeableBloc) is for any thread and never waits; init, Alloc and
-/// Free are for when no job runs, since they free blocks that are lent out too.
+/// KTools::init creates the process's empty pool or adopts a host's; KTools::exit deletes it. Sizes are in megabytes of
+/// 2^20 bytes. Any thread may borrow and return blocks (getFreeBloc, addFreeBloc, getFreeableBloc) and never waits;
+/// call init, Alloc and Free only while no job runs, since they also free blocks in use.
 class KPoolMemManager {
 public:
     KPoolMemManager() = default;
@@ -28,30 +28,30 @@ public:
     KPoolMemManager(const KPoolMemManager &) = delete;
     KPoolMemManager &operator=(const KPoolMemManager &) = delete;
 
-    KOmpMutex m_mutex; // for users of the pool, which itself takes no lock
+    KOmpMutex m_mutex; // for users of the pool; the pool itself never locks it
 
-    /// Makes @p instance the process's pool; null keeps the one there is, or makes an empty one.
+    /// Makes @p instance the process's pool. Null keeps the current one, or creates an empty one.
     static void init(KPoolMemManager *instance);
     static void exit();
     static KPoolMemManager *ms_instance;
 
-    /// Claims memoryMo / blockMo blocks of @p blockMo, in place of an earlier pool; 0: computeBlockSize() chooses.
-    /// Throws a KException that tells the sizes if the memory can't be had.
+    /// Allocates memoryMo / blockMo blocks of @p blockMo, replacing an earlier pool; 0: computeBlockSize() chooses.
+    /// Throws a KException that gives the sizes if the memory is not available.
     void init(int memoryMo, int threads, int blockMo);
-    /// The largest of 8, 4, 2, 1 that leaves ten blocks a thread and 150 in all; 1 if none does.
+    /// Returns the largest of 8, 4, 2, 1 that leaves ten blocks per thread and 150 in total; 1 if none does.
     int computeBlockSize(int memoryMo, int threads);
-    /// Claims the blocks that init() worked out; throws "Not enough memory".
+    /// Allocates the blocks that init() computed; throws "Not enough memory".
     void Alloc();
     void Free();
 
-    /// A block that nobody has touched, or null.
+    /// Returns a block that was never used, or null.
     KPoolMemBloc *getFreeBloc();
-    /// Gives a block back to those that nobody uses.
+    /// Returns a block to the unused ones.
     void addFreeBloc(KPoolMemBloc *bloc);
-    /// Claims the idle block with the smallest stamp, the first among equals; null if none is idle.
+    /// Claims the idle block with the smallest stamp, the first of equals; null if none is idle.
     KPoolMemBloc *getFreeableBloc();
 
-    /// Diagnostics of debug builds; nothing here.
+    /// Diagnostics of debug builds; does nothing.
     void printStats() { }
     void printAllBlockStats() { }
 

@@ -1,12 +1,12 @@
-// Settings from several readers, the later ones stronger.
+// Settings from several readers; later ones take precedence.
 #pragma once
 
 #include "KernelSettingsReader.h"
 
 #include <vector>
 
-/// What one reader gives is the default of the next. So the last reader that holds a key wins, and the caller's default
-/// stands if none does. Null pointers are passed over.
+/// Each reader's value is the default of the next, so the last reader that has a key wins, and the caller's default
+/// applies if none has it. Null pointers are skipped.
 class KSRFromKSRs : public KernelSettingsReader {
 public:
     KSRFromKSRs() = default;
@@ -19,6 +19,6 @@ public:
     double GetDouble(const QString &key, double defaultValue) override;
     QString GetString(const QString &key, QString defaultValue) override;
 
-    /// Filled by whoever makes the chain; the readers in it, made with new, belong to it and are deleted with it.
+    /// Filled by the creator of the chain. The chain owns the readers, made with new, and deletes them.
     std::vector<KernelSettingsReader *> m_readers;
 };

@@ -5,7 +5,7 @@
 
 class KSettingsManager;
 
-/// Sees what is stored and the caller's default, never the manager's table of defaults.
+/// Uses stored values and the caller's default, never the manager's table of defaults.
 class KSRFromKSettingsManager : public KernelSettingsReader {
 public:
     /// @param manager  borrowed; must outlive the reader.

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The element of a key, null if there is none or more than one.
+/// Returns the element of a key, null if there is none or more than one.
 QDomElement ElementOf(const QDomDocument &document, const QString &key)
 {
     QDomElement current = document.documentElement();
@@ -66,7 +66,7 @@ KSRFromXMLFile::KSRFromXMLFile(const QString &fileName) : m_document(std::make_u
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return;
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever the file says of its size
+    const QByteArray content = file.read(kMaxXmlBytes + 1); // bounded, whatever size the file reports
     if (content.size() > kMaxXmlBytes)
         return;
     QXmlInputSource source;

@@ -8,14 +8,14 @@
 class QDomDocument;
 class QDomElement;
 
-/// A value out of an element's text, or the default where the text can't be understood.
+/// Parses a value from an element's text; the default if the text can't be parsed.
 ///
 ///   | T       | text                                                                               |
 ///   |---------|------------------------------------------------------------------------------------|
 ///   | bool    | "true" or "false" in any case, untrimmed, or a decimal integer: true unless 0      |
 ///   | int     | a decimal integer                                                                  |
 ///   | double  | a number, with a point                                                             |
-///   | QString | any, the empty one too                                                             |
+///   | QString | any, including the empty one                                                       |
 template <typename T> struct XmlValueBuilder {
     static T Build(const QDomElement &element, T defaultValue);
 };
@@ -24,15 +24,15 @@ template <> int XmlValueBuilder<int>::Build(const QDomElement &element, int defa
 template <> double XmlValueBuilder<double>::Build(const QDomElement &element, double defaultValue);
 template <> QString XmlValueBuilder<QString>::Build(const QDomElement &element, QString defaultValue);
 
-/// Settings are texts of elements. Each part of a key, split at "/", names an element anywhere below the one before;
-/// the root's own name is no part of a key, and the key without parts is the root itself. A tag that stands more than
-/// once below an element, at whatever depth, makes the key unreadable.
+/// Settings are texts of elements. Each part of a key, split at "/", names an element anywhere below the previous one.
+/// The root's name is not part of a key; the empty key is the root itself. A tag that occurs more than once below an
+/// element, at any depth, makes the key unreadable.
 ///
-/// A file that is missing or beyond the limits of XmlLimits.h leaves the document empty, and every read gives its
-/// default; of a malformed file counts what the parser understood.
+/// A file that is missing or exceeds the limits of XmlLimits.h leaves the document empty, and every read returns its
+/// default. Of a malformed file, the part that the parser understood counts.
 class KSRFromXMLFile : public KernelSettingsReader {
 public:
-    /// Reads the file, UTF-8, once: later changes to it are not seen.
+    /// Reads the file, UTF-8, once: later changes have no effect.
     explicit KSRFromXMLFile(const QString &fileName);
     ~KSRFromXMLFile() override;
 

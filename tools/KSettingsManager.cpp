@@ -11,7 +11,7 @@ QVariant KSettingsManager::Stored(const QString &key)
 {
     if (!m_defaultsOnly && m_settings.contains(key))
         return m_settings.value(key);
-    return m_defaults[key]; // enters a null value for an unknown key
+    return m_defaults[key]; // inserts a null value for an unknown key
 }
 
 template <typename T> QVariant KSettingsManager::StoredOr(const QString &key, const T &defaultValue) const

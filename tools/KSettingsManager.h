@@ -1,4 +1,4 @@
-// The user's preferences: one QSettings store, and beside it a table of defaults in memory.
+// The user's preferences: one QSettings store and an in-memory table of defaults.
 #pragma once
 
 #include "KernelSettingsWriter.h"
@@ -11,24 +11,24 @@
 #include <QSettings>
 #include <QStringList>
 
-/// Two families of getters that know nothing of each other:
+/// Two independent families of getters:
 ///
 ///   | family                     | where the store lacks the key                                                   |
 ///   |----------------------------|---------------------------------------------------------------------------------|
-///   | Get...(key)                | the entry of the table of defaults; a missing one is made, with a null value    |
-///   | Get...(key, defaultValue)  | the caller's default; the table is not asked                                    |
+///   | Get...(key)                | the entry of the table of defaults; a missing one is added with a null value    |
+///   | Get...(key, defaultValue)  | the caller's default; the table is not used                                     |
 ///
-/// What is stored but can't be converted gives false, 0, an empty or an invalid value, except that GetInt and GetDouble
-/// with a caller's default give that. Keys are paths such as "image/exifMode"; nothing reports a failure.
+/// A stored value that can't be converted gives false, 0, an empty or an invalid value, except that GetInt and
+/// GetDouble with a caller's default return that. Keys are paths such as "image/exifMode"; failures are never reported.
 ///
-/// Made by whoever owns the preferences. One thread only: even the getters with one argument change the table. Trap:
-/// not to be deleted through a KernelSettingsWriter, which has no virtual destructor.
+/// Created by the owner of the preferences. One thread only: even the getters with one argument modify the table. Trap:
+/// don't delete it through a KernelSettingsWriter, which has no virtual destructor.
 class KSettingsManager : public KernelSettingsWriter {
 public:
-    /// On the application's default store, for defaults only: the getters with one argument never look into the store,
-    /// even where Set has written to it.
+    /// Uses the application's default store, for defaults only: the getters with one argument never read the store,
+    /// even after Set has written to it.
     KSettingsManager();
-    /// On the store of that scope, organization and application.
+    /// Uses the store of that scope, organization and application.
     KSettingsManager(QSettings::Scope scope, const QString &organization, const QString &application);
 
     bool GetBool(const QString &key);
@@ -51,11 +51,11 @@ public:
     QRect GetRect(const QString &key, QRect defaultValue);
     QDateTime GetDateTime(const QString &key, QDateTime defaultValue);
 
-    /// Writes to the store, which QSettings takes to disk in its own time.
+    /// Writes to the store; QSettings decides when to write it to disk.
     void Set(const QString &key, const QVariant &value) override;
-    /// Enters a default. Without @p overwrite the first one given stays, the null one of an earlier read too.
+    /// Adds a default. Without @p overwrite the first one stays, including the null one of an earlier read.
     void SetDefault(const QString &key, const QVariant &value, bool overwrite);
-    /// Enters a default unless the key has one, then reads the store; where that lacks the key, @p defaultValue.
+    /// Adds a default unless the key has one, then reads the store; if that lacks the key, returns @p defaultValue.
     QVariant Get(const QString &key, const QVariant &defaultValue);
 
 private:

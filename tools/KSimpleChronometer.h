@@ -3,7 +3,7 @@
 
 #include <QtGlobal>
 
-/// Ticks are those of gChrono: milliseconds of the system's clock. Laps don't add up.
+/// Ticks are those of gChrono: milliseconds of the system clock. Laps are not summed.
 class KSimpleChronometer {
 public:
     enum TimeUnits { Nanoseconds = 1, Microseconds, Milliseconds, Seconds, Minutes, Hours };
@@ -11,13 +11,13 @@ public:
     KSimpleChronometer();
     virtual ~KSimpleChronometer();
 
-    /// Begins from zero; does nothing on a running watch.
+    /// Starts from zero; does nothing if already running.
     void Start();
-    /// The elapsed time, which stays until the next Start().
+    /// Stops and returns the elapsed time, which stays until the next Start().
     qint64 Stop();
-    /// Back to zero; a running watch keeps running.
+    /// Sets the time to zero; a running watch keeps running.
     void Reset();
-    /// 0 on a running watch if the clock was set back.
+    /// Returns the elapsed time; 0 if the clock was set back while running.
     qint64 ElapsedTime();
     double ElapsedTime(TimeUnits units);
     bool IsStarted() { return m_started; }

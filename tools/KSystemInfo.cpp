@@ -23,20 +23,20 @@
 
 namespace {
 
-/// The count of the topology, else OpenMP's, else 1.
+/// Returns the topology's count, or else OpenMP's, or else 1.
 int CountOr1(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);
 }
 
-/// Network file systems without a limit claim up to 2^64 bytes.
+/// Network file systems without a limit report up to 2^64 bytes.
 unsigned long long ProductOrMax(unsigned long long blocks, unsigned long long blockBytes)
 {
     unsigned long long bytes;
     return __builtin_mul_overflow(blocks, blockBytes, &bytes) ? std::numeric_limits<unsigned long long>::max() : bytes;
 }
 
-/// Ends of a pipe, closed at the end of the scope.
+/// Ends of a pipe, closed when the scope ends.
 struct Pipe {
     int ends[2] = {-1, -1};
 
@@ -45,7 +45,7 @@ struct Pipe {
     Pipe(const Pipe &) = delete;
     Pipe &operator=(const Pipe &) = delete;
 
-    /// In one step, so that a program which another thread starts meanwhile doesn't hold an end open.
+    /// Opens with close-on-exec in one step, so that a program started by another thread can't inherit an end.
     bool Open() { return pipe2(ends, O_CLOEXEC) == 0; }
     void CloseRead() { Close(&ends[0]); }
     void CloseWrite() { Close(&ends[1]); }
@@ -133,7 +133,7 @@ QString KSystemInfo::memText(unsigned long long bytes)
         value *= 1.0f / 1024.0f;
     QString text = QStringLiteral("%1").arg(static_cast<double>(value)).left(4);
     if (text.size() == 4 && QStringLiteral("., ").contains(text[3]))
-        text.chop(1); // no number ends on a separator
+        text.chop(1); // no number ends with a separator
     return QStringLiteral("%1 %2").arg(text, QCoreApplication::translate("KSystemInfo", kUnits[unit]));
 }
 
@@ -151,7 +151,7 @@ unsigned long long KSystemInfo::physicalMemory()
     return InstalledBytes(static_cast<unsigned long long>(pages) * static_cast<unsigned long long>(pageBytes));
 }
 
-unsigned long long FreeBytesTold(const char *meminfo)
+unsigned long long FreeBytesReported(const char *meminfo)
 {
     const std::unique_ptr<FILE, int (*)(FILE *)> file(std::fopen(meminfo, "r"), std::fclose);
     char line[128];
@@ -168,7 +168,7 @@ unsigned long long FreeBytesTold(const char *meminfo)
 
 unsigned long long KSystemInfo::freePhysicalMemory()
 {
-    return FreeBytesTold("/proc/meminfo");
+    return FreeBytesReported("/proc/meminfo");
 }
 
 void KSystemInfo::DiskInfo(const QString &path, unsigned long long &freeBytes, unsigned long long &totalBytes)
@@ -226,7 +226,7 @@ Runnable IsRunnable(const char *program)
     errors.CloseRead();
     while (waitpid(child, nullptr, 0) == -1 && errno == EINTR) { }
     if (got == 0)
-        return Runnable::Yes; // the pipe ended with the start of the program
+        return Runnable::Yes; // the pipe closed when the program started
     return got > 0 ? Runnable::No : Runnable::Unknown;
 }
 

@@ -1,4 +1,4 @@
-// What is known of the machine: memory, disk, processors, system.
+// Facts about the machine: memory, disk, processors, system.
 #pragma once
 
 #include <QString>
@@ -6,9 +6,9 @@
 
 struct CpuTopology;
 
-/// Static queries, from any thread; what can't be found out is told by a neutral value: 0, an empty text, -1. The
-/// object only holds the processor topology, so queries about processors count them between init() and exit(), which
-/// KTools::init and KTools::exit call, and otherwise take OpenMP's word.
+/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty text, -1. The
+/// object only holds the processor topology: processor queries use it between init() and exit(), which KTools::init and
+/// KTools::exit call, and OpenMP's counts otherwise.
 class KSystemInfo {
 public:
     KSystemInfo();
@@ -16,58 +16,60 @@ public:
     KSystemInfo(const KSystemInfo &) = delete;
     KSystemInfo &operator=(const KSystemInfo &) = delete;
 
-    /// Shares the topology of @p instance, or makes an object for null. Does nothing if there already is one.
+    /// Shares the topology of @p instance; null creates an object. Does nothing if there already is one.
     static void init(KSystemInfo *instance);
-    /// Deletes the object, a shared one too.
+    /// Deletes the object, even a shared one.
     static void exit();
 
     // --- Memory, in bytes ---
 
-    /// What an image cache may take at this moment: two thirds of what is free, or all but 4 GiB of it, whichever is
+    /// Returns how much an image cache may use now: two thirds of the free memory or all but 4 GiB of it, whichever is
     /// more, and at least 0.128 GiB.
     static unsigned long long maxCacheSize();
-    /// Size of the installed modules.
+    /// Returns the size of the installed modules.
     static unsigned long long physicalMemory();
-    /// Unused memory and what the system only caches; 0 without /proc.
+    /// Returns unused memory plus the system's caches; 0 without /proc.
     static unsigned long long freePhysicalMemory();
     static unsigned long long virtualMemory() { return 0; }
     static unsigned long long freeVirtualMemory() { return freePhysicalMemory(); }
     static unsigned long long freeAddressSpace() { return freePhysicalMemory(); }
-    /// "1.5 KB": three digits or four, and a translated unit.
+    /// Formats a size as "1.5 KB": three or four digits and a translated unit.
     static QString memText(unsigned long long bytes);
 
     // --- Disk and files ---
 
-    /// Bytes that an unprivileged user may still take on the file system of @p path, and its whole size. Both are 0
-    /// for a path that doesn't exist.
+    /// Returns the bytes available to an unprivileged user on the file system of @p path, and its total size. Both are
+    /// 0 for a path that doesn't exist.
     static void DiskInfo(const QString &path, unsigned long long &freeBytes, unsigned long long &totalBytes);
-    /// Soft limit of open files; -1 if the system doesn't tell.
+    /// Returns the soft limit of open files; -1 if it is unknown.
     static int MaxOpenFiles();
-    /// Sets the soft limit: 0, or -1 if the system refuses.
+    /// Sets the soft limit. Returns 0, or -1 if the system refuses.
     static int SetMaxOpenFiles(int count);
 
     // --- System and program ---
 
-    /// "Linux_6.1.0_workstation": system, release, network name.
+    /// Returns "Linux_6.1.0_workstation": system, release, network name.
     static QString osDescription();
-    /// "linux64deb" where a dpkg can be run, else "linux64tar". Trap: dpkg tells its version on our standard output.
+    /// Returns "linux64deb" if a dpkg can be run, otherwise "linux64tar". Trap: dpkg prints its version to our standard
+    /// output.
     static QString osDownloadVersion();
     static void applicationVersion(int &major, int &minor, int &patch);
-    /// Nothing on Linux.
+    /// Returns an empty list on Linux.
     static QStringList macAddresses() { return {}; }
     static Qt::KeyboardModifiers KeyboardModifiers();
 
     // --- Processors ---
 
-    /// Logical processors, at least 1. The first of these three pins its thread, see cpuid2/cpu_topo.h.
+    /// Returns the logical processors, at least 1. The first call of these three pins its thread, see
+    /// cpuid2/cpu_topo.h.
     static int cpuVirtualCount();
-    /// Cores, at least 1.
+    /// Returns the cores, at least 1.
     static int cpuPhysicalCount();
-    /// Threads of a core.
+    /// Returns the threads per core.
     static int cpuHyperThreadingCount();
-    /// The processor's own name, leading blanks included.
+    /// Returns the processor's name, including leading blanks.
     static QString cpuDescription();
-    /// Not known on Linux.
+    /// Unknown on Linux.
     static double cpuFrequency() { return 0.0; }
 
     static KSystemInfo *m_instance;

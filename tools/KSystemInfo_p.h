@@ -1,12 +1,12 @@
-// Arithmetic and files behind KSystemInfo's queries, apart from the machine they are asked of.
+// Arithmetic and file parsing for KSystemInfo's queries, independent of the machine.
 #pragma once
 
-/// See KSystemInfo::maxCacheSize(); in single precision.
+/// Computes KSystemInfo::maxCacheSize() in single precision.
 unsigned long long CacheBytesAllowed(unsigned long long freeBytes);
-/// @p bytes up to whole memory modules of 128 MiB: the system keeps a part to itself and doesn't count it.
+/// Rounds @p bytes up to whole memory modules of 128 MiB: the system doesn't report the part it reserves.
 unsigned long long InstalledBytes(unsigned long long bytes);
-/// Bytes that a file like /proc/meminfo tells as free, buffers and cached; 0 without the file.
-unsigned long long FreeBytesTold(const char *meminfo);
-/// Whether the program answers to "--version": it is started, and what it says goes to our standard output.
+/// Returns the free, buffer and cached bytes in a file like /proc/meminfo; 0 without the file.
+unsigned long long FreeBytesReported(const char *meminfo);
+/// Whether a program answers to "--version". Running it prints to our standard output.
 enum class Runnable { Yes, No, Unknown };
 Runnable IsRunnable(const char *program);

@@ -12,15 +12,15 @@
 #include <system_error>
 #include <thread>
 
-extern "C" void kmp_set_blocktime(int milliseconds) __attribute__((weak)); // not every OpenMP runtime has it
+extern "C" void kmp_set_blocktime(int milliseconds) __attribute__((weak)); // some OpenMP runtimes lack it
 
 namespace {
 
-bool s_standsAlone = false; // this copy of the kernel made its own objects
+bool s_standsAlone = false; // this copy of the kernel created its own objects
 
-/// Counting the processors pins the thread that asks, for good; threads that it starts inherit that, OpenMP's workers
-/// too. So a thread asks that ends at once, and all later queries find the answer. Where no thread can be had, the
-/// question isn't asked, and the counts are OpenMP's.
+/// Counting the processors pins the calling thread for good, and threads that it starts inherit that, OpenMP's workers
+/// included. So query on a short-lived thread; later queries use its result. If no thread can start, use OpenMP's
+/// counts.
 void CountProcessors()
 {
     try {
@@ -69,7 +69,7 @@ void MakeOwn()
 
 } // namespace
 
-KChronometer gChrono; // in this file, so that every program with the kernel has it from its start
+KChronometer gChrono; // in this file, so that every program with the kernel links it in
 KToolsInstances KTools::ms_instances = {};
 
 void KTools::init(KToolsInstances *instances)
@@ -80,7 +80,7 @@ void KTools::init(KToolsInstances *instances)
         TakeShared(*instances);
     else
         MakeOwn();
-    KPoolMemManager::init(nullptr); // both: only where there still is none
+    KPoolMemManager::init(nullptr); // both: only if there is none yet
     KCacheDiskManager::init(nullptr);
     ms_instances.log = KLog::ms_instance;
     ms_instances.systemInfo = KSystemInfo::m_instance;

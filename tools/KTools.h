@@ -7,13 +7,13 @@ class KLog;
 class KPoolMemManager;
 class KSystemInfo;
 
-/// What one copy of the tool kernel shares with another. KTools::init says who owns the objects.
+/// Objects that one copy of the tool kernel shares with another. KTools::init defines who owns them.
 struct KToolsInstances {
     KLog *log;
     KSystemInfo *systemInfo;
     KPoolMemManager *poolMem;
     KCacheDiskManager *cacheDisk;
-    void **reserved; // passed on; a zeroed word in a kernel that stands alone
+    void **reserved; // passed on; a zeroed word in a standalone kernel
     int *numThreads;
     int *numCores;
     KAnalyticsManager *analytics;
@@ -21,13 +21,13 @@ struct KToolsInstances {
 
 class KTools {
 public:
-    /// Main thread, once. With a host's @p instances takes its objects, which stay the host's. Alone, for null, makes
-    /// its own, sets up OpenMP for the process, and counts the processors; a second time does nothing. The application
-    /// object has to stand, and its names, which analytics' data folder is called by.
+    /// Main thread, once. With a host's @p instances, uses its objects, which the host keeps owning. With null, creates
+    /// its own objects, sets up OpenMP for the process, and counts the processors; a second call does nothing. The
+    /// application object must exist and have its names set: they name the data folder of analytics.
     static void init(KToolsInstances *instances);
-    /// Ends what init(nullptr) began; does nothing after init with a host's objects.
+    /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();
 
-    /// What init() has made or taken, to be handed on.
+    /// The objects that init() created or adopted, to pass on.
     static KToolsInstances ms_instances;
 };

@@ -1,15 +1,15 @@
-// The reading side of settings: typed reads for code that doesn't care where its settings come from.
+// The reading side of settings: typed reads, independent of where settings are stored.
 #pragma once
 
 #include <QString>
 
-/// Each read gives the value of a key, or the default where the source lacks it or holds something that can't be
-/// understood; nothing is ever reported. Keys are paths such as "image/exifMode".
+/// Each read returns the value of a key, or the default if the source lacks it or holds something that can't be parsed;
+/// errors are never reported. Keys are paths such as "image/exifMode".
 ///
-/// This class itself is the reader of an empty source. A reader is used by one thread at a time.
+/// This class itself reads an empty source. Use a reader on one thread at a time.
 class KernelSettingsReader {
 public:
-    // The order is the order of the virtual table, which hosts share.
+    // The order is that of the virtual table, which hosts share.
     virtual ~KernelSettingsReader() = default;
     virtual bool GetBool(const QString &key, bool defaultValue);
     virtual int GetInt(const QString &key, int defaultValue);

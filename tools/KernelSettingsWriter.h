@@ -1,11 +1,11 @@
-// The writing side of settings: one operation, for code that doesn't care where its settings go.
+// The writing side of settings: one operation, independent of where settings are stored.
 #pragma once
 
 #include <QString>
 #include <QVariant>
 
-/// This class itself is a sink that swallows everything. Trap: there is no virtual destructor, so an object of a
-/// derived class must be destroyed as what it is.
+/// This class itself discards everything. Trap: there is no virtual destructor, so destroy an object of a derived class
+/// as its own type.
 class KernelSettingsWriter {
 public:
     virtual void Set(const QString & /*key*/, const QVariant & /*value*/) { }

@@ -1,8 +1,8 @@
-// One conversion of ticks for both kinds of chronometers.
+// Conversion of ticks, shared by both chronometers.
 #pragma once
 
 #include <QtGlobal>
 
-/// @p ticks at @p frequency ticks a second, in a unit numbered as in KChronometer::TimeUnits; any other number:
-/// seconds.
+/// Converts @p ticks, at @p frequency ticks per second, to a unit numbered as in KChronometer::TimeUnits; any other
+/// number means seconds.
 double InTimeUnit(int unit, qint64 ticks, qint64 frequency);

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Walks a document once without building anything, and stops where it goes beyond the limits.
+/// Parses a document once without building anything, and stops when it exceeds the limits.
 class LimitCheck : public QXmlDefaultHandler {
 public:
     QString Why() const { return m_why; }
@@ -35,7 +35,7 @@ public:
 private:
     bool Count(int nodes)
     {
-        m_nodes += nodes; // a file of kMaxXmlBytes can't overflow it: the check follows each element
+        m_nodes += nodes; // can't overflow with a file of kMaxXmlBytes: the check follows each element
         return m_nodes <= kMaxXmlNodes
             || Stop(QStringLiteral("more than %1 elements, attributes and comments").arg(kMaxXmlNodes));
     }
@@ -59,7 +59,7 @@ private:
 QString WhyXmlRefused(QXmlInputSource &source)
 {
     LimitCheck check;
-    QXmlSimpleReader reader; // the parser behind QDomDocument, set up alike: it stops at the same faults
+    QXmlSimpleReader reader; // QDomDocument's parser with the same features: it stops at the same errors
     reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
     reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
     reader.setContentHandler(&check);

@@ -1,21 +1,21 @@
-// How large an XML document may be before a tree of it is built.
+// Limits that an XML document must keep before a tree of it is built.
 #pragma once
 
 #include <QString>
 
 class QXmlInputSource;
 
-/// Far above what profiles and settings need: an entry of a profile takes some 5 KB, 8 levels and 70 nodes. A tree is
-/// torn down recursively, a level a stack frame, and takes some 300 bytes a node, so an unlimited file could exhaust
-/// stack or memory.
+/// Far above the needs of profiles and settings: a profile entry takes some 5 KB, 8 levels and 70 nodes. A tree is
+/// destroyed recursively, one stack frame per level, and takes some 300 bytes per node, so an unlimited file could
+/// exhaust stack or memory.
 constexpr qint64 kMaxXmlBytes = qint64(16) << 20;
 constexpr int kMaxXmlDepth = 256;
 constexpr int kMaxXmlNodes = 500000;
 
-/// The reason not to build a QDomDocument (without namespace processing) of this document, in plain English, no full
-/// stop; empty if there is none. Walks the document once, up to the first fault of its XML, and rewinds the source.
+/// Returns why no QDomDocument (without namespace processing) may be built of this document, in plain English without
+/// full stop; empty if it may. Parses the document once, up to its first XML error, and rewinds the source.
 ///
-/// Refused are more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
-/// documents that declare entities: a few lines of those expand to gigabytes. kMaxXmlBytes is the caller's to keep when
+/// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
+/// documents that declare entities, a few lines of which can expand to gigabytes. The caller enforces kMaxXmlBytes when
 /// it reads the file.
 QString WhyXmlRefused(QXmlInputSource &source);

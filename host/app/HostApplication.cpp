@@ -20,7 +20,7 @@
 
 namespace {
 
-/// Sends what is printed on standard output to standard error for a while.
+/// Redirects standard output to standard error during its life.
 class OutputAside {
 public:
     OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
@@ -43,8 +43,8 @@ private:
     int m_output;
 };
 
-/// Analytics stays off in this program: the kernels take the manager that is there already, and end it. It has no
-/// database, and the data folder that it would make is led nowhere, since this program leaves nothing behind.
+/// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
+/// XDG_DATA_HOME is /dev/null meanwhile, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -60,13 +60,13 @@ void SwitchAnalyticsOff()
 
 void StartKernels()
 {
-    const OutputAside aside; // the tool kernel prints there what it finds odd about processors; ours is for results
+    const OutputAside aside; // the tool kernel prints remarks about processors there; ours is for results
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
 
-/// The description of a file that isn't a picture: of size 0, and it lends nothing. The kernel's own way of lending
-/// would put it into the image cache, which would own it too.
+/// The description of a file that isn't a picture: it has size 0 and lends nothing. The kernel's lending would put it
+/// into the image cache, which would own it too.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -86,7 +86,7 @@ private:
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// @return what is wrong with the settings files, which are then passed over.
+/// Checks the settings files. @return their problem, or empty; they are ignored if there is one.
 QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
@@ -102,8 +102,9 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Qt complains at every start about a session's run-time folder that is missing or another user's, as under cron and
-/// sudo. Nothing here uses it. Of other complaints, such as one per damaged line of a file, the first ones will do.
+/// Filters Qt's messages. At every start Qt warns about a runtime folder that is missing or belongs to another user, as
+/// under cron and sudo; nothing here uses it. Of other messages, such as one per damaged line of a file, the first ones
+/// are enough.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMostMessages = 20;
@@ -111,12 +112,12 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;
     if (++count == kMostMessages)
-        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are left out"));
+        g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are omitted"));
     else
         g_otherMessages(type, context, text);
 }
 
-/// Qt aborts where a display is named and can't be reached: that is the user's to know, not a crash.
+/// Qt aborts if the display cannot be reached: print a message for the user instead of crashing.
 void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))
@@ -130,10 +131,10 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 void ChooseDisplayless()
 {
     g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
-    // Set even where the session names a platform: that of a desktop aborts the program when no display can be reached,
-    // as over a remote shell.
+    // Set even if the session names a platform: a desktop's aborts the program if no display can be reached, as in a
+    // remote shell.
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Desktop themes, styles and input methods: slow to load, some connect to a display, none is of use here.
+    // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);
 }
@@ -156,7 +157,7 @@ HostApplication::HostApplication(int &argc, char **argv)
       m_settingsProblem(CheckSettings()),
       m_settings(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication)
 {
-    std::setlocale(LC_MESSAGES, "C"); // texts of system errors, too, are English until windows are translated
+    std::setlocale(LC_MESSAGES, "C"); // system error texts are in English too until windows are translated
     setOrganizationName(kOrganization);
     setApplicationName(kApplication);
     setApplicationVersion(QStringLiteral(VITRELUX_VERSION));
@@ -166,13 +167,13 @@ HostApplication::HostApplication(int &argc, char **argv)
 
 HostApplication::~HostApplication()
 {
-    m_pictures.clear(); // while the kernel still stands
+    m_pictures.clear(); // while the kernel is still running
     KImage::exit();
 }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // An object of its own: workers make records too, and one object is not for several threads.
+    // A separate object: workers make records too, and one object must not be used by several threads.
     const QSettings settings(m_settings.format(), m_settings.scope(), m_settings.organizationName(),
                              m_settings.applicationName());
     const QVariant value = settings.value(SettingPath(uid, key), defaultValue);
@@ -199,7 +200,7 @@ void HostApplication::TranslateWindows()
 {
     m_speaksUsersLanguage = true;
     std::setlocale(LC_MESSAGES, "");
-    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // the plurals, wherever the next one has nothing
+    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // plurals, for texts that the next one lacks
     LoadTranslator(QStringLiteral("vitrelux_%1.qm").arg(Locale().name()));
     Install(
         QStringLiteral("%1/qtbase_%2.qm").arg(QLibraryInfo::location(QLibraryInfo::TranslationsPath), Locale().name()));

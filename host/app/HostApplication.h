@@ -1,4 +1,4 @@
-// The application object of our own host: what the plug-in meets when it looks for the application that loaded it.
+// The application object of our host, through which the plug-in accesses the application that loaded it.
 #pragma once
 
 #include "ImageDef.h"
@@ -14,30 +14,31 @@
 #include <memory>
 #include <vector>
 
-/// To be called before the application is made, by commands that never show a window: makes Qt work without a display
-/// and keeps out what a desktop session would load into every Qt program.
+/// Makes Qt work without a display and without the plug-ins that a desktop session loads into every Qt program. Called
+/// before the application is constructed, by commands that never show a window.
 void ChooseDisplayless();
 
-/// To be called before the application is made, by commands that show windows.
-/// @return why no window can be shown, or empty. A display that is named and can't be reached ends the program, with a
-/// message, when the application is made.
+/// Prepares Qt for windows. Called before the application is constructed, by commands that show windows. @return why no
+/// window can be shown, or empty. If a display is named but cannot be reached, constructing the application ends the
+/// program with a message.
 QString ChooseDisplay();
 
-/// What the application object gets of the command line: the program's name, and none of the user's arguments, which
-/// are ours to read. Outlives the application.
+/// Command line for the application object: only the program's name, because we parse the user's arguments. Must
+/// outlive the application.
 struct ProgramName {
     char name[9] = "vitrelux";
     char *argv[2] = {name, nullptr};
     int argc = 1;
 };
 
-/// Starts the image kernel alone and lends it to plug-ins; so a plug-in has to be gone before this object is. Settings
-/// are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI thread.
+/// Starts the image kernel and lends it to plug-ins, so plug-ins must be unloaded before this object is destroyed.
+/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI
+/// thread.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    /// As QApplication: both outlive this object, and options of Qt's are taken out of them.
+    /// As for QApplication: both must outlive this object, and Qt's options are removed from them.
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
@@ -45,39 +46,38 @@ public:
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;
-    /// Looks for ":/Translation/FILENAME"; does nothing before TranslateWindows, or a plug-in would translate the texts
-    /// that the command line prints.
+    /// Loads ":/Translation/FILENAME". Does nothing before TranslateWindows; otherwise a plug-in would translate the
+    /// texts that the command line prints.
     void LoadTranslator(QString fileName) override;
-    /// Never null: a file that isn't a picture has a description of size 0. Files are told apart by their absolute
-    /// names.
+    /// Never null: a file that isn't a picture has a description of size 0. Files are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
-    /// Null: this host shares no interface kernel.
+    /// Returns null: this host shares no interface kernel.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    /// As ImageDefOf. The image belongs to the image cache or to this object. Any thread.
+    /// Like ImageDefOf. The image cache or this object owns the image. Any thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
-    /// Why the file can't be corrected, in one line; empty if it can, as far as its head tells. Any thread.
+    /// Returns one line why the file cannot be corrected; empty if its header shows no problem. Any thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
-    /// Ends all descriptions, and their pixels; those that were handed out are gone.
+    /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
-    /// Hands @p image out as the description of @p fileName (absolute) until null takes its place.
+    /// Uses @p image as the description of @p fileName (absolute) until it is set to null.
     void LendInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
-    /// From now on what is stored, or the default, passes through @p adapt on its way to a plug-in; null ends this.
-    /// Returns the adapter that was in its place.
+    /// Passes all settings read by plug-ins, stored or default, through @p adapt from now on; null stops this. Returns
+    /// the previous adapter.
     SettingAdapter AdaptPluginSettings(SettingAdapter adapt);
-    /// Frees what is known of the file and its pixels, with the disk copies of raw ones: for files that nobody asks for
-    /// again. Not while it is in use. Any thread.
+    /// Frees the description of the file and its pixels, including disk copies of raw files, when the file is no longer
+    /// needed. Not while it is in use. Any thread.
     void Forget(const QString &fileName);
-    /// Images described from now on have thumbnails; commands with windows want them.
+    /// Gives images described from now on thumbnails, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
-    /// What the program itself remembers; plug-ins have their own by GetPluginSetting.
+    /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
-    /// Why settings files are passed over, in one line; empty if they aren't.
+    /// Returns one line why settings files are ignored; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
-    /// Translates the program's own texts, and Qt's, into the user's language. To be called before plug-ins are loaded.
-    /// Commands without windows speak English.
+    /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
+    /// Commands without windows stay in English.
     void TranslateWindows();
 
 private:
@@ -92,7 +92,7 @@ private:
 
     QString m_settingsProblem;
     QSettings m_settings;
-    QMutex m_mutex;                                // of the next two
+    QMutex m_mutex;                                // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_lentInstead; // not owned
     SettingAdapter m_adapt;

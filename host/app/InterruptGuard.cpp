@@ -8,8 +8,8 @@
 
 namespace {
 
-/// The working threads go on meanwhile and may put one more file into the folder behind our back: again, until it is
-/// gone. Once it is gone nothing can be made in it.
+/// Removes a folder. Working threads continue meanwhile and may still add a file, so it repeats until the folder is
+/// removed. After that nothing can be created in it.
 void RemoveForGood(const QString &folder)
 {
     constexpr int kAttempts = 100;
@@ -38,11 +38,11 @@ sigset_t SignalsNotIgnored()
 
 InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
 {
-    sigaddset(&m_signals, SIGUSR1); // for our own use: wakes the watch up
+    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the watch
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
     try {
         m_watch = std::thread(&InterruptGuard::Watch, this);
-    } catch (const std::system_error &) { // no thread can be had: an interruption then leaves the folders behind
+    } catch (const std::system_error &) { // without a thread an interruption leaves the folders
         pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
         sigemptyset(&m_signals);
     }
@@ -82,14 +82,14 @@ void InterruptGuard::Watch()
     int number = 0;
     while (sigwait(&m_signals, &number) == 0 && !m_stop) {
         if (number == SIGUSR1)
-            continue;   // somebody else's
-        m_mutex.lock(); // and never unlocked: no new folder from here on
+            continue;   // sent by another process
+        m_mutex.lock(); // never unlocked: no new folder from here on
         for (const QString &folder : qAsConst(m_folders)) {
             if (!folder.isEmpty())
                 RemoveForGood(folder);
         }
         std::signal(number, SIG_DFL);
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
-        std::raise(number); // to this thread, the one that takes it; ends the program
+        std::raise(number); // sent to this thread, which handles it; ends the program
     }
 }

@@ -1,4 +1,4 @@
-// Lets the user break the program off without leaving its work folders behind.
+// Removal of work folders when the user interrupts the program.
 #pragma once
 
 #include <QStringList>
@@ -9,12 +9,12 @@
 #include <mutex>
 #include <thread>
 
-/// While it lives, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end the program as
-/// they always do, so that a shell sees why it ended. A signal that was ignored at the start stays ignored. To be made
-/// before any other thread: threads inherit the signal mask that it sets. One at a time.
+/// While it exists, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end the program in
+/// the usual way, so that a shell sees the reason. A signal that was ignored at startup stays ignored. Create it before
+/// any other thread, because threads inherit the signal mask that it sets. One object at a time.
 ///
-/// SIGPIPE is for the thread that wrote, which has it blocked and only sees EPIPE: it has to send the signal to the
-/// process.
+/// SIGPIPE goes to the thread that wrote, which has it blocked and only sees EPIPE: that thread must send the signal to
+/// the process.
 class InterruptGuard {
 public:
     InterruptGuard();
@@ -22,22 +22,22 @@ public:
     InterruptGuard(const InterruptGuard &) = delete;
     InterruptGuard &operator=(const InterruptGuard &) = delete;
 
-    /// Calls @p makeFolder, which gives the path of the folder that it made, and protects that folder too from then on.
-    /// An interruption finds the folder either not yet made or protected. An empty path protects nothing.
+    /// Calls @p makeFolder, which creates a folder and returns its path, and protects that folder from then on. At any
+    /// interruption the folder either does not exist yet or is protected. An empty path protects nothing.
     void Protect(const std::function<QString()> &makeFolder);
-    /// The folder is gone, or is to stay.
+    /// Stops protecting a folder that was removed, or that should stay.
     void Release(const QString &folder);
-    /// Calls @p start with the signals as they were before the guard: a program that it starts inherits them, and one
-    /// that is deaf to SIGTERM would outlive its session.
+    /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
+    /// that blocks SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
 
 private:
     void Watch();
 
-    std::mutex m_mutex; // of m_folders; an interruption keeps it until the end
+    std::mutex m_mutex; // guards m_folders; never unlocked after an interruption
     QStringList m_folders;
     sigset_t m_signals;
     sigset_t m_oldMask;
     std::atomic<bool> m_stop{false};
-    std::thread m_watch; // the last member: it uses the others
+    std::thread m_watch; // last member, because it uses the others
 };

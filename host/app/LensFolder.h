@@ -1,25 +1,25 @@
-// The folder of lens profiles, in the form in which the plug-in walks it.
+// The folder of lens profiles, in the form in which the plug-in searches it.
 #pragma once
 
 #include "PrivateFolder.h"
 
 #include <QString>
 
-/// Profiles lie in FOLDER/BRAND/FILE.lcp. The plug-in joins folder and brand by a backslash on every platform, so that
-/// elsewhere than on Windows it looks for a folder of the name "FOLDER\BRAND". This is a place made of links in which
-/// both are the same.
+/// Profiles are stored as FOLDER/BRAND/FILE.lcp. The plug-in joins folder and brand with a backslash on every platform,
+/// so on other systems than Windows it looks for a folder named "FOLDER\BRAND". This is a folder of links in which both
+/// names lead to the profiles.
 class LensFolder {
 public:
-    /// @param folder  of the user's; one that doesn't exist gives an empty place.
+    /// @param folder  of the user; a missing one gives an empty folder of links.
     LensFolder(const QString &folder, InterruptGuard *guard);
 
     /// The user's folder, absolute.
     QString Folder() const { return m_folder; }
-    /// Why the place could not be made, in one line; empty if it stands.
+    /// Returns one line why the folder could not be created; empty if it exists.
     QString Problem() const;
-    /// What the plug-in is to be given; empty if the place could not be made.
+    /// Returns the path to pass to the plug-in; empty if the folder could not be created.
     QString Place() const;
-    /// A private folder for whatever comes with it.
+    /// Returns a private folder for temporary files.
     QString Scratch() const { return m_place.Path(); }
 
 private:

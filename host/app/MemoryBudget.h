@@ -1,4 +1,4 @@
-// Memory for pictures that are corrected at the same time.
+// Memory limit for pictures that are corrected in parallel.
 #pragma once
 
 #include <QtGlobal>
@@ -6,21 +6,22 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Most bytes that correcting a picture of that size takes: 48 a pixel (a float picture in the cache, its copy, and all
-/// rows of the copy at hand, where a lens bends that far) and 80 MiB. Pictures of 8 and 16 bits take less than half.
+/// Returns the maximum bytes needed to correct a picture of that size: 48 per pixel (a float picture in the cache, its
+/// copy, and all rows of the copy as floats, for a lens with extreme distortion) plus 80 MiB. Pictures of 8 and 16 bits
+/// need less than half.
 qint64 BytesToCorrect(int width, int height);
 
-/// Bytes that the system can give without swapping; 0 if it doesn't say.
+/// Returns the bytes available without swapping; 0 if the system doesn't report them.
 qint64 AvailableBytes();
 
-/// Memory for several pictures at once. Threads wait in it until there is room for theirs; one picture alone is always
-/// let in. Any thread.
+/// Memory limit shared by several pictures. Threads wait until their picture fits; a single picture is always admitted.
+/// Any thread.
 class MemoryBudget {
 public:
-    /// @param bytes  for all pictures together; 0 is no limit.
+    /// @param bytes  for all pictures together; 0 means no limit.
     explicit MemoryBudget(qint64 bytes) : m_limitBytes(bytes) { }
 
-    /// A picture's share, for a scope.
+    /// The share of one picture, released at the end of a scope.
     class Share {
     public:
         Share(MemoryBudget *budget, qint64 bytes);
@@ -35,7 +36,7 @@ public:
 
 private:
     const qint64 m_limitBytes;
-    std::mutex m_mutex; // of m_usedBytes
+    std::mutex m_mutex; // guards m_usedBytes
     std::condition_variable m_freed;
     qint64 m_usedBytes = 0;
 };

@@ -8,15 +8,15 @@
 
 namespace {
 
-/// One name for a file or folder that can be reached by several, as through links; as it stands if it doesn't exist.
+/// Returns the canonical name of a file or folder; the name unchanged if it doesn't exist.
 QString CanonicalName(const QString &path)
 {
     const QString canonical = QFileInfo(path).canonicalFilePath();
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Absolute, without "." and "..". Behind a link to a folder ".." is not the folder that the name shows: there the
-/// folder goes by its canonical name, or another file than the one named would be taken.
+/// Returns an absolute name without "." and "..". After a link to a folder, ".." is not the folder in the name: such
+/// names use the folder's canonical name; otherwise they would lead to another file.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -41,7 +41,7 @@ PlannedPicture PlanOne(const QString &file, const QString &outputFolder)
 QVector<PlannedPicture> PlanOutputs(const QStringList &files, const QString &outputFolder)
 {
     QVector<PlannedPicture> plan;
-    QHash<QString, int> takers; // output: index of the first picture that wants it
+    QHash<QString, int> takers; // output: index of the first picture with it
     for (const QString &file : files) {
         PlannedPicture planned = PlanOne(file, outputFolder);
         const QString key =

@@ -13,11 +13,11 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(PictureProblem)
 };
 
-/// Reads the head of a picture. @return why it can't be read, or empty.
+/// Reads the header of a picture. @return why it cannot be read, or empty.
 QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
 {
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // as all hosts pass them; without effect
+    constexpr std::uint32_t kFlags = 4; // the value that all hosts pass; no effect
     const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
     return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
 }
@@ -76,7 +76,7 @@ QString TextOf(const RefusalReason &reason, const QString &path)
     case RefusalReason::Companion:
         break;
     }
-    return Text::tr("is not described as a picture: a companion file, or damaged");
+    return Text::tr("is not recognized as a picture: a companion file, or damaged");
 }
 
 QString WithoutFileName(const QString &text, const QString &path)

@@ -1,18 +1,18 @@
-// Why a file is of no use as a picture, in one line for the user.
+// Reasons why a file cannot be used as a picture, in one line for the user.
 #pragma once
 
 #include <QString>
 
 struct RefusalReason;
 
-/// Why the file can't be a picture, as far as can be said without reading it; empty: nothing against it.
+/// Returns why the file cannot be a picture, judged without reading it; empty if no reason was found.
 QString FileProblem(const QString &path);
 
-/// Why the file can't be read as a picture; empty if it can, as far as its head tells.
+/// Returns why the file cannot be read as a picture, judged by its header; empty if no reason was found.
 QString ReadingProblem(const QString &path);
 
-/// The words for why the image kernel refused the file @p path; empty if it didn't.
+/// Returns the text for the image kernel's refusal of the file @p path; empty if it wasn't refused.
 QString TextOf(const RefusalReason &reason, const QString &path);
 
-/// @p text without the name of the file @p path at its start, which messages put there themselves.
+/// Returns @p text without the name of the file @p path at its start, because messages add that name.
 QString WithoutFileName(const QString &text, const QString &path);

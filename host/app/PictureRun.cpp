@@ -29,7 +29,7 @@ const FlagRow kFlags[] = {
 };
 const QLatin1String kProfile("LCPfilename");
 
-/// Moves the output into place by the rule for existing ones.
+/// Moves the output into place, by the rule for existing outputs.
 RunResult Publish(const WorkFolder &folder, const QString &result, const PlannedPicture &planned,
                   ExistingOutput existing)
 {
@@ -40,7 +40,7 @@ RunResult Publish(const WorkFolder &folder, const QString &result, const Planned
     throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(planned.output, qt_error_string(EEXIST)), KPlace());
 }
 
-/// Runs the process in @p folder. @return the output's path. Texts of failures name the files that the user knows.
+/// Runs the process in @p folder. @return the output's path. Error texts name the files that the user knows.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
 {
@@ -86,18 +86,22 @@ bool IsThere(const QString &path)
 }
 
 RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
-                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard)
+                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard,
+                     const std::function<void()> &check)
 {
     WorkFolder::MakeOutputFolder(planned.outputFolder);
     const bool replaces = existing == ExistingOutput::Overwrite;
     const ReplacedFile target(planned.output);
-    if (const QString problem = replaces ? target.Problem() : QString(); !problem.isEmpty()) // before the work is done
+    if (const QString problem = replaces ? target.Problem() : QString();
+        !problem.isEmpty()) // check before doing the work
         throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(target.Path(), problem), KPlace());
 
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
-    const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // nobody asks for this name again
+    const auto forget = qScopeGuard([&] { application->Forget(admitted); }); // this name is not used again
     const QString result = Process(process, record, planned, folder, admitted);
+    if (check)
+        check();
     if (!replaces)
         return Publish(folder, result, planned, existing);
     folder.Publish(result, target);
@@ -115,6 +119,6 @@ QString TextOfCurrentException()
     } catch (const std::exception &e) {
         return QString::fromUtf8(e.what());
     } catch (...) {
-        return QCoreApplication::translate("PictureRun", "failed without telling a reason");
+        return QCoreApplication::translate("PictureRun", "failed for an unknown reason");
     }
 }

@@ -1,4 +1,4 @@
-// One picture through the plug-in: what every command that corrects has in common.
+// The run of one picture through the plug-in, shared by all commands that correct.
 #pragma once
 
 #include "Corrections.h"
@@ -6,22 +6,24 @@
 
 #include "KIPluginOne2One.h"
 
+#include <functional>
+
 class HostApplication;
 class InterruptGuard;
 
-/// What a parameter record of the process says.
+/// The content of a parameter record of the process.
 struct PictureParameters {
     Corrections corrections;
-    QString profile; // whole path; empty: none chosen
+    QString profile; // absolute path; empty: none chosen
 };
 
-/// The XML form of a parameter record with all four attributes: a missing one would clear its field, and stored
-/// settings play no part.
+/// Returns the XML form of a parameter record with all four attributes: a missing one would clear its field, and stored
+/// settings are not used.
 QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters);
-/// The other way; an element that lacks something says no.
+/// The inverse; missing attributes read as false.
 PictureParameters ReadParameters(const QDomElement &element);
 
-/// A parameter record of the process's, for a scope.
+/// A parameter record of the process, freed at the end of a scope.
 class ParameterRecord {
 public:
     ParameterRecord(KIPluginOne2One *process, const QDomElement &element)
@@ -39,18 +41,20 @@ private:
     void *m_record;
 };
 
-/// Whether something stands at @p path, be it a link that leads nowhere.
+/// Whether @p path exists, even as a broken link.
 bool IsThere(const QString &path);
 
-/// Whether a run wrote its output, or kept one that came to stand there meanwhile: for ExistingOutput::Skip only.
+/// Whether a run wrote its output or, only with ExistingOutput::Skip, kept one that appeared meanwhile.
 enum class RunResult { Written, Kept };
 
-/// Corrects into a private folder and moves the whole output into place. Throws KException with a text for the user
-/// that leaves the picture's name out, or what else the process throws; nothing is left behind then, and an output that
-/// was there stays as it was. The picture's pixels are given back: no picture is needed twice.
+/// Corrects into a private folder and moves the complete output into place. Throws KException with a text for the user
+/// without the picture's name, or any exception of the process; no files are left then, and an existing output is
+/// unchanged. Frees the picture's pixels, because no picture is needed twice.
+/// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,
-                                   ExistingOutput existing, InterruptGuard *guard);
+                                   ExistingOutput existing, InterruptGuard *guard,
+                                   const std::function<void()> &check = nullptr);
 
-/// The text of the exception that is being handled.
+/// Returns the text of the exception being handled.
 QString TextOfCurrentException();

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The build tree has the same shape as the installed one.
+/// The build tree has the same layout as the installed one.
 QString InstalledPlugin()
 {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../" VITRELUX_PLUGIN_FILE));
@@ -17,7 +17,7 @@ QString InstalledPlugin()
 
 } // namespace
 
-PluginLoader::PluginLoader(const QString &file)
+PluginLoader::PluginLoader(const QString &file, CorrectionMode mode) : m_mode(mode)
 {
     const QString path = file.isEmpty() ? InstalledPlugin() : AbsolutePath(file);
     m_loader.setFileName(path);
@@ -29,19 +29,26 @@ PluginLoader::PluginLoader(const QString &file)
 PluginLoader::~PluginLoader()
 {
     if (m_loader.isLoaded())
-        m_loader.unload(); // deletes the library object, and that its processes
+        m_loader.unload(); // deletes the library object, which deletes its processes
 }
 
 std::unique_ptr<QObject> PluginLoader::MakeProcess() const
 {
     QObject *made = m_object ? m_object->metaObject()->newInstance(Q_ARG(QObject *, nullptr)) : nullptr;
+    SetMode(made);
     return std::unique_ptr<QObject>(made);
 }
 
-/// @return why there is no process; without meaning if there is one.
+void PluginLoader::SetMode(QObject *process) const
+{
+    if (process && m_mode == CorrectionMode::Fitted)
+        process->setProperty("Correction", QStringLiteral("fitted"));
+}
+
+/// @return why there is no process; meaningless if there is one.
 QString PluginLoader::Load()
 {
-    // Asked first, from the file alone: loading runs code.
+    // Checked first, in the file: loading would run code.
     const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
     if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
         return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
@@ -56,6 +63,7 @@ QString PluginLoader::Load()
     for (const QPointer<QObject> &object : made) {
         if ((m_process = qobject_cast<KIPluginOne2One *>(object.data()))) {
             m_object = object;
+            SetMode(object);
             return QString();
         }
     }

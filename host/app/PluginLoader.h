@@ -1,4 +1,4 @@
-// Finds and loads the lens correction plug-in, through nothing but the interfaces that every host has.
+// Loader of the lens correction plug-in, which uses only the interfaces that every host has.
 #pragma once
 
 #include "KIPluginOne2One.h"
@@ -7,27 +7,32 @@
 
 #include <memory>
 
-/// Needs the application object, and has to be destroyed before it.
+/// How processes correct: a fitted one has the dynamic property "Correction" with the value "fitted".
+enum class CorrectionMode { Plain, Fitted };
+
+/// Needs the application object, and must be destroyed before it.
 class PluginLoader {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.
-    explicit PluginLoader(const QString &file);
+    explicit PluginLoader(const QString &file, CorrectionMode mode = CorrectionMode::Plain);
     ~PluginLoader();
     PluginLoader(const PluginLoader &) = delete;
     PluginLoader &operator=(const PluginLoader &) = delete;
 
-    /// The correction process, owned by the plug-in; null if it could not be had.
+    /// The correction process, owned by the plug-in; null if it is not available.
     KIPluginOne2One *Process() const { return m_process; }
-    /// Another process of the same kind, for a thread of its own; null if the plug-in makes none.
+    /// Makes another process of the same kind, for another thread; null if the plug-in makes none.
     std::unique_ptr<QObject> MakeProcess() const;
-    /// Why Process() is null.
+    /// The reason why Process() is null.
     QString Problem() const { return m_problem; }
 
 private:
     QString Load();
+    void SetMode(QObject *process) const;
 
+    CorrectionMode m_mode;
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
-    QPointer<QObject> m_object; // the same
+    QPointer<QObject> m_object; // the same object
     QString m_problem;
 };

@@ -20,11 +20,11 @@ namespace {
 
 const QLatin1String kPrefix(".vitrelux-");
 const QLatin1String kRandomPart("XXXXXX");
-const QLatin1String kLockName("/.vitrelux-lock"); // a name that no picture has
+const QLatin1String kLockName("/.vitrelux-lock"); // not the name of a picture
 
 enum class Lock { Taken, HeldByOther, NotSupported };
 
-/// A lock of the open file, not of the process: it ends with the last descriptor, and threads count as strangers.
+/// Locks the open file, not the process: the lock ends with the last descriptor, and also excludes other threads.
 Lock TakeLock(int file)
 {
     struct flock whole = {};
@@ -41,8 +41,8 @@ bool IsUnlinked(int file)
     return fstat(file, &status) == 0 && status.st_nlink == 0;
 }
 
-/// Removes a folder whose owner is dead. One without a lock file is only removed while it is empty: its owner may be
-/// about to make that file, and takes another folder if this one is gone.
+/// Removes a folder whose owner is dead. One without a lock file is only removed if it is empty: its owner may be about
+/// to create that file, and uses another folder if this one is removed.
 void RemoveIfAbandoned(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -97,7 +97,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
 {
     RemoveAbandoned(parent);
     m_guard->Protect([&] {
-        constexpr int kAttempts = 100; // another process that starts just now may take an unlocked folder away
+        constexpr int kAttempts = 100; // another process that is starting may remove an unlocked folder
         for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
         return m_path;
     });
@@ -120,7 +120,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
 {
     const auto fail = [this] { m_problem = QString::fromLocal8Bit(std::strerror(errno)); };
     QByteArray name = QFile::encodeName(parent + QLatin1Char('/') + kPrefix + kRandomPart);
-    if (!mkdtemp(name.data())) { // closed to others from the start, whatever the umask
+    if (!mkdtemp(name.data())) { // never accessible to others, whatever the umask
         fail();
         return true;
     }
@@ -132,7 +132,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
         rmdir(name.constData());
         return true;
     }
-    // Without locks on this file system nobody else can lock the folder either, and so nobody removes it.
+    // If the file system has no locks, other processes cannot lock the folder either, so they don't remove it.
     if (TakeLock(m_lock) == Lock::HeldByOther || IsUnlinked(m_lock)) {
         close(m_lock);
         m_lock = -1;

@@ -1,4 +1,4 @@
-// A folder of this process alone, which is removed with its object.
+// A private folder of this process, removed with its object.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,8 @@
 
 class InterruptGuard;
 
-/// Named ".vitrelux-" and six letters. A lock on a file in it shows other processes that its owner lives; the first
-/// such folder in a parent removes those whose owners were killed. Problems with removing are printed on standard
-/// error.
+/// Named ".vitrelux-" and six letters. A lock on a file in it shows other processes that its owner is alive; the first
+/// such folder in a parent removes those of killed owners. Removal problems are printed on standard error.
 class PrivateFolder {
 public:
     /// @param parent  an existing folder.
@@ -18,9 +17,9 @@ public:
     PrivateFolder(const PrivateFolder &) = delete;
     PrivateFolder &operator=(const PrivateFolder &) = delete;
 
-    /// Why the folder could not be made; empty if it stands.
+    /// Returns why the folder could not be created; empty if it exists.
     QString Problem() const { return m_problem; }
-    /// Absolute; empty if the folder could not be made.
+    /// Absolute; empty if the folder could not be created.
     QString Path() const { return m_path; }
     QString FilePath(const QString &name) const { return m_path + QLatin1Char('/') + name; }
 
@@ -33,7 +32,7 @@ private:
     int m_lock = -1; // file descriptor
 };
 
-/// Removes a folder with all that is in it; links are removed, not followed. @return why it failed, or empty.
+/// Removes a folder and its contents; links are removed, not followed. @return why it failed, or empty.
 QString RemoveFolder(const QString &path);
-/// Prints that a work folder stays behind.
+/// Prints that a work folder could not be removed.
 void TellNotRemoved(const QString &path, const QString &why);

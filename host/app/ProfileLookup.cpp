@@ -13,7 +13,7 @@
 
 namespace {
 
-/// A picture of which the plug-in gets the description and, in the place of its pixels, a single one.
+/// A picture that gives the plug-in its description and a single pixel instead of its pixels.
 class PixellessImage : public ImageDef {
 public:
     explicit PixellessImage(const ImageDef &described)
@@ -33,23 +33,23 @@ bool IsServed(const QString &maker)
         || CameraProperties::isBrand(maker, QStringLiteral("Canon"));
 }
 
-/// Why nothing was found, as far as the picture's own data tell; empty if they are all there.
+/// Returns why nothing was found, if the picture's data is incomplete; otherwise empty.
 QString MissingInPicture(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
     if (!image.HasExif())
-        return QStringLiteral("neither its metadata nor the table of cameras tells its focal length on 35 mm film");
+        return QStringLiteral("neither its metadata nor the table of cameras gives its 35 mm equivalent focal length");
     if (!IsServed(shooting.makerName)) {
-        return QStringLiteral("profiles are found for cameras of Nikon and Canon only, this is one of \"%1\"")
+        return QStringLiteral("profiles are found only for Nikon and Canon cameras, but this one is from \"%1\"")
             .arg(shooting.makerName);
     }
     if (shooting.lensId.isEmpty())
-        return QStringLiteral("its metadata doesn't tell the lens");
+        return QStringLiteral("its metadata doesn't name the lens");
     const QStringList lenses = ImageDef::g_Lenses.findLensList(shooting.makerName, shooting.lensId);
     if (lenses.isEmpty())
         return QStringLiteral("the lens \"%1\" isn't in the table of lenses").arg(shooting.lensId);
     if (lenses.size() > 1) {
-        return QStringLiteral("several lenses call themselves \"%1\": %2")
+        return QStringLiteral("several lenses identify themselves as \"%1\": %2")
             .arg(shooting.lensId, lenses.join(QLatin1String("; ")));
     }
     return QString();
@@ -86,20 +86,20 @@ ProfileLookup::Answer ProfileLookup::Find(KIPluginOne2One *process, const QStrin
     if (!problem.isEmpty())
         return {QString(), problem};
     if (!m_given.isEmpty() && !QFileInfo(m_given).isDir())
-        return {QString(), QStringLiteral("there is no folder of profiles \"%1\"").arg(m_given)};
+        return {QString(), QStringLiteral("there is no profile folder \"%1\"").arg(m_given)};
     if (!m_folder || !QFileInfo(m_folder->Folder()).isDir())
-        return {QString(), QStringLiteral("no folder of profiles is known; name one with --lens-path")};
+        return {QString(), QStringLiteral("no profile folder is known; name one with --lens-path")};
     if (!m_folder->Problem().isEmpty())
         return {QString(), m_folder->Problem()};
     const ImageDef &image = *m_application->ImageOf(picture);
     try {
         return Judge(AskPlugin(process, image), image);
-    } catch (const KException &e) { // from the temporary folder
+    } catch (const KException &e) { // thrown for the temporary folder
         return {QString(), QStringLiteral("profiles cannot be looked up: %1").arg(e.what())};
     }
 }
 
-/// @return the profile as the record has it after the run.
+/// Runs the plug-in. @return the record's profile after the run.
 QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image)
 {
     const ParameterRecord record(process, DescribeParameters(process->Name(), PictureParameters()));
@@ -111,14 +111,14 @@ QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image
     try {
         QString output;
         process->Process(name, record.Get(), output);
-    } catch (...) { // from the pixel on its way into a file: the lookup was before
+    } catch (...) { // thrown while the pixel is written: the lookup is already done
     }
     return ReadParameters(process->GetXmlParameters(record.Get())).profile;
 }
 
 ProfileLookup::Answer ProfileLookup::Judge(const QString &found, const ImageDef &image) const
 {
-    const QString real = QFileInfo(found).canonicalFilePath(); // empty for what doesn't exist
+    const QString real = QFileInfo(found).canonicalFilePath(); // empty if it doesn't exist
     if (!found.isEmpty() && !real.isEmpty())
         return {real, QString()};
     const QString missing = MissingInPicture(image);

@@ -1,4 +1,4 @@
-// Which lens profile the plug-in finds for a picture, and why it finds none.
+// Lookup of the lens profile that the plug-in finds for a picture, or the reason why it finds none.
 #pragma once
 
 #include "LensFolder.h"
@@ -9,32 +9,32 @@ class HostApplication;
 class ImageDef;
 class KIPluginOne2One;
 
-/// The plug-in looks a profile up when it is run with a record that names none; it then leaves the pixels as they are
-/// and the profile in the record. Here it is run so on a picture that lends a single pixel.
+/// The plug-in looks up a profile if it runs with a record that names none; it then leaves the pixels unchanged and
+/// stores the profile in the record. This class runs it on a picture that lends a single pixel.
 ///
-/// To be made before the process that it is to run, which reads the folder of profiles when it starts. Find is for one
-/// thread at a time.
+/// Create it before the process that it runs, which reads the profile folder when it starts. Only one thread at a time
+/// may call Find.
 class ProfileLookup {
 public:
-    static const QLatin1String kLensPath; // the plug-in's setting: the folder of profiles
+    static const QLatin1String kLensPath; // the plug-in's setting for the profile folder
 
-    /// The folder that @p stored, a value of that setting, stands for. One that isn't absolute, such as the plug-in's
-    /// default, a path of Windows, is not taken relative to the current folder: there pictures may lie that bring
-    /// profiles of their own. It becomes a path that doesn't exist.
+    /// Returns the folder for @p stored, a value of that setting. A path that isn't absolute, such as the plug-in's
+    /// default, a Windows path, is not resolved against the current folder, where pictures may come with profiles of
+    /// their own. It becomes a path that doesn't exist.
     static QString UsableFolder(const QString &stored);
 
     struct Answer {
         QString profile; // absolute; empty: none
-        QString why;     // there is none, for the user
+        QString why;     // the reason if there is none, for the user
     };
 
-    /// @param folder  of profiles, shadows the stored one; empty: the stored one.
+    /// @param folder  overrides the stored profile folder; empty: the stored one.
     ProfileLookup(HostApplication *application, const QString &folder, InterruptGuard *guard);
     ~ProfileLookup();
     ProfileLookup(const ProfileLookup &) = delete;
     ProfileLookup &operator=(const ProfileLookup &) = delete;
 
-    /// @param process  the last one that was made while this stands.
+    /// @param process  the last process made during the life of this object.
     /// @param picture  absolute.
     Answer Find(KIPluginOne2One *process, const QString &picture);
 
@@ -45,5 +45,5 @@ private:
     HostApplication *m_application;
     InterruptGuard *m_guard;
     QString m_given;
-    std::unique_ptr<LensFolder> m_folder; // null until the plug-in has asked for it
+    std::unique_ptr<LensFolder> m_folder; // null until the plug-in reads the setting
 };

@@ -7,10 +7,10 @@
 
 namespace {
 
-/// A correction, and the models that it needs by their places in ProfileReport::models.
+/// A correction, and the models that it needs, as indices into ProfileReport::models.
 ///
-/// Chromatic aberration takes red and blue relative to green, so it needs all three; with distortion on as well,
-/// green's own model bends the picture in the place of the distortion model.
+/// Chromatic aberration uses red and blue relative to green, so it needs all three models; with distortion on too,
+/// green's model replaces the distortion model.
 struct CorrectionRow {
     const char *name;
     bool Corrections::*member;
@@ -29,7 +29,7 @@ constexpr CorrectionRow kCorrections[] = {
 };
 constexpr int kModelCount = 5;
 
-/// The distortion model is the frame of the others, so every profile has one; without values it straightens nothing.
+/// The distortion model contains the others, so every profile has one; without values it corrects nothing.
 bool Straightens(const LensParam &model)
 {
     return !model.coefficients.isEmpty() || model.tangential1 != 0.0 || model.tangential2 != 0.0;
@@ -85,7 +85,7 @@ Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &aske
 {
     if (!asked.Any()) {
         if (!profile.holds.Any())
-            *why = ProfileUse::tr("holds nothing to correct by: ") + profile.lacks.join(QStringLiteral(", "));
+            *why = ProfileUse::tr("has no usable correction: ") + profile.lacks.join(QStringLiteral(", "));
         return profile.holds;
     }
     QStringList lacking;
@@ -95,7 +95,7 @@ Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &aske
     }
     if (lacking.isEmpty())
         return asked;
-    *why = ProfileUse::tr("can't correct what was asked for: ") + lacking.join(QStringLiteral(", "));
+    *why = ProfileUse::tr("cannot make the requested corrections: ") + lacking.join(QStringLiteral(", "));
     return Corrections();
 }
 

@@ -1,4 +1,4 @@
-// What a lens profile can do for pictures: which corrections, of which size.
+// The corrections that a lens profile supports, and the picture size that it fits.
 #pragma once
 
 #include "Corrections.h"
@@ -11,11 +11,11 @@ struct ProfileReport;
 
 struct ProfileUse {
     QString path;       // absolute
-    QString problem;    // why it can't be used at all, in one line; empty if it can
-    Corrections holds;  // what it can correct
-    QStringList lacks;  // for each other correction: its name and what the profile lacks, or how it is flawed
-    QStringList flaws;  // of these the ones whose models are there and no good
-    double width = 0.0; // of the pictures it was made for, lying on their long side
+    QString problem;    // one line why it cannot be used at all; empty if it can
+    Corrections holds;  // supported corrections
+    QStringList lacks;  // for each other correction: its name and the missing data or the flaw
+    QStringList flaws;  // those of them whose models exist but are flawed
+    double width = 0.0; // of the pictures it was made for, in landscape orientation
     double height = 0.0;
 
     Q_DECLARE_TR_FUNCTIONS(ProfileUse)
@@ -25,16 +25,15 @@ struct ProfileUse {
 ProfileUse JudgeProfile(const QString &file);
 ProfileUse JudgeProfile(const QString &file, const ProfileReport &report);
 
-/// What to correct by @p profile, which has no problem: what is asked for or, if nothing is, all that it holds. None,
-/// with
-/// @p why filled, if a correction that is asked for can't be had, or nothing at all can: a script that asks for a
-/// correction must not take a picture without it for done. Passing it on to the plug-in would be worse: where chromatic
-/// models are lacking, it leaves the other corrections out too.
+/// Chooses the corrections to make by @p profile, which has no problem: the requested ones or, if none are, all that it
+/// supports. Returns none, with @p why filled, if a requested correction is not available, or none at all is: a script
+/// must not mistake an uncorrected picture for success. The plug-in cannot decide this: without chromatic models it
+/// skips the other corrections too.
 Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &asked, QString *why);
 
-/// What to tell about a picture of another size than the profile's; empty if the sizes go together. Pictures that
-/// aren't wider than high are turned on their side for the correction, and so are compared.
+/// Returns a note about a picture of another size than the profile's; empty if the sizes match. Pictures that aren't
+/// wider than high are turned for the correction, and are compared that way.
 QString SizeMismatch(const ProfileUse &profile, int width, int height);
 
-/// "distortion, vignetting"
+/// Returns a list such as "distortion, vignetting".
 QString NamesOf(const Corrections &corrections);

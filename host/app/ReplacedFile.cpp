@@ -19,10 +19,10 @@ QString SystemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// The end of a chain of links, as it stands if it leads nowhere or in a circle.
+/// Returns the end of a chain of links; the path unchanged if the chain is broken or circular.
 QByteArray FollowLinks(QByteArray path)
 {
-    constexpr int kMaxLinks = 40; // as many as the kernel follows
+    constexpr int kMaxLinks = 40; // the kernel's limit
     for (int i = 0; i < kMaxLinks; ++i) {
         char link[PATH_MAX];
         const ssize_t length = readlink(path.constData(), link, sizeof link);
@@ -43,7 +43,7 @@ int GiveModeAndSync(const char *file, mode_t mode)
     const auto closed = qScopeGuard([descriptor] { close(descriptor); });
     if (fchmod(descriptor, mode) != 0)
         return -1;
-    return fsync(descriptor) != 0 && errno != EINVAL ? -1 : 0; // EINVAL: a file system that can't
+    return fsync(descriptor) != 0 && errno != EINVAL ? -1 : 0; // EINVAL: not supported by the file system
 }
 
 } // namespace
@@ -63,7 +63,7 @@ QString ReplacedFile::Problem() const
 
 QString ReplacedFile::ReplaceBy(const QString &from) const
 {
-    const QString problem = Problem(); // it may have become another one meanwhile
+    const QString problem = Problem(); // the file may have changed meanwhile
     if (!problem.isEmpty())
         return problem;
     const QByteArray source = QFile::encodeName(from), target = QFile::encodeName(m_path);

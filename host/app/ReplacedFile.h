@@ -1,4 +1,4 @@
-// The rule for output files that replace others, the same as in the image-file layer.
+// The rule for replacing output files, the same as in the image-file layer.
 #pragma once
 
 #include <QString>
@@ -6,8 +6,8 @@
 #include <optional>
 #include <sys/types.h>
 
-/// Where an output goes if it may replace what stands at @p path: links are followed, so that the file they lead to is
-/// replaced and the links stay. The file need not exist.
+/// The target of an output that may replace @p path: links are followed, so that the file they point to is replaced and
+/// the links stay. The file need not exist.
 class ReplacedFile {
 public:
     explicit ReplacedFile(const QString &path);
@@ -16,8 +16,8 @@ public:
     /// Returns why the file must not be replaced: it is write-protected, or not a regular file. Empty if it may be, or
     /// if there is none.
     QString Problem() const;
-    /// Moves the file @p from, which lies on the same file system, into place, with the permissions of the file that it
-    /// replaces, and then only once it is on the disk. @return why that failed, or empty.
+    /// Moves the file @p from, which must be on the same file system, into place. If it replaces a file, it gets that
+    /// file's permissions and is flushed to disk first. @return why that failed, or empty.
     QString ReplaceBy(const QString &from) const;
 
 private:

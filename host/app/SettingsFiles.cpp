@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr qint64 kMaxBytes = 1 << 20; // ours have some kilobytes
+constexpr qint64 kMaxBytes = 1 << 20; // ours have a few kilobytes
 
 QString ProblemOf(const QString &file)
 {
@@ -24,14 +24,14 @@ QString ProblemOf(const QString &file)
 
 QString SettingsProblem(const QString &organization, const QString &application)
 {
-    // What QSettings reads, the system's as a fallback for the user's.
+    // The files that QSettings reads; the system's is a fallback for the user's.
     const QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
     for (const QString &folder : folders) {
         for (const QString &name : {organization + QLatin1Char('/') + application, organization}) {
             const QString file = folder + QLatin1Char('/') + name + QLatin1String(".ini");
             const QString problem = ProblemOf(file);
             if (!problem.isEmpty())
-                return QStringLiteral("settings file \"%1\" is passed over: %2").arg(file, problem);
+                return QStringLiteral("settings file \"%1\" is ignored: %2").arg(file, problem);
         }
     }
     return QString();
@@ -39,7 +39,7 @@ QString SettingsProblem(const QString &organization, const QString &application)
 
 void PassOverSettingsFiles()
 {
-    const QString nowhere = QStringLiteral("/dev/null"); // no folder can be made below it
+    const QString nowhere = QStringLiteral("/dev/null"); // no folder can be created below it
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, nowhere);
     QSettings::setPath(QSettings::IniFormat, QSettings::SystemScope, nowhere);
 }

@@ -1,11 +1,11 @@
-// A look at settings files before Qt reads them, which trusts them blindly.
+// A check of settings files before Qt reads them, because Qt does not check them.
 #pragma once
 
 #include <QString>
 
-/// Why the settings of @p organization and @p application, of the user or of the system, must not be read: a file is
-/// not a regular one, so that reading could wait forever, or is far larger than settings are. Empty if they may be.
+/// Returns why the settings of @p organization and @p application, of the user or of the system, must not be read: a
+/// file is not a regular one, so reading could block forever, or is far too large. Empty if they may be read.
 QString SettingsProblem(const QString &organization, const QString &application);
 
-/// Makes Qt find no settings files in this process from now on, and write none.
+/// Stops Qt from reading and writing settings files in this process.
 void PassOverSettingsFiles();

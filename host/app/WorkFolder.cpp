@@ -30,19 +30,19 @@ QString SystemError(int error)
     throw KException(WorkFolder::tr("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
 }
 
-/// rename(2) that leaves an existing @p to alone. @return 0 or the error.
+/// Like rename(2), but keeps an existing @p to. @return 0 or the error.
 int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
 {
     if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // A file system without that kind of rename, such as NFS. A hard link doesn't replace either.
+    // The file system, for example NFS, lacks this kind of rename. A hard link doesn't replace files either.
     if (link(from.constData(), to.constData()) == 0)
-        return 0; // the other name goes with the work folder
+        return 0; // the other name is removed with the work folder
     if (errno == EEXIST)
         return errno;
-    // Without links either: what is left is to look and to rename.
+    // No hard links either: check and rename.
     if (access(to.constData(), F_OK) == 0)
         return EEXIST;
     return std::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
@@ -55,7 +55,7 @@ void WorkFolder::MakeOutputFolder(const QString &path)
     std::error_code error;
     std::filesystem::create_directories(QFile::encodeName(path).constData(), error);
     if (error) {
-        throw KException(WorkFolder::tr("cannot make the folder \"%1\": %2")
+        throw KException(WorkFolder::tr("cannot create the folder \"%1\": %2")
                              .arg(path, QString::fromLocal8Bit(error.message().c_str())),
                          KPlace());
     }
@@ -100,7 +100,7 @@ void WorkFolder::Publish(const QString &result, const ReplacedFile &target) cons
 
 QString WorkFolder::WithKnownNames(QString text) const
 {
-    // Not where the output's longer name begins with the picture's.
+    // Not if it is the start of the output's longer name.
     const QRegularExpression admitted(QRegularExpression::escape(m_admitted) + QStringLiteral("(?![\\w.])"));
     for (auto match = admitted.match(text); match.hasMatch(); match = admitted.match(text))
         text.replace(match.capturedStart(), match.capturedLength(), m_picture);

@@ -1,4 +1,4 @@
-// The private folder in which one picture's output comes into being.
+// The private folder in which the output of one picture is made.
 #pragma once
 
 #include "PrivateFolder.h"
@@ -7,32 +7,32 @@
 
 class ReplacedFile;
 
-/// The plug-in writes beside the file that it is given, over whatever is there. So it is given the picture under its
-/// own name in a private folder made inside the output folder: same file system, hence a whole output moves into
-/// place in one step, and an existing one is untouched until then. Whatever else is left is removed with this object,
-/// or by the interruption that the guard catches.
+/// The plug-in writes next to its input file and overwrites existing files. So it gets the picture under its name in a
+/// private folder inside the output folder: on the same file system a complete output moves into place in one step, and
+/// an existing one is untouched until then. All other files are removed with this object, or by the guard at an
+/// interruption.
 ///
-/// All functions throw KException, with a message that says what could not be done.
+/// All functions throw KException with a message about the failed operation.
 class WorkFolder {
     Q_DECLARE_TR_FUNCTIONS(WorkFolder)
 public:
-    /// Makes the folder @p path (absolute), with those above it, if it doesn't exist.
+    /// Creates the folder @p path (absolute) and its parents if it doesn't exist.
     static void MakeOutputFolder(const QString &path);
 
-    /// Makes the private folder in @p outputFolder (absolute), which exists.
+    /// Creates the private folder in @p outputFolder (absolute), which must exist.
     WorkFolder(const QString &outputFolder, InterruptGuard *guard);
 
-    /// Brings @p picture (absolute) in, as a link or, where the file system knows no links, as a copy.
-    /// @return its name in here.
+    /// Adds @p picture (absolute) as a link or, if the file system has no links, as a copy. @return its path in this
+    /// folder.
     QString Admit(const QString &picture);
 
-    /// Moves @p result, a file in here, to @p target in the output folder, where nothing stood.
-    /// @return false if something came to stand there meanwhile, which stays.
+    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist. @return false
+    /// if it was created meanwhile; it is kept then.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
-    /// Moves @p result to @p target, be there a file or not.
+    /// Moves @p result to @p target, replacing an existing file.
     void Publish(const QString &result, const ReplacedFile &target) const;
 
-    /// @p text with the names of this folder's files turned into those that the user knows.
+    /// Returns @p text with the names of this folder's files replaced by those that the user knows.
     QString WithKnownNames(QString text) const;
 
 private:

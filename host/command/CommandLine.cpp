@@ -7,7 +7,7 @@
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Wizard };
+enum class Verb { Correct, Info, Profile, Lenses, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -25,8 +25,15 @@ constexpr VerbRow kVerbs[] = {
      "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
      "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
      "\n"
-     "Without --profile the profile of each picture's camera and lens is looked up in the folder of profiles, as\n"
-     "FOLDER/BRAND/*.lcp, and told on standard error.\n"
+     "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
+     "is found by the picture's camera and lens, in the folder of profiles at any depth; where none fits, in "
+     "lensfun's\n"
+     "database. A line on standard error says which profile was used, what was assumed and what was left out.\n"
+     "Pictures that their camera or another program corrected before are skipped.\n"
+     "\n"
+     "With --plain a profile corrects pictures of its own size, by its first entry, as other programs with this "
+     "plug-in\n"
+     "do; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
      "\n"
      "Prints the name of each file written on standard output, one a line. A picture that fails is told in one line "
      "on\n"
@@ -35,9 +42,24 @@ constexpr VerbRow kVerbs[] = {
      "Prints size, depth and format of each PICTURE, what its metadata tell of camera, lens, exposure, date and "
      "place,\n"
      "and which lens profile goes with it, or why none is found.\n"},
-    {Verb::Profile, "profile", "profile FILE...", "show what lens profiles hold",
-     "Prints what each lens profile (.lcp) holds: the picture it was made for, its models and their values, and\n"
-     "whether it can be used.\n"},
+    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show what lens profiles hold",
+     "Prints what each lens profile (.lcp) holds: camera, lens and frame, and its entries as a grid of focal lengths,\n"
+     "distances, apertures and models. A profile that can't be used is a failure. With --for, so is one that does\n"
+     "nothing to PICTURE.\n"
+     "\n"
+     "--check prints one line for each oddity, FILE:LINE: warning or error: fields that contradict each other, models\n"
+     "without coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
+     "\n"
+     "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
+     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
+     "in\n"
+     "the picture as taken; of fisheyes, against the equidistant projection. Color shift counts from green. Prints "
+     "the\n"
+     "name of the file written.\n"},
+    {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
+     "Prints the places in which profiles are searched, how many files each holds and how many lenses they serve, and\n"
+     "which files can't be read. With WORDs, prints the lenses whose names hold all of them, in any case, with their\n"
+     "profiles; lensfun:MAKER/LENS is of lensfun's database. --lens takes such a name.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
      "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "
@@ -54,7 +76,10 @@ struct OptionRow {
 
 constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp) of all pictures"},
-    {Verb::Correct, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, instead of in the folder last used"},
+    {Verb::Correct,
+     {"lens-path", nullptr},
+     "DIR",
+     "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove colour fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
@@ -63,10 +88,21 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
     {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures at once; default: as processors and memory allow"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Correct, {"v", "verbose"}, nullptr, "show what is known of each picture, and from where"},
+    {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, instead of in the folder last used"},
+    {Verb::Info, {"plain", nullptr}, nullptr, "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp"},
+    {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
+    {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Profile, {"check", nullptr}, nullptr, "print what is odd, line by line, and nothing else"},
+    {Verb::Profile, {"for", nullptr}, "PICTURE", "print what is applied to PICTURE too"},
+    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, on a line of its own"},
+    {Verb::Profile, {"plot", nullptr}, "FILE", "draw curves into FILE, .svg or .png, of one profile"},
+    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace the plot if it exists; without it that is a failure"},
+    {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
     {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
@@ -76,6 +112,27 @@ constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 w
 QString Latin(const char *text)
 {
     return QString::fromLatin1(text);
+}
+
+/// Options that only fitted corrections have.
+QVector<OptionRow> FittedRows()
+{
+    QVector<OptionRow> rows;
+    const QVector<FittedOptionRow> fitted = FittedOptionRows();
+    for (const FittedOptionRow &row : fitted)
+        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    return rows;
+}
+
+/// All options of a verb, in the order of its help.
+QVector<OptionRow> OptionsOf(Verb verb)
+{
+    QVector<OptionRow> rows;
+    for (const OptionRow &row : kOptions) {
+        if (row.verb == verb)
+            rows.append(row);
+    }
+    return verb == Verb::Correct ? rows + FittedRows() : rows;
 }
 
 /// "-o, --output DIR"
@@ -119,10 +176,9 @@ QString VerbHelp(const VerbRow &verb)
 {
     const QString details = Latin(verb.details).replace(QLatin1String("%1"), KnownFormats());
     QString text = QStringLiteral("Usage: vitrelux %1\n\n%2\n").arg(Latin(verb.usage), details);
-    for (const OptionRow &row : kOptions) {
-        if (row.verb == verb.verb)
-            text += HelpLine(Spelling(row), row.help);
-    }
+    const QVector<OptionRow> rows = OptionsOf(verb.verb);
+    for (const OptionRow &row : rows)
+        text += HelpLine(Spelling(row), row.help);
     text += HelpLine(QStringLiteral("-h, --help"), "print this");
     return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
@@ -155,9 +211,8 @@ const VerbRow *FindVerb(const QString &name)
 
 void AddOptions(QCommandLineParser *parser, Verb verb)
 {
-    for (const OptionRow &row : kOptions) {
-        if (row.verb != verb)
-            continue;
+    const QVector<OptionRow> rows = OptionsOf(verb);
+    for (const OptionRow &row : rows) {
         QStringList names(Latin(row.names[0]));
         if (row.names[1])
             names << Latin(row.names[1]);
@@ -166,15 +221,17 @@ void AddOptions(QCommandLineParser *parser, Verb verb)
     parser->addOption(QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")}));
 }
 
-/// The first option that was given an empty value, or null: an empty name is a slip in a script, never meant.
-const OptionRow *FindEmptyValue(const QCommandLineParser &parser, Verb verb)
+/// The first option that was given an empty value, as it is spelled: an empty name is a slip in a script, never meant.
+/// Empty if there is none.
+QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 {
-    for (const OptionRow &row : kOptions) {
+    const QVector<OptionRow> rows = OptionsOf(verb);
+    for (const OptionRow &row : rows) {
         const QString name = Latin(row.names[0]);
-        if (row.verb == verb && row.value && parser.isSet(name) && parser.value(name).isEmpty())
-            return &row;
+        if (row.value && parser.isSet(name) && parser.value(name).isEmpty())
+            return Spelling(row);
     }
-    return nullptr;
+    return QString();
 }
 
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
@@ -186,6 +243,8 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.outputFolder = parser.value(QStringLiteral("o"));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
+    options.plain = parser.isSet(QStringLiteral("plain"));
+    options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
@@ -204,18 +263,68 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.json = parser.isSet(QStringLiteral("json"));
     options.exif = parser.isSet(QStringLiteral("exif"));
+    options.plain = parser.isSet(QStringLiteral("plain"));
     return options;
 }
 
 /// The options of a verb that can't stand together; empty: they can.
 QString FindExclusion(const QCommandLineParser &parser)
 {
-    constexpr const char *kExclusions[][2] = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}};
+    using Pair = std::pair<const char *, const char *>;
+    QVector<Pair> exclusions = {
+        {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
+    const QVector<FittedOptionRow> fitted = FittedOptionRows();
+    for (const FittedOptionRow &row : fitted)
+        exclusions.append(Pair("plain", row.name));
+    for (const auto &[one, other] : qAsConst(exclusions)) {
+        if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
+            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
+    }
+    return QString();
+}
+
+/// Reads the options of fitted corrections; what is wrong with one, or empty.
+QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+{
+    const QVector<FittedOptionRow> rows = FittedOptionRows();
+    for (const FittedOptionRow &row : rows) {
+        const QString name = Latin(row.name);
+        const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return QString();
+}
+
+/// What is wrong with the options of `profile`; empty: nothing.
+QString FindProfileFault(const QCommandLineParser &parser)
+{
+    constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
+                                              {"plain", "plot"}, {"check", "json"},  {"check", "for"},
+                                              {"check", "plot"}, {"json", "plot"}};
     for (const auto &pair : kExclusions) {
         if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
     }
-    return QString();
+    if (!parser.isSet(QStringLiteral("plot")))
+        return parser.isSet(QStringLiteral("overwrite")) ? QStringLiteral("--overwrite needs --plot.") : QString();
+    const QString suffix = QFileInfo(parser.value(QStringLiteral("plot"))).suffix().toLower();
+    if (suffix != QLatin1String("svg") && suffix != QLatin1String("png"))
+        return QStringLiteral("'--plot FILE' needs a name that ends in .svg or .png.");
+    return parser.positionalArguments().size() > 1 ? QStringLiteral("--plot draws one profile only.") : QString();
+}
+
+ProfileOptions ReadProfile(const QCommandLineParser &parser)
+{
+    ProfileOptions options;
+    options.files = parser.positionalArguments();
+    options.plain = parser.isSet(QStringLiteral("plain"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.check = parser.isSet(QStringLiteral("check"));
+    options.picture = parser.value(QStringLiteral("for"));
+    options.plot = parser.value(QStringLiteral("plot"));
+    options.overwrite = parser.isSet(QStringLiteral("overwrite"));
+    return options;
 }
 
 bool IsJobCount(const QString &text)
@@ -245,17 +354,26 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, parser.errorText() + HintAtDashes(arguments));
     if (parser.isSet(QStringLiteral("help")))
         return PrintText(VerbHelp(verb));
-    if (const OptionRow *row = FindEmptyValue(parser, verb.verb))
-        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(Spelling(*row)));
-    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard)
+    if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
+        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
+    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
         return Refuse(command, QStringLiteral("no file named."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("the name of a file is empty."));
 
     CommandLine line;
     if (verb.verb == Verb::Profile) {
+        const QString fault = FindProfileFault(parser);
+        if (!fault.isEmpty())
+            return Refuse(command, fault);
         line.action = CommandLine::Action::ShowProfiles;
-        line.profiles = parser.positionalArguments();
+        line.profile = ReadProfile(parser);
+        return line;
+    }
+    if (verb.verb == Verb::Lenses) {
+        line.action = CommandLine::Action::ShowLenses;
+        line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
+                       parser.value(QStringLiteral("plugin"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -276,7 +394,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    return line;
+    const QString problem = ReadFitted(parser, &line.correct.fitted);
+    return problem.isEmpty() ? line : Refuse(command, problem);
 }
 
 } // namespace

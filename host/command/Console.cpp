@@ -52,6 +52,20 @@ QString OneLine(const QString &text)
     return line;
 }
 
+QString Indented(const QString &text)
+{
+    QString result;
+    const QStringList lines = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines)
+        result += QLatin1String("  ") + OneLine(line) + QLatin1Char('\n');
+    return result;
+}
+
+QString LabeledLine(const QString &label, int width, const QString &value)
+{
+    return value.isEmpty() ? QString() : QStringLiteral("  %1%2\n").arg(label, -width).arg(OneLine(value));
+}
+
 Console::Console() : m_terminal(IsLiveTerminal())
 {
     m_sinceStart.start();
@@ -104,14 +118,17 @@ void Console::EndProgress(int number)
     ShowProgress();
 }
 
-void Console::Summary(int corrected, int skipped, int failed)
+void Console::Summary(int corrected, int skipped, int correctedBefore, int failed)
 {
     if (!m_terminal)
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
-    PrintError(QStringLiteral("%1 corrected, %2 skipped, %3 failed in %4 s\n")
+    const QString before =
+        correctedBefore > 0 ? QStringLiteral("%1 corrected before, ").arg(correctedBefore) : QString();
+    PrintError(QStringLiteral("%1 corrected, %2 skipped, %3%4 failed in %5 s\n")
                    .arg(corrected)
                    .arg(skipped)
+                   .arg(before)
                    .arg(failed)
                    .arg(seconds, 0, 'f', 1));
 }

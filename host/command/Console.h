@@ -8,6 +8,11 @@
 /// @p text with control characters, line feeds above all, turned into blanks: a message is one line, and a file's name
 /// can't steer the terminal.
 QString OneLine(const QString &text);
+/// "  LABEL   VALUE", with the label padded to @p width and the value on one line; nothing for an empty value.
+QString LabeledLine(const QString &label, int width, const QString &value);
+
+/// Each line of @p text as OneLine has it, indented.
+QString Indented(const QString &text);
 
 /// Writes at once, in UTF-8. On a terminal a progress line stands below the messages while pictures are worked on; in a
 /// pipe or a file there is none. One thread at a time.
@@ -29,7 +34,7 @@ public:
     void BeginProgress(int number, int count, const QString &file);
     void EndProgress(int number);
     /// The last line of a run, on a terminal only.
-    void Summary(int corrected, int skipped, int failed);
+    void Summary(int corrected, int skipped, int correctedBefore, int failed);
 
 private:
     void ClearProgress();

@@ -1,8 +1,10 @@
 #include "CorrectCommand.h"
 
 #include "Console.h"
+#include "FittedCorrection.h"
 #include "KException.h"
 #include "KOmp.h"
+#include "app/FactLines.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/MemoryBudget.h"
@@ -10,6 +12,7 @@
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
 #include "app/ProfileUse.h"
+#include "app/SearchedFolders.h"
 #include "gfl.h"
 
 #include <QHash>
@@ -23,7 +26,7 @@
 
 namespace {
 
-enum class Outcome { Corrected, Skipped };
+enum class Outcome { Corrected, Skipped, DoneBefore };
 
 [[noreturn]] void Fail(const QString &why)
 {
@@ -37,10 +40,11 @@ enum class Outcome { Corrected, Skipped };
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
-               InterruptGuard *guard, Console *console)
+               const SearchedFolders *folders, InterruptGuard *guard, Console *console)
         : m_options(options),
           m_application(application),
           m_lookup(lookup),
+          m_folders(folders),
           m_guard(guard),
           m_console(console),
           m_plan(PlanOutputs(options.files, options.outputFolder)),
@@ -56,6 +60,8 @@ private:
     void Work(KIPluginOne2One *process);
     void WorkOn(KIPluginOne2One *process, int number);
     Outcome One(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome Plain(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome Fitted(KIPluginOne2One *process, const PlannedPicture &planned);
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
     Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
@@ -63,7 +69,9 @@ private:
 
     const CorrectOptions &m_options;
     HostApplication *m_application;
-    ProfileLookup *m_lookup; // null: the profile is named
+    ProfileLookup *m_lookup;                    // null: the profile is named, or fitted
+    const SearchedFolders *m_folders;           // null: plain
+    std::unique_ptr<FittedCorrection> m_fitted; // null: plain
     InterruptGuard *m_guard;
     Console *m_console;
     const QVector<PlannedPicture> m_plan;
@@ -72,7 +80,7 @@ private:
     KIPluginOne2One *m_lookupProcess = nullptr; // the last one made: its folder of profiles is the one that stands
     QHash<QString, ProfileUse> m_profiles;      // by name: each is read once
     int m_begun = 0;
-    int m_corrected = 0, m_skipped = 0, m_failed = 0;
+    int m_corrected = 0, m_skipped = 0, m_correctedBefore = 0, m_failed = 0;
 };
 
 int CorrectRun::ShareProcessors() const
@@ -98,6 +106,8 @@ ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
     if (m_plan.size() > 1)
         KeepFreedMemory();
     m_lookupProcess = plugin.Process();
+    if (m_folders)
+        m_fitted = std::make_unique<FittedCorrection>(m_options, m_folders->All(), m_application, m_guard);
     std::vector<std::unique_ptr<QObject>> made;
     std::vector<KIPluginOne2One *> processes;
     for (int i = 1; i < threads; ++i) {
@@ -115,7 +125,7 @@ ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
     Work(plugin.Process());
     for (std::thread &other : others)
         other.join();
-    m_console->Summary(m_corrected, m_skipped, m_failed);
+    m_console->Summary(m_corrected, m_skipped, m_correctedBefore, m_failed);
     return m_failed ? kSomeFailed : kAllDone;
 }
 
@@ -153,7 +163,7 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
             m_console->PrintName(planned.output);
         if (outcome == Outcome::Corrected && !warning.isEmpty())
             m_console->Note(planned.asNamed, warning);
-        ++(outcome == Outcome::Corrected ? m_corrected : m_skipped);
+        ++(outcome == Outcome::Corrected ? m_corrected : outcome == Outcome::Skipped ? m_skipped : m_correctedBefore);
     } catch (...) {
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -177,6 +187,11 @@ Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
     const QString problem = m_application->ProblemOf(planned.picture);
     if (!problem.isEmpty())
         Fail(problem);
+    return m_fitted ? Fitted(process, planned) : Plain(process, planned);
+}
+
+Outcome CorrectRun::Plain(KIPluginOne2One *process, const PlannedPicture &planned)
+{
     std::unique_lock<std::mutex> lock(m_mutex);
     const QString name = ProfileOf(planned);
     const ProfileUse profile = UseOf(name);
@@ -189,6 +204,32 @@ Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
     const ParameterRecord record(process, DescribeParameters(process->Name(), {corrections, profile.path}));
     const RunResult result = RunPicture(m_application, process, record, planned, m_options.existing, m_guard);
     return result == RunResult::Written ? Outcome::Corrected : Outcome::Skipped;
+}
+
+Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &planned)
+{
+    if (!m_folders->Problem().isEmpty())
+        Fail(m_folders->Problem());
+    if (m_options.verbose) {
+        const QString facts = FactLines(ReadPictureFacts(planned.picture, nullptr));
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(facts));
+    }
+    const ImageDef *image = m_application->ImageOf(planned.picture);
+    const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
+    const FittedCorrection::Result result = m_fitted->Run(process, planned);
+    if (!result.note.isEmpty()) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->Note(planned.asNamed, result.note);
+    }
+    switch (result.outcome) {
+    case FittedCorrection::Outcome::Written:
+        return Outcome::Corrected;
+    case FittedCorrection::Outcome::Kept:
+        return Outcome::Skipped;
+    default:
+        return Outcome::DoneBefore;
+    }
 }
 
 /// The profile as named, or the one that is found for the picture, which is told.
@@ -244,11 +285,14 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
     std::unique_ptr<ProfileLookup> lookup;
-    if (options.profile.isEmpty())
+    if (options.plain && options.profile.isEmpty())
         lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);
-    CorrectRun run(options, &application, lookup.get(), &guard, console);
+    std::unique_ptr<SearchedFolders> folders;
+    if (!options.plain)
+        folders = std::make_unique<SearchedFolders>(&application, options.lensPath);
+    CorrectRun run(options, &application, lookup.get(), folders.get(), &guard, console);
     const int threads = run.ShareProcessors();
-    const PluginLoader plugin(options.plugin);
+    const PluginLoader plugin(options.plugin, options.plain ? CorrectionMode::Plain : CorrectionMode::Fitted);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;

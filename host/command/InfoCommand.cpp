@@ -1,15 +1,20 @@
 #include "InfoCommand.h"
 
 #include "Console.h"
+#include "PictureFit.h"
 #include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PictureFacts.h"
 #include "app/PictureProblem.h"
+#include "app/PictureSummary.h"
 #include "app/PluginLoader.h"
 #include "app/ProfileLookup.h"
+#include "app/SearchedFolders.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
+
+#include <functional>
 
 namespace {
 
@@ -23,7 +28,7 @@ PictureFact ProfileFact(const ProfileLookup::Answer &answer)
     return {label, QStringLiteral("none: ") + answer.why, QStringLiteral("noProfile"), answer.why};
 }
 
-QString AsText(const QString &file, const PictureFacts &facts)
+QString AsText(const QString &file, const PictureSummary &facts)
 {
     QString text = OneLine(file) + QLatin1Char('\n');
     for (const PictureFact &fact : facts) {
@@ -33,7 +38,7 @@ QString AsText(const QString &file, const PictureFacts &facts)
     return text;
 }
 
-QString AsJson(const QString &file, const PictureFacts &facts)
+QString AsJson(const QString &file, const PictureSummary &facts)
 {
     QJsonObject object{{QStringLiteral("path"), file}};
     for (const PictureFact &fact : facts) {
@@ -43,31 +48,103 @@ QString AsJson(const QString &file, const PictureFacts &facts)
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
 }
 
-/// The table's lines under the picture's; control characters of the file stay out of the terminal.
-QString Indented(const QString &table)
-{
-    QString text;
-    const QStringList lines = table.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    for (const QString &line : lines)
-        text += QLatin1String("  ") + OneLine(line) + QLatin1Char('\n');
-    return text;
-}
-
 PictureFact ExifFact(const QString &path)
 {
     return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
 }
 
-/// A picture's lines or its object, with the answer of the lookup.
-QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileLookup::Answer &answer)
+/// Facts of the profile by which a picture would be corrected.
+using ProfileFinder = std::function<PictureSummary(const QString &path)>;
+
+/// Lines or a list, if there are any.
+void AddTexts(const char *label, const char *key, const QStringList &texts, PictureSummary *facts)
 {
-    PictureFacts facts = FactsOfPicture(path);
-    facts << ProfileFact(answer);
+    if (texts.isEmpty())
+        return;
+    *facts << PictureFact{QString(), QString(), QLatin1String(key), QJsonArray::fromStringList(texts)};
+    for (const QString &text : texts)
+        *facts << PictureFact{QLatin1String(label), text, QString(), {}};
+}
+
+void AddText(const char *label, const char *key, const QString &text, PictureSummary *facts)
+{
+    if (!text.isEmpty())
+        *facts << PictureFact{QLatin1String(label), text, QLatin1String(key), text};
+}
+
+PictureSummary FitFacts(const FitResult &fit)
+{
+    PictureSummary facts;
+    facts << ProfileFact({fit.profile, fit.why});
+    if (fit.profile.isEmpty()) {
+        AddTexts("Nearest", "nearest", fit.nearest, &facts);
+        return facts;
+    }
+    AddText("Found as", "profileReason", fit.reason, &facts);
+    AddText("Entries", "entries", fit.entries, &facts);
+    AddTexts("Assumed", "assumed", fit.assumed, &facts);
+    AddText("Left out", "leftOut", fit.why, &facts);
+    return facts;
+}
+
+/// A picture's lines or its object, with those of its profile.
+QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileFinder &find)
+{
+    PictureSummary facts = SummaryOfPicture(path);
+    facts << find(path);
     if (!options.json)
         return AsText(file, facts) + (options.exif ? Indented(ExifTable(path)) : QString());
     if (options.exif)
         facts << ExifFact(path);
     return AsJson(file, facts);
+}
+
+ExitCode TellAll(const InfoOptions &options, HostApplication *application, const ProfileFinder &find, Console *console)
+{
+    ExitCode result = kAllDone;
+    QString gap; // an empty line between two pictures
+    for (const QString &file : options.files) {
+        const QString path = AbsolutePath(file);
+        const QString problem = ReadingProblem(path);
+        if (!problem.isEmpty()) {
+            console->Failure(file, problem);
+            result = kSomeFailed;
+            continue;
+        }
+        console->Print(gap + Tell(options, file, path, find));
+        if (!options.json)
+            gap = QStringLiteral("\n");
+        application->ForgetImages();
+    }
+    return result;
+}
+
+ExitCode TellPlain(const InfoOptions &options, HostApplication *application, InterruptGuard *guard, Console *console)
+{
+    ProfileLookup lookup(application, options.lensPath, guard);
+    const PluginLoader plugin(options.plugin);
+    const auto find = [&](const QString &path) {
+        return PictureSummary{ProfileFact(plugin.Process() ? lookup.Find(plugin.Process(), path)
+                                                           : ProfileLookup::Answer{QString(), plugin.Problem()})};
+    };
+    return TellAll(options, application, find, console);
+}
+
+ExitCode TellFitted(const InfoOptions &options, HostApplication *application, Console *console)
+{
+    const SearchedFolders folders(application, options.lensPath);
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // asks for the stored folder
+    if (!plugin.Process())
+        console->Note(QString(), plugin.Problem());
+    PictureFitter fitter(folders.All());
+    const auto find = [&](const QString &path) {
+        for (const QString &problem : {application->ProblemOf(path), folders.Problem()}) {
+            if (!problem.isEmpty())
+                return PictureSummary{ProfileFact({QString(), problem})};
+        }
+        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), FitOptions()));
+    };
+    return TellAll(options, application, find, console);
 }
 
 } // namespace
@@ -80,25 +157,6 @@ ExitCode RunInfo(const InfoOptions &options, Console *console)
     HostApplication application(name.argc, name.argv);
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
-    ProfileLookup lookup(&application, options.lensPath, &guard);
-    const PluginLoader plugin(options.plugin);
-
-    ExitCode result = kAllDone;
-    QString gap; // an empty line between two pictures
-    for (const QString &file : options.files) {
-        const QString path = AbsolutePath(file);
-        const QString problem = ReadingProblem(path);
-        if (!problem.isEmpty()) {
-            console->Failure(file, problem);
-            result = kSomeFailed;
-            continue;
-        }
-        const ProfileLookup::Answer answer =
-            plugin.Process() ? lookup.Find(plugin.Process(), path) : ProfileLookup::Answer{QString(), plugin.Problem()};
-        console->Print(gap + Tell(options, file, path, answer));
-        if (!options.json)
-            gap = QStringLiteral("\n");
-        application.ForgetImages();
-    }
-    return result;
+    return options.plain ? TellPlain(options, &application, &guard, console)
+                         : TellFitted(options, &application, console);
 }

@@ -1,112 +1,183 @@
 #include "ProfileCommand.h"
 
 #include "Console.h"
+#include "LensProfile.h"
+#include "PlainProfileText.h"
+#include "ProfileGridText.h"
+#include "ProfileJson.h"
+#include "ProfilePlot.h"
 #include "ProfileReport.h"
 #include "app/FileNames.h"
-#include "app/ProfileUse.h"
+#include "app/HostApplication.h"
+#include "app/PictureProblem.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSaveFile>
 
 namespace {
 
-constexpr int kLabelWidth = 22;
+constexpr double kPlotScale = 2.0; // pixels of a PNG per unit
 
-QString Line(const QString &label, const QString &value)
-{
-    return value.isEmpty()
-        ? QString()
-        : QStringLiteral("  %1%2\n").arg(label, -kLabelWidth).arg(OneLine(value)); // texts of the file: no line breaks
-}
+/// Shows profiles one after the other.
+class ProfileShow {
+public:
+    ProfileShow(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }
 
-QString Number(double value)
-{
-    return QString::number(value, 'g', 7); // what a float holds
-}
-
-QString Numbers(const QVector<float> &values)
-{
-    QStringList numbers;
-    for (float value : values)
-        numbers << Number(static_cast<double>(value));
-    return numbers.join(QStringLiteral(", "));
-}
-
-/// "135 mm, f/2.5, 5.9 m"
-QString Shooting(const ProfileReport &report)
-{
-    QStringList parts;
-    if (report.focalLengthMm)
-        parts << Number(*report.focalLengthMm) + QLatin1String(" mm");
-    if (report.fNumber)
-        parts << QLatin1String("f/") + QString::number(*report.fNumber, 'g', 2);
-    if (report.focusDistanceM)
-        parts << QString::number(*report.focusDistanceM, 'g', 3) + QLatin1String(" m");
-    return parts.join(QStringLiteral(", "));
-}
-
-/// One line of values: the focal lengths as fractions, as the file has them, and the centre in pixels.
-QString Values(const LensParam &model)
-{
-    QStringList parts;
-    parts << QStringLiteral("focal length %1, %2").arg(Number(model.focalLengthX), Number(model.focalLengthY));
-    parts << QStringLiteral("centre %1, %2").arg(Number(model.centerX), Number(model.centerY));
-    if (model.scaleFactor != 1.0F)
-        parts << QStringLiteral("scale %1").arg(Number(static_cast<double>(model.scaleFactor)));
-    parts << QStringLiteral("coefficients %1")
-                 .arg(model.coefficients.isEmpty() ? QStringLiteral("none") : Numbers(model.coefficients));
-    if (model.tangential1 != 0.0 || model.tangential2 != 0.0)
-        parts << QStringLiteral("tangential %1, %2").arg(Number(model.tangential1), Number(model.tangential2));
-    return parts.join(QStringLiteral("; "));
-}
-
-QString Describe(const QString &file, const ProfileReport &report)
-{
-    const ProfileUse use = JudgeProfile(file, report);
-    QString text = OneLine(file) + QLatin1Char('\n');
-    text += Line(QStringLiteral("Profile"), report.profileName);
-    text += Line(QStringLiteral("Camera"), report.camera.isEmpty() ? report.model : report.camera);
-    text += Line(QStringLiteral("Lens"), report.lens);
-    text += Line(QStringLiteral("Measured at"), Shooting(report));
-    text += Line(QStringLiteral("Made for pictures of"),
-                 QStringLiteral("%1 x %2 pixels").arg(Number(report.imageWidth), Number(report.imageLength)));
-    text += Line(QStringLiteral("Entries"), QString::number(report.entryCount));
-    text +=
-        Line(QStringLiteral("Projection"), report.fisheye ? QStringLiteral("fisheye") : QStringLiteral("perspective"));
-    for (const ProfileReportModel &model : report.models) {
-        const QString name = model.name.left(1).toUpper() + model.name.mid(1);
-        text += Line(name, model.values.found ? Values(model.values) : QStringLiteral("none"));
+    /// Reads the picture of --for. @return whether it can be read.
+    bool ReadPicture()
+    {
+        const QString path = AbsolutePath(m_options.picture);
+        QString problem = ReadingProblem(path);
+        if (problem.isEmpty())
+            m_facts = ReadPictureFacts(path, &problem);
+        if (!problem.isEmpty())
+            m_console->Failure(m_options.picture, problem);
+        return problem.isEmpty();
     }
-    text += Line(QStringLiteral("Corrects"), use.holds.Any() ? NamesOf(use.holds) : QStringLiteral("nothing"));
-    for (const QString &note : report.notes)
-        text += Line(QStringLiteral("Note"), note);
-    return text;
-}
 
-/// A profile that corrects nothing can be read and still can't be used.
-QString WhyUseless(const QString &file, const ProfileReport &report)
+    void Show(const QString &file)
+    {
+        const QString problem = m_options.plain ? ShowPlainly(file) : ShowGrid(file);
+        if (problem.isEmpty())
+            return;
+        m_console->Failure(file, problem);
+        m_result = kSomeFailed;
+    }
+
+    ExitCode Result() const { return m_result; }
+
+private:
+    /// Prints a profile's lines, with an empty line between two of them.
+    void PrintApart(const QString &text)
+    {
+        m_console->Print(m_gap + text);
+        m_gap = QStringLiteral("\n");
+    }
+
+    /// @return why the profile can't be used; empty if it can. So do the next ones.
+    QString ShowPlainly(const QString &file)
+    {
+        const ProfileReport report = ReadProfileReport(AbsolutePath(file));
+        if (report.usable)
+            PrintApart(PlainProfileText(file, report));
+        return WhyPlainlyUseless(file, report);
+    }
+
+    QString ShowGrid(const QString &file)
+    {
+        QString problem;
+        const LensProfile profile = ReadLensProfile(AbsolutePath(file), &problem);
+        if (m_options.json)
+            return PrintJson(file, profile, problem);
+        if (m_options.check)
+            m_console->Print(ProfileNotesText(file, profile));
+        if (profile.entries.isEmpty() || m_options.check)
+            return problem;
+        if (m_options.picture.isEmpty()) {
+            if (!m_options.plot.isEmpty())
+                return WritePlot(file, profile, nullptr);
+            PrintApart(ProfileGridText(file, profile));
+            return QString();
+        }
+        return ShowFit(file, profile);
+    }
+
+    QString ShowFit(const QString &file, const LensProfile &profile)
+    {
+        const ProfileFit fit = FitTo(profile, m_options.picture, m_facts);
+        if (!m_options.plot.isEmpty())
+            return fit.DoesAnything() ? WritePlot(file, profile, &fit) : WhyNothing(fit);
+        PrintApart(ProfileGridText(file, profile) + QLatin1Char('\n') + ProfileFitText(profile, fit));
+        return WhyNothing(fit);
+    }
+
+    QString WhyNothing(const ProfileFit &fit) const
+    {
+        return fit.DoesAnything() ? QString()
+                                  : QStringLiteral("does nothing to \"%1\": %2").arg(fit.picture, fit.result.why);
+    }
+
+    QString PrintJson(const QString &file, const LensProfile &profile, QString problem)
+    {
+        QJsonObject json = ProfileJson(profile);
+        json.insert(QStringLiteral("path"), file);
+        if (!problem.isEmpty())
+            json.insert(QStringLiteral("problem"), problem);
+        if (!m_options.picture.isEmpty() && !profile.entries.isEmpty()) {
+            const ProfileFit fit = FitTo(profile, m_options.picture, m_facts);
+            json.insert(QStringLiteral("fit"), ProfileFitJson(profile, fit));
+            problem = WhyNothing(fit);
+        }
+        m_console->Print(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)) + QLatin1Char('\n'));
+        return problem;
+    }
+
+    QString WritePlot(const QString &file, const LensProfile &profile, const ProfileFit *fit)
+    {
+        const QVector<ProfileCurves> entries = CurvesOfEntries(profile, fit);
+        if (entries.isEmpty())
+            return QStringLiteral("nothing to plot: no entry has both a model and a known frame");
+        ProfileCurves blend;
+        if (fit)
+            blend = CurvesOfBlend(profile, *fit);
+        const PlotScene scene = PlotOf(TitleOf(file, profile, entries.size(), fit), entries, fit ? &blend : nullptr);
+        const QString problem = Write(scene);
+        if (problem.isEmpty())
+            m_console->PrintName(m_options.plot);
+        return problem.isEmpty() ? QString() : QStringLiteral("plot \"%1\": %2").arg(m_options.plot, problem);
+    }
+
+    static QString TitleOf(const QString &file, const LensProfile &profile, int plotted, const ProfileFit *fit)
+    {
+        const QString count = plotted == profile.entries.size()
+            ? QString()
+            : QStringLiteral(", %1 of %2 entries").arg(plotted).arg(profile.entries.size());
+        return QStringLiteral("%1%2, in pixels of the %3")
+            .arg(QFileInfo(file).fileName(), count, QLatin1String(fit ? "picture" : "profile's frame"));
+    }
+
+    QString Write(const PlotScene &scene) const
+    {
+        const QString path = AbsolutePath(m_options.plot);
+        if (!m_options.overwrite && QFileInfo::exists(path))
+            return QStringLiteral("exists already; --overwrite replaces it");
+        QSaveFile target(path);
+        if (!target.open(QIODevice::WriteOnly))
+            return target.errorString();
+        if (path.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+            target.write(ToSvg(scene));
+        else
+            ToImage(scene, kPlotScale).save(&target, "PNG");
+        return target.commit() ? QString() : target.errorString();
+    }
+
+    const ProfileOptions &m_options;
+    Console *m_console;
+    PictureFacts m_facts; // of --for
+    QString m_gap;
+    ExitCode m_result = kAllDone;
+};
+
+ExitCode ShowAll(const ProfileOptions &options, ProfileShow *show)
 {
-    if (!report.usable)
-        return report.problem;
-    QString why;
-    ChooseCorrections(JudgeProfile(file, report), Corrections(), &why);
-    return why;
+    for (const QString &file : options.files)
+        show->Show(file);
+    return show->Result();
 }
 
 } // namespace
 
-ExitCode RunProfile(const QStringList &files, Console *console)
+ExitCode RunProfile(const ProfileOptions &options, Console *console)
 {
-    ExitCode result = kAllDone;
-    QString gap; // an empty line between two profiles
-    for (const QString &file : files) {
-        const ProfileReport report = ReadProfileReport(AbsolutePath(file));
-        if (report.usable) {
-            console->Print(gap + Describe(file, report));
-            gap = QStringLiteral("\n");
-        }
-        const QString why = WhyUseless(file, report);
-        if (why.isEmpty())
-            continue;
-        console->Failure(file, why);
-        result = kSomeFailed;
-    }
-    return result;
+    ProfileShow show(options, console);
+    if (options.picture.isEmpty() && options.plot.isEmpty())
+        return ShowAll(options, &show);
+    ChooseDisplayless();
+    ProgramName name;
+    HostApplication application(name.argc, name.argv); // metadata and the table of cameras, or fonts
+    if (!options.picture.isEmpty() && !show.ReadPicture())
+        return kSomeFailed;
+    return ShowAll(options, &show);
 }

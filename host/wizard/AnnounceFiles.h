@@ -1,4 +1,4 @@
-// The files of a job, made known to the process.
+// Passing the files of a job to the process.
 #pragma once
 
 #include <QStringList>
@@ -6,7 +6,7 @@
 class HostApplication;
 class KIPluginOne2One;
 
-/// Calls SetFiles with @p files. The records of those that are in @p announced too, the files of the call before, keep
-/// what was chosen for them, though SetFiles makes new ones. GUI thread.
+/// Calls SetFiles with @p files. Files that are also in @p announced, the files of the previous call, keep their
+/// choices, although SetFiles makes new records. GUI thread.
 void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const QStringList &announced,
                    const QStringList &files);

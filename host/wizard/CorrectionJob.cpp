@@ -9,23 +9,23 @@
 
 namespace {
 
-/// What stands against correcting pictures, for the user. One object reads each profile once.
-class Objections {
+/// Checks whether pictures can be corrected, with texts for the user. One object reads each profile once.
+class JobChecks {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
-    /// Empty: nothing.
-    QString To(const PlannedPicture &planned, const QString &problem, const PictureParameters &parameters)
+    /// Returns why a picture cannot be corrected; empty if it can.
+    QString PictureProblem(const PlannedPicture &planned, const QString &problem, const PictureParameters &parameters)
     {
         if (!planned.rival.isEmpty())
             return tr("The corrected picture would replace that of \"%1\"").arg(planned.rival);
         if (!problem.isEmpty())
-            return tr("Not a picture that can be read: %1").arg(problem);
+            return tr("Not a readable picture: %1").arg(problem);
         if (!parameters.corrections.Any())
             return tr("No correction is switched on");
-        return parameters.profile.isEmpty() ? QString() : ToProfile(parameters);
+        return parameters.profile.isEmpty() ? QString() : ProfileProblem(parameters);
     }
 
-    QString ToProfile(const PictureParameters &parameters)
+    QString ProfileProblem(const PictureParameters &parameters)
     {
         const ProfileUse &use = UseOf(parameters.profile);
         QString why = use.problem;
@@ -34,15 +34,15 @@ public:
         return why.isEmpty() ? QString() : tr("The lens profile \"%1\" can't be used: %2").arg(use.path, why);
     }
 
-    QString NoteOn(const ImageDef &image, const PictureParameters &parameters)
+    QString SizeNote(const ImageDef &image, const PictureParameters &parameters)
     {
         if (parameters.profile.isEmpty())
-            return QString(); // not known yet
+            return QString(); // unknown until the lookup
         return SizeMismatch(UseOf(parameters.profile), image.nCols(), image.nRows());
     }
 
-    /// The note after the name of a profile that was found, not chosen: the user has not seen it before.
-    static QString WithProfile(const QString &note, const PictureParameters &parameters)
+    /// Returns the note after the name of a profile that was found, not chosen: it is new to the user.
+    static QString NoteWithProfile(const QString &note, const PictureParameters &parameters)
     {
         const QString profile = tr("profile \"%1\"").arg(parameters.profile);
         return note.isEmpty() ? profile : profile + QLatin1String("; ") + note;
@@ -65,17 +65,17 @@ private:
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files)
 {
     std::vector<JobPicture> pictures;
-    Objections objections;
+    JobChecks checks;
     for (const PlannedPicture &planned : PlanOutputs(files, QString())) {
         const ImageDef &image = *application->ImageOf(planned.picture);
         const PictureParameters parameters = ReadParameters(process->GetFileXmlParams(planned.picture));
         JobPicture picture;
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
-        picture.problem = objections.To(planned, application->ProblemOf(planned.picture), parameters);
+        picture.problem = checks.PictureProblem(planned, application->ProblemOf(planned.picture), parameters);
         picture.parameters = parameters;
         if (picture.problem.isEmpty())
-            picture.note = objections.NoteOn(image, parameters);
+            picture.note = checks.SizeNote(image, parameters);
         pictures.push_back(std::move(picture));
     }
     return pictures;
@@ -106,13 +106,13 @@ void CorrectionJob::run()
         PictureOutcome outcome = PictureOutcome::LeftOut;
         if (!isInterruptionRequested()) {
             Q_EMIT Begins(i);
-            outcome = One(m_pictures[std::size_t(i)], &why);
+            outcome = CorrectOrReport(m_pictures[std::size_t(i)], &why);
         }
         Q_EMIT Ended(i, outcome, why);
     }
 }
 
-PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
+PictureOutcome CorrectionJob::CorrectOrReport(const JobPicture &picture, QString *why) const
 {
     if (!picture.problem.isEmpty()) {
         *why = picture.problem;
@@ -128,7 +128,7 @@ PictureOutcome CorrectionJob::One(const JobPicture &picture, QString *why) const
     }
 }
 
-/// @param note  gets what the user should know of the result. Throws the text of a failure.
+/// Corrects a picture. @param note receives a note on the result for the user. Throws the text of a failure.
 PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) const
 {
     PictureParameters parameters = picture.parameters;
@@ -137,18 +137,18 @@ PictureOutcome CorrectionJob::Correct(const JobPicture &picture, QString *note) 
         if (m_findProfile)
             parameters.profile = m_findProfile(picture.planned.picture);
         if (parameters.profile.isEmpty())
-            throw KException(tr("No lens profile is chosen, and none is found for this picture"), KPlace());
-        Objections objections;
-        const QString objection = objections.ToProfile(parameters);
-        if (!objection.isEmpty())
-            throw KException(objection, KPlace());
-        *note = Objections::WithProfile(objections.NoteOn(*m_application->ImageOf(picture.planned.picture), parameters),
-                                        parameters);
+            throw KException(tr("No lens profile was chosen, and none was found for this picture"), KPlace());
+        JobChecks checks;
+        const QString problem = checks.ProfileProblem(parameters);
+        if (!problem.isEmpty())
+            throw KException(problem, KPlace());
+        *note = JobChecks::NoteWithProfile(
+            checks.SizeNote(*m_application->ImageOf(picture.planned.picture), parameters), parameters);
     }
     const ParameterRecord record(m_process, DescribeParameters(m_process->Name(), parameters));
     const RunResult result = RunPicture(m_application, m_process, record, picture.planned, m_existing, m_guard);
     if (result == RunResult::Written)
         return PictureOutcome::Corrected;
-    note->clear(); // nothing of this run's is kept
+    note->clear(); // the output is not from this run
     return PictureOutcome::Kept;
 }

@@ -17,7 +17,8 @@ enum PageId { kPicturesPage, kPluginPage, kRunPage };
 
 const QLatin1String kGeometrySetting("Wizard/Geometry");
 
-/// QWizard gives the text below a page's title two lines, and cuts off what doesn't fit: so wide has the window to be.
+/// Returns the window width at which @p text fits the two lines that QWizard reserves below a page's title; it cuts off
+/// the rest.
 int WidthOfSubTitle(const QString &text)
 {
     constexpr int kBesidePx = 150; // the logo and the margins
@@ -57,7 +58,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One
         setPage(kPluginPage, m_pluginPage);
     setPage(kRunPage, m_run);
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
-    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables it before
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // after QWizard has enabled it
 
     int width = 0;
     for (const int id : pageIds())
@@ -89,7 +90,7 @@ void CorrectionWizard::initializePage(int id)
 {
     QWizard::initializePage(id);
     const QStringList files = m_pictures->Files();
-    if (id != kPicturesPage && files != m_announced) { // new records would lose what was chosen for the same files
+    if (id != kPicturesPage && files != m_announced) { // new records would lose the choices for the same files
         AnnounceFiles(m_application, m_process, Readable(m_announced), Readable(files));
         m_announced = files;
     }
@@ -99,7 +100,7 @@ void CorrectionWizard::initializePage(int id)
     }
 }
 
-/// Nothing can be chosen for files that are no pictures: they only come up as failures of the run.
+/// Returns the files that are pictures. Others have no choices; they only appear as failures of the run.
 QStringList CorrectionWizard::Readable(const QStringList &files) const
 {
     QStringList readable;

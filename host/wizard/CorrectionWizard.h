@@ -1,4 +1,4 @@
-// The window of `vitrelux wizard`: which pictures, what is corrected, and the run.
+// The window of `vitrelux wizard`: choice of pictures, choice of corrections, and the run.
 #pragma once
 
 #include "CorrectionJob.h"
@@ -11,25 +11,25 @@ class InterruptGuard;
 class PicturesPage;
 class RunPage;
 
-/// Calls the process in the order that its interface asks for: the page, the files, the end of the page, then one run a
-/// file. A process without a page has none here either, and the pictures are corrected as its stored settings say. The
-/// window's size is remembered. GUI thread.
+/// Calls the process in the order that its interface requires: the page, the files, the end of the page, then one run
+/// per file. Without a page of the process the pictures are corrected by its stored settings. The window's size is
+/// stored. GUI thread.
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
-    /// All outlive the window. @param findProfile  as for CorrectionJob.
+    /// All arguments must outlive the window. @param findProfile as for CorrectionJob.
     CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
                      InterruptGuard *guard);
-    /// Gives the plug-in's page back, and waits for the picture under way.
+    /// Returns the plug-in's page, and waits for the current picture.
     ~CorrectionWizard() override;
 
-    /// Puts pictures on the list of the first page.
+    /// Adds pictures to the list of the first page.
     void Add(const QStringList &files);
-    /// Pictures that failed in the last run.
+    /// Returns the number of pictures that failed in the last run.
     int FailedCount() const;
 
     bool validateCurrentPage() override;
-    /// Closes the window; during a run it ends the run instead, and a second call closes.
+    /// Closes the window; during a run it stops the run instead, and a second call closes.
     void reject() override;
     void done(int result) override;
 
@@ -43,7 +43,7 @@ private:
     HostApplication *m_application;
     KIPluginOne2One *m_process;
     PicturesPage *m_pictures;
-    QPointer<QWizardPage> m_pluginPage; // the process's
+    QPointer<QWizardPage> m_pluginPage; // owned by the process
     RunPage *m_run;
-    QStringList m_announced; // the files that the process was last told of
+    QStringList m_announced; // the files last passed to the process
 };

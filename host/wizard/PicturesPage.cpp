@@ -24,9 +24,9 @@ enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
-constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file was looked at
+constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
 
-/// Suffixes of pictures, for dialog and folders; a file of another name can be added all the same.
+/// Returns the suffixes of pictures, for dialog and folders; other files can be added too.
 QStringList PictureNames()
 {
     QStringList names;
@@ -36,7 +36,7 @@ QStringList PictureNames()
     return names;
 }
 
-/// Folders replaced by the pictures in them.
+/// Replaces folders by the pictures in them.
 QStringList Expanded(const QStringList &files)
 {
     QStringList all;
@@ -59,12 +59,12 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
-      m_replace(new QCheckBox(tr("Replace corrected pictures that exist already")))
+      m_replace(new QCheckBox(tr("Replace existing corrected pictures")))
 {
     setTitle(tr("Pictures"));
     setSubTitle(
-        tr("Which pictures do you want to correct? Each corrected picture is written beside its original, which "
-           "stays as it is."));
+        tr("Which pictures do you want to correct? Each corrected picture is saved next to its original, which is "
+           "not changed."));
     setAcceptDrops(true);
 
     SetUpList();
@@ -95,12 +95,12 @@ void PicturesPage::SetUpList()
     m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
     m_list->header()->setSectionResizeMode(QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
-    m_list->setWordWrap(true); // why a file can't be used takes two lines
+    m_list->setWordWrap(true); // the reason why a file cannot be used takes two lines
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setUniformRowHeights(true);
     m_hint->setText(tr("Drop pictures or folders here"));
     m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setEnabled(false); // reads as a hint
+    m_hint->setEnabled(false); // shown as a hint
     auto *over = new QVBoxLayout(m_list->viewport());
     over->addWidget(m_hint);
 
@@ -133,7 +133,7 @@ void PicturesPage::Add(const QStringList &files)
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
 
-/// The first row that wasn't looked at; the number of rows if all were.
+/// Returns the first row that is not described; the number of rows if all are.
 int PicturesPage::NextToDescribe() const
 {
     int row = 0;
@@ -148,7 +148,7 @@ bool PicturesPage::isComplete() const
     return count > 0 && NextToDescribe() == count;
 }
 
-/// One file a turn of the event loop: a thousand files don't hold the window up.
+/// Describes one file per pass of the event loop, so a thousand files don't block the window.
 void PicturesPage::DescribeNext()
 {
     QTreeWidgetItem *row = m_list->topLevelItem(NextToDescribe());

@@ -1,4 +1,4 @@
-// The wizard's first page: which pictures.
+// The wizard's first page: choice of pictures.
 #pragma once
 
 #include <QWizardPage>
@@ -9,8 +9,8 @@ class QLabel;
 class QPushButton;
 class QTreeWidget;
 
-/// Pictures come by a file dialog, by drag and drop (a folder gives the pictures in it), or by Add(). Each stands in
-/// the list once, with what its file tells, or why it can't be used. GUI thread.
+/// Pictures are added by a file dialog, by drag and drop (a folder adds the pictures in it), or by Add(). Each is
+/// listed once, with facts from its file or the reason why it cannot be used. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:
@@ -19,10 +19,10 @@ public:
     void Add(const QStringList &files);
     /// Absolute, in the order of the list.
     QStringList Files() const;
-    /// Whether corrected pictures that exist may be replaced.
+    /// Whether existing corrected pictures may be replaced.
     bool MayReplace() const;
 
-    /// Once every file of the list was looked at: what comes next needs all that is known of them, at once.
+    /// True once all files of the list are described: the next page needs all descriptions at once.
     bool isComplete() const override;
 
 protected:

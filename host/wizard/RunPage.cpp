@@ -76,7 +76,7 @@ RunPage::RunPage(HostApplication *application, KIPluginOne2One *process, FindPro
     connect(&m_everySecond, &QTimer::timeout, this, &RunPage::ShowTimeLeft);
 }
 
-/// Reasons may be long: the texts of results wrap, and rows are as high as they need.
+/// Sets up the list of results. Reasons may be long, so texts wrap and rows adapt their height.
 void RunPage::SetUpList()
 {
     m_list->setObjectName(QStringLiteral("results"));
@@ -130,7 +130,7 @@ void RunPage::Cancel()
     m_cancelled = true;
     m_job->Cancel();
     m_cancel->setEnabled(false);
-    m_state->setText(tr("Stops after the picture under way…"));
+    m_state->setText(tr("Stopping after the current picture…"));
     m_timeLeft->clear();
 }
 
@@ -148,7 +148,7 @@ void RunPage::PictureBegins(int index)
                              .arg(m_list->rowCount())
                              .arg(QFileInfo(picture.planned.picture).fileName()));
     }
-    ShowResult(index, tr("Being corrected…"), QIcon());
+    ShowResult(index, tr("Correcting…"), QIcon());
     m_list->scrollToItem(m_list->item(index, kResult));
 }
 
@@ -156,7 +156,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes.push_back(outcome);
-    // Only work counts for the estimate: pictures that fail at once, or are kept, would make the rest look short.
+    // The estimate uses only corrected pictures: those that fail at once or are kept would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
         m_pixelsDone += picture.pixels;
@@ -202,7 +202,7 @@ void RunPage::SetRunning(bool running)
     Q_EMIT RunningChanged();
 }
 
-/// By the pixels done so far; nothing before the first picture is through.
+/// Estimates by the pixels done so far; shows nothing before the first picture is finished.
 void RunPage::ShowTimeLeft()
 {
     if (m_cancelled || m_pixelsDone == 0)
@@ -215,7 +215,8 @@ void RunPage::ShowTimeLeft()
         m_timeLeft->setText(tr("About %n minute(s) left", nullptr, qRound(seconds / kMinute)));
 }
 
-/// That of the selected picture or, without one, of the first that was corrected; empty if there is none.
+/// Returns the folder of the selected picture or, if none is selected, of the first corrected one; empty if there is
+/// none.
 QString RunPage::FolderToShow() const
 {
     for (std::size_t i = 0; i < m_outcomes.size(); ++i) {

@@ -1,4 +1,4 @@
-// The wizard's last page: the run, and what came of it.
+// The wizard's last page: the run and its results.
 #pragma once
 
 #include "CorrectionJob.h"
@@ -14,19 +14,19 @@ class QProgressBar;
 class QPushButton;
 class QTableWidget;
 
-/// Complete when nothing runs. GUI thread.
+/// Wizard page of the run, complete when nothing is running. GUI thread.
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:
     RunPage(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile, InterruptGuard *guard);
 
-    /// Begins a run; not while one is under way.
+    /// Starts a run; not during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
-    /// The run ends after the picture under way.
+    /// Stops the run after the current picture.
     void Cancel();
     bool IsRunning() const { return m_running; }
     bool IsCancelled() const { return m_cancelled; }
-    /// Pictures of the last run of which this came.
+    /// Returns the number of pictures of the last run with this outcome.
     int Count(PictureOutcome outcome) const;
 
     bool isComplete() const override { return !m_running; }
@@ -56,7 +56,7 @@ private:
     QPushButton *m_cancel;
     QPushButton *m_showInFolder;
     std::unique_ptr<CorrectionJob> m_job;   // the last one, running or not
-    std::vector<PictureOutcome> m_outcomes; // of the pictures that are done, in their order
+    std::vector<PictureOutcome> m_outcomes; // of the finished pictures, in order
     bool m_running = false;
     bool m_cancelled = false;
     QElapsedTimer m_sinceStart;

@@ -7,8 +7,8 @@ namespace {
 
 constexpr double kTolerances[] = {0.025, 0.015, 0.01, 0.007, 0.005, 0.005, 0.005};
 
-/// The normal equations of the corrections to (radius, centerX, centerY): seen from the present centre, an edge in the
-/// direction u lies off by correction . (1, u).
+/// The normal equations of the corrections to (radius, centerX, centerY): relative to the current center, an edge in
+/// the direction u is off by correction . (1, u).
 class NormalEquations {
 public:
     void Add(double ux, double uy, double residual)
@@ -24,7 +24,7 @@ public:
 
     int Count() const { return m_count; }
 
-    /// By Cramer's rule; false if the edges lie too close together to tell.
+    /// Solves by Cramer's rule; false if the edges lie too close together.
     bool Solve(double correction[3]) const
     {
         const double all = Determinant(m_matrix);

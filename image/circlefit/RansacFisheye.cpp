@@ -12,7 +12,7 @@ constexpr double kInlierShare = 0.005; // of the smaller side
 constexpr double kLeastScore = 0.05;
 constexpr double kGoodScore = 0.6;
 
-/// Solves the three linear equations in place; false if they have no one solution.
+/// Solves the three linear equations in place; false if they have no unique solution.
 bool Solve(float matrix[3][3], const float right[3], float solution[3])
 {
     constexpr primitives::Step kRowBytes = 3 * sizeof(float);
@@ -22,7 +22,7 @@ bool Solve(float matrix[3][3], const float right[3], float solution[3])
         == primitives::Status::Ok;
 }
 
-/// The smaller side in whole pixels.
+/// Returns the smaller side in whole pixels.
 int SmallerSide(double width, double height)
 {
     const double side = std::min(width, height);

@@ -8,7 +8,7 @@
 
 namespace primitives {
 
-/// What is computed from the first and the second source. The first is what is taken away or divides.
+/// Operations on the first and the second source. The first is subtracted or divides.
 struct AddOp {
     template <typename V> static constexpr V Of(V first, V second) { return second + first; }
 };
@@ -22,13 +22,13 @@ struct DivOp {
     static constexpr float Of(float first, float second) { return second / first; }
 };
 
-/// value / 2^scaleFactor, half a count going up.
+/// Returns value / 2^scaleFactor, with halves rounded up.
 template <typename V> constexpr V ScaleDown(V value, int scaleFactor)
 {
     return scaleFactor > 0 ? static_cast<V>((value + (V(1) << (scaleFactor - 1))) >> scaleFactor) : value;
 }
 
-/// Limits of scale factors: none shifts to the left, and the rounding of 16-bit products stays within 63 bits.
+/// Limits of scale factors: no shift to the left, and rounding of 16-bit products stays within 63 bits.
 constexpr bool IsScaleFactor(int scaleFactor)
 {
     return scaleFactor >= 0 && scaleFactor <= 31;
@@ -48,11 +48,11 @@ template <typename Op, typename T, int C>
 Status CombineScaled(const T *first, Step firstStep, const T *second, Step secondStep, T *dst, Step dstStep, Size size,
                      int scaleFactor)
 {
-    // 8-bit products and their rounding fit 32 bits up to a shift of 30, which vectorises; all others take 64.
+    // 8-bit products and their rounding fit 32 bits up to a shift of 30, which vectorizes; all others need 64.
     using Wide = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
     if (!IsScaleFactor(scaleFactor))
         return Status::BadArgument;
-    const int shift = sizeof(T) == 1 && scaleFactor > 24 ? 24 : scaleFactor; // 255 * 255 / 2^24 is 0 already
+    const int shift = sizeof(T) == 1 && scaleFactor > 24 ? 24 : scaleFactor; // 255 * 255 / 2^24 is already 0
     return ForRows(first, firstStep, second, secondStep, dst, dstStep, size,
                    [=, n = RowSamples<C>(size)](const T *a, const T *b, T *out) {
                        ForSamples(n, [=](std::int64_t i) {
@@ -61,7 +61,7 @@ Status CombineScaled(const T *first, Step firstStep, const T *second, Step secon
                    });
 }
 
-/// Each channel with its constant of @p constants.
+/// Combines each channel with its constant of @p constants.
 template <typename Op, int C>
 Status CombineConstants(const Ipp32f *src, Step srcStep, const Ipp32f constants[C], Ipp32f *dst, Step dstStep,
                         Size size)
@@ -112,10 +112,10 @@ Status MulConstantScaled(const T *src, Step srcStep, int constant, T *dst, Step 
     return MulConstantsScaled<T, 1>(src, srcStep, &constant, dst, dstStep, size, scaleFactor);
 }
 
-/// The numbers of the interface.
+/// The values are those of the interface.
 enum class Comparison { Less = 0, LessEqual = 1, Equal = 2, GreaterEqual = 3, Greater = 4 };
 
-/// A mask of 255 where the pixel compares so with @p constant, else 0. Not-a-number compares with nothing.
+/// Writes a mask of 255 where the comparison of the pixel with @p constant holds, else 0. Always 0 for not-a-number.
 template <typename T>
 Status CompareConstant(const T *src, Step srcStep, T constant, Ipp8u *mask, Step maskStep, Size size, Comparison how)
 {
@@ -140,7 +140,7 @@ Status CompareConstant(const T *src, Step srcStep, T constant, Ipp8u *mask, Step
     return Status::BadArgument;
 }
 
-/// Pixels below (Less) or above (Greater) @p threshold become @p value; the others are copied.
+/// Sets pixels below (Less) or above (Greater) @p threshold to @p value; copies the others.
 template <typename T>
 Status ThresholdValue(const T *src, Step srcStep, T *dst, Step dstStep, Size size, T threshold, T value, Comparison how)
 {

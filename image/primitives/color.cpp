@@ -7,7 +7,7 @@ namespace primitives {
 
 namespace {
 
-constexpr float kHueSteps = 255.0f / 6.0f; // codes from one corner of the hexcone to the next
+constexpr float kHueSteps = 255.0f / 6.0f; // codes per sector of the hexcone
 
 void ToHsv(Ipp8u &r, Ipp8u &g, Ipp8u &b)
 {

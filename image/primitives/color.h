@@ -1,4 +1,4 @@
-// Colour models: grey, HSV and PhotoYCC.
+// Color models: gray, HSV and PhotoYCC.
 #pragma once
 
 #include "types.h"
@@ -6,7 +6,7 @@
 
 namespace primitives {
 
-/// Y = 0.299 R + 0.587 G + 0.114 B of the first three of @p C channels.
+/// Computes Y = 0.299 R + 0.587 G + 0.114 B of the first three of @p C channels.
 template <typename T, int C> Status RgbToGray(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [width = size.width](const T *srcRow, T *dstRow) {
@@ -33,18 +33,18 @@ Status ConvertColors(const T *src, Step srcStep, T *dst, Step dstStep, Size size
     });
 }
 
-/// Hexcone model (Smith 1978) of 8-bit colours: hue as 0 to 255 for the full circle from red over green and blue,
-/// saturation (max - min) / max and value max as 0 to 255. Greys have hue 0. Alpha stays.
+/// Converts 8-bit colors to the hexcone model (Smith 1978): hue as 0 to 255 for the full circle from red through green
+/// and blue, saturation (max - min) / max and value max as 0 to 255. Grays have hue 0. Alpha stays.
 Status RgbToHsv8(const Ipp8u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size);
 Status HsvToRgb8(const Ipp8u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size);
 
-/// Kodak PhotoYCC of gamma-coded colours, for R, G, B from 0 to 1:
+/// Converts gamma-coded colors to Kodak PhotoYCC, for R, G, B from 0 to 1:
 ///
 ///     Y  =  0.299 R + 0.587 G + 0.114 B      coded as  255 / 1.402 * Y
 ///     C1 = -0.299 R - 0.587 G + 0.886 B      coded as  111.40 * C1 + 156
 ///     C2 =  0.701 R - 0.587 G - 0.114 B      coded as  135.64 * C2 + 137
 ///
-/// The codes are of 0 to 255; in 16 bits the same share of 65,535, in floats of 1.0. @p C is 3 or 4; alpha stays.
+/// The codes range from 0 to 255; in 16 bits they scale to 65,535, in floats to 1.0. @p C is 3 or 4; alpha stays.
 template <typename T, int C> Status RgbToYcc(const T *src, Step srcStep, T *dst, Step dstStep, Size size);
 template <typename T, int C> Status YccToRgb(const T *src, Step srcStep, T *dst, Step dstStep, Size size);
 

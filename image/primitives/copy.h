@@ -1,4 +1,4 @@
-// Moving pixels and channels without changing their values.
+// Moves pixels and channels without changing their values.
 #pragma once
 
 #include "types.h"
@@ -8,7 +8,7 @@
 
 namespace primitives {
 
-/// Rows of plain bytes.
+/// Copies rows of plain bytes.
 inline Status CopyBytes(const void *src, Step srcStep, void *dst, Step dstStep, std::int64_t rowBytes, int height)
 {
     if (!src || !dst)
@@ -17,7 +17,7 @@ inline Status CopyBytes(const void *src, Step srcStep, void *dst, Step dstStep, 
         return Status::BadSize;
     const auto *from = static_cast<const unsigned char *>(src);
     auto *to = static_cast<unsigned char *>(dst);
-    if (srcStep == rowBytes && dstStep == rowBytes) // without gaps one block, and a long copy bypasses the cache
+    if (srcStep == rowBytes && dstStep == rowBytes) // one block without gaps; a long copy bypasses the cache
         std::memcpy(to, from, static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height));
     else
         ForRows(from, srcStep, to, dstStep, {1, height},
@@ -32,8 +32,8 @@ template <typename T, int C> Status Copy(const T *src, Step srcStep, T *dst, Ste
     return CopyBytes(src, srcStep, dst, dstStep, RowSamples<C>(size) * std::int64_t(sizeof(T)), size.height);
 }
 
-/// The first @p N channels of @p S interleaved ones into the first N of @p D; the other channels of the target stay.
-/// For another channel than the first the caller moves the pointer.
+/// Copies the first @p N of @p S interleaved channels to the first N of @p D; the target's other channels stay. To
+/// start at another channel, the caller moves the pointer.
 template <typename T, int S, int D, int N>
 Status CopyChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
 {
@@ -46,7 +46,7 @@ Status CopyChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size)
     });
 }
 
-/// Grey (@p S 1) or RGB (S 3) into RGBA with the alpha @p alpha.
+/// Converts gray (@p S 1) or RGB (S 3) to RGBA with the alpha @p alpha.
 template <typename T, int S> Status CopyOpaque(const T *src, Step srcStep, T *dst, Step dstStep, Size size, T alpha)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [alpha, width = size.width](const T *srcRow, T *dstRow) {
@@ -57,7 +57,7 @@ template <typename T, int S> Status CopyOpaque(const T *src, Step srcStep, T *ds
     });
 }
 
-/// All pixels to the four values of @p value.
+/// Sets all pixels to the four values of @p value.
 template <typename T> Status Set4(const T value[4], T *dst, Step dstStep, Size size)
 {
     if (!value)
@@ -73,7 +73,7 @@ template <typename T> Status Set4(const T value[4], T *dst, Step dstStep, Size s
     });
 }
 
-/// @p value wherever the byte of @p mask is not 0; other pixels stay.
+/// Writes @p value wherever the byte of @p mask is not 0; other pixels stay.
 template <typename T> Status SetMasked(T value, T *dst, Step dstStep, Size size, const Ipp8u *mask, Step maskStep)
 {
     return ForRows(mask, maskStep, dst, dstStep, size, [=, width = size.width](const Ipp8u *maskRow, T *dstRow) {
@@ -97,7 +97,7 @@ Status SwapChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size,
     }
     return ForRows(src, srcStep, dst, dstStep, size, [&from, width = size.width](const T *srcRow, T *dstRow) {
         for (std::int64_t x = 0; x < width; ++x) {
-            T pixel[N]; // read whole before the first write, for work in place
+            T pixel[N]; // read completely before the first write, for in-place use
             for (int c = 0; c < N; ++c)
                 pixel[c] = srcRow[x * C + from[c]];
             for (int c = 0; c < N; ++c)

@@ -7,10 +7,10 @@
 
 namespace primitives {
 
-/// Followed in its block by the weights from the centre outwards.
+/// Followed in its block by the weights from the center outwards.
 struct GaussianSpec {
     int radius;
-    int padding; // keeps the weights aligned with the block
+    int padding; // aligns the weights with the block
 
     float *Weights() { return reinterpret_cast<float *>(this + 1); }
     const float *Weights() const { return reinterpret_cast<const float *>(this + 1); }
@@ -23,7 +23,7 @@ bool IsKernelSize(int kernelSize)
     return kernelSize >= 1 && kernelSize % 2 == 1;
 }
 
-/// Bytes of a specification; a row of floats can follow.
+/// Returns the bytes of a specification, aligned so that a row of floats can follow.
 std::int64_t SpecBytes(int kernelSize)
 {
     return std::int64_t(sizeof(GaussianSpec)) + (kernelSize / 2 + 1) * std::int64_t(sizeof(float));
@@ -35,7 +35,7 @@ PRIMITIVES_WIDE void StartWith(const float *center, float weight, float *__restr
         sums[i] = weight * center[i];
 }
 
-/// Two rows at the same distance from the centre.
+/// Two rows at the same distance from the center.
 struct Pair {
     const float *before, *behind;
 };
@@ -46,7 +46,7 @@ PRIMITIVES_WIDE void AddPair(Pair pair, float weight, float *__restrict sums, st
         sums[i] += weight * (pair.before[i] + pair.behind[i]);
 }
 
-/// Four pairs at once: the sums are read and written once for all of them.
+/// Adds four pairs at once: reads and writes the sums only once for all of them.
 PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], float *__restrict sums,
                                std::int64_t samples)
 {
@@ -58,7 +58,7 @@ PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], floa
     }
 }
 
-/// Fills @p sums with the centre and the pairs pairAt(1) to pairAt(radius), in stretches that fit the first cache.
+/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit the first-level cache.
 template <typename PairAt>
 void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
 {
@@ -80,7 +80,7 @@ void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *
     }
 }
 
-/// The blurred column values of row @p y, with @p radius repeated ones before and behind.
+/// Computes the blurred column values of row @p y, with @p radius repeated ones before and after.
 void BlurColumns(const Ipp32f *src, Step srcStep, Size size, int y, const GaussianSpec &spec, float *padded)
 {
     float *sums = padded + spec.radius;

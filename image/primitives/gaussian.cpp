@@ -20,12 +20,12 @@ namespace primitives {
 namespace {
 
 constexpr float kReach = 3.5f; // of kernels, in sigmas: one in 2,000 lies beyond
-constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline reaches two steps to both sides
+constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
-/// A plane of its own; empty where the memory can't be had.
+/// A plane that owns its memory; empty if the allocation fails.
 struct Plane {
     explicit Plane(Size of) : size(of), block(AllocateImage<Ipp32f, 1>(of.width, of.height, &step), Free) { }
-    /// Somebody else's memory.
+    /// Wraps memory of another owner.
     Plane(Size of, Ipp32f *pixels, Step stepBytes) : size(of), step(stepBytes), block(pixels, [](void *) {}) { }
 
     Ipp32f *Row(std::int64_t y) { return RowAt(block.get(), step, y); }
@@ -35,7 +35,7 @@ struct Plane {
     std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
-/// Nodes stand at the pixels 0, k, 2k and so on, with a margin on both sides beyond which all are alike.
+/// Nodes lie at the pixels 0, k, 2k and so on, with a margin on both sides beyond which all are equal.
 struct Grid {
     int pixels;
     int spacing; // k
@@ -44,7 +44,7 @@ struct Grid {
     std::int64_t PixelOf(int node) const { return std::int64_t(node - kGridMargin) * spacing; }
 };
 
-/// The centred cubic B-spline.
+/// The centered cubic B-spline.
 double BSpline(double t)
 {
     const double distance = std::fabs(t);
@@ -55,7 +55,7 @@ double BSpline(double t)
     return 2.0 / 3 - distance * distance * (1 - distance / 2);
 }
 
-/// The part of each pixel, from @p first on, in a node; the pixels beyond an edge count with the edge's.
+/// The weight of each pixel, from @p first on, in a node; the edge's weight includes the pixels beyond it.
 struct NodeWeights {
     NodeWeights(const Grid &grid, int node)
     {
@@ -73,7 +73,7 @@ struct NodeWeights {
     std::vector<float> weights;
 };
 
-/// Sets the sums to, or adds to them, four weighted rows.
+/// Sets the sums to four weighted rows, or adds them.
 PRIMITIVES_WIDE void SumOf4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
                             std::int64_t count)
 {
@@ -90,17 +90,17 @@ PRIMITIVES_WIDE void Add4(const Ipp32f *const rows[4], const float weights[4], I
         sums[i] += weights[0] * a[i] + weights[1] * b[i] + weights[2] * c[i] + weights[3] * d[i];
 }
 
-/// One node's row: the weighted sum of the rows under it.
+/// Computes one node's row: the weighted sum of the rows under it.
 void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp32f *sums, std::int64_t width)
 {
-    constexpr std::int64_t kStretch = 1024; // the sums stay in the first cache
+    constexpr std::int64_t kStretch = 1024; // the sums stay in the first-level cache
     const std::int64_t last = static_cast<std::int64_t>(node.weights.size()) - 1;
     for (std::int64_t start = 0; start < width; start += kStretch) {
         const std::int64_t samples = std::min(kStretch, width - start);
         for (std::int64_t tap = 0; tap <= last; tap += 4) {
             const Ipp32f *rows[4];
             float weights[4];
-            for (int i = 0; i < 4; ++i) { // the last row again, without weight, where they don't come to four
+            for (int i = 0; i < 4; ++i) { // with fewer than four, repeats the last row with weight 0
                 rows[i] = RowAt(src, srcStep, node.first + std::min(tap + i, last)) + start;
                 weights[i] = tap + i <= last ? node.weights[static_cast<std::size_t>(tap + i)] : 0.0f;
             }
@@ -109,7 +109,7 @@ void ProjectOnNode(const Ipp32f *src, Step srcStep, const NodeWeights &node, Ipp
     }
 }
 
-/// Pixel @p pixel of an axis for @p width samples at once, out of rows of nodes from node @p firstNode on.
+/// Computes pixel @p pixel of an axis for @p width samples at once, from rows of nodes from node @p firstNode on.
 void ReadOff(const Ipp32f *nodes, Step step, int firstNode, const Grid &grid, int pixel, Ipp32f *dst,
              std::int64_t width)
 {
@@ -142,10 +142,10 @@ void TransposeBlock(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep)
 #endif
 }
 
-/// The first @p size of @p src to the same of @p dst, turned.
+/// Transposes the first @p size of @p src into @p dst.
 void Transpose(Plane &src, Size size, Plane &dst)
 {
-    constexpr int kTile = 32; // both tiles fit the first cache
+    constexpr int kTile = 32; // both tiles fit the first-level cache
     const int wholeWidth = size.width / 4 * 4, wholeHeight = size.height / 4 * 4;
     for (int top = 0; top < wholeHeight; top += kTile) {
         for (int left = 0; left < wholeWidth; left += kTile) {
@@ -155,7 +155,7 @@ void Transpose(Plane &src, Size size, Plane &dst)
             }
         }
     }
-    for (int y = 0; y < size.height; ++y) { // what is left at the right and at the bottom
+    for (int y = 0; y < size.height; ++y) { // the rest at the right and at the bottom
         for (int x = y < wholeHeight ? wholeWidth : 0; x < size.width; ++x)
             dst.Row(x)[y] = src.Row(y)[x];
     }
@@ -172,8 +172,8 @@ Status BlurPlainly(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, S
         : Status::NoMemory;
 }
 
-/// A plane's two grids, and the way there and back. It goes by blocks of node rows, which are turned for the columns,
-/// so that every loop runs along memory; planes on the grid are kept turned.
+/// A plane's two grids, with projection and evaluation. Works in blocks of node rows, which are transposed for the
+/// columns so that every loop runs along memory; planes on the grid are stored transposed.
 class GridBlur {
 public:
     GridBlur(Size size, int spacing)
@@ -225,15 +225,15 @@ private:
 
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
 {
-    // The variance is 2 / 3 more than what is left for the grid itself, which is 2 or more unless the grid is as narrow
-    // as can be.
+    // The variance is 2 / 3 more than the grid's own blur has, which is at least 2 unless the grid has the smallest
+    // spacing.
     constexpr float kSplines = 2.0f / 3, kLeastOnGrid = 2;
     const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kLeastOnGrid + kSplines)));
     const float relative = sigma / static_cast<float>(spacing);
 
     GridBlur grid(size, spacing);
     const Size onGridSize = grid.GridSize();
-    // The target is free until the end, and spares new memory, whose first touch costs more than the blur.
+    // The target is free until the end, which avoids new memory, whose first access costs more than the blur.
     const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
     Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
     Plane blurred(onGridSize);

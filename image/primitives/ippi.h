@@ -1,5 +1,5 @@
-// The public names of the image primitives, by family: each is another name of one instance of a family's template,
-// whose header tells arguments and rules.
+// Public names of the image primitives, by family: each is an alias of one instance of a template, whose header
+// documents arguments and rules.
 #pragma once
 
 #include "arithmetic.h"
@@ -12,7 +12,7 @@
 #include "rotate.h"
 #include "scale.h"
 
-/// Chooses code for the processor where there is a choice; here the compiler's dispatch has done so already.
+/// Selects code for the processor; does nothing, since the compiler's dispatch has already done so.
 inline primitives::Status ippInit()
 {
     return primitives::Status::Ok;
@@ -76,7 +76,7 @@ inline constexpr auto &ippiSet_16u_C4R = primitives::Set4<Ipp16u>;
 inline constexpr auto &ippiSet_32f_C4R = primitives::Set4<Ipp32f>;
 inline constexpr auto &ippiSet_32f_C1MR = primitives::SetMasked<Ipp32f>;
 
-// --- Order of channels ---
+// --- Channel order ---
 inline constexpr auto &ippiSwapChannels_8u_C3R = primitives::SwapChannels<Ipp8u, 3, 3>;
 inline constexpr auto &ippiSwapChannels_16u_C3R = primitives::SwapChannels<Ipp16u, 3, 3>;
 inline constexpr auto &ippiSwapChannels_32f_C3R = primitives::SwapChannels<Ipp32f, 3, 3>;
@@ -119,7 +119,7 @@ inline constexpr auto &ippiMulC_16u_C1RSfs = primitives::MulConstantScaled<Ipp16
 inline constexpr auto &ippiMulC_16u_C3RSfs = primitives::MulConstantsScaled<Ipp16u, 3>;
 inline constexpr auto &ippiMulC_16u_C4RSfs = primitives::MulConstantsScaled<Ipp16u, 4>;
 
-// --- Arithmetic of images: the first source is what is subtracted and what divides ---
+// --- Arithmetic of images: the first source is subtracted or divides ---
 inline constexpr auto &ippiAdd_32f_C1R = primitives::Combine<primitives::AddOp, 1>;
 inline constexpr auto &ippiAdd_32f_C3R = primitives::Combine<primitives::AddOp, 3>;
 inline constexpr auto &ippiAdd_32f_C4R = primitives::Combine<primitives::AddOp, 4>;
@@ -145,7 +145,7 @@ inline constexpr auto &ippiThreshold_Val_8u_C1R = primitives::ThresholdValue<Ipp
 inline constexpr auto &ippiThreshold_Val_16u_C1R = primitives::ThresholdValue<Ipp16u>;
 inline constexpr auto &ippiThreshold_Val_32f_C1R = primitives::ThresholdValue<Ipp32f>;
 
-// --- Colour models ---
+// --- Color models ---
 inline constexpr auto &ippiRGBToGray_8u_C3C1R = primitives::RgbToGray<Ipp8u, 3>;
 inline constexpr auto &ippiRGBToGray_8u_AC4C1R = primitives::RgbToGray<Ipp8u, 4>;
 inline constexpr auto &ippiRGBToGray_16u_C3C1R = primitives::RgbToGray<Ipp16u, 3>;
@@ -176,7 +176,7 @@ inline constexpr auto &ippiFilterGaussianBorder_32f_C1R = primitives::FilterGaus
 inline constexpr auto &ippiFilterMedianCross_16s_C1R = primitives::FilterMedianCross;
 inline constexpr auto &ippiFilterSobelHoriz_16s_C1R = primitives::FilterSobelHoriz;
 
-// --- Geometry: preparing a resize doesn't depend on the depth ---
+// --- Geometry: the preparation of a resize doesn't depend on the depth ---
 inline constexpr auto &ippiResizeGetSize_8u = primitives::ResizeGetSize;
 inline constexpr auto &ippiResizeGetSize_16u = primitives::ResizeGetSize;
 inline constexpr auto &ippiResizeGetSize_32f = primitives::ResizeGetSize;

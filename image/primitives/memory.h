@@ -5,14 +5,14 @@
 
 namespace primitives {
 
-/// Memory of @p bytes, or of @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Null if
-/// a size is below 1 or the memory can't be had. Released with Free.
+/// Allocates @p bytes, or @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Null if a
+/// size is below 1 or the memory is not available. Release it with Free.
 void *Allocate(std::int64_t bytes);
 void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
-/// Takes null too.
+/// Frees a block; accepts null.
 void Free(void *block);
 
-/// An image of @p width by @p height pixels of @p C channels; pixels undefined.
+/// Allocates an image of @p width by @p height pixels of @p C channels; pixels undefined.
 template <typename T, int C> T *AllocateImage(int width, int height, Step *step)
 {
     return static_cast<T *>(AllocateRows(std::int64_t(width) * C * std::int64_t(sizeof(T)), height, step));

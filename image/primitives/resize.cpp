@@ -7,24 +7,24 @@ namespace primitives {
 
 namespace {
 
-/// The source positions that one target position is made of: weights of the next @p count positions from @p first on.
+/// Source positions that contribute to one target position: weights of the next @p count positions from @p first on.
 struct Taps {
     std::int32_t first;
     std::int32_t count;
     std::int64_t weights; // index of the first
 };
 
-/// How many products are summed up in single precision before the sum goes into a double: keeps a flat picture flat
-/// under reductions by thousands.
+/// Number of products summed in single precision before the sum is added to a double: keeps a flat picture flat when
+/// reduced by factors of thousands.
 constexpr int kTapsInFloat = 32;
 
 constexpr int kRowsAtOnce = 3;
 
-/// Samples of a row that are worked on at a time: sums and their source rows stay in the first cache.
+/// Samples of a row processed at a time: sums and their source rows stay in the first-level cache.
 constexpr std::int64_t kRunSamples = 256;
 
-/// Weights of an axis, at most: under area weighting a source position counts for one target position, or for two if an
-/// edge cuts it.
+/// Returns the maximum number of weights of an axis: with area weighting a source position contributes to one target
+/// position, or to two if an edge cuts it.
 std::int64_t MaxWeights(int src, int dst, ResizeMethod method)
 {
     return method == kResizeSuper ? std::int64_t(src) + dst : 2 * std::int64_t(dst);
@@ -48,7 +48,7 @@ static_assert(sizeof(ResizeSpec) % alignof(Taps) == 0);
 
 namespace {
 
-/// Fills the taps of one axis, in whole numbers of 1 / dst source positions; returns the next free weight.
+/// Fills the taps of one axis, in integer multiples of 1 / dst source positions; returns the next free weight.
 std::int64_t FillSuperTaps(int src, int dst, Taps *taps, float *weights, std::int64_t next)
 {
     for (std::int64_t i = 0; i < dst; ++i) {
@@ -63,7 +63,7 @@ std::int64_t FillSuperTaps(int src, int dst, Taps *taps, float *weights, std::in
     return next;
 }
 
-/// The same for bilinear; positions in whole numbers of 1 / (2 dst).
+/// The same for bilinear; positions in integer multiples of 1 / (2 dst).
 std::int64_t FillLinearTaps(int src, int dst, Taps *taps, float *weights, std::int64_t next)
 {
     const std::int64_t unit = 2 * std::int64_t(dst);
@@ -90,8 +90,8 @@ template <typename FillTaps> Status Init(Size src, Size dst, ResizeSpec *spec, F
     return Status::Ok;
 }
 
-/// sums += the weighted sum of @p Rows rows from @p src on. Several at a time, because the sums go through memory for
-/// each call.
+/// Adds the weighted sum of @p Rows rows from @p src on to sums. Several at a time, because each call reads and writes
+/// the sums in memory.
 template <int Rows, typename T>
 void AddRows(const T *src, Step srcStep, const float *weights, float *sums, std::int64_t count)
 {
@@ -109,7 +109,7 @@ void AddRows(const T *src, Step srcStep, const float *weights, float *sums, std:
     }
 }
 
-/// @p count samples, at most kRunSamples, of the weighted sum of the rows of @p taps.
+/// Computes @p count samples, at most kRunSamples, of the weighted sum of the rows of @p taps.
 template <typename T>
 void SumRows(const T *src, Step srcStep, const Taps &taps, const float *weights, float *sums, std::int64_t count)
 {
@@ -135,7 +135,7 @@ void SumRows(const T *src, Step srcStep, const Taps &taps, const float *weights,
         sums[i] = static_cast<float>(totals[i]);
 }
 
-/// One pixel of @p C channels out of a row of sums.
+/// Computes one pixel of @p C channels from a row of sums.
 template <typename T, int C> void SumColumns(const float *row, const Taps &taps, const float *weights, T *pixel)
 {
     const float *from = row + std::int64_t(taps.first) * C;

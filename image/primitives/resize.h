@@ -1,14 +1,14 @@
-// Changing the size of an image: area weighting for reductions, bilinear for everything else.
+// Changes the size of an image: area weighting for reductions, bilinear for everything else.
 //
-// Both are separable: an output row is first put together from source rows, then the output pixels from that row's. How
-// much each source row and column counts is computed once, in a specification.
+// Both are separable: first an output row is combined from source rows, then the output pixels from that row. The
+// weights of source rows and columns are computed once, in a specification.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// The numbers of the interface.
+/// The values are those of the interface.
 enum ResizeMethod { kResizeLinear = 2, kResizeSuper = 8 };
 enum BorderMode { kBorderReplicate = 1 };
 
@@ -17,21 +17,21 @@ struct Point {
     int y;
 };
 
-/// Opaque; lives in a block of the caller's, of the size that ResizeGetSize tells.
+/// Opaque; stored in a block of the caller, of the size that ResizeGetSize returns.
 struct ResizeSpec;
 
-/// Bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is asked for, or
-/// super-sampling for a side that grows.
+/// Returns the bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is requested,
+/// or super-sampling for a side that grows.
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
-/// Area weighting: a target pixel is the mean of the source area that it covers, pixels cut by its edge counting in
-/// proportion. Any ratio from 1 on, in each direction its own.
+/// Area weighting: a target pixel is the mean of the source area that it covers, with pixels cut by its edge counting
+/// in proportion. Any ratio from 1 on, separate for each direction.
 Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
-/// Bilinear between pixel centres; beyond the outermost centres their pixels are repeated. @p initBuffer is not needed.
+/// Bilinear between pixel centers; the outermost pixels are repeated beyond their centers. @p initBuffer is not needed.
 Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
 
-/// Bytes of the work block for images of @p channels channels: a row of the source in floats.
+/// Returns the bytes of the work block for images of @p channels channels: one row of the source in floats.
 Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::int64_t *bytes);
 
 /// Computes the part of the target at @p dstOffset of @p dstSize pixels.
@@ -41,7 +41,7 @@ Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::
 template <typename T, int C>
 Status ResizeSuper(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize,
                    const ResizeSpec *spec, void *buffer);
-/// @p borderValue is for border modes that aren't here.
+/// @p borderValue is for border modes that are not supported.
 template <typename T, int C>
 Status ResizeLinear(const T *src, Step srcStep, T *dst, Step dstStep, Point dstOffset, Size dstSize, BorderMode border,
                     const T *borderValue, const ResizeSpec *spec, void *buffer);

@@ -17,11 +17,11 @@ struct Pixel {
     Ipp32f channel[4];
 };
 
-/// Pixels of a block's side: as many source rows, each in another page, are open at a time, and all four pixels of a
-/// source cache line are used while the line is in the first cache.
+/// Pixels per block side: this many source rows, each in another page, are accessed at a time, and all four pixels of a
+/// source cache line are used while the line is in the first-level cache.
 constexpr std::int64_t kBlockSide = 16;
 
-/// Targets from this size on don't stay in the caches anyway: they are written past them.
+/// Targets from this size on exceed the caches anyway: write them past the caches.
 constexpr std::int64_t kStreamedBytes = std::int64_t(4) << 20;
 
 void Store(Pixel *to, const Pixel &pixel)
@@ -39,7 +39,7 @@ void StorePastCache(Pixel *to, const Pixel &pixel)
 #endif
 }
 
-/// Makes what was written past the caches visible to other threads.
+/// Makes stores past the caches visible to other threads.
 void FinishStoresPastCache()
 {
 #if VITRELUX_VECTORS
@@ -47,7 +47,7 @@ void FinishStoresPastCache()
 #endif
 }
 
-/// first <= position < end.
+/// Half-open: first <= position < end.
 struct Range {
     std::int64_t first;
     std::int64_t end;
@@ -58,7 +58,7 @@ Range Intersect(Range a, Range b)
     return {std::max(a.first, b.first), std::min(a.end, b.end)};
 }
 
-/// The target positions whose source position sign * (position - shift) lies in @p source.
+/// Returns the target positions whose source position sign * (position - shift) lies in @p source.
 Range ImageOf(Range source, int sign, std::int64_t shift)
 {
     if (sign > 0)
@@ -66,7 +66,7 @@ Range ImageOf(Range source, int sign, std::int64_t shift)
     return {shift - source.end + 1, shift - source.first + 1};
 }
 
-/// From a target position back to its source.
+/// Maps a target position back to its source.
 template <typename T> struct Turn {
     T cosine;
     T sine;
@@ -77,7 +77,7 @@ template <typename T> struct Turn {
     T SourceY(T x, T y) const { return sine * (x - shiftX) + cosine * (y - shiftY); }
 };
 
-/// A part of the target, all of it coming from within the source.
+/// A part of the target whose sources all lie within the source.
 struct Region {
     Range x;
     Range y;
@@ -88,7 +88,7 @@ Region RegionOf(Rect rect)
     return {{rect.x, std::int64_t(rect.x) + rect.width}, {rect.y, std::int64_t(rect.y) + rect.height}};
 }
 
-/// The part of @p dstRect that comes from @p srcRect under a turn by a multiple of 90 degrees.
+/// Returns the part of @p dstRect that comes from @p srcRect under a rotation by a multiple of 90 degrees.
 Region TargetRegion(Rect srcRect, Rect dstRect, const Turn<std::int64_t> &turn)
 {
     const Region src = RegionOf(srcRect), wanted = RegionOf(dstRect);
@@ -100,8 +100,8 @@ Region TargetRegion(Rect srcRect, Rect dstRect, const Turn<std::int64_t> &turn)
             Intersect(wanted.y, ImageOf(src.y, cosine, turn.shiftY))};
 }
 
-/// The first column from @p x on, at most @p end, whose pixel starts a cache line. Half a line written past the caches
-/// costs a read and a write.
+/// Returns the first column from @p x on, at most @p end, whose pixel starts a cache line. Writing half a line past the
+/// caches costs a read and a write.
 std::int64_t LineStart(const Pixel *row, std::int64_t x, std::int64_t end)
 {
     constexpr std::uintptr_t kLineBytes = 64;
@@ -110,7 +110,7 @@ std::int64_t LineStart(const Pixel *row, std::int64_t x, std::int64_t end)
                                   end);
 }
 
-/// The exact way for multiples of 90 degrees: moves pixels block by block.
+/// Exact rotation by multiples of 90 degrees: moves pixels block by block.
 template <void StorePixel(Pixel *, const Pixel &)>
 void MovePixels(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, const Region &region,
                 const Turn<std::int64_t> &turn)
@@ -147,7 +147,8 @@ void RotateExactly(const Ipp32f *src, Step srcStep, Rect srcRect, Ipp32f *dst, S
     }
 }
 
-/// Catmull-Rom weights of the four neighbours at -1, 0, 1 and 2 for a position @p t from 0 to 1 (Keys 1981, a = -0.5).
+/// Computes Catmull-Rom weights of the four neighbors at -1, 0, 1 and 2 for a position @p t from 0 to 1 (Keys 1981, a =
+/// -0.5).
 void CubicWeights(float t, float weights[4])
 {
     const float t2 = t * t, t3 = t2 * t;
@@ -157,7 +158,7 @@ void CubicWeights(float t, float weights[4])
     weights[3] = 0.5f * t3 - 0.5f * t2;
 }
 
-/// The source interpolated at a position within half a pixel of @p rect.
+/// Interpolates the source at a position within half a pixel of @p rect.
 Pixel SampleCubic(const Ipp32f *src, Step srcStep, Rect rect, double x, double y)
 {
     const double floorX = std::floor(x), floorY = std::floor(y);
@@ -178,7 +179,7 @@ Pixel SampleCubic(const Ipp32f *src, Step srcStep, Rect rect, double x, double y
     return sum;
 }
 
-/// Whether a position belongs to one of @p count pixels from @p first on, centres at whole numbers.
+/// Returns whether a position belongs to one of @p count pixels from @p first on, centers at integers.
 bool IsWithin(double position, int first, int count)
 {
     return position >= first - 0.5 && position < double(first) + count - 0.5;

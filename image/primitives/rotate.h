@@ -1,21 +1,21 @@
-// Turning float RGBA images.
+// Rotates float RGBA images.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// The number of the interface for cubic interpolation.
+/// Cubic interpolation; the value is that of the interface.
 enum Interpolation { kCubic = 4 };
 
-/// Turns @p srcRect of an image counter-clockwise (rows run downwards) by @p angleDegrees about the centre of its pixel
-/// (0, 0), then shifts it:
+/// Rotates @p srcRect of an image counter-clockwise (rows run downwards) by @p angleDegrees about the center of its
+/// pixel (0, 0), then shifts it:
 ///
 ///     dstX =  cos(angle) * srcX + sin(angle) * srcY + shiftX
 ///     dstY = -sin(angle) * srcX + cos(angle) * srcY + shiftY
 ///
-/// So 90 degrees with the shift (0, width - 1) fills a target of exchanged sides, its right-hand column becoming the
-/// top row, and -90 degrees with (width - 1, 0), width being the same number, is the way back.
+/// So 90 degrees with the shift (0, width - 1) fills a target with exchanged sides, whose top row is the right-hand
+/// column; -90 degrees with (width - 1, 0), for the same width, is the inverse.
 ///
 /// @param src      Pixel (0, 0) of the whole source image of @p srcSize; only @p srcRect of it is read.
 /// @param dst      Pixel (0, 0) of the target image; only pixels of @p dstRect that come from within srcRect are

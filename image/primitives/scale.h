@@ -1,4 +1,4 @@
-// Changing the depth of components: mapping of ranges, and plain conversion.
+// Changes the depth of components: mapping of ranges, and plain conversion.
 #pragma once
 
 #include "types.h"
@@ -6,10 +6,10 @@
 
 namespace primitives {
 
-/// How Scale16To8 rounds: "fast" is free to be one count off.
+/// How Scale16To8 rounds: "fast" may be off by one.
 enum ScaleHint { kScaleFast = 1 };
 
-/// The whole range of one integer type to the whole range of the other: 257 counts of 16 bits are one of 8 bits.
+/// Maps the whole range of one integer type to that of the other: 257 counts of 16 bits are one of 8 bits.
 template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp8u *srcRow, Ipp16u *dstRow) {
@@ -29,7 +29,7 @@ template <int C> Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, 
     });
 }
 
-/// 0 to 255 as @p low to @p high.
+/// Maps 0 to 255 to @p low to @p high.
 template <int C>
 Status Scale8ToFloat(const Ipp8u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float low, float high)
 {
@@ -40,7 +40,7 @@ Status Scale8ToFloat(const Ipp8u *src, Step srcStep, Ipp32f *dst, Step dstStep, 
     });
 }
 
-/// @p low to @p high as 0 to 255; values outside saturate.
+/// Maps @p low to @p high to 0 to 255; values outside saturate.
 template <int C>
 Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, float low, float high)
 {
@@ -52,7 +52,7 @@ Status ScaleFloatTo8(const Ipp32f *src, Step srcStep, Ipp8u *dst, Step dstStep, 
     });
 }
 
-/// 0 to 65,535 as 0.0 to 1.0.
+/// Maps 0 to 65,535 to 0.0 to 1.0.
 template <int C> Status Scale16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp32f *dstRow) {
@@ -61,7 +61,7 @@ template <int C> Status Scale16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *
     });
 }
 
-/// 0.0 to 1.0 as 0 to 65,535; values outside saturate.
+/// Maps 0.0 to 1.0 to 0 to 65,535; values outside saturate.
 template <int C> Status ScaleFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp32f *srcRow, Ipp16u *dstRow) {
@@ -69,10 +69,10 @@ template <int C> Status ScaleFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *
     });
 }
 
-/// The rounding of ConvertFloatTo16: only "to the nearest" is there.
+/// The rounding of ConvertFloatTo16: only "to nearest" is supported.
 enum RoundMode { kRoundNear = 1 };
 
-/// 0 to 65,535 as floats of the same value.
+/// Converts 0 to 65,535 to floats of the same value.
 template <int C> Status Convert16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp32f *dstRow) {
@@ -81,7 +81,7 @@ template <int C> Status Convert16ToFloat(const Ipp16u *src, Step srcStep, Ipp32f
     });
 }
 
-/// Floats to the nearest integer, saturated at 0 and 65,535.
+/// Converts floats to the nearest integer, saturated at 0 and 65,535.
 template <int C>
 Status ConvertFloatTo16(const Ipp32f *src, Step srcStep, Ipp16u *dst, Step dstStep, Size size, RoundMode)
 {

@@ -98,7 +98,7 @@ void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, s
 Stretch::Stretch(Ipp8u low, Ipp8u high, int channels)
     : m_low(low), m_range(static_cast<Ipp8u>(high > low ? high - low : 0)), m_channels(channels)
 {
-    for (int v = 0; v < 256; ++v) // flat: 0 / 0 is not a number, which Truncate turns into 0
+    for (int v = 0; v < 256; ++v) // flat: 0 / 0 is not-a-number, which Truncate turns into 0
         m_table[v] = Truncate<Ipp8u>(v <= low ? 0.0f : static_cast<float>(v - low) / m_range * 255.0f);
     if (m_range > 0)
         FindFactor();
@@ -119,7 +119,7 @@ bool Stretch::GivesTable() const
     return true;
 }
 
-/// The factor has as many bits as fit; a search close to its ideal value, with all ways to round, finds one for all but
+/// Uses a factor with as many bits as fit; a search near its ideal value, with all ways to round, finds one for all but
 /// two ranges.
 void Stretch::FindFactor()
 {
@@ -150,7 +150,7 @@ std::int64_t Stretch::RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samp
     for (; i + 16 <= samples; i += 16) {
         const __m128i values = Load(src + i);
         const __m128i limited = _mm_min_epu8(_mm_subs_epu8(values, low), range);
-        // Beside a zero byte a sample is its own 256-fold.
+        // Unpacked above a zero byte a sample is multiplied by 256.
         const __m128i stretched = _mm_packus_epi16(multiplied(_mm_unpacklo_epi8(zero, limited)),
                                                    multiplied(_mm_unpackhi_epi8(zero, limited)));
         Store(dst + i, _mm_or_si128(_mm_andnot_si128(alpha, stretched), _mm_and_si128(alpha, values)));
@@ -166,7 +166,7 @@ std::int64_t Stretch::RunVectors(const Ipp8u *, Ipp8u *, std::int64_t) const
 
 void Stretch::Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
 {
-    // A vector that ends within a pixel of three channels leaves some of it, which needs no whole pixels.
+    // A vector that ends within a three-channel pixel leaves part of it, which the plain loop completes.
     const std::int64_t samples = pixels * m_channels, done = m_factor ? RunVectors(src, dst, samples) : 0;
     for (std::int64_t i = done; i < samples; ++i)
         dst[i] = m_channels == 4 && i % 4 == 3 ? src[i] : m_table[src[i]];

@@ -1,11 +1,11 @@
-// Stretching the range of 8-bit colours. Pixels have 3 or 4 channels, of which the first three are meant.
+// Stretches the range of 8-bit colors. Pixels have 3 or 4 channels, of which the first three are used.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// Least and greatest colour sample of the pixels added.
+/// Least and greatest color sample of the added pixels.
 class ColorRange {
 public:
     explicit ColorRange(int channels);
@@ -17,43 +17,42 @@ public:
 private:
     static constexpr int kLanes = 48; // a whole number of pixels of either kind, and of vectors
 
-    /// Adds whole groups of kLanes samples; returns how many samples, 0 without vector code.
+    /// Adds whole groups of kLanes samples; returns the number of samples, 0 without vector code.
     std::int64_t AddVectors(const Ipp8u *pixels, std::int64_t samples);
     bool IsColor(int lane) const { return lane % m_channels < 3; }
 
     int m_channels;
-    Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at these places, which keeps alpha apart
+    Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at these places, which separates alpha
 };
 
-/// Sends the colours of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
+/// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
 void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
 
-/// Sends colours v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; low itself to 0 where it is
-/// high.
+/// Maps colors v to 255 (v - low) / (high - low), truncated and limited to 0 to 255; if low is high, low maps to 0.
 class Stretch {
 public:
     Stretch(Ipp8u low, Ipp8u high, int channels);
 
-    /// By a table of all values: the definition.
+    /// Uses a table of all values: the definition.
     void RunPlain(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
     {
         MapColors(m_table, m_channels, src, dst, pixels);
     }
-    /// The same by multiplication of vectors, for the ranges for which there is a factor.
+    /// The same by vector multiplication, for ranges that have a factor.
     void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const;
 
 private:
-    /// (limited << 8) * factor >> 16, plus rounding, >> shift.
+    /// Returns (limited << 8) * factor >> 16, plus rounding, >> shift.
     Ipp8u Multiplied(Ipp8u value) const;
     bool GivesTable() const;
     void FindFactor();
-    /// Whole vectors of a row; returns how many samples, 0 without vector code.
+    /// Processes whole vectors of a row; returns the number of samples, 0 without vector code.
     std::int64_t RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samples) const;
 
     Ipp8u m_table[256];
     Ipp8u m_low, m_range;
     int m_channels;
-    unsigned m_factor = 0; // 16 bits; 0: none gives the table
+    unsigned m_factor = 0; // 16 bits; 0: no factor reproduces the table
     unsigned m_rounding = 0;
     int m_shift = 0;
 };

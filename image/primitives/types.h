@@ -1,11 +1,11 @@
-// What all image primitives share: pixel types, steps, sizes, status values, row walks and rounding.
+// Shared by all image primitives: pixel types, steps, sizes, status values, row iteration and rounding.
 //
-// Rules of the whole layer:
+// Rules for the whole layer:
 // - Pixels are interleaved; `C` is the number of channels of a pixel. Sizes and rectangles count pixels, steps count
 //   bytes from one row to the next and are 64-bit, so images beyond 2 and 4 GiB work. A step may be negative.
 // - Row starts and steps are multiples of the component's size.
 // - Only the pixels of the region are written, never the gap between two rows.
-// - A null pointer or a size below 1 is answered by a status, and nothing is read or written.
+// - A null pointer or a size below 1 returns a status, and nothing is read or written.
 // - Functions hold no state and start no threads: any thread may call any of them on rows that don't overlap.
 #pragma once
 
@@ -48,7 +48,7 @@ constexpr Status CheckSize(Size size)
     return size.width < 1 || size.height < 1 ? Status::BadSize : Status::Ok;
 }
 
-/// Row @p y of an image that starts at @p base.
+/// Returns row @p y of an image that starts at @p base.
 template <typename T> T *RowAt(T *base, Step step, std::int64_t y)
 {
     using Byte = std::conditional_t<std::is_const_v<T>, const unsigned char, unsigned char>;
@@ -77,9 +77,8 @@ Status ForRows(const S *a, Step aStep, const S *b, Step bStep, D *dst, Step dstS
     return CheckSize(size);
 }
 
-/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls don't depend on each other, as where a
-/// target is either one of the sources or apart from them: else it would take a target that is a source for a reason
-/// not to vectorise.
+/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls are independent, as a target either is one
+/// of the sources or doesn't overlap them: otherwise possible aliasing would keep it from vectorizing.
 template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
 {
 #ifndef __clang__
@@ -89,13 +88,13 @@ template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
         sample(i);
 }
 
-/// Components in a row of @p size; 64-bit, since four channels of 2^31 pixels don't fit an int.
+/// Returns the components in a row of @p size; 64-bit, since four channels of 2^31 pixels don't fit an int.
 template <int C> constexpr std::int64_t RowSamples(Size size)
 {
     return std::int64_t(C) * size.width;
 }
 
-/// @p value within the range of an unsigned type of up to 16 bits; not-a-number is 0.
+/// Clamps @p value to the range of an unsigned type of up to 16 bits; not-a-number is 0.
 template <typename D> constexpr float Limit(float value)
 {
     static_assert(sizeof(D) <= 2 && std::is_unsigned_v<D>);
@@ -104,8 +103,8 @@ template <typename D> constexpr float Limit(float value)
     return notBelow < kMax ? notBelow : kMax;
 }
 
-/// The one place where a computed value becomes a component. Integer types: rounded to the nearest and limited to the
-/// range of the type, not-a-number becomes 0. Float: as it is.
+/// The only conversion from computed values to components. Integer types: rounded to nearest and clamped to the range
+/// of the type, not-a-number becomes 0. Float: unchanged.
 template <typename D> constexpr D Saturate(float value)
 {
     if constexpr (std::is_floating_point_v<D>) {
@@ -115,7 +114,7 @@ template <typename D> constexpr D Saturate(float value)
     }
 }
 
-/// The same without rounding: towards zero.
+/// The same, truncated towards zero.
 template <typename D> constexpr D Truncate(float value)
 {
     if constexpr (std::is_floating_point_v<D>)

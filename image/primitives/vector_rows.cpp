@@ -22,7 +22,7 @@ void Store16(void *to, __m128i value)
     _mm_storeu_si128(static_cast<__m128i *>(to), value);
 }
 
-/// Saturate of (v - low) * factor for four floats, as 32-bit integers.
+/// Computes Saturate of (v - low) * factor for four floats, as 32-bit integers.
 struct Rounding {
     __m128 low;
     __m128 factor;
@@ -31,7 +31,7 @@ struct Rounding {
     __m128i operator()(const Ipp32f *src) const
     {
         const __m128 scaled = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(src), low), factor);
-        // The second operand wins where the first is not a number.
+        // The second operand wins if the first is not-a-number.
         const __m128 inRange = _mm_min_ps(_mm_max_ps(scaled, _mm_setzero_ps()), limit);
         return _mm_cvttps_epi32(_mm_add_ps(inRange, _mm_set1_ps(0.5f)));
     }
@@ -39,13 +39,13 @@ struct Rounding {
 
 using Weights = plain::GrayWeights<Ipp8u>;
 
-/// Four grey values, in 32 bits each, of the first 12 of 16 readable bytes.
+/// Computes four gray values, in 32 bits each, from the first 12 of 16 readable bytes.
 __attribute__((target("ssse3"))) inline __m128i FourGrays(const Ipp8u *src)
 {
     const __m128i redGreen = _mm_setr_epi8(0, -1, 1, -1, 3, -1, 4, -1, 6, -1, 7, -1, 9, -1, 10, -1);
     const __m128i blue = _mm_setr_epi8(2, -1, -1, -1, 5, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1);
     const __m128i redGreenWeights = _mm_set1_epi32(Weights::kRed | Weights::kGreen << 16);
-    // Beside each blue stands a 1, whose weight is the half that rounds.
+    // Each blue is paired with a 1, whose weight is the half for rounding.
     const __m128i ones = _mm_set1_epi32(1 << 16);
     const __m128i blueWeights = _mm_set1_epi32(Weights::kBlue | 1 << (Weights::kShift - 1 + 16));
 
@@ -55,7 +55,7 @@ __attribute__((target("ssse3"))) inline __m128i FourGrays(const Ipp8u *src)
     return _mm_srli_epi32(sum, Weights::kShift);
 }
 
-/// The pixels of a row in groups of 16, as long as the last group's reads end within the row; returns how many.
+/// Processes the pixels of a row in groups of 16, while the group's reads end within the row; returns how many.
 __attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels)
 {
     std::int64_t x = 0;
@@ -85,7 +85,7 @@ void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low
 void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor)
 {
     const Rounding round = {_mm_set1_ps(low), _mm_set1_ps(factor), _mm_set1_ps(65535.0f)};
-    // SSE2 packs signed 16-bit numbers only: shift the range down for it, and flip the sign bit back.
+    // SSE2 only packs signed 16-bit numbers: shift the range down for it, and flip the sign bit back.
     const __m128i half = _mm_set1_epi32(32768), signBit = _mm_set1_epi16(-32768);
     std::int64_t i = 0;
     for (; i + 8 <= count; i += 8) {
@@ -108,7 +108,7 @@ void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32
     const __m128 colors = _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0));
     const __m128 alphas = _mm_setr_ps(0.0f, 0.0f, 0.0f, alpha);
     std::int64_t x = 0;
-    for (; x + 2 <= pixels; ++x) // each load reads the first channel of the next pixel too
+    for (; x + 2 <= pixels; ++x) // each load also reads the first channel of the next pixel
         _mm_storeu_ps(dst + 4 * x, _mm_or_ps(_mm_and_ps(_mm_loadu_ps(src + 3 * x), colors), alphas));
     plain::CopyOpaque<Ipp32f, 3>(src + 3 * x, dst + 4 * x, pixels - x, alpha);
 }

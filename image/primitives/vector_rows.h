@@ -1,22 +1,21 @@
-// The row loops that compilers don't vectorise well: their definition in plain code, and a vector form of the same
-// bits.
+// Row loops that compilers don't vectorize well: their definition in plain code, and a bit-identical vector form.
 #pragma once
 
 #include "types.h"
 
 namespace primitives {
 
-/// Definitions. The functions below fall back on them for the end of a row and for processors without the instructions.
+/// Definitions. The functions below use them for the end of a row and for processors without the instructions.
 namespace plain {
 
-/// (v - low) * factor, rounded and saturated.
+/// Computes (v - low) * factor, rounded and saturated.
 template <typename D> void FloatToInteger(const Ipp32f *src, D *dst, std::int64_t count, float low, float factor)
 {
     for (std::int64_t i = 0; i < count; ++i)
         dst[i] = Saturate<D>((src[i] - low) * factor);
 }
 
-/// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in parts of 2^shift, which they add up to.
+/// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in parts of 2^shift; their sum is 2^shift.
 template <typename T> struct GrayWeights;
 template <> struct GrayWeights<Ipp8u> { // fits signed 16 bits
     static constexpr int kShift = 15, kRed = 9798, kGreen = 19235, kBlue = 3735;
@@ -25,7 +24,7 @@ template <> struct GrayWeights<Ipp16u> { // the rounded sum still fits unsigned 
     static constexpr int kShift = 16, kRed = 19595, kGreen = 38470, kBlue = 7471;
 };
 
-/// The weighted sum of the first three of @p C channels, rounded.
+/// Computes the weighted sum of the first three of @p C channels, rounded.
 template <typename T, int C> void RgbToGray(const T *src, T *dst, std::int64_t pixels)
 {
     for (std::int64_t x = 0; x < pixels; ++x) {
@@ -41,7 +40,7 @@ template <typename T, int C> void RgbToGray(const T *src, T *dst, std::int64_t p
     }
 }
 
-/// Three channels of @p S as the first three of four, grey in each of them, and @p alpha.
+/// Copies three channels of @p S to the first three of four, gray to each of them, and sets @p alpha.
 template <typename T, int S> void CopyOpaque(const T *src, T *dst, std::int64_t pixels, T alpha)
 {
     for (std::int64_t x = 0; x < pixels; ++x) {

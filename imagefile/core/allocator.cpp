@@ -62,7 +62,7 @@ void *NewZeroedBytes(std::size_t bytes)
 char *NewText(const std::string &text)
 {
     char *copy = NewZeroed<char>(text.size() + 1);
-    text.copy(copy, text.size()); // the zero behind it is there
+    text.copy(copy, text.size()); // including the terminating zero
     return copy;
 }
 

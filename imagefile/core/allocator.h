@@ -1,4 +1,4 @@
-// The memory that crosses the face of the layer: bitmaps and blocks, by the callbacks given to gflLibraryInitEx.
+// Memory that crosses the layer's interface: bitmaps and blocks, allocated by the callbacks given to gflLibraryInitEx.
 #pragma once
 
 #include <cstddef>
@@ -7,22 +7,22 @@
 
 namespace imagefile {
 
-/// Uninitialised memory, or null.
+/// Allocates uninitialized memory, or returns null.
 void *Allocate(std::size_t bytes);
-/// As realloc: null and the old block untouched when memory is short.
+/// Like realloc: returns null, with the old block untouched, when memory is short.
 void *Reallocate(void *pointer, std::size_t bytes);
-/// Null is allowed.
+/// Frees a block; accepts null.
 void Release(void *pointer);
 
-/// @p count zeroed objects of a plain record type; throws std::bad_alloc. Zero objects still give a block.
+/// Allocates @p count zeroed objects of a plain record type; throws std::bad_alloc. Zero objects still give a block.
 template <class T> T *NewZeroed(std::size_t count = 1);
 
-/// A zero-terminated copy; throws std::bad_alloc.
+/// Returns a zero-terminated copy; throws std::bad_alloc.
 char *NewText(const std::string &text);
-/// A copy of bytes, null for none; throws std::bad_alloc.
+/// Returns a copy of bytes, null if there are none; throws std::bad_alloc.
 std::uint8_t *NewBytes(const void *bytes, std::size_t count);
 
-/// Owns a record until it is handed out, for builders that may throw half-way.
+/// Owns a record until it is returned, for builders that may throw half-way.
 template <class T> using Owned = std::unique_ptr<T, void (*)(T *)>;
 
 void *NewZeroedBytes(std::size_t bytes);

@@ -1,4 +1,4 @@
-// Bytes of a file in their order, for the formats that we read ourselves.
+// Sequential reading of bytes, for the formats that we parse ourselves.
 #pragma once
 
 #include "source.h"
@@ -7,28 +7,28 @@
 
 namespace imagefile {
 
-/// A big-endian number of four bytes.
+/// Decodes a big-endian number of four bytes.
 inline std::uint32_t BigEndian32(const std::uint8_t *p)
 {
     return static_cast<std::uint32_t>(p[0]) << 24 | static_cast<std::uint32_t>(p[1]) << 16
         | static_cast<std::uint32_t>(p[2]) << 8 | p[3];
 }
 
-/// Reads on from a position, by pieces. A read behind the end fails, and so does every one after it: callers may read
-/// several values and ask once.
+/// Reads sequentially from a position, with buffering. A read past the end fails, as does every later one: callers may
+/// read several values and check once.
 class ByteReader {
 public:
     /// The source must outlive the reader.
     explicit ByteReader(const Source &source, std::uint64_t at = 0);
 
     bool Failed() const { return m_failed; }
-    /// Of the next byte.
+    /// Returns the position of the next byte.
     std::uint64_t Position() const { return m_pieceAt + m_next; }
     std::uint64_t Left() const { return m_source.Size() - Position(); }
 
-    /// The next byte; 0 behind the end.
+    /// Reads the next byte; 0 past the end.
     std::uint8_t Byte() { return m_next < m_piece.size() || Fetch() ? m_piece[m_next++] : std::uint8_t(0); }
-    /// A big-endian number of 1 to 8 bytes; 0 behind the end.
+    /// Reads a big-endian number of 1 to 8 bytes; 0 past the end.
     std::uint64_t Number(int bytes);
     bool Read(void *data, std::size_t size);
     bool Skip(std::uint64_t size);

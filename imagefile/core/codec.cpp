@@ -1,4 +1,4 @@
-// What all formats share: rows made on demand, suffixes.
+// Shared by all formats: rows made on demand, suffixes.
 #include "codec.h"
 
 #include <algorithm>

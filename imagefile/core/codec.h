@@ -1,4 +1,4 @@
-// The one interface behind which a file format stands.
+// The interface that every file format implements.
 #pragma once
 
 #include "image_limits.h"
@@ -14,17 +14,17 @@ namespace imagefile {
 
 struct Metadata;
 
-/// Where the rows of a picture come from that is made while it is written.
+/// Source of the rows of a picture that is generated while it is written.
 struct RowMaker {
     GFL_ROWS_CALLBACK callback;
     void *userData;
 
-    /// As the callback.
+    /// Calls the callback.
     Status Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine) const;
 };
 
-/// What a save is asked for. @c metadata is null when there is none; its ICC profile is empty unless it is to be
-/// written. With @c rows the bitmap has no pixels: they are made, from the top down.
+/// Parameters of a save. @c metadata is null if there is none; its ICC profile is empty unless it should be written.
+/// With @c rows the bitmap has no pixels: the rows are generated, from the top down.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
@@ -35,39 +35,40 @@ struct SaveOptions {
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 
-/// What a file's name says of its format.
+/// What a file's name suggests about its format.
 struct NameHint {
-    std::string suffix; // in lower case with its dot; empty without one and for memory
-    bool isOwnSuffix;   // of the format that is asked
+    std::string suffix; // in lower case with its dot; empty for memory or without one
+    bool isOwnSuffix;   // of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Exceptions other than std::bad_alloc and longjmps of the
-/// format's library end inside.
+/// A file format. Stateless: one object serves all threads. Catches the format library's longjmps and exceptions other
+/// than std::bad_alloc.
 class Codec {
 public:
     virtual ~Codec() = default;
 
-    /// Whether a file that begins with @p head (16 bytes, zeroes behind the end of a shorter file) is of this format.
+    /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
+    /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// A closer look at a file that Probe takes, for formats that begin as another does.
+    /// Checks a file that Probe accepts more closely, for formats with the same beginning as another.
     virtual bool Recognises(const Source &source, const NameHint &name) const;
 
-    /// Fills all of @p info but FormatName and FormatIndex. Never decodes pixels, but finds every reason to refuse the
-    /// file that its headers show.
+    /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but finds every reason to reject
+    /// the file that its headers show.
     virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
-    /// Hands all rows to @p rows from the top down. A file that ends early or is damaged is GFL_ERROR_FILE_READ.
+    /// Passes all rows to @p rows from the top down. A file that ends early or is damaged gives GFL_ERROR_FILE_READ.
     virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;
-    /// Hands over the cheapest version that is at least as large as the picture fitted into @p box, or the picture.
+    /// Passes on the cheapest version that is at least as large as the picture fitted into @p box, or the picture.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
     /// Adds the metadata of a file. Damaged metadata is left out with a warning (gflLastWarningText); only a source
-    /// that can't be read is a failure. Throws std::bad_alloc only.
+    /// that can't be read is a failure. Throws only std::bad_alloc.
     virtual Status ReadMetadata(const Source &source, Metadata *metadata) const = 0;
 
-    /// Whether Write takes rows that are made meanwhile.
+    /// Returns whether Write accepts rows that are generated during the write.
     virtual bool WritesMadeRows() const { return false; }
-    /// @p bitmap is valid: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
+    /// Writes a valid bitmap: GFL_GREY, GFL_RGB or GFL_RGBA at 8, 16 or 32 bits.
     virtual Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const = 0;
 };
 
@@ -82,7 +83,7 @@ inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &
     return ReadPixels(source, params, rows);
 }
 
-/// ".jpg" of "a/B.JPG"; empty without one.
+/// Returns ".jpg" for "a/B.JPG"; empty without a suffix.
 std::string LowerCaseSuffix(const std::string &path);
 
 } // namespace imagefile

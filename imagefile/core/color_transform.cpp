@@ -9,14 +9,14 @@ namespace imagefile {
 
 namespace {
 
-constexpr double kSameWhite = 0.0005; // of chromaticities: D50 is written with three or four digits
+constexpr double kSameWhite = 0.0005; // for chromaticities: D50 is written with three or four digits
 
 struct CloseProfile {
     void operator()(void *profile) const { cmsCloseProfile(profile); }
 };
 using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
-// Null unless these are the bytes of a CMYK profile.
+// Returns null unless the bytes are a CMYK profile.
 ProfilePtr InkProfile(const Bytes &bytes)
 {
     if (bytes.empty())
@@ -76,7 +76,7 @@ Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     if (isAdapted) {
         const cmsCIEXYZ from = {white.x / white.y, 1.0, (1.0 - white.x - white.y) / white.y};
         m_white = {from.X, from.Y, from.Z};
-        for (std::size_t i = 0; i < 3; ++i) { // a matrix by what it makes of the unit vectors
+        for (std::size_t i = 0; i < 3; ++i) { // a matrix is given by its images of the unit vectors
             const cmsCIEXYZ unit = {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0};
             cmsCIEXYZ adapted = {};
             if (!cmsAdaptToIlluminant(&adapted, &from, cmsD50_XYZ(), &unit))
@@ -87,7 +87,7 @@ Status ColourTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     }
     const ProfilePtr from(cmsCreateLab4Profile(nullptr));
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
-    // A table instead of Lab's formula would show in the shadows, where sRGB is steep.
+    // A table instead of Lab's formula would be visible in the shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
     return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the change of colors");
 }
@@ -105,7 +105,7 @@ template <class T> void ColourTransform::MixInks(const T *src, T *dst, std::size
     }
 }
 
-// Lab under another white becomes XYZ, that of D50, and Lab again.
+// Converts Lab under another white to XYZ, adapts it to D50, and converts it back to Lab.
 template <class T> void ColourTransform::AdaptRow(const T *src, T *dst, std::size_t width)
 {
     const std::size_t step = m_hasAlpha ? 4 : 3;
@@ -140,7 +140,7 @@ void ColourTransform::Row(const void *src, void *dst, std::size_t width)
         return MixInks(static_cast<const std::uint16_t *>(src), static_cast<std::uint16_t *>(dst), width);
     if (!m_engine)
         return MixInks(static_cast<const float *>(src), static_cast<float *>(dst), width);
-    if (m_bits == 32) { // lcms2 takes inks as floats in percent, and opacity as it is
+    if (m_bits == 32) { // lcms2 takes float inks in percent, and opacity unchanged
         const std::size_t step = m_hasAlpha ? 5 : 4;
         const auto *samples = static_cast<const float *>(src);
         m_percent.assign(samples, samples + width * step);

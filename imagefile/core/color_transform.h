@@ -1,4 +1,4 @@
-// From inks and Lab to RGB.
+// Conversion from inks and Lab to RGB.
 #pragma once
 
 #include "bytes.h"
@@ -13,21 +13,21 @@ namespace imagefile {
 struct Chromaticity {
     double x, y;
 };
-/// The white of ICC's Lab, and of TIFF's unless a file says otherwise (Adobe's TIFF technical note).
+/// The white of ICC's Lab, and of TIFF's unless a file specifies another (Adobe's TIFF technical note).
 constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
-/// One kind of conversion, to sRGB, by lcms2. Samples are coded over the full range of their type. Inks without a
-/// profile, or with one that lcms2 can't use, are paper white times what each of them leaves.
+/// One conversion to sRGB, by lcms2. Samples use the full range of their type. Inks without a profile, or with one that
+/// lcms2 can't use, are paper white times the part that each ink leaves.
 class ColourTransform {
 public:
     ColourTransform();
     ~ColourTransform();
 
-    /// Cyan, magenta, yellow, black; full range: all of the ink. @p profile: may be empty or of anything else; @p bits:
-    /// 8, 16 or 32; @p hasAlpha: a sample of opacity follows the colors, on both sides.
+    /// Starts cyan, magenta, yellow, black; full range: all of the ink. @p profile: may be empty or anything else; @p
+    /// bits: 8, 16 or 32; @p hasAlpha: an opacity sample follows the colors, on both sides.
     Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
-    /// Lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8 or 16.
-    /// White becomes white, other colors are adapted by Bradford's matrix.
+    /// Starts lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8
+    /// or 16. White maps to white, other colors are adapted by Bradford's matrix.
     Status StartLab(Chromaticity white, int bits, bool hasAlpha);
 
     /// Converts @p width pixels: four inks or three of Lab to three of RGB, of the same depth.
@@ -42,9 +42,9 @@ private:
     int m_bits = 8;
     bool m_hasAlpha = false;
     std::vector<float> m_percent;
-    std::array<double, 3> m_white = {};                // XYZ of another white than D50
+    std::array<double, 3> m_white = {};                // XYZ of a white other than D50
     std::array<std::array<double, 3>, 3> m_toD50 = {}; // XYZ under that white to XYZ under D50
-    std::vector<double> m_lab;                         // a row under D50; empty when that is the white anyway
+    std::vector<double> m_lab;                         // a row under D50; empty if that is the white anyway
 };
 
 } // namespace imagefile

@@ -1,4 +1,4 @@
-// Numbers as text, the same under every locale.
+// Numbers as text, independent of the locale.
 #pragma once
 
 #include <charconv>
@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// @p value with up to nine significant digits and without needless zeros: "50", "3.6". Large and tiny ones come in
+/// Formats @p value with up to nine significant digits and no trailing zeros: "50", "3.6". Large and tiny values use
 /// scientific form.
 inline std::string Decimal(double value)
 {
@@ -16,7 +16,7 @@ inline std::string Decimal(double value)
     return std::string(text, result.ptr);
 }
 
-/// As Decimal, but never in scientific form; below 0.5e-9 it is "0". For values that are read by others as plain
+/// Like Decimal, but never in scientific form; below 0.5e-9 it is "0". For values that other programs parse as plain
 /// decimals.
 inline std::string FixedDecimal(double value)
 {

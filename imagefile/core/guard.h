@@ -1,4 +1,4 @@
-// The edge of the layer: what runs inside returns a Status and may throw, what leaves is a number.
+// The boundary of the layer: internal functions return a Status and may throw; public ones return a number.
 #pragma once
 
 #include "status.h"
@@ -8,22 +8,22 @@
 
 namespace imagefile {
 
-/// Runs @p work, a callable that returns a Status, and returns its error number; its text goes to gflLastErrorText.
-/// Allocates nothing itself, because memory may be what is missing.
+/// Runs @p work, a callable that returns a Status, and returns its error number; gflLastErrorText gets its text.
+/// Allocates nothing itself, because memory may be short.
 template <class Work> int Guarded(Work work) noexcept
 {
     try {
         return Report(work());
     } catch (const std::bad_alloc &) {
         return Report(GFL_ERROR_NO_MEMORY, "not enough memory");
-    } catch (const std::exception &error) { // of a library that has no better way out
+    } catch (const std::exception &error) { // from a library that reports errors this way
         return Report(GFL_ERROR_FILE_READ, error.what());
-    } catch (...) { // of a library, or of a callback of the host, that throws numbers or types of its own
+    } catch (...) { // from a library or host callback that throws numbers or its own types
         return Report(GFL_ERROR_FILE_READ, "an unknown exception");
     }
 }
 
-/// Runs @p work, a callable that returns a pointer or a bool; null or false when it throws.
+/// Runs @p work, a callable that returns a pointer or a bool; returns null or false if it throws.
 template <class Work> auto GuardedValue(Work work) noexcept -> decltype(work())
 {
     decltype(work()) result = {};

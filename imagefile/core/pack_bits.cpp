@@ -25,7 +25,7 @@ bool UnpackBits(const std::uint8_t *packed, std::size_t packedSize, std::uint8_t
     while (size > 0 && at < packedSize) {
         const unsigned code = packed[at++];
         if (code == 128)
-            continue; // stands for nothing
+            continue; // no operation
         const bool isRun = code > 128;
         const std::size_t count = isRun ? 257 - code : code + 1;
         if (count > size || (isRun ? 1 : count) > packedSize - at)

@@ -1,4 +1,4 @@
-// PackBits, the packing of Photoshop's rows.
+// PackBits, the compression of Photoshop's rows.
 #pragma once
 
 #include <cstdint>
@@ -6,10 +6,10 @@
 
 namespace imagefile {
 
-/// Unpacks exactly @p size bytes; false when the packed ones hold fewer, or a run goes beyond.
+/// Unpacks exactly @p size bytes; false if the packed data holds fewer, or a run exceeds the size.
 bool UnpackBits(const std::uint8_t *packed, std::size_t packedSize, std::uint8_t *out, std::size_t size);
 
-/// Adds the packed form of a row to @p out: at most a 128th longer, and one byte.
+/// Appends the packed form of a row to @p out: at most a 128th longer, plus one byte.
 void PackBits(const std::uint8_t *row, std::size_t size, std::vector<std::uint8_t> *out);
 
 } // namespace imagefile

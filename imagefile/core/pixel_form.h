@@ -1,4 +1,4 @@
-// The nine forms of pixels that the layer delivers and takes, and the conversion of rows between them.
+// The nine pixel forms that the layer delivers and accepts, and the conversion of rows between them.
 #pragma once
 
 #include "gfl.h"
@@ -19,21 +19,21 @@ struct PixelForm {
     bool operator==(const PixelForm &other) const { return bits == other.bits && channels == other.channels; }
 };
 
-/// Channels of a bitmap type: 1, 3 or 4; 0 for a type that is none of the known values.
+/// Returns the channels of a bitmap type: 1, 3 or 4; 0 for an unknown type.
 int ChannelsOfType(unsigned type);
 
-/// GFL_GREY, GFL_RGB or GFL_RGBA of 1, 3 or 4 channels.
+/// Returns GFL_GREY, GFL_RGB or GFL_RGBA for 1, 3 or 4 channels.
 std::uint16_t TypeOfChannels(int channels);
 
 /// Converts @p width pixels from @p src to @p dst, which must not overlap. Integers are scaled to the full range of the
-/// target and rounded; floats of 0 to 1 meet the full range, are clamped to it, and a NaN becomes 0. Grey of colour is
-/// the luma of ITU-R BT.601. @p alpha, 0 to 255, is what an opaque source gets.
+/// target and rounded; floats of 0 to 1 map to the full range and are clamped to it, and NaN becomes 0. Colors become
+/// gray by the luma of ITU-R BT.601. @p alpha, 0 to 255, is used for an opaque source.
 using RowConverter = void (*)(const void *src, void *dst, std::size_t width, std::uint8_t alpha);
 
-/// Any form to any form; the same form is a plain copy.
+/// Returns the converter from any form to any form; for the same form, a plain copy.
 RowConverter ChooseConverter(const PixelForm &src, const PixelForm &dst);
 
-/// Greatest value of a sample type: 255, 65,535 or 1.0.
+/// Returns the greatest value of a sample type: 255, 65,535 or 1.0.
 template <class T> constexpr T FullScale()
 {
     if constexpr (std::is_floating_point_v<T>)
@@ -42,7 +42,7 @@ template <class T> constexpr T FullScale()
         return std::numeric_limits<T>::max();
 }
 
-/// Rounds and clamps a value given in units of T's own scale. Floats pass as they are.
+/// Rounds and clamps a value given on T's scale. Floats are unchanged.
 template <class T> inline T ToSample(float value)
 {
     if constexpr (std::is_floating_point_v<T>)
@@ -51,7 +51,7 @@ template <class T> inline T ToSample(float value)
         return value > 0.0f ? static_cast<T>((value < FullScale<T>() ? value : FullScale<T>()) + 0.5f) : T(0);
 }
 
-/// One sample from a depth to another.
+/// Converts one sample from one depth to another.
 template <class S, class D> inline D ConvertSample(S value)
 {
     if constexpr (std::is_same_v<S, D>)

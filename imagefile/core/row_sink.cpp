@@ -104,7 +104,7 @@ void BitmapRows::Done(int y)
     const std::size_t pixelBytes = static_cast<std::size_t>(m_bitmap->Width) * m_bitmap->BytesPerPixel;
     if (m_convert)
         m_convert(m_row.data(), row, static_cast<std::size_t>(m_bitmap->Width), m_params.DefaultAlpha);
-    std::fill(row + pixelBytes, row + m_bitmap->BytesPerLine, std::uint8_t(0)); // no old memory leaves with the padding
+    std::fill(row + pixelBytes, row + m_bitmap->BytesPerLine, std::uint8_t(0)); // don't leak old memory in the padding
 }
 
 ReducedRows::ReducedRows(const GFL_LOAD_PARAMS &params, const Box &box) : m_box(box), m_result(params) { }

@@ -16,14 +16,14 @@ namespace imagefile {
 
 namespace {
 
-constexpr int kMaxLinks = 40; // as many as the kernel follows
+constexpr int kMaxLinks = 40; // the kernel's limit
 
 std::string FolderOf(const std::string &path) // with its slash; empty for the current folder
 {
     return path.substr(0, path.rfind('/') + 1);
 }
 
-// The end of a chain of symbolic links, which need not exist. std::filesystem has no such call for dangling links.
+// Returns the end of a chain of symbolic links, which need not exist. std::filesystem doesn't resolve dangling links.
 std::string FollowLinks(std::string path)
 {
     for (int i = 0; i < kMaxLinks; ++i) {
@@ -69,7 +69,7 @@ Status FileSink::CheckTarget()
 {
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
-    if (!m_replaces) // links in a circle and the like are no place for a new file
+    if (!m_replaces) // circular links and the like can't become a new file
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
     if (!S_ISREG(existing.st_mode))
@@ -81,12 +81,12 @@ Status FileSink::CheckTarget()
 
 Status FileSink::OpenTemporary()
 {
-    // The target's name may already have the greatest length, so the temporary one isn't made from it.
+    // The target's name may already have the maximum length, so the temporary one isn't derived from it.
     static std::atomic<unsigned> counter{0};
-    constexpr int kTries = 100; // names are only taken when a crashed process of this number left files
+    constexpr int kTries = 100; // names are only taken if a crashed process with the same number left files
     for (int i = 0; i < kTries; ++i) {
         const std::string name = FolderOf(m_target) + Text(".%x-%x.part", static_cast<unsigned>(::getpid()), counter++);
-        m_file = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666); // less the process's umask
+        m_file = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666); // minus the process's umask
         if (m_file >= 0) {
             m_temporary = name;
             return Status::Ok();
@@ -101,13 +101,13 @@ Status FileSink::Commit()
 {
     if (m_replaces && ::fchmod(m_file, m_mode) != 0)
         return WriteFailure(m_target);
-    // So that no crash of the machine can leave the name with neither file. A file that replaces none isn't waited for:
-    // a batch of new pictures would take as long as the disk, and the source is still there.
+    // Ensures that a system crash can't leave the name with neither file. A file that replaces none isn't synced: a
+    // batch of new pictures would take as long as the disk, and the source still exists.
     if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL)
         return WriteFailure(m_target);
     const int file = m_file;
     m_file = -1;
-    if (::close(file) != 0) // network disks and quotas tell here that there was no room
+    if (::close(file) != 0) // network disks and quotas report a lack of space here
         return WriteFailure(m_target);
     if (::rename(m_temporary.c_str(), m_target.c_str()) != 0)
         return CreateFailure(m_target, std::strerror(errno));

@@ -1,4 +1,4 @@
-// Where a codec writes to: a file that takes the place of its target only when whole, or a block of memory.
+// Destinations of a codec's output: a file that replaces its target only when complete, or a block of memory.
 #pragma once
 
 #include "status.h"
@@ -9,7 +9,7 @@
 
 namespace imagefile {
 
-/// Bytes by position, grown by writing behind the end. One thread at a time.
+/// Bytes accessed by position; writes past the end extend it. One thread at a time.
 class Sink {
 public:
     virtual ~Sink() = default;
@@ -19,25 +19,26 @@ public:
 
     std::uint64_t Size() const { return m_size; }
     virtual Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) = 0;
-    /// Reads back what was written; @p count is less than @p length at the end. A disk that fails is
-    /// GFL_ERROR_FILE_WRITE: the file under way can't become right.
+    /// Reads back written bytes; @p count is less than @p length at the end. A failing disk gives GFL_ERROR_FILE_WRITE:
+    /// the file can't be completed.
     virtual Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) = 0;
 
 protected:
     std::uint64_t m_size = 0;
 };
 
-/// A file under a temporary name beside its target, so that a failed write leaves the target as it was and no rubbish.
+/// A temporary file next to its target, so that a failed write leaves the target unchanged and no stray files.
 class FileSink : public Sink {
 public:
-    /// Takes the temporary file away unless Commit succeeded.
+    /// Removes the temporary file unless Commit succeeded.
     ~FileSink() override;
 
-    /// Symbolic links are followed: the file that they lead to is the target. GFL_ERROR_FILE_CREATE when the folder is
-    /// missing or closed to us, and when the target is write-protected, a folder or a device.
+    /// Creates the temporary file. Follows symbolic links: the file that they point to is the target. Returns
+    /// GFL_ERROR_FILE_CREATE if the folder is missing or not writable, or if the target is write-protected, a folder or
+    /// a device.
     Status Create(const std::string &path);
-    /// Closes the file and renames it to its target, with the permissions of the file that it replaces, and then only
-    /// once it is on the disk. The last errors of a full disk show here.
+    /// Closes the file and renames it to its target. If it replaces a file, it first syncs to disk and takes over its
+    /// permissions. The last errors of a full disk appear here.
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;
@@ -49,17 +50,17 @@ private:
 
     int m_file = -1;
     std::string m_target;
-    std::string m_temporary; // empty when there is none (any more)
+    std::string m_temporary; // empty if there is none
     mode_t m_mode = 0;
     bool m_replaces = false;
 };
 
-/// A block of the layer's allocator.
+/// A block from the layer's allocator.
 class MemorySink : public Sink {
 public:
     ~MemorySink() override;
 
-    /// The block, from now on the caller's.
+    /// Returns the block, which the caller then owns.
     std::uint8_t *Take();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;

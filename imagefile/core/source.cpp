@@ -18,7 +18,7 @@ Source::~Source()
 Status Source::Open(const std::string &path)
 {
     m_path = path;
-    m_file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // a pipe without a writer must not hang us
+    m_file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); // don't block on a pipe without a writer
     if (m_file < 0)
         return Status::Fail(GFL_ERROR_FILE_OPEN, Text("can't open %s: %s", path.c_str(), std::strerror(errno)));
     struct stat status = {};
@@ -54,7 +54,7 @@ std::size_t Source::ReadAt(std::uint64_t offset, void *buffer, std::size_t lengt
             continue;
         if (count < 0)
             m_failure = errno;
-        if (count == 0) // before the size that it had
+        if (count == 0) // before the recorded end
             m_shrank = true;
         if (count <= 0)
             break;

@@ -1,4 +1,4 @@
-// Where a codec reads from: a file or a block of memory, by position.
+// Random-access input of a codec: a file or a block of memory.
 #pragma once
 
 #include "status.h"
@@ -11,29 +11,29 @@ namespace imagefile {
 /// A readable range of bytes of fixed size. Not shared between threads.
 class Source {
 public:
-    /// An empty source: size 0.
+    /// Creates an empty source: size 0.
     Source() = default;
-    /// A view on memory that the caller keeps alive.
+    /// Wraps memory that the caller keeps alive.
     Source(const void *data, std::size_t size) : m_data(static_cast<const std::uint8_t *>(data)), m_size(size) { }
     ~Source();
     Source(const Source &) = delete;
     Source &operator=(const Source &) = delete;
 
-    /// Opens a regular file. GFL_ERROR_FILE_OPEN when it is missing, not readable, or a folder or device.
+    /// Opens a regular file. GFL_ERROR_FILE_OPEN if it is missing, not readable, or a folder or device.
     Status Open(const std::string &path);
 
     std::uint64_t Size() const { return m_size; }
-    /// Empty for memory.
+    /// Returns the path; empty for memory.
     const std::string &Path() const { return m_path; }
-    /// Null for a file.
+    /// Returns the memory; null for a file.
     const std::uint8_t *Data() const { return m_data; }
 
-    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or when the disk fails or the
-    /// file has become shorter than Size(), which Check then reports.
+    /// Copies up to @p length bytes from @p offset on; fewer at the end of the source, or if the disk fails or the file
+    /// is now shorter than Size(), which Check then reports.
     std::size_t ReadAt(std::uint64_t offset, void *buffer, std::size_t length) const;
 
-    /// GFL_ERROR_FILE_READ once a read has failed for another reason than the end of the file. Decoders take what is
-    /// missing for the end, where some files may end early: whoever reads a file asks this before the result is used.
+    /// Returns GFL_ERROR_FILE_READ once a read has failed for a reason other than the end of the file. Decoders treat
+    /// missing bytes as the end, and some files may end early: call this after reading, before using the result.
     Status Check() const;
 
 private:

@@ -8,8 +8,8 @@ namespace imagefile {
 
 namespace {
 
-// Plain characters rather than a string: nothing to destroy when a thread ends after the library was unloaded. Room for
-// the longest path, which stands ahead of the reason, and for that.
+// A character array rather than a string: nothing to destroy when a thread ends after the library was unloaded. Large
+// enough for the longest path plus the reason after it.
 thread_local char lastErrorText[PATH_MAX + 512] = "";
 thread_local char lastWarningText[512] = "";
 

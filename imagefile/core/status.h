@@ -1,4 +1,4 @@
-// How the inside of the image-file layer reports: an error number of gfl.h with a text that people understand.
+// Error reporting inside the image-file layer: an error number of gfl.h with a readable text.
 #pragma once
 
 #include "gfl.h"
@@ -8,7 +8,7 @@
 
 namespace imagefile {
 
-/// Success, or a GflError and what was read, expected, found. The compiler insists that it is looked at.
+/// Success, or a GflError and what was read, expected, found. The compiler warns if it is ignored.
 class [[nodiscard]] Status {
 public:
     static Status Ok() { return Status(GFL_NO_ERROR, std::string()); }
@@ -25,15 +25,15 @@ private:
     std::string m_why;
 };
 
-/// printf into a string.
+/// Formats like printf into a string.
 std::string Text(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
-/// Keeps the text of a failure for gflLastErrorText of this thread, and returns its number. Success keeps the old text.
+/// Stores a failure's text for gflLastErrorText of this thread, and returns its number. Success keeps the old text.
 int Report(const Status &status) noexcept;
-/// The same without a Status. Allocates nothing, so that it also works when memory is short.
+/// The same without a Status. Allocates nothing, so it also works when memory is short.
 int Report(GflError error, const char *why) noexcept;
 
-/// Keeps a text for gflLastWarningText of this thread, unless there is one already. Allocates nothing.
+/// Stores a text for gflLastWarningText of this thread, unless there is one already. Allocates nothing.
 void Warn(const char *what) noexcept;
 
 } // namespace imagefile

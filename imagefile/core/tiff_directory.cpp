@@ -7,7 +7,7 @@ namespace imagefile {
 namespace {
 
 constexpr TiffVariant kLittleClassic = {false};
-constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have some hundred at most
+constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have at most some hundred
 
 // Bytes of one value by field type, 0 to 18; 0 for types that don't exist.
 constexpr std::uint8_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
@@ -96,7 +96,7 @@ bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
     if (bytes <= 4 || bytes > 8)
-        return true; // in the field already, or still behind an offset, whose upper half is zero
+        return true; // already in the field, or still an offset, whose upper half is zero
     const std::uint64_t offset = kLittleClassic.OffsetOf(*field);
     if (offset > classic.size() || classic.size() - offset < bytes)
         return false;

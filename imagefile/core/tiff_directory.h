@@ -1,4 +1,4 @@
-// TIFF directories as lists of fields: what it takes to join Exiv2's EXIF to libtiff's picture in one file.
+// TIFF directories as lists of fields, for joining Exiv2's EXIF and libtiff's picture in one file.
 #pragma once
 
 #include "sink.h"
@@ -14,12 +14,12 @@ struct TiffField {
     std::uint16_t tag;
     std::uint16_t type;
     std::uint64_t count;
-    // The values where they fit (4 bytes, BigTIFF 8), else their offset in the file; in the file's byte order.
+    // The values if they fit (4 bytes, BigTIFF 8), else their offset in the file; in the file's byte order.
     std::array<std::uint8_t, 8> value;
 };
 using TiffFields = std::vector<TiffField>;
 
-/// The classic form has 32-bit offsets, BigTIFF 64-bit ones. Either comes in both byte orders.
+/// The classic form has 32-bit offsets, BigTIFF 64-bit ones. Both exist in either byte order.
 struct TiffVariant {
     bool isBig;
     bool isBigEndian = false;
@@ -28,35 +28,35 @@ struct TiffVariant {
     std::size_t OffsetBytes() const { return isBig ? 8 : 4; }
     std::size_t CountBytes() const { return isBig ? 8 : 2; }
     std::size_t FieldBytes() const { return isBig ? 20 : 12; }
-    /// Where the header holds the offset of the first directory.
+    /// Returns where the header stores the offset of the first directory.
     std::uint64_t FirstDirectoryAt() const { return isBig ? 8 : 4; }
 
-    /// The number that @p bytes bytes stand for, 1 to 8.
+    /// Decodes a number of 1 to 8 bytes.
     std::uint64_t Number(const std::uint8_t *data, std::size_t bytes) const;
     /// The inverse.
     void Put(std::uint64_t number, std::size_t bytes, std::uint8_t *data) const;
-    /// Where the values of a field stand that don't fit into it, or the directory that it leads to.
+    /// Returns the offset of a field's values that don't fit into it, or of the directory that it points to.
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 
-/// Bytes of a field's values; 0 for a type that doesn't exist.
+/// Returns the bytes of a field's values; 0 for a type that doesn't exist.
 std::uint64_t TiffValueBytes(const TiffField &field);
 
-/// Whether a field of this tag leads to the EXIF, GPS or interoperability directory.
+/// Returns whether a field with this tag points to the EXIF, GPS or interoperability directory.
 bool IsDirectoryPointer(std::uint16_t tag);
 
-/// The variant of a file that begins with the four bytes @p head. False when it is not a TIFF.
+/// Determines the variant of a file from its first four bytes, @p head. False if it is not a TIFF.
 bool TiffVariantOf(const std::uint8_t *head, TiffVariant *variant);
 
-/// Reads the directory at @p offset of a block of memory that holds a TIFF. False when it hangs over the end.
+/// Reads the directory at @p offset of a TIFF in memory. False if it extends past the end.
 bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, TiffVariant variant,
                    TiffFields *fields);
 
-/// The bytes of a directory that no other follows. @p fields are sorted by tag.
+/// Encodes a directory with no successor. @p fields are sorted by tag.
 std::vector<std::uint8_t> EncodeDirectory(const TiffFields &fields, TiffVariant variant);
 
-/// A classic field as a BigTIFF one, both little-endian. Values of 5 to 8 bytes move out of @p classic, the file, into
-/// the field. False when they hang over its end.
+/// Converts a classic field to BigTIFF, both little-endian. Moves values of 5 to 8 bytes from @p classic, the file,
+/// into the field. False if they extend past its end.
 bool WidenField(const std::vector<std::uint8_t> &classic, TiffField *field);
 
 } // namespace imagefile

@@ -1,4 +1,4 @@
-// OpenEXR by its library: the format's face. Reading stands in exr_read.cpp, writing in exr_write.cpp.
+// OpenEXR by its library: the codec. See exr_read.cpp for reading, exr_write.cpp for writing.
 #include "exr_codec.h"
 
 #include "metadata/metadata.h"

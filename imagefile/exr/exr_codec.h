@@ -1,12 +1,12 @@
-// What the files of the OpenEXR codec share.
+// Shared by the files of the OpenEXR codec.
 #pragma once
 
 #include "core/codec.h"
 
 namespace imagefile {
 
-/// The picture of an OpenEXR file is its display window; where the data window doesn't reach it is black, and
-/// transparent if the file has alpha. What of the data window hangs over is left out.
+/// The picture of an OpenEXR file is its display window; where the data window doesn't reach, it is black, and
+/// transparent if the file has alpha. Parts of the data window outside are left out.
 ///
 ///   | channels                      | delivered, as 32-bit float          |
 ///   |-------------------------------|-------------------------------------|
@@ -15,11 +15,11 @@ namespace imagefile {
 ///   | Y, RY, BY                     | RGB                                 |
 ///   | any of these with A           | RGBA, colours divided by their alpha |
 ///
-/// Without any of them the first layer counts that has some. Values are taken as they stand: light is not encoded.
+/// If there are none of these, uses the first layer that has some. Values are used as stored: light is not encoded.
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadExrPixels(const Source &source, RowSink *rows);
 
-/// Writes scan lines, without metadata, and none is read. SaveOptions::compression counts as OpenEXR does, default PIZ:
+/// Writes scan lines; metadata is neither written nor read. SaveOptions::compression is OpenEXR's number, default PIZ:
 ///
 ///   | number | method          | stored                                                 |
 ///   |--------|-----------------|--------------------------------------------------------|
@@ -28,7 +28,7 @@ Status ReadExrPixels(const Source &source, RowSink *rows);
 ///   | 6, 7   | B44, B44A       | half: below 2^-11 of a value, and blocks of 4 x 4 pixels by 6-bit steps |
 ///   | 8, 9   | DWAA, DWAB      | half, by its frequencies                               |
 ///
-/// Colours are multiplied by their alpha, as the format has it; where that is 0 they are gone.
+/// Colors are multiplied by their alpha, as the format requires; where that is 0 they are lost.
 Status WriteExr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 const Codec &ExrCodec();

@@ -22,14 +22,14 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::uint64_t kHeadersAt = 8; // behind magic number and version
+constexpr std::uint64_t kHeadersAt = 8; // after magic number and version
 constexpr int kMaxParts = 1000;
-constexpr std::int64_t kMaxPixelBytes = 4096; // of all layers: 1,024 channels
+constexpr std::int64_t kMaxPixelBytes = 4096; // for all layers: 1,024 channels
 
-/// What PIZ and Zip reach on a picture of one colour stays below.
+/// Above what PIZ and Zip reach on a picture of one color.
 constexpr std::int64_t kMaxRatio = 4096;
 
-// OpenEXR's view on a Source.
+// Adapts a Source for OpenEXR.
 class Input : public Imf::IStream {
 public:
     explicit Input(const Source &source) : Imf::IStream("OpenEXR"), m_source(source) { }
@@ -60,7 +60,7 @@ Status Damaged(const char *why)
     return Status::Fail(GFL_ERROR_FILE_READ, Text("OpenEXR: %s", why));
 }
 
-/// Runs @p work, which gives a Status; what OpenEXR throws becomes an error of reading.
+/// Runs @p work, which returns a Status; converts OpenEXR's exceptions to read errors.
 template <class Work> Status Caught(Work work)
 {
     try {
@@ -72,11 +72,11 @@ template <class Work> Status Caught(Work work)
     }
 }
 
-/// Whether the attributes of all headers lie within the file: OpenEXR believes the length that an attribute claims.
+/// Checks that the attributes of all headers lie within the file: OpenEXR trusts an attribute's claimed length.
 Status CheckAttributes(const Source &source, bool manyParts)
 {
     char text[2 * 256 + 4]; // two names with their ends, and a length
-    bool afterEnd = false;  // of a header: the next end is that of all
+    bool afterEnd = false;  // of a header: the next end ends the list
     for (std::uint64_t at = kHeadersAt;;) {
         std::memset(text, 1, sizeof text);
         const std::size_t count = source.ReadAt(at, text, sizeof text);
@@ -136,7 +136,7 @@ int LinesPerChunk(Imf::Compression compression)
     return compression >= 0 && compression < Imf::NUM_COMPRESSION_METHODS ? kLines[compression] : 1;
 }
 
-/// Checks one part against the limits and the file, before OpenEXR asks for tables, a chunk and a row of tiles.
+/// Checks one part against the limits and the file, before OpenEXR allocates tables, a chunk and a row of tiles.
 Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64_t *tableBytes)
 {
     const Imath::Box2i &data = header.dataWindow();
@@ -152,7 +152,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
         rows = header.tileDescription().ySize;
         if (columns < 1 || rows < 1 || columns > kMaxSidePixels || rows > kMaxSidePixels)
             return Damaged("tiles without size");
-        // Reduced versions take at most three times as many tiles more.
+        // Reduced versions add at most three times as many tiles.
         chunks = 4 * ((width + columns - 1) / columns) * ((height + rows - 1) / rows); // <= 2^42
     }
     if (std::max(columns, width) * rows * bytes > kMaxCodecAllocation) // <= 2^52
@@ -234,18 +234,18 @@ Status OpenExr(const Source &source, ExrLayout *layout)
     return CheckClaim(std::max(stored, delivered), delivered, source.Size(), kMaxRatio);
 }
 
-// A base address from which OpenEXR reaches the row buffer by the coordinates of the data window, for any y.
+// Returns a base address from which OpenEXR finds the row buffer by data window coordinates, for any y.
 template <class T> T *BaseOf(T *row, int minX, std::size_t pixelBytes)
 {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside of the buffer, where pointers may not point
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside the buffer, where pointers are not allowed
     return reinterpret_cast<T *>(reinterpret_cast<std::intptr_t>(row) - minX * static_cast<std::intptr_t>(pixelBytes));
 }
 
-/// Rows of the data window as float of the delivered form, colours as stored.
+/// Reads rows of the data window as floats of the delivered form, colors as stored.
 class RowReader {
 public:
     RowReader(const Source &source, const ExrLayout &layout);
-    /// @p y in the coordinates of the data window.
+    /// Returns row @p y, in data window coordinates.
     const float *Read(int y);
 
 private:
@@ -320,7 +320,7 @@ Status ReadRows(const Source &source, const ExrLayout &layout, RowSink *rows)
     const Imath::Box2i &display = layout.header.displayWindow(), &data = layout.header.dataWindow();
     RowReader reader(source, layout);
     const std::int64_t left = std::max(display.min.x, data.min.x);
-    const std::int64_t end = std::min(display.max.x, data.max.x) + std::int64_t(1); // of what both windows hold
+    const std::int64_t end = std::min(display.max.x, data.max.x) + std::int64_t(1); // the intersection of both windows
     const int channels = layout.form.channels;
     for (int row = 0; row < layout.height; ++row) {
         float *out = reinterpret_cast<float *>(rows->Row(row));

@@ -13,8 +13,8 @@ namespace imagefile {
 
 namespace {
 
-// OpenEXR's view on a Sink. The file's last table is written by a destructor, which swallows what is thrown: so the
-// first failure is kept.
+// Adapts a Sink for OpenEXR. A destructor writes the file's last table and swallows exceptions, so this keeps the first
+// failure.
 class Output : public Imf::OStream {
 public:
     explicit Output(Sink *sink) : Imf::OStream("OpenEXR"), m_sink(sink) { }
@@ -38,7 +38,7 @@ private:
     Status m_failure = Status::Ok();
 };
 
-// B44 and DWA do nothing for floats, which they store as they are.
+// Returns half for B44 and DWA, which would store floats uncompressed.
 Imf::PixelType TypeFor(const GFL_BITMAP &bitmap, Imf::Compression method)
 {
     return bitmap.BitsPerComponent == 8 || method >= Imf::B44_COMPRESSION ? Imf::HALF : Imf::FLOAT;
@@ -60,7 +60,7 @@ void WriteRows(const GFL_BITMAP &bitmap, Imf::PixelType type, Imf::Header header
     char *row = halves.empty() ? reinterpret_cast<char *>(floats.data()) : reinterpret_cast<char *>(halves.data());
     const std::size_t sampleBytes = type == Imf::HALF ? sizeof(half) : sizeof(float);
     const char *const grey[] = {"Y"}, *const rgba[] = {"R", "G", "B", "A"};
-    Imf::FrameBuffer buffer; // every row comes from the same memory
+    Imf::FrameBuffer buffer; // every row uses the same memory
     for (int c = 0; c < channels; ++c) {
         const char *name = (channels == 1 ? grey : rgba)[c];
         header.channels().insert(name, Imf::Channel(type));

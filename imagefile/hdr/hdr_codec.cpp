@@ -1,4 +1,4 @@
-// Radiance HDR, our own: the format's face. Reading stands in hdr_read.cpp, writing in hdr_write.cpp.
+// Radiance HDR, our own codec. See hdr_read.cpp for reading, hdr_write.cpp for writing.
 #include "hdr_codec.h"
 
 #include "metadata/metadata.h"

@@ -1,21 +1,21 @@
-// Radiance HDR: the layout of its pixels, which reading and writing share.
+// Radiance HDR: its pixel layout, shared by reading and writing.
 #pragma once
 
 #include "core/codec.h"
 
 namespace imagefile {
 
-/// A pixel of four bytes: mantissas of red, green and blue with an exponent in common. A value is
-/// mantissa * 2^(exponent - 136); exponent 0 is black.
+/// A pixel of four bytes: mantissas of red, green and blue with a common exponent. A value is mantissa * 2^(exponent -
+/// 136); exponent 0 is black.
 constexpr std::size_t kRgbeBytes = 4;
 
-/// Rows of these lengths may be packed channel by channel, behind a mark of two bytes of 2 and the length.
+/// Rows of these lengths may be packed channel by channel, after a mark of two bytes of 2 and the length.
 constexpr int kMinPackedWidth = 8;
 constexpr int kMaxPackedWidth = 32767;
 
 Status ReadHdrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadHdrPixels(const Source &source, RowSink *rows);
-/// Writes pixels without metadata, and none is read.
+/// Writes pixels; metadata is neither written nor read.
 Status WriteHdr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 const Codec &HdrCodec();

@@ -13,27 +13,27 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxHeaderBytes = 1 << 20; // each program that touches a picture adds a line with its call
+constexpr std::size_t kMaxHeaderBytes = 1 << 20; // each program that edits a picture adds a line with its call
 
 Status Damaged(const std::string &why)
 {
     return Status::Fail(GFL_ERROR_FILE_READ, "Radiance HDR: " + why);
 }
 
-/// What the header says. Scanlines are rows from the top, unless the axes say otherwise.
+/// Contents of the header. Scanlines are rows from the top, unless the axes say otherwise.
 struct HdrLayout {
     int width = 0;
     int height = 0;
     bool byColumns = false;  // a scanline is a column
-    bool fromRight = false;  // x runs against its direction
-    bool fromBottom = false; // y too
-    double exposure = 1.0;   // what stored values were multiplied by
+    bool fromRight = false;  // x is reversed
+    bool fromBottom = false; // y is reversed
+    double exposure = 1.0;   // factor already applied to the stored values
 
     int Scanlines() const { return byColumns ? width : height; }
     int Length() const { return byColumns ? height : width; }
 };
 
-// A line without its end; false behind the end of the header.
+// Reads a line without its end; false after the end of the header.
 bool ReadLine(ByteReader *reader, std::string *line)
 {
     line->clear();
@@ -47,7 +47,7 @@ bool ReadLine(ByteReader *reader, std::string *line)
     return false;
 }
 
-// "EXPOSURE= 2.5": lines add up, whatever can't be a factor is passed over.
+// Parses "EXPOSURE= 2.5": lines multiply; skips values that can't be a factor.
 void TakeExposure(const std::string &value, HdrLayout *layout)
 {
     const std::size_t begin = value.find_first_not_of(" \t+");
@@ -69,7 +69,7 @@ Status TakeHeaderLine(const std::string &line, HdrLayout *layout)
     return Status::Ok();
 }
 
-// "-Y 480 +X 640": the slower axis first, y upwards.
+// Parses "-Y 480 +X 640": the slower axis first, y upwards.
 Status TakeAxes(const std::string &line, HdrLayout *layout)
 {
     char sign[2] = {}, axis[2] = {};
@@ -113,8 +113,8 @@ Status ReadHeader(const Source &source, ByteReader *reader, HdrLayout *layout)
     return CheckSize(source, *layout);
 }
 
-/// Pixels one by one; a pixel of mantissas 1, 1, 1 repeats the one before, as often as its exponent says, and each one
-/// that follows it stands for 256 times as many. @p first: how many bytes of the first pixel stand in @p rgbe already.
+/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one as often as its exponent says, and
+/// each one that follows it directly counts 256 times as much. @p first: bytes of the first pixel already in @p rgbe.
 Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std::size_t first)
 {
     std::size_t x = 0;
@@ -138,7 +138,8 @@ Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std
     return Status::Ok();
 }
 
-/// One of the four channels of a packed row: a count above 128 is a run of one byte, others are bytes as they are.
+/// Reads one of the four channels of a packed row: a count above 128 is a run of one byte, others precede literal
+/// bytes.
 Status ReadPackedChannel(ByteReader *reader, std::uint8_t *channel, std::size_t length)
 {
     for (std::size_t x = 0; x < length;) {
@@ -174,12 +175,12 @@ Status ReadScanline(ByteReader *reader, std::uint8_t *rgbe, int length)
     return Status::Ok();
 }
 
-/// Turns pixels into floats.
+/// Converts pixels to floats.
 class Scale {
 public:
     explicit Scale(double exposure)
     {
-        constexpr double kGreatest = 1e36; // times 255 is still a number
+        constexpr double kGreatest = 1e36; // times 255 is still finite
         for (int e = 1; e < 256; ++e)
             m_units[static_cast<std::size_t>(e)] =
                 static_cast<float>(std::min(std::ldexp(1.0, e - 136) / exposure, kGreatest));
@@ -198,7 +199,7 @@ private:
     std::array<float, 256> m_units = {}; // by exponent
 };
 
-/// Rows as they come, perhaps from right to left.
+/// Reads rows in file order, perhaps from right to left.
 Status ReadInOrder(ByteReader *reader, const HdrLayout &layout, const Scale &scale, RowSink *rows)
 {
     const auto width = static_cast<std::size_t>(layout.width);
@@ -213,7 +214,7 @@ Status ReadInOrder(ByteReader *reader, const HdrLayout &layout, const Scale &sca
     return Status::Ok();
 }
 
-/// Any other order: the picture is kept in its four bytes a pixel, a third of what is delivered.
+/// Reads any other order: keeps the picture at four bytes per pixel, a third of the delivered size.
 Status ReadTurned(ByteReader *reader, const HdrLayout &layout, const Scale &scale, RowSink *rows)
 {
     const auto length = static_cast<std::size_t>(layout.Length());

@@ -8,10 +8,10 @@ namespace imagefile {
 namespace {
 
 constexpr std::size_t kMaxRun = 127;     // pixels that one count can repeat
-constexpr std::size_t kMaxLiteral = 128; // bytes behind one count
+constexpr std::size_t kMaxLiteral = 128; // bytes after one count
 constexpr std::size_t kMinRun = 4;       // shorter ones save nothing
 
-// The greatest value that there is, 255/256 * 2^127; infinity becomes it, negative numbers and NaN 0.
+// Clamps to the greatest value, 255/256 * 2^127, infinity included; negative numbers and NaN become 0.
 float Clamp(float value)
 {
     constexpr float kGreatest = 0.99609375f * 1.7014118346046923e38f;
@@ -31,7 +31,7 @@ void ToRgbe(const float *rgb, std::uint8_t *rgbe)
     rgbe[3] = static_cast<std::uint8_t>(isBlack ? 0 : exponent + 128);
 }
 
-// Pixels from @p x on that are equal in one channel.
+// Counts the pixels from @p x on that are equal in one channel.
 std::size_t RunLength(const std::uint8_t *channel, std::size_t x, std::size_t width)
 {
     std::size_t end = x + 1;

@@ -1,4 +1,4 @@
-// JPEG by libjpeg-turbo: the format's face. Reading stands in jpeg_read.cpp, writing in jpeg_write.cpp.
+// JPEG by libjpeg-turbo: the codec. See jpeg_read.cpp for reading, jpeg_write.cpp for writing.
 #include "jpeg_codec.h"
 
 #include "metadata/metadata.h"

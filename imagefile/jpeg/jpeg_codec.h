@@ -1,4 +1,4 @@
-// What reading and writing of JPEG share: the way out of libjpeg's errors.
+// Shared by reading and writing of JPEG: handling of libjpeg's errors.
 #pragma once
 
 #include "core/codec.h"
@@ -11,20 +11,19 @@ namespace imagefile {
 
 Status ReadJpegInfo(const Source &source, GFL_FILE_INFORMATION *info);
 
-/// @p box: decode the smallest of the eight scaled versions that still covers the picture fitted into it; null: full
-/// size.
+/// Reads pixels. @p box: decode the smallest of the eight scaled versions that still covers the picture fitted into it;
+/// null: full size.
 Status ReadJpegPixels(const Source &source, const Box *box, RowSink *rows);
 
-/// The small picture that the EXIF of a JPEG holds; a failure when there is none that can stand for the large one in
-/// @p box.
+/// Reads the thumbnail in a JPEG's EXIF; fails if there is none that can replace the picture in @p box.
 Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
 
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
-/// libjpeg's error record, with the place to go on at. Each function that calls libjpeg sets @c out on its own, and has
-/// nothing to destroy in the part that a jump leaves.
+/// libjpeg's error record, with the jump target. Each function that calls libjpeg sets @c out itself, and has nothing
+/// to destroy in the part that a jump leaves.
 struct JpegError {
-    jpeg_error_mgr base; // first: libjpeg knows the record by it
+    jpeg_error_mgr base; // must be first: libjpeg points to it
     std::jmp_buf out;
     int code = 0;
     char text[JMSG_LENGTH_MAX] = "";
@@ -33,7 +32,7 @@ struct JpegError {
 /// Fills the record so that errors jump to @c out and nothing is printed.
 jpeg_error_mgr *StartJpegError(JpegError *error);
 
-/// libjpeg's error_exit: keeps code and text, and jumps.
+/// libjpeg's error_exit: stores code and text, and jumps.
 [[noreturn]] void FailJpeg(j_common_ptr cinfo);
 
 const Codec &JpegCodec();

@@ -13,9 +13,9 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 65536;
 
-// libjpeg's view on a Source. At the end of the file libjpeg gets an end marker, so that it always comes to an end.
+// Adapts a Source for libjpeg. At the end of the file libjpeg gets an end marker, so that it always terminates.
 struct Input {
-    jpeg_source_mgr base; // first: libjpeg knows the record by it
+    jpeg_source_mgr base; // must be first: libjpeg points to it
     const Source *source;
     std::uint64_t at = 0; // of the next byte to fetch
     bool ended = false;   // the file ended before its end marker
@@ -52,8 +52,8 @@ struct DecoderError : JpegError {
     bool damaged = false; // picture data is missing or wrong
 };
 
-// Warnings that mean that part of the picture isn't what was stored. Others, such as junk between the end of the data
-// and the end marker, do no harm.
+// Returns whether a warning means that part of the picture differs from what was stored. Others, such as junk between
+// the end of the data and the end marker, are harmless.
 bool IsDamage(int code)
 {
     return code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE || code == JWRN_ARITH_BAD_CODE
@@ -78,7 +78,7 @@ void LimitScans(j_common_ptr cinfo)
     std::longjmp(error->out, 1);
 }
 
-/// One decoding. Members are what a jump must not leave behind undestroyed.
+/// One decoding. Members are objects that a jump must not leave undestroyed.
 class Decoder {
 public:
     explicit Decoder(const Source &source);
@@ -165,7 +165,7 @@ void Decoder::ReadCmykRow(std::uint8_t *row)
 {
     JSAMPROW cmyk = m_cmykRow.data();
     jpeg_read_scanlines(&m_cinfo, &cmyk, 1);
-    if (m_cinfo.saw_Adobe_marker) // Adobe's files hold what the inks leave of the paper
+    if (m_cinfo.saw_Adobe_marker) // Adobe's files store the paper that the inks leave
         for (std::uint8_t &ink : m_cmykRow)
             ink = static_cast<std::uint8_t>(~ink);
     m_inks.Row(cmyk, row, m_cinfo.output_width);
@@ -200,7 +200,7 @@ void Decoder::ChooseScale(const Box &box)
 {
     const auto width = static_cast<int>(m_cinfo.image_width), height = static_cast<int>(m_cinfo.image_height);
     const Box wanted = FitInto(box, width, height);
-    unsigned eighths = 1; // halvings only: these are the fast ones
+    unsigned eighths = 1; // only powers of two: these are the fast ones
     while (eighths < 8
            && (width * std::int64_t(eighths) < wanted.width * std::int64_t(8)
                || height * std::int64_t(eighths) < wanted.height * std::int64_t(8)))
@@ -211,8 +211,8 @@ void Decoder::ChooseScale(const Box &box)
 
 Status Decoder::CheckComplete()
 {
-    // A file without its end marker is whole when all of its only scan was there; later scans that are missing, and
-    // missing arithmetic codes, don't show.
+    // A file without its end marker is complete if its only scan is; missing later scans and missing arithmetic codes
+    // are not detected.
     const bool mayMiss = m_error.damaged || m_manyScans || m_cinfo.arith_code;
     if (m_input->ended && mayMiss)
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG: the file ends early");

@@ -9,7 +9,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The TIFF inside an APP1 segment, in either byte order. What hangs over the end reads as 0.
+// The TIFF in an APP1 segment, in either byte order. Bytes past the end read as 0.
 class ExifBlock {
 public:
     explicit ExifBlock(Bytes bytes) : m_bytes(std::move(bytes)), m_isBig(!m_bytes.empty() && m_bytes[0] == 'M') { }
@@ -23,7 +23,7 @@ public:
             value |= std::size_t(m_bytes[at + i]) << 8 * (m_isBig ? count - 1 - i : i);
         return value;
     }
-    /// The value of a number in the second directory, which describes the thumbnail.
+    /// Returns the value of a number in the second directory, which describes the thumbnail.
     std::size_t Value(std::uint16_t tag) const
     {
         constexpr std::size_t kField = 12, kCount = 2;
@@ -36,7 +36,7 @@ public:
         }
         return 0;
     }
-    /// Empty when they hang over the end.
+    /// Returns a part of the block; empty if it extends past the end.
     Source Range(std::size_t at, std::size_t length) const
     {
         const bool fits = at <= m_bytes.size() && length <= m_bytes.size() - at;
@@ -48,7 +48,7 @@ private:
     const bool m_isBig;
 };
 
-// EXIF stands first in a file, or behind JFIF's short header.
+// Finds the EXIF, first in a file or after JFIF's short header.
 Bytes FindExif(const Source &source)
 {
     constexpr std::size_t kHead = 10; // 0xFF, marker, length with its own two bytes, "Exif", two zeroes

@@ -13,12 +13,12 @@ namespace {
 constexpr std::size_t kBufferBytes = 65536;
 constexpr std::size_t kMaxSegment = 65533; // payload of one marker segment
 
-/// From this quality on colour is stored at full resolution: who asks for it wants edges kept.
+/// From this quality on, color is stored at full resolution to keep edges sharp.
 constexpr int kFullChromaQuality = 90;
 
-// libjpeg's view on a Sink.
+// Adapts a Sink for libjpeg.
 struct Output {
-    jpeg_destination_mgr base; // first: libjpeg knows the record by it
+    jpeg_destination_mgr base; // must be first: libjpeg points to it
     Sink *sink;
     Status *failure;
     JOCTET buffer[kBufferBytes];
@@ -73,9 +73,9 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
-// EXIF has to fit into one segment. Without the note's place it is smaller, and Exiv2 leaves out previews and large
-// values that it doesn't know; if that isn't enough, the maker note goes too, which in other formats may be larger than
-// a whole segment.
+// Adds EXIF, which must fit into one segment. Without the note's place it is smaller, and Exiv2 leaves out previews and
+// large unknown values; if that isn't enough, the maker note is dropped too, which in other formats may exceed a whole
+// segment.
 void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
@@ -96,11 +96,11 @@ void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
 void AddXmp(const Bytes &xmp, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("http://ns.adobe.com/xap/1.0/\0", 29);
-    if (!xmp.empty() && xmp.size() + kSignature.size() <= kMaxSegment) // longer packets have no place in a JPEG
+    if (!xmp.empty() && xmp.size() + kSignature.size() <= kMaxSegment) // longer packets don't fit in a JPEG
         AddSegment(JPEG_APP0 + 1, kSignature, xmp.data(), xmp.size(), segments);
 }
 
-// IPTC lies in a Photoshop image resource, which may go over several segments.
+// Adds IPTC in a Photoshop image resource, which may span several segments.
 void AddIptc(const Bytes &iptc, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
@@ -123,7 +123,7 @@ std::vector<Segment> Segments(const Metadata &metadata)
     return segments;
 }
 
-/// One encoding. Members are what a jump must not leave behind undestroyed.
+/// One encoding. Members are objects that a jump must not leave undestroyed.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

@@ -9,8 +9,8 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kHeadBytes = std::size_t(1) << 20;          // kept as it stands; our metadata is at the begin
-constexpr std::uint64_t kMaxValueBytes = std::uint64_t(16) << 20; // profiles, and previews in notes, stay below
+constexpr std::size_t kHeadBytes = std::size_t(1) << 20;          // copied unchanged; our metadata is at the beginning
+constexpr std::uint64_t kMaxValueBytes = std::uint64_t(16) << 20; // profiles, and previews in notes, are smaller
 constexpr std::size_t kMaxViewBytes = std::size_t(64) << 20;
 constexpr std::size_t kDirectoryBytes = 65536; // room for 3,276 fields
 constexpr int kMaxDirectories = 8;             // there are four: first, EXIF, GPS, interoperability
@@ -49,7 +49,7 @@ private:
     const Source &m_source;
     const TiffVariant m_classic, m_big;
     Bytes m_view;
-    int m_left = kMaxDirectories; // may still be read, because in a damaged file they can lead in circles
+    int m_left = kMaxDirectories; // remaining to read; in a damaged file they can form a cycle
 };
 
 void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
@@ -58,7 +58,7 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
     m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
 }
 
-/// Takes the field's value into the view. False when there is no place for it in a classic file.
+/// Copies the field's value into the view. False if a classic file can't hold it.
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
@@ -83,7 +83,7 @@ bool Narrowing::NarrowValue(TiffField *field)
     return value.size() == bytes;
 }
 
-// The offset of the directory in the view; 0 when it can't be read.
+// Returns the offset of the directory in the view; 0 if it can't be read.
 std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
 {
     TiffFields fields, narrow;
@@ -91,7 +91,7 @@ std::uint32_t Narrowing::NarrowDirectory(std::uint64_t offset)
         return 0;
     for (TiffField &field : fields) {
         if (IsDirectoryPointer(field.tag)) {
-            // The offset is of 32 bits (LONG, IFD) in files of some writers.
+            // Some writers use 32-bit offsets (LONG, IFD).
             const std::size_t bytes = TiffValueBytes(field) == 4 ? 4 : 8;
             const std::uint32_t below = NarrowDirectory(m_big.Number(field.value.data(), bytes));
             SetOffset(below, &field);

@@ -1,4 +1,4 @@
-// The metadata of a BigTIFF in the form of a classic TIFF, because Exiv2 reads no other.
+// The metadata of a BigTIFF as a classic TIFF, the only form that Exiv2 reads.
 #pragma once
 
 #include "core/bytes.h"
@@ -6,13 +6,12 @@
 
 namespace imagefile {
 
-/// Whether a file is a BigTIFF, of either byte order.
+/// Returns whether a file is a BigTIFF, of either byte order.
 bool IsBigTiff(const Source &source);
 
-/// A small classic TIFF of the same byte order with the fields of the first directory, and of the EXIF, GPS and
-/// interoperability directories below it; empty for a file that is damaged. Values near the begin of the file keep
-/// their offsets, so that maker notes that count from the begin of the file are still right in the files that this
-/// layer writes.
+/// Makes a small classic TIFF of the same byte order with the fields of the first directory, and of the EXIF, GPS and
+/// interoperability directories below it; empty for a damaged file. Values near the beginning of the file keep their
+/// offsets, so that maker notes with offsets from the beginning of the file stay valid in files that this layer writes.
 Bytes ClassicViewOfBigTiff(const Source &source);
 
 } // namespace imagefile

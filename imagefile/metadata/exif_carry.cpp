@@ -10,9 +10,9 @@ namespace imagefile {
 
 namespace {
 
-// Tags of a first directory that describe how this one file stores its pixels, or that stand for blocks which travel on
-// their own: subfile type (254) to page number (297), transfer function, predictor, colour map, halftones, tiles,
-// sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, colour filter, IPTC, Photoshop
+// Tags of a first directory that describe how this file stores its pixels, or that hold blocks which are carried
+// separately: subfile type (254) to page number (297), transfer function, predictor, color map, halftones, tiles,
+// sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color filter, IPTC, Photoshop
 // resources, directory pointers, ICC, Photoshop layers, and the DNG range.
 struct TagRange {
     std::uint16_t first, last;
@@ -38,15 +38,16 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
                        [&group](const char *begin) { return group.rfind(begin, 0) == 0; });
 }
 
-// A value that Exiv2 found inside a maker note. The group "MakerNote" tells of the note's place and byte order.
+// Returns whether Exiv2 found the value inside a maker note. The group "MakerNote" describes the note's place and byte
+// order.
 bool IsDecodedNote(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();
     return group != "Image" && group != "Photo" && group != "GPSInfo" && group != "Iop";
 }
 
-// A type of TIFF 6.0 or an offset of a directory, and at least one value. Other programs give up a whole directory with
-// anything else in it.
+// Returns whether the value has a type of TIFF 6.0 or is an offset of a directory, and has at least one value. Other
+// programs reject a whole directory with anything else in it.
 bool IsReadable(const Exiv2::Exifdatum &datum)
 {
     return datum.typeId() >= Exiv2::unsignedByte && datum.typeId() <= Exiv2::tiffIfd && datum.count() > 0;
@@ -76,7 +77,7 @@ std::vector<const Exiv2::Exifdatum *> MakerNoteValues(const Exiv2::ExifData &exi
     return values;
 }
 
-// Whether EXIF that was written reads back with the maker note values of the original.
+// Returns whether written EXIF reads back with the original's maker note values.
 bool KeepsMakerNote(const Exiv2::ExifData &written, const Exiv2::ExifData &original)
 {
     Exiv2::ExifData read;
@@ -100,7 +101,7 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
     return found != exif.end() && found->count() > 0 ? &*found : nullptr;
 }
 
-// Where the note of a picture stood; 0 if that isn't known, or too far for the small blocks of other formats.
+// Returns the place of a picture's note; 0 if it is unknown, or too far for the small blocks of other formats.
 std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
 {
     constexpr std::int64_t kFirst = 16, kLast = 32768;
@@ -109,7 +110,7 @@ std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
     return offset >= kFirst && offset <= kLast ? static_cast<std::uint32_t>(offset) : 0;
 }
 
-// EXIF with the very bytes of the note, which has to stay at its place, or may be anywhere with place 0.
+// Returns EXIF with the note's original bytes, which must stay at its place, or may be anywhere if the place is 0.
 Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint32_t place)
 {
     Exiv2::ExifData exif = withoutDecoded;
@@ -144,7 +145,7 @@ bool IsCarried(const Exiv2::Exifdatum &datum)
         return !IsStructure(datum.tag());
     if (group == "Photo")
         return !IsDirectoryPointer(datum.tag());
-    // Directories of other pictures in the same file don't go along.
+    // Directories of other pictures in the same file are not carried.
     return !BeginsWithAny(group, {"Thumbnail", "SubImage", "SubThumb", "Image2", "Image3", "PanasonicRaw", "Mpf"});
 }
 

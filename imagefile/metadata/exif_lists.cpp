@@ -29,7 +29,7 @@ std::uint32_t BlockOf(const Exiv2::Exifdatum &datum)
     return GFL_EXIF_OTHER + static_cast<std::uint32_t>(datum.ifdId());
 }
 
-// Null for a number that is no block.
+// Returns null for an unknown block number.
 const char *GroupOf(std::uint32_t block)
 {
     for (const BlockOfGroup &each : kBlocks)
@@ -63,7 +63,8 @@ void FillNode(const Exiv2::Exifdatum &datum, GFL_EXIF_ENTRYEX *node)
     node->Length = static_cast<std::uint32_t>(bytes.size());
 }
 
-// The values for the lists, in the order of blocks and tags. A stable order, because some cameras write a tag twice.
+// Returns the values for the lists, in the order of blocks and tags. Sorts stably, because some cameras write a tag
+// twice.
 template <class Filter> std::vector<const Exiv2::Exifdatum *> Sorted(const Exiv2::ExifData &exif, Filter filter)
 {
     std::vector<const Exiv2::Exifdatum *> sorted;
@@ -99,7 +100,7 @@ GFL_EXIF_DATA *ExifTexts(const Exiv2::ExifData &exif)
 GFL_EXIF_DATAEX *ExifRawList(const Exiv2::ExifData &exif)
 {
     const auto values = Sorted(exif, [](const Exiv2::Exifdatum &datum) {
-        return IsCarried(datum) && datum.typeId() <= 0xFFFF; // Exiv2's own types beyond are none of a file
+        return IsCarried(datum) && datum.typeId() <= 0xFFFF; // Exiv2's own types beyond that never come from a file
     });
     if (values.empty())
         return nullptr;

@@ -1,4 +1,4 @@
-// The texts of EXIF values. Exiv2's own print functions won't do: they follow the locale.
+// The texts of EXIF values. Exiv2's print functions are unsuitable: they depend on the locale.
 #include "exif_lists.h"
 
 #include "core/decimal.h"
@@ -12,7 +12,7 @@ namespace imagefile {
 
 namespace {
 
-// Binary values beyond are told by their length: maker notes, tables.
+// Longer binary values are listed by their length: maker notes, tables.
 constexpr long kMaxListedBytes = 64;
 
 double Quotient(const Exiv2::Rational &rational)
@@ -20,7 +20,7 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Not by Exiv2's own toLong and toRational for rationals: these cut unsigned numbers to 31 bits, and trap on -2^31 /
+// Doesn't use Exiv2's toLong and toRational for rationals: these cut unsigned numbers to 31 bits, and trap on -2^31 /
 // -1.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
@@ -48,7 +48,7 @@ std::string Decimals(const Exiv2::Value &value)
     return text;
 }
 
-// "1/250", "-1/3", "2.5", "2": what is less than one stays a fraction, reduced.
+// Returns "1/250", "-1/3", "2.5", "2": values below one stay a reduced fraction.
 std::string Fraction(const Exiv2::Value &value)
 {
     const Exiv2::Rational rational = value.toRational(0);
@@ -61,7 +61,7 @@ std::string Fraction(const Exiv2::Value &value)
     return std::to_string(under < 0 ? -over : over) + '/' + std::to_string(std::abs(under));
 }
 
-// Whole degrees and minutes, whatever the file splits: "45° 30' 7.5\"".
+// Returns whole degrees and minutes, however the file splits them: "45° 30' 7.5\"".
 std::string Degrees(const Exiv2::Value &value)
 {
     if (value.count() < 3)
@@ -69,7 +69,7 @@ std::string Degrees(const Exiv2::Value &value)
     double degrees = ComponentAt(value, 0), minutes = ComponentAt(value, 1), seconds = ComponentAt(value, 2);
     minutes += (degrees - std::floor(degrees)) * 60.0;
     degrees = std::floor(degrees);
-    if (seconds != 0.0 || minutes >= 60.0) { // minutes with decimals and no seconds are common, and stay as they are
+    if (seconds != 0.0 || minutes >= 60.0) { // decimal minutes without seconds are common and stay unchanged
         seconds += (minutes - std::floor(minutes)) * 60.0;
         minutes = std::floor(minutes);
     }
@@ -146,7 +146,7 @@ std::string Plain(const Exiv2::Value &value)
     case Exiv2::asciiString: {
         std::string text = value.toString();
         text.resize(std::min(text.find('\0'), text.size()));
-        text.resize(text.find_last_not_of(' ') + 1); // cameras pad their names
+        text.resize(text.find_last_not_of(' ') + 1); // cameras pad names with blanks
         return text;
     }
     case Exiv2::undefined:
@@ -170,7 +170,7 @@ const Exiv2::Value *Find(const Exiv2::ExifData &exif, const char *key, long coun
 
 std::string CanonLens(const Exiv2::ExifData &exif)
 {
-    const Exiv2::Value *focal = Find(exif, "Exif.CanonCs.Lens", 3); // longest, shortest, units a millimetre
+    const Exiv2::Value *focal = Find(exif, "Exif.CanonCs.Lens", 3); // longest, shortest, units per millimeter
     const Exiv2::Value *type = Find(exif, "Exif.CanonCs.LensType");
     constexpr long kNoLens = 65535;
     if (!focal || !type || Integer(*focal, 2) == 0 || Integer(*type) == kNoLens)

@@ -10,7 +10,7 @@ namespace imagefile {
 namespace {
 
 constexpr std::uint8_t kMarker = 0x1C;
-constexpr std::size_t kLongForm = 0x8000; // lengths from here on stand in four bytes of their own
+constexpr std::size_t kLongForm = 0x8000; // longer lengths are stored in four extra bytes
 
 struct DataSet {
     std::uint8_t record, number;
@@ -18,7 +18,7 @@ struct DataSet {
     std::size_t length;
 };
 
-// Takes the data set at *at and moves on behind it.
+// Reads the data set at *at and advances past it.
 bool NextDataSet(const Bytes &iim, std::size_t *at, DataSet *set)
 {
     const std::uint8_t *p = iim.data() + *at;

@@ -1,18 +1,18 @@
-// IPTC between the bytes of a file (IIM data sets) and the list of entries that callers see.
+// Conversion of IPTC between the bytes of a file (IIM data sets) and the list of entries for callers.
 #pragma once
 
 #include "metadata.h"
 
 namespace imagefile {
 
-/// The entries of IIM bytes, in their order; null when there is none. What doesn't look like a data set ends the list.
-/// The caller frees it by gflFreeIPTC. Throws std::bad_alloc.
+/// Returns the entries of IIM bytes, in their order; null if there is none. The list ends at the first invalid data
+/// set. The caller frees it by gflFreeIPTC. Throws std::bad_alloc.
 GFL_IPTC_DATA *IptcEntries(const Bytes &iim);
 
-/// Whether IptcEntries would give anything.
+/// Returns whether IptcEntries would return any entries.
 bool HasIptcEntries(const Bytes &iim);
 
-/// The bytes of a list of entries.
+/// Returns the bytes of a list of entries.
 Bytes IptcBytes(const GFL_IPTC_DATA &data);
 
 } // namespace imagefile

@@ -24,7 +24,7 @@ void LockXmp(void *, bool lock)
 
 thread_local bool isReading = false; // this thread reads metadata
 
-/// While it lives, what Exiv2 complains of on this thread becomes a warning.
+/// While an instance lives, Exiv2's complaints on this thread become warnings.
 class Listening {
 public:
     Listening() { isReading = true; }
@@ -41,8 +41,8 @@ void WarnOfDamage(const char *what) noexcept
     Warn(text);
 }
 
-// Called from a destructor of Exiv2. Errors are what was lost, warnings what looks odd in many files of cameras; except
-// that the loss of a whole block is a warning too.
+// Called from a destructor of Exiv2. Errors report losses; warnings report oddities found in many camera files, except
+// that the loss of a whole block is also a warning.
 void TakeLog(int level, const char *text)
 {
     if (isReading && (level >= Exiv2::LogMsg::error || std::strncmp(text, "Failed to decode", 16) == 0))
@@ -64,13 +64,13 @@ Bytes RawTag(const Exiv2::Image &image, const char *key)
     return found == exif.end() ? Bytes() : RawBytes(*found, image.byteOrder());
 }
 
-// Photoshop's image resources of a JPEG, which may be spread over several segments of at most 64 KiB. Exiv2 only gives
-// IPTC as parsed values, which don't always make the same bytes again.
+// Returns Photoshop's image resources of a JPEG, which may span several segments of at most 64 KiB. Exiv2 gives IPTC
+// only as parsed values, which don't always restore the same bytes.
 Bytes JpegResources(const Source &source)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
     constexpr std::uint8_t kApp13 = 0xED, kStartOfScan = 0xDA;
-    constexpr int kMaxSteps = 10000; // segments and fill bytes; a file of nothing but fill bytes must not keep us
+    constexpr int kMaxSteps = 10000; // segments and fill bytes; bounds the time for a file of only fill bytes
     Bytes resources, payload;
     std::array<std::uint8_t, 4> head; // 0xFF, marker, length with its own two bytes
     std::uint64_t at = 2;
@@ -114,7 +114,7 @@ void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
     std::swap(metadata->exif, image.exifData());
 }
 
-// By the classes themselves: the factory that takes a path would see addresses of web servers in some file names.
+// Uses the classes directly: the factory that takes a path would interpret some file names as web addresses.
 Exiv2::BasicIo::AutoPtr OpenIo(const Source &source, const Bytes &view)
 {
     if (!view.empty())
@@ -150,7 +150,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
             WarnOfDamage("EXIF that is not a TIFF");
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &error) { // damaged: what was read before counts
+    } catch (const std::exception &error) { // damaged: keep what was read before
         WarnOfDamage(error.what());
     }
 }
@@ -158,7 +158,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
 {
     StartExiv2();
-    Bytes view; // outlives the image that reads it
+    Bytes view; // must outlive the image that reads it
     Exiv2::Image::AutoPtr image;
     const Listening listening;
     try {
@@ -169,7 +169,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
             image->readMetadata();
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &error) { // damaged: what was read before stands in the image
+    } catch (const std::exception &error) { // damaged: the image holds what was read before
         WarnOfDamage(error.what());
     }
     if (image.get() != nullptr)

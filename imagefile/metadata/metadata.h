@@ -1,4 +1,4 @@
-// The metadata of one picture inside the layer, and its way out of a file.
+// The metadata of one picture inside the layer, and how to read it from a file.
 #pragma once
 
 #include "core/bytes.h"
@@ -8,30 +8,29 @@
 
 namespace imagefile {
 
-/// What a bitmap record's MetaData points to. Empty parts are absent.
+/// The target of a bitmap record's MetaData. Empty parts are absent.
 struct Metadata {
     Exiv2::ExifData exif; // as read, image structure and thumbnails included
-    Bytes icc;            // profile as it stands in the file
-    Bytes iptc;           // IIM data sets as they stand in the file
+    Bytes icc;            // profile as stored in the file
+    Bytes iptc;           // IIM data sets as stored in the file
     Bytes xmp;            // packet, UTF-8
 };
 
-/// Reads all four parts by Exiv2, for the formats that it knows; of others there is none. Damaged metadata never fails
-/// a picture: what can be understood of it comes, and gflLastWarningText tells of the rest. A source that can't be read
-/// is GFL_ERROR_FILE_READ. Throws std::bad_alloc only. Never decodes pixels.
+/// Reads all four parts by Exiv2, for the formats that it knows; none for others. Damaged metadata never fails a
+/// picture: the readable part is kept, and gflLastWarningText reports the rest. A source that can't be read gives
+/// GFL_ERROR_FILE_READ. Throws only std::bad_alloc. Never decodes pixels.
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 
-/// Adds the EXIF of a TIFF of @p size bytes in memory, as far as it can be understood; of the rest there is a warning.
-/// Throws std::bad_alloc only.
+/// Adds the readable EXIF of a TIFF of @p size bytes in memory; warns about the rest. Throws only std::bad_alloc.
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
 
-/// Starts Exiv2 once for all threads and keeps it from writing to standard error: what it finds damaged while this
+/// Starts Exiv2 once for all threads and keeps it from writing to standard error: damage that it reports while this
 /// layer reads becomes a warning.
 void StartExiv2();
 
-/// The metadata of a bitmap; null when it carries none.
+/// Returns the metadata of a bitmap; null if it has none.
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap);
-/// The metadata of a bitmap, made when it has none.
+/// Returns the metadata of a bitmap, creating it if necessary.
 Metadata *MakeMetadata(GFL_BITMAP *bitmap);
 
 } // namespace imagefile

@@ -10,14 +10,14 @@ namespace imagefile {
 
 namespace {
 
-// Read whatever stands there: cameras put their metadata, and what their notes point to, into the first megabytes.
+// Always read: cameras put their metadata, and what their notes point to, into the first megabytes.
 constexpr std::uint64_t kHeadBytes = std::uint64_t(4) << 20;
-constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // behind notes whose length is short of their end
+constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // after notes whose length is too short
 constexpr std::uint64_t kMaxRead = std::uint64_t(1) << 30;
 constexpr int kMaxDirectories = 64;
 constexpr std::uint16_t kSubDirectories = 330, kMakerNote = 37500;
 
-// Also of raw files, whose header has a version of their own: "IIRO", "IIU\0".
+// Also true for raw files, whose header has a different version: "IIRO", "IIU\0".
 bool IsTiffLike(const std::uint8_t *head)
 {
     const bool hasOrder = std::memcmp(head, "II", 2) == 0 || std::memcmp(head, "MM", 2) == 0;
@@ -62,7 +62,7 @@ void MetadataMap::Read(const Source &source, std::uint64_t offset, std::uint64_t
         return;
     length = std::min({length, source.Size() - offset, m_budget});
     if (offset + length <= kHeadBytes && m_budget < kMaxRead)
-        return; // there since the start
+        return; // already read
     m_budget -= source.ReadAt(offset, m_data + offset, length);
 }
 

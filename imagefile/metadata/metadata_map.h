@@ -1,4 +1,4 @@
-// The metadata of a TIFF file at its own offsets in memory, for Exiv2, which wants such files mapped.
+// The metadata of a TIFF file at its original offsets in memory, for Exiv2, which requires such files to be mapped.
 #pragma once
 
 #include "core/source.h"
@@ -6,12 +6,12 @@
 
 namespace imagefile {
 
-/// As much memory as the file is long, into which those parts are read that can hold metadata; the rest stays zero and
-/// takes no memory. Mapping the file itself would end the process when another program truncates it meanwhile.
+/// As much memory as the file is long, into which the parts are read that can hold metadata; the rest stays zero and
+/// uses no memory. Mapping the file itself would crash the process if another program truncates it.
 ///
-/// Read are the begin of the file, and the directories, values and maker notes that its first directory leads to. The
-/// first directory has no next one in the copy: Exiv2 takes the second page for a thumbnail and copies its pixels.
-/// Files that are no TIFF are read whole.
+/// Reads the beginning of the file, and the directories, values and maker notes reachable from its first directory. In
+/// the copy the first directory has no successor: Exiv2 would take the second page for a thumbnail and copy its pixels.
+/// Files that are not TIFFs are read whole.
 class MetadataMap {
 public:
     MetadataMap() = default;
@@ -19,10 +19,10 @@ public:
     MetadataMap(const MetadataMap &) = delete;
     MetadataMap &operator=(const MetadataMap &) = delete;
 
-    /// False when there is no memory. What can't be read is for Source::Check to report.
+    /// Returns false if there is not enough memory. Source::Check reports unreadable parts.
     bool Open(const Source &source);
 
-    /// Null before Open.
+    /// Returns null before Open.
     std::uint8_t *Data() const { return m_data; }
 
 private:
@@ -34,8 +34,8 @@ private:
     std::uint8_t *m_data = nullptr;
     std::uint64_t m_size = 0;
     TiffVariant m_variant = {};
-    std::uint64_t m_budget = 0; // bytes that may still be read
-    int m_left = 0;             // directories that may still be read, because they can lead in circles
+    std::uint64_t m_budget = 0; // remaining bytes to read
+    int m_left = 0;             // remaining directories to read, because they can form a cycle
 };
 
 } // namespace imagefile

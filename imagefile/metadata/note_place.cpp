@@ -19,7 +19,7 @@ constexpr std::uint16_t kMakerNote = 37500;
 struct NoteKind {
     std::string_view mark;
     std::size_t directoryAt;
-    bool isMovable; // offsets count from within the note
+    bool isMovable; // offsets are relative to the note
 };
 using namespace std::string_literals;
 using namespace std::string_view_literals;
@@ -47,7 +47,7 @@ void SetNumber(std::uint64_t number, std::size_t at, Bytes *bytes)
         (*bytes)[at + i] = static_cast<std::uint8_t>(number >> (8 * i));
 }
 
-// A field of a directory in a block, and where in the block it stands.
+// A field of a directory in a block, and its position in the block.
 struct PlacedField {
     TiffField field;
     std::size_t at;
@@ -57,7 +57,7 @@ struct PlacedField {
     bool IsOffset() const { return IsDirectoryPointer(field.tag) || TiffValueBytes(field) > 4; }
 };
 
-// Collects the fields of a directory and of those below it.
+// Collects the fields of a directory and of its sub-directories.
 bool CollectFields(const Bytes &block, std::uint64_t offset, int depth, std::vector<PlacedField> *placed)
 {
     TiffFields fields;
@@ -72,7 +72,7 @@ bool CollectFields(const Bytes &block, std::uint64_t offset, int depth, std::vec
     return true;
 }
 
-// The block with @p bytes between its header and all else.
+// Returns the block with @p bytes inserted after its header.
 Bytes WithRoom(const Bytes &block, const std::vector<PlacedField> &placed, std::uint64_t bytes)
 {
     Bytes moved = block;
@@ -102,7 +102,7 @@ public:
     bool HasNestedOnes(std::int64_t place) const;
 
 private:
-    static constexpr std::size_t kMaxFields = 1000; // notes have some hundred at most
+    static constexpr std::size_t kMaxFields = 1000; // notes have at most some hundred
 
     struct Field {
         std::uint16_t tag, type;
@@ -122,16 +122,16 @@ private:
 
     const Bytes &m_note;
     bool m_isBigEndian;
-    std::size_t m_end = 0; // behind the last field
+    std::size_t m_end = 0; // after the last field
     std::vector<Field> m_fields;
 };
 
 bool NoteDirectory::HasShiftedOffsets(std::int64_t place) const
 {
     const auto size = static_cast<std::int64_t>(m_note.size()), lowest = static_cast<std::int64_t>(m_end);
-    std::int64_t first = INT64_MAX, last = INT64_MIN; // of the values, from the begin of the note
+    std::int64_t first = INT64_MAX, last = INT64_MIN; // of the values, from the beginning of the note
     for (const Field &field : m_fields) {
-        if (field.Bytes() <= 4 || field.Bytes() > size) // larger ones, such as previews, stand elsewhere
+        if (field.Bytes() <= 4 || field.Bytes() > size) // larger ones, such as previews, are stored elsewhere
             continue;
         first = std::min(first, field.value - place);
         last = std::max(last, field.value - place + field.Bytes());
@@ -152,7 +152,7 @@ bool NoteDirectory::HasNestedOnes(std::int64_t place) const
     });
 }
 
-// Fields in the order of their tags, all of known types; not just any bytes.
+// Returns whether the fields are in the order of their tags and all of known types, unlike random bytes.
 bool NoteDirectory::LooksLikeOne() const
 {
     const auto isWrong = [](const Field &a, const Field &b) { return a.tag >= b.tag; };
@@ -160,7 +160,7 @@ bool NoteDirectory::LooksLikeOne() const
         && std::all_of(m_fields.begin(), m_fields.end(), [](const Field &field) { return field.Bytes() > 0; });
 }
 
-// Where the EXIF block of a JPEG begins, or the TIFF itself; -1 when there is none.
+// Returns where the EXIF block of a JPEG begins, or the TIFF itself; -1 if there is none.
 std::int64_t FindBlock(const Bytes &head)
 {
     const std::string_view text(reinterpret_cast<const char *>(head.data()), head.size());
@@ -189,7 +189,7 @@ void AddNotePlace(const Source &source, Exiv2::ExifData *exif)
     if (block < 0)
         return;
     const auto length = head.size() - static_cast<std::size_t>(block);
-    // std::search would take minutes for some hostile notes.
+    // std::search would take minutes for some malicious notes.
     if (const void *found = memmem(head.data() + block, length, note.data(), note.size()))
         (*exif)[kNotePlaceKey] =
             static_cast<std::uint32_t>(static_cast<const std::uint8_t *>(found) - head.data() - block);

@@ -13,13 +13,13 @@ enum class PhotoshopResource : std::uint16_t {
     Xmp = 0x0424,
 };
 
-/// The data of the first resource of a kind; empty when there is none, and from where the resources are damaged.
+/// Returns the data of the first resource of a kind; empty if there is none before any damage.
 Bytes FindResource(const Bytes &resources, PhotoshopResource kind);
 
-/// Adds a resource without a name; nothing for no data.
+/// Appends a resource without a name; nothing if there is no data.
 void AppendResource(PhotoshopResource kind, const Bytes &data, Bytes *resources);
 
-/// A block of resources with nothing but IPTC.
+/// Returns a block of resources that only holds IPTC.
 Bytes IptcResource(const Bytes &iptc);
 
 } // namespace imagefile

@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t kMaxChunks = 100000; // animations have some thousand
 constexpr std::size_t kChunkFrame = 12;    // length, name, checksum
 
-// Unpacks a zlib stream of at most @p budget bytes, which it uses up; empty when it is damaged or larger. All chunks of
-// a file share one budget, so that many of them can't keep us for long.
+// Unpacks a zlib stream of at most @p budget bytes and reduces the budget; empty if it is damaged or larger. All chunks
+// of a file share one budget, which bounds the time for many of them.
 Bytes Inflate(const std::uint8_t *data, std::size_t size, std::size_t *budget)
 {
     Bytes out;
@@ -47,7 +47,7 @@ int HexDigit(std::uint8_t c)
                                 : -1;
 }
 
-// The block of a "Raw profile type" text: a line feed, its kind, its length in decimals, its bytes in hexadecimals.
+// Returns the block of a "Raw profile type" text: a line feed, its kind, its decimal length, its bytes in hexadecimal.
 Bytes RawProfile(const Bytes &text)
 {
     auto at = std::find_if(text.begin(), text.end(), [](std::uint8_t c) { return c != '\n'; });
@@ -68,14 +68,14 @@ Bytes RawProfile(const Bytes &text)
     return block;
 }
 
-// IPTC stands there as it is, or, by older programs and ours, in a block of Photoshop's resources.
+// Returns IPTC, stored directly or, by older programs and ours, in a block of Photoshop's resources.
 Bytes IptcOf(const Bytes &profile)
 {
     constexpr std::uint8_t kDataSet = 0x1C;
     return !profile.empty() && profile[0] == kDataSet ? profile : FindResource(profile, PhotoshopResource::Iptc);
 }
 
-/// One file under way.
+/// Reads the chunks of one file.
 class ChunkReader {
 public:
     explicit ChunkReader(Metadata *metadata) : m_metadata(*metadata) { }
@@ -89,12 +89,12 @@ private:
     void DecodeExif(const Bytes &bytes);
 
     Metadata &m_metadata;
-    std::size_t m_budget = kMaxMetadataBytes; // unpacked bytes that are still allowed
+    std::size_t m_budget = kMaxMetadataBytes; // remaining unpacked bytes
 };
 
 void ChunkReader::DecodeExif(const Bytes &bytes)
 {
-    constexpr std::string_view kPrefix("Exif\0\0", 6); // of files that carry what a JPEG does
+    constexpr std::string_view kPrefix("Exif\0\0", 6); // in files that store the same block as a JPEG
     const bool prefixed =
         bytes.size() > kPrefix.size() && std::memcmp(bytes.data(), kPrefix.data(), kPrefix.size()) == 0;
     const std::size_t begin = prefixed ? kPrefix.size() : 0;
@@ -106,9 +106,7 @@ void ChunkReader::TakeText(const std::string &key, const Bytes &text)
 {
     if (key == kPngXmpKey)
         m_metadata.xmp = text;
-    else if (key == kPngIptcKey)
-        m_metadata.iptc = IptcOf(RawProfile(text));
-    else if (key == "Raw profile type 8bim" && m_metadata.iptc.empty())
+    else if (key == kPngIptcKey || (key == "Raw profile type 8bim" && m_metadata.iptc.empty()))
         m_metadata.iptc = IptcOf(RawProfile(text));
     else if (key == "Raw profile type exif" || key == "Raw profile type APP1")
         DecodeExif(RawProfile(text));
@@ -116,14 +114,14 @@ void ChunkReader::TakeText(const std::string &key, const Bytes &text)
         m_metadata.xmp = RawProfile(text);
 }
 
-// Where a zero-terminated text that begins at @p at ends, or the end of the chunk.
+// Returns the end of a zero-terminated text that begins at @p at, or the end of the chunk.
 std::size_t TextEnd(const Bytes &chunk, std::size_t at)
 {
     const auto begin = chunk.begin() + static_cast<std::ptrdiff_t>(std::min(at, chunk.size()));
     return static_cast<std::size_t>(std::find(begin, chunk.end(), 0) - chunk.begin());
 }
 
-// The rest of a chunk behind @p at, unpacked if need be.
+// Returns the rest of a chunk after @p at, unpacked if necessary.
 Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
 {
     if (at >= chunk.size())

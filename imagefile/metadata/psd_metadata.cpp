@@ -1,4 +1,4 @@
-// After Adobe's "Photoshop File Formats".
+// Source: Adobe, "Photoshop File Formats".
 #include "psd_metadata.h"
 
 #include "core/byte_reader.h"

@@ -5,10 +5,10 @@
 
 namespace imagefile {
 
-/// All four parts out of the image resources. Otherwise as ReadExiv2Metadata.
+/// Reads all four parts from the image resources. Otherwise like ReadExiv2Metadata.
 Status ReadPsdMetadata(const Source &source, Metadata *metadata);
 
-/// The image resources of a Photoshop file, as far as they can be read.
+/// Returns the readable image resources of a Photoshop file.
 Bytes ReadPsdResources(const Source &source);
 
 } // namespace imagefile

@@ -23,7 +23,7 @@ long SourceIo::read(Exiv2::byte *buffer, long count)
 
 Exiv2::DataBuf SourceIo::read(long count)
 {
-    // A damaged file may ask for more than there is.
+    // A damaged file may request more than there is.
     const auto left = static_cast<long>(m_source.Size() - std::min(m_at, m_source.Size()));
     Exiv2::DataBuf buffer(std::clamp(count, 0L, left));
     buffer.size_ = read(buffer.pData_, buffer.size_);
@@ -42,7 +42,7 @@ void SourceIo::transfer(Exiv2::BasicIo &)
     throw Exiv2::Error(Exiv2::kerFunctionNotSupported, "transfer");
 }
 
-// As fseek: the place may lie behind the end, where nothing is read.
+// Like fseek: the position may be past the end, where nothing is read.
 int SourceIo::seek(long offset, Position from)
 {
     const long base = from == beg ? 0 : from == cur ? tell() : static_cast<long>(m_source.Size());

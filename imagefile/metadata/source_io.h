@@ -1,4 +1,4 @@
-// Exiv2 on our sources.
+// Adapter from Source to Exiv2.
 #pragma once
 
 #include "metadata_map.h"
@@ -7,8 +7,8 @@
 
 namespace imagefile {
 
-/// A file that is open already, read only. Exiv2's own FileIo opens it again by its name, may find another file there,
-/// and maps TIFFs. Failures of the disk are for Source::Check to report.
+/// A file that is already open, read only. Exiv2's FileIo would open it again by name, perhaps finding another file,
+/// and maps TIFFs. Source::Check reports disk failures.
 class SourceIo : public Exiv2::BasicIo {
 public:
     /// The source must outlive the object.

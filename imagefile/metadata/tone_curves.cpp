@@ -15,8 +15,8 @@ struct CloseProfile {
 };
 using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
-/// lcms2 evaluates formulas in floating point, but rounds what it finds between the entries of a table to 16 bits,
-/// which are few in the shadows.
+/// lcms2 evaluates formulas in floating point, but rounds interpolated table values to 16 bits, which is coarse in the
+/// shadows.
 double LightAt(const cmsToneCurve *curve, double stored)
 {
     if (cmsGetToneCurveParametricType(curve) != 0)
@@ -53,7 +53,7 @@ std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t byt
         tags = {cmsSigGrayTRCTag};
     std::vector<std::vector<double>> curves;
     for (cmsTagSignature tag : tags) {
-        const auto *curve = static_cast<const cmsToneCurve *>(cmsReadTag(opened.get(), tag)); // the profile's
+        const auto *curve = static_cast<const cmsToneCurve *>(cmsReadTag(opened.get(), tag)); // owned by the profile
         if (!curve)
             return {};
         curves.push_back(Sampled(curve, points));

@@ -13,7 +13,7 @@ namespace {
 constexpr int kDefaultLevel = 6; // of zlib, 0 to 9
 constexpr int kMaxLevel = 9;
 
-/// Metadata in the shape in which libpng takes it, with the storage that it points into.
+/// Metadata in the form for libpng, with the storage that it points into.
 struct Blocks {
     explicit Blocks(const Metadata &metadata);
 
@@ -31,7 +31,7 @@ Blocks::Blocks(const Metadata &metadata)
 {
 }
 
-/// One encoding. Members are what a jump must not leave behind undestroyed.
+/// One encoding. Members are objects that a jump must not leave undestroyed.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
@@ -105,7 +105,7 @@ bool Encoder::TryWrite(const Blocks &blocks)
     if (m_form.bits == 16)
         png_set_swap(m_png); // to big-endian
     WriteRows();
-    png_write_end(m_png, nullptr); // all blocks stand ahead of the pixels; with m_info libpng writes EXIF once more
+    png_write_end(m_png, nullptr); // all blocks precede the pixels; with m_info libpng would write EXIF again
     return true;
 }
 
@@ -122,7 +122,7 @@ void Encoder::SetUp()
                      static_cast<png_uint_32>(std::lround(m_bitmap.Ydpi / 0.0254)), PNG_RESOLUTION_METER);
 }
 
-// Errors of blocks become warnings: a profile that libpng refuses, as every reader by libpng would, stays behind.
+// Errors in blocks become warnings: a profile that libpng rejects, as every reader using libpng would, is left out.
 void Encoder::SetBlocks(const Blocks &blocks)
 {
     png_set_benign_errors(m_png, 1);
@@ -135,7 +135,7 @@ void Encoder::SetBlocks(const Blocks &blocks)
     png_text texts[2] = {};
     int count = 0;
     if (!blocks.xmp.empty()) {
-        texts[count].compression = PNG_ITXT_COMPRESSION_NONE; // so that it can be found by a search for its text
+        texts[count].compression = PNG_ITXT_COMPRESSION_NONE; // so that a text search finds it
         texts[count].key = const_cast<char *>(kPngXmpKey);
         texts[count++].text = const_cast<char *>(blocks.xmp.c_str());
     }

@@ -1,4 +1,4 @@
-// PSD and PSB, our own: the format's face. Reading stands in psd_read.cpp, writing in psd_write.cpp.
+// PSD and PSB, our own codec. See psd_read.cpp for reading, psd_write.cpp for writing.
 #include "psd_codec.h"
 
 #include "metadata/psd_metadata.h"

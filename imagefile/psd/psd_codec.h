@@ -1,4 +1,4 @@
-// What the files of the Photoshop codec share.
+// Shared by the files of the Photoshop codec.
 #pragma once
 
 #include "core/codec.h"

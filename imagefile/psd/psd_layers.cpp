@@ -1,4 +1,4 @@
-// After Adobe's "Photoshop File Formats", "Layer and Mask Information Section".
+// Source: Adobe, "Photoshop File Formats", "Layer and Mask Information Section".
 #include "psd_layers.h"
 
 #include "core/byte_reader.h"
@@ -27,7 +27,7 @@ bool IsOneOf(const std::string &key, std::initializer_list<std::string_view> key
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-/// A record of a layer: its channels in the order of their data, and whether it shows the picture unchanged.
+/// A layer's record: its channels in the order of their data, and whether it shows the picture unchanged.
 struct LayerRecord {
     bool isPlain = false;
     std::vector<std::pair<std::int16_t, std::uint64_t>> channels; // identifier, bytes
@@ -60,7 +60,7 @@ LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
     return record;
 }
 
-// The places of the colors' channels and then of opacity; empty when one of them is missing or packed in another way.
+// Returns the places of the color channels and of opacity; empty if one is missing or packed differently.
 std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &layout, ByteReader *reader)
 {
     const auto colours = static_cast<std::size_t>(layout.colours);
@@ -79,7 +79,7 @@ std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &l
     return isComplete ? found : std::vector<PsdChannel>();
 }
 
-// The count of layers is negative when the first channel behind the colors is the opacity of the merged picture.
+// The count of layers is negative if the first channel after the colors is the opacity of the merged picture.
 void ReadInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
 {
     ByteReader reader(source, at);
@@ -92,7 +92,7 @@ void ReadInfo(const Source &source, std::uint64_t at, PsdLayout *layout)
         layout->channelPlaces = ChannelsOf(record, *layout, &reader);
 }
 
-// Files of 16 and 32 bits have their layers here.
+// 16-bit and 32-bit files store their layers here.
 void ReadBlocks(const Source &source, ByteReader *reader, std::uint64_t end, PsdLayout *layout)
 {
     constexpr std::uint64_t kShortestBlock = 12;

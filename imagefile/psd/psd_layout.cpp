@@ -1,4 +1,4 @@
-// After Adobe's "Photoshop File Formats".
+// Source: Adobe, "Photoshop File Formats".
 #include "psd_layout.h"
 
 #include "core/byte_reader.h"
@@ -97,7 +97,7 @@ void ChooseOpacity(PsdLayout *layout)
     layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
 }
 
-// The merged picture: the sizes of all rows of all channels stand ahead of the first one.
+// The merged picture: the sizes of all rows of all channels precede the first one.
 Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *layout)
 {
     const auto compression = static_cast<int>(reader->Number(2));
@@ -163,7 +163,7 @@ Status OpenPsd(const Source &source, PsdLayout *layout)
     return CheckBytes(source, *layout);
 }
 
-// Dots an inch with 16 bits behind the point, whatever unit is displayed; horizontal at 0, vertical at 8.
+// Dots per inch with 16 fractional bits, whatever unit is displayed; horizontal at 0, vertical at 8.
 void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi)
 {
     const Bytes info = FindResource(ReadPsdResources(source), PhotoshopResource::Resolution);

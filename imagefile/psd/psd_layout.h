@@ -1,4 +1,4 @@
-// What the sections of a Photoshop file say of its merged picture, checked, in our terms.
+// Checked layout of a Photoshop file's merged picture.
 #pragma once
 
 #include "core/bytes.h"
@@ -9,7 +9,7 @@ namespace imagefile {
 /// Colour modes, as the header numbers them.
 enum class PsdMode : std::uint16_t { Bitmap = 0, Grey = 1, Indexed = 2, Rgb = 3, Cmyk = 4, Duotone = 8, Lab = 9 };
 
-/// Where a channel stands.
+/// Location of a channel.
 struct PsdChannel {
     int compression;        // 0: none, 1: PackBits
     std::uint64_t sizesAt;  // of packed rows
@@ -24,34 +24,34 @@ struct PsdChannel {
 ///   | grey, duotone, RGB          | grey, RGB, or RGBA with opacity; of 8, 16 bits or float    |
 ///   | CMYK, Lab (8 or 16 bits)    | RGB, or RGBA, of the same depth                            |
 ///
-/// Opacity is the first channel behind the colors when the file says that its layers leave the paper open. Other
-/// channels are selections and are left out. A file with one plain layer of the picture's size is read from that layer.
+/// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
+/// selections and are left out. A file with one plain layer of the picture's size is read from that layer.
 struct PsdLayout {
     bool isLarge = false; // PSB: sides up to 300,000 pixels, lengths of 64 bits
     int channels = 0;     // stored
     int width = 0;
     int height = 0;
-    int bits = 8; // a sample
+    int bits = 8; // per sample
     PsdMode mode = PsdMode::Rgb;
-    int colours = 3;                       // channels of colour
-    bool hasAlpha = false;                 // and one of opacity behind them
+    int colours = 3;                       // color channels
+    bool hasAlpha = false;                 // followed by an opacity channel
     bool mergesOpacity = false;            // the merged picture has the opacity of the layers
-    bool isOnPaper = false;                // half-open pixels are blended with white
+    bool isOnPaper = false;                // partly transparent pixels are blended with white
     Bytes palette;                         // indexed: 256 of red, of green, of blue
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered
 
     int UsedChannels() const { return colours + (hasAlpha ? 1 : 0); }
-    /// Of lengths that a PSB holds in 64 bits.
+    /// Returns the bytes of lengths that a PSB stores in 64 bits.
     int LengthBytes() const { return isLarge ? 8 : 4; }
-    /// Of the size of a packed row.
+    /// Returns the bytes of a packed row's size.
     int SizeBytes() const { return isLarge ? 4 : 2; }
-    /// Of the sizes of all rows of one channel.
+    /// Returns the bytes of the sizes of all rows of one channel.
     std::uint64_t SizesBytes() const
     {
         return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
     }
-    /// Unpacked, of one channel.
+    /// Returns the unpacked bytes of a row of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
 };
 
@@ -61,7 +61,7 @@ constexpr std::size_t kPsdHeaderBytes = 26;
 /// Reads and checks everything before the pixels.
 Status OpenPsd(const Source &source, PsdLayout *layout);
 
-/// The resolution that the image resources tell.
+/// Reads the resolution from the image resources.
 void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi);
 
 } // namespace imagefile

@@ -17,14 +17,14 @@ Status EndsEarly()
     return Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: the file ends early");
 }
 
-/// Rows of the channels that are used. A file holds channel behind channel; all are read side by side.
+/// Reads rows of the channels that are used. A file stores one channel after the other; this reads all in parallel.
 class ChannelReader {
 public:
     ChannelReader(const Source &source, const PsdLayout &layout) : m_source(source), m_layout(layout) { }
 
     /// Reads the sizes of packed rows.
     Status Start();
-    /// The next row of a channel, unpacked: layout.RowBytes() as stored.
+    /// Reads and unpacks the next row of a channel: layout.RowBytes() as stored.
     Status ReadRow(std::size_t channel, int y, std::uint8_t *row);
 
 private:
@@ -67,7 +67,7 @@ Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
         return got == rowBytes ? Status::Ok() : EndsEarly();
     }
     const std::size_t size = from.size[static_cast<std::size_t>(y)];
-    if (size > 2 * rowBytes + 2) // a byte may take two, and no row takes more
+    if (size > 2 * rowBytes + 2) // a byte takes at most two
         return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a row of %zu packed bytes", size));
     m_packed.resize(size);
     if (m_source.ReadAt(from.at, m_packed.data(), size) < size)
@@ -78,7 +78,7 @@ Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
         : Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: packed pixels are damaged");
 }
 
-// A big-endian sample.
+// Loads a big-endian sample.
 template <class T> T Load(const std::uint8_t *p)
 {
     static_assert(sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4);
@@ -94,7 +94,7 @@ template <class T> T Load(const std::uint8_t *p)
     }
 }
 
-/// Puts a channel into its places of a row.
+/// Writes a channel to its places in a row.
 template <class T>
 void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *row, std::size_t step)
 {
@@ -102,8 +102,8 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Takes the white out that half-open pixels were blended with. A pixel with less light than the white alone would
-/// leave it was not blended: some programs store colors as they are.
+/// Removes the white that partly transparent pixels were blended with. A pixel darker than the white alone would allow
+/// was not blended: some programs store unblended colors.
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
@@ -118,17 +118,17 @@ template <class T> void TakePaperOut(T *row, std::size_t width)
     }
 }
 
-/// Makes rows of the delivered form out of rows of channels.
+/// Assembles rows of the delivered form from rows of channels.
 class Assembler {
 public:
     Assembler(const PsdLayout &layout) : m_layout(layout) { }
 
     Status Start(const Source &source);
-    /// Where a row of a channel is to be put, as stored.
+    /// Returns the buffer for a row of a channel, as stored.
     std::uint8_t *Channel() { return m_channel.data(); }
-    /// The channel is complete.
+    /// Processes a complete channel.
     void TakeChannel(std::size_t channel);
-    /// All channels are: fills the delivered row.
+    /// Fills the delivered row once all channels are complete.
     void Finish(std::uint8_t *row);
 
 private:
@@ -139,7 +139,7 @@ private:
     const PsdLayout &m_layout;
     const std::size_t m_width = static_cast<std::size_t>(m_layout.width);
     std::vector<std::uint8_t> m_channel;
-    std::vector<std::uint8_t> m_samples; // of all channels, side by side
+    std::vector<std::uint8_t> m_samples; // of all channels, one after the other
     ColourTransform m_transform;
 };
 
@@ -160,7 +160,7 @@ Status Assembler::Start(const Source &source)
 
 template <class T> void Assembler::Take(std::size_t channel)
 {
-    // Inks are stored as what they leave of the paper.
+    // Inks are stored as the paper that they leave.
     const bool invert = m_layout.mode == PsdMode::Cmyk && channel < 4;
     Interleave(m_channel.data(), m_width, invert, reinterpret_cast<T *>(m_samples.data()) + channel,
                static_cast<std::size_t>(m_layout.UsedChannels()));
@@ -193,7 +193,7 @@ template <class T> void Assembler::FinishAs(T *row)
         m_transform.Row(samples, row, m_width);
     } else if (m_layout.UsedChannels() == m_layout.form.channels) {
         std::memcpy(row, samples, m_samples.size());
-    } else { // grey for colours, perhaps with opacity behind it
+    } else { // gray expanded to color, perhaps followed by opacity
         const int stored = m_layout.UsedChannels(), delivered = m_layout.form.channels;
         T *pixel = row;
         for (std::size_t x = 0; x < m_width; ++x, samples += stored, pixel += delivered) {
@@ -221,7 +221,7 @@ void Assembler::Finish(std::uint8_t *row)
 struct ColourName {
     PsdMode mode;
     GflColorModel model;
-    const char *suffix; // of the description, by which hosts know files that need care
+    const char *suffix; // of the description, by which hosts detect files that need care
 };
 constexpr ColourName kColourNames[] = {
     {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},

@@ -11,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-/// A PSD holds at most 2 GiB; what may come near goes into a PSB.
+/// A PSD holds at most 2 GiB; pictures that may come near are written as PSB.
 constexpr std::uint64_t kPsdMaxBytes = std::uint64_t(1) << 31;
 
 void AppendNumber(std::uint64_t number, int bytes, Bytes *out)
@@ -27,8 +27,8 @@ Bytes ResolutionInfo(const GFL_BITMAP &bitmap)
         return info;
     for (const std::uint16_t dpi : {bitmap.Xdpi, bitmap.Ydpi}) {
         AppendNumber(std::uint64_t(dpi) << 16, 4, &info);
-        AppendNumber(1, 2, &info); // shown by the inch
-        AppendNumber(1, 2, &info); // sides too
+        AppendNumber(1, 2, &info); // displayed per inch
+        AppendNumber(1, 2, &info); // sides as well
     }
     return info;
 }
@@ -44,18 +44,20 @@ Bytes AllResources(const GFL_BITMAP &bitmap, const Metadata &metadata)
     return resources;
 }
 
-/// The bytes of one sample, as the format has it, out of the machine's. A color may be blended with white.
+/// Returns the big-endian bytes of one sample. A color may be blended with white.
 template <class T> T Blended(T color, T opacity)
 {
-    if constexpr (std::is_floating_point_v<T>)
+    if constexpr (std::is_floating_point_v<T>) {
         return color * opacity + (T(1) - opacity);
-    constexpr auto kFull = static_cast<std::uint64_t>(FullScale<T>());
-    const auto light = static_cast<std::uint64_t>(color) * static_cast<std::uint64_t>(opacity);
-    return static_cast<T>((light + kFull / 2) / kFull + kFull - static_cast<std::uint64_t>(opacity));
+    } else {
+        constexpr auto kFull = static_cast<std::uint64_t>(FullScale<T>());
+        const auto light = static_cast<std::uint64_t>(color) * static_cast<std::uint64_t>(opacity);
+        return static_cast<T>((light + kFull / 2) / kFull + kFull - static_cast<std::uint64_t>(opacity));
+    }
 }
 
-/// One file on its way. Pictures with opacity are stored twice, as other programs know them: exactly, in a layer, and
-/// blended with white, which is what they call the merged picture. Without a layer they take opacity for a selection.
+/// Writes one file. Pictures with opacity are stored twice, as other programs do: exactly, in a layer, and blended with
+/// white, as the merged picture. Without a layer those programs take opacity for a selection.
 class Writer {
 public:
     Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink);
@@ -64,7 +66,7 @@ public:
 
 private:
     int LengthBytes() const { return m_isLarge ? 8 : 4; }
-    /// Of the sizes of a channel's packed rows.
+    /// Returns the bytes of the sizes of a channel's packed rows.
     std::size_t SizesBytes() const
     {
         return m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * (m_isLarge ? 4 : 2) : 0;
@@ -101,7 +103,7 @@ Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
       m_rowBytes(static_cast<std::size_t>(bitmap.Width) * static_cast<std::size_t>(m_sampleBytes)),
       m_channel(m_rowBytes)
 {
-    // Half as much again is more than packing and metadata add. A row's packed size has to fit into 16 bits, too.
+    // A factor of 1.5 exceeds what packing and metadata add. A row's packed size must also fit into 16 bits.
     const std::uint64_t copies = m_channels == 4 ? 2 : 1;
     const std::uint64_t bytes =
         copies * m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);
@@ -125,11 +127,11 @@ Bytes Writer::Head(const Bytes &resources) const
     return head;
 }
 
-// The count of layers and the record of the one, whose channels follow: red, green, blue, opacity.
+// Returns the layer count and the record of the one layer, whose channels follow: red, green, blue, opacity.
 Bytes Writer::LayerRecord(const std::vector<std::uint64_t> &channelBytes) const
 {
     Bytes record;
-    AppendNumber(0xFFFF, 2, &record); // -1: one, and the merged picture has its opacity
+    AppendNumber(0xFFFF, 2, &record); // -1: one layer, and the merged picture has its opacity
     AppendNumber(0, 8, &record);      // top, left
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Height), 4, &record);
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &record);
@@ -140,13 +142,13 @@ Bytes Writer::LayerRecord(const std::vector<std::uint64_t> &channelBytes) const
     }
     for (const char letter : std::string_view("8BIMnorm\xFF\0\0\0", 12)) // opacity, no clipping, visible
         record.push_back(static_cast<std::uint8_t>(letter));
-    AppendNumber(12, 4, &record);         // what follows:
-    AppendNumber(0, 8, &record);          // no mask, no ranges of blending
+    AppendNumber(12, 4, &record);         // bytes that follow:
+    AppendNumber(0, 8, &record);          // no mask, no blending ranges
     AppendNumber(0x024C3100, 4, &record); // the name, "L1"
     return record;
 }
 
-// One channel of a row, in big-endian samples.
+// Extracts one channel of a row, in big-endian samples.
 template <class T> void Writer::TakeChannelAs(const T *row, int channel, Blend blend)
 {
     std::uint8_t *out = m_channel.data();
@@ -167,7 +169,7 @@ void Writer::TakeChannel(const std::uint8_t *row, int channel, Blend blend)
         TakeChannelAs(reinterpret_cast<const float *>(row), channel, blend);
 }
 
-// Adds the sizes of its rows, if they are packed, to @p sizes.
+// Appends the sizes of its rows, if they are packed, to @p sizes.
 Status Writer::WriteChannel(int channel, Blend blend, Bytes *sizes)
 {
     const std::uint8_t *row = m_bitmap.Data;
@@ -184,7 +186,7 @@ Status Writer::WriteChannel(int channel, Blend blend, Bytes *sizes)
     return Status::Ok();
 }
 
-// The channels of the layer, each with its own packing; @p channelBytes: how long they are.
+// Writes the layer's channels, each packed separately; @p channelBytes: their lengths.
 Status Writer::WriteLayerChannels(std::vector<std::uint64_t> *channelBytes)
 {
     for (int c = 0; c < m_channels; ++c) {
@@ -210,10 +212,10 @@ Status Writer::PutLength(std::uint64_t at, std::uint64_t length)
     return m_sink->WriteAt(at, bytes.data(), bytes.size());
 }
 
-// What stands ahead of the layer: lengths to be filled in, and for deeper samples the head of a block of their own.
+// Returns the bytes before the layer: lengths to be filled in, and for deeper samples the header of a separate block.
 Bytes Writer::LayersHead() const
 {
-    Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // of the section, of the layers in it
+    Bytes head(static_cast<std::size_t>(2 * LengthBytes())); // of the section, and of its layers
     if (m_sampleBytes == 1)
         return head;
     AppendNumber(0, 4, &head); // no global mask
@@ -223,7 +225,7 @@ Bytes Writer::LayersHead() const
     return head;
 }
 
-// The section of layers, whose lengths are known last.
+// Writes the layer section, whose lengths are known last.
 Status Writer::WriteLayers()
 {
     const auto lengthBytes = static_cast<std::uint64_t>(LengthBytes());
@@ -250,7 +252,7 @@ Status Writer::WriteLayers()
     return m_sink->WriteAt(infoAt, record.data(), record.size());
 }
 
-// Of all channels, the sizes of their rows come first.
+// The sizes of the rows of all channels come first.
 Status Writer::WriteMerged()
 {
     Bytes head;

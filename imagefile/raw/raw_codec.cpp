@@ -1,4 +1,4 @@
-// Camera raw by LibRaw: the format's face. The work stands in raw_file.cpp.
+// Camera raw by LibRaw: the codec. See raw_file.cpp for the work.
 #include "raw_codec.h"
 
 #include "raw_facts.h"
@@ -14,7 +14,7 @@ namespace imagefile {
 
 namespace {
 
-// How raw files begin that are no TIFF: at which byte, and with what.
+// Signatures of raw files that are not TIFFs: offset and text.
 struct Mark {
     std::size_t at;
     const char *text;
@@ -32,7 +32,7 @@ bool IsTiffHead(const std::uint8_t *head)
     return (std::memcmp(head, "II*\0", 4) == 0) || (std::memcmp(head, "MM\0*", 4) == 0);
 }
 
-// A Canon CR2 is a TIFF with a mark of its own behind the header.
+// Returns whether a file is a Canon CR2, a TIFF with a mark after the header.
 bool IsCanonHead(const std::uint8_t *head)
 {
     return std::memcmp(head + 8, "CR\x02", 3) == 0;
@@ -56,7 +56,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Cameras' own files are believed by their suffix; without one, as in memory, they are known by their content.
+    // Cameras' files are accepted by their suffix; without one, as in memory, by their content.
     bool Recognises(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};

@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Zero-terminated unless the field is full; cameras pad with blanks.
+// Returns the text, zero-terminated unless the field is full; cameras pad with blanks.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));
@@ -42,7 +42,7 @@ public:
         if (IsKnown(value))
             Field(name, Decimal(value));
     }
-    /// IDs may need 64 bits. 0 and all bits set are unknown.
+    /// Adds an ID, which may need 64 bits. 0 and all bits set are unknown.
     void Id(const char *name, unsigned long long id)
     {
         if (id != 0 && id != ~0ull)
@@ -59,7 +59,7 @@ public:
             m_facts->exif[key] = Fraction(value, unit);
     }
     void Exif(const char *key, std::uint16_t value) { m_facts->exif[key] = value; }
-    /// Several rationals; values that are unknown are 0/0, as EXIF 2.32 writes them in LensSpecification.
+    /// Adds several rationals; unknown values are 0/0, as EXIF 2.32 specifies for LensSpecification.
     void Exif(const char *key, std::initializer_list<float> values, std::uint32_t unit)
     {
         Exiv2::URationalValue list;
@@ -80,7 +80,7 @@ private:
     RawFacts *m_facts;
 };
 
-// LibRaw has the camera's clock, taken for local time.
+// LibRaw takes the camera's clock as local time.
 std::string DateText(std::time_t time)
 {
     std::tm parts = {};
@@ -90,7 +90,7 @@ std::string DateText(std::time_t time)
     return text;
 }
 
-// LibRaw's turn as an EXIF orientation; 0 for none.
+// Converts LibRaw's rotation to an EXIF orientation; 0 for none.
 std::uint16_t OrientationOf(int flip)
 {
     constexpr std::uint16_t kOrientations[] = {1, 2, 4, 3, 5, 8, 6, 7};
@@ -118,7 +118,7 @@ void AddPosition(const libraw_gps_info_t &gps, Builder *to)
         && (gps.longref == 'E' || gps.longref == 'W') && gps.gpsstatus != 'V';
     if (!hasPlace)
         return;
-    constexpr std::uint32_t kUnit = 1000000; // floats of seconds hold no more
+    constexpr std::uint32_t kUnit = 1000000; // floats of seconds are no more precise
     to->Exif("Exif.GPSInfo.GPSLatitudeRef", std::string(1, gps.latref));
     to->Exif("Exif.GPSInfo.GPSLatitude", {gps.latitude[0], gps.latitude[1], gps.latitude[2]}, kUnit);
     to->Exif("Exif.GPSInfo.GPSLongitudeRef", std::string(1, gps.longref));

@@ -1,4 +1,4 @@
-// What LibRaw knows of a camera raw file besides its pixels.
+// LibRaw's metadata of a camera raw file.
 #pragma once
 
 #include "core/source.h"
@@ -13,7 +13,7 @@ namespace imagefile {
 struct RawFacts {
     /// Maker, model, lens, focal length, exposure, date and position, for files whose EXIF Exiv2 doesn't find.
     Exiv2::ExifData exif;
-    /// LibRaw's own fields by name: "LibRaw.LensID", "61184". Unknown ones are absent.
+    /// LibRaw's fields by name: "LibRaw.LensID", "61184". Unknown ones are absent.
     std::vector<std::pair<std::string, std::string>> fields;
 };
 

@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-/// Bytes of 16-bit sensor values that one byte of the file can stand for: lossy DNG is JPEG.
+/// Maximum bytes of 16-bit sensor values per byte of the file: lossy DNG is JPEG.
 constexpr std::int64_t kMaxRatio = kJpegPixelsPerByte * 2;
 
 float Sensible(float value)
@@ -31,7 +31,7 @@ Status StatusOf(int code)
 
 } // namespace
 
-// LibRaw with the two factors that it has no setting for, and with its errors kept instead of printed.
+// LibRaw with two extra factors that it has no setting for, and with errors stored instead of printed.
 class RawFile::Developer : public LibRaw {
 public:
     Developer();
@@ -69,7 +69,7 @@ void RawFile::Developer::ScaleMultipliers()
     }
 }
 
-// The automatic balance is only known once it has been applied.
+// The automatic balance is known only after it has been applied.
 void RawFile::Developer::ScalePixels()
 {
     if (!BalancesAutomatically() || (redScaling == 1.0f && blueScaling == 1.0f))
@@ -120,7 +120,7 @@ void RawFile::SetUp(const GFL_LOAD_PARAMS &params, Size size)
 {
     libraw_output_params_t &to = m_raw->imgdata.params;
     to.use_auto_wb = params.RawUseAutomaticBalance != 0;
-    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0; // LibRaw prefers this one
+    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0; // LibRaw would prefer this one
     to.highlight = std::min<int>(params.RawHighlight, 9);
     to.no_auto_bright = params.RawAutoBright == 0;
     to.gamm[0] = 1.0 / static_cast<double>(Sensible(params.RawGamma));

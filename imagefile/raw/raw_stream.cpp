@@ -9,7 +9,7 @@ namespace imagefile {
 
 int RawStream::read(void *buffer, std::size_t size, std::size_t count)
 {
-    if (size == 0 || count > m_source.Size() / size + 1) // longer ones would not fit; what there is comes
+    if (size == 0 || count > m_source.Size() / size + 1) // limit longer requests to the available bytes
         count = size == 0 ? 0 : static_cast<std::size_t>(m_source.Size() / size + 1);
     const std::size_t wanted = size * count;
     std::size_t done = 0;
@@ -18,7 +18,7 @@ int RawStream::read(void *buffer, std::size_t size, std::size_t count)
         done = std::min(wanted, m_buffered - at);
         std::memcpy(buffer, m_buffer + at, done);
     }
-    if (done < wanted && wanted - done < kBufferBytes / 2) { // small pieces come out of a fresh buffer
+    if (done < wanted && wanted - done < kBufferBytes / 2) { // read small pieces through a fresh buffer
         m_bufferAt = m_position + done;
         m_buffered = m_source.ReadAt(m_bufferAt, m_buffer, kBufferBytes);
         const std::size_t more = std::min(wanted - done, m_buffered);
@@ -48,7 +48,7 @@ int RawStream::get_char()
     return read(&byte, 1, 1) == 1 ? byte : -1;
 }
 
-// As fgets.
+// Like fgets.
 char *RawStream::gets(char *text, int size)
 {
     int length = 0;
@@ -66,7 +66,7 @@ char *RawStream::gets(char *text, int size)
     return text;
 }
 
-// One number, up to the blank behind it.
+// Reads one number, up to the blank after it.
 int RawStream::scanf_one(const char *format, void *value)
 {
     char text[64];

@@ -14,11 +14,11 @@ namespace imagefile {
 
 namespace {
 
-/// Strips a thread may be ahead of the writer: enough that nobody waits while the disk takes a strip, or while the
+/// Strips that a thread may be ahead of the writer: enough that no thread waits while the disk takes a strip or the
 /// calling thread packs one.
 constexpr int kSlotsPerThread = 3;
 
-/// A compressor with its buffer for unpacked bytes; one for each thread.
+/// A compressor with its buffer for unpacked bytes; one per thread.
 class Packer {
 public:
     explicit Packer(const StripJob &job)
@@ -45,8 +45,8 @@ private:
     std::vector<std::uint8_t> m_unpacked;
 };
 
-/// The calling thread makes strips ahead in a ring of slots and writes the packed ones in order; the others pack what
-/// is made, and so does the calling thread when nothing else is to be done. Alone it does everything in turn.
+/// The calling thread makes strips ahead in a ring of slots and writes the packed ones in order; the others pack them,
+/// and so does the calling thread when it has nothing else to do. With one thread it does everything in turn.
 class Ring {
 public:
     explicit Ring(const StripJob &job);
@@ -60,7 +60,7 @@ private:
     struct Slot {
         std::vector<std::uint8_t> rows, packed;
         std::size_t bytes = 0;
-        int strip = -1; // that lies packed here
+        int strip = -1; // the packed strip
     };
     using Lock = std::unique_lock<std::mutex>;
 
@@ -82,7 +82,7 @@ private:
     std::vector<std::thread> m_threads;
     std::mutex m_mutex; // guards all below, and the strip numbers of the slots
     std::condition_variable m_strips, m_packed;
-    // Strips that are made, that somebody packs or has packed, and that are written: each no more than the one before.
+    // Counts of strips made, taken for packing, and written: each at most the one before.
     int m_made = 0, m_taken = 0, m_written = 0;
     bool m_stop = false;
 };
@@ -90,7 +90,7 @@ private:
 Ring::Ring(const StripJob &job) : m_job(job)
 {
     const int threads = std::min(job.threads, job.strips);
-    for (int i = 0; i < threads; ++i) // all memory is taken here, so that a thread can't fail
+    for (int i = 0; i < threads; ++i) // allocate all memory here, so that a thread can't fail
         m_packers.push_back(std::make_unique<Packer>(job));
     m_slots.resize(static_cast<std::size_t>(threads > 1 ? threads * kSlotsPerThread : 1));
     for (Slot &slot : m_slots) {
@@ -117,7 +117,7 @@ void Ring::StartThreads()
     try {
         for (std::size_t i = 1; i < m_packers.size(); ++i)
             m_threads.emplace_back(&Ring::Work, this, m_packers[i].get());
-    } catch (const std::system_error &) { // the ones that run will do
+    } catch (const std::system_error &) { // continue with the threads that started
     }
 }
 

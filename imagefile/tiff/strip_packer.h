@@ -9,20 +9,20 @@
 
 namespace imagefile {
 
-/// What has to be packed.
+/// A packing job.
 struct StripJob {
     int strips = 0;                // >= 1
     std::size_t maxStripBytes = 0; // unpacked
-    int threads = 1;               // >= 1, the calling one among them; the packed bytes are the same for any number
+    int threads = 1;               // >= 1, including the calling one; the packed bytes are the same for any number
     int level = 1;                 // of libdeflate, 1 to 12
 
-    /// Makes what strip @p strip is filled from in @p rows (maxStripBytes). Called strip by strip in order, from the
-    /// calling thread, while others pack. May be left out; the rows that fill gets are then null.
+    /// Makes the rows for strip @p strip in @p rows (maxStripBytes). Called once per strip in order, on the calling
+    /// thread, while others pack. Optional; if absent, fill gets null rows.
     std::function<Status(int strip, std::uint8_t *rows)> make;
-    /// Fills @p buffer (maxStripBytes) with strip @p strip and returns its bytes. Called from several threads at once;
+    /// Fills @p buffer (maxStripBytes) with strip @p strip and returns its bytes. Called on several threads at once;
     /// must not throw.
     std::function<std::size_t(int strip, const std::uint8_t *rows, std::uint8_t *buffer)> fill;
-    /// Takes the packed strip. Called strip by strip in order, from the calling thread.
+    /// Receives the packed strip. Called once per strip in order, on the calling thread.
     std::function<Status(int strip, const std::uint8_t *packed, std::size_t bytes)> write;
 };
 

@@ -1,4 +1,4 @@
-// What the files of the TIFF codec share.
+// Shared by the files of the TIFF codec.
 #pragma once
 
 #include "core/codec.h"
@@ -7,7 +7,7 @@ namespace imagefile {
 
 Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadTiffPixels(const Source &source, RowSink *rows);
-/// A reduced version that the file holds for such purposes, or the picture.
+/// Reads a reduced version if the file has one, or else the picture.
 Status ReadTiffThumbnail(const Source &source, const Box &box, RowSink *rows);
 Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 

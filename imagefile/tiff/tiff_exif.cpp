@@ -16,7 +16,7 @@ Status Broken(const char *what)
     return Status::Fail(GFL_ERROR_FILE_WRITE, Text("TIFF: %s can't be read back", what));
 }
 
-// Appends at an even offset, as TIFF demands of directories.
+// Appends at an even offset, as TIFF requires for directories.
 Status Append(const std::vector<std::uint8_t> &bytes, Sink *sink, std::uint64_t *offset)
 {
     *offset = (sink->Size() + 1) & ~std::uint64_t(1);
@@ -63,14 +63,14 @@ Status TiffExif::Encode(const Exiv2::ExifData &exif)
 
 Status TiffExif::WriteHead(Sink *sink) const
 {
-    // The head's own header is the file's. A BigTIFF's is longer and covers the begin of the head's first directory,
-    // which nobody reads any more once its fields are joined.
+    // The head's header is replaced by the file's. A BigTIFF's is longer and overwrites the beginning of the head's
+    // first directory, which is no longer read once its fields are joined.
     const std::size_t begin = m_variant.HeaderBytes();
     return m_classic.size() > begin ? sink->WriteAt(begin, m_classic.data() + begin, m_classic.size() - begin)
                                     : Status::Ok();
 }
 
-// Gives the fields of a classic directory the form of BigTIFF, together with the directories that they point to.
+// Converts the fields of a classic directory to BigTIFF, together with the directories that they point to.
 Status TiffExif::WidenDirectory(TiffFields *fields, Sink *sink) const
 {
     for (TiffField &field : *fields) {

@@ -1,10 +1,9 @@
-// EXIF in a TIFF that is being written, exactly as Exiv2 makes it: rationals as they are, maker notes that still
-// decode.
+// EXIF in a TIFF that is being written, exactly as Exiv2 makes it: rationals unchanged, maker notes that still decode.
 //
-// libtiff has no maker notes and rounds rationals; Exiv2 afterwards would write the whole file a second time. So Exiv2
-// makes a small TIFF of nothing but metadata, whose bytes stand at the head of the file, where all offsets in it stay
-// right. The picture follows. At last the first directory is written again, with the fields of both: libtiff's for the
-// picture, Exiv2's for everything else, EXIF and GPS directories included.
+// libtiff doesn't support maker notes and rounds rationals; Exiv2 would afterwards write the whole file a second time.
+// So Exiv2 makes a small TIFF that holds only metadata, whose bytes go to the head of the file, where all its offsets
+// stay valid. The picture follows. Finally the first directory is written again, with the fields of both: libtiff's for
+// the picture, Exiv2's for everything else, including the EXIF and GPS directories.
 #pragma once
 
 #include "core/sink.h"
@@ -15,17 +14,18 @@ namespace imagefile {
 
 class TiffExif {
 public:
-    /// @p exif holds only what is to be carried; none makes the calls below do nothing.
+    /// Encodes @p exif, which only holds values to be carried; if there are none, the calls below do nothing.
     Status Encode(const Exiv2::ExifData &exif);
 
-    /// What the EXIF takes at most in a file: itself, and its directories once more, perhaps widened.
+    /// Returns the maximum bytes that the EXIF takes in a file: itself, and its directories again, perhaps widened.
     std::uint64_t BytesBound() const { return 3 * std::uint64_t(m_classic.size()); }
-    /// Of the file; before the calls below.
+    /// Sets the variant of the file; before the calls below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }
 
-    /// Writes the head behind the file's header, before any other byte.
+    /// Writes the head after the file's header, before any other byte.
     Status WriteHead(Sink *sink) const;
-    /// Joins the fields to the first directory, which has been written. Fields that the directory has already win.
+    /// Joins the fields to the first directory, which has been written. Fields already in the directory take
+    /// precedence.
     Status JoinFirstDirectory(Sink *sink) const;
 
 private:

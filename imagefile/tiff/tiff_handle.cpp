@@ -60,7 +60,7 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
     return client->source ? client->source->Size() : client->sink->Size();
 }
 
-// Errors only: libtiff warns of much that does no harm.
+// Errors only: libtiff warns about many harmless things.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
     auto *client = static_cast<Client *>(data);
@@ -68,7 +68,7 @@ int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *
     std::vsnprintf(text, sizeof text, format, arguments);
     if (client->firstError.empty())
         client->firstError = text;
-    return 1; // handled: libtiff's global handler, which prints, is not asked
+    return 1; // handled: libtiff's global handler, which prints, is not called
 }
 
 TiffHandle::TiffHandle() : m_client(std::make_unique<Client>()) { }
@@ -82,7 +82,7 @@ TiffHandle::~TiffHandle()
 Status TiffHandle::OpenForReading(const Source &source)
 {
     m_client->source = &source;
-    return Open("rm"); // m: no memory mapping, a file that shrinks meanwhile would kill the process
+    return Open("rm"); // m: no memory mapping; a file that shrinks would crash the process
 }
 
 Status TiffHandle::OpenForWriting(Sink *sink, bool big)
@@ -117,7 +117,7 @@ Status TiffHandle::Failure(GflError error) const
     if (!m_client->sinkFailure)
         return m_client->sinkFailure;
     std::string why = m_client->firstError.empty() ? "damaged" : m_client->firstError;
-    if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name under which it was opened: ours
+    if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name that we opened it with
         return Status::Fail(error, std::move(why));
     return Status::Fail(error, "TIFF: " + why);
 }

@@ -1,4 +1,4 @@
-// libtiff on our sources and sinks: one open file, its position, and the first thing that went wrong.
+// libtiff on sources and sinks: one open file, its position, and its first error.
 #pragma once
 
 #include "core/sink.h"
@@ -9,7 +9,7 @@
 
 namespace imagefile {
 
-/// An open TIFF. Closes it at the end of its life; nothing is printed, also not by closing.
+/// An open TIFF. The destructor closes it; nothing is printed, not even by closing.
 class TiffHandle {
 public:
     TiffHandle();
@@ -24,14 +24,14 @@ public:
 
     TIFF *Get() const { return m_tiff; }
 
-    /// The first error that libtiff reported, or of the sink below it, as a failure; @p error is used when the cause is
-    /// not known better.
+    /// Returns the first error reported by libtiff, or by the sink below it, as a failure; @p error is used if no
+    /// better cause is known.
     Status Failure(GflError error) const;
 
-    /// The first failure of the sink. libtiff goes on after some of them.
+    /// Returns the first failure of the sink. libtiff continues after some of them.
     const Status &SinkStatus() const;
 
-    /// A field that has one value; @p missing where the file has none and TIFF no default.
+    /// Returns a field with one value; @p missing if the file has none and TIFF no default.
     template <class T> T Field(std::uint32_t tag, T missing) const
     {
         T value = missing;

@@ -69,7 +69,7 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
     return Status::Ok();
 }
 
-// Colours by their number where the file doesn't say, as old scanners do.
+// Guesses colors from the number of samples if the file doesn't specify them, as with old scanners.
 std::uint16_t Photometric(const TiffHandle &handle, const TiffLayout &layout)
 {
     std::uint16_t photometric = 0;
@@ -122,7 +122,7 @@ Status ReadColour(const TiffHandle &handle, TiffLayout *layout)
     }
 }
 
-// libtiff takes a picture whose color map it can't read for grey or RGB: what the file itself says is read again.
+// libtiff treats a picture whose color map it can't read as gray or RGB: read the file's value again.
 std::uint16_t StoredPhotometric(const Source &source, const TiffHandle &handle, std::uint16_t missing)
 {
     constexpr std::size_t kDirectoryBytes = 65536;
@@ -164,7 +164,7 @@ int ColourSamples(TiffColour colour)
     return colour == TiffColour::Rgb || colour == TiffColour::Lab ? 3 : colour == TiffColour::Cmyk ? 4 : 1;
 }
 
-// The sample that holds opacity, or -1.
+// Returns the sample that holds opacity, or -1.
 int FindOpacity(const TiffHandle &handle, int colours, TiffLayout *layout)
 {
     std::uint16_t count = 0;
@@ -233,16 +233,16 @@ Status ChooseForeignForm(const TiffHandle &handle, TiffLayout *layout)
     return Status::Ok();
 }
 
-/// Bytes of pixels that one byte of the file can stand for.
+/// Returns the maximum bytes of pixels per byte of the file.
 std::int64_t MaxRatio(const TiffLayout &layout)
 {
     switch (layout.compression) {
     case COMPRESSION_NONE:
-        return layout.photometric == PHOTOMETRIC_YCBCR ? 3 : 1; // colour at a sixteenth: 18 samples for 48
+        return layout.photometric == PHOTOMETRIC_YCBCR ? 3 : 1; // color at a sixteenth: 18 samples for 48
     case COMPRESSION_PACKBITS:
         return 64; // 128 bytes for 2
     case COMPRESSION_LZW:
-        return 1400; // 3,838 codes of at most 12 bits stand for 1 + 2 + ... + 3,838 bytes
+        return 1400; // 3,838 codes of at most 12 bits encode 1 + 2 + ... + 3,838 bytes
     case COMPRESSION_DEFLATE:
     case COMPRESSION_ADOBE_DEFLATE:
         return kDeflateRatio;
@@ -258,7 +258,7 @@ Status CheckBytes(const Source &source, const TiffHandle &handle, const TiffLayo
 {
     if (Status status = CheckImageSize(layout.width, layout.height, layout.form.channels, layout.form.bits); !status)
         return status;
-    // Tiles are stored whole, also those that hang over the edge.
+    // Tiles are stored whole, even those that extend past the edge.
     const std::uint64_t tileBytes = layout.isTiled ? TIFFTileSize64(handle.Get()) : 0;
     if (layout.isTiled && (tileBytes == 0 || tileBytes > static_cast<std::uint64_t>(kMaxCodecAllocation)))
         return Damaged(Text("tiles of %llu bytes", static_cast<unsigned long long>(tileBytes)));
@@ -270,7 +270,7 @@ Status CheckBytes(const Source &source, const TiffHandle &handle, const TiffLayo
     return CheckClaim(bytes, delivered, source.Size(), MaxRatio(layout));
 }
 
-/// Everything that the current directory shows, checked.
+/// Reads and checks everything in the current directory.
 Status ReadLayout(const Source &source, const TiffHandle &handle, TiffLayout *layout)
 {
     if (Status status = ReadSize(handle, layout); !status)
@@ -296,7 +296,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxDirectories));
 }
 
-// The place of the smallest directory that will do, 0 for none.
+// Searches for the smallest suitable directory; its place is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
@@ -339,7 +339,7 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
     for (const std::uint64_t offset : SubDirectories(*handle))
         if (TIFFSetSubDirectory(handle->Get(), offset))
             search.Look(*handle);
-    // Reduced versions of the pages behind the first belong to those.
+    // Reduced versions of later pages belong to those pages.
     bool more = TIFFSetDirectory(handle->Get(), 0) != 0;
     for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = TIFFReadDirectory(handle->Get()) != 0) {
         pages += IsReduced(*handle) ? 0 : 1;

@@ -1,4 +1,4 @@
-// What the directory of a TIFF says of its pixels, checked, in our terms.
+// Checked layout of a TIFF's pixels, from its directory.
 #pragma once
 
 #include "core/color_transform.h"
@@ -15,8 +15,8 @@ enum class TiffColour {
     Rgb,
     Palette,
     Cmyk,
-    Lab,   // of 8 or 16 bits
-    Other, // YCbCr, LogLuv, and Lab as fax machines store it: by libtiff's own conversion to 8-bit RGB
+    Lab,   // 8 or 16 bits
+    Other, // YCbCr, LogLuv, and fax Lab: by libtiff's own conversion to 8-bit RGB
 };
 
 /// How pixels are stored, and the form in which they are delivered:
@@ -31,33 +31,34 @@ enum class TiffColour {
 ///   | CMYK; Lab of 8 or 16 bits                | RGB; RGBA with an opacity sample       |
 ///   | YCbCr, LogLuv, ITU Lab                   | RGB of 8 bits                          |
 ///
-/// Opacity is an extra sample that says so, or the only extra sample of grey or RGB. Other extra samples are left out.
+/// Opacity is an extra sample marked as such, or the only extra sample of gray or RGB. Other extra samples are left
+/// out.
 struct TiffLayout {
     int width = 0;
     int height = 0;
-    int bits = 1;    // a sample
-    int samples = 1; // a pixel
+    int bits = 1;    // per sample
+    int samples = 1; // per pixel
     bool isFloat = false;
-    bool isPlanar = false; // each sample in strips or tiles of its own
+    bool isPlanar = false; // each sample in separate strips or tiles
     bool isTiled = false;
     bool minIsWhite = false;
     bool premultiplied = false;
     std::uint16_t compression = 1;
     std::uint16_t photometric = 0;
     TiffColour colour = TiffColour::Grey;
-    std::vector<int> used;                // the samples that make a delivered pixel: colours, then opacity
+    std::vector<int> used;                // the samples that make a delivered pixel: colors, then opacity
     const std::uint16_t *palette[3] = {}; // red, green, blue; owned by libtiff
     Chromaticity white = kD50;            // of CIE Lab
-    PixelForm unpacked; // bits: of the used samples once they are unpacked; channels: how many there are
+    PixelForm unpacked; // bits: of the used samples once unpacked; channels: their number
     PixelForm form;     // as delivered
 };
 
-/// Opens the picture of a TIFF: its first directory that isn't marked as a reduced version, with everything checked
-/// that the directory shows.
+/// Opens the picture of a TIFF: its first directory that isn't marked as a reduced version, with all of the directory's
+/// contents checked.
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout);
 
-/// Opens the smallest reduced version in the file, in a directory of its own or below the picture's, that can stand for
-/// the picture in @p box. A failure when there is none.
+/// Opens the smallest reduced version in the file, in a directory of its own or below the picture's, that can replace
+/// the picture in @p box. Fails if there is none.
 Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout);
 
 } // namespace imagefile

@@ -1,4 +1,4 @@
-// The predictors of TIFF, which make rows easier to compress: differences of neighbours.
+// The predictors of TIFF, which make rows easier to compress: differences of neighbors.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// Predictor 2: each sample of 8 or 16 bits minus the one of the pixel before, wrapping around. @p dst may not overlap.
+/// Predictor 2: each sample of 8 or 16 bits minus that of the previous pixel, wrapping around. @p dst may not overlap.
 template <class T> void DifferenceRow(const T *src, T *dst, std::size_t width, std::size_t channels);
 
 /// Predictor 3 for floats: the row's bytes sorted by significance, highest first, then each byte minus the one

@@ -12,15 +12,15 @@ namespace imagefile {
 namespace {
 
 /// Strips up to this size are decoded at once, which libtiff does by libdeflate and much faster than row by row. Larger
-/// ones, such as a whole picture in one strip, would need its memory twice.
+/// ones, such as a whole picture in one strip, would need twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
-/// Decodes a TIFF from the top down, a row of tiles, a strip or a single row (the band) at a time. Each plane of a
-/// planar file has a handle of its own, so that all are read in one pass.
+/// Decodes a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane of a
+/// planar file has a separate handle, so that all are read in one pass.
 class BandReader {
 public:
     Status Open(const Source &source);
-    /// A reduced version that can stand for the picture in @p box.
+    /// Opens a reduced version that can replace the picture in @p box.
     Status OpenReduced(const Source &source, const Box &box);
     const TiffLayout &Layout() const { return m_layout; }
     TIFF *Picture() const { return m_planes[0]->Get(); }
@@ -29,7 +29,7 @@ public:
     /// Decodes the band that begins at row @p y.
     Status ReadBand(int y);
     int BandRows() const { return m_bandRows; }
-    /// Unpacks a row of the band into @p dst: layout.unpacked.channels samples a pixel.
+    /// Unpacks a row of the band into @p dst: layout.unpacked.channels samples per pixel.
     void UnpackRow(int rowInBand, void *dst) const;
 
 private:
@@ -43,11 +43,11 @@ private:
     std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one for each used sample
     int m_pieceWidth = 0;                              // of a tile, or of the picture
     int m_bandRows = 0;                                // tile height, rows of a strip, or 1
-    bool m_byRow = false;                              // strips are too large to be decoded at once
+    bool m_byRow = false;                              // strips are too large to decode at once
     std::size_t m_pieces = 1;                          // side by side
     std::size_t m_rowBytes = 0;                        // of a piece
     std::size_t m_pieceBytes = 0;
-    std::vector<std::uint8_t> m_band; // planes, in them pieces, in them rows
+    std::vector<std::uint8_t> m_band; // planes of pieces of rows
 };
 
 Status BandReader::Open(const Source &source)
@@ -183,7 +183,7 @@ void BandReader::UnpackRow(int rowInBand, void *dst) const
     }
 }
 
-// The profile of the inks is looked for only here: most pictures are of other colours.
+// Reads the ink profile only here: most pictures have other colors.
 Status StartTransform(const Source &source, const TiffLayout &layout, ColourTransform *transform)
 {
     const bool hasAlpha = layout.form.channels == 4;
@@ -225,14 +225,14 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
     return Status::Ok();
 }
 
-// The rare kinds of colour, by libtiff's own conversion, which needs the picture as 8-bit RGBA besides.
+// Reads rare kinds of color by libtiff's conversion, which also needs the picture as 8-bit RGBA.
 Status ReadForeign(const BandReader &reader, RowSink *rows)
 {
     const TiffLayout &layout = reader.Layout();
     const auto width = static_cast<std::uint32_t>(layout.width), height = static_cast<std::uint32_t>(layout.height);
     std::vector<std::uint32_t> raster(std::size_t(width) * height);
     std::uint16_t orientation = ORIENTATION_TOPLEFT;
-    TIFFGetFieldDefaulted(reader.Picture(), TIFFTAG_ORIENTATION, &orientation); // the file's own: nothing is turned
+    TIFFGetFieldDefaulted(reader.Picture(), TIFFTAG_ORIENTATION, &orientation); // the file's own: nothing is rotated
     if (!TIFFReadRGBAImageOriented(reader.Picture(), width, height, raster.data(), orientation, /*stopOnError=*/1))
         return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: the pixels can't be decoded");
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
@@ -298,7 +298,7 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     TiffLayout layout;
     if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
         return status;
-    // Hosts compare the one of tiled files as a whole, and look for the colours in the others.
+    // Hosts compare the description of tiled files as a whole, and look for the colors in the others.
     const GflColorModel model = ColorModelOf(layout);
     std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
                   layout.isTiled             ? " tiled"

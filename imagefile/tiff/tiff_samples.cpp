@@ -7,7 +7,7 @@ namespace imagefile {
 
 namespace {
 
-/// Reads one value of type T from memory that need not be aligned.
+/// Reads one value of type T from possibly unaligned memory.
 template <class T> T Load(const std::uint8_t *p)
 {
     T value;
@@ -52,7 +52,7 @@ void Unpack24(const std::uint8_t *src, std::size_t first, std::size_t srcStep, s
     }
 }
 
-// Numbers of 1 to 15 bits, packed from the highest bit of each byte down.
+// Unpacks numbers of 1 to 15 bits, from the highest bit of each byte down.
 template <class D>
 void UnpackBits(const TiffLayout &layout, const std::uint8_t *src, std::size_t first, std::size_t srcStep,
                 std::size_t count, D *dst, std::size_t dstStep)
@@ -93,8 +93,8 @@ template <class T> void SpreadGrey(const TiffLayout &layout, const T *samples, T
     }
 }
 
-// CIE Lab holds a and b with a sign. Of 16 bits, they count 256 to the unit, as does all of ICC Lab: the coding of ICC
-// version 2, while that of version 4 goes over the full range.
+// CIE Lab stores signed a and b. At 16 bits they have 256 counts per unit, as all of ICC Lab has: that is the encoding
+// of ICC version 2, while that of version 4 uses the full range.
 template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>(), kFullV2 = sizeof(T) == 2 ? 65280 : 255;
@@ -105,7 +105,7 @@ template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
             samples[c] = static_cast<T>(std::min(((samples[c] ^ sign) * kFull + kFullV2 / 2) / kFullV2, kFull));
 }
 
-// Colour maps hold 16 bits, but some writers put 8-bit numbers there.
+// Color maps hold 16 bits, but some writers store 8-bit numbers.
 bool IsEightBitMap(const TiffLayout &layout)
 {
     const std::size_t colours = std::size_t(1) << layout.bits;

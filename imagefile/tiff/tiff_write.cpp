@@ -12,8 +12,8 @@ namespace imagefile {
 
 namespace {
 
-/// Unpacked bytes of a strip: long enough that the compressor's window is mostly full, short enough that readers, and
-/// each of our threads, need little memory.
+/// Unpacked bytes of a strip: long enough to fill most of the compressor's window, short enough that readers, and each
+/// of our threads, need little memory.
 constexpr std::int64_t kStripBytes = 512 * 1024;
 
 /// Level of libdeflate. On noisy photographs with predictor, level 4 takes between 1.3 and 2.8 times the time of level
@@ -22,15 +22,15 @@ constexpr std::int64_t kStripBytes = 512 * 1024;
 /// 13 %.
 constexpr int kDeflateLevel = 1;
 
-/// Room for directories and the header beside pixels, metadata and strip tables.
+/// Room for directories and the header in addition to pixels, metadata and strip tables.
 constexpr std::uint64_t kOtherBytes = 65536;
 
-/// The pixels to be written, and how they are cut.
+/// The pixels to write, and how they are divided.
 struct Picture {
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker);
 
     const GFL_BITMAP &bitmap;
-    const RowMaker *maker; // of the rows; null where the bitmap holds them
+    const RowMaker *maker; // makes the rows; null if the bitmap holds them
     PixelForm form;
     std::size_t rowBytes; // without padding
     int rowsPerStrip;
@@ -40,7 +40,7 @@ struct Picture {
     const std::uint8_t *Row(int y) const { return bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine; }
     std::size_t BytesOf(int strip) const { return rowBytes * static_cast<std::size_t>(RowsOf(strip)); }
     std::uint64_t Bytes() const { return std::uint64_t(rowBytes) * static_cast<std::uint64_t>(bitmap.Height); }
-    /// Puts the rows of a strip one behind the other. Made rows are asked for in order.
+    /// Copies the rows of a strip without gaps. Requests made rows in order.
     Status FillStrip(int strip, std::uint8_t *dst) const;
 };
 
@@ -65,7 +65,7 @@ Status Picture::FillStrip(int strip, std::uint8_t *dst) const
     return Status::Ok();
 }
 
-/// TIFF's numbers for those of the layer.
+/// Converts the layer's compression numbers to TIFF's.
 bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
 {
     switch (compression) {
@@ -84,13 +84,13 @@ bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
     }
 }
 
-/// The most bytes that the pixels can take.
+/// Returns the maximum bytes that the pixels can take.
 std::uint64_t PackedBound(const Picture &picture, std::uint16_t compression)
 {
     const std::uint64_t bytes = picture.Bytes();
     if (compression == COMPRESSION_LZW)
         return bytes + bytes / 2;                                          // 12 bits for each byte
-    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores what doesn't shrink
+    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores data that doesn't shrink
 }
 
 std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const Metadata &metadata,
@@ -100,7 +100,7 @@ std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const
         + exif.BytesBound() + static_cast<std::uint64_t>(picture.strips) * 16 + kOtherBytes;
 }
 
-/// Copies a row without padding, as the predictor wants it.
+/// Copies a row without padding, as the predictor requires.
 void PredictRow(const Picture &picture, const std::uint8_t *src, std::uint8_t *dst)
 {
     const auto width = static_cast<std::size_t>(picture.bitmap.Width);
@@ -120,7 +120,7 @@ const Metadata &MetadataOf(const SaveOptions &options)
     return options.metadata ? *options.metadata : none;
 }
 
-/// One file on its way.
+/// Writes one file.
 class Writer {
 public:
     Writer(const Picture &picture, const SaveOptions &options, std::uint16_t compression, Sink *sink)

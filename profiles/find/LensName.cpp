@@ -12,7 +12,7 @@ namespace {
 
 using Pattern = QRegularExpression;
 
-/// A spelling and the one that stands for it. Applied in order to the case-folded text, before it is cut into words.
+/// A spelling and its canonical form. Applied in order to the case-folded text, before it is split into words.
 struct Spelling {
     const char *pattern;
     const char *replacement;
@@ -25,7 +25,7 @@ constexpr Spelling kSpellings[] = {
     {"(\\d),(\\d)", "\\1.\\2"}, // decimal commas
     {"[‐-―−~～]", "-"},         // dashes of all lengths
     {"\\bpower\\s*o\\.?i\\.?s\\.?\\b|\\bmega\\s*o\\.?i\\.?s\\.?\\b|\\bo\\.i\\.s\\.?", " ois "},
-    {"\\b(ef|rf)-?s(?=[\\s\\d]|$)", " \\1s "}, // before a number or a blank: a mount, not a word's end
+    {"\\b(ef|rf)-?s(?=[\\s\\d]|$)", " \\1s "}, // before a number or a space: a mount, not the end of a word
     {"\\bef-?m(?=[\\s\\d]|$)", " efm "},
     {"\\bai-?s\\b", " ais "},
     {"\\baf-?([spi])\\b", " af\\1 "},
@@ -51,12 +51,12 @@ constexpr Spelling kSpellings[] = {
 
 enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Line, Purpose };
 
-/// How a group's marks are compared.
+/// Comparison rule for the marks of a group.
 enum class Rule {
     Same,           // both names have the same marks of the group, or they contradict
-    SameUnlessBare, // as Same, but a picture's name of numbers alone leaves it open
-    SameIfFull,     // as Same, but a picture's name of mount and numbers leaves it open too
-    NotOther        // contradict only where both name something and it differs
+    SameUnlessBare, // as Same, but a picture's name of only numbers matches either
+    SameIfFull,     // as Same, but a picture's name of mount and numbers matches either too
+    NotOther        // contradict only if both names have marks and they differ
 };
 
 struct GroupRule {
@@ -75,7 +75,7 @@ constexpr GroupRule kGroupRules[] = {
 struct Mark {
     const char *word;
     Group group;
-    const char *canonical; // marks that mean the same share one; null: the word
+    const char *canonical; // shared by synonyms; null: the word
 };
 
 constexpr Mark kMarks[] = {
@@ -153,7 +153,7 @@ struct Family {
     const char *maker;
 };
 
-/// Makers by their names and by the families of lenses that they alone make.
+/// Makers by name and by lens families that only they make.
 constexpr Family kFamilies[] = {
     {"canon", "canon"},
     {"nikon", "nikon"},
@@ -209,10 +209,10 @@ constexpr Family kFamilies[] = {
     {"gf", "fujifilm"},
 };
 
-/// Families that other makers' names hold as well, as a mount: they name the maker only where nothing else does.
+/// Families that other makers use as the name of a mount: they identify the maker only if nothing else does.
 constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf", "rfs", "fe", "xf", "xc", "gf"};
 
-/// Words that say nothing of which lens it is.
+/// Words that do not help to identify a lens.
 constexpr const char *kIdleWords[] = {"lens", "mm", "f", "for", "and", "n", "the", "objective", "unknown", "a"};
 
 QString Folded(const QString &text)
@@ -235,7 +235,7 @@ double Number(const QRegularExpressionMatch &match, const char *group)
     return match.captured(QLatin1String(group)).toDouble();
 }
 
-/// Takes the first match of @p pattern out of @p text.
+/// Removes the first match of @p pattern from @p text.
 QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 {
     const QRegularExpressionMatch match = pattern.match(*text);
@@ -244,7 +244,7 @@ QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
     return match;
 }
 
-// Numbers of one or two digits before the point for apertures, up to four for focal lengths; "F004" is a maker's code.
+// Apertures have one or two digits before the point, focal lengths up to four; "F004" is a maker's code.
 constexpr const char *kFocal = "(?<a>\\d{1,4}(?:\\.\\d+)?)\\s*(?:mm)?\\s*(?:-\\s*(?<b>\\d{1,4}(?:\\.\\d+)?))?";
 constexpr const char *kStop = "(?<n>\\d{1,2}(?:\\.\\d+)?)(?:\\s*-\\s*(?<m>\\d{1,2}(?:\\.\\d+)?))?(?!\\d)";
 
@@ -261,7 +261,7 @@ const QVector<Pattern> &NumberPatterns()
         Of(focal + QLatin1String("\\s*mm\\s*f\\s*[/_]?\\s*") + stop),                // 18-55mm f/3.5-5.6, 23mmf1.4
         Of(focal + QLatin1String("\\s*/\\s*f\\s*") + stop),                          // 14-42/F3.5-5.6
         Of(QLatin1String("1\\s*:\\s*") + stop + QLatin1String("\\s*/\\s*") + focal), // 1:1.7/28
-        Of(focal + QLatin1String("\\s*mm\\b")),                                      // the rest apart
+        Of(focal + QLatin1String("\\s*mm\\b")),                                      // separate from the aperture
         Of(QLatin1String("(?<![a-z])f\\s*[/_]?\\s*") + stop),
         Of(QLatin1String("(?<![a-z\\d.])(?<n>\\d(?:\\.\\d+)?)(?<m>)\\s*/\\s*(?<a>\\d{2,4})(?<b>)(?![\\d.])")), // 3.5/50
         Of(QLatin1String("1\\s*:\\s*(?!1(?![.\\d]))") + stop),
@@ -318,7 +318,8 @@ template <std::size_t kCount> bool Among(const char *const (&words)[kCount], con
 
 void AddCode(const QString &word, LensName *name)
 {
-    static const Pattern tamron(QStringLiteral("^[abf]0\\d\\d$")); // as its lenses name themselves: "E 20mm F2.8 F050"
+    static const Pattern tamron(
+        QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
     name->codes.insert(word);
     if (name->maker.isEmpty() && tamron.match(word).hasMatch())
         name->maker = QStringLiteral("tamron");
@@ -368,7 +369,7 @@ QString Range(double from, double to, const QString &unit)
     return Near(from, to, 1e-6) ? unit.arg(first) : unit.arg(first + QLatin1Char('-') + QString::number(to));
 }
 
-/// Where the picture names a maker and the other name none, its words have to be those of the picture.
+/// If the picture names a maker and the other name none, its words must match the picture's.
 bool MayBeOfMaker(const LensName &wanted, const LensName &offered)
 {
     if (wanted.maker.isEmpty() || wanted.maker == offered.maker)
@@ -376,10 +377,10 @@ bool MayBeOfMaker(const LensName &wanted, const LensName &offered)
     return offered.maker.isEmpty() && wanted.words.contains(offered.words);
 }
 
-/// The first number in which the names differ, for people; empty if they agree as far as both have any.
+/// Returns the first number in which the names differ, readable; empty if all numbers that both have agree.
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
-    constexpr double kFocalShare = 0.015, kStopShare = 0.03; // names round: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
+    constexpr double kFocalShare = 0.015, kStopShare = 0.03; // names are rounded: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
     if (wanted.HasFocal() && offered.HasFocal()
         && !(Near(wanted.minFocalMm, offered.minFocalMm, kFocalShare)
              && Near(wanted.maxFocalMm, offered.maxFocalMm, kFocalShare)))
@@ -391,7 +392,7 @@ QString NumberContradiction(const LensName &wanted, const LensName &offered)
     return QString();
 }
 
-/// Names of lens numbers that are worth comparing: "b028" or "013", not "11".
+/// Whether a lens code is specific enough to compare: "b028" or "013", not "11".
 QSet<QString> TellingCodes(const LensName &name)
 {
     QSet<QString> codes;
@@ -412,7 +413,7 @@ QSet<QString> MarksOf(const LensName &name, Group group)
     return marks;
 }
 
-/// Says more than numbers, a mount and the hints that cameras add to them.
+/// Whether a name has more than numbers, a mount and the hints that cameras add.
 bool IsFull(const LensName &name)
 {
     constexpr Group kTelling[] = {Group::Motor, Group::Format, Group::Line, Group::Purpose};
@@ -440,7 +441,7 @@ bool NamesCanonMount(const LensName &name)
     return false;
 }
 
-/// Panasonic's cameras, and people after them, often leave it out.
+/// Panasonic's cameras often omit it, and so do users.
 bool LeavesStabilizerOut(const LensName &name)
 {
     return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica");
@@ -472,7 +473,7 @@ QString Contradiction(const LensName &wanted, const LensName &offered)
         return QLatin1String("another maker");
     if (const QString number = NumberContradiction(wanted, offered); !number.isEmpty())
         return number;
-    // Phones name all their cameras alike.
+    // Phones use the same name for all their cameras.
     if (wanted.words.contains(QStringLiteral("camera"))
         && (wanted.words != offered.words || wanted.codes != offered.codes))
         return QStringLiteral("another camera");

@@ -1,12 +1,12 @@
-// The name of a lens as its parts, and whether two names mean the same lens.
+// Parsed lens names, and whether two of them mean the same lens.
 #pragma once
 
 #include <QSet>
 #include <QString>
 #include <QVector>
 
-/// A lens name taken apart. Cameras, makers and databases spell one lens in many ways; what stays the same are the
-/// numbers, the marks that tell one version from another, and most of the words.
+/// A parsed lens name. Cameras, makers and databases spell the same lens in many ways; the constant parts are the
+/// numbers, the marks that distinguish versions, and most of the words.
 struct LensName {
     QString text;             // as written
     double minFocalMm = 0.0;  // 0: not given
@@ -16,26 +16,26 @@ struct LensName {
     QString maker;              // "nikon", from its name or from a family of its lenses ("Nikkor"); empty: not given
     QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group, see LensName.cpp
     QSet<QString> words;        // the rest, case folded
-    QSet<QString> codes;        // the maker's own number of the lens, "b028"
+    QSet<QString> codes;        // the maker's number of the lens, "b028"
     bool converter = false;     // with a tele converter
-    bool anyGeneration = false; // "[II]": the camera doesn't know which
+    bool anyGeneration = false; // "[II]": the camera doesn't know the version
 
     bool HasFocal() const { return minFocalMm > 0.0; }
     bool HasAperture() const { return maxAperture > 0.0; }
-    /// Says no more than numbers, a maker, and the hints that cameras add to them ("G VR").
+    /// Whether the name has only numbers, a maker, and the hints that cameras add ("G VR").
     bool IsBare() const;
 };
 
-/// The lenses that a text may mean: one, or several where a camera writes "A or B".
+/// Returns the lenses that a text may mean: one, or several if a camera writes "A or B".
 QVector<LensName> ParseLensNames(const QString &text);
 
-/// What comes of comparing two names.
+/// The result of comparing two names.
 struct NameMatch {
     bool fits = false;      // no number and no mark contradicts
     bool sameFocal = false; // both name the same focal lengths and apertures
-    double score = 0;       // what is shared less what only one of them has
-    QString why;            // if it doesn't fit: the first contradiction, for people
+    double score = 0;       // shared parts less those of only one name
+    QString why;            // if it doesn't fit: the first contradiction, readable
 };
 
-/// Compares what a picture says of its lens with what a profile or database says.
+/// Compares the lens name of a picture with that of a profile or database.
 NameMatch CompareLensNames(const LensName &wanted, const LensName &offered);

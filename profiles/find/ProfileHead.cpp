@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char *kCamera = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 constexpr const char *kRdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
-constexpr int kMostDepth = 64;       // elements within elements; a profile has 12
+constexpr int kMostDepth = 64;       // nested elements; a profile has 12
 constexpr int kMostAlternates = 100; // names and numbers of one lens
 constexpr int kMostText = 4096;      // characters of one field
 
@@ -19,7 +19,7 @@ void AddOnce(const QString &text, QStringList *list)
         list->append(clean);
 }
 
-/// "24/10" or "2.4"; 0 for "0/0" and for no number.
+/// Parses "24/10" or "2.4"; 0 for "0/0" and for other text.
 double Rational(const QString &text)
 {
     const int slash = text.indexOf(QLatin1Char('/'));
@@ -40,7 +40,7 @@ void SetLensInfo(const QString &text, ProfileHead *head)
     head->maxAperture = Rational(parts[3]);
 }
 
-/// Reads one entry. Every field counts, be it an attribute or an element's text; those of models are no names.
+/// Reader of one entry. Fields are attributes or element texts; those of models are ignored.
 class HeadReader {
 public:
     HeadReader(QIODevice *device, ProfileHead *head) : m_xml(device), m_head(head) { }
@@ -148,7 +148,7 @@ private:
     ProfileHead *m_head;
     QStringList m_path;    // names of the open elements
     QString m_text;        // since the last tag
-    int m_entryDepth = -1; // size of m_path within the entry's own tag; -1: not there yet
+    int m_entryDepth = -1; // size of m_path inside the entry's tag; -1: not reached yet
     bool m_done = false, m_tooDeep = false;
 };
 

@@ -1,4 +1,4 @@
-// What finding needs of a profile: the names, the frame and the flags of its first entry.
+// The data of a profile that the search needs: names, frame and flags of its first entry.
 #pragma once
 
 #include <QString>
@@ -8,9 +8,9 @@ class QIODevice;
 
 struct ProfileHead {
     QString make, model;     // of the camera
-    QStringList lensNames;   // Lens, LensPrettyName, alternate names; without empty and repeated ones
+    QStringList lensNames;   // Lens, LensPrettyName, alternate names; without empty and duplicate ones
     QStringList lensIds;     // LensID and alternate ones, as text
-    double minFocalMm = 0.0; // LensInfo, or out of a name; 0: not given
+    double minFocalMm = 0.0; // from LensInfo or a name; 0: not given
     double maxFocalMm = 0.0;
     double minAperture = 0.0; // f-number wide open, at the shortest and the longest focal length; 0: not given
     double maxAperture = 0.0;

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
-constexpr quint32 kVersion = 1;        // another one is read anew: raise it with every change of what is stored
+constexpr quint32 kVersion = 1;        // caches of another version are rebuilt: increase it with every format change
 constexpr qint64 kMaxCacheBytes = qint64(256) << 20;
 
 QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
@@ -41,7 +41,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Names tell what the file leaves out, so that a search needs to take few names apart.
+/// Fills in from names what the file omits, so that a search parses few names.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -58,7 +58,7 @@ IndexedProfile ReadProfile(const QFileInfo &info)
     profile.bytes = info.size();
     profile.modifiedMs = info.lastModified().toMSecsSinceEpoch();
     QFile file(profile.path);
-    if (!info.isFile()) // a pipe without a writer would block for good
+    if (!info.isFile()) // a pipe without a writer would block forever
         profile.error = QStringLiteral("not a regular file");
     else if (profile.bytes > kMaxXmlBytes)
         profile.error = QStringLiteral("larger than %1 MiB").arg(kMaxXmlBytes >> 20);
@@ -131,7 +131,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
     return complete;
 }
 
-/// Links to folders are followed only as far as kMostDepth, which ends circles.
+/// kMostDepth also limits links to folders, which ends cycles.
 void ProfileIndex::Walk(const QString &folder, int depth, QStringList *files) const
 {
     if (depth > kMostDepth || files->size() > kMostProfiles)
@@ -172,7 +172,7 @@ void ProfileIndex::LoadCache()
         m_known.clear();
 }
 
-/// A cache that can't be written costs time, nothing else.
+/// A cache that cannot be written only costs time.
 void ProfileIndex::SaveCache() const
 {
     if (m_cacheFile.isEmpty())

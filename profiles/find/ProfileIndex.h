@@ -1,4 +1,4 @@
-// What is known of all the profiles in some folders, kept between runs.
+// Index of all profiles in some folders, kept between runs.
 #pragma once
 
 #include "ProfileHead.h"
@@ -12,34 +12,34 @@ struct IndexedProfile {
     QString path;
     qint64 bytes = 0;
     qint64 modifiedMs = 0; // since 1970
-    QString error;         // why it can't be used; empty: head holds
+    QString error;         // why it cannot be used; empty: `head` is valid
     ProfileHead head;
 };
 
-/// The profiles below some folders, at any depth; file names count for nothing but their suffix ".lcp".
+/// Index of the profiles in some folders, at any depth; of file names only the suffix ".lcp" matters.
 ///
-/// The heads are kept in one file in the user's cache folder, by path, size and time of change, so that a later run
-/// reads only what changed. Two programs may use it at once: each replaces the whole file, and what one lost the next
-/// run reads again. A damaged cache is made anew.
+/// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
+/// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
+/// entries again. A damaged cache is rebuilt.
 class ProfileIndex {
 public:
-    /// @param cacheFile  empty: kept nowhere. See DefaultCacheFile.
+    /// @param cacheFile  empty: no cache. See DefaultCacheFile.
     explicit ProfileIndex(const QString &cacheFile = DefaultCacheFile());
 
-    /// In the user's cache folder; empty if there is none.
+    /// Returns a path in the user's cache folder; empty if there is none.
     static QString DefaultCacheFile();
 
-    /// Walks @p folders and reads what is new or has changed. What can't be read is in Profiles() with its error.
+    /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
     /// @return false if there were more than kMostProfiles files: the rest is left out.
     bool Scan(const QStringList &folders);
 
     /// In the order of their paths. Valid until the next Scan.
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
-    /// Files that the last Scan read, as against those it knew.
+    /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
 
     static constexpr int kMostProfiles = 100'000; // an index of 60 MB; the largest collection known has 6,000
-    static constexpr int kMostDepth = 32;         // folders within folders
+    static constexpr int kMostDepth = 32;         // nested folders
 
 private:
     void LoadCache();

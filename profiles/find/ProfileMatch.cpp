@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double kMostFrameRatio = 1.04; // a profile tells nothing outside the frame that it was made on
+constexpr double kMostFrameRatio = 1.04; // a profile has no data outside its frame
 constexpr double kFocalShare = 0.02;     // EXIF rounds focal lengths
 constexpr double kStopShare = 0.06;      // ... and f-numbers to thirds of a stop, "3.5" for 3.6
 
@@ -14,7 +14,7 @@ enum class Body { Other, SameMaker, Same };
 
 struct Candidate {
     const IndexedProfile *profile = nullptr;
-    LensName name; // the one of its names that fits best
+    LensName name; // its best matching name
     double score = 0.0;
     Body body = Body::Other;
     bool rawFits = true;
@@ -39,7 +39,7 @@ QString MakerOf(const QString &make)
     return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
 }
 
-/// Cameras whose makers' lenses don't fit on one another's bodies without an adapter.
+/// Makers whose lenses don't fit each other's bodies without an adapter.
 bool IsCameraMaker(const QString &maker)
 {
     static const QStringList makers = {
@@ -75,7 +75,7 @@ bool ContainsFocal(double minFocal, double maxFocal, double focal)
     return focal >= minFocal * (1.0 - kFocalShare) && focal <= maxFocal * (1.0 + kFocalShare);
 }
 
-/// Why a profile's LensInfo contradicts the setting of the picture; empty if it doesn't.
+/// Returns why a profile's LensInfo contradicts the setting of the picture; empty if it doesn't.
 QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
 {
     if (head.minFocalMm > 0.0 && facts.focalMm.Known()
@@ -87,7 +87,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
     return QString();
 }
 
-/// A quick no for nearly all of thousands of profiles, before names are taken apart.
+/// Rejects nearly all of thousands of profiles quickly, before names are parsed.
 bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
@@ -97,7 +97,7 @@ bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
     });
 }
 
-/// What a profile is called in messages.
+/// Returns the name of a profile for messages.
 QString Title(const IndexedProfile &profile)
 {
     const QString lens = profile.head.lensNames.isEmpty() ? QString() : profile.head.lensNames.first();
@@ -116,7 +116,7 @@ NameMatch Contradicted(NameMatch match, const QString &why)
     return match;
 }
 
-/// Whether a name says nothing of a lens that could be taken off: compact cameras' profiles have such.
+/// Whether a name belongs to a fixed lens, as in profiles of compact cameras.
 bool IsFixedLensName(const LensName &name, const QString &model)
 {
     return name.IsBare() || Folded(name.text).contains(Folded(model));
@@ -168,7 +168,7 @@ const QVector<LensName> &ProfileMatcher::Parsed(const QString &text)
 
 namespace {
 
-/// One picture against all profiles.
+/// Match of one picture against all profiles.
 class Search {
 public:
     using Parser = std::function<const QVector<LensName> &(const QString &)>;
@@ -262,7 +262,7 @@ private:
         return best.fits;
     }
 
-    /// Names that say little need more from the body.
+    /// Compares lens names; names with few details must also match the body.
     NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
     {
         NameMatch match = CompareLensNames(wanted, offered);
@@ -276,7 +276,7 @@ private:
         return match;
     }
 
-    /// Why a profile of another body can't serve; empty if it can.
+    /// Returns why a profile of another body cannot be used; empty if it can.
     QString WhyFrameTooSmall(const ProfileHead &head) const
     {
         const double tableFactor = m_help.cropFactor(head.make, head.model);
@@ -315,7 +315,7 @@ private:
         std::stable_sort(m_candidates.begin(), m_candidates.end(), better);
         const Candidate top = m_candidates.first();
         QVector<Candidate> same, rivals;
-        constexpr double kSlack = 1.0; // spellings of one lens differ by more than this only in words
+        constexpr double kSlack = 1.0; // spellings of the same lens differ by more than this only in words
         for (const Candidate &candidate : qAsConst(m_candidates)) {
             if (IsFixedLens() || candidate.profile == top.profile || IsSameLens(top.name, candidate.name))
                 same.append(candidate);
@@ -336,11 +336,11 @@ private:
         return Chosen(best);
     }
 
-    /// A maker's number of the lens, where just some of the equal ones have it.
+    /// Prefers candidates with the maker's lens number if only some of the equal ones have it.
     void PreferByLensId(QVector<Candidate> *same, QVector<Candidate> *rivals) const
     {
         const auto hasId = [this](const Candidate &candidate) {
-            if (candidate.body == Body::Other) // numbers hold within one maker
+            if (candidate.body == Body::Other) // numbers are unique only per maker
                 return false;
             return std::any_of(m_facts.lensIds.begin(), m_facts.lensIds.end(), [&candidate](const Fact<QString> &id) {
                 return candidate.profile->head.lensIds.contains(id.value);

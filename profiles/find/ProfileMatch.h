@@ -1,4 +1,4 @@
-// Which of many profiles was made for the lens of a picture. A wrong one is worse than none: nothing is guessed.
+// Choice of the profile made for the lens of a picture. A wrong one is worse than none: nothing is guessed.
 #pragma once
 
 #include "LensName.h"
@@ -10,24 +10,23 @@
 
 #include <functional>
 
-/// What the choice needs besides names.
+/// Functions that the choice needs in addition to names.
 struct MatchHelp {
-    /// 36 x 24 mm over the sensor of a camera; 0 if unknown.
+    /// Returns 36 x 24 mm over the sensor of a camera; 0 if unknown.
     std::function<double(const QString &make, const QString &model)> cropFactor;
-    /// Whether two profiles correct the picture alike, to 3 pixels at the corners.
+    /// Whether two profiles correct the picture equally, within 3 pixels at the corners.
     std::function<bool(const QString &path, const QString &otherPath)> correctAlike;
 };
 
 struct ProfileMatch {
     QString path;             // the profile; empty: none
     QString reason;           // why this one, or why none; one line for people
-    QStringList notes;        // what was assumed: another body, a raw profile for a JPEG
-    bool isAmbiguous = false; // several stand equal
-    QStringList nearest;      // up to three that came close, each with what spoke against it
+    QStringList notes;        // assumptions: another body, a raw profile for a JPEG
+    bool isAmbiguous = false; // several fit equally well
+    QStringList nearest;      // up to three that came close, each with its contradiction
 };
 
-/// Chooses profiles for pictures, one after another. Names that were taken apart once are kept for the next picture.
-/// Not for several threads at once.
+/// Chooser of profiles for pictures, one after another. Keeps parsed names for the next picture. One thread at a time.
 class ProfileMatcher {
 public:
     explicit ProfileMatcher(MatchHelp help) : m_help(std::move(help)) { }
@@ -41,8 +40,8 @@ private:
     QHash<QString, QVector<LensName>> m_parsed;
 };
 
-/// The names that the picture gives its lens, taken apart: the most telling ones, numbers completed by EXIF's
-/// LensSpecification. Empty if it names none.
+/// Returns the parsed lens names of the picture: the most specific ones, with numbers completed from EXIF
+/// LensSpecification. Empty if it names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
 /// Whether two spellings mean the same camera: "NIKON D70" and "D70".

@@ -7,12 +7,12 @@
 
 namespace {
 
-constexpr double kFarDistanceM = 1000.0;                  // lensfun's own "far" for unknown distances
+constexpr double kFarDistanceM = 1000.0;                  // lensfun's "far", for unknown distances
 constexpr double kFullFrameDiagonal = 43.266615305567875; // mm
 
 using Curve = LensfunCurves::Curve;
 
-/// Pixels in one unit of the models' radii.
+/// Pixels per unit of the models' radii.
 struct Norms {
     double distortionPx; // half the short side of the calibrated frame
     double lightPx;      // half its diagonal
@@ -53,7 +53,7 @@ std::optional<Curve> Distortion(const lfLens &lens, double focalMm, double unitP
     }
 }
 
-/// @p first: 0 for red, 1 for blue; lensfun keeps both side by side.
+/// @p first: 0 for red, 1 for blue; lensfun stores both in one array.
 std::optional<Curve> Color(const lfLensCalibTCA &model, int first, double unitPx)
 {
     const double v = double(model.Terms[first]), c = double(model.Terms[first + 2]), b = double(model.Terms[first + 4]);
@@ -86,7 +86,7 @@ std::optional<Curve> Light(const lfLens &lens, const LensfunSetting &setting, do
     };
 }
 
-/// The image height in focal lengths of a ray at @p angle from the axis.
+/// Returns the image height, in focal lengths, of a ray at @p angle from the axis.
 double ImageHeight(lfLensType type, double angle)
 {
     switch (type) {
@@ -111,7 +111,7 @@ bool IsFisheye(lfLensType type)
         || type == LF_FISHEYE_ORTHOGRAPHIC || type == LF_FISHEYE_THOBY;
 }
 
-/// Focal length in pixels: the real one where the database has it.
+/// Returns the focal length in pixels: the real one if the database has it.
 double FocalPx(const lfLens &lens, const LensfunFrame &frame, double focalMm)
 {
     lfLensCalibRealFocal real;

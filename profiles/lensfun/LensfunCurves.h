@@ -12,12 +12,12 @@ struct LensfunFrame {
     double cropFactor = 0.0;          // of the camera
 };
 
-/// What the picture was taken at. 0: unknown.
+/// The setting of the picture. 0: unknown.
 struct LensfunSetting {
     double focalMm = 0.0, aperture = 0.0, distanceM = 0.0;
 };
 
-/// Factors by the radius, in pixels from the center; absent where the database has no model. All are pure functions.
+/// Factors by the radius, in pixels from the center; absent if the database has no model. All are pure functions.
 struct LensfunCurves {
     using Curve = std::function<double(double radiusPx)>;
 
@@ -30,7 +30,8 @@ struct LensfunCurves {
     double focalPx = 0.0; // of fisheyes; the real focal length where the database has it
 };
 
-/// Interpolated by the library at @p setting. Formulas and norms are lensfun's (its manual, "Lens distortion",
-/// "Lateral chromatic aberration", "Vignetting"): radii of distortion and color in halves of the short side of the
-/// calibrated frame, of light in halves of its diagonal; sizes count pixel centers, so they are less by one.
+/// Returns the curves that the library interpolates at @p setting. Formulas and norms are lensfun's (its manual, "Lens
+/// distortion", "Lateral chromatic aberration", "Vignetting"): radii of distortion and color in halves of the short
+/// side of the calibrated frame, of light in halves of its diagonal; sizes are between pixel centers, so one less than
+/// the pixel count.
 LensfunCurves CurvesOf(const lfLens &lens, const LensfunFrame &frame, const LensfunSetting &setting);

@@ -15,18 +15,18 @@ namespace {
 
 struct Camera {
     QString make, model;
-    QString mount;           // a lower-case first letter: the lens can't be taken off
+    QString mount;           // a lower-case first letter: a fixed lens
     double cropFactor = 0.0; // 0: not known
 };
 
-/// One lens under one of its names.
+/// A lens under one of its names.
 struct NamedLens {
     const lfLens *lens = nullptr;
     LensName name;
     double score = 0.0;
 };
 
-/// The names in @p strings, lensfun's default and its English one; others are translations.
+/// Returns the names in @p strings: lensfun's default and its English one; others are translations.
 QStringList NamesOf(const lfMLstr strings)
 {
     QStringList names;
@@ -52,7 +52,7 @@ QString TitleOf(const lfLens *lens)
     return NameOf(lens->Maker) + QLatin1Char('/') + NameOf(lens->Model);
 }
 
-/// Names of one lens with its maker, which most of them leave out.
+/// Returns the names of a lens with its maker, which most of them omit.
 QVector<LensName> ParsedNames(const lfLens *lens)
 {
     QVector<LensName> names;
@@ -121,7 +121,7 @@ LensfunDatabase::~LensfunDatabase()
 
 Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
 {
-    for (const bool translated : {false, true}) // a camera's translated name may be another one's own
+    for (const bool translated : {false, true}) // a translated name may be another camera's default name
         for (const lfCamera *const *camera = database->GetCameras(); camera && *camera; ++camera) {
             const lfCamera &known = **camera;
             const QString make = NameOf(known.Maker);
@@ -133,7 +133,7 @@ Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
     return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
 }
 
-/// The camera's mount and those whose lenses fit it too.
+/// Returns the camera's mount and the mounts of other lenses that fit it.
 QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
 {
     QStringList mounts{camera.mount};
@@ -156,8 +156,8 @@ QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, 
 
 namespace {
 
-/// The one lens of a camera that can't change it; attachments before it and its macro settings have entries of their
-/// own, and then the plain one is named "(Standard)".
+/// Returns the lens of a camera with a fixed lens. Its attachments and macro settings have separate entries; the plain
+/// one is then named "(Standard)".
 QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
 {
     QVector<NamedLens> plain, standard;
@@ -192,7 +192,7 @@ QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName>
     return alike;
 }
 
-/// Whether two entries are one lens: measured on two sensors, or named in two ways.
+/// Whether two entries are the same lens, measured on two sensors or named in two ways.
 bool IsOneLens(const NamedLens &a, const NamedLens &b)
 {
     return a.lens == b.lens || TitleOf(a.lens) == TitleOf(b.lens);

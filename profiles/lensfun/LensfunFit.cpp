@@ -17,7 +17,7 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 using Curve = LensfunCurves::Curve;
 
-/// The geometric step: out of the projection asked for into the lens's own, then its distortion.
+/// Geometric step: from the requested projection to the lens's, then its distortion.
 struct GeometryCurve {
     Curve factor;
     double end = kInfinite;
@@ -45,6 +45,7 @@ public:
         : m_facts(facts), m_options(options), m_frame(facts, BodyOf(facts, options.typed))
     {
         m_result.profile = QLatin1String("lensfun:") + match.title;
+        m_result.reason = match.reason;
         m_result.assumed = match.notes;
         m_result.correction.width = facts.pixels.width();
         m_result.correction.height = facts.pixels.height();
@@ -90,7 +91,7 @@ private:
         return true;
     }
 
-    /// Makes the maps of one correction; false if the database has no model of it.
+    /// Makes the maps of one correction; returns false if the database has no model of it.
     bool Make(const FitTask &task)
     {
         Correction &to = m_result.correction;
@@ -149,5 +150,6 @@ FitResult FitByLensfun(const PictureFacts &facts, const FitOptions &options)
         return LensfunFitting(match, facts, options).Run();
     FitResult result;
     result.why = match.reason;
+    result.nearest = match.nearest;
     return result;
 }

@@ -12,7 +12,7 @@
         <translation>Keine Korrektur ist eingeschaltet</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>Kein lesbares Bild: %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>Das Objektivprofil „%1“ ist nicht brauchbar: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>Kein Objektivprofil ist gewählt, und für dieses Bild wurde keines gefunden</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>gekachelte TIFF-Dateien werden nicht unterstützt</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>wird nicht als Bild erkannt: eine Begleitdatei oder beschädigt</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>zu wenig Arbeitsspeicher</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>ohne Angabe eines Grundes gescheitert</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Entfernen</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Bereits vorhandene korrigierte Bilder ersetzen</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Bilder</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>Welche Bilder möchten Sie korrigieren? Jedes korrigierte Bild wird neben dem Original gespeichert, das unverändert bleibt.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (Modell %2: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>enthält nichts, womit korrigiert werden kann: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>kann das Gewünschte nicht korrigieren: </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Ergebnis</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Hält nach dem laufenden Bild an …</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Bild %1 von %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Wird korrigiert …</translation>
     </message>
     <message>
@@ -316,7 +316,7 @@
         <translation>in den Ordner „%1“ kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>der Ordner „%1“ kann nicht angelegt werden: %2</translation>
     </message>
     <message>

@@ -12,16 +12,16 @@
         <translation>No correction is switched on</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
-        <translation>Not a picture that can be read: %1</translation>
+        <source>Not a readable picture: %1</source>
+        <translation>Not a readable picture: %1</translation>
     </message>
     <message>
         <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
         <translation>The lens profile &quot;%1&quot; can&apos;t be used: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
-        <translation>No lens profile is chosen, and none is found for this picture</translation>
+        <source>No lens profile was chosen, and none was found for this picture</source>
+        <translation>No lens profile was chosen, and none was found for this picture</translation>
     </message>
     <message>
         <source>profile &quot;%1&quot;</source>
@@ -98,8 +98,8 @@
         <translation>tiled TIFF files are not supported</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
-        <translation>is not described as a picture: a companion file, or damaged</translation>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
+        <translation>is not recognized as a picture: a companion file, or damaged</translation>
     </message>
 </context>
 <context>
@@ -109,8 +109,8 @@
         <translation>not enough memory</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
-        <translation>failed without telling a reason</translation>
+        <source>failed for an unknown reason</source>
+        <translation>failed for an unknown reason</translation>
     </message>
 </context>
 <context>
@@ -120,16 +120,16 @@
         <translation>&amp;Remove</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
-        <translation>Replace corrected pictures that exist already</translation>
+        <source>Replace existing corrected pictures</source>
+        <translation>Replace existing corrected pictures</translation>
     </message>
     <message>
         <source>Pictures</source>
         <translation>Pictures</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
-        <translation>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</translation>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
+        <translation>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -191,12 +191,12 @@
         <translation>%1 (%2 model: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
-        <translation>holds nothing to correct by: </translation>
+        <source>has no usable correction: </source>
+        <translation>has no usable correction: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
-        <translation>can&apos;t correct what was asked for: </translation>
+        <source>cannot make the requested corrections: </source>
+        <translation>cannot make the requested corrections: </translation>
     </message>
     <message>
         <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
@@ -246,16 +246,16 @@
         <translation>Result</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
-        <translation>Stops after the picture under way…</translation>
+        <source>Stopping after the current picture…</source>
+        <translation>Stopping after the current picture…</translation>
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
         <translation>Picture %1 of %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
-        <translation>Being corrected…</translation>
+        <source>Correcting…</source>
+        <translation>Correcting…</translation>
     </message>
     <message>
         <source>%1: %2</source>
@@ -316,8 +316,8 @@
         <translation>cannot write into the folder &quot;%1&quot;: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
-        <translation>cannot make the folder &quot;%1&quot;: %2</translation>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
+        <translation>cannot create the folder &quot;%1&quot;: %2</translation>
     </message>
     <message>
         <source>cannot write &quot;%1&quot;: %2</source>

@@ -12,7 +12,7 @@
         <translation>No hay ninguna corrección activada</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>No es una imagen legible: %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>El perfil de objetivo «%1» no se puede usar: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>No se ha elegido ningún perfil de objetivo ni se ha encontrado uno para esta imagen</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>no se admiten archivos TIFF en mosaico</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>no se reconoce como imagen: es un archivo auxiliar o está dañado</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>memoria insuficiente</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>falló sin indicar el motivo</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Quitar</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Reemplazar las imágenes corregidas que ya existan</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Imágenes</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>¿Qué imágenes desea corregir? Cada imagen corregida se guarda junto al original, que no cambia.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (modelo %2: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>no contiene nada con que corregir: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>no puede corregir lo solicitado: </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Resultado</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Se detendrá después de la imagen en curso…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Imagen %1 de %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Corrigiendo…</translation>
     </message>
     <message>
@@ -316,7 +316,7 @@
         <translation>no se puede escribir en la carpeta «%1»: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>no se puede crear la carpeta «%1»: %2</translation>
     </message>
     <message>

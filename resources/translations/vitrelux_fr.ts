@@ -12,7 +12,7 @@
         <translation>Aucune correction n&apos;est activée</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>Pas une image lisible : %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>Aucun profil d&apos;objectif n&apos;est choisi, et aucun n&apos;a été trouvé pour cette image</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>les fichiers TIFF en tuiles ne sont pas pris en charge</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>n&apos;est pas reconnu comme image : fichier annexe ou endommagé</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>mémoire insuffisante</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>échec sans motif indiqué</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Retirer</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Remplacer les images corrigées qui existent déjà</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Images</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>Quelles images voulez-vous corriger ? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (modèle %2 : %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>ne contient rien pour corriger : </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>ne peut pas corriger ce qui est demandé : </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Résultat</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Arrêt après l&apos;image en cours…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Image %1 sur %2 : %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Correction en cours…</translation>
     </message>
     <message>
@@ -316,7 +316,7 @@
         <translation>impossible d&apos;écrire dans le dossier « %1 » : %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>impossible de créer le dossier « %1 » : %2</translation>
     </message>
     <message>

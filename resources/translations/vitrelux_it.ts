@@ -12,7 +12,7 @@
         <translation>Nessuna correzione è attivata</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>Non è un&apos;immagine leggibile: %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>Il profilo obiettivo &quot;%1&quot; non è utilizzabile: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>Nessun profilo obiettivo è stato scelto e non ne è stato trovato uno per questa immagine</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>i file TIFF a riquadri non sono supportati</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>non è riconosciuto come immagine: è un file accessorio o danneggiato</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>memoria insufficiente</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>non riuscita senza indicare un motivo</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Rimuovi</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Sostituisci le immagini corrette già esistenti</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Immagini</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>Quali immagini vuole correggere? Ogni immagine corretta viene salvata accanto all&apos;originale, che resta invariato.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (modello %2: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>non contiene nulla con cui correggere: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>non può correggere quanto richiesto: </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Risultato</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Si ferma dopo l&apos;immagine in corso…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Immagine %1 di %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Correzione in corso…</translation>
     </message>
     <message>
@@ -316,7 +316,7 @@
         <translation>impossibile scrivere nella cartella &quot;%1&quot;: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>impossibile creare la cartella &quot;%1&quot;: %2</translation>
     </message>
     <message>

@@ -12,7 +12,7 @@
         <translation>補正が 1 つもオンになっていません</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>読み取れる画像ではありません：%1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>レンズプロファイル「%1」は使えません：%2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>レンズプロファイルが選択されておらず、この画像に合うものも見つかりません</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>タイル形式の TIFF ファイルには対応していません</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>画像として認識できません。付属ファイルか、破損しています</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>メモリーが足りません</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>理由の報告なしに失敗しました</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>削除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>すでにある補正後の画像を置き換える</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>画像</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>どの画像を補正しますか？補正後の画像は元の画像と同じ場所に保存され、元の画像は変更されません。</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1（モデル %2：%3）</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>補正に使えるものがありません：</translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>指定された補正ができません：</translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>結果</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>処理中の画像が終わったら停止します…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>画像 %1 / %2：%3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>補正中…</translation>
     </message>
     <message>
@@ -310,7 +310,7 @@
         <translation>フォルダー「%1」に書き込めません：%2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>フォルダー「%1」を作成できません：%2</translation>
     </message>
     <message>

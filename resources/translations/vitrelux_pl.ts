@@ -12,7 +12,7 @@
         <translation>Nie włączono żadnej korekcji</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>Nie jest czytelnym obrazem: %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>Nie można użyć profilu obiektywu „%1”: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>Nie wybrano profilu obiektywu i nie znaleziono żadnego dla tego obrazu</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>kafelkowe pliki TIFF nie są obsługiwane</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>nie jest rozpoznawany jako obraz: plik towarzyszący lub uszkodzony</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>za mało pamięci</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>nie powiodło się bez podania przyczyny</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Usuń</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Zastąp istniejące już poprawione obrazy</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Obrazy</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>Które obrazy chcesz poprawić? Każdy poprawiony obraz jest zapisywany obok oryginału, który pozostaje bez zmian.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (model %2: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>nie zawiera niczego do korekcji: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>nie może poprawić tego, o co proszono: </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Wynik</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Zatrzyma się po bieżącym obrazie…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Obraz %1 z %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Poprawianie…</translation>
     </message>
     <message>
@@ -322,7 +322,7 @@
         <translation>nie można zapisywać w folderze „%1”: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>nie można utworzyć folderu „%1”: %2</translation>
     </message>
     <message>

@@ -12,7 +12,7 @@
         <translation>Ни одна коррекция не включена</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>Изображение не читается: %1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>Профиль объектива «%1» непригоден: %2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>Профиль объектива не выбран, и для этого снимка он не найден</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>файлы TIFF с плитками не поддерживаются</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>не распознан как изображение: сопутствующий или повреждённый файл</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>недостаточно памяти</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>сбой без указания причины</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>&amp;Убрать</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>Заменять уже существующие исправленные снимки</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>Снимки</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>Какие снимки исправить? Каждый исправленный снимок сохраняется рядом с оригиналом, который не меняется.</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1 (модель %2: %3)</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>не содержит данных для коррекции: </translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>не может исправить запрошенное: </translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>Результат</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>Остановится после текущего снимка…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>Снимок %1 из %2: %3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>Исправляется…</translation>
     </message>
     <message>
@@ -322,7 +322,7 @@
         <translation>не удаётся записать в папку «%1»: %2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>не удаётся создать папку «%1»: %2</translation>
     </message>
     <message>

@@ -12,7 +12,7 @@
         <translation>未启用任何校正</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>不是可读取的图片：%1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>镜头配置文件“%1”无法使用：%2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>未选择镜头配置文件，也未找到适合此图片的配置文件</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>不支持分块存储的 TIFF 文件</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>无法识别为图片：是附属文件或已损坏</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>内存不足</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>失败，未说明原因</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>移除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>替换已存在的校正图片</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>图片</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>要校正哪些图片？校正后的图片保存在原图旁边，原图保持不变。</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1（模型 %2：%3）</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>不含可用于校正的内容：</translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>无法完成所要求的校正：</translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>结果</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>将在当前图片完成后停止…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>第 %1 张，共 %2 张：%3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>正在校正…</translation>
     </message>
     <message>
@@ -310,7 +310,7 @@
         <translation>无法写入文件夹“%1”：%2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>无法创建文件夹“%1”：%2</translation>
     </message>
     <message>

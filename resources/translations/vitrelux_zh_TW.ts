@@ -12,7 +12,7 @@
         <translation>未啟用任何校正</translation>
     </message>
     <message>
-        <source>Not a picture that can be read: %1</source>
+        <source>Not a readable picture: %1</source>
         <translation>不是可讀取的圖片：%1</translation>
     </message>
     <message>
@@ -20,7 +20,7 @@
         <translation>鏡頭描述檔「%1」無法使用：%2</translation>
     </message>
     <message>
-        <source>No lens profile is chosen, and none is found for this picture</source>
+        <source>No lens profile was chosen, and none was found for this picture</source>
         <translation>未選取鏡頭描述檔，也找不到適合此圖片的描述檔</translation>
     </message>
     <message>
@@ -98,7 +98,7 @@
         <translation>不支援分塊儲存的 TIFF 檔案</translation>
     </message>
     <message>
-        <source>is not described as a picture: a companion file, or damaged</source>
+        <source>is not recognized as a picture: a companion file, or damaged</source>
         <translation>無法識別為圖片：是附屬檔案或已損壞</translation>
     </message>
 </context>
@@ -109,7 +109,7 @@
         <translation>記憶體不足</translation>
     </message>
     <message>
-        <source>failed without telling a reason</source>
+        <source>failed for an unknown reason</source>
         <translation>失敗，未說明原因</translation>
     </message>
 </context>
@@ -120,7 +120,7 @@
         <translation>移除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace corrected pictures that exist already</source>
+        <source>Replace existing corrected pictures</source>
         <translation>取代已存在的校正圖片</translation>
     </message>
     <message>
@@ -128,7 +128,7 @@
         <translation>圖片</translation>
     </message>
     <message>
-        <source>Which pictures do you want to correct? Each corrected picture is written beside its original, which stays as it is.</source>
+        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
         <translation>要校正哪些圖片？校正後的圖片會儲存在原圖旁邊，原圖保持不變。</translation>
     </message>
     <message>
@@ -191,11 +191,11 @@
         <translation>%1（模型 %2：%3）</translation>
     </message>
     <message>
-        <source>holds nothing to correct by: </source>
+        <source>has no usable correction: </source>
         <translation>不含可用於校正的內容：</translation>
     </message>
     <message>
-        <source>can&apos;t correct what was asked for: </source>
+        <source>cannot make the requested corrections: </source>
         <translation>無法完成所要求的校正：</translation>
     </message>
     <message>
@@ -246,7 +246,7 @@
         <translation>結果</translation>
     </message>
     <message>
-        <source>Stops after the picture under way…</source>
+        <source>Stopping after the current picture…</source>
         <translation>將在目前的圖片完成後停止…</translation>
     </message>
     <message>
@@ -254,7 +254,7 @@
         <translation>第 %1 張，共 %2 張：%3</translation>
     </message>
     <message>
-        <source>Being corrected…</source>
+        <source>Correcting…</source>
         <translation>正在校正…</translation>
     </message>
     <message>
@@ -310,7 +310,7 @@
         <translation>無法寫入資料夾「%1」：%2</translation>
     </message>
     <message>
-        <source>cannot make the folder &quot;%1&quot;: %2</source>
+        <source>cannot create the folder &quot;%1&quot;: %2</source>
         <translation>無法建立資料夾「%1」：%2</translation>
     </message>
     <message>

@@ -120,13 +120,13 @@ void BadInputTest::refused()
     QFETCH(QString, said);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
-    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                        // English all the same
-    QCOMPARE(Run("correct --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
+    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                                // English all the same
+    QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());
     const QByteArray output = ReadFile(Path("b_corrected.tiff"_s));
 
-    const ProgramResult result = Run("correct -j 1 --overwrite "_s + line);
+    const ProgramResult result = Run("correct --plain -j 1 --overwrite "_s + line);
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errorLines.size() == bad.size(), result.error);
     for (int i = 0; i < bad.size(); ++i) {
@@ -142,7 +142,7 @@ void BadInputTest::refused()
     QCOMPARE(Names(m_dir->path()).toSet(), (before + made).toSet());
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), output);
     if (line.contains("--profile m"_s)) // looked at: told as unusable there too
-        QCOMPARE(Run("profile m"_s).exitCode, 1);
+        QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
 void BadInputTest::fileSizeLimit()
@@ -153,7 +153,7 @@ void BadInputTest::fileSizeLimit()
         const rlimit limit = {4096, 4096}; // the output of a.jpg has over 6 kB, that of tiny.jpg under 1 kB
         setrlimit(RLIMIT_FSIZE, &limit);
     };
-    const ProgramResult result = Run("correct --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
+    const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errorLines.filter("note: "_s).size() == 1, result.error); // tiny: another size
     QVERIFY2(result.errorLines.size() == 3 && !result.error.contains(".vitrelux-"), result.error);
@@ -175,7 +175,7 @@ void BadInputTest::fullDisk()
     if (inNamespace("true"_s).exitCode != 0)
         QSKIP("mounting a small file system is not allowed here");
     const ProgramResult result =
-        inNamespace("'%1' correct --profile p.lcp -o disk a.jpg; echo exit $?; ls -A disk"_s.arg(program));
+        inNamespace("'%1' correct --plain --profile p.lcp -o disk a.jpg; echo exit $?; ls -A disk"_s.arg(program));
     QCOMPARE(result.output, QByteArray("exit 1\n")); // and no file
     const QString told = result.errorLines.filter("vitrelux: a.jpg: "_s).join(QLatin1Char('|'));
     QVERIFY2(told.contains(Path("disk"_s)) && !told.contains(".vitrelux-"_s), result.error);
@@ -197,7 +197,7 @@ void BadInputTest::otherSizeIsNoted()
     for (const auto &row : rows) {
         WriteJpeg(Path("a.jpg"_s), row.picture.width(), row.picture.height());
         WriteFile(Path("p.lcp"_s), ProfileText({}, row.profile.width(), row.profile.height()));
-        const ProgramResult result = Run("correct --overwrite --profile p.lcp a.jpg"_s);
+        const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg"_s);
         QCOMPARE(result.exitCode, 0);
         const QByteArray note = *row.told ? QByteArray("vitrelux: a.jpg: note: ") + row.told : QByteArray();
         QVERIFY2(result.error.startsWith(note) && result.errorLines.size() == int(!note.isEmpty()), result.error);

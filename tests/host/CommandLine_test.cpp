@@ -14,6 +14,7 @@ private Q_SLOTS:
     void refusesAndPrints_data();
     void refusesAndPrints();
     void lastOneHolds();
+    void fittedOptionsAreAttributes();
     void rivals_data();
     void rivals();
 };
@@ -46,6 +47,18 @@ void tst_CommandLine::refusesAndPrints_data()
         {"profile", "no file"},
         {"correct --overwrite --skip-existing a.jpg", "exclude"},
         {"correct --profile p.lcp --lens-path d a.jpg", "exclude"},
+        {"correct --plain --framing keep a.jpg", "--plain and --framing exclude"},
+        {"correct --plain -v a.jpg", "exclude"},
+        {"correct --framing 0.4 a.jpg", "0.5 to 2"},
+        {"correct --sampling soft a.jpg", "sharp or bilinear"},
+        {"correct --amount ca=80,light=50 a.jpg", "distortion=PERCENT"},
+        {"correct --amount ca=201 a.jpg", "0 to 200"},
+        {"correct --focal -3 a.jpg", "above 0"},
+        {"correct --aperture inf a.jpg", "above 0"},
+        {"lenses --json Canon", "json"},
+        {"profile --plain --json p.lcp", "exclude"},
+        {"profile --plot p.gif p.lcp", ".svg or .png"},
+        {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
         {"correct -o '' a.jpg", "not empty"},
         {"--version", "?vitrelux 3."},
@@ -76,6 +89,28 @@ void tst_CommandLine::lastOneHolds()
     QCOMPARE(options.profile, "q"_s);
     QCOMPARE(options.jobs, 4);
     QCOMPARE(options.files, QStringList("-o"_s));
+}
+
+/// Texts as the plug-in's records spell them; no attribute where there is no option.
+void tst_CommandLine::fittedOptionsAreAttributes()
+{
+    using Attributes = QVector<QPair<QString, QString>>;
+    const struct {
+        const char *line;
+        Attributes attributes;
+    } rows[] = {
+        {"", {}},
+        {"--framing all --sampling bilinear", {{"Framing"_s, "all"_s}, {"Sampling"_s, "bilinear"_s}}},
+        {"--framing 1.25", {{"Framing"_s, "1.25"_s}}},
+        {"--amount vignetting=50,distortion=80", {{"AmountFalloff"_s, "0.5"_s}, {"AmountDisto"_s, "0.8"_s}}},
+        {"--distance inf --aperture 5.6", {{"Aperture"_s, "5.6"_s}, {"Distance"_s, "inf"_s}}},
+        {"--again --source lcp --body X", {{"Source"_s, "lcp"_s}, {"Again"_s, "1"_s}, {"Body"_s, "X"_s}}},
+    };
+    for (const auto &row : rows) {
+        const CommandLine line = ParseCommandLine(Words("correct a.jpg "_s + QLatin1String(row.line)));
+        QCOMPARE(line.action, CommandLine::Action::Correct);
+        QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);
+    }
 }
 
 void tst_CommandLine::rivals_data()

@@ -10,7 +10,7 @@ QString CorrectFile(const QString &source, const Samples::LensProfile &profile, 
 {
     const QString stem = source.section(QLatin1Char('.'), 0, -2);
     WriteFile(stem + ".lcp"_s, QByteArray::fromStdString(ProfileText(profile)));
-    QStringList arguments = {"correct"_s, "--overwrite"_s, "--profile"_s, stem + ".lcp"_s, source};
+    QStringList arguments = {"correct"_s, "--plain"_s, "--overwrite"_s, "--profile"_s, stem + ".lcp"_s, source};
     for (const auto &[correction, option] : {std::pair(Distortion, "--distortion"_s), std::pair(Chromatic, "--ca"_s),
                                              std::pair(Vignetting, "--vignetting"_s)})
         if (corrections & correction)

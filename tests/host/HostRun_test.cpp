@@ -12,7 +12,7 @@
 
 namespace {
 
-const QString kProbe = "correct --profile p.lcp --plugin "_s + QStringLiteral(PROBE_PLUGIN " ");
+const QString kProbe = "correct --plain --profile p.lcp --plugin "_s + QStringLiteral(PROBE_PLUGIN " ");
 const QString kOutput = "a_corrected.tiff"_s;
 
 } // namespace
@@ -113,7 +113,7 @@ void HostRunTest::failsWithOneLine()
         {"kernel exception", "first line second line about \"%1\""_s.arg(Path(kOutput))}, // not a private folder's name
         {"out of memory", "not enough memory"_s},
         {"standard exception", "ran into something"_s},
-        {"other exception", "failed without telling a reason"_s},
+        {"other exception", "failed for an unknown reason"_s},
     };
     WriteFile(Path(kOutput), "old");
     for (const auto &[manner, text] : rows) {
@@ -196,8 +196,8 @@ void HostRunTest::picturesAtOnceAreThoseOneByOne()
         pictures += QLatin1Char(' ') + name;
     }
     WriteFile(Path("3.jpg"_s), "no picture");
-    const ProgramResult alone = Run("correct --profile p.lcp -o alone -j 1"_s + pictures);
-    const ProgramResult together = Run("correct --profile p.lcp -o together -j 3"_s + pictures);
+    const ProgramResult alone = Run("correct --plain --profile p.lcp -o alone -j 1"_s + pictures);
+    const ProgramResult together = Run("correct --plain --profile p.lcp -o together -j 3"_s + pictures);
     QCOMPARE(alone.exitCode, 1);
     QCOMPARE(together.exitCode, 1);
     QCOMPARE(together.output.count('\n'), 5);
@@ -279,7 +279,8 @@ void HostRunTest::standardStreams()
     // Nobody reads the names: SIGPIPE, while another picture is at work.
     init();
     WriteJpeg(Path("b.jpg"_s), 3000, 2000);
-    const QString line = "(%1 correct -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
+    const QString line =
+        "(%1 correct --plain -j 2 --profile p.lcp a.jpg b.jpg; echo $? > code) | true"_s.arg(m_run->program);
     m_run->program = "sh"_s;
     m_run->beforeStart = [] { std::signal(SIGPIPE, SIG_DFL); }; // whatever the test's own parent ignores
     m_run->Run({"-c"_s, line});
@@ -304,7 +305,7 @@ void HostRunTest::environment()
         QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
         m_run->Set("HOME", Path("home"_s));
         m_run->Set(qPrintable(variable), value);
-        const ProgramResult result = Run(u8"correct --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
+        const ProgramResult result = Run(u8"correct --plain --profile p.lcp \u00fcber\u65e5\u672c.jpg"_s);
         QVERIFY2(result.exitCode == 0 && result.error.isEmpty(), variable.toUtf8() + result.error);
         QCOMPARE(QString::fromUtf8(result.output), Path(u8"\u00fcber\u65e5\u672c_corrected.tiff\n"_s));
         QCOMPARE(Names(Path("home"_s)), QStringList()); // choices on a command line are nobody's new defaults
@@ -326,7 +327,7 @@ void HostRunTest::names()
                                {"a\nb.jpg"_s, "./x/../new"_s, "new/a\nb_corrected.tiff"_s}};
     for (const auto &[picture, folder, output] : rows) {
         QVERIFY(QFile::copy(Path("a.jpg"_s), m_dir->path() + "/"_s + picture));
-        QStringList arguments{"correct"_s, "--profile"_s, "p.lcp"_s};
+        QStringList arguments{"correct"_s, "--plain"_s, "--profile"_s, "p.lcp"_s};
         if (!folder.isEmpty())
             arguments << "-o"_s << folder;
         const ProgramResult result = m_run->Run(arguments << "--"_s << picture);
@@ -335,10 +336,10 @@ void HostRunTest::names()
     }
     const QString tooLong = QString(246, QLatin1Char('x')) + ".jpg"_s; // its output's name has over 255 bytes
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path(tooLong)));
-    QVERIFY(Run("correct --profile p.lcp "_s + tooLong).error.contains("File name too long"));
+    QVERIFY(Run("correct --plain --profile p.lcp "_s + tooLong).error.contains("File name too long"));
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));
-    QVERIFY(Run("correct -dash.jpg"_s).error.contains("go after '--'"));
-    const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --profile %2 -o out %3"_s;
+    QVERIFY(Run("correct --plain -dash.jpg"_s).error.contains("go after '--'"));
+    const QString gone = "mkdir gone; cd gone; rmdir ../gone; exec %1 correct --plain --profile %2 -o out %3"_s;
     const QString line = gone.arg(m_run->program, Path("p.lcp"_s), Path("a.jpg"_s));
     m_run->program = "sh"_s;
     const ProgramResult result = m_run->Run({"-c"_s, line});
@@ -348,7 +349,8 @@ void HostRunTest::names()
 void HostRunTest::progressOnTerminal()
 {
     QVERIFY(QDir(m_dir->path()).mkdir("\x1b[2J"_s));
-    const QString line = m_run->program + " correct --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
+    const QString line =
+        m_run->program + " correct --plain --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
     m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
         m_run->Set("TERM", terminal);
@@ -366,13 +368,13 @@ void HostRunTest::oneLine_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("said");
-    const QString plugin = "correct --profile p.lcp a.jpg --plugin "_s, why = "plug-in \"%1\": "_s;
+    const QString plugin = "correct --plain --profile p.lcp a.jpg --plugin "_s, why = "plug-in \"%1\": "_s;
     for (const QString &file :
          {"/none/libKVitrelux.so"_s, "/etc/passwd"_s, QStringLiteral(PLAIN_LIBRARY), QStringLiteral(FOREIGN_PLUGIN)})
         QTest::newRow(qPrintable(file)) << plugin + file << why.arg(file);
-    QTest::newRow("no profile") << "correct a.jpg"_s
+    QTest::newRow("no profile") << "correct --plain a.jpg"_s
                                 << "a.jpg: "_s;
-    QTest::newRow("file name with controls") << "correct --profile p.lcp no\n\033[2Jsuch.jpg"_s
+    QTest::newRow("file name with controls") << "correct --plain --profile p.lcp no\n\033[2Jsuch.jpg"_s
                                              << "no"_s;
     QTest::newRow("full output") << "profile p.lcp"_s
                                  << "cannot write to standard output"_s;

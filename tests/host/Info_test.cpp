@@ -60,7 +60,7 @@ private Q_SLOTS:
 private:
     QJsonObject Json(const QString &picture)
     {
-        return QJsonDocument::fromJson(Run("info --json --lens-path lenses "_s + picture).output).object();
+        return QJsonDocument::fromJson(Run("info --plain --json --lens-path lenses "_s + picture).output).object();
     }
 };
 
@@ -152,9 +152,9 @@ void InfoTest::profile()
     } rows[] = {{"neither its metadata nor the table of cameras", "", "", 0},
                 {"no profile of the camera \"Canon EOS 40D\"", "Canon", "85 15 1", 488},
                 {"the lens \"7 7 9999\" isn't in the table", "Canon", "7 7 1", 9999},
-                {"several lenses call themselves \"24 70 137\"", "Canon", "70 24 1", 137},
-                {"doesn't tell the lens", "Canon", "22 10 1", 65535},
-                {"Nikon and Canon only", "SONY", "22 10 1", 235}};
+                {"several lenses identify themselves as \"24 70 137\"", "Canon", "70 24 1", 137},
+                {"doesn't name the lens", "Canon", "22 10 1", 65535},
+                {"only for Nikon and Canon", "SONY", "22 10 1", 235}};
     for (const auto &row : rows) {
         if (*row.maker) {
             Exiv2::ExifData exif = CanonExif(row.lens, row.number);
@@ -164,7 +164,7 @@ void InfoTest::profile()
         }
         const QString told = Json("b.jpg"_s).value("noProfile"_s).toString();
         QVERIFY2(told.contains(QLatin1String(row.why)), qPrintable(told));
-        const ProgramResult corrected = Run("correct --overwrite --lens-path lenses b.jpg a.jpg"_s);
+        const ProgramResult corrected = Run("correct --plain --overwrite --lens-path lenses b.jpg a.jpg"_s);
         QCOMPARE(corrected.exitCode, 1);
         QVERIFY2(corrected.error.contains(row.why), corrected.error);
         QCOMPARE(corrected.output, Path("a_corrected.tiff\n"_s).toUtf8()); // the other one goes on
@@ -173,8 +173,8 @@ void InfoTest::profile()
 
 void InfoTest::correctLooksUp()
 {
-    QCOMPARE(Run("correct --profile p.lcp a.jpg -o named"_s).exitCode, 0);
-    const ProgramResult found = Run("correct --lens-path lenses a.jpg"_s);
+    QCOMPARE(Run("correct --plain --profile p.lcp a.jpg -o named"_s).exitCode, 0);
+    const ProgramResult found = Run("correct --plain --lens-path lenses a.jpg"_s);
     QCOMPARE(found.exitCode, 0);
     QVERIFY2(found.error.contains("profile \"" + Path(kProfile).toUtf8() + "\"\n"), found.error);
     QVERIFY(QFile::exists(Path("a_corrected.tiff"_s)));
@@ -183,25 +183,25 @@ void InfoTest::correctLooksUp()
 
 void InfoTest::storedFolder()
 {
-    QVERIFY(Run("info a.jpg"_s).output.contains("none: no folder of profiles is known"));
+    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
     const QString settings = Path("config/Brelt/vitrelux.ini"_s);
     WriteFile(settings,
               "[Plugins]\n6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18\\LensPath=" + Path("lenses"_s).toUtf8() + '\n');
     const QByteArray before = ReadFile(settings);
-    QVERIFY(Run("info a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
+    QVERIFY(Run("info --plain a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
     QCOMPARE(ReadFile(settings), before);
-    QVERIFY(Run("info a.jpg --lens-path none"_s).output.contains("none: there is no folder"));
+    QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no folder"));
 
     // The plug-in's own default is not a path here, and nothing that a folder of pictures may bring along.
     QVERIFY(QFile::remove(settings));
     QVERIFY(QDir().mkpath(Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0"_s)));
     QVERIFY(QFile::rename(Path("lenses/Canon"_s), Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/Canon"_s)));
-    QVERIFY(Run("info a.jpg"_s).output.contains("none: no folder of profiles is known"));
+    QVERIFY(Run("info --plain a.jpg"_s).output.contains("none: no profile folder is known"));
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would wait forever
-    QVERIFY(Run("info a.jpg"_s).error.contains("passed over: not a regular file"));
+    QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
     m_run->Set("TMPDIR", "/proc"_s); // nothing can be made there
-    QVERIFY(Run("info a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
+    QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
 
 void InfoTest::unreadableGoesOn()

@@ -330,8 +330,7 @@ void tst_FittedWarp::transferCurves()
         for (float &value : negative.values)
             value = -value;
         const FittedWarp warp(correction, Sampling::Bilinear, curve, {/*isFloat=*/true, false});
-        QCOMPARE(Rendered(warp, negative, kBaseline).At(99, 0, 2),
-                 -Rendered(warp, source, kBaseline).At(99, 0, 2));
+        QCOMPARE(Rendered(warp, negative, kBaseline).At(99, 0, 2), -Rendered(warp, source, kBaseline).At(99, 0, 2));
     }
 }
 

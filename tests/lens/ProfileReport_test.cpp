@@ -196,7 +196,7 @@ void tst_ProfileReport::notes()
     check(OneEntry(perspective, SubModels("ChromaticBlueGreenModel") + Resource("ChromaticBlueGreenModel", Radial(1))),
           "blue against green model: a focal length is missing");
     check(OneEntry(perspective, Value("ImageXCenter", "nan") + SubModels()),
-          "distortion model: a focal length is missing or a value is no number");
+          "distortion model: a focal length is missing or a value is not a number");
     check(OneEntry(perspective, SubModels("ChromaticGreenModel")), "no green model: ");
     check(OneEntry(perspective, SubModels("VignetteModel")), "no vignette model: ");
     check(OneEntry("GeometricModel", SubModels()),

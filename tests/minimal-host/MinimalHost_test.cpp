@@ -3,6 +3,7 @@
 #include "TiffRaster.h"
 
 #include <QDir>
+#include <exiv2/exiv2.hpp>
 
 class MinimalHost_test : public ProgramTest {
     Q_OBJECT
@@ -47,15 +48,24 @@ void MinimalHost_test::sameFileAsTheProgram()
 void MinimalHost_test::fitted()
 {
     WriteJpeg(Path("b.jpg"_s), 45, 30);
-    const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg p.lcp"_s);
-    QVERIFY2(fitted.exitCode == 0, fitted.error);
-    QVERIFY2(fitted.output.contains("Profile: " + Path("p.lcp"_s).toUtf8() + '\n'), fitted.output);
-    QVERIFY2(fitted.output.contains("\nDone: distortion"), fitted.output);
-    QCOMPARE(ReadTiff(Path("b_corrected.tiff"_s)).channels, 3);
-    QVERIFY(QFile::remove(Path("b_corrected.tiff"_s)));
     const ProgramResult none = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg"_s);
     QVERIFY2(none.exitCode == 1 && none.error.contains("the picture doesn't name its lens"), none.error);
     QVERIFY(!QFile::exists(Path("b_corrected.tiff"_s)));
+
+    const auto image = Exiv2::ImageFactory::open(Path("b.jpg"_s).toStdString());
+    image->exifData()["Exif.Image.Make"] = "Maker";
+    image->exifData()["Exif.Image.Model"] = "BODY";
+    image->exifData()["Exif.Photo.FocalLength"] = "24/1";
+    image->writeMetadata();
+    WriteFile(Path("q.lcp"_s), R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        s:Make="Maker" s:Model="BODY" s:ImageWidth="6000" s:ImageLength="4000" s:SensorFormatFactor="1.5">
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq></r:RDF>)");
+    const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg q.lcp"_s);
+    QVERIFY2(fitted.exitCode == 0, fitted.error);
+    QVERIFY2(fitted.output.contains("Profile: " + Path("q.lcp"_s).toUtf8() + '\n'), fitted.output);
+    QVERIFY2(fitted.output.contains("\nDone: distortion"), fitted.output);
+    QCOMPARE(ReadTiff(Path("b_corrected.tiff"_s)).channels, 3);
 }
 
 void MinimalHost_test::failsWithAMessage()

@@ -232,7 +232,7 @@ void tst_Fit::frames_data()
         },
         3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of its frame");
     row(
-        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't tell its camera");
+        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
     row(
         "cropped at an angle", {3000, 2000}, [](PictureFacts &f) { f.cropTurned = true; }, 0, 0, false, "angle");
 }
@@ -302,7 +302,7 @@ void tst_Fit::parts()
     PictureFacts lost = Facts({2000, 1500});
     lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 lying down, then turned
     const FitResult fit = Fit(Profile({entry}), lost, options);
-    QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("nothing tells its place")), qPrintable(fit.why));
+    QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its place there is unknown")), qPrintable(fit.why));
 }
 
 void tst_Fit::blending()

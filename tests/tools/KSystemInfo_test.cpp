@@ -65,9 +65,9 @@ void tst_KSystemInfo::freeMemory()
     for (const auto &[content, kilobytes] : rows) {
         const Case named(content, kilobytes);
         const QString name = WriteFile(dir.filePath(QStringLiteral("meminfo")), content);
-        QCOMPARE(FreeBytesTold(name.toLocal8Bit().constData()), kilobytes * 1024);
+        QCOMPARE(FreeBytesReported(name.toLocal8Bit().constData()), kilobytes * 1024);
     }
-    QCOMPARE(FreeBytesTold("/no/such/proc/meminfo"), 0ull);
+    QCOMPARE(FreeBytesReported("/no/such/proc/meminfo"), 0ull);
 }
 
 void tst_KSystemInfo::programsAndTheirPipes()

@@ -92,7 +92,7 @@ QString KAnalyticsDb::userId(const bool &create)
         executeQuery(KDbQuery(QStringLiteral("SELECT value FROM metadata WHERE name=:name;"), {UserIdName()}));
     if (row.first()) {
         m_userId = row.value(0).toString();
-    } else if (create && !IsLockedByAnother(row)) { // else the store may have one
+    } else if (create && !IsLockedByAnother(row)) { // otherwise the store may have one
         row.finish();
         const QString id = QUuid::createUuid().toString();
         setUserId(id);
@@ -123,10 +123,10 @@ void KAnalyticsDb::setFilePath(QString filePath)
         return;
     QLockFile lock(filePath + QStringLiteral(".lock"));
     if (!lock.tryLock(0))
-        return; // another process is at it
+        return; // another process is creating it
     KDbSession::setFilePath(filePath);
     if (!IsDamaged())
-        return; // another process was faster, and this session had the old file open
+        return; // another process was faster, and this session had opened the old file
     close();
     const QString aside = filePath + QStringLiteral(".damaged");
     QFile::remove(aside);

@@ -1,4 +1,4 @@
-// Events of analytics in a local SQLite file.
+// Analytics events in a local SQLite file.
 #pragma once
 
 #include "KDbSession.h"
@@ -8,33 +8,33 @@ class KAnalyticsRawEvent;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
 
-/// A damaged file, as a full disk leaves it, is renamed to "….damaged" when it is opened, and a new one begun: its
-/// events are lost to the program, the user's identifier too. One damaged file is kept, the newest.
+/// A damaged file, as a full disk leaves it, is renamed to "….damaged" when it is opened, and a new one is created: its
+/// events and the user's identifier are lost to the program. Only the newest damaged file is kept.
 ///
-/// Without savepoint: each statement stands when it has run. On the thread of its connection, with an event loop, which
-/// deletes the events it has taken. A store that can't be opened swallows events and holds none. While another process
-/// has the file locked, the events of this one stay in memory, the last 1,000: none of its run is lost, nothing waits.
+/// No savepoint: each statement takes effect immediately. Use it on its connection's thread, with an event loop, which
+/// deletes the inserted events. A store that can't be opened discards events. While another process has the file
+/// locked, the last 1,000 events stay in memory and nothing waits.
 class KAnalyticsDb : public KDbSession {
     Q_OBJECT
 public:
     KAnalyticsDb(QString connectionName, QString driver, QObject *parent);
 
-    /// Stores what waited for a lock, if it is gone.
+    /// Stores the events that waited for a lock, if it has been released.
     ~KAnalyticsDb() override;
 
-    /// Takes the event over.
+    /// Inserts the event and takes ownership.
     void insertEvent(KAnalyticsEvent *event);
-    /// Empties the store: nothing is kept in case that sending fails. The events are the caller's;
-    /// those that waited for another process's lock come last, with the id 0.
+    /// Returns all events and empties the store, even if sending then fails. The caller owns the events. Those that
+    /// waited for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
-    /// The user's identifier, empty if there is none and @p create is false, and while another process holds the
-    /// file. Trap: one made here comes without braces,
-    /// and with them from the next session on, since the stored text has them.
+    /// Returns the user's identifier, empty if there is none and @p create is false, or while another process holds the
+    /// file. Trap: one created here comes without braces, and with them from the next session on, since the stored text
+    /// has them.
     QString userId(const bool &create);
     /// Stores an identifier unless there is one.
     void setUserId(QString userId);
 
-    /// Creates the table if it is missing; on the session's own connection for null.
+    /// Creates the table if it is missing. Null: on the session's connection.
     void createTable(QString table, QString columns, QSqlDatabase *db);
 
 public Q_SLOTS:
@@ -48,6 +48,6 @@ private:
     void StoreWaiting();
     bool IsDamaged();
 
-    QStringList m_waiting; // JSON of the events that a lock has kept out, oldest first
+    QStringList m_waiting; // JSON of events kept back by a lock, oldest first
     QString m_userId;
 };

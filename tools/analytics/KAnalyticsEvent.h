@@ -1,4 +1,4 @@
-// One event of analytics: what happened, when, and a value.
+// One analytics event: what happened, when, and a value.
 #pragma once
 
 #include <QElapsedTimer>
@@ -7,8 +7,8 @@
 #include <QString>
 #include <QVariant>
 
-/// Stamped when it is made. On the heap, without a parent; the store that takes it deletes it later. Used on the thread
-/// of the manager. Setters signal only a change.
+/// Time-stamped when created. On the heap, without a parent; the store that receives it deletes it later. Use it on the
+/// manager's thread. Setters emit a signal only on a change.
 class KAnalyticsEvent : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
@@ -29,15 +29,16 @@ public:
     EventType type() const { return m_type; }
     QVariant value() const { return m_value; }
 
-    /// Compact JSON of toJsonObject().
+    /// Returns toJsonObject() as compact JSON.
     QString toJson();
-    /// Leaves the event as it is if the text is no JSON.
+    /// Leaves the event unchanged if the text is not JSON.
     void fromJson(QString json);
-    /// Five keys: "timestamp", "name", "category", "type" ("action", "duration", "counter", "unknow") and "value".
+    /// Returns five keys: "timestamp", "name", "category", "type" ("action", "duration", "counter", "unknow") and
+    /// "value".
     QJsonObject toJsonObject();
-    /// A key that is missing counts as 0, an empty text, an action, no value.
+    /// Reads the five keys; a missing one counts as 0, an empty text, an action, no value.
     void fromJsonObject(QJsonObject object);
-    /// A plain event with the same fields, the caller's.
+    /// Returns a plain event with the same fields, owned by the caller.
     KAnalyticsEvent *clone();
 
 public Q_SLOTS:
@@ -62,7 +63,7 @@ private:
     QVariant m_value;
 };
 
-/// A duration in milliseconds. Its time stamp is that of its making, however often it starts.
+/// A duration in milliseconds. Its time stamp is the time of its creation, however often it starts.
 class KAnalyticsEventTimer : public KAnalyticsEvent {
     Q_OBJECT
 public:
@@ -75,7 +76,7 @@ private:
     QElapsedTimer m_timer;
 };
 
-/// A count, which may go below 0; no value before the first step.
+/// A count, which may be negative; no value before the first step.
 class KAnalyticsEventCounter : public KAnalyticsEvent {
     Q_OBJECT
 public:
@@ -90,7 +91,7 @@ private:
     int m_count = 0;
 };
 
-/// An event as it comes out of a store: a number and its JSON text, nothing parsed.
+/// An event as stored: a number and its unparsed JSON text.
 class KAnalyticsRawEvent : public QObject {
     Q_OBJECT
     Q_PROPERTY(int id READ id WRITE setId NOTIFY idChanged)

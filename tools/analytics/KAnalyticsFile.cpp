@@ -14,7 +14,7 @@ const QString kEvents = QStringLiteral("events");
 const QString kUserId = QStringLiteral("userId");
 constexpr int kStaleLockMs = 2000; // a lock is held for one read or write of a small file
 
-/// Holds the lock for a scope. Where it can't be had, as in a folder that can't be written, work goes on without.
+/// Holds the lock for a scope. If it is not available, as in a read-only folder, work continues without it.
 class LockHolder {
 public:
     explicit LockHolder(QLockFile *lock) : m_lock(lock) { m_lock->lock(); }
@@ -53,7 +53,7 @@ QJsonObject KAnalyticsFile::currentJSonRoot()
             return {};
         bytes = file.readAll();
     }
-    return QJsonDocument::fromBinaryData(bytes).object(); // empty for what isn't of this form
+    return QJsonDocument::fromBinaryData(bytes).object(); // empty if the data isn't of this form
 }
 
 void KAnalyticsFile::saveJSonRoot(QJsonObject &root)
@@ -65,7 +65,7 @@ void KAnalyticsFile::saveJSonRoot(QJsonObject &root)
     file.setDirectWriteFallback(true);
     if (file.open(QIODevice::WriteOnly))
         file.write(QJsonDocument(root).toBinaryData());
-    // No commit(): the temporary file goes, the target keeps its content.
+    // No commit(): the temporary file is deleted, the target keeps its content.
 }
 
 void KAnalyticsFile::insertEvent(KAnalyticsEvent *event)
@@ -104,7 +104,7 @@ void KAnalyticsFile::setUserId(QString userId)
 {
     QJsonObject root = currentJSonRoot();
     if (!root.isEmpty())
-        root.insert(kUserId, userId); // and no more: see the class
+        root.insert(kUserId, userId); // nothing else: see the class
 }
 
 void KAnalyticsFile::addProviderArray(QString name, QJsonArray array)

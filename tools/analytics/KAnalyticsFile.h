@@ -1,4 +1,4 @@
-// Events of analytics in one file of Qt's binary JSON.
+// Analytics events in one file of Qt's binary JSON.
 #pragma once
 
 #include <QJsonArray>
@@ -15,30 +15,30 @@ class KAnalyticsRawEvent;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsproviderfile)
 
-/// Does nothing before it has a path. Trap: nothing that is written persists. saveJSonRoot() leaves the file as it was,
-/// so this store serves files that someone else makes. A file that can't be read or isn't of this form counts as empty,
-/// and then nothing is entered either.
+/// Does nothing until it has a path. Trap: nothing is ever written: saveJSonRoot() leaves the file unchanged, so this
+/// store only serves files that another program creates. A file that can't be read or isn't of this form counts as
+/// empty, and nothing is added then either.
 ///
-/// A lock file beside the file guards each read and each write, not both together. One left behind by a process that
-/// ended is taken over at once, one without a readable owner after two seconds.
+/// A lock file next to the file guards each read and each write separately. A lock left by a process that ended is
+/// taken over at once, one without a readable owner after two seconds.
 class KAnalyticsFile : public QObject {
     Q_OBJECT
 public:
     explicit KAnalyticsFile(QObject *parent);
     ~KAnalyticsFile() override;
 
-    /// Enters a copy; the event stays the caller's.
+    /// Inserts a copy; the caller keeps the event.
     void insertEvent(KAnalyticsEvent *event);
-    /// The events, numbered by their place, as the caller's own; the store is asked to forget them.
+    /// Returns the events, numbered by position and owned by the caller, and asks the store to delete them.
     QList<KAnalyticsRawEvent *> allEvents();
     QString userId();
-    /// Keeps nothing.
+    /// Does nothing.
     void setUserId(QString userId);
-    /// Entries of a provider's own.
+    /// Adds a provider's entries.
     void addProviderArray(QString name, QJsonArray array);
     QJsonArray getProviderArray(QString name);
 
-    /// The whole content; with no events in it if the file doesn't exist.
+    /// Returns the whole content; with an empty event list if the file doesn't exist.
     QJsonObject currentJSonRoot();
     void saveJSonRoot(QJsonObject &root);
 

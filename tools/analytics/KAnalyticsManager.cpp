@@ -17,14 +17,14 @@ Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
 
 namespace {
 
-/// The store's name is no secret; it only doesn't tell at a glance what it is.
+/// The store's name is not secret; it just isn't obvious at a glance.
 QString StoreName()
 {
     return QString::fromLatin1(
         QCryptographicHash::hash(QByteArrayLiteral("analytics"), QCryptographicHash::Md5).toHex());
 }
 
-std::mutex s_providersMutex; // of the managers' lists: a provider may be deleted on any thread
+std::mutex s_providersMutex; // guards the managers' lists: any thread may delete a provider
 
 } // namespace
 
@@ -45,7 +45,7 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 KAnalyticsManager::~KAnalyticsManager()
 {
     while (KAnalyticsProvider *provider = Providers().value(0)) {
-        Forget(provider); // at all its places, and not only when its destruction is signaled
+        Forget(provider); // in all its places, and before its destruction is signaled
         delete provider;
     }
     qDeleteAll(m_timers);
@@ -137,7 +137,7 @@ void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
         const std::lock_guard<std::mutex> locker(s_providersMutex);
         m_providers << provider;
     }
-    // Direct: a queued call from another thread would leave a dangling pointer in the list until it arrives.
+    // Direct: with a queued call from another thread, the list would hold a dangling pointer until it arrives.
     connect(
         provider, &QObject::destroyed, this, [this, provider] { Forget(provider); }, Qt::DirectConnection);
 }
@@ -184,7 +184,7 @@ void KAnalyticsManager::sendEvent(KAnalyticsEvent *event, bool flush)
     } else {
         m_file->insertEvent(event);
         if (event)
-            event->deleteLater(); // the file store copies
+            event->deleteLater(); // the file store made a copy
     }
     ++m_nbEvents;
     if (m_nbEvents >= m_maxEventsBufferised && flush)
@@ -280,7 +280,7 @@ void KAnalyticsManager::flushEventsSend()
     for (KAnalyticsProvider *provider : providers)
         provider->flushEvents(raw);
     if (providers.isEmpty())
-        qDeleteAll(raw); // nobody else takes them
+        qDeleteAll(raw); // no provider takes them
 }
 
 void KAnalyticsManager::waitBeforeExit()

@@ -1,4 +1,4 @@
-// Front of analytics: takes events from the application, keeps them, hands them in batches to providers.
+// Entry point of analytics: takes events from the application, stores them, and hands them in batches to providers.
 #pragma once
 
 #include "KAnalyticsEvent.h"
@@ -15,12 +15,13 @@ class KAnalyticsProvider;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsmanager)
 
-/// KTools::init makes the process's manager or takes a host's; KTools::exit ends it. Nothing is sent by itself: what
-/// leaves the machine, leaves through a provider that a host registers. The store is a file in the application's data
-/// folder; where that can't be used, events are lost without a word.
+/// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. It sends nothing itself:
+/// data leaves the machine only through a provider that a host registers. The store is a file in the application's data
+/// folder; if that is not usable, events are silently lost.
 ///
-/// One thread with a running event loop; others reach it by queued calls of its slots. Timers and counters are known by
-/// category and name joined without a separator, so ("ab", "c") and ("a", "bc") are the same one.
+/// Use it on one thread with a running event loop; other threads call its slots through queued connections. Timers and
+/// counters are identified by category and name joined without a separator, so ("ab", "c") and ("a", "bc") are the
+/// same.
 class KAnalyticsManager : public QObject {
     Q_OBJECT
     Q_PROPERTY(
@@ -29,22 +30,22 @@ class KAnalyticsManager : public QObject {
     Q_PROPERTY(bool isActive READ isActive WRITE setIsActive NOTIFY isActiveChanged)
     Q_PROPERTY(QString userId READ userId)
 public:
-    /// @param useSettingsUserId  the user's identifier is the one that all applications of the organization share in
-    ///                           their settings, made there if it is missing; else the store's own.
-    /// @param useDb              events go to a KAnalyticsDb, else to a KAnalyticsFile.
+    /// @param useSettingsUserId  uses the identifier that all applications of the organization share in their settings,
+    ///                           created if it is missing; otherwise the store's own.
+    /// @param useDb              stores events in a KAnalyticsDb, otherwise in a KAnalyticsFile.
     /// Becomes the process's manager if there is none.
     KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb);
     /// Doesn't flush, see waitBeforeExit(). Afterwards the process has no manager.
     ~KAnalyticsManager() override;
 
-    /// The process's manager, made with shared identifier and database if there is none.
+    /// Returns the process's manager; if there is none, creates one with shared identifier and database.
     static KAnalyticsManager *instance();
-    /// Makes @p instance the process's manager unless it is null; the one before stays whose it was.
+    /// Makes @p instance the process's manager unless it is null; the ownership of the previous one doesn't change.
     static KAnalyticsManager *init(KAnalyticsManager *instance);
     static void killInstance();
 
-    /// Takes the provider over and tells it the store. Providers are served in the order of registration; one that
-    /// someone else deletes, on any thread, is forgotten.
+    /// Takes ownership of the provider and gives it the store. Providers are called in the order of registration; one
+    /// that is deleted elsewhere, on any thread, is unregistered.
     void registerProvider(KAnalyticsProvider *provider);
 
     int maxEventsBufferised() const { return m_maxEventsBufferised; }
@@ -58,26 +59,26 @@ Q_SIGNALS:
     void flushEventsAsked();
 
 public Q_SLOTS:
-    // --- All of these do nothing while analytics is switched off ---
+    // --- All of these do nothing while analytics is off ---
     void sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value);
     void sendEventAction(QString category, QString name, QVariant value);
-    /// Takes the event over. With @p flush, and once as many events as maxEventsBufferised have come since the start,
-    /// each one asks for a flush.
+    /// Takes ownership of the event. With @p flush, and from the maxEventsBufferised-th event since the start on, each
+    /// event requests a flush.
     void sendEvent(KAnalyticsEvent *event, bool flush = true);
-    /// Starts a timer, or starts it anew.
+    /// Starts or restarts a timer.
     void startTimerEvent(QString category, QString name);
     /// Sends the timer's duration.
     void stopTimerEvent(QString category, QString name);
-    /// A counter reaches the store at the next flush; then it begins anew.
+    /// Increments a counter. It reaches the store at the next flush, then starts again.
     void increaseCounterEvent(QString category, QString name);
     void decreaseCounterEvent(QString category, QString name);
 
     void setMaxEventsBufferised(int maxEventsBufferised);
-    /// At once, or when the event loop next runs. Also while analytics is switched off.
+    /// Flushes at once, or when the event loop next runs. Also while analytics is off.
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();
-    /// The user's identifier. Empty while another process holds the store that has it.
+    /// Returns the user's identifier; empty while another process holds the store that has it.
     QString userId();
     void setVersion(QString version);
     void setIsActive(bool isActive);
@@ -97,7 +98,7 @@ private:
     KAnalyticsDb *m_db = nullptr;
     KAnalyticsFile *m_file = nullptr;
     QList<KAnalyticsProvider *> m_providers; // owned
-    int m_nbEvents = 0;                      // since the start: never set back
+    int m_nbEvents = 0;                      // since the start: never reset
     int m_maxEventsBufferised = 10;
     QHash<QString, KAnalyticsEventTimer *> m_timers;
     QHash<QString, KAnalyticsEventCounter *> m_counters;

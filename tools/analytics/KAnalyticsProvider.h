@@ -1,4 +1,4 @@
-// What carries events of analytics away: the face that a host implements.
+// Interface for sending analytics events, implemented by a host.
 #pragma once
 
 #include <QList>
@@ -9,31 +9,31 @@ class KAnalyticsEvent;
 class KAnalyticsFile;
 class KAnalyticsRawEvent;
 
-/// Owned by the manager once it is registered there. All of it runs on the manager's thread.
+/// Owned by the manager once registered. Everything runs on the manager's thread.
 class KAnalyticsProvider : public QObject {
     Q_OBJECT
 public:
     explicit KAnalyticsProvider(QObject *parent);
     ~KAnalyticsProvider() override;
 
-    /// preFlush(), flushEvent() for each, postFlush(). The events belong to the providers from here on; all providers
-    /// are handed the same ones.
+    /// Calls preFlush(), flushEvent() for each event, postFlush(). From here on the providers own the events; all
+    /// providers receive the same ones.
     void flushEvents(QList<KAnalyticsRawEvent *> events);
-    /// The store stays the manager's. storageChanged() hears of it unless it is null.
+    /// Sets the store, which the manager keeps owning. Calls storageChanged() unless it is null.
     void setDb(KAnalyticsDb *db);
     void setAnFile(KAnalyticsFile *file);
-    /// Whether an event is at most ten days old; older ones aren't worth sending.
+    /// Returns whether an event is at most ten days old; older ones aren't worth sending.
     bool eventTimeCheck(KAnalyticsEvent &event);
 
 public Q_SLOTS:
-    /// Blocks until all that was taken has left. Nothing to wait for here.
+    /// Blocks until everything has been sent. This default returns at once.
     virtual void waitBeforeExit();
 
 protected:
-    /// The store is known: a KAnalyticsDb or a KAnalyticsFile.
+    /// Receives the store: a KAnalyticsDb or a KAnalyticsFile.
     virtual void storageChanged(QObject *store) = 0;
     virtual void preFlush(QList<KAnalyticsRawEvent *> events);
-    /// Carries one event away.
+    /// Sends one event.
     virtual void flushEvent(KAnalyticsRawEvent *event) = 0;
     virtual void postFlush();
 

@@ -1,4 +1,4 @@
-// A parameterised SQL statement as a value.
+// A parameterized SQL statement as a value.
 #pragma once
 
 #include <QList>
@@ -18,7 +18,7 @@ struct KDbBind {
 struct KDbQuery {
     KDbQuery(QString text, QList<KDbBind> bound) : query(text), binds(bound) { }
 
-    /// Prepares, binds and runs it on @p sqlQuery, which then holds result and error.
+    /// Prepares, binds and runs the statement on @p sqlQuery, which then holds result and error.
     bool execute(QSqlQuery &sqlQuery) const;
 
     QString query;

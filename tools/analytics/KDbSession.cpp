@@ -22,9 +22,9 @@ bool Run(QSqlQuery &query, const QString &text)
     return query.prepare(text) && query.exec();
 }
 
-/// Two processes that start together on one file can come to hold half a lock each, and with exclusive locking neither
-/// would ever let go. While locking is still normal, the one that fails lets go, so the other gets all of it; a few
-/// tries, no pause. False if another process has the file.
+/// Two processes that start together on one file can each hold half a lock, and with exclusive locking neither would
+/// ever release it. While locking is still normal, the one that fails releases its half and the other gets the whole
+/// lock; a few tries, no pause. Returns false if another process has the file.
 bool TakeLock(QSqlQuery &query)
 {
     constexpr int kTries = 20;
@@ -41,7 +41,7 @@ QSqlQuery Inactive()
     return QSqlQuery(QString(), QSqlDatabase());
 }
 
-/// Closes and forgets the connection. No other handle on it may be left.
+/// Closes and removes the connection. No other handle to it may be left.
 void Forget(QSqlDatabase *db)
 {
     const QString name = db->connectionName();
@@ -50,7 +50,7 @@ void Forget(QSqlDatabase *db)
     QSqlDatabase::removeDatabase(name);
 }
 
-/// What a copy holds for @p value.
+/// Returns what a copy holds for @p value.
 QVariant Copied(const QVariant &value)
 {
     if (value.type() != QVariant::String)
@@ -78,7 +78,7 @@ void CopyRow(const QString &table, const QSqlRecord &row, QSqlQuery *insert)
 bool KDbQuery::execute(QSqlQuery &sqlQuery) const
 {
     if (!sqlQuery.prepare(query))
-        return false; // the error stays that of the statement: an attempt to run it would replace it
+        return false; // keep the statement's error: trying to run it would replace it
     for (const KDbBind &bind : binds)
         sqlQuery.bindValue(QLatin1Char(':') + bind.name, bind.value, QSql::In);
     return sqlQuery.exec();
@@ -143,7 +143,7 @@ void KDbSession::CatchUp()
 
 void KDbSession::Begin()
 {
-    if (m_useRollBack && m_tuned) // else the savepoint's transaction would keep CatchUp() from ever getting the lock
+    if (m_useRollBack && m_tuned) // otherwise the savepoint's transaction would keep CatchUp() from getting the lock
         executeQueries(QStringList{QStringLiteral("SAVEPOINT load;")});
 }
 
@@ -154,14 +154,14 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    if (locked) { // else every lock for reading would stay too, and keep out others that wait for their turn
+    if (locked) { // otherwise every read lock would stay too, and block others that wait for their turn
         Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
         Run(query, QStringLiteral("COMMIT")); // the lock stays
     }
     Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
     if (m_useRollBack) {
         Run(query, QStringLiteral("RELEASE SAVEPOINT load;"));
-        Run(query, QStringLiteral("PRAGMA journal_mode = MEMORY")); // without any SQLite can't undo to a savepoint
+        Run(query, QStringLiteral("PRAGMA journal_mode = MEMORY")); // without a journal SQLite can't roll back
     }
     return locked;
 }

@@ -13,37 +13,37 @@ Q_DECLARE_LOGGING_CATEGORY(dbsession)
 Q_DECLARE_LOGGING_CATEGORY(dbsessionquery)
 Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
-/// Closed at first; setFilePath() opens, with the subclass's tables. SQLite runs without journal and without waiting
-/// for the disk, and keeps other processes out while it is open: fast, and not safe against a crash of the system. A
-/// database that another process holds makes every statement fail at once; nothing waits.
+/// Closed at first; setFilePath() opens it and creates the subclass's tables. SQLite runs without journal and without
+/// waiting for the disk, and locks out other processes while it is open: fast, but not safe against a system crash.
+/// While another process holds the database, every statement fails at once; nothing waits.
 ///
-/// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps what was done since the last
-/// one, cancelAll() and close() undo it; only while another process holds the file there is none. Without it each
-/// statement stands when it has run.
+/// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes since the last
+/// one, cancelAll() and close() undo them. There is none while another process holds the file. Otherwise each statement
+/// takes effect immediately.
 ///
-/// Belongs to the thread that opened it. Failures show in the queries that are returned; only one to open is logged.
+/// Belongs to the thread that opened it. The returned queries show failures; only a failure to open is logged.
 class KDbSession : public QObject {
     Q_OBJECT
 public:
     /// Opens nothing. @p driver is the name of a Qt driver, such as "QSQLITE".
     KDbSession(QString connectionName, QString driver, QObject *parent);
-    /// Lets go of the connection without closing it: it stays with QSqlDatabase until the name is opened again.
+    /// Releases the connection without closing it: QSqlDatabase keeps it until the name is opened again.
     ~KDbSession() override;
 
     QSqlDatabase database() { return m_db; }
     QSqlDatabase fileDb(bool open);
-    /// For sessions that are closed; on an open one it counts from the next commit or cancel.
+    /// Call it on a closed session; on an open one it takes effect at the next commit or cancel.
     void setUseRollBack(bool use) { m_useRollBack = use; }
     bool checkDb();
 
-    // On a closed session these run nothing and give an inactive query. A failed statement doesn't stop a list; the
-    // query holds the result of the last one.
+    // On a closed session these run nothing and return an inactive query. A failed statement doesn't stop a list; the
+    // returned query holds the result of the last one.
     QSqlQuery executeQuery(QString query);
     QSqlQuery executeQuery(KDbQuery query);
     QSqlQuery executeQueries(QStringList queries);
     QSqlQuery executeQueries(QList<KDbQuery> queries);
 
-    /// Opens another file in the same way, tables included, in place of any connection of that name. The caller closes
+    /// Opens another file in the same way, including tables, replacing any connection of that name. The caller closes
     /// and removes it. Invalid for an empty path.
     QSqlDatabase openDb(QString connectionName, QString filePath);
 
@@ -52,11 +52,11 @@ public Q_SLOTS:
     void cancelAll();
     /// Closes, then opens the file unless the path is empty.
     virtual void setFilePath(QString filePath);
-    /// Adds the rows of allTables() to the tables of another file. Texts gain a pair of double quotes in the copy.
+    /// Adds the rows of allTables() to the tables of another file. The copies of texts gain a pair of double quotes.
     void copyDbTo(QString filePath);
     /// Closes and removes the file.
     void eraseDb();
-    /// Undoes what wasn't committed, and closes.
+    /// Undoes uncommitted changes and closes.
     void close();
 
 public:
@@ -66,11 +66,11 @@ public:
     virtual QStringList allTables() = 0;
 
 private:
-    /// False if another process has the file: then SQLite takes no settings.
+    /// Applies the settings. Returns false if another process has the file: SQLite then takes no settings.
     bool Tune(QSqlDatabase &db);
-    /// Makes up for settings and tables as soon as that process has left.
+    /// Applies missed settings and creates missed tables once that process has released the file.
     void CatchUp();
-    /// Begins a unit of work, once the file is this session's.
+    /// Begins a unit of work if the session holds the file.
     void Begin();
     void CopyTable(const QString &table, QSqlDatabase &target);
 

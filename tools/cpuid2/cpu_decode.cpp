@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends the walk on a machine that never ends it
+constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends the loop on a machine that never does
 constexpr unsigned kSmtLevel = 1;
 constexpr unsigned kCoreLevel = 2;
 constexpr unsigned kAmdCacheLeaf = 0x8000001Du;
@@ -18,7 +18,7 @@ bool HasExtendedLeaf(CpuMachine &machine, unsigned leaf)
     return machine.Cpuid(0x80000000u, 0).eax >= leaf;
 }
 
-/// AMD, or Hygon, which makes AMD's design: their leaf 4 is empty.
+/// AMD, or Hygon, which uses AMD's design: their leaf 4 is empty.
 bool IsAmd(CpuMachine &machine)
 {
     const unsigned ebx = machine.Cpuid(0, 0).ebx;
@@ -57,8 +57,8 @@ ApicFields FieldsOfWidths(unsigned smtWidth, unsigned coreWidth)
     return fields;
 }
 
-/// Leaf 0x80000008 gives the width of core and thread together, or, in older processors, a count; leaf 0x8000001E the
-/// threads of a core.
+/// Leaf 0x80000008 gives the combined width of core and thread or, on older processors, a count; leaf 0x8000001E the
+/// threads per core.
 ApicFields AmdFields(CpuMachine &machine)
 {
     const unsigned ecx = machine.Cpuid(0x80000008u, 0).ecx;
@@ -175,11 +175,11 @@ ApicFields LegacyFields(CpuMachine &machine)
             return AmdFields(machine);
         cores = getBitsFromDWORD(leaf4.eax, 26, 31) + 1;
     } else if (HasCmpLegacy(machine)) {
-        ApicFields fields; // the count is of cores, not of threads, and nothing tells how the identifier splits
+        ApicFields fields; // the count is of cores, not threads, and nothing says how the identifier splits
         fields.error = kTopologyLegacyError;
         return fields;
     }
-    const unsigned smt = std::max(perPackage / cores, 1u); // hypervisors are seen that count fewer threads than cores
+    const unsigned smt = std::max(perPackage / cores, 1u); // some hypervisors report fewer threads than cores
     return FieldsOfWidths(WidthOf(smt), WidthOf(cores));
 }
 

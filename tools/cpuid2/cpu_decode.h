@@ -1,5 +1,5 @@
-// What CPUID registers mean: how an APIC identifier splits into package, core and thread, and what a cache is like.
-// Sources: Intel SDM volume 2A, CPUID; AMD APM volume 3, appendix E. Reads registers only, binds nothing.
+// Decoding of CPUID registers: how an APIC identifier splits into package, core and thread, and the properties of a
+// cache. Sources: Intel SDM volume 2A, CPUID; AMD APM volume 3, appendix E. Only reads registers, binds nothing.
 #pragma once
 
 #include "cpu_machine.h"
@@ -21,35 +21,35 @@ struct CacheDescription {
     unsigned level = 0;
     unsigned type = 0; // 0 none, 1 data, 2 instruction, 3 unified
     unsigned sizeKb = 0;
-    unsigned sharingCount = 0; // identifiers set aside for the logical processors that share it, at least 1
+    unsigned sharingCount = 0; // identifiers reserved for the logical processors that share it, at least 1
     std::string shortName;     // "L1D"
     std::string longName;      // "Level 1 Data cache, size(KBytes)= 32"
 };
 
-/// Bits @p from to @p to, both included, counted from 0; 0 for an impossible range.
+/// Returns bits @p from to @p to, both included, counted from 0; 0 for an impossible range.
 unsigned getBitsFromDWORD(unsigned value, unsigned from, unsigned to);
-/// 1, and the index of the highest set bit; 0, and index 0, if there is none.
+/// Returns 1 and the index of the highest set bit; 0 and index 0 if there is none.
 unsigned char myBitScanReverse(unsigned *index, unsigned value);
-/// Bits that number @p count things: the index of the highest set bit of 2 * count - 1.
+/// Returns the number of bits that can number @p count things: the index of the highest set bit of 2 * count - 1.
 unsigned WidthOf(unsigned count);
 
 unsigned MaxLeaf(CpuMachine &machine);
-/// Whether leaf 11 is there and says something.
+/// Returns whether leaf 11 exists and is not empty.
 bool HasLeafB(CpuMachine &machine);
-/// Whether leaf 1 flags several logical processors in a package.
+/// Returns whether leaf 1 flags several logical processors per package.
 bool HasMultiThreading(CpuMachine &machine);
-/// Identifier of the processor that runs the calling thread: 32 bits with leaf 11, 8 bits without.
+/// Returns the identifier of the processor that runs the calling thread: 32 bits with leaf 11, 8 bits without.
 unsigned ApicId(CpuMachine &machine, bool hasLeafB);
 
-/// By leaf 11.
+/// Reads the fields from leaf 11.
 ApicFields LeafBFields(CpuMachine &machine);
-/// By leaves 1 and 4; by the extended leaves on AMD processors, whose leaf 4 is empty.
+/// Reads the fields from leaves 1 and 4, or from the extended leaves on AMD processors, whose leaf 4 is empty.
 ApicFields LegacyFields(CpuMachine &machine);
 
-/// Leaf that lists the caches: 4, or 0x8000001D on AMD processors with topology extensions, which lists in the same
-/// form.
+/// Returns the leaf that lists the caches: 4, or 0x8000001D, in the same form, on AMD processors with topology
+/// extensions.
 unsigned CacheLeaf(CpuMachine &machine);
-/// Entry @p subleaf of the cache leaf; type 0 behind the last one.
+/// Decodes entry @p subleaf of the cache leaf; type 0 after the last one.
 CacheDescription DescribeCache(CpuMachine &machine, unsigned subleaf);
-/// Bytes: sets x ways x partitions x line size.
+/// Returns the size in bytes: sets x ways x partitions x line size.
 unsigned long long CacheBytes(const CpuidRegisters &cacheLeaf);

@@ -1,9 +1,9 @@
-// Reading the processors: the CPUID instruction and the binding of a thread, apart from what the registers mean.
+// Access to the processors: the CPUID instruction and the binding of a thread. cpu_decode.h decodes the registers.
 #pragma once
 
 #include <array>
 
-/// What one CPUID instruction answers.
+/// Result of one CPUID instruction.
 struct CpuidRegisters {
     unsigned eax = 0;
     unsigned ebx = 0;
@@ -11,25 +11,25 @@ struct CpuidRegisters {
     unsigned edx = 0;
 };
 
-/// One bit a logical processor, processor 0 in bit 0 of byte 0: 1024 processors, as sched_setaffinity's own type.
+/// One bit per logical processor, processor 0 in bit 0 of byte 0: 1024 processors, like cpu_set_t.
 using AffinityBytes = std::array<unsigned char, 128>;
 
-/// The processors that the topology is asked of. Recorded registers of another machine take its place in tests.
+/// The processors that the topology is read from. Tests substitute recorded registers of another machine.
 class CpuMachine {
 public:
     virtual ~CpuMachine();
 
-    /// Logical processors that the system is set up for, those that are switched off included.
+    /// Returns the logical processors that the system is configured for, including those that are off.
     virtual unsigned ProcessorCount() = 0;
-    /// Processors that the calling thread may run on; false if the system doesn't tell.
+    /// Reads the processors that the calling thread may run on; false if unknown.
     virtual bool Affinity(AffinityBytes *mask) = 0;
     /// Pins the calling thread to the processors of @p mask; false if the system refuses.
     virtual bool Bind(const AffinityBytes &mask) = 0;
-    /// What the processor that runs the calling thread answers.
+    /// Runs CPUID on the processor of the calling thread.
     virtual CpuidRegisters Cpuid(unsigned leaf, unsigned subleaf) = 0;
 };
 
-/// The machine that all of cpu_topo.h asks: this one, unless SetCpuMachine() put another in its place.
+/// Returns the machine that cpu_topo.h reads: this one, unless SetCpuMachine() replaced it.
 CpuMachine &CurrentCpuMachine();
-/// Null: this machine again. The caller keeps ownership. Not while a query runs.
+/// Replaces the machine; null restores this one. The caller keeps ownership. Don't call it while a query runs.
 void SetCpuMachine(CpuMachine *machine);

@@ -1,4 +1,4 @@
-// The walk through the processors, the numbering of what it found, and the masks it uses.
+// Enumeration of the processors, their numbering, and the masks it uses.
 #include "cpu_topo.h"
 
 #include <algorithm>
@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr const char *kSource = "cpu_topo.cpp"; // as the messages name it
+constexpr const char *kSource = "cpu_topo.cpp"; // as in the messages
 
-/// Ends InitCpuTopology(): what the processors say doesn't fit together.
+/// Thrown to end InitCpuTopology() when the processors' data is inconsistent.
 struct Inconsistent { };
 
 [[noreturn]] void __attribute__((format(printf, 1, 2))) Bye(const char *format, ...)
@@ -53,7 +53,7 @@ void CPUTopologyLegacyConstants()
     TakeFields(LegacyFields(CurrentCpuMachine()));
 }
 
-/// Whether the list of subleaves of leaf 4 or 11 ends at these registers.
+/// Returns whether the list of subleaves of leaf 4 or 11 ends at these registers.
 bool EndsList(unsigned leaf, const CpuidRegisters &r)
 {
     return leaf == 4 ? getBitsFromDWORD(r.eax, 0, 4) == 0 : r.ebx == 0;
@@ -84,7 +84,7 @@ void InitStructuredLeafBuffers()
         ReadLeaf(leaf);
 }
 
-/// Enters the cache into the record; its index, or -1 behind the last one.
+/// Adds the cache to the record. Returns its index, or -1 after the last one.
 int FindEachCacheIndex(unsigned maxLeaf, unsigned subleaf)
 {
     CpuTopology &g = *glbl_ptr;
@@ -154,7 +154,7 @@ void ParseIDS4EachThread(unsigned cpu, unsigned index)
     }
 }
 
-/// Reads the identifier of every processor; their number, or -1.
+/// Reads the identifier of every processor. Returns their number, or -1.
 int QueryParseSubIDs()
 {
     CpuTopology &g = *glbl_ptr;
@@ -180,7 +180,7 @@ int QueryParseSubIDs()
     return g.error ? -1 : static_cast<int>(index);
 }
 
-/// The counter, or the end of the analysis if the table has no room for it.
+/// Returns the counter; ends the analysis if the table has no room for it.
 unsigned &Counter(CounterTable &table, unsigned row, unsigned column)
 {
     if (row >= table.dim[0])
@@ -192,7 +192,7 @@ unsigned &Counter(CounterTable &table, unsigned row, unsigned column)
     return table.At(row, column);
 }
 
-/// Index of @p id among those seen so far, where it is entered if it is new.
+/// Returns the index of @p id among those seen so far; appends a new one.
 unsigned Ordinal(std::vector<unsigned> *seen, unsigned id)
 {
     const auto found = std::find(seen->begin(), seen->end(), id);
@@ -220,7 +220,7 @@ void FindFields()
     CpuMachine &machine = CurrentCpuMachine();
     g.hasLeafB = HasLeafB(machine) ? 1 : 0;
     if (!HasMultiThreading(machine))
-        TakeFields(ApicFields()); // one processor a package
+        TakeFields(ApicFields()); // one processor per package
     else if (g.hasLeafB)
         CPUTopologyLeafBConstants();
     else

@@ -1,4 +1,4 @@
-// Packages, cores, logical processors and caches of the machine, by CPUID on each processor in turn.
+// Packages, cores, logical processors and caches of the machine, read by CPUID on each processor in turn.
 #pragma once
 
 #include "cpu_decode.h"
@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-// Neither locks nor copies: one global record, one thread that asks first. The first query of the counts walks through
-// all processors and leaves its thread pinned to the last one, so ask it on a thread that ends soon; what it found, or
-// that it failed, stays until CPUIDExit().
+// No locks, no copies: one global record, and one thread that queries first. The first query of the counts visits all
+// processors and leaves its thread pinned to the last one, so run it on a short-lived thread; the result, or the
+// failure, stays until CPUIDExit().
 
 constexpr unsigned MAX_CACHE_SUBLEAFS = 6;
 constexpr unsigned MAX_LEAFS = 30;
-constexpr unsigned MAX_CORES = 512; // of a package
+constexpr unsigned MAX_CORES = 512; // per package
 
-// Bits of CpuTopology::error. Any of them makes all queries answer 0.
+// Bits of CpuTopology::error. With any of them set, all queries return 0.
 constexpr unsigned kTopologyGeneralError = 0x80000000u;
-constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor older than leaf 4 that numbers in its own way
+constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor older than leaf 4 with its own numbering
 constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // identifiers that can't be numbered
 constexpr unsigned kTopologyAffinityError = 0xC1000000u; // the process may not run on every processor
 constexpr unsigned kTopologyBindError = 0xC2000000u;
@@ -29,11 +29,11 @@ struct CounterTable {
 
     void Allocate(unsigned rows, unsigned columns);
     bool Holds(unsigned row, unsigned column) const { return row < dim[0] && column < dim[1]; }
-    /// The counter; only where Holds().
+    /// Returns the counter; valid only if Holds().
     unsigned &At(unsigned row, unsigned column) { return data[size_t(row) * dim[1] + column]; }
 };
 
-/// One logical processor: its identifier in parts, and the parts as ordinals from 0.
+/// One logical processor: the parts of its identifier, and their ordinals from 0.
 struct CpuThreadRecord {
     unsigned apicId = 0;
     unsigned cpu = 0;
@@ -53,13 +53,13 @@ struct GenericAffinityMask {
     std::unique_ptr<unsigned char[]> bits;
 };
 
-/// All answers of one leaf.
+/// All registers of one leaf.
 struct CpuidLeafSnapshot {
     CpuidRegisters subleaf[MAX_CACHE_SUBLEAFS];
     unsigned subleafCount = 0;
 };
 
-/// The one record behind all functions here.
+/// The global record that all functions here use.
 struct CpuTopology {
     std::vector<CpuThreadRecord> threadRecords;
     CounterTable perPkg_detectedCoresCount;
@@ -85,73 +85,73 @@ struct CpuTopology {
     CpuidLeafSnapshot cpuidSnapshot[MAX_LEAFS];
     GenericAffinityMask processAffinity;
     GenericAffinityMask systemAffinity;
-    std::vector<CacheDescription> cacheRecords; // one a cache index, for display
+    std::vector<CacheDescription> cacheRecords; // one per cache index, for display
 };
 
-/// Null before CPUIDInit() and after CPUIDExit(); every query then answers as after an error.
+/// Null before CPUIDInit() and after CPUIDExit(); every query then returns the same as after an error.
 extern CpuTopology *glbl_ptr;
 
-/// The record, made on the first call.
+/// Returns the record, created by the first call.
 CpuTopology *CPUIDInit();
 void CPUIDExit();
-/// Does the work, once. An inconsistency is told on standard output and ends in CpuTopology::error.
+/// Reads the topology, once. Prints an inconsistency to standard output and sets CpuTopology::error.
 void InitCpuTopology();
 
-// --- Queries: ask for the topology if nobody has yet; 0 after an error ---
+// --- Queries: read the topology first if needed; return 0 after an error ---
 
 unsigned GetSysLogicalProcessorCount();
 unsigned GetSysProcessorCoreCount();
 unsigned GetSysProcessorPackageCount();
-/// Processors that the system is set up for.
+/// Returns the processors that the system is configured for.
 unsigned GetOSLogicalProcessorCount();
-/// Instances of the cache with that index.
+/// Returns the instances of the cache with that index.
 unsigned GetSysEachCacheCount(unsigned subleaf);
-/// Logical processors that share one instance of a cache.
+/// Returns the logical processors that share one instance of a cache.
 unsigned GetCoreCountPerEachCache(unsigned subleaf, unsigned cacheOrdinal);
-/// Cores of a package; 0 if there is no such package.
+/// Returns the cores of a package; 0 if there is no such package.
 unsigned GetcoreCount(unsigned package);
-/// Logical processors of a core, which is counted within its package.
+/// Returns the logical processors of a core, numbered within its package.
 unsigned GetthreadCount(unsigned package, unsigned core);
-/// 0xFFFFFFFF after an error or past GetOSLogicalProcessorCount().
+/// Returns the APIC identifier; 0xFFFFFFFF after an error or past GetOSLogicalProcessorCount().
 unsigned getEnumerateAPICID(unsigned index);
-/// Index of the first logical processor with these ordinals, -1 for any; 0 if there is none.
+/// Returns the index of the first logical processor with these ordinals, -1 for any; 0 if there is none.
 unsigned SlectOrdfromPkg(int package, int core, int thread);
-/// Reads, on a processor of @p package, what the hardware says of threads in a core and in a package, into the record.
-/// 0, or -1 for a package that isn't there or can't be reached. Leaves the thread pinned to that processor.
+/// Reads the hardware's threads per core and per package, on a processor of @p package, into the record. Returns 0, or
+/// -1 for a package that doesn't exist or can't be reached. Leaves the thread pinned to that processor.
 int GetHWMTConfig(unsigned package);
-/// Bytes; 0 below leaf 4.
+/// Returns the size in bytes; 0 below leaf 4.
 unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf);
-/// The processor's own name, with the leading blanks that some store. Needs no topology, binds nothing.
+/// Returns the processor's name, with the leading blanks that some store. Needs no topology, binds nothing.
 const char *GetCpuDescription();
 
 // --- Steps of InitCpuTopology() ---
 
-/// Pins the calling thread; 0, or -1.
+/// Pins the calling thread. Returns 0 or -1.
 int BindContext(unsigned cpu);
 unsigned GetMaxCPUSupportedByOS();
 void _CPUID(CpuidRegisters *registers, unsigned leaf, unsigned subleaf);
-/// Ordinals out of the parts of the first @p count identifiers: 0, or -1 if there are none.
+/// Numbers the parts of the first @p count identifiers. Returns 0, or -1 if there are none.
 int numberPackagesAndCores(unsigned count);
 int numberCaches(unsigned subleaf, unsigned count);
 
 // --- Masks ---
 
-/// A mask of no processors with room for @p cpuCount: 0, or -1.
+/// Allocates an empty mask with room for @p cpuCount processors. Returns 0 or -1.
 int AllocateGenericAffinityMask(GenericAffinityMask *mask, unsigned cpuCount);
 void FreeGenericAffinityMask(GenericAffinityMask *mask);
-/// 0, or -1 for a processor past the mask, which is told on standard output; the same for clearing.
+/// Returns 0, or -1 for a processor past the mask, after printing an error to standard output. The same for clearing.
 int SetGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 int ClearGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 void ClearGenericAffinityMask(GenericAffinityMask *mask);
-/// 1, 0, or 255 for a processor past the mask.
+/// Returns 1, 0, or 255 for a processor past the mask.
 unsigned char TestGenericAffinityBit(const GenericAffinityMask *mask, unsigned cpu);
-/// Whether both have the same size and the same processors.
+/// Returns whether both have the same size and the same processors.
 bool CompareEqualGenericAffinity(const GenericAffinityMask *a, const GenericAffinityMask *b);
 
 unsigned countBits(unsigned long long word);
-/// Hexadecimal digits with each run of 32, then of 16, zeros written as "z32" and "z16".
+/// Replaces each run of 32, then of 16, zeros in hexadecimal digits by "z32" and "z16".
 std::string CompressHexMask(const std::string &digits);
-/// The mask in hexadecimal, highest processor first, without leading zeros, compressed.
+/// Formats the mask in hexadecimal, highest processor first, without leading zeros, compressed.
 std::string FormatHexMask(const GenericAffinityMask *mask);
-/// The same for the one processor: its digit and up to two zeros, or "z" and how many zeros follow.
+/// Formats the mask of one processor: its digit and up to two zeros, or "z" and the number of zeros that follow.
 std::string FormatSingleBitMask(unsigned cpu);

@@ -1,4 +1,4 @@
-// Answers out of the record of cpu_topo.h, and masks as text.
+// Queries on the record of cpu_topo.h, and masks as text.
 #include "cpu_topo.h"
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Makes sure that the topology was asked for; whether there is one.
+/// Ensures that the topology has been read. Returns whether there is one.
 bool HasTopology(unsigned CpuTopology::*counter)
 {
     if (!glbl_ptr)
@@ -134,7 +134,7 @@ unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf)
 
 const char *GetCpuDescription()
 {
-    static char text[48 + 1]; // the processor need not end its 48 bytes with a zero
+    static char text[48 + 1]; // the processor may not end its 48 bytes with a zero
     constexpr unsigned kFirst = 0x80000002u;
     const unsigned last = CurrentCpuMachine().Cpuid(0x80000000u, 0).eax;
     for (unsigned leaf = kFirst; leaf <= last && leaf < kFirst + 3; ++leaf) {

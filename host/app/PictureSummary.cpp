@@ -1,4 +1,4 @@
-#include "PictureFacts.h"
+#include "PictureSummary.h"
 
 #include "ImageDef.h"
 
@@ -18,7 +18,7 @@ QString Number(double value, int digits = 6)
     return QString::number(value, 'g', digits);
 }
 
-/// For scripts: without the digits that come of computing alone.
+/// Rounds for scripts: without digits that are only rounding errors.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -26,7 +26,7 @@ double Rounded(double value, int digits = 6)
 
 constexpr quint32 kGpsLatitudeRef = 1, kGpsLatitude = 2, kGpsStatus = 9;
 
-/// The file's EXIF itself, for what the record of a picture doesn't tell.
+/// The file's EXIF, for facts missing from the record of a picture.
 class FileExif {
 public:
     explicit FileExif(const QString &path)
@@ -35,9 +35,9 @@ public:
     {
     }
 
-    /// Of an entry of the picture itself, not of its GPS block.
+    /// Returns the text of an entry of the picture, not of its GPS block.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
-    /// A number or fraction; 0 without one.
+    /// Returns a number or fraction; 0 without one.
     double Number(quint32 tag) const
     {
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/false);
@@ -50,7 +50,7 @@ public:
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/true);
         return QString::fromUtf8(entry ? entry->Value : "").trimmed();
     }
-    /// Whether the first fraction of a GPS entry isn't over zero, which its text would show as 0.
+    /// Whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be 0.
     bool IsGpsNumber(quint32 tag) const
     {
         constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
@@ -79,8 +79,7 @@ private:
     std::unique_ptr<GFL_EXIF_DATAEX, void (*)(GFL_EXIF_DATAEX *)> m_values;
 };
 
-/// Describes a picture the way the image kernel does. Kinds that the kernel's lists refuse, such as grey ones, are
-/// described here all the same.
+/// Describes a picture like the image kernel, including forms that the kernel refuses, such as gray ones.
 std::unique_ptr<ImageDef> Describe(const QString &path)
 {
     ImageDef *made = nullptr;
@@ -101,7 +100,7 @@ std::unique_ptr<ImageDef> Describe(const QString &path)
     return image;
 }
 
-void AddFile(const QString &path, PictureFacts *facts)
+void AddFile(const QString &path, PictureSummary *facts)
 {
     GFL_FILE_INFORMATION info = {};
     gflGetFileInformationExUTF8(path.toUtf8().constData(), -1, &info, 4);
@@ -120,7 +119,7 @@ void AddFile(const QString &path, PictureFacts *facts)
     gflFreeFileInformation(&info);
 }
 
-void AddCamera(const ShootingInformation &shooting, PictureFacts *facts)
+void AddCamera(const ShootingInformation &shooting, PictureSummary *facts)
 {
     QStringList names{shooting.makerName, shooting.modelName};
     names.removeAll(QString());
@@ -138,7 +137,7 @@ const char *NameOfLensKind(int kind)
     return kind >= 0 && kind < 3 ? kNames[kind] : nullptr;
 }
 
-void AddLens(const ImageDef &image, PictureFacts *facts)
+void AddLens(const ImageDef &image, PictureSummary *facts)
 {
     const ShootingInformation &shooting = image.m_shooting;
     if (!shooting.lensId.isEmpty()) {
@@ -157,8 +156,8 @@ void AddLens(const ImageDef &image, PictureFacts *facts)
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-/// Where the ratio to 35 mm film is unknown, the record of the picture holds no focal length to be trusted.
-void AddRealFocalLength(const FileExif &exif, PictureFacts *facts)
+/// Adds the focal length. If the ratio to 35 mm film is unknown, the record's focal length is not reliable.
+void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;
     const double real = exif.Number(kFocalLength);
@@ -167,12 +166,12 @@ void AddRealFocalLength(const FileExif &exif, PictureFacts *facts)
                               QStringLiteral("focalLength"), Rounded(real)};
 }
 
-void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureFacts *facts)
+void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureSummary *facts)
 {
     if (!image.HasExif())
         return AddRealFocalLength(exif, facts);
     const double equivalent = image.m_shooting.focal35mm;
-    const double real = equivalent / image.m_shooting.focalRatio; // 0 where only the equivalent is told
+    const double real = equivalent / image.m_shooting.focalRatio; // 0 if only the equivalent is given
     QStringList texts;
     if (std::isfinite(real) && real > 0.0) {
         texts << Number(real) + QLatin1String(" mm");
@@ -183,15 +182,15 @@ void AddFocalLengths(const ImageDef &image, const FileExif &exif, PictureFacts *
                           QStringLiteral("focalLength35mm"), Rounded(equivalent)};
 }
 
-/// "1/160 s" or "2.5 s"
+/// Returns "1/160 s" or "2.5 s".
 QString Seconds(double time)
 {
     return (time < 0.3 ? QStringLiteral("1/%1 s").arg(Number(1.0 / time, 4))
                        : QStringLiteral("%1 s").arg(Number(time, 4)));
 }
 
-/// In seconds; 0 if unknown. The record takes ShutterSpeedValue over as it stands where there is no exposure time,
-/// though it is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
+/// Returns the exposure time in seconds; 0 if unknown. Without an exposure time the record has ShutterSpeedValue
+/// unconverted, though it is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
 double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
 {
     constexpr quint32 kExposureTime = 33434, kShutterSpeed = 37377;
@@ -200,7 +199,7 @@ double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
     return std::exp2(-exif.Number(kShutterSpeed));
 }
 
-void AddExposure(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
+void AddExposure(const ShootingInformation &shooting, const FileExif &exif, PictureSummary *facts)
 {
     const double exposureTime = ExposureTime(shooting, exif);
     QStringList texts;
@@ -225,7 +224,7 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
         *facts << PictureFact{QStringLiteral("Exposure"), texts.join(QLatin1String(", ")), QString(), {}};
 }
 
-/// The time that the camera's clock showed: it was taken for local time without daylight saving.
+/// Returns the time of the camera's clock: the record treats it as local time without daylight saving.
 QDateTime CameraClock(qint64 timestamp)
 {
     const std::time_t time = timestamp;
@@ -238,22 +237,22 @@ QDateTime CameraClock(qint64 timestamp)
     return QDateTime::fromSecsSinceEpoch(timestamp - saving, Qt::OffsetFromUTC, static_cast<int>(offset));
 }
 
-void AddDate(const ShootingInformation &shooting, PictureFacts *facts)
+void AddDate(const ShootingInformation &shooting, PictureSummary *facts)
 {
     const QDateTime date = CameraClock(shooting.timestamp);
-    constexpr int kFirstYear = 1826; // of the first photograph: an unset clock reads as the year 0
+    constexpr int kFirstYear = 1826; // of the first photograph: an unset clock gives year 0
     if (shooting.timestamp == 0 || date.date().year() < kFirstYear)
         return;
     *facts << PictureFact{QStringLiteral("Taken"), date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
                           QStringLiteral("date"), date.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))};
 }
 
-void AddPlace(const ShootingInformation &shooting, const FileExif &exif, PictureFacts *facts)
+void AddPlace(const ShootingInformation &shooting, const FileExif &exif, PictureSummary *facts)
 {
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
         return;
-    // What cameras without a fix write: zeros, and neither north nor south, or no reception.
+    // Cameras without a fix write zeros, and neither north nor south, or no reception.
     const bool isZero = shooting.gpsLatitude == 0.0 && shooting.gpsLongitude == 0.0;
     if (isZero
         && (exif.GpsText(kGpsLatitudeRef).isEmpty() || exif.GpsText(kGpsStatus) == QLatin1String("V")
@@ -269,7 +268,7 @@ void AddPlace(const ShootingInformation &shooting, const FileExif &exif, Picture
                           longitudeSign * Rounded(shooting.gpsLongitude, 10)};
 }
 
-void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)
+void AddDirection(const ShootingInformation &shooting, PictureSummary *facts)
 {
     if (shooting.gpsDirection == ShootingInformation::kUnknownPlace)
         return;
@@ -279,7 +278,7 @@ void AddDirection(const ShootingInformation &shooting, PictureFacts *facts)
         QStringLiteral("direction"), shooting.gpsDirection};
 }
 
-void AddOrientation(int orientation, PictureFacts *facts)
+void AddOrientation(int orientation, PictureSummary *facts)
 {
     constexpr const char *kNames[] = {"upright",
                                       "mirrored",
@@ -296,7 +295,7 @@ void AddOrientation(int orientation, PictureFacts *facts)
                           QStringLiteral("orientation"), orientation};
 }
 
-void AddMetadata(const ImageDef &image, PictureFacts *facts)
+void AddMetadata(const ImageDef &image, PictureSummary *facts)
 {
     QStringList names;
     const auto add = [&names](bool has, const char *name) {
@@ -314,9 +313,9 @@ void AddMetadata(const ImageDef &image, PictureFacts *facts)
 
 } // namespace
 
-PictureFacts FactsOfPicture(const QString &path)
+PictureSummary SummaryOfPicture(const QString &path)
 {
-    PictureFacts facts;
+    PictureSummary facts;
     AddFile(path, &facts);
     const std::unique_ptr<ImageDef> image = Describe(path);
     AddCamera(image->m_shooting, &facts);

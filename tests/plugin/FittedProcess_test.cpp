@@ -189,7 +189,7 @@ using Options = QList<QPair<QString, QString>>;
 Q_DECLARE_METATYPE(Entries)
 Q_DECLARE_METATYPE(ProfileEntry)
 
-class tst_FittedRun : public QObject {
+class tst_FittedProcess : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void init()
@@ -213,7 +213,7 @@ private:
     QString m_assumed; // of the last run
 };
 
-void *tst_FittedRun::Record(const Options &options)
+void *tst_FittedProcess::Record(const Options &options)
 {
     QDomDocument document;
     QDomElement element = document.createElement("any"_s);
@@ -225,7 +225,7 @@ void *tst_FittedRun::Record(const Options &options)
     return m_process.AllocParameters(element);
 }
 
-QString tst_FittedRun::Put(const TiffRaster &source, const Shot &shot)
+QString tst_FittedProcess::Put(const TiffRaster &source, const Shot &shot)
 {
     QList<SpelledNode> nodes;
     for (const ProfileEntry &entry : shot.entries)
@@ -239,7 +239,7 @@ QString tst_FittedRun::Put(const TiffRaster &source, const Shot &shot)
     return path;
 }
 
-TiffRaster tst_FittedRun::Corrected(const TiffRaster &source, const Shot &shot, const Options &options)
+TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &shot, const Options &options)
 {
     const QString path = Put(source, shot);
     void *record = Record(options);
@@ -253,7 +253,7 @@ TiffRaster tst_FittedRun::Corrected(const TiffRaster &source, const Shot &shot, 
 const Options kPlaces = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}};
 const Options kAll = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}};
 
-void tst_FittedRun::everyPixelComesFromItsPlace_data()
+void tst_FittedProcess::everyPixelComesFromItsPlace_data()
 {
     QTest::addColumn<Entries>("entries");
     QTest::addColumn<QSize>("size");
@@ -275,7 +275,7 @@ void tst_FittedRun::everyPixelComesFromItsPlace_data()
     QTest::newRow("between") << Zoom() << QSize(300, 200) << 25.0 << 1 << Zoom()[0];
 }
 
-void tst_FittedRun::everyPixelComesFromItsPlace()
+void tst_FittedProcess::everyPixelComesFromItsPlace()
 {
     QFETCH(const Entries, entries);
     QFETCH(const QSize, size);
@@ -328,7 +328,7 @@ void tst_FittedRun::everyPixelComesFromItsPlace()
 
 // A picture of 1500 x 1001 reduced to 301 x 200, which scales both sides apart: where its pixels come from, beside
 // where those of the whole picture do.
-void tst_FittedRun::previewIsTheFileScaled()
+void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
     const Shot shot{{SmallEntry()}};
@@ -373,7 +373,7 @@ void tst_FittedRun::previewIsTheFileScaled()
     QVERIFY(compared > small.width() * small.height() * 5);
 }
 
-void tst_FittedRun::gainIsOfLight_data()
+void tst_FittedProcess::gainIsOfLight_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<double>("gamma"); // of an ICC profile; 0: none
@@ -385,7 +385,7 @@ void tst_FittedRun::gainIsOfLight_data()
     QTest::newRow("gamma 1, 8 bits") << 8 << 1.0 << false;
 }
 
-void tst_FittedRun::gainIsOfLight()
+void tst_FittedProcess::gainIsOfLight()
 {
     QFETCH(const int, bits);
     QFETCH(const double, gamma);
@@ -432,7 +432,7 @@ int main(int argc, char **argv)
     KImage::init(nullptr);
     int failures = 0;
     {
-        tst_FittedRun test;
+        tst_FittedProcess test;
         failures = QTest::qExec(&test, argc, argv);
     }
     host.Clear();
@@ -440,4 +440,4 @@ int main(int argc, char **argv)
     return failures;
 }
 
-#include "FittedRun_test.moc"
+#include "FittedProcess_test.moc"

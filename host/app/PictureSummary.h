@@ -1,0 +1,25 @@
+// Facts about one picture, as lines for people and as a record for scripts.
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <QVector>
+
+class ImageDef;
+
+/// One fact. It is omitted from lines if it has no label, and from records if it has no key.
+struct PictureFact {
+    QString label;
+    QString text;
+    QString key;
+    QJsonValue value;
+};
+
+using PictureSummary = QVector<PictureFact>;
+
+/// Returns size, depth, channels and format from the file's header, and facts from its metadata.
+/// @param path  absolute, of a picture that can be read.
+PictureSummary SummaryOfPicture(const QString &path);
+
+/// Returns all EXIF of the picture, one line per entry; a text that says so if there is none.
+QString ExifTable(const QString &path);

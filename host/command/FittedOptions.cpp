@@ -1,0 +1,182 @@
+#include "FittedOptions.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace {
+
+constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
+constexpr double kMostPercent = 200.0;
+
+bool IsOneOf(const QString &text, const QStringList &words)
+{
+    return words.contains(text);
+}
+
+/// A finite number with a point, within the range.
+bool IsNumber(const QString &text, double least, double most)
+{
+    bool ok = false;
+    const double number = text.toDouble(&ok);
+    return ok && number >= least && number <= most;
+}
+
+bool IsAboveZero(const QString &text)
+{
+    bool ok = false;
+    const double number = text.toDouble(&ok);
+    return ok && std::isfinite(number) && number > 0.0;
+}
+
+bool IsFraming(const QString &text)
+{
+    return IsOneOf(text, {QStringLiteral("fill"), QStringLiteral("keep"), QStringLiteral("all")})
+        || IsNumber(text, kLeastZoom, kMostZoom);
+}
+
+bool IsSampling(const QString &text)
+{
+    return IsOneOf(text, {QStringLiteral("sharp"), QStringLiteral("bilinear")});
+}
+
+bool IsProjection(const QString &text)
+{
+    return IsOneOf(text,
+                   {QStringLiteral("rectilinear"), QStringLiteral("equidistant"), QStringLiteral("stereographic"),
+                    QStringLiteral("equisolid")});
+}
+
+bool IsSource(const QString &text)
+{
+    return IsOneOf(text, {QStringLiteral("auto"), QStringLiteral("lcp"), QStringLiteral("lensfun")});
+}
+
+bool IsDistance(const QString &text)
+{
+    return text == QLatin1String("inf") || IsAboveZero(text);
+}
+
+bool IsText(const QString &text)
+{
+    return !text.trimmed().isEmpty();
+}
+
+struct AmountName {
+    const char *name;
+    const char *attribute;
+};
+
+constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto"}, {"ca", "AmountCA"}, {"vignetting", "AmountFalloff"}};
+
+/// "distortion=80,ca=100" as attributes, factors instead of percent; empty if it can't be read.
+QVector<QPair<QString, QString>> Amounts(const QString &text)
+{
+    QVector<QPair<QString, QString>> attributes;
+    const QStringList parts = text.split(QLatin1Char(','));
+    for (const QString &part : parts) {
+        const QString name = part.section(QLatin1Char('='), 0, 0), percent = part.section(QLatin1Char('='), 1);
+        const auto found = std::find_if(std::begin(kAmounts), std::end(kAmounts),
+                                        [&](const AmountName &one) { return name == QLatin1String(one.name); });
+        if (found == std::end(kAmounts) || !IsNumber(percent, 0.0, kMostPercent))
+            return {};
+        attributes.append({QLatin1String(found->attribute), QString::number(percent.toDouble() / 100.0)});
+    }
+    return attributes;
+}
+
+bool AreAmounts(const QString &text)
+{
+    return !Amounts(text).isEmpty();
+}
+
+struct Row {
+    FittedOptionRow shown;
+    const char *attribute;
+    bool (*isValid)(const QString &text); // null: a switch
+    const char *expected;                 // for people
+    void (*decide)(const QString &text, FitOptions *options) = nullptr;
+};
+
+void TakeSource(const QString &text, FitOptions *options)
+{
+    options->source = text == QLatin1String("lcp") ? ProfileSource::Lcp
+        : text == QLatin1String("lensfun")         ? ProfileSource::Lensfun
+                                                   : ProfileSource::Auto;
+}
+
+template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString &text, FitOptions *options)
+{
+    options->typed.*fact = text.toDouble(); // "inf" too
+}
+
+const Row kRows[] = {
+    {{"framing", "HOW", "fill (default), keep, all, or a zoom factor of 0.5 to 2"},
+     "Framing",
+     IsFraming,
+     "fill, keep, all, or a number of 0.5 to 2"},
+    {{"sampling", "HOW", "sharp (default) or bilinear"}, "Sampling", IsSampling, "sharp or bilinear"},
+    {{"projection", "NAME", "of fisheyes: rectilinear (default), equidistant, stereographic, equisolid"},
+     "Projection",
+     IsProjection,
+     "rectilinear, equidistant, stereographic or equisolid"},
+    {{"amount", "LIST", "in percent, such as distortion=80,ca=100,vignetting=50"},
+     nullptr,
+     AreAmounts,
+     "distortion=PERCENT,ca=PERCENT,vignetting=PERCENT or some of these, each 0 to 200"},
+    {{"source", "NAME", "where profiles come from: auto (default), lcp, lensfun"},
+     "Source",
+     IsSource,
+     "auto, lcp or lensfun",
+     TakeSource},
+    {{"again", nullptr, "correct what was corrected before too"},
+     "Again",
+     nullptr,
+     "",
+     [](const QString &, FitOptions *options) { options->again = true; }},
+    {{"lens", "NAME", "the lens, for pictures that don't name it"},
+     "Lens",
+     IsText,
+     "a name",
+     [](const QString &text, FitOptions *options) { options->typed.lens = text; }},
+    {{"focal", "MM", "the focal length"}, "Focal", IsAboveZero, "a number above 0", TakeNumber<&TypedFacts::focalMm>},
+    {{"aperture", "N", "the f-number"}, "Aperture", IsAboveZero, "a number above 0", TakeNumber<&TypedFacts::aperture>},
+    {{"distance", "M", "of the subject in meters, or inf"},
+     "Distance",
+     IsDistance,
+     "a number above 0, or inf",
+     TakeNumber<&TypedFacts::distanceM>},
+    {{"body", "MODEL", "the camera, for pictures that don't name it"},
+     "Body",
+     IsText,
+     "a name",
+     [](const QString &text, FitOptions *options) { options->typed.body = text; }},
+};
+
+} // namespace
+
+QVector<FittedOptionRow> FittedOptionRows()
+{
+    QVector<FittedOptionRow> rows;
+    for (const Row &row : kRows)
+        rows.append(row.shown);
+    return rows;
+}
+
+QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options)
+{
+    const auto row = std::find_if(std::begin(kRows), std::end(kRows),
+                                  [&](const Row &one) { return name == QLatin1String(one.shown.name); });
+    if (row->isValid && !row->isValid(value)) {
+        return QStringLiteral("'--%1' has the value '%2', expected %3.").arg(name, value, QLatin1String(row->expected));
+    }
+    if (row->attribute)
+        options->attributes.append({QLatin1String(row->attribute), row->isValid ? value : QStringLiteral("1")});
+    else
+        options->attributes += Amounts(value);
+    if (row->decide)
+        row->decide(value, &options->fit);
+    return QString();
+}

@@ -1,0 +1,41 @@
+// A drawing of lines and texts, as SVG or as pixels. Positions are in units of one pixel, from the top left corner.
+#pragma once
+
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QPointF>
+#include <QString>
+#include <QVector>
+
+struct PlotLine {
+    enum class Style { Solid, Dashed };
+
+    QString title; // shown by SVG viewers under the pointer; may be empty
+    QVector<QPointF> points;
+    QColor color;
+    double width = 1.0;
+    Style style = Style::Solid;
+};
+
+struct PlotText {
+    enum class Anchor { Start, Middle, End };
+
+    QPointF at; // on the base line
+    QString text;
+    QColor color;
+    Anchor anchor = Anchor::Start;
+    bool isBold = false;
+};
+
+struct PlotScene {
+    double width = 0.0, height = 0.0;
+    QVector<PlotLine> lines; // drawn in this order, on white
+    QVector<PlotText> texts;
+};
+
+/// The scene as an SVG file, in UTF-8.
+QByteArray ToSvg(const PlotScene &scene);
+
+/// The scene with @p scale pixels per unit. Needs the application object, for its fonts.
+QImage ToImage(const PlotScene &scene, double scale);

@@ -1,0 +1,198 @@
+// Fitted corrections by the program: which profile it takes, from where, what it says of it, and when it takes none.
+#include "ProgramTest.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <exiv2/exiv2.hpp>
+
+namespace {
+
+const char *const kLens = "EF24-105mm f/4L IS USM";
+const QString kFound = "lenses/deep/down/x.lcp"_s;
+
+/// One entry in attribute form, of a Canon EOS 40D at 50 mm and f/8; not of the pictures' size.
+QByteArray Profile(const char *lens, bool hasVignetting = true)
+{
+    const QByteArray model = "stCamera:FocalLengthX='2.25' stCamera:FocalLengthY='2.25'";
+    const QByteArray light = "<stCamera:VignetteModel><rdf:Description " + model
+        + " stCamera:VignetteModelParam1='-0.5'/></stCamera:VignetteModel>";
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+           "<rdf:Description xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'"
+           " xmlns:stCamera='http://ns.adobe.com/photoshop/1.0/camera-profile'>"
+           "<photoshop:CameraProfiles><rdf:Seq><rdf:li><rdf:Description stCamera:Make='Canon'"
+           " stCamera:Model='Canon EOS 40D' stCamera:ImageWidth='3888' stCamera:ImageLength='2592'"
+           " stCamera:FocalLength='50' stCamera:FocusDistance='10' stCamera:ApertureValue='6'"
+           " stCamera:SensorFormatFactor='1.6' stCamera:Lens='"
+        + QByteArray(lens) + "'><stCamera:PerspectiveModel><rdf:Description " + model
+        + " stCamera:RadialDistortParam1='-0.1'>" + (hasVignetting ? light : QByteArray())
+        + "</rdf:Description></stCamera:PerspectiveModel></rdf:Description></rdf:li></rdf:Seq>"
+          "</photoshop:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+
+struct Told {
+    const char *lens = nullptr; // EXIF LensModel
+    const char *focal = nullptr, *aperture = nullptr;
+    bool wasCorrected = false;
+};
+
+void WriteMetadata(const QString &path, const Told &told)
+{
+    const auto image = Exiv2::ImageFactory::open(path.toStdString());
+    Exiv2::ExifData exif;
+    exif["Exif.Image.Make"] = "Canon";
+    exif["Exif.Image.Model"] = "Canon EOS 40D";
+    for (const auto &[key, value] :
+         {std::pair("Exif.Photo.LensModel", told.lens), std::pair("Exif.Photo.FocalLength", told.focal),
+          std::pair("Exif.Photo.FNumber", told.aperture)}) {
+        if (value)
+            exif[key] = value;
+    }
+    image->setExifData(exif);
+    if (told.wasCorrected) {
+        for (const char *key : {"AlreadyApplied", "LensProfileEnable", "AutoLateralCA"})
+            image->xmpData()[std::string("Xmp.crs.") + key] = "True";
+    }
+    image->writeMetadata();
+}
+
+} // namespace
+
+class FittedRunTest : public ProgramTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void correct_data();
+    void correct();
+    void info();
+    void lenses();
+};
+
+/// Pictures named after what their metadata tell, and a folder with one profile of their lens among near misses.
+void FittedRunTest::init()
+{
+    ProgramTest::init();
+    const std::pair<const char *, Told> pictures[] = {
+        {"named.jpg", {kLens, "50/1", "8/1"}},
+        {"again.jpg", {kLens, "50/1", "8/1", true}},
+        {"untold.jpg", {}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+        {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
+    };
+    for (const auto &[name, told] : pictures) {
+        WriteJpeg(Path(QLatin1String(name)), 60, 40);
+        WriteMetadata(Path(QLatin1String(name)), told);
+    }
+    QVERIFY(QDir().mkpath(Path("lenses/deep/down"_s)) && QDir().mkpath(Path("empty"_s)));
+    WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
+    const char *const decoys[] = {"Canon EF 24-105mm f/4L IS II USM", "Canon EF 24-105mm f/3.5-5.6 IS STM",
+                                  "Canon EF 24-70mm f/4L IS USM", "Sigma 24-105mm f/4 DG OS HSM",
+                                  "Canon EF 28-105mm f/4-5.6 USM"};
+    int number = 0;
+    for (const char *lens : decoys)
+        WriteFile(Path("lenses/%1.lcp"_s.arg(number++)), Profile(lens));
+    WriteFile(Path("light.lcp"_s), Profile(kLens, /*hasVignetting=*/false));
+    for (const char *variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        m_run->Set(variable, Path("empty"_s));
+}
+
+void FittedRunTest::correct_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<int>("written");
+    QTest::addColumn<QStringList>("said"); // in this order
+    const QString decoy = "lenses/0.lcp"_s;
+    QTest::newRow("chosen") << "--profile lenses/0.lcp named.jpg"_s << 0 << 1
+                            << QStringList{"named.jpg: note: profile \""_s, decoy, "; entries: 50 mm"_s};
+    QTest::newRow("chosen, on two threads")
+        << "-j 2 --profile lenses/0.lcp named.jpg again.jpg"_s << 0 << 2 << QStringList{decoy, decoy};
+    QTest::newRow("found among near misses")
+        << "--lens-path lenses named.jpg"_s << 0 << 1
+        << QStringList{kFound, "entries: 50 mm f/8 10 m 100 %"_s, "left out: lateral color: the profile has no"_s};
+    QTest::newRow("lensfun") << "--lens-path empty known.jpg"_s << 0 << 1
+                             << QStringList{"profile \"lensfun:Canon/Canon EF 135mm f/2L"_s, "at 135 mm"_s};
+    QTest::newRow("lensfun excluded") << "--source lcp --lens-path empty known.jpg"_s << 1 << 0
+                                      << QStringList{"has no lens profile"_s};
+    QTest::newRow("corrected before") << "--lens-path lenses again.jpg"_s << 0 << 0
+                                      << QStringList{"note: skipped, corrected before: distortion"_s, "--again"_s};
+    QTest::newRow("corrected before, by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
+                                                  << QStringList{kFound, "again, though corrected before"_s};
+    QTest::newRow("untold lens") << "--lens-path lenses untold.jpg"_s << 1 << 0
+                                 << QStringList{"doesn't name its lens"_s};
+    QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
+                                   "--distance 2 untold.jpg"_s
+                                << 0 << 1 << QStringList{kFound};
+    QTest::newRow("no profile, near misses")
+        << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1
+        << QStringList{"none.jpg: has no lens profile"_s, "f/4L IS III USM"_s, "; nearest: "_s, "24-105mm"_s, kFound};
+    QTest::newRow("asked for and lacking") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
+                                           << QStringList{"vignetting: the profile has no model of it"_s};
+    QTest::newRow("one of two lacking") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
+                                        << QStringList{"can't correct what was asked for: vignetting"_s};
+    QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
+                                    << QStringList{"there is no folder of profiles \""_s};
+    QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
+                           << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
+                                          "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
+}
+
+void FittedRunTest::correct()
+{
+    QFETCH(QString, line);
+    QFETCH(int, exitCode);
+    QFETCH(int, written);
+    QFETCH(QStringList, said);
+    QStringList arguments = ("correct -o out "_s + line).split(QLatin1Char(' '));
+    for (QString &argument : arguments) {
+        if (argument.startsWith("--lens="_s)) // underscores stand for blanks
+            argument.replace(QLatin1Char('_'), QLatin1Char(' '));
+    }
+    const ProgramResult result = m_run->Run(arguments);
+    QVERIFY2(result.exitCode == exitCode, result.error);
+    QCOMPARE(result.output.count('\n'), written);
+    QCOMPARE(Names(Path("out"_s)).size(), written);
+    const QString error = QString::fromUtf8(result.error);
+    int from = 0;
+    for (const QString &text : said) {
+        const int at = error.indexOf(text, from);
+        QVERIFY2(at >= 0, qPrintable(text + " is not said in: "_s + error));
+        from = at + text.size();
+    }
+    QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
+}
+
+void FittedRunTest::info()
+{
+    const auto facts = [this](const QString &picture) {
+        return QJsonDocument::fromJson(Run("info --json --lens-path lenses "_s + picture).output).object();
+    };
+    const QJsonObject named = facts("named.jpg"_s);
+    QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
+    QVERIFY(named.value("profileReason"_s).toString().contains("24-105mm f/4L IS USM"_s));
+    QCOMPARE(named.value("entries"_s).toString(), "50 mm f/8 10 m 100 %"_s);
+    QVERIFY(named.value("leftOut"_s).toString().contains("lateral color"_s));
+    const QJsonObject none = facts("none.jpg"_s);
+    QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
+    QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
+    QVERIFY(Run("info --lens-path empty known.jpg"_s).output.contains("  Profile       lensfun:Canon/Canon EF 135mm"));
+}
+
+void FittedRunTest::lenses()
+{
+    WriteFile(Path("lenses/broken.lcp"_s), "no profile");
+    const ProgramResult places = Run("lenses --lens-path lenses"_s);
+    QCOMPARE(places.exitCode, 0);
+    const QString lines = "%1\n  7 files for 6 lenses\n  %1/broken.lcp: line 1"_s.arg(Path("lenses"_s));
+    QVERIFY2(places.output.startsWith(lines.toUtf8()), places.output);
+    QVERIFY2(places.output.contains("\nlensfun\n  ") && places.output.endsWith(" lenses\n"), places.output);
+    const QByteArray found = Run("lenses --lens-path lenses sigma 24-105"_s).output;
+    QVERIFY2(found.startsWith("Sigma 24-105mm f/4 DG OS HSM\n  " + Path("lenses/3.lcp"_s).toUtf8()), found);
+    QVERIFY2(found.contains("lensfun:Sigma/") && !found.contains("Canon EF"), found);
+    QCOMPARE(Run("lenses no-such-lens"_s).exitCode, 1);
+}
+
+QTEST_GUILESS_MAIN(FittedRunTest)
+#include "FittedRun_test.moc"

@@ -1,0 +1,418 @@
+// `vitrelux profile`: the grid of a profile, what is odd in it, what it does to a picture, and its plot.
+#include "ProgramTest.h"
+
+#include <QDomDocument>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+#include <functional>
+
+#include <exiv2/exiv2.hpp>
+
+namespace {
+
+const QByteArray kFrame = R"(s:Make="Canon" s:Model="Canon EOS 40D" s:ImageWidth="3888" s:ImageLength="2592" )"
+                          R"(s:SensorFormatFactor="1.6" )";
+const double kLongSide = 3888.0, kHalfDiagonal = std::hypot(3888.0, 2592.0) / 2.0;
+
+QByteArray Number(double value)
+{
+    return QByteArray::number(value, 'g', 17);
+}
+
+QByteArray Setting(double focalMm, double distanceM, double apertureApex)
+{
+    return "s:FocalLength=\"" + Number(focalMm) + "\" s:FocusDistance=\"" + Number(distanceM) + "\" s:ApertureValue=\""
+        + Number(apertureApex) + "\" ";
+}
+
+/// A model on a line of its own. The focal length is that of the whole long side.
+QByteArray Model(const char *name, const QByteArray &values, const QByteArray &models = {})
+{
+    return "\n<s:" + QByteArray(name) + " s:FocalLengthX=\"1\" " + values + ">" + models + "</s:" + name + ">";
+}
+
+const QByteArray kBent = R"(s:RadialDistortParam1="-0.1" s:RadialDistortParam2="0.02")";
+
+/// The first line has no entry; each entry begins a line.
+QByteArray File(const QList<QByteArray> &entries)
+{
+    QByteArray text = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/" )"
+                      R"(xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#" )"
+                      R"(xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" )"
+                      R"(xmlns:p="http://ns.adobe.com/photoshop/1.0/"><rdf:RDF>)"
+                      R"(<rdf:Description><p:CameraProfiles><rdf:Seq>)";
+    for (const QByteArray &entry : entries)
+        text += "\n<rdf:li " + entry + "</rdf:li>";
+    return text + "</rdf:Seq></p:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>\n";
+}
+
+QByteArray Bent(const QByteArray &values)
+{
+    return values + ">" + Model("PerspectiveModel", kBent);
+}
+
+/// Distortion at one focal length, by a single coefficient.
+QByteArray Bent(double focalMm, double k)
+{
+    return kFrame + Setting(focalMm, 3.0, 3.0) + ">"
+        + Model("PerspectiveModel", "s:RadialDistortParam1=\"" + Number(k) + '"');
+}
+
+/// A picture of 60x40 by the profiles' body.
+void WritePicture(const QString &path, int focalMm)
+{
+    WriteJpeg(path, 60, 40);
+    const auto image = Exiv2::ImageFactory::open(path.toStdString());
+    image->exifData()["Exif.Image.Make"] = "Canon";
+    image->exifData()["Exif.Image.Model"] = "Canon EOS 40D";
+    image->exifData()["Exif.Photo.FocalLength"] = Exiv2::Rational(focalMm, 1);
+    image->exifData()["Exif.Photo.FNumber"] = Exiv2::Rational(28, 10);
+    image->writeMetadata();
+}
+
+/// The weight of an entry at @p other where the picture lies at @p at: entries are blended linearly in 1/f.
+double WeightOfOther(double one, double other, double at)
+{
+    return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
+}
+
+/// A plot as its reader sees it: values by the labels of the axes.
+class ReadPlot {
+public:
+    explicit ReadPlot(const QByteArray &svg)
+    {
+        m_valid = m_document.setContent(svg);
+        const QDomNodeList texts = m_document.elementsByTagName("text"_s);
+        for (int i = 0; i < texts.size(); ++i)
+            Take(texts.at(i).toElement());
+    }
+
+    bool Valid() const { return m_valid; }
+    QString Texts() const { return m_texts.join(QLatin1Char('\n')); }
+    double ValuePerUnit(int panel) const { return std::abs(Slope(m_values[panel])); }
+
+    /// Points of the n-th curve with this title in a panel; x is the radius.
+    QVector<QPointF> Curve(int panel, const QString &title, int n, double *width) const
+    {
+        const QDomNodeList lines = m_document.elementsByTagName("polyline"_s);
+        for (int i = 0; i < lines.size(); ++i) {
+            const QDomElement line = lines.at(i).toElement();
+            const QVector<QPointF> points = PointsOf(line);
+            const bool isThere = points.first().x() > m_radii[panel].first().x() - 1.0
+                && points.last().x() < m_radii[panel].last().x() + 1.0;
+            if (!isThere || line.firstChildElement("title"_s).text() != title || n-- > 0)
+                continue;
+            *width = line.attribute("stroke-width"_s).toDouble();
+            QVector<QPointF> values;
+            for (const QPointF &point : points)
+                values.append({At(m_radii[panel], point.x()), At(m_values[panel], point.y())});
+            return values;
+        }
+        return {};
+    }
+
+private:
+    using Scale = QVector<QPointF>; // x: place in the drawing, y: value
+
+    void Take(const QDomElement &text)
+    {
+        m_texts << text.text();
+        bool isNumber = false;
+        const double value = text.text().toDouble(&isNumber);
+        if (!isNumber)
+            return;
+        const double x = text.attribute("x"_s).toDouble(), y = text.attribute("y"_s).toDouble();
+        if (text.attribute("text-anchor"_s) == "end"_s) { // left of a line, by half of a letter's height below it
+            if (x != m_lastX)
+                m_values.append(Scale());
+            m_values.last().append({y - 4.0, value});
+            m_lastX = x;
+        } else {
+            if (value == 0.0)
+                m_radii.append(Scale());
+            m_radii.last().append({x, value});
+        }
+    }
+
+    static double Slope(const Scale &scale)
+    {
+        return (scale.last().y() - scale.first().y()) / (scale.last().x() - scale.first().x());
+    }
+    static double At(const Scale &scale, double place)
+    {
+        return scale.first().y() + (place - scale.first().x()) * Slope(scale);
+    }
+    static QVector<QPointF> PointsOf(const QDomElement &line)
+    {
+        QVector<QPointF> points;
+        const QStringList texts = line.attribute("points"_s).split(QLatin1Char(' '));
+        for (const QString &text : texts)
+            points.append(
+                {text.section(QLatin1Char(','), 0, 0).toDouble(), text.section(QLatin1Char(','), 1).toDouble()});
+        return points;
+    }
+
+    QDomDocument m_document;
+    bool m_valid = false;
+    QStringList m_texts;
+    QVector<Scale> m_values, m_radii; // by panel
+    double m_lastX = 0.0;
+};
+
+} // namespace
+
+using Value = std::function<double(double)>; // of the radius in focal lengths
+Q_DECLARE_METATYPE(Value)
+
+class tst_Profile : public ProgramTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void grid();
+    void check_data();
+    void check();
+    void json();
+    void pictureBetweenEntries();
+    void plot_data();
+    void plot();
+    void refuses_data();
+    void refuses();
+
+private:
+    QJsonObject Json(const QString &line)
+    {
+        return QJsonDocument::fromJson(Run("profile --json "_s + line).output).object();
+    }
+};
+
+void tst_Profile::grid()
+{
+    const QByteArray light =
+        Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-0.5")"));
+    WriteFile(Path("m.lcp"_s),
+              File({kFrame + Setting(35, 10000, 4) + ">" + light, Bent(kFrame + Setting(24, 3, 3)),
+                    kFrame + Setting(24, 3.03, 6) + ">" + light, kFrame + Setting(24.1, 3.01, 4) + ">" + light,
+                    kFrame + Setting(24, 0.5, 4) + ">" + Model("FisheyeModel", kBent)}));
+    const ProgramResult result = Run("profile m.lcp"_s);
+    QCOMPARE(result.exitCode, 0);
+    // Rows whose settings are one within 1 % and 2 %; their apertures side by side.
+    const QByteArray expected = "  Focal length  Distance  Apertures  Models                Entries\n"
+                                "  24 mm         0.5 m     f/4        distortion (fisheye)  5\n"
+                                "  24 mm         3 m       f/2.8      distortion            2\n"
+                                "  24.1 mm       3.01 m    f/4 f/8    distortion, light     3-4\n"
+                                "  35 mm         infinity  f/4        distortion, light     1\n";
+    QVERIFY2(result.output.endsWith(expected), result.output.constData());
+    QVERIFY(result.output.contains("3888 x 2592 pixels, factor 1.6\n"));
+}
+
+void tst_Profile::check_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QByteArray>("said"); // a line begins so, after the file's name; empty: nothing is said
+    QTest::addColumn<int>("exitCode");
+    const QByteArray sound = Bent(kFrame + Setting(50, 3, 3)), at24 = kFrame + Setting(24, 3, 3);
+    const auto row = [](const char *name, const QList<QByteArray> &entries, const char *said, int exitCode = 0) {
+        QTest::newRow(name) << File(entries) << QByteArray(said) << exitCode;
+    };
+    row("sound", {sound}, "");
+    row("contradicting fields",
+        {sound, at24 + ">\n<s:FocalLength>28</s:FocalLength>" + Model("PerspectiveModel", kBent)},
+        ":5: warning: entry 2: FocalLength is given twice, ");
+    row("contradicting entries", {Bent(at24), sound, Bent(24, -0.2)},
+        ":2: warning: entry 1: the same focal length, distance and aperture as entry 3, line 6");
+    row("fold", {sound, Bent(24, -1.2)},
+        ":4: warning: entry 2: distortion folds back within the frame, at 88 % of "); // 1/sqrt(3.6) / 0.601
+    row("dark",
+        {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
+        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
+    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the picture that it was made from");
+    row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
+        ":5: error: entry 2: a model of the lens without coefficients");
+    row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
+        ":3: error: entry 1: a model of the lens without coefficients", 1);
+    row("focal length 0", {Bent(kFrame + Setting(0, 3, 3))}, ":2: warning: entry 1: FocalLength is \"0\"");
+    row("not finite", {sound, at24 + ">" + Model("PerspectiveModel", R"(s:RadialDistortParam1="nan")")},
+        ":5: error: entry 2: RadialDistortParam1 is \"nan\"");
+    row("no entries", {}, "", 1);
+}
+
+void tst_Profile::check()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QByteArray, said);
+    QFETCH(int, exitCode);
+    WriteFile(Path("m.lcp"_s), content);
+    const ProgramResult result = Run("profile --check m.lcp"_s);
+    QCOMPARE(result.exitCode, exitCode);
+    QCOMPARE(result.errorLines.size(), exitCode);
+    if (said.isEmpty())
+        QCOMPARE(result.output, QByteArray());
+    else
+        QVERIFY2(('\n' + result.output).contains("\nm.lcp" + said), result.output.constData());
+    QCOMPARE(Run("profile m.lcp"_s).exitCode, exitCode);
+}
+
+void tst_Profile::json()
+{
+    const QByteArray models = Model("VignetteModel", R"(s:VignetteModelParam1="-0.75")")
+        + Model("ChromaticRedGreenModel", R"(s:ScaleFactor="1.0004" s:RadialDistortParam1="0.0011")");
+    WriteFile(Path("m.lcp"_s),
+              File({Bent(kFrame + Setting(24, 3, 3)),
+                    kFrame + Setting(35.5, 10000, 2.5) + ">" + Model("PerspectiveModel", kBent, models)}));
+    const QJsonObject entry = Json("m.lcp"_s)["entries"_s].toArray().at(1).toObject();
+    QCOMPARE(entry["line"_s].toInt(), 4);
+    QCOMPARE(entry["focalLengthMm"_s].toDouble(), 35.5);
+    QCOMPARE(entry["distanceM"_s].toString(), "infinity"_s);
+    QCOMPARE(entry["fNumber"_s].toDouble(), std::exp2(1.25));
+    QCOMPARE(entry["width"_s].toDouble(), 3888.0);
+    const QJsonObject held = entry["models"_s].toObject();
+    QCOMPARE(held.keys(), (QStringList{"distortion"_s, "light"_s, "red"_s}));
+    QCOMPARE(held["distortion"_s].toObject()["coefficients"_s].toArray(), (QJsonArray{-0.1, 0.02}));
+    QCOMPARE(held["light"_s].toObject()["coefficients"_s].toArray(), QJsonArray{-0.75});
+    QCOMPARE(held["red"_s].toObject()["scaleFactor"_s].toDouble(), 1.0004);
+    WriteFile(Path("m.lcp"_s), File({}));
+    QVERIFY(Json("m.lcp"_s)["problem"_s].toString().contains("no entry"_s));
+}
+
+void tst_Profile::pictureBetweenEntries()
+{
+    WriteFile(Path("m.lcp"_s),
+              File({Bent(20, -0.1), Bent(24, -0.08), Bent(35, 0.04), Bent(kFrame + Setting(24, 1, 3)),
+                    Bent(kFrame + Setting(35, 1, 3))}));
+    WritePicture(Path("c.jpg"_s), 28);
+    const QJsonObject fit = Json("--for c.jpg m.lcp"_s)["fit"_s].toObject();
+    const QJsonArray entries = fit["distortion"_s].toArray();
+    QCOMPARE(entries.size(), 2);
+    const double weight = WeightOfOther(24, 35, 28);
+    for (const QJsonValue &value : entries) {
+        const bool isLonger = value["entry"_s].toInt() == 3;
+        QVERIFY(isLonger || value["entry"_s].toInt() == 2);
+        QVERIFY(std::abs(value["weight"_s].toDouble() - (isLonger ? weight : 1.0 - weight)) < 1e-9);
+    }
+    QCOMPARE(fit["frameRatio"_s].toDouble(), 1.0);
+    QVERIFY(fit["light"_s].toArray().isEmpty());
+    const ProgramResult text = Run("profile --for c.jpg m.lcp"_s);
+    QCOMPARE(text.exitCode, 0);
+    for (const QByteArray &said : {QByteArray("24 mm f/2.8 3 m 55 %, 35 mm f/2.8 3 m 45 %"), QByteArray("zoom "),
+                                   QByteArray("28 mm (EXIF FocalLength)"), QByteArray("distance unknown")})
+        QVERIFY2(text.output.contains(said), text.output.constData());
+
+    QCOMPARE(Run("profile --for c.jpg --plot b.svg m.lcp"_s).exitCode, 0);
+    const ReadPlot plot(ReadFile(Path("b.svg"_s)));
+    double width = 0.0;
+    const QVector<QPointF> blend = plot.Curve(0, "blend for c.jpg"_s, 0, &width);
+    QVERIFY(blend.size() > 50 && width > 2.0);
+    for (const QPointF &point : blend) {
+        const double u = point.x() * kHalfDiagonal / kLongSide;
+        const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
+        QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));
+    }
+    // Only the blend is black.
+    const auto blackPixels = [this](const QString &options) {
+        [&] { QCOMPARE(Run("profile --overwrite --plot b.png m.lcp"_s + options).exitCode, 0); }();
+        const QImage image(Path("b.png"_s));
+        int count = image.isNull() ? -1 : 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                count += image.pixel(x, y) == 0xff000000 ? 1 : 0;
+        return count;
+    };
+    QCOMPARE(blackPixels({}), 0);
+    QVERIFY(blackPixels(" --for c.jpg"_s) > 300);
+}
+
+void tst_Profile::plot_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("panel");
+    QTest::addColumn<int>("curve");
+    QTest::addColumn<Value>("value");
+    QTest::addColumn<double>("end"); // share of the half diagonal where the curve ends
+    const auto row = [](const char *name, const QByteArray &entry, int panel, int curve, const Value &value,
+                        double end = 1.0) {
+        QTest::newRow(name) << File({kFrame + Setting(24, 3, 3) + ">" + entry}) << panel << curve << value << end;
+    };
+    const QByteArray models =
+        Model("ChromaticRedGreenModel", R"(s:ScaleFactor="1.0004" s:RadialDistortParam1="0.0011")")
+        + Model("ChromaticBlueGreenModel", R"(s:RadialDistortParam1="-0.0007")")
+        + Model("VignetteModel", R"(s:VignetteModelParam1="-0.75" s:VignetteModelParam2="0.2")");
+    const QByteArray all = Model("PerspectiveModel", kBent, models);
+    row("distortion", all, 0, 0, [](double u) { return 100.0 * (-0.1 * u * u + 0.02 * std::pow(u, 4)); });
+    row("fisheye against equidistant", Model("FisheyeModel", kBent), 0, 0,
+        [](double u) { return 100.0 * (-0.1 * u * u + 0.02 * std::pow(u, 4)); });
+    row("red", all, 1, 0, [](double u) { return kLongSide * u * (1.0004 * (1.0 + 0.0011 * u * u) - 1.0); });
+    row("blue", all, 1, 1, [](double u) { return kLongSide * u * -0.0007 * u * u; });
+    row("light", all, 2, 0, [](double u) { return std::log2(1.0 - 0.75 * u * u + 0.2 * std::pow(u, 4)); });
+    // d/du (u - 1.2 u^3) = 0 at 1 / sqrt(3.6).
+    row(
+        "fold", Model("PerspectiveModel", R"(s:RadialDistortParam1="-1.2")"), 0, 0,
+        [](double u) { return -120.0 * u * u; }, kLongSide / std::sqrt(3.6) / kHalfDiagonal);
+}
+
+void tst_Profile::plot()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(int, panel);
+    QFETCH(int, curve);
+    QFETCH(Value, value);
+    QFETCH(double, end);
+    WriteFile(Path("m.lcp"_s), content);
+    QCOMPARE(Run("profile --plot m.svg m.lcp"_s).output, QByteArray("m.svg\n"));
+    const ReadPlot plot(ReadFile(Path("m.svg"_s)));
+    QVERIFY(plot.Valid());
+    QVERIFY(plot.Texts().contains("24 mm"_s));
+    double width = 0.0;
+    const QVector<QPointF> points = plot.Curve(panel, "24 mm f/2.8 3 m"_s, curve, &width);
+    QVERIFY(points.size() > 50);
+    QVERIFY(std::abs(points.last().x() - end) < 0.0101); // curves have a hundred steps
+    for (const QPointF &point : points) {
+        const double expected = value(point.x() * kHalfDiagonal / kLongSide);
+        QVERIFY2(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(panel),
+                 qPrintable("%1: %2, not %3"_s.arg(point.x()).arg(point.y()).arg(expected)));
+    }
+}
+
+void tst_Profile::refuses_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("no picture") << "--for none.jpg p.lcp"_s
+                                << "none.jpg: "_s;
+    QTest::newRow("profile as picture") << "--for p.lcp p.lcp"_s
+                                        << "p.lcp: "_s;
+    QTest::newRow("no fit") << "--for a.jpg m.lcp"_s
+                            << "m.lcp: does nothing to \"a.jpg\": "_s; // no camera is known
+    QTest::newRow("plot of no fit") << "--for a.jpg --plot new.svg m.lcp"_s
+                                    << "m.lcp: does nothing to \"a.jpg\": "_s;
+    QTest::newRow("plot exists") << "--plot old.svg m.lcp"_s
+                                 << "\"old.svg\": exists already"_s;
+    QTest::newRow("folder missing") << "--plot none/new.svg m.lcp"_s
+                                    << "\"none/new.svg\": No such file"_s;
+    QTest::newRow("no frame") << "--plot new.png frameless.lcp"_s
+                              << "nothing to plot"_s;
+    QTest::newRow("too large") << "large.lcp"_s
+                               << "larger than 16 MiB"_s;
+}
+
+void tst_Profile::refuses()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, said);
+    WriteFile(Path("m.lcp"_s), File({Bent(24, -0.1)}));
+    WriteFile(Path("frameless.lcp"_s), File({Bent(Setting(24, 3, 3))}));
+    WriteFile(Path("old.svg"_s), "old");
+    if (line.contains("large"_s))
+        WriteFile(Path("large.lcp"_s), File({Bent(24, -0.1)}) + QByteArray(20 << 20, ' '));
+    const ProgramResult result = Run("profile "_s + line);
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(result.errorLines.size(), 1);
+    QVERIFY2(result.errorLines.first().contains(said), result.error.constData());
+    QVERIFY(!QFile::exists(Path("new.svg"_s)) && !QFile::exists(Path("new.png"_s)));
+    QCOMPARE(ReadFile(Path("old.svg"_s)), QByteArray("old"));
+}
+
+QTEST_GUILESS_MAIN(tst_Profile)
+#include "Profile_test.moc"

@@ -35,8 +35,9 @@ void MinimalHost_test::sameFileAsTheProgram()
 
     // The single corrections: what the equality would miss if all of them wrote the same picture.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
-        const ProgramResult program = RunIn(QStringLiteral(VITRELUX_PROGRAM),
-                                            "correct --overwrite --profile p.lcp -o program a.jpg "_s + switches);
+        const ProgramResult program =
+            RunIn(QStringLiteral(VITRELUX_PROGRAM),
+                  "correct --plain --overwrite --profile p.lcp -o program a.jpg "_s + switches);
         QVERIFY2(program.exitCode == 0, program.error);
         const bool same = ReadFile(Path("a_corrected.tiff"_s)) == ReadFile(Path("program/a_corrected.tiff"_s));
         QCOMPARE(same, switches.count(QLatin1Char(' ')) == 1);
@@ -98,7 +99,7 @@ void MinimalHost_test::partsAreFoundBesideTheProgram()
         for (const QString &part : parts)
             QVERIFY(
                 QFile::copy(QStringLiteral(VITRELUX_PREFIX "/lib/vitrelux/") + part, Path("lib/vitrelux/"_s + part)));
-        const ProgramResult result = RunIn(Path("bin/vitrelux"_s), "correct --profile p.lcp a.jpg"_s);
+        const ProgramResult result = RunIn(Path("bin/vitrelux"_s), "correct --plain --profile p.lcp a.jpg"_s);
         QVERIFY2((result.exitCode == 0) == missed.isEmpty(), result.error);
         QVERIFY2(QString::fromUtf8(result.error).contains(missed), result.error);
         QCOMPARE(QFile::exists(Path("a_corrected.tiff"_s)), missed.isEmpty());

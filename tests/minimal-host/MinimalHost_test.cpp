@@ -50,7 +50,8 @@ void MinimalHost_test::fitted()
 {
     WriteJpeg(Path("b.jpg"_s), 45, 30);
     const ProgramResult none = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg"_s);
-    QVERIFY2(none.exitCode == 1 && none.error.contains("the picture doesn't name its lens"), none.error);
+    QVERIFY2(none.exitCode == 1 && none.error.contains("the picture doesn't say which camera and lens took it"),
+             none.error);
     QVERIFY(!QFile::exists(Path("b_corrected.tiff"_s)));
 
     const auto image = Exiv2::ImageFactory::open(Path("b.jpg"_s).toStdString());

@@ -22,10 +22,10 @@ FittedWarp::Sampling SamplingOf(Sampling sampling)
 
 } // namespace
 
-FittedBands::FittedBands(const Correction &correction, Sampling sampling, const KImage &source)
+FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source)
     : m_picture(source),
       m_source(source),
-      m_warp(correction, SamplingOf(sampling), TransferCurve::Linear(), SourceOf(source))
+      m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source))
 {
 }
 

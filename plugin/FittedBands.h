@@ -1,17 +1,22 @@
 // Bands of a fitted picture in the form in which they are written.
 #pragma once
 
-#include "Correction.h"
-#include "FitOptions.h"
+#include "Fit.h"
 #include "FittedWarp.h"
 #include "FloatRows.h"
+
+/// All that is known of a correction before pixels are read.
+struct FittedPlan {
+    FitResult fit;
+    TransferCurve light; // of the picture's values; counts for the gain alone
+};
 
 /// Makes bands of the corrected picture. Float pixels of source and result never need more than the memory of some
 /// rows, and are converted while they are in the caches. One thread at a time.
 class FittedBands {
 public:
     /// @p source must outlive the object and be as large as the correction says.
-    FittedBands(const Correction &correction, Sampling sampling, const KImage &source);
+    FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
     /// The source's channels, and alpha if something stays empty.
     unsigned short ResultType() const;

@@ -17,7 +17,7 @@ class KIImageDef;
 class KImage;
 class UIVitreluxPage;
 class newLCP;
-struct FitResult;
+struct FittedPlan;
 
 /// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
 /// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
@@ -98,7 +98,7 @@ public:
 
 private:
     QStringList ProfileFolders() const;
-    FitResult FitTo(const QString &fileName, const QSize &pixels, Params &params);
+    FittedPlan PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels, Params &params) const;
     void ProcessFitted(const QString &fileName, KIImageDef *def, Params &params, const QString &outputFileName);
     void ProcessFitted(KIImageDef *def, KImage &image, Params &params);
     std::optional<newLCP> ProfileOf(KIImageDef *def, Params &params);

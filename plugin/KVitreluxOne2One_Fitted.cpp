@@ -2,10 +2,11 @@
 #include "KVitreluxOne2One.h"
 
 #include "FittedBands.h"
-#include "HostApplication_p.h"
+#include "ImageDatas.h"
 #include "KIImageDef.h"
 #include "KImage.h"
 #include "PictureFit.h"
+#include "PictureLight.h"
 #include "SourcePixels_p.h"
 
 #include <QDir>
@@ -70,22 +71,35 @@ QStringList KVitreluxOne2One::ProfileFolders() const
 
 /// Fits the record's profile, or the one that is found, and reports it in the record. Throws KException with the reason
 /// if nothing is to be corrected.
-FitResult KVitreluxOne2One::FitTo(const QString &fileName, const QSize &pixels, Params &params)
+///
+/// @param pixels  the size of the pixels at hand; empty: the file's.
+FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
+                                     Params &params) const
 {
     PictureFacts facts = ReadPictureFacts(fileName, nullptr);
     if (!pixels.isEmpty())
         facts.pixels = pixels;
-    const FitResult fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
-    params.fitted->report = ReportOf(fit);
-    if (!fit.correction.ChangesAnything())
-        throw KException(fit.why.isEmpty() ? QStringLiteral("no correction was asked for") : fit.why, KPlace());
-    return fit;
+    FittedPlan plan;
+    plan.fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
+    if (plan.fit.vignetting) {
+        GFL_LOAD_PARAMS development;
+        ImageDatas::GetDefaultLoadParams(&development);
+        const PictureLight light = LightOf(facts, def->nDepth() > 16, double(development.RawGamma));
+        plan.light = light.curve;
+        if (!light.assumed.isEmpty())
+            plan.fit.assumed << light.assumed;
+    }
+    params.fitted->report = ReportOf(plan.fit);
+    if (!plan.fit.correction.ChangesAnything())
+        throw KException(plan.fit.why.isEmpty() ? QStringLiteral("no correction was asked for") : plan.fit.why,
+                         KPlace());
+    return plan;
 }
 
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FitResult fit = FitTo(fileName, QSize(), params); // before pixels are decoded: they may not be needed
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: they may not be needed
     KImage source;
     {
         const FullSizeLock full(def);
@@ -94,9 +108,9 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
         full.Image()->Convert(source, full.Image()->type(), full.Image()->bitsPerComponent());
     }
     const QSize size(source.width(), source.height());
-    if (size != QSize(fit.correction.width, fit.correction.height))
-        fit = FitTo(fileName, size, params);
-    FittedBands bands(fit.correction, params.fitted->options.sampling, source);
+    if (size != QSize(plan.fit.correction.width, plan.fit.correction.height))
+        plan = PlanFor(def, fileName, size, params);
+    FittedBands bands(plan, params.fitted->options.sampling, source);
     const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
@@ -105,8 +119,8 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
 
 void KVitreluxOne2One::ProcessFitted(KIImageDef *def, KImage &image, Params &params)
 {
-    const FitResult fit = FitTo(def->FileName(), QSize(image.width(), image.height()), params);
+    const FittedPlan plan = PlanFor(def, def->FileName(), QSize(image.width(), image.height()), params);
     KImage source; // the warp reads around the pixel that it writes
     image.Convert(source, GFL_RGBA, 32);
-    FittedBands(fit.correction, Sampling::Bilinear, source).FillFloat(image);
+    FittedBands(plan, Sampling::Bilinear, source).FillFloat(image);
 }

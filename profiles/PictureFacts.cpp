@@ -222,6 +222,18 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
         facts->focalPlaneWidthMm = {mm, QStringLiteral("EXIF FocalPlaneXResolution")};
 }
 
+/// DCF 2.0 writes Adobe RGB as "uncalibrated" with an interoperability index of its own; some cameras write 2.
+void ReadEncoding(const MetadataLookup &metadata, PictureFacts *facts)
+{
+    const double space = metadata.Number("Exif.Photo.ColorSpace");
+    if (space == 1.0)
+        facts->encoding = {ColorEncoding::Srgb, QStringLiteral("EXIF ColorSpace")};
+    else if (space == 2.0)
+        facts->encoding = {ColorEncoding::AdobeRgb, QStringLiteral("EXIF ColorSpace")};
+    else if (metadata.Text("Exif.Iop.InteroperabilityIndex").raw == QLatin1String("R03"))
+        facts->encoding = {ColorEncoding::AdobeRgb, QStringLiteral("EXIF InteroperabilityIndex")};
+}
+
 /// Reads a crop that a raw converter applied.
 void ReadCrop(const MetadataLookup &metadata, PictureFacts *facts)
 {
@@ -258,6 +270,7 @@ PictureFacts ReadPictureFacts(const QString &path, QString *error)
     ReadLens(metadata, &facts);
     ReadShot(metadata, &facts);
     ReadFrame(metadata, &facts);
+    ReadEncoding(metadata, &facts);
     ReadCrop(metadata, &facts);
     FindDoneBefore(metadata, &facts);
     return facts;

@@ -19,6 +19,9 @@ template <typename T> struct Fact {
 /// One of the eight orientations of EXIF; 1 is upright as stored.
 using Orientation = int;
 
+/// What EXIF says of stored values, for pictures without an ICC profile.
+enum class ColorEncoding { Unknown, Srgb, AdobeRgb };
+
 struct PictureFacts {
     QString path;
     Fact<QString> make, model;
@@ -33,6 +36,7 @@ struct PictureFacts {
     Orientation orientation = 1;    // from the file
     Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
     bool raw = false;
+    Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // shares of the original, angle 0
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
     /// Corrections already in rendered pixels.

@@ -4,7 +4,9 @@
 #include "LensfunFit.h"
 #include "PictureFrame.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QMutexLocker>
 #include <QStandardPaths>
 
@@ -158,17 +160,19 @@ FitResult PictureFitter::FitChosen(const QString &path, const PictureFacts &fact
 
 PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 {
+    const QFileInfo info(path); // hosts live long, and people replace profiles
+    const qint64 changed = info.lastModified().toMSecsSinceEpoch();
     const QMutexLocker lock(&m_mutex);
     for (int i = 0; i < m_read.size(); ++i) {
-        if (m_read[i].first == path) {
+        if (m_read[i].path == path && m_read[i].size == info.size() && m_read[i].changed == changed) {
             m_read.move(i, 0);
-            return m_read.first().second;
+            return m_read.first().profile;
         }
     }
     const auto profile = std::make_shared<LensProfile>(ReadLensProfile(path, error));
     if (profile->entries.isEmpty())
         return nullptr;
-    m_read.prepend({path, profile});
+    m_read.prepend({path, info.size(), changed, profile});
     m_read.resize(std::min(m_read.size(), kKeptProfiles));
     return profile;
 }

@@ -27,6 +27,11 @@ public:
 
 private:
     using Profile = std::shared_ptr<const LensProfile>;
+    struct ReadFile {
+        QString path;
+        qint64 size, changed; // milliseconds
+        Profile profile;
+    };
 
     Profile Read(const QString &path, QString *error);
     FitResult FitChosen(const QString &path, const PictureFacts &facts, const FitOptions &options);
@@ -38,5 +43,5 @@ private:
     QMutex m_mutex; // guards all members below
     ProfileIndex m_index;
     bool m_scanned = false;
-    QVector<QPair<QString, Profile>> m_read; // the most recent ones, newest first
+    QVector<ReadFile> m_read; // the most recent ones, newest first
 };

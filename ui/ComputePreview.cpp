@@ -36,6 +36,12 @@ void ComputePreview::getPreview(QImage &out)
     omp_unset_lock(m_runLock.Lock());
 }
 
+std::optional<FitReport> ComputePreview::Report()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_renderedReport;
+}
+
 void ComputePreview::Render()
 {
     {
@@ -60,4 +66,5 @@ void ComputePreview::run()
     }
     const QMutexLocker locker(&m_mutex);
     m_renderedNumber = m_workNumber;
+    m_renderedReport = m_workParams.fitted ? m_workParams.fitted->report : std::nullopt;
 }

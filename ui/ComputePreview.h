@@ -26,6 +26,8 @@ public:
     bool IsCurrent();
     /// Copies the last rendered picture to @p out, which stays unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
+    /// What the last render of a fitted record tells of itself; none before the first, and for plain records.
+    std::optional<FitReport> Report();
 
 protected:
     void run() override;
@@ -41,6 +43,7 @@ private:
     KVitreluxOne2One::Params m_workParams;
     int m_workNumber = 0;     // of the request being rendered
     int m_renderedNumber = 0; // of the last rendered request
+    std::optional<FitReport> m_renderedReport;
 
     KIImageDef *m_requestImageDef = nullptr;
     KImage *m_requestImage = nullptr;

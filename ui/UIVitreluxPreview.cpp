@@ -2,6 +2,7 @@
 
 #include "KIImageDef.h"
 #include "KUI.h"
+#include "LensProfile.h"
 #include "newLCP.h"
 #include "ui_UIVitreluxPreview.h"
 
@@ -61,6 +62,34 @@ private:
     ReducedSize m_size;
     KImage *m_image;
 };
+
+/// What the plain correction uses of a profile.
+Corrections HeldPlain(const QString &fileName)
+{
+    bool ok = false; // also for a file that can't be opened
+    const newLCP profile(fileName, ok);
+    return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
+}
+
+/// What the fitted correction can use, of any entry and any spelling.
+Corrections HeldFitted(const QString &fileName)
+{
+    Corrections held = {};
+    for (const ProfileEntry &entry : ReadLensProfile(fileName, nullptr).entries) {
+        held.distortion |= entry.geometry.has_value();
+        held.chromatic |= entry.redGreen || entry.blueGreen;
+        held.vignetting |= entry.vignette.has_value();
+    }
+    return held;
+}
+
+/// A found profile as people call it: the file's name, or "lensfun: MAKER/LENS".
+QString ShortName(const QString &profile)
+{
+    const QLatin1String lensfun("lensfun:");
+    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
+                                       : QFileInfo(profile).fileName();
+}
 
 QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
 {
@@ -135,6 +164,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         ui->m_cbDistortion->setChecked(m_params->disto);
         ui->m_cbVignetting->setChecked(m_params->falloff);
         ui->lineEditLensFile->setText(m_params->lcpFilename);
+        ShowReport(std::nullopt);
         m_sourceImage = source;
         m_sourcePixmap = FittedToFrame(m_sourceImage);
         updateLCPfilename();
@@ -150,6 +180,7 @@ void UIVitreluxPreview::clearImage()
     for (QImage *image : {&m_sourceImage, &m_resultImage})
         *image = QImage();
     FitPictures();
+    ShowReport(std::nullopt);
     EnableBoxes(kAllCorrections);
     ui->labelState->show();
     SetComplete(QVariant());
@@ -160,7 +191,7 @@ void UIVitreluxPreview::clearImage()
 
 void UIVitreluxPreview::updateLCPfilename()
 {
-    if (!m_imageDef)
+    if (!m_imageDef || (m_params && m_params->fitted)) // whose profile is found by each run, and never becomes a choice
         return;
     QString message;
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
@@ -205,20 +236,34 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
     ui->lineEditLensFile->setText(fileName);
-    bool ok = false; // also for a file that cannot be opened
-    const newLCP profile(fileName, ok);
-    const Corrections held = {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
+    const Corrections held = m_params->fitted ? HeldFitted(fileName) : HeldPlain(fileName);
     m_held.insert(fileName, held);
-    ui->m_cbDistortion->setChecked(false); // at each choice; unchecking clears the record's flag
+    if (!m_params->fitted || !held.distortion) // plain: by each choice
+        ui->m_cbDistortion->setChecked(false); // unchecking clears the record's flag
     if (!held.chromatic)
         ui->m_cbCA->setChecked(false);
     if (!held.vignetting)
         ui->m_cbVignetting->setChecked(false);
     EnableBoxes(held);
-    if (ok)
+    if (held.Any())
         computePreview();
     else
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
+}
+
+/// In the profile's row what was found, or why nothing was; all that is known of it when the mouse rests there.
+void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
+{
+    QString found;
+    QStringList all;
+    if (report) {
+        found = report->profile.isEmpty() ? tr("None found: %1").arg(report->why)
+                                          : tr("Found: %1").arg(ShortName(report->profile));
+        all = QStringList{report->profile, report->entries, report->assumed, report->why};
+        all.removeAll(QString());
+    }
+    ui->lineEditLensFile->setPlaceholderText(found); // seen as long as nothing was chosen
+    ui->lineEditLensFile->setToolTip(all.join(QLatin1Char('\n')));
 }
 
 // --- Switches ---
@@ -297,6 +342,7 @@ void UIVitreluxPreview::updatePreview()
     SetComplete(true);
     m_computePreview.getPreview(m_resultImage);
     m_resultPixmap = FittedToFrame(m_resultImage);
+    ShowReport(m_computePreview.Report());
     ui->labelState->hide();
     update();
 }

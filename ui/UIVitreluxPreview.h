@@ -25,6 +25,9 @@ class Ui_UIVitreluxPreviewClass;
 /// A change during a render replaces the waiting request; the end of the render then starts the next one. The dynamic
 /// property "isComplete" reports to the parent page whether the user may continue; each change emits the parent's
 /// completeChanged().
+///
+/// A fitted record without a chosen profile keeps none: the profile that its render found, or why none was found, is
+/// shown in the profile's row as a placeholder.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -66,6 +69,7 @@ private:
     void ShowImage(KIImageDef *def, Params *params);
     void SetFlag(bool Params::*flag, int state);
     void UseProfile(const QString &fileName);
+    void ShowReport(const std::optional<FitReport> &report);
     void EnableBoxes(const Corrections &held);
     void SetComplete(const QVariant &complete);
     void FitPictures();

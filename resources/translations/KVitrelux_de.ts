@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>Die Vorschau ist aktuell</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>Kein Profil gefunden: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Gefunden: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>Preview is uptodate</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>None found: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Found: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

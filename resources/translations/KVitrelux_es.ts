@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>La vista previa está actualizada</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>No se encontró ningún perfil: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Encontrado: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

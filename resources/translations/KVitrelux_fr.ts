@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>L&apos;aperçu est à jour</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>Aucun profil trouvé : %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Trouvé : %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>L&apos;anteprima è aggiornata</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>Nessun profilo trovato: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Trovato: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>プレビューは最新です</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>プロファイルが見つかりません：%1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>検出：%1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

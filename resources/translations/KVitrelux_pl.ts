@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>Podgląd jest aktualny</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>Nie znaleziono profilu: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Znaleziono: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>Предпросмотр обновлён</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>Профиль не найден: %1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>Найден: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

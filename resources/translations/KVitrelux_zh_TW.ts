@@ -210,6 +210,14 @@
         <source>Preview is uptodate</source>
         <translation>預覽已是最新</translation>
     </message>
+    <message>
+        <source>None found: %1</source>
+        <translation>找不到描述檔：%1</translation>
+    </message>
+    <message>
+        <source>Found: %1</source>
+        <translation>已找到：%1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

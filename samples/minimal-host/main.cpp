@@ -1,4 +1,5 @@
-// The smallest host: corrects one picture by one profile. docs/host-guide.md documents the order of calls.
+// The smallest host: corrects one picture by one profile, or by what is found, if asked to. docs/host-guide.md documents
+// the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIImageDef.h"
@@ -68,14 +69,17 @@ public:
         KImage::exit();
     }
 
-    /// The plug-in's process, owned by the plug-in. Throws KException if there is none.
-    KIPluginOne2One *Process()
+    /// The plug-in's process, owned by the plug-in, whose records are fitted ones or plain. Throws KException if there
+    /// is none.
+    KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();
         if (!object)
             throw KException(m_plugin.errorString(), KPlace());
         auto *library = static_cast<KIPluginLibrary *>(object->qt_metacast("KIPluginLibrary"));
         QObject *process = library->Plugins(KIPluginLibrary::All).last();
+        if (isFitted)
+            process->setProperty("Correction", QStringLiteral("fitted"));
         return static_cast<KIPluginOne2One *>(process->qt_metacast("KIPluginOne2One"));
     }
 
@@ -114,23 +118,46 @@ static bool IsWellFormed(const QString &profile)
     return !reader.hasError();
 }
 
-/// Writes the corrected picture next to its source, replacing an older one, and returns its path. Throws KException.
-static QString Correct(Host &host, const QString &picture, const QString &profile)
-{
-    if (!IsWellFormed(profile))
-        throw KException(QStringLiteral("%1 is not a readable profile").arg(profile), KPlace());
+struct Task {
+    bool isFitted;
+    QString picture;
+    QString profile; // empty: fitted, and whatever is found
+};
 
-    QDomDocument document; // must outlive its element
+static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
+{
     QDomElement choice = document.createElement(QStringLiteral("Lens correction"));
     choice.setAttribute(QStringLiteral("Disto"), 1);
     choice.setAttribute(QStringLiteral("Falloff"), 1);
-    choice.setAttribute(QStringLiteral("LCPfilename"), QFileInfo(profile).absoluteFilePath());
+    if (task.isFitted)
+        choice.setAttribute(QStringLiteral("CA"), 1);
+    if (!task.profile.isEmpty())
+        choice.setAttribute(QStringLiteral("LCPfilename"), QFileInfo(task.profile).absoluteFilePath());
+    return choice;
+}
 
-    KIPluginOne2One *process = host.Process();
+/// What a fitted run says of itself; nothing after a plain one.
+static void Report(const QDomElement &results)
+{
+    for (const char *name : {"Profile", "Entries", "Assumed", "Done", "Why"}) {
+        const QString value = results.attribute(QLatin1String(name));
+        if (!value.isEmpty())
+            std::cout << name << ": " << qPrintable(value) << '\n';
+    }
+}
+
+/// Writes the corrected picture beside its source, over an older one, and hands back its path. Throws KException.
+static QString Correct(Host &host, const Task &task)
+{
+    if (!task.profile.isEmpty() && !IsWellFormed(task.profile))
+        throw KException(QStringLiteral("%1 is not a readable profile").arg(task.profile), KPlace());
+    QDomDocument document; // has to outlive its elements
+    KIPluginOne2One *process = host.Process(task.isFitted);
     const auto free = [process](void *parameters) { process->FreeParameters(parameters); };
-    const std::unique_ptr<void, decltype(free)> record(process->AllocParameters(choice), free);
+    const std::unique_ptr<void, decltype(free)> record(process->AllocParameters(ChoiceOf(task, document)), free);
     QString corrected;
-    process->Process(QFileInfo(picture).absoluteFilePath(), record.get(), corrected);
+    process->Process(QFileInfo(task.picture).absoluteFilePath(), record.get(), corrected);
+    Report(process->GetXmlParameters(record.get()));
     return corrected;
 }
 
@@ -138,10 +165,12 @@ int main(int argc, char *argv[])
 try {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // shows no window, so it needs no display
     Host host(argc, argv);
-    const QStringList arguments = host.arguments();
-    if (arguments.size() != 3)
-        throw KException(QStringLiteral("Usage: minimal-host PICTURE PROFILE"), KPlace());
-    std::cout << qPrintable(Correct(host, arguments[1], arguments[2])) << std::endl;
+    QStringList arguments = host.arguments().mid(1);
+    const bool isFitted = arguments.removeAll(QStringLiteral("--fitted")) > 0;
+    if (arguments.size() != 2 && !(isFitted && arguments.size() == 1))
+        throw KException(QStringLiteral("Usage: minimal-host PICTURE PROFILE, or --fitted PICTURE [PROFILE]"),
+                         KPlace());
+    std::cout << qPrintable(Correct(host, {isFitted, arguments[0], arguments.value(1)})) << std::endl;
     return 0;
 } catch (const KException &error) {
     std::cerr << qPrintable(error.what()) << std::endl;

@@ -3,12 +3,14 @@
 #include "TiffRaster.h"
 
 #include <QDir>
+#include <exiv2/exiv2.hpp>
 
 class MinimalHost_test : public ProgramTest {
     Q_OBJECT
 
 private Q_SLOTS:
     void sameFileAsTheProgram();
+    void fitted();
     void failsWithAMessage();
     void partsAreFoundBesideTheProgram();
 
@@ -33,8 +35,9 @@ void MinimalHost_test::sameFileAsTheProgram()
 
     // The single corrections: what the equality would miss if all of them wrote the same picture.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
-        const ProgramResult program = RunIn(QStringLiteral(VITRELUX_PROGRAM),
-                                            "correct --overwrite --profile p.lcp -o program a.jpg "_s + switches);
+        const ProgramResult program =
+            RunIn(QStringLiteral(VITRELUX_PROGRAM),
+                  "correct --plain --overwrite --profile p.lcp -o program a.jpg "_s + switches);
         QVERIFY2(program.exitCode == 0, program.error);
         const bool same = ReadFile(Path("a_corrected.tiff"_s)) == ReadFile(Path("program/a_corrected.tiff"_s));
         QCOMPARE(same, switches.count(QLatin1Char(' ')) == 1);
@@ -42,9 +45,36 @@ void MinimalHost_test::sameFileAsTheProgram()
     }
 }
 
+/// A profile of one entry serves a picture of any size; without one the reason is said, and nothing is written.
+void MinimalHost_test::fitted()
+{
+    WriteJpeg(Path("b.jpg"_s), 45, 30);
+    const ProgramResult none = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg"_s);
+    QVERIFY2(none.exitCode == 1 && none.error.contains("the picture doesn't say which camera and lens took it"),
+             none.error);
+    QVERIFY(!QFile::exists(Path("b_corrected.tiff"_s)));
+
+    const auto image = Exiv2::ImageFactory::open(Path("b.jpg"_s).toStdString());
+    image->exifData()["Exif.Image.Make"] = "Maker";
+    image->exifData()["Exif.Image.Model"] = "BODY";
+    image->exifData()["Exif.Photo.FocalLength"] = "24/1";
+    image->writeMetadata();
+    WriteFile(Path("q.lcp"_s), R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        s:Make="Maker" s:Model="BODY" s:ImageWidth="6000" s:ImageLength="4000" s:SensorFormatFactor="1.5">
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq></r:RDF>)");
+    const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg q.lcp"_s);
+    QVERIFY2(fitted.exitCode == 0, fitted.error);
+    QVERIFY2(fitted.output.contains("Profile: " + Path("q.lcp"_s).toUtf8() + '\n'), fitted.output);
+    QVERIFY2(fitted.output.contains("\nDone: distortion"), fitted.output);
+    QCOMPARE(ReadTiff(Path("b_corrected.tiff"_s)).channels, 3);
+}
+
 void MinimalHost_test::failsWithAMessage()
 {
     const char *const rows[][2] = {{"", "Usage"},
+                                   {"a.jpg", "Usage"},
+                                   {"--fitted a.jpg none.lcp", "none.lcp is not a readable profile"},
                                    {"none.jpg p.lcp", "none.jpg\" cannot be loaded"},
                                    {"p.lcp p.lcp", "p.lcp\" cannot be loaded"},
                                    {". p.lcp", "cannot be loaded"},
@@ -70,7 +100,7 @@ void MinimalHost_test::partsAreFoundBesideTheProgram()
         for (const QString &part : parts)
             QVERIFY(
                 QFile::copy(QStringLiteral(VITRELUX_PREFIX "/lib/vitrelux/") + part, Path("lib/vitrelux/"_s + part)));
-        const ProgramResult result = RunIn(Path("bin/vitrelux"_s), "correct --profile p.lcp a.jpg"_s);
+        const ProgramResult result = RunIn(Path("bin/vitrelux"_s), "correct --plain --profile p.lcp a.jpg"_s);
         QVERIFY2((result.exitCode == 0) == missed.isEmpty(), result.error);
         QVERIFY2(QString::fromUtf8(result.error).contains(missed), result.error);
         QCOMPARE(QFile::exists(Path("a_corrected.tiff"_s)), missed.isEmpty());

@@ -64,6 +64,36 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
+/// Records the calls on it, in order.
+class NotingDef : public FakeImageDef {
+public:
+    using FakeImageDef::FakeImageDef;
+    QPixmap *GetThumbnail() const override { return Noted("thumbnail"), FakeImageDef::GetThumbnail(); }
+    QString FileName() const override { return Noted("file"), FakeImageDef::FileName(); }
+    QString ShortFileName() const override { return Noted("short"), FakeImageDef::ShortFileName(); }
+    QString PathName() const override { return Noted("path"), FakeImageDef::PathName(); }
+    int nRows() const override { return Noted("rows"), FakeImageDef::nRows(); }
+    int nCols() const override { return Noted("columns"), FakeImageDef::nCols(); }
+    int nBands() const override { return Noted("bands"), FakeImageDef::nBands(); }
+    int nDepth() const override { return Noted("depth"), FakeImageDef::nDepth(); }
+    bool HasExif() const override { return Noted("EXIF"), FakeImageDef::HasExif(); }
+    bool HasICC() const override { return Noted("ICC"), FakeImageDef::HasICC(); }
+    bool IsRaw() const override { return Noted("raw"), FakeImageDef::IsRaw(); }
+    float GetFocal() const override { return Noted("focal"), FakeImageDef::GetFocal(); }
+    int Model() const override { return Noted("model"), FakeImageDef::Model(); }
+    qint64 GetTimestamp() const override { return Noted("time"), FakeImageDef::GetTimestamp(); }
+    float GetEV() const override { return Noted("EV"), FakeImageDef::GetEV(); }
+    KImage *Lock(int w, int h, bool depth) override { return Noted("lock"), FakeImageDef::Lock(w, h, depth); }
+    void Unlock(int w, int h, bool depth) override { Noted("unlock"), FakeImageDef::Unlock(w, h, depth); }
+    KImage *LockFullSize(bool depth) override { return Noted("lock full"), FakeImageDef::LockFullSize(depth); }
+    void UnlockFullSize(bool depth) override { Noted("unlock full"), FakeImageDef::UnlockFullSize(depth); }
+
+    mutable QString noted;
+
+private:
+    void Noted(const char *what) const { noted += QLatin1String(what) + QLatin1Char(';'); }
+};
+
 /// Returns the calls on the host since the last time.
 QStringList Calls()
 {
@@ -83,6 +113,15 @@ QSet<QString> AttributesOf(const QDomElement &element)
     return names;
 }
 
+QString TextOf(const QDomElement &element)
+{
+    QStringList texts;
+    for (int i = 0; i < element.attributes().count(); ++i)
+        texts << element.attributes().item(i).nodeName() + QLatin1Char('=') + element.attributes().item(i).nodeValue();
+    texts.sort();
+    return texts.join(QLatin1Char(' '));
+}
+
 } // namespace
 
 class tst_KVitreluxOne2One : public QObject {
@@ -93,6 +132,7 @@ private Q_SLOTS:
     void recordFromElement_data();
     void recordFromElement();
     void plainRecordsIgnoreFittedOptions();
+    void plainRunsKnowNothingOfFitted();
     void fittedOption_data();
     void fittedOption();
     void xmlForm();
@@ -198,6 +238,52 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     QCOMPARE(Calls(), QStringList("image /nowhere/a.tif"_s));
     process.FreeParameters(fitted);
     process.FreeParameters(params);
+}
+
+// The same of its runs: what they ask of the picture's description, what they write, and that the record stays as it
+// was.
+
+void tst_KVitreluxOne2One::plainRunsKnowNothingOfFitted()
+{
+    const QString source = m_dir.filePath("plain.tif"_s), profile = WriteProfile(40, 30, -0.4);
+    KImage pattern;
+    FillWithCoordinates(pattern, 40, 30);
+    auto *def = Host().Describe(std::make_unique<NotingDef>(source));
+    pattern.Convert(def->pixels, GFL_RGB, 16);
+    def->pixels.Write(source, "tiff"_s, 0, QString());
+    QDomDocument document;
+    QDomElement element = document.createElement("any"_s);
+    element.setAttribute("LCPfilename"_s, profile);
+    for (const char *name : {"Disto", "CA", "Falloff"})
+        element.setAttribute(QLatin1String(name), 1);
+    QByteArray files[2];
+    KImage pictures[2];
+    for (bool hasOptions : {false, true}) {
+        for (const char *name : {"Framing", "Sampling", "AmountDisto", "Source", "Focal"})
+            if (hasOptions)
+                element.setAttribute(QLatin1String(name), "1"_s);
+        KVitreluxOne2One process;
+        void *params = process.AllocParameters(element);
+        if (hasOptions)
+            process.setProperty("Correction", "fitted"_s); // too late for this record
+        const QString before = TextOf(process.GetXmlParameters(params));
+        Calls();
+        def->noted.clear();
+        QString output;
+        process.Process(source, params, output);
+        QCOMPARE(Calls(), QStringList("image "_s + source));
+        QCOMPARE(std::exchange(def->noted, QString()), "lock full;unlock full;depth;"_s);
+        files[hasOptions] = ReadFile(output);
+        pattern.Convert(pictures[hasOptions], GFL_RGBA, 32);
+        process.Process(qMakePair(static_cast<KIImageDef *>(def), &pictures[hasOptions]), params);
+        QCOMPARE(Calls(), QStringList());
+        QCOMPARE(def->noted, QString());
+        QCOMPARE(TextOf(process.GetXmlParameters(params)), before);
+        process.FreeParameters(params);
+    }
+    QVERIFY(files[0] == files[1]);
+    QVERIFY(std::memcmp(pictures[0].getData(0, 0), pictures[1].getData(0, 0), size_t(40) * 30 * 16) == 0);
+    QVERIFY(std::memcmp(pictures[0].getData(0, 0), pattern.getData(0, 0), size_t(40) * 30 * 16) != 0);
 }
 
 void tst_KVitreluxOne2One::fittedOption_data()

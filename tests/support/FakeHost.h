@@ -105,6 +105,13 @@ public:
             def = std::make_unique<FakeImageDef>(fileName);
         return def.get();
     }
+    /// Describes a file from now on.
+    template <typename Def> Def *Describe(std::unique_ptr<Def> def)
+    {
+        Def *described = def.get();
+        m_defs[def->FileName()] = std::move(def);
+        return described;
+    }
     void Clear()
     {
         settings.clear();

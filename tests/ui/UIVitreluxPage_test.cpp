@@ -4,11 +4,14 @@
 #include "ComputePreview.h"
 #include "FakeHost.h"
 #include "KUI.h"
+#include "ProfileText.h"
 #include "QAnimatedLabel.h"
 #include "TestFiles.h"
 
 #include <QtTest>
 #include <QtWidgets>
+
+#include <exiv2/exiv2.hpp>
 
 namespace {
 
@@ -171,6 +174,7 @@ private Q_SLOTS:
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
+    void fittedFinds();
     void pictureGone_data();
     void pictureGone();
     void endsDuringARender();
@@ -194,6 +198,7 @@ QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int 
 void tst_UIVitreluxPage::initTestCase()
 {
     KUI::SetUseSystemFileDialog(false);
+    qputenv("XDG_CACHE_HOME", m_dir.path().toLocal8Bit()); // where the index of profiles is kept
     m_whole = Profile({true, true, true}, 400, 300);
 }
 
@@ -425,6 +430,62 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     for (const QString &file : {kA, kB, kC}) // the last is not in the job
         QCOMPARE(file + desk.Record(file), file + QStringLiteral("0 1 0 ") + m_whole);
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
+}
+
+// What a fitted render finds is shown, and becomes nobody's choice; a chosen profile may have any spelling.
+void tst_UIVitreluxPage::fittedFinds()
+{
+    using namespace profiletext;
+    const QTemporaryDir profiles;
+    const QByteArray text = profiletext::Profile(Entry(
+        Size("400", "300") + Metadata("24", "3", "2")
+        + Resource("PerspectiveModel", Place("0.8", "0.8", "0.5", "0.5") + Value("RadialDistortParam1", "-0.3"))));
+    const QString found = WriteFile(profiles.filePath("any name.lcp"_s), text);
+    const QString photo = m_dir.filePath("photo.jpg"_s), other = m_dir.filePath("other.jpg"_s);
+    for (const QString &file : {photo, other}) {
+        WriteJpeg(file, 400, 300);
+        MakePicture(file, 400, 300);
+        const auto image = Exiv2::ImageFactory::open(file.toStdString());
+        Exiv2::ExifData &exif = image->exifData();
+        exif["Exif.Image.Make"] = "Maker";
+        exif["Exif.Image.Model"] = "MODEL 7";
+        exif["Exif.Photo.LensModel"] = file == photo ? "Test lens 24mm F2.8" : "Strange lens 99mm F1.1";
+        exif["Exif.Photo.FocalLength"] = "24/1";
+        exif["Exif.Photo.FNumber"] = "28/10";
+        image->writeMetadata();
+    }
+    Desk desk;
+    desk.process.SetLensPath(profiles.path());
+    desk.process.setProperty("Correction", "fitted"_s);
+    desk.process.SetFiles({photo});
+    const auto *row = desk.Find<QLineEdit>("lineEditLensFile");
+    const auto frame = [&] { return desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage(); };
+    QTRY_VERIFY(desk.IsUpToDate());
+    const QImage uncorrected = frame();
+    desk.Click("m_cbDistortion");
+    QTRY_VERIFY(desk.IsUpToDate());
+    QCOMPARE(row->text() + row->placeholderText(), "Found: any name.lcp"_s);
+    QVERIFY2(row->toolTip().startsWith(found), qPrintable(row->toolTip()));
+    QVERIFY(frame() != uncorrected);
+    desk.Click("pushButtonApplyAll");
+    desk.process.OnValidatePage(); // what the next pictures begin with
+    QCOMPARE(desk.Record(photo) + desk.Record(other), "1 0 0 1 0 0 "_s);
+
+    desk.process.SetFiles({other});
+    QCOMPARE(row->placeholderText(), QString()); // not that of the picture before
+    QTRY_VERIFY(desk.IsUpToDate());
+    QVERIFY2(row->placeholderText().startsWith("None found: "_s), qPrintable(row->placeholderText()));
+    QVERIFY(frame() == uncorrected);
+
+    WriteFile(found, R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        s:Make="Maker" s:Model="MODEL 7" s:ImageWidth="400" s:ImageLength="300" s:SensorFormatFactor="1.5">
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq></r:RDF>)");
+    QCOMPARE(desk.ChooseProfile(found).size(), 1); // no warning
+    QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), "100100"_s);
+    QCOMPARE(desk.Record(other), "1 0 0 "_s + found);
+    QTRY_VERIFY(desk.IsUpToDate());
+    QVERIFY(frame() != uncorrected);
 }
 
 void tst_UIVitreluxPage::pictureGone_data()

@@ -166,13 +166,18 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Codes of @p count pixels, by color.
-VITRELUX_INLINE void SplitRow(const float *pixels, int count, std::int16_t *red, std::int16_t *green,
-                              std::int16_t *blue)
+/// Codes of @p count pixels, by color. Rows of @p stride bytes follow, of which processors know nothing.
+VITRELUX_INLINE void SplitRow(const float *pixels, std::int64_t stride, int count, std::int16_t *red,
+                              std::int16_t *green, std::int16_t *blue)
 {
+    constexpr int kLineFloats = 16, kRowsAhead = 3;
     int i = 0;
-    for (; i + 8 <= count; i += 8)
+    for (; i + 8 <= count; i += 8) {
+        const auto *ahead = reinterpret_cast<const unsigned char *>(pixels + 4 * i) + kRowsAhead * stride;
+        __builtin_prefetch(ahead);
+        __builtin_prefetch(ahead + kLineFloats * sizeof(float));
         SplitEight(pixels + 4 * i, red + i, green + i, blue + i);
+    }
     for (; i < count; ++i) {
         red[i] = CodeOf(pixels[4 * i]);
         green[i] = CodeOf(pixels[4 * i + 1]);
@@ -239,7 +244,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
             return false;
         std::int16_t *const rows[] = {planes[0].values.data() + shape.Row(y), planes[1].values.data() + shape.Row(y),
                                       planes[2].values.data() + shape.Row(y)};
-        SplitRow(source, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
+        SplitRow(source, band.sourceStride, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
                  rows[2] + inside.first);
         for (std::int16_t *row : rows)
             RepeatEdges(row, inside, shape.width);

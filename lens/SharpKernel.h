@@ -13,6 +13,7 @@
 class SharpKernel {
 public:
     static constexpr int kTaps = 6;
+    static constexpr int kPadded = 8; ///< with zeros
     static constexpr int kBefore = 2; ///< taps before the pixel at or before the place
     static constexpr int kPhaseBits = 10;
     static constexpr int kPhases = 1 << kPhaseBits;
@@ -29,7 +30,6 @@ public:
 private:
     SharpKernel();
 
-    static constexpr int kPadded = 8;
     alignas(64) std::array<std::array<float, kPadded>, kPhases> m_shares;
     alignas(64) std::array<std::array<std::int16_t, kPadded>, kPhases> m_weights; // two zeros at the end too
 };

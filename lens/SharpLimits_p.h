@@ -37,13 +37,6 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
-{
-    Vector value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
 /// By how much samples between the middle two of four values in a line may exceed the greater one, and fall below the
 /// lesser one.
 template <typename Vector> struct Allowance {

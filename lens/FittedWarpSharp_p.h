@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kUnitColumns = 2 * kBlockPixels;
+constexpr int kUnitColumns = 4 * kBlockPixels;
 
 /// The place of channel 0 to 2, red to blue, where colors have places of their own.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
@@ -18,7 +18,7 @@ constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
 /// A block's places as pixels and phases.
 struct SharpPlaces {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later offsets
-    alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels];
+    alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
 struct SharpBlock {
@@ -48,11 +48,12 @@ VITRELUX_INLINE std::int32_t InPhases(float relative)
     return whole;
 }
 
-/// Whether the place @p phase behind pixel @p whole is outside a side of @p length pixels.
+/// Whether the place @p phase (times SharpKernel::kPadded) behind pixel @p whole is outside a side of @p length pixels.
 VITRELUX_INLINE bool IsOutside(std::int32_t whole, std::int32_t phase, int length)
 {
-    constexpr auto kBorder = static_cast<std::int32_t>(CorrectionTwin::kBorderPixels * SharpKernel::kPhases);
-    return (whole < -1) | ((whole == -1) & (phase < SharpKernel::kPhases - kBorder)) | (whole >= length)
+    constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
+    constexpr auto kBorder = static_cast<std::int32_t>(CorrectionTwin::kBorderPixels * kPixel);
+    return (whole < -1) | ((whole == -1) & (phase < kPixel - kBorder)) | (whole >= length)
         | ((whole == length - 1) & (phase > kBorder));
 }
 
@@ -71,8 +72,8 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
         const std::int32_t x = InPhases(places.x[i]), y = InPhases(places.y[i]);
         to->x[i] = (x >> SharpKernel::kPhaseBits) + block.x + i;
         to->y[i] = (y >> SharpKernel::kPhaseBits) + block.y;
-        to->phaseX[i] = x & (SharpKernel::kPhases - 1);
-        to->phaseY[i] = y & (SharpKernel::kPhases - 1);
+        to->phaseX[i] = (x & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
+        to->phaseY[i] = (y & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
     }
     for (int i = 0; kCareful && i < kBlockPixels; ++i) {
         const bool empty =

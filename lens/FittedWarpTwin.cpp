@@ -49,8 +49,10 @@ double Sharp(const Function &at, SourcePlaces::Point place)
 {
     constexpr double kPhases = SharpKernel::kPhases;
     const Side x(std::floor(place.x * kPhases + 0.5) / kPhases), y(std::floor(place.y * kPhases + 0.5) / kPhases);
-    const std::int16_t *const wx = SharpKernel::Get().Weights(static_cast<int>(x.rest * kPhases));
-    const std::int16_t *const wy = SharpKernel::Get().Weights(static_cast<int>(y.rest * kPhases));
+    const std::int16_t *const wx =
+        SharpKernel::Get().Weights() + static_cast<int>(x.rest * kPhases) * SharpKernel::kPadded;
+    const std::int16_t *const wy =
+        SharpKernel::Get().Weights() + static_cast<int>(y.rest * kPhases) * SharpKernel::kPadded;
     double sum = 0.0;
     for (int j = 0; j < SharpKernel::kTaps; ++j)
         for (int i = 0; i < SharpKernel::kTaps; ++i)

@@ -41,14 +41,15 @@ struct BoxShape {
 /// Stored values of 16 bits, less 32768. Sampling reads them in pairs of a value and the one below, since processors
 /// multiply and add such pairs at once. Limits are pairs too, the lowest value in the lower half.
 struct CodePlane {
-    std::vector<std::int16_t> values;
-    std::vector<std::int32_t> pairs, limits;
+    std::vector<std::int16_t> values, halves; // rounded down
+    std::vector<std::int32_t> pairs, limits;  // limits of halves
 
     void Grow(size_t samples)
     {
         if (values.size() >= samples)
             return;
         values.resize(samples);
+        halves.resize(samples);
         pairs.resize(samples);
         limits.resize(samples);
     }
@@ -204,14 +205,16 @@ template <typename Shorts> struct StorePairs {
 template <typename Shorts>
 VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t> *rows)
 {
-    rows->Start<Shorts>(plane->values.data() + shape.Row(1), shape.stride, shape.width);
+    for (size_t i = 0; i < shape.Samples(); ++i)
+        plane->halves[i] = static_cast<std::int16_t>(plane->values[i] >> 1);
+    rows->Start<Shorts>(plane->halves.data() + shape.Row(1), shape.stride, shape.width);
     for (int y = 0; y + 1 < shape.height; ++y) {
         const std::int16_t *above = plane->values.data() + shape.Row(y);
         std::int32_t *pairs = plane->pairs.data() + shape.Row(y);
         for (int x = 0; x < shape.stride; x += 8)
             PairEight(above + x, above + shape.stride + x, pairs + x);
         if (y > 0 && y + 2 < shape.height)
-            rows->Advance<Shorts>(above, shape.stride, shape.width,
+            rows->Advance<Shorts>(plane->halves.data() + shape.Row(y), shape.stride, shape.width,
                                   StorePairs<Shorts>{plane->limits.data() + shape.Row(y)});
     }
 }

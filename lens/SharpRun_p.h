@@ -9,8 +9,8 @@ namespace {
 /// Where the samples of a run lie in the planes. Of one channel, or of three with places of their own.
 struct SharpRun {
     int count, stride;
-    const std::int32_t *offset[3]; // of the first of 6 x 6 values
-    const std::int32_t *phaseX[3], *phaseY[3];
+    const std::int32_t *offset[3];             // of the first of 6 x 6 values
+    const std::int32_t *phaseX[3], *phaseY[3]; // times SharpKernel::kPadded
 
     /// From there to the first of the middle four, for which limits stand.
     int ToMiddle() const { return SharpKernel::kBefore * (stride + 1); }
@@ -99,7 +99,7 @@ struct CodesBySse2 {
                 const int at = kChannels > 1 ? channel : 0;
                 offset[channel] = run.offset[at][i];
                 products[channel] = Products(planes.pairs[channel] + offset[channel], run.stride,
-                                             kernel.Weights(run.phaseY[at][i]), kernel.Shares(run.phaseX[at][i]));
+                                             kernel.Weights() + run.phaseY[at][i], kernel.Shares() + run.phaseX[at][i]);
             }
             const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_set1_ps(kQuarterOfWhite));
             const __m128 value = ValuesOf(sums, LimitsOf(planes, middle, offset));
@@ -109,7 +109,7 @@ struct CodesBySse2 {
 };
 
 struct CodesByAvx2 {
-    [[gnu::target("avx2"), gnu::always_inline]] static inline __m128
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256
     Products(const std::int32_t *pairs, int stride, const std::int16_t *weights, const float *shares)
     {
         const auto *rows = reinterpret_cast<const __m256i *>(pairs);
@@ -119,27 +119,52 @@ struct CodesByAvx2 {
         const __m256i second = _mm256_madd_epi16(_mm256_loadu_si256(below), _mm256_set1_epi32(PairAt(weights, 1)));
         const __m256i third = _mm256_madd_epi16(_mm256_loadu_si256(bottom), _mm256_set1_epi32(PairAt(weights, 2)));
         const __m256 sums = _mm256_cvtepi32_ps(_mm256_add_epi32(_mm256_add_epi32(first, second), third));
-        const __m256 products = _mm256_mul_ps(sums, _mm256_load_ps(shares));
-        return _mm_add_ps(_mm256_castps256_ps128(products), _mm256_extractf128_ps(products, 1));
+        return _mm256_mul_ps(sums, _mm256_load_ps(shares));
     }
 
+    /// As the function for one pixel.
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOf(__m256 a, __m256 b, __m256 c, __m256 d)
+    {
+        const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(a, b), _mm256_unpackhi_ps(a, b));
+        const __m256 cd = _mm256_add_ps(_mm256_unpacklo_ps(c, d), _mm256_unpackhi_ps(c, d));
+        return _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
+    }
+
+    /// As the function for one pixel.
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 ValuesOf(__m256 sums, __m256i limits)
+    {
+        const __m256 lowest = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(limits, 16), 15));
+        const __m256 highest = _mm256_cvtepi32_ps(_mm256_or_si256(_mm256_srai_epi32(limits, 15), _mm256_set1_epi32(1)));
+        const __m256 code = _mm256_mul_ps(sums, _mm256_set1_ps(kCodeScale));
+        const __m256 limited = _mm256_min_ps(_mm256_max_ps(code, lowest), highest);
+        return _mm256_mul_ps(_mm256_add_ps(limited, _mm256_set1_ps(32768.0F)), _mm256_set1_ps(kValueOfCode));
+    }
+
+    /// Two pixels at once. Of an odd number the last one is made twice, for which @p samples has room.
     template <int kChannels>
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)
     {
         const int middle = run.ToMiddle();
-        for (int i = 0; i < run.count; ++i) {
-            __m128 products[3];
-            std::int32_t offset[3];
+        for (int i = 0; i < run.count; i += 2) {
+            __m256 products[3]; // of both pixels, the columns' halves added
+            std::int32_t offset[2][3];
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
-                offset[channel] = run.offset[at][i];
-                products[channel] = Products(planes.pairs[channel] + offset[channel], run.stride,
-                                             kernel.Weights(run.phaseY[at][i]), kernel.Shares(run.phaseX[at][i]));
+                __m256 whole[2];
+                for (int pixel = 0; pixel < 2; ++pixel) {
+                    const int j = pixel == 0 || i + 1 == run.count ? i : i + 1;
+                    offset[pixel][channel] = run.offset[at][j];
+                    whole[pixel] = Products(planes.pairs[channel] + offset[pixel][channel], run.stride,
+                                            kernel.Weights() + run.phaseY[at][j], kernel.Shares() + run.phaseX[at][j]);
+                }
+                products[channel] = _mm256_add_ps(_mm256_permute2f128_ps(whole[0], whole[1], 0x20),
+                                                  _mm256_permute2f128_ps(whole[0], whole[1], 0x31));
             }
-            const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_set1_ps(kQuarterOfWhite));
-            const __m128 value = ValuesOf(sums, LimitsOf(planes, middle, offset));
-            std::memcpy(&samples[i], &value, sizeof value);
+            const __m256 sums = SumsOf(products[0], products[1], products[2], _mm256_set1_ps(kQuarterOfWhite));
+            const __m256i limits =
+                _mm256_set_m128i(LimitsOf(planes, middle, offset[1]), LimitsOf(planes, middle, offset[0]));
+            _mm256_storeu_ps(reinterpret_cast<float *>(samples + i), ValuesOf(sums, limits));
         }
     }
 };
@@ -173,8 +198,8 @@ struct CodesPlainly {
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
                 const std::int32_t offset = run.offset[at][i];
-                const float sum = Sum(planes.pairs[channel] + offset, run.stride, kernel.Weights(run.phaseY[at][i]),
-                                      kernel.Shares(run.phaseX[at][i]));
+                const float sum = Sum(planes.pairs[channel] + offset, run.stride, kernel.Weights() + run.phaseY[at][i],
+                                      kernel.Shares() + run.phaseX[at][i]);
                 const std::int32_t limits = planes.limits[channel][offset + run.ToMiddle()];
                 const auto lowest = static_cast<float>(static_cast<std::int16_t>(limits) * 2);
                 const auto highest = static_cast<float>((limits >> 16) * 2 + 1);
@@ -192,8 +217,8 @@ VITRELUX_INLINE float SampleFloats(const FloatPlane &plane, const SharpRun &run,
 {
     constexpr int kLanes = sizeof(Floats) / sizeof(float);
     const std::int32_t offset = run.offset[place][i];
-    const float *const shareY = kernel.Shares(run.phaseY[place][i]),
-                       *const shareX = kernel.Shares(run.phaseX[place][i]);
+    const float *const shareY = kernel.Shares() + run.phaseY[place][i],
+                       *const shareX = kernel.Shares() + run.phaseX[place][i];
     float products[SharpKernel::kPadded];
     for (int column = 0; column < SharpKernel::kPadded; column += kLanes) {
         const float *values = plane.values.data() + offset + column;

@@ -32,7 +32,7 @@ double Bilinear(const Function &at, SourcePlaces::Point place)
 double Rise(double v0, double v1, double v2, double v3)
 {
     const double turn = std::min(v1 + (v1 - v0) / 2.0, v2 + (v2 - v3) / 2.0) - std::max(v1, v2);
-    const double top = std::max(std::min(v1 - v0, v1 - v2), std::min(v2 - v1, v2 - v3)) / 4.0;
+    const double top = std::max(std::min(v1 - v0, v1 - v2), std::min(v2 - v1, v2 - v3)) / 2.0;
     return std::max({turn, top, 0.0});
 }
 

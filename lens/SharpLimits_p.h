@@ -3,7 +3,7 @@
 // A sharp kernel overshoots beside edges. A sample may lie beyond its four nearest pixels only where the values
 // themselves turn, since a wave may well peak there, in a row or a column:
 // - between two pixels, as far as the slopes on the outer sides of both lead when they are halved;
-// - beside a pixel that exceeds both of its neighbors, by a quarter of the lesser difference.
+// - beside a pixel that exceeds both of its neighbors, by half of the lesser difference.
 // Next to an edge one of these slopes is 0, and the sample stays between the pixels. What a row allows and what a
 // column allows add up. None of it depends on where between the pixels a sample is taken, so it is computed once per
 // pixel.
@@ -37,14 +37,6 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-template <typename Vector> VITRELUX_INLINE Vector Quarter(Vector value)
-{
-    if constexpr (kIsFloat<Vector>)
-        return value * 0.25F;
-    else
-        return value >> 2;
-}
-
 /// By how much samples between the middle two of four values in a line may exceed the greater one, and fall below the
 /// lesser one.
 template <typename Vector> struct Allowance {
@@ -60,7 +52,7 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
     const Vector down = least - Least(Greatest(left, right), least);
     const Vector top = Greatest(Least(before, zero - between), Least(between, zero - after));
     const Vector dip = Greatest(Least(zero - before, between), Least(zero - between, after));
-    return {Greatest(up, Quarter(top)), Greatest(down, Quarter(dip))};
+    return {Greatest(up, Half(top)), Greatest(down, Half(dip))};
 }
 
 template <typename Vector> struct Limits {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -131,7 +132,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
                        rows.width(),
                        rows.height(),
                        firstRow};
-    const Kinds &kinds = *kKinds[static_cast<int>(instructions)];
+    const Kinds &kinds = *kKinds[std::min(static_cast<size_t>(instructions), std::size(kKinds) - 1)];
     const bool alpha = m_source.hasAlpha, split = m_twin.SplitsColors();
     const Rows render = m_sampling == Sampling::Bilinear ? kinds.bilinear[alpha][split]
         : alpha || m_source.isFloat                      ? kinds.sharpFloats[alpha][split]

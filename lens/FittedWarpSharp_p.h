@@ -48,13 +48,13 @@ VITRELUX_INLINE std::int32_t InPhases(float relative)
     return whole;
 }
 
-/// Whether the place @p phase (times SharpKernel::kPadded) behind pixel @p whole is outside a side of @p length pixels.
-VITRELUX_INLINE bool IsOutside(std::int32_t whole, std::int32_t phase, int length)
+/// 1 if the place @p phase (times SharpKernel::kPadded) behind pixel @p whole is outside a side of @p length pixels.
+VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
 {
     constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
     constexpr auto kBorder = static_cast<std::int32_t>(CorrectionTwin::kBorderPixels * kPixel);
-    return (whole < -1) | ((whole == -1) & (phase < kPixel - kBorder)) | (whole >= length)
-        | ((whole == length - 1) & (phase > kBorder));
+    const int before = int(whole < -1) | (int(whole == -1) & int(phase < kPixel - kBorder));
+    return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
 }
 
 /// Within reach of the picture: what lies beyond has the same neighbors, or stays empty.
@@ -76,9 +76,9 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
         to->phaseY[i] = (y & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
     }
     for (int i = 0; kCareful && i < kBlockPixels; ++i) {
-        const bool empty =
+        const int outside =
             IsOutside(to->x[i], to->phaseX[i], band.width) | IsOutside(to->y[i], to->phaseY[i], band.height);
-        isEmpty[i] |= empty & band.mayBeEmpty;
+        isEmpty[i] = static_cast<unsigned char>(isEmpty[i] | (outside & int(band.mayBeEmpty)));
         to->x[i] = Reached(to->x[i], band.width);
         to->y[i] = Reached(to->y[i], band.height);
     }

@@ -76,7 +76,7 @@ FittedPlaces::FittedPlaces(const CorrectionTwin &twin, int cellSide)
 
 void FittedPlaces::Fill(CornerRow *corners, int row) const
 {
-    corners->values.resize(static_cast<size_t>(m_planes) * m_stride);
+    corners->values.resize(static_cast<size_t>(m_planes) * m_stride + kPadding);
     corners->rough.resize(m_stride);
     const double y = double(row) * m_side;
     const int needed = std::min(m_stride, (m_twin.Maps().width - 1) / m_side + 2);

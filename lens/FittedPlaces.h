@@ -16,6 +16,9 @@ public:
     /// The planes of values; those of red and blue only if these colors have separate places.
     enum Plane { kGain, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
+    /// Values that may be read, though they mean nothing, after those of a row.
+    static constexpr int kPadding = 8;
+
     /// @p twin must outlive the object.
     FittedPlaces(const CorrectionTwin &twin, int cellSide);
 

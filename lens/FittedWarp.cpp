@@ -5,12 +5,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
 // One struct per instruction set; code inlined into its function is compiled for that set.
 
 struct Baseline {
+    using Floats = float __attribute__((vector_size(16)));
+    using Shorts = std::int16_t __attribute__((vector_size(16)));
 #if VITRELUX_FITTED_VECTORS
     using Codes = CodesBySse2;
 #else
@@ -25,6 +28,8 @@ struct Baseline {
 #if VITRELUX_FITTED_VECTORS
 
 struct Avx2 {
+    using Floats = float __attribute__((vector_size(32)));
+    using Shorts = std::int16_t __attribute__((vector_size(32)));
     using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("avx2")]] static bool Rows(const FittedWarp::Band &band)
     {
@@ -33,6 +38,8 @@ struct Avx2 {
 };
 
 struct Avx512 {
+    using Floats = Avx2::Floats;
+    using Shorts = Avx2::Shorts;
     using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("arch=x86-64-v4")]] static bool Rows(const FittedWarp::Band &band)
     {
@@ -52,12 +59,13 @@ struct Kinds {
 
 template <typename Set>
 constexpr Kinds kKindsOf = {
-    {{Set::template Rows<Bilinear<false, false>>, Set::template Rows<Bilinear<false, true>>},
-     {Set::template Rows<Bilinear<true, false>>, Set::template Rows<Bilinear<true, true>>}},
-    {{Set::template Rows<Sharp<SharpFloats<false, false>>>, Set::template Rows<Sharp<SharpFloats<false, true>>>},
-     {Set::template Rows<Sharp<SharpFloats<true, false>>>, Set::template Rows<Sharp<SharpFloats<true, true>>>}},
-    {Set::template Rows<Sharp<SharpCodes<typename Set::Codes, false>>>,
-     Set::template Rows<Sharp<SharpCodes<typename Set::Codes, true>>>}};
+    {{Set::template Rows<Bilinear<Set, false, false>>, Set::template Rows<Bilinear<Set, false, true>>},
+     {Set::template Rows<Bilinear<Set, true, false>>, Set::template Rows<Bilinear<Set, true, true>>}},
+    {{Set::template Rows<Sharp<SharpFloats<Set, false, false>>>,
+      Set::template Rows<Sharp<SharpFloats<Set, false, true>>>},
+     {Set::template Rows<Sharp<SharpFloats<Set, true, false>>>,
+      Set::template Rows<Sharp<SharpFloats<Set, true, true>>>}},
+    {Set::template Rows<Sharp<SharpCodes<Set, false>>>, Set::template Rows<Sharp<SharpCodes<Set, true>>>}};
 
 #if VITRELUX_FITTED_VECTORS
 constexpr const Kinds *kKinds[] = {&kKindsOf<Baseline>, &kKindsOf<Avx2>, &kKindsOf<Avx512>};
@@ -124,7 +132,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
                        rows.width(),
                        rows.height(),
                        firstRow};
-    const Kinds &kinds = *kKinds[static_cast<int>(instructions)];
+    const Kinds &kinds = *kKinds[std::min(static_cast<size_t>(instructions), std::size(kKinds) - 1)];
     const bool alpha = m_source.hasAlpha, split = m_twin.SplitsColors();
     const Rows render = m_sampling == Sampling::Bilinear ? kinds.bilinear[alpha][split]
         : alpha || m_source.isFloat                      ? kinds.sharpFloats[alpha][split]

@@ -232,7 +232,7 @@ VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 }
 
 /// Bilinear samples of a block, with alpha.
-template <bool kAlpha, bool kSplit> struct Bilinear {
+template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
     struct Scratch { };
 
     /// False if a row isn't in memory.
@@ -260,7 +260,7 @@ template <bool kAlpha, bool kSplit> struct Bilinear {
         for (int row = firstRow; row < firstRow + rows; ++row) {
             for (int x = 0; x < band.columns; x += kBlockPixels) {
                 const Block block = BlockAt(band, x, row);
-                FindPlaces(band, block, &places);
+                FindPlaces<typename Set::Floats>(band, block, &places);
                 if (!Sample(band, block, places, samples))
                     return false;
                 StoreLit(band, block, samples, places.gain);

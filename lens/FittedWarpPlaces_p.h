@@ -58,21 +58,39 @@ struct BlockPlaces {
     alignas(64) float gain[kBlockPixels];
 };
 
-/// Between the upper and lower corners of cells, @p share of the way down.
-template <int kSide> VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
+template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
 {
-    constexpr int kCells = kBlockPixels / kSide;
-    float corner[kCells + 1];
-    for (int i = 0; i <= kCells; ++i)
-        corner[i] = above[i] + (below[i] - above[i]) * share;
+    Vector value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+/// Between the upper and lower corners of cells, @p share of the way down. Whole vectors of corners are read.
+template <typename Floats, int kSide>
+VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
+{
+    constexpr int kCells = kBlockPixels / kSide, kLanes = sizeof(Floats) / sizeof(float);
+    float corner[kCells + FittedPlaces::kPadding];
+    for (int i = 0; i <= kCells; i += kLanes) {
+        const Floats from = LoadVector<Floats>(above + i), to = LoadVector<Floats>(below + i);
+        const Floats mixed = from + (to - from) * share;
+        std::memcpy(corner + i, &mixed, sizeof mixed);
+    }
+    float steps[kBlockPixels];
+    for (int j = 0; j < kSide; ++j)
+        steps[j] = static_cast<float>(j);
     for (int i = 0; i < kCells; ++i) {
         const float left = corner[i], slope = (corner[i + 1] - left) * (1.0F / kSide);
-        for (int j = 0; j < kSide; ++j)
-            out[i * kSide + j] = left + slope * static_cast<float>(j);
+        for (int j = 0; kSide % kLanes == 0 && j < kSide; j += kLanes) {
+            const Floats values = left + slope * LoadVector<Floats>(steps + j);
+            std::memcpy(out + i * kSide + j, &values, sizeof values);
+        }
+        for (int j = 0; kSide % kLanes != 0 && j < kSide; ++j)
+            out[i * kSide + j] = left + slope * steps[j];
     }
 }
 
-template <int kSide>
+template <typename Floats, int kSide>
 VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     float *const planes[FittedPlaces::kPlanes] = {places->gain,       places->of[kGreen].x, places->of[kGreen].y,
@@ -80,8 +98,8 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
                                                   places->of[kBlue].y};
     const float share = static_cast<float>(block.y % kSide) * (1.0F / kSide);
     for (int plane = 0; plane < cells.Planes(); ++plane)
-        Interpolate<kSide>(cells.Corners(plane, block.y) + block.x / kSide,
-                           cells.Corners(plane, block.y + kSide) + block.x / kSide, share, planes[plane]);
+        Interpolate<Floats, kSide>(cells.Corners(plane, block.y) + block.x / kSide,
+                                   cells.Corners(plane, block.y + kSide) + block.x / kSide, share, planes[plane]);
 }
 
 /// Pixel by pixel from the twin; not numbers where a map is folded.
@@ -99,6 +117,8 @@ inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPla
     }
 }
 
+/// @p Floats: a vector of those that the instructions take at once.
+template <typename Floats>
 VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block, BlockPlaces *places)
 {
     const FittedPlaces &cells = band.places;
@@ -107,13 +127,13 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
         return FindExactly(band.twin, block, places);
     switch (side) {
     case 8:
-        return FindSmoothly<8>(cells, block, places);
+        return FindSmoothly<Floats, 8>(cells, block, places);
     case 4:
-        return FindSmoothly<4>(cells, block, places);
+        return FindSmoothly<Floats, 4>(cells, block, places);
     case 2:
-        return FindSmoothly<2>(cells, block, places);
+        return FindSmoothly<Floats, 2>(cells, block, places);
     default:
-        return FindSmoothly<1>(cells, block, places);
+        return FindSmoothly<Floats, 1>(cells, block, places);
     }
 }
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kUnitColumns = 2 * kBlockPixels;
+constexpr int kUnitColumns = 4 * kBlockPixels;
 
 /// The place of channel 0 to 2, red to blue, where colors have places of their own.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
@@ -18,13 +18,13 @@ constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
 /// A block's places as pixels and phases.
 struct SharpPlaces {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later offsets
-    alignas(64) std::int16_t phaseX[kBlockPixels], phaseY[kBlockPixels];
+    alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
 struct SharpBlock {
     SharpPlaces of[kColors];
     alignas(64) float gain[kBlockPixels];
-    bool isEmpty[kBlockPixels];
+    unsigned char isEmpty[kBlockPixels];
     bool anyEmpty;
 };
 
@@ -36,38 +36,69 @@ template <typename Plane, typename Value> struct SharpScratch {
     const SharpKernel &kernel = SharpKernel::Get();
 };
 
-/// Splits a place into a pixel, kept within reach of the picture, and a phase.
-VITRELUX_INLINE void Split(std::int32_t whole, float rest, int side, std::int32_t *pixel, std::int16_t *phase)
+/// A relative position in phases, rounded; one near the end of what fits for what is farther or not a number.
+VITRELUX_INLINE std::int32_t InPhases(float relative)
 {
-    const int rounded = static_cast<int>(rest * SharpKernel::kPhases + 0.5F);
-    whole += rounded >> SharpKernel::kPhaseBits; // rounded up to the next
-    whole = whole > -2 ? whole : -2;
-    *pixel = whole < side ? whole : side;
-    *phase = static_cast<std::int16_t>(rounded & (SharpKernel::kPhases - 1));
+    constexpr float kFar = 1073741824.0F;
+    float value = relative * SharpKernel::kPhases + 0.5F;
+    value = value > -kFar ? value : -kFar;
+    value = value < kFar ? value : kFar;
+    auto whole = static_cast<std::int32_t>(value);
+    whole -= static_cast<float>(whole) > value;
+    return whole;
 }
 
-/// Finds a block's places and which of its pixels stay empty.
-template <bool kSplit>
-VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, SharpBlock *found)
+/// 1 if the place @p phase (times SharpKernel::kPadded) behind pixel @p whole is outside a side of @p length pixels.
+VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
+{
+    constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
+    constexpr auto kBorder = static_cast<std::int32_t>(CorrectionTwin::kBorderPixels * kPixel);
+    const int before = int(whole < -1) | (int(whole == -1) & int(phase < kPixel - kBorder));
+    return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
+}
+
+/// Within reach of the picture: what lies beyond has the same neighbors, or stays empty.
+VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
+{
+    whole = whole > -2 ? whole : -2;
+    return whole < length ? whole : length;
+}
+
+template <bool kCareful>
+VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, const Places &places, SharpPlaces *to,
+                           unsigned char *isEmpty)
+{
+    for (int i = 0; i < kBlockPixels; ++i) {
+        const std::int32_t x = InPhases(places.x[i]), y = InPhases(places.y[i]);
+        to->x[i] = (x >> SharpKernel::kPhaseBits) + block.x + i;
+        to->y[i] = (y >> SharpKernel::kPhaseBits) + block.y;
+        to->phaseX[i] = (x & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
+        to->phaseY[i] = (y & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
+    }
+    for (int i = 0; kCareful && i < kBlockPixels; ++i) {
+        const int outside =
+            IsOutside(to->x[i], to->phaseX[i], band.width) | IsOutside(to->y[i], to->phaseY[i], band.height);
+        isEmpty[i] = static_cast<unsigned char>(isEmpty[i] | (outside & int(band.mayBeEmpty)));
+        to->x[i] = Reached(to->x[i], band.width);
+        to->y[i] = Reached(to->y[i], band.height);
+    }
+}
+
+/// Finds a block's places, and which of its pixels stay empty. Careful: some may be outside the picture.
+template <typename Kind>
+VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
     BlockPlaces places;
-    FindPlaces(band, block, &places);
-    std::copy(places.gain, places.gain + kBlockPixels, found->gain);
-    std::fill(found->isEmpty, found->isEmpty + kBlockPixels, false);
-    for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color) {
-        Neighbors at;
-        FindNeighbors(block, places.of[color], &at);
-        SharpPlaces *const to = &found->of[color];
-        for (int i = 0; i < kBlockPixels; ++i) {
-            Split(at.x[i], at.fx[i], band.width, &to->x[i], &to->phaseX[i]);
-            Split(at.y[i], at.fy[i], band.height, &to->y[i], &to->phaseY[i]);
-        }
-        if (band.mayBeEmpty)
-            for (int i = 0; i < block.count; ++i)
-                found->isEmpty[i] |= IsEmpty(band, at, i);
+    FindPlaces<typename Kind::Floats>(band, block, &places);
+    std::memcpy(found->gain, places.gain, sizeof found->gain);
+    std::memset(found->isEmpty, 0, sizeof found->isEmpty);
+    for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
+        if (careful)
+            Split<true>(band, block, places.of[color], &found->of[color], found->isEmpty);
+        else
+            Split<false>(band, block, places.of[color], &found->of[color], found->isEmpty);
     }
-    found->anyEmpty = band.mayBeEmpty
-        && std::find(found->isEmpty, found->isEmpty + block.count, true) != found->isEmpty + block.count;
+    found->anyEmpty = careful && std::memchr(found->isEmpty, 1, static_cast<size_t>(block.count));
 }
 
 /// Widens @p bounds to a position.
@@ -83,12 +114,12 @@ VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 }
 
 /// Widens @p bounds to the places of a block's pixels that are not empty.
-template <bool kSplit>
+template <typename Kind>
 VITRELUX_INLINE void IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
 {
-    FindSharpBlock<kSplit>(band, block, found);
+    FindSharpBlock<Kind>(band, block, /*careful=*/true, found);
     for (int i = 0; i < block.count; ++i)
-        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1) && !found->isEmpty[i]; ++color)
+        for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1) && !found->isEmpty[i]; ++color)
             Include(static_cast<float>(found->of[color].x[i]), static_cast<float>(found->of[color].y[i]), bounds);
 }
 
@@ -123,22 +154,21 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
     return false;
 }
 
-/// Where the places of a unit's pixels lie, within reach of the picture; nothing if all are empty.
-template <bool kSplit>
+/// Where the places of a unit's pixels lie; nothing if all are empty.
+template <typename Kind>
 VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch)
 {
     constexpr int kNone = std::numeric_limits<int>::max();
     Bounds bounds = {kNone, kNone, -kNone, -kNone};
     if (!IsRough(band, unit))
-        IncludeCorners<kSplit>(band, unit, &bounds);
+        IncludeCorners<Kind::kSplits>(band, unit, &bounds);
     else
         for (int row = unit.row; row < unit.row + unit.rows; ++row)
             for (int x = unit.x; x < unit.x + unit.columns; x += kBlockPixels)
-                IncludeAll<kSplit>(band, BlockAt(band, x, row), scratch, &bounds);
+                IncludeAll<Kind>(band, BlockAt(band, x, row), scratch, &bounds);
     if (bounds.left == kNone)
         return std::nullopt;
-    return Bounds{std::clamp(bounds.left, -2, band.width), std::clamp(bounds.top, -2, band.height),
-                  std::clamp(bounds.right, -2, band.width), std::clamp(bounds.bottom, -2, band.height)};
+    return bounds;
 }
 
 /// Colors of a sum divided by its alphas, which become the greens'.
@@ -152,24 +182,25 @@ VITRELUX_INLINE Float4 Unpremultiplied(Float4 sums, Float4 alphas)
 }
 
 /// Integer pictures without alpha.
-template <typename Codes, bool kSplit> struct SharpCodes {
+template <typename Set, bool kSplit> struct SharpCodes {
+    using Floats = typename Set::Floats;
     using Scratch = SharpScratch<CodePlane, std::int16_t>;
     static constexpr bool kSplits = kSplit;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
     {
-        return FillBox<typename Codes::Shorts>(band, shape, scratch->planes, &scratch->allowances);
+        return FillBox<typename Set::Shorts>(band, shape, scratch->planes, &scratch->allowances);
     }
     VITRELUX_INLINE static void Sample(const SharpRun &run, const Scratch &scratch, Float4 *samples)
     {
-        Codes::template Sample<kSplit ? 3 : 1>(run, scratch.planes, scratch.kernel, samples);
+        Set::Codes::template Sample<kSplit ? 3 : 1>(run, CodePlanes(scratch.planes), scratch.kernel, samples);
     }
 };
 
 /// Float pictures, and all with alpha.
-template <bool kAlpha, bool kSplit> struct SharpFloats {
+template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     using Scratch = SharpScratch<FloatPlane, float>;
-    using Floats = float __attribute__((vector_size(32)));
+    using Floats = typename Set::Floats;
     static constexpr bool kSplits = kSplit;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
@@ -228,21 +259,24 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
 template <typename Kind>
 VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, typename Kind::Scratch *scratch)
 {
-    const std::optional<Bounds> bounds = BoundsOf<Kind::kSplits>(band, unit, &scratch->block);
-    if (!bounds) {
+    const std::optional<Bounds> found = BoundsOf<Kind>(band, unit, &scratch->block);
+    if (!found) {
         for (int row = unit.row; row < unit.row + unit.rows; ++row)
             std::memset(BlockAt(band, unit.x, row).target, 0, static_cast<size_t>(unit.columns) * kPixelBytes);
         return true;
     }
     constexpr int kBefore = SharpKernel::kBefore, kAfter = SharpKernel::kTaps - kBefore - 1;
-    const BoxShape shape(
-        {bounds->left - kBefore, bounds->top - kBefore, bounds->right + kAfter, bounds->bottom + kAfter});
+    const Bounds bounds = {Reached(found->left, band.width), Reached(found->top, band.height),
+                           Reached(found->right, band.width), Reached(found->bottom, band.height)};
+    const bool careful =
+        found->left < 0 || found->top < 0 || found->right >= band.width - 1 || found->bottom >= band.height - 1;
+    const BoxShape shape({bounds.left - kBefore, bounds.top - kBefore, bounds.right + kAfter, bounds.bottom + kAfter});
     if (!Kind::Fill(band, shape, scratch))
         return false;
     for (int row = unit.row; row < unit.row + unit.rows; ++row) {
         for (int x = unit.x; x < unit.x + unit.columns; x += kBlockPixels) {
             const Block block = BlockAt(band, x, row);
-            FindSharpBlock<Kind::kSplits>(band, block, &scratch->block);
+            FindSharpBlock<Kind>(band, block, careful, &scratch->block);
             RenderSharpBlock<Kind>(band, block, shape, scratch);
         }
     }

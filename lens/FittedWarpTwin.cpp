@@ -32,7 +32,7 @@ double Bilinear(const Function &at, SourcePlaces::Point place)
 double Rise(double v0, double v1, double v2, double v3)
 {
     const double turn = std::min(v1 + (v1 - v0) / 2.0, v2 + (v2 - v3) / 2.0) - std::max(v1, v2);
-    const double top = std::max(std::min(v1 - v0, v1 - v2), std::min(v2 - v1, v2 - v3)) / 4.0;
+    const double top = std::max(std::min(v1 - v0, v1 - v2), std::min(v2 - v1, v2 - v3)) / 2.0;
     return std::max({turn, top, 0.0});
 }
 
@@ -49,8 +49,10 @@ double Sharp(const Function &at, SourcePlaces::Point place)
 {
     constexpr double kPhases = SharpKernel::kPhases;
     const Side x(std::floor(place.x * kPhases + 0.5) / kPhases), y(std::floor(place.y * kPhases + 0.5) / kPhases);
-    const std::int16_t *const wx = SharpKernel::Get().Weights(static_cast<int>(x.rest * kPhases));
-    const std::int16_t *const wy = SharpKernel::Get().Weights(static_cast<int>(y.rest * kPhases));
+    const std::int16_t *const wx =
+        SharpKernel::Get().Weights() + static_cast<int>(x.rest * kPhases) * SharpKernel::kPadded;
+    const std::int16_t *const wy =
+        SharpKernel::Get().Weights() + static_cast<int>(y.rest * kPhases) * SharpKernel::kPadded;
     double sum = 0.0;
     for (int j = 0; j < SharpKernel::kTaps; ++j)
         for (int i = 0; i < SharpKernel::kTaps; ++i)

@@ -41,14 +41,15 @@ struct BoxShape {
 /// Stored values of 16 bits, less 32768. Sampling reads them in pairs of a value and the one below, since processors
 /// multiply and add such pairs at once. Limits are pairs too, the lowest value in the lower half.
 struct CodePlane {
-    std::vector<std::int16_t> values;
-    std::vector<std::int32_t> pairs, limits;
+    std::vector<std::int16_t> values, halves; // rounded down
+    std::vector<std::int32_t> pairs, limits;  // limits of halves
 
     void Grow(size_t samples)
     {
         if (values.size() >= samples)
             return;
         values.resize(samples);
+        halves.resize(samples);
         pairs.resize(samples);
         limits.resize(samples);
     }
@@ -85,12 +86,19 @@ template <typename Value> VITRELUX_INLINE void RepeatEdges(Value *row, const Ins
 }
 
 /// Row @p y of the source at column @p x, or the nearest row that the picture has; null if it isn't in memory.
-inline const float *SourceRow(const FittedWarp::Band &band, int x, int y)
+inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y)
 {
     const int row = std::clamp(y, 0, band.height - 1);
     if (row < band.heldFirst || row >= band.heldEnd)
         return nullptr;
-    return reinterpret_cast<const float *>(band.source + row * band.sourceStride + std::int64_t(x) * kPixelBytes);
+    return band.source + row * band.sourceStride + std::int64_t(x) * kPixelBytes;
+}
+
+VITRELUX_INLINE float LoadChannel(const unsigned char *pixel, int channel)
+{
+    float value;
+    std::memcpy(&value, pixel + channel * int(sizeof value), sizeof value); // any address
+    return value;
 }
 
 VITRELUX_INLINE std::int16_t CodeOf(float value)
@@ -111,11 +119,12 @@ VITRELUX_INLINE std::int32_t PairOf(std::int16_t low, std::int16_t high)
 #if VITRELUX_FITTED_VECTORS
 
 /// Codes of two pixels, eight with alpha's.
-VITRELUX_INLINE __m128i CodesOfTwo(const float *pixels)
+VITRELUX_INLINE __m128i CodesOfTwo(const unsigned char *pixels)
 {
     const __m128 scale = _mm_set1_ps(65535.0F), lowest = _mm_set1_ps(-32768.0F);
-    const __m128 first = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(pixels), scale), lowest);
-    const __m128 second = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(pixels + 4), scale), lowest);
+    const __m128 first = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels)), scale), lowest);
+    const __m128 second =
+        _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels + kPixelBytes)), scale), lowest);
     return _mm_packs_epi32(_mm_cvtps_epi32(first), _mm_cvtps_epi32(second)); // limits to 16 bits
 }
 
@@ -125,11 +134,12 @@ VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
 }
 
 /// Codes of eight pixels, by color.
-VITRELUX_INLINE void SplitEight(const float *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
+VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
 {
     __m128i redGreen[2], blueAlpha[2]; // of four pixels each
     for (int half = 0; half < 2; ++half) {
-        const __m128i first = CodesOfTwo(pixels + 16 * half), second = CodesOfTwo(pixels + 16 * half + 8);
+        const __m128i first = CodesOfTwo(pixels + 4 * half * kPixelBytes),
+                      second = CodesOfTwo(pixels + (4 * half + 2) * kPixelBytes);
         const __m128i even = _mm_unpacklo_epi16(first, second), odd = _mm_unpackhi_epi16(first, second);
         redGreen[half] = _mm_unpacklo_epi16(even, odd);
         blueAlpha[half] = _mm_unpackhi_epi16(even, odd);
@@ -149,12 +159,12 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #else
 
-VITRELUX_INLINE void SplitEight(const float *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
+VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
 {
     for (int i = 0; i < 8; ++i) {
-        red[i] = CodeOf(pixels[4 * i]);
-        green[i] = CodeOf(pixels[4 * i + 1]);
-        blue[i] = CodeOf(pixels[4 * i + 2]);
+        red[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 0));
+        green[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 1));
+        blue[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 2));
     }
 }
 
@@ -166,17 +176,22 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Codes of @p count pixels, by color.
-VITRELUX_INLINE void SplitRow(const float *pixels, int count, std::int16_t *red, std::int16_t *green,
-                              std::int16_t *blue)
+/// Codes of @p count pixels, by color. Rows of @p stride bytes follow, of which processors know nothing.
+VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
+                              std::int16_t *green, std::int16_t *blue)
 {
+    constexpr int kLineBytes = 64, kRowsAhead = 3;
     int i = 0;
-    for (; i + 8 <= count; i += 8)
-        SplitEight(pixels + 4 * i, red + i, green + i, blue + i);
+    for (; i + 8 <= count; i += 8) {
+        const unsigned char *ahead = pixels + i * kPixelBytes + kRowsAhead * stride;
+        __builtin_prefetch(ahead);
+        __builtin_prefetch(ahead + kLineBytes);
+        SplitEight(pixels + i * kPixelBytes, red + i, green + i, blue + i);
+    }
     for (; i < count; ++i) {
-        red[i] = CodeOf(pixels[4 * i]);
-        green[i] = CodeOf(pixels[4 * i + 1]);
-        blue[i] = CodeOf(pixels[4 * i + 2]);
+        red[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 0));
+        green[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 1));
+        blue[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 2));
     }
 }
 
@@ -199,14 +214,16 @@ template <typename Shorts> struct StorePairs {
 template <typename Shorts>
 VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t> *rows)
 {
-    rows->Start<Shorts>(plane->values.data() + shape.Row(1), shape.stride, shape.width);
+    for (size_t i = 0; i < shape.Samples(); ++i)
+        plane->halves[i] = static_cast<std::int16_t>(plane->values[i] >> 1);
+    rows->Start<Shorts>(plane->halves.data() + shape.Row(1), shape.stride, shape.width);
     for (int y = 0; y + 1 < shape.height; ++y) {
         const std::int16_t *above = plane->values.data() + shape.Row(y);
         std::int32_t *pairs = plane->pairs.data() + shape.Row(y);
         for (int x = 0; x < shape.stride; x += 8)
             PairEight(above + x, above + shape.stride + x, pairs + x);
         if (y > 0 && y + 2 < shape.height)
-            rows->Advance<Shorts>(above, shape.stride, shape.width,
+            rows->Advance<Shorts>(plane->halves.data() + shape.Row(y), shape.stride, shape.width,
                                   StorePairs<Shorts>{plane->limits.data() + shape.Row(y)});
     }
 }
@@ -234,12 +251,12 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
         planes[color].Grow(shape.Samples());
     const Inside inside(shape, band.width);
     for (int y = 0; y < shape.height; ++y) {
-        const float *source = SourceRow(band, shape.bounds.left + inside.first, shape.bounds.top + y);
+        const unsigned char *source = SourceRow(band, shape.bounds.left + inside.first, shape.bounds.top + y);
         if (!source)
             return false;
         std::int16_t *const rows[] = {planes[0].values.data() + shape.Row(y), planes[1].values.data() + shape.Row(y),
                                       planes[2].values.data() + shape.Row(y)};
-        SplitRow(source, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
+        SplitRow(source, band.sourceStride, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
                  rows[2] + inside.first);
         for (std::int16_t *row : rows)
             RepeatEdges(row, inside, shape.width);
@@ -259,14 +276,15 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
         planes[i].Grow(shape.Samples());
     const Inside inside(shape, band.width);
     for (int y = 0; y < shape.height; ++y) {
-        const float *source = SourceRow(band, shape.bounds.left + inside.first, shape.bounds.top + y);
+        const unsigned char *source = SourceRow(band, shape.bounds.left + inside.first, shape.bounds.top + y);
         if (!source)
             return false;
         for (int channel = 0; channel < kPlanes; ++channel) {
             float *row = planes[channel].values.data() + shape.Row(y);
             for (int i = inside.first; i < inside.end; ++i) {
-                const float *pixel = source + 4 * (i - inside.first);
-                row[i] = kAlpha && channel < 3 ? pixel[channel] * pixel[3] : pixel[channel];
+                const unsigned char *pixel = source + (i - inside.first) * kPixelBytes;
+                const float value = LoadChannel(pixel, channel);
+                row[i] = kAlpha && channel < 3 ? value * LoadChannel(pixel, 3) : value;
             }
             RepeatEdges(row, inside, shape.width);
         }

@@ -109,8 +109,8 @@ SharpKernel::SharpKernel() : m_shares(), m_weights()
     for (int phase = 0; phase < kPhases; ++phase) {
         const IntegerWeights weights = Rounded(LeastSquares(double(phase) / kPhases), phase * (kOne / kPhases));
         for (int i = 0; i < kTaps; ++i) {
-            m_weights[phase][i] = static_cast<std::int16_t>(weights[i]);
-            m_shares[phase][i] = static_cast<float>(weights[i]) / kOne;
+            m_weights[phase * kPadded + i] = static_cast<std::int16_t>(weights[i]);
+            m_shares[phase * kPadded + i] = static_cast<float>(weights[i]) / kOne;
         }
     }
 }

@@ -13,6 +13,7 @@
 class SharpKernel {
 public:
     static constexpr int kTaps = 6;
+    static constexpr int kPadded = 8; ///< with zeros
     static constexpr int kBefore = 2; ///< taps before the pixel at or before the place
     static constexpr int kPhaseBits = 10;
     static constexpr int kPhases = 1 << kPhaseBits;
@@ -21,15 +22,14 @@ public:
     /// Made at first use. Any thread.
     static const SharpKernel &Get();
 
-    /// @p phase is from 0 to kPhases - 1.
-    const std::int16_t *Weights(int phase) const { return m_weights[static_cast<std::size_t>(phase)].data(); }
-    /// The same over kOne, followed by two zeros.
-    const float *Shares(int phase) const { return m_shares[static_cast<std::size_t>(phase)].data(); }
+    /// Those of phase 0, followed by two zeros; those of phase p, from 0 to kPhases - 1, begin p * kPadded behind.
+    const std::int16_t *Weights() const { return m_weights.data(); }
+    /// The same over kOne.
+    const float *Shares() const { return m_shares.data(); }
 
 private:
     SharpKernel();
 
-    static constexpr int kPadded = 8;
-    alignas(64) std::array<std::array<float, kPadded>, kPhases> m_shares;
-    alignas(64) std::array<std::array<std::int16_t, kPadded>, kPhases> m_weights; // two zeros at the end too
+    alignas(64) std::array<float, kPhases * kPadded> m_shares;
+    alignas(64) std::array<std::int16_t, kPhases * kPadded> m_weights;
 };

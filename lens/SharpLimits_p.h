@@ -3,7 +3,7 @@
 // A sharp kernel overshoots beside edges. A sample may lie beyond its four nearest pixels only where the values
 // themselves turn, since a wave may well peak there, in a row or a column:
 // - between two pixels, as far as the slopes on the outer sides of both lead when they are halved;
-// - beside a pixel that exceeds both of its neighbors, by a quarter of the lesser difference.
+// - beside a pixel that exceeds both of its neighbors, by half of the lesser difference.
 // Next to an edge one of these slopes is 0, and the sample stays between the pixels. What a row allows and what a
 // column allows add up. None of it depends on where between the pixels a sample is taken, so it is computed once per
 // pixel.
@@ -37,13 +37,6 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
-{
-    Vector value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
 /// By how much samples between the middle two of four values in a line may exceed the greater one, and fall below the
 /// lesser one.
 template <typename Vector> struct Allowance {
@@ -59,21 +52,15 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
     const Vector down = least - Least(Greatest(left, right), least);
     const Vector top = Greatest(Least(before, zero - between), Least(between, zero - after));
     const Vector dip = Greatest(Least(zero - before, between), Least(zero - between, after));
-    return {Greatest(up, Half(Half(top))), Greatest(down, Half(Half(dip)))};
+    return {Greatest(up, Half(top)), Greatest(down, Half(dip))};
 }
 
 template <typename Vector> struct Limits {
     Vector lowest, highest;
 };
 
-/// Values of one form: floats as they are; 16-bit ones signed and halved, rounded down, so that differences fit.
-template <typename Vector, typename Value> VITRELUX_INLINE Vector LoadHalved(const Value *values)
-{
-    const Vector loaded = LoadVector<Vector>(values);
-    return kIsFloat<Vector> ? loaded : Half(loaded);
-}
-
 /// Limits of samples in a box, row by row. What a line of four values allows serves two cells; it is kept meanwhile.
+/// Values of 16 bits are halves of signed ones, so that differences fit; so are their limits then.
 template <typename Value> class AllowanceRows {
 public:
     /// Begins with the row at @p row, of a box of @p width columns.
@@ -97,14 +84,14 @@ public:
         FindAlongRow<Vector>(row + stride, width);
         for (int x = 1; x < width - 1; x += kLanes) {
             const Value *at = row + x;
-            Keep(AllowanceOf<Vector>(LoadHalved<Vector>(at - stride), LoadHalved<Vector>(at),
-                                     LoadHalved<Vector>(at + stride), LoadHalved<Vector>(at + 2 * stride)),
+            Keep(AllowanceOf<Vector>(LoadVector<Vector>(at - stride), LoadVector<Vector>(at),
+                                     LoadVector<Vector>(at + stride), LoadVector<Vector>(at + 2 * stride)),
                  x, &m_up, &m_down);
         }
         for (int x = 1; x < width - 2; x += kLanes) {
             const Value *at = row + x;
-            const Vector a = LoadHalved<Vector>(at), b = LoadHalved<Vector>(at + 1),
-                         c = LoadHalved<Vector>(at + stride), d = LoadHalved<Vector>(at + stride + 1);
+            const Vector a = LoadVector<Vector>(at), b = LoadVector<Vector>(at + 1),
+                         c = LoadVector<Vector>(at + stride), d = LoadVector<Vector>(at + stride + 1);
             const Vector least = Least(Least(a, b), Least(c, d)), greatest = Greatest(Greatest(a, b), Greatest(c, d));
             Vector up = Greatest(Kept<Vector>(m_aboveUp, x), Kept<Vector>(m_belowUp, x))
                 + Greatest(Kept<Vector>(m_up, x), Kept<Vector>(m_up, x + 1)); // at most 2^15 - 2 if halved
@@ -138,8 +125,8 @@ private:
         constexpr int kLanes = sizeof(Vector) / sizeof(Value);
         for (int x = 1; x < width - 2; x += kLanes) {
             const Value *at = row + x;
-            Keep(AllowanceOf<Vector>(LoadHalved<Vector>(at - 1), LoadHalved<Vector>(at), LoadHalved<Vector>(at + 1),
-                                     LoadHalved<Vector>(at + 2)),
+            Keep(AllowanceOf<Vector>(LoadVector<Vector>(at - 1), LoadVector<Vector>(at), LoadVector<Vector>(at + 1),
+                                     LoadVector<Vector>(at + 2)),
                  x, &m_belowUp, &m_belowDown);
         }
     }

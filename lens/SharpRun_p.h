@@ -9,11 +9,22 @@ namespace {
 /// Where the samples of a run lie in the planes. Of one channel, or of three with places of their own.
 struct SharpRun {
     int count, stride;
-    const std::int32_t *offset[3]; // of the first of 6 x 6 values
-    const std::int16_t *phaseX[3], *phaseY[3];
+    const std::int32_t *offset[3];             // of the first of 6 x 6 values
+    const std::int32_t *phaseX[3], *phaseY[3]; // times SharpKernel::kPadded
 
     /// From there to the first of the middle four, for which limits stand.
     int ToMiddle() const { return SharpKernel::kBefore * (stride + 1); }
+};
+
+/// The planes of red, green and blue. A value like the run, so that compilers see that no sample is stored into it.
+struct CodePlanes {
+    explicit CodePlanes(const CodePlane (&planes)[4])
+        : pairs{planes[0].pairs.data(), planes[1].pairs.data(), planes[2].pairs.data()},
+          limits{planes[0].limits.data(), planes[1].limits.data(), planes[2].limits.data()}
+    {
+    }
+
+    const std::int32_t *pairs[3], *limits[3];
 };
 
 // All versions add in this order, and come to the same bits: pairs of rows from above, as integers; then of the
@@ -21,6 +32,8 @@ struct SharpRun {
 
 constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // of sums of rows: columns have shares
 constexpr float kValueOfCode = 1.0F / 65535.0F;
+constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // a fourth channel is opaque: four lanes sum up to it
+constexpr int kAnyCode = 0x3fffc000;                            // a pair of limits
 
 #if VITRELUX_FITTED_VECTORS
 
@@ -32,23 +45,20 @@ VITRELUX_INLINE __m128 SumsOf(__m128 a, __m128 b, __m128 c, __m128 d)
     return _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab));
 }
 
-/// Sums of three channels as values, within their limits, and a fourth of 1.
+/// Sums of channels as values within their limits.
 VITRELUX_INLINE __m128 ValuesOf(__m128 sums, __m128i limits)
 {
     const __m128 lowest = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(limits, 16), 15));
     const __m128 highest = _mm_cvtepi32_ps(_mm_or_si128(_mm_srai_epi32(limits, 15), _mm_set1_epi32(1)));
     const __m128 code = _mm_mul_ps(sums, _mm_set1_ps(kCodeScale));
     const __m128 limited = _mm_min_ps(_mm_max_ps(code, lowest), highest);
-    const __m128 value = _mm_mul_ps(_mm_add_ps(limited, _mm_set1_ps(32768.0F)), _mm_set1_ps(kValueOfCode));
-    const __m128 colors = _mm_and_ps(value, _mm_castsi128_ps(_mm_setr_epi32(-1, -1, -1, 0)));
-    return _mm_or_ps(colors, _mm_setr_ps(0.0F, 0.0F, 0.0F, 1.0F));
+    return _mm_mul_ps(_mm_add_ps(limited, _mm_set1_ps(32768.0F)), _mm_set1_ps(kValueOfCode));
 }
 
-VITRELUX_INLINE __m128i LimitsOf(const SharpRun &run, const CodePlane (&planes)[4], const std::int32_t *offset)
+VITRELUX_INLINE __m128i LimitsOf(const CodePlanes &planes, int middle, const std::int32_t *offset)
 {
-    const int middle = run.ToMiddle();
-    return _mm_setr_epi32(planes[0].limits[offset[0] + middle], planes[1].limits[offset[1] + middle],
-                          planes[2].limits[offset[2] + middle], 0);
+    return _mm_setr_epi32(planes.limits[0][offset[0] + middle], planes.limits[1][offset[1] + middle],
+                          planes.limits[2][offset[2] + middle], kAnyCode);
 }
 
 VITRELUX_INLINE int PairAt(const std::int16_t *weights, int pair)
@@ -59,8 +69,6 @@ VITRELUX_INLINE int PairAt(const std::int16_t *weights, int pair)
 }
 
 struct CodesBySse2 {
-    using Shorts = std::int16_t __attribute__((vector_size(16)));
-
     VITRELUX_INLINE static __m128i RowsOf(const std::int32_t *pairs, int stride, const std::int16_t *weights)
     {
         const auto load = [&](int row) VITRELUX_INLINED {
@@ -81,28 +89,27 @@ struct CodesBySse2 {
     }
 
     template <int kChannels>
-    static void Sample(const SharpRun &run, const CodePlane (&planes)[4], const SharpKernel &kernel, Float4 *samples)
+    static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel, Float4 *samples)
     {
+        const int middle = run.ToMiddle();
         for (int i = 0; i < run.count; ++i) {
             __m128 products[3];
             std::int32_t offset[3];
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
                 offset[channel] = run.offset[at][i];
-                products[channel] = Products(planes[channel].pairs.data() + offset[channel], run.stride,
-                                             kernel.Weights(run.phaseY[at][i]), kernel.Shares(run.phaseX[at][i]));
+                products[channel] = Products(planes.pairs[channel] + offset[channel], run.stride,
+                                             kernel.Weights() + run.phaseY[at][i], kernel.Shares() + run.phaseX[at][i]);
             }
-            const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_setzero_ps());
-            const __m128 value = ValuesOf(sums, LimitsOf(run, planes, offset));
+            const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_set1_ps(kQuarterOfWhite));
+            const __m128 value = ValuesOf(sums, LimitsOf(planes, middle, offset));
             std::memcpy(&samples[i], &value, sizeof value);
         }
     }
 };
 
 struct CodesByAvx2 {
-    using Shorts = std::int16_t __attribute__((vector_size(32)));
-
-    [[gnu::target("avx2"), gnu::always_inline]] static inline __m128
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256
     Products(const std::int32_t *pairs, int stride, const std::int16_t *weights, const float *shares)
     {
         const auto *rows = reinterpret_cast<const __m256i *>(pairs);
@@ -112,26 +119,52 @@ struct CodesByAvx2 {
         const __m256i second = _mm256_madd_epi16(_mm256_loadu_si256(below), _mm256_set1_epi32(PairAt(weights, 1)));
         const __m256i third = _mm256_madd_epi16(_mm256_loadu_si256(bottom), _mm256_set1_epi32(PairAt(weights, 2)));
         const __m256 sums = _mm256_cvtepi32_ps(_mm256_add_epi32(_mm256_add_epi32(first, second), third));
-        const __m256 products = _mm256_mul_ps(sums, _mm256_load_ps(shares));
-        return _mm_add_ps(_mm256_castps256_ps128(products), _mm256_extractf128_ps(products, 1));
+        return _mm256_mul_ps(sums, _mm256_load_ps(shares));
     }
 
-    template <int kChannels>
-    [[gnu::target("avx2")]] static void Sample(const SharpRun &run, const CodePlane (&planes)[4],
-                                               const SharpKernel &kernel, Float4 *samples)
+    /// As the function for one pixel.
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOf(__m256 a, __m256 b, __m256 c, __m256 d)
     {
-        for (int i = 0; i < run.count; ++i) {
-            __m128 products[3];
-            std::int32_t offset[3];
+        const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(a, b), _mm256_unpackhi_ps(a, b));
+        const __m256 cd = _mm256_add_ps(_mm256_unpacklo_ps(c, d), _mm256_unpackhi_ps(c, d));
+        return _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
+    }
+
+    /// As the function for one pixel.
+    [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 ValuesOf(__m256 sums, __m256i limits)
+    {
+        const __m256 lowest = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(limits, 16), 15));
+        const __m256 highest = _mm256_cvtepi32_ps(_mm256_or_si256(_mm256_srai_epi32(limits, 15), _mm256_set1_epi32(1)));
+        const __m256 code = _mm256_mul_ps(sums, _mm256_set1_ps(kCodeScale));
+        const __m256 limited = _mm256_min_ps(_mm256_max_ps(code, lowest), highest);
+        return _mm256_mul_ps(_mm256_add_ps(limited, _mm256_set1_ps(32768.0F)), _mm256_set1_ps(kValueOfCode));
+    }
+
+    /// Two pixels at once. Of an odd number the last one is made twice, for which @p samples has room.
+    template <int kChannels>
+    [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
+                                               Float4 *samples)
+    {
+        const int middle = run.ToMiddle();
+        for (int i = 0; i < run.count; i += 2) {
+            __m256 products[3]; // of both pixels, the columns' halves added
+            std::int32_t offset[2][3];
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
-                offset[channel] = run.offset[at][i];
-                products[channel] = Products(planes[channel].pairs.data() + offset[channel], run.stride,
-                                             kernel.Weights(run.phaseY[at][i]), kernel.Shares(run.phaseX[at][i]));
+                __m256 whole[2];
+                for (int pixel = 0; pixel < 2; ++pixel) {
+                    const int j = pixel == 0 || i + 1 == run.count ? i : i + 1;
+                    offset[pixel][channel] = run.offset[at][j];
+                    whole[pixel] = Products(planes.pairs[channel] + offset[pixel][channel], run.stride,
+                                            kernel.Weights() + run.phaseY[at][j], kernel.Shares() + run.phaseX[at][j]);
+                }
+                products[channel] = _mm256_add_ps(_mm256_permute2f128_ps(whole[0], whole[1], 0x20),
+                                                  _mm256_permute2f128_ps(whole[0], whole[1], 0x31));
             }
-            const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_setzero_ps());
-            const __m128 value = ValuesOf(sums, LimitsOf(run, planes, offset));
-            std::memcpy(&samples[i], &value, sizeof value);
+            const __m256 sums = SumsOf(products[0], products[1], products[2], _mm256_set1_ps(kQuarterOfWhite));
+            const __m256i limits =
+                _mm256_set_m128i(LimitsOf(planes, middle, offset[1]), LimitsOf(planes, middle, offset[0]));
+            _mm256_storeu_ps(reinterpret_cast<float *>(samples + i), ValuesOf(sums, limits));
         }
     }
 };
@@ -140,8 +173,6 @@ struct CodesByAvx2 {
 
 /// For processors without pairs of 16 bits, and the definition.
 struct CodesPlainly {
-    using Shorts = std::int16_t __attribute__((vector_size(16)));
-
     VITRELUX_INLINE static float Sum(const std::int32_t *pairs, int stride, const std::int16_t *weights,
                                      const float *shares)
     {
@@ -161,15 +192,15 @@ struct CodesPlainly {
     }
 
     template <int kChannels>
-    static void Sample(const SharpRun &run, const CodePlane (&planes)[4], const SharpKernel &kernel, Float4 *samples)
+    static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel, Float4 *samples)
     {
         for (int i = 0; i < run.count; ++i) {
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
                 const std::int32_t offset = run.offset[at][i];
-                const float sum = Sum(planes[channel].pairs.data() + offset, run.stride,
-                                      kernel.Weights(run.phaseY[at][i]), kernel.Shares(run.phaseX[at][i]));
-                const std::int32_t limits = planes[channel].limits[offset + run.ToMiddle()];
+                const float sum = Sum(planes.pairs[channel] + offset, run.stride, kernel.Weights() + run.phaseY[at][i],
+                                      kernel.Shares() + run.phaseX[at][i]);
+                const std::int32_t limits = planes.limits[channel][offset + run.ToMiddle()];
                 const auto lowest = static_cast<float>(static_cast<std::int16_t>(limits) * 2);
                 const auto highest = static_cast<float>((limits >> 16) * 2 + 1);
                 samples[i][channel] = (Least(Greatest(sum * kCodeScale, lowest), highest) + 32768.0F) * kValueOfCode;
@@ -179,21 +210,25 @@ struct CodesPlainly {
     }
 };
 
-/// One channel of a pixel out of a float plane, within its limits. @p Floats are eight.
+/// One channel of a pixel out of a float plane, within its limits.
 template <typename Floats>
 VITRELUX_INLINE float SampleFloats(const FloatPlane &plane, const SharpRun &run, int place, int i,
                                    const SharpKernel &kernel)
 {
+    constexpr int kLanes = sizeof(Floats) / sizeof(float);
     const std::int32_t offset = run.offset[place][i];
-    const float *const values = plane.values.data() + offset;
-    const float *const shares = kernel.Shares(run.phaseY[place][i]);
-    Floats rows = LoadVector<Floats>(values) * shares[0];
-    for (int row = 1; row < SharpKernel::kTaps; ++row)
-        rows += LoadVector<Floats>(values + row * run.stride) * shares[row];
-    const Floats products = rows * LoadVector<Floats>(kernel.Shares(run.phaseX[place][i]));
-    Float4 halves[2];
-    std::memcpy(halves, &products, sizeof halves);
-    const Float4 sums = halves[0] + halves[1];
+    const float *const shareY = kernel.Shares() + run.phaseY[place][i],
+                       *const shareX = kernel.Shares() + run.phaseX[place][i];
+    float products[SharpKernel::kPadded];
+    for (int column = 0; column < SharpKernel::kPadded; column += kLanes) {
+        const float *values = plane.values.data() + offset + column;
+        Floats rows = LoadVector<Floats>(values) * shareY[0];
+        for (int row = 1; row < SharpKernel::kTaps; ++row)
+            rows += LoadVector<Floats>(values + row * run.stride) * shareY[row];
+        rows *= LoadVector<Floats>(shareX + column);
+        std::memcpy(products + column, &rows, sizeof rows);
+    }
+    const Float4 sums = LoadVector<Float4>(products) + LoadVector<Float4>(products + 4);
     const float sum = (sums[0] + sums[2]) + (sums[1] + sums[3]);
     const size_t middle = static_cast<size_t>(offset + run.ToMiddle());
     return Least(Greatest(sum, plane.lowest[middle]), plane.highest[middle]);

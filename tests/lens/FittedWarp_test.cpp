@@ -1,6 +1,7 @@
 // Fitted corrections: tables against formulas, the twin against the models, the fast warp against the twin.
 #include "FittedWarpTwin.h"
 
+#include "SamplingQuality.h"
 #include "WarpStatement.h"
 
 #include <QtTest>
@@ -105,6 +106,10 @@ private Q_SLOTS:
     void flatFields_data();
     void flatFields();
     void badCurves();
+    void rampsStayRamps();
+    void sharpness_data();
+    void sharpness();
+    void overshoot();
 };
 
 void tst_FittedWarp::curveIsExactForCubics()
@@ -407,6 +412,80 @@ void tst_FittedWarp::badCurves()
     for (int x = 0; x < 101; ++x)
         QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
     QCOMPARE(got.At(0, 0, 0), 0.0F);
+}
+
+namespace {
+
+/// Grey pictures by the fast warp, of floats or of 16 bits.
+std::vector<double> RenderSharp(const std::vector<double> &grey, const Correction &lens, bool isFloat)
+{
+    const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return grey[size_t(y * lens.width + x)]; });
+    const FittedWarp warp(lens, Sampling::Sharp, TransferCurve::Linear(), {isFloat, false});
+    const Pixels got = Rendered(warp, source, FloatWarp::BestInstructions());
+    std::vector<double> result;
+    for (int i = 0; i < got.values.size(); i += 4)
+        result.push_back(double(got.values[i]));
+    return result;
+}
+
+} // namespace
+
+/// A ramp through the lens is its places, to the rounding of phases and of values.
+void tst_FittedWarp::rampsStayRamps()
+{
+    const Correction lens = QualityLens();
+    const CorrectionTwin twin(lens);
+    for (bool isFloat : {false, true}) {
+        const std::vector<double> got =
+            RenderSharp(QualityPicture([](int x, int y) { return (x + 0.5 * y) / 400.0; }), lens, isFloat);
+        for (int i = 0; i < kQualitySide * kQualitySide; ++i) {
+            const SourcePlaces::Point place = twin.At(i % kQualitySide, i / kQualitySide).green;
+            if (place.x > 3 && place.y > 3 && place.x < kQualitySide - 4 && place.y < kQualitySide - 4)
+                QVERIFY(std::abs(got[size_t(i)] * 400.0 - (place.x + 0.5 * place.y)) < 0.01);
+        }
+    }
+}
+
+void tst_FittedWarp::sharpness_data()
+{
+    QTest::addColumn<double>("frequency"); // cycles per pixel
+    QTest::addColumn<double>("leastContrast");
+    QTest::addColumn<double>("mostContrast");
+    QTest::addColumn<double>("mostFalseDetail");
+    QTest::newRow("0.1") << 0.1 << 0.97 << 1.03 << 0.03;
+    QTest::newRow("0.2") << 0.2 << 0.96 << 1.03 << 0.03;
+    QTest::newRow("0.3") << 0.3 << 0.97 << 1.03 << 0.03;
+    QTest::newRow("0.4") << 0.4 << 0.85 << 1.06 << 0.11;
+}
+
+void tst_FittedWarp::sharpness()
+{
+    QFETCH(double, frequency);
+    QFETCH(double, leastContrast);
+    QFETCH(double, mostContrast);
+    QFETCH(double, mostFalseDetail);
+    for (bool isFloat : {false, true})
+        for (int degrees : {0, 17, 45, 90}) {
+            const SamplingQuality quality =
+                QualityOf([&](const std::vector<double> &grey,
+                              const Correction &lens) { return RenderSharp(grey, lens, isFloat); },
+                          frequency, degrees * kPi / 180.0);
+            QVERIFY2(quality.contrast >= leastContrast && quality.contrast <= mostContrast
+                         && quality.falseDetail <= mostFalseDetail,
+                     qPrintable(QString::asprintf("%d degrees: contrast %.3f, false detail %.3f", degrees,
+                                                  quality.contrast, quality.falseDetail)));
+        }
+}
+
+void tst_FittedWarp::overshoot()
+{
+    for (double soft : {-1.0, 0.0, 0.3, 0.5, 0.8})
+        for (int degrees : {0, 3, 8, 15, 22, 30, 38, 45, 90, 140}) {
+            const double most = OvershootOf(
+                [](const std::vector<double> &grey, const Correction &lens) { return RenderSharp(grey, lens, false); },
+                degrees * kPi / 180.0, soft);
+            QVERIFY2(most <= 0.03, qPrintable(QString::asprintf("%d degrees, soft %g: %.3f", degrees, soft, most)));
+        }
 }
 
 QTEST_GUILESS_MAIN(tst_FittedWarp)

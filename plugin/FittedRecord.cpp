@@ -22,17 +22,17 @@ template <typename Value> struct Word {
 };
 
 const Word<Framing> kFramings[] = {{QLatin1String("fill"), Framing::Fill},
-                                       {QLatin1String("keep"), Framing::Keep},
-                                       {QLatin1String("all"), Framing::All}};
+                                   {QLatin1String("keep"), Framing::Keep},
+                                   {QLatin1String("all"), Framing::All}};
 const Word<Sampling> kSamplings[] = {{QLatin1String("sharp"), Sampling::Sharp},
-                                         {QLatin1String("bilinear"), Sampling::Bilinear}};
+                                     {QLatin1String("bilinear"), Sampling::Bilinear}};
 const Word<Projection> kProjections[] = {{QLatin1String("rectilinear"), Projection::Rectilinear},
-                                             {QLatin1String("equidistant"), Projection::Equidistant},
-                                             {QLatin1String("stereographic"), Projection::Stereographic},
-                                             {QLatin1String("equisolid"), Projection::Equisolid}};
+                                         {QLatin1String("equidistant"), Projection::Equidistant},
+                                         {QLatin1String("stereographic"), Projection::Stereographic},
+                                         {QLatin1String("equisolid"), Projection::Equisolid}};
 const Word<ProfileSource> kSources[] = {{QLatin1String("auto"), ProfileSource::Auto},
-                                            {QLatin1String("lcp"), ProfileSource::Lcp},
-                                            {QLatin1String("lensfun"), ProfileSource::Lensfun}};
+                                        {QLatin1String("lcp"), ProfileSource::Lcp},
+                                        {QLatin1String("lensfun"), ProfileSource::Lensfun}};
 
 template <typename Value, std::size_t count>
 bool ReadWord(const Word<Value> (&words)[count], const QString &text, Value *value)

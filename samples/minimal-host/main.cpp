@@ -1,5 +1,5 @@
-// The smallest host: corrects one picture by one profile, or by what is found, if asked to. docs/host-guide.md documents
-// the order of calls.
+// The smallest host: corrects one picture by one profile, or by what is found, if asked to. docs/host-guide.md
+// documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIImageDef.h"

@@ -190,7 +190,7 @@ void InfoTest::storedFolder()
     const QByteArray before = ReadFile(settings);
     QVERIFY(Run("info --plain a.jpg"_s).output.contains(Path(kProfile).toUtf8()));
     QCOMPARE(ReadFile(settings), before);
-    QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no folder"));
+    QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no profile folder"));
 
     // The plug-in's own default is not a path here, and nothing that a folder of pictures may bring along.
     QVERIFY(QFile::remove(settings));

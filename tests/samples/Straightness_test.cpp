@@ -91,7 +91,7 @@ void tst_Straightness::faultsAreThereBeforeAndGoneAfter()
     const QString photograph = stem + name + ".jpg"_s;
     const QTemporaryDir results;
     const ProgramResult run =
-        ProgramRun().Run({"correct"_s, photograph, "--profile"_s,
+        ProgramRun().Run({"correct"_s, "--plain"_s, photograph, "--profile"_s,
                           stem + QString::fromStdString(sample.profile) + ".lcp"_s, "-o"_s, results.path()});
     QVERIFY2(run.exitCode == 0, run.error.constData());
 

@@ -67,8 +67,10 @@ PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
     }
     if (!typed.body.isEmpty())
         Override(typed.body, &facts.model);
-    if (typed.focalMm)
+    if (typed.focalMm) {
         Override(*typed.focalMm, &facts.focalMm);
+        facts.focal35Mm = {}; // belongs to the file's focal length
+    }
     if (typed.aperture)
         Override(*typed.aperture, &facts.aperture);
     if (typed.distanceM)
@@ -198,7 +200,8 @@ bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, 
 {
     FitOptions unframed = options;
     unframed.framing = Framing::Keep;
+    unframed.again = true; // what was done before makes no difference between profiles
     const Correction a = FitChosen(path, facts, unframed).correction;
     const Correction b = FitChosen(otherPath, facts, unframed).correction;
-    return a.ChangesAnything() && b.ChangesAnything() && AreAlike(a, b);
+    return AreAlike(a, b);
 }

@@ -49,7 +49,7 @@ constexpr Spelling kSpellings[] = {
     {"\\bfish-?eye\\b|\\bcircular(?! fish)\\b", " fisheye "},
 };
 
-enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Line, Purpose };
+enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Circle, Line, Design, Purpose };
 
 /// Comparison rule for the marks of a group.
 enum class Rule {
@@ -66,10 +66,11 @@ struct GroupRule {
 };
 
 constexpr GroupRule kGroupRules[] = {
-    {Group::Generation, Rule::Same, "generation"}, {Group::Stabilizer, Rule::SameUnlessBare, "stabilizer"},
-    {Group::Motor, Rule::NotOther, "focus motor"}, {Group::Mount, Rule::NotOther, "mount"},
-    {Group::Format, Rule::SameIfFull, "format"},   {Group::Letter, Rule::NotOther, "type"},
-    {Group::Line, Rule::NotOther, "line"},         {Group::Purpose, Rule::SameUnlessBare, "kind"},
+    {Group::Generation, Rule::Same, "generation"},   {Group::Stabilizer, Rule::SameUnlessBare, "stabilizer"},
+    {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
+    {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
+    {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
+    {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::SameUnlessBare, "kind"},
 };
 
 struct Mark {
@@ -82,6 +83,7 @@ constexpr Mark kMarks[] = {
     {"ii", Group::Generation, nullptr},
     {"iii", Group::Generation, nullptr},
     {"iv", Group::Generation, nullptr},
+    {"v", Group::Generation, nullptr},
     {"vi", Group::Generation, nullptr},
     {"g2", Group::Generation, nullptr},
     {"type2", Group::Generation, "ii"},
@@ -130,8 +132,8 @@ constexpr Mark kMarks[] = {
     {"di", Group::Format, nullptr},
     {"dithree", Group::Format, nullptr},
     {"ditwo", Group::Format, nullptr},
-    {"dc", Group::Line, nullptr},
-    {"dg", Group::Line, nullptr},
+    {"dc", Group::Circle, nullptr},
+    {"dg", Group::Circle, nullptr},
     {"d", Group::Letter, nullptr},
     {"g", Group::Letter, nullptr},
     {"l", Group::Purpose, nullptr},
@@ -144,6 +146,12 @@ constexpr Mark kMarks[] = {
     {"fisheye", Group::Purpose, nullptr},
     {"pz", Group::Purpose, nullptr},
     {"do", Group::Purpose, nullptr},
+    {"wr", Group::Design, nullptr},
+    {"lm", Group::Design, nullptr},
+    {"apd", Group::Design, nullptr},
+    {"apo", Group::Design, nullptr},
+    {"ez", Group::Design, nullptr},
+    {"umc", Group::Design, nullptr},
     {"tilt", Group::Purpose, nullptr},
     {"reflex", Group::Purpose, nullptr},
 };

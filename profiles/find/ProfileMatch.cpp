@@ -119,7 +119,7 @@ NameMatch Contradicted(NameMatch match, const QString &why)
 /// Whether a name belongs to a fixed lens, as in profiles of compact cameras.
 bool IsFixedLensName(const LensName &name, const QString &model)
 {
-    return name.IsBare() || Folded(name.text).contains(Folded(model));
+    return (name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model));
 }
 
 } // namespace
@@ -138,15 +138,33 @@ bool IsSameCamera(const QString &make, const QString &model, const QString &othe
         && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
 }
 
+/// Whether a name from a less trusted source may be believed: it fits the trusted one, or only says more.
+static bool Agrees(const LensName &trusted, const LensName &name)
+{
+    return CompareLensNames(trusted, name).fits || CompareLensNames(name, trusted).fits || IsSubset(trusted, name);
+}
+
 QVector<LensName> WantedLenses(const PictureFacts &facts)
 {
-    QVector<LensName> all;
-    for (const Fact<QString> &fact : facts.lensNames)
+    QVector<LensName> all, trusted;                     // the latter of the first source that tells a lens
+    for (const Fact<QString> &fact : facts.lensNames) { // most trustworthy first
+        QVector<LensName> ofSource;
         for (LensName name : ParseLensNames(fact.value)) {
             CompleteNumbers(facts, &name);
-            if (name.HasFocal() || !name.IsBare())
-                all.append(name);
+            if (name.maker.isEmpty() && facts.lensMake.Known())
+                name.maker = MakerOf(facts.lensMake.value);
+            const bool isBelieved = trusted.isEmpty()
+                || std::any_of(trusted.begin(), trusted.end(),
+                               [&](const LensName &each) { return Agrees(each, name); });
+            if (isBelieved && (name.HasFocal() || !name.IsBare()))
+                ofSource.append(name);
         }
+        all += ofSource;
+        if (trusted.isEmpty() && std::any_of(ofSource.begin(), ofSource.end(), [](const LensName &name) {
+                return !name.IsBare() || name.HasAperture();
+            }))
+            trusted = ofSource;
+    }
     QVector<LensName> telling;
     for (const LensName &name : qAsConst(all)) {
         const bool lesser = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
@@ -228,7 +246,7 @@ private:
     bool MatchFixedLens(Candidate *candidate) const
     {
         const ProfileHead &head = candidate->profile->head;
-        if (candidate->body != Body::Same)
+        if (candidate->body != Body::Same || !m_facts.focalMm.Known())
             return false;
         for (const QString &text : head.lensNames)
             for (const LensName &name : m_parsed(text)) {
@@ -237,7 +255,11 @@ private:
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;
             }
-        return head.minFocalMm > 0.0 || candidate->name.HasFocal();
+        // A lens that can't be taken off zooms, or its focal length isn't one of those that mounted lenses have: bare
+        // names of primes such as "50mm f/1.4" are left to chosen profiles.
+        const bool isNamedByCamera = Folded(candidate->name.text).contains(Folded(head.model));
+        const bool zooms = head.maxFocalMm > head.minFocalMm || candidate->name.maxFocalMm > candidate->name.minFocalMm;
+        return isNamedByCamera || zooms || head.sensorFormatFactor > 2.0;
     }
 
     bool MatchNames(Candidate *candidate)
@@ -317,9 +339,11 @@ private:
         QVector<Candidate> same, rivals;
         constexpr double kSlack = 1.0; // spellings of the same lens differ by more than this only in words
         for (const Candidate &candidate : qAsConst(m_candidates)) {
+            if (candidate.profile != top.profile && candidate.score < top.score - kSlack)
+                continue; // spelled so differently that it may be another lens
             if (IsFixedLens() || candidate.profile == top.profile || IsSameLens(top.name, candidate.name))
                 same.append(candidate);
-            else if (candidate.score >= top.score - kSlack)
+            else
                 rivals.append(candidate);
         }
         PreferByLensId(&same, &rivals);

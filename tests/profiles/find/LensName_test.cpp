@@ -81,6 +81,10 @@ void tst_LensName::comparison_data()
     other("TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004", "TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F017");
     other("85mm F1.4 DG DN | Art 020", "Sigma 85mm F1.4 DG HSM | Art 016");
     other("Olympus Zuiko Digital ED 14-42mm F3.5-5.6", "Olympus M.Zuiko Digital ED 14-42mm F3.5-5.6");
+    other("50mm F1.4 DG HSM | Art 014", "Sigma 50mm f/1.4 EX DG HSM");
+    other("XF23mmF1.4 R LM WR", "XF 23mm f/1.4 R");
+    other("70-300mm F4-5.6 APO DG Macro", "Sigma 70-300mm f/4-5.6 DG Macro");
+    other("EF28-80mm f/3.5-5.6 V USM", "Canon EF 28-80mm f/3.5-5.6 USM");
     other("FE 24-70mm F2.8 GM", "Sony FE 24-70mm f/2.8 GM II");
     other("iPhone XR back camera 4.25mm f/1.8", "iPhone 11 Pro back triple camera 4.25mm f/1.8");
     other("OLYMPUS 14-42mm Lens", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6"); // too few details

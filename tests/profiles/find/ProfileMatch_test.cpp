@@ -99,6 +99,9 @@ private Q_SLOTS:
     void settingsOutsideTheLens_data();
     void settingsOutsideTheLens();
     void fixedLens();
+    void bodyDoesNotOutweighTheLens();
+    void sourcesInOrderOfTrust();
+    void namelessLensOfAMount();
 };
 
 void tst_ProfileMatch::lensAmongDecoys_data()
@@ -228,6 +231,39 @@ void tst_ProfileMatch::fixedLens()
     QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());
     facts.model = Known(QStringLiteral("Canon PowerShot G12"));
     QVERIFY(Matcher().Match({compact}, facts).path.isEmpty());
+}
+
+void tst_ProfileMatch::bodyDoesNotOutweighTheLens()
+{
+    IndexedProfile right = ProfileOf(Text("XF23mmF1.4 R LM WR")), wrong = ProfileOf(Text("XF23mmF1.4 R"));
+    wrong.head.make = QStringLiteral("FUJIFILM");
+    wrong.head.model = QStringLiteral("Camera");
+    const PictureFacts facts = PictureWith(QStringLiteral("FUJIFILM"), Text("XF23mmF1.4 R LM WR"), 23);
+    QCOMPARE(Matcher().Match({wrong, right}, facts).path, right.path);
+    QVERIFY(Matcher().Match({wrong}, facts).path.isEmpty());
+}
+
+void tst_ProfileMatch::sourcesInOrderOfTrust()
+{
+    PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("50mm F1.4 DG HSM | Art 014"), 50);
+    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // what a maker note makes of a foreign lens
+    const QVector<IndexedProfile> profiles = {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))};
+    QVERIFY(Matcher().Match(profiles, facts).path.isEmpty());
+    facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
+    facts.lensMake = Known(QStringLiteral("Samyang"));
+    QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
+}
+
+void tst_ProfileMatch::namelessLensOfAMount()
+{
+    IndexedProfile prime = ProfileOf(Text("Sigma 50mm f/1.4"));
+    prime.head.make = QStringLiteral("Canon");
+    prime.head.model = QStringLiteral("Camera");
+    PictureFacts facts = PictureWith(QStringLiteral("Canon"), QString(), 50);
+    facts.lensNames.clear();
+    QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
+    prime.head.lensNames = QStringList{Text("50mm f/1.4")};
+    QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
 }
 
 QTEST_APPLESS_MAIN(tst_ProfileMatch)

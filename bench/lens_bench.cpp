@@ -132,8 +132,8 @@ Correction FittedLens(Corrections switches)
     return correction;
 }
 
-void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, Corrections switches,
-               const TransferCurve &light, FloatWarp::Instructions instructions)
+void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, Corrections switches, const TransferCurve &light,
+               FloatWarp::Instructions instructions)
 {
     if (instructions > FloatWarp::BestInstructions())
         return state.SkipWithError("not on this processor");

@@ -283,22 +283,17 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
     return true;
 }
 
-/// Units side by side. False if a row of the source isn't in memory.
-template <typename Kind>
-VITRELUX_INLINE bool RenderUnits(const FittedWarp::Band &band, int firstRow, int rows, typename Kind::Scratch *scratch)
-{
-    for (int x = 0; x < band.columns; x += kUnitColumns)
-        if (!RenderUnit<Kind>(band, {x, firstRow, std::min(kUnitColumns, band.columns - x), rows}, scratch))
-            return false;
-    return true;
-}
-
-/// A way of sampling as a way of rendering rows.
+/// A way of sampling as a way of rendering rows: by units, side by side. False if a row of the source isn't in memory.
 template <typename Sampling> struct Sharp : Sampling {
     VITRELUX_INLINE static bool Render(const FittedWarp::Band &band, int firstRow, int rows,
                                        typename Sampling::Scratch *scratch)
     {
-        return RenderUnits<Sampling>(band, firstRow, rows, scratch);
+        bool complete = true;
+        for (int x = 0; complete && x < band.columns; x += kUnitColumns) {
+            const Unit unit = {x, firstRow, std::min(kUnitColumns, band.columns - x), rows};
+            complete = RenderUnit<Sampling>(band, unit, scratch);
+        }
+        return complete;
     }
 };
 

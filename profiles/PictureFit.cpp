@@ -83,6 +83,13 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
+/// Whether all that is asked for was corrected before, by the camera or by another program.
+bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
+{
+    return !options.again && (!options.distortion || facts.distortionDone.value)
+        && (!options.chromatic || facts.chromaticDone.value) && (!options.vignetting || facts.vignettingDone.value);
+}
+
 /// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
@@ -133,9 +140,13 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
             FitResult result = FitChosen(match.path, facts, options);
             result.reason = match.reason;
             result.assumed = match.notes + result.assumed;
-            return result;
+            if (result.correction.ChangesAnything() || WasDoneBefore(facts, options))
+                return result;
+            none.profile = result.profile; // found, and of no use: the database may know the lens
+            none.why = result.why;
+        } else {
+            none.why = match.reason;
         }
-        none.why = match.reason;
         none.nearest = match.nearest;
         none.isAmbiguous = match.isAmbiguous;
     }
@@ -143,6 +154,7 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
         return none;
     FitResult result = FitByLensfun(facts, options);
     if (result.profile.isEmpty() && !none.why.isEmpty()) {
+        result.profile = none.profile;
         result.why = none.why + QLatin1String("; ") + result.why;
         result.nearest = none.nearest + result.nearest;
     }

@@ -114,7 +114,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         std::fputs("vitrelux: cannot start: Qt's platform plug-in \"offscreen\" cannot be loaded\n", stderr);
         std::_Exit(1);
     }
-    if (std::strcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
+    if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
         return; // the fatal message says it
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;

@@ -176,9 +176,26 @@ HostApplication::HostApplication(int &argc, char **argv)
 
 HostApplication::~HostApplication()
 {
+    Stop();
+}
+
+void HostApplication::Stop()
+{
+    if (m_isStopped)
+        return;
+    m_isStopped = true;
+    m_settings.sync();
     m_pictures.clear(); // while the kernel is still running
     KImage::exit();
 }
+
+static HostApplication *MakeApplication()
+{
+    static ProgramName name; // outlives the application
+    return new HostApplication(name.argc, name.argv);
+}
+
+CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {

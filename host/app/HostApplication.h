@@ -42,6 +42,9 @@ public:
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
+    /// Saves the settings, frees the pictures and stops the image kernel; the object is then of no more use.
+    void Stop();
+
     /// Any thread.
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
@@ -90,6 +93,7 @@ private:
     Picture Describe(const QString &fileName);
     void Install(const QString &translation);
 
+    bool m_isStopped = false;
     QString m_settingsProblem;
     QSettings m_settings;
     QMutex m_settingsMutex;                        // plug-ins read on any thread
@@ -100,4 +104,20 @@ private:
     bool m_makesThumbnails = false;
     bool m_speaksUsersLanguage = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;
+};
+
+/// The application of a command without windows. Its end stops the kernels and leaves Qt's own objects to the system:
+/// destroying them takes time and, with little memory left, crashes in the font library. One per process.
+class CommandApplication {
+public:
+    CommandApplication();
+    ~CommandApplication() { m_application->Stop(); }
+    CommandApplication(const CommandApplication &) = delete;
+    CommandApplication &operator=(const CommandApplication &) = delete;
+
+    HostApplication *Get() const { return m_application; }
+    HostApplication *operator->() const { return m_application; }
+
+private:
+    HostApplication *const m_application; // never deleted
 };

@@ -280,17 +280,16 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    ProgramName name;
-    HostApplication application(name.argc, name.argv);
-    if (!application.SettingsProblem().isEmpty())
-        console->Note(QString(), application.SettingsProblem());
+    const CommandApplication application;
+    if (!application->SettingsProblem().isEmpty())
+        console->Note(QString(), application->SettingsProblem());
     std::unique_ptr<ProfileLookup> lookup;
     if (options.plain && options.profile.isEmpty())
-        lookup = std::make_unique<ProfileLookup>(&application, options.lensPath, &guard);
+        lookup = std::make_unique<ProfileLookup>(application.Get(), options.lensPath, &guard);
     std::unique_ptr<SearchedFolders> folders;
     if (!options.plain)
-        folders = std::make_unique<SearchedFolders>(&application, options.lensPath);
-    CorrectRun run(options, &application, lookup.get(), folders.get(), &guard, console);
+        folders = std::make_unique<SearchedFolders>(application.Get(), options.lensPath);
+    CorrectRun run(options, application.Get(), lookup.get(), folders.get(), &guard, console);
     const int threads = run.ShareProcessors();
     const PluginLoader plugin(options.plugin, options.plain ? CorrectionMode::Plain : CorrectionMode::Fitted);
     if (!plugin.Process()) {

@@ -153,10 +153,9 @@ ExitCode RunInfo(const InfoOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    ProgramName name;
-    HostApplication application(name.argc, name.argv);
-    if (!application.SettingsProblem().isEmpty())
-        console->Note(QString(), application.SettingsProblem());
-    return options.plain ? TellPlain(options, &application, &guard, console)
-                         : TellFitted(options, &application, console);
+    const CommandApplication application;
+    if (!application->SettingsProblem().isEmpty())
+        console->Note(QString(), application->SettingsProblem());
+    return options.plain ? TellPlain(options, application.Get(), &guard, console)
+                         : TellFitted(options, application.Get(), console);
 }

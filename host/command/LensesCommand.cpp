@@ -105,11 +105,10 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
 {
     InterruptGuard guard;
     ChooseDisplayless();
-    ProgramName name;
-    HostApplication application(name.argc, name.argv);
-    if (!application.SettingsProblem().isEmpty())
-        console->Note(QString(), application.SettingsProblem());
-    const SearchedFolders folders(&application, options.lensPath);
+    const CommandApplication application;
+    if (!application->SettingsProblem().isEmpty())
+        console->Note(QString(), application->SettingsProblem());
+    const SearchedFolders folders(application.Get(), options.lensPath);
     const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // asks for the stored folder
     if (!folders.Problem().isEmpty()) {
         console->Failure(QString(), folders.Problem());

@@ -141,7 +141,7 @@ private:
         else if (field == QLatin1String("SensorFormatFactor"))
             m_head->sensorFormatFactor = Rational(value);
         else if (field == QLatin1String("CameraRawProfile"))
-            m_head->raw = value.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
+            m_head->raw = value == QLatin1String("1") || value.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
     }
 
     QXmlStreamReader m_xml;

@@ -102,8 +102,9 @@ bool ProfileIndex::Scan(const QStringList &folders)
 {
     const QStringList whole = WholePaths(folders);
     QStringList files;
+    QSet<QString> walked; // canonical paths
     for (const QString &folder : whole)
-        Walk(folder, 0, &files);
+        Walk(folder, 0, &walked, &files);
     const bool complete = files.size() <= kMostProfiles;
     files = files.mid(0, kMostProfiles);
     std::sort(files.begin(), files.end());
@@ -131,19 +132,21 @@ bool ProfileIndex::Scan(const QStringList &folders)
     return complete;
 }
 
-/// kMostDepth also limits links to folders, which ends cycles.
-void ProfileIndex::Walk(const QString &folder, int depth, QStringList *files) const
+/// Follows links to folders, and walks each folder once.
+void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const
 {
-    if (depth > kMostDepth || files->size() > kMostProfiles)
+    if (depth > kMostDepth || files->size() > kMostProfiles || walked->contains(folder))
         return;
+    walked->insert(folder);
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
     while (entries.hasNext()) {
         entries.next();
         const QFileInfo info = entries.fileInfo();
-        if (info.isDir() && !info.isSymLink())
-            Walk(info.filePath(), depth + 1, files);
-        else if (info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
-            files->append(info.filePath());
+        const QString whole = info.isSymLink() ? info.canonicalFilePath() : info.filePath();
+        if (info.isDir())
+            Walk(whole, depth + 1, walked, files);
+        else if (info.isFile() && info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
+            files->append(whole);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QSet>
 #include <QVector>
 
 /// One profile file.
@@ -44,7 +45,7 @@ public:
 private:
     void LoadCache();
     void SaveCache() const;
-    void Walk(const QString &folder, int depth, QStringList *files) const;
+    void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const;
 
     QString m_cacheFile;
     QHash<QString, IndexedProfile> m_known; // by path

@@ -129,6 +129,9 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     Write(folder.filePath(QStringLiteral("deep/er/b.LCP")), ProfileOf(QStringLiteral("two 85mm")));
     Write(folder.filePath(QStringLiteral("broken.lcp")), "no XML");
     Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("no profile by its suffix")));
+    const QTemporaryDir elsewhere; // linked into the folder, and leads back
+    Write(elsewhere.filePath(QStringLiteral("c.lcp")), ProfileOf(QStringLiteral("linked 35mm")));
+    QVERIFY(QFile::link(folder.path(), elsewhere.filePath(QStringLiteral("back"))));
     const auto scan = [&](int filesRead, const QStringList &lenses) {
         ProfileIndex index(file);
         QVERIFY(index.Scan({folder.path(), folder.path() + QStringLiteral("/deep/..")}));
@@ -142,6 +145,12 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     scan(1, {QStringLiteral("another 50mm"), error, two});
     QFile::remove(folder.filePath(QStringLiteral("broken.lcp")));
     scan(0, {QStringLiteral("another 50mm"), two});
+    QVERIFY(QFile::link(elsewhere.path(), folder.filePath(QStringLiteral("link"))));
+    ProfileIndex index(file);
+    QVERIFY(index.Scan({folder.path()}));
+    QStringList lenses = Lenses(index);
+    lenses.sort();
+    QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
 void tst_ProfileIndex::rebuildsDamagedCache()

@@ -1,5 +1,6 @@
 // Passes picture files through the image-file layer: pixels, thumbnail, metadata, and back into a file.
 #include "core/codec.h"
+#include "formats.h"
 #include "gfl.h"
 
 #include <cstdint>

@@ -36,10 +36,8 @@ public:
 
     FitResult Run()
     {
-        if (m_facts.pixels.isEmpty())
-            return Refuse(QStringLiteral("the picture's size is unknown"));
-        if (m_facts.cropTurned)
-            return Refuse(QStringLiteral("the picture was cropped at an angle, so its lens's center is lost"));
+        if (const QString why = WhyRefused(m_facts); !why.isEmpty())
+            return Refuse(why);
         BlendParts parts[3];
         for (int i = 0; i < 3; ++i)
             parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));

@@ -32,6 +32,15 @@ Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
     return setting;
 }
 
+QString WhyRefused(const PictureFacts &facts)
+{
+    if (facts.pixels.isEmpty())
+        return QStringLiteral("the picture's size is unknown");
+    if (facts.cropTurned)
+        return QStringLiteral("the picture was cropped at an angle, so its lens's center is lost");
+    return QString();
+}
+
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
 {
     if (!typed.body.isEmpty()) // makers are also recognized inside the typed text

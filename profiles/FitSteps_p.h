@@ -12,6 +12,9 @@ Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
 /// A request for one of the three corrections.
+/// Returns why no profile can be fitted to the picture; empty if one can.
+QString WhyRefused(const PictureFacts &facts);
+
 struct FitTask {
     Quantity quantity;
     const char *name; // for people

@@ -1,5 +1,7 @@
 #include "LensfunCurves.h"
 
+#include "PictureFrame.h"
+
 #include <lensfun/lensfun.h>
 
 #include <algorithm>
@@ -7,8 +9,7 @@
 
 namespace {
 
-constexpr double kFarDistanceM = 1000.0;                  // lensfun's "far", for unknown distances
-constexpr double kFullFrameDiagonal = 43.266615305567875; // mm
+constexpr double kFarDistanceM = 1000.0; // lensfun's "far", for unknown distances
 
 using Curve = LensfunCurves::Curve;
 
@@ -116,7 +117,7 @@ double FocalPx(const lfLens &lens, const LensfunFrame &frame, double focalMm)
 {
     lfLensCalibRealFocal real;
     const bool known = lens.InterpolateRealFocal(static_cast<float>(focalMm), real) && real.RealFocal > 0.0F;
-    const double diagonalMm = kFullFrameDiagonal / frame.cropFactor;
+    const double diagonalMm = kFullFrameDiagonalMm / frame.cropFactor;
     return (known ? double(real.RealFocal) : focalMm) * std::hypot(frame.width, frame.height) / diagonalMm;
 }
 

@@ -71,12 +71,9 @@ public:
 private:
     bool SetCurves()
     {
-        if (m_facts.pixels.isEmpty() || m_facts.cropTurned) {
-            m_result.why = m_facts.cropTurned
-                ? QStringLiteral("the picture was cropped at an angle, so its lens's center is lost")
-                : QStringLiteral("the picture's size is unknown");
+        m_result.why = WhyRefused(m_facts);
+        if (!m_result.why.isEmpty())
             return false;
-        }
         const Setting setting = SettingOf(m_facts, m_options.typed);
         if (!setting.focalMm) {
             m_result.why = QStringLiteral("the picture's focal length is unknown");

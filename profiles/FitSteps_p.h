@@ -11,10 +11,10 @@
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
-/// A request for one of the three corrections.
 /// Returns why no profile can be fitted to the picture; empty if one can.
 QString WhyRefused(const PictureFacts &facts);
 
+/// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
     const char *name; // for people
@@ -38,6 +38,9 @@ public:
 private:
     QVector<QPair<QString, QString>> m_reasons; // names, and why
 };
+
+/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
 /// Frames the result's correction and fills in its effect on the field of view.
 void FrameResult(const FitOptions &options, FitResult *result);

@@ -56,9 +56,11 @@ public:
     {
         if (!SetCurves())
             return m_result;
-        for (const FitTask &task : TasksOf(m_facts, m_options))
+        for (const FitTask &task : TasksOf(m_facts, m_options)) {
             if (m_leftOut.Allows(task, m_options) && !Make(task))
                 m_leftOut.Add(task, WhyMissing(task));
+            Check(task);
+        }
         m_result.distortion = m_result.correction.geometry.has_value();
         m_result.chromatic = m_result.correction.red || m_result.correction.blue;
         m_result.vignetting = m_result.correction.light.has_value();
@@ -118,6 +120,21 @@ private:
             return true;
         }
         return false;
+    }
+
+    /// Takes maps back that can't be used: the user may have added to the database.
+    void Check(const FitTask &task)
+    {
+        Correction &to = m_result.correction;
+        const bool isGeometry = task.quantity == Quantity::Geometry;
+        QString why;
+        for (const std::optional<RadialMap> *map : {&to.geometry, &to.red, &to.blue})
+            if (*map && (map == &to.geometry) == isGeometry && task.quantity != Quantity::Light && why.isEmpty())
+                why = WhyUseless(**map, m_facts.pixels);
+        if (why.isEmpty())
+            return;
+        m_leftOut.Add(task, QStringLiteral("lensfun's model of it ") + why);
+        isGeometry ? to.geometry.reset() : (to.red.reset(), to.blue.reset());
     }
 
     RadialMap Map(const Curve &factor, double shrink, double end, double amount) const

@@ -135,5 +135,5 @@ void FrameResult(const FitOptions &options, FitResult *result)
     if (!correction.ChangesPositions())
         return;
     result->fieldShare = FieldShare(correction);
-    result->leavesEmpty = LeavesEmpty(correction);
+    result->leavesEmpty = !framing.isFull && LeavesEmpty(correction);
 }

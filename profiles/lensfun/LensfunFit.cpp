@@ -126,15 +126,20 @@ private:
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;
-        const bool isGeometry = task.quantity == Quantity::Geometry;
+        QVector<std::optional<RadialMap> *> maps;
+        if (task.quantity == Quantity::Geometry)
+            maps = {&to.geometry};
+        else if (task.quantity == Quantity::Color)
+            maps = {&to.red, &to.blue};
         QString why;
-        for (const std::optional<RadialMap> *map : {&to.geometry, &to.red, &to.blue})
-            if (*map && (map == &to.geometry) == isGeometry && task.quantity != Quantity::Light && why.isEmpty())
+        for (const auto *map : qAsConst(maps))
+            if (*map && why.isEmpty())
                 why = WhyUseless(**map, m_facts.pixels);
         if (why.isEmpty())
             return;
         m_leftOut.Add(task, QStringLiteral("lensfun's model of it ") + why);
-        isGeometry ? to.geometry.reset() : (to.red.reset(), to.blue.reset());
+        for (auto *map : qAsConst(maps))
+            map->reset();
     }
 
     RadialMap Map(const Curve &factor, double shrink, double end, double amount) const

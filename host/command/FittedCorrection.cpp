@@ -26,7 +26,7 @@ constexpr CorrectionRow kCorrections[] = {
     throw KException(why, KPlace());
 }
 
-/// Whether all of @p some are in @p all.
+/// Whether @p all contains all of @p some.
 bool Covers(const Corrections &all, const Corrections &some)
 {
     return (all.distortion || !some.distortion) && (all.chromatic || !some.chromatic)
@@ -66,7 +66,7 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
         return {result == RunResult::Written ? Outcome::Written : Outcome::Kept, note};
     } catch (const KException &) {
         const Report report = ReportOf(process, record);
-        if (!report.isThere || report.done.Any()) // no decision of the fit's
+        if (!report.isThere || report.done.Any()) // a failure of the run, not of the fit
             throw;
         return NothingDone(report, planned.picture);
     }
@@ -88,7 +88,7 @@ FittedCorrection::Report FittedCorrection::ReportOf(KIPluginOne2One *process, co
     return report;
 }
 
-/// A script that asks for a correction must not take a picture without it for done.
+/// Throws if a requested correction was not made: a script must not mistake the picture for a success.
 void FittedCorrection::RequireAsked(const Report &report, const QString &picture) const
 {
     if (!report.isThere)
@@ -103,7 +103,7 @@ void FittedCorrection::RequireAsked(const Report &report, const QString &picture
                  .arg(report.profile, report.why));
 }
 
-/// The corrections that count as made before: a profile that the user chose, or --again, makes them again.
+/// Returns the corrections that count as already made: none if the user chose a profile or --again.
 Corrections FittedCorrection::DoneBefore(const PictureFacts &facts) const
 {
     Corrections done;
@@ -119,20 +119,19 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
     const PictureFacts facts = ReadPictureFacts(picture, nullptr);
     if (Covers(DoneBefore(facts), m_wanted)) {
         return {Outcome::DoneBefore,
-                QStringLiteral("skipped, corrected before: %1; --again corrects it all the same")
-                    .arg(DoneBeforeText(facts))};
+                QStringLiteral("skipped, corrected before: %1; --again corrects it anyway").arg(DoneBeforeText(facts))};
     }
     if (!report.profile.isEmpty())
         Fail(QStringLiteral("profile \"%1\": %2").arg(report.profile, report.why));
     if (!m_options.profile.isEmpty())
-        Fail(QStringLiteral("profile %1").arg(report.why)); // begins with its name
+        Fail(QStringLiteral("profile %1").arg(report.why)); // starts with the profile's name
     Fail(WhyNoProfile(report, facts));
 }
 
 QString FittedCorrection::WhyNoProfile(const Report &report, const PictureFacts &facts)
 {
     const FitResult fit = m_fitter.Fit(facts, m_options.fitted.fit);
-    if (fit.isAmbiguous) // the reason names them
+    if (fit.isAmbiguous) // the reason names the candidates
         return report.why;
     const QString nearest = fit.nearest.isEmpty()
         ? QString()

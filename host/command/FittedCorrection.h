@@ -1,4 +1,4 @@
-// One picture through the plug-in's fitted way: what is asked for, what came of it, and the line that says so.
+// Fitted correction of one picture by the plug-in: the request, the result, and the line that reports it.
 #pragma once
 
 #include "CommandLine.h"
@@ -12,27 +12,27 @@ class KIPluginOne2One;
 class ParameterRecord;
 struct PlannedPicture;
 
-/// For all pictures of a run. Any thread, each with a process of its own.
+/// Corrector for all pictures of a run. Any thread, each with a separate process object.
 class FittedCorrection {
 public:
     enum class Outcome { Written, Kept, DoneBefore };
     struct Result {
         Outcome outcome = Outcome::Written;
-        QString note; // profile, entries, assumptions and what was left out; or why the picture was skipped
+        QString note; // profile, entries, assumptions and anything left out; or why the picture was skipped
     };
 
-    /// @param folders  that the plug-in searches.
+    /// @param folders  the profile folders that the plug-in searches.
     FittedCorrection(const CorrectOptions &options, const QStringList &folders, HostApplication *application,
                      InterruptGuard *guard);
 
-    /// Corrects the picture as RunPicture does. Throws KException with the reason, one line without the picture's name,
-    /// if nothing is corrected, or if a correction that the user asked for isn't.
+    /// Corrects the picture like RunPicture. Throws KException with the reason, one line without the picture's name, if
+    /// nothing is corrected or if a correction that the user requested is not made.
     Result Run(KIPluginOne2One *process, const PlannedPicture &planned);
 
 private:
-    /// The record's results after a run.
+    /// Results read from the record after a run.
     struct Report {
-        bool isThere = false; // else the plug-in knows no fitted corrections, or failed before it had decided
+        bool isThere = false; // false: the plug-in has no fitted corrections, or failed before it decided
         QString profile, entries, assumed, why;
         Corrections done;
     };
@@ -46,7 +46,7 @@ private:
     const CorrectOptions &m_options;
     HostApplication *m_application;
     InterruptGuard *m_guard;
-    const Corrections m_wanted; // what is asked for; if nothing is, all
-    std::mutex m_mutex;         // of the plug-in's XML document, which all its elements share
-    PictureFitter m_fitter;     // for what the record doesn't tell of a picture without a profile
+    const Corrections m_wanted; // the requested ones; all if none are
+    std::mutex m_mutex;         // guards the plug-in's XML document, which all its elements share
+    PictureFitter m_fitter;     // for details about a picture without a profile, which the record lacks
 };

@@ -10,9 +10,9 @@
 
 namespace {
 
-/// The page is to show and to keep the folder as the user knows it.
+/// Makes the page show and store the folder as the user knows it.
 /// @param folder  empty: the stored one.
-void TellPluginOfFolder(HostApplication *application, const QString &folder)
+void PassFolderToPlugin(HostApplication *application, const QString &folder)
 {
     const QString given = folder.isEmpty() ? QString() : AbsolutePath(folder);
     application->AdaptPluginSettings([given](const QString &key, const QVariant &stored) {
@@ -38,13 +38,13 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     application.MakeThumbnails();
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
-    TellPluginOfFolder(&application, options.lensPath);
+    PassFolderToPlugin(&application, options.lensPath);
     const PluginLoader plugin(options.plugin);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    // The lookup is given links in the place of the folder of profiles, so it has a process of its own.
+    // The lookup uses a folder of links instead of the profile folder, so it needs a separate process object.
     ProfileLookup lookup(&application, options.lensPath, &guard);
     const std::unique_ptr<QObject> second = plugin.MakeProcess();
     auto *lookupProcess = qobject_cast<KIPluginOne2One *>(second.get());
@@ -54,7 +54,7 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     CorrectionWizard wizard(&application, plugin.Process(), findProfile, &guard);
     QStringList files = options.files;
     for (QString &file : files) {
-        if (file.startsWith(QLatin1Char(':'))) // not a resource of Qt's
+        if (file.startsWith(QLatin1Char(':'))) // not a Qt resource
             file.prepend(QLatin1String("./"));
     }
     wizard.Add(files);

@@ -120,6 +120,13 @@ QStringList DefaultProfileFolders()
     return folders;
 }
 
+QString ShownProfileName(const QString &profile)
+{
+    const QLatin1String lensfun("lensfun:");
+    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
+                                       : QFileInfo(profile).fileName();
+}
+
 PictureFitter::PictureFitter(const QStringList &folders, const QString &cacheFile)
     : m_folders(folders), m_index(cacheFile)
 {

@@ -9,6 +9,7 @@
 struct FittedPlan {
     FitResult fit;
     TransferCurve light; // of the picture's values; counts for the gain alone
+    PictureFacts facts;
 };
 
 /// Makes bands of the corrected picture. Float pixels of source and result never need more than the memory of some

@@ -13,12 +13,13 @@ struct CorrectionRow {
     const char *name; // in the record's "Done"
     bool Corrections::*member;
     Fact<bool> PictureFacts::*doneBefore;
+    bool FitOptions::*wanted;
 };
 
 constexpr CorrectionRow kCorrections[] = {
-    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone},
-    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone},
-    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone},
+    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone, &FitOptions::distortion},
+    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone, &FitOptions::chromatic},
+    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone, &FitOptions::vignetting},
 };
 
 [[noreturn]] void Fail(const QString &why)
@@ -117,7 +118,10 @@ Corrections FittedCorrection::DoneBefore(const PictureFacts &facts) const
 FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, const QString &picture)
 {
     const PictureFacts facts = ReadPictureFacts(picture, nullptr);
-    if (Covers(DoneBefore(facts), m_wanted)) {
+    FitOptions fit = m_options.fitted.fit;
+    for (const CorrectionRow &row : kCorrections)
+        fit.*row.wanted = m_wanted.*row.member;
+    if (m_options.profile.isEmpty() && WasDoneBefore(facts, fit)) {
         return {Outcome::DoneBefore,
                 QStringLiteral("skipped, corrected before: %1; --again corrects it all the same")
                     .arg(DoneBeforeText(facts))};

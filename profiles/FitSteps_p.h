@@ -11,16 +11,17 @@
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
-/// A request for one of the three corrections.
 /// Returns why no profile can be fitted to the picture; empty if one can.
 QString WhyRefused(const PictureFacts &facts);
 
+/// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
     const char *name; // for people
     bool isWanted;
     double amount;
     Fact<bool> done;
+    bool tried; // by an earlier run of ours, in vain
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 

@@ -83,13 +83,6 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether all that is asked for was corrected before, by the camera or by another program.
-bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
-{
-    return !options.again && (!options.distortion || facts.distortionDone.value)
-        && (!options.chromatic || facts.chromaticDone.value) && (!options.vignetting || facts.vignettingDone.value);
-}
-
 /// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {

@@ -11,12 +11,13 @@ struct CorrectionRow {
     const char *name; // in the record's "Done"
     bool Corrections::*member;
     Fact<bool> PictureFacts::*doneBefore;
+    bool FitOptions::*wanted;
 };
 
 constexpr CorrectionRow kCorrections[] = {
-    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone},
-    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone},
-    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone},
+    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone, &FitOptions::distortion},
+    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone, &FitOptions::chromatic},
+    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone, &FitOptions::vignetting},
 };
 
 [[noreturn]] void Fail(const QString &why)
@@ -121,7 +122,10 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
 {
     const PictureFacts facts = ReadPictureFacts(picture, nullptr);
     const PictureParameters parameters = ReadParameters(request.parameters);
-    if (Covers(DoneBefore(facts, request), parameters.corrections))
+    FitOptions fit = request.fit;
+    for (const CorrectionRow &row : kCorrections)
+        fit.*row.wanted = parameters.corrections.*row.member;
+    if (parameters.profile.isEmpty() && WasDoneBefore(facts, fit))
         return {Outcome::DoneBefore, QString(), DoneBeforeText(facts)};
     if (!report.profile.isEmpty())
         Fail(tr("profile \"%1\"").arg(report.profile) + QLatin1String(": ") + report.why);

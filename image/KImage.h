@@ -44,8 +44,7 @@ struct KImageInstances {
 /// Bitmap" (this image is empty or of a form the operation doesn't support), "Invalid Parameter" (an argument is wrong)
 /// and "Not enough memory".
 ///
-/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit throughout; a row holds up to 4
-/// GiB.
+/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
 public:
     KImage();

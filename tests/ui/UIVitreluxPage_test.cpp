@@ -506,7 +506,7 @@ void tst_UIVitreluxPage::fittedFinds()
     image->writeMetadata();
     StoreSettings(true, QString());
     desk.process.SetFiles({other});
-    QTRY_VERIFY2(row->placeholderText().startsWith("Not corrected: distortion: corrected before"_s),
+    QTRY_VERIFY2(row->placeholderText().startsWith("Not corrected: distortion, vignetting: corrected before"_s),
                  qPrintable(row->placeholderText()));
 }
 

@@ -3,10 +3,9 @@
 // program (LC_ALL, QT_SCALE_FACTOR).
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PluginLoader.h"
-#include "app/SearchedFolders.h"
 #include "wizard/CorrectionWizard.h"
 #include "wizard/RunPage.h"
+#include "wizard/WizardPlugin.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -96,12 +95,6 @@ private:
     QString m_ending;
 };
 
-void SwitchOn(HostApplication *application, KIPluginOne2One *process)
-{
-    for (const char *key : {"Disto", "CA", "Falloff"})
-        application->SetPluginSetting(process->UID(), QLatin1String(key), true);
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -120,12 +113,9 @@ int main(int argc, char **argv)
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     application.TranslateWindows();
     application.MakeThumbnails();
-    const SearchedFolders folders(&application, profiles);
-    const PluginLoader plugin(QString(), CorrectionMode::Fitted);
-    Require(plugin.Process(), qPrintable(plugin.Problem()));
-    SwitchOn(&application, plugin.Process());
-    FittedCorrection correction(folders.All(), &application, &guard);
-    CorrectionWizard wizard(&application, plugin.Process(), &correction, &guard);
+    WizardPlugin plugin(&application, QString(), profiles, &guard);
+    Require(plugin.Problem().isEmpty(), qPrintable(plugin.Problem()));
+    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
     wizard.Add(arguments);
     wizard.resize(wizard.minimumWidth(), 640);
     wizard.show();

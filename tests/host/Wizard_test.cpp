@@ -6,8 +6,8 @@
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
-#include "app/SearchedFolders.h"
 #include "wizard/RunPage.h"
+#include "wizard/WizardPlugin.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -164,11 +164,11 @@ private:
         return rows;
     }
     /// Starts with pictures of these names; missing ones are created.
-    void Show(KIPluginOne2One *process, const QString &names, const QStringList &folders = {})
+    void Show(KIPluginOne2One *process, const QString &names, FittedCorrection *correction = nullptr)
     {
         m_wizard.reset(); // returns the page
-        m_correction = std::make_unique<FittedCorrection>(folders, m_host, g_guard);
-        m_wizard = std::make_unique<CorrectionWizard>(m_host, process, m_correction.get(), g_guard);
+        m_wizard =
+            std::make_unique<CorrectionWizard>(m_host, process, correction ? correction : &m_correction, g_guard);
         for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QString path = m_dir->filePath(name);
             if (!QFile::exists(path))
@@ -183,7 +183,7 @@ private:
     HostApplication *m_host = static_cast<HostApplication *>(qApp);
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<StandInProcess> m_process;
-    std::unique_ptr<FittedCorrection> m_correction;
+    FittedCorrection m_correction{{}, m_host, g_guard};
     std::unique_ptr<CorrectionWizard> m_wizard;
     QUrl m_opened;
 };
@@ -401,11 +401,10 @@ void tst_Wizard::realPluginFits()
     }
     const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
     WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
-    const SearchedFolders folders(m_host, Path("lenses"));
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
-    QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
-    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
-    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, folders.All());
+    QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), g_guard).Problem().contains("gone"_s));
+    WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), g_guard);
+    QCOMPARE(plugin.Problem(), QString());
+    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, plugin.Correction());
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
@@ -425,6 +424,8 @@ void tst_Wizard::realPluginFits()
         const QDomElement record = plugin.Process()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
+        const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
+        QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
     }
     m_wizard.reset(); // ahead of the plug-in
 }

@@ -11,12 +11,13 @@ struct CorrectionRow {
     const char *name; // in the record's "Done"
     bool Corrections::*member;
     Fact<bool> PictureFacts::*doneBefore;
+    bool FitOptions::*wanted;
 };
 
 constexpr CorrectionRow kCorrections[] = {
-    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone},
-    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone},
-    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone},
+    {"distortion", &Corrections::distortion, &PictureFacts::distortionDone, &FitOptions::distortion},
+    {"lateral color", &Corrections::chromatic, &PictureFacts::chromaticDone, &FitOptions::chromatic},
+    {"vignetting", &Corrections::vignetting, &PictureFacts::vignettingDone, &FitOptions::vignetting},
 };
 
 [[noreturn]] void Fail(const QString &why)
@@ -24,14 +25,14 @@ constexpr CorrectionRow kCorrections[] = {
     throw KException(why, KPlace());
 }
 
-/// Whether all of @p some are in @p all.
+/// Whether @p all contains all of @p some.
 bool Covers(const Corrections &all, const Corrections &some)
 {
     return (all.distortion || !some.distortion) && (all.chromatic || !some.chromatic)
         && (all.vignetting || !some.vignetting);
 }
 
-/// The corrections that count as made before: a profile that the user chose, or "again", makes them again.
+/// Returns the corrections that count as already made: none if the user chose a profile or "again".
 Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
 {
     Corrections done;
@@ -94,7 +95,7 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
                 note.join(QStringLiteral("; "))};
     } catch (const KException &) {
         const Report report = ReportOf(process, record);
-        if (!report.isThere || report.done.Any()) // no decision of the fit's
+        if (!report.isThere || report.done.Any()) // a failure of the run, not of the fit
             throw;
         return NothingDone(report, planned.picture, request);
     }
@@ -121,7 +122,10 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
 {
     const PictureFacts facts = ReadPictureFacts(picture, nullptr);
     const PictureParameters parameters = ReadParameters(request.parameters);
-    if (Covers(DoneBefore(facts, request), parameters.corrections))
+    FitOptions fit = request.fit;
+    for (const CorrectionRow &row : kCorrections)
+        fit.*row.wanted = parameters.corrections.*row.member;
+    if (parameters.profile.isEmpty() && WasDoneBefore(facts, fit))
         return {Outcome::DoneBefore, QString(), DoneBeforeText(facts)};
     if (!report.profile.isEmpty())
         Fail(tr("profile \"%1\"").arg(report.profile) + QLatin1String(": ") + report.why);
@@ -133,7 +137,7 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
 QString FittedCorrection::WhyNoProfile(const Report &report, const PictureFacts &facts, const FitOptions &options)
 {
     const FitResult fit = m_fitter.Fit(facts, options);
-    if (fit.isAmbiguous || fit.nearest.isEmpty()) // the reason names them
+    if (fit.isAmbiguous || fit.nearest.isEmpty()) // the reason names the candidates
         return report.why;
     return QStringLiteral("%1; %2: %3")
         .arg(report.why, tr("nearest"), fit.nearest.mid(0, 3).join(QStringLiteral("; ")));

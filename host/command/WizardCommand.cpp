@@ -28,7 +28,7 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
     QStringList files = options.files;
     for (QString &file : files) {
-        if (file.startsWith(QLatin1Char(':'))) // not a resource of Qt's
+        if (file.startsWith(QLatin1Char(':'))) // not a Qt resource
             file.prepend(QLatin1String("./"));
     }
     wizard.Add(files);

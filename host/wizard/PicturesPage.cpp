@@ -2,6 +2,7 @@
 
 #include "app/HostApplication.h"
 #include "app/OutputPlan.h"
+#include "gfl.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -46,9 +47,9 @@ constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is 
 QStringList PictureNames()
 {
     QStringList names;
-    for (const char *suffix : {"tif", "tiff", "jpg", "jpeg", "png", "exr", "hdr", "psd", "psb", "dng", "cr2", "cr3",
-                               "crw", "nef",  "nrw", "arw",  "sr2", "raf", "orf", "rw2", "pef", "srw", "x3f"})
-        names << QLatin1String("*.") + QLatin1String(suffix);
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
+        for (const QString &suffix : QString::fromLatin1(format->Suffixes).split(QLatin1Char(' ')))
+            names << QLatin1Char('*') + suffix;
     return names;
 }
 

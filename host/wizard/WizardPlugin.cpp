@@ -7,7 +7,7 @@ WizardPlugin::WizardPlugin(HostApplication *application, const QString &file, co
     : m_folders(application, lensPath),
       m_loader(file, CorrectionMode::Fitted),
       m_process(m_loader.Process()),
-      m_correction(m_folders.All(), application, guard)
+      m_correction(m_folders.Folders(), application, guard)
 {
     if (!m_process || !SwitchOnUnchosen(application))
         return;

@@ -394,6 +394,7 @@ void tst_Wizard::realPluginFits()
         {"found.jpg", {kLens, "50/1", "8/1"}},
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
         {"before.jpg", {kLens, "50/1", "8/1", true}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
     };
     for (const auto &[name, told] : pictures) {
         WriteJpeg(Path(name), 60, 40);
@@ -404,7 +405,7 @@ void tst_Wizard::realPluginFits()
     QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), g_guard).Problem().contains("gone"_s));
     WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), g_guard);
     QCOMPARE(plugin.Problem(), QString());
-    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, plugin.Correction());
+    Show(plugin.Process(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
@@ -419,7 +420,8 @@ void tst_Wizard::realPluginFits()
     QVERIFY2(rows[1].startsWith("none.jpg|Failed: No lens profile"_s) && rows[1].contains("; nearest: "_s),
              qPrintable(rows[1]));
     QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
-    QCOMPARE(Find<QLabel>("state")->text(), "1 picture corrected, 1 corrected before, 1 failed"_s);
+    QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
     for (const auto &[name, told] : pictures) {
         const QDomElement record = plugin.Process()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice

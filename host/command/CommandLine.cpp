@@ -65,9 +65,8 @@ constexpr VerbRow kVerbs[] = {
      "counts once, by its last one.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
-     "next to its original, as NAME_corrected.tiff. A picture without a chosen lens profile is corrected by the one "
-     "for\n"
-     "its camera and lens, if the profile folder has it as FOLDER/BRAND/*.lcp.\n"},
+     "next to its original, as NAME_corrected.tiff. Lens profiles are found and fitted as by the correct command; the\n"
+     "window shows which one was found, and another one can be chosen.\n"},
 };
 
 struct OptionRow {
@@ -114,7 +113,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
     {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look up profiles in DIR, which becomes the stored folder"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 

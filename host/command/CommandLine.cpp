@@ -20,7 +20,7 @@ struct VerbRow {
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and writes\n"
-     "NAME_corrected.tiff beside it, in the depth of the picture and with its color profile, EXIF and IPTC data. "
+     "NAME_corrected.tiff beside it, in the depth of the picture and with its color profile, EXIF, IPTC and XMP data. "
      "Without --distortion, --ca and --vignetting every\n"
      "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
      "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
@@ -29,7 +29,7 @@ constexpr VerbRow kVerbs[] = {
      "is found by the picture's camera and lens, in the folder of profiles at any depth; where none fits, in "
      "lensfun's\n"
      "database. A line on standard error says which profile was used, what was assumed and what was left out.\n"
-     "Pictures that their camera or another program corrected before are skipped.\n"
+     "Pictures that their camera, another program or an earlier run corrected before are skipped.\n"
      "\n"
      "With --plain a profile corrects pictures of its own size, by its first entry, as other programs with this "
      "plug-in\n"

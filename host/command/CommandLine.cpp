@@ -20,9 +20,8 @@ struct VerbRow {
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and\n"
-     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF and IPTC data of the picture. "
-     "Without\n"
-     "--distortion, --ca and --vignetting, every correction that the profile has is applied; one that is requested "
+     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is requested "
      "but\n"
      "missing from the profile is a failure. An output appears only when it is complete, and replaces an existing "
      "file\n"
@@ -31,7 +30,7 @@ constexpr VerbRow kVerbs[] = {
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
-     "camera or another program already corrected are skipped.\n"
+     "camera, another program or an earlier run already corrected are skipped.\n"
      "\n"
      "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"

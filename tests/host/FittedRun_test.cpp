@@ -23,6 +23,7 @@ private Q_SLOTS:
     void correct_data();
     void correct();
     void records();
+    void secondRun();
     void info();
     void lenses();
 };
@@ -157,6 +158,47 @@ void FittedRunTest::records()
         QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
     }
     QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
+}
+
+/// A run leaves a record of itself, by which later ones and other programs know it.
+void FittedRunTest::secondRun()
+{
+    const QString first = "out/named_corrected.tiff"_s;
+    Run("correct -o out --amount distortion=80 --lens-path lenses named.jpg"_s);
+    const auto image = Exiv2::ImageFactory::open(Path(first).toStdString());
+    image->readMetadata();
+    const auto text = [&](const std::string &key) { return image->xmpData()["Xmp." + key].toString(); };
+    const std::pair<const char *, std::string> texts[] = {
+        {"vitrelux.Corrections", "distortion, vignetting"}, // the profile has no lateral color
+        {"vitrelux.Requested", "distortion, lateral color, vignetting"},
+        {"vitrelux.Profile", "x.lcp"},
+        {"vitrelux.AmountDisto", "0.8"},
+        {"crs.AlreadyApplied", "True"},
+        {"crs.LensProfileSetup", "Auto"},
+        {"crs.LensProfileDistortionScale", "80"},
+        {"crs.LensProfileChromaticAberrationScale", "0"},
+        {"crs.LensProfileVignettingScale", "100"},
+    };
+    for (const auto &[key, value] : texts)
+        QVERIFY2(text(key) == value, (std::string(key) + ": " + text(key)).c_str());
+
+    const struct {
+        const char *line;
+        int exitCode;
+        QString said;
+    } later[] = {
+        {"--lens-path lenses", 0,
+         "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
+        {"--lens-path empty", 0, "skipped, corrected before: distortion"_s},
+        {"--ca --lens-path lenses", 1, "an earlier run could not correct it"_s},
+        {"--again --lens-path lenses", 0, "distortion again, though corrected before"_s},
+        {"--profile lenses/0.lcp", 0, "distortion again, though corrected before"_s},
+    };
+    for (const auto &row : later) {
+        const ProgramResult result = Run("correct --overwrite -o later %1 %2"_s.arg(QLatin1String(row.line), first));
+        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.said),
+                 row.line + QByteArray(": ") + result.error);
+    }
 }
 
 void FittedRunTest::info()

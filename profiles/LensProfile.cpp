@@ -352,7 +352,7 @@ LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QSt
     if (!why.isEmpty())
         return Refused(profile, QStringLiteral("not a whole XML document: %1").arg(why), error);
     if (profile.entries.isEmpty())
-        return Refused(profile, QStringLiteral("no entry (rdf:li) in the file"), error);
+        return Refused(profile, QStringLiteral("no entry (rdf:li in photoshop:CameraProfiles) in the file"), error);
     if (std::none_of(profile.entries.cbegin(), profile.entries.cend(), IsUsable)) {
         const auto note = std::find_if(profile.notes.cbegin(), profile.notes.cend(),
                                        [](const ProfileNote &one) { return one.unusable; });

@@ -1,5 +1,6 @@
 #include "FitSteps_p.h"
 
+#include "CorrectionTwin.h"
 #include "Framing.h"
 
 #include <algorithm>
@@ -103,6 +104,33 @@ QString LeftOut::Text() const
     return reasons.join(QStringLiteral("; "));
 }
 
+QString WhyUseless(const RadialMap &map, const QSize &pixels)
+{
+    constexpr int kCells = 32;
+    constexpr double kLeastShare = 0.05; // strong fisheyes and zoomed crops keep more
+    Correction alone;
+    alone.width = pixels.width();
+    alone.height = pixels.height();
+    alone.geometry = map;
+    const CorrectionTwin twin(alone);
+    int kept = 0, folded = 0;
+    for (int y = 0; y < kCells; ++y) {
+        for (int x = 0; x < kCells; ++x) {
+            const SourcePlaces places =
+                twin.At((x + 0.5) / kCells * pixels.width() - 0.5, (y + 0.5) / kCells * pixels.height() - 0.5);
+            kept += !twin.IsEmpty(places);
+            folded += places.folded;
+        }
+    }
+    constexpr int kAll = kCells * kCells;
+    if (kept >= kLeastShare * kAll)
+        return QString();
+    const QString text = QStringLiteral("leaves %1 % of the picture").arg(100.0 * kept / kAll, 0, 'f', 0);
+    return folded >= kAll / 2
+        ? text + QStringLiteral(": it folds back %1 px from the center").arg(map.endRadius, 0, 'f', 0)
+        : text + QStringLiteral(": the rest comes from outside");
+}
+
 void FrameResult(const FitOptions &options, FitResult *result)
 {
     Correction &correction = result->correction;
@@ -113,5 +141,5 @@ void FrameResult(const FitOptions &options, FitResult *result)
     if (!correction.ChangesPositions())
         return;
     result->fieldShare = FieldShare(correction);
-    result->leavesEmpty = LeavesEmpty(correction);
+    result->leavesEmpty = !framing.isFull && LeavesEmpty(correction);
 }

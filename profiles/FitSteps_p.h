@@ -40,5 +40,8 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
 
+/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+QString WhyUseless(const RadialMap &map, const QSize &pixels);
+
 /// Frames the result's correction and fills in its effect on the field of view.
 void FrameResult(const FitOptions &options, FitResult *result);

@@ -101,6 +101,7 @@ private Q_SLOTS:
     void frames_data();
     void frames();
     void unknownTurn();
+    void unknownFrames();
     void parts();
     void blending();
     void choices_data();
@@ -109,6 +110,8 @@ private Q_SLOTS:
     void framings();
     void leftOut_data();
     void leftOut();
+    void useless_data();
+    void useless();
 
 private:
     QTemporaryDir m_folder;
@@ -276,6 +279,24 @@ void tst_Fit::unknownTurn()
     keep.framing = Framing::Keep;
     const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
     QVERIFY(std::abs(map.factor.AtSquared(1e6) - lying.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
+}
+
+void tst_Fit::unknownFrames()
+{
+    ProfileEntry entry = Entry(), bare = Entry();
+    entry.width = entry.sensorFormatFactor = 0.0;
+    for (auto *model : {&bare.geometry, &bare.green, &bare.redGreen, &bare.blueGreen, &bare.vignette})
+        (*model)->focalLengthX = 0.0; // by the focal length over the frame
+    bare.model = QStringLiteral("THING");
+    bare.sensorFormatFactor = 0.0;
+    for (const ProfileEntry &one : {entry, bare}) {
+        PictureFacts facts = Facts();
+        facts.model = Known(QStringLiteral("SMALL"));
+        const FitResult fit = Fit(Profile({one}), facts, {});
+        QVERIFY2(fit.why.endsWith(QLatin1String("the frame that the profile was made from is unknown")),
+                 qPrintable(fit.why));
+        QVERIFY(!fit.correction.ChangesAnything());
+    }
 }
 
 void tst_Fit::parts()
@@ -556,6 +577,53 @@ void tst_Fit::leftOut()
     QCOMPARE(letters, done);
     QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
+}
+
+void tst_Fit::useless_data()
+{
+    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, in line 9
+    QTest::addColumn<bool>("distortion");    // whether it is still made
+    QTest::addColumn<bool>("color");
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char *name, bool distortion, bool color, const char *why,
+                        const std::function<void(ProfileEntry &)> &change) {
+        ProfileEntry entry = Entry(50.0);
+        entry.line = 9;
+        change(entry);
+        QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
+    };
+    // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
+    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
+        [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
+    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest comes",
+        [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
+    row("tangential terms that throw all out", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+        [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
+    row("both colors, said once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %", [](ProfileEntry &e) {
+        e.redGreen->coefficients = {-1e12, 1e12, -1e12};
+    });
+    row("the shortest focal length of a model", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+        [](ProfileEntry &e) { e.green->focalLengthX = 1e-4; });
+    row("half a fisheye", true, true, "", [](ProfileEntry &e) {
+        e.kind = ProfileEntry::Kind::Fisheye;
+        e.green->coefficients = {-0.5};
+    });
+}
+
+void tst_Fit::useless()
+{
+    QFETCH(ProfileEntry, entry);
+    QFETCH(bool, distortion);
+    QFETCH(bool, color);
+    QFETCH(QString, why);
+    const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
+    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
+    QCOMPARE(fit.distortion, distortion);
+    QCOMPARE(fit.correction.geometry.has_value(), distortion);
+    QCOMPARE(fit.chromatic, color);
+    QCOMPARE(fit.correction.blue.has_value(), color);
+    QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
+    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
 }
 
 QTEST_GUILESS_MAIN(tst_Fit)

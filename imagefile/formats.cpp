@@ -2,6 +2,7 @@
 
 #include "exr/exr_codec.h"
 #include "hdr/hdr_codec.h"
+#include "heif/heif_codec.h"
 #include "jpeg/jpeg_codec.h"
 #include "metadata/metadata.h"
 #include "png/png_codec.h"
@@ -40,6 +41,8 @@ constexpr Row kRows[] = {
     {{"psd", "Photoshop", ".psd .psb", "image/vnd.adobe.photoshop", true}, PsdCodec},
     {{"exr", "OpenEXR", ".exr", "image/x-exr", true}, ExrCodec},
     {{"webp", "WebP", ".webp", "image/webp", false}, WebpCodec},
+    {{"avif", "AVIF", ".avif", "image/avif", false}, AvifCodec}, // before HEIF, whose brands it shares
+    {{"heif", "HEIC, HEIF", ".heic .heif .hif", "image/heif", false}, HeifCodec},
 };
 
 const Row *RowAt(std::int32_t index)

@@ -4,6 +4,7 @@
 #include "hdr/hdr_codec.h"
 #include "heif/heif_codec.h"
 #include "jpeg/jpeg_codec.h"
+#include "jxl/jxl_codec.h"
 #include "metadata/metadata.h"
 #include "png/png_codec.h"
 #include "psd/psd_codec.h"
@@ -43,6 +44,7 @@ constexpr Row kRows[] = {
     {{"webp", "WebP", ".webp", "image/webp", false}, WebpCodec},
     {{"avif", "AVIF", ".avif", "image/avif", false}, AvifCodec}, // before HEIF, whose brands it shares
     {{"heif", "HEIC, HEIF", ".heic .heif .hif", "image/heif", false}, HeifCodec},
+    {{"jxl", "JPEG XL", ".jxl", "image/jxl", false}, JxlCodec},
 };
 
 const Row *RowAt(std::int32_t index)

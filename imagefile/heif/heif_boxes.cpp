@@ -1,8 +1,9 @@
-// Boxes after ISO/IEC 14496-12 and 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3); a box is its length
+// After ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3); a box is its length
 // with its head, four letters, contents.
 #include "heif_boxes.h"
 
 #include "core/byte_reader.h"
+#include "core/iso_boxes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,46 +12,9 @@ namespace imagefile {
 
 namespace {
 
-constexpr int kMaxBoxes = 10000; // in one box
 constexpr std::uint64_t kVersionBytes = 4;
 
-struct Box {
-    std::uint64_t begin = 0, end = 0; // of the contents
-    char name[5] = "";
-
-    bool Is(const char *other) const { return std::strcmp(name, other) == 0; }
-};
-
-/// Returns the boxes in a range of a file, up to the first invalid one.
-std::vector<Box> BoxesIn(const Source &source, std::uint64_t begin, std::uint64_t end)
-{
-    std::vector<Box> boxes;
-    end = std::min(end, source.Size());
-    while (begin < end && end - begin >= 8 && boxes.size() < kMaxBoxes) {
-        ByteReader reader(source, begin);
-        Box box;
-        std::uint64_t size = reader.Number(4);
-        reader.Read(box.name, 4);
-        if (size == 1)
-            size = reader.Number(8);
-        box.begin = reader.Position();
-        box.end = size == 0 || size > end - begin ? end : begin + size;
-        if (reader.Failed() || box.end < box.begin)
-            break;
-        begin = box.end;
-        boxes.push_back(box);
-    }
-    return boxes;
-}
-
-/// Returns the first box of a name; an empty one if there is none.
-Box Find(const std::vector<Box> &boxes, const char *name)
-{
-    const auto found = std::find_if(boxes.begin(), boxes.end(), [name](const Box &box) { return box.Is(name); });
-    return found != boxes.end() ? *found : Box();
-}
-
-std::uint64_t PrimaryItem(const Source &source, const Box &pitm)
+std::uint64_t PrimaryItem(const Source &source, const IsoBox &pitm)
 {
     ByteReader reader(source, pitm.begin);
     const bool isLong = reader.Number(kVersionBytes) >> 24 != 0;
@@ -58,7 +22,7 @@ std::uint64_t PrimaryItem(const Source &source, const Box &pitm)
 }
 
 /// Returns the numbers of an item's properties in order: 1 is the first in ipco.
-std::vector<std::size_t> PropertiesOf(std::uint64_t item, const Source &source, const Box &ipma)
+std::vector<std::size_t> PropertiesOf(std::uint64_t item, const Source &source, const IsoBox &ipma)
 {
     std::vector<std::size_t> numbers;
     ByteReader reader(source, ipma.begin);
@@ -80,7 +44,7 @@ std::vector<std::size_t> PropertiesOf(std::uint64_t item, const Source &source, 
 
 constexpr HeifTurn kQuarterLeft = {0, 1, -1, 0}, kTopToBottom = {1, 0, 0, -1}, kLeftToRight = {-1, 0, 0, 1};
 
-bool IsGray(const Source &source, const Box &box)
+bool IsGray(const Source &source, const IsoBox &box)
 {
     ByteReader reader(source, box.begin);
     if (box.Is("pixi")) { // number of channels
@@ -114,15 +78,15 @@ std::uint16_t HeifTurn::Orientation() const
 HeifProperties ReadHeifProperties(const Source &source)
 {
     HeifProperties properties;
-    const Box meta = Find(BoxesIn(source, 0, source.Size()), "meta");
-    const std::vector<Box> parts = BoxesIn(source, meta.begin + kVersionBytes, meta.end);
-    const Box iprp = Find(parts, "iprp");
-    const std::vector<Box> lists = BoxesIn(source, iprp.begin, iprp.end);
-    const Box ipco = Find(lists, "ipco");
-    const std::vector<Box> all = BoxesIn(source, ipco.begin, ipco.end);
+    const IsoBox meta = FindIsoBox(IsoBoxesIn(source, 0, source.Size()), "meta");
+    const std::vector<IsoBox> parts = IsoBoxesIn(source, meta.begin + kVersionBytes, meta.end);
+    const IsoBox iprp = FindIsoBox(parts, "iprp");
+    const std::vector<IsoBox> lists = IsoBoxesIn(source, iprp.begin, iprp.end);
+    const IsoBox ipco = FindIsoBox(lists, "ipco");
+    const std::vector<IsoBox> all = IsoBoxesIn(source, ipco.begin, ipco.end);
     for (const std::size_t number :
-         PropertiesOf(PrimaryItem(source, Find(parts, "pitm")), source, Find(lists, "ipma"))) {
-        const Box box = number >= 1 && number <= all.size() ? all[number - 1] : Box();
+         PropertiesOf(PrimaryItem(source, FindIsoBox(parts, "pitm")), source, FindIsoBox(lists, "ipma"))) {
+        const IsoBox box = number >= 1 && number <= all.size() ? all[number - 1] : IsoBox();
         const int first = ByteReader(source, box.begin).Byte();
         if (box.Is("irot"))
             for (int quarter = first & 3; quarter > 0; --quarter)
@@ -140,7 +104,7 @@ HeifProperties ReadHeifProperties(const Source &source)
 bool HasHeifBrand(const Source &source, const char *brand)
 {
     constexpr std::uint64_t kMaxBytes = 1024; // files list some ten
-    const std::vector<Box> boxes = BoxesIn(source, 0, std::min(source.Size(), kMaxBytes));
+    const std::vector<IsoBox> boxes = IsoBoxesIn(source, 0, std::min(source.Size(), kMaxBytes));
     if (boxes.empty() || !boxes[0].Is("ftyp"))
         return false;
     ByteReader reader(source, boxes[0].begin);

@@ -15,6 +15,7 @@ template <auto Free> struct HeifDeleter {
 };
 using HeifContext = std::unique_ptr<heif_context, HeifDeleter<heif_context_free>>;
 using HeifHandle = std::unique_ptr<heif_image_handle, HeifDeleter<heif_image_handle_release>>;
+using HeifColors = std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_nclx_color_profile_free>>;
 using HeifImage = std::unique_ptr<heif_image, HeifDeleter<heif_image_release>>;
 
 /// The main picture of a file, pixels as the camera stored them: libheif would turn them, but here the orientation is

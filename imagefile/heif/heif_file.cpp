@@ -1,4 +1,3 @@
-#include "core/byte_reader.h"
 #include "heif_codec.h"
 #include "metadata/metadata.h"
 
@@ -86,10 +85,8 @@ void HeifFile::Describe(GFL_FILE_INFORMATION *info) const
     info->ColorModel = m_form.channels == 1 ? GFL_CM_GREY : GFL_CM_YCBCR;
 }
 
-// EXIF begins with the offset, from behind it, of its TIFF.
 void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
 {
-    constexpr std::size_t kOffsetBytes = 4;
     const bool isExif = std::strcmp(heif_image_handle_get_metadata_type(m_handle.get(), id), "Exif") == 0;
     const char *kind = heif_image_handle_get_metadata_content_type(m_handle.get(), id);
     const bool isXmp = !isExif && kind && std::strcmp(kind, "application/rdf+xml") == 0;
@@ -99,14 +96,10 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
     Bytes block(size <= kMaxMetadataBytes ? size : 0);
     if (block.empty() || heif_image_handle_get_metadata(m_handle.get(), id, block.data()).code != heif_error_Ok)
         return Warn("damaged metadata is left out: a block that can't be read");
-    if (isXmp) {
+    if (isXmp)
         metadata->xmp = std::move(block);
-        return;
-    }
-    const std::size_t begin = size < kOffsetBytes ? size : kOffsetBytes + std::size_t(BigEndian32(block.data()));
-    if (begin >= size)
-        return Warn("damaged metadata is left out: EXIF that begins after its end");
-    DecodeExifBlock(Bytes(block.begin() + static_cast<std::ptrdiff_t>(begin), block.end()), &metadata->exif);
+    else
+        DecodeBoxedExif(block, &metadata->exif);
 }
 
 // A profile, or numbers of ITU-T H.273 for primaries and tone curve.
@@ -119,11 +112,13 @@ void HeifFile::TakeColors(Metadata *metadata) const
             metadata->icc.clear();
     }
     heif_color_profile_nclx *found = nullptr;
-    if (!metadata->icc.empty() || heif_image_handle_get_nclx_color_profile(m_handle.get(), &found).code != heif_error_Ok
-        || !found)
+    if (!metadata->icc.empty())
         return;
-    const std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_nclx_color_profile_free>> colors(found);
-    const int primaries = colors->color_primaries, curve = colors->transfer_characteristics;
+    const bool isKnown = heif_image_handle_get_nclx_color_profile(m_handle.get(), &found).code == heif_error_Ok;
+    const HeifColors colors(found); // there may be some even after an error
+    if (!found)
+        return;
+    const int primaries = isKnown ? found->color_primaries : 0, curve = isKnown ? found->transfer_characteristics : 0;
     const bool isSrgb =
         (primaries == heif_color_primaries_ITU_R_BT_709_5 || primaries == heif_color_primaries_unspecified)
         && (curve == heif_transfer_characteristic_ITU_R_BT_709_5 || curve == heif_transfer_characteristic_unspecified
@@ -131,7 +126,7 @@ void HeifFile::TakeColors(Metadata *metadata) const
             || curve == heif_transfer_characteristic_IEC_61966_2_1);
     if (!isSrgb)
         Warn(Text("colors are taken for sRGB, but the file has no profile and names primaries %d and tone curve %d of "
-                  "ITU-T H.273",
+                  "ITU-T H.273 (0: not defined there)",
                   primaries, curve)
                  .c_str());
 }

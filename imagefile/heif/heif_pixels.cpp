@@ -46,11 +46,9 @@ template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool 
 bool IsReducedGray(const heif_image &image)
 {
     heif_color_profile_nclx *found = nullptr;
-    if (heif_image_get_nclx_color_profile(&image, &found).code != heif_error_Ok || !found)
-        return false;
-    const bool isReduced = found->full_range_flag == 0;
-    heif_nclx_color_profile_free(found);
-    return isReduced;
+    const bool isKnown = heif_image_get_nclx_color_profile(&image, &found).code == heif_error_Ok;
+    const HeifColors colors(found); // there may be some even after an error
+    return isKnown && found && found->full_range_flag == 0;
 }
 
 } // namespace

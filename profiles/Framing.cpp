@@ -25,7 +25,7 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-/// Uses only its positions.
+/// Returns a twin of the unframed correction, for positions only.
 CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;

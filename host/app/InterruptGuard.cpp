@@ -19,7 +19,7 @@ void RemoveForGood(const QString &folder)
         why = RemoveFolder(folder);
     }
     if (!why.isEmpty())
-        TellNotRemoved(folder, why);
+        PrintNotRemoved(folder, why);
 }
 
 sigset_t SignalsNotIgnored()

@@ -19,52 +19,51 @@ struct VerbRow {
 
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
-     "Corrects each PICTURE (%1) by a lens profile and writes\n"
-     "NAME_corrected.tiff beside it, in the depth of the picture and with its color profile, EXIF and IPTC data. "
-     "Without --distortion, --ca and --vignetting every\n"
-     "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
-     "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
+     "Corrects each PICTURE (%1) by a lens profile and\n"
+     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF and IPTC data of the picture. "
+     "Without\n"
+     "--distortion, --ca and --vignetting, every correction that the profile has is applied; one that is requested "
+     "but\n"
+     "missing from the profile is a failure. An output appears only when it is complete, and replaces an existing "
+     "file\n"
+     "only with --overwrite.\n"
      "\n"
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
-     "is found by the picture's camera and lens, in the folder of profiles at any depth; where none fits, in "
-     "lensfun's\n"
-     "database. A line on standard error says which profile was used, what was assumed and what was left out.\n"
-     "Pictures that their camera or another program corrected before are skipped.\n"
+     "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
+     "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
+     "camera or another program already corrected are skipped.\n"
      "\n"
-     "With --plain a profile corrects pictures of its own size, by its first entry, as other programs with this "
-     "plug-in\n"
-     "do; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
+     "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
+     "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
      "\n"
-     "Prints the name of each file written on standard output, one a line. A picture that fails is told in one line "
-     "on\n"
-     "standard error, and the others go on.\n"},
-    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show what is known of pictures",
-     "Prints size, depth and format of each PICTURE, what its metadata tell of camera, lens, exposure, date and "
-     "place,\n"
-     "and which lens profile goes with it, or why none is found.\n"},
-    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show what lens profiles hold",
-     "Prints what each lens profile (.lcp) holds: camera, lens and frame, and its entries as a grid of focal lengths,\n"
-     "distances, apertures and models. A profile that can't be used is a failure. With --for, so is one that does\n"
+     "Prints the name of each file written on standard output, one per line. A picture that fails gets one line on\n"
+     "standard error, and the others continue.\n"},
+    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show facts about pictures",
+     "Prints size, depth and format of each PICTURE, what its metadata says about camera, lens, exposure, date and\n"
+     "place, and which lens profile fits it or why none was found.\n"},
+    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show the content of lens profiles",
+     "Prints the content of each lens profile (.lcp): camera, lens and frame, and its entries as a grid of focal\n"
+     "lengths, distances, apertures and models. An unusable profile is a failure. With --for, so is one that does\n"
      "nothing to PICTURE.\n"
      "\n"
-     "--check prints one line for each oddity, FILE:LINE: warning or error: fields that contradict each other, models\n"
-     "without coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
+     "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without\n"
+     "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
      "\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
-     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
-     "in\n"
-     "the picture as taken; of fisheyes, against the equidistant projection. Color shift counts from green. Prints "
-     "the\n"
-     "name of the file written.\n"},
+     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies\n"
+     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
+     "green.\n"
+     "Prints the name of the file written.\n"},
     {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
-     "Prints the places in which profiles are searched, how many files each holds and how many lenses they serve, and\n"
-     "which files can't be read. With WORDs, prints the lenses whose names hold all of them, in any case, with their\n"
-     "profiles; lensfun:MAKER/LENS is of lensfun's database. --lens takes such a name.\n"},
+     "Prints the folders searched for profiles, the number of files and of lenses in each, and the files that can't "
+     "be\n"
+     "read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their profiles;\n"
+     "lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
-     "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
-     "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "
-     "is\n"
-     "corrected by the one of its camera and lens, if the folder of profiles has it, as FOLDER/BRAND/*.lcp.\n"},
+     "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
+     "next to its original, as NAME_corrected.tiff. A picture without a chosen lens profile is corrected by the one "
+     "for\n"
+     "its camera and lens, if the profile folder has it as FOLDER/BRAND/*.lcp.\n"},
 };
 
 struct OptionRow {
@@ -75,35 +74,35 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp) of all pictures"},
+    {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
     {Verb::Correct,
      {"lens-path", nullptr},
      "DIR",
      "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
-    {Verb::Correct, {"ca", nullptr}, nullptr, "remove colour fringes (chromatic aberration)"},
+    {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
-    {Verb::Correct, {"o", "output"}, "DIR", "write into DIR, which is made if it does not exist"},
-    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
-    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
-    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures at once; default: as processors and memory allow"},
+    {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
+    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
+    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
+    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Correct, {"v", "verbose"}, nullptr, "show what is known of each picture, and from where"},
+    {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources"},
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
-    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
+    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp"},
+    {Verb::Info, {"plain", nullptr}, nullptr, "look the profile up as --plain does, as FOLDER/BRAND/*.lcp"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Profile, {"check", nullptr}, nullptr, "print what is odd, line by line, and nothing else"},
-    {Verb::Profile, {"for", nullptr}, "PICTURE", "print what is applied to PICTURE too"},
-    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, on a line of its own"},
-    {Verb::Profile, {"plot", nullptr}, "FILE", "draw curves into FILE, .svg or .png, of one profile"},
-    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace the plot if it exists; without it that is a failure"},
+    {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
+    {Verb::Profile, {"for", nullptr}, "PICTURE", "also print what is applied to PICTURE"},
+    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, one per line"},
+    {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
+    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look up profiles in DIR, which becomes the stored folder"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -114,7 +113,7 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Options that only fitted corrections have.
+/// Returns the options that only fitted corrections have.
 QVector<OptionRow> FittedRows()
 {
     QVector<OptionRow> rows;
@@ -124,7 +123,7 @@ QVector<OptionRow> FittedRows()
     return rows;
 }
 
-/// All options of a verb, in the order of its help.
+/// Returns all options of a verb, in the order of its help.
 QVector<OptionRow> OptionsOf(Verb verb)
 {
     QVector<OptionRow> rows;
@@ -135,7 +134,7 @@ QVector<OptionRow> OptionsOf(Verb verb)
     return verb == Verb::Correct ? rows + FittedRows() : rows;
 }
 
-/// "-o, --output DIR"
+/// Returns the names of an option as in the help: "-o, --output DIR".
 QString Spelling(const OptionRow &row)
 {
     QStringList names;
@@ -155,15 +154,15 @@ QString HelpLine(const QString &left, const char *right)
 QString ProgramHelp()
 {
     QString text = QStringLiteral("Usage: vitrelux COMMAND [OPTION]... FILE...\n\n"
-                                  "Removes lens distortion, colour fringes and dark corners from photographs.\n\n");
+                                  "Removes lens distortion, color fringes and dark corners from photographs.\n\n");
     for (const VerbRow &verb : kVerbs)
         text += HelpLine(Latin(verb.name), verb.summary);
     text += HelpLine(QStringLiteral("--version"), "print the version");
-    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help tells more of a command");
+    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help describes a command");
     return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
 
-/// "Camera raw, TIFF, JPEG ..."
+/// Returns the formats that can be read: "Camera raw, TIFF, JPEG ...".
 QString KnownFormats()
 {
     QStringList names;
@@ -191,7 +190,7 @@ CommandLine PrintText(const QString &text)
     return line;
 }
 
-/// @param command  "vitrelux", or with the verb behind it: whose help is named.
+/// @param command  "vitrelux" or "vitrelux VERB": the command whose help is suggested.
 CommandLine Refuse(const QString &command, const QString &why)
 {
     CommandLine line;
@@ -221,8 +220,8 @@ void AddOptions(QCommandLineParser *parser, Verb verb)
     parser->addOption(QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")}));
 }
 
-/// The first option that was given an empty value, as it is spelled: an empty name is a slip in a script, never meant.
-/// Empty if there is none.
+/// Returns the first option with an empty value, as spelled in the help; empty if there is none. An empty value is a
+/// mistake in a script, never intended.
 QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 {
     const QVector<OptionRow> rows = OptionsOf(verb);
@@ -267,7 +266,7 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
-/// The options of a verb that can't stand together; empty: they can.
+/// Returns a message about two options that exclude each other; empty if there are none.
 QString FindExclusion(const QCommandLineParser &parser)
 {
     using Pair = std::pair<const char *, const char *>;
@@ -283,7 +282,7 @@ QString FindExclusion(const QCommandLineParser &parser)
     return QString();
 }
 
-/// Reads the options of fitted corrections; what is wrong with one, or empty.
+/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
 QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
 {
     const QVector<FittedOptionRow> rows = FittedOptionRows();
@@ -296,7 +295,7 @@ QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
     return QString();
 }
 
-/// What is wrong with the options of `profile`; empty: nothing.
+/// Returns what is wrong with the options of `profile`; empty if nothing is.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
@@ -335,7 +334,7 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMostJobs;
 }
 
-/// For a picture whose name was taken for options.
+/// Returns a hint about a picture whose name was parsed as an option; empty if there is none.
 QString HintAtDashes(const QStringList &arguments)
 {
     for (const QString &argument : arguments) {
@@ -357,9 +356,9 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
     if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
-        return Refuse(command, QStringLiteral("no file named."));
+        return Refuse(command, QStringLiteral("no file given."));
     if (parser.positionalArguments().contains(QString()))
-        return Refuse(command, QStringLiteral("the name of a file is empty."));
+        return Refuse(command, QStringLiteral("a file name is empty."));
 
     CommandLine line;
     if (verb.verb == Verb::Profile) {
@@ -411,7 +410,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     if (first == QLatin1String("--version"))
         return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
     if (const VerbRow *verb = FindVerb(first))
-        return ParseVerb(*verb, arguments); // the verb stands where the parser expects the program's name
+        return ParseVerb(*verb, arguments); // the parser expects the program's name in the place of the verb
     if (first.startsWith(QLatin1Char('-')))
         return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
     return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));

@@ -15,7 +15,7 @@ void Write(std::FILE *stream, const QString &text)
     const auto length = static_cast<std::size_t>(bytes.size());
     if (std::fwrite(bytes.constData(), 1, length, stream) == length && std::fflush(stream) == 0)
         return;
-    if (errno == EPIPE) // nobody reads any more; whoever guards the process against interruptions takes it from here
+    if (errno == EPIPE) // the reader is gone: end as InterruptGuard does for signals
         kill(getpid(), SIGPIPE);
 }
 
@@ -24,7 +24,7 @@ bool IsControl(QChar c)
     return c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
 }
 
-/// "a\x1b[2J.jpg"
+/// Escapes control characters, as in "a\x1b[2J.jpg".
 QString Escaped(const QString &name)
 {
     QString text;
@@ -33,7 +33,7 @@ QString Escaped(const QString &name)
     return text;
 }
 
-/// A terminal that can take a line back: one that calls itself dumb can't.
+/// Whether standard error is a terminal that can erase a line; a "dumb" one can't.
 bool IsLiveTerminal()
 {
     const QByteArray kind = qgetenv("TERM");
@@ -73,7 +73,7 @@ Console::Console() : m_terminal(IsLiveTerminal())
 
 void Console::Print(const QString &text)
 {
-    ClearProgress(); // standard output is often the same terminal
+    ClearProgress(); // standard output is often on the same terminal
     Write(stdout, text);
     ShowProgress();
 }

@@ -1,10 +1,11 @@
 #include "CorrectCommand.h"
 
 #include "Console.h"
-#include "FittedCorrection.h"
 #include "KException.h"
 #include "KOmp.h"
 #include "app/FactLines.h"
+#include "app/FileNames.h"
+#include "app/FittedCorrection.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/MemoryBudget.h"
@@ -33,10 +34,10 @@ enum class Outcome { Corrected, Skipped, DoneBefore };
     throw KException(why, KPlace());
 }
 
-/// One run over all pictures. No wizard page is shown, so the record of each picture is all that the process gets:
-/// SetFiles and OnValidatePage belong to the page.
+/// One run over all pictures. No wizard page is shown, so the process gets only a record per picture: SetFiles and
+/// OnValidatePage belong to the page.
 ///
-/// Pictures are corrected on several threads, each with a process of its own; whichever is free takes the next one.
+/// Pictures are corrected on several threads, each with a separate process object; a free thread takes the next one.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
@@ -52,20 +53,21 @@ public:
     {
     }
 
-    /// Threads to work on. Their own threads share the processors, so the plug-in is to be loaded after this.
+    /// Divides the processors among the threads of the run. Call it before the plug-in is loaded. @return their number.
     int ShareProcessors() const;
-    ExitCode All(const PluginLoader &plugin, int threads);
+    ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 
 private:
-    void Work(KIPluginOne2One *process);
-    void WorkOn(KIPluginOne2One *process, int number);
-    Outcome One(KIPluginOne2One *process, const PlannedPicture &planned);
-    Outcome Plain(KIPluginOne2One *process, const PlannedPicture &planned);
-    Outcome Fitted(KIPluginOne2One *process, const PlannedPicture &planned);
+    void RunThread(KIPluginOne2One *process);
+    void CorrectAndReport(KIPluginOne2One *process, int number);
+    Outcome Correct(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome CorrectPlain(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome CorrectFitted(KIPluginOne2One *process, const PlannedPicture &planned);
+    FittedRequest Request(KIPluginOne2One *process) const;
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
     Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
-    void TellMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile);
+    void NoteMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile);
 
     const CorrectOptions &m_options;
     HostApplication *m_application;
@@ -76,9 +78,9 @@ private:
     Console *m_console;
     const QVector<PlannedPicture> m_plan;
     MemoryBudget m_memory;
-    std::mutex m_mutex;                         // of what follows, of the lookup and of the console
-    KIPluginOne2One *m_lookupProcess = nullptr; // the last one made: its folder of profiles is the one that stands
-    QHash<QString, ProfileUse> m_profiles;      // by name: each is read once
+    std::mutex m_mutex;                         // guards the members below, the lookup and the console
+    KIPluginOne2One *m_lookupProcess = nullptr; // the last one made, as ProfileLookup requires
+    QHash<QString, ProfileUse> m_profiles;      // by name, so that each is read once
     int m_begun = 0;
     int m_corrected = 0, m_skipped = 0, m_correctedBefore = 0, m_failed = 0;
 };
@@ -92,8 +94,8 @@ int CorrectRun::ShareProcessors() const
     return threads;
 }
 
-/// Memory that is freed is kept for the next picture: its pages cost a fifth of a run when the system has to make them
-/// anew. They stay in one heap, since threads with heaps of their own would each keep their share.
+/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. One heap for
+/// all threads, because each heap would keep the memory of its largest picture.
 void KeepFreedMemory()
 {
     mallopt(M_MMAP_MAX, 0);
@@ -101,13 +103,13 @@ void KeepFreedMemory()
     mallopt(M_ARENA_MAX, 1);
 }
 
-ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
+ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
 {
     if (m_plan.size() > 1)
         KeepFreedMemory();
     m_lookupProcess = plugin.Process();
     if (m_folders)
-        m_fitted = std::make_unique<FittedCorrection>(m_options, m_folders->All(), m_application, m_guard);
+        m_fitted = std::make_unique<FittedCorrection>(m_folders->Folders(), m_application, m_guard);
     std::vector<std::unique_ptr<QObject>> made;
     std::vector<KIPluginOne2One *> processes;
     for (int i = 1; i < threads; ++i) {
@@ -118,18 +120,18 @@ ExitCode CorrectRun::All(const PluginLoader &plugin, int threads)
     std::vector<std::thread> others;
     try {
         for (KIPluginOne2One *process : processes)
-            others.emplace_back(&CorrectRun::Work, this, process);
+            others.emplace_back(&CorrectRun::RunThread, this, process);
     } catch (const std::system_error &) {
-        // As many as the system grants; this one works in any case.
+        // Continue with the threads that started; this one always works.
     }
-    Work(plugin.Process());
+    RunThread(plugin.Process());
     for (std::thread &other : others)
         other.join();
     m_console->Summary(m_corrected, m_skipped, m_correctedBefore, m_failed);
     return m_failed ? kSomeFailed : kAllDone;
 }
 
-void CorrectRun::Work(KIPluginOne2One *process)
+void CorrectRun::RunThread(KIPluginOne2One *process)
 {
     for (;;) {
         int number = 0;
@@ -139,14 +141,14 @@ void CorrectRun::Work(KIPluginOne2One *process)
                 return;
             number = ++m_begun;
         }
-        WorkOn(process, number);
+        CorrectAndReport(process, number);
         if (!m_plan[number - 1].repeated) // the first of that name may still need it
             m_application->Forget(m_plan[number - 1].picture);
     }
 }
 
 /// @param number  of the picture, from 1.
-void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
+void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     try {
@@ -155,7 +157,7 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
-        const Outcome outcome = One(process, planned);
+        const Outcome outcome = Correct(process, planned);
         const QString warning = QString::fromUtf8(gflLastWarningText());
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
@@ -173,12 +175,12 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
     }
 }
 
-Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
+Outcome CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned)
 {
     if (planned.repeated)
         return Outcome::Skipped;
     if (!planned.rival.isEmpty())
-        Fail(QStringLiteral("its output \"%1\" is that of \"%2\" already").arg(planned.output, planned.rival));
+        Fail(QStringLiteral("its output \"%1\" is already that of \"%2\"").arg(planned.output, planned.rival));
     if (m_options.existing != ExistingOutput::Overwrite && IsThere(planned.output)) {
         if (m_options.existing == ExistingOutput::Skip)
             return Outcome::Skipped;
@@ -187,16 +189,16 @@ Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
     const QString problem = m_application->ProblemOf(planned.picture);
     if (!problem.isEmpty())
         Fail(problem);
-    return m_fitted ? Fitted(process, planned) : Plain(process, planned);
+    return m_fitted ? CorrectFitted(process, planned) : CorrectPlain(process, planned);
 }
 
-Outcome CorrectRun::Plain(KIPluginOne2One *process, const PlannedPicture &planned)
+Outcome CorrectRun::CorrectPlain(KIPluginOne2One *process, const PlannedPicture &planned)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     const QString name = ProfileOf(planned);
     const ProfileUse profile = UseOf(name);
     const Corrections corrections = UsableCorrections(name, profile);
-    TellMismatch(planned, name, profile);
+    NoteMismatch(planned, name, profile);
     lock.unlock();
 
     const ImageDef *image = m_application->ImageOf(planned.picture);
@@ -206,7 +208,7 @@ Outcome CorrectRun::Plain(KIPluginOne2One *process, const PlannedPicture &planne
     return result == RunResult::Written ? Outcome::Corrected : Outcome::Skipped;
 }
 
-Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &planned)
+Outcome CorrectRun::CorrectFitted(KIPluginOne2One *process, const PlannedPicture &planned)
 {
     if (!m_folders->Problem().isEmpty())
         Fail(m_folders->Problem());
@@ -217,22 +219,36 @@ Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &plann
     }
     const ImageDef *image = m_application->ImageOf(planned.picture);
     const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
-    const FittedCorrection::Result result = m_fitted->Run(process, planned);
-    if (!result.note.isEmpty()) {
+    const FittedCorrection::Result result = m_fitted->Run(process, planned, Request(process), m_options.existing);
+    const auto note = [&](const QString &text) {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->Note(planned.asNamed, result.note);
-    }
+        m_console->Note(planned.asNamed, text);
+    };
     switch (result.outcome) {
-    case FittedCorrection::Outcome::Written:
-        return Outcome::Corrected;
-    case FittedCorrection::Outcome::Kept:
-        return Outcome::Skipped;
-    default:
+    case FittedCorrection::Outcome::NoProfile:
+        Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(result.note));
+    case FittedCorrection::Outcome::DoneBefore:
+        note(QStringLiteral("skipped, corrected before: %1; --again corrects it anyway").arg(result.note));
         return Outcome::DoneBefore;
+    default:
+        note(result.ProfileLine(result.profile));
+        return result.outcome == FittedCorrection::Outcome::Written ? Outcome::Corrected : Outcome::Skipped;
     }
 }
 
-/// The profile as named, or the one that is found for the picture, which is told.
+FittedRequest CorrectRun::Request(KIPluginOne2One *process) const
+{
+    constexpr Corrections kAll = {true, true, true};
+    const QString profile = m_options.profile.isEmpty() ? QString() : AbsolutePath(m_options.profile);
+    FittedRequest request;
+    request.parameters = DescribeParameters(process->Name(), {m_options.asked.Any() ? m_options.asked : kAll, profile},
+                                            m_options.fitted.attributes);
+    request.required = m_options.asked;
+    request.fit = m_options.fitted.fit;
+    return request;
+}
+
+/// Returns the profile named by the user, or the one found for the picture, which is printed.
 QString CorrectRun::ProfileOf(const PlannedPicture &planned)
 {
     if (!m_options.profile.isEmpty())
@@ -261,7 +277,7 @@ Corrections CorrectRun::UsableCorrections(const QString &name, const ProfileUse 
     return corrections;
 }
 
-void CorrectRun::TellMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile)
+void CorrectRun::NoteMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile)
 {
     const ImageDef *image = m_application->ImageOf(planned.picture);
     const QString mismatch = SizeMismatch(profile, image->nCols(), image->nRows());
@@ -296,5 +312,5 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    return run.All(plugin, threads);
+    return run.CorrectAll(plugin, threads);
 }

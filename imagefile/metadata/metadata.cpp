@@ -137,6 +137,7 @@ void StartExiv2()
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
         Exiv2::enableBMFF(true); // Canon CR3
         try {
+            Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
         } catch (...) { // there is no second try: half started, the XMP toolkit takes itself for whole and crashes
         }

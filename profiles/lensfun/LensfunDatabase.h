@@ -12,7 +12,7 @@ struct LensfunMatch {
     const lfLens *lens = nullptr; // owned by the database, which is never freed; null: none
     QString title;                // "MAKER/LENS" as the database writes it
     double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
-    QString reason;               // why this one, or why none; one line for people
+    QString reason;               // why this one, or why none; one line for the user
     QStringList notes;            // assumptions
     QStringList nearest;          // up to three that came close
 };

@@ -412,6 +412,12 @@ void tst_FittedWarp::badCurves()
     for (int x = 0; x < 101; ++x)
         QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
     QCOMPARE(got.At(0, 0, 0), 0.0F);
+    // Steep between two nodes: the cubic would leave 1 to 16.
+    correction.light->gain = RadialCurve(16.0, {1.0, 1.0, 16.0, 16.0, 1.0, 1.0});
+    for (int x = 0; x <= 10; ++x) {
+        const double gain = CorrectionTwin(correction).At(x, 0.0).gain;
+        QVERIFY2(gain >= 1.0 && gain <= 16.0, qPrintable(QStringLiteral("%1 at %2").arg(gain).arg(x)));
+    }
 }
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "app/HostApplication.h"
 #include "app/OutputPlan.h"
+#include "gfl.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -26,13 +27,15 @@ constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbna
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
 
-/// Returns the suffixes of pictures, for dialog and folders; other files can be added too.
+/// Returns the name patterns of pictures, for the dialog and for folders; other files can be added too.
 QStringList PictureNames()
 {
     QStringList names;
-    for (const char *suffix : {"tif", "tiff", "jpg", "jpeg", "png", "exr", "hdr", "psd", "psb", "dng", "cr2", "cr3",
-                               "crw", "nef",  "nrw", "arw",  "sr2", "raf", "orf", "rw2", "pef", "srw", "x3f"})
-        names << QLatin1String("*.") + QLatin1String(suffix);
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
+        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
+        for (const QString &suffix : suffixes)
+            names << QLatin1Char('*') + suffix;
+    }
     return names;
 }
 

@@ -1,5 +1,5 @@
-// Fitted corrections from file to file, judged by the lens models in long double: pictures whose values are their own
-// coordinates tell where every pixel was taken from, and even ones how much it was brightened.
+// Fitted corrections from file to file, compared with the lens models in long double. Pictures whose values are their
+// coordinates show the source position of every pixel, and uniform ones its gain.
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
@@ -84,7 +84,7 @@ ProfileEntry FisheyeEntry()
     return entry;
 }
 
-/// Without what is lost where nothing tells the place of the picture in the frame or, not @p isLying, its turn.
+/// Removes what is unknown if the picture's place in the frame or, unless @p isLying, its rotation is unknown.
 ProfileEntry Centered(ProfileEntry entry, bool isLying)
 {
     for (auto *model : {&entry.geometry, &entry.green, &entry.redGreen, &entry.blueGreen, &entry.vignette}) {
@@ -107,7 +107,7 @@ OraclePicture Whole(const QSize &size)
     return picture;
 }
 
-/// Two that differ by their distortion alone, so that green's places blend as they are.
+/// Two entries that differ only in distortion, so that green's places are blended directly.
 Entries Zoom()
 {
     ProfileEntry wide = Centered(SmallEntry(20.0), false);
@@ -133,7 +133,7 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// Both coordinates, 0 to 1 over the picture: y in the channels of @p yChannels, x in the others.
+/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
@@ -326,8 +326,8 @@ void tst_FittedProcess::everyPixelComesFromItsPlace()
     QVERIFY2(compared > pixels * 3 / 4, qPrintable(QStringLiteral("%1 of %2").arg(compared).arg(pixels)));
 }
 
-// A picture of 1500 x 1001 reduced to 301 x 200, which scales both sides apart: where its pixels come from, beside
-// where those of the whole picture do.
+// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
+// those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
@@ -399,7 +399,7 @@ void tst_FittedProcess::gainIsOfLight()
     const Curve toStored = [=](double l) {
         return !isSrgb ? std::pow(l, 1.0 / power) : l <= 0.0031308 ? l * 12.92 : 1.055 * std::pow(l, 1 / 2.4) - 0.055;
     };
-    // Columns of black, two greys and white; light alone moves nothing.
+    // Columns of black, two grays and white; the gain moves no pixel.
     const double white = bits == 8 ? 255.0 : bits == 16 ? 65535.0 : 1.0;
     const double levels[] = {0.0, 0.1, 0.45, 1.0};
     const QSize size(300, 200);

@@ -4,7 +4,9 @@
 #include "KException.h"
 #include "gfl.h"
 
+#include <QPair>
 #include <QString>
+#include <QVector>
 
 #include <functional>
 #include <string>
@@ -126,9 +128,13 @@ public:
         /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
     };
-    /// Writes as Write of the whole picture does: same file, same failures. For "tiff" only.
+    /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
+    using EditRecord = QVector<QPair<QString, QString>>;
+    /// Writes as Write of the whole picture does: same file, same failures. For "tiff" only. With a @p record the file
+    /// also gets the XMP of @p metadataSource with these properties, and metadata that is true of the edited picture
+    /// (gflBitmapMarkEdited).
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
-                          const QString &metadataSource);
+                          const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.

@@ -8,6 +8,7 @@
 #include "psd/psd_codec.h"
 #include "raw/raw_codec.h"
 #include "tiff/tiff_codec.h"
+#include "webp/webp_codec.h"
 
 #include <cstring>
 
@@ -38,6 +39,7 @@ constexpr Row kRows[] = {
     {{"hdri", "Radiance HDR", ".hdr .rgbe", "image/vnd.radiance", true}, HdrCodec},
     {{"psd", "Photoshop", ".psd .psb", "image/vnd.adobe.photoshop", true}, PsdCodec},
     {{"exr", "OpenEXR", ".exr", "image/x-exr", true}, ExrCodec},
+    {{"webp", "WebP", ".webp", "image/webp", false}, WebpCodec},
 };
 
 const Row *RowAt(std::int32_t index)

@@ -9,6 +9,7 @@
 struct FittedPlan {
     FitResult fit;
     TransferCurve light; // of the picture's values; used only for the gain
+    PictureFacts facts;
 };
 
 /// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and are

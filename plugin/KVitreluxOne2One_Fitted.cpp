@@ -1,6 +1,7 @@
 // The fitted correction: finds a profile if none was chosen, fits it to the picture and applies it.
 #include "KVitreluxOne2One.h"
 
+#include "CorrectionRecord.h"
 #include "FittedBands.h"
 #include "ImageDatas.h"
 #include "KIImageDef.h"
@@ -37,25 +38,13 @@ FitOptions OptionsOf(const KVitreluxOne2One::Params &params)
     return options;
 }
 
-QString DoneText(const FitResult &fit)
-{
-    QStringList done;
-    if (fit.distortion)
-        done << QStringLiteral("distortion");
-    if (fit.chromatic)
-        done << QStringLiteral("lateral color");
-    if (fit.vignetting)
-        done << QStringLiteral("vignetting");
-    return done.join(QStringLiteral(", "));
-}
-
 FitReport ReportOf(const FitResult &fit)
 {
     FitReport report;
     report.profile = fit.profile;
     report.entries = fit.entries;
     report.assumed = fit.assumed.join(QStringLiteral("; "));
-    report.done = DoneText(fit);
+    report.done = CorrectionsText(fit);
     report.why = fit.why;
     return report;
 }
@@ -76,10 +65,11 @@ QStringList KVitreluxOne2One::ProfileFolders() const
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
                                      Params &params) const
 {
-    PictureFacts facts = ReadPictureFacts(fileName, nullptr);
+    FittedPlan plan;
+    PictureFacts &facts = plan.facts;
+    facts = ReadPictureFacts(fileName, nullptr);
     if (!pixels.isEmpty())
         facts.pixels = pixels;
-    FittedPlan plan;
     plan.fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
     if (plan.fit.vignetting) {
         GFL_LOAD_PARAMS development;
@@ -114,7 +104,8 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
     const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
-    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName,
+                      CorrectionRecord(plan.fit, plan.facts, OptionsOf(params)));
 }
 
 void KVitreluxOne2One::ProcessFitted(KIImageDef *def, KImage &image, Params &params)

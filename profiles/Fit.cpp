@@ -171,6 +171,9 @@ private:
     void Tell()
     {
         m_result.assumed.removeDuplicates();
+        for (const auto *weights : {&m_result.lightEntries, &m_result.colorEntries, &m_result.geometryEntries})
+            if (!weights->isEmpty())
+                m_result.profileName = m_profile.entries[weights->first().entry].profileName;
         m_result.entries = EntriesText(m_profile, m_result);
         m_result.why = m_leftOut.Text();
     }

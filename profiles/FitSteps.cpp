@@ -57,9 +57,12 @@ static double Amount(double asked)
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
 {
     return {{
-        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone},
-        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone},
-        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone},
+        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone,
+         facts.distortionTried},
+        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone,
+         facts.chromaticTried},
+        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone,
+         facts.vignettingTried},
     }};
 }
 
@@ -68,8 +71,11 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
     if (!task.isWanted)
         return false;
     const bool isChosen = !options.profile.isEmpty(); // by a user who knows the picture
-    if (task.done.value && !options.again && !isChosen)
+    const bool isAnew = options.again || isChosen;
+    if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
+    else if (task.tried && !isAnew)
+        Add(task, QStringLiteral("an earlier run could not correct it (XMP vitrelux:Requested)"));
     else if (!(task.amount > 0.0))
         Add(task, QStringLiteral("its amount is 0"));
     else

@@ -83,13 +83,6 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether all that is asked for was corrected before, by the camera or by another program.
-bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
-{
-    return !options.again && (!options.distortion || facts.distortionDone.value)
-        && (!options.chromatic || facts.chromaticDone.value) && (!options.vignetting || facts.vignettingDone.value);
-}
-
 /// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
@@ -118,6 +111,13 @@ QStringList DefaultProfileFolders()
                 Expanded(QDir::homePath(),
                          (QLatin1String(prefix) + QLatin1Char('/') + QLatin1String(place)).split(QLatin1Char('/')));
     return folders;
+}
+
+QString ShownProfileName(const QString &profile)
+{
+    const QLatin1String lensfun("lensfun:");
+    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
+                                       : QFileInfo(profile).fileName();
 }
 
 PictureFitter::PictureFitter(const QStringList &folders, const QString &cacheFile)

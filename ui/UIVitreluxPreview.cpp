@@ -3,6 +3,7 @@
 #include "KIImageDef.h"
 #include "KUI.h"
 #include "LensProfile.h"
+#include "PictureFit.h"
 #include "newLCP.h"
 #include "ui_UIVitreluxPreview.h"
 
@@ -81,14 +82,6 @@ Corrections HeldFitted(const QString &fileName)
         held.vignetting |= entry.vignette.has_value();
     }
     return held;
-}
-
-/// A found profile as people call it: the file's name, or "lensfun: MAKER/LENS".
-QString ShortName(const QString &profile)
-{
-    const QLatin1String lensfun("lensfun:");
-    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
-                                       : QFileInfo(profile).fileName();
 }
 
 QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
@@ -251,18 +244,22 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
 }
 
-/// In the profile's row what was found, or why nothing was; all that is known of it when the mouse rests there.
+/// Shows in the profile's row what was found, or why nothing was found or corrected; the tool tip has the whole report.
 void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 {
-    QString found;
+    QString result;
     QStringList all;
     if (report) {
-        found = report->profile.isEmpty() ? tr("None found: %1").arg(report->why)
-                                          : tr("Found: %1").arg(ShortName(report->profile));
+        if (report->profile.isEmpty())
+            result = tr("None found: %1").arg(report->why);
+        else if (report->done.isEmpty() && !report->why.isEmpty())
+            result = tr("Not corrected: %1").arg(report->why);
+        else
+            result = tr("Found: %1").arg(ShownProfileName(report->profile));
         all = QStringList{report->profile, report->entries, report->assumed, report->why};
         all.removeAll(QString());
     }
-    ui->lineEditLensFile->setPlaceholderText(found); // seen as long as nothing was chosen
+    ui->lineEditLensFile->setPlaceholderText(result); // seen as long as nothing was chosen
     ui->lineEditLensFile->setToolTip(all.join(QLatin1Char('\n')));
 }
 

@@ -4,6 +4,7 @@
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
+#include "app/SearchedFolders.h"
 #include "wizard/CorrectionWizard.h"
 #include "wizard/RunPage.h"
 

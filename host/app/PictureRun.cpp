@@ -60,13 +60,16 @@ QString Process(KIPluginOne2One *process, const ParameterRecord &record, const P
 
 } // namespace
 
-QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters)
+QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
+                               const QVector<QPair<QString, QString>> &options)
 {
     QDomDocument document;
     QDomElement element = document.createElement(tag);
     for (const FlagRow &row : kFlags)
         element.setAttribute(row.attribute, int(parameters.corrections.*row.member));
     element.setAttribute(kProfile, parameters.profile);
+    for (const auto &[name, text] : options)
+        element.setAttribute(name, text);
     return element;
 }
 

@@ -1,10 +1,11 @@
 #include "CorrectCommand.h"
 
 #include "Console.h"
-#include "FittedCorrection.h"
 #include "KException.h"
 #include "KOmp.h"
 #include "app/FactLines.h"
+#include "app/FileNames.h"
+#include "app/FittedCorrection.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/MemoryBudget.h"
@@ -62,6 +63,7 @@ private:
     Outcome Correct(KIPluginOne2One *process, const PlannedPicture &planned);
     Outcome CorrectPlain(KIPluginOne2One *process, const PlannedPicture &planned);
     Outcome CorrectFitted(KIPluginOne2One *process, const PlannedPicture &planned);
+    FittedRequest Request(KIPluginOne2One *process) const;
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
     Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
@@ -107,7 +109,7 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
         KeepFreedMemory();
     m_lookupProcess = plugin.Process();
     if (m_folders)
-        m_fitted = std::make_unique<FittedCorrection>(m_options, m_folders->Folders(), m_application, m_guard);
+        m_fitted = std::make_unique<FittedCorrection>(m_folders->Folders(), m_application, m_guard);
     std::vector<std::unique_ptr<QObject>> made;
     std::vector<KIPluginOne2One *> processes;
     for (int i = 1; i < threads; ++i) {
@@ -217,19 +219,33 @@ Outcome CorrectRun::CorrectFitted(KIPluginOne2One *process, const PlannedPicture
     }
     const ImageDef *image = m_application->ImageOf(planned.picture);
     const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
-    const FittedCorrection::Result result = m_fitted->Run(process, planned);
-    if (!result.note.isEmpty()) {
+    const FittedCorrection::Result result = m_fitted->Run(process, planned, Request(process), m_options.existing);
+    const auto note = [&](const QString &text) {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->Note(planned.asNamed, result.note);
-    }
+        m_console->Note(planned.asNamed, text);
+    };
     switch (result.outcome) {
-    case FittedCorrection::Outcome::Written:
-        return Outcome::Corrected;
-    case FittedCorrection::Outcome::Kept:
-        return Outcome::Skipped;
-    default:
+    case FittedCorrection::Outcome::NoProfile:
+        Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(result.note));
+    case FittedCorrection::Outcome::DoneBefore:
+        note(QStringLiteral("skipped, corrected before: %1; --again corrects it anyway").arg(result.note));
         return Outcome::DoneBefore;
+    default:
+        note(result.ProfileLine(result.profile));
+        return result.outcome == FittedCorrection::Outcome::Written ? Outcome::Corrected : Outcome::Skipped;
     }
+}
+
+FittedRequest CorrectRun::Request(KIPluginOne2One *process) const
+{
+    constexpr Corrections kAll = {true, true, true};
+    const QString profile = m_options.profile.isEmpty() ? QString() : AbsolutePath(m_options.profile);
+    FittedRequest request;
+    request.parameters = DescribeParameters(process->Name(), {m_options.asked.Any() ? m_options.asked : kAll, profile},
+                                            m_options.fitted.attributes);
+    request.required = m_options.asked;
+    request.fit = m_options.fitted.fit;
+    return request;
 }
 
 /// Returns the profile named by the user, or the one found for the picture, which is printed.

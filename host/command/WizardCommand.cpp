@@ -1,28 +1,11 @@
 #include "WizardCommand.h"
 
 #include "Console.h"
-#include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
-#include "app/ProfileLookup.h"
+#include "app/SearchedFolders.h"
 #include "wizard/CorrectionWizard.h"
-
-namespace {
-
-/// Makes the page show and store the folder as the user knows it.
-/// @param folder  empty: the stored one.
-void PassFolderToPlugin(HostApplication *application, const QString &folder)
-{
-    const QString given = folder.isEmpty() ? QString() : AbsolutePath(folder);
-    application->AdaptPluginSettings([given](const QString &key, const QVariant &stored) {
-        if (key != ProfileLookup::kLensPath)
-            return stored;
-        return QVariant(given.isEmpty() ? ProfileLookup::UsableFolder(stored.toString()) : given);
-    });
-}
-
-} // namespace
 
 ExitCode RunWizard(const WizardOptions &options, Console *console)
 {
@@ -38,20 +21,18 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     application.MakeThumbnails();
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
-    PassFolderToPlugin(&application, options.lensPath);
-    const PluginLoader plugin(options.plugin);
+    const SearchedFolders folders(&application, options.lensPath);
+    if (!folders.Problem().isEmpty()) {
+        console->Failure(QString(), folders.Problem());
+        return kSomeFailed;
+    }
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted);
     if (!plugin.Process()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    // The lookup uses a folder of links instead of the profile folder, so it needs a separate process object.
-    ProfileLookup lookup(&application, options.lensPath, &guard);
-    const std::unique_ptr<QObject> second = plugin.MakeProcess();
-    auto *lookupProcess = qobject_cast<KIPluginOne2One *>(second.get());
-    const auto findProfile = [&](const QString &picture) {
-        return lookupProcess ? lookup.Find(lookupProcess, picture).profile : QString();
-    };
-    CorrectionWizard wizard(&application, plugin.Process(), findProfile, &guard);
+    FittedCorrection correction(folders.Folders(), &application, &guard);
+    CorrectionWizard wizard(&application, plugin.Process(), &correction, &guard);
     QStringList files = options.files;
     for (QString &file : files) {
         if (file.startsWith(QLatin1Char(':'))) // not a Qt resource

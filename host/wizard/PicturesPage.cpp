@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
@@ -17,9 +18,24 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 const QLatin1String kFolderSetting("Wizard/PictureFolder");
+const QLatin1String kFramingSetting("Wizard/Framing");
+
+struct FramingRow {
+    const char *value; // in a record
+    const char *text;
+};
+
+/// The first one is the default.
+constexpr FramingRow kFramings[] = {
+    {"fill", QT_TRANSLATE_NOOP("PicturesPage", "Fill the frame: no empty borders")},
+    {"keep", QT_TRANSLATE_NOOP("PicturesPage", "Keep the scale")},
+    {"all", QT_TRANSLATE_NOOP("PicturesPage", "Show everything that was photographed")},
+};
 
 enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
@@ -31,11 +47,9 @@ constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is 
 QStringList PictureNames()
 {
     QStringList names;
-    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
-        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
-        for (const QString &suffix : suffixes)
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
+        for (const QString &suffix : QString::fromLatin1(format->Suffixes).split(QLatin1Char(' ')))
             names << QLatin1Char('*') + suffix;
-    }
     return names;
 }
 
@@ -62,6 +76,7 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
+      m_framing(new QComboBox),
       m_replace(new QCheckBox(tr("Replace existing corrected pictures")))
 {
     setTitle(tr("Pictures"));
@@ -71,6 +86,7 @@ PicturesPage::PicturesPage(HostApplication *application)
     setAcceptDrops(true);
 
     SetUpList();
+    SetUpFraming();
     auto *add = new QPushButton(tr("&Add pictures…"));
     add->setObjectName(QStringLiteral("add"));
     m_remove->setObjectName(QStringLiteral("remove"));
@@ -79,9 +95,16 @@ PicturesPage::PicturesPage(HostApplication *application)
     buttons->addWidget(add);
     buttons->addWidget(m_remove);
     buttons->addStretch();
+    auto *framingLabel = new QLabel(tr("&Framing:"));
+    framingLabel->setBuddy(m_framing);
+    auto *framing = new QHBoxLayout;
+    framing->addWidget(framingLabel);
+    framing->addWidget(m_framing);
+    framing->addStretch();
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list);
     layout->addLayout(buttons);
+    layout->addLayout(framing);
     layout->addWidget(m_replace);
 
     connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
@@ -114,6 +137,16 @@ void PicturesPage::SetUpList()
     connect(removeByKey, &QAction::triggered, this, &PicturesPage::RemoveSelected);
     connect(m_list, &QTreeWidget::itemSelectionChanged, this,
             [this] { m_remove->setEnabled(!m_list->selectedItems().isEmpty()); });
+}
+
+void PicturesPage::SetUpFraming()
+{
+    m_framing->setObjectName(QStringLiteral("framing"));
+    for (const FramingRow &row : kFramings)
+        m_framing->addItem(tr(row.text), QString::fromLatin1(row.value));
+    m_framing->setCurrentIndex(std::max(0, m_framing->findData(m_application->Settings().value(kFramingSetting))));
+    connect(m_framing, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this] { m_application->Settings().setValue(kFramingSetting, Framing()); });
 }
 
 void PicturesPage::Add(const QStringList &files)
@@ -184,6 +217,11 @@ QStringList PicturesPage::Files() const
 bool PicturesPage::MayReplace() const
 {
     return m_replace->isChecked();
+}
+
+QString PicturesPage::Framing() const
+{
+    return m_framing->currentData().toString();
 }
 
 void PicturesPage::Choose()

@@ -4,15 +4,25 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 
 namespace imagefile {
+
+namespace {
+
+// libtiff counts a custom value before the list of them has grown. Where memory for that is missing, it says this, and
+// any later look at the list reads past its end, even in TIFFClose.
+constexpr char kListTooShort[] = "%s: Failed to allocate space for list of custom values";
+
+} // namespace
 
 struct TiffHandle::Client {
     const Source *source = nullptr; // exactly one of the two
     Sink *sink = nullptr;
     std::uint64_t position = 0;
     Status sinkFailure = Status::Ok();
-    std::string firstError;
+    char firstError[256] = ""; // of fixed size: nothing may be thrown while libtiff reports an error
+    bool isUnusable = false;
 
     static Client *Of(thandle_t handle) { return static_cast<Client *>(handle); }
     static tmsize_t Read(thandle_t handle, void *buffer, tmsize_t length);
@@ -60,14 +70,17 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
     return client->source ? client->source->Size() : client->sink->Size();
 }
 
-// Errors only: libtiff warns about many harmless things.
+// Errors only: libtiff warns about many harmless things. Throws where libtiff must not go on; its frames hold nothing
+// but memory, which is lost.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
     auto *client = static_cast<Client *>(data);
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    if (client->firstError.empty())
-        client->firstError = text;
+    if (client->firstError[0] == '\0')
+        std::vsnprintf(client->firstError, sizeof client->firstError, format, arguments);
+    if (std::strcmp(format, kListTooShort) == 0) {
+        client->isUnusable = true;
+        throw std::bad_alloc();
+    }
     return 1; // handled: libtiff's global handler, which prints, is not called
 }
 
@@ -75,7 +88,7 @@ TiffHandle::TiffHandle() : m_client(std::make_unique<Client>()) { }
 
 TiffHandle::~TiffHandle()
 {
-    if (m_tiff)
+    if (m_tiff && !m_client->isUnusable)
         TIFFClose(m_tiff);
 }
 
@@ -101,9 +114,12 @@ Status TiffHandle::Open(const char *mode)
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Client::NoteError, m_client.get());
     TIFFOpenOptionsSetWarningHandlerExtR(
         options.get(), [](TIFF *, void *, const char *, const char *, va_list) { return 1; }, nullptr);
-    m_tiff = TIFFClientOpenExt(
-        "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
-        Client::Size, nullptr, nullptr, options.get());
+    RequireMemory([&] {
+        m_tiff = TIFFClientOpenExt(
+            "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
+            Client::Size, nullptr, nullptr, options.get());
+        return m_tiff != nullptr;
+    });
     return m_tiff ? Status::Ok() : Failure(m_client->sink ? GFL_ERROR_FILE_WRITE : GFL_ERROR_FILE_READ);
 }
 
@@ -116,7 +132,7 @@ Status TiffHandle::Failure(GflError error) const
 {
     if (!m_client->sinkFailure)
         return m_client->sinkFailure;
-    std::string why = m_client->firstError.empty() ? "damaged" : m_client->firstError;
+    std::string why = m_client->firstError[0] == '\0' ? "damaged" : m_client->firstError;
     if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name that we opened it with
         return Status::Fail(error, std::move(why));
     return Status::Fail(error, "TIFF: " + why);

@@ -260,7 +260,7 @@ Status Writer::Write()
         return status;
     if (Status status = exif.WriteHead(m_sink); !status)
         return status;
-    if (Status status = SetFields(); !status)
+    if (Status status = TiffHandle::RequireMemory([this] { return SetFields(); }); !status)
         return status;
     Status status = m_compression == COMPRESSION_NONE ? WritePlain()
         : m_compression == COMPRESSION_LZW            ? WriteLzw()

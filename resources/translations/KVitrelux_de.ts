@@ -218,6 +218,10 @@
         <source>Found: %1</source>
         <translation>Gefunden: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Nicht korrigiert: %1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -218,6 +218,10 @@
         <source>Found: %1</source>
         <translation>検出：%1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>補正されていません：%1</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -1,5 +1,6 @@
 // Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
 // profile.
+#include "FittedFiles.h"
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -7,57 +8,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <exiv2/exiv2.hpp>
-
 namespace {
 
-const char *const kLens = "EF24-105mm f/4L IS USM";
 const QString kFound = "lenses/deep/down/x.lcp"_s;
-
-/// One entry in attribute form, of a Canon EOS 40D at 50 mm and f/8; not of the pictures' size.
-QByteArray Profile(const char *lens, bool hasVignetting = true)
-{
-    const QByteArray model = "stCamera:FocalLengthX='2.25' stCamera:FocalLengthY='2.25'";
-    const QByteArray light = "<stCamera:VignetteModel><rdf:Description " + model
-        + " stCamera:VignetteModelParam1='-0.5'/></stCamera:VignetteModel>";
-    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
-           "<rdf:Description xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'"
-           " xmlns:stCamera='http://ns.adobe.com/photoshop/1.0/camera-profile'>"
-           "<photoshop:CameraProfiles><rdf:Seq><rdf:li><rdf:Description stCamera:Make='Canon'"
-           " stCamera:Model='Canon EOS 40D' stCamera:ImageWidth='3888' stCamera:ImageLength='2592'"
-           " stCamera:FocalLength='50' stCamera:FocusDistance='10' stCamera:ApertureValue='6'"
-           " stCamera:SensorFormatFactor='1.6' stCamera:Lens='"
-        + QByteArray(lens) + "'><stCamera:PerspectiveModel><rdf:Description " + model
-        + " stCamera:RadialDistortParam1='-0.1'>" + (hasVignetting ? light : QByteArray())
-        + "</rdf:Description></stCamera:PerspectiveModel></rdf:Description></rdf:li></rdf:Seq>"
-          "</photoshop:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>";
-}
-
-struct Told {
-    const char *lens = nullptr; // EXIF LensModel
-    const char *focal = nullptr, *aperture = nullptr;
-    bool wasCorrected = false;
-};
-
-void WriteMetadata(const QString &path, const Told &told)
-{
-    const auto image = Exiv2::ImageFactory::open(path.toStdString());
-    Exiv2::ExifData exif;
-    exif["Exif.Image.Make"] = "Canon";
-    exif["Exif.Image.Model"] = "Canon EOS 40D";
-    for (const auto &[key, value] :
-         {std::pair("Exif.Photo.LensModel", told.lens), std::pair("Exif.Photo.FocalLength", told.focal),
-          std::pair("Exif.Photo.FNumber", told.aperture)}) {
-        if (value)
-            exif[key] = value;
-    }
-    image->setExifData(exif);
-    if (told.wasCorrected) {
-        for (const char *key : {"AlreadyApplied", "LensProfileEnable", "AutoLateralCA"})
-            image->xmpData()[std::string("Xmp.crs.") + key] = "True";
-    }
-    image->writeMetadata();
-}
 
 } // namespace
 
@@ -137,7 +90,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
-                                     << QStringList{"doesn't know fitted corrections; --plain"_s};
+                                     << QStringList{"doesn't know fitted corrections; \"vitrelux correct --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};

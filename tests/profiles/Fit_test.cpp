@@ -45,7 +45,7 @@ Worst WorstOf(const FitResult &fit, const ProfileEntry &entry, const OraclePictu
             const SourcePlaces places = twin.At(x, y);
             if (twin.IsEmpty(places))
                 continue;
-            const OraclePlaces want = OracleAt(entry, picture, projection, fit.zoom, x, y);
+            const OraclePlaces want = OracleAt({{entry, 1.0L}}, picture, projection, fit.zoom, x, y);
             worst.px = std::max({worst.px, Distance(places.red, want.red), Distance(places.green, want.green),
                                  Distance(places.blue, want.blue)});
             const double gain = std::clamp(double(want.gain), 1.0, 16.0);

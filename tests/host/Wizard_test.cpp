@@ -405,7 +405,7 @@ void tst_Wizard::realPluginFits()
     const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
     QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
     m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
-    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, folders.All());
+    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, folders.Folders());
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);

@@ -162,8 +162,8 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     return path;
 }
 
-// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be those
-// of the whole picture.
+// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
+// those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);

@@ -304,8 +304,7 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
     QCOMPARE(ValueBytes(source, "Exif.Thumbnail.JPEGInterchangeFormat").isEmpty(), isRaw);
     QCOMPARE(ValueBytes(source, "Exif.Photo.MakerNote").isEmpty(), note == NoNote);
 
-    // To a file, and from that file to another one.
-    QString from = source;
+    QString from = source; // to a file, and from that file to another one
     for (const char *name : {"first", "second"}) {
         const Case named(name);
         const QString to = m_folder(name);
@@ -349,8 +348,7 @@ void tst_Metadata::iptcEntries()
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
-        const QByteArray chunk =
-            BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // checksums aren't verified
+        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
         QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
         GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
         QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
@@ -371,7 +369,6 @@ void tst_Metadata::notesOfCameras()
 {
     const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
     for (const NoteKind &kind : NoteKinds()) {
-        const Case named(kind.name);
         quint32 place = 0;
         const QByteArray exif = ExifWithNote(kind, &place), note = NoteOf(kind, place);
         QVERIFY2(exif.mid(int(place), note.size()) == note, kind.name);

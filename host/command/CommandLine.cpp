@@ -7,7 +7,7 @@
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Lenses, Wizard };
+enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -59,11 +59,14 @@ constexpr VerbRow kVerbs[] = {
      "be\n"
      "read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their profiles;\n"
      "lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
+    {Verb::Report, "report", "report FILE...", "summarize the records of several runs",
+     "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were\n"
+     "corrected, skipped or failed, why they failed, by lens, and the slowest ones. A picture with several records\n"
+     "counts once, by its last one.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
-     "next to its original, as NAME_corrected.tiff. A picture without a chosen lens profile is corrected by the one "
-     "for\n"
-     "its camera and lens, if the profile folder has it as FOLDER/BRAND/*.lcp.\n"},
+     "next to its original, as NAME_corrected.tiff. Lens profiles are found and fitted as by the correct command; the\n"
+     "window shows which one was found, and another one can be chosen.\n"},
 };
 
 struct OptionRow {
@@ -82,7 +85,15 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
+    {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
+    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: standard input), one per line or NUL"},
+    {Verb::Correct, {"shard", nullptr}, "I/N", "correct every N-th picture of the sorted list, from the I-th on"},
     {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
+    {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff instead of NAME_corrected.tiff"},
+    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs such as {name}-{ext}.tif; also {folder}"},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture"},
+    {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
+    {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
@@ -102,7 +113,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
     {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look up profiles in DIR, which becomes the stored folder"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -236,21 +247,33 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
-    options.files = parser.positionalArguments();
+    options.pictures.named = parser.positionalArguments();
+    options.pictures.recursive = parser.isSet(QStringLiteral("recursive"));
+    options.pictures.listFile = parser.value(QStringLiteral("files-from"));
     options.profile = parser.value(QStringLiteral("profile"));
     options.lensPath = parser.value(QStringLiteral("lens-path"));
-    options.outputFolder = parser.value(QStringLiteral("o"));
+    options.outputs.folder = parser.value(QStringLiteral("o"));
+    options.pictures.outputFolder = options.outputs.folder;
+    if (parser.isSet(QStringLiteral("suffix")))
+        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
+    else if (parser.isSet(QStringLiteral("output-name")))
+        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
+    if (!parser.isSet(QStringLiteral("output-name"))) // else it can't be told what a result is
+        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
+    options.dryRun = parser.isSet(QStringLiteral("dry-run"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
     if (parser.isSet(QStringLiteral("overwrite")))
-        options.existing = ExistingOutput::Overwrite;
+        options.rules.existing = ExistingOutput::Overwrite;
     else if (parser.isSet(QStringLiteral("skip-existing")))
-        options.existing = ExistingOutput::Skip;
+        options.rules.existing = ExistingOutput::Skip;
     return options;
 }
 
@@ -281,8 +304,11 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
 /// Returns the pairs of options of `correct` that exclude each other.
 Exclusions CorrectExclusions()
 {
-    Exclusions exclusions = {
-        {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
+    Exclusions exclusions = {{"overwrite", "skip-existing"},
+                             {"profile", "lens-path"},
+                             {"profile", "source"},
+                             {"plain", "verbose"},
+                             {"suffix", "output-name"}};
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
     for (const FittedOptionRow &row : fitted)
         exclusions.append(std::make_pair("plain", row.name));
@@ -345,6 +371,15 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMostJobs;
 }
 
+/// Reads "2/16".
+bool ReadShard(const QString &text, Shard *shard)
+{
+    bool isIndex = false, isCount = false;
+    shard->index = text.section(QLatin1Char('/'), 0, 0).toInt(&isIndex);
+    shard->count = text.section(QLatin1Char('/'), 1).toInt(&isCount);
+    return isIndex && isCount && shard->index >= 1 && shard->index <= shard->count;
+}
+
 /// Returns a hint about a picture whose name was parsed as an option; empty if there is none.
 QString HintAtDashes(const QStringList &arguments)
 {
@@ -366,7 +401,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return PrintText(VerbHelp(verb));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
-    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
+    const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
+    if (parser.positionalArguments().isEmpty() && !isListed && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
         return Refuse(command, QStringLiteral("no file given."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("a file name is empty."));
@@ -392,6 +428,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                        parser.value(QStringLiteral("plugin"))};
         return line;
     }
+    if (verb.verb == Verb::Report) {
+        line.action = CommandLine::Action::ShowReport;
+        line.report = {parser.positionalArguments()};
+        return line;
+    }
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
@@ -404,6 +445,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+        return Refuse(command,
+                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+    if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
+        return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
     const QString problem = ReadFitted(parser, &line.correct.fitted);
     return problem.isEmpty() ? line : Refuse(command, problem);
 }

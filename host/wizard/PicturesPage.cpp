@@ -53,22 +53,6 @@ QStringList PictureNames()
     return names;
 }
 
-/// Replaces folders by the pictures in them.
-QStringList Expanded(const QStringList &files)
-{
-    QStringList all;
-    for (const QString &file : files) {
-        if (!QFileInfo(file).isDir()) {
-            all << file;
-            continue;
-        }
-        const QFileInfoList found = QDir(file).entryInfoList(PictureNames(), QDir::Files, QDir::Name);
-        for (const QFileInfo &info : found)
-            all << info.filePath();
-    }
-    return all;
-}
-
 } // namespace
 
 PicturesPage::PicturesPage(HostApplication *application)
@@ -152,7 +136,7 @@ void PicturesPage::SetUpFraming()
 void PicturesPage::Add(const QStringList &files)
 {
     QStringList known = Files();
-    const QVector<PlannedPicture> plan = PlanOutputs(Expanded(files), QString()); // for the absolute names
+    const QVector<PlannedPicture> plan = PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
     for (const PlannedPicture &planned : plan) {
         if (known.contains(planned.picture))
             continue;

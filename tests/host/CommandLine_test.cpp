@@ -57,6 +57,11 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --focal -3 a.jpg", "above 0"},
         {"correct --aperture inf a.jpg", "above 0"},
         {"lenses --json Canon", "json"},
+        {"correct --shard 3/2 a.jpg", "--shard I/N"},
+        {"correct --shard 1 a.jpg", "--shard I/N"},
+        {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
+        {"correct --output-name {name}/x.tif a.jpg", "slash"},
+        {"report", "no file"},
         {"profile --plain --json p.lcp", "exclude"},
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
@@ -89,7 +94,7 @@ void tst_CommandLine::lastOneHolds()
     const CorrectOptions options = ParseCommandLine(Words("correct --profile p --profile=q -j 4 -- -o"_s)).correct;
     QCOMPARE(options.profile, "q"_s);
     QCOMPARE(options.jobs, 4);
-    QCOMPARE(options.files, QStringList("-o"_s));
+    QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
 /// Attributes have the text form of the plug-in's records; a missing option gives no attribute.
@@ -148,7 +153,7 @@ void tst_CommandLine::rivals()
     const QString below = dir.path() + QLatin1Char('/');
     const QStringList files =
         Words(QString::fromLatin1(QTest::currentDataTag())).replaceInStrings(QRegExp("^"_s), below);
-    const QVector<PlannedPicture> plan = PlanOutputs(files, folder.isEmpty() ? folder : dir.filePath(folder));
+    const QVector<PlannedPicture> plan = PlanOutputs(Named(files), {folder.isEmpty() ? folder : dir.filePath(folder)});
     QCOMPARE(plan.last().rival, rival.isEmpty() ? rival : below + rival);
     QCOMPARE(plan.last().repeated, repeated);
     QVERIFY(plan.first().rival.isEmpty());

@@ -3,7 +3,9 @@
 #include "FittedFiles.h"
 #include "ProgramTest.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,6 +22,7 @@ private Q_SLOTS:
     void init();
     void correct_data();
     void correct();
+    void records();
     void info();
     void lenses();
 };
@@ -119,6 +122,41 @@ void FittedRunTest::correct()
         from = at + text.size();
     }
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
+}
+
+/// A dry run decides as the run does, and both print what the schema describes.
+void FittedRunTest::records()
+{
+    const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
+    const QJsonObject known = schema.value("properties"_s).toObject();
+    const QDateTime taken(QDate(2001, 2, 3), QTime(4, 5, 6));
+    QFile picture(Path("named.jpg"_s));
+    QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
+    picture.close();
+    for (const bool isDry : {true, false}) {
+        const ProgramResult result = Run("correct --json --keep-time --suffix -x -j 1 -o out --lens-path lenses "_s
+                                         + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+        QCOMPARE(result.exitCode, 1);
+        QStringList outcomes;
+        const QList<QByteArray> lines = result.output.trimmed().split('\n');
+        for (const QByteArray &line : lines) {
+            const QJsonObject record = QJsonDocument::fromJson(line).object();
+            for (const QString &key : record.keys())
+                QVERIFY2(known.contains(key), qPrintable(key));
+            for (const QJsonValue &key : schema.value("required"_s).toArray())
+                QVERIFY2(record.contains(key.toString()), line);
+            outcomes << record.value("outcome"_s).toString();
+        }
+        QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
+        const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
+        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.tiff"_s));
+        QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
+        QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
+        QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
+        QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
+        QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
+    }
+    QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
 }
 
 void FittedRunTest::info()

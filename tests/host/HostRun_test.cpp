@@ -29,6 +29,7 @@ private Q_SLOTS:
     void parallelRunsGiveTheSameFiles();
     void rivalsForOneOutput();
     void interruptionLeavesNothing();
+    void firstInterruptFinishesThePicture();
     void removesWorkFoldersOfKilledRuns();
     void standardStreams();
     void environment();
@@ -252,6 +253,16 @@ void HostRunTest::interruptionLeavesNothing()
         QCOMPARE(Made(), QStringList(kOutput));
         QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }
+}
+
+void HostRunTest::firstInterruptFinishesThePicture()
+{
+    m_run->beforeStart = [] { std::signal(SIGINT, SIG_DFL); };
+    const ProgramResult result = RunProbe("interrupt", "-j 1 a.jpg b.jpg"_s);
+    QCOMPARE(result.signal, SIGINT);
+    QCOMPARE(result.errorLines.size(), 2);
+    QVERIFY2(result.errorLines[1].contains("1 of 2 pictures left"_s), result.error.constData());
+    QCOMPARE(Made(), QStringList(kOutput));
 }
 
 /// The next start removes a killed run's work folder, but not that of a running one.

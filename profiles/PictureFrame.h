@@ -1,6 +1,7 @@
 // The frame of a picture: its size relative to the profile's frame, and the picture's place in it.
 #pragma once
 
+#include "FullFrame.h"
 #include "LensProfile.h"
 #include "PictureFacts.h"
 
@@ -8,8 +9,6 @@
 
 #include <optional>
 
-/// Diagonal of a frame of 36 x 24 mm; a frame's factor is this over its diagonal.
-constexpr double kFullFrameDiagonalMm = 43.266615305567875; // sqrt(36^2 + 24^2)
 /// The largest frame, relative to its own, that a profile covers; beyond that it would be extrapolated.
 constexpr double kMaxFrameRatio = 1.04;
 

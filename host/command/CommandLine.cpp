@@ -288,23 +288,30 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
+using Exclusions = QVector<std::pair<const char *, const char *>>;
+
 /// Returns a message about two options that exclude each other; empty if there are none.
-QString FindExclusion(const QCommandLineParser &parser)
+QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclusions)
 {
-    using Pair = std::pair<const char *, const char *>;
-    QVector<Pair> exclusions = {{"overwrite", "skip-existing"},
-                                {"profile", "lens-path"},
-                                {"profile", "source"},
-                                {"plain", "verbose"},
-                                {"suffix", "output-name"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(Pair("plain", row.name));
-    for (const auto &[one, other] : qAsConst(exclusions)) {
+    for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
     }
     return QString();
+}
+
+/// Returns the pairs of options of `correct` that exclude each other.
+Exclusions CorrectExclusions()
+{
+    Exclusions exclusions = {{"overwrite", "skip-existing"},
+                             {"profile", "lens-path"},
+                             {"profile", "source"},
+                             {"plain", "verbose"},
+                             {"suffix", "output-name"}};
+    const QVector<FittedOptionRow> fitted = FittedOptionRows();
+    for (const FittedOptionRow &row : fitted)
+        exclusions.append(std::make_pair("plain", row.name));
+    return exclusions;
 }
 
 /// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
@@ -323,13 +330,17 @@ QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
 /// Returns what is wrong with the options of `profile`; empty if nothing is.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
-    constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
-                                              {"plain", "plot"}, {"check", "json"},  {"check", "for"},
-                                              {"check", "plot"}, {"json", "plot"}};
-    for (const auto &pair : kExclusions) {
-        if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
-    }
+    const QString exclusion = FindExclusion(parser,
+                                            {{"plain", "json"},
+                                             {"plain", "check"},
+                                             {"plain", "for"},
+                                             {"plain", "plot"},
+                                             {"check", "json"},
+                                             {"check", "for"},
+                                             {"check", "plot"},
+                                             {"json", "plot"}});
+    if (!exclusion.isEmpty())
+        return exclusion;
     if (!parser.isSet(QStringLiteral("plot")))
         return parser.isSet(QStringLiteral("overwrite")) ? QStringLiteral("--overwrite needs --plot.") : QString();
     const QString suffix = QFileInfo(parser.value(QStringLiteral("plot"))).suffix().toLower();
@@ -426,7 +437,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         line.info = ReadInfo(parser);
         return line;
     }
-    const QString exclusion = FindExclusion(parser);
+    const QString exclusion = FindExclusion(parser, CorrectExclusions());
     if (!exclusion.isEmpty())
         return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))

@@ -43,7 +43,7 @@ constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbna
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
 
-/// Returns the suffixes of pictures, for dialog and folders; other files can be added too.
+/// Returns the name patterns of pictures, for the dialog and for folders; other files can be added too.
 QStringList PictureNames()
 {
     QStringList names;

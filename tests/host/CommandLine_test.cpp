@@ -1,5 +1,6 @@
 // The command line: refused arguments, printed texts, and pictures of a run with the same output. Tests of the whole
 // program check the effect of options.
+#include "Case.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"
@@ -96,7 +97,7 @@ void tst_CommandLine::lastOneHolds()
     QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Texts as the plug-in's records spell them; no attribute where there is no option.
+/// Attributes have the text form of the plug-in's records; a missing option gives no attribute.
 void tst_CommandLine::fittedOptionsAreAttributes()
 {
     using Attributes = QVector<QPair<QString, QString>>;
@@ -112,6 +113,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
         {"--again --source lcp --body X", {{"Source"_s, "lcp"_s}, {"Again"_s, "1"_s}, {"Body"_s, "X"_s}}},
     };
     for (const auto &row : rows) {
+        const Case named(row.line);
         const CommandLine line = ParseCommandLine(Words("correct a.jpg "_s + QLatin1String(row.line)));
         QCOMPARE(line.action, CommandLine::Action::Correct);
         QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);

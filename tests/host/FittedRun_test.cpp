@@ -28,7 +28,7 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Pictures named after their metadata, and a folder with one profile of their lens among near misses.
+/// Makes pictures named after their metadata, and a folder with one profile of their lens among near misses.
 void FittedRunTest::init()
 {
     ProgramTest::init();

@@ -1,4 +1,5 @@
 // Fitted corrections against the models, computed without tables, blending or frames of the code.
+#include "Case.h"
 #include "Fit.h"
 
 #include "CorrectionTwin.h"
@@ -274,7 +275,7 @@ void tst_Fit::unknownTurn()
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
-    // The same unit as lying: a radius of 1,000 px moves alike.
+    // The same unit as in landscape orientation: a radius of 1,000 px moves by the same amount.
     FitOptions keep;
     keep.framing = Framing::Keep;
     const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
@@ -305,6 +306,7 @@ void tst_Fit::parts()
     FitOptions options;
     options.framing = Framing::Keep;
     for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, scaled by a half
+        const Case named("turn", turn);
         const QSize size(1500, 1333);
         PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size);
         facts.readerTurn = turn;
@@ -376,7 +378,7 @@ void tst_Fit::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half of each: half the displacement, half the exposure values.
+    // An amount of a half gives half the displacement and half the exposure values.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius

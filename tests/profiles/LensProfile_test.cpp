@@ -1,4 +1,5 @@
 // Profiles in all spellings: each gives the same entries, and problems are reported with their line.
+#include "Case.h"
 #include "LensProfile.h"
 #include "SpelledProfile.h"
 #include "XmlLimits.h"
@@ -131,6 +132,7 @@ void tst_LensProfile::everySpellingReadsTheSame()
 {
     QString first;
     for (int i = 0; i < kSpellings; ++i) {
+        const Case named("spelling", i);
         QString error;
         const LensProfile profile = ParseLensProfile(SpelledProfile(Entries(), Spelling(i)), QString(), &error);
         QVERIFY2(profile.entries.size() == 3, qPrintable(QStringLiteral("spelling %1: %2").arg(i).arg(error)));

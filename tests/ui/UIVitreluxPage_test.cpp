@@ -432,7 +432,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
-// What a fitted render finds is shown, and becomes nobody's choice; a chosen profile may have any spelling.
+// The profile found by a fitted render is shown but not stored as a choice; a chosen one may have any spelling.
 void tst_UIVitreluxPage::fittedFinds()
 {
     using namespace profiletext;

@@ -1,6 +1,7 @@
 #include "PictureFit.h"
 
 #include "CorrectionTwin.h"
+#include "LensfunDatabase.h"
 #include "LensfunFit.h"
 #include "PictureFrame.h"
 
@@ -204,7 +205,11 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
                                 return CorrectAlike(path, otherPath, facts, options);
                             }});
-    return matcher.Match(profiles, facts);
+    const PictureFacts named = WithNameOfNumbers(facts);
+    ProfileMatch match = matcher.Match(profiles, named);
+    if (named.lensNames.size() > facts.lensNames.size())
+        match.notes.prepend(QStringLiteral("by its numbers the lens is \"%1\"").arg(named.lensNames.last().value));
+    return match;
 }
 
 bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,

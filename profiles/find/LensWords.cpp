@@ -93,6 +93,7 @@ constexpr Mark kMarks[] = {
     {"afp", Group::Mount, nullptr},
     {"af", Group::Mount, nullptr},
     {"ais", Group::Mount, nullptr},
+    {"series", Group::Mount, nullptr}, // Nikon Lens Series E
     {"z", Group::Mount, nullptr},
     {"pka", Group::Mount, nullptr},
     {"pkf", Group::Mount, nullptr},

@@ -9,12 +9,13 @@
 
 /// Returns the picture's setting: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
+/// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
-/// A request for one of the three corrections.
 /// Returns why no profile can be fitted to the picture; empty if one can.
 QString WhyRefused(const PictureFacts &facts);
 
+/// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
     const char *name; // for people

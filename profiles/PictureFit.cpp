@@ -1,9 +1,9 @@
 #include "PictureFit.h"
 
 #include "CorrectionTwin.h"
+#include "FitSteps_p.h"
 #include "LensfunDatabase.h"
 #include "LensfunFit.h"
-#include "PictureFrame.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -66,8 +66,12 @@ PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
              {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax})
             *number = {};
     }
-    if (!typed.body.isEmpty())
-        Override(typed.body, &facts.model);
+    if (!typed.body.isEmpty()) {
+        const PictureBody body = BodyOf(facts, typed);
+        if (body.make != facts.make.value)
+            Override(body.make, &facts.make);
+        Override(body.model, &facts.model);
+    }
     if (typed.focalMm) {
         Override(*typed.focalMm, &facts.focalMm);
         facts.focal35Mm = {}; // belongs to the file's focal length

@@ -299,3 +299,9 @@ NameMatch CompareLensNames(const LensName &wanted, const LensName &offered)
         + (!wanted.maker.isEmpty() && wanted.maker == offered.maker ? kMark : 0.0);
     return match;
 }
+
+bool IsMakerName(const QString &word)
+{
+    const QString folded = word.toCaseFolded();
+    return FindMaker(folded) == folded;
+}

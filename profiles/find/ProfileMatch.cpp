@@ -127,11 +127,10 @@ bool IsFixedLensName(const LensName &name, const QString &model)
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
     const auto withoutMaker = [](const QString &maker, const QString &name) {
-        QString folded = Folded(name);
-        const QString prefix = Folded(MakerOf(maker));
-        if (!prefix.isEmpty() && folded.startsWith(prefix))
-            folded = folded.mid(prefix.size());
-        return folded;
+        const QString folded = name.toCaseFolded(), prefix = MakerOf(maker);
+        const bool isPrefix = !prefix.isEmpty() && folded.startsWith(prefix) && folded.size() > prefix.size()
+            && !folded.at(prefix.size()).isLetterOrNumber(); // a whole word
+        return Folded(isPrefix ? folded.mid(prefix.size()) : folded);
     };
     const QString mine = withoutMaker(make, model), theirs = withoutMaker(otherMake, otherModel);
     return !mine.isEmpty() && mine == theirs

@@ -165,7 +165,7 @@ bool AreBare(const QVector<LensName> &names)
 bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
 {
     const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
-    return wanted.IsBare() ? match.sameFocal && isMaker && !offered.name.converter : match.fits;
+    return wanted.IsBare() ? match.sameFocal && isMaker && wanted.converter == offered.name.converter : match.fits;
 }
 
 /// Returns the lens of a camera with a fixed lens. Its attachments and macro settings have separate entries; the plain

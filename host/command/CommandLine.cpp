@@ -92,9 +92,13 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp"},
+    {Verb::Info,
+     {"plain", nullptr},
+     nullptr,
+     "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per place or lens, on a line of its own"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print what is odd, line by line, and nothing else"},
@@ -114,13 +118,15 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Options that only fitted corrections have.
-QVector<OptionRow> FittedRows()
+/// Options of a verb that only fitted corrections have; `info` has those on the picture.
+QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    for (const FittedOptionRow &row : fitted) {
+        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
+            rows.append({verb, {row.name, nullptr}, row.value, row.help});
+    }
     return rows;
 }
 
@@ -132,7 +138,7 @@ QVector<OptionRow> OptionsOf(Verb verb)
         if (row.verb == verb)
             rows.append(row);
     }
-    return verb == Verb::Correct ? rows + FittedRows() : rows;
+    return rows + FittedRows(verb);
 }
 
 /// "-o, --output DIR"
@@ -267,15 +273,17 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
-/// The options of a verb that can't stand together; empty: they can.
-QString FindExclusion(const QCommandLineParser &parser)
+/// The options of `correct` or `info` that can't stand together; empty: they can.
+QString FindExclusion(const QCommandLineParser &parser, Verb verb)
 {
     using Pair = std::pair<const char *, const char *>;
-    QVector<Pair> exclusions = {
-        {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(Pair("plain", row.name));
+    QVector<Pair> exclusions;
+    if (verb == Verb::Correct)
+        exclusions = {
+            {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
+    const QVector<OptionRow> fitted = FittedRows(verb);
+    for (const OptionRow &row : fitted)
+        exclusions.append(Pair("plain", row.names[0]));
     for (const auto &[one, other] : qAsConst(exclusions)) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
@@ -284,11 +292,11 @@ QString FindExclusion(const QCommandLineParser &parser)
 }
 
 /// Reads the options of fitted corrections; what is wrong with one, or empty.
-QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
-    const QVector<FittedOptionRow> rows = FittedOptionRows();
-    for (const FittedOptionRow &row : rows) {
-        const QString name = Latin(row.name);
+    const QVector<OptionRow> rows = FittedRows(verb);
+    for (const OptionRow &row : rows) {
+        const QString name = Latin(row.names[0]);
         const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
         if (!problem.isEmpty())
             return problem;
@@ -373,7 +381,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Lenses) {
         line.action = CommandLine::Action::ShowLenses;
         line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
-                       parser.value(QStringLiteral("plugin"))};
+                       parser.value(QStringLiteral("plugin")), parser.isSet(QStringLiteral("json"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -382,20 +390,24 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                        parser.value(QStringLiteral("plugin"))};
         return line;
     }
+    const QString exclusion = FindExclusion(parser, verb.verb);
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    FittedOptions fitted;
+    if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
+        return Refuse(command, problem);
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
+        line.info.fit = fitted.fit;
         return line;
     }
-    const QString exclusion = FindExclusion(parser);
-    if (!exclusion.isEmpty())
-        return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    const QString problem = ReadFitted(parser, &line.correct.fitted);
-    return problem.isEmpty() ? line : Refuse(command, problem);
+    line.correct.fitted = fitted;
+    return line;
 }
 
 } // namespace

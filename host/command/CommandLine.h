@@ -32,12 +32,14 @@ struct InfoOptions {
     bool json = false;  // one object a picture and line
     bool exif = false;  // all entries
     bool plain = false; // the profile of plain corrections
+    FitOptions fit;     // unless plain: facts typed by the user
 };
 
 struct LensesOptions {
     QStringList words; // none: the places that are searched
     QString lensPath;  // as above
     QString plugin;
+    bool json = false; // one object per place or lens, and line
 };
 
 struct ProfileOptions {

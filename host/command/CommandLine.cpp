@@ -101,9 +101,13 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "look the profile up as --plain does, as FOLDER/BRAND/*.lcp"},
+    {Verb::Info,
+     {"plain", nullptr},
+     nullptr,
+     "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
@@ -123,13 +127,15 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Returns the options that only fitted corrections have.
-QVector<OptionRow> FittedRows()
+/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
+QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    for (const FittedOptionRow &row : fitted) {
+        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
+            rows.append({verb, {row.name, nullptr}, row.value, row.help});
+    }
     return rows;
 }
 
@@ -141,7 +147,7 @@ QVector<OptionRow> OptionsOf(Verb verb)
         if (row.verb == verb)
             rows.append(row);
     }
-    return verb == Verb::Correct ? rows + FittedRows() : rows;
+    return rows + FittedRows(verb);
 }
 
 /// Returns the names of an option as in the help: "-o, --output DIR".
@@ -300,26 +306,28 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
     return QString();
 }
 
-/// Returns the pairs of options of `correct` that exclude each other.
-Exclusions CorrectExclusions()
+/// Returns the pairs of options of `correct` or `info` that exclude each other.
+Exclusions ExclusionsOf(Verb verb)
 {
-    Exclusions exclusions = {{"overwrite", "skip-existing"},
-                             {"profile", "lens-path"},
-                             {"profile", "source"},
-                             {"plain", "verbose"},
-                             {"suffix", "output-name"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(std::make_pair("plain", row.name));
+    Exclusions exclusions;
+    if (verb == Verb::Correct)
+        exclusions = {{"overwrite", "skip-existing"},
+                      {"profile", "lens-path"},
+                      {"profile", "source"},
+                      {"plain", "verbose"},
+                      {"suffix", "output-name"}};
+    const QVector<OptionRow> fitted = FittedRows(verb);
+    for (const OptionRow &row : fitted)
+        exclusions.append(std::make_pair("plain", row.names[0]));
     return exclusions;
 }
 
 /// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
-QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
-    const QVector<FittedOptionRow> rows = FittedOptionRows();
-    for (const FittedOptionRow &row : rows) {
-        const QString name = Latin(row.name);
+    const QVector<OptionRow> rows = FittedRows(verb);
+    for (const OptionRow &row : rows) {
+        const QString name = Latin(row.names[0]);
         const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
         if (!problem.isEmpty())
             return problem;
@@ -418,7 +426,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Lenses) {
         line.action = CommandLine::Action::ShowLenses;
         line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
-                       parser.value(QStringLiteral("plugin"))};
+                       parser.value(QStringLiteral("plugin")), parser.isSet(QStringLiteral("json"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -432,14 +440,18 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         line.report = {parser.positionalArguments()};
         return line;
     }
+    const QString exclusion = FindExclusion(parser, ExclusionsOf(verb.verb));
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    FittedOptions fitted;
+    if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
+        return Refuse(command, problem);
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
+        line.info.fit = fitted.fit;
         return line;
     }
-    const QString exclusion = FindExclusion(parser, CorrectExclusions());
-    if (!exclusion.isEmpty())
-        return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
@@ -449,8 +461,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                       QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
-    const QString problem = ReadFitted(parser, &line.correct.fitted);
-    return problem.isEmpty() ? line : Refuse(command, problem);
+    line.correct.fitted = fitted;
+    return line;
 }
 
 } // namespace

@@ -214,6 +214,18 @@ void FittedRunTest::info()
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
     QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
+    // Everything typed, of a picture without metadata: its own body and no other camera's.
+    WriteJpeg(Path("bare.jpg"_s), 60, 40);
+    const QJsonObject typed =
+        QJsonDocument::fromJson(m_run
+                                    ->Run({"info"_s, "--json"_s, "--lens-path"_s, "lenses"_s, "--focal"_s, "50"_s,
+                                           "--aperture"_s, "8"_s, "--distance"_s, "10"_s, "--lens"_s,
+                                           "EF24-105mm f/4L IS USM"_s, "--body"_s, "Canon EOS 40D"_s, "bare.jpg"_s})
+                                    .output)
+            .object();
+    QCOMPARE(typed.value("profile"_s).toString(), Path(kFound));
+    const QByteArray assumed = QJsonDocument(typed.value("assumed"_s).toArray()).toJson();
+    QVERIFY2(!assumed.contains("another"), assumed);
     QVERIFY(Run("info --lens-path empty known.jpg"_s).output.contains("  Profile       lensfun:Canon/Canon EF 135mm"));
 }
 
@@ -230,6 +242,21 @@ void FittedRunTest::lenses()
     QVERIFY2(found.startsWith("Sigma 24-105mm f/4 DG OS HSM\n  " + Path("lenses/3.lcp"_s).toUtf8()), found);
     QVERIFY2(found.contains("lensfun:Sigma/") && !found.contains("Canon EF"), found);
     QCOMPARE(Run("lenses no-such-lens"_s).exitCode, 1);
+    const auto objects = [this](const QString &line) {
+        QVector<QJsonObject> all;
+        const QList<QByteArray> each = Run("lenses --json --lens-path "_s + line).output.trimmed().split('\n');
+        for (const QByteArray &one : each)
+            all.append(QJsonDocument::fromJson(one).object());
+        return all;
+    };
+    const QJsonObject place = objects("link"_s).first(), database = objects("empty"_s).last();
+    QVERIFY(place.value("folder"_s) == Path("link"_s) && place.value("files"_s) == 7 && place.value("lenses"_s) == 6);
+    QCOMPARE(place.value("unreadable"_s).toArray().first().toObject().value("path"_s).toString(),
+             Path("lenses/broken.lcp"_s));
+    QVERIFY(database.value("database"_s) == "lensfun"_s && database.value("lenses"_s).toInt() > 1000);
+    const QJsonObject lens = objects("lenses sigma 24-105"_s).first();
+    QCOMPARE(lens.value("lens"_s).toString(), "Sigma 24-105mm f/4 DG OS HSM"_s);
+    QCOMPARE(lens.value("profiles"_s).toArray(), QJsonArray{Path("lenses/3.lcp"_s)});
 }
 
 QTEST_GUILESS_MAIN(FittedRunTest)

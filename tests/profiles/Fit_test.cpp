@@ -5,6 +5,7 @@
 #include "CorrectionTwin.h"
 #include "Framing.h"
 #include "KImage.h"
+#include "LensfunFit.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 
@@ -107,6 +108,8 @@ private Q_SLOTS:
     void blending();
     void choices_data();
     void choices();
+    void oddities();
+    void lensfunFrames();
     void fillLeavesNothingEmpty();
     void framings();
     void leftOut_data();
@@ -423,7 +426,10 @@ void tst_Fit::choices_data()
     row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
     row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
     row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
-    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100");
+    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
+    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, the only aperture");
+    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, the only aperture");
+    row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "one unknown aperture");
     row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
@@ -454,6 +460,43 @@ void tst_Fit::choices()
     }
     const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
     QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
+}
+
+/// Notes on the entries used reach the user; others do not.
+void tst_Fit::oddities()
+{
+    LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
+    profile.notes = {{7, 0, QStringLiteral("of a used one")}, {9, 2, QStringLiteral("of another")}};
+    const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
+    QCOMPARE(assumed, QStringList{QStringLiteral("odd in the profile: of a used one")});
+}
+
+/// A picture that was cut from the middle is corrected like the same part of the whole.
+void tst_Fit::lensfunFrames()
+{
+    const auto fit = [](const QSize &size) {
+        PictureFacts facts = Facts(size, 24.0);
+        facts.make = Known(QStringLiteral("Canon"));
+        facts.model = Known(QStringLiteral("Canon EOS 40D"));
+        facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
+        facts.original = Known(QSize(6000, 4000));
+        FitOptions options;
+        options.framing = Framing::Keep;
+        return FitByLensfun(facts, options);
+    };
+    const CorrectionTwin whole(fit({6000, 4000}).correction);
+    for (const QSize &size : {QSize(6000, 3376), QSize(4000, 4000)}) {
+        const FitResult cut = fit(size);
+        QVERIFY2(cut.assumed.contains(QStringLiteral("cut from the middle of a frame of 1.50 : 1")),
+                 qPrintable(cut.assumed.join(QLatin1Char('\n')) + cut.why));
+        const double left = (6000 - size.width()) / 2.0, top = (4000 - size.height()) / 2.0;
+        const SourcePlaces part = CorrectionTwin(cut.correction).At(100.0, 200.0);
+        const SourcePlaces same = whole.At(100.0 + left, 200.0 + top);
+        QVERIFY(std::hypot(same.green.x - 100.0 - left, same.green.y - 200.0 - top) > 10.0);
+        QVERIFY(std::hypot(part.green.x + left - same.green.x, part.green.y + top - same.green.y) < 0.01);
+        QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
+    }
+    QVERIFY(fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("turned in an unknown way")));
 }
 
 void tst_Fit::fillLeavesNothingEmpty()

@@ -2,6 +2,7 @@
 
 #include "CorrectionTwin.h"
 #include "Framing.h"
+#include "LensName.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,9 +45,11 @@ QString WhyRefused(const PictureFacts &facts)
 
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
 {
-    if (!typed.body.isEmpty()) // makers are also recognized inside the typed text
-        return {facts.make.value.isEmpty() ? typed.body : facts.make.value + QLatin1Char(' ') + typed.body, typed.body};
-    return {facts.make.value, facts.model.value};
+    if (typed.body.isEmpty())
+        return {facts.make.value, facts.model.value};
+    const QString body = typed.body.simplified(), first = body.section(QLatin1Char(' '), 0, 0);
+    const bool namesMaker = first != body && IsMakerName(first);
+    return {namesMaker ? first : facts.make.value, body};
 }
 
 /// Twice the profile's amount is enough for any use, and keeps all values finite.

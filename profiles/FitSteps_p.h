@@ -9,6 +9,7 @@
 
 /// Returns the picture's setting: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
+/// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
 /// Returns why no profile can be fitted to the picture; empty if one can.

@@ -3,6 +3,7 @@
 #include "PictureFrame.h"
 #include "ProfileCheck_p.h"
 #include "ProfileXml_p.h"
+#include "Rational_p.h"
 #include "XmlLimits.h"
 
 #include <QFile>
@@ -73,24 +74,11 @@ constexpr PlaceRule kPlaceRules[] = {
     {"TangentialDistortParam2", &ProfileModel::tangential2, -kMaxCoefficient, kMaxCoefficient},
 };
 
-/// Parses "1.4" or "14/10" in any locale; the result is finite.
-std::optional<double> Number(const QString &text)
-{
-    const int slash = text.indexOf(QLatin1Char('/'));
-    bool isNumber = false, isDivisor = true;
-    double value = text.left(slash).trimmed().toDouble(&isNumber);
-    if (slash >= 0)
-        value /= text.mid(slash + 1).trimmed().toDouble(&isDivisor);
-    if (!isNumber || !isDivisor || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
 bool SaySame(const QString &a, const QString &b)
 {
     if (a == b)
         return true;
-    const std::optional<double> first = Number(a), second = Number(b);
+    const std::optional<double> first = ParseRational(a), second = ParseRational(b);
     return first && second && *first == *second;
 }
 
@@ -150,7 +138,7 @@ private:
         const ProfileField *field = Find(m_node, rule.name);
         if (!field)
             return 0.0;
-        const double value = Number(field->value).value_or(0.0);
+        const double value = ParseRational(field->value).value_or(0.0);
         if (value >= rule.least && value <= rule.most)
             return value;
         Note(field->line,
@@ -184,7 +172,7 @@ private:
         const ProfileField *field = Find(m_node, "ApertureValue");
         if (!field)
             return;
-        const std::optional<double> apex = Number(field->value);
+        const std::optional<double> apex = ParseRational(field->value);
         m_entry.hasAperture = apex && *apex > -4.0 && *apex < 20.0; // f/0.25 to f/1024
         if (m_entry.hasAperture)
             m_entry.apertureApex = *apex;
@@ -279,7 +267,7 @@ private:
     /// Reads a number of a model within bounds. @return false, with a note, if it is not one.
     bool ReadBounded(const ProfileNode &node, const ProfileField &field, double least, double most, double *to)
     {
-        const std::optional<double> value = Number(field.value);
+        const std::optional<double> value = ParseRational(field.value);
         if (value && *value >= least && *value <= most) {
             *to = *value;
             return true;
@@ -294,7 +282,7 @@ private:
     bool ReadPlace(const ProfileNode &node, ProfileModel *model)
     {
         const ProfileField *focal = Find(node, "FocalLengthX");
-        if (focal && Number(focal->value) == 0.0)
+        if (focal && ParseRational(focal->value) == 0.0)
             Note(focal->line, QStringLiteral("FocalLengthX is 0; it counts as not given"));
         else if (focal && !ReadBounded(node, *focal, kMinFocal, kMaxFocal, &model->focalLengthX))
             return false;
@@ -355,7 +343,7 @@ LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QSt
     if (!why.isEmpty())
         return Refused(profile, QStringLiteral("not a whole XML document: %1").arg(why), error);
     if (profile.entries.isEmpty())
-        return Refused(profile, QStringLiteral("no entry (rdf:li) in the file"), error);
+        return Refused(profile, QStringLiteral("no entry (rdf:li in photoshop:CameraProfiles) in the file"), error);
     if (std::none_of(profile.entries.cbegin(), profile.entries.cend(), IsUsable)) {
         const auto note = std::find_if(profile.notes.cbegin(), profile.notes.cend(),
                                        [](const ProfileNote &one) { return one.unusable; });

@@ -83,15 +83,20 @@ private:
         }
         const PicturePlace &place = m_frame.Place();
         const double share = m_frame.FrameShare(m_match->cropFactor, &m_result.assumed);
-        const LensfunFrame frame = {place.width, place.height, m_match->cropFactor / share};
+        const auto shape = m_frame.Shape(QSizeF(), 0.0, &m_result.why);
+        if (!shape)
+            return false;
+        m_result.assumed += shape->assumed;
+        const LensfunFrame frame = {shape->longPx, shape->shortPx, m_match->cropFactor / share};
         m_curves = CurvesOf(*m_match->lens, frame,
                             {*setting.focalMm, setting.aperture.value_or(0.0), setting.distanceM.value_or(0.0)});
         m_knowsAperture = setting.aperture.has_value();
         if (m_curves.light && !setting.distanceM)
             m_result.assumed << QStringLiteral("a far subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
+        const double shift = shape->liesAcross ? 0.0 : 1.0; // its direction is lost
         const PictureVector turned =
-            Turned(place.turn, {m_curves.centerX - place.middleX, m_curves.centerY - place.middleY});
+            Turned(place.turn, {shift * m_curves.centerX - place.middleX, shift * m_curves.centerY - place.middleY});
         m_center = {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};
         return true;
     }

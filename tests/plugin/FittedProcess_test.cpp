@@ -59,7 +59,7 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// Both coordinates, 0 to 1 over the picture: y in the channels of @p yChannels, x in the others.
+/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
@@ -162,8 +162,8 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     return path;
 }
 
-// A picture of 1500 x 1001 reduced to 301 x 200, which scales both sides apart: where its pixels come from, beside
-// where those of the whole picture do.
+// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
+// those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
@@ -276,7 +276,7 @@ void tst_FittedProcess::gainIsOfLight()
     const double power = gamma > 0.0 ? gamma : 1.0;
     const Curve toLight = isSrgb ? Curve(SrgbToLight) : [=](double v) { return std::pow(v, power); };
     const Curve toStored = isSrgb ? Curve(LightToSrgb) : [=](double light) { return std::pow(light, 1.0 / power); };
-    // Columns of black, two greys and white; light alone moves nothing.
+    // Columns of black, two grays and white; the gain moves no pixel.
     const double white = bits == 8 ? 255.0 : bits == 16 ? 65535.0 : 1.0;
     const double levels[] = {0.0, 0.1, 0.45, 1.0};
     const QSize size(300, 200);

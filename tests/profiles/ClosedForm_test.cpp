@@ -31,7 +31,7 @@ double Factor(const Shot &shot, double mm)
     return 1.0 + strength * rho2 / (1.0 + 0.3 * rho2);
 }
 
-/// The fourth power of the cosine, and a barrel that shades until the lens is stopped down.
+/// The fourth power of the cosine, and mechanical vignetting until the lens is stopped down.
 double Light(const Shot &shot, double mm)
 {
     const double tangent = mm / shot.focalMm, rho4 = std::pow(mm / kCornerMm, 4.0);

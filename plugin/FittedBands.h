@@ -18,7 +18,7 @@ public:
     /// @p source must outlive the object and be as large as the correction says.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
-    /// The source's channels, and alpha if something stays empty.
+    /// The source's channels, and alpha if something stays empty, which gray pictures become RGB for.
     unsigned short ResultType() const;
     /// The source's depth: 8, 16, or 32 for float.
     int ResultBits() const;
@@ -29,10 +29,13 @@ public:
     void FillFloat(KImage &image);
 
 private:
+    void MakeBand(int firstRow);
     void Render(KImage &band, int firstRow);
 
     const KImage &m_picture;
     FloatRows m_source;
+    bool m_splitsColors;
     FittedWarp m_warp;
-    KImage m_band;
+    KImage m_band; // rows from m_firstRow on
+    int m_firstRow = 0;
 };

@@ -39,5 +39,6 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names, and why
 };
 
-/// Frames the result's correction and fills in its effect on the field of view.
-void FrameResult(const FitOptions &options, FitResult *result);
+/// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a
+/// fisheye lens ends before the photograph does.
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

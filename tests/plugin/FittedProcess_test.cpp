@@ -202,6 +202,8 @@ private Q_SLOTS:
     void previewIsTheFileScaled();
     void gainIsOfLight_data();
     void gainIsOfLight();
+    void grayStaysGray_data();
+    void grayStaysGray();
 
 private:
     void *Record(const Options &options);
@@ -250,6 +252,10 @@ TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &sh
     return ReadTiff(output);
 }
 
+const QMap<QString, Projection> kProjections = {{"rectilinear"_s, Projection::Rectilinear},
+                                                {"equidistant"_s, Projection::Equidistant},
+                                                {"stereographic"_s, Projection::Stereographic},
+                                                {"equisolid"_s, Projection::Equisolid}};
 const Options kPlaces = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}};
 const Options kAll = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}};
 
@@ -260,19 +266,24 @@ void tst_FittedProcess::everyPixelComesFromItsPlace_data()
     QTest::addColumn<double>("focalMm");
     QTest::addColumn<int>("orientation");
     QTest::addColumn<ProfileEntry>("model"); // that the oracle knows; the frame's ratio is picked by the size
+    QTest::addColumn<QString>("projection"); // empty: the default, rectilinear
     const auto row = [](const char *name, const ProfileEntry &entry, const QSize &size, int orientation = 1) {
-        QTest::newRow(name) << Entries{entry} << size << 24.0 << orientation << entry;
+        QTest::newRow(name) << Entries{entry} << size << 24.0 << orientation << entry << QString();
     };
     row("the profile's size", SmallEntry(), {600, 400});
     row("a fifth", SmallEntry(), {120, 80});
     row("twice", SmallEntry(), {1200, 800});
     row("orientation is of the file, not of the pixels", SmallEntry(), {300, 200}, 6);
     row("fisheye", FisheyeEntry(), {450, 300});
+    for (const QString &name : kProjections.keys())
+        QTest::newRow(("fisheye, "_s + name).toUtf8())
+            << Entries{FisheyeEntry()} << QSize(450, 300) << 24.0 << 1 << FisheyeEntry() << name;
     const Entries own = {SmallEntry()};
-    QTest::newRow("stored upright") << own << QSize(200, 300) << 24.0 << 1 << Centered(SmallEntry(), false);
-    QTest::newRow("wider") << own << QSize(320, 180) << 24.0 << 1 << Centered(SmallEntry(), true);
-    QTest::newRow("square") << own << QSize(240, 240) << 24.0 << 1 << Centered(SmallEntry(), true);
-    QTest::newRow("between") << Zoom() << QSize(300, 200) << 25.0 << 1 << Zoom()[0];
+    QTest::newRow("stored upright") << own << QSize(200, 300) << 24.0 << 1 << Centered(SmallEntry(), false)
+                                    << QString();
+    QTest::newRow("wider") << own << QSize(320, 180) << 24.0 << 1 << Centered(SmallEntry(), true) << QString();
+    QTest::newRow("square") << own << QSize(240, 240) << 24.0 << 1 << Centered(SmallEntry(), true) << QString();
+    QTest::newRow("between") << Zoom() << QSize(300, 200) << 25.0 << 1 << Zoom()[0] << QString();
 }
 
 void tst_FittedProcess::everyPixelComesFromItsPlace()
@@ -282,11 +293,14 @@ void tst_FittedProcess::everyPixelComesFromItsPlace()
     QFETCH(const double, focalMm);
     QFETCH(const int, orientation);
     QFETCH(const ProfileEntry, model);
+    QFETCH(const QString, projection);
+    const Projection oracles = kProjections.value(projection, Projection::Rectilinear);
     const Shot shot{entries, focalMm, orientation};
-    const TiffRaster results[] = {Corrected(Coordinates(size, 0b010), shot, kPlaces),
-                                  Corrected(Coordinates(size, 0b101), shot, kPlaces)};
+    const Options options = kPlaces + Options{{"Projection"_s, projection}};
+    const TiffRaster results[] = {Corrected(Coordinates(size, 0b010), shot, options),
+                                  Corrected(Coordinates(size, 0b101), shot, options)};
     constexpr float kGrey = 0.05F;
-    const TiffRaster light = Corrected(Filled(size, 32, [=](int, int, int) { return kGrey; }), shot, kAll);
+    const TiffRaster light = Corrected(Filled(size, 32, [=](int, int, int) { return kGrey; }), shot, kAll + options);
 
     OraclePicture picture = Whole(size);
     if (size.width() == size.height()) // cut from the middle of 3 : 2
@@ -298,17 +312,18 @@ void tst_FittedProcess::everyPixelComesFromItsPlace()
     const int step = qMax(1, size.width() / 150);
     for (int y = 0; y < size.height(); y += step) {
         for (int x = 0; x < size.width(); x += step) {
-            OraclePlaces at = OracleAt(model, picture, Projection::Rectilinear, 1.0, x, y);
+            OraclePlaces at = OracleAt(model, picture, oracles, 1.0, x, y);
             if (entries.size() == 2) { // at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first
                 const OraclePoint tele = OracleAt(entries[1], picture, Projection::Rectilinear, 1.0, x, y).green;
                 at.red = at.green = at.blue = {0.6L * at.green.x + 0.4L * tele.x, 0.6L * at.green.y + 0.4L * tele.y};
-            } else {
-                worstGain = std::max(worstGain, std::abs(double(light.At(x, y, 1) / kGrey) / double(at.gain) - 1.0));
             }
             const OraclePoint places[] = {at.red, at.green, at.blue};
             for (int c = 0; c < 3; ++c) {
                 ++pixels;
                 const OraclePoint place = places[c];
+                if (entries.size() == 1 && c == 1 && light.At(x, y, 1) > 0.0F)
+                    worstGain =
+                        std::max(worstGain, std::abs(double(light.At(x, y, 1) / kGrey) / double(at.gain) - 1.0));
                 if (place.x < 0 || place.y < 0 || place.x > right || place.y > bottom)
                     continue;
                 ++compared;
@@ -424,6 +439,37 @@ void tst_FittedProcess::gainIsOfLight()
         }
     const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables to 1/60,000 of the value
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
+}
+
+void tst_FittedProcess::grayStaysGray_data()
+{
+    QTest::addColumn<int>("bits");
+    for (int bits : {8, 16, 32})
+        QTest::addRow("%d bits", bits) << bits;
+}
+
+void tst_FittedProcess::grayStaysGray()
+{
+    QFETCH(const int, bits);
+    const QSize size(300, 200);
+    const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
+    TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            source.At(x, y, 0) = float(x / right * white);
+    const Shot shot{{SmallEntry()}};
+    constexpr double kZoom = 1.2; // nothing stays empty
+    const TiffRaster result = Corrected(source, shot, kPlaces + Options{{"Framing"_s, QString::number(kZoom)}});
+    QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
+    QVERIFY(result.channels == 1 && result.bits == bits);
+    double worst = 0.0;
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            const OraclePlaces at = OracleAt(shot.entries[0], Whole(size), Projection::Rectilinear, kZoom, x, y);
+            worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
+        }
+    // Rounding of source and result, and 0.01 px.
+    QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
 int main(int argc, char **argv)

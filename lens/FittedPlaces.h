@@ -9,14 +9,14 @@
 /// pixels of the exact ones and gains within 1/20,000, judged by second differences across the picture.
 int CellSide(const CorrectionTwin &twin);
 
-/// Positions and gains at cell corners, for some rows of pixels. Values are floats: positions relative to
-/// the output pixel, so that large pictures lose nothing. One thread at a time.
+/// Positions and gains at cell corners, for some rows of pixels. Values are floats; positions are relative to the
+/// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
     /// The planes of values; those of red and blue only if these colors have separate places.
     enum Plane { kGain, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
-    /// Values that may be read, though they mean nothing, after those of a row.
+    /// Number of meaningless but readable values after each row.
     static constexpr int kPadding = 8;
 
     /// @p twin must outlive the object.
@@ -28,8 +28,7 @@ public:
     /// proceed down the picture.
     void Hold(int firstRow, int rows);
     /// Returns values of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are
-    /// those of row
-    /// @p y + side. There are at least 64 / side + 1 values from any pixel's cell on.
+    /// those of row @p y + side. At least 64 / side + 1 values can be read from any pixel's cell on.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
     /// Whether cells [first, end) of row @p y have a corner near the end of a map: positions inside them must then come
     /// from the twin.

@@ -1,4 +1,4 @@
-// The loops of FittedWarp, to be compiled once for each set of instructions.
+// The loops of FittedWarp, compiled once per instruction set.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -22,19 +22,19 @@ VITRELUX_INLINE Float4 Same(float value)
     return Float4{value, value, value, value};
 }
 
-/// Colors times alpha, and alpha.
+/// Returns the colors times alpha, and alpha.
 VITRELUX_INLINE Float4 Premultiplied(Float4 pixel)
 {
     return pixel * Float4{pixel[3], pixel[3], pixel[3], 1.0F};
 }
 
-/// The pixel as it enters a sum.
+/// Loads a pixel as a term of a weighted sum.
 template <bool kAlpha> VITRELUX_INLINE Float4 LoadTerm(const unsigned char *pixel)
 {
     return kAlpha ? Premultiplied(Load(pixel)) : Load(pixel);
 }
 
-/// Colors of a sum as they are stored; alpha stays the sum's.
+/// Converts a weighted sum to a pixel: divides the colors by alpha, or sets alpha to 1 if there is none.
 template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
 {
     if (!kAlpha)
@@ -43,7 +43,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
     return sum * Float4{scale, scale, scale, 1.0F};
 }
 
-/// @p at gives the pixel at a step to the right and a step down, 0 or 1.
+/// Mixes four pixels; @p at(right, down) returns the address of the one at these steps, 0 or 1.
 template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
 {
     const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
@@ -60,7 +60,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band 
     });
 }
 
-/// The same beside the picture's edges, which repeat. False if a row isn't in memory.
+/// Samples near the picture's edges, which repeat. Returns false if a row isn't in memory.
 template <bool kAlpha>
 inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
 {
@@ -74,16 +74,16 @@ inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, in
     return true;
 }
 
-/// The first lane of @p red, the second and fourth of @p green, the third of @p blue.
+/// Joins the first lane of @p red, the second and fourth of @p green and the third of @p blue.
 VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
 {
     return Float4{red[0], green[1], blue[2], green[3]};
 }
 
-/// The neighbors of a block's places; of green's alone, unless colors are split.
+/// Neighbors of a block's places; only green's unless colors are split.
 using ColorNeighbors = Neighbors[kColors];
 
-/// Each color from its own place; all are held.
+/// Samples each color at its place; all neighbors must be in memory.
 template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band &band, const ColorNeighbors &at, int i)
 {
     if constexpr (kAlpha)
@@ -103,7 +103,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band
     return Finished<false>(top * restY + bottom * y);
 }
 
-/// Pixel by pixel beside edges and where pixels stay empty. False if a row isn't in memory.
+/// Samples pixel by pixel, for edges and empty pixels. Returns false if a row isn't in memory.
 template <bool kAlpha, bool kSplit>
 VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNeighbors &at, int count, Float4 *samples)
 {
@@ -124,7 +124,7 @@ VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNe
     return true;
 }
 
-/// The rows below serve the rows of the result that follow; bent lines hide them from the processor's own prefetching.
+/// Prefetches source rows for the next rows of the result: the processor doesn't predict curved lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
@@ -142,7 +142,7 @@ VITRELUX_INLINE Float4 Limited(Float4 value)
     return value < one ? value : one;
 }
 
-/// Colors through one table per channel. Arguments are 0 or more, or not a number.
+/// Maps colors through one table per channel. Arguments are at least 0 or NaN.
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
 {
     using Int4 = std::int32_t __attribute__((vector_size(16)));
@@ -165,7 +165,7 @@ VITRELUX_INLINE Float4 Magnitude(Float4 value)
     return value < Same(0.0F) ? -value : value;
 }
 
-/// A stored value whose light has grown by @p gain; alpha stays.
+/// Multiplier of the light of stored values; alpha stays.
 struct Light {
     explicit Light(const TransferCurve &light)
         : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
@@ -193,7 +193,7 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
     std::memcpy(target, &lit, sizeof lit);
 }
 
-/// Lets the light of the samples grow by the block's gains, and stores them.
+/// Multiplies the light of the samples by the block's gains and stores them.
 VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
                               const float *gain)
 {
@@ -211,7 +211,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
 
 constexpr int kUnitRows = 64;
 
-/// @p Kind renders some rows with a scratch of its own.
+/// Renders the band by @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
     const auto scratch = std::make_unique<typename Kind::Scratch>();
@@ -224,18 +224,18 @@ template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band 
     return true;
 }
 
-/// The block @p x pixels and @p row rows into the band.
+/// Returns the block that starts @p x pixels and @p row rows into the band.
 VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 {
     return {x, band.firstRow + row, std::min(kBlockPixels, band.columns - x),
             band.target + row * band.targetStride + std::int64_t(x) * kPixelBytes};
 }
 
-/// Bilinear samples of a block, with alpha.
+/// Bilinear sampling, block by block.
 template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
     struct Scratch { };
 
-    /// False if a row isn't in memory.
+    /// Returns false if a row isn't in memory.
     VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,
                                        Float4 *samples)
     {

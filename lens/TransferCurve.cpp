@@ -24,7 +24,7 @@ float FloatOf(std::int32_t bits)
     return value;
 }
 
-/// Segments over 2^@p firstOctave to 2^@p endOctave, 2^@p splitBits per octave.
+/// Makes a table from 2^@p firstOctave to 2^@p endOctave, with 2^@p splitBits segments per octave.
 Table TableOf(const std::function<double(double)> &function, int firstOctave, int endOctave, int splitBits)
 {
     constexpr int kMantissaBits = 23;
@@ -38,7 +38,7 @@ Table TableOf(const std::function<double(double)> &function, int firstOctave, in
         const double from = i == 0 ? 0.0 : double(FloatOf((table.first + i) << table.shift));
         const double to = double(FloatOf((table.first + i + 1) << table.shift));
         const double atFrom = i == 0 ? 0.0 : function(from), slope = (function(to) - atFrom) / (to - from);
-        // Half of what a chord is off by in the middle, so that it is off as much to both sides.
+        // Shift the chord by half of its error in the middle, so that the error is the same on both sides.
         const double lift = i == 0 ? 0.0 : (function((from + to) / 2.0) - (atFrom + function(to)) / 2.0) / 2.0;
         table.segments.push_back({static_cast<float>(atFrom + lift - slope * from), static_cast<float>(slope)});
     }
@@ -50,7 +50,7 @@ double Odd(const std::function<double(double)> &function, double value)
     return value > 0.0 ? function(value) : value < 0.0 ? -function(-value) : 0.0;
 }
 
-/// A curve by points, which rise somewhere and fall nowhere.
+/// A curve through points that never fall and rise somewhere.
 class SampledCurve {
 public:
     explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))
@@ -72,7 +72,7 @@ public:
         return m_light[before] + (at - double(before)) * (m_light[before + 1] - m_light[before]);
     }
 
-    /// The least value where the curve is level.
+    /// Returns the stored value of @p light; where the curve is level, the lowest one.
     double Stored(double light) const
     {
         if (light >= m_light.back())
@@ -85,7 +85,7 @@ public:
 private:
     std::vector<double> m_light;
     double m_power; // above 1
-    double m_white; // the least value of the last light
+    double m_white; // the lowest stored value of the most light
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// What stored values mean as light.
+// Conversion between stored values and light.
 #pragma once
 
 #include <functional>
@@ -6,12 +6,12 @@
 #include <optional>
 #include <vector>
 
-/// Turns stored values of a picture into light and back, per channel: exactly in double, and by tables for every pixel.
+/// Converter between a picture's stored values and light, per channel: exact in double, and by tables for every pixel.
 ///
-/// Curves grow and go through 0, so that black stays black. They go on above 1, for float pictures, and are odd
-/// functions, for negative values there.
+/// Curves rise and pass through 0, so black stays black. For float pictures they continue above 1 and are odd functions
+/// for negative values.
 ///
-/// A value: copies share tables. Any thread may call the functions of one object at the same time.
+/// Value type: copies share tables. Several threads may call the functions of one object at the same time.
 class TransferCurve {
 public:
     /// Stored values are proportional to light.
@@ -21,9 +21,10 @@ public:
     static TransferCurve Srgb();
     /// Light is the stored value to the power of @p gamma, which is above 0.
     static TransferCurve Power(double gamma);
-    /// @p curves: light at stored values evenly spaced from 0 to 1, at least two each; one curve for all channels, or
-    /// three. Between them light is interpolated linearly; above 1 it goes on as a power. Light at 0 counts as black,
-    /// and values that fall count as level. Nothing if a curve doesn't rise at all or holds what is not a number.
+    /// @param curves  light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
+    /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at 0
+    /// counts as black; where a curve falls, it counts as level.
+    /// @return none if a curve never rises or contains NaN.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
     bool IsLinear() const { return !m_channels; }
@@ -31,12 +32,12 @@ public:
     double Light(int channel, double stored) const;
     double Stored(int channel, double light) const;
 
-    /// A function as straight segments over the bits of a float, which divide each octave evenly.
+    /// A function as linear segments, indexed by the leading bits of a float: they divide each octave evenly.
     struct Table {
         struct Segment {
             float start, slope; // of start + slope * x
         };
-        float least, greatest; // of x that have segments of their own; the outermost ones go on
+        float least, greatest; // range of x; the outermost segments continue beyond it
         int shift, first;      // the segment of x is (bits of x >> shift) - first
         std::vector<Segment> segments;
     };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <unordered_map>
 
 namespace {
@@ -168,16 +169,48 @@ private:
         Correction &to = m_result.correction;
         const BlendParts &geometry = parts[0], &color = parts[1], &light = parts[2];
         if (!geometry.isEmpty())
-            to.geometry = m_blend.Geometry(geometry, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
-        if (Any(color, &ProfileEntry::redGreen))
-            to.red = m_blend.Color(color, &ProfileEntry::redGreen, m_tasks[1].amount);
-        if (Any(color, &ProfileEntry::blueGreen))
-            to.blue = m_blend.Color(color, &ProfileEntry::blueGreen, m_tasks[1].amount);
+            MakeMap(m_tasks[0], geometry, &to.geometry, [&](const BlendParts &of) {
+                return m_blend.Geometry(of, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
+            });
+        for (auto [map, model] :
+             {std::pair(&to.red, &ProfileEntry::redGreen), std::pair(&to.blue, &ProfileEntry::blueGreen)}) {
+            if (Any(color, model) && !m_result.colorEntries.isEmpty())
+                MakeMap(m_tasks[1], color, map, [&, model = model](const BlendParts &of) {
+                    return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
+                });
+        }
+        if (m_result.colorEntries.isEmpty()) { // one color alone would be worse than none
+            to.red.reset();
+            to.blue.reset();
+        }
         if (!light.isEmpty())
             to.light = m_blend.Light(light, m_tasks[2].amount);
         m_result.distortion = to.geometry.has_value();
         m_result.chromatic = to.red || to.blue;
         m_result.vignetting = to.light.has_value();
+    }
+
+    /// Makes a map of these entries. Leaves it out if it can't be used: the reason names the entry at fault.
+    void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
+                 const std::function<RadialMap(const BlendParts &)> &make)
+    {
+        *to = make(parts);
+        QString why = WhyUseless(**to, m_facts.pixels);
+        if (why.isEmpty())
+            return;
+        const ProfileEntry *entry = parts.first().entry;
+        for (BlendPart one : parts) {
+            one.weight = 1.0;
+            const QString alone = WhyUseless(make({one}), m_facts.pixels);
+            if (alone.isEmpty())
+                continue;
+            entry = one.entry;
+            why = alone;
+            break;
+        }
+        m_leftOut.Add(task, QStringLiteral("%1 (line %2) %3").arg(EntryText(*entry)).arg(entry->line).arg(why));
+        WeightsOf(task.quantity)->clear();
+        to->reset();
     }
 
     /// Oddities of the entries used, as found when the file was read.
@@ -196,6 +229,9 @@ private:
     {
         AddNotes();
         m_result.assumed.removeDuplicates();
+        for (const auto *weights : {&m_result.lightEntries, &m_result.colorEntries, &m_result.geometryEntries})
+            if (!weights->isEmpty())
+                m_result.profileName = m_profile.entries[weights->first().entry].profileName;
         m_result.entries = EntriesText(m_profile, m_result);
         m_result.why = m_leftOut.Text();
     }

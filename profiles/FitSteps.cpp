@@ -1,5 +1,6 @@
 #include "FitSteps_p.h"
 
+#include "CorrectionTwin.h"
 #include "Framing.h"
 #include "LensName.h"
 
@@ -60,9 +61,12 @@ static double Amount(double asked)
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
 {
     return {{
-        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone},
-        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone},
-        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone},
+        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone,
+         facts.distortionTried},
+        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone,
+         facts.chromaticTried},
+        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone,
+         facts.vignettingTried},
     }};
 }
 
@@ -71,8 +75,11 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
     if (!task.isWanted)
         return false;
     const bool isChosen = !options.profile.isEmpty(); // by a user who knows the picture
-    if (task.done.value && !options.again && !isChosen)
+    const bool isAnew = options.again || isChosen;
+    if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
+    else if (task.tried && !isAnew)
+        Add(task, QStringLiteral("an earlier run could not correct it (XMP vitrelux:Requested)"));
     else if (!(task.amount > 0.0))
         Add(task, QStringLiteral("its amount is 0"));
     else
@@ -100,6 +107,33 @@ QString LeftOut::Text() const
     return reasons.join(QStringLiteral("; "));
 }
 
+QString WhyUseless(const RadialMap &map, const QSize &pixels)
+{
+    constexpr int kCells = 32;
+    constexpr double kLeastShare = 0.05; // strong fisheyes and zoomed crops keep more
+    Correction alone;
+    alone.width = pixels.width();
+    alone.height = pixels.height();
+    alone.geometry = map;
+    const CorrectionTwin twin(alone);
+    int kept = 0, folded = 0;
+    for (int y = 0; y < kCells; ++y) {
+        for (int x = 0; x < kCells; ++x) {
+            const SourcePlaces places =
+                twin.At((x + 0.5) / kCells * pixels.width() - 0.5, (y + 0.5) / kCells * pixels.height() - 0.5);
+            kept += !twin.IsEmpty(places);
+            folded += places.folded;
+        }
+    }
+    constexpr int kAll = kCells * kCells;
+    if (kept >= kLeastShare * kAll)
+        return QString();
+    const QString text = QStringLiteral("leaves %1 % of the picture").arg(100.0 * kept / kAll, 0, 'f', 0);
+    return folded >= kAll / 2
+        ? text + QStringLiteral(": it folds back %1 px from the center").arg(map.endRadius, 0, 'f', 0)
+        : text + QStringLiteral(": the rest comes from outside");
+}
+
 void FrameResult(const FitOptions &options, FitResult *result)
 {
     Correction &correction = result->correction;
@@ -110,5 +144,5 @@ void FrameResult(const FitOptions &options, FitResult *result)
     if (!correction.ChangesPositions())
         return;
     result->fieldShare = FieldShare(correction);
-    result->leavesEmpty = LeavesEmpty(correction);
+    result->leavesEmpty = !framing.isFull && LeavesEmpty(correction);
 }

@@ -18,10 +18,11 @@ QString WhyRefused(const PictureFacts &facts);
 /// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
-    const char *name; // for people
+    const char *name; // in messages
     bool isWanted;
     double amount;
     Fact<bool> done;
+    bool tried; // by an earlier run of ours, in vain
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
@@ -33,12 +34,15 @@ public:
     /// Whether the correction is requested and allowed; otherwise records the reason if it was requested.
     bool Allows(const FitTask &task, const FitOptions &options);
     void Add(const FitTask &task, const QString &why);
-    /// "distortion, vignetting: corrected before (...)" in one line; empty if nothing was left out.
+    /// Returns one line such as "distortion, vignetting: corrected before (...)"; empty if nothing was left out.
     QString Text() const;
 
 private:
-    QVector<QPair<QString, QString>> m_reasons; // names, and why
+    QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
+
+/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
 /// Frames the result's correction and fills in its effect on the field of view.
 void FrameResult(const FitOptions &options, FitResult *result);

@@ -88,13 +88,6 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether all that is asked for was corrected before, by the camera or by another program.
-bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
-{
-    return !options.again && (!options.distortion || facts.distortionDone.value)
-        && (!options.chromatic || facts.chromaticDone.value) && (!options.vignetting || facts.vignettingDone.value);
-}
-
 /// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
@@ -125,6 +118,13 @@ QStringList DefaultProfileFolders()
     return folders;
 }
 
+QString ShownProfileName(const QString &profile)
+{
+    const QLatin1String lensfun("lensfun:");
+    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
+                                       : QFileInfo(profile).fileName();
+}
+
 PictureFitter::PictureFitter(const QStringList &folders, const QString &cacheFile)
     : m_folders(folders), m_index(cacheFile)
 {
@@ -147,7 +147,7 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
             result.assumed = match.notes + result.assumed;
             if (result.correction.ChangesAnything() || WasDoneBefore(facts, options))
                 return result;
-            none.profile = result.profile; // found, and of no use: the database may know the lens
+            none.profile = result.profile; // found but unusable: the database may have the lens
             none.why = result.why;
         } else {
             none.why = match.reason;
@@ -221,7 +221,7 @@ bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, 
 {
     FitOptions unframed = options;
     unframed.framing = Framing::Keep;
-    unframed.again = true; // what was done before makes no difference between profiles
+    unframed.again = true; // earlier corrections affect all profiles alike
     const Correction a = FitChosen(path, facts, unframed).correction;
     const Correction b = FitChosen(otherPath, facts, unframed).correction;
     return AreAlike(a, b);

@@ -1,6 +1,7 @@
 // The frame of a picture: its size relative to the profile's frame, and the picture's place in it.
 #pragma once
 
+#include "FullFrame.h"
 #include "LensProfile.h"
 #include "PictureFacts.h"
 
@@ -9,8 +10,6 @@
 
 #include <optional>
 
-/// Diagonal of a frame of 36 x 24 mm; a frame's factor is this over its diagonal.
-constexpr double kFullFrameDiagonalMm = 43.266615305567875; // sqrt(36^2 + 24^2)
 /// The largest frame, relative to its own, that a profile covers; beyond that it would be extrapolated.
 constexpr double kMaxFrameRatio = 1.04;
 
@@ -20,10 +19,11 @@ double LongSideMm(double factor, double width, double height);
 /// Returns the factor of the camera's frame from the table of cameras; 0 if it is unknown. Any thread.
 double CameraFactor(const QString &make, const QString &model);
 
-/// Applies @p turn, an EXIF orientation, to a vector in the sensor's axes (x to the right, y down).
+/// A vector in the axes of the sensor or of the picture, x to the right and y down.
 struct PictureVector {
     double x, y;
 };
+/// Applies @p turn, an EXIF orientation, to a vector in the sensor's axes.
 PictureVector Turned(Orientation turn, const PictureVector &vector);
 
 /// Place of the current picture in the camera's whole picture, in pixels of the current picture.
@@ -40,7 +40,7 @@ struct EntryFrame {
     double focalLength = 0.0; // of models without one, in long sides of the profile's frame
     double frameHeight = 0.0; // of the profile, over its width; 0 unless the entry's centers are used
     bool tangential = true;   // whether tangential terms have a direction
-    QStringList assumed;      // for people
+    QStringList assumed;      // messages for the user
 };
 
 /// The whole picture as the camera took it, before it was turned or cut to other proportions.

@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
 
-/// f-number, for comparisons.
+/// Returns the f-number.
 double Aperture(const ProfileEntry &entry)
 {
     return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;

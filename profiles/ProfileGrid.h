@@ -34,7 +34,7 @@ struct Setting {
 struct GridChoice {
     QVector<EntryWeight> entries; // at most 8; empty if the setting is not sufficient
     QString why;                  // why it is empty
-    QStringList assumed;          // for people
+    QStringList assumed;          // messages for the user
 };
 
 /// Entries by focal length, then distance, then aperture; focal lengths may have different distances and apertures.

@@ -25,14 +25,14 @@ bool HoldsAll(const QString &text, const QStringList &words)
                        [&](const QString &word) { return text.contains(word, Qt::CaseInsensitive); });
 }
 
-/// "Canon EF 24-70mm f/4L IS USM on Canon EOS 6D", out of a profile's first entry.
+/// Returns the lens of a profile's first entry, "Canon EF 24-70mm f/4L IS USM", or the camera's if it has no name.
 QString LensOf(const ProfileHead &head)
 {
     return head.lensNames.isEmpty() ? QStringLiteral("the lens of %1 %2").arg(head.make, head.model).simplified()
                                     : head.lensNames.first();
 }
 
-/// Files, lenses and faults below one folder.
+/// Files, lenses and unreadable profiles below one folder.
 class Place {
 public:
     explicit Place(const QString &folder) : m_folder(folder), m_prefix(QFileInfo(folder).canonicalFilePath())
@@ -71,7 +71,7 @@ public:
 
 private:
     QString m_folder;
-    QString m_prefix; // of the index's paths, in which no links are
+    QString m_prefix; // of paths in the index, which are canonical
     int m_files = 0;
     QSet<QString> m_lenses;
     QVector<QPair<QString, QString>> m_faults; // paths and errors
@@ -174,7 +174,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());
     const SearchedFolders folders(application.Get(), options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // asks for the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // reads the stored folder
     if (!folders.Problem().isEmpty()) {
         console->Failure(QString(), folders.Problem());
         return kSomeFailed;
@@ -183,11 +183,11 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
         console->Note(QString(), plugin.Problem());
 
     ProfileIndex index;
-    if (!index.Scan(folders.All()))
+    if (!index.Scan(folders.Folders()))
         console->Note(QString(),
-                      QStringLiteral("more than %1 profiles, the rest is left out").arg(ProfileIndex::kMostProfiles));
+                      QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMostProfiles));
     if (options.words.isEmpty()) {
-        console->Print(options.json ? PlacesJson(folders.All(), index) : PlacesText(folders.All(), index));
+        console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;
     }
     const QVector<FoundLens> found = FindLenses(options.words, index);

@@ -87,7 +87,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
     return QString();
 }
 
-/// Rejects nearly all of thousands of profiles quickly, before names are parsed.
+/// Rejects nearly all of thousands of profiles quickly, before names are parsed and bodies compared.
 bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
@@ -227,11 +227,14 @@ private:
 
     void Consider(const IndexedProfile &profile)
     {
+        const bool isFixed = IsFixedLens();
+        if (!isFixed && !MayBeLens(profile.head, m_wanted))
+            return;
         Candidate candidate;
         candidate.profile = &profile;
         candidate.body = BodyOf(profile.head);
         candidate.rawFits = profile.head.raw == m_facts.raw;
-        if (IsFixedLens() ? !MatchFixedLens(&candidate) : !MatchNames(&candidate))
+        if (isFixed ? !MatchFixedLens(&candidate) : !MatchNames(&candidate))
             return;
         QString why = WhyOutOfRange(profile.head, m_facts);
         if (why.isEmpty() && candidate.body != Body::Same)
@@ -264,8 +267,6 @@ private:
     bool MatchNames(Candidate *candidate)
     {
         const ProfileHead &head = candidate->profile->head;
-        if (!MayBeLens(head, m_wanted))
-            return false;
         NameMatch best;
         for (const QString &text : head.lensNames)
             for (const LensName &offered : m_parsed(text))

@@ -13,7 +13,7 @@ struct LensfunMatch {
     QString title;                // "MAKER/LENS" as the database writes it
     QString name;                 // of a lens that can be taken off, with its maker; empty for other lenses
     double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
-    QString reason;               // why this one, or why none; one line for people
+    QString reason;               // why this one, or why none; one line for the user
     QStringList notes;            // assumptions
     QStringList nearest;          // up to three that came close
 };

@@ -56,9 +56,11 @@ public:
     {
         if (!SetCurves())
             return m_result;
-        for (const FitTask &task : TasksOf(m_facts, m_options))
+        for (const FitTask &task : TasksOf(m_facts, m_options)) {
             if (m_leftOut.Allows(task, m_options) && !Make(task))
                 m_leftOut.Add(task, WhyMissing(task));
+            Check(task);
+        }
         m_result.distortion = m_result.correction.geometry.has_value();
         m_result.chromatic = m_result.correction.red || m_result.correction.blue;
         m_result.vignetting = m_result.correction.light.has_value();
@@ -123,6 +125,26 @@ private:
             return true;
         }
         return false;
+    }
+
+    /// Takes maps back that can't be used: the user may have added to the database.
+    void Check(const FitTask &task)
+    {
+        Correction &to = m_result.correction;
+        QVector<std::optional<RadialMap> *> maps;
+        if (task.quantity == Quantity::Geometry)
+            maps = {&to.geometry};
+        else if (task.quantity == Quantity::Color)
+            maps = {&to.red, &to.blue};
+        QString why;
+        for (const auto *map : qAsConst(maps))
+            if (*map && why.isEmpty())
+                why = WhyUseless(**map, m_facts.pixels);
+        if (why.isEmpty())
+            return;
+        m_leftOut.Add(task, QStringLiteral("lensfun's model of it ") + why);
+        for (auto *map : qAsConst(maps))
+            map->reset();
     }
 
     RadialMap Map(const Curve &factor, double shrink, double end, double amount) const

@@ -1,4 +1,5 @@
 // Fitted corrections against the models, computed without tables, blending or frames of the code.
+#include "Case.h"
 #include "Fit.h"
 
 #include "CorrectionTwin.h"
@@ -45,7 +46,7 @@ Worst WorstOf(const FitResult &fit, const ProfileEntry &entry, const OraclePictu
             const SourcePlaces places = twin.At(x, y);
             if (twin.IsEmpty(places))
                 continue;
-            const OraclePlaces want = OracleAt(entry, picture, projection, fit.zoom, x, y);
+            const OraclePlaces want = OracleAt({{entry, 1.0L}}, picture, projection, fit.zoom, x, y);
             worst.px = std::max({worst.px, Distance(places.red, want.red), Distance(places.green, want.green),
                                  Distance(places.blue, want.blue)});
             const double gain = std::clamp(double(want.gain), 1.0, 16.0);
@@ -102,6 +103,7 @@ private Q_SLOTS:
     void frames_data();
     void frames();
     void unknownTurn();
+    void unknownFrames();
     void parts();
     void blending();
     void choices_data();
@@ -112,6 +114,8 @@ private Q_SLOTS:
     void framings();
     void leftOut_data();
     void leftOut();
+    void useless_data();
+    void useless();
 
 private:
     QTemporaryDir m_folder;
@@ -274,11 +278,29 @@ void tst_Fit::unknownTurn()
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
-    // The same unit as lying: a radius of 1,000 px moves alike.
+    // The same unit as in landscape orientation: a radius of 1,000 px moves by the same amount.
     FitOptions keep;
     keep.framing = Framing::Keep;
     const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
     QVERIFY(std::abs(map.factor.AtSquared(1e6) - lying.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
+}
+
+void tst_Fit::unknownFrames()
+{
+    ProfileEntry entry = Entry(), bare = Entry();
+    entry.width = entry.sensorFormatFactor = 0.0;
+    for (auto *model : {&bare.geometry, &bare.green, &bare.redGreen, &bare.blueGreen, &bare.vignette})
+        (*model)->focalLengthX = 0.0; // by the focal length over the frame
+    bare.model = QStringLiteral("THING");
+    bare.sensorFormatFactor = 0.0;
+    for (const ProfileEntry &one : {entry, bare}) {
+        PictureFacts facts = Facts();
+        facts.model = Known(QStringLiteral("SMALL"));
+        const FitResult fit = Fit(Profile({one}), facts, {});
+        QVERIFY2(fit.why.endsWith(QLatin1String("the frame that the profile was made from is unknown")),
+                 qPrintable(fit.why));
+        QVERIFY(!fit.correction.ChangesAnything());
+    }
 }
 
 void tst_Fit::parts()
@@ -287,6 +309,7 @@ void tst_Fit::parts()
     FitOptions options;
     options.framing = Framing::Keep;
     for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, scaled by a half
+        const Case named("turn", turn);
         const QSize size(1500, 1333);
         PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size);
         facts.readerTurn = turn;
@@ -358,7 +381,7 @@ void tst_Fit::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half of each: half the displacement, half the exposure values.
+    // An amount of a half gives half the displacement and half the exposure values.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
@@ -599,6 +622,53 @@ void tst_Fit::leftOut()
     QCOMPARE(letters, done);
     QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
+}
+
+void tst_Fit::useless_data()
+{
+    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, in line 9
+    QTest::addColumn<bool>("distortion");    // whether it is still made
+    QTest::addColumn<bool>("color");
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char *name, bool distortion, bool color, const char *why,
+                        const std::function<void(ProfileEntry &)> &change) {
+        ProfileEntry entry = Entry(50.0);
+        entry.line = 9;
+        change(entry);
+        QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
+    };
+    // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
+    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
+        [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
+    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest comes",
+        [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
+    row("tangential terms that throw all out", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+        [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
+    row("both colors, said once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %", [](ProfileEntry &e) {
+        e.redGreen->coefficients = {-1e12, 1e12, -1e12};
+    });
+    row("the shortest focal length of a model", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+        [](ProfileEntry &e) { e.green->focalLengthX = 1e-4; });
+    row("half a fisheye", true, true, "", [](ProfileEntry &e) {
+        e.kind = ProfileEntry::Kind::Fisheye;
+        e.green->coefficients = {-0.5};
+    });
+}
+
+void tst_Fit::useless()
+{
+    QFETCH(ProfileEntry, entry);
+    QFETCH(bool, distortion);
+    QFETCH(bool, color);
+    QFETCH(QString, why);
+    const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
+    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
+    QCOMPARE(fit.distortion, distortion);
+    QCOMPARE(fit.correction.geometry.has_value(), distortion);
+    QCOMPARE(fit.chromatic, color);
+    QCOMPARE(fit.correction.blue.has_value(), color);
+    QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
+    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
 }
 
 QTEST_GUILESS_MAIN(tst_Fit)

@@ -72,6 +72,7 @@ void tst_LensName::comparison_data()
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6");
+    other("EF16-35mm f/2.8L USM", "Canon EF 17-35mm f/2.8L USM");
     other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/4L IS USM");
     other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/2.8L IS USM + EF 2x II extender");
     other("AF-S DX Nikkor 35mm f/1.8G", "AF-S Nikkor 35mm f/1.8G ED");

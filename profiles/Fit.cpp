@@ -66,7 +66,8 @@ public:
         for (int i = 0; i < 3; ++i)
             parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));
         MakeMaps(parts);
-        FrameResult(m_options, &m_result);
+        const bool isFisheye = !parts[0].isEmpty() && parts[0][0].entry->kind == ProfileEntry::Kind::Fisheye;
+        FrameResult(m_options, isFisheye, &m_result);
         Tell();
         return m_result;
     }

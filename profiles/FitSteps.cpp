@@ -19,6 +19,21 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
     return std::nullopt;
 }
 
+/// Whether a corner of the source is farther from the center than what the geometric map reaches.
+bool GoesOnBeyondEnd(const Correction &correction)
+{
+    if (!correction.geometry)
+        return false;
+    const RadialMap &map = *correction.geometry;
+    const double endSquared = map.endRadius * map.endRadius;
+    if (!(endSquared <= map.factor.EndSquared())) // farther out than any framing shows
+        return false;
+    const double reach = map.endRadius * map.factor.AtSquared(endSquared);
+    return std::hypot(std::max(map.centerX, correction.width - 1.0 - map.centerX),
+                      std::max(map.centerY, correction.height - 1.0 - map.centerY))
+        > reach;
+}
+
 } // namespace
 
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed)
@@ -134,9 +149,12 @@ QString WhyUseless(const RadialMap &map, const QSize &pixels)
         : text + QStringLiteral(": the rest comes from outside");
 }
 
-void FrameResult(const FitOptions &options, FitResult *result)
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result)
 {
     Correction &correction = result->correction;
+    if (isFisheye && options.projection == Projection::Rectilinear && GoesOnBeyondEnd(correction))
+        result->assumed << QStringLiteral("the photograph goes on beyond 85 degrees from the axis, where rectilinear "
+                                          "pictures end; other projections show more");
     const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);
     correction.zoom = result->zoom = framing.zoom;
     if (framing.isBounded)

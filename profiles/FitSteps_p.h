@@ -44,5 +44,6 @@ private:
 /// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
-/// Frames the result's correction and fills in its effect on the field of view.
-void FrameResult(const FitOptions &options, FitResult *result);
+/// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a
+/// fisheye lens ends before the photograph does.
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

@@ -21,7 +21,8 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and\n"
      "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
-     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is requested "
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
+     "requested "
      "but\n"
      "missing from the profile is a failure. An output appears only when it is complete, and replaces an existing "
      "file\n"

@@ -136,7 +136,8 @@ void PicturesPage::SetUpFraming()
 void PicturesPage::Add(const QStringList &files)
 {
     QStringList known = Files();
-    const QVector<PlannedPicture> plan = PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
+    const QVector<PlannedPicture> plan =
+        PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
     for (const PlannedPicture &planned : plan) {
         if (known.contains(planned.picture))
             continue;

@@ -64,7 +64,7 @@ public:
         m_result.distortion = m_result.correction.geometry.has_value();
         m_result.chromatic = m_result.correction.red || m_result.correction.blue;
         m_result.vignetting = m_result.correction.light.has_value();
-        FrameResult(m_options, &m_result);
+        FrameResult(m_options, m_curves.imageHeight.has_value(), &m_result);
         m_result.assumed.removeDuplicates();
         m_result.why = m_leftOut.Text();
         return m_result;

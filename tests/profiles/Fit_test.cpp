@@ -565,6 +565,19 @@ void tst_Fit::framings()
     QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("bound")));
     // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
     QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
+    // A circular fisheye: even the smallest zoom, whose corner is 3606 px from the middle, fills the frame.
+    entry.kind = ProfileEntry::Kind::Fisheye;
+    entry.geometry = Model(0.25, 0.5, 0.5, {});
+    const FitResult filled = fit(Framing::Fill);
+    QVERIFY(filled.zoom == 0.5 && !filled.leavesEmpty);
+    QVERIFY(filled.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framed at the bound, a zoom of 0.5")));
+    // A smaller circle: 85 degrees are 445 px from the middle of the photograph and 3429 px of the result.
+    entry.geometry = Model(0.1, 0.5, 0.5, {});
+    const FitResult ended = fit(Framing::Fill);
+    QVERIFY(std::abs(ended.correction.geometry->endRadius - 3429.0) < 0.1);
+    QVERIFY(ended.assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
+    options.projection = Projection::Equidistant;
+    QVERIFY(!fit(Framing::Fill).assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
 }
 
 void tst_Fit::leftOut_data()

@@ -1,9 +1,7 @@
 #include "KMetaData.h"
 
+#include "XmlDocument.h"
 #include "XmlLimits.h"
-
-#include <QDomDocument>
-#include <QXmlInputSource>
 
 #include <cstring>
 #include <limits>
@@ -155,13 +153,9 @@ QDomElement KMetaData::DomXmp() const
 {
     if (!m_xmp || m_xmp->Length > kMaxXmlBytes)
         return QDomElement();
-    QXmlInputSource source;
-    source.setData(
-        QByteArray::fromRawData(reinterpret_cast<const char *>(m_xmp->Data), static_cast<int>(m_xmp->Length)));
-    QDomDocument document(QStringLiteral("xmp"));
-    if (!WhyXmlRefused(source).isEmpty() || !document.setContent(&source, /*namespaceProcessing=*/false))
-        return QDomElement();
-    return document.documentElement();
+    const XmlDocument xml =
+        ReadXml(QByteArray::fromRawData(reinterpret_cast<const char *>(m_xmp->Data), static_cast<int>(m_xmp->Length)));
+    return xml.isWellFormed ? xml.document.documentElement() : QDomElement();
 }
 
 char *KMetaData::StrDup(const char *text)

@@ -1,10 +1,10 @@
 #include "ProfileDocument_p.h"
 
+#include "XmlDocument.h"
 #include "XmlLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QXmlInputSource>
 
 ProfileDocument ReadProfileDocument(const QString &fileName)
 {
@@ -28,15 +28,13 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
     if (content.size() > kMaxXmlBytes)
         return fail(ProfileFault::Refused, QStringLiteral("the file is larger than %1 MiB").arg(kMaxXmlBytes >> 20));
 
-    QXmlInputSource source;
-    source.setData(content);
-    const QString whyRefused = WhyXmlRefused(source);
-    if (!whyRefused.isEmpty())
-        return fail(ProfileFault::Refused, whyRefused);
-    QString error;
-    if (!result.document.setContent(&source, /*namespaceProcessing=*/false, &error, &result.line, &result.column))
-        return fail(ProfileFault::NotWellFormed, error);
-    return result;
+    const XmlDocument xml = ReadXml(content);
+    if (!xml.whyRefused.isEmpty())
+        return fail(ProfileFault::Refused, xml.whyRefused);
+    result.document = xml.document;
+    result.line = xml.line;
+    result.column = xml.column;
+    return xml.isWellFormed ? result : fail(ProfileFault::NotWellFormed, xml.error);
 }
 
 QDomElement FirstEntry(const QDomElement &root)

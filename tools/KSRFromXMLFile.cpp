@@ -1,11 +1,11 @@
 #include "KSRFromXMLFile.h"
 
+#include "XmlDocument.h"
 #include "XmlLimits.h"
 
 #include <QDomDocument>
 #include <QFile>
 #include <QStringList>
-#include <QXmlInputSource>
 
 namespace {
 
@@ -69,10 +69,7 @@ KSRFromXMLFile::KSRFromXMLFile(const QString &fileName) : m_document(std::make_u
     const QByteArray content = file.read(kMaxXmlBytes + 1); // bounded, whatever size the file reports
     if (content.size() > kMaxXmlBytes)
         return;
-    QXmlInputSource source;
-    source.setData(QString::fromUtf8(content.constData())); // ends at the first zero byte
-    if (WhyXmlRefused(source).isEmpty())
-        m_document->setContent(&source, /*namespaceProcessing=*/false);
+    *m_document = ReadXml(QString::fromUtf8(content.constData())).document; // ends at the first zero byte
 }
 
 KSRFromXMLFile::~KSRFromXMLFile() = default;

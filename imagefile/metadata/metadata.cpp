@@ -1,6 +1,8 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
+#include "core/byte_reader.h"
+#include "core/image_limits.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
@@ -167,6 +169,37 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     } catch (const std::exception &error) { // damaged: keep what was read before
         WarnOfDamage(error.what());
     }
+}
+
+void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif)
+{
+    constexpr std::string_view kPrefix("Exif\0\0", 6);
+    const bool prefixed = block.size() > kPrefix.size() && std::equal(kPrefix.begin(), kPrefix.end(), block.begin());
+    const std::size_t begin = prefixed ? kPrefix.size() : 0;
+    if (block.size() > begin)
+        DecodeExifTiff(block.data() + begin, block.size() - begin, exif);
+}
+
+void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
+{
+    constexpr std::size_t kOffsetBytes = 4;
+    const std::size_t begin =
+        box.size() < kOffsetBytes ? box.size() : kOffsetBytes + std::size_t(BigEndian32(box.data()));
+    if (begin < box.size())
+        DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
+    else if (!box.empty())
+        WarnOfDamage("EXIF that begins after its end");
+}
+
+Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)
+{
+    if (size > kMaxMetadataBytes || at > source.Size() || size > source.Size() - at) {
+        Warn("damaged metadata is left out: a block is too large or the file ends early");
+        return Bytes();
+    }
+    Bytes block(size);
+    block.resize(source.ReadAt(at, block.data(), block.size()));
+    return block;
 }
 
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata)

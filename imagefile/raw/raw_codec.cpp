@@ -124,7 +124,7 @@ bool HoldsSensorValues(const Source &source)
     if (TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
         below.assign(offsets, offsets + std::min<std::size_t>(count, kMaxSubDirectories));
     return IsSensorDirectory(handle) || std::any_of(below.begin(), below.end(), [&handle](std::uint64_t offset) {
-               return TIFFSetSubDirectory(handle.Get(), offset) && IsSensorDirectory(handle);
+               return handle.OpenAt(offset) && IsSensorDirectory(handle);
            });
 }
 

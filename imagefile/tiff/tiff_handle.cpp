@@ -2,8 +2,10 @@
 
 #include "core/image_limits.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <new>
 
 namespace imagefile {
 
@@ -12,7 +14,9 @@ struct TiffHandle::Client {
     Sink *sink = nullptr;
     std::uint64_t position = 0;
     Status sinkFailure = Status::Ok();
-    std::string firstError;
+    char firstError[256] = ""; // of fixed size: nothing may be thrown while libtiff reports an error
+    bool requiresMemory = false;
+    bool isUnusable = false;
 
     static Client *Of(thandle_t handle) { return static_cast<Client *>(handle); }
     static tmsize_t Read(thandle_t handle, void *buffer, tmsize_t length);
@@ -61,13 +65,20 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
 }
 
 // Errors only: libtiff warns about many harmless things.
+//
+// Where its list of known or of custom fields can't grow, libtiff 4.5 keeps the new count with the old list or with
+// none, and then goes on to read it, even in TIFFClose. So it must not go on, nor be closed: an exception leaves it
+// here.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
+    const bool isMemoryShort = errno == ENOMEM; // from malloc()
     auto *client = static_cast<Client *>(data);
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    if (client->firstError.empty())
-        client->firstError = text;
+    if (client->firstError[0] == '\0')
+        std::vsnprintf(client->firstError, sizeof client->firstError, format, arguments);
+    if (client->requiresMemory && isMemoryShort) {
+        client->isUnusable = true;
+        throw std::bad_alloc();
+    }
     return 1; // handled: libtiff's global handler, which prints, is not called
 }
 
@@ -75,8 +86,19 @@ TiffHandle::TiffHandle() : m_client(std::make_unique<Client>()) { }
 
 TiffHandle::~TiffHandle()
 {
-    if (m_tiff)
+    if (m_tiff && !m_client->isUnusable)
         TIFFClose(m_tiff);
+}
+
+bool TiffHandle::RequireMemory(const std::function<bool()> &step) const
+{
+    m_client->requiresMemory = true;
+    errno = 0;
+    const bool result = step();
+    m_client->requiresMemory = false;
+    if (errno == ENOMEM)
+        throw std::bad_alloc();
+    return result;
 }
 
 Status TiffHandle::OpenForReading(const Source &source)
@@ -101,9 +123,12 @@ Status TiffHandle::Open(const char *mode)
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), Client::NoteError, m_client.get());
     TIFFOpenOptionsSetWarningHandlerExtR(
         options.get(), [](TIFF *, void *, const char *, const char *, va_list) { return 1; }, nullptr);
-    m_tiff = TIFFClientOpenExt(
-        "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
-        Client::Size, nullptr, nullptr, options.get());
+    RequireMemory([&] {
+        m_tiff = TIFFClientOpenExt(
+            "TIFF", mode, m_client.get(), Client::Read, Client::Write, Client::Seek, [](thandle_t) { return 0; },
+            Client::Size, nullptr, nullptr, options.get());
+        return m_tiff != nullptr;
+    });
     return m_tiff ? Status::Ok() : Failure(m_client->sink ? GFL_ERROR_FILE_WRITE : GFL_ERROR_FILE_READ);
 }
 
@@ -116,7 +141,7 @@ Status TiffHandle::Failure(GflError error) const
 {
     if (!m_client->sinkFailure)
         return m_client->sinkFailure;
-    std::string why = m_client->firstError.empty() ? "damaged" : m_client->firstError;
+    std::string why = m_client->firstError[0] == '\0' ? "damaged" : m_client->firstError;
     if (why.rfind("TIFF: ", 0) == 0) // some of libtiff's texts begin with the name that we opened it with
         return Status::Fail(error, std::move(why));
     return Status::Fail(error, "TIFF: " + why);

@@ -4,12 +4,14 @@
 #include "core/sink.h"
 #include "core/source.h"
 
+#include <functional>
 #include <memory>
 #include <tiffio.h>
 
 namespace imagefile {
 
-/// An open TIFF. The destructor closes it; nothing is printed, not even by closing.
+/// An open TIFF. The destructor closes it; nothing is printed, not even by closing. If opening or setting fields throws
+/// std::bad_alloc, the handle is of no further use; libtiff's memory for it, mostly some KB, may be lost.
 class TiffHandle {
 public:
     TiffHandle();
@@ -17,12 +19,30 @@ public:
     TiffHandle(const TiffHandle &) = delete;
     TiffHandle &operator=(const TiffHandle &) = delete;
 
+    /// Runs @p step, which opens a directory or sets fields, and returns its result. Throws std::bad_alloc if memory
+    /// ran out in it: libtiff goes on without the field, or with a field that has no values.
+    bool RequireMemory(const std::function<bool()> &step) const;
+
     /// Opens the first directory. The source must outlive the handle.
     Status OpenForReading(const Source &source);
     /// Starts an empty little-endian file, classic or BigTIFF. The sink must outlive the handle.
     Status OpenForWriting(Sink *sink, bool big);
 
     TIFF *Get() const { return m_tiff; }
+
+    /// Open another directory. False if it doesn't exist or is damaged.
+    bool OpenFirst() const
+    {
+        return RequireMemory([this] { return TIFFSetDirectory(m_tiff, 0) != 0; });
+    }
+    bool OpenNext() const
+    {
+        return RequireMemory([this] { return TIFFReadDirectory(m_tiff) != 0; });
+    }
+    bool OpenAt(std::uint64_t offset) const
+    {
+        return RequireMemory([this, offset] { return TIFFSetSubDirectory(m_tiff, offset) != 0; });
+    }
 
     /// Returns the first error reported by libtiff, or by the sink below it, as a failure; @p error is used if no
     /// better cause is known.

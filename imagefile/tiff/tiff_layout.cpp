@@ -30,7 +30,7 @@ bool IsReduced(const TiffHandle &handle)
 Status FindPicture(const TiffHandle &handle)
 {
     for (int i = 0; IsReduced(handle); ++i)
-        if (i == kMaxDirectories || !TIFFReadDirectory(handle.Get()))
+        if (i == kMaxDirectories || !handle.OpenNext())
             return Unknown("the file only holds reduced pictures");
     return Status::Ok();
 }
@@ -334,17 +334,17 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
         return status;
     ReducedSearch search(picture, box);
     for (const std::uint64_t offset : SubDirectories(*handle))
-        if (TIFFSetSubDirectory(handle->Get(), offset))
+        if (handle->OpenAt(offset))
             search.Look(*handle);
     // Reduced versions of later pages belong to those pages.
-    bool more = TIFFSetDirectory(handle->Get(), 0) != 0;
-    for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = TIFFReadDirectory(handle->Get()) != 0) {
+    bool more = handle->OpenFirst();
+    for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = handle->OpenNext()) {
         pages += IsReduced(*handle) ? 0 : 1;
         if (pages > 1)
             break;
         search.Look(*handle);
     }
-    if (search.Best() == 0 || !TIFFSetSubDirectory(handle->Get(), search.Best()))
+    if (search.Best() == 0 || !handle->OpenAt(search.Best()))
         return Unknown("no reduced version of the wanted size");
     return ReadLayout(source, *handle, layout);
 }

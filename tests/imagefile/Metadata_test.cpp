@@ -1,5 +1,6 @@
 // Metadata through the layer, with Exiv2 as reference for input and output.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "DngFile.h"
 #include "NoteFile.h"
 
@@ -335,9 +336,9 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
     QCOMPARE(ValueBytes(source, "Exif.Thumbnail.JPEGInterchangeFormat").isEmpty(), isRaw);
     QCOMPARE(ValueBytes(source, "Exif.Photo.MakerNote").isEmpty(), note == NoNote);
 
-    // To a file, and from that file to another one.
-    QString from = source;
+    QString from = source; // to a file, and from that file to another one
     for (const char *name : {"first", "second"}) {
+        const Case named(name);
         const QString to = m_folder(name);
         const BitmapPtr bitmap = Picture(from, GFL_RGBA, 16);
         QVERIFY2(Save(to, *bitmap, SaveParams(format.constData())) == GFL_NO_ERROR, gflLastErrorText());
@@ -379,8 +380,7 @@ void tst_Metadata::iptcEntries()
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
-        const QByteArray chunk =
-            BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // checksums aren't verified
+        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
         QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
         GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
         QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
@@ -449,6 +449,7 @@ void tst_Metadata::profileOfTheRightKind()
     } profiles[] = {
         {"RGB ", GFL_RGBA, true}, {"CMYK", GFL_RGBA, false}, {"GRAY", GFL_GREY, true}, {"RGB ", GFL_GREY, false}};
     for (const auto &profile : profiles) {
+        const Case named(profile.space, profile.type);
         QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space))));
         const BitmapPtr bitmap = Picture(m_folder("a.jpg"), profile.type);
         GFL_SAVE_PARAMS params = SaveParams("tiff");
@@ -468,6 +469,7 @@ void tst_Metadata::xmp()
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     QVERIFY(bitmap && gflBitmapHasXMP(bitmap.get()) && gflBitmapHasEXIF(bitmap.get()));
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+        const Case named(format);
         QCOMPARE(Save(m_folder(format), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
         QCOMPARE(XmpOf(m_folder(format)), XmpOf(source));
     }
@@ -552,6 +554,7 @@ void tst_Metadata::resolution()
 {
     // The bitmap's resolution takes precedence over that of its EXIF.
     for (int dpi : {0, 72}) {
+        const Case named("dpi", dpi);
         const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
         bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
         QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
@@ -587,6 +590,7 @@ void tst_Metadata::exifTooLargeForJpeg()
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 5, reinterpret_cast<std::uint8_t *>(maker.data()), &second};
     const GFL_EXIF_DATAEX exif = {&first, 0};
     for (const char *format : {"tiff", "jpeg"}) {
+        const Case named(format);
         const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
         QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
         QVERIFY2(Save(m_folder(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());

@@ -1,8 +1,12 @@
+#include "XmlDocument.h"
+
 #include "XmlLimits.h"
 
 #include <QXmlDefaultHandler>
 #include <QXmlInputSource>
 #include <QXmlSimpleReader>
+
+#include <memory>
 
 namespace {
 
@@ -54,18 +58,58 @@ private:
     int m_nodes = 0;
 };
 
+/// A parse, and what it works with.
+class Parse {
+public:
+    template <class Text> void Run(const Text &text)
+    {
+        m_source.setData(text);
+        m_result.whyRefused = WhyRefused();
+        if (!m_result.whyRefused.isEmpty())
+            return;
+        m_source.reset();
+        m_result.isWellFormed = m_result.document.setContent(&m_source, /*namespaceProcessing=*/false, &m_result.error,
+                                                             &m_result.line, &m_result.column);
+    }
+    const XmlDocument &Result() const { return m_result; }
+
+private:
+    QString WhyRefused()
+    {
+        // QDomDocument's parser with the same features: it stops at the same errors.
+        m_reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
+        m_reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
+        m_reader.setContentHandler(&m_check);
+        m_reader.setLexicalHandler(&m_check);
+        m_reader.setDeclHandler(&m_check);
+        m_reader.parse(m_source);
+        return m_check.Why();
+    }
+
+    QXmlInputSource m_source;
+    LimitCheck m_check;
+    QXmlSimpleReader m_reader;
+    XmlDocument m_result;
+};
+
+template <class Text> XmlDocument Read(const Text &text)
+{
+    // QtXml is built without exception handling: memory that runs out in it leaves half-made objects, and destroying
+    // those would crash. So the parse is owned only once it is through; before, an exception gives up its memory.
+    auto *const parse = new Parse;
+    parse->Run(text);
+    const std::unique_ptr<const Parse> finished(parse);
+    return finished->Result();
+}
+
 } // namespace
 
-QString WhyXmlRefused(QXmlInputSource &source)
+XmlDocument ReadXml(const QByteArray &text)
 {
-    LimitCheck check;
-    QXmlSimpleReader reader; // QDomDocument's parser with the same features: it stops at the same errors
-    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
-    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
-    reader.setContentHandler(&check);
-    reader.setLexicalHandler(&check);
-    reader.setDeclHandler(&check);
-    reader.parse(source);
-    source.reset();
-    return check.Why();
+    return Read(text);
+}
+
+XmlDocument ReadXml(const QString &text)
+{
+    return Read(text);
 }

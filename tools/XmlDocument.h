@@ -1,0 +1,23 @@
+// XML as a tree, without namespace processing and within the limits of XmlLimits.h.
+#pragma once
+
+#include <QDomDocument>
+#include <QString>
+
+/// A text after parsing.
+struct XmlDocument {
+    QString whyRefused; ///< in plain English, no full stop: the limit exceeded, or entities declared; empty if none
+    bool isWellFormed = false;
+    QString error; ///< the parser's, if the text is not well-formed
+    int line = 0;  ///< of the error, from 1
+    int column = 0;
+    QDomDocument document; ///< of a refused text, nothing; of one not well-formed, the part before the error
+};
+
+/// Parses a text that the caller has limited to kMaxXmlBytes.
+///
+/// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
+/// documents that declare entities, a few lines of which can expand to gigabytes. Bytes are decoded as their mark or
+/// declaration says, else as UTF-8. If std::bad_alloc is thrown, what the parse held by then is never freed.
+XmlDocument ReadXml(const QByteArray &text);
+XmlDocument ReadXml(const QString &text);

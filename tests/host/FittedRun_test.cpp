@@ -10,6 +10,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <exiv2/exiv2.hpp>
+
 namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;

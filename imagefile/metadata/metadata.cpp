@@ -146,12 +146,19 @@ void StartExiv2()
         throw std::bad_alloc(); // the only reason
 }
 
+std::shared_mutex &XmpNamespaces()
+{
+    static std::shared_mutex mutex;
+    return mutex;
+}
+
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif)
 {
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
     StartExiv2();
     const Listening listening;
+    const std::shared_lock lock(XmpNamespaces());
     try {
         const Exiv2::ByteOrder order =
             Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
@@ -205,6 +212,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
+        const std::shared_lock lock(XmpNamespaces());
         if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
     } catch (const std::bad_alloc &) {

@@ -5,6 +5,7 @@
 #include "core/source.h"
 
 #include <exiv2/exiv2.hpp>
+#include <shared_mutex>
 
 namespace imagefile {
 
@@ -37,6 +38,10 @@ Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t si
 /// Starts Exiv2 once for all threads and keeps it from writing to standard error: damage that it reports while this
 /// layer reads becomes a warning.
 void StartExiv2();
+
+/// Guards Exiv2's table of XMP namespaces. Reading a packet adds its new ones under Exiv2's own lock, but writing a
+/// packet walks over the table without one. So share this lock while reading, and own it while writing.
+std::shared_mutex &XmpNamespaces();
 
 /// Returns the metadata of a bitmap; null if it has none.
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <mutex>
 #include <string_view>
 
 namespace imagefile {
@@ -96,6 +97,7 @@ void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
 Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
+    const std::unique_lock lock(XmpNamespaces());
     try {
         if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
             packet.clear();
@@ -110,6 +112,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 /// Returns false if the packet is damaged; @p xmp then holds what was read before.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
+    const std::shared_lock lock(XmpNamespaces());
     try {
         return packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
     } catch (const std::bad_alloc &) {

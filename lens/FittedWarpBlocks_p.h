@@ -195,11 +195,12 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
 
 template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
 {
-    std::uint64_t parts[sizeof mask / sizeof(std::uint64_t)], any = 0;
+    using Longs = std::int64_t __attribute__((vector_size(16)));
+    Longs parts[sizeof mask / sizeof(Longs)], any = {};
     std::memcpy(parts, &mask, sizeof mask);
-    for (std::uint64_t part : parts)
+    for (const Longs &part : parts)
         any |= part;
-    return any != 0;
+    return (any[0] | any[1]) != 0;
 }
 
 /// @p values for the colors of the pixels of a vector, @p alpha for their fourth lanes.
@@ -266,6 +267,26 @@ VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &b
             storeOne(hard[j] + pixel);
 }
 
+/// Multiplies stored values by a block's gains.
+template <typename Floats, bool kLimited>
+VITRELUX_INLINE void StoreLinear(const Block &block, const Float4 *samples, const float *gain)
+{
+    constexpr int kPixels = sizeof(Floats) / kPixelBytes;
+    unsigned char *const target = block.target;
+    const int count = block.count;
+    int i = 0;
+    for (; i + kPixels <= count; i += kPixels) {
+        const Floats lit = LoadVector<Floats>(samples + i) * ForPixels<Floats>(gain + i, 1.0F);
+        const Floats stored = kLimited ? Limited(lit) : lit;
+        std::memcpy(target + i * kPixelBytes, &stored, sizeof stored);
+    }
+    for (; i < count; ++i) {
+        const Float4 lit = samples[i] * ForPixels<Float4>(gain + i, 1.0F);
+        const Float4 stored = kLimited ? Limited(lit) : lit;
+        std::memcpy(target + i * kPixelBytes, &stored, sizeof stored);
+    }
+}
+
 VITRELUX_INLINE bool AnyBelowOne(const float *gain, int count)
 {
     int below = 0;
@@ -280,11 +301,9 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
                               const Gains &gains)
 {
     const float *const gain = gains.gain;
-    if (band.light.IsLinear()) {
-        for (int i = 0; i < block.count; ++i)
-            Store(band, block.target + i * kPixelBytes, samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F});
-        return;
-    }
+    if (band.light.IsLinear())
+        return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
+                                 : StoreLinear<Floats, true>(block, samples, gain);
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
         return StoreByFormula<Floats>(band, block, samples, gains);
     const Light light(band.light);

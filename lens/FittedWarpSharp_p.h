@@ -21,8 +21,8 @@ struct SharpPlaces {
 };
 
 struct SharpBlock {
+    BlockPlaces places;
     SharpPlaces of[kColors];
-    Gains gains;
     unsigned char isEmpty[kBlockPixels];
     bool anyEmpty;
 };
@@ -87,15 +87,13 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
 template <typename Kind>
 VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
-    BlockPlaces places;
-    FindPlaces<typename Kind::Floats>(band, block, &places);
-    found->gains = places.gains;
+    FindPlaces<typename Kind::Floats>(band, block, &found->places);
     std::memset(found->isEmpty, 0, sizeof found->isEmpty);
     for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
         if (careful)
-            Split<true>(band, block, places.of[color], &found->of[color], found->isEmpty);
+            Split<true>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
         else
-            Split<false>(band, block, places.of[color], &found->of[color], found->isEmpty);
+            Split<false>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
     }
     found->anyEmpty = careful && std::memchr(found->isEmpty, 1, static_cast<size_t>(block.count));
 }
@@ -251,7 +249,7 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
     for (int i = 0; found->anyEmpty && i < block.count; ++i)
         if (found->isEmpty[i])
             samples[i] = Same(0.0F);
-    StoreLit<typename Kind::Floats>(band, block, samples, found->gains);
+    StoreLit<typename Kind::Floats>(band, block, samples, found->places.gains);
 }
 
 /// Returns false if a row of the source isn't in memory.

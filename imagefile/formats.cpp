@@ -2,7 +2,9 @@
 
 #include "exr/exr_codec.h"
 #include "hdr/hdr_codec.h"
+#include "heif/heif_codec.h"
 #include "jpeg/jpeg_codec.h"
+#include "jxl/jxl_codec.h"
 #include "metadata/metadata.h"
 #include "png/png_codec.h"
 #include "psd/psd_codec.h"
@@ -40,6 +42,9 @@ constexpr Row kRows[] = {
     {{"psd", "Photoshop", ".psd .psb", "image/vnd.adobe.photoshop", true}, PsdCodec},
     {{"exr", "OpenEXR", ".exr", "image/x-exr", true}, ExrCodec},
     {{"webp", "WebP", ".webp", "image/webp", false}, WebpCodec},
+    {{"avif", "AVIF", ".avif", "image/avif", false}, AvifCodec}, // before HEIF, whose brands it shares
+    {{"heif", "HEIC, HEIF", ".heic .heif .hif", "image/heif", false}, HeifCodec},
+    {{"jxl", "JPEG XL", ".jxl", "image/jxl", false}, JxlCodec},
 };
 
 const Row *RowAt(std::int32_t index)

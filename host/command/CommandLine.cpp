@@ -20,7 +20,7 @@ struct VerbRow {
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and\n"
-     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF and IPTC data of the picture.\n"
+     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
      "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
      "replaces an existing file only with --overwrite.\n"
@@ -28,7 +28,7 @@ constexpr VerbRow kVerbs[] = {
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
-     "camera or another program already corrected are skipped.\n"
+     "camera, another program or an earlier run already corrected are skipped.\n"
      "\n"
      "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
@@ -94,9 +94,13 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "look the profile up as --plain does, as FOLDER/BRAND/*.lcp"},
+    {Verb::Info,
+     {"plain", nullptr},
+     nullptr,
+     "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
@@ -116,13 +120,15 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Returns the options that only fitted corrections have.
-QVector<OptionRow> FittedRows()
+/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
+QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    for (const FittedOptionRow &row : fitted) {
+        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
+            rows.append({verb, {row.name, nullptr}, row.value, row.help});
+    }
     return rows;
 }
 
@@ -134,7 +140,7 @@ QVector<OptionRow> OptionsOf(Verb verb)
         if (row.verb == verb)
             rows.append(row);
     }
-    return verb == Verb::Correct ? rows + FittedRows() : rows;
+    return rows + FittedRows(verb);
 }
 
 /// Returns the names of an option as in the help: "-o, --output DIR".
@@ -293,26 +299,28 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
     return QString();
 }
 
-/// Returns the pairs of options of `correct` that exclude each other.
-Exclusions CorrectExclusions()
+/// Returns the pairs of options of `correct` or `info` that exclude each other.
+Exclusions ExclusionsOf(Verb verb)
 {
-    Exclusions exclusions = {{"overwrite", "skip-existing"},
-                             {"profile", "lens-path"},
-                             {"profile", "source"},
-                             {"plain", "verbose"},
-                             {"suffix", "output-name"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(std::make_pair("plain", row.name));
+    Exclusions exclusions;
+    if (verb == Verb::Correct)
+        exclusions = {{"overwrite", "skip-existing"},
+                      {"profile", "lens-path"},
+                      {"profile", "source"},
+                      {"plain", "verbose"},
+                      {"suffix", "output-name"}};
+    const QVector<OptionRow> fitted = FittedRows(verb);
+    for (const OptionRow &row : fitted)
+        exclusions.append(std::make_pair("plain", row.names[0]));
     return exclusions;
 }
 
 /// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
-QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
-    const QVector<FittedOptionRow> rows = FittedOptionRows();
-    for (const FittedOptionRow &row : rows) {
-        const QString name = Latin(row.name);
+    const QVector<OptionRow> rows = FittedRows(verb);
+    for (const OptionRow &row : rows) {
+        const QString name = Latin(row.names[0]);
         const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
         if (!problem.isEmpty())
             return problem;
@@ -411,7 +419,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Lenses) {
         line.action = CommandLine::Action::ShowLenses;
         line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
-                       parser.value(QStringLiteral("plugin"))};
+                       parser.value(QStringLiteral("plugin")), parser.isSet(QStringLiteral("json"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -425,14 +433,18 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         line.report = {parser.positionalArguments()};
         return line;
     }
+    const QString exclusion = FindExclusion(parser, ExclusionsOf(verb.verb));
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    FittedOptions fitted;
+    if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
+        return Refuse(command, problem);
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
+        line.info.fit = fitted.fit;
         return line;
     }
-    const QString exclusion = FindExclusion(parser, CorrectExclusions());
-    if (!exclusion.isEmpty())
-        return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
@@ -442,8 +454,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                       QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
-    const QString problem = ReadFitted(parser, &line.correct.fitted);
-    return problem.isEmpty() ? line : Refuse(command, problem);
+    line.correct.fitted = fitted;
+    return line;
 }
 
 } // namespace

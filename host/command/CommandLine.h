@@ -40,12 +40,14 @@ struct InfoOptions {
     bool json = false;  // one object per picture, one per line
     bool exif = false;  // print all entries
     bool plain = false; // look the profile up for plain corrections
+    FitOptions fit;     // unless plain: facts typed by the user
 };
 
 struct LensesOptions {
     QStringList words; // none: list the folders that are searched
     QString lensPath;  // as above
     QString plugin;
+    bool json = false; // one object per place or lens, and line
 };
 
 struct ProfileOptions {

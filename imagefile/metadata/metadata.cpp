@@ -1,6 +1,7 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
+#include "core/byte_reader.h"
 #include "core/image_limits.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
@@ -170,6 +171,17 @@ void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif)
     const std::size_t begin = prefixed ? kPrefix.size() : 0;
     if (block.size() > begin)
         DecodeExifTiff(block.data() + begin, block.size() - begin, exif);
+}
+
+void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
+{
+    constexpr std::size_t kOffsetBytes = 4;
+    const std::size_t begin =
+        box.size() < kOffsetBytes ? box.size() : kOffsetBytes + std::size_t(BigEndian32(box.data()));
+    if (begin < box.size())
+        DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
+    else if (!box.empty())
+        WarnOfDamage("EXIF that begins after its end");
 }
 
 Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)

@@ -27,6 +27,9 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
 /// The same for a block that may begin with "Exif\0\0", like a JPEG's. Formats other than JPEG define it without.
 void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif);
 
+/// The same for EXIF as boxes hold it (ISO/IEC 23008-12, A.2.1): first the offset, from after itself, of its TIFF.
+void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif);
+
 /// Returns @p size bytes of metadata from @p at on; empty, with a warning, if the file ends before or the block is
 /// larger than any that is read.
 Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size);

@@ -65,7 +65,8 @@ bool IsFormOfFile(const std::string &key)
     static const char *const names[] = {
         "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
         "StripOffsets", "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
-        "SampleFormat", "InterColorProfile", "IPTCNAA",       "ExifTag",         "GPSTag"};
+        "SampleFormat", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExifTag",
+        "GPSTag"};
     if (key == "Exif.Photo.MakerNote" || key == "Exif.MakerNote.Offset") // the note's own tags are compared
         return true;
     return std::any_of(std::begin(names), std::end(names),
@@ -123,6 +124,7 @@ void AddMetadata(const QString &path)
     const auto sample = OpenMetadata(QStringLiteral(VITRELUX_SAMPLES "/facade.jpg"));
     Exiv2::DataBuf profile(sample->iccProfile()->pData_, sample->iccProfile()->size_);
     image->setIccProfile(profile);
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
     image->writeMetadata();
 }
 
@@ -211,6 +213,7 @@ void tst_CorrectedMetadata::copiesMetadata()
             QVERIFY2(carried.contains(text), qPrintable(text));
         QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
         QVERIFY(source->iccProfile()->size_ > 0);
+        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results carry it
         QCOMPARE(ColorProfile(*result), ColorProfile(*source));
     }
 }

@@ -130,6 +130,8 @@ private Q_SLOTS:
     void previewGain();
     void gainIsOfLight_data();
     void gainIsOfLight();
+    void grayStaysGray_data();
+    void grayStaysGray();
 
 private:
     void *Record(const Options &options);
@@ -160,6 +162,17 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     Host().Clear(); // the description of the last picture under this name
     Host().Def(path)->pixels.ID_Read(path, /*nativeDepth=*/true);
     return path;
+}
+
+TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &shot, const Options &options)
+{
+    const QString path = Put(source, shot);
+    void *record = Record(options);
+    QString output;
+    m_process.Process(path, record, output);
+    m_assumed = m_process.GetXmlParameters(record).attribute("Assumed"_s);
+    m_process.FreeParameters(record);
+    return ReadTiff(output);
 }
 
 // A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
@@ -306,6 +319,37 @@ void tst_FittedProcess::gainIsOfLight()
         }
     const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables to 1/60,000 of the value
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
+}
+
+void tst_FittedProcess::grayStaysGray_data()
+{
+    QTest::addColumn<int>("bits");
+    for (int bits : {8, 16, 32})
+        QTest::addRow("%d bits", bits) << bits;
+}
+
+void tst_FittedProcess::grayStaysGray()
+{
+    QFETCH(const int, bits);
+    const QSize size(300, 200);
+    const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
+    TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            source.At(x, y, 0) = float(x / right * white);
+    const Shot shot{{SmallEntry()}};
+    constexpr double kZoom = 1.2; // nothing stays empty
+    const TiffRaster result = Corrected(source, shot, Options{{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
+    QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
+    QVERIFY(result.channels == 1 && result.bits == bits);
+    double worst = 0.0;
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            const OraclePlaces at = OracleAt({{shot.entries[0], 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
+            worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
+        }
+    // Rounding of source and result, and 0.01 px.
+    QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
 int main(int argc, char **argv)

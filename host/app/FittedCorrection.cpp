@@ -43,7 +43,7 @@ Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
     return done;
 }
 
-/// Whether the required corrections are made: a script that asks for one must not take a picture without it for done.
+/// Whether the required corrections are made: a script must not mistake a picture without them for a success.
 bool AreMade(const FittedRequest &request, const Corrections &done, const QString &picture)
 {
     if (Covers(done, request.required))

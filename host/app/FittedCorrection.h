@@ -1,4 +1,4 @@
-// One picture through the plug-in's fitted way, for the command line and the wizard.
+// Fitted correction of one picture by the plug-in, for the command line and the wizard.
 #pragma once
 
 #include "FitOptions.h"
@@ -9,14 +9,14 @@
 
 #include <mutex>
 
-/// What is asked for one picture.
+/// The request for one picture.
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes
-    Corrections required;   // the picture fails without them, unless the file says they were made before; usually none
+    Corrections required;   // the picture fails without them, unless they were already made; usually none
     FitOptions fit;         // those of the parameters that choose the profile: source, "again", typed facts
 };
 
-/// For all pictures of a run. Any thread, each with a separate process.
+/// Corrector for all pictures of a run. Any thread, each with a separate process object.
 class FittedCorrection {
     Q_DECLARE_TR_FUNCTIONS(FittedCorrection)
 public:
@@ -41,18 +41,18 @@ public:
     /// @param folders  searched by the plug-in.
     FittedCorrection(const QStringList &folders, HostApplication *application, InterruptGuard *guard);
 
-    /// Corrects the picture as RunPicture does. Throws KException with the reason, one line without the picture's name,
+    /// Corrects the picture like RunPicture. Throws KException with the reason, one line without the picture's name,
     /// if a profile cannot be used, or if a required correction is not made.
     Result Run(KIPluginOne2One *process, const PlannedPicture &planned, const FittedRequest &request,
                const OutputRules &rules);
 
-    /// Decides what Run would do, and throws as it does if the decision is a failure; writes nothing.
+    /// Decides what Run would do, and throws like Run if that is a failure; writes nothing.
     Result Plan(const PlannedPicture &planned, const FittedRequest &request);
 
 private:
-    /// The record's results after a run.
+    /// Results read from the record after a run.
     struct Report {
-        bool isThere = false; // else the plug-in knows no fitted corrections, or failed before it had decided
+        bool isThere = false; // false: the plug-in has no fitted corrections, or failed before it decided
         QString profile, entries, assumed, why;
         Corrections done;
     };
@@ -64,6 +64,6 @@ private:
 
     HostApplication *m_application;
     InterruptGuard *m_guard;
-    std::mutex m_mutex;     // of the plug-in's XML document, which all its elements share
+    std::mutex m_mutex;     // guards the plug-in's XML document, which all its elements share
     PictureFitter m_fitter; // finds what the record doesn't report about a picture without a profile
 };

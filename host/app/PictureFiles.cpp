@@ -13,23 +13,11 @@
 
 namespace {
 
-/// Returns "*.tif" and so on, of every format that can be read.
-QStringList NamePatterns()
-{
-    QStringList patterns;
-    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
-        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
-        for (const QString &suffix : suffixes)
-            patterns << QLatin1Char('*') + suffix;
-    }
-    return patterns;
-}
-
 class Walk {
 public:
     Walk(const PictureSources &sources, PictureFiles *found)
         : m_sources(sources),
-          m_patterns(NamePatterns()),
+          m_patterns(PictureNamePatterns()),
           m_outputFolder(sources.outputFolder.isEmpty() ? QString()
                                                         : QFileInfo(sources.outputFolder).canonicalFilePath()),
           m_found(found)
@@ -77,6 +65,17 @@ QByteArray ReadList(const QString &name)
 }
 
 } // namespace
+
+QStringList PictureNamePatterns()
+{
+    QStringList patterns;
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
+        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
+        for (const QString &suffix : suffixes)
+            patterns << QLatin1Char('*') + suffix;
+    }
+    return patterns;
+}
 
 QVector<NamedPicture> Named(const QStringList &names)
 {

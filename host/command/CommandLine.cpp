@@ -21,12 +21,9 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and\n"
      "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
-     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
-     "requested "
-     "but\n"
-     "missing from the profile is a failure. An output appears only when it is complete, and replaces an existing "
-     "file\n"
-     "only with --overwrite.\n"
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
+     "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
+     "replaces an existing file only with --overwrite.\n"
      "\n"
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
@@ -51,14 +48,12 @@ constexpr VerbRow kVerbs[] = {
      "\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
      "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies\n"
-     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
-     "green.\n"
-     "Prints the name of the file written.\n"},
+     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to\n"
+     "green. Prints the name of the file written.\n"},
     {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
-     "Prints the folders searched for profiles, the number of files and of lenses in each, and the files that can't "
-     "be\n"
-     "read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their profiles;\n"
-     "lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
+     "Prints the folders searched for profiles, the number of files and of lenses in each, and the files that\n"
+     "can't be read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their\n"
+     "profiles; lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
     {Verb::Report, "report", "report FILE...", "summarize the records of several runs",
      "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were\n"
      "corrected, skipped or failed, why they failed, by lens, and the slowest ones. A picture with several records\n"
@@ -78,10 +73,7 @@ struct OptionRow {
 
 constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
-    {Verb::Correct,
-     {"lens-path", nullptr},
-     "DIR",
-     "find profiles in DIR, not in the folder last used or the usual ones"},
+    {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
@@ -106,10 +98,10 @@ constexpr OptionRow kOptions[] = {
      {"plain", nullptr},
      nullptr,
      "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
-    {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
+    {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
-    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
+    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
     {Verb::Profile, {"for", nullptr}, "PICTURE", "also print what is applied to PICTURE"},

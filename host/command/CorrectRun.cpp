@@ -88,7 +88,7 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
     return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
 }
 
-/// Tells of pictures with the output of another one before any work is done.
+/// Reports pictures with the same output as another one, before any work is done.
 void CorrectRun::RefuseRivals()
 {
     for (const PlannedPicture &planned : m_plan) {
@@ -97,7 +97,7 @@ void CorrectRun::RefuseRivals()
         PictureReport report;
         report.picture = planned.asNamed;
         report.why = QStringLiteral("its output \"%1\" is already that of \"%2\"").arg(planned.output, planned.rival);
-        Tell(planned, report);
+        Report(planned, report);
     }
 }
 
@@ -114,14 +114,14 @@ void CorrectRun::TakePictures(KIPluginOne2One *process)
         const PlannedPicture &planned = m_plan[number - 1];
         if (!planned.rival.isEmpty() && !planned.repeated)
             continue;
-        CorrectAndTell(process, number);
+        CorrectAndReport(process, number);
         if (!planned.repeated) // the first of that name may still need it
             m_application->Forget(planned.picture);
     }
 }
 
 /// @param number  of the picture, from 1.
-void CorrectRun::CorrectAndTell(KIPluginOne2One *process, int number)
+void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     PictureReport report;
@@ -141,11 +141,11 @@ void CorrectRun::CorrectAndTell(KIPluginOne2One *process, int number)
     report.seconds = static_cast<double>(timer.elapsed()) / 1000.0;
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_console->EndProgress(number);
-    Tell(planned, report);
+    Report(planned, report);
 }
 
 /// Prints all lines of a picture together.
-void CorrectRun::Tell(const PlannedPicture &planned, const PictureReport &report)
+void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &report)
 {
     if (!report.facts.isEmpty())
         m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));

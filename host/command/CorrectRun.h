@@ -1,4 +1,4 @@
-// The pictures of `vitrelux correct`, on several threads, each told as it ends.
+// The run of `vitrelux correct`: corrects pictures on several threads and reports each when it is finished.
 #pragma once
 
 #include "PictureCorrector.h"
@@ -10,25 +10,24 @@
 class Console;
 class PluginLoader;
 
-/// One run over all pictures. No wizard page is shown, so the record of each picture is all that the process gets:
-/// SetFiles and OnValidatePage belong to the page.
+/// One run over all pictures. No wizard page is shown, so the process gets only a record per picture: SetFiles and
+/// OnValidatePage belong to the page.
 ///
-/// Each thread has a process of its own and takes the next picture when it is free.
+/// Each thread has a separate process object and takes the next picture when it is free.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
                PictureCorrector *corrector, InterruptGuard *guard, Console *console);
 
-    /// Returns the number of threads to work on. Their own threads share the processors, so load the plug-in
-    /// afterwards.
+    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return their number.
     int ShareProcessors() const;
     ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 
 private:
     void RefuseRivals();
     void TakePictures(KIPluginOne2One *process);
-    void CorrectAndTell(KIPluginOne2One *process, int number);
-    void Tell(const PlannedPicture &planned, const PictureReport &report);
+    void CorrectAndReport(KIPluginOne2One *process, int number);
+    void Report(const PlannedPicture &planned, const PictureReport &report);
 
     const CorrectOptions &m_options;
     const QVector<PlannedPicture> m_plan;

@@ -161,7 +161,7 @@ FittedRequest PictureCorrector::RequestFor(KIPluginOne2One *process) const
     return request;
 }
 
-/// The profile as named, or the one that is found for the picture, which is noted.
+/// Returns the profile named by the user, or the one found for the picture, which is noted.
 QString PictureCorrector::ProfileFor(const PlannedPicture &planned, PictureReport *report)
 {
     if (!m_options.profile.isEmpty())

@@ -19,22 +19,22 @@ class ProfileLookup;
 class SearchedFolders;
 struct FittedRequest;
 
-/// Corrects pictures as the options say; in a dry run it only reports what it would do. Any thread, each with a process
-/// of its own.
+/// Corrector of pictures by the options; in a dry run it only reports what it would do. Any thread, each with a
+/// separate process object.
 class PictureCorrector {
 public:
-    /// @param lookup   null: the profile is named, or fitted
-    /// @param folders  null: plain
+    /// @param lookup   null if the user named a profile, or if fitted
+    /// @param folders  null if plain
     PictureCorrector(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
                      const SearchedFolders *folders, InterruptGuard *guard);
     ~PictureCorrector();
 
-    /// Call it when the plug-in is loaded.
+    /// Call it after the plug-in is loaded.
     /// @param lookupProcess  looks up plain profiles: the last one made, as ProfileLookup requires.
     void Begin(KIPluginOne2One *lookupProcess);
 
-    /// Fills in outcome, reason, profile and notes. Throws KException with a text without the picture's name, or any
-    /// exception of the process; notes made until then stay.
+    /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the
+    /// picture's name, or any exception of the process; earlier notes stay.
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
 
 private:
@@ -56,5 +56,5 @@ private:
     MemoryBudget m_memory;
     std::mutex m_mutex; // guards the lookup and all members below
     KIPluginOne2One *m_lookupProcess = nullptr;
-    QHash<QString, ProfileUse> m_profiles; // by name: each is read once
+    QHash<QString, ProfileUse> m_profiles; // by name, so that each is read once
 };

@@ -16,7 +16,7 @@ namespace {
 constexpr int kMostRows = 20; // of reasons and of lenses
 constexpr int kSlowest = 5;
 
-/// One record per picture, in the order in which the pictures first occur.
+/// Returns one record per picture, in the order in which the pictures first occur.
 QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
 {
     QVector<PictureReport> last;
@@ -34,7 +34,7 @@ QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
     return last;
 }
 
-/// Without what is between quotes, so that the same reason with other names counts as the same.
+/// Removes quoted names, so that reasons that differ only in names count as the same.
 QString Reason(const QString &why)
 {
     static const QRegularExpression kQuoted(QStringLiteral("\"[^\"]*\""));
@@ -51,7 +51,7 @@ int Total(const QMap<PictureReport::Outcome, int> &counts)
     return total;
 }
 
-/// "3 corrected, 1 failed"
+/// Returns counts as "3 corrected, 1 failed".
 QString Text(const QMap<PictureReport::Outcome, int> &counts)
 {
     QStringList parts;
@@ -60,7 +60,7 @@ QString Text(const QMap<PictureReport::Outcome, int> &counts)
     return parts.join(QLatin1String(", "));
 }
 
-/// A heading and a line per name, the most frequent ones first; nothing if there are none.
+/// Returns a heading and a line per name, the most frequent ones first; empty if there are none.
 QString Table(const char *heading, const Counts &counts, bool withOutcomes)
 {
     QStringList names = counts.keys();

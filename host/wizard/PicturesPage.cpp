@@ -2,7 +2,7 @@
 
 #include "app/HostApplication.h"
 #include "app/OutputPlan.h"
-#include "gfl.h"
+#include "app/PictureFiles.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -42,16 +42,6 @@ constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
-
-/// Returns the name patterns of pictures, for the dialog and for folders; other files can be added too.
-QStringList PictureNames()
-{
-    QStringList names;
-    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
-        for (const QString &suffix : QString::fromLatin1(format->Suffixes).split(QLatin1Char(' ')))
-            names << QLatin1Char('*') + suffix;
-    return names;
-}
 
 } // namespace
 
@@ -212,7 +202,7 @@ QString PicturesPage::Framing() const
 void PicturesPage::Choose()
 {
     const QString folder = m_application->Settings().value(kFolderSetting, QDir::homePath()).toString();
-    const QString filters = tr("Pictures") + QLatin1String(" (") + PictureNames().join(QLatin1Char(' '))
+    const QString filters = tr("Pictures") + QLatin1String(" (") + PictureNamePatterns().join(QLatin1Char(' '))
         + QLatin1String(");;") + tr("All files") + QLatin1String(" (*)");
     const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add pictures"), folder, filters);
     if (files.isEmpty())

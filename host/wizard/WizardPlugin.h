@@ -1,4 +1,4 @@
-// The plug-in as the wizard uses it.
+// The plug-in, prepared for the wizard.
 #pragma once
 
 #include "app/FittedCorrection.h"

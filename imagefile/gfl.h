@@ -151,8 +151,8 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
 ///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
 ///    record of ours (prefix vitrelux) is replaced.
-/// An XMP packet that can't be read is left out with a warning. A key with an unknown prefix gives
-/// GFL_ERROR_BAD_PARAMETERS.
+/// An XMP packet that can't be read, and the extended XMP of a JPEG, are left out with a warning. A key with an unknown
+/// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
                                 std::uint32_t count);
 /// Replaces the profile of @p target by that of @p source, or by none.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CorrectionTwin.h"
+#include "TransferCurve.h"
 
 #include <vector>
 
@@ -13,17 +14,20 @@ int CellSide(const CorrectionTwin &twin);
 /// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values; those of red and blue only if these colors have separate places.
-    enum Plane { kGain, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
+    /// The planes of values; those of red and blue only if these colors have separate places. The root of the gain is
+    /// for light by a formula.
+    enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
     /// Number of meaningless but readable values after each row.
     static constexpr int kPadding = 8;
 
-    /// @p twin must outlive the object.
-    FittedPlaces(const CorrectionTwin &twin, int cellSide);
+    /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable; null: there are no roots.
+    FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots);
 
     int CellSidePixels() const { return m_side; }
     int Planes() const { return m_planes; }
+    bool HasRoots() const { return m_roots; }
+    float RootOf(double gain) const { return m_roots ? m_roots->At(static_cast<float>(gain)) : 1.0F; }
     /// Computes the corners of the cells that hold rows [firstRow, firstRow + rows) of the result. Cheapest if calls
     /// proceed down the picture.
     void Hold(int firstRow, int rows);
@@ -43,6 +47,7 @@ private:
     void Fill(CornerRow *corners, int row) const;
 
     const CorrectionTwin &m_twin;
+    const TransferCurve::Table *m_roots;
     int m_side, m_planes, m_stride;
     int m_first = 0, m_end = 0; // rows of corners
     std::vector<CornerRow> m_rows;

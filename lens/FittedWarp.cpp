@@ -115,7 +115,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
     Q_ASSERT(window.width() == maps.width && rows.width() <= maps.width);
     if (rows.width() < 1 || rows.height() < 1)
         return true;
-    FittedPlaces places(m_twin, m_cellSide);
+    FittedPlaces places(m_twin, m_cellSide, m_source.isFloat ? nullptr : m_light.RootTable());
     const Band band = {m_twin,
                        places,
                        m_light,

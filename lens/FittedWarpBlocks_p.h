@@ -135,9 +135,9 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
 
 // --- Light ---
 
-VITRELUX_INLINE Float4 Limited(Float4 value)
+template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
-    const Float4 zero = Same(0.0F), one = Same(1.0F);
+    const Floats zero = {}, one = zero + 1.0F;
     value = value > zero ? value : zero;
     return value < one ? value : one;
 }
@@ -193,15 +193,100 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
     std::memcpy(target, &lit, sizeof lit);
 }
 
-/// Multiplies the light of the samples by the block's gains and stores them.
-VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
-                              const float *gain)
+template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
 {
+    std::uint64_t parts[sizeof mask / sizeof(std::uint64_t)], any = 0;
+    std::memcpy(parts, &mask, sizeof mask);
+    for (std::uint64_t part : parts)
+        any |= part;
+    return any != 0;
+}
+
+/// @p values for the colors of the pixels of a vector, @p alpha for their fourth lanes.
+template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
+{
+    if constexpr (sizeof(Floats) == sizeof(Float4))
+        return Floats{values[0], values[0], values[0], alpha};
+    else
+        return Floats{values[0], values[0], values[0], alpha, values[1], values[1], values[1], alpha};
+}
+
+/// The same by a formula instead of tables, for gains from 1 on.
+template <typename Floats> struct FormulaLight {
+    VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
+    {
+        const float values[] = {static_cast<float>(formula.offset), static_cast<float>(formula.offset)};
+        const float toes[] = {static_cast<float>(formula.toe), static_cast<float>(formula.toe)};
+        offset = ForPixels<Floats>(values, 0.0F);
+        toe = ForPixels<Floats>(toes, -std::numeric_limits<float>::infinity());
+    }
+
+    /// Limited pixels of a vector. Not @p simple if one of their values passes the toe, which takes a power.
+    VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
+    {
+        const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
+        const Floats onCurve = (stored + offset) * ForPixels<Floats>(root, 1.0F) - offset;
+        const auto isLow = stored < toe;
+        const auto passes = isLow & (onLine > toe);
+        *simple = !IsAny(passes);
+        return Limited(isLow ? onLine : onCurve);
+    }
+
+    Floats offset, toe;
+};
+
+/// Multiplies the light of a block by its gains.
+template <typename Floats>
+VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                                    const Gains &gains)
+{
+    const FormulaLight<Floats> formula(*band.light.ByFormula());
+    const FormulaLight<Float4> formulaOfOne(*band.light.ByFormula());
+    const Light tables(band.light);
+    constexpr int kPixels = sizeof(Floats) / kPixelBytes;
+    const auto storeOne = [&](int i) VITRELUX_INLINED {
+        bool simple;
+        Float4 lit = formulaOfOne.Grown(samples[i], gains.gain + i, gains.root + i, &simple);
+        if (!simple)
+            lit = Limited(tables.Grown(samples[i], gains.gain[i]));
+        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
+    };
+    int hard[kBlockPixels], hardCount = 0, i = 0;
+    for (; i + kPixels <= block.count; i += kPixels) {
+        bool simple;
+        const Floats lit = formula.Grown(LoadVector<Floats>(samples + i), gains.gain + i, gains.root + i, &simple);
+        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
+        hard[hardCount] = i;
+        hardCount += int(!simple);
+    }
+    for (; i < block.count; ++i)
+        storeOne(i);
+    for (int j = 0; j < hardCount; ++j)
+        for (int pixel = 0; pixel < kPixels; ++pixel)
+            storeOne(hard[j] + pixel);
+}
+
+VITRELUX_INLINE bool AnyBelowOne(const float *gain, int count)
+{
+    int below = 0;
+    for (int i = 0; i < count; ++i)
+        below |= gain[i] < 1.0F;
+    return below != 0;
+}
+
+/// Multiplies the light of the samples by the block's gains and stores them.
+template <typename Floats>
+VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                              const Gains &gains)
+{
+    const float *const gain = gains.gain;
     if (band.light.IsLinear()) {
         for (int i = 0; i < block.count; ++i)
             Store(band, block.target + i * kPixelBytes, samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F});
         return;
     }
+    if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
+        return StoreByFormula<Floats>(band, block, samples, gains);
     const Light light(band.light);
     for (int i = 0; i < block.count; ++i)
         Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));
@@ -263,7 +348,7 @@ template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
                 FindPlaces<typename Set::Floats>(band, block, &places);
                 if (!Sample(band, block, places, samples))
                     return false;
-                StoreLit(band, block, samples, places.gain);
+                StoreLit<typename Set::Floats>(band, block, samples, places.gains);
             }
         }
         return true;

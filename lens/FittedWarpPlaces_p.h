@@ -51,11 +51,17 @@ struct Places {
     alignas(64) float y[kBlockPixels];
 };
 
+/// What light is multiplied by, and the root of it for FittedPlaces::HasRoots.
+struct Gains {
+    alignas(64) float gain[kBlockPixels];
+    alignas(64) float root[kBlockPixels];
+};
+
 enum Color { kGreen, kRed, kBlue, kColors };
 
 struct BlockPlaces {
     Places of[kColors]; // only green's unless colors are split
-    alignas(64) float gain[kBlockPixels];
+    Gains gains;
 };
 
 template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
@@ -93,17 +99,20 @@ VITRELUX_INLINE void Interpolate(const float *above, const float *below, float s
 template <typename Floats, int kSide>
 VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
-    float *const planes[FittedPlaces::kPlanes] = {places->gain,       places->of[kGreen].x, places->of[kGreen].y,
-                                                  places->of[kRed].x, places->of[kRed].y,   places->of[kBlue].x,
-                                                  places->of[kBlue].y};
+    float *const planes[FittedPlaces::kPlanes] = {places->gains.gain,   places->gains.root, places->of[kGreen].x,
+                                                  places->of[kGreen].y, places->of[kRed].x, places->of[kRed].y,
+                                                  places->of[kBlue].x,  places->of[kBlue].y};
     const float share = static_cast<float>(block.y % kSide) * (1.0F / kSide);
-    for (int plane = 0; plane < cells.Planes(); ++plane)
+    for (int plane = 0; plane < cells.Planes(); ++plane) {
+        if (plane == FittedPlaces::kGainRoot && !cells.HasRoots())
+            continue;
         Interpolate<Floats, kSide>(cells.Corners(plane, block.y) + block.x / kSide,
                                    cells.Corners(plane, block.y + kSide) + block.x / kSide, share, planes[plane]);
+    }
 }
 
 /// Gets each pixel's places from the twin; NaN where a map is folded.
-inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPlaces *places)
+inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
         const double x = block.x + i, y = block.y;
@@ -113,7 +122,8 @@ inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPla
             places->of[color].x[i] = at.folded ? NAN : static_cast<float>(points[color]->x - x);
             places->of[color].y[i] = static_cast<float>(points[color]->y - y);
         }
-        places->gain[i] = static_cast<float>(at.gain);
+        places->gains.gain[i] = static_cast<float>(at.gain);
+        places->gains.root[i] = cells.RootOf(at.gain);
     }
 }
 
@@ -124,7 +134,7 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
     const FittedPlaces &cells = band.places;
     const int side = cells.CellSidePixels();
     if (cells.IsRough(block.y, block.x / side, (block.x + kBlockPixels) / side))
-        return FindExactly(band.twin, block, places);
+        return FindExactly(band.twin, cells, block, places);
     switch (side) {
     case 8:
         return FindSmoothly<Floats, 8>(cells, block, places);

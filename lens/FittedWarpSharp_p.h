@@ -22,7 +22,7 @@ struct SharpPlaces {
 
 struct SharpBlock {
     SharpPlaces of[kColors];
-    alignas(64) float gain[kBlockPixels];
+    Gains gains;
     unsigned char isEmpty[kBlockPixels];
     bool anyEmpty;
 };
@@ -89,7 +89,7 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
 {
     BlockPlaces places;
     FindPlaces<typename Kind::Floats>(band, block, &places);
-    std::memcpy(found->gain, places.gain, sizeof found->gain);
+    found->gains = places.gains;
     std::memset(found->isEmpty, 0, sizeof found->isEmpty);
     for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
         if (careful)
@@ -251,7 +251,7 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
     for (int i = 0; found->anyEmpty && i < block.count; ++i)
         if (found->isEmpty[i])
             samples[i] = Same(0.0F);
-    StoreLit(band, block, samples, found->gain);
+    StoreLit<typename Kind::Floats>(band, block, samples, found->gains);
 }
 
 /// Returns false if a row of the source isn't in memory.

@@ -27,10 +27,25 @@ public:
     /// @return none if a curve never rises or contains NaN.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
-    bool IsLinear() const { return !m_channels; }
+    bool IsLinear() const { return !m_data; }
     /// @p channel is 0 to 2.
     double Light(int channel, double stored) const;
     double Stored(int channel, double light) const;
+
+    /// A line, then a power:
+    ///
+    ///     light = slope v                                for v below toe
+    ///     light = ((v + offset) / (1 + offset)) ^ gamma  from there on
+    ///
+    /// A gain g from 1 on makes of v (v + offset) g^(1 / gamma) - offset, or g v on the line: no power per pixel.
+    struct Formula {
+        double gamma, offset, toe, slope; // a toe of 0: no line
+
+        double Light(double stored) const; // of values above 0
+        double Stored(double light) const;
+    };
+    /// The formula of all channels. Null if the curves are known by points alone.
+    const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
 
     /// A function as linear segments, indexed by the leading bits of a float: they divide each octave evenly.
     struct Table {
@@ -40,9 +55,13 @@ public:
         float least, greatest; // range of x; the outermost segments continue beyond it
         int shift, first;      // the segment of x is (bits of x >> shift) - first
         std::vector<Segment> segments;
+
+        float At(float x) const; // of 0 or more
     };
-    const Table &LightTable(int channel) const { return (*m_channels)[Index(channel)].lightTable; }
-    const Table &StoredTable(int channel) const { return (*m_channels)[Index(channel)].storedTable; }
+    const Table &LightTable(int channel) const { return m_data->channels[Index(channel)].lightTable; }
+    const Table &StoredTable(int channel) const { return m_data->channels[Index(channel)].storedTable; }
+    /// Gains from 1/16 to 16 to the power of 1 / gamma. Null without a formula.
+    const Table *RootTable() const { return ByFormula() ? &m_data->rootTable : nullptr; }
 
 private:
     using Function = std::function<double(double)>; // for arguments above 0
@@ -52,10 +71,15 @@ private:
         Function light, stored;
         Table lightTable, storedTable;
     };
-    using Channels = std::vector<Channel>;
+    struct Data {
+        std::vector<Channel> channels;
+        std::optional<Formula> formula;
+        Table rootTable;
+    };
 
-    explicit TransferCurve(Channels channels) : m_channels(std::make_shared<const Channels>(std::move(channels))) { }
-    size_t Index(int channel) const { return m_channels->size() == 1 ? 0 : static_cast<size_t>(channel); }
+    explicit TransferCurve(std::vector<Channel> channels);
+    explicit TransferCurve(const Formula &formula);
+    size_t Index(int channel) const { return m_data->channels.size() == 1 ? 0 : static_cast<size_t>(channel); }
 
-    std::shared_ptr<const Channels> m_channels; // none: linear
+    std::shared_ptr<const Data> m_data; // none: linear
 };

@@ -45,20 +45,24 @@ bool IsInXmp(const Fact<bool> &done)
     return done.value && done.source.startsWith(QLatin1String("XMP "));
 }
 
-/// The profile's file; path and name are empty for lensfun's.
-struct ProfileFile {
-    QString name, digest;
+/// How files name the profile.
+struct ProfileNames {
+    QString name;         // the profile's own one if it has one
+    QString file, digest; // empty for lensfun's
 };
 
 /// The digest identifies the file for other programs, which use MD5 for it.
-ProfileFile FileOf(const QString &profile)
+ProfileNames NamesOf(const FitResult &fit)
 {
-    QFile file(profile);
-    if (profile.startsWith(QLatin1String("lensfun:")) || !file.open(QIODevice::ReadOnly))
-        return {};
+    const QLatin1String lensfun("lensfun:");
+    if (fit.profile.startsWith(lensfun))
+        return {fit.profile.mid(lensfun.size()), {}, {}}; // lens names contain slashes
+    const QFileInfo info(fit.profile);
+    QFile file(fit.profile);
     QCryptographicHash hash(QCryptographicHash::Md5);
-    hash.addData(&file);
-    return {QFileInfo(profile).fileName(), QString::fromLatin1(hash.result().toHex().toUpper())};
+    const bool isRead = file.open(QIODevice::ReadOnly) && hash.addData(&file);
+    return {fit.profileName.isEmpty() ? info.completeBaseName() : fit.profileName, info.fileName(),
+            isRead ? QString::fromLatin1(hash.result().toHex().toUpper()) : QString()};
 }
 
 /// Adds properties of one namespace.
@@ -76,7 +80,7 @@ private:
     KImage::EditRecord *m_record;
 };
 
-void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &options, const ProfileFile &file,
+void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &options, const ProfileNames &profile,
             KImage::EditRecord *record)
 {
     Properties own("vitrelux", record);
@@ -87,9 +91,9 @@ void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &o
                 return (options.*row.wanted && options.*row.amount > 0.0) || IsInXmp(facts.*row.before)
                     || facts.*row.tried;
             }));
-    own.Set("Profile", file.name.isEmpty() ? fit.profile : file.name);
-    own.Set("ProfileName", fit.profileName);
-    own.Set("ProfileDigest", file.digest);
+    own.Set("Profile", profile.file.isEmpty() ? fit.profile : profile.file);
+    own.Set("ProfileName", profile.name);
+    own.Set("ProfileDigest", profile.digest);
     own.Set("Entries", fit.entries);
     own.Set("Zoom", QString::number(fit.zoom, 'g', 6));
     fitted::Write(fitted::Options::All, options, [&](const QString &name, const QString &text) {
@@ -98,16 +102,16 @@ void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &o
     });
 }
 
-void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOptions &options, const ProfileFile &file,
-                  KImage::EditRecord *record)
+void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                  const ProfileNames &profile, KImage::EditRecord *record)
 {
     Properties crs("crs", record);
     crs.Set("AlreadyApplied", QStringLiteral("True"));
     crs.Set("LensProfileEnable", QStringLiteral("1"));
     crs.Set("LensProfileSetup", options.profile.isEmpty() ? QStringLiteral("Auto") : QStringLiteral("Custom"));
-    crs.Set("LensProfileName", fit.profileName.isEmpty() ? QFileInfo(fit.profile).completeBaseName() : fit.profileName);
-    crs.Set("LensProfileFilename", file.name);
-    crs.Set("LensProfileDigest", file.digest);
+    crs.Set("LensProfileName", profile.name);
+    crs.Set("LensProfileFilename", profile.file);
+    crs.Set("LensProfileDigest", profile.digest);
     crs.Set("LensProfileIsEmbedded", QString());
     for (const CorrectionRow &row : kCorrections) {
         if (fit.*row.made)
@@ -126,10 +130,10 @@ QString CorrectionsText(const FitResult &fit)
 
 KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options)
 {
-    const ProfileFile file = FileOf(fit.profile);
+    const ProfileNames profile = NamesOf(fit);
     KImage::EditRecord record;
     record.append({QStringLiteral("Xmp.dc.format"), QStringLiteral("image/tiff")});
-    AddOwn(fit, facts, options, file, &record);
-    AddCameraRaw(fit, facts, options, file, &record);
+    AddOwn(fit, facts, options, profile, &record);
+    AddCameraRaw(fit, facts, options, profile, &record);
     return record;
 }

@@ -19,7 +19,7 @@ public:
     /// @p source must outlive the object and have the correction's size.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
-    /// Returns the source's channels, plus alpha if some pixels stay empty.
+    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB.
     unsigned short ResultType() const;
     /// Returns the source's depth: 8, 16, or 32 for float.
     int ResultBits() const;
@@ -30,10 +30,13 @@ public:
     void FillFloat(KImage &image);
 
 private:
+    void MakeBand(int firstRow);
     void Render(KImage &band, int firstRow);
 
     const KImage &m_picture;
     FloatRows m_source;
+    bool m_splitsColors;
     FittedWarp m_warp;
-    KImage m_band;
+    KImage m_band; // rows from m_firstRow on
+    int m_firstRow = 0;
 };

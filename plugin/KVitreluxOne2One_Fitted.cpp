@@ -49,6 +49,20 @@ FitReport ReportOf(const FitResult &fit)
     return report;
 }
 
+/// A gray picture has one place per pixel: green's.
+void LeaveOutColor(FitResult *fit)
+{
+    if (!fit->correction.red && !fit->correction.blue)
+        return;
+    fit->correction.red.reset();
+    fit->correction.blue.reset();
+    fit->chromatic = false;
+    const QString note = QStringLiteral("left out: lateral color: the picture is gray");
+    fit->assumed << note;
+    if (!fit->correction.ChangesAnything())
+        fit->why = note;
+}
+
 } // namespace
 
 /// Returns the folders searched for profiles: the one in the settings if it exists, otherwise the default ones.
@@ -71,6 +85,9 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     if (!pixels.isEmpty())
         facts.pixels = pixels;
     plan.fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
+    constexpr int kGrayBands = 1;
+    if (def->nBands() == kGrayBands)
+        LeaveOutColor(&plan.fit);
     if (plan.fit.vignetting) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);

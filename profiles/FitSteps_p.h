@@ -9,6 +9,7 @@
 
 /// Returns the picture's setting: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
+/// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
 /// Returns why no profile can be fitted to the picture; empty if one can.
@@ -40,5 +41,9 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
 
-/// Frames the result's correction and fills in its effect on the field of view.
-void FrameResult(const FitOptions &options, FitResult *result);
+/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+QString WhyUseless(const RadialMap &map, const QSize &pixels);
+
+/// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a
+/// fisheye lens ends before the photograph does.
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

@@ -1,8 +1,9 @@
 #include "PictureFit.h"
 
 #include "CorrectionTwin.h"
+#include "FitSteps_p.h"
+#include "LensfunDatabase.h"
 #include "LensfunFit.h"
-#include "PictureFrame.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -65,8 +66,12 @@ PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
              {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax})
             *number = {};
     }
-    if (!typed.body.isEmpty())
-        Override(typed.body, &facts.model);
+    if (!typed.body.isEmpty()) {
+        const PictureBody body = BodyOf(facts, typed);
+        if (body.make != facts.make.value)
+            Override(body.make, &facts.make);
+        Override(body.model, &facts.model);
+    }
     if (typed.focalMm) {
         Override(*typed.focalMm, &facts.focalMm);
         facts.focal35Mm = {}; // belongs to the file's focal length
@@ -204,7 +209,11 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
                                 return CorrectAlike(path, otherPath, facts, options);
                             }});
-    return matcher.Match(profiles, facts);
+    const PictureFacts named = WithNameOfNumbers(facts);
+    ProfileMatch match = matcher.Match(profiles, named);
+    if (named.lensNames.size() > facts.lensNames.size())
+        match.notes.prepend(QStringLiteral("by its numbers the lens is \"%1\"").arg(named.lensNames.last().value));
+    return match;
 }
 
 bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,

@@ -1,15 +1,15 @@
 // The frame of a picture: its size relative to the profile's frame, and the picture's place in it.
 #pragma once
 
+#include "FullFrame.h"
 #include "LensProfile.h"
 #include "PictureFacts.h"
 
+#include <QSizeF>
 #include <QStringList>
 
 #include <optional>
 
-/// Diagonal of a frame of 36 x 24 mm; a frame's factor is this over its diagonal.
-constexpr double kFullFrameDiagonalMm = 43.266615305567875; // sqrt(36^2 + 24^2)
 /// The largest frame, relative to its own, that a profile covers; beyond that it would be extrapolated.
 constexpr double kMaxFrameRatio = 1.04;
 
@@ -43,6 +43,15 @@ struct EntryFrame {
     QStringList assumed;      // messages for the user
 };
 
+/// The whole picture as the camera took it, before it was turned or cut to other proportions.
+struct FrameShape {
+    double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
+    double aspect = 1.0;                // of the frame, at least 1
+    bool isCut = false;                 // from the middle of a frame of other proportions
+    bool liesAcross = false;            // turned by a right angle, in an unknown direction
+    QStringList assumed;                // for people
+};
+
 /// The camera body of a picture, from the user or else from the file.
 struct PictureBody {
     QString make, model;
@@ -60,6 +69,10 @@ public:
     /// @param why     filled if the entry cannot be used for the picture.
     std::optional<EntryFrame> Under(const ProfileEntry &entry, bool chosen, QString *why) const;
 
+    /// Returns the shape of the frame; none, with the reason in @p why, if the picture's place in it is lost.
+    /// @param reference  sides of a picture as the camera stores it; empty: longer than high.
+    /// @param aspect     of the frame, at least 1; 0: that of the original size, if known, or of the picture.
+    std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
     /// Returns the position, in pixels of the current picture, of a center given in shares of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
     /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
@@ -70,7 +83,7 @@ public:
 private:
     bool SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const;
     bool LimitRatio(bool chosen, EntryFrame *frame, QString *why) const;
-    bool LiesAcross(const ProfileEntry &entry) const;
+    bool LiesAcross(const QSizeF &reference) const;
     PictureVector SidesAcross() const;
 
     const PictureFacts &m_facts;

@@ -75,6 +75,8 @@ private:
     bool AddFocal(const Focal &focal, double weight, const Setting &setting, GridChoice *choice) const;
     bool AddDistance(const Distance &distance, double weight, const Setting &setting, GridChoice *choice) const;
 
+    void NoteOnlyAperture(const Cell &only, const Setting &setting, GridChoice *choice) const;
+
     const LensProfile &m_profile;
     Quantity m_quantity;
     QVector<Focal> m_focals;

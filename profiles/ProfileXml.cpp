@@ -31,9 +31,18 @@ public:
 
     QString Run()
     {
+        // Other lists of the document, as of its authors, hold no entries; lists inside an entry are read as part of
+        // it.
+        int profiles = kMaxXmlDepth + 1; // depth of CameraProfiles, the outermost if it nests
         while (Next()) {
-            if (m_xml.isStartElement() && Is(kRdf, "li")) // lists inside an entry are read as part of it
+            if (m_depth < profiles)
+                profiles = kMaxXmlDepth + 1;
+            if (!m_xml.isStartElement())
+                continue;
+            if (m_depth > profiles && Is(kRdf, "li"))
                 ReadEntry();
+            else if (m_xml.name() == QLatin1String("CameraProfiles"))
+                profiles = std::min(profiles, m_depth);
         }
         return m_xml.hasError() ? QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString())
                                 : QString();

@@ -24,7 +24,7 @@ struct ProfileNode {
     std::vector<ProfileNode> models;
 };
 
-/// Passes each entry of the document to @p take, in order.
+/// Passes each entry of the document, an rdf:li in an element named CameraProfiles, to @p take, in order.
 ///
 /// Names are resolved by namespace URI. Attributes, elements, elements inside rdf:Description and those with or without
 /// rdf:parseType="Resource" give the same nodes. The limits of XmlLimits.h apply; documents that declare entities are

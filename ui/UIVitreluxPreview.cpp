@@ -7,6 +7,7 @@
 #include "newLCP.h"
 #include "ui_UIVitreluxPreview.h"
 
+#include <QAction>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMovie>
@@ -156,7 +157,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         ui->m_cbCA->setChecked(m_params->ca);
         ui->m_cbDistortion->setChecked(m_params->disto);
         ui->m_cbVignetting->setChecked(m_params->falloff);
-        ui->lineEditLensFile->setText(m_params->lcpFilename);
+        ShowProfile(m_params->lcpFilename);
         ShowReport(std::nullopt);
         m_sourceImage = source;
         m_sourcePixmap = FittedToFrame(m_sourceImage);
@@ -174,6 +175,8 @@ void UIVitreluxPreview::clearImage()
         *image = QImage();
     FitPictures();
     ShowReport(std::nullopt);
+    if (m_automatic)
+        m_automatic->setVisible(false);
     EnableBoxes(kAllCorrections);
     ui->labelState->show();
     SetComplete(QVariant());
@@ -228,7 +231,7 @@ void UIVitreluxPreview::on_toolButtonLensFile_clicked()
 void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
-    ui->lineEditLensFile->setText(fileName);
+    ShowProfile(fileName);
     const Corrections held = m_params->fitted ? HeldFitted(fileName) : HeldPlain(fileName);
     m_held.insert(fileName, held);
     if (!m_params->fitted || !held.distortion) // plain: by each choice
@@ -242,6 +245,31 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
         computePreview();
     else
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
+}
+
+void UIVitreluxPreview::FindProfileAgain()
+{
+    if (!m_params)
+        return;
+    m_params->lcpFilename.clear();
+    ShowProfile(QString());
+    EnableBoxes(kAllCorrections);
+    computePreview();
+}
+
+/// Shows the chosen profile; empty: none.
+void UIVitreluxPreview::ShowProfile(const QString &fileName)
+{
+    ui->lineEditLensFile->setText(fileName);
+    const bool canBeGivenUp = m_params->fitted && !fileName.isEmpty();
+    if (canBeGivenUp && !m_automatic) { // a page without fitted records has none
+        m_automatic = ui->lineEditLensFile->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton),
+                                                      QLineEdit::TrailingPosition);
+        m_automatic->setToolTip(tr("Find the profile automatically"));
+        connect(m_automatic, &QAction::triggered, this, &UIVitreluxPreview::FindProfileAgain);
+    }
+    if (m_automatic)
+        m_automatic->setVisible(canBeGivenUp);
 }
 
 /// Shows in the profile's row what was found, or why nothing was found or corrected; the tool tip has the whole report.

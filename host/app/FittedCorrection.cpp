@@ -58,8 +58,13 @@ bool AreMade(const FittedRequest &request, const Corrections &done, const QStrin
 
 QString FittedCorrection::Result::ProfileLine(const QString &shown) const
 {
-    const QString line = tr("profile \"%1\"").arg(shown);
-    return note.isEmpty() ? line : line + QLatin1String("; ") + note;
+    QString line = tr("profile \"%1\"").arg(shown);
+    for (const auto &[label, text] :
+         {std::pair(tr("entries"), entries), std::pair(tr("assumed"), assumed), std::pair(tr("left out"), why)}) {
+        if (!text.isEmpty())
+            line += QStringLiteral("; %1: %2").arg(label, text);
+    }
+    return line;
 }
 
 FittedCorrection::FittedCorrection(const QStringList &folders, HostApplication *application, InterruptGuard *guard)
@@ -68,37 +73,53 @@ FittedCorrection::FittedCorrection(const QStringList &folders, HostApplication *
 }
 
 FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const PlannedPicture &planned,
-                                               const FittedRequest &request, ExistingOutput existing)
+                                               const FittedRequest &request, const OutputRules &rules)
 {
     const ParameterRecord record(process, request.parameters);
-    const auto check = [&] {
-        const Report report = ReportOf(process, record);
-        if (!report.isThere)
-            Fail(QStringLiteral(
-                "the plug-in doesn't know fitted corrections; \"vitrelux correct --plain\" works without "
-                "them"));
-        if (!AreMade(request, report.done, planned.picture))
-            Fail(QStringLiteral("profile \"%1\": cannot make the requested corrections: %2")
-                     .arg(report.profile, report.why));
-    };
     try {
-        const RunResult result = RunPicture(m_application, process, record, planned, existing, m_guard, check);
+        const RunResult result = RunPicture(m_application, process, record, planned, rules, m_guard,
+                                            [&] { RequireMade(ReportOf(process, record), planned.picture, request); });
         const Report report = ReportOf(process, record);
-        QStringList note;
-        for (const auto &[label, text] :
-             {std::pair(tr("entries"), report.entries), std::pair(tr("assumed"), report.assumed),
-              std::pair(tr("left out"), report.why)}) {
-            if (!text.isEmpty())
-                note << QStringLiteral("%1: %2").arg(label, text);
-        }
-        return {result == RunResult::Written ? Outcome::Written : Outcome::Kept, report.profile,
-                note.join(QStringLiteral("; "))};
+        return {result == RunResult::Written ? Outcome::Written : Outcome::Kept,
+                report.profile,
+                report.entries,
+                report.assumed,
+                report.why,
+                report.done};
     } catch (const KException &) {
         const Report report = ReportOf(process, record);
         if (!report.isThere || report.done.Any()) // a failure of the run, not of the fit
             throw;
         return NothingDone(report, planned.picture, request);
     }
+}
+
+FittedCorrection::Result FittedCorrection::Plan(const PlannedPicture &planned, const FittedRequest &request)
+{
+    FitOptions options = request.fit;
+    const PictureParameters parameters = ReadParameters(request.parameters);
+    options.profile = parameters.profile;
+    for (const CorrectionRow &row : kCorrections)
+        options.*row.wanted = parameters.corrections.*row.member;
+    const FitResult fit = m_fitter.Fit(ReadPictureFacts(planned.picture, nullptr), options);
+    const Report report = {true,        fit.profile,
+                           fit.entries, fit.assumed.join(QStringLiteral("; ")),
+                           fit.why,     {fit.distortion, fit.chromatic, fit.vignetting}};
+    if (!report.done.Any())
+        return NothingDone(report, planned.picture, request);
+    RequireMade(report, planned.picture, request);
+    return {Outcome::Planned, report.profile, report.entries, report.assumed, report.why, report.done};
+}
+
+/// Throws if a required correction is missing.
+void FittedCorrection::RequireMade(const Report &report, const QString &picture, const FittedRequest &request)
+{
+    if (!report.isThere)
+        Fail(QStringLiteral(
+            "the plug-in doesn't know fitted corrections; \"vitrelux correct --plain\" works without them"));
+    if (!AreMade(request, report.done, picture))
+        Fail(QStringLiteral("profile \"%1\": cannot make the requested corrections: %2")
+                 .arg(report.profile, report.why));
 }
 
 FittedCorrection::Report FittedCorrection::ReportOf(KIPluginOne2One *process, const ParameterRecord &record)
@@ -126,12 +147,13 @@ FittedCorrection::Result FittedCorrection::NothingDone(const Report &report, con
     for (const CorrectionRow &row : kCorrections)
         fit.*row.wanted = parameters.corrections.*row.member;
     if (parameters.profile.isEmpty() && WasDoneBefore(facts, fit))
-        return {Outcome::DoneBefore, QString(), DoneBeforeText(facts)};
+        return {Outcome::DoneBefore, QString(), QString(), QString(), DoneBeforeText(facts), Corrections()};
     if (!report.profile.isEmpty())
         Fail(tr("profile \"%1\"").arg(report.profile) + QLatin1String(": ") + report.why);
     if (!parameters.profile.isEmpty())
         Fail(tr("profile %1", "its name and what is wrong with it").arg(report.why));
-    return {Outcome::NoProfile, QString(), WhyNoProfile(report, facts, request.fit)};
+    return {Outcome::NoProfile, QString(), QString(), QString(), WhyNoProfile(report, facts, request.fit),
+            Corrections()};
 }
 
 QString FittedCorrection::WhyNoProfile(const Report &report, const PictureFacts &facts, const FitOptions &options)

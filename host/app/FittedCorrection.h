@@ -22,16 +22,19 @@ class FittedCorrection {
 public:
     enum class Outcome {
         Written,
+        Planned,    // by Plan
         Kept,       // with ExistingOutput::Skip: another program wrote the output meanwhile
         DoneBefore, // skipped
         NoProfile   // none chosen, none found
     };
     struct Result {
         Outcome outcome = Outcome::Written;
-        QString profile; // path, or "lensfun:MAKER/LENS"; only of Written and Kept
-        QString note;    // entries, assumptions and what was left out; or by what it was corrected before; or why there
-                         // is no profile, with the nearest misses
-        /// Returns profile and note in one line, with @p shown as the profile's name.
+        QString profile;               // path, or "lensfun:MAKER/LENS"
+        QString entries, assumed, why; // why: of something left out; or by what the picture was corrected before; or
+                                       // that there is no profile, with the nearest misses
+        Corrections made;
+        /// Returns profile, entries, assumptions and anything left out in one line, with @p shown as the profile's
+        /// name.
         QString ProfileLine(const QString &shown) const;
     };
 
@@ -41,7 +44,10 @@ public:
     /// Corrects the picture as RunPicture does. Throws KException with the reason, one line without the picture's name,
     /// if a profile cannot be used, or if a required correction is not made.
     Result Run(KIPluginOne2One *process, const PlannedPicture &planned, const FittedRequest &request,
-               ExistingOutput existing);
+               const OutputRules &rules);
+
+    /// Decides what Run would do, and throws as it does if the decision is a failure; writes nothing.
+    Result Plan(const PlannedPicture &planned, const FittedRequest &request);
 
 private:
     /// The record's results after a run.
@@ -52,6 +58,7 @@ private:
     };
 
     Report ReportOf(KIPluginOne2One *process, const ParameterRecord &record);
+    static void RequireMade(const Report &report, const QString &picture, const FittedRequest &request);
     Result NothingDone(const Report &report, const QString &picture, const FittedRequest &request);
     QString WhyNoProfile(const Report &report, const PictureFacts &facts, const FitOptions &options);
 

@@ -59,7 +59,7 @@ enum class RunResult { Written, Kept };
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,
-                                   ExistingOutput existing, InterruptGuard *guard,
+                                   const OutputRules &rules, InterruptGuard *guard,
                                    const std::function<void()> &check = nullptr);
 
 /// Returns the text of the exception being handled.

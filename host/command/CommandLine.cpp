@@ -7,7 +7,7 @@
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Lenses, Wizard };
+enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -20,9 +20,9 @@ struct VerbRow {
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
      "Corrects each PICTURE (%1) by a lens profile and\n"
-     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF and IPTC data of the picture. "
-     "Without\n"
-     "--distortion, --ca and --vignetting, every correction that the profile has is applied; one that is requested "
+     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
+     "requested "
      "but\n"
      "missing from the profile is a failure. An output appears only when it is complete, and replaces an existing "
      "file\n"
@@ -31,7 +31,7 @@ constexpr VerbRow kVerbs[] = {
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
-     "camera or another program already corrected are skipped.\n"
+     "camera, another program or an earlier run already corrected are skipped.\n"
      "\n"
      "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
@@ -59,11 +59,14 @@ constexpr VerbRow kVerbs[] = {
      "be\n"
      "read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their profiles;\n"
      "lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
+    {Verb::Report, "report", "report FILE...", "summarize the records of several runs",
+     "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were\n"
+     "corrected, skipped or failed, why they failed, by lens, and the slowest ones. A picture with several records\n"
+     "counts once, by its last one.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
-     "next to its original, as NAME_corrected.tiff. A picture without a chosen lens profile is corrected by the one "
-     "for\n"
-     "its camera and lens, if the profile folder has it as FOLDER/BRAND/*.lcp.\n"},
+     "next to its original, as NAME_corrected.tiff. Lens profiles are found and fitted as by the correct command; the\n"
+     "window shows which one was found, and another one can be chosen.\n"},
 };
 
 struct OptionRow {
@@ -82,7 +85,15 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
+    {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
+    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: standard input), one per line or NUL"},
+    {Verb::Correct, {"shard", nullptr}, "I/N", "correct every N-th picture of the sorted list, from the I-th on"},
     {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
+    {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff instead of NAME_corrected.tiff"},
+    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs such as {name}-{ext}.tif; also {folder}"},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture"},
+    {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
+    {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
@@ -91,9 +102,13 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "look the profile up as --plain does, as FOLDER/BRAND/*.lcp"},
+    {Verb::Info,
+     {"plain", nullptr},
+     nullptr,
+     "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
     {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
+    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
     {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
@@ -102,7 +117,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
     {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look up profiles in DIR, which becomes the stored folder"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -113,13 +128,15 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Returns the options that only fitted corrections have.
-QVector<OptionRow> FittedRows()
+/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
+QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    for (const FittedOptionRow &row : fitted) {
+        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
+            rows.append({verb, {row.name, nullptr}, row.value, row.help});
+    }
     return rows;
 }
 
@@ -131,7 +148,7 @@ QVector<OptionRow> OptionsOf(Verb verb)
         if (row.verb == verb)
             rows.append(row);
     }
-    return verb == Verb::Correct ? rows + FittedRows() : rows;
+    return rows + FittedRows(verb);
 }
 
 /// Returns the names of an option as in the help: "-o, --output DIR".
@@ -236,21 +253,33 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
-    options.files = parser.positionalArguments();
+    options.pictures.named = parser.positionalArguments();
+    options.pictures.recursive = parser.isSet(QStringLiteral("recursive"));
+    options.pictures.listFile = parser.value(QStringLiteral("files-from"));
     options.profile = parser.value(QStringLiteral("profile"));
     options.lensPath = parser.value(QStringLiteral("lens-path"));
-    options.outputFolder = parser.value(QStringLiteral("o"));
+    options.outputs.folder = parser.value(QStringLiteral("o"));
+    options.pictures.outputFolder = options.outputs.folder;
+    if (parser.isSet(QStringLiteral("suffix")))
+        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
+    else if (parser.isSet(QStringLiteral("output-name")))
+        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
+    if (!parser.isSet(QStringLiteral("output-name"))) // else it can't be told what a result is
+        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
+    options.dryRun = parser.isSet(QStringLiteral("dry-run"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
     if (parser.isSet(QStringLiteral("overwrite")))
-        options.existing = ExistingOutput::Overwrite;
+        options.rules.existing = ExistingOutput::Overwrite;
     else if (parser.isSet(QStringLiteral("skip-existing")))
-        options.existing = ExistingOutput::Skip;
+        options.rules.existing = ExistingOutput::Skip;
     return options;
 }
 
@@ -266,28 +295,40 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
+using Exclusions = QVector<std::pair<const char *, const char *>>;
+
 /// Returns a message about two options that exclude each other; empty if there are none.
-QString FindExclusion(const QCommandLineParser &parser)
+QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclusions)
 {
-    using Pair = std::pair<const char *, const char *>;
-    QVector<Pair> exclusions = {
-        {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(Pair("plain", row.name));
-    for (const auto &[one, other] : qAsConst(exclusions)) {
+    for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
     }
     return QString();
 }
 
-/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
-QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+/// Returns the pairs of options of `correct` or `info` that exclude each other.
+Exclusions ExclusionsOf(Verb verb)
 {
-    const QVector<FittedOptionRow> rows = FittedOptionRows();
-    for (const FittedOptionRow &row : rows) {
-        const QString name = Latin(row.name);
+    Exclusions exclusions;
+    if (verb == Verb::Correct)
+        exclusions = {{"overwrite", "skip-existing"},
+                      {"profile", "lens-path"},
+                      {"profile", "source"},
+                      {"plain", "verbose"},
+                      {"suffix", "output-name"}};
+    const QVector<OptionRow> fitted = FittedRows(verb);
+    for (const OptionRow &row : fitted)
+        exclusions.append(std::make_pair("plain", row.names[0]));
+    return exclusions;
+}
+
+/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
+QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
+{
+    const QVector<OptionRow> rows = FittedRows(verb);
+    for (const OptionRow &row : rows) {
+        const QString name = Latin(row.names[0]);
         const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
         if (!problem.isEmpty())
             return problem;
@@ -298,13 +339,17 @@ QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
 /// Returns what is wrong with the options of `profile`; empty if nothing is.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
-    constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
-                                              {"plain", "plot"}, {"check", "json"},  {"check", "for"},
-                                              {"check", "plot"}, {"json", "plot"}};
-    for (const auto &pair : kExclusions) {
-        if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
-    }
+    const QString exclusion = FindExclusion(parser,
+                                            {{"plain", "json"},
+                                             {"plain", "check"},
+                                             {"plain", "for"},
+                                             {"plain", "plot"},
+                                             {"check", "json"},
+                                             {"check", "for"},
+                                             {"check", "plot"},
+                                             {"json", "plot"}});
+    if (!exclusion.isEmpty())
+        return exclusion;
     if (!parser.isSet(QStringLiteral("plot")))
         return parser.isSet(QStringLiteral("overwrite")) ? QStringLiteral("--overwrite needs --plot.") : QString();
     const QString suffix = QFileInfo(parser.value(QStringLiteral("plot"))).suffix().toLower();
@@ -334,6 +379,15 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMostJobs;
 }
 
+/// Reads "2/16".
+bool ReadShard(const QString &text, Shard *shard)
+{
+    bool isIndex = false, isCount = false;
+    shard->index = text.section(QLatin1Char('/'), 0, 0).toInt(&isIndex);
+    shard->count = text.section(QLatin1Char('/'), 1).toInt(&isCount);
+    return isIndex && isCount && shard->index >= 1 && shard->index <= shard->count;
+}
+
 /// Returns a hint about a picture whose name was parsed as an option; empty if there is none.
 QString HintAtDashes(const QStringList &arguments)
 {
@@ -355,7 +409,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return PrintText(VerbHelp(verb));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
-    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
+    const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
+    if (parser.positionalArguments().isEmpty() && !isListed && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
         return Refuse(command, QStringLiteral("no file given."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("a file name is empty."));
@@ -372,7 +427,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Lenses) {
         line.action = CommandLine::Action::ShowLenses;
         line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
-                       parser.value(QStringLiteral("plugin"))};
+                       parser.value(QStringLiteral("plugin")), parser.isSet(QStringLiteral("json"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -381,20 +436,34 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                        parser.value(QStringLiteral("plugin"))};
         return line;
     }
+    if (verb.verb == Verb::Report) {
+        line.action = CommandLine::Action::ShowReport;
+        line.report = {parser.positionalArguments()};
+        return line;
+    }
+    const QString exclusion = FindExclusion(parser, ExclusionsOf(verb.verb));
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    FittedOptions fitted;
+    if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
+        return Refuse(command, problem);
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
+        line.info.fit = fitted.fit;
         return line;
     }
-    const QString exclusion = FindExclusion(parser);
-    if (!exclusion.isEmpty())
-        return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    const QString problem = ReadFitted(parser, &line.correct.fitted);
-    return problem.isEmpty() ? line : Refuse(command, problem);
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+        return Refuse(command,
+                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+    if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
+        return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
+    line.correct.fitted = fitted;
+    return line;
 }
 
 } // namespace

@@ -11,17 +11,25 @@
 /// Exit codes of the program.
 enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
 
+/// One of several equal shares of a sorted list.
+struct Shard {
+    int index = 1, count = 1; // from 1
+};
+
 struct CorrectOptions {
-    QStringList files;
+    PictureSources pictures;
+    OutputNaming outputs;
+    Shard shard;
     QString profile;      // empty: looked up for each picture
     QString lensPath;     // profile folder; empty: the stored one or, if fitted, those of SearchedFolders
-    QString outputFolder; // empty: the folder of each picture
     QString plugin;       // empty: the installed one
     Corrections asked;    // none: all that the profile has
     bool plain = false;   // instead of fitted
     FittedOptions fitted; // unused if plain
     bool verbose = false; // print the facts about each picture
-    ExistingOutput existing = ExistingOutput::Refuse;
+    bool dryRun = false;  // print what would be done
+    bool json = false;    // print records as in docs/correct.schema.json
+    OutputRules rules;
     int jobs = 0; // pictures in parallel; 0: as many as processors and memory allow
 };
 
@@ -32,12 +40,14 @@ struct InfoOptions {
     bool json = false;  // one object per picture, one per line
     bool exif = false;  // print all entries
     bool plain = false; // look the profile up for plain corrections
+    FitOptions fit;     // unless plain: facts typed by the user
 };
 
 struct LensesOptions {
     QStringList words; // none: list the folders that are searched
     QString lensPath;  // as above
     QString plugin;
+    bool json = false; // one object per place or lens, and line
 };
 
 struct ProfileOptions {
@@ -50,6 +60,10 @@ struct ProfileOptions {
     bool overwrite = false;
 };
 
+struct ReportOptions {
+    QStringList files; // records of `correct --json`
+};
+
 struct WizardOptions {
     QStringList files; // may be empty
     QString lensPath;  // as above
@@ -57,7 +71,7 @@ struct WizardOptions {
 };
 
 struct CommandLine {
-    enum class Action { Correct, ShowInfo, ShowProfiles, ShowLenses, ShowWizard, PrintText, RefuseUsage };
+    enum class Action { Correct, ShowInfo, ShowProfiles, ShowLenses, ShowReport, ShowWizard, PrintText, RefuseUsage };
 
     Action action = Action::RefuseUsage;
     QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and how to get help
@@ -65,6 +79,7 @@ struct CommandLine {
     InfoOptions info;       // ShowInfo
     ProfileOptions profile; // ShowProfiles
     LensesOptions lenses;   // ShowLenses
+    ReportOptions report;   // ShowReport
     WizardOptions wizard;   // ShowWizard
 };
 

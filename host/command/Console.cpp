@@ -118,19 +118,24 @@ void Console::EndProgress(int number)
     ShowProgress();
 }
 
-void Console::Summary(int corrected, int skipped, int correctedBefore, int failed)
+void Console::Summary(const QMap<PictureReport::Outcome, int> &counts)
 {
     if (!m_terminal)
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
-    const QString before =
-        correctedBefore > 0 ? QStringLiteral("%1 corrected before, ").arg(correctedBefore) : QString();
-    PrintError(QStringLiteral("%1 corrected, %2 skipped, %3%4 failed in %5 s\n")
-                   .arg(corrected)
-                   .arg(skipped)
-                   .arg(before)
-                   .arg(failed)
-                   .arg(seconds, 0, 'f', 1));
+    QStringList parts;
+    for (const auto outcome :
+         {PictureReport::Outcome::Corrected, PictureReport::Outcome::Planned, PictureReport::Outcome::Skipped,
+          PictureReport::Outcome::CorrectedBefore, PictureReport::Outcome::Failed}) {
+        const bool isRare =
+            outcome == PictureReport::Outcome::Planned || outcome == PictureReport::Outcome::CorrectedBefore;
+        if (!isRare || counts.value(outcome) > 0)
+            parts << QStringLiteral("%1 %2").arg(counts.value(outcome)).arg(NameOf(outcome));
+    }
+    QString text = QStringLiteral("%1 in %2 s").arg(parts.join(QLatin1String(", "))).arg(seconds, 0, 'f', 1);
+    if (const int corrected = counts.value(PictureReport::Outcome::Corrected); corrected > 1)
+        text += QStringLiteral(", %1 pictures a minute").arg(60.0 * corrected / qMax(seconds, 0.001), 0, 'f', 0);
+    PrintError(text + QLatin1Char('\n'));
 }
 
 void Console::ClearProgress()

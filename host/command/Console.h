@@ -1,6 +1,8 @@
 // Output of the program: results on standard output, everything else on standard error.
 #pragma once
 
+#include "PictureReport.h"
+
 #include <QElapsedTimer>
 #include <QMap>
 #include <QString>
@@ -34,7 +36,7 @@ public:
     void BeginProgress(int number, int count, const QString &file);
     void EndProgress(int number);
     /// Prints the last line of a run, only on a terminal.
-    void Summary(int corrected, int skipped, int correctedBefore, int failed);
+    void Summary(const QMap<PictureReport::Outcome, int> &counts);
 
 private:
     void ClearProgress();

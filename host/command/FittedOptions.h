@@ -16,6 +16,7 @@ struct FittedOptionRow {
     const char *name;  // without dashes
     const char *value; // null: a switch
     const char *help;
+    bool isFact = false; // of the picture, typed by the user
 };
 
 /// Returns the options in the order of the help text.

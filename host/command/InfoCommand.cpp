@@ -142,7 +142,7 @@ ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Co
             if (!problem.isEmpty())
                 return PictureSummary{ProfileFact({QString(), problem})};
         }
-        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), FitOptions()));
+        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), options.fit));
     };
     return ShowAll(options, application, find, console);
 }

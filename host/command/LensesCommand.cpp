@@ -9,6 +9,8 @@
 #include "app/SearchedFolders.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QMap>
 #include <QSet>
 #include <QStandardPaths>
@@ -44,14 +46,27 @@ public:
     {
         ++m_files;
         if (!profile.error.isEmpty())
-            m_faults += QStringLiteral("  %1: %2\n").arg(OneLine(profile.path), OneLine(profile.error));
+            m_faults.append({profile.path, profile.error});
         else
             m_lenses.insert(LensOf(profile.head));
     }
     QString Text() const
     {
-        return QStringLiteral("%1\n  %2 files for %3 lenses\n").arg(OneLine(m_folder)).arg(m_files).arg(m_lenses.size())
-            + m_faults;
+        QString text =
+            QStringLiteral("%1\n  %2 files for %3 lenses\n").arg(OneLine(m_folder)).arg(m_files).arg(m_lenses.size());
+        for (const auto &[path, error] : m_faults)
+            text += QStringLiteral("  %1: %2\n").arg(OneLine(path), OneLine(error));
+        return text;
+    }
+    QJsonObject Json() const
+    {
+        QJsonArray faults;
+        for (const auto &[path, error] : m_faults)
+            faults.append(QJsonObject{{QStringLiteral("path"), path}, {QStringLiteral("error"), error}});
+        return {{QStringLiteral("folder"), m_folder},
+                {QStringLiteral("files"), m_files},
+                {QStringLiteral("lenses"), m_lenses.size()},
+                {QStringLiteral("unreadable"), faults}};
     }
 
 private:
@@ -59,43 +74,93 @@ private:
     QString m_prefix; // of paths in the index, which are canonical
     int m_files = 0;
     QSet<QString> m_lenses;
-    QString m_faults;
+    QVector<QPair<QString, QString>> m_faults; // paths and errors
 };
+
+QString JsonLine(const QJsonObject &object)
+{
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
+}
+
+QVector<Place> PlacesOf(const QStringList &folders, const ProfileIndex &index)
+{
+    QVector<Place> places;
+    for (const QString &folder : folders) {
+        places.append(Place(folder));
+        for (const IndexedProfile &profile : index.Profiles()) {
+            if (places.last().Holds(profile))
+                places.last().Add(profile);
+        }
+    }
+    return places;
+}
 
 QString PlacesText(const QStringList &folders, const ProfileIndex &index)
 {
     QString text;
-    for (const QString &folder : folders) {
-        Place place(folder);
-        for (const IndexedProfile &profile : index.Profiles()) {
-            if (place.Holds(profile))
-                place.Add(profile);
-        }
+    const QVector<Place> places = PlacesOf(folders, index);
+    for (const Place &place : places)
         text += place.Text();
-    }
-    if (!text.isEmpty())
-        return text;
-    return QStringLiteral("no folder of profiles; %1/vitrelux/profiles is searched once it exists\n")
-        .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    if (places.isEmpty())
+        text = QStringLiteral("no folder of profiles; %1/vitrelux/profiles is searched once it exists\n")
+                   .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    return text + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount());
 }
 
-/// Returns each lens on a line, followed by its files.
-QString FoundText(const QStringList &words, const ProfileIndex &index)
+QString PlacesJson(const QStringList &folders, const ProfileIndex &index)
 {
-    QMap<QString, QStringList> found; // by lens
+    QString text;
+    const QVector<Place> places = PlacesOf(folders, index);
+    for (const Place &place : places)
+        text += JsonLine(place.Json());
+    return text
+        + JsonLine({{QStringLiteral("database"), QStringLiteral("lensfun")},
+                    {QStringLiteral("lenses"), LensfunDatabase::Instance().LensCount()}});
+}
+
+/// A lens, and the profiles that serve it; none of lensfun's.
+struct FoundLens {
+    QString name;
+    QStringList paths;
+};
+
+QVector<FoundLens> FindLenses(const QStringList &words, const ProfileIndex &index)
+{
+    QMap<QString, QStringList> byName;
     for (const IndexedProfile &profile : index.Profiles()) {
         const QString names = profile.head.lensNames.join(QLatin1Char('\n')) + QLatin1Char('\n') + profile.head.make
             + QLatin1Char('\n') + profile.head.model;
         if (profile.error.isEmpty() && HoldsAll(names, words))
-            found[OneLine(LensOf(profile.head))] << OneLine(profile.path);
+            byName[LensOf(profile.head)] << profile.path;
     }
-    QString text;
-    for (auto lens = found.cbegin(); lens != found.cend(); ++lens)
-        text += QStringLiteral("%1\n  %2\n").arg(lens.key(), lens->join(QLatin1String("\n  ")));
+    QVector<FoundLens> found;
+    for (auto lens = byName.cbegin(); lens != byName.cend(); ++lens)
+        found.append({lens.key(), *lens});
     QStringList titles = LensfunDatabase::Instance().Search(words);
     titles.sort();
     for (const QString &title : qAsConst(titles))
-        text += QStringLiteral("lensfun:%1\n").arg(OneLine(title));
+        found.append({QLatin1String("lensfun:") + title, {}});
+    return found;
+}
+
+/// One line per lens, with its files below.
+QString FoundText(const QVector<FoundLens> &found)
+{
+    QString text;
+    for (const FoundLens &lens : found) {
+        text += OneLine(lens.name) + QLatin1Char('\n');
+        for (const QString &path : lens.paths)
+            text += QStringLiteral("  %1\n").arg(OneLine(path));
+    }
+    return text;
+}
+
+QString FoundJson(const QVector<FoundLens> &found)
+{
+    QString text;
+    for (const FoundLens &lens : found)
+        text += JsonLine({{QStringLiteral("lens"), lens.name},
+                          {QStringLiteral("profiles"), QJsonArray::fromStringList(lens.paths)}});
     return text;
 }
 
@@ -122,15 +187,14 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
         console->Note(QString(),
                       QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMostProfiles));
     if (options.words.isEmpty()) {
-        console->Print(PlacesText(folders.Folders(), index)
-                       + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount()));
+        console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;
     }
-    const QString found = FoundText(options.words, index);
+    const QVector<FoundLens> found = FindLenses(options.words, index);
     if (found.isEmpty()) {
         console->Failure(QString(), QStringLiteral("no lens named \"%1\"").arg(options.words.join(QLatin1Char(' '))));
         return kSomeFailed;
     }
-    console->Print(found);
+    console->Print(options.json ? FoundJson(found) : FoundText(found));
     return kAllDone;
 }

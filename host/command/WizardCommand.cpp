@@ -3,9 +3,8 @@
 #include "Console.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PluginLoader.h"
-#include "app/SearchedFolders.h"
 #include "wizard/CorrectionWizard.h"
+#include "wizard/WizardPlugin.h"
 
 ExitCode RunWizard(const WizardOptions &options, Console *console)
 {
@@ -21,18 +20,12 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     application.MakeThumbnails();
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
-    const SearchedFolders folders(&application, options.lensPath);
-    if (!folders.Problem().isEmpty()) {
-        console->Failure(QString(), folders.Problem());
-        return kSomeFailed;
-    }
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted);
-    if (!plugin.Process()) {
+    WizardPlugin plugin(&application, options.plugin, options.lensPath, &guard);
+    if (!plugin.Problem().isEmpty()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    FittedCorrection correction(folders.Folders(), &application, &guard);
-    CorrectionWizard wizard(&application, plugin.Process(), &correction, &guard);
+    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
     QStringList files = options.files;
     for (QString &file : files) {
         if (file.startsWith(QLatin1Char(':'))) // not a Qt resource

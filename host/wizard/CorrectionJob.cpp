@@ -27,7 +27,7 @@ public:
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files)
 {
     std::vector<JobPicture> pictures;
-    for (const PlannedPicture &planned : PlanOutputs(files, QString())) {
+    for (const PlannedPicture &planned : PlanOutputs(Named(files), {})) {
         const ImageDef &image = *application->ImageOf(planned.picture);
         JobPicture picture;
         picture.planned = planned;
@@ -83,15 +83,15 @@ CorrectionJob::Result CorrectionJob::Correct(const JobPicture &picture) const
 {
     gflClearWarningText();
     const FittedCorrection::Result result =
-        m_correction->Run(m_process, picture.planned, {picture.parameters, Corrections(), FitOptions()}, m_existing);
+        m_correction->Run(m_process, picture.planned, {picture.parameters, Corrections(), FitOptions()}, {m_existing});
     switch (result.outcome) {
     case FittedCorrection::Outcome::Kept: // the output is not from this run
         return {PictureOutcome::Kept, QString(), QString()};
     case FittedCorrection::Outcome::DoneBefore:
-        return {PictureOutcome::DoneBefore, result.note, QString()};
+        return {PictureOutcome::DoneBefore, result.why, QString()};
     case FittedCorrection::Outcome::NoProfile:
         return {PictureOutcome::Failed,
-                tr("No lens profile was chosen, and none was found for this picture: %1").arg(result.note), QString()};
+                tr("No lens profile was chosen, and none was found for this picture: %1").arg(result.why), QString()};
     default:
         break;
     }

@@ -43,7 +43,7 @@ constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbna
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
 
-/// Returns the suffixes of pictures, for dialog and folders; other files can be added too.
+/// Returns the name patterns of pictures, for the dialog and for folders; other files can be added too.
 QStringList PictureNames()
 {
     QStringList names;
@@ -51,22 +51,6 @@ QStringList PictureNames()
         for (const QString &suffix : QString::fromLatin1(format->Suffixes).split(QLatin1Char(' ')))
             names << QLatin1Char('*') + suffix;
     return names;
-}
-
-/// Replaces folders by the pictures in them.
-QStringList Expanded(const QStringList &files)
-{
-    QStringList all;
-    for (const QString &file : files) {
-        if (!QFileInfo(file).isDir()) {
-            all << file;
-            continue;
-        }
-        const QFileInfoList found = QDir(file).entryInfoList(PictureNames(), QDir::Files, QDir::Name);
-        for (const QFileInfo &info : found)
-            all << info.filePath();
-    }
-    return all;
 }
 
 } // namespace
@@ -152,7 +136,8 @@ void PicturesPage::SetUpFraming()
 void PicturesPage::Add(const QStringList &files)
 {
     QStringList known = Files();
-    const QVector<PlannedPicture> plan = PlanOutputs(Expanded(files), QString()); // for the absolute names
+    const QVector<PlannedPicture> plan =
+        PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
     for (const PlannedPicture &planned : plan) {
         if (known.contains(planned.picture))
             continue;

@@ -11,16 +11,17 @@ namespace {
 /// Settings of raw converters, and their stored variants.
 constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 
-/// Properties of the source's file. The structure of the new one is in its own tags. An extended packet is not carried,
-/// so nothing may point to it.
+/// Properties of the source's file. The structure of the new one is in its own tags. Exiv2 doesn't read the extended
+/// packets of a JPEG, so they are not carried, and nothing may point to them.
 struct FileProperty {
     std::string_view prefix, name;
 };
+constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // of a JPEG, in further segments
 constexpr FileProperty kOfFile[] = {
     {"tiff", "BitsPerSample"},          {"tiff", "Compression"},         {"tiff", "PhotometricInterpretation"},
     {"tiff", "SamplesPerPixel"},        {"tiff", "PlanarConfiguration"}, {"tiff", "YCbCrSubSampling"},
     {"tiff", "YCbCrPositioning"},       {"tiff", "NativeDigest"},        {"exif", "NativeDigest"},
-    {"exif", "CompressedBitsPerPixel"}, {"xmp", "Thumbnails"},           {"xmpNote", "HasExtendedXMP"},
+    {"exif", "CompressedBitsPerPixel"}, {"xmp", "Thumbnails"},           kExtended,
 };
 
 template <class Drop> void Remove(Exiv2::XmpData *xmp, Drop drop)
@@ -41,12 +42,16 @@ bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
 }
 
 /// Parts of a structure or an array are called after it: "Thumbnails[1]/xmpGImg:image".
-bool IsOfFile(const Exiv2::Xmpdatum &datum)
+bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
 {
     const std::string tag = datum.tagName();
-    const std::string name = tag.substr(0, tag.find_first_of("[/"));
+    return datum.groupName() == property.prefix && tag.substr(0, tag.find_first_of("[/")) == property.name;
+}
+
+bool IsOfFile(const Exiv2::Xmpdatum &datum)
+{
     return std::any_of(std::begin(kOfFile), std::end(kOfFile),
-                       [&](const FileProperty &one) { return one.prefix == datum.groupName() && one.name == name; });
+                       [&](const FileProperty &one) { return IsNamed(datum, one); });
 }
 
 bool SaysApplied(const Exiv2::XmpData &xmp)
@@ -64,6 +69,8 @@ void SetIfThere(const char *key, long value, Exiv2::XmpData *xmp)
 
 void MakeTrue(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xmp)
 {
+    if (std::any_of(xmp->begin(), xmp->end(), [](const Exiv2::Xmpdatum &one) { return IsNamed(one, kExtended); }))
+        Warn("metadata is left out: the part of the XMP that does not fit into one segment of the JPEG");
     if (!SaysApplied(*xmp))
         Remove(xmp, IsDevelopSetting);
     Remove(xmp, IsOwnRecord);

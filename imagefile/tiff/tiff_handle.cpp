@@ -2,19 +2,12 @@
 
 #include "core/image_limits.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
+#include <new>
 
 namespace imagefile {
-
-namespace {
-
-// libtiff counts a custom value before the list of them has grown. Where memory for that is missing, it says this, and
-// any later look at the list reads past its end, even in TIFFClose.
-constexpr char kListTooShort[] = "%s: Failed to allocate space for list of custom values";
-
-} // namespace
 
 struct TiffHandle::Client {
     const Source *source = nullptr; // exactly one of the two
@@ -22,6 +15,7 @@ struct TiffHandle::Client {
     std::uint64_t position = 0;
     Status sinkFailure = Status::Ok();
     char firstError[256] = ""; // of fixed size: nothing may be thrown while libtiff reports an error
+    bool requiresMemory = false;
     bool isUnusable = false;
 
     static Client *Of(thandle_t handle) { return static_cast<Client *>(handle); }
@@ -70,14 +64,18 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
     return client->source ? client->source->Size() : client->sink->Size();
 }
 
-// Errors only: libtiff warns about many harmless things. Throws where libtiff must not go on; its frames hold nothing
-// but memory, which is lost.
+// Errors only: libtiff warns about many harmless things.
+//
+// Where its list of known or of custom fields can't grow, libtiff 4.5 keeps the new count with the old list or with
+// none, and then goes on to read it, even in TIFFClose. So it must not go on, nor be closed: an exception leaves it
+// here.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
+    const bool isMemoryShort = errno == ENOMEM; // from malloc()
     auto *client = static_cast<Client *>(data);
     if (client->firstError[0] == '\0')
         std::vsnprintf(client->firstError, sizeof client->firstError, format, arguments);
-    if (std::strcmp(format, kListTooShort) == 0) {
+    if (client->requiresMemory && isMemoryShort) {
         client->isUnusable = true;
         throw std::bad_alloc();
     }
@@ -90,6 +88,17 @@ TiffHandle::~TiffHandle()
 {
     if (m_tiff && !m_client->isUnusable)
         TIFFClose(m_tiff);
+}
+
+bool TiffHandle::RequireMemory(const std::function<bool()> &step) const
+{
+    m_client->requiresMemory = true;
+    errno = 0;
+    const bool result = step();
+    m_client->requiresMemory = false;
+    if (errno == ENOMEM)
+        throw std::bad_alloc();
+    return result;
 }
 
 Status TiffHandle::OpenForReading(const Source &source)

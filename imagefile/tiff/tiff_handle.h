@@ -4,16 +4,14 @@
 #include "core/sink.h"
 #include "core/source.h"
 
-#include <cerrno>
+#include <functional>
 #include <memory>
-#include <new>
 #include <tiffio.h>
 
 namespace imagefile {
 
-/// An open TIFF. The destructor closes it; nothing is printed, not even by closing. Where memory runs out while libtiff
-/// lists a field, std::bad_alloc is thrown, nothing can be called any more, and libtiff's memory is lost: a few KB and
-/// the fields so far.
+/// An open TIFF. The destructor closes it; nothing is printed, not even by closing. If opening or setting fields throws
+/// std::bad_alloc, the handle is of no further use; libtiff's memory for it, mostly some KB, may be lost.
 class TiffHandle {
 public:
     TiffHandle();
@@ -23,14 +21,7 @@ public:
 
     /// Runs @p step, which opens a directory or sets fields, and returns its result. Throws std::bad_alloc if memory
     /// ran out in it: libtiff goes on without the field, or with a field that has no values.
-    template <class Step> static auto RequireMemory(Step step)
-    {
-        errno = 0;
-        auto result = step();
-        if (errno == ENOMEM)
-            throw std::bad_alloc();
-        return result;
-    }
+    bool RequireMemory(const std::function<bool()> &step) const;
 
     /// Opens the first directory. The source must outlive the handle.
     Status OpenForReading(const Source &source);

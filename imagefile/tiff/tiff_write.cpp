@@ -260,11 +260,13 @@ Status Writer::Write()
         return status;
     if (Status status = exif.WriteHead(m_sink); !status)
         return status;
-    if (Status status = TiffHandle::RequireMemory([this] { return SetFields(); }); !status)
+    Status status = Status::Ok();
+    m_handle.RequireMemory([&] { return bool(status = SetFields()); });
+    if (!status)
         return status;
-    Status status = m_compression == COMPRESSION_NONE ? WritePlain()
-        : m_compression == COMPRESSION_LZW            ? WriteLzw()
-                                                      : WriteDeflate();
+    status = m_compression == COMPRESSION_NONE ? WritePlain()
+        : m_compression == COMPRESSION_LZW     ? WriteLzw()
+                                               : WriteDeflate();
     if (!status)
         return status;
     if (!TIFFWriteDirectory(Tiff()))

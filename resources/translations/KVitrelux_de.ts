@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>Nicht korrigiert: %1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Profil automatisch finden</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

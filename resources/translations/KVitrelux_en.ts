@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>Not corrected: %1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Find the profile automatically</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>Non corrigé : %1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Trouver le profil automatiquement</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>補正されていません：%1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>プロファイルを自動的に探す</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>Nie skorygowano: %1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Znajdź profil automatycznie</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

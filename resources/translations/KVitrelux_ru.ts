@@ -222,6 +222,10 @@
         <source>Not corrected: %1</source>
         <translation>Не исправлено: %1</translation>
     </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Найти профиль автоматически</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

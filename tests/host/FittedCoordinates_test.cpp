@@ -326,7 +326,7 @@ void FittedCoordinatesTest::everyPixelComesFromItsPlace()
     double worst = 0.0, worstGain = 0.0;
     QString where;
     int compared = 0, pixels = 0;
-    const int step = qMax(1, size.width() / 150);
+    const int step = qMax(1, size.width() / 75);
     for (int y = 0; y < size.height(); y += step) {
         for (int x = 0; x < size.width(); x += step) {
             ++pixels;

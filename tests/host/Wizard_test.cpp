@@ -6,8 +6,8 @@
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
-#include "app/SearchedFolders.h"
 #include "wizard/RunPage.h"
+#include "wizard/WizardPlugin.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -164,11 +164,11 @@ private:
         return rows;
     }
     /// Starts with pictures of these names; missing ones are created.
-    void Show(KIPluginOne2One *process, const QString &names, const QStringList &folders = {})
+    void Show(KIPluginOne2One *process, const QString &names, FittedCorrection *correction = nullptr)
     {
         m_wizard.reset(); // returns the page
-        m_correction = std::make_unique<FittedCorrection>(folders, m_host, g_guard);
-        m_wizard = std::make_unique<CorrectionWizard>(m_host, process, m_correction.get(), g_guard);
+        m_wizard =
+            std::make_unique<CorrectionWizard>(m_host, process, correction ? correction : &m_correction, g_guard);
         for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QString path = m_dir->filePath(name);
             if (!QFile::exists(path))
@@ -183,7 +183,7 @@ private:
     HostApplication *m_host = static_cast<HostApplication *>(qApp);
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<StandInProcess> m_process;
-    std::unique_ptr<FittedCorrection> m_correction;
+    FittedCorrection m_correction{{}, m_host, g_guard};
     std::unique_ptr<CorrectionWizard> m_wizard;
     QUrl m_opened;
 };
@@ -394,6 +394,7 @@ void tst_Wizard::realPluginFits()
         {"found.jpg", {kLens, "50/1", "8/1"}},
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
         {"before.jpg", {kLens, "50/1", "8/1", true}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
     };
     for (const auto &[name, told] : pictures) {
         WriteJpeg(Path(name), 60, 40);
@@ -401,11 +402,10 @@ void tst_Wizard::realPluginFits()
     }
     const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
     WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
-    const SearchedFolders folders(m_host, Path("lenses"));
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
-    QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
-    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
-    Show(plugin.Process(), "found.jpg none.jpg before.jpg"_s, folders.Folders());
+    QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), g_guard).Problem().contains("gone"_s));
+    WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), g_guard);
+    QCOMPARE(plugin.Problem(), QString());
+    Show(plugin.Process(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
@@ -420,11 +420,14 @@ void tst_Wizard::realPluginFits()
     QVERIFY2(rows[1].startsWith("none.jpg|Failed: No lens profile"_s) && rows[1].contains("; nearest: "_s),
              qPrintable(rows[1]));
     QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
-    QCOMPARE(Find<QLabel>("state")->text(), "1 picture corrected, 1 corrected before, 1 failed"_s);
+    QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
     for (const auto &[name, told] : pictures) {
         const QDomElement record = plugin.Process()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
+        const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
+        QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
     }
     m_wizard.reset(); // ahead of the plug-in
 }

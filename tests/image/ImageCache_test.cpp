@@ -250,6 +250,7 @@ void tst_ImageCache::startWithHost()
     KImageCache shared;
     ImageDatas settings;
     for (KImageCache *cache : {static_cast<KImageCache *>(nullptr), &shared}) {
+        const Case named(cache ? "with the host's cache" : "without");
         KTools::init(nullptr);
         KImageInstances host = {&KTools::ms_instances, cache, &settings};
         KImage::init(&host);

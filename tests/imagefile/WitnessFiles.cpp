@@ -1,7 +1,8 @@
 // Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
 // Sources are NAME.source.jpg or NAME.read.heic and so on, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff,
-// .png and .psd hold the same pixels.
+// .png and .psd hold the same pixels. sensor.dng is a camera raw file without metadata.
 #include "Bitmaps.h"
+#include "DngFile.h"
 #include "NoteFile.h"
 
 #include <cstdio>
@@ -59,6 +60,9 @@ int main(int count, char **arguments)
                     == GFL_NO_ERROR
                 && done;
         }
+    done = WriteBytes(QString::fromLocal8Bit(arguments[1]) + QLatin1String("/sensor.dng"),
+                      DngFile(QSize(240, 160), {0.2, 0.4, 0.3}))
+        && done;
     for (int i = 2; i < count; ++i)
         done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
     if (!done)

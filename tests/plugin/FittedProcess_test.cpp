@@ -59,7 +59,7 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// Both coordinates, 0 to 1 over the picture: y in the channels of @p yChannels, x in the others.
+/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
@@ -130,6 +130,8 @@ private Q_SLOTS:
     void previewGain();
     void gainIsOfLight_data();
     void gainIsOfLight();
+    void grayStaysGray_data();
+    void grayStaysGray();
 
 private:
     void *Record(const Options &options);
@@ -162,8 +164,19 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     return path;
 }
 
-// A picture of 1500 x 1001 reduced to 301 x 200, which scales both sides apart: where its pixels come from, beside
-// where those of the whole picture do.
+TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &shot, const Options &options)
+{
+    const QString path = Put(source, shot);
+    void *record = Record(options);
+    QString output;
+    m_process.Process(path, record, output);
+    m_assumed = m_process.GetXmlParameters(record).attribute("Assumed"_s);
+    m_process.FreeParameters(record);
+    return ReadTiff(output);
+}
+
+// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
+// those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
@@ -276,7 +289,7 @@ void tst_FittedProcess::gainIsOfLight()
     const double power = gamma > 0.0 ? gamma : 1.0;
     const Curve toLight = isSrgb ? Curve(SrgbToLight) : [=](double v) { return std::pow(v, power); };
     const Curve toStored = isSrgb ? Curve(LightToSrgb) : [=](double light) { return std::pow(light, 1.0 / power); };
-    // Columns of black, two greys and white; light alone moves nothing.
+    // Columns of black, two grays and white; the gain moves no pixel.
     const double white = bits == 8 ? 255.0 : bits == 16 ? 65535.0 : 1.0;
     const double levels[] = {0.0, 0.1, 0.45, 1.0};
     const QSize size(300, 200);
@@ -306,6 +319,37 @@ void tst_FittedProcess::gainIsOfLight()
         }
     const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables to 1/60,000 of the value
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
+}
+
+void tst_FittedProcess::grayStaysGray_data()
+{
+    QTest::addColumn<int>("bits");
+    for (int bits : {8, 16, 32})
+        QTest::addRow("%d bits", bits) << bits;
+}
+
+void tst_FittedProcess::grayStaysGray()
+{
+    QFETCH(const int, bits);
+    const QSize size(300, 200);
+    const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
+    TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            source.At(x, y, 0) = float(x / right * white);
+    const Shot shot{{SmallEntry()}};
+    constexpr double kZoom = 1.2; // nothing stays empty
+    const TiffRaster result = Corrected(source, shot, Options{{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
+    QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
+    QVERIFY(result.channels == 1 && result.bits == bits);
+    double worst = 0.0;
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            const OraclePlaces at = OracleAt({{shot.entries[0], 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
+            worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
+        }
+    // Rounding of source and result, and 0.01 px.
+    QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
 int main(int argc, char **argv)

@@ -1,4 +1,5 @@
 // Profiles in all spellings: each gives the same entries, and problems are reported with their line.
+#include "Case.h"
 #include "LensProfile.h"
 #include "SpelledProfile.h"
 #include "XmlLimits.h"
@@ -99,10 +100,10 @@ QList<SpelledNode> Entries()
 QByteArray Small(const QByteArray &elements, const QByteArray &model)
 {
     return "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'\n"
-           " xmlns:s='http://ns.adobe.com/photoshop/1.0/camera-profile'><r:Seq>\n"
+           " xmlns:s='http://ns.adobe.com/photoshop/1.0/camera-profile'><CameraProfiles><r:Seq>\n"
            "<r:li r:parseType='Resource'>\n<s:FocalLength>50</s:FocalLength><s:ImageWidth>6000</s:ImageWidth>\n"
            "<s:ImageLength>4000</s:ImageLength><s:SensorFormatFactor>1</s:SensorFormatFactor>\n"
-        + elements + "<s:PerspectiveModel>" + model + "</s:PerspectiveModel></r:li></r:Seq></r:RDF>";
+        + elements + "<s:PerspectiveModel>" + model + "</s:PerspectiveModel></r:li></r:Seq></CameraProfiles></r:RDF>";
 }
 
 QByteArray Value(const char *name, const char *value)
@@ -131,6 +132,7 @@ void tst_LensProfile::everySpellingReadsTheSame()
 {
     QString first;
     for (int i = 0; i < kSpellings; ++i) {
+        const Case named("spelling", i);
         QString error;
         const LensProfile profile = ParseLensProfile(SpelledProfile(Entries(), Spelling(i)), QString(), &error);
         QVERIFY2(profile.entries.size() == 3, qPrintable(QStringLiteral("spelling %1: %2").arg(i).arg(error)));
@@ -197,6 +199,8 @@ void tst_LensProfile::oddities_data()
                   + kRadial),
         7, "second VignetteModel");
     row("no frame", Small(Value("ImageWidth", "0"), kRadial), 6, "ImageWidth is \"0\"");
+    row("a frame too small to divide by", Small(Value("SensorFormatFactor", "1e-300"), kRadial), 6,
+        "not a number from");
     row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial), 6, "FocalLengthX is 0");
     row("aperture that is none", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
     row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "possible", true);
@@ -251,12 +255,16 @@ void tst_LensProfile::refused_data()
     row("empty", "", "not a whole XML document");
     row("cut off", whole.left(whole.size() - 20), "not a whole XML document: line 7");
     row("no entries", "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><r:Seq/></r:RDF>", "no entry");
+    row("outside the profiles",
+        QByteArray(whole).replace("<CameraProfiles>", "<CameraProfiles/><a>").replace("</CameraProfiles>", "</a>"),
+        "no entry");
     row("another namespace", QByteArray(whole).replace("camera-profile", "camera-profile2"), "can be used");
     row("an unknown prefix", QByteArray(whole).replace("xmlns:s=", "xmlns:z="), "line 4");
     row("entities", "<!DOCTYPE a [<!ENTITY b 'c'>]>" + whole, "entities");
     row("deep", QByteArray("<a>").repeated(kMaxXmlDepth + 1), "deeper");
     row("many elements", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes) + "</a>", "more than 500000");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), "FocalLength");
+    row("a focal length that is none", QByteArray(whole).replace("Length>50<", "Length>1e308<"), "FocalLength");
     row("all bad", Small("", Value("RadialDistortParam1", "inf")), "line 6");
 }
 

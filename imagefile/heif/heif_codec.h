@@ -40,9 +40,12 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns the turn that libheif applies: it can only apply all properties or none. None is exact, and possible for
-    /// any depth, but its crop works on planes of different size and is better left to it.
-    HeifTurn AppliedTurn() const { return m_properties.isCropped ? m_properties.turn : HeifTurn(); }
+    /// Returns whether libheif is to crop and turn: it can only do all of that or nothing. Nothing is exact, and
+    /// possible for any depth (it mirrors only 8 bits), but then it fails where opacity is turned, or cropped from
+    /// another size.
+    bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
+    /// Returns the turn of the decoded picture against the stored one.
+    HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }
     Status PassOn(const heif_image &image, RowSink *rows) const;
     void TakeBlock(heif_item_id id, Metadata *metadata) const;
     void TakeColors(Metadata *metadata) const;

@@ -51,6 +51,32 @@ bool IsReducedGray(const heif_image &image)
     return isKnown && found && found->full_range_flag == 0;
 }
 
+// Returns whether libheif ignores the picture's opacity: it compares the sizes as shown, but some writers (avifenc
+// 0.11) turn only the colors.
+bool LosesOpacity(const heif_image_handle *picture)
+{
+    if (heif_image_handle_has_alpha_channel(picture))
+        return false;
+    heif_item_id ids[4];
+    const int count = heif_image_handle_get_list_of_auxiliary_image_IDs(picture, 0, ids, std::size(ids));
+    for (int i = 0; i < count; ++i) {
+        heif_image_handle *found = nullptr;
+        if (heif_image_handle_get_auxiliary_image_handle(picture, ids[i], &found).code != heif_error_Ok)
+            continue;
+        const HeifHandle auxiliary(found);
+        const char *type = nullptr;
+        const bool isKnown = heif_image_handle_get_auxiliary_type(found, &type).code == heif_error_Ok && type;
+        const bool isOpacity = isKnown
+            && (std::strcmp(type, "urn:mpeg:mpegB:cicp:systems:auxiliary:alpha") == 0
+                || std::strcmp(type, "urn:mpeg:hevc:2015:auxid:1") == 0);
+        if (isKnown)
+            heif_image_handle_free_auxiliary_types(found, &type);
+        if (isOpacity)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 Status HeifFile::Decode(HeifImage *image)
@@ -59,7 +85,7 @@ Status HeifFile::Decode(HeifImage *image)
         heif_decoding_options_alloc());
     if (!options)
         return Status::Fail(GFL_ERROR_NO_MEMORY, "HEIF: not enough memory");
-    options->ignore_transformations = !m_properties.isCropped;
+    options->ignore_transformations = !IsShown();
     options->strict_decoding = 1;
     const bool isGray = m_form.channels == 1, hasAlpha = m_form.channels == 4;
     const heif_chroma small = hasAlpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
@@ -110,6 +136,8 @@ Status HeifFile::PassOn(const heif_image &image, RowSink *rows) const
 
 Status HeifFile::ReadPixels(RowSink *rows)
 {
+    if (LosesOpacity(m_handle.get()))
+        Warn("opacity is left out: it is not turned like the colors, which libheif doesn't read");
     HeifImage image;
     if (Status status = Decode(&image); !status)
         return status;

@@ -16,6 +16,7 @@ struct Spec {
     bool isFullRange = true;
     bool isBlended = false; // colors multiplied by opacity
     int primaries = 1, curve = 13;
+    bool inGrid = false; // of one tile, instead of a crop
 
     int Greatest() const { return (1 << bits) - 1; }
     /// Returns any function of the position; the opacity goes through all quarters, the color no further than it.
@@ -81,7 +82,7 @@ QByteArray Encode(const Spec &spec, const Blocks &blocks = {})
     colors->full_range_flag = spec.isFullRange;
     heif_image_set_nclx_color_profile(image, colors);
     heif_encoding_options *options = heif_encoding_options_alloc();
-    options->macOS_compatibility_workaround = 0;
+    options->macOS_compatibility_workaround = spec.inGrid;
     options->image_orientation = heif_orientation(spec.orientation);
     heif_image_handle *handle = nullptr;
     const heif_error error = heif_context_encode_image(context, image, encoder, options, &handle);
@@ -130,6 +131,7 @@ private Q_SLOTS:
     void readsWhatLibheifWrites();
     void orientations();
     void metadata();
+    void opacityThatIsNotTurned();
     void damaged();
 };
 
@@ -173,18 +175,22 @@ void tst_Heif::readsWhatLibheifWrites()
 // Pixels stay as stored; the orientation is what libheif applies, not what EXIF says.
 void tst_Heif::orientations()
 {
-    for (auto coder : {heif_compression_AV1, heif_compression_HEVC})
+    const Spec forms[] = {{heif_compression_AV1, 12, 3}, {heif_compression_AV1, 8, 4}, {heif_compression_HEVC, 8, 4}};
+    for (Spec spec : forms)
         for (int orientation = 1; orientation <= 8; ++orientation) {
-            const Spec spec = {coder, coder == heif_compression_AV1 ? 12 : 8, 3, {67, 50}, orientation};
+            spec.size = {67, 50};
+            spec.orientation = orientation;
             for (bool hasExif : {false, true}) {
+                spec.inGrid = hasExif && spec.coder == heif_compression_HEVC;
                 QByteArray file = Encode(spec, {{}, {}, hasExif ? SomeBlocks(5).exif : QByteArray()});
-                if (hasExif && coder == heif_compression_AV1 && (orientation == 6 || orientation == 8))
+                if (hasExif && spec.channels == 3 && (orientation == 6 || orientation == 8))
                     file = SizeBeforeTurn(file);
                 const BitmapPtr read =
                     LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA | GFL_LOAD_ORIGINAL_DEPTH));
                 QVERIFY2(read, gflLastErrorText());
                 const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
                 QCOMPARE(Difference(*read, expected, 0.501 / 65535), QString());
+                QCOMPARE(ChannelsOf(read->Type), spec.channels);
                 const bool isTold = hasExif || orientation != 1;
                 QCOMPARE(BlocksOf(*read).exif, isTold ? SomeBlocks(orientation).exif : QByteArray());
             }
@@ -209,6 +215,20 @@ void tst_Heif::metadata()
         QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
         QVERIFY2(QByteArray(gflLastWarningText()).contains("taken for sRGB") == row.isWarned, row.name);
     }
+}
+
+// As avifenc 0.11 writes it; libheif 1.15 takes such opacity for one of another size.
+void tst_Heif::opacityThatIsNotTurned()
+{
+    QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});
+    const int size = file.indexOf("ispe") + 8,
+              order = file.indexOf("\x82\3\4\x85\x86"); // of the opacity, which comes first
+    QVERIFY(order > 0);
+    file.replace(size, 8, BigEndian(64, 4) + BigEndian(48, 4)).replace(order + 1, 1, "\5"); // no turn
+    gflClearWarningText();
+    const BitmapPtr read = LoadFromMemory(file);
+    QVERIFY2(read && read->Type == GFL_RGB, gflLastErrorText());
+    QVERIFY(QByteArray(gflLastWarningText()).contains("opacity"));
 }
 
 void tst_Heif::damaged()

@@ -3,8 +3,8 @@
 #include "Case.h"
 #include "KOmp.h"
 #include "KTools.h"
-#include "PictureFiles.h"
 #include "Threads.h"
+#include "WrittenPictures.h"
 
 #include <QDirIterator>
 #include <QtTest>

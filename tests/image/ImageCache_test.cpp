@@ -2,8 +2,8 @@
 #include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
-#include "PictureFiles.h"
 #include "Thrown.h"
+#include "WrittenPictures.h"
 
 #include <QDirIterator>
 #include <QtTest>

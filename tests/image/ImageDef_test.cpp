@@ -1,8 +1,8 @@
 // Descriptions of files: refusals, settings, thumbnails, identity, and reloading.
 #include "Case.h"
 #include "DngFile.h"
-#include "PictureFiles.h"
 #include "Thrown.h"
+#include "WrittenPictures.h"
 
 #include <QFileInfo>
 #include <QtTest>

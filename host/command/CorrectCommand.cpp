@@ -59,9 +59,9 @@ public:
 private:
     void Work(KIPluginOne2One *process);
     void WorkOn(KIPluginOne2One *process, int number);
-    Outcome One(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome One(KIPluginOne2One *process, const PlannedPicture &planned, QString *note);
     Outcome Plain(KIPluginOne2One *process, const PlannedPicture &planned);
-    Outcome Fitted(KIPluginOne2One *process, const PlannedPicture &planned);
+    Outcome Fitted(KIPluginOne2One *process, const PlannedPicture &planned, QString *note);
     QString ProfileOf(const PlannedPicture &planned);
     const ProfileUse &UseOf(const QString &profile);
     Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
@@ -149,15 +149,20 @@ void CorrectRun::Work(KIPluginOne2One *process)
 void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
+    bool isCorrected = false; // what is left is to tell it
     try {
         gflClearWarningText();
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
-        const Outcome outcome = One(process, planned);
+        QString note;
+        const Outcome outcome = One(process, planned, &note);
+        isCorrected = outcome == Outcome::Corrected;
         const QString warning = QString::fromUtf8(gflLastWarningText());
         const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!note.isEmpty())
+            m_console->Note(planned.asNamed, note);
         m_console->EndProgress(number);
         if (outcome == Outcome::Corrected)
             m_console->PrintName(planned.output);
@@ -168,12 +173,13 @@ void CorrectRun::WorkOn(KIPluginOne2One *process, int number)
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
-        m_console->Failure(planned.asNamed, why);
+        m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
         ++m_failed;
     }
 }
 
-Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
+/// @param note  receives one to tell with the outcome.
+Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned, QString *note)
 {
     if (planned.repeated)
         return Outcome::Skipped;
@@ -187,7 +193,7 @@ Outcome CorrectRun::One(KIPluginOne2One *process, const PlannedPicture &planned)
     const QString problem = m_application->ProblemOf(planned.picture);
     if (!problem.isEmpty())
         Fail(problem);
-    return m_fitted ? Fitted(process, planned) : Plain(process, planned);
+    return m_fitted ? Fitted(process, planned, note) : Plain(process, planned);
 }
 
 Outcome CorrectRun::Plain(KIPluginOne2One *process, const PlannedPicture &planned)
@@ -206,7 +212,7 @@ Outcome CorrectRun::Plain(KIPluginOne2One *process, const PlannedPicture &planne
     return result == RunResult::Written ? Outcome::Corrected : Outcome::Skipped;
 }
 
-Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &planned)
+Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &planned, QString *note)
 {
     if (!m_folders->Problem().isEmpty())
         Fail(m_folders->Problem());
@@ -218,10 +224,7 @@ Outcome CorrectRun::Fitted(KIPluginOne2One *process, const PlannedPicture &plann
     const ImageDef *image = m_application->ImageOf(planned.picture);
     const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
     const FittedCorrection::Result result = m_fitted->Run(process, planned);
-    if (!result.note.isEmpty()) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->Note(planned.asNamed, result.note);
-    }
+    *note = result.note;
     switch (result.outcome) {
     case FittedCorrection::Outcome::Written:
         return Outcome::Corrected;

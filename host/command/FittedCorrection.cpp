@@ -58,11 +58,13 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
         element.setAttribute(name, text);
     const ParameterRecord record(process, element);
     try {
-        const RunResult result = RunPicture(m_application, process, record, planned, m_options.existing, m_guard,
-                                            [&] { RequireAsked(ReportOf(process, record), planned.picture); });
-        const Report report = ReportOf(process, record);
-        const QString note = QStringLiteral("profile \"%1\"").arg(report.profile) + Labeled("entries", report.entries)
-            + Labeled("assumed", report.assumed) + Labeled("left out", report.why);
+        QString note;
+        const RunResult result = RunPicture(m_application, process, record, planned, m_options.existing, m_guard, [&] {
+            const Report report = ReportOf(process, record);
+            RequireAsked(report, planned.picture);
+            note = QStringLiteral("profile \"%1\"").arg(report.profile) + Labeled("entries", report.entries)
+                + Labeled("assumed", report.assumed) + Labeled("left out", report.why);
+        });
         return {result == RunResult::Written ? Outcome::Written : Outcome::Kept, note};
     } catch (const KException &) {
         const Report report = ReportOf(process, record);

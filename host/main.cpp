@@ -8,6 +8,7 @@
 #include "command/InfoCommand.h"
 #include "command/LensesCommand.h"
 #include "command/ProfileCommand.h"
+#include "command/ReportCommand.h"
 #include "command/WizardCommand.h"
 
 #include <QTextCodec>
@@ -42,6 +43,8 @@ int Run(const CommandLine &line, Console *console)
         return RunProfile(line.profile, console);
     case CommandLine::Action::ShowLenses:
         return RunLenses(line.lenses, console);
+    case CommandLine::Action::ShowReport:
+        return RunReport(line.report, console);
     case CommandLine::Action::ShowWizard:
         return RunWizard(line.wizard, console);
     case CommandLine::Action::PrintText:
@@ -57,11 +60,12 @@ int Run(const CommandLine &line, Console *console)
 /// Returns the names of files and folders on the command line.
 QStringList NamesIn(const CommandLine &line)
 {
-    QStringList names = line.correct.files + line.info.files + line.profile.files + line.wizard.files;
+    QStringList names =
+        line.correct.pictures.named + line.info.files + line.profile.files + line.report.files + line.wizard.files;
     for (const QString &name :
-         {line.correct.profile, line.correct.lensPath, line.correct.outputFolder, line.correct.plugin,
-          line.info.lensPath, line.info.plugin, line.lenses.lensPath, line.lenses.plugin, line.profile.picture,
-          line.profile.plot, line.wizard.lensPath, line.wizard.plugin}) {
+         {line.correct.pictures.listFile, line.correct.profile, line.correct.lensPath, line.correct.outputs.folder,
+          line.correct.plugin, line.info.lensPath, line.info.plugin, line.lenses.lensPath, line.lenses.plugin,
+          line.profile.picture, line.profile.plot, line.wizard.lensPath, line.wizard.plugin}) {
         if (!name.isEmpty())
             names << name;
     }

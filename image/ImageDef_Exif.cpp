@@ -3,6 +3,7 @@
 
 #include "CNumbers_p.h"
 #include "ExifTags.h"
+#include "FullFrame.h"
 #include "ImageDatas.h"
 
 #include <QRegExp>
@@ -13,8 +14,6 @@
 #include <memory>
 
 namespace {
-
-constexpr double kFrameDiagonalMm = 43.266615305567875; // of 36 x 24 mm
 
 /// Results of parsing the texts: the record, and the values that determine the focal length.
 struct Readings {
@@ -257,7 +256,8 @@ double RatioOfPlane(const Readings &readings)
         return 0.0;
     const float widthMm = readings.imageWidth * readings.planeUnitMm / readings.planeX;
     const float heightMm = readings.imageHeight * readings.planeUnitMm / readings.planeY;
-    return FiniteOr(kFrameDiagonalMm / static_cast<double>(std::sqrt(widthMm * widthMm + heightMm * heightMm)), 0.0);
+    return FiniteOr(kFullFrameDiagonalMm / static_cast<double>(std::sqrt(widthMm * widthMm + heightMm * heightMm)),
+                    0.0);
 }
 
 /// Determines ratio and 35 mm focal length: from the camera's value, else the table of cameras, else the focal plane.

@@ -4,7 +4,9 @@
 #include "KException.h"
 #include "gfl.h"
 
+#include <QPair>
 #include <QString>
+#include <QVector>
 
 #include <functional>
 #include <string>
@@ -42,8 +44,7 @@ struct KImageInstances {
 /// Bitmap" (this image is empty or of a form the operation doesn't support), "Invalid Parameter" (an argument is wrong)
 /// and "Not enough memory".
 ///
-/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit throughout; a row holds up to 4
-/// GiB.
+/// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
 public:
     KImage();
@@ -93,9 +94,8 @@ public:
 
     /// Sets both resolutions, dots per inch, to the low 16 bits of @p dpi.
     void SetDPI(int dpi);
-    /// Checks all channels of a float image row by row. The first fault found decides: returns 1 for a value above 1e9,
-    /// -1 for a negative one, 2 for not-a-number; 0 for none. For other depths it reads the bytes as floats as far as
-    /// the rows reach.
+    /// Returns the first fault in the channels of a float image, row by row: 1 for a value above 1e9, -1 for a negative
+    /// one, 2 for NaN; 0 if there is none. For other depths it reads the rows' bytes as floats.
     int IntegrityValidation();
 
     /// Sets a callback for the module's log lines, once at start-up; Log does nothing without one.
@@ -104,15 +104,13 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Replaces the image by a file, converted to @p type at the file's depth; with @p thumbnail by its small version
-    /// that is cheapest to get.
+    /// Replaces the image by a file, as @p type at the file's depth; with @p thumbnail by its cheapest small version.
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
-    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw develops with the layer's
-    /// defaults, not with the settings.
+    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
     /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too; @p
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
@@ -127,9 +125,12 @@ public:
         /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
     };
-    /// Writes as Write of the whole picture does: same file, same failures. For "tiff" only.
+    /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
+    using EditRecord = QVector<QPair<QString, QString>>;
+    /// Writes the same file as Write of the whole picture, for "tiff" only. With a @p record it also gets the XMP of @p
+    /// metadataSource with these properties, and metadata for the edited picture (gflBitmapMarkEdited).
     static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
-                          const QString &metadataSource);
+                          const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
@@ -155,13 +156,11 @@ public:
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
 
-    /// Copies a rectangle into @p target at (targetX, targetY), converting form and depth. The rectangle must fit
-    /// there; CopyTo, Convert and BlendTo ensure it.
+    /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, converting form and depth.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
     /// Copies the whole image into @p target at (x, y), clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
-    /// Converts this image to another form in @p target. A target of the right shape keeps its block, even a wrapped
-    /// one.
+    /// Converts to another form in @p target. A target of the right shape keeps its block, even a wrapped one.
     void Convert(KImage &target, unsigned short type, int bitsPerComponent) const;
 
     /// Extracts one channel as a gray image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.

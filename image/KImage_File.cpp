@@ -14,6 +14,7 @@
 #include <exception>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -30,6 +31,20 @@ int CopyMetadata(GFL_BITMAP *source, GFL_BITMAP *target, GFL_SAVE_PARAMS &params
     if (gflBitmapHasICCProfile(source))
         params.Flags |= GFL_SAVE_ICC_PROFILE;
     return gflBitmapCopyMetadata(source, target);
+}
+
+/// Marks the bitmap about to be written as edited, unless the record is empty. @return the layer's error
+int MarkEdited(GFL_BITMAP *source, GFL_BITMAP *target, const KImage::EditRecord &record)
+{
+    if (record.isEmpty())
+        return GFL_NO_ERROR;
+    std::vector<std::pair<QByteArray, QByteArray>> texts;
+    for (const auto &[key, value] : record)
+        texts.emplace_back(key.toUtf8(), value.toUtf8());
+    std::vector<GFL_XMP_ITEM> items;
+    for (const auto &[key, value] : texts)
+        items.push_back({key.constData(), value.constData()});
+    return gflBitmapMarkEdited(target, source, items.data(), static_cast<std::uint32_t>(items.size()));
 }
 
 QString FormatName(const QString &format)
@@ -107,7 +122,7 @@ int FormatIndex(const QString &formatName)
 /// the layer's error.
 template <typename Save>
 void WriteBy(KImage &image, const QString &fileName, const QString &format, int compression,
-             const QString &metadataSource, Save save)
+             const QString &metadataSource, const KImage::EditRecord &record, Save save)
 {
     if (!image.m_bitmap)
         KThrow(kInvalidBitmap);
@@ -129,6 +144,7 @@ void WriteBy(KImage &image, const QString &fileName, const QString &format, int 
         const Bitmap source(loaded);
         image.CheckIfGFLError(error, metadataSource, KPlace());
         image.CheckIfGFLError(CopyMetadata(source.get(), image.m_bitmap, params), metadataSource, KPlace());
+        image.CheckIfGFLError(MarkEdited(source.get(), image.m_bitmap, record), metadataSource, KPlace());
     }
 
     params.FormatIndex = FormatIndex(formatName);
@@ -234,24 +250,25 @@ void KImage::ReadFromMemory(unsigned char *data, unsigned int size)
 void KImage::Write(QString fileName, QString format, int compression, QString metadataSource)
 {
     WriteBy(
-        *this, fileName, format, compression, metadataSource,
+        *this, fileName, format, compression, metadataSource, {},
         [this](const char *path, const GFL_SAVE_PARAMS &params) { return gflSaveBitmapUTF8(path, m_bitmap, &params); });
 }
 
 void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
-                       const QString &metadataSource)
+                       const QString &metadataSource, const EditRecord &record)
 {
     if (!IsWorkingType(rows.type) || !IsWorkingDepth(rows.bitsPerComponent))
         KThrow(kInvalidParameter);
     KImage shape(rows.width, /*height=*/1, rows.type, rows.bitsPerComponent, /*clear=*/false, nullptr, 0);
     shape.m_bitmap->Height = rows.height; // like the record of the whole picture; its pixels are never accessed
     RowsRequest request = {rows, nullptr};
-    WriteBy(shape, fileName, format, compression, metadataSource, [&](const char *path, const GFL_SAVE_PARAMS &params) {
+    const auto save = [&](const char *path, const GFL_SAVE_PARAMS &params) {
         const int error = gflSaveRowsUTF8(path, shape.m_bitmap, MakeRows, &request, &params);
         if (request.failure)
             std::rethrow_exception(request.failure);
         return error;
-    });
+    };
+    WriteBy(shape, fileName, format, compression, metadataSource, record, save);
 }
 
 void KImage::WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression)

@@ -2,12 +2,15 @@
 
 #include "exr/exr_codec.h"
 #include "hdr/hdr_codec.h"
+#include "heif/heif_codec.h"
 #include "jpeg/jpeg_codec.h"
+#include "jxl/jxl_codec.h"
 #include "metadata/metadata.h"
 #include "png/png_codec.h"
 #include "psd/psd_codec.h"
 #include "raw/raw_codec.h"
 #include "tiff/tiff_codec.h"
+#include "webp/webp_codec.h"
 
 #include <cstring>
 
@@ -38,6 +41,10 @@ constexpr Row kRows[] = {
     {{"hdri", "Radiance HDR", ".hdr .rgbe", "image/vnd.radiance", true}, HdrCodec},
     {{"psd", "Photoshop", ".psd .psb", "image/vnd.adobe.photoshop", true}, PsdCodec},
     {{"exr", "OpenEXR", ".exr", "image/x-exr", true}, ExrCodec},
+    {{"webp", "WebP", ".webp", "image/webp", false}, WebpCodec},
+    {{"avif", "AVIF", ".avif", "image/avif", false}, AvifCodec}, // before HEIF, whose brands it shares
+    {{"heif", "HEIC, HEIF", ".heic .heif .hif", "image/heif", false}, HeifCodec},
+    {{"jxl", "JPEG XL", ".jxl", "image/jxl", false}, JxlCodec},
 };
 
 const Row *RowAt(std::int32_t index)

@@ -142,8 +142,19 @@ GFL_API GFL_EXIF_DATA *gflBitmapGetEXIF(const GFL_BITMAP *bitmap, std::uint32_t 
 GFL_API GFL_EXIF_DATAEX *gflBitmapGetEXIF2(const GFL_BITMAP *bitmap);
 GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 
-/// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied.
+/// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied:
+/// see gflBitmapMarkEdited.
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
+/// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and makes its metadata
+/// true of the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
+///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF.
+///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
+///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
+///    record of ours (prefix vitrelux) is replaced.
+/// An XMP packet that can't be read, and the extended XMP of a JPEG, are left out with a warning. A key with an unknown
+/// prefix gives GFL_ERROR_BAD_PARAMETERS.
+GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
+                                std::uint32_t count);
 /// Replaces the profile of @p target by that of @p source, or by none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Replaces the block of @p target by a copy of @p data; null removes it.

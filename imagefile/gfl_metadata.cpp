@@ -10,6 +10,7 @@
 #include "metadata/iptc.h"
 #include "metadata/metadata.h"
 #include "metadata/tone_curves.h"
+#include "metadata/xmp_edit.h"
 #include "metadata_list.h"
 
 #include <algorithm>
@@ -190,6 +191,28 @@ int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target)
         if (const Owned<GFL_EXIF_DATAEX> exif(HasExif(*metadata) ? ExifRawBlock(*metadata) : nullptr, gflFreeEXIF2);
             exif)
             copy->exif = ExifOfRawList(*exif);
+        return Status::Ok();
+    });
+}
+
+int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items, std::uint32_t count)
+{
+    return Guarded([&] {
+        if (!target || !source || (!items && count > 0))
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "an argument is missing");
+        StartExiv2();
+        Exiv2::XmpData record;
+        try {
+            for (std::uint32_t i = 0; i < count; ++i)
+                record[items[i].Key] = Exiv2::XmpTextValue(items[i].Value);
+        } catch (const Exiv2::AnyError &error) {
+            return Status::Fail(GFL_ERROR_BAD_PARAMETERS, error.what());
+        }
+        const Metadata *metadata = MetadataOf(source);
+        Metadata *edited = MakeMetadata(target);
+        const PictureSize size = {target->Width, target->Height};
+        SetPixelSize(size, &edited->exif);
+        edited->xmp = EditedXmp(metadata ? metadata->xmp : Bytes(), record, size, edited->exif);
         return Status::Ok();
     });
 }

@@ -234,6 +234,12 @@ struct GFL_METADATA_LIST {
     GFL_METADATA_ITEM *ItemsList;
 };
 
+/// One simple XMP property to set; UTF-8 texts of the caller's.
+struct GFL_XMP_ITEM {
+    const char *Key;   // as Exiv2 spells it: "Xmp.crs.AlreadyApplied"; "vitrelux" is the prefix of our own record
+    const char *Value; // empty: removes the property
+};
+
 /// An image file format. The layer owns the texts.
 struct GFL_FORMAT {
     const char *Name;      // for gflGetFormatIndexByName: "tiff"

@@ -119,6 +119,7 @@ void AddXmp(const Bytes &packet, std::vector<Item> *to)
 {
     Exiv2::XmpData xmp;
     try {
+        const std::shared_lock lock(XmpNamespaces());
         Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
     } catch (const std::bad_alloc &) {
         throw;

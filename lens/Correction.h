@@ -14,7 +14,7 @@
 /// Beyond endRadius the map folds back or ends: such positions have no place and stay empty.
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
-    RadialCurve factor;                          // a scale factor of the model is part of it
+    RadialCurve factor;                          // includes the model's scale factor
     double tangential1 = 0.0, tangential2 = 0.0; // 1 / pixel: the model's term over its unit, times its scale factor
     double endRadius = std::numeric_limits<double>::infinity();
 };

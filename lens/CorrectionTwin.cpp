@@ -7,6 +7,8 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
+constexpr double kMostGain = 16.0;
+
 /// Applies @p map to @p from and updates the distance to the map's end in @p places.
 Point Mapped(const RadialMap &map, const Point &from, SourcePlaces *places)
 {
@@ -24,7 +26,7 @@ double GainAt(const GainMap &map, const Point &at, SourcePlaces *places)
 {
     const double dx = at.x - map.centerX, dy = at.y - map.centerY, squared = dx * dx + dy * dy;
     places->toEnd = std::min(places->toEnd, std::sqrt(map.gain.EndSquared()) - std::sqrt(squared));
-    return map.gain.AtSquared(squared);
+    return std::clamp(map.gain.AtSquared(squared), 1.0, kMostGain); // the cubic overshoots steep nodes
 }
 
 Point Framed(const Correction &correction, double x, double y)

@@ -14,14 +14,16 @@ constexpr double kGainTolerance = 5e-5;
 
 using Values = std::array<double, FittedPlaces::kPlanes>;
 
-/// The values of all planes at a pixel, positions relative to it.
+/// Returns the values of all planes at a pixel except roots; positions are relative to it.
 Values ValuesOf(const SourcePlaces &places, double x, double y)
 {
-    return {places.gain,      places.green.x - x, places.green.y - y, places.red.x - x,
-            places.red.y - y, places.blue.x - x,  places.blue.y - y};
+    return {places.gain,        0.0,
+            places.green.x - x, places.green.y - y,
+            places.red.x - x,   places.red.y - y,
+            places.blue.x - x,  places.blue.y - y};
 }
 
-/// Near the end of a map there may be a step or a bend within a cell. Maps stretch less than 4 times.
+/// Whether a cell may contain a step or a bend because a map ends nearby. Maps stretch less than 4 times.
 bool IsNearEnd(const SourcePlaces &places, int side)
 {
     return !(places.toEnd > 4.0 * side);
@@ -41,7 +43,7 @@ double Excess(const CorrectionTwin &twin, double x, double y, int side)
         for (size_t i = 0; i < bend.size(); ++i)
             bend[i] += std::abs(before[i] - 2.0 * m[i] + after[i]);
     }
-    // Between two exact values a line is off by an eighth of the second difference at most.
+    // Linear interpolation between exact values is off by at most an eighth of the second difference.
     double excess = bend[FittedPlaces::kGain] / 8.0 / (kGainTolerance * middle.gain);
     for (size_t i = FittedPlaces::kGreenX; i < bend.size(); i += 2)
         excess = std::max(excess, std::hypot(bend[i], bend[i + 1]) / 8.0 / kPlaceTolerance);
@@ -66,8 +68,9 @@ int CellSide(const CorrectionTwin &twin)
     return side;
 }
 
-FittedPlaces::FittedPlaces(const CorrectionTwin &twin, int cellSide)
+FittedPlaces::FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots)
     : m_twin(twin),
+      m_roots(roots),
       m_side(cellSide),
       m_planes(twin.SplitsColors() ? kPlanes : kRedX),
       m_stride((twin.Maps().width / kBlockPixels + 1) * (kBlockPixels / cellSide) + 1)
@@ -87,6 +90,7 @@ void FittedPlaces::Fill(CornerRow *corners, int row) const
         corners->rough[i] = IsNearEnd(places, m_side);
         for (int plane = 0; plane < m_planes; ++plane)
             corners->values[size_t(plane) * m_stride + i] = static_cast<float>(values[plane]);
+        corners->values[size_t(kGainRoot) * m_stride + i] = RootOf(places.gain);
     }
 }
 

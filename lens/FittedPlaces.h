@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CorrectionTwin.h"
+#include "TransferCurve.h"
 
 #include <vector>
 
@@ -9,27 +10,29 @@
 /// pixels of the exact ones and gains within 1/20,000, judged by second differences across the picture.
 int CellSide(const CorrectionTwin &twin);
 
-/// Positions and gains at cell corners, for some rows of pixels. Values are floats: positions relative to
-/// the output pixel, so that large pictures lose nothing. One thread at a time.
+/// Positions and gains at cell corners, for some rows of pixels. Values are floats; positions are relative to the
+/// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values; those of red and blue only if these colors have separate places.
-    enum Plane { kGain, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
+    /// The planes of values; those of red and blue only if these colors have separate places. The root of the gain is
+    /// for light by a formula.
+    enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
-    /// Values that may be read, though they mean nothing, after those of a row.
+    /// Number of meaningless but readable values after each row.
     static constexpr int kPadding = 8;
 
-    /// @p twin must outlive the object.
-    FittedPlaces(const CorrectionTwin &twin, int cellSide);
+    /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable; null: there are no roots.
+    FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots);
 
     int CellSidePixels() const { return m_side; }
     int Planes() const { return m_planes; }
+    bool HasRoots() const { return m_roots; }
+    float RootOf(double gain) const { return m_roots ? m_roots->At(static_cast<float>(gain)) : 1.0F; }
     /// Computes the corners of the cells that hold rows [firstRow, firstRow + rows) of the result. Cheapest if calls
     /// proceed down the picture.
     void Hold(int firstRow, int rows);
     /// Returns values of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are
-    /// those of row
-    /// @p y + side. There are at least 64 / side + 1 values from any pixel's cell on.
+    /// those of row @p y + side. At least 64 / side + 1 values can be read from any pixel's cell on.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
     /// Whether cells [first, end) of row @p y have a corner near the end of a map: positions inside them must then come
     /// from the twin.
@@ -44,6 +47,7 @@ private:
     void Fill(CornerRow *corners, int row) const;
 
     const CorrectionTwin &m_twin;
+    const TransferCurve::Table *m_roots;
     int m_side, m_planes, m_stride;
     int m_first = 0, m_end = 0; // rows of corners
     std::vector<CornerRow> m_rows;

@@ -95,7 +95,7 @@ FittedWarp::RowRange FittedWarp::RowsFor(int firstRow, int rows) const
         for (int i = 0; i <= kProbes; ++i) {
             const SourcePlaces at = m_twin.At((maps.width - 1) * double(i) / kProbes, y);
             for (const double row : {at.red.y, at.green.y, at.blue.y}) {
-                if (!at.folded && row < least) // not what is not a number
+                if (!at.folded && row < least) // false for NaN
                     least = std::max(row, 0.0);
                 if (!at.folded && row > greatest)
                     greatest = std::min(row, last);
@@ -115,7 +115,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
     Q_ASSERT(window.width() == maps.width && rows.width() <= maps.width);
     if (rows.width() < 1 || rows.height() < 1)
         return true;
-    FittedPlaces places(m_twin, m_cellSide);
+    FittedPlaces places(m_twin, m_cellSide, m_source.isFloat ? nullptr : m_light.RootTable());
     const Band band = {m_twin,
                        places,
                        m_light,

@@ -1,4 +1,4 @@
-// The warp of fitted corrections over float RGBA rows: fast, and in bands of rows.
+// The fast warp of fitted corrections, over float RGBA, in bands of rows.
 #pragma once
 
 #include "CorrectionTwin.h"
@@ -7,32 +7,32 @@
 
 class KImage;
 
-/// Renders a Correction. CorrectionTwin is the definition of the positions; they are within 0.005 pixels of it, more
-/// only through the rounding of sampling tables. Every processor gives the same bits.
+/// Renderer of a Correction. CorrectionTwin defines the positions; those used here are within 0.005 pixels of them,
+/// plus the rounding of the sampling tables. Every processor gives the same bits.
 ///
-/// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black,
-/// all others opaque or what the source's alpha says.
+/// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black; all
+/// others are opaque or get the source's alpha.
 ///
-/// The object holds no pixels. Render may run on several threads for different rows; it takes some memory for itself
-/// and may throw std::bad_alloc, nothing else.
+/// The object holds no pixels. Render may run on several threads for different rows; it allocates working memory and
+/// may throw std::bad_alloc, nothing else.
 class FittedWarp {
 public:
     enum class Sampling { Bilinear, Sharp };
-    /// What the float rows were made of.
+    /// Properties of the pixels that the float rows were converted from.
     struct Source {
-        bool isFloat = false;  ///< values may lie outside 0 to 1 and keep doing so
-        bool hasAlpha = false; ///< not premultiplied; colors are weighted by it. Without, alpha isn't looked at
+        bool isFloat = false;  ///< values may lie outside 0 to 1 and are not clamped
+        bool hasAlpha = false; ///< not premultiplied; colors are weighted by it. If false, alpha is ignored
     };
     using Instructions = FloatWarp::Instructions;
     using RowRange = FloatWarp::RowRange;
 
-    /// @param light  how stored values mean light: the gain multiplies light. Linear: it multiplies stored values.
+    /// @param light  converts stored values to light, which the gain multiplies. Linear: it multiplies stored values.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
     /// Whether any pixel of the result stays empty, so that the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
-    /// The rows of the source that a band of @p rows rows from @p firstRow on reads, by an estimate from positions in
+    /// Returns the source rows that a band of @p rows rows from @p firstRow on reads, estimated from the positions in
     /// its first and last row. Too few only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
@@ -40,12 +40,12 @@ public:
     ///
     /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
     /// (FloatWarp::Serves).
-    /// @param rows    Likewise; not the window.
-    /// @return false if other rows of the source are needed; what was filled is then of no use.
+    /// @param rows    Float RGBA too, as wide; must not be the window.
+    /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;
 
-    /// One call of Render, as the loops need it.
+    /// Arguments of one call of Render, as the loops need them.
     struct Band;
 
 private:

@@ -1,4 +1,4 @@
-// The loops of FittedWarp, to be compiled once for each set of instructions.
+// The loops of FittedWarp, compiled once per instruction set.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -22,19 +22,19 @@ VITRELUX_INLINE Float4 Same(float value)
     return Float4{value, value, value, value};
 }
 
-/// Colors times alpha, and alpha.
+/// Returns the colors times alpha, and alpha.
 VITRELUX_INLINE Float4 Premultiplied(Float4 pixel)
 {
     return pixel * Float4{pixel[3], pixel[3], pixel[3], 1.0F};
 }
 
-/// The pixel as it enters a sum.
+/// Loads a pixel as a term of a weighted sum.
 template <bool kAlpha> VITRELUX_INLINE Float4 LoadTerm(const unsigned char *pixel)
 {
     return kAlpha ? Premultiplied(Load(pixel)) : Load(pixel);
 }
 
-/// Colors of a sum as they are stored; alpha stays the sum's.
+/// Converts a weighted sum to a pixel: divides the colors by alpha, or sets alpha to 1 if there is none.
 template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
 {
     if (!kAlpha)
@@ -43,7 +43,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
     return sum * Float4{scale, scale, scale, 1.0F};
 }
 
-/// @p at gives the pixel at a step to the right and a step down, 0 or 1.
+/// Mixes four pixels; @p at(right, down) returns the address of the one at these steps, 0 or 1.
 template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
 {
     const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
@@ -60,7 +60,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band 
     });
 }
 
-/// The same beside the picture's edges, which repeat. False if a row isn't in memory.
+/// Samples near the picture's edges, which repeat. Returns false if a row isn't in memory.
 template <bool kAlpha>
 inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
 {
@@ -74,16 +74,16 @@ inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, in
     return true;
 }
 
-/// The first lane of @p red, the second and fourth of @p green, the third of @p blue.
+/// Joins the first lane of @p red, the second and fourth of @p green and the third of @p blue.
 VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
 {
     return Float4{red[0], green[1], blue[2], green[3]};
 }
 
-/// The neighbors of a block's places; of green's alone, unless colors are split.
+/// Neighbors of a block's places; only green's unless colors are split.
 using ColorNeighbors = Neighbors[kColors];
 
-/// Each color from its own place; all are held.
+/// Samples each color at its place; all neighbors must be in memory.
 template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band &band, const ColorNeighbors &at, int i)
 {
     if constexpr (kAlpha)
@@ -103,7 +103,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band
     return Finished<false>(top * restY + bottom * y);
 }
 
-/// Pixel by pixel beside edges and where pixels stay empty. False if a row isn't in memory.
+/// Samples pixel by pixel, for edges and empty pixels. Returns false if a row isn't in memory.
 template <bool kAlpha, bool kSplit>
 VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNeighbors &at, int count, Float4 *samples)
 {
@@ -124,7 +124,7 @@ VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNe
     return true;
 }
 
-/// The rows below serve the rows of the result that follow; bent lines hide them from the processor's own prefetching.
+/// Prefetches source rows for the next rows of the result: the processor doesn't predict curved lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
@@ -135,14 +135,14 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
 
 // --- Light ---
 
-VITRELUX_INLINE Float4 Limited(Float4 value)
+template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
-    const Float4 zero = Same(0.0F), one = Same(1.0F);
+    const Floats zero = {}, one = zero + 1.0F;
     value = value > zero ? value : zero;
     return value < one ? value : one;
 }
 
-/// Colors through one table per channel. Arguments are 0 or more, or not a number.
+/// Maps colors through one table per channel. Arguments are at least 0 or NaN.
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
 {
     using Int4 = std::int32_t __attribute__((vector_size(16)));
@@ -165,7 +165,7 @@ VITRELUX_INLINE Float4 Magnitude(Float4 value)
     return value < Same(0.0F) ? -value : value;
 }
 
-/// A stored value whose light has grown by @p gain; alpha stays.
+/// Multiplier of the light of stored values; alpha stays.
 struct Light {
     explicit Light(const TransferCurve &light)
         : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
@@ -193,15 +193,119 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
     std::memcpy(target, &lit, sizeof lit);
 }
 
-/// Lets the light of the samples grow by the block's gains, and stores them.
-VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
-                              const float *gain)
+template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
 {
-    if (band.light.IsLinear()) {
-        for (int i = 0; i < block.count; ++i)
-            Store(band, block.target + i * kPixelBytes, samples[i] * Float4{gain[i], gain[i], gain[i], 1.0F});
-        return;
+    using Longs = std::int64_t __attribute__((vector_size(16)));
+    Longs parts[sizeof mask / sizeof(Longs)], any = {};
+    std::memcpy(parts, &mask, sizeof mask);
+    for (const Longs &part : parts)
+        any |= part;
+    return (any[0] | any[1]) != 0;
+}
+
+/// @p values for the colors of the pixels of a vector, @p alpha for their fourth lanes.
+template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
+{
+    if constexpr (sizeof(Floats) == sizeof(Float4))
+        return Floats{values[0], values[0], values[0], alpha};
+    else
+        return Floats{values[0], values[0], values[0], alpha, values[1], values[1], values[1], alpha};
+}
+
+/// The same by a formula instead of tables, for gains from 1 on.
+template <typename Floats> struct FormulaLight {
+    VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
+    {
+        const float values[] = {static_cast<float>(formula.offset), static_cast<float>(formula.offset)};
+        const float toes[] = {static_cast<float>(formula.toe), static_cast<float>(formula.toe)};
+        offset = ForPixels<Floats>(values, 0.0F);
+        toe = ForPixels<Floats>(toes, -std::numeric_limits<float>::infinity());
     }
+
+    /// Limited pixels of a vector. Not @p simple if one of their values passes the toe, which takes a power.
+    VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
+    {
+        const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
+        const Floats onCurve = (stored + offset) * ForPixels<Floats>(root, 1.0F) - offset;
+        const auto isLow = stored < toe;
+        const auto passes = isLow & (onLine > toe);
+        *simple = !IsAny(passes);
+        return Limited(isLow ? onLine : onCurve);
+    }
+
+    Floats offset, toe;
+};
+
+/// Multiplies the light of a block by its gains.
+template <typename Floats>
+VITRELUX_INLINE void StoreByFormula(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                                    const Gains &gains)
+{
+    const FormulaLight<Floats> formula(*band.light.ByFormula());
+    const FormulaLight<Float4> formulaOfOne(*band.light.ByFormula());
+    const Light tables(band.light);
+    constexpr int kPixels = sizeof(Floats) / kPixelBytes;
+    const auto storeOne = [&](int i) VITRELUX_INLINED {
+        bool simple;
+        Float4 lit = formulaOfOne.Grown(samples[i], gains.gain + i, gains.root + i, &simple);
+        if (!simple)
+            lit = Limited(tables.Grown(samples[i], gains.gain[i]));
+        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
+    };
+    int hard[kBlockPixels], hardCount = 0, i = 0;
+    for (; i + kPixels <= block.count; i += kPixels) {
+        bool simple;
+        const Floats lit = formula.Grown(LoadVector<Floats>(samples + i), gains.gain + i, gains.root + i, &simple);
+        std::memcpy(block.target + i * kPixelBytes, &lit, sizeof lit);
+        hard[hardCount] = i;
+        hardCount += int(!simple);
+    }
+    for (; i < block.count; ++i)
+        storeOne(i);
+    for (int j = 0; j < hardCount; ++j)
+        for (int pixel = 0; pixel < kPixels; ++pixel)
+            storeOne(hard[j] + pixel);
+}
+
+/// Multiplies stored values by a block's gains.
+template <typename Floats, bool kLimited>
+VITRELUX_INLINE void StoreLinear(const Block &block, const Float4 *samples, const float *gain)
+{
+    constexpr int kPixels = sizeof(Floats) / kPixelBytes;
+    unsigned char *const target = block.target;
+    const int count = block.count;
+    int i = 0;
+    for (; i + kPixels <= count; i += kPixels) {
+        const Floats lit = LoadVector<Floats>(samples + i) * ForPixels<Floats>(gain + i, 1.0F);
+        const Floats stored = kLimited ? Limited(lit) : lit;
+        std::memcpy(target + i * kPixelBytes, &stored, sizeof stored);
+    }
+    for (; i < count; ++i) {
+        const Float4 lit = samples[i] * ForPixels<Float4>(gain + i, 1.0F);
+        const Float4 stored = kLimited ? Limited(lit) : lit;
+        std::memcpy(target + i * kPixelBytes, &stored, sizeof stored);
+    }
+}
+
+VITRELUX_INLINE bool AnyBelowOne(const float *gain, int count)
+{
+    int below = 0;
+    for (int i = 0; i < count; ++i)
+        below |= gain[i] < 1.0F;
+    return below != 0;
+}
+
+/// Multiplies the light of the samples by the block's gains and stores them.
+template <typename Floats>
+VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, const Float4 *samples,
+                              const Gains &gains)
+{
+    const float *const gain = gains.gain;
+    if (band.light.IsLinear())
+        return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
+                                 : StoreLinear<Floats, true>(block, samples, gain);
+    if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
+        return StoreByFormula<Floats>(band, block, samples, gains);
     const Light light(band.light);
     for (int i = 0; i < block.count; ++i)
         Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));
@@ -211,7 +315,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
 
 constexpr int kUnitRows = 64;
 
-/// @p Kind renders some rows with a scratch of its own.
+/// Renders the band by @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
     const auto scratch = std::make_unique<typename Kind::Scratch>();
@@ -224,18 +328,18 @@ template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band 
     return true;
 }
 
-/// The block @p x pixels and @p row rows into the band.
+/// Returns the block that starts @p x pixels and @p row rows into the band.
 VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 {
     return {x, band.firstRow + row, std::min(kBlockPixels, band.columns - x),
             band.target + row * band.targetStride + std::int64_t(x) * kPixelBytes};
 }
 
-/// Bilinear samples of a block, with alpha.
+/// Bilinear sampling, block by block.
 template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
     struct Scratch { };
 
-    /// False if a row isn't in memory.
+    /// Returns false if a row isn't in memory.
     VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,
                                        Float4 *samples)
     {
@@ -263,7 +367,7 @@ template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
                 FindPlaces<typename Set::Floats>(band, block, &places);
                 if (!Sample(band, block, places, samples))
                     return false;
-                StoreLit(band, block, samples, places.gain);
+                StoreLit<typename Set::Floats>(band, block, samples, places.gains);
             }
         }
         return true;

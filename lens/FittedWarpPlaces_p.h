@@ -1,8 +1,8 @@
 // Blocks of pixels and their places, for FittedWarp.
 //
-// Everything here and in what includes it is inlined into functions that are compiled once for each set of
-// instructions: nothing of it may be called from code for other processors. Vectors are the compiler's own, which it
-// builds out of whatever the target has; each lane is computed alike everywhere.
+// Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
+// set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
+// whatever the target has; each lane gives the same bits everywhere.
 #pragma once
 
 #include "FittedPlaces.h"
@@ -15,14 +15,14 @@
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
 #define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
 
-/// One call of Render, as the loops need it. Rows count from the first of the source's picture.
+/// Arguments of one call of Render, as the loops need them. Rows are counted from the picture's first row.
 struct FittedWarp::Band {
     const CorrectionTwin &twin;
     FittedPlaces &places;
     const TransferCurve &light;
     Source form;
     bool mayBeEmpty;
-    const unsigned char *source; // at the picture's first pixel, were it in memory
+    const unsigned char *source; // where the picture's first pixel would be if it were in memory
     std::int64_t sourceStride;   // bytes
     int heldFirst, heldEnd;      // rows in memory
     unsigned char *target;
@@ -39,7 +39,7 @@ constexpr int kPixelBytes = 16;
 
 using Float4 = float __attribute__((vector_size(16)));
 
-/// A stretch of a row.
+/// A run of pixels in a row.
 struct Block {
     int x, y, count;
     unsigned char *target;
@@ -51,11 +51,17 @@ struct Places {
     alignas(64) float y[kBlockPixels];
 };
 
+/// What light is multiplied by, and the root of it for FittedPlaces::HasRoots.
+struct Gains {
+    alignas(64) float gain[kBlockPixels];
+    alignas(64) float root[kBlockPixels];
+};
+
 enum Color { kGreen, kRed, kBlue, kColors };
 
 struct BlockPlaces {
-    Places of[kColors]; // of green alone, unless colors are split
-    alignas(64) float gain[kBlockPixels];
+    Places of[kColors]; // only green's unless colors are split
+    Gains gains;
 };
 
 template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
@@ -65,7 +71,7 @@ template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
     return value;
 }
 
-/// Between the upper and lower corners of cells, @p share of the way down. Whole vectors of corners are read.
+/// Interpolates between the upper and lower corners of cells, @p share of the way down. Reads whole vectors of corners.
 template <typename Floats, int kSide>
 VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
 {
@@ -93,17 +99,20 @@ VITRELUX_INLINE void Interpolate(const float *above, const float *below, float s
 template <typename Floats, int kSide>
 VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
-    float *const planes[FittedPlaces::kPlanes] = {places->gain,       places->of[kGreen].x, places->of[kGreen].y,
-                                                  places->of[kRed].x, places->of[kRed].y,   places->of[kBlue].x,
-                                                  places->of[kBlue].y};
+    float *const planes[FittedPlaces::kPlanes] = {places->gains.gain,   places->gains.root, places->of[kGreen].x,
+                                                  places->of[kGreen].y, places->of[kRed].x, places->of[kRed].y,
+                                                  places->of[kBlue].x,  places->of[kBlue].y};
     const float share = static_cast<float>(block.y % kSide) * (1.0F / kSide);
-    for (int plane = 0; plane < cells.Planes(); ++plane)
+    for (int plane = 0; plane < cells.Planes(); ++plane) {
+        if (plane == FittedPlaces::kGainRoot && !cells.HasRoots())
+            continue;
         Interpolate<Floats, kSide>(cells.Corners(plane, block.y) + block.x / kSide,
                                    cells.Corners(plane, block.y + kSide) + block.x / kSide, share, planes[plane]);
+    }
 }
 
-/// Pixel by pixel from the twin; not numbers where a map is folded.
-inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPlaces *places)
+/// Gets each pixel's places from the twin; NaN where a map is folded.
+inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
         const double x = block.x + i, y = block.y;
@@ -113,18 +122,19 @@ inline void FindExactly(const CorrectionTwin &twin, const Block &block, BlockPla
             places->of[color].x[i] = at.folded ? NAN : static_cast<float>(points[color]->x - x);
             places->of[color].y[i] = static_cast<float>(points[color]->y - y);
         }
-        places->gain[i] = static_cast<float>(at.gain);
+        places->gains.gain[i] = static_cast<float>(at.gain);
+        places->gains.root[i] = cells.RootOf(at.gain);
     }
 }
 
-/// @p Floats: a vector of those that the instructions take at once.
+/// Finds the places of a block. @p Floats is a full-width vector of the instruction set.
 template <typename Floats>
 VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block, BlockPlaces *places)
 {
     const FittedPlaces &cells = band.places;
     const int side = cells.CellSidePixels();
     if (cells.IsRough(block.y, block.x / side, (block.x + kBlockPixels) / side))
-        return FindExactly(band.twin, block, places);
+        return FindExactly(band.twin, cells, block, places);
     switch (side) {
     case 8:
         return FindSmoothly<Floats, 8>(cells, block, places);
@@ -137,17 +147,17 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
     }
 }
 
-/// Places as the pixel to the left and above, and the shares of the next ones.
+/// Places as the pixel above and to the left, and the weights of the next column and row.
 struct Neighbors {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
 };
 
-/// The greatest number that is not greater, for what lies within +-2^23; anything else becomes such a number.
+/// Rounds down; @p rest receives the remainder. Values beyond +-2^23 are clamped, NaN becomes such a bound.
 VITRELUX_INLINE std::int32_t Floor(float value, float *rest)
 {
     constexpr float kFar = 8388608.0F;     // no picture is as large
-    value = value > -kFar ? value : -kFar; // also what is not a number
+    value = value > -kFar ? value : -kFar; // also for NaN
     value = value < kFar ? value : kFar;
     auto whole = static_cast<std::int32_t>(value);
     whole -= static_cast<float>(whole) > value;
@@ -163,7 +173,7 @@ VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Nei
     }
 }
 
-/// Whether the first @p count have their pixels from @p reach before to @p reach + 1 behind in memory.
+/// Whether the first @p count places have all pixels from @p reach before to @p reach + 1 after them in memory.
 VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const Neighbors &at, int count, int reach)
 {
     const int left = reach, right = band.width - 2 - reach, top = band.heldFirst + reach,

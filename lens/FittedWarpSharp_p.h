@@ -1,5 +1,4 @@
-// Sharp sampling of fitted corrections, in units of pixels that stay in the second cache together with the source
-// around them.
+// Sharp sampling of fitted corrections, in units small enough for the level 2 cache together with their source pixels.
 #pragma once
 
 #include "FittedWarpBlocks_p.h"
@@ -12,23 +11,23 @@ namespace {
 
 constexpr int kUnitColumns = 4 * kBlockPixels;
 
-/// The place of channel 0 to 2, red to blue, where colors have places of their own.
+/// Maps the channels red, green and blue to their places, if colors have separate ones.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
 
 /// A block's places as pixels and phases.
 struct SharpPlaces {
-    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later offsets
+    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later the offsets
     alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
 struct SharpBlock {
+    BlockPlaces places;
     SharpPlaces of[kColors];
-    alignas(64) float gain[kBlockPixels];
     unsigned char isEmpty[kBlockPixels];
     bool anyEmpty;
 };
 
-/// What a call of Render needs to work with, made once.
+/// Working memory of one call of Render.
 template <typename Plane, typename Value> struct SharpScratch {
     SharpBlock block;
     Plane planes[4];
@@ -36,7 +35,7 @@ template <typename Plane, typename Value> struct SharpScratch {
     const SharpKernel &kernel = SharpKernel::Get();
 };
 
-/// A relative position in phases, rounded; one near the end of what fits for what is farther or not a number.
+/// Converts a relative position to phases, rounded. Values too large for an integer are clamped, as is NaN.
 VITRELUX_INLINE std::int32_t InPhases(float relative)
 {
     constexpr float kFar = 1073741824.0F;
@@ -48,7 +47,7 @@ VITRELUX_INLINE std::int32_t InPhases(float relative)
     return whole;
 }
 
-/// 1 if the place @p phase (times SharpKernel::kPadded) behind pixel @p whole is outside a side of @p length pixels.
+/// Returns 1 if the place @p phase (times SharpKernel::kPadded) after pixel @p whole is outside @p length pixels.
 VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
 {
     constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
@@ -57,7 +56,7 @@ VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length
     return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
 }
 
-/// Within reach of the picture: what lies beyond has the same neighbors, or stays empty.
+/// Clamps to the reach of the picture: positions beyond it have the same neighbors or stay empty.
 VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
 {
     whole = whole > -2 ? whole : -2;
@@ -84,19 +83,17 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
     }
 }
 
-/// Finds a block's places, and which of its pixels stay empty. Careful: some may be outside the picture.
+/// Finds a block's places and its empty pixels. @p careful: some places may be outside the picture.
 template <typename Kind>
 VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
-    BlockPlaces places;
-    FindPlaces<typename Kind::Floats>(band, block, &places);
-    std::memcpy(found->gain, places.gain, sizeof found->gain);
+    FindPlaces<typename Kind::Floats>(band, block, &found->places);
     std::memset(found->isEmpty, 0, sizeof found->isEmpty);
     for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
         if (careful)
-            Split<true>(band, block, places.of[color], &found->of[color], found->isEmpty);
+            Split<true>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
         else
-            Split<false>(band, block, places.of[color], &found->of[color], found->isEmpty);
+            Split<false>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
     }
     found->anyEmpty = careful && std::memchr(found->isEmpty, 1, static_cast<size_t>(block.count));
 }
@@ -104,7 +101,7 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
 /// Widens @p bounds to a position.
 VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 {
-    // A pixel more to each side than positions between the corners can reach, for the rounding of phases.
+    // One pixel more on each side than positions between the corners can reach, because phases are rounded.
     float rest;
     const int left = Floor(x, &rest) - 1, top = Floor(y, &rest) - 1;
     bounds->left = std::min(bounds->left, left);
@@ -128,7 +125,7 @@ struct Unit {
     int x, row, columns, rows;
 };
 
-/// Widens @p bounds to the places of a unit's pixels: they lie between those of the corners of its cells.
+/// Widens @p bounds to the places of a unit's pixels, which lie between those of its cells' corners.
 template <bool kSplit>
 VITRELUX_INLINE void IncludeCorners(const FittedWarp::Band &band, const Unit &unit, Bounds *bounds)
 {
@@ -154,7 +151,7 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
     return false;
 }
 
-/// Where the places of a unit's pixels lie; nothing if all are empty.
+/// Returns the bounds of the places of a unit's pixels; none if all pixels are empty.
 template <typename Kind>
 VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch)
 {
@@ -171,7 +168,7 @@ VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, con
     return bounds;
 }
 
-/// Colors of a sum divided by its alphas, which become the greens'.
+/// Divides the colors of a sum by their alphas; the result's alpha is green's.
 VITRELUX_INLINE Float4 Unpremultiplied(Float4 sums, Float4 alphas)
 {
     Float4 result;
@@ -181,7 +178,7 @@ VITRELUX_INLINE Float4 Unpremultiplied(Float4 sums, Float4 alphas)
     return result;
 }
 
-/// Integer pictures without alpha.
+/// Sharp sampling of integer pictures without alpha.
 template <typename Set, bool kSplit> struct SharpCodes {
     using Floats = typename Set::Floats;
     using Scratch = SharpScratch<CodePlane, std::int16_t>;
@@ -197,7 +194,7 @@ template <typename Set, bool kSplit> struct SharpCodes {
     }
 };
 
-/// Float pictures, and all with alpha.
+/// Sharp sampling of float pictures and of all with alpha.
 template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     using Scratch = SharpScratch<FloatPlane, float>;
     using Floats = typename Set::Floats;
@@ -252,10 +249,10 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
     for (int i = 0; found->anyEmpty && i < block.count; ++i)
         if (found->isEmpty[i])
             samples[i] = Same(0.0F);
-    StoreLit(band, block, samples, found->gain);
+    StoreLit<typename Kind::Floats>(band, block, samples, found->places.gains);
 }
 
-/// False if a row of the source isn't in memory.
+/// Returns false if a row of the source isn't in memory.
 template <typename Kind>
 VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, typename Kind::Scratch *scratch)
 {
@@ -283,7 +280,7 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
     return true;
 }
 
-/// A way of sampling as a way of rendering rows: by units, side by side. False if a row of the source isn't in memory.
+/// Adapter from a kind of sampling to RenderRows: renders unit by unit. Returns false if a source row isn't in memory.
 template <typename Sampling> struct Sharp : Sampling {
     VITRELUX_INLINE static bool Render(const FittedWarp::Band &band, int firstRow, int rows,
                                        typename Sampling::Scratch *scratch)

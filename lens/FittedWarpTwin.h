@@ -5,8 +5,7 @@
 
 #include <array>
 
-/// The plain twin of FittedWarp, for tests: what it renders differs from this by rounding, by positions that are
-/// interpolated, and by nothing else.
+/// The plain twin of FittedWarp, for tests: results differ only by rounding and by interpolated positions.
 class FittedWarpTwin {
 public:
     FittedWarpTwin(const Correction &correction, FittedWarp::Sampling sampling, const TransferCurve &light,
@@ -17,11 +16,11 @@ public:
 
     using Pixel = std::array<double, 4>;
 
-    /// The pixel (@p x, @p y) of the result, which may lie between pixels, as RGBA. @p source is the whole picture in
+    /// Returns the result at (@p x, @p y), which may lie between pixels, as RGBA. @p source is the whole picture in
     /// float RGBA.
     Pixel At(const KImage &source, double x, double y) const;
 
-    /// Color @p color of @p source at @p place, and alpha there.
+    /// A color of the source at a place, and alpha there.
     struct Sampled {
         double value, alpha;
     };

@@ -39,5 +39,5 @@ double RadialCurve::AtSquared(double squaredRadius) const
     const double a = node[before - 1], b = node[before], c = node[before + 1], d = node[before + 2];
     const double cubic = (d - a) / 6.0 + (b - c) / 2.0, square = (a + c) / 2.0 - b;
     const double slope = c - b / 2.0 - a / 3.0 - d / 6.0;
-    return b + t * (slope + t * (square + t * cubic)); // through all four (Lagrange)
+    return b + t * (slope + t * (square + t * cubic)); // the cubic through all four (Lagrange)
 }

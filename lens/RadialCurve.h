@@ -4,10 +4,10 @@
 #include <vector>
 
 /// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius (in which lens
-/// models are smooth, and which needs no root per pixel). Between the nodes it is the cubic through the four nearest,
-/// or a line if there are only two or three; beyond the last node it keeps that node's value.
+/// models are smooth, and which needs no root per pixel). Between nodes it is the cubic through the four nearest, or
+/// linear if there are only two or three; beyond the last node it keeps that node's value.
 ///
-/// A value: copies are independent. Any thread may call the const functions of one object at the same time.
+/// Value type: copies are independent. Several threads may call the const functions of one object at the same time.
 class RadialCurve {
 public:
     /// Makes the constant @p value.

@@ -1,4 +1,4 @@
-// A box of the source in planes, for sharp sampling.
+// A box of the source as planes, for sharp sampling.
 #pragma once
 
 #include "SharpLimits_p.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Columns and rows of the source; both ends belong to it. They may lie outside the picture, whose edges repeat.
+/// Columns and rows of the source, ends included. They may lie outside the picture, whose edges repeat.
 struct Bounds {
     int left, top, right, bottom;
 };
@@ -38,8 +38,8 @@ struct BoxShape {
     int width, height, stride;
 };
 
-/// Stored values of 16 bits, less 32768. Sampling reads them in pairs of a value and the one below, since processors
-/// multiply and add such pairs at once. Limits are pairs too, the lowest value in the lower half.
+/// Stored 16-bit values minus 32768. Sampling reads each value paired with the one below it, because processors
+/// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
 struct CodePlane {
     std::vector<std::int16_t> values, halves; // rounded down
     std::vector<std::int32_t> pairs, limits;  // limits of halves
@@ -68,7 +68,7 @@ struct FloatPlane {
     }
 };
 
-/// The columns of a box that the picture has too; at least one, at an edge, where it has none.
+/// The columns of a box that lie inside the picture; if none do, the one nearest to it.
 struct Inside {
     Inside(const BoxShape &shape, int pictureWidth)
         : first(std::clamp(-shape.bounds.left, 0, shape.width - 1)),
@@ -85,7 +85,7 @@ template <typename Value> VITRELUX_INLINE void RepeatEdges(Value *row, const Ins
     std::fill(row + inside.end, row + width, row[inside.end - 1]);
 }
 
-/// Row @p y of the source at column @p x, or the nearest row that the picture has; null if it isn't in memory.
+/// Returns row @p y of the source, clamped to the picture, at column @p x; null if it isn't in memory.
 inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y)
 {
     const int row = std::clamp(y, 0, band.height - 1);
@@ -97,7 +97,7 @@ inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y
 VITRELUX_INLINE float LoadChannel(const unsigned char *pixel, int channel)
 {
     float value;
-    std::memcpy(&value, pixel + channel * int(sizeof value), sizeof value); // any address
+    std::memcpy(&value, pixel + channel * int(sizeof value), sizeof value); // may be unaligned
     return value;
 }
 
@@ -105,7 +105,7 @@ VITRELUX_INLINE std::int16_t CodeOf(float value)
 {
     constexpr float kLowest = -32768.0F, kHighest = 32767.0F;
     float code = value * 65535.0F - 32768.0F;
-    code = code > kLowest ? code : kLowest; // also what is not a number
+    code = code > kLowest ? code : kLowest; // also for NaN
     code = code < kHighest ? code : kHighest;
     return static_cast<std::int16_t>(std::lrint(code));
 }
@@ -118,14 +118,14 @@ VITRELUX_INLINE std::int32_t PairOf(std::int16_t low, std::int16_t high)
 
 #if VITRELUX_FITTED_VECTORS
 
-/// Codes of two pixels, eight with alpha's.
+/// Returns the codes of two pixels, eight including alpha's.
 VITRELUX_INLINE __m128i CodesOfTwo(const unsigned char *pixels)
 {
     const __m128 scale = _mm_set1_ps(65535.0F), lowest = _mm_set1_ps(-32768.0F);
     const __m128 first = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels)), scale), lowest);
     const __m128 second =
         _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels + kPixelBytes)), scale), lowest);
-    return _mm_packs_epi32(_mm_cvtps_epi32(first), _mm_cvtps_epi32(second)); // limits to 16 bits
+    return _mm_packs_epi32(_mm_cvtps_epi32(first), _mm_cvtps_epi32(second)); // saturates to 16 bits
 }
 
 VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
@@ -133,7 +133,7 @@ VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
     _mm_storeu_si128(reinterpret_cast<__m128i *>(to), codes);
 }
 
-/// Codes of eight pixels, by color.
+/// Stores the codes of eight pixels by color.
 VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
 {
     __m128i redGreen[2], blueAlpha[2]; // of four pixels each
@@ -176,7 +176,8 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Codes of @p count pixels, by color. Rows of @p stride bytes follow, of which processors know nothing.
+/// Stores the codes of @p count pixels by color. Prefetches the next rows, @p stride bytes apart, which the processor
+/// doesn't predict.
 VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
                               std::int16_t *green, std::int16_t *blue)
 {
@@ -195,7 +196,7 @@ VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, 
     }
 }
 
-/// Keeps the lowest and highest samples of cells as pairs.
+/// Stores the lowest and highest allowed samples of cells as pairs.
 template <typename Shorts> struct StorePairs {
     std::int32_t *limits;
 
@@ -210,7 +211,7 @@ template <typename Shorts> struct StorePairs {
     }
 };
 
-/// Makes pairs of rows, and limits where rows before and after are there.
+/// Computes the pairs of all rows, and the limits of rows with a row before and two after them.
 template <typename Shorts>
 VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t> *rows)
 {
@@ -242,7 +243,7 @@ VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, Allowanc
     }
 }
 
-/// Colors as codes. False if a row isn't in memory.
+/// Fills planes with colors as codes. Returns false if a row isn't in memory.
 template <typename Shorts>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
                              AllowanceRows<std::int16_t> *allowances)
@@ -266,7 +267,8 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
     return true;
 }
 
-/// Colors, premultiplied if @p kAlpha and then followed by alpha. False if a row isn't in memory.
+/// Fills planes with colors; if @p kAlpha, these are premultiplied, and alpha is the fourth plane. Returns false if a
+/// row isn't in memory.
 template <typename Floats, bool kAlpha>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, FloatPlane (&planes)[4],
                              AllowanceRows<float> *allowances)

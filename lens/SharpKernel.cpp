@@ -10,19 +10,19 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kUpToFrequency = 0.37; // cycles per pixel
 constexpr int kTaps = SharpKernel::kTaps;
-constexpr int kUnknowns = kTaps + 2; // and the multipliers of two conditions
+constexpr int kUnknowns = kTaps + 2; // and the Lagrange multipliers of two conditions
 
 using Weights = std::array<double, kTaps>;
 using IntegerWeights = std::array<int, kTaps>;
 using Equations = std::array<std::array<double, kUnknowns + 1>, kUnknowns>; // right-hand sides last
 
-/// The integral of cos(2 pi f d) over f from 0 to kUpToFrequency.
+/// Returns the integral of cos(2 pi f d) over f from 0 to kUpToFrequency.
 double Overlap(double d)
 {
     return d == 0.0 ? kUpToFrequency : std::sin(2.0 * kPi * kUpToFrequency * d) / (2.0 * kPi * d);
 }
 
-/// Gauss-Jordan with partial pivoting; the solution is left in the last column.
+/// Solves by Gauss-Jordan elimination with partial pivoting; the last column receives the solution.
 void Solve(Equations *equations)
 {
     Equations &e = *equations;
@@ -43,7 +43,7 @@ void Solve(Equations *equations)
     }
 }
 
-/// Weights for a place @p phase, 0 to 1, after the pixel of tap kBefore.
+/// Returns the weights for a place @p phase, 0 to 1, after the pixel of tap kBefore.
 Weights LeastSquares(double phase)
 {
     Equations e = {};
@@ -64,8 +64,8 @@ Weights LeastSquares(double phase)
     return weights;
 }
 
-/// The integers nearest to @p weights times kOne whose sum is kOne and whose first moment is @p moment. Each is at most
-/// one from where rounding alone would put it.
+/// Returns the integers nearest to @p weights times kOne whose sum is kOne and whose first moment is @p moment. Each
+/// differs by at most one from the rounded weight.
 IntegerWeights Rounded(const Weights &weights, int moment)
 {
     IntegerWeights rounded, best = {};
@@ -76,7 +76,7 @@ IntegerWeights Rounded(const Weights &weights, int moment)
         moment -= rounded[i] * (i - SharpKernel::kBefore);
     }
     double least = std::numeric_limits<double>::infinity();
-    constexpr int kChoices = 729; // of -1, 0 or 1 for each of six
+    constexpr int kChoices = 729; // 3^6: -1, 0 or 1 for each of six
     for (int choice = 0; choice < kChoices; ++choice) {
         IntegerWeights trial = rounded;
         int restOfSum = sum, restOfMoment = moment;

@@ -1,12 +1,11 @@
 // How far sharp samples may lie beyond the pixels around them.
 //
-// A sharp kernel overshoots beside edges. A sample may lie beyond its four nearest pixels only where the values
-// themselves turn, since a wave may well peak there, in a row or a column:
-// - between two pixels, as far as the slopes on the outer sides of both lead when they are halved;
-// - beside a pixel that exceeds both of its neighbors, by half of the lesser difference.
-// Next to an edge one of these slopes is 0, and the sample stays between the pixels. What a row allows and what a
-// column allows add up. None of it depends on where between the pixels a sample is taken, so it is computed once per
-// pixel.
+// A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only where the values themselves turn
+// in a row or a column, because only there can a wave have its peak:
+// - between two pixels, by the lesser of the two values that the slopes on their outer sides, halved, lead to;
+// - next to a pixel that exceeds both of its neighbors, by half of the lesser difference.
+// At an edge one of these slopes is 0, and the sample stays between the pixels. The allowances of row and column add
+// up. They don't depend on where between the pixels a sample is taken, so they are computed once per pixel.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -37,8 +36,7 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-/// By how much samples between the middle two of four values in a line may exceed the greater one, and fall below the
-/// lesser one.
+/// How far samples between the middle two of four values in a line may exceed the greater and fall below the lesser.
 template <typename Vector> struct Allowance {
     Vector up, down;
 };
@@ -47,7 +45,7 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
 {
     const Vector before = v1 - v0, between = v2 - v1, after = v3 - v2, zero = {};
     const Vector left = v1 + Half(before), right = v2 - Half(after);
-    const Vector least = Least(v1, v2), greatest = Greatest(v1, v2); // taken in before differences, which fit then
+    const Vector least = Least(v1, v2), greatest = Greatest(v1, v2); // in this order all differences fit into 16 bits
     const Vector up = Greatest(Least(left, right), greatest) - greatest;
     const Vector down = least - Least(Greatest(left, right), least);
     const Vector top = Greatest(Least(before, zero - between), Least(between, zero - after));
@@ -59,11 +57,11 @@ template <typename Vector> struct Limits {
     Vector lowest, highest;
 };
 
-/// Limits of samples in a box, row by row. What a line of four values allows serves two cells; it is kept meanwhile.
-/// Values of 16 bits are halves of signed ones, so that differences fit; so are their limits then.
+/// Limits of samples in a box, row by row. The allowance of each line of four values is kept, because two cells use it.
+/// 16-bit values are halved so that differences fit; their limits are halved too.
 template <typename Value> class AllowanceRows {
 public:
-    /// Begins with the row at @p row, of a box of @p width columns.
+    /// Starts with the row at @p row, in a box of @p width columns.
     template <typename Vector> VITRELUX_INLINE void Start(const Value *row, int stride, int width)
     {
         for (std::vector<Value> *values : {&m_aboveUp, &m_aboveDown, &m_belowUp, &m_belowDown, &m_up, &m_down})
@@ -72,9 +70,8 @@ public:
         FindAlongRow<Vector>(row, width);
     }
 
-    /// Gives the limits of samples between the row at @p row and the next one to @p store, from column 1 to before
-    /// @p width - 2, as calls of store(column, limits), which may go on for less than a vector. Rows follow one
-    /// another. The limits of 16-bit values are halved.
+    /// Calls store(column, limits) with the limits of samples between the row at @p row and the next one, for columns
+    /// 1 to @p width - 3 and up to a vector beyond. Rows must be passed in order.
     template <typename Vector, typename Store>
     VITRELUX_INLINE void Advance(const Value *row, int stride, int width, Store store)
     {

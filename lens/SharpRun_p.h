@@ -1,4 +1,4 @@
-// Sharp samples of a run of pixels out of the planes of a box: the innermost loop, per set of instructions.
+// Sharp sampling of a run of pixels from the planes of a box: the innermost loop, one version per instruction set.
 #pragma once
 
 #include "SharpBox_p.h"
@@ -6,17 +6,17 @@
 
 namespace {
 
-/// Where the samples of a run lie in the planes. Of one channel, or of three with places of their own.
+/// Places of the samples of a run in the planes: shared by the channels, or one per channel.
 struct SharpRun {
     int count, stride;
     const std::int32_t *offset[3];             // of the first of 6 x 6 values
     const std::int32_t *phaseX[3], *phaseY[3]; // times SharpKernel::kPadded
 
-    /// From there to the first of the middle four, for which limits stand.
+    /// Returns the distance from there to the first of the middle four, where the limits are stored.
     int ToMiddle() const { return SharpKernel::kBefore * (stride + 1); }
 };
 
-/// The planes of red, green and blue. A value like the run, so that compilers see that no sample is stored into it.
+/// The planes of red, green and blue. Passed by value like the run, so that compilers see that no store changes it.
 struct CodePlanes {
     explicit CodePlanes(const CodePlane (&planes)[4])
         : pairs{planes[0].pairs.data(), planes[1].pairs.data(), planes[2].pairs.data()},
@@ -27,17 +27,17 @@ struct CodePlanes {
     const std::int32_t *pairs[3], *limits[3];
 };
 
-// All versions add in this order, and come to the same bits: pairs of rows from above, as integers; then of the
-// columns' products 0 with 4, 1 with 5, then these 0 with 2, 1 with 3, then both.
+// All versions add in this order and give the same bits: pairs of rows from the top, as integers; then the columns'
+// products 0 + 4 and 1 + 5, then of these sums 0 + 2 and 1 + 3, then both.
 
-constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // of sums of rows: columns have shares
+constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // for sums of rows; columns use Shares()
 constexpr float kValueOfCode = 1.0F / 65535.0F;
-constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // a fourth channel is opaque: four lanes sum up to it
-constexpr int kAnyCode = 0x3fffc000;                            // a pair of limits
+constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // four lanes of it sum up to an opaque fourth channel
+constexpr int kAnyCode = 0x3fffc000;                            // a pair of limits that admits all codes
 
 #if VITRELUX_FITTED_VECTORS
 
-/// The lanes of four vectors added up, one vector after the other.
+/// Returns the sums of the lanes of four vectors.
 VITRELUX_INLINE __m128 SumsOf(__m128 a, __m128 b, __m128 c, __m128 d)
 {
     const __m128 ab = _mm_add_ps(_mm_unpacklo_ps(a, b), _mm_unpackhi_ps(a, b));
@@ -45,7 +45,7 @@ VITRELUX_INLINE __m128 SumsOf(__m128 a, __m128 b, __m128 c, __m128 d)
     return _mm_add_ps(_mm_movelh_ps(ab, cd), _mm_movehl_ps(cd, ab));
 }
 
-/// Sums of channels as values within their limits.
+/// Converts the channels' sums to values within their limits.
 VITRELUX_INLINE __m128 ValuesOf(__m128 sums, __m128i limits)
 {
     const __m128 lowest = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_slli_epi32(limits, 16), 15));
@@ -122,7 +122,7 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(sums, _mm256_load_ps(shares));
     }
 
-    /// As the function for one pixel.
+    /// Like the function for one pixel.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOf(__m256 a, __m256 b, __m256 c, __m256 d)
     {
         const __m256 ab = _mm256_add_ps(_mm256_unpacklo_ps(a, b), _mm256_unpackhi_ps(a, b));
@@ -130,7 +130,7 @@ struct CodesByAvx2 {
         return _mm256_add_ps(_mm256_shuffle_ps(ab, cd, 0x44), _mm256_shuffle_ps(ab, cd, 0xee));
     }
 
-    /// As the function for one pixel.
+    /// Like the function for one pixel.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 ValuesOf(__m256 sums, __m256i limits)
     {
         const __m256 lowest = _mm256_cvtepi32_ps(_mm256_srai_epi32(_mm256_slli_epi32(limits, 16), 15));
@@ -140,14 +140,14 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(_mm256_add_ps(limited, _mm256_set1_ps(32768.0F)), _mm256_set1_ps(kValueOfCode));
     }
 
-    /// Two pixels at once. Of an odd number the last one is made twice, for which @p samples has room.
+    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples needs the room.
     template <int kChannels>
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)
     {
         const int middle = run.ToMiddle();
         for (int i = 0; i < run.count; i += 2) {
-            __m256 products[3]; // of both pixels, the columns' halves added
+            __m256 products[3]; // of both pixels, with columns 4 to 7 added to 0 to 3
             std::int32_t offset[2][3];
             for (int channel = 0; channel < 3; ++channel) {
                 const int at = kChannels > 1 ? channel : 0;
@@ -171,7 +171,7 @@ struct CodesByAvx2 {
 
 #endif
 
-/// For processors without pairs of 16 bits, and the definition.
+/// The plain version, which defines the result; used on processors without 16-bit multiply-add.
 struct CodesPlainly {
     VITRELUX_INLINE static float Sum(const std::int32_t *pairs, int stride, const std::int16_t *weights,
                                      const float *shares)
@@ -210,7 +210,7 @@ struct CodesPlainly {
     }
 };
 
-/// One channel of a pixel out of a float plane, within its limits.
+/// Samples one channel of a pixel from a float plane, within its limits.
 template <typename Floats>
 VITRELUX_INLINE float SampleFloats(const FloatPlane &plane, const SharpRun &run, int place, int i,
                                    const SharpKernel &kernel)

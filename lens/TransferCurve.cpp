@@ -24,7 +24,7 @@ float FloatOf(std::int32_t bits)
     return value;
 }
 
-/// Segments over 2^@p firstOctave to 2^@p endOctave, 2^@p splitBits per octave.
+/// Makes a table from 2^@p firstOctave to 2^@p endOctave, with 2^@p splitBits segments per octave.
 Table TableOf(const std::function<double(double)> &function, int firstOctave, int endOctave, int splitBits)
 {
     constexpr int kMantissaBits = 23;
@@ -38,7 +38,7 @@ Table TableOf(const std::function<double(double)> &function, int firstOctave, in
         const double from = i == 0 ? 0.0 : double(FloatOf((table.first + i) << table.shift));
         const double to = double(FloatOf((table.first + i + 1) << table.shift));
         const double atFrom = i == 0 ? 0.0 : function(from), slope = (function(to) - atFrom) / (to - from);
-        // Half of what a chord is off by in the middle, so that it is off as much to both sides.
+        // Shift the chord by half of its error in the middle, so that the error is the same on both sides.
         const double lift = i == 0 ? 0.0 : (function((from + to) / 2.0) - (atFrom + function(to)) / 2.0) / 2.0;
         table.segments.push_back({static_cast<float>(atFrom + lift - slope * from), static_cast<float>(slope)});
     }
@@ -50,7 +50,46 @@ double Odd(const std::function<double(double)> &function, double value)
     return value > 0.0 ? function(value) : value < 0.0 ? -function(-value) : 0.0;
 }
 
-/// A curve by points, which rise somewhere and fall nowhere.
+using Formula = TransferCurve::Formula;
+
+constexpr Formula kSrgb = {2.4, 0.055, 0.04045, 1.0 / 12.92};
+
+/// Curves that profiles have as points too, which are rounded there.
+constexpr Formula kKnown[] = {
+    kSrgb,
+    {1.8, 0.0, 1.0 / 32.0, 1.0 / 16.0},        // ROMM RGB, ISO 22028-2
+    {3.0, 0.16, 0.08, 27.0 / 24389.0 * 100.0}, // L*, CIE 15
+    {1.0 / 0.45, 0.099, 0.081, 1.0 / 4.5},     // ITU-R BT.709
+};
+
+/// Whether light at evenly spaced stored values is what the formula says, to a code of 16 bits.
+bool Follows(const std::vector<double> &light, const Formula &formula)
+{
+    constexpr double kCode = 1.0 / 65535.0;
+    for (size_t i = 1; i < light.size(); ++i) {
+        const double wanted = formula.Light(double(i) / double(light.size() - 1));
+        if (!(std::abs(light[i] / light.back() - wanted) <= kCode))
+            return false;
+    }
+    return true;
+}
+
+/// The formula that points follow, if there are enough of them to tell.
+std::optional<Formula> FormulaOf(const std::vector<double> &light)
+{
+    constexpr size_t kFewest = 64;
+    if (light.size() < kFewest)
+        return std::nullopt;
+    const size_t middle = light.size() / 2;
+    const double gamma = std::log(light[middle] / light.back()) / std::log(double(middle) / double(light.size() - 1));
+    if (const Formula power = {gamma, 0.0, 0.0, 0.0}; gamma > 0.0 && std::isfinite(gamma) && Follows(light, power))
+        return power;
+    const auto known = std::find_if(std::begin(kKnown), std::end(kKnown),
+                                    [&](const Formula &formula) { return Follows(light, formula); });
+    return known == std::end(kKnown) ? std::nullopt : std::make_optional(*known);
+}
+
+/// A curve through points that never fall and rise somewhere.
 class SampledCurve {
 public:
     explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))
@@ -72,7 +111,7 @@ public:
         return m_light[before] + (at - double(before)) * (m_light[before + 1] - m_light[before]);
     }
 
-    /// The least value where the curve is level.
+    /// Returns the stored value of @p light; where the curve is level, the lowest one.
     double Stored(double light) const
     {
         if (light >= m_light.back())
@@ -85,7 +124,7 @@ public:
 private:
     std::vector<double> m_light;
     double m_power; // above 1
-    double m_white; // the least value of the last light
+    double m_white; // the lowest stored value of the most light
 };
 
 } // namespace
@@ -100,13 +139,38 @@ TransferCurve::Channel::Channel(Function toLight, Function toStored)
 {
 }
 
+double TransferCurve::Formula::Light(double stored) const
+{
+    return stored < toe ? slope * stored : std::pow((stored + offset) / (1.0 + offset), gamma);
+}
+
+double TransferCurve::Formula::Stored(double light) const
+{
+    return light < slope * toe ? light / slope : (1.0 + offset) * std::pow(light, 1.0 / gamma) - offset;
+}
+
+float TransferCurve::Table::At(float x) const
+{
+    const Segment &segment = segments[static_cast<size_t>((BitsOf(std::clamp(x, least, greatest)) >> shift) - first)];
+    return segment.start + segment.slope * x;
+}
+
+TransferCurve::TransferCurve(std::vector<Channel> channels)
+    : m_data(std::make_shared<const Data>(Data{std::move(channels), std::nullopt, {}}))
+{
+}
+
+TransferCurve::TransferCurve(const Formula &formula)
+    : m_data(std::make_shared<const Data>(
+        Data{{Channel([=](double v) { return formula.Light(v); }, [=](double l) { return formula.Stored(l); })},
+             formula,
+             TableOf([=](double gain) { return std::pow(gain, 1.0 / formula.gamma); }, -4, 5, 8)}))
+{
+}
+
 TransferCurve TransferCurve::Srgb()
 {
-    const auto light = [](double v) { return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
-    const auto stored = [](double l) {
-        return l <= 0.04045 / 12.92 ? l * 12.92 : 1.055 * std::pow(l, 1.0 / 2.4) - 0.055;
-    };
-    static const TransferCurve s_curve(Channels{Channel(light, stored)});
+    static const TransferCurve s_curve(kSrgb);
     return s_curve;
 }
 
@@ -114,13 +178,13 @@ TransferCurve TransferCurve::Power(double gamma)
 {
     if (gamma == 1.0)
         return Linear();
-    return TransferCurve(Channels{
-        Channel([=](double v) { return std::pow(v, gamma); }, [=](double l) { return std::pow(l, 1.0 / gamma); })});
+    return TransferCurve(Formula{gamma, 0.0, 0.0, 0.0});
 }
 
 std::optional<TransferCurve> TransferCurve::FromSamples(const std::vector<std::vector<double>> &curves)
 {
-    Channels channels;
+    std::vector<Channel> channels;
+    std::vector<std::optional<Formula>> formulas;
     for (std::vector<double> light : curves) {
         if (light.size() < 2 || !std::all_of(light.begin(), light.end(), [](double l) { return std::isfinite(l); }))
             return std::nullopt;
@@ -130,20 +194,28 @@ std::optional<TransferCurve> TransferCurve::FromSamples(const std::vector<std::v
             value = greatest = std::max(greatest, value - black);
         if (!(greatest > 0.0))
             return std::nullopt;
+        formulas.push_back(FormulaOf(light));
         const auto curve = std::make_shared<const SampledCurve>(std::move(light));
         channels.emplace_back([=](double v) { return curve->Light(v); }, [=](double l) { return curve->Stored(l); });
     }
     if (channels.size() != 1 && channels.size() != 3)
         return std::nullopt;
+    const auto isFirst = [&](const std::optional<Formula> &formula) {
+        return formula && formula->gamma == formulas[0]->gamma && formula->offset == formulas[0]->offset;
+    };
+    if (formulas[0] && std::all_of(formulas.begin(), formulas.end(), isFirst)) {
+        const bool isLinear = std::abs(formulas[0]->gamma - 1.0) < 1e-6 && formulas[0]->toe == 0.0;
+        return isLinear ? Linear() : TransferCurve(*formulas[0]);
+    }
     return TransferCurve(std::move(channels));
 }
 
 double TransferCurve::Light(int channel, double stored) const
 {
-    return m_channels ? Odd((*m_channels)[Index(channel)].light, stored) : stored;
+    return m_data ? Odd(m_data->channels[Index(channel)].light, stored) : stored;
 }
 
 double TransferCurve::Stored(int channel, double light) const
 {
-    return m_channels ? Odd((*m_channels)[Index(channel)].stored, light) : light;
+    return m_data ? Odd(m_data->channels[Index(channel)].stored, light) : light;
 }

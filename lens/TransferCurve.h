@@ -1,4 +1,4 @@
-// What stored values mean as light.
+// Conversion between stored values and light.
 #pragma once
 
 #include <functional>
@@ -6,12 +6,12 @@
 #include <optional>
 #include <vector>
 
-/// Turns stored values of a picture into light and back, per channel: exactly in double, and by tables for every pixel.
+/// Converter between a picture's stored values and light, per channel: exact in double, and by tables for every pixel.
 ///
-/// Curves grow and go through 0, so that black stays black. They go on above 1, for float pictures, and are odd
-/// functions, for negative values there.
+/// Curves rise and pass through 0, so black stays black. For float pictures they continue above 1 and are odd functions
+/// for negative values.
 ///
-/// A value: copies share tables. Any thread may call the functions of one object at the same time.
+/// Value type: copies share tables. Several threads may call the functions of one object at the same time.
 class TransferCurve {
 public:
     /// Stored values are proportional to light.
@@ -21,27 +21,47 @@ public:
     static TransferCurve Srgb();
     /// Light is the stored value to the power of @p gamma, which is above 0.
     static TransferCurve Power(double gamma);
-    /// @p curves: light at stored values evenly spaced from 0 to 1, at least two each; one curve for all channels, or
-    /// three. Between them light is interpolated linearly; above 1 it goes on as a power. Light at 0 counts as black,
-    /// and values that fall count as level. Nothing if a curve doesn't rise at all or holds what is not a number.
+    /// @param curves  light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
+    /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at 0
+    /// counts as black; where a curve falls, it counts as level.
+    /// @return none if a curve never rises or contains NaN.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
-    bool IsLinear() const { return !m_channels; }
+    bool IsLinear() const { return !m_data; }
     /// @p channel is 0 to 2.
     double Light(int channel, double stored) const;
     double Stored(int channel, double light) const;
 
-    /// A function as straight segments over the bits of a float, which divide each octave evenly.
+    /// A line, then a power:
+    ///
+    ///     light = slope v                                for v below toe
+    ///     light = ((v + offset) / (1 + offset)) ^ gamma  from there on
+    ///
+    /// A gain g from 1 on makes of v (v + offset) g^(1 / gamma) - offset, or g v on the line: no power per pixel.
+    struct Formula {
+        double gamma, offset, toe, slope; // a toe of 0: no line
+
+        double Light(double stored) const; // of values above 0
+        double Stored(double light) const;
+    };
+    /// The formula of all channels. Null if the curves are known by points alone.
+    const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
+
+    /// A function as linear segments, indexed by the leading bits of a float: they divide each octave evenly.
     struct Table {
         struct Segment {
             float start, slope; // of start + slope * x
         };
-        float least, greatest; // of x that have segments of their own; the outermost ones go on
+        float least, greatest; // range of x; the outermost segments continue beyond it
         int shift, first;      // the segment of x is (bits of x >> shift) - first
         std::vector<Segment> segments;
+
+        float At(float x) const; // of 0 or more
     };
-    const Table &LightTable(int channel) const { return (*m_channels)[Index(channel)].lightTable; }
-    const Table &StoredTable(int channel) const { return (*m_channels)[Index(channel)].storedTable; }
+    const Table &LightTable(int channel) const { return m_data->channels[Index(channel)].lightTable; }
+    const Table &StoredTable(int channel) const { return m_data->channels[Index(channel)].storedTable; }
+    /// Gains from 1/16 to 16 to the power of 1 / gamma. Null without a formula.
+    const Table *RootTable() const { return ByFormula() ? &m_data->rootTable : nullptr; }
 
 private:
     using Function = std::function<double(double)>; // for arguments above 0
@@ -51,10 +71,15 @@ private:
         Function light, stored;
         Table lightTable, storedTable;
     };
-    using Channels = std::vector<Channel>;
+    struct Data {
+        std::vector<Channel> channels;
+        std::optional<Formula> formula;
+        Table rootTable;
+    };
 
-    explicit TransferCurve(Channels channels) : m_channels(std::make_shared<const Channels>(std::move(channels))) { }
-    size_t Index(int channel) const { return m_channels->size() == 1 ? 0 : static_cast<size_t>(channel); }
+    explicit TransferCurve(std::vector<Channel> channels);
+    explicit TransferCurve(const Formula &formula);
+    size_t Index(int channel) const { return m_data->channels.size() == 1 ? 0 : static_cast<size_t>(channel); }
 
-    std::shared_ptr<const Channels> m_channels; // none: linear
+    std::shared_ptr<const Data> m_data; // none: linear
 };

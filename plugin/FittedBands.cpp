@@ -5,6 +5,9 @@
 
 namespace {
 
+// Sharp sampling works in units of 64 rows, each with the source around it: lower bands repeat that work.
+constexpr int kBandRows = 64;
+
 bool HasAlpha(const KImage &image)
 {
     return image.m_bitmap->ComponentsPerPixel == 4;
@@ -25,13 +28,15 @@ FittedWarp::Sampling SamplingOf(Sampling sampling)
 FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source)
     : m_picture(source),
       m_source(source),
+      m_splitsColors(plan.fit.correction.red || plan.fit.correction.blue),
       m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source))
 {
 }
 
 unsigned short FittedBands::ResultType() const
 {
-    return static_cast<unsigned short>(HasAlpha(m_picture) || m_warp.LeavesEmpty() ? GFL_RGBA : GFL_RGB);
+    const bool isGray = m_picture.type() == GFL_GREY && !m_splitsColors;
+    return HasAlpha(m_picture) || m_warp.LeavesEmpty() ? GFL_RGBA : isGray ? GFL_GREY : GFL_RGB;
 }
 
 int FittedBands::ResultBits() const
@@ -42,9 +47,22 @@ int FittedBands::ResultBits() const
 
 void FittedBands::Fill(KImage &rows, int firstRow)
 {
-    m_band.AllocBitmap(rows.width(), rows.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+    const int end = firstRow + rows.height();
+    for (int row = firstRow, count = 0; row < end; row += count) {
+        if (!m_band.m_bitmap || row < m_firstRow || row >= m_firstRow + m_band.height())
+            MakeBand(row);
+        count = qMin(end, m_firstRow + m_band.height()) - row;
+        m_band.CropCopyTo(0, row - m_firstRow, rows.width(), count, rows, 0, row - firstRow);
+    }
+}
+
+void FittedBands::MakeBand(int firstRow)
+{
+    const int rows = qMin(kBandRows, m_picture.height() - firstRow);
+    if (!m_band.m_bitmap || m_band.height() != rows)
+        m_band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+    m_firstRow = firstRow;
     Render(m_band, firstRow);
-    m_band.CropCopyTo(0, 0, rows.width(), rows.height(), rows, 0, 0);
 }
 
 void FittedBands::FillFloat(KImage &image)
@@ -58,7 +76,7 @@ void FittedBands::Render(KImage &band, int firstRow)
     m_source.Hold(range.first, range.end);
     while (!m_warp.Render(m_source.Image(), m_source.FirstRow(), band, firstRow)) {
         if (range.first == 0 && range.end == m_picture.height())
-            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // nothing more to hold
+            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is held already
         const int more = range.end - range.first;
         range = {qMax(0, range.first - more), qMin(m_picture.height(), range.end + more)};
         m_source.Hold(range.first, range.end);

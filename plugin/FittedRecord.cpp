@@ -55,7 +55,7 @@ QString TextOf(double value)
     return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
-/// Limited to the range; false, and @p value as it was, for what is no number.
+/// Parses a number and clamps it to the range. Returns false, with @p value unchanged, if the text is not a number.
 bool ReadNumber(const QString &text, double least, double most, double *value)
 {
     bool isNumber = false;
@@ -78,7 +78,7 @@ QString FramingText(const FitOptions &options)
     return options.framing == Framing::Factor ? TextOf(options.framingFactor) : WordOf(kFramings, options.framing);
 }
 
-// --- Options of one kind each; an empty text is that of an option that isn't given ---
+// --- Readers and writers of options; an option that isn't given has an empty text ---
 
 template <double FitOptions::*amount> void ReadAmount(const QString &text, FitOptions *options)
 {
@@ -120,7 +120,7 @@ struct OptionRow {
     QString (*text)(const FitOptions &options);
 };
 
-constexpr int kLastingCount = 7; // the first ones of the table
+constexpr int kLastingCount = 7; // the first rows of the table
 const OptionRow kOptions[] = {
     {"Framing", ReadFraming, FramingText},
     {"Sampling", [](const QString &text, FitOptions *options) { ReadWord(kSamplings, text, &options->sampling); },

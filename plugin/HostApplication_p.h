@@ -6,15 +6,15 @@
 
 #include <QCoreApplication>
 
-/// The host, or null without an application or with one that is no host. Never stored: each function that needs it
-/// asks again.
+/// Returns the host; null if there is no application, or one that isn't a host. Don't store it: each function that
+/// needs it calls this again.
 inline KIApplication *HostApplication()
 {
     QCoreApplication *application = QCoreApplication::instance();
     return application ? static_cast<KIApplication *>(application->qt_metacast("KIApplication")) : nullptr;
 }
 
-/// The host, for a function that can't do without: throws a KException if there is none.
+/// Returns the host. Throws a KException if there is none.
 inline KIApplication &NeededHost()
 {
     KIApplication *host = HostApplication();

@@ -27,7 +27,7 @@ const QLatin1String kFalloff("Falloff");
 const QLatin1String kLcpFilename("LCPfilename");
 const QLatin1String kLensPath("LensPath");
 
-// Where the profile maker's own program puts them; the same on every platform, so that settings can travel.
+// Where the profile maker's program stores profiles; the same on every platform, so that settings can be moved.
 const QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
 
 struct Flag {
@@ -60,7 +60,7 @@ bool IsFitted(const QObject &process)
     return process.property("Correction").toString() == QLatin1String("fitted");
 }
 
-/// The options that a new fitted record begins with.
+/// Returns the initial options of a new fitted record.
 FitOptions InitialOptions(KIApplication *host, const QString &uid, const QDomElement &element)
 {
     if (!element.isNull())
@@ -176,9 +176,9 @@ void *KVitreluxOne2One::AllocParameters(QDomElement element)
 QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
 {
     const auto *params = static_cast<const Params *>(parameters);
-    // One for all elements: none keeps its document alive, and the host may keep an element and ask it for that.
+    // One document for all elements: an element doesn't keep its document alive, and the host may keep an element.
     static QDomDocument document(Name());
-    QDomElement element = document.createElement(Name()); // with its blank: readers look for that very tag
+    QDomElement element = document.createElement(Name()); // includes a space: readers expect exactly this tag
     for (const Flag &flag : kFlags)
         element.setAttribute(flag.key, params->*flag.field ? 1 : 0);
     element.setAttribute(kLcpFilename, params->lcpFilename);
@@ -210,7 +210,7 @@ void KVitreluxOne2One::FreeParameters(void *parameters)
 
 void KVitreluxOne2One::SaveDefaultSettings(void *parameters)
 {
-    // The defaults are made before a host can choose the mode: they take it over with the first fitted record.
+    // The defaults are created before a host can choose the mode, so they become fitted with the first fitted record.
     if (static_cast<const Params *>(parameters)->fitted && !m_defaults->fitted)
         m_defaults->fitted.emplace();
     CopyParameters(m_defaults, parameters);
@@ -219,7 +219,7 @@ void KVitreluxOne2One::SaveDefaultSettings(void *parameters)
 void KVitreluxOne2One::SetFiles(QStringList files)
 {
     if (m_page)
-        m_page->Clear(); // before what it shows is freed
+        m_page->Clear(); // before the records that it shows are freed
     for (void *params : qAsConst(m_params))
         FreeParameters(params);
     m_params.clear();
@@ -228,7 +228,7 @@ void KVitreluxOne2One::SetFiles(QStringList files)
         const auto freeRecord = [this](void *record) { FreeParameters(record); };
         std::unique_ptr<void, decltype(freeRecord)> params(AllocParameters(QDomElement()), freeRecord);
         void *&slot = m_params[host.ImageDefOf(file)];
-        FreeParameters(slot); // a file that the job names twice has one record
+        FreeParameters(slot); // a file that is in the job twice has one record
         slot = params.release();
     }
     if (m_page)

@@ -19,27 +19,27 @@ class UIVitreluxPage;
 class newLCP;
 struct FittedPlan;
 
-/// Lives on the host's GUI thread. For other threads are: Process on an image in memory, with a record and an image of
-/// that thread's own; and Process on a file, while the GUI thread leaves this object alone.
+/// Lives on the host's GUI thread. Other threads may call Process on an image in memory, with a record and an image
+/// that no other thread uses, and Process on a file while the GUI thread doesn't use this object.
 ///
-/// The dynamic property "Correction" with the value "fitted" makes records that are allocated from then on fitted ones;
-/// a record keeps its mode for life. Without it nothing of FittedRecord is read, asked for, written or stored.
+/// While the dynamic property "Correction" has the value "fitted", new records are fitted; a record never changes its
+/// mode. Without it nothing of FittedRecord is read, written or stored.
 ///
-/// The sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the way of the pixels, _Fitted.cpp
-/// that of fitted records, _Lookup.cpp the search for a profile.
+/// Sources: KVitreluxOne2One.cpp has records, settings and job, _Process.cpp the plain processing of pixels,
+/// _Fitted.cpp that of fitted records, _Lookup.cpp the search for a profile.
 class KVitreluxOne2One : public QObject, public KIPluginOne2One {
     Q_OBJECT
     Q_INTERFACES(KIPluginOne2One:KIPluginProcess : KIAbout)
 public:
-    /// The record behind every opaque pointer: what is to be done to one image.
+    /// Parameter record of one image, the type behind every opaque pointer.
     struct Params {
         bool disto = false;   // correct geometric distortion
         bool ca = false;      // correct chromatic aberration
         bool falloff = false; // correct vignetting
-        float scale = 1.0f;   // working image to full image; only a preview sets another value, and it is never stored
-        QString lcpFilename;  // whole path of the profile; empty: not yet looked up, if fitted: found automatically
+        float scale = 1.0f;   // size of the working image over the full one; set only by previews, never stored
+        QString lcpFilename;  // path of the profile; empty: not yet looked up or, if fitted, found automatically
 
-        std::optional<FittedRecord> fitted; // none: a plain record, of which all of the above is the whole
+        std::optional<FittedRecord> fitted; // none: a plain record, which has only the fields above
 
         Corrections Chosen() const { return {disto, ca, falloff}; }
     };
@@ -56,23 +56,23 @@ public:
     QIcon Icon() const override;
     QString UID() const override;
 
-    /// Made by the first call, without a parent. A host may put it into a wizard and delete it with that; the next call
-    /// then makes a new one, for the next SetFiles. Null without a QApplication.
+    /// Returns the page, created by the first call without a parent. A host may add it to a wizard and delete it with
+    /// the wizard; the next call then creates a new one, for the next SetFiles. Null without a QApplication.
     QWizardPage *WizardPage() override;
-    /// Stores the defaults, and with a page the profile folder too.
+    /// Stores the defaults and, if there is a page, the profile folder.
     void OnValidatePage() override;
-    /// The stored settings for a null element. An element overrides all four fields: an attribute that is missing
-    /// clears what the settings gave. Fitted, it states the options too, and without it the stored lasting ones count.
+    /// Allocates a record with the stored settings if @p element is null. Otherwise the element sets all four fields,
+    /// where a missing attribute clears the field, and the options of a fitted record.
     void *AllocParameters(QDomElement element) override;
     QDomElement GetXmlParameters(void *parameters) override;
-    /// All but mode, typed facts, "Again" and report, which each record keeps for itself.
+    /// Copies all but mode, typed facts, "Again" and report, which belong to one picture.
     void CopyParameters(void *destination, void *source) override;
     void FreeParameters(void *parameters) override;
     QIcon BeforeAfter() const override;
 
-    /// Corrects the image of @p fileName at full size into "<base>_corrected.tiff" beside it: deflate, four channels at
-    /// 8 or 16 bits, or three float channels, as deep as the source; ICC profile, IPTC and EXIF of the source carried
-    /// over. Throws KException; an existing file of that name is then as it was.
+    /// Corrects the image of @p fileName at full size to "<base>_corrected.tiff" next to it: a deflate-compressed TIFF
+    /// of the source's depth, with four channels of 8 or 16 bits or three float channels, and with the source's ICC
+    /// profile, IPTC and EXIF. Throws KException; an existing file of that name is then unchanged.
     void Process(QString fileName, void *parameters, QString &outputFileName) override;
     void SetFiles(QStringList files) override;
     QDomElement GetFileXmlParams(QString file) override;
@@ -80,20 +80,20 @@ public:
     /// Makes @p parameters the record that OnValidatePage stores.
     virtual void SaveDefaultSettings(void *parameters);
 
-    /// Corrects item.second, four float channels, in place; item.first describes it. A record without a profile gets
-    /// one looked up and the pixels stay as they are: a second run corrects. Square and upright images are turned,
-    /// since a profile describes a landscape frame. Throws KException.
+    /// Corrects item.second, four float channels, in place; item.first describes it. If the record has no profile, one
+    /// is looked up and the pixels stay unchanged: a second run corrects. Square and upright images are treated as
+    /// turned, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 
-    /// Whole paths of the profiles that fit the image's camera and lens, best first. @p message gets a text for the
-    /// user or stays as it was.
+    /// Returns the paths of the profiles that fit the image's camera and lens, best first. @p message receives a text
+    /// for the user or stays unchanged.
     QStringList GetLCPfilename(KIImageDef *image, QString &message);
 
-    /// Folder in which profiles are sought.
+    /// Returns the folder that is searched for profiles.
     QString LensPath() const { return m_lensPath; }
     void SetLensPath(const QString &folder) { m_lensPath = folder; }
 
-    /// The icon that the library and the process share.
+    /// Returns the icon of both the library and the process.
     static QIcon ProcessIcon();
 
 private:

@@ -1,6 +1,7 @@
-// The fitted correction: the profile is fitted to the picture, found if none was chosen, and applied exactly.
+// The fitted correction: finds a profile if none was chosen, fits it to the picture and applies it.
 #include "KVitreluxOne2One.h"
 
+#include "CorrectionRecord.h"
 #include "FittedBands.h"
 #include "ImageDatas.h"
 #include "KIImageDef.h"
@@ -14,7 +15,7 @@
 
 namespace {
 
-/// One for each set of folders in the process, so that threads of a job read the index once.
+/// Returns a fitter shared by all users of the same folders, so that the threads of a job read the index once.
 std::shared_ptr<PictureFitter> FitterOf(const QStringList &folders)
 {
     static QMutex mutex;
@@ -37,50 +38,56 @@ FitOptions OptionsOf(const KVitreluxOne2One::Params &params)
     return options;
 }
 
-QString DoneText(const FitResult &fit)
-{
-    QStringList done;
-    if (fit.distortion)
-        done << QStringLiteral("distortion");
-    if (fit.chromatic)
-        done << QStringLiteral("lateral color");
-    if (fit.vignetting)
-        done << QStringLiteral("vignetting");
-    return done.join(QStringLiteral(", "));
-}
-
 FitReport ReportOf(const FitResult &fit)
 {
     FitReport report;
     report.profile = fit.profile;
     report.entries = fit.entries;
     report.assumed = fit.assumed.join(QStringLiteral("; "));
-    report.done = DoneText(fit);
+    report.done = CorrectionsText(fit);
     report.why = fit.why;
     return report;
 }
 
+/// A gray picture has one place per pixel: green's.
+void LeaveOutColor(FitResult *fit)
+{
+    if (!fit->correction.red && !fit->correction.blue)
+        return;
+    fit->correction.red.reset();
+    fit->correction.blue.reset();
+    fit->chromatic = false;
+    const QString note = QStringLiteral("left out: lateral color: the picture is gray");
+    fit->assumed << note;
+    if (!fit->correction.ChangesAnything())
+        fit->why = note;
+}
+
 } // namespace
 
-/// Where profiles are searched: the folder of the settings; if there is none such here, the user's usual places.
+/// Returns the folders searched for profiles: the one in the settings if it exists, otherwise the default ones.
 QStringList KVitreluxOne2One::ProfileFolders() const
 {
     return QDir::isAbsolutePath(m_lensPath) && QDir(m_lensPath).exists() ? QStringList{m_lensPath}
                                                                          : DefaultProfileFolders();
 }
 
-/// Fits the record's profile, or the one that is found, and reports it in the record. Throws KException with the reason
-/// if nothing is to be corrected.
+/// Fits the record's profile, or the one that is found, and stores the report in the record. Throws KException with the
+/// reason if nothing is to be corrected.
 ///
-/// @param pixels  the size of the pixels at hand; empty: the file's.
+/// @param pixels  the size of the pixels in memory; empty: the file's.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
                                      Params &params) const
 {
-    PictureFacts facts = ReadPictureFacts(fileName, nullptr);
+    FittedPlan plan;
+    PictureFacts &facts = plan.facts;
+    facts = ReadPictureFacts(fileName, nullptr);
     if (!pixels.isEmpty())
         facts.pixels = pixels;
-    FittedPlan plan;
     plan.fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
+    constexpr int kGrayBands = 1;
+    if (def->nBands() == kGrayBands)
+        LeaveOutColor(&plan.fit);
     if (plan.fit.vignetting) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);
@@ -99,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: they may not be needed
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded, which may be unnecessary
     KImage source;
     {
         const FullSizeLock full(def);
@@ -114,13 +121,14 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
     const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
-    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName,
+                      CorrectionRecord(plan.fit, plan.facts, OptionsOf(params)));
 }
 
 void KVitreluxOne2One::ProcessFitted(KIImageDef *def, KImage &image, Params &params)
 {
     const FittedPlan plan = PlanFor(def, def->FileName(), QSize(image.width(), image.height()), params);
-    KImage source; // the warp reads around the pixel that it writes
+    KImage source; // a copy, because the warp reads around the pixel that it writes
     image.Convert(source, GFL_RGBA, 32);
     FittedBands(plan, Sampling::Bilinear, source).FillFloat(image);
 }

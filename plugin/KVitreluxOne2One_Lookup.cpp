@@ -1,5 +1,4 @@
-// The search for the profile of an image: from its maker to a folder, from its camera to the files there, from its lens
-// to one of them.
+// The search for the profile of an image: the maker selects a folder, the camera files in it, the lens one of them.
 #include "KVitreluxOne2One.h"
 
 #include "ImageDef.h"
@@ -14,13 +13,13 @@ bool Holds(const QString &text, const QString &part)
     return text.contains(part, Qt::CaseInsensitive);
 }
 
-/// "NIKON CORPORATION" gives "NIKON".
+/// Returns the first word of a maker's name: "NIKON" of "NIKON CORPORATION".
 QString BrandOf(const QString &makerName)
 {
     return makerName.split(QRegExp(QStringLiteral("\\W+")), Qt::SkipEmptyParts).value(0);
 }
 
-/// The folder of a brand, or the current one if there is none.
+/// Returns the folder of a brand; the current one if there is none.
 QDir FolderOf(const QString &brand, const QDir &base)
 {
     const QStringList entries = base.entryList();
@@ -42,7 +41,7 @@ QStringList FilesHolding(const QString &modelName, const QDir &folder)
     return files;
 }
 
-/// What stands before "mm" in a lens's name, "10-20"; in several places, in the last; empty if in none.
+/// Returns the text before the last "mm" in a lens name, for example "10-20"; empty if there is none.
 QString FocalOf(const QStringList &words)
 {
     QString focal;
@@ -53,7 +52,7 @@ QString FocalOf(const QStringList &words)
     return focal;
 }
 
-/// How many of the words behind the first, which is the maker, a file's name holds.
+/// Returns how many of the words after the first, which is the maker, a file name contains.
 int Score(const QString &file, const QStringList &words)
 {
     int score = 0;
@@ -62,7 +61,7 @@ int Score(const QString &file, const QStringList &words)
     return score;
 }
 
-/// The file that says most of the lens, the first among equals; empty if none says anything.
+/// Returns the first file whose name contains the most words of the lens name; empty if none contains any.
 QString BestMatch(const QStringList &files, const QString &lens)
 {
     const QStringList words = lens.split(QRegExp(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
@@ -96,7 +95,7 @@ QStringList Lookup(const ShootingInformation &shooting, LensIDProperties &databa
         return {};
     }
     if (lenses.size() > 1)
-        return lenses; // names of lenses, which are no files: whoever opens the first finds nothing
+        return lenses; // lens names instead of paths: opening the first one fails
     const QString best = BestMatch(files, lenses.first());
     if (best.isEmpty())
         return {};
@@ -108,7 +107,7 @@ QStringList Lookup(const ShootingInformation &shooting, LensIDProperties &databa
 
 QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *image, QString &message)
 {
-    // A description of the host's own making can't tell its camera.
+    // A description of another class, made by the host, has no camera.
     const auto *described = dynamic_cast<const ImageDef *>(image);
     if (!described)
         return {};
@@ -117,7 +116,7 @@ QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *image, QString &message
     if (!image->HasExif())
         return {};
     const ShootingInformation shooting = described->m_shooting;
-    ImageDef::g_Lenses.Initialize(); // this module's own table: the picture may come from the host's
+    ImageDef::g_Lenses.Initialize(); // this module's table: the picture may be from the host's module
     LensIDProperties lenses(ImageDef::g_Lenses);
 
     const QString brand = BrandOf(shooting.makerName);

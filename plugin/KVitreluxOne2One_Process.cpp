@@ -1,4 +1,4 @@
-// The way of the pixels: from a file to the corrected file, and the correction of an image in memory.
+// Processing of pixels: from a file to the corrected file, and the correction of an image in memory.
 #include "KVitreluxOne2One.h"
 
 #include "FloatRows.h"
@@ -25,17 +25,17 @@ QString CorrectedFileName(const QString &fileName)
 }
 
 /// A profile describes a landscape frame. Upright and square pictures are corrected as if they were turned into it and
-/// back; what no model writes is black there, as after a turn into a cleared image.
+/// back; pixels that no model writes are black there, as after a turn into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
 {
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// Makes bands of the corrected picture in another form. Float pixels of source and result never need more than the
-/// memory of some rows, and are converted while they are in the caches.
+/// Renderer of bands of the corrected picture in the form of the output file. Only a few rows of source and result
+/// exist as floats at a time, and are converted while they are in the caches.
 class CorrectedBands {
 public:
-    /// @p source must outlive the object. Without @p lcp the picture stays as it is.
+    /// @p source must outlive the object. Without @p lcp the picture is not corrected.
     CorrectedBands(const std::optional<newLCP> &lcp, const KImage &source, Corrections corrections)
         : m_frame(FrameOf(source)), m_height(source.height()), m_source(source)
     {
@@ -63,7 +63,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            const int more = range.end - range.first; // at last the whole picture, where nothing is missed
+            const int more = range.end - range.first; // the whole picture in the end, where nothing is missed
             range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
             m_source.Hold(range.first, range.end);
         }
@@ -78,8 +78,8 @@ private:
 
 } // namespace
 
-/// The profile to correct with now: of the record, at its scale. None where nothing is to be done, and where the record
-/// has none yet: it then gets one looked up, and the next run corrects.
+/// Returns the record's profile at its scale; none if nothing is to be corrected, or if the record has no profile yet:
+/// then one is looked up, and the next run corrects.
 std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &params)
 {
     if (params.lcpFilename.isEmpty()) {
@@ -91,7 +91,7 @@ std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &param
     }
     if (!params.Chosen().Any())
         return std::nullopt;
-    bool ok = true; // not looked at: what is no profile has no models, and nothing is corrected
+    bool ok = true; // ignored: a file that isn't a profile has no models, so nothing is corrected
     QString whyNotRead;
     newLCP lcp(params.lcpFilename, ok, &whyNotRead);
     if (!whyNotRead.isEmpty())
@@ -108,7 +108,7 @@ void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *paramet
     std::optional<newLCP> lcp = ProfileOf(item.first, params);
     if (!lcp)
         return;
-    KImage source; // the warp reads around the pixel that it writes
+    KImage source; // a copy, because the warp reads around the pixel that it writes
     item.second->Convert(source, GFL_RGBA, 32);
     if (FrameOf(source) == FloatWarp::Frame::Landscape) {
         lcp->Render(source, *item.second, params.disto, params.ca, params.falloff, kInterpolated);
@@ -135,13 +135,13 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         const FullSizeLock full(def);
         if (!full.Image())
             ThrowNotLoaded(fileName);
-        const KImage &image = *full.Image(); // has to be given back before the file is written
+        const KImage &image = *full.Image(); // must be returned before the file is written
         image.Convert(source, image.type(), image.bitsPerComponent());
         lcp = ProfileOf(def, params);
     }
     CorrectedBands bands(lcp, source, params.Chosen());
     const int depth = def->nDepth();
-    const bool isFloat = depth > 16; // without alpha then
+    const bool isFloat = depth > 16; // written without alpha
     const KImage::RowsToWrite rows = {source.width(), source.height(),
                                       static_cast<unsigned short>(isFloat ? GFL_RGB : GFL_RGBA), isFloat ? 32 : depth,
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};

@@ -4,14 +4,14 @@
 #include "KIAbout.h"
 #include "KIPluginLibrary.h"
 
-/// One lives per load. GUI thread only.
+/// One object per load. GUI thread only.
 class Library : public QObject, public KIPluginLibrary, public KIAbout {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "com.brelt.vitrelux")
     Q_INTERFACES(KIPluginLibrary KIAbout)
 public:
-    /// Loads the translation for the host's language and takes over the kernels that the host shares. Without a host
-    /// it does neither.
+    /// Loads the translation for the host's language and adopts the kernels that the host shares. Does neither without
+    /// a host.
     Library();
     /// Deletes the process objects that still exist and stops the image module.
     ~Library() override;

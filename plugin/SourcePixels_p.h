@@ -7,7 +7,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 
-/// Borrows an image's full-size pixels for a scope, so that an exception gives them back too.
+/// Borrows an image's full-size pixels for a scope, so that an exception returns them too.
 class FullSizeLock {
 public:
     explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }

@@ -1,5 +1,7 @@
 #include "DoneBefore_p.h"
 
+#include "FitOptions.h"
+
 #include <algorithm>
 
 namespace {
@@ -87,6 +89,35 @@ void FindDeveloped(const MetadataLookup &metadata, PictureFacts *facts)
         Set(&facts->chromaticDone, QStringLiteral("XMP crs:AutoLateralCA"));
 }
 
+/// A correction in our own record; the names are those of FitTask.
+struct RecordRow {
+    QLatin1String name;
+    Done done;
+    bool PictureFacts::*tried;
+    bool FitOptions::*wanted;
+};
+
+const RecordRow kRecord[] = {
+    {QLatin1String("distortion"), &PictureFacts::distortionDone, &PictureFacts::distortionTried,
+     &FitOptions::distortion},
+    {QLatin1String("lateral color"), &PictureFacts::chromaticDone, &PictureFacts::chromaticTried,
+     &FitOptions::chromatic},
+    {QLatin1String("vignetting"), &PictureFacts::vignettingDone, &PictureFacts::vignettingTried,
+     &FitOptions::vignetting},
+};
+
+/// Reads what an earlier run of ours wrote, see docs/fitting.md.
+void FindOwnRecord(const MetadataLookup &metadata, PictureFacts *facts)
+{
+    const auto names = [&](const char *key) { return metadata.Text(key).raw.split(QStringLiteral(", ")); };
+    const QStringList made = names("Xmp.vitrelux.Corrections"), requested = names("Xmp.vitrelux.Requested");
+    for (const RecordRow &row : kRecord) {
+        if (made.contains(row.name))
+            Set(&(facts->*row.done), QStringLiteral("XMP vitrelux:Corrections"));
+        facts->*row.tried = requested.contains(row.name) && !made.contains(row.name);
+    }
+}
+
 bool IsSelfCorrecting(const PictureFacts &facts)
 {
     const auto begins = [](const Fact<QString> &fact, const char *text) {
@@ -103,6 +134,7 @@ void FindDoneBefore(const MetadataLookup &metadata, PictureFacts *facts)
 {
     if (facts->raw)
         return;
+    FindOwnRecord(metadata, facts);
     FindDeveloped(metadata, facts);
     for (const SwitchRule &rule : kSwitches) {
         const double value = metadata.Numbers(rule.key).value(rule.index);
@@ -113,4 +145,20 @@ void FindDoneBefore(const MetadataLookup &metadata, PictureFacts *facts)
         return;
     for (Done done : {&PictureFacts::distortionDone, &PictureFacts::chromaticDone, &PictureFacts::vignettingDone})
         Set(&(facts->*done), QStringLiteral("%1 corrects its pictures by itself").arg(facts->model.value));
+}
+
+bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
+{
+    if (options.again)
+        return false;
+    bool isAnyDone = false, isAnyTried = false;
+    for (const RecordRow &row : kRecord) {
+        if (!(options.*row.wanted))
+            continue;
+        if (!(facts.*row.done).value && !(facts.*row.tried))
+            return false;
+        isAnyDone = isAnyDone || (facts.*row.done).value;
+        isAnyTried = isAnyTried || facts.*row.tried;
+    }
+    return isAnyDone || !isAnyTried;
 }

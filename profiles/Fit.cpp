@@ -5,18 +5,42 @@
 #include "PictureFrame.h"
 #include "ProfileBlend.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <unordered_map>
 
 namespace {
 
 /// The picture's frame for an entry, shared by all entries with the same frame.
 struct KnownFrame {
-    const ProfileEntry *of;
     std::optional<EntryFrame> frame;
     QString why; // if none
 };
-constexpr int kKnownFrames = 8;
+
+/// An entry as a key: equal to another that lies in the same frame of the same camera.
+struct FramedEntry {
+    const ProfileEntry *entry;
+
+    bool operator==(const FramedEntry &other) const
+    {
+        const ProfileEntry &a = *entry, &b = *other.entry;
+        return a.width == b.width && a.height == b.height && a.sensorFormatFactor == b.sensorFormatFactor
+            && a.make == b.make && a.model == b.model && a.uniqueModel == b.uniqueModel && a.cameraName == b.cameraName
+            && (a.focalMm > 0.0) == (b.focalMm > 0.0);
+    }
+};
+
+struct FramedEntryHash {
+    std::size_t operator()(const FramedEntry &key) const
+    {
+        const ProfileEntry &entry = *key.entry; // the rest rarely differs
+        return qHash(entry.model) ^ (qHash(entry.cameraName) << 1) ^ (qHash(entry.uniqueModel) << 2)
+            ^ qHash(entry.width);
+    }
+};
 
 class Fitting {
 public:
@@ -42,7 +66,8 @@ public:
         for (int i = 0; i < 3; ++i)
             parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));
         MakeMaps(parts);
-        FrameResult(m_options, &m_result);
+        const bool isFisheye = !parts[0].isEmpty() && parts[0][0].entry->kind == ProfileEntry::Kind::Fisheye;
+        FrameResult(m_options, isFisheye, &m_result);
         Tell();
         return m_result;
     }
@@ -104,11 +129,11 @@ private:
     std::optional<EntryFrame> FrameOf(int index, QString *why)
     {
         const ProfileEntry &entry = m_profile.entries[index];
-        const KnownFrame &known = KnownFrameOf(entry);
+        const auto &[of, known] = KnownFrameOf(entry);
         std::optional<EntryFrame> frame = known.frame;
         *why = known.why;
         if (frame && frame->focalLength > 0.0)
-            frame->focalLength *= entry.focalMm / known.of->focalMm;
+            frame->focalLength *= entry.focalMm / of.entry->focalMm;
         if (frame && !HasFocalLengths(entry) && !(frame->focalLength > 0.0)) {
             *why = QStringLiteral("the size of the frame that the profile was made from is unknown");
             return std::nullopt;
@@ -116,25 +141,14 @@ private:
         return frame;
     }
 
-    const KnownFrame &KnownFrameOf(const ProfileEntry &entry)
-    {
-        const auto found = std::find_if(m_frames.cbegin(), m_frames.cend(),
-                                        [&](const KnownFrame &one) { return IsFramedAlike(entry, *one.of); });
-        if (found != m_frames.cend())
-            return *found;
-        if (m_frames.size() == kKnownFrames)
-            m_frames.removeFirst();
-        KnownFrame known{&entry, std::nullopt, QString()};
-        known.frame = m_frame.Under(entry, !m_options.profile.isEmpty(), &known.why);
-        m_frames.append(known);
-        return m_frames.constLast();
-    }
+    using Frames = std::unordered_map<FramedEntry, KnownFrame, FramedEntryHash>;
 
-    static bool IsFramedAlike(const ProfileEntry &a, const ProfileEntry &b)
+    const Frames::value_type &KnownFrameOf(const ProfileEntry &entry)
     {
-        return a.width == b.width && a.height == b.height && a.sensorFormatFactor == b.sensorFormatFactor
-            && a.make == b.make && a.model == b.model && a.uniqueModel == b.uniqueModel && a.cameraName == b.cameraName
-            && (a.focalMm > 0.0) == (b.focalMm > 0.0);
+        const auto [place, isNew] = m_frames.try_emplace({&entry});
+        if (isNew)
+            place->second.frame = m_frame.Under(entry, !m_options.profile.isEmpty(), &place->second.why);
+        return *place;
     }
 
     static bool HasFocalLengths(const ProfileEntry &entry)
@@ -156,11 +170,20 @@ private:
         Correction &to = m_result.correction;
         const BlendParts &geometry = parts[0], &color = parts[1], &light = parts[2];
         if (!geometry.isEmpty())
-            to.geometry = m_blend.Geometry(geometry, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
-        if (Any(color, &ProfileEntry::redGreen))
-            to.red = m_blend.Color(color, &ProfileEntry::redGreen, m_tasks[1].amount);
-        if (Any(color, &ProfileEntry::blueGreen))
-            to.blue = m_blend.Color(color, &ProfileEntry::blueGreen, m_tasks[1].amount);
+            MakeMap(m_tasks[0], geometry, &to.geometry, [&](const BlendParts &of) {
+                return m_blend.Geometry(of, !color.isEmpty(), m_options.projection, m_tasks[0].amount);
+            });
+        for (auto [map, model] :
+             {std::pair(&to.red, &ProfileEntry::redGreen), std::pair(&to.blue, &ProfileEntry::blueGreen)}) {
+            if (Any(color, model) && !m_result.colorEntries.isEmpty())
+                MakeMap(m_tasks[1], color, map, [&, model = model](const BlendParts &of) {
+                    return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
+                });
+        }
+        if (m_result.colorEntries.isEmpty()) { // one color alone would be worse than none
+            to.red.reset();
+            to.blue.reset();
+        }
         if (!light.isEmpty())
             to.light = m_blend.Light(light, m_tasks[2].amount);
         m_result.distortion = to.geometry.has_value();
@@ -168,9 +191,48 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
+    /// Makes a map of these entries. Leaves it out if it can't be used: the reason names the entry at fault.
+    void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
+                 const std::function<RadialMap(const BlendParts &)> &make)
+    {
+        *to = make(parts);
+        QString why = WhyUseless(**to, m_facts.pixels);
+        if (why.isEmpty())
+            return;
+        const ProfileEntry *entry = parts.first().entry;
+        for (BlendPart one : parts) {
+            one.weight = 1.0;
+            const QString alone = WhyUseless(make({one}), m_facts.pixels);
+            if (alone.isEmpty())
+                continue;
+            entry = one.entry;
+            why = alone;
+            break;
+        }
+        m_leftOut.Add(task, QStringLiteral("%1 (line %2) %3").arg(EntryText(*entry)).arg(entry->line).arg(why));
+        WeightsOf(task.quantity)->clear();
+        to->reset();
+    }
+
+    /// Oddities of the entries used, as found when the file was read.
+    void AddNotes()
+    {
+        QSet<int> used;
+        for (const auto *weights : {&m_result.geometryEntries, &m_result.colorEntries, &m_result.lightEntries})
+            for (const EntryWeight &one : *weights)
+                used.insert(one.entry);
+        for (const ProfileNote &note : m_profile.notes)
+            if (used.contains(note.entry))
+                m_result.assumed << QStringLiteral("odd in the profile: %1").arg(note.text);
+    }
+
     void Tell()
     {
+        AddNotes();
         m_result.assumed.removeDuplicates();
+        for (const auto *weights : {&m_result.lightEntries, &m_result.colorEntries, &m_result.geometryEntries})
+            if (!weights->isEmpty())
+                m_result.profileName = m_profile.entries[weights->first().entry].profileName;
         m_result.entries = EntriesText(m_profile, m_result);
         m_result.why = m_leftOut.Text();
     }
@@ -184,7 +246,7 @@ private:
     const ProfileBlend m_blend;
     FitResult m_result;
     LeftOut m_leftOut;
-    QVector<KnownFrame> m_frames; // entries of a profile rarely differ in it
+    Frames m_frames;
 };
 
 } // namespace

@@ -12,6 +12,7 @@ struct FitResult {
     Correction correction;
     bool distortion = false, chromatic = false, vignetting = false; // corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
+    QString profileName;                                            // as the profile calls itself; may be empty
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
     QString entries;          // readable: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
     QStringList assumed;      // one readable line per assumption

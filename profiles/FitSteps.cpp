@@ -1,6 +1,8 @@
 #include "FitSteps_p.h"
 
+#include "CorrectionTwin.h"
 #include "Framing.h"
+#include "LensName.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +17,21 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
     if (fact.Known() && fact.value > 0.0)
         return fact.value;
     return std::nullopt;
+}
+
+/// Whether a corner of the source is farther from the center than what the geometric map reaches.
+bool GoesOnBeyondEnd(const Correction &correction)
+{
+    if (!correction.geometry)
+        return false;
+    const RadialMap &map = *correction.geometry;
+    const double endSquared = map.endRadius * map.endRadius;
+    if (!(endSquared <= map.factor.EndSquared())) // farther out than any framing shows
+        return false;
+    const double reach = map.endRadius * map.factor.AtSquared(endSquared);
+    return std::hypot(std::max(map.centerX, correction.width - 1.0 - map.centerX),
+                      std::max(map.centerY, correction.height - 1.0 - map.centerY))
+        > reach;
 }
 
 } // namespace
@@ -43,9 +60,11 @@ QString WhyRefused(const PictureFacts &facts)
 
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
 {
-    if (!typed.body.isEmpty()) // makers are also recognized inside the typed text
-        return {facts.make.value.isEmpty() ? typed.body : facts.make.value + QLatin1Char(' ') + typed.body, typed.body};
-    return {facts.make.value, facts.model.value};
+    if (typed.body.isEmpty())
+        return {facts.make.value, facts.model.value};
+    const QString body = typed.body.simplified(), first = body.section(QLatin1Char(' '), 0, 0);
+    const bool namesMaker = first != body && IsMakerName(first);
+    return {namesMaker ? first : facts.make.value, body};
 }
 
 /// Twice the profile's amount is enough for any use, and keeps all values finite.
@@ -57,9 +76,12 @@ static double Amount(double asked)
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
 {
     return {{
-        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone},
-        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone},
-        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone},
+        {Quantity::Geometry, "distortion", options.distortion, Amount(options.amountDistortion), facts.distortionDone,
+         facts.distortionTried},
+        {Quantity::Color, "lateral color", options.chromatic, Amount(options.amountChromatic), facts.chromaticDone,
+         facts.chromaticTried},
+        {Quantity::Light, "vignetting", options.vignetting, Amount(options.amountVignetting), facts.vignettingDone,
+         facts.vignettingTried},
     }};
 }
 
@@ -68,8 +90,11 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
     if (!task.isWanted)
         return false;
     const bool isChosen = !options.profile.isEmpty(); // by a user who knows the picture
-    if (task.done.value && !options.again && !isChosen)
+    const bool isAnew = options.again || isChosen;
+    if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
+    else if (task.tried && !isAnew)
+        Add(task, QStringLiteral("an earlier run could not correct it (XMP vitrelux:Requested)"));
     else if (!(task.amount > 0.0))
         Add(task, QStringLiteral("its amount is 0"));
     else
@@ -97,9 +122,39 @@ QString LeftOut::Text() const
     return reasons.join(QStringLiteral("; "));
 }
 
-void FrameResult(const FitOptions &options, FitResult *result)
+QString WhyUseless(const RadialMap &map, const QSize &pixels)
+{
+    constexpr int kCells = 32;
+    constexpr double kLeastShare = 0.05; // strong fisheyes and zoomed crops keep more
+    Correction alone;
+    alone.width = pixels.width();
+    alone.height = pixels.height();
+    alone.geometry = map;
+    const CorrectionTwin twin(alone);
+    int kept = 0, folded = 0;
+    for (int y = 0; y < kCells; ++y) {
+        for (int x = 0; x < kCells; ++x) {
+            const SourcePlaces places =
+                twin.At((x + 0.5) / kCells * pixels.width() - 0.5, (y + 0.5) / kCells * pixels.height() - 0.5);
+            kept += !twin.IsEmpty(places);
+            folded += places.folded;
+        }
+    }
+    constexpr int kAll = kCells * kCells;
+    if (kept >= kLeastShare * kAll)
+        return QString();
+    const QString text = QStringLiteral("leaves %1 % of the picture").arg(100.0 * kept / kAll, 0, 'f', 0);
+    return folded >= kAll / 2
+        ? text + QStringLiteral(": it folds back %1 px from the center").arg(map.endRadius, 0, 'f', 0)
+        : text + QStringLiteral(": the rest comes from outside");
+}
+
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result)
 {
     Correction &correction = result->correction;
+    if (isFisheye && options.projection == Projection::Rectilinear && GoesOnBeyondEnd(correction))
+        result->assumed << QStringLiteral("the photograph goes on beyond 85 degrees from the axis, where rectilinear "
+                                          "pictures end; other projections show more");
     const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);
     correction.zoom = result->zoom = framing.zoom;
     if (framing.isBounded)
@@ -107,5 +162,5 @@ void FrameResult(const FitOptions &options, FitResult *result)
     if (!correction.ChangesPositions())
         return;
     result->fieldShare = FieldShare(correction);
-    result->leavesEmpty = LeavesEmpty(correction);
+    result->leavesEmpty = !framing.isFull && LeavesEmpty(correction);
 }

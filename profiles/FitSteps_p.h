@@ -9,18 +9,20 @@
 
 /// Returns the picture's setting: typed by the user, otherwise read from the file.
 Setting SettingOf(const PictureFacts &facts, const TypedFacts &typed);
+/// Returns the picture's body: typed by the user, with or without its maker, otherwise read from the file.
 PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed);
 
-/// A request for one of the three corrections.
 /// Returns why no profile can be fitted to the picture; empty if one can.
 QString WhyRefused(const PictureFacts &facts);
 
+/// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
-    const char *name; // for people
+    const char *name; // in messages
     bool isWanted;
     double amount;
     Fact<bool> done;
+    bool tried; // by an earlier run of ours, in vain
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
@@ -32,12 +34,16 @@ public:
     /// Whether the correction is requested and allowed; otherwise records the reason if it was requested.
     bool Allows(const FitTask &task, const FitOptions &options);
     void Add(const FitTask &task, const QString &why);
-    /// "distortion, vignetting: corrected before (...)" in one line; empty if nothing was left out.
+    /// Returns one line such as "distortion, vignetting: corrected before (...)"; empty if nothing was left out.
     QString Text() const;
 
 private:
-    QVector<QPair<QString, QString>> m_reasons; // names, and why
+    QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
 
-/// Frames the result's correction and fills in its effect on the field of view.
-void FrameResult(const FitOptions &options, FitResult *result);
+/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+QString WhyUseless(const RadialMap &map, const QSize &pixels);
+
+/// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a
+/// fisheye lens ends before the photograph does.
+void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

@@ -25,7 +25,7 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-/// Uses only its positions.
+/// Returns a twin of the unframed correction, for positions only.
 CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;
@@ -33,7 +33,7 @@ CorrectionTwin Unframed(Correction correction)
     return CorrectionTwin(correction);
 }
 
-/// Returns the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
+/// Search of the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
 class FillSearch {
 public:
     explicit FillSearch(const Correction &correction)
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    double Zoom()
+    FramingZoom Run()
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kLeastZoom);
@@ -52,9 +52,9 @@ public:
             if (AddEmptyPixels(zoom, step))
                 zoom = Bisect(zoom);
             else if (step == 1)
-                break;
+                return {zoom, false, /*isFull=*/true};
         }
-        return zoom;
+        return {zoom, false, false};
     }
 
 private:
@@ -156,14 +156,18 @@ double ZoomForAll(const Correction &correction)
 
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor)
 {
-    double zoom = framing == Framing::Factor && factor > 0.0 ? factor : 1.0;
-    if (correction.geometry && framing == Framing::Fill)
-        zoom = FillSearch(correction).Zoom();
+    FramingZoom found;
+    if (framing == Framing::Factor && factor > 0.0)
+        found.zoom = factor;
+    else if (correction.geometry && framing == Framing::Fill)
+        found = FillSearch(correction).Run();
     else if (correction.geometry && framing == Framing::All)
-        zoom = ZoomForAll(correction);
-    const double bounded = std::clamp(zoom, kLeastZoom, kMostZoom);
+        found.zoom = ZoomForAll(correction);
+    const double bounded = std::clamp(found.zoom, kLeastZoom, kMostZoom);
     // Filled even at the smallest zoom: a smaller one would do, so the bound applies.
-    return {bounded, bounded != zoom || (framing == Framing::Fill && correction.geometry && zoom == kLeastZoom)};
+    found.isBounded = bounded != found.zoom || (found.isFull && bounded == kLeastZoom);
+    found.zoom = bounded;
+    return found;
 }
 
 bool LeavesEmpty(const Correction &correction)

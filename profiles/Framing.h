@@ -9,6 +9,7 @@ constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
 struct FramingZoom {
     double zoom = 1.0;
     bool isBounded = false; // the requested framing would need a zoom beyond the bounds
+    bool isFull = false;    // every pixel on the edges was found to have a source; false: unknown
 };
 
 /// Returns the zoom that frames @p correction (its `zoom` is ignored):

@@ -3,6 +3,7 @@
 #include "PictureFrame.h"
 #include "ProfileCheck_p.h"
 #include "ProfileXml_p.h"
+#include "Rational_p.h"
 #include "XmlLimits.h"
 
 #include <QFile>
@@ -34,17 +35,18 @@ constexpr TextRule kTextRules[] = {
     {"ProfileName", &ProfileEntry::profileName},
 };
 
-/// Values that must be above 0.
+/// Values of the setting and the frame. Within the bounds their quotients are finite and no polynomial overflows.
 struct SizeRule {
     const char *name;
     double ProfileEntry::*value;
+    double least, most;
 };
 constexpr SizeRule kSizeRules[] = {
-    {"FocalLength", &ProfileEntry::focalMm},
-    {"FocusDistance", &ProfileEntry::distanceM},
-    {"ImageWidth", &ProfileEntry::width},
-    {"ImageLength", &ProfileEntry::height},
-    {"SensorFormatFactor", &ProfileEntry::sensorFormatFactor},
+    {"FocalLength", &ProfileEntry::focalMm, 0.1, 1e5}, // mm
+    {"FocusDistance", &ProfileEntry::distanceM, 1e-3, 1e12},
+    {"ImageWidth", &ProfileEntry::width, 1.0, 1e7},
+    {"ImageLength", &ProfileEntry::height, 1.0, 1e7},
+    {"SensorFormatFactor", &ProfileEntry::sensorFormatFactor, 0.05, 100.0},
 };
 
 struct ModelRule {
@@ -72,24 +74,11 @@ constexpr PlaceRule kPlaceRules[] = {
     {"TangentialDistortParam2", &ProfileModel::tangential2, -kMaxCoefficient, kMaxCoefficient},
 };
 
-/// Parses "1.4" or "14/10" in any locale; the result is finite.
-std::optional<double> Number(const QString &text)
-{
-    const int slash = text.indexOf(QLatin1Char('/'));
-    bool isNumber = false, isDivisor = true;
-    double value = text.left(slash).trimmed().toDouble(&isNumber);
-    if (slash >= 0)
-        value /= text.mid(slash + 1).trimmed().toDouble(&isDivisor);
-    if (!isNumber || !isDivisor || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
 bool SaySame(const QString &a, const QString &b)
 {
     if (a == b)
         return true;
-    const std::optional<double> first = Number(a), second = Number(b);
+    const std::optional<double> first = ParseRational(a), second = ParseRational(b);
     return first && second && *first == *second;
 }
 
@@ -143,18 +132,20 @@ private:
         }
     }
 
-    /// Returns a value of the setting above 0, or 0 with a note.
-    double Size(const char *name)
+    /// Returns a value of the setting, or 0 with a note.
+    double Size(const SizeRule &rule)
     {
-        const ProfileField *field = Find(m_node, name);
+        const ProfileField *field = Find(m_node, rule.name);
         if (!field)
             return 0.0;
-        const double value = Number(field->value).value_or(0.0);
-        if (value <= 0.0)
-            Note(field->line,
-                 QStringLiteral("%1 is \"%2\", not a number above 0; it counts as not given")
-                     .arg(QLatin1String(name), field->value.left(80)));
-        return std::max(value, 0.0);
+        const double value = ParseRational(field->value).value_or(0.0);
+        if (value >= rule.least && value <= rule.most)
+            return value;
+        Note(field->line,
+             QStringLiteral("%1 is \"%2\", not a number from %3 to %4; it counts as not given")
+                 .arg(QLatin1String(rule.name), field->value.left(80), QString::number(rule.least),
+                      QString::number(rule.most)));
+        return 0.0;
     }
 
     void ReadSetting()
@@ -164,7 +155,7 @@ private:
                 m_entry.*rule.text = field->value;
         }
         for (const SizeRule &rule : kSizeRules)
-            m_entry.*rule.value = Size(rule.name);
+            m_entry.*rule.value = Size(rule);
         if (m_entry.distanceM >= kInfinityM)
             m_entry.distanceM = std::numeric_limits<double>::infinity();
         if (const ProfileField *raw = Find(m_node, "CameraRawProfile"))
@@ -181,7 +172,7 @@ private:
         const ProfileField *field = Find(m_node, "ApertureValue");
         if (!field)
             return;
-        const std::optional<double> apex = Number(field->value);
+        const std::optional<double> apex = ParseRational(field->value);
         m_entry.hasAperture = apex && *apex > -4.0 && *apex < 20.0; // f/0.25 to f/1024
         if (m_entry.hasAperture)
             m_entry.apertureApex = *apex;
@@ -276,7 +267,7 @@ private:
     /// Reads a number of a model within bounds. @return false, with a note, if it is not one.
     bool ReadBounded(const ProfileNode &node, const ProfileField &field, double least, double most, double *to)
     {
-        const std::optional<double> value = Number(field.value);
+        const std::optional<double> value = ParseRational(field.value);
         if (value && *value >= least && *value <= most) {
             *to = *value;
             return true;
@@ -291,7 +282,7 @@ private:
     bool ReadPlace(const ProfileNode &node, ProfileModel *model)
     {
         const ProfileField *focal = Find(node, "FocalLengthX");
-        if (focal && Number(focal->value) == 0.0)
+        if (focal && ParseRational(focal->value) == 0.0)
             Note(focal->line, QStringLiteral("FocalLengthX is 0; it counts as not given"));
         else if (focal && !ReadBounded(node, *focal, kMinFocal, kMaxFocal, &model->focalLengthX))
             return false;

@@ -61,7 +61,7 @@ struct LensProfile {
 /// Leaves out unusable models, with a note. The limits of XmlLimits.h apply.
 ///
 /// @param error  filled if nothing is usable: what was read, expected and found. Null if not wanted.
-/// @return no entries then.
+/// @return the profile; without entries if nothing is usable.
 LensProfile ReadLensProfile(const QString &path, QString *error);
 /// The same for content in memory. @p path is only stored.
 LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QString *error);

@@ -17,14 +17,16 @@ struct MapMiddle {
 /// Returns the distance from the center to the farthest corner of the picture reduced about its middle, in pixels.
 double FarthestRadius(const QSize &pixels, const PictureVector &center, double shrink);
 
-/// @param factor source radius over the radius, by the radius in pixels.
+/// Tabulates a map.
+/// @param factor  the source radius over the radius, as a function of the radius in pixels.
 /// @param reach   the largest radius used.
 /// @param end     the radius where the map ends; may be infinite.
 /// @param amount  share of the displacement.
 RadialMap TabulateMap(const MapMiddle &middle, const std::function<double(double)> &factor, double reach, double end,
                       double amount);
 
-/// @param stops   light at a radius in EV, 0 in the middle.
+/// Tabulates a gain.
+/// @param stops   light in EV at a radius in pixels, 0 in the middle.
 /// @param amount  share of the exposure values.
 GainMap TabulateGain(const PictureVector &center, const std::function<double(double)> &stops, double reach,
                      double amount);

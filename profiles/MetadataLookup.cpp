@@ -1,24 +1,9 @@
 #include "MetadataLookup_p.h"
 
+#include "Rational_p.h"
 #include "gfl.h"
 
 #include <QStringList>
-
-#include <cmath>
-
-namespace {
-
-/// Parses "18/10" or "0.7"; 0 if the result is not finite.
-double ToNumber(const QString &text)
-{
-    const int slash = text.indexOf(QLatin1Char('/'));
-    double value = text.left(slash).toDouble();
-    if (slash >= 0)
-        value /= text.mid(slash + 1).toDouble();
-    return std::isfinite(value) ? value : 0.0;
-}
-
-} // namespace
 
 MetadataLookup::MetadataLookup(const QString &path)
 {
@@ -38,7 +23,7 @@ QVector<double> MetadataLookup::Numbers(const char *key) const
 {
     QVector<double> numbers;
     for (const QString &part : Text(key).raw.split(QLatin1Char(' '), Qt::SkipEmptyParts))
-        numbers.append(ToNumber(part));
+        numbers.append(ParseRational(part).value_or(0.0));
     return numbers;
 }
 

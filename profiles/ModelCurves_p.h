@@ -29,7 +29,7 @@ double FisheyeEnd(const ProfileModel &model, Projection projection);
 /// always does.
 double FoldRadius(const std::function<double(double radius)> &factor, double endRadius);
 
-/// Tabulates @p value up to @p endRadius, as finely as needed.
+/// Tabulates @p value up to @p endRadius, with as many nodes as the tolerance needs.
 /// @param tolerance  the allowed error at a radius.
 RadialCurve Tabulate(const std::function<double(double radius)> &value, double endRadius,
                      const std::function<double(double radius)> &tolerance);

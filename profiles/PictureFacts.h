@@ -41,6 +41,8 @@ struct PictureFacts {
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
     /// Corrections already in rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
+    /// Corrections that an earlier run of ours was asked for and could not make.
+    bool distortionTried = false, chromaticTried = false, vignettingTried = false;
 };
 
 /// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. Reads no
@@ -48,3 +50,9 @@ struct PictureFacts {
 ///
 /// @param error  filled, and the size left empty, if the file is not a picture. Null if not wanted.
 PictureFacts ReadPictureFacts(const QString &path, QString *error);
+
+struct FitOptions;
+
+/// Whether an automatic run has nothing to do: each requested correction was made before, or an earlier run of ours
+/// made others and could not make it. False if the options ask for corrections again.
+bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

@@ -1,8 +1,9 @@
 #include "PictureFit.h"
 
 #include "CorrectionTwin.h"
+#include "FitSteps_p.h"
+#include "LensfunDatabase.h"
 #include "LensfunFit.h"
-#include "PictureFrame.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -65,8 +66,12 @@ PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
              {&facts.lensMinFocalMm, &facts.lensMaxFocalMm, &facts.lensMinApertureAtMin, &facts.lensMinApertureAtMax})
             *number = {};
     }
-    if (!typed.body.isEmpty())
-        Override(typed.body, &facts.model);
+    if (!typed.body.isEmpty()) {
+        const PictureBody body = BodyOf(facts, typed);
+        if (body.make != facts.make.value)
+            Override(body.make, &facts.make);
+        Override(body.model, &facts.model);
+    }
     if (typed.focalMm) {
         Override(*typed.focalMm, &facts.focalMm);
         facts.focal35Mm = {}; // belongs to the file's focal length
@@ -81,13 +86,6 @@ PictureFacts WithTyped(PictureFacts facts, const TypedFacts &typed)
 double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
 {
     return std::hypot(a.x - b.x, a.y - b.y);
-}
-
-/// Whether all that is asked for was corrected before, by the camera or by another program.
-bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)
-{
-    return !options.again && (!options.distortion || facts.distortionDone.value)
-        && (!options.chromatic || facts.chromaticDone.value) && (!options.vignetting || facts.vignettingDone.value);
 }
 
 /// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
@@ -120,6 +118,13 @@ QStringList DefaultProfileFolders()
     return folders;
 }
 
+QString ShownProfileName(const QString &profile)
+{
+    const QLatin1String lensfun("lensfun:");
+    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
+                                       : QFileInfo(profile).fileName();
+}
+
 PictureFitter::PictureFitter(const QStringList &folders, const QString &cacheFile)
     : m_folders(folders), m_index(cacheFile)
 {
@@ -142,7 +147,7 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
             result.assumed = match.notes + result.assumed;
             if (result.correction.ChangesAnything() || WasDoneBefore(facts, options))
                 return result;
-            none.profile = result.profile; // found, and of no use: the database may know the lens
+            none.profile = result.profile; // found but unusable: the database may have the lens
             none.why = result.why;
         } else {
             none.why = match.reason;
@@ -204,7 +209,11 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
                                 return CorrectAlike(path, otherPath, facts, options);
                             }});
-    return matcher.Match(profiles, facts);
+    const PictureFacts named = WithNameOfNumbers(facts);
+    ProfileMatch match = matcher.Match(profiles, named);
+    if (named.lensNames.size() > facts.lensNames.size())
+        match.notes.prepend(QStringLiteral("by its numbers the lens is \"%1\"").arg(named.lensNames.last().value));
+    return match;
 }
 
 bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
@@ -212,7 +221,7 @@ bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, 
 {
     FitOptions unframed = options;
     unframed.framing = Framing::Keep;
-    unframed.again = true; // what was done before makes no difference between profiles
+    unframed.again = true; // earlier corrections affect all profiles alike
     const Correction a = FitChosen(path, facts, unframed).correction;
     const Correction b = FitChosen(otherPath, facts, unframed).correction;
     return AreAlike(a, b);

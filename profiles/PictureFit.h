@@ -13,6 +13,9 @@
 /// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
 QStringList DefaultProfileFolders();
 
+/// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".
+QString ShownProfileName(const QString &profile);
+
 /// Fitter of pictures by the profiles of some folders, and by lensfun's database if none of them fits. Reads the
 /// profile index for the first picture that needs it. Any thread; searches wait for each other.
 class PictureFitter {

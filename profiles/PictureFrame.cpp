@@ -129,12 +129,12 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
 }
 
 /// Whether the picture was turned by a right angle before it was stored.
-bool PictureFrame::LiesAcross(const ProfileEntry &entry) const
+bool PictureFrame::LiesAcross(const QSizeF &reference) const
 {
     if (!m_facts.crop.Known())
-        return entry.height > entry.width ? m_place.width > m_place.height : m_place.height > m_place.width;
+        return reference.height() > reference.width() ? m_place.width > m_place.height : m_place.height > m_place.width;
     // A crop may have any shape: choose the orientation in which the whole has the profile's proportions.
-    const double profileAspect = entry.width > 0.0 && entry.height > 0.0 ? entry.width / entry.height : 1.5;
+    const double profileAspect = reference.isEmpty() ? 1.5 : reference.width() / reference.height();
     const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
     const PictureVector across = SidesAcross();
     return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
@@ -196,12 +196,12 @@ bool PictureFrame::LimitRatio(bool chosen, EntryFrame *frame, QString *why) cons
     return chosen;
 }
 
-std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool chosen, QString *why) const
+std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double aspect, QString *why) const
 {
-    EntryFrame frame;
+    FrameShape shape;
     PictureVector sides{m_place.width, m_place.height};
-    const bool liesAcross = LiesAcross(entry);
-    if (liesAcross && m_facts.crop.Known()) {
+    shape.liesAcross = LiesAcross(reference);
+    if (shape.liesAcross && m_facts.crop.Known()) {
         sides = SidesAcross();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
@@ -209,23 +209,40 @@ std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool ch
             return std::nullopt;
         }
     }
-    const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;
-    const double pictureAspect = LongOverShort(sides.x, sides.y), ownAspect = Aspect(m_facts.original.value);
-    const double aspect = isSame && hasSize ? LongOverShort(entry.width, entry.height)
-        : ownAspect > 0.0                   ? LongOverShort(ownAspect, 1.0)
-                                            : pictureAspect;
-    if (!SetRatio(entry, aspect, &frame, why) || !LimitRatio(chosen, &frame, why))
-        return std::nullopt;
-
+    shape.longPx = std::max(sides.x, sides.y);
+    shape.shortPx = std::min(sides.x, sides.y);
+    const double pictureAspect = shape.longPx / shape.shortPx, ownAspect = Aspect(m_facts.original.value);
+    if (!(aspect > 0.0))
+        aspect = ownAspect > 0.0 ? LongOverShort(ownAspect, 1.0) : pictureAspect;
     const bool isWider = pictureAspect > aspect * kSameAspect, isNarrower = pictureAspect * kSameAspect < aspect;
-    const double longPx = isNarrower ? std::min(sides.x, sides.y) * aspect : std::max(sides.x, sides.y);
-    frame.unitPx = longPx / frame.ratio;
-    frame.tangential = !liesAcross;
-    if (isWider || isNarrower)
-        frame.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
-    if (liesAcross)
-        frame.assumed << QStringLiteral("turned in an unknown way: the lens's center is the picture's middle");
-    if (isSame && hasSize && !isWider && !isNarrower && !liesAcross)
+    shape.isCut = isWider || isNarrower;
+    shape.aspect = aspect;
+    if (isNarrower)
+        shape.longPx = shape.shortPx * aspect;
+    if (isWider)
+        shape.shortPx = shape.longPx / aspect;
+    if (shape.isCut)
+        shape.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
+    if (shape.liesAcross)
+        shape.assumed << QStringLiteral("turned in an unknown way: the lens's center is the picture's middle");
+    return shape;
+}
+
+std::optional<EntryFrame> PictureFrame::Under(const ProfileEntry &entry, bool chosen, QString *why) const
+{
+    EntryFrame frame;
+    const QSizeF size(entry.width, entry.height);
+    const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;
+    const double profileAspect = isSame && hasSize ? LongOverShort(entry.width, entry.height) : 0.0;
+    const auto shape = Shape(size, profileAspect, why);
+    if (!shape)
+        return std::nullopt;
+    if (!SetRatio(entry, shape->aspect, &frame, why) || !LimitRatio(chosen, &frame, why))
+        return std::nullopt;
+    frame.unitPx = shape->longPx / frame.ratio;
+    frame.tangential = !shape->liesAcross;
+    frame.assumed += shape->assumed;
+    if (isSame && hasSize && !shape->isCut && !shape->liesAcross)
         frame.frameHeight = entry.height / entry.width;
     return frame;
 }

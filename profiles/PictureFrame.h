@@ -1,15 +1,15 @@
 // The frame of a picture: its size relative to the profile's frame, and the picture's place in it.
 #pragma once
 
+#include "FullFrame.h"
 #include "LensProfile.h"
 #include "PictureFacts.h"
 
+#include <QSizeF>
 #include <QStringList>
 
 #include <optional>
 
-/// Diagonal of a frame of 36 x 24 mm; a frame's factor is this over its diagonal.
-constexpr double kFullFrameDiagonalMm = 43.266615305567875; // sqrt(36^2 + 24^2)
 /// The largest frame, relative to its own, that a profile covers; beyond that it would be extrapolated.
 constexpr double kMaxFrameRatio = 1.04;
 
@@ -19,10 +19,11 @@ double LongSideMm(double factor, double width, double height);
 /// Returns the factor of the camera's frame from the table of cameras; 0 if it is unknown. Any thread.
 double CameraFactor(const QString &make, const QString &model);
 
-/// Applies @p turn, an EXIF orientation, to a vector in the sensor's axes (x to the right, y down).
+/// A vector in the axes of the sensor or of the picture, x to the right and y down.
 struct PictureVector {
     double x, y;
 };
+/// Applies @p turn, an EXIF orientation, to a vector in the sensor's axes.
 PictureVector Turned(Orientation turn, const PictureVector &vector);
 
 /// Place of the current picture in the camera's whole picture, in pixels of the current picture.
@@ -39,7 +40,16 @@ struct EntryFrame {
     double focalLength = 0.0; // of models without one, in long sides of the profile's frame
     double frameHeight = 0.0; // of the profile, over its width; 0 unless the entry's centers are used
     bool tangential = true;   // whether tangential terms have a direction
-    QStringList assumed;      // for people
+    QStringList assumed;      // messages for the user
+};
+
+/// The whole picture as the camera took it, before it was turned or cut to other proportions.
+struct FrameShape {
+    double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
+    double aspect = 1.0;                // of the frame, at least 1
+    bool isCut = false;                 // from the middle of a frame of other proportions
+    bool liesAcross = false;            // turned by a right angle, in an unknown direction
+    QStringList assumed;                // for people
 };
 
 /// The camera body of a picture, from the user or else from the file.
@@ -59,6 +69,10 @@ public:
     /// @param why     filled if the entry cannot be used for the picture.
     std::optional<EntryFrame> Under(const ProfileEntry &entry, bool chosen, QString *why) const;
 
+    /// Returns the shape of the frame; none, with the reason in @p why, if the picture's place in it is lost.
+    /// @param reference  sides of a picture as the camera stores it; empty: longer than high.
+    /// @param aspect     of the frame, at least 1; 0: that of the original size, if known, or of the picture.
+    std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
     /// Returns the position, in pixels of the current picture, of a center given in shares of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
     /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
@@ -69,7 +83,7 @@ public:
 private:
     bool SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const;
     bool LimitRatio(bool chosen, EntryFrame *frame, QString *why) const;
-    bool LiesAcross(const ProfileEntry &entry) const;
+    bool LiesAcross(const QSizeF &reference) const;
     PictureVector SidesAcross() const;
 
     const PictureFacts &m_facts;

@@ -1,4 +1,4 @@
-// What a picture's stored values mean as light.
+// The conversion between a picture's stored values and light.
 #pragma once
 
 #include "PictureFacts.h"
@@ -6,13 +6,13 @@
 
 struct PictureLight {
     TransferCurve curve;
-    QString assumed; // for people; empty: the picture says so itself
+    QString assumed; // message for the user; empty: the picture states its encoding
 };
 
-/// Pictures with an ICC profile that has curves: these. Camera raw files: a power, since that is how they are
-/// developed. Others: the color space that EXIF names. If that is missing too, values are taken as sRGB, or as light if
-/// they are floats. Reads the file's profile; the image-file layer must have been started.
+/// Returns the conversion, from the first of these that applies: the curves of the ICC profile; for camera raw files,
+/// the power by which they are developed; the color space in EXIF; sRGB for integers, linear for floats. Reads the
+/// file's ICC profile; the image-file layer must have been started.
 ///
-/// @param isFloat   of the file's values.
-/// @param rawGamma  with which camera raw files are developed; counts as 1 if it is senseless, as it does there.
+/// @param isFloat   whether the file's values are floats.
+/// @param rawGamma  used to develop camera raw files; invalid values count as 1, as they do there.
 PictureLight LightOf(const PictureFacts &facts, bool isFloat, double rawGamma);

@@ -20,8 +20,8 @@ ProfileBlend::Part ProfileBlend::PartOf(const BlendPart &part, const ProfileMode
     return {model, part.entry->kind == ProfileEntry::Kind::Fisheye, focal * part.frame.unitPx, part.weight};
 }
 
-/// Center and tangential terms. F t(u) = t(d) / F: terms over their focal lengths have the same unit and can be
-/// blended.
+/// Blends centers and tangential terms. F t(u) = t(d) / F: terms divided by their focal lengths have the same unit and
+/// can be blended.
 MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const
 {
     MapMiddle middle{{0.0, 0.0}, {0.0, 0.0}};

@@ -27,6 +27,7 @@ public:
     /// Blends the map from green's place to red's or blue's, by @p color (&ProfileEntry::redGreen or blueGreen);
     /// entries without it don't move the color.
     RadialMap Color(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*color, double amount) const;
+    /// Blends the gain.
     /// @param amount  share of the exposure values.
     GainMap Light(const BlendParts &parts, double amount) const;
 

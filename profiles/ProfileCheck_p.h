@@ -1,4 +1,4 @@
-// Checks of a profile's values, for people, before anything is fitted by it.
+// Checks of a profile's values, which add notes for the user when it is read.
 #pragma once
 
 #include "LensProfile.h"

@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
 
-/// f-number, for comparisons.
+/// Returns the f-number.
 double Aperture(const ProfileEntry &entry)
 {
     return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;
@@ -190,6 +190,19 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
         && AddDistance(distances[at.second], weight * at.share, setting, choice);
 }
 
+/// Light changes with the aperture; what was measured at one may be far off at another.
+void ProfileGrid::NoteOnlyAperture(const Cell &only, const Setting &setting, GridChoice *choice) const
+{
+    if (m_quantity != Quantity::Light)
+        return;
+    const double measured = std::exp2(only.apertureApex / 2.0), taken = setting.aperture.value_or(0.0);
+    if (!only.hasAperture)
+        choice->assumed << QStringLiteral("the profile's vignetting, which it has for one unknown aperture");
+    else if (!(taken <= measured * kSameAperture && measured <= taken * kSameAperture))
+        choice->assumed
+            << QStringLiteral("the profile's vignetting at f/%1, the only aperture that it has").arg(Numeral(measured));
+}
+
 bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Setting &setting, GridChoice *choice) const
 {
     if (weight <= 0.0)
@@ -200,8 +213,10 @@ bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Set
         return true;
     };
     const QVector<Cell> &cells = distance.cells;
-    if (cells.size() == 1)
+    if (cells.size() == 1) {
+        NoteOnlyAperture(cells.first(), setting, choice);
         return add(cells.first(), 1.0);
+    }
     if (m_quantity != Quantity::Light) { // nearly independent of the aperture: use the nearest
         const double apex = setting.aperture ? 2.0 * std::log2(*setting.aperture) : cells.last().apertureApex;
         return add(*std::min_element(cells.begin(), cells.end(),

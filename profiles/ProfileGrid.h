@@ -34,7 +34,7 @@ struct Setting {
 struct GridChoice {
     QVector<EntryWeight> entries; // at most 8; empty if the setting is not sufficient
     QString why;                  // why it is empty
-    QStringList assumed;          // for people
+    QStringList assumed;          // messages for the user
 };
 
 /// Entries by focal length, then distance, then aperture; focal lengths may have different distances and apertures.
@@ -74,6 +74,8 @@ private:
     void InsertCells(QVector<int> entries, Distance *distance);
     bool AddFocal(const Focal &focal, double weight, const Setting &setting, GridChoice *choice) const;
     bool AddDistance(const Distance &distance, double weight, const Setting &setting, GridChoice *choice) const;
+
+    void NoteOnlyAperture(const Cell &only, const Setting &setting, GridChoice *choice) const;
 
     const LensProfile &m_profile;
     Quantity m_quantity;

@@ -30,5 +30,5 @@ struct ProfileNode {
 /// rdf:parseType="Resource" give the same nodes. The limits of XmlLimits.h apply; documents that declare entities are
 /// refused.
 ///
-/// @return the reason in plain English, with the line, if the document cannot be read to its end; otherwise empty.
+/// @return why the document cannot be read to its end, with the line; empty if it can.
 QString ReadProfileXml(const QByteArray &content, const std::function<void(const ProfileNode &)> &take);

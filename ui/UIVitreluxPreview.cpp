@@ -3,9 +3,11 @@
 #include "KIImageDef.h"
 #include "KUI.h"
 #include "LensProfile.h"
+#include "PictureFit.h"
 #include "newLCP.h"
 #include "ui_UIVitreluxPreview.h"
 
+#include <QAction>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QMovie>
@@ -83,14 +85,6 @@ Corrections HeldFitted(const QString &fileName)
     return held;
 }
 
-/// A found profile as people call it: the file's name, or "lensfun: MAKER/LENS".
-QString ShortName(const QString &profile)
-{
-    const QLatin1String lensfun("lensfun:");
-    return profile.startsWith(lensfun) ? lensfun + QLatin1Char(' ') + profile.mid(lensfun.size())
-                                       : QFileInfo(profile).fileName();
-}
-
 QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
 {
     return QStringLiteral(":/%1/Resources/%2").arg(process.UID(), name);
@@ -163,7 +157,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         ui->m_cbCA->setChecked(m_params->ca);
         ui->m_cbDistortion->setChecked(m_params->disto);
         ui->m_cbVignetting->setChecked(m_params->falloff);
-        ui->lineEditLensFile->setText(m_params->lcpFilename);
+        ShowProfile(m_params->lcpFilename);
         ShowReport(std::nullopt);
         m_sourceImage = source;
         m_sourcePixmap = FittedToFrame(m_sourceImage);
@@ -181,6 +175,8 @@ void UIVitreluxPreview::clearImage()
         *image = QImage();
     FitPictures();
     ShowReport(std::nullopt);
+    if (m_automatic)
+        m_automatic->setVisible(false);
     EnableBoxes(kAllCorrections);
     ui->labelState->show();
     SetComplete(QVariant());
@@ -235,7 +231,7 @@ void UIVitreluxPreview::on_toolButtonLensFile_clicked()
 void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
-    ui->lineEditLensFile->setText(fileName);
+    ShowProfile(fileName);
     const Corrections held = m_params->fitted ? HeldFitted(fileName) : HeldPlain(fileName);
     m_held.insert(fileName, held);
     if (!m_params->fitted || !held.distortion) // plain: by each choice
@@ -251,18 +247,47 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
 }
 
-/// In the profile's row what was found, or why nothing was; all that is known of it when the mouse rests there.
+void UIVitreluxPreview::FindProfileAgain()
+{
+    if (!m_params)
+        return;
+    m_params->lcpFilename.clear();
+    ShowProfile(QString());
+    EnableBoxes(kAllCorrections);
+    computePreview();
+}
+
+/// Shows the chosen profile; empty: none.
+void UIVitreluxPreview::ShowProfile(const QString &fileName)
+{
+    ui->lineEditLensFile->setText(fileName);
+    const bool canBeGivenUp = m_params->fitted && !fileName.isEmpty();
+    if (canBeGivenUp && !m_automatic) { // a page without fitted records has none
+        m_automatic = ui->lineEditLensFile->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton),
+                                                      QLineEdit::TrailingPosition);
+        m_automatic->setToolTip(tr("Find the profile automatically"));
+        connect(m_automatic, &QAction::triggered, this, &UIVitreluxPreview::FindProfileAgain);
+    }
+    if (m_automatic)
+        m_automatic->setVisible(canBeGivenUp);
+}
+
+/// Shows in the profile's row what was found, or why nothing was found or corrected; the tool tip has the whole report.
 void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 {
-    QString found;
+    QString result;
     QStringList all;
     if (report) {
-        found = report->profile.isEmpty() ? tr("None found: %1").arg(report->why)
-                                          : tr("Found: %1").arg(ShortName(report->profile));
+        if (report->profile.isEmpty())
+            result = tr("None found: %1").arg(report->why);
+        else if (report->done.isEmpty() && !report->why.isEmpty())
+            result = tr("Not corrected: %1").arg(report->why);
+        else
+            result = tr("Found: %1").arg(ShownProfileName(report->profile));
         all = QStringList{report->profile, report->entries, report->assumed, report->why};
         all.removeAll(QString());
     }
-    ui->lineEditLensFile->setPlaceholderText(found); // seen as long as nothing was chosen
+    ui->lineEditLensFile->setPlaceholderText(result); // seen as long as nothing was chosen
     ui->lineEditLensFile->setToolTip(all.join(QLatin1Char('\n')));
 }
 

@@ -11,6 +11,7 @@
 
 #include <memory>
 
+class QAction;
 class QMovie;
 class Ui_UIVitreluxPreviewClass;
 
@@ -27,7 +28,7 @@ class Ui_UIVitreluxPreviewClass;
 /// completeChanged().
 ///
 /// A fitted record without a chosen profile keeps none: the profile that its render found, or why none was found, is
-/// shown in the profile's row as a placeholder.
+/// shown in the profile's row as a placeholder. A chosen profile can be given up again there.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -69,6 +70,8 @@ private:
     void ShowImage(KIImageDef *def, Params *params);
     void SetFlag(bool Params::*flag, int state);
     void UseProfile(const QString &fileName);
+    void FindProfileAgain();
+    void ShowProfile(const QString &fileName);
     void ShowReport(const std::optional<FitReport> &report);
     void EnableBoxes(const Corrections &held);
     void SetComplete(const QVariant &complete);
@@ -80,6 +83,7 @@ private:
     bool m_updating = false; // the widgets are being filled: don't render
     KVitreluxOne2One *m_process;
     ComputePreview m_computePreview;
+    QAction *m_automatic = nullptr; // in the profile's row: gives up the chosen profile; null until one can be given up
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;

@@ -1,11 +1,11 @@
 // Shows the wizard, goes through it as a user does, and takes its pictures for the documentation.
-// Usage: wizard-pictures PROFILE PICTURE... ENDING, into the current folder; language and scale as for any program
-// (LC_ALL, QT_SCALE_FACTOR).
+// Usage: wizard-pictures PROFILE_FOLDER PICTURE... ENDING, into the current folder; language and scale as for any
+// program (LC_ALL, QT_SCALE_FACTOR).
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PluginLoader.h"
 #include "wizard/CorrectionWizard.h"
 #include "wizard/RunPage.h"
+#include "wizard/WizardPlugin.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -95,13 +95,6 @@ private:
     QString m_ending;
 };
 
-void ChooseProfile(HostApplication *application, KIPluginOne2One *process, const QString &profile)
-{
-    for (const char *key : {"Disto", "CA", "Falloff"})
-        application->SetPluginSetting(process->UID(), QLatin1String(key), true);
-    application->SetPluginSetting(process->UID(), QStringLiteral("LCPfilename"), profile);
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -109,8 +102,8 @@ int main(int argc, char **argv)
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
-    Require(arguments.size() >= 3, "needs PROFILE PICTURE... ENDING");
-    const QString profile = arguments.takeFirst();
+    Require(arguments.size() >= 3, "needs PROFILE_FOLDER PICTURE... ENDING");
+    const QString profiles = arguments.takeFirst();
     const QString ending = arguments.takeLast();
 
     InterruptGuard guard;
@@ -120,10 +113,9 @@ int main(int argc, char **argv)
     QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     application.TranslateWindows();
     application.MakeThumbnails();
-    const PluginLoader plugin{QString()};
-    Require(plugin.Process(), qPrintable(plugin.Problem()));
-    ChooseProfile(&application, plugin.Process(), profile);
-    CorrectionWizard wizard(&application, plugin.Process(), /*findProfile=*/nullptr, &guard);
+    WizardPlugin plugin(&application, QString(), profiles, &guard);
+    Require(plugin.Problem().isEmpty(), qPrintable(plugin.Problem()));
+    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
     wizard.Add(arguments);
     wizard.resize(wizard.minimumWidth(), 640);
     wizard.show();

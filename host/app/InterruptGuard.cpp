@@ -19,7 +19,7 @@ void RemoveForGood(const QString &folder)
         why = RemoveFolder(folder);
     }
     if (!why.isEmpty())
-        TellNotRemoved(folder, why);
+        PrintNotRemoved(folder, why);
 }
 
 sigset_t SignalsNotIgnored()
@@ -81,6 +81,32 @@ void InterruptGuard::StartProgram(const std::function<void()> &start)
     pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
 }
 
+void InterruptGuard::FinishOnInterrupt(std::function<void()> told)
+{
+    const std::lock_guard<std::mutex> lock(m_toldMutex);
+    m_told = std::move(told);
+}
+
+/// @return whether this SIGINT is the first one, and not to end the program.
+bool InterruptGuard::TakeFirstInterrupt()
+{
+    const std::lock_guard<std::mutex> lock(m_toldMutex);
+    if (!m_told || m_askedToStop.exchange(true))
+        return false;
+    m_told();
+    return true;
+}
+
+void InterruptGuard::EndAsInterrupted()
+{
+    std::signal(SIGINT, SIG_DFL);
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr);
+    std::raise(SIGINT);
+}
+
 void InterruptGuard::RemoveAll()
 {
     for (const QString &folder : qAsConst(m_folders)) {
@@ -105,7 +131,9 @@ void InterruptGuard::Watch()
     int number = 0;
     while (sigwait(&m_signals, &number) == 0 && !m_stop) {
         if (number == SIGUSR1)
-            continue;   // sent by another process
+            continue; // sent by another process
+        if (number == SIGINT && TakeFirstInterrupt())
+            continue;
         m_mutex.lock(); // never unlocked: no new folder from here on
         RemoveAll();
         std::signal(number, SIG_DFL);

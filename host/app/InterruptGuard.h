@@ -30,18 +30,27 @@ public:
     /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
     /// that blocks SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
+    /// From now on the first SIGINT only calls @p told, on the guard's thread, and lets IsAskedToStop() be true, so
+    /// that the work under way can be finished; the second one ends the program. Call it before other threads start.
+    void FinishOnInterrupt(std::function<void()> told);
+    bool IsAskedToStop() const { return m_askedToStop; }
+    /// Ends the program as the SIGINT would have that asked to stop, so that a shell's loop ends too.
+    void EndAsInterrupted();
     /// Removes the protected folders of the guard that lives, for a program that ends here and now. Does nothing while
     /// another thread makes or releases one.
     static void RemoveFolders() noexcept;
 
 private:
     void Watch();
+    bool TakeFirstInterrupt();
     void RemoveAll();
 
     std::mutex m_mutex; // guards m_folders; never unlocked after an interruption
     QStringList m_folders;
     sigset_t m_signals;
     sigset_t m_oldMask;
-    std::atomic<bool> m_stop{false};
-    std::thread m_watch; // last member, because it uses the others
+    std::atomic<bool> m_stop{false}, m_askedToStop{false};
+    std::mutex m_toldMutex;       // guards m_told
+    std::function<void()> m_told; // empty: the first SIGINT ends the program
+    std::thread m_watch;          // last member, because it uses the others
 };

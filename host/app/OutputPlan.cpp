@@ -5,6 +5,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -25,25 +29,74 @@ QString AbsoluteName(const QString &file)
     return folder.isEmpty() || folder == clean.canonicalPath() ? clean.filePath() : Joined(folder, named.fileName());
 }
 
-PlannedPicture PlanOne(const QString &file, const QString &outputFolder)
+struct Field {
+    QLatin1String name;
+    QString (*value)(const QFileInfo &picture);
+};
+
+const Field kFields[] = {
+    {QLatin1String("name"), [](const QFileInfo &picture) { return picture.completeBaseName(); }},
+    {QLatin1String("ext"), [](const QFileInfo &picture) { return picture.suffix(); }},
+    {QLatin1String("folder"), [](const QFileInfo &picture) { return QFileInfo(picture.path()).fileName(); }},
+};
+
+/// Replaces each {field}. @param unknown  set to the first one that is none.
+QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknown = nullptr)
 {
-    const QFileInfo info(AbsoluteName(file));
+    QString filled;
+    int at = 0;
+    static const QRegularExpression kBraces(QStringLiteral("\\{([^{}]*)\\}"));
+    for (auto match = kBraces.globalMatch(pattern); match.hasNext();) {
+        const QRegularExpressionMatch one = match.next();
+        filled += pattern.midRef(at, one.capturedStart() - at);
+        at = one.capturedEnd();
+        const auto field = std::find_if(std::begin(kFields), std::end(kFields),
+                                        [&](const Field &row) { return one.capturedRef(1) == row.name; });
+        if (field != std::end(kFields))
+            filled += field->value(picture);
+        else if (unknown && unknown->isEmpty())
+            *unknown = one.captured();
+    }
+    return filled + pattern.midRef(at);
+}
+
+PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
+{
+    const QFileInfo info(AbsoluteName(named.name));
     PlannedPicture planned;
-    planned.asNamed = file;
+    planned.asNamed = named.name;
     planned.picture = info.filePath();
-    planned.outputFolder = outputFolder.isEmpty() ? info.path() : AbsoluteName(outputFolder);
-    planned.output = Joined(planned.outputFolder, info.completeBaseName() + QLatin1String("_corrected.tiff"));
+    planned.outputFolder = naming.folder.isEmpty() ? info.path() : AbsoluteName(naming.folder);
+    if (!naming.folder.isEmpty() && !named.subpath.isEmpty())
+        planned.outputFolder = Joined(planned.outputFolder, named.subpath);
+    planned.output = Joined(planned.outputFolder, Filled(naming.pattern, info));
     return planned;
 }
 
 } // namespace
 
-QVector<PlannedPicture> PlanOutputs(const QStringList &files, const QString &outputFolder)
+QString FaultOfOutputPattern(const QString &pattern)
+{
+    QString unknown;
+    const QString filled = Filled(pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown);
+    if (!unknown.isEmpty())
+        return QStringLiteral("has %1, expected {name}, {ext} or {folder}").arg(unknown);
+    if (!pattern.contains(QLatin1String("{name}")))
+        return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
+    if (pattern.contains(QLatin1Char('/')))
+        return QStringLiteral("has a slash; -o names the folder");
+    const QString suffix = QFileInfo(filled).suffix().toLower();
+    if (suffix != QLatin1String("tif") && suffix != QLatin1String("tiff"))
+        return QStringLiteral("does not end in .tif or .tiff, which the outputs are");
+    return QString();
+}
+
+QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming)
 {
     QVector<PlannedPicture> plan;
     QHash<QString, int> takers; // output: index of the first picture with it
-    for (const QString &file : files) {
-        PlannedPicture planned = PlanOne(file, outputFolder);
+    for (const NamedPicture &named : pictures) {
+        PlannedPicture planned = PlanOne(named, naming);
         const QString key =
             CanonicalName(planned.outputFolder) + QLatin1Char('/') + QFileInfo(planned.output).fileName();
         const auto taker = takers.constFind(key);

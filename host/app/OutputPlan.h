@@ -1,12 +1,19 @@
 // The output file of each picture, decided before anything is written.
 #pragma once
 
+#include "PictureFiles.h"
+
 #include <QString>
-#include <QStringList>
 #include <QVector>
 
 /// The action for a picture whose output file already exists.
 enum class ExistingOutput { Refuse, Overwrite, Skip };
+
+/// How outputs are written.
+struct OutputRules {
+    ExistingOutput existing = ExistingOutput::Refuse;
+    bool keepTime = false; // they get the time of their picture
+};
 
 /// One picture of a run. Paths are absolute.
 struct PlannedPicture {
@@ -18,8 +25,18 @@ struct PlannedPicture {
     bool repeated = false; // the rival is the same file, named twice
 };
 
-/// The plug-in names its output after the picture, NAME_corrected.tiff, so a.jpg and a.png of one folder, or two a.jpg
-/// with one output folder, have the same output: the first one named gets it, even if it fails.
-///
-/// @param outputFolder  empty: the folder of each picture.
-QVector<PlannedPicture> PlanOutputs(const QStringList &files, const QString &outputFolder);
+/// The folder and the names of outputs.
+struct OutputNaming {
+    QString folder; // empty: that of each picture. The subfolders of a walked folder are made in it
+    /// {name}: the picture's without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default is
+    /// the plug-in's own name for its output.
+    QString pattern = QStringLiteral("{name}_corrected.tiff");
+};
+
+/// Returns what is wrong with a pattern as typed; empty: nothing. It must give a file name of its own to each picture
+/// of a folder, without a slash, that ends in a suffix of TIFF.
+QString FaultOfOutputPattern(const QString &pattern);
+
+/// Two pictures can have the same output, such as a.jpg and a.png of one folder, or two a.jpg with one output folder:
+/// the first one named gets it, even if it fails.
+QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

@@ -8,12 +8,16 @@
 
 #include <QCoreApplication>
 #include <QDomDocument>
+#include <QFile>
 #include <QFileInfo>
 #include <QScopeGuard>
 
 #include <cerrno>
 #include <exception>
 #include <new>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -40,6 +44,18 @@ RunResult Publish(const WorkFolder &folder, const QString &result, const Planned
     throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(planned.output, qt_error_string(EEXIST)), KPlace());
 }
 
+/// Gives @p result the time at which @p picture was last changed.
+void CopyTime(const QString &picture, const QString &result)
+{
+    struct stat status;
+    if (stat(QFile::encodeName(picture).constData(), &status) == 0) {
+        const timespec times[] = {status.st_atim, status.st_mtim};
+        if (utimensat(AT_FDCWD, QFile::encodeName(result).constData(), times, 0) == 0)
+            return;
+    }
+    throw KException(WorkFolder::tr("cannot keep the time: %1").arg(qt_error_string(errno)), KPlace());
+}
+
 /// Runs the process in @p folder. @return the output's path. Error texts name the files that the user knows.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
@@ -60,13 +76,16 @@ QString Process(KIPluginOne2One *process, const ParameterRecord &record, const P
 
 } // namespace
 
-QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters)
+QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
+                               const QVector<QPair<QString, QString>> &options)
 {
     QDomDocument document;
     QDomElement element = document.createElement(tag);
     for (const FlagRow &row : kFlags)
         element.setAttribute(row.attribute, int(parameters.corrections.*row.member));
     element.setAttribute(kProfile, parameters.profile);
+    for (const auto &[name, text] : options)
+        element.setAttribute(name, text);
     return element;
 }
 
@@ -86,11 +105,11 @@ bool IsThere(const QString &path)
 }
 
 RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, const ParameterRecord &record,
-                     const PlannedPicture &planned, ExistingOutput existing, InterruptGuard *guard,
+                     const PlannedPicture &planned, const OutputRules &rules, InterruptGuard *guard,
                      const std::function<void()> &check)
 {
     WorkFolder::MakeOutputFolder(planned.outputFolder);
-    const bool replaces = existing == ExistingOutput::Overwrite;
+    const bool replaces = rules.existing == ExistingOutput::Overwrite;
     const ReplacedFile target(planned.output);
     if (const QString problem = replaces ? target.Problem() : QString();
         !problem.isEmpty()) // check before doing the work
@@ -107,8 +126,10 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
     const QString result = Process(process, record, planned, folder, admitted);
     if (check)
         check();
+    if (rules.keepTime)
+        CopyTime(planned.picture, result);
     if (!replaces)
-        return Publish(folder, result, planned, existing);
+        return Publish(folder, result, planned, rules.existing);
     folder.Publish(result, target);
     return RunResult::Written;
 }

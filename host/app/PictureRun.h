@@ -6,6 +6,9 @@
 
 #include "KIPluginOne2One.h"
 
+#include <QPair>
+#include <QVector>
+
 #include <functional>
 
 class HostApplication;
@@ -19,7 +22,10 @@ struct PictureParameters {
 
 /// Returns the XML form of a parameter record with all four attributes: a missing one would clear its field, and stored
 /// settings are not used.
-QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters);
+/// @param options  further attributes. They must be set here: the element outlives its document, and setting an
+/// attribute later would write to the freed document.
+QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
+                               const QVector<QPair<QString, QString>> &options = {});
 /// The inverse; missing attributes read as false.
 PictureParameters ReadParameters(const QDomElement &element);
 
@@ -53,7 +59,7 @@ enum class RunResult { Written, Kept };
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,
-                                   ExistingOutput existing, InterruptGuard *guard,
+                                   const OutputRules &rules, InterruptGuard *guard,
                                    const std::function<void()> &check = nullptr);
 
 /// Returns the text of the exception being handled.

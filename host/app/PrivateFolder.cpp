@@ -58,7 +58,7 @@ void RemoveIfAbandoned(const QString &path)
     if (TakeLock(lock) == Lock::Taken && !IsUnlinked(lock)) {
         const QString why = RemoveFolder(path);
         if (!why.isEmpty())
-            TellNotRemoved(path, why);
+            PrintNotRemoved(path, why);
     }
     close(lock);
 }
@@ -87,7 +87,7 @@ QString RemoveFolder(const QString &path)
     return error ? QString::fromLocal8Bit(error.message().c_str()) : QString();
 }
 
-void TellNotRemoved(const QString &path, const QString &why)
+void PrintNotRemoved(const QString &path, const QString &why)
 {
     std::fprintf(stderr, "vitrelux: cannot remove the work folder \"%s\": %s\n", qUtf8Printable(path),
                  qUtf8Printable(why));
@@ -109,7 +109,7 @@ PrivateFolder::~PrivateFolder()
         return;
     const QString why = RemoveFolder(m_path);
     if (!why.isEmpty())
-        TellNotRemoved(m_path, why);
+        PrintNotRemoved(m_path, why);
     m_guard->Release(m_path);
     if (m_lock != -1)
         close(m_lock);

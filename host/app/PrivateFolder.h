@@ -35,4 +35,4 @@ private:
 /// Removes a folder and its contents; links are removed, not followed. @return why it failed, or empty.
 QString RemoveFolder(const QString &path);
 /// Prints that a work folder could not be removed.
-void TellNotRemoved(const QString &path, const QString &why);
+void PrintNotRemoved(const QString &path, const QString &why);

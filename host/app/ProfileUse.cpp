@@ -20,12 +20,9 @@ struct CorrectionRow {
 };
 
 constexpr CorrectionRow kCorrections[] = {
-    {QT_TRANSLATE_NOOP("ProfileUse", "distortion"), &Corrections::distortion,
-     QT_TRANSLATE_NOOP("ProfileUse", "no distortion coefficients"), 0, 1},
-    {QT_TRANSLATE_NOOP("ProfileUse", "chromatic aberration"), &Corrections::chromatic,
-     QT_TRANSLATE_NOOP("ProfileUse", "not all of the models of green, red and blue"), 1, 3},
-    {QT_TRANSLATE_NOOP("ProfileUse", "vignetting"), &Corrections::vignetting,
-     QT_TRANSLATE_NOOP("ProfileUse", "no vignette model"), 4, 1},
+    {"distortion", &Corrections::distortion, "no distortion coefficients", 0, 1},
+    {"chromatic aberration", &Corrections::chromatic, "not all of the models of green, red and blue", 1, 3},
+    {"vignetting", &Corrections::vignetting, "no vignette model", 4, 1},
 };
 constexpr int kModelCount = 5;
 
@@ -39,10 +36,10 @@ void JudgeCorrection(const CorrectionRow &row, const ProfileReport &report, Prof
 {
     const auto first = report.models.cbegin() + row.firstModel;
     const auto last = first + row.modelCount;
-    const QString name = ProfileUse::tr(row.name);
+    const QString name = QLatin1String(row.name);
     const bool there = std::all_of(first, last, [](const ProfileReportModel &model) { return model.values.found; });
     if (!there || (row.member == &Corrections::distortion && !Straightens(first->values))) {
-        use->lacks << QStringLiteral("%1 (%2)").arg(name, ProfileUse::tr(row.lack));
+        use->lacks << QStringLiteral("%1 (%2)").arg(name, QLatin1String(row.lack));
         return;
     }
     const auto flawed =
@@ -51,7 +48,7 @@ void JudgeCorrection(const CorrectionRow &row, const ProfileReport &report, Prof
         use->holds.*row.member = true;
         return;
     }
-    use->flaws << ProfileUse::tr("%1 (%2 model: %3)").arg(name, flawed->name, flawed->flaw);
+    use->flaws << QStringLiteral("%1 (%2 model: %3)").arg(name, flawed->name, flawed->flaw);
     use->lacks << use->flaws.last();
 }
 
@@ -85,17 +82,17 @@ Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &aske
 {
     if (!asked.Any()) {
         if (!profile.holds.Any())
-            *why = ProfileUse::tr("has no usable correction: ") + profile.lacks.join(QStringLiteral(", "));
+            *why = QStringLiteral("has no usable correction: ") + profile.lacks.join(QStringLiteral(", "));
         return profile.holds;
     }
     QStringList lacking;
     for (const CorrectionRow &row : kCorrections) {
         if (asked.*row.member && !(profile.holds.*row.member))
-            lacking += profile.lacks.filter(ProfileUse::tr(row.name));
+            lacking += profile.lacks.filter(QLatin1String(row.name));
     }
     if (lacking.isEmpty())
         return asked;
-    *why = ProfileUse::tr("cannot make the requested corrections: ") + lacking.join(QStringLiteral(", "));
+    *why = QStringLiteral("cannot make the requested corrections: ") + lacking.join(QStringLiteral(", "));
     return Corrections();
 }
 
@@ -105,7 +102,7 @@ QString SizeMismatch(const ProfileUse &profile, int width, int height)
     if ((upright ? height : width) == profile.width && (upright ? width : height) == profile.height)
         return QString();
     const QString expected = upright ? Sides(profile.height, profile.width) : Sides(profile.width, profile.height);
-    return ProfileUse::tr(
+    return QStringLiteral(
                "has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture")
         .arg(Sides(width, height), expected);
 }
@@ -115,7 +112,7 @@ QString NamesOf(const Corrections &corrections)
     QStringList names;
     for (const CorrectionRow &row : kCorrections) {
         if (corrections.*row.member)
-            names << ProfileUse::tr(row.name);
+            names << QLatin1String(row.name);
     }
     return names.join(QStringLiteral(", "));
 }

@@ -3,7 +3,6 @@
 
 #include "Corrections.h"
 
-#include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 
@@ -17,8 +16,6 @@ struct ProfileUse {
     QStringList flaws;  // those of them whose models exist but are flawed
     double width = 0.0; // of the pictures it was made for, in landscape orientation
     double height = 0.0;
-
-    Q_DECLARE_TR_FUNCTIONS(ProfileUse)
 };
 
 /// Reads the profile @p file.

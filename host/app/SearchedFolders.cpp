@@ -24,7 +24,7 @@ SearchedFolders::~SearchedFolders()
     m_application->AdaptPluginSettings(nullptr);
 }
 
-QStringList SearchedFolders::All() const
+QStringList SearchedFolders::Folders() const
 {
     if (!m_given.isEmpty())
         return {m_given};

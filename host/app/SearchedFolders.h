@@ -17,7 +17,7 @@ public:
     SearchedFolders &operator=(const SearchedFolders &) = delete;
 
     /// Returns the folders; call it after the plug-in is loaded.
-    QStringList All() const;
+    QStringList Folders() const;
     /// Returns one line why nothing can be found: the folder named by the user doesn't exist. Empty if it does.
     QString Problem() const;
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Lenses, Wizard };
+enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard };
 
 struct VerbRow {
     Verb verb;
@@ -19,52 +19,49 @@ struct VerbRow {
 
 constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
-     "Corrects each PICTURE (%1) by a lens profile and writes\n"
-     "NAME_corrected.tiff beside it, in the depth of the picture and with its color profile, EXIF and IPTC data. "
-     "Without --distortion, --ca and --vignetting every\n"
-     "correction that the profile holds is applied; one that is asked for and that the profile does not hold is a\n"
-     "failure. An output appears only when it is whole, and none is ever replaced unless --overwrite says so.\n"
+     "Corrects each PICTURE (%1) by a lens profile and\n"
+     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
+     "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
+     "replaces an existing file only with --overwrite.\n"
      "\n"
      "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
-     "is found by the picture's camera and lens, in the folder of profiles at any depth; where none fits, in "
-     "lensfun's\n"
-     "database. A line on standard error says which profile was used, what was assumed and what was left out.\n"
-     "Pictures that their camera or another program corrected before are skipped.\n"
+     "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
+     "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
+     "camera, another program or an earlier run already corrected are skipped.\n"
      "\n"
-     "With --plain a profile corrects pictures of its own size, by its first entry, as other programs with this "
-     "plug-in\n"
-     "do; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
+     "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
+     "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
      "\n"
-     "Prints the name of each file written on standard output, one a line. A picture that fails is told in one line "
-     "on\n"
-     "standard error, and the others go on.\n"},
-    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show what is known of pictures",
-     "Prints size, depth and format of each PICTURE, what its metadata tell of camera, lens, exposure, date and "
-     "place,\n"
-     "and which lens profile goes with it, or why none is found.\n"},
-    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show what lens profiles hold",
-     "Prints what each lens profile (.lcp) holds: camera, lens and frame, and its entries as a grid of focal lengths,\n"
-     "distances, apertures and models. A profile that can't be used is a failure. With --for, so is one that does\n"
+     "Prints the name of each file written on standard output, one per line. A picture that fails gets one line on\n"
+     "standard error, and the others continue.\n"},
+    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show facts about pictures",
+     "Prints size, depth and format of each PICTURE, what its metadata says about camera, lens, exposure, date and\n"
+     "place, and which lens profile fits it or why none was found.\n"},
+    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show the content of lens profiles",
+     "Prints the content of each lens profile (.lcp): camera, lens and frame, and its entries as a grid of focal\n"
+     "lengths, distances, apertures and models. An unusable profile is a failure. With --for, so is one that does\n"
      "nothing to PICTURE.\n"
      "\n"
-     "--check prints one line for each oddity, FILE:LINE: warning or error: fields that contradict each other, models\n"
-     "without coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
+     "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without\n"
+     "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
      "\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
-     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
-     "in\n"
-     "the picture as taken; of fisheyes, against the equidistant projection. Color shift counts from green. Prints "
-     "the\n"
-     "name of the file written.\n"},
+     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies\n"
+     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to\n"
+     "green. Prints the name of the file written.\n"},
     {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
-     "Prints the places in which profiles are searched, how many files each holds and how many lenses they serve, and\n"
-     "which files can't be read. With WORDs, prints the lenses whose names hold all of them, in any case, with their\n"
-     "profiles; lensfun:MAKER/LENS is of lensfun's database. --lens takes such a name.\n"},
+     "Prints the folders searched for profiles, the number of files and of lenses in each, and the files that\n"
+     "can't be read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their\n"
+     "profiles; lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
+    {Verb::Report, "report", "report FILE...", "summarize the records of several runs",
+     "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were\n"
+     "corrected, skipped or failed, why they failed, by lens, and the slowest ones. A picture with several records\n"
+     "counts once, by its last one.\n"},
     {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
-     "Shows a window in which pictures are chosen, corrections tried out, and the pictures corrected. Each corrected\n"
-     "picture is written beside its original, as NAME_corrected.tiff. A picture for which no lens profile is chosen "
-     "is\n"
-     "corrected by the one of its camera and lens, if the folder of profiles has it, as FOLDER/BRAND/*.lcp.\n"},
+     "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
+     "next to its original, as NAME_corrected.tiff. Lens profiles are found and fitted as by the correct command; the\n"
+     "window shows which one was found, and another one can be chosen.\n"},
 };
 
 struct OptionRow {
@@ -75,35 +72,44 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {Verb::Correct, {"profile", nullptr}, "FILE", "the lens profile (.lcp) of all pictures"},
-    {Verb::Correct,
-     {"lens-path", nullptr},
-     "DIR",
-     "find profiles in DIR, not in the folder last used or the usual ones"},
+    {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
+    {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
-    {Verb::Correct, {"ca", nullptr}, nullptr, "remove colour fringes (chromatic aberration)"},
+    {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
-    {Verb::Correct, {"o", "output"}, "DIR", "write into DIR, which is made if it does not exist"},
-    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace outputs that exist; without it they are refused"},
-    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "pass over pictures whose output exists; not a failure"},
-    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures at once; default: as processors and memory allow"},
+    {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
+    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: standard input), one per line or NUL"},
+    {Verb::Correct, {"shard", nullptr}, "I/N", "correct every N-th picture of the sorted list, from the I-th on"},
+    {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
+    {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff instead of NAME_corrected.tiff"},
+    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs such as {name}-{ext}.tif; also {folder}"},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture"},
+    {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
+    {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
+    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
+    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
+    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Correct, {"v", "verbose"}, nullptr, "show what is known of each picture, and from where"},
+    {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources"},
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
-    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object a picture, on a line of its own"},
+    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info, {"plain", nullptr}, nullptr, "the profile of plain corrections, looked up as FOLDER/BRAND/*.lcp"},
-    {Verb::Info, {"lens-path", nullptr}, "DIR", "find profiles in DIR, not in the folder last used or the usual ones"},
+    {Verb::Info,
+     {"plain", nullptr},
+     nullptr,
+     "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
+    {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the folder last used or the usual ones"},
+    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
+    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Profile, {"check", nullptr}, nullptr, "print what is odd, line by line, and nothing else"},
-    {Verb::Profile, {"for", nullptr}, "PICTURE", "print what is applied to PICTURE too"},
-    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, on a line of its own"},
-    {Verb::Profile, {"plot", nullptr}, "FILE", "draw curves into FILE, .svg or .png, of one profile"},
-    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace the plot if it exists; without it that is a failure"},
+    {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
+    {Verb::Profile, {"for", nullptr}, "PICTURE", "also print what is applied to PICTURE"},
+    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, one per line"},
+    {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
+    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "look profiles up in DIR, which is then the folder last used"},
+    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
 };
 
@@ -114,17 +120,19 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Options that only fitted corrections have.
-QVector<OptionRow> FittedRows()
+/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
+QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
     const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        rows.append({Verb::Correct, {row.name, nullptr}, row.value, row.help});
+    for (const FittedOptionRow &row : fitted) {
+        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
+            rows.append({verb, {row.name, nullptr}, row.value, row.help});
+    }
     return rows;
 }
 
-/// All options of a verb, in the order of its help.
+/// Returns all options of a verb, in the order of its help.
 QVector<OptionRow> OptionsOf(Verb verb)
 {
     QVector<OptionRow> rows;
@@ -132,10 +140,10 @@ QVector<OptionRow> OptionsOf(Verb verb)
         if (row.verb == verb)
             rows.append(row);
     }
-    return verb == Verb::Correct ? rows + FittedRows() : rows;
+    return rows + FittedRows(verb);
 }
 
-/// "-o, --output DIR"
+/// Returns the names of an option as in the help: "-o, --output DIR".
 QString Spelling(const OptionRow &row)
 {
     QStringList names;
@@ -155,15 +163,15 @@ QString HelpLine(const QString &left, const char *right)
 QString ProgramHelp()
 {
     QString text = QStringLiteral("Usage: vitrelux COMMAND [OPTION]... FILE...\n\n"
-                                  "Removes lens distortion, colour fringes and dark corners from photographs.\n\n");
+                                  "Removes lens distortion, color fringes and dark corners from photographs.\n\n");
     for (const VerbRow &verb : kVerbs)
         text += HelpLine(Latin(verb.name), verb.summary);
     text += HelpLine(QStringLiteral("--version"), "print the version");
-    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help tells more of a command");
+    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help describes a command");
     return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
 
-/// "Camera raw, TIFF, JPEG ..."
+/// Returns the formats that can be read: "Camera raw, TIFF, JPEG ...".
 QString KnownFormats()
 {
     QStringList names;
@@ -191,7 +199,7 @@ CommandLine PrintText(const QString &text)
     return line;
 }
 
-/// @param command  "vitrelux", or with the verb behind it: whose help is named.
+/// @param command  "vitrelux" or "vitrelux VERB": the command whose help is suggested.
 CommandLine Refuse(const QString &command, const QString &why)
 {
     CommandLine line;
@@ -221,8 +229,8 @@ void AddOptions(QCommandLineParser *parser, Verb verb)
     parser->addOption(QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")}));
 }
 
-/// The first option that was given an empty value, as it is spelled: an empty name is a slip in a script, never meant.
-/// Empty if there is none.
+/// Returns the first option with an empty value, as spelled in the help; empty if there is none. An empty value is a
+/// mistake in a script, never intended.
 QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 {
     const QVector<OptionRow> rows = OptionsOf(verb);
@@ -237,21 +245,33 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
-    options.files = parser.positionalArguments();
+    options.pictures.named = parser.positionalArguments();
+    options.pictures.recursive = parser.isSet(QStringLiteral("recursive"));
+    options.pictures.listFile = parser.value(QStringLiteral("files-from"));
     options.profile = parser.value(QStringLiteral("profile"));
     options.lensPath = parser.value(QStringLiteral("lens-path"));
-    options.outputFolder = parser.value(QStringLiteral("o"));
+    options.outputs.folder = parser.value(QStringLiteral("o"));
+    options.pictures.outputFolder = options.outputs.folder;
+    if (parser.isSet(QStringLiteral("suffix")))
+        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
+    else if (parser.isSet(QStringLiteral("output-name")))
+        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
+    if (!parser.isSet(QStringLiteral("output-name"))) // else it can't be told what a result is
+        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
+    options.dryRun = parser.isSet(QStringLiteral("dry-run"));
+    options.json = parser.isSet(QStringLiteral("json"));
+    options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
     if (parser.isSet(QStringLiteral("overwrite")))
-        options.existing = ExistingOutput::Overwrite;
+        options.rules.existing = ExistingOutput::Overwrite;
     else if (parser.isSet(QStringLiteral("skip-existing")))
-        options.existing = ExistingOutput::Skip;
+        options.rules.existing = ExistingOutput::Skip;
     return options;
 }
 
@@ -267,28 +287,40 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
-/// The options of a verb that can't stand together; empty: they can.
-QString FindExclusion(const QCommandLineParser &parser)
+using Exclusions = QVector<std::pair<const char *, const char *>>;
+
+/// Returns a message about two options that exclude each other; empty if there are none.
+QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclusions)
 {
-    using Pair = std::pair<const char *, const char *>;
-    QVector<Pair> exclusions = {
-        {"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"}, {"plain", "verbose"}};
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted)
-        exclusions.append(Pair("plain", row.name));
-    for (const auto &[one, other] : qAsConst(exclusions)) {
+    for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
             return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
     }
     return QString();
 }
 
-/// Reads the options of fitted corrections; what is wrong with one, or empty.
-QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
+/// Returns the pairs of options of `correct` or `info` that exclude each other.
+Exclusions ExclusionsOf(Verb verb)
 {
-    const QVector<FittedOptionRow> rows = FittedOptionRows();
-    for (const FittedOptionRow &row : rows) {
-        const QString name = Latin(row.name);
+    Exclusions exclusions;
+    if (verb == Verb::Correct)
+        exclusions = {{"overwrite", "skip-existing"},
+                      {"profile", "lens-path"},
+                      {"profile", "source"},
+                      {"plain", "verbose"},
+                      {"suffix", "output-name"}};
+    const QVector<OptionRow> fitted = FittedRows(verb);
+    for (const OptionRow &row : fitted)
+        exclusions.append(std::make_pair("plain", row.names[0]));
+    return exclusions;
+}
+
+/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
+QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
+{
+    const QVector<OptionRow> rows = FittedRows(verb);
+    for (const OptionRow &row : rows) {
+        const QString name = Latin(row.names[0]);
         const QString problem = parser.isSet(name) ? TakeFittedOption(name, parser.value(name), options) : QString();
         if (!problem.isEmpty())
             return problem;
@@ -296,16 +328,20 @@ QString ReadFitted(const QCommandLineParser &parser, FittedOptions *options)
     return QString();
 }
 
-/// What is wrong with the options of `profile`; empty: nothing.
+/// Returns what is wrong with the options of `profile`; empty if nothing is.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
-    constexpr const char *kExclusions[][2] = {{"plain", "json"}, {"plain", "check"}, {"plain", "for"},
-                                              {"plain", "plot"}, {"check", "json"},  {"check", "for"},
-                                              {"check", "plot"}, {"json", "plot"}};
-    for (const auto &pair : kExclusions) {
-        if (parser.isSet(Latin(pair[0])) && parser.isSet(Latin(pair[1])))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(pair[0]), Latin(pair[1]));
-    }
+    const QString exclusion = FindExclusion(parser,
+                                            {{"plain", "json"},
+                                             {"plain", "check"},
+                                             {"plain", "for"},
+                                             {"plain", "plot"},
+                                             {"check", "json"},
+                                             {"check", "for"},
+                                             {"check", "plot"},
+                                             {"json", "plot"}});
+    if (!exclusion.isEmpty())
+        return exclusion;
     if (!parser.isSet(QStringLiteral("plot")))
         return parser.isSet(QStringLiteral("overwrite")) ? QStringLiteral("--overwrite needs --plot.") : QString();
     const QString suffix = QFileInfo(parser.value(QStringLiteral("plot"))).suffix().toLower();
@@ -335,7 +371,16 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMostJobs;
 }
 
-/// For a picture whose name was taken for options.
+/// Reads "2/16".
+bool ReadShard(const QString &text, Shard *shard)
+{
+    bool isIndex = false, isCount = false;
+    shard->index = text.section(QLatin1Char('/'), 0, 0).toInt(&isIndex);
+    shard->count = text.section(QLatin1Char('/'), 1).toInt(&isCount);
+    return isIndex && isCount && shard->index >= 1 && shard->index <= shard->count;
+}
+
+/// Returns a hint about a picture whose name was parsed as an option; empty if there is none.
 QString HintAtDashes(const QStringList &arguments)
 {
     for (const QString &argument : arguments) {
@@ -356,10 +401,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return PrintText(VerbHelp(verb));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
         return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
-    if (parser.positionalArguments().isEmpty() && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
-        return Refuse(command, QStringLiteral("no file named."));
+    const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
+    if (parser.positionalArguments().isEmpty() && !isListed && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
+        return Refuse(command, QStringLiteral("no file given."));
     if (parser.positionalArguments().contains(QString()))
-        return Refuse(command, QStringLiteral("the name of a file is empty."));
+        return Refuse(command, QStringLiteral("a file name is empty."));
 
     CommandLine line;
     if (verb.verb == Verb::Profile) {
@@ -373,7 +419,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (verb.verb == Verb::Lenses) {
         line.action = CommandLine::Action::ShowLenses;
         line.lenses = {parser.positionalArguments(), parser.value(QStringLiteral("lens-path")),
-                       parser.value(QStringLiteral("plugin"))};
+                       parser.value(QStringLiteral("plugin")), parser.isSet(QStringLiteral("json"))};
         return line;
     }
     if (verb.verb == Verb::Wizard) {
@@ -382,20 +428,34 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
                        parser.value(QStringLiteral("plugin"))};
         return line;
     }
+    if (verb.verb == Verb::Report) {
+        line.action = CommandLine::Action::ShowReport;
+        line.report = {parser.positionalArguments()};
+        return line;
+    }
+    const QString exclusion = FindExclusion(parser, ExclusionsOf(verb.verb));
+    if (!exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    FittedOptions fitted;
+    if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
+        return Refuse(command, problem);
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
+        line.info.fit = fitted.fit;
         return line;
     }
-    const QString exclusion = FindExclusion(parser);
-    if (!exclusion.isEmpty())
-        return Refuse(command, exclusion);
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    const QString problem = ReadFitted(parser, &line.correct.fitted);
-    return problem.isEmpty() ? line : Refuse(command, problem);
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+        return Refuse(command,
+                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+    if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
+        return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
+    line.correct.fitted = fitted;
+    return line;
 }
 
 } // namespace
@@ -411,7 +471,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     if (first == QLatin1String("--version"))
         return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
     if (const VerbRow *verb = FindVerb(first))
-        return ParseVerb(*verb, arguments); // the verb stands where the parser expects the program's name
+        return ParseVerb(*verb, arguments); // the parser expects the program's name in the place of the verb
     if (first.startsWith(QLatin1Char('-')))
         return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
     return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));

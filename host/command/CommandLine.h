@@ -1,4 +1,4 @@
-// What the user asked for on the command line, as plain values.
+// Parser of the command line: the user's request as plain values.
 #pragma once
 
 #include "Corrections.h"
@@ -11,43 +11,57 @@
 /// Exit codes of the program.
 enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
 
+/// One of several equal shares of a sorted list.
+struct Shard {
+    int index = 1, count = 1; // from 1
+};
+
 struct CorrectOptions {
-    QStringList files;
-    QString profile;      // empty: each picture's is looked up
-    QString lensPath;     // folder to look in; empty: the stored one; fitted: SearchedFolders
-    QString outputFolder; // empty: beside each picture
+    PictureSources pictures;
+    OutputNaming outputs;
+    Shard shard;
+    QString profile;      // empty: looked up for each picture
+    QString lensPath;     // profile folder; empty: the stored one or, if fitted, those of SearchedFolders
     QString plugin;       // empty: the installed one
-    Corrections asked;    // none: everything that the profile holds
-    bool plain = false;   // not fitted
-    FittedOptions fitted; // unless plain
-    bool verbose = false; // shows the facts of each picture
-    ExistingOutput existing = ExistingOutput::Refuse;
-    int jobs = 0; // pictures at once; 0: as many as processors and memory allow
+    Corrections asked;    // none: all that the profile has
+    bool plain = false;   // instead of fitted
+    FittedOptions fitted; // unused if plain
+    bool verbose = false; // print the facts about each picture
+    bool dryRun = false;  // print what would be done
+    bool json = false;    // print records as in docs/correct.schema.json
+    OutputRules rules;
+    int jobs = 0; // pictures in parallel; 0: as many as processors and memory allow
 };
 
 struct InfoOptions {
     QStringList files;
     QString lensPath; // as above
     QString plugin;
-    bool json = false;  // one object a picture and line
-    bool exif = false;  // all entries
-    bool plain = false; // the profile of plain corrections
+    bool json = false;  // one object per picture, one per line
+    bool exif = false;  // print all entries
+    bool plain = false; // look the profile up for plain corrections
+    FitOptions fit;     // unless plain: facts typed by the user
 };
 
 struct LensesOptions {
-    QStringList words; // none: the places that are searched
+    QStringList words; // none: list the folders that are searched
     QString lensPath;  // as above
     QString plugin;
+    bool json = false; // one object per place or lens, and line
 };
 
 struct ProfileOptions {
     QStringList files;
-    bool plain = false; // what the plain correction takes from it
-    bool json = false;  // one object per profile and line
-    bool check = false; // only what is odd
-    QString picture;    // whose correction is shown; empty: none
-    QString plot;       // .svg or .png to write; empty: none. Of one profile
+    bool plain = false; // print what the plain correction uses
+    bool json = false;  // one object per profile, one per line
+    bool check = false; // print only problems
+    QString picture;    // also print its correction; empty: none
+    QString plot;       // .svg or .png file to write, for a single profile; empty: none
     bool overwrite = false;
+};
+
+struct ReportOptions {
+    QStringList files; // records of `correct --json`
 };
 
 struct WizardOptions {
@@ -57,16 +71,17 @@ struct WizardOptions {
 };
 
 struct CommandLine {
-    enum class Action { Correct, ShowInfo, ShowProfiles, ShowLenses, ShowWizard, PrintText, RefuseUsage };
+    enum class Action { Correct, ShowInfo, ShowProfiles, ShowLenses, ShowReport, ShowWizard, PrintText, RefuseUsage };
 
     Action action = Action::RefuseUsage;
-    QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and where help is
+    QString text;           // PrintText: help or version; RefuseUsage: what is wrong, and how to get help
     CorrectOptions correct; // Correct
     InfoOptions info;       // ShowInfo
     ProfileOptions profile; // ShowProfiles
     LensesOptions lenses;   // ShowLenses
+    ReportOptions report;   // ShowReport
     WizardOptions wizard;   // ShowWizard
 };
 
-/// Reads the arguments that follow the program's name. Needs no application object.
+/// Parses the arguments after the program's name. Needs no application object.
 CommandLine ParseCommandLine(const QStringList &arguments);

@@ -15,7 +15,7 @@ void Write(std::FILE *stream, const QString &text)
     const auto length = static_cast<std::size_t>(bytes.size());
     if (std::fwrite(bytes.constData(), 1, length, stream) == length && std::fflush(stream) == 0)
         return;
-    if (errno == EPIPE) // nobody reads any more; whoever guards the process against interruptions takes it from here
+    if (errno == EPIPE) // the reader is gone: end as InterruptGuard does for signals
         kill(getpid(), SIGPIPE);
 }
 
@@ -24,7 +24,7 @@ bool IsControl(QChar c)
     return c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
 }
 
-/// "a\x1b[2J.jpg"
+/// Escapes control characters, as in "a\x1b[2J.jpg".
 QString Escaped(const QString &name)
 {
     QString text;
@@ -33,7 +33,7 @@ QString Escaped(const QString &name)
     return text;
 }
 
-/// A terminal that can take a line back: one that calls itself dumb can't.
+/// Whether standard error is a terminal that can erase a line; a "dumb" one can't.
 bool IsLiveTerminal()
 {
     const QByteArray kind = qgetenv("TERM");
@@ -73,7 +73,7 @@ Console::Console() : m_terminal(IsLiveTerminal())
 
 void Console::Print(const QString &text)
 {
-    ClearProgress(); // standard output is often the same terminal
+    ClearProgress(); // standard output is often on the same terminal
     Write(stdout, text);
     ShowProgress();
 }
@@ -118,19 +118,24 @@ void Console::EndProgress(int number)
     ShowProgress();
 }
 
-void Console::Summary(int corrected, int skipped, int correctedBefore, int failed)
+void Console::Summary(const QMap<PictureReport::Outcome, int> &counts)
 {
     if (!m_terminal)
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
-    const QString before =
-        correctedBefore > 0 ? QStringLiteral("%1 corrected before, ").arg(correctedBefore) : QString();
-    PrintError(QStringLiteral("%1 corrected, %2 skipped, %3%4 failed in %5 s\n")
-                   .arg(corrected)
-                   .arg(skipped)
-                   .arg(before)
-                   .arg(failed)
-                   .arg(seconds, 0, 'f', 1));
+    QStringList parts;
+    for (const auto outcome :
+         {PictureReport::Outcome::Corrected, PictureReport::Outcome::Planned, PictureReport::Outcome::Skipped,
+          PictureReport::Outcome::CorrectedBefore, PictureReport::Outcome::Failed}) {
+        const bool isRare =
+            outcome == PictureReport::Outcome::Planned || outcome == PictureReport::Outcome::CorrectedBefore;
+        if (!isRare || counts.value(outcome) > 0)
+            parts << QStringLiteral("%1 %2").arg(counts.value(outcome)).arg(NameOf(outcome));
+    }
+    QString text = QStringLiteral("%1 in %2 s").arg(parts.join(QLatin1String(", "))).arg(seconds, 0, 'f', 1);
+    if (const int corrected = counts.value(PictureReport::Outcome::Corrected); corrected > 1)
+        text += QStringLiteral(", %1 pictures a minute").arg(60.0 * corrected / qMax(seconds, 0.001), 0, 'f', 0);
+    PrintError(text + QLatin1Char('\n'));
 }
 
 void Console::ClearProgress()

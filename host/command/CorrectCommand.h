@@ -1,9 +1,9 @@
-// `vitrelux correct`: each picture through the plug-in, several at once.
+// `vitrelux correct`: corrects pictures through the plug-in, several in parallel.
 #pragma once
 
 #include "CommandLine.h"
 
 class Console;
 
-/// Makes the application object, loads the plug-in and corrects. To be called once, from main, before any thread runs.
+/// Makes the application object, loads the plug-in and corrects. Call it once, from main, before any thread runs.
 ExitCode RunCorrect(const CorrectOptions &options, Console *console);

@@ -16,7 +16,7 @@ bool IsOneOf(const QString &text, const QStringList &words)
     return words.contains(text);
 }
 
-/// A finite number with a point, within the range.
+/// Whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)
 {
     bool ok = false;
@@ -71,7 +71,7 @@ struct AmountName {
 
 constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto"}, {"ca", "AmountCA"}, {"vignetting", "AmountFalloff"}};
 
-/// "distortion=80,ca=100" as attributes, factors instead of percent; empty if it can't be read.
+/// Converts "distortion=80,ca=100" to attributes with factors instead of percent; empty if it can't be parsed.
 QVector<QPair<QString, QString>> Amounts(const QString &text)
 {
     QVector<QPair<QString, QString>> attributes;
@@ -96,7 +96,7 @@ struct Row {
     FittedOptionRow shown;
     const char *attribute;
     bool (*isValid)(const QString &text); // null: a switch
-    const char *expected;                 // for people
+    const char *expected;                 // for the message
     void (*decide)(const QString &text, FitOptions *options) = nullptr;
 };
 
@@ -109,7 +109,7 @@ void TakeSource(const QString &text, FitOptions *options)
 
 template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString &text, FitOptions *options)
 {
-    options->typed.*fact = text.toDouble(); // "inf" too
+    options->typed.*fact = text.toDouble(); // accepts "inf" too
 }
 
 const Row kRows[] = {
@@ -118,7 +118,7 @@ const Row kRows[] = {
      IsFraming,
      "fill, keep, all, or a number of 0.5 to 2"},
     {{"sampling", "HOW", "sharp (default) or bilinear"}, "Sampling", IsSampling, "sharp or bilinear"},
-    {{"projection", "NAME", "of fisheyes: rectilinear (default), equidistant, stereographic, equisolid"},
+    {{"projection", "NAME", "for fisheyes: rectilinear (default), equidistant, stereographic, equisolid"},
      "Projection",
      IsProjection,
      "rectilinear, equidistant, stereographic or equisolid"},
@@ -131,24 +131,32 @@ const Row kRows[] = {
      IsSource,
      "auto, lcp or lensfun",
      TakeSource},
-    {{"again", nullptr, "correct what was corrected before too"},
+    {{"again", nullptr, "correct even what was already corrected"},
      "Again",
      nullptr,
      "",
      [](const QString &, FitOptions *options) { options->again = true; }},
-    {{"lens", "NAME", "the lens, for pictures that don't name it"},
+    {{"lens", "NAME", "the lens, for pictures that don't name it", true},
      "Lens",
      IsText,
      "a name",
      [](const QString &text, FitOptions *options) { options->typed.lens = text; }},
-    {{"focal", "MM", "the focal length"}, "Focal", IsAboveZero, "a number above 0", TakeNumber<&TypedFacts::focalMm>},
-    {{"aperture", "N", "the f-number"}, "Aperture", IsAboveZero, "a number above 0", TakeNumber<&TypedFacts::aperture>},
-    {{"distance", "M", "of the subject in meters, or inf"},
+    {{"focal", "MM", "the focal length", true},
+     "Focal",
+     IsAboveZero,
+     "a number above 0",
+     TakeNumber<&TypedFacts::focalMm>},
+    {{"aperture", "N", "the f-number", true},
+     "Aperture",
+     IsAboveZero,
+     "a number above 0",
+     TakeNumber<&TypedFacts::aperture>},
+    {{"distance", "M", "the subject's distance in meters, or inf", true},
      "Distance",
      IsDistance,
      "a number above 0, or inf",
      TakeNumber<&TypedFacts::distanceM>},
-    {{"body", "MODEL", "the camera, for pictures that don't name it"},
+    {{"body", "MODEL", "the camera, for pictures that don't name it", true},
      "Body",
      IsText,
      "a name",

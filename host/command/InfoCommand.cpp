@@ -32,7 +32,7 @@ QString AsText(const QString &file, const PictureSummary &facts)
 {
     QString text = OneLine(file) + QLatin1Char('\n');
     for (const PictureFact &fact : facts) {
-        if (!fact.label.isEmpty()) // texts of the file: no line breaks
+        if (!fact.label.isEmpty()) // texts from the file may have line breaks
             text += QStringLiteral("  %1%2\n").arg(fact.label, -kLabelWidth).arg(OneLine(fact.text));
     }
     return text;
@@ -53,10 +53,10 @@ PictureFact ExifFact(const QString &path)
     return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
 }
 
-/// Facts of the profile by which a picture would be corrected.
+/// Returns facts about the profile that would correct a picture.
 using ProfileFinder = std::function<PictureSummary(const QString &path)>;
 
-/// Lines or a list, if there are any.
+/// Adds texts as lines and as a list, if there are any.
 void AddTexts(const char *label, const char *key, const QStringList &texts, PictureSummary *facts)
 {
     if (texts.isEmpty())
@@ -87,8 +87,8 @@ PictureSummary FitFacts(const FitResult &fit)
     return facts;
 }
 
-/// A picture's lines or its object, with those of its profile.
-QString Tell(const InfoOptions &options, const QString &file, const QString &path, const ProfileFinder &find)
+/// Returns a picture's lines or its JSON object, including its profile.
+QString Describe(const InfoOptions &options, const QString &file, const QString &path, const ProfileFinder &find)
 {
     PictureSummary facts = SummaryOfPicture(path);
     facts << find(path);
@@ -99,7 +99,7 @@ QString Tell(const InfoOptions &options, const QString &file, const QString &pat
     return AsJson(file, facts);
 }
 
-ExitCode TellAll(const InfoOptions &options, HostApplication *application, const ProfileFinder &find, Console *console)
+ExitCode ShowAll(const InfoOptions &options, HostApplication *application, const ProfileFinder &find, Console *console)
 {
     ExitCode result = kAllDone;
     QString gap; // an empty line between two pictures
@@ -111,7 +111,7 @@ ExitCode TellAll(const InfoOptions &options, HostApplication *application, const
             result = kSomeFailed;
             continue;
         }
-        console->Print(gap + Tell(options, file, path, find));
+        console->Print(gap + Describe(options, file, path, find));
         if (!options.json)
             gap = QStringLiteral("\n");
         application->ForgetImages();
@@ -119,7 +119,7 @@ ExitCode TellAll(const InfoOptions &options, HostApplication *application, const
     return result;
 }
 
-ExitCode TellPlain(const InfoOptions &options, HostApplication *application, InterruptGuard *guard, Console *console)
+ExitCode ShowPlain(const InfoOptions &options, HostApplication *application, InterruptGuard *guard, Console *console)
 {
     ProfileLookup lookup(application, options.lensPath, guard);
     const PluginLoader plugin(options.plugin);
@@ -127,24 +127,24 @@ ExitCode TellPlain(const InfoOptions &options, HostApplication *application, Int
         return PictureSummary{ProfileFact(plugin.Process() ? lookup.Find(plugin.Process(), path)
                                                            : ProfileLookup::Answer{QString(), plugin.Problem()})};
     };
-    return TellAll(options, application, find, console);
+    return ShowAll(options, application, find, console);
 }
 
-ExitCode TellFitted(const InfoOptions &options, HostApplication *application, Console *console)
+ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Console *console)
 {
     const SearchedFolders folders(application, options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // asks for the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // reads the stored folder
     if (!plugin.Process())
         console->Note(QString(), plugin.Problem());
-    PictureFitter fitter(folders.All());
+    PictureFitter fitter(folders.Folders());
     const auto find = [&](const QString &path) {
         for (const QString &problem : {application->ProblemOf(path), folders.Problem()}) {
             if (!problem.isEmpty())
                 return PictureSummary{ProfileFact({QString(), problem})};
         }
-        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), FitOptions()));
+        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), options.fit));
     };
-    return TellAll(options, application, find, console);
+    return ShowAll(options, application, find, console);
 }
 
 } // namespace
@@ -156,6 +156,6 @@ ExitCode RunInfo(const InfoOptions &options, Console *console)
     const CommandApplication application;
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());
-    return options.plain ? TellPlain(options, application.Get(), &guard, console)
-                         : TellFitted(options, application.Get(), console);
+    return options.plain ? ShowPlain(options, application.Get(), &guard, console)
+                         : ShowFitted(options, application.Get(), console);
 }

@@ -1,10 +1,10 @@
-// `vitrelux info`: what is known of pictures, and which lens profile goes with them.
+// `vitrelux info`: facts about pictures, and the lens profiles that fit them.
 #pragma once
 
 #include "CommandLine.h"
 
 class Console;
 
-/// Makes the application object. To be called once, from main, before any thread runs. Every picture is shown; one that
-/// can't be read makes the result kSomeFailed, one without a profile does not.
+/// Makes the application object; call it once, from main, before any thread runs. Shows every picture; one that can't
+/// be read makes the result kSomeFailed, one without a profile does not.
 ExitCode RunInfo(const InfoOptions &options, Console *console);

@@ -9,6 +9,8 @@
 #include "app/SearchedFolders.h"
 
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QMap>
 #include <QSet>
 #include <QStandardPaths>
@@ -23,14 +25,14 @@ bool HoldsAll(const QString &text, const QStringList &words)
                        [&](const QString &word) { return text.contains(word, Qt::CaseInsensitive); });
 }
 
-/// "Canon EF 24-70mm f/4L IS USM on Canon EOS 6D", out of a profile's first entry.
+/// Returns the lens of a profile's first entry, "Canon EF 24-70mm f/4L IS USM", or the camera's if it has no name.
 QString LensOf(const ProfileHead &head)
 {
     return head.lensNames.isEmpty() ? QStringLiteral("the lens of %1 %2").arg(head.make, head.model).simplified()
                                     : head.lensNames.first();
 }
 
-/// Files, lenses and faults below one folder.
+/// Files, lenses and unreadable profiles below one folder.
 class Place {
 public:
     explicit Place(const QString &folder) : m_folder(folder), m_prefix(QFileInfo(folder).canonicalFilePath())
@@ -44,58 +46,121 @@ public:
     {
         ++m_files;
         if (!profile.error.isEmpty())
-            m_faults += QStringLiteral("  %1: %2\n").arg(OneLine(profile.path), OneLine(profile.error));
+            m_faults.append({profile.path, profile.error});
         else
             m_lenses.insert(LensOf(profile.head));
     }
     QString Text() const
     {
-        return QStringLiteral("%1\n  %2 files for %3 lenses\n").arg(OneLine(m_folder)).arg(m_files).arg(m_lenses.size())
-            + m_faults;
+        QString text =
+            QStringLiteral("%1\n  %2 files for %3 lenses\n").arg(OneLine(m_folder)).arg(m_files).arg(m_lenses.size());
+        for (const auto &[path, error] : m_faults)
+            text += QStringLiteral("  %1: %2\n").arg(OneLine(path), OneLine(error));
+        return text;
+    }
+    QJsonObject Json() const
+    {
+        QJsonArray faults;
+        for (const auto &[path, error] : m_faults)
+            faults.append(QJsonObject{{QStringLiteral("path"), path}, {QStringLiteral("error"), error}});
+        return {{QStringLiteral("folder"), m_folder},
+                {QStringLiteral("files"), m_files},
+                {QStringLiteral("lenses"), m_lenses.size()},
+                {QStringLiteral("unreadable"), faults}};
     }
 
 private:
     QString m_folder;
-    QString m_prefix; // of the index's paths, in which no links are
+    QString m_prefix; // of paths in the index, which are canonical
     int m_files = 0;
     QSet<QString> m_lenses;
-    QString m_faults;
+    QVector<QPair<QString, QString>> m_faults; // paths and errors
 };
+
+QString JsonLine(const QJsonObject &object)
+{
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n');
+}
+
+QVector<Place> PlacesOf(const QStringList &folders, const ProfileIndex &index)
+{
+    QVector<Place> places;
+    for (const QString &folder : folders) {
+        places.append(Place(folder));
+        for (const IndexedProfile &profile : index.Profiles()) {
+            if (places.last().Holds(profile))
+                places.last().Add(profile);
+        }
+    }
+    return places;
+}
 
 QString PlacesText(const QStringList &folders, const ProfileIndex &index)
 {
     QString text;
-    for (const QString &folder : folders) {
-        Place place(folder);
-        for (const IndexedProfile &profile : index.Profiles()) {
-            if (place.Holds(profile))
-                place.Add(profile);
-        }
+    const QVector<Place> places = PlacesOf(folders, index);
+    for (const Place &place : places)
         text += place.Text();
-    }
-    if (!text.isEmpty())
-        return text;
-    return QStringLiteral("no folder of profiles; %1/vitrelux/profiles is searched once it exists\n")
-        .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    if (places.isEmpty())
+        text = QStringLiteral("no folder of profiles; %1/vitrelux/profiles is searched once it exists\n")
+                   .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    return text + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount());
 }
 
-/// One line per lens, with the files that serve it.
-QString FoundText(const QStringList &words, const ProfileIndex &index)
+QString PlacesJson(const QStringList &folders, const ProfileIndex &index)
 {
-    QMap<QString, QStringList> found; // by lens
+    QString text;
+    const QVector<Place> places = PlacesOf(folders, index);
+    for (const Place &place : places)
+        text += JsonLine(place.Json());
+    return text
+        + JsonLine({{QStringLiteral("database"), QStringLiteral("lensfun")},
+                    {QStringLiteral("lenses"), LensfunDatabase::Instance().LensCount()}});
+}
+
+/// A lens, and the profiles that serve it; none of lensfun's.
+struct FoundLens {
+    QString name;
+    QStringList paths;
+};
+
+QVector<FoundLens> FindLenses(const QStringList &words, const ProfileIndex &index)
+{
+    QMap<QString, QStringList> byName;
     for (const IndexedProfile &profile : index.Profiles()) {
         const QString names = profile.head.lensNames.join(QLatin1Char('\n')) + QLatin1Char('\n') + profile.head.make
             + QLatin1Char('\n') + profile.head.model;
         if (profile.error.isEmpty() && HoldsAll(names, words))
-            found[OneLine(LensOf(profile.head))] << OneLine(profile.path);
+            byName[LensOf(profile.head)] << profile.path;
     }
-    QString text;
-    for (auto lens = found.cbegin(); lens != found.cend(); ++lens)
-        text += QStringLiteral("%1\n  %2\n").arg(lens.key(), lens->join(QLatin1String("\n  ")));
+    QVector<FoundLens> found;
+    for (auto lens = byName.cbegin(); lens != byName.cend(); ++lens)
+        found.append({lens.key(), *lens});
     QStringList titles = LensfunDatabase::Instance().Search(words);
     titles.sort();
     for (const QString &title : qAsConst(titles))
-        text += QStringLiteral("lensfun:%1\n").arg(OneLine(title));
+        found.append({QLatin1String("lensfun:") + title, {}});
+    return found;
+}
+
+/// One line per lens, with its files below.
+QString FoundText(const QVector<FoundLens> &found)
+{
+    QString text;
+    for (const FoundLens &lens : found) {
+        text += OneLine(lens.name) + QLatin1Char('\n');
+        for (const QString &path : lens.paths)
+            text += QStringLiteral("  %1\n").arg(OneLine(path));
+    }
+    return text;
+}
+
+QString FoundJson(const QVector<FoundLens> &found)
+{
+    QString text;
+    for (const FoundLens &lens : found)
+        text += JsonLine({{QStringLiteral("lens"), lens.name},
+                          {QStringLiteral("profiles"), QJsonArray::fromStringList(lens.paths)}});
     return text;
 }
 
@@ -109,7 +174,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());
     const SearchedFolders folders(application.Get(), options.lensPath);
-    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // asks for the stored folder
+    const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // reads the stored folder
     if (!folders.Problem().isEmpty()) {
         console->Failure(QString(), folders.Problem());
         return kSomeFailed;
@@ -118,19 +183,18 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
         console->Note(QString(), plugin.Problem());
 
     ProfileIndex index;
-    if (!index.Scan(folders.All()))
+    if (!index.Scan(folders.Folders()))
         console->Note(QString(),
-                      QStringLiteral("more than %1 profiles, the rest is left out").arg(ProfileIndex::kMostProfiles));
+                      QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMostProfiles));
     if (options.words.isEmpty()) {
-        console->Print(PlacesText(folders.All(), index)
-                       + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount()));
+        console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;
     }
-    const QString found = FoundText(options.words, index);
+    const QVector<FoundLens> found = FindLenses(options.words, index);
     if (found.isEmpty()) {
         console->Failure(QString(), QStringLiteral("no lens named \"%1\"").arg(options.words.join(QLatin1Char(' '))));
         return kSomeFailed;
     }
-    console->Print(found);
+    console->Print(options.json ? FoundJson(found) : FoundText(found));
     return kAllDone;
 }

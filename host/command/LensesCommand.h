@@ -1,10 +1,10 @@
-// The command that shows which lenses can be corrected without a profile being named.
+// `vitrelux lenses`: the lenses that can be corrected without naming a profile.
 #pragma once
 
 #include "CommandLine.h"
 
 class Console;
 
-/// Lists the places that are searched and what they hold or, with words, the lenses whose names hold all of them.
-/// @return kSomeFailed if no lens is found, or if the folder that the user names doesn't exist.
+/// Lists the folders that are searched and their content or, with words, the lenses whose names contain all of them.
+/// @return kSomeFailed if no lens is found, or if the folder named by the user doesn't exist.
 ExitCode RunLenses(const LensesOptions &options, Console *console);

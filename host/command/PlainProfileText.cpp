@@ -15,7 +15,7 @@ QString Line(const QString &label, const QString &value)
 
 QString Number(double value)
 {
-    return QString::number(value, 'g', 7); // what a float holds
+    return QString::number(value, 'g', 7); // the precision of a float
 }
 
 QString Numbers(const QVector<float> &values)
@@ -26,7 +26,7 @@ QString Numbers(const QVector<float> &values)
     return numbers.join(QStringLiteral(", "));
 }
 
-/// "135 mm, f/2.5, 5.9 m"
+/// Returns the setting, "135 mm, f/2.5, 5.9 m".
 QString Shooting(const ProfileReport &report)
 {
     QStringList parts;
@@ -39,7 +39,7 @@ QString Shooting(const ProfileReport &report)
     return parts.join(QStringLiteral(", "));
 }
 
-/// One line of values: the focal lengths as fractions, as the file has them, and the centre in pixels.
+/// Returns one line of values: focal lengths as fractions, as in the file, and the center in pixels.
 QString Values(const LensParam &model)
 {
     QStringList parts;

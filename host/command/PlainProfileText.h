@@ -1,13 +1,13 @@
-// What the plain correction takes from a lens profile, its first entry alone, for people.
+// Readable text about the part of a lens profile that plain corrections use: its first entry.
 #pragma once
 
 #include <QString>
 
 struct ProfileReport;
 
-/// The lines about a profile. @p file is its name as the user wrote it; @p report must be usable.
+/// Returns the lines about a profile. @p file is its name as the user wrote it; @p report must be usable.
 QString PlainProfileText(const QString &file, const ProfileReport &report);
 
-/// Why the plain correction can't use the profile, in one line; empty if it can. A profile that can be read and
-/// corrects nothing is of no use either.
+/// Returns one line why plain corrections can't use the profile; empty if they can. A readable profile that corrects
+/// nothing is unusable too.
 QString WhyPlainlyUseless(const QString &file, const ProfileReport &report);

@@ -42,7 +42,7 @@ void Draw(const PlotLine &line, QPainter *painter)
 {
     QPen pen(line.color, line.width);
     if (line.style == PlotLine::Style::Dashed)
-        pen.setDashPattern({kDash / line.width, kDash / line.width}); // in widths of the pen
+        pen.setDashPattern({kDash / line.width, kDash / line.width}); // in pen widths
     painter->setPen(pen);
     painter->drawPolyline(line.points.constData(), line.points.size());
 }

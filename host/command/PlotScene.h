@@ -1,4 +1,4 @@
-// A drawing of lines and texts, as SVG or as pixels. Positions are in units of one pixel, from the top left corner.
+// Drawing of lines and texts, rendered as SVG or as pixels. Positions are in pixels from the top left corner.
 #pragma once
 
 #include <QByteArray>
@@ -11,7 +11,7 @@
 struct PlotLine {
     enum class Style { Solid, Dashed };
 
-    QString title; // shown by SVG viewers under the pointer; may be empty
+    QString title; // SVG viewers show it under the pointer; may be empty
     QVector<QPointF> points;
     QColor color;
     double width = 1.0;
@@ -21,7 +21,7 @@ struct PlotLine {
 struct PlotText {
     enum class Anchor { Start, Middle, End };
 
-    QPointF at; // on the base line
+    QPointF at; // on the baseline
     QString text;
     QColor color;
     Anchor anchor = Anchor::Start;
@@ -34,8 +34,8 @@ struct PlotScene {
     QVector<PlotText> texts;
 };
 
-/// The scene as an SVG file, in UTF-8.
+/// Renders the scene as an SVG file, in UTF-8.
 QByteArray ToSvg(const PlotScene &scene);
 
-/// The scene with @p scale pixels per unit. Needs the application object, for its fonts.
+/// Renders the scene with @p scale pixels per unit. Needs the application object, for fonts.
 QImage ToImage(const PlotScene &scene, double scale);

@@ -20,12 +20,12 @@ namespace {
 
 constexpr double kPlotScale = 2.0; // pixels of a PNG per unit
 
-/// Shows profiles one after the other.
+/// Printer of profiles, one after the other.
 class ProfileShow {
 public:
     ProfileShow(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }
 
-    /// Reads the picture of --for. @return whether it can be read.
+    /// Reads the picture of --for. @return false if it can't be read.
     bool ReadPicture()
     {
         const QString path = AbsolutePath(m_options.picture);
@@ -49,14 +49,14 @@ public:
     ExitCode Result() const { return m_result; }
 
 private:
-    /// Prints a profile's lines, with an empty line between two of them.
+    /// Prints a profile's lines, after an empty line unless it is the first profile.
     void PrintApart(const QString &text)
     {
         m_console->Print(m_gap + text);
         m_gap = QStringLiteral("\n");
     }
 
-    /// @return why the profile can't be used; empty if it can. So do the next ones.
+    // Each returns why the profile can't be used; empty if it can.
     QString ShowPlainly(const QString &file)
     {
         const ProfileReport report = ReadProfileReport(AbsolutePath(file));
@@ -176,7 +176,7 @@ ExitCode RunProfile(const ProfileOptions &options, Console *console)
         return ShowAll(options, &show);
     ChooseDisplayless();
     ProgramName name;
-    HostApplication application(name.argc, name.argv); // metadata and the table of cameras, or fonts
+    HostApplication application(name.argc, name.argv); // needed for metadata, the table of cameras, and fonts
     if (!options.picture.isEmpty() && !show.ReadPicture())
         return kSomeFailed;
     return ShowAll(options, &show);

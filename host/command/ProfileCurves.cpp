@@ -13,13 +13,13 @@
 namespace {
 
 constexpr int kSteps = 100;
-// Beyond these a curve says only that something is wrong, and would flatten the others.
+// A curve beyond these bounds only shows that something is wrong, and would flatten the others.
 constexpr double kMostPercent = 200.0, kMostPixels = 1000.0, kMostEv = 8.0;
 
-/// How large an entry's models are in the plotted frame.
+/// Scale of an entry's models in the plotted frame.
 struct CurveFrame {
     double unitPx = 0.0;       // pixels in a long side of the profile's frame
-    double focalLength = 0.0;  // of models that don't state theirs
+    double focalLength = 0.0;  // of models without one
     double halfDiagonal = 0.0; // of the plotted frame, in pixels; 0: unknown
 };
 
@@ -38,7 +38,7 @@ CurveFrame FrameOf(const ProfileEntry &entry, const ProfileFit &fit)
     return {under->unitPx, under->focalLength, std::hypot(fit.facts.pixels.width(), fit.facts.pixels.height()) / 2.0};
 }
 
-/// @p value of the radius in pixels, up to @p end.
+/// Samples @p value, a function of the radius in pixels, up to @p end.
 ProfileCurve Sampled(double halfDiagonal, double end, double most, const std::function<double(double)> &value)
 {
     ProfileCurve curve;
@@ -86,11 +86,11 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     const double unit = UnitOf(*model, frame);
     return Sampled(frame.halfDiagonal, HUGE_VAL, kMostEv, [&](double radius) {
         const double u = radius / unit;
-        return std::log2(LightShare(*model, u * u)); // neither 0 nor below is plotted
+        return std::log2(LightShare(*model, u * u)); // values from 0 down are not plotted
     });
 }
 
-/// @param byGreen  as the fit does where it corrects color: by green's model where there is one.
+/// @param byGreen  uses green's model if there is one, like a fit that corrects color.
 ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool byGreen)
 {
     ProfileCurves curves;
@@ -138,7 +138,7 @@ ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit)
     FitOptions options;
     options.profile = profile.path;
     options.framing = Framing::Keep;
-    options.projection = Projection::Equidistant; // as the entries are plotted
+    options.projection = Projection::Equidistant; // like the plotted entries
     const Correction correction = Fit(profile, fit.facts, options).correction;
     const double half = std::hypot(correction.width, correction.height) / 2.0;
     ProfileCurves curves;

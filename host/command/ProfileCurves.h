@@ -1,4 +1,4 @@
-// What the entries of a profile do over the radius, as curves to plot.
+// Corrections of a profile's entries over the radius, as curves to plot.
 #pragma once
 
 #include "ProfileFitText.h"
@@ -6,25 +6,25 @@
 #include <QPointF>
 #include <QVector>
 
-/// A function of the radius. x is the radius from the model's center in halves of the frame's diagonal, 0 to 1; a curve
-/// ends early where the model folds back, ends, or goes beyond what can be plotted.
+/// A function of the radius. x is the distance from the model's center over half the frame's diagonal, 0 to 1; a curve
+/// ends early where the model folds back, ends, or exceeds what can be plotted.
 using ProfileCurve = QVector<QPointF>;
 
-/// One entry, or the blend of a picture. Curves of models that aren't there are empty.
+/// The curves of one entry, or of the blend for a picture. Curves of missing models are empty.
 struct ProfileCurves {
     QString name;            // "24 mm f/2.8 3 m"
     double focalMm = 0.0;    // 0: unknown, or the blend
-    ProfileCurve distortion; // percent: what is to come to a radius lies this much farther out
-    ProfileCurve red, blue;  // pixels farther out than green, of the profile's frame or of the picture
-    ProfileCurve light;      // EV against the middle; negative where it is darker
+    ProfileCurve distortion; // percent by which the source of a radius lies farther out
+    ProfileCurve red, blue;  // how much farther out than green, in pixels of the profile's frame or of the picture
+    ProfileCurve light;      // EV relative to the middle; negative where it is darker
 };
 
-/// The curves of entries, at most kMostPlottedEntries spread evenly over the file; entries without a frame are left
-/// out. Distortion of fisheyes counts against the equidistant projection.
+/// Returns the curves of the entries, at most kMostPlottedEntries spread evenly over the file; entries without a frame
+/// are left out. Distortion of fisheyes is relative to the equidistant projection.
 ///
-/// @param fit  the picture whose frame counts; null: each entry's own.
+/// @param fit  the picture whose frame is plotted; null: the frame of each entry.
 QVector<ProfileCurves> CurvesOfEntries(const LensProfile &profile, const ProfileFit *fit);
 constexpr int kMostPlottedEntries = 200;
 
-/// The curves of what is applied to the picture.
+/// Returns the curves of the correction that is applied to the picture.
 ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit);

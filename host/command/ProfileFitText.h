@@ -1,11 +1,11 @@
-// What a lens profile would do to a picture, for people and for scripts.
+// Text and JSON about the effect of a lens profile on a picture.
 #pragma once
 
 #include "Fit.h"
 
 #include <QJsonObject>
 
-/// A picture with what is known of it, and how one profile fits it.
+/// A picture, the facts about it, and the fit of one profile to it.
 struct ProfileFit {
     QString picture; // as the user wrote it
     PictureFacts facts;
@@ -18,5 +18,5 @@ struct ProfileFit {
 ProfileFit FitTo(const LensProfile &profile, const QString &picture, const PictureFacts &facts);
 
 QString ProfileFitText(const LensProfile &profile, const ProfileFit &fit);
-/// Entries are counted from 1.
+/// Returns the fit as a record. Entries are counted from 1.
 QJsonObject ProfileFitJson(const LensProfile &profile, const ProfileFit &fit);

@@ -24,7 +24,7 @@ QString Line(const char *label, const QString &value)
     return LabeledLine(QLatin1String(label), kLabelWidth, value);
 }
 
-/// The different texts that @p text gives for the entries, in the order of the file.
+/// Joins the distinct texts that @p text returns for the entries, in the order of the file.
 template <typename Text> QString Distinct(const LensProfile &profile, const Text &text)
 {
     QStringList found;
@@ -66,7 +66,7 @@ QString ApertureOf(const ProfileEntry &entry)
                              : QStringLiteral("-");
 }
 
-/// One row of the grid: entries that differ in aperture alone.
+/// One row of the grid: entries that differ only in aperture.
 struct Row {
     QString focal, distance, models;
     QStringList apertures;
@@ -86,13 +86,13 @@ Row RowOf(const ProfileEntry &entry)
     return row;
 }
 
-/// Whether the ascending values @p a and @p b are one setting; 0 is only itself.
+/// Whether the ascending values @p a and @p b count as one setting; 0 equals only 0.
 bool AreSame(double a, double b, double ratio)
 {
     return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));
 }
 
-/// Splits @p entries into runs of one value, ascending. Entries with equal values keep their order.
+/// Splits @p entries into runs of equal values, ascending. Entries with equal values keep their order.
 template <typename Value> QVector<QVector<int>> Runs(QVector<int> entries, double ratio, const Value &value)
 {
     std::stable_sort(entries.begin(), entries.end(), [&](int a, int b) { return value(a) < value(b); });
@@ -138,7 +138,7 @@ QVector<Row> RowsOf(const LensProfile &profile)
     return rows;
 }
 
-/// "1-3, 7"
+/// Returns sorted numbers as ranges: "1-3, 7".
 QString Ranges(QVector<int> numbers)
 {
     std::sort(numbers.begin(), numbers.end());

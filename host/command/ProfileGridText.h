@@ -1,4 +1,4 @@
-// The entries of a lens profile as a grid of settings, for people.
+// Readable text about the entries of a lens profile, as a grid of settings.
 #pragma once
 
 #include <QString>
@@ -6,12 +6,12 @@
 struct LensProfile;
 struct ProfileEntry;
 
-/// "distortion, green, red, blue, light" as far as the entry holds them; empty if it holds none.
+/// Returns those of "distortion, green, red, blue, light" that the entry has; empty if it has none.
 QString ModelNames(const ProfileEntry &entry);
 
-/// The profile's names and frames, and one row for each focal length and distance with the apertures that share their
+/// Returns the profile's names and frames, and one row for each focal length and distance with the apertures of equal
 /// models. @p profile must have entries; @p file is its name as the user wrote it.
 QString ProfileGridText(const QString &file, const LensProfile &profile);
 
-/// One line for each note: "FILE:LINE: warning: entry 2: TEXT". An error means that a model or an entry can't be used.
+/// Returns one line per note: "FILE:LINE: warning: entry 2: TEXT". "error" means that a model or entry can't be used.
 QString ProfileNotesText(const QString &file, const LensProfile &profile);

@@ -15,7 +15,7 @@ const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
     const char *title;
-    double leastSpan; // a curve that stays within is flat
+    double leastSpan; // curves that span less look flat
     ProfileCurve ProfileCurves::*solid;
     ProfileCurve ProfileCurves::*dashed; // may be null
 };
@@ -26,7 +26,7 @@ constexpr PanelRow kPanels[] = {
     {"Light (EV)", 0.2, &ProfileCurves::light, nullptr},
 };
 
-/// Round values that span an axis.
+/// An axis with ticks at round values.
 struct Axis {
     double least, most, step;
 
@@ -151,7 +151,7 @@ private:
             add(curves.*row.dashed, PlotLine::Style::Dashed);
     }
 
-    /// @return its rows.
+    /// @return the number of its rows.
     int AddLegend()
     {
         int row = 0;
@@ -181,7 +181,7 @@ private:
 
     const QVector<ProfileCurves> &m_entries;
     const ProfileCurves *m_blend;
-    QVector<double> m_focals; // different ones, ascending
+    QVector<double> m_focals; // distinct, ascending
     PlotScene m_scene;
 };
 

@@ -1,28 +1,10 @@
 #include "WizardCommand.h"
 
 #include "Console.h"
-#include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
-#include "app/PluginLoader.h"
-#include "app/ProfileLookup.h"
 #include "wizard/CorrectionWizard.h"
-
-namespace {
-
-/// The page is to show and to keep the folder as the user knows it.
-/// @param folder  empty: the stored one.
-void TellPluginOfFolder(HostApplication *application, const QString &folder)
-{
-    const QString given = folder.isEmpty() ? QString() : AbsolutePath(folder);
-    application->AdaptPluginSettings([given](const QString &key, const QVariant &stored) {
-        if (key != ProfileLookup::kLensPath)
-            return stored;
-        return QVariant(given.isEmpty() ? ProfileLookup::UsableFolder(stored.toString()) : given);
-    });
-}
-
-} // namespace
+#include "wizard/WizardPlugin.h"
 
 ExitCode RunWizard(const WizardOptions &options, Console *console)
 {
@@ -38,23 +20,15 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
     application.MakeThumbnails();
     if (!application.SettingsProblem().isEmpty())
         console->Note(QString(), application.SettingsProblem());
-    TellPluginOfFolder(&application, options.lensPath);
-    const PluginLoader plugin(options.plugin);
-    if (!plugin.Process()) {
+    WizardPlugin plugin(&application, options.plugin, options.lensPath, &guard);
+    if (!plugin.Problem().isEmpty()) {
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    // The lookup is given links in the place of the folder of profiles, so it has a process of its own.
-    ProfileLookup lookup(&application, options.lensPath, &guard);
-    const std::unique_ptr<QObject> second = plugin.MakeProcess();
-    auto *lookupProcess = qobject_cast<KIPluginOne2One *>(second.get());
-    const auto findProfile = [&](const QString &picture) {
-        return lookupProcess ? lookup.Find(lookupProcess, picture).profile : QString();
-    };
-    CorrectionWizard wizard(&application, plugin.Process(), findProfile, &guard);
+    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
     QStringList files = options.files;
     for (QString &file : files) {
-        if (file.startsWith(QLatin1Char(':'))) // not a resource of Qt's
+        if (file.startsWith(QLatin1Char(':'))) // not a Qt resource
             file.prepend(QLatin1String("./"));
     }
     wizard.Add(files);

@@ -10,7 +10,7 @@
 #include <vector>
 
 void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const QStringList &announced,
-                   const QStringList &files)
+                   const QStringList &files, const QString &framing)
 {
     std::vector<QDomElement> carried;
     for (const QString &file : files)
@@ -22,6 +22,8 @@ void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const
     const HostApplication::SettingAdapter before = application->AdaptPluginSettings(nullptr);
     const auto restore = qScopeGuard([&] { application->AdaptPluginSettings(before); });
     application->AdaptPluginSettings([&](const QString &key, const QVariant &stored) -> QVariant {
+        if (key == QLatin1String("Framing"))
+            return framing;
         const std::size_t record = reads[key]++;
         if (record < carried.size() && carried[record].hasAttribute(key))
             return carried[record].attribute(key);

@@ -7,6 +7,8 @@ class HostApplication;
 class KIPluginOne2One;
 
 /// Calls SetFiles with @p files. Files that are also in @p announced, the files of the previous call, keep their
-/// choices, although SetFiles makes new records. GUI thread.
+/// choices, although SetFiles makes new records. Only what has a stored setting is kept: all that the page can choose,
+/// but not facts typed for one picture, nor "Again". GUI thread.
+/// @param framing  of all pictures, as the attribute "Framing" of a record.
 void AnnounceFiles(HostApplication *application, KIPluginOne2One *process, const QStringList &announced,
-                   const QStringList &files);
+                   const QStringList &files, const QString &framing);

@@ -35,13 +35,13 @@ int WidthOfSubTitle(const QString &text)
 
 } // namespace
 
-CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FittedCorrection *correction,
                                    InterruptGuard *guard)
     : m_application(application),
       m_process(process),
       m_pictures(new PicturesPage(application)),
       m_pluginPage(process->WizardPage()),
-      m_run(new RunPage(application, process, std::move(findProfile), guard))
+      m_run(new RunPage(correction, process, guard))
 {
     setWindowTitle(tr("Vitrelux: lens correction"));
     setWindowIcon(process->Icon());
@@ -90,9 +90,12 @@ void CorrectionWizard::initializePage(int id)
 {
     QWizard::initializePage(id);
     const QStringList files = m_pictures->Files();
-    if (id != kPicturesPage && files != m_announced) { // new records would lose the choices for the same files
-        AnnounceFiles(m_application, m_process, Readable(m_announced), Readable(files));
+    const QString framing = m_pictures->Framing();
+    const bool isNew = files != m_announced || framing != m_framing; // otherwise the page needn't render again
+    if (id != kPicturesPage && isNew) {
+        AnnounceFiles(m_application, m_process, Readable(m_announced), Readable(files), framing);
         m_announced = files;
+        m_framing = framing;
     }
     if (id == kRunPage) {
         m_run->Start(PrepareJob(m_application, m_process, files),

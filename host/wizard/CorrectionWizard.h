@@ -17,8 +17,8 @@ class RunPage;
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
-    /// All arguments must outlive the window. @param findProfile as for CorrectionJob.
-    CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile,
+    /// All arguments must outlive the window.
+    CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FittedCorrection *correction,
                      InterruptGuard *guard);
     /// Returns the plug-in's page, and waits for the current picture.
     ~CorrectionWizard() override;
@@ -46,4 +46,5 @@ private:
     QPointer<QWizardPage> m_pluginPage; // owned by the process
     RunPage *m_run;
     QStringList m_announced; // the files last passed to the process
+    QString m_framing;       // the framing they were passed with
 };

@@ -2,9 +2,11 @@
 
 #include "app/HostApplication.h"
 #include "app/OutputPlan.h"
+#include "app/PictureFiles.h"
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
@@ -16,41 +18,30 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 const QLatin1String kFolderSetting("Wizard/PictureFolder");
+const QLatin1String kFramingSetting("Wizard/Framing");
+
+struct FramingRow {
+    const char *value; // in a record
+    const char *text;
+};
+
+/// The first one is the default.
+constexpr FramingRow kFramings[] = {
+    {"fill", QT_TRANSLATE_NOOP("PicturesPage", "Fill the frame: no empty borders")},
+    {"keep", QT_TRANSLATE_NOOP("PicturesPage", "Keep the scale")},
+    {"all", QT_TRANSLATE_NOOP("PicturesPage", "Show everything that was photographed")},
+};
 
 enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
-
-/// Returns the suffixes of pictures, for dialog and folders; other files can be added too.
-QStringList PictureNames()
-{
-    QStringList names;
-    for (const char *suffix : {"tif", "tiff", "jpg", "jpeg", "png", "exr", "hdr", "psd", "psb", "dng", "cr2", "cr3",
-                               "crw", "nef",  "nrw", "arw",  "sr2", "raf", "orf", "rw2", "pef", "srw", "x3f"})
-        names << QLatin1String("*.") + QLatin1String(suffix);
-    return names;
-}
-
-/// Replaces folders by the pictures in them.
-QStringList Expanded(const QStringList &files)
-{
-    QStringList all;
-    for (const QString &file : files) {
-        if (!QFileInfo(file).isDir()) {
-            all << file;
-            continue;
-        }
-        const QFileInfoList found = QDir(file).entryInfoList(PictureNames(), QDir::Files, QDir::Name);
-        for (const QFileInfo &info : found)
-            all << info.filePath();
-    }
-    return all;
-}
 
 } // namespace
 
@@ -59,6 +50,7 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
+      m_framing(new QComboBox),
       m_replace(new QCheckBox(tr("Replace existing corrected pictures")))
 {
     setTitle(tr("Pictures"));
@@ -68,6 +60,7 @@ PicturesPage::PicturesPage(HostApplication *application)
     setAcceptDrops(true);
 
     SetUpList();
+    SetUpFraming();
     auto *add = new QPushButton(tr("&Add pictures…"));
     add->setObjectName(QStringLiteral("add"));
     m_remove->setObjectName(QStringLiteral("remove"));
@@ -76,9 +69,16 @@ PicturesPage::PicturesPage(HostApplication *application)
     buttons->addWidget(add);
     buttons->addWidget(m_remove);
     buttons->addStretch();
+    auto *framingLabel = new QLabel(tr("&Framing:"));
+    framingLabel->setBuddy(m_framing);
+    auto *framing = new QHBoxLayout;
+    framing->addWidget(framingLabel);
+    framing->addWidget(m_framing);
+    framing->addStretch();
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list);
     layout->addLayout(buttons);
+    layout->addLayout(framing);
     layout->addWidget(m_replace);
 
     connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
@@ -113,10 +113,21 @@ void PicturesPage::SetUpList()
             [this] { m_remove->setEnabled(!m_list->selectedItems().isEmpty()); });
 }
 
+void PicturesPage::SetUpFraming()
+{
+    m_framing->setObjectName(QStringLiteral("framing"));
+    for (const FramingRow &row : kFramings)
+        m_framing->addItem(tr(row.text), QString::fromLatin1(row.value));
+    m_framing->setCurrentIndex(std::max(0, m_framing->findData(m_application->Settings().value(kFramingSetting))));
+    connect(m_framing, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this] { m_application->Settings().setValue(kFramingSetting, Framing()); });
+}
+
 void PicturesPage::Add(const QStringList &files)
 {
     QStringList known = Files();
-    const QVector<PlannedPicture> plan = PlanOutputs(Expanded(files), QString()); // for the absolute names
+    const QVector<PlannedPicture> plan =
+        PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
     for (const PlannedPicture &planned : plan) {
         if (known.contains(planned.picture))
             continue;
@@ -183,10 +194,15 @@ bool PicturesPage::MayReplace() const
     return m_replace->isChecked();
 }
 
+QString PicturesPage::Framing() const
+{
+    return m_framing->currentData().toString();
+}
+
 void PicturesPage::Choose()
 {
     const QString folder = m_application->Settings().value(kFolderSetting, QDir::homePath()).toString();
-    const QString filters = tr("Pictures") + QLatin1String(" (") + PictureNames().join(QLatin1Char(' '))
+    const QString filters = tr("Pictures") + QLatin1String(" (") + PictureNamePatterns().join(QLatin1Char(' '))
         + QLatin1String(");;") + tr("All files") + QLatin1String(" (*)");
     const QStringList files = QFileDialog::getOpenFileNames(this, tr("Add pictures"), folder, filters);
     if (files.isEmpty())

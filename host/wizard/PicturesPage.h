@@ -1,10 +1,11 @@
-// The wizard's first page: choice of pictures.
+// The wizard's first page: choice of pictures, and of what all of them have in common.
 #pragma once
 
 #include <QWizardPage>
 
 class HostApplication;
 class QCheckBox;
+class QComboBox;
 class QLabel;
 class QPushButton;
 class QTreeWidget;
@@ -21,6 +22,8 @@ public:
     QStringList Files() const;
     /// Whether existing corrected pictures may be replaced.
     bool MayReplace() const;
+    /// Returns the chosen framing, as the attribute "Framing" of a record. The choice is stored.
+    QString Framing() const;
 
     /// True once all files of the list are described: the next page needs all descriptions at once.
     bool isComplete() const override;
@@ -31,6 +34,7 @@ protected:
 
 private:
     void SetUpList();
+    void SetUpFraming();
     void Choose();
     void RemoveSelected();
     int NextToDescribe() const;
@@ -41,5 +45,6 @@ private:
     QTreeWidget *m_list;
     QLabel *m_hint;
     QPushButton *m_remove;
+    QComboBox *m_framing;
     QCheckBox *m_replace;
 };

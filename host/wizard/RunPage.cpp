@@ -28,16 +28,16 @@ constexpr OutcomeRow kOutcomes[] = {
     {QStyle::SP_DialogApplyButton, QT_TRANSLATE_NOOP("RunPage", "Corrected")},
     {QStyle::SP_MessageBoxInformation,
      QT_TRANSLATE_NOOP("RunPage", "Left as it was: the corrected picture exists already")},
+    {QStyle::SP_MessageBoxInformation, QT_TRANSLATE_NOOP("RunPage", "Skipped, corrected before")},
     {QStyle::SP_MessageBoxCritical, QT_TRANSLATE_NOOP("RunPage", "Failed")},
     {QStyle::SP_DialogCancelButton, QT_TRANSLATE_NOOP("RunPage", "Not corrected: stopped before")},
 };
 
 } // namespace
 
-RunPage::RunPage(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile, InterruptGuard *guard)
-    : m_application(application),
+RunPage::RunPage(FittedCorrection *correction, KIPluginOne2One *process, InterruptGuard *guard)
+    : m_correction(correction),
       m_process(process),
-      m_findProfile(std::move(findProfile)),
       m_guard(guard),
       m_state(new QLabel),
       m_progress(new QProgressBar),
@@ -112,8 +112,7 @@ void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
     }
     m_progress->setRange(0, std::max(1, int(pictures.size())));
     m_progress->setValue(0);
-    m_job = std::make_unique<CorrectionJob>(m_application, m_process, m_findProfile, std::move(pictures), existing,
-                                            m_guard);
+    m_job = std::make_unique<CorrectionJob>(m_correction, m_process, std::move(pictures), existing);
     connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
     connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
     connect(m_job.get(), &CorrectionJob::finished, this, &RunPage::JobFinished);
@@ -152,7 +151,7 @@ void RunPage::PictureBegins(int index)
     m_list->scrollToItem(m_list->item(index, kResult));
 }
 
-void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why)
+void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why, const QString &profile)
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes.push_back(outcome);
@@ -166,6 +165,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
     if (!why.isEmpty())
         text = tr("%1: %2", "result of a picture, and why").arg(text, why.simplified());
     ShowResult(index, text, style()->standardIcon(known.icon));
+    m_list->item(index, kResult)->setToolTip(profile);
     m_progress->setValue(index + 1);
     ShowTimeLeft();
 }
@@ -185,6 +185,8 @@ void RunPage::JobFinished()
     QStringList parts(tr("%n picture(s) corrected", nullptr, Count(PictureOutcome::Corrected)));
     if (const int kept = Count(PictureOutcome::Kept))
         parts << tr("%n left as they were", nullptr, kept);
+    if (const int skipped = Count(PictureOutcome::DoneBefore))
+        parts << tr("%n corrected before", nullptr, skipped);
     if (const int failed = Count(PictureOutcome::Failed))
         parts << tr("%n failed", nullptr, failed);
     if (const int leftOut = Count(PictureOutcome::LeftOut))

@@ -18,7 +18,7 @@ class QTableWidget;
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:
-    RunPage(HostApplication *application, KIPluginOne2One *process, FindProfile findProfile, InterruptGuard *guard);
+    RunPage(FittedCorrection *correction, KIPluginOne2One *process, InterruptGuard *guard);
 
     /// Starts a run; not during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
@@ -37,7 +37,7 @@ Q_SIGNALS:
 private:
     void SetUpList();
     void PictureBegins(int index);
-    void PictureEnded(int index, PictureOutcome outcome, const QString &why);
+    void PictureEnded(int index, PictureOutcome outcome, const QString &why, const QString &profile);
     void ShowResult(int index, const QString &text, const QIcon &icon);
     void JobFinished();
     void SetRunning(bool running);
@@ -45,9 +45,8 @@ private:
     void ShowInFolder();
     QString FolderToShow() const;
 
-    HostApplication *m_application;
+    FittedCorrection *m_correction;
     KIPluginOne2One *m_process;
-    FindProfile m_findProfile;
     InterruptGuard *m_guard;
     QLabel *m_state;
     QProgressBar *m_progress;

@@ -1,6 +1,8 @@
 #include "metadata.h"
 
 #include "big_tiff_view.h"
+#include "core/byte_reader.h"
+#include "core/image_limits.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
@@ -135,6 +137,7 @@ void StartExiv2()
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
         Exiv2::enableBMFF(true); // Canon CR3
         try {
+            Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
         } catch (...) { // there is no second try: half started, the XMP toolkit takes itself for whole and crashes
         }
@@ -143,12 +146,19 @@ void StartExiv2()
         throw std::bad_alloc(); // the only reason
 }
 
+std::shared_mutex &XmpNamespaces()
+{
+    static std::shared_mutex mutex;
+    return mutex;
+}
+
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif)
 {
     Exiv2::IptcData iptc;
     Exiv2::XmpData xmp;
     StartExiv2();
     const Listening listening;
+    const std::shared_lock lock(XmpNamespaces());
     try {
         const Exiv2::ByteOrder order =
             Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
@@ -161,6 +171,37 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     }
 }
 
+void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif)
+{
+    constexpr std::string_view kPrefix("Exif\0\0", 6);
+    const bool prefixed = block.size() > kPrefix.size() && std::equal(kPrefix.begin(), kPrefix.end(), block.begin());
+    const std::size_t begin = prefixed ? kPrefix.size() : 0;
+    if (block.size() > begin)
+        DecodeExifTiff(block.data() + begin, block.size() - begin, exif);
+}
+
+void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
+{
+    constexpr std::size_t kOffsetBytes = 4;
+    const std::size_t begin =
+        box.size() < kOffsetBytes ? box.size() : kOffsetBytes + std::size_t(BigEndian32(box.data()));
+    if (begin < box.size())
+        DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
+    else if (!box.empty())
+        WarnOfDamage("EXIF that begins after its end");
+}
+
+Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)
+{
+    if (size > kMaxMetadataBytes || at > source.Size() || size > source.Size() - at) {
+        Warn("damaged metadata is left out: a block is too large or the file ends early");
+        return Bytes();
+    }
+    Bytes block(size);
+    block.resize(source.ReadAt(at, block.data(), block.size()));
+    return block;
+}
+
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
 {
     StartExiv2();
@@ -171,6 +212,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
+        const std::shared_lock lock(XmpNamespaces());
         if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
     } catch (const std::bad_alloc &) {

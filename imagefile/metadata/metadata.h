@@ -5,6 +5,7 @@
 #include "core/source.h"
 
 #include <exiv2/exiv2.hpp>
+#include <shared_mutex>
 
 namespace imagefile {
 
@@ -24,9 +25,23 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 /// Adds the readable EXIF of a TIFF of @p size bytes in memory; warns about the rest. Throws only std::bad_alloc.
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
 
+/// The same for a block that may begin with "Exif\0\0", like a JPEG's. Formats other than JPEG define it without.
+void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif);
+
+/// The same for EXIF as boxes hold it (ISO/IEC 23008-12, A.2.1): first the offset, from after itself, of its TIFF.
+void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif);
+
+/// Returns @p size bytes of metadata from @p at on; empty, with a warning, if the file ends before or the block is
+/// larger than any that is read.
+Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size);
+
 /// Starts Exiv2 once for all threads and keeps it from writing to standard error: damage that it reports while this
 /// layer reads becomes a warning.
 void StartExiv2();
+
+/// Guards Exiv2's table of XMP namespaces. Reading a packet adds its new ones under Exiv2's own lock, but writing a
+/// packet walks over the table without one. So share this lock while reading, and own it while writing.
+std::shared_mutex &XmpNamespaces();
 
 /// Returns the metadata of a bitmap; null if it has none.
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap);

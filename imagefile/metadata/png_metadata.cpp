@@ -5,8 +5,6 @@
 #include "photoshop_resources.h"
 
 #include <algorithm>
-#include <cstring>
-#include <string_view>
 #include <zlib.h>
 
 namespace imagefile {
@@ -94,12 +92,8 @@ private:
 
 void ChunkReader::DecodeExif(const Bytes &bytes)
 {
-    constexpr std::string_view kPrefix("Exif\0\0", 6); // in files that store the same block as a JPEG
-    const bool prefixed =
-        bytes.size() > kPrefix.size() && std::memcmp(bytes.data(), kPrefix.data(), kPrefix.size()) == 0;
-    const std::size_t begin = prefixed ? kPrefix.size() : 0;
-    if (bytes.size() > begin && m_metadata.exif.empty())
-        DecodeExifTiff(bytes.data() + begin, bytes.size() - begin, &m_metadata.exif);
+    if (m_metadata.exif.empty())
+        DecodeExifBlock(bytes, &m_metadata.exif);
 }
 
 void ChunkReader::TakeText(const std::string &key, const Bytes &text)

@@ -1,6 +1,7 @@
 #include "LensName.h"
 
-#include <QHash>
+#include "LensWords_p.h"
+
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -11,232 +12,6 @@
 namespace {
 
 using Pattern = QRegularExpression;
-
-/// A spelling and its canonical form. Applied in order to the case-folded text, before it is split into words.
-struct Spelling {
-    const char *pattern;
-    const char *replacement;
-};
-
-constexpr Spelling kSpellings[] = {
-    {"ƒ", "f"},
-    {"×", "x"},
-    {"t\\*", " tstar "},
-    {"(\\d),(\\d)", "\\1.\\2"}, // decimal commas
-    {"[‐-―−~～]", "-"},         // dashes of all lengths
-    {"\\bpower\\s*o\\.?i\\.?s\\.?\\b|\\bmega\\s*o\\.?i\\.?s\\.?\\b|\\bo\\.i\\.s\\.?", " ois "},
-    {"\\b(ef|rf)-?s(?=[\\s\\d]|$)", " \\1s "}, // before a number or a space: a mount, not the end of a word
-    {"\\bef-?m(?=[\\s\\d]|$)", " efm "},
-    {"\\bai-?s\\b", " ais "},
-    {"\\baf-?([spi])\\b", " af\\1 "},
-    {"\\bdi\\s*iii-?a\\b|\\bdi\\s*iii\\b", " dithree "},
-    {"\\bdi\\s*ii\\b", " ditwo "},
-    {"\\bda\\s?\\*|\\bstar-?da\\b", " dastar "},
-    {"\\bfa\\s?\\*", " fastar "},
-    {"\\bm\\.\\s?zuiko|\\bm\\s?zuiko|\\bolympus m\\.(?=\\d)", " olympus mzuiko "},
-    {"\\bat-?x\\b", " atx "},
-    {"\\bmark\\s+(?=i)|\\bmk\\.?\\s*(?=i)", " "}, // "Mark II" is "II"
-    {"\\btype\\s*(\\d)\\b", " type\\1 "},
-    {"\\|\\s*a\\b", " art "},
-    {"\\|\\s*c\\b", " contemporary "},
-    {"\\|\\s*s\\b", " sports "},
-    {"\\bsport\\b", "sports"},
-    {"\\basph(erical)?\\.?(?![a-z])", " asph "},
-    {"\\bvario-?(elmar|elmarit|sonnar|tessar|summilux|summicron)\\b", " \\1 "},
-    {"\\b(zoom|micro)-nikkor\\b", " \\1 nikkor "},
-    {"\\bmicro\\b", " macro "},
-    {"\\bvoigtlander\\b", "voigtländer"},
-    {"\\bfish-?eye\\b|\\bcircular(?! fish)\\b", " fisheye "},
-};
-
-enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Circle, Line, Design, Purpose };
-
-/// Comparison rule for the marks of a group.
-enum class Rule {
-    Same,           // both names have the same marks of the group, or they contradict
-    SameUnlessBare, // as Same, but a picture's name of only numbers matches either
-    SameIfFull,     // as Same, but a picture's name of mount and numbers matches either too
-    NotOther        // contradict only if both names have marks and they differ
-};
-
-struct GroupRule {
-    Group group;
-    Rule rule;
-    const char *name;
-};
-
-constexpr GroupRule kGroupRules[] = {
-    {Group::Generation, Rule::Same, "generation"},   {Group::Stabilizer, Rule::SameUnlessBare, "stabilizer"},
-    {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
-    {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
-    {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
-    {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::SameUnlessBare, "kind"},
-};
-
-struct Mark {
-    const char *word;
-    Group group;
-    const char *canonical; // shared by synonyms; null: the word
-};
-
-constexpr Mark kMarks[] = {
-    {"ii", Group::Generation, nullptr},
-    {"iii", Group::Generation, nullptr},
-    {"iv", Group::Generation, nullptr},
-    {"v", Group::Generation, nullptr},
-    {"vi", Group::Generation, nullptr},
-    {"g2", Group::Generation, nullptr},
-    {"type2", Group::Generation, "ii"},
-    {"new", Group::Generation, nullptr},
-    {"mkii", Group::Generation, "ii"},
-    {"is", Group::Stabilizer, "stabilized"},
-    {"vr", Group::Stabilizer, "stabilized"},
-    {"os", Group::Stabilizer, "stabilized"},
-    {"vc", Group::Stabilizer, "stabilized"},
-    {"oss", Group::Stabilizer, "stabilized"},
-    {"ois", Group::Stabilizer, "stabilized"},
-    {"usm", Group::Motor, nullptr},
-    {"stm", Group::Motor, nullptr},
-    {"hsm", Group::Motor, nullptr},
-    {"ssm", Group::Motor, nullptr},
-    {"sam", Group::Motor, nullptr},
-    {"sdm", Group::Motor, nullptr},
-    {"vcm", Group::Motor, nullptr},
-    {"usd", Group::Motor, nullptr},
-    {"pzd", Group::Motor, nullptr},
-    {"ef", Group::Mount, nullptr},
-    {"efs", Group::Mount, nullptr},
-    {"efm", Group::Mount, nullptr},
-    {"rf", Group::Mount, nullptr},
-    {"rfs", Group::Mount, nullptr},
-    {"fe", Group::Mount, nullptr},
-    {"e", Group::Mount, nullptr},
-    {"dt", Group::Mount, nullptr},
-    {"xf", Group::Mount, nullptr},
-    {"xc", Group::Mount, nullptr},
-    {"gf", Group::Mount, nullptr},
-    {"mzuiko", Group::Mount, nullptr},
-    {"zuiko", Group::Mount, nullptr},
-    {"da", Group::Mount, nullptr},
-    {"dastar", Group::Mount, nullptr},
-    {"fa", Group::Mount, nullptr},
-    {"fastar", Group::Mount, nullptr},
-    {"dfa", Group::Mount, nullptr},
-    {"afs", Group::Mount, nullptr},
-    {"afp", Group::Mount, nullptr},
-    {"af", Group::Mount, nullptr},
-    {"ais", Group::Mount, nullptr},
-    {"z", Group::Mount, nullptr},
-    {"dx", Group::Format, nullptr},
-    {"dn", Group::Format, nullptr},
-    {"di", Group::Format, nullptr},
-    {"dithree", Group::Format, nullptr},
-    {"ditwo", Group::Format, nullptr},
-    {"dc", Group::Circle, nullptr},
-    {"dg", Group::Circle, nullptr},
-    {"d", Group::Letter, nullptr},
-    {"g", Group::Letter, nullptr},
-    {"l", Group::Purpose, nullptr},
-    {"gm", Group::Line, nullptr},
-    {"za", Group::Line, nullptr},
-    {"art", Group::Line, nullptr},
-    {"contemporary", Group::Line, nullptr},
-    {"sports", Group::Line, nullptr},
-    {"ex", Group::Line, nullptr},
-    {"fisheye", Group::Purpose, nullptr},
-    {"pz", Group::Purpose, nullptr},
-    {"do", Group::Purpose, nullptr},
-    {"wr", Group::Design, nullptr},
-    {"lm", Group::Design, nullptr},
-    {"apd", Group::Design, nullptr},
-    {"apo", Group::Design, nullptr},
-    {"ez", Group::Design, nullptr},
-    {"umc", Group::Design, nullptr},
-    {"tilt", Group::Purpose, nullptr},
-    {"reflex", Group::Purpose, nullptr},
-};
-
-struct Family {
-    const char *word;
-    const char *maker;
-};
-
-/// Makers by name and by lens families that only they make.
-constexpr Family kFamilies[] = {
-    {"canon", "canon"},
-    {"nikon", "nikon"},
-    {"nikkor", "nikon"},
-    {"sony", "sony"},
-    {"minolta", "minolta"},
-    {"olympus", "olympus"},
-    {"zuiko", "olympus"},
-    {"mzuiko", "olympus"},
-    {"om", "olympus"},
-    {"pentax", "pentax"},
-    {"panasonic", "panasonic"},
-    {"lumix", "panasonic"},
-    {"fujifilm", "fujifilm"},
-    {"fujinon", "fujifilm"},
-    {"sigma", "sigma"},
-    {"tamron", "tamron"},
-    {"tokina", "tokina"},
-    {"samyang", "samyang"},
-    {"rokinon", "samyang"},
-    {"zeiss", "zeiss"},
-    {"leica", "leica"},
-    {"voigtländer", "voigtländer"},
-    {"viltrox", "viltrox"},
-    {"laowa", "laowa"},
-    {"samsung", "samsung"},
-    {"schneider", "schneider"},
-    {"hasselblad", "hasselblad"},
-    {"ricoh", "ricoh"},
-    {"meike", "meike"},
-    {"ttartisan", "ttartisan"},
-    {"7artisans", "7artisans"},
-    {"efs", "canon"},
-    {"ef", "canon"},
-    {"efm", "canon"},
-    {"rf", "canon"},
-    {"rfs", "canon"},
-    {"fe", "sony"},
-    {"art", "sigma"},
-    {"contemporary", "sigma"},
-    {"sports", "sigma"},
-    {"ditwo", "tamron"},
-    {"dithree", "tamron"},
-    {"atx", "tokina"},
-    {"gm", "sony"},
-    {"za", "sony"},
-    {"dastar", "pentax"},
-    {"smc", "pentax"},
-    {"yongnuo", "yongnuo"},
-    {"pentacon", "pentacon"},
-    {"xf", "fujifilm"},
-    {"xc", "fujifilm"},
-    {"gf", "fujifilm"},
-};
-
-/// Families that other makers use as the name of a mount: they identify the maker only if nothing else does.
-constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf", "rfs", "fe", "xf", "xc", "gf"};
-
-/// Words that do not help to identify a lens.
-constexpr const char *kIdleWords[] = {"lens", "mm", "f", "for", "and", "n", "the", "objective", "unknown", "a"};
-
-QString Folded(const QString &text)
-{
-    QString folded = text.simplified().toCaseFolded();
-    static const QVector<QPair<Pattern, QString>> spellings = [] {
-        QVector<QPair<Pattern, QString>> all;
-        for (const Spelling &spelling : kSpellings)
-            all.append({Pattern(QString::fromUtf8(spelling.pattern), Pattern::UseUnicodePropertiesOption),
-                        QString::fromUtf8(spelling.replacement)});
-        return all;
-    }();
-    for (const auto &spelling : spellings)
-        folded.replace(spelling.first, spelling.second);
-    return folded;
-}
 
 double Number(const QRegularExpressionMatch &match, const char *group)
 {
@@ -300,34 +75,20 @@ void TakeNumbers(QString *text, LensName *name)
     }
 }
 
-const Mark *FindMark(const QString &word)
-{
-    for (const Mark &mark : kMarks)
-        if (word == QLatin1String(mark.word))
-            return &mark;
-    return nullptr;
-}
-
-QString FindMaker(const QString &word)
-{
-    for (const Family &family : kFamilies)
-        if (word == QString::fromUtf8(family.word))
-            return QString::fromUtf8(family.maker);
-    return QString();
-}
-
-template <std::size_t kCount> bool Among(const char *const (&words)[kCount], const QString &word)
-{
-    for (const char *each : words)
-        if (word == QLatin1String(each))
-            return true;
-    return false;
-}
-
 void AddCode(const QString &word, LensName *name)
 {
     static const Pattern tamron(
         QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
+    static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
+    const QRegularExpressionMatch line = sigma.match(word);
+    if (name->maker == QLatin1String("sigma") && line.hasMatch()) {
+        const QChar letter = word.at(0);
+        name->marks.insert(letter == QLatin1Char('a')       ? QStringLiteral("art")
+                               : letter == QLatin1Char('c') ? QStringLiteral("contemporary")
+                                                            : QStringLiteral("sports"));
+        name->codes.insert(line.captured(2));
+        return;
+    }
     name->codes.insert(word);
     if (name->maker.isEmpty() && tamron.match(word).hasMatch())
         name->maker = QStringLiteral("tamron");
@@ -337,7 +98,7 @@ void AddWord(const QString &word, LensName *name)
 {
     static const Pattern code(QStringLiteral("^[a-z]{0,4}\\d{2,5}[a-z]{0,2}$"));
     if (const QString maker = FindMaker(word); !maker.isEmpty()) {
-        const bool weak = Among(kMountFamilies, word);
+        const bool weak = IsMountFamily(word);
         if (name->maker.isEmpty() || (!weak && !FindMark(word)))
             name->maker = maker;
     }
@@ -345,8 +106,19 @@ void AddWord(const QString &word, LensName *name)
         name->marks.insert(QLatin1String(mark->canonical ? mark->canonical : mark->word));
     else if (code.match(word).hasMatch())
         AddCode(word, name);
-    else if (!Among(kIdleWords, word) && FindMaker(word).isEmpty())
+    else if (!IsIdleWord(word) && FindMaker(word).isEmpty())
         name->words.insert(word);
+}
+
+/// Replaces words that are marks only in this name.
+void TakeOwnMarks(LensName *name)
+{
+    for (const OwnMark &own : kOwnMarks) {
+        const QString with = QLatin1String(own.with), word = QLatin1String(own.word);
+        const bool applies = name->maker == with || name->words.contains(with) || name->marks.contains(with);
+        if (applies && (name->words.remove(word) || name->marks.remove(word)))
+            name->marks.insert(with + QLatin1Char('-') + word);
+    }
 }
 
 LensName ParseLensName(const QString &text)
@@ -356,13 +128,14 @@ LensName ParseLensName(const QString &text)
     static const Pattern between(QStringLiteral("[^\\p{L}\\d]+"), Pattern::UseUnicodePropertiesOption);
     LensName name;
     name.text = text.simplified();
-    QString rest = Folded(text);
+    QString rest = FoldedLensName(text);
     name.anyGeneration = Take(maybeGeneration, &rest).hasMatch();
     name.converter = Take(converter, &rest).hasMatch();
     TakeNumbers(&rest, &name);
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
+    TakeOwnMarks(&name);
     return name;
 }
 
@@ -412,13 +185,7 @@ QSet<QString> TellingCodes(const LensName &name)
 
 QSet<QString> MarksOf(const LensName &name, Group group)
 {
-    QSet<QString> marks;
-    for (const Mark &mark : kMarks) {
-        const QString word = QLatin1String(mark.canonical ? mark.canonical : mark.word);
-        if (mark.group == group && name.marks.contains(word))
-            marks.insert(word);
-    }
-    return marks;
+    return MarksOfGroup(name.marks, group);
 }
 
 /// Whether a name has more than numbers, a mount and the hints that cameras add.
@@ -436,8 +203,7 @@ bool Contradict(Rule rule, const QSet<QString> &wanted, const QSet<QString> &off
         return false;
     if (rule == Rule::NotOther)
         return !wanted.isEmpty() && !offered.isEmpty() && !wanted.intersects(offered);
-    const bool open = (rule == Rule::SameUnlessBare && name.IsBare()) || (rule == Rule::SameIfFull && !IsFull(name));
-    return !open || !wanted.isEmpty();
+    return rule == Rule::Same || IsFull(name) || !wanted.isEmpty();
 }
 
 /// Canon's cameras always name the focus motor.
@@ -449,7 +215,7 @@ bool NamesCanonMount(const LensName &name)
     return false;
 }
 
-/// Panasonic's cameras often omit it, and so do users.
+/// These makers' cameras often omit it, and so do users.
 bool LeavesStabilizerOut(const LensName &name)
 {
     return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica");
@@ -502,7 +268,7 @@ int Unmatched(const QSet<QString> &a, const QSet<QString> &b)
 
 bool LensName::IsBare() const
 {
-    return !IsFull(*this) && MarksOf(*this, Group::Mount).isEmpty();
+    return !IsFull(*this) && MarksOf(*this, Group::Mount).isEmpty() && MarksOf(*this, Group::Circle).isEmpty();
 }
 
 QVector<LensName> ParseLensNames(const QString &text)
@@ -520,7 +286,8 @@ NameMatch CompareLensNames(const LensName &wanted, const LensName &offered)
     match.why = Contradiction(wanted, offered);
     const bool numbers = wanted.HasFocal() && offered.HasFocal();
     const bool stops = wanted.HasAperture() && offered.HasAperture();
-    if (match.why.isEmpty() && (wanted.IsBare() ? !(numbers && stops) : !numbers && wanted.words != offered.words))
+    const bool sharesWords = !wanted.words.isEmpty() && wanted.words == offered.words;
+    if (match.why.isEmpty() && (wanted.IsBare() ? !(numbers && stops) : !numbers && !sharesWords))
         match.why = QStringLiteral("too little in common");
     match.fits = match.why.isEmpty();
     match.sameFocal = numbers && NumberContradiction(wanted, offered).isEmpty();
@@ -531,4 +298,10 @@ NameMatch CompareLensNames(const LensName &wanted, const LensName &offered)
         + (numbers ? kMark : 0.0) + (stops ? kMark : 0.0)
         + (!wanted.maker.isEmpty() && wanted.maker == offered.maker ? kMark : 0.0);
     return match;
+}
+
+bool IsMakerName(const QString &word)
+{
+    const QString folded = word.toCaseFolded();
+    return FindMaker(folded) == folded;
 }

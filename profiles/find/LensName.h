@@ -39,3 +39,6 @@ struct NameMatch {
 
 /// Compares the lens name of a picture with that of a profile or database.
 NameMatch CompareLensNames(const LensName &wanted, const LensName &offered);
+
+/// Whether a word is the name of a maker of lenses or cameras, in any case.
+bool IsMakerName(const QString &word);

@@ -175,6 +175,19 @@ void ProfileIndex::LoadCache()
         m_known.clear();
 }
 
+/// Removes unfinished caches of killed programs, named like the cache with a suffix. Another program may be writing
+/// one.
+void ProfileIndex::RemoveLeftovers() const
+{
+    constexpr qint64 kUnfinishedS = 3600; // writing takes a fraction of a second
+    const QFileInfo cache(m_cacheFile);
+    const QFileInfoList unfinished =
+        cache.dir().entryInfoList({cache.fileName() + QLatin1String(".??????")}, QDir::Files | QDir::Hidden);
+    for (const QFileInfo &file : unfinished)
+        if (file.lastModified().secsTo(QDateTime::currentDateTime()) > kUnfinishedS)
+            QFile::remove(file.filePath());
+}
+
 /// A cache that cannot be written only costs time.
 void ProfileIndex::SaveCache() const
 {
@@ -192,6 +205,7 @@ void ProfileIndex::SaveCache() const
     out.setVersion(QDataStream::Qt_5_15);
     out << kMagic << kVersion << Checksum(body) << body;
     QDir().mkpath(QFileInfo(m_cacheFile).path());
+    RemoveLeftovers();
     QSaveFile file(m_cacheFile);
     if (file.open(QIODevice::WriteOnly)) {
         file.write(content);

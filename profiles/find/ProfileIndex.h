@@ -21,7 +21,7 @@ struct IndexedProfile {
 ///
 /// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
 /// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
-/// entries again. A damaged cache is rebuilt.
+/// entries again. A damaged cache is rebuilt, and what a killed program left of one is removed after an hour.
 class ProfileIndex {
 public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.
@@ -45,6 +45,7 @@ public:
 private:
     void LoadCache();
     void SaveCache() const;
+    void RemoveLeftovers() const;
     void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const;
 
     QString m_cacheFile;

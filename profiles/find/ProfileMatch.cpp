@@ -39,16 +39,16 @@ QString MakerOf(const QString &make)
     return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
 }
 
-/// Makers whose lenses don't fit each other's bodies without an adapter.
-bool IsCameraMaker(const QString &maker)
+/// Returns the maker of a camera's own lenses, as LensName::maker.
+QString LensMakerOf(const QString &make)
 {
-    static const QStringList makers = {
-        QStringLiteral("canon"),    QStringLiteral("nikon"),   QStringLiteral("sony"),
-        QStringLiteral("pentax"),   QStringLiteral("olympus"), QStringLiteral("panasonic"),
-        QStringLiteral("fujifilm"), QStringLiteral("samsung"), QStringLiteral("hasselblad"),
-        QStringLiteral("minolta"),
+    static const QHash<QString, QString> others = {
+        {QStringLiteral("om"), QStringLiteral("olympus")}, // OM Digital Solutions
+        {QStringLiteral("ricoh"), QStringLiteral("pentax")},
+        {QStringLiteral("konica"), QStringLiteral("minolta")},
     };
-    return makers.contains(maker);
+    const QString maker = MakerOf(make);
+    return others.value(maker, maker);
 }
 
 bool IsSubset(const LensName &name, const LensName &of)
@@ -87,7 +87,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
     return QString();
 }
 
-/// Rejects nearly all of thousands of profiles quickly, before names are parsed.
+/// Rejects nearly all of thousands of profiles quickly, before names are parsed and bodies compared.
 bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
@@ -127,11 +127,10 @@ bool IsFixedLensName(const LensName &name, const QString &model)
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
     const auto withoutMaker = [](const QString &maker, const QString &name) {
-        QString folded = Folded(name);
-        const QString prefix = Folded(MakerOf(maker));
-        if (!prefix.isEmpty() && folded.startsWith(prefix))
-            folded = folded.mid(prefix.size());
-        return folded;
+        const QString folded = name.toCaseFolded(), prefix = MakerOf(maker);
+        const bool isPrefix = !prefix.isEmpty() && folded.startsWith(prefix) && folded.size() > prefix.size()
+            && !folded.at(prefix.size()).isLetterOrNumber(); // a whole word
+        return Folded(isPrefix ? folded.mid(prefix.size()) : folded);
     };
     const QString mine = withoutMaker(make, model), theirs = withoutMaker(otherMake, otherModel);
     return !mine.isEmpty() && mine == theirs
@@ -228,11 +227,14 @@ private:
 
     void Consider(const IndexedProfile &profile)
     {
+        const bool isFixed = IsFixedLens();
+        if (!isFixed && !MayBeLens(profile.head, m_wanted))
+            return;
         Candidate candidate;
         candidate.profile = &profile;
         candidate.body = BodyOf(profile.head);
         candidate.rawFits = profile.head.raw == m_facts.raw;
-        if (IsFixedLens() ? !MatchFixedLens(&candidate) : !MatchNames(&candidate))
+        if (isFixed ? !MatchFixedLens(&candidate) : !MatchNames(&candidate))
             return;
         QString why = WhyOutOfRange(profile.head, m_facts);
         if (why.isEmpty() && candidate.body != Body::Same)
@@ -265,8 +267,6 @@ private:
     bool MatchNames(Candidate *candidate)
     {
         const ProfileHead &head = candidate->profile->head;
-        if (!MayBeLens(head, m_wanted))
-            return false;
         NameMatch best;
         for (const QString &text : head.lensNames)
             for (const LensName &offered : m_parsed(text))
@@ -288,11 +288,15 @@ private:
     NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
     {
         NameMatch match = CompareLensNames(wanted, offered);
-        const QString body = MakerOf(m_facts.make.value);
         if (match.fits && wanted.words.contains(QStringLiteral("camera")) && candidate.body != Body::Same)
             match = Contradicted(match, QStringLiteral("another device"));
-        if (match.fits && wanted.maker.isEmpty() && IsCameraMaker(offered.maker) && offered.maker != body)
+        const bool isForeign = !offered.maker.isEmpty() && offered.maker != LensMakerOf(m_facts.make.value);
+        if (match.fits && wanted.maker.isEmpty() && isForeign)
             match = Contradicted(match, QStringLiteral("another maker"));
+        const bool saysMore = !offered.IsBare()
+            && !(candidate.body == Body::Same && IsFixedLensName(offered, candidate.profile->head.model));
+        if (match.fits && wanted.IsBare() && saysMore)
+            match = Contradicted(match, QStringLiteral("the picture gives only the numbers of its lens"));
         if (match.fits && wanted.IsBare() && candidate.body == Body::Other)
             match = Contradicted(match, QStringLiteral("another maker's camera"));
         return match;

@@ -20,7 +20,7 @@ struct MatchHelp {
 
 struct ProfileMatch {
     QString path;             // the profile; empty: none
-    QString reason;           // why this one, or why none; one line for people
+    QString reason;           // why this one, or why none; one line for the user
     QStringList notes;        // assumptions: another body, a raw profile for a JPEG
     bool isAmbiguous = false; // several fit equally well
     QStringList nearest;      // up to three that came close, each with its contradiction

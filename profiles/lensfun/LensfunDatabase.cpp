@@ -156,6 +156,18 @@ QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, 
 
 namespace {
 
+bool AreBare(const QVector<LensName> &names)
+{
+    return std::all_of(names.begin(), names.end(), [](const LensName &name) { return name.IsBare(); });
+}
+
+/// Whether a lens may be the wanted one. A name of only numbers may be any lens with them.
+bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
+{
+    const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
+    return wanted.IsBare() ? match.sameFocal && isMaker && wanted.converter == offered.name.converter : match.fits;
+}
+
 /// Returns the lens of a camera with a fixed lens. Its attachments and macro settings have separate entries; the plain
 /// one is then named "(Standard)".
 QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
@@ -177,11 +189,12 @@ QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName>
         bool fits = false;
         for (const LensName &name : wanted) {
             const NameMatch match = CompareLensNames(name, each.name);
-            if (match.fits)
+            const bool fitsName = MayBe(name, each, match);
+            if (fitsName)
                 each.score = fits ? std::max(each.score, match.score) : match.score;
             else if (match.sameFocal && nearest->size() < 3)
                 nearest->append(TitleOf(each.lens) + QLatin1String(": ") + match.why);
-            fits = fits || match.fits;
+            fits = fits || fitsName;
         }
         if (fits)
             alike.append(each);
@@ -219,8 +232,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
         lenses = StandardLenses(lenses);
     else if (wanted.isEmpty())
         return none(QStringLiteral("the picture doesn't name its lens"));
-    else if (std::all_of(wanted.begin(), wanted.end(), [](const LensName &name) { return name.IsBare(); })
-             && camera.mount.isEmpty())
+    else if (AreBare(wanted) && camera.mount.isEmpty())
         return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name says too little")
                         .arg(facts.model.value));
     else
@@ -231,13 +243,18 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
     const NamedLens &best = lenses.first();
     constexpr double kSlack = 1.0;
+    const bool byNumbers = !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare(); // details then mean nothing
     for (const NamedLens &other : qAsConst(lenses))
-        if (!IsOneLens(best, other) && other.score >= best.score - kSlack
+        if (!IsOneLens(best, other) && (byNumbers || other.score >= best.score - kSlack)
             && !CompareLensNames(best.name, other.name).fits)
             return none(QStringLiteral("two lenses of lensfun's fit equally well: \"%1\" and \"%2\"")
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
     match.lens = best.lens;
     match.title = TitleOf(best.lens);
+    match.name = IsFixed(camera) ? QString() : best.name.text;
+    if (byNumbers)
+        match.notes.append(
+            QStringLiteral("the picture gives only the numbers of its lens, which is lensfun's only one with them"));
     match.nearest.clear();
     match.reason = QStringLiteral("lensfun's data for \"%1\"").arg(best.name.text);
     if (camera.mount.isEmpty())
@@ -258,4 +275,17 @@ QStringList LensfunDatabase::Search(const QStringList &words) const
             found.append(title);
     }
     return found;
+}
+
+PictureFacts WithNameOfNumbers(PictureFacts facts)
+{
+    const QVector<LensName> wanted = WantedLenses(facts);
+    const bool hasNumbers = std::any_of(wanted.begin(), wanted.end(),
+                                        [](const LensName &name) { return name.HasFocal() && name.HasAperture(); });
+    if (!hasNumbers || !AreBare(wanted))
+        return facts;
+    const QString name = LensfunDatabase::Instance().Find(facts).name;
+    if (!name.isEmpty())
+        facts.lensNames.append({name, QStringLiteral("the only lens in lensfun with its numbers")});
+    return facts;
 }

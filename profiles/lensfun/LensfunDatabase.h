@@ -11,8 +11,9 @@ struct lfLens;
 struct LensfunMatch {
     const lfLens *lens = nullptr; // owned by the database, which is never freed; null: none
     QString title;                // "MAKER/LENS" as the database writes it
+    QString name;                 // of a lens that can be taken off, with its maker; empty for other lenses
     double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
-    QString reason;               // why this one, or why none; one line for people
+    QString reason;               // why this one, or why none; one line for the user
     QStringList notes;            // assumptions
     QStringList nearest;          // up to three that came close
 };
@@ -42,3 +43,7 @@ private:
     Tables *m_tables; // lensfun's tables, and parsed names
     int m_lensCount = 0;
 };
+
+/// Returns the facts with the full name of the lens added if the picture gives only its numbers and a single lens of
+/// the database has them on the picture's mount.
+PictureFacts WithNameOfNumbers(PictureFacts facts);

@@ -56,13 +56,15 @@ public:
     {
         if (!SetCurves())
             return m_result;
-        for (const FitTask &task : TasksOf(m_facts, m_options))
+        for (const FitTask &task : TasksOf(m_facts, m_options)) {
             if (m_leftOut.Allows(task, m_options) && !Make(task))
                 m_leftOut.Add(task, WhyMissing(task));
+            Check(task);
+        }
         m_result.distortion = m_result.correction.geometry.has_value();
         m_result.chromatic = m_result.correction.red || m_result.correction.blue;
         m_result.vignetting = m_result.correction.light.has_value();
-        FrameResult(m_options, &m_result);
+        FrameResult(m_options, m_curves.imageHeight.has_value(), &m_result);
         m_result.assumed.removeDuplicates();
         m_result.why = m_leftOut.Text();
         return m_result;
@@ -81,15 +83,20 @@ private:
         }
         const PicturePlace &place = m_frame.Place();
         const double share = m_frame.FrameShare(m_match->cropFactor, &m_result.assumed);
-        const LensfunFrame frame = {place.width, place.height, m_match->cropFactor / share};
+        const auto shape = m_frame.Shape(QSizeF(), 0.0, &m_result.why);
+        if (!shape)
+            return false;
+        m_result.assumed += shape->assumed;
+        const LensfunFrame frame = {shape->longPx, shape->shortPx, m_match->cropFactor / share};
         m_curves = CurvesOf(*m_match->lens, frame,
                             {*setting.focalMm, setting.aperture.value_or(0.0), setting.distanceM.value_or(0.0)});
         m_knowsAperture = setting.aperture.has_value();
         if (m_curves.light && !setting.distanceM)
             m_result.assumed << QStringLiteral("a far subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
+        const double shift = shape->liesAcross ? 0.0 : 1.0; // its direction is lost
         const PictureVector turned =
-            Turned(place.turn, {m_curves.centerX - place.middleX, m_curves.centerY - place.middleY});
+            Turned(place.turn, {shift * m_curves.centerX - place.middleX, shift * m_curves.centerY - place.middleY});
         m_center = {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};
         return true;
     }
@@ -118,6 +125,26 @@ private:
             return true;
         }
         return false;
+    }
+
+    /// Takes maps back that can't be used: the user may have added to the database.
+    void Check(const FitTask &task)
+    {
+        Correction &to = m_result.correction;
+        QVector<std::optional<RadialMap> *> maps;
+        if (task.quantity == Quantity::Geometry)
+            maps = {&to.geometry};
+        else if (task.quantity == Quantity::Color)
+            maps = {&to.red, &to.blue};
+        QString why;
+        for (const auto *map : qAsConst(maps))
+            if (*map && why.isEmpty())
+                why = WhyUseless(**map, m_facts.pixels);
+        if (why.isEmpty())
+            return;
+        m_leftOut.Add(task, QStringLiteral("lensfun's model of it ") + why);
+        for (auto *map : qAsConst(maps))
+            map->reset();
     }
 
     RadialMap Map(const Curve &factor, double shrink, double end, double amount) const

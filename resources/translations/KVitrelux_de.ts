@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Gefunden: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Nicht korrigiert: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Profil automatisch finden</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

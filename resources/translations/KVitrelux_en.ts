@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Found: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Not corrected: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Find the profile automatically</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

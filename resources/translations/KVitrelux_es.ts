@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Encontrado: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Sin corregir: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Buscar el perfil automáticamente</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

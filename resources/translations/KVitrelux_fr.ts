@@ -77,30 +77,30 @@
     </message>
     <message>
         <source>: gray pictures are not supported.</source>
-        <translation> : les images en niveaux de gris ne sont pas prises en charge.</translation>
+        <translation>&#xa0;: les images en niveaux de gris ne sont pas prises en charge.</translation>
     </message>
 </context>
 <context>
     <name>KException</name>
     <message>
         <source>Error GFL : &quot;%1&quot;</source>
-        <translation>Erreur GFL : « %1 »</translation>
+        <translation>Erreur GFL&#xa0;: «&#xa0;%1&#xa0;»</translation>
     </message>
     <message>
         <source>File : &quot;%1&quot;</source>
-        <translation>Fichier : « %1 »</translation>
+        <translation>Fichier&#xa0;: «&#xa0;%1&#xa0;»</translation>
     </message>
     <message>
         <source>Not enough free space on &quot;%1&quot; to finish operation</source>
-        <translation>Espace libre insuffisant sur « %1 » pour terminer l&apos;opération</translation>
+        <translation>Espace libre insuffisant sur «&#xa0;%1&#xa0;» pour terminer l&apos;opération</translation>
     </message>
     <message>
         <source>Cannot write into file &quot;%1&quot;</source>
-        <translation>Impossible d&apos;écrire dans le fichier « %1 »</translation>
+        <translation>Impossible d&apos;écrire dans le fichier «&#xa0;%1&#xa0;»</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation>Le fichier « %1 » est introuvable</translation>
+        <translation>Le fichier «&#xa0;%1&#xa0;» est introuvable</translation>
     </message>
     <message>
         <source>No more space in temporary folder</source>
@@ -145,7 +145,7 @@
     <name>KVitreluxOne2One</name>
     <message>
         <source>Adobe(r) released a free tool to calibrate your lens called &apos;Lens Profile Creator&apos;. This plugin reuse these profiles to remove lens distortion, vignetting or chromatic aberration from your photos.</source>
-        <translation>Adobe® propose un outil gratuit d&apos;étalonnage des objectifs, « Lens Profile Creator ». Ce module réutilise ses profils pour supprimer la distorsion, le vignetage et l&apos;aberration chromatique de vos photos.</translation>
+        <translation>Adobe® propose un outil gratuit d&apos;étalonnage des objectifs, «&#xa0;Lens Profile Creator&#xa0;». Ce module réutilise ses profils pour supprimer la distorsion, le vignetage et l&apos;aberration chromatique de vos photos.</translation>
     </message>
 </context>
 <context>
@@ -159,11 +159,11 @@
     <name>QCoreApplication</name>
     <message>
         <source>File &quot;%1&quot; cannot be loaded</source>
-        <translation>Le fichier « %1 » ne peut pas être chargé</translation>
+        <translation>Le fichier «&#xa0;%1&#xa0;» ne peut pas être chargé</translation>
     </message>
     <message>
         <source>File &quot;%1&quot; is not found</source>
-        <translation>Le fichier « %1 » est introuvable</translation>
+        <translation>Le fichier «&#xa0;%1&#xa0;» est introuvable</translation>
     </message>
 </context>
 <context>
@@ -217,6 +217,14 @@
     <message>
         <source>Found: %1</source>
         <translation>Trouvé : %1</translation>
+    </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Non corrigé : %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Trouver le profil automatiquement</translation>
     </message>
 </context>
 <context>

@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Trovato: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Non corretto: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Trova il profilo automaticamente</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>検出：%1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>補正されていません：%1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>プロファイルを自動的に探す</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Znaleziono: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Nie skorygowano: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Znajdź profil automatycznie</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

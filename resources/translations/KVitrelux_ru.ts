@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>Найден: %1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>Не исправлено: %1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>Найти профиль автоматически</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -218,6 +218,14 @@
         <source>Found: %1</source>
         <translation>已找到：%1</translation>
     </message>
+    <message>
+        <source>Not corrected: %1</source>
+        <translation>未校正：%1</translation>
+    </message>
+    <message>
+        <source>Find the profile automatically</source>
+        <translation>自动查找配置文件</translation>
+    </message>
 </context>
 <context>
     <name>UIVitreluxPreviewClass</name>

@@ -16,16 +16,8 @@
         <translation>Kein lesbares Bild: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Das Objektivprofil „%1“ ist nicht brauchbar: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>Kein Objektivprofil ist gewählt, und für dieses Bild wurde keines gefunden</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>Profil „%1“</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>Kein Objektivprofil ist gewählt, und für dieses Bild wurde keines gefunden: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>Profil „%1“</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>Einträge</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>angenommen</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>ausgelassen</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>Profil %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>am nächsten</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Bilder hinzufügen</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>Verzeichnung</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Bild füllen: keine leeren Ränder</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>keine Verzeichnungskoeffizienten</translation>
+        <source>Keep the scale</source>
+        <translation>Maßstab beibehalten</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>chromatische Aberration</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Alles zeigen, was fotografiert wurde</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>nicht alle Modelle für Grün, Rot und Blau</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>Vignettierung</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>kein Vignettierungsmodell</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (Modell %2: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>enthält nichts, womit korrigiert werden kann: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>kann das Gewünschte nicht korrigieren: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>hat %1 Pixel, das Profil wurde für %2 erstellt; korrigiert wie der linke obere Teil eines solchen Bildes</translation>
+        <source>&amp;Framing:</source>
+        <translation>Aus&amp;schnitt:</translation>
     </message>
 </context>
 <context>
@@ -308,6 +301,17 @@
             <numerusform>Noch etwa %n Minuten</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Ausgelassen, schon korrigiert</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n schon korrigiert</numerusform>
+            <numerusform>%n schon korrigiert</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -326,6 +330,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>dort ist etwas, das keine gewöhnliche Datei ist</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>die Zeit kann nicht übernommen werden: %1</translation>
     </message>
 </context>
 </TS>

@@ -16,16 +16,8 @@
         <translation>Not a readable picture: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>The lens profile &quot;%1&quot; can&apos;t be used: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>No lens profile was chosen, and none was found for this picture</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>profile &quot;%1&quot;</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>No lens profile was chosen, and none was found for this picture: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Cancel</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profile &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>entries</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>assumed</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>left out</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>profile %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>nearest</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Add pictures</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>distortion</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Fill the frame: no empty borders</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>no distortion coefficients</translation>
+        <source>Keep the scale</source>
+        <translation>Keep the scale</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>chromatic aberration</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Show everything that was photographed</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>not all of the models of green, red and blue</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>vignetting</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>no vignette model</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (%2 model: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>has no usable correction: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>cannot make the requested corrections: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</translation>
+        <source>&amp;Framing:</source>
+        <translation>&amp;Framing:</translation>
     </message>
 </context>
 <context>
@@ -308,6 +301,17 @@
             <numerusform>About %n minutes left</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Skipped, corrected before</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n corrected before</numerusform>
+            <numerusform>%n corrected before</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -326,6 +330,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>there is something that is not a regular file</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>cannot keep the time: %1</translation>
     </message>
 </context>
 </TS>

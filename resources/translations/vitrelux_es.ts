@@ -16,16 +16,8 @@
         <translation>No es una imagen legible: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>El perfil de objetivo «%1» no se puede usar: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>No se ha elegido ningún perfil de objetivo ni se ha encontrado uno para esta imagen</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>perfil «%1»</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>No se ha elegido ningún perfil de objetivo ni se ha encontrado uno para esta imagen: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Cancelar</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>perfil «%1»</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>entradas</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>supuesto</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>omitido</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>perfil %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>más cercanos</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Añadir imágenes</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>distorsión</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Llenar el encuadre: sin bordes vacíos</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>sin coeficientes de distorsión</translation>
+        <source>Keep the scale</source>
+        <translation>Mantener la escala</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>aberración cromática</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Mostrar todo lo fotografiado</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>no están todos los modelos de verde, rojo y azul</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>viñeteo</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>sin modelo de viñeteo</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (modelo %2: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>no contiene nada con que corregir: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>no puede corregir lo solicitado: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>tiene %1 píxeles y el perfil se hizo para %2; se corrige como la parte superior izquierda de una imagen así</translation>
+        <source>&amp;Framing:</source>
+        <translation>&amp;Encuadre:</translation>
     </message>
 </context>
 <context>
@@ -308,6 +301,17 @@
             <numerusform>Quedan unos %n minutos</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Omitida, ya estaba corregida</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n ya corregida</numerusform>
+            <numerusform>%n ya corregidas</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -326,6 +330,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>allí hay algo que no es un archivo normal</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>no se puede conservar la fecha: %1</translation>
     </message>
 </context>
 </TS>

@@ -5,7 +5,7 @@
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
-        <translation>L&apos;image corrigée remplacerait celle de « %1 »</translation>
+        <translation>L&apos;image corrigée remplacerait celle de «&#xa0;%1&#xa0;»</translation>
     </message>
     <message>
         <source>No correction is switched on</source>
@@ -13,26 +13,18 @@
     </message>
     <message>
         <source>Not a readable picture: %1</source>
-        <translation>Pas une image lisible : %1</translation>
+        <translation>Pas une image lisible&#xa0;: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Le profil d&apos;objectif « %1 » est inutilisable : %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>Aucun profil d&apos;objectif n&apos;est choisi, et aucun n&apos;a été trouvé pour cette image</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>profil « %1 »</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>Aucun profil d&apos;objectif n&apos;est choisi, et aucun n&apos;a été trouvé pour cette image : %1</translation>
     </message>
 </context>
 <context>
     <name>CorrectionWizard</name>
     <message>
         <source>Vitrelux: lens correction</source>
-        <translation>Vitrelux : correction d&apos;objectif</translation>
+        <translation>Vitrelux&#xa0;: correction d&apos;objectif</translation>
     </message>
     <message>
         <source>&amp;Back</source>
@@ -52,6 +44,34 @@
     </message>
 </context>
 <context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profil « %1 »</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>entrées</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>supposé</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>omis</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>profil %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>les plus proches</translation>
+    </message>
+</context>
+<context>
     <name>PictureProblem</name>
     <message>
         <source>is a link to a file that does not exist</source>
@@ -59,7 +79,7 @@
     </message>
     <message>
         <source>no such file; names are expected in UTF-8</source>
-        <translation>fichier inexistant ; les noms sont attendus en UTF-8</translation>
+        <translation>fichier inexistant&#xa0;; les noms sont attendus en UTF-8</translation>
     </message>
     <message>
         <source>no such file</source>
@@ -79,7 +99,7 @@
     </message>
     <message>
         <source>cannot be read: %1</source>
-        <translation>ne peut pas être lu : %1</translation>
+        <translation>ne peut pas être lu&#xa0;: %1</translation>
     </message>
     <message>
         <source>gray pictures are not supported</source>
@@ -99,7 +119,7 @@
     </message>
     <message>
         <source>is not recognized as a picture: a companion file, or damaged</source>
-        <translation>n&apos;est pas reconnu comme image : fichier annexe ou endommagé</translation>
+        <translation>n&apos;est pas reconnu comme image&#xa0;: fichier annexe ou endommagé</translation>
     </message>
 </context>
 <context>
@@ -129,7 +149,7 @@
     </message>
     <message>
         <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Quelles images voulez-vous corriger ? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
+        <translation>Quelles images voulez-vous corriger&#xa0;? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Ajouter des images</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>distorsion</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Remplir le cadre : aucun bord vide</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>pas de coefficients de distorsion</translation>
+        <source>Keep the scale</source>
+        <translation>Garder l&apos;échelle</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>aberration chromatique</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Montrer tout ce qui a été photographié</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>modèles du vert, du rouge et du bleu incomplets</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>vignetage</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>pas de modèle de vignetage</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (modèle %2 : %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>ne contient rien pour corriger : </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>ne peut pas corriger ce qui est demandé : </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>compte %1 pixels, le profil a été fait pour %2 ; corrigée comme la partie supérieure gauche d&apos;une telle image</translation>
+        <source>&amp;Framing:</source>
+        <translation>&amp;Cadrage :</translation>
     </message>
 </context>
 <context>
@@ -211,7 +204,7 @@
     </message>
     <message>
         <source>Left as it was: the corrected picture exists already</source>
-        <translation>Laissée telle quelle : l&apos;image corrigée existe déjà</translation>
+        <translation>Laissée telle quelle&#xa0;: l&apos;image corrigée existe déjà</translation>
     </message>
     <message>
         <source>Failed</source>
@@ -219,7 +212,7 @@
     </message>
     <message>
         <source>Not corrected: stopped before</source>
-        <translation>Non corrigée : arrêt avant</translation>
+        <translation>Non corrigée&#xa0;: arrêt avant</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
@@ -251,7 +244,7 @@
     </message>
     <message>
         <source>Picture %1 of %2: %3</source>
-        <translation>Image %1 sur %2 : %3</translation>
+        <translation>Image %1 sur %2&#xa0;: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -260,7 +253,7 @@
     <message>
         <source>%1: %2</source>
         <comment>result of a picture, and why</comment>
-        <translation>%1 : %2</translation>
+        <translation>%1&#xa0;: %2</translation>
     </message>
     <message numerus="yes">
         <source>%n picture(s) corrected</source>
@@ -308,24 +301,39 @@
             <numerusform>Encore %n minutes environ</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Ignorée, déjà corrigée</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n déjà corrigée</numerusform>
+            <numerusform>%n déjà corrigées</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
     <message>
         <source>cannot write into the folder &quot;%1&quot;: %2</source>
-        <translation>impossible d&apos;écrire dans le dossier « %1 » : %2</translation>
+        <translation>impossible d&apos;écrire dans le dossier «&#xa0;%1&#xa0;»&#xa0;: %2</translation>
     </message>
     <message>
         <source>cannot create the folder &quot;%1&quot;: %2</source>
-        <translation>impossible de créer le dossier « %1 » : %2</translation>
+        <translation>impossible de créer le dossier «&#xa0;%1&#xa0;»&#xa0;: %2</translation>
     </message>
     <message>
         <source>cannot write &quot;%1&quot;: %2</source>
-        <translation>impossible d&apos;écrire « %1 » : %2</translation>
+        <translation>impossible d&apos;écrire «&#xa0;%1&#xa0;»&#xa0;: %2</translation>
     </message>
     <message>
         <source>there is something that is not a regular file</source>
         <translation>il s’y trouve quelque chose qui n’est pas un fichier ordinaire</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>impossible de conserver la date : %1</translation>
     </message>
 </context>
 </TS>

@@ -16,16 +16,8 @@
         <translation>Non è un&apos;immagine leggibile: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Il profilo obiettivo &quot;%1&quot; non è utilizzabile: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>Nessun profilo obiettivo è stato scelto e non ne è stato trovato uno per questa immagine</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>profilo &quot;%1&quot;</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>Nessun profilo obiettivo è stato scelto e non ne è stato trovato uno per questa immagine: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Annulla</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profilo &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>voci</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>presupposto</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>omesso</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>profilo %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>i più vicini</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Aggiungi immagini</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>distorsione</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Riempi il fotogramma: nessun bordo vuoto</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>nessun coefficiente di distorsione</translation>
+        <source>Keep the scale</source>
+        <translation>Mantieni la scala</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>aberrazione cromatica</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Mostra tutto ciò che è stato fotografato</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>non tutti i modelli di verde, rosso e blu</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>vignettatura</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>nessun modello di vignettatura</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (modello %2: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>non contiene nulla con cui correggere: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>non può correggere quanto richiesto: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>ha %1 pixel, il profilo è stato creato per %2; corretta come la parte in alto a sinistra di un&apos;immagine simile</translation>
+        <source>&amp;Framing:</source>
+        <translation>In&amp;quadratura:</translation>
     </message>
 </context>
 <context>
@@ -308,6 +301,17 @@
             <numerusform>Circa %n minuti rimanenti</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Saltata, già corretta</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n già corretta</numerusform>
+            <numerusform>%n già corrette</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -326,6 +330,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>lì c’è qualcosa che non è un file normale</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>impossibile conservare la data: %1</translation>
     </message>
 </context>
 </TS>

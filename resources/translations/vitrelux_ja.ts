@@ -16,16 +16,8 @@
         <translation>読み取れる画像ではありません：%1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>レンズプロファイル「%1」は使えません：%2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>レンズプロファイルが選択されておらず、この画像に合うものも見つかりません</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>プロファイル &quot;%1&quot;</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>レンズプロファイルが選択されておらず、この画像に合うものも見つかりません：%1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>キャンセル</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>プロファイル &quot;%1&quot;</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>エントリ</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>仮定</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>省略</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>プロファイル %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>近いもの</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>画像を追加</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>歪曲収差</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>フレームを満たす：空白の縁なし</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>歪曲収差の係数がありません</translation>
+        <source>Keep the scale</source>
+        <translation>倍率を維持</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>色収差</translation>
+        <source>Show everything that was photographed</source>
+        <translation>撮影された範囲をすべて表示</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>緑・赤・青のモデルがそろっていません</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>周辺減光</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>周辺減光のモデルがありません</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1（モデル %2：%3）</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>補正に使えるものがありません：</translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>指定された補正ができません：</translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>%1 ピクセルですが、プロファイルは %2 用です。その大きさの画像の左上部分として補正しました</translation>
+        <source>&amp;Framing:</source>
+        <translation>フレーミング(&amp;F)：</translation>
     </message>
 </context>
 <context>
@@ -302,6 +295,16 @@
             <numerusform>残り約 %n 分</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>補正済みのためスキップ</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n 枚は補正済み</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -320,6 +323,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>通常のファイルではないものがあります</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>日時を維持できません: %1</translation>
     </message>
 </context>
 </TS>

@@ -16,16 +16,8 @@
         <translation>Nie jest czytelnym obrazem: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Nie można użyć profilu obiektywu „%1”: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>Nie wybrano profilu obiektywu i nie znaleziono żadnego dla tego obrazu</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>profil „%1”</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>Nie wybrano profilu obiektywu i nie znaleziono żadnego dla tego obrazu: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Anuluj</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>profil „%1”</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>wpisy</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>założono</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>pominięto</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>profil %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>najbliższe</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Dodaj obrazy</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>dystorsja</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Wypełnij kadr: bez pustych brzegów</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>brak współczynników dystorsji</translation>
+        <source>Keep the scale</source>
+        <translation>Zachowaj skalę</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>aberracja chromatyczna</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Pokaż wszystko, co sfotografowano</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>nie wszystkie modele zieleni, czerwieni i błękitu</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>winietowanie</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>brak modelu winietowania</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (model %2: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>nie zawiera niczego do korekcji: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>nie może poprawić tego, o co proszono: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>ma %1 pikseli, a profil wykonano dla %2; poprawiono jak lewą górną część takiego obrazu</translation>
+        <source>&amp;Framing:</source>
+        <translation>&amp;Kadr:</translation>
     </message>
 </context>
 <context>
@@ -314,6 +307,18 @@
             <numerusform>Pozostało około %n minut</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Pominięto: skorygowano wcześniej</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n skorygowano wcześniej</numerusform>
+            <numerusform>%n skorygowano wcześniej</numerusform>
+            <numerusform>%n skorygowano wcześniej</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -332,6 +337,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>jest tam coś, co nie jest zwykłym plikiem</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>nie można zachować czasu: %1</translation>
     </message>
 </context>
 </TS>

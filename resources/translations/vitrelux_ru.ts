@@ -16,16 +16,8 @@
         <translation>Изображение не читается: %1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>Профиль объектива «%1» непригоден: %2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>Профиль объектива не выбран, и для этого снимка он не найден</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>профиль «%1»</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>Профиль объектива не выбран, и для этого снимка он не найден: %1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>Отмена</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>профиль «%1»</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>записи</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>принято</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>пропущено</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>профиль %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>ближайшие</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>Добавить снимки</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>дисторсия</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>Заполнить кадр: без пустых краёв</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>нет коэффициентов дисторсии</translation>
+        <source>Keep the scale</source>
+        <translation>Сохранить масштаб</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>хроматические аберрации</translation>
+        <source>Show everything that was photographed</source>
+        <translation>Показать всё снятое</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>не все модели зелёного, красного и синего</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>виньетирование</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>нет модели виньетирования</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1 (модель %2: %3)</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>не содержит данных для коррекции: </translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>не может исправить запрошенное: </translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>имеет %1 пикселей, профиль сделан для %2; исправлен как левая верхняя часть такого снимка</translation>
+        <source>&amp;Framing:</source>
+        <translation>&amp;Кадр:</translation>
     </message>
 </context>
 <context>
@@ -314,6 +307,18 @@
             <numerusform>Осталось примерно %n минут</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>Пропущен, исправлен ранее</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n исправлен ранее</numerusform>
+            <numerusform>%n исправлено ранее</numerusform>
+            <numerusform>%n исправлено ранее</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -332,6 +337,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>там находится не обычный файл</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>не удаётся сохранить время: %1</translation>
     </message>
 </context>
 </TS>

@@ -16,16 +16,8 @@
         <translation>不是可读取的图片：%1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>镜头配置文件“%1”无法使用：%2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>未选择镜头配置文件，也未找到适合此图片的配置文件</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>配置文件“%1”</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>未选择镜头配置文件，也未找到适合此图片的配置文件：%1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>配置文件“%1”</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>条目</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>假定</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>未应用</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>配置文件 %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>最接近</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>添加图片</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>畸变</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>填满画面：无空白边缘</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>没有畸变系数</translation>
+        <source>Keep the scale</source>
+        <translation>保持比例</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>色差</translation>
+        <source>Show everything that was photographed</source>
+        <translation>显示拍摄到的全部内容</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>绿、红、蓝的模型不全</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>暗角</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>没有暗角模型</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1（模型 %2：%3）</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>不含可用于校正的内容：</translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>无法完成所要求的校正：</translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>为 %1 像素，而配置文件适用于 %2；已按此类图片的左上部分校正</translation>
+        <source>&amp;Framing:</source>
+        <translation>构图(&amp;F)：</translation>
     </message>
 </context>
 <context>
@@ -302,6 +295,16 @@
             <numerusform>大约还剩 %n 分钟</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>已跳过，之前已校正</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n 张之前已校正</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -320,6 +323,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>那里的不是普通文件</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>无法保留时间：%1</translation>
     </message>
 </context>
 </TS>

@@ -16,16 +16,8 @@
         <translation>不是可讀取的圖片：%1</translation>
     </message>
     <message>
-        <source>The lens profile &quot;%1&quot; can&apos;t be used: %2</source>
-        <translation>鏡頭描述檔「%1」無法使用：%2</translation>
-    </message>
-    <message>
-        <source>No lens profile was chosen, and none was found for this picture</source>
-        <translation>未選取鏡頭描述檔，也找不到適合此圖片的描述檔</translation>
-    </message>
-    <message>
-        <source>profile &quot;%1&quot;</source>
-        <translation>描述檔「%1」</translation>
+        <source>No lens profile was chosen, and none was found for this picture: %1</source>
+        <translation>未選取鏡頭描述檔，也找不到適合此圖片的描述檔：%1</translation>
     </message>
 </context>
 <context>
@@ -49,6 +41,34 @@
     <message>
         <source>Cancel</source>
         <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>FittedCorrection</name>
+    <message>
+        <source>profile &quot;%1&quot;</source>
+        <translation>描述檔「%1」</translation>
+    </message>
+    <message>
+        <source>entries</source>
+        <translation>項目</translation>
+    </message>
+    <message>
+        <source>assumed</source>
+        <translation>假設</translation>
+    </message>
+    <message>
+        <source>left out</source>
+        <translation>未套用</translation>
+    </message>
+    <message>
+        <source>profile %1</source>
+        <comment>its name and what is wrong with it</comment>
+        <translation>描述檔 %1</translation>
+    </message>
+    <message>
+        <source>nearest</source>
+        <translation>最接近</translation>
     </message>
 </context>
 <context>
@@ -159,48 +179,21 @@
         <source>Add pictures</source>
         <translation>加入圖片</translation>
     </message>
-</context>
-<context>
-    <name>ProfileUse</name>
     <message>
-        <source>distortion</source>
-        <translation>變形</translation>
+        <source>Fill the frame: no empty borders</source>
+        <translation>填滿畫面：無空白邊緣</translation>
     </message>
     <message>
-        <source>no distortion coefficients</source>
-        <translation>沒有變形係數</translation>
+        <source>Keep the scale</source>
+        <translation>維持比例</translation>
     </message>
     <message>
-        <source>chromatic aberration</source>
-        <translation>色差</translation>
+        <source>Show everything that was photographed</source>
+        <translation>顯示拍攝到的全部內容</translation>
     </message>
     <message>
-        <source>not all of the models of green, red and blue</source>
-        <translation>綠、紅、藍的模型不齊</translation>
-    </message>
-    <message>
-        <source>vignetting</source>
-        <translation>暗角</translation>
-    </message>
-    <message>
-        <source>no vignette model</source>
-        <translation>沒有暗角模型</translation>
-    </message>
-    <message>
-        <source>%1 (%2 model: %3)</source>
-        <translation>%1（模型 %2：%3）</translation>
-    </message>
-    <message>
-        <source>has no usable correction: </source>
-        <translation>不含可用於校正的內容：</translation>
-    </message>
-    <message>
-        <source>cannot make the requested corrections: </source>
-        <translation>無法完成所要求的校正：</translation>
-    </message>
-    <message>
-        <source>has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture</source>
-        <translation>為 %1 像素，而描述檔適用於 %2；已按此類圖片的左上部分校正</translation>
+        <source>&amp;Framing:</source>
+        <translation>構圖(&amp;F)：</translation>
     </message>
 </context>
 <context>
@@ -302,6 +295,16 @@
             <numerusform>大約還剩 %n 分鐘</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Skipped, corrected before</source>
+        <translation>已略過，先前已校正</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n corrected before</source>
+        <translation>
+            <numerusform>%n 張先前已校正</numerusform>
+        </translation>
+    </message>
 </context>
 <context>
     <name>WorkFolder</name>
@@ -320,6 +323,10 @@
     <message>
         <source>there is something that is not a regular file</source>
         <translation>那裡的不是一般檔案</translation>
+    </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>無法保留時間：%1</translation>
     </message>
 </context>
 </TS>

@@ -1,4 +1,5 @@
 // The program on unusable pictures, profiles and folders: one line each and no other effect.
+#include "Case.h"
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -195,6 +196,7 @@ void BadInputTest::otherSizeIsNoted()
         {{40, 60}, {40, 60}, "has 40x60 pixels, the profile was made for 60x40"}, // the picture is turned, it isn't
     };
     for (const auto &row : rows) {
+        const Case named(row.picture, row.profile);
         WriteJpeg(Path("a.jpg"_s), row.picture.width(), row.picture.height());
         WriteFile(Path("p.lcp"_s), ProfileText({}, row.profile.width(), row.profile.height()));
         const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg"_s);

@@ -1,5 +1,6 @@
 // The command line: refused arguments, printed texts, and pictures of a run with the same output. Tests of the whole
 // program check the effect of options.
+#include "Case.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
 #include "command/CommandLine.h"
@@ -55,7 +56,14 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --amount ca=201 a.jpg", "0 to 200"},
         {"correct --focal -3 a.jpg", "above 0"},
         {"correct --aperture inf a.jpg", "above 0"},
-        {"lenses --json Canon", "json"},
+        {"correct --shard 3/2 a.jpg", "--shard I/N"},
+        {"correct --shard 1 a.jpg", "--shard I/N"},
+        {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
+        {"correct --output-name {name}/x.tif a.jpg", "slash"},
+        {"report", "no file"},
+        {"info --plain --body D70 a.jpg", "--plain and --body exclude"},
+        {"info --distance 0 a.jpg", "or inf"},
+        {"info --framing keep a.jpg", "framing"},
         {"profile --plain --json p.lcp", "exclude"},
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
@@ -88,10 +96,10 @@ void tst_CommandLine::lastOneHolds()
     const CorrectOptions options = ParseCommandLine(Words("correct --profile p --profile=q -j 4 -- -o"_s)).correct;
     QCOMPARE(options.profile, "q"_s);
     QCOMPARE(options.jobs, 4);
-    QCOMPARE(options.files, QStringList("-o"_s));
+    QCOMPARE(options.pictures.named, QStringList("-o"_s));
 }
 
-/// Texts as the plug-in's records spell them; no attribute where there is no option.
+/// Attributes have the text form of the plug-in's records; a missing option gives no attribute.
 void tst_CommandLine::fittedOptionsAreAttributes()
 {
     using Attributes = QVector<QPair<QString, QString>>;
@@ -107,6 +115,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
         {"--again --source lcp --body X", {{"Source"_s, "lcp"_s}, {"Again"_s, "1"_s}, {"Body"_s, "X"_s}}},
     };
     for (const auto &row : rows) {
+        const Case named(row.line);
         const CommandLine line = ParseCommandLine(Words("correct a.jpg "_s + QLatin1String(row.line)));
         QCOMPARE(line.action, CommandLine::Action::Correct);
         QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);
@@ -146,7 +155,7 @@ void tst_CommandLine::rivals()
     const QString below = dir.path() + QLatin1Char('/');
     const QStringList files =
         Words(QString::fromLatin1(QTest::currentDataTag())).replaceInStrings(QRegExp("^"_s), below);
-    const QVector<PlannedPicture> plan = PlanOutputs(files, folder.isEmpty() ? folder : dir.filePath(folder));
+    const QVector<PlannedPicture> plan = PlanOutputs(Named(files), {folder.isEmpty() ? folder : dir.filePath(folder)});
     QCOMPARE(plan.last().rival, rival.isEmpty() ? rival : below + rival);
     QCOMPARE(plan.last().repeated, repeated);
     QVERIFY(plan.first().rival.isEmpty());

@@ -10,6 +10,6 @@
 /// like the profile. Throws std::runtime_error with the program's message if it fails.
 QString CorrectFile(const QString &source, const Samples::LensProfile &profile, int corrections);
 
-/// The same for the pixels of a picture, whose size, lying on its long side, @p profile is given. Throws if the result
-/// has another size or depth.
+/// The same for the pixels of a picture. Sets the size of @p profile to the picture's in landscape orientation. Throws
+/// if the result has another size or depth.
 TiffRaster Corrected(const TiffRaster &source, Samples::LensProfile *profile, int corrections);

@@ -1,4 +1,5 @@
 // The content of the program's files: depth, channels, compression, alpha, and the metadata of the photograph.
+#include "Case.h"
 #include "CorrectFile.h"
 
 #include <QFile>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr int kDeflate = 8; // the compression number of TIFF
 
-/// Barrel-free: corners reach outside, so that every kind of pixel comes up.
+/// Pincushion-shaped, so that corners reach outside and every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -48,7 +49,7 @@ TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// The fourth channel of a pixel by its colors' places and, where each has its own, by what they came to.
+/// Returns the expected fourth channel of a pixel, from its colors' places and, if these differ, from its value.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
@@ -58,20 +59,21 @@ Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
     return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
 }
 
-/// Tags of the file's own form, and blocks that are compared by themselves.
+/// Whether a tag describes the file's form, or is a block whose content is compared tag by tag.
 bool IsFormOfFile(const std::string &key)
 {
     static const char *const names[] = {
         "ImageWidth",   "ImageLength",       "BitsPerSample", "Compression",     "PhotometricInterpretation",
         "StripOffsets", "SamplesPerPixel",   "RowsPerStrip",  "StripByteCounts", "PlanarConfiguration",
-        "SampleFormat", "InterColorProfile", "IPTCNAA",       "ExifTag",         "GPSTag"};
+        "SampleFormat", "InterColorProfile", "IPTCNAA",       "XMLPacket",       "ExifTag",
+        "GPSTag"};
     if (key == "Exif.Photo.MakerNote" || key == "Exif.MakerNote.Offset") // the note's own tags are compared
         return true;
     return std::any_of(std::begin(names), std::end(names),
                        [&](const char *name) { return key == std::string("Exif.Image.") + name; });
 }
 
-/// "key = value" of each that isn't of the file's form.
+/// Returns "key = value" of each tag that doesn't describe the file's form.
 template <typename Data> QStringList Texts(const Data &data)
 {
     QStringList texts;
@@ -122,6 +124,7 @@ void AddMetadata(const QString &path)
     const auto sample = OpenMetadata(QStringLiteral(VITRELUX_SAMPLES "/facade.jpg"));
     Exiv2::DataBuf profile(sample->iccProfile()->pData_, sample->iccProfile()->size_);
     image->setIccProfile(profile);
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
     image->writeMetadata();
 }
 
@@ -195,6 +198,7 @@ void tst_CorrectedMetadata::depthAndAlpha()
 void tst_CorrectedMetadata::copiesMetadata()
 {
     for (const int bits : {0, 8, 16, 32}) { // 0: JPEG
+        const Case named("bits", bits);
         const QTemporaryDir folder;
         const QString path = folder.filePath(bits == 0 ? "source.jpg"_s : "source.tiff"_s);
         if (bits == 0)
@@ -209,6 +213,7 @@ void tst_CorrectedMetadata::copiesMetadata()
             QVERIFY2(carried.contains(text), qPrintable(text));
         QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
         QVERIFY(source->iccProfile()->size_ > 0);
+        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results carry it
         QCOMPARE(ColorProfile(*result), ColorProfile(*source));
     }
 }

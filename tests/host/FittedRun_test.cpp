@@ -1,8 +1,11 @@
 // Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
 // profile.
+#include "FittedFiles.h"
 #include "ProgramTest.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,53 +14,7 @@
 
 namespace {
 
-const char *const kLens = "EF24-105mm f/4L IS USM";
 const QString kFound = "lenses/deep/down/x.lcp"_s;
-
-/// One entry in attribute form, of a Canon EOS 40D at 50 mm and f/8; not of the pictures' size.
-QByteArray Profile(const char *lens, bool hasVignetting = true)
-{
-    const QByteArray model = "stCamera:FocalLengthX='2.25' stCamera:FocalLengthY='2.25'";
-    const QByteArray light = "<stCamera:VignetteModel><rdf:Description " + model
-        + " stCamera:VignetteModelParam1='-0.5'/></stCamera:VignetteModel>";
-    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
-           "<rdf:Description xmlns:photoshop='http://ns.adobe.com/photoshop/1.0/'"
-           " xmlns:stCamera='http://ns.adobe.com/photoshop/1.0/camera-profile'>"
-           "<photoshop:CameraProfiles><rdf:Seq><rdf:li><rdf:Description stCamera:Make='Canon'"
-           " stCamera:Model='Canon EOS 40D' stCamera:ImageWidth='3888' stCamera:ImageLength='2592'"
-           " stCamera:FocalLength='50' stCamera:FocusDistance='10' stCamera:ApertureValue='6'"
-           " stCamera:SensorFormatFactor='1.6' stCamera:Lens='"
-        + QByteArray(lens) + "'><stCamera:PerspectiveModel><rdf:Description " + model
-        + " stCamera:RadialDistortParam1='-0.1'>" + (hasVignetting ? light : QByteArray())
-        + "</rdf:Description></stCamera:PerspectiveModel></rdf:Description></rdf:li></rdf:Seq>"
-          "</photoshop:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>";
-}
-
-struct Told {
-    const char *lens = nullptr; // EXIF LensModel
-    const char *focal = nullptr, *aperture = nullptr;
-    bool wasCorrected = false;
-};
-
-void WriteMetadata(const QString &path, const Told &told)
-{
-    const auto image = Exiv2::ImageFactory::open(path.toStdString());
-    Exiv2::ExifData exif;
-    exif["Exif.Image.Make"] = "Canon";
-    exif["Exif.Image.Model"] = "Canon EOS 40D";
-    for (const auto &[key, value] :
-         {std::pair("Exif.Photo.LensModel", told.lens), std::pair("Exif.Photo.FocalLength", told.focal),
-          std::pair("Exif.Photo.FNumber", told.aperture)}) {
-        if (value)
-            exif[key] = value;
-    }
-    image->setExifData(exif);
-    if (told.wasCorrected) {
-        for (const char *key : {"AlreadyApplied", "LensProfileEnable", "AutoLateralCA"})
-            image->xmpData()[std::string("Xmp.crs.") + key] = "True";
-    }
-    image->writeMetadata();
-}
 
 } // namespace
 
@@ -67,11 +24,13 @@ private Q_SLOTS:
     void init();
     void correct_data();
     void correct();
+    void records();
+    void secondRun();
     void info();
     void lenses();
 };
 
-/// Pictures named after their metadata, and a folder with one profile of their lens among near misses.
+/// Makes pictures named after their metadata, and a folder with one profile of their lens among near misses.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -137,7 +96,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
-                                     << QStringList{"doesn't know fitted corrections; --plain"_s};
+                                     << QStringList{"doesn't know fitted corrections; \"vitrelux correct --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
@@ -168,6 +127,82 @@ void FittedRunTest::correct()
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
+/// A dry run decides as the run does, and both print what the schema describes.
+void FittedRunTest::records()
+{
+    const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
+    const QJsonObject known = schema.value("properties"_s).toObject();
+    const QDateTime taken(QDate(2001, 2, 3), QTime(4, 5, 6));
+    QFile picture(Path("named.jpg"_s));
+    QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
+    picture.close();
+    for (const bool isDry : {true, false}) {
+        const ProgramResult result = Run("correct --json --keep-time --suffix -x -j 1 -o out --lens-path lenses "_s
+                                         + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+        QCOMPARE(result.exitCode, 1);
+        QStringList outcomes;
+        const QList<QByteArray> lines = result.output.trimmed().split('\n');
+        for (const QByteArray &line : lines) {
+            const QJsonObject record = QJsonDocument::fromJson(line).object();
+            for (const QString &key : record.keys())
+                QVERIFY2(known.contains(key), qPrintable(key));
+            for (const QJsonValue &key : schema.value("required"_s).toArray())
+                QVERIFY2(record.contains(key.toString()), line);
+            outcomes << record.value("outcome"_s).toString();
+        }
+        QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
+        const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
+        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.tiff"_s));
+        QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
+        QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
+        QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
+        QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
+        QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
+    }
+    QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
+}
+
+/// A run leaves a record of itself, by which later ones and other programs know it.
+void FittedRunTest::secondRun()
+{
+    const QString first = "out/named_corrected.tiff"_s;
+    Run("correct -o out --amount distortion=80 --lens-path lenses named.jpg"_s);
+    const auto image = Exiv2::ImageFactory::open(Path(first).toStdString());
+    image->readMetadata();
+    const auto text = [&](const std::string &key) { return image->xmpData()["Xmp." + key].toString(); };
+    const std::pair<const char *, std::string> texts[] = {
+        {"vitrelux.Corrections", "distortion, vignetting"}, // the profile has no lateral color
+        {"vitrelux.Requested", "distortion, lateral color, vignetting"},
+        {"vitrelux.Profile", "x.lcp"},
+        {"vitrelux.AmountDisto", "0.8"},
+        {"crs.AlreadyApplied", "True"},
+        {"crs.LensProfileSetup", "Auto"},
+        {"crs.LensProfileDistortionScale", "80"},
+        {"crs.LensProfileChromaticAberrationScale", "0"},
+        {"crs.LensProfileVignettingScale", "100"},
+    };
+    for (const auto &[key, value] : texts)
+        QVERIFY2(text(key) == value, (std::string(key) + ": " + text(key)).c_str());
+
+    const struct {
+        const char *line;
+        int exitCode;
+        QString said;
+    } later[] = {
+        {"--lens-path lenses", 0,
+         "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
+        {"--lens-path empty", 0, "skipped, corrected before: distortion"_s},
+        {"--ca --lens-path lenses", 1, "an earlier run could not correct it"_s},
+        {"--again --lens-path lenses", 0, "distortion again, though corrected before"_s},
+        {"--profile lenses/0.lcp", 0, "distortion again, though corrected before"_s},
+    };
+    for (const auto &row : later) {
+        const ProgramResult result = Run("correct --overwrite -o later %1 %2"_s.arg(QLatin1String(row.line), first));
+        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.said),
+                 row.line + QByteArray(": ") + result.error);
+    }
+}
+
 void FittedRunTest::info()
 {
     const auto facts = [this](const QString &picture) {
@@ -181,6 +216,18 @@ void FittedRunTest::info()
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
     QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
+    // Everything typed, of a picture without metadata: its own body and no other camera's.
+    WriteJpeg(Path("bare.jpg"_s), 60, 40);
+    const QJsonObject typed =
+        QJsonDocument::fromJson(m_run
+                                    ->Run({"info"_s, "--json"_s, "--lens-path"_s, "lenses"_s, "--focal"_s, "50"_s,
+                                           "--aperture"_s, "8"_s, "--distance"_s, "10"_s, "--lens"_s,
+                                           "EF24-105mm f/4L IS USM"_s, "--body"_s, "Canon EOS 40D"_s, "bare.jpg"_s})
+                                    .output)
+            .object();
+    QCOMPARE(typed.value("profile"_s).toString(), Path(kFound));
+    const QByteArray assumed = QJsonDocument(typed.value("assumed"_s).toArray()).toJson();
+    QVERIFY2(!assumed.contains("another"), assumed);
     QVERIFY(Run("info --lens-path empty known.jpg"_s).output.contains("  Profile       lensfun:Canon/Canon EF 135mm"));
 }
 
@@ -197,6 +244,21 @@ void FittedRunTest::lenses()
     QVERIFY2(found.startsWith("Sigma 24-105mm f/4 DG OS HSM\n  " + Path("lenses/3.lcp"_s).toUtf8()), found);
     QVERIFY2(found.contains("lensfun:Sigma/") && !found.contains("Canon EF"), found);
     QCOMPARE(Run("lenses no-such-lens"_s).exitCode, 1);
+    const auto objects = [this](const QString &line) {
+        QVector<QJsonObject> all;
+        const QList<QByteArray> each = Run("lenses --json --lens-path "_s + line).output.trimmed().split('\n');
+        for (const QByteArray &one : each)
+            all.append(QJsonDocument::fromJson(one).object());
+        return all;
+    };
+    const QJsonObject place = objects("link"_s).first(), database = objects("empty"_s).last();
+    QVERIFY(place.value("folder"_s) == Path("link"_s) && place.value("files"_s) == 7 && place.value("lenses"_s) == 6);
+    QCOMPARE(place.value("unreadable"_s).toArray().first().toObject().value("path"_s).toString(),
+             Path("lenses/broken.lcp"_s));
+    QVERIFY(database.value("database"_s) == "lensfun"_s && database.value("lenses"_s).toInt() > 1000);
+    const QJsonObject lens = objects("lenses sigma 24-105"_s).first();
+    QCOMPARE(lens.value("lens"_s).toString(), "Sigma 24-105mm f/4 DG OS HSM"_s);
+    QCOMPARE(lens.value("profiles"_s).toArray(), QJsonArray{Path("lenses/3.lcp"_s)});
 }
 
 QTEST_GUILESS_MAIN(FittedRunTest)

@@ -1,5 +1,6 @@
 // The program as a host: order of calls on a plug-in that records them and misbehaves, outputs, interruptions, and
 // unusual environments: without display, home folder or locale, on a terminal, with odd file names.
+#include "Case.h"
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -28,6 +29,7 @@ private Q_SLOTS:
     void parallelRunsGiveTheSameFiles();
     void rivalsForOneOutput();
     void interruptionLeavesNothing();
+    void firstInterruptFinishesThePicture();
     void removesWorkFoldersOfKilledRuns();
     void standardStreams();
     void environment();
@@ -117,6 +119,7 @@ void HostRunTest::failsWithOneLine()
     };
     WriteFile(Path(kOutput), "old");
     for (const auto &[manner, text] : rows) {
+        const Case named(manner);
         WriteFile(Path("notes"_s), {});
         const ProgramResult result = RunProbe(manner, "--overwrite a.jpg"_s);
         QCOMPARE(result.exitCode, 1);
@@ -139,6 +142,7 @@ void HostRunTest::existingOutput()
                 {"", "rival", 1},
                 {"--skip-existing", "rival", 0}};
     for (const auto &row : rows) {
+        const Case named(row.option, row.content);
         init();
         const bool rival = QByteArray(row.content) == "rival"; // made while the picture is corrected
         if (!rival)
@@ -167,6 +171,7 @@ void HostRunTest::replacedFile()
         {"pipe", [&] { return unlink(path) == 0 && mkfifo(path, 0600) == 0; }, "not a regular file"},
     };
     for (const auto &row : rows) {
+        const Case named(row.name);
         init();
         QVERIFY(QDir::setCurrent(m_dir->path()));
         WriteFile(Path(kOutput), "old");
@@ -224,6 +229,7 @@ void HostRunTest::rivalsForOneOutput()
 void HostRunTest::interruptionLeavesNothing()
 {
     for (const int number : {SIGINT, SIGTERM, SIGHUP, -SIGHUP}) { // the last one ignored, as by nohup
+        const Case named("signal", number);
         init();
         WriteFile(Path(kOutput), "old");
         m_run->Set("VITRELUX_PROBE", "block"_s);
@@ -240,13 +246,23 @@ void HostRunTest::interruptionLeavesNothing()
         const auto process = static_cast<pid_t>(m_run->processId());
         ::kill(process, qAbs(number));
         if (number < 0) {
-            QVERIFY(!m_run->waitForFinished(500) && halfDone()); // heeding it took a few milliseconds
+            QVERIFY(!m_run->waitForFinished(500) && halfDone()); // reacting would take a few milliseconds
             ::kill(process, SIGTERM);
         }
         QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends too
         QCOMPARE(Made(), QStringList(kOutput));
         QCOMPARE(ReadFile(Path(kOutput)), QByteArray("old"));
     }
+}
+
+void HostRunTest::firstInterruptFinishesThePicture()
+{
+    m_run->beforeStart = [] { std::signal(SIGINT, SIG_DFL); };
+    const ProgramResult result = RunProbe("interrupt", "-j 1 a.jpg b.jpg"_s);
+    QCOMPARE(result.signal, SIGINT);
+    QCOMPARE(result.errorLines.size(), 2);
+    QVERIFY2(result.errorLines[1].contains("1 of 2 pictures left"_s), result.error.constData());
+    QCOMPARE(Made(), QStringList(kOutput));
 }
 
 /// The next start removes a killed run's work folder, but not that of a running one.
@@ -257,6 +273,7 @@ void HostRunTest::removesWorkFoldersOfKilledRuns()
     m_run->Begin((kProbe + "a.jpg"_s).split(QLatin1Char(' ')));
     QTRY_COMPARE_WITH_TIMEOUT(folders().size(), 1, 60000);
     for (const int left : {1, 0}) {
+        const Case named("folders left", left);
         ProgramRun next;
         next.setWorkingDirectory(m_dir->path());
         QCOMPARE(next.Run((kProbe + "--overwrite b.jpg"_s).split(QLatin1Char(' '))).exitCode, 0);
@@ -276,7 +293,7 @@ void HostRunTest::standardStreams()
     QCOMPARE(Notes().first(), "/dev/null/dev/null/dev/null"_s);
     QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
 
-    // Nobody reads the names: SIGPIPE, while another picture is at work.
+    // Nothing reads the output: SIGPIPE arrives while another picture is in work.
     init();
     WriteJpeg(Path("b.jpg"_s), 3000, 2000);
     const QString line =
@@ -290,7 +307,7 @@ void HostRunTest::standardStreams()
 
 void HostRunTest::environment()
 {
-    // On top of an environment with next to nothing; and why the desktop wizard cannot be shown, if needed.
+    // Variables added to a nearly empty environment, and why the wizard cannot be shown, if it cannot.
     const QString unreachable = "the display cannot be reached"_s;
     const QString rows[][3] = {{"HOME"_s, "/none"_s, "there is no display"_s},
                                {"DISPLAY"_s, "none:17"_s, unreachable},
@@ -300,6 +317,7 @@ void HostRunTest::environment()
                                {"QT_IM_MODULE"_s, "ibus"_s, {}},
                                {"LC_ALL"_s, "xx_YY.ISO-8859-1"_s, {}}};
     for (const auto &[variable, value, wizard] : rows) {
+        const Case named(variable, value);
         init();
         QVERIFY(QDir(m_dir->path()).mkdir("home"_s));
         QVERIFY(QFile::rename(Path("a.jpg"_s), Path(u8"\u00fcber\u65e5\u672c.jpg"_s)));
@@ -323,9 +341,10 @@ void HostRunTest::names()
                                {"a.b.c.jpg"_s, {}, "a.b.c_corrected.tiff"_s},
                                {"no suffix"_s, {}, "no suffix_corrected.tiff"_s},
                                {"%1 \"'$(x).jpg"_s, "new/deep"_s, "new/deep/%1 \"'$(x)_corrected.tiff"_s},
-                               {":a.jpg"_s, {}, ":a_corrected.tiff"_s}, // not a resource of Qt's
+                               {":a.jpg"_s, {}, ":a_corrected.tiff"_s}, // not a Qt resource
                                {"a\nb.jpg"_s, "./x/../new"_s, "new/a\nb_corrected.tiff"_s}};
     for (const auto &[picture, folder, output] : rows) {
+        const Case named(picture);
         QVERIFY(QFile::copy(Path("a.jpg"_s), m_dir->path() + "/"_s + picture));
         QStringList arguments{"correct"_s, "--plain"_s, "--profile"_s, "p.lcp"_s};
         if (!folder.isEmpty())
@@ -353,6 +372,7 @@ void HostRunTest::progressOnTerminal()
         m_run->program + " correct --plain --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
     m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
+        const Case named(terminal);
         m_run->Set("TERM", terminal);
         const ProgramResult result = m_run->Run({"-qec"_s, line, "/dev/null"_s});
         QCOMPARE(result.exitCode, 1);

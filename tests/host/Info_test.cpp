@@ -1,4 +1,5 @@
 // The program's report on pictures, and the profiles that it finds for them.
+#include "Case.h"
 #include "ProgramTest.h"
 
 #include <QDir>
@@ -156,6 +157,7 @@ void InfoTest::profile()
                 {"doesn't name the lens", "Canon", "22 10 1", 65535},
                 {"only for Nikon and Canon", "SONY", "22 10 1", 235}};
     for (const auto &row : rows) {
+        const Case named(row.why);
         if (*row.maker) {
             Exiv2::ExifData exif = CanonExif(row.lens, row.number);
             exif["Exif.Image.Make"] = row.maker;
@@ -192,7 +194,7 @@ void InfoTest::storedFolder()
     QCOMPARE(ReadFile(settings), before);
     QVERIFY(Run("info --plain a.jpg --lens-path none"_s).output.contains("none: there is no profile folder"));
 
-    // The plug-in's own default is not a path here, and nothing that a folder of pictures may bring along.
+    // The plug-in's default isn't an absolute path here, and must not select a folder among the pictures.
     QVERIFY(QFile::remove(settings));
     QVERIFY(QDir().mkpath(Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0"_s)));
     QVERIFY(QFile::rename(Path("lenses/Canon"_s), Path("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/Canon"_s)));

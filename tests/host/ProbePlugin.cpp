@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <csignal>
 
 #include <new>
 #include <stdexcept>
@@ -35,6 +36,14 @@ void Misbehave(const QByteArray &manner, const QString &output)
         throw 42;
     if (manner == "rival")
         WriteFile(qEnvironmentVariable("VITRELUX_PROBE_RIVAL"), "rival");
+    if (manner == "interrupt") {
+        kill(getpid(), SIGINT);
+        sigset_t pending;
+        do {
+            usleep(10000);
+            sigpending(&pending);
+        } while (sigismember(&pending, SIGINT) == 1);
+    }
     if (manner == "block") {
         for (;;)
             pause();

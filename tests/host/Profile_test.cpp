@@ -1,4 +1,5 @@
 // `vitrelux profile`: the grid of a profile, its odd values, its effect on a picture, and its plot.
+#include "Case.h"
 #include "ProgramTest.h"
 
 #include <QDomDocument>
@@ -306,6 +307,7 @@ void tst_Profile::pictureBetweenEntries()
     const QVector<QPointF> blend = plot.Curve(0, "blend for c.jpg"_s, 0, &width);
     QVERIFY(blend.size() > 50 && width > 2.0);
     for (const QPointF &point : blend) {
+        const Case named(point);
         const double u = point.x() * kHalfDiagonal / kLongSide;
         const double expected = 100.0 * ((1.0 - weight) * -0.08 + weight * 0.04) * u * u;
         QVERIFY(std::abs(point.y() - expected) < 0.01 * plot.ValuePerUnit(0));

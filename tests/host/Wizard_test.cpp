@@ -1,12 +1,13 @@
 // The desktop wizard, driven like a user would, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
+#include "FittedFiles.h"
 #include "KException.h"
-#include "TestFiles.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
 #include "wizard/RunPage.h"
+#include "wizard/WizardPlugin.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -30,7 +31,8 @@ namespace {
 
 InterruptGuard *g_guard;
 
-/// Records its calls. Picture names choose the behavior: "bad" fails, "slow" waits for `go`.
+/// Records its calls, and reports like a fitted process. Picture names choose the behavior: "bad" fails, "slow" waits
+/// for `go`, "none" finds no profile, "plain" reports nothing, "off" has no correction switched on.
 class StandInProcess : public KIPluginOne2One {
 public:
     QString Name() const override { return "Stand-in"_s; }
@@ -46,12 +48,17 @@ public:
     void *AllocParameters(QDomElement element) override
     {
         ++records;
-        return new PictureParameters(ReadParameters(element));
+        return new Record{ReadParameters(element), element.attribute("Framing"_s), {}};
     }
     void FreeParameters(void *record) override
     {
         --records;
-        delete static_cast<PictureParameters *>(record);
+        delete static_cast<Record *>(record);
+    }
+    QDomElement GetXmlParameters(void *record) override
+    {
+        return DescribeParameters(Name(), static_cast<Record *>(record)->parameters,
+                                  static_cast<Record *>(record)->results);
     }
     void SetFiles(QStringList files) override
     {
@@ -59,12 +66,13 @@ public:
         for (const QString &file : qAsConst(files))
             names << QFileInfo(file).fileName();
         calls << "files "_s + names.join(QLatin1Char(' '));
+        framing = static_cast<HostApplication *>(qApp)->GetPluginSetting(UID(), "Framing"_s, QString()).toString();
     }
     QDomElement GetFileXmlParams(QString file) override
     {
         const bool off = file.contains("off"_s);
         const bool open = file.contains("open"_s) || file.contains("none"_s);
-        return DescribeParameters(Name(), {{!off, false, false}, open ? QString() : profile});
+        return DescribeParameters(Name(), {{!off, false, false}, open ? QString() : profile}, {{"Framing"_s, framing}});
     }
     void Process(QString fileName, void *record, QString &output) override
     {
@@ -76,12 +84,26 @@ public:
         }
         if (info.fileName().startsWith("bad"_s))
             throw KException(fileName + ": pixels\nare lost"_s, KPlace());
+        const bool finds = !info.fileName().startsWith("none"_s);
+        auto *done = static_cast<Record *>(record);
+        if (!info.fileName().startsWith("plain"_s))
+            done->results = {{"Profile"_s, finds ? "/lenses/found.lcp"_s : QString()},
+                             {"Entries"_s, "50 mm 100 %"_s},
+                             {"Done"_s, finds ? "distortion"_s : QString()},
+                             {"Why"_s, finds ? "vignetting: no model"_s : "unknown lens"_s}};
+        if (!finds)
+            throw KException("unknown lens"_s, KPlace());
         output = info.path() + QLatin1Char('/') + info.completeBaseName() + "_corrected.tiff"_s;
-        WriteFile(output, static_cast<PictureParameters *>(record)->profile.toUtf8());
+        WriteFile(output, (done->parameters.profile + done->framing).toUtf8());
     }
 
+    struct Record {
+        PictureParameters parameters;
+        QString framing;
+        QVector<QPair<QString, QString>> results;
+    };
     std::unique_ptr<QWizardPage> page;
-    QString profile;
+    QString profile, framing;
     QStringList calls; // on the GUI thread
     std::atomic<int> records{0};
     QSemaphore began, go;
@@ -111,7 +133,7 @@ private Q_SLOTS:
     void stopsAfterTheCurrentPicture();
     void backKeepsChoices();
     void choicesStayWithTheirPictures();
-    void realPluginCorrects();
+    void realPluginFits();
     void speaksTheUsersLanguage_data();
     void speaksTheUsersLanguage();
 
@@ -142,12 +164,11 @@ private:
         return rows;
     }
     /// Starts with pictures of these names; missing ones are created.
-    void Show(KIPluginOne2One *process, const QString &names)
+    void Show(KIPluginOne2One *process, const QString &names, FittedCorrection *correction = nullptr)
     {
-        const auto find = [this](const QString &picture) {
-            return picture.contains("open"_s) ? m_process->profile : QString();
-        };
-        m_wizard = std::make_unique<CorrectionWizard>(m_host, process, find, g_guard);
+        m_wizard.reset(); // returns the page
+        m_wizard =
+            std::make_unique<CorrectionWizard>(m_host, process, correction ? correction : &m_correction, g_guard);
         for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QString path = m_dir->filePath(name);
             if (!QFile::exists(path))
@@ -162,6 +183,7 @@ private:
     HostApplication *m_host = static_cast<HostApplication *>(qApp);
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<StandInProcess> m_process;
+    FittedCorrection m_correction{{}, m_host, g_guard};
     std::unique_ptr<CorrectionWizard> m_wizard;
     QUrl m_opened;
 };
@@ -172,7 +194,8 @@ void tst_Wizard::init()
     m_process = std::make_unique<StandInProcess>();
     m_process->page = std::make_unique<QWizardPage>();
     m_process->profile = Path("p.lcp");
-    WriteFile(m_process->profile, ProfileText(ProfileModels(), 60, 40));
+    WriteFile(m_process->profile, Profile(kLens));
+    m_host->Settings().clear();
 }
 
 void tst_Wizard::cleanup()
@@ -224,8 +247,9 @@ void tst_Wizard::picturesByDialogAndDrop()
 
 void tst_Wizard::reportsTheResultOfEach()
 {
-    const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg"_s;
-    constexpr int kPictures = 8;
+    const QString toPlugin = "good.jpg bad.jpg there.jpg good.tif off.jpg open.jpg none.jpg plain.jpg"_s;
+    constexpr int kPictures = 9;
+    const QString fit = "; entries: 50 mm 100 %; left out: vignetting: no model"_s;
     WriteFile(Path("text.jpg"), "no picture");
     WriteFile(Path("there_corrected.tiff"), "old");
     Show(toPlugin + " text.jpg"_s);
@@ -234,19 +258,21 @@ void tst_Wizard::reportsTheResultOfEach()
     QTRY_VERIFY(Close());
     QCOMPARE(m_process->calls, QStringList({"files "_s + toPlugin, "validate"_s}));
     const QStringList rows = Rows("results");
-    QCOMPARE(rows[0], "good.jpg|Corrected"_s);
+    QCOMPARE(rows[0], "good.jpg|Corrected: profile \"found.lcp\""_s + fit);
     QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
     QVERIFY(rows[2].contains("exists already"_s));
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
-    QCOMPARE(rows[5], "open.jpg|Corrected: profile \"%1\""_s.arg(m_process->profile)); // no page has shown it
-    QCOMPARE(ReadFile(Path("open_corrected.tiff")), m_process->profile.toUtf8());
-    QVERIFY(rows[6].contains("No lens profile"_s));
-    QVERIFY(rows[7].startsWith("text.jpg|Failed: "_s));
-    QCOMPARE(m_wizard->FailedCount(), 5);
-    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 5 failed"_s);
+    QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("fill")); // no choice of a profile
+    QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
+    QVERIFY2(rows[7].contains("doesn't know fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
+             qPrintable(rows[7]));
+    QVERIFY(rows[8].startsWith("text.jpg|Failed: "_s));
+    QCOMPARE(m_wizard->FailedCount(), 6);
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 6 failed"_s);
     QCOMPARE(Find<QProgressBar>("progress")->value(), kPictures);
-    QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8() + "fill");
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).size(), kPictures + 4); // the profile and three outputs: no work folder is left
 
@@ -260,15 +286,11 @@ void tst_Wizard::replacesOnRequest()
 {
     m_process->page.reset(); // a process without a page: from the pictures directly to the run
     WriteFile(Path("there_corrected.tiff"), "old");
-    WriteFile(m_process->profile, ProfileText(ProfileModels(), 600, 400));
-    Show("there.jpg open.jpg"_s);
+    Show("there.jpg"_s);
     Click("replace");
     Next();
     QTRY_VERIFY(Close());
-    QVERIFY2(Rows("results")[0].contains("600x400"_s), qPrintable(Rows("results")[0]));
-    QVERIFY2(!Rows("results")[0].contains("p.lcp"_s), qPrintable(Rows("results")[0])); // the user chose it
-    QVERIFY2(Rows("results")[1].contains("p.lcp\"; has 60x40"_s), qPrintable(Rows("results")[1]));
-    QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8());
+    QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8() + "fill");
 }
 
 void tst_Wizard::stopsAfterTheCurrentPicture_data()
@@ -299,7 +321,8 @@ void tst_Wizard::stopsAfterTheCurrentPicture()
     if (!m_process->goesWhenStopped) {
         m_process->go.release();
         QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
-        QCOMPARE(Rows("results"), QStringList({"slow.jpg|Corrected"_s, "next.jpg|Not corrected: stopped before"_s}));
+        QVERIFY(Rows("results")[0].startsWith("slow.jpg|Corrected"_s));
+        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: stopped before"_s);
     }
     m_wizard.reset();
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
@@ -316,18 +339,23 @@ void tst_Wizard::backKeepsChoices()
     m_wizard->Add({Path("b.jpg")});
     Next();
     QCOMPARE(m_process->calls, QStringList({"files a.jpg"_s, "files a.jpg b.jpg"_s}));
+    m_wizard->back();
+    Find<QComboBox>("framing")->setCurrentIndex(2);
+    Next();
+    QCOMPARE(m_process->calls.size(), 3);
+    QCOMPARE(m_process->framing, "all"_s);
     const QSize chosen = m_wizard->size() + QSize(-57, 31);
     m_wizard->resize(chosen);
     m_wizard->close();
-    m_wizard.reset(); // gives the page back
     Show(QString());
     QCOMPARE(m_wizard->size(), chosen);
+    QCOMPARE(Find<QComboBox>("framing")->currentData(), "all"_s);
     m_wizard->close();
 }
 
 void tst_Wizard::choicesStayWithTheirPictures()
 {
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
     QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
     const auto choices = [&](const char *name) {
         return ReadParameters(plugin.Process()->GetFileXmlParams(Path(name)));
@@ -358,19 +386,49 @@ void tst_Wizard::choicesStayWithTheirPictures()
     m_wizard.reset(); // ahead of the plug-in
 }
 
-void tst_Wizard::realPluginCorrects()
+void tst_Wizard::realPluginFits()
 {
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
-    QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
-    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
-    m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
-    Show(plugin.Process(), "a.jpg"_s);
-    do {
-        Next();
-    } while (m_wizard->nextId() != -1);
+    QVERIFY(QDir(m_dir->path()).mkdir("lenses"_s));
+    WriteFile(Path("lenses/x.lcp"), Profile("Canon EF 24-105mm f/4L IS USM"));
+    const std::pair<const char *, Told> pictures[] = {
+        {"found.jpg", {kLens, "50/1", "8/1"}},
+        {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
+        {"before.jpg", {kLens, "50/1", "8/1", true}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+    };
+    for (const auto &[name, told] : pictures) {
+        WriteJpeg(Path(name), 60, 40);
+        WriteMetadata(Path(name), told);
+    }
+    const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
+    WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
+    QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), g_guard).Problem().contains("gone"_s));
+    WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), g_guard);
+    QCOMPARE(plugin.Problem(), QString());
+    Show(plugin.Process(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
+    Find<QComboBox>("framing")->setCurrentIndex(1);
+    Next();
+    Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
+    QTRY_COMPARE(Find<QLineEdit>("lineEditLensFile")->placeholderText(), "Found: x.lcp"_s);
+    Click("pushButtonApplyAll");
+    Next();
     QTRY_VERIFY(Close());
-    QCOMPARE(Rows("results"), QStringList("a.jpg|Corrected"_s));
-    QCOMPARE(ReadFile(Path("a_corrected.tiff")).left(2), QByteArray("II"));
+    const QStringList rows = Rows("results");
+    QVERIFY2(rows[0].startsWith("found.jpg|Corrected: profile \"x.lcp\"; entries: 50 mm f/8 10 m 100 %; "_s)
+                 && rows[0].contains("damaged metadata"_s),
+             qPrintable(rows[0]));
+    QVERIFY2(rows[1].startsWith("none.jpg|Failed: No lens profile"_s) && rows[1].contains("; nearest: "_s),
+             qPrintable(rows[1]));
+    QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
+    QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
+    for (const auto &[name, told] : pictures) {
+        const QDomElement record = plugin.Process()->GetFileXmlParams(Path(name));
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
+        QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
+        const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
+        QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
+    }
     m_wizard.reset(); // ahead of the plug-in
 }
 
@@ -397,7 +455,7 @@ void tst_Wizard::speaksTheUsersLanguage()
     QFETCH(QString, ofWindow);
     QLocale::setDefault(QLocale(QString::fromLatin1(QTest::currentDataTag())));
     m_host->TranslateWindows();
-    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN));
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
     QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
     m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
     m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
@@ -406,6 +464,7 @@ void tst_Wizard::speaksTheUsersLanguage()
 
     m_wizard->resize(1, 1); // the description of the plug-in's page is fully visible in a narrow window
     WriteJpeg(Path("cut.jpg"), 60, 40);
+    WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
     WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
     m_wizard->Add({Path("cut.jpg")});
     Next();
@@ -425,7 +484,8 @@ void tst_Wizard::speaksTheUsersLanguage()
 int main(int argc, char **argv)
 {
     QTemporaryDir settings; // not the user's
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(settings.path()));
+    for (const char *variable : {"XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+        qputenv(variable, QFile::encodeName(settings.path()));
     InterruptGuard guard;
     g_guard = &guard;
     ChooseDisplayless();

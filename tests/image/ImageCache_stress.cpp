@@ -1,9 +1,10 @@
 // Four threads lock, read and unlock random versions of twenty pictures under a small limit, while some pictures are
 // described anew or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must stay silent too.
+#include "Case.h"
 #include "KOmp.h"
 #include "KTools.h"
-#include "PictureFiles.h"
 #include "Threads.h"
+#include "WrittenPictures.h"
 
 #include <QDirIterator>
 #include <QtTest>
@@ -132,6 +133,7 @@ void tst_ImageCacheStress::oneItemForAll()
 {
     QTemporaryDir pictures;
     for (int round = 0; round < 30; ++round) {
+        const Case named("round", round);
         const QString path =
             WritePicture(pictures.filePath(QStringLiteral("%1.png").arg(round)), "png", kWidth, kHeight);
         std::vector<ImageDef *> images(kThreads);

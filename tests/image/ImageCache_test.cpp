@@ -2,8 +2,8 @@
 #include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
-#include "PictureFiles.h"
 #include "Thrown.h"
+#include "WrittenPictures.h"
 
 #include <QDirIterator>
 #include <QtTest>
@@ -250,6 +250,7 @@ void tst_ImageCache::startWithHost()
     KImageCache shared;
     ImageDatas settings;
     for (KImageCache *cache : {static_cast<KImageCache *>(nullptr), &shared}) {
+        const Case named(cache ? "with the host's cache" : "without");
         KTools::init(nullptr);
         KImageInstances host = {&KTools::ms_instances, cache, &settings};
         KImage::init(&host);

@@ -1,8 +1,8 @@
 // Descriptions of files: refusals, settings, thumbnails, identity, and reloading.
 #include "Case.h"
 #include "DngFile.h"
-#include "PictureFiles.h"
 #include "Thrown.h"
+#include "WrittenPictures.h"
 
 #include <QFileInfo>
 #include <QtTest>
@@ -121,6 +121,7 @@ void tst_ImageDef::suffixes()
                 {"a.EXR", true, false, true},  {"a.txt", false, false, false},
                 {"jpg", false, false, false}};
     for (const auto &row : rows) {
+        const Case named(row.name);
         const QString path = Path(row.name);
         QVERIFY(!ImageDef::IsAPicture(path)); // doesn't exist yet
         WritePicture(path, "png", 4, 4);      // whatever its name
@@ -224,6 +225,7 @@ void tst_ImageDef::refusals()
     const QStringList served{QStringLiteral("cmyk.PSD"), QStringLiteral("grey.psd"), QStringLiteral("lab.psd"),
                              QStringLiteral("rgb.jpg"),  QStringLiteral("rgb.tif"),  QStringLiteral("rgba.png")};
     for (bool withThumbnail : {false, true}) {
+        const Case named("thumbnail", withThumbnail);
         ImageDef::g_ErrorMessages.clear();
         QStringList described;
         for (const QString &name : QDir(m_dir->path()).entryList(QDir::Files, QDir::Name | QDir::IgnoreCase)) {

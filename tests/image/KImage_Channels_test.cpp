@@ -242,6 +242,7 @@ void tst_KImageChannels::fromQImage()
 {
     for (const QImage::Format format :
          {QImage::Format_RGB888, QImage::Format_ARGB32_Premultiplied, QImage::Format_Invalid}) {
+        const Case named(format);
         KImage image;
         QCOMPARE(Thrown([&] { image.FromQImage(QImage(3, 2, format)); }), QStringLiteral("Invalid Parameter"));
     }

@@ -212,14 +212,18 @@ void tst_KImageCopy::guards()
         {&source, &target, 5, 0, std::numeric_limits<int>::max(), 1, 1, 0, parameter}, // wraps around
         {&source, &target, 0, 0, 0, -3, 0, 0, QStringLiteral("none")},
     };
-    for (const auto &c : crops)
+    for (const auto &c : crops) {
+        const Case named(c.x, c.y, c.width, c.height, c.targetX, c.targetY);
         QCOMPARE(Thrown([&] { c.from->CropCopyTo(c.x, c.y, c.width, c.height, *c.to, c.targetX, c.targetY); }),
                  c.message);
+    }
     QCOMPARE(Thrown([&] { empty.CopyTo(target, 0, 0); }), bitmap);
     QCOMPARE(Thrown([&] { palette.CopyTo(target, 0, 0); }), parameter);
     QCOMPARE(Thrown([&] { source.CopyTo(empty, 0, 0); }), parameter);
-    for (const QPoint at : {QPoint(5, 0), QPoint(-1, 0), QPoint(0, -1)})
+    for (const QPoint at : {QPoint(5, 0), QPoint(-1, 0), QPoint(0, -1)}) {
+        const Case named(at);
         QCOMPARE(Thrown([&] { source.CopyTo(target, at.x(), at.y()); }), parameter);
+    }
     QCOMPARE(Thrown([&] { empty.Convert(target, GFL_RGB, 8); }), bitmap);
     QCOMPARE(Thrown([&] { palette.Convert(target, GFL_RGB, 8); }), bitmap);
     QCOMPARE(Thrown([&] { source.Convert(source, GFL_GREY, 16); }), parameter);

@@ -1,3 +1,4 @@
+#include "Case.h"
 #include "KImage_p.h"
 
 #include "Files.h"
@@ -163,6 +164,7 @@ void tst_KImageFile::cacheFilesKeepTheForm()
 {
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32}) {
+            const Case named(type, bits);
             KImage ramp, image, back;
             FillWithRamp(ramp, 9, 5);
             ramp.Convert(image, static_cast<unsigned short>(type), bits);
@@ -241,9 +243,11 @@ void tst_KImageFile::failedWriteLeavesNothing()
     FillWithRamp(image, 3, 3);
     const auto entries = [this] { return QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden); };
     const QStringList before = entries();
-    for (const QString &target : {File("absent/out.tif"), m_dir.path()})
+    for (const QString &target : {File("absent/out.tif"), m_dir.path()}) {
+        const Case named(target);
         QCOMPARE(Thrown([&] { image.Write(target, QStringLiteral("tiff"), 3, QString()); }),
                  QStringLiteral("Cannot write into file \"%1\"").arg(target));
+    }
     QCOMPARE(Thrown([&] { image.Write(File("out.tif"), QStringLiteral("tiff"), 0, File("absent.jpg")); }),
              QStringLiteral("Error GFL : \"GFL_ERROR_FILE_OPEN\"\nFile : \"%1\"").arg(File("absent.jpg")));
     QCOMPARE(entries(), before);

@@ -101,8 +101,10 @@ void tst_KImageTone::guards()
                         [](KImage &i) { i.PutPoint(1, 1, 1, 0); },
                         [](KImage &i) { i.Optical(0, 0, 0, 0, 0, 0); },
                         [](KImage &i) { i.Optical2(0, 0, 0, 'R', 1, 0); }};
-    for (const Call call : all)
+    for (const Call &call : all) {
+        const Case named("call", &call - all);
         QCOMPARE(thrown(-1, call), QStringLiteral("Invalid Bitmap"));
+    }
     // A mask of the same depth, no alpha, no floats, no circle, no columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
     for (const Call call : {all[1], all[2], all[3]})
@@ -131,8 +133,10 @@ void tst_KImageTone::guards()
         {k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, 'A', 1, 0); }},
         {k8uRgb, [](KImage &i) { i.Optical2(0, 0, 0, '\0', 1, 0); }},
     };
-    for (const auto &[form, call] : wrong)
-        QCOMPARE(thrown(form, call), QStringLiteral("Invalid Parameter"));
+    for (const auto &row : wrong) {
+        const Case named("row", &row - wrong);
+        QCOMPARE(thrown(row.first, row.second), QStringLiteral("Invalid Parameter"));
+    }
 }
 
 void tst_KImageTone::alpha()

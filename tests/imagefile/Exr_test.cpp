@@ -1,5 +1,6 @@
 // OpenEXR through the layer, with the format's own library as reference.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QtTest>
 
@@ -83,6 +84,7 @@ void tst_Exr::writeThenRead()
     const QString path = m_folder("a.exr");
     const int types[] = {GFL_GREY, GFL_RGB, GFL_RGBA}, depths[] = {8, 16, 32};
     for (int i = 0; i < 99; ++i) {
+        const Case named("row", i);
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
         // Half, 16 bits as float; and the worst of the lossy methods.

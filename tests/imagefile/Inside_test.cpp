@@ -1,6 +1,7 @@
 // Internals of the layer: EXIF texts, lens names from maker notes, EXIF in BigTIFF, disk and memory failures in the
 // middle of a file, the metadata of TIFF files in memory.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "core/codec.h"
 #include "core/source.h"
 #include "formats.h"
@@ -112,6 +113,7 @@ void tst_Inside::texts()
         {"GPSInfo.GPSLatitude", 5, "45/1", "45"},
     };
     for (const auto &row : rows) {
+        const Case named(row.key, row.value);
         const Exiv2::ExifKey key(std::string("Exif.") + row.key);
         const auto typed = Exiv2::Value::create(key.tag() == 37510 ? Exiv2::comment : Exiv2::TypeId(row.type));
         QCOMPARE(typed->read(row.value), 0);
@@ -131,6 +133,7 @@ void tst_Inside::texts()
 void tst_Inside::lensId()
 {
     for (const char *group : {"Exif.NikonLd1.", "Exif.NikonLd2.", "Exif.NikonLd3."}) {
+        const Case named(group);
         Exiv2::ExifData nikon;
         nikon[group + std::string("LensIDNumber")] = uint16_t(121);
         QCOMPARE(LensId(nikon), std::string()); // incomplete
@@ -165,6 +168,7 @@ void tst_Inside::lists()
     const unsigned flags[] = {GFL_EXIF_MAIN, GFL_EXIF_MAIN, GFL_EXIF_CAMERA, GFL_EXIF_GPS, GFL_EXIF_OWN};
     const char *names[] = {"Make", "Model", "FNumber", "GPSAltitude", "LensID"};
     for (unsigned i = 0; i < 5; ++i) {
+        const Case named(names[i]);
         QCOMPARE(list->ItemsList[i].Flag, flags[i]);
         QCOMPARE(list->ItemsList[i].Name, names[i]);
     }
@@ -174,8 +178,10 @@ void tst_Inside::lists()
     const Exiv2::ExifData again = ExifOfRawList(*raw);
     gflFreeEXIF2(raw);
     QCOMPARE(again.count(), 6L); // all but the offset and the thumbnail's
-    for (const Exiv2::Exifdatum &datum : again)
+    for (const Exiv2::Exifdatum &datum : again) {
+        const Case named(datum.key().c_str());
         QCOMPARE(datum.toString(), exif[datum.key()].toString());
+    }
 
     GFL_EXIF_ENTRYEX last = {271, 2, 12345, 0, 0, 0, nullptr, nullptr};               // unknown block
     GFL_EXIF_ENTRYEX middle = {33434, 999, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, &last}; // unknown format, no data
@@ -199,6 +205,7 @@ void tst_Inside::bigTiff()
     metadata.iptc = {0x1C, 2, 25, 0, 3, 'o', 'n', 'e'};
     const BitmapPtr bitmap = RandomBitmap(301, 507, GFL_RGBA, 16);
     for (int compression : {0, 2, 4}) {
+        const Case named("compression", compression);
         SaveOptions options;
         options.compression = static_cast<std::uint16_t>(compression);
         options.metadata = &metadata;
@@ -219,6 +226,7 @@ void tst_Inside::bigTiff()
         Metadata again;
         QVERIFY(bool(ReadMetadata(Source(file.constData(), sink.Size()), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
+            const Case named(datum.key().c_str());
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
             QVERIFY2(found != again.exif.end(), datum.key().c_str());
             QCOMPARE(found->toString(), datum.toString());
@@ -231,6 +239,7 @@ void tst_Inside::bigTiff()
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
+        const Case named("big-endian", isBigEndian);
         const auto number = [isBigEndian](quint64 value, int bytes) {
             QByteArray text = BigEndian(value, bytes);
             if (!isBigEndian)
@@ -283,6 +292,7 @@ void tst_Inside::brokenDisk()
     // Metadata too: unreadable must differ from empty.
     QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
     for (const bool isBroken : {false, true}) {
+        const Case named("broken", isBroken);
         Source source;
         Metadata metadata;
         QVERIFY(bool(source.Open(path.toStdString())));
@@ -311,6 +321,7 @@ void tst_Inside::unreadableSink()
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+        const Case named(format);
         const Folder folder;
         const QByteArray path = folder("a").toUtf8(), out = folder("b").toUtf8();
         BitmapPtr made = SmoothBitmap(9, 9, GFL_RGB, 8);

@@ -1,5 +1,6 @@
 // JPEG compared with libjpeg.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QtTest>
 
@@ -180,6 +181,7 @@ void tst_Jpeg::writes()
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32})
             for (const QSize size : {QSize(1, 1), QSize(67, 41), QSize(128, 16)}) {
+                const Case named(type, bits, size);
                 const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), type, bits);
                 bitmap->Xdpi = 300;
                 bitmap->Ydpi = 150;
@@ -189,9 +191,11 @@ void tst_Jpeg::writes()
                 QCOMPARE(Difference(*read, *held, 0.015), QString());
             }
     const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // the hardest to compress
-    for (int quality : {0, 50, 95})
+    for (int quality : {0, 50, 95}) {
+        const Case named("quality", quality);
         QVERIFY(SavedBytes(*noise, SaveParams("jpeg", -1, quality)).size()
                 < SavedBytes(*noise, SaveParams("jpeg", -1, quality + 5)).size());
+    }
     QVERIFY(SavedBytes(*RandomBitmap(65501, 1, GFL_GREY, 8), SaveParams("jpeg")).isEmpty()); // too large for the format
 }
 

@@ -1,5 +1,6 @@
 // Common to all formats: delivered forms, thumbnails, formats by name, errors, limits, memory.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "DngFile.h"
 
 #include <QDir>
@@ -103,6 +104,7 @@ void tst_Loading::deliveredForms()
 {
     const int forms[] = {GFL_GREY, GFL_RGB, GFL_RGBA}, depths[] = {8, 16, 32};
     for (int i = 0; i < 27; ++i) {
+        const Case named("row", i);
         const int stored = forms[i / 9], wanted = forms[i / 3 % 3], bits = depths[i % 3];
         const BitmapPtr bitmap = RandomBitmap(13, 7, stored, bits);
         GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH, wanted);
@@ -149,6 +151,7 @@ void tst_Loading::thumbnails()
     for (int i = 0; i < 12; ++i) {
         const char *format = i % 2 ? "jpeg" : "tiff";
         const auto &[name, size, box, expected] = rows[i / 2];
+        const Case named(name, format);
         const QString path = m_folder(format);
         const BitmapPtr bitmap = SmoothBitmap(size.width(), size.height(), GFL_RGB, 8);
         QCOMPARE(Save(path, *bitmap, SaveParams(format, -1, 95)), int(GFL_NO_ERROR));
@@ -196,6 +199,7 @@ void tst_Loading::embeddedPreviews()
     for (Embedding embedding : {InRaw, InExif, AsPage, BelowPage}) // covers the box, too small, other proportions
         rows += {{embedding, {120, 80}, true}, {embedding, {60, 40}, false}, {embedding, {120, 90}, false}};
     for (const auto &[embedding, preview, isUsed] : rows) {
+        const Case named(int(embedding), preview);
         const QString path = m_folder("a");
         const QByteArray jpeg = SavedBytes(*PlainBitmap(preview, 255), SaveParams("jpeg"));
         if (embedding == InRaw) {
@@ -231,6 +235,7 @@ void tst_Loading::missingFiles()
     QVERIFY(::mkfifo(m_folder("pipe.jpg").toUtf8().constData(), 0600) == 0);
     for (const QString &path :
          {m_folder("none.jpg"), m_folder.path(), m_folder("pipe.jpg"), QStringLiteral("/dev/zero")}) {
+        const Case named(path);
         int error = 0;
         QVERIFY(!Load(path, &error));
         QCOMPARE(error, int(GFL_ERROR_FILE_OPEN));
@@ -255,10 +260,13 @@ void tst_Loading::unknownFiles()
                 {"signed samples", TiffOf(4, 4, 1, {{339, 2}}), GFL_ERROR_UNKNOWN_FORMAT},
                 {"compression 999", TiffOf(4, 4, 999), GFL_ERROR_UNKNOWN_FORMAT},
                 {"two samples of RGB", TiffOf(4, 4, 1, {{277, 2}}), GFL_ERROR_FILE_READ}};
-    for (const char *suffix : {".jpeg", ".Cr3", ".TIF", "", "jpg", ".jpgx"})
+    for (const char *suffix : {".jpeg", ".Cr3", ".TIF", "", "jpg", ".jpgx"}) {
+        const Case named(suffix);
         QCOMPARE(gflHasGoodExtension(suffix) != 0, suffix[0] == '.' && qstrcmp(suffix, ".jpgx") != 0);
+    }
     const QString path = m_folder("a.jpg");
     for (const auto &row : rows) {
+        const Case named(row.name);
         QVERIFY(WriteBytes(path, row.bytes));
         int error = 0;
         QVERIFY2(!Load(path, &error) && error == row.error, row.name);
@@ -273,6 +281,7 @@ void tst_Loading::cutTiff()
 {
     const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
     for (int compression : {0, 2, 4}) {
+        const Case named("compression", compression);
         const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
         QCOMPARE(BadCut(file, file.size() - 4), QString()); // libtiff doesn't need the offset of a next directory
     }

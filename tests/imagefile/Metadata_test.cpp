@@ -1,5 +1,6 @@
 // Metadata through the layer, with Exiv2 as reference for input and output.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "DngFile.h"
 #include "NoteFile.h"
 
@@ -156,6 +157,21 @@ constexpr char kXmp[] =
     "a:Lens='EF50mm f/1.8 II'/></rdf:RDF></x:xmpmeta>"
     "<?xpacket end='w'?>";
 
+/// Returns a packet with these attributes of one description, and elements in it.
+QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
+{
+    QByteArray names;
+    for (const char *name :
+         {"crs='http://ns.adobe.com/camera-raw-settings/1.0/'", "xmp='http://ns.adobe.com/xap/1.0/'",
+          "g='http://ns.adobe.com/xap/1.0/g/img/'", "tiff='http://ns.adobe.com/tiff/1.0/'",
+          "exif='http://ns.adobe.com/exif/1.0/'", "mine='urn:example:mine#'", "xmpNote='http://ns.adobe.com/xmp/note/'",
+          "dc='http://purl.org/dc/elements/1.1/'", "old='urn:vitrelux:correction:1.0#'"})
+        names += QByteArray(" xmlns:") + name;
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+           "<rdf:Description rdf:about=''"
+        + names + ' ' + attributes + '>' + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+
 /// Inserts APP13 segments with the IPTC resource after the start of a JPEG. Exiv2 would write its own form of IPTC.
 QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
 {
@@ -250,6 +266,21 @@ QByteArray XmpOf(const QString &path)
     return bytes;
 }
 
+/// Returns what Exiv2 reads in the XMP of a bitmap, "NAME=VALUE" of each, by name.
+QStringList XmpTexts(const GFL_BITMAP *bitmap)
+{
+    QStringList texts;
+    GFL_XMP_DATA *data = gflBitmapGetXMPEx(bitmap);
+    Exiv2::XmpData xmp;
+    if (data)
+        Exiv2::XmpParser::decode(xmp, std::string(reinterpret_cast<char *>(data->Data), data->Length));
+    gflFreeXMP(data);
+    for (const Exiv2::Xmpdatum &datum : xmp)
+        texts << QString::fromStdString(datum.key().substr(4) + '=' + datum.toString());
+    texts.sort();
+    return texts;
+}
+
 } // namespace
 
 class tst_Metadata : public QObject {
@@ -262,6 +293,8 @@ private Q_SLOTS:
     void notesOfCameras();
     void unreadableEntries();
     void xmp();
+    void editedXmp_data();
+    void editedXmp();
     void metadataList();
     void resolution();
     void damagedMetadata();
@@ -303,9 +336,9 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
     QCOMPARE(ValueBytes(source, "Exif.Thumbnail.JPEGInterchangeFormat").isEmpty(), isRaw);
     QCOMPARE(ValueBytes(source, "Exif.Photo.MakerNote").isEmpty(), note == NoNote);
 
-    // To a file, and from that file to another one.
-    QString from = source;
+    QString from = source; // to a file, and from that file to another one
     for (const char *name : {"first", "second"}) {
+        const Case named(name);
         const QString to = m_folder(name);
         const BitmapPtr bitmap = Picture(from, GFL_RGBA, 16);
         QVERIFY2(Save(to, *bitmap, SaveParams(format.constData())) == GFL_NO_ERROR, gflLastErrorText());
@@ -347,8 +380,7 @@ void tst_Metadata::iptcEntries()
     for (const auto &[kind, profile] : texts) {
         const QByteArray text = QByteArray("Raw profile type ") + kind + '\0' + '\n' + kind + "\n      "
             + QByteArray::number(profile.size()) + '\n' + profile.toHex() + '\n';
-        const QByteArray chunk =
-            BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // checksums aren't verified
+        const QByteArray chunk = BigEndian(quint64(text.size()), 4) + "tEXt" + text + "sums"; // not verified
         QVERIFY(WriteBytes(m_folder("a.png"), QByteArray(png).insert(33, chunk)));
         GFL_IPTC_DATA *iptc = gflLoadIPTCUTF8(m_folder("a.png").toUtf8().constData());
         QVERIFY2(iptc && iptc->NumberOfItems == 1 && QByteArray(iptc->ItemsList[0].Value) == "one", kind);
@@ -417,6 +449,7 @@ void tst_Metadata::profileOfTheRightKind()
     } profiles[] = {
         {"RGB ", GFL_RGBA, true}, {"CMYK", GFL_RGBA, false}, {"GRAY", GFL_GREY, true}, {"RGB ", GFL_GREY, false}};
     for (const auto &profile : profiles) {
+        const Case named(profile.space, profile.type);
         QVERIFY(WriteBytes(m_folder("a.jpg"), JpegSource(CommonExif("Acme"), Profile().replace(16, 4, profile.space))));
         const BitmapPtr bitmap = Picture(m_folder("a.jpg"), profile.type);
         GFL_SAVE_PARAMS params = SaveParams("tiff");
@@ -436,6 +469,7 @@ void tst_Metadata::xmp()
     const BitmapPtr bitmap = Load(source, nullptr, LoadParams(GFL_LOAD_METADATA));
     QVERIFY(bitmap && gflBitmapHasXMP(bitmap.get()) && gflBitmapHasEXIF(bitmap.get()));
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
+        const Case named(format);
         QCOMPARE(Save(m_folder(format), *bitmap, SaveParams(format)), int(GFL_NO_ERROR));
         QCOMPARE(XmpOf(m_folder(format)), XmpOf(source));
     }
@@ -520,6 +554,7 @@ void tst_Metadata::resolution()
 {
     // The bitmap's resolution takes precedence over that of its EXIF.
     for (int dpi : {0, 72}) {
+        const Case named("dpi", dpi);
         const BitmapPtr bitmap = Picture(m_folder("source.jpg"));
         bitmap->Xdpi = bitmap->Ydpi = static_cast<std::uint16_t>(dpi);
         QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
@@ -555,6 +590,7 @@ void tst_Metadata::exifTooLargeForJpeg()
     GFL_EXIF_ENTRYEX first = {271, 2, GFL_EXIF_MAIN, 0, 0, 5, reinterpret_cast<std::uint8_t *>(maker.data()), &second};
     const GFL_EXIF_DATAEX exif = {&first, 0};
     for (const char *format : {"tiff", "jpeg"}) {
+        const Case named(format);
         const BitmapPtr bitmap = SmoothBitmap(40, 30, GFL_RGB, 8);
         QCOMPARE(gflBitmapSetEXIF2(bitmap.get(), &exif), int(GFL_NO_ERROR));
         QVERIFY2(Save(m_folder(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR, gflLastErrorText());
@@ -590,6 +626,69 @@ void tst_Metadata::structureIsNotCarried()
     QVERIFY(has(after, "Make"));
     for (const char *key : {"ColorMap", "HalftoneHints", "TileWidth", "TileLength", "TileOffsets", "TileByteCounts"})
         QVERIFY2(has(before, key) && !has(after, key), key);
+}
+
+void tst_Metadata::editedXmp_data()
+{
+    QTest::addColumn<QByteArray>("packet");
+    QTest::addColumn<QByteArray>("kept"); // besides the record: "NAME=VALUE; ..."
+    const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
+        QTest::newRow(name) << packet << kept;
+    };
+    row("none", "", "");
+    row("extended", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
+    row("damaged", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
+    row("the photographer's",
+        Packet("xmp:Rating='4' mine:text='a &lt; b'",
+               "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
+               "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
+        "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4");
+    row("pending settings",
+        Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
+               "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
+        "xmp.Rating=1");
+    row("applied settings",
+        Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
+               ""),
+        "crs.AlreadyApplied=True; crs.HasCrop=True");
+    row("of the source's file",
+        Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
+               "tiff:Orientation='3' old:Lens='l'",
+               "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
+               "</xmp:Thumbnails>"),
+        "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6");
+}
+
+void tst_Metadata::editedXmp()
+{
+    QFETCH(const QByteArray, packet);
+    QFETCH(const QByteArray, kept);
+    const auto image = OpenImage(SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")));
+    Exiv2::ExifData exif = CommonExif("Maker");
+    exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
+    image->setExifData(exif);
+    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
+    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write damaged one
+    jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
+    QVERIFY(WriteBytes(m_folder("edit.jpg"), jpeg));
+    const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), edited = SmoothBitmap(40, 30, GFL_RGB, 8);
+    QCOMPARE(gflBitmapCopyMetadata(source.get(), edited.get()), int(GFL_NO_ERROR));
+    const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
+                                   {"Xmp.crs.LensProfileDigest", ""}, // removed
+                                   {"Xmp.vitrelux.Zoom", "1"}};
+    gflClearWarningText();
+    QCOMPARE(gflBitmapMarkEdited(edited.get(), source.get(), record, 3), int(GFL_NO_ERROR));
+    QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
+             packet.endsWith("RDF") || packet.contains("HasExtended"));
+    QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
+                               .split(QLatin1String("; "), Qt::SkipEmptyParts);
+    expected.sort();
+    QCOMPARE(XmpTexts(edited.get()), expected);
+    QCOMPARE(Save(m_folder("edited.tif"), *edited), int(GFL_NO_ERROR));
+    QCOMPARE(ValueBytes(m_folder("edited.tif"), "Exif.Photo.PixelXDimension").toHex(), QByteArray("28000000"));
+    QCOMPARE(ValueBytes(m_folder("edited.tif"), "Exif.Photo.PixelYDimension").toHex(), QByteArray("1e000000"));
+    const GFL_XMP_ITEM unknown = {"Xmp.nobody.Knows", "1"};
+    QCOMPARE(gflBitmapMarkEdited(edited.get(), source.get(), &unknown, 1), int(GFL_ERROR_BAD_PARAMETERS));
 }
 
 QTEST_GUILESS_MAIN(tst_Metadata)

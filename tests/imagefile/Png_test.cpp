@@ -1,5 +1,6 @@
 // PNG with libpng as reference: every kind of file it writes, profiles that it rejects, truncated files.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QtTest>
 
@@ -132,6 +133,7 @@ void tst_Png::Read(const Spec &spec, int type)
     const QByteArray file = Encode(spec);
     GFL_FILE_INFORMATION info;
     for (unsigned flags : {GFL_LOAD_ORIGINAL_DEPTH | 0u, 0u}) { // in place, and through a row
+        const Case named("flags", flags);
         const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(flags), &info);
         QVERIFY2(read, gflLastErrorText());
         QCOMPARE(int(read->Type), type);
@@ -152,6 +154,7 @@ void tst_Png::badProfileIsIgnored()
 {
     for (const QByteArray &chunk : {QByteArray("junk"), QByteArray("name\0\0not zlib", 14), QByteArray("n\0\0", 3),
                                     "n" + QByteArray(2, '\0') + qCompress(QByteArray(80 << 20, '\0')).mid(4)}) {
+        const Case named(chunk);
         const BitmapPtr read = LoadFromMemory(Encode({PNG_COLOR_TYPE_RGB, 8, false, false, chunk}), nullptr,
                                               LoadParams(GFL_LOAD_METADATA));
         QVERIFY2(read, gflLastErrorText());
@@ -162,6 +165,7 @@ void tst_Png::badProfileIsIgnored()
 void tst_Png::damaged()
 {
     for (bool interlaced : {false, true}) {
+        const Case named("interlaced", interlaced);
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
         const int end = file.size() - 12; // complete even without the end chunk
         QCOMPARE(BadCut(file, end), QString());

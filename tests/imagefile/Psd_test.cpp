@@ -1,5 +1,6 @@
 // Photoshop files built byte by byte.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QtTest>
 
@@ -230,6 +231,7 @@ void tst_Psd::damaged()
         QVERIFY2(error == fault.error, fault.name);
     }
     for (bool isPacked : {false, true}) {
+        const Case named("packed", isPacked);
         const QByteArray file = Encode({Rgb, 4, 16, isPacked, isPacked, -1, QByteArray(33, 'p')});
         QCOMPARE(BadCut(file, file.size()), QString());
     }

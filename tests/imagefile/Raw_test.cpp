@@ -1,5 +1,6 @@
 // Camera raw files: development, settings, and recognition.
 #include "Bitmaps.h"
+#include "Case.h"
 #include "DngFile.h"
 
 #include <QtTest>
@@ -49,6 +50,7 @@ void tst_Raw::settings()
     };
     for (const auto &row : rows)
         for (unsigned flags : {0u, unsigned(GFL_LOAD_ORIGINAL_DEPTH)}) {
+            const Case named(row.name, "flags", flags);
             GFL_LOAD_PARAMS params = LoadParams(flags);
             params.RawUseAutomaticBalance = static_cast<std::uint8_t>(row.settings.automatic);
             params.RawUseCameraBalance = static_cast<std::uint8_t>(row.settings.camera);
@@ -76,6 +78,7 @@ void tst_Raw::recognition()
         QByteArray bytes, format, description;
     } files[] = {{"a.tif", dng, "raw", "Camera raw"}, {"a.dng", tiff, "tiff", "TIFF"}, {"a.nef", tiff, "", ""}};
     for (const auto &file : files) {
+        const Case named(file.name);
         const QString path = m_folder(file.name);
         QVERIFY(WriteBytes(path, file.bytes));
         GFL_FILE_INFORMATION info;
@@ -93,8 +96,10 @@ void tst_Raw::damagedFiles()
 {
     const QByteArray good = DngFile({64, 48}, {0.1, 0.2, 0.3});
     int error = 0;
-    for (int size = 1; size < good.size(); size += size < 7000 && size > 6000 ? 1 : 37)
+    for (int size = 1; size < good.size(); size += size < 7000 && size > 6000 ? 1 : 37) {
+        const Case named("cut to", size);
         QVERIFY(!LoadFromMemory(good.left(size), &error) || size > good.size() - 60);
+    }
     const int directory = 8 + 64 * 48 * 2;
     for (int at = directory; at < good.size(); at += 3) // gives an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);

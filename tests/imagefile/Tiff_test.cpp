@@ -1,5 +1,6 @@
 // TIFF compared with libtiff: reads files written by libtiff, and checks the contents of files written by the layer.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QtTest>
 #include <qfloat16.h>
@@ -376,6 +377,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
 void tst_Tiff::damagedColorMap()
 {
     for (const char *mode : {"wl", "wb", "wl8"}) {
+        const Case named(mode);
         QVERIFY(WriteFile(m_folder("a.tif"), With(Grey(8, PHOTOMETRIC_PALETTE), [=](Spec &s) { s.mode = mode; })));
         QByteArray file = ReadBytes(m_folder("a.tif"));
         const QByteArray field = mode[1] == 'b' ? QByteArray("\1\x40\0\3\0\0\3\0", 8) // tag, type, 3 * 256 values
@@ -394,6 +396,7 @@ void tst_Tiff::writtenFilesAreCorrect()
     for (int type : {GFL_GREY, GFL_RGB, GFL_RGBA})
         for (int bits : {8, 16, 32})
             for (int compression : schemes.keys()) {
+                const Case named(type, bits, "compression", compression);
                 const BitmapPtr bitmap = RandomBitmap(301, 503, type, bits); // many strips at all depths
                 QVERIFY2(Save(path, *bitmap, SaveParams("tiff", compression)) == GFL_NO_ERROR, gflLastErrorText());
                 TIFF *tiff = TIFFOpen(path.toUtf8().constData(), "r");

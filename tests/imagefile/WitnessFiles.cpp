@@ -1,7 +1,8 @@
 // Writes pictures with metadata, and their copies through the layer, for other programs to read: witness_files FOLDER.
-// Sources are NAME.source.jpg, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff, .png and .psd hold the same
-// pixels.
+// Sources are NAME.source.jpg or NAME.read.heic and so on, copies NAME.source.tiff, .png and so on; FORM.pixels.tiff,
+// .png and .psd hold the same pixels. sensor.dng is a camera raw file without metadata.
 #include "Bitmaps.h"
+#include "DngFile.h"
 #include "NoteFile.h"
 
 #include <cstdio>
@@ -18,7 +19,10 @@ bool WriteCopies(const QString &source)
     gflFreeEXIF2(exif);
     bool done = true;
     for (const char *format : {"tiff", "jpeg", "png", "psd"})
-        done = Save(source.chopped(3) + QLatin1String(format), *bitmap, SaveParams(format)) == GFL_NO_ERROR && done;
+        done = Save(source.left(source.lastIndexOf(QLatin1Char('.')) + 1) + QLatin1String(format), *bitmap,
+                    SaveParams(format))
+                == GFL_NO_ERROR
+            && done;
     return done;
 }
 
@@ -56,6 +60,9 @@ int main(int count, char **arguments)
                     == GFL_NO_ERROR
                 && done;
         }
+    done = WriteBytes(QString::fromLocal8Bit(arguments[1]) + QLatin1String("/sensor.dng"),
+                      DngFile(QSize(240, 160), {0.2, 0.4, 0.3}))
+        && done;
     for (int i = 2; i < count; ++i)
         done = WriteCopies(QString::fromLocal8Bit(arguments[i])) && done;
     if (!done)

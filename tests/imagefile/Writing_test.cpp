@@ -1,6 +1,7 @@
 // Writing: pictures come back in the nearest form that a format supports; effects on files on disk, also after
 // failures.
 #include "Bitmaps.h"
+#include "Case.h"
 
 #include <QDir>
 #include <QFile>
@@ -110,6 +111,7 @@ void tst_Writing::WriteThenRead(const Format &f, int type, int bits)
     const int heldBits = bits == 32 ? (f.holdsFloat ? 32 : 16) : f.holdsIntegers ? bits : 32;
     const int heldType = type == GFL_GREY ? (f.holdsGrey ? GFL_GREY : GFL_RGB) : f.holdsAlpha ? type : GFL_RGB;
     for (const QSize size : {QSize(1, 1), QSize(1, 7), QSize(3, 1), QSize(31, 17), QSize(20011, 3)}) {
+        const Case named(f.name, f.compression, size);
         const BitmapPtr bitmap = RandomBitmap(size.width(), size.height(), type, bits);
         const QByteArray file = SavedBytes(*bitmap, SaveParams(f.name, f.compression));
         const BitmapPtr read = LoadFromMemory(file);
@@ -138,6 +140,7 @@ void tst_Writing::runs()
             pixel[1] = pixel[2] = 255;
         }
     for (const char *format : {"hdri", "psd"}) {
+        const Case named(format);
         const QByteArray file = SavedBytes(*bitmap, SaveParams(format));
         const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams());
         QVERIFY2(read, gflLastErrorText());
@@ -177,9 +180,11 @@ void tst_Writing::colorDepth()
     const BitmapPtr deep = RandomBitmap(3, 3, GFL_RGB, 16), bitmap = RandomBitmap(3, 3, GFL_RGB, 8);
     QCOMPARE(gflChangeColorDepth(deep.get(), nullptr, GFL_DEPTH_GREY, 0), int(GFL_ERROR_BAD_BITMAP));
     const QPair<int, int> refused[] = {{0, 0}, {GFL_DEPTH_BLACK_AND_WHITE, 256}, {GFL_DEPTH_LEVELS, 1}};
-    for (const auto &[mode, parameters] : refused)
+    for (const auto &[mode, parameters] : refused) {
+        const Case named(mode, parameters);
         QCOMPARE(gflChangeColorDepth(bitmap.get(), nullptr, std::uint16_t(mode), std::uint16_t(parameters)),
                  int(GFL_ERROR_BAD_PARAMETERS));
+    }
 }
 
 void tst_Writing::invalidTargets()
@@ -193,6 +198,7 @@ void tst_Writing::invalidTargets()
     const QStringList before = Everything(folder.path());
     const QByteArray tooLong(300, 'a');
     for (const char *name : {"none/a.tif", "folder", "pipe", "device", "circle", "file/a.tif", tooLong.constData()}) {
+        const Case named(name);
         const int error = Save(folder(name), *RandomBitmap(10, 10, GFL_RGB, 8));
         QVERIFY2(error == GFL_ERROR_FILE_CREATE, name);
         QVERIFY(QByteArray(gflLastErrorText()).startsWith("can't create"));
@@ -208,9 +214,11 @@ void tst_Writing::fullDisk()
     const QPair<const char *, int> kinds[] = {{"tiff", 0}, {"tiff", 2}, {"tiff", 4}, {"jpeg", -1},
                                               {"png", -1}, {"psd", -1}, {"hdri", -1}};
     for (const auto &[format, compression] : kinds) {
+        const Case named(format, compression);
         const GFL_SAVE_PARAMS params = SaveParams(format, compression, 100);
         QVERIFY(WriteBytes(path, "the old file"));
         for (rlim_t limit : {0, 5, 20000, 200000}) {
+            const Case named("limit", limit);
             int error = 0;
             {
                 const SizeLimit full(limit);
@@ -234,6 +242,7 @@ void tst_Writing::symbolicLinks()
     const QString real = folder("real/a.tif"), link = folder("link.tif");
     QVERIFY(::symlink("real/a.tif", link.toUtf8().constData()) == 0);
     for (const int rights : {0x6040, 0x6004}) {
+        const Case named("permissions", rights);
         const BitmapPtr bitmap = RandomBitmap(3, 3, GFL_RGB, 8, static_cast<unsigned>(rights));
         const mode_t mask = ::umask(027);
         const int error = Save(link, *bitmap);
@@ -299,8 +308,10 @@ void tst_Writing::badParameters()
     for (const auto change : changes) {
         const BitmapPtr bad = RandomBitmap(3, 3, GFL_RGB, 8);
         change(*bad);
-        for (const char *format : {"tiff", "jpeg", "png", "psd", "hdri"})
+        for (const char *format : {"tiff", "jpeg", "png", "psd", "hdri"}) {
+            const Case named(format);
             QCOMPARE(Save(path, *bad, SaveParams(format)), int(GFL_ERROR_BAD_BITMAP));
+        }
     }
     QVERIFY(Everything(folder.path()).isEmpty());
 }
@@ -317,10 +328,12 @@ void tst_Writing::madeRows()
         return gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
     };
     for (int compression : {0, 2, 4}) {
+        const Case named("compression", compression);
         const GFL_SAVE_PARAMS params = SaveParams("tiff", compression);
         gflSetThreads(1);
         const QByteArray alone = SavedBytes(*bitmap, params);
         for (int threads : {1, 2, 5}) {
+            const Case named("threads", threads);
             gflSetThreads(threads);
             QVERIFY(WriteBytes(path, "old"));
             QCOMPARE(save(2000, params), int(GFL_ERROR_NO_MEMORY));

@@ -1,4 +1,5 @@
 // Fitted corrections: tables against formulas, the twin against the models, the fast warp against the twin.
+#include "Case.h"
 #include "FittedWarpTwin.h"
 
 #include "SamplingQuality.h"
@@ -16,7 +17,7 @@ using Point = SourcePlaces::Point;
 
 constexpr auto kBaseline = Instructions(0);
 
-/// A lens model as text books have it, in units of its focal length.
+/// A textbook lens model, in units of its focal length.
 struct Model {
     double centerX, centerY, focalPixels, scale, k1, k2, t1, t2;
 
@@ -67,7 +68,7 @@ struct Lens {
     Correction fitted;
 };
 
-/// The same in every channel, and alpha 1.
+/// Returns a picture with the same value in every color, and alpha 1.
 template <typename Function> Pixels Made(int width, int height, Function at)
 {
     Pixels pixels{width, height, 4, 32, QVector<float>(width * height * 4, 1.0F)};
@@ -122,8 +123,10 @@ void tst_FittedWarp::curveIsExactForCubics()
     QCOMPARE(curve.EndSquared(), 10.0);
     for (double s = 0.0; s < 10.0; s += 0.125)
         QVERIFY2(std::abs(curve.AtSquared(s) - cubic(s)) < 1e-12, qPrintable(QString::number(s)));
-    for (double beyond : {10.0, 1e300, double(INFINITY)})
+    for (double beyond : {10.0, 1e300, double(INFINITY)}) {
+        const Case named(beyond);
         QCOMPARE(curve.AtSquared(beyond), cubic(10.0));
+    }
     QCOMPARE(RadialCurve(0.75).AtSquared(1e9), 0.75);
     QCOMPARE(RadialCurve(4.0, {1.0, 3.0}).AtSquared(1.0), 1.5);
     QCOMPARE(RadialCurve(4.0, {1.0, 3.0, 0.0}).AtSquared(6.0), 1.5);
@@ -135,6 +138,7 @@ void tst_FittedWarp::twinFollowsTheModels()
     lens.fitted.zoom = 1.1;
     const CorrectionTwin twin(lens.fitted);
     for (Point p : {Point{0, 0}, {599, 399}, {300.5, 7}, {17, 222.25}}) {
+        const Case named(p.x, p.y);
         const Point a = {299.5 + (p.x - 299.5) / 1.1, 199.5 + (p.y - 199.5) / 1.1};
         const Point green = lens.green.At(a), red = lens.red.At(green), blue = lens.blue.At(green);
         const SourcePlaces places = twin.At(p.x, p.y);
@@ -188,10 +192,10 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const Pixels got = Rendered(warp, source, kBaseline);
     QVERIFY(!got.values.isEmpty());
     const GuardedImage from(source, 0);
-    const int step = size.width() > 100 ? 7 : 1; // odd, so that it meets every column of a block
+    const int step = size.width() > 100 ? 7 : 1; // odd, so that it occurs at every column of a block
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // Limits are not continuous from one pixel to the next: a place may be in either of two.
+        // Limits change from one pixel to the next: a place between two may have either's.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -216,7 +220,7 @@ void tst_FittedWarp::warpFollowsTheTwin()
             QCOMPARE(FirstDifference(Rendered(warp, source, instructions), got), QString());
 }
 
-/// Beyond the fold nothing may come, just before it something must.
+/// Pixels beyond the fold are empty, those just before it are not.
 void tst_FittedWarp::foldsAreEmpty()
 {
     Correction fisheye;
@@ -239,12 +243,14 @@ void tst_FittedWarp::bandsAreTheWhole()
     const Pixels source = RandomPixels(kWidth, kHeight, 4, 32, 5);
     const GuardedImage from(source, 0);
     for (int i = 0; i < 6; ++i) {
+        const Case named("lens and sampling", i);
         const double bends[] = {-3.0, 1.0, 4.0};
         const FittedWarp warp(Lens(kWidth, kHeight, bends[i / 2]).fitted, i % 2 ? Sampling::Bilinear : Sampling::Sharp,
                               TransferCurve::Linear(), {});
         const Pixels whole = Rendered(warp, source, FloatWarp::BestInstructions());
         GuardedImage banded(source, 0);
         for (int y = 0; y < kHeight; y += 7) {
+            const Case named("row", y);
             const int rows = qMin(7, kHeight - y);
             KImage band(kWidth, rows, GFL_RGBA, 32, /*clear=*/false, banded.image.getData(0, y),
                         int(banded.image.bytesPerLine()));
@@ -269,7 +275,7 @@ double SrgbLight(double v)
     return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
 }
 
-/// Steep first, then soft: no power of anything.
+/// Steep at first, then flat: not a power function.
 double BentLight(double v)
 {
     return 0.3 * v + 0.7 * v * v * v;
@@ -299,25 +305,32 @@ void tst_FittedWarp::transferCurves_data()
     const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
     QTest::newRow("Adobe RGB") << TransferCurve::Power(563.0 / 256.0) << adobe;
     QTest::newRow("points") << *TransferCurve::FromSamples({Sampled(BentLight, 4097)}) << Function(BentLight);
+    std::vector<double> rounded = Sampled(SrgbLight, 1024); // as profiles have it
+    for (double &point : rounded)
+        point = std::round(point * 65535.0) / 65535.0;
+    QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
 }
 
-/// By the warp, which has tables: out is the value of g times the light of in, to a sixth of a code of 16 bits.
+/// The warp uses tables: its result is the value for g times the light, within a sixth of a 16-bit code.
 void tst_FittedWarp::transferCurves()
 {
     QFETCH(TransferCurve, curve);
     QFETCH(Function, light);
-    constexpr int kWidth = 500;
+    constexpr int kWidth = 501; // odd, for vectors of two pixels
     Correction correction;
     correction.width = kWidth;
     correction.height = 1;
     for (double gain : {1.0, 1.5, 4.0, 16.0}) {
+        const Case named("gain", gain);
         correction.light = GainMap{0.0, 0.0, RadialCurve(gain)};
-        const Pixels source = Made(kWidth, 1, [](int x, int) { return std::round(0.263 * x * x) / 65535.0; });
+        const Pixels source = Made(kWidth, 1, [](int x, int) { return std::round(0.262 * x * x) / 65535.0; });
         for (bool isFloat : {false, true}) {
+            const Case named("float", isFloat);
             const FittedWarp warp(correction, Sampling::Bilinear, curve, {isFloat, false});
             const Pixels got = Rendered(warp, source, kBaseline);
+            QCOMPARE(FirstDifference(Rendered(warp, source, FloatWarp::BestInstructions()), got), QString());
             for (int x = 0; x < kWidth; ++x) {
-                // Found by bisection, not by an inverse.
+                // Checked on both sides, without an inverse.
                 const double wanted = gain * light(double(source.At(x, 0, 0)));
                 const double bright = double(got.At(x, 0, 0)), error = 1e-5 * std::max(bright, 0.25);
                 if (wanted >= 1.0 && !isFloat)
@@ -356,7 +369,7 @@ void tst_FittedWarp::flatFields_data()
     QTest::newRow("float") << TransferCurve::Linear() << Function([](double v) { return v; }) << 0;
 }
 
-/// Grey, darkened in light by up to 2 EV in the corners.
+/// A gray picture whose light falls by up to 2 EV towards the corners.
 void tst_FittedWarp::flatFields()
 {
     QFETCH(TransferCurve, curve);
@@ -412,11 +425,17 @@ void tst_FittedWarp::badCurves()
     for (int x = 0; x < 101; ++x)
         QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
     QCOMPARE(got.At(0, 0, 0), 0.0F);
+    // Steep between two nodes: the cubic would leave 1 to 16.
+    correction.light->gain = RadialCurve(16.0, {1.0, 1.0, 16.0, 16.0, 1.0, 1.0});
+    for (int x = 0; x <= 10; ++x) {
+        const double gain = CorrectionTwin(correction).At(x, 0.0).gain;
+        QVERIFY2(gain >= 1.0 && gain <= 16.0, qPrintable(QStringLiteral("%1 at %2").arg(gain).arg(x)));
+    }
 }
 
 namespace {
 
-/// Grey pictures by the fast warp, of floats or of 16 bits.
+/// Renders gray pictures of floats or 16 bits by the fast warp.
 std::vector<double> RenderSharp(const std::vector<double> &grey, const Correction &lens, bool isFloat)
 {
     const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return grey[size_t(y * lens.width + x)]; });
@@ -430,12 +449,13 @@ std::vector<double> RenderSharp(const std::vector<double> &grey, const Correctio
 
 } // namespace
 
-/// A ramp through the lens is its places, to the rounding of phases and of values.
+/// A ramp shows the places themselves, except for the rounding of phases and values.
 void tst_FittedWarp::rampsStayRamps()
 {
     const Correction lens = QualityLens();
     const CorrectionTwin twin(lens);
     for (bool isFloat : {false, true}) {
+        const Case named("float", isFloat);
         const std::vector<double> got =
             RenderSharp(QualityPicture([](int x, int y) { return (x + 0.5 * y) / 400.0; }), lens, isFloat);
         for (int i = 0; i < kQualitySide * kQualitySide; ++i) {

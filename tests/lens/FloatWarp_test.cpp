@@ -1,4 +1,5 @@
 // The fast warp against its plain twin: every instruction set, both frames, bands of rows, unwritten channels.
+#include "Case.h"
 #include "FloatWarp.h"
 
 #include "FloatRows.h"
@@ -214,6 +215,7 @@ void tst_FloatWarp::bandsAreTheWhole()
     for (Frame frame : {Frame::Landscape, Frame::Turned}) {
         for (Corrections corrections :
              {Corrections{true, true, true}, {false, true, true}, {false, false, true}, {false, true, false}}) {
+            const Case named(int(frame), corrections.distortion, corrections.chromatic, corrections.vignetting);
             GuardedImage from(source, 0), whole(before, 0), banded(before, 0);
             const FloatWarp warp(lcp, corrections, frame, from.image);
             warp.Render(whole.image, 0, Unwritten::FromSource);
@@ -234,6 +236,7 @@ void tst_FloatWarp::someRowsOfTheSource()
     const Pixels source = RandomPixels(kWidth, kHeight, 4, 32, 5);
     int missing = 0;
     for (int round = 0; round < 32; ++round) {
+        const Case named("round", round);
         newLCP lcp = StrongModels(kWidth, kHeight, round / 16, quint32(round));
         GuardedImage from(source, 0), whole(source, 0);
         const FloatWarp warp(lcp, {bool(round & 1), bool(round & 2), bool(round & 4)}, Frame(round / 8 % 2),

@@ -211,7 +211,7 @@ void tst_InterpolatorKim::refusesBrokenImages()
     KImage good(4, 3, GFL_RGB, 32, /*clear=*/true, nullptr, 0), sink(good), empty;
     QVERIFY(!refuses(good, sink));
     QVERIFY(refuses(empty, sink) && refuses(good, empty));
-    // An image of 12 bits that KImage makes itself has one byte a channel, too few for 16-bit words.
+    // A 12-bit image made by KImage has one byte per channel, too few for 16-bit words.
     KImage twelve(4, 3, GFL_RGB, 12, /*clear=*/true, nullptr, 0);
     QVERIFY(refuses(twelve, sink));
     QVector<unsigned char> block(4 * 3 * 12);

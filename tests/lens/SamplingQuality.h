@@ -1,4 +1,4 @@
-// How well a sampling keeps detail: waves and edges through a wide-angle lens.
+// Quality of samplings: how waves and edges survive the correction of a wide-angle lens.
 #pragma once
 
 #include "CorrectionTwin.h"
@@ -8,12 +8,12 @@
 #include <functional>
 #include <vector>
 
-/// Renders a grey picture, row by row, by a correction of its size.
+/// Renders a gray picture, stored row by row, by a correction of the same size.
 using GreyRenderer = std::function<std::vector<double>(const std::vector<double> &, const Correction &)>;
 
 struct SamplingQuality {
-    double contrast;    // of the wave that should come out, over the one in the source
-    double falseDetail; // root mean square of all else, over that of the ideal wave
+    double contrast;    // of the expected wave, over that of the source
+    double falseDetail; // root mean square of the remainder, over that of the ideal wave
 };
 
 constexpr int kQualitySide = 256;
@@ -42,7 +42,7 @@ template <typename Function> std::vector<double> QualityPicture(Function at)
     return grey;
 }
 
-/// Sums for the fit of a + b cos + c sin to a block.
+/// Least-squares fit of a + b cos + c sin to a block.
 struct WaveFit {
     double matrix[3][4] = {};
 
@@ -70,8 +70,8 @@ struct WaveFit {
     }
 };
 
-/// Of a wave of @p frequency cycles per pixel that runs along @p angle (radians from the x axis). The result is
-/// compared block by block with the wave at the places that its pixels come from.
+/// Measures a wave of @p frequency cycles per pixel in the direction @p angle (radians from the x axis). Compares the
+/// result, block by block, with the wave at the source positions of its pixels.
 inline SamplingQuality QualityOf(const GreyRenderer &render, double frequency, double angle)
 {
     constexpr double kAmplitude = 0.4;
@@ -108,8 +108,8 @@ inline SamplingQuality QualityOf(const GreyRenderer &render, double frequency, d
     return {contrast / blocks, std::sqrt(rest / ideal)};
 }
 
-/// How far values lie beyond both sides of an edge at @p angle, over its height. @p soft: the standard deviation of its
-/// blur in pixels; 0 for an edge that covers pixels in part, negative for one without values in between.
+/// Returns how far values exceed both sides of an edge at @p angle, as a share of its height. @p soft is the standard
+/// deviation of its blur in pixels; 0 for an antialiased edge, negative for one without intermediate values.
 inline double OvershootOf(const GreyRenderer &render, double angle, double soft)
 {
     const double c = std::cos(angle), s = std::sin(angle);

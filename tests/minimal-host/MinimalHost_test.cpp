@@ -1,4 +1,5 @@
 // The installed files, used by a host that has nothing else, and by the program after it was moved.
+#include "Case.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"
 
@@ -33,8 +34,9 @@ void MinimalHost_test::sameFileAsTheProgram()
     QCOMPARE(QSize(picture.width, picture.height), QSize(60, 40));
     QCOMPARE(picture.bits, 8);
 
-    // The single corrections: what the equality would miss if all of them wrote the same picture.
+    // Single corrections give other pictures, so the equality above means something.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
+        const Case named(switches);
         const ProgramResult program =
             RunIn(QStringLiteral(VITRELUX_PROGRAM),
                   "correct --plain --overwrite --profile p.lcp -o program a.jpg "_s + switches);
@@ -45,7 +47,8 @@ void MinimalHost_test::sameFileAsTheProgram()
     }
 }
 
-/// A profile of one entry serves a picture of any size; without one the reason is said, and nothing is written.
+/// A profile with one entry corrects a picture of any size; without a profile the reason is printed, and nothing is
+/// written.
 void MinimalHost_test::fitted()
 {
     WriteJpeg(Path("b.jpg"_s), 45, 30);
@@ -60,9 +63,11 @@ void MinimalHost_test::fitted()
     image->exifData()["Exif.Photo.FocalLength"] = "24/1";
     image->writeMetadata();
     WriteFile(Path("q.lcp"_s), R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
-        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
+        <r:Description><p:CameraProfiles><r:Seq><r:li><r:Description s:FocalLength="24"
         s:Make="Maker" s:Model="BODY" s:ImageWidth="6000" s:ImageLength="4000" s:SensorFormatFactor="1.5">
-        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq></r:RDF>)");
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq>
+        </p:CameraProfiles></r:Description></r:RDF>)");
     const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg q.lcp"_s);
     QVERIFY2(fitted.exitCode == 0, fitted.error);
     QVERIFY2(fitted.output.contains("Profile: " + Path("q.lcp"_s).toUtf8() + '\n'), fitted.output);
@@ -81,6 +86,7 @@ void MinimalHost_test::failsWithAMessage()
                                    {"a.jpg none.lcp", "none.lcp is not a readable profile"},
                                    {"a.jpg a.jpg", "a.jpg is not a readable profile"}};
     for (const auto &[line, message] : rows) {
+        const Case named(line);
         const ProgramResult result = RunIn(QStringLiteral(MINIMAL_HOST), QString::fromLatin1(line));
         QCOMPARE(result.exitCode, 1);
         QVERIFY2(result.error.contains(message), result.error);
@@ -88,12 +94,13 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// Those of the build folder would do as well, if anything remembered them.
+/// The parts in the build folder must not be found instead.
 void MinimalHost_test::partsAreFoundBesideTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;
     const std::pair<QStringList, QString> rows[] = {{{plugin}, layer}, {{layer}, plugin}, {{layer, plugin}, {}}};
     for (const auto &[parts, missed] : rows) {
+        const Case named(parts);
         init();
         QVERIFY(QDir().mkpath(Path("bin"_s)) && QDir().mkpath(Path("lib/vitrelux"_s)));
         QVERIFY(QFile::copy(QStringLiteral(VITRELUX_PROGRAM), Path("bin/vitrelux"_s)));

@@ -1,7 +1,6 @@
-// Fitted corrections from file to file, judged by the lens models in long double: pictures whose values are their own
-// coordinates tell where every pixel was taken from, and even ones how much it was brightened.
-#include "KVitreluxOne2One.h"
-
+// Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files
+// by what their values mean as light.
+#include "ComputePreview.h"
 #include "FakeHost.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
@@ -18,7 +17,6 @@
 
 namespace {
 
-using Entries = QVector<ProfileEntry>;
 using Params = KVitreluxOne2One::Params;
 
 FakeHost &Host()
@@ -28,70 +26,12 @@ FakeHost &Host()
 
 // --- Profiles ---
 
-QByteArray Text(double value)
-{
-    return QByteArray::number(value, 'g', 17);
-}
-
-SpelledNode Spelled(const char *name, const ProfileModel &model, const QByteArray &term = "RadialDistortParam")
-{
-    SpelledNode node{name,
-                     {{"FocalLengthX", Text(model.focalLengthX)},
-                      {"ImageXCenter", Text(model.centerX)},
-                      {"ImageYCenter", Text(model.centerY)},
-                      {"ScaleFactor", Text(model.scaleFactor)},
-                      {"TangentialDistortParam1", Text(model.tangential1)},
-                      {"TangentialDistortParam2", Text(model.tangential2)}},
-                     {}};
-    for (int i = 0; i < model.coefficients.size(); ++i)
-        node.values.append(SpelledValue{term + QByteArray::number(i + 1), Text(model.coefficients[i])});
-    return node;
-}
-
-SpelledNode Spelled(const ProfileEntry &entry)
-{
-    const bool isFisheye = entry.kind == ProfileEntry::Kind::Fisheye;
-    SpelledNode lens = Spelled(isFisheye ? "FisheyeModel" : "PerspectiveModel", *entry.geometry);
-    lens.models = {Spelled("ChromaticGreenModel", *entry.green), Spelled("ChromaticRedGreenModel", *entry.redGreen),
-                   Spelled("ChromaticBlueGreenModel", *entry.blueGreen),
-                   Spelled("VignetteModel", *entry.vignette, "VignetteModelParam")};
-    return {"",
-            {{"Make", entry.make.toUtf8()},
-             {"Model", entry.model.toUtf8()},
-             {"ImageWidth", Text(entry.width)},
-             {"ImageLength", Text(entry.height)},
-             {"SensorFormatFactor", Text(entry.sensorFormatFactor)},
-             {"FocalLength", Text(entry.focalMm)},
-             {"FocusDistance", Text(entry.distanceM)},
-             {"ApertureValue", Text(entry.apertureApex)}},
-            {lens}};
-}
-
 /// Of a frame of 600 x 400.
-ProfileEntry SmallEntry(double focalMm = 24.0)
+ProfileEntry SmallEntry()
 {
-    ProfileEntry entry = made::Entry(focalMm);
+    ProfileEntry entry = made::Entry();
     entry.width = 600.0;
     entry.height = 400.0;
-    return entry;
-}
-
-ProfileEntry FisheyeEntry()
-{
-    ProfileEntry entry = SmallEntry();
-    entry.kind = ProfileEntry::Kind::Fisheye;
-    entry.green = entry.geometry = made::Model(0.6, 0.505, 0.492, {-0.03, 0.004, -0.0008});
-    return entry;
-}
-
-/// Without what is lost where nothing tells the place of the picture in the frame or, not @p isLying, its turn.
-ProfileEntry Centered(ProfileEntry entry, bool isLying)
-{
-    for (auto *model : {&entry.geometry, &entry.green, &entry.redGreen, &entry.blueGreen, &entry.vignette}) {
-        (*model)->centerX = (*model)->centerY = 0.5;
-        if (!isLying)
-            (*model)->tangential1 = (*model)->tangential2 = 0.0;
-    }
     return entry;
 }
 
@@ -107,20 +47,6 @@ OraclePicture Whole(const QSize &size)
     return picture;
 }
 
-/// Two that differ by their distortion alone, so that green's places blend as they are.
-Entries Zoom()
-{
-    ProfileEntry wide = Centered(SmallEntry(20.0), false);
-    wide.redGreen->coefficients = wide.blueGreen->coefficients = {0.0};
-    wide.redGreen->scaleFactor = wide.blueGreen->scaleFactor = 1.0;
-    ProfileEntry tele = wide;
-    tele.focalMm = 40.0;
-    tele.green->focalLengthX = 2.04;
-    tele.green->coefficients = {0.09, -0.02};
-    tele.geometry = tele.green;
-    return {wide, tele};
-}
-
 // --- Pictures ---
 
 template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value value)
@@ -133,7 +59,7 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// Both coordinates, 0 to 1 over the picture: y in the channels of @p yChannels, x in the others.
+/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
@@ -141,15 +67,14 @@ TiffRaster Coordinates(const QSize &size, int yChannels)
 }
 
 /// Taken with "Maker BODY" at f/4 and 3 m.
-void AddShot(const QString &path, double focalMm, int orientation, const QByteArray &profile)
+void AddShot(const QString &path, const QByteArray &profile)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     image->readMetadata();
     Exiv2::ExifData &exif = image->exifData();
     exif["Exif.Image.Make"] = "Maker";
     exif["Exif.Image.Model"] = "BODY";
-    exif["Exif.Image.Orientation"] = std::uint16_t(orientation);
-    exif["Exif.Photo.FocalLength"] = Exiv2::Rational(int(focalMm), 1);
+    exif["Exif.Photo.FocalLength"] = Exiv2::Rational(24, 1);
     exif["Exif.Photo.FNumber"] = Exiv2::Rational(4, 1);
     exif["Exif.Photo.SubjectDistance"] = Exiv2::Rational(3, 1);
     if (!profile.isEmpty()) {
@@ -175,19 +100,22 @@ QByteArray RgbProfile(double gamma)
     return bytes;
 }
 
-struct Shot {
-    Entries entries;
-    double focalMm = 24.0;
-    int orientation = 1;
-    QByteArray profile = {}; // ICC
-};
+using Curve = std::function<double(double)>; // from 0 to 1
+
+// IEC 61966-2-1
+double SrgbToLight(double v)
+{
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+
+double LightToSrgb(double light)
+{
+    return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
 
 using Options = QList<QPair<QString, QString>>;
 
 } // namespace
-
-Q_DECLARE_METATYPE(Entries)
-Q_DECLARE_METATYPE(ProfileEntry)
 
 class tst_FittedProcess : public QObject {
     Q_OBJECT
@@ -197,16 +125,18 @@ private Q_SLOTS:
         Host().Clear();
         m_process.setProperty("Correction", "fitted"_s);
     }
-    void everyPixelComesFromItsPlace_data();
-    void everyPixelComesFromItsPlace();
     void previewIsTheFileScaled();
+    void previewGain_data();
+    void previewGain();
     void gainIsOfLight_data();
     void gainIsOfLight();
+    void grayStaysGray_data();
+    void grayStaysGray();
 
 private:
     void *Record(const Options &options);
-    QString Put(const TiffRaster &source, const Shot &shot);
-    TiffRaster Corrected(const TiffRaster &source, const Shot &shot, const Options &options);
+    QString Put(const TiffRaster &source, const QByteArray &iccProfile = {});
+    TiffRaster Corrected(const TiffRaster &source, const Options &options, const QByteArray &iccProfile = {});
 
     QTemporaryDir m_dir;
     KVitreluxOne2One m_process;
@@ -225,23 +155,20 @@ void *tst_FittedProcess::Record(const Options &options)
     return m_process.AllocParameters(element);
 }
 
-QString tst_FittedProcess::Put(const TiffRaster &source, const Shot &shot)
+QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccProfile)
 {
-    QList<SpelledNode> nodes;
-    for (const ProfileEntry &entry : shot.entries)
-        nodes << Spelled(entry);
-    WriteFile(m_dir.filePath("a.lcp"_s), SpelledProfile(nodes, Spelling::Attributes));
+    WriteFile(m_dir.filePath("a.lcp"_s), SpelledProfile({SmallEntry()}));
     const QString path = m_dir.filePath("a.tif"_s);
     WriteTiff(path, source);
-    AddShot(path, shot.focalMm, shot.orientation, shot.profile);
+    AddShot(path, iccProfile);
     Host().Clear(); // the description of the last picture under this name
     Host().Def(path)->pixels.ID_Read(path, /*nativeDepth=*/true);
     return path;
 }
 
-TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &shot, const Options &options)
+TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Options &options, const QByteArray &iccProfile)
 {
-    const QString path = Put(source, shot);
+    const QString path = Put(source, iccProfile);
     void *record = Record(options);
     QString output;
     m_process.Process(path, record, output);
@@ -250,93 +177,16 @@ TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Shot &sh
     return ReadTiff(output);
 }
 
-const Options kPlaces = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}};
-const Options kAll = {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}};
-
-void tst_FittedProcess::everyPixelComesFromItsPlace_data()
-{
-    QTest::addColumn<Entries>("entries");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<double>("focalMm");
-    QTest::addColumn<int>("orientation");
-    QTest::addColumn<ProfileEntry>("model"); // that the oracle knows; the frame's ratio is picked by the size
-    const auto row = [](const char *name, const ProfileEntry &entry, const QSize &size, int orientation = 1) {
-        QTest::newRow(name) << Entries{entry} << size << 24.0 << orientation << entry;
-    };
-    row("the profile's size", SmallEntry(), {600, 400});
-    row("a fifth", SmallEntry(), {120, 80});
-    row("twice", SmallEntry(), {1200, 800});
-    row("orientation is of the file, not of the pixels", SmallEntry(), {300, 200}, 6);
-    row("fisheye", FisheyeEntry(), {450, 300});
-    const Entries own = {SmallEntry()};
-    QTest::newRow("stored upright") << own << QSize(200, 300) << 24.0 << 1 << Centered(SmallEntry(), false);
-    QTest::newRow("wider") << own << QSize(320, 180) << 24.0 << 1 << Centered(SmallEntry(), true);
-    QTest::newRow("square") << own << QSize(240, 240) << 24.0 << 1 << Centered(SmallEntry(), true);
-    QTest::newRow("between") << Zoom() << QSize(300, 200) << 25.0 << 1 << Zoom()[0];
-}
-
-void tst_FittedProcess::everyPixelComesFromItsPlace()
-{
-    QFETCH(const Entries, entries);
-    QFETCH(const QSize, size);
-    QFETCH(const double, focalMm);
-    QFETCH(const int, orientation);
-    QFETCH(const ProfileEntry, model);
-    const Shot shot{entries, focalMm, orientation};
-    const TiffRaster results[] = {Corrected(Coordinates(size, 0b010), shot, kPlaces),
-                                  Corrected(Coordinates(size, 0b101), shot, kPlaces)};
-    constexpr float kGrey = 0.05F;
-    const TiffRaster light = Corrected(Filled(size, 32, [=](int, int, int) { return kGrey; }), shot, kAll);
-
-    OraclePicture picture = Whole(size);
-    if (size.width() == size.height()) // cut from the middle of 3 : 2
-        picture.ratio = 2.0L / 3.0L;
-    const long double right = size.width() - 1, bottom = size.height() - 1;
-    double worst = 0.0, worstGain = 0.0;
-    QString where;
-    int compared = 0, pixels = 0;
-    const int step = qMax(1, size.width() / 150);
-    for (int y = 0; y < size.height(); y += step) {
-        for (int x = 0; x < size.width(); x += step) {
-            OraclePlaces at = OracleAt(model, picture, Projection::Rectilinear, 1.0, x, y);
-            if (entries.size() == 2) { // at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first
-                const OraclePoint tele = OracleAt(entries[1], picture, Projection::Rectilinear, 1.0, x, y).green;
-                at.red = at.green = at.blue = {0.6L * at.green.x + 0.4L * tele.x, 0.6L * at.green.y + 0.4L * tele.y};
-            } else {
-                worstGain = std::max(worstGain, std::abs(double(light.At(x, y, 1) / kGrey) / double(at.gain) - 1.0));
-            }
-            const OraclePoint places[] = {at.red, at.green, at.blue};
-            for (int c = 0; c < 3; ++c) {
-                ++pixels;
-                const OraclePoint place = places[c];
-                if (place.x < 0 || place.y < 0 || place.x > right || place.y > bottom)
-                    continue;
-                ++compared;
-                const double dx = double(results[c == 1].At(x, y, c) * right - place.x);
-                const double dy = double(results[c != 1].At(x, y, c) * bottom - place.y);
-                if (!(std::hypot(dx, dy) <= worst)) {
-                    worst = std::hypot(dx, dy);
-                    where = QStringLiteral("off by %1, %2 at %3, %4, channel %5").arg(dx).arg(dy).arg(x).arg(y).arg(c);
-                }
-            }
-        }
-    }
-    QVERIFY2(worst < 0.02, qPrintable(where));
-    QVERIFY2(worstGain < 1e-4, qPrintable(QString::number(worstGain)));
-    QVERIFY2(compared > pixels * 3 / 4, qPrintable(QStringLiteral("%1 of %2").arg(compared).arg(pixels)));
-}
-
-// A picture of 1500 x 1001 reduced to 301 x 200, which scales both sides apart: where its pixels come from, beside
-// where those of the whole picture do.
+// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
+// those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
-    const Shot shot{{SmallEntry()}};
-    const QString path = Put(Coordinates(whole, 0b010), shot);
+    const QString path = Put(Coordinates(whole, 0b010));
     OraclePicture picture = Whole(whole);
     const long double scaleX = (long double)whole.width() / small.width();
     const long double scaleY = (long double)whole.height() / small.height();
-    void *record = Record(kPlaces);
+    void *record = Record({{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}});
     double worst = 0.0;
     int compared = 0;
     for (int yChannels : {0b010, 0b101}) {
@@ -352,7 +202,7 @@ void tst_FittedProcess::previewIsTheFileScaled()
         m_process.Process(qMakePair(static_cast<KIImageDef *>(Host().Def(path)), &image), record);
         for (int y = 0; y < small.height(); ++y)
             for (int x = 0; x < small.width(); ++x) {
-                const auto at = OracleAt(shot.entries[0], picture, Projection::Rectilinear, 1.0,
+                const auto at = OracleAt({{SmallEntry(), 1.0L}}, picture, Projection::Rectilinear, 1.0,
                                          (x + 0.5L) * scaleX - 0.5L, (y + 0.5L) * scaleY - 0.5L);
                 const OraclePoint places[] = {at.red, at.green, at.blue};
                 for (int c = 0; c < 3; ++c) {
@@ -373,6 +223,53 @@ void tst_FittedProcess::previewIsTheFileScaled()
     QVERIFY(compared > small.width() * small.height() * 5);
 }
 
+void tst_FittedProcess::previewGain_data()
+{
+    QTest::addColumn<int>("code");
+    for (int code : {30, 110, 190}) // the last reaches white
+        QTest::addRow("flat, %d", code) << code;
+}
+
+/// As the page shows it: by the worker, of a reduced copy of a file with sRGB values.
+void tst_FittedProcess::previewGain()
+{
+    QFETCH(const int, code);
+    const QSize whole(600, 400), small(151, 101);
+    const auto flat = [code](int, int, int) { return code; };
+    auto *def = static_cast<KIImageDef *>(Host().Def(Put(Filled(whole, 8, flat))));
+    KImage image(small.width(), small.height(), GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+    for (int y = 0; y < small.height(); ++y)
+        for (int x = 0; x < small.width(); ++x)
+            for (int c = 0; c < 4; ++c)
+                reinterpret_cast<float *>(image.getData(x, y))[c] = c < 3 ? float(code / 255.0) : 1.0F;
+    void *record = Record({{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Falloff"_s, "1"_s}});
+    ComputePreview worker(&m_process, nullptr);
+    worker.setImage(def, &image, static_cast<Params *>(record));
+    worker.start();
+    QVERIFY(worker.wait(60000) && worker.Report() && !worker.Report()->done.isEmpty());
+    QImage shown;
+    worker.getPreview(shown);
+    m_process.FreeParameters(record);
+    QCOMPARE(shown.size(), small);
+    double worst = 0.0;
+    int compared = 0;
+    for (int y = 0; y < small.height(); ++y)
+        for (int x = 0; x < small.width(); ++x) {
+            const auto at = OracleAt({{SmallEntry(), 1.0L}}, Whole(whole), Projection::Rectilinear, 1.0,
+                                     (x + 0.5L) * whole.width() / small.width() - 0.5L,
+                                     (y + 0.5L) * whole.height() / small.height() - 0.5L);
+            const double expected = std::min(255.0, 255.0 * LightToSrgb(SrgbToLight(code / 255.0) * double(at.gain)));
+            const QRgb pixel = shown.pixel(x, y);
+            if (qAlpha(pixel) != 255)
+                continue;
+            ++compared;
+            for (int got : {qRed(pixel), qGreen(pixel), qBlue(pixel)})
+                worst = std::max(worst, std::abs(got - expected));
+        }
+    QVERIFY2(worst < 1.0, qPrintable(QString::number(worst)));
+    QVERIFY(compared > small.width() * small.height() / 2);
+}
+
 void tst_FittedProcess::gainIsOfLight_data()
 {
     QTest::addColumn<int>("bits");
@@ -390,31 +287,25 @@ void tst_FittedProcess::gainIsOfLight()
     QFETCH(const int, bits);
     QFETCH(const double, gamma);
     QFETCH(const bool, isAssumed);
-    using Curve = std::function<double(double)>;
     const bool isSrgb = gamma == 0.0 && bits < 32;
     const double power = gamma > 0.0 ? gamma : 1.0;
-    const Curve toLight = [=](double v) {
-        return !isSrgb ? std::pow(v, power) : v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-    };
-    const Curve toStored = [=](double l) {
-        return !isSrgb ? std::pow(l, 1.0 / power) : l <= 0.0031308 ? l * 12.92 : 1.055 * std::pow(l, 1 / 2.4) - 0.055;
-    };
-    // Columns of black, two greys and white; light alone moves nothing.
+    const Curve toLight = isSrgb ? Curve(SrgbToLight) : [=](double v) { return std::pow(v, power); };
+    const Curve toStored = isSrgb ? Curve(LightToSrgb) : [=](double light) { return std::pow(light, 1.0 / power); };
+    // Columns of black, two grays and white; the gain moves no pixel.
     const double white = bits == 8 ? 255.0 : bits == 16 ? 65535.0 : 1.0;
     const double levels[] = {0.0, 0.1, 0.45, 1.0};
     const QSize size(300, 200);
-    const Shot shot{{SmallEntry()}, 24.0, 1, gamma > 0.0 ? RgbProfile(gamma) : QByteArray()};
     const TiffRaster source =
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
-    const TiffRaster result = Corrected(source, shot, {{"Falloff"_s, "1"_s}});
+    const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = shot.entries[0]; // light at the pixel's own place
+    ProfileEntry still = SmallEntry(); // light at the pixel's own place
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;
     for (int y = 0; y < size.height(); ++y)
         for (int x = 0; x < size.width(); ++x) {
-            const double gain = double(OracleAt(still, picture, Projection::Rectilinear, 1.0, x, y).gain);
+            const double gain = double(OracleAt({{still, 1.0L}}, picture, Projection::Rectilinear, 1.0, x, y).gain);
             const double was = bits == 32 ? double(source.At(x, y, 1)) : std::round(double(source.At(x, y, 1))) / white;
             const double stored = toStored(toLight(was) * gain) * white;
             const double expected = bits == 32 ? stored : std::min(stored, white);
@@ -424,6 +315,37 @@ void tst_FittedProcess::gainIsOfLight()
         }
     const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables to 1/60,000 of the value
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
+}
+
+void tst_FittedProcess::grayStaysGray_data()
+{
+    QTest::addColumn<int>("bits");
+    for (int bits : {8, 16, 32})
+        QTest::addRow("%d bits", bits) << bits;
+}
+
+void tst_FittedProcess::grayStaysGray()
+{
+    QFETCH(const int, bits);
+    const QSize size(300, 200);
+    const double white = bits == 32 ? 1.0 : (1 << bits) - 1.0, right = size.width() - 1.0;
+    TiffRaster source = BlankRaster(size.width(), size.height(), 1, bits);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            source.At(x, y, 0) = float(x / right * white);
+    constexpr double kZoom = 1.2; // nothing stays empty
+    const TiffRaster result =
+        Corrected(source, {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
+    QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
+    QVERIFY(result.channels == 1 && result.bits == bits);
+    double worst = 0.0;
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x) {
+            const OraclePlaces at = OracleAt({{SmallEntry(), 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
+            worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
+        }
+    // Rounding of source and result, and 0.01 px.
+    QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
 int main(int argc, char **argv)

@@ -1,3 +1,4 @@
+#include "Case.h"
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
@@ -240,8 +241,7 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     process.FreeParameters(params);
 }
 
-// The same of its runs: what they ask of the picture's description, what they write, and that the record stays as it
-// was.
+// The same for its runs: their calls on the picture's description, their output, and the unchanged record.
 
 void tst_KVitreluxOne2One::plainRunsKnowNothingOfFitted()
 {
@@ -259,6 +259,7 @@ void tst_KVitreluxOne2One::plainRunsKnowNothingOfFitted()
     QByteArray files[2];
     KImage pictures[2];
     for (bool hasOptions : {false, true}) {
+        const Case named("options", hasOptions);
         for (const char *name : {"Framing", "Sampling", "AmountDisto", "Source", "Focal"})
             if (hasOptions)
                 element.setAttribute(QLatin1String(name), "1"_s);
@@ -404,6 +405,7 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     const double centreY = 0.25 * (frameHeight - 1 + atWhole);
     int compared = 0;
     for (int y = 0; y < height; ++y) {
+        const Case named("row", y);
         for (int x = 0; x < width; ++x) {
             // Position in the frame, the model there, and back into the picture.
             const double frameX = turned ? y : x;

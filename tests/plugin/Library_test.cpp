@@ -52,7 +52,7 @@ void tst_Library::initTestCase()
 void tst_Library::libraryDescription()
 {
     QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
-    QCOMPARE(second.instance(), m_object); // one object a load
+    QCOMPARE(second.instance(), m_object); // one object per load
     QCOMPARE(m_object->objectName(), QStringLiteral("KVitrelux"));
     QCOMPARE(m_loader.metaData().value(QStringLiteral("IID")).toString(), QStringLiteral("com.brelt.vitrelux"));
     auto *about = Cast<KIAbout>(m_object, "KIAbout");

@@ -91,7 +91,7 @@ void tst_Lookup::Touch(const QString &file) const
     WriteFile(path);
 }
 
-/// One a line, without the test's folder.
+/// Joins paths without the test's folder, one per line.
 QString tst_Lookup::Relative(const QStringList &paths) const
 {
     return paths.join(QLatin1Char('\n')).remove(m_dir->path() + QLatin1Char('/'));

@@ -1,9 +1,10 @@
 // Fitted corrections against the models, computed without tables, blending or frames of the code.
+#include "Case.h"
 #include "Fit.h"
 
 #include "CorrectionTwin.h"
-#include "Framing.h"
 #include "KImage.h"
+#include "LensfunFit.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 
@@ -12,7 +13,6 @@
 
 #include <cmath>
 #include <functional>
-#include <random>
 
 Q_DECLARE_METATYPE(ProfileEntry)
 Q_DECLARE_METATYPE(PictureFacts)
@@ -44,7 +44,7 @@ Worst WorstOf(const FitResult &fit, const ProfileEntry &entry, const OraclePictu
             const SourcePlaces places = twin.At(x, y);
             if (twin.IsEmpty(places))
                 continue;
-            const OraclePlaces want = OracleAt(entry, picture, projection, fit.zoom, x, y);
+            const OraclePlaces want = OracleAt({{entry, 1.0L}}, picture, projection, fit.zoom, x, y);
             worst.px = std::max({worst.px, Distance(places.red, want.red), Distance(places.green, want.green),
                                  Distance(places.blue, want.blue)});
             const double gain = std::clamp(double(want.gain), 1.0, 16.0);
@@ -101,14 +101,17 @@ private Q_SLOTS:
     void frames_data();
     void frames();
     void unknownTurn();
+    void unknownFrames();
     void parts();
     void blending();
     void choices_data();
     void choices();
-    void fillLeavesNothingEmpty();
-    void framings();
+    void oddities();
+    void lensfunFrames();
     void leftOut_data();
     void leftOut();
+    void useless_data();
+    void useless();
 
 private:
     QTemporaryDir m_folder;
@@ -271,11 +274,29 @@ void tst_Fit::unknownTurn()
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
-    // The same unit as lying: a radius of 1,000 px moves alike.
+    // The same unit as in landscape orientation: a radius of 1,000 px moves by the same amount.
     FitOptions keep;
     keep.framing = Framing::Keep;
     const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
     QVERIFY(std::abs(map.factor.AtSquared(1e6) - lying.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
+}
+
+void tst_Fit::unknownFrames()
+{
+    ProfileEntry entry = Entry(), bare = Entry();
+    entry.width = entry.sensorFormatFactor = 0.0;
+    for (auto *model : {&bare.geometry, &bare.green, &bare.redGreen, &bare.blueGreen, &bare.vignette})
+        (*model)->focalLengthX = 0.0; // by the focal length over the frame
+    bare.model = QStringLiteral("THING");
+    bare.sensorFormatFactor = 0.0;
+    for (const ProfileEntry &one : {entry, bare}) {
+        PictureFacts facts = Facts();
+        facts.model = Known(QStringLiteral("SMALL"));
+        const FitResult fit = Fit(Profile({one}), facts, {});
+        QVERIFY2(fit.why.endsWith(QLatin1String("the frame that the profile was made from is unknown")),
+                 qPrintable(fit.why));
+        QVERIFY(!fit.correction.ChangesAnything());
+    }
 }
 
 void tst_Fit::parts()
@@ -284,6 +305,7 @@ void tst_Fit::parts()
     FitOptions options;
     options.framing = Framing::Keep;
     for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, scaled by a half
+        const Case named("turn", turn);
         const QSize size(1500, 1333);
         PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size);
         facts.readerTurn = turn;
@@ -355,7 +377,7 @@ void tst_Fit::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half of each: half the displacement, half the exposure values.
+    // An amount of a half gives half the displacement and half the exposure values.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
@@ -400,7 +422,10 @@ void tst_Fit::choices_data()
     row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
     row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
     row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
-    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100");
+    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
+    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, the only aperture");
+    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, the only aperture");
+    row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "one unknown aperture");
     row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
@@ -433,72 +458,41 @@ void tst_Fit::choices()
     QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
 }
 
-void tst_Fit::fillLeavesNothingEmpty()
+/// Notes on the entries used reach the user; others do not.
+void tst_Fit::oddities()
 {
-    std::mt19937 random(7);
-    const auto between = [&random](double low, double high) {
-        return std::uniform_real_distribution<double>(low, high)(random);
-    };
-    int bounded = 0;
-    for (int i = 0; i < 200; ++i) {
-        ProfileEntry entry = Entry();
-        for (auto *model : {&entry.green, &entry.redGreen, &entry.blueGreen}) {
-            const double strength = model == &entry.green ? 1.0 : 0.01;
-            (*model)->centerX = between(0.45, 0.55);
-            (*model)->centerY = between(0.45, 0.55);
-            (*model)->coefficients = {strength * between(-0.3, 0.3), strength * between(-0.3, 0.3),
-                                      strength * between(-0.3, 0.3)};
-            (*model)->tangential1 = strength * between(-0.01, 0.01);
-            (*model)->tangential2 = strength * between(-0.01, 0.01);
-        }
-        const QSize size(int(between(20, 3000)), int(between(20, 3000)));
-        const FitResult fit = Fit(Profile({entry}), Facts(size), {});
-        QVERIFY2(fit.distortion, qPrintable(fit.why));
-        const QByteArray name = QByteArray::number(i);
-        Correction correction = fit.correction;
-        if (fit.zoom == kLeastZoom || fit.zoom == kMostZoom) {
-            ++bounded;
-            continue;
-        }
-        QVERIFY2(!fit.leavesEmpty && !CorrectionTwin(correction).LeavesEmpty(), name);
-        correction.zoom = fit.zoom * (1.0 - 1e-3);
-        QVERIFY2(CorrectionTwin(correction).LeavesEmpty(), name);
-    }
-    QVERIFY2(bounded < 60, qPrintable(QString::number(bounded)));
+    LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
+    profile.notes = {{7, 0, QStringLiteral("of a used one")}, {9, 2, QStringLiteral("of another")}};
+    const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
+    QCOMPARE(assumed, QStringList{QStringLiteral("odd in the profile: of a used one")});
 }
 
-void tst_Fit::framings()
+/// A picture that was cut from the middle is corrected like the same part of the whole.
+void tst_Fit::lensfunFrames()
 {
-    // Barrel distortion alone, from the middle: at the corner, r = 0.6009 of the long side, k = 1 - 0.1 r^2.
-    ProfileEntry entry = Entry();
-    entry.geometry = Model(1.0, 0.5, 0.5, {-0.1});
-    entry.green.reset();
-    FitOptions options;
-    options.chromatic = options.vignetting = false;
-    const auto fit = [&](Framing framing) {
-        options.framing = framing;
-        return Fit(Profile({entry}), Facts({3000, 2000}), options);
+    const auto fit = [](const QSize &size) {
+        PictureFacts facts = Facts(size, 24.0);
+        facts.make = Known(QStringLiteral("Canon"));
+        facts.model = Known(QStringLiteral("Canon EOS 40D"));
+        facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
+        facts.original = Known(QSize(6000, 4000));
+        FitOptions options;
+        options.framing = Framing::Keep;
+        return FitByLensfun(facts, options);
     };
-    QCOMPARE(fit(Framing::Keep).zoom, 1.0);
-    // Everything: the corner of the source, at 1802.776 px, shows where r k(r) is that: in focal lengths 0.60093 =
-    // r - 0.1 r^3, which r = 0.62539 solves.
-    const FitResult all = fit(Framing::All);
-    QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
-    QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
-    // Filled: the middle of a long edge, 999.5 px from the picture's, comes from 1,000 px there, where the source ends;
-    // 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
-    const FitResult fill = fit(Framing::Fill);
-    QVERIFY2(std::abs(fill.zoom - 999.5 / 1011.5) < 3e-5, qPrintable(QString::number(fill.zoom, 'g', 9)));
-    QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
-    options.framingFactor = 5.0;
-    QCOMPARE(fit(Framing::Factor).zoom, 2.0);
-    // A model that folds inside the picture: what lies beyond is empty, and the zoom keeps within its bounds.
-    entry.geometry->coefficients = {-9.0};
-    const FitResult folded = fit(Framing::Fill);
-    QCOMPARE(folded.zoom, 2.0);
-    QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("bound")));
-    // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
-    QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
+    const CorrectionTwin whole(fit({6000, 4000}).correction);
+    for (const QSize &size : {QSize(6000, 3376), QSize(4000, 4000)}) {
+        const FitResult cut = fit(size);
+        QVERIFY2(cut.assumed.contains(QStringLiteral("cut from the middle of a frame of 1.50 : 1")),
+                 qPrintable(cut.assumed.join(QLatin1Char('\n')) + cut.why));
+        const double left = (6000 - size.width()) / 2.0, top = (4000 - size.height()) / 2.0;
+        const SourcePlaces part = CorrectionTwin(cut.correction).At(100.0, 200.0);
+        const SourcePlaces same = whole.At(100.0 + left, 200.0 + top);
+        QVERIFY(std::hypot(same.green.x - 100.0 - left, same.green.y - 200.0 - top) > 10.0);
+        QVERIFY(std::hypot(part.green.x + left - same.green.x, part.green.y + top - same.green.y) < 0.01);
+        QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
+    }
+    QVERIFY(fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("turned in an unknown way")));
 }
 
 void tst_Fit::leftOut_data()
@@ -556,6 +550,50 @@ void tst_Fit::leftOut()
     QCOMPARE(letters, done);
     QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
+}
+
+void tst_Fit::useless_data()
+{
+    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, in line 9
+    QTest::addColumn<bool>("distortion");    // whether it is still made
+    QTest::addColumn<bool>("color");
+    QTest::addColumn<QString>("why");
+    const auto row = [](const char *name, bool distortion, bool color, const char *why,
+                        const std::function<void(ProfileEntry &)> &change) {
+        ProfileEntry entry = Entry(50.0);
+        entry.line = 9;
+        change(entry);
+        QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
+    };
+    // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
+    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
+        [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
+    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest comes",
+        [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
+    row("tangential terms that throw all out", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+        [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
+    row("both colors, said once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %", [](ProfileEntry &e) {
+        e.redGreen->coefficients = {-1e12, 1e12, -1e12};
+    });
+    row("half a fisheye", true, true, "", [](ProfileEntry &e) {
+        e.kind = ProfileEntry::Kind::Fisheye;
+        e.green->coefficients = {-0.5};
+    });
+}
+
+void tst_Fit::useless()
+{
+    QFETCH(ProfileEntry, entry);
+    QFETCH(bool, distortion);
+    QFETCH(bool, color);
+    QFETCH(QString, why);
+    const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
+    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
+    QCOMPARE(fit.distortion, distortion);
+    QCOMPARE(fit.chromatic, color);
+    QCOMPARE(fit.correction.blue.has_value(), color);
+    QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
+    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
 }
 
 QTEST_GUILESS_MAIN(tst_Fit)

@@ -1,4 +1,5 @@
 // Profiles in all spellings: each gives the same entries, and problems are reported with their line.
+#include "Case.h"
 #include "LensProfile.h"
 #include "SpelledProfile.h"
 #include "XmlLimits.h"
@@ -131,6 +132,7 @@ void tst_LensProfile::everySpellingReadsTheSame()
 {
     QString first;
     for (int i = 0; i < kSpellings; ++i) {
+        const Case named("spelling", i);
         QString error;
         const LensProfile profile = ParseLensProfile(SpelledProfile(Entries(), Spelling(i)), QString(), &error);
         QVERIFY2(profile.entries.size() == 3, qPrintable(QStringLiteral("spelling %1: %2").arg(i).arg(error)));
@@ -197,6 +199,8 @@ void tst_LensProfile::oddities_data()
                   + kRadial),
         7, "second VignetteModel");
     row("no frame", Small(Value("ImageWidth", "0"), kRadial), 6, "ImageWidth is \"0\"");
+    row("a frame too small to divide by", Small(Value("SensorFormatFactor", "1e-300"), kRadial), 6,
+        "not a number from");
     row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial), 6, "FocalLengthX is 0");
     row("aperture that is none", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
     row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "possible", true);
@@ -260,6 +264,7 @@ void tst_LensProfile::refused_data()
     row("deep", QByteArray("<a>").repeated(kMaxXmlDepth + 1), "deeper");
     row("many elements", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes) + "</a>", "more than 500000");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), "FocalLength");
+    row("a focal length that is none", QByteArray(whole).replace("Length>50<", "Length>1e308<"), "FocalLength");
     row("all bad", Small("", Value("RadialDistortParam1", "inf")), "line 6");
 }
 

@@ -29,16 +29,6 @@ OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
     }
 }
 
-/// The inverse is the same for most; the two quarter turns are inverse to each other.
-OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
-{
-    OraclePicture back = p;
-    if (p.turn >= 5)
-        std::swap(back.width, back.height);
-    back.turn = p.turn == 6 ? 8 : p.turn == 8 ? 6 : p.turn;
-    return ToSensor(back, at);
-}
-
 struct Placed {
     OraclePoint center;
     long double unit;
@@ -77,39 +67,84 @@ long double Angle(Projection projection, long double r)
     return r;
 }
 
-/// center + s unit (k u + t(u)) with u = (at - center) / unit
-OraclePoint Perspective(const ProfileModel &model, const OraclePicture &p, OraclePoint at, long double s)
+/// s unit (k u + t(u)) with u = (at - center) / unit
+OraclePoint Perspective(const ProfileModel &model, long double unit, OraclePoint center, OraclePoint at)
 {
-    const Placed placed = Place(model, p);
-    const long double u = (at.x - placed.center.x) / placed.unit, v = (at.y - placed.center.y) / placed.unit;
+    const long double u = (at.x - center.x) / unit, v = (at.y - center.y) / unit, s = model.scaleFactor;
     const long double r2 = u * u + v * v, k = Series(model, r2), t1 = model.tangential1, t2 = model.tangential2;
     const long double du = (2.0L * u * u + r2) * t2 + 2.0L * u * v * t1;
     const long double dv = (2.0L * v * v + r2) * t1 + 2.0L * u * v * t2;
-    return {placed.center.x + s * placed.unit * (k * u + du), placed.center.y + s * placed.unit * (k * v + dv)};
+    return {s * unit * (k * u + du), s * unit * (k * v + dv)};
 }
 
-OraclePoint Fisheye(const ProfileModel &model, const OraclePicture &p, OraclePoint at, Projection projection)
+OraclePoint Fisheye(const ProfileModel &model, long double unit, OraclePoint center, OraclePoint at,
+                    Projection projection)
 {
-    const Placed placed = Place(model, p);
-    const long double u = (at.x - placed.center.x) / placed.unit, v = (at.y - placed.center.y) / placed.unit;
+    const long double u = (at.x - center.x) / unit, v = (at.y - center.y) / unit;
     const long double r = std::hypot(u, v), angle = Angle(projection, r);
     const long double k = r > 0.0L ? angle * Series(model, angle * angle) / r : 1.0L;
-    return {placed.center.x + placed.unit * k * u, placed.center.y + placed.unit * k * v};
+    return {unit * k * u, unit * k * v};
+}
+
+using Model = std::optional<ProfileModel> ProfileEntry::*;
+
+OraclePoint Center(const OracleBlend &blend, Model model, const OraclePicture &p)
+{
+    OraclePoint center = {0.0L, 0.0L};
+    for (const OraclePart &part : blend) {
+        const Placed placed = Place(*(part.entry.*model), p);
+        center.x += part.weight * placed.center.x;
+        center.y += part.weight * placed.center.y;
+    }
+    return center;
+}
+
+OraclePoint Mapped(const OracleBlend &blend, Model model, const OraclePicture &p, OraclePoint at, Projection projection)
+{
+    const OraclePoint center = Center(blend, model, p);
+    OraclePoint place = center;
+    for (const OraclePart &part : blend) {
+        const ProfileModel &one = *(part.entry.*model);
+        const long double unit = Place(one, p).unit;
+        const bool isFisheye = model == &ProfileEntry::green && part.entry.kind == ProfileEntry::Kind::Fisheye;
+        const OraclePoint moved =
+            isFisheye ? Fisheye(one, unit, center, at, projection) : Perspective(one, unit, center, at);
+        place.x += part.weight * moved.x;
+        place.y += part.weight * moved.y;
+    }
+    return place;
+}
+
+long double Gain(const OracleBlend &blend, const OraclePicture &p, OraclePoint g)
+{
+    const OraclePoint center = Center(blend, &ProfileEntry::vignette, p);
+    long double stops = 0.0L;
+    for (const OraclePart &part : blend) {
+        const long double r = std::hypot(g.x - center.x, g.y - center.y) / Place(*part.entry.vignette, p).unit;
+        stops += part.weight * std::log2(Series(*part.entry.vignette, r * r));
+    }
+    return std::exp2(-stops);
+}
+
+OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
+{
+    OraclePicture back = p;
+    if (p.turn >= 5)
+        std::swap(back.width, back.height);
+    back.turn = p.turn == 6 ? 8 : p.turn == 8 ? 6 : p.turn; // only the quarter turns aren't their own inverses
+    return ToSensor(back, at);
 }
 
 } // namespace
 
-OraclePlaces OracleAt(const ProfileEntry &entry, const OraclePicture &p, Projection projection, double zoom,
+OraclePlaces OracleAt(const OracleBlend &blend, const OraclePicture &p, Projection projection, double zoom,
                       long double x, long double y)
 {
     const OraclePoint corner = ToSensor(p, {x, y});
     const long double middleX = (p.width - 1) / 2.0L, middleY = (p.height - 1) / 2.0L;
     const OraclePoint a = {middleX + (corner.x - middleX) / zoom, middleY + (corner.y - middleY) / zoom};
-    const OraclePoint g = entry.kind == ProfileEntry::Kind::Fisheye ? Fisheye(*entry.green, p, a, projection)
-                                                                    : Perspective(*entry.green, p, a, 1.0L);
-    const Placed light = Place(*entry.vignette, p);
-    const long double r = std::hypot(g.x - light.center.x, g.y - light.center.y) / light.unit;
-    return {FromSensor(p, Perspective(*entry.redGreen, p, g, entry.redGreen->scaleFactor)), FromSensor(p, g),
-            FromSensor(p, Perspective(*entry.blueGreen, p, g, entry.blueGreen->scaleFactor)),
-            1.0L / Series(*entry.vignette, r * r)};
+    const auto mapped = [&](Model model, OraclePoint at) { return Mapped(blend, model, p, at, projection); };
+    const OraclePoint g = mapped(&ProfileEntry::green, a);
+    return {FromSensor(p, mapped(&ProfileEntry::redGreen, g)), FromSensor(p, g),
+            FromSensor(p, mapped(&ProfileEntry::blueGreen, g)), Gain(blend, p, g)};
 }

@@ -1,4 +1,4 @@
-// Lens models straight from their formulas, in long double and without tables, for one entry on one picture.
+// Lens models straight from their formulas, in long double and without tables, for some entries on one picture.
 #pragma once
 
 #include "FitOptions.h"
@@ -24,7 +24,14 @@ struct OraclePlaces {
     long double gain;
 };
 
-/// Returns the places of the pixel (@p x, @p y) of the current picture, by an entry with all models. Gain is not
-/// limited.
-OraclePlaces OracleAt(const ProfileEntry &entry, const OraclePicture &picture, Projection projection, double zoom,
+/// An entry with all models, and its share. Distances from the blended centers are mapped by each entry and averaged;
+/// light is averaged in stops.
+struct OraclePart {
+    ProfileEntry entry;
+    long double weight;
+};
+using OracleBlend = QVector<OraclePart>;
+
+/// Returns the places of the pixel (@p x, @p y) of the current picture. Gain is not limited.
+OraclePlaces OracleAt(const OracleBlend &blend, const OraclePicture &picture, Projection projection, double zoom,
                       long double x, long double y);

@@ -149,6 +149,7 @@ void tst_PictureFacts::doneBefore()
          "d"},
         {"lateral color", {{"Xmp.crs.AlreadyApplied", "True"}, {"Xmp.crs.AutoLateralCA", "1"}}, "c"},
         {"not applied yet", {{"Xmp.crs.AlreadyApplied", "False"}, {"Xmp.crs.LensProfileEnable", "1"}}, ""},
+        {"our own record", {{"Xmp.vitrelux.Corrections", "distortion, lateral color"}}, "dc"},
         {"a phone", {{"Exif.Image.Make", "Apple"}, {"Exif.Image.Model", "iPhone 12"}}, "dcv"},
         {"an old drone", {{"Exif.Image.Make", "DJI"}, {"Exif.Image.Model", "FC6310"}}, ""},
         {"a newer one", {{"Exif.Image.Make", "DJI"}, {"Exif.Image.Model", "FC7303"}}, "dcv"},

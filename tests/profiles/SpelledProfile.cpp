@@ -97,9 +97,56 @@ private:
     QByteArray m_camera, m_rdf;
 };
 
+QByteArray Text(double value)
+{
+    return QByteArray::number(value, 'g', 17);
+}
+
+SpelledNode Spelled(const char *name, const ProfileModel &model, const QByteArray &term = "RadialDistortParam")
+{
+    SpelledNode node{name,
+                     {{"FocalLengthX", Text(model.focalLengthX)},
+                      {"ImageXCenter", Text(model.centerX)},
+                      {"ImageYCenter", Text(model.centerY)},
+                      {"ScaleFactor", Text(model.scaleFactor)},
+                      {"TangentialDistortParam1", Text(model.tangential1)},
+                      {"TangentialDistortParam2", Text(model.tangential2)}},
+                     {}};
+    for (int i = 0; i < model.coefficients.size(); ++i)
+        node.values.append(SpelledValue{term + QByteArray::number(i + 1), Text(model.coefficients[i])});
+    return node;
+}
+
+SpelledNode Spelled(const ProfileEntry &entry)
+{
+    const bool isFisheye = entry.kind == ProfileEntry::Kind::Fisheye;
+    SpelledNode lens = Spelled(isFisheye ? "FisheyeModel" : "PerspectiveModel", *entry.geometry);
+    lens.models = {Spelled("ChromaticGreenModel", *entry.green), Spelled("ChromaticRedGreenModel", *entry.redGreen),
+                   Spelled("ChromaticBlueGreenModel", *entry.blueGreen),
+                   Spelled("VignetteModel", *entry.vignette, "VignetteModelParam")};
+    return {"",
+            {{"Make", entry.make.toUtf8()},
+             {"Model", entry.model.toUtf8()},
+             {"ImageWidth", Text(entry.width)},
+             {"ImageLength", Text(entry.height)},
+             {"SensorFormatFactor", Text(entry.sensorFormatFactor)},
+             {"FocalLength", Text(entry.focalMm)},
+             {"FocusDistance", Text(entry.distanceM)},
+             {"ApertureValue", Text(entry.apertureApex)}},
+            {lens}};
+}
+
 } // namespace
 
 QByteArray SpelledProfile(const QList<SpelledNode> &entries, Spelling spelling)
 {
     return Writer(spelling).Profile(entries);
+}
+
+QByteArray SpelledProfile(const QVector<ProfileEntry> &entries)
+{
+    QList<SpelledNode> nodes;
+    for (const ProfileEntry &entry : entries)
+        nodes << Spelled(entry);
+    return SpelledProfile(nodes, Spelling::Attributes);
 }

@@ -1,7 +1,8 @@
 // One profile, written in every spelling found in real files.
 #pragma once
 
-#include <QByteArray>
+#include "LensProfile.h"
+
 #include <QList>
 #include <QPair>
 
@@ -29,3 +30,6 @@ constexpr int kSpellings = 9;
 
 /// A whole file of these entries.
 QByteArray SpelledProfile(const QList<SpelledNode> &entries, Spelling spelling);
+
+/// A whole file, in attribute form, of entries that have all models.
+QByteArray SpelledProfile(const QVector<ProfileEntry> &entries);

@@ -39,7 +39,7 @@ Point Shift(Point p, Point direction, double distance)
     return {p.x + direction.x * distance, p.y + direction.y * distance};
 }
 
-/// What changes across an edge within @p reach of the offset @p from: its sum, its center, and where it is steepest.
+/// The change across an edge within @p reach of the offset @p from: its sum, its center, and its steepest offset.
 struct Change {
     double sum = 0, center = 0, steepest = 0;
 

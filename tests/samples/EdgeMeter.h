@@ -6,7 +6,7 @@
 #include "TiffRaster.h"
 #include "scene.h"
 
-/// Places to look at: where the point of the corrected picture lies in the picture that is measured.
+/// Maps a point of the corrected picture to the measured picture.
 using Placement = std::function<Samples::Point(Samples::Point)>;
 
 struct EdgeFigures {
@@ -14,9 +14,9 @@ struct EdgeFigures {
     double fringe[3] = {}; ///< pixels: how far red, green, blue lie from green, mean of an edge's part near a corner
 };
 
-/// Follows an edge: every few pixels, finds the center of the change across it near its expected place.
+/// Follows an edge: every few pixels, finds the center of the change across it near its expected position.
 ///
-/// Only where to look comes from @p placement. Places where the edge is interrupted are left out.
+/// @p placement only gives these positions. Those where the edge is interrupted are left out.
 EdgeFigures MeasureEdge(const TiffRaster &picture, const Samples::StraightEdge &edge, const Placement &placement);
 
 /// Mean of the three colors over a square, 0 to 255.

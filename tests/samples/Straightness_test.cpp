@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "Case.h"
 #include "EdgeMeter.h"
 #include "ProgramRun.h"
 #include "TestFiles.h"
@@ -14,7 +15,7 @@ using Samples::Sample;
 
 namespace {
 
-/// What a sample must show before its correction.
+/// Faults that a sample must have before its correction.
 struct Limits {
     double bend;   ///< pixels, at least, of the most bent edge
     double fringe; ///< pixels, at least, of the widest fringe
@@ -104,13 +105,19 @@ void tst_Straightness::faultsAreThereBeforeAndGoneAfter()
     });
     const Figures remains = MeasurePicture("after:", after, sample, [](Point corrected) { return corrected; });
     QVERIFY(faults.bend > limits.bend && remains.bend < kBendAfter);
-    for (int c : {0, 2})
+    for (int c : {0, 2}) {
+        const Case named("channel", c);
         QVERIFY(faults.fringe[c] > limits.fringe && remains.fringe[c] < kFringeAfter);
+    }
     QVERIFY(faults.light.front() > 0.9); // the middle
-    for (size_t i = 1; i < faults.light.size(); ++i)
+    for (size_t i = 1; i < faults.light.size(); ++i) {
+        const Case named("ring", i);
         QVERIFY(faults.light[i] < limits.corner);
-    for (double light : remains.light)
+    }
+    for (double light : remains.light) {
+        const Case named("light", light);
         QVERIFY(std::abs(light - 1) < kLightAfter);
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Straightness)

@@ -193,8 +193,10 @@ void tst_KDbSession::readerBlocksBothSessions()
                 && rows.next()); // holds a lock on the file while the query is active
         first.setFilePath(Path());
         second.setFilePath(Path());
-        for (Notes *notes : {&first, &second})
+        for (Notes *notes : {&first, &second}) {
+            const Case named(notes == &first ? "first" : "second");
             QCOMPARE(notes->Texts(), QStringList{QStringLiteral("old")});
+        }
         rows.finish();
         reader.close();
     }

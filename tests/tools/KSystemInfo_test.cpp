@@ -45,8 +45,8 @@ void tst_KSystemInfo::cacheBytes()
 void tst_KSystemInfo::memText()
 {
     const std::pair<unsigned long long, const char *> rows[] = {{0, "0 Bytes"},     {1023, "1023 Bytes"},
-                                                                {126418, "123 KB"}, // 123.455
-                                                                {12902, "12.5 KB"}, // 12.5996
+                                                                {1024, "1 KB"},     {126418, "123 KB"}, // 123.455
+                                                                {12902, "12.5 KB"},                     // 12.5996
                                                                 {2 * kGib, "2 GB"}, {2000 * 1024 * kGib, "2000 TB"}};
     for (const auto &[bytes, text] : rows)
         QCOMPARE(KSystemInfo::memText(bytes), QString::fromLatin1(text));

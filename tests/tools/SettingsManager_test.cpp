@@ -101,8 +101,10 @@ void tst_SettingsManager::firstDefaultWins()
     QCOMPARE(manager.GetInt(a), 4);
     QCOMPARE(manager.GetInt(QStringLiteral("GROUP/A"), 7), 7);
     const QString b = QStringLiteral("b");
-    for (const int argument : {5, 6})
+    for (const int argument : {5, 6}) {
+        const Case named(argument);
         QCOMPARE(manager.Get(b, argument), QVariant(argument));
+    }
     QCOMPARE(manager.GetInt(b), 5);
 }
 

@@ -432,7 +432,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
-// What a fitted render finds is shown, and becomes nobody's choice; a chosen profile may have any spelling.
+// The profile found by a fitted render is shown but not stored as a choice; a chosen one may have any spelling.
 void tst_UIVitreluxPage::fittedFinds()
 {
     using namespace profiletext;
@@ -478,14 +478,38 @@ void tst_UIVitreluxPage::fittedFinds()
     QVERIFY(frame() == uncorrected);
 
     WriteFile(found, R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
-        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
+        <r:Description><p:CameraProfiles><r:Seq><r:li><r:Description s:FocalLength="24"
         s:Make="Maker" s:Model="MODEL 7" s:ImageWidth="400" s:ImageLength="300" s:SensorFormatFactor="1.5">
-        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq></r:RDF>)");
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq>
+        </p:CameraProfiles></r:Description></r:RDF>)");
     QCOMPARE(desk.ChooseProfile(found).size(), 1); // no warning
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), "100100"_s);
     QCOMPARE(desk.Record(other), "1 0 0 "_s + found);
     QTRY_VERIFY(desk.IsUpToDate());
-    QVERIFY(frame() != uncorrected);
+    const QImage filled = frame();
+    QVERIFY(filled != uncorrected);
+    StoreSettings(true, found);
+    Host().settings.insert(desk.process.UID() + "/Framing"_s, "all"_s);
+    desk.process.SetFiles({other});
+    desk.Click("m_cbCA");
+    desk.Click("m_cbVignetting");
+    QTRY_VERIFY(desk.IsUpToDate());
+    QVERIFY2(frame() != filled && frame() != uncorrected, "the preview shows the framing");
+    row->actions().first()->trigger();
+    QCOMPARE(desk.Record(other), "1 0 0 "_s);
+    QTRY_VERIFY(row->placeholderText().startsWith("None found: "_s) && !row->actions().first()->isVisible());
+
+    const auto image = Exiv2::ImageFactory::open(other.toStdString());
+    image->readMetadata();
+    for (const char *key : {"AlreadyApplied", "LensProfileEnable"})
+        image->xmpData()[std::string("Xmp.crs.") + key] = "True";
+    image->exifData()["Exif.Photo.LensModel"] = "Test lens 24mm F2.8";
+    image->writeMetadata();
+    StoreSettings(true, QString());
+    desk.process.SetFiles({other});
+    QTRY_VERIFY2(row->placeholderText().startsWith("Not corrected: distortion, vignetting: corrected before"_s),
+                 qPrintable(row->placeholderText()));
 }
 
 void tst_UIVitreluxPage::pictureGone_data()

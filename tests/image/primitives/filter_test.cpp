@@ -73,10 +73,12 @@ void tst_Filter::gaussianRefused()
                 {3, 0, Status::BadArgument},
                 {3, std::nanf(""), Status::BadArgument}};
     alignas(8) unsigned char block[64];
-    for (const auto &row : rows)
+    for (const auto &row : rows) {
+        const Case named("row", &row - rows);
         QVERIFY(
             ippiFilterGaussianInit(row.kernelSize, row.sigma, kBorderReplicate, reinterpret_cast<GaussianSpec *>(block))
             == row.status);
+    }
 }
 
 void tst_Filter::median()

@@ -98,6 +98,7 @@ void tst_Rotate::rampUnderAnyAngle()
     const double rows[][3] = {{30, 4, 20}, {-123.4, 25.5, 30.25}, {90, 0.5, 30}, {0, 0.25, -0.75}};
     constexpr int kSide = 31;
     constexpr float kUntouched = -77;
+    const Rect part = {6, 1, kSide - 8, kSide - 4}; // of the source
     const auto ramp = [](double x, double y, int c) { return 2 * x - 3 * y + c; };
     for (const auto &[angle, shiftX, shiftY] : rows) {
         const Case named(angle, shiftX, shiftY);
@@ -107,7 +108,9 @@ void tst_Rotate::rampUnderAnyAngle()
             image.At(i / 4 % kSide, i / 4 / kSide, i % 4) = float(ramp(i / 4 % kSide, i / 4 / kSide, i % 4));
             target.At(i / 4 % kSide, i / 4 / kSide, i % 4) = kUntouched;
         }
-        QVERIFY(Rotate(image, target, angle, shiftX, shiftY) == Status::Ok);
+        QVERIFY(ippiRotate_32f_C4R(image.Data(), image.Size(), image.StepBytes(), part, target.Data(),
+                                   target.StepBytes(), {0, 0, kSide, kSide}, angle, shiftX, shiftY, kCubic)
+                == Status::Ok);
 
         // A cubic through the pixels follows a linear ramp, except next to the edge, whose pixels are repeated; more
         // than half a pixel beyond their centers nothing is written.
@@ -118,7 +121,8 @@ void tst_Rotate::rampUnderAnyAngle()
             [&](int x, int y, int c) {
                 const double fromX = cosine * (x - startX) - sine * (y - startY);
                 const double fromY = sine * (x - startX) + cosine * (y - startY);
-                const double margin = std::min({fromX, fromY, kSide - 1 - fromX, kSide - 1 - fromY});
+                const double margin = std::min({fromX - part.x, fromY - part.y, part.x + part.width - 1 - fromX,
+                                                part.y + part.height - 1 - fromY});
                 if (margin < -0.501)
                     return double(kUntouched);
                 inside += margin >= 1;

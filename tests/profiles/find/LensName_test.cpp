@@ -65,12 +65,14 @@ void tst_LensName::comparison_data()
     same("E 17-28mm F2.8-2.8 A046", "Tamron 17-28mm f/2.8 Di III RXD A046");
     same("LUMIX G VARIO 45-200/F4.0-5.6", "Panasonic Lumix G Vario 45-200mm f/4.0-5.6 Mega O.I.S.");
     same("OLYMPUS M.40-150mm F2.8", "Olympus M.Zuiko Digital ED 40-150mm F2.8 Pro");
+    same("50mm F1.4 DG HSM | Art 014", "SIGMA 50mm F1.4 DG HSM A014");
     same("Canon EF 85mm f/1.2L USM Mark II", "Canon EF 85mm f/1.2L II USM");
     same("smc PENTAX-DA★ 16-50mm F2.8 ED AL [IF] SDM", "smc Pentax-DA 16-50mm f/2.8 ED AL IF SDM");
     // Names that differ in one number or mark.
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6");
+    other("EF16-35mm f/2.8L USM", "Canon EF 17-35mm f/2.8L USM");
     other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/4L IS USM");
     other("EF70-200mm f/2.8L IS USM", "Canon EF 70-200mm f/2.8L IS USM + EF 2x II extender");
     other("AF-S DX Nikkor 35mm f/1.8G", "AF-S Nikkor 35mm f/1.8G ED");
@@ -89,6 +91,20 @@ void tst_LensName::comparison_data()
     other("iPhone XR back camera 4.25mm f/1.8", "iPhone 11 Pro back triple camera 4.25mm f/1.8");
     other("OLYMPUS 14-42mm Lens", "Olympus Zuiko Digital ED 14-42mm F3.5-5.6"); // too few details
     other("Sigma 8mm f/3.5 EX DG Circular", "Sigma 8mm f/3.5 EX DG");
+    other("AF-S VR Zoom-Nikkor 70-200mm f/2.8G IF-ED", "Nikon AF-S Nikkor 70-200mm f/2.8E FL ED VR 164");
+    other("NIKKOR Z 50mm f/1.8 S", "Nikon Lens Series E 50mm f/1.8");
+    other("E 18-200mm F3.5-6.3 OSS", "Sony E 18-200mm f/3.5-6.3 OSS LE");
+    other("E 28-75mm F2.8-2.8", "Sony 28-75mm F2.8 SAM (SAL2875)");
+    other("Samyang AF 35mm F2.8", "Samyang 35mm T1.5 Cine Lens");
+    other("smc PENTAX-FA 50mm F1.4", "smc Pentax-A 50mm f/1.4");
+    other("smc PENTAX-FA 50mm F1.4", "Pentax Super-Takumar 50mm f/1.4");
+    other("smc PENTAX-DA 40mm F2.8 Limited", "smc Pentax-DA 40mm f/2.8 XS");
+    other("OLYMPUS M.14-42mm F3.5-5.6", "Olympus M.Zuiko Digital ED 14-42mm f/3.5-5.6 EZ");
+    other("OLYMPUS M.14-42mm F3.5-5.6 II R", "Olympus M.Zuiko Digital 14-42mm f/3.5-5.6 II");
+    other("XF27mmF2.8", "Fujifilm X100V-lens");
+    other("Summicron-M 1:2/35 ASPH.", "Contax G Planar T* 2/35");
+    other("Elmarit-M 1:2.8/28 ASPH.", "Leica Elmarit-M 1:2.8/28");
+    other("17-70mm F2.8-4 DC MACRO OS HSM | Contemporary 013", "Sigma 17-70mm f/2.8-4 DC Macro OS HSM");
 }
 
 void tst_LensName::comparison()

@@ -6,6 +6,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -67,6 +72,7 @@ private Q_SLOTS:
     void unusable();
     void readsOnlyWhatChanged();
     void rebuildsDamagedCache();
+    void survivesKilledPrograms();
 };
 
 void tst_ProfileIndex::head_data()
@@ -173,6 +179,55 @@ void tst_ProfileIndex::rebuildsDamagedCache()
             QVERIFY2(Lenses(index) == QStringList{QStringLiteral("one 50mm")}, qPrintable(QString::number(i)));
         }
     }
+}
+
+/// Two programs at a time rebuild one cache over and over until they are killed, some of them while they write it.
+void tst_ProfileIndex::survivesKilledPrograms()
+{
+    const QTemporaryDir folder, cache;
+    const QString file = cache.filePath(QStringLiteral("profiles.index"));
+    QStringList lenses;
+    for (int i = 100; i < 140; ++i) {
+        lenses << QStringLiteral("lens %1mm").arg(i);
+        Write(folder.filePath(QString::number(i) + QStringLiteral(".lcp")), ProfileOf(lenses.last()));
+    }
+    const auto rebuild = [&] {
+        QFile::remove(file);
+        ProfileIndex index(file);
+        return index.Scan({folder.path()}) && Lenses(index) == lenses;
+    };
+    for (int round = 0; round < 20; ++round) {
+        pid_t programs[2];
+        for (pid_t &program : programs) {
+            program = fork();
+            QVERIFY(program >= 0);
+            if (program == 0)
+                alarm(60); // ends it even if the test fails
+            while (program == 0)
+                if (!rebuild())
+                    _exit(1); // another program's cache misled it
+        }
+        QThread::usleep(2000 + 700 * static_cast<unsigned long>(round));
+        for (pid_t program : programs) {
+            int status = 0;
+            kill(program, SIGKILL);
+            QCOMPARE(waitpid(program, &status, 0), program);
+            QVERIFY(WIFSIGNALED(status));
+        }
+        ProfileIndex index(file);
+        QVERIFY(index.Scan({folder.path()}));
+        QCOMPARE(Lenses(index), lenses);
+    }
+    // What they left is removed once no program can be writing it.
+    const QString fresh = file + QStringLiteral(".fresh1"), old = file + QStringLiteral(".old123");
+    for (const QString &path : {fresh, old})
+        Write(path, "unfinished");
+    QFile left(old);
+    QVERIFY(left.open(QIODevice::Append));
+    QVERIFY(left.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+    left.close();
+    QVERIFY(rebuild());
+    QVERIFY(QFile::exists(fresh) && !QFile::exists(old));
 }
 
 QTEST_GUILESS_MAIN(tst_ProfileIndex)

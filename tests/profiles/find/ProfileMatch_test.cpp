@@ -102,6 +102,7 @@ private Q_SLOTS:
     void bodyDoesNotOutweighTheLens();
     void sourcesInOrderOfTrust();
     void namelessLensOfAMount();
+    void sameCameras();
 };
 
 void tst_ProfileMatch::lensAmongDecoys_data()
@@ -264,6 +265,24 @@ void tst_ProfileMatch::namelessLensOfAMount()
     QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
     prime.head.lensNames = QStringList{Text("50mm f/1.4")};
     QVERIFY(Matcher().Match({prime}, facts).path.isEmpty());
+}
+
+void tst_ProfileMatch::sameCameras()
+{
+    const struct {
+        const char *make, *model, *otherMake, *otherModel;
+        bool same;
+    } rows[] = {
+        {"NIKON CORPORATION", "NIKON D70", "Nikon", "D70", true},
+        {"SAMSUNG", "SAMSUNG-SM-N900A", "samsung", "SM-N900A", true},
+        {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without its maker
+        {"Canon", "Canonet", "Canon", "et", false},
+        {"Canon", "Canon", "Canon", "", false},
+        {"Nikon", "D70", "Pentax", "D70", false},
+    };
+    for (const auto &row : rows)
+        QVERIFY2(IsSameCamera(Text(row.make), Text(row.model), Text(row.otherMake), Text(row.otherModel)) == row.same,
+                 row.model);
 }
 
 QTEST_APPLESS_MAIN(tst_ProfileMatch)

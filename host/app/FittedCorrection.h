@@ -1,0 +1,69 @@
+// Fitted correction of one picture by the plug-in, for the command line and the wizard.
+#pragma once
+
+#include "FitOptions.h"
+#include "PictureFit.h"
+#include "PictureRun.h"
+
+#include <QCoreApplication>
+
+#include <mutex>
+
+/// The request for one picture.
+struct FittedRequest {
+    QDomElement parameters; // XML form of the record, with the options as further attributes
+    Corrections required;   // the picture fails without them, unless they were already made; usually none
+    FitOptions fit;         // those of the parameters that choose the profile: source, "again", typed facts
+};
+
+/// Corrector for all pictures of a run. Any thread, each with a separate process object.
+class FittedCorrection {
+    Q_DECLARE_TR_FUNCTIONS(FittedCorrection)
+public:
+    enum class Outcome {
+        Written,
+        Planned,    // by Plan
+        Kept,       // with ExistingOutput::Skip: another program wrote the output meanwhile
+        DoneBefore, // skipped
+        NoProfile   // none chosen, none found
+    };
+    struct Result {
+        Outcome outcome = Outcome::Written;
+        QString profile;               // path, or "lensfun:MAKER/LENS"
+        QString entries, assumed, why; // why: of something left out; or by what the picture was corrected before; or
+                                       // that there is no profile, with the nearest misses
+        Corrections made;
+        /// Returns profile, entries, assumptions and anything left out in one line, with @p shown as the profile's
+        /// name.
+        QString ProfileLine(const QString &shown) const;
+    };
+
+    /// @param folders  searched by the plug-in.
+    FittedCorrection(const QStringList &folders, HostApplication *application, InterruptGuard *guard);
+
+    /// Corrects the picture like RunPicture. Throws KException with the reason, one line without the picture's name,
+    /// if a profile cannot be used, or if a required correction is not made.
+    Result Run(KIPluginOne2One *process, const PlannedPicture &planned, const FittedRequest &request,
+               const OutputRules &rules);
+
+    /// Decides what Run would do, and throws like Run if that is a failure; writes nothing.
+    Result Plan(const PlannedPicture &planned, const FittedRequest &request);
+
+private:
+    /// Results read from the record after a run.
+    struct Report {
+        bool isThere = false; // false: the plug-in has no fitted corrections, or failed before it decided
+        QString profile, entries, assumed, why;
+        Corrections done;
+    };
+
+    Report ReportOf(KIPluginOne2One *process, const ParameterRecord &record);
+    static void RequireMade(const Report &report, const QString &picture, const FittedRequest &request);
+    Result NothingDone(const Report &report, const QString &picture, const FittedRequest &request);
+    QString WhyNoProfile(const Report &report, const PictureFacts &facts, const FitOptions &options);
+
+    HostApplication *m_application;
+    InterruptGuard *m_guard;
+    std::mutex m_mutex;     // guards the plug-in's XML document, which all its elements share
+    PictureFitter m_fitter; // finds what the record doesn't report about a picture without a profile
+};

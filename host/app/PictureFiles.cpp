@@ -1,0 +1,116 @@
+#include "PictureFiles.h"
+
+#include "FileNames.h"
+#include "KException.h"
+#include "gfl.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+class Walk {
+public:
+    Walk(const PictureSources &sources, PictureFiles *found)
+        : m_sources(sources),
+          m_patterns(PictureNamePatterns()),
+          m_outputFolder(sources.outputFolder.isEmpty() ? QString()
+                                                        : QFileInfo(sources.outputFolder).canonicalFilePath()),
+          m_found(found)
+    {
+    }
+
+    /// @param subpath  of @p folder below the walked one.
+    void Visit(const QString &folder, const QString &subpath)
+    {
+        const QDir dir(folder);
+        if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable()) {
+            m_found->unreadable << folder;
+            return;
+        }
+        const QStringList files = dir.entryList(m_patterns, QDir::Files, QDir::Name);
+        for (const QString &file : files) {
+            if (m_sources.resultEnding.isEmpty() || !file.endsWith(m_sources.resultEnding))
+                m_found->pictures.append({Joined(folder, file), subpath});
+        }
+        const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
+        for (const QString &below : folders) {
+            const QString path = Joined(folder, below);
+            if (m_outputFolder.isEmpty() || QFileInfo(path).canonicalFilePath() != m_outputFolder)
+                Visit(path, subpath.isEmpty() ? below : Joined(subpath, below));
+        }
+    }
+
+private:
+    const PictureSources &m_sources;
+    const QStringList m_patterns;
+    const QString m_outputFolder;
+    PictureFiles *m_found;
+};
+
+QByteArray ReadList(const QString &name)
+{
+    QFile file(name == QLatin1String("-") ? QString() : AbsolutePath(name));
+    const bool isOpen =
+        file.fileName().isEmpty() ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    const QByteArray list = isOpen ? file.readAll() : QByteArray();
+    if (!isOpen || file.error() != QFileDevice::NoError)
+        throw KException(QStringLiteral("cannot read the list of pictures \"%1\": %2").arg(name, file.errorString()),
+                         KPlace());
+    return list;
+}
+
+} // namespace
+
+QStringList PictureNamePatterns()
+{
+    QStringList patterns;
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
+        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
+        for (const QString &suffix : suffixes)
+            patterns << QLatin1Char('*') + suffix;
+    }
+    return patterns;
+}
+
+QVector<NamedPicture> Named(const QStringList &names)
+{
+    QVector<NamedPicture> pictures;
+    for (const QString &name : names)
+        pictures.append({name, QString()});
+    return pictures;
+}
+
+QStringList SplitNames(const QByteArray &list)
+{
+    const char separator = list.contains('\0') ? '\0' : '\n';
+    QStringList names;
+    const QList<QByteArray> parts = list.split(separator);
+    for (QByteArray name : parts) {
+        if (separator == '\n' && name.endsWith('\r'))
+            name.chop(1);
+        if (!name.isEmpty())
+            names << QFile::decodeName(name);
+    }
+    return names;
+}
+
+PictureFiles ListPictures(const PictureSources &sources)
+{
+    PictureFiles found;
+    Walk walk(sources, &found);
+    QStringList names = sources.named;
+    if (!sources.listFile.isEmpty())
+        names += SplitNames(ReadList(sources.listFile));
+    for (const QString &name : qAsConst(names)) {
+        if (sources.recursive && QFileInfo(AbsolutePath(name)).isDir())
+            walk.Visit(name.startsWith(QLatin1Char(':')) ? QLatin1String("./") + name : name, QString()); // no resource
+        else
+            found.pictures.append({name, QString()});
+    }
+    return found;
+}

@@ -1,0 +1,42 @@
+// The pictures of a run, from names, folders and lists of names.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+/// One picture of a run.
+struct NamedPicture {
+    QString name; // as the user knows it
+    QString
+        subpath; // of a walked folder's picture: its folder below the walked one; empty: right in it, or named itself
+};
+
+/// Returns the patterns of file names of all known formats: "*.tif" and so on.
+QStringList PictureNamePatterns();
+
+/// Returns pictures that are named individually.
+QVector<NamedPicture> Named(const QStringList &names);
+
+/// The user's request.
+struct PictureSources {
+    QStringList named; // pictures and, if recursive, folders
+    bool recursive = false;
+    QString listFile;     // names of more pictures; "-": standard input; empty: no list
+    QString resultEnding; // walks omit files with this ending, such as "_corrected.tiff"; empty: none
+    QString outputFolder; // walks omit it; empty: none
+};
+
+/// The pictures in the given order; those of a walked folder sorted by name, each folder's files before its folders. A
+/// walk takes files with the suffix of a known format, omits hidden ones, and follows links to files but not to
+/// folders.
+struct PictureFiles {
+    QVector<NamedPicture> pictures;
+    QStringList unreadable; // folders below a walked one, or it itself, which cannot be read
+};
+
+/// Finds the pictures. Throws KException with a text for the user if the list cannot be read.
+PictureFiles ListPictures(const PictureSources &sources);
+
+/// Splits a list of names at NUL if it contains one, otherwise at LF or CR LF. Empty names are left out.
+QStringList SplitNames(const QByteArray &list);

@@ -1,0 +1,164 @@
+#include "CorrectRun.h"
+
+#include "Console.h"
+#include "KOmp.h"
+#include "app/HostApplication.h"
+#include "app/InterruptGuard.h"
+#include "app/PictureRun.h"
+#include "app/PluginLoader.h"
+#include "gfl.h"
+
+#include <QJsonDocument>
+
+#include <malloc.h>
+
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace {
+
+/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. One heap for
+/// all threads, because each heap would keep the memory of its largest picture.
+void KeepFreedMemory()
+{
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, -1);
+    mallopt(M_ARENA_MAX, 1);
+}
+
+} // namespace
+
+CorrectRun::CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
+                       PictureCorrector *corrector, InterruptGuard *guard, Console *console)
+    : m_options(options),
+      m_plan(plan),
+      m_application(application),
+      m_corrector(corrector),
+      m_guard(guard),
+      m_console(console)
+{
+}
+
+int CorrectRun::ShareProcessors() const
+{
+    const int wanted = m_options.jobs > 0 ? m_options.jobs : komp_num_threads;
+    const int threads = qBound(1, wanted, qMax(1, m_plan.size()));
+    komp_num_threads = qMax(1, komp_num_threads / threads);
+    gflSetThreads(komp_num_threads);
+    return threads;
+}
+
+ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
+{
+    if (m_plan.size() > 1) {
+        KeepFreedMemory();
+        m_guard->FinishOnInterrupt([this] {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_console->Failure(QString(), QStringLiteral("finishing the pictures under way; again to end at once"));
+        });
+    }
+    RefuseRivals();
+    KIPluginOne2One *last = plugin.Process();
+    std::vector<std::unique_ptr<QObject>> made;
+    std::vector<KIPluginOne2One *> processes;
+    for (int i = 1; i < threads; ++i) {
+        made.push_back(plugin.MakeProcess());
+        if (auto *process = qobject_cast<KIPluginOne2One *>(made.back().get()))
+            processes.push_back(last = process);
+    }
+    m_corrector->Begin(last);
+    std::vector<std::thread> others;
+    try {
+        for (KIPluginOne2One *process : processes)
+            others.emplace_back(&CorrectRun::TakePictures, this, process);
+    } catch (const std::system_error &) {
+        // Continue with the threads that started; this one always works.
+    }
+    TakePictures(plugin.Process());
+    for (std::thread &other : others)
+        other.join();
+    m_guard->FinishOnInterrupt(nullptr);
+    if (m_begun < m_plan.size())
+        m_console->Failure(QString(),
+                           QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing goes on")
+                               .arg(m_plan.size() - m_begun)
+                               .arg(m_plan.size()));
+    m_console->Summary(m_counts);
+    return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
+}
+
+/// Reports pictures with the same output as another one, before any work is done.
+void CorrectRun::RefuseRivals()
+{
+    for (const PlannedPicture &planned : m_plan) {
+        if (planned.rival.isEmpty() || planned.repeated)
+            continue;
+        PictureReport report;
+        report.picture = planned.asNamed;
+        report.why = QStringLiteral("its output \"%1\" is already that of \"%2\"").arg(planned.output, planned.rival);
+        Report(planned, report);
+    }
+}
+
+void CorrectRun::TakePictures(KIPluginOne2One *process)
+{
+    for (;;) {
+        int number = 0;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            if (m_begun == m_plan.size() || m_guard->IsAskedToStop())
+                return;
+            number = ++m_begun;
+        }
+        const PlannedPicture &planned = m_plan[number - 1];
+        if (!planned.rival.isEmpty() && !planned.repeated)
+            continue;
+        CorrectAndReport(process, number);
+        if (!planned.repeated) // the first of that name may still need it
+            m_application->Forget(planned.picture);
+    }
+}
+
+/// @param number  of the picture, from 1.
+void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
+{
+    const PlannedPicture &planned = m_plan[number - 1];
+    PictureReport report;
+    QElapsedTimer timer;
+    timer.start();
+    try {
+        report.picture = planned.asNamed;
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
+        }
+        m_corrector->Correct(process, planned, &report);
+    } catch (...) {
+        report.outcome = PictureReport::Outcome::Failed;
+        report.why = TextOfCurrentException();
+    }
+    report.seconds = static_cast<double>(timer.elapsed()) / 1000.0;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_console->EndProgress(number);
+    Report(planned, report);
+}
+
+/// Prints all lines of a picture together.
+void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &report)
+{
+    if (!report.facts.isEmpty())
+        m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));
+    for (const QString &note : report.notes)
+        m_console->Note(planned.asNamed, note);
+    if (report.outcome == PictureReport::Outcome::Failed)
+        m_console->Failure(planned.asNamed, report.why);
+    if (m_options.json) {
+        const QByteArray record = QJsonDocument(ToJson(report)).toJson(QJsonDocument::Compact);
+        m_console->Print(QString::fromUtf8(record) + QLatin1Char('\n'));
+    } else if (report.outcome == PictureReport::Outcome::Corrected
+               || report.outcome == PictureReport::Outcome::Planned) {
+        m_console->PrintName(planned.output);
+    }
+    ++m_counts[report.outcome];
+}

@@ -1,0 +1,41 @@
+// The run of `vitrelux correct`: corrects pictures on several threads and reports each when it is finished.
+#pragma once
+
+#include "PictureCorrector.h"
+
+#include <QElapsedTimer>
+#include <QMap>
+#include <QVector>
+
+class Console;
+class PluginLoader;
+
+/// One run over all pictures. No wizard page is shown, so the process gets only a record per picture: SetFiles and
+/// OnValidatePage belong to the page.
+///
+/// Each thread has a separate process object and takes the next picture when it is free.
+class CorrectRun {
+public:
+    CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
+               PictureCorrector *corrector, InterruptGuard *guard, Console *console);
+
+    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return their number.
+    int ShareProcessors() const;
+    ExitCode CorrectAll(const PluginLoader &plugin, int threads);
+
+private:
+    void RefuseRivals();
+    void TakePictures(KIPluginOne2One *process);
+    void CorrectAndReport(KIPluginOne2One *process, int number);
+    void Report(const PlannedPicture &planned, const PictureReport &report);
+
+    const CorrectOptions &m_options;
+    const QVector<PlannedPicture> m_plan;
+    HostApplication *m_application;
+    PictureCorrector *m_corrector;
+    InterruptGuard *m_guard;
+    Console *m_console;
+    std::mutex m_mutex; // guards the console and all members below
+    int m_begun = 0;
+    QMap<PictureReport::Outcome, int> m_counts;
+};

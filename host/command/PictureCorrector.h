@@ -1,0 +1,60 @@
+// The correction of one picture of `vitrelux correct`, plain or fitted.
+#pragma once
+
+#include "CommandLine.h"
+#include "PictureReport.h"
+#include "app/MemoryBudget.h"
+#include "app/ProfileUse.h"
+
+#include <QHash>
+
+#include <memory>
+#include <mutex>
+
+class FittedCorrection;
+class HostApplication;
+class InterruptGuard;
+class KIPluginOne2One;
+class ProfileLookup;
+class SearchedFolders;
+struct FittedRequest;
+
+/// Corrector of pictures by the options; in a dry run it only reports what it would do. Any thread, each with a
+/// separate process object.
+class PictureCorrector {
+public:
+    /// @param lookup   null if the user named a profile, or if fitted
+    /// @param folders  null if plain
+    PictureCorrector(const CorrectOptions &options, HostApplication *application, ProfileLookup *lookup,
+                     const SearchedFolders *folders, InterruptGuard *guard);
+    ~PictureCorrector();
+
+    /// Call it after the plug-in is loaded.
+    /// @param lookupProcess  looks up plain profiles: the last one made, as ProfileLookup requires.
+    void Begin(KIPluginOne2One *lookupProcess);
+
+    /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the
+    /// picture's name, or any exception of the process; earlier notes stay.
+    void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
+
+private:
+    void CorrectPlain(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
+    void CorrectFitted(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
+    FittedRequest RequestFor(KIPluginOne2One *process) const;
+    QString ProfileFor(const PlannedPicture &planned, PictureReport *report);
+    const ProfileUse &JudgedProfile(const QString &profile);
+    Corrections UsableCorrections(const QString &name, const ProfileUse &profile) const;
+    void NoteMismatch(const PlannedPicture &planned, const QString &name, const ProfileUse &profile,
+                      PictureReport *report) const;
+
+    const CorrectOptions &m_options;
+    HostApplication *m_application;
+    ProfileLookup *m_lookup;
+    const SearchedFolders *m_folders;
+    std::unique_ptr<FittedCorrection> m_fitted; // null: plain
+    InterruptGuard *m_guard;
+    MemoryBudget m_memory;
+    std::mutex m_mutex; // guards the lookup and all members below
+    KIPluginOne2One *m_lookupProcess = nullptr;
+    QHash<QString, ProfileUse> m_profiles; // by name, so that each is read once
+};

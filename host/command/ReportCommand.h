@@ -1,0 +1,19 @@
+// `vitrelux report`: summarizes the records of `correct --json`.
+#pragma once
+
+#include "CommandLine.h"
+#include "PictureReport.h"
+
+#include <QVector>
+
+class Console;
+
+/// Reads the records of one file, one JSON object per line; empty lines are ignored.
+/// @param problems  receives "LINE: text" for each line that isn't a record, and a text if the file can't be read.
+QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
+
+/// Returns the summary of several runs over the same pictures: each picture counts once, by its last record, except
+/// that a corrected picture stays corrected if a later run skips it.
+QString SumOfReports(const QVector<PictureReport> &reports);
+
+ExitCode RunReport(const ReportOptions &options, Console *console);

@@ -1,0 +1,29 @@
+// The plug-in, prepared for the wizard.
+#pragma once
+
+#include "app/FittedCorrection.h"
+#include "app/PluginLoader.h"
+#include "app/SearchedFolders.h"
+
+/// Loads the plug-in with a fitted process. All corrections are on for users who never stored a choice, as on the
+/// command line; the plug-in alone begins with none. The arguments must outlive the object, and the object the windows.
+class WizardPlugin {
+public:
+    /// @param file  the plug-in's library; empty: the one installed with this program.
+    /// @param lensPath  the only folder that is searched for profiles; empty: the usual ones.
+    WizardPlugin(HostApplication *application, const QString &file, const QString &lensPath, InterruptGuard *guard);
+
+    /// Returns why the object cannot be used; empty if it can.
+    QString Problem() const;
+    KIPluginOne2One *Process() const { return m_process; }
+    FittedCorrection *Correction() { return &m_correction; }
+
+private:
+    bool SwitchOnUnchosen(HostApplication *application) const;
+
+    SearchedFolders m_folders; // before the plug-in, which reads its folder when it is loaded
+    PluginLoader m_loader;
+    std::unique_ptr<QObject> m_another; // the process in use, if not the loader's
+    KIPluginOne2One *m_process;
+    FittedCorrection m_correction;
+};

@@ -1,0 +1,25 @@
+// Boxes of ISO base media files (ISO/IEC 14496-12, 4.2), which hold HEIF, AVIF and JPEG XL.
+#pragma once
+
+#include "source.h"
+
+#include <vector>
+
+namespace imagefile {
+
+/// A box: its length with its head, four letters, contents.
+struct IsoBox {
+    std::uint64_t begin = 0, end = 0; // of the contents, as far as the file has them
+    char name[5] = "";
+    bool isComplete = false;
+
+    bool Is(const char *other) const;
+};
+
+/// Returns the boxes in a range of a file, up to the first invalid one; the last may be incomplete.
+std::vector<IsoBox> IsoBoxesIn(const Source &source, std::uint64_t begin, std::uint64_t end);
+
+/// Returns the first box of a name; an empty one if there is none.
+IsoBox FindIsoBox(const std::vector<IsoBox> &boxes, const char *name);
+
+} // namespace imagefile

@@ -1,0 +1,68 @@
+// Shared by the files of the HEIF codec: one file in libheif. AVIF is HEIF with pictures by AV1.
+#pragma once
+
+#include "core/codec.h"
+#include "heif_boxes.h"
+
+#include <libheif/heif.h>
+#include <memory>
+
+namespace imagefile {
+
+/// Calls one of libheif's functions that free something.
+template <auto Free> struct HeifDeleter {
+    template <class T> void operator()(T *object) const { Free(object); }
+};
+using HeifContext = std::unique_ptr<heif_context, HeifDeleter<heif_context_free>>;
+using HeifHandle = std::unique_ptr<heif_image_handle, HeifDeleter<heif_image_handle_release>>;
+using HeifColors = std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_nclx_color_profile_free>>;
+using HeifImage = std::unique_ptr<heif_image, HeifDeleter<heif_image_release>>;
+
+/// The main picture of a file, pixels as the camera stored them: libheif would turn them, but here the orientation is
+/// reported as EXIF's, which then replaces EXIF's own (ISO/IEC 23008-12 makes that one a mere note).
+class HeifFile {
+public:
+    HeifFile() = default;
+    HeifFile(const HeifFile &) = delete;
+    HeifFile &operator=(const HeifFile &) = delete;
+
+    /// Reads the headers and checks sizes. @p source must outlive the object.
+    Status Open(const Source &source);
+    void Describe(GFL_FILE_INFORMATION *info) const;
+    Status ReadPixels(RowSink *rows);
+    void ReadMetadata(Metadata *metadata) const;
+
+private:
+    struct Stream {
+        const Source *source = nullptr;
+        std::uint64_t at = 0;
+    };
+    static const heif_reader &Reader();
+    Status CheckSize();
+    Status Decode(HeifImage *image);
+    /// Returns whether libheif is to crop and turn: it can only do all of that or nothing. Nothing is exact, and
+    /// possible for any depth (it mirrors only 8 bits), but then it fails where opacity is turned, or cropped from
+    /// another size.
+    bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
+    /// Returns the turn of the decoded picture against the stored one.
+    HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }
+    Status PassOn(const heif_image &image, RowSink *rows) const;
+    void TakeBlock(heif_item_id id, Metadata *metadata) const;
+    void TakeColors(Metadata *metadata) const;
+
+    Stream m_stream; // must outlive the context
+    HeifContext m_context;
+    HeifHandle m_handle;
+    HeifProperties m_properties;
+    int m_width = 0, m_height = 0; // of the delivered picture
+    PixelForm m_form;
+};
+
+/// Returns libheif's error as one of the layer's.
+Status HeifStatus(const heif_error &error);
+
+const Codec &HeifCodec();
+/// The same for files of AVIF's brands.
+const Codec &AvifCodec();
+
+} // namespace imagefile

@@ -1,0 +1,51 @@
+// Shared by the files of the JPEG XL codec: one file in libjxl.
+#pragma once
+
+#include "core/bytes.h"
+#include "core/codec.h"
+
+#include <jxl/decode.h>
+#include <memory>
+
+namespace imagefile {
+
+struct JxlDecoderDeleter {
+    void operator()(JxlDecoder *decoder) const { JxlDecoderDestroy(decoder); }
+};
+
+/// One decoding. Pixels stay as stored: the orientation is EXIF's, and replaces EXIF's own, which ISO/IEC 18181-2 makes
+/// a note.
+class JxlFile {
+public:
+    JxlFile() = default;
+    JxlFile(const JxlFile &) = delete;
+    JxlFile &operator=(const JxlFile &) = delete;
+
+    /// Reads the header and checks sizes. @p source must outlive the object.
+    Status Open(const Source &source);
+    void Describe(GFL_FILE_INFORMATION *info) const;
+    /// Passes on the first frame.
+    Status ReadPixels(RowSink *rows);
+    /// Leaves out what a truncated file lacks.
+    void ReadMetadata(Metadata *metadata);
+
+private:
+    JxlDecoderStatus Next();
+    bool Refill();
+    Status TakeInfo();
+    Status Failure(JxlDecoderStatus status) const;
+    JxlPixelFormat Format() const;
+    void ChooseColors();
+    void TakeColors(Metadata *metadata) const;
+
+    const Source *m_source = nullptr;
+    std::uint64_t m_at = 0; // the end of the piece
+    Bytes m_piece;          // given to the decoder
+    std::unique_ptr<JxlDecoder, JxlDecoderDeleter> m_decoder;
+    JxlBasicInfo m_info = {};
+    PixelForm m_form;
+};
+
+const Codec &JxlCodec();
+
+} // namespace imagefile

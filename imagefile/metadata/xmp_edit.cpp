@@ -1,0 +1,154 @@
+#include "xmp_edit.h"
+
+#include <algorithm>
+#include <iterator>
+#include <mutex>
+#include <string_view>
+
+namespace imagefile {
+
+namespace {
+
+/// Settings of raw converters, and their stored variants.
+constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
+
+/// Properties of the source's file. The structure of the new one is in its own tags. Exiv2 doesn't read the extended
+/// packets of a JPEG, so they are not carried, and nothing may point to them.
+struct FileProperty {
+    std::string_view prefix, name;
+};
+constexpr FileProperty kExtended = {"xmpNote", "HasExtendedXMP"}; // of a JPEG, in further segments
+constexpr FileProperty kOfFile[] = {
+    {"tiff", "BitsPerSample"},          {"tiff", "Compression"},         {"tiff", "PhotometricInterpretation"},
+    {"tiff", "SamplesPerPixel"},        {"tiff", "PlanarConfiguration"}, {"tiff", "YCbCrSubSampling"},
+    {"tiff", "YCbCrPositioning"},       {"tiff", "NativeDigest"},        {"exif", "NativeDigest"},
+    {"exif", "CompressedBitsPerPixel"}, {"xmp", "Thumbnails"},           kExtended,
+};
+
+template <class Drop> void Remove(Exiv2::XmpData *xmp, Drop drop)
+{
+    for (auto at = xmp->begin(); at != xmp->end();)
+        at = drop(*at) ? xmp->erase(at) : std::next(at);
+}
+
+bool IsOwnRecord(const Exiv2::Xmpdatum &datum)
+{
+    return datum.groupName() == "vitrelux";
+}
+
+bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
+{
+    return std::find(std::begin(kDevelopPrefixes), std::end(kDevelopPrefixes), datum.groupName())
+        != std::end(kDevelopPrefixes);
+}
+
+/// Parts of a structure or an array are called after it: "Thumbnails[1]/xmpGImg:image".
+bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
+{
+    const std::string tag = datum.tagName();
+    return datum.groupName() == property.prefix && tag.substr(0, tag.find_first_of("[/")) == property.name;
+}
+
+bool IsOfFile(const Exiv2::Xmpdatum &datum)
+{
+    return std::any_of(std::begin(kOfFile), std::end(kOfFile),
+                       [&](const FileProperty &one) { return IsNamed(datum, one); });
+}
+
+bool SaysApplied(const Exiv2::XmpData &xmp)
+{
+    const auto found = xmp.findKey(Exiv2::XmpKey("Xmp.crs.AlreadyApplied"));
+    const std::string text = found == xmp.end() ? std::string() : found->toString();
+    return text == "True" || text == "true" || text == "1";
+}
+
+void SetIfThere(const char *key, long value, Exiv2::XmpData *xmp)
+{
+    if (const auto found = xmp->findKey(Exiv2::XmpKey(key)); found != xmp->end())
+        found->setValue(std::to_string(value));
+}
+
+void MakeTrue(PictureSize size, const Exiv2::ExifData &exif, Exiv2::XmpData *xmp)
+{
+    if (std::any_of(xmp->begin(), xmp->end(), [](const Exiv2::Xmpdatum &one) { return IsNamed(one, kExtended); }))
+        Warn("metadata is left out: the part of the XMP that does not fit into one segment of the JPEG");
+    if (!SaysApplied(*xmp))
+        Remove(xmp, IsDevelopSetting);
+    Remove(xmp, IsOwnRecord);
+    Remove(xmp, IsOfFile);
+    SetIfThere("Xmp.tiff.ImageWidth", size.width, xmp);
+    SetIfThere("Xmp.tiff.ImageLength", size.height, xmp);
+    SetIfThere("Xmp.exif.PixelXDimension", size.width, xmp);
+    SetIfThere("Xmp.exif.PixelYDimension", size.height, xmp);
+    if (const auto turn = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation")); turn != exif.end())
+        SetIfThere("Xmp.tiff.Orientation", turn->toLong(), xmp);
+}
+
+void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
+{
+    for (const Exiv2::Xmpdatum &datum : record) {
+        Remove(xmp, [&](const Exiv2::Xmpdatum &old) { return old.key() == datum.key(); });
+        if (datum.size() > 0)
+            xmp->add(datum);
+    }
+}
+
+/// Returns an empty packet if Exiv2 can't write the properties.
+Bytes Encoded(const Exiv2::XmpData &xmp)
+{
+    std::string packet;
+    const std::unique_lock lock(XmpNamespaces());
+    try {
+        if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
+            packet.clear();
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) {
+        packet.clear();
+    }
+    return Bytes(packet.begin(), packet.end());
+}
+
+/// Returns false if the packet is damaged; @p xmp then holds what was read before.
+bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
+{
+    const std::shared_lock lock(XmpNamespaces());
+    try {
+        return packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+} // namespace
+
+void SetPixelSize(PictureSize size, Exiv2::ExifData *exif)
+{
+    if (exif->empty())
+        return;
+    const auto width = static_cast<std::uint32_t>(size.width), height = static_cast<std::uint32_t>(size.height);
+    (*exif)["Exif.Photo.PixelXDimension"] = width;
+    (*exif)["Exif.Photo.PixelYDimension"] = height;
+    if (exif->findKey(Exiv2::ExifKey("Exif.Iop.RelatedImageWidth")) == exif->end())
+        return;
+    (*exif)["Exif.Iop.RelatedImageWidth"] = width;
+    (*exif)["Exif.Iop.RelatedImageLength"] = height;
+}
+
+Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size, const Exiv2::ExifData &exif)
+{
+    Exiv2::XmpData edited;
+    if (!Decode(xmp, &edited))
+        Warn("damaged metadata is left out: the XMP can't be read");
+    MakeTrue(size, exif, &edited);
+    Set(record, &edited);
+    Bytes packet = Encoded(edited);
+    if (!packet.empty() || edited.empty())
+        return packet;
+    Warn("damaged metadata is left out: the XMP can't be written again");
+    return Encoded(record);
+}
+
+} // namespace imagefile

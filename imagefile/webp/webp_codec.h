@@ -1,0 +1,37 @@
+// Shared by the files of the WebP codec: the parts of a file.
+#pragma once
+
+#include "core/codec.h"
+
+namespace imagefile {
+
+/// Bytes of a file: a chunk's contents.
+struct WebpRange {
+    std::uint64_t at = 0;
+    std::uint64_t size = 0; // 0 if there is none
+};
+
+/// A WebP file by its chunk headers: a picture, or the first frame of an animation.
+struct WebpLayout {
+    int width = 0, height = 0; // of the canvas: the delivered picture
+    int left = 0, top = 0;     // of the frame on the canvas
+    int frameWidth = 0, frameHeight = 0;
+    bool isAnimated = false;
+    bool hasAlpha = false; // of the frame, or because it doesn't cover the canvas
+    WebpRange frame;       // its chunks with their headers: perhaps ALPH, then VP8 or VP8L
+    WebpRange icc, exif, xmp;
+
+    bool CoversCanvas() const { return frameWidth == width && frameHeight == height; }
+};
+
+/// Reads the chunk headers and checks sizes. A file that ends before the end of the frame gives GFL_ERROR_FILE_READ;
+/// one that ends later lacks its metadata.
+Status ReadWebpLayout(const Source &source, WebpLayout *layout);
+
+Status ReadWebpInfo(const Source &source, GFL_FILE_INFORMATION *info);
+Status ReadWebpPixels(const Source &source, RowSink *rows);
+Status ReadWebpMetadata(const Source &source, Metadata *metadata);
+
+const Codec &WebpCodec();
+
+} // namespace imagefile

@@ -1,0 +1,139 @@
+#include "CorrectionRecord.h"
+
+#include "FittedRecord.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace {
+
+struct CorrectionRow {
+    const char *name;
+    bool FitResult::*made;
+    bool FitOptions::*wanted;
+    Fact<bool> PictureFacts::*before;
+    bool PictureFacts::*tried;
+    double FitOptions::*amount;
+    const char *scale; // of 100 % in camera raw settings
+};
+
+constexpr CorrectionRow kCorrections[] = {
+    {"distortion", &FitResult::distortion, &FitOptions::distortion, &PictureFacts::distortionDone,
+     &PictureFacts::distortionTried, &FitOptions::amountDistortion, "LensProfileDistortionScale"},
+    {"lateral color", &FitResult::chromatic, &FitOptions::chromatic, &PictureFacts::chromaticDone,
+     &PictureFacts::chromaticTried, &FitOptions::amountChromatic, "LensProfileChromaticAberrationScale"},
+    {"vignetting", &FitResult::vignetting, &FitOptions::vignetting, &PictureFacts::vignettingDone,
+     &PictureFacts::vignettingTried, &FitOptions::amountVignetting, "LensProfileVignettingScale"},
+};
+
+/// The names of the corrections for which @p isOne is true.
+template <typename Predicate> QString Names(Predicate isOne)
+{
+    QStringList names;
+    for (const CorrectionRow &row : kCorrections)
+        if (isOne(row))
+            names << QLatin1String(row.name);
+    return names.join(QStringLiteral(", "));
+}
+
+/// What the camera did is known from elsewhere, and stays in the picture.
+bool IsInXmp(const Fact<bool> &done)
+{
+    return done.value && done.source.startsWith(QLatin1String("XMP "));
+}
+
+/// How files name the profile.
+struct ProfileNames {
+    QString name;         // the profile's own one if it has one
+    QString file, digest; // empty for lensfun's
+};
+
+/// The digest identifies the file for other programs, which use MD5 for it.
+ProfileNames NamesOf(const FitResult &fit)
+{
+    const QLatin1String lensfun("lensfun:");
+    if (fit.profile.startsWith(lensfun))
+        return {fit.profile.mid(lensfun.size()), {}, {}}; // lens names contain slashes
+    const QFileInfo info(fit.profile);
+    QFile file(fit.profile);
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    const bool isRead = file.open(QIODevice::ReadOnly) && hash.addData(&file);
+    return {fit.profileName.isEmpty() ? info.completeBaseName() : fit.profileName, info.fileName(),
+            isRead ? QString::fromLatin1(hash.result().toHex().toUpper()) : QString()};
+}
+
+/// Adds properties of one namespace.
+class Properties {
+public:
+    Properties(const char *prefix, KImage::EditRecord *record)
+        : m_prefix(QStringLiteral("Xmp.%1.").arg(QLatin1String(prefix))), m_record(record)
+    {
+    }
+    /// An empty text removes what the source had.
+    void Set(const char *name, const QString &text) { m_record->append({m_prefix + QLatin1String(name), text}); }
+
+private:
+    const QString m_prefix;
+    KImage::EditRecord *m_record;
+};
+
+void AddOwn(const FitResult &fit, const PictureFacts &facts, const FitOptions &options, const ProfileNames &profile,
+            KImage::EditRecord *record)
+{
+    Properties own("vitrelux", record);
+    own.Set("Version", QStringLiteral(VITRELUX_VERSION));
+    own.Set("Corrections",
+            Names([&](const CorrectionRow &row) { return fit.*row.made || IsInXmp(facts.*row.before); }));
+    own.Set("Requested", Names([&](const CorrectionRow &row) {
+                return (options.*row.wanted && options.*row.amount > 0.0) || IsInXmp(facts.*row.before)
+                    || facts.*row.tried;
+            }));
+    own.Set("Profile", profile.file.isEmpty() ? fit.profile : profile.file);
+    own.Set("ProfileName", profile.name);
+    own.Set("ProfileDigest", profile.digest);
+    own.Set("Entries", fit.entries);
+    own.Set("Zoom", QString::number(fit.zoom, 'g', 6));
+    fitted::Write(fitted::Options::All, options, [&](const QString &name, const QString &text) {
+        if (name != QLatin1String("Again") && name != QLatin1String("Source"))
+            own.Set(name.toLatin1(), text);
+    });
+}
+
+void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                  const ProfileNames &profile, KImage::EditRecord *record)
+{
+    Properties crs("crs", record);
+    crs.Set("AlreadyApplied", QStringLiteral("True"));
+    crs.Set("LensProfileEnable", QStringLiteral("1"));
+    crs.Set("LensProfileSetup", options.profile.isEmpty() ? QStringLiteral("Auto") : QStringLiteral("Custom"));
+    crs.Set("LensProfileName", profile.name);
+    crs.Set("LensProfileFilename", profile.file);
+    crs.Set("LensProfileDigest", profile.digest);
+    crs.Set("LensProfileIsEmbedded", QString());
+    for (const CorrectionRow &row : kCorrections) {
+        if (fit.*row.made)
+            crs.Set(row.scale, QString::number(std::lround(options.*row.amount * 100.0)));
+        else if (!IsInXmp(facts.*row.before)) // otherwise the source says it
+            crs.Set(row.scale, QStringLiteral("0"));
+    }
+}
+
+} // namespace
+
+QString CorrectionsText(const FitResult &fit)
+{
+    return Names([&](const CorrectionRow &row) { return fit.*row.made; });
+}
+
+KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options)
+{
+    const ProfileNames profile = NamesOf(fit);
+    KImage::EditRecord record;
+    record.append({QStringLiteral("Xmp.dc.format"), QStringLiteral("image/tiff")});
+    AddOwn(fit, facts, options, profile, &record);
+    AddCameraRaw(fit, facts, options, profile, &record);
+    return record;
+}

@@ -1,0 +1,13 @@
+// The record of a fitted correction in the XMP of its result.
+#pragma once
+
+#include "Fit.h"
+#include "KImage.h"
+
+/// The corrections made, by name: "distortion, lateral color, vignetting".
+QString CorrectionsText(const FitResult &fit);
+
+/// Returns the XMP properties of the result (docs/fitting.md lists them): our own, by which a later run knows what was
+/// done, and those of camera raw settings, by which other programs do. Corrections that the source's XMP reports remain
+/// reported. Reads the profile's file for its digest.
+KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options);

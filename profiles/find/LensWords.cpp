@@ -1,0 +1,308 @@
+#include "LensWords_p.h"
+
+#include <QRegularExpression>
+#include <QVector>
+
+namespace {
+
+using Pattern = QRegularExpression;
+
+/// A spelling and its canonical form. Applied in order to the case-folded text, before it is split into words.
+struct Spelling {
+    const char *pattern;
+    const char *replacement;
+};
+
+constexpr Spelling kSpellings[] = {
+    {"ƒ", "f"},
+    {"×", "x"},
+    {"t\\*", " tstar "},
+    {"(\\d),(\\d)", "\\1.\\2"}, // decimal commas
+    {"[‐-―−~～]", "-"},         // dashes of all lengths
+    {"\\bpower\\s*o\\.?i\\.?s\\.?\\b|\\bmega\\s*o\\.?i\\.?s\\.?\\b|\\bo\\.i\\.s\\.?", " ois "},
+    {"\\b(ef|rf)-?s(?=[\\s\\d]|$)", " \\1s "}, // before a number or a space: a mount, not the end of a word
+    {"\\bef-?m(?=[\\s\\d]|$)", " efm "},
+    {"\\bai-?s\\b", " ais "},
+    {"\\baf-?([spi])\\b", " af\\1 "},
+    {"\\bdi\\s*iii-?a\\b|\\bdi\\s*iii\\b", " dithree "},
+    {"\\bdi\\s*ii\\b", " ditwo "},
+    {"\\bda\\s?\\*|\\bstar-?da\\b", " dastar "},
+    {"\\bfa\\s?\\*", " fastar "},
+    {"\\bpentax-([afkm])\\b", " pentax pk\\1 "}, // its mounts before autofocus, and the first with it
+    {"\\b(summilux|summicron|elmarit|noctilux|summarit|elmar)-m\\b", " \\1 leicam "},
+    {"\\bm\\.\\s?zuiko|\\bm\\s?zuiko|\\bolympus m\\.(?=\\d)", " olympus mzuiko "},
+    {"\\bat-?x\\b", " atx "},
+    {"\\bmark\\s+(?=i)|\\bmk\\.?\\s*(?=i)", " "}, // "Mark II" is "II"
+    {"\\btype\\s*(\\d)\\b", " type\\1 "},
+    {"\\|\\s*a\\b|\\[a\\]", " art "},
+    {"\\|\\s*c\\b|\\[c\\]", " contemporary "},
+    {"\\|\\s*s\\b|\\[s\\]", " sports "},
+    {"\\bsport\\b", "sports"},
+    {"\\basph(erical)?\\.?(?![a-z])", " asph "},
+    {"\\bvario-?(elmar|elmarit|sonnar|tessar|summilux|summicron)\\b", " \\1 "},
+    {"\\b(zoom|micro)-nikkor\\b", " \\1 nikkor "},
+    {"\\bmicro\\b", " macro "},
+    {"\\bvoigtlander\\b", "voigtländer"},
+    {"\\bfish-?eye\\b|\\bcircular(?! fish)\\b", " fisheye "},
+};
+
+constexpr Mark kMarks[] = {
+    {"ii", Group::Generation, nullptr},
+    {"iii", Group::Generation, nullptr},
+    {"iv", Group::Generation, nullptr},
+    {"v", Group::Generation, nullptr},
+    {"vi", Group::Generation, nullptr},
+    {"g2", Group::Generation, nullptr},
+    {"type2", Group::Generation, "ii"},
+    {"new", Group::Generation, nullptr},
+    {"mkii", Group::Generation, "ii"},
+    {"is", Group::Stabilizer, "stabilized"},
+    {"vr", Group::Stabilizer, "stabilized"},
+    {"os", Group::Stabilizer, "stabilized"},
+    {"vc", Group::Stabilizer, "stabilized"},
+    {"oss", Group::Stabilizer, "stabilized"},
+    {"ois", Group::Stabilizer, "stabilized"},
+    {"usm", Group::Motor, nullptr},
+    {"stm", Group::Motor, nullptr},
+    {"hsm", Group::Motor, nullptr},
+    {"sdm", Group::Motor, nullptr},
+    {"vcm", Group::Motor, nullptr},
+    {"usd", Group::Motor, nullptr},
+    {"pzd", Group::Motor, nullptr},
+    {"ef", Group::Mount, nullptr},
+    {"efs", Group::Mount, nullptr},
+    {"efm", Group::Mount, nullptr},
+    {"rf", Group::Mount, nullptr},
+    {"rfs", Group::Mount, nullptr},
+    {"fe", Group::Mount, nullptr},
+    {"e", Group::Mount, nullptr},
+    {"dt", Group::Mount, nullptr},
+    {"ssm", Group::Mount, nullptr}, // focus motors of Sony's A-mount only
+    {"sam", Group::Mount, nullptr},
+    {"xf", Group::Mount, nullptr},
+    {"xc", Group::Mount, nullptr},
+    {"gf", Group::Mount, nullptr},
+    {"mzuiko", Group::Mount, nullptr},
+    {"zuiko", Group::Mount, nullptr},
+    {"da", Group::Mount, nullptr},
+    {"dastar", Group::Mount, nullptr},
+    {"fa", Group::Mount, nullptr},
+    {"fastar", Group::Mount, nullptr},
+    {"dfa", Group::Mount, nullptr},
+    {"afs", Group::Mount, nullptr},
+    {"afp", Group::Mount, nullptr},
+    {"af", Group::Mount, nullptr},
+    {"ais", Group::Mount, nullptr},
+    {"series", Group::Mount, nullptr}, // Nikon Lens Series E
+    {"z", Group::Mount, nullptr},
+    {"pka", Group::Mount, nullptr},
+    {"pkf", Group::Mount, nullptr},
+    {"pkk", Group::Mount, nullptr},
+    {"pkm", Group::Mount, nullptr},
+    {"takumar", Group::Mount, nullptr},
+    {"lumix", Group::Mount, nullptr},
+    {"dx", Group::Format, nullptr},
+    {"dn", Group::Format, nullptr},
+    {"di", Group::Format, nullptr},
+    {"dithree", Group::Format, nullptr},
+    {"ditwo", Group::Format, nullptr},
+    {"dc", Group::Circle, nullptr},
+    {"dg", Group::Circle, nullptr},
+    {"d", Group::Letter, nullptr},
+    {"g", Group::Letter, nullptr},
+    {"l", Group::Purpose, nullptr},
+    {"gm", Group::Line, nullptr},
+    {"za", Group::Line, nullptr},
+    {"art", Group::Line, nullptr},
+    {"contemporary", Group::Line, nullptr},
+    {"sports", Group::Line, nullptr},
+    {"ex", Group::Line, nullptr},
+    {"fisheye", Group::Purpose, nullptr},
+    {"pz", Group::Purpose, nullptr},
+    {"do", Group::Purpose, nullptr},
+    {"wr", Group::Design, nullptr},
+    {"lm", Group::Design, nullptr},
+    {"apd", Group::Design, nullptr},
+    {"apo", Group::Design, nullptr},
+    {"umc", Group::Design, nullptr},
+    {"tilt", Group::Purpose, nullptr},
+    {"reflex", Group::Purpose, nullptr},
+    {"ez", Group::Purpose, nullptr},
+    {"le", Group::Purpose, nullptr},
+    {"cine", Group::Purpose, nullptr},
+    {"limited", Group::Line, nullptr},
+    {"xs", Group::Line, nullptr},
+    {"summilux", Group::Line, nullptr},
+    {"summicron", Group::Line, nullptr},
+    {"elmarit", Group::Line, nullptr},
+    {"noctilux", Group::Line, nullptr},
+    {"summarit", Group::Line, nullptr},
+    {"elmar", Group::Line, nullptr},
+    {"hd", Group::Generation, nullptr},
+    // Results of kOwnMarks, which no text has.
+    {"nikon-e", Group::Letter, nullptr},
+    {"olympus-r", Group::Generation, nullptr},
+    {"leicam-asph", Group::Generation, nullptr},
+    {"hsm-contemporary", Group::Generation, nullptr},
+};
+
+struct Family {
+    const char *word;
+    const char *maker;
+};
+
+/// Makers by name and by lens families that only they make.
+constexpr Family kFamilies[] = {
+    {"canon", "canon"},
+    {"nikon", "nikon"},
+    {"nikkor", "nikon"},
+    {"sony", "sony"},
+    {"minolta", "minolta"},
+    {"olympus", "olympus"},
+    {"zuiko", "olympus"},
+    {"mzuiko", "olympus"},
+    {"om", "olympus"},
+    {"pentax", "pentax"},
+    {"panasonic", "panasonic"},
+    {"lumix", "panasonic"},
+    {"fujifilm", "fujifilm"},
+    {"fujinon", "fujifilm"},
+    {"sigma", "sigma"},
+    {"tamron", "tamron"},
+    {"tokina", "tokina"},
+    {"samyang", "samyang"},
+    {"rokinon", "samyang"},
+    {"zeiss", "zeiss"},
+    {"leica", "leica"},
+    {"summilux", "leica"},
+    {"summicron", "leica"},
+    {"elmarit", "leica"},
+    {"noctilux", "leica"},
+    {"summarit", "leica"},
+    {"elmar", "leica"},
+    {"contax", "contax"},
+    {"voigtländer", "voigtländer"},
+    {"viltrox", "viltrox"},
+    {"laowa", "laowa"},
+    {"samsung", "samsung"},
+    {"schneider", "schneider"},
+    {"hasselblad", "hasselblad"},
+    {"ricoh", "ricoh"},
+    {"meike", "meike"},
+    {"ttartisan", "ttartisan"},
+    {"7artisans", "7artisans"},
+    {"apple", "apple"},
+    {"casio", "casio"},
+    {"dji", "dji"},
+    {"gopro", "gopro"},
+    {"kodak", "kodak"},
+    {"google", "google"},
+    {"venus", "laowa"},
+    {"mitakon", "mitakon"},
+    {"zhongyi", "mitakon"},
+    {"irix", "irix"},
+    {"kamlan", "kamlan"},
+    {"sirui", "sirui"},
+    {"astrhori", "astrhori"},
+    {"kipon", "kipon"},
+    {"handevision", "handevision"},
+    {"opteka", "opteka"},
+    {"vivitar", "vivitar"},
+    {"soligor", "soligor"},
+    {"cosina", "cosina"},
+    {"chinon", "chinon"},
+    {"mamiya", "mamiya"},
+    {"petri", "petri"},
+    {"miranda", "miranda"},
+    {"beroflex", "beroflex"},
+    {"efs", "canon"},
+    {"ef", "canon"},
+    {"efm", "canon"},
+    {"rf", "canon"},
+    {"rfs", "canon"},
+    {"fe", "sony"},
+    {"art", "sigma"},
+    {"contemporary", "sigma"},
+    {"sports", "sigma"},
+    {"dn", "sigma"},
+    {"ditwo", "tamron"},
+    {"dithree", "tamron"},
+    {"atx", "tokina"},
+    {"gm", "sony"},
+    {"za", "sony"},
+    {"dastar", "pentax"},
+    {"smc", "pentax"},
+    {"yongnuo", "yongnuo"},
+    {"pentacon", "pentacon"},
+    {"xf", "fujifilm"},
+    {"xc", "fujifilm"},
+    {"gf", "fujifilm"},
+};
+
+/// Families that other makers use as the name of a mount: they identify the maker only if nothing else does.
+constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf", "rfs", "fe", "xf", "xc", "gf"};
+
+/// Words that do not help to identify a lens.
+constexpr const char *kIdleWords[] = {"lens", "mm", "f", "for", "and", "n", "the", "objective", "unknown", "a"};
+
+template <std::size_t kCount> bool Among(const char *const (&words)[kCount], const QString &word)
+{
+    for (const char *each : words)
+        if (word == QLatin1String(each))
+            return true;
+    return false;
+}
+
+} // namespace
+
+QString FoldedLensName(const QString &text)
+{
+    QString folded = text.simplified().toCaseFolded();
+    static const QVector<QPair<Pattern, QString>> spellings = [] {
+        QVector<QPair<Pattern, QString>> all;
+        for (const Spelling &spelling : kSpellings)
+            all.append({Pattern(QString::fromUtf8(spelling.pattern), Pattern::UseUnicodePropertiesOption),
+                        QString::fromUtf8(spelling.replacement)});
+        return all;
+    }();
+    for (const auto &spelling : spellings)
+        folded.replace(spelling.first, spelling.second);
+    return folded;
+}
+
+const Mark *FindMark(const QString &word)
+{
+    for (const Mark &mark : kMarks)
+        if (word == QLatin1String(mark.word))
+            return &mark;
+    return nullptr;
+}
+
+QString FindMaker(const QString &word)
+{
+    for (const Family &family : kFamilies)
+        if (word == QString::fromUtf8(family.word))
+            return QString::fromUtf8(family.maker);
+    return QString();
+}
+
+QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group)
+{
+    QSet<QString> found;
+    for (const Mark &mark : kMarks) {
+        const QString word = QLatin1String(mark.canonical ? mark.canonical : mark.word);
+        if (mark.group == group && marks.contains(word))
+            found.insert(word);
+    }
+    return found;
+}
+
+bool IsMountFamily(const QString &word)
+{
+    return Among(kMountFamilies, word);
+}
+
+bool IsIdleWord(const QString &word)
+{
+    return Among(kIdleWords, word);
+}

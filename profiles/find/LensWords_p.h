@@ -1,0 +1,62 @@
+// Words of lens names: spellings, makers, and the marks that tell versions apart.
+#pragma once
+
+#include <QSet>
+#include <QString>
+
+enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Circle, Line, Design, Purpose };
+
+/// Comparison rule for the marks of a group.
+enum class Rule {
+    Same,       // both names have the same marks of the group, or they contradict
+    SameIfFull, // as Same, but a picture's name of mount and numbers, or of only numbers, matches either
+    NotOther    // contradict only if both names have marks and they differ
+};
+
+struct GroupRule {
+    Group group;
+    Rule rule;
+    const char *name;
+};
+
+constexpr GroupRule kGroupRules[] = {
+    {Group::Generation, Rule::Same, "generation"},   {Group::Stabilizer, Rule::Same, "stabilizer"},
+    {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
+    {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
+    {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
+    {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::Same, "kind"},
+};
+
+struct Mark {
+    const char *word;
+    Group group;
+    const char *canonical; // shared by synonyms; null: the word
+};
+
+/// Words that distinguish versions only in names with another word, or of one maker. There they are the mark
+/// "WITH-WORD".
+struct OwnMark {
+    const char *with, *word;
+};
+
+constexpr OwnMark kOwnMarks[] = {
+    {"nikon", "e"},          // the aperture type; elsewhere Sony's mount
+    {"olympus", "r"},        // elsewhere an aperture ring
+    {"leicam", "asph"},      // lenses for other mounts often omit it
+    {"hsm", "contemporary"}, // followed older lenses with the same numbers
+};
+
+/// Returns @p text with its case folded and its spellings unified, ready to be split into words.
+QString FoldedLensName(const QString &text);
+
+/// Returns the mark that a word of a folded name is; null if none.
+const Mark *FindMark(const QString &word);
+/// Returns the canonical marks of a group that are among @p marks.
+QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
+
+/// Returns the maker that a word names or implies, by its name or a family of lenses that only it makes; else empty.
+QString FindMaker(const QString &word);
+/// Whether other makers too name a mount by this family: it identifies the maker only if nothing else does.
+bool IsMountFamily(const QString &word);
+/// Whether a word doesn't help to identify a lens.
+bool IsIdleWord(const QString &word);

@@ -1,0 +1,17 @@
+// Files for tests of fitted runs: profiles of a lens, and the metadata of pictures taken with it.
+#pragma once
+
+#include "TestFiles.h"
+
+inline const char *const kLens = "EF24-105mm f/4L IS USM";
+
+/// One entry in attribute form, of a Canon EOS 40D at 50 mm and f/8; not of the pictures' size.
+QByteArray Profile(const char *lens, bool hasVignetting = true);
+
+struct Told {
+    const char *lens = nullptr; // EXIF LensModel
+    const char *focal = nullptr, *aperture = nullptr;
+    bool wasCorrected = false;
+};
+
+void WriteMetadata(const QString &path, const Told &told);

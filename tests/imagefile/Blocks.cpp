@@ -1,0 +1,39 @@
+#include "Blocks.h"
+
+#include <lcms2.h>
+
+Blocks SomeBlocks(int orientation)
+{
+    Blocks blocks;
+    blocks.xmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+                 "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"/></x:xmpmeta>";
+    // Byte order, 42, place of the directory; one entry: tag 274, type 3, count 1; no next directory.
+    blocks.exif = QByteArray("II*\0\x8\0\0\0\x1\0\x12\x1\x3\0\x1\0\0\0", 18) + char(orientation) + QByteArray(7, '\0');
+    const cmsHPROFILE profile = cmsCreate_sRGBProfile();
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    blocks.icc.resize(static_cast<int>(size));
+    cmsSaveProfileToMem(profile, blocks.icc.data(), &size);
+    cmsCloseProfile(profile);
+    return blocks;
+}
+
+Blocks BlocksOf(const GFL_BITMAP &bitmap)
+{
+    Blocks blocks;
+    if (GFL_ICCPROFILE_DATA *icc = gflBitmapGetICCProfileEx(&bitmap)) {
+        blocks.icc = QByteArray(reinterpret_cast<char *>(icc->Data), static_cast<int>(icc->Length));
+        gflFreeICCProfile(icc);
+    }
+    if (GFL_XMP_DATA *xmp = gflBitmapGetXMPEx(&bitmap)) {
+        blocks.xmp = QByteArray(reinterpret_cast<char *>(xmp->Data), static_cast<int>(xmp->Length));
+        gflFreeXMP(xmp);
+    }
+    if (GFL_EXIF_DATAEX *exif = gflBitmapGetEXIF2(&bitmap)) {
+        for (const GFL_EXIF_ENTRYEX *entry = exif->Root; entry; entry = entry->Next)
+            if (entry->Tag == 274 && entry->Data)
+                blocks.exif = SomeBlocks(entry->Data[0]).exif;
+        gflFreeEXIF2(exif);
+    }
+    return blocks;
+}

@@ -1,0 +1,19 @@
+// Metadata blocks as formats store them, for tests of the formats that hold each block as a whole.
+#pragma once
+
+#include "Bitmaps.h"
+
+struct Blocks {
+    QByteArray icc, xmp;
+    QByteArray exif; // a TIFF
+
+    /// Returns everything in one text, to compare.
+    QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
+};
+
+/// Returns an ICC profile of lcms2's, a packet, and EXIF with only an orientation.
+Blocks SomeBlocks(int orientation = 6);
+
+/// Returns the blocks of a loaded bitmap; its EXIF as that of SomeBlocks with the bitmap's orientation, empty without
+/// one.
+Blocks BlocksOf(const GFL_BITMAP &bitmap);

@@ -1,0 +1,256 @@
+// HEIF and AVIF with libheif's encoders as reference, lossless: the matrix of H.273 that keeps RGB as it is.
+#include "Bitmaps.h"
+#include "Blocks.h"
+
+#include <QtTest>
+
+#include <libheif/heif.h>
+
+namespace {
+
+struct Spec {
+    heif_compression_format coder = heif_compression_AV1;
+    int bits = 8, channels = 3;
+    QSize size = {64, 48};
+    int orientation = 1;
+    bool isFullRange = true;
+    bool isBlended = false; // colors multiplied by opacity
+    int primaries = 1, curve = 13;
+    bool inGrid = false; // of one tile, instead of a crop
+
+    int Greatest() const { return (1 << bits) - 1; }
+    /// Returns any function of the position; the opacity goes through all quarters, the color no further than it.
+    int Sample(int x, int y, int c) const
+    {
+        const int value = (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
+        const int opacity = (x + y) % 5 * Greatest() / 4;
+        return c == 3 ? opacity : isBlended ? std::min(value, opacity) : value;
+    }
+};
+
+QByteArray Written(heif_context *context)
+{
+    QByteArray file;
+    heif_writer writer = {1, [](heif_context *, const void *data, size_t size, void *to) {
+                              static_cast<QByteArray *>(to)->append(static_cast<const char *>(data), int(size));
+                              return heif_error{heif_error_Ok, heif_suberror_Unspecified, ""};
+                          }};
+    heif_context_write(context, &writer, &file);
+    return file;
+}
+
+/// Returns the picture as the coders get it: green, blue and red in the planes of Y, Cb and Cr.
+heif_image *Picture(const Spec &spec)
+{
+    const bool isGray = spec.channels == 1, isWide = spec.bits > 8;
+    const int width = spec.size.width(), height = spec.size.height();
+    heif_image *image = nullptr;
+    heif_image_create(width, height, isGray ? heif_colorspace_monochrome : heif_colorspace_YCbCr,
+                      isGray ? heif_chroma_monochrome : heif_chroma_444, &image);
+    for (int c = 0; c < spec.channels; ++c) {
+        const heif_channel kPlanes[] = {heif_channel_Cr, heif_channel_Y, heif_channel_Cb, heif_channel_Alpha};
+        const heif_channel channel = isGray ? heif_channel_Y : kPlanes[c];
+        heif_image_add_plane(image, channel, width, height, spec.bits);
+        int stride = 0;
+        uint8_t *plane = heif_image_get_plane(image, channel, &stride);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const int value = spec.Sample(x, y, c);
+                if (isWide)
+                    plane[y * stride + 2 * x + 1] = uint8_t(value >> 8);
+                plane[y * stride + x * (isWide ? 2 : 1)] = uint8_t(value);
+            }
+    }
+    heif_image_set_premultiplied_alpha(image, spec.isBlended);
+    return image;
+}
+
+QByteArray Encode(const Spec &spec, const Blocks &blocks = {})
+{
+    heif_context *context = heif_context_alloc();
+    heif_image *image = Picture(spec);
+    if (!blocks.icc.isEmpty())
+        heif_image_set_raw_color_profile(image, "prof", blocks.icc.constData(), size_t(blocks.icc.size()));
+    heif_encoder *encoder = nullptr;
+    heif_context_get_encoder_for_format(context, spec.coder, &encoder);
+    heif_encoder_set_lossless(encoder, 1);
+    heif_encoder_set_parameter_string(encoder, "chroma", "444");
+    heif_color_profile_nclx *colors = heif_nclx_color_profile_alloc();
+    heif_nclx_color_profile_set_color_primaries(colors, uint16_t(spec.primaries));
+    heif_nclx_color_profile_set_transfer_characteristics(colors, uint16_t(spec.curve));
+    heif_nclx_color_profile_set_matrix_coefficients(colors, heif_matrix_coefficients_RGB_GBR);
+    colors->full_range_flag = spec.isFullRange;
+    heif_image_set_nclx_color_profile(image, colors);
+    heif_encoding_options *options = heif_encoding_options_alloc();
+    options->macOS_compatibility_workaround = spec.inGrid;
+    options->image_orientation = heif_orientation(spec.orientation);
+    heif_image_handle *handle = nullptr;
+    const heif_error error = heif_context_encode_image(context, image, encoder, options, &handle);
+    if (!blocks.exif.isEmpty())
+        heif_context_add_exif_metadata(context, handle, blocks.exif.constData(), blocks.exif.size());
+    if (!blocks.xmp.isEmpty())
+        heif_context_add_XMP_metadata(context, handle, blocks.xmp.constData(), blocks.xmp.size());
+    const QByteArray file = error.code == heif_error_Ok ? Written(context) : QByteArray();
+    if (file.isEmpty())
+        qWarning("libheif: %s", error.message);
+    heif_image_handle_release(handle);
+    heif_encoding_options_free(options);
+    heif_nclx_color_profile_free(colors);
+    heif_encoder_release(encoder);
+    heif_image_release(image);
+    heif_context_free(context);
+    return file;
+}
+
+/// Returns an AVIF turned by a right angle with the size of the stored picture, then the turn, as cameras write them.
+/// libheif writes the turn, then the size as shown.
+QByteArray SizeBeforeTurn(QByteArray file)
+{
+    const int size = file.indexOf("ispe") + 8,
+              order = file.indexOf("\x81\x82\3\4\x85"); // colors, coder, turn, size, depth
+    file.replace(size, 8, file.mid(size + 4, 4) + file.mid(size, 4));
+    return order > 0 ? file.replace(order, 5, "\x81\x82\4\3\x85") : QByteArray();
+}
+
+/// Returns channel @p c of a pixel as a share of the full range.
+double Expected(const Spec &spec, int x, int y, int c)
+{
+    const double value = spec.Sample(x, y, c), opacity = spec.Sample(x, y, 3);
+    if (!spec.isFullRange)
+        return qBound(0.0, (value - (16 << (spec.bits - 8))) / (219 << (spec.bits - 8)), 1.0);
+    if (spec.isBlended && c < 3)
+        return opacity > 0.0 ? value / opacity : 0.0;
+    return value / spec.Greatest();
+}
+
+} // namespace
+
+class tst_Heif : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatLibheifWrites();
+    void orientations();
+    void metadata();
+    void opacityThatIsNotTurned();
+    void damaged();
+};
+
+void tst_Heif::readsWhatLibheifWrites()
+{
+    const struct {
+        const char *name;
+        Spec spec;
+    } rows[] = {{"AVIF", {heif_compression_AV1, 8, 3}},
+                {"AVIF, 12 bits", {heif_compression_AV1, 12, 3}}, // this version of libaom can't write 10 of these
+                {"AVIF, 12 bits, alpha", {heif_compression_AV1, 12, 4}},
+                {"AVIF, alpha, odd", {heif_compression_AV1, 8, 4, {67, 51}}},
+                {"AVIF, blended", {heif_compression_AV1, 8, 4, {64, 48}, 1, true, true}},
+                {"AVIF, 12 bits, blended", {heif_compression_AV1, 12, 4, {64, 48}, 1, true, true}},
+                {"AVIF, gray", {heif_compression_AV1, 8, 1}},
+                {"AVIF, gray, reduced range", {heif_compression_AV1, 8, 1, {64, 48}, 1, false}},
+                {"HEIC, gray, 10 bits, reduced", {heif_compression_HEVC, 10, 1, {64, 48}, 1, false}},
+                {"HEIC", {heif_compression_HEVC, 8, 3}},
+                {"HEIC, 10 bits", {heif_compression_HEVC, 10, 3}},
+                {"HEIC, 12 bits", {heif_compression_HEVC, 12, 3}},
+                {"HEIC, gray, 10 bits", {heif_compression_HEVC, 10, 1}},
+                {"HEIC, alpha, odd", {heif_compression_HEVC, 8, 4, {67, 51}}}};
+    for (const auto &row : rows) {
+        GFL_FILE_INFORMATION info;
+        const Spec &spec = row.spec;
+        const BitmapPtr read = LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
+        QVERIFY2(read, qPrintable(QLatin1String(row.name) + QLatin1String(gflLastErrorText())));
+        const int bits = spec.bits > 8 ? 16 : 8;
+        const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
+        const QString name = QLatin1String(row.name) + QLatin1String(": ");
+        QCOMPARE(name + Difference(*read, expected, 0.501 / (bits == 16 ? 65535 : 255)), name);
+        QCOMPARE(name + QString::number(ChannelsOf(read->Type)), name + QString::number(spec.channels));
+        QCOMPARE(QSize(info.Width, info.Height), spec.size);
+        QCOMPARE(QSize(read->Width, read->Height), spec.size);
+        QCOMPARE(int(info.BitsPerComponent), bits);
+        QCOMPARE(int(info.ComponentsPerPixel), spec.channels);
+        QCOMPARE(QByteArray(info.FormatName), QByteArray(spec.coder == heif_compression_AV1 ? "avif" : "heif"));
+    }
+}
+
+// Pixels stay as stored; the orientation is what libheif applies, not what EXIF says.
+void tst_Heif::orientations()
+{
+    const Spec forms[] = {{heif_compression_AV1, 12, 3}, {heif_compression_AV1, 8, 4}, {heif_compression_HEVC, 8, 4}};
+    for (Spec spec : forms)
+        for (int orientation = 1; orientation <= 8; ++orientation) {
+            spec.size = {67, 50};
+            spec.orientation = orientation;
+            for (bool hasExif : {false, true}) {
+                spec.inGrid = hasExif && spec.coder == heif_compression_HEVC;
+                QByteArray file = Encode(spec, {{}, {}, hasExif ? SomeBlocks(5).exif : QByteArray()});
+                if (hasExif && spec.channels == 3 && (orientation == 6 || orientation == 8))
+                    file = SizeBeforeTurn(file);
+                const BitmapPtr read =
+                    LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_METADATA | GFL_LOAD_ORIGINAL_DEPTH));
+                QVERIFY2(read, gflLastErrorText());
+                const auto expected = [&](int x, int y, int c) { return Expected(spec, x, y, c); };
+                QCOMPARE(Difference(*read, expected, 0.501 / 65535), QString());
+                QCOMPARE(ChannelsOf(read->Type), spec.channels);
+                const bool isTold = hasExif || orientation != 1;
+                QCOMPARE(BlocksOf(*read).exif, isTold ? SomeBlocks(orientation).exif : QByteArray());
+            }
+        }
+}
+
+void tst_Heif::metadata()
+{
+    for (auto coder : {heif_compression_AV1, heif_compression_HEVC}) {
+        const BitmapPtr read = LoadFromMemory(Encode({coder}, SomeBlocks()), nullptr, LoadParams(GFL_LOAD_METADATA));
+        QVERIFY2(read, gflLastErrorText());
+        QCOMPARE(BlocksOf(*read).Text(), SomeBlocks(1).Text());
+    }
+    const struct {
+        const char *name;
+        int primaries, curve;
+        bool isWarned;
+    } rows[] = {{"sRGB", 1, 13, false}, {"unknown", 2, 2, false}, {"Display P3", 12, 13, true}, {"PQ", 9, 16, true}};
+    for (const auto &row : rows) {
+        gflClearWarningText();
+        const Spec spec = {heif_compression_AV1, 8, 3, {64, 48}, 1, true, false, row.primaries, row.curve};
+        QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
+        QVERIFY2(QByteArray(gflLastWarningText()).contains("taken for sRGB") == row.isWarned, row.name);
+    }
+}
+
+// As avifenc 0.11 writes it; libheif 1.15 takes such opacity for one of another size.
+void tst_Heif::opacityThatIsNotTurned()
+{
+    QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});
+    const int size = file.indexOf("ispe") + 8,
+              order = file.indexOf("\x82\3\4\x85\x86"); // of the opacity, which comes first
+    QVERIFY(order > 0);
+    file.replace(size, 8, BigEndian(64, 4) + BigEndian(48, 4)).replace(order + 1, 1, "\5"); // no turn
+    gflClearWarningText();
+    const BitmapPtr read = LoadFromMemory(file);
+    QVERIFY2(read && read->Type == GFL_RGB, gflLastErrorText());
+    QVERIFY(QByteArray(gflLastWarningText()).contains("opacity"));
+}
+
+void tst_Heif::damaged()
+{
+    for (auto coder : {heif_compression_AV1, heif_compression_HEVC}) {
+        const QByteArray file = Encode({coder});
+        QCOMPARE(BadCut(file, file.size()), QString());
+        const int size = file.indexOf("ispe") + 8;
+        const struct {
+            const char *name;
+            QByteArray width, height;
+        } rows[] = {{"wider than any picture", BigEndian(1 << 21, 4), BigEndian(48, 4)},
+                    {"more than the file can hold", BigEndian(32768, 4), BigEndian(32768, 4)},
+                    {"larger than its pixels", BigEndian(65, 4), BigEndian(48, 4)}};
+        for (const auto &row : rows) {
+            int error = 0;
+            const QByteArray bad = QByteArray(file).replace(size, 8, row.width + row.height);
+            QVERIFY2(!LoadFromMemory(bad, &error), row.name);
+            QVERIFY2(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY, row.name);
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Heif)
+#include "Heif_test.moc"

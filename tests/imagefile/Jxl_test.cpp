@@ -1,0 +1,159 @@
+// JPEG XL with libjxl's encoder as reference.
+#include "Bitmaps.h"
+#include "Blocks.h"
+
+#include <QtTest>
+
+#include <jxl/encode.h>
+
+namespace {
+
+constexpr int kWidth = 67, kHeight = 50;
+
+struct Spec {
+    int type = GFL_RGB, bits = 8;
+    int storedBits = 8;
+    int orientation = 1;
+    bool lossless = true;
+    bool inContainer = false;
+    bool isPacked = false; // metadata
+    QByteArray icc = {};
+};
+
+/// Encodes a bitmap, whose samples are scaled to the stored depth; the blocks' ICC profile isn't used.
+QByteArray Encode(const GFL_BITMAP &bitmap, const Spec &spec, const Blocks &blocks = {})
+{
+    const bool isGray = bitmap.Type == GFL_GREY, hasAlpha = bitmap.Type == GFL_RGBA,
+               isFloat = bitmap.BitsPerComponent == 32;
+    JxlEncoder *encoder = JxlEncoderCreate(nullptr);
+    JxlEncoderUseContainer(encoder, spec.inContainer);
+    JxlEncoderUseBoxes(encoder);
+    JxlBasicInfo info;
+    JxlEncoderInitBasicInfo(&info);
+    info.xsize = uint32_t(bitmap.Width);
+    info.ysize = uint32_t(bitmap.Height);
+    info.bits_per_sample = uint32_t(spec.storedBits);
+    info.exponent_bits_per_sample = isFloat ? 8 : 0;
+    info.num_color_channels = isGray ? 1 : 3;
+    info.num_extra_channels = hasAlpha;
+    info.alpha_bits = hasAlpha ? info.bits_per_sample : 0;
+    info.alpha_exponent_bits = hasAlpha ? info.exponent_bits_per_sample : 0;
+    info.orientation = JxlOrientation(spec.orientation);
+    info.uses_original_profile = spec.lossless;
+    JxlEncoderSetBasicInfo(encoder, &info);
+    JxlColorEncoding colors;
+    JxlColorEncodingSetToSRGB(&colors, isGray);
+    if (spec.icc.isEmpty())
+        JxlEncoderSetColorEncoding(encoder, &colors);
+    else
+        JxlEncoderSetICCProfile(encoder, reinterpret_cast<const uint8_t *>(spec.icc.constData()),
+                                size_t(spec.icc.size()));
+    const auto addBox = [&](const char *name, const QByteArray &box) {
+        JxlEncoderAddBox(encoder, name, reinterpret_cast<const uint8_t *>(box.constData()), size_t(box.size()),
+                         spec.isPacked);
+    };
+    if (!blocks.exif.isEmpty())
+        addBox("Exif", QByteArray(4, '\0') + blocks.exif); // before the picture
+    JxlEncoderFrameSettings *settings = JxlEncoderFrameSettingsCreate(encoder, nullptr);
+    JxlEncoderSetFrameLossless(settings, spec.lossless);
+    const JxlPixelFormat format = {uint32_t(ChannelsOf(bitmap.Type)),
+                                   isFloat                             ? JXL_TYPE_FLOAT
+                                       : bitmap.BitsPerComponent == 16 ? JXL_TYPE_UINT16
+                                                                       : JXL_TYPE_UINT8,
+                                   JXL_LITTLE_ENDIAN, 0};
+    const QByteArray pixels = PackedPixels(bitmap);
+    JxlEncoderAddImageFrame(settings, &format, pixels.constData(), size_t(pixels.size()));
+    if (!blocks.xmp.isEmpty())
+        addBox("xml ", blocks.xmp); // after it
+    JxlEncoderCloseInput(encoder);
+    QByteArray file(1 << 20, '\0');
+    auto *out = reinterpret_cast<uint8_t *>(file.data());
+    size_t left = size_t(file.size());
+    const bool done = JxlEncoderProcessOutput(encoder, &out, &left) == JXL_ENC_SUCCESS;
+    JxlEncoderDestroy(encoder);
+    return done ? file.left(file.size() - int(left)) : QByteArray();
+}
+
+} // namespace
+
+class tst_Jxl : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatLibjxlWrites();
+    void metadata();
+    void damaged();
+};
+
+void tst_Jxl::readsWhatLibjxlWrites()
+{
+    const struct {
+        const char *name;
+        Spec spec;
+        double tolerance;
+    } rows[] = {{"gray", {GFL_GREY, 8, 8}, 0.0},
+                {"RGB", {GFL_RGB, 8, 8}, 0.0},
+                {"RGBA", {GFL_RGBA, 8, 8}, 0.0},
+                {"10 bits", {GFL_RGB, 16, 10}, 0.51 / 1023}, // of the stored depth
+                {"16 bits, gray", {GFL_GREY, 16, 16}, 0.0},
+                {"16 bits, RGBA, turned", {GFL_RGBA, 16, 16, 6}, 0.0},
+                {"float", {GFL_RGB, 32, 32}, 0.0},
+                {"float, RGBA, in a container", {GFL_RGBA, 32, 32, 1, true, true}, 0.0},
+                {"lossy", {GFL_RGB, 8, 8, 1, false}, 0.1},
+                {"lossy with a profile", {GFL_RGB, 8, 8, 1, false, false, false, SomeBlocks().icc}, 0.1}};
+    for (const auto &row : rows) {
+        const Spec &spec = row.spec;
+        const BitmapPtr bitmap = spec.lossless ? RandomBitmap(kWidth, kHeight, spec.type, spec.bits)
+                                               : SmoothBitmap(kWidth, kHeight, spec.type, spec.bits);
+        GFL_FILE_INFORMATION info;
+        const BitmapPtr read =
+            LoadFromMemory(Encode(*bitmap, spec), nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
+        QVERIFY2(read, qPrintable(QLatin1String(row.name) + QLatin1String(gflLastErrorText())));
+        const QString name = QLatin1String(row.name) + QLatin1String(": ");
+        QCOMPARE(name + Difference(*read, *bitmap, row.tolerance), name);
+        QCOMPARE(QByteArray(info.FormatName), QByteArray("jxl"));
+        QCOMPARE(QSize(info.Width, info.Height), QSize(kWidth, kHeight));
+        QCOMPARE(int(info.BitsPerComponent), spec.bits);
+        QCOMPARE(int(info.ComponentsPerPixel), ChannelsOf(spec.type));
+    }
+}
+
+void tst_Jxl::metadata()
+{
+    const BitmapPtr bitmap = SmoothBitmap(kWidth, kHeight, GFL_RGB, 8);
+    const struct {
+        const char *name;
+        Spec spec;
+        Blocks blocks;
+        int orientation; // 0: none
+    } rows[] = {{"sRGB", {}, {}, 0},
+                {"orientation", {GFL_RGB, 8, 8, 5}, {}, 5},
+                {"EXIF of another orientation", {GFL_RGB, 8, 8, 3, true, true}, SomeBlocks(6), 3},
+                {"packed", {GFL_RGB, 8, 8, 1, true, true, true}, SomeBlocks(6), 1}};
+    gflClearWarningText();
+    for (const auto &row : rows) {
+        const BitmapPtr read =
+            LoadFromMemory(Encode(*bitmap, row.spec, row.blocks), nullptr, LoadParams(GFL_LOAD_METADATA));
+        QVERIFY2(read, gflLastErrorText());
+        const Blocks got = BlocksOf(*read);
+        QVERIFY2(got.icc.isEmpty() && got.xmp == row.blocks.xmp, row.name);
+        QCOMPARE(QByteArray(gflLastWarningText()), QByteArray());
+        QVERIFY2(got.exif == (row.orientation > 0 ? SomeBlocks(row.orientation).exif : QByteArray()), row.name);
+    }
+}
+
+void tst_Jxl::damaged()
+{
+    const BitmapPtr bitmap = SmoothBitmap(13, 9, GFL_RGBA, 16);
+    for (bool inContainer : {false, true}) {
+        const QByteArray file =
+            Encode(*bitmap, {GFL_RGBA, 16, 16, 1, true, inContainer}, inContainer ? SomeBlocks() : Blocks());
+        const int end = inContainer ? file.indexOf("xml ") - 4 : file.size();
+        QCOMPARE(BadCut(file, end - 1), QString());
+        gflClearWarningText();
+        QVERIFY(LoadFromMemory(file.left(end + 40), nullptr, LoadParams(GFL_LOAD_METADATA)));
+        QVERIFY(QByteArray(gflLastWarningText()).contains("metadata") == inContainer);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Jxl)
+#include "Jxl_test.moc"

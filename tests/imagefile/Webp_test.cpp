@@ -1,0 +1,190 @@
+// WebP with libwebp's encoder and multiplexer as reference.
+#include "Bitmaps.h"
+#include "Blocks.h"
+
+#include <QtTest>
+
+#include <webp/encode.h>
+#include <webp/mux.h>
+
+namespace {
+
+constexpr int kWidth = 13, kHeight = 9;
+
+/// Encodes an RGB or RGBA bitmap of 8 bits; @p quality: -1 is lossless.
+QByteArray Encode(const GFL_BITMAP &bitmap, int quality)
+{
+    const QByteArray pixels = PackedPixels(bitmap);
+    WebPConfig config;
+    WebPPicture picture;
+    WebPMemoryWriter writer;
+    WebPMemoryWriterInit(&writer);
+    if (!WebPConfigInit(&config) || !WebPPictureInit(&picture))
+        return QByteArray();
+    config.lossless = picture.use_argb = quality < 0;
+    config.exact = 1; // keeps the colors of transparent pixels
+    config.quality = static_cast<float>(quality < 0 ? 50 : quality);
+    picture.width = bitmap.Width;
+    picture.height = bitmap.Height;
+    picture.writer = WebPMemoryWrite;
+    picture.custom_ptr = &writer;
+    const auto *data = reinterpret_cast<const uint8_t *>(pixels.constData());
+    const int channels = ChannelsOf(bitmap.Type);
+    const auto import = channels == 4 ? WebPPictureImportRGBA : WebPPictureImportRGB;
+    const bool done = import(&picture, data, channels * bitmap.Width) && WebPEncode(&config, &picture);
+    const QByteArray file(reinterpret_cast<const char *>(writer.mem), done ? static_cast<int>(writer.size) : 0);
+    WebPPictureFree(&picture);
+    WebPMemoryWriterClear(&writer);
+    return file;
+}
+
+WebPData Data(const QByteArray &bytes)
+{
+    return {reinterpret_cast<const uint8_t *>(bytes.constData()), static_cast<size_t>(bytes.size())};
+}
+
+QByteArray Assembled(WebPMux *mux)
+{
+    WebPData data;
+    if (WebPMuxAssemble(mux, &data) != WEBP_MUX_OK)
+        return QByteArray();
+    const QByteArray file(reinterpret_cast<const char *>(data.bytes), static_cast<int>(data.size));
+    WebPDataClear(&data);
+    WebPMuxDelete(mux);
+    return file;
+}
+
+QByteArray WithBlocks(const QByteArray &still, const Blocks &blocks)
+{
+    WebPMux *mux = WebPMuxNew();
+    const WebPData image = Data(still);
+    WebPMuxSetImage(mux, &image, 1);
+    for (const auto &[name, bytes] : {std::pair("ICCP", blocks.icc), {"EXIF", blocks.exif}, {"XMP ", blocks.xmp}}) {
+        const WebPData block = Data(bytes);
+        WebPMuxSetChunk(mux, name, &block, 1);
+    }
+    return Assembled(mux);
+}
+
+/// Returns an animation of two frames at @p left, @p top on a canvas twice as wide and high as the frames.
+QByteArray Animation(const QByteArray &first, const QByteArray &second, int left, int top)
+{
+    WebPMux *mux = WebPMuxNew();
+    for (const QByteArray &still : {first, second}) {
+        WebPMuxFrameInfo frame = {};
+        frame.bitstream = Data(still);
+        frame.x_offset = left;
+        frame.y_offset = top;
+        frame.duration = 100;
+        frame.id = WEBP_CHUNK_ANMF;
+        WebPMuxPushFrame(mux, &frame, 1);
+    }
+    const WebPMuxAnimParams repeats = {};
+    WebPMuxSetAnimationParams(mux, &repeats);
+    WebPMuxSetCanvasSize(mux, 2 * kWidth, 2 * kHeight);
+    return Assembled(mux);
+}
+
+} // namespace
+
+class tst_Webp : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatLibwebpWrites();
+    void firstFrameOfAnimation();
+    void metadata();
+    void damaged();
+};
+
+void tst_Webp::readsWhatLibwebpWrites()
+{
+    const struct {
+        const char *name;
+        int type, quality;
+        double tolerance;
+    } rows[] = {{"lossless", GFL_RGB, -1, 0.0},
+                {"lossless with alpha", GFL_RGBA, -1, 0.0},
+                {"lossy", GFL_RGB, 95, 0.1},
+                {"lossy with alpha", GFL_RGBA, 95, 0.1}};
+    for (const auto &row : rows)
+        for (const QSize size : {QSize(1, 3), QSize(kWidth, kHeight), QSize(67, 130)}) {
+            const bool lossless = row.quality < 0;
+            const BitmapPtr bitmap = lossless ? RandomBitmap(size.width(), size.height(), row.type, 8)
+                                              : SmoothBitmap(size.width(), size.height(), row.type, 8);
+            GFL_FILE_INFORMATION info;
+            const BitmapPtr read = LoadFromMemory(Encode(*bitmap, row.quality), nullptr, LoadParams(), &info);
+            QVERIFY2(read, gflLastErrorText());
+            const QString name = QString::fromLatin1(row.name);
+            QCOMPARE(name + Difference(*read, *bitmap, row.tolerance), name);
+            QCOMPARE(QByteArray(info.FormatName), QByteArray("webp"));
+            QCOMPARE(QSize(info.Width, info.Height), size);
+            QCOMPARE(int(info.ComponentsPerPixel), ChannelsOf(row.type));
+        }
+}
+
+void tst_Webp::firstFrameOfAnimation()
+{
+    const BitmapPtr frame = RandomBitmap(kWidth, kHeight, GFL_RGB, 8);
+    const QByteArray other = Encode(*RandomBitmap(kWidth, kHeight, GFL_RGB, 8, 2), -1);
+    for (const auto &[left, top] : {std::pair(0, 0), {4, 2}, {12, 8}}) {
+        GFL_FILE_INFORMATION info;
+        const QByteArray file = Animation(Encode(*frame, -1), other, left, top);
+        const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(), &info);
+        QVERIFY2(read, gflLastErrorText());
+        QCOMPARE(int(read->Type), int(GFL_RGBA));
+        QCOMPARE(QByteArray(info.Description), QByteArray("WebP animation"));
+        const auto expected = [&, x0 = left, y0 = top](int x, int y, int c) {
+            const bool inside = QRect(x0, y0, kWidth, kHeight).contains(x, y);
+            return !inside ? 0.0 : c == 3 ? 1.0 : SampleAt(*frame, x - x0, y - y0, c);
+        };
+        QCOMPARE(Difference(*read, expected), QString());
+    }
+}
+
+void tst_Webp::metadata()
+{
+    const QByteArray still = Encode(*SmoothBitmap(kWidth, kHeight, GFL_RGBA, 8), -1);
+    for (const QByteArray &prefix : {QByteArray(), QByteArray("Exif\0\0", 6)}) {
+        Blocks blocks = SomeBlocks();
+        blocks.exif.prepend(prefix);
+        const BitmapPtr read = LoadFromMemory(WithBlocks(still, blocks), nullptr, LoadParams(GFL_LOAD_METADATA));
+        QVERIFY2(read, gflLastErrorText());
+        QCOMPARE(BlocksOf(*read).Text(), SomeBlocks().Text());
+    }
+}
+
+void tst_Webp::damaged()
+{
+    const BitmapPtr bitmap = SmoothBitmap(kWidth, kHeight, GFL_RGBA, 8);
+    for (int quality : {-1, 90}) {
+        const QByteArray still = Encode(*bitmap, quality);
+        QCOMPARE(BadCut(still, still.size() - 1), QString()); // perhaps the last one pads
+        const QByteArray rest = WithBlocks(still, SomeBlocks());
+        gflClearWarningText();
+        QVERIFY2(LoadFromMemory(rest.chopped(10), nullptr, LoadParams(GFL_LOAD_METADATA)), gflLastErrorText());
+        QVERIFY(QByteArray(gflLastWarningText()).contains("metadata"));
+    }
+    const QByteArray animation = Animation(Encode(*bitmap, -1), Encode(*bitmap, -1), 4, 2);
+    const int canvas = 12 + 8 + 4, frame = animation.indexOf("ANMF") + 8;
+    QCOMPARE(BadCut(animation, animation.lastIndexOf("ANMF") - 1), QString());
+    const struct {
+        const char *name;
+        int at;
+        QByteArray bytes;
+    } rows[] = {{"canvas of 16 megapixels by 16", canvas, QByteArray(6, '\xff')},
+                {"canvas of 65,536 x 65,536", canvas, QByteArray("\xff\xff\0\xff\xff\0", 6)},
+                {"canvas smaller than the frame", canvas, QByteArray(6, '\0')},
+                {"frame beyond the right edge", frame, QByteArray("\x10", 1)},
+                {"frame far away", frame, QByteArray(3, '\xff')},
+                {"frame wider than its picture", frame + 6, QByteArray("\x0d", 1)},
+                {"picture of no kind", animation.indexOf("VP8L"), "JUNK"},
+                {"no bitstream", animation.indexOf("VP8L") + 8, "JUNK"}};
+    for (const auto &row : rows) {
+        int error = 0;
+        QVERIFY2(!LoadFromMemory(QByteArray(animation).replace(row.at, row.bytes.size(), row.bytes), &error), row.name);
+        QVERIFY2(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY, row.name);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Webp)
+#include "Webp_test.moc"

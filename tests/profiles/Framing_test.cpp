@@ -1,0 +1,106 @@
+// The zoom of each framing, and that a filled picture has no empty pixel.
+#include "Framing.h"
+
+#include "CorrectionTwin.h"
+#include "KImage.h"
+#include "MadeProfiles.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <random>
+
+using namespace made;
+
+class tst_Framing : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { KImage::init(nullptr); }
+    void cleanupTestCase() { KImage::exit(); }
+    void fillLeavesNothingEmpty();
+    void framings();
+};
+
+void tst_Framing::fillLeavesNothingEmpty()
+{
+    std::mt19937 random(7);
+    const auto between = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    int bounded = 0;
+    for (int i = 0; i < 200; ++i) {
+        ProfileEntry entry = Entry();
+        for (auto *model : {&entry.green, &entry.redGreen, &entry.blueGreen}) {
+            const double strength = model == &entry.green ? 1.0 : 0.01;
+            (*model)->centerX = between(0.45, 0.55);
+            (*model)->centerY = between(0.45, 0.55);
+            (*model)->coefficients = {strength * between(-0.3, 0.3), strength * between(-0.3, 0.3),
+                                      strength * between(-0.3, 0.3)};
+            (*model)->tangential1 = strength * between(-0.01, 0.01);
+            (*model)->tangential2 = strength * between(-0.01, 0.01);
+        }
+        const QSize size(int(between(20, 3000)), int(between(20, 3000)));
+        const FitResult fit = Fit(Profile({entry}), Facts(size), {});
+        QVERIFY2(fit.distortion, qPrintable(fit.why));
+        const QByteArray name = QByteArray::number(i);
+        Correction correction = fit.correction;
+        if (fit.zoom == kLeastZoom || fit.zoom == kMostZoom) {
+            ++bounded;
+            continue;
+        }
+        QVERIFY2(!fit.leavesEmpty && !CorrectionTwin(correction).LeavesEmpty(), name);
+        correction.zoom = fit.zoom * (1.0 - 1e-3);
+        QVERIFY2(CorrectionTwin(correction).LeavesEmpty(), name);
+    }
+    QVERIFY2(bounded < 60, qPrintable(QString::number(bounded)));
+}
+
+void tst_Framing::framings()
+{
+    // Barrel distortion alone, from the middle: at the corner, r = 0.6009 of the long side, k = 1 - 0.1 r^2.
+    ProfileEntry entry = Entry();
+    entry.geometry = Model(1.0, 0.5, 0.5, {-0.1});
+    entry.green.reset();
+    FitOptions options;
+    options.chromatic = options.vignetting = false;
+    const auto fit = [&](Framing framing) {
+        options.framing = framing;
+        return Fit(Profile({entry}), Facts({3000, 2000}), options);
+    };
+    QCOMPARE(fit(Framing::Keep).zoom, 1.0);
+    // Everything: the corner of the source, at 1802.776 px, shows where r k(r) is that: in focal lengths 0.60093 =
+    // r - 0.1 r^3, which r = 0.62539 solves.
+    const FitResult all = fit(Framing::All);
+    QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
+    QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
+    // Filled: the middle of a long edge, 999.5 px from the picture's, comes from 1,000 px there, where the source ends;
+    // 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
+    const FitResult fill = fit(Framing::Fill);
+    QVERIFY2(std::abs(fill.zoom - 999.5 / 1011.5) < 3e-5, qPrintable(QString::number(fill.zoom, 'g', 9)));
+    QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
+    options.framingFactor = 5.0;
+    QCOMPARE(fit(Framing::Factor).zoom, 2.0);
+    // A model that folds inside the picture: what lies beyond is empty, and the zoom keeps within its bounds.
+    entry.geometry->coefficients = {-9.0};
+    const FitResult folded = fit(Framing::Fill);
+    QCOMPARE(folded.zoom, 2.0);
+    QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("bound")));
+    // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
+    QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
+    // A circular fisheye: even the smallest zoom, whose corner is 3606 px from the middle, fills the frame.
+    entry.kind = ProfileEntry::Kind::Fisheye;
+    entry.geometry = Model(0.25, 0.5, 0.5, {});
+    const FitResult filled = fit(Framing::Fill);
+    QVERIFY(filled.zoom == 0.5 && !filled.leavesEmpty);
+    QVERIFY(filled.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framed at the bound, a zoom of 0.5")));
+    // A smaller circle: 85 degrees are 445 px from the middle of the photograph and 3429 px of the result.
+    entry.geometry = Model(0.1, 0.5, 0.5, {});
+    const FitResult ended = fit(Framing::Fill);
+    QVERIFY(std::abs(ended.correction.geometry->endRadius - 3429.0) < 0.1);
+    QVERIFY(ended.assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
+    options.projection = Projection::Equidistant;
+    QVERIFY(!fit(Framing::Fill).assumed.join(QLatin1Char(' ')).contains(QLatin1String("85 degrees")));
+}
+
+QTEST_GUILESS_MAIN(tst_Framing)
+#include "Framing_test.moc"

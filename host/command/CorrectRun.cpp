@@ -135,6 +135,8 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
         }
         m_corrector->Correct(process, planned, &report);
     } catch (...) {
+        if (report.outcome == PictureReport::Outcome::Corrected)
+            throw; // the program's failure, not the picture's: its output is there
         report.outcome = PictureReport::Outcome::Failed;
         report.why = TextOfCurrentException();
     }

@@ -77,7 +77,7 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
 {
     const ParameterRecord record(process, request.parameters);
     try {
-        Report report; // read before the output is moved into place: afterwards nothing may fail
+        Report report; // read before the output is moved into place: later failures would be reported as the picture's
         const RunResult result = RunPicture(m_application, process, record, planned, rules, m_guard, [&] {
             report = ReportOf(process, record);
             RequireMade(report, planned.picture, request);

@@ -4,6 +4,7 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QScopeGuard>
 #include <QSet>
 
 #include <cerrno>
@@ -96,11 +97,13 @@ void PrintNotRemoved(const QString &path, const QString &why)
 PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_guard(guard)
 {
     RemoveAbandoned(parent);
+    auto undo = qScopeGuard([&] { RemoveFolder(m_path); }); // without memory to protect it
     m_guard->Protect([&] {
         constexpr int kAttempts = 100; // another process that is starting may remove an unlocked folder
         for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
         return m_path;
     });
+    undo.dismiss();
 }
 
 PrivateFolder::~PrivateFolder()
@@ -124,12 +127,15 @@ bool PrivateFolder::TryToMake(const QString &parent)
         fail();
         return true;
     }
+    auto undo = qScopeGuard([&] { // without memory for the path
+        std::error_code error;
+        std::filesystem::remove_all(name.constData(), error);
+    });
     m_lock = open((name + kLockName.data()).constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (m_lock == -1) {
         if (errno == ENOENT)
             return false;
         fail();
-        rmdir(name.constData());
         return true;
     }
     // If the file system has no locks, other processes cannot lock the folder either, so they don't remove it.
@@ -139,5 +145,6 @@ bool PrivateFolder::TryToMake(const QString &parent)
         return false;
     }
     m_path = QFile::decodeName(name);
+    undo.dismiss();
     return true;
 }

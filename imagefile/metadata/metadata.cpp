@@ -3,6 +3,7 @@
 #include "big_tiff_view.h"
 #include "core/byte_reader.h"
 #include "core/image_limits.h"
+#include "core/memory_check.h"
 #include "note_place.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
@@ -159,6 +160,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     StartExiv2();
     const Listening listening;
     const std::shared_lock lock(XmpNamespaces());
+    const MemoryCheck memory;
     try {
         const Exiv2::ByteOrder order =
             Exiv2::TiffParser::decode(*exif, iptc, xmp, data, static_cast<std::uint32_t>(size));
@@ -167,6 +169,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &error) { // damaged: keep what was read before
+        memory.Require();
         WarnOfDamage(error.what());
     }
 }
@@ -208,16 +211,20 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
     Bytes view; // must outlive the image that reads it
     Exiv2::Image::AutoPtr image;
     const Listening listening;
+    const MemoryCheck memory;
     try {
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
         const std::shared_lock lock(XmpNamespaces());
-        if (image.get() != nullptr) // null for formats that Exiv2 doesn't know, such as OpenEXR
+        if (image.get() != nullptr) { // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
+            memory.Require(); // Exiv2 leaves out XMP that its toolkit had no memory for
+        }
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &error) { // damaged: the image holds what was read before
+        memory.Require();
         WarnOfDamage(error.what());
     }
     if (image.get() != nullptr)

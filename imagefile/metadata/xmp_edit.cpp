@@ -1,5 +1,7 @@
 #include "xmp_edit.h"
 
+#include "core/memory_check.h"
+
 #include <algorithm>
 #include <iterator>
 #include <mutex>
@@ -98,6 +100,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
     const std::unique_lock lock(XmpNamespaces());
+    const MemoryCheck memory;
     try {
         if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
             packet.clear();
@@ -106,6 +109,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     } catch (const std::exception &) {
         packet.clear();
     }
+    memory.Require();
     return Bytes(packet.begin(), packet.end());
 }
 
@@ -113,13 +117,16 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
     const std::shared_lock lock(XmpNamespaces());
+    const MemoryCheck memory;
+    bool isRead = false;
     try {
-        return packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
+        isRead = packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &) {
-        return false;
+    } catch (const std::exception &) { // damaged
     }
+    memory.Require();
+    return isRead;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "tiff_handle.h"
 
 #include "core/image_limits.h"
+#include "core/memory_check.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -93,11 +94,10 @@ TiffHandle::~TiffHandle()
 bool TiffHandle::RequireMemory(const std::function<bool()> &step) const
 {
     m_client->requiresMemory = true;
-    errno = 0;
+    const MemoryCheck memory;
     const bool result = step();
     m_client->requiresMemory = false;
-    if (errno == ENOMEM)
-        throw std::bad_alloc();
+    memory.Require();
     return result;
 }
 

@@ -32,7 +32,8 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        const QStringList files = dir.entryList(m_patterns, QDir::Files, QDir::Name);
+        // System: names that are not UTF-8 and dangling links, which then fail with a reason.
+        const QStringList files = dir.entryList(m_patterns, QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (m_sources.resultEnding.isEmpty() || !file.endsWith(m_sources.resultEnding))
                 m_found->pictures.append({Joined(folder, file), subpath});

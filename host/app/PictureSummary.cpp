@@ -15,7 +15,8 @@ namespace {
 
 QString Number(double value, int digits = 6)
 {
-    return QString::number(value, 'g', digits);
+    const QString text = QString::number(value, 'g', digits);
+    return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 8) : text; // such as a place near the equator
 }
 
 /// Rounds for scripts: without digits that are only rounding errors.

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Console.h"
 #include "gfl.h"
 
 #include <QCommandLineParser>
@@ -204,7 +205,7 @@ CommandLine Refuse(const QString &command, const QString &why)
 {
     CommandLine line;
     line.action = CommandLine::Action::RefuseUsage;
-    line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, why);
+    line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, OneLine(why));
     return line;
 }
 

@@ -61,6 +61,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
         {"report", "no file"},
+        {"co\x1b[31mrrect a.jpg", "'co [31mrrect'"},
         {"info --plain --body D70 a.jpg", "--plain and --body exclude"},
         {"info --distance 0 a.jpg", "or inf"},
         {"info --framing keep a.jpg", "framing"},

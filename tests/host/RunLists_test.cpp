@@ -48,14 +48,15 @@ void tst_RunLists::walks_data()
 {
     QTest::addColumn<PictureSources>("sources");
     QTest::addColumn<QStringList>("found"); // NAME or NAME|SUBPATH
-    const QStringList all = {"in/B.TIF|"_s, "in/a.jpg|"_s, "in/a_corrected.tiff|"_s, "in/deep/er/x.dng|deep/er"_s};
+    const QStringList all = {"in/B.TIF|"_s, "in/a.jpg|"_s, "in/a_corrected.tiff|"_s, "in/gone.jpg|"_s,
+                             "in/deep/er/x.dng|deep/er"_s};
     QTest::newRow("as named") << PictureSources{{"z.jpg"_s, "in"_s}, false, {}, {}, {}}
                               << QStringList{"z.jpg|"_s, "in|"_s};
     QTest::newRow("walked") << PictureSources{{"in"_s, "z.jpg"_s}, true, {}, {}, {}} << all + QStringList("z.jpg|"_s);
     QTest::newRow("without results") << PictureSources{{"in"_s}, true, {}, "_corrected.tiff"_s, {}}
-                                     << QStringList{all[0], all[1], all[3]};
+                                     << QStringList{all[0], all[1], all[3], all[4]};
     QTest::newRow("without the output folder")
-        << PictureSources{{"in"_s}, true, {}, {}, "in/deep/../deep"_s} << QStringList(all.mid(0, 3));
+        << PictureSources{{"in"_s}, true, {}, {}, "in/deep/../deep"_s} << QStringList(all.mid(0, 4));
     QTest::newRow("with a list") << PictureSources{{"in"_s}, false, "list"_s, {}, {}}
                                  << QStringList{"in|"_s, "in/a.jpg|"_s};
 }
@@ -70,6 +71,7 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
+    QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason
     QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // would never end
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(scene.path()));

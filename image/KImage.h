@@ -140,7 +140,7 @@ public:
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
     /// Changes form or colors of an 8-bit image in place; @p mode is a GflColorDepth, which defines the meaning of @p
-    /// parameters. A wrapped block stays unchanged: the image then gets pixels of its own.
+    /// parameters. A wrapped block stays unchanged: the image then gets a separate block.
     void Convert(unsigned short mode, unsigned short parameters);
     /// Converts a compression number to the layer's fields; @p format in lower case. -1 keeps the layer's defaults.
     ///

@@ -314,7 +314,7 @@ void KImage::GetGrey(ImageSt &grey)
     if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (qint64(width()) * qint64(sizeof(float)) > std::numeric_limits<quint32>::max())
-        KThrow(kNotEnoughMemory); // a row of KImage holds no more
+        KThrow(kNotEnoughMemory); // the limit of a KImage row
     try {
         grey.samples.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()));
     } catch (const std::bad_alloc &) {

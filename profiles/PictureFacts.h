@@ -19,7 +19,7 @@ template <typename T> struct Fact {
 /// One of the eight orientations of EXIF; 1 is upright as stored.
 using Orientation = int;
 
-/// What EXIF says of stored values, for pictures without an ICC profile.
+/// The color space of stored values according to EXIF, for pictures without an ICC profile.
 enum class ColorEncoding { Unknown, Srgb, AdobeRgb };
 
 struct PictureFacts {
@@ -41,7 +41,7 @@ struct PictureFacts {
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
     /// Corrections already in rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
-    /// Corrections that an earlier run of ours was asked for and could not make.
+    /// Corrections requested from an earlier run of ours, which could not make them.
     bool distortionTried = false, chromaticTried = false, vignettingTried = false;
 };
 

@@ -52,7 +52,7 @@ bool IsReducedGray(const heif_image &image)
 }
 
 // Returns whether libheif ignores the picture's opacity: it compares the sizes as shown, but some writers (avifenc
-// 0.11) turn only the colors.
+// 0.11) rotate only the colors.
 bool LosesOpacity(const heif_image_handle *picture)
 {
     if (heif_image_handle_has_alpha_channel(picture))

@@ -1,4 +1,4 @@
-// Words of lens names: spellings, makers, and the marks that tell versions apart.
+// Words of lens names: spellings, makers, and the marks that distinguish versions.
 #pragma once
 
 #include <QSet>

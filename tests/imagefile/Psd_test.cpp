@@ -111,7 +111,7 @@ double Expected(const Spec &spec, int x, int y, int c)
         return spec.Share(x, y, c == 3 ? 1 : 0);
     case Lab:
         return kLabColors[x % kLabCount].rgb[c];
-    case Cmyk: // stores the paper that the inks leave
+    case Cmyk: // inks are stored inverted
         if (!spec.profile.isEmpty())
             return GreyOfCyan(kCyan);
         return c == 3 ? spec.Share(x, y, 4) : share * spec.Share(x, y, 3);

@@ -102,7 +102,7 @@ struct Range {
     float minimum;
     float length;
 
-    /// Clamps a sample to the range, relative to its start. Not-a-number counts as the start.
+    /// Clamps a sample to the range, relative to its start. NaN counts as the start.
     float Within(float value) const { return value > minimum ? qMin(value - minimum, length) : 0.0f; }
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 const QString kExpected = QStringLiteral("an .lcp profile (XML) was expected");
 
-constexpr int kMaxTextLength = 200; // a text of a broken file may be as long as the file
+constexpr int kMaxTextLength = 200; // a text in a damaged file may be as long as the file
 
 QString Named(const QDomElement &element)
 {

@@ -48,7 +48,7 @@ struct PictureFacts {
 /// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. Reads no
 /// pixels. The image-file layer must have been started. Unreadable metadata leaves facts unknown.
 ///
-/// @param error  filled, and the size left empty, if the file is not a picture. Null if not wanted.
+/// @param error  filled, and the size left empty, if the file is not a picture. May be null.
 PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;

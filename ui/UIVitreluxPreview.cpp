@@ -187,7 +187,7 @@ void UIVitreluxPreview::clearImage()
 
 void UIVitreluxPreview::updateLCPfilename()
 {
-    if (!m_imageDef || (m_params && m_params->fitted)) // fitted: each run searches again, and the found profile is not stored
+    if (!m_imageDef || (m_params && m_params->fitted)) // fitted: each run searches, and nothing is stored
         return;
     QString message;
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);

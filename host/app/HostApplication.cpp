@@ -66,8 +66,8 @@ void StartKernels()
     KImage::init(nullptr);
 }
 
-/// The description of a file that isn't a picture: it has size 0 and lends nothing. The kernel's lending would put it
-/// into the image cache, which would own it too.
+/// The description of a file that isn't a picture: it has size 0 and provides no pixels. Lending by the kernel would
+/// add it to the image cache, which would own it too.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -115,7 +115,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         std::_Exit(1);
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
-        return; // the fatal message says it
+        return; // the fatal message explains it
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;
     if (++count == kMostMessages)

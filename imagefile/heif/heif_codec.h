@@ -40,8 +40,8 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns whether libheif should crop and rotate: it can only do both or neither. Neither is exact and works at
-    /// any depth (libheif mirrors only 8 bits), but fails where opacity is rotated, or cropped from another size.
+    /// Returns whether libheif should crop and rotate: it can only do both or neither. Doing neither is exact and works
+    /// at any depth (libheif mirrors only 8 bits), but fails where opacity is rotated, or cropped from another size.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
     /// Returns the rotation of the decoded picture relative to the stored one.
     HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }

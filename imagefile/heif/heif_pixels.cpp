@@ -22,7 +22,7 @@ std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isReduce
     return table;
 }
 
-/// Gathers a row of stored pixels from the shown ones, which lie @p step bytes apart.
+/// Gathers a row of stored pixels from the displayed ones, which are @p step bytes apart.
 void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int width, int pixelBytes)
 {
     if (step == pixelBytes)

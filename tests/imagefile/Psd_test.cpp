@@ -23,7 +23,7 @@ struct Spec {
     int layers = 0; // the file's count: negative if the fourth channel is opacity
     QByteArray profile;
 
-    /// Returns any function of the position, except for known colors and inks with a profile.
+    /// Returns an arbitrary function of the position, except for known colors and inks with a profile.
     double Share(int x, int y, int c) const
     {
         const double *lab = kLabColors[x % kLabCount].lab;

@@ -77,9 +77,11 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
 {
     const ParameterRecord record(process, request.parameters);
     try {
-        const RunResult result = RunPicture(m_application, process, record, planned, rules, m_guard,
-                                            [&] { RequireMade(ReportOf(process, record), planned.picture, request); });
-        const Report report = ReportOf(process, record);
+        Report report; // read before the output is moved into place: later failures would be reported as the picture's
+        const RunResult result = RunPicture(m_application, process, record, planned, rules, m_guard, [&] {
+            report = ReportOf(process, record);
+            RequireMade(report, planned.picture, request);
+        });
         return {result == RunResult::Written ? Outcome::Written : Outcome::Kept,
                 report.profile,
                 report.entries,

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QLibraryInfo>
+#include <QThread>
 
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -86,6 +88,22 @@ private:
 
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
+
+/// Opens the program's settings, for the calling thread.
+///
+/// An exception that leaves QSettings' constructor crashes: ~QObjectPrivate uses the thread data that only the
+/// constructor of QObject, which comes later, sets. In a thread of its own no handler waits for it, so the program ends
+/// where it is thrown, by the terminate handler.
+std::unique_ptr<QSettings> OpenSettings()
+{
+    std::unique_ptr<QSettings> settings;
+    QThread *const caller = QThread::currentThread();
+    std::thread([&] {
+        settings = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication);
+        settings->moveToThread(caller);
+    }).join();
+    return settings;
+}
 
 /// Checks the settings files. @return their problem, or empty; they are ignored if there is one.
 QString CheckSettings()
@@ -162,9 +180,7 @@ QString ChooseDisplay()
 }
 
 HostApplication::HostApplication(int &argc, char **argv)
-    : QApplication(argc, argv),
-      m_settingsProblem(CheckSettings()),
-      m_settings(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication)
+    : QApplication(argc, argv), m_settingsProblem(CheckSettings()), m_settings(OpenSettings())
 {
     std::setlocale(LC_MESSAGES, "C"); // system error texts are in English too until windows are translated
     setOrganizationName(kOrganization);
@@ -184,7 +200,7 @@ void HostApplication::Stop()
     if (m_isStopped)
         return;
     m_isStopped = true;
-    m_settings.sync();
+    m_settings->sync();
     m_pictures.clear(); // while the kernel is still running
     KImage::exit();
 }
@@ -203,7 +219,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
     // if memory runs out while it makes one.
     const QVariant value = [&] {
         const QMutexLocker locker(&m_settingsMutex);
-        return m_settings.value(SettingPath(uid, key), defaultValue);
+        return m_settings->value(SettingPath(uid, key), defaultValue);
     }();
     return m_adapt ? m_adapt(key, value) : value;
 }
@@ -211,7 +227,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
     const QMutexLocker locker(&m_settingsMutex);
-    m_settings.setValue(SettingPath(uid, key), value);
+    m_settings->setValue(SettingPath(uid, key), value);
 }
 
 QLocale HostApplication::Locale()

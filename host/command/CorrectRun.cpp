@@ -126,23 +126,41 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     PictureReport report;
-    QElapsedTimer timer;
-    timer.start();
     try {
-        report.picture = planned.asNamed;
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
-        m_corrector->Correct(process, planned, &report);
-    } catch (...) {
-        report.outcome = PictureReport::Outcome::Failed;
-        report.why = TextOfCurrentException();
+        Correct(process, planned, &report);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->EndProgress(number);
+        Report(planned, report);
+    } catch (...) { // usually out of memory
+        const QString why = TextOfCurrentException();
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_console->EndProgress(number);
+        // A corrected picture is not reported as failed; what failed was the report.
+        const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
+        m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
+        ++m_counts[PictureReport::Outcome::Failed];
     }
-    report.seconds = static_cast<double>(timer.elapsed()) / 1000.0;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_console->EndProgress(number);
-    Report(planned, report);
+}
+
+/// Fills in the report, also for a picture that fails.
+void CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report)
+{
+    QElapsedTimer timer;
+    timer.start();
+    try {
+        report->picture = planned.asNamed;
+        m_corrector->Correct(process, planned, report);
+    } catch (...) {
+        if (report->outcome == PictureReport::Outcome::Corrected)
+            throw;
+        report->outcome = PictureReport::Outcome::Failed;
+        report->why = TextOfCurrentException();
+    }
+    report->seconds = static_cast<double>(timer.elapsed()) / 1000.0;
 }
 
 /// Prints all lines of a picture together.

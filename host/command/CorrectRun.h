@@ -27,6 +27,7 @@ private:
     void RefuseRivals();
     void TakePictures(KIPluginOne2One *process);
     void CorrectAndReport(KIPluginOne2One *process, int number);
+    void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
 
     const CorrectOptions &m_options;

@@ -331,5 +331,9 @@
         <source>there is something that is not a regular file</source>
         <translation>dort ist etwas, das keine gewöhnliche Datei ist</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>die Zeit kann nicht übernommen werden: %1</translation>
+    </message>
 </context>
 </TS>

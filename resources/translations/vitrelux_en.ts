@@ -331,5 +331,9 @@
         <source>there is something that is not a regular file</source>
         <translation>there is something that is not a regular file</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>cannot keep the time: %1</translation>
+    </message>
 </context>
 </TS>

@@ -331,5 +331,9 @@
         <source>there is something that is not a regular file</source>
         <translation>allí hay algo que no es un archivo normal</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>no se puede conservar la fecha: %1</translation>
+    </message>
 </context>
 </TS>

@@ -331,5 +331,9 @@
         <source>there is something that is not a regular file</source>
         <translation>il s’y trouve quelque chose qui n’est pas un fichier ordinaire</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>impossible de conserver la date : %1</translation>
+    </message>
 </context>
 </TS>

@@ -331,5 +331,9 @@
         <source>there is something that is not a regular file</source>
         <translation>lì c’è qualcosa che non è un file normale</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>impossibile conservare la data: %1</translation>
+    </message>
 </context>
 </TS>

@@ -324,5 +324,9 @@
         <source>there is something that is not a regular file</source>
         <translation>通常のファイルではないものがあります</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>日時を維持できません: %1</translation>
+    </message>
 </context>
 </TS>

@@ -338,5 +338,9 @@
         <source>there is something that is not a regular file</source>
         <translation>jest tam coś, co nie jest zwykłym plikiem</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>nie można zachować czasu: %1</translation>
+    </message>
 </context>
 </TS>

@@ -338,5 +338,9 @@
         <source>there is something that is not a regular file</source>
         <translation>там находится не обычный файл</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>не удаётся сохранить время: %1</translation>
+    </message>
 </context>
 </TS>

@@ -324,5 +324,9 @@
         <source>there is something that is not a regular file</source>
         <translation>那里的不是普通文件</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>无法保留时间：%1</translation>
+    </message>
 </context>
 </TS>

@@ -324,5 +324,9 @@
         <source>there is something that is not a regular file</source>
         <translation>那裡的不是一般檔案</translation>
     </message>
+    <message>
+        <source>cannot keep the time: %1</source>
+        <translation>無法保留時間：%1</translation>
+    </message>
 </context>
 </TS>

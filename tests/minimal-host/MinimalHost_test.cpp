@@ -63,9 +63,11 @@ void MinimalHost_test::fitted()
     image->exifData()["Exif.Photo.FocalLength"] = "24/1";
     image->writeMetadata();
     WriteFile(Path("q.lcp"_s), R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
-        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
+        <r:Description><p:CameraProfiles><r:Seq><r:li><r:Description s:FocalLength="24"
         s:Make="Maker" s:Model="BODY" s:ImageWidth="6000" s:ImageLength="4000" s:SensorFormatFactor="1.5">
-        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq></r:RDF>)");
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.1"/></r:Description></r:li></r:Seq>
+        </p:CameraProfiles></r:Description></r:RDF>)");
     const ProgramResult fitted = RunIn(QStringLiteral(MINIMAL_HOST), "--fitted b.jpg q.lcp"_s);
     QVERIFY2(fitted.exitCode == 0, fitted.error);
     QVERIFY2(fitted.output.contains("Profile: " + Path("q.lcp"_s).toUtf8() + '\n'), fitted.output);

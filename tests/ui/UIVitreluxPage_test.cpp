@@ -478,9 +478,11 @@ void tst_UIVitreluxPage::fittedFinds()
     QVERIFY(frame() == uncorrected);
 
     WriteFile(found, R"(<r:RDF xmlns:r="http://www.w3.org/1999/02/22-rdf-syntax-ns#"
-        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile"><r:Seq><r:li><r:Description s:FocalLength="24"
+        xmlns:s="http://ns.adobe.com/photoshop/1.0/camera-profile" xmlns:p="http://ns.adobe.com/photoshop/1.0/">
+        <r:Description><p:CameraProfiles><r:Seq><r:li><r:Description s:FocalLength="24"
         s:Make="Maker" s:Model="MODEL 7" s:ImageWidth="400" s:ImageLength="300" s:SensorFormatFactor="1.5">
-        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq></r:RDF>)");
+        <s:PerspectiveModel s:FocalLengthX="0.8" s:RadialDistortParam1="-0.3"/></r:Description></r:li></r:Seq>
+        </p:CameraProfiles></r:Description></r:RDF>)");
     QCOMPARE(desk.ChooseProfile(found).size(), 1); // no warning
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), "100100"_s);
     QCOMPARE(desk.Record(other), "1 0 0 "_s + found);

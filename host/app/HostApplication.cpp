@@ -91,9 +91,9 @@ const QLatin1String kApplication("vitrelux");
 
 /// Opens the program's settings, for the calling thread.
 ///
-/// An exception that leaves QSettings' constructor crashes: ~QObjectPrivate uses the thread data that only the
-/// constructor of QObject, which comes later, sets. In a thread of its own no handler waits for it, so the program ends
-/// where it is thrown, by the terminate handler.
+/// An exception from QSettings' constructor would crash: ~QObjectPrivate uses thread data that only the constructor of
+/// QObject, which runs later, sets. A separate thread has no handler for it, so the terminate handler ends the program
+/// where it is thrown.
 std::unique_ptr<QSettings> OpenSettings()
 {
     std::unique_ptr<QSettings> settings;

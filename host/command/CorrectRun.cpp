@@ -139,7 +139,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
-        // A corrected picture is not reported as failed; what failed was the report.
+        // A corrected picture is not reported as failed: only its report failed.
         const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
         m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
         ++m_counts[PictureReport::Outcome::Failed];

@@ -21,7 +21,7 @@ public:
     explicit Photos(const QString &metadataSource)
     {
         KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
-        std::minstd_rand random(1); // slow changes with noise of some steps, as a photograph
+        std::minstd_rand random(1); // gradual changes with noise of a few levels, like a photograph
         for (int y = 0; y < kHeight; ++y) {
             for (int i = 0; i < 3 * kWidth; ++i)
                 photo.getData(0, y)[i] = static_cast<unsigned char>(40 + (i + 3 * y) / 200 + int(random() % 5));
@@ -84,8 +84,8 @@ void BM_LockInMemory(benchmark::State &state)
 }
 BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
 
-/// ratio: a version of 1024 pixels made from the full one in memory, to its resizing alone. bytes: read from files,
-/// the system's own account of it included.
+/// ratio: time to make a version of 1024 pixels from the full one in memory, over that of resizing alone. bytes: read
+/// from files, including the system file that reports them.
 void BM_SmallerVersion(benchmark::State &state)
 {
     Photos photos{QString()};
@@ -113,7 +113,8 @@ void BM_SmallerVersion(benchmark::State &state)
 }
 BENCHMARK(BM_SmallerVersion)->Unit(benchmark::kMillisecond)->Iterations(10);
 
-/// peak_MiB: memory of a walk over a hundred pictures under the limit of 256 Mo; to be under that and one picture more.
+/// peak_MiB: memory of a walk over a hundred pictures with a limit of 256 MB; must stay below the limit plus one
+/// picture.
 void BM_Walk(benchmark::State &state)
 {
     Photos photos{QString()};

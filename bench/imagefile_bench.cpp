@@ -27,7 +27,7 @@ std::string TemporaryFile(const char *name)
     return (std::filesystem::temp_directory_path() / (std::string("vitrelux_bench_") + name)).string();
 }
 
-/// Slow changes with noise of some steps on them, as a photograph at base sensitivity.
+/// Gradual changes with noise of a few levels, like a photograph at base sensitivity.
 BitmapPtr Photo(int width, int height, GflType type, int bits)
 {
     BitmapPtr photo(static_cast<GFL_BITMAP *>(gflMemoryAlloc(sizeof(GFL_BITMAP))), gflFreeBitmap);
@@ -150,7 +150,7 @@ void Compare(benchmark::State &state, double (*clock)(), Operation operation, Ot
     state.counters["ratio"] = bestOperation / bestOther;
 }
 
-/// ratio: to libjpeg-turbo's own decoding. extra_MiB: memory in addition to the picture.
+/// ratio: over libjpeg-turbo's own decoding. extra_MiB: memory in addition to the picture.
 void BM_ReadJpeg(benchmark::State &state)
 {
     const std::string path = JpegFile(kWidth, kHeight);
@@ -162,7 +162,7 @@ void BM_ReadJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_ReadJpeg)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
-/// bytes: read from the file; to be the same for 24 megapixels and for 1.
+/// bytes: read from the file; must be the same for 24 megapixels and for 1.
 void BM_DescribeJpeg(benchmark::State &state)
 {
     const auto side = static_cast<int>(state.range(0));
@@ -212,9 +212,9 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads to that on one, which needs two free processors; processor_ratio: the same of what both
-/// threads worked; calling_thread: what of that is work of the calling thread, which writes. size: of the file to
-/// libtiff's. extra: memory in pictures.
+/// ratio: time on two threads over that on one, which needs two free processors; processor_ratio: the same for
+/// processor time; calling_thread: the share of it spent on the calling thread, which writes. size: of the file over
+/// that of libtiff's. extra: memory in pictures.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);
@@ -244,7 +244,7 @@ void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 BENCHMARK_CAPTURE(BM_WriteTiffDeflate, 8uRgba, 8)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK_CAPTURE(BM_WriteTiffDeflate, 16uRgba, 16)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
-/// ratio: a thumbnail of 256 pixels to reading the whole picture.
+/// ratio: time of a thumbnail of 256 pixels over that of reading the whole picture.
 void BM_Thumbnail(benchmark::State &state, const char *format)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGB, 8);

@@ -57,7 +57,7 @@ void BM_ReadProfile(benchmark::State &state)
     state.counters["entries"] = 72;
 }
 
-/// Between eight entries, the picture by another body than the profile's or by the same.
+/// Between eight entries, for a picture by the profile's body or by another.
 void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
 {
     const QString source = QStringLiteral("made");
@@ -96,7 +96,7 @@ bool WriteCollection(const QString &folder)
     return true;
 }
 
-/// Everything that a picture needs, index and profile having been read.
+/// Everything that a picture needs, after index and profile have been read.
 void BM_FindAndFit(benchmark::State &state)
 {
     const QTemporaryDir folder;

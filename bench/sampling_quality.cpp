@@ -1,5 +1,5 @@
-// What samplings keep of waves and make of edges, through a wide-angle lens: a table to the output, and a plot to the
-// SVG file that is named as argument.
+// How samplings preserve waves and render edges, through a wide-angle lens: prints a table, and plots to the SVG file
+// named as argument.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"
@@ -22,7 +22,7 @@ std::vector<double> RenderFitted(const std::vector<double> &grey, const Correcti
     const KImage from = image(source);
     KImage to = image(target);
     if (!FittedWarp(lens, sampling, TransferCurve::Linear(), {}).Render(from, 0, to, 0))
-        std::abort(); // the whole source is there
+        std::abort(); // the whole source is in memory
     std::vector<double> result;
     for (std::size_t i = 0; i < target.size(); i += 4)
         result.push_back(double(target[i]));

@@ -141,8 +141,8 @@ int main(int argc, char **argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     // Exceeding a file size limit is then an error of one picture and doesn't end the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // A library may end the program, as libgomp does where it finds no memory for its threads. At the usual end no
-    // folder is left.
+    // A library may end the program, as libgomp does where it finds no memory for its threads. At a normal exit there
+    // is no folder to remove.
     std::atexit([] { InterruptGuard::RemoveFolders(); });
     return RunGuarded(argc, argv);
 }

@@ -49,7 +49,7 @@ public:
     void Unlock(int width, int height, int depth);
     bool IsInMemory(int width, int height, int depth);
 
-    /// Makes @p def, described anew, the item's image and drops all versions: the file may have changed.
+    /// Makes @p def, a new description, the item's image and drops all versions: the file may have changed.
     void Adopt(ImageDef *def);
     /// Gives up ownership of the image, and returns the pixels that are still lent.
     QVector<Image *> Abandon();

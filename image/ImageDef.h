@@ -77,7 +77,7 @@ public:
     /// lower-case hexadecimal digits. Two spellings of a path have two keys.
     static QString IdOf(const QString &path);
 
-    /// Describes the file anew, with thumbnail, and drops every cached version. Keeps lens kind and user geometry.
+    /// Describes the file again, with thumbnail, and drops every cached version. Keeps lens kind and user geometry.
     /// Returns false, with nothing changed, if the file can no longer be described.
     bool Reload();
 

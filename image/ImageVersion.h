@@ -44,7 +44,7 @@ public:
     qint64 m_lastUsed; // 64 bits: a host may run for months
     short m_depth;
     bool m_inMemory = true;
-    // Owned: pixels from before the image was described anew, still lent. Their locks can't be distinguished from later
-    // ones, so they are freed when all locks are released.
+    // Owned: pixels from before the image was described again, still lent. Their locks can't be distinguished from
+    // later ones, so they are freed when all locks are released.
     QVector<Image *> m_retired;
 };

@@ -140,7 +140,7 @@ public:
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
     /// Changes form or colors of an 8-bit image in place; @p mode is a GflColorDepth, which defines the meaning of @p
-    /// parameters. A wrapped block stays unchanged: the image then gets pixels of its own.
+    /// parameters. A wrapped block stays unchanged: the image then gets a separate block.
     void Convert(unsigned short mode, unsigned short parameters);
     /// Converts a compression number to the layer's fields; @p format in lower case. -1 keeps the layer's defaults.
     ///
@@ -208,7 +208,7 @@ public:
     /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
     /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Sets alpha below half of the full range, or not-a-number, to 0, any other to full.
+    /// Sets alpha below half of the full range, or NaN, to 0, any other to full.
     void BinarizeAlpha();
     /// Converts premultiplied colors to straight ones, then makes them opaque: color * full / alpha, truncated and
     /// saturated. Pixels of alpha 0 stay.
@@ -231,7 +231,7 @@ public:
     /// Finds the least and greatest finite color sample of a float image, where alpha isn't 0 or everywhere; both 0 if
     /// there is none.
     void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
-    /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, not-a-number becomes 0.
+    /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, NaN becomes 0.
     void HDR_Normalize(float minimum, float maximum, int mode);
     /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);

@@ -25,7 +25,7 @@ public:
     /// Fills an evicted version of the item.
     static void Load(ImageDef *def, Version *version, bool reloadFromSource, Item *item);
     /// Fills a new version. True: the item must adopt it. False: @p version has been replaced by a version that the
-    /// item already has, locked once more.
+    /// item already has, with one more lock.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
     /// Returns the bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.

@@ -108,7 +108,7 @@ struct PolarGrid {
 };
 
 /// Returns brightness as a code. It uses the square root, so that the step from a dim picture to black outweighs steps
-/// between bright objects. Transparent pixels and not-a-number are black.
+/// between bright objects. Transparent pixels and NaN are black.
 template <typename T> Ipp16s CodeOf(const float *pixel, int channels)
 {
     const float luma = channels == 1 ? pixel[0] : 0.299f * pixel[0] + 0.587f * pixel[1] + 0.114f * pixel[2];

@@ -72,7 +72,7 @@ struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
 
-/// Not-a-number counts as valid. The stride of a wrapped block may leave floats unaligned.
+/// NaN counts as valid. The stride of a wrapped block may leave floats unaligned.
 bool IsValid(const KImage &image, int x, int y)
 {
     float alpha;

@@ -41,7 +41,7 @@ public:
     {
     }
 
-    /// Returns not-a-number for a direction outside the lens's view. x to the right, y up, z along the axis.
+    /// Returns NaN for a direction outside the lens's view. x to the right, y up, z along the axis.
     Position Of(float x, float y, float z) const
     {
         const float fromAxis = std::sqrt(x * x + y * y), angle = atan2f(fromAxis, z);
@@ -108,7 +108,7 @@ public:
     {
     }
 
-    /// Returns not-a-number where the model has no inverse.
+    /// Returns NaN where the model has no inverse.
     Position Of(float x, float y) const
     {
         const float dx = x - m_center.x, dy = y - m_center.y, r = std::sqrt(dx * dx + dy * dy) / m_unitPx;
@@ -180,7 +180,7 @@ template <typename T> void PaintPixel(unsigned char *pixel, int channels, const 
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
         // Paint raises the opacity of covered pixels to its own.
         const float wanted = c == 3 ? full : full * (channels == 1 ? luma : rgba[c]);
-        StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // overwrites even not-a-number
+        StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // overwrites even NaN
     }
 }
 

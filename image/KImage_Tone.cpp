@@ -102,7 +102,7 @@ struct Range {
     float minimum;
     float length;
 
-    /// Clamps a sample to the range, relative to its start. Not-a-number counts as the start.
+    /// Clamps a sample to the range, relative to its start. NaN counts as the start.
     float Within(float value) const { return value > minimum ? qMin(value - minimum, length) : 0.0f; }
 };
 
@@ -314,7 +314,7 @@ void KImage::GetGrey(ImageSt &grey)
     if (!HasWorkingPixels(*this))
         KThrow(kInvalidBitmap);
     if (qint64(width()) * qint64(sizeof(float)) > std::numeric_limits<quint32>::max())
-        KThrow(kNotEnoughMemory); // a row of KImage holds no more
+        KThrow(kNotEnoughMemory); // the limit of a KImage row
     try {
         grey.samples.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()));
     } catch (const std::bad_alloc &) {

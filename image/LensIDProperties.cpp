@@ -8,7 +8,7 @@ namespace {
 int WholeNumber(const QStringRef &cell)
 {
     const float number = cell.toFloat();
-    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // false for not-a-number, too
+    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // false for NaN, too
 }
 
 } // namespace

@@ -37,7 +37,7 @@ public:
 
     int Channels() const { return m_image.m_bitmap->ComponentsPerPixel; }
 
-    /// Returns whether a position is inside; not-a-number is not.
+    /// Returns whether a position is inside; NaN is not.
     bool Contains(float x, float y) const
     {
         return x >= -0.5f && y >= -0.5f && x <= m_right + 0.5f && y <= m_bottom + 0.5f;

@@ -183,7 +183,7 @@ GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 /// to 1, one curve after the other.
 /// @param points  At least 2. Tables of profiles have up to 4,096.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return 3, or 1 for gray; 0 if the bytes are another profile or none, or if it only has look-up tables.
+/// @return 3, or 1 for gray; 0 if the bytes are not such a profile, or if it only has look-up tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

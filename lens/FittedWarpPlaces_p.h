@@ -51,7 +51,7 @@ struct Places {
     alignas(64) float y[kBlockPixels];
 };
 
-/// What light is multiplied by, and the root of it for FittedPlaces::HasRoots.
+/// The factor of light, and its root for FittedPlaces::HasRoots.
 struct Gains {
     alignas(64) float gain[kBlockPixels];
     alignas(64) float root[kBlockPixels];

@@ -1,8 +1,8 @@
 // The lens models on blocks of positions, and the description of a band of rows; for FloatWarp.
 //
-// Everything here and in what includes it is inlined into functions that are marked for their instructions: nothing of
-// it may be called from code for other processors. Positions and gains are computed for whole blocks in plain loops
-// that vectorize; formulas and their order of operations are those of LensParam, to the bit.
+// Everything here and in what includes it is inlined into functions that are marked for their instructions: none of it
+// may be called from code for other processors. Positions and gains are computed for whole blocks in plain loops that
+// vectorize; formulas and their order of operations are those of LensParam, to the bit.
 #pragma once
 
 #include "Arctangent_p.h"

@@ -11,7 +11,7 @@ namespace {
 
 const QString kExpected = QStringLiteral("an .lcp profile (XML) was expected");
 
-constexpr int kMaxTextLength = 200; // a text of a broken file may be as long as the file
+constexpr int kMaxTextLength = 200; // a text in a damaged file may be as long as the file
 
 QString Named(const QDomElement &element)
 {
@@ -194,7 +194,7 @@ void DescribeModels(const newLCP &lcp, const QDomElement &modelElement, ProfileR
         report.models.append({QLatin1String(info.name), lcp.*info.member, Flaw(lcp, info, modelElement)});
 }
 
-// --- Surprises for the user ---
+// --- Unexpected effects ---
 
 /// Returns the effect of an unusual number of coefficients; empty for a usual one.
 QString NoteOnCoefficients(int count, ModelRole role, LensModel kind)
@@ -219,7 +219,7 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QS
     }
 }
 
-/// Adds the effects of models that the profile doesn't hold.
+/// Adds the effects of models that the profile lacks.
 void NoteMissingModels(const newLCP &lcp, QStringList &notes)
 {
     if (!lcp.greenModel.found)

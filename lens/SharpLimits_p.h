@@ -1,8 +1,8 @@
 // How far sharp samples may lie beyond the pixels around them.
 //
-// A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only where the values themselves turn
-// in a row or a column, because only there can a wave have its peak:
-// - between two pixels, by the lesser of the two values that the slopes on their outer sides, halved, lead to;
+// A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
+// or a column, because only there can a wave have its peak:
+// - between two pixels, by the smaller of the two values reached with half of the outer slopes;
 // - next to a pixel that exceeds both of its neighbors, by half of the lesser difference.
 // At an edge one of these slopes is 0, and the sample stays between the pixels. The allowances of row and column add
 // up. They don't depend on where between the pixels a sample is taken, so they are computed once per pixel.

@@ -54,7 +54,7 @@ using Formula = TransferCurve::Formula;
 
 constexpr Formula kSrgb = {2.4, 0.055, 0.04045, 1.0 / 12.92};
 
-/// Curves that profiles have as points too, which are rounded there.
+/// Curves that profiles also store as points, which are rounded.
 constexpr Formula kKnown[] = {
     kSrgb,
     {1.8, 0.0, 1.0 / 32.0, 1.0 / 16.0},        // ROMM RGB, ISO 22028-2
@@ -62,7 +62,7 @@ constexpr Formula kKnown[] = {
     {1.0 / 0.45, 0.099, 0.081, 1.0 / 4.5},     // ITU-R BT.709
 };
 
-/// Whether light at evenly spaced stored values is what the formula says, to a code of 16 bits.
+/// Whether light at evenly spaced stored values matches the formula within one 16-bit code.
 bool Follows(const std::vector<double> &light, const Formula &formula)
 {
     constexpr double kCode = 1.0 / 65535.0;
@@ -74,7 +74,7 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
     return true;
 }
 
-/// The formula that points follow, if there are enough of them to tell.
+/// The formula that the points follow, if there are enough of them to recognize it.
 std::optional<Formula> FormulaOf(const std::vector<double> &light)
 {
     constexpr size_t kFewest = 64;
@@ -124,7 +124,7 @@ public:
 private:
     std::vector<double> m_light;
     double m_power; // above 1
-    double m_white; // the lowest stored value of the most light
+    double m_white; // the lowest stored value with the most light
 };
 
 } // namespace

@@ -37,14 +37,14 @@ public:
     ///     light = slope v                                for v below toe
     ///     light = ((v + offset) / (1 + offset)) ^ gamma  from there on
     ///
-    /// A gain g from 1 on makes of v (v + offset) g^(1 / gamma) - offset, or g v on the line: no power per pixel.
+    /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line: no power per pixel.
     struct Formula {
         double gamma, offset, toe, slope; // a toe of 0: no line
 
         double Light(double stored) const; // of values above 0
         double Stored(double light) const;
     };
-    /// The formula of all channels. Null if the curves are known by points alone.
+    /// The formula of all channels. Null if the curves are known only as points.
     const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
 
     /// A function as linear segments, indexed by the leading bits of a float: they divide each octave evenly.

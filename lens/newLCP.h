@@ -37,8 +37,8 @@ public:
 
     /// Warps @p source into @p destination, on the calling thread.
     ///
-    /// Without @p distortion and @p chromatic only the vignetting gain is applied; a run whose models the profile
-    /// doesn't hold leaves @p destination unchanged (see InterpolatorKim).
+    /// Without @p distortion and @p chromatic only the vignetting gain is applied; a run whose models the profile lacks
+    /// leaves @p destination unchanged (see InterpolatorKim).
     ///
     /// @param source       8 to 32 bits per channel; 9 to 15 are stored in 16-bit words, 17 to 32 are float. Not the
     ///                     same image as @p destination.

@@ -39,15 +39,16 @@ template <typename Predicate> QString Names(Predicate isOne)
     return names.join(QStringLiteral(", "));
 }
 
-/// What the camera did is known from elsewhere, and stays in the picture.
+/// Whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata, which the
+/// result keeps.
 bool IsInXmp(const Fact<bool> &done)
 {
     return done.value && done.source.startsWith(QLatin1String("XMP "));
 }
 
-/// How files name the profile.
+/// Names of the profile in the record.
 struct ProfileNames {
-    QString name;         // the profile's own one if it has one
+    QString name;         // from the profile if it has one
     QString file, digest; // empty for lensfun's
 };
 
@@ -72,7 +73,7 @@ public:
         : m_prefix(QStringLiteral("Xmp.%1.").arg(QLatin1String(prefix))), m_record(record)
     {
     }
-    /// An empty text removes what the source had.
+    /// An empty text removes the source's value.
     void Set(const char *name, const QString &text) { m_record->append({m_prefix + QLatin1String(name), text}); }
 
 private:
@@ -116,7 +117,7 @@ void AddCameraRaw(const FitResult &fit, const PictureFacts &facts, const FitOpti
     for (const CorrectionRow &row : kCorrections) {
         if (fit.*row.made)
             crs.Set(row.scale, QString::number(std::lround(options.*row.amount * 100.0)));
-        else if (!IsInXmp(facts.*row.before)) // otherwise the source says it
+        else if (!IsInXmp(facts.*row.before)) // otherwise the source's value stays
             crs.Set(row.scale, QStringLiteral("0"));
     }
 }

@@ -76,7 +76,7 @@ void FittedBands::Render(KImage &band, int firstRow)
     m_source.Hold(range.first, range.end);
     while (!m_warp.Render(m_source.Image(), m_source.FirstRow(), band, firstRow)) {
         if (range.first == 0 && range.end == m_picture.height())
-            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is held already
+            throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is already in memory
         const int more = range.end - range.first;
         range = {qMax(0, range.first - more), qMin(m_picture.height(), range.end + more)};
         m_source.Hold(range.first, range.end);

@@ -98,7 +98,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     }
     params.fitted->report = ReportOf(plan.fit);
     if (!plan.fit.correction.ChangesAnything())
-        throw KException(plan.fit.why.isEmpty() ? QStringLiteral("no correction was asked for") : plan.fit.why,
+        throw KException(plan.fit.why.isEmpty() ? QStringLiteral("no correction was requested") : plan.fit.why,
                          KPlace());
     return plan;
 }

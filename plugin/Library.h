@@ -1,4 +1,4 @@
-// The Qt plug-in object: what a host gets when it loads the library.
+// The Qt plug-in object, which a host gets by loading the library.
 #pragma once
 
 #include "KIAbout.h"

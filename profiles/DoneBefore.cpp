@@ -144,7 +144,7 @@ void FindDoneBefore(const MetadataLookup &metadata, PictureFacts *facts)
     if (!IsSelfCorrecting(*facts))
         return;
     for (Done done : {&PictureFacts::distortionDone, &PictureFacts::chromaticDone, &PictureFacts::vignettingDone})
-        Set(&(facts->*done), QStringLiteral("%1 corrects its pictures by itself").arg(facts->model.value));
+        Set(&(facts->*done), QStringLiteral("%1 corrects its own pictures").arg(facts->model.value));
 }
 
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options)

@@ -19,7 +19,7 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
     return std::nullopt;
 }
 
-/// Whether a corner of the source is farther from the center than what the geometric map reaches.
+/// Whether a corner of the source is farther from the center than the geometric map reaches.
 bool GoesOnBeyondEnd(const Correction &correction)
 {
     if (!correction.geometry)
@@ -146,14 +146,14 @@ QString WhyUseless(const RadialMap &map, const QSize &pixels)
     const QString text = QStringLiteral("leaves %1 % of the picture").arg(100.0 * kept / kAll, 0, 'f', 0);
     return folded >= kAll / 2
         ? text + QStringLiteral(": it folds back %1 px from the center").arg(map.endRadius, 0, 'f', 0)
-        : text + QStringLiteral(": the rest comes from outside");
+        : text + QStringLiteral(": the rest lies outside the photograph");
 }
 
 void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result)
 {
     Correction &correction = result->correction;
     if (isFisheye && options.projection == Projection::Rectilinear && GoesOnBeyondEnd(correction))
-        result->assumed << QStringLiteral("the photograph goes on beyond 85 degrees from the axis, where rectilinear "
+        result->assumed << QStringLiteral("the photograph extends beyond 85 degrees from the axis, where rectilinear "
                                           "pictures end; other projections show more");
     const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);
     correction.zoom = result->zoom = framing.zoom;

@@ -22,7 +22,7 @@ struct FitTask {
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // by an earlier run of ours, in vain
+    bool tried; // by an earlier run of ours, without success
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 

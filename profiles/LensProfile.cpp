@@ -126,7 +126,7 @@ private:
             const auto before = seen.constFind(field.name);
             if (before != seen.constEnd() && !SaySame(*before, field.value))
                 Note(field.line,
-                     QStringLiteral("%1 is given twice, \"%2\" and \"%3\"; the last counts")
+                     QStringLiteral("%1 is given twice, \"%2\" and \"%3\"; the last is used")
                          .arg(field.name, before->left(80), field.value.left(80)));
             seen.insert(field.name, field.value);
         }
@@ -190,7 +190,7 @@ private:
             if (!isFisheye && node.name != QLatin1String("PerspectiveModel"))
                 continue;
             if (found)
-                Note(node.line, QStringLiteral("a second model of the lens in one entry; the last counts"));
+                Note(node.line, QStringLiteral("a second model of the lens in one entry; the last is used"));
             found = &node;
             m_entry.kind = isFisheye ? ProfileEntry::Kind::Fisheye : ProfileEntry::Kind::Perspective;
         }
@@ -228,7 +228,7 @@ private:
         if (rule != std::end(kSubModelRules)) {
             NoteContradictions(node);
             if (m_entry.*rule->model)
-                Note(node.line, QStringLiteral("a second %1 in one entry; the last counts").arg(node.name));
+                Note(node.line, QStringLiteral("a second %1 in one entry; the last is used").arg(node.name));
             (m_entry.*rule->model).reset();
             ReadKnownSubModel(node, *rule, model);
             for (const ProfileNode &child : node.models)

@@ -60,7 +60,7 @@ struct LensProfile {
 ///
 /// Leaves out unusable models, with a note. The limits of XmlLimits.h apply.
 ///
-/// @param error  filled if nothing is usable: what was read, expected and found. Null if not wanted.
+/// @param error  filled if nothing is usable: what was read, expected and found. May be null.
 /// @return the profile; without entries if nothing is usable.
 LensProfile ReadLensProfile(const QString &path, QString *error);
 /// The same for content in memory. @p path is only stored.

@@ -222,7 +222,7 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
         facts->focalPlaneWidthMm = {mm, QStringLiteral("EXIF FocalPlaneXResolution")};
 }
 
-/// DCF 2.0 writes Adobe RGB as "uncalibrated" with an interoperability index of its own; some cameras write 2.
+/// DCF 2.0 writes Adobe RGB as "uncalibrated" with a separate interoperability index; some cameras write 2.
 void ReadEncoding(const MetadataLookup &metadata, PictureFacts *facts)
 {
     const double space = metadata.Number("Exif.Photo.ColorSpace");

@@ -19,7 +19,7 @@ template <typename T> struct Fact {
 /// One of the eight orientations of EXIF; 1 is upright as stored.
 using Orientation = int;
 
-/// What EXIF says of stored values, for pictures without an ICC profile.
+/// The color space of stored values according to EXIF, for pictures without an ICC profile.
 enum class ColorEncoding { Unknown, Srgb, AdobeRgb };
 
 struct PictureFacts {
@@ -41,14 +41,14 @@ struct PictureFacts {
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
     /// Corrections already in rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
-    /// Corrections that an earlier run of ours was asked for and could not make.
+    /// Corrections requested from an earlier run of ours, which could not make them.
     bool distortionTried = false, chromaticTried = false, vignettingTried = false;
 };
 
 /// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. Reads no
 /// pixels. The image-file layer must have been started. Unreadable metadata leaves facts unknown.
 ///
-/// @param error  filled, and the size left empty, if the file is not a picture. Null if not wanted.
+/// @param error  filled, and the size left empty, if the file is not a picture. May be null.
 PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;

@@ -49,7 +49,7 @@ struct FrameShape {
     double aspect = 1.0;                // of the frame, at least 1
     bool isCut = false;                 // from the middle of a frame of other proportions
     bool liesAcross = false;            // turned by a right angle, in an unknown direction
-    QStringList assumed;                // for people
+    QStringList assumed;                // for the user
 };
 
 /// The camera body of a picture, from the user or else from the file.

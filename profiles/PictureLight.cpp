@@ -42,5 +42,5 @@ PictureLight LightOf(const PictureFacts &facts, bool isFloat, double rawGamma)
     case ColorEncoding::Unknown:
         break;
     }
-    return {TransferCurve::Srgb(), QStringLiteral("no color profile with curves: taken as sRGB")};
+    return {TransferCurve::Srgb(), QStringLiteral("no color profile with curves: treated as sRGB")};
 }

@@ -157,14 +157,14 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
     } else if (longest.focalMm > 0.0) {
         at = FindAmong(m_focals, 1.0 / *setting.focalMm, [](const Focal &one) { return 1.0 / one.focalMm; });
         if (*setting.focalMm > longest.focalMm * kBeyond || *setting.focalMm * kBeyond < shortest.focalMm)
-            choice.assumed << QStringLiteral("%1 mm lies outside the profile's %2: the nearest counts")
+            choice.assumed << QStringLiteral("%1 mm lies outside the profile's %2: the nearest is used")
                                   .arg(Numeral(*setting.focalMm),
                                        m_focals.size() > 1 ? range : Numeral(longest.focalMm) + QStringLiteral(" mm"));
     }
     if (m_focals[at.first].kind != m_focals[at.second].kind) {
         const int nearest = at.share < 0.5 ? at.first : at.second;
         at = {nearest, nearest, 0.0};
-        choice.assumed << QStringLiteral("perspective and fisheye entries aren't mixed: the nearest counts");
+        choice.assumed << QStringLiteral("perspective and fisheye entries aren't mixed: the nearest is used");
     }
     const bool isWhole = AddFocal(m_focals[at.first], 1.0 - at.share, setting, &choice)
         && AddFocal(m_focals[at.second], at.share, setting, &choice);

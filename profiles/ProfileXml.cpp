@@ -31,8 +31,8 @@ public:
 
     QString Run()
     {
-        // Other lists of the document, as of its authors, hold no entries; lists inside an entry are read as part of
-        // it.
+        // Other lists of the document, such as its authors, contain no entries; lists inside an entry are read as part
+        // of it.
         int profiles = kMaxXmlDepth + 1; // depth of CameraProfiles, the outermost if it nests
         while (Next()) {
             if (m_depth < profiles)

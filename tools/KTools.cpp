@@ -18,9 +18,9 @@ namespace {
 
 bool s_standsAlone = false; // this copy of the kernel created its own objects
 
-/// Counting the processors pins the calling thread for good, and threads that it starts inherit that, OpenMP's workers
-/// included. So query on a short-lived thread; later queries use its result. If no thread can start, use OpenMP's
-/// counts.
+/// Counting the processors pins the calling thread permanently, and threads that it starts inherit that, OpenMP's
+/// workers included. So query on a short-lived thread; later queries use its result. If no thread can start, use
+/// OpenMP's counts.
 void CountProcessors()
 {
     try {

@@ -58,7 +58,7 @@ private:
     int m_nodes = 0;
 };
 
-/// A parse, and what it works with.
+/// A parse and its working objects.
 class Parse {
 public:
     template <class Text> void Run(const Text &text)
@@ -94,8 +94,8 @@ private:
 
 template <class Text> XmlDocument Read(const Text &text)
 {
-    // QtXml is built without exception handling: memory that runs out in it leaves half-made objects, and destroying
-    // those would crash. So the parse is owned only once it is through; before, an exception gives up its memory.
+    // QtXml is built without exception handling: running out of memory in it leaves half-built objects, and destroying
+    // those would crash. So the parse is owned only once it has finished; an exception before that leaks its memory.
     auto *const parse = new Parse;
     parse->Run(text);
     const std::unique_ptr<const Parse> finished(parse);

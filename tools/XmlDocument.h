@@ -11,13 +11,13 @@ struct XmlDocument {
     QString error; ///< the parser's, if the text is not well-formed
     int line = 0;  ///< of the error, from 1
     int column = 0;
-    QDomDocument document; ///< of a refused text, nothing; of one not well-formed, the part before the error
+    QDomDocument document; ///< empty for a refused text; the part before the error for a malformed one
 };
 
 /// Parses a text that the caller has limited to kMaxXmlBytes.
 ///
 /// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
-/// documents that declare entities, a few lines of which can expand to gigabytes. Bytes are decoded as their mark or
-/// declaration says, else as UTF-8. If std::bad_alloc is thrown, what the parse held by then is never freed.
+/// documents that declare entities, a few lines of which can expand to gigabytes. Bytes are decoded by their byte order
+/// mark or declaration, otherwise as UTF-8. If std::bad_alloc is thrown, the memory of the parse is never freed.
 XmlDocument ReadXml(const QByteArray &text);
 XmlDocument ReadXml(const QString &text);

@@ -26,7 +26,7 @@ public:
     bool IsCurrent();
     /// Copies the last rendered picture to @p out, which stays unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
-    /// What the last render of a fitted record tells of itself; none before the first, and for plain records.
+    /// Report of the last render of a fitted record; none before the first render and for plain records.
     std::optional<FitReport> Report();
 
 protected:

@@ -65,7 +65,7 @@ private:
     KImage *m_image;
 };
 
-/// What the plain correction uses of a profile.
+/// Corrections that plain runs can make with a profile.
 Corrections HeldPlain(const QString &fileName)
 {
     bool ok = false; // also for a file that can't be opened
@@ -73,7 +73,7 @@ Corrections HeldPlain(const QString &fileName)
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// What the fitted correction can use, of any entry and any spelling.
+/// Corrections that fitted runs can make, with any entry in any spelling.
 Corrections HeldFitted(const QString &fileName)
 {
     Corrections held = {};
@@ -187,7 +187,7 @@ void UIVitreluxPreview::clearImage()
 
 void UIVitreluxPreview::updateLCPfilename()
 {
-    if (!m_imageDef || (m_params && m_params->fitted)) // whose profile is found by each run, and never becomes a choice
+    if (!m_imageDef || (m_params && m_params->fitted)) // fitted: each run searches, and nothing is stored
         return;
     QString message;
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
@@ -287,13 +287,13 @@ void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
         all = QStringList{report->profile, report->entries, report->assumed, report->why};
         all.removeAll(QString());
     }
-    ui->lineEditLensFile->setPlaceholderText(result); // seen as long as nothing was chosen
+    ui->lineEditLensFile->setPlaceholderText(result); // visible until a profile is chosen
     ui->lineEditLensFile->setToolTip(all.join(QLatin1Char('\n')));
 }
 
 // --- Switches ---
 
-/// Enables the boxes. A checked box can always be unchecked, whatever the profile holds.
+/// Enables the boxes. A checked box can always be unchecked, whatever the profile contains.
 void UIVitreluxPreview::EnableBoxes(const Corrections &held)
 {
     for (const auto &[box, isHeld] :

@@ -28,7 +28,7 @@ class Ui_UIVitreluxPreviewClass;
 /// completeChanged().
 ///
 /// A fitted record without a chosen profile keeps none: the profile that its render found, or why none was found, is
-/// shown in the profile's row as a placeholder. A chosen profile can be given up again there.
+/// shown in the profile's row as a placeholder. A chosen profile can be cleared there.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -83,7 +83,7 @@ private:
     bool m_updating = false; // the widgets are being filled: don't render
     KVitreluxOne2One *m_process;
     ComputePreview m_computePreview;
-    QAction *m_automatic = nullptr; // in the profile's row: gives up the chosen profile; null until one can be given up
+    QAction *m_automatic = nullptr; // in the profile's row: clears the chosen profile; null until one can be cleared
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;

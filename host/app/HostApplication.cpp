@@ -68,8 +68,8 @@ void StartKernels()
     KImage::init(nullptr);
 }
 
-/// The description of a file that isn't a picture: it has size 0 and lends nothing. The kernel's lending would put it
-/// into the image cache, which would own it too.
+/// The description of a file that isn't a picture: it has size 0 and provides no pixels. Lending by the kernel would
+/// add it to the image cache, which would own it too.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -91,9 +91,9 @@ const QLatin1String kApplication("vitrelux");
 
 /// Opens the program's settings, for the calling thread.
 ///
-/// An exception that leaves QSettings' constructor crashes: ~QObjectPrivate uses the thread data that only the
-/// constructor of QObject, which comes later, sets. In a thread of its own no handler waits for it, so the program ends
-/// where it is thrown, by the terminate handler.
+/// An exception from QSettings' constructor would crash: ~QObjectPrivate uses thread data that only the constructor of
+/// QObject, which runs later, sets. A separate thread has no handler for it, so the terminate handler ends the program
+/// where it is thrown.
 std::unique_ptr<QSettings> OpenSettings()
 {
     std::unique_ptr<QSettings> settings;
@@ -133,7 +133,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         std::_Exit(1);
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
-        return; // the fatal message says it
+        return; // the fatal message explains it
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
         return;
     if (++count == kMostMessages)

@@ -42,7 +42,7 @@ public:
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
-    /// Saves the settings, frees the pictures and stops the image kernel; the object is then of no more use.
+    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterwards.
     void Stop();
 
     /// Any thread.
@@ -60,7 +60,8 @@ public:
 
     /// Like ImageDefOf. The image cache or this object owns the image. Any thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
-    /// Returns one line why the file cannot be corrected; empty if its header shows no problem. Any thread.
+    /// Returns the reason, in one line, why the file cannot be corrected; empty if its header shows no problem. Any
+    /// thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
@@ -77,7 +78,7 @@ public:
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
     QSettings &Settings() { return *m_settings; }
-    /// Returns one line why settings files are ignored; empty if they aren't.
+    /// Returns the reason, in one line, why settings files are ignored; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
     /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
     /// Commands without windows stay in English.

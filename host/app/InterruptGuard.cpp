@@ -34,7 +34,7 @@ sigset_t SignalsNotIgnored()
     return signals;
 }
 
-std::atomic<InterruptGuard *> g_guard{nullptr}; // the one that lives
+std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing one
 
 } // namespace
 
@@ -87,7 +87,7 @@ void InterruptGuard::FinishOnInterrupt(std::function<void()> told)
     m_told = std::move(told);
 }
 
-/// @return whether this SIGINT is the first one, and not to end the program.
+/// @return whether this SIGINT is the first one, which must not end the program.
 bool InterruptGuard::TakeFirstInterrupt()
 {
     const std::lock_guard<std::mutex> lock(m_toldMutex);
@@ -122,7 +122,7 @@ void InterruptGuard::RemoveFolders() noexcept
         return;
     try {
         guard->RemoveAll();
-    } catch (...) { // without memory for it: the next run over the folder removes what is left
+    } catch (...) { // out of memory: the next run with this folder removes the rest
     }
 }
 

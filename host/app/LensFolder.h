@@ -15,7 +15,7 @@ public:
 
     /// The user's folder, absolute.
     QString Folder() const { return m_folder; }
-    /// Returns one line why the folder could not be created; empty if it exists.
+    /// Returns the reason, in one line, why the folder could not be created; empty if it exists.
     QString Problem() const;
     /// Returns the path to pass to the plug-in; empty if the folder could not be created.
     QString Place() const;

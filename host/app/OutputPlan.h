@@ -33,8 +33,8 @@ struct OutputNaming {
     QString pattern = QStringLiteral("{name}_corrected.tiff");
 };
 
-/// Returns what is wrong with a pattern as typed; empty: nothing. It must give a file name of its own to each picture
-/// of a folder, without a slash, that ends in a suffix of TIFF.
+/// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
+/// file name, without a slash, that ends in a TIFF suffix.
 QString FaultOfOutputPattern(const QString &pattern);
 
 /// Two pictures can have the same output, such as a.jpg and a.png of one folder, or two a.jpg with one output folder:

@@ -7,9 +7,8 @@
 
 /// One picture of a run.
 struct NamedPicture {
-    QString name; // as the user knows it
-    QString
-        subpath; // of a walked folder's picture: its folder below the walked one; empty: right in it, or named itself
+    QString name;    // as the user knows it
+    QString subpath; // its folder below the walked one; empty: directly in that, or named individually
 };
 
 /// Returns the patterns of file names of all known formats: "*.tif" and so on.

@@ -10,7 +10,7 @@ struct ProfileReport;
 
 struct ProfileUse {
     QString path;       // absolute
-    QString problem;    // one line why it cannot be used at all; empty if it can
+    QString problem;    // why it cannot be used at all, in one line; empty if it can
     Corrections holds;  // supported corrections
     QStringList lacks;  // for each other correction: its name and the missing data or the flaw
     QStringList flaws;  // those of them whose models exist but are flawed

@@ -31,7 +31,7 @@ constexpr VerbRow kVerbs[] = {
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
      "camera, another program or an earlier run already corrected are skipped.\n"
      "\n"
-     "With --plain a profile corrects pictures of its own size, by its first entry, like other programs with this\n"
+     "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this\n"
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
      "\n"
      "Prints the name of each file written on standard output, one per line. A picture that fails gets one line on\n"
@@ -257,7 +257,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
         options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
     else if (parser.isSet(QStringLiteral("output-name")))
         options.outputs.pattern = parser.value(QStringLiteral("output-name"));
-    if (!parser.isSet(QStringLiteral("output-name"))) // else it can't be told what a result is
+    if (!parser.isSet(QStringLiteral("output-name"))) // otherwise results can't be recognized
         options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();

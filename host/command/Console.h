@@ -17,7 +17,7 @@ QString LabeledLine(const QString &label, int width, const QString &value);
 QString Indented(const QString &text);
 
 /// Writer of the program's output, unbuffered and in UTF-8. On a terminal, a progress line below the messages shows the
-/// pictures in work. One thread at a time.
+/// pictures in progress. One thread at a time.
 class Console {
 public:
     Console();
@@ -44,5 +44,5 @@ private:
 
     bool m_terminal;
     QElapsedTimer m_sinceStart;
-    QMap<int, QString> m_progress; // of the pictures in work, by number
+    QMap<int, QString> m_progress; // of the pictures in progress, by number
 };

@@ -55,7 +55,8 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
         KeepFreedMemory();
         m_guard->FinishOnInterrupt([this] {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            m_console->Failure(QString(), QStringLiteral("finishing the pictures under way; again to end at once"));
+            m_console->Failure(QString(),
+                               QStringLiteral("finishing the pictures in progress; interrupt again to end at once"));
         });
     }
     RefuseRivals();
@@ -81,7 +82,7 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
     m_guard->FinishOnInterrupt(nullptr);
     if (m_begun < m_plan.size())
         m_console->Failure(QString(),
-                           QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing goes on")
+                           QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing continues with them")
                                .arg(m_plan.size() - m_begun)
                                .arg(m_plan.size()));
     m_console->Summary(m_counts);
@@ -138,7 +139,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_console->EndProgress(number);
-        // A corrected picture is not reported as failed; what failed was the report.
+        // A corrected picture is not reported as failed: only its report failed.
         const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
         m_console->Failure(isCorrected ? QString() : planned.asNamed, why);
         ++m_counts[PictureReport::Outcome::Failed];

@@ -10,7 +10,7 @@
 class Console;
 class PluginLoader;
 
-/// One run over all pictures. No wizard page is shown, so the process gets only a record per picture: SetFiles and
+/// One run over all pictures. No wizard page is shown, so the process only gets one record per picture: SetFiles and
 /// OnValidatePage belong to the page.
 ///
 /// Each thread has a separate process object and takes the next picture when it is free.

@@ -102,7 +102,7 @@ QString PlacesText(const QStringList &folders, const ProfileIndex &index)
     for (const Place &place : places)
         text += place.Text();
     if (places.isEmpty())
-        text = QStringLiteral("no folder of profiles; %1/vitrelux/profiles is searched once it exists\n")
+        text = QStringLiteral("no profile folder; %1/vitrelux/profiles is searched once it exists\n")
                    .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
     return text + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount());
 }
@@ -118,7 +118,7 @@ QString PlacesJson(const QStringList &folders, const ProfileIndex &index)
                     {QStringLiteral("lenses"), LensfunDatabase::Instance().LensCount()}});
 }
 
-/// A lens, and the profiles that serve it; none of lensfun's.
+/// A lens, and the profiles for it; none of lensfun's.
 struct FoundLens {
     QString name;
     QStringList paths;

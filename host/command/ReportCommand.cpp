@@ -106,7 +106,7 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
         if (FromJson(QJsonDocument::fromJson(line).object(), &report))
             reports.append(report);
         else
-            *problems << QStringLiteral("line %1 is no record of 'correct --json'").arg(number);
+            *problems << QStringLiteral("line %1 is not a record of 'correct --json'").arg(number);
     }
     if (source.error() != QFileDevice::NoError)
         *problems << QStringLiteral("cannot be read to its end: ") + source.errorString();

@@ -11,7 +11,7 @@ namespace {
 class JobCheck {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
-    /// Returns why a picture cannot be corrected; empty if nothing speaks against it.
+    /// Returns why a picture cannot be corrected; empty if no problem is known.
     static QString Problem(const PlannedPicture &planned, const QString &problem, const Corrections &corrections)
     {
         if (!planned.rival.isEmpty())

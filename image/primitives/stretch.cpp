@@ -98,7 +98,7 @@ void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, s
 Stretch::Stretch(Ipp8u low, Ipp8u high, int channels)
     : m_low(low), m_range(static_cast<Ipp8u>(high > low ? high - low : 0)), m_channels(channels)
 {
-    for (int v = 0; v < 256; ++v) // flat: 0 / 0 is not-a-number, which Truncate turns into 0
+    for (int v = 0; v < 256; ++v) // flat: 0 / 0 is NaN, which Truncate turns into 0
         m_table[v] = Truncate<Ipp8u>(v <= low ? 0.0f : static_cast<float>(v - low) / m_range * 255.0f);
     if (m_range > 0)
         FindFactor();

@@ -94,7 +94,7 @@ template <int C> constexpr std::int64_t RowSamples(Size size)
     return std::int64_t(C) * size.width;
 }
 
-/// Clamps @p value to the range of an unsigned type of up to 16 bits; not-a-number is 0.
+/// Clamps @p value to the range of an unsigned type of up to 16 bits; NaN is 0.
 template <typename D> constexpr float Limit(float value)
 {
     static_assert(sizeof(D) <= 2 && std::is_unsigned_v<D>);
@@ -104,7 +104,7 @@ template <typename D> constexpr float Limit(float value)
 }
 
 /// The only conversion from computed values to components. Integer types: rounded to nearest and clamped to the range
-/// of the type, not-a-number becomes 0. Float: unchanged.
+/// of the type, NaN becomes 0. Float: unchanged.
 template <typename D> constexpr D Saturate(float value)
 {
     if constexpr (std::is_floating_point_v<D>) {

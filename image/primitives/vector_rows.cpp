@@ -31,7 +31,7 @@ struct Rounding {
     __m128i operator()(const Ipp32f *src) const
     {
         const __m128 scaled = _mm_mul_ps(_mm_sub_ps(_mm_loadu_ps(src), low), factor);
-        // The second operand wins if the first is not-a-number.
+        // The second operand wins if the first is NaN.
         const __m128 inRange = _mm_min_ps(_mm_max_ps(scaled, _mm_setzero_ps()), limit);
         return _mm_cvttps_epi32(_mm_add_ps(inRange, _mm_set1_ps(0.5f)));
     }

@@ -35,7 +35,7 @@ struct SaveOptions {
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 
-/// What a file's name suggests about its format.
+/// The format that a file's name suggests.
 struct NameHint {
     std::string suffix; // in lower case with its dot; empty for memory or without one
     bool isOwnSuffix;   // of the format being tested

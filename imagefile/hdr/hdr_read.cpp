@@ -1,4 +1,4 @@
-// After G. Ward, "The RADIANCE Picture File Format", and "Real Pixels", Graphics Gems II.
+// Based on G. Ward, "The RADIANCE Picture File Format", and "Real Pixels", Graphics Gems II.
 #include "core/byte_reader.h"
 #include "core/image_limits.h"
 #include "hdr_codec.h"

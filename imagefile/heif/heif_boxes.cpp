@@ -1,5 +1,5 @@
-// After ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3); a box is its length
-// with its head, four letters, contents.
+// Based on ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3); a box is its length with its head, four letters,
+// contents.
 #include "heif_boxes.h"
 
 #include "core/byte_reader.h"

@@ -1,13 +1,13 @@
-// The properties of a HEIF file's main picture that libheif doesn't report: how it lies in the coded one, and whether
-// it is gray.
+// The properties of a HEIF file's main picture that libheif doesn't report: its rotation and crop, and whether it is
+// gray.
 #pragma once
 
 #include "core/source.h"
 
 namespace imagefile {
 
-/// A turn by right angles, perhaps mirrored: how x and y of a shown picture depend on those of the stored one, from the
-/// middle: x = xx X + xy Y.
+/// A rotation by right angles, perhaps mirrored: maps stored coordinates (X, Y), relative to the middle, to those of
+/// the displayed picture: x = xx X + xy Y.
 struct HeifTurn {
     int xx = 1, xy = 0, yx = 0, yy = 1;
 
@@ -15,15 +15,15 @@ struct HeifTurn {
     {
         return xx == other.xx && xy == other.xy && yx == other.yx && yy == other.yy;
     }
-    /// Returns the turn by this one and then @p next.
+    /// Returns this rotation followed by @p next.
     HeifTurn Then(const HeifTurn &next) const;
-    /// Returns EXIF's number of the orientation.
+    /// Returns the EXIF orientation.
     std::uint16_t Orientation() const;
 };
 
 struct HeifProperties {
-    HeifTurn turn;          // which shows the picture as it should be
-    bool isCropped = false; // coders round sizes up
+    HeifTurn turn;          // to apply for display
+    bool isCropped = false; // encoders round sizes up
     bool isGray = false;
 };
 

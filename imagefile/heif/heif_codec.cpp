@@ -64,7 +64,7 @@ private:
 
 const Codec &HeifCodec()
 {
-    // 23008-12, annex B: coded by HEVC, still and moving, then by anything
+    // ISO/IEC 23008-12, annex B: HEVC stills and sequences, then any coding
     static const Heif codec("HEIF", {"heic", "heix", "heim", "heis", "hevc", "hevx", "mif1", "msf1"});
     return codec;
 }

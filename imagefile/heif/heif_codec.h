@@ -9,7 +9,7 @@
 
 namespace imagefile {
 
-/// Calls one of libheif's functions that free something.
+/// Deleter that calls one of libheif's release functions.
 template <auto Free> struct HeifDeleter {
     template <class T> void operator()(T *object) const { Free(object); }
 };
@@ -18,8 +18,8 @@ using HeifHandle = std::unique_ptr<heif_image_handle, HeifDeleter<heif_image_han
 using HeifColors = std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_nclx_color_profile_free>>;
 using HeifImage = std::unique_ptr<heif_image, HeifDeleter<heif_image_release>>;
 
-/// The main picture of a file, pixels as the camera stored them: libheif would turn them, but here the orientation is
-/// reported as EXIF's, which then replaces EXIF's own (ISO/IEC 23008-12 makes that one a mere note).
+/// The main picture of a file, pixels as the camera stored them: libheif would rotate them, but here the rotation is
+/// reported as the EXIF orientation and replaces the file's, which is only informative in ISO/IEC 23008-12.
 class HeifFile {
 public:
     HeifFile() = default;
@@ -40,11 +40,10 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns whether libheif is to crop and turn: it can only do all of that or nothing. Nothing is exact, and
-    /// possible for any depth (it mirrors only 8 bits), but then it fails where opacity is turned, or cropped from
-    /// another size.
+    /// Returns whether libheif should crop and rotate: it can only do both or neither. Doing neither is exact and works
+    /// at any depth (libheif mirrors only 8 bits), but fails where opacity is rotated, or cropped from another size.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
-    /// Returns the turn of the decoded picture against the stored one.
+    /// Returns the rotation of the decoded picture relative to the stored one.
     HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }
     Status PassOn(const heif_image &image, RowSink *rows) const;
     void TakeBlock(heif_item_id id, Metadata *metadata) const;

@@ -22,7 +22,7 @@ std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isReduce
     return table;
 }
 
-/// Gathers a row of stored pixels from the shown ones, which lie @p step bytes apart.
+/// Gathers a row of stored pixels from the displayed ones, which are @p step bytes apart.
 void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int width, int pixelBytes)
 {
     if (step == pixelBytes)
@@ -52,7 +52,7 @@ bool IsReducedGray(const heif_image &image)
 }
 
 // Returns whether libheif ignores the picture's opacity: it compares the sizes as shown, but some writers (avifenc
-// 0.11) turn only the colors.
+// 0.11) rotate only the colors.
 bool LosesOpacity(const heif_image_handle *picture)
 {
     if (heif_image_handle_has_alpha_channel(picture))

@@ -13,8 +13,8 @@ struct JxlDecoderDeleter {
     void operator()(JxlDecoder *decoder) const { JxlDecoderDestroy(decoder); }
 };
 
-/// One decoding. Pixels stay as stored: the orientation is EXIF's, and replaces EXIF's own, which ISO/IEC 18181-2 makes
-/// a note.
+/// One decoding. Pixels stay as stored: the orientation is reported as that of EXIF and replaces the file's, which is
+/// only informative in ISO/IEC 18181-2.
 class JxlFile {
 public:
     JxlFile() = default;

@@ -34,7 +34,7 @@ Status JxlFile::Failure(JxlDecoderStatus status) const
                             : Text("JPEG XL: damaged, or of a kind that libjxl doesn't read (status %d)", status));
 }
 
-// Gives the decoder the bytes that it left, and another piece of the file.
+// Passes the decoder the bytes that it has not used yet, and the next piece of the file.
 bool JxlFile::Refill()
 {
     const std::size_t left = JxlDecoderReleaseInput(m_decoder.get());
@@ -46,7 +46,7 @@ bool JxlFile::Refill()
     m_at += count;
     if (count == 0)
         return false;
-    // Not told that the last piece is the last: libjxl would write to standard error where the file ends early.
+    // The last piece is not marked as the last: libjxl would then write to standard error if the file ends early.
     return JxlDecoderSetInput(m_decoder.get(), m_piece.data(), m_piece.size()) == JXL_DEC_SUCCESS;
 }
 
@@ -104,7 +104,7 @@ JxlPixelFormat JxlFile::Format() const
             JXL_LITTLE_ENDIAN, 0};
 }
 
-// libjxl fills a picture in groups of any order.
+// libjxl delivers a picture in groups, in any order.
 Status JxlFile::ReadPixels(RowSink *rows)
 {
     JxlDecoderStatus status = Next();

@@ -32,7 +32,7 @@ Bytes Unpacked(const std::uint8_t *data, std::size_t size)
 // Returns the contents of the first box of a name, plain or packed (ISO/IEC 18181-2, 9.7).
 Bytes BoxContents(const Source &source, const std::vector<IsoBox> &boxes, const char *name)
 {
-    constexpr std::size_t kNameBytes = 4; // of what is packed
+    constexpr std::size_t kNameBytes = 4; // of the packed box
     for (const IsoBox &box : boxes) {
         char packedName[kNameBytes + 1] = "";
         const bool isPacked = box.Is("brob") && source.ReadAt(box.begin, packedName, kNameBytes) == kNameBytes;
@@ -63,8 +63,9 @@ bool IsSrgb(const JxlColorEncoding &colors)
 
 } // namespace
 
-// Lossy pictures are stored in a space of their own, from which libjxl can't convert to any profile. Without this it
-// would choose linear sRGB where the file has a profile; now it chooses sRGB. Sets the same for metadata and pixels.
+// Lossy pictures are stored in the format's internal color space, from which libjxl can't convert to any profile.
+// Without this it would choose linear sRGB where the file has a profile; now it chooses sRGB. Sets the same for
+// metadata and pixels.
 void JxlFile::ChooseColors()
 {
     JxlColorEncoding colors;

@@ -140,7 +140,7 @@ void StartExiv2()
         try {
             Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
-        } catch (...) { // there is no second try: half started, the XMP toolkit takes itself for whole and crashes
+        } catch (...) { // no second try: after a failed start, the XMP toolkit believes that it is running and crashes
         }
     });
     if (!started)

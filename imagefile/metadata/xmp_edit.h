@@ -1,4 +1,4 @@
-// Metadata of an edited picture: what other programs read in it must be true of the new pixels.
+// Metadata of an edited picture, which must be true of the new pixels.
 #pragma once
 
 #include "metadata.h"

@@ -160,7 +160,7 @@ Status Assembler::Start(const Source &source)
 
 template <class T> void Assembler::Take(std::size_t channel)
 {
-    // Inks are stored as the paper that they leave.
+    // Inks are stored inverted.
     const bool invert = m_layout.mode == PsdMode::Cmyk && channel < 4;
     Interleave(m_channel.data(), m_width, invert, reinterpret_cast<T *>(m_samples.data()) + channel,
                static_cast<std::size_t>(m_layout.UsedChannels()));

@@ -57,7 +57,7 @@ template <class T> T Blended(T color, T opacity)
 }
 
 /// Writes one file. Pictures with opacity are stored twice, as other programs do: exactly, in a layer, and blended with
-/// white, as the merged picture. Without a layer those programs take opacity for a selection.
+/// white, as the merged picture. Without a layer those programs mistake opacity for a selection.
 class Writer {
 public:
     Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink);

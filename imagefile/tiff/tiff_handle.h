@@ -20,7 +20,7 @@ public:
     TiffHandle &operator=(const TiffHandle &) = delete;
 
     /// Runs @p step, which opens a directory or sets fields, and returns its result. Throws std::bad_alloc if memory
-    /// ran out in it: libtiff goes on without the field, or with a field that has no values.
+    /// ran out in it: libtiff continues without the field, or with a field that has no values.
     bool RequireMemory(const std::function<bool()> &step) const;
 
     /// Opens the first directory. The source must outlive the handle.

@@ -1,4 +1,4 @@
-// Chunks after "WebP Container Specification", https://developers.google.com/speed/webp/docs/riff_container.
+// Chunks as in "WebP Container Specification", https://developers.google.com/speed/webp/docs/riff_container.
 #include "webp_codec.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Words of lens names: spellings, makers, and the marks that tell versions apart.
+// Words of lens names: spellings, makers, and the marks that distinguish versions.
 #pragma once
 
 #include <QSet>
@@ -56,7 +56,7 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 
 /// Returns the maker that a word names or implies, by its name or a family of lenses that only it makes; else empty.
 QString FindMaker(const QString &word);
-/// Whether other makers too name a mount by this family: it identifies the maker only if nothing else does.
+/// Whether other makers also name a mount by this family: it identifies the maker only if nothing else does.
 bool IsMountFamily(const QString &word);
 /// Whether a word doesn't help to identify a lens.
 bool IsIdleWord(const QString &word);

@@ -52,7 +52,7 @@ public:
         if (m_xml.hasError() && !m_done)
             *error = QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString());
         else if (m_tooDeep)
-            *error = QStringLiteral("elements within elements, over %1 deep").arg(kMostDepth);
+            *error = QStringLiteral("elements nested more than %1 deep").arg(kMostDepth);
         else if (m_entryDepth < 0)
             *error = QStringLiteral("no profile entry: expected rdf:li in photoshop:CameraProfiles");
         else if (m_head->model.isEmpty() && m_head->lensNames.isEmpty())

@@ -137,7 +137,7 @@ bool IsSameCamera(const QString &make, const QString &model, const QString &othe
         && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
 }
 
-/// Whether a name from a less trusted source may be believed: it fits the trusted one, or only says more.
+/// Whether a name from a less trusted source may be used: it matches the trusted one, or only adds details.
 static bool Agrees(const LensName &trusted, const LensName &name)
 {
     return CompareLensNames(trusted, name).fits || CompareLensNames(name, trusted).fits || IsSubset(trusted, name);
@@ -145,7 +145,7 @@ static bool Agrees(const LensName &trusted, const LensName &name)
 
 QVector<LensName> WantedLenses(const PictureFacts &facts)
 {
-    QVector<LensName> all, trusted;                     // the latter of the first source that tells a lens
+    QVector<LensName> all, trusted;                     // the latter from the first source that names a lens
     for (const Fact<QString> &fact : facts.lensNames) { // most trustworthy first
         QVector<LensName> ofSource;
         for (LensName name : ParseLensNames(fact.value)) {
@@ -257,8 +257,8 @@ private:
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;
             }
-        // A lens that can't be taken off zooms, or its focal length isn't one of those that mounted lenses have: bare
-        // names of primes such as "50mm f/1.4" are left to chosen profiles.
+        // A fixed lens zooms, or its focal length is one that interchangeable lenses don't have: bare names of primes
+        // such as "50mm f/1.4" are left to chosen profiles.
         const bool isNamedByCamera = Folded(candidate->name.text).contains(Folded(head.model));
         const bool zooms = head.maxFocalMm > head.minFocalMm || candidate->name.maxFocalMm > candidate->name.minFocalMm;
         return isNamedByCamera || zooms || head.sensorFormatFactor > 2.0;

@@ -161,7 +161,7 @@ bool AreBare(const QVector<LensName> &names)
     return std::all_of(names.begin(), names.end(), [](const LensName &name) { return name.IsBare(); });
 }
 
-/// Whether a lens may be the wanted one. A name of only numbers may be any lens with them.
+/// Whether a lens may be the requested one. A name that consists only of numbers may be any lens with them.
 bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
 {
     const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
@@ -233,7 +233,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     else if (wanted.isEmpty())
         return none(QStringLiteral("the picture doesn't name its lens"));
     else if (AreBare(wanted) && camera.mount.isEmpty())
-        return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name says too little")
+        return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name is not specific enough")
                         .arg(facts.model.value));
     else
         lenses = NamedAlike(lenses, wanted, &match.nearest);

@@ -127,7 +127,7 @@ private:
         return false;
     }
 
-    /// Takes maps back that can't be used: the user may have added to the database.
+    /// Removes maps that can't be used: the user may have added lenses to the database.
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;

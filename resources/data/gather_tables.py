@@ -185,7 +185,7 @@ def canon_lenses(file):
         name = re.sub(r' or .*', '', name)
         focal = re.search(r'(\d+(?:\.\d+)?)(?:-(\d+(?:\.\d+)?))?mm', name)
         number = value.split('.')[0]
-        if focal and '+' not in name and number not in ('-1', '65535'):  # with a converter other focal lengths are told
+        if focal and '+' not in name and number not in ('-1', '65535'):  # a converter changes the focal lengths
             yield f'{focal[1]} {focal[2] or focal[1]} {number}', name
 
 

@@ -1,4 +1,4 @@
-// The smallest host: corrects one picture by one profile, or by what is found, if asked to. docs/host-guide.md
+// The smallest host: corrects one picture by a given profile or, on request, by the one found. docs/host-guide.md
 // documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// The plug-in's process, owned by the plug-in, whose records are fitted ones or plain. Throws KException if there
-    /// is none.
+    /// The plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there is
+    /// none.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();
@@ -121,7 +121,7 @@ static bool IsWellFormed(const QString &profile)
 struct Task {
     bool isFitted;
     QString picture;
-    QString profile; // empty: fitted, and whatever is found
+    QString profile; // empty: fitted, by the profile found
 };
 
 static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
@@ -136,7 +136,7 @@ static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
     return choice;
 }
 
-/// What a fitted run says of itself; nothing after a plain one.
+/// Report of a fitted run; empty after a plain one.
 static void Report(const QDomElement &results)
 {
     for (const char *name : {"Profile", "Entries", "Assumed", "Done", "Why"}) {
@@ -146,7 +146,7 @@ static void Report(const QDomElement &results)
     }
 }
 
-/// Writes the corrected picture beside its source, over an older one, and hands back its path. Throws KException.
+/// Writes the corrected picture next to its source, replacing an older one, and returns its path. Throws KException.
 static QString Correct(Host &host, const Task &task)
 {
     if (!task.profile.isEmpty() && !IsWellFormed(task.profile))

@@ -176,7 +176,7 @@ void DrawPicture(QPainter &painter, KImage &image, int left, int top)
     QImage picture;
     image.ToQImage(picture);
     const QRect place(left, top, kWidth, kHeight);
-    painter.fillRect(place, QBrush(Qt::gray, Qt::Dense4Pattern)); // shows through what is transparent
+    painter.fillRect(place, QBrush(Qt::gray, Qt::Dense4Pattern)); // shows through transparent areas
     const QImage scaled = picture.scaled(place.size(), Qt::KeepAspectRatio, Qt::SmoothTransformation);
     painter.drawImage(left + (kWidth - scaled.width()) / 2, top + (kHeight - scaled.height()) / 2, scaled);
 }

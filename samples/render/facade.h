@@ -14,7 +14,7 @@ struct Storey {
     double band; ///< top of the string course under the storey
 };
 
-/// Measures of a facade in pixels of the corrected picture.
+/// Dimensions of a facade in pixels of the corrected picture.
 struct FacadePlan {
     double centerX;
     double bay;                    ///< distance of window axes

@@ -21,7 +21,7 @@ struct LensModel {
     double tangential1 = 0;
     double tangential2 = 0;
     double scaleFactor = 1;                  ///< of the red/green and blue/green models only
-    std::optional<double> focalLengthY = {}; ///< where it differs; only the vignetting model heeds it
+    std::optional<double> focalLengthY = {}; ///< if it differs; only the vignetting model uses it
 };
 
 /// A whole profile. Positions are pixels of a landscape picture, center of the top-left pixel at (0, 0).
@@ -57,7 +57,7 @@ struct Inverse {
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Gain of the vignetting model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
-/// series cut after x^4, with x the squared radius in focal lengths. A focal length here counts the longer side.
+/// series cut after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the longer side.
 double Gain(const LensProfile &profile, Point source);
 
 /// Camera orientation: a portrait is turned a quarter to the left onto the profile's landscape frame.

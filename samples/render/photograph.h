@@ -25,7 +25,7 @@ struct Picture {
     std::vector<unsigned char> rgb;
 };
 
-/// Photographs @p scene: what a correction by @p profile turns back into the scene, up to noise and rounding.
+/// Photographs @p scene: a correction by @p profile restores the scene, up to noise and rounding.
 ///
 /// Each channel is placed by its own model (green by the green model, red and blue by theirs from there) and divided by
 /// the vignetting gain at the position of green. A portrait is turned by 90 degrees onto the profile's landscape frame.

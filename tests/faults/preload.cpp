@@ -4,7 +4,7 @@
 //   FAULT_AT     number of the call that fails, from 1 on; 0 only counts
 //   FAULT_BELOW  calls that concern files count only for files below this folder; without it for all files
 //   FAULT_LOG    file that gets "count N" at a regular end, or "failed NAME" and the stack at the fault
-// Counting begins with main(): what the loader and static constructors call is left alone.
+// Counting begins with main(): calls by the loader and by static constructors are left alone.
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
 #endif
@@ -25,7 +25,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-// What malloc() and its like are within the C library.
+// The C library's internal names of malloc() and the like.
 extern "C" {
 void *__libc_malloc(size_t);
 void *__libc_calloc(size_t, size_t);
@@ -49,7 +49,7 @@ const char *folder = "/";
 const char *logName = nullptr;
 std::atomic<bool> counting{false};
 std::atomic<long> calls{0};
-thread_local bool inside = false; // what this library calls isn't counted
+thread_local bool inside = false; // calls by this library aren't counted
 
 void Log(const char *text, long number)
 {
@@ -111,7 +111,7 @@ bool FailsOn(const char *kind, const char *call, int file)
 
 template <typename Function> Function *Next(const char *name)
 {
-    inside = true; // dlsym() takes memory
+    inside = true; // dlsym() allocates memory
     void *const function = dlsym(RTLD_NEXT, name);
     inside = false;
     return reinterpret_cast<Function *>(function);
@@ -144,7 +144,7 @@ int CountingMain(int argc, char **argv, char **environment)
 
 } // namespace
 
-// Defines the symbol NAME of the C library anew, under a name that the headers' declaration of it doesn't meet.
+// Redefines the C library's symbol NAME, under an identifier that doesn't clash with its declaration in the headers.
 #define REPLACE(type, name, parameters)                                                                                \
     extern "C" type fault_##name parameters __asm__(#name);                                                            \
     type fault_##name parameters
@@ -245,7 +245,7 @@ bool FailsOn(const char *kind, const char *call, FILE *stream)
 {
     if (!Counts(kind) || !FailsOn(kind, call, fileno(stream)))
         return false;
-    constexpr int kErrorSeen = 0x20; // what ferror() of the GNU C library looks at
+    constexpr int kErrorSeen = 0x20; // the flag that the GNU C library's ferror() reads
     stream->_flags |= kErrorSeen;
     return true;
 }

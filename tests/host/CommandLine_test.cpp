@@ -32,7 +32,7 @@ QStringList Words(const QString &line)
 
 void tst_CommandLine::refusesAndPrints_data()
 {
-    QTest::addColumn<QString>("said"); // refused, with this in the first line; "?": printed, starting so
+    QTest::addColumn<QString>("said"); // refused, with this in the first line; "?": printed, starting with the rest
     const char *const rows[][2] = {
         {"", "no command"},
         {"corect a.jpg", "corect"},

@@ -81,17 +81,17 @@ void FittedRunTest::correct_data()
                                       << QStringList{"note: skipped, corrected before: distortion"_s, "--again"_s};
     QTest::newRow("corrected before, by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
                                                   << QStringList{kFound, "again, though corrected before"_s};
-    QTest::newRow("untold lens") << "--lens-path lenses untold.jpg"_s << 1 << 0
-                                 << QStringList{"doesn't name its lens"_s};
+    QTest::newRow("lens not in the metadata")
+        << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"doesn't name its lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
                                    "--distance 2 untold.jpg"_s
                                 << 0 << 1 << QStringList{kFound};
     QTest::newRow("no profile, near misses")
         << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1
         << QStringList{"none.jpg: has no lens profile"_s, "f/4L IS III USM"_s, "; nearest: "_s, "24-105mm"_s, kFound};
-    QTest::newRow("asked for and lacking") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
+    QTest::newRow("requested but missing") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
                                            << QStringList{"vignetting: the profile has no model of it"_s};
-    QTest::newRow("one of two lacking") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
+    QTest::newRow("one of two missing") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
                                         << QStringList{"cannot make the requested corrections: vignetting"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};

@@ -75,7 +75,7 @@ void HostRunTest::recordHolds()
 {
     const struct {
         const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails
-        const char *cut = "", *patch = "";     // a piece of the profile, and what is put in its place
+        const char *cut = "", *patch = "";     // a piece of the profile, and its replacement
     } rows[] = {
         {"", "dcv", "1 1 1"},
         {"", "dv", "1 0 1"},
@@ -293,7 +293,7 @@ void HostRunTest::standardStreams()
     QCOMPARE(Notes().first(), "/dev/null/dev/null/dev/null"_s);
     QCOMPARE(ReadFile(Path(kOutput)), QByteArray("probe"));
 
-    // Nothing reads the output: SIGPIPE arrives while another picture is in work.
+    // Nothing reads the output: SIGPIPE arrives while another picture is in progress.
     init();
     WriteJpeg(Path("b.jpg"_s), 3000, 2000);
     const QString line =

@@ -1,4 +1,4 @@
-// What a run works on and what it leaves behind: lists of pictures, names of outputs, sums of records.
+// Input and output of a run: lists of pictures, names of outputs, summaries of records.
 #include "KException.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"

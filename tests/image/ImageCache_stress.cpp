@@ -1,5 +1,5 @@
 // Four threads lock, read and unlock random versions of twenty pictures under a small limit, while some pictures are
-// described anew or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must stay silent too.
+// described again or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must stay silent too.
 #include "Case.h"
 #include "KOmp.h"
 #include "KTools.h"
@@ -23,7 +23,7 @@ struct Subject {
     ImageDef *image = nullptr;
     int generation = 0; // counts deletions
     int grey = 0;
-    std::shared_mutex mutex; // exclusive: deleting and describing anew, which require that no other call runs
+    std::shared_mutex mutex; // exclusive: deleting and describing again, which require that no other call runs
 };
 
 /// A lock held by a thread.

@@ -13,7 +13,7 @@ namespace {
 
 using Pairs = QVector<QPair<QString, QVariant>>;
 
-/// Records what is written, in order.
+/// Records the written settings, in order.
 class Recorder : public KernelSettingsWriter {
 public:
     void Set(const QString &key, const QVariant &value) override { pairs.append({key, value}); }

@@ -16,7 +16,7 @@
 
 namespace {
 
-// Returns the value of a foreign file at a position of its data window; exact as half.
+// Returns the value of a file written by OpenEXR at a position of its data window; exact as half.
 float ValueAt(int x, int y, int c)
 {
     return static_cast<float>(x + 8 * y + 64 * c) / 256.0f;

@@ -19,7 +19,7 @@ struct Spec {
     bool inGrid = false; // of one tile, instead of a crop
 
     int Greatest() const { return (1 << bits) - 1; }
-    /// Returns any function of the position; the opacity goes through all quarters, the color no further than it.
+    /// Returns an arbitrary function of the position; opacity takes all quarters, and colors never exceed it.
     int Sample(int x, int y, int c) const
     {
         const int value = (x * 7919 + y * 104729 + c * 3571) % (Greatest() + 1);
@@ -39,7 +39,7 @@ QByteArray Written(heif_context *context)
     return file;
 }
 
-/// Returns the picture as the coders get it: green, blue and red in the planes of Y, Cb and Cr.
+/// Returns the picture as encoders receive it: green, blue and red in the planes of Y, Cb and Cr.
 heif_image *Picture(const Spec &spec)
 {
     const bool isGray = spec.channels == 1, isWide = spec.bits > 8;
@@ -102,8 +102,8 @@ QByteArray Encode(const Spec &spec, const Blocks &blocks = {})
     return file;
 }
 
-/// Returns an AVIF turned by a right angle with the size of the stored picture, then the turn, as cameras write them.
-/// libheif writes the turn, then the size as shown.
+/// Returns an AVIF rotated by a right angle with the size of the stored picture, then the rotation, as cameras write
+/// them. libheif writes the rotation, then the size as shown.
 QByteArray SizeBeforeTurn(QByteArray file)
 {
     const int size = file.indexOf("ispe") + 8,
@@ -141,7 +141,7 @@ void tst_Heif::readsWhatLibheifWrites()
         const char *name;
         Spec spec;
     } rows[] = {{"AVIF", {heif_compression_AV1, 8, 3}},
-                {"AVIF, 12 bits", {heif_compression_AV1, 12, 3}}, // this version of libaom can't write 10 of these
+                {"AVIF, 12 bits", {heif_compression_AV1, 12, 3}}, // this version of libaom can't write 10 bits here
                 {"AVIF, 12 bits, alpha", {heif_compression_AV1, 12, 4}},
                 {"AVIF, alpha, odd", {heif_compression_AV1, 8, 4, {67, 51}}},
                 {"AVIF, blended", {heif_compression_AV1, 8, 4, {64, 48}, 1, true, true}},
@@ -224,7 +224,7 @@ void tst_Heif::opacityThatIsNotTurned()
     const int size = file.indexOf("ispe") + 8,
               order = file.indexOf("\x82\3\4\x85\x86"); // of the opacity, which comes first
     QVERIFY(order > 0);
-    file.replace(size, 8, BigEndian(64, 4) + BigEndian(48, 4)).replace(order + 1, 1, "\5"); // no turn
+    file.replace(size, 8, BigEndian(64, 4) + BigEndian(48, 4)).replace(order + 1, 1, "\5"); // no rotation
     gflClearWarningText();
     const BitmapPtr read = LoadFromMemory(file);
     QVERIFY2(read && read->Type == GFL_RGB, gflLastErrorText());

@@ -375,8 +375,8 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("big-endian") << QByteArray("MM\0*\0\0\0\x08\0\1", 10) + field + QByteArray("\0\0\1\0", 4) << 22;
     QTest::newRow("one page") << little + QByteArray(4, '\0') << 0;
     QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
-    QTest::newRow("directory behind the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
-    QTest::newRow("no TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
+    QTest::newRow("directory after the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
+    QTest::newRow("not a TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
     // 9 MiB: the directory and its targets at the end; only the first megabytes and these are read.
     const quint32 at = 9u << 20;
     const auto number = [](quint32 value) {

@@ -302,7 +302,7 @@ void tst_Loading::absurdSizes()
     const QPair<const char *, QByteArray> files[] = {
         {"widest and highest", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
         {"no rows", TiffOf(10, 0, 1)},
-        {"gigapixels that aren't there", TiffOf(40000, 40000, 1)},
+        {"gigapixels that the file lacks", TiffOf(40000, 40000, 1)},
         {"deflate bomb", TiffOf(40000, 40000, 8)},
         {"fax bomb", TiffOf(1000000, 1000000, 4, {{258, 1}, {262, 1}, {277, 1}})},
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},

@@ -663,7 +663,8 @@ void tst_Metadata::editedXmp()
 {
     QFETCH(const QByteArray, packet);
     QFETCH(const QByteArray, kept);
-    const auto image = OpenImage(SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")));
+    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // the image reads it
+    const auto image = OpenImage(blank);
     Exiv2::ExifData exif = CommonExif("Maker");
     exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
     image->setExifData(exif);

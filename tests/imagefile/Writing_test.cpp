@@ -25,7 +25,7 @@ struct Format {
 };
 
 constexpr double kExact = 0.0;
-constexpr double kRounded = 1.01 / 65535; // single precision may round a half the other way
+constexpr double kRounded = 1.01 / 65535; // single precision may round a half in the other direction
 constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the greatest channel
 
 const Format kFormats[] = {

@@ -31,7 +31,7 @@ void tst_FloatRows::moves_data()
         {"over a gap", {{0, 5}, {6, 11}, {40, 45}}},
         {"over a gap at the end of the block", {{0, 5}, {5, 10}, {10, 15}, {16, 21}}},
         {"back up", {{30, 40}, {29, 39}, {0, 10}, {5, 15}}},
-        {"within what is held", {{0, 30}, {3, 5}, {10, 30}, {29, 30}}},
+        {"within the window", {{0, 30}, {3, 5}, {10, 30}, {29, 30}}},
         {"growing", {{20, 24}, {18, 26}, {10, 40}, {0, 60}, {59, 60}}}};
     for (const auto &[name, holds] : rows)
         QTest::newRow(name) << holds;

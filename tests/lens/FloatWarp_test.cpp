@@ -40,7 +40,7 @@ void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections correct
     QVERIFY(run.DoPlainly());
 }
 
-/// Counter-clockwise by a right angle: the right-hand column becomes the top row. Three times is the way back.
+/// Counterclockwise by a right angle: the right-hand column becomes the top row. Three times is the way back.
 Pixels Turned(const Pixels &from)
 {
     Pixels to{from.height, from.width, from.channels, from.bits, QVector<float>(from.values.size())};
@@ -188,7 +188,7 @@ void tst_FloatWarp::exactEdges()
     for (newLCP *lcp : {&same, &wider, &redWider, &blueWider}) {
         for (int round = 0; round < 24; ++round)
             Compare(*lcp, {kSide, kSide}, round, 7);
-        // Only the rows with a nonzero share are held.
+        // Only the rows with a nonzero share are in memory.
         const int around = lcp == &same ? 0 : 1;
         for (int round = 0; round < 4; ++round) {
             GuardedImage from(source, 0), whole(source, 0);

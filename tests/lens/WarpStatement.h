@@ -7,7 +7,7 @@
 #include <QString>
 #include <QVector>
 
-/// Pixel values apart from any image: what an image holds, widened to float, interleaved.
+/// Pixel values without an image: widened to float, interleaved.
 struct Pixels {
     int width = 0, height = 0, channels = 0;
     int bits = 0; // 8, 16 or 32

@@ -1,5 +1,5 @@
-// Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files
-// by what their values mean as light.
+// Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files,
+// in terms of light.
 #include "ComputePreview.h"
 #include "FakeHost.h"
 #include "MadeProfiles.h"

@@ -20,7 +20,7 @@ void tst_WithoutHost::defaultsAndRefusals_data()
 {
     QTest::addColumn<bool>("hasApplication");
     QTest::newRow("no application") << false;
-    QTest::newRow("application that is no host") << true;
+    QTest::newRow("application that is not a host") << true;
 }
 
 void tst_WithoutHost::defaultsAndRefusals()

@@ -165,8 +165,8 @@ void tst_ClosedForm::betweenEntries()
                                               errors[way].last(), median(way + 3), errors[way + 3].last());
         QVERIFY2(documented.contains(row.toUtf8()), qPrintable(row));
     }
-    // The settings lie about a quarter of a step from an entry or more, so what is left of the error in second order
-    // must be a small part of that in first order.
+    // The settings lie about a quarter of a step from an entry or more, so the remaining second-order error must be a
+    // small part of the first-order one.
     QVERIFY(errors[0].last() < 0.2 * errors[1].last() && median(0) < 0.2 * median(1));
     QVERIFY(errors[3].last() < 0.3 * errors[4].last() && median(3) < 0.3 * median(4));
     QVERIFY(errors[2].last() > errors[1].last());

@@ -430,7 +430,7 @@ void tst_Fit::choices_data()
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
         "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("one that tells no distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 1, 4), "1:100|1:100");
+    row("one without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 1, 4), "1:100|1:100");
     row("nearly one: the last", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4), "1:100|1:100");
     row("kinds aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100", "aren't mixed");
 }
@@ -512,7 +512,7 @@ void tst_Fit::leftOut_data()
     row(
         "nothing", [](PictureFacts &, FitOptions &) {}, "dcv", "");
     row(
-        "not asked for", [](PictureFacts &, FitOptions &o) { o.distortion = false; }, "cv", "");
+        "not requested", [](PictureFacts &, FitOptions &o) { o.distortion = false; }, "cv", "");
     row(
         "amount 0", [](PictureFacts &, FitOptions &o) { o.amountVignetting = 0.0; }, "dc",
         "vignetting: its amount is 0");

@@ -80,7 +80,7 @@ void tst_Framing::framings()
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);
-    // A model that folds inside the picture: what lies beyond is empty, and the zoom keeps within its bounds.
+    // A model that folds inside the picture: the area beyond is empty, and the zoom stays within its bounds.
     entry.geometry->coefficients = {-9.0};
     const FitResult folded = fit(Framing::Fill);
     QCOMPARE(folded.zoom, 2.0);

@@ -13,7 +13,7 @@ constexpr double kReachPx = 4;  // across it, to both sides of the expected plac
 constexpr double kCorePx = 2.5; // half the width of the change that counts
 constexpr double kSamplePx = 0.25;
 constexpr int kAlong = 3;            // mean of 2 * 3 + 1 lines across, against noise
-constexpr double kWhole = 0.72;      // of the usual contrast: less means that something covers the edge
+constexpr double kWhole = 0.72;      // of the usual contrast; if less, something covers the edge
 constexpr double kCornerReach = 0.3; // of the picture's diagonal
 constexpr int kEnough = 5;           // points, for a mean
 

@@ -38,7 +38,7 @@ void tst_Rotate::roundTrip()
             Image image(width, height, 1), turned(height, width, 2), back(width, height, 3);
             const Image turnedBefore = turned, backBefore = back;
             QVERIFY(Rotate(image, turned, 90.0, 0.0, width - 1) == Status::Ok);
-            // Counter-clockwise: the right-hand column is the top row.
+            // Counterclockwise: the right-hand column is the top row.
             CompareSamples(
                 turned.Size(), 4, Reader(turned), [&](int x, int y, int c) { return image.At(width - 1 - y, x, c); },
                 0);

@@ -218,7 +218,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), lenses);
     }
-    // What they left is removed once no program can be writing it.
+    // Their remains are removed once no program can still be writing them.
     const QString fresh = file + QStringLiteral(".fresh1"), old = file + QStringLiteral(".old123");
     for (const QString &path : {fresh, old})
         Write(path, "unfinished");

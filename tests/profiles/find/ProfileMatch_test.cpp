@@ -247,7 +247,7 @@ void tst_ProfileMatch::bodyDoesNotOutweighTheLens()
 void tst_ProfileMatch::sourcesInOrderOfTrust()
 {
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("50mm F1.4 DG HSM | Art 014"), 50);
-    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // what a maker note makes of a foreign lens
+    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // how a maker note names another maker's lens
     const QVector<IndexedProfile> profiles = {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))};
     QVERIFY(Matcher().Match(profiles, facts).path.isEmpty());
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);

@@ -1,0 +1,22 @@
+// Failed allocations that a library reports as something else, such as damage, or not at all.
+#pragma once
+
+#include <cerrno>
+#include <new>
+
+namespace imagefile {
+
+/// Watches errno, which malloc() sets to ENOMEM, over calls of a library on this thread.
+class MemoryCheck {
+public:
+    MemoryCheck() { errno = 0; }
+
+    /// Throws std::bad_alloc if memory ran out since construction, unless a later call has overwritten errno.
+    void Require() const
+    {
+        if (errno == ENOMEM)
+            throw std::bad_alloc();
+    }
+};
+
+} // namespace imagefile

@@ -108,8 +108,13 @@ bool AreAlike(const Correction &a, const Correction &b)
 
 QStringList DefaultProfileFolders()
 {
-    QStringList folders = QStandardPaths::locateAll(
-        QStandardPaths::GenericDataLocation, QStringLiteral("vitrelux/profiles"), QStandardPaths::LocateDirectory);
+    QStringList folders;
+    for (const QString &data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+        // The XDG Base Directory Specification: relative paths are invalid, so XDG_DATA_HOME has its default then.
+        const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;
+        if (const QString folder = base + QLatin1String("/vitrelux/profiles"); QDir(folder).exists())
+            folders.append(folder);
+    }
     for (const char *prefix : kWinePrefixes)
         for (const char *place : kProfilesInPrefix)
             folders +=

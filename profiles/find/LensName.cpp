@@ -29,7 +29,7 @@ QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 
 // Apertures have one or two digits before the point, focal lengths up to four; "F004" is a maker's code.
 constexpr const char *kFocal = "(?<a>\\d{1,4}(?:\\.\\d+)?)\\s*(?:mm)?\\s*(?:-\\s*(?<b>\\d{1,4}(?:\\.\\d+)?))?";
-constexpr const char *kStop = "(?<n>\\d{1,2}(?:\\.\\d+)?)(?:\\s*-\\s*(?<m>\\d{1,2}(?:\\.\\d+)?))?(?!\\d)";
+constexpr const char *kStop = "(?<n>\\d{1,2}(?:\\.\\d+)?)(?:\\s*-\\s*f?(?<m>\\d{1,2}(?:\\.\\d+)?))?(?!\\d)";
 
 Pattern Of(const QString &pattern)
 {
@@ -185,9 +185,12 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
         return HasWordsOf(wanted, offered) && (mount.isEmpty() || mount == wanted.maker);
     if (!wanted.maker.isEmpty())
         return wanted.maker == offered.maker;
-    if (!offered.maker.isEmpty() || !mount.isEmpty())
-        return HasWordsOf(offered, wanted);
-    return MakerOfMount(wanted.marks).isEmpty() || HasWordsOf(wanted, offered);
+    const QString wantedMount = MakerOfMount(wanted.marks);
+    if (!offered.maker.isEmpty() || !mount.isEmpty()) {
+        const bool isOfMount = wantedMount.isEmpty() || wantedMount == offered.maker || wantedMount == mount;
+        return isOfMount && HasWordsOf(offered, wanted);
+    }
+    return wantedMount.isEmpty() || HasWordsOf(wanted, offered);
 }
 
 /// Returns the first number in which the names differ, readable; empty if all numbers that both have agree.

@@ -31,6 +31,7 @@ void tst_LensName::numbers_data()
     row("Olympus M.Zuiko Digital ED 12-40mm ƒ/2.8 Pro", {12, 40, 2.8, 2.8});
     row("Nikon AF-S VR Nikkor 400mm f_2.8G ED", {400, 400, 2.8, 2.8});
     row("AF 17-35 f/2.8", {17, 35, 2.8, 2.8});
+    row("E 35-150mm F2.0-F2.8 A058", {35, 150, 2, 2.8});
     row("OLYMPUS 14-42mm Lens", {14, 42, 0, 0});
     row("Samsung Galaxy S9+ Rear Camera", {0, 0, 0, 0});
 }
@@ -74,7 +75,7 @@ void tst_LensName::comparison_data()
     same("TS-E90mm f/2.8", "Canon TS-E 90mm f/2.8");
     same("EF70-200mm f/4L USM +2x", "Canon EF 70-200mm f/4L USM + EF 2x III extender");
     same("OLYMPUS M.40-150mm F2.8 + MC-14", "Olympus M.Zuiko Digital ED 40-150mm f/2.8 PRO + 1.4× conv.");
-    same("E 28-75mm F2.8-2.8", "Tamron 28-75mm F/2.8 Di III RXD"); // as the lens reports itself
+    same("E 28-75mm F2.8-2.8", "Tamron E 28-75mm F2.8-2.8"); // as the lens reports itself
     same("Jupiter-9 85mm f/2", "KMZ Jupiter-9 85mm f/2");
     // Names that differ in one number or mark.
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
@@ -133,6 +134,7 @@ void tst_LensName::comparison_data()
     other("Bower 14mm f/2.8", "Sigma 14mm f/2.8 EX");
     other("E 16mm F2.8", "KMZ Zenitar MC 16mm f/2.8");
     other("MC Zenitar 16mm f/2.8", "E 16mm F2.8");
+    other("E 16mm F2.8", "Meike 16mm F2.8");
     other("Sigma 18-200mm f/3.5-6.3 DC Macro OS HSM", "E 18-200mm F3.5-6.3 OSS");
     other("Samsung NX 16-50 OIS", "E PZ 16-50mm F3.5-5.6 OSS");
     other("smc Pentax K 30", "E 30mm");

@@ -40,13 +40,12 @@ void Check(const FitResult &fit, const LensProfile &profile)
 }
 
 /// Renders the correction of a picture that is wider than the units of the sharp sampling.
-void Render(const FitResult &fit, bool isSharp, bool isFloat)
+void RenderSharp(const FitResult &fit, bool isFloat)
 {
     const Correction &correction = fit.correction;
     const KImage source(correction.width, correction.height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
     KImage result(correction.width, correction.height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
-    const FittedWarp warp(correction, isSharp ? FittedWarp::Sampling::Sharp : FittedWarp::Sampling::Bilinear,
-                          TransferCurve::Srgb(), {isFloat, false});
+    const FittedWarp warp(correction, FittedWarp::Sampling::Sharp, TransferCurve::Srgb(), {isFloat, false});
     Require(warp.Render(source, 0, result, 0));
 }
 
@@ -85,9 +84,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         options.profile = QString::fromLatin1(i < 2 ? "" : "chosen");
         const FitResult fit = Fit(profile, facts, options);
         Check(fit, profile);
-        facts.pixels = QSize(600, 130);
-        if (const FitResult wide = Fit(profile, facts, options); i != 1 && wide.correction.ChangesAnything())
-            Render(wide, i != 0, i == 3);
+        facts.pixels = QSize(540, 40);
+        if (const FitResult wide = Fit(profile, facts, options);
+            (i == 0 || i == 3) && wide.correction.ChangesAnything())
+            RenderSharp(wide, i == 3);
     }
     return 0;
 }

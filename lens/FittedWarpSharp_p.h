@@ -110,14 +110,15 @@ VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
     bounds->bottom = std::max(bounds->bottom, top + 2);
 }
 
-/// Widens @p bounds to the places of a block's pixels that are not empty.
+/// Widens @p bounds to the places of a block's pixels that are not empty. @return whether there are empty ones.
 template <typename Kind>
-VITRELUX_INLINE void IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
+VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
 {
     FindSharpBlock<Kind>(band, block, /*careful=*/true, found);
     for (int i = 0; i < block.count; ++i)
         for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1) && !found->isEmpty[i]; ++color)
             Include(static_cast<float>(found->of[color].x[i]), static_cast<float>(found->of[color].y[i]), bounds);
+    return found->anyEmpty;
 }
 
 /// A part of a band, in its pixels.
@@ -152,8 +153,10 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
 }
 
 /// Returns the bounds of the places of a unit's pixels; none if all pixels are empty.
+/// @param anyEmpty  set if pixels are empty: a map can end where all other places are inside the picture.
 template <typename Kind>
-VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch)
+VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch,
+                                               bool *anyEmpty)
 {
     constexpr int kNone = std::numeric_limits<int>::max();
     Bounds bounds = {kNone, kNone, -kNone, -kNone};
@@ -162,7 +165,7 @@ VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, con
     else
         for (int row = unit.row; row < unit.row + unit.rows; ++row)
             for (int x = unit.x; x < unit.x + unit.columns; x += kBlockPixels)
-                IncludeAll<Kind>(band, BlockAt(band, x, row), scratch, &bounds);
+                *anyEmpty |= IncludeAll<Kind>(band, BlockAt(band, x, row), scratch, &bounds);
     if (bounds.left == kNone)
         return std::nullopt;
     return bounds;
@@ -256,7 +259,8 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
 template <typename Kind>
 VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, typename Kind::Scratch *scratch)
 {
-    const std::optional<Bounds> found = BoundsOf<Kind>(band, unit, &scratch->block);
+    bool anyEmpty = false;
+    const std::optional<Bounds> found = BoundsOf<Kind>(band, unit, &scratch->block, &anyEmpty);
     if (!found) {
         for (int row = unit.row; row < unit.row + unit.rows; ++row)
             std::memset(BlockAt(band, unit.x, row).target, 0, static_cast<size_t>(unit.columns) * kPixelBytes);
@@ -265,8 +269,8 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
     constexpr int kBefore = SharpKernel::kBefore, kAfter = SharpKernel::kTaps - kBefore - 1;
     const Bounds bounds = {Reached(found->left, band.width), Reached(found->top, band.height),
                            Reached(found->right, band.width), Reached(found->bottom, band.height)};
-    const bool careful =
-        found->left < 0 || found->top < 0 || found->right >= band.width - 1 || found->bottom >= band.height - 1;
+    const bool careful = anyEmpty || found->left < 0 || found->top < 0 || found->right >= band.width - 1
+        || found->bottom >= band.height - 1;
     const BoxShape shape({bounds.left - kBefore, bounds.top - kBefore, bounds.right + kAfter, bounds.bottom + kAfter});
     if (!Kind::Fill(band, shape, scratch))
         return false;

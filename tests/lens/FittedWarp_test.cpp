@@ -227,12 +227,25 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    const FittedWarp warp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {});
-    QVERIFY(warp.LeavesEmpty());
-    const Pixels got = Rendered(warp, Made(200, 100, [](int, int) { return 0.5; }), FloatWarp::BestInstructions());
-    for (int y = 0; y < 100; ++y)
-        for (int x = 0; x < 200; ++x)
-            QCOMPARE(got.At(x, y, 3), std::hypot(x - 90, y - 50) > 70.3 ? 0.0F : 1.0F);
+    Correction inside; // units of the sharp sampling whose other places are all inside the picture
+    inside.width = 900;
+    inside.height = 400;
+    inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
+    for (const Correction &correction : {fisheye, inside}) {
+        const RadialMap &map = *correction.geometry;
+        for (const auto &[sampling, isFloat] : {std::pair(Sampling::Bilinear, false), std::pair(Sampling::Sharp, false),
+                                                std::pair(Sampling::Sharp, true)}) {
+            const Case named(correction.width, int(sampling), isFloat);
+            const FittedWarp warp(correction, sampling, TransferCurve::Linear(), {isFloat, false});
+            QVERIFY(warp.LeavesEmpty());
+            const Pixels source = Made(correction.width, correction.height, [](int, int) { return 0.5; });
+            const Pixels got = Rendered(warp, source, FloatWarp::BestInstructions());
+            for (int y = 0; y < correction.height; ++y)
+                for (int x = 0; x < correction.width; ++x)
+                    QCOMPARE(got.At(x, y, 3),
+                             std::hypot(x - map.centerX, y - map.centerY) > map.endRadius ? 0.0F : 1.0F);
+        }
+    }
     fisheye.geometry->endRadius = 125.0; // the farthest corner is 120 away
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
 }

@@ -50,6 +50,14 @@ QStringList Expanded(const QString &base, const QStringList &parts)
     return found;
 }
 
+/// Returns the profile folder in an XDG data folder. Relative ones are invalid by the XDG Base Directory Specification:
+/// XDG_DATA_HOME then has its default.
+QString ProfileFolderIn(const QString &data)
+{
+    const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;
+    return base + QLatin1String("/vitrelux/profiles");
+}
+
 template <typename T> void Override(const T &typed, Fact<T> *fact)
 {
     fact->value = typed;
@@ -106,10 +114,18 @@ bool AreAlike(const Correction &a, const Correction &b)
 
 } // namespace
 
+QString UserProfileFolder()
+{
+    return ProfileFolderIn(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+}
+
 QStringList DefaultProfileFolders()
 {
-    QStringList folders = QStandardPaths::locateAll(
-        QStandardPaths::GenericDataLocation, QStringLiteral("vitrelux/profiles"), QStandardPaths::LocateDirectory);
+    QStringList folders;
+    const QStringList places = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    for (const QString &data : places)
+        if (const QString folder = ProfileFolderIn(data); QDir(folder).exists())
+            folders.append(folder);
     for (const char *prefix : kWinePrefixes)
         for (const char *place : kProfilesInPrefix)
             folders +=

@@ -12,6 +12,8 @@
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
 /// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
 QStringList DefaultProfileFolders();
+/// Returns the first of these places, which need not exist.
+QString UserProfileFolder();
 
 /// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".
 QString ShownProfileName(const QString &profile);

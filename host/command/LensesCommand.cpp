@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "LensfunDatabase.h"
+#include "PictureFit.h"
 #include "ProfileIndex.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
@@ -13,7 +14,6 @@
 #include <QJsonDocument>
 #include <QMap>
 #include <QSet>
-#include <QStandardPaths>
 
 #include <algorithm>
 
@@ -102,8 +102,7 @@ QString PlacesText(const QStringList &folders, const ProfileIndex &index)
     for (const Place &place : places)
         text += place.Text();
     if (places.isEmpty())
-        text = QStringLiteral("no profile folder; %1/vitrelux/profiles is searched once it exists\n")
-                   .arg(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+        text = QStringLiteral("no profile folder; %1 is searched once it exists\n").arg(UserProfileFolder());
     return text + QStringLiteral("lensfun\n  %1 lenses\n").arg(LensfunDatabase::Instance().LensCount());
 }
 

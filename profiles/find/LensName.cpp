@@ -29,7 +29,7 @@ QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 
 // Apertures have one or two digits before the point, focal lengths up to four; "F004" is a maker's code.
 constexpr const char *kFocal = "(?<a>\\d{1,4}(?:\\.\\d+)?)\\s*(?:mm)?\\s*(?:-\\s*(?<b>\\d{1,4}(?:\\.\\d+)?))?";
-constexpr const char *kStop = "(?<n>\\d{1,2}(?:\\.\\d+)?)(?:\\s*-\\s*(?<m>\\d{1,2}(?:\\.\\d+)?))?(?!\\d)";
+constexpr const char *kStop = "(?<n>\\d{1,2}(?:\\.\\d+)?)(?:\\s*-\\s*f?(?<m>\\d{1,2}(?:\\.\\d+)?))?(?!\\d)";
 
 Pattern Of(const QString &pattern)
 {
@@ -121,6 +121,18 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
+/// Returns the factor in the part of a name that describes a converter, without trailing zeros; else that part.
+QString ConverterOf(const QString &part)
+{
+    static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
+    static const Pattern code(QStringLiteral("\\b(?:tc|mc)-?(1[1-9]|20)(?!\\d{3})")); // "MC-14", "TC-20E", "TC-1401"
+    if (const QRegularExpressionMatch match = factor.match(part); match.hasMatch())
+        return QString::number(match.captured(1).toDouble());
+    if (const QRegularExpressionMatch match = code.match(part); match.hasMatch())
+        return QString::number(match.captured(1).toDouble() / 10.0);
+    return part.simplified();
+}
+
 LensName ParseLensName(const QString &text)
 {
     static const Pattern converter(QStringLiteral("\\s\\+.*$|\\bwith\\b.*$|\\b\\d(?:\\.\\d+)?\\s*x\\b.*$"));
@@ -130,7 +142,7 @@ LensName ParseLensName(const QString &text)
     name.text = text.simplified();
     QString rest = FoldedLensName(text);
     name.anyGeneration = Take(maybeGeneration, &rest).hasMatch();
-    name.converter = Take(converter, &rest).hasMatch();
+    name.converter = ConverterOf(Take(converter, &rest).captured());
     TakeNumbers(&rest, &name);
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
@@ -150,12 +162,35 @@ QString Range(double from, double to, const QString &unit)
     return Near(from, to, 1e-6) ? unit.arg(first) : unit.arg(first + QLatin1Char('-') + QString::number(to));
 }
 
-/// If the picture names a maker and the other name none, its words must match the picture's.
-bool MayBeOfMaker(const LensName &wanted, const LensName &offered)
+/// Returns the words that identify a lens.
+QSet<QString> TellingWords(const LensName &name)
 {
-    if (wanted.maker.isEmpty() || wanted.maker == offered.maker)
-        return true;
-    return offered.maker.isEmpty() && wanted.words.contains(offered.words);
+    QSet<QString> words;
+    for (const QString &word : name.words)
+        if (!IsDescription(word))
+            words.insert(word);
+    return words;
+}
+
+/// Whether the words of a name without a maker, which may be an unknown maker's, are also in the other.
+bool HasWordsOf(const LensName &name, const LensName &unnamed)
+{
+    return name.words.contains(TellingWords(unnamed));
+}
+
+bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
+{
+    const QString mount = MakerOfMount(offered.marks);
+    if (!wanted.maker.isEmpty() && offered.maker.isEmpty())
+        return HasWordsOf(wanted, offered) && (mount.isEmpty() || mount == wanted.maker);
+    if (!wanted.maker.isEmpty())
+        return wanted.maker == offered.maker;
+    const QString wantedMount = MakerOfMount(wanted.marks);
+    if (!offered.maker.isEmpty() || !mount.isEmpty()) {
+        const bool isOfMount = wantedMount.isEmpty() || wantedMount == offered.maker || wantedMount == mount;
+        return isOfMount && HasWordsOf(offered, wanted);
+    }
+    return wantedMount.isEmpty() || HasWordsOf(wanted, offered);
 }
 
 /// Returns the first number in which the names differ, readable; empty if all numbers that both have agree.
@@ -191,7 +226,8 @@ QSet<QString> MarksOf(const LensName &name, Group group)
 /// Whether a name has more than numbers, a mount and the hints that cameras add.
 bool IsFull(const LensName &name)
 {
-    constexpr Group kTelling[] = {Group::Motor, Group::Format, Group::Line, Group::Purpose};
+    constexpr Group kTelling[] = {Group::Motor,  Group::Format,  Group::Line,
+                                  Group::Series, Group::Formula, Group::Purpose};
     return !name.words.isEmpty() || std::any_of(std::begin(kTelling), std::end(kTelling), [&name](Group group) {
         return !MarksOf(name, group).isEmpty();
     });
@@ -242,8 +278,10 @@ QString MarkContradiction(const LensName &wanted, const LensName &offered)
 QString Contradiction(const LensName &wanted, const LensName &offered)
 {
     if (wanted.converter != offered.converter)
-        return QStringLiteral("with and without a converter");
-    if (!MayBeOfMaker(wanted, offered))
+        return wanted.converter.isEmpty() || offered.converter.isEmpty()
+            ? QStringLiteral("with and without a converter")
+            : QStringLiteral("another converter");
+    if (!MayHaveSameMaker(wanted, offered))
         return QLatin1String("another maker");
     if (const QString number = NumberContradiction(wanted, offered); !number.isEmpty())
         return number;
@@ -251,7 +289,10 @@ QString Contradiction(const LensName &wanted, const LensName &offered)
     if (wanted.words.contains(QStringLiteral("camera"))
         && (wanted.words != offered.words || wanted.codes != offered.codes))
         return QStringLiteral("another camera");
-    return MarkContradiction(wanted, offered);
+    if (const QString mark = MarkContradiction(wanted, offered); !mark.isEmpty())
+        return mark;
+    const QSet<QString> mine = TellingWords(wanted), theirs = TellingWords(offered);
+    return wanted.words.contains(theirs) || offered.words.contains(mine) ? QString() : QStringLiteral("other words");
 }
 
 int Shared(const QSet<QString> &a, const QSet<QString> &b)
@@ -268,7 +309,10 @@ int Unmatched(const QSet<QString> &a, const QSet<QString> &b)
 
 bool LensName::IsBare() const
 {
-    return !IsFull(*this) && MarksOf(*this, Group::Mount).isEmpty() && MarksOf(*this, Group::Circle).isEmpty();
+    constexpr Group kMore[] = {Group::Mount, Group::Circle, Group::Generation};
+    return !IsFull(*this) && std::all_of(std::begin(kMore), std::end(kMore), [this](Group group) {
+        return MarksOf(*this, group).isEmpty();
+    });
 }
 
 QVector<LensName> ParseLensNames(const QString &text)

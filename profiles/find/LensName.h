@@ -17,7 +17,7 @@ struct LensName {
     QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group, see LensName.cpp
     QSet<QString> words;        // the rest, case folded
     QSet<QString> codes;        // the maker's number of the lens, "b028"
-    bool converter = false;     // with a tele converter
+    QString converter;          // its factor ("1.4"), or how it is written; empty: none
     bool anyGeneration = false; // "[II]": the camera doesn't know the version
 
     bool HasFocal() const { return minFocalMm > 0.0; }
@@ -31,7 +31,7 @@ QVector<LensName> ParseLensNames(const QString &text);
 
 /// The result of comparing two names.
 struct NameMatch {
-    bool fits = false;      // no number and no mark contradicts
+    bool fits = false;      // no number, mark or word contradicts
     bool sameFocal = false; // both name the same focal lengths and apertures
     double score = 0;       // shared parts less those of only one name
     QString why;            // if it doesn't fit: the first contradiction, readable

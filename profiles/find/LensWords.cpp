@@ -22,6 +22,7 @@ constexpr Spelling kSpellings[] = {
     {"\\bpower\\s*o\\.?i\\.?s\\.?\\b|\\bmega\\s*o\\.?i\\.?s\\.?\\b|\\bo\\.i\\.s\\.?", " ois "},
     {"\\b(ef|rf)-?s(?=[\\s\\d]|$)", " \\1s "}, // before a number or a space: a mount, not the end of a word
     {"\\bef-?m(?=[\\s\\d]|$)", " efm "},
+    {"\\b(ts|mp)-e(?=[\\s\\d]|$)", " canon \\1e "}, // not Sony's mount
     {"\\bai-?s\\b", " ais "},
     {"\\baf-?([spi])\\b", " af\\1 "},
     {"\\bdi\\s*iii-?a\\b|\\bdi\\s*iii\\b", " dithree "},
@@ -41,7 +42,10 @@ constexpr Spelling kSpellings[] = {
     {"\\basph(erical)?\\.?(?![a-z])", " asph "},
     {"\\bvario-?(elmar|elmarit|sonnar|tessar|summilux|summicron)\\b", " \\1 "},
     {"\\b(zoom|micro)-nikkor\\b", " \\1 nikkor "},
-    {"\\bmicro\\b", " macro "},
+    {"\\bmicro\\b|\\bmakro\\b", " macro "},
+    {"\\bmacro\\s*(?:1:1\\b(?!\\.)|\\(1:[1-4]\\))", " macro "}, // its largest scale
+    {"\\bzf\\.2\\b", " zf "},
+    {"\\bapo-?lanthar\\b", " apo lanthar "},
     {"\\bvoigtlander\\b", "voigtländer"},
     {"\\bfish-?eye\\b|\\bcircular(?! fish)\\b", " fisheye "},
 };
@@ -138,9 +142,34 @@ constexpr Mark kMarks[] = {
     {"noctilux", Group::Line, nullptr},
     {"summarit", Group::Line, nullptr},
     {"elmar", Group::Line, nullptr},
+    {"macro", Group::Purpose, nullptr},
+    {"ze", Group::Mount, nullptr}, // Zeiss lenses for single-lens reflex cameras
+    {"zf", Group::Mount, "ze"},
+    {"zk", Group::Mount, "ze"},
+    {"zm", Group::Mount, nullptr},
+    {"otus", Group::Series, nullptr},
+    {"milvus", Group::Series, nullptr},
+    {"loxia", Group::Series, nullptr},
+    {"batis", Group::Series, nullptr},
+    {"touit", Group::Series, nullptr},
+    {"planar", Group::Formula, nullptr},
+    {"distagon", Group::Formula, nullptr},
+    {"sonnar", Group::Formula, nullptr},
+    {"tessar", Group::Formula, nullptr},
+    {"biogon", Group::Formula, nullptr},
+    {"hologon", Group::Formula, nullptr},
+    {"flektogon", Group::Formula, nullptr},
+    {"pancolar", Group::Formula, nullptr},
+    {"biotar", Group::Formula, nullptr},
+    {"nokton", Group::Formula, nullptr},
+    {"heliar", Group::Formula, nullptr},
+    {"ultron", Group::Formula, nullptr},
+    {"lanthar", Group::Formula, nullptr},
+    {"skopar", Group::Formula, nullptr},
     {"hd", Group::Generation, nullptr},
     // Results of kOwnMarks, which no text has.
     {"nikon-e", Group::Letter, nullptr},
+    {"samyang-af", Group::Generation, nullptr},
     {"olympus-r", Group::Generation, nullptr},
     {"leicam-asph", Group::Generation, nullptr},
     {"hsm-contemporary", Group::Generation, nullptr},
@@ -233,6 +262,26 @@ constexpr Family kFamilies[] = {
     {"dastar", "pentax"},
     {"smc", "pentax"},
     {"yongnuo", "yongnuo"},
+    {"yn", "yongnuo"},
+    {"ze", "zeiss"},
+    {"zf", "zeiss"},
+    {"zk", "zeiss"},
+    {"zm", "zeiss"},
+    {"otus", "zeiss"},
+    {"milvus", "zeiss"},
+    {"loxia", "zeiss"},
+    {"batis", "zeiss"},
+    {"touit", "zeiss"},
+    {"nokton", "voigtländer"},
+    {"bower", "bower"},
+    {"nx", "samsung"},
+    {"dt", "sony"},
+    {"da", "pentax"},
+    {"dfa", "pentax"},
+    {"fa", "pentax"},
+    {"fastar", "pentax"},
+    {"afs", "nikon"},
+    {"afp", "nikon"},
     {"pentacon", "pentacon"},
     {"xf", "fujifilm"},
     {"xc", "fujifilm"},
@@ -240,7 +289,18 @@ constexpr Family kFamilies[] = {
 };
 
 /// Families that other makers use as the name of a mount: they identify the maker only if nothing else does.
-constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf", "rfs", "fe", "xf", "xc", "gf"};
+constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf",  "rfs", "fe",     "xf",  "xc", "gf",
+                                          "nx", "dt",  "da",  "dfa", "fa",  "fastar", "afs", "afp"};
+
+/// As kMountFamilies, but other makers' names without their maker have them too ("E 28-75mm F2.8-2.8").
+constexpr Family kSharedMounts[] = {{"e", "sony"}, {"z", "nikon"}};
+
+/// Words of many makers for glass, coatings, motors and equipment.
+constexpr const char *kDescriptions[] = {
+    "ed", "if",  "al",  "ld",  "xr",   "xld", "sld",   "ad",  "mc",      "uw",  "hri",     "zoom",  "digital",    "pro",
+    "sp", "rxd", "vxd", "osd", "hld",  "swd", "tstar", "ai",  "vario",   "fl",  "auto",    "asph",  "ultrasonic", "n",
+    "as", "ae",  "ncs", "cs",  "carl", "pf",  "super", "ssc", "pancake", "smc", "coating", "multi", "t",          "r",
+};
 
 /// Words that do not help to identify a lens.
 constexpr const char *kIdleWords[] = {"lens", "mm", "f", "for", "and", "n", "the", "objective", "unknown", "a"};
@@ -300,6 +360,19 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group)
 bool IsMountFamily(const QString &word)
 {
     return Among(kMountFamilies, word);
+}
+
+bool IsDescription(const QString &word)
+{
+    return Among(kDescriptions, word);
+}
+
+QString MakerOfMount(const QSet<QString> &marks)
+{
+    for (const Family &mount : kSharedMounts)
+        if (marks.contains(QLatin1String(mount.word)))
+            return QLatin1String(mount.maker);
+    return QString();
 }
 
 bool IsIdleWord(const QString &word)

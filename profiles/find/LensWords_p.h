@@ -4,7 +4,20 @@
 #include <QSet>
 #include <QString>
 
-enum class Group { Generation, Stabilizer, Motor, Mount, Format, Letter, Circle, Line, Design, Purpose };
+enum class Group {
+    Generation,
+    Stabilizer,
+    Motor,
+    Mount,
+    Format,
+    Letter,
+    Circle,
+    Line,
+    Series,
+    Formula,
+    Design,
+    Purpose
+};
 
 /// Comparison rule for the marks of a group.
 enum class Rule {
@@ -24,6 +37,7 @@ constexpr GroupRule kGroupRules[] = {
     {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
     {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
     {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
+    {Group::Series, Rule::Same, "series"},           {Group::Formula, Rule::NotOther, "optical design"},
     {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::Same, "kind"},
 };
 
@@ -41,6 +55,7 @@ struct OwnMark {
 
 constexpr OwnMark kOwnMarks[] = {
     {"nikon", "e"},          // the aperture type; elsewhere Sony's mount
+    {"samyang", "af"},       // elsewhere part of many names; its lenses without it have the same numbers
     {"olympus", "r"},        // elsewhere an aperture ring
     {"leicam", "asph"},      // lenses for other mounts often omit it
     {"hsm", "contemporary"}, // followed older lenses with the same numbers
@@ -58,5 +73,9 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 QString FindMaker(const QString &word);
 /// Whether other makers also name a mount by this family: it identifies the maker only if nothing else does.
 bool IsMountFamily(const QString &word);
+/// Returns the maker whose cameras have the mount among @p marks if only other makers' names leave it out; else empty.
+QString MakerOfMount(const QSet<QString> &marks);
+/// Whether a word describes glass, coatings or equipment. Many makers use it, and spellings of one lens omit it.
+bool IsDescription(const QString &word);
 /// Whether a word doesn't help to identify a lens.
 bool IsIdleWord(const QString &word);

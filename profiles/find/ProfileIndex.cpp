@@ -13,11 +13,14 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace {
 
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
-constexpr quint32 kVersion = 1;        // caches of another version are rebuilt: increase it with every format change
+constexpr quint32 kVersion = 2;        // caches of another version are rebuilt: increase it with every format change
+constexpr qint64 kUnread = -1;         // modification time of files that failed to open or read
 constexpr qint64 kMaxCacheBytes = qint64(256) << 20;
 
 QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
@@ -58,14 +61,17 @@ IndexedProfile ReadProfile(const QFileInfo &info)
     profile.bytes = info.size();
     profile.modifiedMs = info.lastModified().toMSecsSinceEpoch();
     QFile file(profile.path);
-    if (!info.isFile()) // a pipe without a writer would block forever
+    if (info.exists() && !info.isFile()) // a pipe without a writer would block forever
         profile.error = QStringLiteral("not a regular file");
     else if (profile.bytes > kMaxXmlBytes)
         profile.error = QStringLiteral("larger than %1 MiB").arg(kMaxXmlBytes >> 20);
-    else if (!file.open(QIODevice::ReadOnly))
-        profile.error = file.errorString();
-    else if (ReadProfileHead(&file, &profile.head, &profile.error))
+    else if (file.open(QIODevice::ReadOnly) && ReadProfileHead(&file, &profile.head, &profile.error))
         CompleteNumbers(&profile.head);
+    if (file.error() != QFileDevice::NoError) {
+        const bool misnamed = info.fileName().contains(QChar(QChar::ReplacementCharacter));
+        profile.error = misnamed ? QStringLiteral("its name is not UTF-8") : file.errorString();
+        profile.modifiedMs = kUnread;
+    }
     return profile;
 }
 
@@ -85,12 +91,26 @@ QStringList WholePaths(const QStringList &folders)
     return whole;
 }
 
+/// Returns the profiles whose names are not UTF-8, with replacement characters. Qt neither lists nor opens them.
+QStringList MisnamedProfiles(const QString &folder)
+{
+    QStringList found;
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), failed), end;
+         !failed && entry != end; entry.increment(failed)) {
+        const QByteArray name = QByteArray::fromStdString(entry->path().filename().string());
+        if (name.toLower().endsWith(".lcp") && QFile::encodeName(QFile::decodeName(name)) != name)
+            found.append(folder + QLatin1Char('/') + QFile::decodeName(name));
+    }
+    return found;
+}
+
 } // namespace
 
 QString ProfileIndex::DefaultCacheFile()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    return folder.isEmpty() ? QString() : folder + QLatin1String("/vitrelux/profiles.index");
+    return QDir::isRelativePath(folder) ? QString() : folder + QLatin1String("/vitrelux/profiles.index");
 }
 
 ProfileIndex::ProfileIndex(const QString &cacheFile) : m_cacheFile(cacheFile)
@@ -110,8 +130,10 @@ bool ProfileIndex::Scan(const QStringList &folders)
     std::sort(files.begin(), files.end());
     files.removeDuplicates();
 
+    const int before = m_known.size();
     m_profiles.clear();
     m_filesRead = 0;
+    bool changed = false;
     for (const QString &path : qAsConst(files)) {
         const QFileInfo info(path);
         auto known = m_known.constFind(path);
@@ -119,15 +141,17 @@ bool ProfileIndex::Scan(const QStringList &folders)
             || known->modifiedMs != info.lastModified().toMSecsSinceEpoch()) {
             ++m_filesRead;
             known = m_known.insert(path, ReadProfile(info));
+            changed = changed || known->modifiedMs != kUnread;
         }
         m_profiles.append(*known);
     }
-    const int before = m_known.size();
     for (auto known = m_known.begin(); known != m_known.end();)
-        known = IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key())
+        // Neither size nor time shows that a file became readable: it isn't kept.
+        known = known->modifiedMs == kUnread
+                || (IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key()))
             ? m_known.erase(known)
             : std::next(known);
-    if (m_filesRead > 0 || m_known.size() != before)
+    if (changed || m_known.size() != before)
         SaveCache();
     return complete;
 }
@@ -145,9 +169,11 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
         const QString whole = info.isSymLink() ? info.canonicalFilePath() : info.filePath();
         if (info.isDir())
             Walk(whole, depth + 1, walked, files);
-        else if (info.isFile() && info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
+        else if ((info.isFile() || !info.exists()) && !whole.isEmpty()
+                 && info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
             files->append(whole);
     }
+    *files += MisnamedProfiles(folder);
 }
 
 void ProfileIndex::LoadCache()

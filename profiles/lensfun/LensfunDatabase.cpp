@@ -63,6 +63,11 @@ QVector<LensName> ParsedNames(const lfLens *lens)
             : maker + QLatin1Char(' ') + text;
         names += ParseLensNames(whole);
     }
+    QSet<QString> codes; // the aliases without them are no other models
+    for (const LensName &name : qAsConst(names))
+        codes += name.codes;
+    for (LensName &name : names)
+        name.codes = codes;
     return names;
 }
 
@@ -72,6 +77,17 @@ bool HasMount(const lfLens *lens, const QStringList &mounts)
         if (mounts.contains(QString::fromUtf8(*mount), Qt::CaseInsensitive))
             return true;
     return false;
+}
+
+/// Removes the lenses that were measured on smaller sensors than the camera's.
+QVector<NamedLens> CoveringSensor(QVector<NamedLens> lenses, const Camera &camera)
+{
+    lenses.erase(std::remove_if(lenses.begin(), lenses.end(),
+                                [&camera](const NamedLens &each) {
+                                    return double(each.lens->CropFactor) > camera.cropFactor * kMaxFrameRatio;
+                                }),
+                 lenses.end());
+    return lenses;
 }
 
 bool IsFixed(const Camera &camera)
@@ -148,8 +164,7 @@ QVector<NamedLens> LensfunDatabase::Tables::OnCamera(const PictureFacts &facts, 
     const QStringList mounts = MountsOf(camera);
     QVector<NamedLens> fitting;
     std::copy_if(lenses.begin(), lenses.end(), std::back_inserter(fitting), [&](const NamedLens &each) {
-        return (camera.mount.isEmpty() || HasMount(each.lens, mounts)) && HasFocal(each.lens, facts)
-            && double(each.lens->CropFactor) <= camera.cropFactor * kMaxFrameRatio;
+        return (camera.mount.isEmpty() || HasMount(each.lens, mounts)) && HasFocal(each.lens, facts);
     });
     return fitting;
 }
@@ -174,7 +189,7 @@ QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
 {
     QVector<NamedLens> plain, standard;
     for (const NamedLens &each : lenses) {
-        if (!each.name.converter && !each.name.text.contains(QLatin1String("lens-to-subject")))
+        if (each.name.converter.isEmpty() && !each.name.text.contains(QLatin1String("lens-to-subject")))
             plain.append(each);
         if (each.name.words.contains(QStringLiteral("standard")))
             standard.append(each);
@@ -228,6 +243,9 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
+    // Names of only numbers are compared with all lenses: one that doesn't cover the sensor may be the picture's.
+    if (IsFixed(camera) || !AreBare(wanted))
+        lenses = CoveringSensor(lenses, camera);
     if (IsFixed(camera))
         lenses = StandardLenses(lenses);
     else if (wanted.isEmpty())
@@ -249,14 +267,17 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
             && !CompareLensNames(best.name, other.name).fits)
             return none(QStringLiteral("two lenses of lensfun's fit equally well: \"%1\" and \"%2\"")
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
-    match.lens = best.lens;
-    match.title = TitleOf(best.lens);
-    match.name = IsFixed(camera) ? QString() : best.name.text;
+    const QVector<NamedLens> covering = CoveringSensor(lenses, camera);
+    if (covering.isEmpty())
+        return none(QStringLiteral("lensfun's data for \"%1\" are of a smaller sensor").arg(best.name.text));
+    match.lens = covering.first().lens;
+    match.title = TitleOf(match.lens);
+    match.name = IsFixed(camera) ? QString() : covering.first().name.text;
     if (byNumbers)
         match.notes.append(
             QStringLiteral("the picture gives only the numbers of its lens, which is lensfun's only one with them"));
     match.nearest.clear();
-    match.reason = QStringLiteral("lensfun's data for \"%1\"").arg(best.name.text);
+    match.reason = QStringLiteral("lensfun's data for \"%1\"").arg(covering.first().name.text);
     if (camera.mount.isEmpty())
         match.notes.append(
             QStringLiteral("lensfun doesn't know the camera; its sensor is taken from the table of cameras"));

@@ -159,6 +159,8 @@ private Q_SLOTS:
     void cleanupTestCase() { KImage::exit(); }
     void amongDecoys();
     void inLensfun();
+    void nearNamesInLensfun_data();
+    void nearNamesInLensfun();
 
 private:
     PictureFacts Facts(const Row &row) const
@@ -257,6 +259,40 @@ void tst_FindLens::inLensfun()
             faults << row.model + ", "_s + row.lens + ": got "_s + found.title + QLatin1Char(' ') + found.reason;
     }
     Verify(faults);
+}
+
+void tst_FindLens::nearNamesInLensfun_data()
+{
+    QTest::addColumn<QString>("camera"); // "MAKE/MODEL"
+    QTest::addColumn<double>("focalMm");
+    QTest::addColumn<QString>("title"); // empty: none
+    const QString canon = "Canon/Canon EOS 5D Mark III"_s, sony = "SONY/ILCE-7M2"_s;
+    const QString tamron90 = "Tamron/TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004"_s;
+    QTest::newRow("150-600mm") << canon << 300.0 << QString(); // two, one of them measured on a smaller sensor
+    QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F017") << canon << 90.0 << QString();
+    QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F004") << canon << 90.0 << tamron90;
+    QTest::newRow("YN50mm f/1.8 II") << canon << 50.0 << QString();
+    QTest::newRow("YN50mm f/1.8") << canon << 50.0 << "Yongnuo/Yongnuo YN 50mm f/1.8"_s;
+    QTest::newRow("Zeiss Planar T* 1.4/50 ZE") << canon << 50.0 << QString();
+    QTest::newRow("E 28-75mm F2.8-2.8") << sony << 50.0 << "Tamron/E 28-75mm F2.8-2.8"_s;
+    QTest::newRow("ZEISS Batis 2/40") << sony << 40.0 << QString();
+}
+
+void tst_FindLens::nearNamesInLensfun()
+{
+    QFETCH(QString, camera);
+    QFETCH(double, focalMm);
+    QFETCH(QString, title);
+    PictureFacts facts;
+    facts.make.value = camera.section(QLatin1Char('/'), 0, 0);
+    facts.model.value = camera.section(QLatin1Char('/'), 1);
+    facts.focalMm.value = focalMm;
+    facts.lensNames.resize(1);
+    facts.lensNames[0].value = QLatin1String(QTest::currentDataTag());
+    for (QString *source : {&facts.make.source, &facts.model.source, &facts.focalMm.source, &facts.lensNames[0].source})
+        *source = "test"_s;
+    const LensfunMatch found = LensfunDatabase::Instance().Find(facts);
+    QVERIFY2(found.title == title, qPrintable(found.title + QLatin1Char(' ') + found.reason));
 }
 
 QTEST_GUILESS_MAIN(tst_FindLens)

@@ -31,6 +31,7 @@ void tst_LensName::numbers_data()
     row("Olympus M.Zuiko Digital ED 12-40mm ƒ/2.8 Pro", {12, 40, 2.8, 2.8});
     row("Nikon AF-S VR Nikkor 400mm f_2.8G ED", {400, 400, 2.8, 2.8});
     row("AF 17-35 f/2.8", {17, 35, 2.8, 2.8});
+    row("E 35-150mm F2.0-F2.8 A058", {35, 150, 2, 2.8});
     row("OLYMPUS 14-42mm Lens", {14, 42, 0, 0});
     row("Samsung Galaxy S9+ Rear Camera", {0, 0, 0, 0});
 }
@@ -68,6 +69,14 @@ void tst_LensName::comparison_data()
     same("50mm F1.4 DG HSM | Art 014", "SIGMA 50mm F1.4 DG HSM A014");
     same("Canon EF 85mm f/1.2L USM Mark II", "Canon EF 85mm f/1.2L II USM");
     same("smc PENTAX-DA★ 16-50mm F2.8 ED AL [IF] SDM", "smc Pentax-DA 16-50mm f/2.8 ED AL IF SDM");
+    same("Samyang AF 85mm F1.4 EF", "SAMYANG AF 85mm F1.4");
+    same("Loxia 2/50", "Zeiss Loxia 50mm f/2 Planar T*");
+    same("Makro-Planar T* 2/100 ZF.2", "Zeiss Makro-Planar T* 2/100");
+    same("TS-E90mm f/2.8", "Canon TS-E 90mm f/2.8");
+    same("EF70-200mm f/4L USM +2x", "Canon EF 70-200mm f/4L USM + EF 2x III extender");
+    same("OLYMPUS M.40-150mm F2.8 + MC-14", "Olympus M.Zuiko Digital ED 40-150mm f/2.8 PRO + 1.4× conv.");
+    same("E 28-75mm F2.8-2.8", "Tamron E 28-75mm F2.8-2.8"); // as the lens reports itself
+    same("Jupiter-9 85mm f/2", "KMZ Jupiter-9 85mm f/2");
     // Names that differ in one number or mark.
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
@@ -105,6 +114,30 @@ void tst_LensName::comparison_data()
     other("Summicron-M 1:2/35 ASPH.", "Contax G Planar T* 2/35");
     other("Elmarit-M 1:2.8/28 ASPH.", "Leica Elmarit-M 1:2.8/28");
     other("17-70mm F2.8-4 DC MACRO OS HSM | Contemporary 013", "Sigma 17-70mm f/2.8-4 DC Macro OS HSM");
+    other("EF70-200mm f/4L USM +2x", "Canon EF 70-200mm f/4L USM + EF 1.4x extender");
+    other("AF-S Nikkor 300mm f/4D + TC-14E", "Nikkor AF-S 300mm f/4D + TC-20E");
+    other("Zeiss Planar T* 1.4/50 ZE", "Zeiss Milvus 1.4/50");
+    other("Zeiss Milvus 1.4/85", "Zeiss Otus 85mm f/1.4");
+    other("Batis 2.8/21", "Zeiss 21mm f/2.8 Distagon");
+    other("Zeiss Planar T* 2/50 ZM", "Zeiss Loxia 50mm f/2 Planar T*");
+    other("Zeiss Planar T* 2/50 ZM", "Zeiss Makro-Planar T* 2/50");
+    other("Voigtländer Nokton 50mm f/1.2", "Voigtländer Heliar 50mm f/1.2");
+    other("Samyang AF 85mm F1.4 EF", "Samyang 85mm f/1.4 IF UMC Aspherical");
+    other("Samyang AF 14mm F2.8", "Samyang 14mm f/2.8 AE ED AS IF");
+    other("Sigma 24-70mm f/2.8 EX DG Macro", "Sigma 24-70mm f/2.8 IF EX DG HSM");
+    other("Sigma 24-70mm f/2.8 IF EX DG HSM", "Sigma 24-70mm f/2.8 EX DG Macro");
+    other("FE 100mm F2.8 STF GM OSS", "Sony FE 100mm F2.8 Macro G OSS");
+    other("Meike Blue 50mm f/2", "Meike Red 50mm f/2");
+    // Makers, by name, by an unknown word or by the mount.
+    other("Jupiter-9 85mm f/1.8", "Canon EF 85mm f/1.8");
+    other("YN50mm f/1.8 II", "Canon EF 50mm f/1.8 MkII");
+    other("Bower 14mm f/2.8", "Sigma 14mm f/2.8 EX");
+    other("E 16mm F2.8", "KMZ Zenitar MC 16mm f/2.8");
+    other("MC Zenitar 16mm f/2.8", "E 16mm F2.8");
+    other("E 16mm F2.8", "Meike 16mm F2.8");
+    other("Sigma 18-200mm f/3.5-6.3 DC Macro OS HSM", "E 18-200mm F3.5-6.3 OSS");
+    other("Samsung NX 16-50 OIS", "E PZ 16-50mm F3.5-5.6 OSS");
+    other("smc Pentax K 30", "E 30mm");
 }
 
 void tst_LensName::comparison()

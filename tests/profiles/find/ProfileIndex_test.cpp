@@ -1,6 +1,8 @@
 // Tests of ProfileIndex.h: fields of a profile's head, the cache between runs, and damaged files.
 #include "ProfileIndex.h"
 
+#include "PictureFit.h"
+
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
@@ -71,6 +73,8 @@ private Q_SLOTS:
     void unusable_data();
     void unusable();
     void readsOnlyWhatChanged();
+    void readsAgainWhatFailedToOpen();
+    void ignoresRelativeDataFolders();
     void rebuildsDamagedCache();
     void survivesKilledPrograms();
 };
@@ -157,6 +161,40 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QStringList lenses = Lenses(index);
     lenses.sort();
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
+}
+
+/// A name that is not UTF-8 can't be opened even by root.
+void tst_ProfileIndex::readsAgainWhatFailedToOpen()
+{
+    const QTemporaryDir folder, cache;
+    const QString file = cache.filePath(QStringLiteral("profiles.index"));
+    const QByteArray path = QFile::encodeName(folder.path()), latin1 = path + "/f\xe9.lcp";
+    Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
+    QCOMPARE(::rename((path + "/a.lcp").constData(), latin1.constData()), 0);
+    for (int scan = 0; scan < 2; ++scan) {
+        ProfileIndex index(file);
+        QVERIFY(index.Scan({folder.path()}));
+        QCOMPARE(Lenses(index), QStringList{QStringLiteral("error")});
+        QCOMPARE(index.FilesRead(), 1);
+    }
+}
+
+void tst_ProfileIndex::ignoresRelativeDataFolders()
+{
+    const QTemporaryDir home;
+    for (const char *folder : {"/.local/share/vitrelux/profiles", "/relative/vitrelux/profiles"})
+        QVERIFY(QDir().mkpath(home.path() + QLatin1String(folder)));
+    const QString before = QDir::currentPath();
+    const QByteArray oldHome = qgetenv("HOME");
+    QVERIFY(QDir::setCurrent(home.path()));
+    qputenv("HOME", QFile::encodeName(home.path()));
+    qputenv("XDG_DATA_HOME", "relative");
+    const QStringList found = DefaultProfileFolders();
+    qunsetenv("XDG_DATA_HOME");
+    qputenv("HOME", oldHome);
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(found.value(0), home.filePath(QStringLiteral(".local/share/vitrelux/profiles")));
+    QVERIFY(found.filter(QStringLiteral("relative")).isEmpty());
 }
 
 void tst_ProfileIndex::rebuildsDamagedCache()

@@ -253,6 +253,9 @@ void tst_ProfileMatch::sourcesInOrderOfTrust()
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
     QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
+    // A mount in the profile's name stands for its maker.
+    facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
+    QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());
 }
 
 void tst_ProfileMatch::namelessLensOfAMount()

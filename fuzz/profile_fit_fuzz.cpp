@@ -1,6 +1,8 @@
 // Reads arbitrary bytes as a lens profile of any spelling and fits it to a few pictures.
 #include "CorrectionTwin.h"
 #include "Fit.h"
+#include "FittedWarp.h"
+#include "KImage.h"
 
 #include <cmath>
 #include <cstddef>
@@ -37,6 +39,16 @@ void Check(const FitResult &fit, const LensProfile &profile)
     }
 }
 
+/// Renders the correction of a picture that is wider than the units of the sharp sampling.
+void RenderSharp(const FitResult &fit, bool isFloat)
+{
+    const Correction &correction = fit.correction;
+    const KImage source(correction.width, correction.height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    KImage result(correction.width, correction.height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+    const FittedWarp warp(correction, FittedWarp::Sampling::Sharp, TransferCurve::Srgb(), {isFloat, false});
+    Require(warp.Render(source, 0, result, 0));
+}
+
 PictureFacts FactsFor(const ProfileEntry &entry)
 {
     const QString source = QStringLiteral("made");
@@ -70,7 +82,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         options.framing = static_cast<Framing>(i);
         options.projection = static_cast<Projection>(i);
         options.profile = QString::fromLatin1(i < 2 ? "" : "chosen");
-        Check(Fit(profile, facts, options), profile);
+        const FitResult fit = Fit(profile, facts, options);
+        Check(fit, profile);
+        facts.pixels = QSize(540, 40);
+        if (const FitResult wide = Fit(profile, facts, options);
+            (i == 0 || i == 3) && wide.correction.ChangesAnything())
+            RenderSharp(wide, i == 3);
     }
     return 0;
 }

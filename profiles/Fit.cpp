@@ -66,6 +66,7 @@ public:
         for (int i = 0; i < 3; ++i)
             parts[i] = Chosen(m_tasks[i], WeightsOf(m_tasks[i].quantity));
         MakeMaps(parts);
+        NoteAgain(m_tasks, &m_result);
         const bool isFisheye = !parts[0].isEmpty() && parts[0][0].entry->kind == ProfileEntry::Kind::Fisheye;
         FrameResult(m_options, isFisheye, &m_result);
         Tell();
@@ -91,9 +92,6 @@ private:
     {
         if (!m_leftOut.Allows(task, m_options))
             return {};
-        if (task.done.value)
-            m_result.assumed << QStringLiteral("%1 again, though corrected before (%2)")
-                                    .arg(QLatin1String(task.name), task.done.source);
         QString why;
         const ProfileGrid grid(m_profile, task.quantity, [&](int entry) { return FrameOf(entry, &why).has_value(); });
         if (grid.IsEmpty()) {
@@ -118,6 +116,8 @@ private:
             const ProfileEntry &entry = m_profile.entries[one.entry];
             parts.append({&entry, *FrameOf(one.entry, &why), one.weight});
             m_result.assumed += parts.last().frame.assumed;
+            if (quantity != Quantity::Light && !parts.last().frame.tangential && HasTangentialTerms(entry))
+                m_result.assumed << QStringLiteral("turned in an unknown way: tangential terms are left out");
             if (quantity == Quantity::Light && entry.raw != m_facts.raw)
                 m_result.assumed << (entry.raw ? QStringLiteral("the profile was measured on raw data")
                                                : QStringLiteral("the profile was measured on rendered pictures"));
@@ -157,6 +157,14 @@ private:
             if (*model && !((*model)->focalLengthX > 0.0))
                 return false;
         return true;
+    }
+
+    static bool HasTangentialTerms(const ProfileEntry &entry)
+    {
+        for (const auto *model : {&entry.geometry, &entry.green, &entry.redGreen, &entry.blueGreen})
+            if (*model && ((*model)->tangential1 != 0.0 || (*model)->tangential2 != 0.0))
+                return true;
+        return false;
     }
 
     static bool Any(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*model)

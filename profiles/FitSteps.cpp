@@ -55,6 +55,9 @@ QString WhyRefused(const PictureFacts &facts)
         return QStringLiteral("the picture's size is unknown");
     if (facts.cropTurned)
         return QStringLiteral("the picture was cropped at an angle, so its lens's center is lost");
+    if (facts.cropLost)
+        return QStringLiteral("the picture was cropped, and its place in the original can't be read "
+                              "(XMP crs:CropLeft, CropTop, CropRight, CropBottom)");
     return QString();
 }
 
@@ -120,6 +123,15 @@ QString LeftOut::Text() const
     for (const auto &reason : m_reasons)
         reasons << QStringLiteral("%1: %2").arg(reason.first, reason.second);
     return reasons.join(QStringLiteral("; "));
+}
+
+void NoteAgain(const FitTasks &tasks, FitResult *result)
+{
+    const bool made[] = {result->distortion, result->chromatic, result->vignetting};
+    for (std::size_t i = 0; i < tasks.size(); ++i)
+        if (made[i] && tasks[i].done.value)
+            result->assumed << QStringLiteral("%1 again, though corrected before (%2)")
+                                   .arg(QLatin1String(tasks[i].name), tasks[i].done.source);
 }
 
 QString WhyUseless(const RadialMap &map, const QSize &pixels)

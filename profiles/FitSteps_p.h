@@ -41,6 +41,9 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
 
+/// Notes corrections that were made although the picture already had them.
+void NoteAgain(const FitTasks &tasks, FitResult *result);
+
 /// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 

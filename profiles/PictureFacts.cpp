@@ -2,6 +2,7 @@
 
 #include "DoneBefore_p.h"
 #include "MetadataLookup_p.h"
+#include "Rational_p.h"
 #include "gfl.h"
 
 #include <algorithm>
@@ -240,11 +241,17 @@ void ReadCrop(const MetadataLookup &metadata, PictureFacts *facts)
     if (facts->raw || !metadata.IsTrue("Xmp.crs.HasCrop") || !metadata.IsTrue("Xmp.crs.AlreadyApplied"))
         return;
     facts->cropTurned = metadata.Number("Xmp.crs.CropAngle") != 0.0;
-    const auto end = [&](const char *key) { return metadata.Has(key) ? metadata.Number(key) : 1.0; };
-    const QRectF crop(QPointF(metadata.Number("Xmp.crs.CropLeft"), metadata.Number("Xmp.crs.CropTop")),
-                      QPointF(end("Xmp.crs.CropRight"), end("Xmp.crs.CropBottom")));
-    if (crop.isValid() && QRectF(0.0, 0.0, 1.0, 1.0).contains(crop))
-        facts->crop = {crop, QStringLiteral("XMP crs:HasCrop")};
+    constexpr double kRounded = 0.001; // values are written with a few decimals
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    const auto share = [&](const char *key, double missing) {
+        const double value = metadata.Has(key) ? ParseRational(metadata.Text(key).raw).value_or(kNone) : missing;
+        return value >= -kRounded && value <= 1.0 + kRounded ? std::clamp(value, 0.0, 1.0) : kNone;
+    };
+    const double left = share("Xmp.crs.CropLeft", 0.0), right = share("Xmp.crs.CropRight", 1.0);
+    const double top = share("Xmp.crs.CropTop", 0.0), bottom = share("Xmp.crs.CropBottom", 1.0);
+    facts->cropLost = !(left < right && top < bottom);
+    if (!facts->cropLost)
+        facts->crop = {QRectF(QPointF(left, top), QPointF(right, bottom)), QStringLiteral("XMP crs:HasCrop")};
 }
 
 } // namespace

@@ -39,6 +39,7 @@ struct PictureFacts {
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // shares of the original, angle 0
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
+    bool cropLost = false;   // a crop whose place in the original cannot be read
     /// Corrections already in rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
     /// Corrections requested from an earlier run of ours, which could not make them.

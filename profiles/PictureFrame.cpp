@@ -9,6 +9,7 @@ namespace {
 
 constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
+constexpr double kLeastShare = 0.02; // of the sensor's sides; no camera offers less
 constexpr double kMiddleCrop = 0.01; // a crop this close to the middle counts as centered
 
 QString Plain(const QString &name)
@@ -103,6 +104,16 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
 }
 
+/// Whether a picture may show this little of the sensor; otherwise notes that its source isn't believed.
+static bool IsCredible(double share, const QString &source, QStringList *assumed)
+{
+    if (share >= kLeastShare)
+        return true;
+    *assumed << QStringLiteral("the %1 isn't believed: that would be less than %2 of the sensor's sides")
+                    .arg(source, Percent(kLeastShare));
+    return false;
+}
+
 double PictureFrame::FrameShare(double factor, QStringList *assumed) const
 {
     double crop = 1.0;
@@ -110,17 +121,20 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
         const double expected = m_facts.focalMm.value * factor, given = m_facts.focal35Mm.value;
         const bool isRounded = std::abs(given - expected) <= 0.5; // whole millimeters
         if (given > expected * kCropMode && !isRounded) {
-            crop = given / expected;
-            *assumed << QStringLiteral("a part of the sensor, %1 of its sides, by the 35 mm equivalent of %2 mm")
-                            .arg(Percent(1.0 / crop))
-                            .arg(given);
+            const QString source = QStringLiteral("35 mm equivalent of %1 mm").arg(given);
+            if (IsCredible(expected / given, source, assumed)) {
+                crop = given / expected;
+                *assumed << QStringLiteral("a part of the sensor, %1 of its sides, by the %2")
+                                .arg(Percent(1.0 / crop), source);
+            }
         } else if (given * kCropMode < expected && !isRounded) {
             *assumed << QStringLiteral("the whole sensor, though the 35 mm equivalent of %1 mm would need a larger one")
                             .arg(given);
         }
     }
     const double zoom = m_facts.digitalZoom.value;
-    if (zoom > crop * 1.01) { // some makers include it in the 35 mm equivalent
+    const bool isFurther = zoom > crop * 1.01; // some makers include it in the 35 mm equivalent
+    if (isFurther && IsCredible(1.0 / zoom, QStringLiteral("digital zoom of %1").arg(zoom, 0, 'g', 10), assumed)) {
         crop = zoom;
         *assumed
             << QStringLiteral("a part of the sensor, %1 of its sides, by the digital zoom").arg(Percent(1.0 / zoom));

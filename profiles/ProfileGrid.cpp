@@ -67,6 +67,35 @@ QString Numeral(double value)
     return QString::number(value, 'g', 4);
 }
 
+/// What is written around a number.
+struct Unit {
+    const char *before, *after;
+};
+constexpr Unit kMillimeters = {"", " mm"}, kMeters = {"", " m"}, kFNumber = {"f/", ""};
+
+QString Text(double value, const Unit &unit)
+{
+    return std::isinf(value) ? QStringLiteral("infinity")
+                             : QLatin1String(unit.before) + Numeral(value) + QLatin1String(unit.after);
+}
+
+/// Returns "20 to 40 mm", "1 m to infinity" or, if both are equal, "20 mm".
+QString RangeText(double least, double most, const Unit &unit)
+{
+    if (!(least < most))
+        return Text(most, unit);
+    const QString first = std::isinf(most) ? Text(least, unit) : QLatin1String(unit.before) + Numeral(least);
+    return first + QStringLiteral(" to ") + Text(most, unit);
+}
+
+/// Notes a setting outside the range of those that the profile has.
+void NoteBeyond(double taken, double least, double most, const Unit &unit, QStringList *assumed)
+{
+    if (taken > most * kBeyond || taken * kBeyond < least)
+        *assumed << QStringLiteral("%1 lies outside the profile's %2: the nearest is used")
+                        .arg(Text(taken, unit), RangeText(least, most, unit));
+}
+
 } // namespace
 
 bool Holds(const ProfileEntry &entry, Quantity quantity)
@@ -146,20 +175,17 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
 {
     GridChoice choice;
     const Focal &shortest = m_focals.first(), &longest = m_focals.last();
-    const QString range = QStringLiteral("%1 to %2 mm").arg(Numeral(shortest.focalMm), Numeral(longest.focalMm));
     Bracket at;
     if (!setting.focalMm) {
         if (m_focals.size() > 1) {
-            choice.why = QStringLiteral("the focal length is unknown, and the profile has entries from %1").arg(range);
+            choice.why = QStringLiteral("the focal length is unknown, and the profile has entries from %1")
+                             .arg(RangeText(shortest.focalMm, longest.focalMm, kMillimeters));
             return choice;
         }
         choice.assumed << QStringLiteral("focal length unknown: the profile's only one");
     } else if (longest.focalMm > 0.0) {
         at = FindAmong(m_focals, 1.0 / *setting.focalMm, [](const Focal &one) { return 1.0 / one.focalMm; });
-        if (*setting.focalMm > longest.focalMm * kBeyond || *setting.focalMm * kBeyond < shortest.focalMm)
-            choice.assumed << QStringLiteral("%1 mm lies outside the profile's %2: the nearest is used")
-                                  .arg(Numeral(*setting.focalMm),
-                                       m_focals.size() > 1 ? range : Numeral(longest.focalMm) + QStringLiteral(" mm"));
+        NoteBeyond(*setting.focalMm, shortest.focalMm, longest.focalMm, kMillimeters, &choice.assumed);
     }
     if (m_focals[at.first].kind != m_focals[at.second].kind) {
         const int nearest = at.share < 0.5 ? at.first : at.second;
@@ -184,6 +210,9 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
             choice->assumed << QStringLiteral("distance unknown: the farthest");
         return AddDistance(distances.last(), weight, setting, choice);
     }
+    if (distances.first().distanceM > 0.0)
+        NoteBeyond(*setting.distanceM, distances.first().distanceM, distances.last().distanceM, kMeters,
+                   &choice->assumed);
     const Bracket at =
         FindAmong(distances, 1.0 / *setting.distanceM, [](const Distance &one) { return 1.0 / one.distanceM; });
     return AddDistance(distances[at.first], weight * (1.0 - at.share), setting, choice)
@@ -229,6 +258,8 @@ bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Set
         choice->why = QStringLiteral("the aperture is unknown, and the profile has several");
         return false;
     }
+    NoteBeyond(*setting.aperture, std::exp2(cells.first().apertureApex / 2.0),
+               std::exp2(cells.last().apertureApex / 2.0), kFNumber, &choice->assumed);
     const Bracket at = FindAmong(cells, 1.0 / (*setting.aperture * *setting.aperture),
                                  [](const Cell &one) { return ApertureTerm(one.apertureApex); });
     return add(cells[at.first], 1.0 - at.share) && add(cells[at.second], at.share);

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "LensProfile.h"
+#include "MapCheck.h"
 #include "PlainProfileText.h"
 #include "ProfileGridText.h"
 #include "ProfileJson.h"
@@ -68,7 +69,9 @@ private:
     QString ShowGrid(const QString &file)
     {
         QString problem;
-        const LensProfile profile = ReadLensProfile(AbsolutePath(file), &problem);
+        LensProfile profile = ReadLensProfile(AbsolutePath(file), &problem);
+        if (problem.isEmpty() && m_options.picture.isEmpty() && m_options.plot.isEmpty())
+            problem = CheckMaps(&profile);
         if (m_options.json)
             return PrintJson(file, profile, problem);
         if (m_options.check)
@@ -79,7 +82,7 @@ private:
             if (!m_options.plot.isEmpty())
                 return WritePlot(file, profile, nullptr);
             PrintApart(ProfileGridText(file, profile));
-            return QString();
+            return problem;
         }
         return ShowFit(file, profile);
     }

@@ -56,7 +56,8 @@ public:
     {
         if (!SetCurves())
             return m_result;
-        for (const FitTask &task : TasksOf(m_facts, m_options)) {
+        const FitTasks tasks = TasksOf(m_facts, m_options);
+        for (const FitTask &task : tasks) {
             if (m_leftOut.Allows(task, m_options) && !Make(task))
                 m_leftOut.Add(task, WhyMissing(task));
             Check(task);
@@ -64,6 +65,7 @@ public:
         m_result.distortion = m_result.correction.geometry.has_value();
         m_result.chromatic = m_result.correction.red || m_result.correction.blue;
         m_result.vignetting = m_result.correction.light.has_value();
+        NoteAgain(tasks, &m_result);
         FrameResult(m_options, m_curves.imageHeight.has_value(), &m_result);
         m_result.assumed.removeDuplicates();
         m_result.why = m_leftOut.Text();

@@ -226,6 +226,16 @@ void tst_Profile::check_data()
         ":2: warning: entry 1: the same focal length, distance and aperture as entry 3, line 6");
     row("fold", {sound, Bent(24, -1.2)},
         ":4: warning: entry 2: distortion folds back within the frame, at 88 % of "); // 1/sqrt(3.6) / 0.601
+    const auto bent = [&](const char *values) {
+        return at24 + ">" + Model("PerspectiveModel", kBent + values, Model("ChromaticRedGreenModel", kBent));
+    };
+    row("places outside", {sound, Bent(24, 1e12)},
+        ":4: error: entry 2: distortion leaves 0 % of the picture: the rest");
+    row("tangential terms far outside", {bent(R"( s:TangentialDistortParam1="1e11")")},
+        ":2: error: entry 1: distortion leaves 0 % of the picture");
+    row("a focal length far too short", {at24 + R"(>
+<s:PerspectiveModel s:FocalLengthX="0.01" s:RadialDistortParam1="-0.1"/>)"},
+        ":2: error: entry 1: distortion leaves 0 % of the picture: it folds", 1);
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
         ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th

@@ -67,11 +67,6 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
     return entry;
 }
 
-ProfileEntry Fisheye(int coefficients)
-{
-    return Fisheye(QVector<double>{-0.03, 0.004, -0.0008}.mid(0, coefficients));
-}
-
 /// A picture of the profile's frame and no crop.
 OraclePicture Whole(int width, int height)
 {
@@ -151,7 +146,8 @@ void tst_Fit::atAnEntry_data()
     for (int coefficients = 1; coefficients <= 3; ++coefficients)
         for (Projection projection : projections)
             row(qPrintable(QStringLiteral("fisheye of %1, projection %2").arg(coefficients).arg(int(projection))),
-                Fisheye(coefficients), {6000, 4000}, 1 + coefficients, projection);
+                Fisheye(QVector<double>{-0.03, 0.004, -0.0008}.mid(0, coefficients)), {6000, 4000}, 1 + coefficients,
+                projection);
 }
 
 void tst_Fit::atAnEntry()
@@ -195,32 +191,26 @@ void tst_Fit::frames_data()
     const auto body = [](const char *name) {
         return [name](PictureFacts &facts) { facts.model = Known(QString::fromLatin1(name)); };
     };
-    row(
-        "the same", {3000, 2000}, [](PictureFacts &) {}, 3000, 1.0, true, "");
+    const Change none = [](PictureFacts &) {};
+    const auto number = [](Fact<double> PictureFacts::*fact, double value) {
+        return [fact, value](PictureFacts &facts) { facts.*fact = Known(value); };
+    };
+    const auto equivalent = [&](double value) { return number(&PictureFacts::focal35Mm, value); };
+    const auto zoomed = [&](double value) { return number(&PictureFacts::digitalZoom, value); };
+    const auto both = [&](PictureFacts &facts) { zoomed(2.0)(facts), equivalent(72.0)(facts); };
+    const auto crop = [](bool PictureFacts::*how) { return [how](PictureFacts &facts) { facts.*how = true; }; };
+    row("the same", {3000, 2000}, none, 3000, 1.0, true, "");
     row("as makers spell it", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
-    row(
-        "a rounded equivalent", {3000, 2000}, [](PictureFacts &f) { f.focal35Mm = Known(36.4); }, 3000, 1.0, true, "");
-    row(
-        "a crop mode", {3000, 2000}, [](PictureFacts &f) { f.focal35Mm = Known(54.0); }, 3000, 36.0 / 54.0, true,
-        "67 % of its sides, by the 35 mm");
-    row(
-        "digital zoom", {3000, 2000}, [](PictureFacts &f) { f.digitalZoom = Known(2.0); }, 3000, 0.5, true,
-        "50 % of its sides, by the digital zoom");
-    row(
-        "both tell the same", {3000, 2000},
-        [](PictureFacts &f) {
-            f.digitalZoom = Known(2.0);
-            f.focal35Mm = Known(72.0);
-        },
-        3000, 0.5, true, "50 %");
-    row(
-        "16 : 9", {3000, 1688}, [](PictureFacts &) {}, 3000, 1.0, false, "middle of a frame of 1.50");
-    row(
-        "4 : 3", {2000, 1500}, [](PictureFacts &) {}, 2250, 1.0, false, "middle of a frame of 1.50");
-    row(
-        "square", {2000, 2000}, [](PictureFacts &) {}, 3000, 1.0, false, "middle of a frame of 1.50");
-    row(
-        "nearly 3 : 2", {3000, 1970}, [](PictureFacts &) {}, 3000, 1.0, true, "");
+    row("a rounded equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
+    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true, "67 % of its sides, by the 35 mm");
+    row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm isn't believed");
+    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, by the digital zoom");
+    row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 isn't believed");
+    row("both tell the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
+    row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
+    row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "middle of a frame of 1.50");
+    row("square", {2000, 2000}, none, 3000, 1.0, false, "middle of a frame of 1.50");
+    row("nearly 3 : 2", {3000, 1970}, none, 3000, 1.0, true, "");
     row("a smaller body", {3000, 2000}, body("SMALL"), 3000, 0.75, false, "another body, BODY");
     row("a smaller one of 4 : 3", {2000, 1500}, body("SMALL"), 2000,
         (0.8 * 43.266615 / 2.0) / (43.266615 / 1.5 * 3.0 / std::sqrt(13.0)), false, "another body, BODY");
@@ -236,8 +226,8 @@ void tst_Fit::frames_data()
         3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of its frame");
     row(
         "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
-    row(
-        "cropped at an angle", {3000, 2000}, [](PictureFacts &f) { f.cropTurned = true; }, 0, 0, false, "angle");
+    row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false, "angle");
+    row("a crop that can't be read", {3000, 2000}, crop(&PictureFacts::cropLost), 0, 0, false, "can't be read");
 }
 
 void tst_Fit::frames()
@@ -270,7 +260,8 @@ void tst_Fit::frames()
 void tst_Fit::unknownTurn()
 {
     const FitResult fit = Fit(Profile({Entry()}), Facts({2000, 3000}), {});
-    QVERIFY(fit.assumed.join(QLatin1Char('\n')).contains(QLatin1String("turned in an unknown way")));
+    for (const char *text : {"the lens's center is the picture's middle", "tangential terms are left out"})
+        QVERIFY2(fit.assumed.contains(QLatin1String("turned in an unknown way: ") + QLatin1String(text)), text);
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
@@ -419,9 +410,14 @@ void tst_Fit::choices_data()
     row("no need of one", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100", "the profile's only one");
     row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
         "distance unknown: the farthest");
+    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
+        "0.2 m lies outside the profile's 1 to 5 m: the nearest is used");
+    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity lies outside the profile's 5 m");
     row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
     row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
     row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
+    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
+        "f/32 lies outside the profile's f/2 to f/8: the nearest is used");
     row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
     row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, the only aperture");
     row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, the only aperture");
@@ -430,7 +426,7 @@ void tst_Fit::choices_data()
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
         "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("one without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 1, 4), "1:100|1:100");
+    row("one without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
     row("nearly one: the last", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4), "1:100|1:100");
     row("kinds aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100", "aren't mixed");
 }
@@ -510,8 +506,6 @@ void tst_Fit::leftOut_data()
     };
     const auto corrected = [](PictureFacts &f) { f.distortionDone = f.vignettingDone = {true, QStringLiteral("XMP")}; };
     row(
-        "nothing", [](PictureFacts &, FitOptions &) {}, "dcv", "");
-    row(
         "not requested", [](PictureFacts &, FitOptions &o) { o.distortion = false; }, "cv", "");
     row(
         "amount 0", [](PictureFacts &, FitOptions &o) { o.amountVignetting = 0.0; }, "dc",
@@ -550,6 +544,12 @@ void tst_Fit::leftOut()
     QCOMPARE(letters, done);
     QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
     QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
+    const QString again = QStringLiteral("distortion again, though corrected before (XMP)");
+    QCOMPARE(fit.assumed.contains(again), options.again);
+    facts.make = Known(QStringLiteral("Canon"));
+    facts.model = Known(QStringLiteral("Canon EOS 40D"));
+    facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
+    QCOMPARE(FitByLensfun(facts, options).assumed.contains(again), options.again);
 }
 
 void tst_Fit::useless_data()
@@ -568,7 +568,7 @@ void tst_Fit::useless_data()
     // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
     row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
         [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
-    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest comes",
+    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
     row("tangential terms that throw all out", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });

@@ -131,7 +131,12 @@ void tst_PictureFacts::crop()
     const auto applied = cropped + Values{{"Xmp.crs.AlreadyApplied", "True"}};
     QCOMPARE(Facts(applied).crop.value, QRectF(0.25, 0.125, 0.5, 0.875));
     QVERIFY(!Facts(applied).cropTurned);
+    QVERIFY(!Facts(applied).cropLost);
     QVERIFY(Facts(applied + Values{{"Xmp.crs.CropAngle", "-1.5"}}).cropTurned);
+    for (const char *left : {"0.8", "0.75", "-0.1", "x", "nan"}) { // the right one is 0.75
+        const PictureFacts lost = Facts(applied + Values{{"Xmp.crs.CropLeft", left}});
+        QVERIFY2(lost.cropLost && !lost.crop.Known(), left);
+    }
 }
 
 void tst_PictureFacts::doneBefore()

@@ -1,6 +1,7 @@
 #include "CorrectionRecord.h"
 
 #include "FittedRecord.h"
+#include "KException.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -61,9 +62,10 @@ ProfileNames NamesOf(const FitResult &fit)
     const QFileInfo info(fit.profile);
     QFile file(fit.profile);
     QCryptographicHash hash(QCryptographicHash::Md5);
-    const bool isRead = file.open(QIODevice::ReadOnly) && hash.addData(&file);
+    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file) || file.error() != QFileDevice::NoError)
+        throw KException(QStringLiteral("cannot read \"%1\": %2").arg(fit.profile, file.errorString()), KPlace());
     return {fit.profileName.isEmpty() ? info.completeBaseName() : fit.profileName, info.fileName(),
-            isRead ? QString::fromLatin1(hash.result().toHex().toUpper()) : QString()};
+            QString::fromLatin1(hash.result().toHex().toUpper())};
 }
 
 /// Adds properties of one namespace.

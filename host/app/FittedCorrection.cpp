@@ -56,6 +56,16 @@ bool AreMade(const FittedRequest &request, const Corrections &done, const QStrin
 
 } // namespace
 
+QStringList NamesInRecord(const Corrections &corrections)
+{
+    QStringList names;
+    for (const CorrectionRow &row : kCorrections) {
+        if (corrections.*row.member)
+            names << QLatin1String(row.name);
+    }
+    return names;
+}
+
 QString FittedCorrection::Result::ProfileLine(const QString &shown) const
 {
     QString line = tr("profile \"%1\"").arg(shown);

@@ -9,6 +9,9 @@
 
 #include <mutex>
 
+/// Returns the names of corrections in the plug-in's records: "distortion", "lateral color", "vignetting".
+QStringList NamesInRecord(const Corrections &corrections);
+
 /// The request for one picture.
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes

@@ -17,18 +17,6 @@ namespace {
     throw KException(why, KPlace());
 }
 
-QStringList NamesOfRecord(const Corrections &corrections)
-{
-    QStringList names;
-    for (const auto &[made, name] :
-         {std::pair(corrections.distortion, "distortion"), std::pair(corrections.chromatic, "lateral color"),
-          std::pair(corrections.vignetting, "vignetting")}) {
-        if (made)
-            names << QLatin1String(name);
-    }
-    return names;
-}
-
 /// Fills in the report, or throws if there is no profile.
 void TakeResult(const FittedCorrection::Result &result, PictureReport *report)
 {
@@ -53,7 +41,7 @@ void TakeResult(const FittedCorrection::Result &result, PictureReport *report)
     report->profile = result.profile;
     report->entries = result.entries;
     report->assumed = result.assumed.split(QStringLiteral("; "), Qt::SkipEmptyParts);
-    report->corrections = NamesOfRecord(result.made);
+    report->corrections = NamesInRecord(result.made);
     report->notes << result.ProfileLine(result.profile);
 }
 
@@ -115,7 +103,7 @@ void PictureCorrector::CorrectPlain(KIPluginOne2One *process, const PlannedPictu
     NoteMismatch(planned, report->profile, profile, report);
     lock.unlock();
 
-    report->corrections = NamesOfRecord(corrections);
+    report->corrections = NamesInRecord(corrections);
     report->outcome = PictureReport::Outcome::Planned;
     if (m_options.dryRun)
         return;

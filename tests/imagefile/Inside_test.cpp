@@ -226,7 +226,7 @@ void tst_Inside::bigTiff()
         Metadata again;
         QVERIFY(bool(ReadMetadata(Source(file.constData(), sink.Size()), &again)));
         for (const Exiv2::Exifdatum &datum : metadata.exif) {
-            const Case named(datum.key().c_str());
+            const Case namedInside(datum.key().c_str());
             const auto found = again.exif.findKey(Exiv2::ExifKey(datum.key()));
             QVERIFY2(found != again.exif.end(), datum.key().c_str());
             QCOMPARE(found->toString(), datum.toString());

@@ -218,7 +218,7 @@ void tst_Writing::fullDisk()
         const GFL_SAVE_PARAMS params = SaveParams(format, compression, 100);
         QVERIFY(WriteBytes(path, "the old file"));
         for (rlim_t limit : {0, 5, 20000, 200000}) {
-            const Case named("limit", limit);
+            const Case namedInside("limit", limit);
             int error = 0;
             {
                 const SizeLimit full(limit);
@@ -333,7 +333,7 @@ void tst_Writing::madeRows()
         gflSetThreads(1);
         const QByteArray alone = SavedBytes(*bitmap, params);
         for (int threads : {1, 2, 5}) {
-            const Case named("threads", threads);
+            const Case namedInside("threads", threads);
             gflSetThreads(threads);
             QVERIFY(WriteBytes(path, "old"));
             QCOMPARE(save(2000, params), int(GFL_ERROR_NO_MEMORY));

@@ -263,7 +263,7 @@ void tst_FittedWarp::bandsAreTheWhole()
         const Pixels whole = Rendered(warp, source, FloatWarp::BestInstructions());
         GuardedImage banded(source, 0);
         for (int y = 0; y < kHeight; y += 7) {
-            const Case named("row", y);
+            const Case namedRow("row", y);
             const int rows = qMin(7, kHeight - y);
             KImage band(kWidth, rows, GFL_RGBA, 32, /*clear=*/false, banded.image.getData(0, y),
                         int(banded.image.bytesPerLine()));
@@ -338,7 +338,7 @@ void tst_FittedWarp::transferCurves()
         correction.light = GainMap{0.0, 0.0, RadialCurve(gain)};
         const Pixels source = Made(kWidth, 1, [](int x, int) { return std::round(0.262 * x * x) / 65535.0; });
         for (bool isFloat : {false, true}) {
-            const Case named("float", isFloat);
+            const Case namedForm("float", isFloat);
             const FittedWarp warp(correction, Sampling::Bilinear, curve, {isFloat, false});
             const Pixels got = Rendered(warp, source, kBaseline);
             QCOMPARE(FirstDifference(Rendered(warp, source, FloatWarp::BestInstructions()), got), QString());

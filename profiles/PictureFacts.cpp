@@ -41,6 +41,7 @@ constexpr Source kLensNames[] = {{"Exif.Photo.LensModel", "EXIF LensModel"},
                                  {"Exif.NikonLd1.LensIDNumber", "maker note"},
                                  {"Exif.NikonLd2.LensIDNumber", "maker note"},
                                  {"Exif.NikonLd3.LensIDNumber", "maker note"},
+                                 {"Exif.Nikon3.Lens", "maker note"}, // numbers only
                                  {"Exif.CanonCs.LensType", "maker note"},
                                  {"Exif.Pentax.LensType", "maker note"},
                                  {"Exif.PentaxDng.LensType", "maker note"},
@@ -169,6 +170,11 @@ void ReadLens(const MetadataLookup &metadata, PictureFacts *facts)
     for (int i = 0; i < 4; ++i) {
         if (range.value(i) > 0.0)
             *ends[i] = {range.value(i), QStringLiteral("EXIF LensSpecification")};
+    }
+    const QVector<double> canon = metadata.Numbers("Exif.CanonCs.Lens"); // longest, shortest, units per millimeter
+    if (!facts->lensMinFocalMm.Known() && canon.value(1) > 0.0 && canon.value(0) >= canon[1] && canon.value(2) > 0.0) {
+        facts->lensMinFocalMm = {canon[1] / canon[2], QStringLiteral("maker note")};
+        facts->lensMaxFocalMm = {canon[0] / canon[2], QStringLiteral("maker note")};
     }
 }
 

@@ -39,18 +39,6 @@ QString MakerOf(const QString &make)
     return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
 }
 
-/// Returns the maker of a camera's own lenses, as LensName::maker.
-QString LensMakerOf(const QString &make)
-{
-    static const QHash<QString, QString> others = {
-        {QStringLiteral("om"), QStringLiteral("olympus")}, // OM Digital Solutions
-        {QStringLiteral("ricoh"), QStringLiteral("pentax")},
-        {QStringLiteral("konica"), QStringLiteral("minolta")},
-    };
-    const QString maker = MakerOf(make);
-    return others.value(maker, maker);
-}
-
 bool IsSubset(const LensName &name, const LensName &of)
 {
     return of.marks.contains(name.marks) && of.words.contains(name.words)
@@ -119,10 +107,30 @@ NameMatch Contradicted(NameMatch match, const QString &why)
 /// Whether a name belongs to a fixed lens, as in profiles of compact cameras.
 bool IsFixedLensName(const LensName &name, const QString &model)
 {
-    return (name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model));
+    return name.converter.isEmpty()
+        && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
+}
+
+/// Whether the focal lengths of a fixed lens's profile are the picture's, as far as both are known.
+bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
+{
+    const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
+    return !facts.lensMinFocalMm.Known() || !facts.lensMaxFocalMm.Known() || !name.HasFocal()
+        || (near(name.minFocalMm, facts.lensMinFocalMm.value) && near(name.maxFocalMm, facts.lensMaxFocalMm.value));
 }
 
 } // namespace
+
+QString LensMakerOf(const QString &make)
+{
+    static const QHash<QString, QString> others = {
+        {QStringLiteral("om"), QStringLiteral("olympus")}, // OM Digital Solutions
+        {QStringLiteral("ricoh"), QStringLiteral("pentax")},
+        {QStringLiteral("konica"), QStringLiteral("minolta")},
+    };
+    const QString maker = MakerOf(make);
+    return others.value(maker, maker);
+}
 
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
@@ -252,7 +260,7 @@ private:
             return false;
         for (const QString &text : head.lensNames)
             for (const LensName &name : m_parsed(text)) {
-                if (!IsFixedLensName(name, head.model))
+                if (!IsFixedLensName(name, head.model) || !HasFocalRangeOf(m_facts, name))
                     return false;
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;

@@ -44,5 +44,8 @@ private:
 /// LensSpecification. Empty if it names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
+/// Returns the maker of a camera's own lenses, as LensName::maker.
+QString LensMakerOf(const QString &make);
+
 /// Whether two spellings mean the same camera: "NIKON D70" and "D70".
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

@@ -267,6 +267,9 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
             && !CompareLensNames(best.name, other.name).fits)
             return none(QStringLiteral("two lenses of lensfun's fit equally well: \"%1\" and \"%2\"")
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
+    if (byNumbers && best.name.maker != LensMakerOf(camera.make)) // other makers' versions share numbers
+        return none(QStringLiteral("the picture gives only the numbers of its lens, which \"%1\" may share by chance")
+                        .arg(TitleOf(best.lens)));
     const QVector<NamedLens> covering = CoveringSensor(lenses, camera);
     if (covering.isEmpty())
         return none(QStringLiteral("lensfun's data for \"%1\" are of a smaller sensor").arg(best.name.text));

@@ -183,6 +183,17 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
     return telling;
 }
 
+const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts)
+{
+    for (const LensName &name : wanted) {
+        const bool fits = !name.IsBare() && name.HasFocal()
+            && (!facts.focalMm.Known() || ContainsFocal(name.minFocalMm, name.maxFocalMm, facts.focalMm.value));
+        if (fits && !Agrees(name, found) && !IsSubset(found, name))
+            return &name;
+    }
+    return nullptr;
+}
+
 const QVector<LensName> &ProfileMatcher::Parsed(const QString &text)
 {
     auto parsed = m_parsed.find(text);
@@ -369,6 +380,8 @@ private:
         for (const Candidate &other : qAsConst(same))
             if (&other != &best && other.body == best.body && other.rawFits == best.rawFits)
                 rivals.append(other);
+        if (const LensName *other = OtherLens(m_wanted, best.name, m_facts))
+            return EqualNames(best, *other);
         for (const Candidate &rival : qAsConst(rivals))
             if (!m_help.correctAlike(best.profile->path, rival.profile->path))
                 return Equal(best, rival);
@@ -406,6 +419,17 @@ private:
         match.reason = QStringLiteral("two profiles fit equally well: %1 and %2; choose one with --profile")
                            .arg(Title(*best.profile), Title(*rival.profile));
         match.nearest = QStringList{Title(*best.profile), Title(*rival.profile)};
+        return match;
+    }
+
+    static ProfileMatch EqualNames(const Candidate &best, const LensName &other)
+    {
+        ProfileMatch match;
+        match.isAmbiguous = true;
+        match.reason =
+            QStringLiteral("the picture's lens is %1 or \"%2\"; name it with --lens or choose with --profile")
+                .arg(Title(*best.profile), other.text);
+        match.nearest = QStringList{Title(*best.profile), other.text};
         return match;
     }
 

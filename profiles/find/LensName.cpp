@@ -121,7 +121,8 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
-/// Returns the factor in the part of a name that describes a converter, without trailing zeros; else that part.
+/// Returns the factor in the part of a name that describes a converter, without trailing zeros. If there is no factor,
+/// returns the part.
 QString ConverterOf(const QString &part)
 {
     static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
@@ -172,7 +173,7 @@ QSet<QString> TellingWords(const LensName &name)
     return words;
 }
 
-/// Whether the words of a name without a maker, which may be an unknown maker's, are also in the other.
+/// Whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(TellingWords(unnamed));

@@ -19,14 +19,14 @@ struct VerbRow {
 };
 
 constexpr VerbRow kVerbs[] = {
-    {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
-     "Corrects each PICTURE (%1) by a lens profile and\n"
+    {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures with a lens profile",
+     "Corrects each PICTURE (%1) with a lens profile and\n"
      "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
      "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
      "replaces an existing file only with --overwrite.\n"
      "\n"
-     "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
+     "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it\n"
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
      "camera, another program or an earlier run already corrected are skipped.\n"
@@ -121,7 +121,7 @@ QString Latin(const char *text)
     return QString::fromLatin1(text);
 }
 
-/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
+/// Returns the options of a verb that only fitted corrections have. Those of `info` are facts about the picture.
 QVector<OptionRow> FittedRows(Verb verb)
 {
     QVector<OptionRow> rows;
@@ -316,7 +316,7 @@ Exclusions ExclusionsOf(Verb verb)
     return exclusions;
 }
 
-/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
+/// Reads the options of fitted corrections. @return a message about the first wrong one; empty if there is none.
 QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
     const QVector<OptionRow> rows = FittedRows(verb);
@@ -329,7 +329,7 @@ QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *o
     return QString();
 }
 
-/// Returns what is wrong with the options of `profile`; empty if nothing is.
+/// Returns a message about wrong options of `profile`; empty if there are none.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     const QString exclusion = FindExclusion(parser,
@@ -401,10 +401,10 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (parser.isSet(QStringLiteral("help")))
         return PrintText(VerbHelp(verb));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
-        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
+        return Refuse(command, QStringLiteral("'%1' needs a non-empty value.").arg(empty));
     const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
     if (parser.positionalArguments().isEmpty() && !isListed && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
-        return Refuse(command, QStringLiteral("no file given."));
+        return Refuse(command, QStringLiteral("no files given."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("a file name is empty."));
 

@@ -131,7 +131,7 @@ const Row kRows[] = {
      IsSource,
      "auto, lcp or lensfun",
      TakeSource},
-    {{"again", nullptr, "correct even what was already corrected"},
+    {{"again", nullptr, "correct even pictures that already are"},
      "Again",
      nullptr,
      "",

@@ -23,5 +23,5 @@ struct FittedOptionRow {
 QVector<FittedOptionRow> FittedOptionRows();
 
 /// Stores the value of the option @p name, one of the rows, in @p options.
-/// @return what is wrong with the value; empty if nothing is.
+/// @return a message if the value is invalid; empty otherwise.
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options);

@@ -104,7 +104,7 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
         return Damaged("the file ends early");
     if (compression > 1)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are read", compression));
+                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are supported", compression));
     if (!layout->channelPlaces.empty())
         return Status::Ok();
     const std::uint64_t tablesAt = reader->Position(),

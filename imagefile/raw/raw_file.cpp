@@ -184,14 +184,14 @@ Status RawFile::ReadPreview(const Box &box, RowSink *rows)
     if (Status status = StatusOf(m_raw->unpack_thumb()); !status)
         return status;
     if (preview.tformat == LIBRAW_THUMBNAIL_BITMAP)
-        return CanStandFor(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
+        return CanReplace(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
     if (preview.tformat != LIBRAW_THUMBNAIL_JPEG)
         return small;
     const Source jpeg(preview.thumb, preview.tlength);
     GFL_FILE_INFORMATION info = {};
     if (Status status = ReadJpegInfo(jpeg, &info); !status)
         return status;
-    return CanStandFor(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
+    return CanReplace(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
 }
 
 Status RawFile::HandOverBitmap(RowSink *rows)

@@ -49,7 +49,7 @@ FitReport ReportOf(const FitResult &fit)
     return report;
 }
 
-/// A gray picture has one place per pixel: green's.
+/// A gray picture has a single position per pixel, green's.
 void LeaveOutColor(FitResult *fit)
 {
     if (!fit->correction.red && !fit->correction.blue)
@@ -72,8 +72,8 @@ QStringList KVitreluxOne2One::ProfileFolders() const
                                                                          : DefaultProfileFolders();
 }
 
-/// Fits the record's profile, or the one that is found, and stores the report in the record. Throws KException with the
-/// reason if nothing is to be corrected.
+/// Fits the record's profile, or the one found, and stores the report in the record. Throws KException with the reason
+/// if there is nothing to correct.
 ///
 /// @param pixels  the size of the pixels in memory; empty: the file's.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
@@ -106,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded, which may be unnecessary
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: that may be unnecessary
     KImage source;
     {
         const FullSizeLock full(def);

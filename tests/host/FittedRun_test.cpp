@@ -90,7 +90,7 @@ void FittedRunTest::correct_data()
         << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1
         << QStringList{"none.jpg: has no lens profile"_s, "f/4L IS III USM"_s, "; nearest: "_s, "24-105mm"_s, kFound};
     QTest::newRow("requested but missing") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
-                                           << QStringList{"vignetting: the profile has no model of it"_s};
+                                           << QStringList{"vignetting: the profile has no model for it"_s};
     QTest::newRow("one of two missing") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
                                         << QStringList{"cannot make the requested corrections: vignetting"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
@@ -192,7 +192,7 @@ void FittedRunTest::secondRun()
         {"--lens-path lenses", 0,
          "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
         {"--lens-path empty", 0, "skipped, corrected before: distortion"_s},
-        {"--ca --lens-path lenses", 1, "an earlier run could not correct it"_s},
+        {"--ca --lens-path lenses", 1, "an earlier run couldn't correct it"_s},
         {"--again --lens-path lenses", 0, "distortion again, though corrected before"_s},
         {"--profile lenses/0.lcp", 0, "distortion again, though corrected before"_s},
     };

@@ -241,9 +241,9 @@ void tst_Profile::check_data()
         ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
     row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the picture that it was made from");
     row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
-        ":5: error: entry 2: a model of the lens without coefficients");
+        ":5: error: entry 2: a lens model without coefficients");
     row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
-        ":3: error: entry 1: a model of the lens without coefficients", 1);
+        ":3: error: entry 1: a lens model without coefficients", 1);
     row("focal length 0", {Bent(kFrame + Setting(0, 3, 3))}, ":2: warning: entry 1: FocalLength is \"0\"");
     row("not finite", {sound, at24 + ">" + Model("PerspectiveModel", R"(s:RadialDistortParam1="nan")")},
         ":5: error: entry 2: RadialDistortParam1 is \"nan\"");

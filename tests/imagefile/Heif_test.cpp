@@ -213,7 +213,7 @@ void tst_Heif::metadata()
         gflClearWarningText();
         const Spec spec = {heif_compression_AV1, 8, 3, {64, 48}, 1, true, false, row.primaries, row.curve};
         QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
-        QVERIFY2(QByteArray(gflLastWarningText()).contains("taken for sRGB") == row.isWarned, row.name);
+        QVERIFY2(QByteArray(gflLastWarningText()).contains("treated as sRGB") == row.isWarned, row.name);
     }
 }
 

@@ -202,9 +202,10 @@ void tst_Fit::frames_data()
     row("the same", {3000, 2000}, none, 3000, 1.0, true, "");
     row("as makers spell it", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
     row("a rounded equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
-    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true, "67 % of its sides, by the 35 mm");
+    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true,
+        "67 % of its sides, according to the 35 mm");
     row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
-    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, by the digital zoom");
+    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
     row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
     row("both tell the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
     row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
@@ -223,7 +224,7 @@ void tst_Fit::frames_data()
             f.model = Known(QStringLiteral("THING"));
             f.focalPlaneWidthMm = Known(18.0);
         },
-        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of its frame");
+        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of that body's");
     row(
         "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
     row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false, "angle");

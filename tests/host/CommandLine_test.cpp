@@ -69,7 +69,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
-        {"correct -o '' a.jpg", "not empty"},
+        {"correct -o '' a.jpg", "non-empty"},
         {"--version", "?vitrelux 3."},
         {"-h", "?Usage: vitrelux COMMAND"},
         {"correct a.jpg -h", "?Usage: vitrelux correct "},

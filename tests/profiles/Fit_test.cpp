@@ -420,8 +420,8 @@ void tst_Fit::choices_data()
     row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
         "f/32 is outside the profile's f/2 to f/8: the nearest is used");
     row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, the only aperture");
-    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, the only aperture");
+    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, its only aperture");
+    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, its only aperture");
     row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
     row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156

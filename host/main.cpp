@@ -93,7 +93,8 @@ void OccupyStandardStreams()
     }
 }
 
-/// Handles exceptions where none may pass, as in Qt slots. Any exception other than out of memory is a bug and aborts.
+/// Terminate handler, for exceptions in places that none may leave, such as Qt slots. Any exception other than out of
+/// memory is a bug and aborts.
 [[noreturn]] void EndWithoutMemory() noexcept
 {
     try {
@@ -125,7 +126,7 @@ int RunGuarded(int argc, char **argv)
             return result;
         // The output is incomplete.
         console.Failure(QString(), QStringLiteral("cannot write to standard output"));
-    } catch (const std::bad_alloc &) { // first: the texts of others need memory
+    } catch (const std::bad_alloc &) { // separate, because the texts of other exceptions need memory
         std::fputs("vitrelux: not enough memory\n", stderr);
     } catch (...) {
         std::fprintf(stderr, "vitrelux: %s\n", qUtf8Printable(OneLine(TextOfCurrentException())));
@@ -139,10 +140,10 @@ int main(int argc, char **argv)
 {
     // File names are UTF-8 in any locale: under the "C" locale of a cron job Qt would lose all non-ASCII letters.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // Exceeding a file size limit is then an error of one picture and doesn't end the program.
+    // Exceeding a file size limit is then an error for one picture and doesn't end the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // A library may end the program, as libgomp does where it finds no memory for its threads. At a normal exit there
-    // is no folder to remove.
+    // A library may end the program, as libgomp does if it has no memory for its threads. At a normal exit there is no
+    // folder to remove.
     std::atexit([] { InterruptGuard::RemoveFolders(); });
     return RunGuarded(argc, argv);
 }

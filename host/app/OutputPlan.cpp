@@ -19,8 +19,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". After a link to a folder, ".." is not the folder in the name: such
-/// names use the folder's canonical name; otherwise they would lead to another file.
+/// Returns an absolute name without "." and "..". After a link to a folder, ".." isn't the parent in the name, so such
+/// names are resolved by the folder's canonical name.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -40,7 +40,7 @@ const Field kFields[] = {
     {QLatin1String("folder"), [](const QFileInfo &picture) { return QFileInfo(picture.path()).fileName(); }},
 };
 
-/// Replaces each {field}. @param unknown  set to the first one that is none.
+/// Replaces each {field}. @param unknown  set to the first unknown field.
 QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknown = nullptr)
 {
     QString filled;
@@ -87,7 +87,7 @@ QString FaultOfOutputPattern(const QString &pattern)
         return QStringLiteral("has a slash; -o names the folder");
     const QString suffix = QFileInfo(filled).suffix().toLower();
     if (suffix != QLatin1String("tif") && suffix != QLatin1String("tiff"))
-        return QStringLiteral("does not end in .tif or .tiff, which the outputs are");
+        return QStringLiteral("does not end in .tif or .tiff; outputs are TIFF files");
     return QString();
 }
 

@@ -322,7 +322,7 @@ void tst_Wizard::stopsAfterTheCurrentPicture()
         m_process->go.release();
         QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
         QVERIFY(Rows("results")[0].startsWith("slow.jpg|Corrected"_s));
-        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: stopped before"_s);
+        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: the run was stopped"_s);
     }
     m_wizard.reset();
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));

@@ -22,7 +22,7 @@ private Q_SLOTS:
 
 namespace {
 
-/// A blank between words; "''" is an empty one.
+/// Splits a line at blanks; "''" is an empty word.
 QStringList Words(const QString &line)
 {
     return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Makes pictures named after their metadata, and a folder with one profile of their lens among near misses.
+/// Makes pictures named after their metadata, and a folder with one profile of their lens among similar ones.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -127,7 +127,7 @@ void FittedRunTest::correct()
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// A dry run decides as the run does, and both print what the schema describes.
+/// A dry run makes the same decisions as the run, and both print records that match the schema.
 void FittedRunTest::records()
 {
     const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
@@ -162,7 +162,7 @@ void FittedRunTest::records()
     QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
 }
 
-/// A run leaves a record of itself, by which later ones and other programs know it.
+/// A run leaves a record by which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -216,7 +216,7 @@ void FittedRunTest::info()
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
     QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
-    // Everything typed, of a picture without metadata: its own body and no other camera's.
+    // All facts typed for a picture without metadata: only profiles of the typed body fit.
     WriteJpeg(Path("bare.jpg"_s), 60, 40);
     const QJsonObject typed =
         QJsonDocument::fromJson(m_run

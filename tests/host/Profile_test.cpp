@@ -1,4 +1,4 @@
-// `vitrelux profile`: the grid of a profile, its odd values, its effect on a picture, and its plot.
+// `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -81,7 +81,7 @@ double WeightOfOther(double one, double other, double at)
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// A plot as read by a person: values by the labels of the axes.
+/// A plot, read like a person would: values by the labels of the axes.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)
@@ -117,7 +117,7 @@ public:
     }
 
 private:
-    using Scale = QVector<QPointF>; // x: place in the drawing, y: value
+    using Scale = QVector<QPointF>; // x: position in the drawing, y: value
 
     void Take(const QDomElement &text)
     {

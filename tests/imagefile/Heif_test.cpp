@@ -217,7 +217,7 @@ void tst_Heif::metadata()
     }
 }
 
-// As avifenc 0.11 writes it; libheif 1.15 takes such opacity for one of another size.
+// As avifenc 0.11 writes it; libheif 1.15 believes that such opacity has another size.
 void tst_Heif::opacityThatIsNotTurned()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});

@@ -74,7 +74,7 @@ OraclePicture Whole(int width, int height)
     return picture;
 }
 
-/// A camera table for the tests: the real one changes.
+/// A camera table for the tests, because the real one changes.
 void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));
@@ -312,9 +312,9 @@ void tst_Fit::parts()
         QVERIFY2(worst.px < 0.002, qPrintable(QStringLiteral("turn %1: %2 px").arg(turn).arg(worst.px)));
         QVERIFY(fit.assumed.isEmpty());
     }
-    // Stored upright, and cropped off the middle: the place is unknown.
+    // Stored upright, and cropped off center: the position is unknown.
     PictureFacts lost = Facts({2000, 1500});
-    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 lying down, then turned
+    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 in landscape, then rotated
     const FitResult fit = Fit(Profile({entry}), lost, options);
     QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its position there is unknown")), qPrintable(fit.why));
 }

@@ -96,7 +96,7 @@ QList<SpelledNode> Entries()
     return {first, bare, fisheye};
 }
 
-/// One entry in element form with these elements and this inside its perspective model.
+/// Returns one entry in element form, with these elements, and with @p inside in its perspective model.
 QByteArray Small(const QByteArray &elements, const QByteArray &model)
 {
     return "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'\n"

@@ -150,9 +150,11 @@ void ChooseDisplayless()
     SetVariable("QT_QPA_PLATFORM", "offscreen");
     // GLib aborts the program if memory runs out; Qt's own event loop works without it.
     SetVariable("QT_NO_GLIB", "1");
-    // Without a runtime folder Qt makes one in the temporary folder, named after the user; the C library crashes if
-    // memory runs out while it looks up the name. Only displays use the folder.
-    SetVariable("XDG_RUNTIME_DIR", "/dev/null");
+    // Otherwise Qt names this folder after the user, and the C library crashes if memory runs out while it looks up the
+    // user's name.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        SetVariable("XDG_RUNTIME_DIR",
+                    QFile::encodeName(QStringLiteral("%1/runtime-%2").arg(QDir::tempPath()).arg(geteuid())));
     // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);

@@ -34,8 +34,8 @@ struct OutputNaming {
 };
 
 /// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
-/// file name, without a slash, that ends in a TIFF suffix.
-QString FaultOfOutputPattern(const QString &pattern);
+/// file name, without a slash, that ends in one of the format's @p suffixes, in any case.
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
 
 /// Two pictures can have the same output, such as a.jpg and a.png of one folder, or two a.jpg with one output folder:
 /// the first one named gets it, even if it fails.

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -35,7 +36,7 @@ public:
         // System: names that are not UTF-8 and dangling links, which then fail with a reason.
         const QStringList files = dir.entryList(m_patterns, QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
-            if (m_sources.resultEnding.isEmpty() || !file.endsWith(m_sources.resultEnding))
+            if (!IsResult(file))
                 m_found->pictures.append({Joined(folder, file), subpath});
         }
         const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
@@ -47,6 +48,12 @@ public:
     }
 
 private:
+    bool IsResult(const QString &file) const
+    {
+        return std::any_of(m_sources.resultEndings.begin(), m_sources.resultEndings.end(),
+                           [&](const QString &ending) { return file.endsWith(ending); });
+    }
+
     const PictureSources &m_sources;
     const QStringList m_patterns;
     const QString m_outputFolder;

@@ -81,7 +81,7 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
 
 } // namespace
 
-QString FaultOfOutputPattern(const QString &pattern)
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes)
 {
     QString unknown;
     const QString filled = Filled(pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown);
@@ -91,9 +91,9 @@ QString FaultOfOutputPattern(const QString &pattern)
         return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
     if (pattern.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
-    const QString suffix = QFileInfo(filled).suffix().toLower();
-    if (suffix != QLatin1String("tif") && suffix != QLatin1String("tiff"))
-        return QStringLiteral("does not end in .tif or .tiff; outputs are TIFF files");
+    if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
+        return QStringLiteral("does not end in .%1, which the outputs are; --format chooses another format")
+            .arg(suffixes.join(QLatin1String(" or .")));
     return QString();
 }
 

@@ -22,6 +22,7 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures with a lens profile",
      "Corrects each PICTURE (%1) with a lens profile and\n"
      "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
+     "Other formats hold less: --format jpeg 8 bits, exr light instead of values; a line says what is lost.\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
      "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
      "replaces an existing file only with --overwrite.\n"
@@ -243,6 +244,29 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
     return QString();
 }
 
+QString FormatOf(const QCommandLineParser &parser)
+{
+    return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
+}
+
+/// Reads the names of outputs, with the suffix of their format. Results of earlier runs are recognized by the default
+/// or chosen ending, with the suffix of any format, unless a pattern was given.
+void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
+{
+    if (parser.isSet(QStringLiteral("output-name"))) {
+        options->outputs.pattern = parser.value(QStringLiteral("output-name"));
+        return;
+    }
+    const QString ending =
+        parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
+    const auto named = [&](const QString &format) {
+        return ending + QLatin1Char('.') + SuffixesOfFormat(format).value(0);
+    };
+    options->outputs.pattern = QStringLiteral("{name}") + named(FormatOf(parser));
+    for (const char *format : {"tiff", "jpeg", "png", "exr"})
+        options->pictures.resultEndings << named(Latin(format));
+}
+
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
@@ -253,12 +277,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.lensPath = parser.value(QStringLiteral("lens-path"));
     options.outputs.folder = parser.value(QStringLiteral("o"));
     options.pictures.outputFolder = options.outputs.folder;
-    if (parser.isSet(QStringLiteral("suffix")))
-        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
-    else if (parser.isSet(QStringLiteral("output-name")))
-        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
-    if (!parser.isSet(QStringLiteral("output-name"))) // otherwise results can't be recognized
-        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
+    ReadOutputNames(parser, &options);
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
@@ -286,6 +305,18 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     options.exif = parser.isSet(QStringLiteral("exif"));
     options.plain = parser.isSet(QStringLiteral("plain"));
     return options;
+}
+
+/// Returns a message about an option that the format of outputs doesn't have; empty if there is none.
+QString FindFormatFault(const QCommandLineParser &parser)
+{
+    const std::pair<const char *, const char *> needs[] = {{"quality", "jpeg"}, {"compression", "tiff"}};
+    for (const auto &[option, format] : needs) {
+        if (parser.isSet(Latin(option)) && FormatOf(parser) != Latin(format))
+            return QStringLiteral("--%1 is for --format %2, but the outputs are of format %3.")
+                .arg(Latin(option), Latin(format), FormatOf(parser));
+    }
+    return QString();
 }
 
 using Exclusions = QVector<std::pair<const char *, const char *>>;
@@ -448,9 +479,12 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     }
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
+    if (const QString fault = FindFormatFault(parser); !fault.isEmpty())
+        return Refuse(command, fault);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
+        !fault.isEmpty())
         return Refuse(command,
                       QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))

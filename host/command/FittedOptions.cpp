@@ -54,6 +54,24 @@ bool IsSource(const QString &text)
     return IsOneOf(text, {QStringLiteral("auto"), QStringLiteral("lcp"), QStringLiteral("lensfun")});
 }
 
+bool IsFormat(const QString &text)
+{
+    return !SuffixesOfFormat(text).isEmpty();
+}
+
+bool IsQuality(const QString &text)
+{
+    bool ok = false;
+    const int quality = text.toInt(&ok);
+    return ok && quality >= 1 && quality <= 100;
+}
+
+bool IsCompression(const QString &text)
+{
+    return IsOneOf(text,
+                   {QStringLiteral("none"), QStringLiteral("lzw"), QStringLiteral("deflate"), QStringLiteral("zstd")});
+}
+
 bool IsDistance(const QString &text)
 {
     return text == QLatin1String("inf") || IsAboveZero(text);
@@ -113,6 +131,15 @@ template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString
 }
 
 const Row kRows[] = {
+    {{"format", "NAME", "of the outputs: tiff (default), jpeg, png, exr"},
+     "Format",
+     IsFormat,
+     "tiff, jpeg, png or exr"},
+    {{"quality", "N", "of --format jpeg, 1 to 100; default: 92"}, "Quality", IsQuality, "a whole number from 1 to 100"},
+    {{"compression", "NAME", "of --format tiff: deflate (default), none, lzw, zstd"},
+     "Compression",
+     IsCompression,
+     "none, lzw, deflate or zstd"},
     {{"framing", "HOW", "fill (default), keep, all, or a zoom factor of 0.5 to 2"},
      "Framing",
      IsFraming,
@@ -171,6 +198,21 @@ QVector<FittedOptionRow> FittedOptionRows()
     for (const Row &row : kRows)
         rows.append(row.shown);
     return rows;
+}
+
+QStringList SuffixesOfFormat(const QString &format)
+{
+    const std::pair<QLatin1String, QStringList> rows[] = {
+        {QLatin1String("tiff"), {QStringLiteral("tiff"), QStringLiteral("tif")}},
+        {QLatin1String("jpeg"), {QStringLiteral("jpg"), QStringLiteral("jpeg")}},
+        {QLatin1String("png"), {QStringLiteral("png")}},
+        {QLatin1String("exr"), {QStringLiteral("exr")}},
+    };
+    for (const auto &[name, suffixes] : rows) {
+        if (format == name)
+            return suffixes;
+    }
+    return {};
 }
 
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options)

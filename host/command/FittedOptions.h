@@ -5,6 +5,7 @@
 
 #include <QPair>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 struct FittedOptions {
@@ -21,6 +22,9 @@ struct FittedOptionRow {
 
 /// Returns the options in the order of the help text.
 QVector<FittedOptionRow> FittedOptionRows();
+
+/// Returns the suffixes of files of a --format, without dot, the one of default names first; empty if it is none.
+QStringList SuffixesOfFormat(const QString &format);
 
 /// Stores the value of the option @p name, one of the rows, in @p options.
 /// @return a message if the value is invalid; empty otherwise.

@@ -29,6 +29,26 @@ install(FILES docs/host-guide.md DESTINATION share/doc/vitrelux)
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
+# Man pages and completion, written by the program itself.
+set(share_dir "${CMAKE_BINARY_DIR}/share")
+add_custom_command(OUTPUT "${share_dir}/man/man1/vitrelux.1.gz"
+    COMMAND packaging/write-share "${share_dir}" ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:vitrelux>"
+    DEPENDS vitrelux packaging/write-share
+    WORKING_DIRECTORY "${CMAKE_SOURCE_DIR}"
+    VERBATIM)
+add_custom_target(share ALL DEPENDS "${share_dir}/man/man1/vitrelux.1.gz")
+install(DIRECTORY "${share_dir}/man" "${share_dir}/bash-completion" "${share_dir}/fish" DESTINATION share)
+# Debian's zsh reads vendor-completions below /usr and site-functions below /usr/local.
+install(CODE "set(zsh_file \"${share_dir}/zsh/vendor-completions/_vitrelux\")")
+install(CODE [[
+if(CMAKE_INSTALL_PREFIX MATCHES "/usr$")
+    set(zsh_dir vendor-completions)
+else()
+    set(zsh_dir site-functions)
+endif()
+file(INSTALL "${zsh_file}" DESTINATION "${CMAKE_INSTALL_PREFIX}/share/zsh/${zsh_dir}")
+]])
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vitrelux)
 set(CPACK_PACKAGE_CONTACT "The Vitrelux authors <authors@vitrelux.example>")

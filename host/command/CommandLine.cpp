@@ -77,6 +77,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.plain = parser.isSet(QStringLiteral("plain"));
     options.dryRun = parser.isSet(QStringLiteral("dry-run"));
     options.json = parser.isSet(QStringLiteral("json"));
+    options.notify = parser.isSet(QStringLiteral("notify"));
     options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));

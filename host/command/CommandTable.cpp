@@ -109,6 +109,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"j", "jobs"}, "N", "N pictures in parallel; default: by CPUs and memory"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources", nullptr, true},
+    {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a notification of the desktop", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},

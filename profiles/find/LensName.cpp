@@ -21,7 +21,7 @@ double Number(const QRegularExpressionMatch &match, const char *group)
 /// Removes the first match of @p pattern from @p text.
 QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 {
-    const QRegularExpressionMatch match = pattern.match(*text);
+    const QRegularExpressionMatch match = Matched(pattern, *text);
     if (match.hasMatch())
         text->replace(match.capturedStart(), match.capturedLength(), QStringLiteral(" "));
     return match;
@@ -89,7 +89,7 @@ void AddCode(const QString &word, LensName *name)
     static const Pattern tamron(
         QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
     static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
-    const QRegularExpressionMatch line = sigma.match(word);
+    const QRegularExpressionMatch line = Matched(sigma, word);
     if (name->maker == QLatin1String("sigma") && line.hasMatch()) {
         const QChar letter = word.at(0);
         name->marks.insert(letter == QLatin1Char('a')       ? QStringLiteral("art")
@@ -100,8 +100,8 @@ void AddCode(const QString &word, LensName *name)
     }
     static const Pattern mount(
         QStringLiteral("(?<=^\\w\\d\\d|^\\d\\d\\d)n(ii)?$")); // "A16N", "A16NII" are A16 for Nikon
-    name->codes.insert(QString(word).remove(mount));
-    if (name->maker.isEmpty() && tamron.match(word).hasMatch())
+    name->codes.insert(word.left(word.size() - Matched(mount, word).capturedLength()));
+    if (name->maker.isEmpty() && Matched(tamron, word).hasMatch())
         name->maker = QStringLiteral("tamron");
 }
 
@@ -117,7 +117,7 @@ void AddWord(const QString &text, LensName *name)
     }
     if (const Mark *mark = FindMark(word))
         name->marks.insert(QLatin1String(mark->canonical ? mark->canonical : mark->word));
-    else if (code.match(word).hasMatch())
+    else if (Matched(code, word).hasMatch())
         AddCode(word, name);
     else if (!IsIdleWord(word) && FindMaker(word).isEmpty())
         name->words.insert(word);
@@ -134,14 +134,15 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
-/// Returns the factor in the part of a name that describes a converter, without trailing zeros; else that part.
+/// Returns the factor in the part of a name that describes a converter, without trailing zeros. If there is no factor,
+/// returns the part.
 QString ConverterOf(const QString &part)
 {
     static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
     static const Pattern code(QStringLiteral("\\b(?:tc|mc)-?(1[1-9]|20)(?!\\d{3})")); // "MC-14", "TC-20E", "TC-1401"
-    if (const QRegularExpressionMatch match = factor.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(factor, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble());
-    if (const QRegularExpressionMatch match = code.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(code, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble() / 10.0);
     return part.simplified();
 }
@@ -158,6 +159,7 @@ LensName ParseLensName(const QString &text)
     name.converter = ConverterOf(Take(converter, &rest).captured());
     TakeNumbers(&rest, &name);
     TakeRepeatedStop(&rest, name);
+    static_cast<void>(Matched(between, rest)); // throws without memory; split() would return the name as one word
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
@@ -186,7 +188,7 @@ QSet<QString> TellingWords(const LensName &name)
     return words;
 }
 
-/// Whether the words of a name without a maker, which may be an unknown maker's, are also in the other.
+/// Whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(TellingWords(unnamed));
@@ -338,7 +340,8 @@ bool LensName::IsBare() const
 QVector<LensName> ParseLensNames(const QString &text)
 {
     // Exiv2 writes "A | B", but also "35mm F1.4 DG HSM | Art 012".
-    static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\dmm|[fF]/?\\d))"));
+    static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\d\\s*mm|[fF]/?\\d))"));
+    static_cast<void>(Matched(either, text)); // throws without memory
     QVector<LensName> names;
     const QStringList parts = text.split(either, Qt::SkipEmptyParts);
     for (const QString &part : parts)

@@ -346,6 +346,8 @@ QVector<LensName> ParseLensNames(const QString &text)
     const QStringList parts = text.split(either, Qt::SkipEmptyParts);
     for (const QString &part : parts)
         names.append(ParseLensName(part));
+    for (LensName &name : names)
+        name.isAlternative = names.size() > 1;
     return names;
 }
 

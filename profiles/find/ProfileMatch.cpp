@@ -175,7 +175,8 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
     QVector<LensName> telling;
     for (const LensName &name : qAsConst(all)) {
         const bool lesser = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
-            return IsSubset(name, other) && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
+            return !(name.isAlternative && other.isAlternative) && IsSubset(name, other)
+                && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
         });
         if (!lesser)
             telling.append(name);
@@ -186,9 +187,9 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts)
 {
     for (const LensName &name : wanted) {
-        const bool fits = !name.IsBare() && name.HasFocal()
+        const bool fits = name.isAlternative && !name.IsBare() && name.HasFocal()
             && (!facts.focalMm.Known() || ContainsFocal(name.minFocalMm, name.maxFocalMm, facts.focalMm.value));
-        if (fits && !Agrees(name, found) && !IsSubset(found, name))
+        if (fits && !IsSameLens(name, found))
             return &name;
     }
     return nullptr;

@@ -261,6 +261,8 @@ void tst_ProfileMatch::sourcesInOrderOfTrust()
     QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
     std::swap(facts.lensNames[0], facts.lensNames[1]);
     QCOMPARE(Matcher().Match(zoom, facts).path, zoom[0].path);
+    facts.lensNames = {Known(Text("Canon EF 28-70mm f/2.8L USM | Canon EF 28-70mm f/2.8L USM II"))};
+    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
     // A mount in the profile's name implies its maker.
     facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
     QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());

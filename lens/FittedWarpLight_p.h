@@ -5,13 +5,9 @@
 #include "FittedWarpPlaces_p.h"
 
 #include <limits>
+#include <type_traits>
 
 namespace {
-
-VITRELUX_INLINE Float4 Same(float value)
-{
-    return Float4{value, value, value, value};
-}
 
 template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
@@ -81,23 +77,25 @@ template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
     return (any[0] | any[1]) != 0;
 }
 
-/// @p values for the colors of the pixels of a vector, @p alpha for their fourth lanes.
+template <typename Floats, int... kLane>
+VITRELUX_INLINE Floats ForPixels(Floats values, Floats alpha, std::integer_sequence<int, kLane...>)
+{
+    return __builtin_shufflevector(values, alpha, (kLane % 4 == 3 ? kLanesOf<Floats> : kLane / 4)...);
+}
+
+/// One of the @p values for the colors of each pixel of a vector, @p alpha for the fourth lanes. Reads a whole vector.
 template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
 {
-    if constexpr (sizeof(Floats) == sizeof(Float4))
-        return Floats{values[0], values[0], values[0], alpha};
-    else
-        return Floats{values[0], values[0], values[0], alpha, values[1], values[1], values[1], alpha};
+    return ForPixels(LoadVector<Floats>(values), Floats{} + alpha, LanesOf<Floats>());
 }
 
 /// The same by a formula instead of tables, for gains from 1 on.
 template <typename Floats> struct FormulaLight {
     VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
     {
-        const float values[] = {static_cast<float>(formula.offset), static_cast<float>(formula.offset)};
-        const float toes[] = {static_cast<float>(formula.toe), static_cast<float>(formula.toe)};
-        offset = ForPixels<Floats>(values, 0.0F);
-        toe = ForPixels<Floats>(toes, -std::numeric_limits<float>::infinity());
+        const Floats zero = {}, noToe = zero - std::numeric_limits<float>::infinity();
+        offset = ForPixels(zero + static_cast<float>(formula.offset), zero, LanesOf<Floats>());
+        toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
     /// Limited pixels of a vector. Not @p simple if one of their values passes the toe, which takes a power.
@@ -182,8 +180,11 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
     if (band.light.IsLinear())
         return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
                                  : StoreLinear<Floats, true>(block, samples, gain);
+    // At most eight lanes: compilers take ten times as long for masks of longer vectors.
+    using Float8 = float __attribute__((vector_size(32)));
+    using Masked = std::conditional_t<(kLanesOf<Floats> > 8), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
-        return StoreByFormula<Floats>(band, block, samples, gains);
+        return StoreByFormula<Masked>(band, block, samples, gains);
     const Light light(band.light);
     for (int i = 0; i < block.count; ++i)
         Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));

@@ -6,11 +6,8 @@
 #include <algorithm>
 #include <vector>
 
-#if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
-#define VITRELUX_FITTED_VECTORS 1
+#if VITRELUX_FITTED_VECTORS
 #include <immintrin.h>
-#else
-#define VITRELUX_FITTED_VECTORS 0
 #endif
 
 namespace {

@@ -16,6 +16,14 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
     return value < one ? value : one;
 }
 
+#if VITRELUX_FITTED_VECTORS
+/// The same in the two instructions that compilers don't find.
+template <> VITRELUX_INLINE Float4 Limited(Float4 value)
+{
+    return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));
+}
+#endif
+
 /// Maps colors through one table per channel. Arguments are at least 0 or NaN.
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
 {
@@ -69,6 +77,10 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
 
 template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
 {
+#if VITRELUX_FITTED_VECTORS
+    if constexpr (sizeof mask == sizeof(__m128))
+        return _mm_movemask_ps(LoadVector<__m128>(&mask)) != 0;
+#endif
     using Longs = std::int64_t __attribute__((vector_size(16)));
     Longs parts[sizeof mask / sizeof(Longs)], any = {};
     std::memcpy(parts, &mask, sizeof mask);

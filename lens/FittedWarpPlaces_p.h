@@ -16,6 +16,7 @@
 
 #if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
 #define VITRELUX_FITTED_VECTORS 1
+#include <immintrin.h>
 #else
 #define VITRELUX_FITTED_VECTORS 0
 #endif
@@ -185,24 +186,24 @@ struct Neighbors {
     alignas(64) std::int64_t corner[kBlockPixels]; // bytes from the picture's first pixel to that one, by FindCorners
 };
 
-/// Rounds down; |value| < 2^30. @p Floats tells the instruction set: all but the baseline's have one that rounds.
-template <typename Floats> VITRELUX_INLINE float Floor(float value)
+/// Rounds down; |value| <= 2^30. @p Floats tells the instruction set: all but the baseline's have one that rounds.
+template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (kLanesOf < Floats >> 4)
-        return std::floor(value);
-    const auto whole = static_cast<float>(static_cast<std::int32_t>(value));
-    return whole > value ? whole - 1.0F : whole;
+        return static_cast<std::int32_t>(std::floor(value));
+    const auto whole = static_cast<std::int32_t>(value);
+    return whole - static_cast<std::int32_t>(static_cast<float>(whole) > value);
 }
 
 template <typename Floats>
 VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Neighbors *neighbors)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
-        const float x = Floor<Floats>(places.x[i]), y = Floor<Floats>(places.y[i]);
-        neighbors->x[i] = static_cast<std::int32_t>(x) + block.x + i;
-        neighbors->y[i] = static_cast<std::int32_t>(y) + block.y;
-        neighbors->fx[i] = places.x[i] - x;
-        neighbors->fy[i] = places.y[i] - y;
+        const std::int32_t x = Floor<Floats>(places.x[i]), y = Floor<Floats>(places.y[i]);
+        neighbors->x[i] = x + block.x + i;
+        neighbors->y[i] = y + block.y;
+        neighbors->fx[i] = places.x[i] - static_cast<float>(x);
+        neighbors->fy[i] = places.y[i] - static_cast<float>(y);
     }
 }
 

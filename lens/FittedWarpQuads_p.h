@@ -3,10 +3,6 @@
 
 #include "FittedWarpSampling_p.h"
 
-#if VITRELUX_FITTED_VECTORS
-#include <immintrin.h>
-#endif
-
 namespace {
 
 /// The plain version, which defines the result.

@@ -39,7 +39,7 @@ template <typename Plane, typename Value> struct SharpScratch {
 template <typename Floats> VITRELUX_INLINE std::int32_t InPhases(float relative)
 {
     static_assert(FittedPlaces::kFar * SharpKernel::kPhases < 2147483648.0F);
-    return static_cast<std::int32_t>(Floor<Floats>(relative * SharpKernel::kPhases + 0.5F));
+    return Floor<Floats>(relative * SharpKernel::kPhases + 0.5F);
 }
 
 /// Returns 1 if the place @p phase (times SharpKernel::kPadded) after pixel @p whole is outside @p length pixels.

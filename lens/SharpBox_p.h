@@ -6,10 +6,6 @@
 #include <algorithm>
 #include <vector>
 
-#if VITRELUX_FITTED_VECTORS
-#include <immintrin.h>
-#endif
-
 namespace {
 
 /// Columns and rows of the source, ends included. They may lie outside the picture, whose edges repeat.

@@ -22,7 +22,7 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
 
 constexpr int kUnitRows = 64;
 
-/// Renders the band by @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
+/// Renders the band with @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
     const auto scratch = std::make_unique<typename Kind::Scratch>();

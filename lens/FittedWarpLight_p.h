@@ -1,5 +1,5 @@
-// Gains of FittedWarp: samples are multiplied in light, by a formula or by tables, and stored. Compiled once per
-// instruction set.
+// Gains of FittedWarp: converts samples to linear light by a formula or by tables, multiplies and stores them. Compiled
+// once per instruction set.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -47,7 +47,7 @@ VITRELUX_INLINE Float4 Magnitude(Float4 value)
     return value < Same(0.0F) ? -value : value;
 }
 
-/// Multiplier of the light of stored values; alpha stays.
+/// Multiplies the light of stored values; alpha is unchanged.
 struct Light {
     explicit Light(const TransferCurve &light)
         : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
@@ -95,7 +95,7 @@ VITRELUX_INLINE Floats ForPixels(Floats values, Floats alpha, std::integer_seque
     return __builtin_shufflevector(values, alpha, (kLane % 4 == 3 ? kLanesOf<Floats> : kLane / 4)...);
 }
 
-/// One of the @p values for the colors of each pixel of a vector, @p alpha for the fourth lanes. Reads a whole vector.
+/// Returns one value per pixel in its three color lanes, and @p alpha in its fourth. Reads a whole vector.
 template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
 {
     return ForPixels(LoadVector<Floats>(values), Floats{} + alpha, LanesOf<Floats>());
@@ -110,7 +110,8 @@ template <typename Floats> struct FormulaLight {
         toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
-    /// Limited pixels of a vector. Not @p simple if one of their values passes the toe, which takes a power.
+    /// Returns the pixels of a vector, multiplied and limited. Sets @p simple to false if a value passes the toe, which
+    /// takes a power.
     VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
@@ -194,7 +195,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
                                  : StoreLinear<Floats, true>(block, samples, gain);
     // At most eight lanes: compilers take ten times as long for masks of longer vectors.
     using Float8 = float __attribute__((vector_size(32)));
-    using Masked = std::conditional_t<(kLanesOf<Floats> > 8), Float8, Floats>;
+    using Masked = std::conditional_t<(sizeof(Floats) > sizeof(Float8)), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
         return StoreByFormula<Masked>(band, block, samples, gains);
     const Light light(band.light);

@@ -22,7 +22,7 @@
 #endif
 
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
-#define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
+#define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
 /// Arguments of one call of Render, as the loops need them. Rows are counted from the picture's first row.
 struct FittedWarp::Band {
@@ -65,7 +65,7 @@ struct Places {
     alignas(64) float y[kBlockPixels];
 };
 
-/// The factor of light, and its root for FittedPlaces::HasRoots. Whole vectors can be read from any pixel on.
+/// Factors of light, and their roots if FittedPlaces::HasRoots. Whole vectors can be read from any pixel on.
 struct Gains {
     static constexpr int kPadding = 16;
 
@@ -143,7 +143,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's places from the twin; far away where a map is folded.
+/// Gets each pixel's places from the twin; far away where a map folds.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -189,7 +189,7 @@ struct Neighbors {
 /// Rounds down; |value| <= 2^30. @p Floats tells the instruction set: all but the baseline's have one that rounds.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
-    if constexpr (kLanesOf < Floats >> 4)
+    if constexpr (sizeof(Floats) > sizeof(Float4))
         return static_cast<std::int32_t>(std::floor(value));
     const auto whole = static_cast<std::int32_t>(value);
     return whole - static_cast<std::int32_t>(static_cast<float>(whole) > value);

@@ -35,7 +35,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
     return sum * Float4{scale, scale, scale, 1.0F};
 }
 
-/// Mixes four pixels; @p at(right, down) returns the address of the one at these steps, 0 or 1.
+/// Interpolates between four pixels; @p at(right, down) returns the address of the pixel at these offsets, 0 or 1.
 template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
 {
     const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
@@ -52,7 +52,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band 
     });
 }
 
-/// Samples near the picture's edges, which repeat. Returns false if a row isn't in memory.
+/// Samples near the picture's edges, which are repeated. Returns false if a row isn't in memory.
 template <bool kAlpha>
 inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
 {

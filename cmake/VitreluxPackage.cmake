@@ -25,7 +25,7 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmak
 install(FILES "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" "${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmake"
         DESTINATION ${sdk_dir})
 install(FILES README.md DESTINATION share/doc/vitrelux)
-install(FILES docs/host-guide.md DESTINATION share/doc/vitrelux)
+install(FILES docs/host-guide.md docs/large-jobs.md DESTINATION share/doc/vitrelux)
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
@@ -62,7 +62,10 @@ endforeach()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS resources/desktop/vitrelux.desktop)
 install(FILES "${CMAKE_BINARY_DIR}/desktop/vitrelux-correct.desktop" DESTINATION share/applications)
 install(FILES "${CMAKE_BINARY_DIR}/desktop/vitrelux-servicemenu.desktop" DESTINATION share/kio/servicemenus)
-install(FILES packaging/file-managers/thunar-uca.xml DESTINATION share/doc/vitrelux/examples)
+install(PROGRAMS packaging/large-jobs/slurm-array DESTINATION share/doc/vitrelux/examples)
+install(FILES packaging/large-jobs/kubernetes-job.yaml packaging/large-jobs/vitrelux-watch.path
+              packaging/large-jobs/vitrelux-watch.service packaging/large-jobs/vitrelux-watch.timer
+              packaging/file-managers/thunar-uca.xml DESTINATION share/doc/vitrelux/examples)
 install(PROGRAMS packaging/file-managers/nautilus-script DESTINATION share/doc/vitrelux/examples)
 
 set(CPACK_GENERATOR DEB)

@@ -56,6 +56,29 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
     return QString();
 }
 
+QString FormatOf(const QCommandLineParser &parser)
+{
+    return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
+}
+
+/// Reads the names of outputs, with the suffix of their format. Results of earlier runs are recognized by the default
+/// or chosen ending, with the suffix of any format, unless a pattern was given.
+void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
+{
+    if (parser.isSet(QStringLiteral("output-name"))) {
+        options->outputs.pattern = parser.value(QStringLiteral("output-name"));
+        return;
+    }
+    const QString ending =
+        parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
+    const auto named = [&](const QString &format) {
+        return ending + QLatin1Char('.') + SuffixesOfFormat(format).value(0);
+    };
+    options->outputs.pattern = QStringLiteral("{name}") + named(FormatOf(parser));
+    for (const char *format : {"tiff", "jpeg", "png", "exr"})
+        options->pictures.resultEndings << named(Latin(format));
+}
+
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
@@ -66,12 +89,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.lensPath = parser.value(QStringLiteral("lens-path"));
     options.outputs.folder = parser.value(QStringLiteral("o"));
     options.pictures.outputFolder = options.outputs.folder;
-    if (parser.isSet(QStringLiteral("suffix")))
-        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
-    else if (parser.isSet(QStringLiteral("output-name")))
-        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
-    if (!parser.isSet(QStringLiteral("output-name"))) // otherwise results can't be recognized
-        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
+    ReadOutputNames(parser, &options);
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
@@ -102,6 +120,18 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
+/// Returns a message about an option that the format of outputs doesn't have; empty if there is none.
+QString FindFormatFault(const QCommandLineParser &parser)
+{
+    const std::pair<const char *, const char *> needs[] = {{"quality", "jpeg"}, {"compression", "tiff"}};
+    for (const auto &[option, format] : needs) {
+        if (parser.isSet(Latin(option)) && FormatOf(parser) != Latin(format))
+            return QStringLiteral("--%1 is for --format %2, but the outputs are of format %3.")
+                .arg(Latin(option), Latin(format), FormatOf(parser));
+    }
+    return QString();
+}
+
 using Exclusions = QVector<std::pair<const char *, const char *>>;
 
 /// Returns a message about two options that exclude each other; empty if there are none.
@@ -130,7 +160,7 @@ Exclusions ExclusionsOf(Verb verb)
     return exclusions;
 }
 
-/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
+/// Reads the options of fitted corrections. @return a message about the first wrong one; empty if there is none.
 QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
     const QVector<OptionRow> rows = FittedRows(verb);
@@ -143,7 +173,7 @@ QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *o
     return QString();
 }
 
-/// Returns what is wrong with the options of `profile`; empty if nothing is.
+/// Returns a message about wrong options of `profile`; empty if there are none.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     const QString exclusion = FindExclusion(parser,
@@ -238,11 +268,11 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (parser.isSet(QStringLiteral("help")))
         return PrintText(VerbHelp(verb, true));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
-        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
+        return Refuse(command, QStringLiteral("'%1' needs a non-empty value.").arg(empty));
     const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
     const bool isOptional = verb.operand[0] == '[';
     if (parser.positionalArguments().isEmpty() && !isListed && !isOptional)
-        return Refuse(command, QStringLiteral("no file given."));
+        return Refuse(command, QStringLiteral("no files given."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("a file name is empty."));
 
@@ -288,9 +318,12 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     }
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
+    if (const QString fault = FindFormatFault(parser); !fault.isEmpty())
+        return Refuse(command, fault);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
+        !fault.isEmpty())
         return Refuse(command,
                       QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))

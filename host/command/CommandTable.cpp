@@ -12,13 +12,14 @@ constexpr VerbRow kVerbs[] = {
     {Verb::Correct,
      "correct",
      "PICTURE...",
-     "correct pictures by a lens profile",
-     "Corrects each PICTURE by a lens profile or lensfun's database, and writes NAME_corrected.tiff next to it.\n\n"
-     "Reads %1. The output has the depth, color profile, EXIF, IPTC and XMP data of the picture. It appears only when "
+     "correct pictures with a lens profile",
+     "Corrects each PICTURE with a lens profile or lensfun's database, and writes NAME_corrected.tiff next to it.\n\n"
+     "Reads %1. The output has the depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats hold "
+     "less: --format jpeg 8 bits, exr light instead of values; a line says what is lost. The output appears only when "
      "it is complete, and replaces an existing file only with --overwrite.\n\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
      "requested but missing from the profile is a failure.\n\n"
-     "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it "
+     "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
      "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database "
      "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the "
      "camera, another program or an earlier run already corrected are skipped.\n\n"

@@ -101,7 +101,7 @@ void CorrectRun::RefuseRivals()
             continue;
         PictureReport report;
         report.picture = planned.asNamed;
-        report.why = QStringLiteral("its output \"%1\" is already that of \"%2\"").arg(planned.output, planned.rival);
+        report.why = QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
         Report(planned, report);
     }
 }

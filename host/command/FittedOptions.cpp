@@ -31,6 +31,13 @@ bool IsZoom(const QString &text)
     return IsNumber(text, kLeastZoom, kMostZoom);
 }
 
+bool IsQuality(const QString &text)
+{
+    bool ok = false;
+    const int quality = text.toInt(&ok);
+    return ok && quality >= 1 && quality <= 100;
+}
+
 bool IsText(const QString &text)
 {
     return !text.trimmed().isEmpty();
@@ -85,6 +92,16 @@ template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString
 }
 
 const Row kRows[] = {
+    {{"format", "NAME", "of the outputs: tiff (default), jpeg, png, exr", false, "tiff jpeg png exr", true},
+     "Format",
+     nullptr,
+     "tiff, jpeg, png or exr"},
+    {{"quality", "N", "of --format jpeg, 1 to 100; default: 92"}, "Quality", IsQuality, "a whole number from 1 to 100"},
+    {{"compression", "NAME", "of --format tiff: deflate (default), none, lzw, zstd", false, "none lzw deflate zstd",
+      true},
+     "Compression",
+     nullptr,
+     "none, lzw, deflate or zstd"},
     {{"framing", "HOW", "fill (default), keep, all, or a zoom of 0.5 to 2", false, "fill keep all"},
      "Framing",
      IsZoom,
@@ -107,7 +124,7 @@ const Row kRows[] = {
      nullptr,
      "auto, lcp or lensfun",
      TakeSource},
-    {{"again", nullptr, "correct even what was already corrected", false, nullptr, true},
+    {{"again", nullptr, "correct even pictures that already are", false, nullptr, true},
      "Again",
      nullptr,
      "",
@@ -155,6 +172,21 @@ QVector<FittedOptionRow> FittedOptionRows()
     for (const Row &row : kRows)
         rows.append(row.shown);
     return rows;
+}
+
+QStringList SuffixesOfFormat(const QString &format)
+{
+    const std::pair<QLatin1String, QStringList> rows[] = {
+        {QLatin1String("tiff"), {QStringLiteral("tiff"), QStringLiteral("tif")}},
+        {QLatin1String("jpeg"), {QStringLiteral("jpg"), QStringLiteral("jpeg")}},
+        {QLatin1String("png"), {QStringLiteral("png")}},
+        {QLatin1String("exr"), {QStringLiteral("exr")}},
+    };
+    for (const auto &[name, suffixes] : rows) {
+        if (format == name)
+            return suffixes;
+    }
+    return {};
 }
 
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options)

@@ -7,7 +7,7 @@
 #include <QStringList>
 
 struct PictureReport {
-    /// The result for the picture. Planned is that of a dry run.
+    /// The result for the picture. A dry run gives Planned.
     enum class Outcome { Corrected, Planned, Skipped, CorrectedBefore, Failed };
 
     QString picture; // as the user named it

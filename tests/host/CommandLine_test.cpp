@@ -23,7 +23,7 @@ private Q_SLOTS:
 
 namespace {
 
-/// A blank between words; "''" is an empty one.
+/// Splits a line at blanks; "''" is an empty word.
 QStringList Words(const QString &line)
 {
     return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());
@@ -61,6 +61,12 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --shard 1 a.jpg", "--shard I/N"},
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
+        {"correct --format gif a.jpg", "tiff, jpeg, png or exr"},
+        {"correct --format jpeg --quality 0 a.jpg", "1 to 100"},
+        {"correct --quality 90 a.jpg", "--quality is for --format jpeg"},
+        {"correct --format png --compression zstd a.jpg", "--compression is for --format tiff"},
+        {"correct --format jpeg --output-name {name}.tif a.jpg", ".jpg or .jpeg"},
+        {"correct --plain --format png a.jpg", "--plain and --format exclude"},
         {"report", "no file"},
         {"co\x1b[31mrrect a.jpg", "'co [31mrrect'"},
         {"info --plain --body D70 a.jpg", "--plain and --body exclude"},
@@ -70,7 +76,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
-        {"correct -o '' a.jpg", "not empty"},
+        {"correct -o '' a.jpg", "non-empty"},
         {"help corect", "unknown command 'corect'"},
         {"help --man --names", "exclude"},
         {"help --completion csh", "bash, zsh or fish"},

@@ -180,7 +180,7 @@ QVector<OptionGroup> GroupsOf(Verb verb)
             groups.last().rows.append(row);
     }
     if (verb == Verb::Correct)
-        groups.append({QStringLiteral("Fitting, not with --plain"), FittedRows(verb, false)});
+        groups.append({QStringLiteral("Result, not with --plain"), FittedRows(verb, false)});
     if (verb == Verb::Correct || verb == Verb::Info)
         groups.append({QStringLiteral("Facts that the metadata lack, not with --plain"), FittedRows(verb, true)});
     return groups;

@@ -59,7 +59,7 @@ function(vitrelux_layer name)
 endfunction()
 
 # vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those
-# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't understand.
+# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't support.
 add_custom_target(thread_tests)
 function(vitrelux_test name)
     cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})

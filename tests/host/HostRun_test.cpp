@@ -22,7 +22,7 @@ class HostRunTest : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
     void callsInOrder();
-    void recordHolds();
+    void recordHasChosenCorrections();
     void failsWithOneLine();
     void existingOutput();
     void replacedFile();
@@ -71,7 +71,7 @@ void HostRunTest::callsInOrder()
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
 }
 
-void HostRunTest::recordHolds()
+void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
         const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails

@@ -134,8 +134,8 @@ private Q_SLOTS:
     void backKeepsChoices();
     void choicesStayWithTheirPictures();
     void realPluginFits();
-    void speaksTheUsersLanguage_data();
-    void speaksTheUsersLanguage();
+    void usesTheUsersLanguage_data();
+    void usesTheUsersLanguage();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -432,7 +432,7 @@ void tst_Wizard::realPluginFits()
     m_wizard.reset(); // before the plug-in
 }
 
-void tst_Wizard::speaksTheUsersLanguage_data()
+void tst_Wizard::usesTheUsersLanguage_data()
 {
     QTest::addColumn<QString>("ofPlugin"); // what its description contains
     QTest::addColumn<QString>("ofWindow"); // and the window's title
@@ -449,7 +449,7 @@ void tst_Wizard::speaksTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-void tst_Wizard::speaksTheUsersLanguage()
+void tst_Wizard::usesTheUsersLanguage()
 {
     QFETCH(QString, ofPlugin);
     QFETCH(QString, ofWindow);

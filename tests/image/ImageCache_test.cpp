@@ -44,7 +44,7 @@ private Q_SLOTS:
     void smallerFromBigger();
     void sourcesOfVersions();
     void noRoomForDiskCopies();
-    void lentPixelsOutliveImage();
+    void lockedPixelsOutliveImage();
     void startWithHost();
 
 private:
@@ -221,7 +221,7 @@ void tst_ImageCache::noRoomForDiskCopies()
     QCOMPARE(image->LockFullSize(true)->bitsPerComponent(), ushort(16));
 }
 
-void tst_ImageCache::lentPixelsOutliveImage()
+void tst_ImageCache::lockedPixelsOutliveImage()
 {
     const QString path = WritePicture(Path(QStringLiteral("lent.png")), "png", 64, 48);
     const KImage *const lent = Picture(path)->LockFullSize(true);

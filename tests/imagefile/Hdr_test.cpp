@@ -61,7 +61,7 @@ void tst_Hdr::reads()
         {"as they are",
          File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7)),
          {0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f}},
-        {"black whatever its mantissas",
+        {"black regardless of its mantissas",
          File("", axes, Rgbe(9, 9, 9, -136) + Rgbe(0, 0, 1, -127)),
          {0, 0, 0, 0, 0, float(std::ldexp(1.0, -127))}},
         {"exposures", File(exposures, axes, Rgbe(128, 64, 0) + Rgbe(8, 8, 8, 0)), {0.0625f, 0.03125f, 0, 1, 1, 1}},

@@ -131,7 +131,7 @@ private Q_SLOTS:
     void readsWhatLibheifWrites();
     void orientations();
     void metadata();
-    void opacityThatIsNotTurned();
+    void opacityThatIsNotRotated();
     void damaged();
 };
 
@@ -218,7 +218,7 @@ void tst_Heif::metadata()
 }
 
 // As avifenc 0.11 writes it; libheif 1.15 believes that such opacity has another size.
-void tst_Heif::opacityThatIsNotTurned()
+void tst_Heif::opacityThatIsNotRotated()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});
     const int size = file.indexOf("ispe") + 8,

@@ -95,7 +95,7 @@ private Q_SLOTS:
     void atAnEntry();
     void frames_data();
     void frames();
-    void unknownTurn();
+    void unknownRotation();
     void unknownFrames();
     void parts();
     void blending();
@@ -258,7 +258,7 @@ void tst_Fit::frames()
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
 }
 
-void tst_Fit::unknownTurn()
+void tst_Fit::unknownRotation()
 {
     const FitResult fit = Fit(Profile({Entry()}), Facts({2000, 3000}), {});
     for (const char *text : {"the lens's center is assumed in the middle", "tangential terms are left out"})

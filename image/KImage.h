@@ -127,9 +127,15 @@ public:
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;
-    /// Writes the same file as Write of the whole picture, for "tiff" only. With a @p record it also gets the XMP of @p
-    /// metadataSource with these properties, and metadata for the edited picture (gflBitmapMarkEdited).
-    static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
+    struct FileForm {
+        QString format;          // "tiff", "jpeg", "png" or "exr"
+        int compression = -1;    // as in TranscodeCompression
+        int quality = -1;        // JPEG, 1 to 100, instead of compression; -1: by compression
+        bool halfFloats = false; // OpenEXR: floats of 16 bits
+    };
+    /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
+    /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.
+    static void WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                           const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
@@ -147,7 +153,7 @@ public:
     ///   | format    | number                                                          |
     ///   |-----------|-----------------------------------------------------------------|
     ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
-    ///   | tiff      | 2 LZW, 3 deflate, others none                                   |
+    ///   | tiff      | 2 LZW, 3 deflate, 50000 Zstandard, others none                  |
     ///   | exr       | 1 to 4 and 6 to 8: method number - 1; others PIZ                |
     ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);

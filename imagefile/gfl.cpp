@@ -145,6 +145,8 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const Ro
     options.metadata = &metadata;
     options.rows = rows;
     options.threads = SaveThreads();
+    options.thumbnail = (params.Flags & GFL_SAVE_THUMBNAIL) != 0;
+    options.halfFloats = (params.Flags & GFL_SAVE_HALF_FLOATS) != 0;
     options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
     return codec.Write(bitmap, options, sink);
 }

@@ -99,10 +99,11 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP and, with GFL_SAVE_ICC_PROFILE, its ICC
-/// profile, unless that is for another color space than the pixels'. OpenEXR and Radiance files are written without
-/// metadata. Depth and alpha are converted to what the format supports. The file is written next to the target and
-/// renamed when complete, so a failed save leaves an existing file unchanged. Follows symbolic links.
+/// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
+/// GFL_SAVE_ICC_PROFILE, unless that is for another color space than the pixels'. Radiance files are written without
+/// metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left out with a
+/// warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is written next to the
+/// target and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Fills @p data with rows @p firstRow to @p firstRow + @p rows - 1 of a picture, each @p bytesPerLine bytes after the
@@ -110,9 +111,10 @@ GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const 
 typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine,
                                  void *userData);
 
-/// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
-/// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
-/// thread, while other threads pack finished rows. Only for "tiff"; other formats give GFL_ERROR_BAD_PARAMETERS.
+/// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives
+/// its size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
+/// calling thread, while other threads pack finished rows of a TIFF. Only for "tiff", "jpeg", "png" and "exr";
+/// other formats give GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 

@@ -85,6 +85,8 @@ static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_P
 /// Bits of GFL_SAVE_PARAMS::Flags.
 enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
+    GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
+    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: floats of 16 bits, whatever the bitmap's depth
 };
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
@@ -94,7 +96,8 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///
 ///   | format    | numbers                                                             |
 ///   |-----------|---------------------------------------------------------------------|
-///   | tiff      | 0 none, 2 LZW, 4 deflate; others are GFL_ERROR_BAD_PARAMETERS       |
+///   | tiff      | 0 none, 2 LZW, 4 deflate, 50000 Zstandard (the number of libtiff);  |
+///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
 ///   | png       | level of zlib, 0 to 9; higher ones count as 9                       |
 ///   | hdri, psd | 0 none; others: run-length encoded rows                             |
 struct GFL_SAVE_PARAMS {

@@ -131,11 +131,12 @@ QString CorrectionsText(const FitResult &fit)
     return Names([&](const CorrectionRow &row) { return fit.*row.made; });
 }
 
-KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options)
+KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                                    const QString &mimeType)
 {
     const ProfileNames profile = NamesOf(fit);
     KImage::EditRecord record;
-    record.append({QStringLiteral("Xmp.dc.format"), QStringLiteral("image/tiff")});
+    record.append({QStringLiteral("Xmp.dc.format"), mimeType});
     AddOwn(fit, facts, options, profile, &record);
     AddCameraRaw(fit, facts, options, profile, &record);
     return record;

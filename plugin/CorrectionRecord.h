@@ -10,4 +10,6 @@ QString CorrectionsText(const FitResult &fit);
 /// Returns the XMP properties of the result (docs/fitting.md lists them): our own, by which a later run knows what was
 /// done, and those of camera raw settings, by which other programs do. Corrections that the source's XMP reports remain
 /// reported. Reads the profile's file for its digest.
-KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options);
+/// @param mimeType  of the result.
+KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                                    const QString &mimeType);

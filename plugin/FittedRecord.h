@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FitOptions.h"
+#include "ResultFile.h"
 
 #include <QDomElement>
 
@@ -20,6 +21,7 @@ struct FitReport {
 /// A record without this part is plain. Corrections and profile are fields of the record itself.
 struct FittedRecord {
     FitOptions options;
+    ResultFile file;                 // belongs to one picture: neither stored nor copied
     std::optional<FitReport> report; // none before the first run
 };
 

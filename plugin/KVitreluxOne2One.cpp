@@ -70,6 +70,11 @@ FitOptions InitialOptions(KIApplication *host, const QString &uid, const QDomEle
     });
 }
 
+ResultFile InitialFile(const QDomElement &element)
+{
+    return ReadResultFile([&](const QString &name) { return element.attribute(name); });
+}
+
 } // namespace
 
 KVitreluxOne2One::KVitreluxOne2One(QObject *parent) : QObject(parent), m_defaults(nullptr)
@@ -169,7 +174,7 @@ void *KVitreluxOne2One::AllocParameters(QDomElement element)
     if (!element.isNull())
         ReadElement(element, params);
     if (IsFitted(*this))
-        params->fitted = FittedRecord{InitialOptions(host, UID(), element), std::nullopt};
+        params->fitted = FittedRecord{InitialOptions(host, UID(), element), InitialFile(element), std::nullopt};
     return params;
 }
 
@@ -185,6 +190,8 @@ QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
     if (params->fitted) {
         fitted::Write(fitted::Options::All, params->fitted->options,
                       [&](const QString &name, const QString &text) { element.setAttribute(name, text); });
+        WriteResultFile(params->fitted->file,
+                        [&](const QString &name, const QString &text) { element.setAttribute(name, text); });
         if (params->fitted->report)
             fitted::Write(*params->fitted->report, &element);
     }

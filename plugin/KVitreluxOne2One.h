@@ -72,7 +72,8 @@ public:
 
     /// Corrects the image of @p fileName at full size to "<base>_corrected.tiff" next to it: a deflate-compressed TIFF
     /// of the source's depth, with four channels of 8 or 16 bits or three float channels, and with the source's ICC
-    /// profile, IPTC and EXIF. Throws KException; an existing file of that name is then unchanged.
+    /// profile, IPTC and EXIF. A fitted record's ResultFile chooses another format, with its suffix. Throws KException;
+    /// an existing file of that name is then unchanged.
     void Process(QString fileName, void *parameters, QString &outputFileName) override;
     void SetFiles(QStringList files) override;
     QDomElement GetFileXmlParams(QString file) override;

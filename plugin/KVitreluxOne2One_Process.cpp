@@ -18,10 +18,10 @@ namespace {
 
 constexpr int kInterpolated = 1; // mode of newLCP::Render
 
-QString CorrectedFileName(const QString &fileName)
+QString CorrectedFileName(const QString &fileName, const QString &suffix)
 {
     const QFileInfo info(fileName);
-    return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
+    return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.") + suffix;
 }
 
 /// A profile describes a landscape frame. Upright and square pictures are corrected as if they were rotated into it and
@@ -123,10 +123,10 @@ void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *paramet
 void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outputFileName)
 {
     KIImageDef *def = NeededHost().ImageDefOf(fileName);
-    outputFileName = CorrectedFileName(fileName);
+    auto &params = *static_cast<Params *>(parameters);
+    outputFileName = CorrectedFileName(fileName, params.fitted ? params.fitted->file.Suffix() : QStringLiteral("tiff"));
     if (!def)
         ThrowNotLoaded(fileName);
-    auto &params = *static_cast<Params *>(parameters);
     if (params.fitted)
         return ProcessFitted(fileName, def, params, outputFileName);
     KImage source;
@@ -146,5 +146,5 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
                                       static_cast<unsigned short>(isFloat ? GFL_RGB : GFL_RGBA), isFloat ? 32 : depth,
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
-    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+    KImage::WriteRows(rows, outputFileName, {QStringLiteral("tiff"), kDeflate}, fileName);
 }

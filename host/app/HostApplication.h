@@ -38,7 +38,8 @@ class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    /// As for QApplication: both must outlive this object, and Qt's options are removed from them.
+    /// As for QApplication: both must outlive this object, and Qt's options are removed from them. Don't catch
+    /// exceptions from here: if memory runs out, the destructors of half-made Qt objects crash.
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
@@ -77,7 +78,7 @@ public:
     /// From now on, images are described with thumbnails, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
-    QSettings &Settings() { return *m_settings; }
+    QSettings &Settings() { return m_settings; }
     /// Returns the reason, in one line, why settings files are ignored; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
     /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
@@ -96,7 +97,7 @@ private:
 
     bool m_isStopped = false;
     QString m_settingsProblem;
-    std::unique_ptr<QSettings> m_settings;
+    QSettings m_settings;
     QMutex m_settingsMutex;                        // plug-ins read on any thread
     QMutex m_mutex;                                // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name

@@ -33,9 +33,9 @@ struct OutputNaming {
     QString pattern = QStringLiteral("{name}_corrected.tiff");
 };
 
-/// Returns what is wrong with a pattern; empty if nothing is. It must give each picture of a folder a unique file name
-/// that has no slash and ends in a TIFF suffix.
-QString FaultOfOutputPattern(const QString &pattern);
+/// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
+/// file name, without a slash, that ends in one of the format's @p suffixes, in any case.
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
 /// one output folder, the first one gets it, even if it fails.

@@ -21,9 +21,9 @@ QVector<NamedPicture> Named(const QStringList &names);
 struct PictureSources {
     QStringList named; // pictures and, if recursive, folders
     bool recursive = false;
-    QString listFile;     // names of more pictures; "-": standard input; empty: no list
-    QString resultEnding; // walks omit files with this ending, such as "_corrected.tiff"; empty: none
-    QString outputFolder; // walks omit it; empty: none
+    QString listFile;          // names of more pictures; "-": standard input; empty: no list
+    QStringList resultEndings; // walks omit files with these endings, such as "_corrected.tiff"
+    QString outputFolder;      // walks omit it; empty: none
 };
 
 /// The pictures in the given order; those of a walked folder sorted by name, each folder's files before its folders. A

@@ -74,10 +74,13 @@ void RemoveAbandoned(const QString &parent)
     if (done.contains(parent))
         return;
     done.insert(parent);
-    const QString pattern = kPrefix + QString(kRandomPart.size(), QLatin1Char('?'));
-    QDirIterator found(parent, {pattern}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
-    while (found.hasNext())
-        RemoveIfAbandoned(found.next());
+    QDirIterator found(parent, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
+    while (found.hasNext()) {
+        found.next();
+        const QString name = found.fileName();
+        if (name.startsWith(kPrefix) && name.size() == kPrefix.size() + kRandomPart.size())
+            RemoveIfAbandoned(found.filePath());
+    }
 }
 
 } // namespace

@@ -29,6 +29,7 @@ private:
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
+    void Notify() const;
 
     const CorrectOptions &m_options;
     const QVector<PlannedPicture> m_plan;
@@ -39,4 +40,5 @@ private:
     std::mutex m_mutex; // guards the console and all members below
     int m_begun = 0;
     QMap<PictureReport::Outcome, int> m_counts;
+    QString m_firstProblem; // of a picture that was not corrected
 };

@@ -32,6 +32,8 @@ struct SaveOptions {
     const RowMaker *rows = nullptr;
     int threads = 1;
     bool lzwAllowed = false;
+    bool thumbnail = false;  // GFL_SAVE_THUMBNAIL
+    bool halfFloats = false; // GFL_SAVE_HALF_FLOATS
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 

@@ -1,9 +1,10 @@
 #include "color_transform.h"
 
+#include "color_engine.h"
+#include "memory_check.h"
 #include "pixel_form.h"
 
 #include <cmath>
-#include <lcms2.h>
 
 namespace imagefile {
 
@@ -11,17 +12,12 @@ namespace {
 
 constexpr double kSameWhite = 0.0005; // for chromaticities: D50 is written with three or four digits
 
-struct CloseProfile {
-    void operator()(void *profile) const { cmsCloseProfile(profile); }
-};
-using ProfilePtr = std::unique_ptr<void, CloseProfile>;
-
 // Returns null unless the bytes are a CMYK profile.
 ProfilePtr InkProfile(const Bytes &bytes)
 {
     if (bytes.empty())
         return nullptr;
-    ProfilePtr profile(cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    ProfilePtr profile = OpenProfile(bytes.data(), bytes.size());
     return profile && cmsGetColorSpace(profile.get()) == cmsSigCmykData ? std::move(profile) : nullptr;
 }
 
@@ -38,12 +34,15 @@ struct ColorTransform::Engine {
     static std::unique_ptr<Engine> Make(cmsHPROFILE from, cmsUInt32Number in, cmsUInt32Number out,
                                         cmsUInt32Number flags)
     {
-        const ProfilePtr to(cmsCreate_sRGBProfile());
+        const MemoryCheck memory;
+        const ProfilePtr to(cmsCreate_sRGBProfileTHR(ColorContext()));
         const bool keepsAlpha = T_EXTRA(in) != 0;
         const cmsHTRANSFORM transform = from && to
-            ? cmsCreateTransform(from, in, to.get(), out, INTENT_RELATIVE_COLORIMETRIC,
-                                 cmsFLAGS_BLACKPOINTCOMPENSATION | (keepsAlpha ? cmsFLAGS_COPY_ALPHA : 0u) | flags)
+            ? cmsCreateTransformTHR(ColorContext(), from, in, to.get(), out, INTENT_RELATIVE_COLORIMETRIC,
+                                    cmsFLAGS_BLACKPOINTCOMPENSATION | (keepsAlpha ? cmsFLAGS_COPY_ALPHA : 0u) | flags)
             : nullptr;
+        if (!transform)
+            memory.Require();
         return transform ? std::make_unique<Engine>(transform) : nullptr;
     }
 
@@ -85,7 +84,7 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
         }
         m_lab.resize(3);
     }
-    const ProfilePtr from(cmsCreateLab4Profile(nullptr));
+    const ProfilePtr from(cmsCreateLab4ProfileTHR(ColorContext(), nullptr));
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
     // No table instead of Lab's formula: its errors would be visible in the shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);

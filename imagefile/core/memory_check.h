@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <new>
+#include <string>
 
 namespace imagefile {
 
@@ -18,5 +19,14 @@ public:
             throw std::bad_alloc();
     }
 };
+
+/// Returns the text of a value of Exiv2, which writes it to a stream: without memory that loses a part of it.
+template <class Value> std::string WholeText(const Value &value)
+{
+    const MemoryCheck memory;
+    std::string text = value.toString();
+    memory.Require();
+    return text;
+}
 
 } // namespace imagefile

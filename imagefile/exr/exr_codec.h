@@ -1,6 +1,7 @@
 // Shared by the files of the OpenEXR codec.
 #pragma once
 
+#include "core/bytes.h"
 #include "core/codec.h"
 
 namespace imagefile {
@@ -18,12 +19,15 @@ namespace imagefile {
 /// If the file has none of these, the first layer that has them is used. Values are linear and delivered as stored.
 Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadExrPixels(const Source &source, RowSink *rows);
+/// Reads the XMP packet that WriteExr stores; empty if there is none or the header is damaged.
+Bytes ReadExrXmp(const Source &source);
 
-/// Writes scan lines; metadata is neither written nor read. SaveOptions::compression is OpenEXR's number, default PIZ:
+/// Writes scan lines, with the metadata that the header has attributes for (exr_metadata.h). SaveOptions::compression
+/// is OpenEXR's number, default PIZ:
 ///
 ///   | number | method          | stored                                                 |
 ///   |--------|-----------------|--------------------------------------------------------|
-///   | 0 to 4 | none, RLE, ZIPS, ZIP, PIZ | half for 8-bit pictures, otherwise float; lossless |
+///   | 0 to 4 | none, RLE, ZIPS, ZIP, PIZ | half for 8-bit pictures or SaveOptions::halfFloats, else float |
 ///   | 5      | PXR24           | as above, floats cut to 24 bits: errors below 2^-16 of a value |
 ///   | 6, 7   | B44, B44A       | half: errors below 2^-11 of a value, and blocks of 4 x 4 pixels in 6-bit steps |
 ///   | 8, 9   | DWAA, DWAB      | half, lossy (DCT)                                      |

@@ -8,6 +8,7 @@
 #include <ImfInputFile.h>
 #include <ImfRgbaFile.h>
 #include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
 #include <ImfTileDescription.h>
 #include <ImfVersion.h>
 #include <ImfXdr.h>
@@ -355,6 +356,20 @@ Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info)
     if (dpi > 0.0f && dpi < 65535.0f)
         info->Xdpi = info->Ydpi = static_cast<std::uint16_t>(std::lround(dpi));
     return Status::Ok();
+}
+
+Bytes ReadExrXmp(const Source &source)
+{
+    Bytes xmp;
+    static_cast<void>(Caught([&] {
+        ExrLayout layout;
+        if (Status status = ReadHeaders(source, &layout); !status)
+            return status;
+        if (const auto *packet = layout.header.findTypedAttribute<Imf::StringAttribute>("xmp"))
+            xmp.assign(packet->value().begin(), packet->value().end());
+        return Status::Ok();
+    }));
+    return xmp;
 }
 
 Status ReadExrPixels(const Source &source, RowSink *rows)

@@ -1,5 +1,6 @@
 #include "exif_carry.h"
 
+#include "core/memory_check.h"
 #include "core/tiff_directory.h"
 #include "note_place.h"
 
@@ -122,7 +123,7 @@ Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint3
 bool CannotBeRebuilt(const Exiv2::ExifData &exif, const Bytes &note, std::uint32_t place)
 {
     const Exiv2::Exifdatum *order = Find(exif, kOrderKey);
-    return NeedsItsPlace(note, place, order && order->toString() == "MM");
+    return NeedsItsPlace(note, place, order && WholeText(*order) == "MM");
 }
 
 Bytes EncodeAnywhere(const Exiv2::ExifData &exif)

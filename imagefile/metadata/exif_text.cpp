@@ -2,6 +2,7 @@
 #include "exif_lists.h"
 
 #include "core/decimal.h"
+#include "core/memory_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -97,7 +98,7 @@ std::string ResolutionUnit(const Exiv2::Value &value)
 
 std::string Direction(const Exiv2::Value &value)
 {
-    std::string text = value.toString();
+    std::string text = WholeText(value);
     constexpr std::pair<char, const char *> kNames[] = {{'N', "North"}, {'S', "South"}, {'E', "East"},
                                                         {'W', "West"},  {'T', "True"},  {'M', "Magnetic"}};
     for (const auto &[letter, name] : kNames)
@@ -144,21 +145,21 @@ std::string Plain(const Exiv2::Value &value)
 {
     switch (value.typeId()) {
     case Exiv2::asciiString: {
-        std::string text = value.toString();
+        std::string text = WholeText(value);
         text.resize(std::min(text.find('\0'), text.size()));
         text.resize(text.find_last_not_of(' ') + 1); // cameras pad names with blanks
         return text;
     }
     case Exiv2::undefined:
     case Exiv2::unsignedByte:
-        return value.size() > kMaxListedBytes ? '(' + std::to_string(value.size()) + " bytes)" : value.toString();
+        return value.size() > kMaxListedBytes ? '(' + std::to_string(value.size()) + " bytes)" : WholeText(value);
     case Exiv2::unsignedRational:
     case Exiv2::signedRational:
     case Exiv2::tiffFloat:
     case Exiv2::tiffDouble:
         return Decimals(value);
     default:
-        return value.toString();
+        return WholeText(value);
     }
 }
 

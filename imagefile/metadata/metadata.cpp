@@ -106,12 +106,21 @@ Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
     return iptc;
 }
 
+Bytes XmpPacket(Exiv2::Image &image)
+{
+    const XmpWriting use; // Exiv2 writes the packet
+    const MemoryCheck memory;
+    const std::string &packet = image.xmpPacket();
+    memory.Require();
+    return Bytes(packet.begin(), packet.end());
+}
+
 void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
 {
     if (image.iccProfileDefined())
         metadata->icc.assign(image.iccProfile()->pData_, image.iccProfile()->pData_ + image.iccProfile()->size_);
     metadata->iptc = ReadIptc(source, image);
-    metadata->xmp.assign(image.xmpPacket().begin(), image.xmpPacket().end());
+    metadata->xmp = XmpPacket(image);
     if (metadata->xmp.empty())
         metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
     std::swap(metadata->exif, image.exifData());
@@ -138,6 +147,7 @@ void StartExiv2()
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
         Exiv2::enableBMFF(true); // Canon CR3
         try {
+            const MemoryReserve reserve;
             Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
         } catch (...) { // don't retry: after a failed start, the XMP toolkit believes that it is running and crashes
@@ -159,7 +169,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     Exiv2::XmpData xmp;
     StartExiv2();
     const Listening listening;
-    const std::shared_lock lock(XmpNamespaces());
+    const XmpReading use;
     const MemoryCheck memory;
     try {
         const Exiv2::ByteOrder order =
@@ -216,7 +226,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
-        const std::shared_lock lock(XmpNamespaces());
+        const XmpReading use;
         if (image.get() != nullptr) { // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
             memory.Require(); // Exiv2 leaves out XMP that its toolkit had no memory for

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "core/bytes.h"
+#include "core/memory_reserve.h"
 #include "core/source.h"
 
 #include <exiv2/exiv2.hpp>
+#include <mutex>
 #include <shared_mutex>
 
 namespace imagefile {
@@ -43,6 +45,15 @@ void StartExiv2();
 /// Guards Exiv2's table of XMP namespaces. Reading a packet adds new namespaces under Exiv2's own lock, but writing a
 /// packet iterates over the table without it. So hold this lock shared while reading and exclusively while writing.
 std::shared_mutex &XmpNamespaces();
+
+/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied for lack of
+/// memory, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
+template <class Lock> struct XmpUse {
+    const MemoryReserve reserve;
+    const Lock lock{XmpNamespaces()};
+};
+using XmpReading = XmpUse<std::shared_lock<std::shared_mutex>>;
+using XmpWriting = XmpUse<std::unique_lock<std::shared_mutex>>;
 
 /// Returns the metadata of a bitmap; null if it has none.
 const Metadata *MetadataOf(const GFL_BITMAP *bitmap);

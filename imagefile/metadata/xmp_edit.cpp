@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
 #include <string_view>
 
 namespace imagefile {
@@ -60,7 +59,7 @@ bool IsOfFile(const Exiv2::Xmpdatum &datum)
 bool SaysApplied(const Exiv2::XmpData &xmp)
 {
     const auto found = xmp.findKey(Exiv2::XmpKey("Xmp.crs.AlreadyApplied"));
-    const std::string text = found == xmp.end() ? std::string() : found->toString();
+    const std::string text = found == xmp.end() ? std::string() : WholeText(*found);
     return text == "True" || text == "true" || text == "1";
 }
 
@@ -99,7 +98,7 @@ void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
 Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
-    const std::unique_lock lock(XmpNamespaces());
+    const XmpWriting use;
     const MemoryCheck memory;
     try {
         if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
@@ -116,7 +115,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 /// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
-    const std::shared_lock lock(XmpNamespaces());
+    const XmpReading use;
     const MemoryCheck memory;
     bool isRead = false;
     try {

@@ -326,7 +326,8 @@ QString FoldedLensName(const QString &text)
         return all;
     }();
     for (const auto &spelling : spellings)
-        folded.replace(spelling.first, spelling.second);
+        if (Matched(spelling.first, folded).hasMatch())
+            folded.replace(spelling.first, spelling.second);
     return folded;
 }
 

@@ -1,8 +1,20 @@
 // Words of lens names: spellings, makers, and the marks that distinguish versions.
 #pragma once
 
+#include <QRegularExpression>
 #include <QSet>
 #include <QString>
+
+#include <new>
+
+/// Like QRegularExpression::match, but throws std::bad_alloc where that would return no match for lack of memory.
+inline QRegularExpressionMatch Matched(const QRegularExpression &pattern, const QString &text)
+{
+    QRegularExpressionMatch match = pattern.match(text);
+    if (!match.isValid())
+        throw std::bad_alloc();
+    return match;
+}
 
 enum class Group {
     Generation,

@@ -137,8 +137,9 @@ void FittedRunTest::records()
     QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
     picture.close();
     for (const bool isDry : {true, false}) {
-        const ProgramResult result = Run("correct --json --keep-time --suffix -x -j 1 -o out --lens-path lenses "_s
-                                         + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+        const ProgramResult result =
+            Run("correct --json --keep-time --suffix -x --format jpeg -j 1 -o out --lens-path lenses "_s
+                + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
         QCOMPARE(result.exitCode, 1);
         QStringList outcomes;
         const QList<QByteArray> lines = result.output.trimmed().split('\n');
@@ -152,14 +153,14 @@ void FittedRunTest::records()
         }
         QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
         const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.tiff"_s));
+        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.jpg"_s));
         QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
         QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
         QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
         QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
         QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
     }
-    QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
+    QCOMPARE(QFileInfo(Path("out/named-x.jpg"_s)).lastModified(), taken);
 }
 
 /// A run leaves a record by which later runs and other programs recognize the correction.

@@ -28,11 +28,12 @@ constexpr double kRounded = 1.01 / 65535; // single precision may round a half i
 constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the greatest channel
 
 const Format kFormats[] = {
-    {"tiff", 0, true, true, true, true, true, kExact},        {"tiff", 2, true, true, true, true, true, kExact},
-    {"tiff", 4, true, true, true, true, true, kExact},        {"png", 0, true, false, true, true, true, kRounded},
-    {"png", -1, true, false, true, true, true, kRounded},     {"png", 99, true, false, true, true, true, kRounded},
-    {"psd", 0, true, true, true, true, true, kExact},         {"psd", -1, true, true, true, true, true, kExact},
-    {"hdri", 0, false, true, false, false, false, kMantissa}, {"hdri", -1, false, true, false, false, false, kMantissa},
+    {"tiff", 0, true, true, true, true, true, kExact},         {"tiff", 2, true, true, true, true, true, kExact},
+    {"tiff", 50000, true, true, true, true, true, kExact},     {"tiff", 4, true, true, true, true, true, kExact},
+    {"png", 0, true, false, true, true, true, kRounded},       {"png", -1, true, false, true, true, true, kRounded},
+    {"png", 99, true, false, true, true, true, kRounded},      {"psd", 0, true, true, true, true, true, kExact},
+    {"psd", -1, true, true, true, true, true, kExact},         {"hdri", 0, false, true, false, false, false, kMantissa},
+    {"hdri", -1, false, true, false, false, false, kMantissa},
 };
 
 QStringList Everything(const QString &folder)
@@ -326,9 +327,11 @@ void tst_Writing::generatedRows()
         Maker maker = {bitmap->Data, end, 0};
         return gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
     };
-    for (int compression : {0, 2, 4}) {
-        const Case named("compression", compression);
-        const GFL_SAVE_PARAMS params = SaveParams("tiff", compression);
+    const std::pair<const char *, int> forms[] = {{"tiff", 0},  {"tiff", 2}, {"tiff", 4}, {"tiff", 50000},
+                                                  {"jpeg", -1}, {"png", 1},  {"exr", 3}};
+    for (const auto &[format, compression] : forms) {
+        const Case named(format, compression);
+        const GFL_SAVE_PARAMS params = SaveParams(format, compression);
         gflSetThreads(1);
         const QByteArray alone = SavedBytes(*bitmap, params);
         for (int threads : {1, 2, 5}) {
@@ -343,7 +346,7 @@ void tst_Writing::generatedRows()
         }
         gflSetThreads(0);
     }
-    QCOMPARE(save(3001, SaveParams("png")), int(GFL_ERROR_BAD_PARAMETERS));
+    QCOMPARE(save(3001, SaveParams("psd")), int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 

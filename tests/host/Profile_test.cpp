@@ -299,6 +299,7 @@ void tst_Profile::pictureBetweenEntries()
     QCOMPARE(entries.size(), 2);
     const double weight = WeightOfOther(24, 35, 28);
     for (const QJsonValue &value : entries) {
+        const Case named("entry", value["entry"_s].toInt());
         const bool isLonger = value["entry"_s].toInt() == 3;
         QVERIFY(isLonger || value["entry"_s].toInt() == 2);
         QVERIFY(std::abs(value["weight"_s].toDouble() - (isLonger ? weight : 1.0 - weight)) < 1e-9);

@@ -282,6 +282,7 @@ void tst_Fit::unknownFrames()
     bare.model = QStringLiteral("THING");
     bare.sensorFormatFactor = 0.0;
     for (const ProfileEntry &one : {entry, bare}) {
+        const Case named("profile of", one.model);
         PictureFacts facts = Facts();
         facts.model = Known(QStringLiteral("SMALL"));
         const FitResult fit = Fit(Profile({one}), facts, {});
@@ -447,6 +448,7 @@ void tst_Fit::choices()
         return parts;
     };
     for (int i : {0, 1}) {
+        const Case named(i == 0 ? "geometry" : "light");
         QStringList want = expected.section(QLatin1Char('|'), i, i).split(QLatin1Char(' '), Qt::SkipEmptyParts);
         want.sort();
         QCOMPARE(written(i == 0 ? fit.geometryEntries : fit.lightEntries), want);
@@ -479,6 +481,7 @@ void tst_Fit::lensfunFrames()
     };
     const CorrectionTwin whole(fit({6000, 4000}).correction);
     for (const QSize &size : {QSize(6000, 3376), QSize(4000, 4000)}) {
+        const Case named(size);
         const FitResult cut = fit(size);
         QVERIFY2(cut.assumed.contains(QStringLiteral("cut from the middle of a frame of 1.50 : 1")),
                  qPrintable(cut.assumed.join(QLatin1Char('\n')) + cut.why));

@@ -282,13 +282,12 @@ void tst_Fit::unknownFrames()
     bare.model = QStringLiteral("THING");
     bare.sensorFormatFactor = 0.0;
     for (const ProfileEntry &one : {entry, bare}) {
-        const Case named("profile of", one.model);
         PictureFacts facts = Facts();
         facts.model = Known(QStringLiteral("SMALL"));
         const FitResult fit = Fit(Profile({one}), facts, {});
         QVERIFY2(fit.why.endsWith(QLatin1String("the frame that the profile was made from is unknown")),
                  qPrintable(fit.why));
-        QVERIFY(!fit.correction.ChangesAnything());
+        QVERIFY2(!fit.correction.ChangesAnything(), qPrintable(one.model));
     }
 }
 
@@ -492,8 +491,7 @@ void tst_Fit::lensfunFrames()
         QVERIFY(std::hypot(part.green.x + left - same.green.x, part.green.y + top - same.green.y) < 0.01);
         QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
     }
-    QVERIFY(
-        fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("rotated in an unknown direction")));
+    QVERIFY(fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("rotated in an unknown")));
 }
 
 void tst_Fit::leftOut_data()

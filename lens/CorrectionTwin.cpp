@@ -7,7 +7,7 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-constexpr double kMostGain = 16.0;
+constexpr double kMaxGain = 16.0;
 
 /// Applies @p map to @p from and updates the distance to the map's end in @p places.
 Point Mapped(const RadialMap &map, const Point &from, SourcePlaces *places)
@@ -26,7 +26,7 @@ double GainAt(const GainMap &map, const Point &at, SourcePlaces *places)
 {
     const double dx = at.x - map.centerX, dy = at.y - map.centerY, squared = dx * dx + dy * dy;
     places->toEnd = std::min(places->toEnd, std::sqrt(map.gain.EndSquared()) - std::sqrt(squared));
-    return std::clamp(map.gain.AtSquared(squared), 1.0, kMostGain); // the cubic overshoots steep nodes
+    return std::clamp(map.gain.AtSquared(squared), 1.0, kMaxGain); // the cubic overshoots steep nodes
 }
 
 Point Framed(const Correction &correction, double x, double y)

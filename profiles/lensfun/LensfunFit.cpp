@@ -122,7 +122,7 @@ private:
         if (task.quantity == Quantity::Light && m_curves.light) {
             const Curve light = *m_curves.light;
             to.light = TabulateGain(
-                m_center, [light](double radius) { return std::log2(std::max(light(radius), kLeastLight)); },
+                m_center, [light](double radius) { return std::log2(std::max(light(radius), kMinLight)); },
                 FarthestRadius(m_facts.pixels, m_center, 1.0), task.amount);
             return true;
         }

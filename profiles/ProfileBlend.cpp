@@ -68,7 +68,7 @@ RadialMap ProfileBlend::Geometry(const BlendParts &of, bool byGreen, Projection 
         }
         return sum;
     };
-    return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, kLeastZoom), end, amount);
+    return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, kMinZoom), end, amount);
 }
 
 RadialMap ProfileBlend::Color(const BlendParts &of, std::optional<ProfileModel> ProfileEntry::*color,

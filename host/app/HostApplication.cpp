@@ -115,7 +115,7 @@ QtMessageHandler g_otherMessages;
 /// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    constexpr int kMostMessages = 20;
+    constexpr int kMaxMessages = 20;
     static std::atomic<int> count{0};
     if (type == QtFatalMsg && text.contains(QLatin1String("platform plugin"))) {
         std::fputs("vitrelux: cannot start: Qt's platform plug-in \"offscreen\" cannot be loaded\n", stderr);
@@ -123,9 +123,9 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
         return; // the fatal message explains it
-    if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
+    if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
-    if (++count == kMostMessages)
+    if (++count == kMaxMessages)
         g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are omitted"));
     else
         g_otherMessages(type, context, text);

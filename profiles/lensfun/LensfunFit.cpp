@@ -109,7 +109,7 @@ private:
         Correction &to = m_result.correction;
         if (task.quantity == Quantity::Geometry && (m_curves.distortion || m_curves.imageHeight)) {
             const GeometryCurve geometry = GeometryOf(m_curves, m_options.projection);
-            to.geometry = Map(geometry.factor, kLeastZoom, geometry.end, task.amount);
+            to.geometry = Map(geometry.factor, kMinZoom, geometry.end, task.amount);
             return true;
         }
         if (task.quantity == Quantity::Color && (m_curves.red || m_curves.blue)) {

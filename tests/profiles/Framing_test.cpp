@@ -44,7 +44,7 @@ void tst_Framing::fillLeavesNothingEmpty()
         QVERIFY2(fit.distortion, qPrintable(fit.why));
         const QByteArray name = QByteArray::number(i);
         Correction correction = fit.correction;
-        if (fit.zoom == kLeastZoom || fit.zoom == kMostZoom) {
+        if (fit.zoom == kMinZoom || fit.zoom == kMaxZoom) {
             ++bounded;
             continue;
         }

@@ -86,7 +86,7 @@ static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_P
 enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
     GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
-    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: floats of 16 bits, whatever the bitmap's depth
+    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: 16-bit floats, regardless of the bitmap's depth
 };
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).

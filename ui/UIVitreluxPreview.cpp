@@ -51,7 +51,7 @@ public:
         : m_def(def), m_size(size), m_image(def->Lock(size.width, size.height, /*nativeDepth=*/true))
     {
         if (!m_image)
-            KThrow("Invalid Bitmap"); // nothing was lent, so nothing is returned
+            KThrow("Invalid Bitmap"); // nothing was locked, so nothing is unlocked
     }
     ~ReducedLock() { m_def->Unlock(m_size.width, m_size.height, /*nativeDepth=*/true); }
     ReducedLock(const ReducedLock &) = delete;
@@ -65,7 +65,7 @@ private:
     KImage *m_image;
 };
 
-/// Corrections that plain runs can make with a profile.
+/// Returns the corrections that plain runs can make with a profile.
 Corrections HeldPlain(const QString &fileName)
 {
     bool ok = false; // also for a file that can't be opened
@@ -73,7 +73,7 @@ Corrections HeldPlain(const QString &fileName)
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// Corrections that fitted runs can make, with any entry in any spelling.
+/// Returns the corrections that fitted runs can make with any entry, in any RDF spelling.
 Corrections HeldFitted(const QString &fileName)
 {
     Corrections held = {};
@@ -102,7 +102,7 @@ UIVitreluxPreview::UIVitreluxPreview(KVitreluxOne2One *process, QWidget *parent)
     ui->setupUi(this);
     StartWaitAnimation();
     ui->lineEditLensPath->setText(m_process->LensPath());
-    // Updated but hidden: the user sees only the row with the profile's file.
+    // These are updated but hidden: the user sees only the row with the profile's file.
     for (QWidget *hidden :
          {static_cast<QWidget *>(ui->label), static_cast<QWidget *>(ui->lineEditLensPath),
           static_cast<QWidget *>(ui->toolButtonLensPath), static_cast<QWidget *>(ui->label_2),
@@ -147,8 +147,9 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     auto image = std::make_unique<KImage>();
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
-    image->ToQImage(source); // before the swap: if it fails, the old image stays alive, which the worker may be reading
-    m_image.swap(image);     // the old one stays alive until the worker has the new one
+    image->ToQImage(
+        source);         // before the swap: if it fails, the old image, which the worker may be reading, stays alive
+    m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;
     m_params->scale = float(size.scale);
@@ -193,7 +194,7 @@ void UIVitreluxPreview::updateLCPfilename()
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
     ui->labelLensMessage->setText(message);
     ui->comboBoxLensProfile->clear();
-    for (const QString &profile : profiles) // the first one becomes current, and so the record's profile
+    for (const QString &profile : profiles) // the first one becomes current, and thus the record's profile
         ui->comboBoxLensProfile->addItem(QFileInfo(profile).completeBaseName(), profile);
 }
 
@@ -293,7 +294,7 @@ void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 
 // --- Switches ---
 
-/// Enables the boxes. A checked box can always be unchecked, whatever the profile contains.
+/// Enables the boxes. A checked box can always be unchecked, regardless of the profile's content.
 void UIVitreluxPreview::EnableBoxes(const Corrections &held)
 {
     for (const auto &[box, isHeld] :
@@ -411,7 +412,8 @@ void UIVitreluxPreview::paintEvent(QPaintEvent *)
     if (ui->m_cbPreview->isChecked())
         shown.setLeft(place.left() + (place.right() - place.left() + 1) / 2);
     painter.setClipRect(shown, Qt::ReplaceClip);
-    painter.fillRect(shown, palette().window()); // the corrected picture has transparent borders: cover the other one
+    painter.fillRect(
+        shown, palette().window()); // the corrected picture has transparent borders, which must not show the other one
     painter.drawPixmap(place.topLeft(), m_resultPixmap);
 }
 

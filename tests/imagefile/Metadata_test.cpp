@@ -483,7 +483,7 @@ void tst_Metadata::metadataList()
         {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
         {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
         {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
-        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the file's prefix
+        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // regardless of the file's prefix
         {"a.jpg", "LibRaw.Make", ""},
         {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
         {"a.cr3", "Exif.Image.Orientation", "6|right, top"},

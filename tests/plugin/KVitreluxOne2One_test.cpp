@@ -504,7 +504,7 @@ void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
     written.ID_Read(output, /*nativeDepth=*/true);
     QCOMPARE(int(written.type()), depth > 16 ? int(GFL_RGB) : int(GFL_RGBA));
     QCOMPARE(int(written.bitsPerComponent()), depth);
-    if (type == GFL_GREY && depth == 16) { // whose alpha no step of the conversion fills
+    if (type == GFL_GREY && depth == 16) { // no step of the conversion sets its alpha
         quint16 alpha;
         std::memcpy(&alpha, written.getData(400, 400) + 6, sizeof alpha);
         QCOMPARE(int(alpha), 65535);

@@ -207,7 +207,7 @@ void tst_Fit::frames_data()
     row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
     row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
     row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
-    row("both tell the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
+    row("both give the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
     row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
     row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "middle of a frame of 1.50");
     row("square", {2000, 2000}, none, 3000, 1.0, false, "middle of a frame of 1.50");

@@ -159,7 +159,7 @@ struct GFL_XMP_DATA {
 };
 static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
 
-/// Bit of GFL_IPTC_ENTRY::Id: Value holds hexadecimal digits, because the bytes contain a zero.
+/// Bit of GFL_IPTC_ENTRY::Id: Value is hexadecimal digits, because the bytes contain a zero.
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {

@@ -18,7 +18,7 @@ struct Source {
     const char *key, *name;
 };
 
-// Keys that may hold a fact, the most trustworthy first.
+// Keys that may contain a fact, the most trustworthy first.
 constexpr Source kMakes[] = {{"Exif.Image.Make", "EXIF Make"}, {"LibRaw.Make", "LibRaw"}};
 constexpr Source kModels[] = {{"Exif.Image.Model", "EXIF Model"}, {"LibRaw.Model", "LibRaw"}};
 constexpr Source kLensMakes[] = {{"Exif.Photo.LensMake", "EXIF LensMake"}, {"LibRaw.LensMake", "LibRaw"}};

@@ -212,7 +212,7 @@ void tst_Profile::grid()
 void tst_Profile::check_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QByteArray>("said"); // a line begins so, after the file's name; empty: nothing is said
+    QTest::addColumn<QByteArray>("said"); // the start of a line after the file's name; empty: no message
     QTest::addColumn<int>("exitCode");
     const QByteArray sound = Bent(kFrame + Setting(50, 3, 3)), at24 = kFrame + Setting(24, 3, 3);
     const auto row = [](const char *name, const QList<QByteArray> &entries, const char *said, int exitCode = 0) {

@@ -70,7 +70,7 @@ Exiv2::ExifData CommonExif(const char *make)
     exif["Exif.Image.XResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.YResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.ResolutionUnit"] = uint16_t(2);
-    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't carried, so that everything else moves
+    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't copied, so that everything else moves
     exif["Exif.Image.Artist"] = "J\xC3\xBCrgen";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(10, 2500);
     exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10);

@@ -239,7 +239,7 @@ void tst_Profile::check_data()
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
         ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
-    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the picture that it was made from");
+    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
     row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
         ":5: error: entry 2: a lens model without coefficients");
     row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},

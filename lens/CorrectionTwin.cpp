@@ -50,7 +50,7 @@ SourcePlaces CorrectionTwin::At(double x, double y) const
     return places;
 }
 
-bool CorrectionTwin::Holds(const Point &place) const
+bool CorrectionTwin::Contains(const Point &place) const
 {
     return place.x >= -kBorderPixels && place.x <= m_correction.width - 1 + kBorderPixels && place.y >= -kBorderPixels
         && place.y <= m_correction.height - 1 + kBorderPixels; // false for NaN
@@ -58,7 +58,7 @@ bool CorrectionTwin::Holds(const Point &place) const
 
 bool CorrectionTwin::IsEmpty(const SourcePlaces &places) const
 {
-    return places.folded || !Holds(places.red) || !Holds(places.green) || !Holds(places.blue);
+    return places.folded || !Contains(places.red) || !Contains(places.green) || !Contains(places.blue);
 }
 
 bool CorrectionTwin::LeavesEmpty() const

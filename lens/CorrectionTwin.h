@@ -38,7 +38,7 @@ public:
     bool LeavesEmpty() const;
 
 private:
-    bool Holds(const SourcePlaces::Point &place) const;
+    bool Contains(const SourcePlaces::Point &place) const;
 
     Correction m_correction;
 };

@@ -59,7 +59,7 @@ public:
 
 private:
     /// Whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs rounding.
-    bool Holds(const Point &place) const
+    bool Contains(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
     }
@@ -74,7 +74,7 @@ private:
     {
         return std::all_of(m_points.begin(), m_points.end(), [&](const Point &pixel) {
             const SourcePlaces places = PlacesOf(pixel, zoom);
-            return !places.folded && Holds(places.red) && Holds(places.green) && Holds(places.blue);
+            return !places.folded && Contains(places.red) && Contains(places.green) && Contains(places.blue);
         });
     }
 

@@ -66,7 +66,7 @@ private:
 };
 
 /// Returns the corrections that plain runs can make with a profile.
-Corrections HeldPlain(const QString &fileName)
+Corrections PlainCorrections(const QString &fileName)
 {
     bool ok = false; // also for a file that can't be opened
     const newLCP profile(fileName, ok);
@@ -74,15 +74,15 @@ Corrections HeldPlain(const QString &fileName)
 }
 
 /// Returns the corrections that fitted runs can make with any entry, in any RDF spelling.
-Corrections HeldFitted(const QString &fileName)
+Corrections FittedCorrections(const QString &fileName)
 {
-    Corrections held = {};
+    Corrections supported = {};
     for (const ProfileEntry &entry : ReadLensProfile(fileName, nullptr).entries) {
-        held.distortion |= entry.geometry.has_value();
-        held.chromatic |= entry.redGreen || entry.blueGreen;
-        held.vignetting |= entry.vignette.has_value();
+        supported.distortion |= entry.geometry.has_value();
+        supported.chromatic |= entry.redGreen || entry.blueGreen;
+        supported.vignetting |= entry.vignette.has_value();
     }
-    return held;
+    return supported;
 }
 
 QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
@@ -164,7 +164,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         m_sourcePixmap = FittedToFrame(m_sourceImage);
         updateLCPfilename();
     }
-    EnableBoxes(m_held.value(m_params->lcpFilename, kAllCorrections));
+    EnableBoxes(m_supported.value(m_params->lcpFilename, kAllCorrections));
     computePreview();
 }
 
@@ -233,16 +233,16 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
     ShowProfile(fileName);
-    const Corrections held = m_params->fitted ? HeldFitted(fileName) : HeldPlain(fileName);
-    m_held.insert(fileName, held);
-    if (!m_params->fitted || !held.distortion) // plain: by each choice
-        ui->m_cbDistortion->setChecked(false); // unchecking clears the record's flag
-    if (!held.chromatic)
+    const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
+    m_supported.insert(fileName, supported);
+    if (!m_params->fitted || !supported.distortion) // plain: by each choice
+        ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
+    if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
-    if (!held.vignetting)
+    if (!supported.vignetting)
         ui->m_cbVignetting->setChecked(false);
-    EnableBoxes(held);
-    if (held.Any())
+    EnableBoxes(supported);
+    if (supported.Any())
         computePreview();
     else
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
@@ -295,11 +295,11 @@ void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 // --- Switches ---
 
 /// Enables the boxes. A checked box can always be unchecked, regardless of the profile's content.
-void UIVitreluxPreview::EnableBoxes(const Corrections &held)
+void UIVitreluxPreview::EnableBoxes(const Corrections &supported)
 {
     for (const auto &[box, isHeld] :
-         {std::make_pair(ui->m_cbDistortion, held.distortion), std::make_pair(ui->m_cbCA, held.chromatic),
-          std::make_pair(ui->m_cbVignetting, held.vignetting)})
+         {std::make_pair(ui->m_cbDistortion, supported.distortion), std::make_pair(ui->m_cbCA, supported.chromatic),
+          std::make_pair(ui->m_cbVignetting, supported.vignetting)})
         box->setEnabled(isHeld || box->isChecked());
 }
 

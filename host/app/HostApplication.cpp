@@ -265,8 +265,8 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 {
     {
         const QMutexLocker locker(&m_mutex);
-        const auto found = m_lentInstead.find(fileName);
-        if (found != m_lentInstead.end())
+        const auto found = m_usedInstead.find(fileName);
+        if (found != m_usedInstead.end())
             return found->second;
     }
     return ImageOf(fileName);
@@ -302,13 +302,13 @@ void HostApplication::ForgetImages()
     m_pictures.clear();
 }
 
-void HostApplication::LendInstead(const QString &fileName, KIImageDef *image)
+void HostApplication::UseInstead(const QString &fileName, KIImageDef *image)
 {
     const QMutexLocker locker(&m_mutex);
     if (image)
-        m_lentInstead[fileName] = image;
+        m_usedInstead[fileName] = image;
     else
-        m_lentInstead.erase(fileName);
+        m_usedInstead.erase(fileName);
 }
 
 HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdapter adapt)

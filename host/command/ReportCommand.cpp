@@ -104,7 +104,7 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
     return reports;
 }
 
-QString SumOfReports(const QVector<PictureReport> &all)
+QString SummaryOfReports(const QVector<PictureReport> &all)
 {
     const QVector<PictureReport> reports = OnePerPicture(all);
     QMap<PictureReport::Outcome, int> outcomes;
@@ -136,6 +136,6 @@ ExitCode RunReport(const ReportOptions &options, Console *console)
             result = kSomeFailed;
         }
     }
-    console->Print(SumOfReports(reports));
+    console->Print(SummaryOfReports(reports));
     return result;
 }

@@ -260,7 +260,7 @@ void tst_Wizard::reportsTheResultOfEach()
     const QStringList rows = Rows("results");
     QCOMPARE(rows[0], "good.jpg|Corrected: profile \"found.lcp\""_s + fit);
     QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
-    QVERIFY(rows[2].contains("exists already"_s));
+    QVERIFY(rows[2].contains("already exists"_s));
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);

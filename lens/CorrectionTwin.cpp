@@ -7,7 +7,7 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-constexpr double kMostGain = 16.0;
+constexpr double kMaxGain = 16.0;
 
 double EndOf(const std::optional<RadialMap> &map)
 {
@@ -31,7 +31,7 @@ double GainAt(const GainMap &map, double end, const Point &at, SourcePlaces *pla
 {
     const double dx = at.x - map.centerX, dy = at.y - map.centerY, squared = dx * dx + dy * dy;
     places->toEnd = std::min(places->toEnd, end - std::sqrt(squared));
-    return std::clamp(map.gain.AtSquared(squared), 1.0, kMostGain); // the cubic overshoots steep nodes
+    return std::clamp(map.gain.AtSquared(squared), 1.0, kMaxGain); // the cubic overshoots steep nodes
 }
 
 Point Framed(const Correction &correction, double x, double y)
@@ -64,7 +64,7 @@ SourcePlaces CorrectionTwin::At(double x, double y) const
     return places;
 }
 
-bool CorrectionTwin::Holds(const Point &place) const
+bool CorrectionTwin::Contains(const Point &place) const
 {
     return place.x >= -kBorderPixels && place.x <= m_correction.width - 1 + kBorderPixels && place.y >= -kBorderPixels
         && place.y <= m_correction.height - 1 + kBorderPixels; // false for NaN
@@ -72,7 +72,7 @@ bool CorrectionTwin::Holds(const Point &place) const
 
 bool CorrectionTwin::IsEmpty(const SourcePlaces &places) const
 {
-    return places.folded || !Holds(places.red) || !Holds(places.green) || !Holds(places.blue);
+    return places.folded || !Contains(places.red) || !Contains(places.green) || !Contains(places.blue);
 }
 
 bool CorrectionTwin::LeavesEmpty() const

@@ -38,7 +38,7 @@ public:
     bool LeavesEmpty() const;
 
 private:
-    bool Holds(const SourcePlaces::Point &place) const;
+    bool Contains(const SourcePlaces::Point &place) const;
 
     Correction m_correction;
     double m_geometryEnd, m_redEnd, m_blueEnd, m_lightEnd; // radii up to which maps and their tables reach

@@ -2,7 +2,7 @@
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
-// whatever the target has; each lane gives the same bits everywhere.
+// the target's instructions; each lane gives the same bits everywhere.
 #pragma once
 
 #include "FittedPlaces.h"

@@ -64,7 +64,7 @@ void LeaveOutColor(FitResult *fit)
         fit->why = note;
 }
 
-/// Returns what the result's format can't hold of the picture.
+/// Returns the properties of the picture that the result's format can't store.
 QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, int sourceBits)
 {
     QStringList lost;

@@ -18,7 +18,7 @@ struct Source {
     const char *key, *name;
 };
 
-// Keys that may hold a fact, the most trustworthy first.
+// Keys that may contain a fact, the most trustworthy first.
 constexpr Source kMakes[] = {{"Exif.Image.Make", "EXIF Make"}, {"LibRaw.Make", "LibRaw"}};
 constexpr Source kModels[] = {{"Exif.Image.Model", "EXIF Model"}, {"LibRaw.Model", "LibRaw"}};
 constexpr Source kLensMakes[] = {{"Exif.Photo.LensMake", "EXIF LensMake"}, {"LibRaw.LensMake", "LibRaw"}};
@@ -216,8 +216,8 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
         facts->orientation = static_cast<Orientation>(orientation);
     const double width = metadata.Number("Exif.Photo.PixelXDimension");
     const double height = metadata.Number("Exif.Photo.PixelYDimension");
-    constexpr double kMostPixels = 1 << 20;
-    if (!(width >= 1.0 && width <= kMostPixels && height >= 1.0 && height <= kMostPixels))
+    constexpr double kMaxPixels = 1 << 20;
+    if (!(width >= 1.0 && width <= kMaxPixels && height >= 1.0 && height <= kMaxPixels))
         return;
     facts->original = {QSize(static_cast<int>(width), static_cast<int>(height)),
                        QStringLiteral("EXIF PixelXDimension")};

@@ -1,14 +1,15 @@
 #include "ProfileMatch.h"
 
+#include "PictureFrame.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
 namespace {
 
-constexpr double kMostFrameRatio = 1.04; // a profile has no data outside its frame
-constexpr double kFocalShare = 0.02;     // EXIF rounds focal lengths
-constexpr double kStopShare = 0.06;      // ... and f-numbers to thirds of a stop, "3.5" for 3.6
+constexpr double kFocalShare = 0.02; // EXIF rounds focal lengths
+constexpr double kStopShare = 0.06;  // ... and f-numbers to thirds of a stop, "3.5" for 3.6
 
 enum class Body { Other, SameMaker, Same };
 
@@ -335,7 +336,7 @@ private:
         if (factor <= 0.0)
             return QStringLiteral("made on another camera, of unknown sensor size");
         const double ratio = factor / m_pictureFactor;
-        return ratio <= kMostFrameRatio
+        return ratio <= kMaxFrameRatio
             ? QString()
             : QStringLiteral("made on a smaller sensor, which shows only %1 % of the field").arg(qRound(100.0 / ratio));
     }

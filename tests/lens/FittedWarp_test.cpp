@@ -432,8 +432,10 @@ void tst_FittedWarp::badCurves()
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (const std::vector<std::vector<double>> &curves :
-         std::vector<std::vector<std::vector<double>>>{{}, {{0.5}}, {{0, 0}}, {{1, 0}}, {{0, nan}}, {{0, 1}, {0, 1}}})
+         std::vector<std::vector<std::vector<double>>>{{}, {{0.5}}, {{0, 0}}, {{1, 0}}, {{0, nan}}, {{0, 1}, {0, 1}}}) {
+        const Case named(curves);
         QVERIFY(!TransferCurve::FromSamples(curves));
+    }
     // Flat at both ends: black and white are unchanged, and nothing in between gets darker.
     const TransferCurve level = *TransferCurve::FromSamples({{0.1, 0.1, 0.6, 0.4, 0.6, 0.6}});
     Correction correction;
@@ -443,8 +445,10 @@ void tst_FittedWarp::badCurves()
     const Pixels source = Made(101, 1, [](int x, int) { return x / 100.0; });
     const FittedWarp warp(correction, Sampling::Bilinear, level, {});
     const Pixels got = Rendered(warp, source, kBaseline);
-    for (int x = 0; x < 101; ++x)
+    for (int x = 0; x < 101; ++x) {
+        const Case named("column", x);
         QVERIFY(got.At(x, 0, 0) >= source.At(x, 0, 0) && got.At(x, 0, 0) < source.At(x, 0, 0) + 0.21F);
+    }
     QCOMPARE(got.At(0, 0, 0), 0.0F);
     // Steep between two nodes: the cubic would leave 1 to 16.
     correction.light->gain = RadialCurve(16.0, {1.0, 1.0, 16.0, 16.0, 1.0, 1.0});

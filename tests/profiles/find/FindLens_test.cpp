@@ -160,8 +160,8 @@ private Q_SLOTS:
     void cleanupTestCase() { KImage::exit(); }
     void amongDecoys();
     void inLensfun();
-    void nearNamesInLensfun_data();
-    void nearNamesInLensfun();
+    void similarNamesInLensfun_data();
+    void similarNamesInLensfun();
 
 private:
     PictureFacts Facts(const Row &row) const
@@ -264,7 +264,7 @@ void tst_FindLens::inLensfun()
     Verify(faults);
 }
 
-void tst_FindLens::nearNamesInLensfun_data()
+void tst_FindLens::similarNamesInLensfun_data()
 {
     QTest::addColumn<QString>("camera"); // "MAKE/MODEL"
     QTest::addColumn<double>("focalMm");
@@ -281,7 +281,7 @@ void tst_FindLens::nearNamesInLensfun_data()
     QTest::newRow("ZEISS Batis 2/40") << sony << 40.0 << QString();
 }
 
-void tst_FindLens::nearNamesInLensfun()
+void tst_FindLens::similarNamesInLensfun()
 {
     QFETCH(QString, camera);
     QFETCH(double, focalMm);

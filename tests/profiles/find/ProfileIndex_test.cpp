@@ -1,4 +1,5 @@
 // Tests of ProfileIndex.h: fields of a profile's head, the cache between runs, and damaged files.
+#include "Case.h"
 #include "ProfileIndex.h"
 
 #include "PictureFit.h"
@@ -176,6 +177,7 @@ void tst_ProfileIndex::readsAgainWhatFailedToOpen()
     Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
     QCOMPARE(::rename((path + "/a.lcp").constData(), latin1.constData()), 0);
     for (int scan = 0; scan < 2; ++scan) {
+        const Case named("scan", scan);
         ProfileIndex index(file);
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), QStringList{QStringLiteral("error")});
@@ -256,6 +258,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         return index.Scan({folder.path()}) && Lenses(index) == lenses;
     };
     for (int round = 0; round < 20; ++round) {
+        const Case named("round", round);
         pid_t programs[2];
         for (pid_t &program : programs) {
             program = fork();

@@ -128,10 +128,10 @@ int main(int argc, char **argv)
 {
     // File names are UTF-8 in any locale: under the "C" locale of a cron job Qt would lose all non-ASCII letters.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // Exceeding a file size limit is then an error of one picture and doesn't end the program.
+    // Exceeding a file size limit is then an error for one picture and doesn't end the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // A library may end the program, as libgomp does where it finds no memory for its threads. At a normal exit there
-    // is no folder to remove.
+    // A library may end the program, as libgomp does if it has no memory for its threads. At a normal exit there is no
+    // folder to remove.
     std::atexit([] { InterruptGuard::RemoveFolders(); });
     // Nothing catches exceptions here, so that the terminate handler runs where they are thrown: many objects of Qt
     // crash in their destructors if memory runs out while they are constructed.

@@ -17,7 +17,7 @@ namespace {
 // Longer values, such as tables and blocks, are listed by their length.
 constexpr long kMaxListedBytes = 1024;
 
-// Exiv2 translates its output. While an instance lives, this thread's language is English.
+// Exiv2 translates its output. While an instance exists, this thread's language is English.
 class EnglishThread {
 public:
     EnglishThread()

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source around it: lower bands repeat that work.
+// Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = 64;
 
 bool HasAlpha(const KImage &image)
@@ -29,20 +29,24 @@ FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage
     : m_picture(source),
       m_source(source),
       m_splitsColors(plan.fit.correction.red || plan.fit.correction.blue),
-      m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source))
+      m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source)),
+      m_file(plan.file),
+      m_values(plan.values)
 {
+    m_values.flattens = !m_file.HasAlpha() && (HasAlpha(source) || m_warp.LeavesEmpty());
 }
 
 unsigned short FittedBands::ResultType() const
 {
     const bool isGray = m_picture.type() == GFL_GREY && !m_splitsColors;
-    return HasAlpha(m_picture) || m_warp.LeavesEmpty() ? GFL_RGBA : isGray ? GFL_GREY : GFL_RGB;
+    const bool hasAlpha = m_file.HasAlpha() && (HasAlpha(m_picture) || m_warp.LeavesEmpty());
+    return hasAlpha ? GFL_RGBA : isGray ? GFL_GREY : GFL_RGB;
 }
 
 int FittedBands::ResultBits() const
 {
     const int bits = m_picture.bitsPerComponent();
-    return bits <= 8 ? 8 : bits <= 16 ? 16 : 32;
+    return m_file.Bits(bits <= 8 ? 8 : bits <= 16 ? 16 : 32);
 }
 
 void FittedBands::Fill(KImage &rows, int firstRow)
@@ -63,6 +67,7 @@ void FittedBands::MakeBand(int firstRow)
         m_band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     m_firstRow = firstRow;
     Render(m_band, firstRow);
+    m_values.Apply(&m_band);
 }
 
 void FittedBands::FillFloat(KImage &image)

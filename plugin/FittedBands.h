@@ -4,25 +4,32 @@
 #include "Fit.h"
 #include "FittedWarp.h"
 #include "FloatRows.h"
+#include "ResultFile.h"
+#include "ResultValues.h"
 
 /// A correction as decided before pixels are read.
 struct FittedPlan {
     FitResult fit;
     TransferCurve light; // of the picture's values; used only for the gain
     PictureFacts facts;
+    ResultFile file;
+    ResultValues values; // of the file
 };
 
-/// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and are
+/// Renders bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they are
 /// converted while they are in the caches. One thread at a time.
 class FittedBands {
 public:
     /// @p source must outlive the object and have the correction's size.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
-    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB.
+    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. Without
+    /// alpha if the file can't have it.
     unsigned short ResultType() const;
-    /// Returns the source's depth: 8, 16, or 32 for float.
+    /// Returns the source's depth as the file holds it: 8, 16, or 32 for float.
     int ResultBits() const;
+    /// Returns whether pixels are made opaque: their colors are then blended onto black.
+    bool Flattens() const { return m_values.flattens; }
 
     /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on.
     void Fill(KImage &rows, int firstRow);
@@ -37,6 +44,8 @@ private:
     FloatRows m_source;
     bool m_splitsColors;
     FittedWarp m_warp;
+    ResultFile m_file;
+    ResultValues m_values;
     KImage m_band; // rows from m_firstRow on
     int m_firstRow = 0;
 };

@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Redirects standard output to standard error during its life.
+/// Redirects standard output to standard error while it exists.
 class OutputAside {
 public:
     OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
@@ -68,13 +68,13 @@ void SwitchAnalyticsOff()
 
 void StartKernels()
 {
-    const OutputAside aside; // the tool kernel prints remarks about processors there; ours is for results
+    const OutputAside aside; // the tool kernel prints remarks about processors to standard output, which is for results
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
 
-/// The description of a file that isn't a picture: it has size 0 and provides no pixels. Lending by the kernel would
-/// add it to the image cache, which would own it too.
+/// The description of a file that isn't a picture: it has size 0 and provides no pixels. The kernel's Lock would add it
+/// to the image cache, which would own it too.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -110,9 +110,9 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Filters Qt's messages. At every start Qt warns about a runtime folder that is missing or belongs to another user, as
-/// under cron and sudo; nothing here uses it. Of other messages, such as one per damaged line of a file, the first ones
-/// are enough.
+/// Filters Qt's messages. At every start Qt warns if the runtime folder is missing or belongs to another user, as under
+/// cron and sudo; nothing here uses that folder. Of other messages, such as one per damaged line of a file, only the
+/// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMostMessages = 20;
@@ -211,8 +211,8 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers make records too, so access is locked. Separate objects would reread the file each time, and Qt crashes
-    // if memory runs out while it makes one.
+    // Workers create records too, so access is locked. Separate objects would read the file each time, and Qt crashes
+    // if memory runs out while it creates one.
     const QVariant value = [&] {
         const QMutexLocker locker(&m_settingsMutex);
         return m_settings.value(SettingPath(uid, key), defaultValue);

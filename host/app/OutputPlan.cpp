@@ -18,8 +18,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". After a link to a folder, ".." is not the folder in the name: such
-/// names use the folder's canonical name; otherwise they would lead to another file.
+/// Returns an absolute name without "." and "..". After a link to a folder, ".." isn't the parent in the name, so such
+/// names are resolved by the folder's canonical name.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -39,7 +39,7 @@ const Field kFields[] = {
     {QLatin1String("folder"), [](const QFileInfo &picture) { return QFileInfo(picture.path()).fileName(); }},
 };
 
-/// Replaces each {field}. @param unknown  set to the first one that is none.
+/// Replaces each {field}. @param unknown  set to the first unknown field.
 QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknown = nullptr)
 {
     QString filled;
@@ -81,7 +81,7 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
 
 } // namespace
 
-QString FaultOfOutputPattern(const QString &pattern)
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes)
 {
     QString unknown;
     const QString filled = Filled(pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown);
@@ -91,9 +91,9 @@ QString FaultOfOutputPattern(const QString &pattern)
         return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
     if (pattern.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
-    const QString suffix = QFileInfo(filled).suffix().toLower();
-    if (suffix != QLatin1String("tif") && suffix != QLatin1String("tiff"))
-        return QStringLiteral("does not end in .tif or .tiff, which the outputs are");
+    if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
+        return QStringLiteral("does not end in .%1, which the outputs are; --format chooses another format")
+            .arg(suffixes.join(QLatin1String(" or .")));
     return QString();
 }
 

@@ -46,9 +46,7 @@ public:
         // here, because without memory QDir would match its patterns to no name.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
-            if (!IsPictureName(file))
-                continue;
-            if (m_sources.resultEnding.isEmpty() || !file.endsWith(m_sources.resultEnding))
+            if (IsPictureName(file) && !IsResult(file))
                 m_found->pictures.append({Joined(folder, file), subpath});
         }
         const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
@@ -64,6 +62,12 @@ private:
     {
         return std::any_of(m_suffixes.begin(), m_suffixes.end(),
                            [&](const QString &suffix) { return file.endsWith(suffix, Qt::CaseInsensitive); });
+    }
+
+    bool IsResult(const QString &file) const
+    {
+        return std::any_of(m_sources.resultEndings.begin(), m_sources.resultEndings.end(),
+                           [&](const QString &ending) { return file.endsWith(ending); });
     }
 
     const PictureSources &m_sources;

@@ -75,7 +75,7 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     if (isAdapted) {
         const cmsCIEXYZ from = {white.x / white.y, 1.0, (1.0 - white.x - white.y) / white.y};
         m_white = {from.X, from.Y, from.Z};
-        for (std::size_t i = 0; i < 3; ++i) { // a matrix is given by its images of the unit vectors
+        for (std::size_t i = 0; i < 3; ++i) { // the columns of a matrix are the images of the unit vectors
             const cmsCIEXYZ unit = {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0};
             cmsCIEXYZ adapted = {};
             if (!cmsAdaptToIlluminant(&adapted, &from, cmsD50_XYZ(), &unit))
@@ -86,7 +86,7 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     }
     const ProfilePtr from(cmsCreateLab4ProfileTHR(ColorContext(), nullptr));
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
-    // A table instead of Lab's formula would be visible in the shadows, where sRGB is steep.
+    // No table instead of Lab's formula: its errors would be visible in the shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
     return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the color conversion");
 }
@@ -104,7 +104,7 @@ template <class T> void ColorTransform::MixInks(const T *src, T *dst, std::size_
     }
 }
 
-// Converts Lab under another white to XYZ, adapts it to D50, and converts it back to Lab.
+// Converts Lab relative to another white to XYZ, adapts it to D50, and converts it back to Lab.
 template <class T> void ColorTransform::AdaptRow(const T *src, T *dst, std::size_t width)
 {
     const std::size_t step = m_hasAlpha ? 4 : 3;
@@ -139,7 +139,7 @@ void ColorTransform::Row(const void *src, void *dst, std::size_t width)
         return MixInks(static_cast<const std::uint16_t *>(src), static_cast<std::uint16_t *>(dst), width);
     if (!m_engine)
         return MixInks(static_cast<const float *>(src), static_cast<float *>(dst), width);
-    if (m_bits == 32) { // lcms2 takes float inks in percent, and opacity unchanged
+    if (m_bits == 32) { // lcms2 expects float CMYK in percent, and opacity unchanged
         const std::size_t step = m_hasAlpha ? 5 : 4;
         const auto *samples = static_cast<const float *>(src);
         m_percent.assign(samples, samples + width * step);

@@ -1,4 +1,4 @@
-// Failed allocations that a library reports as something else, such as damage, or not at all.
+// Detects failed allocations that a library reports as something else, such as damage, or not at all.
 #pragma once
 
 #include <cerrno>

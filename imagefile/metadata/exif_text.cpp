@@ -21,7 +21,7 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Doesn't use Exiv2's toLong and toRational for rationals: these cut unsigned numbers to 31 bits, and trap on -2^31 /
+// Doesn't use Exiv2's toLong and toRational for rationals, which cut unsigned numbers to 31 bits and trap on -2^31 /
 // -1.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
@@ -181,7 +181,7 @@ std::string CanonLens(const Exiv2::ExifData &exif)
         + Decimal(static_cast<double>(Integer(*focal, 0)) / unit) + ' ' + std::to_string(Integer(*type));
 }
 
-// Nikon stores focal lengths and f-numbers in 24ths of a factor of two.
+// Nikon stores focal lengths and f-numbers as logarithms, in steps of 1/24 of a factor of two.
 double NikonFocalMm(long raw)
 {
     return 5.0 * std::exp2(static_cast<double>(raw) / 24.0);

@@ -27,7 +27,7 @@ void LockXmp(void *, bool lock)
 
 thread_local bool isReading = false; // this thread reads metadata
 
-/// While an instance lives, Exiv2's complaints on this thread become warnings.
+/// While an instance exists, Exiv2's messages on this thread become warnings.
 class Listening {
 public:
     Listening() { isReading = true; }
@@ -81,7 +81,7 @@ Bytes JpegResources(const Source &source)
         if (head[0] != 0xFF || head[1] == kStartOfScan)
             break;
         const std::size_t length = head[2] * 256u + head[3];
-        if (head[1] == 0xFF || length < 2) { // a fill byte may stand before any marker
+        if (head[1] == 0xFF || length < 2) { // fill bytes may precede any marker
             at += head[1] == 0xFF ? 1 : 2;
             continue;
         }
@@ -150,7 +150,7 @@ void StartExiv2()
             const MemoryReserve reserve;
             Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
-        } catch (...) { // no second try: after a failed start, the XMP toolkit believes that it is running and crashes
+        } catch (...) { // don't retry: after a failed start, the XMP toolkit believes that it is running and crashes
         }
     });
     if (!started)
@@ -201,7 +201,7 @@ void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
     if (begin < box.size())
         DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
     else if (!box.empty())
-        WarnOfDamage("EXIF that begins after its end");
+        WarnOfDamage("the EXIF begins after its end");
 }
 
 Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)

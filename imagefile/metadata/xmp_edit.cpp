@@ -13,8 +13,8 @@ namespace {
 /// Settings of raw converters, and their stored variants.
 constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 
-/// Properties of the source's file. The structure of the new one is in its own tags. Exiv2 doesn't read the extended
-/// packets of a JPEG, so they are not carried, and nothing may point to them.
+/// Properties that describe the source's file; the structure of the new one is in its own tags. Exiv2 doesn't read the
+/// extended packets of a JPEG, so they are not copied, and nothing may point to them.
 struct FileProperty {
     std::string_view prefix, name;
 };
@@ -43,7 +43,7 @@ bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
         != std::end(kDevelopPrefixes);
 }
 
-/// Parts of a structure or an array are called after it: "Thumbnails[1]/xmpGImg:image".
+/// Parts of a structure or an array are named after it: "Thumbnails[1]/xmpGImg:image".
 bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
 {
     const std::string tag = datum.tagName();
@@ -112,7 +112,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     return Bytes(packet.begin(), packet.end());
 }
 
-/// Returns false if the packet is damaged; @p xmp then holds what was read before.
+/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
     const XmpReading use;

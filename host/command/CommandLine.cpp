@@ -93,6 +93,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources"},
+    {Verb::Correct, {"convert", nullptr}, nullptr, "also correct CMYK and Lab pictures, converted to sRGB"},
     {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
@@ -281,6 +282,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
+    options.convert = parser.isSet(QStringLiteral("convert"));
     options.dryRun = parser.isSet(QStringLiteral("dry-run"));
     options.json = parser.isSet(QStringLiteral("json"));
     options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
@@ -336,11 +338,8 @@ Exclusions ExclusionsOf(Verb verb)
 {
     Exclusions exclusions;
     if (verb == Verb::Correct)
-        exclusions = {{"overwrite", "skip-existing"},
-                      {"profile", "lens-path"},
-                      {"profile", "source"},
-                      {"plain", "verbose"},
-                      {"suffix", "output-name"}};
+        exclusions = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"},
+                      {"plain", "verbose"},           {"plain", "convert"},     {"suffix", "output-name"}};
     const QVector<OptionRow> fitted = FittedRows(verb);
     for (const OptionRow &row : fitted)
         exclusions.append(std::make_pair("plain", row.names[0]));

@@ -69,9 +69,9 @@ public:
 
     /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its
     /// pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it
-    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass strides from 2 GiB
-    /// on as their low 32 bits. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
-    /// undefined. After a failure the old content is lost.
+    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits of
+    /// strides from 2 GiB on. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are undefined.
+    /// After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
     void FreeBitmap();
@@ -116,7 +116,7 @@ public:
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
     /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// A picture that is generated while it is written, never whole in memory.
+    /// A picture that is generated while it is written, so that it is never completely in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
@@ -162,7 +162,7 @@ public:
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
 
-    /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, converting form and depth.
+    /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, and converts form and depth.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
     /// Copies the whole image into @p target at (x, y), clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
@@ -186,7 +186,7 @@ public:
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
     KImage &operator*=(const KImage &other);
-    /// Multiplies the colors by @p factor, saturated at integer depths, where all channels, even alpha, also lose one
+    /// Multiplies the colors by @p factor. Integer depths saturate, and all their channels, even alpha, also lose one
     /// part in 256 or 65,536.
     KImage &operator*=(float factor);
 
@@ -214,10 +214,10 @@ public:
     /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
     /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Sets alpha below half of the full range, or NaN, to 0, any other to full.
+    /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to full.
     void BinarizeAlpha();
     /// Converts premultiplied colors to straight ones, then makes them opaque: color * full / alpha, truncated and
-    /// saturated. Pixels of alpha 0 stay.
+    /// saturated. Pixels with alpha 0 are unchanged.
     void ScaleByAlpha();
 
     // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
@@ -291,7 +291,7 @@ public:
 
     // The order is shared with hosts.
     GFL_BITMAP *m_bitmap; // null for an empty image
-    bool m_ownsData;      // false: Data belongs to somebody else
+    bool m_ownsData;      // false: Data belongs to the caller of AllocBitmap
     bool m_spareFlag;     // copied, never read
 
     static KImageInstances ms_instances;

@@ -59,8 +59,8 @@ QString FormatName(const QString &format)
     return name;
 }
 
-/// Throws if the disk explains why a save failed; call it right after the failure. Returns if the disk is not the
-/// cause. The check creates an empty file where there was none and removes it again.
+/// Throws if a save failed because of the disk; call it right after the failure. Returns if the disk is not the cause.
+/// If there was no file, the check creates an empty one and removes it again.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
     const QString reason = QString::fromUtf8(gflLastErrorText());
@@ -71,7 +71,7 @@ void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString 
     } catch (const KException &e) {
         throw KFileException(e.what(), where, e.what() + QLatin1String(": ") + reason);
     }
-    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that somebody else has created meanwhile
+    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that another program has created meanwhile
         QFile::remove(fileName);
 }
 

@@ -7,7 +7,7 @@
 
 void FloatRows::Grow(int rows)
 {
-    constexpr int kTimesNeeded = 3; // rows rarely move to the top, yet fit the caches
+    constexpr int kTimesNeeded = 3; // rows are rarely moved to the top, and the block still fits the caches
     const int height = static_cast<int>(std::min<qint64>(m_picture.height(), qint64(rows) * kTimesNeeded));
     m_rows.FreeBitmap();
     m_block.AllocBitmap(m_picture.width(), height, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
@@ -22,7 +22,7 @@ void FloatRows::Hold(int first, int end)
 {
     if (!m_block.m_bitmap || end - first > m_block.height())
         Grow(end - first);
-    if (first < m_first || first > m_end) { // the held rows are useless
+    if (first < m_first || first > m_end) { // rows in the window can't be reused
         m_first = m_end = first;
         m_start = 0;
     }

@@ -10,7 +10,7 @@ public:
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
     explicit FloatRows(const KImage &picture) : m_picture(picture) { }
 
-    /// Ensures that rows [first, end), which must exist, are in the window; others may be too. Cheap if calls proceed
+    /// Ensures that rows [first, end), which must exist, are in the window, perhaps with others. Cheap if calls proceed
     /// down the picture. May throw a KException.
     void Hold(int first, int end);
 

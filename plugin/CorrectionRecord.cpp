@@ -18,7 +18,7 @@ struct CorrectionRow {
     Fact<bool> PictureFacts::*before;
     bool PictureFacts::*tried;
     double FitOptions::*amount;
-    const char *scale; // of 100 % in camera raw settings
+    const char *scale; // value of 100 % in camera raw settings
 };
 
 constexpr CorrectionRow kCorrections[] = {
@@ -30,7 +30,7 @@ constexpr CorrectionRow kCorrections[] = {
      &PictureFacts::vignettingTried, &FitOptions::amountVignetting, "LensProfileVignettingScale"},
 };
 
-/// The names of the corrections for which @p isOne is true.
+/// Returns the names of the corrections for which @p isOne is true.
 template <typename Predicate> QString Names(Predicate isOne)
 {
     QStringList names;
@@ -53,7 +53,7 @@ struct ProfileNames {
     QString file, digest; // empty for lensfun's
 };
 
-/// The digest identifies the file for other programs, which use MD5 for it.
+/// Returns the names and the digest of the file. Other programs identify profiles by this digest, which is MD5.
 ProfileNames NamesOf(const FitResult &fit)
 {
     const QLatin1String lensfun("lensfun:");

@@ -4,7 +4,7 @@
 #include "Fit.h"
 #include "KImage.h"
 
-/// The corrections made, by name: "distortion, lateral color, vignetting".
+/// Returns the names of the corrections made: "distortion, lateral color, vignetting".
 QString CorrectionsText(const FitResult &fit);
 
 /// Returns the XMP properties of the result (docs/fitting.md lists them): our own, by which a later run knows what was

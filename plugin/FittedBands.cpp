@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source around it: lower bands repeat that work.
+// Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = 64;
 
 bool HasAlpha(const KImage &image)

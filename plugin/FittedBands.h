@@ -16,7 +16,7 @@ struct FittedPlan {
     ResultValues values; // of the file
 };
 
-/// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and are
+/// Renders bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they are
 /// converted while they are in the caches. One thread at a time.
 class FittedBands {
 public:

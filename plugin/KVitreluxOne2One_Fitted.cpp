@@ -77,8 +77,8 @@ QStringList KVitreluxOne2One::ProfileFolders() const
                                                                          : DefaultProfileFolders();
 }
 
-/// Fits the record's profile, or the one that is found, and stores the report in the record. Throws KException with the
-/// reason if nothing is to be corrected.
+/// Fits the record's profile, or the one found, and stores the report in the record. Throws KException with the reason
+/// if there is nothing to correct.
 ///
 /// @param pixels  the size of the pixels in memory; empty: the file's.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
@@ -116,7 +116,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded, which may be unnecessary
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: that may be unnecessary
     KImage source;
     {
         const FullSizeLock full(def);

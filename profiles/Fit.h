@@ -10,7 +10,7 @@
 /// The result of a fit. An empty Correction and a reason in `why` if there is nothing to correct.
 struct FitResult {
     Correction correction;
-    bool distortion = false, chromatic = false, vignetting = false; // corrections made
+    bool distortion = false, chromatic = false, vignetting = false; // the corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
     QString profileName;                                            // as the profile calls itself; may be empty
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
@@ -30,5 +30,5 @@ struct FitResult {
 /// table of cameras).
 FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOptions &options);
 
-/// Removes lateral color from the fit of a gray picture, which has one place per pixel: green's.
+/// Removes lateral color from the fit of a gray picture, which has a single position per pixel, green's.
 void LeaveOutColor(FitResult *fit);

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kKeptProfiles = 8; // the pictures of a job use only a few
+constexpr int kKeptProfiles = 8; // pictures of one job use only a few
 constexpr double kAlikePx = 3.0, kAlikeEv = 0.1;
 
 /// Parent folders of drive_c as created by Wine and its front ends; * matches any name.
@@ -50,8 +50,8 @@ QStringList Expanded(const QString &base, const QStringList &parts)
     return found;
 }
 
-/// Returns the profile folder in an XDG data folder. Relative ones are invalid by the XDG Base Directory Specification:
-/// XDG_DATA_HOME then has its default.
+/// Returns the profile folder in an XDG data folder. By the XDG Base Directory Specification relative folders are
+/// invalid; for XDG_DATA_HOME the default is then used.
 QString ProfileFolderIn(const QString &data)
 {
     const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;
@@ -195,7 +195,7 @@ FitResult PictureFitter::FitChosen(const QString &path, const PictureFacts &fact
 
 PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 {
-    const QFileInfo info(path); // hosts live long, and people replace profiles
+    const QFileInfo info(path); // a host may run for days while users replace profiles
     const qint64 changed = info.lastModified().toMSecsSinceEpoch();
     const QMutexLocker lock(&m_mutex);
     for (int i = 0; i < m_read.size(); ++i) {
@@ -228,7 +228,8 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
     if (named.lensNames.size() > facts.lensNames.size())
-        match.notes.prepend(QStringLiteral("by its numbers the lens is \"%1\"").arg(named.lensNames.last().value));
+        match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
+                                .arg(named.lensNames.last().value));
     return match;
 }
 

@@ -7,7 +7,7 @@
 
 /// One picture of a run.
 struct NamedPicture {
-    QString name;    // as the user knows it
+    QString name;    // as typed, or as shown to the user
     QString subpath; // its folder below the walked one; empty: directly in that, or named individually
 };
 
@@ -31,7 +31,7 @@ struct PictureSources {
 /// folders.
 struct PictureFiles {
     QVector<NamedPicture> pictures;
-    QStringList unreadable; // folders below a walked one, or it itself, which cannot be read
+    QStringList unreadable; // folders that cannot be read: walked ones and those below
 };
 
 /// Finds the pictures. Throws KException with a text for the user if the list cannot be read.

@@ -38,7 +38,7 @@ public:
     void Failure(const QString &file, const QString &text);
     void Note(const QString &file, const QString &text);
 
-    /// Shows "[2/7] name.jpg ... about 3 min left" until EndProgress() for that number; of several, the last one. Only
+    /// Shows "[2/7] name.jpg ... about 3 min left" until EndProgress() for that number; the latest one of several. Only
     /// on a terminal.
     void BeginProgress(int number, int count, const QString &file);
     /// @param tookWork  false for a picture that was skipped or failed.

@@ -117,7 +117,7 @@ QString PlacesJson(const QStringList &folders, const ProfileIndex &index)
                     {QStringLiteral("lenses"), LensfunDatabase::Instance().LensCount()}});
 }
 
-/// A lens, and the profiles for it; none of lensfun's.
+/// A lens and its profiles; lensfun's lenses have none.
 struct FoundLens {
     QString name;
     QStringList paths;

@@ -75,9 +75,9 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
-// Adds EXIF, which must fit into one segment, and room for a thumbnail if that still fits. Without the note's place the
-// EXIF is smaller, and Exiv2 leaves out previews and large unknown values; if that isn't enough, the maker note is
-// dropped too, which in other formats may exceed a whole segment.
+// Adds EXIF, which must fit into one segment, and room for a thumbnail if that still fits. If the EXIF doesn't fit, Exiv2
+// encodes it again without keeping the maker note at its offset, and leaves out previews and large unknown values. If it
+// still doesn't, the maker note is dropped: in other formats it may be larger than a segment.
 void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
@@ -132,7 +132,7 @@ std::vector<Segment> Segments(const Metadata &metadata, ThumbnailRoom *room)
     return segments;
 }
 
-/// One encoding. Members are objects that a jump must not leave undestroyed.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
@@ -177,7 +177,7 @@ Status Encoder::Write()
 {
     if (m_bitmap.Width > JPEG_MAX_DIMENSION || m_bitmap.Height > JPEG_MAX_DIMENSION)
         return Status::Fail(GFL_ERROR_BAD_BITMAP,
-                            Text("JPEG holds sides up to %ld pixels; the picture has %d x %d", JPEG_MAX_DIMENSION,
+                            Text("JPEG allows sides up to %ld pixels; the picture has %d x %d", JPEG_MAX_DIMENSION,
                                  m_bitmap.Width, m_bitmap.Height));
     ThumbnailRoom room;
     try {
@@ -224,7 +224,7 @@ void Encoder::SetUp()
     if (m_options.quality >= kFullChromaQuality)
         m_cinfo.comp_info[0].h_samp_factor = m_cinfo.comp_info[0].v_samp_factor = 1;
     if (m_bitmap.Xdpi > 0 && m_bitmap.Ydpi > 0) {
-        m_cinfo.density_unit = 1; // an inch
+        m_cinfo.density_unit = 1; // per inch
         m_cinfo.X_density = m_bitmap.Xdpi;
         m_cinfo.Y_density = m_bitmap.Ydpi;
     }

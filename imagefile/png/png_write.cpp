@@ -32,7 +32,7 @@ Blocks::Blocks(const Metadata &metadata)
 {
 }
 
-/// One encoding. Members are objects that a jump must not leave undestroyed.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
@@ -125,7 +125,7 @@ void Encoder::SetUp()
                      static_cast<png_uint_32>(std::lround(m_bitmap.Ydpi / 0.0254)), PNG_RESOLUTION_METER);
 }
 
-// Errors in blocks become warnings: a profile that libpng rejects, as every reader using libpng would, is left out.
+// Errors in blocks become warnings. A profile that libpng rejects is left out: any reader that uses libpng would too.
 void Encoder::SetBlocks(const Blocks &blocks)
 {
     png_set_benign_errors(m_png, 1);

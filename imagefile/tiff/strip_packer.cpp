@@ -14,8 +14,8 @@ namespace imagefile {
 
 namespace {
 
-/// Strips that a thread may be ahead of the writer: enough that no thread waits while the disk takes a strip or the
-/// calling thread packs one.
+/// Number of strips that a thread may be ahead of the writer: enough that no thread waits while a strip is written to
+/// disk or packed by the calling thread.
 constexpr int kSlotsPerThread = 3;
 
 /// A compressor with its buffer for unpacked bytes; one per thread.

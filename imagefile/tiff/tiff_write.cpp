@@ -12,8 +12,8 @@ namespace imagefile {
 
 namespace {
 
-/// Unpacked bytes of a strip: long enough to fill most of the compressor's window, short enough that readers, and each
-/// of our threads, need little memory.
+/// Unpacked bytes per strip: enough for good compression, few enough that readers, and each of our threads, need little
+/// memory.
 constexpr std::int64_t kStripBytes = 512 * 1024;
 
 /// Level of libdeflate. On noisy photographs with predictor, level 4 takes between 1.3 and 2.8 times the time of level
@@ -33,7 +33,7 @@ struct Picture {
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker);
 
     const GFL_BITMAP &bitmap;
-    const RowMaker *maker; // makes the rows; null if the bitmap holds them
+    const RowMaker *maker; // makes the rows; null if they are in the bitmap
     PixelForm form;
     std::size_t rowBytes; // without padding
     int rowsPerStrip;
@@ -90,15 +90,15 @@ bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
     }
 }
 
-/// Returns the maximum bytes that the pixels can take.
+/// Returns the maximum number of bytes that the pixels can take.
 std::uint64_t PackedBound(const Picture &picture, std::uint16_t compression)
 {
     const std::uint64_t bytes = picture.Bytes();
     if (compression == COMPRESSION_LZW)
-        return bytes + bytes / 2; // 12 bits for each byte
+        return bytes + bytes / 2; // 12 bits per byte
     if (compression == COMPRESSION_ZSTD)
         return bytes + bytes / 256 + static_cast<std::uint64_t>(picture.strips) * 128; // ZSTD_COMPRESSBOUND, rounded up
-    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores data that doesn't shrink
+    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores incompressible data as is
 }
 
 std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const Metadata &metadata,

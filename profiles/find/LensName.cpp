@@ -21,7 +21,7 @@ double Number(const QRegularExpressionMatch &match, const char *group)
 /// Removes the first match of @p pattern from @p text.
 QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 {
-    const QRegularExpressionMatch match = pattern.match(*text);
+    const QRegularExpressionMatch match = Matched(pattern, *text);
     if (match.hasMatch())
         text->replace(match.capturedStart(), match.capturedLength(), QStringLiteral(" "));
     return match;
@@ -80,7 +80,7 @@ void AddCode(const QString &word, LensName *name)
     static const Pattern tamron(
         QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
     static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
-    const QRegularExpressionMatch line = sigma.match(word);
+    const QRegularExpressionMatch line = Matched(sigma, word);
     if (name->maker == QLatin1String("sigma") && line.hasMatch()) {
         const QChar letter = word.at(0);
         name->marks.insert(letter == QLatin1Char('a')       ? QStringLiteral("art")
@@ -90,7 +90,7 @@ void AddCode(const QString &word, LensName *name)
         return;
     }
     name->codes.insert(word);
-    if (name->maker.isEmpty() && tamron.match(word).hasMatch())
+    if (name->maker.isEmpty() && Matched(tamron, word).hasMatch())
         name->maker = QStringLiteral("tamron");
 }
 
@@ -104,7 +104,7 @@ void AddWord(const QString &word, LensName *name)
     }
     if (const Mark *mark = FindMark(word))
         name->marks.insert(QLatin1String(mark->canonical ? mark->canonical : mark->word));
-    else if (code.match(word).hasMatch())
+    else if (Matched(code, word).hasMatch())
         AddCode(word, name);
     else if (!IsIdleWord(word) && FindMaker(word).isEmpty())
         name->words.insert(word);
@@ -121,14 +121,15 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
-/// Returns the factor in the part of a name that describes a converter, without trailing zeros; else that part.
+/// Returns the factor in the part of a name that describes a converter, without trailing zeros. If there is no factor,
+/// returns the part.
 QString ConverterOf(const QString &part)
 {
     static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
     static const Pattern code(QStringLiteral("\\b(?:tc|mc)-?(1[1-9]|20)(?!\\d{3})")); // "MC-14", "TC-20E", "TC-1401"
-    if (const QRegularExpressionMatch match = factor.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(factor, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble());
-    if (const QRegularExpressionMatch match = code.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(code, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble() / 10.0);
     return part.simplified();
 }
@@ -144,6 +145,7 @@ LensName ParseLensName(const QString &text)
     name.anyGeneration = Take(maybeGeneration, &rest).hasMatch();
     name.converter = ConverterOf(Take(converter, &rest).captured());
     TakeNumbers(&rest, &name);
+    static_cast<void>(Matched(between, rest)); // throws without memory; split() would return the name as one word
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
@@ -172,7 +174,7 @@ QSet<QString> TellingWords(const LensName &name)
     return words;
 }
 
-/// Whether the words of a name without a maker, which may be an unknown maker's, are also in the other.
+/// Whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(TellingWords(unnamed));

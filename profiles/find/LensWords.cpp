@@ -167,7 +167,7 @@ constexpr Mark kMarks[] = {
     {"lanthar", Group::Formula, nullptr},
     {"skopar", Group::Formula, nullptr},
     {"hd", Group::Generation, nullptr},
-    // Results of kOwnMarks, which no text has.
+    // Results of kOwnMarks, which occur in no text.
     {"nikon-e", Group::Letter, nullptr},
     {"samyang-af", Group::Generation, nullptr},
     {"olympus-r", Group::Generation, nullptr},
@@ -292,7 +292,7 @@ constexpr Family kFamilies[] = {
 constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf",  "rfs", "fe",     "xf",  "xc", "gf",
                                           "nx", "dt",  "da",  "dfa", "fa",  "fastar", "afs", "afp"};
 
-/// As kMountFamilies, but other makers' names without their maker have them too ("E 28-75mm F2.8-2.8").
+/// As kMountFamilies, but also used in other makers' lens names that omit the maker ("E 28-75mm F2.8-2.8").
 constexpr Family kSharedMounts[] = {{"e", "sony"}, {"z", "nikon"}};
 
 /// Words of many makers for glass, coatings, motors and equipment.
@@ -326,7 +326,8 @@ QString FoldedLensName(const QString &text)
         return all;
     }();
     for (const auto &spelling : spellings)
-        folded.replace(spelling.first, spelling.second);
+        if (Matched(spelling.first, folded).hasMatch())
+            folded.replace(spelling.first, spelling.second);
     return folded;
 }
 

@@ -44,7 +44,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Fills in from names what the file omits, so that a search parses few names.
+/// Takes numbers that the file omits from its lens names, so that a search has few names to parse.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -146,7 +146,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
         m_profiles.append(*known);
     }
     for (auto known = m_known.begin(); known != m_known.end();)
-        // Neither size nor time shows that a file became readable: it isn't kept.
+        // Neither size nor time changes when a file becomes readable, so unread files aren't kept.
         known = known->modifiedMs == kUnread
                 || (IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key()))
             ? m_known.erase(known)
@@ -201,8 +201,8 @@ void ProfileIndex::LoadCache()
         m_known.clear();
 }
 
-/// Removes unfinished caches of killed programs, named like the cache with a suffix. Another program may be writing
-/// one.
+/// Removes unfinished cache files of killed programs, which have the cache's name with a suffix. Recent ones are kept:
+/// another program may be writing them.
 void ProfileIndex::RemoveLeftovers() const
 {
     constexpr qint64 kUnfinishedS = 3600; // writing takes a fraction of a second
@@ -214,7 +214,7 @@ void ProfileIndex::RemoveLeftovers() const
             QFile::remove(file.filePath());
 }
 
-/// A cache that cannot be written only costs time.
+/// Ignores failures: without a cache, the next run only takes longer.
 void ProfileIndex::SaveCache() const
 {
     if (m_cacheFile.isEmpty())

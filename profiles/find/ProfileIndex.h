@@ -17,11 +17,11 @@ struct IndexedProfile {
     ProfileHead head;
 };
 
-/// Index of the profiles in some folders, at any depth; of file names only the suffix ".lcp" matters.
+/// Index of the profiles in some folders, at any depth. Files are recognized by the suffix ".lcp".
 ///
 /// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
 /// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
-/// entries again. A damaged cache is rebuilt, and what a killed program left of one is removed after an hour.
+/// entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an hour.
 class ProfileIndex {
 public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.
@@ -31,7 +31,7 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there were more than kMostProfiles files: the rest is left out.
+    /// @return false if there were more than kMostProfiles files, in which case the rest is ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.

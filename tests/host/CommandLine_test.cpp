@@ -16,13 +16,14 @@ private Q_SLOTS:
     void refusesAndPrints();
     void lastOneHolds();
     void fittedOptionsAreAttributes();
+    void helpFitsOnAScreen();
     void rivals_data();
     void rivals();
 };
 
 namespace {
 
-/// A blank between words; "''" is an empty one.
+/// Splits a line at blanks; "''" is an empty word.
 QStringList Words(const QString &line)
 {
     return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());
@@ -76,7 +77,12 @@ void tst_CommandLine::refusesAndPrints_data()
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
-        {"correct -o '' a.jpg", "not empty"},
+        {"correct -o '' a.jpg", "non-empty"},
+        {"help corect", "unknown command 'corect'"},
+        {"help --man --names", "exclude"},
+        {"help --completion csh", "bash, zsh or fish"},
+        {"help", "?Usage: vitrelux COMMAND"},
+        {"help --man correct", "?.TH VITRELUX-CORRECT 1 "},
         {"--version", "?vitrelux 3."},
         {"-h", "?Usage: vitrelux COMMAND"},
         {"correct a.jpg -h", "?Usage: vitrelux correct "},
@@ -128,6 +134,24 @@ void tst_CommandLine::fittedOptionsAreAttributes()
         QCOMPARE(line.action, CommandLine::Action::Correct);
         QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);
     }
+}
+
+/// A terminal of 80 x 40 characters. What is only named there is described in full by the help command.
+void tst_CommandLine::helpFitsOnAScreen()
+{
+    const QStringList names =
+        ParseCommandLine({"help"_s, "--names"_s}).text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QVERIFY(names.contains("correct"_s));
+    for (const QString &name : names) {
+        const Case named(name);
+        const QString screen = ParseCommandLine({name, "--help"_s}).text;
+        QVERIFY2(screen.count(QLatin1Char('\n')) <= 40, qPrintable(screen));
+        for (const QString &line : screen.split(QLatin1Char('\n')))
+            QVERIFY2(line.size() <= 80, qPrintable(line));
+        QCOMPARE(screen.count("\n  vitrelux "_s), 2); // examples
+    }
+    QVERIFY(!ParseCommandLine({"correct"_s, "--help"_s}).text.contains("straighten"_s));
+    QVERIFY(ParseCommandLine({"help"_s, "correct"_s}).text.contains("straighten bent lines"_s));
 }
 
 void tst_CommandLine::rivals_data()

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kDeflate = 8; // the compression number of TIFF
 
-/// Pincushion-shaped, so that corners reach outside and every kind of pixel occurs.
+/// Pincushion distortion, so that corners are outside and every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -36,7 +36,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Gray with a black square in the middle; the channels beyond three hold @p alpha.
+/// Gray with a black square in the middle; the channels after the third are @p alpha.
 TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -53,7 +53,7 @@ TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// Returns the expected fourth channel of a pixel, from its colors' places and, if these differ, from its value.
+/// Returns the expected fourth channel of a pixel, from its colors' positions and, if these differ, from its value.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
@@ -256,7 +256,7 @@ void tst_CorrectedMetadata::copiesMetadata()
             QVERIFY2(carried.contains(text), qPrintable(text));
         QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
         QVERIFY(source->iccProfile()->size_ > 0);
-        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results carry it
+        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results have XMP
         QCOMPARE(ColorProfile(*result), ColorProfile(*source));
     }
 }

@@ -96,6 +96,7 @@ void tst_RunLists::patterns_data()
     QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
     QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
     QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";
+    QTest::newRow("}{{name}}{.tif") << "out/s/}{a.b}{.tif";
     QTest::newRow("{date}{name}.tif") << "?{date}";
     QTest::newRow("x.tif") << "?{name}";
     QTest::newRow("x/{name}.tif") << "?slash";

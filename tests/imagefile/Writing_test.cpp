@@ -1,5 +1,4 @@
-// Writing: pictures come back in the nearest form that a format supports; effects on files on disk, also after
-// failures.
+// Writing: pictures are read back in the closest form that the format supports; effects on files, also after failures.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -42,7 +41,7 @@ QStringList Everything(const QString &folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
-/// Limits the size of this process's files, like a full disk, while an instance lives.
+/// Limits the size of this process's files, like a full disk, while an instance exists.
 class SizeLimit {
 public:
     explicit SizeLimit(rlim_t bytes)
@@ -237,7 +236,7 @@ void tst_Writing::fullDisk()
 
 void tst_Writing::symbolicLinks()
 {
-    // A link's target is written, keeping its permissions; a new file gets those that the umask leaves.
+    // A link's target is written and keeps its permissions; a new file gets those allowed by the umask.
     const Folder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("real")));
     const QString real = folder("real/a.tif"), link = folder("link.tif");
@@ -263,7 +262,7 @@ void tst_Writing::longNames()
     const QString path =
         folder.filePath(QString(251, QLatin1Char('n')) + QStringLiteral(".tif")); // the longest possible name
     QCOMPARE(Save(path, *RandomBitmap(3, 3, GFL_RGB, 8)), int(GFL_NO_ERROR));
-    // A name without a folder, which Exiv2 must not take for a web address.
+    // A name without a folder, which Exiv2 must not mistake for a web address.
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(folder.path()));
     const QString address = QString::fromUtf8(u8"http:b\u00FCro \u5199\u771F.jpg");
@@ -342,7 +341,8 @@ void tst_Writing::madeRows()
             QCOMPARE(save(2000, params), int(GFL_ERROR_NO_MEMORY));
             QCOMPARE(ReadBytes(path), QByteArray("old"));
             QCOMPARE(save(3001, params), int(GFL_NO_ERROR));
-            QVERIFY(ReadBytes(path) == alone && SavedBytes(*bitmap, params) == alone); // whoever compresses
+            QVERIFY(ReadBytes(path) == alone
+                    && SavedBytes(*bitmap, params) == alone); // no matter which thread compresses
         }
         gflSetThreads(0);
     }

@@ -26,7 +26,7 @@ FakeHost &Host()
 
 // --- Profiles ---
 
-/// Of a frame of 600 x 400.
+/// Returns an entry for a frame of 600 x 400.
 ProfileEntry SmallEntry()
 {
     ProfileEntry entry = made::Entry();
@@ -35,7 +35,7 @@ ProfileEntry SmallEntry()
     return entry;
 }
 
-/// All of the frame.
+/// Returns a picture of the whole frame.
 OraclePicture Whole(const QSize &size)
 {
     OraclePicture picture = {};
@@ -232,7 +232,7 @@ void tst_FittedProcess::previewGain_data()
         QTest::addRow("flat, %d", code) << code;
 }
 
-/// As the page shows it: by the worker, of a reduced copy of a file with sRGB values.
+/// Like the page: the worker renders a reduced copy of a file with sRGB values.
 void tst_FittedProcess::previewGain()
 {
     QFETCH(const int, code);
@@ -301,7 +301,7 @@ void tst_FittedProcess::gainIsOfLight()
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
     const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = SmallEntry(); // light at the pixel's own place
+    ProfileEntry still = SmallEntry(); // light at the pixel's own position
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;

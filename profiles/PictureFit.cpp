@@ -4,9 +4,11 @@
 #include "FitSteps_p.h"
 #include "LensfunDatabase.h"
 #include "LensfunFit.h"
+#include "XmlLimits.h"
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
 #include <QStandardPaths>
@@ -222,9 +224,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
         m_scanned = true;
         profiles = m_index.Profiles(); // shared, not copied
     }
-    ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
-                                return CorrectAlike(path, otherPath, facts, options);
-                            }});
+    ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
     if (named.lensNames.size() > facts.lensNames.size())
@@ -233,13 +233,26 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     return match;
 }
 
-bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
-                                 const FitOptions &options)
+/// Returns MatchHelp::correctAlike, which compares one profile with many: it is read and fitted once, and its copies
+/// never.
+std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
+                                                                                const FitOptions &options)
 {
     FitOptions unframed = options;
     unframed.framing = Framing::Keep;
     unframed.again = true; // earlier corrections affect all profiles alike
-    const Correction a = FitChosen(path, facts, unframed).correction;
-    const Correction b = FitChosen(otherPath, facts, unframed).correction;
-    return AreAlike(a, b);
+    const auto content = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.read(kMaxXmlBytes) : QByteArray();
+    };
+    return [=, last = QString(), bytes = QByteArray(), correction = Correction()](const QString &path,
+                                                                                  const QString &otherPath) mutable {
+        if (last != path) {
+            last = path;
+            bytes = content(path);
+            correction = FitChosen(path, facts, unframed).correction;
+        }
+        return (!bytes.isEmpty() && bytes == content(otherPath))
+            || AreAlike(correction, FitChosen(otherPath, facts, unframed).correction);
+    };
 }

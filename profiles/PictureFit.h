@@ -7,6 +7,7 @@
 #include <QMutex>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
@@ -41,8 +42,8 @@ private:
     Profile Read(const QString &path, QString *error);
     FitResult FitChosen(const QString &path, const PictureFacts &facts, const FitOptions &options);
     ProfileMatch Find(const PictureFacts &facts, const FitOptions &options);
-    bool CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
-                      const FitOptions &options);
+    std::function<bool(const QString &, const QString &)> Comparison(const PictureFacts &facts,
+                                                                     const FitOptions &options);
 
     const QStringList m_folders;
     QMutex m_mutex; // guards all members below

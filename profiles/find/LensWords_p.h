@@ -23,6 +23,7 @@ enum class Group {
     Mount,
     Format,
     Letter,
+    Distance, // in no rule: names often omit it
     Circle,
     Line,
     Series,
@@ -45,12 +46,18 @@ struct GroupRule {
 };
 
 constexpr GroupRule kGroupRules[] = {
-    {Group::Generation, Rule::Same, "generation"},   {Group::Stabilizer, Rule::Same, "stabilizer"},
-    {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
-    {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
-    {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
-    {Group::Series, Rule::Same, "series"},           {Group::Formula, Rule::NotOther, "optical design"},
-    {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::Same, "kind"},
+    {Group::Generation, Rule::Same, "generation"},
+    {Group::Stabilizer, Rule::Same, "stabilizer"},
+    {Group::Motor, Rule::NotOther, "focus motor"},
+    {Group::Mount, Rule::NotOther, "mount"},
+    {Group::Format, Rule::SameIfFull, "format"},
+    {Group::Letter, Rule::SameIfFull, "type"},
+    {Group::Circle, Rule::SameIfFull, "image circle"},
+    {Group::Line, Rule::NotOther, "line"},
+    {Group::Series, Rule::Same, "series"},
+    {Group::Formula, Rule::NotOther, "optical design"},
+    {Group::Design, Rule::Same, "design"},
+    {Group::Purpose, Rule::Same, "kind"},
 };
 
 struct Mark {
@@ -71,6 +78,7 @@ constexpr OwnMark kOwnMarks[] = {
     {"olympus", "r"},        // elsewhere an aperture ring
     {"leicam", "asph"},      // lenses for other mounts often omit it
     {"hsm", "contemporary"}, // followed older lenses with the same numbers
+    {"rf", "z"},             // for power zoom; elsewhere Nikon's mount
 };
 
 /// Returns @p text with its case folded and its spellings unified, ready to be split into words.

@@ -8,6 +8,12 @@
 #include <QSet>
 #include <QVector>
 
+/// A file or folder that cannot be used, and why.
+struct UnreadPath {
+    QString path; // not UTF-8: with replacement characters
+    QString error;
+};
+
 /// One profile file.
 struct IndexedProfile {
     QString path;
@@ -36,6 +42,8 @@ public:
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
+    /// Folders that the last Scan could not list.
+    const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
     /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
 
@@ -46,10 +54,12 @@ private:
     void LoadCache();
     void SaveCache() const;
     void RemoveLeftovers() const;
-    void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const;
+    void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files);
+    void AddMisnamed(const QString &folder, QStringList *files);
 
     QString m_cacheFile;
     QHash<QString, IndexedProfile> m_known; // by path
     QVector<IndexedProfile> m_profiles;
+    QVector<UnreadPath> m_unreadFolders;
     int m_filesRead = 0;
 };

@@ -288,7 +288,8 @@ private:
     NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
     {
         NameMatch match = CompareLensNames(wanted, offered);
-        if (match.fits && wanted.words.contains(QStringLiteral("camera")) && candidate.body != Body::Same)
+        const bool isOfDevice = wanted.words.contains(QStringLiteral("camera")) || !wanted.HasFocal();
+        if (match.fits && isOfDevice && candidate.body != Body::Same)
             match = Contradicted(match, QStringLiteral("another device"));
         const bool isForeign = !offered.maker.isEmpty() && offered.maker != LensMakerOf(m_facts.make.value);
         if (match.fits && wanted.maker.isEmpty() && isForeign)
@@ -297,6 +298,8 @@ private:
             && !(candidate.body == Body::Same && IsFixedLensName(offered, candidate.profile->head.model));
         if (match.fits && wanted.IsBare() && saysMore)
             match = Contradicted(match, QStringLiteral("the picture gives only the numbers of its lens"));
+        if (match.fits && offered.IsBare() && !wanted.IsBare())
+            match = Contradicted(match, QStringLiteral("the profile gives only the numbers of its lens"));
         if (match.fits && wanted.IsBare() && candidate.body == Body::Other)
             match = Contradicted(match, QStringLiteral("another maker's camera"));
         return match;

@@ -129,7 +129,7 @@ QStringList NearNames(const QString &lens)
         const QRegularExpressionMatch match = Pattern(change.first).match(name);
         return match.hasMatch() ? name.replace(match.capturedStart(), match.capturedLength(), change.second) : name;
     };
-    const bool omitsStabilizer = lens.startsWith("Panasonic"_s); // its cameras leave it out of the name
+    const bool omitsStabilizer = lens.contains(Pattern("^Panasonic|^Olympus M"_s)); // their cameras omit it
     for (int i = omitsStabilizer ? 1 : 0; i < kinds.size(); ++i)
         for (const Change &change : kinds[i]) {
             names << changed(lens, change);

@@ -3,6 +3,7 @@
 #include "exr/exr_codec.h"
 #include "hdr/hdr_codec.h"
 #include "heif/heif_codec.h"
+#include "jp2/jp2_codec.h"
 #include "jpeg/jpeg_codec.h"
 #include "jxl/jxl_codec.h"
 #include "metadata/metadata.h"
@@ -45,6 +46,7 @@ constexpr Row kRows[] = {
     {{"avif", "AVIF", ".avif", "image/avif", false}, AvifCodec}, // before HEIF, whose brands it shares
     {{"heif", "HEIC, HEIF", ".heic .heif .hif", "image/heif", false}, HeifCodec},
     {{"jxl", "JPEG XL", ".jxl", "image/jxl", false}, JxlCodec},
+    {{"jp2", "JPEG 2000", ".jp2 .j2k .j2c .jpc", "image/jp2 image/x-jp2-codestream", false}, Jp2Codec},
 };
 
 const Row *RowAt(std::int32_t index)

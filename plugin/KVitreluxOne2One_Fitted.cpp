@@ -50,23 +50,10 @@ FitReport ReportOf(const FitResult &fit)
     return report;
 }
 
-/// A gray picture has a single position per pixel, green's.
-void LeaveOutColor(FitResult *fit)
-{
-    if (!fit->correction.red && !fit->correction.blue)
-        return;
-    fit->correction.red.reset();
-    fit->correction.blue.reset();
-    fit->chromatic = false;
-    const QString note = QStringLiteral("left out: lateral color: the picture is gray");
-    fit->assumed << note;
-    if (!fit->correction.ChangesAnything())
-        fit->why = note;
-}
-
 /// Returns the properties of the picture that the result's format can't store.
-QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, int sourceBits)
+QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const KImage &source)
 {
+    const int sourceBits = source.bitsPerComponent();
     QStringList lost;
     if (bands.ResultBits() < sourceBits) {
         const QString from =
@@ -74,6 +61,8 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, int s
         lost << QStringLiteral("%1 bits per channel instead of %2").arg(bands.ResultBits()).arg(from)
                 + (plan.values.encodes ? QStringLiteral(", by the curve of sRGB") : QString());
     }
+    if (source.type() == GFL_GREY && bands.ResultType() != GFL_GREY)
+        lost << QStringLiteral("RGB with opacity for the empty pixels, without a color profile of gray");
     if (bands.Flattens())
         lost << QStringLiteral("no opacity: transparent pixels are black");
     return lost;
@@ -101,8 +90,8 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     if (!pixels.isEmpty())
         facts.pixels = pixels;
     plan.fit = FitterOf(ProfileFolders())->Fit(facts, OptionsOf(params));
-    constexpr int kGrayBands = 1;
-    if (def->nBands() == kGrayBands)
+    constexpr int kColors = 3;
+    if (def->nBands() < kColors)
         LeaveOutColor(&plan.fit);
     plan.file = params.fitted->file;
     const bool isFloat = def->nDepth() > 16;
@@ -142,7 +131,7 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
     const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     const int sourceBits = source.bitsPerComponent();
-    plan.fit.assumed << LostByFormat(plan, bands, sourceBits);
+    plan.fit.assumed << LostByFormat(plan, bands, source);
     params.fitted->report = ReportOf(plan.fit);
     KImage::WriteRows(rows, outputFileName, plan.file.Form(sourceBits), fileName,
                       CorrectionRecord(plan.fit, plan.facts, OptionsOf(params), plan.file.MimeType()));

@@ -8,12 +8,15 @@ namespace {
 
 constexpr int kChannels = 4, kColors = 3;
 
-/// Applies a curve, which is odd for negative values, to the colors of @p count pixels.
+/// Applies a curve, which is odd for negative values, to the colors of @p count pixels. NaN, for which tables have no
+/// segment, stays.
 void ApplyTables(const TransferCurve::Table *const (&tables)[kColors], float *pixels, int count)
 {
     for (float *pixel = pixels; pixel < pixels + std::ptrdiff_t(kChannels) * count; pixel += kChannels) {
-        for (int c = 0; c < kColors; ++c)
-            pixel[c] = std::copysign(tables[c]->At(std::abs(pixel[c])), pixel[c]);
+        for (int c = 0; c < kColors; ++c) {
+            if (!std::isnan(pixel[c]))
+                pixel[c] = std::copysign(tables[c]->At(std::abs(pixel[c])), pixel[c]);
+        }
     }
 }
 

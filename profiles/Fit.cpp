@@ -263,3 +263,16 @@ FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOp
 {
     return Fitting(profile, facts, options).Run();
 }
+
+void LeaveOutColor(FitResult *fit)
+{
+    if (!fit->correction.red && !fit->correction.blue)
+        return;
+    fit->correction.red.reset();
+    fit->correction.blue.reset();
+    fit->chromatic = false;
+    const QString note = QStringLiteral("left out: lateral color: the picture is gray");
+    fit->assumed << note;
+    if (!fit->correction.ChangesAnything())
+        fit->why = note;
+}

@@ -29,3 +29,6 @@ struct FitResult {
 /// fact missing from the picture is left out, with a reason. Any thread, once the image module has started (for the
 /// table of cameras).
 FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOptions &options);
+
+/// Removes lateral color from the fit of a gray picture, which has a single position per pixel, green's.
+void LeaveOutColor(FitResult *fit);

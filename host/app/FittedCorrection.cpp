@@ -1,6 +1,8 @@
 #include "FittedCorrection.h"
 
 #include "FactLines.h"
+#include "Fit.h"
+#include "HostApplication.h"
 #include "KException.h"
 
 #include <QDomElement>
@@ -113,7 +115,9 @@ FittedCorrection::Result FittedCorrection::Plan(const PlannedPicture &planned, c
     options.profile = parameters.profile;
     for (const CorrectionRow &row : kCorrections)
         options.*row.wanted = parameters.corrections.*row.member;
-    const FitResult fit = m_fitter.Fit(ReadPictureFacts(planned.picture, nullptr), options);
+    FitResult fit = m_fitter.Fit(ReadPictureFacts(planned.picture, nullptr), options);
+    if (m_application->IsGray(planned.picture)) // as the plug-in does
+        LeaveOutColor(&fit);
     const Report report = {true,        fit.profile,
                            fit.entries, fit.assumed.join(QStringLiteral("; ")),
                            fit.why,     {fit.distortion, fit.chromatic, fit.vignetting}};

@@ -91,6 +91,14 @@ private:
     const QString m_problem;
 };
 
+QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
+{
+    const bool isConvertible = reason.kind == RefusalReason::Cmyk || reason.kind == RefusalReason::Lab;
+    return isConvertible && accepted == AcceptedPictures::GrayAndTiled
+        ? QStringLiteral("; \"vitrelux correct --convert\" corrects them as sRGB")
+        : QString();
+}
+
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
@@ -282,21 +290,29 @@ HostApplication::Picture HostApplication::Describe(const QString &fileName)
     ImageDef *image = nullptr;
     picture.problem = FileProblem(path);
     RefusalReason reason;
-    if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails, &reason))
-        picture.problem = TextOf(reason, path);
-    if (!image) {
-        picture.standIn = std::make_shared<StandIn>(path, picture.problem);
-        image = picture.standIn.get();
+    if (picture.problem.isEmpty() && !ImageDef::IsAPicture(path, image, m_makesThumbnails, &reason)) {
+        picture.own = DescribeRefused(path, reason, m_accepted);
+        if (!picture.own)
+            picture.problem = TextOf(reason, path) + HintAt(reason, m_accepted);
     }
-    picture.image = image;
+    if (!image && !picture.own)
+        picture.own = std::make_shared<StandIn>(path, picture.problem);
+    picture.image = image ? image : picture.own.get();
     return picture;
+}
+
+bool HostApplication::IsGray(const QString &fileName)
+{
+    constexpr int kColors = 3;
+    const int bands = ImageOf(fileName)->nBands(); // 0: no picture
+    return bands > 0 && bands < kColors;
 }
 
 void HostApplication::ForgetImages()
 {
     const QMutexLocker locker(&m_mutex);
     for (const auto &[path, picture] : m_pictures) {
-        if (!picture.standIn)
+        if (!picture.own)
             ImageDef::Delete(picture.image);
     }
     m_pictures.clear();

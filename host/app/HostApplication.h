@@ -3,6 +3,7 @@
 
 #include "ImageDef.h"
 #include "KIApplication.h"
+#include "LentPicture.h"
 
 #include <QApplication>
 #include <QPointer>
@@ -61,6 +62,8 @@ public:
 
     /// Like ImageDefOf. The image cache or this object owns the image. Any thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
+    /// Returns whether the file is a gray picture, with or without alpha. Any thread.
+    bool IsGray(const QString &fileName);
     /// Returns the reason, in one line, why the file cannot be corrected; empty if its header shows no problem. Any
     /// thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
@@ -75,6 +78,8 @@ public:
     /// Frees the description of the file and its pixels, including disk copies of raw files. Not while they are in use.
     /// Any thread.
     void Forget(const QString &fileName);
+    /// Also describes pictures that the kernel refuses, from now on; for commands that only need whole pictures.
+    void Accept(AcceptedPictures accepted) { m_accepted = accepted; }
     /// From now on, images are described with thumbnails, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
@@ -89,7 +94,7 @@ private:
     struct Picture {
         QPointer<ImageDef> image;
         QString problem;
-        std::shared_ptr<ImageDef> standIn; // of a file that isn't a picture
+        std::shared_ptr<ImageDef> own; // of a file that isn't a picture, or that the kernel refuses; else null
     };
 
     Picture Describe(const QString &fileName);
@@ -103,6 +108,7 @@ private:
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_usedInstead; // not owned
     SettingAdapter m_adapt;
+    AcceptedPictures m_accepted = AcceptedPictures::OfKernel;
     bool m_makesThumbnails = false;
     bool m_speaksUsersLanguage = false;
     std::vector<std::unique_ptr<QTranslator>> m_translators;

@@ -93,6 +93,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
+    options.convert = parser.isSet(QStringLiteral("convert"));
     options.dryRun = parser.isSet(QStringLiteral("dry-run"));
     options.json = parser.isSet(QStringLiteral("json"));
     options.notify = parser.isSet(QStringLiteral("notify"));
@@ -149,11 +150,8 @@ Exclusions ExclusionsOf(Verb verb)
 {
     Exclusions exclusions;
     if (verb == Verb::Correct)
-        exclusions = {{"overwrite", "skip-existing"},
-                      {"profile", "lens-path"},
-                      {"profile", "source"},
-                      {"plain", "verbose"},
-                      {"suffix", "output-name"}};
+        exclusions = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"},
+                      {"plain", "verbose"},           {"plain", "convert"},     {"suffix", "output-name"}};
     const QVector<OptionRow> fitted = FittedRows(verb);
     for (const OptionRow &row : fitted)
         exclusions.append(std::make_pair("plain", row.names[0]));

@@ -25,6 +25,7 @@ struct CorrectOptions {
     QString plugin;       // empty: the installed one
     Corrections asked;    // none: all that the profile has
     bool plain = false;   // plain corrections instead of fitted ones
+    bool convert = false; // accept CMYK and Lab pictures, as sRGB
     FittedOptions fitted; // unused if plain
     bool verbose = false; // print the facts about each picture
     bool dryRun = false;  // print what would be done

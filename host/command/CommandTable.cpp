@@ -90,6 +90,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
     {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: stdin), by line or NUL"},
     {Verb::Correct, {"shard", nullptr}, "I/N", "every N-th of the sorted pictures, from the I-th on"},
+    {Verb::Correct, {"convert", nullptr}, nullptr, "also correct CMYK and Lab pictures, as sRGB", nullptr, true},
     {Verb::Correct, {}, nullptr, "Profile"},
     {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
     {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},

@@ -2,7 +2,9 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <unistd.h>
@@ -66,6 +68,21 @@ QString LabeledLine(const QString &label, int width, const QString &value)
     return value.isEmpty() ? QString() : QStringLiteral("  %1%2\n").arg(label, -width).arg(OneLine(value));
 }
 
+QString TimeLeft(double seconds, int done, int open)
+{
+    if (done < 1 || open < 1)
+        return QString();
+    constexpr double kMinute = 60.0, kMostInSeconds = 90.0;
+    constexpr int kMinutesOfHour = 60;
+    const double left = seconds / done * open;
+    if (left < kMostInSeconds)
+        return QStringLiteral("about %1 s left").arg(std::ceil(left), 0, 'f', 0);
+    const auto minutes = static_cast<qint64>(std::min(std::ceil(left / kMinute), 1e9));
+    if (minutes < kMinutesOfHour)
+        return QStringLiteral("about %1 min left").arg(minutes);
+    return QStringLiteral("about %1 h %2 min left").arg(minutes / kMinutesOfHour).arg(minutes % kMinutesOfHour);
+}
+
 Console::Console() : m_terminal(IsLiveTerminal())
 {
     m_sinceStart.start();
@@ -107,13 +124,16 @@ void Console::BeginProgress(int number, int count, const QString &file)
         return;
     const QString name = OneLine(QFileInfo(file).fileName());
     ClearProgress();
+    m_count = count;
+    m_begun = number;
     m_progress[number] = QStringLiteral("[%1/%2] ").arg(number).arg(count) + name + QStringLiteral(" \u2026");
     ShowProgress();
 }
 
-void Console::EndProgress(int number)
+void Console::EndProgress(int number, bool tookWork)
 {
     ClearProgress();
+    m_worked += tookWork ? 1 : 0;
     m_progress.remove(number);
     ShowProgress();
 }
@@ -146,6 +166,9 @@ void Console::ClearProgress()
 
 void Console::ShowProgress()
 {
-    if (!m_progress.isEmpty())
-        Write(stderr, m_progress.last());
+    if (m_progress.isEmpty())
+        return;
+    const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
+    const int open = m_count - m_begun + m_progress.size();
+    Write(stderr, m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open));
 }

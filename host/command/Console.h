@@ -13,6 +13,12 @@ QString OneLine(const QString &text);
 /// Returns "  LABEL   VALUE", with the label padded to @p width and the value on one line; nothing for an empty value.
 QString LabeledLine(const QString &label, int width, const QString &value);
 
+/// Returns "about 3 min left" at the speed so far, in s, min, or h and min; empty before the first picture is done.
+/// @param seconds  since the start.
+/// @param done     pictures that took work; skipped ones say nothing about speed.
+/// @param open     pictures not finished, each of which may take work.
+QString TimeLeft(double seconds, int done, int open);
+
 /// Returns each line of @p text indented, without control characters.
 QString Indented(const QString &text);
 
@@ -32,9 +38,11 @@ public:
     void Failure(const QString &file, const QString &text);
     void Note(const QString &file, const QString &text);
 
-    /// Shows "[2/7] name.jpg ..." until EndProgress() for that number; the latest one of several. Only on a terminal.
+    /// Shows "[2/7] name.jpg ... about 3 min left" until EndProgress() for that number; the latest one of several. Only
+    /// on a terminal.
     void BeginProgress(int number, int count, const QString &file);
-    void EndProgress(int number);
+    /// @param tookWork  false for a picture that was skipped or failed.
+    void EndProgress(int number, bool tookWork);
     /// Prints the last line of a run, only on a terminal.
     void Summary(const QMap<PictureReport::Outcome, int> &counts);
 
@@ -45,4 +53,6 @@ private:
     bool m_terminal;
     QElapsedTimer m_sinceStart;
     QMap<int, QString> m_progress; // of the pictures in progress, by number
+    int m_count = 0, m_begun = 0;  // of the run
+    int m_worked = 0;              // finished, and took work
 };

@@ -35,6 +35,8 @@ ExitCode RunCorrect(const CorrectOptions &options, Console *console)
     const PictureFiles files = ListPictures(options.pictures);
     ChooseDisplayless();
     const CommandApplication application;
+    if (!options.plain) // plain results have no gray form
+        application->Accept(options.convert ? AcceptedPictures::Converted : AcceptedPictures::GrayAndTiled);
     if (!application->SettingsProblem().isEmpty())
         console->Note(QString(), application->SettingsProblem());
     std::unique_ptr<ProfileLookup> lookup;

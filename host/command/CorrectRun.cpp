@@ -136,13 +136,15 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
         Correct(process, planned, &report);
+        const bool tookWork =
+            report.outcome == PictureReport::Outcome::Corrected || report.outcome == PictureReport::Outcome::Planned;
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->EndProgress(number);
+        m_console->EndProgress(number, tookWork);
         Report(planned, report);
     } catch (...) { // usually out of memory
         const QString why = TextOfCurrentException();
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_console->EndProgress(number);
+        m_console->EndProgress(number, /*tookWork=*/true);
         // A corrected picture is not reported as failed: only its report failed.
         const bool isCorrected = report.outcome == PictureReport::Outcome::Corrected;
         m_console->Failure(isCorrected ? QString() : planned.asNamed, why);

@@ -132,6 +132,7 @@ ExitCode ShowPlain(const InfoOptions &options, HostApplication *application, Int
 
 ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Console *console)
 {
+    application->Accept(AcceptedPictures::GrayAndTiled); // like "correct"
     const SearchedFolders folders(application, options.lensPath);
     const PluginLoader plugin(options.plugin, CorrectionMode::Fitted); // reads the stored folder
     if (!plugin.Process())
@@ -142,7 +143,10 @@ ExitCode ShowFitted(const InfoOptions &options, HostApplication *application, Co
             if (!problem.isEmpty())
                 return PictureSummary{ProfileFact({QString(), problem})};
         }
-        return FitFacts(fitter.Fit(ReadPictureFacts(path, nullptr), options.fit));
+        FitResult fit = fitter.Fit(ReadPictureFacts(path, nullptr), options.fit);
+        if (application->IsGray(path))
+            LeaveOutColor(&fit);
+        return FitFacts(fit);
     };
     return ShowAll(options, application, find, console);
 }

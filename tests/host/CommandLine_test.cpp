@@ -66,6 +66,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --quality 90 a.jpg", "--quality is for --format jpeg"},
         {"correct --format png --compression zstd a.jpg", "--compression is for --format tiff"},
         {"correct --format jpeg --output-name {name}.tif a.jpg", ".jpg or .jpeg"},
+        {"correct --plain --convert a.jpg", "exclude"},
         {"correct --plain --format png a.jpg", "--plain and --format exclude"},
         {"report", "no file"},
         {"co\x1b[31mrrect a.jpg", "'co [31mrrect'"},

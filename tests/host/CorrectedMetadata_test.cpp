@@ -5,11 +5,16 @@
 #include "ProgramRun.h"
 
 #include <QFile>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <ImfHeader.h>
+#include <ImfInputFile.h>
+#include <ImfStandardAttributes.h>
 #include <cmath>
 #include <exiv2/exiv2.hpp>
+#include <tiffio.h>
 
 #include "TestFiles.h"
 
@@ -113,6 +118,8 @@ void AddMetadata(const QString &path)
     exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";
     exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
     exif["Exif.GPSInfo.GPSLatitude"] = "33/1 51/1 3567/100";
+    exif["Exif.GPSInfo.GPSLongitudeRef"] = "E";
+    exif["Exif.GPSInfo.GPSLongitude"] = "151/1 12/1 0/1";
     exif["Exif.GPSInfo.GPSAltitude"] = Exiv2::URational(585, 10);
     exif["Exif.Canon.OwnerName"] = "the owner";
     exif["Exif.CanonCs.LensType"] = uint16_t(235);
@@ -130,6 +137,41 @@ void AddMetadata(const QString &path)
     image->writeMetadata();
 }
 
+/// Writes a flat picture of 300 x 200 pixels in tiles; each sample is 40 % of its range, a and b of Lab are 0.
+void WriteTiles(const QString &path, int photometric, int channels, int bits)
+{
+    constexpr int kSide = 64, kWidth = 300, kHeight = 200;
+    TIFF *file = TIFFOpen(path.toUtf8().constData(), "w");
+    const std::pair<unsigned, int> fields[] = {{TIFFTAG_IMAGEWIDTH, kWidth},
+                                               {TIFFTAG_IMAGELENGTH, kHeight},
+                                               {TIFFTAG_BITSPERSAMPLE, bits},
+                                               {TIFFTAG_SAMPLESPERPIXEL, channels},
+                                               {TIFFTAG_SAMPLEFORMAT, bits == 32 ? 3 : 1},
+                                               {TIFFTAG_PLANARCONFIG, 1},
+                                               {TIFFTAG_PHOTOMETRIC, photometric},
+                                               {TIFFTAG_TILEWIDTH, kSide},
+                                               {TIFFTAG_TILELENGTH, kSide}};
+    for (const auto &[tag, value] : fields)
+        TIFFSetField(file, tag, value);
+    const std::uint16_t straight = EXTRASAMPLE_UNASSALPHA;
+    if (channels == 2)
+        TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &straight);
+    QByteArray tile;
+    for (int i = 0; i < kSide * kSide * channels; ++i) {
+        const float real = 0.4F;
+        const auto whole = std::uint32_t(std::lround(0.4 * double((1LL << bits) - 1)));
+        const char zero[4] = {};
+        const bool isColorOfLab = photometric == PHOTOMETRIC_CIELAB && i % channels != 0;
+        const void *sample = isColorOfLab ? static_cast<const void *>(zero)
+            : bits == 32                  ? static_cast<const void *>(&real)
+                                          : &whole;
+        tile.append(static_cast<const char *>(sample), bits / 8);
+    }
+    for (std::uint32_t i = 0; i < TIFFNumberOfTiles(file); ++i)
+        TIFFWriteEncodedTile(file, i, tile.data(), tile.size());
+    TIFFClose(file);
+}
+
 } // namespace
 
 class tst_CorrectedMetadata : public QObject {
@@ -141,6 +183,8 @@ private Q_SLOTS:
     void copiesMetadata();
     void formatsKeepMetadata_data();
     void formatsKeepMetadata();
+    void kinds_data();
+    void kinds();
 };
 
 void tst_CorrectedMetadata::depthAndAlpha_data()
@@ -234,7 +278,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata_data()
     QTest::newRow("--format exr") << -1;
 }
 
-/// A fitted JPEG in all formats. Of an OpenEXR file only the XMP is checked here, by a second run that knows the first.
+/// A fitted JPEG in all formats. A second run knows the first by its XMP.
 void tst_CorrectedMetadata::formatsKeepMetadata()
 {
     QFETCH(const int, compression);
@@ -252,6 +296,14 @@ void tst_CorrectedMetadata::formatsKeepMetadata()
     QVERIFY2(again.exitCode == 0 && again.error.contains("corrected before"), again.error);
     if (options.contains("exr"_s)) {
         QVERIFY2(run.error.contains("most of the EXIF"), run.error);
+        const Imf::InputFile file(output.toStdString().c_str());
+        const Imf::Header &header = file.header();
+        const Imf::Chromaticities colors = Imf::chromaticities(header), srgb; // whose primaries are the default
+        QVERIFY((colors.red - srgb.red).length() < 0.001F && (colors.blue - srgb.blue).length() < 0.001F);
+        QVERIFY((colors.green - srgb.green).length() < 0.001F && (colors.white - srgb.white).length() < 0.001F);
+        QCOMPARE(Imf::expTime(header), 1.0F / 1250);
+        QVERIFY(std::abs(Imf::latitude(header) + 33.8599F) < 0.0001F); // 33 degrees, 51.5945 minutes south
+        QCOMPARE(Imf::capDate(header), std::string("2020:02:29 12:34:56"));
         return;
     }
     const auto source = OpenMetadata(path), result = OpenMetadata(output);
@@ -271,6 +323,70 @@ void tst_CorrectedMetadata::formatsKeepMetadata()
         thumbnail->readMetadata();
         QCOMPARE(QSize(thumbnail->pixelWidth(), thumbnail->pixelHeight()), QSize(160, 107));
     }
+}
+
+void tst_CorrectedMetadata::kinds_data()
+{
+    QTest::addColumn<int>("photometric"); // of a TIFF
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("resultChannels"); // 0: refused
+    QTest::addColumn<int>("gray");           // the result in parts of 1,000; -1: none
+    const int inks = PHOTOMETRIC_SEPARATED;
+    for (int bits : {8, 16, 32})
+        QTest::addRow("gray, %d bits", bits) << int(PHOTOMETRIC_MINISBLACK) << 1 << bits << 1 << 400;
+    QTest::newRow("gray, with empty pixels --framing 0.5") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 4 << 400;
+    QTest::newRow("gray as JPEG --framing 0.5 --format jpeg") << int(PHOTOMETRIC_MINISBLACK) << 1 << 16 << -1 << 400;
+    QTest::newRow("gray with alpha") << int(PHOTOMETRIC_MINISBLACK) << 2 << 8 << 4 << 400;
+    QTest::newRow("tiled") << int(PHOTOMETRIC_RGB) << 3 << 16 << 3 << 400;
+    QTest::newRow("gray, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 0 << 0;
+    QTest::newRow("tiled, plain --plain") << int(PHOTOMETRIC_RGB) << 3 << 8 << 0 << 0;
+    QTest::newRow("inks") << inks << 4 << 8 << 0 << 0;
+    QTest::newRow("inks --convert") << inks << 4 << 8 << 3 << 360; // 60 % of the paper in the light that black leaves
+    QTest::newRow("Lab") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 0 << 0;
+    QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB of lightness 40
+}
+
+/// Flat pictures in tiles; each sample is 40 % of its range.
+void tst_CorrectedMetadata::kinds()
+{
+    QFETCH(const int, photometric);
+    QFETCH(const int, channels);
+    QFETCH(const int, bits);
+    QFETCH(const int, resultChannels);
+    QFETCH(const int, gray);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    const QStringList options = row.mid(row.indexOf(" --"_s) + 1).split(QLatin1Char(' '));
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("source.tif"_s), profile = folder.filePath("p.lcp"_s);
+    WriteTiles(path, photometric, channels, bits);
+    WriteMetadata(path, {kLens, "50/1", "8/1"});
+    WriteFile(profile, Profile(kLens, /*hasVignetting=*/false));
+    QStringList arguments = {"correct"_s, "--profile"_s, profile, path};
+    if (row.contains("--"_s))
+        arguments += options;
+    const ProgramResult run = ProgramRun().Run(arguments);
+    QCOMPARE(run.exitCode, resultChannels == 0 ? 1 : 0);
+    if (resultChannels == 0) {
+        const QByteArray hint = row.contains("plain"_s) ? "not supported" : "--convert\" corrects them as sRGB";
+        QVERIFY2(run.error.contains(hint), run.error);
+        return;
+    }
+    const QString output = QString::fromUtf8(run.output).trimmed();
+    if (resultChannels < 0) {
+        const QImage image(output);
+        QVERIFY(image.isGrayscale() && image.format() == QImage::Format_Grayscale8);
+        QVERIFY(std::abs(qGray(image.pixel(150, 100)) - 0.4 * 255) < 1.5 && qGray(image.pixel(0, 0)) == 0);
+        return;
+    }
+    const TiffRaster result = ReadTiff(output);
+    QVERIFY(result.channels == resultChannels && result.bits == bits);
+    const double full = bits == 32 ? 1.0 : (1 << bits) - 1.0;
+    for (int c = 0; c < std::min(3, resultChannels); ++c)
+        QVERIFY2(std::abs(double(result.At(150, 100, c)) / full - gray / 1000.0) < 0.004,
+                 qPrintable(QString::number(double(result.At(150, 100, c)) / full)));
+    if (row.contains("empty"_s))
+        QCOMPARE(result.At(0, 0, 3), 0.0F);
 }
 
 QTEST_GUILESS_MAIN(tst_CorrectedMetadata)

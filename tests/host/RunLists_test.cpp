@@ -2,6 +2,7 @@
 #include "KException.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
+#include "command/Console.h"
 #include "command/ReportCommand.h"
 
 #include <QDir>
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void sums_data();
     void sums();
     void recordsOfOtherPrograms();
+    void timeLeft();
 };
 
 void tst_RunLists::namesInLists_data()
@@ -173,6 +175,21 @@ void tst_RunLists::recordsOfOtherPrograms()
     QCOMPARE(read.size(), 1);
     QCOMPARE(ToJson(read[0]), ToJson(report));
     QCOMPARE(read[0].assumed, report.assumed);
+}
+
+void tst_RunLists::timeLeft()
+{
+    const struct {
+        double seconds;
+        int done, open;
+        const char *text;
+    } rows[] = {{5.0, 0, 9, ""},
+                {5.0, 5, 0, ""},
+                {2.2, 4, 6, "about 4 s left"}, // 3.3
+                {60.0, 2, 4, "about 2 min left"},
+                {100.0, 1, 1999, "about 55 h 32 min left"}}; // 199,900 s
+    for (const auto &row : rows)
+        QCOMPARE(TimeLeft(row.seconds, row.done, row.open), QString::fromLatin1(row.text));
 }
 
 QTEST_APPLESS_MAIN(tst_RunLists)

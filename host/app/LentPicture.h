@@ -1,0 +1,17 @@
+// Pictures that the image kernel refuses, described and lent by the program itself.
+#pragma once
+
+#include "ImageDef.h"
+
+#include <memory>
+
+/// The pictures that are accepted, each kind with those before it.
+enum class AcceptedPictures {
+    OfKernel,
+    GrayAndTiled,
+    Converted // CMYK and Lab, whose pixels the image-file layer delivers as sRGB
+};
+
+/// Returns the description of a picture that the kernel refused for @p reason; null if it isn't of an accepted kind. It
+/// lends pixels at full size and native depth only, and not by the image cache; one thread at a time.
+std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReason &reason, AcceptedPictures accepted);

@@ -1,0 +1,196 @@
+// JPEG 2000 with OpenJPEG's encoder as reference.
+#include "Bitmaps.h"
+#include "Case.h"
+
+#include <QtTest>
+
+#include <exiv2/exiv2.hpp>
+#include <openjpeg.h>
+
+namespace {
+
+struct Kind {
+    const char *name;
+    int channels, bits; // stored
+    bool isSigned = false;
+    bool isBoxed = true;
+    int precinct = 0; // side in pixels; 0: the greatest
+    int step = 1;     // of the first component
+    OPJ_COLOR_SPACE space = OPJ_CLRSPC_SRGB;
+};
+
+/// Encodes without loss the samples of @p stored, from 0 to 2^bits - 1; channels interleaved.
+QByteArray Encode(const Kind &kind, QSize size, const std::vector<int> &stored)
+{
+    opj_image_cmptparm_t shapes[4] = {};
+    for (int c = 0; c < kind.channels; ++c) {
+        const auto step = OPJ_UINT32(c == 0 ? kind.step : 1);
+        const int width = size.width() / int(step), height = size.height() / int(step);
+        shapes[c] = {step,
+                     step,
+                     OPJ_UINT32(width),
+                     OPJ_UINT32(height),
+                     0,
+                     0,
+                     OPJ_UINT32(kind.bits),
+                     OPJ_UINT32(kind.bits),
+                     kind.isSigned ? 1U : 0U};
+    }
+    const OPJ_COLOR_SPACE space = kind.channels <= 2 ? OPJ_CLRSPC_GRAY : kind.space;
+    opj_image_t *image = opj_image_create(OPJ_UINT32(kind.channels), shapes, space);
+    image->x1 = OPJ_UINT32(size.width());
+    image->y1 = OPJ_UINT32(size.height());
+    const int offset = kind.isSigned ? 1 << (kind.bits - 1) : 0;
+    for (int i = 0; i < int(stored.size()) && kind.step == 1; ++i)
+        image->comps[i % kind.channels].data[i / kind.channels] = stored[size_t(i)] - offset;
+    if (kind.channels % 2 == 0)
+        image->comps[kind.channels - 1].alpha = 1;
+    opj_cparameters_t parameters;
+    opj_set_default_encoder_parameters(&parameters);
+    parameters.numresolution = 2;
+    parameters.tcp_mct = kind.channels >= 3 && kind.step == 1 ? 1 : 0;
+    if (kind.precinct > 0) {
+        parameters.csty |= 1;
+        parameters.res_spec = 1;
+        parameters.prcw_init[0] = parameters.prch_init[0] = kind.precinct;
+    }
+    opj_codec_t *encoder = opj_create_compress(kind.isBoxed ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K);
+    opj_stream_t *stream = opj_stream_default_create(OPJ_FALSE);
+    struct Output {
+        QByteArray file;
+        int at = 0;
+    } output;
+    opj_stream_set_user_data(stream, &output, nullptr);
+    opj_stream_set_write_function(stream, [](void *data, OPJ_SIZE_T count, void *self) {
+        auto &to = *static_cast<Output *>(self);
+        to.file.replace(to.at, int(count), static_cast<const char *>(data), int(count));
+        to.at += int(count);
+        return count;
+    });
+    opj_stream_set_seek_function(stream, [](OPJ_OFF_T at, void *self) -> OPJ_BOOL {
+        static_cast<Output *>(self)->at = int(at);
+        return OPJ_TRUE;
+    });
+    opj_stream_set_skip_function(stream, [](OPJ_OFF_T count, void *self) {
+        static_cast<Output *>(self)->at += int(count);
+        return count;
+    });
+    const bool isDone = opj_setup_encoder(encoder, &parameters, image) && opj_start_compress(encoder, image, stream)
+        && opj_encode(encoder, stream) && opj_end_compress(encoder, stream);
+    opj_stream_destroy(stream);
+    opj_destroy_codec(encoder);
+    opj_image_destroy(image);
+    return isDone ? output.file : QByteArray();
+}
+
+std::vector<int> Noise(const Kind &kind, QSize size)
+{
+    std::vector<int> values(size_t(size.width() * size.height() * kind.channels));
+    std::uint32_t state = 1;
+    for (int &value : values) {
+        state = state * 1664525 + 1013904223; // Numerical Recipes, 7.1
+        value = int(state >> (32 - kind.bits));
+    }
+    return values;
+}
+
+} // namespace
+
+class tst_Jp2 : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatOpenJpegWrites();
+    void refuses();
+    void damaged();
+    void metadata();
+};
+
+void tst_Jp2::readsWhatOpenJpegWrites()
+{
+    const Kind kinds[] = {{"gray", 1, 8},
+                          {"gray with alpha", 2, 8},
+                          {"RGB", 3, 8},
+                          {"RGB, 12 bits, small precincts", 3, 12, false, true, 32},
+                          {"RGBA, 16 bits", 4, 16},
+                          {"signed", 3, 10, true},
+                          {"codestream", 3, 8, false, false},
+                          {"1 bit", 1, 1, false, false}};
+    for (const Kind &kind : kinds) {
+        const Case named(kind.name);
+        const QSize size(131, 67);
+        const std::vector<int> stored = Noise(kind, size);
+        GFL_FILE_INFORMATION info;
+        const QByteArray file = Encode(kind, size, stored);
+        const BitmapPtr read = LoadFromMemory(file, nullptr, LoadParams(GFL_LOAD_ORIGINAL_DEPTH), &info);
+        QVERIFY2(read, gflLastErrorText());
+        const bool isGray = kind.channels <= 2;
+        const auto expected = [&](int x, int y, int c) {
+            const int channel = isGray && c < 3 ? 0 : isGray ? 1 : c;
+            return stored[size_t((y * size.width() + x) * kind.channels + channel)] / double((1 << kind.bits) - 1);
+        };
+        QCOMPARE(Difference(*read, expected, kind.bits == 8 || kind.bits == 16 ? 0.0 : 1.0 / 65535), QString());
+        QCOMPARE(QSize(info.Width, info.Height), size);
+        QCOMPARE(int(info.ComponentsPerPixel), kind.channels);
+        QCOMPARE(int(read->BitsPerComponent), kind.bits > 8 ? 16 : 8);
+    }
+}
+
+void tst_Jp2::refuses()
+{
+    const Kind kinds[] = {{"subsampled", 3, 8, false, true, 0, 2},
+                          {"YCC", 3, 8, false, true, 0, 1, OPJ_CLRSPC_SYCC},
+                          {"four components of unknown meaning", 4, 8, false, false}};
+    for (const Kind &kind : kinds) {
+        const Case named(kind.name);
+        int error = 0;
+        QVERIFY(!LoadFromMemory(Encode(kind, {16, 16}, Noise(kind, {16, 16})), &error));
+        QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
+    }
+}
+
+void tst_Jp2::damaged()
+{
+    const Kind kind = {"RGB", 3, 8};
+    const QByteArray file = Encode(kind, {40, 30}, Noise(kind, {40, 30}));
+    QCOMPARE(BadCut(file, file.size() - 2), QString()); // the mark at the end may be missing
+    // A million pixels on each side, in tiles or precincts of one pixel.
+    const int size = file.indexOf("\xFF\x51");
+    QByteArray tiles = file;
+    tiles.replace(size + 6, 8, BigEndian(1000000, 4) + BigEndian(1000000, 4));
+    tiles.replace(size + 22, 8, BigEndian(1, 4) + BigEndian(1, 4));
+    const int coding = file.indexOf("\xFF\x52");
+    QByteArray precincts = file;
+    precincts.replace(size + 6, 8, BigEndian(1500, 4) + BigEndian(1500, 4));
+    precincts.replace(size + 22, 8, BigEndian(1500, 4) + BigEndian(1500, 4));
+    precincts[coding + 4] = 1;
+    precincts.insert(coding + 14, QByteArray(2, '\0'));
+    precincts[coding + 3] = char(precincts[coding + 3] + 2);
+    for (const QByteArray &bad : {tiles, precincts}) {
+        int error = 0;
+        QVERIFY(!LoadFromMemory(bad, &error));
+        QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+        QVERIFY2(QByteArray(gflLastErrorText()).contains("too short for its"), gflLastErrorText());
+    }
+}
+
+void tst_Jp2::metadata()
+{
+    const Kind kind = {"RGB", 3, 8};
+    const Folder folder;
+    const QString path = folder("a.jp2");
+    QVERIFY(WriteBytes(path, Encode(kind, {16, 16}, Noise(kind, {16, 16}))));
+    const auto image = Exiv2::ImageFactory::open(path.toStdString());
+    image->readMetadata();
+    image->exifData()["Exif.Image.Orientation"] = uint16_t(6);
+    image->xmpData()["Xmp.xmp.Rating"] = "4";
+    image->iptcData()["Iptc.Application2.City"] = "Sydney";
+    image->writeMetadata();
+    const BitmapPtr read = Load(path, nullptr, LoadParams(GFL_LOAD_METADATA));
+    QVERIFY2(read, gflLastErrorText());
+    QVERIFY(gflBitmapHasEXIF(read.get()));
+    QVERIFY(gflBitmapHasXMP(read.get()));
+    QVERIFY(gflBitmapHasIPTC(read.get()));
+}
+
+QTEST_GUILESS_MAIN(tst_Jp2)
+#include "Jp2_test.moc"

@@ -1,4 +1,4 @@
-// Pictures that the image kernel refuses, described and lent by the program itself.
+// Pictures that the image kernel refuses, described and read by the program.
 #pragma once
 
 #include "ImageDef.h"
@@ -13,5 +13,5 @@ enum class AcceptedPictures {
 };
 
 /// Returns the description of a picture that the kernel refused for @p reason; null if it isn't of an accepted kind. It
-/// lends pixels at full size and native depth only, and not by the image cache; one thread at a time.
+/// provides pixels only at full size and native depth, without the image cache; one thread at a time.
 std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReason &reason, AcceptedPictures accepted);

@@ -152,15 +152,15 @@ void BM_Fitted(benchmark::State &state, FittedWarp::Sampling sampling, Correctio
         state.SkipWithError("rows missing");
 }
 
-#define FITTED(name, sampling, switches, light)                                                                        \
-    BENCHMARK_CAPTURE(BM_Fitted, name##_Sse2, FittedWarp::Sampling::sampling, switches, light,                         \
-                      FloatWarp::Instructions(0))                                                                      \
-        ->UseManualTime()                                                                                              \
-        ->Unit(benchmark::kMillisecond);                                                                               \
-    BENCHMARK_CAPTURE(BM_Fitted, name##_Avx2, FittedWarp::Sampling::sampling, switches, light,                         \
-                      FloatWarp::Instructions::Avx2)                                                                   \
+#define FITTED_WITH(name, set, sampling, switches, light)                                                              \
+    BENCHMARK_CAPTURE(BM_Fitted, name##_##set, FittedWarp::Sampling::sampling, switches, light,                        \
+                      FloatWarp::Instructions::set)                                                                    \
         ->UseManualTime()                                                                                              \
         ->Unit(benchmark::kMillisecond)
+#define FITTED(name, ...)                                                                                              \
+    FITTED_WITH(name, Baseline, __VA_ARGS__);                                                                          \
+    FITTED_WITH(name, Avx2, __VA_ARGS__);                                                                              \
+    FITTED_WITH(name, Avx512, __VA_ARGS__)
 FITTED(Bilinear, Bilinear, kDistortion, TransferCurve::Linear());
 FITTED(BilinearAll, Bilinear, kAll, TransferCurve::Linear());
 FITTED(Sharp, Sharp, kDistortion, TransferCurve::Linear());
@@ -169,6 +169,7 @@ FITTED(BilinearAllSrgb, Bilinear, kAll, TransferCurve::Srgb());
 FITTED(SharpSrgb, Sharp, kDistortion, TransferCurve::Srgb());
 FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 #undef FITTED
+#undef FITTED_WITH
 
 /// The plain definition, for comparison.
 void BM_WarpPlainly(benchmark::State &state)

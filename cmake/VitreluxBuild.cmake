@@ -58,8 +58,12 @@ function(vitrelux_layer name)
     vitrelux_compile_rules(${name})
 endfunction()
 
+# No display, no settings of the user, and what sanitizers need to know.
+set(VITRELUX_TEST_ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/home/data;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/tests/home/config")
+
 # vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those
-# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't understand.
+# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't support.
 add_custom_target(thread_tests)
 function(vitrelux_test name)
     cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
@@ -71,8 +75,7 @@ function(vitrelux_test name)
     vitrelux_compile_rules(${name})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/home/data;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/tests/home/config")
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${VITRELUX_TEST_ENVIRONMENT}")
     if(arg_THREADS)
         set_tests_properties(${name} PROPERTIES LABELS threads)
         add_dependencies(thread_tests ${name})

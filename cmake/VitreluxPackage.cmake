@@ -25,7 +25,7 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmak
 install(FILES "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" "${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmake"
         DESTINATION ${sdk_dir})
 install(FILES README.md DESTINATION share/doc/vitrelux)
-install(FILES docs/host-guide.md DESTINATION share/doc/vitrelux)
+install(FILES docs/host-guide.md docs/large-jobs.md DESTINATION share/doc/vitrelux)
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
@@ -51,18 +51,22 @@ endif()
 file(INSTALL "${zsh_file}" DESTINATION "${CMAKE_INSTALL_PREFIX}/share/zsh/${zsh_dir}")
 ]])
 
-# Entries of file managers. One list of MIME types and one of names, those of the desktop entries, serve all.
+# Entries of file managers. One list of MIME types and one of names, those of the desktop entries, serve all. The name
+# vitrelux_correct sorts after vitrelux.desktop: where no default is set, a double click opens the first one, the wizard.
 file(STRINGS resources/desktop/vitrelux.desktop mime_types REGEX "^MimeType=" ENCODING UTF-8)
-file(STRINGS packaging/file-managers/vitrelux-correct.desktop.in names REGEX "^Name" ENCODING UTF-8)
+file(STRINGS packaging/file-managers/vitrelux_correct.desktop.in names REGEX "^Name" ENCODING UTF-8)
 string(REPLACE "\\;" ";" mime_types "${mime_types}")
 list(JOIN names "\n" names)
-foreach(entry vitrelux-correct vitrelux-servicemenu)
+foreach(entry vitrelux_correct vitrelux-servicemenu)
     configure_file(packaging/file-managers/${entry}.desktop.in "${CMAKE_BINARY_DIR}/desktop/${entry}.desktop" @ONLY)
 endforeach()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS resources/desktop/vitrelux.desktop)
-install(FILES "${CMAKE_BINARY_DIR}/desktop/vitrelux-correct.desktop" DESTINATION share/applications)
+install(FILES "${CMAKE_BINARY_DIR}/desktop/vitrelux_correct.desktop" DESTINATION share/applications)
 install(FILES "${CMAKE_BINARY_DIR}/desktop/vitrelux-servicemenu.desktop" DESTINATION share/kio/servicemenus)
-install(FILES packaging/file-managers/thunar-uca.xml DESTINATION share/doc/vitrelux/examples)
+install(PROGRAMS packaging/large-jobs/slurm-array DESTINATION share/doc/vitrelux/examples)
+install(FILES packaging/large-jobs/kubernetes-job.yaml packaging/large-jobs/vitrelux-watch.path
+              packaging/large-jobs/vitrelux-watch.service packaging/large-jobs/vitrelux-watch.timer
+              packaging/file-managers/thunar-uca.xml DESTINATION share/doc/vitrelux/examples)
 install(PROGRAMS packaging/file-managers/nautilus-script DESTINATION share/doc/vitrelux/examples)
 
 set(CPACK_GENERATOR DEB)

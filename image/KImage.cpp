@@ -96,7 +96,7 @@ void KImage::AllocBitmap(int width, int height, unsigned short type, int bitsPer
     const int bytesPerPixel = (bitsPerComponent >> 3) * channels;
     const qint64 ownStrideBytes = (static_cast<qint64>(width) * bytesPerPixel + 3) & ~qint64(3); // < 2^35
     if (!data && ownStrideBytes > std::numeric_limits<quint32>::max())
-        KThrow(kNotEnoughMemory); // the record holds 32-bit strides
+        KThrow(kNotEnoughMemory); // the record has 32-bit strides
 
     m_bitmap = static_cast<GFL_BITMAP *>(AllocateBytes(sizeof(GFL_BITMAP)));
     GFL_BITMAP &bitmap = *m_bitmap;

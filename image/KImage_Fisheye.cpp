@@ -20,14 +20,14 @@ using primitives::Step;
 constexpr int kRays = 360; // one per degree
 constexpr int kMargin = 2; // the median reads this far beyond the region, on all sides
 constexpr int kIterations = 500;
-constexpr int kLeastSupport = kRays / 8; // edges that confirm a circle; about 20 agree by chance
-constexpr double kLeastRadius = 0.25;    // relative to the smaller side, like the two below
+constexpr int kMinSupport = kRays / 8; // edges that confirm a circle; about 20 agree by chance
+constexpr double kMinRadius = 0.25;    // relative to the smaller side, like the two below
 constexpr double kLargestOffset = 0.2;
 constexpr double kSmallerSideSteps = 1000; // determines the step along a ray in large frames
 constexpr double kNominalTolerance = 0.2;
 /// The code of full brightness: four times it, the edge filter's largest response, still fits 16 bits.
 constexpr float kFullCode = 8191;
-constexpr Ipp16s kLeastEdge = 650; // 2 % of the codes
+constexpr Ipp16s kMinEdge = 650; // 2 % of the codes
 
 struct Ray {
     double x, y;
@@ -177,7 +177,7 @@ constexpr int kLevelRows = 4; // to measure the level on either side of an edge
 /// Returns a quarter of the picture's typical brightness at the least radius: brighter samples lie inside the circle.
 float InsideLevel(const PolarFrame &frame)
 {
-    const int row = static_cast<int>(kLeastRadius * frame.grid.smallerSide / frame.grid.stepPx);
+    const int row = static_cast<int>(kMinRadius * frame.grid.smallerSide / frame.grid.stepPx);
     std::vector<float> levels;
     for (int ray = 0; ray < kRays; ++ray)
         levels.push_back(frame.Brightness(ray, row, kLevelRows));
@@ -221,7 +221,7 @@ QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
         int best = first;
         for (int row = first; row <= qMin(last, static_cast<int>(qMin(reach.last / stepPx, 1e9))); ++row)
             best = *frame.edges.At(i, row) > *frame.edges.At(i, best) ? row : best;
-        if (best <= last && *frame.edges.At(i, best) >= kLeastEdge)
+        if (best <= last && *frame.edges.At(i, best) >= kMinEdge)
             measurements.append({CrossingRow(frame, i, best) * stepPx, ray.x, ray.y, /*inside=*/false});
     }
     return measurements;
@@ -230,19 +230,19 @@ QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
 {
     constexpr RansacFisheye::Model kNone = {0, 0, 0};
-    constexpr int kLeastSide = 32; // smallest side at which edges can be distinguished
+    constexpr int kMinSide = 32; // smallest side at which edges can be distinguished
     if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
     if (!std::isfinite(nominalRadius) || nominalRadius < 0)
         KThrow(kInvalidParameter);
-    if (qMin(image.width(), image.height()) < kLeastSide)
+    if (qMin(image.width(), image.height()) < kMinSide)
         return kNone;
 
     const PolarFrame frame(image);
     const double smallerSide = frame.grid.smallerSide, freedom = kLargestOffset * smallerSide;
     const Reach reach = nominalRadius > 0
         ? Reach{(1 - kNominalTolerance) * nominalRadius - freedom, (1 + kNominalTolerance) * nominalRadius + freedom}
-        : Reach{kLeastRadius * smallerSide, INFINITY};
+        : Reach{kMinRadius * smallerSide, INFINITY};
     RansacFisheye fit;
     fit.data = MeasureRays(frame, reach);
     fit.iterations = kIterations;
@@ -256,7 +256,7 @@ RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
     const RefinedCircle circle = RefineCircle(fit);
     const bool isNominal =
         nominalRadius == 0 || std::fabs(circle.model.radius / nominalRadius - 1) <= kNominalTolerance;
-    return circle.support >= kLeastSupport && isNominal ? circle.model : kNone;
+    return circle.support >= kMinSupport && isNominal ? circle.model : kNone;
 }
 
 } // namespace

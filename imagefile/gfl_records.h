@@ -86,7 +86,7 @@ static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_P
 enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
     GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
-    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: floats of 16 bits, whatever the bitmap's depth
+    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: 16-bit floats, regardless of the bitmap's depth
 };
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
@@ -159,7 +159,7 @@ struct GFL_XMP_DATA {
 };
 static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8, "layout shared with hosts");
 
-/// Bit of GFL_IPTC_ENTRY::Id: Value holds hexadecimal digits, because the bytes contain a zero.
+/// Bit of GFL_IPTC_ENTRY::Id: Value is hexadecimal digits, because the bytes contain a zero.
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {

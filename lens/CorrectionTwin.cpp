@@ -7,14 +7,19 @@ namespace {
 
 using Point = SourcePlaces::Point;
 
-constexpr double kMostGain = 16.0;
+constexpr double kMaxGain = 16.0;
+
+double EndOf(const std::optional<RadialMap> &map)
+{
+    return map ? std::min(map->endRadius, std::sqrt(map->factor.EndSquared())) : 0.0;
+}
 
 /// Applies @p map to @p from and updates the distance to the map's end in @p places.
-Point Mapped(const RadialMap &map, const Point &from, SourcePlaces *places)
+Point Mapped(const RadialMap &map, double end, const Point &from, SourcePlaces *places)
 {
     const double dx = from.x - map.centerX, dy = from.y - map.centerY;
     const double squared = dx * dx + dy * dy, factor = map.factor.AtSquared(squared);
-    const double radius = std::sqrt(squared), end = std::min(map.endRadius, std::sqrt(map.factor.EndSquared()));
+    const double radius = std::sqrt(squared);
     places->folded |= radius > map.endRadius;
     places->toEnd = std::min(places->toEnd, end - radius);
     const double t1 = map.tangential1, t2 = map.tangential2;
@@ -22,11 +27,11 @@ Point Mapped(const RadialMap &map, const Point &from, SourcePlaces *places)
             map.centerY + factor * dy + (2.0 * dy * dy + squared) * t1 + 2.0 * dx * dy * t2};
 }
 
-double GainAt(const GainMap &map, const Point &at, SourcePlaces *places)
+double GainAt(const GainMap &map, double end, const Point &at, SourcePlaces *places)
 {
     const double dx = at.x - map.centerX, dy = at.y - map.centerY, squared = dx * dx + dy * dy;
-    places->toEnd = std::min(places->toEnd, std::sqrt(map.gain.EndSquared()) - std::sqrt(squared));
-    return std::clamp(map.gain.AtSquared(squared), 1.0, kMostGain); // the cubic overshoots steep nodes
+    places->toEnd = std::min(places->toEnd, end - std::sqrt(squared));
+    return std::clamp(map.gain.AtSquared(squared), 1.0, kMaxGain); // the cubic overshoots steep nodes
 }
 
 Point Framed(const Correction &correction, double x, double y)
@@ -37,20 +42,29 @@ Point Framed(const Correction &correction, double x, double y)
 
 } // namespace
 
+CorrectionTwin::CorrectionTwin(const Correction &correction)
+    : m_correction(correction),
+      m_geometryEnd(EndOf(correction.geometry)),
+      m_redEnd(EndOf(correction.red)),
+      m_blueEnd(EndOf(correction.blue)),
+      m_lightEnd(correction.light ? std::sqrt(correction.light->gain.EndSquared()) : 0.0)
+{
+}
+
 SourcePlaces CorrectionTwin::At(double x, double y) const
 {
     const Correction &c = m_correction;
     SourcePlaces places;
-    const Point a = Framed(c, x, y), g = c.geometry ? Mapped(*c.geometry, a, &places) : a;
+    const Point a = Framed(c, x, y), g = c.geometry ? Mapped(*c.geometry, m_geometryEnd, a, &places) : a;
     places.green = g;
-    places.red = c.red ? Mapped(*c.red, g, &places) : g;
-    places.blue = c.blue ? Mapped(*c.blue, g, &places) : g;
+    places.red = c.red ? Mapped(*c.red, m_redEnd, g, &places) : g;
+    places.blue = c.blue ? Mapped(*c.blue, m_blueEnd, g, &places) : g;
     if (c.light)
-        places.gain = GainAt(*c.light, g, &places);
+        places.gain = GainAt(*c.light, m_lightEnd, g, &places);
     return places;
 }
 
-bool CorrectionTwin::Holds(const Point &place) const
+bool CorrectionTwin::Contains(const Point &place) const
 {
     return place.x >= -kBorderPixels && place.x <= m_correction.width - 1 + kBorderPixels && place.y >= -kBorderPixels
         && place.y <= m_correction.height - 1 + kBorderPixels; // false for NaN
@@ -58,7 +72,7 @@ bool CorrectionTwin::Holds(const Point &place) const
 
 bool CorrectionTwin::IsEmpty(const SourcePlaces &places) const
 {
-    return places.folded || !Holds(places.red) || !Holds(places.green) || !Holds(places.blue);
+    return places.folded || !Contains(places.red) || !Contains(places.green) || !Contains(places.blue);
 }
 
 bool CorrectionTwin::LeavesEmpty() const

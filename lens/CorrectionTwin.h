@@ -19,7 +19,7 @@ struct SourcePlaces {
 /// Evaluates a correction pixel by pixel; the plain twin of FittedWarp. Any thread may call const functions.
 class CorrectionTwin {
 public:
-    explicit CorrectionTwin(const Correction &correction) : m_correction(correction) { }
+    explicit CorrectionTwin(const Correction &correction);
 
     /// How far outside the picture a place may lie, in pixels from the centers of the outermost pixels, which extend
     /// half a pixel.
@@ -38,7 +38,8 @@ public:
     bool LeavesEmpty() const;
 
 private:
-    bool Holds(const SourcePlaces::Point &place) const;
+    bool Contains(const SourcePlaces::Point &place) const;
 
     Correction m_correction;
+    double m_geometryEnd, m_redEnd, m_blueEnd, m_lightEnd; // radii up to which maps and their tables reach
 };

@@ -89,7 +89,7 @@ void FittedPlaces::Fill(CornerRow *corners, int row) const
         const Values values = ValuesOf(places, x, y);
         corners->rough[i] = IsNearEnd(places, m_side);
         for (int plane = 0; plane < m_planes; ++plane)
-            corners->values[size_t(plane) * m_stride + i] = static_cast<float>(values[plane]);
+            corners->values[size_t(plane) * m_stride + i] = Near(values[plane]);
         corners->values[size_t(kGainRoot) * m_stride + i] = RootOf(places.gain);
     }
 }

@@ -18,8 +18,17 @@ public:
     /// root only if light is computed by a formula.
     enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
+    /// The most that a position can be from its pixel, in pixels, along each axis.
+    static constexpr float kFar = 1048576.0F;
+    /// Limits a relative position to kFar; NaN becomes negative.
+    static float Near(double relative)
+    {
+        const double limited = relative > -double(kFar) ? relative : -double(kFar);
+        return static_cast<float>(limited < double(kFar) ? limited : double(kFar));
+    }
+
     /// Number of meaningless but readable values after each row.
-    static constexpr int kPadding = 8;
+    static constexpr int kPadding = 16;
 
     /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable; null: there are no roots.
     FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots);

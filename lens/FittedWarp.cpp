@@ -9,10 +9,14 @@
 
 namespace {
 
-// One struct per instruction set; code inlined into its function is compiled for that set.
+// One struct per instruction set; code inlined into its function is compiled for that set. Vectors of Floats are as
+// wide as those that the compiler makes of loops: reading two stores by one load takes long. Taps are of a row of a
+// kernel.
 
 struct Baseline {
     using Floats = float __attribute__((vector_size(16)));
+    using Taps = Floats;
+    using Bilinear = PixelByPixel;
     using Shorts = std::int16_t __attribute__((vector_size(16)));
 #if VITRELUX_FITTED_VECTORS
     using Codes = CodesBySse2;
@@ -29,6 +33,8 @@ struct Baseline {
 
 struct Avx2 {
     using Floats = float __attribute__((vector_size(32)));
+    using Taps = Floats;
+    using Bilinear = PixelByPixel;
     using Shorts = std::int16_t __attribute__((vector_size(32)));
     using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("avx2")]] static bool Rows(const FittedWarp::Band &band)
@@ -38,7 +44,9 @@ struct Avx2 {
 };
 
 struct Avx512 {
-    using Floats = Avx2::Floats;
+    using Floats = float __attribute__((vector_size(64)));
+    using Taps = Avx2::Taps;
+    using Bilinear = FourByAvx512;
     using Shorts = Avx2::Shorts;
     using Codes = CodesByAvx2;
     template <typename Kind> [[gnu::target("arch=x86-64-v4")]] static bool Rows(const FittedWarp::Band &band)
@@ -59,8 +67,8 @@ struct Kinds {
 
 template <typename Set>
 constexpr Kinds kKindsOf = {
-    {{Set::template Rows<Bilinear<Set, false, false>>, Set::template Rows<Bilinear<Set, false, true>>},
-     {Set::template Rows<Bilinear<Set, true, false>>, Set::template Rows<Bilinear<Set, true, true>>}},
+    {{Set::template Rows<BilinearBlocks<Set, false, false>>, Set::template Rows<BilinearBlocks<Set, false, true>>},
+     {Set::template Rows<BilinearBlocks<Set, true, false>>, Set::template Rows<BilinearBlocks<Set, true, true>>}},
     {{Set::template Rows<Sharp<SharpFloats<Set, false, false>>>,
       Set::template Rows<Sharp<SharpFloats<Set, false, true>>>},
      {Set::template Rows<Sharp<SharpFloats<Set, true, false>>>,

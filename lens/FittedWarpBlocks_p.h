@@ -2,130 +2,20 @@
 #pragma once
 
 #include "FittedWarpLight_p.h"
+#include "FittedWarpQuads_p.h"
 
 #include <algorithm>
 #include <memory>
 
 namespace {
 
-// --- Bilinear ---
-
-VITRELUX_INLINE Float4 Load(const unsigned char *pixel)
-{
-    Float4 value;
-    std::memcpy(&value, pixel, sizeof value);
-    return value;
-}
-
-/// Returns the colors times alpha, and alpha.
-VITRELUX_INLINE Float4 Premultiplied(Float4 pixel)
-{
-    return pixel * Float4{pixel[3], pixel[3], pixel[3], 1.0F};
-}
-
-/// Loads a pixel as a term of a weighted sum.
-template <bool kAlpha> VITRELUX_INLINE Float4 LoadTerm(const unsigned char *pixel)
-{
-    return kAlpha ? Premultiplied(Load(pixel)) : Load(pixel);
-}
-
-/// Converts a weighted sum to a pixel: divides the colors by alpha, or sets alpha to 1 if there is none.
-template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
-{
-    if (!kAlpha)
-        return Float4{sum[0], sum[1], sum[2], 1.0F};
-    const float scale = sum[3] > 0.0F ? 1.0F / sum[3] : 0.0F;
-    return sum * Float4{scale, scale, scale, 1.0F};
-}
-
-/// Interpolates between four pixels; @p at(right, down) returns the address of the pixel at these offsets, 0 or 1.
-template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
-{
-    const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
-    const Float4 top = LoadTerm<kAlpha>(at(0, 0)) * restX + LoadTerm<kAlpha>(at(1, 0)) * x;
-    const Float4 bottom = LoadTerm<kAlpha>(at(0, 1)) * restX + LoadTerm<kAlpha>(at(1, 1)) * x;
-    return Finished<kAlpha>(top * restY + bottom * y);
-}
-
-template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band &band, const Neighbors &at, int i)
-{
-    const unsigned char *corner = band.source + at.y[i] * band.sourceStride + std::int64_t(at.x[i]) * kPixelBytes;
-    return Mix<kAlpha>(at.fx[i], at.fy[i], [&](int right, int down) VITRELUX_INLINED {
-        return corner + right * kPixelBytes + down * band.sourceStride;
-    });
-}
-
-/// Samples near the picture's edges, which are repeated. Returns false if a row isn't in memory.
-template <bool kAlpha>
-inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
-{
-    const int rowOf[2] = {std::clamp(at.y[i], 0, band.height - 1), std::clamp(at.y[i] + 1, 0, band.height - 1)};
-    if (rowOf[0] < band.heldFirst || rowOf[1] >= band.heldEnd)
-        return false;
-    *sample = Mix<kAlpha>(at.fx[i], at.fy[i], [&](int right, int down) {
-        const int x = std::clamp(at.x[i] + right, 0, band.width - 1);
-        return band.source + rowOf[down] * band.sourceStride + std::int64_t(x) * kPixelBytes;
-    });
-    return true;
-}
-
-/// Joins the first lane of @p red, the second and fourth of @p green and the third of @p blue.
-VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
-{
-    return Float4{red[0], green[1], blue[2], green[3]};
-}
-
-/// Neighbors of a block's places; only green's unless colors are split.
-using ColorNeighbors = Neighbors[kColors];
-
-/// Samples each color at its place; all neighbors must be in memory.
-template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band &band, const ColorNeighbors &at, int i)
-{
-    if constexpr (kAlpha)
-        return Join(SampleHeld<true>(band, at[kRed], i), SampleHeld<true>(band, at[kGreen], i),
-                    SampleHeld<true>(band, at[kBlue], i));
-    const auto corner = [&](const Neighbors &color) VITRELUX_INLINED {
-        return band.source + color.y[i] * band.sourceStride + std::int64_t(color.x[i]) * kPixelBytes;
-    };
-    const unsigned char *red = corner(at[kRed]), *green = corner(at[kGreen]), *blue = corner(at[kBlue]);
-    const auto load = [&](std::int64_t step)
-                          VITRELUX_INLINED { return Join(Load(red + step), Load(green + step), Load(blue + step)); };
-    const Float4 x = {at[kRed].fx[i], at[kGreen].fx[i], at[kBlue].fx[i], 0.0F}, restX = 1.0F - x;
-    const Float4 y = {at[kRed].fy[i], at[kGreen].fy[i], at[kBlue].fy[i], 0.0F}, restY = 1.0F - y;
-    const std::int64_t down = band.sourceStride;
-    const Float4 top = load(0) * restX + load(kPixelBytes) * x;
-    const Float4 bottom = load(down) * restX + load(down + kPixelBytes) * x;
-    return Finished<false>(top * restY + bottom * y);
-}
-
-/// Samples pixel by pixel, for edges and empty pixels. Returns false if a row isn't in memory.
-template <bool kAlpha, bool kSplit>
-VITRELUX_INLINE bool SampleCarefully(const FittedWarp::Band &band, const ColorNeighbors &at, int count, Float4 *samples)
-{
-    for (int i = 0; i < count; ++i) {
-        samples[i] = Same(0.0F);
-        if (IsEmpty(band, at[kGreen], i) || (kSplit && (IsEmpty(band, at[kRed], i) || IsEmpty(band, at[kBlue], i))))
-            continue;
-        Float4 green, red, blue;
-        if (!SampleAnywhere<kAlpha>(band, at[kGreen], i, &green))
-            return false;
-        samples[i] = green;
-        if constexpr (kSplit) {
-            if (!SampleAnywhere<kAlpha>(band, at[kRed], i, &red) || !SampleAnywhere<kAlpha>(band, at[kBlue], i, &blue))
-                return false;
-            samples[i] = Join(red, green, blue);
-        }
-    }
-    return true;
-}
-
 /// Prefetches source rows for the next rows of the result: the processor doesn't predict curved lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
+    const unsigned char *ahead = band.source + kRowsAhead * band.sourceStride;
     for (int i = 0; i < count; i += kLinePixels)
-        __builtin_prefetch(band.source + (at.y[i] + kRowsAhead) * band.sourceStride
-                           + std::int64_t(at.x[i]) * kPixelBytes);
+        __builtin_prefetch(ahead + at.corner[i]);
 }
 
 // --- Rows ---
@@ -153,7 +43,7 @@ VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 }
 
 /// Bilinear sampling, block by block.
-template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
+template <typename Set, bool kAlpha, bool kSplit> struct BilinearBlocks {
     struct Scratch { };
 
     /// Returns false if a row isn't in memory.
@@ -161,16 +51,14 @@ template <typename Set, bool kAlpha, bool kSplit> struct Bilinear {
                                        Float4 *samples)
     {
         ColorNeighbors at;
-        bool allHeld = true;
-        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color) {
-            FindNeighbors(block, places.of[color], &at[color]);
-            allHeld &= AllHeld(band, at[color], block.count, /*reach=*/0);
-        }
-        if (!allHeld)
+        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color)
+            FindNeighbors<typename Set::Floats>(block, places.of[color], &at[color]);
+        if (!AllHeld<kSplit>(band, at, block.count))
             return SampleCarefully<kAlpha, kSplit>(band, at, block.count, samples);
+        for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color)
+            FindCorners(band, &at[color]);
         Prefetch(band, at[kGreen], block.count);
-        for (int i = 0; i < block.count; ++i)
-            samples[i] = kSplit ? SampleSplit<kAlpha>(band, at, i) : SampleHeld<kAlpha>(band, at[kGreen], i);
+        Set::Bilinear::template Sample<kAlpha, kSplit>(band, at, 0, block.count, samples);
         return true;
     }
 

@@ -5,13 +5,9 @@
 #include "FittedWarpPlaces_p.h"
 
 #include <limits>
+#include <type_traits>
 
 namespace {
-
-VITRELUX_INLINE Float4 Same(float value)
-{
-    return Float4{value, value, value, value};
-}
 
 template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 {
@@ -19,6 +15,14 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
     value = value > zero ? value : zero;
     return value < one ? value : one;
 }
+
+#if VITRELUX_FITTED_VECTORS
+/// The same in the two instructions that compilers don't find.
+template <> VITRELUX_INLINE Float4 Limited(Float4 value)
+{
+    return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));
+}
+#endif
 
 /// Maps colors through one table per channel. Arguments are at least 0 or NaN.
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
@@ -73,6 +77,10 @@ VITRELUX_INLINE void Store(const FittedWarp::Band &band, unsigned char *target, 
 
 template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
 {
+#if VITRELUX_FITTED_VECTORS
+    if constexpr (sizeof mask == sizeof(__m128))
+        return _mm_movemask_ps(LoadVector<__m128>(&mask)) != 0;
+#endif
     using Longs = std::int64_t __attribute__((vector_size(16)));
     Longs parts[sizeof mask / sizeof(Longs)], any = {};
     std::memcpy(parts, &mask, sizeof mask);
@@ -81,23 +89,25 @@ template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
     return (any[0] | any[1]) != 0;
 }
 
-/// Returns one value per pixel in its three color lanes, and @p alpha in its fourth.
+template <typename Floats, int... kLane>
+VITRELUX_INLINE Floats ForPixels(Floats values, Floats alpha, std::integer_sequence<int, kLane...>)
+{
+    return __builtin_shufflevector(values, alpha, (kLane % 4 == 3 ? kLanesOf<Floats> : kLane / 4)...);
+}
+
+/// Returns one value per pixel in its three color lanes, and @p alpha in its fourth. Reads a whole vector.
 template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
 {
-    if constexpr (sizeof(Floats) == sizeof(Float4))
-        return Floats{values[0], values[0], values[0], alpha};
-    else
-        return Floats{values[0], values[0], values[0], alpha, values[1], values[1], values[1], alpha};
+    return ForPixels(LoadVector<Floats>(values), Floats{} + alpha, LanesOf<Floats>());
 }
 
 /// The same by a formula instead of tables, for gains from 1 on.
 template <typename Floats> struct FormulaLight {
     VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
     {
-        const float values[] = {static_cast<float>(formula.offset), static_cast<float>(formula.offset)};
-        const float toes[] = {static_cast<float>(formula.toe), static_cast<float>(formula.toe)};
-        offset = ForPixels<Floats>(values, 0.0F);
-        toe = ForPixels<Floats>(toes, -std::numeric_limits<float>::infinity());
+        const Floats zero = {}, noToe = zero - std::numeric_limits<float>::infinity();
+        offset = ForPixels(zero + static_cast<float>(formula.offset), zero, LanesOf<Floats>());
+        toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
     /// Returns the pixels of a vector, multiplied and limited. Sets @p simple to false if a value passes the toe, which
@@ -183,8 +193,11 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
     if (band.light.IsLinear())
         return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
                                  : StoreLinear<Floats, true>(block, samples, gain);
+    // At most eight lanes: compilers take ten times as long for masks of longer vectors.
+    using Float8 = float __attribute__((vector_size(32)));
+    using Masked = std::conditional_t<(sizeof(Floats) > sizeof(Float8)), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))
-        return StoreByFormula<Floats>(band, block, samples, gains);
+        return StoreByFormula<Masked>(band, block, samples, gains);
     const Light light(band.light);
     for (int i = 0; i < block.count; ++i)
         Store(band, block.target + i * kPixelBytes, light.Grown(samples[i], gain[i]));

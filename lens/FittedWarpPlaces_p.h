@@ -2,15 +2,24 @@
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
-// whatever the target has; each lane gives the same bits everywhere.
+// the target's instructions; each lane gives the same bits everywhere.
 #pragma once
 
 #include "FittedPlaces.h"
 #include "FittedWarp.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <utility>
+
+#if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
+#define VITRELUX_FITTED_VECTORS 1
+#include <immintrin.h>
+#else
+#define VITRELUX_FITTED_VECTORS 0
+#endif
 
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
 #define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
@@ -39,22 +48,29 @@ constexpr int kPixelBytes = 16;
 
 using Float4 = float __attribute__((vector_size(16)));
 
+VITRELUX_INLINE Float4 Same(float value)
+{
+    return Float4{value, value, value, value};
+}
+
 /// A run of pixels in a row.
 struct Block {
     int x, y, count;
     unsigned char *target;
 };
 
-/// Positions relative to the pixel of the block that they belong to.
+/// Positions relative to the pixel of the block that they belong to, at most FittedPlaces::kFar.
 struct Places {
     alignas(64) float x[kBlockPixels];
     alignas(64) float y[kBlockPixels];
 };
 
-/// Factors of light, and their roots if FittedPlaces::HasRoots.
+/// Factors of light, and their roots if FittedPlaces::HasRoots. Whole vectors can be read from any pixel on.
 struct Gains {
-    alignas(64) float gain[kBlockPixels];
-    alignas(64) float root[kBlockPixels];
+    static constexpr int kPadding = 16;
+
+    alignas(64) float gain[kBlockPixels + kPadding];
+    alignas(64) float root[kBlockPixels + kPadding];
 };
 
 enum Color { kGreen, kRed, kBlue, kColors };
@@ -71,28 +87,44 @@ template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
     return value;
 }
 
+template <typename Floats> constexpr int kLanesOf = sizeof(Floats) / sizeof(float);
+template <typename Floats> using LanesOf = std::make_integer_sequence<int, kLanesOf<Floats>>;
+
+/// Fills kSide lanes with each of the values of @p cells, from vector @p kVector of the result on.
+template <int kSide, int kVector, typename Floats, int... kLane>
+VITRELUX_INLINE Floats Repeat(Floats cells, std::integer_sequence<int, kLane...>)
+{
+    return __builtin_shufflevector(cells, cells, ((kVector * kLanesOf<Floats> + kLane) / kSide)...);
+}
+
+template <int kSide, int kVector, typename Floats, int... kLane>
+VITRELUX_INLINE void FillVector(Floats left, Floats slope, float *out, std::integer_sequence<int, kLane...> lanes)
+{
+    constexpr int kFirst = kVector * kLanesOf<Floats>;
+    const Floats steps = {static_cast<float>((kFirst + kLane) % kSide)...};
+    const Floats values = Repeat<kSide, kVector>(left, lanes) + Repeat<kSide, kVector>(slope, lanes) * steps;
+    std::memcpy(out + kFirst, &values, sizeof values);
+}
+
+/// Writes the values of the pixels of as many cells as vectors have lanes, or of a whole block.
+template <int kSide, typename Floats, int... kVector>
+VITRELUX_INLINE void FillCells(Floats left, Floats slope, float *out, std::integer_sequence<int, kVector...>)
+{
+    (FillVector<kSide, kVector>(left, slope, out, LanesOf<Floats>()), ...);
+}
+
 /// Interpolates between the upper and lower corners of cells, @p share of the way down. Reads whole vectors of corners.
 template <typename Floats, int kSide>
 VITRELUX_INLINE void Interpolate(const float *above, const float *below, float share, float *out)
 {
-    constexpr int kCells = kBlockPixels / kSide, kLanes = sizeof(Floats) / sizeof(float);
-    float corner[kCells + FittedPlaces::kPadding];
-    for (int i = 0; i <= kCells; i += kLanes) {
+    constexpr int kCells = kBlockPixels / kSide, kVectors = std::min(kSide, kBlockPixels / kLanesOf<Floats>);
+    const auto corner = [&](int i) VITRELUX_INLINED {
         const Floats from = LoadVector<Floats>(above + i), to = LoadVector<Floats>(below + i);
-        const Floats mixed = from + (to - from) * share;
-        std::memcpy(corner + i, &mixed, sizeof mixed);
-    }
-    float steps[kBlockPixels];
-    for (int j = 0; j < kSide; ++j)
-        steps[j] = static_cast<float>(j);
-    for (int i = 0; i < kCells; ++i) {
-        const float left = corner[i], slope = (corner[i + 1] - left) * (1.0F / kSide);
-        for (int j = 0; kSide % kLanes == 0 && j < kSide; j += kLanes) {
-            const Floats values = left + slope * LoadVector<Floats>(steps + j);
-            std::memcpy(out + i * kSide + j, &values, sizeof values);
-        }
-        for (int j = 0; kSide % kLanes != 0 && j < kSide; ++j)
-            out[i * kSide + j] = left + slope * steps[j];
+        return from + (to - from) * share;
+    };
+    for (int i = 0; i < kCells; i += kLanesOf<Floats>) {
+        const Floats left = corner(i), slope = (corner(i + 1) - left) * (1.0F / kSide);
+        FillCells<kSide>(left, slope, out + i * kSide, std::make_integer_sequence<int, kVectors>());
     }
 }
 
@@ -111,7 +143,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's places from the twin; NaN where a map folds.
+/// Gets each pixel's places from the twin; far away where a map folds.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -119,8 +151,8 @@ inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, c
         const SourcePlaces at = twin.At(x, y);
         const SourcePlaces::Point *const points[kColors] = {&at.green, &at.red, &at.blue};
         for (int color = kGreen; color < kColors; ++color) {
-            places->of[color].x[i] = at.folded ? NAN : static_cast<float>(points[color]->x - x);
-            places->of[color].y[i] = static_cast<float>(points[color]->y - y);
+            places->of[color].x[i] = FittedPlaces::Near(at.folded ? NAN : points[color]->x - x);
+            places->of[color].y[i] = FittedPlaces::Near(points[color]->y - y);
         }
         places->gains.gain[i] = static_cast<float>(at.gain);
         places->gains.root[i] = cells.RootOf(at.gain);
@@ -151,37 +183,56 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
 struct Neighbors {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
+    alignas(64) std::int64_t corner[kBlockPixels]; // bytes from the picture's first pixel to that one, by FindCorners
 };
 
-/// Rounds down; @p rest receives the remainder. Values beyond +-2^23 are clamped, and NaN becomes one of these bounds.
-VITRELUX_INLINE std::int32_t Floor(float value, float *rest)
+/// Rounds down; |value| <= 2^30. @p Floats tells the instruction set: all but the baseline's have one that rounds.
+template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
-    constexpr float kFar = 8388608.0F;     // no picture is as large
-    value = value > -kFar ? value : -kFar; // also for NaN
-    value = value < kFar ? value : kFar;
-    auto whole = static_cast<std::int32_t>(value);
-    whole -= static_cast<float>(whole) > value;
-    *rest = value - static_cast<float>(whole);
-    return whole;
+    if constexpr (sizeof(Floats) > sizeof(Float4))
+        return static_cast<std::int32_t>(std::floor(value));
+    const auto whole = static_cast<std::int32_t>(value);
+    return whole - static_cast<std::int32_t>(static_cast<float>(whole) > value);
 }
 
+template <typename Floats>
 VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Neighbors *neighbors)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
-        neighbors->x[i] = Floor(places.x[i], &neighbors->fx[i]) + block.x + i;
-        neighbors->y[i] = Floor(places.y[i], &neighbors->fy[i]) + block.y;
+        const std::int32_t x = Floor<Floats>(places.x[i]), y = Floor<Floats>(places.y[i]);
+        neighbors->x[i] = x + block.x + i;
+        neighbors->y[i] = y + block.y;
+        neighbors->fx[i] = places.x[i] - static_cast<float>(x);
+        neighbors->fy[i] = places.y[i] - static_cast<float>(y);
     }
 }
 
-/// Whether the first @p count places have all pixels from @p reach before to @p reach + 1 after them in memory.
-VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const Neighbors &at, int count, int reach)
+/// Neighbors of a block's places; only green's unless colors are split.
+using ColorNeighbors = Neighbors[kColors];
+
+/// Whether the first @p count places of each color have all four pixels in memory.
+template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const ColorNeighbors &at, int count)
 {
-    const int left = reach, right = band.width - 2 - reach, top = band.heldFirst + reach,
-              bottom = band.heldEnd - 2 - reach;
-    int beyond = 0;
-    for (int i = 0; i < count; ++i)
-        beyond |= (at.x[i] < left) | (at.x[i] > right) | (at.y[i] < top) | (at.y[i] > bottom);
-    return beyond == 0;
+    const int right = band.width - 2, top = band.heldFirst, bottom = band.heldEnd - 2;
+    const auto held = [&](int pixels) VITRELUX_INLINED {
+        std::int32_t beyond = 0; // the sign bit
+        for (int i = 0; i < pixels; ++i)
+            for (int color = kGreen; color < (kSplit ? kColors : kGreen + 1); ++color)
+                beyond |=
+                    at[color].x[i] | (right - at[color].x[i]) | (at[color].y[i] - top) | (bottom - at[color].y[i]);
+        return beyond >= 0;
+    };
+    return count == kBlockPixels ? held(kBlockPixels) : held(count); // loops of known length become vectors only
+}
+
+/// Finds the addresses of neighbors that are all held. Pixels past the end of the block get meaningless ones.
+VITRELUX_INLINE void FindCorners(const FittedWarp::Band &band, Neighbors *neighbors)
+{
+    const auto stride = static_cast<std::uint32_t>(band.sourceStride); // processors multiply 32 bits to 64
+    for (int i = 0; i < kBlockPixels; ++i) {
+        const auto x = static_cast<std::uint32_t>(neighbors->x[i]), y = static_cast<std::uint32_t>(neighbors->y[i]);
+        neighbors->corner[i] = static_cast<std::int64_t>(std::uint64_t(y) * stride + std::uint64_t(x) * kPixelBytes);
+    }
 }
 
 /// Whether the place between pixel @p whole and the next is outside a side of @p length pixels.

@@ -35,16 +35,11 @@ template <typename Plane, typename Value> struct SharpScratch {
     const SharpKernel &kernel = SharpKernel::Get();
 };
 
-/// Converts a relative position to phases, rounded. Values too large for an integer are clamped, as is NaN.
-VITRELUX_INLINE std::int32_t InPhases(float relative)
+/// Converts a relative position to phases, rounded.
+template <typename Floats> VITRELUX_INLINE std::int32_t InPhases(float relative)
 {
-    constexpr float kFar = 1073741824.0F;
-    float value = relative * SharpKernel::kPhases + 0.5F;
-    value = value > -kFar ? value : -kFar;
-    value = value < kFar ? value : kFar;
-    auto whole = static_cast<std::int32_t>(value);
-    whole -= static_cast<float>(whole) > value;
-    return whole;
+    static_assert(FittedPlaces::kFar * SharpKernel::kPhases < 2147483648.0F);
+    return Floor<Floats>(relative * SharpKernel::kPhases + 0.5F);
 }
 
 /// Returns 1 if the place @p phase (times SharpKernel::kPadded) after pixel @p whole is outside @p length pixels.
@@ -63,12 +58,12 @@ VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
     return whole < length ? whole : length;
 }
 
-template <bool kCareful>
+template <typename Floats, bool kCareful>
 VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, const Places &places, SharpPlaces *to,
                            unsigned char *isEmpty)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
-        const std::int32_t x = InPhases(places.x[i]), y = InPhases(places.y[i]);
+        const std::int32_t x = InPhases<Floats>(places.x[i]), y = InPhases<Floats>(places.y[i]);
         to->x[i] = (x >> SharpKernel::kPhaseBits) + block.x + i;
         to->y[i] = (y >> SharpKernel::kPhaseBits) + block.y;
         to->phaseX[i] = (x & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
@@ -91,9 +86,10 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
     std::memset(found->isEmpty, 0, sizeof found->isEmpty);
     for (int color = kGreen; color < (Kind::kSplits ? kColors : kGreen + 1); ++color) {
         if (careful)
-            Split<true>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
+            Split<typename Kind::Floats, true>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
         else
-            Split<false>(band, block, found->places.of[color], &found->of[color], found->isEmpty);
+            Split<typename Kind::Floats, false>(band, block, found->places.of[color], &found->of[color],
+                                                found->isEmpty);
     }
     found->anyEmpty = careful && std::memchr(found->isEmpty, 1, static_cast<size_t>(block.count));
 }
@@ -102,8 +98,7 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
 VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 {
     // One more pixel on each side than positions between the corners can reach, because phases are rounded.
-    float rest;
-    const int left = Floor(x, &rest) - 1, top = Floor(y, &rest) - 1;
+    const int left = static_cast<int>(std::floor(x)) - 1, top = static_cast<int>(std::floor(y)) - 1;
     bounds->left = std::min(bounds->left, left);
     bounds->right = std::max(bounds->right, left + 2);
     bounds->top = std::min(bounds->top, top);
@@ -213,9 +208,11 @@ template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
             Float4 sums = {0.0F, 0.0F, 0.0F, 1.0F}, alphas = sums;
             for (int channel = 0; channel < 3; ++channel) {
                 const int place = kSplit ? channel : 0;
-                sums[channel] = SampleFloats<Floats>(scratch.planes[channel], run, place, i, scratch.kernel);
+                sums[channel] =
+                    SampleFloats<typename Set::Taps>(scratch.planes[channel], run, place, i, scratch.kernel);
                 if (kAlpha && (kSplit || channel == 0))
-                    alphas[channel] = SampleFloats<Floats>(scratch.planes[3], run, place, i, scratch.kernel);
+                    alphas[channel] =
+                        SampleFloats<typename Set::Taps>(scratch.planes[3], run, place, i, scratch.kernel);
             }
             if (kAlpha && !kSplit)
                 alphas[1] = alphas[2] = alphas[0];

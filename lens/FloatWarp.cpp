@@ -63,7 +63,7 @@ struct Side {
     float between, from, to; // sides are exact: below 2^24
 };
 
-/// The pixels of a picture like @p source in the models' frame, where @p window holds its rows from @p windowRow on.
+/// The pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow on.
 /// Addresses are relative to where the picture's first pixel would be.
 FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {

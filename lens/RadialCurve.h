@@ -1,6 +1,8 @@
 // A function of the distance from a center, as a table.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <vector>
 
 /// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius: lens models
@@ -15,7 +17,7 @@ public:
     /// @p nodes: values at the squared radii 0, step, 2 step, ... (step > 0, in square pixels). At least two nodes.
     RadialCurve(double step, std::vector<double> nodes);
 
-    double AtSquared(double squaredRadius) const;
+    double AtSquared(double squaredRadius) const; // inline, for corners of cells
     double Step() const { return m_step; }
     const std::vector<double> &Nodes() const { return m_nodes; }
     /// The squared radius of the last node; infinite for a constant.
@@ -25,3 +27,23 @@ private:
     double m_step = 0.0; // 0: constant
     std::vector<double> m_nodes;
 };
+
+inline double RadialCurve::AtSquared(double squaredRadius) const
+{
+    const std::ptrdiff_t last = static_cast<std::ptrdiff_t>(m_nodes.size()) - 1;
+    const double at = squaredRadius / m_step;
+    if (last == 0 || !(at < static_cast<double>(last))) // also NaN
+        return m_nodes.back();
+    const double *node = m_nodes.data();
+    auto before = static_cast<std::ptrdiff_t>(std::max(at, 0.0));
+    if (last < 3) {
+        const double share = at - static_cast<double>(before);
+        return node[before] + share * (node[before + 1] - node[before]);
+    }
+    before = std::clamp<std::ptrdiff_t>(before, 1, last - 2); // the outermost intervals use the stencil next to them
+    const double t = at - static_cast<double>(before);
+    const double a = node[before - 1], b = node[before], c = node[before + 1], d = node[before + 2];
+    const double cubic = (d - a) / 6.0 + (b - c) / 2.0, square = (a + c) / 2.0 - b;
+    const double slope = c - b / 2.0 - a / 3.0 - d / 6.0;
+    return b + t * (slope + t * (square + t * cubic)); // the cubic through all four (Lagrange)
+}

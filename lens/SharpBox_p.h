@@ -6,13 +6,6 @@
 #include <algorithm>
 #include <vector>
 
-#if defined(__x86_64__) && !defined(VITRELUX_SCALAR)
-#define VITRELUX_FITTED_VECTORS 1
-#include <immintrin.h>
-#else
-#define VITRELUX_FITTED_VECTORS 0
-#endif
-
 namespace {
 
 /// Columns and rows of the source, ends included. They may lie outside the picture, where its edges are repeated.

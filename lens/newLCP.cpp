@@ -31,7 +31,7 @@ const ValueRule kValueRules[] = {
     {"stCamera:ScaleFactor", kScale, [](LensParam &model, float value) { model.scaleFactor = value; }},
     {"stCamera:TangentialDistortParam1", kTangential, [](LensParam &model, float value) { model.tangential1 = value; }},
     {"stCamera:TangentialDistortParam2", kTangential, [](LensParam &model, float value) { model.tangential2 = value; }},
-    // In the order of the file, whatever their indices.
+    // In the order of the file, regardless of their indices.
     {"stCamera:RadialDistortParam1", kRadial, Append},
     {"stCamera:RadialDistortParam2", kRadial, Append},
     {"stCamera:RadialDistortParam3", kRadial, Append},

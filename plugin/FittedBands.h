@@ -26,7 +26,7 @@ public:
     /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. Without
     /// alpha if the file can't have it.
     unsigned short ResultType() const;
-    /// Returns the source's depth as the file holds it: 8, 16, or 32 for float.
+    /// Returns the source's depth in the file: 8, 16, or 32 for float.
     int ResultBits() const;
     /// Returns whether pixels are made opaque: their colors are then blended onto black.
     bool Flattens() const { return m_values.flattens; }

@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr double kLeastZoom = 0.5;
-constexpr double kMostZoom = 2.0;
-constexpr double kMostAmount = 2.0;
+constexpr double kMinZoom = 0.5;
+constexpr double kMaxZoom = 2.0;
+constexpr double kMaxAmount = 2.0;
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 // --- Texts of values ---
@@ -68,8 +68,7 @@ bool ReadNumber(const QString &text, double least, double most, double *value)
 
 void ReadFraming(const QString &text, FitOptions *options)
 {
-    if (!ReadWord(kFramings, text, &options->framing)
-        && ReadNumber(text, kLeastZoom, kMostZoom, &options->framingFactor))
+    if (!ReadWord(kFramings, text, &options->framing) && ReadNumber(text, kMinZoom, kMaxZoom, &options->framingFactor))
         options->framing = Framing::Factor;
 }
 
@@ -82,7 +81,7 @@ QString FramingText(const FitOptions &options)
 
 template <double FitOptions::*amount> void ReadAmount(const QString &text, FitOptions *options)
 {
-    ReadNumber(text, 0.0, kMostAmount, &(options->*amount));
+    ReadNumber(text, 0.0, kMaxAmount, &(options->*amount));
 }
 
 template <double FitOptions::*amount> QString AmountText(const FitOptions &options)

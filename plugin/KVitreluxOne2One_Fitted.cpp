@@ -50,7 +50,7 @@ FitReport ReportOf(const FitResult &fit)
     return report;
 }
 
-/// Returns what the result's format can't hold of the picture.
+/// Returns the properties of the picture that the result's format can't store.
 QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const KImage &source)
 {
     const int sourceBits = source.bitsPerComponent();

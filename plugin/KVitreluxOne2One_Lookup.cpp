@@ -9,7 +9,7 @@
 
 namespace {
 
-bool Holds(const QString &text, const QString &part)
+bool Contains(const QString &text, const QString &part)
 {
     return text.contains(part, Qt::CaseInsensitive);
 }
@@ -25,7 +25,7 @@ QDir FolderOf(const QString &brand, const QDir &base)
 {
     const QStringList entries = base.entryList();
     for (const QString &entry : entries) {
-        if (Holds(brand, entry))
+        if (Contains(brand, entry))
             return QDir(base.path() + QLatin1Char('\\') + entry); // on every platform: installations rely on it
     }
     return QDir(QString());
@@ -36,7 +36,7 @@ QStringList FilesHolding(const QString &modelName, const QDir &folder)
     QStringList files;
     const QStringList all = folder.entryList(QDir::Files);
     for (const QString &file : all) {
-        if (Holds(file, modelName))
+        if (Contains(file, modelName))
             files.append(file);
     }
     return files;
@@ -47,7 +47,7 @@ QString FocalOf(const QStringList &words)
 {
     QString focal;
     for (const QString &word : words) {
-        if (Holds(word, QStringLiteral("mm")))
+        if (Contains(word, QStringLiteral("mm")))
             focal = word.split(QStringLiteral("mm"), Qt::SkipEmptyParts).value(0);
     }
     return focal;
@@ -58,7 +58,7 @@ int Score(const QString &file, const QStringList &words)
 {
     int score = 0;
     for (int i = 1; i < words.size(); ++i)
-        score += Holds(file, words[i]);
+        score += Contains(file, words[i]);
     return score;
 }
 
@@ -71,7 +71,7 @@ QString BestMatch(const QStringList &files, const QString &lens)
     QString best;
     int bestScore = 0;
     for (const QString &file : files) {
-        if (!Holds(file, focal) || !Holds(file, maker))
+        if (!Contains(file, focal) || !Contains(file, maker))
             continue;
         const int score = Score(file, words);
         if (score > bestScore) {
@@ -121,7 +121,7 @@ QStringList KVitreluxOne2One::GetLCPfilename(KIImageDef *image, QString &message
     LensIDProperties lenses(ImageDef::g_Lenses);
 
     const QString brand = BrandOf(shooting.makerName);
-    if (!Holds(brand, QStringLiteral("Nikon")) && !Holds(brand, QStringLiteral("Canon"))) {
+    if (!Contains(brand, QStringLiteral("Nikon")) && !Contains(brand, QStringLiteral("Canon"))) {
         message = QStringLiteral("Sorry: ") + brand + QStringLiteral("cameras are not yet in LensId.txt");
         return {};
     }

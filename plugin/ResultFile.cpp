@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int kLeastQuality = 1, kMostQuality = 100;
+constexpr int kMinQuality = 1, kMaxQuality = 100;
 
 struct FormatRow {
     ResultFile::Format format;
@@ -96,7 +96,7 @@ ResultFile ReadResultFile(const std::function<QString(const QString &)> &textOf)
     bool isNumber = false;
     const int quality = textOf(kQuality).toInt(&isNumber);
     if (isNumber)
-        file.quality = std::clamp(quality, kLeastQuality, kMostQuality);
+        file.quality = std::clamp(quality, kMinQuality, kMaxQuality);
     return file;
 }
 

@@ -1,4 +1,4 @@
-// The file that a fitted correction writes: its format, and what the format leaves open.
+// The file that a fitted correction writes: its format, and the options of the format.
 #pragma once
 
 #include "KImage.h"

@@ -1,4 +1,4 @@
-// The values that a result's format holds, converted from rendered ones.
+// Converts rendered values to those of a result's format.
 #pragma once
 
 #include "TransferCurve.h"

@@ -137,7 +137,7 @@ void NoteAgain(const FitTasks &tasks, FitResult *result)
 QString WhyUseless(const RadialMap &map, const QSize &pixels)
 {
     constexpr int kCells = 32;
-    constexpr double kLeastShare = 0.05; // strong fisheyes and zoomed crops keep more
+    constexpr double kMinShare = 0.05; // strong fisheyes and zoomed crops keep more
     Correction alone;
     alone.width = pixels.width();
     alone.height = pixels.height();
@@ -153,7 +153,7 @@ QString WhyUseless(const RadialMap &map, const QSize &pixels)
         }
     }
     constexpr int kAll = kCells * kCells;
-    if (kept >= kLeastShare * kAll)
+    if (kept >= kMinShare * kAll)
         return QString();
     const QString text = QStringLiteral("leaves %1 % of the picture").arg(100.0 * kept / kAll, 0, 'f', 0);
     return folded >= kAll / 2

@@ -33,7 +33,7 @@ CorrectionTwin Unframed(Correction correction)
     return CorrectionTwin(correction);
 }
 
-/// Searches for the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
+/// Searches for the smallest zoom that leaves no pixel empty; above kMaxZoom if there is none.
 class FillSearch {
 public:
     explicit FillSearch(const Correction &correction)
@@ -44,10 +44,10 @@ public:
     FramingZoom Run()
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
-        double zoom = Bisect(kLeastZoom);
+        double zoom = Bisect(kMinZoom);
         // Add the empty pixels between the samples. Finally all pixels are checked, but only in a few rounds.
         for (int step : {16, 1, 1, 1}) {
-            if (zoom > kMostZoom)
+            if (zoom > kMaxZoom)
                 break;
             if (AddEmptyPixels(zoom, step))
                 zoom = Bisect(zoom);
@@ -59,7 +59,7 @@ public:
 
 private:
     /// Whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs rounding.
-    bool Holds(const Point &place) const
+    bool Contains(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
     }
@@ -74,17 +74,17 @@ private:
     {
         return std::all_of(m_points.begin(), m_points.end(), [&](const Point &pixel) {
             const SourcePlaces places = PlacesOf(pixel, zoom);
-            return !places.folded && Holds(places.red) && Holds(places.green) && Holds(places.blue);
+            return !places.folded && Contains(places.red) && Contains(places.green) && Contains(places.blue);
         });
     }
 
     double Bisect(double low) const
     {
-        double high = kMostZoom;
+        double high = kMaxZoom;
         if (Covers(low))
             return low;
         if (!Covers(high))
-            return 2.0 * kMostZoom;
+            return 2.0 * kMaxZoom;
         for (int i = 0; i < kBisections; ++i) {
             const double middle = (low + high) / 2.0;
             (Covers(middle) ? high : low) = middle;
@@ -142,7 +142,7 @@ double ZoomForAll(const Correction &correction)
 {
     const CorrectionTwin twin = Unframed(correction);
     const double halfWidth = (correction.width - 1) / 2.0, halfHeight = (correction.height - 1) / 2.0;
-    double zoom = 2.0 * kMostZoom;
+    double zoom = 2.0 * kMaxZoom;
     for (const Point &edge : EdgePoints(correction.width, correction.height, kFirstSamples)) {
         Point shown{};
         if (!Shows(twin, edge, &shown))
@@ -163,9 +163,9 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
         found = FillSearch(correction).Run();
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
-    const double bounded = std::clamp(found.zoom, kLeastZoom, kMostZoom);
+    const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
     // The picture is full even at the smallest zoom. A smaller one would do, so the bound applies.
-    found.isBounded = bounded != found.zoom || (found.isFull && bounded == kLeastZoom);
+    found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;
 }

@@ -4,7 +4,7 @@
 #include "Correction.h"
 #include "FitOptions.h"
 
-constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
+constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
 
 struct FramingZoom {
     double zoom = 1.0;

@@ -367,7 +367,7 @@ LensProfile ReadLensProfile(const QString &path, QString *error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Refused(profile, file.errorString(), error);
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, whatever size the file reports
+    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, regardless of the size that the file reports
     if (content.size() > kMaxXmlBytes)
         return Refused(profile, QStringLiteral("the file is larger than %1 MiB").arg(kMaxXmlBytes >> 20), error);
     return ParseLensProfile(content, path, error);

@@ -10,14 +10,14 @@
 namespace {
 
 constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // if unknown
-constexpr double kMostPixels = 60000.0;                       // only proportions count
+constexpr double kMaxPixels = 60000.0;                        // only proportions count
 
 /// Returns the facts of the picture that an entry was made from.
 PictureFacts FactsOf(const ProfileEntry &entry)
 {
     const bool hasSize = entry.width > 0.0 && entry.height > 0.0;
     const double width = hasSize ? entry.width : kFrameWidth, height = hasSize ? entry.height : kFrameHeight;
-    const double scale = std::min(1.0, kMostPixels / std::max(width, height));
+    const double scale = std::min(1.0, kMaxPixels / std::max(width, height));
     PictureFacts facts;
     facts.pixels = QSize(std::max(1, int(std::lround(width * scale))), std::max(1, int(std::lround(height * scale))));
     return facts;

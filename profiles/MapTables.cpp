@@ -42,7 +42,7 @@ GainMap TabulateGain(const PictureVector &center, const std::function<double(dou
                      double amount)
 {
     const auto gain = [&](double radius) {
-        return std::clamp(std::exp2(-amount * stops(radius)), 1.0, 1.0 / kLeastLight);
+        return std::clamp(std::exp2(-amount * stops(radius)), 1.0, 1.0 / kMinLight);
     };
     GainMap map;
     map.centerX = center.x;

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-constexpr double kLeastLight = 1.0 / 16; // at most 4 EV are corrected
+constexpr double kMinLight = 1.0 / 16; // at most 4 EV are corrected
 
 /// Center and tangential terms of a map, both in the picture's axes.
 struct MapMiddle {

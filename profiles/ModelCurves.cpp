@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kRectilinearEnd = 85.0 / 180.0 * kPi;
-constexpr int kFirstSteps = 32, kMostSteps = 8192; // of a table
+constexpr int kFirstSteps = 32, kMaxSteps = 8192; // of a table
 
 /// Returns 1 + c0 x + c1 x^2 + c2 x^3; missing coefficients are 0.
 double Polynomial(const QVector<double> &coefficients, double x)
@@ -124,7 +124,7 @@ RadialCurve Tabulate(const std::function<double(double)> &value, double endRadiu
                 const double squared = static_cast<double>(i) * step;
                 isFine = std::abs(table.AtSquared(squared) - finer[i]) <= tolerance(std::sqrt(squared));
             }
-            if (isFine || steps >= kMostSteps)
+            if (isFine || steps >= kMaxSteps)
                 return RadialCurve(step, std::move(finer));
         }
         nodes = std::move(finer);

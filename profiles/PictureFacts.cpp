@@ -18,7 +18,7 @@ struct Source {
     const char *key, *name;
 };
 
-// Keys that may hold a fact, the most trustworthy first.
+// Keys that may contain a fact, the most trustworthy first.
 constexpr Source kMakes[] = {{"Exif.Image.Make", "EXIF Make"}, {"LibRaw.Make", "LibRaw"}};
 constexpr Source kModels[] = {{"Exif.Image.Model", "EXIF Model"}, {"LibRaw.Model", "LibRaw"}};
 constexpr Source kLensMakes[] = {{"Exif.Photo.LensMake", "EXIF LensMake"}, {"LibRaw.LensMake", "LibRaw"}};
@@ -41,6 +41,7 @@ constexpr Source kLensNames[] = {{"Exif.Photo.LensModel", "EXIF LensModel"},
                                  {"Exif.NikonLd1.LensIDNumber", "maker note"},
                                  {"Exif.NikonLd2.LensIDNumber", "maker note"},
                                  {"Exif.NikonLd3.LensIDNumber", "maker note"},
+                                 {"Exif.Nikon3.Lens", "maker note"}, // numbers only
                                  {"Exif.CanonCs.LensType", "maker note"},
                                  {"Exif.Pentax.LensType", "maker note"},
                                  {"Exif.PentaxDng.LensType", "maker note"},
@@ -170,6 +171,11 @@ void ReadLens(const MetadataLookup &metadata, PictureFacts *facts)
         if (range.value(i) > 0.0)
             *ends[i] = {range.value(i), QStringLiteral("EXIF LensSpecification")};
     }
+    const QVector<double> canon = metadata.Numbers("Exif.CanonCs.Lens"); // longest, shortest, units per millimeter
+    if (!facts->lensMinFocalMm.Known() && canon.value(1) > 0.0 && canon.value(0) >= canon[1] && canon.value(2) > 0.0) {
+        facts->lensMinFocalMm = {canon[1] / canon[2], QStringLiteral("maker note")};
+        facts->lensMaxFocalMm = {canon[0] / canon[2], QStringLiteral("maker note")};
+    }
 }
 
 Fact<double> ReadDistance(const MetadataLookup &metadata)
@@ -210,8 +216,8 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
         facts->orientation = static_cast<Orientation>(orientation);
     const double width = metadata.Number("Exif.Photo.PixelXDimension");
     const double height = metadata.Number("Exif.Photo.PixelYDimension");
-    constexpr double kMostPixels = 1 << 20;
-    if (!(width >= 1.0 && width <= kMostPixels && height >= 1.0 && height <= kMostPixels))
+    constexpr double kMaxPixels = 1 << 20;
+    if (!(width >= 1.0 && width <= kMaxPixels && height >= 1.0 && height <= kMaxPixels))
         return;
     facts->original = {QSize(static_cast<int>(width), static_cast<int>(height)),
                        QStringLiteral("EXIF PixelXDimension")};

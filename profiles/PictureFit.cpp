@@ -217,16 +217,20 @@ PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &options)
 {
     QVector<IndexedProfile> profiles;
+    QVector<UnreadPath> unread;
     {
         const QMutexLocker lock(&m_mutex);
         if (!m_scanned)
             m_index.Scan(m_folders);
         m_scanned = true;
         profiles = m_index.Profiles(); // shared, not copied
+        unread = m_index.UnreadFolders();
     }
     ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
+    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may have been there
+        match.reason += QStringLiteral("; %1: %2").arg(unread.first().path, unread.first().error);
     if (named.lensNames.size() > facts.lensNames.size())
         match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
                                 .arg(named.lensNames.last().value));

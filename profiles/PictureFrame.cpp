@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
-constexpr double kLeastShare = 0.02; // of the sensor's sides; no camera offers less
+constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera offers less
 constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
 
 QString Plain(const QString &name)
@@ -107,10 +107,10 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
 /// Whether a picture may show this little of the sensor; otherwise notes that the source is ignored.
 static bool IsCredible(double share, const QString &source, QStringList *assumed)
 {
-    if (share >= kLeastShare)
+    if (share >= kMinShare)
         return true;
     *assumed << QStringLiteral("the %1 is ignored: it would mean less than %2 of the sensor's sides")
-                    .arg(source, Percent(kLeastShare));
+                    .arg(source, Percent(kMinShare));
     return false;
 }
 

@@ -68,7 +68,7 @@ RadialMap ProfileBlend::Geometry(const BlendParts &of, bool byGreen, Projection 
         }
         return sum;
     };
-    return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, kLeastZoom), end, amount);
+    return TabulateMap(middle, factor, FarthestRadius(m_pixels, middle.center, kMinZoom), end, amount);
 }
 
 RadialMap ProfileBlend::Color(const BlendParts &of, std::optional<ProfileModel> ProfileEntry::*color,
@@ -99,7 +99,7 @@ GainMap ProfileBlend::Light(const BlendParts &of, double amount) const
         double sum = 0.0;
         for (const Part &part : qAsConst(parts)) {
             const double u = radius / part.unitPx;
-            sum += part.weight * std::log2(std::max(LightShare(*part.model, u * u), kLeastLight));
+            sum += part.weight * std::log2(std::max(LightShare(*part.model, u * u), kMinLight));
         }
         return sum;
     };

@@ -98,7 +98,7 @@ void NoteBeyond(double taken, double least, double most, const Unit &unit, QStri
 
 } // namespace
 
-bool Holds(const ProfileEntry &entry, Quantity quantity)
+bool HasModel(const ProfileEntry &entry, Quantity quantity)
 {
     switch (quantity) {
     case Quantity::Geometry:
@@ -118,7 +118,7 @@ ProfileGrid::ProfileGrid(const LensProfile &profile, Quantity quantity, const st
     bool isFocalGiven = false;
     for (int i = 0; i < profile.entries.size(); ++i) {
         const ProfileEntry &entry = profile.entries[i];
-        if (!Holds(entry, quantity) || !serves(i))
+        if (!HasModel(entry, quantity) || !serves(i))
             continue;
         kinds[entry.kind == ProfileEntry::Kind::Fisheye].append(i);
         isFocalGiven |= entry.focalMm > 0.0;

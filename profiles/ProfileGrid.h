@@ -23,7 +23,7 @@ constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
 enum class Quantity { Geometry, Color, Light };
 
 /// Whether the entry has a model for it.
-bool Holds(const ProfileEntry &entry, Quantity quantity);
+bool HasModel(const ProfileEntry &entry, Quantity quantity);
 
 /// The setting of a picture; absent values are unknown.
 struct Setting {

@@ -94,7 +94,7 @@ private:
 
 template <class Text> XmlDocument Read(const Text &text)
 {
-    // QtXml is built without exception handling: running out of memory in it leaves half-built objects, and destroying
+    // QtXml is built without exception handling: if memory runs out, it leaves half-built objects, and destroying
     // those would crash. So the parse is owned only once it has finished; an exception before that leaks its memory.
     auto *const parse = new Parse;
     parse->Run(text);

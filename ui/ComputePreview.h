@@ -8,8 +8,8 @@
 #include <QMutex>
 #include <QThread>
 
-/// Worker with one request and one result. start() renders the newest request; a request made during a render replaces
-/// the waiting one, and needs another start() after finished().
+/// Worker with one request and one result. start() renders the newest request. A request made during a render replaces
+/// the pending one, and needs another start() after finished().
 ///
 /// Call setImage, getPreview and IsCurrent on the GUI thread; they never wait for a render.
 class ComputePreview : public QThread {
@@ -24,7 +24,7 @@ public:
     void setImage(KIImageDef *def, KImage *image, KVitreluxOne2One::Params *params);
     /// Whether the picture of getPreview is the result of the newest request.
     bool IsCurrent();
-    /// Copies the last rendered picture to @p out, which stays unchanged during a render or if memory is insufficient.
+    /// Copies the last rendered picture to @p out, which is unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
     /// Report of the last render of a fitted record; none before the first render and for plain records.
     std::optional<FitReport> Report();

@@ -7,7 +7,7 @@ class QObject;
 class QUrl;
 struct KUIState;
 
-/// State shared between copies of the module; the copy that made it owns it.
+/// State shared between copies of the module; the copy that created it owns it.
 struct KUIInstances {
     KUIState *state;
 };

@@ -6,7 +6,7 @@
 #include <QPixmap>
 #include <QTimer>
 
-/// Label that plays pictures in a loop, also while hidden, so that showing it needs no start.
+/// Plays pictures in a loop, also while hidden, so that nothing must be started when the label is shown.
 class QAnimatedLabel : public QLabel {
     Q_OBJECT
 public:

@@ -9,8 +9,8 @@
 class KIImageDef;
 class Ui_UIImageDefListWizardClass;
 
-/// Base of a page that fills the free area with a child and knows the content of the records; here they are opaque and
-/// owned by the process. Call SetChild first, then SetImages once per job. GUI thread.
+/// Base of a page that fills the free area with a child and knows the content of the records. Here, records are opaque
+/// and owned by the process. Call SetChild first, then SetImages once per job. GUI thread.
 class UIImageDefListWizard : public QWizardPage {
     Q_OBJECT
 public:

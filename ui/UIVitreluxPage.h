@@ -6,7 +6,7 @@
 class KVitreluxOne2One;
 class UIVitreluxPreview;
 
-/// Editor of the process's records, in place. The process must outlive the page.
+/// Edits the process's records in place. The process must outlive the page.
 class UIVitreluxPage : public UIImageDefListWizard {
     Q_OBJECT
 public:

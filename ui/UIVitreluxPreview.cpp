@@ -51,7 +51,7 @@ public:
         : m_def(def), m_size(size), m_image(def->Lock(size.width, size.height, /*nativeDepth=*/true))
     {
         if (!m_image)
-            KThrow("Invalid Bitmap"); // nothing was lent, so nothing is returned
+            KThrow("Invalid Bitmap"); // nothing was locked, so nothing is unlocked
     }
     ~ReducedLock() { m_def->Unlock(m_size.width, m_size.height, /*nativeDepth=*/true); }
     ReducedLock(const ReducedLock &) = delete;
@@ -65,24 +65,24 @@ private:
     KImage *m_image;
 };
 
-/// Corrections that plain runs can make with a profile.
-Corrections HeldPlain(const QString &fileName)
+/// Returns the corrections that plain runs can make with a profile.
+Corrections PlainCorrections(const QString &fileName)
 {
     bool ok = false; // also for a file that can't be opened
     const newLCP profile(fileName, ok);
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// Corrections that fitted runs can make, with any entry in any spelling.
-Corrections HeldFitted(const QString &fileName)
+/// Returns the corrections that fitted runs can make with any entry, in any RDF spelling.
+Corrections FittedCorrections(const QString &fileName)
 {
-    Corrections held = {};
+    Corrections supported = {};
     for (const ProfileEntry &entry : ReadLensProfile(fileName, nullptr).entries) {
-        held.distortion |= entry.geometry.has_value();
-        held.chromatic |= entry.redGreen || entry.blueGreen;
-        held.vignetting |= entry.vignette.has_value();
+        supported.distortion |= entry.geometry.has_value();
+        supported.chromatic |= entry.redGreen || entry.blueGreen;
+        supported.vignetting |= entry.vignette.has_value();
     }
-    return held;
+    return supported;
 }
 
 QString ResourceFile(const KVitreluxOne2One &process, const QString &name)
@@ -102,7 +102,7 @@ UIVitreluxPreview::UIVitreluxPreview(KVitreluxOne2One *process, QWidget *parent)
     ui->setupUi(this);
     StartWaitAnimation();
     ui->lineEditLensPath->setText(m_process->LensPath());
-    // Updated but hidden: the user sees only the row with the profile's file.
+    // These are updated but hidden: the user sees only the row with the profile's file.
     for (QWidget *hidden :
          {static_cast<QWidget *>(ui->label), static_cast<QWidget *>(ui->lineEditLensPath),
           static_cast<QWidget *>(ui->toolButtonLensPath), static_cast<QWidget *>(ui->label_2),
@@ -147,8 +147,9 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     auto image = std::make_unique<KImage>();
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
-    image->ToQImage(source); // before the swap: if it fails, the old image stays alive, which the worker may be reading
-    m_image.swap(image);     // the old one stays alive until the worker has the new one
+    image->ToQImage(
+        source);         // before the swap: if it fails, the old image, which the worker may be reading, stays alive
+    m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;
     m_params->scale = float(size.scale);
@@ -163,7 +164,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
         m_sourcePixmap = FittedToFrame(m_sourceImage);
         updateLCPfilename();
     }
-    EnableBoxes(m_held.value(m_params->lcpFilename, kAllCorrections));
+    EnableBoxes(m_supported.value(m_params->lcpFilename, kAllCorrections));
     computePreview();
 }
 
@@ -193,7 +194,7 @@ void UIVitreluxPreview::updateLCPfilename()
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
     ui->labelLensMessage->setText(message);
     ui->comboBoxLensProfile->clear();
-    for (const QString &profile : profiles) // the first one becomes current, and so the record's profile
+    for (const QString &profile : profiles) // the first one becomes current, and thus the record's profile
         ui->comboBoxLensProfile->addItem(QFileInfo(profile).completeBaseName(), profile);
 }
 
@@ -232,16 +233,16 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
 {
     m_params->lcpFilename = fileName;
     ShowProfile(fileName);
-    const Corrections held = m_params->fitted ? HeldFitted(fileName) : HeldPlain(fileName);
-    m_held.insert(fileName, held);
-    if (!m_params->fitted || !held.distortion) // plain: by each choice
-        ui->m_cbDistortion->setChecked(false); // unchecking clears the record's flag
-    if (!held.chromatic)
+    const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
+    m_supported.insert(fileName, supported);
+    if (!m_params->fitted || !supported.distortion) // plain: by each choice
+        ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
+    if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
-    if (!held.vignetting)
+    if (!supported.vignetting)
         ui->m_cbVignetting->setChecked(false);
-    EnableBoxes(held);
-    if (held.Any())
+    EnableBoxes(supported);
+    if (supported.Any())
         computePreview();
     else
         QMessageBox::warning(this, windowTitle(), tr("Non supported file format"));
@@ -293,12 +294,12 @@ void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 
 // --- Switches ---
 
-/// Enables the boxes. A checked box can always be unchecked, whatever the profile contains.
-void UIVitreluxPreview::EnableBoxes(const Corrections &held)
+/// Enables the boxes. A checked box can always be unchecked, regardless of the profile's content.
+void UIVitreluxPreview::EnableBoxes(const Corrections &supported)
 {
     for (const auto &[box, isHeld] :
-         {std::make_pair(ui->m_cbDistortion, held.distortion), std::make_pair(ui->m_cbCA, held.chromatic),
-          std::make_pair(ui->m_cbVignetting, held.vignetting)})
+         {std::make_pair(ui->m_cbDistortion, supported.distortion), std::make_pair(ui->m_cbCA, supported.chromatic),
+          std::make_pair(ui->m_cbVignetting, supported.vignetting)})
         box->setEnabled(isHeld || box->isChecked());
 }
 
@@ -411,7 +412,8 @@ void UIVitreluxPreview::paintEvent(QPaintEvent *)
     if (ui->m_cbPreview->isChecked())
         shown.setLeft(place.left() + (place.right() - place.left() + 1) / 2);
     painter.setClipRect(shown, Qt::ReplaceClip);
-    painter.fillRect(shown, palette().window()); // the corrected picture has transparent borders: cover the other one
+    painter.fillRect(
+        shown, palette().window()); // the corrected picture has transparent borders, which must not show the other one
     painter.drawPixmap(place.topLeft(), m_resultPixmap);
 }
 

@@ -15,7 +15,7 @@ class QAction;
 class QMovie;
 class Ui_UIVitreluxPreviewClass;
 
-/// Editor of one image's record, in place, with a reduced preview rendered by a worker thread. GUI thread.
+/// Edits one image's record in place, with a reduced preview rendered by a worker thread. GUI thread.
 ///
 ///   | state                    | "isComplete" | wait label | painted                                   |
 ///   |--------------------------|--------------|------------|-------------------------------------------|
@@ -23,12 +23,11 @@ class Ui_UIVitreluxPreviewClass;
 ///   | rendering                | false        | shown      | the uncorrected picture                   |
 ///   | up to date               | true         | hidden     | the corrected one, or both side by side   |
 ///
-/// A change during a render replaces the waiting request; the end of the render then starts the next one. The dynamic
-/// property "isComplete" reports to the parent page whether the user may continue; each change emits the parent's
-/// completeChanged().
+/// A change during a render replaces the pending request, which starts when the render ends. The dynamic property
+/// "isComplete" shows the parent page whether the user may continue; each change emits the parent's completeChanged().
 ///
-/// A fitted record without a chosen profile keeps none: the profile that its render found, or why none was found, is
-/// shown in the profile's row as a placeholder. A chosen profile can be cleared there.
+/// A fitted record without a chosen profile stays without one: the profile that its render found, or why none was
+/// found, is shown in the profile's row as a placeholder. A chosen profile can be cleared there.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -45,8 +44,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 protected:
-    /// Paints in the frame: the uncorrected picture, and over it the corrected one, or its right half under "Split
-    /// preview".
+    /// Paints into the frame: the uncorrected picture, and over it the corrected one or, with "Split preview", its
+    /// right half.
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
@@ -73,7 +72,7 @@ private:
     void FindProfileAgain();
     void ShowProfile(const QString &fileName);
     void ShowReport(const std::optional<FitReport> &report);
-    void EnableBoxes(const Corrections &held);
+    void EnableBoxes(const Corrections &supported);
     void SetComplete(const QVariant &complete);
     void FitPictures();
     QPixmap FittedToFrame(const QImage &image) const;
@@ -87,7 +86,7 @@ private:
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;
-    QHash<QString, Corrections> m_held; // by profiles chosen here; others lock no box
+    QHash<QString, Corrections> m_supported; // by profiles chosen here; others lock no box
     QImage m_sourceImage;
     QImage m_resultImage;
     QPixmap m_sourcePixmap; // fitted to the frame

@@ -6,7 +6,7 @@ namespace {
 
 bool IsRelative(const QString &name)
 {
-    return !name.startsWith(QLatin1Char('/')); // Qt takes ":name" for absolute
+    return !name.startsWith(QLatin1Char('/')); // Qt treats ":name" as absolute
 }
 
 } // namespace
@@ -19,7 +19,7 @@ QString AbsolutePath(const QString &name)
 QString Joined(const QString &folder, const QString &name)
 {
     return folder.endsWith(QLatin1Char('/')) ? folder + name
-                                             : folder + QLatin1Char('/') + name; // QDir knows ":name" too
+                                             : folder + QLatin1Char('/') + name; // QDir also treats ":name" specially
 }
 
 bool LacksCurrentFolder(const QString &name)

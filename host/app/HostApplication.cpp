@@ -123,7 +123,7 @@ QtMessageHandler g_otherMessages;
 /// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    constexpr int kMostMessages = 20;
+    constexpr int kMaxMessages = 20;
     static std::atomic<int> count{0};
     if (type == QtFatalMsg && text.contains(QLatin1String("platform plugin"))) {
         std::fputs("vitrelux: cannot start: Qt's platform plug-in \"offscreen\" cannot be loaded\n", stderr);
@@ -131,9 +131,9 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
         return; // the fatal message explains it
-    if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMostMessages))
+    if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
-    if (++count == kMostMessages)
+    if (++count == kMaxMessages)
         g_otherMessages(type, context, text + QLatin1String("\nvitrelux: further messages of this kind are omitted"));
     else
         g_otherMessages(type, context, text);
@@ -273,8 +273,8 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 {
     {
         const QMutexLocker locker(&m_mutex);
-        const auto found = m_lentInstead.find(fileName);
-        if (found != m_lentInstead.end())
+        const auto found = m_usedInstead.find(fileName);
+        if (found != m_usedInstead.end())
             return found->second;
     }
     return ImageOf(fileName);
@@ -318,13 +318,13 @@ void HostApplication::ForgetImages()
     m_pictures.clear();
 }
 
-void HostApplication::LendInstead(const QString &fileName, KIImageDef *image)
+void HostApplication::UseInstead(const QString &fileName, KIImageDef *image)
 {
     const QMutexLocker locker(&m_mutex);
     if (image)
-        m_lentInstead[fileName] = image;
+        m_usedInstead[fileName] = image;
     else
-        m_lentInstead.erase(fileName);
+        m_usedInstead.erase(fileName);
 }
 
 HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdapter adapt)

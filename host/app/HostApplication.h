@@ -70,7 +70,7 @@ public:
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
     /// Uses @p image as the description of @p fileName (absolute) until it is set to null.
-    void LendInstead(const QString &fileName, KIImageDef *image);
+    void UseInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
     /// Passes all settings read by plug-ins, stored or default, through @p adapt from now on; null stops this. Returns
     /// the previous adapter.
@@ -106,7 +106,7 @@ private:
     QMutex m_settingsMutex;                        // plug-ins read on any thread
     QMutex m_mutex;                                // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
-    std::map<QString, KIImageDef *> m_lentInstead; // not owned
+    std::map<QString, KIImageDef *> m_usedInstead; // not owned
     SettingAdapter m_adapt;
     AcceptedPictures m_accepted = AcceptedPictures::OfKernel;
     bool m_makesThumbnails = false;

@@ -101,13 +101,16 @@ void PrintNotRemoved(const QString &path, const QString &why)
 PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_guard(guard)
 {
     RemoveAbandoned(parent);
-    auto undo = qScopeGuard([&] { RemoveFolder(m_path); }); // without memory to protect it
-    m_guard->Protect([&] {
-        constexpr int kAttempts = 100; // another process that is starting may remove an unlocked folder
-        for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
-        return m_path;
-    });
-    undo.dismiss();
+    try {
+        m_guard->Protect([&] {
+            constexpr int kAttempts = 100; // another process that is starting may remove an unlocked folder
+            for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
+            return m_path;
+        });
+    } catch (...) { // without memory to protect it; not in a destructor, because nothing else may catch the exception
+        RemoveFolder(m_path);
+        throw;
+    }
 }
 
 PrivateFolder::~PrivateFolder()

@@ -93,21 +93,21 @@ ProfileLookup::Answer ProfileLookup::Find(KIPluginOne2One *process, const QStrin
         return {QString(), m_folder->Problem()};
     const ImageDef &image = *m_application->ImageOf(picture);
     try {
-        return Judge(AskPlugin(process, image), image);
+        return Judge(LookUpInPlugin(process, image), image);
     } catch (const KException &e) { // thrown for the temporary folder
         return {QString(), QStringLiteral("profiles cannot be looked up: %1").arg(e.what())};
     }
 }
 
 /// Runs the plug-in. @return the record's profile after the run.
-QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image)
+QString ProfileLookup::LookUpInPlugin(KIPluginOne2One *process, const ImageDef &image)
 {
     const ParameterRecord record(process, DescribeParameters(process->Name(), PictureParameters()));
     PixellessImage pixelless(image);
     WorkFolder work(m_folder->Scratch(), m_guard);
     const QString name = work.Admit(image.FileName());
-    const auto takeBack = qScopeGuard([&] { m_application->LendInstead(name, nullptr); });
-    m_application->LendInstead(name, &pixelless);
+    const auto takeBack = qScopeGuard([&] { m_application->UseInstead(name, nullptr); });
+    m_application->UseInstead(name, &pixelless);
     try {
         QString output;
         process->Process(name, record.Get(), output);

@@ -39,7 +39,7 @@ public:
     Answer Find(KIPluginOne2One *process, const QString &picture);
 
 private:
-    QString AskPlugin(KIPluginOne2One *process, const ImageDef &image);
+    QString LookUpInPlugin(KIPluginOne2One *process, const ImageDef &image);
     Answer Judge(const QString &found, const ImageDef &image) const;
 
     HostApplication *m_application;

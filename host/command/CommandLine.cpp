@@ -208,10 +208,10 @@ ProfileOptions ReadProfile(const QCommandLineParser &parser)
 
 bool IsJobCount(const QString &text)
 {
-    constexpr int kMostJobs = 256;
+    constexpr int kMaxJobs = 256;
     bool ok = false;
     const int count = text.toInt(&ok);
-    return ok && count >= 1 && count <= kMostJobs;
+    return ok && count >= 1 && count <= kMaxJobs;
 }
 
 /// Reads "2/16".

@@ -14,9 +14,9 @@ constexpr VerbRow kVerbs[] = {
      "PICTURE...",
      "correct pictures with a lens profile",
      "Corrects each PICTURE with a lens profile or lensfun's database, and writes NAME_corrected.tiff next to it.\n\n"
-     "Reads %1. The output has the depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats hold "
-     "less: --format jpeg 8 bits, exr light instead of values; a line says what is lost. The output appears only when "
-     "it is complete, and replaces an existing file only with --overwrite.\n\n"
+     "Reads %1. The output has the depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats store "
+     "less: --format jpeg has 8 bits, exr linear light; a line names what is lost. The output appears only when it is "
+     "complete, and replaces an existing file only with --overwrite.\n\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
      "requested but missing from the profile is a failure.\n\n"
      "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
@@ -72,8 +72,8 @@ constexpr VerbRow kVerbs[] = {
      "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written "
      "next to its original, as NAME_corrected.tiff.\n\n"
-     "Lens profiles are found and fitted as by the correct command; the window shows which one was found, and another "
-     "one can be chosen.",
+     "Lens profiles are found and fitted as by the correct command. The window shows which one was found, and you can "
+     "choose another one.",
      {"vitrelux wizard photo.jpg", "vitrelux wizard --lens-path Profiles photo.jpg"}},
     {Verb::Help,
      "help",
@@ -181,9 +181,9 @@ QVector<OptionGroup> GroupsOf(Verb verb)
             groups.last().rows.append(row);
     }
     if (verb == Verb::Correct)
-        groups.append({QStringLiteral("Fitting, not with --plain"), FittedRows(verb, false)});
+        groups.append({QStringLiteral("Result, not with --plain"), FittedRows(verb, false)});
     if (verb == Verb::Correct || verb == Verb::Info)
-        groups.append({QStringLiteral("Facts that the metadata lack, not with --plain"), FittedRows(verb, true)});
+        groups.append({QStringLiteral("Facts missing from the metadata, not with --plain"), FittedRows(verb, true)});
     return groups;
 }
 

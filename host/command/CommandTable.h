@@ -9,10 +9,10 @@ enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard, Help };
 struct VerbRow {
     Verb verb;
     const char *name;
-    const char *operand; // what follows the options, as in the usage line
+    const char *operand; // the operands, as in the usage line
     const char *summary; // for lists of commands
-    // Paragraphs separated by empty lines. The help on one screen shows the first one. "%1" stands for the formats that
-    // can be read.
+    // Paragraphs separated by empty lines. The short help shows the first one. "%1" is replaced by the formats that can
+    // be read.
     const char *details;
     const char *examples[2]; // run by a test
 };
@@ -23,7 +23,7 @@ struct OptionRow {
     const char *value;           // null: a switch. FILE, PICTURE and DIR are completed
     const char *help;            // one line
     const char *words = nullptr; // values to complete, separated by blanks; others may be valid too
-    bool isBrief = false;        // listed without its help in the help on one screen
+    bool isBrief = false;        // listed without its description in the short help
 };
 
 struct OptionGroup {

@@ -22,7 +22,7 @@ Value ValueOf(const OptionRow &row)
     return {name == QLatin1String("FILE") || name == QLatin1String("PICTURE") ? Kind::Files : Kind::None, QString()};
 }
 
-/// Returns what completes the operands of a command.
+/// Returns how the operands of a command are completed.
 Value OperandOf(const VerbRow &verb)
 {
     const QString operand = QLatin1String(verb.operand);
@@ -146,8 +146,7 @@ QString Zsh()
         const QString name = QLatin1String(verb.name);
         commands += QStringLiteral("        ") + Quoted(name + QLatin1Char(':') + QLatin1String(verb.summary))
             + QLatin1Char('\n');
-        cases += QStringLiteral("    %1)\n        _arguments -s -S '(- *)'{-h,--help}'[print a help of one screen]'")
-                     .arg(name);
+        cases += QStringLiteral("    %1)\n        _arguments -s -S '(- *)'{-h,--help}'[print a short help]'").arg(name);
         const QVector<OptionRow> rows = OptionsOf(verb.verb);
         for (const OptionRow &row : rows)
             cases += ZshOption(row);
@@ -225,7 +224,7 @@ QString Fish()
         else if (operand.kind == Kind::None)
             text += within + QLatin1String(" -f\n");
     }
-    return text + QLatin1String("complete -c vitrelux -s h -l help -d 'print a help of one screen'\n");
+    return text + QLatin1String("complete -c vitrelux -s h -l help -d 'print a short help'\n");
 }
 
 } // namespace

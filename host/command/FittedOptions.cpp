@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
-constexpr double kMostPercent = 200.0;
+constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
+constexpr double kMaxPercent = 200.0;
 
 /// Whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)
@@ -28,7 +28,7 @@ bool IsAboveZero(const QString &text)
 
 bool IsZoom(const QString &text)
 {
-    return IsNumber(text, kLeastZoom, kMostZoom);
+    return IsNumber(text, kMinZoom, kMaxZoom);
 }
 
 bool IsQuality(const QString &text)
@@ -59,7 +59,7 @@ QVector<QPair<QString, QString>> Amounts(const QString &text)
         const QString name = part.section(QLatin1Char('='), 0, 0), percent = part.section(QLatin1Char('='), 1);
         const auto found = std::find_if(std::begin(kAmounts), std::end(kAmounts),
                                         [&](const AmountName &one) { return name == QLatin1String(one.name); });
-        if (found == std::end(kAmounts) || !IsNumber(percent, 0.0, kMostPercent))
+        if (found == std::end(kAmounts) || !IsNumber(percent, 0.0, kMaxPercent))
             return {};
         attributes.append({QLatin1String(found->attribute), QString::number(percent.toDouble() / 100.0)});
     }

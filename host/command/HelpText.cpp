@@ -7,14 +7,14 @@
 namespace {
 
 constexpr int kColumns = 80;
-constexpr int kLeft = 22; // of options and commands
+constexpr int kLeft = 22; // width of the column of options and commands
 
 QString Latin(const char *text)
 {
     return QString::fromLatin1(text);
 }
 
-/// Returns the words in lines of at most kColumns characters, each indented.
+/// Wraps the words into lines of at most kColumns characters, each indented.
 QString Wrapped(const QStringList &words, int indent)
 {
     const QString left(indent, QLatin1Char(' '));

@@ -1,4 +1,4 @@
-// Texts made from the table of commands and options: help, man pages, completion.
+// Texts generated from the table of commands and options: help, man pages, completion.
 #pragma once
 
 #include "CommandTable.h"
@@ -7,11 +7,11 @@
 
 /// Returns the help of the program: its commands.
 QString ProgramHelp();
-/// Returns the help of a command, in lines of at most 80 characters. On one screen, some options are only named, and
-/// the description is its first paragraph.
+/// Returns the help of a command, in lines of at most 80 characters. To fit one screen, some options are only named and
+/// only the first paragraph of the description is shown.
 QString VerbHelp(const VerbRow &verb, bool onOneScreen);
 
-/// Returns the man page of a command, in the macros of man(7); null: that of the program.
+/// Returns the man page of a command, with the macros of man(7); null: that of the program.
 QString ManPage(const VerbRow *verb);
 
 /// Returns the completion script for bash, zsh or fish; empty for another name.

@@ -41,7 +41,7 @@ public:
             m_prefix += QLatin1Char('/');
     }
 
-    bool Holds(const QString &path) const { return (path + QLatin1Char('/')).startsWith(m_prefix); }
+    bool Contains(const QString &path) const { return (path + QLatin1Char('/')).startsWith(m_prefix); }
     void AddUnread(const UnreadPath &unread) { m_faults.append(unread); }
     void Add(const IndexedProfile &profile)
     {
@@ -89,11 +89,11 @@ QVector<Place> PlacesOf(const QStringList &folders, const ProfileIndex &index)
     for (const QString &folder : folders) {
         places.append(Place(folder));
         for (const IndexedProfile &profile : index.Profiles()) {
-            if (places.last().Holds(profile.path))
+            if (places.last().Contains(profile.path))
                 places.last().Add(profile);
         }
         for (const UnreadPath &unread : index.UnreadFolders())
-            if (places.last().Holds(unread.path))
+            if (places.last().Contains(unread.path))
                 places.last().AddUnread(unread);
     }
     return places;
@@ -188,7 +188,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     ProfileIndex index;
     if (!index.Scan(folders.Folders()))
         console->Note(QString(),
-                      QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMostProfiles));
+                      QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMaxProfiles));
     if (options.words.isEmpty()) {
         console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;

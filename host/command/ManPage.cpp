@@ -1,11 +1,11 @@
-// Man pages in the macros of man(7).
+// Man pages with the macros of man(7).
 #include "HelpText.h"
 
 #include <QStringList>
 
 namespace {
 
-/// Returns text as roff prints it: minus signs that can be copied, no control lines, no escapes.
+/// Escapes text for roff: minus signs can be copied, and nothing is read as a control line or an escape.
 QString Escaped(const QString &text)
 {
     QString escaped = text;
@@ -44,7 +44,7 @@ QString Options(const VerbRow &verb)
             text += QLatin1String(".TP\n") + Line(QStringLiteral(".B"), Spelling(row))
                 + Escaped(QLatin1String(row.help)) + QLatin1Char('\n');
     }
-    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a help of one screen\n");
+    return text + QLatin1String(".SS Help\n.TP\n.B \\-h, \\-\\-help\nprint a short help\n");
 }
 
 QString Examples(const QStringList &examples)

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kSteps = 100;
 // A curve beyond these bounds only shows that something is wrong, and would flatten the others.
-constexpr double kMostPercent = 200.0, kMostPixels = 1000.0, kMostEv = 8.0;
+constexpr double kMaxPercent = 200.0, kMaxPixels = 1000.0, kMaxEv = 8.0;
 
 /// Scale of an entry's models in the plotted frame.
 struct CurveFrame {
@@ -64,7 +64,7 @@ ProfileCurve Distortion(const ProfileModel &model, bool isFisheye, const CurveFr
         return isFisheye ? FisheyeFactor(model, Projection::Equidistant, u) : PerspectiveFactor(model, u * u);
     };
     const double fold = isFisheye ? FisheyeEnd(model, Projection::Equidistant) : FoldRadius(factor, end);
-    return Sampled(frame.halfDiagonal, fold < end ? fold * unit : HUGE_VAL, kMostPercent,
+    return Sampled(frame.halfDiagonal, fold < end ? fold * unit : HUGE_VAL, kMaxPercent,
                    [&](double radius) { return 100.0 * (factor(radius / unit) - 1.0); });
 }
 
@@ -73,7 +73,7 @@ ProfileCurve Shift(const std::optional<ProfileModel> &model, const CurveFrame &f
     if (!model)
         return {};
     const double unit = UnitOf(*model, frame);
-    return Sampled(frame.halfDiagonal, HUGE_VAL, kMostPixels, [&](double radius) {
+    return Sampled(frame.halfDiagonal, HUGE_VAL, kMaxPixels, [&](double radius) {
         const double u = radius / unit;
         return radius * (model->scaleFactor * PerspectiveFactor(*model, u * u) - 1.0);
     });
@@ -84,7 +84,7 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     if (!model)
         return {};
     const double unit = UnitOf(*model, frame);
-    return Sampled(frame.halfDiagonal, HUGE_VAL, kMostEv, [&](double radius) {
+    return Sampled(frame.halfDiagonal, HUGE_VAL, kMaxEv, [&](double radius) {
         const double u = radius / unit;
         return std::log2(LightShare(*model, u * u)); // values from 0 down are not plotted
     });
@@ -119,7 +119,7 @@ ProfileCurve OfMap(const std::optional<RadialMap> &map, double halfDiagonal, dou
 
 QVector<ProfileCurves> CurvesOfEntries(const LensProfile &profile, const ProfileFit *fit)
 {
-    const int step = (profile.entries.size() + kMostPlottedEntries - 1) / kMostPlottedEntries;
+    const int step = (profile.entries.size() + kMaxPlottedEntries - 1) / kMaxPlottedEntries;
     QVector<ProfileCurves> all;
     for (int i = 0; i < profile.entries.size(); i += step) {
         const ProfileEntry &entry = profile.entries[i];
@@ -143,11 +143,11 @@ ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit)
     const double half = std::hypot(correction.width, correction.height) / 2.0;
     ProfileCurves curves;
     curves.name = QStringLiteral("blend for ") + QFileInfo(fit.picture).fileName();
-    curves.distortion = OfMap(correction.geometry, half, kMostPercent, true);
-    curves.red = OfMap(correction.red, half, kMostPixels, false);
-    curves.blue = OfMap(correction.blue, half, kMostPixels, false);
+    curves.distortion = OfMap(correction.geometry, half, kMaxPercent, true);
+    curves.red = OfMap(correction.red, half, kMaxPixels, false);
+    curves.blue = OfMap(correction.blue, half, kMaxPixels, false);
     if (correction.light)
-        curves.light = Sampled(half, std::sqrt(correction.light->gain.EndSquared()), kMostEv, [&](double radius) {
+        curves.light = Sampled(half, std::sqrt(correction.light->gain.EndSquared()), kMaxEv, [&](double radius) {
             return -std::log2(correction.light->gain.AtSquared(radius * radius));
         });
     return curves;

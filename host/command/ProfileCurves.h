@@ -19,12 +19,12 @@ struct ProfileCurves {
     ProfileCurve light;      // EV relative to the middle; negative where it is darker
 };
 
-/// Returns the curves of the entries, at most kMostPlottedEntries spread evenly over the file; entries without a frame
+/// Returns the curves of the entries, at most kMaxPlottedEntries spread evenly over the file; entries without a frame
 /// are left out. Distortion of fisheyes is relative to the equidistant projection.
 ///
 /// @param fit  the picture whose frame is plotted; null: the frame of each entry.
 QVector<ProfileCurves> CurvesOfEntries(const LensProfile &profile, const ProfileFit *fit);
-constexpr int kMostPlottedEntries = 200;
+constexpr int kMaxPlottedEntries = 200;
 
 /// Returns the curves of the correction that is applied to the picture.
 ProfileCurves CurvesOfBlend(const LensProfile &profile, const ProfileFit &fit);

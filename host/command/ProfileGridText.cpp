@@ -12,7 +12,7 @@
 namespace {
 
 constexpr int kLabelWidth = 12;
-constexpr int kMostNames = 3; // of cameras, lenses, frames
+constexpr int kMaxNames = 3; // of cameras, lenses, frames
 
 QString Number(double value, int digits)
 {
@@ -30,11 +30,11 @@ template <typename Text> QString Distinct(const LensProfile &profile, const Text
     QStringList found;
     for (const ProfileEntry &entry : profile.entries) {
         const QString one = text(entry);
-        if (!one.isEmpty() && !found.contains(one) && found.size() <= kMostNames)
+        if (!one.isEmpty() && !found.contains(one) && found.size() <= kMaxNames)
             found << one;
     }
-    const bool more = found.size() > kMostNames;
-    return QStringList(found.mid(0, kMostNames)).join(QLatin1String("; "))
+    const bool more = found.size() > kMaxNames;
+    return QStringList(found.mid(0, kMaxNames)).join(QLatin1String("; "))
         + (more ? QLatin1String("; ...") : QLatin1String());
 }
 

@@ -10,7 +10,7 @@ namespace {
 constexpr double kPanelWidth = 330.0, kPanelHeight = 260.0, kLeft = 50.0, kGap = 60.0, kTop = 66.0;
 constexpr double kLegendTop = kTop + kPanelHeight + 60.0, kLegendRow = 18.0;
 constexpr double kSceneWidth = kLeft + 3 * kPanelWidth + 2 * kGap + 20.0;
-constexpr int kLegendColumns = 8, kMostFocals = 24; // in the legend
+constexpr int kLegendColumns = 8, kMaxFocals = 24; // in the legend
 const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
@@ -157,7 +157,7 @@ private:
         int row = 0;
         if (m_blend)
             AddLegendItem(row++, 0, m_blend->name, kBlend, 2.5);
-        const int all = m_focals.size(), shown = std::min(all, kMostFocals);
+        const int all = m_focals.size(), shown = std::min(all, kMaxFocals);
         for (int i = 0; i < shown; ++i) {
             const double focal = m_focals[shown > 1 ? i * (all - 1) / (shown - 1) : 0];
             const QString name =

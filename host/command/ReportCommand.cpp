@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kMostRows = 20; // of reasons and of lenses
+constexpr int kMaxRows = 20; // of reasons and of lenses
 constexpr int kSlowest = 5;
 
 /// Returns one record per picture, in the order in which the pictures first occur.
@@ -58,12 +58,12 @@ QString Table(const char *heading, const Counts &counts, bool withOutcomes)
     std::stable_sort(names.begin(), names.end(),
                      [&](const QString &a, const QString &b) { return Total(counts[a]) > Total(counts[b]); });
     QString text = names.isEmpty() ? QString() : QStringLiteral("\n%1\n").arg(QLatin1String(heading));
-    for (const QString &name : names.mid(0, kMostRows)) {
+    for (const QString &name : names.mid(0, kMaxRows)) {
         text += QStringLiteral("  %1  %2").arg(Total(counts[name]), 6).arg(OneLine(name));
         text += withOutcomes ? QStringLiteral(": %1\n").arg(TextOf(counts[name])) : QStringLiteral("\n");
     }
-    if (names.size() > kMostRows)
-        text += QStringLiteral("  and %1 more\n").arg(names.size() - kMostRows);
+    if (names.size() > kMaxRows)
+        text += QStringLiteral("  and %1 more\n").arg(names.size() - kMaxRows);
     return text;
 }
 
@@ -104,7 +104,7 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
     return reports;
 }
 
-QString SumOfReports(const QVector<PictureReport> &all)
+QString SummaryOfReports(const QVector<PictureReport> &all)
 {
     const QVector<PictureReport> reports = OnePerPicture(all);
     QMap<PictureReport::Outcome, int> outcomes;
@@ -136,6 +136,6 @@ ExitCode RunReport(const ReportOptions &options, Console *console)
             result = kSomeFailed;
         }
     }
-    console->Print(SumOfReports(reports));
+    console->Print(SummaryOfReports(reports));
     return result;
 }

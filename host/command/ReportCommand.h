@@ -14,6 +14,6 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
 
 /// Returns the summary of several runs over the same pictures. Each picture counts once, by its last record, but a
 /// corrected picture stays corrected if a later run skips it.
-QString SumOfReports(const QVector<PictureReport> &reports);
+QString SummaryOfReports(const QVector<PictureReport> &reports);
 
 ExitCode RunReport(const ReportOptions &options, Console *console);

@@ -9,7 +9,7 @@
 namespace {
 
 constexpr double kInlierShare = 0.005; // of the smaller side
-constexpr double kLeastScore = 0.05;
+constexpr double kMinScore = 0.05;
 constexpr double kGoodScore = 0.6;
 
 /// Solves the three linear equations in place; false if they have no unique solution.
@@ -97,7 +97,7 @@ bool RansacFisheye::evaluateModel(Model model)
     if (data.isEmpty())
         return false;
     double score = static_cast<double>(inliers) / data.size();
-    if (score > kLeastScore) {
+    if (score > kMinScore) {
         score = static_cast<double>(inliers + bonus) / data.size();
         if (score > bestScore) {
             bestScore = score;

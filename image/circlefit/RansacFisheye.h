@@ -34,7 +34,7 @@ public:
 
     /// Runs the trials until one is good enough.
     void process();
-    /// Returns the circle through three edges drawn at random, in the linear model that holds close to the center:
+    /// Returns the circle through three edges drawn at random, in the linear model that is valid close to the center:
     /// distance = radius + centerX * directionX + centerY * directionY. All 0 if the three directions don't determine
     /// it or there are fewer than three edges; a circle about the origin through the first edge if the center would be
     /// too far out.

@@ -115,7 +115,7 @@ Status MulConstantScaled(const T *src, Step srcStep, int constant, T *dst, Step 
 /// The values are those of the interface.
 enum class Comparison { Less = 0, LessEqual = 1, Equal = 2, GreaterEqual = 3, Greater = 4 };
 
-/// Writes a mask of 255 where the comparison of the pixel with @p constant holds, else 0. Always 0 for NaN.
+/// Writes a mask of 255 where the comparison of the pixel with @p constant is true, otherwise 0. Always 0 for NaN.
 template <typename T>
 Status CompareConstant(const T *src, Step srcStep, T constant, Ipp8u *mask, Step maskStep, Size size, Comparison how)
 {

@@ -1,4 +1,4 @@
-// lcms2 as this layer uses it.
+// lcms2, set up for this layer.
 #pragma once
 
 #include <lcms2.h>

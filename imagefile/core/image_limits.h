@@ -1,4 +1,4 @@
-// Limits for a picture file's claims, checked before memory is allocated, with their reasons.
+// Limits for the sizes that a picture file claims, checked before memory is allocated, with their reasons.
 #pragma once
 
 #include "status.h"
@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Longest side. Stitched panoramas reach some 300,000 pixels; a float RGBA row of this length takes only 16 MiB, and
+/// Longest side. Stitched panoramas reach about 300,000 pixels; a float RGBA row of this length takes only 16 MiB, and
 /// the product of four such factors fits in 64 bits.
 constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 
@@ -15,14 +15,14 @@ constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 /// A float picture of 400 megapixels takes 4.8 to 6.4 GB.
 constexpr std::int64_t kMaxImageBytes = std::int64_t(1) << 35;
 
-/// Up to this many bytes a claim is accepted whatever the file's size: allocating them does no harm, and a plain
-/// picture of this size compresses to almost nothing.
+/// Up to this many bytes a claim is accepted regardless of the file's size: allocating them does no harm, and a picture
+/// of a single color of this size compresses to almost nothing.
 constexpr std::int64_t kHarmlessBytes = std::int64_t(64) << 20;
 
 /// Largest block that a codec library may allocate for its tables and one strip or tile.
 constexpr std::int64_t kMaxCodecAllocation = std::int64_t(1) << 30;
 
-/// Scans in one JPEG: a progressive file needs about 10, at most some 60. Each scan covers the whole picture, so a
+/// Scans in one JPEG: a progressive file needs about 10, at most about 60. Each scan covers the whole picture, so a
 /// small file with thousands of them would keep a processor busy for minutes.
 constexpr int kMaxJpegScans = 100;
 
@@ -35,7 +35,7 @@ constexpr std::int64_t kDeflateRatio = 1040;
 /// Compressions without a bound (fax, Zstandard, repeated pixels): 8 times what photographs reach.
 constexpr std::int64_t kUnboundedRatio = 4096;
 
-/// Largest metadata block that is read; the largest profiles and packets have some megabytes.
+/// Largest metadata block that is read; the largest profiles and packets have a few megabytes.
 constexpr std::size_t kMaxMetadataBytes = std::size_t(64) << 20;
 
 /// From this file size on, TIFFs are written as BigTIFF: offsets of the classic form have 32 bits.

@@ -89,7 +89,7 @@ private:
     int m_targetRow = 0;
     int m_rowsAdded = 0; // in the target row
     std::vector<std::uint8_t> m_row;
-    std::vector<double> m_sums; // exact for integers: a box holds fewer than 2^37 samples of 16 bits
+    std::vector<double> m_sums; // exact for integers: a box has fewer than 2^37 samples of 16 bits
 };
 
 } // namespace imagefile

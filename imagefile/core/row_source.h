@@ -7,10 +7,10 @@
 
 namespace imagefile {
 
-/// Gives the rows of a picture from the top down: a bitmap's own, or rows made some at a time.
+/// Provides the rows of a picture from the top down, from a bitmap or generated some at a time.
 class RowSource {
 public:
-    /// Both must outlive the object. @p maker is null if the bitmap holds the pixels.
+    /// Both must outlive the object. @p maker is null if the pixels are in the bitmap.
     RowSource(const GFL_BITMAP &bitmap, const RowMaker *maker);
 
     /// Sets @p row to the next row, valid until the next call. Requests at most as many rows as there are.

@@ -67,7 +67,7 @@ void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
     Imf::addLongitude(*header, longitude);
 }
 
-/// Adobe RGB (1998), which cameras that write no profile name by the interoperability index of DCF 2.0.
+/// Returns Adobe RGB (1998) if the interoperability index of DCF 2.0 names it, as cameras do that write no profile.
 std::optional<Primaries> NamedPrimaries(const Exiv2::ExifData &exif)
 {
     const Exiv2::Exifdatum *index = Find(exif, "Exif.Iop.InteroperabilityIndex");
@@ -109,10 +109,10 @@ void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
         header->insert("xmp", Imf::StringAttribute(std::string(metadata.xmp.begin(), metadata.xmp.end())));
     const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
     if (turn && turn->toLong() > 1)
-        Warn("metadata is left out: the orientation, which OpenEXR can't hold: the picture stays as the camera stored "
+        Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "
              "it");
     if (!metadata.exif.empty() || !metadata.iptc.empty())
-        Warn("metadata is left out: OpenEXR has no place for IPTC and most of the EXIF");
+        Warn("metadata is left out: IPTC and most of the EXIF, which OpenEXR can't store");
 }
 
 } // namespace imagefile

@@ -40,8 +40,9 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns whether libheif should crop and rotate: it can only do both or neither. Without, pixels are exact at any
-    /// depth (libheif mirrors only 8 bits), but opacity that is rotated, or cropped from another size, fails.
+    /// Returns whether libheif should crop and rotate: it can only do both or neither. If it does neither, pixels are
+    /// exact at any depth (libheif mirrors only 8 bits), but opacity that is rotated or cropped from another size can't
+    /// be decoded.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
     /// Returns the rotation of the decoded picture relative to the stored one.
     HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }

@@ -1,4 +1,4 @@
-// The thumbnail that a written JPEG gets in its EXIF.
+// The EXIF thumbnail of a JPEG that is being written.
 #pragma once
 
 #include "core/bytes.h"
@@ -26,8 +26,8 @@ private:
     int m_next = 0;
 };
 
-/// Room for a thumbnail at the end of an EXIF block. The thumbnail precedes the picture in the file, but is known only
-/// afterwards.
+/// Room for a thumbnail at the end of an EXIF block. The thumbnail precedes the picture in the file, but is only known
+/// after the picture is written.
 class ThumbnailRoom {
 public:
     /// Appends a second directory and zeroes to @p tiff, a block in little-endian order. Does nothing if it is empty,

@@ -58,7 +58,7 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
     m_classic.Put(offset, m_classic.OffsetBytes(), field->value.data());
 }
 
-/// Copies the field's value into the view. False if a classic file can't hold it.
+/// Copies the field's value into the view. False if a classic file can't store it.
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);

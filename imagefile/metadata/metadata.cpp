@@ -233,7 +233,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         }
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &error) { // damaged: the image holds what was read before
+    } catch (const std::exception &error) { // damaged: the image has the values read before
         memory.Require();
         WarnOfDamage(error.what());
     }

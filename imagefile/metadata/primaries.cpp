@@ -37,8 +37,8 @@ cmsCIEXYZ MappedToD50(const Matrix &m)
     return {determinant(0) / whole, determinant(1) / whole, determinant(2) / whole};
 }
 
-/// Returns the white before the adaptation: by its matrix since version 4, and by the white point of displays before
-/// (ICC.1:2010, annex E).
+/// Returns the white point before the adaptation: since version 4 from the adaptation matrix, in older profiles from
+/// the display's white point (ICC.1:2010, annex E).
 cmsCIEXYZ WhiteOf(cmsHPROFILE profile)
 {
     if (const auto *matrix = static_cast<const Matrix *>(cmsReadTag(profile, cmsSigChromaticAdaptationTag)))

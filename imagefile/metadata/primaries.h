@@ -12,8 +12,8 @@ struct Primaries {
     Chromaticity red, green, blue, white;
 };
 
-/// Returns the colors of an RGB profile that has a matrix, under its own white: the adaptation to D50 that ICC profiles
-/// contain is undone. None for other profiles. Throws only std::bad_alloc.
+/// Returns the colors of an RGB profile with a matrix, relative to the profile's white: the adaptation to D50 in ICC
+/// profiles is undone. None for other profiles. Throws only std::bad_alloc.
 std::optional<Primaries> PrimariesOf(const Bytes &icc);
 
 } // namespace imagefile

@@ -7,7 +7,7 @@ namespace imagefile {
 
 namespace {
 
-/// Largest chunk that libpng may hold in memory. Of those that aren't skipped, the palette is the largest, with 768
+/// Largest chunk that libpng may keep in memory. Of those that aren't skipped, the palette is the largest, with 768
 /// bytes.
 constexpr png_alloc_size_t kMaxChunk = 65536;
 

@@ -107,7 +107,7 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
-    constexpr float kRounding = std::is_floating_point_v<T> ? 1e-5f : 0.0f; // integers: white less opacity is exact
+    constexpr float kRounding = std::is_floating_point_v<T> ? 1e-5f : 0.0f; // integers: white minus opacity is exact
     for (std::size_t x = 0; x < width; ++x, row += 4) {
         const float opacity = static_cast<float>(row[3]) / kFull;
         const float paper = kFull - static_cast<float>(row[3]) - kRounding * kFull;

@@ -11,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-/// A PSD holds at most 2 GiB; pictures that may come near are written as PSB.
+/// A PSD has at most 2 GiB; pictures that may come close are written as PSB.
 constexpr std::uint64_t kPsdMaxBytes = std::uint64_t(1) << 31;
 
 void AppendNumber(std::uint64_t number, int bytes, Bytes *out)

@@ -28,7 +28,7 @@ private:
 
     const Source &m_source;
     std::uint64_t m_position = 0;
-    std::uint64_t m_bufferAt = 0; // what the buffer holds
+    std::uint64_t m_bufferAt = 0; // position in the file of the buffer's first byte
     std::size_t m_buffered = 0;
     unsigned char m_buffer[kBufferBytes];
 };

@@ -32,7 +32,7 @@ public:
 
     std::size_t Bound() const { return libdeflate_zlib_compress_bound(m_compressor.get(), m_job.maxStripBytes); }
 
-    /// @p packed holds Bound() bytes, so that every strip fits.
+    /// @p packed has room for Bound() bytes, so that every strip fits.
     std::size_t Pack(int strip, const std::uint8_t *rows, std::uint8_t *packed)
     {
         const std::size_t bytes = m_job.fill(strip, rows, m_unpacked.data());

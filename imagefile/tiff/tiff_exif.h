@@ -1,7 +1,7 @@
 // Writes EXIF into a new TIFF exactly as Exiv2 encodes it: rationals are unchanged and maker notes still decode.
 //
 // libtiff doesn't support maker notes and rounds rationals; Exiv2 would afterwards write the whole file a second time.
-// So Exiv2 makes a small TIFF that holds only metadata, whose bytes go to the head of the file, where all its offsets
+// So Exiv2 makes a small TIFF with only metadata, whose bytes go to the head of the file, where all its offsets
 // stay valid. The picture follows. Finally the first directory is written again, with the fields of both: libtiff's for
 // the picture, Exiv2's for everything else, including the EXIF and GPS directories.
 #pragma once

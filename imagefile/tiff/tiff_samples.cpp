@@ -105,7 +105,7 @@ template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
             samples[c] = static_cast<T>(std::min(((samples[c] ^ sign) * kFull + kFullV2 / 2) / kFullV2, kFull));
 }
 
-// Color maps hold 16 bits, but some writers store 8-bit numbers.
+// Color maps have 16-bit values, but some writers store 8-bit numbers.
 bool IsEightBitMap(const TiffLayout &layout)
 {
     const std::size_t colors = std::size_t(1) << layout.bits;

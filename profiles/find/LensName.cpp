@@ -100,7 +100,7 @@ void AddCode(const QString &word, LensName *name)
     }
     static const Pattern mount(
         QStringLiteral("(?<=^\\w\\d\\d|^\\d\\d\\d)n(ii)?$")); // "A16N", "A16NII" are A16 for Nikon
-    name->codes.insert(QString(word).remove(mount));
+    name->codes.insert(word.left(word.size() - Matched(mount, word).capturedLength()));
     if (name->maker.isEmpty() && Matched(tamron, word).hasMatch())
         name->maker = QStringLiteral("tamron");
 }
@@ -340,11 +340,14 @@ bool LensName::IsBare() const
 QVector<LensName> ParseLensNames(const QString &text)
 {
     // Exiv2 writes "A | B", but also "35mm F1.4 DG HSM | Art 012".
-    static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\dmm|[fF]/?\\d))"));
+    static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\d\\s*mm|[fF]/?\\d))"));
+    static_cast<void>(Matched(either, text)); // throws without memory
     QVector<LensName> names;
     const QStringList parts = text.split(either, Qt::SkipEmptyParts);
     for (const QString &part : parts)
         names.append(ParseLensName(part));
+    for (LensName &name : names)
+        name.isAlternative = names.size() > 1;
     return names;
 }
 

@@ -113,8 +113,8 @@ bool ProfileIndex::Scan(const QStringList &folders)
     m_unreadFolders.clear();
     for (const QString &folder : whole)
         Walk(folder, 0, &walked, &files);
-    const bool complete = files.size() <= kMostProfiles;
-    files = files.mid(0, kMostProfiles);
+    const bool complete = files.size() <= kMaxProfiles;
+    files = files.mid(0, kMaxProfiles);
     std::sort(files.begin(), files.end());
     files.removeDuplicates();
 
@@ -147,7 +147,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
 /// Follows links to folders, and walks each folder once.
 void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files)
 {
-    if (depth > kMostDepth || files->size() > kMostProfiles || walked->contains(folder))
+    if (depth > kMaxDepth || files->size() > kMaxProfiles || walked->contains(folder))
         return;
     walked->insert(folder);
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);

@@ -1,14 +1,15 @@
 #include "ProfileMatch.h"
 
+#include "PictureFrame.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
 namespace {
 
-constexpr double kMostFrameRatio = 1.04; // a profile has no data outside its frame
-constexpr double kFocalShare = 0.02;     // EXIF rounds focal lengths
-constexpr double kStopShare = 0.06;      // ... and f-numbers to thirds of a stop, "3.5" for 3.6
+constexpr double kFocalShare = 0.02; // EXIF rounds focal lengths
+constexpr double kStopShare = 0.06;  // ... and f-numbers to thirds of a stop, "3.5" for 3.6
 
 enum class Body { Other, SameMaker, Same };
 
@@ -37,18 +38,6 @@ QString Folded(const QString &text)
 QString MakerOf(const QString &make)
 {
     return make.toCaseFolded().section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
-}
-
-/// Returns the maker of a camera's own lenses, as LensName::maker.
-QString LensMakerOf(const QString &make)
-{
-    static const QHash<QString, QString> others = {
-        {QStringLiteral("om"), QStringLiteral("olympus")}, // OM Digital Solutions
-        {QStringLiteral("ricoh"), QStringLiteral("pentax")},
-        {QStringLiteral("konica"), QStringLiteral("minolta")},
-    };
-    const QString maker = MakerOf(make);
-    return others.value(maker, maker);
 }
 
 bool IsSubset(const LensName &name, const LensName &of)
@@ -119,10 +108,30 @@ NameMatch Contradicted(NameMatch match, const QString &why)
 /// Whether a name belongs to a fixed lens, as in profiles of compact cameras.
 bool IsFixedLensName(const LensName &name, const QString &model)
 {
-    return (name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model));
+    return name.converter.isEmpty()
+        && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
+}
+
+/// Whether the focal lengths of a fixed lens's profile are the picture's, as far as both are known.
+bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
+{
+    const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
+    return !facts.lensMinFocalMm.Known() || !facts.lensMaxFocalMm.Known() || !name.HasFocal()
+        || (near(name.minFocalMm, facts.lensMinFocalMm.value) && near(name.maxFocalMm, facts.lensMaxFocalMm.value));
 }
 
 } // namespace
+
+QString LensMakerOf(const QString &make)
+{
+    static const QHash<QString, QString> others = {
+        {QStringLiteral("om"), QStringLiteral("olympus")}, // OM Digital Solutions
+        {QStringLiteral("ricoh"), QStringLiteral("pentax")},
+        {QStringLiteral("konica"), QStringLiteral("minolta")},
+    };
+    const QString maker = MakerOf(make);
+    return others.value(maker, maker);
+}
 
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel)
 {
@@ -167,12 +176,24 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
     QVector<LensName> telling;
     for (const LensName &name : qAsConst(all)) {
         const bool lesser = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
-            return IsSubset(name, other) && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
+            return !(name.isAlternative && other.isAlternative) && IsSubset(name, other)
+                && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
         });
         if (!lesser)
             telling.append(name);
     }
     return telling;
+}
+
+const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts)
+{
+    for (const LensName &name : wanted) {
+        const bool fits = name.isAlternative && !name.IsBare() && name.HasFocal()
+            && (!facts.focalMm.Known() || ContainsFocal(name.minFocalMm, name.maxFocalMm, facts.focalMm.value));
+        if (fits && !IsSameLens(name, found))
+            return &name;
+    }
+    return nullptr;
 }
 
 const QVector<LensName> &ProfileMatcher::Parsed(const QString &text)
@@ -252,7 +273,7 @@ private:
             return false;
         for (const QString &text : head.lensNames)
             for (const LensName &name : m_parsed(text)) {
-                if (!IsFixedLensName(name, head.model))
+                if (!IsFixedLensName(name, head.model) || !HasFocalRangeOf(m_facts, name))
                     return false;
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;
@@ -315,7 +336,7 @@ private:
         if (factor <= 0.0)
             return QStringLiteral("made on another camera, of unknown sensor size");
         const double ratio = factor / m_pictureFactor;
-        return ratio <= kMostFrameRatio
+        return ratio <= kMaxFrameRatio
             ? QString()
             : QStringLiteral("made on a smaller sensor, which shows only %1 % of the field").arg(qRound(100.0 / ratio));
     }
@@ -361,6 +382,8 @@ private:
         for (const Candidate &other : qAsConst(same))
             if (&other != &best && other.body == best.body && other.rawFits == best.rawFits)
                 rivals.append(other);
+        if (const LensName *other = OtherLens(m_wanted, best.name, m_facts))
+            return EqualNames(best, *other);
         for (const Candidate &rival : qAsConst(rivals))
             if (!m_help.correctAlike(best.profile->path, rival.profile->path))
                 return Equal(best, rival);
@@ -398,6 +421,17 @@ private:
         match.reason = QStringLiteral("two profiles fit equally well: %1 and %2; choose one with --profile")
                            .arg(Title(*best.profile), Title(*rival.profile));
         match.nearest = QStringList{Title(*best.profile), Title(*rival.profile)};
+        return match;
+    }
+
+    static ProfileMatch EqualNames(const Candidate &best, const LensName &other)
+    {
+        ProfileMatch match;
+        match.isAmbiguous = true;
+        match.reason =
+            QStringLiteral("the picture's lens is %1 or \"%2\"; name it with --lens or choose with --profile")
+                .arg(Title(*best.profile), other.text);
+        match.nearest = QStringList{Title(*best.profile), other.text};
         return match;
     }
 

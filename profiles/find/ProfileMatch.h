@@ -44,5 +44,12 @@ private:
 /// LensSpecification. Empty if it names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
+/// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera's number of a lens
+/// may stand for several. Null: none.
+const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
+
+/// Returns the maker of a camera's own lenses, as LensName::maker.
+QString LensMakerOf(const QString &make);
+
 /// Whether two spellings mean the same camera: "NIKON D70" and "D70".
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

@@ -268,6 +268,11 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
             && !CompareLensNames(best.name, other.name).fits)
             return none(QStringLiteral("two lenses in lensfun fit equally well: \"%1\" and \"%2\"")
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
+    if (const LensName *other = IsFixed(camera) ? nullptr : OtherLens(wanted, best.name, facts))
+        return none(QStringLiteral("the picture's lens is \"%1\" or \"%2\"").arg(TitleOf(best.lens), other->text));
+    if (byNumbers && best.name.maker != LensMakerOf(camera.make)) // other makers' versions share numbers
+        return none(QStringLiteral("the picture gives only the numbers of its lens, which \"%1\" may share by chance")
+                        .arg(TitleOf(best.lens)));
     const QVector<NamedLens> covering = CoveringSensor(lenses, camera);
     if (covering.isEmpty())
         return none(QStringLiteral("lensfun's data for \"%1\" was measured on a smaller sensor").arg(best.name.text));

@@ -109,7 +109,7 @@ private:
         Correction &to = m_result.correction;
         if (task.quantity == Quantity::Geometry && (m_curves.distortion || m_curves.imageHeight)) {
             const GeometryCurve geometry = GeometryOf(m_curves, m_options.projection);
-            to.geometry = Map(geometry.factor, kLeastZoom, geometry.end, task.amount);
+            to.geometry = Map(geometry.factor, kMinZoom, geometry.end, task.amount);
             return true;
         }
         if (task.quantity == Quantity::Color && (m_curves.red || m_curves.blue)) {
@@ -122,7 +122,7 @@ private:
         if (task.quantity == Quantity::Light && m_curves.light) {
             const Curve light = *m_curves.light;
             to.light = TabulateGain(
-                m_center, [light](double radius) { return std::log2(std::max(light(radius), kLeastLight)); },
+                m_center, [light](double radius) { return std::log2(std::max(light(radius), kMinLight)); },
                 FarthestRadius(m_facts.pixels, m_center, 1.0), task.amount);
             return true;
         }

@@ -24,7 +24,8 @@ double Coefficient(const LensModel &model, size_t index)
     return index < model.coefficients.size() ? model.coefficients[index] : 0;
 }
 
-/// x (1 + c0 x^2 + c1 x^4 + c2 x^6), the radius of the perspective model and, of the angle, of the fisheye model.
+/// Returns x (1 + c0 x^2 + c1 x^4 + c2 x^6): the radius of the perspective model or, for an angle x, of the fisheye
+/// model.
 double RadialValue(const LensModel &model, double x)
 {
     const double x2 = x * x;
@@ -37,7 +38,7 @@ double RadialSlope(const LensModel &model, double x)
     return 1 + x2 * (3 * Coefficient(model, 0) + x2 * (5 * Coefficient(model, 1) + x2 * 7 * Coefficient(model, 2)));
 }
 
-/// Newton's method for RadialValue(x) = value, from the identity as the first guess.
+/// Solves RadialValue(x) = value by Newton's method, starting from the identity.
 double SolveRadial(const LensModel &model, double value)
 {
     double x = value;
@@ -50,7 +51,7 @@ double SolveRadial(const LensModel &model, double value)
     return x;
 }
 
-/// Elements of one model, at the indent of a sub-model.
+/// The elements of one model, with the indentation of a sub-model.
 class Elements {
 public:
     explicit Elements(const std::string &indent) : m_indent(indent) { m_text.precision(9); }

@@ -14,7 +14,7 @@ class tst_CommandLine : public QObject {
 private Q_SLOTS:
     void refusesAndPrints_data();
     void refusesAndPrints();
-    void lastOneHolds();
+    void lastOneWins();
     void fittedOptionsAreAttributes();
     void helpFitsOnAScreen();
     void rivals_data();
@@ -105,7 +105,7 @@ void tst_CommandLine::refusesAndPrints()
                  qPrintable(line.text));
 }
 
-void tst_CommandLine::lastOneHolds()
+void tst_CommandLine::lastOneWins()
 {
     const CorrectOptions options = ParseCommandLine(Words("correct --profile p --profile=q -j 4 -- -o"_s)).correct;
     QCOMPARE(options.profile, "q"_s);

@@ -88,13 +88,13 @@ class tst_Coordinates : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyPixelComesFromItsPlace_data();
-    void everyPixelComesFromItsPlace();
+    void everyPixelHasItsSourcePosition_data();
+    void everyPixelHasItsSourcePosition();
     void vignettingGainOfGray_data();
     void vignettingGainOfGray();
 };
 
-void tst_Coordinates::everyPixelComesFromItsPlace_data()
+void tst_Coordinates::everyPixelHasItsSourcePosition_data()
 {
     QTest::addColumn<LensProfile>("profile");
     QTest::addColumn<int>("corrections");
@@ -128,7 +128,7 @@ void tst_Coordinates::everyPixelComesFromItsPlace_data()
         << Profile({0.5, 0.5, 0.5, {-0.04}}, true) << int(Distortion) << QSize(601, 401);
 }
 
-void tst_Coordinates::everyPixelComesFromItsPlace()
+void tst_Coordinates::everyPixelHasItsSourcePosition()
 {
     QFETCH(LensProfile, profile);
     QFETCH(const int, corrections);

@@ -139,8 +139,8 @@ Q_DECLARE_METATYPE(Row)
 class FittedCoordinatesTest : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
-    void everyPixelComesFromItsPlace_data();
-    void everyPixelComesFromItsPlace();
+    void everyPixelHasItsSourcePosition_data();
+    void everyPixelHasItsSourcePosition();
 
 private:
     void AddOtherFrames();
@@ -185,7 +185,7 @@ void SetBetween(Row &row)
 
 } // namespace
 
-void FittedCoordinatesTest::everyPixelComesFromItsPlace_data()
+void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
 {
     QTest::addColumn<Row>("row");
     Add("half the profile's size", [](Row &) {});
@@ -277,7 +277,7 @@ void FittedCoordinatesTest::AddOtherFrames()
                         {"Xmp.crs.CropRight", "1"},  {"Xmp.crs.CropBottom", "0.665"},
                         {"Xmp.crs.CropAngle", "0"}};
     });
-    Add("stored upright by an unknown turn", [](Row &row) {
+    Add("stored upright after an unknown rotation", [](Row &row) {
         row.SetSize(200, 300);
         row.picture.ownCenter = false;
         row.blend = {{row.entries[0], 1.0L}};
@@ -306,7 +306,7 @@ std::vector<TiffRaster> FittedCoordinatesTest::Corrected(const Row &row, const Q
     return results;
 }
 
-void FittedCoordinatesTest::everyPixelComesFromItsPlace()
+void FittedCoordinatesTest::everyPixelHasItsSourcePosition()
 {
     QFETCH(const Row, row);
     const QSize size = row.Size();

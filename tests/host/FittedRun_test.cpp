@@ -1,5 +1,6 @@
 // Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
 // profile.
+#include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
 
@@ -110,7 +111,7 @@ void FittedRunTest::correct()
     QFETCH(QStringList, said);
     QStringList arguments = ("correct -o out "_s + line).split(QLatin1Char(' '));
     for (QString &argument : arguments) {
-        if (argument.startsWith("--lens="_s)) // underscores stand for blanks
+        if (argument.startsWith("--lens="_s)) // underscores represent blanks
             argument.replace(QLatin1Char('_'), QLatin1Char(' '));
     }
     const ProgramResult result = m_run->Run(arguments);
@@ -137,6 +138,7 @@ void FittedRunTest::records()
     QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
     picture.close();
     for (const bool isDry : {true, false}) {
+        const Case mode(isDry ? "dry run" : "run");
         const ProgramResult result =
             Run("correct --json --keep-time --suffix -x --format jpeg -j 1 -o out --lens-path lenses "_s
                 + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);

@@ -12,14 +12,14 @@
 class tst_HostApplication : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void lendsPixels();
+    void returnsPixels();
     void analyticsIsOff();
 
 private:
     HostApplication *m_host = static_cast<HostApplication *>(QCoreApplication::instance());
 };
 
-void tst_HostApplication::lendsPixels()
+void tst_HostApplication::returnsPixels()
 {
     const QTemporaryDir dir;
     const QString path = dir.filePath("l.jpg"_s), none = dir.filePath("none.jpg"_s);

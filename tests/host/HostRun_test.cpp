@@ -22,7 +22,7 @@ class HostRunTest : public ProgramTest {
     Q_OBJECT
 private Q_SLOTS:
     void callsInOrder();
-    void recordHolds();
+    void recordHasChosenCorrections();
     void failsWithOneLine();
     void existingOutput();
     void replacedFile();
@@ -71,7 +71,7 @@ void HostRunTest::callsInOrder()
     QCOMPARE(Made(), QStringList({kOutput, "b_corrected.tiff"_s}));
 }
 
-void HostRunTest::recordHolds()
+void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
         const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails
@@ -96,7 +96,7 @@ void HostRunTest::recordHolds()
     for (const auto &row : rows) {
         const auto has = [&](char model) { return std::strchr(row.models, model) != nullptr; };
         QByteArray profile = ProfileText({has('d'), has('c'), has('v')}, 60, 40);
-        QVERIFY(profile.contains(row.cut));
+        QVERIFY2(profile.contains(row.cut), row.cut);
         if (*row.cut)
             profile.replace(row.cut, row.patch);
         WriteFile(Path("p.lcp"_s), profile);
@@ -210,7 +210,7 @@ void HostRunTest::parallelRunsGiveTheSameFiles()
     QCOMPARE(names.size(), 5);
     QCOMPARE(Names(Path("together"_s)), names); // and no private folder left
     for (const QString &name : names)
-        QCOMPARE(ReadFile(Path("together/"_s + name)), ReadFile(Path("alone/"_s + name)));
+        QVERIFY2(ReadFile(Path("together/"_s + name)) == ReadFile(Path("alone/"_s + name)), qPrintable(name));
 }
 
 void HostRunTest::rivalsForOneOutput()

@@ -70,7 +70,7 @@ void InfoTest::init()
 {
     ProgramTest::init();
     for (const QString &folder : {"lenses/Canon"_s, "tmp"_s, "config/Brelt"_s})
-        QVERIFY(QDir().mkpath(Path(folder)));
+        QVERIFY2(QDir().mkpath(Path(folder)), qPrintable(folder));
     GiveExif(Path("a.jpg"_s), CanonExif("22 10 1", 235));
     QVERIFY(QFile::copy(Path("p.lcp"_s), Path(kProfile)));
     m_run->Set("TMPDIR", Path("tmp"_s));

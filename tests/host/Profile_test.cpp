@@ -212,7 +212,7 @@ void tst_Profile::grid()
 void tst_Profile::check_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QByteArray>("said"); // a line begins so, after the file's name; empty: nothing is said
+    QTest::addColumn<QByteArray>("said"); // the start of a line after the file's name; empty: no message
     QTest::addColumn<int>("exitCode");
     const QByteArray sound = Bent(kFrame + Setting(50, 3, 3)), at24 = kFrame + Setting(24, 3, 3);
     const auto row = [](const char *name, const QList<QByteArray> &entries, const char *said, int exitCode = 0) {
@@ -239,7 +239,7 @@ void tst_Profile::check_data()
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
         ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
-    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the picture that it was made from");
+    row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
     row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
         ":5: error: entry 2: a lens model without coefficients");
     row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
@@ -299,6 +299,7 @@ void tst_Profile::pictureBetweenEntries()
     QCOMPARE(entries.size(), 2);
     const double weight = WeightOfOther(24, 35, 28);
     for (const QJsonValue &value : entries) {
+        const Case named("entry", value["entry"_s].toInt());
         const bool isLonger = value["entry"_s].toInt() == 3;
         QVERIFY(isLonger || value["entry"_s].toInt() == 2);
         QVERIFY(std::abs(value["weight"_s].toDouble() - (isLonger ? weight : 1.0 - weight)) < 1e-9);

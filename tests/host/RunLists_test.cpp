@@ -155,7 +155,7 @@ void tst_RunLists::sums()
 {
     QFETCH(QVector<PictureReport>, reports);
     QFETCH(QStringList, lines);
-    const QString sum = SumOfReports(reports);
+    const QString sum = SummaryOfReports(reports);
     for (const QString &line : qAsConst(lines))
         QVERIFY2(sum.contains(line), qPrintable(line + " in\n"_s + sum));
 }

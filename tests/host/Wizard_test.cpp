@@ -134,8 +134,8 @@ private Q_SLOTS:
     void backKeepsChoices();
     void choicesStayWithTheirPictures();
     void realPluginFits();
-    void speaksTheUsersLanguage_data();
-    void speaksTheUsersLanguage();
+    void usesTheUsersLanguage_data();
+    void usesTheUsersLanguage();
 
 private:
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -260,7 +260,7 @@ void tst_Wizard::reportsTheResultOfEach()
     const QStringList rows = Rows("results");
     QCOMPARE(rows[0], "good.jpg|Corrected: profile \"found.lcp\""_s + fit);
     QCOMPARE(rows[1], "bad.jpg|Failed: pixels are lost"_s);
-    QVERIFY(rows[2].contains("exists already"_s));
+    QVERIFY(rows[2].contains("already exists"_s));
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
@@ -432,7 +432,7 @@ void tst_Wizard::realPluginFits()
     m_wizard.reset(); // before the plug-in
 }
 
-void tst_Wizard::speaksTheUsersLanguage_data()
+void tst_Wizard::usesTheUsersLanguage_data()
 {
     QTest::addColumn<QString>("ofPlugin"); // what its description contains
     QTest::addColumn<QString>("ofWindow"); // and the window's title
@@ -449,7 +449,7 @@ void tst_Wizard::speaksTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-void tst_Wizard::speaksTheUsersLanguage()
+void tst_Wizard::usesTheUsersLanguage()
 {
     QFETCH(QString, ofPlugin);
     QFETCH(QString, ofWindow);

@@ -44,7 +44,7 @@ private Q_SLOTS:
     void smallerFromBigger();
     void sourcesOfVersions();
     void noRoomForDiskCopies();
-    void lentPixelsOutliveImage();
+    void lockedPixelsOutliveImage();
     void startWithHost();
 
 private:
@@ -79,7 +79,7 @@ void tst_ImageCache::eviction()
                 {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
                 {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit
                 {1, "La La Lb Ua Ub", "ab"},
-                {0, "La Ua", "a"},                           // the last requested one stays, whatever the limit
+                {0, "La Ua", "a"},                           // the last requested one stays, regardless of the limit
                 {1, "La Ua Lb Ub Lc", "bc"},                 // a lock alone evicts nothing
                 {2, "La Ua Lb Ub Lc Uc La Ua Ld Ud", "acd"}, // evicts the least recently used
                 {2, "La Lb Lc Ld Ua Ub Uc", "bcd"},          // evicts no more than necessary
@@ -221,7 +221,7 @@ void tst_ImageCache::noRoomForDiskCopies()
     QCOMPARE(image->LockFullSize(true)->bitsPerComponent(), ushort(16));
 }
 
-void tst_ImageCache::lentPixelsOutliveImage()
+void tst_ImageCache::lockedPixelsOutliveImage()
 {
     const QString path = WritePicture(Path(QStringLiteral("lent.png")), "png", 64, 48);
     const KImage *const lent = Picture(path)->LockFullSize(true);

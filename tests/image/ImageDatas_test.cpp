@@ -1,3 +1,4 @@
+#include "Case.h"
 #include "ImageDatas.h"
 
 #include "Files.h"
@@ -144,7 +145,11 @@ void tst_ImageDatas::settingsSurvive()
     fromManager.LoadSettings(manager);
     QCOMPARE(Written(m_shared), Written(ImageDatas())); // only the record itself changes
     m_shared.LoadSettings(hash);
-    for (const ImageDatas &datas : {fromHash, fromXml, fromManager, m_shared}) {
+    const std::pair<const char *, const ImageDatas *> loaded[] = {
+        {"hash", &fromHash}, {"XML", &fromXml}, {"manager", &fromManager}, {"shared", &m_shared}};
+    for (const auto &[name, record] : loaded) {
+        const Case named(name);
+        const ImageDatas &datas = *record;
         QCOMPARE(Written(datas), UnusualPairs());
         QCOMPARE(datas.thumbnailSize, QSize(128, 128));
         QCOMPARE(datas.thumbnailExtensions, QStringList(QStringLiteral(".THM")));

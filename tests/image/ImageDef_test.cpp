@@ -124,7 +124,7 @@ void tst_ImageDef::suffixes()
         const Case named(row.name);
         const QString path = Path(row.name);
         QVERIFY(!ImageDef::IsAPicture(path)); // doesn't exist yet
-        WritePicture(path, "png", 4, 4);      // whatever its name
+        WritePicture(path, "png", 4, 4);      // regardless of its name
         QVERIFY2(ImageDef::IsAPicture(path) == row.isPicture, row.name);
         const auto image = Describe(path);
         QVERIFY2(image && image->IsRaw() == row.isRaw && image->m_isHdr == row.isHdr, row.name);

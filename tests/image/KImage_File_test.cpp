@@ -202,8 +202,10 @@ void tst_KImageFile::colorReduction()
     QCOMPARE(QByteArray(reinterpret_cast<char *>(pixels), sizeof pixels), before);
     QCOMPARE(Thrown([&] { image.Convert(99, 0); }), QStringLiteral("Error GFL : \"GFL_ERROR_BAD_PARAMETERS\""));
     KImage deep(4, 1, GFL_RGB, 16, true, nullptr, 0), empty;
-    for (KImage *bad : {&deep, &empty})
+    for (KImage *bad : {&deep, &empty}) {
+        const Case named(bad == &deep ? "deep" : "empty");
         QCOMPARE(Thrown([&] { bad->Convert(GFL_DEPTH_GREY, 0); }), QStringLiteral("Invalid Bitmap"));
+    }
 }
 
 void tst_KImageFile::readsAtRequestedDepth()

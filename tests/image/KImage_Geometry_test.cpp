@@ -90,7 +90,7 @@ private Q_SLOTS:
     void inPlace();
     void foreignRows();
     void unsupportedForms();
-    void cropHoldsNothingTransparent();
+    void cropHasNothingTransparent();
     void fullAndEmptyCrop();
     void knownCrops();
     void cropGuards();
@@ -218,7 +218,7 @@ void tst_KImageGeometry::unsupportedForms()
     QCOMPARE(int(*target.getData(3, 3)), 0);
 }
 
-void tst_KImageGeometry::cropHoldsNothingTransparent()
+void tst_KImageGeometry::cropHasNothingTransparent()
 {
     const struct {
         int width, height;

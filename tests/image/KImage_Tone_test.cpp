@@ -107,8 +107,10 @@ void tst_KImageTone::guards()
     }
     // A mask of the same depth, no alpha, no floats, no circle, no columns.
     QCOMPARE(thrown(k8uRgba, all[0]), QStringLiteral("Invalid Bitmap"));
-    for (const Call call : {all[1], all[2], all[3]})
-        QCOMPARE(thrown(k8uRgb, call), QStringLiteral("Invalid Bitmap"));
+    for (int i = 1; i <= 3; ++i) {
+        const Case named("call", i);
+        QCOMPARE(thrown(k8uRgb, all[i]), QStringLiteral("Invalid Bitmap"));
+    }
     KImage narrow(0, 3, GFL_RGB, 8, true, nullptr, 0);
     QCOMPARE(Thrown([&] { narrow.GetGrey(s_grey); }), QStringLiteral("Invalid Bitmap"));
 
@@ -190,12 +192,15 @@ void tst_KImageTone::histograms()
     image.image.HistogramAuto(target);
     const int stretched[] = {0, 127, 255, 127}, equalized[] = {0, 170, 255, 170}; // 9 of 12 samples are not the lowest
     for (int x = 0; x < 4; ++x) {
+        const Case named("column", x);
         QCOMPARE(int(target.getData(x, 0)[1]), stretched[x]);
         QCOMPARE(int(target.getData(x, 0)[3]), 51);
     }
     image.image.HistogramEqualization(image.image); // in place
-    for (int x = 0; x < 4; ++x)
+    for (int x = 0; x < 4; ++x) {
+        const Case named("column", x);
         QCOMPARE(int(image.Sample(x, 0, 2)), equalized[x]);
+    }
 
     TestImage flat(kForms[k8uRgb], 4, 1), deep(kForms[k16uRgb], 4, 1);
     FillRow(flat, {9, 9, 9, 9});

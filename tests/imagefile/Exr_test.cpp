@@ -157,6 +157,7 @@ void tst_Exr::damagedFiles()
     for (const char *box :
          {"\0\0\0\0\0\0\0\0\xFF\x3F\x0F\0\xFF\x3F\x0F\0", "\0\0\0\x80\0\0\0\x80\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F",
           "\0\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF\x0B\0\0\0"}) {
+        const Case named("data window", QByteArray(box, 16).toHex());
         QVERIFY(!LoadFromMemory(QByteArray(good).replace(window, 16, QByteArray(box, 16)), &error));
         QVERIFY(error == GFL_ERROR_FILE_READ || error == GFL_ERROR_NO_MEMORY);
     }

@@ -144,9 +144,12 @@ void tst_Jpeg::bytesAfterEnd()
     QCOMPARE(QSize(info.Xdpi, info.Ydpi), QSize(254, 127)); // from 100 and 50 per centimeter
     const QByteArray file = Encode(Spec()), body = file.left(file.size() - 2), end = file.right(2);
     const BitmapPtr whole = LoadFromMemory(file);
-    for (const QByteArray &odd : {file + QByteArray(1000, 'x'),        // bytes after the end
-                                  body + QByteArray(50, '\x11') + end, // junk before the end
-                                  body, file + file}) {
+    const std::pair<const char *, QByteArray> rows[] = {{"bytes after the end", file + QByteArray(1000, 'x')},
+                                                        {"junk before the end", body + QByteArray(50, '\x11') + end},
+                                                        {"no end marker", body},
+                                                        {"twice", file + file}};
+    for (const auto &[name, odd] : rows) {
+        const Case named(name);
         const BitmapPtr bitmap = LoadFromMemory(odd);
         QVERIFY2(bitmap, gflLastErrorText());
         QCOMPARE(Difference(*bitmap, *whole), QString());
@@ -156,8 +159,14 @@ void tst_Jpeg::bytesAfterEnd()
 void tst_Jpeg::damaged()
 {
     const QByteArray restarts = Encode(With([](Spec &s) { s.restart = 1; }));
-    for (const QByteArray &file : {Encode(Spec()), Encode(With([](Spec &s) { s.progressive = true; })), restarts})
-        QCOMPARE(BadCut(file, file.size() - 2), QString()); // the end marker is not needed
+    const std::pair<const char *, QByteArray> rows[] = {
+        {"baseline", Encode(Spec())},
+        {"progressive", Encode(With([](Spec &s) { s.progressive = true; }))},
+        {"restart markers", restarts}};
+    for (const auto &[name, whole] : rows) {
+        const Case named(name);
+        QCOMPARE(BadCut(whole, whole.size() - 2), QString()); // the end marker is not needed
+    }
 
     // An end marker in the middle of the picture: the rest would be gray.
     QByteArray file = Encode(Spec());

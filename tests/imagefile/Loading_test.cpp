@@ -90,7 +90,7 @@ private Q_SLOTS:
     void embeddedPreviews();
     void missingFiles();
     void unknownFiles();
-    void cutTiff();
+    void truncatedTiff();
     void absurdSizes();
     void hugeFloatPicture();
     void allocator();
@@ -277,7 +277,7 @@ void tst_Loading::unknownFiles()
     }
 }
 
-void tst_Loading::cutTiff()
+void tst_Loading::truncatedTiff()
 {
     const BitmapPtr bitmap = RandomBitmap(20, 15, GFL_RGB, 16);
     for (int compression : {0, 2, 4}) {

@@ -2,6 +2,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "DngFile.h"
+#include "MetadataFiles.h"
 #include "NoteFile.h"
 
 #include <QMap>
@@ -14,13 +15,6 @@
 namespace {
 
 using Values = QMap<QString, QByteArray>; // by key: type and bytes
-
-Exiv2::Image::AutoPtr OpenImage(const QByteArray &file)
-{
-    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte *>(file.constData()), file.size());
-    image->readMetadata();
-    return image;
-}
 
 Exiv2::ExifData ExifOf(const QString &path)
 {
@@ -76,7 +70,7 @@ Exiv2::ExifData CommonExif(const char *make)
     exif["Exif.Image.XResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.YResolution"] = Exiv2::URational(300, 1);
     exif["Exif.Image.ResolutionUnit"] = uint16_t(2);
-    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't carried, so that everything else moves
+    exif["Exif.Image.YCbCrPositioning"] = uint16_t(1); // isn't copied, so that everything else moves
     exif["Exif.Image.Artist"] = "J\xC3\xBCrgen";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(10, 2500);
     exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10);
@@ -157,21 +151,6 @@ constexpr char kXmp[] =
     "a:Lens='EF50mm f/1.8 II'/></rdf:RDF></x:xmpmeta>"
     "<?xpacket end='w'?>";
 
-/// Returns a packet with these attributes of one description, and elements in it.
-QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
-{
-    QByteArray names;
-    for (const char *name :
-         {"crs='http://ns.adobe.com/camera-raw-settings/1.0/'", "xmp='http://ns.adobe.com/xap/1.0/'",
-          "g='http://ns.adobe.com/xap/1.0/g/img/'", "tiff='http://ns.adobe.com/tiff/1.0/'",
-          "exif='http://ns.adobe.com/exif/1.0/'", "mine='urn:example:mine#'", "xmpNote='http://ns.adobe.com/xmp/note/'",
-          "dc='http://purl.org/dc/elements/1.1/'", "old='urn:vitrelux:correction:1.0#'"})
-        names += QByteArray(" xmlns:") + name;
-    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
-           "<rdf:Description rdf:about=''"
-        + names + ' ' + attributes + '>' + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
-}
-
 /// Inserts APP13 segments with the IPTC resource after the start of a JPEG. Exiv2 would write its own form of IPTC.
 QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
 {
@@ -183,14 +162,6 @@ QByteArray WithIptc(QByteArray jpeg, const QByteArray &iptc)
         segments += BigEndian(0xFFED, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload;
     }
     return jpeg.insert(2, segments);
-}
-
-QByteArray WrittenBy(Exiv2::Image &image)
-{
-    image.writeMetadata();
-    image.io().open();
-    const Exiv2::DataBuf bytes = image.io().read(static_cast<long>(image.io().size()));
-    return QByteArray(reinterpret_cast<const char *>(bytes.pData_), static_cast<int>(bytes.size_));
 }
 
 /// Returns a raw file with all blocks. With EXIF the other blocks change: Exiv2 writes them in its own form.
@@ -216,13 +187,6 @@ QByteArray JpegSource(Exiv2::ExifData exif, const QByteArray &profile = Profile(
     image->setXmpPacket(kXmp);
     image->writeXmpFromPacket(true);
     return WithIptc(WrittenBy(*image), Iptc());
-}
-
-BitmapPtr LoadMetadata(const QString &path)
-{
-    GFL_BITMAP *bitmap = nullptr;
-    gflLoadMetadataUTF8(path.toUtf8().constData(), &bitmap);
-    return BitmapPtr(bitmap);
 }
 
 /// Copies block by block, like the image kernel.
@@ -266,40 +230,23 @@ QByteArray XmpOf(const QString &path)
     return bytes;
 }
 
-/// Returns what Exiv2 reads in the XMP of a bitmap, "NAME=VALUE" of each, by name.
-QStringList XmpTexts(const GFL_BITMAP *bitmap)
-{
-    QStringList texts;
-    GFL_XMP_DATA *data = gflBitmapGetXMPEx(bitmap);
-    Exiv2::XmpData xmp;
-    if (data)
-        Exiv2::XmpParser::decode(xmp, std::string(reinterpret_cast<char *>(data->Data), data->Length));
-    gflFreeXMP(data);
-    for (const Exiv2::Xmpdatum &datum : xmp)
-        texts << QString::fromStdString(datum.key().substr(4) + '=' + datum.toString());
-    texts.sort();
-    return texts;
-}
-
 } // namespace
 
 class tst_Metadata : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase();
-    void blocksAreCarried();
+    void blocksAreCopied();
     void iptcEntries();
     void profileOfTheRightKind();
     void notesOfCameras();
     void unreadableEntries();
     void xmp();
-    void editedXmp_data();
-    void editedXmp();
     void metadataList();
     void resolution();
     void damagedMetadata();
     void exifTooLargeForJpeg();
-    void structureIsNotCarried();
+    void structureIsNotCopied();
 
 private:
     void CarryBlocks(Note note, const QByteArray &kind);
@@ -314,7 +261,7 @@ void tst_Metadata::initTestCase()
     QVERIFY(WriteBytes(m_folder("source.jpg"), JpegSource(CommonExif("Acme"))));
 }
 
-void tst_Metadata::blocksAreCarried()
+void tst_Metadata::blocksAreCopied()
 {
     const char *const formats[] = {"raw", "tiff", "jpeg", "png", "psd"}; // the first: from a raw file to TIFF
     for (int i = 0; i < 20; ++i)
@@ -536,7 +483,7 @@ void tst_Metadata::metadataList()
         {"a.jpg", "Exif.Photo.MeteringMode", "2|Center weighted average"},
         {"a.jpg", "Exif.Image.ImageDescription", "(1101 bytes)|(1101 bytes)"},
         {"a.jpg", "Exif.Nikon3.Lens", "80/10 80/10 35/10 35/10|8mm F3.5"},
-        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // whatever the file's prefix
+        {"a.jpg", "Xmp.aux.Lens", "EF50mm f/1.8 II|EF50mm f/1.8 II"}, // regardless of the file's prefix
         {"a.jpg", "LibRaw.Make", ""},
         {"a.dng", "LibRaw.Model", "Camera 1|Camera 1"},
         {"a.cr3", "Exif.Image.Orientation", "6|right, top"},
@@ -600,7 +547,7 @@ void tst_Metadata::exifTooLargeForJpeg()
 }
 
 // A source in tiles, with a color map: none of that may be copied to a result in strips.
-void tst_Metadata::structureIsNotCarried()
+void tst_Metadata::structureIsNotCopied()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");
     TIFF *tiff = TIFFOpen(source.toUtf8().constData(), "w");
@@ -626,70 +573,6 @@ void tst_Metadata::structureIsNotCarried()
     QVERIFY(has(after, "Make"));
     for (const char *key : {"ColorMap", "HalftoneHints", "TileWidth", "TileLength", "TileOffsets", "TileByteCounts"})
         QVERIFY2(has(before, key) && !has(after, key), key);
-}
-
-void tst_Metadata::editedXmp_data()
-{
-    QTest::addColumn<QByteArray>("packet");
-    QTest::addColumn<QByteArray>("kept"); // besides the record: "NAME=VALUE; ..."
-    const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
-        QTest::newRow(name) << packet << kept;
-    };
-    row("none", "", "");
-    row("extended", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
-    row("damaged", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
-    row("the photographer's",
-        Packet("xmp:Rating='4' mine:text='a &lt; b'",
-               "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
-               "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
-        "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4");
-    row("pending settings",
-        Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
-               "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
-        "xmp.Rating=1");
-    row("applied settings",
-        Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
-               ""),
-        "crs.AlreadyApplied=True; crs.HasCrop=True");
-    row("of the source's file",
-        Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
-               "tiff:Orientation='3' old:Lens='l'",
-               "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
-               "</xmp:Thumbnails>"),
-        "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6");
-}
-
-void tst_Metadata::editedXmp()
-{
-    QFETCH(const QByteArray, packet);
-    QFETCH(const QByteArray, kept);
-    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // the image reads it
-    const auto image = OpenImage(blank);
-    Exiv2::ExifData exif = CommonExif("Maker");
-    exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
-    image->setExifData(exif);
-    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
-    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write damaged one
-    jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
-    QVERIFY(WriteBytes(m_folder("edit.jpg"), jpeg));
-    const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), edited = SmoothBitmap(40, 30, GFL_RGB, 8);
-    QCOMPARE(gflBitmapCopyMetadata(source.get(), edited.get()), int(GFL_NO_ERROR));
-    const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
-                                   {"Xmp.crs.LensProfileDigest", ""}, // removed
-                                   {"Xmp.vitrelux.Zoom", "1"}};
-    gflClearWarningText();
-    QCOMPARE(gflBitmapMarkEdited(edited.get(), source.get(), record, 3), int(GFL_NO_ERROR));
-    QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
-             packet.endsWith("RDF") || packet.contains("HasExtended"));
-    QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
-                               .split(QLatin1String("; "), Qt::SkipEmptyParts);
-    expected.sort();
-    QCOMPARE(XmpTexts(edited.get()), expected);
-    QCOMPARE(Save(m_folder("edited.tif"), *edited), int(GFL_NO_ERROR));
-    QCOMPARE(ValueBytes(m_folder("edited.tif"), "Exif.Photo.PixelXDimension").toHex(), QByteArray("28000000"));
-    QCOMPARE(ValueBytes(m_folder("edited.tif"), "Exif.Photo.PixelYDimension").toHex(), QByteArray("1e000000"));
-    const GFL_XMP_ITEM unknown = {"Xmp.nobody.Knows", "1"};
-    QCOMPARE(gflBitmapMarkEdited(edited.get(), source.get(), &unknown, 1), int(GFL_ERROR_BAD_PARAMETERS));
 }
 
 QTEST_GUILESS_MAIN(tst_Metadata)

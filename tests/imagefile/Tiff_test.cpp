@@ -299,7 +299,7 @@ void tst_Tiff::readsWhatLibtiffWrites_data()
         8);
     row("RGBA straight 16 in planes", With(Rgb(16, 4), straight, planar), GFL_RGBA, 16);
     row("RGBA premultiplied float", With(Rgb(32, 4), associated, isFloat), GFL_RGBA, 32);
-    row("RGBA of unsaid kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
+    row("RGBA of unspecified kind", With(Rgb(8, 4), [](Spec &s) { s.extra = {EXTRASAMPLE_UNSPECIFIED}; }), GFL_RGBA, 8);
     row("RGB, mask, opacity", With(Rgb(8, 5), [](Spec &s) { s.extra = {0, EXTRASAMPLE_UNASSALPHA}; }), GFL_RGBA, 8);
     row("gray and opacity", With(Grey(8), straight, [](Spec &s) { s.samples = 2; }), GFL_RGBA, 8);
     row("CMYK 16 in planes", With(Rgb(16, 4), planar, inks), GFL_RGB, 16);

@@ -119,9 +119,13 @@ void tst_ToneCurves::profilesWithoutCurves()
 {
     std::vector<double> light(6);
     const QByteArray whole = Bytes(cmsCreate_sRGBProfile());
-    for (const QByteArray &profile :
-         {InkProfile(), Bytes(cmsCreateLab4Profile(nullptr)), QByteArray("no profile"), QByteArray(), whole.left(200)})
-        QCOMPARE(gflToneCurves(profile.constData(), quint32(profile.size()), 2, light.data()), 0);
+    const std::pair<const char *, QByteArray> rows[] = {{"CMYK", InkProfile()},
+                                                        {"Lab", Bytes(cmsCreateLab4Profile(nullptr))},
+                                                        {"text", "no profile"},
+                                                        {"empty", {}},
+                                                        {"truncated", whole.left(200)}};
+    for (const auto &[name, profile] : rows)
+        QVERIFY2(gflToneCurves(profile.constData(), quint32(profile.size()), 2, light.data()) == 0, name);
     QCOMPARE(gflToneCurves(nullptr, 9, 2, light.data()), 0);
     QCOMPARE(gflToneCurves(whole.constData(), quint32(whole.size()), 1, light.data()), 0);
 }

@@ -92,7 +92,7 @@ private Q_SLOTS:
     void longNames();
     void foldersWithoutRights();
     void badParameters();
-    void madeRows();
+    void generatedRows();
 
 private:
     void WriteThenRead(const Format &f, int type, int bits);
@@ -316,7 +316,7 @@ void tst_Writing::badParameters()
     QVERIFY(Everything(folder.path()).isEmpty());
 }
 
-void tst_Writing::madeRows()
+void tst_Writing::generatedRows()
 {
     const Folder folder;
     const QString path = folder("a.tif");

@@ -49,8 +49,8 @@ class tst_ProfileReport : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void holds();
-    void holdsLittle();
+    void content();
+    void littleContent();
     void problems();
     void problemsOfTheFileItself();
     void notes();
@@ -64,7 +64,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_ProfileReport::holds()
+void tst_ProfileReport::content()
 {
     const ProfileReport report = Report(Profile(FullEntry(0) + FullEntry(0.3) + FullEntry(0.5)));
     QVERIFY2(report.usable, qPrintable(report.problem));
@@ -91,7 +91,7 @@ void tst_ProfileReport::holds()
     QCOMPARE(report.notes, QStringList{QStringLiteral("3 entries; the first one is used for every picture")});
 }
 
-void tst_ProfileReport::holdsLittle()
+void tst_ProfileReport::littleContent()
 {
     const ProfileReport report =
         Report(Profile(Entry(Size("101", "51") + Value("Lens", "\n 24  mm ") + Value("UniqueCameraModel", "U")

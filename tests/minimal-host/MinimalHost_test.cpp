@@ -13,7 +13,7 @@ private Q_SLOTS:
     void sameFileAsTheProgram();
     void fitted();
     void failsWithAMessage();
-    void partsAreFoundBesideTheProgram();
+    void partsAreFoundNextToTheProgram();
 
 private:
     ProgramResult RunIn(const QString &program, const QString &line)
@@ -95,7 +95,7 @@ void MinimalHost_test::failsWithAMessage()
 }
 
 /// The parts in the build folder must not be found instead.
-void MinimalHost_test::partsAreFoundBesideTheProgram()
+void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;
     const std::pair<QStringList, QString> rows[] = {{{plugin}, layer}, {{layer}, plugin}, {{layer, plugin}, {}}};

@@ -7,7 +7,7 @@ file(REMOVE_RECURSE "${WORK_DIR}")
 unset(ENV{DESTDIR}) # set while packages are made; it would lead the installation elsewhere
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${first_home}"
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-file(RENAME "${first_home}" "${home}") # whatever remembers where it was put first fails from here on
+file(RENAME "${first_home}" "${home}") # anything that depends on the original location fails from here on
 
 execute_process(COMMAND "${CMAKE_COMMAND}" -G Ninja -S "${SAMPLE_DIR}" -B "${WORK_DIR}/build"
     "-DCMAKE_PREFIX_PATH=${home}" "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"

@@ -129,8 +129,8 @@ private Q_SLOTS:
     void previewIsTheFileScaled();
     void previewGain_data();
     void previewGain();
-    void gainIsOfLight_data();
-    void gainIsOfLight();
+    void gainMultipliesLight_data();
+    void gainMultipliesLight();
     void grayStaysGray_data();
     void grayStaysGray();
     void formats_data();
@@ -273,7 +273,7 @@ void tst_FittedProcess::previewGain()
     QVERIFY(compared > small.width() * small.height() / 2);
 }
 
-void tst_FittedProcess::gainIsOfLight_data()
+void tst_FittedProcess::gainMultipliesLight_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<double>("gamma"); // of an ICC profile; 0: none
@@ -285,7 +285,7 @@ void tst_FittedProcess::gainIsOfLight_data()
     QTest::newRow("gamma 1, 8 bits") << 8 << 1.0 << false;
 }
 
-void tst_FittedProcess::gainIsOfLight()
+void tst_FittedProcess::gainMultipliesLight()
 {
     QFETCH(const int, bits);
     QFETCH(const double, gamma);

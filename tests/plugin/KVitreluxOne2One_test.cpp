@@ -133,7 +133,7 @@ private Q_SLOTS:
     void recordFromElement_data();
     void recordFromElement();
     void plainRecordsIgnoreFittedOptions();
-    void plainRunsKnowNothingOfFitted();
+    void plainRunsIgnoreFittedOptions();
     void fittedOption_data();
     void fittedOption();
     void xmlForm();
@@ -243,7 +243,7 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 
 // The same for its runs: their calls on the picture's description, their output, and the unchanged record.
 
-void tst_KVitreluxOne2One::plainRunsKnowNothingOfFitted()
+void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
 {
     const QString source = m_dir.filePath("plain.tif"_s), profile = WriteProfile(40, 30, -0.4);
     KImage pattern;
@@ -504,7 +504,7 @@ void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
     written.ID_Read(output, /*nativeDepth=*/true);
     QCOMPARE(int(written.type()), depth > 16 ? int(GFL_RGB) : int(GFL_RGBA));
     QCOMPARE(int(written.bitsPerComponent()), depth);
-    if (type == GFL_GREY && depth == 16) { // whose alpha no step of the conversion fills
+    if (type == GFL_GREY && depth == 16) { // no step of the conversion sets its alpha
         quint16 alpha;
         std::memcpy(&alpha, written.getData(400, 400) + 6, sizeof alpha);
         QCOMPARE(int(alpha), 65535);

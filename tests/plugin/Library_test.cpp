@@ -78,7 +78,7 @@ void tst_Library::eachCallAddsAProcess()
     QCOMPARE(process->Name(), QStringLiteral("Lens correction"));
     QCOMPARE(process->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18"));
     auto *lensPath = process->WizardPage()->findChild<QAbstractButton *>(QStringLiteral("toolButtonLensPath"));
-    QString options; // of the file dialog: Qt's own as long as the host's state says so
+    QString options; // of the file dialog: Qt's own while the host's state requests them
     for (const bool system : {false, true}) {
         m_usesSystemFileDialog = system;
         QTimer::singleShot(0, this, [&options] {

@@ -165,7 +165,7 @@ void tst_LensProfile::valuesAndInheritance()
     QCOMPARE(first.geometry->coefficients, (QVector<double>{-0.2631, 0.0902, 0.0125}));
     QCOMPARE(first.geometry->tangential1, 0.0011);
     QCOMPARE(first.geometry->scaleFactor, 1.0);
-    // Red inherits place and focal length from the lens's model, not from green's, and no tangential terms.
+    // Red inherits center and focal length from the lens's model, not from green's, and no tangential terms.
     QCOMPARE(first.redGreen->focalLengthX, 0.6775);
     QCOMPARE(first.redGreen->centerX, 0.505);
     QCOMPARE(first.redGreen->tangential1, 0.0);
@@ -202,7 +202,7 @@ void tst_LensProfile::oddities_data()
     row("a frame too small to divide by", Small(Value("SensorFormatFactor", "1e-300"), kRadial), 6,
         "not a number from");
     row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial), 6, "FocalLengthX is 0");
-    row("aperture that is none", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
+    row("invalid aperture", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
     row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "valid number", true);
     row("infinite",
         Small("", "<s:VignetteModel>" + Value("VignetteModelParam1", "1e999") + "</s:VignetteModel>" + kRadial), 6,
@@ -265,7 +265,7 @@ void tst_LensProfile::refused_data()
     row("deep", QByteArray("<a>").repeated(kMaxXmlDepth + 1), "deeper");
     row("many elements", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes) + "</a>", "more than 500000");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), "FocalLength");
-    row("a focal length that is none", QByteArray(whole).replace("Length>50<", "Length>1e308<"), "FocalLength");
+    row("an invalid focal length", QByteArray(whole).replace("Length>50<", "Length>1e308<"), "FocalLength");
     row("all bad", Small("", Value("RadialDistortParam1", "inf")), "line 6");
 }
 

@@ -71,11 +71,11 @@ Figures MeasurePicture(const char *what, const TiffRaster &picture, const Sample
 class tst_Straightness : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void faultsAreThereBeforeAndGoneAfter_data();
-    void faultsAreThereBeforeAndGoneAfter();
+    void aberrationsAreCorrected_data();
+    void aberrationsAreCorrected();
 };
 
-void tst_Straightness::faultsAreThereBeforeAndGoneAfter_data()
+void tst_Straightness::aberrationsAreCorrected_data()
 {
     QTest::addColumn<int>("index");
     int index = 0;
@@ -83,7 +83,7 @@ void tst_Straightness::faultsAreThereBeforeAndGoneAfter_data()
         QTest::newRow(sample.picture.c_str()) << index++;
 }
 
-void tst_Straightness::faultsAreThereBeforeAndGoneAfter()
+void tst_Straightness::aberrationsAreCorrected()
 {
     QFETCH(const int, index);
     const Sample sample = Samples::AllSamples().at(size_t(index));

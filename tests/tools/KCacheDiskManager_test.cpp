@@ -180,9 +180,11 @@ void tst_KCacheDiskManager::saveFailureReasons()
         {kept, 0, none},
     };
     QCOMPARE(getFreeDiskSpace(QStringLiteral("/no/such/folder")), qint64(-1));
-    for (const auto &row : rows)
+    for (const auto &row : rows) {
+        const Case named(row.fileName, row.size);
         QCOMPARE(Thrown([&] { CheckAndThrowForDiskSpace(row.fileName, row.size, QStringLiteral("place")); }),
                  row.message);
+    }
     QCOMPARE(ReadFile(inside), QByteArray()); // left behind empty
     QCOMPARE(Thrown([&] { CheckIfFileExists(absent, QString()); }),
              QStringLiteral("\nFile \"%1\" is not found").arg(absent));

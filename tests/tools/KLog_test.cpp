@@ -23,11 +23,11 @@ private Q_SLOTS:
     void cleanup() { KLog::exit(); }
 
     void listenersWithoutFile();
-    void fileHoldsTheBareLine();
+    void fileContainsOnlyTheLine();
     void unwritableFileShowsABox();
     void fullDiskLeavesNothingBehind();
     void threadsKeepLinesWhole();
-    void exceptionNamesItsPlace();
+    void exceptionNamesItsSource();
 
 private:
     QTemporaryDir m_dir;
@@ -43,7 +43,7 @@ void tst_KLog::listenersWithoutFile()
     QCOMPARE(QList<QList<QVariant>>(numbered), (QList<QList<QVariant>>{{3, QStringLiteral("b-7")}}));
 }
 
-void tst_KLog::fileHoldsTheBareLine()
+void tst_KLog::fileContainsOnlyTheLine()
 {
     QTextCodec *const own = QTextCodec::codecForLocale();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file is UTF-8 everywhere
@@ -116,7 +116,7 @@ void tst_KLog::threadsKeepLinesWhole()
         QCOMPARE(lines.value(QByteArray(20, char('a' + t)) + '\r'), 200);
 }
 
-void tst_KLog::exceptionNamesItsPlace()
+void tst_KLog::exceptionNamesItsSource()
 {
     QCOMPARE(KPlace("some/folder/KImage.cpp", 262), QStringLiteral("File: \"KImage\" Line: 262"));
     QCOMPARE(KPlace(), QStringLiteral("File: \"KLog_test\" Line: %1").arg(__LINE__));

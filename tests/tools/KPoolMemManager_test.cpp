@@ -42,8 +42,10 @@ void tst_KPoolMemManager::blockSize()
         {2000, 32, 4}, {2000, 25, 8},         // ten per thread
         {0, 4, 1},     {2000, 2000000000, 1}, // more threads than 32-bit block counts allow
     };
-    for (const auto &row : rows)
+    for (const auto &row : rows) {
+        const Case named(row.memoryMo, "MB,", row.threads, "threads");
         QCOMPARE(KPoolMemManager().computeBlockSize(row.memoryMo, row.threads), row.expected);
+    }
 }
 
 void tst_KPoolMemManager::blocks()

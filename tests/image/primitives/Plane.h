@@ -8,8 +8,8 @@
 #include <random>
 #include <vector>
 
-/// @p C channels; @p Gap samples after each row and @p Gap whole rows before and after are outside the plane and hold
-/// noise.
+/// @p C channels; @p Gap samples after each row and @p Gap whole rows before and after are outside the plane and
+/// contain noise.
 template <typename T, int C> class Plane {
 public:
     static constexpr int kGap = 3;

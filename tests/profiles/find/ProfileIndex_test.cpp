@@ -1,4 +1,5 @@
 // Tests of ProfileIndex.h: fields of a profile's head, the cache between runs, and damaged files.
+#include "Case.h"
 #include "ProfileIndex.h"
 
 #include "PictureFit.h"
@@ -10,7 +11,11 @@
 #include <QTest>
 #include <QThread>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -163,7 +168,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
-/// A name that is not UTF-8 can't be opened even by root.
+/// A name that is not UTF-8, or a folder without a free descriptor, can't be opened even by root.
 void tst_ProfileIndex::readsAgainWhatFailedToOpen()
 {
     const QTemporaryDir folder, cache;
@@ -172,11 +177,29 @@ void tst_ProfileIndex::readsAgainWhatFailedToOpen()
     Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
     QCOMPARE(::rename((path + "/a.lcp").constData(), latin1.constData()), 0);
     for (int scan = 0; scan < 2; ++scan) {
+        const Case named("scan", scan);
         ProfileIndex index(file);
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), QStringList{QStringLiteral("error")});
         QCOMPARE(index.FilesRead(), 1);
+        QVERIFY(index.UnreadFolders().isEmpty());
     }
+    QCOMPARE(::mkdir((path + "/d\xe9").constData(), 0700), 0);
+    ProfileIndex index(file);
+    QVERIFY(index.Scan({folder.path()}));
+    QCOMPARE(index.UnreadFolders().size(), 1);
+    QCOMPARE(index.UnreadFolders()[0].error, QStringLiteral("its name is not UTF-8"));
+    rlimit files{};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &files), 0);
+    const rlimit none{0, files.rlim_max};
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    index.Scan({folder.path()});
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &files), 0);
+    QCOMPARE(index.UnreadFolders().size(), 1);
+    QCOMPARE(index.UnreadFolders()[0].path, QFileInfo(folder.path()).canonicalFilePath());
+    QCOMPARE(index.UnreadFolders()[0].error, QString::fromLocal8Bit(std::strerror(EMFILE)));
+    QCOMPARE(::rmdir((path + "/d\xe9").constData()), 0); // which QTemporaryDir can't
+    QCOMPARE(::unlink(latin1.constData()), 0);
 }
 
 void tst_ProfileIndex::ignoresRelativeDataFolders()
@@ -235,6 +258,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         return index.Scan({folder.path()}) && Lenses(index) == lenses;
     };
     for (int round = 0; round < 20; ++round) {
+        const Case named("round", round);
         pid_t programs[2];
         for (pid_t &program : programs) {
             program = fork();

@@ -253,6 +253,16 @@ void tst_ProfileMatch::sourcesInOrderOfTrust()
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
     QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
+    // One number of two lenses: without the other's profile it is still not known which.
+    facts = PictureWith(QStringLiteral("Canon"), Text("Canon EF 28-70mm f/2.8L USM or Sigma 28-105mm f/2.8 EX"), 50);
+    const QVector<IndexedProfile> zoom = {ProfileOf(Text("Canon EF 28-70mm f/2.8L USM"))};
+    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
+    facts.lensNames.append(Known(Text("EF28-70mm f/2.8L USM")));
+    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
+    std::swap(facts.lensNames[0], facts.lensNames[1]);
+    QCOMPARE(Matcher().Match(zoom, facts).path, zoom[0].path);
+    facts.lensNames = {Known(Text("Canon EF 28-70mm f/2.8L USM | Canon EF 28-70mm f/2.8L USM II"))};
+    QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
     // A mount in the profile's name implies its maker.
     facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
     QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kWidth = 6000, kHeight = 4000;
 constexpr int kLenses = 200, kSettings = 5;
-constexpr double kMostPx = 0.02, kMostEv = 0.01;
+constexpr double kMaxPx = 0.02, kMaxEv = 0.01;
 
 struct Worst {
     double px = 0.0, ev = 0.0;
@@ -96,7 +96,7 @@ void Compare(const lfLens &lens, const lfCamera &camera, double focal, double ap
             if (light[0] > 1.0F && light[0] < 16.0F)
                 worst->ev = std::max(worst->ev, std::fabs(std::log2(ours.gain / double(light[0]))));
         }
-    if ((worst->px > kMostPx && worst->px > before) || (worst->ev > kMostEv && worst->ev > beforeEv))
+    if ((worst->px > kMaxPx && worst->px > before) || (worst->ev > kMaxEv && worst->ev > beforeEv))
         QTextStream(stdout) << fit.profile << " on " << camera.Model << " at " << focal << " mm: " << worst->px
                             << " px, " << worst->ev << " EV\n";
 }
@@ -139,5 +139,5 @@ int main(int argc, char **argv)
     }
     QTextStream(stdout) << used << " lenses, " << worst.compared << " settings compared, " << worst.missed
                         << " not found under their own names; worst " << worst.px << " px, " << worst.ev << " EV\n";
-    return worst.px <= kMostPx && worst.ev <= kMostEv && worst.compared > worst.missed ? 0 : 1;
+    return worst.px <= kMaxPx && worst.ev <= kMaxEv && worst.compared > worst.missed ? 0 : 1;
 }

@@ -1,0 +1,124 @@
+// The XMP of edited pictures: which properties of the source are kept, changed and left out.
+#include "MetadataFiles.h"
+
+#include <QtTest>
+
+namespace {
+
+/// Returns a packet with these attributes of one description, and elements in it.
+QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
+{
+    QByteArray names;
+    for (const char *name :
+         {"crs='http://ns.adobe.com/camera-raw-settings/1.0/'", "xmp='http://ns.adobe.com/xap/1.0/'",
+          "g='http://ns.adobe.com/xap/1.0/g/img/'", "tiff='http://ns.adobe.com/tiff/1.0/'",
+          "exif='http://ns.adobe.com/exif/1.0/'", "mine='urn:example:mine#'", "xmpNote='http://ns.adobe.com/xmp/note/'",
+          "dc='http://purl.org/dc/elements/1.1/'", "old='urn:vitrelux:correction:1.0#'"})
+        names += QByteArray(" xmlns:") + name;
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+           "<rdf:Description rdf:about=''"
+        + names + ' ' + attributes + '>' + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+
+/// Returns what Exiv2 reads in the XMP of a bitmap, "NAME=VALUE" of each, by name.
+QStringList XmpTexts(const GFL_BITMAP *bitmap)
+{
+    QStringList texts;
+    GFL_XMP_DATA *data = gflBitmapGetXMPEx(bitmap);
+    Exiv2::XmpData xmp;
+    if (data)
+        Exiv2::XmpParser::decode(xmp, std::string(reinterpret_cast<char *>(data->Data), data->Length));
+    gflFreeXMP(data);
+    for (const Exiv2::Xmpdatum &datum : xmp)
+        texts << QString::fromStdString(datum.key().substr(4) + '=' + datum.toString());
+    texts.sort();
+    return texts;
+}
+
+/// Returns "TYPE VALUE" of a value in the EXIF of a file.
+std::string ExifText(const QString &path, const char *key)
+{
+    const QByteArray file = ReadBytes(path); // the image reads it
+    const Exiv2::Exifdatum datum = OpenImage(file)->exifData()[key];
+    return std::string(datum.typeName()) + ' ' + datum.toString();
+}
+
+} // namespace
+
+class tst_EditedXmp : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void edited_data();
+    void edited();
+
+private:
+    Folder m_folder;
+};
+
+void tst_EditedXmp::edited_data()
+{
+    QTest::addColumn<QByteArray>("packet");
+    QTest::addColumn<QByteArray>("kept"); // besides the record: "NAME=VALUE; ..."
+    const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
+        QTest::newRow(name) << packet << kept;
+    };
+    row("none", "", "");
+    row("extended", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
+    row("damaged", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
+    row("the photographer's",
+        Packet("xmp:Rating='4' mine:text='a &lt; b'",
+               "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
+               "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
+        "dc.rights=lang=\"x-default\" (c) J\xC3\xBCrgen; dc.subject=one, two; mine.text=a < b; xmp.Rating=4");
+    row("pending settings",
+        Packet("crs:Exposure2012='+1.5' crs:HasCrop='True' xmp:Rating='1'",
+               "<crs:Look rdf:parseType='Resource'><crs:Name>n</crs:Name></crs:Look>"),
+        "xmp.Rating=1");
+    row("applied settings",
+        Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
+               ""),
+        "crs.AlreadyApplied=True; crs.HasCrop=True");
+    row("of the source's file",
+        Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
+               "tiff:Orientation='3' old:Lens='l'",
+               "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
+               "</xmp:Thumbnails>"),
+        "exif.PixelXDimension=40; exif.PixelYDimension=30; tiff.ImageWidth=40; tiff.Orientation=6");
+}
+
+void tst_EditedXmp::edited()
+{
+    QFETCH(const QByteArray, packet);
+    QFETCH(const QByteArray, kept);
+    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // the image reads it
+    const auto image = OpenImage(blank);
+    Exiv2::ExifData exif;
+    exif["Exif.Image.Orientation"] = uint16_t(6);
+    exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
+    image->setExifData(exif);
+    const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
+    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write damaged one
+    jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
+    QVERIFY(WriteBytes(m_folder("edit.jpg"), jpeg));
+    const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);
+    QCOMPARE(gflBitmapCopyMetadata(source.get(), picture.get()), int(GFL_NO_ERROR));
+    const GFL_XMP_ITEM record[] = {{"Xmp.crs.LensProfileName", "now"},
+                                   {"Xmp.crs.LensProfileDigest", ""}, // removed
+                                   {"Xmp.vitrelux.Zoom", "1"}};
+    gflClearWarningText();
+    QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), record, 3), int(GFL_NO_ERROR));
+    QCOMPARE(QByteArray(gflLastWarningText()).contains("XMP"),
+             packet.endsWith("RDF") || packet.contains("HasExtended"));
+    QStringList expected = QString::fromUtf8(kept + "; crs.LensProfileName=now; vitrelux.Zoom=1")
+                               .split(QLatin1String("; "), Qt::SkipEmptyParts);
+    expected.sort();
+    QCOMPARE(XmpTexts(picture.get()), expected);
+    QCOMPARE(Save(m_folder("edited.tif"), *picture), int(GFL_NO_ERROR));
+    QCOMPARE(ExifText(m_folder("edited.tif"), "Exif.Photo.PixelXDimension"), std::string("Long 40"));
+    QCOMPARE(ExifText(m_folder("edited.tif"), "Exif.Photo.PixelYDimension"), std::string("Long 30"));
+    const GFL_XMP_ITEM unknown = {"Xmp.nobody.Knows", "1"};
+    QCOMPARE(gflBitmapMarkEdited(picture.get(), source.get(), &unknown, 1), int(GFL_ERROR_BAD_PARAMETERS));
+}
+
+QTEST_GUILESS_MAIN(tst_EditedXmp)
+#include "EditedXmp_test.moc"

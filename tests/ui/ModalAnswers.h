@@ -1,0 +1,33 @@
+// Answers to modal windows in tests of widgets.
+#pragma once
+
+#include <QtTest>
+#include <QtWidgets>
+
+/// Answers modal windows while it exists: types a path, or Escape for none, into a file dialog; presses Enter in a
+/// message box.
+class ModalAnswers : public QObject {
+public:
+    explicit ModalAnswers(const QString &typed) : m_typed(typed) { startTimer(5); }
+    QStringList seen; // title, filter and options of file dialogs; text of message boxes
+
+protected:
+    void timerEvent(QTimerEvent *) override
+    {
+        QWidget *window = QApplication::activeModalWidget();
+        if (auto *box = qobject_cast<QMessageBox *>(window)) {
+            seen.append(box->text());
+            QTest::keyClick(box, Qt::Key_Enter);
+        } else if (auto *dialog = qobject_cast<QFileDialog *>(window)) {
+            seen.append(window->windowTitle() + QLatin1Char('|') + dialog->nameFilters().join(QLatin1Char('|'))
+                        + QStringLiteral("|%1").arg(int(dialog->options())));
+            auto *edit = window->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+            edit->clear();
+            QTest::keyClicks(edit, m_typed);
+            QTest::keyClick(edit, m_typed.isEmpty() ? Qt::Key_Escape : Qt::Key_Enter);
+        }
+    }
+
+private:
+    QString m_typed;
+};

@@ -61,7 +61,7 @@ std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReas
     if (!IsAccepted(reason, accepted))
         return nullptr;
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // the value that all hosts pass; no effect
+    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
     GFL_FILE_INFORMATION information = {};
     const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, &information, kFlags);
     std::shared_ptr<ImageDef> picture;

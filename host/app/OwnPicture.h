@@ -1,4 +1,4 @@
-// Pictures that the image kernel refuses, described by the program itself.
+// Pictures that the image kernel refuses, described and read by the program.
 #pragma once
 
 #include "ImageDef.h"
@@ -12,6 +12,6 @@ enum class AcceptedPictures {
     Converted // CMYK and Lab, whose pixels the image-file layer delivers as sRGB
 };
 
-/// Returns the description of a picture that the kernel refused for @p reason; null if it isn't of an accepted kind.
-/// Its pixels can be locked at full size and native depth only, by one thread at a time; they are never cached.
+/// Returns the description of a picture that the kernel refused for @p reason; null if it isn't of an accepted kind. It
+/// provides pixels only at full size and native depth, without the image cache; one thread at a time.
 std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReason &reason, AcceptedPictures accepted);

@@ -72,10 +72,10 @@ QString TimeLeft(double seconds, int done, int open)
 {
     if (done < 1 || open < 1)
         return QString();
-    constexpr double kMinute = 60.0, kMostInSeconds = 90.0;
+    constexpr double kMinute = 60.0, kMaxInSeconds = 90.0;
     constexpr int kMinutesOfHour = 60;
     const double left = seconds / done * open;
-    if (left < kMostInSeconds)
+    if (left < kMaxInSeconds)
         return QStringLiteral("about %1 s left").arg(std::ceil(left), 0, 'f', 0);
     const auto minutes = static_cast<qint64>(std::min(std::ceil(left / kMinute), 1e9));
     if (minutes < kMinutesOfHour)

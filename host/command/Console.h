@@ -15,7 +15,7 @@ QString LabeledLine(const QString &label, int width, const QString &value);
 
 /// Returns "about 3 min left" at the speed so far, in s, min, or h and min; empty before the first picture is done.
 /// @param seconds  since the start.
-/// @param done     pictures that took work; skipped ones say nothing about speed.
+/// @param done     pictures that took work; skipped ones don't affect the estimate.
 /// @param open     pictures not finished, each of which may take work.
 QString TimeLeft(double seconds, int done, int open);
 

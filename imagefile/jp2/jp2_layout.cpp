@@ -13,10 +13,10 @@ namespace {
 constexpr std::uint64_t kSize = 0xFF51, kCoding = 0xFF52, kComponentCoding = 0xFF53, kTilePart = 0xFF90, kData = 0xFF93,
                         kEnd = 0xFFD9;
 
-/// Bytes that the headers of a tile take at least: SOT and SOD.
+/// Minimum size of a tile's headers: SOT and SOD.
 constexpr std::uint64_t kTileBytes = 14;
 
-/// Accepted whatever the file's size.
+/// Accepted regardless of the file's size.
 constexpr std::uint64_t kHarmlessPrecincts = std::uint64_t(1) << 18;
 
 Status Damaged(const char *what)
@@ -34,8 +34,8 @@ std::uint64_t DividedUp(std::uint64_t value, std::uint64_t by)
     return (value + by - 1) / by;
 }
 
-/// Walks over the headers of a codestream. Counts precincts: each takes at least a byte of the file, and OpenJPEG
-/// allocates some 200 bytes for it.
+/// Iterates over the headers of a codestream. Counts precincts: each takes at least a byte of the file, and OpenJPEG
+/// allocates about 200 bytes for it.
 class StreamHeaders {
 public:
     StreamHeaders(const Source &source, Jp2Layout *layout) : m_source(source), m_layout(layout) { }
@@ -131,7 +131,7 @@ private:
         }
     }
 
-    /// T.800, tables A.12 to A.23; @p reader stands after the segment's length.
+    /// T.800, tables A.12 to A.23; @p reader is after the segment's length.
     Status CountPrecincts(ByteReader *reader, bool ofComponent, std::uint64_t tiles)
     {
         if (ofComponent)
@@ -167,7 +167,7 @@ private:
     std::uint64_t m_precincts = 0;
 };
 
-/// Reads what the boxes of a JP2 file say about colors (T.800, I.5.3).
+/// Reads the color information in the boxes of a JP2 file (T.800, I.5.3).
 Status ReadColors(const Source &source, const IsoBox &header, Jp2Layout *layout)
 {
     constexpr std::uint64_t kSrgb = 16, kGray = 17, kEnumerated = 1, kOpacity = 1;

@@ -153,7 +153,7 @@ Status ReadJp2Pixels(const Source &source, RowSink *rows)
     if (Status status = Decode(source, layout, &image); !status)
         return status;
     if (!IsAsDescribed(*image, layout))
-        return Status::Fail(GFL_ERROR_FILE_READ, "JPEG 2000: the data is of another form than the header claims");
+        return Status::Fail(GFL_ERROR_FILE_READ, "JPEG 2000: the data doesn't match the header");
     if (Status status = rows->Start(layout.width, layout.height, layout.Form()); !status)
         return status;
     for (int y = 0; y < layout.height; ++y) {

@@ -278,7 +278,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata_data()
     QTest::newRow("--format exr") << -1;
 }
 
-/// A fitted JPEG in all formats. A second run knows the first by its XMP.
+/// A fitted JPEG in all formats. A second run recognizes the first by its XMP.
 void tst_CorrectedMetadata::formatsKeepMetadata()
 {
     QFETCH(const int, compression);

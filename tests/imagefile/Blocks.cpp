@@ -2,6 +2,26 @@
 
 #include <lcms2.h>
 
+namespace {
+
+/// Returns the same profile on each call; lcms2 stores the time at which it is created.
+QByteArray SomeProfile()
+{
+    static const QByteArray made = [] {
+        QByteArray icc;
+        const cmsHPROFILE profile = cmsCreate_sRGBProfile();
+        cmsUInt32Number size = 0;
+        cmsSaveProfileToMem(profile, nullptr, &size);
+        icc.resize(static_cast<int>(size));
+        cmsSaveProfileToMem(profile, icc.data(), &size);
+        cmsCloseProfile(profile);
+        return icc;
+    }();
+    return made;
+}
+
+} // namespace
+
 Blocks SomeBlocks(int orientation)
 {
     Blocks blocks;
@@ -9,12 +29,7 @@ Blocks SomeBlocks(int orientation)
                  "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"/></x:xmpmeta>";
     // Byte order, 42, offset of the directory; one entry: tag 274, type 3, count 1; no next directory.
     blocks.exif = QByteArray("II*\0\x8\0\0\0\x1\0\x12\x1\x3\0\x1\0\0\0", 18) + char(orientation) + QByteArray(7, '\0');
-    const cmsHPROFILE profile = cmsCreate_sRGBProfile();
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    blocks.icc.resize(static_cast<int>(size));
-    cmsSaveProfileToMem(profile, blocks.icc.data(), &size);
-    cmsCloseProfile(profile);
+    blocks.icc = SomeProfile();
     return blocks;
 }
 

@@ -383,7 +383,7 @@ void tst_FittedProcess::formats()
     TiffRaster source = BlankRaster(300, 200, channels, bits);
     for (size_t i = 0; i < source.values.size(); ++i)
         source.values[i] = float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
-    if (bits == 32) // tables have no place for it
+    if (bits == 32) // not in the range of tables
         std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
     const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});

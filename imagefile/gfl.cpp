@@ -145,6 +145,7 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const Ro
     options.metadata = &metadata;
     options.rows = rows;
     options.threads = SaveThreads();
+    options.fast = (params.Flags & GFL_SAVE_FAST) != 0;
     options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
     return codec.Write(bitmap, options, sink);
 }

@@ -112,8 +112,8 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 
 /// Like gflSaveBitmapUTF8, with the same file, for a picture that is never whole in memory: @p bitmap gives its size
 /// and form and carries the metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
-/// calling thread, while other threads pack the finished ones. Only for "tiff"; other formats give
-/// GFL_ERROR_BAD_PARAMETERS.
+/// calling thread, while other threads pack the finished ones. With GFL_SAVE_FAST and deflate, several threads at once
+/// request GFL_FAST_ROWS rows each, in about this order. Only for "tiff"; other formats give GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 

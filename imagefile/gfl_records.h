@@ -85,7 +85,12 @@ static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_P
 /// Bits of GFL_SAVE_PARAMS::Flags.
 enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
+    GFL_SAVE_FAST = 0x1000,        // deflate of TIFF: ISA-L instead of libdeflate, and rows made on several threads
 };
+
+/// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, from multiples of them on; the last
+/// request is shorter. A power of two.
+constexpr int GFL_FAST_ROWS = 64;
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;

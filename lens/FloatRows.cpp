@@ -7,8 +7,7 @@
 
 void FloatRows::Grow(int rows)
 {
-    constexpr int kTimesNeeded = 3; // rows rarely move to the top, yet fit the caches
-    const int height = static_cast<int>(std::min<qint64>(m_picture.height(), qint64(rows) * kTimesNeeded));
+    const int height = static_cast<int>(std::min<qint64>(m_picture.height(), qint64(rows) * m_timesNeeded));
     m_rows.FreeBitmap();
     m_block.AllocBitmap(m_picture.width(), height, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     // Conversion of 16-bit gray does not write alpha.

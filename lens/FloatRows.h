@@ -7,8 +7,10 @@
 /// faults. One thread at a time.
 class FloatRows {
 public:
-    /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
-    explicit FloatRows(const KImage &picture) : m_picture(picture) { }
+    /// @param picture      has a form that KImage::Convert accepts, and must outlive the object.
+    /// @param timesNeeded  room, as a multiple of the rows that a call needs. With 3 rows rarely move to the top of the
+    ///                     block, yet fit the caches. 1 if successive calls share few rows.
+    explicit FloatRows(const KImage &picture, int timesNeeded = 3) : m_picture(picture), m_timesNeeded(timesNeeded) { }
 
     /// Ensures that rows [first, end), which must exist, are in the window; others may be too. Cheap if calls proceed
     /// down the picture. May throw a KException.
@@ -23,6 +25,7 @@ private:
     void Grow(int rows);
 
     const KImage &m_picture;
+    const int m_timesNeeded;
     KImage m_block;
     KImage m_rows;              // wraps the rows of m_block from m_start on
     int m_start = 0;            // row of m_block

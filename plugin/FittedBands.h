@@ -5,6 +5,10 @@
 #include "FittedWarp.h"
 #include "FloatRows.h"
 
+#include <memory>
+#include <mutex>
+#include <vector>
+
 /// A correction as decided before pixels are read.
 struct FittedPlan {
     FitResult fit;
@@ -13,7 +17,7 @@ struct FittedPlan {
 };
 
 /// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and are
-/// converted while they are in the caches. One thread at a time.
+/// converted while they are in the caches.
 class FittedBands {
 public:
     /// @p source must outlive the object and have the correction's size.
@@ -24,19 +28,29 @@ public:
     /// Returns the source's depth: 8, 16, or 32 for float.
     int ResultBits() const;
 
-    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on.
+    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
+    /// GFL_FAST_ROWS, and for parts of one in order. Any number of threads at once.
     void Fill(KImage &rows, int firstRow);
     /// Fills @p image, float RGBA of the source's size but not the source, with the whole result.
     void FillFloat(KImage &image);
 
 private:
-    void MakeBand(int firstRow);
-    void Render(KImage &band, int firstRow);
+    /// Memory of one thread.
+    struct Work {
+        explicit Work(const KImage &picture) : source(picture, /*timesNeeded=*/1) { }
+
+        FloatRows source;
+        KImage band; // rows from firstRow on
+        int firstRow = 0;
+    };
+
+    std::unique_ptr<Work> Take();
+    void MakeBand(Work *work, int firstRow) const;
+    void Render(FloatRows *source, KImage &band, int firstRow) const;
 
     const KImage &m_picture;
-    FloatRows m_source;
     bool m_splitsColors;
     FittedWarp m_warp;
-    KImage m_band; // rows from m_firstRow on
-    int m_firstRow = 0;
+    std::mutex m_mutex;                        // guards m_idle
+    std::vector<std::unique_ptr<Work>> m_idle; // unused at the moment
 };

@@ -37,7 +37,7 @@ public:
 private:
     /// Memory of one thread.
     struct Work {
-        explicit Work(const KImage &picture) : source(picture, /*timesNeeded=*/1) { }
+        explicit Work(const KImage &picture) : source(picture, FloatRows::Walk::Leaps) { }
 
         FloatRows source;
         KImage band; // rows from firstRow on

@@ -10,7 +10,7 @@
 
 #include <time.h>
 
-/// Processor time of the calling thread, in seconds: waiting for a processor that others use doesn't count.
+/// Returns the CPU time of the calling thread in seconds, which excludes waiting for a busy processor.
 inline double ThreadSeconds()
 {
     timespec time = {};
@@ -27,11 +27,11 @@ inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t b
 }
 
 /// Runs @p operation, which reads one part of @p block and writes the rest on the calling thread, alternating with a
-/// copy of the block's first half to its second, which moves as many bytes. Both use the same memory, because its
-/// address changes times by up to 15 %. The copy must leave a valid source for the operation.
+/// copy of the block's first half to its second, which moves the same number of bytes. Both use the same memory,
+/// because its address changes times by up to 15 %. The copy must leave a valid source for the operation.
 ///
-/// Reports megapixels per second over all runs, and as "ratio" the shortest time of the operation over the shortest of
-/// the copy, which other load on the machine affects least.
+/// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation over the shortest of
+/// the copy, because other load on the machine affects these least.
 template <typename Operation>
 void MeasureAgainstCopy(benchmark::State &state, std::int64_t pixels, std::vector<unsigned char> &block,
                         Operation operation)

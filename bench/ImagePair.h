@@ -28,7 +28,7 @@ public:
     {
         Wrap(source, from, kWidth, kHeight, block.data());
         Wrap(target, to, targetWidth, targetHeight, block.data() + kPixels * from.BytesPerPixel());
-        // Noise everywhere, so that branches cannot be predicted. Floats from 0 to 1.
+        // Noise everywhere, so that branches cannot be predicted; floats are 0 to 1.
         std::mt19937 random(1);
         if (from.bits == 32) {
             float *samples = reinterpret_cast<float *>(block.data());

@@ -1,4 +1,4 @@
-// A picture with the texture of a photograph, so that JPEG, deflate and caches cost as much as for photos.
+// A picture with the texture of a photograph, so that JPEG, deflate and cache misses take as long as for photos.
 #pragma once
 
 #include "KImage.h"
@@ -31,8 +31,8 @@ inline float SmoothNoise(int x, int y, std::uint32_t octave)
     return above * (1 - fy) + below * fy;
 }
 
-/// Brightness of 0 to 1: octaves whose weight falls with their frequency, as in nature, edges where the coarsest of
-/// them cross a level, and the grain of a sensor.
+/// Returns a brightness of 0 to 1: octaves whose weight decreases with frequency, as in nature, edges where the
+/// coarsest of them cross a level, and sensor noise.
 inline float PhotographAt(int x, int y)
 {
     float value = 0.0F, weight = 0.30F;

@@ -17,7 +17,7 @@ constexpr double kMiB = 1 << 20;
 /// JPEGs of 24 megapixels under many names: one file and links to it.
 class Photos {
 public:
-    /// @p metadataSource provides EXIF and profile; empty: none.
+    /// @p metadataSource provides EXIF and ICC profile; empty: none.
     explicit Photos(const QString &metadataSource)
     {
         KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
@@ -84,8 +84,8 @@ void BM_LockInMemory(benchmark::State &state)
 }
 BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
 
-/// ratio: time to make a version of 1024 pixels from the full one in memory, over that of resizing alone. bytes: read
-/// from files, including the system file that reports them.
+/// ratio: time to make a version of 1,024 pixels from the full one in memory, over that of resizing alone. bytes: read
+/// from files, including the system file that reports this number.
 void BM_SmallerVersion(benchmark::State &state)
 {
     Photos photos{QString()};

@@ -1,4 +1,4 @@
-// The image-file layer at 24 megapixels: against the libraries below it, in processor time, bytes read and memory held.
+// The image-file layer at 24 megapixels compared with the libraries that it uses: CPU time, bytes read and memory.
 #include "CopyRatio.h"
 #include "PeakMemory.h"
 
@@ -118,7 +118,7 @@ void DecodeByLibrary(const std::string &path)
     std::fclose(file);
 }
 
-/// Processor time of all threads.
+/// Returns the CPU time of all threads.
 double ProcessSeconds()
 {
     timespec time = {};
@@ -131,8 +131,8 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other alternately by @p clock; "ratio" is the shortest time of the one over that of the
-/// other.
+/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of the first over that of
+/// the second.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
 {
@@ -189,7 +189,7 @@ void BM_DescribeJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_DescribeJpeg)->Arg(1200)->Arg(kWidth)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
-/// The file that libtiff's own deflate makes, with the level and predictor that the layer uses.
+/// Returns the size of the file that libtiff's deflate makes with the layer's level and predictor.
 std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 {
     TIFF *tiff = TIFFOpen(path.c_str(), "w");
@@ -212,9 +212,9 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads over that on one, which needs two free processors; processor_ratio: the same for
-/// processor time; calling_thread: the share of it spent on the calling thread, which writes. size: of the file over
-/// that of libtiff's. extra: memory in pictures.
+/// ratio: time on two threads over that on one, which needs two free processors; processor_ratio: the same for CPU
+/// time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size over that of
+/// libtiff's file. extra: additional memory, in pictures.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);

@@ -1,5 +1,5 @@
-// The warp at 24 megapixels of float RGBA on one thread: its paths, the frames, each set of instructions. The profile
-// bends and darkens as a wide-angle zoom does.
+// The warp at 24 megapixels of float RGBA on one thread: its paths, the frames, each instruction set. The profile has
+// the distortion and vignetting of a wide-angle zoom.
 #include "CopyRatio.h"
 
 #include "FittedWarp.h"
@@ -170,7 +170,7 @@ FITTED(SharpSrgb, Sharp, kDistortion, TransferCurve::Srgb());
 FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 #undef FITTED
 
-/// The definition, for scale.
+/// The plain definition, for comparison.
 void BM_WarpPlainly(benchmark::State &state)
 {
     newLCP lcp = Profile(kPerspective);

@@ -1,5 +1,5 @@
 // Lens profiles: reading one, fitting it to a picture of 24 megapixels, and finding it among thousands. Milliseconds
-// count here: the fit runs before each picture and each change on the page.
+// matter: the fit runs before each picture and after each change on the page.
 #include "KImage.h"
 #include "PictureFit.h"
 
@@ -57,7 +57,7 @@ void BM_ReadProfile(benchmark::State &state)
     state.counters["entries"] = 72;
 }
 
-/// Between eight entries, for a picture by the profile's body or by another.
+/// A fit between eight entries, for a picture taken with the profile's body or another one.
 void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
 {
     const QString source = QStringLiteral("made");
@@ -96,7 +96,7 @@ bool WriteCollection(const QString &folder)
     return true;
 }
 
-/// Everything that a picture needs, after index and profile have been read.
+/// All steps for one picture, after index and profile have been read.
 void BM_FindAndFit(benchmark::State &state)
 {
     const QTemporaryDir folder;

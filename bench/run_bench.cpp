@@ -1,8 +1,8 @@
 // Whole runs of the program, from the start of the process to its end: JPEG to deflate TIFF, all three corrections.
 //
-// "ratio" is to the sum of the unavoidable work: libjpeg-turbo decoding the file, one copy of the float picture,
-// libdeflate of level 1 with predictor on two threads, writing and syncing those bytes. Each is timed alternately with
-// the run; the shortest of all rounds counts. Memory is the peak of the process.
+// "ratio" is relative to the sum of the unavoidable work: decoding the file with libjpeg-turbo, one copy of the float
+// picture, libdeflate at level 1 with predictor on two threads, writing and syncing those bytes. Each is timed
+// alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 
@@ -76,10 +76,10 @@ struct Run {
     double peakBytes;
 };
 
-/// Starts runs from a small process, because a child's peak includes the memory of the process that forked it.
+/// Starts runs from a small process, because the peak of a child process includes the memory of its parent at the fork.
 class Starter {
 public:
-    /// Before this process grows.
+    /// Call it before this process uses much memory.
     Starter();
     Run Correct(const Job &job);
 
@@ -100,7 +100,7 @@ Starter::Starter()
     if (pipe(m_requests) != 0 || pipe(m_answers) != 0)
         Die(QStringLiteral("no pipes"));
     if (fork() == 0) {
-        close(m_requests[1]); // so that the end of this process is an end of file
+        close(m_requests[1]); // so that the starter gets an end of file when this process ends
         Serve(program, m_requests[0], m_answers[1]);
     }
 }
@@ -162,7 +162,7 @@ void DecodeJpeg(const Job &job)
     jpeg_destroy_decompress(&decoder);
 }
 
-/// The strips of every other number from @p first on, with the differences of neighbors, to the end of @p packed.
+/// Appends every other strip from @p first on, with the differences of neighbors, to @p packed.
 void DeflateStrips(const KImage &rgba, int first, std::vector<unsigned char> *packed)
 {
     constexpr int kLevel = 1, kThreads = 2, kStripRows = 16;
@@ -192,7 +192,7 @@ public:
         job.Photograph().Convert(m_rgba, GFL_RGBA, 8);
     }
 
-    /// Seconds of the four steps: decoding, copying, deflating, writing.
+    /// Returns the seconds of the four steps: decoding, copying, deflating, writing.
     std::array<double, 4> Measure()
     {
         std::vector<unsigned char> packed[2];

@@ -1,5 +1,5 @@
-// How samplings preserve waves and render edges, through a wide-angle lens: prints a table, and plots to the SVG file
-// named as argument.
+// How well samplings preserve waves and render edges through a wide-angle lens: prints a table, and plots to the SVG
+// file given as argument.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"
@@ -46,7 +46,7 @@ double Lanczos3(double x)
     return std::abs(x) < 3.0 ? Sinc(x) * Sinc(x / 3.0) : 0.0;
 }
 
-/// By a kernel of up to 6 x 6 pixels, normalized to a sum of 1.
+/// Renders with a kernel of up to 6 x 6 pixels, normalized to a sum of 1.
 std::vector<double> RenderByKernel(const std::vector<double> &grey, const Correction &lens, double (*kernel)(double))
 {
     const CorrectionTwin twin(lens);

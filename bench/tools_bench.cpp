@@ -1,4 +1,5 @@
-// Costs of the tool kernel: its start, a timer's pair, an event. Targets on two processors: 15 ms, 1 us, 100 us.
+// Costs of the tool kernel: its start, a Start/Stop pair of a timer, an event. Targets on two processors: 15 ms, 1 us,
+// 100 us.
 #include "KChronometer.h"
 #include "KTools.h"
 #include "analytics/KAnalyticsManager.h"

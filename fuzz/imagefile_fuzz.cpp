@@ -83,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
     GFL_LOAD_PARAMS params;
     gflGetDefaultLoadParams(&params);
-    // The options come from a byte that most formats ignore, so that seeds stay plain files.
+    // The options come from the last byte, which most formats ignore, so that seeds are ordinary files.
     const unsigned options = data[size - 1];
     params.Flags = GFL_LOAD_METADATA | ((options & 1) != 0 ? GFL_LOAD_ORIGINAL_DEPTH : 0u)
         | ((options & 2) != 0 ? GFL_LOAD_FORCE_COLOR_MODEL : 0u);

@@ -13,7 +13,8 @@
 
 namespace {
 
-/// Applies all switches to one picture; sizes and values don't matter, positions come from the profile.
+/// Applies all combinations of corrections to one picture. Its size and values don't matter: positions come from the
+/// profile.
 void CorrectBy(newLCP &lcp)
 {
     lcp.scale = 0.01F;

@@ -1,4 +1,4 @@
-// Corrects small pictures with arbitrary model numbers, not only those that a profile can hold.
+// Corrects small pictures with arbitrary model values, not only those possible in a profile.
 #include "KImage.h"
 #include "newLCP.h"
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Reads the input value by value; zeros after its end.
+/// Reads the input value by value; returns zeros after its end.
 class Input {
 public:
     Input(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) { }

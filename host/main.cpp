@@ -93,17 +93,24 @@ void OccupyStandardStreams()
     }
 }
 
-/// Handles exceptions where none may pass, as in Qt slots. Any exception other than out of memory is a bug and aborts.
-[[noreturn]] void EndWithoutMemory() noexcept
+[[noreturn]] void EndForException(const char *why)
 {
+    std::fflush(stdout);
+    std::fprintf(stderr, "vitrelux: %s\n", why);
+    std::_Exit(kSomeFailed);
+}
+
+/// Handles exceptions that nothing catches, such as those in Qt slots.
+[[noreturn]] void EndByException() noexcept
+{
+    InterruptGuard::RemoveFolders();
     try {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
-    } catch (const std::bad_alloc &) {
-        InterruptGuard::RemoveFolders();
-        std::fputs("vitrelux: not enough memory\n", stderr);
-        std::_Exit(kSomeFailed);
+    } catch (const std::bad_alloc &) { // first: the texts of others need memory
+        EndForException("not enough memory");
     } catch (...) {
+        EndForException(qUtf8Printable(OneLine(TextOfCurrentException())));
     }
     std::abort();
 }
@@ -112,25 +119,7 @@ void OccupyStandardStreams()
 [[gnu::constructor(101)]] void PrepareProcess()
 {
     OccupyStandardStreams();
-    std::set_terminate(EndWithoutMemory);
-}
-
-/// Runs the program. @return an exit code. Throws nothing.
-int RunGuarded(int argc, char **argv)
-{
-    try {
-        Console console;
-        const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);
-        if (!std::ferror(stdout))
-            return result;
-        // The output is incomplete.
-        console.Failure(QString(), QStringLiteral("cannot write to standard output"));
-    } catch (const std::bad_alloc &) { // first: the texts of others need memory
-        std::fputs("vitrelux: not enough memory\n", stderr);
-    } catch (...) {
-        std::fprintf(stderr, "vitrelux: %s\n", qUtf8Printable(OneLine(TextOfCurrentException())));
-    }
-    return kSomeFailed;
+    std::set_terminate(EndByException);
 }
 
 } // namespace
@@ -139,10 +128,17 @@ int main(int argc, char **argv)
 {
     // File names are UTF-8 in any locale: under the "C" locale of a cron job Qt would lose all non-ASCII letters.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // Exceeding a file size limit is then an error of one picture and doesn't end the program.
+    // Exceeding a file size limit is then an error for one picture and doesn't end the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // A library may end the program, as libgomp does where it finds no memory for its threads. At a normal exit there
-    // is no folder to remove.
+    // A library may end the program, as libgomp does if it has no memory for its threads. At a normal exit there is no
+    // folder to remove.
     std::atexit([] { InterruptGuard::RemoveFolders(); });
-    return RunGuarded(argc, argv);
+    // Nothing catches exceptions here, so that the terminate handler runs where they are thrown: many objects of Qt
+    // crash in their destructors if memory runs out while they are constructed.
+    Console console;
+    const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);
+    if (!std::ferror(stdout))
+        return result;
+    console.Failure(QString(), QStringLiteral("cannot write to standard output")); // it is incomplete
+    return kSomeFailed;
 }

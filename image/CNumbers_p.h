@@ -4,8 +4,8 @@
 #include <clocale>
 #include <cmath>
 
-/// While an instance lives, strtod and sscanf on this thread expect a decimal point: a host that has set its user's
-/// locale might make them expect a comma.
+/// While an instance exists, strtod and sscanf on this thread expect a decimal point. Otherwise they would expect a
+/// comma in hosts that set such a locale.
 class CNumbers {
 public:
     CNumbers() : m_before(uselocale(CLocale())) { }

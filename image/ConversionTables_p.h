@@ -32,7 +32,7 @@ constexpr Depth DepthOf(int bitsPerComponent)
     return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-/// By channel count rather than type, which also covers forms with other channel orders.
+/// Goes by the channel count rather than the type, which also covers forms with other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
     return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
@@ -110,7 +110,7 @@ constexpr RunStep kChannelSteps[3][3][3] = {
      {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
 
-/// The exceptions from an opaque alpha, all from gray to RGBA; hosts rely on them.
+/// The exceptions to an opaque alpha, all from gray to RGBA; hosts rely on them.
 struct AlphaException {
     Form from;
     Form to;
@@ -135,7 +135,7 @@ inline const AlphaException *FindAlphaException(Form from, Form to)
     return nullptr;
 }
 
-/// Converts runs from one form to another: in no step for the same form, one step, or two with a run in between.
+/// Converts runs from one form to another: with no step for the same form, one step, or two with a run in between.
 class Conversion {
 public:
     Conversion(Form from, Form to)

@@ -30,7 +30,7 @@ public:
 
     /// Returns the process's cache, created if there is none.
     static ImageCache &Instance();
-    /// Makes @p cache the process's, or none for null. Main thread, while the cache is unused.
+    /// Makes @p cache the process's cache; null for none. Main thread, while the cache is unused.
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
@@ -49,14 +49,14 @@ public:
     }
     /// Returns the item of an image. Creates one if there is none, or if the cached image of that name was destroyed.
     Item *FindOrMake(ImageDef *def);
-    /// Evicts versions until memory is under the limit, as far as locks allow. Skips images that are being loaded.
+    /// Evicts versions until memory use is below the limit, as far as locks allow. Skips images that are being loaded.
     void AdjustCacheMemory_unlocked();
 
     // Call these without the mutex.
 
     /// Releases a lock, then enforces the limit; without such a lock, only enforces the limit.
     void Unlock(ImageDef *def, int width, int height, int depth);
-    /// Removes the item of @p def's path. The cache no longer owns the image; its lent pixels stay until the cache is
+    /// Removes the item of @p def's path. The cache no longer owns the image; its locked pixels stay until the cache is
     /// destroyed.
     void Remove(ImageDef *def);
 
@@ -66,7 +66,7 @@ public:
     QMutex m_mutex;
     std::atomic<qint64> m_accessCount{0};   // the cache's clock; items read it without the mutex
     std::atomic<qint64> m_bytesInMemory{0}; // the sum of the items' memUsed()
-    int m_maxMemoryMo = 256;                // megabytes of 2^20 bytes; hosts may set it to KSystemInfo::maxCacheSize()
+    int m_maxMemoryMo = 256;                // MiB; hosts may set it to KSystemInfo::maxCacheSize()
 
 private:
     /// Not m_id: a copied or assigned description has none, or that of its previous file.

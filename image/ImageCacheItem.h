@@ -51,7 +51,7 @@ public:
 
     /// Makes @p def, a new description, the item's image and drops all versions: the file may have changed.
     void Adopt(ImageDef *def);
-    /// Gives up ownership of the image, and returns the pixels that are still lent.
+    /// Gives up ownership of the image and returns the pixels that are still locked.
     QVector<Image *> Abandon();
 
     void ReleaseFromMemory()
@@ -70,7 +70,7 @@ public:
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().isFreeable;
     }
-    // Like the three functions above, without waiting for a running load: of such an item nothing is known or freed.
+    // Like the three functions above, but without waiting for a running load: such items are skipped.
     Usage TryUsage() const
     {
         const CacheLocker locker(m_mutex, std::try_to_lock);
@@ -127,7 +127,7 @@ private:
     }
     Usage Usage_unlocked() const;
     void Release_unlocked();
-    /// Frees versions that aren't lent; retires those that are.
+    /// Frees versions that aren't locked; retires those that are.
     void Forget_unlocked();
 
     qint64 m_countedBytes = 0; // this item's share of the cache's total

@@ -78,14 +78,15 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
             == GFL_NO_ERROR;
     }
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // what all hosts pass; no effect
+    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
     if (gflGetFileInformationExUTF8(name.constData(), kAnyFormat, information, kFlags) != GFL_NO_ERROR)
         return false;
     gflLoadMetadataUTF8(name.constData(), bitmap); // read once for all blocks
     return true;
 }
 
-/// Returns the largest power of two, at most 32, at which a picture still covers the box in one direction.
+/// Returns the largest power of two, at most 32, by which a picture can be reduced and still cover the box in one
+/// direction.
 int ScaleThatCovers(int width, int height, const QSize &box)
 {
     int scale = kThumbnailScaleMax;
@@ -218,7 +219,7 @@ bool ImageDef::CreateAPicture(const QString &path, ImageDef *&out, bool withThum
     return out != nullptr;
 }
 
-/// @return null, with @p reason filled, for a file that can't be read or isn't served.
+/// @return null, with @p reason filled, for a file that can't be read or isn't supported.
 std::unique_ptr<ImageDef> ImageDef::TryToDescribe(const QString &path, bool withThumbnail, RefusalReason *reason)
 {
     try {

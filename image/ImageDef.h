@@ -31,14 +31,14 @@ struct RefusalReason {
     QString text; // in English
 };
 
-/// Created by CreateAPicture only, from a file's header and metadata, so whole folders are described cheaply. Pixels
-/// live in the image cache and are lent from there.
+/// Created by CreateAPicture only, from a file's header and metadata, so describing whole folders is cheap. Pixels are
+/// in the image cache; Lock gives access to them.
 ///
 /// An image in the cache, added by IsAPicture or by a lock, belongs to the cache: Delete or KImage::exit destroys it.
 /// Any other belongs to the caller that requested it.
 ///
 /// Any thread may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, as well as anything on different
-/// images. Assign, reload and delete an image only while no other thread is in a call of it; pixels may stay lent
+/// images. Assign, reload and delete an image only while no other thread is in a call of it; pixels may stay locked
 /// meanwhile. Call GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {
     Q_OBJECT
@@ -69,7 +69,7 @@ public:
     static bool IsAPicture(const QString &path, ImageDef *&out, bool withThumbnail, RefusalReason *reason);
     /// Returns the image of that path in the cache, or null.
     static ImageDef *Find(const QString &path);
-    /// Removes an image from the cache and destroys it. Its pixels that are still lent stay until the kernel stops.
+    /// Removes an image from the cache and destroys it. Pixels that are still locked stay until the kernel stops.
     static void Delete(const QString &path);
     static void Delete(ImageDef *image);
 
@@ -99,10 +99,10 @@ public:
     int Model() const override { return m_model; }
     qint64 GetTimestamp() const override;
     float GetEV() const override;
-    /// Lends the pixels at a size, at the file's depth or at 8 bits. They are shared: only read them. Throws KException
-    /// for a file that is missing or can't be read.
+    /// Returns the pixels at a size, at the file's depth or at 8 bits. They are shared, so only read them. Throws
+    /// KException for a file that is missing or can't be read.
     KImage *Lock(int width, int height, bool nativeDepth) override;
-    /// Returns lent pixels; does nothing for others.
+    /// Unlocks pixels; does nothing if they aren't locked.
     void Unlock(int width, int height, bool nativeDepth) override;
     KImage *LockFullSize(bool nativeDepth) override { return Lock(nCols(), nRows(), nativeDepth); }
     void UnlockFullSize(bool nativeDepth) override { Unlock(nCols(), nRows(), nativeDepth); }
@@ -133,7 +133,7 @@ public:
 
     static CameraProperties g_Cameras;
     static LensIDProperties g_Lenses;
-    static QString g_ErrorMessages; // why files were refused, one per line; the code that shows it clears it
+    static QString g_ErrorMessages; // why files were refused, one per line; cleared by the code that displays it
 
     // The order is shared with hosts.
     QString m_fileName; // as given

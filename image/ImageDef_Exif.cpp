@@ -260,7 +260,8 @@ double RatioOfPlane(const Readings &readings)
                     0.0);
 }
 
-/// Determines ratio and 35 mm focal length: from the camera's value, else the table of cameras, else the focal plane.
+/// Determines ratio and 35 mm focal length from the first of these that is known: the camera's value, the table of
+/// cameras, the focal plane.
 /// @return whether the result is reliable.
 bool SettleFocal(const Readings &readings, CameraProperties &cameras)
 {

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QVector>
 
-/// Created locked and in memory by the item that holds it, whose mutex guards the fields. Width, height and depth
+/// Created locked and in memory by the item that owns it, whose mutex guards the fields. Width, height and depth
 /// identify it. Eviction frees the pixels; the object and its disk copy stay.
 template <typename Image> class ImageVersion {
 public:
@@ -44,7 +44,7 @@ public:
     qint64 m_lastUsed; // 64 bits: a host may run for months
     short m_depth;
     bool m_inMemory = true;
-    // Owned: pixels from before the image was described again, still lent. Their locks can't be distinguished from
-    // later ones, so they are freed when all locks are released.
+    // Owned: locked pixels from before the image was described again. Their locks can't be distinguished from later
+    // ones, so they are freed when all locks are released.
     QVector<Image *> m_retired;
 };

@@ -69,9 +69,9 @@ public:
 
     /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its
     /// pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it
-    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass strides from 2 GiB
-    /// on as their low 32 bits. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
-    /// undefined. After a failure the old content is lost.
+    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits of
+    /// strides from 2 GiB on. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are undefined.
+    /// After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
     void FreeBitmap();
@@ -116,7 +116,7 @@ public:
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
     /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// A picture that is generated while it is written, never whole in memory.
+    /// A picture that is generated while it is written, so that it is never completely in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
@@ -129,9 +129,15 @@ public:
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;
-    /// Writes the same file as Write of the whole picture, for "tiff" only. With a @p record it also gets the XMP of @p
-    /// metadataSource with these properties, and metadata for the edited picture (gflBitmapMarkEdited).
-    static void WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
+    struct FileForm {
+        QString format;          // "tiff", "jpeg", "png" or "exr"
+        int compression = -1;    // as in TranscodeCompression
+        int quality = -1;        // JPEG, 1 to 100, instead of compression; -1: by compression
+        bool halfFloats = false; // OpenEXR: floats of 16 bits
+    };
+    /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
+    /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.
+    static void WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                           const QString &metadataSource, const EditRecord &record = {});
     /// Like Write, into a block that the caller owns and releases with free.
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
@@ -149,7 +155,7 @@ public:
     ///   | format    | number                                                          |
     ///   |-----------|-----------------------------------------------------------------|
     ///   | jpeg      | 0 to 12: quality 4 to 100                                       |
-    ///   | tiff      | 2 LZW, 3 deflate, others none                                   |
+    ///   | tiff      | 2 LZW, 3 deflate, 50000 Zstandard, others none                  |
     ///   | exr       | 1 to 4 and 6 to 8: method number - 1; others PIZ                |
     ///   | png, hdri, psd | passed on unchanged                                        |
     void TranscodeCompression(QString format, int compression, GFL_SAVE_PARAMS &params);
@@ -158,7 +164,7 @@ public:
 
     // --- Copying and conversion (KImage_Copy.cpp) ---
 
-    /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, converting form and depth.
+    /// Copies a rectangle to (targetX, targetY) in @p target, where it must fit, and converts form and depth.
     void CropCopyTo(int x, int y, int width, int height, KImage &target, int targetX, int targetY) const;
     /// Copies the whole image into @p target at (x, y), clipped to the target.
     void CopyTo(KImage &target, int x, int y) const;
@@ -182,7 +188,7 @@ public:
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
     KImage &operator*=(const KImage &other);
-    /// Multiplies the colors by @p factor, saturated at integer depths, where all channels, even alpha, also lose one
+    /// Multiplies the colors by @p factor. Integer depths saturate, and all their channels, even alpha, also lose one
     /// part in 256 or 65,536.
     KImage &operator*=(float factor);
 
@@ -210,10 +216,10 @@ public:
     /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
     /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
-    /// Sets alpha below half of the full range, or NaN, to 0, any other to full.
+    /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to full.
     void BinarizeAlpha();
     /// Converts premultiplied colors to straight ones, then makes them opaque: color * full / alpha, truncated and
-    /// saturated. Pixels of alpha 0 stay.
+    /// saturated. Pixels with alpha 0 are unchanged.
     void ScaleByAlpha();
 
     // --- Tone (KImage_Tone.cpp): colors only, alpha stays ---
@@ -287,7 +293,7 @@ public:
 
     // The order is shared with hosts.
     GFL_BITMAP *m_bitmap; // null for an empty image
-    bool m_ownsData;      // false: Data belongs to somebody else
+    bool m_ownsData;      // false: Data belongs to the caller of AllocBitmap
     bool m_spareFlag;     // copied, never read
 
     static KImageInstances ms_instances;

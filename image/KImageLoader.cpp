@@ -70,7 +70,7 @@ void MakeFromSource(ImageDef *def, Version *version, Item *item)
         FillFromSource(def, version);
         return;
     }
-    if (!bigger) // the whole file is decoded anyway, and worth keeping
+    if (!bigger) // the whole file is decoded anyway, so keep it
         bigger = FullVersion(def, version->m_depth, item, [def](Version *full) { FillFromSource(def, full); });
     SetPixels(version, Reduced(*bigger->m_image, version));
 }
@@ -84,8 +84,7 @@ Version *DevelopedVersion(ImageDef *def, Item *item)
     return FullVersion(def, def->nDepth(), item, [=](Version *full) { FillWithCopy(def, full, item); });
 }
 
-/// Reads the pixels of the version's disk copy. Returns null if there is none: not written, deleted, damaged, or of
-/// another picture.
+/// Reads the pixels of the version's disk copy. Returns null if the copy is missing, damaged, or of another picture.
 std::unique_ptr<KImage> ReadCopy(const Version *version)
 {
     if (version->m_cacheName.isEmpty() || !QFileInfo::exists(version->m_cacheName))
@@ -168,6 +167,6 @@ void KImageLoader::LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMu
     if (!image || def->m_highResReady)
         return;
     const CacheLocker locker(cacheMutex);
-    if (!def->m_highResReady) // another thread may have been faster
+    if (!def->m_highResReady) // another thread may have made it meanwhile
         def->GetThumbnailFromHighRes(*image);
 }

@@ -13,8 +13,8 @@ using KImageCache = ImageCache<KImage, KImageLoader>;
 ///   | raw, above 8 bits    | full size: the file; others: the full one | its disk copy        |
 ///   | any other            | a bigger version in memory, else the file | the file             |
 ///
-/// All but LockPostProcess are called with the item's mutex held. On failure they throw KException and leave the
-/// version that they should fill without pixels.
+/// All functions except LockPostProcess are called with the item's mutex held. On failure they throw KException and
+/// leave the version to be filled without pixels.
 class KImageLoader {
 public:
     using Version = ImageVersion<KImage>;

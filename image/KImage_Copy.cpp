@@ -38,7 +38,7 @@ void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
         KThrow(kInvalidParameter);
 }
 
-/// Makes a new target opaque where the conversion (16-bit gray to RGBA) would leave its alpha undefined.
+/// Makes a new target opaque if the conversion (16-bit gray to RGBA) would leave its alpha undefined.
 void FillAlphaThatStays(const KImage &source, KImage &target)
 {
     if (!IsWorkingDepth(source.bitsPerComponent()) || !IsWorkingDepth(target.bitsPerComponent())
@@ -98,7 +98,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
         KThrow(kInvalidParameter); // it would be written beyond the target's rows
 
-    // The first access to a large target's pages takes longer than the conversion, and benefits from threads too.
+    // The first access to the pages of a large target takes longer than the conversion, and benefits from threads too.
     constexpr qint64 kPixelsWorthThreads = 1 << 20;
     const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
     const Form from = FormOf(*this), to = FormOf(target);

@@ -60,8 +60,8 @@ QString FormatName(const QString &format)
     return name;
 }
 
-/// Throws if the disk explains why a save failed; call it right after the failure. Returns if the disk is not the
-/// cause. The check creates an empty file where there was none and removes it again.
+/// Throws if a save failed because of the disk; call it right after the failure. Returns if the disk is not the cause.
+/// If there was no file, the check creates an empty one and removes it again.
 void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString &where)
 {
     const QString reason = QString::fromUtf8(gflLastErrorText());
@@ -72,7 +72,7 @@ void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString 
     } catch (const KException &e) {
         throw KFileException(e.what(), where, e.what() + QLatin1String(": ") + reason);
     }
-    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that somebody else has created meanwhile
+    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that another program has created meanwhile
         QFile::remove(fileName);
 }
 
@@ -110,8 +110,8 @@ unsigned short ExrCompression(int compression)
 
 unsigned short TiffCompression(int compression)
 {
-    constexpr unsigned short kNone = 0, kLzw = 2, kDeflate = 4;
-    return compression == 2 ? kLzw : compression == 3 ? kDeflate : kNone;
+    constexpr unsigned short kNone = 0, kLzw = 2, kDeflate = 4, kZstandard = 50000;
+    return compression == 2 ? kLzw : compression == 3 ? kDeflate : compression == kZstandard ? kZstandard : kNone;
 }
 
 int FormatIndex(const QString &formatName)
@@ -122,8 +122,8 @@ int FormatIndex(const QString &formatName)
 /// The steps of every write. Doesn't access the pixels of @p image; @p save(path, params) writes the file and returns
 /// the layer's error.
 template <typename Save>
-void WriteBy(KImage &image, const QString &fileName, const QString &format, int compression,
-             const QString &metadataSource, const KImage::EditRecord &record, Save save)
+void WriteBy(KImage &image, const QString &fileName, const KImage::FileForm &form, const QString &metadataSource,
+             const KImage::EditRecord &record, Save save)
 {
     if (!image.m_bitmap)
         KThrow(kInvalidBitmap);
@@ -131,13 +131,19 @@ void WriteBy(KImage &image, const QString &fileName, const QString &format, int 
         KThrow(kInvalidBitmap);
     if (fileName.isEmpty())
         KThrow(kInvalidParameter);
-    if (format.isEmpty())
+    if (form.format.isEmpty())
         KThrow(kInvalidParameter);
 
-    const QString formatName = FormatName(format);
+    const QString formatName = FormatName(form.format);
     GFL_SAVE_PARAMS params;
     gflGetDefaultSaveParams(&params);
-    image.TranscodeCompression(formatName, compression, params);
+    image.TranscodeCompression(formatName, form.compression, params);
+    if (form.quality >= 0)
+        params.Quality = static_cast<unsigned short>(form.quality);
+    if (form.halfFloats)
+        params.Flags |= GFL_SAVE_HALF_FLOATS;
+    if (!record.isEmpty())
+        params.Flags |= GFL_SAVE_THUMBNAIL;
 
     if (!metadataSource.isEmpty()) {
         GFL_BITMAP *loaded = nullptr;
@@ -254,11 +260,11 @@ void KImage::ReadFromMemory(unsigned char *data, unsigned int size)
 void KImage::Write(QString fileName, QString format, int compression, QString metadataSource)
 {
     WriteBy(
-        *this, fileName, format, compression, metadataSource, {},
+        *this, fileName, {format, compression}, metadataSource, {},
         [this](const char *path, const GFL_SAVE_PARAMS &params) { return gflSaveBitmapUTF8(path, m_bitmap, &params); });
 }
 
-void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const QString &format, int compression,
+void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const FileForm &form,
                        const QString &metadataSource, const EditRecord &record)
 {
     if (!IsWorkingType(rows.type) || !IsWorkingDepth(rows.bitsPerComponent))
@@ -274,7 +280,7 @@ void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const Q
             std::rethrow_exception(request.failure);
         return error;
     };
-    WriteBy(shape, fileName, format, compression, metadataSource, record, save);
+    WriteBy(shape, fileName, form, metadataSource, record, save);
 }
 
 void KImage::WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression)

@@ -103,8 +103,8 @@ private:
     float m_sigma;
 };
 
-/// Visible pixels of an RGBA image, and the visible share of each pixel's neighborhood, by which a blur over the
-/// visible ones is divided.
+/// Visible pixels of an RGBA image, and the visible share of each pixel's neighborhood. A blur over the visible pixels
+/// is divided by that share.
 class Visibility {
 public:
     Visibility(const KImage &image, const UnsharpBlur &blur)
@@ -213,8 +213,8 @@ void ConvertColors(KImage &image, const RunStep (&table)[3][2])
             [=](const void *src, void *dst, int pixels) { step(src, dst, pixels); });
 }
 
-/// Restores the pixels that sharpening must not change, hidden ones and those whose result isn't finite, from loss by
-/// the conversion to another color model.
+/// Restores the pixels that sharpening must not change, hidden ones and those whose result isn't finite: the conversion
+/// to another color model rounds them.
 void RestorePixels(const KImage &image, KImage &sharpened)
 {
     const int channels = image.m_bitmap->ComponentsPerPixel;

@@ -20,7 +20,7 @@ using primitives::Step;
 constexpr int kRays = 360; // one per degree
 constexpr int kMargin = 2; // the median reads this far beyond the region, on all sides
 constexpr int kIterations = 500;
-constexpr int kLeastSupport = kRays / 8; // edges that confirm a circle; chance gives some 20
+constexpr int kLeastSupport = kRays / 8; // edges that confirm a circle; about 20 agree by chance
 constexpr double kLeastRadius = 0.25;    // relative to the smaller side, like the two below
 constexpr double kLargestOffset = 0.2;
 constexpr double kSmallerSideSteps = 1000; // determines the step along a ray in large frames
@@ -230,7 +230,7 @@ QVector<RansacFisheye::Data> MeasureRays(const PolarFrame &frame, Reach reach)
 RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
 {
     constexpr RansacFisheye::Model kNone = {0, 0, 0};
-    constexpr int kLeastSide = 32; // smallest frame whose edges can be distinguished
+    constexpr int kLeastSide = 32; // smallest side at which edges can be distinguished
     if (!HasWorkingPixels(image))
         KThrow(kInvalidBitmap);
     if (!std::isfinite(nominalRadius) || nominalRadius < 0)
@@ -249,7 +249,7 @@ RansacFisheye::Model FindCircle(const KImage &image, double nominalRadius)
     fit.maxCenterOffset2 = freedom * freedom;
     fit.width = image.width();
     fit.height = image.height();
-    qsrand(0); // the same circle for the same frame
+    qsrand(0); // so that the same frame gives the same circle
     fit.process();
     if (!(fit.bestScore > 0))
         return kNone;

@@ -125,8 +125,8 @@ struct Span {
     float end;
 };
 
-/// Returns the innermost end over all lines, where lines close to the outer sides count less: at distance d from them a
-/// line can move an end inwards by at most reach(d), since the other pair of sides may cut off the corners instead.
+/// Returns the innermost end of all lines. Lines close to the outer sides count less: at distance d from them a line
+/// can move an end inwards by at most reach(d), because the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.
 /// @param size             Length of a line.
@@ -139,7 +139,7 @@ Span InnermostEnds(const std::vector<int> &firstOf, const std::vector<int> &last
     for (int line = 0; line < lines; ++line) {
         const auto i = static_cast<size_t>(line);
         const float most = reach(static_cast<float>(line < lines / 2 ? line : lines - 1 - line));
-        // A line that is valid to its last pixel sets no limit.
+        // A line that is valid up to its last pixel sets no limit.
         const float last = lastOf[i] == size - 1 ? length : static_cast<float>(lastOf[i]);
         span.first = qMax(span.first, qMin(static_cast<float>(firstOf[i]), most));
         span.end = qMin(span.end, qMax(last, length - most));

@@ -45,7 +45,7 @@ void KImage::init(KImageInstances *instances)
 {
     if (s_startedAlone)
         return;
-    Q_INIT_RESOURCE(KImage); // a static library drops unreferenced resources
+    Q_INIT_RESOURCE(KImage); // unreferenced resources of a static library are not linked
     RegisterData();
     ippInit();
     KTools::init(instances ? instances->tools : nullptr);

@@ -120,8 +120,8 @@ public:
 private:
     double Factor(double r2) const { return 1 + r2 * (m_k1 + r2 * (m_k2 + r2 * m_k3)); }
 
-    /// Returns the factor at the radius r that maps to @p radius, by Newton's method from there. Beyond a fold of the
-    /// model it finds radii of other places, or negative ones: they don't count.
+    /// Returns the factor at the radius r that maps to @p radius, found by Newton's method starting from @p radius.
+    /// Beyond a fold of the model the method finds other or negative radii, which are rejected.
     float FactorBack(float radius) const
     {
         double r = static_cast<double>(radius);
@@ -178,7 +178,7 @@ template <typename T> void PaintPixel(unsigned char *pixel, int channels, const 
     for (int c = 0; c < channels; ++c) {
         unsigned char *at = pixel + size_t(c) * sizeof(T);
         const float old = LoadComponent<T>(at), full = kFullValue<T>;
-        // Paint raises the opacity of covered pixels to its own.
+        // Painting raises the opacity of covered pixels to that of the color.
         const float wanted = c == 3 ? full : full * (channels == 1 ? luma : rgba[c]);
         StoreComponent<T>(at, share < 1 ? old + (wanted - old) * share : wanted); // overwrites even NaN
     }

@@ -94,7 +94,7 @@ GFL_EXIF_DATAEX *Copy(const GFL_EXIF_DATAEX *source)
     return copy;
 }
 
-/// Copies before it frees: the source may be the replaced block itself.
+/// Copies before it frees, because the source may be the block to be replaced.
 template <typename Block> void Replace(Block *&held, const Block *source, void (*release)(Block *))
 {
     Block *copy = source ? Copy(source) : nullptr;

@@ -8,7 +8,7 @@ namespace {
 int WholeNumber(const QStringRef &cell)
 {
     const float number = cell.toFloat();
-    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // false for NaN, too
+    return number > -1e9F && number < 1e9F ? static_cast<int>(number) : 0; // also false for NaN
 }
 
 } // namespace
@@ -35,7 +35,7 @@ QVector<LensIDProperties::LensDefinition> LensIDProperties::findLenses(QString m
 {
     QVector<LensDefinition> found;
     for (const LensDefinition &lens : qAsConst(m_lenses)) {
-        // The maker's name in a picture may be longer than the brand ("NIKON CORPORATION"), its identifier shorter.
+        // The maker in a picture may be longer than the brand ("NIKON CORPORATION"), the lens identifier shorter.
         if (make.contains(lens.brand, Qt::CaseInsensitive) && lens.lensId.contains(lensId, Qt::CaseInsensitive))
             found.append(lens);
     }

@@ -8,7 +8,7 @@
 constexpr int kRunPixels = 512;
 constexpr int kMaxBytesPerPixel = 16;
 
-/// Block of one run between two steps, or for aligned copies of an image's rows.
+/// Block for one run between two steps, or for aligned copies of an image's rows.
 struct alignas(64) RunBlock {
     unsigned char bytes[kRunPixels * kMaxBytesPerPixel];
 };

@@ -43,8 +43,8 @@ public:
         return x >= -0.5f && y >= -0.5f && x <= m_right + 0.5f && y <= m_bottom + 0.5f;
     }
 
-    /// Reads the channels [first, end) at a position into @p values, from 0 on; positions outside count as the nearest
-    /// inside.
+    /// Reads the channels [first, end) at a position into @p values, from index 0 on; positions outside are clamped to
+    /// the nearest inside.
     void Read(float x, float y, int first, int end, float *values) const
     {
         const float left = qBound(0.0f, x, m_right), top = qBound(0.0f, y, m_bottom);

@@ -11,11 +11,11 @@ inline qint64 TextBytes(const QString &text)
 
 /// A plain value. The order of the fields is shared with hosts; unknown fields keep the values given here.
 struct ShootingInformation {
-    static constexpr double kUnknownPlace = -9999.0; // of the four gps numbers
+    static constexpr double kUnknownPlace = -9999.0; // for the four GPS numbers
 
     QString makerName;
     QString modelName;
-    double focalRatio = 0.0;   // 35 mm focal length over real focal length; infinite if a file has only the former
+    double focalRatio = 0.0;   // 35 mm focal length over real focal length; infinite if only the former is known
     double focal35mm = 0.0;    // 35 mm equivalent, in mm
     double distortionK1 = 0.0; // radial coefficients; only settings fill them
     double distortionK2 = 0.0;

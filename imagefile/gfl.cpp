@@ -19,7 +19,7 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: artifacts are hard to see from here on
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from here on, artifacts are hard to see
 constexpr int kMaxThreads = 64;
 
 std::atomic<bool> lzwAllowed{false};
@@ -115,8 +115,8 @@ Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
     return Status::Ok();
 }
 
-/// Returns whether an ICC profile can belong to these pixels. Inks and Lab are delivered as RGB, and gray may have been
-/// expanded: with the source's profile viewers would then show wrong colors, or reject the file. The profile's color
+/// Returns whether an ICC profile can belong to these pixels. CMYK and Lab are delivered as RGB, and gray may have been
+/// expanded; with the source's profile, viewers would then show wrong colors or reject the file. The profile's color
 /// space is in bytes 16 to 19 (ICC.1:2010, 7.2.6).
 bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
 {
@@ -145,6 +145,8 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const Ro
     options.metadata = &metadata;
     options.rows = rows;
     options.threads = SaveThreads();
+    options.thumbnail = (params.Flags & GFL_SAVE_THUMBNAIL) != 0;
+    options.halfFloats = (params.Flags & GFL_SAVE_HALF_FLOATS) != 0;
     options.fast = (params.Flags & GFL_SAVE_FAST) != 0;
     options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
     return codec.Write(bitmap, options, sink);

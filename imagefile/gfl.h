@@ -35,12 +35,12 @@ GFL_API void gflEnableLZW(int enable);
 /// any number.
 GFL_API void gflSetThreads(int threads);
 
-/// Returns what was wrong with the last failed call of this thread: what was read, expected, found. Never null; valid
-/// until the thread's next call that fails.
+/// Returns why the last failed call of this thread failed: what was read, expected, found. Never null; valid until the
+/// thread's next call that fails.
 GFL_API const char *gflLastErrorText();
 
-/// Returns what calls of this thread left out of files without failing, such as damaged metadata. The first such text
-/// since gflClearWarningText; empty if there was none. Never null.
+/// Returns the first warning of this thread since gflClearWarningText about something that was left out, such as
+/// damaged metadata; empty if there was none. Never null.
 GFL_API const char *gflLastWarningText();
 GFL_API void gflClearWarningText();
 
@@ -57,7 +57,7 @@ GFL_API const GFL_FORMAT *gflGetFormat(std::int32_t index);
 /// GFL_ERROR_BAD_FORMAT_INDEX.
 GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 
-/// Returns the name of the format at an index: from 0 without gaps. Null after the last.
+/// Returns the name of the format at an index; indexes start at 0 and have no gaps. Null after the last one.
 GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
 
 /// Returns whether the layer reads files with this suffix, given with its dot, in any case.
@@ -100,20 +100,22 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless that is of another color space than the pixels. OpenEXR and Radiance files are written
-/// without metadata. Depth and alpha are converted to what the format supports. The file is written next to the target
-/// and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
+/// GFL_SAVE_ICC_PROFILE, unless that is for another color space than the pixels'. Radiance files are written without
+/// metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left out with a
+/// warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is written next to
+/// the target and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Fills @p data with rows @p firstRow to @p firstRow + @p rows - 1 of a picture, each @p bytesPerLine bytes after the
-/// previous. Must not throw; returns a GflError number, and any but 0 ends the save with that number.
+/// previous one. Must not throw. Returns a GflError number; any but 0 ends the save with that number.
 typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine,
                                  void *userData);
 
-/// Like gflSaveBitmapUTF8, with the same file, for a picture that is never whole in memory: @p bitmap gives its size
-/// and form and carries the metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
-/// calling thread, while other threads pack the finished ones. With GFL_SAVE_FAST and deflate, several threads at once
-/// request GFL_FAST_ROWS rows each, in about this order. Only for "tiff"; other formats give GFL_ERROR_BAD_PARAMETERS.
+/// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives
+/// its size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
+/// calling thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
+/// once request GFL_FAST_ROWS rows each, in about this order. Only for "tiff", "jpeg", "png" and "exr"; other formats
+/// give GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 

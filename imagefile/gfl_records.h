@@ -85,7 +85,9 @@ static_assert(offsetof(GFL_LOAD_PARAMS, ColorModel) == 14 && offsetof(GFL_LOAD_P
 /// Bits of GFL_SAVE_PARAMS::Flags.
 enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
-    GFL_SAVE_FAST = 0x1000,        // deflate of TIFF: ISA-L instead of libdeflate, and rows made on several threads
+    GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
+    GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: floats of 16 bits, whatever the bitmap's depth
+    GFL_SAVE_FAST = 0x0040,        // deflate of TIFF: ISA-L instead of libdeflate, and rows made on several threads
 };
 
 /// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, from multiples of them on; the last
@@ -99,9 +101,10 @@ constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;
 ///
 ///   | format    | numbers                                                             |
 ///   |-----------|---------------------------------------------------------------------|
-///   | tiff      | 0 none, 2 LZW, 4 deflate; others are GFL_ERROR_BAD_PARAMETERS       |
+///   | tiff      | 0 none, 2 LZW, 4 deflate, 50000 Zstandard (the number of libtiff);  |
+///   |           | others are GFL_ERROR_BAD_PARAMETERS                                 |
 ///   | png       | level of zlib, 0 to 9; higher ones count as 9                       |
-///   | hdri, psd | 0 none; others: rows packed by runs                                 |
+///   | hdri, psd | 0 none; others: run-length encoded rows                             |
 struct GFL_SAVE_PARAMS {
     std::uint32_t Flags;
     std::int32_t FormatIndex;  // from gflGetFormatIndexByName
@@ -120,7 +123,7 @@ enum GflColorDepth : std::uint16_t {
     GFL_DEPTH_LEVELS = 5,          // keeps the form; number of values per color, 2 to 256, evenly spread
 };
 
-/// How a file stores color, values of GFL_FILE_INFORMATION::ColorModel. Hosts know the numbers of CMYK and Lab.
+/// How a file stores color, values of GFL_FILE_INFORMATION::ColorModel. Hosts rely on the numbers of CMYK and Lab.
 enum GflColorModel : std::uint16_t {
     GFL_CM_RGB = 0,
     GFL_CM_GREY = 1,
@@ -134,7 +137,7 @@ enum GflColorModel : std::uint16_t {
 /// Description of a file without its pixels. Texts are zero-terminated ASCII.
 struct GFL_FILE_INFORMATION {
     char FormatName[8];   // for gflGetFormatIndexByName
-    char Description[64]; // "TIFF", "TIFF tiled", "JPEG progressive", "PSD LAB", "JPEG CMYK" ...
+    char Description[64]; // "TIFF", "TIFF tiled", "JPEG progressive", "PSD LAB", "JPEG CMYK" and so on
     std::int32_t FormatIndex;
     std::int32_t Width;
     std::int32_t Height;
@@ -239,7 +242,7 @@ struct GFL_METADATA_LIST {
     GFL_METADATA_ITEM *ItemsList;
 };
 
-/// One simple XMP property to set; UTF-8 texts of the caller's.
+/// One simple XMP property to set; UTF-8 texts owned by the caller.
 struct GFL_XMP_ITEM {
     const char *Key;   // as Exiv2 spells it: "Xmp.crs.AlreadyApplied"; "vitrelux" is the prefix of our own record
     const char *Value; // empty: removes the property

@@ -1,6 +1,7 @@
 #include "metadata_list.h"
 
 #include "core/allocator.h"
+#include "core/memory_check.h"
 #include "formats.h"
 #include "raw/raw_codec.h"
 #include "raw/raw_facts.h"
@@ -16,7 +17,7 @@ namespace {
 // Longer values, such as tables and blocks, are listed by their length.
 constexpr long kMaxListedBytes = 1024;
 
-// Exiv2 translates its output. While an instance lives, this thread's language is English.
+// Exiv2 translates its output. While an instance exists, this thread's language is English.
 class EnglishThread {
 public:
     EnglishThread()
@@ -83,7 +84,9 @@ template <class Write> std::string Written(Write write)
 {
     std::ostringstream stream;
     stream.imbue(std::locale::classic());
+    const MemoryCheck memory;
     write(stream);
+    memory.Require(); // a stream without memory loses a part of its text
     return ToUtf8(stream.str());
 }
 
@@ -119,7 +122,7 @@ void AddXmp(const Bytes &packet, std::vector<Item> *to)
 {
     Exiv2::XmpData xmp;
     try {
-        const std::shared_lock lock(XmpNamespaces());
+        const XmpReading use;
         Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
     } catch (const std::bad_alloc &) {
         throw;

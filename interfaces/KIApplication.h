@@ -10,8 +10,8 @@ class KIImageDef;
 struct KImageInstances;
 struct KUIInstances;
 
-/// Implemented by the host's application object, which names it in Q_INTERFACES: the plug-in finds it by
-/// qt_metacast("KIApplication") on QCoreApplication::instance(), each time it needs it. GUI thread.
+/// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs it, it
+/// calls qt_metacast("KIApplication") on QCoreApplication::instance(). GUI thread.
 ///
 /// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
 /// hosts; the plug-in never calls them.
@@ -26,12 +26,13 @@ public:
     /// Returns the application's language.
     virtual QLocale Locale() = 0;
     virtual void Reserved3() { }
-    /// Loads and installs a translation file of the plug-in, named without folder; does nothing if there is none.
+    /// Loads and installs a translation file of the plug-in, named without its folder; does nothing if it doesn't
+    /// exist.
     virtual void LoadTranslator(QString fileName) = 0;
     /// Returns the description of a file, owned by the application; the same file gives the same pointer.
     virtual KIImageDef *ImageDefOf(QString fileName) = 0;
     virtual void Reserved4() { }
-    /// Returns the application's image and interface kernels. On null the plug-in starts its own.
+    /// Returns the application's image and interface kernels. If null, the plug-in starts its own.
     virtual KImageInstances *ImageInstances() = 0;
     virtual KUIInstances *UIInstances() = 0;
 };

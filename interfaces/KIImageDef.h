@@ -12,7 +12,7 @@ public:
     virtual ~KIImageDef() = default;
     /// Returns the thumbnail, owned by the description.
     virtual QPixmap *GetThumbnail() const = 0;
-    /// Return the whole path, the name without the folder, and the folder.
+    /// Return the full path, the name without the folder, and the folder.
     virtual QString FileName() const = 0;
     virtual QString ShortFileName() const = 0;
     virtual QString PathName() const = 0;
@@ -32,8 +32,8 @@ public:
     virtual qint64 GetTimestamp() const = 0;
     /// Returns the exposure value; 0 if unknown.
     virtual float GetEV() const = 0;
-    /// Lends the pixels, width by height, at the file's depth or at 8 bits. Pair each Lock with one Unlock with the
-    /// same arguments; the lender owns the image. Throws KException.
+    /// Returns the pixels, width by height, at the file's depth or at 8 bits. The description owns the image, which is
+    /// valid until Unlock is called with the same arguments, once for each Lock. Throws KException.
     virtual KImage *Lock(int width, int height, bool nativeDepth) = 0;
     virtual void Unlock(int width, int height, bool nativeDepth) = 0;
     virtual KImage *LockFullSize(bool nativeDepth) = 0;

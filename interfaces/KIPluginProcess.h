@@ -19,8 +19,7 @@ public:
     virtual void OnValidatePage() { }
     /// Returns a new record with the contents of the element, or with the stored defaults for a null element.
     virtual void *AllocParameters(QDomElement) { return nullptr; }
-    /// Returns the record as an element without a parent, which the host may keep and insert into a document of its
-    /// own.
+    /// Returns the record as an element without a parent, which the host may keep and insert into its own document.
     virtual QDomElement GetXmlParameters(void *) { return QDomElement(); }
     virtual void CopyParameters(void * /*destination*/, void * /*source*/) { }
     virtual void FreeParameters(void *) { }

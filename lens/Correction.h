@@ -1,4 +1,4 @@
-// The correction of one picture as maps in its pixels: the input of the fitted warp, without names, profile or XML.
+// The correction of one picture as maps in pixels: the input of the fitted warp, independent of profiles and XML.
 #pragma once
 
 #include "RadialCurve.h"

@@ -11,12 +11,12 @@ struct SourcePlaces {
     Point red, green, blue;
     double gain = 1.0;
     bool folded = false; ///< A map ends before the pixel: the places are invalid.
-    /// Distance to the nearest end of a map or of its table, in pixels of the map's input; negative beyond it. Up to
-    /// there the places are smooth functions of the pixel.
+    /// Distance to the nearest end of a map or of its table, in pixels of the map's input; negative beyond the end. Up
+    /// to the end, places are smooth functions of the pixel.
     double toEnd = std::numeric_limits<double>::infinity();
 };
 
-/// Evaluator of a correction, pixel by pixel: the plain twin of FittedWarp. Any thread may call const functions.
+/// Evaluates a correction pixel by pixel; the plain twin of FittedWarp. Any thread may call const functions.
 class CorrectionTwin {
 public:
     explicit CorrectionTwin(const Correction &correction) : m_correction(correction) { }
@@ -33,8 +33,8 @@ public:
     SourcePlaces At(double x, double y) const;
     /// Whether the pixel with these places stays empty: one is outside the picture, or a map is folded.
     bool IsEmpty(const SourcePlaces &places) const;
-    /// Whether any pixel of the result stays empty. Checks only its edges: maps are continuous and increase outwards up
-    /// to their ends, so if anything is missing, part of an edge is.
+    /// Whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase outward up
+    /// to their ends, so if any pixel is empty, so is one at an edge.
     bool LeavesEmpty() const;
 
 private:

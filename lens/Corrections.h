@@ -1,8 +1,8 @@
 // The three corrections, as a set.
 #pragma once
 
-/// Corrections requested, supported by a profile, or to be applied to one picture. All internal code uses this set; the
-/// record of the process and its XML form have older names for the same three (see KVitreluxOne2One::Params).
+/// Corrections requested, supported by a profile, or to be applied to one picture. All internal code uses this set. The
+/// process's record and its XML have older names for the same corrections (see KVitreluxOne2One::Params).
 struct Corrections {
     bool distortion = false;
     bool chromatic = false;

@@ -14,8 +14,8 @@ int CellSide(const CorrectionTwin &twin);
 /// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values; those of red and blue only if these colors have separate places. The root of the gain is
-    /// for light by a formula.
+    /// The planes of values. Those of red and blue exist only if these colors have separate places, that of the gain's
+    /// root only if light is computed by a formula.
     enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
     /// Number of meaningless but readable values after each row.
@@ -28,14 +28,14 @@ public:
     int Planes() const { return m_planes; }
     bool HasRoots() const { return m_roots; }
     float RootOf(double gain) const { return m_roots ? m_roots->At(static_cast<float>(gain)) : 1.0F; }
-    /// Computes the corners of the cells that hold rows [firstRow, firstRow + rows) of the result. Cheapest if calls
+    /// Computes the corners of the cells that contain rows [firstRow, firstRow + rows) of the result. Cheapest if calls
     /// proceed down the picture.
     void Hold(int firstRow, int rows);
-    /// Returns values of plane @p plane at the upper corners of the cells that hold row @p y; the lower corners are
-    /// those of row @p y + side. At least 64 / side + 1 values can be read from any pixel's cell on.
+    /// Returns the values of plane @p plane at the upper corners of the cells that contain row @p y; the lower corners
+    /// are those of row @p y + side. From any pixel's cell on, at least 64 / side + 1 values can be read.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
-    /// Whether cells [first, end) of row @p y have a corner near the end of a map: positions inside them must then come
-    /// from the twin.
+    /// Whether cells [first, end) of row @p y have a corner near the end of a map, so that positions inside them must
+    /// come from the twin.
     bool IsRough(int y, int first, int end) const;
 
 private:

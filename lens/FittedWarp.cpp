@@ -102,7 +102,7 @@ FittedWarp::RowRange FittedWarp::RowsFor(int firstRow, int rows) const
             }
         }
     }
-    constexpr int kReach = 3; // neighbors to either side of a place
+    constexpr int kReach = 3; // neighbors on either side of a place
     const int margin = kReach + 2 + static_cast<int>(greatest - least) / 32;
     return {std::max(0, static_cast<int>(least) - margin),
             std::min(maps.height, static_cast<int>(greatest) + 1 + margin)};

@@ -8,12 +8,12 @@
 class KImage;
 
 /// Renderer of a Correction. CorrectionTwin defines the positions; those used here are within 0.005 pixels of them,
-/// plus the rounding of the sampling tables. Every processor gives the same bits.
+/// plus the rounding of the sampling tables. Results are the same to the bit on every processor.
 ///
 /// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black; all
 /// others are opaque or get the source's alpha.
 ///
-/// The object holds no pixels. Render may run on several threads for different rows; it allocates working memory and
+/// The object stores no pixels. Render may run on several threads for different rows; it allocates working memory and
 /// may throw std::bad_alloc, nothing else.
 class FittedWarp {
 public:
@@ -29,18 +29,18 @@ public:
     /// @param light  converts stored values to light, which the gain multiplies. Linear: it multiplies stored values.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
-    /// Whether any pixel of the result stays empty, so that the result needs alpha.
+    /// Whether any pixel of the result is empty, so that the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
-    /// Returns the source rows that a band of @p rows rows from @p firstRow on reads, estimated from the positions in
-    /// its first and last row. Too few only where a map isn't monotonic.
+    /// Returns the source rows that a band of @p rows rows from @p firstRow on needs, estimated from the positions in
+    /// its first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
     /// (FloatWarp::Serves).
-    /// @param rows    Float RGBA too, as wide; must not be the window.
+    /// @param rows    Float RGBA of the same width; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;

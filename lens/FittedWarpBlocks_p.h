@@ -38,7 +38,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 Finished(Float4 sum)
     return sum * Float4{scale, scale, scale, 1.0F};
 }
 
-/// Mixes four pixels; @p at(right, down) returns the address of the one at these steps, 0 or 1.
+/// Interpolates between four pixels; @p at(right, down) returns the address of the pixel at these offsets, 0 or 1.
 template <bool kAlpha, typename Pixel> VITRELUX_INLINE Float4 Mix(float fx, float fy, Pixel at)
 {
     const Float4 x = Same(fx), restX = Same(1.0F - fx), y = Same(fy), restY = Same(1.0F - fy);
@@ -55,7 +55,7 @@ template <bool kAlpha> VITRELUX_INLINE Float4 SampleHeld(const FittedWarp::Band 
     });
 }
 
-/// Samples near the picture's edges, which repeat. Returns false if a row isn't in memory.
+/// Samples near the picture's edges, which are repeated. Returns false if a row isn't in memory.
 template <bool kAlpha>
 inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, int i, Float4 *sample)
 {
@@ -132,7 +132,7 @@ VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at,
 
 constexpr int kUnitRows = 64;
 
-/// Renders the band by @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
+/// Renders the band with @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
     const auto scratch = std::make_unique<typename Kind::Scratch>();

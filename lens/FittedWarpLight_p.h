@@ -1,5 +1,5 @@
-// Gains of FittedWarp: samples are multiplied in light, by a formula or by tables, and stored. Compiled once per
-// instruction set.
+// Gains of FittedWarp: converts samples to linear light by a formula or by tables, multiplies and stores them. Compiled
+// once per instruction set.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -43,7 +43,7 @@ VITRELUX_INLINE Float4 Magnitude(Float4 value)
     return value < Same(0.0F) ? -value : value;
 }
 
-/// Multiplier of the light of stored values; alpha stays.
+/// Multiplies the light of stored values; alpha is unchanged.
 struct Light {
     explicit Light(const TransferCurve &light)
         : toLight{&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)},
@@ -81,7 +81,7 @@ template <typename Mask> VITRELUX_INLINE bool IsAny(const Mask &mask)
     return (any[0] | any[1]) != 0;
 }
 
-/// @p values for the colors of the pixels of a vector, @p alpha for their fourth lanes.
+/// Returns one value per pixel in its three color lanes, and @p alpha in its fourth.
 template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values, float alpha)
 {
     if constexpr (sizeof(Floats) == sizeof(Float4))
@@ -100,7 +100,8 @@ template <typename Floats> struct FormulaLight {
         toe = ForPixels<Floats>(toes, -std::numeric_limits<float>::infinity());
     }
 
-    /// Limited pixels of a vector. Not @p simple if one of their values passes the toe, which takes a power.
+    /// Returns the pixels of a vector, multiplied and limited. Sets @p simple to false if a value passes the toe, which
+    /// takes a power.
     VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);

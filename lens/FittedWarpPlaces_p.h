@@ -13,7 +13,7 @@
 #include <cstring>
 
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
-#define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
+#define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
 /// Arguments of one call of Render, as the loops need them. Rows are counted from the picture's first row.
 struct FittedWarp::Band {
@@ -51,7 +51,7 @@ struct Places {
     alignas(64) float y[kBlockPixels];
 };
 
-/// The factor of light, and its root for FittedPlaces::HasRoots.
+/// Factors of light, and their roots if FittedPlaces::HasRoots.
 struct Gains {
     alignas(64) float gain[kBlockPixels];
     alignas(64) float root[kBlockPixels];
@@ -111,7 +111,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's places from the twin; NaN where a map is folded.
+/// Gets each pixel's places from the twin; NaN where a map folds.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -153,7 +153,7 @@ struct Neighbors {
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
 };
 
-/// Rounds down; @p rest receives the remainder. Values beyond +-2^23 are clamped, NaN becomes such a bound.
+/// Rounds down; @p rest receives the remainder. Values beyond +-2^23 are clamped, and NaN becomes one of these bounds.
 VITRELUX_INLINE std::int32_t Floor(float value, float *rest)
 {
     constexpr float kFar = 8388608.0F;     // no picture is as large

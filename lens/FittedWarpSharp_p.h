@@ -56,7 +56,7 @@ VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length
     return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
 }
 
-/// Clamps to the reach of the picture: positions beyond it have the same neighbors or stay empty.
+/// Clamps to one or two pixels outside the picture: positions beyond have the same neighbors or stay empty.
 VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
 {
     whole = whole > -2 ? whole : -2;
@@ -101,7 +101,7 @@ VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &b
 /// Widens @p bounds to a position.
 VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
 {
-    // One pixel more on each side than positions between the corners can reach, because phases are rounded.
+    // One more pixel on each side than positions between the corners can reach, because phases are rounded.
     float rest;
     const int left = Floor(x, &rest) - 1, top = Floor(y, &rest) - 1;
     bounds->left = std::min(bounds->left, left);

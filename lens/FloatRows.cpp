@@ -45,7 +45,7 @@ void FloatRows::Hold(int first, int end)
         Grow(end - first);
     if (first < m_top || end > m_top + m_block.height())
         Place(first, end);
-    if (first > m_end || end < m_first) // the held rows are useless
+    if (first > m_end || end < m_first) // rows in the window can't be reused
         m_first = m_end = first;
     Convert(first, m_first);
     m_first = std::min(first, m_first);

@@ -17,8 +17,8 @@ public:
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
     explicit FloatRows(const KImage &picture, Walk walk = Walk::Steps) : m_picture(picture), m_walk(walk) { }
 
-    /// Ensures that rows [first, end), which must exist, are in the window; others may be too. Converts only those that
-    /// are missing. May throw a KException.
+    /// Ensures that rows [first, end), which must exist, are in the window, perhaps with others. Converts only those
+    /// that are missing. May throw a KException.
     void Hold(int first, int end);
 
     /// The rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the

@@ -11,15 +11,16 @@ class LensParam;
 class newLCP;
 
 /// InterpolatorKim<float, float> with bilinear samplers for four channels, in blocks of pixels that fit the L1 cache.
-/// InterpolatorKim::DoPlainly is its plain twin and defines the result, to the last bit; so every processor gives the
-/// same bits.
+/// InterpolatorKim::DoPlainly is its plain twin and defines the result to the last bit, so every processor gives the
+/// same result.
 ///
 /// The source must outlive the object; other threads may read it meanwhile. Render may run on several threads for
 /// different rows. Nothing here throws or allocates.
 class FloatWarp {
 public:
-    /// Orientation of the corrected picture relative to the profile's landscape frame. Turned: by a right angle, for
-    /// upright pictures; in the models' frame the picture is turned counterclockwise, its right-hand column on top.
+    /// Orientation of the corrected picture relative to the profile's landscape frame. Turned is for upright pictures:
+    /// in the models' frame they are rotated counterclockwise by a right angle, so that their right-hand column is on
+    /// top.
     enum class Frame { Landscape, Turned };
     /// Content of channels that no model writes (see InterpolatorKim), and of all channels if there is nothing to
     /// correct.
@@ -38,21 +39,22 @@ public:
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
-    /// @param rows  Must satisfy Serves; not the source. Without distortion, in the turned frame and with FromSource
-    ///              the corrected picture is no larger than the source: pixels are then read at their position. In the
-    ///              turned frame it is exactly as wide.
+    /// @param rows  Must satisfy Serves and not be the source. Without distortion, in the turned frame and with
+    /// FromSource,
+    ///              pixels are read at their own position, so the corrected picture must not be larger than the source.
+    ///              In the turned frame it must have the same width.
     void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
 
     /// Rows [first, end).
     struct RowRange {
         int first, end;
     };
-    /// Estimates the rows of the source that a band of @p rows rows from @p firstRow on reads, from 64 positions in its
-    /// first and last row. Too few only if a model isn't smooth.
+    /// Estimates the rows of the source that a band of @p rows rows from @p firstRow on needs, from 64 positions in its
+    /// first and last row. The estimate is too small only if a model isn't smooth.
     RowRange RowsFor(int firstRow, int rows) const;
-    /// Like Render, for a source of which only some rows are in memory: those of @p window, which must satisfy Serves
-    /// and starts at row @p windowRow. Returns false if other rows are needed; the filled rows are then invalid. Always
-    /// true with all rows of the source, so callers that retry with more rows terminate.
+    /// Like Render, but only the rows of the source in @p window, which must satisfy Serves and starts at row
+    /// @p windowRow, are in memory. Returns false if other rows are needed; the filled rows are then invalid. With all
+    /// rows of the source it always returns true, so callers that retry with more rows terminate.
     [[nodiscard]] bool RenderFrom(const KImage &window, int windowRow, KImage &rows, int firstRow, Unwritten unwritten,
                                   Instructions instructions = BestInstructions()) const;
 
@@ -67,7 +69,7 @@ public:
         float c[3];
         double t1, t2;
     };
-    /// The vignetting model, its series expanded.
+    /// The vignetting model, expanded as a series.
     struct Vignette {
         Vignette(const LensParam &model, bool found, float scale, int longSide);
 

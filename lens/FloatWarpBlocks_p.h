@@ -10,7 +10,7 @@ namespace {
 
 // --- The four paths, one block at a time ---
 
-/// Part of a row: where it is written, and the source at the same place.
+/// Part of a row: where it is written, and the source pixels at the same position.
 struct Block {
     const unsigned char *same;
     unsigned char *target;
@@ -59,7 +59,7 @@ VITRELUX_INLINE void OneWarpBlock(const FloatWarp::Band &band, const Block &bloc
     }
 }
 
-/// Samples one channel and stores it with the gain. Returns whether it was inside.
+/// Samples one channel and stores it with the gain. Returns whether its position was inside the picture.
 VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, int channel, float gain,
                                  unsigned char *target)
 {
@@ -71,7 +71,7 @@ VITRELUX_INLINE bool MoveChannel(const FloatWarp::Band &band, float x, float y, 
     return inside;
 }
 
-/// Samples three channels, each at its place; @p green is null if green is not moved.
+/// Samples three channels, each at its position; @p green is null if green isn't moved.
 VITRELUX_INLINE void ThreeChannelsWithCare(const FloatWarp::Band &band, const Block &block, const Positions &red,
                                            const Positions *green, const Positions &blue, const Values &gain)
 {
@@ -117,7 +117,7 @@ VITRELUX_INLINE FourFloats SampleColors(const FloatWarp::Pixels &source, const C
     });
 }
 
-/// The same if green is not moved: it is copied from @p same.
+/// The same if green isn't moved: it is copied from @p same.
 VITRELUX_INLINE FourFloats SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i,
                                             FourFloats same)
 {

@@ -1,8 +1,9 @@
 // The lens models on blocks of positions, and the description of a band of rows; for FloatWarp.
 //
-// Everything here and in what includes it is inlined into functions that are marked for their instructions: none of it
-// may be called from code for other processors. Positions and gains are computed for whole blocks in plain loops that
-// vectorize; formulas and their order of operations are those of LensParam, to the bit.
+// Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
+// set, and must not be called from code for other processors. Positions and gains are computed for whole blocks in
+// plain loops that vectorize; formulas and their order of operations are those of LensParam, so results are the same to
+// the bit.
 #pragma once
 
 #include "Arctangent_p.h"
@@ -13,7 +14,7 @@
 #include <cstdint>
 
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
-#define VITRELUX_INLINED __attribute__((always_inline)) // of a lambda
+#define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
 constexpr int kBlockPixels = 64; // positions, gains and samples of a block take 3 KiB
 constexpr int kPixelBytes = 16;
@@ -102,7 +103,7 @@ VITRELUX_INLINE void WarpFisheye(const FloatWarp::Radial &model, const Positions
 VITRELUX_INLINE void WarpBlock(const FloatWarp::Radial &model, const Positions &in, Positions *out)
 {
     using Form = FloatWarp::Radial::Form;
-    constexpr int kForms = 4; // of terms
+    constexpr int kForms = 4; // by number of terms
     switch (static_cast<int>(model.form) * kForms + model.terms) {
     case static_cast<int>(Form::Perspective) * kForms + 0:
         return WarpPerspective<0, false>(model, in, out);

@@ -19,7 +19,7 @@ VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Posit
     return beyond == 0;
 }
 
-/// The first of the four neighbors of each position, and the shares of the others.
+/// The first of the four neighbors of each position, and the weights of the others.
 struct Corners {
     alignas(64) std::int64_t offset[kBlockPixels]; // bytes from the source's base
     alignas(64) float fx[kBlockPixels], restX[kBlockPixels];
@@ -40,7 +40,8 @@ VITRELUX_INLINE void FindCorners(const FloatWarp::Pixels &source, const Position
     }
 }
 
-/// The following rows of the result read the rows below; the hardware prefetcher doesn't predict them along bent lines.
+/// Prefetches the rows below, which the next rows of the result read: the hardware prefetcher doesn't follow curved
+/// lines.
 VITRELUX_INLINE void Prefetch(const FloatWarp::Pixels &source, const Corners &corners, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;

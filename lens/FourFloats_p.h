@@ -14,7 +14,7 @@ namespace {
 
 #if VITRELUX_VECTORS
 
-using FourFloats = __m128; // the compiler knows + - * for it
+using FourFloats = __m128; // the compiler supports + - * for it
 
 VITRELUX_INLINE FourFloats Each(float red, float green, float blue, float alpha)
 {
@@ -26,7 +26,7 @@ VITRELUX_INLINE FourFloats All(float value)
     return _mm_set1_ps(value);
 }
 
-/// Loads from any address, without alignment; so does Store().
+/// Loads from any address. Neither this nor Store() needs alignment.
 VITRELUX_INLINE FourFloats Load(const unsigned char *pixel)
 {
     return _mm_loadu_ps(reinterpret_cast<const float *>(pixel));

@@ -54,7 +54,7 @@ template <typename T> bool IsWhole(const KImage &image)
         && bitmap.BytesPerLine >= static_cast<qint64>(bitmap.Width) * bitmap.BytesPerPixel;
 }
 
-/// The vignetting gain by position; scaled by the real image, not by the profile's.
+/// The vignetting gain by position, scaled by the actual image's size, not the profile's.
 class Vignette {
 public:
     Vignette(const LensParam &model, float scale, int longSide)
@@ -202,7 +202,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::ImagesAreWhole() c
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::HaveThreeChannels() const
 {
-    return channels >= 3; // the destination has no fewer
+    return channels >= 3; // the destination has at least as many
 }
 
 template <typename S, typename D> bool InterpolatorKim<S, D>::SourceCoversDestination() const
@@ -223,7 +223,7 @@ template <typename S, typename D> template <typename Pixel> void InterpolatorKim
     }
 }
 
-/// Limits only at the top; NaN becomes the limit.
+/// Clamps only to the upper limit, which also replaces NaN.
 template <typename S, typename D>
 void InterpolatorKim<S, D>::StoreColor(unsigned char *target, int channel, float value) const
 {

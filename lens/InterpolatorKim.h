@@ -1,4 +1,4 @@
-// The warp of one picture by a profile, for all channel types of source and destination.
+// The warp of one picture with a profile, for all channel types of source and destination.
 #pragma once
 
 class KImage;
@@ -49,7 +49,7 @@ public:
     // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and
     // return the integer position. They return false only for a position outside the image.
 
-    /// Nearest below.
+    /// Nearest pixel at or below the position.
     bool Interpolate0(float *out, float x, float y, int &ix, int &iy);
     bool Interpolate0c(float &out, int channel, float x, float y, int &ix, int &iy);
     /// Bilinear. Positions are truncated toward zero: those between -1 and 0 belong to column or row 0, and are

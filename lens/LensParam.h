@@ -1,4 +1,4 @@
-// One model of a lens profile: the position of a point in the uncorrected picture, and its loss of light there.
+// One model of a lens profile: where a point is in the uncorrected picture, and how much light it lost there.
 #pragma once
 
 #include <QVector>
@@ -29,12 +29,12 @@ public:
     /// Marks the model as present in the profile.
     void Found() { found = true; }
 
-    /// Maps (x, y) by the model of that kind.
+    /// Maps (x, y) with the model of the given kind.
     void Warp(LensModel kind, float x, float y, float &outX, float &outY, float scale) const;
-    /// Maps (x, y) by the perspective model: radial polynomial and, unless both are 0, tangential terms.
+    /// Maps (x, y) with the perspective model: radial polynomial and, unless both are 0, tangential terms.
     void ComputeDistortion(float x, float y, float &outX, float &outY, float scale) const;
-    /// Maps (x, y) by the fisheye model, for one or two coefficients. With any other number every position maps to the
-    /// center.
+    /// Maps (x, y) with the fisheye model, for one or two coefficients. With any other number, every position maps to
+    /// the center.
     void WarpFisheye(float x, float y, float &outX, float &outY, float scale) const;
     /// Returns 1 + c0 r^2 + c1 r^4 + c2 r^6 for one to three coefficients, at the squared radius @p r2 in focal
     /// lengths; 1 for any other number.

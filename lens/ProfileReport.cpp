@@ -62,10 +62,10 @@ QString WhyNoDocument(const ProfileDocument &profile)
     const QString what = root.isNull() ? QStringLiteral("not XML") : QStringLiteral("damaged or cut short");
     return QStringLiteral("%1: %2 at line %3, column %4; %5")
         .arg(what, profile.why, QString::number(profile.line), QString::number(profile.column),
-             root.isNull() ? kExpected : QStringLiteral("whole XML was expected"));
+             root.isNull() ? kExpected : QStringLiteral("complete XML was expected"));
 }
 
-/// Returns the problem of a document whose path of first child elements reaches no entry.
+/// Returns the problem of a document in which first child elements don't lead to an entry.
 QString WhyNoEntry(const QDomElement &root)
 {
     QDomElement last = root;
@@ -82,15 +82,15 @@ QString WhyNoModel(const QDomElement &entry)
     if (!IsResource(entry)) {
         const QDomElement description = entry.firstChildElement(QStringLiteral("rdf:Description"));
         if (!description.isNull())
-            return QStringLiteral("values stand in attributes of <rdf:Description>; only the element form is read "
+            return QStringLiteral("the values are attributes of <rdf:Description>; only the element form is supported "
                                   "(<rdf:li rdf:parseType=\"Resource\"> with an element for each value)");
-        return QStringLiteral("the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is read");
+        return QStringLiteral("the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is supported");
     }
     return QStringLiteral("no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or <stCamera:FisheyeModel> "
                           "with rdf:parseType=\"Resource\" was expected");
 }
 
-/// Returns the problem of one side of the calibrated picture; empty if it is valid.
+/// Returns what is wrong with one side of the calibrated picture; empty if it is valid.
 QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
 {
     if (std::isfinite(value) && value > 1.0) // positions are fractions of the size minus one
@@ -98,9 +98,9 @@ QString WhyNoSize(const QDomElement &entry, const char *tag, double value)
     const QString name = QLatin1String(tag);
     const QDomElement element = entry.firstChildElement(name);
     if (element.isNull())
-        return QStringLiteral("no <%1>, the size that all its values are fractions of").arg(name);
+        return QStringLiteral("no <%1>; all its values are fractions of that size").arg(name);
     if (value == 0.0 && element.text().toFloat() > 1.0F)
-        return QStringLiteral("<%1> stands behind the model, where it isn't read; it must stand before").arg(name);
+        return QStringLiteral("<%1> comes after the model, where it is ignored; it must come before").arg(name);
     return QStringLiteral("\"%2\" as <%1>; a number of pixels above 1 was expected")
         .arg(name, element.text().simplified().left(40));
 }
@@ -164,7 +164,7 @@ bool HasWholeValues(const LensParam &model, ModelRole role)
     return whole;
 }
 
-/// Returns why correcting by a model would spoil the picture; empty if it wouldn't.
+/// Returns why correcting with a model would ruin the picture; empty if it wouldn't.
 QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelElement)
 {
     const LensParam &model = lcp.*info.member;
@@ -172,15 +172,15 @@ QString Flaw(const newLCP &lcp, const ModelInfo &info, const QDomElement &modelE
         return QString();
     if (!HasWholeValues(model, info.role))
         return QStringLiteral(
-            "a focal length is missing or a value is not a number; correcting by it spoils the picture");
+            "a focal length is missing or a value is not a number; this correction would ruin the picture");
     if (!HasCenter(modelElement, info))
         return QStringLiteral(
-            "the center (ImageXCenter, ImageYCenter) is missing or not a number; correcting by it spoils "
+            "the center (ImageXCenter, ImageYCenter) is missing or not a number; this correction would ruin "
             "the picture");
     const int count = model.coefficients.size();
     if (info.role != ModelRole::Warp || lcp.Kind() != LensModel::Fisheye || count == 1 || count == 2)
         return QString();
-    return QStringLiteral("a fisheye with %1 coefficients is unknown (1 or 2 are known); correcting by it gives a "
+    return QStringLiteral("a fisheye with %1 coefficients is not supported (1 or 2 are); this correction would give a "
                           "picture of one color")
         .arg(count);
 }
@@ -204,7 +204,7 @@ QString NoteOnCoefficients(int count, ModelRole role, LensModel kind)
     const bool isFlaw = role == ModelRole::Warp && kind == LensModel::Fisheye; // reported as a flaw
     return isFlaw || count <= 3
         ? QString()
-        : QStringLiteral("%1 radial coefficients are unknown (up to 3 are known); none is applied").arg(count);
+        : QStringLiteral("%1 radial coefficients are not supported (up to 3 are); none is applied").arg(count);
 }
 
 void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QStringList &notes)
@@ -223,11 +223,11 @@ void NoteModel(const newLCP &lcp, const ModelInfo &info, const QString &flaw, QS
 void NoteMissingModels(const newLCP &lcp, QStringList &notes)
 {
     if (!lcp.greenModel.found)
-        notes << QStringLiteral("no green model: with chromatic aberration switched on nothing is corrected at all");
+        notes << QStringLiteral("no green model: if chromatic aberration is switched on, nothing at all is corrected");
     else if (!lcp.redGreenModel.found || !lcp.blueGreenModel.found)
-        notes << QStringLiteral("no red or no blue model: correcting chromatic aberration spoils the picture");
+        notes << QStringLiteral("no red or no blue model: correcting chromatic aberration would ruin the picture");
     if (!lcp.vignetteModel.found)
-        notes << QStringLiteral("no vignette model: vignetting stays");
+        notes << QStringLiteral("no vignette model: vignetting is not corrected");
 }
 
 void AddNotes(const newLCP &lcp, const QDomElement &modelElement, ProfileReport &report)
@@ -236,7 +236,7 @@ void AddNotes(const newLCP &lcp, const QDomElement &modelElement, ProfileReport 
         report.notes << QStringLiteral("%1 entries; the first one is used for every picture").arg(report.entryCount);
     const QString tag = modelElement.tagName();
     if (tag != QLatin1String("stCamera:PerspectiveModel") && tag != QLatin1String("stCamera:FisheyeModel"))
-        report.notes << QStringLiteral("model of an unknown kind, %1, read as perspective").arg(Named(modelElement));
+        report.notes << QStringLiteral("model of unknown kind, %1, treated as perspective").arg(Named(modelElement));
     for (int i = 0; i < report.models.size(); ++i)
         NoteModel(lcp, kModels[i], report.models[i].flaw, report.notes);
     NoteMissingModels(lcp, report.notes);

@@ -12,14 +12,14 @@
 /// One model of the profile, with its values in pixels of a picture of the profile's size.
 struct ProfileReportModel {
     QString name; ///< in plain English: "distortion", "green", "red against green", "blue against green", "vignette"
-    LensParam values; ///< values.found whether the profile holds it
-    QString flaw;     ///< why correcting by it would spoil the picture; empty if it wouldn't, or without a model
+    LensParam values; ///< values.found: whether the profile has it
+    QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't, or without a model
 };
 
 /// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.
 ///
-/// A file is usable if newLCP reads a complete entry with a size from it. That does not cover single corrections:
-/// `notes` lists those that would do nothing or spoil the picture.
+/// A file is usable if newLCP reads a complete entry with a size from it. Single corrections may still do nothing or
+/// ruin the picture: see `notes`.
 struct ProfileReport {
     bool usable = false;
     QString problem; ///< one line: what was read and what was expected; empty if usable
@@ -27,7 +27,7 @@ struct ProfileReport {
     QString profileName; ///< this and the next four are empty if the profile doesn't give them
     QString make;        ///< of the camera
     QString model;       ///< of the camera, as in the picture's metadata
-    QString camera;      ///< the name that people use
+    QString camera;      ///< the name for display
     QString lens;
     std::optional<double> focalLengthMm; ///< of the first entry, as the next two
     std::optional<double> fNumber;
@@ -38,11 +38,11 @@ struct ProfileReport {
     double imageLength = 0.0;
     bool fisheye = false;
     QVector<ProfileReportModel> models; ///< the five in the order above; empty unless a model element was found
-    QStringList notes; ///< one line each: effects of a correction by this profile that users might not expect
+    QStringList notes;                  ///< one line each: effects of this profile that users might not expect
 };
 
 /// Reads @p fileName, once. Throws nothing; for a file that cannot be read, the report says so.
 ///
-/// Unlike newLCP, which uses truncated XML as far as it goes, the report calls such a file unusable, because it is
-/// unknown which values are lost.
+/// Unlike newLCP, which reads as much of a truncated file as there is, the report calls such a file unusable, because
+/// it is unknown which values are lost.
 ProfileReport ReadProfileReport(const QString &fileName);

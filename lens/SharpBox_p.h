@@ -15,13 +15,13 @@
 
 namespace {
 
-/// Columns and rows of the source, ends included. They may lie outside the picture, whose edges repeat.
+/// Columns and rows of the source, ends included. They may lie outside the picture, where its edges are repeated.
 struct Bounds {
     int left, top, right, bottom;
 };
 
 struct BoxShape {
-    static constexpr int kPadding = 16; // sampling and limits read and write whole vectors
+    static constexpr int kPadding = 16; // sampling and limits read and write full vectors
 
     explicit BoxShape(const Bounds &within)
         : bounds(within),

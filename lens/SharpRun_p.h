@@ -12,11 +12,12 @@ struct SharpRun {
     const std::int32_t *offset[3];             // of the first of 6 x 6 values
     const std::int32_t *phaseX[3], *phaseY[3]; // times SharpKernel::kPadded
 
-    /// Returns the distance from there to the first of the middle four, where the limits are stored.
+    /// Returns the distance from `offset` to the first of the middle four values, where the limits are stored.
     int ToMiddle() const { return SharpKernel::kBefore * (stride + 1); }
 };
 
-/// The planes of red, green and blue. Passed by value like the run, so that compilers see that no store changes it.
+/// The planes of red, green and blue. Passed by value, like the run, so that the compiler knows that stores don't
+/// change it.
 struct CodePlanes {
     explicit CodePlanes(const CodePlane (&planes)[4])
         : pairs{planes[0].pairs.data(), planes[1].pairs.data(), planes[2].pairs.data()},

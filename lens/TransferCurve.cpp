@@ -24,7 +24,7 @@ float FloatOf(std::int32_t bits)
     return value;
 }
 
-/// Makes a table from 2^@p firstOctave to 2^@p endOctave, with 2^@p splitBits segments per octave.
+/// Returns a table from 2^@p firstOctave to 2^@p endOctave, with 2^@p splitBits segments per octave.
 Table TableOf(const std::function<double(double)> &function, int firstOctave, int endOctave, int splitBits)
 {
     constexpr int kMantissaBits = 23;
@@ -74,7 +74,7 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
     return true;
 }
 
-/// The formula that the points follow, if there are enough of them to recognize it.
+/// Returns the formula that the points follow, if there are enough of them to recognize it.
 std::optional<Formula> FormulaOf(const std::vector<double> &light)
 {
     constexpr size_t kFewest = 64;
@@ -89,7 +89,7 @@ std::optional<Formula> FormulaOf(const std::vector<double> &light)
     return known == std::end(kKnown) ? std::nullopt : std::make_optional(*known);
 }
 
-/// A curve through points that never fall and rise somewhere.
+/// A curve through points that never decrease and aren't all equal.
 class SampledCurve {
 public:
     explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))
@@ -124,7 +124,7 @@ public:
 private:
     std::vector<double> m_light;
     double m_power; // above 1
-    double m_white; // the lowest stored value with the most light
+    double m_white; // the lowest stored value with maximum light
 };
 
 } // namespace

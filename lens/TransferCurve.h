@@ -1,4 +1,4 @@
-// Conversion between stored values and light.
+// Conversion between stored values and linear light.
 #pragma once
 
 #include <functional>
@@ -6,10 +6,11 @@
 #include <optional>
 #include <vector>
 
-/// Converter between a picture's stored values and light, per channel: exact in double, and by tables for every pixel.
+/// Converts between a picture's stored values and light, per channel: exactly in double, or with tables for pixel
+/// loops.
 ///
-/// Curves rise and pass through 0, so black stays black. For float pictures they continue above 1 and are odd functions
-/// for negative values.
+/// Curves increase and pass through 0, so black stays black. For float pictures they continue above 1, and they are odd
+/// functions.
 ///
 /// Value type: copies share tables. Several threads may call the functions of one object at the same time.
 class TransferCurve {
@@ -24,7 +25,7 @@ public:
     /// @param curves  light at stored values evenly spaced from 0 to 1, at least two points each; one curve for all
     /// channels, or three. Light is interpolated linearly between points and continues as a power above 1. Light at 0
     /// counts as black; where a curve falls, it counts as level.
-    /// @return none if a curve never rises or contains NaN.
+    /// @return none if a curve never increases or contains NaN.
     static std::optional<TransferCurve> FromSamples(const std::vector<std::vector<double>> &curves);
 
     bool IsLinear() const { return !m_data; }

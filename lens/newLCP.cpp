@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Groups of values that not every model has.
+/// Groups of values; not every model has all of them.
 enum ValueKind : unsigned { kPlace = 1, kRadial = 2, kTangential = 4, kScale = 8, kVignette = 16 };
 
 /// A value element inside a model, and the member for its number.

@@ -1,4 +1,4 @@
-// A lens profile in memory: the five lens models of an .lcp file, and the warp of a picture by them.
+// A lens profile in memory: the five lens models of an .lcp file, and the warp of a picture with them.
 #pragma once
 
 #include "LensParam.h"
@@ -8,7 +8,7 @@ class QDomElement;
 class QString;
 
 /// The first entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
-/// element form, tags compared with their prefix. A profile may hold one entry per focal length, aperture and distance;
+/// element form, tags compared with their prefix. A profile may have one entry per focal length, aperture and distance;
 /// only the first one in the file is used.
 ///
 /// Values in the file are fractions of the size minus one of the calibrated picture. The pixel values of the models
@@ -22,7 +22,7 @@ public:
     /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
     /// is used as far as it goes.
     newLCP(const QString &fileName, bool &ok);
-    /// As above. @p whyNotRead is set if there is such a file but it can't be opened, or not read to its end.
+    /// As above. @p whyNotRead is set if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
     /// Reads a parsed profile from its root element; @p ok as above.
     newLCP(const QDomElement &root, bool &ok);

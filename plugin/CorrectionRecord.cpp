@@ -18,7 +18,7 @@ struct CorrectionRow {
     Fact<bool> PictureFacts::*before;
     bool PictureFacts::*tried;
     double FitOptions::*amount;
-    const char *scale; // of 100 % in camera raw settings
+    const char *scale; // value of 100 % in camera raw settings
 };
 
 constexpr CorrectionRow kCorrections[] = {
@@ -30,7 +30,7 @@ constexpr CorrectionRow kCorrections[] = {
      &PictureFacts::vignettingTried, &FitOptions::amountVignetting, "LensProfileVignettingScale"},
 };
 
-/// The names of the corrections for which @p isOne is true.
+/// Returns the names of the corrections for which @p isOne is true.
 template <typename Predicate> QString Names(Predicate isOne)
 {
     QStringList names;
@@ -53,7 +53,7 @@ struct ProfileNames {
     QString file, digest; // empty for lensfun's
 };
 
-/// The digest identifies the file for other programs, which use MD5 for it.
+/// Returns the names and the digest of the file. Other programs identify profiles by this digest, which is MD5.
 ProfileNames NamesOf(const FitResult &fit)
 {
     const QLatin1String lensfun("lensfun:");
@@ -131,11 +131,12 @@ QString CorrectionsText(const FitResult &fit)
     return Names([&](const CorrectionRow &row) { return fit.*row.made; });
 }
 
-KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options)
+KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,
+                                    const QString &mimeType)
 {
     const ProfileNames profile = NamesOf(fit);
     KImage::EditRecord record;
-    record.append({QStringLiteral("Xmp.dc.format"), QStringLiteral("image/tiff")});
+    record.append({QStringLiteral("Xmp.dc.format"), mimeType});
     AddOwn(fit, facts, options, profile, &record);
     AddCameraRaw(fit, facts, options, profile, &record);
     return record;

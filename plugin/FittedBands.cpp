@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source around it: lower bands repeat that work.
+// Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
 bool HasAlpha(const KImage &image)
@@ -28,20 +28,24 @@ FittedWarp::Sampling SamplingOf(Sampling sampling)
 FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source)
     : m_picture(source),
       m_splitsColors(plan.fit.correction.red || plan.fit.correction.blue),
-      m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source))
+      m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source)),
+      m_file(plan.file),
+      m_values(plan.values)
 {
+    m_values.flattens = !m_file.HasAlpha() && (HasAlpha(source) || m_warp.LeavesEmpty());
 }
 
 unsigned short FittedBands::ResultType() const
 {
     const bool isGray = m_picture.type() == GFL_GREY && !m_splitsColors;
-    return HasAlpha(m_picture) || m_warp.LeavesEmpty() ? GFL_RGBA : isGray ? GFL_GREY : GFL_RGB;
+    const bool hasAlpha = m_file.HasAlpha() && (HasAlpha(m_picture) || m_warp.LeavesEmpty());
+    return hasAlpha ? GFL_RGBA : isGray ? GFL_GREY : GFL_RGB;
 }
 
 int FittedBands::ResultBits() const
 {
     const int bits = m_picture.bitsPerComponent();
-    return bits <= 8 ? 8 : bits <= 16 ? 16 : 32;
+    return m_file.Bits(bits <= 8 ? 8 : bits <= 16 ? 16 : 32);
 }
 
 std::unique_ptr<FittedBands::Work> FittedBands::Take()
@@ -75,6 +79,7 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
     Render(&work->source, work->band, firstRow);
+    m_values.Apply(&work->band);
 }
 
 void FittedBands::FillFloat(KImage &image)

@@ -4,6 +4,8 @@
 #include "Fit.h"
 #include "FittedWarp.h"
 #include "FloatRows.h"
+#include "ResultFile.h"
+#include "ResultValues.h"
 
 #include <memory>
 #include <mutex>
@@ -14,19 +16,24 @@ struct FittedPlan {
     FitResult fit;
     TransferCurve light; // of the picture's values; used only for the gain
     PictureFacts facts;
+    ResultFile file;
+    ResultValues values; // of the file
 };
 
-/// Renderer of bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and are
+/// Renders bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they are
 /// converted while they are in the caches.
 class FittedBands {
 public:
     /// @p source must outlive the object and have the correction's size.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
-    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB.
+    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. Without
+    /// alpha if the file can't have it.
     unsigned short ResultType() const;
-    /// Returns the source's depth: 8, 16, or 32 for float.
+    /// Returns the source's depth as the file holds it: 8, 16, or 32 for float.
     int ResultBits() const;
+    /// Returns whether pixels are made opaque: their colors are then blended onto black.
+    bool Flattens() const { return m_values.flattens; }
 
     /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
     /// GFL_FAST_ROWS, and for parts of one in order. Any number of threads at once.
@@ -51,6 +58,8 @@ private:
     const KImage &m_picture;
     bool m_splitsColors;
     FittedWarp m_warp;
+    ResultFile m_file;
+    ResultValues m_values;
     std::mutex m_mutex;                        // guards m_idle
     std::vector<std::unique_ptr<Work>> m_idle; // unused at the moment
 };

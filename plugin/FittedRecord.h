@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FitOptions.h"
+#include "ResultFile.h"
 
 #include <QDomElement>
 
@@ -13,13 +14,14 @@ struct FitReport {
     QString profile; // path, or "lensfun:MAKER/LENS"
     QString entries; // the entries used, with their weights
     QString assumed; // assumptions, where the picture's data is incomplete
-    QString done;    // corrections that were applied; empty: none
-    QString why;     // the reason if not all requested corrections were made
+    QString done;    // corrections made; empty: none
+    QString why;     // why not all requested corrections were made; empty if all were
 };
 
-/// A record without this part is plain. Corrections and profile are fields of the record, not of this part.
+/// A record without this part is plain. Corrections and profile are fields of the record itself.
 struct FittedRecord {
     FitOptions options;
+    ResultFile file;                 // belongs to one picture: neither stored nor copied
     std::optional<FitReport> report; // none before the first run
 };
 
@@ -32,12 +34,12 @@ struct FittedRecord {
 /// | "Projection"                             | "rectilinear", "equidistant", "stereographic", "equisolid"      |
 /// | "AmountDisto", "AmountCA", "AmountFalloff" | a factor of 0 to 2                                            |
 /// | "Source"                                 | "auto", "lcp", "lensfun"                                        |
-/// | "Again"                                  | "1"; anything else means no                                     |
+/// | "Again"                                  | "1" for yes; anything else means no                             |
 /// | "Lens", "Body"                           | a name                                                          |
 /// | "Focal", "Aperture", "Distance"          | mm, f-number, m, above 0; the distance may be "inf"             |
 ///
-/// Numbers have a decimal point in any locale and are clamped to their range. An option whose text is missing, empty or
-/// invalid has its default.
+/// Numbers have a decimal point in any locale and are clamped to their range. Options whose text is missing, empty or
+/// invalid have their defaults.
 namespace fitted {
 
 /// Lasting options are stored as defaults for later jobs and copied from picture to picture; the others, typed facts
@@ -52,7 +54,7 @@ void Write(Options which, const FitOptions &options,
 /// Adds "Profile", "Entries", "Assumed", "Done" and "Why".
 void Write(const FitReport &report, QDomElement *element);
 
-/// Copies the lasting options of @p source to @p destination; the rest stays.
+/// Copies the lasting options of @p source to @p destination and leaves the rest unchanged.
 void CopyLasting(FittedRecord *destination, const FittedRecord &source);
 
 } // namespace fitted

@@ -1,4 +1,4 @@
-// How the plug-in finds the application that loaded it.
+// Access to the application that loaded the plug-in.
 #pragma once
 
 #include "KException.h"

@@ -27,7 +27,7 @@ const QLatin1String kFalloff("Falloff");
 const QLatin1String kLcpFilename("LCPfilename");
 const QLatin1String kLensPath("LensPath");
 
-// Where the profile maker's program stores profiles; the same on every platform, so that settings can be moved.
+// Where the program that makes profiles stores them; the same on every platform, so that settings can be moved.
 const QLatin1String kDefaultLensPath("C:/ProgramData/Adobe/CameraRaw/LensProfiles/1.0/");
 
 struct Flag {
@@ -68,6 +68,11 @@ FitOptions InitialOptions(KIApplication *host, const QString &uid, const QDomEle
     return fitted::Read(fitted::Options::Lasting, [&](const QString &key) {
         return host ? host->GetPluginSetting(uid, key, QString()).toString() : QString();
     });
+}
+
+ResultFile InitialFile(const QDomElement &element)
+{
+    return ReadResultFile([&](const QString &name) { return element.attribute(name); });
 }
 
 } // namespace
@@ -169,7 +174,7 @@ void *KVitreluxOne2One::AllocParameters(QDomElement element)
     if (!element.isNull())
         ReadElement(element, params);
     if (IsFitted(*this))
-        params->fitted = FittedRecord{InitialOptions(host, UID(), element), std::nullopt};
+        params->fitted = FittedRecord{InitialOptions(host, UID(), element), InitialFile(element), std::nullopt};
     return params;
 }
 
@@ -185,6 +190,8 @@ QDomElement KVitreluxOne2One::GetXmlParameters(void *parameters)
     if (params->fitted) {
         fitted::Write(fitted::Options::All, params->fitted->options,
                       [&](const QString &name, const QString &text) { element.setAttribute(name, text); });
+        WriteResultFile(params->fitted->file,
+                        [&](const QString &name, const QString &text) { element.setAttribute(name, text); });
         if (params->fitted->report)
             fitted::Write(*params->fitted->report, &element);
     }

@@ -1,4 +1,4 @@
-// The process that the plug-in offers: one image in, one lens-corrected image out.
+// The process of the plug-in: one image in, one lens-corrected image out.
 #pragma once
 
 #include "Corrections.h"
@@ -19,7 +19,7 @@ class UIVitreluxPage;
 class newLCP;
 struct FittedPlan;
 
-/// Lives on the host's GUI thread. Other threads may call Process on an image in memory, with a record and an image
+/// Belongs to the host's GUI thread. Other threads may call Process on an image in memory, with a record and an image
 /// that no other thread uses, and Process on a file while the GUI thread doesn't use this object.
 ///
 /// While the dynamic property "Correction" has the value "fitted", new records are fitted; a record never changes its
@@ -65,14 +65,15 @@ public:
     /// where a missing attribute clears the field, and the options of a fitted record.
     void *AllocParameters(QDomElement element) override;
     QDomElement GetXmlParameters(void *parameters) override;
-    /// Copies all but mode, typed facts, "Again" and report, which belong to one picture.
+    /// Copies everything except mode, typed facts, "Again" and report, which belong to one picture.
     void CopyParameters(void *destination, void *source) override;
     void FreeParameters(void *parameters) override;
     QIcon BeforeAfter() const override;
 
     /// Corrects the image of @p fileName at full size to "<base>_corrected.tiff" next to it: a deflate-compressed TIFF
     /// of the source's depth, with four channels of 8 or 16 bits or three float channels, and with the source's ICC
-    /// profile, IPTC and EXIF. Throws KException; an existing file of that name is then unchanged.
+    /// profile, IPTC and EXIF. A fitted record's ResultFile chooses another format, with its suffix. Throws KException;
+    /// an existing file of that name is then unchanged.
     void Process(QString fileName, void *parameters, QString &outputFileName) override;
     void SetFiles(QStringList files) override;
     QDomElement GetFileXmlParams(QString file) override;
@@ -80,13 +81,13 @@ public:
     /// Makes @p parameters the record that OnValidatePage stores.
     virtual void SaveDefaultSettings(void *parameters);
 
-    /// Corrects item.second, four float channels, in place; item.first describes it. If the record has no profile, one
-    /// is looked up and the pixels stay unchanged: a second run corrects. Square and upright images are treated as
-    /// turned, because a profile describes a landscape frame. Throws KException.
+    /// Corrects item.second, four float channels, in place; item.first describes it. If the record has no profile,
+    /// looks one up and leaves the pixels unchanged; a second run corrects them. Square and upright images are treated
+    /// as rotated, because a profile describes a landscape frame. Throws KException.
     void Process(QPair<KIImageDef *, KImage *> item, void *parameters);
 
-    /// Returns the paths of the profiles that fit the image's camera and lens, best first. @p message receives a text
-    /// for the user or stays unchanged.
+    /// Returns the paths of the profiles that fit the image's camera and lens, best first. May set @p message to a text
+    /// for the user.
     QStringList GetLCPfilename(KIImageDef *image, QString &message);
 
     /// Returns the folder that is searched for profiles.

@@ -9,6 +9,7 @@
 #include "PictureFit.h"
 #include "PictureLight.h"
 #include "SourcePixels_p.h"
+#include "gfl.h"
 
 #include <QDir>
 #include <QMutex>
@@ -49,7 +50,7 @@ FitReport ReportOf(const FitResult &fit)
     return report;
 }
 
-/// A gray picture has one place per pixel: green's.
+/// A gray picture has a single position per pixel, green's.
 void LeaveOutColor(FitResult *fit)
 {
     if (!fit->correction.red && !fit->correction.blue)
@@ -63,6 +64,21 @@ void LeaveOutColor(FitResult *fit)
         fit->why = note;
 }
 
+/// Returns what the result's format can't hold of the picture.
+QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, int sourceBits)
+{
+    QStringList lost;
+    if (bands.ResultBits() < sourceBits) {
+        const QString from =
+            sourceBits == 32 ? QStringLiteral("floats, from 0 to 1") : QStringLiteral("%1").arg(sourceBits);
+        lost << QStringLiteral("%1 bits per channel instead of %2").arg(bands.ResultBits()).arg(from)
+                + (plan.values.encodes ? QStringLiteral(", by the curve of sRGB") : QString());
+    }
+    if (bands.Flattens())
+        lost << QStringLiteral("no opacity: transparent pixels are black");
+    return lost;
+}
+
 } // namespace
 
 /// Returns the folders searched for profiles: the one in the settings if it exists, otherwise the default ones.
@@ -72,8 +88,8 @@ QStringList KVitreluxOne2One::ProfileFolders() const
                                                                          : DefaultProfileFolders();
 }
 
-/// Fits the record's profile, or the one that is found, and stores the report in the record. Throws KException with the
-/// reason if nothing is to be corrected.
+/// Fits the record's profile, or the one found, and stores the report in the record. Throws KException with the reason
+/// if there is nothing to correct.
 ///
 /// @param pixels  the size of the pixels in memory; empty: the file's.
 FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, const QSize &pixels,
@@ -88,11 +104,16 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     constexpr int kGrayBands = 1;
     if (def->nBands() == kGrayBands)
         LeaveOutColor(&plan.fit);
-    if (plan.fit.vignetting) {
+    plan.file = params.fitted->file;
+    const bool isFloat = def->nDepth() > 16;
+    plan.values.toLight = plan.file.HoldsLight();
+    plan.values.encodes = isFloat && !plan.file.HoldsFloats()
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // else it has a curve
+    if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);
-        const PictureLight light = LightOf(facts, def->nDepth() > 16, double(development.RawGamma));
-        plan.light = light.curve;
+        const PictureLight light = LightOf(facts, isFloat, double(development.RawGamma));
+        plan.light = plan.values.light = light.curve;
         if (!light.assumed.isEmpty())
             plan.fit.assumed << light.assumed;
     }
@@ -106,7 +127,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded, which may be unnecessary
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: that may be unnecessary
     const FullSizeLock full(def); // until the file is written: a copy would take as much memory again
     if (!full.Image())
         ThrowNotLoaded(fileName);
@@ -121,9 +142,11 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
                                       bands.ResultBits(),
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); },
                                       /*fast=*/true};
-    constexpr int kDeflate = 3;
-    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName,
-                      CorrectionRecord(plan.fit, plan.facts, OptionsOf(params)));
+    const int sourceBits = source.bitsPerComponent();
+    plan.fit.assumed << LostByFormat(plan, bands, sourceBits);
+    params.fitted->report = ReportOf(plan.fit);
+    KImage::WriteRows(rows, outputFileName, plan.file.Form(sourceBits), fileName,
+                      CorrectionRecord(plan.fit, plan.facts, OptionsOf(params), plan.file.MimeType()));
 }
 
 void KVitreluxOne2One::ProcessFitted(KIImageDef *def, KImage &image, Params &params)

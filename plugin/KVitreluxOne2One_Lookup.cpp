@@ -1,4 +1,5 @@
-// The search for the profile of an image: the maker selects a folder, the camera files in it, the lens one of them.
+// The search for an image's profile: the maker determines the folder, the camera the candidates in it, the lens the
+// file.
 #include "KVitreluxOne2One.h"
 
 #include "ImageDef.h"
@@ -52,7 +53,7 @@ QString FocalOf(const QStringList &words)
     return focal;
 }
 
-/// Returns how many of the words after the first, which is the maker, a file name contains.
+/// Returns how many of the words a file name contains, not counting the first word, which is the maker.
 int Score(const QString &file, const QStringList &words)
 {
     int score = 0;

@@ -18,21 +18,21 @@ namespace {
 
 constexpr int kInterpolated = 1; // mode of newLCP::Render
 
-QString CorrectedFileName(const QString &fileName)
+QString CorrectedFileName(const QString &fileName, const QString &suffix)
 {
     const QFileInfo info(fileName);
-    return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.tiff");
+    return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.") + suffix;
 }
 
-/// A profile describes a landscape frame. Upright and square pictures are corrected as if they were turned into it and
-/// back; pixels that no model writes are black there, as after a turn into a cleared image.
+/// A profile describes a landscape frame. Upright and square pictures are corrected as if they were rotated into it and
+/// back; pixels that no model writes are black, as after a rotation into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
 {
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// Renderer of bands of the corrected picture in the form of the output file. Only a few rows of source and result
-/// exist as floats at a time, and are converted while they are in the caches.
+/// Renders bands of the corrected picture in the form of the output file. Only a few rows of source and result exist as
+/// floats at a time, and they are converted while they are in the caches.
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp the picture is not corrected.
@@ -63,7 +63,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            const int more = range.end - range.first; // the whole picture in the end, where nothing is missed
+            const int more = range.end - range.first; // finally the whole picture, where no row is missing
             range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
             m_source.Hold(range.first, range.end);
         }
@@ -78,8 +78,8 @@ private:
 
 } // namespace
 
-/// Returns the record's profile at its scale; none if nothing is to be corrected, or if the record has no profile yet:
-/// then one is looked up, and the next run corrects.
+/// Returns the record's profile at its scale; none if there is nothing to correct. If the record has no profile yet,
+/// looks one up and returns none, so that the next run corrects.
 std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &params)
 {
     if (params.lcpFilename.isEmpty()) {
@@ -123,10 +123,10 @@ void KVitreluxOne2One::Process(QPair<KIImageDef *, KImage *> item, void *paramet
 void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outputFileName)
 {
     KIImageDef *def = NeededHost().ImageDefOf(fileName);
-    outputFileName = CorrectedFileName(fileName);
+    auto &params = *static_cast<Params *>(parameters);
+    outputFileName = CorrectedFileName(fileName, params.fitted ? params.fitted->file.Suffix() : QStringLiteral("tiff"));
     if (!def)
         ThrowNotLoaded(fileName);
-    auto &params = *static_cast<Params *>(parameters);
     if (params.fitted)
         return ProcessFitted(fileName, def, params, outputFileName);
     KImage source;
@@ -146,5 +146,5 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
                                       static_cast<unsigned short>(isFloat ? GFL_RGB : GFL_RGBA), isFloat ? 32 : depth,
                                       [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
     constexpr int kDeflate = 3;
-    KImage::WriteRows(rows, outputFileName, QStringLiteral("tiff"), kDeflate, fileName);
+    KImage::WriteRows(rows, outputFileName, {QStringLiteral("tiff"), kDeflate}, fileName);
 }

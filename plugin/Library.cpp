@@ -5,7 +5,7 @@
 #include "KUI.h"
 #include "KVitreluxOne2One.h"
 
-/// Runs when the library is loaded: a host may request an icon by its path before it makes any object.
+/// Runs when the library is loaded, because a host may request an icon by its path before it creates any object.
 static void RegisterResources()
 {
     Q_INIT_RESOURCE(KVitrelux);

@@ -1,4 +1,4 @@
-// The Qt plug-in object, which a host gets by loading the library.
+// The Qt plug-in object that a host gets by loading the library.
 #pragma once
 
 #include "KIAbout.h"

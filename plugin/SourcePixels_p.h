@@ -1,4 +1,4 @@
-// The pixels of a picture, borrowed from the host.
+// The pixels of a picture, locked in the host.
 #pragma once
 
 #include "KException.h"
@@ -7,7 +7,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 
-/// Borrows an image's full-size pixels for a scope, so that an exception returns them too.
+/// Locks an image's full-size pixels for a scope, so that an exception unlocks them too.
 class FullSizeLock {
 public:
     explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
@@ -19,7 +19,7 @@ public:
     FullSizeLock(const FullSizeLock &) = delete;
     FullSizeLock &operator=(const FullSizeLock &) = delete;
 
-    /// Null if the host lends nothing.
+    /// Null if the host returned no pixels.
     const KImage *Image() const { return m_image; }
 
 private:

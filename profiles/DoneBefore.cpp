@@ -32,12 +32,12 @@ constexpr SwitchRule kSwitches[] = {
     {"Exif.Panasonic.ShadingCompensation", 0, &PictureFacts::vignettingDone, "maker note, shading compensation"},
 };
 
-/// Phones and drones that correct their pictures. Both texts are prefixes of the file's, case insensitive.
+/// Phones and drones that correct their pictures. Both texts are prefixes of make and model, case insensitive.
 struct SelfCorrecting {
     const char *make, *model;
 };
 
-// Drones by the names of their cameras; unlisted ones deliver uncorrected pictures.
+// Drones by the names of their cameras. Others deliver uncorrected pictures.
 constexpr SelfCorrecting kSelfCorrecting[] = {
     {"Apple", "iPhone"},
     {"Apple", "iPad"},

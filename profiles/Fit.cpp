@@ -20,7 +20,7 @@ struct KnownFrame {
     QString why; // if none
 };
 
-/// An entry as a key: equal to another that lies in the same frame of the same camera.
+/// An entry as a key: equal to others with the same frame of the same camera.
 struct FramedEntry {
     const ProfileEntry *entry;
 
@@ -95,7 +95,7 @@ private:
         QString why;
         const ProfileGrid grid(m_profile, task.quantity, [&](int entry) { return FrameOf(entry, &why).has_value(); });
         if (grid.IsEmpty()) {
-            m_leftOut.Add(task, why.isEmpty() ? QStringLiteral("the profile has no model of it") : why);
+            m_leftOut.Add(task, why.isEmpty() ? QStringLiteral("the profile has no model for it") : why);
             return {};
         }
         const GridChoice choice = grid.Choose(m_setting);
@@ -117,7 +117,7 @@ private:
             parts.append({&entry, *FrameOf(one.entry, &why), one.weight});
             m_result.assumed += parts.last().frame.assumed;
             if (quantity != Quantity::Light && !parts.last().frame.tangential && HasTangentialTerms(entry))
-                m_result.assumed << QStringLiteral("turned in an unknown way: tangential terms are left out");
+                m_result.assumed << QStringLiteral("rotated in an unknown direction: tangential terms are left out");
             if (quantity == Quantity::Light && entry.raw != m_facts.raw)
                 m_result.assumed << (entry.raw ? QStringLiteral("the profile was measured on raw data")
                                                : QStringLiteral("the profile was measured on rendered pictures"));
@@ -188,7 +188,7 @@ private:
                     return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
                 });
         }
-        if (m_result.colorEntries.isEmpty()) { // one color alone would be worse than none
+        if (m_result.colorEntries.isEmpty()) { // correcting one color alone would be worse than none
             to.red.reset();
             to.blue.reset();
         }
@@ -199,7 +199,7 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
-    /// Makes a map of these entries. Leaves it out if it can't be used: the reason names the entry at fault.
+    /// Makes a map of these entries. If it can't be used, leaves it out, with a reason that names the entry at fault.
     void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
                  const std::function<RadialMap(const BlendParts &)> &make)
     {
@@ -222,7 +222,7 @@ private:
         to->reset();
     }
 
-    /// Oddities of the entries used, as found when the file was read.
+    /// Adds notes about oddities of the entries used, which were found when the file was read.
     void AddNotes()
     {
         QSet<int> used;
@@ -231,7 +231,7 @@ private:
                 used.insert(one.entry);
         for (const ProfileNote &note : m_profile.notes)
             if (used.contains(note.entry))
-                m_result.assumed << QStringLiteral("odd in the profile: %1").arg(note.text);
+                m_result.assumed << QStringLiteral("problem in the profile: %1").arg(note.text);
     }
 
     void Tell()

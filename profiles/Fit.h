@@ -10,7 +10,7 @@
 /// The result of a fit. An empty Correction and a reason in `why` if there is nothing to correct.
 struct FitResult {
     Correction correction;
-    bool distortion = false, chromatic = false, vignetting = false; // corrections made
+    bool distortion = false, chromatic = false, vignetting = false; // the corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
     QString profileName;                                            // as the profile calls itself; may be empty
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;

@@ -26,7 +26,7 @@ bool GoesOnBeyondEnd(const Correction &correction)
         return false;
     const RadialMap &map = *correction.geometry;
     const double endSquared = map.endRadius * map.endRadius;
-    if (!(endSquared <= map.factor.EndSquared())) // farther out than any framing shows
+    if (!(endSquared <= map.factor.EndSquared())) // farther out than any framing reaches
         return false;
     const double reach = map.endRadius * map.factor.AtSquared(endSquared);
     return std::hypot(std::max(map.centerX, correction.width - 1.0 - map.centerX),
@@ -54,7 +54,7 @@ QString WhyRefused(const PictureFacts &facts)
     if (facts.pixels.isEmpty())
         return QStringLiteral("the picture's size is unknown");
     if (facts.cropTurned)
-        return QStringLiteral("the picture was cropped at an angle, so its lens's center is lost");
+        return QStringLiteral("the picture was cropped at an angle, so the center of its lens is unknown");
     if (facts.cropLost)
         return QStringLiteral("the picture was cropped, and its place in the original can't be read "
                               "(XMP crs:CropLeft, CropTop, CropRight, CropBottom)");
@@ -70,7 +70,7 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {namesMaker ? first : facts.make.value, body};
 }
 
-/// Twice the profile's amount is enough for any use, and keeps all values finite.
+/// Limits an amount: twice the profile's is enough for any use and keeps all values finite.
 static double Amount(double asked)
 {
     return std::min(asked, 2.0);
@@ -97,7 +97,7 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
     if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
     else if (task.tried && !isAnew)
-        Add(task, QStringLiteral("an earlier run could not correct it (XMP vitrelux:Requested)"));
+        Add(task, QStringLiteral("an earlier run couldn't correct it (XMP vitrelux:Requested)"));
     else if (!(task.amount > 0.0))
         Add(task, QStringLiteral("its amount is 0"));
     else
@@ -170,7 +170,7 @@ void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result)
     const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);
     correction.zoom = result->zoom = framing.zoom;
     if (framing.isBounded)
-        result->assumed << QStringLiteral("framed at the bound, a zoom of %1").arg(framing.zoom);
+        result->assumed << QStringLiteral("framing limited to a zoom of %1").arg(framing.zoom);
     if (!correction.ChangesPositions())
         return;
     result->fieldShare = FieldShare(correction);

@@ -1,4 +1,4 @@
-// Steps shared by all fits, by profile or by lensfun.
+// Steps shared by all fits, with a profile or with lensfun.
 #pragma once
 
 #include "Fit.h"
@@ -44,7 +44,7 @@ private:
 /// Notes corrections that were made although the picture already had them.
 void NoteAgain(const FitTasks &tasks, FitResult *result);
 
-/// Returns why a map can't be used: with it nearly all of the picture would stay empty. Empty if it can.
+/// Returns why a map can't be used, because nearly all of the picture would stay empty; empty if it can.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
 /// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a

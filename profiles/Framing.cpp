@@ -33,7 +33,7 @@ CorrectionTwin Unframed(Correction correction)
     return CorrectionTwin(correction);
 }
 
-/// Search of the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
+/// Searches for the smallest zoom that leaves no pixel empty; above kMostZoom if there is none.
 class FillSearch {
 public:
     explicit FillSearch(const Correction &correction)
@@ -45,7 +45,7 @@ public:
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kLeastZoom);
-        // Add the empty pixels between the samples. In the end every pixel counts, but few rounds check all of them.
+        // Add the empty pixels between the samples. Finally all pixels are checked, but only in a few rounds.
         for (int step : {16, 1, 1, 1}) {
             if (zoom > kMostZoom)
                 break;
@@ -58,7 +58,7 @@ public:
     }
 
 private:
-    /// Whether positions are within the pixels' outer edges: the twin's margin beyond them absorbs rounding.
+    /// Whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs rounding.
     bool Holds(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
@@ -164,7 +164,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kLeastZoom, kMostZoom);
-    // Filled even at the smallest zoom: a smaller one would do, so the bound applies.
+    // The picture is full even at the smallest zoom. A smaller one would do, so the bound applies.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kLeastZoom);
     found.zoom = bounded;
     return found;

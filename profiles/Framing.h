@@ -1,4 +1,4 @@
-// The framing of a corrected picture: a zoom about its middle.
+// The framing of a corrected picture: a zoom about its center.
 #pragma once
 
 #include "Correction.h"
@@ -9,19 +9,19 @@ constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
 struct FramingZoom {
     double zoom = 1.0;
     bool isBounded = false; // the requested framing would need a zoom beyond the bounds
-    bool isFull = false;    // every pixel on the edges was found to have a source; false: unknown
+    bool isFull = false;    // every pixel on the edges is known to have a source; false: unknown
 };
 
 /// Returns the zoom that frames @p correction (its `zoom` is ignored):
 ///
 /// | framing | zoom |
 /// |---|---|
-/// | Fill | the smallest that leaves no pixel empty, in any color |
+/// | Fill | the smallest that leaves no pixel empty in any color |
 /// | Keep | 1 |
 /// | All | the largest that keeps the whole photographed field in the picture |
 /// | Factor | @p factor |
 ///
-/// Without a geometric step only Factor has an effect: lateral color alone moves edges by a pixel or two.
+/// Without a geometric step only Factor has an effect, because lateral color alone moves edges by a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
 /// Whether some pixels of the result have no source, so that it needs alpha.

@@ -16,7 +16,7 @@
 namespace {
 
 constexpr double kInfinityM = 10000.0; // profiles use this value and larger ones for infinity
-// No lens is beyond these bounds; within them no polynomial overflows.
+// No lens exceeds these bounds; within them no polynomial overflows.
 constexpr double kMinFocal = 0.01, kMaxFocal = 1000.0, kMaxCoefficient = 1e12;
 
 struct TextRule {
@@ -82,7 +82,7 @@ bool SaySame(const QString &a, const QString &b)
     return first && second && *first == *second;
 }
 
-/// Builder of one entry from its fields.
+/// Builds one entry from its fields.
 class EntryReader {
 public:
     EntryReader(const ProfileNode &node, LensProfile *profile)
@@ -126,7 +126,7 @@ private:
             const auto before = seen.constFind(field.name);
             if (before != seen.constEnd() && !SaySame(*before, field.value))
                 Note(field.line,
-                     QStringLiteral("%1 is given twice, \"%2\" and \"%3\"; the last is used")
+                     QStringLiteral("%1 is given twice, \"%2\" and \"%3\"; the last one is used")
                          .arg(field.name, before->left(80), field.value.left(80)));
             seen.insert(field.name, field.value);
         }
@@ -142,7 +142,7 @@ private:
         if (value >= rule.least && value <= rule.most)
             return value;
         Note(field->line,
-             QStringLiteral("%1 is \"%2\", not a number from %3 to %4; it counts as not given")
+             QStringLiteral("%1 is \"%2\", not a number from %3 to %4; it is ignored")
                  .arg(QLatin1String(rule.name), field->value.left(80), QString::number(rule.least),
                       QString::number(rule.most)));
         return 0.0;
@@ -178,8 +178,7 @@ private:
             m_entry.apertureApex = *apex;
         else
             Note(field->line,
-                 QStringLiteral("ApertureValue is \"%1\", not an aperture; it counts as not given")
-                     .arg(field->value.left(80)));
+                 QStringLiteral("ApertureValue is \"%1\", not an aperture; it is ignored").arg(field->value.left(80)));
     }
 
     const ProfileNode *GeometricNode()
@@ -190,7 +189,7 @@ private:
             if (!isFisheye && node.name != QLatin1String("PerspectiveModel"))
                 continue;
             if (found)
-                Note(node.line, QStringLiteral("a second model of the lens in one entry; the last is used"));
+                Note(node.line, QStringLiteral("a second lens model in one entry; the last one is used"));
             found = &node;
             m_entry.kind = isFisheye ? ProfileEntry::Kind::Fisheye : ProfileEntry::Kind::Perspective;
         }
@@ -213,13 +212,13 @@ private:
         for (const ProfileNode &child : node.models)
             ReadSubModel(child, base);
         if (node.models.empty() && geometry.coefficients.isEmpty())
-            Note(node.line, QStringLiteral("a model of the lens without coefficients"), true);
+            Note(node.line, QStringLiteral("a lens model without coefficients"), true);
     }
 
     void ReadSubModel(const ProfileNode &node, ProfileModel model)
     {
         if (node.name == QLatin1String("VignetteModelPiecewiseParam")) {
-            Note(node.line, QStringLiteral("vignetting by points is not supported; the entry's vignetting is left out"),
+            Note(node.line, QStringLiteral("vignetting as points is not supported; the entry's vignetting is left out"),
                  true);
             m_isPiecewise = true;
         }
@@ -228,7 +227,7 @@ private:
         if (rule != std::end(kSubModelRules)) {
             NoteContradictions(node);
             if (m_entry.*rule->model)
-                Note(node.line, QStringLiteral("a second %1 in one entry; the last is used").arg(node.name));
+                Note(node.line, QStringLiteral("a second %1 in one entry; the last one is used").arg(node.name));
             (m_entry.*rule->model).reset();
             ReadKnownSubModel(node, *rule, model);
             for (const ProfileNode &child : node.models)
@@ -273,7 +272,7 @@ private:
             return true;
         }
         Note(field.line,
-             QStringLiteral("%1 is \"%2\", not a number that is possible there: %3 can't be used")
+             QStringLiteral("%1 is \"%2\", not a valid number: %3 can't be used")
                  .arg(field.name, field.value.left(80), node.name),
              true);
         return false;
@@ -283,7 +282,7 @@ private:
     {
         const ProfileField *focal = Find(node, "FocalLengthX");
         if (focal && ParseRational(focal->value) == 0.0)
-            Note(focal->line, QStringLiteral("FocalLengthX is 0; it counts as not given"));
+            Note(focal->line, QStringLiteral("FocalLengthX is 0; it is ignored"));
         else if (focal && !ReadBounded(node, *focal, kMinFocal, kMaxFocal, &model->focalLengthX))
             return false;
         return std::all_of(std::begin(kPlaceRules), std::end(kPlaceRules), [&](const PlaceRule &rule) {
@@ -308,7 +307,7 @@ private:
         });
         if (further == node.fields.end())
             return true;
-        Note(further->line, QStringLiteral("%1 is not known: %2 can't be used").arg(further->name, node.name), true);
+        Note(further->line, QStringLiteral("%1 is unknown: %2 can't be used").arg(further->name, node.name), true);
         return false;
     }
 
@@ -341,7 +340,7 @@ LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QSt
     const QString why =
         ReadProfileXml(content, [&profile](const ProfileNode &node) { EntryReader(node, &profile).Read(); });
     if (!why.isEmpty())
-        return Refused(profile, QStringLiteral("not a whole XML document: %1").arg(why), error);
+        return Refused(profile, QStringLiteral("not a complete XML document: %1").arg(why), error);
     if (profile.entries.isEmpty())
         return Refused(profile, QStringLiteral("no entry (rdf:li in photoshop:CameraProfiles) in the file"), error);
     if (std::none_of(profile.entries.cbegin(), profile.entries.cend(), IsUsable)) {

@@ -1,4 +1,4 @@
-// A lens profile with all entries of its file, in any spelling.
+// A lens profile with all entries of its file, in any RDF spelling.
 #pragma once
 
 #include <QByteArray>
@@ -42,7 +42,7 @@ struct ProfileEntry {
     qint64 line = 0; // of the file where the entry starts, from 1
 };
 
-/// A note about something odd in a profile, with its place.
+/// A note about a problem in a profile, with its location.
 struct ProfileNote {
     qint64 line = 0;
     int entry = -1; // index; -1: the file

@@ -12,7 +12,7 @@ namespace {
 constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // if unknown
 constexpr double kMostPixels = 60000.0;                       // only proportions count
 
-/// The picture that an entry was made from.
+/// Returns the facts of the picture that an entry was made from.
 PictureFacts FactsOf(const ProfileEntry &entry)
 {
     const bool hasSize = entry.width > 0.0 && entry.height > 0.0;

@@ -1,11 +1,11 @@
-// Check of a profile's models by the maps that they give.
+// Checks a profile's models by their maps.
 #pragma once
 
 #include <QString>
 
 struct LensProfile;
 
-/// Adds an error for each model that can't correct any picture, because nearly all of it would stay empty, up to the
-/// limit of notes. Much slower than reading: it tabulates every model. Changes no entry.
-/// @return why the profile can't be used, if that is so for all models of all entries; otherwise empty.
+/// Adds an error, up to the limit of notes, for each model that can't correct any picture because nearly all of it
+/// would stay empty. Much slower than reading, because every model is tabulated. Changes no entry.
+/// @return why the profile can't be used, if no model of any entry can; otherwise empty.
 QString CheckMaps(LensProfile *profile);

@@ -7,7 +7,7 @@
 
 /// One value under its key in Exiv2 or LibRaw.
 struct MetadataText {
-    QString raw, printed; // as stored; as explained in English
+    QString raw, printed; // as stored; as text in English
 };
 
 /// Metadata of one file, read once. Absent keys give empty texts.
@@ -25,5 +25,5 @@ public:
     bool IsTrue(const char *key) const;
 
 private:
-    QHash<QString, MetadataText> m_texts; // of repeated keys the first
+    QHash<QString, MetadataText> m_texts; // the first one of repeated keys
 };

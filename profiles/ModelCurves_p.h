@@ -14,7 +14,7 @@ double PerspectiveFactor(const ProfileModel &model, double x);
 /// Returns the share of light at the squared radius @p x in focal lengths: 1 + a1 x + a2 x^2 + a3 x^3.
 double LightShare(const ProfileModel &model, double x);
 
-/// Returns the angle from the axis, in radians, that a projection has at @p radius, in focal lengths; and the inverse.
+/// Returns the angle from the axis, in radians, that a projection has at @p radius, in focal lengths, and the inverse.
 double AngleOf(Projection projection, double radius);
 double RadiusOf(Projection projection, double angle);
 
@@ -25,8 +25,8 @@ double FisheyeFactor(const ProfileModel &model, Projection projection, double ra
 /// 85 degrees, all others where the polynomial folds back.
 double FisheyeEnd(const ProfileModel &model, Projection projection);
 
-/// Returns the first radius, up to @p endRadius, where radius times @p factor no longer grows; @p endRadius if it
-/// always does.
+/// Returns the first radius, up to @p endRadius, where radius times @p factor stops increasing; @p endRadius if it
+/// never stops.
 double FoldRadius(const std::function<double(double radius)> &factor, double endRadius);
 
 /// Tabulates @p value up to @p endRadius, with as many nodes as the tolerance needs.

@@ -33,7 +33,7 @@ constexpr Source kDigitalZooms[] = {{"Exif.Photo.DigitalZoomRatio", "EXIF Digita
 constexpr Source kApertures[] = {
     {"Exif.Photo.FNumber", "EXIF FNumber"}, {"Exif.Image.FNumber", "EXIF FNumber"}, {"LibRaw.FNumber", "LibRaw"}};
 
-/// Lens names as text, and numbers of lenses as Exiv2 explains them.
+/// Lens names as text, and lens IDs as Exiv2 prints them.
 constexpr Source kLensNames[] = {{"Exif.Photo.LensModel", "EXIF LensModel"},
                                  {"Exif.Canon.LensModel", "maker note"},
                                  {"Exif.OlympusEq.LensModel", "maker note"},
@@ -68,7 +68,7 @@ constexpr Source kLensIds[] = {{"Exif.CanonCs.LensType", "maker note"},
                                {"Xmp.aux.LensID", "XMP aux:LensID"},
                                {"LibRaw.LensID", "LibRaw"}};
 
-/// A distance in the unit of a maker.
+/// A key with a distance in its maker's unit.
 struct DistanceRule {
     Source source;
     double (*meters)(double value); // 0: unknown
@@ -135,7 +135,7 @@ bool IsName(const QString &text)
            });
 }
 
-/// Whether a number identifies a lens; some mean none or any.
+/// Whether a number identifies a lens; some numbers mean none or any lens.
 bool IsId(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("0") && text != QLatin1String("65535");
@@ -196,7 +196,7 @@ void ReadShot(const MetadataLookup &metadata, PictureFacts *facts)
         facts->aperture = {std::exp2(apex / 2.0), QStringLiteral("EXIF ApertureValue")};
 }
 
-/// Millimeters in a unit of EXIF FocalPlaneResolutionUnit; 0 if it is unknown. Without one it is the inch.
+/// Returns the millimeters in a unit of EXIF FocalPlaneResolutionUnit, by default the inch; 0 if it is unknown.
 double UnitMm(double unit)
 {
     constexpr double kUnits[] = {25.4, 0.0, 25.4, 10.0, 1.0, 0.001};
@@ -219,11 +219,12 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
     const double mm = resolution > 0.0
         ? std::max(width, height) / resolution * UnitMm(metadata.Number("Exif.Photo.FocalPlaneResolutionUnit"))
         : 0.0;
-    if (mm > 1.0 && mm < 100.0) // from phones to large format
+    if (mm > 1.0 && mm < 100.0) // phones to large format
         facts->focalPlaneWidthMm = {mm, QStringLiteral("EXIF FocalPlaneXResolution")};
 }
 
-/// DCF 2.0 writes Adobe RGB as "uncalibrated" with a separate interoperability index; some cameras write 2.
+/// Reads the color space. DCF 2.0 has Adobe RGB as "uncalibrated" with a separate interoperability index; some cameras
+/// write 2.
 void ReadEncoding(const MetadataLookup &metadata, PictureFacts *facts)
 {
     const double space = metadata.Number("Exif.Photo.ColorSpace");
@@ -241,7 +242,7 @@ void ReadCrop(const MetadataLookup &metadata, PictureFacts *facts)
     if (facts->raw || !metadata.IsTrue("Xmp.crs.HasCrop") || !metadata.IsTrue("Xmp.crs.AlreadyApplied"))
         return;
     facts->cropTurned = metadata.Number("Xmp.crs.CropAngle") != 0.0;
-    constexpr double kRounded = 0.001; // values are written with a few decimals
+    constexpr double kRounded = 0.001; // values are rounded to a few decimals
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     const auto share = [&](const char *key, double missing) {
         const double value = metadata.Has(key) ? ParseRational(metadata.Text(key).raw).value_or(kNone) : missing;

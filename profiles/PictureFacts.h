@@ -1,4 +1,4 @@
-// Facts of a photograph for the choice and the fit of its profile, each with its source.
+// Facts about a photograph, each with its source, for choosing and fitting its profile.
 #pragma once
 
 #include <QRectF>
@@ -27,7 +27,7 @@ struct PictureFacts {
     Fact<QString> make, model;
     QVector<Fact<QString>> lensNames; // most trustworthy first
     Fact<QString> lensMake;
-    QVector<Fact<QString>> lensIds; // the maker's lens numbers, as text
+    QVector<Fact<QString>> lensIds; // the maker's lens IDs, as text
     Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
     Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // distance: infinite is a value
     QSize pixels;                                                      // as stored and delivered by the reader
@@ -39,10 +39,10 @@ struct PictureFacts {
     Fact<ColorEncoding> encoding;
     Fact<QRectF> crop;       // shares of the original, angle 0
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
-    bool cropLost = false;   // a crop whose place in the original cannot be read
-    /// Corrections already in rendered pixels.
+    bool cropLost = false;   // a crop whose position in the original cannot be read
+    /// Corrections already applied to rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
-    /// Corrections requested from an earlier run of ours, which could not make them.
+    /// Corrections requested in an earlier run of ours that could not make them.
     bool distortionTried = false, chromaticTried = false, vignettingTried = false;
 };
 
@@ -54,6 +54,6 @@ PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;
 
-/// Whether an automatic run has nothing to do: each requested correction was made before, or an earlier run of ours
-/// made others and could not make it. False if the options ask for corrections again.
+/// Whether an automatic run has nothing to do: each requested correction was either made before or could not be made by
+/// an earlier run of ours, which made others. False if the options ask for corrections again.
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

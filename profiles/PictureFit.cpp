@@ -4,9 +4,11 @@
 #include "FitSteps_p.h"
 #include "LensfunDatabase.h"
 #include "LensfunFit.h"
+#include "XmlLimits.h"
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMutexLocker>
 #include <QStandardPaths>
@@ -15,7 +17,7 @@
 
 namespace {
 
-constexpr int kKeptProfiles = 8; // the pictures of a job use only a few
+constexpr int kKeptProfiles = 8; // pictures of one job use only a few
 constexpr double kAlikePx = 3.0, kAlikeEv = 0.1;
 
 /// Parent folders of drive_c as created by Wine and its front ends; * matches any name.
@@ -50,8 +52,8 @@ QStringList Expanded(const QString &base, const QStringList &parts)
     return found;
 }
 
-/// Returns the profile folder in an XDG data folder. Relative ones are invalid by the XDG Base Directory Specification:
-/// XDG_DATA_HOME then has its default.
+/// Returns the profile folder in an XDG data folder. By the XDG Base Directory Specification relative folders are
+/// invalid; for XDG_DATA_HOME the default is then used.
 QString ProfileFolderIn(const QString &data)
 {
     const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;
@@ -195,7 +197,7 @@ FitResult PictureFitter::FitChosen(const QString &path, const PictureFacts &fact
 
 PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 {
-    const QFileInfo info(path); // hosts live long, and people replace profiles
+    const QFileInfo info(path); // a host may run for days while users replace profiles
     const qint64 changed = info.lastModified().toMSecsSinceEpoch();
     const QMutexLocker lock(&m_mutex);
     for (int i = 0; i < m_read.size(); ++i) {
@@ -222,23 +224,35 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
         m_scanned = true;
         profiles = m_index.Profiles(); // shared, not copied
     }
-    ProfileMatcher matcher({CameraFactor, [&](const QString &path, const QString &otherPath) {
-                                return CorrectAlike(path, otherPath, facts, options);
-                            }});
+    ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
     if (named.lensNames.size() > facts.lensNames.size())
-        match.notes.prepend(QStringLiteral("by its numbers the lens is \"%1\"").arg(named.lensNames.last().value));
+        match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
+                                .arg(named.lensNames.last().value));
     return match;
 }
 
-bool PictureFitter::CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
-                                 const FitOptions &options)
+/// Returns MatchHelp::correctAlike, which compares one profile with many: it is read and fitted once, and its copies
+/// never.
+std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
+                                                                                const FitOptions &options)
 {
     FitOptions unframed = options;
     unframed.framing = Framing::Keep;
     unframed.again = true; // earlier corrections affect all profiles alike
-    const Correction a = FitChosen(path, facts, unframed).correction;
-    const Correction b = FitChosen(otherPath, facts, unframed).correction;
-    return AreAlike(a, b);
+    const auto content = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.read(kMaxXmlBytes) : QByteArray();
+    };
+    return [=, last = QString(), bytes = QByteArray(), correction = Correction()](const QString &path,
+                                                                                  const QString &otherPath) mutable {
+        if (last != path) {
+            last = path;
+            bytes = content(path);
+            correction = FitChosen(path, facts, unframed).correction;
+        }
+        return (!bytes.isEmpty() && bytes == content(otherPath))
+            || AreAlike(correction, FitChosen(otherPath, facts, unframed).correction);
+    };
 }

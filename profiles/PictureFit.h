@@ -1,4 +1,4 @@
-// The correction of a picture, by the chosen profile or one found automatically.
+// The correction of a picture, with the chosen profile or one found automatically.
 #pragma once
 
 #include "Fit.h"
@@ -7,26 +7,27 @@
 #include <QMutex>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
 /// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
 QStringList DefaultProfileFolders();
-/// Returns the first of these places, which need not exist.
+/// Returns the first of these folders, which need not exist.
 QString UserProfileFolder();
 
 /// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".
 QString ShownProfileName(const QString &profile);
 
-/// Fitter of pictures by the profiles of some folders, and by lensfun's database if none of them fits. Reads the
-/// profile index for the first picture that needs it. Any thread; searches wait for each other.
+/// Fits pictures with the profiles of some folders, and with lensfun's database if none of them fits. Reads the profile
+/// index for the first picture that needs it. Any thread; searches wait for each other.
 class PictureFitter {
 public:
     /// @param folders    searched at any depth.
     /// @param cacheFile  cache of the index; empty: none.
     explicit PictureFitter(const QStringList &folders, const QString &cacheFile = ProfileIndex::DefaultCacheFile());
 
-    /// Decides how the picture is corrected: by options.profile if the user chose one, otherwise by the one found.
+    /// Decides how the picture is corrected: with options.profile if the user chose one, otherwise with the one found.
     /// Typed facts override the file's. Throws nothing; the image module must have started.
     FitResult Fit(const PictureFacts &facts, const FitOptions &options);
 
@@ -41,8 +42,8 @@ private:
     Profile Read(const QString &path, QString *error);
     FitResult FitChosen(const QString &path, const PictureFacts &facts, const FitOptions &options);
     ProfileMatch Find(const PictureFacts &facts, const FitOptions &options);
-    bool CorrectAlike(const QString &path, const QString &otherPath, const PictureFacts &facts,
-                      const FitOptions &options);
+    std::function<bool(const QString &, const QString &)> Comparison(const PictureFacts &facts,
+                                                                     const FitOptions &options);
 
     const QStringList m_folders;
     QMutex m_mutex; // guards all members below

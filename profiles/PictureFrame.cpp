@@ -10,7 +10,7 @@ namespace {
 constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
 constexpr double kLeastShare = 0.02; // of the sensor's sides; no camera offers less
-constexpr double kMiddleCrop = 0.01; // a crop this close to the middle counts as centered
+constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
 
 QString Plain(const QString &name)
 {
@@ -104,12 +104,12 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
 }
 
-/// Whether a picture may show this little of the sensor; otherwise notes that its source isn't believed.
+/// Whether a picture may show this little of the sensor; otherwise notes that the source is ignored.
 static bool IsCredible(double share, const QString &source, QStringList *assumed)
 {
     if (share >= kLeastShare)
         return true;
-    *assumed << QStringLiteral("the %1 isn't believed: that would be less than %2 of the sensor's sides")
+    *assumed << QStringLiteral("the %1 is ignored: it would mean less than %2 of the sensor's sides")
                     .arg(source, Percent(kLeastShare));
     return false;
 }
@@ -124,7 +124,7 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
             const QString source = QStringLiteral("35 mm equivalent of %1 mm").arg(given);
             if (IsCredible(expected / given, source, assumed)) {
                 crop = given / expected;
-                *assumed << QStringLiteral("a part of the sensor, %1 of its sides, by the %2")
+                *assumed << QStringLiteral("only part of the sensor, %1 of its sides, according to the %2")
                                 .arg(Percent(1.0 / crop), source);
             }
         } else if (given * kCropMode < expected && !isRounded) {
@@ -136,25 +136,25 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
     const bool isFurther = zoom > crop * 1.01; // some makers include it in the 35 mm equivalent
     if (isFurther && IsCredible(1.0 / zoom, QStringLiteral("digital zoom of %1").arg(zoom, 0, 'g', 10), assumed)) {
         crop = zoom;
-        *assumed
-            << QStringLiteral("a part of the sensor, %1 of its sides, by the digital zoom").arg(Percent(1.0 / zoom));
+        *assumed << QStringLiteral("only part of the sensor, %1 of its sides, according to the digital zoom")
+                        .arg(Percent(1.0 / zoom));
     }
     return 1.0 / crop;
 }
 
-/// Whether the picture was turned by a right angle before it was stored.
+/// Whether the picture was rotated by a right angle before it was stored.
 bool PictureFrame::LiesAcross(const QSizeF &reference) const
 {
     if (!m_facts.crop.Known())
         return reference.height() > reference.width() ? m_place.width > m_place.height : m_place.height > m_place.width;
-    // A crop may have any shape: choose the orientation in which the whole has the profile's proportions.
+    // A crop may have any shape: choose the orientation in which the whole picture has the profile's proportions.
     const double profileAspect = reference.isEmpty() ? 1.5 : reference.width() / reference.height();
     const double straight = std::abs(std::log(m_place.width / m_place.height / profileAspect));
     const PictureVector across = SidesAcross();
     return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
 }
 
-/// Returns the sides of the whole picture if the current picture was turned by a right angle.
+/// Returns the sides of the whole picture if the current picture was rotated by a right angle.
 PictureVector PictureFrame::SidesAcross() const
 {
     const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
@@ -192,7 +192,7 @@ bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame
         return false;
     }
     frame->ratio = pictureLong / profileLong * FrameShare(m_bodyFactor, &frame->assumed);
-    frame->assumed << QStringLiteral("made with another body, %1: the picture's frame is %2 of its frame")
+    frame->assumed << QStringLiteral("made with another body, %1: the picture's frame is %2 of that body's")
                           .arg(entry.model.isEmpty() ? entry.cameraName : entry.model, Percent(frame->ratio));
     return true;
 }
@@ -219,7 +219,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
         sides = SidesAcross();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
-            *why = QStringLiteral("the picture was cut from one that was turned, and its place there is unknown");
+            *why = QStringLiteral("the picture was cut from a rotated one, and its position there is unknown");
             return std::nullopt;
         }
     }
@@ -238,7 +238,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
     if (shape.isCut)
         shape.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
     if (shape.liesAcross)
-        shape.assumed << QStringLiteral("turned in an unknown way: the lens's center is the picture's middle");
+        shape.assumed << QStringLiteral("rotated in an unknown direction: the lens's center is assumed in the middle");
     return shape;
 }
 

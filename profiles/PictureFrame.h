@@ -1,4 +1,4 @@
-// The frame of a picture: its size relative to the profile's frame, and the picture's place in it.
+// The frame of a picture: its size relative to the profile's frame, and the picture's position in it.
 #pragma once
 
 #include "FullFrame.h"
@@ -10,13 +10,13 @@
 
 #include <optional>
 
-/// The largest frame, relative to its own, that a profile covers; beyond that it would be extrapolated.
+/// The largest frame that a profile covers, relative to the profile's frame; larger ones would need extrapolation.
 constexpr double kMaxFrameRatio = 1.04;
 
-/// Returns the long side of the frame with this factor and these proportions; 0 if a value is missing.
+/// Returns the long side of the frame with the given crop factor and proportions; 0 if a value is missing.
 double LongSideMm(double factor, double width, double height);
 
-/// Returns the factor of the camera's frame from the table of cameras; 0 if it is unknown. Any thread.
+/// Returns the camera's crop factor from the table of cameras; 0 if it is unknown. Any thread.
 double CameraFactor(const QString &make, const QString &model);
 
 /// A vector in the axes of the sensor or of the picture, x to the right and y down.
@@ -26,10 +26,10 @@ struct PictureVector {
 /// Applies @p turn, an EXIF orientation, to a vector in the sensor's axes.
 PictureVector Turned(Orientation turn, const PictureVector &vector);
 
-/// Place of the current picture in the camera's whole picture, in pixels of the current picture.
+/// Position of the current picture in the camera's whole picture, in pixels of the current picture.
 struct PicturePlace {
     double width = 0.0, height = 0.0;    // of the whole, in the sensor's orientation
-    double middleX = 0.0, middleY = 0.0; // middle of the current picture, from the middle of the whole
+    double middleX = 0.0, middleY = 0.0; // center of the current picture, from the center of the whole
     Orientation turn = 1;                // from the sensor to the current picture
 };
 
@@ -43,16 +43,16 @@ struct EntryFrame {
     QStringList assumed;      // messages for the user
 };
 
-/// The whole picture as the camera took it, before it was turned or cut to other proportions.
+/// The whole picture as the camera took it, before it was rotated or cut to other proportions.
 struct FrameShape {
     double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
     double aspect = 1.0;                // of the frame, at least 1
-    bool isCut = false;                 // from the middle of a frame of other proportions
-    bool liesAcross = false;            // turned by a right angle, in an unknown direction
+    bool isCut = false;                 // cut from the middle of a frame with other proportions
+    bool liesAcross = false;            // rotated by a right angle, in an unknown direction
     QStringList assumed;                // for the user
 };
 
-/// The camera body of a picture, from the user or else from the file.
+/// The camera body of a picture, from the user or otherwise from the file.
 struct PictureBody {
     QString make, model;
 };
@@ -65,11 +65,11 @@ class PictureFrame {
 public:
     PictureFrame(const PictureFacts &facts, const PictureBody &body);
 
-    /// @param chosen  the user chose the profile: a smaller frame is extrapolated, noted.
+    /// @param chosen  the user chose the profile: a smaller frame is extrapolated, with a note.
     /// @param why     filled if the entry cannot be used for the picture.
     std::optional<EntryFrame> Under(const ProfileEntry &entry, bool chosen, QString *why) const;
 
-    /// Returns the shape of the frame; none, with the reason in @p why, if the picture's place in it is lost.
+    /// Returns the shape of the frame; none, with the reason in @p why, if the picture's position in it is unknown.
     /// @param reference  sides of a picture as the camera stores it; empty: longer than high.
     /// @param aspect     of the frame, at least 1; 0: that of the original size, if known, or of the picture.
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;

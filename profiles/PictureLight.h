@@ -1,4 +1,4 @@
-// The conversion between a picture's stored values and light.
+// The conversion between a picture's stored values and linear light.
 #pragma once
 
 #include "PictureFacts.h"
@@ -6,13 +6,13 @@
 
 struct PictureLight {
     TransferCurve curve;
-    QString assumed; // message for the user; empty: the picture states its encoding
+    QString assumed; // message for the user; empty: the picture specifies its encoding
 };
 
 /// Returns the conversion, from the first of these that applies: the curves of the ICC profile; for camera raw files,
-/// the power by which they are developed; the color space in EXIF; sRGB for integers, linear for floats. Reads the
-/// file's ICC profile; the image-file layer must have been started.
+/// the gamma of their development; the color space in EXIF; sRGB for integers, linear for floats. Reads the file's ICC
+/// profile; the image-file layer must have been started.
 ///
 /// @param isFloat   whether the file's values are floats.
-/// @param rawGamma  used to develop camera raw files; invalid values count as 1, as they do there.
+/// @param rawGamma  used to develop camera raw files; invalid values count as 1, as in their development.
 PictureLight LightOf(const PictureFacts &facts, bool isFloat, double rawGamma);

@@ -1,4 +1,4 @@
-// Blends entries into the maps of a correction: curves, because coefficients cannot be blended.
+// Blends entries into the maps of a correction. Curves are blended, because coefficients cannot be.
 #pragma once
 
 #include "Correction.h"
@@ -15,7 +15,7 @@ struct BlendPart {
 };
 using BlendParts = QVector<BlendPart>;
 
-/// Blender of the maps of one picture. Tables reach the largest radius of any framing.
+/// Blends the maps of one picture. Tables extend to the largest radius of any framing.
 class ProfileBlend {
 public:
     /// @p frame must outlive the object. @p pixels is the picture's size.

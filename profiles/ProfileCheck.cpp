@@ -54,7 +54,7 @@ private:
     void CheckFrame()
     {
         if (!(m_entry.width > 0.0) || !(m_entry.height > 0.0))
-            Note(QStringLiteral("the size of the picture that it was made from (ImageWidth, ImageLength) is missing"));
+            Note(QStringLiteral("the size of the calibrated picture (ImageWidth, ImageLength) is missing"));
         else if (!(m_entry.sensorFormatFactor > 0.0) && m_entry.model.isEmpty() && m_entry.uniqueModel.isEmpty())
             Note(QStringLiteral("neither SensorFormatFactor nor a camera: the frame is unknown"));
         if (!(m_entry.focalMm > 0.0))
@@ -128,7 +128,7 @@ void NoteReplaced(LensProfile *profile)
     std::sort(sorted.begin(), sorted.end());
     for (const QPair<int, int> &pair : qAsConst(sorted))
         AddNote(profile, profile->entries[pair.first].line, pair.first,
-                QStringLiteral("the same focal length, distance and aperture as entry %1, line %2, which counts")
+                QStringLiteral("the same focal length, distance and aperture as entry %1, line %2, which is used")
                     .arg(pair.second + 1)
                     .arg(profile->entries[pair.second].line));
 }
@@ -140,7 +140,8 @@ void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, 
     if (profile->notes.size() > kMaxProfileNotes)
         return;
     if (profile->notes.size() == kMaxProfileNotes)
-        profile->notes.append({line, -1, QStringLiteral("more than %1 notes; no further ones").arg(kMaxProfileNotes)});
+        profile->notes.append(
+            {line, -1, QStringLiteral("more than %1 notes; the rest is left out").arg(kMaxProfileNotes)});
     else
         profile->notes.append({line, entry, text, unusable});
 }

@@ -1,4 +1,4 @@
-// Checks of a profile's values, which add notes for the user when it is read.
+// Checks a profile's values when it is read, and adds notes for the user.
 #pragma once
 
 #include "LensProfile.h"

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr double kBeyond = 1.02; // settings this far outside the profile's range are worth a note
+constexpr double kBeyond = 1.02; // settings farther outside the profile's range get a note
 
 /// Returns the f-number.
 double Aperture(const ProfileEntry &entry)
@@ -28,7 +28,7 @@ void ForEachRun(QVector<int> entries, double same, const Value &value, const Tak
     }
 }
 
-/// Place of a value among ascending ones: between first and second, which are the same beyond the ends.
+/// Position of a value among ascending ones: between first and second, which are the same beyond the ends.
 struct Bracket {
     int first = 0, second = 0;
     double share = 0.0; // of the second
@@ -67,7 +67,7 @@ QString Numeral(double value)
     return QString::number(value, 'g', 4);
 }
 
-/// What is written around a number.
+/// Text before and after a number.
 struct Unit {
     const char *before, *after;
 };
@@ -88,11 +88,11 @@ QString RangeText(double least, double most, const Unit &unit)
     return first + QStringLiteral(" to ") + Text(most, unit);
 }
 
-/// Notes a setting outside the range of those that the profile has.
+/// Notes a setting outside the profile's range.
 void NoteBeyond(double taken, double least, double most, const Unit &unit, QStringList *assumed)
 {
     if (taken > most * kBeyond || taken * kBeyond < least)
-        *assumed << QStringLiteral("%1 lies outside the profile's %2: the nearest is used")
+        *assumed << QStringLiteral("%1 is outside the profile's %2: the nearest is used")
                         .arg(Text(taken, unit), RangeText(least, most, unit));
 }
 
@@ -182,7 +182,7 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
                              .arg(RangeText(shortest.focalMm, longest.focalMm, kMillimeters));
             return choice;
         }
-        choice.assumed << QStringLiteral("focal length unknown: the profile's only one");
+        choice.assumed << QStringLiteral("focal length unknown: the profile's only one is used");
     } else if (longest.focalMm > 0.0) {
         at = FindAmong(m_focals, 1.0 / *setting.focalMm, [](const Focal &one) { return 1.0 / one.focalMm; });
         NoteBeyond(*setting.focalMm, shortest.focalMm, longest.focalMm, kMillimeters, &choice.assumed);
@@ -219,17 +219,16 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
         && AddDistance(distances[at.second], weight * at.share, setting, choice);
 }
 
-/// Light changes with the aperture; what was measured at one may be far off at another.
+/// Adds a note: light changes with the aperture, so a measurement at one may be far off at another.
 void ProfileGrid::NoteOnlyAperture(const Cell &only, const Setting &setting, GridChoice *choice) const
 {
     if (m_quantity != Quantity::Light)
         return;
     const double measured = std::exp2(only.apertureApex / 2.0), taken = setting.aperture.value_or(0.0);
     if (!only.hasAperture)
-        choice->assumed << QStringLiteral("the profile's vignetting, which it has for one unknown aperture");
+        choice->assumed << QStringLiteral("the profile's only vignetting, measured at an unknown aperture");
     else if (!(taken <= measured * kSameAperture && measured <= taken * kSameAperture))
-        choice->assumed
-            << QStringLiteral("the profile's vignetting at f/%1, the only aperture that it has").arg(Numeral(measured));
+        choice->assumed << QStringLiteral("the profile's vignetting at f/%1, its only aperture").arg(Numeral(measured));
 }
 
 bool ProfileGrid::AddDistance(const Distance &distance, double weight, const Setting &setting, GridChoice *choice) const

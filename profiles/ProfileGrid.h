@@ -1,4 +1,4 @@
-// The entries of a profile for one correction, ordered by setting, and the choice among them for a setting.
+// The entries of a profile for one correction, ordered by setting, and the choice of entries for a setting.
 #pragma once
 
 #include "LensProfile.h"
@@ -38,11 +38,12 @@ struct GridChoice {
 };
 
 /// Entries by focal length, then distance, then aperture; focal lengths may have different distances and apertures.
-/// Settings within 1 % in focal length and 2 % in distance or f-number are duplicates: the last in the file counts.
+/// Settings within 1 % in focal length and 2 % in distance or f-number are duplicates: the last one in the file is
+/// used.
 class ProfileGrid {
 public:
-    /// Collects the entries of @p profile that have @p quantity and that @p serves accepts. @p profile must outlive the
-    /// grid.
+    /// Collects the entries of @p profile that have a model for @p quantity and that @p serves accepts. @p profile must
+    /// outlive the grid.
     ProfileGrid(const LensProfile &profile, Quantity quantity, const std::function<bool(int entry)> &serves);
 
     bool IsEmpty() const { return m_focals.isEmpty(); }

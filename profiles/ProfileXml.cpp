@@ -11,7 +11,7 @@ namespace {
 constexpr char kRdf[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
 constexpr char kCamera[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 
-/// Elements that contain values instead of being one.
+/// Elements that contain values rather than being values.
 constexpr const char *kModels[] = {
     "PerspectiveModel",        "FisheyeModel",  "ChromaticGreenModel",         "ChromaticRedGreenModel",
     "ChromaticBlueGreenModel", "VignetteModel", "VignetteModelPiecewiseParam",
@@ -137,7 +137,7 @@ private:
         }
     }
 
-    /// Reads the text of the element, to its end; the first of several inside it, for example languages.
+    /// Reads the text of the element to its end; if it has several texts, such as languages, the first one.
     QString Text()
     {
         QString text;

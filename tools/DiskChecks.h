@@ -1,4 +1,4 @@
-// Checks whether a file can be read or written, with the messages that users read. All functions: any thread.
+// Checks whether a file can be read or written, with messages for users. All functions: any thread.
 #pragma once
 
 #include <QString>

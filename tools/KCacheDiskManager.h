@@ -23,8 +23,8 @@ public:
     }
 };
 
-/// The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder holds more than 1,024 files and a
-/// process can tell its own folders from those of others.
+/// The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder has more than 1,024 files and a process
+/// can distinguish its folders from those of others.
 ///
 /// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. Any thread may call
 /// getTempFile() and removeTempFile(); call everything else only while no thread writes copies. Nothing throws; the

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kBuckets = 1024; // enough that a few threads rarely share one
+constexpr size_t kBuckets = 1024; // so many that threads rarely share one
 constexpr qint64 kOverheadBase = 124524475;
 constexpr int kMatchesWanted = 100;
 
@@ -29,7 +29,7 @@ QString KeyOf(const QString &name)
     return key;
 }
 
-/// Truncates towards 0. Values beyond 64 bits are clamped to the nearest that fits, within 2048.
+/// Truncates towards 0. Values beyond 64 bits are clamped, to within 2,048 of the limit.
 qint64 Whole(double value)
 {
     constexpr double kLargest = 9223372036854773760.0;

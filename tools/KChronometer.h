@@ -33,8 +33,8 @@ public:
 
     /// Starts the timer. A second Start moves the start time.
     void Start(QString name);
-    /// Returns the ticks since Start(), 0 if this thread never started the name. A second Stop counts from the same
-    /// Start.
+    /// Returns the ticks since Start(), or 0 if this thread never started the name. A second Stop measures from the
+    /// same Start.
     qint64 Stop(QString name);
     double Stop(QString name, TimeUnits units);
     /// Adds a time measured elsewhere. Statistics by name don't include a name that was never started.

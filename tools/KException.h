@@ -1,4 +1,4 @@
-// The kernels' only exception type: a message for the user and the place of the throw.
+// The kernels' only exception type: a message for the user and the source position of the throw.
 #pragma once
 
 #include <QString>

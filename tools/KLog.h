@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QTextStream>
 
-/// Any thread may log; a mutex keeps each line whole. It is held while signals are emitted and is not recursive, so a
+/// Any thread may log; a mutex keeps lines from mixing. It is held while signals are emitted and is not recursive, so a
 /// directly connected slot that logs again deadlocks: use a queued connection for such a listener.
 class KLog : public QObject {
     Q_OBJECT
@@ -27,7 +27,7 @@ public:
     void Log(int id, const char *format, ...) __attribute__((format(printf, 3, 4)));
 
     /// Main thread only. Reports a file that can't be opened in a message box, or as a Qt warning if there is no
-    /// QApplication. Logging still counts as on, and listeners still receive the lines.
+    /// QApplication. Logging then remains enabled, and listeners still receive the lines.
     void EnableLogToFile(const QString &fileName, bool append);
     void DisableLogToFile();
     /// Empties the file.

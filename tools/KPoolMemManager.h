@@ -1,4 +1,4 @@
-// A pool of equal memory blocks, allocated up front so that a shortage shows at the start of a very large job.
+// A pool of equal memory blocks, allocated up front so that a very large job fails at its start if memory is short.
 #pragma once
 
 #include "KOmp.h"
@@ -19,7 +19,7 @@ struct KPoolMemBloc {
 };
 
 /// KTools::init creates the process's empty pool or adopts a host's; KTools::exit deletes it. Sizes are in megabytes of
-/// 2^20 bytes. Any thread may borrow and return blocks (getFreeBloc, addFreeBloc, getFreeableBloc) and never waits;
+/// 2^20 bytes. Any thread may take and return blocks (getFreeBloc, addFreeBloc, getFreeableBloc) and never waits;
 /// call init, Alloc and Free only while no job runs, since they also free blocks in use.
 class KPoolMemManager {
 public:
@@ -38,7 +38,7 @@ public:
     /// Allocates memoryMo / blockMo blocks of @p blockMo, replacing an earlier pool; 0: computeBlockSize() chooses.
     /// Throws a KException that gives the sizes if the memory is not available.
     void init(int memoryMo, int threads, int blockMo);
-    /// Returns the largest of 8, 4, 2, 1 that leaves ten blocks per thread and 150 in total; 1 if none does.
+    /// Returns the largest of 8, 4, 2, 1 that gives at least ten blocks per thread and 150 in total; 1 if none does.
     int computeBlockSize(int memoryMo, int threads);
     /// Allocates the blocks that init() computed; throws "Not enough memory".
     void Alloc();

@@ -13,7 +13,7 @@
 
 /// Two independent families of getters:
 ///
-///   | family                     | where the store lacks the key                                                   |
+///   | family                     | result if the store lacks the key                                               |
 ///   |----------------------------|---------------------------------------------------------------------------------|
 ///   | Get...(key)                | the entry of the table of defaults; a missing one is added with a null value    |
 ///   | Get...(key, defaultValue)  | the caller's default; the table is not used                                     |

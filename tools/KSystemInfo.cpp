@@ -23,7 +23,7 @@
 
 namespace {
 
-/// Returns the topology's count, or else OpenMP's, or else 1.
+/// Returns the topology's count, if unknown OpenMP's, and at least 1.
 int CountOr1(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);

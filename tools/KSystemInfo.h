@@ -7,8 +7,8 @@
 struct CpuTopology;
 
 /// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty text, -1. The
-/// object only holds the processor topology: processor queries use it between init() and exit(), which KTools::init and
-/// KTools::exit call, and OpenMP's counts otherwise.
+/// object only stores the processor topology, which processor queries use between init() and exit() (called by
+/// KTools::init and KTools::exit). Otherwise they use OpenMP's counts.
 class KSystemInfo {
 public:
     KSystemInfo();
@@ -26,7 +26,7 @@ public:
     /// Returns how much an image cache may use now: two thirds of the free memory or all but 4 GiB of it, whichever is
     /// more, and at least 0.128 GiB.
     static unsigned long long maxCacheSize();
-    /// Returns the size of the installed modules.
+    /// Returns the size of the installed memory modules.
     static unsigned long long physicalMemory();
     /// Returns unused memory plus the system's caches; 0 without /proc.
     static unsigned long long freePhysicalMemory();
@@ -50,7 +50,7 @@ public:
 
     /// Returns "Linux_6.1.0_workstation": system, release, network name.
     static QString osDescription();
-    /// Returns "linux64deb" if a dpkg can be run, otherwise "linux64tar". Trap: dpkg prints its version to our standard
+    /// Returns "linux64deb" if dpkg can be run, otherwise "linux64tar". Trap: dpkg prints its version to our standard
     /// output.
     static QString osDownloadVersion();
     static void applicationVersion(int &major, int &minor, int &patch);

@@ -18,8 +18,8 @@ namespace {
 
 bool s_standsAlone = false; // this copy of the kernel created its own objects
 
-/// Counting the processors pins the calling thread permanently, and threads that it starts inherit that, OpenMP's
-/// workers included. So query on a short-lived thread; later queries use its result. If no thread can start, use
+/// Counting the processors pins the calling thread permanently, and threads that it starts, including OpenMP's workers,
+/// inherit the affinity. So query on a short-lived thread; later queries use its result. If no thread can start, use
 /// OpenMP's counts.
 void CountProcessors()
 {
@@ -69,7 +69,7 @@ void MakeOwn()
 
 } // namespace
 
-KChronometer gChrono; // in this file, so that every program with the kernel links it in
+KChronometer gChrono; // in this file, so that every program that uses the kernel links it
 KToolsInstances KTools::ms_instances = {};
 
 void KTools::init(KToolsInstances *instances)
@@ -80,7 +80,7 @@ void KTools::init(KToolsInstances *instances)
         TakeShared(*instances);
     else
         MakeOwn();
-    KPoolMemManager::init(nullptr); // both: only if there is none yet
+    KPoolMemManager::init(nullptr); // both create an object only if there is none
     KCacheDiskManager::init(nullptr);
     ms_instances.log = KLog::ms_instance;
     ms_instances.systemInfo = KSystemInfo::m_instance;

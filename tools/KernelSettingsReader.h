@@ -3,8 +3,8 @@
 
 #include <QString>
 
-/// Each read returns the value of a key, or the default if the source lacks it or holds something that can't be parsed;
-/// errors are never reported. Keys are paths such as "image/exifMode".
+/// Each read returns the value of a key, or the default if the key is missing or its value can't be parsed; errors are
+/// never reported. Keys are paths such as "image/exifMode".
 ///
 /// This class itself reads an empty source. Use a reader on one thread at a time.
 class KernelSettingsReader {

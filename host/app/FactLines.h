@@ -1,4 +1,4 @@
-// The facts used by a fit, as readable lines.
+// The facts used by a fit, as text.
 #pragma once
 
 #include <QString>

@@ -43,7 +43,7 @@ Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
     return done;
 }
 
-/// Whether the required corrections are made: a script must not mistake a picture without them for a success.
+/// Whether the required corrections are made: scripts must not mistake a picture without them for a success.
 bool AreMade(const FittedRequest &request, const Corrections &done, const QString &picture)
 {
     if (Covers(done, request.required))
@@ -87,7 +87,7 @@ FittedCorrection::Result FittedCorrection::Run(KIPluginOne2One *process, const P
 {
     const ParameterRecord record(process, request.parameters);
     try {
-        Report report; // read before the output is moved into place: later failures would be reported as the picture's
+        Report report; // read before the output is moved into place, because the picture must not fail after that
         const RunResult result = RunPicture(m_application, process, record, planned, rules, m_guard, [&] {
             report = ReportOf(process, record);
             RequireMade(report, planned.picture, request);

@@ -12,14 +12,14 @@
 /// Returns the names of corrections in the plug-in's records: "distortion", "lateral color", "vignetting".
 QStringList NamesInRecord(const Corrections &corrections);
 
-/// The request for one picture.
+/// A request for one picture.
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes
     Corrections required;   // the picture fails without them, unless they were already made; usually none
-    FitOptions fit;         // those of the parameters that choose the profile: source, "again", typed facts
+    FitOptions fit;         // the parameters that choose the profile: source, "again", typed facts
 };
 
-/// Corrector for all pictures of a run. Any thread, each with a separate process object.
+/// Corrects the pictures of a run. Any thread may call it, each with a separate process object.
 class FittedCorrection {
     Q_DECLARE_TR_FUNCTIONS(FittedCorrection)
 public:

@@ -9,7 +9,6 @@
 
 #include <QDir>
 #include <QLibraryInfo>
-#include <QThread>
 
 #include <unistd.h>
 
@@ -18,12 +17,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <thread>
+#include <new>
 #include <utility>
 
 namespace {
 
-/// Redirects standard output to standard error during its life.
+/// Redirects standard output to standard error while it exists.
 class OutputAside {
 public:
     OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
@@ -46,6 +45,12 @@ private:
     int m_output;
 };
 
+void SetVariable(const char *name, const QByteArray &value)
+{
+    if (!qputenv(name, value))
+        throw std::bad_alloc();
+}
+
 /// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
 /// XDG_DATA_HOME is /dev/null meanwhile, so no folder is created.
 void SwitchAnalyticsOff()
@@ -53,23 +58,23 @@ void SwitchAnalyticsOff()
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
     const bool wasSet = qEnvironmentVariableIsSet(kDataFolder);
     const QByteArray before = qgetenv(kDataFolder);
-    qputenv(kDataFolder, "/dev/null");
+    SetVariable(kDataFolder, "/dev/null");
     (new KAnalyticsManager(/*useSettingsUserId=*/false, nullptr, /*useDb=*/false))->setIsActive(false);
     if (wasSet)
-        qputenv(kDataFolder, before);
+        SetVariable(kDataFolder, before);
     else
         qunsetenv(kDataFolder);
 }
 
 void StartKernels()
 {
-    const OutputAside aside; // the tool kernel prints remarks about processors there; ours is for results
+    const OutputAside aside; // the tool kernel prints remarks about processors to standard output, which is for results
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
 
-/// The description of a file that isn't a picture: it has size 0 and provides no pixels. Lending by the kernel would
-/// add it to the image cache, which would own it too.
+/// The description of a file that isn't a picture: it has size 0 and provides no pixels. The kernel's Lock would add it
+/// to the image cache, which would own it too.
 class StandIn : public ImageDef {
 public:
     StandIn(const QString &path, const QString &problem) : m_problem(problem)
@@ -89,22 +94,6 @@ private:
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// Opens the program's settings, for the calling thread.
-///
-/// An exception from QSettings' constructor would crash: ~QObjectPrivate uses thread data that only the constructor of
-/// QObject, which runs later, sets. A separate thread has no handler for it, so the terminate handler ends the program
-/// where it is thrown.
-std::unique_ptr<QSettings> OpenSettings()
-{
-    std::unique_ptr<QSettings> settings;
-    QThread *const caller = QThread::currentThread();
-    std::thread([&] {
-        settings = std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication);
-        settings->moveToThread(caller);
-    }).join();
-    return settings;
-}
-
 /// Checks the settings files. @return their problem, or empty; they are ignored if there is one.
 QString CheckSettings()
 {
@@ -121,9 +110,9 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Filters Qt's messages. At every start Qt warns about a runtime folder that is missing or belongs to another user, as
-/// under cron and sudo; nothing here uses it. Of other messages, such as one per damaged line of a file, the first ones
-/// are enough.
+/// Filters Qt's messages. At every start Qt warns if the runtime folder is missing or belongs to another user, as under
+/// cron and sudo; nothing here uses that folder. Of other messages, such as one per damaged line of a file, only the
+/// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMostMessages = 20;
@@ -158,9 +147,14 @@ void ChooseDisplayless()
     g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
     // Set even if the session names a platform: a desktop's aborts the program if no display can be reached, as in a
     // remote shell.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    SetVariable("QT_QPA_PLATFORM", "offscreen");
     // GLib aborts the program if memory runs out; Qt's own event loop works without it.
-    qputenv("QT_NO_GLIB", "1");
+    SetVariable("QT_NO_GLIB", "1");
+    // Otherwise Qt names this folder after the user, and the C library crashes if memory runs out while it looks up the
+    // user's name.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        SetVariable("XDG_RUNTIME_DIR",
+                    QFile::encodeName(QStringLiteral("%1/runtime-%2").arg(QDir::tempPath()).arg(geteuid())));
     // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);
@@ -180,7 +174,9 @@ QString ChooseDisplay()
 }
 
 HostApplication::HostApplication(int &argc, char **argv)
-    : QApplication(argc, argv), m_settingsProblem(CheckSettings()), m_settings(OpenSettings())
+    : QApplication(argc, argv),
+      m_settingsProblem(CheckSettings()),
+      m_settings(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication)
 {
     std::setlocale(LC_MESSAGES, "C"); // system error texts are in English too until windows are translated
     setOrganizationName(kOrganization);
@@ -200,7 +196,7 @@ void HostApplication::Stop()
     if (m_isStopped)
         return;
     m_isStopped = true;
-    m_settings->sync();
+    m_settings.sync();
     m_pictures.clear(); // while the kernel is still running
     KImage::exit();
 }
@@ -215,11 +211,11 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers make records too, so access is locked. Separate objects would reread the file each time, and Qt crashes
-    // if memory runs out while it makes one.
+    // Workers create records too, so access is locked. Separate objects would read the file each time, and Qt crashes
+    // if memory runs out while it creates one.
     const QVariant value = [&] {
         const QMutexLocker locker(&m_settingsMutex);
-        return m_settings->value(SettingPath(uid, key), defaultValue);
+        return m_settings.value(SettingPath(uid, key), defaultValue);
     }();
     return m_adapt ? m_adapt(key, value) : value;
 }
@@ -227,7 +223,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
     const QMutexLocker locker(&m_settingsMutex);
-    m_settings->setValue(SettingPath(uid, key), value);
+    m_settings.setValue(SettingPath(uid, key), value);
 }
 
 QLocale HostApplication::Locale()

@@ -31,14 +31,15 @@ struct ProgramName {
     int argc = 1;
 };
 
-/// Starts the image kernel and lends it to plug-ins, so plug-ins must be unloaded before this object is destroyed.
+/// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
 /// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI
 /// thread.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    /// As for QApplication: both must outlive this object, and Qt's options are removed from them.
+    /// As for QApplication: both must outlive this object, and Qt's options are removed from them. Don't catch
+    /// exceptions from here: if memory runs out, the destructors of half-made Qt objects crash.
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
@@ -49,8 +50,8 @@ public:
     QVariant GetPluginSetting(QString uid, QString key, QVariant defaultValue) override;
     void SetPluginSetting(QString uid, QString key, QVariant value) override;
     QLocale Locale() override;
-    /// Loads ":/Translation/FILENAME". Does nothing before TranslateWindows; otherwise a plug-in would translate the
-    /// texts that the command line prints.
+    /// Loads ":/Translation/FILENAME". Does nothing before TranslateWindows, so that plug-ins don't translate the texts
+    /// that the command line prints.
     void LoadTranslator(QString fileName) override;
     /// Never null: a file that isn't a picture has a description of size 0. Files are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
@@ -71,13 +72,13 @@ public:
     /// Passes all settings read by plug-ins, stored or default, through @p adapt from now on; null stops this. Returns
     /// the previous adapter.
     SettingAdapter AdaptPluginSettings(SettingAdapter adapt);
-    /// Frees the description of the file and its pixels, including disk copies of raw files, when the file is no longer
-    /// needed. Not while it is in use. Any thread.
+    /// Frees the description of the file and its pixels, including disk copies of raw files. Not while they are in use.
+    /// Any thread.
     void Forget(const QString &fileName);
-    /// Gives images described from now on thumbnails, for commands with windows.
+    /// From now on, images are described with thumbnails, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
-    QSettings &Settings() { return *m_settings; }
+    QSettings &Settings() { return m_settings; }
     /// Returns the reason, in one line, why settings files are ignored; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
     /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
@@ -96,7 +97,7 @@ private:
 
     bool m_isStopped = false;
     QString m_settingsProblem;
-    std::unique_ptr<QSettings> m_settings;
+    QSettings m_settings;
     QMutex m_settingsMutex;                        // plug-ins read on any thread
     QMutex m_mutex;                                // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
@@ -107,8 +108,8 @@ private:
     std::vector<std::unique_ptr<QTranslator>> m_translators;
 };
 
-/// The application of a command without windows. Its end stops the kernels and leaves Qt's own objects to the system:
-/// destroying them takes time and, with little memory left, crashes in the font library. One per process.
+/// The application of a command without windows. Its destructor stops the kernels but doesn't destroy Qt's objects:
+/// that takes time and, with little memory left, crashes in the font library. One per process.
 class CommandApplication {
 public:
     CommandApplication();

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// Removes a folder. Working threads continue meanwhile and may still add a file, so it repeats until the folder is
-/// removed. After that nothing can be created in it.
+/// Removes a folder. Working threads continue meanwhile and may add files, so this repeats until the folder is removed;
+/// after that nothing can be created in it.
 void RemoveForGood(const QString &folder)
 {
     constexpr int kAttempts = 100;
@@ -44,7 +44,7 @@ InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
     try {
         m_watch = std::thread(&InterruptGuard::Watch, this);
-    } catch (const std::system_error &) { // without a thread an interruption leaves the folders
+    } catch (const std::system_error &) { // without a thread, an interruption leaves the folders behind
         pthread_sigmask(SIG_SETMASK, &m_oldMask, nullptr);
         sigemptyset(&m_signals);
     }

@@ -1,4 +1,4 @@
-// Removal of work folders when the user interrupts the program.
+// Removes work folders when the user interrupts the program.
 #pragma once
 
 #include <QStringList>
@@ -22,10 +22,11 @@ public:
     InterruptGuard(const InterruptGuard &) = delete;
     InterruptGuard &operator=(const InterruptGuard &) = delete;
 
-    /// Calls @p makeFolder, which creates a folder and returns its path, and protects that folder from then on. At any
-    /// interruption the folder either does not exist yet or is protected. An empty path protects nothing.
+    /// Calls @p makeFolder, which creates a folder and returns its path, and protects that folder from then on.
+    /// Whenever an interruption happens, the folder either does not exist yet or is protected. An empty path protects
+    /// nothing.
     void Protect(const std::function<QString()> &makeFolder);
-    /// Stops protecting a folder that was removed, or that should stay.
+    /// Stops protecting a folder that was removed or should be kept.
     void Release(const QString &folder);
     /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
     /// that blocks SIGTERM would outlive its session.

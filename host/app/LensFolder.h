@@ -1,4 +1,4 @@
-// The folder of lens profiles, in the form in which the plug-in searches it.
+// The folder of lens profiles, under the names that the plug-in expects.
 #pragma once
 
 #include "PrivateFolder.h"
@@ -6,11 +6,11 @@
 #include <QString>
 
 /// Profiles are stored as FOLDER/BRAND/FILE.lcp. The plug-in joins folder and brand with a backslash on every platform,
-/// so on other systems than Windows it looks for a folder named "FOLDER\BRAND". This is a folder of links in which both
+/// so on systems other than Windows it looks for a folder named "FOLDER\BRAND". This is a folder of links in which both
 /// names lead to the profiles.
 class LensFolder {
 public:
-    /// @param folder  of the user; a missing one gives an empty folder of links.
+    /// @param folder  the user's; if it doesn't exist, the folder of links is empty.
     LensFolder(const QString &folder, InterruptGuard *guard);
 
     /// The user's folder, absolute.

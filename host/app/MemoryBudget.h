@@ -1,4 +1,4 @@
-// Memory limit for pictures that are corrected in parallel.
+// Memory limit for pictures corrected in parallel.
 #pragma once
 
 #include <QtGlobal>
@@ -6,9 +6,9 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Returns the maximum bytes needed to correct a picture of that size: 48 per pixel (a float picture in the cache, its
-/// copy, and all rows of the copy as floats, for a lens with extreme distortion) plus 80 MiB. Pictures of 8 and 16 bits
-/// need less than half.
+/// Returns the maximum number of bytes needed to correct a picture of that size: 48 per pixel (a float picture in the
+/// cache, its copy, and all rows of the copy as floats, for a lens with extreme distortion) plus 80 MiB. Pictures of 8
+/// and 16 bits need less than half.
 qint64 BytesToCorrect(int width, int height);
 
 /// Returns the bytes available without swapping; 0 if the system doesn't report them.

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
-#include <QRegularExpression>
 
 #include <algorithm>
 #include <iterator>
@@ -19,8 +18,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". After a link to a folder, ".." is not the folder in the name: such
-/// names use the folder's canonical name; otherwise they would lead to another file.
+/// Returns an absolute name without "." and "..". After a link to a folder, ".." isn't the parent in the name, so such
+/// names are resolved by the folder's canonical name.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -40,24 +39,31 @@ const Field kFields[] = {
     {QLatin1String("folder"), [](const QFileInfo &picture) { return QFileInfo(picture.path()).fileName(); }},
 };
 
-/// Replaces each {field}. @param unknown  set to the first one that is none.
+/// Replaces each {field}. @param unknown  set to the first unknown field.
 QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknown = nullptr)
 {
     QString filled;
     int at = 0;
-    static const QRegularExpression kBraces(QStringLiteral("\\{([^{}]*)\\}"));
-    for (auto match = kBraces.globalMatch(pattern); match.hasNext();) {
-        const QRegularExpressionMatch one = match.next();
-        filled += pattern.midRef(at, one.capturedStart() - at);
-        at = one.capturedEnd();
-        const auto field = std::find_if(std::begin(kFields), std::end(kFields),
-                                        [&](const Field &row) { return one.capturedRef(1) == row.name; });
+    for (;;) {
+        const int end = pattern.indexOf(QLatin1Char('}'), at);
+        const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // of the innermost braces
+        if (end == -1)
+            return filled + pattern.midRef(at);
+        if (begin < at) { // a brace without its other one
+            filled += pattern.midRef(at, end + 1 - at);
+            at = end + 1;
+            continue;
+        }
+        filled += pattern.midRef(at, begin - at);
+        at = end + 1;
+        const QStringRef name = pattern.midRef(begin + 1, end - begin - 1);
+        const auto field =
+            std::find_if(std::begin(kFields), std::end(kFields), [&](const Field &row) { return name == row.name; });
         if (field != std::end(kFields))
             filled += field->value(picture);
         else if (unknown && unknown->isEmpty())
-            *unknown = one.captured();
+            *unknown = pattern.mid(begin, at - begin);
     }
-    return filled + pattern.midRef(at);
 }
 
 PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
@@ -75,7 +81,7 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
 
 } // namespace
 
-QString FaultOfOutputPattern(const QString &pattern)
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes)
 {
     QString unknown;
     const QString filled = Filled(pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown);
@@ -85,9 +91,9 @@ QString FaultOfOutputPattern(const QString &pattern)
         return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
     if (pattern.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
-    const QString suffix = QFileInfo(filled).suffix().toLower();
-    if (suffix != QLatin1String("tif") && suffix != QLatin1String("tiff"))
-        return QStringLiteral("does not end in .tif or .tiff, which the outputs are");
+    if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
+        return QStringLiteral("does not end in .%1, which the outputs are; --format chooses another format")
+            .arg(suffixes.join(QLatin1String(" or .")));
     return QString();
 }
 

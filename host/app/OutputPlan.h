@@ -12,7 +12,7 @@ enum class ExistingOutput { Refuse, Overwrite, Skip };
 /// How outputs are written.
 struct OutputRules {
     ExistingOutput existing = ExistingOutput::Refuse;
-    bool keepTime = false; // they get the time of their picture
+    bool keepTime = false; // outputs get the time of their picture
 };
 
 /// One picture of a run. Paths are absolute.
@@ -22,7 +22,7 @@ struct PlannedPicture {
     QString outputFolder;
     QString output;
     QString rival;         // an earlier picture, as named, with the same output; empty: none
-    bool repeated = false; // the rival is the same file, named twice
+    bool repeated = false; // the rival is the same file, listed twice
 };
 
 /// The folder and the names of outputs.
@@ -34,9 +34,9 @@ struct OutputNaming {
 };
 
 /// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
-/// file name, without a slash, that ends in a TIFF suffix.
-QString FaultOfOutputPattern(const QString &pattern);
+/// file name, without a slash, that ends in one of the format's @p suffixes, in any case.
+QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
 
-/// Two pictures can have the same output, such as a.jpg and a.png of one folder, or two a.jpg with one output folder:
-/// the first one named gets it, even if it fails.
+/// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
+/// one output folder, the first one gets it, even if it fails.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

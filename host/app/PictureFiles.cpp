@@ -8,16 +8,26 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
 namespace {
 
+/// Returns the suffixes of all known formats: ".tif" and so on.
+QStringList PictureSuffixes()
+{
+    QStringList suffixes;
+    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
+        suffixes << QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
+    return suffixes;
+}
+
 class Walk {
 public:
     Walk(const PictureSources &sources, PictureFiles *found)
         : m_sources(sources),
-          m_patterns(PictureNamePatterns()),
+          m_suffixes(PictureSuffixes()),
           m_outputFolder(sources.outputFolder.isEmpty() ? QString()
                                                         : QFileInfo(sources.outputFolder).canonicalFilePath()),
           m_found(found)
@@ -32,10 +42,11 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        // System: names that are not UTF-8 and dangling links, which then fail with a reason.
-        const QStringList files = dir.entryList(m_patterns, QDir::Files | QDir::System, QDir::Name);
+        // System: names that are not UTF-8 and dangling links, which then fail with a reason. The suffixes are compared
+        // here, because without memory QDir would match its patterns to no name.
+        const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
-            if (m_sources.resultEnding.isEmpty() || !file.endsWith(m_sources.resultEnding))
+            if (IsPictureName(file) && !IsResult(file))
                 m_found->pictures.append({Joined(folder, file), subpath});
         }
         const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
@@ -47,8 +58,20 @@ public:
     }
 
 private:
+    bool IsPictureName(const QString &file) const
+    {
+        return std::any_of(m_suffixes.begin(), m_suffixes.end(),
+                           [&](const QString &suffix) { return file.endsWith(suffix, Qt::CaseInsensitive); });
+    }
+
+    bool IsResult(const QString &file) const
+    {
+        return std::any_of(m_sources.resultEndings.begin(), m_sources.resultEndings.end(),
+                           [&](const QString &ending) { return file.endsWith(ending); });
+    }
+
     const PictureSources &m_sources;
-    const QStringList m_patterns;
+    const QStringList m_suffixes;
     const QString m_outputFolder;
     PictureFiles *m_found;
 };
@@ -69,12 +92,9 @@ QByteArray ReadList(const QString &name)
 
 QStringList PictureNamePatterns()
 {
-    QStringList patterns;
-    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i) {
-        const QStringList suffixes = QString::fromLatin1(format->Suffixes).split(QLatin1Char(' '));
-        for (const QString &suffix : suffixes)
-            patterns << QLatin1Char('*') + suffix;
-    }
+    QStringList patterns = PictureSuffixes();
+    for (QString &pattern : patterns)
+        pattern.prepend(QLatin1Char('*'));
     return patterns;
 }
 

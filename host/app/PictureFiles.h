@@ -7,7 +7,7 @@
 
 /// One picture of a run.
 struct NamedPicture {
-    QString name;    // as the user knows it
+    QString name;    // as typed, or as shown to the user
     QString subpath; // its folder below the walked one; empty: directly in that, or named individually
 };
 
@@ -21,9 +21,9 @@ QVector<NamedPicture> Named(const QStringList &names);
 struct PictureSources {
     QStringList named; // pictures and, if recursive, folders
     bool recursive = false;
-    QString listFile;     // names of more pictures; "-": standard input; empty: no list
-    QString resultEnding; // walks omit files with this ending, such as "_corrected.tiff"; empty: none
-    QString outputFolder; // walks omit it; empty: none
+    QString listFile;          // names of more pictures; "-": standard input; empty: no list
+    QStringList resultEndings; // walks omit files with these endings, such as "_corrected.tiff"
+    QString outputFolder;      // walks omit it; empty: none
 };
 
 /// The pictures in the given order; those of a walked folder sorted by name, each folder's files before its folders. A
@@ -31,7 +31,7 @@ struct PictureSources {
 /// folders.
 struct PictureFiles {
     QVector<NamedPicture> pictures;
-    QStringList unreadable; // folders below a walked one, or it itself, which cannot be read
+    QStringList unreadable; // folders that cannot be read: walked ones and those below
 };
 
 /// Finds the pictures. Throws KException with a text for the user if the list cannot be read.

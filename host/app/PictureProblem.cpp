@@ -17,7 +17,7 @@ struct Text {
 QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
 {
     constexpr std::int32_t kAnyFormat = -1;
-    constexpr std::uint32_t kFlags = 4; // the value that all hosts pass; no effect
+    constexpr std::uint32_t kFlags = 4; // all hosts pass this; it has no effect
     const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, information, kFlags);
     return error == GFL_NO_ERROR ? QString() : WithoutFileName(QString::fromUtf8(gflLastErrorText()), path);
 }
@@ -29,7 +29,7 @@ QString FileProblem(const QString &path)
     const QFileInfo info(path);
     if (!info.exists()) {
         return info.isSymLink()                          ? Text::tr("is a link to a file that does not exist")
-            : path.contains(QChar::ReplacementCharacter) ? Text::tr("no such file; names are expected in UTF-8")
+            : path.contains(QChar::ReplacementCharacter) ? Text::tr("no such file; names must be in UTF-8")
                                                          : Text::tr("no such file");
     }
     if (info.isDir())

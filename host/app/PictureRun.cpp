@@ -33,7 +33,7 @@ const FlagRow kFlags[] = {
 };
 const QLatin1String kProfile("LCPfilename");
 
-/// Moves the output into place, by the rule for existing outputs.
+/// Moves the output into place according to the rule for existing outputs.
 RunResult Publish(const WorkFolder &folder, const QString &result, const PlannedPicture &planned,
                   ExistingOutput existing)
 {
@@ -53,10 +53,10 @@ void CopyTime(const QString &picture, const QString &result)
         if (utimensat(AT_FDCWD, QFile::encodeName(result).constData(), times, 0) == 0)
             return;
     }
-    throw KException(WorkFolder::tr("cannot keep the time: %1").arg(qt_error_string(errno)), KPlace());
+    throw KException(WorkFolder::tr("cannot set the file time: %1").arg(qt_error_string(errno)), KPlace());
 }
 
-/// Runs the process in @p folder. @return the output's path. Error texts name the files that the user knows.
+/// Runs the process in @p folder. @return the output's path. Error texts contain the user's file names.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
 {

@@ -1,4 +1,4 @@
-// The run of one picture through the plug-in, shared by all commands that correct.
+// The correction of one picture by the plug-in, shared by all commands that correct.
 #pragma once
 
 #include "Corrections.h"
@@ -20,8 +20,8 @@ struct PictureParameters {
     QString profile; // absolute path; empty: none chosen
 };
 
-/// Returns the XML form of a parameter record with all four attributes: a missing one would clear its field, and stored
-/// settings are not used.
+/// Returns the XML form of a parameter record with all four attributes, because a missing one would clear its field.
+/// Stored settings are not used.
 /// @param options  further attributes. They must be set here: the element outlives its document, and setting an
 /// attribute later would write to the freed document.
 QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
@@ -54,7 +54,7 @@ bool IsThere(const QString &path);
 enum class RunResult { Written, Kept };
 
 /// Corrects into a private folder and moves the complete output into place. Throws KException with a text for the user
-/// without the picture's name, or any exception of the process; no files are left then, and an existing output is
+/// without the picture's name, or any exception of the process; then no files are left, and an existing output is
 /// unchanged. Frees the picture's pixels, because no picture is needed twice.
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,

@@ -16,10 +16,11 @@ namespace {
 QString Number(double value, int digits = 6)
 {
     const QString text = QString::number(value, 'g', digits);
-    return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 8) : text; // such as a place near the equator
+    return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 8)
+                                           : text; // such as a position near the equator
 }
 
-/// Rounds for scripts: without digits that are only rounding errors.
+/// Rounds for scripts, so that no digits are only rounding errors.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -253,7 +254,7 @@ void AddPlace(const ShootingInformation &shooting, const FileExif &exif, Picture
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
         return;
-    // Cameras without a fix write zeros, and neither north nor south, or no reception.
+    // Cameras without a GPS fix write zeros, and either neither north nor south or no reception.
     const bool isZero = shooting.gpsLatitude == 0.0 && shooting.gpsLongitude == 0.0;
     if (isZero
         && (exif.GpsText(kGpsLatitudeRef).isEmpty() || exif.GpsText(kGpsStatus) == QLatin1String("V")
@@ -283,12 +284,12 @@ void AddOrientation(int orientation, PictureSummary *facts)
 {
     constexpr const char *kNames[] = {"upright",
                                       "mirrored",
-                                      "to be turned by 180\u00b0",
-                                      "mirrored, to be turned by 180\u00b0",
-                                      "mirrored, to be turned by 90\u00b0 anticlockwise",
-                                      "to be turned by 90\u00b0 clockwise",
-                                      "mirrored, to be turned by 90\u00b0 clockwise",
-                                      "to be turned by 90\u00b0 anticlockwise"};
+                                      "to be rotated by 180\u00b0",
+                                      "mirrored, to be rotated by 180\u00b0",
+                                      "mirrored, to be rotated by 90\u00b0 counterclockwise",
+                                      "to be rotated by 90\u00b0 clockwise",
+                                      "mirrored, to be rotated by 90\u00b0 clockwise",
+                                      "to be rotated by 90\u00b0 counterclockwise"};
     if (orientation < 1 || orientation > 8)
         return;
     *facts << PictureFact{QStringLiteral("Orientation"),

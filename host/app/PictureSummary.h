@@ -1,4 +1,4 @@
-// Facts about one picture, as lines for people and as a record for scripts.
+// Facts about one picture, as lines for users and as a record for scripts.
 #pragma once
 
 #include <QJsonObject>
@@ -21,5 +21,5 @@ using PictureSummary = QVector<PictureFact>;
 /// @param path  absolute, of a picture that can be read.
 PictureSummary SummaryOfPicture(const QString &path);
 
-/// Returns all EXIF of the picture, one line per entry; a text that says so if there is none.
+/// Returns all EXIF of the picture, one line per entry, or a text that there is none.
 QString ExifTable(const QString &path);

@@ -48,7 +48,7 @@ void PluginLoader::SetMode(QObject *process) const
 /// @return why there is no process; meaningless if there is one.
 QString PluginLoader::Load()
 {
-    // Checked first, in the file: loading would run code.
+    // Check the file first, because loading would run its code.
     const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
     if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
         return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);

@@ -1,4 +1,4 @@
-// Loader of the lens correction plug-in, which uses only the interfaces that every host has.
+// Loads the lens correction plug-in, using only the interfaces available to every host.
 #pragma once
 
 #include "KIPluginOne2One.h"

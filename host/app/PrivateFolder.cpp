@@ -25,7 +25,8 @@ const QLatin1String kLockName("/.vitrelux-lock"); // not the name of a picture
 
 enum class Lock { Taken, HeldByOther, NotSupported };
 
-/// Locks the open file, not the process: the lock ends with the last descriptor, and also excludes other threads.
+/// Locks for the open file, not for the process: the lock ends with the last descriptor, and also excludes other
+/// threads.
 Lock TakeLock(int file)
 {
     struct flock whole = {};
@@ -42,8 +43,8 @@ bool IsUnlinked(int file)
     return fstat(file, &status) == 0 && status.st_nlink == 0;
 }
 
-/// Removes a folder whose owner is dead. One without a lock file is only removed if it is empty: its owner may be about
-/// to create that file, and uses another folder if this one is removed.
+/// Removes a folder whose owner is dead. A folder without a lock file is only removed if it is empty: its owner may be
+/// about to create that file, and will use another folder if this one is removed.
 void RemoveIfAbandoned(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -73,10 +74,13 @@ void RemoveAbandoned(const QString &parent)
     if (done.contains(parent))
         return;
     done.insert(parent);
-    const QString pattern = kPrefix + QString(kRandomPart.size(), QLatin1Char('?'));
-    QDirIterator found(parent, {pattern}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
-    while (found.hasNext())
-        RemoveIfAbandoned(found.next());
+    QDirIterator found(parent, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
+    while (found.hasNext()) {
+        found.next();
+        const QString name = found.fileName();
+        if (name.startsWith(kPrefix) && name.size() == kPrefix.size() + kRandomPart.size())
+            RemoveIfAbandoned(found.filePath());
+    }
 }
 
 } // namespace
@@ -123,7 +127,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
 {
     const auto fail = [this] { m_problem = QString::fromLocal8Bit(std::strerror(errno)); };
     QByteArray name = QFile::encodeName(parent + QLatin1Char('/') + kPrefix + kRandomPart);
-    if (!mkdtemp(name.data())) { // never accessible to others, whatever the umask
+    if (!mkdtemp(name.data())) { // never accessible to others, regardless of the umask
         fail();
         return true;
     }

@@ -7,8 +7,8 @@
 
 class InterruptGuard;
 
-/// Named ".vitrelux-" and six letters. A lock on a file in it shows other processes that its owner is alive; the first
-/// such folder in a parent removes those of killed owners. Removal problems are printed on standard error.
+/// Named ".vitrelux-" plus six letters. A lock on a file in it shows other processes that its owner is alive. The first
+/// such folder of a process in a parent removes those of killed owners. Removal problems are printed on standard error.
 class PrivateFolder {
 public:
     /// @param parent  an existing folder.

@@ -111,7 +111,7 @@ QString ProfileLookup::AskPlugin(KIPluginOne2One *process, const ImageDef &image
     try {
         QString output;
         process->Process(name, record.Get(), output);
-    } catch (...) { // thrown while the pixel is written: the lookup is already done
+    } catch (...) { // thrown while the pixel is written, after the lookup
     }
     return ReadParameters(process->GetXmlParameters(record.Get())).profile;
 }

@@ -9,8 +9,8 @@ class HostApplication;
 class ImageDef;
 class KIPluginOne2One;
 
-/// The plug-in looks up a profile if it runs with a record that names none; it then leaves the pixels unchanged and
-/// stores the profile in the record. This class runs it on a picture that lends a single pixel.
+/// If the plug-in runs with a record that names no profile, it looks one up, stores it in the record and leaves the
+/// pixels unchanged. This class runs it on a picture that provides a single pixel.
 ///
 /// Create it before the process that it runs, which reads the profile folder when it starts. Only one thread at a time
 /// may call Find.
@@ -19,8 +19,8 @@ public:
     static const QLatin1String kLensPath; // the plug-in's setting for the profile folder
 
     /// Returns the folder for @p stored, a value of that setting. A path that isn't absolute, such as the plug-in's
-    /// default, a Windows path, is not resolved against the current folder, where pictures may come with profiles of
-    /// their own. It becomes a path that doesn't exist.
+    /// default (a Windows path), becomes a path that doesn't exist. It must not be resolved against the current folder,
+    /// where pictures may come with other profiles.
     static QString UsableFolder(const QString &stored);
 
     struct Answer {
@@ -34,7 +34,7 @@ public:
     ProfileLookup(const ProfileLookup &) = delete;
     ProfileLookup &operator=(const ProfileLookup &) = delete;
 
-    /// @param process  the last process made during the life of this object.
+    /// @param process  the last process made while this object exists.
     /// @param picture  absolute.
     Answer Find(KIPluginOne2One *process, const QString &picture);
 

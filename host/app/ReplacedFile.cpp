@@ -57,7 +57,7 @@ QString ReplacedFile::Problem() const
     if (stat(name.constData(), &status) != 0)
         return errno == ENOENT ? QString() : SystemError();
     if (!S_ISREG(status.st_mode))
-        return QCoreApplication::translate("WorkFolder", "there is something that is not a regular file");
+        return QCoreApplication::translate("WorkFolder", "it exists and is not a regular file");
     return faccessat(AT_FDCWD, name.constData(), W_OK, AT_EACCESS) == 0 ? QString() : SystemError();
 }
 

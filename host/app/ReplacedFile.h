@@ -13,11 +13,11 @@ public:
     explicit ReplacedFile(const QString &path);
 
     QString Path() const { return m_path; }
-    /// Returns why the file must not be replaced: it is write-protected, or not a regular file. Empty if it may be, or
-    /// if there is none.
+    /// Returns why the file must not be replaced: it is write-protected, or not a regular file. Empty if it may be
+    /// replaced or doesn't exist.
     QString Problem() const;
-    /// Moves the file @p from, which must be on the same file system, into place. If it replaces a file, it gets that
-    /// file's permissions and is flushed to disk first. @return why that failed, or empty.
+    /// Moves the file @p from, which must be on the same file system, into place. If @p from replaces a file, it first
+    /// gets that file's permissions and is flushed to disk. @return why that failed, or empty.
     QString ReplaceBy(const QString &from) const;
 
 private:

@@ -1,10 +1,10 @@
-// A check of settings files before Qt reads them, because Qt does not check them.
+// Checks settings files before Qt reads them, because Qt does not.
 #pragma once
 
 #include <QString>
 
-/// Returns why the settings of @p organization and @p application, of the user or of the system, must not be read: a
-/// file is not a regular one, so reading could block forever, or is far too large. Empty if they may be read.
+/// Returns why the settings of @p organization and @p application, the user's or the system's, must not be read: a file
+/// is far too large, or isn't a regular file, so that reading could block forever. Empty if they may be read.
 QString SettingsProblem(const QString &organization, const QString &application);
 
 /// Stops Qt from reading and writing settings files in this process.

@@ -100,7 +100,7 @@ void WorkFolder::Publish(const QString &result, const ReplacedFile &target) cons
 
 QString WorkFolder::WithKnownNames(QString text) const
 {
-    // Not if it is the start of the output's longer name.
+    // Don't match the beginning of a longer name, such as the output's.
     const QRegularExpression admitted(QRegularExpression::escape(m_admitted) + QStringLiteral("(?![\\w.])"));
     for (auto match = admitted.match(text); match.hasMatch(); match = admitted.match(text))
         text.replace(match.capturedStart(), match.capturedLength(), m_picture);

@@ -26,13 +26,13 @@ public:
     /// folder.
     QString Admit(const QString &picture);
 
-    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist. @return false
-    /// if it was created meanwhile; it is kept then.
+    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist. @return
+    /// false, with the existing file kept, if it was created meanwhile.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
     /// Moves @p result to @p target, replacing an existing file.
     void Publish(const QString &result, const ReplacedFile &target) const;
 
-    /// Returns @p text with the names of this folder's files replaced by those that the user knows.
+    /// Returns @p text with the names of files in this folder replaced by the user's names.
     QString WithKnownNames(QString text) const;
 
 private:

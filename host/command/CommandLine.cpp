@@ -1,195 +1,17 @@
 #include "CommandLine.h"
 
+#include "CommandTable.h"
 #include "Console.h"
-#include "gfl.h"
+#include "HelpText.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 
 namespace {
 
-enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard };
-
-struct VerbRow {
-    Verb verb;
-    const char *name;
-    const char *usage;
-    const char *summary;
-    const char *details;
-};
-
-constexpr VerbRow kVerbs[] = {
-    {Verb::Correct, "correct", "correct [OPTION]... PICTURE...", "correct pictures by a lens profile",
-     "Corrects each PICTURE (%1) by a lens profile and\n"
-     "writes NAME_corrected.tiff next to it, with the depth, color profile, EXIF, IPTC and XMP data of the picture.\n"
-     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is\n"
-     "requested but missing from the profile is a failure. An output appears only when it is complete, and\n"
-     "replaces an existing file only with --overwrite.\n"
-     "\n"
-     "The profile is fitted to the picture: any size, crop, focal length, aperture and distance. Without --profile it\n"
-     "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database\n"
-     "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the\n"
-     "camera, another program or an earlier run already corrected are skipped.\n"
-     "\n"
-     "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this\n"
-     "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n"
-     "\n"
-     "Prints the name of each file written on standard output, one per line. A picture that fails gets one line on\n"
-     "standard error, and the others continue.\n"},
-    {Verb::Info, "info", "info [OPTION]... PICTURE...", "show facts about pictures",
-     "Prints size, depth and format of each PICTURE, what its metadata says about camera, lens, exposure, date and\n"
-     "place, and which lens profile fits it or why none was found.\n"},
-    {Verb::Profile, "profile", "profile [OPTION]... FILE...", "show the content of lens profiles",
-     "Prints the content of each lens profile (.lcp): camera, lens and frame, and its entries as a grid of focal\n"
-     "lengths, distances, apertures and models. An unusable profile is a failure. With --for, so is one that does\n"
-     "nothing to PICTURE.\n"
-     "\n"
-     "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without\n"
-     "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n"
-     "\n"
-     "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold\n"
-     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies\n"
-     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to\n"
-     "green. Prints the name of the file written.\n"},
-    {Verb::Lenses, "lenses", "lenses [OPTION]... [WORD]...", "show which lenses can be corrected",
-     "Prints the folders searched for profiles, the number of files and of lenses in each, and the files that\n"
-     "can't be read. With WORDs, prints the lenses whose names contain all of them, ignoring case, with their\n"
-     "profiles; lensfun:MAKER/LENS is an entry of lensfun's database. --lens accepts such a name.\n"},
-    {Verb::Report, "report", "report FILE...", "summarize the records of several runs",
-     "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were\n"
-     "corrected, skipped or failed, why they failed, by lens, and the slowest ones. A picture with several records\n"
-     "counts once, by its last one.\n"},
-    {Verb::Wizard, "wizard", "wizard [OPTION]... [PICTURE]...", "correct pictures in a window, with a preview",
-     "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written\n"
-     "next to its original, as NAME_corrected.tiff. Lens profiles are found and fitted as by the correct command; the\n"
-     "window shows which one was found, and another one can be chosen.\n"},
-};
-
-struct OptionRow {
-    Verb verb;
-    const char *names[2]; // as on the command line, without dashes; the second may be null
-    const char *value;    // null: a switch
-    const char *help;
-};
-
-constexpr OptionRow kOptions[] = {
-    {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
-    {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
-    {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines"},
-    {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)"},
-    {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners"},
-    {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
-    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: standard input), one per line or NUL"},
-    {Verb::Correct, {"shard", nullptr}, "I/N", "correct every N-th picture of the sorted list, from the I-th on"},
-    {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
-    {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff instead of NAME_corrected.tiff"},
-    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs such as {name}-{ext}.tif; also {folder}"},
-    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture"},
-    {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
-    {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
-    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
-    {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
-    {Verb::Correct, {"j", "jobs"}, "N", "correct N pictures in parallel; default: by processors and memory"},
-    {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources"},
-    {Verb::Correct, {"plain", nullptr}, nullptr, "don't fit the profile; excludes all options below"},
-    {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
-    {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
-    {Verb::Info,
-     {"plain", nullptr},
-     nullptr,
-     "look the profile up as --plain does, as FOLDER/BRAND/*.lcp; excludes --lens to --body"},
-    {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR for profiles, not the stored or default folders"},
-    {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
-    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
-    {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-    {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
-    {Verb::Profile, {"for", nullptr}, "PICTURE", "also print what is applied to PICTURE"},
-    {Verb::Profile, {"json", nullptr}, nullptr, "print one JSON object per profile, one per line"},
-    {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
-    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
-    {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
-    {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},
-    {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
-};
-
-constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 wrong usage.\n";
-
 QString Latin(const char *text)
 {
     return QString::fromLatin1(text);
-}
-
-/// Returns the options of a verb that only fitted corrections have; those of `info` are about the picture.
-QVector<OptionRow> FittedRows(Verb verb)
-{
-    QVector<OptionRow> rows;
-    const QVector<FittedOptionRow> fitted = FittedOptionRows();
-    for (const FittedOptionRow &row : fitted) {
-        if (verb == Verb::Correct || (verb == Verb::Info && row.isFact))
-            rows.append({verb, {row.name, nullptr}, row.value, row.help});
-    }
-    return rows;
-}
-
-/// Returns all options of a verb, in the order of its help.
-QVector<OptionRow> OptionsOf(Verb verb)
-{
-    QVector<OptionRow> rows;
-    for (const OptionRow &row : kOptions) {
-        if (row.verb == verb)
-            rows.append(row);
-    }
-    return rows + FittedRows(verb);
-}
-
-/// Returns the names of an option as in the help: "-o, --output DIR".
-QString Spelling(const OptionRow &row)
-{
-    QStringList names;
-    for (const char *name : row.names) {
-        if (name)
-            names << (qstrlen(name) == 1 ? QLatin1String("-") : QLatin1String("--")) + Latin(name);
-    }
-    const QString all = names.join(QLatin1String(", "));
-    return row.value ? all + QLatin1Char(' ') + Latin(row.value) : all;
-}
-
-QString HelpLine(const QString &left, const char *right)
-{
-    return QStringLiteral("  %1  %2\n").arg(left, -18).arg(Latin(right));
-}
-
-QString ProgramHelp()
-{
-    QString text = QStringLiteral("Usage: vitrelux COMMAND [OPTION]... FILE...\n\n"
-                                  "Removes lens distortion, color fringes and dark corners from photographs.\n\n");
-    for (const VerbRow &verb : kVerbs)
-        text += HelpLine(Latin(verb.name), verb.summary);
-    text += HelpLine(QStringLiteral("--version"), "print the version");
-    text += HelpLine(QStringLiteral("--help"), "print this; COMMAND --help describes a command");
-    return text + QLatin1Char('\n') + Latin(kExitCodes);
-}
-
-/// Returns the formats that can be read: "Camera raw, TIFF, JPEG ...".
-QString KnownFormats()
-{
-    QStringList names;
-    for (std::int32_t i = 0; const GFL_FORMAT *format = gflGetFormat(i); ++i)
-        names << Latin(format->Label);
-    return names.join(QLatin1String(", "));
-}
-
-QString VerbHelp(const VerbRow &verb)
-{
-    const QString details = Latin(verb.details).replace(QLatin1String("%1"), KnownFormats());
-    QString text = QStringLiteral("Usage: vitrelux %1\n\n%2\n").arg(Latin(verb.usage), details);
-    const QVector<OptionRow> rows = OptionsOf(verb.verb);
-    for (const OptionRow &row : rows)
-        text += HelpLine(Spelling(row), row.help);
-    text += HelpLine(QStringLiteral("-h, --help"), "print this");
-    return text + QLatin1Char('\n') + Latin(kExitCodes);
 }
 
 CommandLine PrintText(const QString &text)
@@ -207,15 +29,6 @@ CommandLine Refuse(const QString &command, const QString &why)
     line.action = CommandLine::Action::RefuseUsage;
     line.text = QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(command, OneLine(why));
     return line;
-}
-
-const VerbRow *FindVerb(const QString &name)
-{
-    for (const VerbRow &verb : kVerbs) {
-        if (name == QLatin1String(verb.name))
-            return &verb;
-    }
-    return nullptr;
 }
 
 void AddOptions(QCommandLineParser *parser, Verb verb)
@@ -243,6 +56,29 @@ QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
     return QString();
 }
 
+QString FormatOf(const QCommandLineParser &parser)
+{
+    return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
+}
+
+/// Reads the names of outputs, with the suffix of their format. Results of earlier runs are recognized by the default
+/// or chosen ending, with the suffix of any format, unless a pattern was given.
+void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
+{
+    if (parser.isSet(QStringLiteral("output-name"))) {
+        options->outputs.pattern = parser.value(QStringLiteral("output-name"));
+        return;
+    }
+    const QString ending =
+        parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
+    const auto named = [&](const QString &format) {
+        return ending + QLatin1Char('.') + SuffixesOfFormat(format).value(0);
+    };
+    options->outputs.pattern = QStringLiteral("{name}") + named(FormatOf(parser));
+    for (const char *format : {"tiff", "jpeg", "png", "exr"})
+        options->pictures.resultEndings << named(Latin(format));
+}
+
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)
 {
     CorrectOptions options;
@@ -253,17 +89,13 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.lensPath = parser.value(QStringLiteral("lens-path"));
     options.outputs.folder = parser.value(QStringLiteral("o"));
     options.pictures.outputFolder = options.outputs.folder;
-    if (parser.isSet(QStringLiteral("suffix")))
-        options.outputs.pattern = QStringLiteral("{name}%1.tiff").arg(parser.value(QStringLiteral("suffix")));
-    else if (parser.isSet(QStringLiteral("output-name")))
-        options.outputs.pattern = parser.value(QStringLiteral("output-name"));
-    if (!parser.isSet(QStringLiteral("output-name"))) // otherwise results can't be recognized
-        options.pictures.resultEnding = options.outputs.pattern.mid(int(qstrlen("{name}")));
+    ReadOutputNames(parser, &options);
     options.plugin = parser.value(QStringLiteral("plugin"));
     options.jobs = parser.value(QStringLiteral("j")).toInt();
     options.plain = parser.isSet(QStringLiteral("plain"));
     options.dryRun = parser.isSet(QStringLiteral("dry-run"));
     options.json = parser.isSet(QStringLiteral("json"));
+    options.notify = parser.isSet(QStringLiteral("notify"));
     options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
@@ -286,6 +118,18 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     options.exif = parser.isSet(QStringLiteral("exif"));
     options.plain = parser.isSet(QStringLiteral("plain"));
     return options;
+}
+
+/// Returns a message about an option that the format of outputs doesn't have; empty if there is none.
+QString FindFormatFault(const QCommandLineParser &parser)
+{
+    const std::pair<const char *, const char *> needs[] = {{"quality", "jpeg"}, {"compression", "tiff"}};
+    for (const auto &[option, format] : needs) {
+        if (parser.isSet(Latin(option)) && FormatOf(parser) != Latin(format))
+            return QStringLiteral("--%1 is for --format %2, but the outputs are of format %3.")
+                .arg(Latin(option), Latin(format), FormatOf(parser));
+    }
+    return QString();
 }
 
 using Exclusions = QVector<std::pair<const char *, const char *>>;
@@ -316,7 +160,7 @@ Exclusions ExclusionsOf(Verb verb)
     return exclusions;
 }
 
-/// Reads the options of fitted corrections. @return what is wrong with one; empty if nothing is.
+/// Reads the options of fitted corrections. @return a message about the first wrong one; empty if there is none.
 QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
     const QVector<OptionRow> rows = FittedRows(verb);
@@ -329,7 +173,7 @@ QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *o
     return QString();
 }
 
-/// Returns what is wrong with the options of `profile`; empty if nothing is.
+/// Returns a message about wrong options of `profile`; empty if there are none.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     const QString exclusion = FindExclusion(parser,
@@ -391,6 +235,29 @@ QString HintAtDashes(const QStringList &arguments)
     return QString();
 }
 
+CommandLine ReadHelp(const QCommandLineParser &parser)
+{
+    const QString command = QStringLiteral("vitrelux help");
+    const QStringList names = parser.positionalArguments();
+    if (const QString exclusion =
+            FindExclusion(parser, {{"man", "completion"}, {"man", "names"}, {"completion", "names"}});
+        !exclusion.isEmpty())
+        return Refuse(command, exclusion);
+    if (parser.isSet(QStringLiteral("names")))
+        return PrintText(NamesOfCommands());
+    if (parser.isSet(QStringLiteral("completion"))) {
+        const QString script = Completion(parser.value(QStringLiteral("completion")));
+        return script.isEmpty() ? Refuse(command, QStringLiteral("'--completion SHELL' needs bash, zsh or fish."))
+                                : PrintText(script);
+    }
+    const VerbRow *verb = names.isEmpty() ? nullptr : FindVerb(names.first());
+    if (names.size() > 1 || (!names.isEmpty() && !verb))
+        return Refuse(command, QStringLiteral("unknown command '%1'.").arg(names.last()));
+    if (parser.isSet(QStringLiteral("man")))
+        return PrintText(ManPage(verb));
+    return PrintText(verb ? VerbHelp(*verb, false) : ProgramHelp());
+}
+
 CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
 {
     QCommandLineParser parser;
@@ -399,15 +266,18 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     if (!parser.parse(arguments))
         return Refuse(command, parser.errorText() + HintAtDashes(arguments));
     if (parser.isSet(QStringLiteral("help")))
-        return PrintText(VerbHelp(verb));
+        return PrintText(VerbHelp(verb, true));
     if (const QString empty = FindEmptyValue(parser, verb.verb); !empty.isEmpty())
-        return Refuse(command, QStringLiteral("'%1' needs a value that is not empty.").arg(empty));
+        return Refuse(command, QStringLiteral("'%1' needs a non-empty value.").arg(empty));
     const bool isListed = verb.verb == Verb::Correct && parser.isSet(QStringLiteral("files-from"));
-    if (parser.positionalArguments().isEmpty() && !isListed && verb.verb != Verb::Wizard && verb.verb != Verb::Lenses)
-        return Refuse(command, QStringLiteral("no file given."));
+    const bool isOptional = verb.operand[0] == '[';
+    if (parser.positionalArguments().isEmpty() && !isListed && !isOptional)
+        return Refuse(command, QStringLiteral("no files given."));
     if (parser.positionalArguments().contains(QString()))
         return Refuse(command, QStringLiteral("a file name is empty."));
 
+    if (verb.verb == Verb::Help)
+        return ReadHelp(parser);
     CommandLine line;
     if (verb.verb == Verb::Profile) {
         const QString fault = FindProfileFault(parser);
@@ -448,9 +318,12 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     }
     if (parser.isSet(QStringLiteral("j")) && !IsJobCount(parser.value(QStringLiteral("j"))))
         return Refuse(command, QStringLiteral("'-j N' needs a whole number from 1 to 256."));
+    if (const QString fault = FindFormatFault(parser); !fault.isEmpty())
+        return Refuse(command, fault);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern); !fault.isEmpty())
+    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
+        !fault.isEmpty())
         return Refuse(command,
                       QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))

@@ -24,11 +24,12 @@ struct CorrectOptions {
     QString lensPath;     // profile folder; empty: the stored one or, if fitted, those of SearchedFolders
     QString plugin;       // empty: the installed one
     Corrections asked;    // none: all that the profile has
-    bool plain = false;   // instead of fitted
+    bool plain = false;   // plain corrections instead of fitted ones
     FittedOptions fitted; // unused if plain
     bool verbose = false; // print the facts about each picture
     bool dryRun = false;  // print what would be done
     bool json = false;    // print records as in docs/correct.schema.json
+    bool notify = false;  // show a notification of the desktop at the end
     OutputRules rules;
     int jobs = 0; // pictures in parallel; 0: as many as processors and memory allow
 };

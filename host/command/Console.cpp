@@ -134,7 +134,7 @@ void Console::Summary(const QMap<PictureReport::Outcome, int> &counts)
     }
     QString text = QStringLiteral("%1 in %2 s").arg(parts.join(QLatin1String(", "))).arg(seconds, 0, 'f', 1);
     if (const int corrected = counts.value(PictureReport::Outcome::Corrected); corrected > 1)
-        text += QStringLiteral(", %1 pictures a minute").arg(60.0 * corrected / qMax(seconds, 0.001), 0, 'f', 0);
+        text += QStringLiteral(", %1 pictures per minute").arg(60.0 * corrected / qMax(seconds, 0.001), 0, 'f', 0);
     PrintError(text + QLatin1Char('\n'));
 }
 

@@ -32,7 +32,7 @@ public:
     void Failure(const QString &file, const QString &text);
     void Note(const QString &file, const QString &text);
 
-    /// Shows "[2/7] name.jpg ..." until EndProgress() for that number; of several, the last one. Only on a terminal.
+    /// Shows "[2/7] name.jpg ..." until EndProgress() for that number; the latest one of several. Only on a terminal.
     void BeginProgress(int number, int count, const QString &file);
     void EndProgress(int number);
     /// Prints the last line of a run, only on a terminal.

@@ -8,7 +8,9 @@
 #include "app/PluginLoader.h"
 #include "gfl.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
+#include <QProcess>
 
 #include <malloc.h>
 
@@ -86,6 +88,8 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
                                .arg(m_plan.size() - m_begun)
                                .arg(m_plan.size()));
     m_console->Summary(m_counts);
+    if (m_options.notify)
+        Notify();
     return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
 }
 
@@ -97,7 +101,7 @@ void CorrectRun::RefuseRivals()
             continue;
         PictureReport report;
         report.picture = planned.asNamed;
-        report.why = QStringLiteral("its output \"%1\" is already that of \"%2\"").arg(planned.output, planned.rival);
+        report.why = QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
         Report(planned, report);
     }
 }
@@ -168,6 +172,8 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
 {
     if (!report.facts.isEmpty())
         m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));
+    if (m_firstProblem.isEmpty() && !report.why.isEmpty())
+        m_firstProblem = QFileInfo(planned.asNamed).fileName() + QLatin1String(": ") + report.why;
     for (const QString &note : report.notes)
         m_console->Note(planned.asNamed, note);
     if (report.outcome == PictureReport::Outcome::Failed)
@@ -180,4 +186,14 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
         m_console->PrintName(planned.output);
     }
     ++m_counts[report.outcome];
+}
+
+/// Shows the counts by notify-send, if it is installed: a file manager shows nothing that the program prints.
+void CorrectRun::Notify() const
+{
+    const QString title = m_counts.isEmpty() ? QStringLiteral("no pictures") : TextOf(m_counts);
+    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notifications may be read as markup
+    QProcess::startDetached(QStringLiteral("notify-send"),
+                            {QStringLiteral("--icon=vitrelux"), QStringLiteral("--app-name=Vitrelux"),
+                             QStringLiteral("--"), QStringLiteral("Vitrelux: ") + title, body});
 }

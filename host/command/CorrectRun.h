@@ -10,8 +10,8 @@
 class Console;
 class PluginLoader;
 
-/// One run over all pictures. No wizard page is shown, so the process only gets one record per picture: SetFiles and
-/// OnValidatePage belong to the page.
+/// One run over all pictures. The process only gets one record per picture: SetFiles and OnValidatePage are for the
+/// wizard page, which isn't shown.
 ///
 /// Each thread has a separate process object and takes the next picture when it is free.
 class CorrectRun {
@@ -19,7 +19,7 @@ public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
                PictureCorrector *corrector, InterruptGuard *guard, Console *console);
 
-    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return their number.
+    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return the number of threads.
     int ShareProcessors() const;
     ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 
@@ -29,6 +29,7 @@ private:
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
+    void Notify() const;
 
     const CorrectOptions &m_options;
     const QVector<PlannedPicture> m_plan;
@@ -39,4 +40,5 @@ private:
     std::mutex m_mutex; // guards the console and all members below
     int m_begun = 0;
     QMap<PictureReport::Outcome, int> m_counts;
+    QString m_firstProblem; // of a picture that was not corrected
 };

@@ -11,11 +11,6 @@ namespace {
 constexpr double kLeastZoom = 0.5, kMostZoom = 2.0;
 constexpr double kMostPercent = 200.0;
 
-bool IsOneOf(const QString &text, const QStringList &words)
-{
-    return words.contains(text);
-}
-
 /// Whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)
 {
@@ -31,32 +26,16 @@ bool IsAboveZero(const QString &text)
     return ok && std::isfinite(number) && number > 0.0;
 }
 
-bool IsFraming(const QString &text)
+bool IsZoom(const QString &text)
 {
-    return IsOneOf(text, {QStringLiteral("fill"), QStringLiteral("keep"), QStringLiteral("all")})
-        || IsNumber(text, kLeastZoom, kMostZoom);
+    return IsNumber(text, kLeastZoom, kMostZoom);
 }
 
-bool IsSampling(const QString &text)
+bool IsQuality(const QString &text)
 {
-    return IsOneOf(text, {QStringLiteral("sharp"), QStringLiteral("bilinear")});
-}
-
-bool IsProjection(const QString &text)
-{
-    return IsOneOf(text,
-                   {QStringLiteral("rectilinear"), QStringLiteral("equidistant"), QStringLiteral("stereographic"),
-                    QStringLiteral("equisolid")});
-}
-
-bool IsSource(const QString &text)
-{
-    return IsOneOf(text, {QStringLiteral("auto"), QStringLiteral("lcp"), QStringLiteral("lensfun")});
-}
-
-bool IsDistance(const QString &text)
-{
-    return text == QLatin1String("inf") || IsAboveZero(text);
+    bool ok = false;
+    const int quality = text.toInt(&ok);
+    return ok && quality >= 1 && quality <= 100;
 }
 
 bool IsText(const QString &text)
@@ -95,7 +74,7 @@ bool AreAmounts(const QString &text)
 struct Row {
     FittedOptionRow shown;
     const char *attribute;
-    bool (*isValid)(const QString &text); // null: a switch
+    bool (*isValid)(const QString &text); // of values other than the words; null: there are none
     const char *expected;                 // for the message
     void (*decide)(const QString &text, FitOptions *options) = nullptr;
 };
@@ -113,55 +92,77 @@ template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString
 }
 
 const Row kRows[] = {
-    {{"framing", "HOW", "fill (default), keep, all, or a zoom factor of 0.5 to 2"},
+    {{"format", "NAME", "of the outputs: tiff (default), jpeg, png, exr", false, "tiff jpeg png exr", true},
+     "Format",
+     nullptr,
+     "tiff, jpeg, png or exr"},
+    {{"quality", "N", "of --format jpeg, 1 to 100; default: 92"}, "Quality", IsQuality, "a whole number from 1 to 100"},
+    {{"compression", "NAME", "of --format tiff: deflate (default), none, lzw, zstd", false, "none lzw deflate zstd",
+      true},
+     "Compression",
+     nullptr,
+     "none, lzw, deflate or zstd"},
+    {{"framing", "HOW", "fill (default), keep, all, or a zoom of 0.5 to 2", false, "fill keep all"},
      "Framing",
-     IsFraming,
+     IsZoom,
      "fill, keep, all, or a number of 0.5 to 2"},
-    {{"sampling", "HOW", "sharp (default) or bilinear"}, "Sampling", IsSampling, "sharp or bilinear"},
-    {{"projection", "NAME", "for fisheyes: rectilinear (default), equidistant, stereographic, equisolid"},
+    {{"sampling", "HOW", "sharp (default) or bilinear", false, "sharp bilinear", true},
+     "Sampling",
+     nullptr,
+     "sharp or bilinear"},
+    {{"projection", "NAME", "for fisheyes: rectilinear (default), equidistant, stereographic, equisolid", false,
+      "rectilinear equidistant stereographic equisolid", true},
      "Projection",
-     IsProjection,
+     nullptr,
      "rectilinear, equidistant, stereographic or equisolid"},
     {{"amount", "LIST", "in percent, such as distortion=80,ca=100,vignetting=50"},
      nullptr,
      AreAmounts,
      "distortion=PERCENT,ca=PERCENT,vignetting=PERCENT or some of these, each 0 to 200"},
-    {{"source", "NAME", "where profiles come from: auto (default), lcp, lensfun"},
+    {{"source", "NAME", "where profiles come from: auto (default), lcp, lensfun", false, "auto lcp lensfun", true},
      "Source",
-     IsSource,
+     nullptr,
      "auto, lcp or lensfun",
      TakeSource},
-    {{"again", nullptr, "correct even what was already corrected"},
+    {{"again", nullptr, "correct even pictures that already are", false, nullptr, true},
      "Again",
      nullptr,
      "",
      [](const QString &, FitOptions *options) { options->again = true; }},
-    {{"lens", "NAME", "the lens, for pictures that don't name it", true},
+    {{"lens", "NAME", "the lens, for pictures that don't name it", true, nullptr, true},
      "Lens",
      IsText,
      "a name",
      [](const QString &text, FitOptions *options) { options->typed.lens = text; }},
-    {{"focal", "MM", "the focal length", true},
+    {{"focal", "MM", "the focal length", true, nullptr, true},
      "Focal",
      IsAboveZero,
      "a number above 0",
      TakeNumber<&TypedFacts::focalMm>},
-    {{"aperture", "N", "the f-number", true},
+    {{"aperture", "N", "the f-number", true, nullptr, true},
      "Aperture",
      IsAboveZero,
      "a number above 0",
      TakeNumber<&TypedFacts::aperture>},
-    {{"distance", "M", "the subject's distance in meters, or inf", true},
+    {{"distance", "M", "the subject's distance in meters, or inf", true, "inf", true},
      "Distance",
-     IsDistance,
+     IsAboveZero,
      "a number above 0, or inf",
      TakeNumber<&TypedFacts::distanceM>},
-    {{"body", "MODEL", "the camera, for pictures that don't name it", true},
+    {{"body", "MODEL", "the camera, for pictures that don't name it", true, nullptr, true},
      "Body",
      IsText,
      "a name",
      [](const QString &text, FitOptions *options) { options->typed.body = text; }},
 };
+
+bool Accepts(const Row &row, const QString &value)
+{
+    if (!row.shown.value)
+        return true;
+    const QStringList words = QString::fromLatin1(row.shown.words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return words.contains(value) || (row.isValid && row.isValid(value));
+}
 
 } // namespace
 
@@ -173,15 +174,29 @@ QVector<FittedOptionRow> FittedOptionRows()
     return rows;
 }
 
+QStringList SuffixesOfFormat(const QString &format)
+{
+    const std::pair<QLatin1String, QStringList> rows[] = {
+        {QLatin1String("tiff"), {QStringLiteral("tiff"), QStringLiteral("tif")}},
+        {QLatin1String("jpeg"), {QStringLiteral("jpg"), QStringLiteral("jpeg")}},
+        {QLatin1String("png"), {QStringLiteral("png")}},
+        {QLatin1String("exr"), {QStringLiteral("exr")}},
+    };
+    for (const auto &[name, suffixes] : rows) {
+        if (format == name)
+            return suffixes;
+    }
+    return {};
+}
+
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options)
 {
     const auto row = std::find_if(std::begin(kRows), std::end(kRows),
                                   [&](const Row &one) { return name == QLatin1String(one.shown.name); });
-    if (row->isValid && !row->isValid(value)) {
+    if (!Accepts(*row, value))
         return QStringLiteral("'--%1' has the value '%2', expected %3.").arg(name, value, QLatin1String(row->expected));
-    }
     if (row->attribute)
-        options->attributes.append({QLatin1String(row->attribute), row->isValid ? value : QStringLiteral("1")});
+        options->attributes.append({QLatin1String(row->attribute), row->shown.value ? value : QStringLiteral("1")});
     else
         options->attributes += Amounts(value);
     if (row->decide)

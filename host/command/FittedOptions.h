@@ -5,6 +5,7 @@
 
 #include <QPair>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 struct FittedOptions {
@@ -16,12 +17,17 @@ struct FittedOptionRow {
     const char *name;  // without dashes
     const char *value; // null: a switch
     const char *help;
-    bool isFact = false; // of the picture, typed by the user
+    bool isFact = false;         // of the picture, typed by the user
+    const char *words = nullptr; // accepted values, separated by blanks; a row may accept others too
+    bool isBrief = false;        // listed without its help in the help on one screen
 };
 
 /// Returns the options in the order of the help text.
 QVector<FittedOptionRow> FittedOptionRows();
 
+/// Returns the suffixes of files of a --format, without dot, the one of default names first; empty if it is none.
+QStringList SuffixesOfFormat(const QString &format);
+
 /// Stores the value of the option @p name, one of the rows, in @p options.
-/// @return what is wrong with the value; empty if nothing is.
+/// @return a message if the value is invalid; empty otherwise.
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options);

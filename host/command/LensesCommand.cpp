@@ -41,12 +41,13 @@ public:
             m_prefix += QLatin1Char('/');
     }
 
-    bool Holds(const IndexedProfile &profile) const { return profile.path.startsWith(m_prefix); }
+    bool Holds(const QString &path) const { return (path + QLatin1Char('/')).startsWith(m_prefix); }
+    void AddUnread(const UnreadPath &unread) { m_faults.append(unread); }
     void Add(const IndexedProfile &profile)
     {
         ++m_files;
         if (!profile.error.isEmpty())
-            m_faults.append({profile.path, profile.error});
+            AddUnread({profile.path, profile.error});
         else
             m_lenses.insert(LensOf(profile.head));
     }
@@ -74,7 +75,7 @@ private:
     QString m_prefix; // of paths in the index, which are canonical
     int m_files = 0;
     QSet<QString> m_lenses;
-    QVector<QPair<QString, QString>> m_faults; // paths and errors
+    QVector<UnreadPath> m_faults;
 };
 
 QString JsonLine(const QJsonObject &object)
@@ -88,9 +89,12 @@ QVector<Place> PlacesOf(const QStringList &folders, const ProfileIndex &index)
     for (const QString &folder : folders) {
         places.append(Place(folder));
         for (const IndexedProfile &profile : index.Profiles()) {
-            if (places.last().Holds(profile))
+            if (places.last().Holds(profile.path))
                 places.last().Add(profile);
         }
+        for (const UnreadPath &unread : index.UnreadFolders())
+            if (places.last().Holds(unread.path))
+                places.last().AddUnread(unread);
     }
     return places;
 }
@@ -117,7 +121,7 @@ QString PlacesJson(const QStringList &folders, const ProfileIndex &index)
                     {QStringLiteral("lenses"), LensfunDatabase::Instance().LensCount()}});
 }
 
-/// A lens, and the profiles for it; none of lensfun's.
+/// A lens and its profiles; lensfun's lenses have none.
 struct FoundLens {
     QString name;
     QStringList paths;

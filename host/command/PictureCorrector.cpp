@@ -24,7 +24,7 @@ void TakeResult(const FittedCorrection::Result &result, PictureReport *report)
     report->why = result.why;
     switch (result.outcome) {
     case Outcome::NoProfile:
-        Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(result.why));
+        Fail(QStringLiteral("has no lens profile; name one with --profile: %1").arg(result.why));
     case Outcome::DoneBefore:
         report->outcome = PictureReport::Outcome::CorrectedBefore;
         report->notes << QStringLiteral("skipped, corrected before: %1; --again corrects it anyway").arg(result.why);
@@ -71,7 +71,7 @@ void PictureCorrector::Correct(KIPluginOne2One *process, const PlannedPicture &p
 {
     report->outcome = PictureReport::Outcome::Skipped;
     if (planned.repeated) {
-        report->why = QStringLiteral("named before as \"%1\"").arg(planned.rival);
+        report->why = QStringLiteral("same file as \"%1\"").arg(planned.rival);
         return;
     }
     report->output = planned.output;
@@ -156,7 +156,7 @@ QString PictureCorrector::ProfileFor(const PlannedPicture &planned, PictureRepor
         return m_options.profile;
     const ProfileLookup::Answer answer = m_lookup->Find(m_lookupProcess, planned.picture);
     if (answer.profile.isEmpty())
-        Fail(QStringLiteral("has no lens profile, name one with --profile: %1").arg(answer.why));
+        Fail(QStringLiteral("has no lens profile; name one with --profile: %1").arg(answer.why));
     report->notes << QStringLiteral("profile \"%1\"").arg(answer.profile);
     return answer.profile;
 }

@@ -19,8 +19,8 @@ class ProfileLookup;
 class SearchedFolders;
 struct FittedRequest;
 
-/// Corrector of pictures by the options; in a dry run it only reports what it would do. Any thread, each with a
-/// separate process object.
+/// Corrects pictures as the options say; in a dry run it only reports what it would do. Any thread may call it, each
+/// with a separate process object.
 class PictureCorrector {
 public:
     /// @param lookup   null if the user named a profile, or if fitted
@@ -30,7 +30,7 @@ public:
     ~PictureCorrector();
 
     /// Call it after the plug-in is loaded.
-    /// @param lookupProcess  looks up plain profiles: the last one made, as ProfileLookup requires.
+    /// @param lookupProcess  looks up plain profiles: the process made last, as ProfileLookup requires.
     void Begin(KIPluginOne2One *lookupProcess);
 
     /// Corrects a picture and fills in outcome, reason, profile and notes. Throws KException with a text without the

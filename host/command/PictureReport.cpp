@@ -53,6 +53,14 @@ QString NameOf(PictureReport::Outcome outcome)
         ->name;
 }
 
+QString TextOf(const QMap<PictureReport::Outcome, int> &counts)
+{
+    QStringList parts;
+    for (auto count = counts.cbegin(); count != counts.cend(); ++count)
+        parts << QStringLiteral("%1 %2").arg(count.value()).arg(NameOf(count.key()));
+    return parts.join(QLatin1String(", "));
+}
+
 QJsonObject ToJson(const PictureReport &report)
 {
     QJsonObject object{{kPicture, report.picture}, {kOutcome, NameOf(report.outcome)}, {kSeconds, report.seconds}};

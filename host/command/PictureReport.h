@@ -2,11 +2,12 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
 struct PictureReport {
-    /// The result for the picture. Planned is that of a dry run.
+    /// The result for the picture. A dry run gives Planned.
     enum class Outcome { Corrected, Planned, Skipped, CorrectedBefore, Failed };
 
     QString picture; // as the user named it
@@ -26,6 +27,9 @@ struct PictureReport {
 /// Returns the outcome's name in records and summaries: "corrected", "planned", "skipped", "corrected before",
 /// "failed".
 QString NameOf(PictureReport::Outcome outcome);
+
+/// Returns counts as "3 corrected, 1 failed".
+QString TextOf(const QMap<PictureReport::Outcome, int> &counts);
 
 /// Returns the report as in docs/correct.schema.json. Empty texts and lists are left out.
 QJsonObject ToJson(const PictureReport &report);

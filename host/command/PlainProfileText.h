@@ -8,6 +8,6 @@ struct ProfileReport;
 /// Returns the lines about a profile. @p file is its name as the user wrote it; @p report must be usable.
 QString PlainProfileText(const QString &file, const ProfileReport &report);
 
-/// Returns the reason, in one line, why plain corrections can't use the profile; empty if they can. A readable profile
-/// that corrects nothing is unusable too.
+/// Returns one line about why plain corrections can't use the profile; empty if they can. A readable profile that
+/// corrects nothing is unusable too.
 QString WhyPlainlyUseless(const QString &file, const ProfileReport &report);

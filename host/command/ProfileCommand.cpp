@@ -21,7 +21,7 @@ namespace {
 
 constexpr double kPlotScale = 2.0; // pixels of a PNG per unit
 
-/// Printer of profiles, one after the other.
+/// Prints profiles, one after the other.
 class ProfileShow {
 public:
     ProfileShow(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }

@@ -14,7 +14,7 @@ using ProfileCurve = QVector<QPointF>;
 struct ProfileCurves {
     QString name;            // "24 mm f/2.8 3 m"
     double focalMm = 0.0;    // 0: unknown, or the blend
-    ProfileCurve distortion; // percent by which the source of a radius lies farther out
+    ProfileCurve distortion; // how much farther out the source of a radius is, in percent
     ProfileCurve red, blue;  // how much farther out than green, in pixels of the profile's frame or of the picture
     ProfileCurve light;      // EV relative to the middle; negative where it is darker
 };

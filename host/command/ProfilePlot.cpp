@@ -111,7 +111,7 @@ private:
             return !(entry.*row.solid).isEmpty() || (row.dashed && !(entry.*row.dashed).isEmpty());
         };
         if (std::none_of(m_entries.begin(), m_entries.end(), isIn))
-            AddText({left + kPanelWidth / 2.0, kTop + kPanelHeight / 2.0}, QStringLiteral("no model of it"),
+            AddText({left + kPanelWidth / 2.0, kTop + kPanelHeight / 2.0}, QStringLiteral("no model"),
                     PlotText::Anchor::Middle);
     }
 

@@ -51,15 +51,6 @@ int Total(const QMap<PictureReport::Outcome, int> &counts)
     return total;
 }
 
-/// Returns counts as "3 corrected, 1 failed".
-QString Text(const QMap<PictureReport::Outcome, int> &counts)
-{
-    QStringList parts;
-    for (auto count = counts.cbegin(); count != counts.cend(); ++count)
-        parts << QStringLiteral("%1 %2").arg(count.value()).arg(NameOf(count.key()));
-    return parts.join(QLatin1String(", "));
-}
-
 /// Returns a heading and a line per name, the most frequent ones first; empty if there are none.
 QString Table(const char *heading, const Counts &counts, bool withOutcomes)
 {
@@ -69,7 +60,7 @@ QString Table(const char *heading, const Counts &counts, bool withOutcomes)
     QString text = names.isEmpty() ? QString() : QStringLiteral("\n%1\n").arg(QLatin1String(heading));
     for (const QString &name : names.mid(0, kMostRows)) {
         text += QStringLiteral("  %1  %2").arg(Total(counts[name]), 6).arg(OneLine(name));
-        text += withOutcomes ? QStringLiteral(": %1\n").arg(Text(counts[name])) : QStringLiteral("\n");
+        text += withOutcomes ? QStringLiteral(": %1\n").arg(TextOf(counts[name])) : QStringLiteral("\n");
     }
     if (names.size() > kMostRows)
         text += QStringLiteral("  and %1 more\n").arg(names.size() - kMostRows);
@@ -128,7 +119,7 @@ QString SumOfReports(const QVector<PictureReport> &all)
     }
     QString text = QStringLiteral("%1 pictures").arg(reports.size());
     if (!reports.isEmpty())
-        text += QStringLiteral(": %1; %2 s of work").arg(Text(outcomes)).arg(seconds, 0, 'f', 1);
+        text += QStringLiteral(": %1; %2 s of work").arg(TextOf(outcomes)).arg(seconds, 0, 'f', 1);
     text += QLatin1Char('\n');
     return text + Table("Failed", reasons, false) + Table("Lenses", lenses, true) + SlowestTable(reports);
 }

@@ -12,8 +12,8 @@ class Console;
 /// @param problems  receives "LINE: text" for each line that isn't a record, and a text if the file can't be read.
 QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
 
-/// Returns the summary of several runs over the same pictures: each picture counts once, by its last record, except
-/// that a corrected picture stays corrected if a later run skips it.
+/// Returns the summary of several runs over the same pictures. Each picture counts once, by its last record, but a
+/// corrected picture stays corrected if a later run skips it.
 QString SumOfReports(const QVector<PictureReport> &reports);
 
 ExitCode RunReport(const ReportOptions &options, Console *console);

@@ -78,7 +78,7 @@ CorrectionJob::Result CorrectionJob::CorrectOrReport(const JobPicture &picture) 
     }
 }
 
-/// Corrects a picture. The profile decides which of the chosen corrections are made: the result names the others.
+/// Corrects a picture. Which of the chosen corrections are made depends on the profile; the result names the others.
 CorrectionJob::Result CorrectionJob::Correct(const JobPicture &picture) const
 {
     gflClearWarningText();

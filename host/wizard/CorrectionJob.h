@@ -13,7 +13,7 @@ class HostApplication;
 struct JobPicture {
     PlannedPicture planned;
     QDomElement parameters; // the record's XML form, as chosen; without a profile the run finds one
-    QString problem;        // why it is not attempted, for the user; empty: it is
+    QString problem;        // why it can't be corrected, for the user; empty: it is attempted
     qint64 pixels = 0;      // amount of work
 };
 
@@ -40,7 +40,7 @@ public:
 
 Q_SIGNALS:
     void Begins(int index);
-    /// @param why  the reason if it is not corrected, otherwise how it is.
+    /// @param why  the reason if it is not corrected, otherwise how it was corrected.
     /// @param profile  of a corrected picture: path, or "lensfun:MAKER/LENS".
     void Ended(int index, PictureOutcome outcome, const QString &why, const QString &profile);
 

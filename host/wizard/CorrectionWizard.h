@@ -12,8 +12,8 @@ class PicturesPage;
 class RunPage;
 
 /// Calls the process in the order that its interface requires: the page, the files, the end of the page, then one run
-/// per file. Without a page of the process the pictures are corrected by its stored settings. The window's size is
-/// stored. GUI thread.
+/// per file. If the process has no page, pictures are corrected with its stored settings. The window's size is stored.
+/// GUI thread.
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
@@ -46,5 +46,5 @@ private:
     QPointer<QWizardPage> m_pluginPage; // owned by the process
     RunPage *m_run;
     QStringList m_announced; // the files last passed to the process
-    QString m_framing;       // the framing they were passed with
+    QString m_framing;       // the framing last passed with them
 };

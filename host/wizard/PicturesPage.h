@@ -1,4 +1,4 @@
-// The wizard's first page: choice of pictures, and of what all of them have in common.
+// The wizard's first page: choice of pictures, and options for all of them.
 #pragma once
 
 #include <QWizardPage>
@@ -11,7 +11,7 @@ class QPushButton;
 class QTreeWidget;
 
 /// Pictures are added by a file dialog, by drag and drop (a folder adds the pictures in it), or by Add(). Each is
-/// listed once, with facts from its file or the reason why it cannot be used. GUI thread.
+/// listed once, with facts from its file or the reason why it can't be used. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:

@@ -27,10 +27,10 @@ struct OutcomeRow {
 constexpr OutcomeRow kOutcomes[] = {
     {QStyle::SP_DialogApplyButton, QT_TRANSLATE_NOOP("RunPage", "Corrected")},
     {QStyle::SP_MessageBoxInformation,
-     QT_TRANSLATE_NOOP("RunPage", "Left as it was: the corrected picture exists already")},
+     QT_TRANSLATE_NOOP("RunPage", "Left as it was: the corrected picture already exists")},
     {QStyle::SP_MessageBoxInformation, QT_TRANSLATE_NOOP("RunPage", "Skipped, corrected before")},
     {QStyle::SP_MessageBoxCritical, QT_TRANSLATE_NOOP("RunPage", "Failed")},
-    {QStyle::SP_DialogCancelButton, QT_TRANSLATE_NOOP("RunPage", "Not corrected: stopped before")},
+    {QStyle::SP_DialogCancelButton, QT_TRANSLATE_NOOP("RunPage", "Not corrected: the run was stopped")},
 };
 
 } // namespace
@@ -155,7 +155,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes.push_back(outcome);
-    // The estimate uses only corrected pictures: those that fail at once or are kept would make it too short.
+    // The estimate uses only corrected pictures. Those that fail at once or are kept would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
         m_pixelsDone += picture.pixels;

@@ -5,8 +5,9 @@
 #include "app/PluginLoader.h"
 #include "app/SearchedFolders.h"
 
-/// Loads the plug-in with a fitted process. All corrections are on for users who never stored a choice, as on the
-/// command line; the plug-in alone begins with none. The arguments must outlive the object, and the object the windows.
+/// Loads the plug-in with a fitted process. For users who never stored a choice, all corrections are on, as on the
+/// command line; by itself the plug-in begins with none. The arguments must outlive the object, and the object the
+/// windows.
 class WizardPlugin {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.

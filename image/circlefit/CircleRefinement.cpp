@@ -24,7 +24,7 @@ public:
 
     int Count() const { return m_count; }
 
-    /// Solves by Cramer's rule; false if the edges lie too close together.
+    /// Solves by Cramer's rule; false if the edges are too close together.
     bool Solve(double correction[3]) const
     {
         const double all = Determinant(m_matrix);

@@ -53,7 +53,7 @@ RansacFisheye::Model RansacFisheye::computeOneModel()
 {
     const auto isEdge = [](const Data &measurement) { return !measurement.inside; };
     if (std::count_if(data.cbegin(), data.cend(), isEdge) < 3)
-        return {0, 0, 0}; // drawing three different ones would never end
+        return {0, 0, 0}; // drawing three different edges would never end
 
     int drawn[3];
     float matrix[3][3], right[3], solution[3];

@@ -46,7 +46,7 @@ PRIMITIVES_WIDE void AddPair(Pair pair, float weight, float *__restrict sums, st
         sums[i] += weight * (pair.before[i] + pair.behind[i]);
 }
 
-/// Adds four pairs at once: reads and writes the sums only once for all of them.
+/// Adds four pairs at once, so that the sums are read and written only once.
 PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], float *__restrict sums,
                                std::int64_t samples)
 {

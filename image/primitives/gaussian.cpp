@@ -210,7 +210,7 @@ public:
             for (int x = 0; x < m_columns.pixels; ++x)
                 ReadOff(onGrid.block.get() + first, onGrid.step, 0, m_columns, x, m_turned.Row(x), count);
             Transpose(m_turned, {count, m_columns.pixels}, m_block);
-            // A row needs the node before it, its own, and the two that follow.
+            // A row needs the node before it, its own node, and the next two.
             for (; y < m_rows.pixels && y / m_rows.spacing + kGridMargin + 2 < first + count; ++y)
                 ReadOff(m_block.block.get(), m_block.step, first, m_rows, y, RowAt(dst, dstStep, y), m_columns.pixels);
         }
@@ -233,7 +233,7 @@ Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Si
 
     GridBlur grid(size, spacing);
     const Size onGridSize = grid.GridSize();
-    // The target is free until the end, which avoids new memory, whose first access costs more than the blur.
+    // Use the target, which isn't needed until the end: the first access to new memory takes longer than the blur.
     const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
     Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
     Plane blurred(onGridSize);

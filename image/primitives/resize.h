@@ -25,7 +25,7 @@ struct ResizeSpec;
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
-/// Area weighting: a target pixel is the mean of the source area that it covers, with pixels cut by its edge counting
+/// Area weighting: a target pixel is the mean of the source area that it covers, in which pixels cut by its edge count
 /// in proportion. Any ratio from 1 on, separate for each direction.
 Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
 /// Bilinear between pixel centers; the outermost pixels are repeated beyond their centers. @p initBuffer is not needed.

@@ -21,7 +21,7 @@ struct Pixel {
 /// source cache line are used while the line is in the first-level cache.
 constexpr std::int64_t kBlockSide = 16;
 
-/// Targets from this size on exceed the caches anyway: write them bypassing the caches.
+/// Targets from this size on exceed the caches anyway, so they are written bypassing the caches.
 constexpr std::int64_t kStreamedBytes = std::int64_t(4) << 20;
 
 void Store(Pixel *to, const Pixel &pixel)

@@ -6,7 +6,7 @@
 // - Row starts and steps are multiples of the component's size.
 // - Only the pixels of the region are written, never the gap between two rows.
 // - A null pointer or a size below 1 returns a status, and nothing is read or written.
-// - Functions hold no state and start no threads: any thread may call any of them on rows that don't overlap.
+// - Functions have no state and start no threads: any thread may call any of them on rows that don't overlap.
 #pragma once
 
 #include <cstdint>
@@ -77,8 +77,8 @@ Status ForRows(const S *a, Step aStep, const S *b, Step bStep, D *dst, Step dstS
     return CheckSize(size);
 }
 
-/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls are independent, as a target either is one
-/// of the sources or doesn't overlap them: otherwise possible aliasing would keep it from vectorizing.
+/// Calls sample(i) for 0 to count - 1. Promises the compiler that the calls are independent, because a target is either
+/// one of the sources or doesn't overlap them. Otherwise possible aliasing would prevent vectorization.
 template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
 {
 #ifndef __clang__

@@ -1,4 +1,4 @@
-// Shared by all formats: rows made on demand, suffixes.
+// Shared by all formats: rows generated on demand, suffixes.
 #include "codec.h"
 
 #include <algorithm>

@@ -32,14 +32,16 @@ struct SaveOptions {
     const RowMaker *rows = nullptr;
     int threads = 1;
     bool lzwAllowed = false;
-    bool fast = false; // as GFL_SAVE_FAST
+    bool thumbnail = false;  // GFL_SAVE_THUMBNAIL
+    bool halfFloats = false; // GFL_SAVE_HALF_FLOATS
+    bool fast = false;       // GFL_SAVE_FAST
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 
 /// The format that a file's name suggests.
 struct NameHint {
     std::string suffix; // in lower case with its dot; empty for memory or without one
-    bool isOwnSuffix;   // of the format being tested
+    bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
 /// A file format. Stateless: one object serves all threads. Catches the format library's longjmps and exceptions other
@@ -51,15 +53,16 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Checks a file that Probe accepts more closely, for formats with the same beginning as another.
+    /// Checks more closely a file that Probe accepts, for formats whose files begin like those of another.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
-    /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but finds every reason to reject
-    /// the file that its headers show.
+    /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file for any
+    /// reason that its headers show.
     virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
     /// Passes all rows to @p rows from the top down. A file that ends early or is damaged gives GFL_ERROR_FILE_READ.
     virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;
-    /// Passes on the cheapest version that is at least as large as the picture fitted into @p box, or the picture.
+    /// Passes on the cheapest version that is at least as large as the picture fitted into @p box, otherwise the
+    /// picture.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 

@@ -1,9 +1,10 @@
 #include "color_transform.h"
 
+#include "color_engine.h"
+#include "memory_check.h"
 #include "pixel_form.h"
 
 #include <cmath>
-#include <lcms2.h>
 
 namespace imagefile {
 
@@ -11,17 +12,12 @@ namespace {
 
 constexpr double kSameWhite = 0.0005; // for chromaticities: D50 is written with three or four digits
 
-struct CloseProfile {
-    void operator()(void *profile) const { cmsCloseProfile(profile); }
-};
-using ProfilePtr = std::unique_ptr<void, CloseProfile>;
-
 // Returns null unless the bytes are a CMYK profile.
 ProfilePtr InkProfile(const Bytes &bytes)
 {
     if (bytes.empty())
         return nullptr;
-    ProfilePtr profile(cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    ProfilePtr profile = OpenProfile(bytes.data(), bytes.size());
     return profile && cmsGetColorSpace(profile.get()) == cmsSigCmykData ? std::move(profile) : nullptr;
 }
 
@@ -38,12 +34,15 @@ struct ColorTransform::Engine {
     static std::unique_ptr<Engine> Make(cmsHPROFILE from, cmsUInt32Number in, cmsUInt32Number out,
                                         cmsUInt32Number flags)
     {
-        const ProfilePtr to(cmsCreate_sRGBProfile());
+        const MemoryCheck memory;
+        const ProfilePtr to(cmsCreate_sRGBProfileTHR(ColorContext()));
         const bool keepsAlpha = T_EXTRA(in) != 0;
         const cmsHTRANSFORM transform = from && to
-            ? cmsCreateTransform(from, in, to.get(), out, INTENT_RELATIVE_COLORIMETRIC,
-                                 cmsFLAGS_BLACKPOINTCOMPENSATION | (keepsAlpha ? cmsFLAGS_COPY_ALPHA : 0u) | flags)
+            ? cmsCreateTransformTHR(ColorContext(), from, in, to.get(), out, INTENT_RELATIVE_COLORIMETRIC,
+                                    cmsFLAGS_BLACKPOINTCOMPENSATION | (keepsAlpha ? cmsFLAGS_COPY_ALPHA : 0u) | flags)
             : nullptr;
+        if (!transform)
+            memory.Require();
         return transform ? std::make_unique<Engine>(transform) : nullptr;
     }
 
@@ -76,7 +75,7 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
     if (isAdapted) {
         const cmsCIEXYZ from = {white.x / white.y, 1.0, (1.0 - white.x - white.y) / white.y};
         m_white = {from.X, from.Y, from.Z};
-        for (std::size_t i = 0; i < 3; ++i) { // a matrix is given by its images of the unit vectors
+        for (std::size_t i = 0; i < 3; ++i) { // the columns of a matrix are the images of the unit vectors
             const cmsCIEXYZ unit = {i == 0 ? 1.0 : 0.0, i == 1 ? 1.0 : 0.0, i == 2 ? 1.0 : 0.0};
             cmsCIEXYZ adapted = {};
             if (!cmsAdaptToIlluminant(&adapted, &from, cmsD50_XYZ(), &unit))
@@ -85,9 +84,9 @@ Status ColorTransform::StartLab(Chromaticity white, int bits, bool hasAlpha)
         }
         m_lab.resize(3);
     }
-    const ProfilePtr from(cmsCreateLab4Profile(nullptr));
+    const ProfilePtr from(cmsCreateLab4ProfileTHR(ColorContext(), nullptr));
     const cmsUInt32Number in = isAdapted ? TYPE_Lab_DBL : Format(PT_Lab, 3, bits, hasAlpha);
-    // A table instead of Lab's formula would be visible in the shadows, where sRGB is steep.
+    // No table instead of Lab's formula: its errors would be visible in the shadows, where sRGB is steep.
     m_engine = Engine::Make(from.get(), in, Format(PT_RGB, 3, bits, hasAlpha), cmsFLAGS_NOOPTIMIZE);
     return m_engine ? Status::Ok() : Status::Fail(GFL_ERROR_NO_MEMORY, "no memory for the color conversion");
 }
@@ -105,7 +104,7 @@ template <class T> void ColorTransform::MixInks(const T *src, T *dst, std::size_
     }
 }
 
-// Converts Lab under another white to XYZ, adapts it to D50, and converts it back to Lab.
+// Converts Lab relative to another white to XYZ, adapts it to D50, and converts it back to Lab.
 template <class T> void ColorTransform::AdaptRow(const T *src, T *dst, std::size_t width)
 {
     const std::size_t step = m_hasAlpha ? 4 : 3;
@@ -140,7 +139,7 @@ void ColorTransform::Row(const void *src, void *dst, std::size_t width)
         return MixInks(static_cast<const std::uint16_t *>(src), static_cast<std::uint16_t *>(dst), width);
     if (!m_engine)
         return MixInks(static_cast<const float *>(src), static_cast<float *>(dst), width);
-    if (m_bits == 32) { // lcms2 takes float inks in percent, and opacity unchanged
+    if (m_bits == 32) { // lcms2 expects float CMYK in percent, and opacity unchanged
         const std::size_t step = m_hasAlpha ? 5 : 4;
         const auto *samples = static_cast<const float *>(src);
         m_percent.assign(samples, samples + width * step);

@@ -1,4 +1,4 @@
-// Conversion from inks and Lab to RGB.
+// Conversion from CMYK and Lab to RGB.
 #pragma once
 
 #include "bytes.h"
@@ -13,24 +13,24 @@ namespace imagefile {
 struct Chromaticity {
     double x, y;
 };
-/// The white of ICC's Lab, and of TIFF's unless a file specifies another (Adobe's TIFF technical note).
+/// The white point of ICC's Lab, and of TIFF's unless a file specifies another (Adobe's TIFF technical note).
 constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
-/// One conversion to sRGB, by lcms2. Samples use the full range of their type. Inks without a profile, or with one that
-/// lcms2 can't use, are paper white times the part that each ink leaves.
+/// One conversion to sRGB, by lcms2. Samples use the full range of their type. CMYK without a profile that lcms2 can
+/// use is converted by a formula: white times the share of light that each ink leaves.
 class ColorTransform {
 public:
     ColorTransform();
     ~ColorTransform();
 
-    /// Starts cyan, magenta, yellow, black; full range: all of the ink. @p profile: may be empty or anything else; @p
-    /// bits: 8, 16 or 32; @p hasAlpha: an opacity sample follows the colors, on both sides.
+    /// Starts CMYK; the maximum is full ink. @p profile: may be empty or invalid; @p bits: 8, 16 or 32; @p hasAlpha: an
+    /// opacity sample follows the colors, in source and target.
     Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
     /// Starts lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8
     /// or 16. White maps to white, other colors are adapted by Bradford's matrix.
     Status StartLab(Chromaticity white, int bits, bool hasAlpha);
 
-    /// Converts @p width pixels: four inks or three of Lab to three of RGB, of the same depth.
+    /// Converts @p width pixels from CMYK or Lab to RGB of the same depth.
     void Row(const void *src, void *dst, std::size_t width);
 
 private:

@@ -1,4 +1,4 @@
-// The boundary of the layer: internal functions return a Status and may throw; public ones return a number.
+// The boundary of the layer: internal functions return a Status and may throw; public ones return an error number.
 #pragma once
 
 #include "status.h"
@@ -8,8 +8,8 @@
 
 namespace imagefile {
 
-/// Runs @p work, a callable that returns a Status, and returns its error number; gflLastErrorText gets its text.
-/// Allocates nothing itself, because memory may be short.
+/// Runs @p work, a callable that returns a Status, and returns its error number; gflLastErrorText then returns its
+/// text. Allocates nothing itself, because memory may be short.
 template <class Work> int Guarded(Work work) noexcept
 {
     try {

@@ -8,13 +8,13 @@ Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int
 {
     if (width < 1 || width > kMaxSidePixels || height < 1 || height > kMaxSidePixels)
         return Status::Fail(GFL_ERROR_FILE_READ,
-                            Text("the file claims %lld x %lld pixels; sides of 1 to %lld are read",
+                            Text("the file claims %lld x %lld pixels; sides of 1 to %lld are supported",
                                  static_cast<long long>(width), static_cast<long long>(height),
                                  static_cast<long long>(kMaxSidePixels)));
     const std::int64_t bytes = width * height * channels * (bits / 8); // <= 2^20 * 2^20 * 4 * 4 = 2^44
     if (bytes > kMaxImageBytes)
         return Status::Fail(GFL_ERROR_NO_MEMORY,
-                            Text("%lld x %lld pixels take %lld bytes; pictures up to %lld bytes are read",
+                            Text("%lld x %lld pixels take %lld bytes; pictures up to %lld bytes are supported",
                                  static_cast<long long>(width), static_cast<long long>(height),
                                  static_cast<long long>(bytes), static_cast<long long>(kMaxImageBytes)));
     return Status::Ok();

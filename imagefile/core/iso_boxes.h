@@ -1,4 +1,4 @@
-// Boxes of ISO base media files (ISO/IEC 14496-12, 4.2), which hold HEIF, AVIF and JPEG XL.
+// Boxes of ISO base media files (ISO/IEC 14496-12, 4.2), on which HEIF, AVIF and JPEG XL are based.
 #pragma once
 
 #include "source.h"
@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// A box: its length with its head, four letters, contents.
+/// A box: its length, which includes the header, four letters, and its contents.
 struct IsoBox {
     std::uint64_t begin = 0, end = 0; // of the contents, as far as the file has them
     char name[5] = "";

@@ -1,8 +1,9 @@
-// Failed allocations that a library reports as something else, such as damage, or not at all.
+// Detects failed allocations that a library reports as something else, such as damage, or not at all.
 #pragma once
 
 #include <cerrno>
 #include <new>
+#include <string>
 
 namespace imagefile {
 
@@ -18,5 +19,14 @@ public:
             throw std::bad_alloc();
     }
 };
+
+/// Returns the text of a value of Exiv2, which writes it to a stream: without memory that loses a part of it.
+template <class Value> std::string WholeText(const Value &value)
+{
+    const MemoryCheck memory;
+    std::string text = value.toString();
+    memory.Require();
+    return text;
+}
 
 } // namespace imagefile

@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// Unpacks exactly @p size bytes; false if the packed data holds fewer, or a run exceeds the size.
+/// Unpacks exactly @p size bytes; false if the packed data has fewer, or if a run exceeds the size.
 bool UnpackBits(const std::uint8_t *packed, std::size_t packedSize, std::uint8_t *out, std::size_t size);
 
 /// Appends the packed form of a row to @p out: at most a 128th longer, plus one byte.

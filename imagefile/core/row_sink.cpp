@@ -13,7 +13,7 @@ Box FitInto(const Box &box, int width, int height)
             std::max(1, static_cast<int>(std::lround(height * scale)))};
 }
 
-bool CanStandFor(const Box &picture, const Box &preview, const Box &box)
+bool CanReplace(const Box &picture, const Box &preview, const Box &box)
 {
     constexpr double kAlmostTheSame = 0.03;
     if (preview.width < 1 || preview.height < 1)

@@ -1,4 +1,4 @@
-// Destinations of decoded rows: a new bitmap, or a reduction of the picture.
+// Destinations of decoded rows: a new bitmap, or a reduced version of the picture.
 #pragma once
 
 #include "allocator.h"
@@ -16,13 +16,13 @@ struct Box {
     int height;
 };
 
-/// Returns the size of a @p width by @p height picture reduced to fit into @p box: in proportion, at least 1, never
-/// enlarged.
+/// Returns the size of a @p width by @p height picture reduced to fit into @p box: proportions are kept, sides are at
+/// least 1, and the picture is never enlarged.
 Box FitInto(const Box &box, int width, int height);
 
-/// Returns whether a @p preview can replace a @p picture in @p box: large enough, and with its proportions except for
-/// the few rows and columns that cameras crop. Bars at the sides are more than that.
-bool CanStandFor(const Box &picture, const Box &preview, const Box &box);
+/// Returns whether a @p preview can replace a @p picture in @p box: it must be large enough and have the proportions of
+/// the picture, except for the few rows and columns that cameras crop. Previews with bars at the sides don't.
+bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 
 /// Receives a picture row by row from the top. May throw std::bad_alloc.
 class RowSink {
@@ -41,8 +41,8 @@ public:
 /// Returns the form in which a caller wants a picture that a file stores as @p stored.
 PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 
-/// Creates a record of a form, pixels uninitialized and rows aligned to 4 bytes. Returns GFL_ERROR_NO_MEMORY, or sets
-/// @p bitmap.
+/// Creates a bitmap with uninitialized pixels and rows aligned to 4 bytes. Returns GFL_ERROR_NO_MEMORY, or sets @p
+/// bitmap.
 Status NewBitmap(int width, int height, const PixelForm &form, Owned<GFL_BITMAP> *bitmap);
 
 /// Checks that the layer accepts a caller's record: GFL_GREY, GFL_RGB or GFL_RGBA of 8, 16 or 32 bits, rows from the
@@ -67,8 +67,8 @@ private:
     std::vector<std::uint8_t> m_row;
 };
 
-/// The picture reduced to fit into a box: each target pixel is the mean of the whole source pixels that it covers. Only
-/// needs memory for a row and the result.
+/// Reduces the picture to fit into a box: each target pixel is the mean of the whole source pixels that it covers. Only
+/// needs memory for one row and the result.
 class ReducedRows : public RowSink {
 public:
     ReducedRows(const GFL_LOAD_PARAMS &params, const Box &box);

@@ -83,7 +83,7 @@ Status FileSink::OpenTemporary()
 {
     // The target's name may already have the maximum length, so the temporary one isn't derived from it.
     static std::atomic<unsigned> counter{0};
-    constexpr int kTries = 100; // names are only taken if a crashed process with the same number left files
+    constexpr int kTries = 100; // names are only taken if a crashed process with the same ID left files
     for (int i = 0; i < kTries; ++i) {
         const std::string name = FolderOf(m_target) + Text(".%x-%x.part", static_cast<unsigned>(::getpid()), counter++);
         m_file = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666); // minus the process's umask
@@ -101,8 +101,8 @@ Status FileSink::Commit()
 {
     if (m_replaces && ::fchmod(m_file, m_mode) != 0)
         return WriteFailure(m_target);
-    // Ensures that a system crash can't leave the name with neither file. A file that replaces none isn't synced: a
-    // batch of new pictures would take as long as the disk, and the source still exists.
+    // Ensures that one of the two files survives a system crash. New files aren't synced: a batch of pictures would
+    // have to wait for the disk, and the sources still exist.
     if (m_replaces && ::fsync(m_file) != 0 && errno != EINVAL)
         return WriteFailure(m_target);
     const int file = m_file;

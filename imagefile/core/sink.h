@@ -19,15 +19,15 @@ public:
 
     std::uint64_t Size() const { return m_size; }
     virtual Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) = 0;
-    /// Reads back written bytes; @p count is less than @p length at the end. A failing disk gives GFL_ERROR_FILE_WRITE:
-    /// the file can't be completed.
+    /// Reads back written bytes; @p count is less than @p length at the end. A disk error gives GFL_ERROR_FILE_WRITE,
+    /// because the file can't be completed.
     virtual Status ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count) = 0;
 
 protected:
     std::uint64_t m_size = 0;
 };
 
-/// A temporary file next to its target, so that a failed write leaves the target unchanged and no stray files.
+/// A temporary file next to its target, so that a failed write neither changes the target nor leaves stray files.
 class FileSink : public Sink {
 public:
     /// Removes the temporary file unless Commit succeeded.
@@ -37,8 +37,8 @@ public:
     /// GFL_ERROR_FILE_CREATE if the folder is missing or not writable, or if the target is write-protected, a folder or
     /// a device.
     Status Create(const std::string &path);
-    /// Closes the file and renames it to its target. If it replaces a file, it first syncs to disk and takes over its
-    /// permissions. The last errors of a full disk appear here.
+    /// Closes the file and renames it to its target. If it replaces a file, it first syncs to disk and copies that
+    /// file's permissions. A full disk may be reported only here.
     Status Commit();
 
     Status WriteAt(std::uint64_t offset, const void *data, std::size_t length) override;

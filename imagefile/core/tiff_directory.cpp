@@ -7,7 +7,7 @@ namespace imagefile {
 namespace {
 
 constexpr TiffVariant kLittleClassic = {false};
-constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have at most some hundred
+constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have at most a few hundred
 
 // Bytes of one value by field type, 0 to 18; 0 for types that don't exist.
 constexpr std::uint8_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};

@@ -14,7 +14,7 @@ struct TiffField {
     std::uint16_t tag;
     std::uint16_t type;
     std::uint64_t count;
-    // The values if they fit (4 bytes, BigTIFF 8), else their offset in the file; in the file's byte order.
+    // The values if they fit (4 bytes, BigTIFF 8), otherwise their offset in the file; in the file's byte order.
     std::array<std::uint8_t, 8> value;
 };
 using TiffFields = std::vector<TiffField>;

@@ -28,8 +28,12 @@ public:
 
     Status ReadMetadata(const Source &source, Metadata *metadata) const override
     {
-        return ReadExiv2Metadata(source, metadata);
+        StartExiv2();
+        metadata->xmp = ReadExrXmp(source);
+        return source.Check();
     }
+
+    bool WritesMadeRows() const override { return true; }
 
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {

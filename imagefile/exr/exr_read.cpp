@@ -8,6 +8,7 @@
 #include <ImfInputFile.h>
 #include <ImfRgbaFile.h>
 #include <ImfStandardAttributes.h>
+#include <ImfStringAttribute.h>
 #include <ImfTileDescription.h>
 #include <ImfVersion.h>
 #include <ImfXdr.h>
@@ -26,7 +27,7 @@ constexpr std::uint64_t kHeadersAt = 8; // after magic number and version
 constexpr int kMaxParts = 1000;
 constexpr std::int64_t kMaxPixelBytes = 4096; // for all layers: 1,024 channels
 
-/// Above what PIZ and Zip reach on a picture of one color.
+/// Above the ratio of PIZ and ZIP for a picture of a single color.
 constexpr std::int64_t kMaxRatio = 4096;
 
 // Adapts a Source for OpenEXR.
@@ -94,7 +95,7 @@ Status CheckAttributes(const Source &source, bool manyParts)
         if (end && length <= count)
             std::memcpy(&size, end + 1, sizeof size);
         if (size < 0 || at + length + static_cast<std::uint64_t>(size) > source.Size())
-            return Damaged("a header hangs over the end of the file");
+            return Damaged("a header extends past the end of the file");
         afterEnd = false;
         at += length + static_cast<std::uint64_t>(size);
     }
@@ -159,7 +160,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
         return Status::Fail(GFL_ERROR_NO_MEMORY, "OpenEXR: chunks or tiles are too large");
     *tableBytes += static_cast<std::uint64_t>(chunks) * 8;
     if (*tableBytes > std::max<std::uint64_t>(4 * fileBytes, 65536))
-        return Damaged("the file is shorter than the tables of its chunks");
+        return Damaged("the file is shorter than its chunk tables");
     return CheckClaim(width * height * bytes, 0, fileBytes, kMaxRatio);
 }
 
@@ -355,6 +356,20 @@ Status ReadExrInfo(const Source &source, GFL_FILE_INFORMATION *info)
     if (dpi > 0.0f && dpi < 65535.0f)
         info->Xdpi = info->Ydpi = static_cast<std::uint16_t>(std::lround(dpi));
     return Status::Ok();
+}
+
+Bytes ReadExrXmp(const Source &source)
+{
+    Bytes xmp;
+    static_cast<void>(Caught([&] {
+        ExrLayout layout;
+        if (Status status = ReadHeaders(source, &layout); !status)
+            return status;
+        if (const auto *packet = layout.header.findTypedAttribute<Imf::StringAttribute>("xmp"))
+            xmp.assign(packet->value().begin(), packet->value().end());
+        return Status::Ok();
+    }));
+    return xmp;
 }
 
 Status ReadExrPixels(const Source &source, RowSink *rows)

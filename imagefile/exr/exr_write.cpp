@@ -1,4 +1,7 @@
+#include "core/row_source.h"
 #include "exr_codec.h"
+#include "exr_metadata.h"
+#include "metadata/metadata.h"
 
 #include <ImfChannelList.h>
 #include <ImfFrameBuffer.h>
@@ -13,8 +16,8 @@ namespace imagefile {
 
 namespace {
 
-// Adapts a Sink for OpenEXR. A destructor writes the file's last table and swallows exceptions, so this keeps the first
-// failure.
+// Adapts a Sink for OpenEXR. Keeps the first failure, because OpenEXR writes the file's last table in a destructor,
+// which swallows exceptions.
 class Output : public Imf::OStream {
 public:
     explicit Output(Sink *sink) : Imf::OStream("OpenEXR"), m_sink(sink) { }
@@ -39,9 +42,10 @@ private:
 };
 
 // Returns half for B44 and DWA, which would store floats uncompressed.
-Imf::PixelType TypeFor(const GFL_BITMAP &bitmap, Imf::Compression method)
+Imf::PixelType TypeFor(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::Compression method)
 {
-    return bitmap.BitsPerComponent == 8 || method >= Imf::B44_COMPRESSION ? Imf::HALF : Imf::FLOAT;
+    return bitmap.BitsPerComponent == 8 || options.halfFloats || method >= Imf::B44_COMPRESSION ? Imf::HALF
+                                                                                                : Imf::FLOAT;
 }
 
 void MultiplyByAlpha(float *row, std::size_t width)
@@ -51,7 +55,9 @@ void MultiplyByAlpha(float *row, std::size_t width)
             pixel[c] *= pixel[3];
 }
 
-void WriteRows(const GFL_BITMAP &bitmap, Imf::PixelType type, Imf::Header header, Output *output)
+/// Returns a failure to make rows; failures to write are exceptions.
+Status WriteRows(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::PixelType type, Imf::Header header,
+                 Output *output)
 {
     const int channels = ChannelsOfType(bitmap.Type);
     const auto width = static_cast<std::size_t>(bitmap.Width);
@@ -71,14 +77,19 @@ void WriteRows(const GFL_BITMAP &bitmap, Imf::PixelType type, Imf::Header header
     Imf::OutputFile file(*output, header, /*numThreads=*/0);
     file.setFrameBuffer(buffer);
     const RowConverter convert = ChooseConverter({bitmap.BitsPerComponent, channels}, {32, channels});
+    RowSource rows(bitmap, options.rows);
+    const std::uint8_t *src = nullptr;
     for (int y = 0; y < bitmap.Height; ++y) {
-        convert(bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine, floats.data(), width, 255);
+        if (Status status = rows.Next(&src); !status)
+            return status;
+        convert(src, floats.data(), width, 255);
         if (channels == 4)
             MultiplyByAlpha(floats.data(), width);
         std::transform(floats.begin(), floats.begin() + static_cast<std::ptrdiff_t>(halves.size()), halves.begin(),
                        [](float value) { return half(std::clamp(value, -float(HALF_MAX), float(HALF_MAX))); });
         file.writePixels(1);
     }
+    return Status::Ok();
 }
 
 } // namespace
@@ -95,7 +106,10 @@ Status WriteExr(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink
         header.compression() = method;
         if (bitmap.Xdpi > 0)
             Imf::addXDensity(header, bitmap.Xdpi);
-        WriteRows(bitmap, TypeFor(bitmap, method), header, &output);
+        if (options.metadata)
+            AddExrAttributes(*options.metadata, &header);
+        if (Status status = WriteRows(bitmap, options, TypeFor(bitmap, options, method), header, &output); !status)
+            return status;
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &error) {

@@ -47,7 +47,7 @@ bool ReadLine(ByteReader *reader, std::string *line)
     return false;
 }
 
-// Parses "EXPOSURE= 2.5": lines multiply; skips values that can't be a factor.
+// Parses "EXPOSURE= 2.5". Several lines multiply; values that can't be a factor are skipped.
 void TakeExposure(const std::string &value, HdrLayout *layout)
 {
     const std::size_t begin = value.find_first_not_of(" \t+");
@@ -63,7 +63,7 @@ Status TakeHeaderLine(const std::string &line, HdrLayout *layout)
     constexpr char kFormat[] = "FORMAT=", kExposure[] = "EXPOSURE=";
     if (line.rfind(kFormat, 0) == 0 && line.find("32-bit_rle_rgbe") == std::string::npos)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                            "Radiance HDR: pixels of " + line + "; FORMAT=32-bit_rle_rgbe is read");
+                            "Radiance HDR: pixels of " + line + "; only FORMAT=32-bit_rle_rgbe is supported");
     if (line.rfind(kExposure, 0) == 0)
         TakeExposure(line.substr(sizeof kExposure - 1), layout);
     return Status::Ok();
@@ -113,8 +113,9 @@ Status ReadHeader(const Source &source, ByteReader *reader, HdrLayout *layout)
     return CheckSize(source, *layout);
 }
 
-/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one as often as its exponent says, and
-/// each one that follows it directly counts 256 times as much. @p first: bytes of the first pixel already in @p rgbe.
+/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one as often as its exponent says; the
+/// count of each such pixel directly after another is multiplied by another 256. @p first: bytes of the first pixel
+/// that are already in @p rgbe.
 Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std::size_t first)
 {
     std::size_t x = 0;
@@ -168,7 +169,7 @@ Status ReadScanline(ByteReader *reader, std::uint8_t *rgbe, int length)
         return ReadPlain(reader, rgbe, count, sizeof mark);
     }
     if ((mark[2] << 8 | mark[3]) != length)
-        return Damaged("a row of wrong length");
+        return Damaged("a row has the wrong length");
     for (std::size_t c = 0; c < kRgbeBytes; ++c)
         if (Status status = ReadPackedChannel(reader, rgbe + c, count); !status)
             return status;

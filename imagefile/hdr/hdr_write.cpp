@@ -31,7 +31,7 @@ void ToRgbe(const float *rgb, std::uint8_t *rgbe)
     rgbe[3] = static_cast<std::uint8_t>(isBlack ? 0 : exponent + 128);
 }
 
-// Counts the pixels from @p x on that are equal in one channel.
+// Returns the number of pixels from @p x on that are equal in one channel.
 std::size_t RunLength(const std::uint8_t *channel, std::size_t x, std::size_t width)
 {
     std::size_t end = x + 1;

@@ -1,5 +1,5 @@
-// Based on ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3); a box is its length with its head, four letters,
-// contents.
+// Based on ISO/IEC 23008-12 (irot: 6.5.10, imir: 6.5.12, ipma: 9.3). A box consists of its length, which includes the
+// header, four letters, and its contents.
 #include "heif_boxes.h"
 
 #include "core/byte_reader.h"
@@ -103,7 +103,7 @@ HeifProperties ReadHeifProperties(const Source &source)
 
 bool HasHeifBrand(const Source &source, const char *brand)
 {
-    constexpr std::uint64_t kMaxBytes = 1024; // files list some ten
+    constexpr std::uint64_t kMaxBytes = 1024; // files list about ten brands
     const std::vector<IsoBox> boxes = IsoBoxesIn(source, 0, std::min(source.Size(), kMaxBytes));
     if (boxes.empty() || !boxes[0].Is("ftyp"))
         return false;

@@ -1,4 +1,4 @@
-// Shared by the files of the HEIF codec: one file in libheif. AVIF is HEIF with pictures by AV1.
+// Shared by the files of the HEIF codec: a file opened by libheif. AVIF is HEIF with pictures coded by AV1.
 #pragma once
 
 #include "core/codec.h"
@@ -18,8 +18,8 @@ using HeifHandle = std::unique_ptr<heif_image_handle, HeifDeleter<heif_image_han
 using HeifColors = std::unique_ptr<heif_color_profile_nclx, HeifDeleter<heif_nclx_color_profile_free>>;
 using HeifImage = std::unique_ptr<heif_image, HeifDeleter<heif_image_release>>;
 
-/// The main picture of a file, pixels as the camera stored them: libheif would rotate them, but here the rotation is
-/// reported as the EXIF orientation and replaces the file's, which is only informative in ISO/IEC 23008-12.
+/// The main picture of a file, with pixels as the camera stored them. libheif would rotate them; here the rotation is
+/// reported as the EXIF orientation instead. It replaces the file's, which is only informative in ISO/IEC 23008-12.
 class HeifFile {
 public:
     HeifFile() = default;
@@ -40,8 +40,8 @@ private:
     static const heif_reader &Reader();
     Status CheckSize();
     Status Decode(HeifImage *image);
-    /// Returns whether libheif should crop and rotate: it can only do both or neither. Doing neither is exact and works
-    /// at any depth (libheif mirrors only 8 bits), but fails where opacity is rotated, or cropped from another size.
+    /// Returns whether libheif should crop and rotate: it can only do both or neither. Without, pixels are exact at any
+    /// depth (libheif mirrors only 8 bits), but opacity that is rotated, or cropped from another size, fails.
     bool IsShown() const { return m_properties.isCropped || m_form.channels == 4; }
     /// Returns the rotation of the decoded picture relative to the stored one.
     HeifTurn AppliedTurn() const { return IsShown() ? m_properties.turn : HeifTurn(); }
@@ -57,7 +57,7 @@ private:
     PixelForm m_form;
 };
 
-/// Returns libheif's error as one of the layer's.
+/// Converts libheif's error to one of the layer's.
 Status HeifStatus(const heif_error &error);
 
 const Codec &HeifCodec();

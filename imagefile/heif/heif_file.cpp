@@ -60,7 +60,7 @@ Status HeifFile::CheckSize()
 {
     const int bits = heif_image_handle_get_luma_bits_per_pixel(m_handle.get());
     if (bits < 1 || bits > 16)
-        return Status::Fail(GFL_ERROR_FILE_READ, Text("HEIF: a depth of %d bits; 1 to 16 are read", bits));
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("HEIF: %d bits per channel; 1 to 16 are supported", bits));
     m_properties = ReadHeifProperties(*m_stream.source);
     const bool hasAlpha = heif_image_handle_has_alpha_channel(m_handle.get()) != 0;
     m_form = {bits > 8 ? 16 : 8, hasAlpha ? 4 : m_properties.isGray ? 1 : 3};
@@ -102,7 +102,7 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
         DecodeBoxedExif(block, &metadata->exif);
 }
 
-// A profile, or numbers of ITU-T H.273 for primaries and tone curve.
+// Takes a profile, or the numbers of primaries and tone curve in ITU-T H.273.
 void HeifFile::TakeColors(Metadata *metadata) const
 {
     const std::size_t size = heif_image_handle_get_raw_color_profile_size(m_handle.get());
@@ -115,7 +115,7 @@ void HeifFile::TakeColors(Metadata *metadata) const
     if (!metadata->icc.empty())
         return;
     const bool isKnown = heif_image_handle_get_nclx_color_profile(m_handle.get(), &found).code == heif_error_Ok;
-    const HeifColors colors(found); // there may be some even after an error
+    const HeifColors colors(found); // may be set even after an error
     if (!found)
         return;
     const int primaries = isKnown ? found->color_primaries : 0, curve = isKnown ? found->transfer_characteristics : 0;
@@ -125,7 +125,7 @@ void HeifFile::TakeColors(Metadata *metadata) const
             || curve == heif_transfer_characteristic_ITU_R_BT_601_6
             || curve == heif_transfer_characteristic_IEC_61966_2_1);
     if (!isSrgb)
-        Warn(Text("colors are taken for sRGB, but the file has no profile and names primaries %d and tone curve %d of "
+        Warn(Text("colors are treated as sRGB, but the file has no profile and gives primaries %d and tone curve %d of "
                   "ITU-T H.273 (0: not defined there)",
                   primaries, curve)
                  .c_str());

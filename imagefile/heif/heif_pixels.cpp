@@ -47,7 +47,7 @@ bool IsReducedGray(const heif_image &image)
 {
     heif_color_profile_nclx *found = nullptr;
     const bool isKnown = heif_image_get_nclx_color_profile(&image, &found).code == heif_error_Ok;
-    const HeifColors colors(found); // there may be some even after an error
+    const HeifColors colors(found); // may be set even after an error
     return isKnown && found && found->full_range_flag == 0;
 }
 
@@ -114,8 +114,8 @@ Status HeifFile::PassOn(const heif_image &image, RowSink *rows) const
     if (!plane || bits < 1 || bits > m_form.bits || (m_form.bits == 16 && bits <= 8) || width != wantedWidth
         || height != wantedHeight)
         return Status::Fail(GFL_ERROR_FILE_READ,
-                            Text("HEIF: %d x %d pixels of %d bits are coded; the header claims %d x %d, %d bits", width,
-                                 height, bits, wantedWidth, wantedHeight, m_form.bits));
+                            Text("HEIF: the data has %d x %d pixels of %d bits; the header claims %d x %d, %d bits",
+                                 width, height, bits, wantedWidth, wantedHeight, m_form.bits));
     const int pixelBytes = m_form.BytesPerPixel();
     const std::ptrdiff_t stepX = turn.xx * pixelBytes + std::ptrdiff_t(turn.yx) * stride;
     const std::ptrdiff_t stepY = turn.xy * pixelBytes + std::ptrdiff_t(turn.yy) * stride;
@@ -137,7 +137,7 @@ Status HeifFile::PassOn(const heif_image &image, RowSink *rows) const
 Status HeifFile::ReadPixels(RowSink *rows)
 {
     if (LosesOpacity(m_handle.get()))
-        Warn("opacity is left out: it is not turned like the colors, which libheif doesn't read");
+        Warn("opacity is left out: it isn't rotated like the colors, which libheif doesn't support");
     HeifImage image;
     if (Status status = Decode(&image); !status)
         return status;

@@ -36,6 +36,8 @@ public:
         return ReadExiv2Metadata(source, metadata);
     }
 
+    bool WritesMadeRows() const override { return true; }
+
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {
         return WriteJpeg(bitmap, options, sink);

@@ -11,17 +11,17 @@ namespace imagefile {
 
 Status ReadJpegInfo(const Source &source, GFL_FILE_INFORMATION *info);
 
-/// Reads pixels. @p box: decode the smallest of the eight scaled versions that still covers the picture fitted into it;
-/// null: full size.
+/// Reads pixels. If @p box isn't null, decodes the smallest scaled version that is at least as large as the picture
+/// fitted into it.
 Status ReadJpegPixels(const Source &source, const Box *box, RowSink *rows);
 
-/// Reads the thumbnail in a JPEG's EXIF; fails if there is none that can replace the picture in @p box.
+/// Reads the thumbnail in a JPEG's EXIF; fails if there is none or if it can't replace the picture in @p box.
 Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
 
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
-/// libjpeg's error record, with the jump target. Each function that calls libjpeg sets @c out itself, and has nothing
-/// to destroy in the part that a jump leaves.
+/// libjpeg's error record, with the jump target. Each function that calls libjpeg sets @c out itself. No object with a
+/// destructor may live where a jump leaves.
 struct JpegError {
     jpeg_error_mgr base; // must be first: libjpeg points to it
     std::jmp_buf out;

@@ -52,8 +52,8 @@ struct DecoderError : JpegError {
     bool damaged = false; // picture data is missing or wrong
 };
 
-// Returns whether a warning means that part of the picture differs from what was stored. Others, such as junk between
-// the end of the data and the end marker, are harmless.
+// Returns whether a warning means that part of the picture is wrong. Other warnings, such as junk between the end of
+// the data and the end marker, are harmless.
 bool IsDamage(int code)
 {
     return code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE || code == JWRN_ARITH_BAD_CODE
@@ -78,7 +78,7 @@ void LimitScans(j_common_ptr cinfo)
     std::longjmp(error->out, 1);
 }
 
-/// One decoding. Members are objects that a jump must not leave undestroyed.
+/// Decodes one picture. Objects with destructors are members, so that a jump skips none.
 class Decoder {
 public:
     explicit Decoder(const Source &source);
@@ -165,7 +165,7 @@ void Decoder::ReadCmykRow(std::uint8_t *row)
 {
     JSAMPROW cmyk = m_cmykRow.data();
     jpeg_read_scanlines(&m_cinfo, &cmyk, 1);
-    if (m_cinfo.saw_Adobe_marker) // Adobe's files store inverted inks
+    if (m_cinfo.saw_Adobe_marker) // Adobe's files store inverted CMYK
         for (std::uint8_t &ink : m_cmykRow)
             ink = static_cast<std::uint8_t>(~ink);
     m_inks.Row(cmyk, row, m_cinfo.output_width);
@@ -189,7 +189,8 @@ Status Decoder::Open()
         return Failure();
     const int components = m_cinfo.num_components;
     if (components != 1 && components != 3 && components != 4)
-        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("JPEG: %d components; 1, 3 and 4 are read", components));
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                            Text("JPEG: %d components; 1, 3 and 4 are supported", components));
     if (Status status = CheckImageSize(m_cinfo.image_width, m_cinfo.image_height, 4, 8); !status)
         return status;
     const std::int64_t pixels = std::int64_t(m_cinfo.image_width) * m_cinfo.image_height;
@@ -200,7 +201,7 @@ void Decoder::ChooseScale(const Box &box)
 {
     const auto width = static_cast<int>(m_cinfo.image_width), height = static_cast<int>(m_cinfo.image_height);
     const Box wanted = FitInto(box, width, height);
-    unsigned eighths = 1; // only powers of two: these are the fast ones
+    unsigned eighths = 1; // only powers of two, which are fast
     while (eighths < 8
            && (width * std::int64_t(eighths) < wanted.width * std::int64_t(8)
                || height * std::int64_t(eighths) < wanted.height * std::int64_t(8)))
@@ -211,8 +212,8 @@ void Decoder::ChooseScale(const Box &box)
 
 Status Decoder::CheckComplete()
 {
-    // A file without its end marker is complete if its only scan is; missing later scans and missing arithmetic codes
-    // are not detected.
+    // A file with a single scan may be complete without its end marker. Otherwise it counts as damaged, because missing
+    // later scans and missing arithmetic codes can't be detected.
     const bool mayMiss = m_error.damaged || m_manyScans || m_cinfo.arith_code;
     if (m_input->ended && mayMiss)
         return Status::Fail(GFL_ERROR_FILE_READ, "JPEG: the file ends early");
@@ -251,7 +252,7 @@ Status Decoder::ReadRows(const Box *box, RowSink *rows)
 
 std::uint16_t Dpi(unsigned density, unsigned unit)
 {
-    const double dpi = unit == 1 ? density : unit == 2 ? density * 2.54 : 0.0; // 1: an inch, 2: a centimeter
+    const double dpi = unit == 1 ? density : unit == 2 ? density * 2.54 : 0.0; // 1: per inch, 2: per centimeter
     return static_cast<std::uint16_t>(std::min(dpi + 0.5, 65535.0));
 }
 

@@ -32,7 +32,7 @@ public:
         for (std::size_t i = 0; second != 0 && i < Number(second, kCount); ++i) {
             const std::size_t field = second + kCount + kField * i;
             if (Number(field, 2) == tag)
-                return Number(field + 8, Number(field + 2, 2) == 3 ? 2 : 4); // a short or a long
+                return Number(field + 8, Number(field + 2, 2) == 3 ? 2 : 4); // SHORT or LONG
         }
         return 0;
     }
@@ -48,7 +48,7 @@ private:
     const bool m_isBig;
 };
 
-// Finds the EXIF, first in a file or after JFIF's short header.
+// Finds the EXIF data, which is either the first segment of a file or follows the short JFIF header.
 Bytes FindExif(const Source &source)
 {
     constexpr std::size_t kHead = 10; // 0xFF, marker, length with its own two bytes, "Exif", two zeroes
@@ -72,7 +72,7 @@ Bytes FindExif(const Source &source)
 Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows)
 {
     constexpr std::uint16_t kOffset = 513, kLength = 514; // JPEGInterchangeFormat, JPEGInterchangeFormatLength
-    const Status none = Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "JPEG: no thumbnail of the wanted size");
+    const Status none = Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "JPEG: no thumbnail of the requested size");
     const ExifBlock exif(FindExif(source));
     const Source thumbnail = exif.Range(exif.Value(kOffset), exif.Value(kLength));
     if (thumbnail.Size() == 0)
@@ -82,7 +82,7 @@ Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows)
         return status;
     if (Status status = ReadJpegInfo(source, &large); !status)
         return status;
-    if (!CanStandFor({large.Width, large.Height}, {small.Width, small.Height}, box))
+    if (!CanReplace({large.Width, large.Height}, {small.Width, small.Height}, box))
         return none;
     return ReadJpegPixels(thumbnail, &box, rows);
 }

@@ -1,4 +1,6 @@
+#include "core/row_source.h"
 #include "jpeg_codec.h"
+#include "jpeg_made_thumbnail.h"
 #include "metadata/exif_carry.h"
 #include "metadata/photoshop_resources.h"
 
@@ -73,10 +75,10 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
-// Adds EXIF, which must fit into one segment. Without the note's place it is smaller, and Exiv2 leaves out previews and
-// large unknown values; if that isn't enough, the maker note is dropped too, which in other formats may exceed a whole
-// segment.
-void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
+// Adds EXIF, which must fit into one segment, and room for a thumbnail if that still fits. If the EXIF doesn't fit, Exiv2
+// encodes it again without keeping the maker note at its offset, and leaves out previews and large unknown values. If it
+// still doesn't, the maker note is dropped: in other formats it may be larger than a segment.
+void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
     constexpr std::size_t kMaxBlob = kMaxSegment - kSignature.size();
@@ -88,7 +90,12 @@ void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
     if (blob.size() > kMaxBlob) {
         blob.clear();
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, WithoutMakerNote(exif));
+        Warn("metadata is left out: the maker note, which is too long for a JPEG");
     }
+    if (blob.size() > kMaxBlob)
+        Warn("metadata is left out: the EXIF, which is too long for a JPEG");
+    if (room)
+        room->Append(kMaxBlob, &blob);
     if (!blob.empty() && blob.size() <= kMaxBlob)
         AddSegment(JPEG_APP0 + 1, kSignature, blob.data(), blob.size(), segments);
 }
@@ -96,7 +103,9 @@ void AddExif(const Exiv2::ExifData &exif, std::vector<Segment> *segments)
 void AddXmp(const Bytes &xmp, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("http://ns.adobe.com/xap/1.0/\0", 29);
-    if (!xmp.empty() && xmp.size() + kSignature.size() <= kMaxSegment) // longer packets don't fit in a JPEG
+    if (xmp.size() + kSignature.size() > kMaxSegment)
+        Warn("metadata is left out: the XMP, which is too long for a JPEG");
+    else if (!xmp.empty())
         AddSegment(JPEG_APP0 + 1, kSignature, xmp.data(), xmp.size(), segments);
 }
 
@@ -114,16 +123,16 @@ void AddIptc(const Bytes &iptc, std::vector<Segment> *segments)
     }
 }
 
-std::vector<Segment> Segments(const Metadata &metadata)
+std::vector<Segment> Segments(const Metadata &metadata, ThumbnailRoom *room)
 {
     std::vector<Segment> segments;
-    AddExif(metadata.exif, &segments);
+    AddExif(metadata.exif, room, &segments);
     AddXmp(metadata.xmp, &segments);
     AddIptc(metadata.iptc, &segments);
     return segments;
 }
 
-/// One encoding. Members are objects that a jump must not leave undestroyed.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
@@ -138,6 +147,7 @@ private:
     void SetUp();
     void WriteMetadata();
     void WriteRows();
+    std::uint64_t Written() const;
 
     const GFL_BITMAP &m_bitmap;
     const SaveOptions &m_options;
@@ -145,12 +155,15 @@ private:
     JpegError m_error;
     Status m_failure = Status::Ok();
     std::unique_ptr<Output> m_output;
+    std::uint64_t m_exifAt = 0; // position of the first segment's payload in the file
     std::vector<Segment> m_segments;
     std::vector<std::uint8_t> m_row;
+    RowSource m_rows;
+    std::unique_ptr<MadeThumbnail> m_thumbnail; // null: none
 };
 
 Encoder::Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink)
-    : m_bitmap(bitmap), m_options(options), m_output(std::make_unique<Output>())
+    : m_bitmap(bitmap), m_options(options), m_output(std::make_unique<Output>()), m_rows(bitmap, options.rows)
 {
     m_cinfo.err = StartJpegError(&m_error);
     m_output->sink = sink;
@@ -164,17 +177,24 @@ Status Encoder::Write()
 {
     if (m_bitmap.Width > JPEG_MAX_DIMENSION || m_bitmap.Height > JPEG_MAX_DIMENSION)
         return Status::Fail(GFL_ERROR_BAD_BITMAP,
-                            Text("JPEG holds sides up to %ld pixels; the picture has %d x %d", JPEG_MAX_DIMENSION,
+                            Text("JPEG allows sides up to %ld pixels; the picture has %d x %d", JPEG_MAX_DIMENSION,
                                  m_bitmap.Width, m_bitmap.Height));
+    ThumbnailRoom room;
     try {
         if (m_options.metadata)
-            m_segments = Segments(*m_options.metadata);
+            m_segments = Segments(*m_options.metadata, m_options.thumbnail ? &room : nullptr);
     } catch (const Exiv2::AnyError &error) {
         return Status::Fail(GFL_ERROR_FILE_WRITE, Text("JPEG: the EXIF can't be written: %s", error.what()));
     }
     m_row.resize(static_cast<std::size_t>(m_bitmap.Width) * 3);
+    if (room.IsThere()) {
+        m_thumbnail = std::make_unique<MadeThumbnail>();
+        if (Status status = m_thumbnail->Start(m_bitmap.Width, m_bitmap.Height, m_bitmap.Type == GFL_GREY ? 1 : 3);
+            !status)
+            return status;
+    }
     if (TryWrite())
-        return Status::Ok();
+        return m_thumbnail ? room.Fill(*m_thumbnail, m_exifAt, m_output->sink) : Status::Ok();
     return m_failure ? Status::Fail(GFL_ERROR_FILE_WRITE, Text("JPEG: %s", m_error.text)) : m_failure;
 }
 
@@ -204,14 +224,21 @@ void Encoder::SetUp()
     if (m_options.quality >= kFullChromaQuality)
         m_cinfo.comp_info[0].h_samp_factor = m_cinfo.comp_info[0].v_samp_factor = 1;
     if (m_bitmap.Xdpi > 0 && m_bitmap.Ydpi > 0) {
-        m_cinfo.density_unit = 1; // an inch
+        m_cinfo.density_unit = 1; // per inch
         m_cinfo.X_density = m_bitmap.Xdpi;
         m_cinfo.Y_density = m_bitmap.Ydpi;
     }
 }
 
+/// Returns the bytes written so far, including those in the buffer.
+std::uint64_t Encoder::Written() const
+{
+    return m_output->sink->Size() + kBufferBytes - m_output->base.free_in_buffer;
+}
+
 void Encoder::WriteMetadata()
 {
+    m_exifAt = Written() + 4; // after marker and length
     for (const Segment &segment : m_segments)
         jpeg_write_marker(&m_cinfo, segment.marker, segment.payload.data(),
                           static_cast<unsigned>(segment.payload.size()));
@@ -224,9 +251,14 @@ void Encoder::WriteRows()
 {
     const PixelForm from = {m_bitmap.BitsPerComponent, ChannelsOfType(m_bitmap.Type)};
     const RowConverter convert = ChooseConverter(from, {8, m_cinfo.input_components});
-    const std::uint8_t *src = m_bitmap.Data;
-    for (int y = 0; y < m_bitmap.Height; ++y, src += m_bitmap.BytesPerLine) {
+    const std::uint8_t *src = nullptr;
+    for (int y = 0; y < m_bitmap.Height; ++y) {
+        m_failure = m_rows.Next(&src);
+        if (!m_failure)
+            std::longjmp(m_error.out, 1);
         convert(src, m_row.data(), m_cinfo.image_width, 255);
+        if (m_thumbnail)
+            m_thumbnail->AddRow(m_row.data());
         JSAMPROW row = m_row.data();
         jpeg_write_scanlines(&m_cinfo, &row, 1);
     }

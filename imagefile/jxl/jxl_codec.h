@@ -1,4 +1,4 @@
-// Shared by the files of the JPEG XL codec: one file in libjxl.
+// Shared by the files of the JPEG XL codec: a file opened by libjxl.
 #pragma once
 
 #include "core/bytes.h"
@@ -13,8 +13,8 @@ struct JxlDecoderDeleter {
     void operator()(JxlDecoder *decoder) const { JxlDecoderDestroy(decoder); }
 };
 
-/// One decoding. Pixels stay as stored: the orientation is reported as that of EXIF and replaces the file's, which is
-/// only informative in ISO/IEC 18181-2.
+/// Decodes one file. Pixels stay as stored: the orientation in the header is reported as the EXIF orientation and
+/// replaces the file's, which is only informative in ISO/IEC 18181-2.
 class JxlFile {
 public:
     JxlFile() = default;
@@ -24,9 +24,9 @@ public:
     /// Reads the header and checks sizes. @p source must outlive the object.
     Status Open(const Source &source);
     void Describe(GFL_FILE_INFORMATION *info) const;
-    /// Passes on the first frame.
+    /// Decodes the first frame into @p rows.
     Status ReadPixels(RowSink *rows);
-    /// Leaves out what a truncated file lacks.
+    /// Reads as much as a truncated file contains.
     void ReadMetadata(Metadata *metadata);
 
 private:

@@ -8,7 +8,8 @@ namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t(1) << 20;
 
-/// Channels besides color and opacity: files from cameras have a depth map at most, and each takes a picture's memory.
+/// Channels in addition to color and opacity. Each takes as much memory as a gray picture; files from cameras have at
+/// most a depth map.
 constexpr std::uint32_t kMaxExtraChannels = 16;
 
 } // namespace
@@ -31,7 +32,7 @@ Status JxlFile::Failure(JxlDecoderStatus status) const
     return Status::Fail(GFL_ERROR_FILE_READ,
                         status == JXL_DEC_NEED_MORE_INPUT
                             ? std::string("JPEG XL: the file ends early")
-                            : Text("JPEG XL: damaged, or of a kind that libjxl doesn't read (status %d)", status));
+                            : Text("JPEG XL: damaged, or not supported by libjxl (status %d)", status));
 }
 
 // Passes the decoder the bytes that it has not used yet, and the next piece of the file.
@@ -46,7 +47,7 @@ bool JxlFile::Refill()
     m_at += count;
     if (count == 0)
         return false;
-    // The last piece is not marked as the last: libjxl would then write to standard error if the file ends early.
+    // Don't close the input after the last piece: libjxl would then write to standard error if the file ends early.
     return JxlDecoderSetInput(m_decoder.get(), m_piece.data(), m_piece.size()) == JXL_DEC_SUCCESS;
 }
 
@@ -70,12 +71,12 @@ Status JxlFile::TakeInfo()
     if (m_info.num_extra_channels > kMaxExtraChannels)
         return Status::Fail(
             GFL_ERROR_FILE_READ,
-            Text("JPEG XL: %u extra channels; up to %u are read", m_info.num_extra_channels, kMaxExtraChannels));
+            Text("JPEG XL: %u extra channels; up to %u are supported", m_info.num_extra_channels, kMaxExtraChannels));
     for (std::uint32_t i = 0; i < m_info.num_extra_channels; ++i) {
         JxlExtraChannelInfo channel;
         if (JxlDecoderGetExtraChannelInfo(m_decoder.get(), i, &channel) == JXL_DEC_SUCCESS
             && channel.type == JXL_CHANNEL_BLACK)
-            return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "JPEG XL: inks; gray and RGB are read");
+            return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "JPEG XL: CMYK; only gray and RGB are supported");
     }
     if (Status status = CheckImageSize(m_info.xsize, m_info.ysize, m_form.channels, m_form.bits); !status)
         return status;

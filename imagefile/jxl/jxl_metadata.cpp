@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-// Unpacks the contents of a "brob" box, at most as many bytes as are read of any block; empty if it is damaged.
+// Unpacks the contents of a "brob" box, up to the limit for any metadata block; empty if it is damaged.
 Bytes Unpacked(const std::uint8_t *data, std::size_t size)
 {
     Bytes out;
@@ -63,9 +63,8 @@ bool IsSrgb(const JxlColorEncoding &colors)
 
 } // namespace
 
-// Lossy pictures are stored in the format's internal color space, from which libjxl can't convert to any profile.
-// Without this it would choose linear sRGB where the file has a profile; now it chooses sRGB. Sets the same for
-// metadata and pixels.
+// Lossy pictures are stored in the format's internal color space, from which libjxl can't convert to any ICC profile.
+// By default it would choose linear sRGB for files with a profile; this requests sRGB, for both metadata and pixels.
 void JxlFile::ChooseColors()
 {
     JxlColorEncoding colors;
@@ -83,7 +82,7 @@ void JxlFile::ChooseColors()
     JxlDecoderSetPreferredColorProfile(m_decoder.get(), &colors);
 }
 
-// The profile of the delivered pixels: the file's, or one that libjxl makes. None for sRGB.
+// Takes the profile of the delivered pixels: the file's, or one that libjxl makes. None for sRGB.
 void JxlFile::TakeColors(Metadata *metadata) const
 {
     constexpr JxlColorProfileTarget kPixels = JXL_COLOR_PROFILE_TARGET_DATA;
@@ -94,7 +93,7 @@ void JxlFile::TakeColors(Metadata *metadata) const
     std::size_t size = 0;
     if (JxlDecoderGetICCProfileSize(m_decoder.get(), nullptr, kPixels, &size) != JXL_DEC_SUCCESS || size == 0
         || size > kMaxMetadataBytes)
-        return Warn("colors are taken for sRGB, but the file states others, of which libjxl makes no profile");
+        return Warn("colors are treated as sRGB, but the file specifies others, for which libjxl can't make a profile");
     metadata->icc.resize(size);
     if (JxlDecoderGetColorAsICCProfile(m_decoder.get(), nullptr, kPixels, metadata->icc.data(), size)
         != JXL_DEC_SUCCESS)

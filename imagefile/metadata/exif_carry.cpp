@@ -1,5 +1,6 @@
 #include "exif_carry.h"
 
+#include "core/memory_check.h"
 #include "core/tiff_directory.h"
 #include "note_place.h"
 
@@ -10,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-// Tags of a first directory that describe how this file stores its pixels, or that hold blocks which are carried
+// Tags of a first directory that describe how this file stores its pixels, or that contain blocks which are copied
 // separately: subfile type (254) to page number (297), transfer function, predictor, color map, halftones, tiles,
 // sub-directories, inks, extra samples, sample format, JPEG tables, YCbCr, XMP, color filter, IPTC, Photoshop
 // resources, directory pointers, ICC, Photoshop layers, and the DNG range.
@@ -38,7 +39,7 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
                        [&group](const char *begin) { return group.rfind(begin, 0) == 0; });
 }
 
-// Returns whether Exiv2 found the value inside a maker note. The group "MakerNote" describes the note's place and byte
+// Returns whether Exiv2 found the value inside a maker note. The group "MakerNote" describes the note's offset and byte
 // order.
 bool IsDecodedNote(const Exiv2::Exifdatum &datum)
 {
@@ -101,7 +102,7 @@ const Exiv2::Exifdatum *Find(const Exiv2::ExifData &exif, const char *key)
     return found != exif.end() && found->count() > 0 ? &*found : nullptr;
 }
 
-// Returns the place of a picture's note; 0 if it is unknown, or too far for the small blocks of other formats.
+// Returns the offset of a picture's note; 0 if it is unknown, or too large for the small blocks of other formats.
 std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
 {
     constexpr std::int64_t kFirst = 16, kLast = 32768;
@@ -110,7 +111,7 @@ std::uint32_t PlaceOf(const Exiv2::ExifData &exif)
     return offset >= kFirst && offset <= kLast ? static_cast<std::uint32_t>(offset) : 0;
 }
 
-// Returns EXIF with the note's original bytes, which must stay at its place, or may be anywhere if the place is 0.
+// Returns EXIF with the note's original bytes, to be written at offset @p place, or anywhere if that is 0.
 Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint32_t place)
 {
     Exiv2::ExifData exif = withoutDecoded;
@@ -122,7 +123,7 @@ Exiv2::ExifData WithNoteAsItIs(const Exiv2::ExifData &withoutDecoded, std::uint3
 bool CannotBeRebuilt(const Exiv2::ExifData &exif, const Bytes &note, std::uint32_t place)
 {
     const Exiv2::Exifdatum *order = Find(exif, kOrderKey);
-    return NeedsItsPlace(note, place, order && order->toString() == "MM");
+    return NeedsItsPlace(note, place, order && WholeText(*order) == "MM");
 }
 
 Bytes EncodeAnywhere(const Exiv2::ExifData &exif)
@@ -145,7 +146,7 @@ bool IsCarried(const Exiv2::Exifdatum &datum)
         return !IsStructure(datum.tag());
     if (group == "Photo")
         return !IsDirectoryPointer(datum.tag());
-    // Directories of other pictures in the same file are not carried.
+    // Directories of other pictures in the same file are not copied.
     return !BeginsWithAny(group, {"Thumbnail", "SubImage", "SubThumb", "Image2", "Image3", "PanasonicRaw", "Mpf"});
 }
 

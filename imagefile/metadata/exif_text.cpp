@@ -2,6 +2,7 @@
 #include "exif_lists.h"
 
 #include "core/decimal.h"
+#include "core/memory_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +21,7 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Doesn't use Exiv2's toLong and toRational for rationals: these cut unsigned numbers to 31 bits, and trap on -2^31 /
+// Doesn't use Exiv2's toLong and toRational for rationals, which cut unsigned numbers to 31 bits and trap on -2^31 /
 // -1.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
@@ -97,7 +98,7 @@ std::string ResolutionUnit(const Exiv2::Value &value)
 
 std::string Direction(const Exiv2::Value &value)
 {
-    std::string text = value.toString();
+    std::string text = WholeText(value);
     constexpr std::pair<char, const char *> kNames[] = {{'N', "North"}, {'S', "South"}, {'E', "East"},
                                                         {'W', "West"},  {'T', "True"},  {'M', "Magnetic"}};
     for (const auto &[letter, name] : kNames)
@@ -144,21 +145,21 @@ std::string Plain(const Exiv2::Value &value)
 {
     switch (value.typeId()) {
     case Exiv2::asciiString: {
-        std::string text = value.toString();
+        std::string text = WholeText(value);
         text.resize(std::min(text.find('\0'), text.size()));
         text.resize(text.find_last_not_of(' ') + 1); // cameras pad names with blanks
         return text;
     }
     case Exiv2::undefined:
     case Exiv2::unsignedByte:
-        return value.size() > kMaxListedBytes ? '(' + std::to_string(value.size()) + " bytes)" : value.toString();
+        return value.size() > kMaxListedBytes ? '(' + std::to_string(value.size()) + " bytes)" : WholeText(value);
     case Exiv2::unsignedRational:
     case Exiv2::signedRational:
     case Exiv2::tiffFloat:
     case Exiv2::tiffDouble:
         return Decimals(value);
     default:
-        return value.toString();
+        return WholeText(value);
     }
 }
 
@@ -180,7 +181,7 @@ std::string CanonLens(const Exiv2::ExifData &exif)
         + Decimal(static_cast<double>(Integer(*focal, 0)) / unit) + ' ' + std::to_string(Integer(*type));
 }
 
-// Nikon stores focal lengths and f-numbers in 24ths of a factor of two.
+// Nikon stores focal lengths and f-numbers as logarithms, in steps of 1/24 of a factor of two.
 double NikonFocalMm(long raw)
 {
     return 5.0 * std::exp2(static_cast<double>(raw) / 24.0);

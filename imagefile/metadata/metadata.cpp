@@ -27,7 +27,7 @@ void LockXmp(void *, bool lock)
 
 thread_local bool isReading = false; // this thread reads metadata
 
-/// While an instance lives, Exiv2's complaints on this thread become warnings.
+/// While an instance exists, Exiv2's messages on this thread become warnings.
 class Listening {
 public:
     Listening() { isReading = true; }
@@ -81,7 +81,7 @@ Bytes JpegResources(const Source &source)
         if (head[0] != 0xFF || head[1] == kStartOfScan)
             break;
         const std::size_t length = head[2] * 256u + head[3];
-        if (head[1] == 0xFF || length < 2) { // a fill byte may stand before any marker
+        if (head[1] == 0xFF || length < 2) { // fill bytes may precede any marker
             at += head[1] == 0xFF ? 1 : 2;
             continue;
         }
@@ -106,12 +106,21 @@ Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
     return iptc;
 }
 
+Bytes XmpPacket(Exiv2::Image &image)
+{
+    const XmpWriting use; // Exiv2 writes the packet
+    const MemoryCheck memory;
+    const std::string &packet = image.xmpPacket();
+    memory.Require();
+    return Bytes(packet.begin(), packet.end());
+}
+
 void TakeParts(const Source &source, Exiv2::Image &image, Metadata *metadata)
 {
     if (image.iccProfileDefined())
         metadata->icc.assign(image.iccProfile()->pData_, image.iccProfile()->pData_ + image.iccProfile()->size_);
     metadata->iptc = ReadIptc(source, image);
-    metadata->xmp.assign(image.xmpPacket().begin(), image.xmpPacket().end());
+    metadata->xmp = XmpPacket(image);
     if (metadata->xmp.empty())
         metadata->xmp = RawTag(image, "Exif.Image.XMLPacket");
     std::swap(metadata->exif, image.exifData());
@@ -138,9 +147,10 @@ void StartExiv2()
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::warn);
         Exiv2::enableBMFF(true); // Canon CR3
         try {
+            const MemoryReserve reserve;
             Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
             started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
-        } catch (...) { // no second try: after a failed start, the XMP toolkit believes that it is running and crashes
+        } catch (...) { // don't retry: after a failed start, the XMP toolkit believes that it is running and crashes
         }
     });
     if (!started)
@@ -159,7 +169,7 @@ void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData 
     Exiv2::XmpData xmp;
     StartExiv2();
     const Listening listening;
-    const std::shared_lock lock(XmpNamespaces());
+    const XmpReading use;
     const MemoryCheck memory;
     try {
         const Exiv2::ByteOrder order =
@@ -191,7 +201,7 @@ void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif)
     if (begin < box.size())
         DecodeExifBlock(Bytes(box.begin() + static_cast<std::ptrdiff_t>(begin), box.end()), exif);
     else if (!box.empty())
-        WarnOfDamage("EXIF that begins after its end");
+        WarnOfDamage("the EXIF begins after its end");
 }
 
 Bytes ReadMetadataBlock(const Source &source, std::uint64_t at, std::uint64_t size)
@@ -216,7 +226,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
-        const std::shared_lock lock(XmpNamespaces());
+        const XmpReading use;
         if (image.get() != nullptr) { // null for formats that Exiv2 doesn't know, such as OpenEXR
             image->readMetadata();
             memory.Require(); // Exiv2 leaves out XMP that its toolkit had no memory for

@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-// Always read: cameras put their metadata, and what their notes point to, into the first megabytes.
+// Always read: cameras put their metadata, and the data that their notes point to, into the first megabytes.
 constexpr std::uint64_t kHeadBytes = std::uint64_t(4) << 20;
 constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // after notes whose length is too short
 constexpr std::uint64_t kMaxRead = std::uint64_t(1) << 30;

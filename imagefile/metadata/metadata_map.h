@@ -1,4 +1,4 @@
-// The metadata of a TIFF file at its original offsets in memory, for Exiv2, which requires such files to be mapped.
+// The metadata of a TIFF file in memory at its original offsets, for Exiv2, which expects such files to be mapped.
 #pragma once
 
 #include "core/source.h"
@@ -6,12 +6,12 @@
 
 namespace imagefile {
 
-/// As much memory as the file is long, into which the parts are read that can hold metadata; the rest stays zero and
-/// uses no memory. Mapping the file itself would crash the process if another program truncates it.
+/// Address space of the file's length into which the parts that can contain metadata are read; the rest is zero and
+/// uses no memory. If the file itself were mapped, the process would crash when another program truncates it.
 ///
 /// Reads the beginning of the file, and the directories, values and maker notes reachable from its first directory. In
-/// the copy the first directory has no successor: Exiv2 would take the second page for a thumbnail and copy its pixels.
-/// Files that are not TIFFs are read whole.
+/// the copy the first directory has no successor, because Exiv2 would mistake a second page for a thumbnail and copy
+/// its pixels. Files that are not TIFFs are read completely.
 class MetadataMap {
 public:
     MetadataMap() = default;

@@ -14,7 +14,7 @@ constexpr TiffVariant kClassic = {false};
 constexpr std::size_t kHeaderBytes = 8;
 constexpr std::uint16_t kMakerNote = 37500;
 
-// How notes begin, and where their directory does; after the list at
+// How notes begin, and where their directory does, according to the list at
 // https://exiftool.org/makernote_types.html. All others begin with the directory.
 struct NoteKind {
     std::string_view mark;
@@ -102,7 +102,7 @@ public:
     bool HasNestedOnes(std::int64_t place) const;
 
 private:
-    static constexpr std::size_t kMaxFields = 1000; // notes have at most some hundred
+    static constexpr std::size_t kMaxFields = 1000; // notes have at most a few hundred
 
     struct Field {
         std::uint16_t tag, type;
@@ -152,7 +152,7 @@ bool NoteDirectory::HasNestedOnes(std::int64_t place) const
     });
 }
 
-// Returns whether the fields are in the order of their tags and all of known types, unlike random bytes.
+// Returns whether the fields are sorted by tag and all have known types, unlike random bytes.
 bool NoteDirectory::LooksLikeOne() const
 {
     const auto isWrong = [](const Field &a, const Field &b) { return a.tag >= b.tag; };

@@ -1,4 +1,4 @@
-// Photoshop's image resources, in which JPEG, TIFF, PNG and PSD files carry IPTC and other blocks.
+// Photoshop's image resources, in which JPEG, TIFF, PNG and PSD files store IPTC and other blocks.
 #pragma once
 
 #include "metadata.h"
@@ -16,7 +16,7 @@ enum class PhotoshopResource : std::uint16_t {
 /// Returns the data of the first resource of a kind; empty if there is none before any damage.
 Bytes FindResource(const Bytes &resources, PhotoshopResource kind);
 
-/// Appends a resource without a name; nothing if there is no data.
+/// Appends a resource without a name; does nothing if there is no data.
 void AppendResource(PhotoshopResource kind, const Bytes &data, Bytes *resources);
 
 /// Returns a block of resources that only holds IPTC.

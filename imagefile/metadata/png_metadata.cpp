@@ -11,7 +11,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxChunks = 100000; // animations have some thousand
+constexpr std::size_t kMaxChunks = 100000; // animations have a few thousand
 constexpr std::size_t kChunkFrame = 12;    // length, name, checksum
 
 // Unpacks a zlib stream of at most @p budget bytes and reduces the budget; empty if it is damaged or larger. All chunks

@@ -1,4 +1,4 @@
-// Metadata of PNG chunks, which Exiv2 reads only in part and not byte for byte.
+// Metadata of PNG chunks, which Exiv2 reads incompletely and not byte for byte.
 #pragma once
 
 #include "metadata.h"
@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Keywords of the texts that carry XMP and, in ImageMagick's form, IPTC.
+/// Keywords of the texts that contain XMP and, in ImageMagick's form, IPTC.
 constexpr char kPngXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kPngIptcKey[] = "Raw profile type iptc";
 

@@ -1,19 +1,13 @@
 #include "tone_curves.h"
 
-#include <lcms2.h>
+#include "core/color_engine.h"
+#include "core/memory_check.h"
 
 #include <algorithm>
-#include <limits>
-#include <memory>
 
 namespace imagefile {
 
 namespace {
-
-struct CloseProfile {
-    void operator()(void *profile) const { cmsCloseProfile(profile); }
-};
-using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
 /// lcms2 evaluates formulas in floating point, but rounds interpolated table values to 16 bits, which is coarse in the
 /// shadows.
@@ -41,11 +35,10 @@ std::vector<double> Sampled(const cmsToneCurve *curve, std::size_t points)
 
 std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t bytes, std::size_t points)
 {
-    if (bytes > std::numeric_limits<cmsUInt32Number>::max() || points < 2)
+    const ProfilePtr opened = OpenProfile(profile, bytes);
+    if (!opened || points < 2)
         return {};
-    const ProfilePtr opened(cmsOpenProfileFromMem(profile, static_cast<cmsUInt32Number>(bytes)));
-    if (!opened)
-        return {};
+    const MemoryCheck memory;
     std::vector<cmsTagSignature> tags;
     if (cmsGetColorSpace(opened.get()) == cmsSigRgbData)
         tags = {cmsSigRedTRCTag, cmsSigGreenTRCTag, cmsSigBlueTRCTag};
@@ -54,6 +47,7 @@ std::vector<std::vector<double>> ToneCurves(const void *profile, std::size_t byt
     std::vector<std::vector<double>> curves;
     for (cmsTagSignature tag : tags) {
         const auto *curve = static_cast<const cmsToneCurve *>(cmsReadTag(opened.get(), tag)); // owned by the profile
+        memory.Require();
         if (!curve)
             return {};
         curves.push_back(Sampled(curve, points));

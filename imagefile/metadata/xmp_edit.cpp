@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
 #include <string_view>
 
 namespace imagefile {
@@ -14,8 +13,8 @@ namespace {
 /// Settings of raw converters, and their stored variants.
 constexpr std::string_view kDevelopPrefixes[] = {"crs", "crss"};
 
-/// Properties of the source's file. The structure of the new one is in its own tags. Exiv2 doesn't read the extended
-/// packets of a JPEG, so they are not carried, and nothing may point to them.
+/// Properties that describe the source's file; the structure of the new one is in its own tags. Exiv2 doesn't read the
+/// extended packets of a JPEG, so they are not copied, and nothing may point to them.
 struct FileProperty {
     std::string_view prefix, name;
 };
@@ -44,7 +43,7 @@ bool IsDevelopSetting(const Exiv2::Xmpdatum &datum)
         != std::end(kDevelopPrefixes);
 }
 
-/// Parts of a structure or an array are called after it: "Thumbnails[1]/xmpGImg:image".
+/// Parts of a structure or an array are named after it: "Thumbnails[1]/xmpGImg:image".
 bool IsNamed(const Exiv2::Xmpdatum &datum, const FileProperty &property)
 {
     const std::string tag = datum.tagName();
@@ -60,7 +59,7 @@ bool IsOfFile(const Exiv2::Xmpdatum &datum)
 bool SaysApplied(const Exiv2::XmpData &xmp)
 {
     const auto found = xmp.findKey(Exiv2::XmpKey("Xmp.crs.AlreadyApplied"));
-    const std::string text = found == xmp.end() ? std::string() : found->toString();
+    const std::string text = found == xmp.end() ? std::string() : WholeText(*found);
     return text == "True" || text == "true" || text == "1";
 }
 
@@ -99,7 +98,7 @@ void Set(const Exiv2::XmpData &record, Exiv2::XmpData *xmp)
 Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
-    const std::unique_lock lock(XmpNamespaces());
+    const XmpWriting use;
     const MemoryCheck memory;
     try {
         if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
@@ -113,10 +112,10 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
     return Bytes(packet.begin(), packet.end());
 }
 
-/// Returns false if the packet is damaged; @p xmp then holds what was read before.
+/// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
-    const std::shared_lock lock(XmpNamespaces());
+    const XmpReading use;
     const MemoryCheck memory;
     bool isRead = false;
     try {

@@ -1,4 +1,4 @@
-// Metadata of an edited picture, which must be true of the new pixels.
+// Metadata of an edited picture, which must match the new pixels.
 #pragma once
 
 #include "metadata.h"
@@ -12,9 +12,9 @@ struct PictureSize {
 /// Sets the sizes in EXIF to those of the picture. Empty EXIF stays empty.
 void SetPixelSize(PictureSize size, Exiv2::ExifData *exif);
 
-/// Returns the packet @p xmp with the properties of @p record set and without what is no longer true, see
-/// gflBitmapMarkEdited. @p exif is that of the edited picture. A packet that can't be read or written again counts as
-/// empty, with a warning. Throws only std::bad_alloc.
+/// Returns the packet @p xmp with the properties of @p record and without properties that are no longer true, see
+/// gflBitmapMarkEdited. @p exif is that of the edited picture. A packet that can't be read or written again is treated
+/// as empty, with a warning. Throws only std::bad_alloc.
 Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size, const Exiv2::ExifData &exif);
 
 } // namespace imagefile

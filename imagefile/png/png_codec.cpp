@@ -26,6 +26,8 @@ public:
         return ReadPngMetadata(source, metadata);
     }
 
+    bool WritesMadeRows() const override { return true; }
+
     Status Write(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink) const override
     {
         return WritePng(bitmap, options, sink);

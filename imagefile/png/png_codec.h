@@ -12,8 +12,8 @@ Status ReadPngInfo(const Source &source, GFL_FILE_INFORMATION *info);
 Status ReadPngPixels(const Source &source, RowSink *rows);
 Status WritePng(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
-/// Context for libpng's callbacks. Each function that calls libpng sets @c out itself, and has nothing to destroy in
-/// the part that a jump leaves.
+/// Context for libpng's callbacks. Each function that calls libpng sets @c out itself. No object with a destructor may
+/// live where a jump leaves.
 struct PngError {
     std::jmp_buf out;
     GflError error = GFL_ERROR_FILE_READ; // unless a better cause is known

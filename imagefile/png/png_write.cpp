@@ -1,3 +1,4 @@
+#include "core/row_source.h"
 #include "metadata/exif_carry.h"
 #include "metadata/photoshop_resources.h"
 #include "metadata/png_metadata.h"
@@ -31,7 +32,7 @@ Blocks::Blocks(const Metadata &metadata)
 {
 }
 
-/// One encoding. Members are objects that a jump must not leave undestroyed.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
@@ -49,6 +50,7 @@ private:
     void WriteRows();
 
     const GFL_BITMAP &m_bitmap;
+    RowSource m_rows;
     const PixelForm m_from;
     const PixelForm m_form;
     const int m_level;
@@ -62,6 +64,7 @@ private:
 
 Encoder::Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink)
     : m_bitmap(bitmap),
+      m_rows(bitmap, options.rows),
       m_from{bitmap.BitsPerComponent, ChannelsOfType(bitmap.Type)},
       m_form{bitmap.BitsPerComponent == 8 ? 8 : 16, m_from.channels},
       m_level(options.compression == GFL_COMPRESSION_DEFAULT ? kDefaultLevel
@@ -122,13 +125,15 @@ void Encoder::SetUp()
                      static_cast<png_uint_32>(std::lround(m_bitmap.Ydpi / 0.0254)), PNG_RESOLUTION_METER);
 }
 
-// Errors in blocks become warnings: a profile that libpng rejects, as every reader using libpng would, is left out.
+// Errors in blocks become warnings. A profile that libpng rejects is left out: any reader that uses libpng would too.
 void Encoder::SetBlocks(const Blocks &blocks)
 {
     png_set_benign_errors(m_png, 1);
     if (!blocks.icc.empty())
         png_set_iCCP(m_png, m_info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, blocks.icc.data(),
                      static_cast<png_uint_32>(blocks.icc.size()));
+    if (!blocks.icc.empty() && png_get_valid(m_png, m_info, PNG_INFO_iCCP) == 0)
+        Warn("metadata is left out: the ICC profile, which libpng rejects");
     if (!blocks.exif.empty())
         png_set_eXIf_1(m_png, m_info, static_cast<png_uint_32>(blocks.exif.size()),
                        const_cast<png_bytep>(blocks.exif.data())); // libpng copies it
@@ -151,8 +156,11 @@ void Encoder::SetBlocks(const Blocks &blocks)
 void Encoder::WriteRows()
 {
     const RowConverter convert = ChooseConverter(m_from, m_form);
-    const std::uint8_t *src = m_bitmap.Data;
-    for (int y = 0; y < m_bitmap.Height; ++y, src += m_bitmap.BytesPerLine) {
+    const std::uint8_t *src = nullptr;
+    for (int y = 0; y < m_bitmap.Height; ++y) {
+        m_failure = m_rows.Next(&src);
+        if (!m_failure)
+            png_error(m_png, "the rows could not be made");
         convert(src, m_row.data(), static_cast<std::size_t>(m_bitmap.Width), 255);
         png_write_row(m_png, m_row.data());
     }

@@ -60,7 +60,7 @@ LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
     return record;
 }
 
-// Returns the places of the color channels and of opacity; empty if one is missing or packed differently.
+// Returns the positions of the color channels and of opacity; empty if one is missing or packed differently.
 std::vector<PsdChannel> ChannelsOf(const LayerRecord &record, const PsdLayout &layout, ByteReader *reader)
 {
     const auto colors = static_cast<std::size_t>(layout.colors);

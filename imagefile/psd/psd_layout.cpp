@@ -15,7 +15,7 @@ namespace imagefile {
 namespace {
 
 constexpr int kMaxChannels = 56;
-constexpr int kPackBitsRatio = 64; // 128 bytes for 2
+constexpr int kPackBitsRatio = 64; // 2 bytes unpack to 128
 
 struct Mode {
     PsdMode mode;
@@ -43,10 +43,10 @@ Status TakeMode(std::uint64_t mode, PsdLayout *layout)
         layout->colors = known.colors;
         return layout->channels >= known.colors
             ? Status::Ok()
-            : Damaged(Text("%d channels where %d are needed", layout->channels, known.colors));
+            : Damaged(Text("%d channels; %d are needed", layout->channels, known.colors));
     }
     return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                        Text("Photoshop: colors of mode %llu in %d bits", static_cast<unsigned long long>(mode), bits));
+                        Text("Photoshop: color mode %llu with %d bits", static_cast<unsigned long long>(mode), bits));
 }
 
 Status ReadHeader(ByteReader *reader, PsdLayout *layout)
@@ -64,7 +64,7 @@ Status ReadHeader(ByteReader *reader, PsdLayout *layout)
     if (version != 1 && version != 2)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "Photoshop: version " + std::to_string(version));
     if (layout->channels < 1 || layout->channels > kMaxChannels)
-        return Damaged(Text("%d channels; there may be 1 to %d", layout->channels, kMaxChannels));
+        return Damaged(Text("%d channels; 1 to %d are allowed", layout->channels, kMaxChannels));
     if (Status status = CheckImageSize(width, height, 1, 8); !status)
         return status;
     layout->isLarge = version == 2;
@@ -104,7 +104,7 @@ Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *l
         return Damaged("the file ends early");
     if (compression > 1)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are read", compression));
+                            Text("Photoshop: compression %d; 0 (none) and 1 (PackBits) are supported", compression));
     if (!layout->channelPlaces.empty())
         return Status::Ok();
     const std::uint64_t tablesAt = reader->Position(),
@@ -162,7 +162,7 @@ Status OpenPsd(const Source &source, PsdLayout *layout)
     return CheckBytes(source, *layout);
 }
 
-// Dots per inch with 16 fractional bits, whatever unit is displayed; horizontal at 0, vertical at 8.
+// Dots per inch with 16 fractional bits, regardless of the unit displayed; horizontal at 0, vertical at 8.
 void ReadPsdResolution(const Source &source, std::uint16_t *xDpi, std::uint16_t *yDpi)
 {
     const Bytes info = FindResource(ReadPsdResources(source), PhotoshopResource::Resolution);

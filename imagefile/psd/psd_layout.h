@@ -16,7 +16,7 @@ struct PsdChannel {
     std::uint64_t pixelsAt; // of the first row
 };
 
-/// How pixels are stored, and the form in which they are delivered:
+/// How pixels are stored and delivered:
 ///
 ///   | stored                      | delivered                                                  |
 ///   |-----------------------------|------------------------------------------------------------|
@@ -27,7 +27,7 @@ struct PsdChannel {
 /// Opacity is the first channel after the colors if the file's layers don't cover the whole picture. Other channels are
 /// selections and are left out. A file with one plain layer of the picture's size is read from that layer.
 struct PsdLayout {
-    bool isLarge = false; // PSB: sides up to 300,000 pixels, lengths of 64 bits
+    bool isLarge = false; // PSB: sides up to 300,000 pixels, 64-bit lengths
     int channels = 0;     // stored
     int width = 0;
     int height = 0;
@@ -42,11 +42,11 @@ struct PsdLayout {
     PixelForm form;                        // as delivered
 
     int UsedChannels() const { return colors + (hasAlpha ? 1 : 0); }
-    /// Returns the bytes of lengths that a PSB stores in 64 bits.
+    /// Returns the size in bytes of length fields; a PSB has 64-bit ones.
     int LengthBytes() const { return isLarge ? 8 : 4; }
-    /// Returns the bytes of a packed row's size.
+    /// Returns the size in bytes of the field for a packed row's size.
     int SizeBytes() const { return isLarge ? 4 : 2; }
-    /// Returns the bytes of the sizes of all rows of one channel.
+    /// Returns the size in bytes of the row sizes of one channel.
     std::uint64_t SizesBytes() const
     {
         return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());

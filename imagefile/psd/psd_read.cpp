@@ -67,7 +67,7 @@ Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
         return got == rowBytes ? Status::Ok() : EndsEarly();
     }
     const std::size_t size = from.size[static_cast<std::size_t>(y)];
-    if (size > 2 * rowBytes + 2) // a byte takes at most two
+    if (size > 2 * rowBytes + 2) // a byte packs to at most two
         return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a row of %zu packed bytes", size));
     m_packed.resize(size);
     if (m_source.ReadAt(from.at, m_packed.data(), size) < size)
@@ -94,7 +94,7 @@ template <class T> T Load(const std::uint8_t *p)
     }
 }
 
-/// Writes a channel to its places in a row.
+/// Writes a channel to its positions in a row.
 template <class T>
 void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *row, std::size_t step)
 {
@@ -102,8 +102,8 @@ void Interleave(const std::uint8_t *channel, std::size_t width, bool invert, T *
         *row = invert ? static_cast<T>(FullScale<T>() - Load<T>(channel)) : Load<T>(channel);
 }
 
-/// Removes the white that partly transparent pixels were blended with. A pixel darker than the white alone would allow
-/// was not blended: some programs store unblended colors.
+/// Removes the white with which partly transparent pixels were blended. Pixels that are too dark for that are left as
+/// they are: some programs store unblended colors.
 template <class T> void TakePaperOut(T *row, std::size_t width)
 {
     constexpr auto kFull = static_cast<float>(FullScale<T>());
@@ -160,7 +160,7 @@ Status Assembler::Start(const Source &source)
 
 template <class T> void Assembler::Take(std::size_t channel)
 {
-    // Inks are stored inverted.
+    // CMYK is stored inverted.
     const bool invert = m_layout.mode == PsdMode::Cmyk && channel < 4;
     Interleave(m_channel.data(), m_width, invert, reinterpret_cast<T *>(m_samples.data()) + channel,
                static_cast<std::size_t>(m_layout.UsedChannels()));
@@ -221,7 +221,7 @@ void Assembler::Finish(std::uint8_t *row)
 struct ColorName {
     PsdMode mode;
     GflColorModel model;
-    const char *suffix; // of the description, by which hosts detect files that need care
+    const char *suffix; // of the description, by which hosts detect files that need special treatment
 };
 constexpr ColorName kColorNames[] = {
     {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},

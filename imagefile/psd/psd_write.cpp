@@ -27,8 +27,8 @@ Bytes ResolutionInfo(const GFL_BITMAP &bitmap)
         return info;
     for (const std::uint16_t dpi : {bitmap.Xdpi, bitmap.Ydpi}) {
         AppendNumber(std::uint64_t(dpi) << 16, 4, &info);
-        AppendNumber(1, 2, &info); // displayed per inch
-        AppendNumber(1, 2, &info); // sides as well
+        AppendNumber(1, 2, &info); // resolution shown per inch
+        AppendNumber(1, 2, &info); // sides shown in inches
     }
     return info;
 }
@@ -66,7 +66,7 @@ public:
 
 private:
     int LengthBytes() const { return m_isLarge ? 8 : 4; }
-    /// Returns the bytes of the sizes of a channel's packed rows.
+    /// Returns the size in bytes of the table of a channel's packed row sizes.
     std::size_t SizesBytes() const
     {
         return m_isPacked ? static_cast<std::size_t>(m_bitmap.Height) * (m_isLarge ? 4 : 2) : 0;
@@ -121,7 +121,7 @@ Bytes Writer::Head(const Bytes &resources) const
     AppendNumber(static_cast<std::uint64_t>(m_bitmap.Width), 4, &head);
     AppendNumber(m_bitmap.BitsPerComponent, 2, &head);
     AppendNumber(static_cast<std::uint64_t>(m_channels == 1 ? PsdMode::Grey : PsdMode::Rgb), 2, &head);
-    AppendNumber(0, 4, &head); // no data of the color mode
+    AppendNumber(0, 4, &head); // no color mode data
     AppendNumber(resources.size(), 4, &head);
     head.insert(head.end(), resources.begin(), resources.end());
     return head;
@@ -169,7 +169,7 @@ void Writer::TakeChannel(const std::uint8_t *row, int channel, Blend blend)
         TakeChannelAs(reinterpret_cast<const float *>(row), channel, blend);
 }
 
-// Appends the sizes of its rows, if they are packed, to @p sizes.
+// Writes a channel. If its rows are packed, appends their sizes to @p sizes.
 Status Writer::WriteChannel(int channel, Blend blend, Bytes *sizes)
 {
     const std::uint8_t *row = m_bitmap.Data;
@@ -225,7 +225,7 @@ Bytes Writer::LayersHead() const
     return head;
 }
 
-// Writes the layer section, whose lengths are known last.
+// Writes the layer section, whose lengths are only known at the end.
 Status Writer::WriteLayers()
 {
     const auto lengthBytes = static_cast<std::uint64_t>(LengthBytes());
@@ -285,7 +285,7 @@ Status WritePsd(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink
     if (bitmap.Width > kMaxSide || bitmap.Height > kMaxSide)
         return Status::Fail(
             GFL_ERROR_BAD_BITMAP,
-            Text("PSB holds sides up to %d pixels; the picture has %d x %d", kMaxSide, bitmap.Width, bitmap.Height));
+            Text("PSB allows sides up to %d pixels; the picture has %d x %d", kMaxSide, bitmap.Width, bitmap.Height));
     try {
         const Bytes resources = AllResources(bitmap, options.metadata ? *options.metadata : Metadata());
         return Writer(bitmap, /*isPacked=*/options.compression != 0, sink).Write(resources);

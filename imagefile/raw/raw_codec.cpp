@@ -32,7 +32,7 @@ bool IsTiffHead(const std::uint8_t *head)
     return (std::memcmp(head, "II*\0", 4) == 0) || (std::memcmp(head, "MM\0*", 4) == 0);
 }
 
-// Returns whether a file is a Canon CR2, a TIFF with a mark after the header.
+// Returns whether a file is a Canon CR2, which is a TIFF with a marker after the header.
 bool IsCanonHead(const std::uint8_t *head)
 {
     return std::memcmp(head + 8, "CR\x02", 3) == 0;
@@ -56,7 +56,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Cameras' files are accepted by their suffix; without one, as in memory, by their content.
+    // Camera files are accepted by their suffix or, without one, as in memory, by their content.
     bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};

@@ -1,4 +1,4 @@
-// Shared by the files of the camera raw codec: one raw file in LibRaw.
+// Shared by the files of the camera raw codec: a file opened by LibRaw.
 #pragma once
 
 #include "core/codec.h"
@@ -9,7 +9,8 @@ namespace imagefile {
 
 class RawStream;
 
-/// Returns whether a file that begins like a TIFF holds sensor values: a DNG or a camera's file, whatever its name.
+/// Returns whether a file that begins like a TIFF contains sensor values, as a DNG or another raw file, regardless of
+/// its name.
 bool HoldsSensorValues(const Source &source);
 
 /// A camera raw file in LibRaw, opened for one purpose: its size, its preview, or its pixels. Pictures are sRGB, in
@@ -18,8 +19,8 @@ bool HoldsSensorValues(const Source &source);
 ///   | setting           | effect                                                                              |
 ///   |-------------------|-------------------------------------------------------------------------------------|
 ///   | automatic balance | makes the mean of the picture gray; overrides the camera's balance                  |
-///   | camera balance    | as measured by the camera; without either: daylight                                 |
-///   | highlight         | 0 clips, 1 keeps, 2 blends, 3 to 9 rebuild, from white to color                     |
+///   | camera balance    | as measured by the camera; if both are off: daylight                                |
+///   | highlight         | 0 clips, 1 keeps, 2 blends, 3 to 9 reconstruct, from white to color                 |
 ///   | auto brightness   | brightened until one pixel in a hundred is white                                    |
 ///   | gamma             | values are raised to the power of 1 / gamma; 1 is linear                            |
 ///   | brightness        | factor, before gamma                                                                |
@@ -37,13 +38,13 @@ public:
     Status Describe(GFL_FILE_INFORMATION *info);
 
     enum class Size { Full, Half };
-    /// Develops into 16 or, without GFL_LOAD_ORIGINAL_DEPTH, 8 bits. Half size: one pixel per 2 x 2 sensor values, a
-    /// tenth of the work.
+    /// Develops into 16 or, without GFL_LOAD_ORIGINAL_DEPTH, 8 bits. Half size makes one pixel of 2 x 2 sensor values
+    /// and takes a tenth of the time.
     Status Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows);
     /// Returns half size if that still covers the picture fitted into @p box.
     Size SizeFor(const Box &box) const;
-    /// Passes on the camera's preview; fails if there is none that covers the picture fitted into @p box and has its
-    /// proportions.
+    /// Delivers the camera's preview; fails unless it has the picture's proportions and covers the picture fitted into
+    /// @p box.
     Status ReadPreview(const Box &box, RowSink *rows);
 
 private:
@@ -55,7 +56,7 @@ private:
 
     const Source *m_source = nullptr;
     std::unique_ptr<RawStream> m_stream; // must outlive the developer
-    std::unique_ptr<Developer> m_raw;    // some 800 KB
+    std::unique_ptr<Developer> m_raw;    // about 800 KB
 };
 
 const Codec &RawCodec();

@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Returns the text, zero-terminated unless the field is full; cameras pad with blanks.
+// Returns a field's text, which is zero-terminated unless it fills the field; cameras pad it with blanks.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));
@@ -42,7 +42,7 @@ public:
         if (IsKnown(value))
             Field(name, Decimal(value));
     }
-    /// Adds an ID, which may need 64 bits. 0 and all bits set are unknown.
+    /// Adds an ID, which may need 64 bits. 0 and all bits set mean unknown.
     void Id(const char *name, unsigned long long id)
     {
         if (id != 0 && id != ~0ull)
@@ -80,7 +80,7 @@ private:
     RawFacts *m_facts;
 };
 
-// LibRaw takes the camera's clock as local time.
+// LibRaw treats the camera's clock as local time.
 std::string DateText(std::time_t time)
 {
     std::tm parts = {};
@@ -118,7 +118,7 @@ void AddPosition(const libraw_gps_info_t &gps, Builder *to)
         && (gps.longref == 'E' || gps.longref == 'W') && gps.gpsstatus != 'V';
     if (!hasPlace)
         return;
-    constexpr std::uint32_t kUnit = 1000000; // floats of seconds are no more precise
+    constexpr std::uint32_t kUnit = 1000000; // seconds as floats are no more precise
     to->Exif("Exif.GPSInfo.GPSLatitudeRef", std::string(1, gps.latref));
     to->Exif("Exif.GPSInfo.GPSLatitude", {gps.latitude[0], gps.latitude[1], gps.latitude[2]}, kUnit);
     to->Exif("Exif.GPSInfo.GPSLongitudeRef", std::string(1, gps.longref));

@@ -11,7 +11,7 @@
 namespace imagefile {
 
 struct RawFacts {
-    /// Maker, model, lens, focal length, exposure, date and position, for files whose EXIF Exiv2 doesn't find.
+    /// Maker, model, lens, focal length, exposure, date and position, for files in which Exiv2 finds no EXIF.
     Exiv2::ExifData exif;
     /// LibRaw's fields by name: "LibRaw.LensID", "61184". Unknown ones are absent.
     std::vector<std::pair<std::string, std::string>> fields;

@@ -31,7 +31,7 @@ Status StatusOf(int code)
 
 } // namespace
 
-// LibRaw with two extra factors that it has no setting for, and with errors stored instead of printed.
+// LibRaw with two more factors, for which it has no settings, and with errors stored instead of printed.
 class RawFile::Developer : public LibRaw {
 public:
     Developer();
@@ -69,7 +69,7 @@ void RawFile::Developer::ScaleMultipliers()
     }
 }
 
-// The automatic balance is known only after it has been applied.
+// LibRaw computes the automatic balance only when it applies it.
 void RawFile::Developer::ScalePixels()
 {
     if (!BalancesAutomatically() || (redScaling == 1.0f && blueScaling == 1.0f))
@@ -156,7 +156,7 @@ Status RawFile::HandOver(RowSink *rows)
     std::vector<std::uint8_t> pixels(rowBytes * static_cast<std::size_t>(height));
     if (Status status = StatusOf(m_raw->copy_mem_image(pixels.data(), static_cast<int>(rowBytes), 0)); !status)
         return status;
-    m_raw->recycle(); // its memory is four times that of the picture
+    m_raw->recycle(); // frees four times the memory of the picture
     if (Status status = rows->Start(width, height, form); !status)
         return status;
     for (int y = 0; y < height; ++y) {
@@ -178,20 +178,20 @@ Status RawFile::ReadPreview(const Box &box, RowSink *rows)
 {
     const libraw_thumbnail_t &preview = m_raw->imgdata.thumbnail;
     const Box picture = {m_raw->imgdata.sizes.width, m_raw->imgdata.sizes.height};
-    const Status small = Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "camera raw: no preview of the wanted size");
+    const Status small = Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "camera raw: no preview of the requested size");
     if (preview.tlength > m_source->Size())
         return small;
     if (Status status = StatusOf(m_raw->unpack_thumb()); !status)
         return status;
     if (preview.tformat == LIBRAW_THUMBNAIL_BITMAP)
-        return CanStandFor(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
+        return CanReplace(picture, {preview.twidth, preview.theight}, box) ? HandOverBitmap(rows) : small;
     if (preview.tformat != LIBRAW_THUMBNAIL_JPEG)
         return small;
     const Source jpeg(preview.thumb, preview.tlength);
     GFL_FILE_INFORMATION info = {};
     if (Status status = ReadJpegInfo(jpeg, &info); !status)
         return status;
-    return CanStandFor(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
+    return CanReplace(picture, {info.Width, info.Height}, box) ? ReadJpegPixels(jpeg, &box, rows) : small;
 }
 
 Status RawFile::HandOverBitmap(RowSink *rows)

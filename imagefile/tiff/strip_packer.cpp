@@ -12,8 +12,8 @@ namespace imagefile {
 
 namespace {
 
-/// Groups of strips that a thread may be ahead of the writer: enough that no thread waits while the disk takes a group
-/// or the calling thread packs one.
+/// Number of groups of strips that a thread may be ahead of the writer: enough that no thread waits while a group is
+/// written to disk or packed by the calling thread.
 constexpr int kSlotsPerThread = 3;
 
 /// Uninitialized memory: pages that are never used cost nothing.

@@ -1,4 +1,4 @@
-// Deflate of TIFF strips on several threads, in order, with a few strips in memory at a time.
+// Compresses TIFF strips on several threads, in order, with a few strips in memory at a time.
 #pragma once
 
 #include "core/status.h"
@@ -12,7 +12,7 @@ namespace imagefile {
 struct StripJob {
     int strips = 0;                // >= 1
     std::size_t maxStripBytes = 0; // unpacked; every strip but the last has as many
-    int threads = 1;               // >= 1, including the calling one
+    int threads = 1;               // >= 1, including the calling one; the number doesn't change the packed bytes
     DeflateBy compressor = DeflateBy::LibDeflate;
 
     /// Makes the rows for @p count strips from @p first on in @p rows (count * maxStripBytes). Optional; if absent,
@@ -28,7 +28,7 @@ struct StripJob {
     std::function<Status(int strip, const std::uint8_t *packed, std::size_t bytes)> write;
 };
 
-/// Packs all strips as zlib streams. Ends at the first failure of @c make or @c write. Throws std::bad_alloc.
+/// Packs all strips as zlib streams. Stops at the first failure of @c make or @c write. Throws std::bad_alloc.
 Status PackStrips(const StripJob &job);
 
 } // namespace imagefile

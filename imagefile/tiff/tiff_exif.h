@@ -1,4 +1,4 @@
-// EXIF in a TIFF that is being written, exactly as Exiv2 makes it: rationals unchanged, maker notes that still decode.
+// Writes EXIF into a new TIFF exactly as Exiv2 encodes it: rationals are unchanged and maker notes still decode.
 //
 // libtiff doesn't support maker notes and rounds rationals; Exiv2 would afterwards write the whole file a second time.
 // So Exiv2 makes a small TIFF that holds only metadata, whose bytes go to the head of the file, where all its offsets
@@ -14,12 +14,13 @@ namespace imagefile {
 
 class TiffExif {
 public:
-    /// Encodes @p exif, which only holds values to be carried; if there are none, the calls below do nothing.
+    /// Encodes @p exif, which only has the values to keep; if it is empty, the calls below do nothing.
     Status Encode(const Exiv2::ExifData &exif);
 
-    /// Returns the maximum bytes that the EXIF takes in a file: itself, and its directories again, perhaps widened.
+    /// Returns the maximum number of bytes that the EXIF takes in a file: the EXIF and a second copy of its
+    /// directories, perhaps widened.
     std::uint64_t BytesBound() const { return 3 * std::uint64_t(m_classic.size()); }
-    /// Sets the variant of the file; before the calls below.
+    /// Sets the variant of the file. Call it before the functions below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }
 
     /// Writes the head after the file's header, before any other byte.

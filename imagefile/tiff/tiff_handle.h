@@ -1,4 +1,4 @@
-// libtiff on sources and sinks: one open file, its position, and its first error.
+// Runs libtiff on sources and sinks: one open file, its position, and its first error.
 #pragma once
 
 #include "core/sink.h"
@@ -10,8 +10,8 @@
 
 namespace imagefile {
 
-/// An open TIFF. The destructor closes it; nothing is printed, not even by closing. If opening or setting fields throws
-/// std::bad_alloc, the handle is of no further use; libtiff's memory for it, mostly some KB, may be lost.
+/// An open TIFF. The destructor closes it; nothing is ever printed. If opening or setting fields throws std::bad_alloc,
+/// the handle can't be used any more; libtiff's memory for it, usually a few KB, may leak.
 class TiffHandle {
 public:
     TiffHandle();
@@ -20,7 +20,7 @@ public:
     TiffHandle &operator=(const TiffHandle &) = delete;
 
     /// Runs @p step, which opens a directory or sets fields, and returns its result. Throws std::bad_alloc if memory
-    /// ran out in it: libtiff continues without the field, or with a field that has no values.
+    /// runs out: libtiff would continue without the field, or with a field that has no values.
     bool RequireMemory(const std::function<bool()> &step) const;
 
     /// Opens the first directory. The source must outlive the handle.
@@ -51,7 +51,7 @@ public:
     /// Returns the first failure of the sink. libtiff continues after some of them.
     const Status &SinkStatus() const;
 
-    /// Returns a field with one value; @p missing if the file has none and TIFF no default.
+    /// Returns a field with one value, or @p missing if the file doesn't have it and TIFF defines no default.
     template <class T> T Field(std::uint32_t tag, T missing) const
     {
         T value = missing;

@@ -10,7 +10,7 @@ namespace imagefile {
 namespace {
 
 constexpr int kMaxDirectories = 64;
-constexpr int kMaxSamples = 64; // pictures have up to 5, with masks some more
+constexpr int kMaxSamples = 64; // pictures have up to 5, or some more with masks
 
 Status Unknown(const std::string &why)
 {
@@ -31,7 +31,7 @@ Status FindPicture(const TiffHandle &handle)
 {
     for (int i = 0; IsReduced(handle); ++i)
         if (i == kMaxDirectories || !handle.OpenNext())
-            return Unknown("the file only holds reduced pictures");
+            return Unknown("the file only contains reduced pictures");
     return Status::Ok();
 }
 
@@ -63,7 +63,7 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
         && layout->samples > 1;
     layout->isTiled = TIFFIsTiled(handle.Get()) != 0;
     if (layout->samples < 1 || layout->samples > kMaxSamples)
-        return Unknown(Text("%d samples per pixel; 1 to %d are read", layout->samples, kMaxSamples));
+        return Unknown(Text("%d samples per pixel; 1 to %d are supported", layout->samples, kMaxSamples));
     if (!TIFFIsCODECConfigured(layout->compression))
         return Unknown(Text("unknown compression %d", layout->compression));
     return Status::Ok();
@@ -97,7 +97,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
     case PHOTOMETRIC_SEPARATED:
         layout->color = TiffColor::Cmyk;
         if (handle.Field<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK)
-            return Unknown("inks other than CMYK");
+            return Unknown("an ink set other than CMYK");
         return Status::Ok();
     case PHOTOMETRIC_YCBCR:
         layout->color = TiffColor::Other;
@@ -118,7 +118,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
         layout->color = TiffColor::Other;
         return Status::Ok();
     default:
-        return Unknown(Text("colors of kind %d", layout->photometric));
+        return Unknown(Text("photometric interpretation %d", layout->photometric));
     }
 }
 
@@ -164,7 +164,7 @@ int ColorSamples(TiffColor color)
     return color == TiffColor::Rgb || color == TiffColor::Lab ? 3 : color == TiffColor::Cmyk ? 4 : 1;
 }
 
-// Returns the sample that holds opacity, or -1.
+// Returns the index of the opacity sample, or -1.
 int FindOpacity(const TiffHandle &handle, int colors, TiffLayout *layout)
 {
     std::uint16_t count = 0;
@@ -293,7 +293,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxDirectories));
 }
 
-// Searches for the smallest suitable directory; its place is 0 if there is none.
+// Searches for the smallest suitable directory; its offset is 0 if there is none.
 class ReducedSearch {
 public:
     ReducedSearch(const TiffLayout &picture, const Box &box) : m_picture{picture.width, picture.height}, m_box(box) { }
@@ -304,7 +304,7 @@ public:
         const auto height = handle.Field<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
         if (!IsReduced(handle) || width >= m_bestWidth || height > static_cast<std::uint32_t>(m_picture.height))
             return;
-        if (!CanStandFor(m_picture, {static_cast<int>(width), static_cast<int>(height)}, m_box))
+        if (!CanReplace(m_picture, {static_cast<int>(width), static_cast<int>(height)}, m_box))
             return;
         m_bestWidth = width;
         m_best = TIFFCurrentDirOffset(handle.Get());
@@ -345,7 +345,7 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
         search.Look(*handle);
     }
     if (search.Best() == 0 || !handle->OpenAt(search.Best()))
-        return Unknown("no reduced version of the wanted size");
+        return Unknown("no reduced version of the requested size");
     return ReadLayout(source, *handle, layout);
 }
 

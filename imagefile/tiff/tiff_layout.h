@@ -19,11 +19,11 @@ enum class TiffColor {
     Other, // YCbCr, LogLuv, and fax Lab: by libtiff's own conversion to 8-bit RGB
 };
 
-/// How pixels are stored, and the form in which they are delivered:
+/// How pixels are stored and delivered:
 ///
 ///   | stored                                   | delivered                              |
 ///   |------------------------------------------|----------------------------------------|
-///   | unsigned, 2 to 8 bits a sample           | 8 bits                                 |
+///   | unsigned, 2 to 8 bits per sample         | 8 bits                                 |
 ///   | unsigned, 9 to 16 bits                   | 16 bits                                |
 ///   | unsigned, 24 or 32 bits; float, 16 to 64 | 32 bits, float                         |
 ///   | 1 bit, palette                           | RGB of 8 bits                          |
@@ -57,8 +57,8 @@ struct TiffLayout {
 /// contents checked.
 Status OpenTiffPicture(const Source &source, TiffHandle *handle, TiffLayout *layout);
 
-/// Opens the smallest reduced version in the file, in a directory of its own or below the picture's, that can replace
-/// the picture in @p box. Fails if there is none.
+/// Opens the smallest reduced version, in a main directory or a sub-directory of the picture's, that can replace the
+/// picture in @p box. Fails if there is none.
 Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle, TiffLayout *layout);
 
 } // namespace imagefile

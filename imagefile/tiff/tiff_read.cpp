@@ -11,8 +11,8 @@ namespace imagefile {
 
 namespace {
 
-/// Strips up to this size are decoded at once, which libtiff does by libdeflate and much faster than row by row. Larger
-/// ones, such as a whole picture in one strip, would need twice the memory.
+/// Strips up to this size are decoded at once: libtiff then uses libdeflate, which is much faster than row by row. For
+/// larger ones, such as a whole picture in one strip, that would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
 /// Decodes a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane of a
@@ -41,7 +41,7 @@ private:
 
     TiffLayout m_layout;
     std::vector<std::unique_ptr<TiffHandle>> m_planes; // one, or one for each used sample
-    int m_pieceWidth = 0;                              // of a tile, or of the picture
+    int m_pieceWidth = 0;                              // width of a tile or of the picture
     int m_bandRows = 0;                                // tile height, rows of a strip, or 1
     bool m_byRow = false;                              // strips are too large to decode at once
     std::size_t m_pieces = 1;                          // side by side
@@ -224,14 +224,15 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
     return Status::Ok();
 }
 
-// Reads rare kinds of color by libtiff's conversion, which also needs the picture as 8-bit RGBA.
+// Reads rare color models by libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
 Status ReadForeign(const BandReader &reader, RowSink *rows)
 {
     const TiffLayout &layout = reader.Layout();
     const auto width = static_cast<std::uint32_t>(layout.width), height = static_cast<std::uint32_t>(layout.height);
     std::vector<std::uint32_t> raster(std::size_t(width) * height);
     std::uint16_t orientation = ORIENTATION_TOPLEFT;
-    TIFFGetFieldDefaulted(reader.Picture(), TIFFTAG_ORIENTATION, &orientation); // the file's own: nothing is rotated
+    TIFFGetFieldDefaulted(reader.Picture(), TIFFTAG_ORIENTATION,
+                          &orientation); // same orientation in and out: nothing is rotated
     if (!TIFFReadRGBAImageOriented(reader.Picture(), width, height, raster.data(), orientation, /*stopOnError=*/1))
         return Status::Fail(GFL_ERROR_FILE_READ, "TIFF: the pixels can't be decoded");
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
@@ -297,7 +298,7 @@ Status ReadTiffInfo(const Source &source, GFL_FILE_INFORMATION *info)
     TiffLayout layout;
     if (Status status = OpenTiffPicture(source, &handle, &layout); !status)
         return status;
-    // Hosts compare the description of tiled files as a whole, and look for the colors in the others.
+    // Hosts compare the whole description of tiled files; in others they search for the color model.
     const GflColorModel model = ColorModelOf(layout);
     std::snprintf(info->Description, sizeof info->Description, "TIFF%s",
                   layout.isTiled             ? " tiled"

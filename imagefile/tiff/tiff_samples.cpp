@@ -93,8 +93,8 @@ template <class T> void SpreadGrey(const TiffLayout &layout, const T *samples, T
     }
 }
 
-// CIE Lab stores signed a and b. At 16 bits they have 256 counts per unit, as all of ICC Lab has: that is the encoding
-// of ICC version 2, while that of version 4 uses the full range.
+// CIE Lab stores signed a and b. At 16 bits they have 256 steps per unit, like all of Lab in the encoding of ICC
+// version 2; version 4 uses the full range.
 template <class T> void ToIccLab(const TiffLayout &layout, T *samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>(), kFullV2 = sizeof(T) == 2 ? 65280 : 255;

@@ -12,9 +12,12 @@ namespace imagefile {
 
 namespace {
 
-/// Unpacked bytes of a strip: long enough to fill most of the compressor's window, short enough that readers, and each
-/// of our threads, need little memory.
+/// Unpacked bytes per strip: enough for good compression, few enough that readers, and each of our threads, need little
+/// memory.
 constexpr std::int64_t kStripBytes = 512 * 1024;
+
+/// Level of Zstandard: with the predictor, higher ones gain little and take much longer.
+constexpr int kZstdLevel = 3;
 
 /// Room for directories and the header in addition to pixels, metadata and strip tables.
 constexpr std::uint64_t kOtherBytes = 65536;
@@ -25,7 +28,7 @@ struct Picture {
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast);
 
     const GFL_BITMAP &bitmap;
-    const RowMaker *maker; // makes the rows; null if the bitmap holds them
+    const RowMaker *maker; // makes the rows; null if they are in the bitmap
     PixelForm form;
     std::size_t rowBytes; // without padding
     int rowsPerStrip;
@@ -86,18 +89,23 @@ bool TranslateCompression(std::uint16_t compression, std::uint16_t *tag)
     case 4:
         *tag = COMPRESSION_ADOBE_DEFLATE;
         return true;
+    case COMPRESSION_ZSTD:
+        *tag = COMPRESSION_ZSTD;
+        return true;
     default:
         return false;
     }
 }
 
-/// Returns the maximum bytes that the pixels can take.
+/// Returns the maximum number of bytes that the pixels can take.
 std::uint64_t PackedBound(const Picture &picture, std::uint16_t compression)
 {
     const std::uint64_t bytes = picture.Bytes();
     if (compression == COMPRESSION_LZW)
-        return bytes + bytes / 2;                                          // 12 bits for each byte
-    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores data that doesn't shrink
+        return bytes + bytes / 2; // 12 bits per byte
+    if (compression == COMPRESSION_ZSTD)
+        return bytes + bytes / 256 + static_cast<std::uint64_t>(picture.strips) * 128; // ZSTD_COMPRESSBOUND, rounded up
+    return compression == COMPRESSION_NONE ? bytes : bytes + bytes / 1000; // deflate stores incompressible data as is
 }
 
 std::uint64_t FileBound(const Picture &picture, std::uint16_t compression, const Metadata &metadata,
@@ -141,7 +149,7 @@ private:
     Status SetFields();
     Status SetBlocks();
     Status WritePlain();
-    Status WriteLzw();
+    Status WriteByLibtiff();
     Status WriteDeflate();
     Status WriteRawStrip(int strip, const std::uint8_t *data, std::size_t bytes);
     TIFF *Tiff() const { return m_handle.Get(); }
@@ -174,6 +182,8 @@ Status Writer::SetFields()
     }
     if (m_compression != COMPRESSION_NONE)
         good = good && TIFFSetField(tiff, TIFFTAG_PREDICTOR, isFloat ? PREDICTOR_FLOATINGPOINT : PREDICTOR_HORIZONTAL);
+    if (m_compression == COMPRESSION_ZSTD)
+        good = good && TIFFSetField(tiff, TIFFTAG_ZSTD_LEVEL, kZstdLevel);
     if (bitmap.Xdpi > 0 && bitmap.Ydpi > 0)
         good = good && TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(bitmap.Xdpi))
             && TIFFSetField(tiff, TIFFTAG_YRESOLUTION, static_cast<double>(bitmap.Ydpi))
@@ -216,7 +226,8 @@ Status Writer::WritePlain()
     return Status::Ok();
 }
 
-Status Writer::WriteLzw()
+/// Writes LZW and Zstandard, one strip after the other.
+Status Writer::WriteByLibtiff()
 {
     std::vector<std::uint8_t> buffer(m_picture.BytesOf(0)); // libtiff's predictor works in place
     for (int strip = 0; strip < m_picture.strips; ++strip) {
@@ -274,9 +285,9 @@ Status Writer::Write()
     m_handle.RequireMemory([&] { return bool(status = SetFields()); });
     if (!status)
         return status;
-    status = m_compression == COMPRESSION_NONE ? WritePlain()
-        : m_compression == COMPRESSION_LZW     ? WriteLzw()
-                                               : WriteDeflate();
+    status = m_compression == COMPRESSION_NONE       ? WritePlain()
+        : m_compression == COMPRESSION_ADOBE_DEFLATE ? WriteDeflate()
+                                                     : WriteByLibtiff();
     if (!status)
         return status;
     if (!TIFFWriteDirectory(Tiff()))
@@ -294,9 +305,13 @@ Status WriteTiff(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sin
     if (!TranslateCompression(options.compression, &compression))
         return Status::Fail(
             GFL_ERROR_BAD_PARAMETERS,
-            Text("TIFF: compression %d; 0 (none), 2 (LZW) and 4 (deflate) are written", options.compression));
+            Text("TIFF: compression %d; 0 (none), 2 (LZW), 4 (deflate) and 50000 (Zstandard) are written",
+                 options.compression));
     if (compression == COMPRESSION_LZW && !options.lzwAllowed)
         return Status::Fail(GFL_ERROR_BAD_PARAMETERS, "TIFF: LZW has not been enabled");
+    if (!TIFFIsCODECConfigured(compression))
+        return Status::Fail(GFL_ERROR_BAD_PARAMETERS,
+                            Text("TIFF: libtiff was built without compression %d", compression));
     const bool isFast = options.fast && compression == COMPRESSION_ADOBE_DEFLATE;
     const Picture picture(bitmap, options.rows, isFast);
     return Writer(picture, options, compression, sink).Write();

@@ -1,4 +1,4 @@
-// Shared by the files of the WebP codec: the parts of a file.
+// Shared by the files of the WebP codec: the layout of a file.
 #pragma once
 
 #include "core/codec.h"
@@ -13,7 +13,7 @@ struct WebpRange {
 
 /// A WebP file by its chunk headers: a picture, or the first frame of an animation.
 struct WebpLayout {
-    int width = 0, height = 0; // of the canvas: the delivered picture
+    int width = 0, height = 0; // of the canvas, which is delivered
     int left = 0, top = 0;     // of the frame on the canvas
     int frameWidth = 0, frameHeight = 0;
     bool isAnimated = false;
@@ -24,8 +24,8 @@ struct WebpLayout {
     bool CoversCanvas() const { return frameWidth == width && frameHeight == height; }
 };
 
-/// Reads the chunk headers and checks sizes. A file that ends before the end of the frame gives GFL_ERROR_FILE_READ;
-/// one that ends later lacks its metadata.
+/// Reads the chunk headers and checks sizes. A file that ends within the frame gives GFL_ERROR_FILE_READ; one that ends
+/// later only lacks metadata.
 Status ReadWebpLayout(const Source &source, WebpLayout *layout);
 
 Status ReadWebpInfo(const Source &source, GFL_FILE_INFORMATION *info);

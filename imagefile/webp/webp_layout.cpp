@@ -9,7 +9,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxChunks = 100000; // animations have some thousand
+constexpr std::size_t kMaxChunks = 100000; // animations have a few thousand
 constexpr std::uint64_t kRiffHeader = 12, kChunkHeader = 8;
 
 Status Damaged(const char *why)

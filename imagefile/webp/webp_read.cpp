@@ -20,7 +20,7 @@ Status Decode(const Source &source, const WebpLayout &layout, Bytes *pixels)
 {
     if (layout.frame.size > static_cast<std::uint64_t>(kMaxCodecAllocation))
         return Status::Fail(GFL_ERROR_FILE_READ,
-                            Text("WebP: a picture of %llu packed bytes; up to %lld are read",
+                            Text("WebP: a picture of %llu packed bytes; up to %lld are supported",
                                  static_cast<unsigned long long>(layout.frame.size),
                                  static_cast<long long>(kMaxCodecAllocation)));
     Bytes packed(layout.frame.size);
@@ -82,7 +82,7 @@ Status ReadWebpPixels(const Source &source, RowSink *rows)
 Status ReadWebpMetadata(const Source &source, Metadata *metadata)
 {
     WebpLayout layout;
-    if (!ReadWebpLayout(source, &layout)) // the pixels report it
+    if (!ReadWebpLayout(source, &layout)) // reading the pixels reports it
         return source.Check();
     metadata->icc = ReadMetadataBlock(source, layout.icc.at, layout.icc.size);
     metadata->xmp = ReadMetadataBlock(source, layout.xmp.at, layout.xmp.size);

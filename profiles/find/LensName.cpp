@@ -21,7 +21,7 @@ double Number(const QRegularExpressionMatch &match, const char *group)
 /// Removes the first match of @p pattern from @p text.
 QRegularExpressionMatch Take(const Pattern &pattern, QString *text)
 {
-    const QRegularExpressionMatch match = pattern.match(*text);
+    const QRegularExpressionMatch match = Matched(pattern, *text);
     if (match.hasMatch())
         text->replace(match.capturedStart(), match.capturedLength(), QStringLiteral(" "));
     return match;
@@ -75,12 +75,21 @@ void TakeNumbers(QString *text, LensName *name)
     }
 }
 
+/// Removes an aperture given twice, as in "AT-X 11-20 F2.8 (AF 11-20mm f/2.8)", which is no word.
+void TakeRepeatedStop(QString *text, const LensName &name)
+{
+    static const Pattern stop(QLatin1String("(?<![a-z])f\\s*/?\\s*") + QLatin1String(kStop));
+    QString rest = *text;
+    if (name.HasAperture() && Number(Take(stop, &rest), "n") == name.maxAperture)
+        *text = rest;
+}
+
 void AddCode(const QString &word, LensName *name)
 {
     static const Pattern tamron(
         QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
     static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
-    const QRegularExpressionMatch line = sigma.match(word);
+    const QRegularExpressionMatch line = Matched(sigma, word);
     if (name->maker == QLatin1String("sigma") && line.hasMatch()) {
         const QChar letter = word.at(0);
         name->marks.insert(letter == QLatin1Char('a')       ? QStringLiteral("art")
@@ -89,14 +98,18 @@ void AddCode(const QString &word, LensName *name)
         name->codes.insert(line.captured(2));
         return;
     }
-    name->codes.insert(word);
-    if (name->maker.isEmpty() && tamron.match(word).hasMatch())
+    static const Pattern mount(
+        QStringLiteral("(?<=^\\w\\d\\d|^\\d\\d\\d)n(ii)?$")); // "A16N", "A16NII" are A16 for Nikon
+    name->codes.insert(QString(word).remove(mount));
+    if (name->maker.isEmpty() && Matched(tamron, word).hasMatch())
         name->maker = QStringLiteral("tamron");
 }
 
-void AddWord(const QString &word, LensName *name)
+void AddWord(const QString &text, LensName *name)
 {
-    static const Pattern code(QStringLiteral("^[a-z]{0,4}\\d{2,5}[a-z]{0,2}$"));
+    const bool isLine = name->maker == QLatin1String("sigma") && text == QLatin1String("c"); // "DC DN C"
+    const QString word = isLine ? QStringLiteral("contemporary") : text;
+    static const Pattern code(QStringLiteral("^[a-z]{0,4}\\d{2,5}[a-z]{0,3}$"));
     if (const QString maker = FindMaker(word); !maker.isEmpty()) {
         const bool weak = IsMountFamily(word);
         if (name->maker.isEmpty() || (!weak && !FindMark(word)))
@@ -104,7 +117,7 @@ void AddWord(const QString &word, LensName *name)
     }
     if (const Mark *mark = FindMark(word))
         name->marks.insert(QLatin1String(mark->canonical ? mark->canonical : mark->word));
-    else if (code.match(word).hasMatch())
+    else if (Matched(code, word).hasMatch())
         AddCode(word, name);
     else if (!IsIdleWord(word) && FindMaker(word).isEmpty())
         name->words.insert(word);
@@ -121,14 +134,15 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
-/// Returns the factor in the part of a name that describes a converter, without trailing zeros; else that part.
+/// Returns the factor in the part of a name that describes a converter, without trailing zeros. If there is no factor,
+/// returns the part.
 QString ConverterOf(const QString &part)
 {
     static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
     static const Pattern code(QStringLiteral("\\b(?:tc|mc)-?(1[1-9]|20)(?!\\d{3})")); // "MC-14", "TC-20E", "TC-1401"
-    if (const QRegularExpressionMatch match = factor.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(factor, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble());
-    if (const QRegularExpressionMatch match = code.match(part); match.hasMatch())
+    if (const QRegularExpressionMatch match = Matched(code, part); match.hasMatch())
         return QString::number(match.captured(1).toDouble() / 10.0);
     return part.simplified();
 }
@@ -136,14 +150,16 @@ QString ConverterOf(const QString &part)
 LensName ParseLensName(const QString &text)
 {
     static const Pattern converter(QStringLiteral("\\s\\+.*$|\\bwith\\b.*$|\\b\\d(?:\\.\\d+)?\\s*x\\b.*$"));
-    static const Pattern maybeGeneration(QStringLiteral("\\[i+\\]"));
+    static const Pattern maybeGeneration(QStringLiteral("\\[(i+)\\]"));
     static const Pattern between(QStringLiteral("[^\\p{L}\\d]+"), Pattern::UseUnicodePropertiesOption);
     LensName name;
     name.text = text.simplified();
     QString rest = FoldedLensName(text);
-    name.anyGeneration = Take(maybeGeneration, &rest).hasMatch();
+    name.maybeGeneration = Take(maybeGeneration, &rest).captured(1);
     name.converter = ConverterOf(Take(converter, &rest).captured());
     TakeNumbers(&rest, &name);
+    TakeRepeatedStop(&rest, name);
+    static_cast<void>(Matched(between, rest)); // throws without memory; split() would return the name as one word
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
@@ -172,7 +188,7 @@ QSet<QString> TellingWords(const LensName &name)
     return words;
 }
 
-/// Whether the words of a name without a maker, which may be an unknown maker's, are also in the other.
+/// Whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(TellingWords(unnamed));
@@ -242,31 +258,37 @@ bool Contradict(Rule rule, const QSet<QString> &wanted, const QSet<QString> &off
     return rule == Rule::Same || IsFull(name) || !wanted.isEmpty();
 }
 
-/// Canon's cameras always name the focus motor.
-bool NamesCanonMount(const LensName &name)
+/// The versions of Canon's and Tamron's lenses have different focus motors, which Canon's cameras always name.
+Rule MotorRule(const LensName &name)
 {
     for (const char *mount : {"ef", "efs", "efm", "rf", "rfs"})
         if (name.marks.contains(QLatin1String(mount)))
-            return name.maker == QLatin1String("canon");
-    return false;
+            return name.maker == QLatin1String("canon") ? Rule::Same : Rule::NotOther;
+    return name.maker == QLatin1String("tamron") ? Rule::SameIfFull : Rule::NotOther;
 }
 
-/// These makers' cameras often omit it, and so do users.
+bool MayBeGeneration(const LensName &name, const QSet<QString> &marks)
+{
+    return !name.maybeGeneration.isEmpty() && (marks.isEmpty() || marks == QSet<QString>{name.maybeGeneration});
+}
+
+/// These makers' cameras often omit it, and so do users. Olympus's write "OLYMPUS M.12-100mm F4.0", without any
+/// details.
 bool LeavesStabilizerOut(const LensName &name)
 {
-    return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica");
+    return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica")
+        || (name.maker == QLatin1String("olympus") && name.marks.contains(QStringLiteral("mzuiko")) && !IsFull(name));
 }
 
 QString MarkContradiction(const LensName &wanted, const LensName &offered)
 {
     for (const GroupRule &rule : kGroupRules) {
-        if (rule.group == Group::Generation && (wanted.anyGeneration || offered.anyGeneration))
-            continue;
         const QSet<QString> mine = MarksOf(wanted, rule.group), theirs = MarksOf(offered, rule.group);
+        if (rule.group == Group::Generation && (MayBeGeneration(wanted, theirs) || MayBeGeneration(offered, mine)))
+            continue;
         if (rule.group == Group::Stabilizer && LeavesStabilizerOut(wanted) && (mine.isEmpty() || theirs.isEmpty()))
             continue;
-        const bool canonMotor = rule.group == Group::Motor && NamesCanonMount(wanted);
-        if (Contradict(canonMotor ? Rule::Same : rule.rule, mine, theirs, wanted))
+        if (Contradict(rule.group == Group::Motor ? MotorRule(wanted) : rule.rule, mine, theirs, wanted))
             return QLatin1String("another ") + QLatin1String(rule.name);
     }
     const QSet<QString> myCodes = TellingCodes(wanted), theirCodes = TellingCodes(offered);
@@ -292,7 +314,7 @@ QString Contradiction(const LensName &wanted, const LensName &offered)
     if (const QString mark = MarkContradiction(wanted, offered); !mark.isEmpty())
         return mark;
     const QSet<QString> mine = TellingWords(wanted), theirs = TellingWords(offered);
-    return wanted.words.contains(theirs) || offered.words.contains(mine) ? QString() : QStringLiteral("other words");
+    return mine == theirs ? QString() : QStringLiteral("other words");
 }
 
 int Shared(const QSet<QString> &a, const QSet<QString> &b)
@@ -317,8 +339,10 @@ bool LensName::IsBare() const
 
 QVector<LensName> ParseLensNames(const QString &text)
 {
+    // Exiv2 writes "A | B", but also "35mm F1.4 DG HSM | Art 012".
+    static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\dmm|[fF]/?\\d))"));
     QVector<LensName> names;
-    const QStringList parts = text.split(QStringLiteral(" or "), Qt::SkipEmptyParts);
+    const QStringList parts = text.split(either, Qt::SkipEmptyParts);
     for (const QString &part : parts)
         names.append(ParseLensName(part));
     return names;
@@ -330,7 +354,8 @@ NameMatch CompareLensNames(const LensName &wanted, const LensName &offered)
     match.why = Contradiction(wanted, offered);
     const bool numbers = wanted.HasFocal() && offered.HasFocal();
     const bool stops = wanted.HasAperture() && offered.HasAperture();
-    const bool sharesWords = !wanted.words.isEmpty() && wanted.words == offered.words;
+    const bool sharesWords = wanted.words == offered.words
+        && std::any_of(wanted.words.begin(), wanted.words.end(), [](const QString &word) { return word.size() > 1; });
     if (match.why.isEmpty() && (wanted.IsBare() ? !(numbers && stops) : !numbers && !sharesWords))
         match.why = QStringLiteral("too little in common");
     match.fits = match.why.isEmpty();

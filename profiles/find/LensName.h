@@ -5,20 +5,20 @@
 #include <QString>
 #include <QVector>
 
-/// A parsed lens name. Cameras, makers and databases spell the same lens in many ways; the constant parts are the
-/// numbers, the marks that distinguish versions, and most of the words.
+/// A parsed lens name. Cameras, makers and databases spell the same lens in many ways; the spellings share the numbers,
+/// the marks that distinguish versions, and most of the words.
 struct LensName {
     QString text;             // as written
     double minFocalMm = 0.0;  // 0: not given
     double maxFocalMm = 0.0;  // equal to minFocalMm for a prime
     double maxAperture = 0.0; // f-number at minFocalMm; 0: not given
     double maxApertureAtTele = 0.0;
-    QString maker;              // "nikon", from its name or from a family of its lenses ("Nikkor"); empty: not given
-    QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group, see LensName.cpp
-    QSet<QString> words;        // the rest, case folded
-    QSet<QString> codes;        // the maker's number of the lens, "b028"
-    QString converter;          // its factor ("1.4"), or how it is written; empty: none
-    bool anyGeneration = false; // "[II]": the camera doesn't know the version
+    QString maker;           // "nikon", from its name or from a family of its lenses ("Nikkor"); empty: not given
+    QSet<QString> marks;     // "is", "ii", "usm": each belongs to a group, see LensName.cpp
+    QSet<QString> words;     // the rest, case folded
+    QSet<QString> codes;     // the maker's model codes, "b028"
+    QString converter;       // factor of the teleconverter ("1.4") or, if not given, its text; empty: none
+    QString maybeGeneration; // "ii" of "[II]": the camera doesn't know which of two versions
 
     bool HasFocal() const { return minFocalMm > 0.0; }
     bool HasAperture() const { return maxAperture > 0.0; }
@@ -26,15 +26,15 @@ struct LensName {
     bool IsBare() const;
 };
 
-/// Returns the lenses that a text may mean: one, or several if a camera writes "A or B".
+/// Returns the lenses that a text may refer to: one, or several if a camera writes "A or B".
 QVector<LensName> ParseLensNames(const QString &text);
 
 /// The result of comparing two names.
 struct NameMatch {
     bool fits = false;      // no number, mark or word contradicts
     bool sameFocal = false; // both name the same focal lengths and apertures
-    double score = 0;       // shared parts less those of only one name
-    QString why;            // if it doesn't fit: the first contradiction, readable
+    double score = 0;       // number of shared parts minus those in only one name
+    QString why;            // if it doesn't fit: the first contradiction, as text for the user
 };
 
 /// Compares the lens name of a picture with that of a profile or database.

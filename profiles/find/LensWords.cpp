@@ -25,8 +25,9 @@ constexpr Spelling kSpellings[] = {
     {"\\b(ts|mp)-e(?=[\\s\\d]|$)", " canon \\1e "}, // not Sony's mount
     {"\\bai-?s\\b", " ais "},
     {"\\baf-?([spi])\\b", " af\\1 "},
-    {"\\bdi\\s*iii-?a\\b|\\bdi\\s*iii\\b", " dithree "},
-    {"\\bdi\\s*ii\\b", " ditwo "},
+    {"\\bdi[\\s-]*iii(-?a)?\\b", " dithree "},
+    {"\\bdi[\\s-]*ii\\b", " ditwo "},
+    {"\\bd[ -]?fa\\b", " dfa "}, // not the older FA
     {"\\bda\\s?\\*|\\bstar-?da\\b", " dastar "},
     {"\\bfa\\s?\\*", " fastar "},
     {"\\bpentax-([afkm])\\b", " pentax pk\\1 "}, // its mounts before autofocus, and the first with it
@@ -39,15 +40,23 @@ constexpr Spelling kSpellings[] = {
     {"\\|\\s*c\\b|\\[c\\]", " contemporary "},
     {"\\|\\s*s\\b|\\[s\\]", " sports "},
     {"\\bsport\\b", "sports"},
-    {"\\basph(erical)?\\.?(?![a-z])", " asph "},
+    {"\\basp(h(erical)?)?\\.?(?![a-z])", " asph "},
     {"\\bvario-?(elmar|elmarit|sonnar|tessar|summilux|summicron)\\b", " \\1 "},
     {"\\b(zoom|micro)-nikkor\\b", " \\1 nikkor "},
+    {"\\bm1:[1-4]\\b", " "},                   // its largest scale
+    {"\\bs[ae]l[a-z]?\\d\\w*(-\\d)?\\b", " "}, // Sony's order numbers, "SAL2470Z2"
+    {"\\(sdm (un|not )used\\)", " "},
+    {"\\bsoft focus\\b", " soft "},
+    {"\\(se\\)|\\b(special|anniversary) edition\\b", " "}, // another finish
+    {"\\bom system\\b", " olympus "},
+    {"\\bpower\\s*zoom\\b|\\bpd-?zoom\\b", " pz "},
+    {"\\bz mc\\b", " z micro "}, // of Nikon; elsewhere a coating
     {"\\bmicro\\b|\\bmakro\\b", " macro "},
     {"\\bmacro\\s*(?:1:1\\b(?!\\.)|\\(1:[1-4]\\))", " macro "}, // its largest scale
     {"\\bzf\\.2\\b", " zf "},
     {"\\bapo-?lanthar\\b", " apo lanthar "},
     {"\\bvoigtlander\\b", "voigtländer"},
-    {"\\bfish-?eye\\b|\\bcircular(?! fish)\\b", " fisheye "},
+    {"\\b((circular|diagonal)[ -]*)?fish-?eye\\b|\\bcircular\\b", " fisheye "},
 };
 
 constexpr Mark kMarks[] = {
@@ -73,6 +82,10 @@ constexpr Mark kMarks[] = {
     {"vcm", Group::Motor, nullptr},
     {"usd", Group::Motor, nullptr},
     {"pzd", Group::Motor, nullptr},
+    {"osd", Group::Motor, nullptr},
+    {"hld", Group::Motor, nullptr},
+    {"rxd", Group::Motor, nullptr},
+    {"vxd", Group::Motor, nullptr},
     {"ef", Group::Mount, nullptr},
     {"efs", Group::Mount, nullptr},
     {"efm", Group::Mount, nullptr},
@@ -96,6 +109,8 @@ constexpr Mark kMarks[] = {
     {"afs", Group::Mount, nullptr},
     {"afp", Group::Mount, nullptr},
     {"af", Group::Mount, nullptr},
+    {"afi", Group::Mount, nullptr},
+    {"ai", Group::Mount, nullptr},
     {"ais", Group::Mount, nullptr},
     {"series", Group::Mount, nullptr}, // Nikon Lens Series E
     {"z", Group::Mount, nullptr},
@@ -112,7 +127,7 @@ constexpr Mark kMarks[] = {
     {"ditwo", Group::Format, nullptr},
     {"dc", Group::Circle, nullptr},
     {"dg", Group::Circle, nullptr},
-    {"d", Group::Letter, nullptr},
+    {"d", Group::Distance, nullptr},
     {"g", Group::Letter, nullptr},
     {"l", Group::Purpose, nullptr},
     {"gm", Group::Line, nullptr},
@@ -120,7 +135,6 @@ constexpr Mark kMarks[] = {
     {"art", Group::Line, nullptr},
     {"contemporary", Group::Line, nullptr},
     {"sports", Group::Line, nullptr},
-    {"ex", Group::Line, nullptr},
     {"fisheye", Group::Purpose, nullptr},
     {"pz", Group::Purpose, nullptr},
     {"do", Group::Purpose, nullptr},
@@ -134,7 +148,7 @@ constexpr Mark kMarks[] = {
     {"ez", Group::Purpose, nullptr},
     {"le", Group::Purpose, nullptr},
     {"cine", Group::Purpose, nullptr},
-    {"limited", Group::Line, nullptr},
+    {"limited", Group::Purpose, nullptr},
     {"xs", Group::Line, nullptr},
     {"summilux", Group::Line, nullptr},
     {"summicron", Group::Line, nullptr},
@@ -147,6 +161,8 @@ constexpr Mark kMarks[] = {
     {"zf", Group::Mount, "ze"},
     {"zk", Group::Mount, "ze"},
     {"zm", Group::Mount, nullptr},
+    {"contax", Group::Series, nullptr}, // Zeiss made others later
+    {"ex", Group::Series, nullptr},
     {"otus", Group::Series, nullptr},
     {"milvus", Group::Series, nullptr},
     {"loxia", Group::Series, nullptr},
@@ -167,12 +183,13 @@ constexpr Mark kMarks[] = {
     {"lanthar", Group::Formula, nullptr},
     {"skopar", Group::Formula, nullptr},
     {"hd", Group::Generation, nullptr},
-    // Results of kOwnMarks, which no text has.
+    // Results of kOwnMarks, which occur in no text.
     {"nikon-e", Group::Letter, nullptr},
     {"samyang-af", Group::Generation, nullptr},
     {"olympus-r", Group::Generation, nullptr},
     {"leicam-asph", Group::Generation, nullptr},
     {"hsm-contemporary", Group::Generation, nullptr},
+    {"rf-z", Group::Purpose, nullptr},
 };
 
 struct Family {
@@ -187,6 +204,7 @@ constexpr Family kFamilies[] = {
     {"nikkor", "nikon"},
     {"sony", "sony"},
     {"minolta", "minolta"},
+    {"konica", "minolta"},
     {"olympus", "olympus"},
     {"zuiko", "olympus"},
     {"mzuiko", "olympus"},
@@ -292,18 +310,22 @@ constexpr Family kFamilies[] = {
 constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf",  "rfs", "fe",     "xf",  "xc", "gf",
                                           "nx", "dt",  "da",  "dfa", "fa",  "fastar", "afs", "afp"};
 
-/// As kMountFamilies, but other makers' names without their maker have them too ("E 28-75mm F2.8-2.8").
+/// As kMountFamilies, but also used in other makers' lens names that omit the maker ("E 28-75mm F2.8-2.8").
 constexpr Family kSharedMounts[] = {{"e", "sony"}, {"z", "nikon"}};
 
 /// Words of many makers for glass, coatings, motors and equipment.
 constexpr const char *kDescriptions[] = {
-    "ed", "if",  "al",  "ld",  "xr",   "xld", "sld",   "ad",  "mc",      "uw",  "hri",     "zoom",  "digital",    "pro",
-    "sp", "rxd", "vxd", "osd", "hld",  "swd", "tstar", "ai",  "vario",   "fl",  "auto",    "asph",  "ultrasonic", "n",
-    "as", "ae",  "ncs", "cs",  "carl", "pf",  "super", "ssc", "pancake", "smc", "coating", "multi", "t",          "r",
+    "ed",      "if",    "al",         "ld",      "xr",  "xld",       "sld",     "ad",         "mc",
+    "uw",      "hri",   "zoom",       "digital", "pro", "sp",        "tstar",   "vario",      "fl",
+    "auto",    "asph",  "ultrasonic", "n",       "as",  "ae",        "ncs",     "cs",         "carl",
+    "pf",      "super", "ssc",        "pancake", "smc", "coating",   "multi",   "t",          "r",
+    "compact", "cf",    "fx",         "km",      "kmz", "motorized", "firefly", "blackstone", "dragonfly",
 };
 
 /// Words that do not help to identify a lens.
-constexpr const char *kIdleWords[] = {"lens", "mm", "f", "for", "and", "n", "the", "objective", "unknown", "a"};
+constexpr const char *kIdleWords[] = {"lens",  "mm",        "f",       "for",    "and",  "n",
+                                      "the",   "objective", "unknown", "a",      "no",   "none",
+                                      "other", "adapted",   "mount",   "manual", "model"};
 
 template <std::size_t kCount> bool Among(const char *const (&words)[kCount], const QString &word)
 {
@@ -317,7 +339,7 @@ template <std::size_t kCount> bool Among(const char *const (&words)[kCount], con
 
 QString FoldedLensName(const QString &text)
 {
-    QString folded = text.simplified().toCaseFolded();
+    QString folded = text.normalized(QString::NormalizationForm_KC).simplified().toCaseFolded(); // "Ⅱ" is "II"
     static const QVector<QPair<Pattern, QString>> spellings = [] {
         QVector<QPair<Pattern, QString>> all;
         for (const Spelling &spelling : kSpellings)
@@ -326,7 +348,8 @@ QString FoldedLensName(const QString &text)
         return all;
     }();
     for (const auto &spelling : spellings)
-        folded.replace(spelling.first, spelling.second);
+        if (Matched(spelling.first, folded).hasMatch())
+            folded.replace(spelling.first, spelling.second);
     return folded;
 }
 

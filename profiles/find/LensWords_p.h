@@ -1,8 +1,20 @@
 // Words of lens names: spellings, makers, and the marks that distinguish versions.
 #pragma once
 
+#include <QRegularExpression>
 #include <QSet>
 #include <QString>
+
+#include <new>
+
+/// Like QRegularExpression::match, but throws std::bad_alloc where that would return no match for lack of memory.
+inline QRegularExpressionMatch Matched(const QRegularExpression &pattern, const QString &text)
+{
+    QRegularExpressionMatch match = pattern.match(text);
+    if (!match.isValid())
+        throw std::bad_alloc();
+    return match;
+}
 
 enum class Group {
     Generation,
@@ -11,6 +23,7 @@ enum class Group {
     Mount,
     Format,
     Letter,
+    Distance, // in no rule: names often omit it
     Circle,
     Line,
     Series,
@@ -21,9 +34,9 @@ enum class Group {
 
 /// Comparison rule for the marks of a group.
 enum class Rule {
-    Same,       // both names have the same marks of the group, or they contradict
-    SameIfFull, // as Same, but a picture's name of mount and numbers, or of only numbers, matches either
-    NotOther    // contradict only if both names have marks and they differ
+    Same,       // names contradict unless they have the same marks of the group
+    SameIfFull, // as Same, but a picture's name with only numbers, or mount and numbers, matches any
+    NotOther    // names contradict only if both have marks of the group and they differ
 };
 
 struct GroupRule {
@@ -33,12 +46,18 @@ struct GroupRule {
 };
 
 constexpr GroupRule kGroupRules[] = {
-    {Group::Generation, Rule::Same, "generation"},   {Group::Stabilizer, Rule::Same, "stabilizer"},
-    {Group::Motor, Rule::NotOther, "focus motor"},   {Group::Mount, Rule::NotOther, "mount"},
-    {Group::Format, Rule::SameIfFull, "format"},     {Group::Letter, Rule::NotOther, "type"},
-    {Group::Circle, Rule::NotOther, "image circle"}, {Group::Line, Rule::NotOther, "line"},
-    {Group::Series, Rule::Same, "series"},           {Group::Formula, Rule::NotOther, "optical design"},
-    {Group::Design, Rule::SameIfFull, "design"},     {Group::Purpose, Rule::Same, "kind"},
+    {Group::Generation, Rule::Same, "generation"},
+    {Group::Stabilizer, Rule::Same, "stabilizer"},
+    {Group::Motor, Rule::NotOther, "focus motor"},
+    {Group::Mount, Rule::NotOther, "mount"},
+    {Group::Format, Rule::SameIfFull, "format"},
+    {Group::Letter, Rule::SameIfFull, "type"},
+    {Group::Circle, Rule::SameIfFull, "image circle"},
+    {Group::Line, Rule::NotOther, "line"},
+    {Group::Series, Rule::Same, "series"},
+    {Group::Formula, Rule::NotOther, "optical design"},
+    {Group::Design, Rule::Same, "design"},
+    {Group::Purpose, Rule::Same, "kind"},
 };
 
 struct Mark {
@@ -47,8 +66,8 @@ struct Mark {
     const char *canonical; // shared by synonyms; null: the word
 };
 
-/// Words that distinguish versions only in names with another word, or of one maker. There they are the mark
-/// "WITH-WORD".
+/// A word that distinguishes versions only in names that also contain another word, or in names of one maker. There it
+/// becomes the mark "WITH-WORD".
 struct OwnMark {
     const char *with, *word;
 };
@@ -59,23 +78,25 @@ constexpr OwnMark kOwnMarks[] = {
     {"olympus", "r"},        // elsewhere an aperture ring
     {"leicam", "asph"},      // lenses for other mounts often omit it
     {"hsm", "contemporary"}, // followed older lenses with the same numbers
+    {"rf", "z"},             // for power zoom; elsewhere Nikon's mount
 };
 
 /// Returns @p text with its case folded and its spellings unified, ready to be split into words.
 QString FoldedLensName(const QString &text);
 
-/// Returns the mark that a word of a folded name is; null if none.
+/// Returns the mark for a word of a folded name; null if the word is not a mark.
 const Mark *FindMark(const QString &word);
-/// Returns the canonical marks of a group that are among @p marks.
+/// Returns the members of @p marks, in canonical spelling, that belong to the group.
 QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 
-/// Returns the maker that a word names or implies, by its name or a family of lenses that only it makes; else empty.
+/// Returns the maker identified by a word: its name, or a lens family that only it makes. Empty if there is none.
 QString FindMaker(const QString &word);
-/// Whether other makers also name a mount by this family: it identifies the maker only if nothing else does.
+/// Whether other makers also use this family name for its mount. It identifies the maker only if nothing else does.
 bool IsMountFamily(const QString &word);
-/// Returns the maker whose cameras have the mount among @p marks if only other makers' names leave it out; else empty.
+/// Returns the maker of the mount among @p marks if other makers' lens names use it too ("E", "Z"); empty otherwise.
 QString MakerOfMount(const QSet<QString> &marks);
-/// Whether a word describes glass, coatings or equipment. Many makers use it, and spellings of one lens omit it.
+/// Whether a word describes glass, coatings or equipment. Many makers use such words, and spellings of the same lens
+/// may omit them.
 bool IsDescription(const QString &word);
 /// Whether a word doesn't help to identify a lens.
 bool IsIdleWord(const QString &word);

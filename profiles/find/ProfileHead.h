@@ -8,7 +8,7 @@ class QIODevice;
 
 struct ProfileHead {
     QString make, model;     // of the camera
-    QStringList lensNames;   // Lens, LensPrettyName, alternate names; without empty and duplicate ones
+    QStringList lensNames;   // Lens, LensPrettyName, alternate names; no empty ones, no duplicates
     QStringList lensIds;     // LensID and alternate ones, as text
     double minFocalMm = 0.0; // from LensInfo or a name; 0: not given
     double maxFocalMm = 0.0;
@@ -20,5 +20,5 @@ struct ProfileHead {
 };
 
 /// Reads the first entry of a profile of any spelling and stops there.
-/// @return false, with the reason in @p error, if there is none, or if it names neither camera nor lens.
+/// @return false, with the reason in @p error, if there is no entry, or if the entry names neither camera nor lens.
 bool ReadProfileHead(QIODevice *device, ProfileHead *head, QString *error);

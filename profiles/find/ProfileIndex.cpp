@@ -21,6 +21,7 @@ namespace {
 constexpr quint32 kMagic = 0x564c5058; // "VLPX"
 constexpr quint32 kVersion = 2;        // caches of another version are rebuilt: increase it with every format change
 constexpr qint64 kUnread = -1;         // modification time of files that failed to open or read
+constexpr const char *kMisnamed = "its name is not UTF-8";
 constexpr qint64 kMaxCacheBytes = qint64(256) << 20;
 
 QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
@@ -44,7 +45,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Fills in from names what the file omits, so that a search parses few names.
+/// Takes numbers that the file omits from its lens names, so that a search has few names to parse.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -69,7 +70,7 @@ IndexedProfile ReadProfile(const QFileInfo &info)
         CompleteNumbers(&profile.head);
     if (file.error() != QFileDevice::NoError) {
         const bool misnamed = info.fileName().contains(QChar(QChar::ReplacementCharacter));
-        profile.error = misnamed ? QStringLiteral("its name is not UTF-8") : file.errorString();
+        profile.error = misnamed ? QString(QLatin1String(kMisnamed)) : file.errorString();
         profile.modifiedMs = kUnread;
     }
     return profile;
@@ -91,20 +92,6 @@ QStringList WholePaths(const QStringList &folders)
     return whole;
 }
 
-/// Returns the profiles whose names are not UTF-8, with replacement characters. Qt neither lists nor opens them.
-QStringList MisnamedProfiles(const QString &folder)
-{
-    QStringList found;
-    std::error_code failed;
-    for (std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), failed), end;
-         !failed && entry != end; entry.increment(failed)) {
-        const QByteArray name = QByteArray::fromStdString(entry->path().filename().string());
-        if (name.toLower().endsWith(".lcp") && QFile::encodeName(QFile::decodeName(name)) != name)
-            found.append(folder + QLatin1Char('/') + QFile::decodeName(name));
-    }
-    return found;
-}
-
 } // namespace
 
 QString ProfileIndex::DefaultCacheFile()
@@ -123,6 +110,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
     const QStringList whole = WholePaths(folders);
     QStringList files;
     QSet<QString> walked; // canonical paths
+    m_unreadFolders.clear();
     for (const QString &folder : whole)
         Walk(folder, 0, &walked, &files);
     const bool complete = files.size() <= kMostProfiles;
@@ -146,7 +134,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
         m_profiles.append(*known);
     }
     for (auto known = m_known.begin(); known != m_known.end();)
-        // Neither size nor time shows that a file became readable: it isn't kept.
+        // Neither size nor time changes when a file becomes readable, so unread files aren't kept.
         known = known->modifiedMs == kUnread
                 || (IsBelow(known.key(), whole) && !std::binary_search(files.begin(), files.end(), known.key()))
             ? m_known.erase(known)
@@ -157,7 +145,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
 }
 
 /// Follows links to folders, and walks each folder once.
-void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const
+void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files)
 {
     if (depth > kMostDepth || files->size() > kMostProfiles || walked->contains(folder))
         return;
@@ -173,7 +161,27 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
                  && info.suffix().compare(QLatin1String("lcp"), Qt::CaseInsensitive) == 0)
             files->append(whole);
     }
-    *files += MisnamedProfiles(folder);
+    AddMisnamed(folder, files);
+}
+
+/// Adds the profiles and folders whose names are not UTF-8, with replacement characters: Qt neither lists nor opens
+/// them. Notes a folder that cannot be listed, about which Qt is silent.
+void ProfileIndex::AddMisnamed(const QString &folder, QStringList *files)
+{
+    std::error_code failed, unknown;
+    for (std::filesystem::directory_iterator entry(QFile::encodeName(folder).toStdString(), failed), end;
+         !failed && entry != end; entry.increment(failed)) {
+        const QByteArray name = QByteArray::fromStdString(entry->path().filename().string());
+        if (QFile::encodeName(QFile::decodeName(name)) == name)
+            continue;
+        const QString path = folder + QLatin1Char('/') + QFile::decodeName(name);
+        if (entry->is_directory(unknown))
+            m_unreadFolders.append({path, QLatin1String(kMisnamed)});
+        else if (name.toLower().endsWith(".lcp"))
+            files->append(path);
+    }
+    if (failed)
+        m_unreadFolders.append({folder, QString::fromLocal8Bit(failed.message().c_str())});
 }
 
 void ProfileIndex::LoadCache()
@@ -201,8 +209,8 @@ void ProfileIndex::LoadCache()
         m_known.clear();
 }
 
-/// Removes unfinished caches of killed programs, named like the cache with a suffix. Another program may be writing
-/// one.
+/// Removes unfinished cache files of killed programs, which have the cache's name with a suffix. Recent ones are kept:
+/// another program may be writing them.
 void ProfileIndex::RemoveLeftovers() const
 {
     constexpr qint64 kUnfinishedS = 3600; // writing takes a fraction of a second
@@ -214,7 +222,7 @@ void ProfileIndex::RemoveLeftovers() const
             QFile::remove(file.filePath());
 }
 
-/// A cache that cannot be written only costs time.
+/// Ignores failures: without a cache, the next run only takes longer.
 void ProfileIndex::SaveCache() const
 {
     if (m_cacheFile.isEmpty())

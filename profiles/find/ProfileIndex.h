@@ -8,6 +8,12 @@
 #include <QSet>
 #include <QVector>
 
+/// A file or folder that cannot be used, and why.
+struct UnreadPath {
+    QString path; // not UTF-8: with replacement characters
+    QString error;
+};
+
 /// One profile file.
 struct IndexedProfile {
     QString path;
@@ -17,11 +23,11 @@ struct IndexedProfile {
     ProfileHead head;
 };
 
-/// Index of the profiles in some folders, at any depth; of file names only the suffix ".lcp" matters.
+/// Index of the profiles in some folders, at any depth. Files are recognized by the suffix ".lcp".
 ///
 /// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
 /// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
-/// entries again. A damaged cache is rebuilt, and what a killed program left of one is removed after an hour.
+/// entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an hour.
 class ProfileIndex {
 public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.
@@ -31,11 +37,13 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there were more than kMostProfiles files: the rest is left out.
+    /// @return false if there were more than kMostProfiles files, in which case the rest is ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
+    /// Folders that the last Scan could not list.
+    const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
     /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
 
@@ -46,10 +54,12 @@ private:
     void LoadCache();
     void SaveCache() const;
     void RemoveLeftovers() const;
-    void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files) const;
+    void Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files);
+    void AddMisnamed(const QString &folder, QStringList *files);
 
     QString m_cacheFile;
     QHash<QString, IndexedProfile> m_known; // by path
     QVector<IndexedProfile> m_profiles;
+    QVector<UnreadPath> m_unreadFolders;
     int m_filesRead = 0;
 };

@@ -87,7 +87,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
     return QString();
 }
 
-/// Rejects nearly all of thousands of profiles quickly, before names are parsed and bodies compared.
+/// A quick test that rejects nearly all of thousands of profiles before names are parsed and bodies compared.
 bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
@@ -185,7 +185,7 @@ const QVector<LensName> &ProfileMatcher::Parsed(const QString &text)
 
 namespace {
 
-/// Match of one picture against all profiles.
+/// Search for the profile of one picture.
 class Search {
 public:
     using Parser = std::function<const QVector<LensName> &(const QString &)>;
@@ -257,8 +257,8 @@ private:
                 if (candidate->name.text.isEmpty() || name.HasFocal())
                     candidate->name = name;
             }
-        // A fixed lens zooms, or its focal length is one that interchangeable lenses don't have: bare names of primes
-        // such as "50mm f/1.4" are left to chosen profiles.
+        // A fixed lens is a zoom or has a focal length that interchangeable lenses don't have. Bare names of primes
+        // such as "50mm f/1.4" don't identify one; users can still choose such a profile.
         const bool isNamedByCamera = Folded(candidate->name.text).contains(Folded(head.model));
         const bool zooms = head.maxFocalMm > head.minFocalMm || candidate->name.maxFocalMm > candidate->name.minFocalMm;
         return isNamedByCamera || zooms || head.sensorFormatFactor > 2.0;
@@ -288,7 +288,8 @@ private:
     NameMatch CompareOnBody(const LensName &wanted, const LensName &offered, const Candidate &candidate) const
     {
         NameMatch match = CompareLensNames(wanted, offered);
-        if (match.fits && wanted.words.contains(QStringLiteral("camera")) && candidate.body != Body::Same)
+        const bool isOfDevice = wanted.words.contains(QStringLiteral("camera")) || !wanted.HasFocal();
+        if (match.fits && isOfDevice && candidate.body != Body::Same)
             match = Contradicted(match, QStringLiteral("another device"));
         const bool isForeign = !offered.maker.isEmpty() && offered.maker != LensMakerOf(m_facts.make.value);
         if (match.fits && wanted.maker.isEmpty() && isForeign)
@@ -297,6 +298,8 @@ private:
             && !(candidate.body == Body::Same && IsFixedLensName(offered, candidate.profile->head.model));
         if (match.fits && wanted.IsBare() && saysMore)
             match = Contradicted(match, QStringLiteral("the picture gives only the numbers of its lens"));
+        if (match.fits && offered.IsBare() && !wanted.IsBare())
+            match = Contradicted(match, QStringLiteral("the profile gives only the numbers of its lens"));
         if (match.fits && wanted.IsBare() && candidate.body == Body::Other)
             match = Contradicted(match, QStringLiteral("another maker's camera"));
         return match;

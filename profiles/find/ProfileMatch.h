@@ -1,4 +1,4 @@
-// Choice of the profile made for the lens of a picture. A wrong one is worse than none: nothing is guessed.
+// Chooses the profile made for the lens of a picture. A wrong profile is worse than none, so nothing is guessed.
 #pragma once
 
 #include "LensName.h"
@@ -10,11 +10,11 @@
 
 #include <functional>
 
-/// Functions that the choice needs in addition to names.
+/// Callbacks for data that the choice needs in addition to names.
 struct MatchHelp {
-    /// Returns 36 x 24 mm over the sensor of a camera; 0 if unknown.
+    /// Returns the crop factor of a camera relative to 36 x 24 mm; 0 if unknown.
     std::function<double(const QString &make, const QString &model)> cropFactor;
-    /// Whether two profiles correct the picture equally, within 3 pixels at the corners.
+    /// Whether two profiles give the same correction of the picture, to within 3 pixels at the corners.
     std::function<bool(const QString &path, const QString &otherPath)> correctAlike;
 };
 
@@ -26,7 +26,7 @@ struct ProfileMatch {
     QStringList nearest;      // up to three that came close, each with its contradiction
 };
 
-/// Chooser of profiles for pictures, one after another. Keeps parsed names for the next picture. One thread at a time.
+/// Chooses profiles for any number of pictures and caches parsed names between them. One thread at a time.
 class ProfileMatcher {
 public:
     explicit ProfileMatcher(MatchHelp help) : m_help(std::move(help)) { }

@@ -6,7 +6,7 @@
 
 struct lfLens;
 
-/// The frame that a lens's models are applied to.
+/// The frame to which a lens's models are applied.
 struct LensfunFrame {
     double width = 0.0, height = 0.0; // of the whole picture that the camera took, in pixels
     double cropFactor = 0.0;          // of the camera
@@ -30,8 +30,8 @@ struct LensfunCurves {
     double focalPx = 0.0; // of fisheyes; the real focal length if the database has it
 };
 
-/// Returns the curves that the library interpolates at @p setting. Formulas and norms are lensfun's (its manual, "Lens
-/// distortion", "Lateral chromatic aberration", "Vignetting"): radii of distortion and color in halves of the short
-/// side of the calibrated frame, of light in halves of its diagonal; sizes are between pixel centers, so one less than
-/// the pixel count.
+/// Returns the curves that the library interpolates at @p setting. Formulas and units are lensfun's (its manual, "Lens
+/// distortion", "Lateral chromatic aberration", "Vignetting"): radii of distortion and color are in halves of the short
+/// side of the calibrated frame, those of light in halves of its diagonal. Sizes are measured between pixel centers, so
+/// they are one less than the pixel count.
 LensfunCurves CurvesOf(const lfLens &lens, const LensfunFrame &frame, const LensfunSetting &setting);

@@ -34,7 +34,7 @@ QStringList NamesOf(const lfMLstr strings)
         return names;
     names.append(QString::fromUtf8(strings));
     for (const char *next = strings + qstrlen(strings) + 1; *next;) {
-        const char *text = next + qstrlen(next) + 1; // pairs of language and text, an empty language ends them
+        const char *text = next + qstrlen(next) + 1; // pairs of language and text, up to an empty language
         if (qstrcmp(next, "en") == 0)
             names.append(QString::fromUtf8(text));
         next = text + qstrlen(text) + 1;
@@ -63,7 +63,7 @@ QVector<LensName> ParsedNames(const lfLens *lens)
             : maker + QLatin1Char(' ') + text;
         names += ParseLensNames(whole);
     }
-    QSet<QString> codes; // the aliases without them are no other models
+    QSet<QString> codes; // aliases without them are not other models
     for (const LensName &name : qAsConst(names))
         codes += name.codes;
     for (LensName &name : names)
@@ -183,8 +183,8 @@ bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &ma
     return wanted.IsBare() ? match.sameFocal && isMaker && wanted.converter == offered.name.converter : match.fits;
 }
 
-/// Returns the lens of a camera with a fixed lens. Its attachments and macro settings have separate entries; the plain
-/// one is then named "(Standard)".
+/// Returns the lens of a camera with a fixed lens. If attachments and macro settings have separate entries, the lens
+/// itself is named "(Standard)".
 QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
 {
     QVector<NamedLens> plain, standard;
@@ -236,14 +236,14 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
         return match;
     };
     if (m_lensCount == 0)
-        return none(QStringLiteral("lensfun's data are not installed"));
+        return none(QStringLiteral("lensfun's data is not installed"));
     const Camera camera = m_tables->CameraOf(facts);
     if (camera.cropFactor <= 0.0)
         return none(QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
-    // Names of only numbers are compared with all lenses: one that doesn't cover the sensor may be the picture's.
+    // Names with only numbers are compared with all lenses: the picture's may be one that doesn't cover the sensor.
     if (IsFixed(camera) || !AreBare(wanted))
         lenses = CoveringSensor(lenses, camera);
     if (IsFixed(camera))
@@ -261,26 +261,27 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
     const NamedLens &best = lenses.first();
     constexpr double kSlack = 1.0;
-    const bool byNumbers = !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare(); // details then mean nothing
+    const bool byNumbers =
+        !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare(); // other details then don't matter
     for (const NamedLens &other : qAsConst(lenses))
         if (!IsOneLens(best, other) && (byNumbers || other.score >= best.score - kSlack)
             && !CompareLensNames(best.name, other.name).fits)
-            return none(QStringLiteral("two lenses of lensfun's fit equally well: \"%1\" and \"%2\"")
+            return none(QStringLiteral("two lenses in lensfun fit equally well: \"%1\" and \"%2\"")
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
     const QVector<NamedLens> covering = CoveringSensor(lenses, camera);
     if (covering.isEmpty())
-        return none(QStringLiteral("lensfun's data for \"%1\" are of a smaller sensor").arg(best.name.text));
+        return none(QStringLiteral("lensfun's data for \"%1\" was measured on a smaller sensor").arg(best.name.text));
     match.lens = covering.first().lens;
     match.title = TitleOf(match.lens);
     match.name = IsFixed(camera) ? QString() : covering.first().name.text;
     if (byNumbers)
-        match.notes.append(
-            QStringLiteral("the picture gives only the numbers of its lens, which is lensfun's only one with them"));
+        match.notes.append(QStringLiteral(
+            "the picture gives only its lens's focal lengths and aperture, which only this lens in lensfun has"));
     match.nearest.clear();
     match.reason = QStringLiteral("lensfun's data for \"%1\"").arg(covering.first().name.text);
     if (camera.mount.isEmpty())
         match.notes.append(
-            QStringLiteral("lensfun doesn't know the camera; its sensor is taken from the table of cameras"));
+            QStringLiteral("lensfun doesn't know the camera; its sensor size is from the table of cameras"));
     return match;
 }
 
@@ -307,6 +308,6 @@ PictureFacts WithNameOfNumbers(PictureFacts facts)
         return facts;
     const QString name = LensfunDatabase::Instance().Find(facts).name;
     if (!name.isEmpty())
-        facts.lensNames.append({name, QStringLiteral("the only lens in lensfun with its numbers")});
+        facts.lensNames.append({name, QStringLiteral("the only lens in lensfun with its focal lengths and aperture")});
     return facts;
 }

@@ -11,7 +11,7 @@ struct lfLens;
 struct LensfunMatch {
     const lfLens *lens = nullptr; // owned by the database, which is never freed; null: none
     QString title;                // "MAKER/LENS" as the database writes it
-    QString name;                 // of an interchangeable lens, with its maker; empty for others
+    QString name;                 // of an interchangeable lens, with its maker; empty for a fixed lens
     double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
     QString reason;               // why this one, or why none; one line for the user
     QStringList notes;            // assumptions

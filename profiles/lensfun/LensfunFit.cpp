@@ -94,7 +94,7 @@ private:
                             {*setting.focalMm, setting.aperture.value_or(0.0), setting.distanceM.value_or(0.0)});
         m_knowsAperture = setting.aperture.has_value();
         if (m_curves.light && !setting.distanceM)
-            m_result.assumed << QStringLiteral("a far subject");
+            m_result.assumed << QStringLiteral("distant subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
         const double shift = shape->liesAcross ? 0.0 : 1.0; // its direction is lost
         const PictureVector turned =
@@ -103,7 +103,7 @@ private:
         return true;
     }
 
-    /// Makes the maps of one correction; returns false if the database has no model of it.
+    /// Makes the maps of one correction; returns false if the database has no model for it.
     bool Make(const FitTask &task)
     {
         Correction &to = m_result.correction;
@@ -144,7 +144,7 @@ private:
                 why = WhyUseless(**map, m_facts.pixels);
         if (why.isEmpty())
             return;
-        m_leftOut.Add(task, QStringLiteral("lensfun's model of it ") + why);
+        m_leftOut.Add(task, QStringLiteral("lensfun's model for it ") + why);
         for (auto *map : qAsConst(maps))
             map->reset();
     }
@@ -159,7 +159,7 @@ private:
     {
         return task.quantity == Quantity::Light && !m_knowsAperture
             ? QStringLiteral("the picture's aperture is unknown")
-            : QStringLiteral("lensfun has no model of it for this lens");
+            : QStringLiteral("lensfun has no model for it with this lens");
     }
 
     const PictureFacts &m_facts;

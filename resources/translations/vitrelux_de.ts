@@ -78,7 +78,7 @@
         <translation>ist ein Verweis auf eine Datei, die es nicht gibt</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>keine solche Datei; Namen werden in UTF-8 erwartet</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Korrigiert</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Unverändert: Das korrigierte Bild ist schon vorhanden</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Fehlgeschlagen</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Nicht korrigiert: vorher angehalten</translation>
     </message>
     <message>
@@ -328,11 +328,11 @@
         <translation>„%1“ kann nicht geschrieben werden: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>dort ist etwas, das keine gewöhnliche Datei ist</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>die Zeit kann nicht übernommen werden: %1</translation>
     </message>
 </context>

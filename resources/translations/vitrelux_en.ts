@@ -78,8 +78,8 @@
         <translation>is a link to a file that does not exist</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
-        <translation>no such file; names are expected in UTF-8</translation>
+        <source>no such file; names must be in UTF-8</source>
+        <translation>no such file; names must be in UTF-8</translation>
     </message>
     <message>
         <source>no such file</source>
@@ -203,16 +203,16 @@
         <translation>Corrected</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
-        <translation>Left as it was: the corrected picture exists already</translation>
+        <source>Left as it was: the corrected picture already exists</source>
+        <translation>Left as it was: the corrected picture already exists</translation>
     </message>
     <message>
         <source>Failed</source>
         <translation>Failed</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
-        <translation>Not corrected: stopped before</translation>
+        <source>Not corrected: the run was stopped</source>
+        <translation>Not corrected: the run was stopped</translation>
     </message>
     <message>
         <source>&amp;Stop</source>
@@ -328,12 +328,12 @@
         <translation>cannot write &quot;%1&quot;: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
-        <translation>there is something that is not a regular file</translation>
+        <source>it exists and is not a regular file</source>
+        <translation>it exists and is not a regular file</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
-        <translation>cannot keep the time: %1</translation>
+        <source>cannot set the file time: %1</source>
+        <translation>cannot set the file time: %1</translation>
     </message>
 </context>
 </TS>

@@ -78,7 +78,7 @@
         <translation>es un enlace a un archivo que no existe</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>no existe ese archivo; los nombres deben estar en UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Corregida</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Sin cambios: la imagen corregida ya existe</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Error</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Sin corregir: se detuvo antes</translation>
     </message>
     <message>
@@ -328,11 +328,11 @@
         <translation>no se puede escribir «%1»: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>allí hay algo que no es un archivo normal</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>no se puede conservar la fecha: %1</translation>
     </message>
 </context>

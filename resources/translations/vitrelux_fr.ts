@@ -78,7 +78,7 @@
         <translation>est un lien vers un fichier qui n&apos;existe pas</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>fichier inexistant&#xa0;; les noms sont attendus en UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Corrigée</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Laissée telle quelle&#xa0;: l&apos;image corrigée existe déjà</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Échec</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Non corrigée&#xa0;: arrêt avant</translation>
     </message>
     <message>
@@ -328,11 +328,11 @@
         <translation>impossible d&apos;écrire «&#xa0;%1&#xa0;»&#xa0;: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>il s’y trouve quelque chose qui n’est pas un fichier ordinaire</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>impossible de conserver la date : %1</translation>
     </message>
 </context>

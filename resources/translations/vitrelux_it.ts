@@ -78,7 +78,7 @@
         <translation>è un collegamento a un file che non esiste</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>file inesistente; i nomi devono essere in UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Corretta</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Lasciata com&apos;era: l&apos;immagine corretta esiste già</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Non riuscita</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Non corretta: interrotto prima</translation>
     </message>
     <message>
@@ -328,11 +328,11 @@
         <translation>impossibile scrivere &quot;%1&quot;: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>lì c’è qualcosa che non è un file normale</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>impossibile conservare la data: %1</translation>
     </message>
 </context>

@@ -78,7 +78,7 @@
         <translation>存在しないファイルへのリンクです</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>そのようなファイルはありません。名前は UTF-8 である必要があります</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>補正しました</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>変更なし：補正後の画像がすでにあります</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>失敗</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>未補正：その前に停止しました</translation>
     </message>
     <message>
@@ -321,11 +321,11 @@
         <translation>「%1」を書き込めません：%2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>通常のファイルではないものがあります</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>日時を維持できません: %1</translation>
     </message>
 </context>

@@ -78,7 +78,7 @@
         <translation>jest dowiązaniem do pliku, który nie istnieje</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>nie ma takiego pliku; nazwy powinny być w UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Poprawiono</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Pozostawiono: poprawiony obraz już istnieje</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Niepowodzenie</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Nie poprawiono: zatrzymano wcześniej</translation>
     </message>
     <message>
@@ -335,11 +335,11 @@
         <translation>nie można zapisać „%1”: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>jest tam coś, co nie jest zwykłym plikiem</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>nie można zachować czasu: %1</translation>
     </message>
 </context>

@@ -78,7 +78,7 @@
         <translation>ссылка на несуществующий файл</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>нет такого файла; имена ожидаются в UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>Исправлен</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>Оставлен как есть: исправленный снимок уже существует</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>Ошибка</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>Не исправлен: остановлено раньше</translation>
     </message>
     <message>
@@ -335,11 +335,11 @@
         <translation>не удаётся записать «%1»: %2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>там находится не обычный файл</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>не удаётся сохранить время: %1</translation>
     </message>
 </context>

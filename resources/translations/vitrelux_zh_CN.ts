@@ -78,7 +78,7 @@
         <translation>是指向不存在的文件的链接</translation>
     </message>
     <message>
-        <source>no such file; names are expected in UTF-8</source>
+        <source>no such file; names must be in UTF-8</source>
         <translation>没有此文件；文件名应为 UTF-8</translation>
     </message>
     <message>
@@ -203,7 +203,7 @@
         <translation>已校正</translation>
     </message>
     <message>
-        <source>Left as it was: the corrected picture exists already</source>
+        <source>Left as it was: the corrected picture already exists</source>
         <translation>保持不变：校正后的图片已存在</translation>
     </message>
     <message>
@@ -211,7 +211,7 @@
         <translation>失败</translation>
     </message>
     <message>
-        <source>Not corrected: stopped before</source>
+        <source>Not corrected: the run was stopped</source>
         <translation>未校正：已提前停止</translation>
     </message>
     <message>
@@ -321,11 +321,11 @@
         <translation>无法写入“%1”：%2</translation>
     </message>
     <message>
-        <source>there is something that is not a regular file</source>
+        <source>it exists and is not a regular file</source>
         <translation>那里的不是普通文件</translation>
     </message>
     <message>
-        <source>cannot keep the time: %1</source>
+        <source>cannot set the file time: %1</source>
         <translation>无法保留时间：%1</translation>
     </message>
 </context>

@@ -19,7 +19,7 @@
 #include <map>
 #include <memory>
 
-/// A picture, read when constructed. A host with many would read the pixels in LockFullSize and free them in
+/// A picture, read when constructed. A host with many pictures would read the pixels in LockFullSize and free them in
 /// UnlockFullSize.
 class Picture final : public KIImageDef {
 public:
@@ -151,7 +151,7 @@ static QString Correct(Host &host, const Task &task)
 {
     if (!task.profile.isEmpty() && !IsWellFormed(task.profile))
         throw KException(QStringLiteral("%1 is not a readable profile").arg(task.profile), KPlace());
-    QDomDocument document; // has to outlive its elements
+    QDomDocument document; // must outlive its elements
     KIPluginOne2One *process = host.Process(task.isFitted);
     const auto free = [process](void *parameters) { process->FreeParameters(parameters); };
     const std::unique_ptr<void, decltype(free)> record(process->AllocParameters(ChoiceOf(task, document)), free);

@@ -19,7 +19,7 @@ constexpr int kHalfWidth = 512; // of one picture in the sheet
 constexpr int kGap = 8;
 constexpr int kLoupe = 128; // side of the enlarged spot in the sheet
 constexpr int kZoom = 2;
-constexpr Samples::Point kSpot = {2358, 1525}; // its middle in the corrected picture: dark stone between light borders
+constexpr Samples::Point kSpot = {2358, 1525}; // its center in the corrected picture: dark stone between light borders
 
 QImage ReadTiff(const char *path)
 {
@@ -53,7 +53,7 @@ void Make(const char *photo, const char *corrected, const char *out)
     const QImage before(QString::fromLocal8Bit(photo));
     const QImage after = ReadTiff(corrected);
     if (before.isNull() || before.size() != after.size())
-        throw std::runtime_error(std::string(photo) + " and " + corrected + " are no pair");
+        throw std::runtime_error(std::string(photo) + " and " + corrected + " don't have the same size");
     const Samples::LensProfile lens = Samples::AllSamples().front().lens;
     const Samples::Point source = ToSource(lens, lens.distortion, Samples::Projection::Perspective, kSpot);
     const int height = kHalfWidth * before.height() / before.width();

@@ -81,7 +81,7 @@ KImage HighRange(const KImage &picture)
     return image;
 }
 
-/// The middle of a picture in a circle, a little off the frame's middle.
+/// The middle of a picture in a circle slightly off the frame's center.
 KImage CircularFrame(const KImage &picture, double radius)
 {
     KImage image(picture);

@@ -17,7 +17,7 @@ constexpr Rgb kTile = {0.87, 0.88, 0.84};
 constexpr Rgb kTeal = {0.16, 0.42, 0.45};
 constexpr Rgb kOchre = {0.80, 0.60, 0.30};
 
-/// A place on one face of the room: s and t run along it in meters, with the sides of the footprint.
+/// A position on one face of the room: s and t are coordinates on it in meters, with the sides of the footprint.
 struct Spot {
     double s;
     double t;

@@ -1,4 +1,5 @@
-/// A tiled swimming hall seen from one end, built as a room in space so that a lens of any angle can look at it.
+/// A tiled swimming hall seen from one end, modeled in 3D so that it can be photographed by a lens with any angle of
+/// view.
 #pragma once
 
 #include "scene.h"

@@ -1,4 +1,4 @@
-/// The lens mathematics of a profile in double precision, forward and inverse, for making and checking samples.
+/// The lens models of a profile in double precision, forward and inverse, for making and checking samples.
 #pragma once
 
 #include <optional>
@@ -12,7 +12,7 @@ struct Point {
     double y = 0;
 };
 
-/// One model of a profile, with its values as fractions of the picture's size minus one, as a profile file holds them.
+/// One model of a profile, with values as fractions of the picture's size minus one, as in profile files.
 struct LensModel {
     double focalLength = 1; ///< of the width, for both axes of all models but the vignette
     double centerX = 0.5;
@@ -24,7 +24,7 @@ struct LensModel {
     std::optional<double> focalLengthY = {}; ///< if it differs; only the vignetting model uses it
 };
 
-/// A whole profile. Positions are pixels of a landscape picture, center of the top-left pixel at (0, 0).
+/// A complete profile. Positions are pixels of a landscape picture; the center of the top-left pixel is (0, 0).
 struct LensProfile {
     std::string name;
     std::string camera;
@@ -41,7 +41,7 @@ struct LensProfile {
 
 enum class Projection { Perspective, Fisheye };
 
-/// Returns the position in the photograph of the light that belongs at @p corrected, by one model.
+/// Returns the position in the photograph that one model maps to @p corrected.
 ///
 /// Perspective: outwards by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
 /// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
@@ -53,14 +53,15 @@ struct Inverse {
     double derivative[2][2];
 };
 
-/// The position whose ToSource is @p source. Only for models without tangential terms, where the radius grows.
+/// Returns the position whose ToSource is @p source. Only for models without tangential terms, where the radius
+/// increases.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Gain of the vignetting model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
 /// series cut after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the longer side.
 double Gain(const LensProfile &profile, Point source);
 
-/// Camera orientation: a portrait is turned a quarter to the left onto the profile's landscape frame.
+/// Camera orientation: a portrait is rotated by 90 degrees to the left into the profile's landscape frame.
 enum class Hold { Landscape, Portrait };
 
 /// Converts from the upright picture to the profile's frame and back; @p uprightWidth in pixels.

@@ -12,7 +12,7 @@
 namespace Samples {
 namespace {
 
-constexpr int kSubsamples = 2;    // a side
+constexpr int kSubsamples = 2;    // per side
 constexpr double kSoftness = 1.5; // width of an edge in sub-samples: the blur of a good lens
 constexpr double kNoise = 0.0045;
 

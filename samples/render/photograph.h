@@ -1,4 +1,4 @@
-/// Photographs a scene through a lens with faults, and writes it as a camera would.
+/// Photographs a scene through a lens with aberrations, and writes it like a camera.
 #pragma once
 
 #include <string>
@@ -25,11 +25,11 @@ struct Picture {
     std::vector<unsigned char> rgb;
 };
 
-/// Photographs @p scene: a correction by @p profile restores the scene, up to noise and rounding.
+/// Photographs @p scene so that a correction with @p profile restores it, up to noise and rounding.
 ///
-/// Each channel is placed by its own model (green by the green model, red and blue by theirs from there) and divided by
-/// the vignetting gain at the position of green. A portrait is turned by 90 degrees onto the profile's landscape frame.
-/// The profile must hold the chromatic models, and models without tangential terms. Same bytes on every run.
+/// Green is mapped by the green model, red and blue from there by theirs, and each channel is divided by the vignetting
+/// gain at the position of green. A portrait is rotated by 90 degrees into the profile's landscape frame. The profile
+/// must have the chromatic models, and no tangential terms. Gives the same bytes on every run.
 Picture Photograph(const Scene &scene, const LensProfile &profile, Hold hold);
 
 /// Writes a JPEG of quality 90 without chroma subsampling, with EXIF, IPTC and an sRGB profile.

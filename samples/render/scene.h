@@ -1,4 +1,4 @@
-/// A scene to photograph: its color everywhere, and the places of its straight edges and even patches.
+/// A scene to photograph: its color everywhere, and the positions of its straight edges and even patches.
 #pragma once
 
 #include <string>

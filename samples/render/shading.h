@@ -48,7 +48,7 @@ inline double Ramp(double v, double lo, double hi)
     return t * t * (3 - 2 * t);
 }
 
-/// Share of the stretch of @p size around @p v that lies in [lo, hi].
+/// Share of the interval of length @p size around @p v that lies in [lo, hi].
 inline double Span(double v, double lo, double hi, double size)
 {
     return Clamp01((std::min(v + size / 2, hi) - std::max(v - size / 2, lo)) / size);
@@ -82,7 +82,7 @@ inline double Hash(int64_t x, int64_t y, uint32_t seed)
     return static_cast<double>((h ^ (h >> 32)) >> 11) * 0x1p-53;
 }
 
-/// Smooth noise around 0 in [-1, 1] with one bump a unit.
+/// Smooth noise around 0 in [-1, 1] with one bump per unit.
 inline double Noise(double x, double y, uint32_t seed)
 {
     const double fx = std::floor(x);

@@ -1,10 +1,10 @@
-// Library for LD_PRELOAD that fails one call of a kind; scripts/faults runs the program with it. Variables of the
-// environment:
+// Library for LD_PRELOAD that makes one call of a kind fail; scripts/faults runs the program with it. Environment
+// variables:
 //   FAULT_KIND   one of kKinds
 //   FAULT_AT     number of the call that fails, from 1 on; 0 only counts
-//   FAULT_BELOW  calls that concern files count only for files below this folder; without it for all files
+//   FAULT_BELOW  only counts calls on files below this folder; without it, calls on all files
 //   FAULT_LOG    file that gets "count N" at a regular end, or "failed NAME" and the stack at the fault
-// Counting begins with main(): calls by the loader and by static constructors are left alone.
+// Counting begins with main(): calls by the loader and by static constructors are not affected.
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
 #endif
@@ -66,7 +66,7 @@ void Log(const char *text, long number)
     syscall(SYS_close, file);
 }
 
-/// @return whether this call, of this name, is the one to fail; errno is then set.
+/// @return whether this call, which has this name, is the one to fail; if so, errno is set.
 bool Fails(const char *call)
 {
     if (++calls != failingCall)
@@ -88,7 +88,7 @@ bool LiesBelow(const char *path)
     return std::strncmp(path, folder, std::strlen(folder)) == 0;
 }
 
-/// Relative paths count: they are those of open folders.
+/// Relative paths count, because they are relative to open folders.
 bool FailsAt(const char *kind, const char *call, const char *path)
 {
     return Counts(kind) && (path[0] != '/' || LiesBelow(path)) && Fails(call);
@@ -122,7 +122,7 @@ int (*realMain)(int, char **, char **) = nullptr;
 int CountingMain(int argc, char **argv, char **environment)
 {
     void *frame[1];
-    backtrace(frame, 1); // loads what it needs
+    backtrace(frame, 1); // the first call loads a library
     const char *const kind = std::getenv("FAULT_KIND");
     for (const Kind &known : kKinds) {
         if (kind && std::strcmp(kind, known.name) == 0)
@@ -172,7 +172,7 @@ REPLACE(int, __libc_start_main,
     return next(CountingMain, argc, argv, init, fini, loader, stack);
 }
 
-// Memory. C++'s operator new takes it from malloc().
+// Memory. C++'s operator new calls malloc().
 REPLACE(void *, malloc, (size_t size))
 {
     return Counts("alloc") && Fails("malloc") ? nullptr : __libc_malloc(size);

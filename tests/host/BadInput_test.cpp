@@ -1,4 +1,4 @@
-// The program on unusable pictures, profiles and folders: one line each and no other effect.
+// The program with unusable pictures, profiles and folders: one message each and no other effect.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -162,8 +162,7 @@ void BadInputTest::fileSizeLimit()
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// A file system of 128 KiB, mounted where only the run itself sees it; needs the right to do so, as root or in a user
-/// namespace.
+/// A file system of 128 KiB, mounted so that only the run sees it; this takes root's rights or a user namespace.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);

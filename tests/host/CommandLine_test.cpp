@@ -16,13 +16,14 @@ private Q_SLOTS:
     void refusesAndPrints();
     void lastOneHolds();
     void fittedOptionsAreAttributes();
+    void helpFitsOnAScreen();
     void rivals_data();
     void rivals();
 };
 
 namespace {
 
-/// A blank between words; "''" is an empty one.
+/// Splits a line at blanks; "''" is an empty word.
 QStringList Words(const QString &line)
 {
     return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());
@@ -60,6 +61,12 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --shard 1 a.jpg", "--shard I/N"},
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
+        {"correct --format gif a.jpg", "tiff, jpeg, png or exr"},
+        {"correct --format jpeg --quality 0 a.jpg", "1 to 100"},
+        {"correct --quality 90 a.jpg", "--quality is for --format jpeg"},
+        {"correct --format png --compression zstd a.jpg", "--compression is for --format tiff"},
+        {"correct --format jpeg --output-name {name}.tif a.jpg", ".jpg or .jpeg"},
+        {"correct --plain --format png a.jpg", "--plain and --format exclude"},
         {"report", "no file"},
         {"co\x1b[31mrrect a.jpg", "'co [31mrrect'"},
         {"info --plain --body D70 a.jpg", "--plain and --body exclude"},
@@ -69,7 +76,12 @@ void tst_CommandLine::refusesAndPrints_data()
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
-        {"correct -o '' a.jpg", "not empty"},
+        {"correct -o '' a.jpg", "non-empty"},
+        {"help corect", "unknown command 'corect'"},
+        {"help --man --names", "exclude"},
+        {"help --completion csh", "bash, zsh or fish"},
+        {"help", "?Usage: vitrelux COMMAND"},
+        {"help --man correct", "?.TH VITRELUX-CORRECT 1 "},
         {"--version", "?vitrelux 3."},
         {"-h", "?Usage: vitrelux COMMAND"},
         {"correct a.jpg -h", "?Usage: vitrelux correct "},
@@ -121,6 +133,24 @@ void tst_CommandLine::fittedOptionsAreAttributes()
         QCOMPARE(line.action, CommandLine::Action::Correct);
         QVERIFY2(line.correct.fitted.attributes == row.attributes, row.line);
     }
+}
+
+/// A terminal of 80 x 40 characters. What is only named there is described in full by the help command.
+void tst_CommandLine::helpFitsOnAScreen()
+{
+    const QStringList names =
+        ParseCommandLine({"help"_s, "--names"_s}).text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QVERIFY(names.contains("correct"_s));
+    for (const QString &name : names) {
+        const Case named(name);
+        const QString screen = ParseCommandLine({name, "--help"_s}).text;
+        QVERIFY2(screen.count(QLatin1Char('\n')) <= 40, qPrintable(screen));
+        for (const QString &line : screen.split(QLatin1Char('\n')))
+            QVERIFY2(line.size() <= 80, qPrintable(line));
+        QCOMPARE(screen.count("\n  vitrelux "_s), 2); // examples
+    }
+    QVERIFY(!ParseCommandLine({"correct"_s, "--help"_s}).text.contains("straighten"_s));
+    QVERIFY(ParseCommandLine({"help"_s, "correct"_s}).text.contains("straighten bent lines"_s));
 }
 
 void tst_CommandLine::rivals_data()

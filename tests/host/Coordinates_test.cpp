@@ -1,5 +1,5 @@
 // Runs the whole program on pictures whose values are their coordinates, so that every pixel of the result shows its
-// source position, and compares that with the lens mathematics in double precision.
+// source position, and compares that with the lens models in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -36,7 +36,7 @@ LensProfile WithChromatic(LensProfile profile)
     return profile;
 }
 
-/// One value as expected in the picture @p size; x, y, c tell which.
+/// Returns the expected value of channel c at (x, y) in a picture of @p size.
 struct Expected {
     int x, y, c;
     OracleChannel channel; // from: in the upright picture
@@ -44,7 +44,7 @@ struct Expected {
     Samples::Hold hold;
 };
 
-/// The largest deviation of the values, computed by @p deviate, and its place.
+/// The largest deviation of the values, computed by @p deviate, and its position.
 struct Deviation {
     double worst = 0;
     QString where;
@@ -101,7 +101,7 @@ void tst_Coordinates::everyPixelComesFromItsPlace_data()
     QTest::addColumn<QSize>("size"); // of the upright picture
 
     const LensModel two = {0.9, 0.49, 0.52, {-0.12, 0.04}};
-    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners reach outside
+    const LensModel three = {0.9, 0.51, 0.48, {0.08, -0.05, 0.03}}; // corners are outside
     const LensModel wideFish = {0.42, 0.495, 0.502, {-0.03, 0.004}};
     const std::pair<const char *, LensProfile> profiles[] = {
         {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},

@@ -6,8 +6,8 @@
 #include "LensOracle.h"
 #include "TiffRaster.h"
 
-/// Corrects @p source with exactly @p corrections switched on and returns the path of the result, which is next to it,
-/// like the profile. Throws std::runtime_error with the program's message if it fails.
+/// Corrects @p source with exactly @p corrections switched on and returns the path of the result. Result and profile
+/// are next to the source. Throws std::runtime_error with the program's message if the program fails.
 QString CorrectFile(const QString &source, const Samples::LensProfile &profile, int corrections);
 
 /// The same for the pixels of a picture. Sets the size of @p profile to the picture's in landscape orientation. Throws

@@ -1,6 +1,8 @@
 // The content of the program's files: depth, channels, compression, alpha, and the metadata of the photograph.
 #include "Case.h"
 #include "CorrectFile.h"
+#include "FittedFiles.h"
+#include "ProgramRun.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -17,7 +19,7 @@ namespace {
 
 constexpr int kDeflate = 8; // the compression number of TIFF
 
-/// Pincushion-shaped, so that corners reach outside and every kind of pixel occurs.
+/// Pincushion distortion, so that corners are outside and every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -32,7 +34,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Gray with a black square in the middle; the channels beyond three hold @p alpha.
+/// Gray with a black square in the middle; the channels after the third are @p alpha.
 TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -49,7 +51,7 @@ TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alp
 
 enum class Alpha { Opaque, Clear, Kept, Unsure };
 
-/// Returns the expected fourth channel of a pixel, from its colors' places and, if these differ, from its value.
+/// Returns the expected fourth channel of a pixel, from its colors' positions and, if these differ, from its value.
 Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
@@ -137,6 +139,8 @@ private Q_SLOTS:
     void depthAndAlpha_data();
     void depthAndAlpha();
     void copiesMetadata();
+    void formatsKeepMetadata_data();
+    void formatsKeepMetadata();
 };
 
 void tst_CorrectedMetadata::depthAndAlpha_data()
@@ -213,8 +217,59 @@ void tst_CorrectedMetadata::copiesMetadata()
             QVERIFY2(carried.contains(text), qPrintable(text));
         QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
         QVERIFY(source->iccProfile()->size_ > 0);
-        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results carry it
+        QVERIFY(!source->xmpPacket().empty() && result->xmpPacket().empty()); // only fitted results have XMP
         QCOMPARE(ColorProfile(*result), ColorProfile(*source));
+    }
+}
+
+void tst_CorrectedMetadata::formatsKeepMetadata_data()
+{
+    QTest::addColumn<int>("compression"); // of a TIFF, by its tag; -1: another format
+    QTest::newRow("--format jpeg --quality 80") << -1;
+    QTest::newRow("--format png") << -1;
+    QTest::newRow("--compression none") << 1;
+    QTest::newRow("--compression lzw") << 5;
+    QTest::newRow("--format tiff --compression deflate") << kDeflate;
+    QTest::newRow("--compression zstd") << 50000;
+    QTest::newRow("--format exr") << -1;
+}
+
+/// A fitted JPEG in all formats. Of an OpenEXR file only the XMP is checked here, by a second run that knows the first.
+void tst_CorrectedMetadata::formatsKeepMetadata()
+{
+    QFETCH(const int, compression);
+    const QString options = QString::fromLatin1(QTest::currentDataTag());
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("source.jpg"_s), profile = folder.filePath("p.lcp"_s);
+    WriteJpeg(path, 300, 200);
+    AddMetadata(path);
+    WriteFile(profile, Profile("EF-S10-22mm f/3.5-4.5 USM"));
+    const ProgramResult run =
+        ProgramRun().Run(QStringList{"correct"_s, "--profile"_s, profile, path} + options.split(QLatin1Char(' ')));
+    QVERIFY2(run.exitCode == 0, run.error);
+    const QString output = QString::fromUtf8(run.output).trimmed();
+    const ProgramResult again = ProgramRun().Run({"correct"_s, output});
+    QVERIFY2(again.exitCode == 0 && again.error.contains("corrected before"), again.error);
+    if (options.contains("exr"_s)) {
+        QVERIFY2(run.error.contains("most of the EXIF"), run.error);
+        return;
+    }
+    const auto source = OpenMetadata(path), result = OpenMetadata(output);
+    const QStringList carried = Texts(result->exifData());
+    for (const QString &text : Texts(source->exifData()))
+        QVERIFY2(carried.contains(text), qPrintable(text));
+    QCOMPARE(Texts(result->iptcData()), Texts(source->iptcData()));
+    QCOMPARE(ColorProfile(*result), ColorProfile(*source));
+    QCOMPARE(result->xmpData()["Xmp.xmp.Rating"].toString(), std::string("4"));
+    QCOMPARE(result->exifData()["Exif.Photo.PixelXDimension"].toLong(), 300L);
+    if (compression > 0)
+        QCOMPARE(int(result->exifData()["Exif.Image.Compression"].toLong()), compression);
+    const Exiv2::DataBuf bytes = Exiv2::ExifThumbC(result->exifData()).copy();
+    QCOMPARE(bytes.size_ > 0, options.contains("jpeg"_s));
+    if (bytes.size_ > 0) {
+        const auto thumbnail = Exiv2::ImageFactory::open(bytes.pData_, bytes.size_);
+        thumbnail->readMetadata();
+        QCOMPARE(QSize(thumbnail->pixelWidth(), thumbnail->pixelHeight()), QSize(160, 107));
     }
 }
 

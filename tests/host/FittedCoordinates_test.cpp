@@ -1,4 +1,4 @@
-// Fitted corrections by the whole program on pictures whose values are their coordinates: every pixel of the result
+// Fitted corrections by the whole program on pictures whose values are their coordinates. Every pixel of the result
 // shows its source position, which is compared with the lens models in long double.
 #include "DngFile.h"
 #include "MadeProfiles.h"
@@ -15,7 +15,7 @@
 namespace {
 
 constexpr double kLow = 0.1, kRange = 0.6,
-                 kFlat = 0.6; // light of the ramps, with room for the gain, and of a flat field
+                 kFlat = 0.6; // light of the ramps and of a flat field, with room for the gain
 constexpr double kRawGamma = 2.2, kRawBrightness = 2.5; // of the program's raw development
 
 struct Row {
@@ -34,12 +34,12 @@ struct Row {
         picture.wholeHeight = picture.height = height;
     }
     QSize Size() const { return {picture.width, picture.height}; }
-    /// Of samples that a ramp's ends bend, from the edges.
+    /// Width of the border where samples are affected by the ends of a ramp.
     double MarginPx() const { return isRaw || options.contains("sharp"_s) ? 4.0 : 0.0; }
     OraclePlaces At(int x, int y, double zoom) const { return OracleAt(blend, picture, projection, zoom, x, y); }
 };
 
-/// Of a frame of 600 x 400 and the body that the DNG files name.
+/// Returns an entry for a frame of 600 x 400 and the body in the DNG files.
 ProfileEntry Entry()
 {
     ProfileEntry entry = made::Entry();
@@ -208,7 +208,7 @@ void FittedCoordinatesTest::everyPixelComesFromItsPlace_data()
             [=](Row &row) { row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn); });
     for (int turn : {1, 6})
         Add(qPrintable("camera raw, orientation %1"_s.arg(turn)), [=](Row &row) {
-            row.isRaw = true; // whose pixels stay as on the sensor
+            row.isRaw = true; // raw pixels stay as on the sensor
             row.SetSize(90, 60);
             row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn);
         });
@@ -286,7 +286,7 @@ void FittedCoordinatesTest::AddOtherFrames()
     });
 }
 
-/// The results of several pictures, by one run.
+/// Returns the results of several pictures in one run.
 std::vector<TiffRaster> FittedCoordinatesTest::Corrected(const Row &row, const QVector<Ramp> &ramps)
 {
     QString names;

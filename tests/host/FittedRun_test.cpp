@@ -30,7 +30,7 @@ private Q_SLOTS:
     void lenses();
 };
 
-/// Makes pictures named after their metadata, and a folder with one profile of their lens among near misses.
+/// Makes pictures named after their metadata, and a folder with one profile of their lens among similar ones.
 void FittedRunTest::init()
 {
     ProgramTest::init();
@@ -90,7 +90,7 @@ void FittedRunTest::correct_data()
         << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1
         << QStringList{"none.jpg: has no lens profile"_s, "f/4L IS III USM"_s, "; nearest: "_s, "24-105mm"_s, kFound};
     QTest::newRow("requested but missing") << "--vignetting --profile light.lcp named.jpg"_s << 1 << 0
-                                           << QStringList{"vignetting: the profile has no model of it"_s};
+                                           << QStringList{"vignetting: the profile has no model for it"_s};
     QTest::newRow("one of two missing") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
                                         << QStringList{"cannot make the requested corrections: vignetting"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
@@ -127,7 +127,7 @@ void FittedRunTest::correct()
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// A dry run decides as the run does, and both print what the schema describes.
+/// A dry run makes the same decisions as the run, and both print records that match the schema.
 void FittedRunTest::records()
 {
     const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
@@ -137,8 +137,9 @@ void FittedRunTest::records()
     QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
     picture.close();
     for (const bool isDry : {true, false}) {
-        const ProgramResult result = Run("correct --json --keep-time --suffix -x -j 1 -o out --lens-path lenses "_s
-                                         + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+        const ProgramResult result =
+            Run("correct --json --keep-time --suffix -x --format jpeg -j 1 -o out --lens-path lenses "_s
+                + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
         QCOMPARE(result.exitCode, 1);
         QStringList outcomes;
         const QList<QByteArray> lines = result.output.trimmed().split('\n');
@@ -152,17 +153,17 @@ void FittedRunTest::records()
         }
         QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
         const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.tiff"_s));
+        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.jpg"_s));
         QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
         QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
         QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
         QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
         QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
     }
-    QCOMPARE(QFileInfo(Path("out/named-x.tiff"_s)).lastModified(), taken);
+    QCOMPARE(QFileInfo(Path("out/named-x.jpg"_s)).lastModified(), taken);
 }
 
-/// A run leaves a record of itself, by which later ones and other programs know it.
+/// A run leaves a record by which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -192,7 +193,7 @@ void FittedRunTest::secondRun()
         {"--lens-path lenses", 0,
          "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
         {"--lens-path empty", 0, "skipped, corrected before: distortion"_s},
-        {"--ca --lens-path lenses", 1, "an earlier run could not correct it"_s},
+        {"--ca --lens-path lenses", 1, "an earlier run couldn't correct it"_s},
         {"--again --lens-path lenses", 0, "distortion again, though corrected before"_s},
         {"--profile lenses/0.lcp", 0, "distortion again, though corrected before"_s},
     };
@@ -216,7 +217,7 @@ void FittedRunTest::info()
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));
     QVERIFY(!none.value("nearest"_s).toArray().isEmpty());
-    // Everything typed, of a picture without metadata: its own body and no other camera's.
+    // All facts typed for a picture without metadata: only profiles of the typed body fit.
     WriteJpeg(Path("bare.jpg"_s), 60, 40);
     const QJsonObject typed =
         QJsonDocument::fromJson(m_run

@@ -1,4 +1,4 @@
-// The host as a plug-in uses it: settings, descriptions of pictures, and lending their pixels.
+// The host as a plug-in uses it: settings, descriptions of pictures, and access to their pixels.
 #include "app/HostApplication.h"
 
 #include "KImage.h"
@@ -38,7 +38,7 @@ void tst_HostApplication::lendsPixels()
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
     WriteFile(none, "no picture");
-    for (int i = 0; i < 2; ++i) // the next try is a new one
+    for (int i = 0; i < 2; ++i) // the second attempt starts over
         QVERIFY_EXCEPTION_THROWN(m_host->ImageDefOf(none)->LockFullSize(true), KException);
     QVERIFY(!ImageDef::Find(none)); // the cache would own it too
     m_host->Forget(none);

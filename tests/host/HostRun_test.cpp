@@ -1,5 +1,5 @@
-// The program as a host: order of calls on a plug-in that records them and misbehaves, outputs, interruptions, and
-// unusual environments: without display, home folder or locale, on a terminal, with odd file names.
+// The program as a host: order of calls on a plug-in that records them and misbehaves; outputs; interruptions; unusual
+// environments, such as no display, home folder or locale, a terminal, odd file names.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -47,7 +47,7 @@ private:
         return Run(kProbe + line);
     }
     QStringList Notes() const { return QString::fromUtf8(ReadFile(Path("notes"_s))).split(QLatin1Char('\n')); }
-    /// Names in the folder without those that were there at first, and without the notes.
+    /// Returns the names in the folder except those that were there at first and the notes.
     QStringList Made() const
     {
         QStringList names = Names(m_dir->path());
@@ -156,7 +156,7 @@ void HostRunTest::existingOutput()
     }
 }
 
-/// --overwrite replaces the file that a link points to, with its permissions, but no protected file.
+/// --overwrite replaces the file that a link points to, keeps its permissions, and refuses protected files.
 void HostRunTest::replacedFile()
 {
     const QByteArray path = kOutput.toUtf8();
@@ -246,7 +246,7 @@ void HostRunTest::interruptionLeavesNothing()
         const auto process = static_cast<pid_t>(m_run->processId());
         ::kill(process, qAbs(number));
         if (number < 0) {
-            QVERIFY(!m_run->waitForFinished(500) && halfDone()); // reacting would take a few milliseconds
+            QVERIFY(!m_run->waitForFinished(500) && halfDone()); // a reaction would take a few milliseconds
             ::kill(process, SIGTERM);
         }
         QCOMPARE(m_run->Wait().signal, number < 0 ? SIGTERM : number); // so that a shell's loop ends too
@@ -307,7 +307,7 @@ void HostRunTest::standardStreams()
 
 void HostRunTest::environment()
 {
-    // Variables added to a nearly empty environment, and why the wizard cannot be shown, if it cannot.
+    // Variables added to a nearly empty environment, and the reason if the wizard cannot be shown.
     const QString unreachable = "the display cannot be reached"_s;
     const QString rows[][3] = {{"HOME"_s, "/none"_s, "there is no display"_s},
                                {"DISPLAY"_s, "none:17"_s, unreachable},

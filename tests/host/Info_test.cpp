@@ -121,7 +121,7 @@ void InfoTest::text()
         QVERIFY2(result.output.contains(line), line + result.output);
 }
 
-/// Facts in only part of the EXIF are shown unchanged, and nothing is made up.
+/// If only some EXIF values are present, they are shown unchanged, and nothing is invented.
 void InfoTest::incompleteExif()
 {
     const struct {

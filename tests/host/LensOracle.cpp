@@ -8,7 +8,7 @@ using Samples::Point;
 
 namespace {
 
-/// Red, green, blue in turn: the first one outside ends the pixel.
+/// Red, green and blue in this order: the first one outside ends the pixel.
 void EndAtOutside(OraclePixel *pixel)
 {
     Content rest = Content::Sampled;
@@ -48,7 +48,7 @@ Point LensOracle::Main(const LensModel &model, Point at) const
 {
     const Point center = {model.centerX * (m_profile.width - 1), model.centerY * (m_profile.height - 1)};
     if (m_profile.fisheye && at.x == center.x && at.y == center.y)
-        return {-9, -9}; // 0 / 0 in the model, which counts as outside
+        return {-9, -9}; // 0 / 0 in the model counts as outside
     return ToSource(m_profile, model, MainProjection(m_profile), at);
 }
 
@@ -61,7 +61,7 @@ OraclePixel LensOracle::At(Point at) const
         const OracleChannel all = warps ? channel(from) : OracleChannel{Content::Sampled, at};
         return {{all, all, all}, from};
     }
-    // Without distortion, green is copied from its place and never sampled, so borders don't affect it.
+    // Without distortion, green is copied from its own position and never sampled, so borders don't affect it.
     const bool copied = warps == Chromatic;
     const Point green = copied ? at : Main(m_profile.green.value(), at);
     const auto shifted = [&](const std::optional<LensModel> &model) {

@@ -1,4 +1,4 @@
-// The source of each channel of each pixel of a corrected picture, by the lens mathematics in double precision.
+// The source of each channel of each pixel of a corrected picture, by the lens models in double precision.
 #pragma once
 
 #include <array>
@@ -27,7 +27,7 @@ struct OracleChannel {
 
 struct OraclePixel {
     std::array<OracleChannel, 3> channels = {};
-    Samples::Point gainAt = {}; ///< where the vignetting gain is taken
+    Samples::Point gainAt = {}; ///< where the vignetting gain is evaluated
 
     bool Holds(Content content) const;
 };

@@ -1,4 +1,4 @@
-// `vitrelux profile`: the grid of a profile, its odd values, its effect on a picture, and its plot.
+// `vitrelux profile`: the grid of a profile, its unusual values, its effect on a picture, and its plot.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -81,7 +81,7 @@ double WeightOfOther(double one, double other, double at)
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// A plot as read by a person: values by the labels of the axes.
+/// A plot, read like a person would: values by the labels of the axes.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)
@@ -117,7 +117,7 @@ public:
     }
 
 private:
-    using Scale = QVector<QPointF>; // x: place in the drawing, y: value
+    using Scale = QVector<QPointF>; // x: position in the drawing, y: value
 
     void Take(const QDomElement &text)
     {
@@ -241,9 +241,9 @@ void tst_Profile::check_data()
         ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
     row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the picture that it was made from");
     row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
-        ":5: error: entry 2: a model of the lens without coefficients");
+        ":5: error: entry 2: a lens model without coefficients");
     row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
-        ":3: error: entry 1: a model of the lens without coefficients", 1);
+        ":3: error: entry 1: a lens model without coefficients", 1);
     row("focal length 0", {Bent(kFrame + Setting(0, 3, 3))}, ":2: warning: entry 1: FocalLength is \"0\"");
     row("not finite", {sound, at24 + ">" + Model("PerspectiveModel", R"(s:RadialDistortParam1="nan")")},
         ":5: error: entry 2: RadialDistortParam1 is \"nan\"");

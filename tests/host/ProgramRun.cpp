@@ -19,7 +19,7 @@ ProgramRun::ProgramRun() : program(QStringLiteral(VITRELUX_PROGRAM))
         if (system.contains(name))
             m_environment.insert(name, system.value(name));
     }
-    // A leak checker that suppresses Qt's leaks would report that on the standard error that tests check.
+    // The leak checker would report that it suppresses Qt's leaks on standard error, which tests check.
     const QString leaks = QStringLiteral("LSAN_OPTIONS");
     m_environment.insert(leaks, m_environment.value(leaks) + QStringLiteral(":print_suppressions=0"));
     setWorkingDirectory(QStringLiteral("/"));

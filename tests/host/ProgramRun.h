@@ -9,7 +9,7 @@
 /// The result of one run.
 struct ProgramResult {
     int exitCode = -1; // -1: did not start, did not end in time, or ended by a signal
-    int signal = 0;    // that ended it
+    int signal = 0;    // the signal that ended it
     QByteArray output;
     QByteArray error;
     QStringList errorLines;

@@ -53,8 +53,9 @@ void tst_RunLists::walks_data()
     QTest::newRow("as named") << PictureSources{{"z.jpg"_s, "in"_s}, false, {}, {}, {}}
                               << QStringList{"z.jpg|"_s, "in|"_s};
     QTest::newRow("walked") << PictureSources{{"in"_s, "z.jpg"_s}, true, {}, {}, {}} << all + QStringList("z.jpg|"_s);
-    QTest::newRow("without results") << PictureSources{{"in"_s}, true, {}, "_corrected.tiff"_s, {}}
-                                     << QStringList{all[0], all[1], all[3], all[4]};
+    QTest::newRow("without results")
+        << PictureSources{{"in"_s}, true, {}, {"_corrected.jpg"_s, "_corrected.tiff"_s}, {}}
+        << QStringList{all[0], all[1], all[3], all[4]};
     QTest::newRow("without the output folder")
         << PictureSources{{"in"_s}, true, {}, {}, "in/deep/../deep"_s} << QStringList(all.mid(0, 4));
     QTest::newRow("with a list") << PictureSources{{"in"_s}, false, "list"_s, {}, {}}
@@ -93,6 +94,7 @@ void tst_RunLists::patterns_data()
     QTest::newRow("{name}_corrected.tiff") << "out/s/a.b_corrected.tiff";
     QTest::newRow("{folder}-{name}.{ext}.TIF") << "out/s/in-a.b.jpg.TIF";
     QTest::newRow("{name}{name}.tif") << "out/s/a.ba.b.tif";
+    QTest::newRow("}{{name}}{.tif") << "out/s/}{a.b}{.tif";
     QTest::newRow("{date}{name}.tif") << "?{date}";
     QTest::newRow("x.tif") << "?{name}";
     QTest::newRow("x/{name}.tif") << "?slash";
@@ -103,7 +105,7 @@ void tst_RunLists::patterns()
 {
     QFETCH(QString, output);
     const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputPattern(pattern);
+    const QString fault = FaultOfOutputPattern(pattern, {"tiff"_s, "tif"_s});
     if (output.startsWith(QLatin1Char('?'))) {
         QVERIFY2(fault.contains(output.mid(1)), qPrintable(fault));
         return;

@@ -1,4 +1,4 @@
-// The desktop wizard, driven like a user would, with a process that replaces the plug-in's.
+// The desktop wizard, used like a user would, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
 #include "FittedFiles.h"
@@ -226,7 +226,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     QCOMPARE(Rows("pictures", 1), QStringList("b.jpg"_s));
     QTRY_VERIFY(CanGoOn());
 
-    QMimeData files; // the folder holds b.jpg again
+    QMimeData files; // the folder contains b.jpg again
     files.setUrls(
         {QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
     QWidget *page = m_wizard->currentPage();
@@ -322,7 +322,7 @@ void tst_Wizard::stopsAfterTheCurrentPicture()
         m_process->go.release();
         QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
         QVERIFY(Rows("results")[0].startsWith("slow.jpg|Corrected"_s));
-        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: stopped before"_s);
+        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: the run was stopped"_s);
     }
     m_wizard.reset();
     QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
@@ -383,7 +383,7 @@ void tst_Wizard::choicesStayWithTheirPictures()
     QVERIFY(Find<QCheckBox>("m_cbDistortion")->isChecked());
     QTRY_VERIFY(CanGoOn());
     m_wizard->close();
-    m_wizard.reset(); // ahead of the plug-in
+    m_wizard.reset(); // before the plug-in
 }
 
 void tst_Wizard::realPluginFits()
@@ -429,7 +429,7 @@ void tst_Wizard::realPluginFits()
         const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
     }
-    m_wizard.reset(); // ahead of the plug-in
+    m_wizard.reset(); // before the plug-in
 }
 
 void tst_Wizard::speaksTheUsersLanguage_data()
@@ -478,7 +478,7 @@ void tst_Wizard::speaksTheUsersLanguage()
     Next();
     QTRY_VERIFY(Close());
     QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not its number
-    m_wizard.reset(); // ahead of the plug-in
+    m_wizard.reset(); // before the plug-in
 }
 
 int main(int argc, char **argv)

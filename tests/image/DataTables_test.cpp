@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Replaces the real tables while an instance lives.
+/// Replaces the real tables while an instance exists.
 class OwnTable {
 public:
     OwnTable(const char *name, const QByteArray &text)

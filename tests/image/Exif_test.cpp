@@ -86,7 +86,7 @@ private Q_SLOTS:
 
 void tst_Exif::number()
 {
-    // The last texts of the second line are not fractions, so the integer at their start counts.
+    // The last texts of the second line are not fractions, so the integer at their start is used.
     const QString rows = QStringLiteral("1/250=0.004 -1/3=-0.33333334 0.5/2=0.25 0/0=0 4294967295/1000=4294967.295 "
                                         "5.6=5.6 800=800 5000000000=5e9 5,6=5 5/0=5 "
                                         "F5=0 =0 /=0 1e99.=0 nan.=0");

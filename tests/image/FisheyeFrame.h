@@ -1,4 +1,4 @@
-// Circular fisheye frames as from a camera: a picture in an off-center circle, noise, flare, a dark sky.
+// Circular fisheye frames like a camera's: a picture in an off-center circle, with noise, flare and a dark sky.
 #pragma once
 
 #include "KImage.h"

@@ -1,5 +1,5 @@
 // Four threads lock, read and unlock random versions of twenty pictures under a small limit, while some pictures are
-// described again or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must stay silent too.
+// described again or deleted. VITRELUX_STRESS_SECONDS sets the duration. Sanitizers must not report anything either.
 #include "Case.h"
 #include "KOmp.h"
 #include "KTools.h"
@@ -84,7 +84,7 @@ private:
         std::swap(m_held[std::size_t(Random(int(m_held.size())))], m_held.back());
         const Held held = m_held.back();
         m_held.pop_back();
-        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even of images deleted meanwhile
+        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even if the image was deleted meanwhile
         const std::shared_lock<std::shared_mutex> inCall(held.subject->mutex);
         if (held.generation == held.subject->generation)
             held.subject->image->Unlock(held.width, held.height, held.nativeDepth);
@@ -125,7 +125,7 @@ private:
 void tst_ImageCacheStress::initTestCase()
 {
     KImage::init(nullptr);
-    komp_num_threads = 1; // the thread sanitizer doesn't understand OpenMP
+    komp_num_threads = 1; // the thread sanitizer doesn't support OpenMP
     KCacheDiskManager::ms_instance->setTemporaryFolders({m_dir.path()});
 }
 

@@ -330,7 +330,7 @@ void tst_ImageDef::identity()
     QVERIFY(!ImageDef::Find(m_dir->path() + QStringLiteral("/./id.jpg")));
     QVERIFY(!Picture(Path("none.jpg")));
 
-    // Copies lend the pixels of their own file: one without an identity, one that described another file before.
+    // Copies return the pixels of their own file, even without an identity or after describing another file.
     ImageDef *const other = Picture(WritePicture(Path("other.jpg"), "jpeg", 5, 4));
     ImageDef copy(*image), ofOther(*other);
     QVERIFY(copy.nCols() == 8 && copy.m_id.isEmpty());

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A rectangle of one image and its place in another.
+/// A rectangle of one image and its position in another.
 struct Placement {
     int sourceWidth, sourceHeight, x, y;
     int width, height;
@@ -28,8 +28,8 @@ constexpr Placement kPlacements[] = {
     {19, 3, 2, 1, 17, 2, 18, 2, 1, 0, 1, 3},    // rows that are not aligned to components
 };
 
-/// Computes the result of the two steps for one pixel, in plain arithmetic on shares of the full range. @p out holds
-/// the target's old samples.
+/// Computes the result of the two steps for one pixel, in plain arithmetic on shares of the full range. @p out has the
+/// target's old samples.
 void ExpectedPixel(const TestForm &from, const double *in, const TestForm &to, double *out)
 {
     double share[4];

@@ -267,7 +267,7 @@ void tst_KImageFile::failedWriteKeepsTheOldFile()
                                               throw KException(QStringLiteral("no more rows"), QString());
                                           band.ClearBitmap();
                                       }};
-    QCOMPARE(Thrown([&] { KImage::WriteRows(rows, old, QStringLiteral("tiff"), 3, QString()); }),
+    QCOMPARE(Thrown([&] { KImage::WriteRows(rows, old, {QStringLiteral("tiff"), 3}, QString()); }),
              QStringLiteral("no more rows"));
     QCOMPARE(QDir(m_dir.path()).entryList(QDir::AllEntries | QDir::Hidden), before);
     QCOMPARE(ReadFile(old), QByteArray("a picture"));

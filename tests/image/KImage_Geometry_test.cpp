@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Returns half a count for integers, the single-precision noise for floats.
+/// Returns half a count for integers, and the rounding error of single precision for floats.
 double RoundingOf(const TestForm &form)
 {
     return form.IsFloat() ? 2e-6 : 0.51;

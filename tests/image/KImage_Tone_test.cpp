@@ -155,7 +155,7 @@ void tst_KImageTone::alpha()
         QCOMPARE(image.Sample(1, 0, 3), full);
 
         // A mask of lower depth is converted; the float image's has 16 bits. With a mask of higher depth the bytes
-        // count as samples: those of the second sample here apply to the third pixel.
+        // count as samples: here those of the second sample apply to the third pixel.
         TestImage mask(kForms[form == k16uRgba ? k8uGrey : k16uGrey], 3, 1);
         mask.SetSample(form == k8uRgba ? 1 : 2, 0, 0, form == k8uRgba ? 51 : std::floor(mask.Form().Full() / 5));
         image.image.CombineAlpha(mask.image);

@@ -129,7 +129,7 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 2.1); // in which 65,280 is a lightness of 100, and 32,768 a color of 0
+    cmsSetProfileVersion(profile, 2.1); // where 65,280 is a lightness of 100, and 32,768 a color of 0
     cmsSetDeviceClass(profile, cmsSigOutputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);

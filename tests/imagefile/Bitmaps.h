@@ -49,8 +49,8 @@ QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tol
 /// The same against a formula.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
-/// sRGB colors, as shares of the full range, in Lab under D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix for D50
-/// (Bradford) and CIE 15's formula.
+/// sRGB colors, as shares of the full range, in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix
+/// for D50 (Bradford) and CIE 15's formula.
 struct LabColor {
     double lab[3];
     double rgb[3];
@@ -62,8 +62,8 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
-/// Returns an ink profile in which lightness decreases with black, and by a third with each other ink; and the gray, as
-/// a share of the full range, of a share @p cyan of that ink alone.
+/// Returns a CMYK profile in which lightness decreases with black, and by a third with each other ink; and the gray, as
+/// a share of the full range, of a share @p cyan of cyan alone.
 QByteArray InkProfile();
 double GreyOfCyan(double cyan);
 

@@ -7,7 +7,7 @@ Blocks SomeBlocks(int orientation)
     Blocks blocks;
     blocks.xmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
                  "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"/></x:xmpmeta>";
-    // Byte order, 42, place of the directory; one entry: tag 274, type 3, count 1; no next directory.
+    // Byte order, 42, offset of the directory; one entry: tag 274, type 3, count 1; no next directory.
     blocks.exif = QByteArray("II*\0\x8\0\0\0\x1\0\x12\x1\x3\0\x1\0\0\0", 18) + char(orientation) + QByteArray(7, '\0');
     const cmsHPROFILE profile = cmsCreate_sRGBProfile();
     cmsUInt32Number size = 0;

@@ -1,4 +1,4 @@
-// Metadata blocks as formats store them, for tests of the formats that hold each block as a whole.
+// Metadata blocks as formats store them, for tests of formats that store blocks unchanged.
 #pragma once
 
 #include "Bitmaps.h"

@@ -213,11 +213,11 @@ void tst_Heif::metadata()
         gflClearWarningText();
         const Spec spec = {heif_compression_AV1, 8, 3, {64, 48}, 1, true, false, row.primaries, row.curve};
         QVERIFY(LoadFromMemory(Encode(spec), nullptr, LoadParams(GFL_LOAD_METADATA)));
-        QVERIFY2(QByteArray(gflLastWarningText()).contains("taken for sRGB") == row.isWarned, row.name);
+        QVERIFY2(QByteArray(gflLastWarningText()).contains("treated as sRGB") == row.isWarned, row.name);
     }
 }
 
-// As avifenc 0.11 writes it; libheif 1.15 takes such opacity for one of another size.
+// As avifenc 0.11 writes it; libheif 1.15 believes that such opacity has another size.
 void tst_Heif::opacityThatIsNotTurned()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});

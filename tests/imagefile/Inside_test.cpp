@@ -33,7 +33,7 @@ public:
     }
 };
 
-/// Replaces an open file by a folder: reading it then fails with an error, as with a broken disk.
+/// Replaces an open file by a folder, so that reading fails with an error, as with a broken disk.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {
@@ -289,7 +289,7 @@ void tst_Inside::brokenDisk()
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("shorter"));
     }
-    // Metadata too: unreadable must differ from empty.
+    // Metadata too: unreadable metadata must not be mistaken for none.
     QVERIFY(WriteBytes(path, SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"))));
     for (const bool isBroken : {false, true}) {
         const Case named("broken", isBroken);
@@ -317,7 +317,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Every call of operator new fails once: gives an error, never a crash or a picture without metadata.
+// Each call of operator new fails once. That gives an error, never a crash or a picture without metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
@@ -377,7 +377,7 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
     QTest::newRow("directory after the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
     QTest::newRow("not a TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
-    // 9 MiB: the directory and its targets at the end; only the first megabytes and these are read.
+    // 9 MiB, with the directory and its targets at the end; only these and the first megabytes are read.
     const quint32 at = 9u << 20;
     const auto number = [](quint32 value) {
         QByteArray text = BigEndian(value, 4);

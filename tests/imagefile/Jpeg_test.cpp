@@ -40,7 +40,7 @@ int ComponentsOf(J_COLOR_SPACE space)
 
 JSAMPLE Sample(const Spec &spec, int x, int y, int c)
 {
-    if (spec.hasInkProfile) // Adobe's form: 255 is none
+    if (spec.hasInkProfile) // Adobe's form: 255 is no ink
         return static_cast<JSAMPLE>(c == 0 ? 255 - kCyan : 255);
     return static_cast<JSAMPLE>(30 + 2 * x + y + 15 * c);
 }
@@ -108,7 +108,7 @@ void tst_Jpeg::readsWhatLibjpegDecodes_data()
     row("progressive", [](Spec &s) { s.progressive = true; });
     row("arithmetic", [](Spec &s) { s.arithmetic = true; });
     row("restarts", [](Spec &s) { s.restart = 2; });
-    // libjpeg writes the Adobe marker with these two, which means inverted inks: 255 is none.
+    // libjpeg writes the Adobe marker with these two, which means inverted CMYK: 255 is no ink.
     row("CMYK", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.lumaSampling = 1; });
     row("YCCK", [](Spec &s) { s.in = JCS_CMYK, s.stored = JCS_YCCK, s.lumaSampling = 1; });
     row("CMYK with a profile", [](Spec &s) { s.in = s.stored = JCS_CMYK, s.hasInkProfile = true; });

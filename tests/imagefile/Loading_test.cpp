@@ -44,7 +44,7 @@ void CountingFree(void *pointer, void *)
     std::free(pointer);
 }
 
-/// Returns a TIFF of one strip that holds 100 bytes, whatever its numbers claim; @p more fields replace those.
+/// Returns a TIFF with one strip of 100 bytes, regardless of its fields; @p more replaces or adds fields.
 QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap<int, quint32> &more = {})
 {
     QMap<int, quint32> fields = {{256, width}, {257, height}, {258, 8},      {259, compression}, {262, 2},

@@ -482,7 +482,7 @@ void tst_Metadata::xmp()
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
 }
 
-/// Streams of the process group digits and write commas, as a German host's may.
+/// Makes the process's streams group digits and write decimal commas, as in a German host.
 struct GermanNumbers : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
@@ -524,7 +524,7 @@ void tst_Metadata::metadataList()
     QVERIFY(WriteBytes(m_folder("a.cr3"),
                        box("ftyp", QByteArray("crx \0\0\0\1crx isom", 16))
                            + box("moov", box("uuid", mark + first + second)) + box("mdat", QByteArray(64, 'm'))));
-    // LibRaw recognizes this camera by the size of its files, which hold only pixels.
+    // LibRaw recognizes this camera by the size of its files, which contain only pixels.
     QVERIFY(WriteBytes(m_folder("a.raw"), "II" + QByteArray(1024 * 768 - 2, '\0')));
     QVERIFY(WriteBytes(m_folder("a.txt"), "no picture at all"));
     const struct {
@@ -599,7 +599,7 @@ void tst_Metadata::exifTooLargeForJpeg()
     }
 }
 
-// A source in tiles, with a color map: none of that may reach a result of strips.
+// A source in tiles, with a color map: none of that may be copied to a result in strips.
 void tst_Metadata::structureIsNotCarried()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");

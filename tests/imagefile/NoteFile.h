@@ -6,7 +6,7 @@
 
 struct NoteKind {
     const char *name, *make;
-    QByteArray mark; // with a TIFF header for the kinds that have one
+    QByteArray mark; // the header, with a TIFF header for the kinds that have one
     bool isBigEndian;
     enum Base { Block, Note, OwnHeader } base; // base of the offsets: OwnHeader: the last 8 bytes of the mark
     int shift;                                 // added to all offsets, by mistake

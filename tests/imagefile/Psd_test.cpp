@@ -23,7 +23,7 @@ struct Spec {
     int layers = 0; // the file's count: negative if the fourth channel is opacity
     QByteArray profile;
 
-    /// Returns an arbitrary function of the position, except for known colors and inks with a profile.
+    /// Returns an arbitrary function of the position, except for known colors and CMYK with a profile.
     double Share(int x, int y, int c) const
     {
         const double *lab = kLabColors[x % kLabCount].lab;
@@ -111,7 +111,7 @@ double Expected(const Spec &spec, int x, int y, int c)
         return spec.Share(x, y, c == 3 ? 1 : 0);
     case Lab:
         return kLabColors[x % kLabCount].rgb[c];
-    case Cmyk: // inks are stored inverted
+    case Cmyk: // stored inverted
         if (!spec.profile.isEmpty())
             return GreyOfCyan(kCyan);
         return c == 3 ? spec.Share(x, y, 4) : share * spec.Share(x, y, 3);

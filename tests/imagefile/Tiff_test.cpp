@@ -56,7 +56,7 @@ template <class... Change> Spec With(Spec spec, Change... change)
     return spec;
 }
 
-// The colors of kLabColors under D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
+// The colors of kLabColors relative to D65 (x 0.3127, y 0.329), by the same formulas without the conversion to D50.
 constexpr double kLabUnderD65[kLabCount][3] = {
     {0, 0, 0}, {100, 0, 0}, {49.88, 49.209, 41.093}, {56.101, -46.237, 31.68}, {41.967, 46.783, -77.334}};
 
@@ -336,7 +336,7 @@ void tst_Tiff::readsWhatLibtiffWrites()
     QVERIFY(WriteFile(path, spec));
     const BitmapPtr got = Load(path);
     QVERIFY2(got, gflLastErrorText());
-    // Rounding of values not stored at this depth, of mixed inks and of divided colors; halves carry 11 bits.
+    // Rounding of values not stored at this depth, of mixed inks and of divided colors; halves have 11 bits.
     const bool isInk = spec.photometric == PHOTOMETRIC_SEPARATED;
     const bool exact = spec.bits == bits && !isInk && !spec.extra.contains(EXTRASAMPLE_ASSOCALPHA) && bits != 32;
     const double rounding = bits == 32 ? 1e-6 : 0.51 / (std::exp2(bits) - 1.0);

@@ -158,7 +158,7 @@ void tst_Webp::damaged()
     const BitmapPtr bitmap = SmoothBitmap(kWidth, kHeight, GFL_RGBA, 8);
     for (int quality : {-1, 90}) {
         const QByteArray still = Encode(*bitmap, quality);
-        QCOMPARE(BadCut(still, still.size() - 1), QString()); // perhaps the last one pads
+        QCOMPARE(BadCut(still, still.size() - 1), QString()); // the last byte may be padding
         const QByteArray rest = WithBlocks(still, SomeBlocks());
         gflClearWarningText();
         QVERIFY2(LoadFromMemory(rest.chopped(10), nullptr, LoadParams(GFL_LOAD_METADATA)), gflLastErrorText());

@@ -170,7 +170,7 @@ void tst_FittedWarp::warpFollowsTheTwin_data()
     }
 }
 
-/// Between random pixels, so that a place that is off by e pixels shows by e at most, times the gain.
+/// Samples between random pixels: an error of e pixels in a place changes the result by at most e times the gain.
 void tst_FittedWarp::warpFollowsTheTwin()
 {
     QFETCH(QSize, size);
@@ -195,7 +195,7 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const int step = size.width() > 100 ? 7 : 1; // odd, so that it occurs at every column of a block
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // Limits change from one pixel to the next: a place between two may have either's.
+        // Limits change from one pixel to the next: a place between two pixels may have those of either.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -227,7 +227,7 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // units of the sharp sampling whose other places are all inside the picture
+    Correction inside; // units of the sharp sampling in which all other places are inside the picture
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -426,7 +426,7 @@ void tst_FittedWarp::badCurves()
     for (const std::vector<std::vector<double>> &curves :
          std::vector<std::vector<std::vector<double>>>{{}, {{0.5}}, {{0, 0}}, {{1, 0}}, {{0, nan}}, {{0, 1}, {0, 1}}})
         QVERIFY(!TransferCurve::FromSamples(curves));
-    // Level at both ends: black and white stay, and nothing in between gets darker.
+    // Flat at both ends: black and white are unchanged, and nothing in between gets darker.
     const TransferCurve level = *TransferCurve::FromSamples({{0.1, 0.1, 0.6, 0.4, 0.6, 0.6}});
     Correction correction;
     correction.width = 101;
@@ -462,7 +462,7 @@ std::vector<double> RenderSharp(const std::vector<double> &grey, const Correctio
 
 } // namespace
 
-/// A ramp shows the places themselves, except for the rounding of phases and values.
+/// On a ramp the result is the place itself, except for the rounding of phases and values.
 void tst_FittedWarp::rampsStayRamps()
 {
     const Correction lens = QualityLens();

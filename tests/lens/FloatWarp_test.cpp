@@ -40,7 +40,7 @@ void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections correct
     QVERIFY(run.DoPlainly());
 }
 
-/// Counterclockwise by a right angle: the right-hand column becomes the top row. Three times is the way back.
+/// Rotates counterclockwise by a right angle: the right-hand column becomes the top row. Three times is the inverse.
 Pixels Turned(const Pixels &from)
 {
     Pixels to{from.height, from.width, from.channels, from.bits, QVector<float>(from.values.size())};
@@ -104,7 +104,7 @@ private Q_SLOTS:
     void someRowsOfTheSource();
 
 private:
-    /// One row per set of instructions and frame.
+    /// Adds one row per instruction set and frame.
     static void AddMachines();
     /// Compares pictures of all sizes, @p rounds of each, by strong models modified by @p change.
     static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));

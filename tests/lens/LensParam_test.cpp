@@ -49,7 +49,7 @@ double ReciprocalSeries(double a, double b, double d, double x)
     return sum;
 }
 
-/// Corners, sides and odd places of 6000 x 4000.
+/// Corners, sides and other positions in 6000 x 4000.
 const QPointF kPlaces[] = {{0, 0},       {5999, 0},    {0, 3999},  {5999, 3999},
                            {3050, 1961}, {3051, 1961}, {17, 2500}, {4321, 1234}};
 
@@ -125,7 +125,7 @@ void tst_LensParam::fisheye()
         for (float scale : {1.0F, 0.37F}) {
             LensParam model = Model(coefficients);
             model.scaleFactor = 1.01F;
-            model.tangential1 = 0.01; // no part of this model
+            model.tangential1 = 0.01; // not part of this model
             for (QPointF place : kPlaces) {
                 const QPointF center =
                     QPointF(model.centerX, model.centerY) * double(scale) * double(model.scaleFactor);

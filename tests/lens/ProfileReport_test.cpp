@@ -124,7 +124,8 @@ void tst_ProfileReport::problems()
     check("Hello\n", "not XML: .* at line 1, column \\d+; an \\.lcp profile \\(XML\\) was expected");
     check("\x89PNG\r\n\x1A\n", "not XML: .*");
     check(whole.left(cut),
-          "damaged or cut short: unexpected end of file at line " + cutLine + ", column \\d+; whole XML was expected");
+          "damaged or cut short: unexpected end of file at line " + cutLine
+              + ", column \\d+; complete XML was expected");
     // newLCP would use it, but more data may be lost.
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
@@ -132,15 +133,15 @@ void tst_ProfileReport::problems()
           "XML, but no lens profile: its root is <svg>, and following first child elements down to <g> meets no "
           "<rdf:li>");
     check(Profile("<rdf:li><rdf:Description stCamera:Make=\"M\" stCamera:ImageWidth=\"9\"/></rdf:li>"),
-          "values stand in attributes of <rdf:Description>; only the element form is read .*");
+          "the values are attributes of <rdf:Description>; only the element form is supported .*");
     check(Profile("<rdf:li>" + model + "</rdf:li>"),
-          "the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is read");
+          "the first <rdf:li> has no rdf:parseType=\"Resource\"; only that form is supported");
     check(Profile(Entry(Size("101", "51")) + FullEntry(0)),
           "no model in the first <rdf:li>: a <stCamera:PerspectiveModel> or .* was expected");
-    check(Profile(Entry(model)), "no <stCamera:ImageWidth>, the size .*");
-    check(Profile(Entry(Value("ImageWidth", "101") + model)), "no <stCamera:ImageLength>, the size .*");
+    check(Profile(Entry(model)), "no <stCamera:ImageWidth>; .*");
+    check(Profile(Entry(Value("ImageWidth", "101") + model)), "no <stCamera:ImageLength>; .*");
     check(Profile(Entry(Value("ImageWidth", "101") + model + Value("ImageLength", "51"))),
-          "<stCamera:ImageLength> stands behind the model, where it isn't read; it must stand before");
+          "<stCamera:ImageLength> comes after the model, where it is ignored; it must come before");
     for (const char *size : {"1", "-5", "nan", "inf", "wide", ""})
         check(Profile(Entry(Size(size, "51") + model)),
               QByteArray("\"") + size + "\" as <stCamera:ImageWidth>; a number of pixels above 1 was expected");
@@ -170,7 +171,7 @@ void tst_ProfileReport::notes()
         QVERIFY2(report.usable, qPrintable(report.problem));
         QCOMPARE(report.notes.size(), note.isEmpty() ? 0 : 1);
         QCOMPARE(report.notes.value(0).left(note.size()), note);
-        // Flaws are also stored in the model, so that a program can avoid correcting by it.
+        // Flaws are also stored in the model, so that a program can avoid the correction.
         for (const ProfileReportModel &model : report.models) {
             const Case named(model.name);
             const bool isFlaw = note.startsWith(model.name + QStringLiteral(" model: a f")); // "a focal", "a fisheye"
@@ -185,12 +186,13 @@ void tst_ProfileReport::notes()
     check(OneEntry(perspective, Radial(3) + SubModels()), "");
     check(OneEntry(perspective, SubModels()), "");
     check(OneEntry(perspective, Radial(4) + SubModels()),
-          "distortion model: 4 radial coefficients are unknown (up to 3 are known); none is applied");
-    check(OneEntry(fisheye, Radial(3) + SubModels()), "distortion model: a fisheye with 3 coefficients is unknown");
-    check(OneEntry(fisheye, SubModels()), "distortion model: a fisheye with 0 coefficients is unknown");
+          "distortion model: 4 radial coefficients are not supported (up to 3 are); none is applied");
+    check(OneEntry(fisheye, Radial(3) + SubModels()),
+          "distortion model: a fisheye with 3 coefficients is not supported");
+    check(OneEntry(fisheye, SubModels()), "distortion model: a fisheye with 0 coefficients is not supported");
     check(OneEntry(fisheye,
                    Radial(1) + SubModels("ChromaticGreenModel") + Resource("ChromaticGreenModel", place + Radial(3))),
-          "green model: a fisheye with 3 coefficients is unknown");
+          "green model: a fisheye with 3 coefficients is not supported");
     check(OneEntry(perspective, SubModels("VignetteModel") + Resource("VignetteModel", place + Vignette(2))),
           "vignette model: 2 of 3 coefficients; the missing ones count as 0");
     check(OneEntry(perspective, SubModels("ChromaticBlueGreenModel") + Resource("ChromaticBlueGreenModel", Radial(1))),
@@ -200,7 +202,7 @@ void tst_ProfileReport::notes()
     check(OneEntry(perspective, SubModels("ChromaticGreenModel")), "no green model: ");
     check(OneEntry(perspective, SubModels("VignetteModel")), "no vignette model: ");
     check(OneEntry("GeometricModel", SubModels()),
-          "model of an unknown kind, <stCamera:GeometricModel>, read as perspective");
+          "model of unknown kind, <stCamera:GeometricModel>, treated as perspective");
 }
 
 QTEST_APPLESS_MAIN(tst_ProfileReport)

@@ -11,7 +11,7 @@ QByteArray Value(const char *tag, const QByteArray &value);
 QByteArray Resource(const char *tag, const QByteArray &content);
 /// One rdf:li in element form.
 QByteArray Entry(const QByteArray &content);
-/// A whole file around its entries.
+/// A complete file with these entries.
 QByteArray Profile(const QByteArray &entries);
 
 /// ImageWidth and ImageLength.

@@ -1,4 +1,4 @@
-// Quality of samplings: how waves and edges survive the correction of a wide-angle lens.
+// Quality of samplings: how well waves and edges are preserved by the correction of a wide-angle lens.
 #pragma once
 
 #include "CorrectionTwin.h"
@@ -17,7 +17,7 @@ struct SamplingQuality {
 };
 
 constexpr int kQualitySide = 256;
-constexpr int kQualityBorder = 24; // not looked at
+constexpr int kQualityBorder = 24; // pixels that are not measured
 constexpr double kPi = 3.14159265358979323846;
 
 /// Barrel distortion of 4 % and a slight enlargement, so that all phases occur.

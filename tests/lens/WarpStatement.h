@@ -1,4 +1,4 @@
-// Reference of a warp, pixel by pixel without regard to speed, and images to check it on.
+// Reference implementation of the warp, pixel by pixel without regard to speed, and images to check it on.
 #pragma once
 
 #include "TestImages.h"

@@ -142,7 +142,7 @@ void tst_newLCP::subModelsReadTheirOwnValues()
         QCOMPARE(read.focalPixels, 50.0F);
         QCOMPARE(read.focalLengthY, 0.25);
         QCOMPARE(QPointF(read.centerX, read.centerY), QPointF(12.5, 37.5));
-        QCOMPARE(lcp.distortionModel.focalPixels, 0.0F); // the outer model got none of it
+        QCOMPARE(lcp.distortionModel.focalPixels, 0.0F); // the outer model is unaffected
         QVERIFY(lcp.distortionModel.coefficients.isEmpty());
     }
     const std::pair<const char *, int> kinds[] = {{"PerspectiveModel", 0}, {"FisheyeModel", 1}, {"GeometricModel", 0}};
@@ -173,7 +173,7 @@ void tst_newLCP::reset()
         const LensParam &model = lcp.*subModel.model;
         QVERIFY2(!model.found && model.scaleFactor == 1.0F && model.focalPixels == 0.0F, subModel.tag);
     }
-    QCOMPARE(distortion.coefficients.size(), 3); // which a second reading appends to
+    QCOMPARE(distortion.coefficients.size(), 3); // a second reading would append to them
 }
 
 void tst_newLCP::ignoresMetadataAfterTheModel()

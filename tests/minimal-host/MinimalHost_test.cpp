@@ -1,4 +1,4 @@
-// The installed files, used by a host that has nothing else, and by the program after it was moved.
+// The installed files, used by a host that has nothing else, and by the program after the files were moved.
 #include "Case.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"
@@ -28,13 +28,13 @@ void MinimalHost_test::sameFileAsTheProgram()
 {
     const ProgramResult host = RunIn(QStringLiteral(MINIMAL_HOST), "a.jpg p.lcp"_s);
     QVERIFY2(host.exitCode == 0, host.error);
-    // The last line: before it the tool kernel prints remarks about processors.
+    // The last line: the tool kernel may print remarks about processors before it.
     QCOMPARE(QString::fromUtf8(host.output).trimmed().split(QLatin1Char('\n')).last(), Path("a_corrected.tiff"_s));
     const TiffRaster picture = ReadTiff(Path("a_corrected.tiff"_s));
     QCOMPARE(QSize(picture.width, picture.height), QSize(60, 40));
     QCOMPARE(picture.bits, 8);
 
-    // Single corrections give other pictures, so the equality above means something.
+    // Single corrections give different pictures, so the equality above is meaningful.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
         const Case named(switches);
         const ProgramResult program =

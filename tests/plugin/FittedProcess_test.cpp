@@ -28,7 +28,7 @@ FakeHost &Host()
 
 // --- Profiles ---
 
-/// Of a frame of 600 x 400.
+/// Returns an entry for a frame of 600 x 400.
 ProfileEntry SmallEntry()
 {
     ProfileEntry entry = made::Entry();
@@ -37,7 +37,7 @@ ProfileEntry SmallEntry()
     return entry;
 }
 
-/// All of the frame.
+/// Returns a picture of the whole frame.
 OraclePicture Whole(const QSize &size)
 {
     OraclePicture picture = {};
@@ -135,6 +135,8 @@ private Q_SLOTS:
     void grayStaysGray_data();
     void grayStaysGray();
     void anyThreads();
+    void formats_data();
+    void formats();
 
 private:
     void *Record(const Options &options);
@@ -233,7 +235,7 @@ void tst_FittedProcess::previewGain_data()
         QTest::addRow("flat, %d", code) << code;
 }
 
-/// As the page shows it: by the worker, of a reduced copy of a file with sRGB values.
+/// Like the page: the worker renders a reduced copy of a file with sRGB values.
 void tst_FittedProcess::previewGain()
 {
     QFETCH(const int, code);
@@ -302,7 +304,7 @@ void tst_FittedProcess::gainIsOfLight()
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
     const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = SmallEntry(); // light at the pixel's own place
+    ProfileEntry still = SmallEntry(); // light at the pixel's own position
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;
@@ -374,6 +376,60 @@ void tst_FittedProcess::anyThreads()
         }
         m_process.FreeParameters(record);
     }
+}
+
+void tst_FittedProcess::formats_data()
+{
+    QTest::addColumn<int>("bits"); // of the picture
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<double>("gamma"); // of its ICC profile; 0: none
+    QTest::addColumn<int>("resultBits");
+    QTest::addColumn<double>("value"); // of a result of 0.4 and, with alpha, half opaque
+    QTest::addColumn<QString>("assumed");
+    // Names begin with the format.
+    QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
+    QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "transparent pixels are black"_s;
+    QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
+    QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
+    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "curve of sRGB"_s;
+    QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "from 0 to 1"_s;
+    QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4) << "treated as sRGB"_s;
+    QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.8 << 32 << std::pow(0.4, 1.8) << QString();
+    QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
+}
+
+/// A flat picture, whose values no position changes.
+void tst_FittedProcess::formats()
+{
+    QFETCH(const int, bits);
+    QFETCH(const int, channels);
+    QFETCH(const double, gamma);
+    QFETCH(const double, value);
+    QFETCH(const QString, assumed);
+    const QString format = QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(','), 0, 0);
+    TiffRaster source = BlankRaster(300, 200, channels, bits);
+    for (size_t i = 0; i < source.values.size(); ++i)
+        source.values[i] = float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
+    const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
+    void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});
+    QString output;
+    m_process.Process(path, record, output);
+    const QDomElement element = m_process.GetXmlParameters(record);
+    m_process.FreeParameters(record);
+    QCOMPARE(element.attribute("Format"_s), format);
+    QVERIFY2(element.attribute("Assumed"_s).contains(assumed), qPrintable(element.attribute("Assumed"_s)));
+    QVERIFY2(output.endsWith("a_corrected."_s + (format == "jpeg"_s ? "jpg"_s : format)), qPrintable(output));
+    KImage result;
+    result.ID_Read(output, /*nativeDepth=*/true);
+    QTEST(int(result.bitsPerComponent()), "resultBits");
+    const bool hasAlpha = channels == 4 && format != "jpeg"_s;
+    QCOMPARE(int(result.type()), int(hasAlpha ? GFL_RGBA : channels == 1 ? GFL_GREY : GFL_RGB));
+    KImage floats;
+    result.Convert(floats, GFL_RGBA, 32);
+    const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
+    for (int c = 0; c < 3; ++c) // within the rounding of 8 bits, twice
+        QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
+    QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
 }
 
 int main(int argc, char **argv)

@@ -1,4 +1,4 @@
-// Hosts are compiled separately and call by table position: this checks the position of every virtual operation.
+// Hosts are compiled separately and call by position in the virtual table; this checks the position of every function.
 #include "KIApplication.h"
 #include "KIImageDef.h"
 #include "KIPluginLibrary.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-QString s_called; // the operation that ran last
+QString s_called; // the function that ran last
 
 template <typename T = void> T Note(const char *name)
 {

@@ -203,7 +203,7 @@ void tst_KVitreluxOne2One::recordFromElement()
     process.FreeParameters(params);
 }
 
-// The effects of plain records that a host sees: each call on it and each attribute, while fitted options are stored.
+// The effects of plain records that a host can observe while fitted options are stored: each call and each attribute.
 
 void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
@@ -372,9 +372,9 @@ void tst_KVitreluxOne2One::xmlForm()
     process.FreeParameters(back);
 }
 
-// A profile describes a landscape frame with its center at (0.5, 0.25). An upright picture is warped turned to the
-// left, so that its right edge is the frame's top. A radial model then moves pixels toward or away from that center,
-// wherever it is in the upright picture.
+// A profile describes a landscape frame with its center at (0.5, 0.25). An upright picture is rotated to the left for
+// the warp, so that its right edge is the frame's top. A radial model then moves pixels toward or away from that
+// center, wherever it is in the upright picture.
 
 void tst_KVitreluxOne2One::rightAngleFrames_data()
 {
@@ -450,12 +450,12 @@ void tst_KVitreluxOne2One::unreadableProfile()
     FillWithCoordinates(image, size.width(), size.height());
     CorrectDistortion(image, profile);
     QTEST(Pixel(image, 3, 2)[0], "red");
-    // A regular file whose reads fail: an uncorrected picture would pass for a corrected one.
+    // A regular file whose reads fail. An uncorrected picture would be mistaken for a corrected one.
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// A run from a file works in bands; the result equals that of the whole picture corrected in memory. Strips of the file
-// hold 512 KiB, so that these have several.
+// A run from a file works in bands; the result equals that of the whole picture corrected in memory. The pictures are
+// large enough for several strips of 512 KiB.
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {
@@ -524,7 +524,7 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
     QCOMPARE(def->locks, 0);
     QCOMPARE(output, QStringLiteral("/nowhere/at/all_corrected.tiff"));
 
-    def->pixels.FreeBitmap(); // the host lends nothing
+    def->pixels.FreeBitmap(); // the host returns no pixels
     QCOMPARE(Thrown([&] { process.Process(source, &params, output); }),
              QStringLiteral("File \"/nowhere/at/all.jpg\" cannot be loaded"));
     QCOMPARE(def->locks, 0);

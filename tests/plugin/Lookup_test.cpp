@@ -34,7 +34,7 @@ private:
 
 namespace {
 
-/// Lends a single pixel at any size.
+/// Returns a single pixel for any size.
 class LendingImage : public ImageDef {
 public:
     LendingImage() : m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0) { m_rows = m_cols = 1; }

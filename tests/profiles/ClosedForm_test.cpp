@@ -1,5 +1,5 @@
-// A zoom lens known in closed form, measured at 6 focal lengths x 3 distances x 4 apertures, fitted at settings
-// between: the table of docs/fitting.md.
+// A zoom lens with known formulas, measured at 6 focal lengths x 3 distances x 4 apertures and fitted at settings in
+// between: the table in docs/fitting.md.
 #include "CorrectionTwin.h"
 #include "Files.h"
 #include "Fit.h"
@@ -23,7 +23,7 @@ struct Shot {
     double focalMm, distanceM, aperture;
 };
 
-/// Barrel distortion that turns into pincushion towards the long end, and a little with distance; no polynomial.
+/// Barrel distortion that becomes pincushion towards the long end, and depends slightly on distance; not a polynomial.
 double Factor(const Shot &shot, double mm)
 {
     const double wide = 24.0 / shot.focalMm, rho2 = mm * mm / (kCornerMm * kCornerMm);
@@ -99,7 +99,7 @@ struct Error {
     double px = 0.0, stops = 0.0;
 };
 
-/// Worst error of red's place and of the light over the lower right quarter of 6000 x 4000.
+/// Returns the worst errors of red's position and of the light in the lower right quarter of 6000 x 4000.
 Error ErrorOf(const LensProfile &profile, const Shot &shot)
 {
     PictureFacts facts = Facts({6000, 4000}, shot.focalMm);
@@ -165,7 +165,7 @@ void tst_ClosedForm::betweenEntries()
                                               errors[way].last(), median(way + 3), errors[way + 3].last());
         QVERIFY2(documented.contains(row.toUtf8()), qPrintable(row));
     }
-    // The settings lie about a quarter of a step from an entry or more, so the remaining second-order error must be a
+    // The settings are at least about a quarter of a step from an entry, so the remaining second-order error must be a
     // small part of the first-order one.
     QVERIFY(errors[0].last() < 0.2 * errors[1].last() && median(0) < 0.2 * median(1));
     QVERIFY(errors[3].last() < 0.3 * errors[4].last() && median(3) < 0.3 * median(4));

@@ -74,7 +74,7 @@ OraclePicture Whole(int width, int height)
     return picture;
 }
 
-/// A camera table for the tests: the real one changes.
+/// A camera table for the tests, because the real one changes.
 void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));
@@ -202,10 +202,11 @@ void tst_Fit::frames_data()
     row("the same", {3000, 2000}, none, 3000, 1.0, true, "");
     row("as makers spell it", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
     row("a rounded equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
-    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true, "67 % of its sides, by the 35 mm");
-    row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm isn't believed");
-    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, by the digital zoom");
-    row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 isn't believed");
+    row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true,
+        "67 % of its sides, according to the 35 mm");
+    row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
+    row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
+    row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
     row("both tell the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
     row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
     row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "middle of a frame of 1.50");
@@ -223,7 +224,7 @@ void tst_Fit::frames_data()
             f.model = Known(QStringLiteral("THING"));
             f.focalPlaneWidthMm = Known(18.0);
         },
-        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of its frame");
+        3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of that body's");
     row(
         "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
     row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false, "angle");
@@ -260,8 +261,8 @@ void tst_Fit::frames()
 void tst_Fit::unknownTurn()
 {
     const FitResult fit = Fit(Profile({Entry()}), Facts({2000, 3000}), {});
-    for (const char *text : {"the lens's center is the picture's middle", "tangential terms are left out"})
-        QVERIFY2(fit.assumed.contains(QLatin1String("turned in an unknown way: ") + QLatin1String(text)), text);
+    for (const char *text : {"the lens's center is assumed in the middle", "tangential terms are left out"})
+        QVERIFY2(fit.assumed.contains(QLatin1String("rotated in an unknown direction: ") + QLatin1String(text)), text);
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
@@ -311,11 +312,11 @@ void tst_Fit::parts()
         QVERIFY2(worst.px < 0.002, qPrintable(QStringLiteral("turn %1: %2 px").arg(turn).arg(worst.px)));
         QVERIFY(fit.assumed.isEmpty());
     }
-    // Stored upright, and cropped off the middle: the place is unknown.
+    // Stored upright, and cropped off center: the position is unknown.
     PictureFacts lost = Facts({2000, 1500});
-    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 lying down, then turned
+    lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 in landscape, then rotated
     const FitResult fit = Fit(Profile({entry}), lost, options);
-    QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its place there is unknown")), qPrintable(fit.why));
+    QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its position there is unknown")), qPrintable(fit.why));
 }
 
 void tst_Fit::blending()
@@ -404,24 +405,24 @@ void tst_Fit::choices_data()
     };
     const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
     row("any order", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
-    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm lies outside the profile's 20 to 40 mm");
+    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm is outside the profile's 20 to 40 mm");
     row("a little beyond", zoom, shot(40.5, 3, 4), "0:100|0:100");
     row("no focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
     row("no need of one", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100", "the profile's only one");
     row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
         "distance unknown: the farthest");
     row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
-        "0.2 m lies outside the profile's 1 to 5 m: the nearest is used");
-    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity lies outside the profile's 5 m");
+        "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
+    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");
     row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
     row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
     row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
     row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
-        "f/32 lies outside the profile's f/2 to f/8: the nearest is used");
+        "f/32 is outside the profile's f/2 to f/8: the nearest is used");
     row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, the only aperture");
-    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, the only aperture");
-    row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "one unknown aperture");
+    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, its only aperture");
+    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, its only aperture");
+    row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
     row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
@@ -460,7 +461,7 @@ void tst_Fit::oddities()
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
     profile.notes = {{7, 0, QStringLiteral("of a used one")}, {9, 2, QStringLiteral("of another")}};
     const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
-    QCOMPARE(assumed, QStringList{QStringLiteral("odd in the profile: of a used one")});
+    QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used one")});
 }
 
 /// A picture that was cut from the middle is corrected like the same part of the whole.
@@ -488,7 +489,8 @@ void tst_Fit::lensfunFrames()
         QVERIFY(std::hypot(part.green.x + left - same.green.x, part.green.y + top - same.green.y) < 0.01);
         QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
     }
-    QVERIFY(fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("turned in an unknown way")));
+    QVERIFY(
+        fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("rotated in an unknown direction")));
 }
 
 void tst_Fit::leftOut_data()

@@ -92,7 +92,7 @@ void tst_Framing::framings()
     entry.geometry = Model(0.25, 0.5, 0.5, {});
     const FitResult filled = fit(Framing::Fill);
     QVERIFY(filled.zoom == 0.5 && !filled.leavesEmpty);
-    QVERIFY(filled.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framed at the bound, a zoom of 0.5")));
+    QVERIFY(filled.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framing limited to a zoom of 0.5")));
     // A smaller circle: 85 degrees are 445 px from the middle of the photograph and 3429 px of the result.
     entry.geometry = Model(0.1, 0.5, 0.5, {});
     const FitResult ended = fit(Framing::Fill);

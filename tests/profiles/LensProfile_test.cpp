@@ -96,7 +96,7 @@ QList<SpelledNode> Entries()
     return {first, bare, fisheye};
 }
 
-/// One entry in element form with these elements and this inside its perspective model.
+/// Returns one entry in element form, with these elements, and with @p inside in its perspective model.
 QByteArray Small(const QByteArray &elements, const QByteArray &model)
 {
     return "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'\n"
@@ -203,12 +203,13 @@ void tst_LensProfile::oddities_data()
         "not a number from");
     row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial), 6, "FocalLengthX is 0");
     row("aperture that is none", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
-    row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "possible", true);
+    row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "valid number", true);
     row("infinite",
         Small("", "<s:VignetteModel>" + Value("VignetteModelParam1", "1e999") + "</s:VignetteModel>" + kRadial), 6,
-        "possible", true);
-    row("a division by 0", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='1/0'/>"), 7, "possible", true);
-    row("a comma", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='-0,5'/>"), 7, "possible", true);
+        "valid number", true);
+    row("a division by 0", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='1/0'/>"), 7, "valid number",
+        true);
+    row("a comma", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='-0,5'/>"), 7, "valid number", true);
     row("a fourth coefficient", Small("", "<s:ChromaticGreenModel s:RadialDistortParam4='1'/>" + kRadial), 6,
         "RadialDistortParam4", true);
     row("a model without coefficients", Small("", kRadial + "<s:VignetteModel/>"), 7, "no coefficients", true);
@@ -252,8 +253,8 @@ void tst_LensProfile::refused_data()
         QTest::newRow(name) << content << QString::fromLatin1(error);
     };
     const QByteArray whole = Small("", kRadial);
-    row("empty", "", "not a whole XML document");
-    row("cut off", whole.left(whole.size() - 20), "not a whole XML document: line 7");
+    row("empty", "", "not a complete XML document");
+    row("cut off", whole.left(whole.size() - 20), "not a complete XML document: line 7");
     row("no entries", "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><r:Seq/></r:RDF>", "no entry");
     row("outside the profiles",
         QByteArray(whole).replace("<CameraProfiles>", "<CameraProfiles/><a>").replace("</CameraProfiles>", "</a>"),
@@ -290,7 +291,7 @@ void tst_LensProfile::manyEntries()
     QCOMPARE(profile.entries.size(), 600);
     int replaced = 0;
     for (const ProfileNote &note : profile.notes)
-        replaced += note.text.contains(QLatin1String("which counts"));
+        replaced += note.text.contains(QLatin1String("which is used"));
     QCOMPARE(replaced, 600 - 40);
 }
 

@@ -19,7 +19,7 @@ inline ProfileModel Model(double focal, double centerX, double centerY, const QV
     return model;
 }
 
-/// An entry of a body "Maker BODY", frame 6000 x 4000 of factor 1.5, with all five models off the middle.
+/// Returns an entry for a body "Maker BODY", frame 6000 x 4000, crop factor 1.5, with all five models off center.
 inline ProfileEntry Entry(double focalMm = 24.0)
 {
     ProfileEntry entry;
@@ -58,7 +58,7 @@ template <typename T> Fact<T> Known(const T &value)
     return {value, QStringLiteral("made")};
 }
 
-/// A picture by the same body, at f/4 and 3 m.
+/// Returns a picture taken with the same body, at f/4 and 3 m.
 inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalMm = 24.0)
 {
     PictureFacts facts;

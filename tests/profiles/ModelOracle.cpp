@@ -131,7 +131,7 @@ OraclePoint FromSensor(const OraclePicture &p, OraclePoint at)
     OraclePicture back = p;
     if (p.turn >= 5)
         std::swap(back.width, back.height);
-    back.turn = p.turn == 6 ? 8 : p.turn == 8 ? 6 : p.turn; // only the quarter turns aren't their own inverses
+    back.turn = p.turn == 6 ? 8 : p.turn == 8 ? 6 : p.turn; // only rotations by 90 degrees aren't their own inverses
     return ToSensor(back, at);
 }
 

@@ -8,8 +8,8 @@ struct OraclePoint {
     long double x, y;
 };
 
-/// Place of a picture in the profile's frame. All values are in the sensor's orientation; the current picture is that
-/// picture after @p turn.
+/// Position of a picture in the profile's frame. All values are in the sensor's orientation; the current picture is
+/// that picture after @p turn.
 struct OraclePicture {
     int width, height;                   // of the sensor's picture, in pixels; a crop of the whole below
     long double left = 0.0L, top = 0.0L; // of the crop, in pixels

@@ -95,7 +95,7 @@ void tst_PictureFacts::plainExif()
 
 void tst_PictureFacts::makerNotes()
 {
-    // Number 165 with these lengths is one lens, which Exiv2 names; the data of this version aren't scrambled.
+    // ID 165 with these focal lengths is a lens that Exiv2 knows; the data of this version isn't scrambled.
     const PictureFacts nikon = Facts({{"Exif.Image.Make", "NIKON CORPORATION"},
                                       {"Exif.NikonLd2.Version", "48 50 48 49"},
                                       {"Exif.NikonLd2.LensIDNumber", "165"},
@@ -127,7 +127,7 @@ void tst_PictureFacts::crop()
                             {"Xmp.crs.CropTop", "0.125"},
                             {"Xmp.crs.CropRight", "0.75"},
                             {"Xmp.crs.CropBottom", "1"}};
-    QVERIFY(!Facts(cropped).crop.Known()); // settings that wait to be applied
+    QVERIFY(!Facts(cropped).crop.Known()); // settings that are not applied yet
     const auto applied = cropped + Values{{"Xmp.crs.AlreadyApplied", "True"}};
     QCOMPARE(Facts(applied).crop.value, QRectF(0.25, 0.125, 0.5, 0.875));
     QVERIFY(!Facts(applied).cropTurned);

@@ -1,4 +1,4 @@
-// The translations against the sources: complete, with every place marker, in all languages.
+// The translations compared with the sources: complete, with all place markers, in all languages.
 #include <QDir>
 #include <QDomDocument>
 #include <QProcess>

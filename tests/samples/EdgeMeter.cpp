@@ -9,11 +9,11 @@ using Samples::Point;
 namespace {
 
 constexpr double kStepPx = 6;   // along the edge
-constexpr double kReachPx = 4;  // across it, to both sides of the expected place
-constexpr double kCorePx = 2.5; // half the width of the change that counts
+constexpr double kReachPx = 4;  // across it, on both sides of the expected position
+constexpr double kCorePx = 2.5; // half the width of the change that is measured
 constexpr double kSamplePx = 0.25;
 constexpr int kAlong = 3;            // mean of 2 * 3 + 1 lines across, against noise
-constexpr double kWhole = 0.72;      // of the usual contrast; if less, something covers the edge
+constexpr double kWhole = 0.72;      // of the usual contrast; less means that something covers the edge
 constexpr double kCornerReach = 0.3; // of the picture's diagonal
 constexpr int kEnough = 5;           // points, for a mean
 
@@ -79,7 +79,7 @@ std::vector<EdgePoint> FollowEdge(const TiffRaster &picture, const Samples::Stra
         const double start = Change(picture, place, along, 1, 0, kReachPx).steepest;
         for (int c : {0, 1, 2}) {
             Change change(picture, place, along, c, start, kCorePx);
-            for (int i = 0; i < 2; ++i) // settles on the change that counts
+            for (int i = 0; i < 2; ++i) // moves to the main change
                 change = Change(picture, place, along, c, change.center, kCorePx);
             point.across[c] = change.center + dy * along.x - dx * along.y;
             if (c == 1)

@@ -1,4 +1,4 @@
-// Measurement of straight edges and even patches in a picture, to a fraction of a pixel.
+// Measures straight edges and even patches in a picture, to a fraction of a pixel.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@ using Placement = std::function<Samples::Point(Samples::Point)>;
 
 struct EdgeFigures {
     double bend = 0;       ///< pixels: the largest distance from the straight line that fits the edge best; green
-    double fringe[3] = {}; ///< pixels: how far red, green, blue lie from green, mean of an edge's part near a corner
+    double fringe[3] = {}; ///< pixels: distance of red, green, blue from green, mean over the edge's part near a corner
 };
 
 /// Follows an edge: every few pixels, finds the center of the change across it near its expected position.

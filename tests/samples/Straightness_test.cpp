@@ -15,7 +15,7 @@ using Samples::Sample;
 
 namespace {
 
-/// Faults that a sample must have before its correction.
+/// Aberrations that a sample must have before its correction.
 struct Limits {
     double bend;   ///< pixels, at least, of the most bent edge
     double fringe; ///< pixels, at least, of the widest fringe

@@ -1,4 +1,4 @@
-// A host for tests: settings in a hash, and file descriptions that lend the test's picture.
+// A host for tests: settings in a hash, and file descriptions with the test's picture.
 #pragma once
 
 #include "KIApplication.h"
@@ -12,7 +12,7 @@
 #include <map>
 #include <memory>
 
-/// Lends `pixels`, and counts the locks.
+/// Returns `pixels` when locked, and counts the locks.
 class FakeImageDef : public KIImageDef {
 public:
     explicit FakeImageDef(const QString &fileName) : m_fileName(fileName) { }
@@ -44,16 +44,16 @@ public:
     KImage *LockFullSize(bool nativeDepth) override
     {
         if (!pixels.m_bitmap)
-            return nullptr; // nothing to lend
+            return nullptr; // no pixels
         locks += nativeDepth ? 1 : 1000;
         return &pixels;
     }
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
-    KImage pixels;             // empty: the description lends none
+    KImage pixels;             // empty: the description has none
     int locks = 0;             // plus a thousand for each at another depth
     bool gone = false;         // the file was deleted after it was described: Lock throws
-    QList<QSize> reducedSizes; // lent sizes, in order
+    QList<QSize> reducedSizes; // locked sizes, in order
 
 private:
     KImage m_reduced;
@@ -121,7 +121,7 @@ public:
 
     QMap<QString, QVariant> settings;
     QStringList calls;                       // in order, for example "set Disto"; only from the GUI thread
-    KUIInstances *interfaceKernel = nullptr; // lent to plug-ins
+    KUIInstances *interfaceKernel = nullptr; // shared with plug-ins
 
 private:
     std::map<QString, std::unique_ptr<FakeImageDef>> m_defs;

@@ -12,7 +12,7 @@ inline QString operator""_s(const char *text, std::size_t size)
     return QString::fromUtf8(text, static_cast<int>(size));
 }
 
-/// Writes a JPEG of noise over a gradient, always the same: it compresses badly, so the file isn't tiny.
+/// Writes a JPEG of noise over a gradient, always the same. It compresses poorly, so the file isn't tiny.
 void WriteJpeg(const QString &path, int width, int height);
 
 /// Selects the models of a profile.

@@ -88,7 +88,7 @@ void tst_KCacheDiskManager::room()
     int handedOut = 0;
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        // Other programs write too, but not so much.
+        // Other programs also write, but not as much.
         const auto size = freeBytes - static_cast<unsigned long long>(row.leftMib * (1 << 20));
         QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), row.withReserve);
         QCOMPARE(!names.getTempFolder(size, kReserveSmall).isEmpty(), row.handedOut);

@@ -64,7 +64,7 @@ void tst_KPoolMemManager::blocks()
             block->m_data[0] = block->m_data[row.bytes - 1] = 1;
             QCOMPARE(block->m_users.load(), -1000);
         }
-        pool.Free(); // frees lent blocks too
+        pool.Free(); // also frees blocks in use
         QCOMPARE(pool.getFreeableBloc(), nullptr);
     }
 }
@@ -81,7 +81,7 @@ void tst_KPoolMemManager::shortage()
         QCOMPARE(Thrown([&] { pool.init(5000, 4, blockMo); }), refusal.arg(blockMo));
         QCOMPARE(pool.getFreeBloc(), nullptr);
     }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which need the address space
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // sanitizers need the address space
     struct rlimit before;
     QCOMPARE(getrlimit(RLIMIT_AS, &before), 0);
     const struct rlimit little = {1ul << 30, before.rlim_max};

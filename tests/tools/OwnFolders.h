@@ -1,4 +1,4 @@
-// Separate data and settings folders for a test, so that nothing reaches those of the user who runs it.
+// Separate data and settings folders for a test, so that it doesn't touch the user's.
 #pragma once
 
 #include <QTemporaryDir>

@@ -1,4 +1,4 @@
-// Registers of processors we don't have, built field by field from the published documentation of the leaves.
+// Registers of processors that we don't have, built field by field from the published documentation of the leaves.
 #pragma once
 
 #include "cpuid2/cpu_machine.h"

@@ -1,4 +1,4 @@
-// The plug-in's wizard page, driven as a user does, against runs of the process itself.
+// The plug-in's wizard page, used like a user would, compared with runs of the process itself.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"
@@ -34,11 +34,11 @@ FakeImageDef *MakePicture(const QString &file, int width, int height)
     return Host().Def(file);
 }
 
-/// Answers modal windows: a file dialog by typing a path, or Escape for none; a message box by Enter.
+/// Answers modal windows: types a path, or Escape for none, into a file dialog; presses Enter in a message box.
 class ModalAnswers : public QObject {
 public:
     explicit ModalAnswers(const QString &typed) : m_typed(typed) { startTimer(5); }
-    QStringList seen; // of file dialogs title, filter and options; of boxes the text
+    QStringList seen; // title, filter and options of file dialogs; text of message boxes
 
 protected:
     void timerEvent(QTimerEvent *) override
@@ -90,7 +90,7 @@ public:
     }
     void Click(const char *name) const
     {
-        auto *button = Find<QAbstractButton>(name); // a box is clicked on its mark, not in its middle
+        auto *button = Find<QAbstractButton>(name); // a check box is clicked on its mark, not at its center
         QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(10, button->height() / 2));
     }
     QStringList ChooseProfile(const QString &path) const
@@ -135,8 +135,8 @@ public:
 
 constexpr QImage::Format kFormat = QImage::Format_RGB32;
 
-/// A picture as painted on the window's color, as large as the frame allows, without the part that the frame's border
-/// may cover.
+/// Returns a picture painted on the window's color, as large as the frame allows, without the part that the frame's
+/// border may cover.
 QImage Fitted(KImage &image, const QWidget &frame)
 {
     QImage picture;
@@ -396,7 +396,8 @@ void tst_UIVitreluxPage::quickToggles()
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QTest::qWait(20);
         QVERIFY2(renders.count() <= toggles, name + QByteArray::number(renders.count()));
-        QVERIFY2(told.count() <= toggles + renders.count(), name + QByteArray::number(told.count())); // none piled up
+        QVERIFY2(told.count() <= toggles + renders.count(),
+                 name + QByteArray::number(told.count())); // requests don't pile up
         const bool on = box->isChecked();
         QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
         const QImage shown = desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage();
@@ -468,7 +469,7 @@ void tst_UIVitreluxPage::fittedFinds()
     QVERIFY2(row->toolTip().startsWith(found), qPrintable(row->toolTip()));
     QVERIFY(frame() != uncorrected);
     desk.Click("pushButtonApplyAll");
-    desk.process.OnValidatePage(); // what the next pictures begin with
+    desk.process.OnValidatePage(); // stores the defaults for the next pictures
     QCOMPARE(desk.Record(photo) + desk.Record(other), "1 0 0 1 0 0 "_s);
 
     desk.process.SetFiles({other});

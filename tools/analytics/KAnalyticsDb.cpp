@@ -14,7 +14,7 @@ namespace {
 const QString kEventsTable = QStringLiteral("events");
 
 constexpr int kNoRow = 0;               // rows count from 1
-constexpr int kWaitingEventsMax = 1000; // some 200 bytes each
+constexpr int kWaitingEventsMax = 1000; // about 200 bytes each
 
 bool Failed(const QSqlQuery &query, int sqliteCode)
 {
@@ -126,12 +126,12 @@ void KAnalyticsDb::setFilePath(QString filePath)
         return; // another process is creating it
     KDbSession::setFilePath(filePath);
     if (!IsDamaged())
-        return; // another process was faster, and this session had opened the old file
+        return; // another process has already replaced the file that this session had opened
     close();
     const QString aside = filePath + QStringLiteral(".damaged");
     QFile::remove(aside);
     if (QFile::rename(filePath, aside))
-        qCWarning(kanalyticsdb) << filePath << "is damaged: renamed to" << aside << "and begun anew";
+        qCWarning(kanalyticsdb) << filePath << "is damaged: renamed to" << aside << "and replaced by a new one";
     KDbSession::setFilePath(filePath);
 }
 

@@ -8,11 +8,11 @@ class KAnalyticsRawEvent;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
 
-/// A damaged file, as a full disk leaves it, is renamed to "….damaged" when it is opened, and a new one is created: its
-/// events and the user's identifier are lost to the program. Only the newest damaged file is kept.
+/// A damaged file, for example after the disk was full, is renamed to "….damaged" when it is opened, and a new one is
+/// created without its events and the user's identifier. Only the newest damaged file is kept.
 ///
-/// No savepoint: each statement takes effect immediately. Use it on its connection's thread, with an event loop, which
-/// deletes the inserted events. A store that can't be opened discards events. While another process has the file
+/// Uses no savepoint: each statement takes effect immediately. Use it on its connection's thread, with an event loop,
+/// which deletes the inserted events. A store that can't be opened discards events. While another process has the file
 /// locked, the last 1,000 events stay in memory and nothing waits.
 class KAnalyticsDb : public KDbSession {
     Q_OBJECT
@@ -27,9 +27,9 @@ public:
     /// Returns all events and empties the store, even if sending then fails. The caller owns the events. Those that
     /// waited for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
-    /// Returns the user's identifier, empty if there is none and @p create is false, or while another process holds the
-    /// file. Trap: one created here comes without braces, and with them from the next session on, since the stored text
-    /// has them.
+    /// Returns the user's identifier, empty if there is none and @p create is false, or while another process has the
+    /// file locked. Trap: an identifier created here has no braces; from the next session on it has them, because the
+    /// stored text does.
     QString userId(const bool &create);
     /// Stores an identifier unless there is one.
     void setUserId(QString userId);

@@ -16,10 +16,10 @@ class KAnalyticsRawEvent;
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsproviderfile)
 
 /// Does nothing until it has a path. Trap: nothing is ever written: saveJSonRoot() leaves the file unchanged, so this
-/// store only serves files that another program creates. A file that can't be read or isn't of this form counts as
-/// empty, and nothing is added then either.
+/// store is only useful for files that another program creates. A file that can't be read or has another form counts as
+/// empty, and nothing is added to it either.
 ///
-/// A lock file next to the file guards each read and each write separately. A lock left by a process that ended is
+/// A lock file next to the file guards each read and each write separately. A lock left by a process that has ended is
 /// taken over at once, one without a readable owner after two seconds.
 class KAnalyticsFile : public QObject {
     Q_OBJECT

@@ -137,7 +137,7 @@ void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
         const std::lock_guard<std::mutex> locker(s_providersMutex);
         m_providers << provider;
     }
-    // Direct: with a queued call from another thread, the list would hold a dangling pointer until it arrives.
+    // Direct: until a queued call from another thread arrived, the list would have a dangling pointer.
     connect(
         provider, &QObject::destroyed, this, [this, provider] { Forget(provider); }, Qt::DirectConnection);
 }

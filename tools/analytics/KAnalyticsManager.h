@@ -1,4 +1,4 @@
-// Entry point of analytics: takes events from the application, stores them, and hands them in batches to providers.
+// Entry point of analytics: stores the application's events and passes them to providers in batches.
 #pragma once
 
 #include "KAnalyticsEvent.h"
@@ -78,7 +78,7 @@ public Q_SLOTS:
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();
-    /// Returns the user's identifier; empty while another process holds the store that has it.
+    /// Returns the user's identifier; empty while another process has the store locked.
     QString userId();
     void setVersion(QString version);
     void setIsActive(bool isActive);

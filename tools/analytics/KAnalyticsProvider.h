@@ -22,7 +22,7 @@ public:
     /// Sets the store, which the manager keeps owning. Calls storageChanged() unless it is null.
     void setDb(KAnalyticsDb *db);
     void setAnFile(KAnalyticsFile *file);
-    /// Returns whether an event is at most ten days old; older ones aren't worth sending.
+    /// Returns whether an event is at most ten days old; older ones aren't sent.
     bool eventTimeCheck(KAnalyticsEvent &event);
 
 public Q_SLOTS:

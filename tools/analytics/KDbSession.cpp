@@ -23,8 +23,8 @@ bool Run(QSqlQuery &query, const QString &text)
 }
 
 /// Two processes that start together on one file can each hold half a lock, and with exclusive locking neither would
-/// ever release it. While locking is still normal, the one that fails releases its half and the other gets the whole
-/// lock; a few tries, no pause. Returns false if another process has the file.
+/// ever release it. While locking is still normal, the one that fails releases its half and the other gets the full
+/// lock. Tries a few times without pausing. Returns false if another process has the file locked.
 bool TakeLock(QSqlQuery &query)
 {
     constexpr int kTries = 20;
@@ -50,7 +50,7 @@ void Forget(QSqlDatabase *db)
     QSqlDatabase::removeDatabase(name);
 }
 
-/// Returns what a copy holds for @p value.
+/// Returns @p value as stored in a copy.
 QVariant Copied(const QVariant &value)
 {
     if (value.type() != QVariant::String)
@@ -154,7 +154,7 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    if (locked) { // otherwise every read lock would stay too, and block others that wait for their turn
+    if (locked) { // otherwise read locks would be kept too, and block waiting processes
         Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
         Run(query, QStringLiteral("COMMIT")); // the lock stays
     }

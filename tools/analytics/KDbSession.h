@@ -1,4 +1,4 @@
-// Owner of one local SQL database.
+// Owns one local SQL database.
 #pragma once
 
 #include "KDbQuery.h"
@@ -15,11 +15,11 @@ Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
 /// Closed at first; setFilePath() opens it and creates the subclass's tables. SQLite runs without journal and without
 /// waiting for the disk, and locks out other processes while it is open: fast, but not safe against a system crash.
-/// While another process holds the database, every statement fails at once; nothing waits.
+/// While another process has the database locked, every statement fails at once; nothing waits.
 ///
 /// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes since the last
-/// one, cancelAll() and close() undo them. There is none while another process holds the file. Otherwise each statement
-/// takes effect immediately.
+/// one, cancelAll() and close() undo them. There is no savepoint while another process has the file locked. Without
+/// setUseRollBack(), each statement takes effect immediately.
 ///
 /// Belongs to the thread that opened it. The returned queries show failures; only a failure to open is logged.
 class KDbSession : public QObject {
@@ -66,11 +66,11 @@ public:
     virtual QStringList allTables() = 0;
 
 private:
-    /// Applies the settings. Returns false if another process has the file: SQLite then takes no settings.
+    /// Applies the settings. Returns false if another process has the file locked: SQLite then accepts no settings.
     bool Tune(QSqlDatabase &db);
-    /// Applies missed settings and creates missed tables once that process has released the file.
+    /// Applies the settings and creates the tables that were not possible, once that process has unlocked the file.
     void CatchUp();
-    /// Begins a unit of work if the session holds the file.
+    /// Begins a unit of work if the session has the file locked.
     void Begin();
     void CopyTable(const QString &table, QSqlDatabase &target);
 

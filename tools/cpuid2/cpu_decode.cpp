@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends the loop on a machine that never does
+constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends the loop if a processor reports no end
 constexpr unsigned kSmtLevel = 1;
 constexpr unsigned kCoreLevel = 2;
 constexpr unsigned kAmdCacheLeaf = 0x8000001Du;
@@ -18,7 +18,7 @@ bool HasExtendedLeaf(CpuMachine &machine, unsigned leaf)
     return machine.Cpuid(0x80000000u, 0).eax >= leaf;
 }
 
-/// AMD, or Hygon, which uses AMD's design: their leaf 4 is empty.
+/// Returns whether the processor is AMD's or Hygon's, which uses AMD's design: their leaf 4 is empty.
 bool IsAmd(CpuMachine &machine)
 {
     const unsigned ebx = machine.Cpuid(0, 0).ebx;

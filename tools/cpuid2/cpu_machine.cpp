@@ -42,7 +42,7 @@ public:
         CpuidRegisters r = {};
 #if defined(__x86_64__)
         __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
-#endif // elsewhere all zero: a processor that reports nothing
+#endif // otherwise all zero: a processor that reports nothing
         return r;
     }
 };

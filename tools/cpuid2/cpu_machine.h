@@ -14,7 +14,7 @@ struct CpuidRegisters {
 /// One bit per logical processor, processor 0 in bit 0 of byte 0: 1024 processors, like cpu_set_t.
 using AffinityBytes = std::array<unsigned char, 128>;
 
-/// The processors that the topology is read from. Tests substitute recorded registers of another machine.
+/// The machine whose topology is read. Tests substitute recorded registers of another machine.
 class CpuMachine {
 public:
     virtual ~CpuMachine();

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-// No locks, no copies: one global record, and one thread that queries first. The first query of the counts visits all
-// processors and leaves its thread pinned to the last one, so run it on a short-lived thread; the result, or the
-// failure, stays until CPUIDExit().
+// There is one global record without a lock; one thread must query first. The first query of the counts runs on all
+// processors in turn and leaves its thread pinned to the last one, so run it on a short-lived thread. The result, or
+// the failure, stays until CPUIDExit().
 
 constexpr unsigned MAX_CACHE_SUBLEAFS = 6;
 constexpr unsigned MAX_LEAFS = 30;
@@ -17,7 +17,7 @@ constexpr unsigned MAX_CORES = 512; // per package
 
 // Bits of CpuTopology::error. With any of them set, all queries return 0.
 constexpr unsigned kTopologyGeneralError = 0x80000000u;
-constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor older than leaf 4 with its own numbering
+constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor older than leaf 4 with a different numbering
 constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // identifiers that can't be numbered
 constexpr unsigned kTopologyAffinityError = 0xC1000000u; // the process may not run on every processor
 constexpr unsigned kTopologyBindError = 0xC2000000u;

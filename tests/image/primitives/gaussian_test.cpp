@@ -65,7 +65,7 @@ void tst_Gaussian::refusedAndExtreme()
     QVERIFY(blur(0) == Status::BadArgument);
     QVERIFY(blur(std::nanf("")) == Status::BadArgument);
     QVERIFY(blur(1e30f) == Status::Ok);
-    // So wide that only the repeated edges count: the mean of the four corners everywhere.
+    // So wide that only the repeated edges matter: the result is the mean of the four corners everywhere.
     const float corners = (image.At(0, 0) + image.At(19, 0) + image.At(0, 19) + image.At(19, 19)) / 4;
     QVERIFY(std::fabs(blurred.At(3, 11) - corners) < 1e-3f);
 }

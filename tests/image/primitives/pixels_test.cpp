@@ -51,7 +51,7 @@ void tst_Pixels::memory()
     QVERIFY(!ippiMalloc_8u_C1(1, -1, &step));
     constexpr int kMax = std::numeric_limits<int>::max();
     QVERIFY(!ippiMalloc_32f_C4(kMax, kMax, &step));
-    // Rows of 2^33 + 64 bytes: the product is 2^64 and some gigabytes; the excess alone could be allocated.
+    // Rows of 2^33 + 64 bytes: the product is 2^64 plus a few gigabytes, which alone could be allocated.
     QVERIFY(!ippiMalloc_32f_C4((1 << 29) + 4, kMax - 14, &step));
     QVERIFY(!ippsMalloc_8u(std::numeric_limits<std::int64_t>::max()));
     ippsFree(nullptr);

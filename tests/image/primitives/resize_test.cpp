@@ -7,7 +7,7 @@
 
 using namespace primitives;
 
-/// Cases that KImage::Resize doesn't reach: parts of a target, rejected arguments, and reductions by thousands.
+/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by thousands.
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:

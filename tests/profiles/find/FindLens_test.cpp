@@ -1,4 +1,4 @@
-// Finding lenses as real cameras name them, among thousands of profiles with near names and in lensfun's database.
+// Finding lenses as real cameras name them, among thousands of profiles with similar names and in lensfun's database.
 #include "KImage.h"
 #include "LensfunDatabase.h"
 #include "ProfileMatch.h"
@@ -83,7 +83,7 @@ void WritePicture(const QString &path, const Row &row)
     image->writeMetadata();
 }
 
-/// Returns an .lcp in attribute form, with the lens's name alone: LensInfo would make it easier.
+/// Returns an .lcp in attribute form with only the lens's name, because LensInfo would make the test easier.
 QByteArray AttributeProfile(const QString &make, const QString &model, const QString &lens)
 {
     return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'"
@@ -97,7 +97,7 @@ QByteArray AttributeProfile(const QString &make, const QString &model, const QSt
 
 using Change = QPair<QString, QString>; // of a pattern into a text
 
-/// Returns names of other lenses near @p lens, each with one or two differences of kinds that no spelling has.
+/// Returns names of lenses similar to @p lens, each with one or two differences that never are differences in spelling.
 QStringList NearNames(const QString &lens)
 {
     const QString maker = "^(?!Apple|Google|Galaxy)(smc Pentax-|\\S+ )"_s
@@ -129,7 +129,7 @@ QStringList NearNames(const QString &lens)
         const QRegularExpressionMatch match = Pattern(change.first).match(name);
         return match.hasMatch() ? name.replace(match.capturedStart(), match.capturedLength(), change.second) : name;
     };
-    const bool omitsStabilizer = lens.startsWith("Panasonic"_s); // its cameras leave it out of the name
+    const bool omitsStabilizer = lens.contains(Pattern("^Panasonic|^Olympus M"_s)); // their cameras omit it
     for (int i = omitsStabilizer ? 1 : 0; i < kinds.size(); ++i)
         for (const Change &change : kinds[i]) {
             names << changed(lens, change);
@@ -142,7 +142,7 @@ QStringList NearNames(const QString &lens)
     return names;
 }
 
-/// Prints all faults, which are more than a message of QVERIFY2 may hold.
+/// Prints all faults: there may be more than fit a message of QVERIFY2.
 void Verify(const QStringList &faults)
 {
     for (const QString &fault : faults)
@@ -169,7 +169,7 @@ private:
         WritePicture(path, row);
         return WithNameOfNumbers(ReadPictureFacts(path, nullptr));
     }
-    /// All profiles except those of these lenses.
+    /// Returns all profiles except those of these lenses.
     QVector<IndexedProfile> AllBut(const QStringList &lenses) const
     {
         QVector<IndexedProfile> rest;

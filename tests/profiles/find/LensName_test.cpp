@@ -77,6 +77,12 @@ void tst_LensName::comparison_data()
     same("OLYMPUS M.40-150mm F2.8 + MC-14", "Olympus M.Zuiko Digital ED 40-150mm f/2.8 PRO + 1.4× conv.");
     same("E 28-75mm F2.8-2.8", "Tamron E 28-75mm F2.8-2.8"); // as the lens reports itself
     same("Jupiter-9 85mm f/2", "KMZ Jupiter-9 85mm f/2");
+    same("OLYMPUS M.12-100mm F4.0", "Olympus M.Zuiko Digital ED 12-100mm f/4.0 IS PRO");
+    same("NIKKOR Z MC 105mm f/2.8 VR S", "Nikon Nikkor Z Micro 105mm F2.8 VR S");
+    same("ＥＦ２４－７０ｍｍ ｆ／２．８Ｌ Ⅱ ＵＳＭ", "Canon EF 24‑70 mm 1:2,8 L II USM");
+    same("Sony DT 35mm F1.8 SAM (SAL35F18)", "Sony DT 35mm f/1.8 SAM");
+    same("Tamron SP AF 17-50mm f/2.8 XR Di II LD Aspherical (IF) (A16NII)",
+         "Tamron AF 17-50mm f/2.8 XR Di-II LD (Model A16)");
     // Names that differ in one number or mark.
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS II");
     other("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS STM");
@@ -128,6 +134,28 @@ void tst_LensName::comparison_data()
     other("Sigma 24-70mm f/2.8 IF EX DG HSM", "Sigma 24-70mm f/2.8 EX DG Macro");
     other("FE 100mm F2.8 STF GM OSS", "Sony FE 100mm F2.8 Macro G OSS");
     other("Meike Blue 50mm f/2", "Meike Red 50mm f/2");
+    other("RF70-200mm F2.8 L IS USM", "Canon RF 70-200mm F2.8L IS USM Z");
+    other("RF85mm F1.2 L USM DS", "Canon RF 85mm F1.2L USM");
+    other("EF24-70mm f/2.8L USM", "Canon EF24-70mm F2.8L Ⅱ USM");
+    other("Canon EF-S 18-55mm f/3.5-5.6 [II]", "Canon EF-S 18-55mm f/3.5-5.6 III");
+    other("EF50mm f/1.8", "Canon FDn 50mm 1:1.8");
+    other("Canon EF 50mm f/1.4 USM (Metabones Speed Booster)", "Canon EF 50mm f/1.4 USM");
+    other("1 NIKKOR VR 10-30mm f/3.5-5.6 PD-ZOOM", "1 NIKKOR VR 10-30mm f/3.5-5.6");
+    other("NIKKOR Z 50mm f/1.4", "Nikon 1 Nikkor 50mm f/1.4");
+    other("NIKKOR Z MC 50mm f/2.8", "NIKKOR Z 50mm f/2.8");
+    other("AF-S Nikkor 50mm f/1.8G", "Nikkor 50mm f/1.8 AI");
+    other("AF-I Nikkor 300mm f/2.8D IF-ED", "AF-S Nikkor 300mm f/2.8D IF-ED");
+    other("FE 35mm F1.4 GM", "Sony 35mm f/1.4 G");
+    other("Minolta AF 85mm F1.4 G (D) Limited", "Minolta AF 85mm f/1.4G (D)");
+    other("smc PENTAX-D FA Macro 50mm F2.8", "smc PENTAX-FA Macro 50mm F2.8");
+    other("XF27mmF2.8", "Fujifilm XF 27mm f/2.8 R WR");
+    other("Leica D Summilux 25mm F1.4 Asph.", "Leica DG Summilux 25mm f/1.4 Asph.");
+    other("Sigma 30mm F1.4 EX DC HSM", "Sigma 30mm F1.4 DC HSM");
+    other("Sigma 28-70mm F2.8 EX ASP DF", "Sigma 28-70mm F2.8 EX DG");
+    other("Tamron 17-35mm f/2.8-4 Di OSD (A037)", "Tamron SP AF 17-35mm f/2.8-4 Di LD Aspherical (IF)");
+    other("Carl Zeiss Distagon T* 2,8/21 ZE", "Contax Zeiss 21mm f/2.8 Distagon");
+    other("Manual Lens", "Manual Lens");
+    other("M-42", "M-42");
     // Makers, by name, by an unknown word or by the mount.
     other("Jupiter-9 85mm f/1.8", "Canon EF 85mm f/1.8");
     other("YN50mm f/1.8 II", "Canon EF 50mm f/1.8 MkII");
@@ -152,8 +180,10 @@ void tst_LensName::comparison()
 
 void tst_LensName::alternatives()
 {
-    const auto names = ParseLensNames(QStringLiteral("Canon EF 28-70mm f/2.8L USM or Sigma 28-70mm f/2.8 EX"));
-    QCOMPARE(names.size(), 2);
+    const auto names = ParseLensNames(
+        QStringLiteral("Canon EF 28-70mm f/2.8L USM or Sigma 28-70mm f/2.8 EX | Sigma 35mm F1.4 DG HSM | Art 012"));
+    QCOMPARE(names.size(), 3);
+    QCOMPARE(names[2].codes, QSet<QString>{QStringLiteral("012")});
     QCOMPARE(names[0].maker, QStringLiteral("canon"));
     QCOMPARE(names[1].maker, QStringLiteral("sigma"));
     const LensName wanted = names[0];

@@ -139,7 +139,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     Write(folder.filePath(QStringLiteral("deep/er/b.LCP")), ProfileOf(QStringLiteral("two 85mm")));
     Write(folder.filePath(QStringLiteral("broken.lcp")), "no XML");
     Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("no profile by its suffix")));
-    const QTemporaryDir elsewhere; // linked into the folder, and leads back
+    const QTemporaryDir elsewhere; // linked from the folder, with a link back
     Write(elsewhere.filePath(QStringLiteral("c.lcp")), ProfileOf(QStringLiteral("linked 35mm")));
     QVERIFY(QFile::link(folder.path(), elsewhere.filePath(QStringLiteral("back"))));
     const auto scan = [&](int filesRead, const QStringList &lenses) {
@@ -219,7 +219,7 @@ void tst_ProfileIndex::rebuildsDamagedCache()
     }
 }
 
-/// Two programs at a time rebuild one cache over and over until they are killed, some of them while they write it.
+/// Two programs at a time rebuild one cache repeatedly until they are killed, some of them while they write it.
 void tst_ProfileIndex::survivesKilledPrograms()
 {
     const QTemporaryDir folder, cache;
@@ -243,7 +243,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
                 alarm(60); // ends it even if the test fails
             while (program == 0)
                 if (!rebuild())
-                    _exit(1); // another program's cache misled it
+                    _exit(1); // it read a wrong cache of another program
         }
         QThread::usleep(2000 + 700 * static_cast<unsigned long>(round));
         for (pid_t program : programs) {
@@ -256,7 +256,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), lenses);
     }
-    // Their remains are removed once no program can still be writing them.
+    // The files that they left are removed once no program can still be writing them.
     const QString fresh = file + QStringLiteral(".fresh1"), old = file + QStringLiteral(".old123");
     for (const QString &path : {fresh, old})
         Write(path, "unfinished");

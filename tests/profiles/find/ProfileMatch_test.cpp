@@ -1,4 +1,4 @@
-// Tests of ProfileMatch.h: the right profile among decoys, and none where the right one is missing.
+// Tests of ProfileMatch.h: the right profile among decoys, and none if the right one is missing.
 #include "ProfileMatch.h"
 
 #include <QTest>
@@ -18,7 +18,7 @@ QString Text(const char *text)
     return QString::fromUtf8(text);
 }
 
-/// Makers' decoys: near names, other generations, another aperture.
+/// Decoys: similar names, other generations, another aperture.
 const char *const kLenses[] = {
     "Canon EF-S 18-55mm f/3.5-5.6",
     "Canon EF-S 18-55mm f/3.5-5.6 IS",
@@ -253,7 +253,7 @@ void tst_ProfileMatch::sourcesInOrderOfTrust()
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
     QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
-    // A mount in the profile's name stands for its maker.
+    // A mount in the profile's name implies its maker.
     facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
     QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());
 }

@@ -36,7 +36,7 @@ struct ModifierDeleter {
     void operator()(lfModifier *modifier) const { modifier->Destroy(); }
 };
 
-/// A camera that takes the lens on a frame as large as, or smaller than, the calibrated one.
+/// A camera for the lens, with a frame as large as the calibrated one or smaller.
 const lfCamera *CameraFor(const lfDatabase &database, const lfLens &lens)
 {
     for (const lfCamera *const *camera = database.GetCameras(); *camera; ++camera)
@@ -90,7 +90,7 @@ void Compare(const lfLens &lens, const lfCamera &camera, double focal, double ap
             float light[3] = {1.0F, 1.0F, 1.0F};
             if (!(does & LF_MODIFY_VIGNETTING))
                 continue;
-            // Light is lost where it fell on the sensor, that is at green's place.
+            // The loss of light depends on the position on the sensor, that is, green's.
             modifier->ApplyColorModification(light, float(ours.green.x), float(ours.green.y), 1, 1,
                                              LF_CR_3(RED, GREEN, BLUE), 3 * sizeof(float));
             if (light[0] > 1.0F && light[0] < 16.0F)
@@ -113,7 +113,7 @@ int main(int argc, char **argv)
     for (const lfLens *const *lens = database.GetLenses(); *lens; ++lens)
         if ((*lens)->Type == LF_RECTILINEAR && (*lens)->CalibDistortion) // projections of fisheyes differ by choice
             lenses.append(*lens);
-    // One that was measured on two sensors is found by the better one, which need not be this.
+    // A lens that was measured on two sensors is found with the better one, which need not be this one.
     const auto isRepeated = [all = lenses](const lfLens *lens) {
         return std::count_if(all.begin(), all.end(),
                              [lens](const lfLens *other) { return qstrcmp(lens->Model, other->Model) == 0; })

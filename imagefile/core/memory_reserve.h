@@ -1,0 +1,23 @@
+// Memory for libraries that hang or crash if an allocation fails.
+#pragma once
+
+namespace imagefile {
+
+/// While an instance lives, the first operator new of its thread that fails frees this memory and tries again. The
+/// memory is never touched, so it takes only address space. At most one per thread.
+class MemoryReserve {
+public:
+    /// Throws std::bad_alloc.
+    MemoryReserve();
+    ~MemoryReserve();
+    MemoryReserve(const MemoryReserve &) = delete;
+    MemoryReserve &operator=(const MemoryReserve &) = delete;
+
+    /// Frees the reserve of this thread. @return false if it has none.
+    static bool Free();
+
+private:
+    void *m_memory;
+};
+
+} // namespace imagefile

@@ -1,0 +1,46 @@
+// The thumbnail that a written JPEG gets in its EXIF.
+#pragma once
+
+#include "core/bytes.h"
+#include "core/row_sink.h"
+#include "core/sink.h"
+
+namespace imagefile {
+
+/// A picture reduced while its rows are written.
+class MadeThumbnail {
+public:
+    MadeThumbnail();
+    /// @p channels  1 or 3, of 8 bits.
+    Status Start(int width, int height, int channels);
+    /// Takes the next row, without padding.
+    void AddRow(const std::uint8_t *row);
+    /// After the last row: encodes the thumbnail with the best quality that fits into @p most bytes. Returns an empty
+    /// block if none does.
+    Status Encode(std::size_t most, Bytes *jpeg);
+
+private:
+    GFL_LOAD_PARAMS m_params = {};
+    ReducedRows m_rows;
+    std::size_t m_rowBytes = 0;
+    int m_next = 0;
+};
+
+/// Room for a thumbnail at the end of an EXIF block. The thumbnail precedes the picture in the file, but is known only
+/// afterwards.
+class ThumbnailRoom {
+public:
+    /// Appends a second directory and zeroes to @p tiff, a block in little-endian order. Does nothing if it is empty,
+    /// would become longer than @p most bytes, or has a second directory.
+    void Append(std::size_t most, Bytes *tiff);
+    bool IsThere() const { return m_pointerAt != 0; }
+
+    /// Writes the thumbnail into its room and links its directory; without a fitting thumbnail the room stays unused.
+    /// @p tiffAt  position of the EXIF segment's payload in the file.
+    Status Fill(MadeThumbnail &thumbnail, std::uint64_t tiffAt, Sink *sink) const;
+
+private:
+    std::size_t m_pointerAt = 0, m_directoryAt = 0; // in the block
+};
+
+} // namespace imagefile

@@ -1,0 +1,44 @@
+#include "ResultValues.h"
+
+#include "KImage.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr int kChannels = 4, kColors = 3;
+
+/// Applies a curve, which is odd for negative values, to the colors of @p count pixels.
+void ApplyTables(const TransferCurve::Table *const (&tables)[kColors], float *pixels, int count)
+{
+    for (float *pixel = pixels; pixel < pixels + std::ptrdiff_t(kChannels) * count; pixel += kChannels) {
+        for (int c = 0; c < kColors; ++c)
+            pixel[c] = std::copysign(tables[c]->At(std::abs(pixel[c])), pixel[c]);
+    }
+}
+
+void Flatten(float *pixels, int count)
+{
+    for (float *pixel = pixels; pixel < pixels + std::ptrdiff_t(kChannels) * count; pixel += kChannels) {
+        for (int c = 0; c < kColors; ++c)
+            pixel[c] *= pixel[kColors];
+        pixel[kColors] = 1.0F;
+    }
+}
+
+} // namespace
+
+void ResultValues::Apply(KImage *image) const
+{
+    const GFL_BITMAP &bitmap = *image->m_bitmap;
+    const TransferCurve srgb = TransferCurve::Srgb();
+    for (int y = 0; y < bitmap.Height; ++y) {
+        auto *row = reinterpret_cast<float *>(bitmap.Data + static_cast<size_t>(y) * bitmap.BytesPerLine);
+        if (toLight && !light.IsLinear())
+            ApplyTables({&light.LightTable(0), &light.LightTable(1), &light.LightTable(2)}, row, bitmap.Width);
+        if (encodes)
+            ApplyTables({&srgb.StoredTable(0), &srgb.StoredTable(1), &srgb.StoredTable(2)}, row, bitmap.Width);
+        if (flattens)
+            Flatten(row, bitmap.Width);
+    }
+}

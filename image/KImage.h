@@ -123,6 +123,8 @@ public:
         /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on. Called from
         /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
+        /// Sets GFL_SAVE_FAST: several threads may then call fill at once.
+        bool fast = false;
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;

@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QMutex>
+#include <QThread>
 
 namespace {
 
@@ -66,6 +67,13 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     if (bands.Flattens())
         lost << QStringLiteral("no opacity: transparent pixels are black");
     return lost;
+}
+
+/// Throws if the host has asked the calling thread to end, see QThread::requestInterruption.
+void EndIfInterrupted()
+{
+    if (QThread::currentThread()->isInterruptionRequested())
+        throw KException(QStringLiteral("interrupted"), KPlace());
 }
 
 } // namespace
@@ -129,7 +137,10 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
         plan = PlanFor(def, fileName, size, params);
     FittedBands bands(plan, params.fitted->options.sampling, source);
     const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
-                                      [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); }};
+                                      [&](KImage &band, int firstRow) {
+                                          EndIfInterrupted();
+                                          bands.Fill(band, firstRow);
+                                      }};
     const int sourceBits = source.bitsPerComponent();
     plan.fit.assumed << LostByFormat(plan, bands, source);
     params.fitted->report = ReportOf(plan.fit);

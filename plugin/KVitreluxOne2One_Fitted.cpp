@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QMutex>
+#include <QThread>
 
 namespace {
 
@@ -66,6 +67,13 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     if (bands.Flattens())
         lost << QStringLiteral("no opacity: transparent pixels are black");
     return lost;
+}
+
+/// Throws if the host has asked the calling thread to end, see QThread::requestInterruption.
+void EndIfInterrupted(const QThread &caller)
+{
+    if (caller.isInterruptionRequested())
+        throw KException(QStringLiteral("interrupted"), KPlace());
 }
 
 } // namespace
@@ -125,11 +133,15 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
     if (size != QSize(plan.fit.correction.width, plan.fit.correction.height))
         plan = PlanFor(def, fileName, size, params);
     FittedBands bands(plan, params.fitted->options.sampling, source);
+    const QThread *const caller = QThread::currentThread();
     const KImage::RowsToWrite rows = {source.width(),
                                       source.height(),
                                       bands.ResultType(),
                                       bands.ResultBits(),
-                                      [&](KImage &band, int firstRow) { bands.Fill(band, firstRow); },
+                                      [&](KImage &band, int firstRow) {
+                                          EndIfInterrupted(*caller);
+                                          bands.Fill(band, firstRow);
+                                      },
                                       /*fast=*/true};
     const int sourceBits = source.bitsPerComponent();
     plan.fit.assumed << LostByFormat(plan, bands, source);

@@ -9,6 +9,7 @@ void StartKernel()
 {
     static const bool started = [] {
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {}); // of damaged input
+        qputenv("XDG_DATA_HOME", "/dev/null"); // all programs would share one file of events
         KImage::init(nullptr);
         return true;
     }();

@@ -11,6 +11,9 @@
 #include <lcms2.h>
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 
 namespace {
@@ -90,8 +93,13 @@ void WriteTexts(const QString &root)
         .Add("image/exifMode\n<s><image><exifMode>2</exifMode><rawGamma>2.2</rawGamma>"
              "<rawAutoBright>true</rawAutoBright></image></s>");
     Seeds analytics(root, "analytics");
-    analytics.Add(
-        QByteArray("\0{\"timestamp\":1,\"name\":\"n\",\"category\":\"c\",\"type\":\"action\",\"value\":[1,{}]}", 77));
+    const QByteArray event = "{\"timestamp\":1,\"name\":\"n\",\"category\":\"c\",\"type\":\"action\",\"value\":[1,{}]}";
+    analytics.Add('\0' + event);
+    const QJsonArray events = {QJsonDocument::fromJson(event).object()};
+    const QJsonObject store = {{QStringLiteral("events"), events},
+                               {QStringLiteral("userId"), QStringLiteral("u")},
+                               {QStringLiteral("n"), 1.5}};
+    analytics.Add('\1' + QJsonDocument(store).toBinaryData());
     Seeds tables(root, "data_tables");
     tables.Add("NIKON CORPORATION\nNIKON D70\nNIKON;D70;1.5\n# comment\nCanon;10 22 235;Lens;1 # fisheye\n");
     Seeds names(root, "output_names");

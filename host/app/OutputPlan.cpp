@@ -91,6 +91,23 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
     return planned;
 }
 
+QString BaseName(const QString &path)
+{
+    return QFileInfo(path).completeBaseName();
+}
+
+void FindLostPictures(QVector<PlannedPicture> *plan)
+{
+    QHash<QString, QString> pictures; // canonical name: as named
+    for (const PlannedPicture &planned : qAsConst(*plan))
+        pictures.insert(CanonicalName(planned.picture), planned.asNamed);
+    for (PlannedPicture &planned : *plan) {
+        const QString output = CanonicalName(planned.output); // may be a link to the picture
+        if (BaseName(planned.output) == BaseName(planned.picture) || output == CanonicalName(planned.picture))
+            planned.lost = pictures.value(output);
+    }
+}
+
 } // namespace
 
 QStringList OutputFormats()
@@ -157,5 +174,6 @@ QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const
         }
         plan.append(planned);
     }
+    FindLostPictures(&plan);
     return plan;
 }

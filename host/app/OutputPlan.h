@@ -24,6 +24,7 @@ struct PlannedPicture {
     QString output;
     QString rival;         // an earlier picture, as named, with the same output; empty: none
     bool repeated = false; // the rival is the same file, listed twice
+    QString lost;          // the picture of the run, as named, that the output would replace; empty: none
 };
 
 /// The folder and the names of outputs.
@@ -51,5 +52,6 @@ QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
-/// one output folder, the first one gets it, even if it fails.
+/// one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base name,
+/// such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <filesystem>
 
 namespace {
 
@@ -42,13 +43,14 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        // System: names that are not UTF-8 and dangling links, which then fail with a reason. The suffixes are compared
-        // here, because without memory QDir would match its patterns to no name.
+        // System: dangling links, which then fail with a reason. The suffixes are compared here, because without memory
+        // QDir would match its patterns to no name.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))
                 m_found->pictures.append({Joined(folder, file), subpath});
         }
+        AddUndecodable(folder, subpath);
         const QStringList folders = dir.entryList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name);
         for (const QString &below : folders) {
             const QString path = Joined(folder, below);
@@ -58,6 +60,21 @@ public:
     }
 
 private:
+    /// Adds the pictures and folders whose names are not UTF-8, which QDir omits. They then fail with a reason.
+    void AddUndecodable(const QString &folder, const QString &subpath)
+    {
+        std::error_code error;
+        for (auto entry = std::filesystem::directory_iterator(QFile::encodeName(folder).constData(), error);
+             !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+            const QByteArray bytes = QByteArray::fromStdString(entry->path().filename().native());
+            const QString name = QFile::decodeName(bytes);
+            std::error_code unknownKind;
+            if (QFile::encodeName(name) != bytes && !bytes.startsWith('.')
+                && (IsPictureName(name) || entry->is_directory(unknownKind)))
+                m_found->pictures.append({Joined(folder, name), subpath});
+        }
+    }
+
     bool IsPictureName(const QString &file) const
     {
         return std::any_of(m_suffixes.begin(), m_suffixes.end(),

@@ -58,7 +58,7 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
                                QStringLiteral("finishing the pictures in progress; interrupt again to end at once"));
         });
     }
-    RefuseRivals();
+    RefuseConflicts();
     const ThreadProcesses processes(plugin, plugin.Process(), threads);
     m_corrector->Begin(processes.All().back());
     const int begun = CorrectInTurn(
@@ -76,16 +76,28 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
     return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
 }
 
-/// Reports pictures with the same output as another one, before any work is done.
-void CorrectRun::RefuseRivals()
+/// Returns why the output conflicts with other pictures of the run; empty if it doesn't.
+QString CorrectRun::ConflictOf(const PlannedPicture &planned) const
+{
+    if (planned.repeated)
+        return QString();
+    if (!planned.rival.isEmpty())
+        return QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
+    if (planned.lost.isEmpty() || m_options.rules.existing == ExistingOutput::Skip)
+        return QString();
+    return QStringLiteral("its output \"%1\" would replace the picture \"%2\"; choose another name or folder")
+        .arg(planned.output, planned.lost);
+}
+
+/// Reports pictures whose output conflicts with other pictures, before any work is done.
+void CorrectRun::RefuseConflicts()
 {
     for (const PlannedPicture &planned : m_plan) {
-        if (planned.rival.isEmpty() || planned.repeated)
-            continue;
         PictureReport report;
         report.picture = planned.asNamed;
-        report.why = QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
-        Report(planned, report);
+        report.why = ConflictOf(planned);
+        if (!report.why.isEmpty())
+            Report(planned, report);
     }
 }
 
@@ -93,7 +105,7 @@ void CorrectRun::RefuseRivals()
 void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
-    if (!planned.rival.isEmpty() && !planned.repeated)
+    if (!ConflictOf(planned).isEmpty())
         return;
     CorrectAndReport(process, number);
     if (!planned.repeated) // the first of that name may still need it

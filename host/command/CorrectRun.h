@@ -24,7 +24,8 @@ public:
     ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 
 private:
-    void RefuseRivals();
+    QString ConflictOf(const PlannedPicture &planned) const;
+    void RefuseConflicts();
     void CorrectNext(KIPluginOne2One *process, int number);
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kMaxRows = 20; // of reasons and of lenses
+constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that are no records
 constexpr int kSlowest = 5;
 
 /// Returns one record per picture, in the order in which the pictures first occur.
@@ -89,6 +89,7 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
         *problems << QStringLiteral("cannot be read: ") + source.errorString();
         return reports;
     }
+    int others = 0;
     for (int number = 1; !source.atEnd(); ++number) {
         const QByteArray line = source.readLine().trimmed();
         if (line.isEmpty())
@@ -96,9 +97,11 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
         PictureReport report;
         if (FromJson(QJsonDocument::fromJson(line).object(), &report))
             reports.append(report);
-        else
+        else if (++others <= kMaxRows)
             *problems << QStringLiteral("line %1 is not a record of 'correct --json'").arg(number);
     }
+    if (others > kMaxRows)
+        *problems << QStringLiteral("nor are %1 more lines").arg(others - kMaxRows);
     if (source.error() != QFileDevice::NoError)
         *problems << QStringLiteral("cannot be read to its end: ") + source.errorString();
     return reports;
@@ -117,7 +120,8 @@ QString SummaryOfReports(const QVector<PictureReport> &all)
         ++lenses[report.lens.isEmpty() ? QStringLiteral("(no lens named)") : report.lens][report.outcome];
         seconds += report.seconds;
     }
-    QString text = QStringLiteral("%1 pictures").arg(reports.size());
+    QString text =
+        reports.size() == 1 ? QStringLiteral("1 picture") : QStringLiteral("%1 pictures").arg(reports.size());
     if (!reports.isEmpty())
         text += QStringLiteral(": %1; %2 s of work").arg(TextOf(outcomes)).arg(seconds, 0, 'f', 1);
     text += QLatin1Char('\n');

@@ -1,4 +1,5 @@
 // Input and output of a run: lists of pictures, names of outputs, summaries of records.
+#include "Case.h"
 #include "KException.h"
 #include "TestFiles.h"
 #include "app/OutputPlan.h"
@@ -9,6 +10,9 @@
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <filesystem>
+#include <fstream>
 
 Q_DECLARE_METATYPE(PictureReport)
 Q_DECLARE_METATYPE(PictureSources)
@@ -23,6 +27,7 @@ private Q_SLOTS:
     void listThatCannotBeRead();
     void patterns_data();
     void patterns();
+    void lostPictures();
     void sums_data();
     void sums();
     void recordsOfOtherPrograms();
@@ -50,14 +55,19 @@ void tst_RunLists::walks_data()
 {
     QTest::addColumn<PictureSources>("sources");
     QTest::addColumn<QStringList>("found"); // NAME or NAME|SUBPATH
-    const QStringList all = {"in/B.TIF|"_s, "in/a.jpg|"_s, "in/a_corrected.tiff|"_s, "in/gone.jpg|"_s,
-                             "in/deep/er/x.dng|deep/er"_s};
+    const QStringList all = {"in/B.TIF|"_s,
+                             "in/a.jpg|"_s,
+                             "in/a_corrected.tiff|"_s,
+                             "in/gone.jpg|"_s,
+                             QString::fromUtf8("in/deep/d\uFFFD|deep"),
+                             "in/deep/er/x.dng|deep/er"_s,
+                             QString::fromUtf8("in/deep/er/y\uFFFD.jpg|deep/er")};
     QTest::newRow("as named") << PictureSources{{"z.jpg"_s, "in"_s}, false, {}, {}, {}}
                               << QStringList{"z.jpg|"_s, "in|"_s};
     QTest::newRow("walked") << PictureSources{{"in"_s, "z.jpg"_s}, true, {}, {}, {}} << all + QStringList("z.jpg|"_s);
     QTest::newRow("without results")
         << PictureSources{{"in"_s}, true, {}, {"_corrected.jpg"_s, "_corrected.tiff"_s}, {}}
-        << QStringList{all[0], all[1], all[3], all[4]};
+        << QStringList{all[0], all[1], all[3]} + all.mid(4);
     QTest::newRow("without the output folder")
         << PictureSources{{"in"_s}, true, {}, {}, "in/deep/../deep"_s} << QStringList(all.mid(0, 4));
     QTest::newRow("with a list") << PictureSources{{"in"_s}, false, "list"_s, {}, {}}
@@ -74,6 +84,9 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
+    const std::string deep = dir.filePath("in/deep/"_s).toStdString(); // not UTF-8: fail later, with a reason
+    std::filesystem::create_directory(deep + "d\xe9");
+    std::ofstream(deep + "er/y\xe9.jpg") << "picture";
     QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason
     QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // would never end
     const QString before = QDir::currentPath();
@@ -118,6 +131,32 @@ void tst_RunLists::patterns()
     QVERIFY(plan[1].repeated);
 }
 
+void tst_RunLists::lostPictures()
+{
+    const QTemporaryDir scene;
+    const QString picture = scene.filePath("a.jpg"_s), link = scene.filePath("a-link.jpg"_s);
+    WriteFile(picture, {});
+    QVERIFY(QFile::link(picture, link));
+    const struct {
+        QStringList pictures;
+        OutputNaming naming;
+        QStringList lost; // of each picture
+    } rows[] = {
+        {{"/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s}},
+        {{"/in/a.jpg"_s}, {"/out"_s, "{name}.jpg"_s}, {""_s}},
+        {{"/in/a.dng"_s, "/in/a.jpg"_s}, {{}, "{name}.jpg"_s}, {"/in/a.jpg"_s, "/in/a.jpg"_s}},
+        {{"/in/a.tif"_s, "/in/a_x.tif"_s}, {{}, "{name}_x.tif"_s}, {""_s, ""_s}}, // the second one is a result
+        {{picture}, {{}, "{name}-link.jpg"_s}, {picture}},
+    };
+    for (const auto &row : rows) {
+        const Case named(row.pictures, row.naming.pattern);
+        QStringList lost;
+        for (const PlannedPicture &planned : PlanOutputs(Named(row.pictures), row.naming))
+            lost << planned.lost;
+        QCOMPARE(lost, row.lost);
+    }
+}
+
 namespace {
 
 PictureReport Made(const char *picture, PictureReport::Outcome outcome, const char *why = "", double seconds = 1.0)
@@ -142,9 +181,9 @@ void tst_RunLists::sums_data()
     const PictureReport failed = Made("a", Outcome::Failed, "\"a\" is bad");
     QTest::newRow("no records") << QVector<PictureReport>() << QStringList{"0 pictures"_s};
     QTest::newRow("skipped after it was corrected")
-        << QVector{done, skipped} << QStringList{"1 pictures: 1 corrected"_s};
+        << QVector{done, skipped} << QStringList{"1 picture: 1 corrected"_s};
     QTest::newRow("corrected after it failed")
-        << QVector{failed, done} << QStringList{"1 pictures: 1 corrected"_s, "       1  50mm: 1 corrected"_s};
+        << QVector{failed, done} << QStringList{"1 picture: 1 corrected"_s, "       1  50mm: 1 corrected"_s};
     QTest::newRow("one reason with two names")
         << QVector{failed, Made("b", Outcome::Failed, "\"b\" is bad", 2.5)}
         << QStringList{"2 pictures: 2 failed; 3.5 s of work"_s, QString::fromUtf8("       2  \"…\" is bad"),

@@ -11,7 +11,7 @@ public:
     /// How the requested ranges follow each other down the picture.
     enum class Walk {
         Steps, ///< most rows are requested again: room so that they rarely move, yet fit the caches
-        Leaps, ///< few are
+        Leaps, ///< few are; several threads have a window each, so rows are converted without OpenMP
     };
 
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.

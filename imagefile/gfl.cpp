@@ -192,6 +192,11 @@ void gflSetThreads(int threads)
     saveThreads.store(threads, std::memory_order_relaxed);
 }
 
+void gflSetMaxPixels(std::int64_t pixels)
+{
+    SetMaxPixels(pixels);
+}
+
 std::int32_t gflGetFormatIndexByName(const char *name)
 {
     for (std::int32_t index = 0; name && FormatAt(index); ++index)

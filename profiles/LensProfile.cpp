@@ -1,10 +1,10 @@
 #include "LensProfile.h"
 
+#include "InputLimits.h"
 #include "PictureFrame.h"
 #include "ProfileCheck_p.h"
 #include "ProfileXml_p.h"
 #include "Rational_p.h"
-#include "XmlLimits.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -14,6 +14,10 @@ struct XmlDocument {
     QDomDocument document; ///< empty for a refused text; the part before the error for a malformed one
 };
 
+/// Reads the rest of a file, but at most a byte more than kMaxXmlBytes, regardless of the size that the file reports. For
+/// that number QIODevice::read would allocate all of it.
+QByteArray ReadXmlBytes(QIODevice *device);
+
 /// Parses a text that the caller has limited to kMaxXmlBytes.
 ///
 /// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and

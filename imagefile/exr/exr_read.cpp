@@ -1,4 +1,5 @@
 #include "core/image_limits.h"
+#include "exr_attributes.h"
 #include "exr_codec.h"
 
 #include <ImfChannelList.h>
@@ -22,8 +23,6 @@
 namespace imagefile {
 
 namespace {
-
-constexpr std::uint64_t kHeadersAt = 8; // after magic number and version
 
 // Adapts a Source for OpenEXR.
 class Input : public Imf::IStream {
@@ -65,34 +64,6 @@ template <class Work> Status Caught(Work work)
         throw;
     } catch (const std::exception &error) {
         return Damaged(error.what());
-    }
-}
-
-/// Checks that the attributes of all headers lie within the file: OpenEXR trusts an attribute's claimed length.
-Status CheckAttributes(const Source &source, bool manyParts)
-{
-    char text[2 * 256 + 4]; // two names with their ends, and a length
-    bool afterEnd = false;  // of a header: the next end ends the list
-    for (std::uint64_t at = kHeadersAt;;) {
-        std::memset(text, 1, sizeof text);
-        const std::size_t count = source.ReadAt(at, text, sizeof text);
-        if (count > 0 && text[0] == '\0') {
-            if (afterEnd || !manyParts)
-                return Status::Ok();
-            afterEnd = true;
-            ++at;
-            continue;
-        }
-        const auto *type = static_cast<const char *>(std::memchr(text, 0, 256));
-        const auto *end = type ? static_cast<const char *>(std::memchr(type + 1, 0, 256)) : nullptr;
-        const std::size_t length = end ? static_cast<std::size_t>(end + 5 - text) : sizeof text;
-        std::int32_t size = -1;
-        if (end && length <= count)
-            std::memcpy(&size, end + 1, sizeof size);
-        if (size < 0 || at + length + static_cast<std::uint64_t>(size) > source.Size())
-            return Damaged("a header extends past the end of the file");
-        afterEnd = false;
-        at += length + static_cast<std::uint64_t>(size);
     }
 }
 
@@ -168,7 +139,7 @@ Status ReadHeaders(const Source &source, ExrLayout *layout)
     if (Imf::getVersion(layout->version) != Imf::EXR_VERSION || Imf::isNonImage(layout->version))
         return Unknown("deep pixels or a newer version");
     const bool manyParts = Imf::isMultiPart(layout->version);
-    if (Status status = CheckAttributes(source, manyParts); !status)
+    if (Status status = CheckExrAttributes(source, manyParts); !status)
         return status;
     std::uint64_t tableBytes = 0;
     for (int part = 0; part < kMaxExrParts; ++part) {

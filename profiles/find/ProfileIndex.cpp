@@ -31,12 +31,28 @@ QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
                << head.maxAperture << head.width << head.height << head.sensorFormatFactor << head.raw;
 }
 
+/// Reads a list like QDataStream, which allocates the claimed number of texts before it reads the first one.
+QStringList ReadTexts(QDataStream &in)
+{
+    QStringList texts;
+    quint32 count = 0;
+    in >> count;
+    for (quint32 i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+        QString text;
+        in >> text;
+        texts.append(text);
+    }
+    return texts;
+}
+
 QDataStream &operator>>(QDataStream &in, IndexedProfile &profile)
 {
     ProfileHead &head = profile.head;
-    return in >> profile.path >> profile.bytes >> profile.modifiedMs >> profile.error >> head.make >> head.model
-        >> head.lensNames >> head.lensIds >> head.minFocalMm >> head.maxFocalMm >> head.minAperture >> head.maxAperture
-        >> head.width >> head.height >> head.sensorFormatFactor >> head.raw;
+    in >> profile.path >> profile.bytes >> profile.modifiedMs >> profile.error >> head.make >> head.model;
+    head.lensNames = ReadTexts(in);
+    head.lensIds = ReadTexts(in);
+    return in >> head.minFocalMm >> head.maxFocalMm >> head.minAperture >> head.maxAperture >> head.width >> head.height
+        >> head.sensorFormatFactor >> head.raw;
 }
 
 QByteArray Checksum(const QByteArray &content)
@@ -188,7 +204,7 @@ void ProfileIndex::LoadCache()
     QFile file(m_cacheFile);
     if (m_cacheFile.isEmpty() || !QFileInfo(m_cacheFile).isFile() || !file.open(QIODevice::ReadOnly))
         return;
-    const QByteArray content = file.read(kMaxIndexCacheBytes);
+    const QByteArray content = file.read(std::min(file.size(), kMaxIndexCacheBytes)); // allocates that many
     QDataStream in(content);
     in.setVersion(QDataStream::Qt_5_15);
     quint32 magic = 0, version = 0, count = 0;

@@ -1,4 +1,4 @@
-// XML as a tree, without namespace processing and within the limits of XmlLimits.h.
+// XML as a tree, without namespace processing and within the limits of InputLimits.h.
 #pragma once
 
 #include <QDomDocument>

@@ -3,6 +3,7 @@
 // program (LC_ALL, QT_SCALE_FACTOR).
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
+#include "wizard/CompareDialog.h"
 #include "wizard/CorrectionWizard.h"
 #include "wizard/RunPage.h"
 #include "wizard/WizardPlugin.h"
@@ -12,7 +13,9 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QFontDatabase>
+#include <QPushButton>
 #include <QStyleFactory>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -48,13 +51,15 @@ void Settle()
         QApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
-class Tour {
+class Tour : public QObject {
 public:
     Tour(CorrectionWizard *wizard, const QString &ending) : m_wizard(wizard), m_ending(ending) { }
 
     void Go()
     {
         WaitUntil([this] { return CanGoOn(); }, "the pictures are not looked at");
+        Settle();
+        Shot("pictures");
         Next();
         auto *images = m_wizard->findChild<QComboBox *>(QStringLiteral("comboBoxImageDef"));
         Require(images, "the page has no list of images");
@@ -73,11 +78,23 @@ public:
         WaitUntil([this] { return !m_wizard->findChild<RunPage *>()->IsRunning(); }, "the run doesn't end");
         Settle();
         Shot("results");
+        QTimer::singleShot(0, this, &Tour::ShootComparison);
+        m_wizard->findChild<QPushButton *>(QStringLiteral("compare"))->click();
         m_wizard->close();
     }
 
 private:
     void Next() const { m_wizard->button(QWizard::NextButton)->click(); }
+    void ShootComparison()
+    {
+        auto *dialog = m_wizard->findChild<CompareDialog *>();
+        auto *after = dialog ? dialog->findChild<ComparedView *>(QStringLiteral("after")) : nullptr;
+        Require(after, "the comparison doesn't open");
+        WaitUntil([after] { return !after->Image().isNull(); }, "the compared pictures don't come");
+        Settle();
+        Shot("compare", dialog);
+        dialog->close();
+    }
     bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
     QCheckBox *Box(const char *name) const
     {
@@ -85,10 +102,11 @@ private:
         Require(box && box->isEnabled(), name);
         return box;
     }
-    void Shot(const char *name) const
+    void Shot(const char *name) const { Shot(name, m_wizard); }
+    void Shot(const char *name, QWidget *window) const
     {
         const QString file = QStringLiteral("wizard-%1%2.png").arg(QLatin1String(name), m_ending);
-        Require(m_wizard->grab().save(file), "cannot write a picture");
+        Require(window->grab().save(file), "cannot write a picture");
     }
 
     CorrectionWizard *m_wizard;
@@ -115,7 +133,7 @@ int main(int argc, char **argv)
     application.MakeThumbnails();
     WizardPlugin plugin(&application, QString(), profiles, &guard);
     Require(plugin.Problem().isEmpty(), qPrintable(plugin.Problem()));
-    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
+    CorrectionWizard wizard(&application, plugin.Processes(), plugin.Correction(), &guard);
     wizard.Add(arguments);
     wizard.resize(wizard.minimumWidth(), 640);
     wizard.show();

@@ -66,6 +66,18 @@ QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknow
     }
 }
 
+struct FormatRow {
+    QLatin1String name;
+    QLatin1String suffixes;
+};
+
+constexpr FormatRow kFormats[] = {
+    {QLatin1String("tiff"), QLatin1String("tiff tif")},
+    {QLatin1String("jpeg"), QLatin1String("jpg jpeg")},
+    {QLatin1String("png"), QLatin1String("png")},
+    {QLatin1String("exr"), QLatin1String("exr")},
+};
+
 PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
 {
     const QFileInfo info(AbsoluteName(named.name));
@@ -80,6 +92,36 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
 }
 
 } // namespace
+
+QStringList OutputFormats()
+{
+    QStringList names;
+    for (const FormatRow &row : kFormats)
+        names << row.name;
+    return names;
+}
+
+QStringList SuffixesOfFormat(const QString &format)
+{
+    for (const FormatRow &row : kFormats) {
+        if (format == row.name)
+            return QString(row.suffixes).split(QLatin1Char(' '));
+    }
+    return {};
+}
+
+QString OutputEnding(const QString &format, const QString &ending)
+{
+    return ending + QLatin1Char('.') + SuffixesOfFormat(format).value(0);
+}
+
+QStringList OutputEndings(const QString &ending)
+{
+    QStringList endings;
+    for (const FormatRow &row : kFormats)
+        endings << OutputEnding(row.name, ending);
+    return endings;
+}
 
 QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes)
 {

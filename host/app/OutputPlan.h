@@ -4,6 +4,7 @@
 #include "PictureFiles.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 /// The action for a picture whose output file already exists.
@@ -32,6 +33,18 @@ struct OutputNaming {
     /// the plug-in's own name for its output.
     QString pattern = QStringLiteral("{name}_corrected.tiff");
 };
+
+/// Returns the formats of outputs, as the attribute "Format" of a record; the first one is the default.
+QStringList OutputFormats();
+
+/// Returns the suffixes of files of a format, without dot, the one of default names first; empty if it is none.
+QStringList SuffixesOfFormat(const QString &format);
+
+/// Returns what outputs' names have after the picture's: @p ending, by default the plug-in's, and the format's suffix.
+QString OutputEnding(const QString &format, const QString &ending = QStringLiteral("_corrected"));
+
+/// Returns that for all formats, to recognize results of earlier runs.
+QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
 /// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
 /// file name, without a slash, that ends in one of the format's @p suffixes, in any case.

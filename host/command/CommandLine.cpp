@@ -71,12 +71,8 @@ void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
     }
     const QString ending =
         parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
-    const auto named = [&](const QString &format) {
-        return ending + QLatin1Char('.') + SuffixesOfFormat(format).value(0);
-    };
-    options->outputs.pattern = QStringLiteral("{name}") + named(FormatOf(parser));
-    for (const char *format : {"tiff", "jpeg", "png", "exr"})
-        options->pictures.resultEndings << named(Latin(format));
+    options->outputs.pattern = QStringLiteral("{name}") + OutputEnding(FormatOf(parser), ending);
+    options->pictures.resultEndings = OutputEndings(ending);
 }
 
 CorrectOptions ReadCorrect(const QCommandLineParser &parser)

@@ -5,6 +5,7 @@
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PictureRun.h"
+#include "app/PictureThreads.h"
 #include "app/PluginLoader.h"
 #include "gfl.h"
 
@@ -13,10 +14,6 @@
 #include <QProcess>
 
 #include <malloc.h>
-
-#include <system_error>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -62,30 +59,16 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
         });
     }
     RefuseRivals();
-    KIPluginOne2One *last = plugin.Process();
-    std::vector<std::unique_ptr<QObject>> made;
-    std::vector<KIPluginOne2One *> processes;
-    for (int i = 1; i < threads; ++i) {
-        made.push_back(plugin.MakeProcess());
-        if (auto *process = qobject_cast<KIPluginOne2One *>(made.back().get()))
-            processes.push_back(last = process);
-    }
-    m_corrector->Begin(last);
-    std::vector<std::thread> others;
-    try {
-        for (KIPluginOne2One *process : processes)
-            others.emplace_back(&CorrectRun::TakePictures, this, process);
-    } catch (const std::system_error &) {
-        // Continue with the threads that started; this one always works.
-    }
-    TakePictures(plugin.Process());
-    for (std::thread &other : others)
-        other.join();
+    const ThreadProcesses processes(plugin, plugin.Process(), threads);
+    m_corrector->Begin(processes.All().back());
+    const int begun = CorrectInTurn(
+        processes.All(), m_plan.size(), [this] { return m_guard->IsAskedToStop(); },
+        [this](KIPluginOne2One *process, int index) { CorrectNext(process, index + 1); });
     m_guard->FinishOnInterrupt(nullptr);
-    if (m_begun < m_plan.size())
+    if (begun < m_plan.size())
         m_console->Failure(QString(),
                            QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing continues with them")
-                               .arg(m_plan.size() - m_begun)
+                               .arg(m_plan.size() - begun)
                                .arg(m_plan.size()));
     m_console->Summary(m_counts);
     if (m_options.notify)
@@ -106,26 +89,17 @@ void CorrectRun::RefuseRivals()
     }
 }
 
-void CorrectRun::TakePictures(KIPluginOne2One *process)
+/// @param number  of the picture, from 1.
+void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
 {
-    for (;;) {
-        int number = 0;
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            if (m_begun == m_plan.size() || m_guard->IsAskedToStop())
-                return;
-            number = ++m_begun;
-        }
-        const PlannedPicture &planned = m_plan[number - 1];
-        if (!planned.rival.isEmpty() && !planned.repeated)
-            continue;
-        CorrectAndReport(process, number);
-        if (!planned.repeated) // the first of that name may still need it
-            m_application->Forget(planned.picture);
-    }
+    const PlannedPicture &planned = m_plan[number - 1];
+    if (!planned.rival.isEmpty() && !planned.repeated)
+        return;
+    CorrectAndReport(process, number);
+    if (!planned.repeated) // the first of that name may still need it
+        m_application->Forget(planned.picture);
 }
 
-/// @param number  of the picture, from 1.
 void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];

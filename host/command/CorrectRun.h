@@ -13,7 +13,7 @@ class PluginLoader;
 /// One run over all pictures. The process only gets one record per picture: SetFiles and OnValidatePage are for the
 /// wizard page, which isn't shown.
 ///
-/// Each thread has a separate process object and takes the next picture when it is free.
+/// Several pictures at a time, by CorrectInTurn.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
@@ -25,7 +25,7 @@ public:
 
 private:
     void RefuseRivals();
-    void TakePictures(KIPluginOne2One *process);
+    void CorrectNext(KIPluginOne2One *process, int number);
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
@@ -38,7 +38,6 @@ private:
     InterruptGuard *m_guard;
     Console *m_console;
     std::mutex m_mutex; // guards the console and all members below
-    int m_begun = 0;
     QMap<PictureReport::Outcome, int> m_counts;
     QString m_firstProblem; // of a picture that was not corrected
 };

@@ -177,21 +177,6 @@ QVector<FittedOptionRow> FittedOptionRows()
     return rows;
 }
 
-QStringList SuffixesOfFormat(const QString &format)
-{
-    const std::pair<QLatin1String, QStringList> rows[] = {
-        {QLatin1String("tiff"), {QStringLiteral("tiff"), QStringLiteral("tif")}},
-        {QLatin1String("jpeg"), {QStringLiteral("jpg"), QStringLiteral("jpeg")}},
-        {QLatin1String("png"), {QStringLiteral("png")}},
-        {QLatin1String("exr"), {QStringLiteral("exr")}},
-    };
-    for (const auto &[name, suffixes] : rows) {
-        if (format == name)
-            return suffixes;
-    }
-    return {};
-}
-
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options)
 {
     const auto row = std::find_if(std::begin(kRows), std::end(kRows),

@@ -25,9 +25,6 @@ struct FittedOptionRow {
 /// Returns the options in the order of the help text.
 QVector<FittedOptionRow> FittedOptionRows();
 
-/// Returns the suffixes of files of a --format, without dot, the one of default names first; empty if it is none.
-QStringList SuffixesOfFormat(const QString &format);
-
 /// Stores the value of the option @p name, one of the rows, in @p options.
 /// @return a message if the value is invalid; empty otherwise.
 QString TakeFittedOption(const QString &name, const QString &value, FittedOptions *options);

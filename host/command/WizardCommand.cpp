@@ -25,7 +25,7 @@ ExitCode RunWizard(const WizardOptions &options, Console *console)
         console->Failure(QString(), plugin.Problem());
         return kSomeFailed;
     }
-    CorrectionWizard wizard(&application, plugin.Process(), plugin.Correction(), &guard);
+    CorrectionWizard wizard(&application, plugin.Processes(), plugin.Correction(), &guard);
     QStringList files = options.files;
     for (QString &file : files) {
         if (file.startsWith(QLatin1Char(':'))) // not a Qt resource

@@ -1,9 +1,14 @@
 #include "CorrectionJob.h"
 
+#include "KOmp.h"
 #include "app/HostApplication.h"
+#include "app/PictureThreads.h"
 #include "gfl.h"
 
 #include <QCoreApplication>
+#include <QScopeGuard>
+
+#include <algorithm>
 
 namespace {
 
@@ -22,17 +27,32 @@ public:
     }
 };
 
+/// Returns the record's XML form with the format of the output. It is a copy in a document of its own, because threads
+/// must not share the process's document.
+QDomElement WithFormat(const QDomElement &parameters, const QString &format)
+{
+    QVector<QPair<QString, QString>> options;
+    const QDomNamedNodeMap attributes = parameters.attributes();
+    for (int i = 0; i < attributes.count(); ++i)
+        options.append({attributes.item(i).nodeName(), attributes.item(i).nodeValue()});
+    options.append({QStringLiteral("Format"), format});
+    return DescribeParameters(parameters.tagName(), ReadParameters(parameters), options);
+}
+
 } // namespace
 
-std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files)
+std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process,
+                                   const QVector<NamedPicture> &named, const JobOutput &output)
 {
     std::vector<JobPicture> pictures;
-    for (const PlannedPicture &planned : PlanOutputs(Named(files), {})) {
+    for (const PlannedPicture &planned :
+         PlanOutputs(named, {output.folder, QStringLiteral("{name}") + OutputEnding(output.format)})) {
         const ImageDef &image = *application->ImageOf(planned.picture);
         JobPicture picture;
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
-        picture.parameters = process->GetFileXmlParams(planned.picture);
+        picture.bytes = BytesToCorrect(image.nCols(), image.nRows());
+        picture.parameters = WithFormat(process->GetFileXmlParams(planned.picture), output.format);
         picture.problem = JobCheck::Problem(planned, application->ProblemOf(planned.picture),
                                             ReadParameters(picture.parameters).corrections);
         pictures.push_back(std::move(picture));
@@ -40,11 +60,36 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     return pictures;
 }
 
-CorrectionJob::CorrectionJob(FittedCorrection *correction, KIPluginOne2One *process, std::vector<JobPicture> pictures,
-                             ExistingOutput existing)
-    : m_correction(correction), m_process(process), m_pictures(std::move(pictures)), m_existing(existing)
+/// While it exists, Cancel() interrupts the calling thread.
+class CorrectionJob::Interruptible {
+public:
+    explicit Interruptible(CorrectionJob *job) : m_job(job)
+    {
+        const std::lock_guard<std::mutex> lock(job->m_mutex);
+        job->m_working.insert(QThread::currentThread());
+    }
+    ~Interruptible()
+    {
+        const std::lock_guard<std::mutex> lock(m_job->m_mutex);
+        m_job->m_working.erase(QThread::currentThread());
+    }
+    Interruptible(const Interruptible &) = delete;
+    Interruptible &operator=(const Interruptible &) = delete;
+
+private:
+    CorrectionJob *m_job;
+};
+
+CorrectionJob::CorrectionJob(FittedCorrection *correction, const std::vector<KIPluginOne2One *> &processes,
+                             std::vector<JobPicture> pictures, ExistingOutput existing)
+    : m_correction(correction),
+      m_processes(processes),
+      m_pictures(std::move(pictures)),
+      m_existing(existing),
+      m_memory(AvailableBytes())
 {
     qRegisterMetaType<PictureOutcome>("PictureOutcome");
+    m_processes.resize(std::min(m_processes.size(), std::max<std::size_t>(1, m_pictures.size())));
 }
 
 CorrectionJob::~CorrectionJob()
@@ -53,37 +98,54 @@ CorrectionJob::~CorrectionJob()
     wait();
 }
 
-void CorrectionJob::run()
+void CorrectionJob::Cancel()
 {
-    for (int i = 0; i < int(m_pictures.size()); ++i) {
-        Result result;
-        if (!isInterruptionRequested()) {
-            Q_EMIT Begins(i);
-            result = CorrectOrReport(m_pictures[std::size_t(i)]);
-        }
-        Q_EMIT Ended(i, result.outcome, result.why, result.profile);
-    }
+    m_canceled = true;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (QThread *thread : m_working)
+        thread->requestInterruption();
 }
 
-CorrectionJob::Result CorrectionJob::CorrectOrReport(const JobPicture &picture) const
+void CorrectionJob::run()
+{
+    // The processors are divided among the pictures. Previews, which need all, are not rendered meanwhile.
+    gflSetThreads(std::max(1, komp_num_threads / int(m_processes.size())));
+    const auto restore = qScopeGuard([] { gflSetThreads(komp_num_threads); });
+    const int count = int(m_pictures.size());
+    const int begun = CorrectInTurn(
+        m_processes, count, [this] { return m_canceled.load(); },
+        [this](KIPluginOne2One *process, int index) {
+            Q_EMIT Begins(index);
+            const Result result = CorrectOrReport(process, m_pictures[std::size_t(index)]);
+            Q_EMIT Ended(index, result.outcome, result.why, result.profile);
+        });
+    for (int i = begun; i < count; ++i)
+        Q_EMIT Ended(i, PictureOutcome::LeftOut, QString(), QString());
+}
+
+CorrectionJob::Result CorrectionJob::CorrectOrReport(KIPluginOne2One *process, const JobPicture &picture)
 {
     if (!picture.problem.isEmpty())
         return {PictureOutcome::Failed, picture.problem, QString()};
     if (m_existing == ExistingOutput::Skip && IsThere(picture.planned.output))
         return {PictureOutcome::Kept, QString(), QString()};
     try {
-        return Correct(picture);
+        const MemoryBudget::Share share(&m_memory, picture.bytes);
+        const Interruptible interruptible(this);
+        return m_canceled ? Result() : Correct(process, picture);
     } catch (...) {
+        if (m_canceled)
+            return {};
         return {PictureOutcome::Failed, TextOfCurrentException(), QString()};
     }
 }
 
 /// Corrects a picture. Which of the chosen corrections are made depends on the profile; the result names the others.
-CorrectionJob::Result CorrectionJob::Correct(const JobPicture &picture) const
+CorrectionJob::Result CorrectionJob::Correct(KIPluginOne2One *process, const JobPicture &picture)
 {
     gflClearWarningText();
     const FittedCorrection::Result result =
-        m_correction->Run(m_process, picture.planned, {picture.parameters, Corrections(), FitOptions()}, {m_existing});
+        m_correction->Run(process, picture.planned, {picture.parameters, Corrections(), FitOptions()}, {m_existing});
     switch (result.outcome) {
     case FittedCorrection::Outcome::Kept: // the output is not from this run
         return {PictureOutcome::Kept, QString(), QString()};

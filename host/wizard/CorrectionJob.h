@@ -1,13 +1,23 @@
-// The correction of a wizard's pictures, on a separate thread.
+// The correction of a wizard's pictures, on separate threads.
 #pragma once
 
 #include "app/FittedCorrection.h"
+#include "app/MemoryBudget.h"
 
 #include <QThread>
 
+#include <atomic>
+#include <mutex>
+#include <set>
 #include <vector>
 
 class HostApplication;
+
+/// How the pictures of a job are written.
+struct JobOutput {
+    QString folder; // as OutputNaming::folder
+    QString format; // one of OutputFormats()
+};
 
 /// One picture of a job.
 struct JobPicture {
@@ -15,31 +25,35 @@ struct JobPicture {
     QDomElement parameters; // the record's XML form, as chosen; without a profile the run finds one
     QString problem;        // why it can't be corrected, for the user; empty: it is attempted
     qint64 pixels = 0;      // amount of work
+    qint64 bytes = 0;       // of memory needed
 };
 
 /// Reads the choices for each picture from the process, and checks whether it can be corrected. GUI thread.
-std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process, const QStringList &files);
+std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process,
+                                   const QVector<NamedPicture> &pictures, const JobOutput &output);
 
 /// The result of one picture.
 enum class PictureOutcome { Corrected, Kept, DoneBefore, Failed, LeftOut };
 
-/// Corrects the pictures in order; a failure is reported, and the job continues with the next picture. Created,
-/// started, canceled and deleted on the GUI thread, where its signals arrive queued. Deleting it waits for the current
-/// picture.
+/// Corrects pictures, several at a time; a failure is reported, and the job continues with the next picture. Created,
+/// started, canceled and deleted on the GUI thread, where its signals arrive queued. Deleting it cancels it and waits.
 class CorrectionJob : public QThread {
     Q_OBJECT
 public:
-    /// @param existing  Skip: a picture whose output exists is Kept.
-    CorrectionJob(FittedCorrection *correction, KIPluginOne2One *process, std::vector<JobPicture> pictures,
-                  ExistingOutput existing);
+    /// @param processes  one per thread; at least one.
+    /// @param existing   Skip: a picture whose output exists is Kept.
+    CorrectionJob(FittedCorrection *correction, const std::vector<KIPluginOne2One *> &processes,
+                  std::vector<JobPicture> pictures, ExistingOutput existing);
     ~CorrectionJob() override;
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
-    /// Stops after the current picture; the remaining ones are LeftOut.
-    void Cancel() { requestInterruption(); }
+    /// Stops: pictures in progress are interrupted, unless they are almost finished. They and the remaining ones are
+    /// LeftOut, without a file.
+    void Cancel();
 
 Q_SIGNALS:
     void Begins(int index);
+    /// Once for each picture, in any order.
     /// @param why  the reason if it is not corrected, otherwise how it was corrected.
     /// @param profile  of a corrected picture: path, or "lensfun:MAKER/LENS".
     void Ended(int index, PictureOutcome outcome, const QString &why, const QString &profile);
@@ -52,12 +66,17 @@ private:
         PictureOutcome outcome = PictureOutcome::LeftOut;
         QString why, profile;
     };
+    class Interruptible;
 
-    Result CorrectOrReport(const JobPicture &picture) const;
-    Result Correct(const JobPicture &picture) const;
+    Result CorrectOrReport(KIPluginOne2One *process, const JobPicture &picture);
+    Result Correct(KIPluginOne2One *process, const JobPicture &picture);
 
     FittedCorrection *m_correction;
-    KIPluginOne2One *m_process;
+    std::vector<KIPluginOne2One *> m_processes;
     const std::vector<JobPicture> m_pictures;
     ExistingOutput m_existing;
+    MemoryBudget m_memory;
+    std::atomic<bool> m_canceled{false};
+    std::mutex m_mutex; // guards m_working
+    std::set<QThread *> m_working;
 };

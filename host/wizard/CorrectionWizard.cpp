@@ -35,19 +35,19 @@ int WidthOfSubTitle(const QString &text)
 
 } // namespace
 
-CorrectionWizard::CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FittedCorrection *correction,
-                                   InterruptGuard *guard)
+CorrectionWizard::CorrectionWizard(HostApplication *application, const std::vector<KIPluginOne2One *> &processes,
+                                   FittedCorrection *correction, InterruptGuard *guard)
     : m_application(application),
-      m_process(process),
+      m_process(processes.front()),
       m_pictures(new PicturesPage(application)),
-      m_pluginPage(process->WizardPage()),
-      m_run(new RunPage(correction, process, guard))
+      m_pluginPage(m_process->WizardPage()),
+      m_run(new RunPage(application, correction, processes, guard))
 {
     setWindowTitle(tr("Vitrelux: lens correction"));
-    setWindowIcon(process->Icon());
+    setWindowIcon(m_process->Icon());
     setWizardStyle(ModernStyle);
     setOption(NoCancelButtonOnLastPage);
-    setPixmap(LogoPixmap, process->Icon().pixmap(48));
+    setPixmap(LogoPixmap, m_process->Icon().pixmap(48));
     setButtonText(BackButton, tr("&Back"));
     setButtonText(NextButton, tr("&Next"));
     setButtonText(FinishButton, tr("&Close"));
@@ -98,7 +98,7 @@ void CorrectionWizard::initializePage(int id)
         m_framing = framing;
     }
     if (id == kRunPage) {
-        m_run->Start(PrepareJob(m_application, m_process, files),
+        m_run->Start(PrepareJob(m_application, m_process, m_pictures->Pictures(), m_pictures->Output()),
                      m_pictures->MayReplace() ? ExistingOutput::Overwrite : ExistingOutput::Skip);
     }
 }

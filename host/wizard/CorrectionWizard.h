@@ -18,9 +18,10 @@ class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:
     /// All arguments must outlive the window.
-    CorrectionWizard(HostApplication *application, KIPluginOne2One *process, FittedCorrection *correction,
-                     InterruptGuard *guard);
-    /// Returns the plug-in's page, and waits for the current picture.
+    /// @param processes  one for each picture that is corrected at the same time; the first one has the page.
+    CorrectionWizard(HostApplication *application, const std::vector<KIPluginOne2One *> &processes,
+                     FittedCorrection *correction, InterruptGuard *guard);
+    /// Returns the plug-in's page, and waits for pictures in progress.
     ~CorrectionWizard() override;
 
     /// Adds pictures to the list of the first page.

@@ -3,6 +3,7 @@
 #include "app/HostApplication.h"
 #include "app/OutputPlan.h"
 #include "app/PictureFiles.h"
+#include "app/PictureRun.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -10,8 +11,10 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTimer>
@@ -23,15 +26,23 @@
 namespace {
 
 const QLatin1String kFolderSetting("Wizard/PictureFolder");
+const QLatin1String kOutputFolderSetting("Wizard/OutputFolder");
+const QLatin1String kFormatSetting("Wizard/Format");
 const QLatin1String kFramingSetting("Wizard/Framing");
 
-struct FramingRow {
+struct ChoiceRow {
     const char *value; // in a record
     const char *text;
 };
 
-/// The first one is the default.
-constexpr FramingRow kFramings[] = {
+/// In each table, the first one is the default.
+constexpr ChoiceRow kFormats[] = {
+    {"tiff", QT_TRANSLATE_NOOP("PicturesPage", "TIFF: nothing is lost")},
+    {"jpeg", QT_TRANSLATE_NOOP("PicturesPage", "JPEG: small files, 8 bits")},
+    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: without loss, up to 16 bits")},
+    {"exr", QT_TRANSLATE_NOOP("PicturesPage", "OpenEXR: linear light, for compositing")},
+};
+constexpr ChoiceRow kFramings[] = {
     {"fill", QT_TRANSLATE_NOOP("PicturesPage", "Fill the frame: no empty borders")},
     {"keep", QT_TRANSLATE_NOOP("PicturesPage", "Keep the scale")},
     {"all", QT_TRANSLATE_NOOP("PicturesPage", "Show everything that was photographed")},
@@ -42,6 +53,7 @@ constexpr int kThumbnailSide = 48;
 constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
+constexpr int kSubpath = Qt::UserRole + 2;     // of a row: as in NamedPicture
 
 } // namespace
 
@@ -50,40 +62,47 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
+      m_notice(new QLabel),
+      m_outputFolder(new QLineEdit),
+      m_chooseOutput(new QPushButton(tr("C&hoose…"))),
+      m_format(new QComboBox),
       m_framing(new QComboBox),
-      m_replace(new QCheckBox(tr("Replace existing corrected pictures")))
+      m_replace(new QCheckBox(tr("Replace e&xisting corrected pictures")))
 {
     setTitle(tr("Pictures"));
-    setSubTitle(
-        tr("Which pictures do you want to correct? Each corrected picture is saved next to its original, which is "
-           "not changed."));
+    setSubTitle(tr("Which pictures do you want to correct, and where are the results saved? The originals are not "
+                   "changed."));
     setAcceptDrops(true);
 
     SetUpList();
-    SetUpFraming();
     auto *add = new QPushButton(tr("&Add pictures…"));
+    auto *addFolder = new QPushButton(tr("Add f&older…"));
     add->setObjectName(QStringLiteral("add"));
+    addFolder->setObjectName(QStringLiteral("addFolder"));
     m_remove->setObjectName(QStringLiteral("remove"));
     m_replace->setObjectName(QStringLiteral("replace"));
+    m_notice->setObjectName(QStringLiteral("notice"));
+    m_notice->setWordWrap(true);
     auto *buttons = new QHBoxLayout;
-    buttons->addWidget(add);
-    buttons->addWidget(m_remove);
+    for (QPushButton *button : {add, addFolder, m_remove})
+        buttons->addWidget(button);
     buttons->addStretch();
-    auto *framingLabel = new QLabel(tr("&Framing:"));
-    framingLabel->setBuddy(m_framing);
-    auto *framing = new QHBoxLayout;
-    framing->addWidget(framingLabel);
-    framing->addWidget(m_framing);
-    framing->addStretch();
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list);
     layout->addLayout(buttons);
-    layout->addLayout(framing);
+    layout->addLayout(SetUpOptions());
     layout->addWidget(m_replace);
+    layout->addWidget(m_notice);
+    const QList<QWidget *> inOrder = {m_list,         add,      addFolder, m_remove, m_outputFolder,
+                                      m_chooseOutput, m_format, m_framing, m_replace};
+    for (int i = 1; i < inOrder.size(); ++i)
+        setTabOrder(inOrder[i - 1], inOrder[i]);
 
     connect(m_remove, &QPushButton::clicked, this, &PicturesPage::RemoveSelected);
     connect(add, &QPushButton::clicked, this, &PicturesPage::Choose);
+    connect(addFolder, &QPushButton::clicked, this, &PicturesPage::ChooseFolder);
     m_remove->setEnabled(false);
+    OutputFolderChanged();
 }
 
 void PicturesPage::SetUpList()
@@ -113,33 +132,104 @@ void PicturesPage::SetUpList()
             [this] { m_remove->setEnabled(!m_list->selectedItems().isEmpty()); });
 }
 
-void PicturesPage::SetUpFraming()
+QGridLayout *PicturesPage::SetUpOptions()
 {
+    m_outputFolder->setObjectName(QStringLiteral("outputFolder"));
+    m_outputFolder->setPlaceholderText(tr("The folder of each picture"));
+    m_outputFolder->setClearButtonEnabled(true);
+    m_outputFolder->setText(m_application->Settings().value(kOutputFolderSetting).toString());
+    m_chooseOutput->setObjectName(QStringLiteral("chooseOutputFolder"));
+    m_format->setObjectName(QStringLiteral("format"));
+    for (const ChoiceRow &row : kFormats)
+        m_format->addItem(tr(row.text), QString::fromLatin1(row.value));
+    SetUpChoice(m_format, kFormatSetting);
     m_framing->setObjectName(QStringLiteral("framing"));
-    for (const FramingRow &row : kFramings)
+    for (const ChoiceRow &row : kFramings)
         m_framing->addItem(tr(row.text), QString::fromLatin1(row.value));
-    m_framing->setCurrentIndex(std::max(0, m_framing->findData(m_application->Settings().value(kFramingSetting))));
-    connect(m_framing, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            [this] { m_application->Settings().setValue(kFramingSetting, Framing()); });
+    SetUpChoice(m_framing, kFramingSetting);
+
+    const std::pair<QString, QWidget *> rows[] = {
+        {tr("&Save in:"), m_outputFolder}, {tr("Forma&t:"), m_format}, {tr("&Framing:"), m_framing}};
+    auto *grid = new QGridLayout;
+    for (const auto &[text, widget] : rows) {
+        auto *label = new QLabel(text);
+        label->setBuddy(widget);
+        const int row = grid->rowCount();
+        grid->addWidget(label, row, 0);
+        grid->addWidget(widget, row, 1);
+    }
+    grid->addWidget(m_chooseOutput, 1, 2);
+    connect(m_chooseOutput, &QPushButton::clicked, this, &PicturesPage::ChooseOutputFolder);
+    connect(m_outputFolder, &QLineEdit::textChanged, this, &PicturesPage::OutputFolderChanged);
+    return grid;
+}
+
+/// Selects the stored value and stores a new one.
+void PicturesPage::SetUpChoice(QComboBox *box, const QLatin1String &setting)
+{
+    box->setCurrentIndex(std::max(0, box->findData(m_application->Settings().value(setting))));
+    connect(box, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [=] { m_application->Settings().setValue(setting, box->currentData()); });
+}
+
+/// Returns the folder as typed, with the home folder for "~"; empty: that of each picture.
+QString PicturesPage::OutputFolder() const
+{
+    const QString folder = m_outputFolder->text();
+    return folder == QLatin1String("~") || folder.startsWith(QLatin1String("~/")) ? QDir::homePath() + folder.mid(1)
+                                                                                  : folder;
+}
+
+/// Returns what is wrong with the output folder; empty if nothing is known. It need not exist.
+QString PicturesPage::OutputFolderFault() const
+{
+    const QString folder = OutputFolder();
+    if (!folder.isEmpty() && !folder.startsWith(QLatin1Char('/')))
+        return tr("\"%1\" is not a full path, which begins with \"/\"").arg(folder);
+    return IsThere(folder) && !QFileInfo(folder).isDir() ? tr("\"%1\" is not a folder").arg(folder) : QString();
+}
+
+void PicturesPage::OutputFolderChanged()
+{
+    const QString fault = OutputFolderFault();
+    ShowNotice(fault);
+    if (fault.isEmpty())
+        m_application->Settings().setValue(kOutputFolderSetting, m_outputFolder->text());
+    Q_EMIT completeChanged();
+}
+
+void PicturesPage::ShowNotice(const QString &text)
+{
+    m_notice->setText(text);
+    m_notice->setVisible(!text.isEmpty());
 }
 
 void PicturesPage::Add(const QStringList &files)
 {
     QStringList known = Files();
-    const QVector<PlannedPicture> plan =
-        PlanOutputs(ListPictures({files, true, {}, {}, {}}).pictures, {}); // for the absolute names
-    for (const PlannedPicture &planned : plan) {
-        if (known.contains(planned.picture))
+    const int before = known.size();
+    const PictureFiles found = ListPictures({files, true, QString(), OutputEndings(), OutputFolder()});
+    const QVector<PlannedPicture> plan = PlanOutputs(found.pictures, {}); // for the absolute names
+    for (int i = 0; i < plan.size(); ++i) {
+        const QString &picture = plan[i].picture;
+        if (known.contains(picture))
             continue;
-        known << planned.picture;
-        const QFileInfo info(planned.picture);
+        known << picture;
+        const QFileInfo info(picture);
         auto *row = new QTreeWidgetItem({info.fileName(), QString(), info.path()});
-        row->setData(kName, kPath, planned.picture);
-        row->setToolTip(kName, planned.picture);
+        row->setData(kName, kPath, picture);
+        row->setData(kName, kSubpath, found.pictures[i].subpath);
+        row->setToolTip(kName, picture);
         row->setToolTip(kFolder, info.path());
         row->setSizeHint(kFolder, QSize(0, kRowHeight));
         m_list->addTopLevelItem(row);
     }
+    if (!found.unreadable.isEmpty())
+        ShowNotice(tr("This folder cannot be read: %1").arg(found.unreadable.first()));
+    else if (known.size() == before && !files.isEmpty())
+        ShowNotice(tr("No new pictures were found."));
+    else
+        ShowNotice(OutputFolderFault());
     ListChanged();
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
@@ -156,7 +246,7 @@ int PicturesPage::NextToDescribe() const
 bool PicturesPage::isComplete() const
 {
     const int count = m_list->topLevelItemCount();
-    return count > 0 && NextToDescribe() == count;
+    return count > 0 && NextToDescribe() == count && OutputFolderFault().isEmpty();
 }
 
 /// Describes one file per pass of the event loop, so a thousand files don't block the window.
@@ -181,12 +271,27 @@ void PicturesPage::DescribeNext()
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
 }
 
+QVector<NamedPicture> PicturesPage::Pictures() const
+{
+    QVector<NamedPicture> pictures;
+    for (int i = 0; i < m_list->topLevelItemCount(); ++i) {
+        const QTreeWidgetItem *row = m_list->topLevelItem(i);
+        pictures.append({row->data(kName, kPath).toString(), row->data(kName, kSubpath).toString()});
+    }
+    return pictures;
+}
+
 QStringList PicturesPage::Files() const
 {
     QStringList files;
-    for (int i = 0; i < m_list->topLevelItemCount(); ++i)
-        files << m_list->topLevelItem(i)->data(kName, kPath).toString();
+    for (const NamedPicture &picture : Pictures())
+        files << picture.name;
     return files;
+}
+
+JobOutput PicturesPage::Output() const
+{
+    return {OutputFolder(), m_format->currentData().toString()};
 }
 
 bool PicturesPage::MayReplace() const
@@ -209,6 +314,24 @@ void PicturesPage::Choose()
         return;
     m_application->Settings().setValue(kFolderSetting, QFileInfo(files.first()).absolutePath());
     Add(files);
+}
+
+void PicturesPage::ChooseFolder()
+{
+    const QString before = m_application->Settings().value(kFolderSetting, QDir::homePath()).toString();
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Add a folder"), before);
+    if (folder.isEmpty())
+        return;
+    m_application->Settings().setValue(kFolderSetting, folder);
+    Add({folder});
+}
+
+void PicturesPage::ChooseOutputFolder()
+{
+    const QString before = OutputFolder().isEmpty() ? QDir::homePath() : OutputFolder();
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Folder for corrected pictures"), before);
+    if (!folder.isEmpty())
+        m_outputFolder->setText(folder);
 }
 
 void PicturesPage::RemoveSelected()

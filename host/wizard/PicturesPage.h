@@ -1,31 +1,41 @@
 // The wizard's first page: choice of pictures, and options for all of them.
 #pragma once
 
+#include "CorrectionJob.h"
+
 #include <QWizardPage>
 
 class HostApplication;
 class QCheckBox;
 class QComboBox;
+class QGridLayout;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QTreeWidget;
 
-/// Pictures are added by a file dialog, by drag and drop (a folder adds the pictures in it), or by Add(). Each is
-/// listed once, with facts from its file or the reason why it can't be used. GUI thread.
+/// Pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it, without results of
+/// earlier runs. Each is listed once, with facts from its file or the reason why it can't be used. The options are
+/// stored, except the permission to replace files. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:
     explicit PicturesPage(HostApplication *application);
 
+    /// @param files  pictures and folders
     void Add(const QStringList &files);
-    /// Absolute, in the order of the list.
+    /// In the order of the list, with absolute names.
+    QVector<NamedPicture> Pictures() const;
+    /// Their names.
     QStringList Files() const;
+    JobOutput Output() const;
     /// Whether existing corrected pictures may be replaced.
     bool MayReplace() const;
-    /// Returns the chosen framing, as the attribute "Framing" of a record. The choice is stored.
+    /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// True once all files of the list are described: the next page needs all descriptions at once.
+    /// True once all files of the list are described, because the next page needs all descriptions at once, and if the
+    /// output folder is possible.
     bool isComplete() const override;
 
 protected:
@@ -34,8 +44,15 @@ protected:
 
 private:
     void SetUpList();
-    void SetUpFraming();
+    QGridLayout *SetUpOptions();
+    void SetUpChoice(QComboBox *box, const QLatin1String &setting);
     void Choose();
+    void ChooseFolder();
+    void ChooseOutputFolder();
+    QString OutputFolder() const;
+    QString OutputFolderFault() const;
+    void OutputFolderChanged();
+    void ShowNotice(const QString &text);
     void RemoveSelected();
     int NextToDescribe() const;
     void DescribeNext();
@@ -45,6 +62,10 @@ private:
     QTreeWidget *m_list;
     QLabel *m_hint;
     QPushButton *m_remove;
+    QLabel *m_notice; // what is wrong with the last input; hidden if nothing is
+    QLineEdit *m_outputFolder;
+    QPushButton *m_chooseOutput;
+    QComboBox *m_format;
     QComboBox *m_framing;
     QCheckBox *m_replace;
 };

@@ -1,7 +1,9 @@
 #include "RunPage.h"
 
+#include "CompareDialog.h"
 #include "app/InterruptGuard.h"
 
+#include <QAction>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QHeaderView>
@@ -35,19 +37,22 @@ constexpr OutcomeRow kOutcomes[] = {
 
 } // namespace
 
-RunPage::RunPage(FittedCorrection *correction, KIPluginOne2One *process, InterruptGuard *guard)
-    : m_correction(correction),
-      m_process(process),
+RunPage::RunPage(HostApplication *application, FittedCorrection *correction, std::vector<KIPluginOne2One *> processes,
+                 InterruptGuard *guard)
+    : m_application(application),
+      m_correction(correction),
+      m_processes(std::move(processes)),
       m_guard(guard),
       m_state(new QLabel),
       m_progress(new QProgressBar),
       m_timeLeft(new QLabel),
       m_list(new QTableWidget(0, kColumnCount)),
       m_cancel(new QPushButton(tr("&Stop"))),
+      m_compare(new QPushButton(tr("Before and &after…"))),
       m_showInFolder(new QPushButton(tr("Show in &folder")))
 {
     setTitle(tr("Correction"));
-    setSubTitle(tr("The pictures are corrected one after the other."));
+    setSubTitle(tr("Open a row of the list to see the picture before and after the correction."));
     setFinalPage(true);
     m_state->setObjectName(QStringLiteral("state"));
     m_state->setWordWrap(true);
@@ -55,14 +60,16 @@ RunPage::RunPage(FittedCorrection *correction, KIPluginOne2One *process, Interru
     m_timeLeft->setObjectName(QStringLiteral("timeLeft"));
     SetUpList();
     m_cancel->setObjectName(QStringLiteral("stop"));
+    m_compare->setObjectName(QStringLiteral("compare"));
     m_showInFolder->setObjectName(QStringLiteral("showInFolder"));
-    m_showInFolder->setEnabled(false);
+    EnableButtons();
 
     auto *bar = new QHBoxLayout;
     bar->addWidget(m_progress, 1);
     bar->addWidget(m_cancel);
     auto *below = new QHBoxLayout;
     below->addStretch();
+    below->addWidget(m_compare);
     below->addWidget(m_showInFolder);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_state);
@@ -71,6 +78,7 @@ RunPage::RunPage(FittedCorrection *correction, KIPluginOne2One *process, Interru
     layout->addWidget(m_list, 1);
     layout->addLayout(below);
 
+    connect(m_compare, &QPushButton::clicked, this, &RunPage::Compare);
     connect(m_cancel, &QPushButton::clicked, this, &RunPage::Cancel);
     connect(m_showInFolder, &QPushButton::clicked, this, &RunPage::ShowInFolder);
     connect(&m_everySecond, &QTimer::timeout, this, &RunPage::ShowTimeLeft);
@@ -91,14 +99,24 @@ void RunPage::SetUpList()
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(m_list->horizontalHeader(), &QHeaderView::sectionResized, m_list, &QTableView::resizeRowsToContents);
-    connect(m_list, &QTableWidget::itemSelectionChanged, this,
-            [this] { m_showInFolder->setEnabled(!FolderToShow().isEmpty()); });
+    m_list->setTabKeyNavigation(false); // Tab leaves the list
+    connect(m_list, &QTableWidget::itemSelectionChanged, this, [this] {
+        m_follows = m_list->selectedItems().isEmpty();
+        EnableButtons();
+    });
+    connect(m_list, &QTableWidget::cellDoubleClicked, this, &RunPage::Compare);
+    auto *compareByKey = new QAction(m_list); // as a key press, Return would also close the window
+    compareByKey->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    compareByKey->setShortcutContext(Qt::WidgetShortcut);
+    m_list->addAction(compareByKey);
+    connect(compareByKey, &QAction::triggered, this, &RunPage::Compare);
 }
 
 void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
 {
-    m_outcomes.clear();
+    m_outcomes.assign(pictures.size(), std::nullopt);
     m_cancelled = false;
+    m_follows = true;
     m_pixelsDone = m_pixelsLeft = 0;
     m_list->setRowCount(0);
     m_list->setRowCount(int(pictures.size()));
@@ -112,7 +130,8 @@ void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
     }
     m_progress->setRange(0, std::max(1, int(pictures.size())));
     m_progress->setValue(0);
-    m_job = std::make_unique<CorrectionJob>(m_correction, m_process, std::move(pictures), existing);
+    ShowProgress();
+    m_job = std::make_unique<CorrectionJob>(m_correction, m_processes, std::move(pictures), existing);
     connect(m_job.get(), &CorrectionJob::Begins, this, &RunPage::PictureBegins);
     connect(m_job.get(), &CorrectionJob::Ended, this, &RunPage::PictureEnded);
     connect(m_job.get(), &CorrectionJob::finished, this, &RunPage::JobFinished);
@@ -129,32 +148,26 @@ void RunPage::Cancel()
     m_cancelled = true;
     m_job->Cancel();
     m_cancel->setEnabled(false);
-    m_state->setText(tr("Stopping after the current picture…"));
+    m_state->setText(tr("Stopping…"));
     m_timeLeft->clear();
 }
 
 int RunPage::Count(PictureOutcome outcome) const
 {
-    return int(std::count(m_outcomes.begin(), m_outcomes.end(), outcome));
+    return int(std::count(m_outcomes.begin(), m_outcomes.end(), std::optional(outcome)));
 }
 
 void RunPage::PictureBegins(int index)
 {
-    const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
-    if (!m_cancelled) {
-        m_state->setText(tr("Picture %1 of %2: %3")
-                             .arg(index + 1)
-                             .arg(m_list->rowCount())
-                             .arg(QFileInfo(picture.planned.picture).fileName()));
-    }
     ShowResult(index, tr("Correcting…"), QIcon());
-    m_list->scrollToItem(m_list->item(index, kResult));
+    if (m_follows)
+        m_list->scrollToItem(m_list->item(index, kResult));
 }
 
 void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why, const QString &profile)
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
-    m_outcomes.push_back(outcome);
+    m_outcomes[std::size_t(index)] = outcome;
     // The estimate uses only corrected pictures. Those that fail at once or are kept would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
@@ -166,8 +179,18 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
         text = tr("%1: %2", "result of a picture, and why").arg(text, why.simplified());
     ShowResult(index, text, style()->standardIcon(known.icon));
     m_list->item(index, kResult)->setToolTip(profile);
-    m_progress->setValue(index + 1);
+    ShowProgress();
     ShowTimeLeft();
+    EnableButtons();
+}
+
+void RunPage::ShowProgress()
+{
+    const auto done = int(std::count_if(m_outcomes.begin(), m_outcomes.end(),
+                                        [](const std::optional<PictureOutcome> &outcome) { return outcome; }));
+    m_progress->setValue(done);
+    if (!m_cancelled)
+        m_state->setText(tr("%1 of %2 pictures finished").arg(done).arg(m_outcomes.size()));
 }
 
 void RunPage::ShowResult(int index, const QString &text, const QIcon &icon)
@@ -193,7 +216,7 @@ void RunPage::JobFinished()
         parts << tr("%n not reached", nullptr, leftOut);
     m_state->setText(parts.join(tr(", ")));
     SetRunning(false);
-    m_showInFolder->setEnabled(!FolderToShow().isEmpty());
+    EnableButtons();
 }
 
 void RunPage::SetRunning(bool running)
@@ -217,20 +240,33 @@ void RunPage::ShowTimeLeft()
         m_timeLeft->setText(tr("About %n minute(s) left", nullptr, qRound(seconds / kMinute)));
 }
 
-/// Returns the folder of the selected picture or, if none is selected, of the first corrected one; empty if there is
-/// none.
-QString RunPage::FolderToShow() const
+void RunPage::EnableButtons()
+{
+    const bool isShown = Shown();
+    m_compare->setEnabled(isShown);
+    m_showInFolder->setEnabled(isShown);
+}
+
+/// Returns the selected picture or, if none is selected, the first one, whose corrected picture exists; null if there
+/// is none.
+const PlannedPicture *RunPage::Shown() const
 {
     for (std::size_t i = 0; i < m_outcomes.size(); ++i) {
         const bool chosen = m_list->selectedItems().isEmpty() || m_list->item(int(i), kPicture)->isSelected();
         const bool there = m_outcomes[i] == PictureOutcome::Corrected || m_outcomes[i] == PictureOutcome::Kept;
         if (chosen && there)
-            return m_job->Pictures()[i].planned.outputFolder;
+            return &m_job->Pictures()[i].planned;
     }
-    return QString();
+    return nullptr;
 }
 
 void RunPage::ShowInFolder()
 {
-    m_guard->StartProgram([this] { QDesktopServices::openUrl(QUrl::fromLocalFile(FolderToShow())); });
+    m_guard->StartProgram([this] { QDesktopServices::openUrl(QUrl::fromLocalFile(Shown()->outputFolder)); });
+}
+
+void RunPage::Compare()
+{
+    if (const PlannedPicture *planned = Shown())
+        CompareDialog(m_application, planned->picture, planned->output, this).exec();
 }

@@ -8,21 +8,26 @@
 #include <QWizardPage>
 
 #include <memory>
+#include <optional>
 
+class HostApplication;
 class QLabel;
 class QProgressBar;
 class QPushButton;
 class QTableWidget;
 
-/// Wizard page of the run, complete when nothing is running. GUI thread.
+/// Wizard page of the run, complete when nothing is running. A row whose corrected picture exists opens both pictures
+/// side by side. GUI thread.
 class RunPage : public QWizardPage {
     Q_OBJECT
 public:
-    RunPage(FittedCorrection *correction, KIPluginOne2One *process, InterruptGuard *guard);
+    /// @param processes  one per thread.
+    RunPage(HostApplication *application, FittedCorrection *correction, std::vector<KIPluginOne2One *> processes,
+            InterruptGuard *guard);
 
     /// Starts a run; not during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
-    /// Stops the run after the current picture.
+    /// Stops the run, see CorrectionJob::Cancel.
     void Cancel();
     bool IsRunning() const { return m_running; }
     bool IsCancelled() const { return m_cancelled; }
@@ -41,23 +46,29 @@ private:
     void ShowResult(int index, const QString &text, const QIcon &icon);
     void JobFinished();
     void SetRunning(bool running);
+    void ShowProgress();
     void ShowTimeLeft();
     void ShowInFolder();
-    QString FolderToShow() const;
+    void Compare();
+    void EnableButtons();
+    const PlannedPicture *Shown() const;
 
+    HostApplication *m_application;
     FittedCorrection *m_correction;
-    KIPluginOne2One *m_process;
+    std::vector<KIPluginOne2One *> m_processes;
     InterruptGuard *m_guard;
     QLabel *m_state;
     QProgressBar *m_progress;
     QLabel *m_timeLeft;
     QTableWidget *m_list;
     QPushButton *m_cancel;
+    QPushButton *m_compare;
     QPushButton *m_showInFolder;
-    std::unique_ptr<CorrectionJob> m_job;   // the last one, running or not
-    std::vector<PictureOutcome> m_outcomes; // of the finished pictures, in order
+    std::unique_ptr<CorrectionJob> m_job;                  // the last one, running or not
+    std::vector<std::optional<PictureOutcome>> m_outcomes; // none: not finished
     bool m_running = false;
     bool m_cancelled = false;
+    bool m_follows = true; // the list scrolls to the picture begun last, until the user selects one
     QElapsedTimer m_sinceStart;
     QTimer m_everySecond;
     qint64 m_pixelsDone = 0;

@@ -1,5 +1,6 @@
 #include "WizardPlugin.h"
 
+#include "KOmp.h"
 #include "app/HostApplication.h"
 
 WizardPlugin::WizardPlugin(HostApplication *application, const QString &file, const QString &lensPath,
@@ -9,11 +10,12 @@ WizardPlugin::WizardPlugin(HostApplication *application, const QString &file, co
       m_process(m_loader.Process()),
       m_correction(m_folders.Folders(), application, guard)
 {
-    if (!m_process || !SwitchOnUnchosen(application))
-        return;
-    m_another = m_loader.MakeProcess(); // a process reads the settings when it is made
-    if (auto *process = qobject_cast<KIPluginOne2One *>(m_another.get()))
-        m_process = process;
+    if (m_process && SwitchOnUnchosen(application)) {
+        m_another = m_loader.MakeProcess(); // a process reads the settings when it is made
+        if (auto *process = qobject_cast<KIPluginOne2One *>(m_another.get()))
+            m_process = process;
+    }
+    m_processes = std::make_unique<ThreadProcesses>(m_loader, m_process, komp_num_threads);
 }
 
 QString WizardPlugin::Problem() const

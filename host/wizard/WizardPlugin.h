@@ -2,10 +2,11 @@
 #pragma once
 
 #include "app/FittedCorrection.h"
+#include "app/PictureThreads.h"
 #include "app/PluginLoader.h"
 #include "app/SearchedFolders.h"
 
-/// Loads the plug-in with a fitted process. For users who never stored a choice, all corrections are on, as on the
+/// Loads the plug-in with fitted processes. For users who never stored a choice, all corrections are on, as on the
 /// command line; by itself the plug-in begins with none. The arguments must outlive the object, and the object the
 /// windows.
 class WizardPlugin {
@@ -16,7 +17,8 @@ public:
 
     /// Returns why the object cannot be used; empty if it can.
     QString Problem() const;
-    KIPluginOne2One *Process() const { return m_process; }
+    /// One for each processor; the first one is for the page.
+    const std::vector<KIPluginOne2One *> &Processes() const { return m_processes->All(); }
     FittedCorrection *Correction() { return &m_correction; }
 
 private:
@@ -26,5 +28,6 @@ private:
     PluginLoader m_loader;
     std::unique_ptr<QObject> m_another; // the process in use, if not the loader's
     KIPluginOne2One *m_process;
+    std::unique_ptr<ThreadProcesses> m_processes;
     FittedCorrection m_correction;
 };

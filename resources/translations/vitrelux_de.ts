@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: vorher und nachher</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Vorher</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>Nachher</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Bild wird gelesen …</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>Ver&amp;größern</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>Ver&amp;kleinern</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>Ganzes &amp;Bild</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>Das Bild kann nicht gelesen werden: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Entfernen</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Bereits vorhandene korrigierte Bilder ersetzen</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Bilder</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Welche Bilder möchten Sie korrigieren? Jedes korrigierte Bild wird neben dem Original gespeichert, das unverändert bleibt.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>Aus&amp;schnitt:</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: ohne Verlust</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: kleine Dateien, 8 Bit</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: ohne Verlust, bis 16 Bit</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: lineares Licht, für Compositing</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>&amp;Auswählen …</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>&amp;Vorhandene korrigierte Bilder ersetzen</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Welche Bilder möchten Sie korrigieren, und wohin werden die Ergebnisse gespeichert? Die Originale bleiben unverändert.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>&amp;Ordner hinzufügen …</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>Der Ordner jedes Bildes</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>Speichern &amp;in:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>&amp;Dateiformat:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>„%1“ ist kein Ordner</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>Dieser Ordner kann nicht gelesen werden: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>Es wurden keine neuen Bilder gefunden.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Ordner hinzufügen</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Ordner für korrigierte Bilder</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>„%1“ ist kein vollständiger Pfad; ein solcher beginnt mit „/“</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>Korrektur</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Die Bilder werden nacheinander korrigiert.</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>Bild</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>Ergebnis</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Hält nach dem laufenden Bild an …</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Bild %1 von %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -311,6 +398,22 @@
             <numerusform>%n schon korrigiert</numerusform>
             <numerusform>%n schon korrigiert</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>&amp;Vorher und nachher …</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Öffnen Sie eine Zeile der Liste, um das Bild vor und nach der Korrektur zu sehen.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Wird angehalten …</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%1 von %2 Bildern fertig</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: before and after</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Before</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>After</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Reading the picture…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>Zoom &amp;in</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>Zoom &amp;out</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>&amp;Whole picture</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Close</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>The picture cannot be read: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Remove</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Replace existing corrected pictures</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Pictures</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>&amp;Framing:</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: nothing is lost</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: small files, 8 bits</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: without loss, up to 16 bits</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: linear light, for compositing</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>C&amp;hoose…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>Replace e&amp;xisting corrected pictures</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Add f&amp;older…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>The folder of each picture</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Save in:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>Forma&amp;t:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>&quot;%1&quot; is not a folder</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>This folder cannot be read: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>No new pictures were found.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Add a folder</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Folder for corrected pictures</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>Correction</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>The pictures are corrected one after the other.</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>Picture</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>Result</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Stopping after the current picture…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Picture %1 of %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -311,6 +398,22 @@
             <numerusform>%n corrected before</numerusform>
             <numerusform>%n corrected before</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>Before and &amp;after…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Open a row of the list to see the picture before and after the correction.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Stopping…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%1 of %2 pictures finished</translation>
     </message>
 </context>
 <context>

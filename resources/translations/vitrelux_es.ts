@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="es" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: antes y después</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Antes</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>Después</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Leyendo la imagen…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>&amp;Ampliar</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>&amp;Reducir</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>&amp;Imagen completa</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Cerrar</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>No se puede leer la imagen: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Quitar</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Reemplazar las imágenes corregidas que ya existan</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Imágenes</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>¿Qué imágenes desea corregir? Cada imagen corregida se guarda junto al original, que no cambia.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>&amp;Encuadre:</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: sin pérdidas</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: archivos pequeños, 8 bits</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: sin pérdidas, hasta 16 bits</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: luz lineal, para composición</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>E&amp;legir…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>&amp;Reemplazar las imágenes corregidas que ya existan</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>¿Qué imágenes desea corregir y dónde se guardan los resultados? Los originales no cambian.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Añadir &amp;carpeta…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>La carpeta de cada imagen</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Guardar en:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>&amp;Formato:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>«%1» no es una carpeta</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>No se puede leer esta carpeta: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>No se encontraron imágenes nuevas.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Añadir una carpeta</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Carpeta para las imágenes corregidas</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>«%1» no es una ruta completa, que empieza por «/»</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -220,15 +319,11 @@
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation>Mostrar en la &amp;carpeta</translation>
+        <translation>Mostrar en la car&amp;peta</translation>
     </message>
     <message>
         <source>Correction</source>
         <translation>Corrección</translation>
-    </message>
-    <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Las imágenes se corrigen una tras otra.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -237,14 +332,6 @@
     <message>
         <source>Result</source>
         <translation>Resultado</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Se detendrá después de la imagen en curso…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Imagen %1 de %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -311,6 +398,22 @@
             <numerusform>%n ya corregida</numerusform>
             <numerusform>%n ya corregidas</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>A&amp;ntes y después…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Abra una fila de la lista para ver la imagen antes y después de la corrección.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Deteniendo…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%1 de %2 imágenes terminadas</translation>
     </message>
 </context>
 <context>

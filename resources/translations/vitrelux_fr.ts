@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="fr" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1&#xa0;: avant et après</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Avant</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>Après</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Lecture de l&apos;image…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>&amp;Agrandir</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>&amp;Réduire</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>Image &amp;entière</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Fermer</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>L&apos;image ne peut pas être lue&#xa0;: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Retirer</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Remplacer les images corrigées qui existent déjà</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Images</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Quelles images voulez-vous corriger&#xa0;? Chaque image corrigée est enregistrée à côté de l&apos;original, qui reste inchangé.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>&amp;Cadrage :</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF&#xa0;: sans perte</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG&#xa0;: petits fichiers, 8 bits</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG&#xa0;: sans perte, jusqu&apos;à 16 bits</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR&#xa0;: lumière linéaire, pour le compositing</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>C&amp;hoisir…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>Remplacer les &amp;images corrigées qui existent déjà</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Quelles images voulez-vous corriger, et où enregistrer les résultats&#xa0;? Les originaux restent inchangés.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Ajouter un &amp;dossier…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>Le dossier de chaque image</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Enregistrer dans&#xa0;:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>&amp;Format&#xa0;:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>«&#xa0;%1&#xa0;» n&apos;est pas un dossier</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>Ce dossier ne peut pas être lu&#xa0;: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>Aucune nouvelle image trouvée.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Ajouter un dossier</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Dossier des images corrigées</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>«&#xa0;%1&#xa0;» n&apos;est pas un chemin complet, qui commence par «&#xa0;/&#xa0;»</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>Correction</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Les images sont corrigées l&apos;une après l&apos;autre.</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>Image</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>Résultat</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Arrêt après l&apos;image en cours…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Image %1 sur %2&#xa0;: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -311,6 +398,22 @@
             <numerusform>%n déjà corrigée</numerusform>
             <numerusform>%n déjà corrigées</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>&amp;Avant et après…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Ouvrez une ligne de la liste pour voir l&apos;image avant et après la correction.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Arrêt en cours…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%1 images terminées sur %2</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="it" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: prima e dopo</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Prima</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>Dopo</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Lettura dell&apos;immagine…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>&amp;Ingrandisci</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>&amp;Riduci</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>Immagine i&amp;ntera</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Chiudi</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>Impossibile leggere l&apos;immagine: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Rimuovi</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Sostituisci le immagini corrette già esistenti</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Immagini</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Quali immagini vuole correggere? Ogni immagine corretta viene salvata accanto all&apos;originale, che resta invariato.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -169,7 +200,7 @@
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation>&amp;Aggiungi immagini…</translation>
+        <translation>A&amp;ggiungi immagini…</translation>
     </message>
     <message>
         <source>All files</source>
@@ -194,6 +225,74 @@
     <message>
         <source>&amp;Framing:</source>
         <translation>In&amp;quadratura:</translation>
+    </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: senza perdite</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: file piccoli, 8 bit</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: senza perdite, fino a 16 bit</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: luce lineare, per il compositing</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>Sc&amp;egli…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>S&amp;ostituisci le immagini corrette già esistenti</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Quali immagini vuole correggere e dove si salvano i risultati? Gli originali restano invariati.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Aggiungi &amp;cartella…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>La cartella di ogni immagine</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Salva in:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>&amp;Formato:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>«%1» non è una cartella</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>Impossibile leggere questa cartella: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>Nessuna nuova immagine trovata.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Aggiungi una cartella</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Cartella per le immagini corrette</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>«%1» non è un percorso completo, che inizia con «/»</translation>
     </message>
 </context>
 <context>
@@ -220,15 +319,11 @@
     </message>
     <message>
         <source>Show in &amp;folder</source>
-        <translation>Mostra nella &amp;cartella</translation>
+        <translation>Mostra nella car&amp;tella</translation>
     </message>
     <message>
         <source>Correction</source>
         <translation>Correzione</translation>
-    </message>
-    <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Le immagini vengono corrette una dopo l&apos;altra.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -237,14 +332,6 @@
     <message>
         <source>Result</source>
         <translation>Risultato</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Si ferma dopo l&apos;immagine in corso…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Immagine %1 di %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -311,6 +398,22 @@
             <numerusform>%n già corretta</numerusform>
             <numerusform>%n già corrette</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>&amp;Prima e dopo…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Apra una riga dell&apos;elenco per vedere l&apos;immagine prima e dopo la correzione.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Arresto in corso…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%1 immagini completate su %2</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1：補正前と補正後</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>補正前</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>補正後</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>画像を読み込んでいます…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>拡大(&amp;I)</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>縮小(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>画像全体(&amp;W)</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>閉じる(&amp;C)</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>画像を読み込めません：%1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>削除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>すでにある補正後の画像を置き換える</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>画像</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>どの画像を補正しますか？補正後の画像は元の画像と同じ場所に保存され、元の画像は変更されません。</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>フレーミング(&amp;F)：</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF：画質の劣化なし</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG：ファイルが小さい、8ビット</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG：画質の劣化なし、16ビットまで</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR：リニアライト、合成用</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>選択(&amp;H)…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>すでにある補正後の画像を置き換える(&amp;X)</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>補正する画像と保存先を選んでください。元の画像は変更されません。</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>フォルダーを追加(&amp;O)…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>それぞれの画像と同じフォルダー</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>保存先(&amp;S)：</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>ファイル形式(&amp;T)：</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>「%1」はフォルダーではありません</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>このフォルダーは読み込めません：%1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>新しい画像は見つかりませんでした。</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>フォルダーを追加</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>補正後の画像の保存先</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>「%1」は完全なパスではありません。完全なパスは「/」で始まります</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>補正</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>画像を 1 枚ずつ順番に補正します。</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>画像</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>結果</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>処理中の画像が終わったら停止します…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>画像 %1 / %2：%3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -304,6 +391,22 @@
         <translation>
             <numerusform>%n 枚は補正済み</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>補正前後を比較(&amp;A)…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>一覧の行を開くと、補正前と補正後の画像を比べられます。</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>停止しています…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>%2 枚中 %1 枚が完了</translation>
     </message>
 </context>
 <context>

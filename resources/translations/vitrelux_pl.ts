@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="pl" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: przed i po</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>Przed</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>Po</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Wczytywanie obrazu…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>Po&amp;większ</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>Po&amp;mniejsz</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>&amp;Cały obraz</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Zamknij</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>Nie można odczytać obrazu: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Usuń</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Zastąp istniejące już poprawione obrazy</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Obrazy</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Które obrazy chcesz poprawić? Każdy poprawiony obraz jest zapisywany obok oryginału, który pozostaje bez zmian.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -169,7 +200,7 @@
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation>&amp;Dodaj obrazy…</translation>
+        <translation>Doda&amp;j obrazy…</translation>
     </message>
     <message>
         <source>All files</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>&amp;Kadr:</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: bez strat</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: małe pliki, 8 bitów</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: bez strat, do 16 bitów</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: światło liniowe, do kompozycji</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>Wy&amp;bierz…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>Za&amp;stąp istniejące już poprawione obrazy</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Które obrazy chcesz poprawić i gdzie zapisać wyniki? Oryginały pozostają bez zmian.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Dodaj &amp;folder…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>Folder każdego obrazu</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Zapisz w:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>For&amp;mat:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>„%1” nie jest folderem</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>Nie można odczytać tego folderu: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>Nie znaleziono nowych obrazów.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Dodaj folder</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Folder poprawionych obrazów</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>„%1” nie jest pełną ścieżką; pełna ścieżka zaczyna się od „/”</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -216,7 +315,7 @@
     </message>
     <message>
         <source>&amp;Stop</source>
-        <translation>&amp;Zatrzymaj</translation>
+        <translation>Za&amp;trzymaj</translation>
     </message>
     <message>
         <source>Show in &amp;folder</source>
@@ -227,24 +326,12 @@
         <translation>Korekcja</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Obrazy są poprawiane jeden po drugim.</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>Obraz</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>Wynik</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Zatrzyma się po bieżącym obrazie…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Obraz %1 z %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -318,6 +405,22 @@
             <numerusform>%n skorygowano wcześniej</numerusform>
             <numerusform>%n skorygowano wcześniej</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>&amp;Przed i po…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Otwórz wiersz listy, aby zobaczyć obraz przed korekcją i po niej.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Zatrzymywanie…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>Gotowe: %1 z %2</translation>
     </message>
 </context>
 <context>

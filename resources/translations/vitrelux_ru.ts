@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ru" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1: до и после</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>До</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>После</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>Чтение снимка…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>У&amp;величить</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>У&amp;меньшить</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>Весь &amp;снимок</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Закрыть</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>Не удаётся прочитать снимок: %1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>&amp;Убрать</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>Заменять уже существующие исправленные снимки</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>Снимки</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>Какие снимки исправить? Каждый исправленный снимок сохраняется рядом с оригиналом, который не меняется.</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -169,7 +200,7 @@
     </message>
     <message>
         <source>&amp;Add pictures…</source>
-        <translation>&amp;Добавить снимки…</translation>
+        <translation>Доб&amp;авить снимки…</translation>
     </message>
     <message>
         <source>All files</source>
@@ -194,6 +225,74 @@
     <message>
         <source>&amp;Framing:</source>
         <translation>&amp;Кадр:</translation>
+    </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF: без потерь</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG: небольшие файлы, 8 бит</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG: без потерь, до 16 бит</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR: линейный свет, для композитинга</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>&amp;Выбрать…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>&amp;Заменять уже существующие исправленные снимки</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>Какие снимки исправить и где сохранить результаты? Оригиналы не меняются.</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>Добавить &amp;папку…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>Папка каждого снимка</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>&amp;Сохранять в:</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>&amp;Формат:</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>«%1» — не папка</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>Не удаётся прочитать эту папку: %1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>Новых снимков не найдено.</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>Добавить папку</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>Папка для исправленных снимков</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>«%1» — не полный путь; полный путь начинается с «/»</translation>
     </message>
 </context>
 <context>
@@ -227,24 +326,12 @@
         <translation>Коррекция</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>Снимки исправляются один за другим.</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>Снимок</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>Результат</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>Остановится после текущего снимка…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>Снимок %1 из %2: %3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -318,6 +405,22 @@
             <numerusform>%n исправлено ранее</numerusform>
             <numerusform>%n исправлено ранее</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>&amp;До и после…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>Откройте строку списка, чтобы увидеть снимок до и после исправления.</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>Остановка…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>Готово: %1 из %2</translation>
     </message>
 </context>
 <context>

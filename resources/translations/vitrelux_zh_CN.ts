@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1：校正前后</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>校正前</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>校正后</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>正在读取图片…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>放大(&amp;I)</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>缩小(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>整张图片(&amp;W)</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>关闭(&amp;C)</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>无法读取图片：%1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>移除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>替换已存在的校正图片</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>图片</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>要校正哪些图片？校正后的图片保存在原图旁边，原图保持不变。</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>构图(&amp;F)：</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF：无损</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG：文件小，8 位</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG：无损，最高 16 位</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR：线性光，用于合成</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>选择(&amp;H)…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>替换已存在的校正图片(&amp;X)</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>要校正哪些图片，结果保存在哪里？原图保持不变。</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>添加文件夹(&amp;O)…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>每张图片所在的文件夹</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>保存到(&amp;S)：</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>格式(&amp;T)：</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>“%1”不是文件夹</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>无法读取此文件夹：%1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>没有找到新的图片。</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>添加文件夹</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>校正图片的文件夹</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>“%1”不是完整路径，完整路径以“/”开头</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>校正</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>图片将逐张校正。</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>图片</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>结果</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>将在当前图片完成后停止…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>第 %1 张，共 %2 张：%3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -304,6 +391,22 @@
         <translation>
             <numerusform>%n 张之前已校正</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>校正前后对比(&amp;A)…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>打开列表中的一行，可查看校正前后的图片。</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>正在停止…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>已完成 %1 / %2 张图片</translation>
     </message>
 </context>
 <context>

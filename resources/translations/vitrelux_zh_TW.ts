@@ -2,6 +2,45 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_TW" sourcelanguage="en">
 <context>
+    <name>CompareDialog</name>
+    <message>
+        <source>%1: before and after</source>
+        <translation>%1：校正前後</translation>
+    </message>
+    <message>
+        <source>Before</source>
+        <translation>校正前</translation>
+    </message>
+    <message>
+        <source>After</source>
+        <translation>校正後</translation>
+    </message>
+    <message>
+        <source>Reading the picture…</source>
+        <translation>正在讀取圖片…</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;in</source>
+        <translation>放大(&amp;I)</translation>
+    </message>
+    <message>
+        <source>Zoom &amp;out</source>
+        <translation>縮小(&amp;O)</translation>
+    </message>
+    <message>
+        <source>&amp;Whole picture</source>
+        <translation>整張圖片(&amp;W)</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>關閉(&amp;C)</translation>
+    </message>
+    <message>
+        <source>The picture cannot be read: %1</source>
+        <translation>無法讀取圖片：%1</translation>
+    </message>
+</context>
+<context>
     <name>CorrectionJob</name>
     <message>
         <source>The corrected picture would replace that of &quot;%1&quot;</source>
@@ -140,16 +179,8 @@
         <translation>移除(&amp;R)</translation>
     </message>
     <message>
-        <source>Replace existing corrected pictures</source>
-        <translation>取代已存在的校正圖片</translation>
-    </message>
-    <message>
         <source>Pictures</source>
         <translation>圖片</translation>
-    </message>
-    <message>
-        <source>Which pictures do you want to correct? Each corrected picture is saved next to its original, which is not changed.</source>
-        <translation>要校正哪些圖片？校正後的圖片會儲存在原圖旁邊，原圖保持不變。</translation>
     </message>
     <message>
         <source>Picture</source>
@@ -195,6 +226,74 @@
         <source>&amp;Framing:</source>
         <translation>構圖(&amp;F)：</translation>
     </message>
+    <message>
+        <source>TIFF: nothing is lost</source>
+        <translation>TIFF：無損</translation>
+    </message>
+    <message>
+        <source>JPEG: small files, 8 bits</source>
+        <translation>JPEG：檔案小，8 位元</translation>
+    </message>
+    <message>
+        <source>PNG: without loss, up to 16 bits</source>
+        <translation>PNG：無損，最高 16 位元</translation>
+    </message>
+    <message>
+        <source>OpenEXR: linear light, for compositing</source>
+        <translation>OpenEXR：線性光，用於合成</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>選擇(&amp;H)…</translation>
+    </message>
+    <message>
+        <source>Replace e&amp;xisting corrected pictures</source>
+        <translation>取代已存在的校正圖片(&amp;X)</translation>
+    </message>
+    <message>
+        <source>Which pictures do you want to correct, and where are the results saved? The originals are not changed.</source>
+        <translation>要校正哪些圖片，結果儲存在哪裡？原圖保持不變。</translation>
+    </message>
+    <message>
+        <source>Add f&amp;older…</source>
+        <translation>加入資料夾(&amp;O)…</translation>
+    </message>
+    <message>
+        <source>The folder of each picture</source>
+        <translation>每張圖片所在的資料夾</translation>
+    </message>
+    <message>
+        <source>&amp;Save in:</source>
+        <translation>儲存到(&amp;S)：</translation>
+    </message>
+    <message>
+        <source>Forma&amp;t:</source>
+        <translation>格式(&amp;T)：</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a folder</source>
+        <translation>「%1」不是資料夾</translation>
+    </message>
+    <message>
+        <source>This folder cannot be read: %1</source>
+        <translation>無法讀取此資料夾：%1</translation>
+    </message>
+    <message>
+        <source>No new pictures were found.</source>
+        <translation>找不到新的圖片。</translation>
+    </message>
+    <message>
+        <source>Add a folder</source>
+        <translation>加入資料夾</translation>
+    </message>
+    <message>
+        <source>Folder for corrected pictures</source>
+        <translation>校正圖片的資料夾</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <translation>「%1」不是完整路徑，完整路徑以「/」開頭</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>
@@ -227,24 +326,12 @@
         <translation>校正</translation>
     </message>
     <message>
-        <source>The pictures are corrected one after the other.</source>
-        <translation>圖片將逐張校正。</translation>
-    </message>
-    <message>
         <source>Picture</source>
         <translation>圖片</translation>
     </message>
     <message>
         <source>Result</source>
         <translation>結果</translation>
-    </message>
-    <message>
-        <source>Stopping after the current picture…</source>
-        <translation>將在目前的圖片完成後停止…</translation>
-    </message>
-    <message>
-        <source>Picture %1 of %2: %3</source>
-        <translation>第 %1 張，共 %2 張：%3</translation>
     </message>
     <message>
         <source>Correcting…</source>
@@ -304,6 +391,22 @@
         <translation>
             <numerusform>%n 張先前已校正</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Before and &amp;after…</source>
+        <translation>校正前後對照(&amp;A)…</translation>
+    </message>
+    <message>
+        <source>Open a row of the list to see the picture before and after the correction.</source>
+        <translation>開啟清單中的一列，可查看校正前後的圖片。</translation>
+    </message>
+    <message>
+        <source>Stopping…</source>
+        <translation>正在停止…</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures finished</source>
+        <translation>已完成 %1 / %2 張圖片</translation>
     </message>
 </context>
 <context>

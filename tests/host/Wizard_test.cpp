@@ -6,6 +6,7 @@
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "app/PluginLoader.h"
+#include "wizard/CompareDialog.h"
 #include "wizard/RunPage.h"
 #include "wizard/WizardPlugin.h"
 
@@ -32,7 +33,8 @@ namespace {
 InterruptGuard *g_guard;
 
 /// Records its calls, and reports like a fitted process. Picture names choose the behavior: "bad" fails, "slow" waits
-/// for `go`, "none" finds no profile, "plain" reports nothing, "off" has no correction switched on.
+/// for `go` and fails when it is interrupted, "none" finds no profile, "plain" reports nothing, "off" has no correction
+/// switched on.
 class StandInProcess : public KIPluginOne2One {
 public:
     QString Name() const override { return "Stand-in"_s; }
@@ -48,7 +50,7 @@ public:
     void *AllocParameters(QDomElement element) override
     {
         ++records;
-        return new Record{ReadParameters(element), element.attribute("Framing"_s), {}};
+        return new Record{ReadParameters(element), element.attribute("Framing"_s), element.attribute("Format"_s), {}};
     }
     void FreeParameters(void *record) override
     {
@@ -79,7 +81,9 @@ public:
         const QFileInfo info(fileName);
         if (info.fileName().startsWith("slow"_s)) {
             began.release();
-            while (!go.tryAcquire(1, 1) && !(goesWhenStopped && QThread::currentThread()->isInterruptionRequested())) {
+            while (!go.tryAcquire(1, 1)) {
+                if (QThread::currentThread()->isInterruptionRequested())
+                    throw KException("interrupted"_s, KPlace());
             }
         }
         if (info.fileName().startsWith("bad"_s))
@@ -94,20 +98,19 @@ public:
         if (!finds)
             throw KException("unknown lens"_s, KPlace());
         output = info.path() + QLatin1Char('/') + info.completeBaseName() + "_corrected.tiff"_s;
-        WriteFile(output, (done->parameters.profile + done->framing).toUtf8());
+        WriteFile(output, (done->parameters.profile + done->framing + done->format).toUtf8());
     }
 
     struct Record {
         PictureParameters parameters;
-        QString framing;
+        QString framing, format;
         QVector<QPair<QString, QString>> results;
     };
     std::unique_ptr<QWizardPage> page;
     QString profile, framing;
     QStringList calls; // on the GUI thread
     std::atomic<int> records{0};
-    QSemaphore began, go;
-    bool goesWhenStopped = false;
+    static inline QSemaphore began{0}, go{0}; // of all processes
 };
 
 } // namespace
@@ -129,8 +132,10 @@ private Q_SLOTS:
     void picturesByDialogAndDrop();
     void reportsTheResultOfEach();
     void replacesOnRequest();
-    void stopsAfterTheCurrentPicture_data();
-    void stopsAfterTheCurrentPicture();
+    void savesAsChosen();
+    void correctsSeveralAtATime();
+    void stopsAtOnce_data();
+    void stopsAtOnce();
     void backKeepsChoices();
     void choicesStayWithTheirPictures();
     void realPluginFits();
@@ -138,6 +143,8 @@ private Q_SLOTS:
     void usesTheUsersLanguage();
 
 private:
+    void compareByKeyboard();
+    void checkKeyboard() const;
     QString Path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
     template <typename Widget> Widget *Find(const char *name) const
     {
@@ -164,11 +171,12 @@ private:
         return rows;
     }
     /// Starts with pictures of these names; missing ones are created.
-    void Show(KIPluginOne2One *process, const QString &names, FittedCorrection *correction = nullptr)
+    void Show(const std::vector<KIPluginOne2One *> &processes, const QString &names,
+              FittedCorrection *correction = nullptr)
     {
         m_wizard.reset(); // returns the page
         m_wizard =
-            std::make_unique<CorrectionWizard>(m_host, process, correction ? correction : &m_correction, g_guard);
+            std::make_unique<CorrectionWizard>(m_host, processes, correction ? correction : &m_correction, g_guard);
         for (const QString &name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QString path = m_dir->filePath(name);
             if (!QFile::exists(path))
@@ -177,7 +185,18 @@ private:
         }
         m_wizard->show();
     }
-    void Show(const QString &names) { Show(m_process.get(), names); }
+    void Drop(const QList<QUrl> &urls) const
+    {
+        QMimeData files;
+        files.setUrls(urls);
+        QWidget *page = m_wizard->currentPage();
+        QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(page, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(page, &drop);
+    }
+    void Show(const QString &names) { Show({m_process.get()}, names); }
     bool Close() const { return m_wizard->button(QWizard::FinishButton)->isEnabled() && m_wizard->close(); }
 
     HostApplication *m_host = static_cast<HostApplication *>(qApp);
@@ -200,8 +219,9 @@ void tst_Wizard::init()
 
 void tst_Wizard::cleanup()
 {
-    m_process->go.release(2); // a test that failed may have left the run waiting
     m_wizard.reset();
+    m_process->go.acquire(m_process->go.available());
+    m_process->began.acquire(m_process->began.available());
     QCOMPARE(m_process->records.load(), 0);
     QVERIFY(!m_process->page || !m_process->page->parent()); // returned, otherwise it would be deleted twice
     for (const QWidget *window : QApplication::topLevelWidgets())
@@ -213,6 +233,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     for (const char *name : {"a.jpg", "b.jpg", "c.jpg"})
         WriteJpeg(Path(name), 60, 40);
     WriteFile(Path("d.jpg"), "no picture");
+    WriteFile(Path("a_corrected.tiff"), "result");
     Show(QString());
     QVERIFY(!CanGoOn());
 
@@ -226,18 +247,12 @@ void tst_Wizard::picturesByDialogAndDrop()
     QCOMPARE(Rows("pictures", 1), QStringList("b.jpg"_s));
     QTRY_VERIFY(CanGoOn());
 
-    QMimeData files; // the folder contains b.jpg again
-    files.setUrls(
-        {QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
-    QWidget *page = m_wizard->currentPage();
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(page, &enter);
-    QVERIFY(enter.isAccepted());
-    QDropEvent drop(QPoint(5, 5), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(page, &drop);
+    Drop({QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
     QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is not a picture
+    Drop({QUrl::fromLocalFile(m_dir->path())});
+    QCOMPARE(Find<QLabel>("notice")->text(), "No new pictures were found."_s);
 
     Find<QAbstractItemView>("pictures")->selectAll();
     Click("remove");
@@ -264,7 +279,7 @@ void tst_Wizard::reportsTheResultOfEach()
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
-    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("fill")); // no choice of a profile
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // no choice of a profile
     QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
     QVERIFY2(rows[7].contains("doesn't know fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
              qPrintable(rows[7]));
@@ -272,7 +287,7 @@ void tst_Wizard::reportsTheResultOfEach()
     QCOMPARE(m_wizard->FailedCount(), 6);
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 left as it was, 6 failed"_s);
     QCOMPARE(Find<QProgressBar>("progress")->value(), kPictures);
-    QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8() + "fill");
+    QCOMPARE(ReadFile(Path("good_corrected.tiff")), m_process->profile.toUtf8() + "filltiff");
     QCOMPARE(ReadFile(Path("there_corrected.tiff")), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).size(), kPictures + 4); // the profile and three outputs: no work folder is left
 
@@ -290,24 +305,69 @@ void tst_Wizard::replacesOnRequest()
     Click("replace");
     Next();
     QTRY_VERIFY(Close());
-    QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8() + "fill");
+    QCOMPARE(ReadFile(Path("there_corrected.tiff")), m_process->profile.toUtf8() + "filltiff");
 }
 
-void tst_Wizard::stopsAfterTheCurrentPicture_data()
+void tst_Wizard::savesAsChosen()
+{
+    m_process->page.reset();
+    QVERIFY(QDir(m_dir->path()).mkpath("in/sub"_s));
+    for (const char *name : {"in/a.jpg", "in/sub/a.jpg"})
+        WriteJpeg(Path(name), 60, 40);
+    Show(QString());
+    Drop({QUrl::fromLocalFile(Path("in"))});
+    QTRY_VERIFY(CanGoOn());
+    auto *folder = Find<QLineEdit>("outputFolder");
+    for (const QString &wrong : {"corrected"_s, Path("p.lcp")}) {
+        folder->setText(wrong);
+        QVERIFY2(!CanGoOn() && Find<QLabel>("notice")->text().contains(wrong), qPrintable(wrong));
+    }
+    folder->setText(Path("in/out"));
+    Find<QComboBox>("format")->setCurrentIndex(2);
+    Next();
+    QTRY_VERIFY(Close());
+    for (const char *name : {"in/out/a_corrected.png", "in/out/sub/a_corrected.png"})
+        QVERIFY2(ReadFile(Path(name)).endsWith("fillpng"), name);
+    Show(QString()); // the choices stay
+    QCOMPARE(Find<QLineEdit>("outputFolder")->text(), Path("in/out"));
+    QCOMPARE(Find<QComboBox>("format")->currentData(), "png"_s);
+    Drop({QUrl::fromLocalFile(Path("in"))});
+    QCOMPARE(Rows("pictures", 1).size(), 2); // not the results
+    m_wizard->close();
+}
+
+void tst_Wizard::correctsSeveralAtATime()
+{
+    StandInProcess second;
+    Show({m_process.get(), &second}, "slow1.jpg slow2.jpg bad.jpg slow3.jpg"_s);
+    Next();
+    Next();
+    QVERIFY(m_process->began.tryAcquire(2, 10000)); // both wait at the same time
+    m_process->go.release(3);
+    QTRY_VERIFY(Close());
+    const QStringList rows = Rows("results");
+    QVERIFY2(rows[0].startsWith("slow1.jpg|Corrected"_s) && rows[1].startsWith("slow2.jpg|Corrected"_s)
+                 && rows[2] == "bad.jpg|Failed: pixels are lost"_s && rows[3].startsWith("slow3.jpg|Corrected"_s),
+             qPrintable(rows.join(QLatin1Char('\n'))));
+    QCOMPARE(Find<QLabel>("state")->text(), "3 pictures corrected, 1 failed"_s);
+    QCOMPARE(second.records.load(), 0);
+    m_wizard.reset(); // before the second process
+}
+
+void tst_Wizard::stopsAtOnce_data()
 {
     QTest::addColumn<QString>("manner");
     for (const char *manner : {"button", "window closed", "window closed twice", "deleted"})
         QTest::newRow(manner) << QString::fromLatin1(manner);
 }
 
-void tst_Wizard::stopsAfterTheCurrentPicture()
+void tst_Wizard::stopsAtOnce()
 {
     QFETCH(QString, manner);
-    m_process->goesWhenStopped = manner == "deleted"_s;
     Show("slow.jpg next.jpg"_s);
     Next();
     Next();
-    m_process->began.acquire();
+    QVERIFY(m_process->began.tryAcquire(1, 10000));
     QVERIFY(!Close());
     QVERIFY(!m_wizard->button(QWizard::BackButton)->isEnabled());
     if (manner == "button"_s)
@@ -315,17 +375,17 @@ void tst_Wizard::stopsAfterTheCurrentPicture()
     if (manner.startsWith("window closed"_s))
         m_wizard->close();
     QVERIFY(m_wizard->isVisible());
-    if (manner == "window closed twice"_s)
+    if (manner == "window closed twice"_s) {
         m_wizard->close();
-    QCOMPARE(m_wizard->isVisible(), manner != "window closed twice"_s);
-    if (!m_process->goesWhenStopped) {
-        m_process->go.release();
+        QVERIFY(!m_wizard->isVisible());
+    } else if (manner != "deleted"_s) {
         QTRY_VERIFY(!m_wizard->findChild<RunPage *>()->IsRunning());
-        QVERIFY(Rows("results")[0].startsWith("slow.jpg|Corrected"_s));
-        QCOMPARE(Rows("results")[1], "next.jpg|Not corrected: the run was stopped"_s);
+        const QString stopped = "|Not corrected: the run was stopped"_s;
+        QCOMPARE(Rows("results"), QStringList({"slow.jpg"_s + stopped, "next.jpg"_s + stopped}));
+        QVERIFY(m_wizard->isVisible());
     }
     m_wizard.reset();
-    QVERIFY(!QFile::exists(Path("next_corrected.tiff")));
+    QCOMPARE(Names(m_dir->path()), QStringList({"next.jpg"_s, "p.lcp"_s, "slow.jpg"_s}));
 }
 
 void tst_Wizard::backKeepsChoices()
@@ -361,7 +421,7 @@ void tst_Wizard::choicesStayWithTheirPictures()
         return ReadParameters(plugin.Process()->GetFileXmlParams(Path(name)));
     };
     m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, false);
-    Show(plugin.Process(), "gone.jpg a.jpg"_s);
+    Show({plugin.Process()}, "gone.jpg a.jpg"_s);
     Next();
     auto *list = Find<QComboBox>("comboBoxImageDef");
     list->setCurrentText("a.jpg"_s);
@@ -405,14 +465,14 @@ void tst_Wizard::realPluginFits()
     QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), g_guard).Problem().contains("gone"_s));
     WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), g_guard);
     QCOMPARE(plugin.Problem(), QString());
-    Show(plugin.Process(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
+    Show(plugin.Processes(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
     Find<QComboBox>("framing")->setCurrentIndex(1);
     Next();
     Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
     QTRY_COMPARE(Find<QLineEdit>("lineEditLensFile")->placeholderText(), "Found: x.lcp"_s);
     Click("pushButtonApplyAll");
     Next();
-    QTRY_VERIFY(Close());
+    QTRY_VERIFY(m_wizard->button(QWizard::FinishButton)->isEnabled());
     const QStringList rows = Rows("results");
     QVERIFY2(rows[0].startsWith("found.jpg|Corrected: profile \"x.lcp\"; entries: 50 mm f/8 10 m 100 %; "_s)
                  && rows[0].contains("damaged metadata"_s),
@@ -422,14 +482,65 @@ void tst_Wizard::realPluginFits()
     QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
     QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
+    compareByKeyboard();
     for (const auto &[name, told] : pictures) {
-        const QDomElement record = plugin.Process()->GetFileXmlParams(Path(name));
+        const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
         const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
     }
     m_wizard.reset(); // before the plug-in
+    QVERIFY(QFile::remove(Path("found_corrected.tiff")));
+    QString problem; // of a run on an interrupted thread
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        QThread::currentThread()->requestInterruption();
+        KIPluginOne2One *process = plugin.Processes().front();
+        const ParameterRecord record(process, DescribeParameters(process->Name(), {{true, false, false}, QString()}));
+        try {
+            QString output;
+            process->Process(Path("found.jpg"), record.Get(), output);
+        } catch (const KException &e) {
+            problem = e.what();
+        }
+    }));
+    thread->start();
+    thread->wait();
+    QCOMPARE(problem, "interrupted"_s);
+    QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
+}
+
+/// Opens the first row of the results by Return, zooms, and leaves by Escape.
+void tst_Wizard::compareByKeyboard()
+{
+    bool isDone = false;
+    QTimer::singleShot(0, m_wizard.get(), [&isDone] {
+        auto *dialog = qobject_cast<CompareDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        auto *before = dialog->findChild<ComparedView *>("before"_s),
+             *after = dialog->findChild<ComparedView *>("after"_s);
+        QTRY_COMPARE(after->Image().size(), QSize(60, 40));
+        QVERIFY(before->Image().size() == after->Image().size() && before->Image() != after->Image());
+        const QRectF whole = after->PictureRect();
+        QTest::keyClick(after, Qt::Key_Plus);
+        QTest::keyClick(after, Qt::Key_Right);
+        QVERIFY(after->PictureRect().width() > whole.width() && after->PictureRect().right() > after->width());
+        QCOMPARE(before->PictureRect(), after->PictureRect());
+        QTest::keyClick(after, Qt::Key_0);
+        QCOMPARE(after->PictureRect(), whole);
+        isDone = true;
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    auto *results = Find<QAbstractItemView>("results");
+    m_wizard->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_wizard.get()));
+    results->setFocus();
+    results->setCurrentIndex(results->model()->index(0, 0));
+    QTest::keyClick(results, Qt::Key_Return);
+    QVERIFY(isDone && m_wizard->isVisible());
+    results->setCurrentIndex(results->model()->index(1, 0));
+    QVERIFY(!Find<QAbstractButton>("compare")->isEnabled()); // a failed picture
+    m_wizard->close();
 }
 
 void tst_Wizard::usesTheUsersLanguage_data()
@@ -446,7 +557,34 @@ void tst_Wizard::usesTheUsersLanguage_data()
     row("es_ES", "perfiles", "corrección");
     row("pl_PL", "jego profili", "korekcja");
     row("ru_RU", "профилям", "коррекция");
+    row("it_IT", "profili", "correzione");
+    row("ja_JP", "プロファイル", "補正");
     row("de_AT", "Verzeichnung", "korrektur");
+}
+
+/// All widgets of the page are reached by Tab in reading order; no key of a button or label is used twice.
+void tst_Wizard::checkKeyboard() const
+{
+    QMap<QString, QString> texts; // by key
+    for (const QWidget *widget : m_wizard->findChildren<QWidget *>()) {
+        const QString text = widget->property("text").toString();
+        const QString key = QKeySequence::mnemonic(text).toString();
+        if (!widget->isVisible() || key.isEmpty())
+            continue;
+        QVERIFY2(!texts.contains(key), qPrintable(text + " and "_s + texts[key]));
+        texts[key] = text;
+        QVERIFY2(widget->width() >= widget->sizeHint().width(), qPrintable(text)); // not cut off
+    }
+    QPoint last;
+    const QWidget *page = m_wizard->currentPage();
+    for (const QWidget *widget = page->nextInFocusChain(); widget != page; widget = widget->nextInFocusChain()) {
+        if (!page->isAncestorOf(widget) || !widget->isVisible() || widget->focusPolicy() == Qt::NoFocus
+            || (widget->parent() != page && !widget->property("text").isValid()))
+            continue;
+        const QPoint place = widget->mapTo(page, QPoint());
+        QVERIFY2(place.y() > last.y() + 4 || place.x() > last.x(), qPrintable(widget->objectName()));
+        last = place;
+    }
 }
 
 void tst_Wizard::usesTheUsersLanguage()
@@ -459,7 +597,7 @@ void tst_Wizard::usesTheUsersLanguage()
     QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
     m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
     m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
-    Show(plugin.Process(), QString());
+    Show({plugin.Process()}, QString());
     QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
 
     m_wizard->resize(1, 1); // the description of the plug-in's page is fully visible in a narrow window
@@ -467,6 +605,8 @@ void tst_Wizard::usesTheUsersLanguage()
     WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
     WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
     m_wizard->Add({Path("cut.jpg")});
+    QTRY_VERIFY(CanGoOn());
+    checkKeyboard();
     Next();
     QApplication::processEvents();
     const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
@@ -476,6 +616,7 @@ void tst_Wizard::usesTheUsersLanguage()
     QVERIFY(header != labels.end());
     QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
     Next();
+    checkKeyboard();
     QTRY_VERIFY(Close());
     QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not its number
     m_wizard.reset(); // before the plug-in

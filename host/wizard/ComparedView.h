@@ -1,0 +1,62 @@
+// One of several pictures that are shown at the same place and zoom.
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QWidget>
+
+/// The place and zoom of pictures of about the same size. Without zoom, each picture fits its view.
+class SharedPlace : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    /// From 1, the whole picture, to kMaxZoom.
+    double Zoom() const { return m_zoom; }
+    /// The point in the middle of the views, as shares of width and height.
+    QPointF Center() const { return m_center; }
+    /// Multiplies the zoom; the point @p at, as shares of the picture, keeps its place in the views.
+    void ZoomBy(double factor, const QPointF &at);
+    void ZoomBy(double factor) { ZoomBy(factor, m_center); }
+    /// Moves the picture by shares of its width and height.
+    void MoveBy(const QPointF &shares);
+    void ShowAll();
+
+Q_SIGNALS:
+    void Changed();
+
+private:
+    void Set(double zoom, const QPointF &center);
+
+    double m_zoom = 1.0;
+    QPointF m_center{0.5, 0.5};
+};
+
+/// Shows a picture, or a text instead. The mouse moves and zooms all pictures of the place.
+class ComparedView : public QWidget {
+    Q_OBJECT
+public:
+    /// @param place  must outlive the view.
+    explicit ComparedView(SharedPlace *place);
+
+    void Show(const QImage &image);
+    void Show(const QString &text);
+    /// The picture; null if a text is shown.
+    QImage Image() const { return m_image; }
+    /// The rectangle of the whole picture in the view, which may be larger than the view.
+    QRectF PictureRect() const;
+
+    QSize minimumSizeHint() const override { return {200, 150}; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+
+private:
+    SharedPlace *m_place;
+    QImage m_image;
+    QString m_text;
+    QPoint m_dragged; // last position of the mouse
+};

@@ -43,20 +43,27 @@ inline float PhotographAt(int x, int y)
     return 0.45F + value + edge + grain;
 }
 
-/// 3 : 2, of about @p megapixels, 8-bit RGB.
-inline void MakePhotograph(KImage *image, double megapixels)
+/// Fills rows of RGB with samples of up to @p white.
+template <typename Sample> void FillPhotograph(KImage *image, float white)
 {
-    const int height = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 / 1.5)));
-    const int width = height * 3 / 2;
-    image->AllocBitmap(width, height, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
 #pragma omp parallel for schedule(static)
-    for (int y = 0; y < height; ++y) {
-        unsigned char *row = image->getData(0, y);
-        for (int x = 0; x < width; ++x) {
+    for (int y = 0; y < image->height(); ++y) {
+        auto *row = reinterpret_cast<Sample *>(image->getData(0, y));
+        for (int x = 0; x < image->width(); ++x) {
             const float value = PhotographAt(x, y), tint = SmoothNoise(x, y, 9) - 0.5F;
             const float colors[] = {value + 0.2F * tint, value, value - 0.25F * tint};
             for (int c = 0; c < 3; ++c)
-                row[3 * x + c] = static_cast<unsigned char>(std::fmin(std::fmax(colors[c], 0.0F), 1.0F) * 255.0F);
+                row[3 * x + c] = static_cast<Sample>(std::fmin(std::fmax(colors[c], 0.0F), 1.0F) * white);
         }
     }
+}
+
+/// 3 : 2, or 2 : 3 if @p upright, of about @p megapixels, RGB of 8 or 16 bits.
+inline void MakePhotograph(KImage *image, double megapixels, int bits = 8, bool upright = false)
+{
+    const int shortSide = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 / 1.5))),
+              longSide = shortSide * 3 / 2;
+    image->AllocBitmap(upright ? shortSide : longSide, upright ? longSide : shortSide, GFL_RGB, bits, /*clear=*/false,
+                       nullptr, 0);
+    bits == 8 ? FillPhotograph<std::uint8_t>(image, 255.0F) : FillPhotograph<std::uint16_t>(image, 65535.0F);
 }

@@ -1,8 +1,8 @@
-// Whole runs of the program, from the start of the process to its end: JPEG to deflate TIFF, all three corrections.
+// Whole runs of the program, from the start of the process to its end, to deflate TIFF, all three corrections.
 //
-// "ratio" is relative to the sum of the unavoidable work: decoding the file with libjpeg-turbo, one copy of the float
-// picture, libdeflate at level 1 with predictor on two threads, writing and syncing those bytes. Each is timed
-// alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
+// "ratio" is relative to the sum of the unavoidable work: decoding the file on one thread, one copy of the float
+// picture, packing by the same compressor on two threads, writing and syncing those bytes. Each is timed alternately
+// with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 
@@ -12,13 +12,17 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <isa-l/igzip_lib.h>
 #include <jpeglib.h>
 #include <libdeflate.h>
+#include <tiffio.h>
 
 #include <array>
 #include <chrono>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <string>
 #include <thread>
 
 #include <fcntl.h>
@@ -38,14 +42,32 @@ double Now()
     qFatal("run_bench: %s", qPrintable(why));
 }
 
+/// A kind of run.
+struct Kind {
+    const char *name;
+    int bits; // 8: of a JPEG; 16: of a TIFF without compression
+    bool upright;
+    const char *sampling; // null: the plain way
+};
+
+constexpr Kind kKinds[] = {{"plain", 8, false, nullptr},
+                           {"sharp", 8, false, "--sampling=sharp"},
+                           {"bilinear", 8, false, "--sampling=bilinear"},
+                           {"sharp16", 16, false, "--sampling=sharp"},
+                           {"bilinear16", 16, false, "--sampling=bilinear"},
+                           {"uprightSharp", 8, true, "--sampling=sharp"}};
+
 /// A folder with a picture and a profile made for its size.
 class Job {
 public:
-    explicit Job(double megapixels) : m_folder(QDir::tempPath() + QLatin1String("/vitrelux-bench-XXXXXX"))
+    Job(const Kind &kind, double megapixels)
+        : m_kind(kind), m_folder(QDir::tempPath() + QLatin1String("/vitrelux-bench-XXXXXX"))
     {
-        MakePhotograph(&m_photograph, megapixels);
-        constexpr int kQualityOfCameras = 11;
-        m_photograph.Write(Picture(), QStringLiteral("jpeg"), kQualityOfCameras, QString());
+        MakePhotograph(&m_photograph, megapixels, kind.bits, kind.upright);
+        constexpr int kQualityOfCameras = 11, kNone = 0;
+        const bool isJpeg = kind.bits == 8;
+        m_photograph.Write(Picture(), isJpeg ? QStringLiteral("jpeg") : QStringLiteral("tiff"),
+                           isJpeg ? kQualityOfCameras : kNone, QString());
         QFile sample(QStringLiteral(VITRELUX_SAMPLES "/facade.lcp")), profile(Profile());
         if (!sample.open(QIODevice::ReadOnly) || !profile.open(QIODevice::WriteOnly))
             Die(QStringLiteral("no profile"));
@@ -54,18 +76,20 @@ public:
             text.replace(QRegularExpression(QStringLiteral("(:%1>)\\d+").arg(QLatin1String(tag))),
                          QStringLiteral("\\1%1").arg(value));
         };
-        set("ImageWidth", m_photograph.width());
-        set("ImageLength", m_photograph.height());
+        set("ImageWidth", std::max(m_photograph.width(), m_photograph.height()));
+        set("ImageLength", std::min(m_photograph.width(), m_photograph.height()));
         profile.write(text.toUtf8());
     }
 
-    QString Picture() const { return m_folder.filePath(QStringLiteral("photograph.jpg")); }
+    const Kind &TheKind() const { return m_kind; }
+    QString Picture() const { return File(m_kind.bits == 8 ? "a.jpg" : "a.tif"); }
     QString Profile() const { return m_folder.filePath(QStringLiteral("lens.lcp")); }
     QString File(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
     const KImage &Photograph() const { return m_photograph; }
     std::int64_t PixelCount() const { return std::int64_t(m_photograph.width()) * m_photograph.height(); }
 
 private:
+    const Kind &m_kind;
     QTemporaryDir m_folder;
     KImage m_photograph;
 };
@@ -87,6 +111,7 @@ private:
     struct Names {
         char picture[512];
         char profile[512];
+        int kind; // index
     };
     [[noreturn]] static void Serve(const QByteArray &program, int requests, int answers);
 
@@ -113,8 +138,10 @@ void Starter::Serve(const QByteArray &program, int requests, int answers)
         const pid_t child = fork();
         if (child == 0) {
             dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
-            execl(program.constData(), program.constData(), "correct", "--plain", "--overwrite", "--profile",
-                  names.profile, names.picture, static_cast<char *>(nullptr));
+            const char *const sampling = kKinds[names.kind].sampling;
+            execl(program.constData(), program.constData(), "correct", "--overwrite", "--profile", names.profile,
+                  names.picture, sampling ? sampling : "--plain", sampling ? "--body=Halden M4" : nullptr, "--focal=24",
+                  "--aperture=4", static_cast<char *>(nullptr));
             _exit(127);
         }
         int status = -1;
@@ -132,6 +159,7 @@ Run Starter::Correct(const Job &job)
     Names names = {};
     qstrncpy(names.picture, QFile::encodeName(job.Picture()).constData(), sizeof names.picture);
     qstrncpy(names.profile, QFile::encodeName(job.Profile()).constData(), sizeof names.profile);
+    names.kind = static_cast<int>(&job.TheKind() - kKinds);
     Run run;
     if (write(m_requests[1], &names, sizeof names) != sizeof names || read(m_answers[0], &run, sizeof run) != sizeof run
         || run.seconds < 0)
@@ -162,25 +190,71 @@ void DecodeJpeg(const Job &job)
     jpeg_destroy_decompress(&decoder);
 }
 
-/// Appends every other strip from @p first on, with the differences of neighbors, to @p packed.
-void DeflateStrips(const KImage &rgba, int first, std::vector<unsigned char> *packed)
+void DecodeTiff(const Job &job)
 {
-    constexpr int kLevel = 1, kThreads = 2, kStripRows = 16;
-    const std::size_t rowBytes = std::size_t(rgba.width()) * 4, stripBytes = rowBytes * kStripRows;
-    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor *)> compressor(
+    TIFF *tiff = TIFFOpen(QFile::encodeName(job.Picture()).constData(), "r");
+    std::vector<unsigned char> strip(static_cast<std::size_t>(TIFFStripSize(tiff)));
+    for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff); ++i)
+        TIFFReadEncodedStrip(tiff, i, strip.data(), static_cast<tmsize_t>(strip.size()));
+    TIFFClose(tiff);
+}
+
+using Bytes = std::vector<unsigned char>;
+
+/// Packs the first @p bytes of @p strip, as fitted pictures are packed, and returns the packed size.
+std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
+{
+    thread_local Bytes buffer(ISAL_DEF_LVL1_DEFAULT);
+    isal_zstream stream;
+    isal_deflate_init(&stream);
+    stream.level = 1;
+    stream.level_buf = buffer.data();
+    stream.level_buf_size = ISAL_DEF_LVL1_DEFAULT;
+    stream.gzip_flag = IGZIP_ZLIB;
+    stream.end_of_stream = 1;
+    stream.next_in = const_cast<unsigned char *>(strip.data()); // only read
+    stream.avail_in = static_cast<std::uint32_t>(bytes);
+    stream.next_out = packed->data();
+    stream.avail_out = static_cast<std::uint32_t>(packed->size());
+    if (isal_deflate(&stream) != COMP_OK)
+        Die(QStringLiteral("ISA-L failed"));
+    return stream.total_out;
+}
+
+/// The same as plain pictures are packed.
+std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
+{
+    constexpr int kLevel = 1;
+    thread_local const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor *)> compressor(
         libdeflate_alloc_compressor(kLevel), libdeflate_free_compressor);
-    std::vector<unsigned char> strip(stripBytes), bound(libdeflate_zlib_compress_bound(compressor.get(), stripBytes));
-    for (int top = first * kStripRows; top < rgba.height(); top += kThreads * kStripRows) {
-        const int rows = std::min(kStripRows, rgba.height() - top);
-        for (int y = 0; y < rows; ++y) {
-            const unsigned char *from = rgba.getData(0, top + y);
-            unsigned char *to = strip.data() + std::size_t(y) * rowBytes;
-            std::copy_n(from, 4, to);
-            for (std::size_t i = 4; i < rowBytes; ++i)
-                to[i] = static_cast<unsigned char>(from[i] - from[i - 4]);
-        }
-        const std::size_t bytes = libdeflate_zlib_compress(
-            compressor.get(), strip.data(), rowBytes * static_cast<std::size_t>(rows), bound.data(), bound.size());
+    return libdeflate_zlib_compress(compressor.get(), strip.data(), bytes, packed->data(), packed->size());
+}
+
+template <typename Sample> void Differences(const unsigned char *from, unsigned char *to, int width, int channels)
+{
+    const auto *src = reinterpret_cast<const Sample *>(from);
+    auto *dst = reinterpret_cast<Sample *>(to);
+    std::copy_n(src, channels, dst);
+    for (int i = channels; i < width * channels; ++i)
+        dst[i] = static_cast<Sample>(src[i] - src[i - channels]);
+}
+
+/// Appends every other strip from @p first on, with the differences of neighbors, to @p packed.
+void DeflateStrips(const KImage &image, bool plain, int first, Bytes *packed)
+{
+    constexpr int kThreads = 2, kStripRows = 16;
+    const int channels = plain ? 4 : 3;
+    const bool is8 = image.bitsPerComponent() == 8;
+    const std::size_t rowBytes = std::size_t(image.width()) * std::size_t(channels) * (is8 ? 1 : 2);
+    Bytes strip(rowBytes * kStripRows), bound(strip.size() + strip.size() / 64 + 1024);
+    for (int top = first * kStripRows; top < image.height(); top += kThreads * kStripRows) {
+        const int rows = std::min(kStripRows, image.height() - top);
+        for (int y = 0; y < rows; ++y)
+            (is8 ? Differences<std::uint8_t> : Differences<std::uint16_t>)(image.getData(0, top + y),
+                                                                           strip.data() + std::size_t(y) * rowBytes,
+                                                                           image.width(), channels);
+        const std::size_t bytes =
+            (plain ? PackByLibdeflate : PackByIsaL)(strip, rowBytes * static_cast<std::size_t>(rows), &bound);
         packed->insert(packed->end(), bound.data(), bound.data() + bytes);
     }
 }
@@ -189,23 +263,24 @@ class Floor {
 public:
     explicit Floor(const Job &job) : m_job(job), m_floats(static_cast<std::size_t>(job.PixelCount()) * 32, 1)
     {
-        job.Photograph().Convert(m_rgba, GFL_RGBA, 8);
+        job.Photograph().Convert(m_result, job.TheKind().sampling ? GFL_RGB : GFL_RGBA, job.TheKind().bits);
     }
 
     /// Returns the seconds of the four steps: decoding, copying, deflating, writing.
     std::array<double, 4> Measure()
     {
-        std::vector<unsigned char> packed[2];
+        const bool plain = m_job.TheKind().sampling == nullptr;
+        Bytes packed[2];
         for (auto &part : packed)
-            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4);
+            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4); // pages are touched only where filled
         const double start = Now();
-        DecodeJpeg(m_job);
+        (m_job.TheKind().bits == 8 ? DecodeJpeg : DecodeTiff)(m_job);
         const double decoded = Now();
         const std::size_t half = m_floats.size() / 2;
         CopyRows(m_floats.data() + half, m_floats.data(), half);
         const double copied = Now();
-        std::thread other(DeflateStrips, std::cref(m_rgba), 1, &packed[1]);
-        DeflateStrips(m_rgba, 0, &packed[0]);
+        std::thread other(DeflateStrips, std::cref(m_result), plain, 1, &packed[1]);
+        DeflateStrips(m_result, plain, 0, &packed[0]);
         other.join();
         const double deflated = Now();
         const int file =
@@ -221,13 +296,13 @@ public:
 
 private:
     const Job &m_job;
-    KImage m_rgba;
+    KImage m_result;                     // in the form of the file; uncorrected
     std::vector<unsigned char> m_floats; // two float pictures
 };
 
-void BM_Run(benchmark::State &state)
+void BM_Run(benchmark::State &state, int kind, double megapixels)
 {
-    const Job job(static_cast<double>(state.range(0)));
+    const Job job(kKinds[kind], megapixels);
     double bestRun = std::numeric_limits<double>::max(), peakBytes = 0.0;
     std::array<double, 4> best;
     best.fill(std::numeric_limits<double>::max());
@@ -252,7 +327,20 @@ void BM_Run(benchmark::State &state)
     state.counters["peak_MiB"] = peakBytes / (1 << 20);
     state.counters["bytes/pixel_over_80MiB"] = std::max(0.0, peakBytes - 80.0 * (1 << 20)) / pixels;
 }
-BENCHMARK(BM_Run)->Arg(1)->Arg(24)->Arg(100)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+/// All kinds at 24 megapixels; plain and sharp also at sizes that show how they grow.
+void RegisterRuns()
+{
+    for (int kind = 0; kind < static_cast<int>(std::size(kKinds)); ++kind)
+        for (const int megapixels : {1, 24, 100}) {
+            if (megapixels != 24 && kind > 1)
+                continue;
+            const std::string name = std::string("BM_Run/") + kKinds[kind].name + "/" + std::to_string(megapixels);
+            benchmark::RegisterBenchmark(name.c_str(), BM_Run, kind, megapixels)
+                ->UseManualTime()
+                ->Iterations(5)
+                ->Unit(benchmark::kMillisecond);
+        }
+}
 
 } // namespace
 
@@ -262,6 +350,7 @@ int main(int argc, char **argv)
     Starter starter;
     s_starter = &starter;
     KImage::init(nullptr);
+    RegisterRuns();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     KImage::exit();

@@ -1,25 +1,15 @@
-// Passes picture files through the image-file layer: pixels, thumbnail, metadata, and back into a file.
-#include "core/codec.h"
-#include "formats.h"
+// Passes picture files through the image-file layer: information, pixels, thumbnail, metadata, and back into a file.
+#include "Target.h"
 #include "gfl.h"
 
-#include <cstdint>
 #include <cstdlib>
 
-using namespace imagefile;
-
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // Checks invariants of every returned bitmap; reads all pixels.
 void Check(const GFL_BITMAP &bitmap)
 {
-    const int channels = ChannelsOfType(bitmap.Type);
+    const int channels = bitmap.Type == GFL_GREY ? 1 : bitmap.Type == GFL_RGB ? 3 : 4;
     Require(bitmap.Width >= 1 && bitmap.Height >= 1 && bitmap.Data != nullptr);
     Require(bitmap.BitsPerComponent == 8 || bitmap.BitsPerComponent == 16 || bitmap.BitsPerComponent == 32);
     Require(bitmap.ComponentsPerPixel == channels && bitmap.BytesPerPixel == channels * bitmap.BitsPerComponent / 8);
@@ -60,45 +50,67 @@ void TrySaving(const GFL_BITMAP &bitmap, const char *format)
     std::free(file);
 }
 
-void TryThumbnail(const std::uint8_t *data, std::size_t size, const GFL_LOAD_PARAMS &params)
+/// Reads a thumbnail, also of pictures whose pixels are damaged.
+void TryThumbnail(const char *path, const GFL_LOAD_PARAMS &params)
 {
-    const Source source(data, size);
-    const Codec *codec = nullptr;
-    std::int32_t index = 0;
-    if (!FindCodec(source, &codec, &index))
-        return;
-    const Box box = {16, 16};
-    ReducedRows rows(params, box);
-    const bool good = bool(codec->ReadThumbnail(source, params, box, &rows));
-    GFL_BITMAP *bitmap = rows.Take();
-    Require(!good || (bitmap && bitmap->Width <= box.width && bitmap->Height <= box.height));
+    constexpr int kSide = 16;
+    GFL_BITMAP *bitmap = nullptr;
+    GFL_FILE_INFORMATION info;
+    const int error = gflLoadThumbnailUTF8(path, kSide, kSide, &bitmap, &params, &info);
+    Require((error == GFL_NO_ERROR) == (bitmap != nullptr));
+    if (bitmap) {
+        Check(*bitmap);
+        Require(bitmap->Width <= kSide && bitmap->Height <= kSide);
+        gflFreeFileInformation(&info);
+    }
     gflFreeBitmap(bitmap);
+}
+
+/// Compares the information with the loaded picture.
+void TryInformation(const char *path, const GFL_BITMAP *bitmap)
+{
+    GFL_FILE_INFORMATION info;
+    const int error = gflGetFileInformationExUTF8(path, -1, &info, 0);
+    if (error == GFL_NO_ERROR && bitmap)
+        Require(info.Width == bitmap->Width && info.Height == bitmap->Height);
+    Require(error == GFL_NO_ERROR || !bitmap);
+    if (error == GFL_NO_ERROR)
+        gflFreeFileInformation(&info);
+}
+
+GFL_LOAD_PARAMS ParamsOf(unsigned options)
+{
+    GFL_LOAD_PARAMS params;
+    gflGetDefaultLoadParams(&params);
+    params.Flags = GFL_LOAD_METADATA | ((options & 1) != 0 ? GFL_LOAD_ORIGINAL_DEPTH : 0u)
+        | ((options & 2) != 0 ? GFL_LOAD_FORCE_COLOR_MODEL : 0u);
+    params.ColorModel = (options & 4) != 0 ? GFL_RGBA : GFL_GREY;
+    return params;
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+FUZZ_TARGET(imagefile)
 {
     if (size < 16)
-        return 0;
-    GFL_LOAD_PARAMS params;
-    gflGetDefaultLoadParams(&params);
+        return;
+    StartKernel();
     // The options come from the last byte, which most formats ignore, so that seeds are ordinary files.
     const unsigned options = data[size - 1];
-    params.Flags = GFL_LOAD_METADATA | ((options & 1) != 0 ? GFL_LOAD_ORIGINAL_DEPTH : 0u)
-        | ((options & 2) != 0 ? GFL_LOAD_FORCE_COLOR_MODEL : 0u);
-    params.ColorModel = (options & 4) != 0 ? GFL_RGBA : GFL_GREY;
+    const GFL_LOAD_PARAMS params = ParamsOf(options);
     GFL_BITMAP *bitmap = nullptr;
     GFL_FILE_INFORMATION info;
     const int error = gflLoadBitmapFromMemory(data, static_cast<std::uint32_t>(size), &bitmap, &params, &info);
     Require((error == GFL_NO_ERROR) == (bitmap != nullptr));
+    const MemoryFile file(AsBytes(data, size));
+    const QByteArray path = file.Path().toUtf8();
+    TryInformation(path.constData(), bitmap);
+    TryThumbnail(path.constData(), params);
     if (bitmap) {
         Check(*bitmap);
         TryMetadata(bitmap);
         static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // those that carry metadata
         TrySaving(*bitmap, kFormats[(options >> 3) & 3]);
-        TryThumbnail(data, size, params);
     }
     gflFreeBitmap(bitmap);
-    return 0;
 }

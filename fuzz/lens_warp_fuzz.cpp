@@ -1,35 +1,10 @@
 // Corrects small pictures with arbitrary model values, not only those possible in a profile.
-#include "KImage.h"
+#include "Images.h"
 #include "newLCP.h"
 
 #include <QDomElement>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
-
 namespace {
-
-/// Reads the input value by value; returns zeros after its end.
-class Input {
-public:
-    Input(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) { }
-    template <typename T> T Next()
-    {
-        T value{};
-        if (m_left >= sizeof value) {
-            std::memcpy(&value, m_data, sizeof value);
-            m_data += sizeof value;
-            m_left -= sizeof value;
-        }
-        return value;
-    }
-    int Below(int end) { return Next<std::uint8_t>() % end; }
-
-private:
-    const std::uint8_t *m_data;
-    std::size_t m_left;
-};
 
 void FillModel(Input &input, LensParam &model)
 {
@@ -42,18 +17,9 @@ void FillModel(Input &input, LensParam &model)
         model.coefficients.append(input.Next<float>());
 }
 
-KImage AnyImage(Input &input)
-{
-    const unsigned short types[] = {GFL_GREY, GFL_RGB, GFL_RGBA};
-    const int depths[] = {8, 12, 16, 32};
-    const int width = 1 + input.Below(12), height = 1 + input.Below(12);
-    const unsigned short type = types[input.Below(3)];
-    return KImage(width, height, type, depths[input.Below(4)], /*clear=*/true, nullptr, 0);
-}
-
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+FUZZ_TARGET(lens_warp)
 {
     Input input(data, size);
     bool ok = false;
@@ -66,5 +32,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
          {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel, &lcp.vignetteModel})
         FillModel(input, *model);
     lcp.Render(source, destination, switches & 1, switches & 2, switches & 4, switches & 8);
-    return 0;
 }

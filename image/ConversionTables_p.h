@@ -77,6 +77,12 @@ template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, 
     Call(primitives::CopyOpaque<T, S>, src, dst, pixels, Alpha);
 }
 
+/// Converts RGB of integers to float RGBA.
+template <typename T> void OpaqueFloats(const void *src, void *dst, int pixels)
+{
+    primitives::OpaqueFloats(static_cast<const T *>(src), static_cast<Ipp32f *>(dst), pixels);
+}
+
 } // namespace steps
 
 /// Depth steps, [from][to][layout]; none for equal depths.
@@ -109,6 +115,10 @@ constexpr RunStep kChannelSteps[3][3][3] = {
     {{nullptr, steps::Spread<ippiCopy_32f_C1C3R, ippiSwapChannels_32f_C3R>, steps::Opaque<Ipp32f, 1, 1>},
      {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
+
+/// RGB to float RGBA in one step, because the warp reads its source this way.
+constexpr RunStep kToOpaqueFloats[] = {steps::OpaqueFloats<Ipp8u>, steps::OpaqueFloats<Ipp16u>,
+                                       steps::Opaque<Ipp32f, 3, 1>};
 
 /// The exceptions to an opaque alpha, all from gray to RGBA; hosts rely on them.
 struct AlphaException {
@@ -147,6 +157,10 @@ public:
         m_last = colorsFirst ? toDepth : toLayout;
         if (!m_last)
             std::swap(m_first, m_last);
+        if (from.layout == kRgb && to == Form{kDepth32f, kRgba}) {
+            m_first = nullptr;
+            m_last = kToOpaqueFloats[from.depth];
+        }
     }
 
     bool IsIdentity() const { return !m_last; }

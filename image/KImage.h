@@ -12,6 +12,7 @@
 #include <string>
 
 class ImageDatas;
+class KImage;
 class KImageLoader;
 class QColor;
 class QImage;
@@ -19,8 +20,6 @@ class QPixmap;
 struct ImageSt;
 struct KToolsInstances;
 template <typename Image, typename Loader> class ImageCache;
-
-class KImage;
 
 /// Objects that copies of the image module share. KImage::init and KImage::exit define who owns them.
 struct KImageInstances {
@@ -124,14 +123,15 @@ public:
         /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on. Called from
         /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
+        /// Sets GFL_SAVE_FAST: several threads may then call fill at once.
+        bool fast = false;
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;
     struct FileForm {
-        QString format;          // "tiff", "jpeg", "png" or "exr"
-        int compression = -1;    // as in TranscodeCompression
-        int quality = -1;        // JPEG, 1 to 100, instead of compression; -1: by compression
-        bool halfFloats = false; // OpenEXR: floats of 16 bits
+        QString format;                     // "tiff", "jpeg", "png" or "exr"
+        int compression = -1, quality = -1; // as in TranscodeCompression; or of a JPEG, 1 to 100, instead
+        bool halfFloats = false;            // OpenEXR: floats of 16 bits
     };
     /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
     /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.
@@ -230,9 +230,8 @@ public:
     void HistogramEqualization(KImage &target);
 
     /// How HDR_Normalize maps t = (v - minimum) / (maximum - minimum) to 0 to 1. Logarithmic: log(1 + v') / log(1 +
-    /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled so
-    /// that its logarithmic mean is 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002,
-    /// eq. 4).
+    /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to
+    /// a logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
     /// Finds the least and greatest finite color sample of a float image, where alpha isn't 0 or everywhere; both 0 if
     /// there is none.
@@ -258,8 +257,7 @@ public:
     void ConvolveGaussian(float sigma, KImage &target) const;
     /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
     /// Transparent pixels stay and don't bleed into others; a pixel whose result isn't finite also stays. Y: luminance
-    /// only, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. @p target must not
-    /// be this image.
+    /// only, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
@@ -267,8 +265,7 @@ public:
     // --- Fisheye frames and lenses (KImage_Fisheye.cpp, KImage_Projection.cpp) ---
 
     /// Finds the image circle: radius and center, in pixels from the frame's middle; all 0 if there is none. Seeds
-    /// qrand(). Cat-eye: for a circle cut by the frame, whose radius is known to within a fifth (@p nominalRadius; 0:
-    /// unknown).
+    /// qrand(). Cat-eye: for a circle cut by the frame, whose radius is known to a fifth (@p nominalRadius, or 0).
     void GetFisheyeRadiusOffset(double &radius, double &offsetX, double &offsetY) const;
     void GetCateyeRadiusOffset(double &radius, double &offsetX, double &offsetY, double nominalRadius) const;
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
@@ -298,7 +295,6 @@ public:
 
 private:
     void Ctor();
-
     static void (*m_pfLog)(const std::string &, void *);
     static void *m_logData;
 };

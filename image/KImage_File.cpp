@@ -13,6 +13,7 @@
 #include <cctype>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -163,7 +164,8 @@ void WriteBy(KImage &image, const QString &fileName, const KImage::FileForm &for
 /// Context of a WriteRows call, passed through the layer, which no exception may cross.
 struct RowsRequest {
     const KImage::RowsToWrite &rows;
-    std::exception_ptr failure;
+    std::mutex mutex;
+    std::exception_ptr failure; // the first; guarded by the mutex
 };
 
 int MakeRows(int firstRow, int count, std::uint8_t *data, std::uint32_t bytesPerLine, void *userData) noexcept
@@ -176,7 +178,9 @@ int MakeRows(int firstRow, int count, std::uint8_t *data, std::uint32_t bytesPer
         request.rows.fill(band, firstRow);
         return GFL_NO_ERROR;
     } catch (...) {
-        request.failure = std::current_exception();
+        const std::lock_guard<std::mutex> lock(request.mutex);
+        if (!request.failure)
+            request.failure = std::current_exception();
         return GFL_ERROR_BAD_BITMAP;
     }
 }
@@ -267,8 +271,10 @@ void KImage::WriteRows(const RowsToWrite &rows, const QString &fileName, const F
         KThrow(kInvalidParameter);
     KImage shape(rows.width, /*height=*/1, rows.type, rows.bitsPerComponent, /*clear=*/false, nullptr, 0);
     shape.m_bitmap->Height = rows.height; // like the record of the whole picture; its pixels are never accessed
-    RowsRequest request = {rows, nullptr};
-    const auto save = [&](const char *path, const GFL_SAVE_PARAMS &params) {
+    RowsRequest request = {rows, {}, nullptr};
+    const auto save = [&](const char *path, GFL_SAVE_PARAMS params) {
+        if (rows.fast)
+            params.Flags |= GFL_SAVE_FAST;
         const int error = gflSaveRowsUTF8(path, shape.m_bitmap, MakeRows, &request, &params);
         if (request.failure)
             std::rethrow_exception(request.failure);

@@ -5,6 +5,7 @@
 #include "core/codec.h"
 #include "core/guard.h"
 #include "core/image_limits.h"
+#include "core/thread_count.h"
 #include "formats.h"
 #include "metadata/exif_carry.h"
 #include "metadata/metadata.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <thread>
 
 using namespace imagefile;
 
@@ -20,16 +20,8 @@ namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
 constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from here on, artifacts are hard to see
-constexpr int kMaxThreads = 64;
 
 std::atomic<bool> lzwAllowed{false};
-std::atomic<int> saveThreads{0};
-
-int SaveThreads()
-{
-    const int threads = saveThreads.load(std::memory_order_relaxed);
-    return std::clamp(threads > 0 ? threads : static_cast<int>(std::thread::hardware_concurrency()), 1, kMaxThreads);
-}
 
 // A recognized file: its bytes, format and headers.
 struct OpenFile {
@@ -144,9 +136,10 @@ Status SaveTo(Sink *sink, const Codec &codec, const GFL_BITMAP &bitmap, const Ro
     options.quality = params.Quality;
     options.metadata = &metadata;
     options.rows = rows;
-    options.threads = SaveThreads();
+    options.threads = ThreadCount();
     options.thumbnail = (params.Flags & GFL_SAVE_THUMBNAIL) != 0;
     options.halfFloats = (params.Flags & GFL_SAVE_HALF_FLOATS) != 0;
+    options.fast = (params.Flags & GFL_SAVE_FAST) != 0;
     options.lzwAllowed = lzwAllowed.load(std::memory_order_relaxed);
     return codec.Write(bitmap, options, sink);
 }
@@ -189,7 +182,12 @@ void gflEnableLZW(int enable)
 
 void gflSetThreads(int threads)
 {
-    saveThreads.store(threads, std::memory_order_relaxed);
+    SetThreadCount(threads);
+}
+
+void gflSetMaxPixels(std::int64_t pixels)
+{
+    SetMaxPixels(pixels);
 }
 
 std::int32_t gflGetFormatIndexByName(const char *name)

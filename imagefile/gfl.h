@@ -31,9 +31,13 @@ GFL_API void gflLibraryExit();
 /// Allows (not 0) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets the threads that one save may use, from 1; 0 (the default) means one per processor. The file is the same for
-/// any number.
+/// Sets the threads that one save or load may use, from 1; 0 (the default) means one per processor. File and pixels are
+/// the same for any number.
 GFL_API void gflSetThreads(int threads);
+
+/// Sets the number of pixels that a picture may have to be read, from 1; 0 (the default) means only the limits of its
+/// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
+GFL_API void gflSetMaxPixels(std::int64_t pixels);
 
 /// Returns why the last failed call of this thread failed: what was read, expected, found. Never null; valid until the
 /// thread's next call that fails.
@@ -113,8 +117,9 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 
 /// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives
 /// its size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
-/// calling thread, while other threads pack finished rows of a TIFF. Only for "tiff", "jpeg", "png" and "exr";
-/// other formats give GFL_ERROR_BAD_PARAMETERS.
+/// calling thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
+/// once request GFL_FAST_ROWS rows each, in about this order. Only for "tiff", "jpeg", "png" and "exr"; other formats
+/// give GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 

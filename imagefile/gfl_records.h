@@ -87,7 +87,12 @@ enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
     GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
     GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: 16-bit floats, regardless of the bitmap's depth
+    GFL_SAVE_FAST = 0x0040,        // deflate of TIFF: ISA-L instead of libdeflate, and rows made on several threads
 };
+
+/// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, from multiples of them on; the last
+/// request is shorter. A power of two.
+constexpr int GFL_FAST_ROWS = 64;
 
 /// GFL_SAVE_PARAMS::Compression: the format's default (TIFF: none).
 constexpr std::uint16_t GFL_COMPRESSION_DEFAULT = 0xFFFF;

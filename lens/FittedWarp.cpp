@@ -116,6 +116,12 @@ FittedWarp::RowRange FittedWarp::RowsFor(int firstRow, int rows) const
             std::min(maps.height, static_cast<int>(greatest) + 1 + margin)};
 }
 
+bool FittedWarp::ReadsStored(const KImage &picture) const
+{
+    return m_sampling == Sampling::Sharp && !m_source.hasAlpha && !m_source.isFloat && picture.m_bitmap
+        && picture.type() == GFL_RGB && picture.bitsPerComponent() <= 16;
+}
+
 bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                         Instructions instructions) const
 {
@@ -131,6 +137,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
                        m_leavesEmpty,
                        window.getData(0, -windowRow),
                        window.bytesPerLine(),
+                       window.m_bitmap->BytesPerPixel,
                        windowRow,
                        windowRow + window.height(),
                        rows.getData(0, 0),

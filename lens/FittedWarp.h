@@ -36,10 +36,13 @@ public:
     /// its first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
+    /// Returns whether Render also takes rows of @p picture, RGB of 8 or 16 bits, unconverted: the result is the same.
+    bool ReadsStored(const KImage &picture) const;
+
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
-    /// (FloatWarp::Serves).
+    /// (FloatWarp::Serves), or as stored if ReadsStored.
     /// @param rows    Float RGBA of the same width; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,

@@ -33,6 +33,7 @@ struct FittedWarp::Band {
     bool mayBeEmpty;
     const unsigned char *source; // where the picture's first pixel would be if it were in memory
     std::int64_t sourceStride;   // bytes
+    int pixelBytes;              // of the source
     int heldFirst, heldEnd;      // rows in memory
     unsigned char *target;
     std::int64_t targetStride;

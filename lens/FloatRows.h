@@ -4,14 +4,21 @@
 #include "KImage.h"
 
 /// Sliding window of source rows as float RGBA, which the warp reads. A whole float copy spent most of its time on page
-/// faults. One thread at a time.
+/// faults. If a picture is so bent that a call needs much of it, the block has room for all rows, which then never
+/// move, and rows left behind are returned to the system. One thread at a time.
 class FloatRows {
 public:
-    /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
-    explicit FloatRows(const KImage &picture) : m_picture(picture) { }
+    /// How the requested ranges follow each other down the picture.
+    enum class Walk {
+        Steps, ///< most rows are requested again: room so that they rarely move, yet fit the caches
+        Leaps, ///< few are; several threads have a window each, so rows are converted without OpenMP
+    };
 
-    /// Ensures that rows [first, end), which must exist, are in the window, perhaps with others. Cheap if calls proceed
-    /// down the picture. May throw a KException.
+    /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
+    explicit FloatRows(const KImage &picture, Walk walk = Walk::Steps) : m_picture(picture), m_walk(walk) { }
+
+    /// Ensures that rows [first, end), which must exist, are in the window, perhaps with others. Converts only those
+    /// that are missing. May throw a KException.
     void Hold(int first, int end);
 
     /// The rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
@@ -21,10 +28,13 @@ public:
 
 private:
     void Grow(int rows);
+    void Place(int first, int end);
+    void Convert(int first, int end);
 
     const KImage &m_picture;
+    const Walk m_walk;
     KImage m_block;
-    KImage m_rows;              // wraps the rows of m_block from m_start on
-    int m_start = 0;            // row of m_block
-    int m_first = 0, m_end = 0; // rows of the picture
+    KImage m_rows; // wraps the rows of m_block that are held
+    // Rows of the picture: at the top of m_block, and those that are held.
+    int m_top = 0, m_first = 0, m_end = 0;
 };

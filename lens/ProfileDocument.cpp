@@ -1,7 +1,7 @@
 #include "ProfileDocument_p.h"
 
+#include "InputLimits.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -20,7 +20,7 @@ ProfileDocument ReadProfileDocument(const QString &fileName)
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return fail(ProfileFault::NotOpened, file.errorString());
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, regardless of the size that the file reports
+    const QByteArray content = ReadXmlBytes(&file);
     if (file.error() != QFileDevice::NoError)
         return fail(ProfileFault::NotOpened, file.errorString());
     file.close();

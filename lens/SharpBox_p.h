@@ -4,6 +4,7 @@
 #include "SharpLimits_p.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -84,7 +85,7 @@ inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y
     const int row = std::clamp(y, 0, band.height - 1);
     if (row < band.heldFirst || row >= band.heldEnd)
         return nullptr;
-    return band.source + row * band.sourceStride + std::int64_t(x) * kPixelBytes;
+    return band.source + row * band.sourceStride + std::int64_t(x) * band.pixelBytes;
 }
 
 VITRELUX_INLINE float LoadChannel(const unsigned char *pixel, int channel)
@@ -169,8 +170,22 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Stores the codes of @p count pixels by color. Prefetches the next rows, @p stride bytes apart, which the processor
-/// doesn't predict.
+/// Stores the codes of @p count pixels of RGB integers by color: those of the same values as floats.
+template <typename Sample>
+VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::int16_t *__restrict red,
+                                 std::int16_t *__restrict green, std::int16_t *__restrict blue)
+{
+    constexpr unsigned kScale = 65535U / std::numeric_limits<Sample>::max(), kHalf = 32768U;
+    const auto *__restrict samples = reinterpret_cast<const Sample *>(pixels);
+    for (int i = 0; i < count; ++i) {
+        red[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i] * kScale - kHalf));
+        green[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 1] * kScale - kHalf));
+        blue[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 2] * kScale - kHalf));
+    }
+}
+
+/// Stores the codes of @p count pixels of float RGBA by color. Prefetches the next rows, @p stride bytes apart, which
+/// the processor doesn't predict.
 VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
                               std::int16_t *green, std::int16_t *blue)
 {
@@ -250,8 +265,15 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
             return false;
         std::int16_t *const rows[] = {planes[0].values.data() + shape.Row(y), planes[1].values.data() + shape.Row(y),
                                       planes[2].values.data() + shape.Row(y)};
-        SplitRow(source, band.sourceStride, inside.end - inside.first, rows[0] + inside.first, rows[1] + inside.first,
-                 rows[2] + inside.first);
+        std::int16_t *const red = rows[0] + inside.first, *const green = rows[1] + inside.first,
+                            *const blue = rows[2] + inside.first;
+        const int count = inside.end - inside.first;
+        if (band.pixelBytes == kPixelBytes)
+            SplitRow(source, band.sourceStride, count, red, green, blue);
+        else if (band.pixelBytes == 3 * sizeof(std::uint8_t))
+            SplitStored<std::uint8_t>(source, count, red, green, blue);
+        else
+            SplitStored<std::uint16_t>(source, count, red, green, blue);
         for (std::int16_t *row : rows)
             RepeatEdges(row, inside, shape.width);
     }

@@ -6,7 +6,11 @@
 namespace {
 
 // Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
-constexpr int kBandRows = 64;
+constexpr int kBandRows = GFL_FAST_ROWS;
+
+// Rows converted at once: of fewer pixels than those that KImage divides among OpenMP's threads, because each of the
+// threads that call Fill would start its own.
+constexpr int kRowsAtOnce = 8;
 
 bool HasAlpha(const KImage &image)
 {
@@ -27,7 +31,6 @@ FittedWarp::Sampling SamplingOf(Sampling sampling)
 
 FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source)
     : m_picture(source),
-      m_source(source),
       m_splitsColors(plan.fit.correction.red || plan.fit.correction.blue),
       m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source)),
       m_file(plan.file),
@@ -49,41 +52,56 @@ int FittedBands::ResultBits() const
     return m_file.Bits(bits <= 8 ? 8 : bits <= 16 ? 16 : 32);
 }
 
-void FittedBands::Fill(KImage &rows, int firstRow)
+std::unique_ptr<FittedBands::Work> FittedBands::Take()
 {
-    const int end = firstRow + rows.height();
-    for (int row = firstRow, count = 0; row < end; row += count) {
-        if (!m_band.m_bitmap || row < m_firstRow || row >= m_firstRow + m_band.height())
-            MakeBand(row);
-        count = qMin(end, m_firstRow + m_band.height()) - row;
-        m_band.CropCopyTo(0, row - m_firstRow, rows.width(), count, rows, 0, row - firstRow);
-    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_idle.empty())
+        return std::make_unique<Work>(m_picture);
+    std::unique_ptr<Work> work = std::move(m_idle.back());
+    m_idle.pop_back();
+    return work;
 }
 
-void FittedBands::MakeBand(int firstRow)
+void FittedBands::Fill(KImage &rows, int firstRow)
+{
+    std::unique_ptr<Work> work = Take();
+    const int end = firstRow + rows.height();
+    for (int row = firstRow, count = 0; row < end; row += count) {
+        if (!work->band.m_bitmap || row < work->firstRow || row >= work->firstRow + work->band.height())
+            MakeBand(work.get(), row / kBandRows * kBandRows);
+        count = qMin(kRowsAtOnce, qMin(end, work->firstRow + work->band.height()) - row);
+        work->band.CropCopyTo(0, row - work->firstRow, rows.width(), count, rows, 0, row - firstRow);
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_idle.push_back(std::move(work));
+}
+
+void FittedBands::MakeBand(Work *work, int firstRow) const
 {
     const int rows = qMin(kBandRows, m_picture.height() - firstRow);
-    if (!m_band.m_bitmap || m_band.height() != rows)
-        m_band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
-    m_firstRow = firstRow;
-    Render(m_band, firstRow);
-    m_values.Apply(&m_band);
+    if (!work->band.m_bitmap || work->band.height() != rows)
+        work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
+    work->firstRow = firstRow;
+    Render(&work->source, work->band, firstRow);
+    m_values.Apply(&work->band);
 }
 
 void FittedBands::FillFloat(KImage &image)
 {
-    Render(image, 0);
+    Render(&Take()->source, image, 0);
 }
 
-void FittedBands::Render(KImage &band, int firstRow)
+void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
+    if (m_warp.ReadsStored(m_picture) && m_warp.Render(m_picture, 0, band, firstRow))
+        return; // always: all rows are in memory
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
-    m_source.Hold(range.first, range.end);
-    while (!m_warp.Render(m_source.Image(), m_source.FirstRow(), band, firstRow)) {
+    source->Hold(range.first, range.end);
+    while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {
         if (range.first == 0 && range.end == m_picture.height())
             throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is already in memory
         const int more = range.end - range.first;
         range = {qMax(0, range.first - more), qMin(m_picture.height(), range.end + more)};
-        m_source.Hold(range.first, range.end);
+        source->Hold(range.first, range.end);
     }
 }

@@ -7,6 +7,10 @@
 #include "ResultFile.h"
 #include "ResultValues.h"
 
+#include <memory>
+#include <mutex>
+#include <vector>
+
 /// A correction as decided before pixels are read.
 struct FittedPlan {
     FitResult fit;
@@ -17,7 +21,7 @@ struct FittedPlan {
 };
 
 /// Renders bands of the corrected picture. Only a few rows of source and result exist as floats at a time, and they are
-/// converted while they are in the caches. One thread at a time.
+/// converted while they are in the caches.
 class FittedBands {
 public:
     /// @p source must outlive the object and have the correction's size.
@@ -31,21 +35,31 @@ public:
     /// Returns whether pixels are made opaque: their colors are then blended onto black.
     bool Flattens() const { return m_values.flattens; }
 
-    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on.
+    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
+    /// GFL_FAST_ROWS, and for parts of one in order. Any number of threads at once.
     void Fill(KImage &rows, int firstRow);
     /// Fills @p image, float RGBA of the source's size but not the source, with the whole result.
     void FillFloat(KImage &image);
 
 private:
-    void MakeBand(int firstRow);
-    void Render(KImage &band, int firstRow);
+    /// Memory of one thread.
+    struct Work {
+        explicit Work(const KImage &picture) : source(picture, FloatRows::Walk::Leaps) { }
+
+        FloatRows source;
+        KImage band; // rows from firstRow on
+        int firstRow = 0;
+    };
+
+    std::unique_ptr<Work> Take();
+    void MakeBand(Work *work, int firstRow) const;
+    void Render(FloatRows *source, KImage &band, int firstRow) const;
 
     const KImage &m_picture;
-    FloatRows m_source;
     bool m_splitsColors;
     FittedWarp m_warp;
     ResultFile m_file;
     ResultValues m_values;
-    KImage m_band; // rows from m_firstRow on
-    int m_firstRow = 0;
+    std::mutex m_mutex;                        // guards m_idle
+    std::vector<std::unique_ptr<Work>> m_idle; // unused at the moment
 };

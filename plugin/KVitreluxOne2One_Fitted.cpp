@@ -69,10 +69,10 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     return lost;
 }
 
-/// Throws if the host has asked the calling thread to end, see QThread::requestInterruption.
-void EndIfInterrupted()
+/// Throws if the host has asked the thread that called Process to end, see QThread::requestInterruption.
+void EndIfInterrupted(const QThread &caller)
 {
-    if (QThread::currentThread()->isInterruptionRequested())
+    if (caller.isInterruptionRequested())
         throw KException(QStringLiteral("interrupted"), KPlace());
 }
 
@@ -125,22 +125,24 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
                                      const QString &outputFileName)
 {
     FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: that may be unnecessary
-    KImage source;
-    {
-        const FullSizeLock full(def);
-        if (!full.Image())
-            ThrowNotLoaded(fileName);
-        full.Image()->Convert(source, full.Image()->type(), full.Image()->bitsPerComponent());
-    }
+    const FullSizeLock full(def); // until the file is written: a copy would take as much memory again
+    if (!full.Image())
+        ThrowNotLoaded(fileName);
+    const KImage &source = *full.Image();
     const QSize size(source.width(), source.height());
     if (size != QSize(plan.fit.correction.width, plan.fit.correction.height))
         plan = PlanFor(def, fileName, size, params);
     FittedBands bands(plan, params.fitted->options.sampling, source);
-    const KImage::RowsToWrite rows = {source.width(), source.height(), bands.ResultType(), bands.ResultBits(),
+    const QThread *const caller = QThread::currentThread();
+    const KImage::RowsToWrite rows = {source.width(),
+                                      source.height(),
+                                      bands.ResultType(),
+                                      bands.ResultBits(),
                                       [&](KImage &band, int firstRow) {
-                                          EndIfInterrupted();
+                                          EndIfInterrupted(*caller);
                                           bands.Fill(band, firstRow);
-                                      }};
+                                      },
+                                      /*fast=*/true};
     const int sourceBits = source.bitsPerComponent();
     plan.fit.assumed << LostByFormat(plan, bands, source);
     params.fitted->report = ReportOf(plan.fit);

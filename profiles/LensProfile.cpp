@@ -1,10 +1,11 @@
 #include "LensProfile.h"
 
+#include "InputLimits.h"
 #include "PictureFrame.h"
 #include "ProfileCheck_p.h"
 #include "ProfileXml_p.h"
 #include "Rational_p.h"
-#include "XmlLimits.h"
+#include "XmlDocument.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -367,7 +368,7 @@ LensProfile ReadLensProfile(const QString &path, QString *error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Refused(profile, file.errorString(), error);
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // never more, regardless of the size that the file reports
+    const QByteArray content = ReadXmlBytes(&file);
     if (content.size() > kMaxXmlBytes)
         return Refused(profile, QStringLiteral("the file is larger than %1 MiB").arg(kMaxXmlBytes >> 20), error);
     return ParseLensProfile(content, path, error);

@@ -1,7 +1,7 @@
 #include "KSRFromXMLFile.h"
 
+#include "InputLimits.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <QDomDocument>
 #include <QFile>
@@ -66,7 +66,7 @@ KSRFromXMLFile::KSRFromXMLFile(const QString &fileName) : m_document(std::make_u
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return;
-    const QByteArray content = file.read(kMaxXmlBytes + 1); // limited, regardless of the size that the file reports
+    const QByteArray content = ReadXmlBytes(&file);
     if (content.size() > kMaxXmlBytes)
         return;
     *m_document = ReadXml(QString::fromUtf8(content.constData())).document; // ends at the first zero byte

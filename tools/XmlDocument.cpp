@@ -1,6 +1,6 @@
 #include "XmlDocument.h"
 
-#include "XmlLimits.h"
+#include "InputLimits.h"
 
 #include <QXmlDefaultHandler>
 #include <QXmlInputSource>
@@ -103,6 +103,16 @@ template <class Text> XmlDocument Read(const Text &text)
 }
 
 } // namespace
+
+QByteArray ReadXmlBytes(QIODevice *device)
+{
+    char piece[16384];
+    QByteArray content;
+    qint64 count = 0;
+    while (content.size() <= kMaxXmlBytes && (count = device->read(piece, sizeof piece)) > 0)
+        content.append(piece, static_cast<int>(qMin(count, kMaxXmlBytes + 1 - content.size())));
+    return content;
+}
 
 XmlDocument ReadXml(const QByteArray &text)
 {

@@ -3,7 +3,7 @@
 
 #include "ImageDef.h"
 #include "KIApplication.h"
-#include "LentPicture.h"
+#include "OwnPicture.h"
 
 #include <QApplication>
 #include <QPointer>

@@ -68,7 +68,50 @@ __attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *s
     return x;
 }
 
+/// Stores a pixel of 32-bit integers, the fourth of them 0, times a factor and with alpha 1.
+void StoreOpaque(Ipp32f *dst, __m128i pixel, __m128 factor)
+{
+    const __m128 alpha = _mm_setr_ps(0.0f, 0.0f, 0.0f, 1.0f);
+    _mm_storeu_ps(dst, _mm_or_ps(_mm_mul_ps(_mm_cvtepi32_ps(pixel), factor), alpha));
+}
+
+/// Processes the pixels of a row in groups of 4, while the group's reads end within the row; returns how many.
+__attribute__((target("ssse3"))) std::int64_t OpaqueFloatsInVectors(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels)
+{
+    const __m128 factor = _mm_set1_ps(1.0f / 255.0f);
+    const __m128i toPixel[] = {_mm_setr_epi8(0, -1, -1, -1, 1, -1, -1, -1, 2, -1, -1, -1, -1, -1, -1, -1),
+                               _mm_setr_epi8(3, -1, -1, -1, 4, -1, -1, -1, 5, -1, -1, -1, -1, -1, -1, -1),
+                               _mm_setr_epi8(6, -1, -1, -1, 7, -1, -1, -1, 8, -1, -1, -1, -1, -1, -1, -1),
+                               _mm_setr_epi8(9, -1, -1, -1, 10, -1, -1, -1, 11, -1, -1, -1, -1, -1, -1, -1)};
+    std::int64_t x = 0;
+    for (; x + 6 <= pixels; x += 4) { // a load reaches 4 bytes into the next group
+        const __m128i bytes = Load16(src + 3 * x);
+        for (int i = 0; i < 4; ++i)
+            StoreOpaque(dst + 4 * (x + i), _mm_shuffle_epi8(bytes, toPixel[i]), factor);
+    }
+    return x;
+}
+
 } // namespace
+
+void OpaqueFloats(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels)
+{
+    static const bool s_hasShuffle = __builtin_cpu_supports("ssse3");
+    const std::int64_t done = s_hasShuffle ? OpaqueFloatsInVectors(src, dst, pixels) : 0;
+    plain::OpaqueFloats(src + 3 * done, dst + 4 * done, pixels - done);
+}
+
+void OpaqueFloats(const Ipp16u *src, Ipp32f *dst, std::int64_t pixels)
+{
+    const __m128 factor = _mm_set1_ps(1.0f / 65535.0f);
+    const __m128i colors = _mm_setr_epi32(-1, -1, -1, 0);
+    std::int64_t x = 0;
+    for (; x + 2 <= pixels; ++x) { // each load also reads the first channel of the next pixel
+        const __m128i values = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(src + 3 * x));
+        StoreOpaque(dst + 4 * x, _mm_and_si128(_mm_unpacklo_epi16(values, _mm_setzero_si128()), colors), factor);
+    }
+    plain::OpaqueFloats(src + 3 * x, dst + 4 * x, pixels - x);
+}
 
 void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor)
 {
@@ -114,6 +157,16 @@ void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32
 }
 
 #else // the definitions
+
+void OpaqueFloats(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels)
+{
+    plain::OpaqueFloats(src, dst, pixels);
+}
+
+void OpaqueFloats(const Ipp16u *src, Ipp32f *dst, std::int64_t pixels)
+{
+    plain::OpaqueFloats(src, dst, pixels);
+}
 
 void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor)
 {

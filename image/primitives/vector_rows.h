@@ -3,6 +3,8 @@
 
 #include "types.h"
 
+#include <limits>
+
 namespace primitives {
 
 /// Definitions. The functions below use them for the end of a row and for processors without the instructions.
@@ -51,12 +53,26 @@ template <typename T, int S> void CopyOpaque(const T *src, T *dst, std::int64_t 
     }
 }
 
+/// Converts RGB to RGBA with alpha 1, and its whole range to 0 to 1.
+template <typename T> void OpaqueFloats(const T *src, Ipp32f *dst, std::int64_t pixels)
+{
+    constexpr float kFactor = 1.0f / static_cast<float>(std::numeric_limits<T>::max());
+    for (std::int64_t x = 0; x < pixels; ++x) {
+        for (int c = 0; c < 3; ++c)
+            dst[x * 4 + c] = static_cast<float>(src[x * 3 + c]) * kFactor;
+        dst[x * 4 + 3] = 1.0f;
+    }
+}
+
 } // namespace plain
 
 void FloatToInteger(const Ipp32f *src, Ipp8u *dst, std::int64_t count, float low, float factor);
 void FloatToInteger(const Ipp32f *src, Ipp16u *dst, std::int64_t count, float low, float factor);
 
 void Rgb8ToGray(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels);
+
+void OpaqueFloats(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels);
+void OpaqueFloats(const Ipp16u *src, Ipp32f *dst, std::int64_t pixels);
 
 void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32f alpha);
 

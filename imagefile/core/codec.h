@@ -24,7 +24,7 @@ struct RowMaker {
 };
 
 /// Parameters of a save. @c metadata is null if there is none; its ICC profile is empty unless it should be written.
-/// With @c rows the bitmap has no pixels: the rows are generated, from the top down.
+/// With @c rows the bitmap has no pixels: the rows are generated, as gflSaveRowsUTF8 says.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
@@ -34,6 +34,7 @@ struct SaveOptions {
     bool lzwAllowed = false;
     bool thumbnail = false;  // GFL_SAVE_THUMBNAIL
     bool halfFloats = false; // GFL_SAVE_HALF_FLOATS
+    bool fast = false;       // GFL_SAVE_FAST
     std::uint64_t bigTiffFromBytes = kBigTiffFromBytes;
 };
 

@@ -33,6 +33,7 @@ public:
     /// Returns memory for row @p y in that form; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
     /// Returns whether Row gives a row's final place, so that rows may be filled in several passes before any is Done.
+    /// Several threads may then call Row and Done, each for other rows.
     virtual bool KeepsRows() const { return false; }
     /// Marks row @p y as filled.
     virtual void Done(int y) = 0;

@@ -3,12 +3,13 @@
 
 #include "status.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
 namespace imagefile {
 
-/// A readable range of bytes of fixed size. Not shared between threads.
+/// A readable range of bytes of fixed size. Threads may share it for ReadAt.
 class Source {
 public:
     /// Creates an empty source: size 0.
@@ -40,8 +41,8 @@ private:
     const std::uint8_t *m_data = nullptr;
     std::uint64_t m_size = 0;
     int m_file = -1;
-    mutable int m_failure = 0;     // errno
-    mutable bool m_shrank = false; // since it was opened
+    mutable std::atomic<int> m_failure{0};     // errno
+    mutable std::atomic<bool> m_shrank{false}; // since it was opened
     std::string m_path;
 };
 

@@ -94,6 +94,11 @@ void AddColors(const Metadata &metadata, Imf::Header *header)
 
 void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
 {
+    // First, because only the first warning is kept.
+    const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
+    if (turn && turn->toLong() > 1)
+        Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "
+             "it");
     for (const NumberRow &row : kNumbers) {
         const Exiv2::Exifdatum *number = Find(metadata.exif, row.key);
         if (number && std::isfinite(number->toFloat()))
@@ -107,10 +112,6 @@ void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
     AddColors(metadata, header);
     if (!metadata.xmp.empty())
         header->insert("xmp", Imf::StringAttribute(std::string(metadata.xmp.begin(), metadata.xmp.end())));
-    const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
-    if (turn && turn->toLong() > 1)
-        Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "
-             "it");
     if (!metadata.exif.empty() || !metadata.iptc.empty())
         Warn("metadata is left out: IPTC and most of the EXIF, which OpenEXR can't store");
 }

@@ -1,4 +1,5 @@
 #include "core/image_limits.h"
+#include "exr_attributes.h"
 #include "exr_codec.h"
 
 #include <ImfChannelList.h>
@@ -22,13 +23,6 @@
 namespace imagefile {
 
 namespace {
-
-constexpr std::uint64_t kHeadersAt = 8; // after magic number and version
-constexpr int kMaxParts = 1000;
-constexpr std::int64_t kMaxPixelBytes = 4096; // for all layers: 1,024 channels
-
-/// Above the ratio of PIZ and ZIP for a picture of a single color.
-constexpr std::int64_t kMaxRatio = 4096;
 
 // Adapts a Source for OpenEXR.
 class Input : public Imf::IStream {
@@ -70,34 +64,6 @@ template <class Work> Status Caught(Work work)
         throw;
     } catch (const std::exception &error) {
         return Damaged(error.what());
-    }
-}
-
-/// Checks that the attributes of all headers lie within the file: OpenEXR trusts an attribute's claimed length.
-Status CheckAttributes(const Source &source, bool manyParts)
-{
-    char text[2 * 256 + 4]; // two names with their ends, and a length
-    bool afterEnd = false;  // of a header: the next end ends the list
-    for (std::uint64_t at = kHeadersAt;;) {
-        std::memset(text, 1, sizeof text);
-        const std::size_t count = source.ReadAt(at, text, sizeof text);
-        if (count > 0 && text[0] == '\0') {
-            if (afterEnd || !manyParts)
-                return Status::Ok();
-            afterEnd = true;
-            ++at;
-            continue;
-        }
-        const auto *type = static_cast<const char *>(std::memchr(text, 0, 256));
-        const auto *end = type ? static_cast<const char *>(std::memchr(type + 1, 0, 256)) : nullptr;
-        const std::size_t length = end ? static_cast<std::size_t>(end + 5 - text) : sizeof text;
-        std::int32_t size = -1;
-        if (end && length <= count)
-            std::memcpy(&size, end + 1, sizeof size);
-        if (size < 0 || at + length + static_cast<std::uint64_t>(size) > source.Size())
-            return Damaged("a header extends past the end of the file");
-        afterEnd = false;
-        at += length + static_cast<std::uint64_t>(size);
     }
 }
 
@@ -145,7 +111,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
     if (Status status = CheckImageSize(width, height, 1, 8); !status)
         return status;
     const std::int64_t bytes = BytesPerPixel(header.channels());
-    if (bytes < 1 || bytes > kMaxPixelBytes)
+    if (bytes < 1 || bytes > kMaxExrPixelBytes)
         return Unknown("no channels, or too many");
     std::int64_t rows = LinesPerChunk(header.compression()), columns = width, chunks = (height + rows - 1) / rows;
     if (header.hasTileDescription()) {
@@ -161,7 +127,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
     *tableBytes += static_cast<std::uint64_t>(chunks) * 8;
     if (*tableBytes > std::max<std::uint64_t>(4 * fileBytes, 65536))
         return Damaged("the file is shorter than its chunk tables");
-    return CheckClaim(width * height * bytes, 0, fileBytes, kMaxRatio);
+    return CheckClaim(width * height * bytes, 0, fileBytes, kUnboundedRatio);
 }
 
 Status ReadHeaders(const Source &source, ExrLayout *layout)
@@ -173,10 +139,10 @@ Status ReadHeaders(const Source &source, ExrLayout *layout)
     if (Imf::getVersion(layout->version) != Imf::EXR_VERSION || Imf::isNonImage(layout->version))
         return Unknown("deep pixels or a newer version");
     const bool manyParts = Imf::isMultiPart(layout->version);
-    if (Status status = CheckAttributes(source, manyParts); !status)
+    if (Status status = CheckExrAttributes(source, manyParts); !status)
         return status;
     std::uint64_t tableBytes = 0;
-    for (int part = 0; part < kMaxParts; ++part) {
+    for (int part = 0; part < kMaxExrParts; ++part) {
         Imf::Header header;
         header.readFrom(input, layout->version);
         if (manyParts && part > 0 && header.readsNothing())
@@ -232,7 +198,7 @@ Status OpenExr(const Source &source, ExrLayout *layout)
     layout->height = static_cast<int>(Height(display));
     const std::int64_t delivered = Width(display) * Height(display) * layout->form.BytesPerPixel(); // <= 2^44
     const std::int64_t stored = Width(data) * Height(data) * BytesPerPixel(layout->header.channels());
-    return CheckClaim(std::max(stored, delivered), delivered, source.Size(), kMaxRatio);
+    return CheckClaim(std::max(stored, delivered), delivered, source.Size(), kUnboundedRatio);
 }
 
 // Returns a base address from which OpenEXR finds the row buffer by data window coordinates, for any y.

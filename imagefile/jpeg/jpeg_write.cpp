@@ -90,10 +90,9 @@ void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segme
     if (blob.size() > kMaxBlob) {
         blob.clear();
         Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, WithoutMakerNote(exif));
-        Warn("metadata is left out: the maker note, which is too long for a JPEG");
+        Warn(blob.size() > kMaxBlob ? "metadata is left out: the EXIF, which is too long for a JPEG"
+                                    : "metadata is left out: the maker note, which is too long for a JPEG");
     }
-    if (blob.size() > kMaxBlob)
-        Warn("metadata is left out: the EXIF, which is too long for a JPEG");
     if (room)
         room->Append(kMaxBlob, &blob);
     if (!blob.empty() && blob.size() <= kMaxBlob)

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <libdeflate.h>
-#include <memory>
 #include <mutex>
 #include <new>
 #include <system_error>
@@ -14,38 +12,70 @@ namespace imagefile {
 
 namespace {
 
-/// Number of strips that a thread may be ahead of the writer: enough that no thread waits while a strip is written to
-/// disk or packed by the calling thread.
+/// Number of groups of strips that a thread may be ahead of the writer: enough that no thread waits while a group is
+/// written to disk or packed by the calling thread.
 constexpr int kSlotsPerThread = 3;
 
-/// A compressor with its buffer for unpacked bytes; one per thread.
+/// Uninitialized memory: pages that are never used cost nothing.
+using Block = std::unique_ptr<std::uint8_t[]>;
+
+Block NewBlock(std::size_t bytes)
+{
+    return Block(new std::uint8_t[bytes]);
+}
+
+/// Consecutive strips that one thread packs.
+struct Group {
+    int first, count;
+};
+
+/// Place of a group between the threads.
+struct Slot {
+    Block rows;                     // made by the calling thread
+    Block packed;                   // the strips, without gaps
+    std::vector<std::size_t> bytes; // of each packed strip
+    int group = -1;                 // the packed group
+};
+
+/// A compressor with its buffers; one per thread.
 class Packer {
 public:
     explicit Packer(const StripJob &job)
         : m_job(job),
-          m_compressor(libdeflate_alloc_compressor(job.level), libdeflate_free_compressor),
-          m_unpacked(job.maxStripBytes)
+          m_compressor(MakeDeflate(job.compressor)),
+          m_rows(NewBlock(job.make ? job.maxStripBytes * static_cast<std::size_t>(job.stripsAtOnce) : 0)),
+          m_unpacked(NewBlock(job.maxStripBytes))
     {
-        if (!m_compressor)
-            throw std::bad_alloc();
     }
 
-    std::size_t Bound() const { return libdeflate_zlib_compress_bound(m_compressor.get(), m_job.maxStripBytes); }
+    std::size_t Bound() const { return m_compressor->Bound(m_job.maxStripBytes); }
 
-    /// @p packed has room for Bound() bytes, so that every strip fits.
-    std::size_t Pack(int strip, const std::uint8_t *rows, std::uint8_t *packed)
+    /// Packs the group, after making it unless the slot has its rows.
+    Status Pack(const Group &group, Slot *slot)
     {
-        const std::size_t bytes = m_job.fill(strip, rows, m_unpacked.data());
-        return libdeflate_zlib_compress(m_compressor.get(), m_unpacked.data(), bytes, packed, Bound());
+        const std::uint8_t *rows = slot->rows.get();
+        if (m_job.make && m_job.stripsAtOnce > 0) {
+            if (Status status = m_job.make(group.first, group.count, m_rows.get()); !status)
+                return status;
+            rows = m_rows.get();
+        }
+        std::uint8_t *packed = slot->packed.get();
+        for (int i = 0; i < group.count; ++i) {
+            const std::size_t bytes = m_job.fill(group.first + i, rows, m_unpacked.get());
+            slot->bytes[static_cast<std::size_t>(i)] = m_compressor->Pack(m_unpacked.get(), bytes, packed);
+            packed += slot->bytes[static_cast<std::size_t>(i)];
+            rows = rows ? rows + m_job.maxStripBytes : nullptr;
+        }
+        return Status::Ok();
     }
 
 private:
     const StripJob &m_job;
-    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor *)> m_compressor;
-    std::vector<std::uint8_t> m_unpacked;
+    std::unique_ptr<Deflate> m_compressor;
+    Block m_rows, m_unpacked;
 };
 
-/// The calling thread makes strips ahead in a ring of slots and writes the packed ones in order; the others pack them,
+/// The calling thread makes groups ahead in a ring of slots and writes the packed ones in order; the others pack them,
 /// and so does the calling thread when it has nothing else to do. With one thread it does everything in turn.
 class Ring {
 public:
@@ -57,11 +87,6 @@ public:
     Status Run();
 
 private:
-    struct Slot {
-        std::vector<std::uint8_t> rows, packed;
-        std::size_t bytes = 0;
-        int strip = -1; // the packed strip
-    };
     using Lock = std::unique_lock<std::mutex>;
 
     void StartThreads();
@@ -69,34 +94,42 @@ private:
     void PackNext(Packer *packer, Lock *lock);
     Status MakeNext(Lock *lock);
     Status WriteNext(Lock *lock);
-    Slot &SlotOf(int strip) { return m_slots[static_cast<std::size_t>(strip) % m_slots.size()]; }
-    bool HasSlotToMake() const
+    Group GroupAt(int index) const
     {
-        return m_made < m_job.strips && m_made < m_written + static_cast<int>(m_slots.size());
+        const int first = index * m_groupStrips;
+        return {first, std::min(m_groupStrips, m_job.strips - first)};
     }
-    bool HasPacked(int strip) { return SlotOf(strip).strip == strip; }
+    Slot &SlotOf(int group) { return m_slots[static_cast<std::size_t>(group) % m_slots.size()]; }
+    bool HasSlotToMake() const { return m_made < m_groups && m_made < m_written + static_cast<int>(m_slots.size()); }
+    bool HasPacked(int group) { return SlotOf(group).group == group; }
+    bool MakesInOrder() const { return m_job.make && m_job.stripsAtOnce == 0; }
 
     const StripJob &m_job;
+    const int m_groupStrips, m_groups;
     std::vector<std::unique_ptr<Packer>> m_packers; // the first is the calling thread's
     std::vector<Slot> m_slots;
     std::vector<std::thread> m_threads;
-    std::mutex m_mutex; // guards all below, and the strip numbers of the slots
-    std::condition_variable m_strips, m_packed;
-    // Counts of strips made, taken for packing, and written: each at most the one before.
+    std::mutex m_mutex; // guards all below, and the group numbers of the slots
+    std::condition_variable m_groupsMade, m_packed;
+    // Counts of groups made, taken for packing, and written: each at most the one before. Groups that are made by the
+    // thread that packs them count as made.
     int m_made = 0, m_taken = 0, m_written = 0;
+    Status m_failure = Status::Ok(); // of packing
     bool m_stop = false;
 };
 
-Ring::Ring(const StripJob &job) : m_job(job)
+Ring::Ring(const StripJob &job)
+    : m_job(job), m_groupStrips(std::max(1, job.stripsAtOnce)), m_groups((job.strips - 1) / m_groupStrips + 1)
 {
-    const int threads = std::min(job.threads, job.strips);
+    const int threads = std::min(job.threads, m_groups);
     for (int i = 0; i < threads; ++i) // allocate all memory here, so that a thread can't fail
         m_packers.push_back(std::make_unique<Packer>(job));
     m_slots.resize(static_cast<std::size_t>(threads > 1 ? threads * kSlotsPerThread : 1));
     for (Slot &slot : m_slots) {
-        slot.packed.resize(m_packers[0]->Bound());
-        if (job.make)
-            slot.rows.resize(job.maxStripBytes);
+        slot.packed = NewBlock(m_packers[0]->Bound() * static_cast<std::size_t>(m_groupStrips));
+        slot.bytes.resize(static_cast<std::size_t>(m_groupStrips));
+        if (MakesInOrder())
+            slot.rows = NewBlock(job.maxStripBytes);
     }
     m_threads.reserve(static_cast<std::size_t>(threads));
 }
@@ -107,7 +140,7 @@ Ring::~Ring()
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_stop = true;
     }
-    m_strips.notify_all();
+    m_groupsMade.notify_all();
     for (std::thread &thread : m_threads)
         thread.join();
 }
@@ -125,7 +158,7 @@ void Ring::Work(Packer *packer)
 {
     Lock lock(m_mutex);
     for (;;) {
-        m_strips.wait(lock, [&] { return m_stop || m_taken < m_made; });
+        m_groupsMade.wait(lock, [&] { return m_stop || m_taken < m_made; });
         if (m_stop)
             return;
         PackNext(packer, &lock);
@@ -134,36 +167,48 @@ void Ring::Work(Packer *packer)
 
 void Ring::PackNext(Packer *packer, Lock *lock)
 {
-    const int strip = m_taken++;
-    Slot &slot = SlotOf(strip);
+    const int group = m_taken++;
+    Slot &slot = SlotOf(group);
     lock->unlock();
-    slot.bytes = packer->Pack(strip, m_job.make ? slot.rows.data() : nullptr, slot.packed.data());
+    Status status = Status::Ok();
+    try {
+        status = packer->Pack(GroupAt(group), &slot);
+    } catch (const std::bad_alloc &) { // no exception may leave a thread; the text below needs no memory
+        status = Status::Fail(GFL_ERROR_NO_MEMORY, std::string());
+    }
     lock->lock();
-    slot.strip = strip;
+    slot.group = group;
+    if (!status && m_failure)
+        m_failure = std::move(status);
     m_packed.notify_one();
 }
 
 Status Ring::MakeNext(Lock *lock)
 {
-    if (m_job.make) {
+    if (MakesInOrder()) {
         const int strip = m_made;
         lock->unlock();
-        if (Status status = m_job.make(strip, SlotOf(strip).rows.data()); !status)
+        if (Status status = m_job.make(strip, 1, SlotOf(strip).rows.get()); !status)
             return status;
         lock->lock();
     }
     ++m_made;
-    m_strips.notify_one();
+    m_groupsMade.notify_one();
     return Status::Ok();
 }
 
 Status Ring::WriteNext(Lock *lock)
 {
-    const int strip = m_written;
-    Slot &slot = SlotOf(strip);
+    const Group group = GroupAt(m_written);
+    const Slot &slot = SlotOf(m_written);
     lock->unlock();
-    if (Status status = m_job.write(strip, slot.packed.data(), slot.bytes); !status)
-        return status;
+    const std::uint8_t *packed = slot.packed.get();
+    for (int i = 0; i < group.count; ++i) {
+        const std::size_t bytes = slot.bytes[static_cast<std::size_t>(i)];
+        if (Status status = m_job.write(group.first + i, packed, bytes); !status)
+            return status;
+        packed += bytes;
+    }
     lock->lock();
     ++m_written;
     return Status::Ok();
@@ -173,8 +218,10 @@ Status Ring::Run()
 {
     StartThreads();
     Lock lock(m_mutex);
-    while (m_written < m_job.strips) {
+    while (m_written < m_groups) {
         Status status = Status::Ok();
+        if (!m_failure)
+            return m_failure;
         if (HasPacked(m_written))
             status = WriteNext(&lock);
         else if (HasSlotToMake())

@@ -2,23 +2,25 @@
 #pragma once
 
 #include "core/status.h"
+#include "deflate.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <functional>
 
 namespace imagefile {
 
-/// A packing job.
+/// A packing job. The packed bytes are the same for any number of threads.
 struct StripJob {
     int strips = 0;                // >= 1
-    std::size_t maxStripBytes = 0; // unpacked
+    std::size_t maxStripBytes = 0; // unpacked; every strip but the last has as many
     int threads = 1;               // >= 1, including the calling one; the number doesn't change the packed bytes
-    int level = 1;                 // of libdeflate, 1 to 12
+    DeflateBy compressor = DeflateBy::LibDeflate;
 
-    /// Makes the rows for strip @p strip in @p rows (maxStripBytes). Called once per strip in order, on the calling
-    /// thread, while others pack. Optional; if absent, fill gets null rows.
-    std::function<Status(int strip, std::uint8_t *rows)> make;
+    /// Makes the rows for @p count strips from @p first on in @p rows (count * maxStripBytes). Optional; if absent,
+    /// fill gets null rows. With @c stripsAtOnce = 0 called once per strip in order, on the calling thread, while
+    /// others pack. Otherwise called for so many strips at once, fewer only at the end, by the thread that then packs
+    /// them.
+    std::function<Status(int first, int count, std::uint8_t *rows)> make;
+    int stripsAtOnce = 0;
     /// Fills @p buffer (maxStripBytes) with strip @p strip and returns its bytes. Called on several threads at once;
     /// must not throw.
     std::function<std::size_t(int strip, const std::uint8_t *rows, std::uint8_t *buffer)> fill;

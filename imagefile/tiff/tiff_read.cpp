@@ -1,4 +1,5 @@
 #include "core/image_limits.h"
+#include "core/thread_count.h"
 #include "metadata/metadata.h"
 #include "tiff_codec.h"
 #include "tiff_samples.h"
@@ -6,6 +7,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <new>
+#include <thread>
 
 namespace imagefile {
 
@@ -29,6 +35,8 @@ public:
     /// Decodes the band that begins at row @p y.
     Status ReadBand(int y);
     int BandRows() const { return m_bandRows; }
+    int Bands() const { return (m_layout.height - 1) / m_bandRows + 1; }
+    std::size_t BandBytes() const { return m_band.size(); }
     /// Unpacks a row of the band into @p dst: layout.unpacked.channels samples per pixel.
     void UnpackRow(int rowInBand, void *dst) const;
 
@@ -196,6 +204,132 @@ Status StartTransform(const Source &source, const TiffLayout &layout, ColorTrans
     return transform->StartInks(metadata.icc, layout.form.bits, hasAlpha);
 }
 
+std::size_t UnpackedRowBytes(const TiffLayout &layout)
+{
+    return static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.unpacked.BytesPerPixel());
+}
+
+/// Decodes bands on several threads, each with handles of its own, into rows that have their final place.
+class SharedReading {
+public:
+    /// Returns whether bands can be decoded in any order, and are small and many enough to share.
+    static bool Pays(const BandReader &reader, const RowSink &rows);
+
+    /// @p reader is the calling thread's; started.
+    SharedReading(const Source &source, BandReader *reader, RowSink *rows) : m_source(source), m_rows(rows)
+    {
+        m_workers.push_back({reader, nullptr, {}});
+    }
+    Status Run();
+
+private:
+    struct Worker {
+        BandReader *reader;
+        std::unique_ptr<BandReader> owned;
+        std::vector<std::uint8_t> scratch; // empty if rows are unpacked in place
+    };
+
+    Status AddWorkers();
+    void Work(Worker *worker);
+    Status Read(Worker *worker, int band);
+
+    const Source &m_source;
+    RowSink *m_rows;
+    std::vector<Worker> m_workers;
+    std::mutex m_mutex; // guards all below
+    int m_next = 0;
+    int m_failedBand = std::numeric_limits<int>::max(); // the first; all before it are decoded
+    Status m_failure = Status::Ok();
+};
+
+bool SharedReading::Pays(const BandReader &reader, const RowSink &rows)
+{
+    constexpr std::size_t kMaxBandBytes = std::size_t(8) << 20;
+    constexpr std::int64_t kMinPixels = 1 << 20; // smaller pictures take less time than starting threads
+    constexpr std::uint16_t kCompressions[] = {COMPRESSION_NONE,     COMPRESSION_LZW,  COMPRESSION_ADOBE_DEFLATE,
+                                               COMPRESSION_PACKBITS, COMPRESSION_ZSTD, COMPRESSION_DEFLATE};
+    const TiffLayout &layout = reader.Layout();
+    const bool isPlainColor = layout.color != TiffColor::Cmyk && layout.color != TiffColor::Lab;
+    return isPlainColor && rows.KeepsRows() && ThreadCount() > 1 && reader.Bands() > 1
+        && reader.BandBytes() <= kMaxBandBytes && std::int64_t(layout.width) * layout.height >= kMinPixels
+        && std::find(std::begin(kCompressions), std::end(kCompressions), layout.compression) != std::end(kCompressions);
+}
+
+Status SharedReading::AddWorkers()
+{
+    const int wanted = std::min(ThreadCount(), m_workers[0].reader->Bands());
+    while (static_cast<int>(m_workers.size()) < wanted) {
+        auto reader = std::make_unique<BandReader>();
+        if (Status status = reader->Open(m_source); !status)
+            return status;
+        if (Status status = reader->Start(); !status)
+            return status;
+        BandReader *const opened = reader.get();
+        m_workers.push_back({opened, std::move(reader), {}});
+    }
+    const TiffLayout &layout = m_workers[0].reader->Layout();
+    for (Worker &worker : m_workers)
+        if (!UnpacksInPlace(layout))
+            worker.scratch.resize(UnpackedRowBytes(layout));
+    return Status::Ok();
+}
+
+Status SharedReading::Read(Worker *worker, int band)
+{
+    BandReader &reader = *worker->reader;
+    const TiffLayout &layout = reader.Layout();
+    const int first = band * reader.BandRows(), end = std::min(first + reader.BandRows(), layout.height);
+    if (Status status = reader.ReadBand(first); !status)
+        return status;
+    ColorTransform none;
+    for (int y = first; y < end; ++y) {
+        std::uint8_t *row = m_rows->Row(y);
+        void *unpacked = worker->scratch.empty() ? row : worker->scratch.data();
+        reader.UnpackRow(y - first, unpacked);
+        FinishRow(layout, &none, unpacked, row);
+        m_rows->Done(y);
+    }
+    return Status::Ok();
+}
+
+void SharedReading::Work(Worker *worker)
+{
+    const int bands = worker->reader->Bands();
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (m_next < bands && m_next < m_failedBand) {
+        const int band = m_next++;
+        lock.unlock();
+        Status status = Status::Ok();
+        try {
+            status = Read(worker, band);
+        } catch (const std::bad_alloc &) { // no exception may leave a thread
+            status = Status::Fail(GFL_ERROR_NO_MEMORY, std::string());
+        }
+        lock.lock();
+        if (!status && band < m_failedBand) {
+            m_failedBand = band;
+            m_failure = std::move(status);
+        }
+    }
+}
+
+Status SharedReading::Run()
+{
+    if (Status status = AddWorkers(); !status)
+        return status;
+    std::vector<std::thread> threads;
+    threads.reserve(m_workers.size());
+    try {
+        for (std::size_t i = 1; i < m_workers.size(); ++i)
+            threads.emplace_back(&SharedReading::Work, this, &m_workers[i]);
+    } catch (const std::exception &) { // too many threads, or no memory: continue with those that started
+    }
+    Work(&m_workers[0]);
+    for (std::thread &thread : threads)
+        thread.join();
+    return m_failure;
+}
+
 Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
 {
     const TiffLayout &layout = reader->Layout();
@@ -206,10 +340,11 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
         return status;
     if (Status status = rows->Start(layout.width, layout.height, layout.form); !status)
         return status;
+    if (SharedReading::Pays(*reader, *rows))
+        return SharedReading(source, reader, rows).Run();
     std::vector<std::uint8_t> scratch;
     if (!UnpacksInPlace(layout))
-        scratch.resize(static_cast<std::size_t>(layout.width)
-                       * static_cast<std::size_t>(layout.unpacked.BytesPerPixel()));
+        scratch.resize(UnpackedRowBytes(layout));
     for (int y = 0; y < layout.height; ++y) {
         const int rowInBand = y % reader->BandRows();
         if (rowInBand == 0)

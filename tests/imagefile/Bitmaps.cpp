@@ -22,16 +22,6 @@ void SetSample(GFL_BITMAP &bitmap, int x, int y, int c, double value)
         reinterpret_cast<float *>(row)[i] = static_cast<float>(value);
 }
 
-template <class Value> BitmapPtr FilledBitmap(int width, int height, int type, int bits, Value value)
-{
-    BitmapPtr bitmap = NewBitmap(width, height, type, bits);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < bitmap->ComponentsPerPixel; ++c)
-                SetSample(*bitmap, x, y, c, value(x, y, c));
-    return bitmap;
-}
-
 } // namespace
 
 int ChannelsOf(int type)
@@ -53,6 +43,16 @@ BitmapPtr NewBitmap(int width, int height, int type, int bits, unsigned rowAlign
         (static_cast<unsigned>(width) * bitmap->BytesPerPixel + rowAlignment - 1) / rowAlignment * rowAlignment;
     bitmap->TransparentIndex = -1;
     bitmap->Data = static_cast<std::uint8_t *>(gflMemoryAlloc(bitmap->BytesPerLine * static_cast<unsigned>(height)));
+    return bitmap;
+}
+
+BitmapPtr FilledBitmap(int width, int height, int type, int bits, const Samples &value)
+{
+    BitmapPtr bitmap = NewBitmap(width, height, type, bits);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < bitmap->ComponentsPerPixel; ++c)
+                SetSample(*bitmap, x, y, c, value(x, y, c));
     return bitmap;
 }
 

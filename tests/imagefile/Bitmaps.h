@@ -21,6 +21,11 @@ int ChannelsOf(int type);
 /// Returns a bitmap with uninitialized pixels; rows are aligned to @p rowAlignment bytes.
 BitmapPtr NewBitmap(int width, int height, int type, int bits, unsigned rowAlignment = 4);
 
+/// Returns a sample, as a share of the full range.
+using Samples = std::function<double(int x, int y, int c)>;
+
+BitmapPtr FilledBitmap(int width, int height, int type, int bits, const Samples &value);
+
 /// Returns random samples of the full range (floats: 0 to 1), the same for the same seed.
 BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed = 1);
 
@@ -41,8 +46,7 @@ QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 /// of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// The same against a formula, evaluated for the samples of @p got.
-using Samples = std::function<double(int x, int y, int c)>;
+/// The same against a formula.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
 /// sRGB colors, as shares of the full range, in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix

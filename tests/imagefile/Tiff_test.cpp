@@ -6,7 +6,9 @@
 #include <qfloat16.h>
 
 #include <cmath>
+#include <cstring>
 #include <tiffio.h>
+#include <tuple>
 
 namespace {
 
@@ -254,6 +256,7 @@ private Q_SLOTS:
     void readsWhatLibtiffWrites();
     void damagedColorMap();
     void writtenFilesAreCorrect();
+    void anyThreads();
 
 private:
     Folder m_folder;
@@ -416,6 +419,37 @@ void tst_Tiff::writtenFilesAreCorrect()
                 QCOMPARE(int(predictor), compression == 0 ? 1 : bits == 32 ? 3 : 2);
                 QCOMPARE(isStraight, type == GFL_RGBA);
             }
+}
+
+// Pictures large enough for several threads, whole and damaged in two strips: the first is reported.
+void tst_Tiff::anyThreads()
+{
+    constexpr int kSide = 1101;
+    const std::tuple<int, int, int> forms[] = {
+        {GFL_RGB, 8, 0}, {GFL_RGB, 16, 4}, {GFL_RGBA, 8, 2}, {GFL_GREY, 32, 4}, {GFL_RGB, 8, 50000}};
+    for (const auto &[type, bits, compression] : forms) {
+        const BitmapPtr bitmap = RandomBitmap(kSide, kSide, type, bits);
+        const QByteArray file = SavedBytes(*bitmap, SaveParams("tiff", compression));
+        QByteArray damaged = file;
+        for (const int share : {4, 8})
+            std::memset(damaged.data() + file.size() / 10 * share, 0xA5, 3000);
+        QByteArray firstText;
+        for (const int threads : {1, 2, 5}) {
+            const Case named(type, bits, compression, "threads", threads);
+            gflSetThreads(threads);
+            int error = GFL_NO_ERROR;
+            const BitmapPtr whole = LoadFromMemory(file), rest = LoadFromMemory(damaged, &error);
+            const QByteArray text = rest ? "" : gflLastErrorText();
+            gflSetThreads(0);
+            QVERIFY2(whole, gflLastErrorText());
+            QCOMPARE(Difference(*whole, *bitmap), QString());
+            if (compression == 4)
+                QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+            if (threads == 1)
+                firstText = text;
+            QCOMPARE(text, firstText);
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Tiff)

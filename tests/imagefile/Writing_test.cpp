@@ -6,12 +6,14 @@
 #include <QFile>
 #include <QtTest>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <limits>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -62,15 +64,20 @@ private:
     void (*m_handler)(int) = SIG_DFL;
 };
 
-/// Generates rows on demand from a bitmap without padding, in order, up to a given row.
+/// Generates rows on demand from a bitmap without padding, up to a given row: in order, or by GFL_FAST_ROWS on any
+/// thread.
 struct Maker {
     const std::uint8_t *pixels;
-    int end, next;
+    int end;
+    bool isFast;
+    std::atomic<int> made;
 
     static int Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine, void *self)
     {
         Maker &maker = *static_cast<Maker *>(self);
-        if (firstRow != maker.next || (maker.next += rows) > maker.end)
+        const int before = maker.made.fetch_add(rows);
+        if ((maker.isFast ? firstRow % GFL_FAST_ROWS != 0 || rows > GFL_FAST_ROWS : firstRow != before)
+            || firstRow + rows > maker.end)
             return GFL_ERROR_NO_MEMORY;
         std::memcpy(data, maker.pixels + std::size_t(firstRow) * bytesPerLine, std::size_t(rows) * bytesPerLine);
         return GFL_NO_ERROR;
@@ -93,6 +100,7 @@ private Q_SLOTS:
     void foldersWithoutRights();
     void badParameters();
     void generatedRows();
+    void fastDeflate();
 
 private:
     void WriteThenRead(const Format &f, int type, int bits);
@@ -324,14 +332,28 @@ void tst_Writing::generatedRows()
     GFL_BITMAP shape = *bitmap;
     shape.Data = nullptr;
     const auto save = [&](int end, const GFL_SAVE_PARAMS &params) {
-        Maker maker = {bitmap->Data, end, 0};
-        return gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
+        Maker maker = {bitmap->Data, end, (params.Flags & GFL_SAVE_FAST) && params.Compression == 4, {0}};
+        const int error = gflSaveRowsUTF8(path.toUtf8().constData(), &shape, Maker::Make, &maker, &params);
+        return error == GFL_NO_ERROR && maker.made != shape.Height ? -1 : error; // each row once
     };
-    const std::pair<const char *, int> forms[] = {{"tiff", 0},  {"tiff", 2}, {"tiff", 4}, {"tiff", 50000},
-                                                  {"jpeg", -1}, {"png", 1},  {"exr", 3}};
-    for (const auto &[format, compression] : forms) {
-        const Case named(format, compression);
-        const GFL_SAVE_PARAMS params = SaveParams(format, compression);
+    struct Form {
+        const char *format;
+        int compression;
+        unsigned flags;
+    };
+    const Form forms[] = {{"tiff", 0, 0},
+                          {"tiff", 2, 0},
+                          {"tiff", 4, 0},
+                          {"tiff", 50000, 0},
+                          {"jpeg", -1, 0},
+                          {"png", 1, 0},
+                          {"exr", 3, 0},
+                          {"tiff", 2, GFL_SAVE_FAST},
+                          {"tiff", 4, GFL_SAVE_FAST}};
+    for (const auto &[format, compression, flags] : forms) {
+        const Case named(format, compression, flags);
+        GFL_SAVE_PARAMS params = SaveParams(format, compression);
+        params.Flags |= flags;
         gflSetThreads(1);
         const QByteArray alone = SavedBytes(*bitmap, params);
         for (int threads : {1, 2, 5}) {
@@ -348,6 +370,30 @@ void tst_Writing::generatedRows()
     }
     QCOMPARE(save(3001, SaveParams("psd")), int(GFL_ERROR_BAD_PARAMETERS));
     QCOMPARE(Everything(folder.path()).size(), 1);
+}
+
+// Packed by both compressors: the fast one's files are equal in content, and at most 6 % larger.
+void tst_Writing::fastDeflate()
+{
+    constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;
+    GFL_SAVE_PARAMS fast = SaveParams("tiff", 4);
+    fast.Flags |= GFL_SAVE_FAST;
+    for (const int content : {kNoise, kGrain, kRamp, kFlat})
+        for (const int bits : {8, 16, 32}) {
+            const Case named("content", content, "bits", bits);
+            BitmapPtr bitmap = RandomBitmap(kWidth, kHeight, GFL_RGB, bits);
+            if (content != kNoise) {
+                const BitmapPtr noise = std::move(bitmap);
+                bitmap = FilledBitmap(kWidth, kHeight, GFL_RGB, bits, [&](int x, int y, int c) {
+                    return 0.3 + (content == kFlat ? 0.0 : 0.4 * (x + c * y) / (kWidth + 2 * kHeight))
+                        + (content == kGrain ? 0.02 * SampleAt(*noise, x, y, c) : 0.0);
+                });
+            }
+            const QByteArray file = SavedBytes(*bitmap, fast);
+            QCOMPARE(Difference(*LoadFromMemory(file), *bitmap), QString());
+            const int plain = SavedBytes(*bitmap, SaveParams("tiff", 4)).size();
+            QVERIFY2(file.size() <= 1.06 * plain, qPrintable(QStringLiteral("%1, %2").arg(file.size()).arg(plain)));
+        }
 }
 
 QTEST_GUILESS_MAIN(tst_Writing)

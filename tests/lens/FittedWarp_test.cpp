@@ -112,6 +112,7 @@ private Q_SLOTS:
     void warpFollowsTheTwin();
     void foldsAreEmpty();
     void bandsAreTheWhole();
+    void storedIsConverted();
     void transferCurves_data();
     void transferCurves();
     void flatFields_data();
@@ -256,6 +257,34 @@ void tst_FittedWarp::foldsAreEmpty()
     }
     fisheye.geometry->endRadius = 125.0; // the farthest corner is 120 away
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
+}
+
+// Every value of 8 bits, and 16-bit noise with the ends of the range.
+void tst_FittedWarp::storedIsConverted()
+{
+    constexpr int kWidth = 331, kHeight = 120;
+    for (const int bits : {8, 16}) {
+        Pixels source = RandomPixels(kWidth, kHeight, 3, bits, 6);
+        source.At(70, 60, 0) = source.At(80, 60, 2) = bits == 8 ? 255.0F : 65535.0F;
+        source.At(71, 60, 0) = source.At(80, 61, 1) = 0.0F;
+        const GuardedImage from(source, 0);
+        KImage floats;
+        from.image.Convert(floats, GFL_RGBA, 32);
+        for (const double bend : {-3.0, 1.0}) {
+            const FittedWarp warp(Lens(kWidth, kHeight, bend).fitted, Sampling::Sharp, TransferCurve::Srgb(), {});
+            QVERIFY(warp.ReadsStored(from.image) && !warp.ReadsStored(floats));
+            for (int set = 0; set <= int(FloatWarp::BestInstructions()); ++set) {
+                const Case named("bits", bits, "bend", bend, "instructions", set);
+                KImage results[2];
+                for (KImage &result : results)
+                    result.AllocBitmap(kWidth, kHeight, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
+                QVERIFY(warp.Render(from.image, 0, results[0], 0, Instructions(set)));
+                QVERIFY(warp.Render(floats, 0, results[1], 0, Instructions(set)));
+                for (int y = 0; y < kHeight; ++y)
+                    QVERIFY(std::memcmp(results[0].getData(0, y), results[1].getData(0, y), kWidth * 16) == 0);
+            }
+        }
+    }
 }
 
 void tst_FittedWarp::bandsAreTheWhole()

@@ -31,6 +31,9 @@ void tst_FloatRows::moves_data()
         {"over a gap", {{0, 5}, {6, 11}, {40, 45}}},
         {"over a gap at the end of the block", {{0, 5}, {5, 10}, {10, 15}, {16, 21}}},
         {"back up", {{30, 40}, {29, 39}, {0, 10}, {5, 15}}},
+        {"up row by row while the end goes down",
+         {{20, 26}, {19, 26}, {18, 27}, {17, 27}, {16, 28}, {15, 28}, {9, 30}}},
+        {"leaps", {{0, 9}, {18, 28}, {26, 35}, {40, 50}, {30, 39}}},
         {"within the window", {{0, 30}, {3, 5}, {10, 30}, {29, 30}}},
         {"growing", {{20, 24}, {18, 26}, {10, 40}, {0, 60}, {59, 60}}}};
     for (const auto &[name, holds] : rows)
@@ -46,19 +49,21 @@ void tst_FloatRows::moves()
         picture.FillWithNoise(1);
         KImage whole;
         picture.image.Convert(whole, GFL_RGBA, 32);
-        FloatRows rows(picture.image);
-        for (const auto &[first, end] : holds) {
-            rows.Hold(first, end);
-            const KImage &held = rows.Image();
-            const int top = rows.FirstRow();
-            QVERIFY2(top <= first && top + held.height() >= end && held.width() == kWidth, form.name);
-            for (int y = 0; y < held.height(); ++y)
-                QVERIFY2(std::memcmp(held.getData(0, y), whole.getData(0, top + y), kWidth * 16) == 0,
-                         qPrintable(QStringLiteral("%1, row %2 of %3 to %4")
-                                        .arg(QLatin1String(form.name))
-                                        .arg(top + y)
-                                        .arg(first)
-                                        .arg(end)));
+        for (const FloatRows::Walk walk : {FloatRows::Walk::Steps, FloatRows::Walk::Leaps}) {
+            FloatRows rows(picture.image, walk);
+            for (const auto &[first, end] : holds) {
+                rows.Hold(first, end);
+                const KImage &held = rows.Image();
+                const int top = rows.FirstRow();
+                QVERIFY2(top <= first && top + held.height() >= end && held.width() == kWidth, form.name);
+                for (int y = 0; y < held.height(); ++y)
+                    QVERIFY2(std::memcmp(held.getData(0, y), whole.getData(0, top + y), kWidth * 16) == 0,
+                             qPrintable(QStringLiteral("%1, row %2 of %3 to %4")
+                                            .arg(QLatin1String(form.name))
+                                            .arg(top + y)
+                                            .arg(first)
+                                            .arg(end)));
+            }
         }
     }
 }

@@ -1,7 +1,9 @@
 // Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files,
 // in terms of light.
+#include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
+#include "Files.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 #include "SpelledProfile.h"
@@ -133,6 +135,7 @@ private Q_SLOTS:
     void gainMultipliesLight();
     void grayStaysGray_data();
     void grayStaysGray();
+    void anyThreads();
     void formats_data();
     void formats();
 
@@ -349,6 +352,31 @@ void tst_FittedProcess::grayStaysGray()
         }
     // Rounding of source and result, and 0.01 px.
     QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
+}
+
+/// Bands of any depth: the file doesn't depend on the threads that render and pack them.
+void tst_FittedProcess::anyThreads()
+{
+    for (const int bits : {8, 16, 32}) {
+        const int white = bits == 32 ? 1 : (1 << bits) - 1;
+        const auto mixed = [white](int x, int y, int c) {
+            return white * ((x * 79 + y * 1047 + c * 31) % 251 / 250.0);
+        };
+        const QString path = Put(Filled(QSize(331, 601), bits, mixed));
+        void *record = Record({{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Sampling"_s, "sharp"_s}});
+        QByteArray first;
+        for (const int threads : {1, 2, 5}) {
+            const Case named("bits", bits, "threads", threads);
+            gflSetThreads(threads);
+            QString output;
+            m_process.Process(path, record, output);
+            gflSetThreads(0);
+            const QByteArray file = ReadFile(output);
+            QVERIFY(!file.isEmpty() && (threads == 1 || file == first));
+            first = file;
+        }
+        m_process.FreeParameters(record);
+    }
 }
 
 void tst_FittedProcess::formats_data()

@@ -71,6 +71,10 @@ void tst_VectorRows::sameAsPlain()
             Compare<float, float>(
                 colors, offset, 4 * count, [=](auto s, auto d) { plain::CopyOpaque<float, 3>(s, d, count, 0.75f); },
                 [=](auto s, auto d) { CopyOpaqueFloat3(s, d, count, 0.75f); });
+            const auto opaque = [=](auto s, auto d) { plain::OpaqueFloats(s, d, count); };
+            const auto fastOpaque = [=](auto s, auto d) { OpaqueFloats(s, d, count); };
+            Compare<Ipp8u, float>(Noise<Ipp8u>(offset + 3 * count), offset, 4 * count, opaque, fastOpaque);
+            Compare<Ipp16u, float>(Noise<Ipp16u>(offset + 3 * count), offset, 4 * count, opaque, fastOpaque);
             Compare<Ipp8u, Ipp8u>(
                 Noise<Ipp8u>(offset + 3 * count), offset, count,
                 [=](auto s, auto d) { plain::RgbToGray<Ipp8u, 3>(s, d, count); },

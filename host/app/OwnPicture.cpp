@@ -1,4 +1,4 @@
-#include "LentPicture.h"
+#include "OwnPicture.h"
 
 #include "KException.h"
 #include "KImage.h"
@@ -6,9 +6,9 @@
 
 namespace {
 
-class LentPicture : public ImageDef {
+class OwnPicture : public ImageDef {
 public:
-    LentPicture(const QString &path, const GFL_FILE_INFORMATION &information)
+    OwnPicture(const QString &path, const GFL_FILE_INFORMATION &information)
     {
         m_fileName = path;
         m_id = IdOf(path);
@@ -66,7 +66,7 @@ std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReas
     const int error = gflGetFileInformationExUTF8(path.toUtf8().constData(), kAnyFormat, &information, kFlags);
     std::shared_ptr<ImageDef> picture;
     if (error == GFL_NO_ERROR)
-        picture = std::make_shared<LentPicture>(path, information);
+        picture = std::make_shared<OwnPicture>(path, information);
     gflFreeFileInformation(&information);
     return picture;
 }

@@ -1,0 +1,40 @@
+# Compiler and linker options that turn memory errors into an immediate end of the program. They aren't set with
+# sanitizers, which find the same errors earlier, nor in Debug: _FORTIFY_SOURCE needs an optimizing build. Options in
+# CXXFLAGS and LDFLAGS, such as those of dpkg-buildflags, take precedence.
+include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
+include(CheckLinkerFlag)
+include(CheckPIESupported)
+
+check_pie_supported(LANGUAGES CXX) # without it CMake compiles for PIE, but leaves the link to the compiler's default
+
+if(VITRELUX_SANITIZE)
+    return()
+endif()
+
+set(optimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+
+# Level 3 also checks sizes known only at run time; it takes a newer compiler and C library than 2. Some distributions
+# predefine a level, hence -U.
+if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
+    set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+    check_cxx_source_compiles("#include <cstdlib>\nint main() { return 0; }" VITRELUX_HAS_FORTIFY_3)
+    unset(CMAKE_REQUIRED_FLAGS)
+    if(VITRELUX_HAS_FORTIFY_3)
+        set(fortify 3)
+    else()
+        set(fortify 2)
+    endif()
+    add_compile_options($<${optimized}:-U_FORTIFY_SOURCE> $<${optimized}:-D_FORTIFY_SOURCE=${fortify}>)
+endif()
+
+check_cxx_compiler_flag(-fstack-protector-strong VITRELUX_HAS_STACK_PROTECTOR)
+if(VITRELUX_HAS_STACK_PROTECTOR AND NOT CMAKE_CXX_FLAGS MATCHES "-f(no-)?stack-protector")
+    add_compile_options($<${optimized}:-fstack-protector-strong>)
+endif()
+
+# All symbols are resolved at the start, and the tables of addresses are read-only afterwards.
+check_linker_flag(CXX "LINKER:-z,relro,-z,now" VITRELUX_HAS_FULL_RELRO)
+if(VITRELUX_HAS_FULL_RELRO)
+    add_link_options("$<${optimized}:LINKER:-z,relro,-z,now>")
+endif()

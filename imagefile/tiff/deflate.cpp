@@ -1,0 +1,84 @@
+#include "deflate.h"
+
+#include <algorithm>
+#include <isa-l/igzip_lib.h>
+#include <libdeflate.h>
+#include <new>
+#include <vector>
+
+namespace imagefile {
+
+namespace {
+
+/// On noisy photographs with predictor, level 4 takes between 1.3 and 2.8 times the time of level 1 and level 6 up to
+/// 4.8 times, while their files are at most 3 % smaller (8 bits: 0.513, 0.503, 0.495 of the raw bytes; 16 bits: 0.651,
+/// 0.657, 0.647; float: 0.612, 0.593, 0.592; 6 megapixels RGBA). Clean 16-bit pictures lose some 13 %.
+constexpr int kLibDeflateLevel = 1;
+
+class ByLibDeflate : public Deflate {
+public:
+    ByLibDeflate()
+    {
+        if (!m_compressor)
+            throw std::bad_alloc();
+    }
+
+    std::size_t Bound(std::size_t bytes) const override
+    {
+        return libdeflate_zlib_compress_bound(m_compressor.get(), bytes);
+    }
+
+    std::size_t Pack(const std::uint8_t *data, std::size_t bytes, std::uint8_t *packed) override
+    {
+        return libdeflate_zlib_compress(m_compressor.get(), data, bytes, packed, Bound(bytes));
+    }
+
+private:
+    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor *)> m_compressor{
+        libdeflate_alloc_compressor(kLibDeflateLevel), libdeflate_free_compressor};
+};
+
+/// Strips of drawings and of flat areas go to libdeflate instead, which packs them better and about as fast.
+class ByIsaL : public Deflate {
+public:
+    /// Blocks that don't shrink are stored, with 5 bytes for at most 64 KiB each; the rest is the stream's frame.
+    std::size_t Bound(std::size_t bytes) const override
+    {
+        return std::max(bytes + bytes / 1024 + 1024, m_forDrawings.Bound(bytes));
+    }
+
+    std::size_t Pack(const std::uint8_t *data, std::size_t bytes, std::uint8_t *packed) override
+    {
+        isal_deflate_init(&m_stream);
+        m_stream.level = 1;
+        m_stream.level_buf = m_buffer.data();
+        m_stream.level_buf_size = ISAL_DEF_LVL1_DEFAULT;
+        m_stream.gzip_flag = IGZIP_ZLIB;
+        m_stream.end_of_stream = 1;
+        m_stream.next_in = const_cast<std::uint8_t *>(data); // only read
+        m_stream.avail_in = static_cast<std::uint32_t>(bytes);
+        m_stream.next_out = packed;
+        m_stream.avail_out = static_cast<std::uint32_t>(Bound(bytes));
+        isal_deflate(&m_stream);
+        constexpr std::size_t kWellPacked = 8; // times smaller
+        if (m_stream.total_out > bytes / kWellPacked)
+            return m_stream.total_out;
+        return m_forDrawings.Pack(data, bytes, packed);
+    }
+
+private:
+    ByLibDeflate m_forDrawings;
+    isal_zstream m_stream;
+    std::vector<std::uint8_t> m_buffer = std::vector<std::uint8_t>(ISAL_DEF_LVL1_DEFAULT);
+};
+
+} // namespace
+
+std::unique_ptr<Deflate> MakeDeflate(DeflateBy by)
+{
+    if (by == DeflateBy::IsaL)
+        return std::make_unique<ByIsaL>();
+    return std::make_unique<ByLibDeflate>();
+}
+
+} // namespace imagefile

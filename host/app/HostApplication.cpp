@@ -118,8 +118,8 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Filters Qt's messages. At every start Qt warns if the runtime folder is missing or belongs to another user, as under
-/// cron and sudo; nothing here uses that folder. Of other messages, such as one per damaged line of a file, only the
+/// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
+/// cron and sudo; nothing here uses that folder. Of repeated messages, such as one per damaged line of a file, only the
 /// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {

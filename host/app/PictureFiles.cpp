@@ -43,7 +43,7 @@ public:
             return;
         }
         // System: names that are not UTF-8 and dangling links, which then fail with a reason. The suffixes are compared
-        // here, because without memory QDir would match its patterns to no name.
+        // here, because QDir's patterns match nothing if memory runs out.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))

@@ -30,7 +30,7 @@ struct CorrectOptions {
     bool verbose = false; // print the facts about each picture
     bool dryRun = false;  // print what would be done
     bool json = false;    // print records as in docs/correct.schema.json
-    bool notify = false;  // show a notification of the desktop at the end
+    bool notify = false;  // show a desktop notification at the end
     OutputRules rules;
     int jobs = 0; // pictures in parallel; 0: as many as processors and memory allow
 };

@@ -31,7 +31,7 @@ GFL_API void gflLibraryExit();
 /// Allows (not 0) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets the threads that one save or load may use, from 1; 0 (the default) means one per processor. File and pixels are
+/// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
 /// the same for any number.
 GFL_API void gflSetThreads(int threads);
 

@@ -27,7 +27,7 @@ namespace {
 constexpr int kMaxParts = 1000;
 constexpr std::int64_t kMaxPixelBytes = 4096; // for all layers: 1,024 channels
 
-/// Above the ratio of PIZ and ZIP for a picture of a single color.
+/// Above what PIZ and ZIP reach for a single-color picture.
 constexpr std::int64_t kMaxRatio = 4096;
 
 // Adapts a Source for OpenEXR.

@@ -28,7 +28,7 @@ double Bilinear(const Function &at, SourcePlaces::Point place)
     return above * (1.0 - y.rest) + below * y.rest;
 }
 
-/// Returns how far a sample between the middle two of four values in a line may exceed both.
+/// Returns how far a sample between the middle two of four consecutive values may exceed both.
 double Rise(double v0, double v1, double v2, double v3)
 {
     const double turn = std::min(v1 + (v1 - v0) / 2.0, v2 + (v2 - v3) / 2.0) - std::max(v1, v2);

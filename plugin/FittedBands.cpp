@@ -90,7 +90,7 @@ void FittedBands::FillFloat(KImage &image)
 void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
     if (m_warp.ReadsStored(m_picture) && m_warp.Render(m_picture, 0, band, firstRow))
-        return; // always: all rows are in memory
+        return; // always succeeds: all rows are in memory
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
     source->Hold(range.first, range.end);
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {

@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char *kCamera = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 constexpr const char *kRdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
-constexpr int kMaxDepth = 64;       // nested elements; a profile has 12
+constexpr int kMaxDepth = 64;       // nested elements; profiles have 12
 constexpr int kMaxAlternates = 100; // names and numbers of one lens
 constexpr int kMaxText = 4096;      // characters of one field
 

@@ -372,7 +372,7 @@ void tst_Writing::generatedRows()
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
-// Packed by both compressors: the fast one's files are equal in content, and at most 6 % larger.
+// Both compressors: the fast one's files have equal content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
     constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;

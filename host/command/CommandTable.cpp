@@ -21,7 +21,7 @@ constexpr VerbRow kVerbs[] = {
      "requested but missing from the profile is a failure.\n\n"
      "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
      "is found by the picture's camera and lens, at any depth below the profile folder; if none fits, lensfun's "
-     "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the "
+     "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that "
      "camera, another program or an earlier run already corrected are skipped.\n\n"
      "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this "
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
@@ -42,13 +42,13 @@ constexpr VerbRow kVerbs[] = {
      "show the content of lens profiles",
      "Prints the content of each lens profile (.lcp): camera, lens and frame, and its entries as a grid of focal "
      "lengths, distances, apertures and models.\n\n"
-     "An unusable profile is a failure. With --for, so is one that does nothing to PICTURE.\n\n"
+     "An unusable profile counts as a failure; with --for, so does one that has no effect on PICTURE.\n\n"
      "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without "
      "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold "
-     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
-     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
-     "green. Prints the name of the file written.",
+     "one for what is applied to PICTURE. Distortion is how much farther from the center, in percent, a point "
+     "lies in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
+     "green. Prints the name of the plot file.",
      {"vitrelux profile lens.lcp", "vitrelux profile --for photo.jpg --plot curves.svg lens.lcp"}},
     {Verb::Lenses,
      "lenses",
@@ -103,7 +103,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
     {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff, not NAME_corrected.tiff", nullptr, true},
     {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs, as in {name}-{ext}.tif; also {folder}"},
-    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture", nullptr, true},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output its picture's file time", nullptr, true},
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {}, nullptr, "Run"},

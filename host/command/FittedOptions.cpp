@@ -147,7 +147,7 @@ const Row kRows[] = {
      IsAboveZero,
      "a number above 0",
      TakeNumber<&TypedFacts::aperture>},
-    {{"distance", "M", "the subject's distance in meters, or inf", true, "inf", true},
+    {{"distance", "M", "the subject distance in meters, or inf", true, "inf", true},
      "Distance",
      IsAboveZero,
      "a number above 0, or inf",

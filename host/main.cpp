@@ -10,6 +10,7 @@
 #include "command/ProfileCommand.h"
 #include "command/ReportCommand.h"
 #include "command/WizardCommand.h"
+#include "gfl.h"
 
 #include <QTextCodec>
 
@@ -34,6 +35,7 @@ QStringList ReadArguments(int argc, char **argv)
 
 int Run(const CommandLine &line, Console *console)
 {
+    gflSetMaxPixels(line.maxPixels);
     switch (line.action) {
     case CommandLine::Action::Correct:
         return RunCorrect(line.correct, console);

@@ -185,6 +185,11 @@ void gflSetThreads(int threads)
     SetThreadCount(threads);
 }
 
+void gflSetMaxPixels(std::int64_t pixels)
+{
+    SetMaxPixels(pixels);
+}
+
 std::int32_t gflGetFormatIndexByName(const char *name)
 {
     for (std::int32_t index = 0; name && FormatAt(index); ++index)

@@ -35,6 +35,10 @@ GFL_API void gflEnableLZW(int enable);
 /// the same for any number.
 GFL_API void gflSetThreads(int threads);
 
+/// Sets the number of pixels that a picture may have to be read, from 1; 0 (the default) means only the limits of its
+/// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
+GFL_API void gflSetMaxPixels(std::int64_t pixels);
+
 /// Returns why the last failed call of this thread failed: what was read, expected, found. Never null; valid until the
 /// thread's next call that fails.
 GFL_API const char *gflLastErrorText();

@@ -11,7 +11,7 @@ public:
     /// How requested ranges progress down the picture.
     enum class Walk {
         Steps, ///< ranges overlap: enough room that rows rarely move, yet fit the caches
-        Leaps, ///< ranges barely overlap
+        Leaps, ///< ranges barely overlap; each thread has a window, so rows are converted without OpenMP
     };
 
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.

@@ -8,6 +8,10 @@ namespace {
 // Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
+// Rows converted at once: of fewer pixels than those that KImage divides among OpenMP's threads, because each of the
+// threads that call Fill would start its own.
+constexpr int kRowsAtOnce = 8;
+
 bool HasAlpha(const KImage &image)
 {
     return image.m_bitmap->ComponentsPerPixel == 4;
@@ -65,7 +69,7 @@ void FittedBands::Fill(KImage &rows, int firstRow)
     for (int row = firstRow, count = 0; row < end; row += count) {
         if (!work->band.m_bitmap || row < work->firstRow || row >= work->firstRow + work->band.height())
             MakeBand(work.get(), row / kBandRows * kBandRows);
-        count = qMin(end, work->firstRow + work->band.height()) - row;
+        count = qMin(kRowsAtOnce, qMin(end, work->firstRow + work->band.height()) - row);
         work->band.CropCopyTo(0, row - work->firstRow, rows.width(), count, rows, 0, row - firstRow);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);

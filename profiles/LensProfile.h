@@ -58,7 +58,7 @@ struct LensProfile {
 
 /// Reads a profile in any RDF form: elements or attributes, any prefix, any order (see docs/fitting.md).
 ///
-/// Leaves out unusable models, with a note. The limits of XmlLimits.h apply.
+/// Leaves out unusable models, with a note. The limits of InputLimits.h apply.
 ///
 /// @param error  filled if nothing is usable: what was read, expected and found. May be null.
 /// @return the profile; without entries if nothing is usable.

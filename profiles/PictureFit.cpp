@@ -2,9 +2,9 @@
 
 #include "CorrectionTwin.h"
 #include "FitSteps_p.h"
+#include "InputLimits.h"
 #include "LensfunDatabase.h"
 #include "LensfunFit.h"
-#include "XmlLimits.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,4 +1,4 @@
-// XML as a tree, without namespace processing and within the limits of XmlLimits.h.
+// XML as a tree, without namespace processing and within the limits of InputLimits.h.
 #pragma once
 
 #include <QDomDocument>
@@ -14,8 +14,8 @@ struct XmlDocument {
     QDomDocument document; ///< empty for a refused text; the part before the error for a malformed one
 };
 
-/// Reads the rest of a file, but at most a byte more than kMaxXmlBytes, regardless of the size that the file reports. For
-/// that number QIODevice::read would allocate all of it.
+/// Reads the rest of a file, but at most a byte more than kMaxXmlBytes, regardless of the size that the file reports.
+/// For that number QIODevice::read would allocate all of it.
 QByteArray ReadXmlBytes(QIODevice *device);
 
 /// Parses a text that the caller has limited to kMaxXmlBytes.

@@ -210,6 +210,18 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMaxJobs;
 }
 
+/// Reads a number of megapixels; without the option, the default. @return false if it isn't a valid one.
+bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
+{
+    constexpr int kDefaultMegapixels = 2000; // 32 GB as float RGBA
+    constexpr int kMaxMegapixels = 1'000'000;
+    const QString name = QStringLiteral("max-megapixels");
+    bool ok = true;
+    const int megapixels = parser.isSet(name) ? parser.value(name).toInt(&ok) : kDefaultMegapixels;
+    *pixels = qint64(1'000'000) * megapixels;
+    return ok && megapixels >= 1 && megapixels <= kMaxMegapixels;
+}
+
 /// Reads "2/16".
 bool ReadShard(const QString &text, Shard *shard)
 {
@@ -304,6 +316,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     FittedOptions fitted;
     if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
         return Refuse(command, problem);
+    if (!ReadMaxPixels(parser, &line.maxPixels))
+        return Refuse(command, QStringLiteral("'--max-megapixels N' needs a whole number from 1 to 1000000."));
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);

@@ -21,8 +21,8 @@ constexpr VerbRow kVerbs[] = {
      "requested but missing from the profile is a failure.\n\n"
      "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
      "is found by the picture's camera and lens, at any depth below the profile folder; if none fits, lensfun's "
-     "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that "
-     "camera, another program or an earlier run already corrected are skipped.\n\n"
+     "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures "
+     "that the camera, another program or an earlier run already corrected are skipped.\n\n"
      "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this "
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
      "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
@@ -107,6 +107,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {}, nullptr, "Run"},
+    {Verb::Correct, {"max-megapixels", nullptr}, "N", "refuse larger pictures; default: 2000", nullptr, true},
     {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
     {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: as CPUs and memory allow"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
@@ -114,6 +115,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a desktop notification", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},
+    {Verb::Info, {"max-megapixels", nullptr}, "N", "refuse larger pictures; default: 2000", nullptr, true},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
     {Verb::Info, {}, nullptr, "Profile"},

@@ -1,5 +1,6 @@
 #include "core/byte_reader.h"
 #include "core/iso_boxes.h"
+#include "core/limits.h"
 #include "jp2_codec.h"
 
 #include <algorithm>
@@ -15,9 +16,6 @@ constexpr std::uint64_t kSize = 0xFF51, kCoding = 0xFF52, kComponentCoding = 0xF
 
 /// Minimum size of a tile part's headers: SOT and SOD.
 constexpr std::uint64_t kTileBytes = 14;
-
-/// Accepted regardless of the file's size.
-constexpr std::uint64_t kHarmlessPrecincts = std::uint64_t(1) << 18;
 
 Status Damaged(const char *what)
 {

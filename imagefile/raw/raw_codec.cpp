@@ -5,6 +5,7 @@
 
 #include "metadata/metadata.h"
 
+#include "core/limits.h"
 #include "tiff/tiff_handle.h"
 
 #include <algorithm>
@@ -114,7 +115,6 @@ const Codec &RawCodec()
 
 bool HoldsSensorValues(const Source &source)
 {
-    constexpr std::size_t kMaxSubDirectories = 16;
     TiffHandle handle;
     if (!handle.OpenForReading(source))
         return false;
@@ -122,7 +122,7 @@ bool HoldsSensorValues(const Source &source)
     const std::uint64_t *offsets = nullptr;
     std::vector<std::uint64_t> below;
     if (TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
-        below.assign(offsets, offsets + std::min<std::size_t>(count, kMaxSubDirectories));
+        below.assign(offsets, offsets + std::min<std::size_t>(count, kMaxRawDirectories));
     return IsSensorDirectory(handle) || std::any_of(below.begin(), below.end(), [&handle](std::uint64_t offset) {
                return handle.OpenAt(offset) && IsSensorDirectory(handle);
            });

@@ -37,7 +37,7 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there were more than kMaxProfiles files, in which case the rest is ignored.
+    /// @return false if there were more than kMaxIndexedProfiles files, in which case the rest is ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.
@@ -46,9 +46,6 @@ public:
     const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
     /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
-
-    static constexpr int kMaxProfiles = 100'000; // an index of 60 MB; the largest collection known has 6,000
-    static constexpr int kMaxDepth = 32;         // nested folders
 
 private:
     void LoadCache();

@@ -77,6 +77,10 @@ void BadInputTest::refused_data()
     picture("head of a JPEG", "", Copy("a.jpg", 20));
     picture("half a TIFF", "", Copy("b_corrected.tiff", 2500));
 
+    row("picture", "above --max-megapixels", "--max-megapixels 1 --profile p.lcp a.jpg m b.jpg"_s, {"m"_s},
+        "1001 x 1000 pixels are 1.001 megapixels; at most 1 are allowed",
+        [](const QString &path) { QImage(1001, 1000, QImage::Format_RGB32).save(path, "JPG"); });
+
     const auto profile = [&](const char *name, const Prepare &prepare) {
         row("profile", name, "--profile m a.jpg b.jpg"_s, {"a.jpg"_s, "b.jpg"_s}, "profile \"m\": ", prepare);
     };

@@ -57,6 +57,8 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --amount ca=201 a.jpg", "0 to 200"},
         {"correct --focal -3 a.jpg", "above 0"},
         {"correct --aperture inf a.jpg", "above 0"},
+        {"correct --max-megapixels 0 a.jpg", "1 to 1000000"},
+        {"info --max-megapixels 2.5 a.jpg", "1 to 1000000"},
         {"correct --shard 3/2 a.jpg", "--shard I/N"},
         {"correct --shard 1 a.jpg", "--shard I/N"},
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},

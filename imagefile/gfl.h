@@ -35,7 +35,7 @@ GFL_API void gflEnableLZW(int enable);
 /// the same for any number.
 GFL_API void gflSetThreads(int threads);
 
-/// Sets the number of pixels that a picture may have to be read, from 1; 0 (the default) means only the limits of its
+/// Sets the maximum number of pixels in a picture that is read; 0 (the default) means that only the limits on
 /// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
 GFL_API void gflSetMaxPixels(std::int64_t pixels);
 

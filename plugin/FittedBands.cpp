@@ -8,8 +8,8 @@ namespace {
 // Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
-// Rows converted at once: of fewer pixels than those that KImage divides among OpenMP's threads, because each of the
-// threads that call Fill would start its own.
+// Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the
+// threads that call Fill would start such a team.
 constexpr int kRowsAtOnce = 8;
 
 bool HasAlpha(const KImage &image)

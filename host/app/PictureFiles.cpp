@@ -77,7 +77,7 @@ private:
     PictureFiles *m_found;
 };
 
-/// Returns the bytes of a list, or somewhat more than kMaxListBytes. In pieces, because a pipe has no size.
+/// Reads a list, or slightly more than kMaxListBytes of it, in pieces, because a pipe has no size.
 QByteArray ReadUpToLimit(QFile *file)
 {
     constexpr qint64 kPieceBytes = qint64(1) << 20;

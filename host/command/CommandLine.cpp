@@ -210,7 +210,7 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMaxJobs;
 }
 
-/// Reads a number of megapixels; without the option, the default. @return false if it isn't a valid one.
+/// Reads the limit in megapixels, or the default if the option is missing. @return false if the value is invalid.
 bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
 {
     constexpr int kDefaultMegapixels = 2000; // 32 GB as float RGBA

@@ -83,7 +83,7 @@ struct CommandLine {
     LensesOptions lenses;   // ShowLenses
     ReportOptions report;   // ShowReport
     WizardOptions wizard;   // ShowWizard
-    qint64 maxPixels = 0;   // Correct, ShowInfo: larger pictures are refused; 0: no limit of their number
+    qint64 maxPixels = 0;   // Correct, ShowInfo: larger pictures are refused; 0: no limit
 };
 
 /// Parses the arguments after the program's name. Needs no application object.

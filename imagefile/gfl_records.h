@@ -252,7 +252,7 @@ struct GFL_XMP_ITEM {
 struct GFL_FORMAT {
     const char *Name;      // for gflGetFormatIndexByName: "tiff"
     const char *Label;     // for display, English: "TIFF", "Camera raw"
-    const char *Suffixes;  // lower case, the usual one first, separated by blanks: ".tif .tiff"
-    const char *MimeTypes; // separated by blanks: "image/tiff"
+    const char *Suffixes;  // lower case, the usual one first, separated by spaces: ".tif .tiff"
+    const char *MimeTypes; // separated by spaces: "image/tiff"
     bool CanBeWritten;     // can be a save's FormatIndex; all can be read
 };

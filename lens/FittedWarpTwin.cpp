@@ -36,7 +36,7 @@ double Rise(double v0, double v1, double v2, double v3)
     return std::max({turn, top, 0.0});
 }
 
-/// Returns the greatest value that a sample between four pixels, the first at (@p x, @p y), may have.
+/// Returns the maximum value that a sample between four pixels, the first at (@p x, @p y), may have.
 double Highest(const Function &at, int x, int y)
 {
     const auto row = [&](int j) { return Rise(at(x - 1, j), at(x, j), at(x + 1, j), at(x + 2, j)); };

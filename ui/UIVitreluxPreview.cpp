@@ -364,7 +364,7 @@ void UIVitreluxPreview::renderEnded()
 void UIVitreluxPreview::updatePreview()
 {
     if (!m_imageDef)
-        return; // the image was cleared meanwhile
+        return; // the image was cleared in the meantime
     SetComplete(true);
     m_computePreview.getPreview(m_resultImage);
     m_resultPixmap = FittedToFrame(m_resultImage);

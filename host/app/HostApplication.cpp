@@ -52,7 +52,7 @@ void SetVariable(const char *name, const QByteArray &value)
 }
 
 /// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
-/// XDG_DATA_HOME is /dev/null meanwhile, so no folder is created.
+/// XDG_DATA_HOME is /dev/null while it exists, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";

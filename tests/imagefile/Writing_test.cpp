@@ -27,7 +27,7 @@ struct Format {
 
 constexpr double kExact = 0.0;
 constexpr double kRounded = 1.01 / 65535; // single precision may round a half in the other direction
-constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the greatest channel
+constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the largest channel
 
 const Format kFormats[] = {
     {"tiff", 0, true, true, true, true, true, kExact},         {"tiff", 2, true, true, true, true, true, kExact},

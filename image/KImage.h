@@ -130,8 +130,8 @@ public:
     using EditRecord = QVector<QPair<QString, QString>>;
     struct FileForm {
         QString format;                     // "tiff", "jpeg", "png" or "exr"
-        int compression = -1, quality = -1; // as in TranscodeCompression; or of a JPEG, 1 to 100, instead
-        bool halfFloats = false;            // OpenEXR: floats of 16 bits
+        int compression = -1, quality = -1; // as in TranscodeCompression; JPEG quality, 1 to 100
+        bool halfFloats = false;            // OpenEXR: 16-bit floats
     };
     /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
     /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.

@@ -73,7 +73,7 @@ Corrections PlainCorrections(const QString &fileName)
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// Returns the corrections that fitted runs can make with any entry, in any RDF spelling.
+/// Returns the corrections that fitted runs can make with any entry, in any RDF form.
 Corrections FittedCorrections(const QString &fileName)
 {
     Corrections supported = {};
@@ -235,7 +235,7 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ShowProfile(fileName);
     const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
     m_supported.insert(fileName, supported);
-    if (!m_params->fitted || !supported.distortion) // plain: by each choice
+    if (!m_params->fitted || !supported.distortion) // plain records: on each choice
         ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
     if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
@@ -364,7 +364,7 @@ void UIVitreluxPreview::renderEnded()
 void UIVitreluxPreview::updatePreview()
 {
     if (!m_imageDef)
-        return; // the image was cleared meanwhile
+        return; // the image was cleared in the meantime
     SetComplete(true);
     m_computePreview.getPreview(m_resultImage);
     m_resultPixmap = FittedToFrame(m_resultImage);

@@ -52,7 +52,7 @@ void SetVariable(const char *name, const QByteArray &value)
 }
 
 /// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
-/// XDG_DATA_HOME is /dev/null meanwhile, so no folder is created.
+/// XDG_DATA_HOME is /dev/null while it exists, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -118,8 +118,8 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Filters Qt's messages. At every start Qt warns if the runtime folder is missing or belongs to another user, as under
-/// cron and sudo; nothing here uses that folder. Of other messages, such as one per damaged line of a file, only the
+/// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
+/// cron and sudo; nothing here uses that folder. Of repeated messages, such as one per damaged line of a file, only the
 /// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {

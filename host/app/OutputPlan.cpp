@@ -49,7 +49,7 @@ QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknow
         const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // of the innermost braces
         if (end == -1)
             return filled + pattern.midRef(at);
-        if (begin < at) { // a brace without its other one
+        if (begin < at) { // an unmatched brace
             filled += pattern.midRef(at, end + 1 - at);
             at = end + 1;
             continue;
@@ -134,7 +134,7 @@ QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes
     if (pattern.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
     if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
-        return QStringLiteral("does not end in .%1, which the outputs are; --format chooses another format")
+        return QStringLiteral("does not end in .%1, the suffix of the output format; --format chooses another one")
             .arg(suffixes.join(QLatin1String(" or .")));
     return QString();
 }

@@ -20,7 +20,7 @@ QString Number(double value, int digits = 6)
                                            : text; // such as a position near the equator
 }
 
-/// Rounds for scripts, so that no digits are only rounding errors.
+/// Rounds for scripts, so that no digit is merely a rounding error.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();

@@ -61,7 +61,7 @@ QString FormatOf(const QCommandLineParser &parser)
     return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
 }
 
-/// Reads the names of outputs, with the suffix of their format. Results of earlier runs are recognized by the default
+/// Reads how outputs are named, with the suffix of their format. Results of earlier runs are recognized by the default
 /// or chosen ending, with the suffix of any format, unless a pattern was given.
 void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
 {
@@ -117,13 +117,13 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
-/// Returns a message about an option that the format of outputs doesn't have; empty if there is none.
+/// Returns a message about an option that the output format doesn't support; empty if there is none.
 QString FindFormatFault(const QCommandLineParser &parser)
 {
     const std::pair<const char *, const char *> needs[] = {{"quality", "jpeg"}, {"compression", "tiff"}};
     for (const auto &[option, format] : needs) {
         if (parser.isSet(Latin(option)) && FormatOf(parser) != Latin(format))
-            return QStringLiteral("--%1 is for --format %2, but the outputs are of format %3.")
+            return QStringLiteral("--%1 is only for --format %2, but the output format is %3.")
                 .arg(Latin(option), Latin(format), FormatOf(parser));
     }
     return QString();
@@ -210,7 +210,7 @@ bool IsJobCount(const QString &text)
     return ok && count >= 1 && count <= kMaxJobs;
 }
 
-/// Reads a number of megapixels; without the option, the default. @return false if it isn't a valid one.
+/// Reads the limit in megapixels, or the default if the option is missing. @return false if the value is invalid.
 bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
 {
     constexpr int kDefaultMegapixels = 2000; // 32 GB as float RGBA

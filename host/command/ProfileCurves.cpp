@@ -90,7 +90,7 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     });
 }
 
-/// @param byGreen  uses green's model if there is one, like a fit that corrects color.
+/// @param byGreen  uses green's model, if any, like a fit that corrects color.
 ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool byGreen)
 {
     ProfileCurves curves;

@@ -28,12 +28,12 @@ bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 class RowSink {
 public:
     virtual ~RowSink() = default;
-    /// Sets the size and form of the rows, before any row. A second call restarts.
+    /// Sets the size and form of the rows. Call it before the first row; a second call starts over.
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
     /// Returns memory for row @p y in that form; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
-    /// Returns whether Row gives a row's final place, so that rows may be filled in several passes before any is Done.
-    /// Several threads may then call Row and Done, each for other rows.
+    /// Returns whether Row returns a row's final location, so that rows may be filled in several passes before Done.
+    /// Several threads may then call Row and Done, each for different rows.
     virtual bool KeepsRows() const { return false; }
     /// Marks row @p y as filled.
     virtual void Done(int y) = 0;

@@ -3,9 +3,9 @@
 
 namespace imagefile {
 
-/// Returns the number set last, from 1; without one, one thread per processor.
+/// Returns the number set last, at least 1; if none was set, one per processor.
 int ThreadCount();
-/// 0: one thread per processor.
+/// Sets the number; 0 means one thread per processor.
 void SetThreadCount(int threads);
 
 } // namespace imagefile

@@ -112,7 +112,7 @@ bool IsFixedLensName(const LensName &name, const QString &model)
         && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
 }
 
-/// Whether the focal lengths of a fixed lens's profile are the picture's, as far as both are known.
+/// Whether a fixed lens's profile has the picture's focal lengths, as far as both are known.
 bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
 {
     const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };

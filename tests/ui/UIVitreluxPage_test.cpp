@@ -361,7 +361,7 @@ void tst_UIVitreluxPage::quickToggles()
         const QByteArray name = QByteArray::number(toggles) + " toggles: ";
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QSignalSpy renders(desk.worker, &QThread::started), told(desk.page, &QWizardPage::completeChanged);
-        for (int i = 0; i < toggles; ++i) { // without the event loop: the end of a render is not noticed meanwhile
+        for (int i = 0; i < toggles; ++i) { // without the event loop: so the end of a render goes unnoticed
             box->click();
             if (toggles == 5)
                 desk.worker->wait(); // the next render starts before the page is notified of the end of this one

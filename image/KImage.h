@@ -123,7 +123,7 @@ public:
         /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on, from the top
         /// down. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
-        bool fast = false; // sets GFL_SAVE_FAST: several threads then call fill, about in order
+        bool fast = false; // GFL_SAVE_FAST: several threads call fill, about in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;

@@ -66,7 +66,7 @@ void Log(const char *text, long number)
     syscall(SYS_close, file);
 }
 
-/// @return whether this call, named @p name, must fail; if so, errno is set.
+/// @return whether @p call must fail now; if so, errno is set.
 bool Fails(const char *call)
 {
     if (++calls != failingCall)

@@ -148,7 +148,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
     image->ToQImage(
-        source);         // before the swap: if it fails, the old image, which the worker may be reading, stays alive
+        source);         // before the swap: if this fails, the old image, which the worker may be reading, stays alive
     m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;

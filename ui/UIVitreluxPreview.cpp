@@ -44,7 +44,7 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
-/// Lock on an image's reduced pixels for a scope.
+/// Locks an image's reduced pixels for a scope.
 class ReducedLock {
 public:
     ReducedLock(KIImageDef *def, const ReducedSize &size)
@@ -135,7 +135,7 @@ void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
     try {
         ShowImage(def, static_cast<Params *>(params));
-    } catch (...) { // the current picture stays
+    } catch (...) { // keep the current picture
     }
 }
 

@@ -99,7 +99,7 @@ struct Camera {
     }
 };
 
-/// The sRGB profile with a fixed date, so that a recreated picture has the same bytes.
+/// Returns the sRGB profile with a fixed date, so that recreated pictures are identical.
 std::vector<unsigned char> ColorProfile()
 {
     const std::unique_ptr<void, decltype(&cmsCloseProfile)> profile(cmsCreate_sRGBProfile(), &cmsCloseProfile);

@@ -1,4 +1,4 @@
-// A rectangle of the source as planes, for sharp sampling.
+// A box of the source as planes, for sharp sampling.
 #pragma once
 
 #include "SharpLimits_p.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Source columns and rows, inclusive. They may lie outside the picture, whose edges are then repeated.
+/// Columns and rows of the source, ends included. They may lie outside the picture, where its edges are repeated.
 struct Bounds {
     int left, top, right, bottom;
 };
@@ -170,7 +170,7 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Stores the codes of @p count integer RGB pixels by color. They equal those of the same values as floats.
+/// Stores the codes of @p count pixels of RGB integers by color: those of the same values as floats.
 template <typename Sample>
 VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::int16_t *__restrict red,
                                  std::int16_t *__restrict green, std::int16_t *__restrict blue)

@@ -1,4 +1,4 @@
-// Text tables of cells: one row per line, ";" between the cells, "#" before a comment.
+// Text tables: one row per line, cells separated by ";", comments after "#".
 #pragma once
 
 #include <QFile>

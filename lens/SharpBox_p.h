@@ -1,4 +1,4 @@
-// A rectangle of the source as planes, for sharp sampling.
+// A box of the source as planes, for sharp sampling.
 #pragma once
 
 #include "SharpSplit_p.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Source columns and rows, inclusive. They may lie outside the picture, whose edges are then repeated.
+/// Columns and rows of the source, ends included. They may lie outside the picture, where its edges are repeated.
 struct Bounds {
     int left, top, right, bottom;
 };

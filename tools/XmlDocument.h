@@ -4,7 +4,7 @@
 #include <QDomDocument>
 #include <QString>
 
-/// A text after parsing.
+/// Result of parsing a text.
 struct XmlDocument {
     QString whyRefused; ///< in plain English, no full stop: the limit exceeded, or entities declared; empty if none
     bool isWellFormed = false;

@@ -44,7 +44,7 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
-/// Lock on an image's reduced pixels for a scope.
+/// Locks an image's reduced pixels for a scope.
 class ReducedLock {
 public:
     ReducedLock(KIImageDef *def, const ReducedSize &size)
@@ -135,7 +135,7 @@ void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
     try {
         ShowImage(def, static_cast<Params *>(params));
-    } catch (...) { // the current picture stays
+    } catch (...) { // keep the current picture
     }
 }
 
@@ -148,7 +148,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
     image->ToQImage(
-        source);         // before the swap: if it fails, the old image, which the worker may be reading, stays alive
+        source);         // before the swap: if this fails, the old image, which the worker may be reading, stays alive
     m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;

@@ -153,8 +153,8 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 void ChooseDisplayless()
 {
     g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
-    // Set even if the session names a platform: a desktop's aborts the program if no display can be reached, as in a
-    // remote shell.
+    // Set even if the session names a platform: a desktop platform aborts the program if no display is reachable, as in
+    // a remote shell.
     SetVariable("QT_QPA_PLATFORM", "offscreen");
     // GLib aborts the program if memory runs out; Qt's own event loop works without it.
     SetVariable("QT_NO_GLIB", "1");
@@ -219,7 +219,7 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers create records too, so access is locked. Separate objects would read the file each time, and Qt crashes
+    // Workers create records too, so access is locked. Separate objects would read the file every time, and Qt crashes
     // if memory runs out while it creates one.
     const QVariant value = [&] {
         const QMutexLocker locker(&m_settingsMutex);

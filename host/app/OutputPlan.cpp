@@ -46,7 +46,7 @@ QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknow
     int at = 0;
     for (;;) {
         const int end = pattern.indexOf(QLatin1Char('}'), at);
-        const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // of the innermost braces
+        const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // innermost braces
         if (end == -1)
             return filled + pattern.midRef(at);
         if (begin < at) { // an unmatched brace
@@ -142,7 +142,7 @@ QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming)
 {
     QVector<PlannedPicture> plan;
-    QHash<QString, int> takers; // output: index of the first picture with it
+    QHash<QString, int> takers; // by output: index of the first picture that has it
     for (const NamedPicture &named : pictures) {
         PlannedPicture planned = PlanOne(named, naming);
         const QString key =

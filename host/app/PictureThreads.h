@@ -16,7 +16,7 @@ public:
     /// Makes up to @p count in total; only @p first if the plug-in makes no more; none if @p first is null.
     ThreadProcesses(const PluginLoader &plugin, KIPluginOne2One *first, int count);
 
-    /// The given one first.
+    /// Returns the processes, the given one first.
     const std::vector<KIPluginOne2One *> &All() const { return m_all; }
 
 private:

@@ -1,4 +1,4 @@
-// The private folder in which the output of one picture is made.
+// The private folder in which one picture's output is created.
 #pragma once
 
 #include "PrivateFolder.h"

@@ -154,7 +154,7 @@ Exclusions ExclusionsOf(Verb verb)
     return exclusions;
 }
 
-/// Reads the options of fitted corrections. @return a message about the first wrong one; empty if there is none.
+/// Reads the options of fitted corrections. @return a message about the first invalid one; empty if there is none.
 QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
     const QVector<OptionRow> rows = FittedRows(verb);
@@ -167,7 +167,7 @@ QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *o
     return QString();
 }
 
-/// Returns a message about wrong options of `profile`; empty if there are none.
+/// Returns a message about invalid options of `profile`; empty if there are none.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     const QString exclusion = FindExclusion(parser,
@@ -353,7 +353,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     if (first == QLatin1String("--version"))
         return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
     if (const VerbRow *verb = FindVerb(first))
-        return ParseVerb(*verb, arguments); // the parser expects the program's name in the place of the verb
+        return ParseVerb(*verb, arguments); // the parser expects the program's name in place of the verb
     if (first.startsWith(QLatin1Char('-')))
         return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
     return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));

@@ -24,7 +24,7 @@ struct RowMaker {
 };
 
 /// Parameters of a save. @c metadata is null if there is none; its ICC profile is empty unless it should be written.
-/// With @c rows the bitmap has no pixels: the rows are generated, as gflSaveRowsUTF8 says.
+/// With @c rows the bitmap has no pixels: the rows are generated, as documented at gflSaveRowsUTF8.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
@@ -40,7 +40,7 @@ struct SaveOptions {
 
 /// The format that a file's name suggests.
 struct NameHint {
-    std::string suffix; // in lower case with its dot; empty for memory or without one
+    std::string suffix; // lower case, with the dot; empty for memory or if there is none
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 

@@ -39,7 +39,7 @@ public:
     virtual void Done(int y) = 0;
 };
 
-/// Returns the form in which a caller wants a picture that a file stores as @p stored.
+/// Returns the pixel form that a caller requests for a picture stored as @p stored.
 PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 
 /// Creates a bitmap with uninitialized pixels and rows aligned to 4 bytes. Returns GFL_ERROR_NO_MEMORY, or sets @p

@@ -1,4 +1,4 @@
-// The number of threads that one load or save may use.
+// Number of threads that one load or save may use.
 #pragma once
 
 namespace imagefile {

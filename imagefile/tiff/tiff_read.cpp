@@ -359,7 +359,7 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
     return Status::Ok();
 }
 
-// Reads rare color models by libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
+// Reads rare color models through libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
 Status ReadForeign(const BandReader &reader, RowSink *rows)
 {
     const TiffLayout &layout = reader.Layout();

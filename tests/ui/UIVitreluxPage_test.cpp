@@ -1,4 +1,4 @@
-// The plug-in's wizard page, used like a user would, compared with runs of the process itself.
+// The plug-in's wizard page, driven as a user would, compared with runs of the process itself.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"
@@ -91,7 +91,7 @@ public:
             values.append(e.attribute(QLatin1String(key)));
         return values.join(QLatin1Char(' '));
     }
-    /// "100": of the three correction boxes, the first is.
+    /// Returns the state of the three correction boxes; "100": only the first one.
     template <typename Is> QString Boxes(Is is) const
     {
         QString text;
@@ -407,7 +407,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
-// The profile found by a fitted render is shown but not stored as a choice; a chosen one may have any spelling.
+// The profile found by a fitted render is shown but not stored as a choice; a chosen one may use any XML form.
 void tst_UIVitreluxPage::fittedFinds()
 {
     using namespace profiletext;

@@ -153,7 +153,8 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and makes its metadata
 /// true of the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
-///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF.
+///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF, unless that is damaged,
+///    which is left out.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
 ///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
 ///    record of ours (prefix vitrelux) is replaced.

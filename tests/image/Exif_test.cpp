@@ -1,4 +1,4 @@
-// EXIF texts as the shooting record, and as a table.
+// EXIF texts converted to the shooting record and to a table.
 #include "Case.h"
 #include "ExifTags.h"
 #include "ImageDef.h"

@@ -86,7 +86,7 @@ int RunChecked(const CommandLine &line, Console *console)
 }
 
 /// Opens missing standard streams. Otherwise the first files opened would take their numbers, and printed text would
-/// end up in pictures. Reading and writing these streams fails, as for missing ones.
+/// end up in pictures. Reading and writing these streams fails, as with missing ones.
 void OccupyStandardStreams()
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -109,7 +109,7 @@ void OccupyStandardStreams()
     try {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
-    } catch (const std::bad_alloc &) { // first: the texts of others need memory
+    } catch (const std::bad_alloc &) { // first, because other messages need memory
         EndForException("not enough memory");
     } catch (...) {
         EndForException(qUtf8Printable(OneLine(TextOfCurrentException())));

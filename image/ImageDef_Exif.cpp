@@ -164,10 +164,10 @@ double Component(const QString &text)
     return parts.size() < 2 ? text.toDouble() : parts[0].toDouble() / parts[1].toDouble();
 }
 
-/// Returns a text for a search, whose time grows with the square of the length: 64,000 digits would take minutes.
+/// Truncates a text before a search that takes quadratic time: 64,000 digits would take minutes.
 QString ShortText(const char *value)
 {
-    constexpr int kLongest = 256; // of cameras: 40
+    constexpr int kLongest = 256; // cameras write up to 40
     return Text(value).left(kLongest);
 }
 

@@ -31,11 +31,11 @@ GFL_API void gflLibraryExit();
 /// Allows (not 0) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets the threads that one save or load may use, from 1; 0 (the default) means one per processor. File and pixels are
+/// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
 /// the same for any number.
 GFL_API void gflSetThreads(int threads);
 
-/// Sets the number of pixels that a picture may have to be read, from 1; 0 (the default) means only the limits of its
+/// Sets the maximum number of pixels in a picture that is read; 0 (the default) means that only the limits on
 /// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
 GFL_API void gflSetMaxPixels(std::int64_t pixels);
 

@@ -8,8 +8,8 @@ namespace {
 // Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
-// Rows converted at once: of fewer pixels than those that KImage divides among OpenMP's threads, because each of the
-// threads that call Fill would start its own.
+// Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the
+// threads that call Fill would start such a team.
 constexpr int kRowsAtOnce = 8;
 
 bool HasAlpha(const KImage &image)
@@ -94,7 +94,7 @@ void FittedBands::FillFloat(KImage &image)
 void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
     if (m_warp.ReadsStored(m_picture) && m_warp.Render(m_picture, 0, band, firstRow))
-        return; // always: all rows are in memory
+        return; // always succeeds: all rows are in memory
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
     source->Hold(range.first, range.end);
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {

@@ -29,7 +29,7 @@ template <> QString XmlValueBuilder<QString>::Build(const QDomElement &element, 
 /// element, at any depth, makes the key unreadable.
 ///
 /// A file that is missing or exceeds the limits of InputLimits.h leaves the document empty, and every read returns its
-/// default. Of a malformed file, the part before the error is used.
+/// default. If the file is malformed, the part before the error is used.
 class KSRFromXMLFile : public KernelSettingsReader {
 public:
     /// Reads the file, UTF-8, once: later changes have no effect.

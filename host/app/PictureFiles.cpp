@@ -44,7 +44,7 @@ public:
             return;
         }
         // System: names that are not UTF-8 and dangling links, which then fail with a reason. The suffixes are compared
-        // here, because without memory QDir would match its patterns to no name.
+        // here, because QDir's patterns match nothing if memory runs out.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))
@@ -77,7 +77,7 @@ private:
     PictureFiles *m_found;
 };
 
-/// Returns the bytes of a list, or somewhat more than kMaxListBytes. In pieces, because a pipe has no size.
+/// Reads a list, or slightly more than kMaxListBytes of it, in pieces, because a pipe has no size.
 QByteArray ReadUpToLimit(QFile *file)
 {
     constexpr qint64 kPieceBytes = qint64(1) << 20;

@@ -60,7 +60,7 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
-    if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // from there on: 64-bit types
+    if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // larger types are 64-bit
         return false;
     if (bytes <= 4)
         return true;

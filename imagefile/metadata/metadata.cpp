@@ -232,7 +232,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         }
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &error) { // damaged: the image has the values read before
+    } catch (const std::exception &error) { // damaged: the image has the values read so far
         memory.Require();
         WarnOfDamage(error.what());
     }

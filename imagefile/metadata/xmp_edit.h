@@ -1,4 +1,4 @@
-// Metadata of an edited picture, which must match the new pixels.
+// Updates an edited picture's metadata to match its new pixels.
 #pragma once
 
 #include "metadata.h"

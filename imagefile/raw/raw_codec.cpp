@@ -1,4 +1,4 @@
-// Camera raw by LibRaw: the codec. See raw_file.cpp for the work.
+// Camera raw codec, using LibRaw. raw_file.cpp does the decoding.
 #include "raw_codec.h"
 
 #include "raw_facts.h"
@@ -15,7 +15,7 @@ namespace imagefile {
 
 namespace {
 
-// Signatures of raw files that are not TIFFs: offset and text.
+// Signatures of raw formats that aren't based on TIFF: offset and text.
 struct Mark {
     std::size_t at;
     const char *text;
@@ -57,7 +57,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Camera files are accepted by their suffix or, without one, as in memory, by their content.
+    // Camera files are recognized by suffix or, if there is none, as in memory, by content.
     bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};

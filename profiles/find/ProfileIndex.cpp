@@ -60,7 +60,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Takes numbers that the file omits from its lens names, so that a search has few names to parse.
+/// Adds the numbers that the file omits from its lens names, so that a search has few names to parse.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -204,7 +204,7 @@ void ProfileIndex::LoadCache()
     QFile file(m_cacheFile);
     if (m_cacheFile.isEmpty() || !QFileInfo(m_cacheFile).isFile() || !file.open(QIODevice::ReadOnly))
         return;
-    const QByteArray content = file.read(std::min(file.size(), kMaxIndexCacheBytes)); // allocates that many
+    const QByteArray content = file.read(std::min(file.size(), kMaxIndexCacheBytes)); // allocates as many bytes
     QDataStream in(content);
     in.setVersion(QDataStream::Qt_5_15);
     quint32 magic = 0, version = 0, count = 0;

@@ -25,9 +25,10 @@ struct IndexedProfile {
 
 /// Index of the profiles in some folders, at any depth. Files are recognized by the suffix ".lcp".
 ///
-/// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
-/// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
-/// entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an hour.
+/// The heads are cached in one file in the user's cache folder, by path, size and modification time, so that a later
+/// run reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads
+/// lost entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an
+/// hour.
 class ProfileIndex {
 public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.

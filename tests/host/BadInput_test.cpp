@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Prepares a copy of a neighboring file, cut to @p size bytes.
+/// Creates a copy of a file in the same folder, truncated to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -215,7 +215,7 @@ void BadInputTest::fileSizeLimit()
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// A file system of 128 KiB, mounted so that only the run sees it; this takes root's rights or a user namespace.
+/// A 128 KiB file system, mounted so that only the run sees it; needs root or a user namespace.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);

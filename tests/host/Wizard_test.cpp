@@ -1,4 +1,4 @@
-// The desktop wizard, used like a user would, with a process that replaces the plug-in's.
+// The desktop wizard, driven as a user would, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
 #include "FittedFiles.h"

@@ -153,7 +153,7 @@ void tst_Exr::damagedFiles()
     for (int at = 4; at + 4 < 600; ++at)
         for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
             LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);
-    // An empty list of channels of the same length: OpenEXR would continue inside it, with any length of an attribute.
+    // An empty channel list whose length is unchanged: OpenEXR would go on reading inside it and find random lengths.
     const int channels = good.indexOf("chlist") + 11;
     QVERIFY(!LoadFromMemory(QByteArray(good).replace(channels, 1, QByteArray(1, '\0')), &error));
     QVERIFY2(QByteArray(gflLastErrorText()).contains("another length"), gflLastErrorText());

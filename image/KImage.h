@@ -106,9 +106,9 @@ public:
     /// Replaces the image with a file, as @p type at the file's depth; with @p thumbnail, with its cheapest small
     /// version.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
+    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits. ID_ReadReduced then
+    /// resizes it.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
     /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
@@ -121,11 +121,10 @@ public:
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on. Called from
-        /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
+        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on, from the top
+        /// down. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
-        /// Sets GFL_SAVE_FAST: several threads may then call fill at once.
-        bool fast = false;
+        bool fast = false; // GFL_SAVE_FAST: several threads call fill, about in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;

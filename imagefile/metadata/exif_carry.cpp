@@ -25,7 +25,7 @@ constexpr TagRange kStructure[] = {
     {34665, 34665}, {34675, 34675}, {34853, 34853}, {37724, 37724}, {50706, 51125},
 };
 
-constexpr std::uint16_t kMakerNote = 37500;
+constexpr std::uint16_t kOrientation = 274, kMakerNote = 37500;
 
 bool IsStructure(std::uint16_t tag)
 {
@@ -37,6 +37,12 @@ bool BeginsWithAny(const std::string &group, std::initializer_list<const char *>
 {
     return std::any_of(begins.begin(), begins.end(),
                        [&group](const char *begin) { return group.rfind(begin, 0) == 0; });
+}
+
+// Programs that read by libtiff refuse a whole TIFF because of another value.
+bool IsOrientation(const Exiv2::Exifdatum &datum)
+{
+    return datum.count() == 1 && datum.toLong() >= 1 && datum.toLong() <= 8;
 }
 
 // Returns whether Exiv2 found the value inside a maker note. The group "MakerNote" describes the note's offset and byte
@@ -143,7 +149,7 @@ bool IsCarried(const Exiv2::Exifdatum &datum)
     if (!IsDecodedNote(datum) && !IsReadable(datum))
         return false;
     if (group == "Image")
-        return !IsStructure(datum.tag());
+        return !IsStructure(datum.tag()) && (datum.tag() != kOrientation || IsOrientation(datum));
     if (group == "Photo")
         return !IsDirectoryPointer(datum.tag());
     // Directories of other pictures in the same file are not copied.

@@ -372,16 +372,23 @@ void tst_Metadata::notesOfCameras()
 void tst_Metadata::unreadableEntries()
 {
     // A first directory with a text without characters, a type that doesn't exist, and an orientation.
-    const QByteArray exif("II*\0\x08\0\0\0\3\0"
-                          "\x0E\1\2\0\0\0\0\0\0\0\0\0"
-                          "\x0F\1\0\0\4\0\0\0Acme"
-                          "\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0",
-                          50);
+    // One beyond 1 to 8 isn't written: libtiff doesn't accept it.
+    QByteArray exif("II*\0\x08\0\0\0\3\0"
+                    "\x0E\1\2\0\0\0\0\0\0\0\0\0"
+                    "\x0F\1\0\0\4\0\0\0Acme"
+                    "\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0",
+                    50);
     const QByteArray jpeg = SavedBytes(*SmoothBitmap(40, 30, GFL_RGB, 8), SaveParams("jpeg"));
-    QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
-    const BitmapPtr bitmap = Picture(m_folder("a.jpg"));
-    QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
-    QCOMPARE(ValueBytes(m_folder("a.tif"), "Exif.Image.Orientation"), QByteArray("\6\0", 2));
+    for (const char orientation : {'\0', '\x9', '\x7F', '\1', '\x8', '\6'}) {
+        const Case named("orientation", int(orientation));
+        exif[42] = orientation;
+        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, exif)));
+        const BitmapPtr bitmap = Picture(m_folder("a.jpg"));
+        QCOMPARE(Save(m_folder("a.tif"), *bitmap), int(GFL_NO_ERROR));
+        const bool isValid = orientation >= 1 && orientation <= 8;
+        const QByteArray expected = isValid ? QByteArray(1, orientation) + '\0' : QByteArray();
+        QCOMPARE(ValueBytes(m_folder("a.tif"), "Exif.Image.Orientation"), expected);
+    }
     const Values after = CarriedValues(m_folder("a.tif"));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.Make")));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.ImageDescription")));

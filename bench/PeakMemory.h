@@ -1,4 +1,4 @@
-// Peak memory of a step, beyond what the process used before. Linux only.
+// Peak memory of a step in addition to what the process used before. Linux only.
 #pragma once
 
 #include <malloc.h>

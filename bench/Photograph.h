@@ -1,4 +1,4 @@
-// A picture with the texture of a photograph, so that JPEG, deflate and cache misses take as long as for photos.
+// A picture with photographic texture, so that JPEG, deflate and cache misses cost as much as with real photos.
 #pragma once
 
 #include "KImage.h"
@@ -15,7 +15,7 @@ inline float LatticeNoise(std::uint32_t x, std::uint32_t y, std::uint32_t octave
     return static_cast<float>((h ^ (h >> 15)) >> 8) * 0x1p-24F;
 }
 
-/// The same between lattice points 2^octave pixels apart.
+/// Interpolates that noise between lattice points 2^octave pixels apart.
 inline float SmoothNoise(int x, int y, std::uint32_t octave)
 {
     const auto left = static_cast<std::uint32_t>(x) >> octave, top = static_cast<std::uint32_t>(y) >> octave;
@@ -31,8 +31,8 @@ inline float SmoothNoise(int x, int y, std::uint32_t octave)
     return above * (1 - fy) + below * fy;
 }
 
-/// Returns a brightness of 0 to 1: octaves whose weight decreases with frequency, as in nature, edges where the
-/// coarsest of them cross a level, and sensor noise.
+/// Returns a brightness from 0 to 1: noise octaves whose weight falls with frequency, as in nature; edges where the
+/// coarsest ones cross a threshold; and sensor noise.
 inline float PhotographAt(int x, int y)
 {
     float value = 0.0F, weight = 0.30F;
@@ -43,7 +43,7 @@ inline float PhotographAt(int x, int y)
     return 0.45F + value + edge + grain;
 }
 
-/// Fills rows of RGB with samples of up to @p white.
+/// Fills RGB rows with samples from 0 to @p white.
 template <typename Sample> void FillPhotograph(KImage *image, float white)
 {
 #pragma omp parallel for schedule(static)
@@ -58,7 +58,7 @@ template <typename Sample> void FillPhotograph(KImage *image, float white)
     }
 }
 
-/// 3 : 2, or 2 : 3 if @p upright, of about @p megapixels, RGB of 8 or 16 bits.
+/// Returns an RGB picture of about @p megapixels, 8 or 16 bits, 3 : 2 or, if @p upright, 2 : 3.
 inline void MakePhotograph(KImage *image, double megapixels, int bits = 8, bool upright = false)
 {
     const int shortSide = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 / 1.5))),

@@ -44,7 +44,7 @@ void BM_RotateRightAngle(benchmark::State &state)
 }
 BENCHMARK(BM_RotateRightAngle)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-/// To 1,024 pixels wide, as the preview reduces.
+/// Reduces to a width of 1,024 pixels, like the preview.
 void BM_Resize(benchmark::State &state, PixelForm form)
 {
     constexpr int kPreviewWidth = 1024, kPreviewHeight = kPreviewWidth * kHeight / kWidth;

@@ -1,4 +1,4 @@
-// Describing pictures of 24 megapixels, locks of the image cache, and the memory of a walk over many pictures.
+// Describing 24-megapixel pictures, locking in the image cache, and memory while iterating over many pictures.
 #include "CopyRatio.h"
 #include "ImageDatas.h"
 #include "KImageLoader.h"
@@ -64,7 +64,7 @@ BENCHMARK_CAPTURE(BM_Describe, without_thumbnail, false)
     ->Iterations(50);
 BENCHMARK_CAPTURE(BM_Describe, decoded_thumbnail, true)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
-/// A lock and its unlock of a version in memory, among the items of a thousand images.
+/// Locks and unlocks a version in memory, in a cache of a thousand images.
 void BM_LockInMemory(benchmark::State &state)
 {
     Photos photos{QString()};
@@ -84,8 +84,8 @@ void BM_LockInMemory(benchmark::State &state)
 }
 BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
 
-/// ratio: time to make a version of 1,024 pixels from the full one in memory, over that of resizing alone. bytes: read
-/// from files, including the system file that reports this number.
+/// ratio: time to make a 1,024-pixel version from the full one in memory, divided by that of resizing alone. bytes:
+/// read from files, including the system file that reports this number.
 void BM_SmallerVersion(benchmark::State &state)
 {
     Photos photos{QString()};
@@ -113,7 +113,7 @@ void BM_SmallerVersion(benchmark::State &state)
 }
 BENCHMARK(BM_SmallerVersion)->Unit(benchmark::kMillisecond)->Iterations(10);
 
-/// peak_MiB: memory of a walk over a hundred pictures with a limit of 256 MB; must stay below the limit plus one
+/// peak_MiB: memory while iterating over a hundred pictures with a limit of 256 MB; must stay below the limit plus one
 /// picture.
 void BM_Walk(benchmark::State &state)
 {

@@ -27,7 +27,7 @@ std::string TemporaryFile(const char *name)
     return (std::filesystem::temp_directory_path() / (std::string("vitrelux_bench_") + name)).string();
 }
 
-/// Gradual changes with noise of a few levels, like a photograph at base sensitivity.
+/// Smooth gradients with a few levels of noise, like a photograph at base ISO.
 BitmapPtr Photo(int width, int height, GflType type, int bits)
 {
     BitmapPtr photo(static_cast<GFL_BITMAP *>(gflMemoryAlloc(sizeof(GFL_BITMAP))), gflFreeBitmap);
@@ -96,7 +96,7 @@ BitmapPtr Load(const std::string &path)
     return BitmapPtr(bitmap, gflFreeBitmap);
 }
 
-/// libjpeg-turbo's own decoding of a file, into one block.
+/// Decodes a file directly with libjpeg-turbo, into one block.
 void DecodeByLibrary(const std::string &path)
 {
     std::FILE *file = std::fopen(path.c_str(), "rb");
@@ -131,7 +131,7 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of the first over that of
+/// Times @p operation and @p other alternately with @p clock; "ratio" is the first's shortest time divided by that of
 /// the second.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
@@ -150,7 +150,7 @@ void Compare(benchmark::State &state, double (*clock)(), Operation operation, Ot
     state.counters["ratio"] = bestOperation / bestOther;
 }
 
-/// ratio: over libjpeg-turbo's own decoding. extra_MiB: memory in addition to the picture.
+/// ratio: relative to libjpeg-turbo alone. extra_MiB: memory in addition to the picture.
 void BM_ReadJpeg(benchmark::State &state)
 {
     const std::string path = JpegFile(kWidth, kHeight);
@@ -162,7 +162,7 @@ void BM_ReadJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_ReadJpeg)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
-/// bytes: read from the file; must be the same for 24 megapixels and for 1.
+/// bytes: bytes read from the file; must be the same for 24 megapixels and for 1.
 void BM_DescribeJpeg(benchmark::State &state)
 {
     const auto side = static_cast<int>(state.range(0));
@@ -212,7 +212,7 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads over that on one, which needs two free processors; processor_ratio: the same for CPU
+/// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: same for CPU
 /// time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size over that of
 /// libtiff's file. extra: additional memory, in pictures.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
@@ -244,7 +244,7 @@ void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 BENCHMARK_CAPTURE(BM_WriteTiffDeflate, 8uRgba, 8)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK_CAPTURE(BM_WriteTiffDeflate, 16uRgba, 16)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
 
-/// ratio: time of a thumbnail of 256 pixels over that of reading the whole picture.
+/// ratio: time for a 256-pixel thumbnail divided by that for reading the whole picture.
 void BM_Thumbnail(benchmark::State &state, const char *format)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGB, 8);

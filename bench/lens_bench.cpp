@@ -1,4 +1,4 @@
-// The warp at 24 megapixels of float RGBA on one thread: its paths, the frames, each instruction set. The profile has
+// The warp of 24 megapixels of float RGBA on one thread: all paths, frames and instruction sets. The profile has
 // the distortion and vignetting of a wide-angle zoom.
 #include "CopyRatio.h"
 

@@ -1,5 +1,5 @@
 // Writes a picture with photographic texture: make_photograph MEGAPIXELS FILE, in the format that FILE's suffix names.
-// Always the same pixels for the same size.
+// The same size always gives the same pixels.
 #include "Photograph.h"
 
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-// Lens profiles: reading one, fitting it to a picture of 24 megapixels, and finding it among thousands. Milliseconds
+// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. Milliseconds
 // matter: the fit runs before each picture and after each change on the page.
 #include "KImage.h"
 #include "PictureFit.h"
@@ -77,7 +77,7 @@ void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
     }
 }
 
-/// A collection of 4,000 profiles: 20 bodies of 4 makers, each with 200 lenses.
+/// A collection of 4,000 profiles: 20 bodies by 4 makers, each with 200 lenses.
 bool WriteCollection(const QString &folder)
 {
     const char *const makers[] = {"Canon", "NIKON CORPORATION", "SONY", "PENTAX"};
@@ -96,7 +96,7 @@ bool WriteCollection(const QString &folder)
     return true;
 }
 
-/// All steps for one picture, after index and profile have been read.
+/// All steps for one picture, after the index and the profile have been read.
 void BM_FindAndFit(benchmark::State &state)
 {
     const QTemporaryDir folder;

@@ -1,7 +1,7 @@
-// Whole runs of the program, from the start of the process to its end, to deflate TIFF, all three corrections.
+// Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
-// "ratio" is relative to the sum of the unavoidable work: decoding the file on one thread, one copy of the float
-// picture, packing by the same compressor on two threads, writing and syncing those bytes. Each is timed alternately
+// "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float
+// picture, packing with the same compressor on two threads, writing and syncing those bytes. Each is timed alternately
 // with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
@@ -45,9 +45,9 @@ double Now()
 /// A kind of run.
 struct Kind {
     const char *name;
-    int bits; // 8: of a JPEG; 16: of a TIFF without compression
+    int bits; // 8: a JPEG; 16: an uncompressed TIFF
     bool upright;
-    const char *sampling; // null: the plain way
+    const char *sampling; // null: plain corrections
 };
 
 constexpr Kind kKinds[] = {{"plain", 8, false, nullptr},
@@ -125,7 +125,7 @@ Starter::Starter()
     if (pipe(m_requests) != 0 || pipe(m_answers) != 0)
         Die(QStringLiteral("no pipes"));
     if (fork() == 0) {
-        close(m_requests[1]); // so that the starter gets an end of file when this process ends
+        close(m_requests[1]); // so that the starter sees end of file when this process ends
         Serve(program, m_requests[0], m_answers[1]);
     }
 }
@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// The same as plain pictures are packed.
+/// The same, packed like plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;

@@ -1,5 +1,5 @@
-// How well samplings preserve waves and render edges through a wide-angle lens: prints a table, and plots to the SVG
-// file given as argument.
+// Measures how well each sampling preserves waves and edges through a wide-angle lens. Prints a table and plots to the
+// SVG file named on the command line.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"

@@ -1,4 +1,4 @@
-// Costs of the tool kernel: its start, a Start/Stop pair of a timer, an event. Targets on two processors: 15 ms, 1 us,
+// Costs of the tool kernel: startup, a timer's Start/Stop pair, an event. Targets on two processors: 15 ms, 1 us,
 // 100 us.
 #include "KChronometer.h"
 #include "KTools.h"

@@ -23,8 +23,8 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
-# The same bits on every processor: no fused multiply-add, which compilers use if the processor has it. Some functions
-# are compiled for processors that do.
+# Bit-identical results on every CPU: no fused multiply-add, which compilers use if the CPU has it. Some functions
+# are compiled for CPUs that do.
 add_compile_options(-ffp-contract=off)
 
 if(VITRELUX_SCALAR)
@@ -58,7 +58,7 @@ function(vitrelux_layer name)
     vitrelux_compile_rules(${name})
 endfunction()
 
-# No display, no settings of the user, and what sanitizers need to know.
+# Environment of tests: no display, no user settings, sanitizer options.
 set(VITRELUX_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/home/data;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/tests/home/config")
 

@@ -1,4 +1,4 @@
-# Compiler and linker options that turn memory errors into an immediate end of the program. They aren't set with
+# Compiler and linker options that make memory errors end the program at once. They aren't set with
 # sanitizers, which find the same errors earlier, nor in Debug: _FORTIFY_SOURCE needs an optimizing build. Options in
 # CXXFLAGS and LDFLAGS, such as those of dpkg-buildflags, take precedence.
 include(CheckCXXCompilerFlag)
@@ -6,7 +6,7 @@ include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)
 include(CheckPIESupported)
 
-check_pie_supported(LANGUAGES CXX) # without it CMake compiles for PIE, but leaves the link to the compiler's default
+check_pie_supported(LANGUAGES CXX) # otherwise CMake compiles for PIE but leaves linking to the compiler's default
 
 if(VITRELUX_SANITIZE)
     return()
@@ -14,7 +14,7 @@ endif()
 
 set(optimized $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 
-# Level 3 also checks sizes known only at run time; it takes a newer compiler and C library than 2. Some distributions
+# Level 3 also checks sizes known only at run time, but needs a newer compiler and C library. Some distributions
 # predefine a level, hence -U.
 if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
     set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
@@ -33,7 +33,7 @@ if(VITRELUX_HAS_STACK_PROTECTOR AND NOT CMAKE_CXX_FLAGS MATCHES "-f(no-)?stack-p
     add_compile_options($<${optimized}:-fstack-protector-strong>)
 endif()
 
-# All symbols are resolved at the start, and the tables of addresses are read-only afterwards.
+# Resolve all symbols at startup, then make the address tables read-only.
 check_linker_flag(CXX "LINKER:-z,relro,-z,now" VITRELUX_HAS_FULL_RELRO)
 if(VITRELUX_HAS_FULL_RELRO)
     add_link_options("$<${optimized}:LINKER:-z,relro,-z,now>")

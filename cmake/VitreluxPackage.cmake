@@ -29,7 +29,7 @@ install(FILES docs/host-guide.md docs/large-jobs.md DESTINATION share/doc/vitrel
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
-# Man pages and completion, written by the program itself.
+# Man pages and completion scripts, written by the program itself.
 set(share_dir "${CMAKE_BINARY_DIR}/share")
 add_custom_command(OUTPUT "${share_dir}/man/man1/vitrelux.1.gz"
     COMMAND packaging/write-share "${share_dir}" ${CMAKE_CROSSCOMPILING_EMULATOR} "$<TARGET_FILE:vitrelux>"
@@ -51,8 +51,8 @@ endif()
 file(INSTALL "${zsh_file}" DESTINATION "${CMAKE_INSTALL_PREFIX}/share/zsh/${zsh_dir}")
 ]])
 
-# Entries of file managers. One list of MIME types and one of names, those of the desktop entries, serve all. The name
-# vitrelux_correct sorts after vitrelux.desktop: where no default is set, a double click opens the first one, the wizard.
+# File manager entries. All use the MIME types and names of the desktop entries. The name
+# vitrelux_correct sorts after vitrelux.desktop: without a default, a double-click opens the first one, the wizard.
 file(STRINGS resources/desktop/vitrelux.desktop mime_types REGEX "^MimeType=" ENCODING UTF-8)
 file(STRINGS packaging/file-managers/vitrelux_correct.desktop.in names REGEX "^Name" ENCODING UTF-8)
 string(REPLACE "\\;" ";" mime_types "${mime_types}")
@@ -84,15 +84,15 @@ set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, liblensfun-data-v1") # read at run time: not among the linked ones
-# The file dialog in the user's language; the notifications of file managers.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, liblensfun-data-v1") # used at run time, not linked
+# For the file dialog in the user's language and for notifications.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qttranslations5-l10n, libnotify-bin")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_STRIP_FILES ON)
 
-# What Debian expects in the folder of the documentation: license, and changes of version and package, compressed.
+# What Debian expects in the documentation folder: license, and compressed change logs of program and package.
 file(READ LICENSE license)
 file(READ packaging/copyright-notes license_notes)
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/doc/copyright" CONTENT "${license}${license_notes}" @ONLY)

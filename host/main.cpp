@@ -10,6 +10,7 @@
 #include "command/ProfileCommand.h"
 #include "command/ReportCommand.h"
 #include "command/WizardCommand.h"
+#include "gfl.h"
 
 #include <QTextCodec>
 
@@ -34,6 +35,7 @@ QStringList ReadArguments(int argc, char **argv)
 
 int Run(const CommandLine &line, Console *console)
 {
+    gflSetMaxPixels(line.maxPixels);
     switch (line.action) {
     case CommandLine::Action::Correct:
         return RunCorrect(line.correct, console);
@@ -84,7 +86,7 @@ int RunChecked(const CommandLine &line, Console *console)
 }
 
 /// Opens missing standard streams. Otherwise the first files opened would take their numbers, and printed text would
-/// end up in pictures. Reading and writing these streams fails, as for missing ones.
+/// end up in pictures. Reading and writing these streams fails, as with missing ones.
 void OccupyStandardStreams()
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -107,7 +109,7 @@ void OccupyStandardStreams()
     try {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
-    } catch (const std::bad_alloc &) { // first: the texts of others need memory
+    } catch (const std::bad_alloc &) { // first, because other messages need memory
         EndForException("not enough memory");
     } catch (...) {
         EndForException(qUtf8Printable(OneLine(TextOfCurrentException())));

@@ -1,4 +1,4 @@
-// The table of cameras and their sensor sizes.
+// The camera table, with sensor sizes.
 #pragma once
 
 #include <QMutex>

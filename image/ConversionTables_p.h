@@ -32,7 +32,7 @@ constexpr Depth DepthOf(int bitsPerComponent)
     return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-/// Goes by the channel count rather than the type, which also covers forms with other channel orders.
+/// Uses the channel count rather than the type, which also covers forms with other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
     return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
@@ -71,13 +71,13 @@ template <auto &CopyToFirst, auto &Swap> void Spread(const void *src, void *dst,
     Call(Swap, dst, dst, pixels, kFirstOnly);
 }
 
-/// Converts gray or RGB to RGBA with this alpha.
+/// Converts gray or RGB to RGBA with the given alpha.
 template <typename T, int S, int Alpha> void Opaque(const void *src, void *dst, int pixels)
 {
     Call(primitives::CopyOpaque<T, S>, src, dst, pixels, Alpha);
 }
 
-/// Converts RGB of integers to float RGBA.
+/// Converts integer RGB to float RGBA.
 template <typename T> void OpaqueFloats(const void *src, void *dst, int pixels)
 {
     primitives::OpaqueFloats(static_cast<const T *>(src), static_cast<Ipp32f *>(dst), pixels);

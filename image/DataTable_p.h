@@ -1,4 +1,4 @@
-// Text tables of cells: one row per line, ";" between the cells, "#" before a comment.
+// Text tables: one row per line, cells separated by ";", comments after "#".
 #pragma once
 
 #include <QFile>
@@ -21,7 +21,7 @@ template <typename Visit> void ForEachRow(const QString &fileName, Visit visit)
     }
 }
 
-/// Runs @p read once for all threads that share @p done; threads that arrive meanwhile wait for its end.
+/// Runs @p read once for all threads that share @p done; threads that arrive while it runs wait for it.
 template <typename Read> void ReadOnce(std::atomic<bool> &done, QMutex &mutex, Read read)
 {
     if (done.load(std::memory_order_acquire))

@@ -28,7 +28,7 @@ public:
     /// Data that the cache needs to enforce its limit.
     struct Usage {
         qint64 bytes = 0;        // total size of the versions in memory
-        qint64 newest = -1;      // the greatest stamp, -1: no version is in memory
+        qint64 newest = -1;      // the highest stamp, -1: no version is in memory
         bool isFreeable = false; // at least one is unlocked
     };
 

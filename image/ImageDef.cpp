@@ -360,7 +360,7 @@ bool ImageDef::IsAPicture(const QString &path, ImageDef *&out, bool withThumbnai
     out = TryToDescribe(path, withThumbnail, reason).release();
     if (!out)
         return false;
-    std::unique_ptr<ImageDef> surplus; // set if another thread has described the same file meanwhile
+    std::unique_ptr<ImageDef> surplus; // set if another thread has described the same file in the meantime
     const CacheLocker locker(cache.m_mutex);
     ImageDef *const inCache = cache.FindOrMake(out)->m_def;
     if (inCache != out)

@@ -164,11 +164,18 @@ double Component(const QString &text)
     return parts.size() < 2 ? text.toDouble() : parts[0].toDouble() / parts[1].toDouble();
 }
 
+/// Truncates a text before a search that takes quadratic time: 64,000 digits would take minutes.
+QString ShortText(const char *value)
+{
+    constexpr int kLongest = 256; // cameras write up to 40
+    return Text(value).left(kLongest);
+}
+
 /// Parses "45° 30' 7.5\"". A number with a decimal comma reads as 0.
 double Degrees(const char *value)
 {
     QRegExp form(QStringLiteral("(\\d+).\\s+(\\d+(?:[\\.,/]\\d+)?)'\\s+(\\d+(?:[\\.,/]\\d+)?)\""));
-    if (form.indexIn(Text(value)) < 0)
+    if (form.indexIn(ShortText(value)) < 0)
         return ShootingInformation::kUnknownPlace;
     return FiniteOr(form.cap(1).toDouble() + Component(form.cap(2)) / 60.0 + Component(form.cap(3)) / 3600.0,
                     ShootingInformation::kUnknownPlace);
@@ -177,7 +184,7 @@ double Degrees(const char *value)
 /// Parses "254.5" or "509/2".
 double Direction(const char *value)
 {
-    const QString text = Text(value);
+    const QString text = ShortText(value);
     QRegExp form(QStringLiteral("(\\d+)([\\.,/]\\d+)"));
     if (form.indexIn(text) >= 0 && form.cap(2).contains(QLatin1Char('/')))
         return FiniteOr(form.cap(1).toDouble() / form.cap(2).mid(1).toDouble(), ShootingInformation::kUnknownPlace);

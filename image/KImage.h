@@ -56,7 +56,7 @@ public:
     /// first, so assigning an image to itself empties it.
     KImage &operator=(const KImage &other);
 
-    // --- Start and stop of the module (KImage_Module.cpp), main thread ---
+    // --- Starting and stopping the module (KImage_Module.cpp), main thread ---
 
     /// Starts the module: with a host's objects, which the host keeps owning, or standalone for null; then it also
     /// starts the image-file layer. A second standalone start does nothing.
@@ -103,13 +103,14 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Replaces the image by a file, as @p type at the file's depth; with @p thumbnail by its cheapest small version.
+    /// Replaces the image with a file, as @p type at the file's depth; with @p thumbnail, with its cheapest small
+    /// version.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
+    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits. ID_ReadReduced then
+    /// resizes it.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
-    /// Replaces the image by a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
+    /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
     /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too; @p
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
@@ -120,18 +121,17 @@ public:
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on. Called from
-        /// the top down on the calling thread. An exception from it ends the write and reaches the caller.
+        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on, from the top
+        /// down. An exception from it ends the write and reaches the caller.
         std::function<void(KImage &rows, int firstRow)> fill;
-        /// Sets GFL_SAVE_FAST: several threads may then call fill at once.
-        bool fast = false;
+        bool fast = false; // GFL_SAVE_FAST: several threads call fill, about in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;
     struct FileForm {
         QString format;                     // "tiff", "jpeg", "png" or "exr"
-        int compression = -1, quality = -1; // as in TranscodeCompression; or of a JPEG, 1 to 100, instead
-        bool halfFloats = false;            // OpenEXR: floats of 16 bits
+        int compression = -1, quality = -1; // as in TranscodeCompression; JPEG quality, 1 to 100
+        bool halfFloats = false;            // OpenEXR: 16-bit floats
     };
     /// Writes the same file as Write of the whole picture. With a @p record it also gets the XMP of @p metadataSource
     /// with these properties, metadata for the edited picture (gflBitmapMarkEdited), and in a JPEG a new thumbnail.
@@ -172,7 +172,7 @@ public:
     /// Extracts one channel as a gray image at @p bitsPerComponent; alpha is channel 3. @p target may be this image.
     void ExtractChannel(KImage &target, int bitsPerComponent, int channel) const;
     void ExtractAlpha(KImage &target, int bitsPerComponent) const;
-    /// Replaces a channel by a gray image of this image's size, at any depth.
+    /// Replaces a channel with a gray image of this image's size, at any depth.
     void SetChannel(KImage &source, int channel);
     void SetAlpha(KImage &source);
     /// Paints this image onto @p target at (x, y), clipped to it, using its alpha if it has one. The target's alpha

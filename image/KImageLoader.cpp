@@ -84,7 +84,8 @@ Version *DevelopedVersion(ImageDef *def, Item *item)
     return FullVersion(def, def->nDepth(), item, [=](Version *full) { FillWithCopy(def, full, item); });
 }
 
-/// Reads the pixels of the version's disk copy. Returns null if the copy is missing, damaged, or of another picture.
+/// Reads the pixels of the version's disk copy. Returns null if the copy is missing, damaged, or belongs to another
+/// picture.
 std::unique_ptr<KImage> ReadCopy(const Version *version)
 {
     if (version->m_cacheName.isEmpty() || !QFileInfo::exists(version->m_cacheName))
@@ -167,6 +168,6 @@ void KImageLoader::LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMu
     if (!image || def->m_highResReady)
         return;
     const CacheLocker locker(cacheMutex);
-    if (!def->m_highResReady) // another thread may have made it meanwhile
+    if (!def->m_highResReady) // another thread may have made it in the meantime
         def->GetThumbnailFromHighRes(*image);
 }

@@ -72,7 +72,7 @@ void BlameDisk(const QString &fileName, const GFL_BITMAP &bitmap, const QString 
     } catch (const KException &e) {
         throw KFileException(e.what(), where, e.what() + QLatin1String(": ") + reason);
     }
-    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that another program has created meanwhile
+    if (!existed && QFileInfo(fileName).size() == 0) // keep a file that another program has created in the meantime
         QFile::remove(fileName);
 }
 

@@ -25,7 +25,7 @@ constexpr double kMinRadius = 0.25;    // relative to the smaller side, like the
 constexpr double kLargestOffset = 0.2;
 constexpr double kSmallerSideSteps = 1000; // determines the step along a ray in large frames
 constexpr double kNominalTolerance = 0.2;
-/// The code of full brightness: four times it, the edge filter's largest response, still fits 16 bits.
+/// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
 constexpr Ipp16s kMinEdge = 650; // 2 % of the codes
 
@@ -174,7 +174,7 @@ struct PolarFrame {
 
 constexpr int kLevelRows = 4; // to measure the level on either side of an edge
 
-/// Returns a quarter of the picture's typical brightness at the least radius: brighter samples lie inside the circle.
+/// Returns a quarter of the picture's typical brightness at the minimum radius: brighter samples lie inside the circle.
 float InsideLevel(const PolarFrame &frame)
 {
     const int row = static_cast<int>(kMinRadius * frame.grid.smallerSide / frame.grid.stepPx);

@@ -1,7 +1,7 @@
 #include "KMetaData.h"
 
+#include "InputLimits.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <cstring>
 #include <limits>

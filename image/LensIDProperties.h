@@ -1,4 +1,4 @@
-// The table of lenses: names and types of Nikon and Canon lens identifiers.
+// The lens table: names and types of Nikon and Canon lenses by identifier.
 #pragma once
 
 #include <QMutex>

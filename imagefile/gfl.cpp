@@ -19,7 +19,7 @@ using namespace imagefile;
 namespace {
 
 constexpr Box kDefaultThumbnail = {256, 256};
-constexpr std::uint16_t kDefaultQuality = 90; // JPEG: from here on, artifacts are hard to see
+constexpr std::uint16_t kDefaultQuality = 90; // JPEG: above it, artifacts are hard to see
 
 std::atomic<bool> lzwAllowed{false};
 
@@ -183,6 +183,11 @@ void gflEnableLZW(int enable)
 void gflSetThreads(int threads)
 {
     SetThreadCount(threads);
+}
+
+void gflSetMaxPixels(std::int64_t pixels)
+{
+    SetMaxPixels(pixels);
 }
 
 std::int32_t gflGetFormatIndexByName(const char *name)

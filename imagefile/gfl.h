@@ -31,9 +31,13 @@ GFL_API void gflLibraryExit();
 /// Allows (not 0) or forbids (0, the default) LZW when saving; a forbidden save gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API void gflEnableLZW(int enable);
 
-/// Sets the threads that one save or load may use, from 1; 0 (the default) means one per processor. File and pixels are
+/// Sets how many threads one save or load may use; 0 (the default) means one per processor. File and pixels are
 /// the same for any number.
 GFL_API void gflSetThreads(int threads);
+
+/// Sets the maximum number of pixels in a picture that is read; 0 (the default) means that only the limits on
+/// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
+GFL_API void gflSetMaxPixels(std::int64_t pixels);
 
 /// Returns why the last failed call of this thread failed: what was read, expected, found. Never null; valid until the
 /// thread's next call that fails.
@@ -149,7 +153,8 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and makes its metadata
 /// true of the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
-///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF.
+///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF, unless that is damaged,
+///    which is left out.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
 ///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
 ///    record of ours (prefix vitrelux) is replaced.

@@ -87,10 +87,10 @@ enum GflSaveFlag : std::uint32_t {
     GFL_SAVE_ICC_PROFILE = 0x0008, // write the bitmap's ICC profile
     GFL_SAVE_THUMBNAIL = 0x0010,   // JPEG: add a new thumbnail to the EXIF, if there is EXIF with room for it
     GFL_SAVE_HALF_FLOATS = 0x0020, // OpenEXR: 16-bit floats, regardless of the bitmap's depth
-    GFL_SAVE_FAST = 0x0040,        // deflate of TIFF: ISA-L instead of libdeflate, and rows made on several threads
+    GFL_SAVE_FAST = 0x0040, // TIFF deflate: use ISA-L instead of libdeflate, and generate rows on several threads
 };
 
-/// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, from multiples of them on; the last
+/// Rows that gflSaveRowsUTF8 requests at once with GFL_SAVE_FAST and deflate, starting at multiples of this; the last
 /// request is shorter. A power of two.
 constexpr int GFL_FAST_ROWS = 64;
 
@@ -252,7 +252,7 @@ struct GFL_XMP_ITEM {
 struct GFL_FORMAT {
     const char *Name;      // for gflGetFormatIndexByName: "tiff"
     const char *Label;     // for display, English: "TIFF", "Camera raw"
-    const char *Suffixes;  // lower case, the usual one first, separated by blanks: ".tif .tiff"
-    const char *MimeTypes; // separated by blanks: "image/tiff"
+    const char *Suffixes;  // lower case, the usual one first, separated by spaces: ".tif .tiff"
+    const char *MimeTypes; // separated by spaces: "image/tiff"
     bool CanBeWritten;     // can be a save's FormatIndex; all can be read
 };

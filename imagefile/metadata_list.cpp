@@ -86,7 +86,7 @@ template <class Write> std::string Written(Write write)
     stream.imbue(std::locale::classic());
     const MemoryCheck memory;
     write(stream);
-    memory.Require(); // a stream without memory loses a part of its text
+    memory.Require(); // if memory runs out, a stream silently truncates its text
     return ToUtf8(stream.str());
 }
 

@@ -41,5 +41,5 @@ private:
     bool Contains(const SourcePlaces::Point &place) const;
 
     Correction m_correction;
-    double m_geometryEnd, m_redEnd, m_blueEnd, m_lightEnd; // radii up to which maps and their tables reach
+    double m_geometryEnd, m_redEnd, m_blueEnd, m_lightEnd; // radii where maps and their tables end
 };

@@ -18,9 +18,9 @@ public:
     /// root only if light is computed by a formula.
     enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
-    /// The most that a position can be from its pixel, in pixels, along each axis.
+    /// Maximum distance of a position from its pixel along each axis, in pixels.
     static constexpr float kFar = 1048576.0F;
-    /// Limits a relative position to kFar; NaN becomes negative.
+    /// Clamps a relative position to kFar; NaN becomes negative.
     static float Near(double relative)
     {
         const double limited = relative > -double(kFar) ? relative : -double(kFar);

@@ -9,8 +9,8 @@
 
 namespace {
 
-// One struct per instruction set; code inlined into its function is compiled for that set. Vectors of Floats are as
-// wide as those that the compiler makes of loops: reading two stores by one load takes long. Taps are of a row of a
+// One struct per instruction set; code inlined into its function is compiled for that set. Floats is as wide as the
+// vectors that the compiler makes of loops, because a load that spans two stores is slow. Taps belong to one row of a
 // kernel.
 
 struct Baseline {

@@ -1,4 +1,4 @@
-// Gains of FittedWarp: converts samples to linear light by a formula or by tables, multiplies and stores them. Compiled
+// FittedWarp's gain: converts samples to linear light by formula or table, multiplies and stores them. Compiled
 // once per instruction set.
 #pragma once
 
@@ -17,7 +17,7 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 }
 
 #if VITRELUX_FITTED_VECTORS
-/// The same in the two instructions that compilers don't find.
+/// Same, with the two instructions that compilers fail to choose.
 template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 {
     return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));
@@ -59,7 +59,7 @@ struct Light {
     {
         const Float4 stored = Magnitude(sample);
         Float4 lit = Through(toStored, Through(toLight, stored) * Same(gain));
-        if (gain >= 1.0F) // where a curve is level, its inverse is not the value
+        if (gain >= 1.0F) // where a curve is flat, inverting it doesn't restore the value
             lit = lit > stored ? lit : stored;
         lit = sample < Same(0.0F) ? -lit : lit;
         return Float4{lit[0], lit[1], lit[2], sample[3]};
@@ -101,7 +101,7 @@ template <typename Floats> VITRELUX_INLINE Floats ForPixels(const float *values,
     return ForPixels(LoadVector<Floats>(values), Floats{} + alpha, LanesOf<Floats>());
 }
 
-/// The same by a formula instead of tables, for gains from 1 on.
+/// Same by formula instead of tables, for gains of 1 and more.
 template <typename Floats> struct FormulaLight {
     VITRELUX_INLINE explicit FormulaLight(const TransferCurve::Formula &formula)
     {
@@ -110,8 +110,8 @@ template <typename Floats> struct FormulaLight {
         toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
-    /// Returns the pixels of a vector, multiplied and limited. Sets @p simple to false if a value passes the toe, which
-    /// takes a power.
+    /// Returns a vector's pixels, multiplied and clamped. Sets @p simple to false if a gain moves a value past the toe,
+    /// which requires a power.
     VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);
@@ -193,7 +193,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
     if (band.light.IsLinear())
         return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
                                  : StoreLinear<Floats, true>(block, samples, gain);
-    // At most eight lanes: compilers take ten times as long for masks of longer vectors.
+    // At most eight lanes: compilers emit code ten times slower for masks of longer vectors.
     using Float8 = float __attribute__((vector_size(32)));
     using Masked = std::conditional_t<(sizeof(Floats) > sizeof(Float8)), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))

@@ -2,7 +2,7 @@
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
-// the target's instructions; each lane gives the same bits everywhere.
+// the target's instructions; each lane gives the same bits on every target.
 #pragma once
 
 #include "FittedPlaces.h"
@@ -60,13 +60,13 @@ struct Block {
     unsigned char *target;
 };
 
-/// Positions relative to the pixel of the block that they belong to, at most FittedPlaces::kFar.
+/// Positions relative to their pixel of the block, at most FittedPlaces::kFar.
 struct Places {
     alignas(64) float x[kBlockPixels];
     alignas(64) float y[kBlockPixels];
 };
 
-/// Factors of light, and their roots if FittedPlaces::HasRoots. Whole vectors can be read from any pixel on.
+/// Light factors, and their roots if FittedPlaces::HasRoots. Full vectors can be read starting at any pixel.
 struct Gains {
     static constexpr int kPadding = 16;
 
@@ -91,7 +91,7 @@ template <typename Vector> VITRELUX_INLINE Vector LoadVector(const void *from)
 template <typename Floats> constexpr int kLanesOf = sizeof(Floats) / sizeof(float);
 template <typename Floats> using LanesOf = std::make_integer_sequence<int, kLanesOf<Floats>>;
 
-/// Fills kSide lanes with each of the values of @p cells, from vector @p kVector of the result on.
+/// Repeats each value of @p cells in kSide lanes, starting at vector @p kVector of the result.
 template <int kSide, int kVector, typename Floats, int... kLane>
 VITRELUX_INLINE Floats Repeat(Floats cells, std::integer_sequence<int, kLane...>)
 {
@@ -107,7 +107,7 @@ VITRELUX_INLINE void FillVector(Floats left, Floats slope, float *out, std::inte
     std::memcpy(out + kFirst, &values, sizeof values);
 }
 
-/// Writes the values of the pixels of as many cells as vectors have lanes, or of a whole block.
+/// Writes the pixel values of as many cells as a vector has lanes, or of a whole block.
 template <int kSide, typename Floats, int... kVector>
 VITRELUX_INLINE void FillCells(Floats left, Floats slope, float *out, std::integer_sequence<int, kVector...>)
 {
@@ -144,7 +144,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's places from the twin; far away where a map folds.
+/// Gets each pixel's places from the twin. Where a map folds, they are far away.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -184,10 +184,10 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
 struct Neighbors {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
-    alignas(64) std::int64_t corner[kBlockPixels]; // bytes from the picture's first pixel to that one, by FindCorners
+    alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. @p Floats tells the instruction set: all but the baseline's have one that rounds.
+/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline can round.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))
@@ -211,7 +211,7 @@ VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Nei
 /// Neighbors of a block's places; only green's unless colors are split.
 using ColorNeighbors = Neighbors[kColors];
 
-/// Whether the first @p count places of each color have all four pixels in memory.
+/// Returns whether all four pixels of the first @p count places of each color are in memory.
 template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const ColorNeighbors &at, int count)
 {
     const int right = band.width - 2, top = band.heldFirst, bottom = band.heldEnd - 2;
@@ -223,20 +223,20 @@ template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band
                     at[color].x[i] | (right - at[color].x[i]) | (at[color].y[i] - top) | (bottom - at[color].y[i]);
         return beyond >= 0;
     };
-    return count == kBlockPixels ? held(kBlockPixels) : held(count); // loops of known length become vectors only
+    return count == kBlockPixels ? held(kBlockPixels) : held(count); // a constant length gives pure vector code
 }
 
-/// Finds the addresses of neighbors that are all held. Pixels past the end of the block get meaningless ones.
+/// Computes the addresses of neighbors, all of which are in memory. Pixels past the block's end get meaningless ones.
 VITRELUX_INLINE void FindCorners(const FittedWarp::Band &band, Neighbors *neighbors)
 {
-    const auto stride = static_cast<std::uint32_t>(band.sourceStride); // processors multiply 32 bits to 64
+    const auto stride = static_cast<std::uint32_t>(band.sourceStride); // one instruction multiplies 32 x 32 to 64 bits
     for (int i = 0; i < kBlockPixels; ++i) {
         const auto x = static_cast<std::uint32_t>(neighbors->x[i]), y = static_cast<std::uint32_t>(neighbors->y[i]);
         neighbors->corner[i] = static_cast<std::int64_t>(std::uint64_t(y) * stride + std::uint64_t(x) * kPixelBytes);
     }
 }
 
-/// Whether the place between pixel @p whole and the next is outside a side of @p length pixels.
+/// Returns whether the place between pixel @p whole and the next is outside a side of @p length pixels.
 VITRELUX_INLINE bool IsOutside(std::int32_t whole, float rest, int length)
 {
     constexpr auto kBorder = static_cast<float>(CorrectionTwin::kBorderPixels);

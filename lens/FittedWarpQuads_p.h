@@ -1,4 +1,4 @@
-// Bilinear sampling of blocks whose neighbors are all in memory: pixel by pixel, and four pixels at once.
+// Bilinear sampling of blocks whose neighbors are all in memory: one pixel or four pixels at a time.
 #pragma once
 
 #include "FittedWarpSampling_p.h"
@@ -18,18 +18,18 @@ struct PixelByPixel {
 
 #if VITRELUX_FITTED_VECTORS
 
-/// Four pixels in a vector: each of their neighbors is loaded straight into its lanes, and mixing takes a quarter of
+/// Four pixels per vector: each neighbor is loaded directly into its lanes, and interpolation takes a quarter of
 /// the instructions. Only for pixels without alpha.
 struct FourByAvx512 {
     static constexpr int kPixels = 4;
     static constexpr __mmask16 kGreens = 0x2222, kBlues = 0x4444, kAlphas = 0x8888;
 
-    /// The neighbors of four places: in each vector the left and the right one of two places.
+    /// The neighbors of four places. Each vector holds the left and right neighbors of two places.
     struct Square {
         __m512 top[2], bottom[2];
     };
 
-    /// Loads the left and right neighbors of two places: in one load each, since loads are what limits the speed.
+    /// Loads the left and right neighbors of two places, with one load per place, because loads limit the speed.
     [[gnu::target("avx512f,avx512dq"), gnu::always_inline]] static inline __m512 LoadTwo(const unsigned char *row,
                                                                                          const std::int64_t *corners)
     {
@@ -46,7 +46,7 @@ struct FourByAvx512 {
                 {LoadTwo(bottom, corners), LoadTwo(bottom, corners + 2)}};
     }
 
-    /// Replaces the lanes of a color.
+    /// Replaces the lanes of one color.
     [[gnu::target("avx512f"), gnu::always_inline]] static inline void Replace(Square *square, __mmask16 lanes,
                                                                               const Square &by)
     {
@@ -56,7 +56,7 @@ struct FourByAvx512 {
         }
     }
 
-    /// Puts a value of each pixel into those of its lanes that are in @p lanes.
+    /// Writes one value per pixel into those of its lanes that are set in @p lanes.
     [[gnu::target("avx512f"), gnu::always_inline]] static inline __m512 Spread(__m512 others, __mmask16 lanes,
                                                                                const float *values)
     {
@@ -64,7 +64,7 @@ struct FourByAvx512 {
         return _mm512_mask_permutexvar_ps(others, lanes, pixelOfLane, _mm512_castps128_ps512(_mm_loadu_ps(values)));
     }
 
-    /// Mixes left and right neighbors.
+    /// Interpolates between left and right neighbors.
     [[gnu::target("avx512f"), gnu::always_inline]] static inline __m512 MixRow(const __m512 (&row)[2], __m512 x,
                                                                                __m512 rest)
     {

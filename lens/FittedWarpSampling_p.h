@@ -1,4 +1,4 @@
-// Bilinear sampling of single pixels for FittedWarp: of one place or of three, with care at the edges.
+// Bilinear sampling of single pixels for FittedWarp, at one place or one per color, including the edges.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -14,7 +14,7 @@ VITRELUX_INLINE Float4 Load(const unsigned char *pixel)
     return value;
 }
 
-/// Returns the colors times alpha, and alpha.
+/// Returns premultiplied colors and alpha.
 VITRELUX_INLINE Float4 Premultiplied(Float4 pixel)
 {
     return pixel * Float4{pixel[3], pixel[3], pixel[3], 1.0F};
@@ -66,14 +66,14 @@ inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, in
     return true;
 }
 
-/// Joins the first lane of @p red, the second of @p green and the third and fourth of @p blue: two instructions, while
-/// another choice, or joining single values, takes up to six.
+/// Combines the first lane of @p red, the second of @p green and the third and fourth of @p blue in two instructions.
+/// Other lanes, or combining single values, would take up to six.
 VITRELUX_INLINE Float4 JoinColors(Float4 red, Float4 green, Float4 blue)
 {
     return __builtin_shufflevector(__builtin_shufflevector(red, green, 0, 5, 6, 7), blue, 0, 1, 6, 7);
 }
 
-/// Joins the colors, and alpha from @p green.
+/// Combines the colors with alpha from @p green.
 VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
 {
     return __builtin_shufflevector(JoinColors(red, green, blue), green, 0, 1, 2, 7);

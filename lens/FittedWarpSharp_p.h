@@ -1,4 +1,4 @@
-// Sharp sampling of fitted corrections, in units small enough for the level 2 cache together with their source pixels.
+// Sharp sampling of fitted corrections, in units that fit the level 2 cache together with their source pixels.
 #pragma once
 
 #include "FittedWarpBlocks_p.h"
@@ -16,7 +16,7 @@ constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
 
 /// A block's places as pixels and phases.
 struct SharpPlaces {
-    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later the offsets
+    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later its offset
     alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
@@ -42,7 +42,7 @@ template <typename Floats> VITRELUX_INLINE std::int32_t InPhases(float relative)
     return Floor<Floats>(relative * SharpKernel::kPhases + 0.5F);
 }
 
-/// Returns 1 if the place @p phase (times SharpKernel::kPadded) after pixel @p whole is outside @p length pixels.
+/// Returns 1 if the place at @p phase (times SharpKernel::kPadded) beyond pixel @p whole is outside @p length pixels.
 VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
 {
     constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
@@ -78,7 +78,7 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
     }
 }
 
-/// Finds a block's places and its empty pixels. @p careful: some places may be outside the picture.
+/// Computes a block's places and its empty pixels. @p careful: some places may be outside the picture.
 template <typename Kind>
 VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
@@ -116,7 +116,7 @@ VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block
     return found->anyEmpty;
 }
 
-/// A part of a band, in its pixels.
+/// Part of a band, in the band's pixels.
 struct Unit {
     int x, row, columns, rows;
 };
@@ -192,7 +192,7 @@ template <typename Set, bool kSplit> struct SharpCodes {
     }
 };
 
-/// Sharp sampling of float pictures and of all with alpha.
+/// Sharp sampling of float pictures and of those with alpha.
 template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     using Scratch = SharpScratch<FloatPlane, float>;
     using Floats = typename Set::Floats;
@@ -281,7 +281,7 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
     return true;
 }
 
-/// Adapter from a kind of sampling to RenderRows: renders unit by unit. Returns false if a source row isn't in memory.
+/// Adapts a sampling method to RenderRows: renders unit by unit. Returns false if a source row isn't in memory.
 template <typename Sampling> struct Sharp : Sampling {
     VITRELUX_INLINE static bool Render(const FittedWarp::Band &band, int firstRow, int rows,
                                        typename Sampling::Scratch *scratch)

@@ -28,7 +28,7 @@ double Bilinear(const Function &at, SourcePlaces::Point place)
     return above * (1.0 - y.rest) + below * y.rest;
 }
 
-/// Returns how far a sample between the middle two of four values in a line may exceed both.
+/// Returns how far a sample between the middle two of four consecutive values may exceed both.
 double Rise(double v0, double v1, double v2, double v3)
 {
     const double turn = std::min(v1 + (v1 - v0) / 2.0, v2 + (v2 - v3) / 2.0) - std::max(v1, v2);
@@ -36,7 +36,7 @@ double Rise(double v0, double v1, double v2, double v3)
     return std::max({turn, top, 0.0});
 }
 
-/// Returns the greatest value that a sample between four pixels, the first at (@p x, @p y), may have.
+/// Returns the maximum value that a sample between four pixels, the first at (@p x, @p y), may have.
 double Highest(const Function &at, int x, int y)
 {
     const auto row = [&](int j) { return Rise(at(x - 1, j), at(x, j), at(x + 1, j), at(x + 2, j)); };

@@ -36,7 +36,9 @@ void FloatRows::Convert(int first, int end)
         ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, first - m_top)), m_block.bytesPerLine(),
                         {m_block.width(), end - first});
     }
-    m_picture.CropCopyTo(0, first, m_picture.width(), end - first, m_block, 0, first - m_top);
+    const int atOnce = m_walk == Walk::Leaps ? 8 : end - first;
+    for (int row = first; row < end; row += atOnce)
+        m_picture.CropCopyTo(0, row, m_picture.width(), std::min(atOnce, end - row), m_block, 0, row - m_top);
 }
 
 void FloatRows::Hold(int first, int end)

@@ -4,14 +4,14 @@
 #include "KImage.h"
 
 /// Sliding window of source rows as float RGBA, which the warp reads. A whole float copy spent most of its time on page
-/// faults. If a picture is so bent that a call needs much of it, the block has room for all rows, which then never
-/// move, and rows left behind are returned to the system. One thread at a time.
+/// faults. If distortion is so strong that a call needs much of the picture, the block has room for all rows, which
+/// then never move; rows no longer needed are returned to the system. One thread at a time.
 class FloatRows {
 public:
-    /// How the requested ranges follow each other down the picture.
+    /// How requested ranges progress down the picture.
     enum class Walk {
-        Steps, ///< most rows are requested again: room so that they rarely move, yet fit the caches
-        Leaps, ///< few are
+        Steps, ///< ranges overlap: enough room that rows rarely move, yet fit the caches
+        Leaps, ///< ranges barely overlap; each thread has a window, so rows are converted without OpenMP
     };
 
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.

@@ -1,4 +1,4 @@
-// The fast bilinear warp of float RGBA pictures, in bands of rows; every real run of the plain way uses it.
+// The fast bilinear warp of float RGBA pictures, in bands of rows; used for all plain corrections.
 #pragma once
 
 #include "Corrections.h"
@@ -29,7 +29,7 @@ public:
     /// elsewhere.
     enum class Instructions { Baseline, Avx2, Avx512 };
 
-    /// Whether an image can be source or target: float RGBA, rows at least as long as their pixels.
+    /// Returns whether an image can be source or target: float RGBA, rows at least as long as their pixels.
     static bool Serves(const KImage &image);
     /// Returns the best instruction set of this CPU.
     static Instructions BestInstructions();
@@ -81,7 +81,7 @@ public:
     struct Pixels {
         const unsigned char *base;
         std::int64_t stepX, stepY; // bytes
-        std::int64_t rowBytes;     // from a row in memory to the next
+        std::int64_t rowBytes;     // from one row in memory to the next
         float width, height;
         float betweenX, betweenY; // positions above -1 and below these have all four neighbors
         float fromX, fromY;       // positions above these

@@ -1,7 +1,7 @@
 #include "ProfileDocument_p.h"
 
+#include "InputLimits.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -8,7 +8,7 @@
 enum class ProfileFault {
     None,
     NotOpened,     ///< or not read to its end
-    Refused,       ///< beyond the limits of XmlLimits.h, or with entity declarations; no document
+    Refused,       ///< beyond the limits of InputLimits.h, or with entity declarations; no document
     NotWellFormed, ///< the document holds the part before the error, perhaps nothing
 };
 
@@ -24,7 +24,7 @@ struct ProfileDocument {
 
 /// Reads and parses a file, once, without namespace processing.
 ///
-/// Refuses documents beyond the limits of XmlLimits.h and those that declare entities, which profiles never do.
+/// Refuses documents beyond the limits of InputLimits.h and those that declare entities, which profiles never do.
 ProfileDocument ReadProfileDocument(const QString &fileName);
 
 /// Returns the first element named "rdf:li" on the path of first child elements down from @p root, null if there is

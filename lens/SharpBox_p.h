@@ -1,10 +1,9 @@
 // A box of the source as planes, for sharp sampling.
 #pragma once
 
-#include "SharpLimits_p.h"
+#include "SharpSplit_p.h"
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 namespace {
@@ -86,122 +85,6 @@ inline const unsigned char *SourceRow(const FittedWarp::Band &band, int x, int y
     if (row < band.heldFirst || row >= band.heldEnd)
         return nullptr;
     return band.source + row * band.sourceStride + std::int64_t(x) * band.pixelBytes;
-}
-
-VITRELUX_INLINE float LoadChannel(const unsigned char *pixel, int channel)
-{
-    float value;
-    std::memcpy(&value, pixel + channel * int(sizeof value), sizeof value); // may be unaligned
-    return value;
-}
-
-VITRELUX_INLINE std::int16_t CodeOf(float value)
-{
-    constexpr float kLowest = -32768.0F, kHighest = 32767.0F;
-    float code = value * 65535.0F - 32768.0F;
-    code = code > kLowest ? code : kLowest; // also for NaN
-    code = code < kHighest ? code : kHighest;
-    return static_cast<std::int16_t>(std::lrint(code));
-}
-
-VITRELUX_INLINE std::int32_t PairOf(std::int16_t low, std::int16_t high)
-{
-    return static_cast<std::int32_t>((static_cast<std::uint32_t>(high) << 16)
-                                     | (static_cast<std::uint32_t>(low) & 0xffffU));
-}
-
-#if VITRELUX_FITTED_VECTORS
-
-/// Returns the codes of two pixels, eight including alpha's.
-VITRELUX_INLINE __m128i CodesOfTwo(const unsigned char *pixels)
-{
-    const __m128 scale = _mm_set1_ps(65535.0F), lowest = _mm_set1_ps(-32768.0F);
-    const __m128 first = _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels)), scale), lowest);
-    const __m128 second =
-        _mm_add_ps(_mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float *>(pixels + kPixelBytes)), scale), lowest);
-    return _mm_packs_epi32(_mm_cvtps_epi32(first), _mm_cvtps_epi32(second)); // saturates to 16 bits
-}
-
-VITRELUX_INLINE void StoreEight(std::int16_t *to, __m128i codes)
-{
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(to), codes);
-}
-
-/// Stores the codes of eight pixels by color.
-VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
-{
-    __m128i redGreen[2], blueAlpha[2]; // of four pixels each
-    for (int half = 0; half < 2; ++half) {
-        const __m128i first = CodesOfTwo(pixels + 4 * half * kPixelBytes),
-                      second = CodesOfTwo(pixels + (4 * half + 2) * kPixelBytes);
-        const __m128i even = _mm_unpacklo_epi16(first, second), odd = _mm_unpackhi_epi16(first, second);
-        redGreen[half] = _mm_unpacklo_epi16(even, odd);
-        blueAlpha[half] = _mm_unpackhi_epi16(even, odd);
-    }
-    StoreEight(red, _mm_unpacklo_epi64(redGreen[0], redGreen[1]));
-    StoreEight(green, _mm_unpackhi_epi64(redGreen[0], redGreen[1]));
-    StoreEight(blue, _mm_unpacklo_epi64(blueAlpha[0], blueAlpha[1]));
-}
-
-VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
-{
-    const __m128i lows = _mm_loadu_si128(reinterpret_cast<const __m128i *>(low));
-    const __m128i highs = _mm_loadu_si128(reinterpret_cast<const __m128i *>(high));
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(pairs), _mm_unpacklo_epi16(lows, highs));
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(pairs + 4), _mm_unpackhi_epi16(lows, highs));
-}
-
-#else
-
-VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, std::int16_t *green, std::int16_t *blue)
-{
-    for (int i = 0; i < 8; ++i) {
-        red[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 0));
-        green[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 1));
-        blue[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 2));
-    }
-}
-
-VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
-{
-    for (int i = 0; i < 8; ++i)
-        pairs[i] = PairOf(low[i], high[i]);
-}
-
-#endif
-
-/// Stores the codes of @p count pixels of RGB integers by color: those of the same values as floats.
-template <typename Sample>
-VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::int16_t *__restrict red,
-                                 std::int16_t *__restrict green, std::int16_t *__restrict blue)
-{
-    constexpr unsigned kScale = 65535U / std::numeric_limits<Sample>::max(), kHalf = 32768U;
-    const auto *__restrict samples = reinterpret_cast<const Sample *>(pixels);
-    for (int i = 0; i < count; ++i) {
-        red[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i] * kScale - kHalf));
-        green[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 1] * kScale - kHalf));
-        blue[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 2] * kScale - kHalf));
-    }
-}
-
-/// Stores the codes of @p count pixels of float RGBA by color. Prefetches the next rows, @p stride bytes apart, which
-/// the processor doesn't predict.
-VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
-                              std::int16_t *green, std::int16_t *blue)
-{
-    constexpr int kLineBytes = 64, kRowsAhead = 3;
-    int i = 0;
-    for (; i + 8 <= count; i += 8) {
-        const unsigned char *ahead = pixels + i * kPixelBytes + kRowsAhead * stride;
-        __builtin_prefetch(ahead);
-        __builtin_prefetch(ahead + kLineBytes);
-        SplitEight(pixels + i * kPixelBytes, red + i, green + i, blue + i);
-    }
-    for (; i < count; ++i) {
-        red[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 0));
-        green[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 1));
-        blue[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 2));
-    }
 }
 
 /// Stores the lowest and highest allowed samples of cells as pairs.

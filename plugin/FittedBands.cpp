@@ -8,6 +8,10 @@ namespace {
 // Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
+// Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the
+// threads that call Fill would start such a team.
+constexpr int kRowsAtOnce = 8;
+
 bool HasAlpha(const KImage &image)
 {
     return image.m_bitmap->ComponentsPerPixel == 4;
@@ -65,7 +69,7 @@ void FittedBands::Fill(KImage &rows, int firstRow)
     for (int row = firstRow, count = 0; row < end; row += count) {
         if (!work->band.m_bitmap || row < work->firstRow || row >= work->firstRow + work->band.height())
             MakeBand(work.get(), row / kBandRows * kBandRows);
-        count = qMin(end, work->firstRow + work->band.height()) - row;
+        count = qMin(kRowsAtOnce, qMin(end, work->firstRow + work->band.height()) - row);
         work->band.CropCopyTo(0, row - work->firstRow, rows.width(), count, rows, 0, row - firstRow);
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -90,7 +94,7 @@ void FittedBands::FillFloat(KImage &image)
 void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
     if (m_warp.ReadsStored(m_picture) && m_warp.Render(m_picture, 0, band, firstRow))
-        return; // always: all rows are in memory
+        return; // always succeeds: all rows are in memory
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
     source->Hold(range.first, range.end);
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {

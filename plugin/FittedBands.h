@@ -27,12 +27,12 @@ public:
     /// @p source must outlive the object and have the correction's size.
     FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
 
-    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. Without
-    /// alpha if the file can't have it.
+    /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. There is no
+    /// alpha if the file format can't store it.
     unsigned short ResultType() const;
     /// Returns the source's depth in the file: 8, 16, or 32 for float.
     int ResultBits() const;
-    /// Returns whether pixels are made opaque: their colors are then blended onto black.
+    /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }
 
     /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
@@ -42,7 +42,7 @@ public:
     void FillFloat(KImage &image);
 
 private:
-    /// Memory of one thread.
+    /// One thread's working memory.
     struct Work {
         explicit Work(const KImage &picture) : source(picture, FloatRows::Walk::Leaps) { }
 

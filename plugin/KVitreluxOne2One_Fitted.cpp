@@ -60,10 +60,10 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
         const QString from =
             sourceBits == 32 ? QStringLiteral("floats, from 0 to 1") : QStringLiteral("%1").arg(sourceBits);
         lost << QStringLiteral("%1 bits per channel instead of %2").arg(bands.ResultBits()).arg(from)
-                + (plan.values.encodes ? QStringLiteral(", by the curve of sRGB") : QString());
+                + (plan.values.encodes ? QStringLiteral(", with the sRGB curve") : QString());
     }
     if (source.type() == GFL_GREY && bands.ResultType() != GFL_GREY)
-        lost << QStringLiteral("RGB with opacity for the empty pixels, without a color profile of gray");
+        lost << QStringLiteral("RGB with opacity for the empty pixels, without the gray color profile");
     if (bands.Flattens())
         lost << QStringLiteral("no opacity: transparent pixels are black");
     return lost;
@@ -124,7 +124,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
 void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, Params &params,
                                      const QString &outputFileName)
 {
-    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before pixels are decoded: that may be unnecessary
+    FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which may be unnecessary
     const FullSizeLock full(def); // until the file is written: a copy would take as much memory again
     if (!full.Image())
         ThrowNotLoaded(fileName);

@@ -9,14 +9,14 @@ constexpr int kMinQuality = 1, kMaxQuality = 100;
 
 struct FormatRow {
     ResultFile::Format format;
-    QLatin1String name; // also the image-file layer's
+    QLatin1String name; // also used by the image-file layer
     QLatin1String suffix;
     QLatin1String mimeType;
     int mostBits;    // of integers
     int compression; // as in KImage::TranscodeCompression, unless chosen; -1: the layer's default
 };
 
-// The layer's default, 6, takes three times the time for 10 % less (a photograph of 2400 x 1600 pixels).
+// The layer's default, 6, takes three times as long for 10 % smaller files (a photograph of 2400 x 1600 pixels).
 constexpr int kPngLevel = 3;
 
 const FormatRow kFormats[] = {

@@ -1,4 +1,4 @@
-// Converts rendered values to those of a result's format.
+// Converts rendered values to those of the result's format.
 #pragma once
 
 #include "TransferCurve.h"
@@ -8,7 +8,7 @@ class KImage;
 /// Conversion of float RGBA pixels in place, in this order. By default nothing is done.
 struct ResultValues {
     bool toLight = false;  // stored values to light, by `light`
-    bool encodes = false;  // light to the values of sRGB
+    bool encodes = false;  // light to sRGB values
     bool flattens = false; // onto black, for formats without opacity
     TransferCurve light = {};
 

@@ -1,11 +1,11 @@
 #include "LensProfile.h"
 
+#include "InputLimits.h"
 #include "PictureFrame.h"
 #include "ProfileCheck_p.h"
 #include "ProfileXml_p.h"
 #include "Rational_p.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-// A lens profile with all entries of its file, in any RDF spelling.
+// A lens profile with all entries of its file, in any RDF form.
 #pragma once
 
 #include <QByteArray>
@@ -56,9 +56,9 @@ struct LensProfile {
     QVector<ProfileNote> notes;
 };
 
-/// Reads a profile of any spelling: elements or attributes, any prefix, any order (see docs/fitting.md).
+/// Reads a profile in any RDF form: elements or attributes, any prefix, any order (see docs/fitting.md).
 ///
-/// Leaves out unusable models, with a note. The limits of XmlLimits.h apply.
+/// Leaves out unusable models, with a note. The limits of InputLimits.h apply.
 ///
 /// @param error  filled if nothing is usable: what was read, expected and found. May be null.
 /// @return the profile; without entries if nothing is usable.

@@ -1,4 +1,4 @@
-// Checks a profile's models by their maps.
+// Checks the maps that a profile's models produce.
 #pragma once
 
 #include <QString>

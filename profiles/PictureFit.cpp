@@ -2,9 +2,9 @@
 
 #include "CorrectionTwin.h"
 #include "FitSteps_p.h"
+#include "InputLimits.h"
 #include "LensfunDatabase.h"
 #include "LensfunFit.h"
-#include "XmlLimits.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -178,7 +178,7 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
     FitResult result = FitByLensfun(facts, options);
     if (result.profile.isEmpty() && !none.why.isEmpty()) {
         result.profile = none.profile;
-        result.why = none.why + QLatin1String("; ") + result.why;
+        result.why = none.why.endsWith(result.why) ? none.why : none.why + QLatin1String("; ") + result.why;
         result.nearest = none.nearest + result.nearest;
     }
     return result;

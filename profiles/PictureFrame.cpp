@@ -104,7 +104,7 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
 }
 
-/// Whether a picture may show this little of the sensor; otherwise notes that the source is ignored.
+/// Returns whether a picture may show this little of the sensor; if not, notes that the source is ignored.
 static bool IsCredible(double share, const QString &source, QStringList *assumed)
 {
     if (share >= kMinShare)
@@ -219,7 +219,7 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
         sides = SidesAcross();
         const QPointF offset = m_facts.crop.value.center() - QPointF(0.5, 0.5);
         if (std::max(std::abs(offset.x()), std::abs(offset.y())) > kMiddleCrop) {
-            *why = QStringLiteral("the picture was cut from a rotated one, and its position there is unknown");
+            *why = QStringLiteral("the picture was cropped from a rotated one, and its position there is unknown");
             return std::nullopt;
         }
     }
@@ -238,7 +238,8 @@ std::optional<FrameShape> PictureFrame::Shape(const QSizeF &reference, double as
     if (shape.isCut)
         shape.assumed << QStringLiteral("cut from the middle of a frame of %1 : 1").arg(aspect, 0, 'f', 2);
     if (shape.liesAcross)
-        shape.assumed << QStringLiteral("rotated in an unknown direction: the lens's center is assumed in the middle");
+        shape.assumed << QStringLiteral(
+            "rotated in an unknown direction: the lens's center is assumed to be in the middle");
     return shape;
 }
 

@@ -43,7 +43,7 @@ struct EntryFrame {
     QStringList assumed;      // messages for the user
 };
 
-/// The whole picture as the camera took it, before it was rotated or cut to other proportions.
+/// The whole picture as the camera took it, before it was rotated or cropped to other proportions.
 struct FrameShape {
     double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
     double aspect = 1.0;                // of the frame, at least 1

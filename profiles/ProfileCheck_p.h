@@ -1,10 +1,8 @@
 // Checks a profile's values when it is read, and adds notes for the user.
 #pragma once
 
+#include "InputLimits.h"
 #include "LensProfile.h"
-
-/// The maximum number of notes per file; the last one says that it was reached.
-constexpr int kMaxProfileNotes = 1000;
 
 /// Adds a note, up to kMaxProfileNotes.
 void AddNote(LensProfile *profile, qint64 line, int entry, const QString &text, bool unusable = false);

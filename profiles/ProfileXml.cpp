@@ -1,6 +1,6 @@
 #include "ProfileXml_p.h"
 
-#include "XmlLimits.h"
+#include "InputLimits.h"
 
 #include <QXmlStreamReader>
 

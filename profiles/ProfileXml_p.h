@@ -27,7 +27,7 @@ struct ProfileNode {
 /// Passes each entry of the document, an rdf:li in an element named CameraProfiles, to @p take, in order.
 ///
 /// Names are resolved by namespace URI. Attributes, elements, elements inside rdf:Description and those with or without
-/// rdf:parseType="Resource" give the same nodes. The limits of XmlLimits.h apply; documents that declare entities are
+/// rdf:parseType="Resource" give the same nodes. The limits of InputLimits.h apply; documents that declare entities are
 /// refused.
 ///
 /// @return why the document cannot be read to its end, with the line; empty if it can.

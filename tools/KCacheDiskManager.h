@@ -1,4 +1,4 @@
-// Names of temporary files for the image cache's disk copies, in a folder that has room.
+// Names temporary files for the image cache's disk copies, in a folder with enough space.
 #pragma once
 
 #include <QString>
@@ -50,11 +50,12 @@ public:
     QStringList getTemporaryFoldersName();
     QStringList getSystemDrives();
 
-    /// Returns the first folder with room for @p size bytes plus @p reserve; empty if there is none.
+    /// Returns the first folder with enough space for @p size bytes plus @p reserve; empty if there is none.
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
     /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes all subfolders with the prefix and the files in them, whichever process made them. For start-up.
+    /// Removes all subfolders with the prefix and the files in them, no matter which process made them. Call it at
+    /// startup.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 

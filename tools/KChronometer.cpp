@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kBuckets = 1024; // so many that threads rarely share one
+constexpr size_t kBuckets = 1024; // enough that threads rarely share one
 constexpr qint64 kOverheadBase = 124524475;
 constexpr int kMatchesWanted = 100;
 

@@ -1,7 +1,7 @@
 #include "KSRFromXMLFile.h"
 
+#include "InputLimits.h"
 #include "XmlDocument.h"
-#include "XmlLimits.h"
 
 #include <QDomDocument>
 #include <QFile>

@@ -28,8 +28,8 @@ template <> QString XmlValueBuilder<QString>::Build(const QDomElement &element, 
 /// The root's name is not part of a key; the empty key is the root itself. A tag that occurs more than once below an
 /// element, at any depth, makes the key unreadable.
 ///
-/// A file that is missing or exceeds the limits of XmlLimits.h leaves the document empty, and every read returns its
-/// default. Of a malformed file, the part before the error is used.
+/// A file that is missing or exceeds the limits of InputLimits.h leaves the document empty, and every read returns its
+/// default. If the file is malformed, the part before the error is used.
 class KSRFromXMLFile : public KernelSettingsReader {
 public:
     /// Reads the file, UTF-8, once: later changes have no effect.

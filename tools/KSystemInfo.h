@@ -67,7 +67,7 @@ public:
     static int cpuPhysicalCount();
     /// Returns the threads per core.
     static int cpuHyperThreadingCount();
-    /// Returns the processor's name, including leading blanks.
+    /// Returns the processor's name, including leading spaces.
     static QString cpuDescription();
     /// Unknown on Linux.
     static double cpuFrequency() { return 0.0; }

@@ -1,4 +1,4 @@
-// Start and stop of the tool kernel.
+// Starts and stops the tool kernel.
 #pragma once
 
 class KAnalyticsManager;

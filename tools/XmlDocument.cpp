@@ -1,6 +1,6 @@
 #include "XmlDocument.h"
 
-#include "XmlLimits.h"
+#include "InputLimits.h"
 
 #include <QXmlDefaultHandler>
 #include <QXmlInputSource>

@@ -1,10 +1,10 @@
-// XML as a tree, without namespace processing and within the limits of XmlLimits.h.
+// XML as a tree, without namespace processing and within the limits of InputLimits.h.
 #pragma once
 
 #include <QDomDocument>
 #include <QString>
 
-/// A text after parsing.
+/// Result of parsing a text.
 struct XmlDocument {
     QString whyRefused; ///< in plain English, no full stop: the limit exceeded, or entities declared; empty if none
     bool isWellFormed = false;
@@ -14,8 +14,8 @@ struct XmlDocument {
     QDomDocument document; ///< empty for a refused text; the part before the error for a malformed one
 };
 
-/// Reads the rest of a file, but at most a byte more than kMaxXmlBytes, regardless of the size that the file reports. For
-/// that number QIODevice::read would allocate all of it.
+/// Reads the rest of a file, but at most one byte more than kMaxXmlBytes, regardless of the size that the file reports.
+/// QIODevice::read would allocate the requested number of bytes at once.
 QByteArray ReadXmlBytes(QIODevice *device);
 
 /// Parses a text that the caller has limited to kMaxXmlBytes.

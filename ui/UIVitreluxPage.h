@@ -1,4 +1,4 @@
-// The wizard page of the plug-in.
+// The plug-in's wizard page.
 #pragma once
 
 #include "UIImageDefListWizard.h"

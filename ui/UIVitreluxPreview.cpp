@@ -44,7 +44,7 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
-/// Lock on an image's reduced pixels for a scope.
+/// Locks an image's reduced pixels for a scope.
 class ReducedLock {
 public:
     ReducedLock(KIImageDef *def, const ReducedSize &size)
@@ -73,7 +73,7 @@ Corrections PlainCorrections(const QString &fileName)
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// Returns the corrections that fitted runs can make with any entry, in any RDF spelling.
+/// Returns the corrections that fitted runs can make with any entry, in any RDF form.
 Corrections FittedCorrections(const QString &fileName)
 {
     Corrections supported = {};
@@ -135,7 +135,7 @@ void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
     try {
         ShowImage(def, static_cast<Params *>(params));
-    } catch (...) { // the current picture stays
+    } catch (...) { // keep the current picture
     }
 }
 
@@ -148,7 +148,7 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
     image->ToQImage(
-        source);         // before the swap: if it fails, the old image, which the worker may be reading, stays alive
+        source);         // before the swap: if this fails, the old image, which the worker may be reading, stays alive
     m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;
@@ -235,7 +235,7 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ShowProfile(fileName);
     const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
     m_supported.insert(fileName, supported);
-    if (!m_params->fitted || !supported.distortion) // plain: by each choice
+    if (!m_params->fitted || !supported.distortion) // plain records: on each choice
         ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
     if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
@@ -364,7 +364,7 @@ void UIVitreluxPreview::renderEnded()
 void UIVitreluxPreview::updatePreview()
 {
     if (!m_imageDef)
-        return; // the image was cleared meanwhile
+        return; // the image was cleared in the meantime
     SetComplete(true);
     m_computePreview.getPreview(m_resultImage);
     m_resultPixmap = FittedToFrame(m_resultImage);

@@ -86,7 +86,7 @@ private:
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;
-    QHash<QString, Corrections> m_supported; // by profiles chosen here; others lock no box
+    QHash<QString, Corrections> m_supported; // by profile chosen here; other profiles disable no box
     QImage m_sourceImage;
     QImage m_resultImage;
     QPixmap m_sourcePixmap; // fitted to the frame

@@ -27,7 +27,7 @@ constexpr CorrectionRow kCorrections[] = {
     throw KException(why, KPlace());
 }
 
-/// Whether @p all contains all of @p some.
+/// Returns whether @p all contains all of @p some.
 bool Covers(const Corrections &all, const Corrections &some)
 {
     return (all.distortion || !some.distortion) && (all.chromatic || !some.chromatic)
@@ -45,7 +45,7 @@ Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
     return done;
 }
 
-/// Whether the required corrections are made: scripts must not mistake a picture without them for a success.
+/// Returns whether the required corrections are made: scripts must not mistake a picture without them for a success.
 bool AreMade(const FittedRequest &request, const Corrections &done, const QString &picture)
 {
     if (Covers(done, request.required))

@@ -26,7 +26,7 @@ public:
     enum class Outcome {
         Written,
         Planned,    // by Plan
-        Kept,       // with ExistingOutput::Skip: another program wrote the output meanwhile
+        Kept,       // with ExistingOutput::Skip: another program wrote the output in the meantime
         DoneBefore, // skipped
         NoProfile   // none chosen, none found
     };

@@ -52,7 +52,7 @@ void SetVariable(const char *name, const QByteArray &value)
 }
 
 /// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
-/// XDG_DATA_HOME is /dev/null meanwhile, so no folder is created.
+/// XDG_DATA_HOME is /dev/null while it exists, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -118,8 +118,8 @@ QString SettingPath(const QString &uid, const QString &key)
 
 QtMessageHandler g_otherMessages;
 
-/// Filters Qt's messages. At every start Qt warns if the runtime folder is missing or belongs to another user, as under
-/// cron and sudo; nothing here uses that folder. Of other messages, such as one per damaged line of a file, only the
+/// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
+/// cron and sudo; nothing here uses that folder. Of repeated messages, such as one per damaged line of a file, only the
 /// first ones are printed.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
@@ -153,8 +153,8 @@ void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const 
 void ChooseDisplayless()
 {
     g_otherMessages = qInstallMessageHandler(LeaveOutIdleWarnings);
-    // Set even if the session names a platform: a desktop's aborts the program if no display can be reached, as in a
-    // remote shell.
+    // Set even if the session names a platform: a desktop platform aborts the program if no display is reachable, as in
+    // a remote shell.
     SetVariable("QT_QPA_PLATFORM", "offscreen");
     // GLib aborts the program if memory runs out; Qt's own event loop works without it.
     SetVariable("QT_NO_GLIB", "1");
@@ -219,7 +219,7 @@ CommandApplication::CommandApplication() : m_application(MakeApplication()) { }
 
 QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant defaultValue)
 {
-    // Workers create records too, so access is locked. Separate objects would read the file each time, and Qt crashes
+    // Workers create records too, so access is locked. Separate objects would read the file every time, and Qt crashes
     // if memory runs out while it creates one.
     const QVariant value = [&] {
         const QMutexLocker locker(&m_settingsMutex);

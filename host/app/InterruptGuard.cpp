@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Removes a folder. Working threads continue meanwhile and may add files, so this repeats until the folder is removed;
+/// Removes a folder. Worker threads continue and may add files, so this repeats until the folder is removed;
 /// after that nothing can be created in it.
 void RemoveForGood(const QString &folder)
 {

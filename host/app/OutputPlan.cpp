@@ -46,10 +46,10 @@ QString Filled(const QString &pattern, const QFileInfo &picture, QString *unknow
     int at = 0;
     for (;;) {
         const int end = pattern.indexOf(QLatin1Char('}'), at);
-        const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // of the innermost braces
+        const int begin = end <= at ? -1 : pattern.lastIndexOf(QLatin1Char('{'), end - 1); // innermost braces
         if (end == -1)
             return filled + pattern.midRef(at);
-        if (begin < at) { // a brace without its other one
+        if (begin < at) { // an unmatched brace
             filled += pattern.midRef(at, end + 1 - at);
             at = end + 1;
             continue;
@@ -151,7 +151,7 @@ QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes
     if (pattern.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
     if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
-        return QStringLiteral("does not end in .%1, which the outputs are; --format chooses another format")
+        return QStringLiteral("does not end in .%1, the suffix of the output format; --format chooses another one")
             .arg(suffixes.join(QLatin1String(" or .")));
     return QString();
 }
@@ -159,7 +159,7 @@ QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming)
 {
     QVector<PlannedPicture> plan;
-    QHash<QString, int> takers; // output: index of the first picture with it
+    QHash<QString, int> takers; // by output: index of the first picture that has it
     for (const NamedPicture &named : pictures) {
         PlannedPicture planned = PlanOne(named, naming);
         const QString key =

@@ -13,7 +13,7 @@ enum class ExistingOutput { Refuse, Overwrite, Skip };
 /// How outputs are written.
 struct OutputRules {
     ExistingOutput existing = ExistingOutput::Refuse;
-    bool keepTime = false; // outputs get the time of their picture
+    bool keepTime = false; // outputs get the file time of their picture
 };
 
 /// One picture of a run. Paths are absolute.
@@ -35,16 +35,16 @@ struct OutputNaming {
     QString pattern = QStringLiteral("{name}_corrected.tiff");
 };
 
-/// Returns the formats of outputs, as the attribute "Format" of a record; the first one is the default.
+/// Returns the output formats, as values of a record's attribute "Format"; the first one is the default.
 QStringList OutputFormats();
 
-/// Returns the suffixes of files of a format, without dot, the one of default names first; empty if it is none.
+/// Returns the file suffixes of a format without the dot, the default one first; empty if the format is unknown.
 QStringList SuffixesOfFormat(const QString &format);
 
-/// Returns what outputs' names have after the picture's: @p ending, by default the plug-in's, and the format's suffix.
+/// Returns what is appended to the picture's name: @p ending, by default the plug-in's, and the format's suffix.
 QString OutputEnding(const QString &format, const QString &ending = QStringLiteral("_corrected"));
 
-/// Returns that for all formats, to recognize results of earlier runs.
+/// Returns these endings for all formats, to recognize results of earlier runs.
 QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
 /// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-/// The pictures that are accepted, each kind with those before it.
+/// The kinds of pictures accepted; each value includes those before it.
 enum class AcceptedPictures {
     OfKernel,
     GrayAndTiled,

@@ -1,6 +1,7 @@
 #include "PictureFiles.h"
 
 #include "FileNames.h"
+#include "InputLimits.h"
 #include "KException.h"
 #include "gfl.h"
 
@@ -43,8 +44,8 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        // System: dangling links, which then fail with a reason. The suffixes are compared here, because without memory
-        // QDir would match its patterns to no name.
+        // System: dangling links, which then fail with a reason. The suffixes are compared here, because QDir's patterns
+        // match nothing if memory runs out.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))
@@ -93,15 +94,31 @@ private:
     PictureFiles *m_found;
 };
 
+/// Reads a list, or slightly more than kMaxListBytes of it, in pieces, because a pipe has no size.
+QByteArray ReadUpToLimit(QFile *file)
+{
+    constexpr qint64 kPieceBytes = qint64(1) << 20;
+    QByteArray list;
+    for (QByteArray piece; list.size() <= kMaxListBytes && !(piece = file->read(kPieceBytes)).isEmpty();)
+        list += piece;
+    return list;
+}
+
 QByteArray ReadList(const QString &name)
 {
     QFile file(name == QLatin1String("-") ? QString() : AbsolutePath(name));
     const bool isOpen =
         file.fileName().isEmpty() ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    const QByteArray list = isOpen ? file.readAll() : QByteArray();
+    const QByteArray list = isOpen ? ReadUpToLimit(&file) : QByteArray();
     if (!isOpen || file.error() != QFileDevice::NoError)
         throw KException(QStringLiteral("cannot read the list of pictures \"%1\": %2").arg(name, file.errorString()),
                          KPlace());
+    if (list.size() > kMaxListBytes)
+        throw KException(
+            QStringLiteral("cannot read the list of pictures \"%1\": more than %2 bytes, the maximum of a list")
+                .arg(name)
+                .arg(kMaxListBytes),
+            KPlace());
     return list;
 }
 

@@ -1,4 +1,4 @@
-// The correction of one picture by the plug-in, shared by all commands that correct.
+// Corrects one picture with the plug-in; shared by all commands that correct.
 #pragma once
 
 #include "Corrections.h"
@@ -14,7 +14,7 @@
 class HostApplication;
 class InterruptGuard;
 
-/// The content of a parameter record of the process.
+/// Content of a process's parameter record.
 struct PictureParameters {
     Corrections corrections;
     QString profile; // absolute path; empty: none chosen
@@ -47,15 +47,15 @@ private:
     void *m_record;
 };
 
-/// Whether @p path exists, even as a broken link.
+/// Returns whether @p path exists, even as a broken link.
 bool IsThere(const QString &path);
 
-/// Whether a run wrote its output or, only with ExistingOutput::Skip, kept one that appeared meanwhile.
+/// Whether a run wrote its output or, only with ExistingOutput::Skip, kept one that appeared in the meantime.
 enum class RunResult { Written, Kept };
 
-/// Corrects into a private folder and moves the complete output into place. Throws KException with a text for the user
-/// without the picture's name, or any exception of the process; then no files are left, and an existing output is
-/// unchanged. Frees the picture's pixels, because no picture is needed twice.
+/// Corrects into a private folder and moves the complete output into place. Throws KException with a message for the
+/// user that omits the picture's name, or any exception of the process; then no files are left, and an existing output
+/// is unchanged. Frees the picture's pixels, because no picture is needed twice.
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,

@@ -20,7 +20,7 @@ QString Number(double value, int digits = 6)
                                            : text; // such as a position near the equator
 }
 
-/// Rounds for scripts, so that no digits are only rounding errors.
+/// Rounds for scripts, so that no digit is merely a rounding error.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -39,7 +39,7 @@ public:
 
     /// Returns the text of an entry of the picture, not of its GPS block.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
-    /// Returns a number or fraction; 0 without one.
+    /// Returns a number or fraction; 0 if there is none.
     double Number(quint32 tag) const
     {
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/false);
@@ -242,7 +242,7 @@ QDateTime CameraClock(qint64 timestamp)
 void AddDate(const ShootingInformation &shooting, PictureSummary *facts)
 {
     const QDateTime date = CameraClock(shooting.timestamp);
-    constexpr int kFirstYear = 1826; // of the first photograph: an unset clock gives year 0
+    constexpr int kFirstYear = 1826; // the year of the first photograph; an unset clock gives 0
     if (shooting.timestamp == 0 || date.date().year() < kFirstYear)
         return;
     *facts << PictureFact{QStringLiteral("Taken"), date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),
@@ -254,7 +254,7 @@ void AddPlace(const ShootingInformation &shooting, const FileExif &exif, Picture
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
         return;
-    // Cameras without a GPS fix write zeros, and either neither north nor south or no reception.
+    // Without a GPS fix, cameras write zeros and either omit north and south or report no reception.
     const bool isZero = shooting.gpsLatitude == 0.0 && shooting.gpsLongitude == 0.0;
     if (isZero
         && (exif.GpsText(kGpsLatitudeRef).isEmpty() || exif.GpsText(kGpsStatus) == QLatin1String("V")

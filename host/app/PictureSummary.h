@@ -18,8 +18,8 @@ struct PictureFact {
 using PictureSummary = QVector<PictureFact>;
 
 /// Returns size, depth, channels and format from the file's header, and facts from its metadata.
-/// @param path  absolute, of a picture that can be read.
+/// @param path  absolute path of a readable picture.
 PictureSummary SummaryOfPicture(const QString &path);
 
-/// Returns all EXIF of the picture, one line per entry, or a text that there is none.
+/// Returns all of the picture's EXIF, one line per entry, or a line that says there is none.
 QString ExifTable(const QString &path);

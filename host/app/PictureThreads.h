@@ -9,14 +9,14 @@
 
 class PluginLoader;
 
-/// The process objects of a run, one per thread: a given one, and others of the same kind. Destroy it before the
+/// The process objects of a run, one per thread: a given one, and more of the same kind. Destroy it before the
 /// plug-in.
 class ThreadProcesses {
 public:
-    /// Makes up to @p count in all; only @p first if the plug-in makes no others; none if @p first is null.
+    /// Makes up to @p count in total; only @p first if the plug-in makes no more; none if @p first is null.
     ThreadProcesses(const PluginLoader &plugin, KIPluginOne2One *first, int count);
 
-    /// The given one first.
+    /// Returns the processes, the given one first.
     const std::vector<KIPluginOne2One *> &All() const { return m_all; }
 
 private:
@@ -24,10 +24,10 @@ private:
     std::vector<KIPluginOne2One *> m_all;
 };
 
-/// Calls @p correct, which must not throw, for the pictures 0 to @p count - 1 in this order: each thread takes the next
-/// one when it is free. There is one thread per process; the calling one has the first process. Threads that the system
-/// doesn't start are done without. Returns when all calls have ended.
-/// @param isStopped  any thread; once it is true, no more pictures are begun.
-/// @return the number of pictures begun.
+/// Calls @p correct, which must not throw, for pictures 0 to @p count - 1 in this order: each thread takes the next
+/// one when it is free. There is one thread per process; the calling thread uses the first one. If the system can't
+/// start some threads, continues without them. Returns when all calls have ended.
+/// @param isStopped  called by any thread; once it returns true, no more pictures are started.
+/// @return the number of pictures started.
 int CorrectInTurn(const std::vector<KIPluginOne2One *> &processes, int count, const std::function<bool()> &isStopped,
                   const std::function<void(KIPluginOne2One *process, int index)> &correct);

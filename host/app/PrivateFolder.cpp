@@ -107,7 +107,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
             for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
             return m_path;
         });
-    } catch (...) { // without memory to protect it; not in a destructor, because nothing else may catch the exception
+    } catch (...) { // no memory to protect it; not in a destructor, because nothing else may catch the exception
         RemoveFolder(m_path);
         throw;
     }

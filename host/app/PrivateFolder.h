@@ -1,4 +1,4 @@
-// A private folder of this process, removed with its object.
+// A private folder of this process, removed by the object's destructor.
 #pragma once
 
 #include <QString>

@@ -63,7 +63,7 @@ QString ReplacedFile::Problem() const
 
 QString ReplacedFile::ReplaceBy(const QString &from) const
 {
-    const QString problem = Problem(); // the file may have changed meanwhile
+    const QString problem = Problem(); // the file may have changed in the meantime
     if (!problem.isEmpty())
         return problem;
     const QByteArray source = QFile::encodeName(from), target = QFile::encodeName(m_path);

@@ -1,12 +1,11 @@
 #include "SettingsFiles.h"
+#include "InputLimits.h"
 
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 
 namespace {
-
-constexpr qint64 kMaxBytes = 1 << 20; // ours have a few kilobytes
 
 QString ProblemOf(const QString &file)
 {
@@ -15,8 +14,8 @@ QString ProblemOf(const QString &file)
         return QString();
     if (!info.isFile())
         return QStringLiteral("not a regular file");
-    if (info.size() > kMaxBytes)
-        return QStringLiteral("%1 bytes, expected %2 at most").arg(info.size()).arg(kMaxBytes);
+    if (info.size() > kMaxSettingsBytes)
+        return QStringLiteral("%1 bytes, expected %2 at most").arg(info.size()).arg(kMaxSettingsBytes);
     return QString();
 }
 

@@ -1,4 +1,4 @@
-// The private folder in which the output of one picture is made.
+// The private folder in which one picture's output is created.
 #pragma once
 
 #include "PrivateFolder.h"
@@ -27,7 +27,7 @@ public:
     QString Admit(const QString &picture);
 
     /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist. @return
-    /// false, with the existing file kept, if it was created meanwhile.
+    /// false, with the existing file kept, if it was created in the meantime.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
     /// Moves @p result to @p target, replacing an existing file.
     void Publish(const QString &result, const ReplacedFile &target) const;

@@ -61,7 +61,7 @@ QString FormatOf(const QCommandLineParser &parser)
     return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
 }
 
-/// Reads the names of outputs, with the suffix of their format. Results of earlier runs are recognized by the default
+/// Reads how outputs are named, with the suffix of their format. Results of earlier runs are recognized by the default
 /// or chosen ending, with the suffix of any format, unless a pattern was given.
 void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
 {
@@ -117,13 +117,13 @@ InfoOptions ReadInfo(const QCommandLineParser &parser)
     return options;
 }
 
-/// Returns a message about an option that the format of outputs doesn't have; empty if there is none.
+/// Returns a message about an option that the output format doesn't support; empty if there is none.
 QString FindFormatFault(const QCommandLineParser &parser)
 {
     const std::pair<const char *, const char *> needs[] = {{"quality", "jpeg"}, {"compression", "tiff"}};
     for (const auto &[option, format] : needs) {
         if (parser.isSet(Latin(option)) && FormatOf(parser) != Latin(format))
-            return QStringLiteral("--%1 is for --format %2, but the outputs are of format %3.")
+            return QStringLiteral("--%1 is only for --format %2, but the output format is %3.")
                 .arg(Latin(option), Latin(format), FormatOf(parser));
     }
     return QString();
@@ -154,7 +154,7 @@ Exclusions ExclusionsOf(Verb verb)
     return exclusions;
 }
 
-/// Reads the options of fitted corrections. @return a message about the first wrong one; empty if there is none.
+/// Reads the options of fitted corrections. @return a message about the first invalid one; empty if there is none.
 QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *options)
 {
     const QVector<OptionRow> rows = FittedRows(verb);
@@ -167,7 +167,7 @@ QString ReadFitted(const QCommandLineParser &parser, Verb verb, FittedOptions *o
     return QString();
 }
 
-/// Returns a message about wrong options of `profile`; empty if there are none.
+/// Returns a message about invalid options of `profile`; empty if there are none.
 QString FindProfileFault(const QCommandLineParser &parser)
 {
     const QString exclusion = FindExclusion(parser,
@@ -208,6 +208,18 @@ bool IsJobCount(const QString &text)
     bool ok = false;
     const int count = text.toInt(&ok);
     return ok && count >= 1 && count <= kMaxJobs;
+}
+
+/// Reads the limit in megapixels, or the default if the option is missing. @return false if the value is invalid.
+bool ReadMaxPixels(const QCommandLineParser &parser, qint64 *pixels)
+{
+    constexpr int kDefaultMegapixels = 2000; // 32 GB as float RGBA
+    constexpr int kMaxMegapixels = 1'000'000;
+    const QString name = QStringLiteral("max-megapixels");
+    bool ok = true;
+    const int megapixels = parser.isSet(name) ? parser.value(name).toInt(&ok) : kDefaultMegapixels;
+    *pixels = qint64(1'000'000) * megapixels;
+    return ok && megapixels >= 1 && megapixels <= kMaxMegapixels;
 }
 
 /// Reads "2/16".
@@ -304,6 +316,8 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     FittedOptions fitted;
     if (const QString problem = ReadFitted(parser, verb.verb, &fitted); !problem.isEmpty())
         return Refuse(command, problem);
+    if (!ReadMaxPixels(parser, &line.maxPixels))
+        return Refuse(command, QStringLiteral("'--max-megapixels N' needs a whole number from 1 to 1000000."));
     if (verb.verb == Verb::Info) {
         line.action = CommandLine::Action::ShowInfo;
         line.info = ReadInfo(parser);
@@ -339,7 +353,7 @@ CommandLine ParseCommandLine(const QStringList &arguments)
     if (first == QLatin1String("--version"))
         return PrintText(QStringLiteral("vitrelux " VITRELUX_VERSION "\n"));
     if (const VerbRow *verb = FindVerb(first))
-        return ParseVerb(*verb, arguments); // the parser expects the program's name in the place of the verb
+        return ParseVerb(*verb, arguments); // the parser expects the program's name in place of the verb
     if (first.startsWith(QLatin1Char('-')))
         return Refuse(program, QStringLiteral("unknown option '%1' where a command was expected.").arg(first));
     return Refuse(program, QStringLiteral("unknown command '%1'.").arg(first));

@@ -30,7 +30,7 @@ struct CorrectOptions {
     bool verbose = false; // print the facts about each picture
     bool dryRun = false;  // print what would be done
     bool json = false;    // print records as in docs/correct.schema.json
-    bool notify = false;  // show a notification of the desktop at the end
+    bool notify = false;  // show a desktop notification at the end
     OutputRules rules;
     int jobs = 0; // pictures in parallel; 0: as many as processors and memory allow
 };
@@ -83,6 +83,7 @@ struct CommandLine {
     LensesOptions lenses;   // ShowLenses
     ReportOptions report;   // ShowReport
     WizardOptions wizard;   // ShowWizard
+    qint64 maxPixels = 0;   // Correct, ShowInfo: larger pictures are refused; 0: no limit
 };
 
 /// Parses the arguments after the program's name. Needs no application object.

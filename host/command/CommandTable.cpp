@@ -14,20 +14,20 @@ constexpr VerbRow kVerbs[] = {
      "PICTURE...",
      "correct pictures with a lens profile",
      "Corrects each PICTURE with a lens profile or lensfun's database, and writes NAME_corrected.tiff next to it.\n\n"
-     "Reads %1. The output has the depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats store "
-     "less: --format jpeg has 8 bits, exr linear light; a line names what is lost. The output appears only when it is "
-     "complete, and replaces an existing file only with --overwrite.\n\n"
+     "Reads %1. The output keeps the bit depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats "
+     "store less: --format jpeg keeps 8 bits, exr stores linear light; a message says what is lost. The output appears "
+     "only when it is complete, and replaces an existing file only with --overwrite.\n\n"
      "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
      "requested but missing from the profile is a failure.\n\n"
      "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
-     "is found by the picture's camera and lens, at any depth of the profile folder; if none fits, lensfun's database "
-     "is used. A line on standard error names the profile, the assumptions and anything left out. Pictures that the "
-     "camera, another program or an earlier run already corrected are skipped.\n\n"
+     "is found by the picture's camera and lens, at any depth below the profile folder; if none fits, lensfun's "
+     "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures "
+     "that the camera, another program or an earlier run already corrected are skipped.\n\n"
      "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this "
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
-     "Prints the name of each file written on standard output, one per line. A picture that fails gets one line on "
+     "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
      "standard error, and the others continue. The first interrupt (Ctrl-C) finishes the pictures in progress, the "
-     "second one ends at once; a run with --skip-existing continues.",
+     "second one stops at once; a run with --skip-existing resumes.",
      {"vitrelux correct photo.jpg", "vitrelux correct -r Pictures -o Corrected --skip-existing"}},
     {Verb::Info,
      "info",
@@ -42,13 +42,13 @@ constexpr VerbRow kVerbs[] = {
      "show the content of lens profiles",
      "Prints the content of each lens profile (.lcp): camera, lens and frame, and its entries as a grid of focal "
      "lengths, distances, apertures and models.\n\n"
-     "An unusable profile is a failure. With --for, so is one that does nothing to PICTURE.\n\n"
+     "An unusable profile counts as a failure; with --for, so does one that has no effect on PICTURE.\n\n"
      "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without "
      "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n\n"
      "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold "
-     "one for what is applied to PICTURE. Distortion is how much farther out, in percent, the light of a radius lies "
-     "in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
-     "green. Prints the name of the file written.",
+     "one for what is applied to PICTURE. Distortion is how much farther from the center, in percent, a point "
+     "lies in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
+     "green. Prints the name of the plot file.",
      {"vitrelux profile lens.lcp", "vitrelux profile --for photo.jpg --plot curves.svg lens.lcp"}},
     {Verb::Lenses,
      "lenses",
@@ -72,8 +72,8 @@ constexpr VerbRow kVerbs[] = {
      "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written "
      "next to its original, as NAME_corrected.tiff.\n\n"
-     "Lens profiles are found and fitted as by the correct command. The window shows which one was found, and you can "
-     "choose another one.",
+     "Lens profiles are found and fitted as in the correct command. The window shows which one was found, and you can "
+     "choose a different one.",
      {"vitrelux wizard photo.jpg", "vitrelux wizard --lens-path Profiles photo.jpg"}},
     {Verb::Help,
      "help",
@@ -88,7 +88,7 @@ constexpr VerbRow kVerbs[] = {
 constexpr OptionRow kOptions[] = {
     {Verb::Correct, {}, nullptr, "Pictures"},
     {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
-    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (-: stdin), by line or NUL"},
+    {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (- is stdin), split at LF or NUL"},
     {Verb::Correct, {"shard", nullptr}, "I/N", "every N-th of the sorted pictures, from the I-th on"},
     {Verb::Correct, {"convert", nullptr}, nullptr, "also correct CMYK and Lab pictures, as sRGB", nullptr, true},
     {Verb::Correct, {}, nullptr, "Profile"},
@@ -102,18 +102,20 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {}, nullptr, "Output"},
     {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
     {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff, not NAME_corrected.tiff", nullptr, true},
-    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs such as {name}-{ext}.tif; also {folder}"},
-    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output the time of its picture", nullptr, true},
+    {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs, as in {name}-{ext}.tif; also {folder}"},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output its picture's file time", nullptr, true},
     {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {}, nullptr, "Run"},
+    {Verb::Correct, {"max-megapixels", nullptr}, "N", "refuse larger pictures; default: 2000", nullptr, true},
     {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
-    {Verb::Correct, {"j", "jobs"}, "N", "N pictures in parallel; default: by CPUs and memory"},
+    {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: as CPUs and memory allow"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources", nullptr, true},
-    {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a notification of the desktop", nullptr, true},
+    {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a desktop notification", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},
+    {Verb::Info, {"max-megapixels", nullptr}, "N", "refuse larger pictures; default: 2000", nullptr, true},
     {Verb::Info, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
     {Verb::Info, {}, nullptr, "Profile"},
@@ -137,11 +139,11 @@ constexpr OptionRow kOptions[] = {
     {Verb::Wizard, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Help, {}, nullptr, "Other forms"},
     {Verb::Help, {"man", nullptr}, nullptr, "print the man page"},
-    {Verb::Help, {"completion", nullptr}, "SHELL", "print the completion for bash, zsh or fish", "bash zsh fish"},
+    {Verb::Help, {"completion", nullptr}, "SHELL", "print completions for bash, zsh or fish", "bash zsh fish"},
     {Verb::Help, {"names", nullptr}, nullptr, "print the names of all commands, one per line"},
 };
 
-/// Returns the fitted options about the picture, or the others.
+/// Returns the fitted options that are facts about the picture, or the other fitted options.
 QVector<OptionRow> FittedRows(Verb verb, bool facts)
 {
     QVector<OptionRow> rows;

@@ -1,4 +1,4 @@
-// Commands and options of the program: the one source of the parser, the help, the man pages and the completion.
+// The program's commands and options: the single source for the parser, help, man pages and completion.
 #pragma once
 
 #include <QString>
@@ -9,7 +9,7 @@ enum class Verb { Correct, Info, Profile, Lenses, Report, Wizard, Help };
 struct VerbRow {
     Verb verb;
     const char *name;
-    const char *operand; // the operands, as in the usage line
+    const char *operand; // operands, as in the usage line
     const char *summary; // for lists of commands
     // Paragraphs separated by empty lines. The short help shows the first one. "%1" is replaced by the formats that can
     // be read.
@@ -22,7 +22,7 @@ struct OptionRow {
     const char *names[2];        // as on the command line, without dashes; the second may be null
     const char *value;           // null: a switch. FILE, PICTURE and DIR are completed
     const char *help;            // one line
-    const char *words = nullptr; // values to complete, separated by blanks; others may be valid too
+    const char *words = nullptr; // values to complete, separated by spaces; others may be valid too
     bool isBrief = false;        // listed without its description in the short help
 };
 
@@ -31,19 +31,19 @@ struct OptionGroup {
     QVector<OptionRow> rows;
 };
 
-/// Returns all commands, in the order of the help.
+/// Returns all commands, in help order.
 QVector<VerbRow> AllVerbs();
-/// Returns the command of a name; null if there is none.
+/// Returns the command with that name; null if there is none.
 const VerbRow *FindVerb(const QString &name);
 
-/// Returns the options of a verb in groups, in the order of its help, without --help.
+/// Returns a verb's options in groups, in help order, without --help.
 QVector<OptionGroup> GroupsOf(Verb verb);
-/// Returns the options of all groups of a verb.
+/// Returns a verb's options from all groups.
 QVector<OptionRow> OptionsOf(Verb verb);
-/// Returns the options of a verb that only fitted corrections have; those of `info` are facts about the picture.
+/// Returns a verb's options that apply only to fitted corrections; those of `info` are facts about the picture.
 QVector<OptionRow> FittedRows(Verb verb);
 
-/// Returns the names of an option with their dashes: "-o", "--output".
+/// Returns an option's names with dashes: "-o", "--output".
 QStringList SpelledNames(const OptionRow &row);
-/// Returns an option as in the help: "-o, --output DIR".
+/// Returns an option as the help shows it: "-o, --output DIR".
 QString Spelling(const OptionRow &row);

@@ -1,4 +1,4 @@
-// Completion scripts: commands, options and their values; everything else is file names.
+// Shell completion: commands, options and their values; everything else completes to file names.
 #include "HelpText.h"
 
 #include <QStringList>
@@ -31,7 +31,7 @@ Value OperandOf(const VerbRow &verb)
     return {operand.contains(QLatin1String("WORD")) ? Kind::None : Kind::Files, QString()};
 }
 
-/// Returns text for single quotes of a shell.
+/// Escapes text for single quotes in a shell.
 QString Quoted(QString text)
 {
     return QLatin1Char('\'') + text.replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
@@ -113,7 +113,7 @@ QString ZshAction(const Value &value)
     return QStringLiteral(" ");
 }
 
-/// Returns text for a description of zsh's _arguments.
+/// Escapes text for a description in zsh's _arguments.
 QString ZshText(QString text)
 {
     for (const char special : {'\\', '[', ']', ':'})
@@ -186,7 +186,7 @@ QString FishValue(const Value &value)
     return QStringLiteral(" -x");
 }
 
-/// Returns text for single quotes of fish.
+/// Escapes text for single quotes in fish.
 QString FishQuoted(QString text)
 {
     return QLatin1Char('\'')

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Returns the pictures of this shard. Outputs are named by all pictures, so that they don't depend on the shards.
+/// Returns this shard's pictures. Output names are assigned over all pictures, so that they don't depend on the shards.
 QVector<PlannedPicture> PlanShard(const CorrectOptions &options, QVector<NamedPicture> pictures)
 {
     if (options.shard.count > 1) {

@@ -74,7 +74,7 @@ bool AreAmounts(const QString &text)
 struct Row {
     FittedOptionRow shown;
     const char *attribute;
-    bool (*isValid)(const QString &text); // of values other than the words; null: there are none
+    bool (*isValid)(const QString &text); // for values other than the words; null: there are none
     const char *expected;                 // for the message
     void (*decide)(const QString &text, FitOptions *options) = nullptr;
 };
@@ -127,7 +127,7 @@ const Row kRows[] = {
      nullptr,
      "auto, lcp or lensfun",
      TakeSource},
-    {{"again", nullptr, "correct even pictures that already are", false, nullptr, true},
+    {{"again", nullptr, "correct even pictures that were corrected before", false, nullptr, true},
      "Again",
      nullptr,
      "",
@@ -147,7 +147,7 @@ const Row kRows[] = {
      IsAboveZero,
      "a number above 0",
      TakeNumber<&TypedFacts::aperture>},
-    {{"distance", "M", "the subject's distance in meters, or inf", true, "inf", true},
+    {{"distance", "M", "the subject distance in meters, or inf", true, "inf", true},
      "Distance",
      IsAboveZero,
      "a number above 0, or inf",

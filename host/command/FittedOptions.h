@@ -17,9 +17,9 @@ struct FittedOptionRow {
     const char *name;  // without dashes
     const char *value; // null: a switch
     const char *help;
-    bool isFact = false;         // of the picture, typed by the user
-    const char *words = nullptr; // accepted values, separated by blanks; a row may accept others too
-    bool isBrief = false;        // listed without its help in the help on one screen
+    bool isFact = false;         // a fact about the picture, typed by the user
+    const char *words = nullptr; // accepted values, separated by spaces; a row may accept others too
+    bool isBrief = false;        // listed without its description in the short help
 };
 
 /// Returns the options in the order of the help text.

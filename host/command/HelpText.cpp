@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kColumns = 80;
-constexpr int kLeft = 22; // width of the column of options and commands
+constexpr int kLeft = 22; // width of the option and command column
 
 QString Latin(const char *text)
 {

@@ -1,17 +1,17 @@
-// Texts generated from the table of commands and options: help, man pages, completion.
+// Texts generated from the command table: help, man pages, completion.
 #pragma once
 
 #include "CommandTable.h"
 
 #include <QString>
 
-/// Returns the help of the program: its commands.
+/// Returns the program's help, which lists its commands.
 QString ProgramHelp();
-/// Returns the help of a command, in lines of at most 80 characters. To fit one screen, some options are only named and
+/// Returns a command's help, in lines of at most 80 characters. To fit on one screen, some options are only named and
 /// only the first paragraph of the description is shown.
 QString VerbHelp(const VerbRow &verb, bool onOneScreen);
 
-/// Returns the man page of a command, with the macros of man(7); null: that of the program.
+/// Returns a command's man page in the macros of man(7), or the program's if the command is null.
 QString ManPage(const VerbRow *verb);
 
 /// Returns the completion script for bash, zsh or fish; empty for another name.

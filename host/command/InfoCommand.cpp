@@ -32,7 +32,7 @@ QString AsText(const QString &file, const PictureSummary &facts)
 {
     QString text = OneLine(file) + QLatin1Char('\n');
     for (const PictureFact &fact : facts) {
-        if (!fact.label.isEmpty()) // texts from the file may have line breaks
+        if (!fact.label.isEmpty()) // texts from the file may contain line breaks
             text += QStringLiteral("  %1%2\n").arg(fact.label, -kLabelWidth).arg(OneLine(fact.text));
     }
     return text;

@@ -1,6 +1,7 @@
 #include "LensesCommand.h"
 
 #include "Console.h"
+#include "InputLimits.h"
 #include "LensfunDatabase.h"
 #include "PictureFit.h"
 #include "ProfileIndex.h"
@@ -188,7 +189,7 @@ ExitCode RunLenses(const LensesOptions &options, Console *console)
     ProfileIndex index;
     if (!index.Scan(folders.Folders()))
         console->Note(QString(),
-                      QStringLiteral("more than %1 profiles; the rest is left out").arg(ProfileIndex::kMaxProfiles));
+                      QStringLiteral("more than %1 profiles; the rest is left out").arg(kMaxIndexedProfiles));
     if (options.words.isEmpty()) {
         console->Print(options.json ? PlacesJson(folders.Folders(), index) : PlacesText(folders.Folders(), index));
         return kAllDone;

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Escapes text for roff: minus signs can be copied, and nothing is read as a control line or an escape.
+/// Escapes text for roff: minus signs stay copyable, and nothing is read as a control line or an escape.
 QString Escaped(const QString &text)
 {
     QString escaped = text;
@@ -20,7 +20,7 @@ QString Line(const QString &macro, const QString &text)
     return macro + QLatin1Char(' ') + Escaped(text) + QLatin1Char('\n');
 }
 
-/// Returns the name of a page: "vitrelux-correct", "vitrelux".
+/// Returns a page's name: "vitrelux-correct", "vitrelux".
 QString PageName(const VerbRow *verb)
 {
     return verb ? QStringLiteral("vitrelux-%1").arg(QLatin1String(verb->name)) : QStringLiteral("vitrelux");

@@ -86,11 +86,11 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     const double unit = UnitOf(*model, frame);
     return Sampled(frame.halfDiagonal, HUGE_VAL, kMaxEv, [&](double radius) {
         const double u = radius / unit;
-        return std::log2(LightShare(*model, u * u)); // values from 0 down are not plotted
+        return std::log2(LightShare(*model, u * u)); // zero and negative values are not plotted
     });
 }
 
-/// @param byGreen  uses green's model if there is one, like a fit that corrects color.
+/// @param byGreen  uses green's model, if any, like a fit that corrects color.
 ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool byGreen)
 {
     ProfileCurves curves;

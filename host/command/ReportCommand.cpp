@@ -1,6 +1,7 @@
 #include "ReportCommand.h"
 
 #include "Console.h"
+#include "InputLimits.h"
 #include "app/FileNames.h"
 
 #include <QFile>
@@ -91,7 +92,14 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
     }
     int others = 0;
     for (int number = 1; !source.atEnd(); ++number) {
-        const QByteArray line = source.readLine().trimmed();
+        QByteArray line = source.readLine(kMaxRecordBytes);
+        if (line.size() >= kMaxRecordBytes - 1) {
+            *problems << QStringLiteral("line %1 is longer than %2 bytes; the rest is left out")
+                             .arg(number)
+                             .arg(kMaxRecordBytes);
+            break;
+        }
+        line = std::move(line).trimmed();
         if (line.isEmpty())
             continue;
         PictureReport report;

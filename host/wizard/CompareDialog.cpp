@@ -1,8 +1,10 @@
 #include "CompareDialog.h"
 
 #include "KImage.h"
+#include "TransferCurve.h"
 #include "app/HostApplication.h"
 #include "app/PictureRun.h"
+#include "gfl.h"
 
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -10,6 +12,8 @@
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -31,6 +35,26 @@ constexpr KeyRow kKeys[] = {
     {Qt::Key_Left, 1.0, kMoveShare, 0.0}, {Qt::Key_Right, 1.0, -kMoveShare, 0.0},
     {Qt::Key_Up, 1.0, 0.0, kMoveShare},   {Qt::Key_Down, 1.0, 0.0, -kMoveShare},
 };
+
+/// Returns a picture of OpenEXR, whose floats are proportional to light, as a screen shows it.
+QImage ShownLight(const KImage &light)
+{
+    KImage pixels;
+    light.Convert(pixels, GFL_RGBA, 32);
+    const TransferCurve curve = TransferCurve::Srgb();
+    const GFL_BITMAP &bitmap = *pixels.m_bitmap;
+    constexpr int kChannels = 4, kColors = 3;
+    for (int y = 0; y < bitmap.Height; ++y) {
+        auto *row = reinterpret_cast<float *>(bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine);
+        for (int i = 0; i < bitmap.Width * kChannels; ++i) {
+            if (i % kChannels < kColors)
+                row[i] = row[i] > 0.0F ? curve.StoredTable(i % kChannels).At(std::min(row[i], 1.0F)) : 0.0F;
+        }
+    }
+    QImage shown;
+    pixels.ToQImage(shown);
+    return shown;
+}
 
 } // namespace
 
@@ -110,11 +134,14 @@ CompareDialog::Loaded CompareDialog::Load(HostApplication *application, const QS
         if (size.width() > kMaxSide || size.height() > kMaxSide)
             size.scale(kMaxSide, kMaxSide, Qt::KeepAspectRatio);
         size = size.expandedTo(QSize(1, 1));
-        KImage *pixels = def->Lock(size.width(), size.height(), /*nativeDepth=*/false);
-        const auto unlock = qScopeGuard([&] { def->Unlock(size.width(), size.height(), /*nativeDepth=*/false); });
-        if (pixels)
+        const bool isLight = path.endsWith(QLatin1String(".exr"), Qt::CaseInsensitive);
+        KImage *pixels = def->Lock(size.width(), size.height(), /*nativeDepth=*/isLight);
+        const auto unlock = qScopeGuard([&] { def->Unlock(size.width(), size.height(), /*nativeDepth=*/isLight); });
+        if (pixels && isLight)
+            loaded.image = ShownLight(*pixels);
+        else if (pixels)
             pixels->ToQImage(loaded.image);
-    } catch (...) {
+    } catch (...) { // also a lack of memory
         loaded.problem = TextOfCurrentException();
     }
     return loaded;

@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -172,12 +173,14 @@ void PicturesPage::SetUpChoice(QComboBox *box, const QLatin1String &setting)
             [=] { m_application->Settings().setValue(setting, box->currentData()); });
 }
 
-/// Returns the folder as typed, with the home folder for "~"; empty: that of each picture.
+/// Returns the folder as typed, with the home folder for "~", or dropped as a URL; empty: that of each picture.
 QString PicturesPage::OutputFolder() const
 {
     const QString folder = m_outputFolder->text();
-    return folder == QLatin1String("~") || folder.startsWith(QLatin1String("~/")) ? QDir::homePath() + folder.mid(1)
-                                                                                  : folder;
+    if (folder.startsWith(QLatin1String("file://")))
+        return QUrl(folder.trimmed()).toLocalFile();
+    const bool isBelowHome = folder == QLatin1String("~") || folder.startsWith(QLatin1String("~/"));
+    return isBelowHome ? QDir::homePath() + folder.mid(1) : folder;
 }
 
 /// Returns what is wrong with the output folder; empty if nothing is known. It need not exist.

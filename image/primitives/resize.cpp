@@ -63,7 +63,7 @@ std::int64_t FillSuperTaps(int src, int dst, Taps *taps, float *weights, std::in
     return next;
 }
 
-/// The same for bilinear; positions in integer multiples of 1 / (2 dst).
+/// Same for bilinear; positions in integer multiples of 1 / (2 dst).
 std::int64_t FillLinearTaps(int src, int dst, Taps *taps, float *weights, std::int64_t next)
 {
     const std::int64_t unit = 2 * std::int64_t(dst);

@@ -68,14 +68,14 @@ __attribute__((target("ssse3"))) std::int64_t Rgb8ToGrayInVectors(const Ipp8u *s
     return x;
 }
 
-/// Stores a pixel of 32-bit integers, the fourth of them 0, times a factor and with alpha 1.
+/// Scales a pixel of 32-bit integers, whose fourth is 0, and stores it with alpha 1.
 void StoreOpaque(Ipp32f *dst, __m128i pixel, __m128 factor)
 {
     const __m128 alpha = _mm_setr_ps(0.0f, 0.0f, 0.0f, 1.0f);
     _mm_storeu_ps(dst, _mm_or_ps(_mm_mul_ps(_mm_cvtepi32_ps(pixel), factor), alpha));
 }
 
-/// Processes the pixels of a row in groups of 4, while the group's reads end within the row; returns how many.
+/// Converts pixels in groups of 4 as long as all reads stay within the row. Returns the number converted.
 __attribute__((target("ssse3"))) std::int64_t OpaqueFloatsInVectors(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels)
 {
     const __m128 factor = _mm_set1_ps(1.0f / 255.0f);

@@ -1,4 +1,4 @@
-// Sequential reading of bytes, for the formats that we parse ourselves.
+// Sequential byte reader, for the formats that we parse ourselves.
 #pragma once
 
 #include "source.h"

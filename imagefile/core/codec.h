@@ -24,7 +24,7 @@ struct RowMaker {
 };
 
 /// Parameters of a save. @c metadata is null if there is none; its ICC profile is empty unless it should be written.
-/// With @c rows the bitmap has no pixels: the rows are generated, as gflSaveRowsUTF8 says.
+/// With @c rows the bitmap has no pixels: the rows are generated, as documented at gflSaveRowsUTF8.
 struct SaveOptions {
     std::uint16_t compression = GFL_COMPRESSION_DEFAULT;
     std::uint16_t quality = 0;
@@ -40,7 +40,7 @@ struct SaveOptions {
 
 /// The format that a file's name suggests.
 struct NameHint {
-    std::string suffix; // in lower case with its dot; empty for memory or without one
+    std::string suffix; // lower case, with the dot; empty for memory or if there is none
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
@@ -53,7 +53,7 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Checks more closely a file that Probe accepts, for formats whose files begin like those of another.
+    /// Looks more closely at a file that Probe accepted, for formats whose files begin like another's.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file for any
@@ -61,7 +61,7 @@ public:
     virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
     /// Passes all rows to @p rows from the top down. A file that ends early or is damaged gives GFL_ERROR_FILE_READ.
     virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;
-    /// Passes on the cheapest version that is at least as large as the picture fitted into @p box, otherwise the
+    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or else the
     /// picture.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;

@@ -11,7 +11,7 @@ namespace {
 
 void *MakeNoMutex(cmsContext)
 {
-    static char any; // null would be a failure
+    static char any; // null would mean failure
     return &any;
 }
 
@@ -38,7 +38,7 @@ cmsContext MakeContext()
 
 cmsContext ColorContext()
 {
-    static const cmsContext context = MakeContext(); // never deleted: other static objects may have profiles
+    static const cmsContext context = MakeContext(); // never deleted, because other static objects may own profiles
     return context;
 }
 

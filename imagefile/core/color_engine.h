@@ -1,4 +1,4 @@
-// lcms2, set up for this layer.
+// The lcms2 context of this layer.
 #pragma once
 
 #include <lcms2.h>
@@ -11,8 +11,8 @@ struct CloseProfile {
 };
 using ProfilePtr = std::unique_ptr<void, CloseProfile>;
 
-/// Returns the context for all profiles and transforms. It has no mutexes, so a profile belongs to one thread: without
-/// memory for its mutex, lcms2 2.14 crashes. Throws std::bad_alloc.
+/// Returns the context for all profiles and transforms. It has no mutexes, because lcms2 2.14 crashes if it can't
+/// allocate one, so only one thread may use a profile. Throws std::bad_alloc.
 cmsContext ColorContext();
 
 /// Opens a profile, which must outlive the result. Returns null if it is damaged. Throws std::bad_alloc.

@@ -16,8 +16,8 @@ struct Chromaticity {
 /// The white point of ICC's Lab, and of TIFF's unless a file specifies another (Adobe's TIFF technical note).
 constexpr Chromaticity kD50 = {0.3457, 0.3585};
 
-/// One conversion to sRGB, by lcms2. Samples use the full range of their type. CMYK without a profile that lcms2 can
-/// use is converted by a formula: white times the share of light that each ink leaves.
+/// One conversion to sRGB with lcms2. Samples use the full range of their type. CMYK without a profile that lcms2 can
+/// use is converted by formula: white times the share of light that each ink transmits.
 class ColorTransform {
 public:
     ColorTransform();

@@ -1,8 +1,34 @@
 #include "image_limits.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace imagefile {
+
+namespace {
+
+std::atomic<std::int64_t> maxPixels{0};
+
+constexpr double kPixelsPerMegapixel = 1e6;
+
+Status CheckPixels(std::int64_t width, std::int64_t height)
+{
+    const std::int64_t most = maxPixels.load(std::memory_order_relaxed), pixels = width * height; // <= 2^40
+    if (most <= 0 || pixels <= most)
+        return Status::Ok();
+    return Status::Fail(GFL_ERROR_NO_MEMORY,
+                        Text("%lld x %lld pixels are %.12g megapixels; at most %.12g are allowed",
+                             static_cast<long long>(width), static_cast<long long>(height),
+                             static_cast<double>(pixels) / kPixelsPerMegapixel,
+                             static_cast<double>(most) / kPixelsPerMegapixel));
+}
+
+} // namespace
+
+void SetMaxPixels(std::int64_t pixels)
+{
+    maxPixels.store(pixels, std::memory_order_relaxed);
+}
 
 Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int bits)
 {
@@ -11,6 +37,8 @@ Status CheckImageSize(std::int64_t width, std::int64_t height, int channels, int
                             Text("the file claims %lld x %lld pixels; sides of 1 to %lld are supported",
                                  static_cast<long long>(width), static_cast<long long>(height),
                                  static_cast<long long>(kMaxSidePixels)));
+    if (Status status = CheckPixels(width, height); !status)
+        return status;
     const std::int64_t bytes = width * height * channels * (bits / 8); // <= 2^20 * 2^20 * 4 * 4 = 2^44
     if (bytes > kMaxImageBytes)
         return Status::Fail(GFL_ERROR_NO_MEMORY,

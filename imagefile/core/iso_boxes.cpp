@@ -1,17 +1,12 @@
 #include "iso_boxes.h"
 
 #include "byte_reader.h"
+#include "limits.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace imagefile {
-
-namespace {
-
-constexpr std::size_t kMaxBoxes = 10000; // in one box
-
-} // namespace
 
 bool IsoBox::Is(const char *other) const
 {
@@ -22,7 +17,7 @@ std::vector<IsoBox> IsoBoxesIn(const Source &source, std::uint64_t begin, std::u
 {
     std::vector<IsoBox> boxes;
     end = std::min(end, source.Size());
-    while (begin < end && end - begin >= 8 && boxes.size() < kMaxBoxes) {
+    while (begin < end && end - begin >= 8 && boxes.size() < kMaxIsoBoxes) {
         ByteReader reader(source, begin);
         IsoBox box;
         std::uint64_t size = reader.Number(4);

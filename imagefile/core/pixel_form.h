@@ -33,7 +33,7 @@ using RowConverter = void (*)(const void *src, void *dst, std::size_t width, std
 /// Returns the converter from any form to any form; for the same form, a plain copy.
 RowConverter ChooseConverter(const PixelForm &src, const PixelForm &dst);
 
-/// Returns the greatest value of a sample type: 255, 65,535 or 1.0.
+/// Returns the maximum value of a sample type: 255, 65,535 or 1.0.
 template <class T> constexpr T FullScale()
 {
     if constexpr (std::is_floating_point_v<T>)

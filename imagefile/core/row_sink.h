@@ -28,18 +28,18 @@ bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 class RowSink {
 public:
     virtual ~RowSink() = default;
-    /// Sets the size and form of the rows, before any row. A second call restarts.
+    /// Sets the size and form of the rows. Call it before the first row; a second call starts over.
     virtual Status Start(int width, int height, const PixelForm &form) = 0;
     /// Returns memory for row @p y in that form; valid until Done.
     virtual std::uint8_t *Row(int y) = 0;
-    /// Returns whether Row gives a row's final place, so that rows may be filled in several passes before any is Done.
-    /// Several threads may then call Row and Done, each for other rows.
+    /// Returns whether Row returns a row's final location, so that rows may be filled in several passes before Done.
+    /// Several threads may then call Row and Done, each for different rows.
     virtual bool KeepsRows() const { return false; }
     /// Marks row @p y as filled.
     virtual void Done(int y) = 0;
 };
 
-/// Returns the form in which a caller wants a picture that a file stores as @p stored.
+/// Returns the pixel form that a caller requests for a picture stored as @p stored.
 PixelForm DeliveredForm(const PixelForm &stored, const GFL_LOAD_PARAMS &params);
 
 /// Creates a bitmap with uninitialized pixels and rows aligned to 4 bytes. Returns GFL_ERROR_NO_MEMORY, or sets @p

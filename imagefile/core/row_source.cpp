@@ -6,7 +6,7 @@ namespace imagefile {
 
 namespace {
 
-// The unit in which sharp sampling computes rows.
+// Sharp sampling computes rows in units of this size.
 constexpr int kBandRows = 64;
 
 } // namespace

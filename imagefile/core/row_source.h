@@ -1,4 +1,4 @@
-// The rows of a picture that is being written.
+// Source of rows for writers.
 #pragma once
 
 #include "codec.h"
@@ -7,13 +7,13 @@
 
 namespace imagefile {
 
-/// Provides the rows of a picture from the top down, from a bitmap or generated some at a time.
+/// Provides a picture's rows from top to bottom, from a bitmap or generated in bands.
 class RowSource {
 public:
     /// Both must outlive the object. @p maker is null if the pixels are in the bitmap.
     RowSource(const GFL_BITMAP &bitmap, const RowMaker *maker);
 
-    /// Sets @p row to the next row, valid until the next call. Requests at most as many rows as there are.
+    /// Sets @p row to the next row, valid until the next call. Never requests rows past the last one.
     Status Next(const std::uint8_t **row);
 
 private:
@@ -21,7 +21,7 @@ private:
     const RowMaker *const m_maker;
     const std::size_t m_rowBytes;
     const int m_bandRows;
-    std::vector<std::uint8_t> m_band; // allocated here, so that nothing throws between an encoder's jumps
+    std::vector<std::uint8_t> m_band; // allocated in advance, so that nothing throws across an encoder's setjmp
     int m_next = 0;
 };
 

@@ -1,11 +1,11 @@
-// The number of threads that one load or save may use.
+// Number of threads that one load or save may use.
 #pragma once
 
 namespace imagefile {
 
-/// Returns the number set last, from 1; without one, one thread per processor.
+/// Returns the number set last, at least 1; if none was set, one per processor.
 int ThreadCount();
-/// 0: one thread per processor.
+/// Sets the number; 0 means one thread per processor.
 void SetThreadCount(int threads);
 
 } // namespace imagefile

@@ -1,4 +1,5 @@
 #include "tiff_directory.h"
+#include "limits.h"
 
 #include <algorithm>
 
@@ -7,7 +8,6 @@ namespace imagefile {
 namespace {
 
 constexpr TiffVariant kLittleClassic = {false};
-constexpr std::uint64_t kMaxFields = 4096; // directories of pictures have at most a few hundred
 
 // Bytes of one value by field type, 0 to 18; 0 for types that don't exist.
 constexpr std::uint8_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
@@ -63,7 +63,7 @@ bool ReadDirectory(const std::vector<std::uint8_t> &file, std::uint64_t offset, 
     const std::uint8_t *p = file.data() + offset;
     const std::uint64_t count = variant.Number(p, variant.CountBytes());
     const std::uint64_t left = file.size() - offset - variant.CountBytes();
-    if (count > kMaxFields || count * variant.FieldBytes() > left)
+    if (count > kMaxTiffFields || count * variant.FieldBytes() > left)
         return false;
     p += variant.CountBytes();
     for (std::uint64_t i = 0; i < count; ++i, p += variant.FieldBytes()) {

@@ -45,7 +45,7 @@ constexpr struct {
     {"v3i", 12},
 };
 
-/// Reads a number of four bytes, the lowest first.
+/// Reads a 32-bit little-endian number.
 std::uint64_t Number(ByteReader *in)
 {
     std::uint64_t number = 0;
@@ -54,7 +54,7 @@ std::uint64_t Number(ByteReader *in)
     return number;
 }
 
-/// Reads a text up to its zero byte. False if it is longer than names may be.
+/// Reads a zero-terminated text. Returns false if it exceeds the limit for names.
 bool ReadName(ByteReader *in, char (&name)[kLongestName + 1])
 {
     for (char &letter : name) {
@@ -65,7 +65,7 @@ bool ReadName(ByteReader *in, char (&name)[kLongestName + 1])
     return false;
 }
 
-/// Whether a list of channels, each a name and 16 bytes, ends at @p end.
+/// Returns whether a channel list, a name and 16 bytes each, ends at @p end.
 bool IsWholeChannelList(ByteReader in, std::uint64_t end)
 {
     constexpr int kChannelBytes = 16;
@@ -78,7 +78,7 @@ bool IsWholeChannelList(ByteReader in, std::uint64_t end)
     return false;
 }
 
-/// Whether a list of texts, each after its length, ends at @p end.
+/// Returns whether a list of texts, each preceded by its length, ends at @p end.
 bool IsWholeTextList(ByteReader in, std::uint64_t end)
 {
     while (!in.Failed() && in.Position() < end)
@@ -86,7 +86,7 @@ bool IsWholeTextList(ByteReader in, std::uint64_t end)
     return !in.Failed() && in.Position() == end;
 }
 
-/// Whether the pixels of a preview, 4 bytes each after width and height, end at @p end.
+/// Returns whether a preview, width and height followed by 4 bytes per pixel, ends at @p end.
 bool IsWholePreview(ByteReader in, std::uint64_t end)
 {
     const std::uint64_t width = Number(&in), height = Number(&in);
@@ -94,7 +94,7 @@ bool IsWholePreview(ByteReader in, std::uint64_t end)
         && width * height == (end - in.Position()) / 4 && (end - in.Position()) % 4 == 0;
 }
 
-/// Whether the value from the position of @p in to @p end has the length of its type.
+/// Returns whether the value from @p in's position to @p end has the length of its type.
 bool IsWhole(const ByteReader &in, const char *type, std::uint64_t end)
 {
     const auto fixed = std::find_if(std::begin(kFixedTypes), std::end(kFixedTypes),
@@ -120,7 +120,7 @@ Status Damaged(const char *why)
 Status CheckExrAttributes(const Source &source, bool manyParts)
 {
     char name[kLongestName + 1], type[kLongestName + 1];
-    bool afterEnd = false; // of a header: the next end ends the list
+    bool afterEnd = false; // after a header's end: the next end mark ends the list
     for (ByteReader in(source, kHeadersAt);;) {
         const bool isNamed = ReadName(&in, name);
         if (isNamed && name[0] == '\0') {
@@ -135,7 +135,7 @@ Status CheckExrAttributes(const Source &source, bool manyParts)
         if (!hasType || in.Failed() || size > kLongestValue || size > in.Left())
             return Damaged("a header extends past the end of the file");
         if (!IsWhole(in, type, in.Position() + size))
-            return Damaged("an attribute has another length than its type");
+            return Damaged("an attribute's length doesn't match its type");
         in.Skip(size);
     }
 }

@@ -5,8 +5,8 @@
 
 namespace imagefile {
 
-/// Checks that the attributes of all headers lie within the file and that each takes the bytes that its length claims.
-/// OpenEXR trusts the lengths, except of the types that it knows, and would read on at another place.
+/// Checks that all headers' attributes lie within the file and that each value has the length that the file claims.
+/// OpenEXR ignores the lengths of types that it knows, and would continue at a wrong offset.
 /// @param manyParts  the file has a list of headers instead of a single one.
 Status CheckExrAttributes(const Source &source, bool manyParts);
 

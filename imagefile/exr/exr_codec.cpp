@@ -1,4 +1,4 @@
-// OpenEXR by its library: the codec. See exr_read.cpp for reading, exr_write.cpp for writing.
+// OpenEXR codec, using the OpenEXR library. See exr_read.cpp for reading, exr_write.cpp for writing.
 #include "exr_codec.h"
 
 #include "metadata/metadata.h"

@@ -44,7 +44,7 @@ constexpr TextRow kTexts[] = {
     {"Exif.Image.ImageDescription", Imf::addComments},
 };
 
-/// Converts degrees, minutes and seconds, with south and west below 0.
+/// Converts degrees, minutes and seconds; south and west are negative.
 bool ReadAngle(const Exiv2::ExifData &exif, const std::string &key, char negative, float *degrees)
 {
     const Exiv2::Exifdatum *angle = Find(exif, key.c_str()), *side = Find(exif, (key + "Ref").c_str());
@@ -67,7 +67,7 @@ void AddPlace(const Exiv2::ExifData &exif, Imf::Header *header)
     Imf::addLongitude(*header, longitude);
 }
 
-/// Returns Adobe RGB (1998) if the interoperability index of DCF 2.0 names it, as cameras do that write no profile.
+/// Returns Adobe RGB (1998) if the interoperability index of DCF 2.0 names it, as in cameras that write no profile.
 std::optional<Primaries> NamedPrimaries(const Exiv2::ExifData &exif)
 {
     const Exiv2::Exifdatum *index = Find(exif, "Exif.Iop.InteroperabilityIndex");
@@ -94,7 +94,7 @@ void AddColors(const Metadata &metadata, Imf::Header *header)
 
 void AddExrAttributes(const Metadata &metadata, Imf::Header *header)
 {
-    // First, because only the first warning is kept.
+    // Warn about this first, because only the first warning is kept.
     const Exiv2::Exifdatum *turn = Find(metadata.exif, "Exif.Image.Orientation");
     if (turn && turn->toLong() > 1)
         Warn("metadata is left out: the orientation, which OpenEXR can't store; the picture stays as the camera stored "

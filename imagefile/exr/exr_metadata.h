@@ -1,4 +1,4 @@
-// Metadata as attributes of an OpenEXR header.
+// Stores metadata as OpenEXR header attributes.
 #pragma once
 
 #include <ImfHeader.h>

@@ -24,12 +24,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr int kMaxParts = 1000;
-constexpr std::int64_t kMaxPixelBytes = 4096; // for all layers: 1,024 channels
-
-/// Above the ratio of PIZ and ZIP for a picture of a single color.
-constexpr std::int64_t kMaxRatio = 4096;
-
 // Adapts a Source for OpenEXR.
 class Input : public Imf::IStream {
 public:
@@ -117,7 +111,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
     if (Status status = CheckImageSize(width, height, 1, 8); !status)
         return status;
     const std::int64_t bytes = BytesPerPixel(header.channels());
-    if (bytes < 1 || bytes > kMaxPixelBytes)
+    if (bytes < 1 || bytes > kMaxExrPixelBytes)
         return Unknown("no channels, or too many");
     std::int64_t rows = LinesPerChunk(header.compression()), columns = width, chunks = (height + rows - 1) / rows;
     if (header.hasTileDescription()) {
@@ -133,7 +127,7 @@ Status CheckPart(const Imf::Header &header, std::uint64_t fileBytes, std::uint64
     *tableBytes += static_cast<std::uint64_t>(chunks) * 8;
     if (*tableBytes > std::max<std::uint64_t>(4 * fileBytes, 65536))
         return Damaged("the file is shorter than its chunk tables");
-    return CheckClaim(width * height * bytes, 0, fileBytes, kMaxRatio);
+    return CheckClaim(width * height * bytes, 0, fileBytes, kUnboundedRatio);
 }
 
 Status ReadHeaders(const Source &source, ExrLayout *layout)
@@ -148,7 +142,7 @@ Status ReadHeaders(const Source &source, ExrLayout *layout)
     if (Status status = CheckExrAttributes(source, manyParts); !status)
         return status;
     std::uint64_t tableBytes = 0;
-    for (int part = 0; part < kMaxParts; ++part) {
+    for (int part = 0; part < kMaxExrParts; ++part) {
         Imf::Header header;
         header.readFrom(input, layout->version);
         if (manyParts && part > 0 && header.readsNothing())
@@ -204,7 +198,7 @@ Status OpenExr(const Source &source, ExrLayout *layout)
     layout->height = static_cast<int>(Height(display));
     const std::int64_t delivered = Width(display) * Height(display) * layout->form.BytesPerPixel(); // <= 2^44
     const std::int64_t stored = Width(data) * Height(data) * BytesPerPixel(layout->header.channels());
-    return CheckClaim(std::max(stored, delivered), delivered, source.Size(), kMaxRatio);
+    return CheckClaim(std::max(stored, delivered), delivered, source.Size(), kUnboundedRatio);
 }
 
 // Returns a base address from which OpenEXR finds the row buffer by data window coordinates, for any y.

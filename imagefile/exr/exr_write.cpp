@@ -55,7 +55,7 @@ void MultiplyByAlpha(float *row, std::size_t width)
             pixel[c] *= pixel[3];
 }
 
-/// Returns a failure to make rows; failures to write are exceptions.
+/// Returns failures to generate rows; write failures are exceptions.
 Status WriteRows(const GFL_BITMAP &bitmap, const SaveOptions &options, Imf::PixelType type, Imf::Header header,
                  Output *output)
 {

@@ -13,8 +13,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxHeaderBytes = 1 << 20; // each program that edits a picture adds a line with its call
-
 Status Damaged(const std::string &why)
 {
     return Status::Fail(GFL_ERROR_FILE_READ, "Radiance HDR: " + why);
@@ -37,7 +35,7 @@ struct HdrLayout {
 bool ReadLine(ByteReader *reader, std::string *line)
 {
     line->clear();
-    for (char c; reader->Position() < kMaxHeaderBytes; line->push_back(c)) {
+    for (char c; reader->Position() < kMaxHdrHeaderBytes; line->push_back(c)) {
         c = static_cast<char>(reader->Byte());
         if (reader->Failed())
             return false;

@@ -4,6 +4,7 @@
 
 #include "core/byte_reader.h"
 #include "core/iso_boxes.h"
+#include "core/limits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -103,8 +104,7 @@ HeifProperties ReadHeifProperties(const Source &source)
 
 bool HasHeifBrand(const Source &source, const char *brand)
 {
-    constexpr std::uint64_t kMaxBytes = 1024; // files list about ten brands
-    const std::vector<IsoBox> boxes = IsoBoxesIn(source, 0, std::min(source.Size(), kMaxBytes));
+    const std::vector<IsoBox> boxes = IsoBoxesIn(source, 0, std::min(source.Size(), kMaxBrandBytes));
     if (boxes.empty() || !boxes[0].Is("ftyp"))
         return false;
     ByteReader reader(source, boxes[0].begin);

@@ -1,4 +1,4 @@
-// HEIF and AVIF by libheif: the codecs. See heif_file.cpp for the work, heif_pixels.cpp for the pixels.
+// HEIF and AVIF codecs, using libheif. See heif_file.cpp for headers and metadata, heif_pixels.cpp for pixels.
 #include "heif_codec.h"
 
 #include "metadata/metadata.h"

@@ -58,11 +58,11 @@ private:
     PixelForm m_form;
 };
 
-/// Converts libheif's error to one of the layer's.
+/// Converts a libheif error to one of this layer's.
 Status HeifStatus(const heif_error &error);
 
 const Codec &HeifCodec();
-/// The same for files of AVIF's brands.
+/// Same for files with AVIF's brands.
 const Codec &AvifCodec();
 
 } // namespace imagefile

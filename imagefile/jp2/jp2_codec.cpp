@@ -1,4 +1,4 @@
-// JPEG 2000 by OpenJPEG: the codec. See jp2_layout.cpp for the headers, jp2_read.cpp for the pixels.
+// JPEG 2000 codec, using OpenJPEG. See jp2_layout.cpp for the headers, jp2_read.cpp for the pixels.
 #include "jp2_codec.h"
 
 #include "core/iso_boxes.h"
@@ -10,7 +10,7 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the data sets in the box that Exiv2 and ExifTool use for them; empty if there is none.
+/// Returns the IPTC data sets in the box that Exiv2 and ExifTool use for them; empty if there is none.
 Bytes ReadIptc(const Source &source)
 {
     constexpr std::uint8_t kName[] = {0x33, 0xC7, 0xA4, 0xD2, 0xB8, 0x1D, 0x47, 0x23,

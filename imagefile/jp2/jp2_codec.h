@@ -5,14 +5,14 @@
 
 namespace imagefile {
 
-/// A JPEG 2000 file by its headers: a codestream, alone or in the boxes of a JP2 file (ITU-T T.800, annexes A and I).
+/// Layout of a JPEG 2000 file: a bare codestream, or one in the boxes of a JP2 file (ITU-T T.800, annexes A and I).
 /// Gray or RGB, perhaps with opacity as the last component; other colors, palettes and subsampled components are
 /// refused.
 struct Jp2Layout {
-    std::uint64_t streamAt = 0; // of the codestream
+    std::uint64_t streamAt = 0; // offset of the codestream
     bool isBoxed = false;
     int width = 0, height = 0;
-    int bits = 8;       // greatest precision of a component, 1 to 16
+    int bits = 8;       // highest precision of any component, 1 to 16
     int components = 0; // 1 to 4
     bool hasAlpha = false;
 
@@ -20,7 +20,7 @@ struct Jp2Layout {
     PixelForm Form() const { return {bits > 8 ? 16 : 8, hasAlpha ? 4 : components}; }
 };
 
-/// Reads the headers, of tiles too, and checks sizes before OpenJPEG allocates memory for them.
+/// Reads all headers, including those of tiles, and checks sizes before OpenJPEG allocates memory for them.
 Status ReadJp2Layout(const Source &source, Jp2Layout *layout);
 
 Status ReadJp2Info(const Source &source, GFL_FILE_INFORMATION *info);

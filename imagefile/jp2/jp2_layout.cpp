@@ -1,5 +1,6 @@
 #include "core/byte_reader.h"
 #include "core/iso_boxes.h"
+#include "core/limits.h"
 #include "jp2_codec.h"
 
 #include <algorithm>
@@ -13,11 +14,8 @@ namespace {
 constexpr std::uint64_t kSize = 0xFF51, kCoding = 0xFF52, kComponentCoding = 0xFF53, kTilePart = 0xFF90, kData = 0xFF93,
                         kEnd = 0xFFD9;
 
-/// Minimum size of a tile's headers: SOT and SOD.
+/// Minimum size of a tile part's headers: SOT and SOD.
 constexpr std::uint64_t kTileBytes = 14;
-
-/// Accepted regardless of the file's size.
-constexpr std::uint64_t kHarmlessPrecincts = std::uint64_t(1) << 18;
 
 Status Damaged(const char *what)
 {
@@ -26,7 +24,7 @@ Status Damaged(const char *what)
 
 Status Unsupported(const char *what)
 {
-    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("JPEG 2000: %s", what));
+    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, Text("JPEG 2000: %s not supported", what));
 }
 
 std::uint64_t DividedUp(std::uint64_t value, std::uint64_t by)
@@ -50,7 +48,7 @@ public:
         std::uint64_t end = 0;
         if (Status status = ReadSegments(reader.Position(), /*tiles=*/m_tiles, &end); !status)
             return status;
-        while (end < m_source.Size()) { // of the header before, the beginning of a tile part
+        while (end < m_source.Size()) { // end of the previous header, where a tile part begins
             ByteReader part(m_source, end);
             const std::uint64_t marker = part.Number(2);
             if (marker != kTilePart)
@@ -60,7 +58,7 @@ public:
             std::uint64_t data = 0;
             if (Status status = ReadSegments(end + 12, 1, &data); !status)
                 return status;
-            if (length < kTileBytes - 2) // 0: up to the end of the file
+            if (length < kTileBytes - 2) // 0: extends to the end of the file
                 return Status::Ok();
             end += length;
         }
@@ -80,7 +78,7 @@ private:
         if (reader->Failed())
             return Damaged("the size is incomplete");
         if (components < 1 || components > 4)
-            return Unsupported("a picture without 1 to 4 components");
+            return Unsupported("pictures without 1 to 4 components are");
         int bits = 1;
         for (std::uint64_t i = 0; i < components; ++i) {
             bits = std::max(bits, (reader->Byte() & 0x7F) + 1);
@@ -88,12 +86,12 @@ private:
             if (reader->Failed())
                 return Damaged("the size is incomplete");
             if (stepX != 1 || stepY != 1)
-                return Unsupported("subsampled components");
+                return Unsupported("subsampled components are");
         }
         if (x1 <= x0 || y1 <= y0 || m_tileWidth == 0 || m_tileHeight == 0 || tileX0 > x0 || tileY0 > y0)
             return Damaged("the size is damaged");
         if (bits > 16)
-            return Unsupported("components of more than 16 bits");
+            return Unsupported("components of more than 16 bits are");
         m_tiles = DividedUp(x1 - tileX0, m_tileWidth) * DividedUp(y1 - tileY0, m_tileHeight); // <= 2^64
         if (DividedUp(x1 - tileX0, m_tileWidth) > m_source.Size() || m_tiles > m_source.Size() / kTileBytes)
             return Damaged("the file is too short for its tiles");
@@ -111,7 +109,7 @@ private:
         return CheckClaim(stored, stored, m_source.Size(), kUnboundedRatio);
     }
 
-    /// Reads marker segments up to the next tile part or the data. @p tiles  to which they apply.
+    /// Reads marker segments up to the next tile part or the data; they apply to @p tiles tiles.
     Status ReadSegments(std::uint64_t at, std::uint64_t tiles, std::uint64_t *end)
     {
         for (;;) {
@@ -147,7 +145,7 @@ private:
         for (int resolution = 0; resolution <= levels; ++resolution) {
             const unsigned sizes = hasSizes ? reader->Byte() : 0xFF;
             const int reduced = std::min(levels - resolution, 30);
-            const auto along = [&](std::uint64_t side, unsigned exponent) { // one more for tiles that begin inside one
+            const auto along = [&](std::uint64_t side, unsigned exponent) { // plus one: tiles may begin inside
                 return DividedUp(DividedUp(side, std::uint64_t(1) << reduced), std::uint64_t(1) << exponent) + 1;
             };
             count += along(m_tileWidth, sizes & 0xF) * along(m_tileHeight, sizes >> 4); // <= 2^41 each
@@ -173,25 +171,25 @@ Status ReadColors(const Source &source, const IsoBox &header, Jp2Layout *layout)
     constexpr std::uint64_t kSrgb = 16, kGray = 17, kEnumerated = 1, kOpacity = 1;
     const std::vector<IsoBox> boxes = IsoBoxesIn(source, header.begin, header.end);
     if (!FindIsoBox(boxes, "pclr").Is(""))
-        return Unsupported("colors of a palette");
+        return Unsupported("palettes are");
     if (const IsoBox box = FindIsoBox(boxes, "colr"); !box.Is("")) {
         ByteReader reader(source, box.begin);
         const bool isEnumerated = reader.Byte() == kEnumerated;
         reader.Skip(2); // precedence, approximation
         const std::uint64_t space = isEnumerated ? reader.Number(4) : 0;
         if (isEnumerated && space != kSrgb && space != kGray)
-            return Unsupported("colors other than gray and RGB");
+            return Unsupported("colors other than gray and RGB are");
     }
     const IsoBox channels = FindIsoBox(boxes, "cdef");
     ByteReader reader(source, channels.begin);
     const std::uint64_t count = channels.Is("") ? 0 : reader.Number(2);
     for (std::uint64_t i = 0; i < count && !reader.Failed(); ++i) {
         const std::uint64_t number = reader.Number(2), type = reader.Number(2);
-        reader.Skip(2); // the color that it belongs to
+        reader.Skip(2); // the associated color
         if (type == kOpacity && number + 1 == static_cast<std::uint64_t>(layout->components))
             layout->hasAlpha = true;
         else if (type != 0)
-            return Unsupported("components other than colors and opacity");
+            return Unsupported("components other than colors and opacity are");
     }
     return Status::Ok();
 }
@@ -218,7 +216,7 @@ Status ReadJp2Layout(const Source &source, Jp2Layout *layout)
             return status;
     }
     const int colors = layout->components - (layout->hasAlpha ? 1 : 0);
-    return colors == 1 || colors == 3 ? Status::Ok() : Unsupported("components of unknown meaning");
+    return colors == 1 || colors == 3 ? Status::Ok() : Unsupported("components of unknown meaning are");
 }
 
 } // namespace imagefile

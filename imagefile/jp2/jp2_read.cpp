@@ -19,7 +19,7 @@ using Stream = std::unique_ptr<opj_stream_t, Jp2Deleter<opj_stream_destroy>>;
 using Decoder = std::unique_ptr<opj_codec_t, Jp2Deleter<opj_destroy_codec>>;
 using Image = std::unique_ptr<opj_image_t, Jp2Deleter<opj_image_destroy>>;
 
-/// The file as a stream. OpenJPEG expects -1 at the end.
+/// The file as an OpenJPEG stream, which returns -1 at the end.
 struct Input {
     const Source &source;
     std::uint64_t at = 0;
@@ -62,7 +62,7 @@ Stream OpenStream(Input *input)
     return stream;
 }
 
-/// Keeps the first message of a decoder, without its line feed.
+/// Keeps a decoder's first message, without its line feed.
 void KeepMessage(const char *message, void *text)
 {
     auto &kept = *static_cast<std::string *>(text);
@@ -101,7 +101,7 @@ bool IsAsDescribed(const opj_image_t &image, const Jp2Layout &layout)
     });
 }
 
-/// Writes a component's samples of a row at the full range of T.
+/// Writes one row of a component, scaled to the full range of T.
 template <class T>
 void Spread(const opj_image_comp_t &component, std::size_t first, std::size_t width, T *dst, std::size_t step)
 {

@@ -1,4 +1,4 @@
-// JPEG by libjpeg-turbo: the codec. See jpeg_read.cpp for reading, jpeg_write.cpp for writing.
+// JPEG codec, using libjpeg-turbo. See jpeg_read.cpp for reading, jpeg_write.cpp for writing.
 #include "jpeg_codec.h"
 
 #include "metadata/metadata.h"

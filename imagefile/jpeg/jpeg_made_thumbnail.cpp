@@ -9,8 +9,8 @@ namespace imagefile {
 namespace {
 
 constexpr int kSide = 160;                    // pixels of the longer side; 160 x 120 in Exif 2.3 and DCF 2.0
-constexpr std::size_t kRoomBytes = 16 * 1024; // for the thumbnail: noise of 160 x 160 fits with some quality
-constexpr std::size_t kSignatureBytes = 6;    // "Exif", two zeroes: before the TIFF of a segment
+constexpr std::size_t kRoomBytes = 16 * 1024; // for the thumbnail: even 160 x 160 pixels of noise fit at low quality
+constexpr std::size_t kSignatureBytes = 6;    // "Exif" and two zeros, before the segment's TIFF
 constexpr std::uint16_t kQualities[] = {80, 60, 40, 20};
 
 struct Field {
@@ -57,7 +57,7 @@ Bytes DirectoryAt(std::size_t at, std::size_t jpegBytes)
         Add(1, 4, &bytes);
         Add(field.value, 4, &bytes);
     }
-    Add(0, 4, &bytes); // no further directory
+    Add(0, 4, &bytes); // no next directory
     for (int i = 0; i < 2; ++i) {
         Add(kDpi, 4, &bytes);
         Add(1, 4, &bytes);

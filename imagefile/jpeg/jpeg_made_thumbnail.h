@@ -1,4 +1,4 @@
-// The EXIF thumbnail of a JPEG that is being written.
+// Creates the EXIF thumbnail while a JPEG is written.
 #pragma once
 
 #include "core/bytes.h"
@@ -7,13 +7,13 @@
 
 namespace imagefile {
 
-/// A picture reduced while its rows are written.
+/// Reduces a picture while its rows are written.
 class MadeThumbnail {
 public:
     MadeThumbnail();
     /// @p channels  1 or 3, of 8 bits.
     Status Start(int width, int height, int channels);
-    /// Takes the next row, without padding.
+    /// Adds the next row, without padding.
     void AddRow(const std::uint8_t *row);
     /// After the last row: encodes the thumbnail with the best quality that fits into @p most bytes. Returns an empty
     /// block if none does.
@@ -26,8 +26,8 @@ private:
     int m_next = 0;
 };
 
-/// Room for a thumbnail at the end of an EXIF block. The thumbnail precedes the picture in the file, but is only known
-/// after the picture is written.
+/// Space reserved for a thumbnail at the end of an EXIF block. The thumbnail precedes the picture in the file but is
+/// known only after the picture is written.
 class ThumbnailRoom {
 public:
     /// Appends a second directory and zeroes to @p tiff, a block in little-endian order. Does nothing if it is empty,
@@ -35,7 +35,7 @@ public:
     void Append(std::size_t most, Bytes *tiff);
     bool IsThere() const { return m_pointerAt != 0; }
 
-    /// Writes the thumbnail into its room and links its directory; without a fitting thumbnail the room stays unused.
+    /// Writes the thumbnail into its space and links its directory; if no thumbnail fits, the space stays unused.
     /// @p tiffAt  position of the EXIF segment's payload in the file.
     Status Fill(MadeThumbnail &thumbnail, std::uint64_t tiffAt, Sink *sink) const;
 

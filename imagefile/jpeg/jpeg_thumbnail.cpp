@@ -1,3 +1,4 @@
+#include "core/limits.h"
 #include "jpeg_codec.h"
 
 #include <cstring>
@@ -52,10 +53,9 @@ private:
 Bytes FindExif(const Source &source)
 {
     constexpr std::size_t kHead = 10; // 0xFF, marker, length with its own two bytes, "Exif", two zeroes
-    constexpr int kMaxSegments = 4;
     std::uint8_t head[kHead];
     std::uint64_t at = 2;
-    for (int i = 0; i < kMaxSegments && source.ReadAt(at, head, kHead) == kHead && head[0] == 0xFF; ++i) {
+    for (int i = 0; i < kMaxSegmentsBeforeExif && source.ReadAt(at, head, kHead) == kHead && head[0] == 0xFF; ++i) {
         const std::size_t length = head[2] * std::size_t(256) + head[3];
         if (head[1] == JPEG_APP0 + 1 && length > kHead - 2 && std::memcmp(head + 4, "Exif\0\0", 6) == 0) {
             Bytes bytes(length - (kHead - 2));

@@ -75,9 +75,9 @@ Exiv2::ExifData WithoutMakerNote(const Exiv2::ExifData &exif)
     return rest;
 }
 
-// Adds EXIF, which must fit into one segment, and room for a thumbnail if that still fits. If the EXIF doesn't fit,
-// Exiv2 encodes it again without keeping the maker note at its offset, and leaves out previews and large unknown
-// values. If it still doesn't, the maker note is dropped: in other formats it may be larger than a segment.
+// Adds EXIF, which must fit into one segment, and space for a thumbnail if that still fits. If the EXIF doesn't fit,
+// Exiv2 encodes it again without keeping the maker note's offset and without previews and large unknown
+// values. If it still doesn't fit, the maker note is dropped: other formats allow notes larger than a segment.
 void AddExif(const Exiv2::ExifData &exif, ThumbnailRoom *room, std::vector<Segment> *segments)
 {
     constexpr std::string_view kSignature("Exif\0\0", 6);
@@ -158,7 +158,7 @@ private:
     std::vector<Segment> m_segments;
     std::vector<std::uint8_t> m_row;
     RowSource m_rows;
-    std::unique_ptr<MadeThumbnail> m_thumbnail; // null: none
+    std::unique_ptr<MadeThumbnail> m_thumbnail; // null if there is none
 };
 
 Encoder::Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink)

@@ -1,3 +1,4 @@
+#include "core/limits.h"
 #include "jxl_codec.h"
 
 #include <algorithm>
@@ -7,10 +8,6 @@ namespace imagefile {
 namespace {
 
 constexpr std::size_t kPieceBytes = std::size_t(1) << 20;
-
-/// Channels in addition to color and opacity. Each takes as much memory as a gray picture; files from cameras have at
-/// most a depth map.
-constexpr std::uint32_t kMaxExtraChannels = 16;
 
 } // namespace
 
@@ -68,10 +65,10 @@ Status JxlFile::TakeInfo()
     const bool isFloat = m_info.exponent_bits_per_sample > 0 || m_info.bits_per_sample > 16;
     m_form.bits = isFloat ? 32 : m_info.bits_per_sample > 8 ? 16 : 8;
     m_form.channels = m_info.alpha_bits > 0 ? 4 : m_info.num_color_channels == 1 ? 1 : 3;
-    if (m_info.num_extra_channels > kMaxExtraChannels)
-        return Status::Fail(
-            GFL_ERROR_FILE_READ,
-            Text("JPEG XL: %u extra channels; up to %u are supported", m_info.num_extra_channels, kMaxExtraChannels));
+    if (m_info.num_extra_channels > kMaxJxlExtraChannels)
+        return Status::Fail(GFL_ERROR_FILE_READ,
+                            Text("JPEG XL: %u extra channels; up to %u are supported", m_info.num_extra_channels,
+                                 kMaxJxlExtraChannels));
     for (std::uint32_t i = 0; i < m_info.num_extra_channels; ++i) {
         JxlExtraChannelInfo channel;
         if (JxlDecoderGetExtraChannelInfo(m_decoder.get(), i, &channel) == JXL_DEC_SUCCESS

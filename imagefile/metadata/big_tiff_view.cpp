@@ -1,5 +1,6 @@
 #include "big_tiff_view.h"
 
+#include "core/limits.h"
 #include "core/tiff_directory.h"
 
 #include <algorithm>
@@ -9,11 +10,8 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kHeadBytes = std::size_t(1) << 20;          // copied unchanged; our metadata is at the beginning
-constexpr std::uint64_t kMaxValueBytes = std::uint64_t(16) << 20; // profiles, and previews in notes, are smaller
-constexpr std::size_t kMaxViewBytes = std::size_t(64) << 20;
-constexpr std::size_t kDirectoryBytes = 65536; // room for 3,276 fields
-constexpr int kMaxDirectories = 8;             // there are four: first, EXIF, GPS, interoperability
+constexpr std::size_t kHeadBytes = std::size_t(1) << 20; // copied unchanged; our metadata is at the beginning
+constexpr std::size_t kDirectoryBytes = 65536;           // room for 3,276 fields
 constexpr std::uint16_t kTypeLong = 4;
 
 Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length)
@@ -26,7 +24,7 @@ Bytes ReadBytes(const Source &source, std::uint64_t offset, std::uint64_t length
 std::uint32_t Append(const Bytes &bytes, Bytes *view)
 {
     view->resize((view->size() + 1) & ~std::size_t(1));
-    const auto offset = static_cast<std::uint32_t>(view->size()); // <= kMaxViewBytes + one value
+    const auto offset = static_cast<std::uint32_t>(view->size()); // <= kMaxBigTiffViewBytes + one value
     view->insert(view->end(), bytes.begin(), bytes.end());
     return offset;
 }
@@ -49,7 +47,7 @@ private:
     const Source &m_source;
     const TiffVariant m_classic, m_big;
     Bytes m_view;
-    int m_left = kMaxDirectories; // remaining to read; in a damaged file they can form a cycle
+    int m_left = kMaxMetadataDirectories; // remaining to read; in a damaged file they can form a cycle
 };
 
 void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
@@ -62,7 +60,7 @@ void Narrowing::SetOffset(std::uint32_t offset, TiffField *field) const
 bool Narrowing::NarrowValue(TiffField *field)
 {
     const std::uint64_t bytes = TiffValueBytes(*field);
-    if (bytes == 0 || bytes > kMaxValueBytes || field->type > 13) // from there on: 64-bit types
+    if (bytes == 0 || bytes > kMaxBigTiffValueBytes || field->type > 13) // larger types are 64-bit
         return false;
     if (bytes <= 4)
         return true;
@@ -76,7 +74,7 @@ bool Narrowing::NarrowValue(TiffField *field)
         SetOffset(static_cast<std::uint32_t>(offset), field);
         return true;
     }
-    if (m_view.size() + bytes > kMaxViewBytes)
+    if (m_view.size() + bytes > kMaxBigTiffViewBytes)
         return false;
     const Bytes value = ReadBytes(m_source, offset, bytes);
     SetOffset(Append(value, &m_view), field);

@@ -147,7 +147,7 @@ std::string Plain(const Exiv2::Value &value)
     case Exiv2::asciiString: {
         std::string text = WholeText(value);
         text.resize(std::min(text.find('\0'), text.size()));
-        text.resize(text.find_last_not_of(' ') + 1); // cameras pad names with blanks
+        text.resize(text.find_last_not_of(' ') + 1); // cameras pad names with spaces
         return text;
     }
     case Exiv2::undefined:

@@ -73,11 +73,10 @@ Bytes JpegResources(const Source &source)
 {
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
     constexpr std::uint8_t kApp13 = 0xED, kStartOfScan = 0xDA;
-    constexpr int kMaxSteps = 10000; // segments and fill bytes; bounds the time for a file of only fill bytes
     Bytes resources, payload;
     std::array<std::uint8_t, 4> head; // 0xFF, marker, length with its own two bytes
     std::uint64_t at = 2;
-    for (int step = 0; step < kMaxSteps && source.ReadAt(at, head.data(), 4) == 4; ++step) {
+    for (int step = 0; step < kMaxJpegSteps && source.ReadAt(at, head.data(), 4) == 4; ++step) {
         if (head[0] != 0xFF || head[1] == kStartOfScan)
             break;
         const std::size_t length = head[2] * 256u + head[3];
@@ -233,7 +232,7 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         }
     } catch (const std::bad_alloc &) {
         throw;
-    } catch (const std::exception &error) { // damaged: the image has the values read before
+    } catch (const std::exception &error) { // damaged: the image has the values read so far
         memory.Require();
         WarnOfDamage(error.what());
     }

@@ -27,10 +27,10 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 /// Adds the readable EXIF of a TIFF of @p size bytes in memory; warns about the rest. Throws only std::bad_alloc.
 void DecodeExifTiff(const std::uint8_t *data, std::size_t size, Exiv2::ExifData *exif);
 
-/// The same for a block that may begin with "Exif\0\0", like a JPEG's. Other formats define the block without this.
+/// Same for a block that may begin with "Exif\0\0", like a JPEG's. Other formats define the block without this prefix.
 void DecodeExifBlock(const Bytes &block, Exiv2::ExifData *exif);
 
-/// The same for EXIF in boxes (ISO/IEC 23008-12, A.2.1), which begins with the offset of its TIFF, counted from the end
+/// Same for EXIF in boxes (ISO/IEC 23008-12, A.2.1), which begins with the offset of its TIFF, counted from the end
 /// of that field.
 void DecodeBoxedExif(const Bytes &box, Exiv2::ExifData *exif);
 

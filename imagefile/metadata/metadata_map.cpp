@@ -1,6 +1,7 @@
 #include "metadata_map.h"
 
 #include "core/bytes.h"
+#include "core/limits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,9 +13,7 @@ namespace {
 
 // Always read: cameras put their metadata, and the data that their notes point to, into the first megabytes.
 constexpr std::uint64_t kHeadBytes = std::uint64_t(4) << 20;
-constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // after notes whose length is too short
-constexpr std::uint64_t kMaxRead = std::uint64_t(1) << 30;
-constexpr int kMaxDirectories = 64;
+constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // read after notes, whose length may be understated
 constexpr std::uint16_t kSubDirectories = 330, kMakerNote = 37500;
 
 // Also true for raw files, whose header has a different version: "IIRO", "IIU\0".
@@ -40,8 +39,8 @@ bool MetadataMap::Open(const Source &source)
     if (data == MAP_FAILED)
         return false;
     m_data = static_cast<std::uint8_t *>(data);
-    m_budget = kMaxRead;
-    m_left = kMaxDirectories;
+    m_budget = kMaxMappedBytes;
+    m_left = kMaxTiffDirectories;
     source.ReadAt(0, head, sizeof head);
     if (!IsTiffLike(head)) {
         Read(source, 0, source.Size());
@@ -61,7 +60,7 @@ void MetadataMap::Read(const Source &source, std::uint64_t offset, std::uint64_t
     if (offset >= source.Size())
         return;
     length = std::min({length, source.Size() - offset, m_budget});
-    if (offset + length <= kHeadBytes && m_budget < kMaxRead)
+    if (offset + length <= kHeadBytes && m_budget < kMaxMappedBytes)
         return; // already read
     m_budget -= source.ReadAt(offset, m_data + offset, length);
 }

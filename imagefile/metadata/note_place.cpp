@@ -1,5 +1,6 @@
 #include "note_place.h"
 
+#include "core/limits.h"
 #include "core/tiff_directory.h"
 
 #include <algorithm>
@@ -90,7 +91,7 @@ public:
     NoteDirectory(const Bytes &note, std::size_t at, bool isBigEndian) : m_note(note), m_isBigEndian(isBigEndian)
     {
         const std::size_t count = at + 2 <= note.size() ? Unsigned(at, 2) : 0;
-        m_end = count <= kMaxFields ? at + 2 + count * kClassic.FieldBytes() : SIZE_MAX;
+        m_end = count <= kMaxNoteFields ? at + 2 + count * kClassic.FieldBytes() : SIZE_MAX;
         for (std::size_t field = at + 2; IsWhole() && field < m_end; field += kClassic.FieldBytes())
             m_fields.push_back({static_cast<std::uint16_t>(Unsigned(field, 2)),
                                 static_cast<std::uint16_t>(Unsigned(field + 2, 2)), Unsigned(field + 4, 4),
@@ -102,8 +103,6 @@ public:
     bool HasNestedOnes(std::int64_t place) const;
 
 private:
-    static constexpr std::size_t kMaxFields = 1000; // notes have at most a few hundred
-
     struct Field {
         std::uint16_t tag, type;
         std::uint32_t count, value;

@@ -11,8 +11,7 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxChunks = 100000; // animations have a few thousand
-constexpr std::size_t kChunkFrame = 12;    // length, name, checksum
+constexpr std::size_t kChunkFrame = 12; // length, name, checksum
 
 // Unpacks a zlib stream of at most @p budget bytes and reduces the budget; empty if it is damaged or larger. All chunks
 // of a file share one budget, which bounds the time for many of them.

@@ -12,8 +12,8 @@ struct Primaries {
     Chromaticity red, green, blue, white;
 };
 
-/// Returns the colors of an RGB profile with a matrix, relative to the profile's white: the adaptation to D50 in ICC
-/// profiles is undone. None for other profiles. Throws only std::bad_alloc.
+/// Returns the primaries of an RGB matrix profile relative to the profile's white: the adaptation to D50 in ICC
+/// profiles is undone. Returns none for other profiles. Throws only std::bad_alloc.
 std::optional<Primaries> PrimariesOf(const Bytes &icc);
 
 } // namespace imagefile

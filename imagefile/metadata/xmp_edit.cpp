@@ -130,8 +130,11 @@ bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 
 } // namespace
 
-void SetPixelSize(PictureSize size, Exiv2::ExifData *exif)
+void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif)
 {
+    const auto orientation = exif->findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
+    if (orientation != exif->end() && (orientation->toLong() < 1 || orientation->toLong() > 8))
+        exif->erase(orientation);
     if (exif->empty())
         return;
     const auto width = static_cast<std::uint32_t>(size.width), height = static_cast<std::uint32_t>(size.height);

@@ -1,4 +1,4 @@
-// Metadata of an edited picture, which must match the new pixels.
+// Updates an edited picture's metadata to match its new pixels.
 #pragma once
 
 #include "metadata.h"
@@ -9,8 +9,9 @@ struct PictureSize {
     int width, height;
 };
 
-/// Sets the sizes in EXIF to those of the picture. Empty EXIF stays empty.
-void SetPixelSize(PictureSize size, Exiv2::ExifData *exif);
+/// Sets the sizes in EXIF to those of the picture, and drops an orientation other than 1 to 8: libtiff refuses a whole
+/// TIFF that has one. Empty EXIF stays empty.
+void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif);
 
 /// Returns the packet @p xmp with the properties of @p record and without properties that are no longer true, see
 /// gflBitmapMarkEdited. @p exif is that of the edited picture. A packet that can't be read or written again is treated

@@ -1,4 +1,4 @@
-// PNG by libpng: the codec. See png_read.cpp for reading, png_write.cpp for writing.
+// PNG codec, using libpng. See png_read.cpp for reading, png_write.cpp for writing.
 #include "png_codec.h"
 
 #include "metadata/png_metadata.h"

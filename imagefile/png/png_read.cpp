@@ -7,10 +7,6 @@ namespace imagefile {
 
 namespace {
 
-/// Largest chunk that libpng may keep in memory. Of those that aren't skipped, the palette is the largest, with 768
-/// bytes.
-constexpr png_alloc_size_t kMaxChunk = 65536;
-
 /// Decodes one picture. Objects with destructors are members, so that a jump skips none.
 class Decoder {
 public:
@@ -65,7 +61,7 @@ bool Decoder::TryReadHeader()
     }
     png_set_read_fn(m_png, this, ReadBytes);
     png_set_user_limits(m_png, kMaxSidePixels, kMaxSidePixels);
-    png_set_chunk_malloc_max(m_png, kMaxChunk);
+    png_set_chunk_malloc_max(m_png, kMaxPngChunkBytes);
     // Metadata is read elsewhere, so texts that unpack to gigabytes and profiles that libpng rejects do no harm here.
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_AS_DEFAULT, reinterpret_cast<png_const_bytep>("pHYs"), 1);

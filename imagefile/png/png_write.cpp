@@ -160,7 +160,7 @@ void Encoder::WriteRows()
     for (int y = 0; y < m_bitmap.Height; ++y) {
         m_failure = m_rows.Next(&src);
         if (!m_failure)
-            png_error(m_png, "the rows could not be made");
+            png_error(m_png, "the rows could not be generated");
         convert(src, m_row.data(), static_cast<std::size_t>(m_bitmap.Width), 255);
         png_write_row(m_png, m_row.data());
     }

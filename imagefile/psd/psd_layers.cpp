@@ -2,6 +2,7 @@
 #include "psd_layers.h"
 
 #include "core/byte_reader.h"
+#include "core/limits.h"
 
 #include <algorithm>
 #include <string_view>
@@ -35,12 +36,11 @@ struct LayerRecord {
 
 LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
 {
-    constexpr std::uint64_t kMaxChannels = 56;
     constexpr unsigned kHidden = 2;
     LayerRecord record;
     const std::uint64_t top = reader->Number(4), left = reader->Number(4), bottom = reader->Number(4),
                         right = reader->Number(4), channels = reader->Number(2);
-    for (std::uint64_t i = 0; i < std::min(channels, kMaxChannels); ++i) {
+    for (std::uint64_t i = 0; i < std::min<std::uint64_t>(channels, kMaxPsdChannels); ++i) {
         const auto identifier = static_cast<std::int16_t>(reader->Number(2));
         record.channels.emplace_back(identifier, reader->Number(layout.LengthBytes()));
     }
@@ -54,7 +54,7 @@ LayerRecord ReadRecord(ByteReader *reader, const PsdLayout &layout)
     const bool coversAll = top == 0 && left == 0 && bottom == static_cast<std::uint64_t>(layout.height)
         && right == static_cast<std::uint64_t>(layout.width);
     record.isPlain = coversAll && signature == "8BIM" && mode == "norm" && opacity == 255 && clipping == 0
-        && (flags & kHidden) == 0 && hasNothingElse && channels <= kMaxChannels;
+        && (flags & kHidden) == 0 && hasNothingElse && channels <= kMaxPsdChannels;
     const std::uint64_t read = reader->Position() - extraAt;
     reader->Skip(extraBytes > read ? extraBytes - read : 0);
     return record;

@@ -14,9 +14,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr int kMaxChannels = 56;
-constexpr int kPackBitsRatio = 64; // 2 bytes unpack to 128
-
 struct Mode {
     PsdMode mode;
     int colors;
@@ -63,8 +60,8 @@ Status ReadHeader(ByteReader *reader, PsdLayout *layout)
         return Damaged("the file ends early");
     if (version != 1 && version != 2)
         return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "Photoshop: version " + std::to_string(version));
-    if (layout->channels < 1 || layout->channels > kMaxChannels)
-        return Damaged(Text("%d channels; 1 to %d are allowed", layout->channels, kMaxChannels));
+    if (layout->channels < 1 || layout->channels > kMaxPsdChannels)
+        return Damaged(Text("%d channels; 1 to %d are allowed", layout->channels, kMaxPsdChannels));
     if (Status status = CheckImageSize(width, height, 1, 8); !status)
         return status;
     layout->isLarge = version == 2;

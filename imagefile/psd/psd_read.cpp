@@ -17,7 +17,7 @@ Status EndsEarly()
     return Status::Fail(GFL_ERROR_FILE_READ, "Photoshop: the file ends early");
 }
 
-/// Reads rows of the channels that are used. A file stores one channel after the other; this reads all in parallel.
+/// Reads rows of the used channels. A file stores one channel after the other; this reads them all in parallel.
 class ChannelReader {
 public:
     ChannelReader(const Source &source, const PsdLayout &layout) : m_source(source), m_layout(layout) { }
@@ -221,7 +221,7 @@ void Assembler::Finish(std::uint8_t *row)
 struct ColorName {
     PsdMode mode;
     GflColorModel model;
-    const char *suffix; // of the description, by which hosts detect files that need special treatment
+    const char *suffix; // of the description; hosts use it to detect files that need special treatment
 };
 constexpr ColorName kColorNames[] = {
     {PsdMode::Bitmap, GFL_CM_GREY, ""}, {PsdMode::Grey, GFL_CM_GREY, ""},      {PsdMode::Indexed, GFL_CM_PALETTE, ""},

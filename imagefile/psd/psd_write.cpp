@@ -225,7 +225,7 @@ Bytes Writer::LayersHead() const
     return head;
 }
 
-// Writes the layer section, whose lengths are only known at the end.
+// Writes the layer section, whose lengths are known only at the end.
 Status Writer::WriteLayers()
 {
     const auto lengthBytes = static_cast<std::uint64_t>(LengthBytes());
@@ -252,7 +252,7 @@ Status Writer::WriteLayers()
     return m_sink->WriteAt(infoAt, record.data(), record.size());
 }
 
-// The sizes of the rows of all channels come first.
+// The row sizes of all channels come first.
 Status Writer::WriteMerged()
 {
     Bytes head;

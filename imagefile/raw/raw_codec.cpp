@@ -1,10 +1,11 @@
-// Camera raw by LibRaw: the codec. See raw_file.cpp for the work.
+// Camera raw codec, using LibRaw. raw_file.cpp does the decoding.
 #include "raw_codec.h"
 
 #include "raw_facts.h"
 
 #include "metadata/metadata.h"
 
+#include "core/limits.h"
 #include "tiff/tiff_handle.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ namespace imagefile {
 
 namespace {
 
-// Signatures of raw files that are not TIFFs: offset and text.
+// Signatures of raw formats that aren't based on TIFF: offset and text.
 struct Mark {
     std::size_t at;
     const char *text;
@@ -56,7 +57,7 @@ public:
         return hasByteOrder && name.isOwnSuffix;
     }
 
-    // Camera files are accepted by their suffix or, without one, as in memory, by their content.
+    // Camera files are recognized by suffix or, if there is none, as in memory, by content.
     bool Recognizes(const Source &source, const NameHint &name) const override
     {
         std::uint8_t head[16] = {};
@@ -114,7 +115,6 @@ const Codec &RawCodec()
 
 bool HoldsSensorValues(const Source &source)
 {
-    constexpr std::size_t kMaxSubDirectories = 16;
     TiffHandle handle;
     if (!handle.OpenForReading(source))
         return false;
@@ -122,7 +122,7 @@ bool HoldsSensorValues(const Source &source)
     const std::uint64_t *offsets = nullptr;
     std::vector<std::uint64_t> below;
     if (TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
-        below.assign(offsets, offsets + std::min<std::size_t>(count, kMaxSubDirectories));
+        below.assign(offsets, offsets + std::min<std::size_t>(count, kMaxRawDirectories));
     return IsSensorDirectory(handle) || std::any_of(below.begin(), below.end(), [&handle](std::uint64_t offset) {
                return handle.OpenAt(offset) && IsSensorDirectory(handle);
            });

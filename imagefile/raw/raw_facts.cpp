@@ -20,7 +20,7 @@ bool IsKnown(double value)
     return std::isfinite(value) && value > 0.0 && value < kMaxRational;
 }
 
-// Returns a field's text, which is zero-terminated unless it fills the field; cameras pad it with blanks.
+// Returns a field's text, which is zero-terminated unless it fills the field; cameras pad it with spaces.
 template <std::size_t N> std::string TextOf(const char (&field)[N])
 {
     std::string text(field, std::find(field, field + N, '\0'));

@@ -10,9 +10,6 @@ namespace imagefile {
 
 namespace {
 
-/// Maximum bytes of 16-bit sensor values per byte of the file: lossy DNG is JPEG.
-constexpr std::int64_t kMaxRatio = kJpegPixelsPerByte * 2;
-
 float Sensible(float value)
 {
     return std::isfinite(value) && value > 0.0f ? std::clamp(value, 1e-3f, 1e3f) : 1.0f;
@@ -99,7 +96,7 @@ Status RawFile::Open(const Source &source)
     if (Status status = CheckImageSize(sizes.width, sizes.height, 4, 16); !status)
         return status;
     const std::int64_t stored = std::int64_t(sizes.raw_width) * sizes.raw_height * 2; // <= 2^33
-    return CheckClaim(stored, stored, source.Size(), kMaxRatio);
+    return CheckClaim(stored, stored, source.Size(), kRawRatio);
 }
 
 Status RawFile::Describe(GFL_FILE_INFORMATION *info)

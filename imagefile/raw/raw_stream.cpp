@@ -66,7 +66,7 @@ char *RawStream::gets(char *text, int size)
     return text;
 }
 
-// Reads one number, up to the blank after it.
+// Reads one number, up to the following space.
 int RawStream::scanf_one(const char *format, void *value)
 {
     char text[64];

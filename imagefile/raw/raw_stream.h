@@ -30,7 +30,7 @@ private:
     std::uint64_t m_position = 0;
     std::uint64_t m_bufferAt = 0; // position in the file of the buffer's first byte
     std::size_t m_buffered = 0;
-    unsigned char m_buffer[kBufferBytes];
+    unsigned char m_buffer[kBufferBytes] = {};
 };
 
 } // namespace imagefile

@@ -1,4 +1,4 @@
-// Compressors that pack a block as a zlib stream.
+// Compressors that produce zlib streams.
 #pragma once
 
 #include <cstddef>
@@ -9,16 +9,16 @@ namespace imagefile {
 
 enum class DeflateBy {
     LibDeflate, // level 1
-    IsaL,       // level 1: a third of the time, files about as large
+    IsaL,       // level 1: takes a third of the time for files about as large
 };
 
 /// A compressor; one thread at a time.
 class Deflate {
 public:
     virtual ~Deflate() = default;
-    /// Returns the most bytes that @p bytes can take.
+    /// Returns the maximum packed size of @p bytes.
     virtual std::size_t Bound(std::size_t bytes) const = 0;
-    /// Packs a block into @p packed, which holds Bound(@p bytes), and returns the bytes written.
+    /// Packs a block into @p packed, which has room for Bound(@p bytes), and returns the packed size.
     virtual std::size_t Pack(const std::uint8_t *data, std::size_t bytes, std::uint8_t *packed) = 0;
 };
 

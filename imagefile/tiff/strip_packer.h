@@ -15,9 +15,9 @@ struct StripJob {
     int threads = 1;               // >= 1, including the calling one; the number doesn't change the packed bytes
     DeflateBy compressor = DeflateBy::LibDeflate;
 
-    /// Makes the rows for @p count strips from @p first on in @p rows (count * maxStripBytes). Optional; if absent,
+    /// Generates @p count strips from @p first on into @p rows (count * maxStripBytes). Optional; if absent,
     /// fill gets null rows. With @c stripsAtOnce = 0 called once per strip in order, on the calling thread, while
-    /// others pack. Otherwise called for so many strips at once, fewer only at the end, by the thread that then packs
+    /// others pack. Otherwise called for that many strips at once, fewer only at the end, by the thread that then packs
     /// them.
     std::function<Status(int first, int count, std::uint8_t *rows)> make;
     int stripsAtOnce = 0;

@@ -1,6 +1,6 @@
 // Writes EXIF into a new TIFF exactly as Exiv2 encodes it: rationals are unchanged and maker notes still decode.
 //
-// libtiff doesn't support maker notes and rounds rationals; Exiv2 would afterwards write the whole file a second time.
+// libtiff doesn't support maker notes and rounds rationals; adding them with Exiv2 would rewrite the whole file.
 // So Exiv2 makes a small TIFF with only metadata, whose bytes go to the head of the file, where all its offsets
 // stay valid. The picture follows. Finally the first directory is written again, with the fields of both: libtiff's for
 // the picture, Exiv2's for everything else, including the EXIF and GPS directories.
@@ -14,7 +14,7 @@ namespace imagefile {
 
 class TiffExif {
 public:
-    /// Encodes @p exif, which only has the values to keep; if it is empty, the calls below do nothing.
+    /// Encodes @p exif, which contains only the values to keep; if it is empty, the calls below do nothing.
     Status Encode(const Exiv2::ExifData &exif);
 
     /// Returns the maximum number of bytes that the EXIF takes in a file: the EXIF and a second copy of its
@@ -25,7 +25,7 @@ public:
 
     /// Writes the head after the file's header, before any other byte.
     Status WriteHead(Sink *sink) const;
-    /// Joins the fields to the first directory, which has been written. Fields already in the directory take
+    /// Merges the fields into the first directory, which has been written. Fields already in the directory take
     /// precedence.
     Status JoinFirstDirectory(Sink *sink) const;
 

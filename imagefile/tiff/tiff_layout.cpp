@@ -9,9 +9,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr int kMaxDirectories = 64;
-constexpr int kMaxSamples = 64; // pictures have up to 5, or some more with masks
-
 Status Unknown(const std::string &why)
 {
     return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: " + why);
@@ -30,7 +27,7 @@ bool IsReduced(const TiffHandle &handle)
 Status FindPicture(const TiffHandle &handle)
 {
     for (int i = 0; IsReduced(handle); ++i)
-        if (i == kMaxDirectories || !handle.OpenNext())
+        if (i == kMaxTiffDirectories || !handle.OpenNext())
             return Unknown("the file only contains reduced pictures");
     return Status::Ok();
 }
@@ -62,8 +59,8 @@ Status ReadSampleForm(const TiffHandle &handle, TiffLayout *layout)
     layout->isPlanar = handle.Field<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE
         && layout->samples > 1;
     layout->isTiled = TIFFIsTiled(handle.Get()) != 0;
-    if (layout->samples < 1 || layout->samples > kMaxSamples)
-        return Unknown(Text("%d samples per pixel; 1 to %d are supported", layout->samples, kMaxSamples));
+    if (layout->samples < 1 || layout->samples > kMaxTiffSamples)
+        return Unknown(Text("%d samples per pixel; 1 to %d are supported", layout->samples, kMaxTiffSamples));
     if (!TIFFIsCODECConfigured(layout->compression))
         return Unknown(Text("unknown compression %d", layout->compression));
     return Status::Ok();
@@ -290,7 +287,7 @@ std::vector<std::uint64_t> SubDirectories(const TiffHandle &handle)
     const std::uint64_t *offsets = nullptr;
     if (!TIFFGetField(handle.Get(), TIFFTAG_SUBIFD, &count, &offsets))
         return {};
-    return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxDirectories));
+    return std::vector<std::uint64_t>(offsets, offsets + std::min<int>(count, kMaxTiffDirectories));
 }
 
 // Searches for the smallest suitable directory; its offset is 0 if there is none.
@@ -338,7 +335,7 @@ Status OpenTiffReduced(const Source &source, const Box &box, TiffHandle *handle,
             search.Look(*handle);
     // Reduced versions of later pages belong to those pages.
     bool more = handle->OpenFirst();
-    for (int i = 0, pages = 0; more && i < kMaxDirectories; ++i, more = handle->OpenNext()) {
+    for (int i = 0, pages = 0; more && i < kMaxTiffDirectories; ++i, more = handle->OpenNext()) {
         pages += IsReduced(*handle) ? 0 : 1;
         if (pages > 1)
             break;

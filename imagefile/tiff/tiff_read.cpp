@@ -209,13 +209,13 @@ std::size_t UnpackedRowBytes(const TiffLayout &layout)
     return static_cast<std::size_t>(layout.width) * static_cast<std::size_t>(layout.unpacked.BytesPerPixel());
 }
 
-/// Decodes bands on several threads, each with handles of its own, into rows that have their final place.
+/// Decodes bands on several threads, each with separate handles, into rows at their final location.
 class SharedReading {
 public:
     /// Returns whether bands can be decoded in any order, and are small and many enough to share.
     static bool Pays(const BandReader &reader, const RowSink &rows);
 
-    /// @p reader is the calling thread's; started.
+    /// @p reader belongs to the calling thread and has been started.
     SharedReading(const Source &source, BandReader *reader, RowSink *rows) : m_source(source), m_rows(rows)
     {
         m_workers.push_back({reader, nullptr, {}});
@@ -236,16 +236,16 @@ private:
     const Source &m_source;
     RowSink *m_rows;
     std::vector<Worker> m_workers;
-    std::mutex m_mutex; // guards all below
+    std::mutex m_mutex; // guards everything below
     int m_next = 0;
-    int m_failedBand = std::numeric_limits<int>::max(); // the first; all before it are decoded
+    int m_failedBand = std::numeric_limits<int>::max(); // the first failure; all bands before it are decoded
     Status m_failure = Status::Ok();
 };
 
 bool SharedReading::Pays(const BandReader &reader, const RowSink &rows)
 {
     constexpr std::size_t kMaxBandBytes = std::size_t(8) << 20;
-    constexpr std::int64_t kMinPixels = 1 << 20; // smaller pictures take less time than starting threads
+    constexpr std::int64_t kMinPixels = 1 << 20; // smaller pictures decode faster than threads start
     constexpr std::uint16_t kCompressions[] = {COMPRESSION_NONE,     COMPRESSION_LZW,  COMPRESSION_ADOBE_DEFLATE,
                                                COMPRESSION_PACKBITS, COMPRESSION_ZSTD, COMPRESSION_DEFLATE};
     const TiffLayout &layout = reader.Layout();
@@ -359,7 +359,7 @@ Status ReadBands(const Source &source, BandReader *reader, RowSink *rows)
     return Status::Ok();
 }
 
-// Reads rare color models by libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
+// Reads rare color models through libtiff's conversion, which also needs memory for the picture as 8-bit RGBA.
 Status ReadForeign(const BandReader &reader, RowSink *rows)
 {
     const TiffLayout &layout = reader.Layout();

@@ -12,11 +12,11 @@ namespace imagefile {
 
 namespace {
 
-/// Unpacked bytes per strip: enough for good compression, few enough that readers, and each of our threads, need little
+/// Unpacked bytes per strip: enough for good compression, but few enough that readers and our threads need little
 /// memory.
 constexpr std::int64_t kStripBytes = 512 * 1024;
 
-/// Level of Zstandard: with the predictor, higher ones gain little and take much longer.
+/// Zstandard level: with the predictor, higher ones gain little and take much longer.
 constexpr int kZstdLevel = 3;
 
 /// Room for directories and the header in addition to pixels, metadata and strip tables.
@@ -28,7 +28,7 @@ struct Picture {
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast);
 
     const GFL_BITMAP &bitmap;
-    const RowMaker *maker; // makes the rows; null if they are in the bitmap
+    const RowMaker *maker; // generates the rows; null if they are in the bitmap
     PixelForm form;
     std::size_t rowBytes; // without padding
     int rowsPerStrip;
@@ -38,7 +38,7 @@ struct Picture {
     const std::uint8_t *Row(int y) const { return bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine; }
     std::size_t BytesOf(int strip) const { return rowBytes * static_cast<std::size_t>(RowsOf(strip)); }
     std::uint64_t Bytes() const { return std::uint64_t(rowBytes) * static_cast<std::uint64_t>(bitmap.Height); }
-    /// Copies the rows of @p count strips from @p first on without gaps. Requests made rows.
+    /// Copies the rows of @p count strips from @p first on without gaps, or requests them from the maker.
     Status FillStrips(int first, int count, std::uint8_t *dst) const;
 };
 

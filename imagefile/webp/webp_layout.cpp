@@ -1,4 +1,5 @@
 // Chunks as in "WebP Container Specification", https://developers.google.com/speed/webp/docs/riff_container.
+#include "core/limits.h"
 #include "webp_codec.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@ namespace imagefile {
 
 namespace {
 
-constexpr std::size_t kMaxChunks = 100000; // animations have a few thousand
 constexpr std::uint64_t kRiffHeader = 12, kChunkHeader = 8;
 
 Status Damaged(const char *why)

@@ -75,7 +75,7 @@ void TakeNumbers(QString *text, LensName *name)
     }
 }
 
-/// Removes an aperture given twice, as in "AT-X 11-20 F2.8 (AF 11-20mm f/2.8)", which is no word.
+/// Removes an aperture given twice, as in "AT-X 11-20 F2.8 (AF 11-20mm f/2.8)".
 void TakeRepeatedStop(QString *text, const LensName &name)
 {
     static const Pattern stop(QLatin1String("(?<![a-z])f\\s*/?\\s*") + QLatin1String(kStop));
@@ -159,7 +159,7 @@ LensName ParseLensName(const QString &text)
     name.converter = ConverterOf(Take(converter, &rest).captured());
     TakeNumbers(&rest, &name);
     TakeRepeatedStop(&rest, name);
-    static_cast<void>(Matched(between, rest)); // throws without memory; split() would return the name as one word
+    static_cast<void>(Matched(between, rest)); // throws if memory runs out; split() would return the name as one word
     const QStringList words = rest.split(between, Qt::SkipEmptyParts);
     for (const QString &word : words)
         AddWord(word, &name);
@@ -341,7 +341,7 @@ QVector<LensName> ParseLensNames(const QString &text)
 {
     // Exiv2 writes "A | B", but also "35mm F1.4 DG HSM | Art 012".
     static const Pattern either(QStringLiteral("\\s+or\\s+|\\s+\\|\\s+(?=[^|]*(\\d\\s*mm|[fF]/?\\d))"));
-    static_cast<void>(Matched(either, text)); // throws without memory
+    static_cast<void>(Matched(either, text)); // throws if memory runs out
     QVector<LensName> names;
     const QStringList parts = text.split(either, Qt::SkipEmptyParts);
     for (const QString &part : parts)

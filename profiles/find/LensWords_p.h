@@ -7,7 +7,7 @@
 
 #include <new>
 
-/// Like QRegularExpression::match, but throws std::bad_alloc where that would return no match for lack of memory.
+/// Like QRegularExpression::match, but throws std::bad_alloc if memory runs out; match() would return no match.
 inline QRegularExpressionMatch Matched(const QRegularExpression &pattern, const QString &text)
 {
     QRegularExpressionMatch match = pattern.match(text);

@@ -1,4 +1,5 @@
 #include "ProfileHead.h"
+#include "InputLimits.h"
 
 #include <QRegularExpression>
 #include <QVector>
@@ -8,14 +9,11 @@ namespace {
 
 constexpr const char *kCamera = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 constexpr const char *kRdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
-constexpr int kMaxDepth = 64;       // nested elements; a profile has 12
-constexpr int kMaxAlternates = 100; // names and numbers of one lens
-constexpr int kMaxText = 4096;      // characters of one field
 
 void AddOnce(const QString &text, QStringList *list)
 {
     const QString clean = text.simplified();
-    if (!clean.isEmpty() && !list->contains(clean) && list->size() < kMaxAlternates)
+    if (!clean.isEmpty() && !list->contains(clean) && list->size() < kMaxHeadAlternates)
         list->append(clean);
 }
 
@@ -52,7 +50,7 @@ public:
         if (m_xml.hasError() && !m_done)
             *error = QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString());
         else if (m_tooDeep)
-            *error = QStringLiteral("elements nested more than %1 deep").arg(kMaxDepth);
+            *error = QStringLiteral("elements nested more than %1 deep").arg(kMaxHeadDepth);
         else if (m_entryDepth < 0)
             *error = QStringLiteral("no profile entry: expected rdf:li in photoshop:CameraProfiles");
         else if (m_head->model.isEmpty() && m_head->lensNames.isEmpty())
@@ -71,7 +69,7 @@ private:
         case QXmlStreamReader::EndElement:
             return End();
         case QXmlStreamReader::Characters:
-            if (m_entryDepth >= 0 && m_text.size() < kMaxText)
+            if (m_entryDepth >= 0 && m_text.size() < kMaxHeadText)
                 m_text += m_xml.text();
             return;
         default:
@@ -83,7 +81,7 @@ private:
     {
         m_path.append(m_xml.name().toString());
         m_text.clear();
-        m_tooDeep = m_done = m_path.size() > kMaxDepth;
+        m_tooDeep = m_done = m_path.size() > kMaxHeadDepth;
         const bool isItem = m_xml.name() == QLatin1String("li") && m_xml.namespaceUri() == QLatin1String(kRdf);
         if (m_entryDepth < 0) {
             if (!isItem || !m_path.contains(QStringLiteral("CameraProfiles")))

@@ -19,6 +19,6 @@ struct ProfileHead {
     bool raw = false;
 };
 
-/// Reads the first entry of a profile of any spelling and stops there.
+/// Reads the first entry of a profile in any RDF form and stops there.
 /// @return false, with the reason in @p error, if there is no entry, or if the entry names neither camera nor lens.
 bool ReadProfileHead(QIODevice *device, ProfileHead *head, QString *error);

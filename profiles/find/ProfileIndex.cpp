@@ -1,7 +1,7 @@
 #include "ProfileIndex.h"
 
+#include "InputLimits.h"
 #include "LensName.h"
-#include "XmlLimits.h"
 
 #include <QCryptographicHash>
 #include <QDataStream>
@@ -22,7 +22,6 @@ constexpr quint32 kMagic = 0x564c5058; // "VLPX"
 constexpr quint32 kVersion = 2;        // caches of another version are rebuilt: increase it with every format change
 constexpr qint64 kUnread = -1;         // modification time of files that failed to open or read
 constexpr const char *kMisnamed = "its name is not UTF-8";
-constexpr qint64 kMaxCacheBytes = qint64(256) << 20;
 
 QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
 {
@@ -61,7 +60,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Takes numbers that the file omits from its lens names, so that a search has few names to parse.
+/// Adds the numbers that the file omits from its lens names, so that a search has few names to parse.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -129,8 +128,8 @@ bool ProfileIndex::Scan(const QStringList &folders)
     m_unreadFolders.clear();
     for (const QString &folder : whole)
         Walk(folder, 0, &walked, &files);
-    const bool complete = files.size() <= kMaxProfiles;
-    files = files.mid(0, kMaxProfiles);
+    const bool complete = files.size() <= kMaxIndexedProfiles;
+    files = files.mid(0, kMaxIndexedProfiles);
     std::sort(files.begin(), files.end());
     files.removeDuplicates();
 
@@ -163,7 +162,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
 /// Follows links to folders, and walks each folder once.
 void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files)
 {
-    if (depth > kMaxDepth || files->size() > kMaxProfiles || walked->contains(folder))
+    if (depth > kMaxFolderDepth || files->size() > kMaxIndexedProfiles || walked->contains(folder))
         return;
     walked->insert(folder);
     QDirIterator entries(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
@@ -205,7 +204,7 @@ void ProfileIndex::LoadCache()
     QFile file(m_cacheFile);
     if (m_cacheFile.isEmpty() || !QFileInfo(m_cacheFile).isFile() || !file.open(QIODevice::ReadOnly))
         return;
-    const QByteArray content = file.read(std::min(file.size(), kMaxCacheBytes)); // allocates that many
+    const QByteArray content = file.read(std::min(file.size(), kMaxIndexCacheBytes)); // allocates as many bytes
     QDataStream in(content);
     in.setVersion(QDataStream::Qt_5_15);
     quint32 magic = 0, version = 0, count = 0;

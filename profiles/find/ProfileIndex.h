@@ -25,9 +25,10 @@ struct IndexedProfile {
 
 /// Index of the profiles in some folders, at any depth. Files are recognized by the suffix ".lcp".
 ///
-/// The heads are kept in one file in the user's cache folder, by path, size and modification time, so that a later run
-/// reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads lost
-/// entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an hour.
+/// The heads are cached in one file in the user's cache folder, by path, size and modification time, so that a later
+/// run reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads
+/// lost entries again. A damaged cache is rebuilt, and unfinished files left by a killed program are removed after an
+/// hour.
 class ProfileIndex {
 public:
     /// @param cacheFile  empty: no cache. See DefaultCacheFile.
@@ -37,7 +38,7 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there were more than kMaxProfiles files, in which case the rest is ignored.
+    /// @return false if there were more than kMaxIndexedProfiles files, in which case the rest is ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.
@@ -46,9 +47,6 @@ public:
     const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
     /// Number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
-
-    static constexpr int kMaxProfiles = 100'000; // an index of 60 MB; the largest collection known has 6,000
-    static constexpr int kMaxDepth = 32;         // nested folders
 
 private:
     void LoadCache();

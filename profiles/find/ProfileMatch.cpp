@@ -105,14 +105,14 @@ NameMatch Contradicted(NameMatch match, const QString &why)
     return match;
 }
 
-/// Whether a name belongs to a fixed lens, as in profiles of compact cameras.
+/// Returns whether a name belongs to a fixed lens, as in profiles of compact cameras.
 bool IsFixedLensName(const LensName &name, const QString &model)
 {
     return name.converter.isEmpty()
         && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
 }
 
-/// Whether the focal lengths of a fixed lens's profile are the picture's, as far as both are known.
+/// Whether a fixed lens's profile has the picture's focal lengths, as far as both are known.
 bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
 {
     const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
@@ -146,7 +146,7 @@ bool IsSameCamera(const QString &make, const QString &model, const QString &othe
         && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
 }
 
-/// Whether a name from a less trusted source may be used: it matches the trusted one, or only adds details.
+/// Returns whether a name from a less trusted source may be used: it matches the trusted one, or only adds details.
 static bool Agrees(const LensName &trusted, const LensName &name)
 {
     return CompareLensNames(trusted, name).fits || CompareLensNames(name, trusted).fits || IsSubset(trusted, name);
@@ -365,10 +365,10 @@ private:
         std::stable_sort(m_candidates.begin(), m_candidates.end(), better);
         const Candidate top = m_candidates.first();
         QVector<Candidate> same, rivals;
-        constexpr double kSlack = 1.0; // spellings of the same lens differ by more than this only in words
+        constexpr double kSlack = 1.0; // scores of the same lens's spellings differ by at most this, except for words
         for (const Candidate &candidate : qAsConst(m_candidates)) {
             if (candidate.profile != top.profile && candidate.score < top.score - kSlack)
-                continue; // spelled so differently that it may be another lens
+                continue; // the spelling differs so much that it may be another lens
             if (IsFixedLens() || candidate.profile == top.profile || IsSameLens(top.name, candidate.name))
                 same.append(candidate);
             else

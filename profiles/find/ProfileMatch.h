@@ -10,7 +10,7 @@
 
 #include <functional>
 
-/// Callbacks for data that the choice needs in addition to names.
+/// Callbacks for the data needed in addition to names.
 struct MatchHelp {
     /// Returns the crop factor of a camera relative to 36 x 24 mm; 0 if unknown.
     std::function<double(const QString &make, const QString &model)> cropFactor;
@@ -45,7 +45,7 @@ private:
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
 /// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera's number of a lens
-/// may stand for several. Null: none.
+/// may stand for several. Null if there is none.
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
 
 /// Returns the maker of a camera's own lenses, as LensName::maker.

@@ -63,7 +63,7 @@ QVector<LensName> ParsedNames(const lfLens *lens)
             : maker + QLatin1Char(' ') + text;
         names += ParseLensNames(whole);
     }
-    QSet<QString> codes; // aliases without them are not other models
+    QSet<QString> codes; // aliases that lack them are the same model
     for (const LensName &name : qAsConst(names))
         codes += name.codes;
     for (LensName &name : names)
@@ -176,7 +176,7 @@ bool AreBare(const QVector<LensName> &names)
     return std::all_of(names.begin(), names.end(), [](const LensName &name) { return name.IsBare(); });
 }
 
-/// Whether a lens may be the requested one. A name that consists only of numbers may be any lens with them.
+/// Returns whether a lens may be the requested one. A name with only numbers may be any lens that has them.
 bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
 {
     const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
@@ -220,7 +220,7 @@ QVector<NamedLens> NamedAlike(QVector<NamedLens> lenses, const QVector<LensName>
     return alike;
 }
 
-/// Whether two entries are the same lens, measured on two sensors or named in two ways.
+/// Returns whether two entries are the same lens, measured on two sensors or named in two ways.
 bool IsOneLens(const NamedLens &a, const NamedLens &b)
 {
     return a.lens == b.lens || TitleOf(a.lens) == TitleOf(b.lens);

@@ -1,4 +1,4 @@
-// The fit of a picture with lensfun's database instead of a profile.
+// Fits a picture with lensfun's database instead of a profile.
 #pragma once
 
 #include "Fit.h"

@@ -169,7 +169,7 @@ def decimals(number):
 
 
 def nikon_lenses(file):
-    """Focal lengths and f-numbers are stored in 24ths of a factor of two; whole millimetres and tenths are shown."""
+    """Focal lengths and f-numbers are stored in 24ths of a factor of two; they are shown as whole millimeters and tenths."""
     for value, name in exiftool_values(file, 'LensID'):
         raw = re.findall(r'[0-9A-F]{2}', value.split('.')[0])
         if len(raw) != 8 or raw[1:6] == ['00'] * 5 or 'mm' not in name:

@@ -260,7 +260,7 @@
     </message>
     <message>
         <source>The folder of each picture</source>
-        <translation>Der Ordner jedes Bildes</translation>
+        <translation>Jeweils der Ordner des Bildes</translation>
     </message>
     <message>
         <source>&amp;Save in:</source>

@@ -1,4 +1,4 @@
-// The smallest host: corrects one picture by a given profile or, on request, by the one found. docs/host-guide.md
+// The smallest host: corrects one picture with a given profile or, on request, with the one found. docs/host-guide.md
 // documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
@@ -54,7 +54,7 @@ private:
     KImage m_pixels;
 };
 
-/// The application as the plug-in sees it. The image kernel starts after the QApplication is constructed, and ends
+/// The application as the plug-in sees it. The image kernel starts after the QApplication is constructed and stops
 /// before it is destroyed.
 class Host final : public QApplication, public KIApplication {
     Q_OBJECT

@@ -35,7 +35,7 @@ double Grout(const Spot &at, double width, double height, double thickness)
     return std::max(Lines(at.s, width, thickness, at.sSize), Lines(at.t, height, thickness, at.tSize));
 }
 
-/// Darker towards an edge where two faces meet.
+/// Returns a factor that darkens toward an edge where two faces meet.
 double Corner(double distance)
 {
     return 1 - 0.30 * std::exp(-std::abs(distance) / 0.55);

@@ -3,5 +3,5 @@
 
 #include <QImage>
 
-/// The picture in 256 colors chosen for it, by the color quantizer of libjpeg.
+/// Returns the picture in 256 adaptive colors, chosen by libjpeg's color quantizer.
 QImage WithPalette(const QImage &sheet);

@@ -24,7 +24,7 @@ public:
     {
     }
 
-    /// @param source  position in the profile's landscape frame; @param green  where green of the same point lies
+    /// @param source  position in the profile's landscape frame; @param green  position of green for the same point
     Inverse Trace(Point source, Point *green) const
     {
         *green = source;
@@ -73,7 +73,7 @@ struct Camera {
     Hold hold;
     int width; ///< of the upright picture
 
-    /// One channel of the scene at one point of the photograph, darkened by the lens.
+    /// Returns one channel of the scene at one point of the photograph, darkened by the lens.
     double Sample(const ChannelPath &path, int channel, Point at) const
     {
         Point green;
@@ -99,7 +99,7 @@ struct Camera {
     }
 };
 
-/// The sRGB profile with a fixed date, so that a recreated picture has the same bytes.
+/// Returns the sRGB profile with a fixed date, so that recreated pictures are identical.
 std::vector<unsigned char> ColorProfile()
 {
     const std::unique_ptr<void, decltype(&cmsCloseProfile)> profile(cmsCreate_sRGBProfile(), &cmsCloseProfile);

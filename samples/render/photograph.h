@@ -1,4 +1,4 @@
-/// Photographs a scene through a lens with aberrations, and writes it like a camera.
+/// Simulates a photograph of a scene through a lens with aberrations, and writes it as a camera would.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 
 namespace Samples {
 
-/// Metadata written to the files of a picture.
+/// Metadata written to a picture's files.
 struct Caption {
     std::string title;
     std::string keyword;
     std::string dateTime; ///< "2021:06:12 10:41:00"
     double focalMm;
-    int exposurePart; ///< of a second
+    int exposurePart; ///< denominator of the exposure time in seconds
     double aperture;
     int iso;
 };
@@ -27,9 +27,9 @@ struct Picture {
 
 /// Photographs @p scene so that a correction with @p profile restores it, up to noise and rounding.
 ///
-/// Green is mapped by the green model, red and blue from there by theirs, and each channel is divided by the vignetting
-/// gain at the position of green. A portrait is rotated by 90 degrees into the profile's landscape frame. The profile
-/// must have the chromatic models, and no tangential terms. Gives the same bytes on every run.
+/// Green is mapped by the green model, red and blue from there by their models, and each channel is divided by the
+/// vignetting gain at the position of green. A portrait is rotated by 90 degrees into the profile's landscape frame.
+/// The profile must have the chromatic models, and no tangential terms. Gives the same bytes on every run.
 Picture Photograph(const Scene &scene, const LensProfile &profile, Hold hold);
 
 /// Writes a JPEG of quality 90 without chroma subsampling, with EXIF, IPTC and an sRGB profile.

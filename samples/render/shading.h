@@ -41,7 +41,7 @@ inline double Clamp01(double v)
     return std::clamp(v, 0.0, 1.0);
 }
 
-/// 0 at and below @p lo, 1 at and above @p hi, smooth between; @p lo may be the greater one.
+/// 0 at and below @p lo, 1 at and above @p hi, smooth between; @p lo may exceed @p hi.
 inline double Ramp(double v, double lo, double hi)
 {
     const double t = Clamp01((v - lo) / (hi - lo));
@@ -96,7 +96,7 @@ inline double Noise(double x, double y, uint32_t seed)
     return 2 * (top * (1 - ty) + bottom * ty) - 1;
 }
 
-/// Noise of @p octaves sizes, each half as large and half as strong as the one before.
+/// Noise of @p octaves sizes, each half as large and half as strong as the previous one.
 inline double Cloud(double x, double y, int octaves, uint32_t seed)
 {
     double sum = 0;

@@ -1,9 +1,9 @@
 // Library for LD_PRELOAD that makes one call of a kind fail; scripts/faults runs the program with it. Environment
 // variables:
 //   FAULT_KIND   one of kKinds
-//   FAULT_AT     number of the call that fails, from 1 on; 0 only counts
+//   FAULT_AT     number of the call that fails, from 1; 0 only counts
 //   FAULT_BELOW  only counts calls on files below this folder; without it, calls on all files
-//   FAULT_LOG    file that gets "count N" at a regular end, or "failed NAME" and the stack at the fault
+//   FAULT_LOG    file that gets "count N" at a normal exit, or "failed NAME" and the stack at the fault
 // Counting begins with main(): calls by the loader and by static constructors are not affected.
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
@@ -66,7 +66,7 @@ void Log(const char *text, long number)
     syscall(SYS_close, file);
 }
 
-/// @return whether this call, which has this name, is the one to fail; if so, errno is set.
+/// @return whether @p call must fail now; if so, errno is set.
 bool Fails(const char *call)
 {
     if (++calls != failingCall)

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Prepares a copy of a neighboring file, cut to @p size bytes.
+/// Creates a copy of a file in the same folder, truncated to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -46,6 +46,7 @@ class BadInputTest : public ProgramTest {
 private Q_SLOTS:
     void refused_data();
     void refused();
+    void hugeClaims();
     void fileSizeLimit();
     void fullDisk();
     void otherSizeIsNoted();
@@ -76,6 +77,10 @@ void BadInputTest::refused_data()
     picture("half a JPEG", "the file ends early", Copy("a.jpg", 2500));
     picture("head of a JPEG", "", Copy("a.jpg", 20));
     picture("half a TIFF", "", Copy("b_corrected.tiff", 2500));
+
+    row("picture", "above --max-megapixels", "--max-megapixels 1 --profile p.lcp a.jpg m b.jpg"_s, {"m"_s},
+        "1001 x 1000 pixels are 1.001 megapixels; at most 1 are allowed",
+        [](const QString &path) { QImage(1001, 1000, QImage::Format_RGB32).save(path, "JPG"); });
 
     const auto profile = [&](const char *name, const Prepare &prepare) {
         row("profile", name, "--profile m a.jpg b.jpg"_s, {"a.jpg"_s, "b.jpg"_s}, "profile \"m\": ", prepare);
@@ -146,6 +151,54 @@ void BadInputTest::refused()
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
+/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels, WebP and PNG their own squares; with 1 GiB of
+/// memory.
+void BadInputTest::hugeClaims()
+{
+    const QByteArray hex("0000753000007530");
+    const struct {
+        const char *seed, *found;
+        int offset; // from there to the sides
+        QByteArray sides;
+    } rows[] = {
+        {"metadata.jpg", "FFC0", 5, "75307530"},
+        {"grey16.png", "49484452", 4, "00009C4000009C400800000000746751D9"}, // with the form, 8-bit gray, and checksum
+        {"packed.psd", "38425053", 14, hex},
+        {"packed.hdr", "2D59203139202B58203139", 0, QByteArray("-Y 30000 +X 30000\n").toHex()},
+        {"lossless.webp", "5650384C", 9, "FFFFFF1F"}, // 16,384
+        {"metadata.heic", "69737065", 8, hex},
+        {"metadata.avif", "69737065", 8, hex},
+        {"alpha16.jp2", "FF5100", 6, hex + QByteArray(16, '0') + hex},
+        {"method3.exr", "646174615769", 21, "00000000000000002F7500002F750000"},
+        {"float.jxl", "FF0A", 0, "FF0A7EA90300F04B1D001000"}, // the sides as numbers of 30 bits, and default values
+        {"rgba16.tif", "000103000100000013", 8, "30750000010103000100000030750000"},
+        {"bayer.dng", "000103000100000020", 8, "30750000010103000100000030750000"},
+    };
+    QStringList names;
+    for (const auto &row : rows) {
+        QByteArray bytes = ReadFile(QStringLiteral(VITRELUX_SEEDS "/") + QLatin1String(row.seed));
+        const QByteArray found = QByteArray::fromHex(row.found), sides = QByteArray::fromHex(row.sides);
+        QVERIFY2(bytes.contains(found), row.seed);
+        for (int at = bytes.indexOf(found); at >= 0; at = bytes.indexOf(found, at + 1))
+            bytes.replace(at + row.offset, sides.size(), sides);
+        names << QLatin1String(row.seed).left(4) + QString::number(names.size())
+                + QString::fromLatin1(row.seed).section(QLatin1Char('.'), 1);
+        WriteFile(Path(names.last()), bytes);
+    }
+    m_run->beforeStart = [] {
+        const rlimit limit = {rlim_t(1) << 30, rlim_t(1) << 30};
+        setrlimit(RLIMIT_AS, &limit);
+    };
+    const ProgramResult result = Run("correct --plain -j 2 --profile p.lcp a.jpg "_s + names.join(QLatin1Char(' ')));
+    QVERIFY2(result.exitCode == 1 && result.errorLines.size() == names.size(), result.error);
+    for (const QString &name : names) {
+        const QStringList told = result.errorLines.filter("vitrelux: %1: "_s.arg(name));
+        QVERIFY2(told.size() == 1 && told[0].contains(": the file "_s),
+                 qPrintable(name + QString::fromUtf8(result.error)));
+    }
+    QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList("a_corrected.tiff"_s));
+}
+
 void BadInputTest::fileSizeLimit()
 {
     WriteFile(Path("b_corrected.tiff"_s), "old");
@@ -162,7 +215,7 @@ void BadInputTest::fileSizeLimit()
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// A file system of 128 KiB, mounted so that only the run sees it; this takes root's rights or a user namespace.
+/// A 128 KiB file system, mounted so that only the run sees it; needs root or a user namespace.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);

@@ -23,7 +23,7 @@ private Q_SLOTS:
 
 namespace {
 
-/// Splits a line at blanks; "''" is an empty word.
+/// Splits a line at spaces; "''" is an empty word.
 QStringList Words(const QString &line)
 {
     return line.split(QLatin1Char(' '), Qt::SkipEmptyParts).replaceInStrings("''"_s, QString());
@@ -57,14 +57,16 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --amount ca=201 a.jpg", "0 to 200"},
         {"correct --focal -3 a.jpg", "above 0"},
         {"correct --aperture inf a.jpg", "above 0"},
+        {"correct --max-megapixels 0 a.jpg", "1 to 1000000"},
+        {"info --max-megapixels 2.5 a.jpg", "1 to 1000000"},
         {"correct --shard 3/2 a.jpg", "--shard I/N"},
         {"correct --shard 1 a.jpg", "--shard I/N"},
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
         {"correct --format gif a.jpg", "tiff, jpeg, png or exr"},
         {"correct --format jpeg --quality 0 a.jpg", "1 to 100"},
-        {"correct --quality 90 a.jpg", "--quality is for --format jpeg"},
-        {"correct --format png --compression zstd a.jpg", "--compression is for --format tiff"},
+        {"correct --quality 90 a.jpg", "--quality is only for --format jpeg"},
+        {"correct --format png --compression zstd a.jpg", "--compression is only for --format tiff"},
         {"correct --format jpeg --output-name {name}.tif a.jpg", ".jpg or .jpeg"},
         {"correct --plain --convert a.jpg", "exclude"},
         {"correct --plain --format png a.jpg", "--plain and --format exclude"},
@@ -136,7 +138,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
     }
 }
 
-/// A terminal of 80 x 40 characters. What is only named there is described in full by the help command.
+/// The short help fits a terminal of 80 x 40 characters. The help command describes in full what it only names.
 void tst_CommandLine::helpFitsOnAScreen()
 {
     const QStringList names =

@@ -1,4 +1,4 @@
-// One file through the whole program, with chosen corrections of a profile.
+// Runs one file through the whole program, with chosen corrections of a profile.
 #pragma once
 
 #include <QString>
@@ -10,6 +10,6 @@
 /// are next to the source. Throws std::runtime_error with the program's message if the program fails.
 QString CorrectFile(const QString &source, const Samples::LensProfile &profile, int corrections);
 
-/// The same for the pixels of a picture. Sets the size of @p profile to the picture's in landscape orientation. Throws
-/// if the result has another size or depth.
+/// Same for the pixels of a picture. Sets the size of @p profile to the picture's in landscape orientation. Throws
+/// if the result's size or depth differs.
 TiffRaster Corrected(const TiffRaster &source, Samples::LensProfile *profile, int corrections);

@@ -268,7 +268,7 @@ void tst_CorrectedMetadata::copiesMetadata()
 
 void tst_CorrectedMetadata::formatsKeepMetadata_data()
 {
-    QTest::addColumn<int>("compression"); // of a TIFF, by its tag; -1: another format
+    QTest::addColumn<int>("compression"); // TIFF tag value; -1: another format
     QTest::newRow("--format jpeg --quality 80") << -1;
     QTest::newRow("--format png") << -1;
     QTest::newRow("--compression none") << 1;
@@ -298,7 +298,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata()
         QVERIFY2(run.error.contains("most of the EXIF"), run.error);
         const Imf::InputFile file(output.toStdString().c_str());
         const Imf::Header &header = file.header();
-        const Imf::Chromaticities colors = Imf::chromaticities(header), srgb; // whose primaries are the default
+        const Imf::Chromaticities colors = Imf::chromaticities(header), srgb; // `srgb` has the default primaries
         QVERIFY((colors.red - srgb.red).length() < 0.001F && (colors.blue - srgb.blue).length() < 0.001F);
         QVERIFY((colors.green - srgb.green).length() < 0.001F && (colors.white - srgb.white).length() < 0.001F);
         QCOMPARE(Imf::expTime(header), 1.0F / 1250);
@@ -342,7 +342,7 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::newRow("gray, plain --plain") << int(PHOTOMETRIC_MINISBLACK) << 1 << 8 << 0 << 0;
     QTest::newRow("tiled, plain --plain") << int(PHOTOMETRIC_RGB) << 3 << 8 << 0 << 0;
     QTest::newRow("inks") << inks << 4 << 8 << 0 << 0;
-    QTest::newRow("inks --convert") << inks << 4 << 8 << 3 << 360; // 60 % of the paper in the light that black leaves
+    QTest::newRow("inks --convert") << inks << 4 << 8 << 3 << 360; // 60 % of paper white
     QTest::newRow("Lab") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 0 << 0;
     QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB of lightness 40
 }

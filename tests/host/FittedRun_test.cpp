@@ -111,7 +111,7 @@ void FittedRunTest::correct()
     QFETCH(QStringList, said);
     QStringList arguments = ("correct -o out "_s + line).split(QLatin1Char(' '));
     for (QString &argument : arguments) {
-        if (argument.startsWith("--lens="_s)) // underscores represent blanks
+        if (argument.startsWith("--lens="_s)) // underscores represent spaces
             argument.replace(QLatin1Char('_'), QLatin1Char(' '));
     }
     const ProgramResult result = m_run->Run(arguments);

@@ -1,5 +1,5 @@
-// The program as a host: order of calls on a plug-in that records them and misbehaves; outputs; interruptions; unusual
-// environments, such as no display, home folder or locale, a terminal, odd file names.
+// The program as a host: the order of calls, seen by a plug-in that records them and misbehaves; outputs;
+// interruptions; unusual environments, such as no display, home folder or locale, a terminal, odd file names.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -47,7 +47,7 @@ private:
         return Run(kProbe + line);
     }
     QStringList Notes() const { return QString::fromUtf8(ReadFile(Path("notes"_s))).split(QLatin1Char('\n')); }
-    /// Returns the names in the folder except those that were there at first and the notes.
+    /// Returns the names in the folder except the initial ones and the notes.
     QStringList Made() const
     {
         QStringList names = Names(m_dir->path());

@@ -81,7 +81,7 @@ double WeightOfOther(double one, double other, double at)
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// A plot, read like a person would: values by the labels of the axes.
+/// A plot, read as a person would: values by the axis labels.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)

@@ -15,7 +15,7 @@ protected Q_SLOTS:
 
 protected:
     QString Path(const QString &name) const { return m_dir->filePath(name); }
-    /// Runs the program in the folder. @p line is the arguments, separated by blanks.
+    /// Runs the program in the folder. @p line has the arguments, separated by spaces.
     ProgramResult Run(const QString &line) { return m_run->Run(line.split(QLatin1Char(' '), Qt::SkipEmptyParts)); }
 
     std::unique_ptr<QTemporaryDir> m_dir;

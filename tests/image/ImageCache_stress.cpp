@@ -84,7 +84,7 @@ private:
         std::swap(m_held[std::size_t(Random(int(m_held.size())))], m_held.back());
         const Held held = m_held.back();
         m_held.pop_back();
-        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even if the image was deleted meanwhile
+        m_faults += !HasGrey(*held.pixels, held.subject->grey); // even if the image was deleted in the meantime
         const std::shared_lock<std::shared_mutex> inCall(held.subject->mutex);
         if (held.generation == held.subject->generation)
             held.subject->image->Unlock(held.width, held.height, held.nativeDepth);

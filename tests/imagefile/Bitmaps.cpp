@@ -129,7 +129,7 @@ QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolera
 QByteArray InkProfile()
 {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
-    cmsSetProfileVersion(profile, 2.1); // where 65,280 is a lightness of 100, and 32,768 a color of 0
+    cmsSetProfileVersion(profile, 2.1); // encodes L* = 100 as 65,280 and a* = b* = 0 as 32,768
     cmsSetDeviceClass(profile, cmsSigOutputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);

@@ -46,7 +46,7 @@ QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 /// of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// The same against a formula.
+/// Like the above, with expected values from a formula.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
 /// sRGB colors, as shares of the full range, in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix
@@ -62,7 +62,7 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
-/// Returns a CMYK profile in which lightness decreases with black, and by a third with each other ink; and the gray, as
+/// Returns a CMYK profile in which black reduces the lightness fully and each other ink by a third; and the gray, as
 /// a share of the full range, of a share @p cyan of cyan alone.
 QByteArray InkProfile();
 double GreyOfCyan(double cyan);

@@ -1,11 +1,11 @@
-// The XMP of edited pictures: which properties of the source are kept, changed and left out.
+// The XMP of edited pictures: which of the source's properties are kept, changed or dropped.
 #include "MetadataFiles.h"
 
 #include <QtTest>
 
 namespace {
 
-/// Returns a packet with these attributes of one description, and elements in it.
+/// Returns a packet with one description that has these attributes and elements.
 QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
 {
     QByteArray names;
@@ -20,7 +20,7 @@ QByteArray Packet(const QByteArray &attributes, const QByteArray &elements)
         + names + ' ' + attributes + '>' + elements + "</rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
-/// Returns what Exiv2 reads in the XMP of a bitmap, "NAME=VALUE" of each, by name.
+/// Returns a bitmap's XMP as Exiv2 reads it: "NAME=VALUE" per property, sorted by name.
 QStringList XmpTexts(const GFL_BITMAP *bitmap)
 {
     QStringList texts;
@@ -35,7 +35,7 @@ QStringList XmpTexts(const GFL_BITMAP *bitmap)
     return texts;
 }
 
-/// Returns "TYPE VALUE" of a value in the EXIF of a file.
+/// Returns "TYPE VALUE" for one EXIF value of a file.
 std::string ExifText(const QString &path, const char *key)
 {
     const QByteArray file = ReadBytes(path); // the image reads it
@@ -97,7 +97,7 @@ void tst_EditedXmp::edited()
     exif["Exif.Photo.PixelXDimension"] = uint32_t(9);
     image->setExifData(exif);
     const QByteArray payload = QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet;
-    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write damaged one
+    QByteArray jpeg = WrittenBy(*image); // without XMP: Exiv2 refuses to write a damaged packet
     jpeg.insert(2, BigEndian(0xFFE1, 2) + BigEndian(quint64(payload.size() + 2), 2) + payload);
     QVERIFY(WriteBytes(m_folder("edit.jpg"), jpeg));
     const BitmapPtr source = LoadMetadata(m_folder("edit.jpg")), picture = SmoothBitmap(40, 30, GFL_RGB, 8);

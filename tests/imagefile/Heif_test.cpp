@@ -227,7 +227,7 @@ void tst_Heif::metadata()
     }
 }
 
-// As avifenc 0.11 writes it; libheif 1.15 believes that such opacity has another size.
+// As avifenc 0.11 writes it; libheif 1.15 assumes a different size for such opacity.
 void tst_Heif::opacityThatIsNotRotated()
 {
     QByteArray file = Encode({heif_compression_AV1, 8, 4, {64, 48}, 6});

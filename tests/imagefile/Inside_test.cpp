@@ -320,7 +320,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Each call of operator new fails once. That gives an error, never a crash, a hang or a picture without metadata.
+// Each call of operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {

@@ -1,4 +1,4 @@
-// JPEG 2000 with OpenJPEG's encoder as reference.
+// JPEG 2000, compared with OpenJPEG's encoder.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -14,12 +14,12 @@ struct Kind {
     int channels, bits; // stored
     bool isSigned = false;
     bool isBoxed = true;
-    int precinct = 0; // side in pixels; 0: the greatest
+    int precinct = 0; // side in pixels; 0: the maximum
     int step = 1;     // of the first component
     OPJ_COLOR_SPACE space = OPJ_CLRSPC_SRGB;
 };
 
-/// Encodes without loss the samples of @p stored, from 0 to 2^bits - 1; channels interleaved.
+/// Losslessly encodes the interleaved samples of @p stored, from 0 to 2^bits - 1.
 QByteArray Encode(const Kind &kind, QSize size, const std::vector<int> &stored)
 {
     opj_image_cmptparm_t shapes[4] = {};
@@ -152,7 +152,7 @@ void tst_Jp2::damaged()
 {
     const Kind kind = {"RGB", 3, 8};
     const QByteArray file = Encode(kind, {40, 30}, Noise(kind, {40, 30}));
-    QCOMPARE(BadCut(file, file.size() - 2), QString()); // the mark at the end may be missing
+    QCOMPARE(BadCut(file, file.size() - 2), QString()); // the end marker may be missing
     // A million pixels on each side, in tiles or precincts of one pixel.
     const int size = file.indexOf("\xFF\x51");
     QByteArray tiles = file;

@@ -385,6 +385,17 @@ void tst_Metadata::unreadableEntries()
     const Values after = CarriedValues(m_folder("a.tif"));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.Make")));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.ImageDescription")));
+    // Of edited pictures one beyond 1 to 8 isn't written: libtiff refuses the whole TIFF.
+    for (const char orientation : {'\0', '\x9', '\x7F', '\1', '\x8'}) {
+        const Case named("orientation", int(orientation));
+        QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, QByteArray(exif).replace(42, 1, &orientation, 1))));
+        const BitmapPtr edited = Picture(m_folder("a.jpg"));
+        QCOMPARE(gflBitmapMarkEdited(edited.get(), edited.get(), nullptr, 0), int(GFL_NO_ERROR));
+        QCOMPARE(Save(m_folder("a.tif"), *edited), int(GFL_NO_ERROR));
+        const bool isValid = orientation >= 1 && orientation <= 8;
+        const QByteArray expected = isValid ? QByteArray(1, orientation) + '\0' : QByteArray();
+        QCOMPARE(ValueBytes(m_folder("a.tif"), "Exif.Image.Orientation"), expected);
+    }
 }
 
 void tst_Metadata::profileOfTheRightKind()

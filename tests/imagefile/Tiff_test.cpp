@@ -421,7 +421,7 @@ void tst_Tiff::writtenFilesAreCorrect()
             }
 }
 
-// Pictures large enough for several threads, whole and damaged in two strips: the first is reported.
+// Pictures large enough for several threads, intact and with two damaged strips: the first one is reported.
 void tst_Tiff::anyThreads()
 {
     constexpr int kSide = 1101;

@@ -27,7 +27,7 @@ struct Format {
 
 constexpr double kExact = 0.0;
 constexpr double kRounded = 1.01 / 65535; // single precision may round a half in the other direction
-constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the greatest channel
+constexpr double kMantissa = 0.5 / 128;   // 8 bits, the first of which is set in the largest channel
 
 const Format kFormats[] = {
     {"tiff", 0, true, true, true, true, true, kExact},         {"tiff", 2, true, true, true, true, true, kExact},
@@ -372,7 +372,7 @@ void tst_Writing::generatedRows()
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
-// Packed by both compressors: the fast one's files are equal in content, and at most 6 % larger.
+// Both compressors: the fast one's files have equal content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
     constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;

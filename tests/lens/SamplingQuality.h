@@ -1,4 +1,4 @@
-// Quality of samplings: how well waves and edges are preserved by the correction of a wide-angle lens.
+// Sampling quality: how well the correction of a wide-angle lens preserves waves and edges.
 #pragma once
 
 #include "CorrectionTwin.h"

@@ -385,21 +385,21 @@ void tst_FittedProcess::formats_data()
     QTest::addColumn<int>("channels");
     QTest::addColumn<double>("gamma"); // of its ICC profile; 0: none
     QTest::addColumn<int>("resultBits");
-    QTest::addColumn<double>("value"); // of a result of 0.4 and, with alpha, half opaque
+    QTest::addColumn<double>("value"); // expected for 0.4, half opaque if there is alpha
     QTest::addColumn<QString>("assumed");
     // Names begin with the format.
     QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
     QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "transparent pixels are black"_s;
     QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();
     QTest::newRow("png, alpha") << 16 << 4 << 0.0 << 16 << 0.4 << QString();
-    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "curve of sRGB"_s;
+    QTest::newRow("png, floats") << 32 << 3 << 0.0 << 16 << LightToSrgb(0.4) << "sRGB curve"_s;
     QTest::newRow("png, gray floats with profile") << 32 << 1 << 1.8 << 16 << 0.4 << "from 0 to 1"_s;
     QTest::newRow("exr, 8 bits") << 8 << 3 << 0.0 << 32 << SrgbToLight(0.4) << "treated as sRGB"_s;
     QTest::newRow("exr, 16 bits with alpha and profile") << 16 << 4 << 1.8 << 32 << std::pow(0.4, 1.8) << QString();
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
 }
 
-/// A flat picture, whose values no position changes.
+/// A flat picture, so that positions don't affect the values.
 void tst_FittedProcess::formats()
 {
     QFETCH(const int, bits);
@@ -411,7 +411,7 @@ void tst_FittedProcess::formats()
     TiffRaster source = BlankRaster(300, 200, channels, bits);
     for (size_t i = 0; i < source.values.size(); ++i)
         source.values[i] = float((channels == 4 && i % 4 == 3 ? 0.5 : 0.4) * (bits == 32 ? 1.0 : (1 << bits) - 1.0));
-    if (bits == 32) // not in the range of tables
+    if (bits == 32) // outside the range of the tables
         std::fill_n(source.values.begin(), source.values.size() / 8, std::numeric_limits<float>::quiet_NaN());
     const QString path = Put(source, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     void *record = Record({{"Disto"_s, "1"_s}, {"Framing"_s, "1.2"_s}, {"Format"_s, format}, {"Quality"_s, "100"_s}});

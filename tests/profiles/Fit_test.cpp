@@ -261,7 +261,7 @@ void tst_Fit::frames()
 void tst_Fit::unknownRotation()
 {
     const FitResult fit = Fit(Profile({Entry()}), Facts({2000, 3000}), {});
-    for (const char *text : {"the lens's center is assumed in the middle", "tangential terms are left out"})
+    for (const char *text : {"the lens's center is assumed to be in the middle", "tangential terms are left out"})
         QVERIFY2(fit.assumed.contains(QLatin1String("rotated in an unknown direction: ") + QLatin1String(text)), text);
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));

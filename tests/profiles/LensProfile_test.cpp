@@ -1,8 +1,8 @@
 // Profiles in all spellings: each gives the same entries, and problems are reported with their line.
 #include "Case.h"
+#include "InputLimits.h"
 #include "LensProfile.h"
 #include "SpelledProfile.h"
-#include "XmlLimits.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,4 +1,4 @@
-// The translations compared with the sources: complete, with all place markers, in all languages.
+// Compares translations with the sources: every language is complete and has all placeholders.
 #include <QDir>
 #include <QDomDocument>
 #include <QProcess>
@@ -34,7 +34,7 @@ QMap<QString, QDomElement> Messages(const QString &path)
     return messages;
 }
 
-/// Place markers of a text, and its accelerator: a translation has the same ones.
+/// Placeholders of a text, and its accelerator, which translations must keep.
 QStringList Markers(const QString &text)
 {
     QStringList markers;

@@ -23,7 +23,7 @@ namespace {
 const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
-/// Returns the processors that the calling thread may run on.
+/// Returns the processors on which the calling thread may run.
 int Allowed()
 {
     cpu_set_t set;

@@ -24,7 +24,7 @@ struct RecordedLevel {
     unsigned processors;
 };
 
-/// A machine whose processors differ only in their identifiers. By default any thread may run on all of them.
+/// A machine whose processors differ only in their identifiers. By default any thread may run on any of them.
 class RecordedMachine : public CpuMachine {
 public:
     enum Vendor { Intel, Amd };

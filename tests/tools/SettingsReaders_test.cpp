@@ -1,9 +1,9 @@
 #include "Case.h"
 #include "Files.h"
+#include "InputLimits.h"
 #include "KSRFromKSRs.h"
 #include "KSRFromQHash.h"
 #include "KSRFromXMLFile.h"
-#include "XmlLimits.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

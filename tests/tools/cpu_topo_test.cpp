@@ -229,7 +229,7 @@ void tst_CpuTopo::failures()
 
 void tst_CpuTopo::processorName()
 {
-    // Without extended leaves; and forty-eight characters with leading blanks and no zero at the end.
+    // No extended leaves; 48 characters with leading spaces and no terminating zero.
     for (const QByteArray &name : {QByteArray(), QByteArray("      Some Processor of forty-eight characters X")}) {
         const Case named(name);
         RecordedMachine machine(R::Intel, 2, {0});

@@ -1,4 +1,4 @@
-// Answers to modal windows in tests of widgets.
+// Answers modal windows in widget tests.
 #pragma once
 
 #include <QtTest>

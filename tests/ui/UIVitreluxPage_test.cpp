@@ -1,4 +1,4 @@
-// The plug-in's wizard page, used like a user would, compared with runs of the process itself.
+// The plug-in's wizard page, driven as a user would, compared with runs of the process itself.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"
@@ -91,7 +91,7 @@ public:
             values.append(e.attribute(QLatin1String(key)));
         return values.join(QLatin1Char(' '));
     }
-    /// "100": of the three correction boxes, the first is.
+    /// Returns the state of the three correction boxes; "100": only the first one.
     template <typename Is> QString Boxes(Is is) const
     {
         QString text;
@@ -361,7 +361,7 @@ void tst_UIVitreluxPage::quickToggles()
         const QByteArray name = QByteArray::number(toggles) + " toggles: ";
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QSignalSpy renders(desk.worker, &QThread::started), told(desk.page, &QWizardPage::completeChanged);
-        for (int i = 0; i < toggles; ++i) { // without the event loop: the end of a render is not noticed meanwhile
+        for (int i = 0; i < toggles; ++i) { // without the event loop: so the end of a render goes unnoticed
             box->click();
             if (toggles == 5)
                 desk.worker->wait(); // the next render starts before the page is notified of the end of this one
@@ -407,7 +407,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
-// The profile found by a fitted render is shown but not stored as a choice; a chosen one may have any spelling.
+// The profile found by a fitted render is shown but not stored as a choice; a chosen one may use any XML form.
 void tst_UIVitreluxPage::fittedFinds()
 {
     using namespace profiletext;

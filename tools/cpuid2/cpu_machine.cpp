@@ -56,7 +56,9 @@ CpuMachine::~CpuMachine() = default;
 CpuMachine &CurrentCpuMachine()
 {
     static ThisMachine thisMachine;
-    return s_machine ? *s_machine : thisMachine;
+    if (s_machine)
+        return *s_machine;
+    return thisMachine;
 }
 
 void SetCpuMachine(CpuMachine *machine)

@@ -366,7 +366,7 @@ int SetGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu)
 int ClearGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu)
 {
     if (cpu / 8 >= mask->maxByteLength)
-        return PastMask("Error: Wanted cpu %d but mask only supports up to %d cpus at %s %d. Bye\n", *mask, cpu,
+        return PastMask("Error: Wanted cpu %u but mask only supports up to %u cpus at %s %d. Bye\n", *mask, cpu,
                         __LINE__);
     mask->bits[cpu / 8] = static_cast<unsigned char>(mask->bits[cpu / 8] & ~(1u << (cpu % 8)));
     return 0;
@@ -381,7 +381,7 @@ unsigned char TestGenericAffinityBit(const GenericAffinityMask *mask, unsigned c
 {
     if (cpu / 8 < mask->maxByteLength)
         return mask->bits[cpu / 8] >> (cpu % 8) & 1;
-    PastMask("Error: Wanted cpu %d but mask only supports up to %d cpus at %s %d. Bye\n", *mask, cpu, __LINE__);
+    PastMask("Error: Wanted cpu %u but mask only supports up to %u cpus at %s %d. Bye\n", *mask, cpu, __LINE__);
     return 255;
 }
 

@@ -121,7 +121,7 @@ unsigned SlectOrdfromPkg(int package, int core, int thread);
 int GetHWMTConfig(unsigned package);
 /// Returns the size in bytes; 0 below leaf 4.
 unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf);
-/// Returns the processor's name, with the leading blanks that some store. Needs no topology, binds nothing.
+/// Returns the processor's name, with the leading spaces that some store. Needs no topology, binds nothing.
 const char *GetCpuDescription();
 
 // --- Steps of InitCpuTopology() ---

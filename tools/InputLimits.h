@@ -1,0 +1,39 @@
+// All limits on input files other than pictures, with their reasons. Those for pictures are in
+// imagefile/core/limits.h, because that layer depends on no other.
+#pragma once
+
+#include <QtGlobal>
+
+// ---- XML: profiles and settings. Checked before a tree is built. ----
+
+/// Far above the needs of profiles and settings: a profile entry takes about 5 KB, 8 levels and 70 nodes. A tree is
+/// destroyed recursively, one stack frame per level, and takes about 300 bytes per node, so an unlimited file could
+/// exhaust stack or memory.
+constexpr qint64 kMaxXmlBytes = qint64(16) << 20;
+constexpr int kMaxXmlDepth = 256;
+constexpr int kMaxXmlNodes = 500000;
+
+/// Notes about one profile; the last one says that the limit was reached. A damaged file may give one per value.
+constexpr int kMaxProfileNotes = 1000;
+
+// ---- Profile heads, which the index reads from each file in a folder. ----
+
+constexpr int kMaxHeadDepth = 64;       // nested elements; profiles have 12
+constexpr int kMaxHeadAlternates = 100; // names and numbers of one lens
+constexpr int kMaxHeadText = 4096;      // characters of one field
+
+// ---- Profile folders and their index ----
+
+constexpr int kMaxIndexedProfiles = 100'000; // an index of 60 MB; the largest collection known has 6,000
+constexpr int kMaxFolderDepth = 32;          // nested folders; the walk is recursive
+constexpr qint64 kMaxIndexCacheBytes = qint64(256) << 20;
+
+// ---- User files ----
+
+constexpr qint64 kMaxSettingsBytes = qint64(1) << 20; // ours have a few kilobytes
+
+/// A picture list: a million names of 256 bytes. A device such as /dev/zero never ends.
+constexpr qint64 kMaxListBytes = qint64(256) << 20;
+
+/// One line of a report: a JSON object of a few kilobytes.
+constexpr qint64 kMaxRecordBytes = qint64(16) << 20;

@@ -44,8 +44,8 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        // System: dangling links, which then fail with a reason. The suffixes are compared here, because QDir's patterns
-        // match nothing if memory runs out.
+        // System: dangling links, which then fail with a reason. The suffixes are compared here, because QDir's
+        // patterns match nothing if memory runs out.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))

@@ -71,7 +71,7 @@ struct FormatRow {
     QLatin1String suffixes;
 };
 
-constexpr FormatRow kFormats[] = {
+const FormatRow kFormats[] = {
     {QLatin1String("tiff"), QLatin1String("tiff tif")},
     {QLatin1String("jpeg"), QLatin1String("jpg jpeg")},
     {QLatin1String("png"), QLatin1String("png")},

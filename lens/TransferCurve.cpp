@@ -74,6 +74,9 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
     return true;
 }
 
+/// The powers of curves in use, with a margin. Floats above 1 to a steeper one, from a damaged profile, would overflow.
+constexpr double kFlattest = 0.25, kSteepest = 4.0;
+
 /// Returns the formula that the points follow, if there are enough of them to recognize it.
 std::optional<Formula> FormulaOf(const std::vector<double> &light)
 {
@@ -82,7 +85,7 @@ std::optional<Formula> FormulaOf(const std::vector<double> &light)
         return std::nullopt;
     const size_t middle = light.size() / 2;
     const double gamma = std::log(light[middle] / light.back()) / std::log(double(middle) / double(light.size() - 1));
-    if (const Formula power = {gamma, 0.0, 0.0, 0.0}; gamma > 0.0 && std::isfinite(gamma) && Follows(light, power))
+    if (const Formula power = {gamma, 0.0, 0.0, 0.0}; kFlattest <= gamma && gamma <= kSteepest && Follows(light, power))
         return power;
     const auto known = std::find_if(std::begin(kKnown), std::end(kKnown),
                                     [&](const Formula &formula) { return Follows(light, formula); });
@@ -96,7 +99,6 @@ public:
     {
         const double last = m_light.back(), before = m_light[m_light.size() - 2];
         const double slope = (last - before) * double(m_light.size() - 1) / last;
-        constexpr double kFlattest = 0.25, kSteepest = 4.0;
         m_power = std::clamp(slope, kFlattest, kSteepest);
         const auto white = std::lower_bound(m_light.begin(), m_light.end(), last);
         m_white = double(white - m_light.begin()) / double(m_light.size() - 1);

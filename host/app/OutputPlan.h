@@ -52,6 +52,6 @@ QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
-/// one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base name,
-/// such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
+/// one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base
+/// name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

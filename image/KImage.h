@@ -103,12 +103,11 @@ public:
 
     // --- Files (KImage_File.cpp) ---
 
-    /// Replaces the image with a file, as @p type at the file's depth; with @p thumbnail, with its cheapest small
-    /// version.
+    /// Replaces the image with a file, as @p type at its depth; with @p thumbnail, with its cheapest small version.
     void Read(QString fileName, unsigned short type, bool thumbnail);
-    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits. ID_ReadReduced then
-    /// resizes it.
+    /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
+    /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
     /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);

@@ -13,7 +13,7 @@ namespace {
 qint64 DecoderBytes(const QString &fileName)
 {
     constexpr qint64 kCoefficients = 3 * 2; // of a progressive JPEG, at full color resolution
-    constexpr qint64 kSamples = 3 * 4;      // of JPEG 2000; camera raw needs 10
+    constexpr qint64 kSamples = 3 * 4;      // of JPEG 2000, 32 bits each; camera raw needs 10 bytes
     const QString suffix = QFileInfo(fileName).suffix().toLower();
     if (suffix == QLatin1String("tif") || suffix == QLatin1String("tiff") || suffix == QLatin1String("png"))
         return 0;

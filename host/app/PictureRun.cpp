@@ -118,15 +118,17 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
 
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
-    const auto forget = qScopeGuard([&] { // this name is not used again
-        try {
-            application->Forget(admitted);
-        } catch (const std::bad_alloc &) { // the description stays until the program ends
-        }
-    });
-    gflSetSyncedByCaller(replaces && IsThere(target.Path())); // see ReplacedFile
-    const auto reset = qScopeGuard([] { gflSetSyncedByCaller(0); });
-    const QString result = Process(process, record, planned, folder, admitted);
+    const QString result = [&] {
+        const auto forget = qScopeGuard([&] { // this name is not used again; and frees memory while the disk works
+            try {
+                application->Forget(admitted);
+            } catch (const std::bad_alloc &) { // the description stays until the program ends
+            }
+        });
+        gflSetSyncedByCaller(replaces && IsThere(target.Path())); // see ReplacedFile
+        const auto reset = qScopeGuard([] { gflSetSyncedByCaller(0); });
+        return Process(process, record, planned, folder, admitted);
+    }();
     if (check)
         check();
     if (rules.keepTime)

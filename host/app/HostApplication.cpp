@@ -222,7 +222,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
     // Workers create records too, so access is locked. Separate objects would read the file every time, and Qt crashes
     // if memory runs out while it creates one.
     const QVariant value = [&] {
-        const QMutexLocker locker(&m_settingsMutex);
+        const std::lock_guard<std::mutex> lock(m_settingsMutex);
         return m_settings.value(SettingPath(uid, key), defaultValue);
     }();
     return m_adapt ? m_adapt(key, value) : value;
@@ -230,7 +230,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
 
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
-    const QMutexLocker locker(&m_settingsMutex);
+    const std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_settings.setValue(SettingPath(uid, key), value);
 }
 
@@ -272,7 +272,7 @@ KImageInstances *HostApplication::ImageInstances()
 KIImageDef *HostApplication::ImageDefOf(QString fileName)
 {
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_usedInstead.find(fileName);
         if (found != m_usedInstead.end())
             return found->second;
@@ -283,7 +283,7 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
     const QString path = AbsolutePath(fileName);
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Picture &picture = m_pictures[path];
     if (picture.image)
         return picture;
@@ -310,7 +310,7 @@ bool HostApplication::IsGray(const QString &fileName)
 
 void HostApplication::ForgetImages()
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (const auto &[path, picture] : m_pictures) {
         if (!picture.own)
             ImageDef::Delete(picture.image);
@@ -320,7 +320,7 @@ void HostApplication::ForgetImages()
 
 void HostApplication::UseInstead(const QString &fileName, KIImageDef *image)
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (image)
         m_usedInstead[fileName] = image;
     else
@@ -335,7 +335,7 @@ HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdap
 void HostApplication::Forget(const QString &fileName)
 {
     const QString path = AbsolutePath(fileName);
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     ImageDef::Delete(path);
     m_pictures.erase(path);
 }

@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 /// Makes Qt work without a display and without the plug-ins that a desktop session loads into every Qt program. Called
@@ -103,8 +104,8 @@ private:
     bool m_isStopped = false;
     QString m_settingsProblem;
     QSettings m_settings;
-    QMutex m_settingsMutex;                        // plug-ins read on any thread
-    QMutex m_mutex;                                // guards the next two
+    std::mutex m_settingsMutex;                    // plug-ins read on any thread
+    std::mutex m_mutex;                            // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_usedInstead; // not owned
     SettingAdapter m_adapt;

@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "OwnFolders.h"
 #include "Threads.h"
+#include "analytics/BinaryJson.h"
 #include "analytics/KAnalyticsDb.h"
 #include "analytics/KAnalyticsFile.h"
 #include "analytics/KAnalyticsManager.h"
@@ -93,6 +94,7 @@ private Q_SLOTS:
     void databaseKeepsEvents();
     void damagedDatabase_data();
     void damagedDatabase();
+    void binaryForms();
     void binaryFile();
     void storeAndIdentifier();
     void duplicateAndDeletedProviders();
@@ -230,6 +232,26 @@ void tst_Analytics::damagedDatabase()
     const QString id = m_db->userId(/*create=*/true);
     QCOMPARE(Names(OpenAnew().allEvents()), isDamaged ? QStringLiteral("1:new") : QStringLiteral("1:old 2:new"));
     QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
+}
+
+// Qt's writer is the other side.
+void tst_Analytics::binaryForms()
+{
+    const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},
+                               {QString::fromUtf8("\xE9\x8D\xB5"), QString::fromUtf8("\xE5\x80\xA4")}};
+    const QJsonArray numbers = {0, -1, 67108863, -67108864, 67108864, 1e300, -0.1};
+    const QJsonObject root = {{QStringLiteral("array"), QJsonArray{numbers, QJsonArray(), QJsonObject(), true, false}},
+                              {QStringLiteral("object"), inner},
+                              {QStringLiteral("long"), QString(40000, QLatin1Char('l'))},
+                              {QString(), QString()}};
+    QCOMPARE(ObjectOfBinaryJson(QJsonDocument(root).toBinaryData()), root);
+    QCOMPARE(ObjectOfBinaryJson(QJsonDocument(numbers).toBinaryData()), QJsonObject());
+
+    QByteArray bytes = StoreBytes();
+    for (int length = 0; length < bytes.size(); ++length)
+        QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));
+    const QByteArray itself = QByteArray::fromHex("16000000030000000C00000010000000150000000000");
+    QVERIFY(ObjectOfBinaryJson(bytes.left(8) + itself).isEmpty()); // an object within itself
 }
 
 void tst_Analytics::binaryFile()

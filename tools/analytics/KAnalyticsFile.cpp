@@ -1,5 +1,6 @@
 #include "KAnalyticsFile.h"
 
+#include "BinaryJson.h"
 #include "KAnalyticsEvent.h"
 
 #include <QFile>
@@ -53,7 +54,7 @@ QJsonObject KAnalyticsFile::currentJSonRoot()
             return {};
         bytes = file.readAll();
     }
-    return QJsonDocument::fromBinaryData(bytes).object(); // empty if the data isn't of this form
+    return ObjectOfBinaryJson(bytes);
 }
 
 void KAnalyticsFile::saveJSonRoot(QJsonObject &root)

@@ -12,18 +12,19 @@
 #include "gfl.h"
 
 #include <QDir>
-#include <QMutex>
 #include <QThread>
+
+#include <mutex>
 
 namespace {
 
 /// Returns a fitter shared by all users of the same folders, so that the threads of a job read the index once.
 std::shared_ptr<PictureFitter> FitterOf(const QStringList &folders)
 {
-    static QMutex mutex;
+    static std::mutex mutex;
     static std::shared_ptr<PictureFitter> fitter;
     static QStringList fitterFolders;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (!fitter || fitterFolders != folders)
         fitter = std::make_shared<PictureFitter>(folders);
     fitterFolders = folders;

@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
 #include <QStandardPaths>
 
 #include <cmath>
@@ -199,7 +198,7 @@ PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 {
     const QFileInfo info(path); // a host may run for days while users replace profiles
     const qint64 changed = info.lastModified().toMSecsSinceEpoch();
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (int i = 0; i < m_read.size(); ++i) {
         if (m_read[i].path == path && m_read[i].size == info.size() && m_read[i].changed == changed) {
             m_read.move(i, 0);
@@ -219,7 +218,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     QVector<IndexedProfile> profiles;
     QVector<UnreadPath> unread;
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_scanned)
             m_index.Scan(m_folders);
         m_scanned = true;

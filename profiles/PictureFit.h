@@ -4,11 +4,11 @@
 #include "Fit.h"
 #include "ProfileMatch.h"
 
-#include <QMutex>
 #include <QStringList>
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
 /// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
@@ -46,7 +46,7 @@ private:
                                                                      const FitOptions &options);
 
     const QStringList m_folders;
-    QMutex m_mutex; // guards all members below
+    std::mutex m_mutex; // guards all members below
     ProfileIndex m_index;
     bool m_scanned = false;
     QVector<ReadFile> m_read; // the most recent ones, newest first

@@ -96,9 +96,9 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!IsInside(y, this->height()) || !Fits(y, height, this->height()))
         KThrow(kInvalidParameter);
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
-        KThrow(kInvalidParameter); // it would be written beyond the target's rows
+        KThrow(kInvalidParameter); // would be written beyond the target's rows
 
-    // The first access to the pages of a large target takes longer than the conversion, and benefits from threads too.
+    // The first access to the pages of a large target takes longer than the conversion, and threads speed it up too.
     constexpr qint64 kPixelsWorthThreads = 1 << 20;
     const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
     const Form from = FormOf(*this), to = FormOf(target);

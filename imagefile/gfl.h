@@ -4,7 +4,7 @@
 //  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result if no error number
 //    is returned; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
-//    layer, whatever its type; a lack of memory anywhere gives GFL_ERROR_NO_MEMORY.
+//    layer, whatever its type; running out of memory gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
 //  - A failed load leaves its outputs empty: null pointers, zeroed records.
 #pragma once
@@ -151,8 +151,8 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 /// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied:
 /// see gflBitmapMarkEdited.
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and makes its metadata
-/// true of the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
+/// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and updates its metadata
+/// to match the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
 ///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF, unless that is damaged,
 ///    which is left out.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
@@ -162,9 +162,9 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
                                 std::uint32_t count);
-/// Replaces the profile of @p target by that of @p source, or by none.
+/// Replaces the profile of @p target with that of @p source, or with none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Replaces the block of @p target by a copy of @p data; null removes it.
+/// Replaces the block of @p target with a copy of @p data; null removes it.
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kLargestSide = 8;
-constexpr int kBlockPixels = 64;          // readers load whole blocks, past the last pixel
+constexpr int kBlockPixels = 64;          // whole blocks are read, past the last pixel
 constexpr double kPlaceTolerance = 0.003; // pixels
 constexpr double kGainTolerance = 5e-5;
 

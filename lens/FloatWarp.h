@@ -34,7 +34,8 @@ public:
     /// Returns the best instruction set of this CPU.
     static Instructions BestInstructions();
 
-    /// @p source must satisfy Serves; if only RenderFrom is called, it may have any form, since only its size counts.
+    /// @p source must satisfy Serves; if only RenderFrom is called, it may have any form, because only its size is
+    /// used.
     FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source);
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.

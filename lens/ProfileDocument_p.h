@@ -7,9 +7,9 @@
 /// The reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
-    NotOpened,     ///< or not read to its end
-    Refused,       ///< beyond the limits of InputLimits.h, or with entity declarations; no document
-    NotWellFormed, ///< the document holds the part before the error, perhaps nothing
+    NotOpened,     ///< or can't be read to its end
+    Refused,       ///< exceeds the limits of InputLimits.h or declares entities; no document
+    NotWellFormed, ///< the document holds the part before the error, possibly nothing
 };
 
 /// An .lcp file after parsing.

@@ -13,7 +13,7 @@
 struct ProfileReportModel {
     QString name; ///< in plain English: "distortion", "green", "red against green", "blue against green", "vignette"
     LensParam values; ///< values.found: whether the profile has it
-    QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't, or without a model
+    QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't or there is no model
 };
 
 /// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.
@@ -29,7 +29,7 @@ struct ProfileReport {
     QString model;       ///< of the camera, as in the picture's metadata
     QString camera;      ///< the name for display
     QString lens;
-    std::optional<double> focalLengthMm; ///< of the first entry, as the next two
+    std::optional<double> focalLengthMm; ///< of the first entry, like the next two
     std::optional<double> fNumber;
     std::optional<double> focusDistanceM;
 

@@ -61,7 +61,7 @@ struct FloatPlane {
     }
 };
 
-/// The columns of a box that lie inside the picture; if none do, the one nearest to it.
+/// The columns of a box that lie inside the picture; if none do, the nearest one.
 struct Inside {
     Inside(const BoxShape &shape, int pictureWidth)
         : first(std::clamp(-shape.bounds.left, 0, shape.width - 1)),

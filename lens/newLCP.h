@@ -24,7 +24,7 @@ public:
     newLCP(const QString &fileName, bool &ok);
     /// As above. @p whyNotRead is set if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
-    /// Reads a parsed profile from its root element; @p ok as above.
+    /// Reads a parsed profile from its root element; sets @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 
     /// Sets sensorFormatFactor to 1, scale, sizes and modelKind to 0.

@@ -18,11 +18,11 @@ QString WhyRefused(const PictureFacts &facts);
 /// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
-    const char *name; // in messages
+    const char *name; // for messages
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // by an earlier run of ours, without success
+    bool tried; // an earlier run of ours failed to correct it
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 

@@ -25,7 +25,7 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-/// Returns a twin of the unframed correction, for positions only.
+/// Returns a CorrectionTwin of the unframed correction, for positions only.
 CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;
@@ -116,7 +116,7 @@ private:
     std::vector<Point> m_points;
 };
 
-/// Finds the position in the unframed corrected picture that shows a place of the source. False if there is none.
+/// Finds the position in the unframed corrected picture that shows a position of the source. False if there is none.
 bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
@@ -164,7 +164,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
-    // The picture is full even at the smallest zoom. A smaller one would do, so the bound applies.
+    // The picture is full even at the smallest zoom. A smaller one would also fill it, so the bound applies.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;

@@ -29,7 +29,7 @@ struct PictureFacts {
     Fact<QString> lensMake;
     QVector<Fact<QString>> lensIds; // the maker's lens IDs, as text
     Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
-    Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // distance: infinite is a value
+    Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // the distance may be infinite
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // of the original's long side

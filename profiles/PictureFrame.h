@@ -16,7 +16,7 @@ constexpr double kMaxFrameRatio = 1.04;
 /// Returns the long side of the frame with the given crop factor and proportions; 0 if a value is missing.
 double LongSideMm(double factor, double width, double height);
 
-/// Returns the camera's crop factor from the table of cameras; 0 if it is unknown. Any thread.
+/// Returns the camera's crop factor from the table of cameras; 0 if it is unknown. Thread-safe.
 double CameraFactor(const QString &make, const QString &model);
 
 /// A vector in the axes of the sensor or of the picture, x to the right and y down.

@@ -114,7 +114,7 @@ template <typename D> constexpr D Saturate(float value)
     }
 }
 
-/// The same, truncated towards zero.
+/// Same, but truncated toward zero.
 template <typename D> constexpr D Truncate(float value)
 {
     if constexpr (std::is_floating_point_v<D>)
@@ -123,7 +123,7 @@ template <typename D> constexpr D Truncate(float value)
         return static_cast<D>(static_cast<int>(Limit<D>(value)));
 }
 
-/// The same for integers.
+/// Same, for integers.
 template <typename D, typename V> constexpr std::enable_if_t<std::is_integral_v<V>, D> Saturate(V value)
 {
     constexpr V kMin = std::numeric_limits<D>::min();

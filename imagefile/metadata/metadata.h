@@ -19,8 +19,8 @@ struct Metadata {
     Bytes xmp;            // packet, UTF-8
 };
 
-/// Reads all four parts with Exiv2, for the formats that it supports; none for others. Damaged metadata never fails a
-/// picture: the readable part is kept, and gflLastWarningText reports the rest. A source that can't be read gives
+/// Reads all four parts with Exiv2, for the formats that it supports; none for others. Damaged metadata is never an
+/// error: the readable part is kept, and gflLastWarningText reports the rest. A source that can't be read gives
 /// GFL_ERROR_FILE_READ. Throws only std::bad_alloc. Never decodes pixels.
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 

@@ -11,7 +11,7 @@
 namespace imagefile {
 
 /// An open TIFF. The destructor closes it; nothing is ever printed. If opening or setting fields throws std::bad_alloc,
-/// the handle can't be used any more; libtiff's memory for it, usually a few KB, may leak.
+/// the handle becomes unusable; libtiff's memory for it, usually a few KB, may leak.
 class TiffHandle {
 public:
     TiffHandle();

@@ -171,7 +171,7 @@ FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 #undef FITTED
 #undef FITTED_WITH
 
-/// The plain definition, for comparison.
+/// The plain twin, for comparison.
 void BM_WarpPlainly(benchmark::State &state)
 {
     newLCP lcp = Profile(kPerspective);

@@ -272,7 +272,7 @@ public:
         const bool plain = m_job.TheKind().sampling == nullptr;
         Bytes packed[2];
         for (auto &part : packed)
-            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4); // pages are touched only where filled
+            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4); // only filled pages take memory
         const double start = Now();
         (m_job.TheKind().bits == 8 ? DecodeJpeg : DecodeTiff)(m_job);
         const double decoded = Now();

@@ -1,5 +1,5 @@
-// Measures how well each sampling preserves waves and edges through a wide-angle lens. Prints a table and plots to the
-// SVG file named on the command line.
+// Measures how well each sampling method preserves waves and edges when a wide-angle lens is corrected. Prints a table
+// and plots to the SVG file named on the command line.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"

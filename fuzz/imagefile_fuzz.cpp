@@ -66,7 +66,7 @@ void TryThumbnail(const char *path, const GFL_LOAD_PARAMS &params)
     gflFreeBitmap(bitmap);
 }
 
-/// Compares the information with the loaded picture.
+/// Compares the file information with the loaded picture.
 void TryInformation(const char *path, const GFL_BITMAP *bitmap)
 {
     GFL_FILE_INFORMATION info;
@@ -109,7 +109,7 @@ FUZZ_TARGET(imagefile)
     if (bitmap) {
         Check(*bitmap);
         TryMetadata(bitmap);
-        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // those that carry metadata
+        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // formats that store metadata
         TrySaving(*bitmap, kFormats[(options >> 3) & 3]);
     }
     gflFreeBitmap(bitmap);

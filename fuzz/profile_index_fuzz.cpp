@@ -25,7 +25,7 @@ struct Folder {
         ProfileIndex(cache).Scan({lenses});
         QFile file(cache);
         Require(file.open(QIODevice::ReadOnly));
-        head = file.read(2 * sizeof(quint32)); // the mark and the version
+        head = file.read(2 * sizeof(quint32)); // the magic number and the version
     }
 
     QTemporaryDir dir;
@@ -52,6 +52,6 @@ FUZZ_TARGET(profile_index)
     Write(folder.cache, isWhole ? rest : WithChecksum(folder.head, rest));
     ProfileIndex index(folder.cache);
     Require(index.Scan({folder.lenses}) && index.Profiles().size() == 1 && index.FilesRead() <= 1);
-    ProfileIndex again(folder.cache); // as written by the first
+    ProfileIndex again(folder.cache); // reads the cache that the first one wrote
     Require(again.Scan({folder.lenses}) && again.FilesRead() == 0);
 }

@@ -20,7 +20,7 @@ int AnySide(Input &input)
 
 FUZZ_TARGET(resize)
 {
-    constexpr qint64 kMostPixels = 1 << 18; // larger sizes take only longer
+    constexpr qint64 kMostPixels = 1 << 18; // larger sizes only take longer
     StartKernel();
     Input input(data, size);
     KImage image = AnyImage(input);

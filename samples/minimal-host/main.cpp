@@ -1,5 +1,5 @@
-// The smallest host: corrects one picture with a given profile or, on request, with the one found. docs/host-guide.md
-// documents the order of calls.
+// A minimal host: corrects one picture with a given profile or, on request, with one found automatically.
+// docs/host-guide.md documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIImageDef.h"
@@ -121,7 +121,7 @@ static bool IsWellFormed(const QString &profile)
 struct Task {
     bool isFitted;
     QString picture;
-    QString profile; // empty: fitted, by the profile found
+    QString profile; // empty: fitted, with a profile found automatically
 };
 
 static QDomElement ChoiceOf(const Task &task, QDomDocument &document)

@@ -28,7 +28,7 @@ struct FacadePlan {
     double horizon;                   ///< height of the eye
     double bottom;                    ///< of the picture
     double width;                     ///< of the picture
-    std::vector<double> lengthStrips; ///< dark strips that run away from the eye, in tiles from the middle
+    std::vector<double> lengthStrips; ///< dark strips that recede from the eye, in tiles from the middle
     std::vector<int> crossStrips;     ///< rows of dark tiles, counted from the eye
 };
 

@@ -294,8 +294,7 @@ void tst_KImageTone::unsharpValues_data()
     QTest::addColumn<float>("amount");
     const std::pair<float, float> rows[] = {
         {0.0f, 1}, {0.1f, 1},  {0.66f, 1}, {0.7f, 1},      {2.0f, -0.5f},
-        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // below 5 / 3: three times it is 4.9999999, not a float
-                                                             // is
+        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // 3 radius is below 5; a float would round to 5
     for (const auto &[radius, amount] : rows)
         QTest::addRow("radius %g, amount %g", double(radius), double(amount)) << radius << amount;
 }

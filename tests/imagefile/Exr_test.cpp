@@ -121,8 +121,8 @@ void tst_Exr::foreignFiles()
         QRect data; // the display window is 16 x 12 at (-3, 2)
     } files[] = {
         {"overscan", ScanLines, {-6, 0, 24, 18}},
-        {"tiles with reduced versions, a part of the picture", Tiles, {1, 5, 7, 6}},
-        {"windows that don't meet", ScanLines, {100, 100, 4, 4}},
+        {"tiles with reduced versions, part of the picture", Tiles, {1, 5, 7, 6}},
+        {"windows that don't overlap", ScanLines, {100, 100, 4, 4}},
         {"layer", Layer, {-3, 2, 16, 12}},
         {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
         {"gray and alpha", GreyAlpha, {-3, 2, 16, 12}},
@@ -147,7 +147,7 @@ void tst_Exr::damagedFiles()
     const QString path = m_folder("a.exr");
     WriteForeign(path.toStdString(), Tiles, {{0, 0}, {15, 11}}, {{0, 0}, {15, 11}});
     const QByteArray good = ReadBytes(path);
-    QCOMPARE(BadCut(good, good.size() / 2), QString()); // reduced versions follow, which are not needed
+    QCOMPARE(BadCut(good, good.size() / 2), QString()); // the reduced versions at the end are not needed
     int error = 0;
     // Every number of the headers made huge or negative: gives an error or a picture.
     for (int at = 4; at + 4 < 600; ++at)

@@ -300,7 +300,7 @@ void tst_Loading::absurdSizes()
     };
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     const QPair<const char *, QByteArray> files[] = {
-        {"widest and highest", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
+        {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
         {"no rows", TiffOf(10, 0, 1)},
         {"gigapixels that the file lacks", TiffOf(40000, 40000, 1)},
         {"deflate bomb", TiffOf(40000, 40000, 8)},
@@ -308,7 +308,7 @@ void tst_Loading::absurdSizes()
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
         {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')},
         {"JPEG", jpeg},
-        {"PNG of nothing", pngOf("000000001EE023CE")},
+        {"PNG without pixels", pngOf("000000001EE023CE")},
         {"largest PNG", pngOf("7FFFFFFF31A254BA")},
         {"PNG bomb", pngOf("00009C40746751D9")}};
     for (const auto &[name, file] : files) {

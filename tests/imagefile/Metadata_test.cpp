@@ -314,13 +314,14 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
             const int text = bytes.indexOf("Raw profile type iptc") + 23;
             bytes = QByteArray::fromHex(qUncompress(QByteArray("\0\2\0\0", 4) + bytes.mid(text)).mid(14));
         }
-        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()), Iptc()); // the whole takes too long
+        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()),
+                 Iptc()); // searching for the whole block takes too long
     }
 }
 
 void tst_Metadata::iptcEntries()
 {
-    // The two forms of ImageMagick 6 in a PNG: IPTC itself, or in a block of Photoshop's resources.
+    // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource with it.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
     const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};

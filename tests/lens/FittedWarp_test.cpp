@@ -181,7 +181,7 @@ void tst_FittedWarp::warpFollowsTheTwin_data()
     }
 }
 
-/// Samples between random pixels: an error of e pixels in a place changes the result by at most e times the gain.
+/// Samples between random pixels: an error of e pixels in the position changes the result by at most e times the gain.
 void tst_FittedWarp::warpFollowsTheTwin()
 {
     QFETCH(QSize, size);
@@ -206,7 +206,7 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const int step = size.width() > 100 ? 7 : 1; // odd, so that it occurs at every column of a block
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // Limits change from one pixel to the next: a place between two pixels may have those of either.
+        // Limits change from one pixel to the next: a position between two pixels may have those of either.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -236,7 +236,7 @@ void tst_FittedWarp::foldsAreEmpty()
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // units of the sharp sampling in which all other places are inside the picture
+    Correction inside; // units of the sharp sampling in which all other positions are inside the picture
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -355,7 +355,7 @@ void tst_FittedWarp::transferCurves_data()
     const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
     QTest::newRow("Adobe RGB") << TransferCurve::Power(563.0 / 256.0) << adobe;
     QTest::newRow("points") << *TransferCurve::FromSamples({Sampled(BentLight, 4097)}) << Function(BentLight);
-    std::vector<double> rounded = Sampled(SrgbLight, 1024); // as profiles have it
+    std::vector<double> rounded = Sampled(SrgbLight, 1024); // as stored in profiles
     for (double &point : rounded)
         point = std::round(point * 65535.0) / 65535.0;
     QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
@@ -503,7 +503,7 @@ std::vector<double> RenderSharp(const std::vector<double> &grey, const Correctio
 
 } // namespace
 
-/// On a ramp the result is the place itself, except for the rounding of phases and values.
+/// On a ramp the result is the sampling position itself, except for the rounding of phases and values.
 void tst_FittedWarp::rampsStayRamps()
 {
     const Correction lens = QualityLens();

@@ -1,4 +1,4 @@
-// Profiles in all spellings: each gives the same entries, and problems are reported with their line.
+// Profiles in all XML forms: each gives the same entries, and problems are reported with their line.
 #include "Case.h"
 #include "InputLimits.h"
 #include "LensProfile.h"

@@ -115,7 +115,7 @@ RadialMap Map(double centerX, double centerY, double scale, double k1, double k2
     return map;
 }
 
-/// The same lens as Profile's.
+/// The lens of Profile().
 Correction FittedLens(Corrections switches)
 {
     Correction correction;

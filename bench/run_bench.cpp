@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// The same, packed like plain pictures.
+/// Same, packed like plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;

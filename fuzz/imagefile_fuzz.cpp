@@ -50,7 +50,7 @@ void TrySaving(const GFL_BITMAP &bitmap, const char *format)
     std::free(file);
 }
 
-/// Reads a thumbnail, also of pictures whose pixels are damaged.
+/// Reads a thumbnail, even of pictures with damaged pixels.
 void TryThumbnail(const char *path, const GFL_LOAD_PARAMS &params)
 {
     constexpr int kSide = 16;

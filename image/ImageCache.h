@@ -49,7 +49,7 @@ public:
     }
     /// Returns the item of an image. Creates one if there is none, or if the cached image of that name was destroyed.
     Item *FindOrMake(ImageDef *def);
-    /// Evicts versions until memory use is below the limit, as far as locks allow. Skips images that are being loaded.
+    /// Evicts unlocked versions until memory use is below the limit. Skips images that are being loaded.
     void AdjustCacheMemory_unlocked();
 
     // Call these without the mutex.

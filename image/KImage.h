@@ -269,7 +269,7 @@ public:
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
     void CleanFisheyeData(double radius, double offsetX, double offsetY);
     /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
-    /// 180 degrees from left to right, latitude 90 to -90 downwards, with the lens pointing at the middle; directions
+    /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle; directions
     /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
     /// degrees; or it is given and spans 180 (for a lens of d degrees pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;

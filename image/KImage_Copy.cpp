@@ -12,7 +12,7 @@ bool IsInside(int position, int size)
     return position >= 0 && position < size;
 }
 
-/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, since the sum may
+/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, because the sum may
 /// overflow.
 bool Fits(int position, int count, int size)
 {
@@ -58,7 +58,7 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
 }
 
 /// Blends t - (t - s) * alpha for the colors of a pixel of @p C channels, with every fourth float from @p alpha on.
-/// Integers are truncated towards zero and clamped: a float alpha may lie outside 0 to 1.
+/// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
     constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the same for one C alone

@@ -90,7 +90,7 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
 }
 
 /// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
-/// and keeps the columns still open, since going by columns would fetch one cache line per pixel.
+/// and keeps the columns still open, because going by columns would fetch one cache line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());

@@ -168,7 +168,7 @@ static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8,
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {
-    std::uint32_t Id; // record << 8 | data set, and perhaps GFL_IPTC_HEXADECIMAL
+    std::uint32_t Id; // record << 8 | data set, possibly with GFL_IPTC_HEXADECIMAL
     char *Name;       // "Caption"
     char *Value;      // the bytes of the data set
 };

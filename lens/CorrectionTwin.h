@@ -29,7 +29,7 @@ public:
     /// Whether red or blue is sampled at another position than green.
     bool SplitsColors() const { return m_correction.red || m_correction.blue; }
 
-    /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, also between pixels.
+    /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.
     SourcePlaces At(double x, double y) const;
     /// Whether the pixel with these sampling positions stays empty: one is outside the picture, or a map is folded.
     bool IsEmpty(const SourcePlaces &places) const;

@@ -48,7 +48,7 @@ public:
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;
 
-    /// Arguments of one call of Render, as the loops need them.
+    /// Arguments of one call to Render, in the form that the loops need.
     struct Band;
 
 private:

@@ -24,7 +24,7 @@
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
 #define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
-/// Arguments of one call of Render, as the loops need them. Rows are counted from the picture's first row.
+/// Arguments of one call to Render, in the form that the loops need. Rows are counted from the picture's first row.
 struct FittedWarp::Band {
     const CorrectionTwin &twin;
     FittedPlaces &places;
@@ -60,7 +60,7 @@ struct Block {
     unsigned char *target;
 };
 
-/// Positions relative to their pixel of the block, at most FittedPlaces::kFar.
+/// Positions relative to their pixel in the block, at most FittedPlaces::kFar.
 struct Places {
     alignas(64) float x[kBlockPixels];
     alignas(64) float y[kBlockPixels];

@@ -27,7 +27,7 @@ struct SharpBlock {
     bool anyEmpty;
 };
 
-/// Working memory of one call of Render.
+/// Working memory of one call to Render.
 template <typename Plane, typename Value> struct SharpScratch {
     SharpBlock block;
     Plane planes[4];

@@ -89,7 +89,7 @@ public:
         float toX, toY;           // and below these have them in memory
     };
     enum class Path { Nothing, GainOnly, OneWarp, RedAndBlue, ThreeWarps };
-    /// Arguments of one call of Render, prepared for the loops.
+    /// Arguments of one call to Render, prepared for the loops.
     struct Band;
 
 private:

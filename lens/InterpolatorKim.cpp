@@ -22,7 +22,7 @@ inline int Truncate(float value)
     return fits ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
-// Channels are accessed through memcpy, since rows of a caller's block may start at any address.
+// Channels are accessed through memcpy, because rows of a caller's block may start at any address.
 
 template <typename T> inline T Value(const unsigned char *pixel, int channel)
 {

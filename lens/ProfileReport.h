@@ -16,7 +16,8 @@ struct ProfileReportModel {
     QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't or there is no model
 };
 
-/// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.
+/// The first entry of a profile, or what could be read of it. Plain data; texts are plain English without a final
+/// period.
 ///
 /// A file is usable if newLCP reads a complete entry with a size from it. Single corrections may still do nothing or
 /// ruin the picture: see `notes`.

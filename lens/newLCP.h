@@ -20,7 +20,7 @@ public:
     /// @param ok  true if the file holds a profile, false if not: no rdf:li on the path of first child elements, an
     /// rdf:li without rdf:parseType="Resource" or without a model element, not XML, or XML beyond the limits of
     /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
-    /// is used as far as it goes.
+    /// is used up to where it ends.
     newLCP(const QString &fileName, bool &ok);
     /// As above. @p whyNotRead is set if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);

@@ -62,7 +62,7 @@ std::string Fraction(const Exiv2::Value &value)
     return std::to_string(under < 0 ? -over : over) + '/' + std::to_string(std::abs(under));
 }
 
-// Returns whole degrees and minutes, however the file splits them: "45° 30' 7.5\"".
+// Returns whole degrees and minutes, regardless of how the file splits them: "45° 30' 7.5\"".
 std::string Degrees(const Exiv2::Value &value)
 {
     if (value.count() < 3)

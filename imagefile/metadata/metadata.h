@@ -46,8 +46,8 @@ void StartExiv2();
 /// packet iterates over the table without it. So hold this lock shared while reading and exclusively while writing.
 std::shared_mutex &XmpNamespaces();
 
-/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied for lack of
-/// memory, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
+/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied because memory
+/// is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};

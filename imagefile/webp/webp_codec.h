@@ -18,7 +18,7 @@ struct WebpLayout {
     int frameWidth = 0, frameHeight = 0;
     bool isAnimated = false;
     bool hasAlpha = false; // of the frame, or because it doesn't cover the canvas
-    WebpRange frame;       // its chunks with their headers: perhaps ALPH, then VP8 or VP8L
+    WebpRange frame;       // its chunks with their headers: ALPH if present, then VP8 or VP8L
     WebpRange icc, exif, xmp;
 
     bool CoversCanvas() const { return frameWidth == width && frameHeight == height; }

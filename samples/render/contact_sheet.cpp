@@ -60,7 +60,7 @@ KImage WithSoftAlpha(const KImage &picture)
     return image;
 }
 
-/// The same with premultiplied alpha.
+/// Same, with premultiplied alpha.
 KImage Premultiplied(KImage soft)
 {
     KImage image(soft.width(), soft.height(), GFL_RGBA, 8, /*clear=*/true, nullptr, 0), alpha;

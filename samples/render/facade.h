@@ -11,7 +11,7 @@ struct Storey {
     WindowKind kind;
     double top; ///< of the windows
     double bottom;
-    double band; ///< top of the string course under the storey
+    double band; ///< top of the string course under the story
 };
 
 /// Dimensions of a facade in pixels of the corrected picture.

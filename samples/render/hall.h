@@ -16,7 +16,7 @@ public:
     std::vector<EvenPatch> Patches() const override;
 
 private:
-    /// A point in meters: to the right, downwards and ahead of the eye.
+    /// A point in meters: to the right, downward and ahead of the eye.
     struct Place {
         double x;
         double y;

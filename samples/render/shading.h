@@ -1,7 +1,7 @@
 /// Building blocks of the painted scenes: colors, edges that are smooth over a footprint, and repeatable noise.
 ///
 /// Colors are display-encoded values of 0 to 1; the scenes mix them like paint, not like light, so that an edge between
-/// two colors has its half-way value exactly on the edge in each channel.
+/// two colors has its halfway value exactly on the edge in each channel.
 #pragma once
 
 #include <algorithm>

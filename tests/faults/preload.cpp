@@ -1,4 +1,4 @@
-// Library for LD_PRELOAD that makes one call of a kind fail; scripts/faults runs the program with it. Environment
+// Library for LD_PRELOAD that makes one call of a given kind fail; scripts/faults runs the program with it. Environment
 // variables:
 //   FAULT_KIND   one of kKinds
 //   FAULT_AT     number of the call that fails, from 1; 0 only counts

@@ -23,7 +23,7 @@ using namespace imagefile;
 
 namespace {
 
-thread_local int allocationsLeft = 0; // calls of operator new on this thread up to one that fails; 0: none fails
+thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
 
 /// A sink whose written data can't be read back.
 class UnreadableSink : public MemorySink {
@@ -320,7 +320,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Each call of operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
+// Each call to operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {

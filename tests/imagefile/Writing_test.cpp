@@ -1,4 +1,5 @@
-// Writing: pictures are read back in the closest form that the format supports; effects on files, also after failures.
+// Writing: pictures read back in the closest form that the format supports, and the effect on files, even after
+// failures.
 #include "Bitmaps.h"
 #include "Case.h"
 

@@ -419,7 +419,7 @@ void tst_FittedWarp::flatFields_data()
     QTest::newRow("float") << TransferCurve::Linear() << Function([](double v) { return v; }) << 0;
 }
 
-/// A gray picture whose light falls by up to 2 EV towards the corners.
+/// A gray picture whose light falls by up to 2 EV toward the corners.
 void tst_FittedWarp::flatFields()
 {
     QFETCH(TransferCurve, curve);

@@ -21,7 +21,7 @@ LensParam Model(const Coefficients &coefficients)
     return model;
 }
 
-/// The same in double: position in focal lengths, and back. @p radial gives the factor for a squared radius.
+/// Maps a position by a model, in double. @p radial returns the factor for a squared radius in focal lengths.
 template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, double scale, Radial radial)
 {
     const double s = scale * double(model.scaleFactor);

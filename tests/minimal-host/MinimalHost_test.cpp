@@ -1,4 +1,4 @@
-// The installed files, used by a host that has nothing else, and by the program after the files were moved.
+// The installed files, used by a host that has only these, and by the program after they were moved.
 #include "Case.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Returns a side near the images' own, a long one, or any number.
+/// Returns a side length near those of the images, a long one, or an arbitrary number.
 int AnySide(Input &input)
 {
     switch (input.Below(8)) {

@@ -67,7 +67,7 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
 // --- Automatic crop ---
 
 /// Bounds of the valid area: the first and last valid position of each row and of each column, searched only up to the
-/// middle. Without one, the first is the middle and the last the position before it.
+/// middle. If there is none, the first is the middle and the last is the position before it.
 struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };

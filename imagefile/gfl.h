@@ -104,10 +104,11 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless that is for another color space than the pixels'. Radiance files are written without
-/// metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left out with a
-/// warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is written next to
-/// the target and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
+/// GFL_SAVE_ICC_PROFILE, unless the profile is for a color space other than that of the pixels. Radiance files are
+/// written without metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left
+/// out with a warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is
+/// written next to the target and renamed when complete: a failed save leaves an existing file unchanged. Follows
+/// symbolic links.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Fills @p data with rows @p firstRow to @p firstRow + @p rows - 1 of a picture, each @p bytesPerLine bytes after the

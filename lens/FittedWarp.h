@@ -42,7 +42,7 @@ public:
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
-    /// (FloatWarp::Serves), or as stored if ReadsStored.
+    ///                (FloatWarp::Serves), or as stored if ReadsStored.
     /// @param rows    Float RGBA of the same width; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,

@@ -187,7 +187,8 @@ struct Neighbors {
     alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline can round.
+/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline have an instruction for
+/// it.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))

@@ -3,7 +3,7 @@
 
 #include "KImage.h"
 
-/// Sliding window of source rows as float RGBA, which the warp reads. A whole float copy spent most of its time on page
+/// The source rows that the warp reads at a time. Converting the whole picture would spend most of its time on page
 /// faults. If distortion is so strong that a call needs much of the picture, the block has room for all rows, which
 /// then never move; rows no longer needed are returned to the system. One thread at a time.
 class FloatRows {

@@ -60,7 +60,7 @@ struct Side {
     {
     }
 
-    float between, from, to; // sides are exact: below 2^24
+    float between, from, to; // exact, because sides are below 2^24
 };
 
 /// The pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow on.

@@ -15,7 +15,7 @@ enum class ProfileFault {
 /// An .lcp file after parsing.
 struct ProfileDocument {
     ProfileFault fault = ProfileFault::None;
-    QString why;      ///< in plain English, no full stop; empty without a fault
+    QString why;      ///< in plain English, no final period; empty without a fault
     qint64 bytes = 0; ///< bytes read from the file
     int line = 0;     ///< of a NotWellFormed fault, from 1
     int column = 0;

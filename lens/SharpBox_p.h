@@ -35,7 +35,7 @@ struct BoxShape {
 /// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
 struct CodePlane {
     std::vector<std::int16_t> values, halves; // rounded down
-    std::vector<std::int32_t> pairs, limits;  // limits of halves
+    std::vector<std::int32_t> pairs, limits;  // limits of the halved values
 
     void Grow(size_t samples)
     {

@@ -28,8 +28,8 @@ struct CodePlanes {
     const std::int32_t *pairs[3], *limits[3];
 };
 
-// All versions add in this order and give the same bits: pairs of rows from the top, as integers; then the columns'
-// products 0 + 4 and 1 + 5, then of these sums 0 + 2 and 1 + 3, then both.
+// All versions add in this order, so results are bit-identical: pairs of rows from the top, as integers; then the
+// products of columns 0 + 4 and 1 + 5; then sums 0 + 2 and 1 + 3; then these two.
 
 constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // for sums of rows; columns use Shares()
 constexpr float kValueOfCode = 1.0F / 65535.0F;

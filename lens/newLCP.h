@@ -8,8 +8,8 @@ class QDomElement;
 class QString;
 
 /// The first entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
-/// element form, tags compared with their prefix. A profile may have one entry per focal length, aperture and distance;
-/// only the first one in the file is used.
+/// element form; tags are compared including their prefix. A profile may have one entry per focal length, aperture and
+/// distance; only the first one in the file is used.
 ///
 /// Values in the file are fractions of the size minus one of the calibrated picture. The pixel values of the models
 /// (LensParam::centerX, centerY, focalPixels) hold for a picture of imageWidth by imageLength times `scale`.

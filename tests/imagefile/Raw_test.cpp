@@ -41,10 +41,10 @@ void tst_Raw::settings()
         {"brightness before gamma", {0, 1, 0, 0, 2, 2}, field, {std::sqrt(0.4), std::sqrt(0.5), std::sqrt(0.4)}},
         {"red scaling", {0, 1, 0, 0, 1, 1, 1.5f}, field, {0.3, 0.25, 0.2}},
         {"blue scaling", {0, 1, 0, 0, 1, 1, 1, 1.5f}, field, {0.2, 0.25, 0.3}},
-        {"scaling as well as automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
-        {"auto brightness: white is reached", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
+        {"red and blue scaling with automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
+        {"auto brightness", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
         {"highlights clipped", {}, white, {1, 1, 1}},
-        {"highlights as they are", {0, 1, 1}, white, {1, 0.5, 2.0 / 3}},
+        {"highlights kept", {0, 1, 1}, white, {1, 0.5, 2.0 / 3}},
         {"highlights blended", {0, 1, 2}, white, {13.0 / 18, 13.0 / 18, 13.0 / 18}},
         {"invalid numbers count as 1", {0, 1, 0, 0, nan, -3, 0, nan}, field, {0.2, 0.25, 0.2}},
     };

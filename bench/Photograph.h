@@ -15,7 +15,7 @@ inline float LatticeNoise(std::uint32_t x, std::uint32_t y, std::uint32_t octave
     return static_cast<float>((h ^ (h >> 15)) >> 8) * 0x1p-24F;
 }
 
-/// Interpolates that noise between lattice points 2^octave pixels apart.
+/// Interpolates LatticeNoise between lattice points 2^octave pixels apart.
 inline float SmoothNoise(int x, int y, std::uint32_t octave)
 {
     const auto left = static_cast<std::uint32_t>(x) >> octave, top = static_cast<std::uint32_t>(y) >> octave;

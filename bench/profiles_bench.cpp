@@ -1,5 +1,5 @@
-// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. Milliseconds
-// matter: the fit runs before each picture and after each change on the page.
+// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. The fit must take
+// milliseconds: it runs before each picture and after each change on the page.
 #include "KImage.h"
 #include "PictureFit.h"
 
@@ -18,7 +18,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &i
         + ">" + inside + "</s:" + name + ">\n";
 }
 
-/// Focal lengths x 3 distances x 4 apertures with all five models, as attributes.
+/// A profile of several focal lengths x 3 distances x 4 apertures with all five models, as attributes.
 QByteArray ProfileText(bool isFisheye, const QByteArray &names = "s:Make='Maker' s:Model='BODY'",
                        const std::vector<double> &focals = {24.0, 28.0, 35.0, 45.0, 55.0, 70.0})
 {

@@ -296,7 +296,7 @@ public:
 
 private:
     const Job &m_job;
-    KImage m_result;                     // in the form of the file; uncorrected
+    KImage m_result;                     // uncorrected, in the form of the file
     std::vector<unsigned char> m_floats; // two float pictures
 };
 
@@ -327,7 +327,7 @@ void BM_Run(benchmark::State &state, int kind, double megapixels)
     state.counters["peak_MiB"] = peakBytes / (1 << 20);
     state.counters["bytes/pixel_over_80MiB"] = std::max(0.0, peakBytes - 80.0 * (1 << 20)) / pixels;
 }
-/// All kinds at 24 megapixels; plain and sharp also at sizes that show how they grow.
+/// Registers all kinds at 24 megapixels, and plain and sharp runs also at sizes that show how they scale.
 void RegisterRuns()
 {
     for (int kind = 0; kind < static_cast<int>(std::size(kKinds)); ++kind)

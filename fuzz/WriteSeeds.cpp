@@ -1,4 +1,4 @@
-// Writes seeds of fuzz targets: fuzz_seeds DIR makes DIR/TARGET/*.
+// Writes seeds for fuzz targets: fuzz_seeds DIR creates DIR/TARGET/*.
 #include "Files.h"
 #include "KImage.h"
 #include "NoteFile.h"

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Checks that each picture has an absolute output.
+/// Checks that each output path is absolute.
 void CheckOutputs(const CorrectOptions &correct)
 {
     const QVector<NamedPicture> pictures = Named(correct.pictures.named);

@@ -1,4 +1,5 @@
-// Passes picture files through the image-file layer: information, pixels, thumbnail, metadata, and back into a file.
+// Passes picture files through the image-file layer: reads information, pixels, thumbnail and metadata, and writes a
+// file.
 #include "Target.h"
 #include "gfl.h"
 

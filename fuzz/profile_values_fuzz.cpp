@@ -30,7 +30,7 @@ struct Value {
 void AddValues(Input &input, const std::vector<Value> &rows, QList<SpelledValue> *to)
 {
     for (const Value &row : rows)
-        for (int count = input.Below(16); count < 15; count += 14) // mostly once, rarely never or twice
+        for (int count = input.Below(16); count < 15; count += 14) // usually once, rarely never or twice
             to->append({row.name, AnyValue(input, row.usual)});
 }
 

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int kWidth = 132, kHeight = 88; // of one picture in the sheet
+constexpr int kWidth = 132, kHeight = 88; // of each picture in the sheet
 constexpr int kGap = 6, kLabel = 16, kColumns = 4;
 
 using Operation = std::function<void(KImage &source, KImage &result)>;
@@ -89,7 +89,7 @@ KImage CircularFrame(const KImage &picture, double radius)
     return image;
 }
 
-/// Marks the fitted circle by points along it.
+/// Marks the fitted circle with points along it.
 void MarkCircle(KImage &image, double radius, double offsetX, double offsetY)
 {
     for (int degrees = 0; degrees < 360; degrees += 15) {

@@ -17,7 +17,7 @@ struct Storey {
 /// Dimensions of a facade in pixels of the corrected picture.
 struct FacadePlan {
     double centerX;
-    double bay;                    ///< distance of window axes
+    double bay;                    ///< distance between window axes
     std::vector<double> pilasters; ///< axes of the pilasters between houses, from left to right
     double ridge;
     double eaves;

@@ -47,7 +47,7 @@ enum class Projection { Perspective, Fisheye };
 /// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
 Point ToSource(const LensProfile &profile, const LensModel &model, Projection projection, Point corrected);
 
-/// An inverse mapping with its derivative: a step along and across the radius is stretched by these factors.
+/// An inverse mapping with its derivatives: the factors that stretch a step along and across the radius.
 struct Inverse {
     Point corrected;
     double derivative[2][2];
@@ -58,7 +58,8 @@ struct Inverse {
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Gain of the vignetting model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
-/// series cut after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the longer side.
+/// series truncated after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the longer
+/// side.
 double Gain(const LensProfile &profile, Point source);
 
 /// Camera orientation: a portrait is rotated by 90 degrees to the left into the profile's landscape frame.

@@ -22,7 +22,7 @@ struct EvenPatch {
     double halfSize;
 };
 
-/// Calls of At may run at the same time.
+/// At may be called on several threads at once.
 class Scene {
 public:
     virtual ~Scene() = default;

@@ -99,7 +99,7 @@ void tst_KImage::sameShapeKeepsItsBlock()
     QCOMPARE(int(*image.getData(4, 2)), 77);
     image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(4, 2)), 0);
-    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // every part of the shape matters
+    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // form, width and height differ in turn
         const Case named(size);
         image.AllocBitmap(size.width(), size.height(), GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
         QCOMPARE(QSize(image.width(), image.height()), size);

@@ -38,7 +38,7 @@ QStringList XmpTexts(const GFL_BITMAP *bitmap)
 /// Returns "TYPE VALUE" for one EXIF value of a file.
 std::string ExifText(const QString &path, const char *key)
 {
-    const QByteArray file = ReadBytes(path); // the image reads it
+    const QByteArray file = ReadBytes(path); // must outlive the image
     const Exiv2::Exifdatum datum = OpenImage(file)->exifData()[key];
     return std::string(datum.typeName()) + ' ' + datum.toString();
 }
@@ -90,7 +90,7 @@ void tst_EditedXmp::edited()
 {
     QFETCH(const QByteArray, packet);
     QFETCH(const QByteArray, kept);
-    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive image
+    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive the image
     const auto image = OpenImage(blank);
     Exiv2::ExifData exif;
     exif["Exif.Image.Orientation"] = uint16_t(6);

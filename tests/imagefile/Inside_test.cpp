@@ -34,7 +34,7 @@ public:
     }
 };
 
-/// Replaces an open file by a folder, so that reading fails with an error, as with a broken disk.
+/// Replaces an open file with a folder, so that reading fails with an error, as with a broken disk.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {
@@ -193,7 +193,7 @@ void tst_Inside::lists()
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
 }
 
-// BigTIFF is written from 4 GiB on; here from one byte on.
+// BigTIFF is normally written from 4 GiB on; here from one byte on.
 void tst_Inside::bigTiff()
 {
     Metadata metadata;
@@ -287,7 +287,7 @@ void tst_Inside::brokenDisk()
         Source source;
         QVERIFY(bool(source.Open(path.toStdString())));
         QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(bool(source.Check())); // the end is not a failure
+        QVERIFY(bool(source.Check())); // reaching the end is not a failure
         QVERIFY(QFile::resize(path, 500));
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));

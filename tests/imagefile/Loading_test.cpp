@@ -44,7 +44,7 @@ void CountingFree(void *pointer, void *)
     std::free(pointer);
 }
 
-/// Returns a TIFF with one strip of 100 bytes, regardless of its fields; @p more replaces or adds fields.
+/// Returns a TIFF with one strip of 100 bytes, whatever its fields claim; @p more replaces or adds fields.
 QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap<int, quint32> &more = {})
 {
     QMap<int, quint32> fields = {{256, width}, {257, height}, {258, 8},      {259, compression}, {262, 2},
@@ -128,7 +128,7 @@ void tst_Loading::deliveredForms()
 
 void tst_Loading::depths()
 {
-    // To 8 bits. From 16: v * 255 / 65535, rounded; 128 / 257 is just below a half.
+    // 16 to 8 bits is v * 255 / 65535, rounded; 128 / 257 is just below a half.
     const QVector<quint16> deep = {0, 128, 129, 32768, 65407, 65535};
     const QVector<float> real = {-1, 0, 0.5f, 1, 7, std::nanf("")};
     const BitmapPtr sixteen = NewBitmap(6, 1, GFL_GREY, 16), floats = NewBitmap(6, 1, GFL_GREY, 32);
@@ -363,7 +363,7 @@ void tst_Loading::allocator()
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
 }
 
-// The formats come from one table, without a second list elsewhere.
+// Every format's data comes from one table.
 void tst_Loading::formats()
 {
     QByteArrayList types;

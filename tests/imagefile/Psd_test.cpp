@@ -171,7 +171,7 @@ void tst_Psd::Read(const Spec &spec, int type)
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
     QCOMPARE(int(info.ColorModel), models[spec.mode]);
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
-    // Removing white magnifies the rounding of both stored numbers by up to a hundred.
+    // Removing white magnifies the rounding errors of both stored numbers by up to a hundred times.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
         : !spec.profile.isEmpty()             ? 0.01
                                               : 1.51 / levels * (spec.layers < 0 ? 100 : 1);

@@ -104,7 +104,7 @@ void tst_Raw::damagedFiles()
     for (int at = directory; at < good.size(); at += 3) // gives an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
     QByteArray canon = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
-    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's mark, recognized without its suffix: not a TIFF
+    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's signature, recognized without the suffix: not a TIFF
     QVERIFY(!LoadFromMemory(canon, &error));
     QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
     QByteArray huge = good; // 20,000 pixels wide and high, in a file of 7 KB

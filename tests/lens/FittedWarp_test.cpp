@@ -229,14 +229,14 @@ void tst_FittedWarp::warpFollowsTheTwin()
     QCOMPARE(DifferenceOfSets(warp, source, got), QString());
 }
 
-/// Pixels beyond the fold are empty, those just before it are not.
+/// Pixels beyond the fold are empty; those just before it aren't.
 void tst_FittedWarp::foldsAreEmpty()
 {
     Correction fisheye;
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // units of the sharp sampling in which all other positions are inside the picture
+    Correction inside; // all other positions in the units of sharp sampling at its fold are inside the picture
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -259,7 +259,7 @@ void tst_FittedWarp::foldsAreEmpty()
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
 }
 
-// Every value of 8 bits, and 16-bit noise with the ends of the range.
+// Every 8-bit value, and 16-bit noise with both ends of the range.
 void tst_FittedWarp::storedIsConverted()
 {
     constexpr int kWidth = 331, kHeight = 120;
@@ -380,7 +380,7 @@ void tst_FittedWarp::transferCurves()
             const Pixels got = Rendered(warp, source, kBaseline);
             QCOMPARE(DifferenceOfSets(warp, source, got), QString());
             for (int x = 0; x < kWidth; ++x) {
-                // Checked on both sides, without an inverse.
+                // Compare light on both sides, which needs no inverse.
                 const double wanted = gain * light(double(source.At(x, 0, 0)));
                 const double bright = double(got.At(x, 0, 0)), error = 1e-5 * std::max(bright, 0.25);
                 if (wanted >= 1.0 && !isFloat)
@@ -489,7 +489,7 @@ void tst_FittedWarp::badCurves()
 
 namespace {
 
-/// Renders gray pictures of floats or 16 bits by the fast warp.
+/// Renders gray pictures, as floats or at 16 bits, with the fast warp.
 std::vector<double> RenderSharp(const std::vector<double> &grey, const Correction &lens, bool isFloat)
 {
     const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return grey[size_t(y * lens.width + x)]; });

@@ -38,7 +38,7 @@ bool Render(newLCP &lcp, GuardedImage &source, GuardedImage &destination, WarpSw
                       switches.mode);
 }
 
-/// A run with only a source, for calling the samplers.
+/// Returns a run with only a source, for calling the samplers.
 template <typename S> InterpolatorKim<S, float> SamplersOn(GuardedImage &source, float inScale)
 {
     InterpolatorKim<S, float> run;

@@ -51,7 +51,7 @@ private Q_SLOTS:
     void truncatedAfterTheFirstEntry();
 
 private:
-    /// The profile in a file of that content.
+    /// Reads a profile from a file with this content.
     newLCP Read(const QByteArray &content, bool *ok = nullptr);
 
     QTemporaryDir m_folder;

@@ -122,7 +122,7 @@ void tst_Fit::atAnEntry_data()
 {
     QTest::addColumn<ProfileEntry>("entry");
     QTest::addColumn<Projection>("projection");
-    QTest::addColumn<QSize>("size"); // as the sensor lies
+    QTest::addColumn<QSize>("size"); // in the sensor's orientation
     QTest::addColumn<int>("turn");
     const auto row = [](const char *name, const ProfileEntry &entry, const QSize &size, int turn = 1,
                         Projection projection = Projection::Rectilinear) {
@@ -249,10 +249,10 @@ void tst_Fit::frames()
         return;
     OraclePicture picture = Whole(facts.pixels.width(), facts.pixels.height());
     picture.ownCenter = ownCenter;
-    // The oracle takes the unit from the longest side.
+    // The oracle's unit is the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
-    // Centers of pictures whose proportions aren't quite the frame's: by the frame's own sides.
+    // If proportions differ slightly from the frame's, centers are shares of the frame's sides.
     const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
     QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
@@ -369,7 +369,7 @@ void tst_Fit::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // An amount of a half gives half the displacement and half the exposure values.
+    // Half the amount gives half the displacement and half the exposure values.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius

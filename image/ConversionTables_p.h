@@ -165,7 +165,7 @@ public:
 
     bool IsIdentity() const { return !m_last; }
 
-    /// Converts a run; not for the same form. @p pixels is at most kRunPixels.
+    /// Converts a run to a different form. @p pixels is at most kRunPixels.
     void ConvertRun(const void *src, void *dst, int pixels) const
     {
         RunBlock between;

@@ -30,7 +30,7 @@ public:
 
     /// Returns the process's cache, created if there is none.
     static ImageCache &Instance();
-    /// Makes @p cache the process's cache; null for none. Main thread, while the cache is unused.
+    /// Makes @p cache the process's cache; null for none. Call it on the main thread while the cache is unused.
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;

@@ -24,7 +24,7 @@ struct RefusalReason {
         Cmyk,
         OtherChannels, // see channels
         Tiled,         // TIFF
-        Failed,        // by an exception: see text
+        Failed,        // an exception occurred: see text
     };
     Kind kind = None;
     int channels = 0;

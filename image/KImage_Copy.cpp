@@ -61,7 +61,7 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
 /// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
-    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the same for one C alone
+    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal for only one C
     const T *s = static_cast<const T *>(source);
     T *t = static_cast<T *>(target);
     for (int i = 0; i < pixels; ++i) {

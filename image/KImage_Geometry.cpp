@@ -126,7 +126,7 @@ struct Span {
 };
 
 /// Returns the innermost end of all lines. Lines close to the outer sides count less: at distance d from them a line
-/// can move an end inwards by at most reach(d), because the other pair of sides may cut off the corners instead.
+/// can move an end inward by at most reach(d), because the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.
 /// @param size             Length of a line.

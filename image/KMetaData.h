@@ -15,7 +15,7 @@ public:
     KMetaData &operator=(const KMetaData &other);
     ~KMetaData();
 
-    // The blocks, owned by this object and valid until the next set.
+    // The blocks, owned by this object and valid until the next Set call.
     GFL_ICCPROFILE_DATA *IccProfile() const { return m_iccProfile; }
     GFL_IPTC_DATA *Iptc() const { return m_iptc; }
     GFL_EXIF_DATAEX *Exifex() const { return m_exifData; }

@@ -37,7 +37,7 @@ struct SelfCorrecting {
     const char *make, *model;
 };
 
-// Drones by the names of their cameras. Others deliver uncorrected pictures.
+// Drones, by the names of their cameras. Other models deliver uncorrected pictures.
 constexpr SelfCorrecting kSelfCorrecting[] = {
     {"Apple", "iPhone"},
     {"Apple", "iPad"},

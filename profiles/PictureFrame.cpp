@@ -20,7 +20,7 @@ QString Plain(const QString &name)
 /// Whether two names mean the same model: "Canon EOS 60D" and "EOS 60D" do if the maker is Canon.
 bool IsSameModel(const QString &a, const QString &b, const QString &make)
 {
-    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // of "NIKON CORPORATION"
+    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // "NIKON " of "NIKON CORPORATION"
     const auto bare = [&brand](const QString &name) { return name.startsWith(brand) ? name.mid(brand.size()) : name; };
     return !a.isEmpty() && bare(a) == bare(b);
 }

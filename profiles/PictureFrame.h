@@ -76,7 +76,7 @@ public:
     /// Returns the position, in pixels of the current picture, of a center given in shares of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
     /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
-    /// @param factor  of the camera, as CameraFactor.
+    /// @param factor  of the camera, as returned by CameraFactor.
     double FrameShare(double factor, QStringList *assumed) const;
     const PicturePlace &Place() const { return m_place; }
 

@@ -129,7 +129,7 @@ private:
         return false;
     }
 
-    /// Removes maps that can't be used: the user may have added lenses to the database.
+    /// Removes unusable maps: the user may have added lenses to the database.
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;

@@ -198,7 +198,7 @@ void tst_ProfileIndex::readsAgainWhatFailedToOpen()
     QCOMPARE(index.UnreadFolders().size(), 1);
     QCOMPARE(index.UnreadFolders()[0].path, QFileInfo(folder.path()).canonicalFilePath());
     QCOMPARE(index.UnreadFolders()[0].error, QString::fromLocal8Bit(std::strerror(EMFILE)));
-    QCOMPARE(::rmdir((path + "/d\xe9").constData()), 0); // which QTemporaryDir can't
+    QCOMPARE(::rmdir((path + "/d\xe9").constData()), 0); // QTemporaryDir can't remove it
     QCOMPARE(::unlink(latin1.constData()), 0);
 }
 

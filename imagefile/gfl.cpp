@@ -46,7 +46,7 @@ Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitm
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
-/// Reads a file into one of the two row sinks that end as a bitmap. @p decode makes the codec pass on the rows.
+/// Reads a file into one of the two row sinks that produce a bitmap. @p decode makes the codec deliver the rows.
 template <class Rows, class Decode>
 Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows, Decode decode, GFL_BITMAP **bitmap,
                 GFL_FILE_INFORMATION *info)

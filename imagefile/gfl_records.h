@@ -234,7 +234,7 @@ struct GFL_METADATA_ITEM {
     char *Printed; // as Exiv2 prints it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
 };
 
-/// The metadata of a file, for look-up by key: all EXIF with the values of decoded maker notes, in file order, where a
+/// The metadata of a file, for lookup by key: all EXIF with the values of decoded maker notes, in file order, where a
 /// key may occur twice; then all XMP; then, for camera raw files, LibRaw's fields (imagefile/raw/raw_facts.h), whose
 /// Printed is Raw.
 struct GFL_METADATA_LIST {

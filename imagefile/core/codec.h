@@ -43,8 +43,8 @@ struct NameHint {
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Catches the format library's longjmps and exceptions other
-/// than std::bad_alloc.
+/// A file format. Stateless: one object serves all threads. Catches longjmps of the format's library, and all
+/// exceptions other than std::bad_alloc.
 class Codec {
 public:
     virtual ~Codec() = default;

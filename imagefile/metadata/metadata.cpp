@@ -153,7 +153,7 @@ void StartExiv2()
         }
     });
     if (!started)
-        throw std::bad_alloc(); // the only reason
+        throw std::bad_alloc(); // the start fails for no other reason
 }
 
 std::shared_mutex &XmpNamespaces()

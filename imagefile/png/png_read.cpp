@@ -7,7 +7,7 @@ namespace imagefile {
 
 namespace {
 
-/// Decodes one picture. Objects with destructors are members, so that a jump skips none.
+/// Decodes one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Decoder {
 public:
     explicit Decoder(const Source &source) : m_source(source) { }
@@ -84,7 +84,7 @@ bool Decoder::HasAlpha() const
     return (m_color & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(m_png, m_info, PNG_INFO_tRNS) != 0;
 }
 
-// Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, for which there is no form.
+// Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, which has no form here.
 PixelForm Decoder::Form() const
 {
     const bool isGrey = m_color == PNG_COLOR_TYPE_GRAY && m_bits > 1;

@@ -11,7 +11,7 @@ struct WebpRange {
     std::uint64_t size = 0; // 0 if there is none
 };
 
-/// A WebP file by its chunk headers: a picture, or the first frame of an animation.
+/// Layout of a WebP file, from its chunk headers: a picture, or the first frame of an animation.
 struct WebpLayout {
     int width = 0, height = 0; // of the canvas, which is delivered
     int left = 0, top = 0;     // of the frame on the canvas

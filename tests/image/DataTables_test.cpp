@@ -87,7 +87,7 @@ void tst_DataTables::lens()
                          "15 15 13;Canon;A;1\n15 15 13;Canon;B;1\n1;Many;C;0;0\n1;Many\n 1 ; Padded ; Blank ;0\n");
     LensIDProperties read;
     read.Initialize();
-    LensIDProperties lenses(read); // used concurrently by look-ups
+    LensIDProperties lenses(read); // used concurrently by lookups
     const struct {
         const char *make, *lensId, *names;
         int type;

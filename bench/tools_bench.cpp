@@ -25,7 +25,7 @@ void StartAlone(benchmark::State &state)
 }
 BENCHMARK(StartAlone)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-/// The part of startup whose cost grows with the number of processors.
+/// Runs the part of startup whose cost grows with the number of processors.
 void CountProcessors(benchmark::State &state)
 {
     for (auto _ : state) {

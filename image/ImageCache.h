@@ -69,7 +69,7 @@ public:
     int m_maxMemoryMo = 256;                // MiB; hosts may set it to KSystemInfo::maxCacheSize()
 
 private:
-    /// Not m_id: a copied or assigned description has none, or that of its previous file.
+    /// Doesn't use m_id: a copied or assigned description has none, or that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
     QVector<Image *> m_lentOfDeleted; // owned

@@ -138,7 +138,7 @@ public:
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
     void ID_WriteToCache(QString fileName);
-    /// Debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
+    /// Writes debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
@@ -241,8 +241,8 @@ public:
     /// Interpolates, in this order, from black, from middle gray and from the picture's luma (Haeberli and Voorhies
     /// 1994); a factor of 1 changes nothing. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
-    /// Two-tone coloring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
-    /// on the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
+    /// Colors @p target in two tones, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie on
+    /// the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
     /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, as 0 to 1.
     void GetGrey(ImageSt &grey);

@@ -26,15 +26,16 @@ public:
     static constexpr double kBorderPixels = 0.5 + 1.0 / 256.0;
 
     const Correction &Maps() const { return m_correction; }
-    /// Whether red or blue is sampled at another position than green.
+    /// Returns whether red or blue is sampled at another position than green.
     bool SplitsColors() const { return m_correction.red || m_correction.blue; }
 
     /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.
     SourcePlaces At(double x, double y) const;
-    /// Whether the pixel with these sampling positions stays empty: one is outside the picture, or a map is folded.
+    /// Returns whether the pixel with these sampling positions stays empty: one is outside the picture, or a map is
+    /// folded.
     bool IsEmpty(const SourcePlaces &places) const;
-    /// Whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase outward up
-    /// to their ends, so if any pixel is empty, so is one at an edge.
+    /// Returns whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase
+    /// outward up to their ends, so if any pixel is empty, so is one at an edge.
     bool LeavesEmpty() const;
 
 private:

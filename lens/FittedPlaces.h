@@ -43,8 +43,8 @@ public:
     /// Returns the values of plane @p plane at the upper corners of the cells that contain row @p y; the lower corners
     /// are those of row @p y + side. From any pixel's cell on, at least 64 / side + 1 values can be read.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
-    /// Whether cells [first, end) of row @p y have a corner near the end of a map, so that positions inside them must
-    /// come from the twin.
+    /// Returns whether cells [first, end) of row @p y have a corner near the end of a map, so that positions inside
+    /// them must come from the twin.
     bool IsRough(int y, int first, int end) const;
 
 private:

@@ -29,14 +29,15 @@ public:
     /// @param light  converts stored values to light, which the gain multiplies.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
-    /// Whether any pixel of the result is empty, so that the result needs alpha.
+    /// Returns whether any pixel of the result is empty, so that the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
     /// Returns the source rows that a band of @p rows rows from @p firstRow on needs, estimated from the positions in
     /// its first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
-    /// Whether Render also accepts the unconverted rows of @p picture, RGB at 8 or 16 bits, with the same result.
+    /// Returns whether Render also accepts the unconverted rows of @p picture, RGB at 8 or 16 bits, with the same
+    /// result.
     bool ReadsStored(const KImage &picture) const;
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.

@@ -21,7 +21,7 @@ public:
     /// missing ones. May throw a KException.
     void Hold(int first, int end);
 
-    /// The rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
+    /// Returns the rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
     /// picture. Valid until the next Hold.
     const KImage &Image() const { return m_rows; }
     int FirstRow() const { return m_first; }

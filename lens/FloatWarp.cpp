@@ -63,8 +63,8 @@ struct Side {
     float between, from, to; // exact, because sides are below 2^24
 };
 
-/// The pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow on.
-/// Addresses are relative to the picture's first pixel, as if it were in memory.
+/// Returns the pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow
+/// on. Addresses are relative to the picture's first pixel, as if it were in memory.
 FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {
     const bool turned = frame == FloatWarp::Frame::Turned;

@@ -30,7 +30,7 @@ ProfileDocument ReadProfileDocument(const QString &fileName);
 /// Returns the first element named "rdf:li" on the path of first child elements down from @p root, null if there is
 /// none.
 QDomElement FirstEntry(const QDomElement &root);
-/// Whether the element has rdf:parseType="Resource": its values are child elements.
+/// Returns whether the element has rdf:parseType="Resource": its values are child elements.
 bool IsResource(const QDomElement &element);
 /// Returns the first child of the entry that is a resource, null if there is none.
 QDomElement ModelElement(const QDomElement &entry);

@@ -20,7 +20,7 @@ public:
     double AtSquared(double squaredRadius) const; // inline because it runs for every corner of a cell
     double Step() const { return m_step; }
     const std::vector<double> &Nodes() const { return m_nodes; }
-    /// The squared radius of the last node; infinite for a constant.
+    /// Returns the squared radius of the last node; infinite for a constant.
     double EndSquared() const;
 
 private:

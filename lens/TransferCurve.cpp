@@ -62,7 +62,7 @@ constexpr Formula kKnown[] = {
     {1.0 / 0.45, 0.099, 0.081, 1.0 / 4.5},     // ITU-R BT.709
 };
 
-/// Whether light at evenly spaced stored values matches the formula within one 16-bit code.
+/// Returns whether light at evenly spaced stored values matches the formula within one 16-bit code.
 bool Follows(const std::vector<double> &light, const Formula &formula)
 {
     constexpr double kCode = 1.0 / 65535.0;

@@ -46,7 +46,7 @@ public:
         double Light(double stored) const; // of values above 0
         double Stored(double light) const;
     };
-    /// The formula of all channels. Null if the curves are known only as points.
+    /// Returns the formula of all channels. Null if the curves are known only as points.
     const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
 
     /// A piecewise linear function, indexed by the leading bits of a float, which divide each octave evenly.

@@ -32,7 +32,7 @@ public:
     /// Calls LensParam::Reset for the five models, then Init.
     void Reset();
 
-    /// The kind of the distortion and green models; the red and blue ones are always perspective.
+    /// Returns the kind of the distortion and green models; the red and blue ones are always perspective.
     LensModel Kind() const { return modelKind != 0 ? LensModel::Fisheye : LensModel::Perspective; }
 
     /// Warps @p source into @p destination, on the calling thread.

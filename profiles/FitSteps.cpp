@@ -19,7 +19,7 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
     return std::nullopt;
 }
 
-/// Whether a corner of the source is farther from the center than the geometric map reaches.
+/// Returns whether a corner of the source is farther from the center than the geometric map reaches.
 bool GoesOnBeyondEnd(const Correction &correction)
 {
     if (!correction.geometry)

@@ -58,7 +58,8 @@ public:
     }
 
 private:
-    /// Whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs rounding.
+    /// Returns whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs
+    /// rounding.
     bool Contains(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;

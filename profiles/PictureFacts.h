@@ -54,6 +54,6 @@ PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;
 
-/// Whether an automatic run has nothing to do: each requested correction was either made before or could not be made by
-/// an earlier run of ours, which made others. False if the options ask for corrections again.
+/// Returns whether an automatic run has nothing to do: each requested correction was either made before or could not be
+/// made by an earlier run of ours, which made others. False if the options ask for corrections again.
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

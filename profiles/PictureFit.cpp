@@ -98,7 +98,7 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
+/// Returns whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
     const CorrectionTwin one(a), other(b);

@@ -57,7 +57,7 @@ struct PictureBody {
     QString make, model;
 };
 
-/// Whether the entry was measured with this body.
+/// Returns whether the entry was measured with this body.
 bool IsSameBody(const ProfileEntry &entry, const PictureBody &body);
 
 /// Computes the frames of a picture for the entries of a profile.

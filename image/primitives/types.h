@@ -103,8 +103,8 @@ template <typename D> constexpr float Limit(float value)
     return notBelow < kMax ? notBelow : kMax;
 }
 
-/// The only conversion from computed values to components. Integer types: rounded to nearest and clamped to the range
-/// of the type, NaN becomes 0. Float: unchanged.
+/// Converts computed values to components; nothing else does. Integers are rounded to nearest and clamped to the range
+/// of the type, and NaN becomes 0. Floats are unchanged.
 template <typename D> constexpr D Saturate(float value)
 {
     if constexpr (std::is_floating_point_v<D>) {

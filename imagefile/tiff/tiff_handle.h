@@ -30,7 +30,7 @@ public:
 
     TIFF *Get() const { return m_tiff; }
 
-    /// Open another directory. False if it doesn't exist or is damaged.
+    /// Open another directory; return false if it doesn't exist or is damaged.
     bool OpenFirst() const
     {
         return RequireMemory([this] { return TIFFSetDirectory(m_tiff, 0) != 0; });

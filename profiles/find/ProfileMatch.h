@@ -51,5 +51,5 @@ const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found
 /// Returns the maker of a camera's own lenses, as LensName::maker.
 QString LensMakerOf(const QString &make);
 
-/// Whether two spellings mean the same camera: "NIKON D70" and "D70".
+/// Returns whether two spellings mean the same camera: "NIKON D70" and "D70".
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

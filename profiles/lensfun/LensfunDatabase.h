@@ -27,7 +27,7 @@ public:
     /// Returns the database, loaded by the first call (0.1 s) and kept until the process ends. Thread-safe.
     static const LensfunDatabase &Instance();
 
-    /// Number of lenses; 0 if no data is installed.
+    /// Returns the number of lenses; 0 if no data is installed.
     int LensCount() const { return m_lensCount; }
     LensfunMatch Find(const PictureFacts &facts) const;
     /// Returns the titles of the lenses whose names contain all of @p words, case insensitive.

@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// The plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there is
-    /// none.
+    /// Returns the plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there
+    /// is none.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();
@@ -136,7 +136,7 @@ static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
     return choice;
 }
 
-/// Report of a fitted run; empty after a plain one.
+/// Prints the report of a fitted run, which is empty after a plain one.
 static void Report(const QDomElement &results)
 {
     for (const char *name : {"Profile", "Entries", "Assumed", "Done", "Why"}) {

@@ -36,7 +36,7 @@ KImage Load(const QString &file, int width, int height)
     return image;
 }
 
-/// An operation that changes its image.
+/// Returns an operation that changes its image.
 template <typename Change> Operation InPlace(Change change)
 {
     return [change](KImage &source, KImage &result) {
@@ -45,7 +45,7 @@ template <typename Change> Operation InPlace(Change change)
     };
 }
 
-/// A picture whose alpha falls off from the middle.
+/// Returns a picture whose alpha falls off from the middle.
 KImage WithSoftAlpha(const KImage &picture)
 {
     KImage image(picture), alpha(picture.width(), picture.height(), GFL_GREY, 8, true, nullptr, 0);
@@ -70,7 +70,7 @@ KImage Premultiplied(KImage soft)
     return image;
 }
 
-/// Linear light with the sky twelve times as bright as white.
+/// Returns linear light with the sky twelve times as bright as white.
 KImage HighRange(const KImage &picture)
 {
     KImage image;
@@ -81,7 +81,7 @@ KImage HighRange(const KImage &picture)
     return image;
 }
 
-/// The middle of a picture in a circle slightly off the frame's center.
+/// Returns the middle of a picture in a circle slightly off the frame's center.
 KImage CircularFrame(const KImage &picture, double radius)
 {
     KImage image(picture);

@@ -66,9 +66,9 @@ private:
     FacadePlan m_plan;
 };
 
-/// Three houses, 2400 x 1600.
+/// Returns the plan of three houses, 2400 x 1600.
 FacadePlan LandscapePlan();
-/// One tall house between its neighbors, 1600 x 2400.
+/// Returns the plan of one tall house between its neighbors, 1600 x 2400.
 FacadePlan PortraitPlan();
 
 } // namespace Samples

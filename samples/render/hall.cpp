@@ -50,7 +50,7 @@ double TileTone(const Spot &at, double width, double height, uint32_t seed)
            - 0.5);
 }
 
-/// Distance from the middle of the nearest bay.
+/// Returns the distance from the middle of the nearest bay.
 double InBay(double z)
 {
     return z - kBay * std::floor(z / kBay) - kBay / 2;
@@ -85,7 +85,7 @@ Rgb FloorColor(const Spot &at)
     return Mix(color, color * 0.6, pool - at.Box(-kPoolHalf, kPoolNear, kPoolHalf, kPoolFar - 0.12));
 }
 
-/// Light from the windows on the left falls in slanted patches on the deck.
+/// Returns the light from the windows on the left, which falls in slanted patches on the deck.
 double SunOnFloor(const Spot &at)
 {
     const double slant = InBay(at.t - 0.45 * (at.s + kWall));

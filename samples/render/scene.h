@@ -27,7 +27,7 @@ class Scene {
 public:
     virtual ~Scene() = default;
 
-    /// Mean color over a footprint of the corrected picture, even far outside its frame.
+    /// Returns the mean color over a footprint of the corrected picture, even far outside its frame.
     virtual Rgb At(const Footprint &cell) const = 0;
     virtual std::vector<StraightEdge> Edges() const = 0;
     virtual std::vector<EvenPatch> Patches() const = 0;

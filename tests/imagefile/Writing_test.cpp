@@ -172,7 +172,7 @@ void tst_Writing::colorDepth()
         {"RGB to RGBA", GFL_RGB, rgb, GFL_DEPTH_RGBA, 0, GFL_RGBA, rgb + '\xFF'},
         {"gray to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
         {"just below the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
-        {"at the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
+        {"just above the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
         {"three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4)},
     };
     for (const auto &row : changes) {

@@ -325,7 +325,7 @@ double SrgbLight(double v)
     return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
 }
 
-/// Steep at first, then flat: not a power function.
+/// Returns light that rises slowly at first, then steeply: not a power function.
 double BentLight(double v)
 {
     return 0.3 * v + 0.7 * v * v * v;

@@ -22,7 +22,7 @@ Pixels SamePixels(int width, int height, int channels, int bits, float value)
     return {width, height, channels, bits, QVector<float>(width * height * channels, value)};
 }
 
-/// A model that maps each position to itself to the last bit: no coefficients, the focal length a power of two.
+/// Returns a model that maps each position to itself to the last bit: no coefficients, the focal length a power of two.
 LensParam Identity(float focalPixels = 16.0F)
 {
     LensParam model;

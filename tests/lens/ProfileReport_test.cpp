@@ -27,7 +27,7 @@ QByteArray Vignette(int count)
     return Value("VignetteModelParam1", "0.01").repeated(count);
 }
 
-/// All sub-models with valid values, except the one named by @p without.
+/// Returns all sub-models with valid values, except the one named by @p without.
 QByteArray SubModels(const char *without = "")
 {
     QByteArray models;

@@ -20,7 +20,7 @@ constexpr int kQualitySide = 256;
 constexpr int kQualityBorder = 24; // pixels that are not measured
 constexpr double kPi = 3.14159265358979323846;
 
-/// Barrel distortion of 4 % and a slight enlargement, so that all phases occur.
+/// Returns barrel distortion of 4 % and a slight enlargement, so that all phases occur.
 inline Correction QualityLens()
 {
     Correction correction;

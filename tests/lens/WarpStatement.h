@@ -46,8 +46,8 @@ QString FirstDifference(const Pixels &got, const Pixels &want);
 /// Returns values over the whole range of the depth; floats also go below 0 and above 1.
 Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed);
 
-/// A profile without any model, scale 1.
+/// Returns a profile without any model, scale 1.
 newLCP NoModels();
 
-/// All five models for a picture of that size, strong enough to cross every border.
+/// Returns all five models for a picture of that size, strong enough to cross every border.
 newLCP StrongModels(int width, int height, int kind, quint32 seed);

@@ -23,7 +23,7 @@ const SubModel kSubModels[] = {{"ChromaticGreenModel", &newLCP::greenModel},
                                {"ChromaticBlueGreenModel", &newLCP::blueGreenModel},
                                {"VignetteModel", &newLCP::vignetteModel}};
 
-/// All value elements of a model, each with a different number.
+/// Returns all value elements of a model, each with a different number.
 QByteArray EveryValue()
 {
     QByteArray values = Value("ScaleFactor", "1.5") + Place("0.5", "0.25", "0.125", "0.75");

@@ -23,7 +23,8 @@ struct Shot {
     double focalMm, distanceM, aperture;
 };
 
-/// Barrel distortion that turns into pincushion at the long end and depends slightly on distance; not a polynomial.
+/// Returns barrel distortion that turns into pincushion at the long end and depends slightly on distance; not a
+/// polynomial.
 double Factor(const Shot &shot, double mm)
 {
     const double wide = 24.0 / shot.focalMm, rho2 = mm * mm / (kCornerMm * kCornerMm);
@@ -31,7 +32,7 @@ double Factor(const Shot &shot, double mm)
     return 1.0 + strength * rho2 / (1.0 + 0.3 * rho2);
 }
 
-/// Cosine-fourth falloff, and mechanical vignetting until the lens is stopped down.
+/// Returns cosine-fourth falloff, and mechanical vignetting until the lens is stopped down.
 double Light(const Shot &shot, double mm)
 {
     const double tangent = mm / shot.focalMm, rho4 = std::pow(mm / kCornerMm, 4.0);

@@ -67,14 +67,14 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
     return entry;
 }
 
-/// A picture of the profile's frame and no crop.
+/// Returns a picture of the profile's frame and no crop.
 OraclePicture Whole(int width, int height)
 {
     OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
     return picture;
 }
 
-/// A camera table for the tests, because the real one changes.
+/// Loads a camera table for the tests, because the real one changes.
 void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));

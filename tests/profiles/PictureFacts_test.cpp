@@ -14,7 +14,7 @@ namespace {
 
 using Values = QList<QPair<const char *, const char *>>;
 
-/// A JPEG of 60 x 40 with these values by key; those of maker notes as raw numbers.
+/// Writes a JPEG of 60 x 40 pixels with these values by key; those of maker notes are raw numbers.
 void Write(const QString &path, const Values &values)
 {
     WriteJpeg(path, 60, 40);

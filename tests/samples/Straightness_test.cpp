@@ -97,7 +97,7 @@ void tst_Straightness::aberrationsAreCorrected()
     QVERIFY2(run.exitCode == 0, run.error.constData());
 
     const TiffRaster before = ReadJpeg(photograph), after = ReadTiff(results.filePath(name + "_corrected.tiff"_s));
-    QCOMPARE(QSize(after.width, after.height), QSize(before.width, before.height)); // upright as it was
+    QCOMPARE(QSize(after.width, after.height), QSize(before.width, before.height)); // still upright
     const Figures faults = MeasurePicture("before:", before, sample, [&](Point corrected) {
         const Point turned = Turned(corrected, before.width, sample.hold);
         return Upright(ToSource(sample.lens, *sample.lens.green, MainProjection(sample.lens), turned), before.width,

@@ -238,7 +238,7 @@ void tst_Inside::bigTiff()
     }
 }
 
-// One row of two gray pixels, built by hand.
+// Reads one row of two gray pixels, built by hand.
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
@@ -362,7 +362,7 @@ void tst_Inside::noMemory()
     }
 }
 
-// A host's allocator that throws something other than a std::exception.
+// A host's allocator throws something other than a std::exception.
 void tst_Inside::foreignException()
 {
     const QByteArray file = SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"));

@@ -373,7 +373,7 @@ void tst_Writing::generatedRows()
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
-// Both compressors: the fast one's files have equal content and are at most 6 % larger.
+// Files of the fast compressor have the same content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
     constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;

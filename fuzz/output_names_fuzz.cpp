@@ -1,4 +1,4 @@
-// Fills arbitrary patterns of output names for arbitrary pictures.
+// Expands arbitrary patterns of output names for arbitrary pictures.
 #include "Target.h"
 #include "app/OutputPlan.h"
 

@@ -1,4 +1,5 @@
-// Reads arbitrary bytes as the cache of the profile index, with a valid checksum or without, and scans with it.
+// Reads arbitrary bytes as the cache of the profile index, with or without a valid checksum, and scans a folder with
+// it.
 #include "ProfileIndex.h"
 #include "Target.h"
 

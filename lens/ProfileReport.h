@@ -44,6 +44,6 @@ struct ProfileReport {
 
 /// Reads @p fileName, once. Throws nothing; for a file that cannot be read, the report says so.
 ///
-/// Unlike newLCP, which reads as much of a truncated file as there is, the report calls such a file unusable, because
-/// it is unknown which values are lost.
+/// Unlike newLCP, which uses the readable part of a truncated file, the report calls such a file unusable, because it
+/// is unknown which values are lost.
 ProfileReport ReadProfileReport(const QString &fileName);

@@ -38,7 +38,7 @@ public:
     ///     light = slope v                                for v below toe
     ///     light = ((v + offset) / (1 + offset)) ^ gamma  above
     ///
-    /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line: so pixels need no power
+    /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line, so pixels need no power
     /// function.
     struct Formula {
         double gamma, offset, toe, slope; // a toe of 0: no line

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Watches errno, which malloc() sets to ENOMEM, over calls of a library on this thread.
+/// Watches errno, which malloc() sets to ENOMEM, during calls to a library on this thread.
 class MemoryCheck {
 public:
     MemoryCheck() { errno = 0; }

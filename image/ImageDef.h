@@ -23,7 +23,7 @@ struct RefusalReason {
         Lab,
         Cmyk,
         OtherChannels, // see channels
-        Tiled,         // TIFF
+        Tiled,         // a tiled TIFF
         Failed,        // an exception occurred: see text
     };
     Kind kind = None;

@@ -12,7 +12,8 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Channels by the bits of a type: gray, binary and palette forms, three-channel forms, four-channel forms.
+/// Returns the channels of a type from its bits: gray, binary and palette forms, three-channel forms, four-channel
+/// forms.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)

@@ -14,8 +14,8 @@ int CellSide(const CorrectionTwin &twin);
 /// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values. Red and blue have planes only if they are sampled at positions of their own, the gain's
-    /// root only if light is computed by a formula.
+    /// The planes of values. Red and blue have planes only if they are sampled at separate positions, the gain's root
+    /// only if light is computed by a formula.
     enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
     /// Maximum distance of a position from its pixel along each axis, in pixels.

@@ -94,7 +94,7 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// The parts in the build folder must not be found instead.
+/// The program must not find the parts in the build folder instead.
 void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;

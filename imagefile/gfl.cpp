@@ -46,7 +46,7 @@ Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitm
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
-/// Reads a file into one of the two row sinks that end as a bitmap. @p decode makes the codec pass on the rows.
+/// Reads a file into one of the two row sinks that produce a bitmap. @p decode makes the codec deliver the rows.
 template <class Rows, class Decode>
 Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows, Decode decode, GFL_BITMAP **bitmap,
                 GFL_FILE_INFORMATION *info)
@@ -114,7 +114,7 @@ bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
 {
     constexpr std::size_t kAt = 16, kLength = 4;
     if (icc.size() < kAt + kLength)
-        return true; // nothing is known about it
+        return true; // of unknown color space
     const std::string space(icc.begin() + kAt, icc.begin() + kAt + kLength);
     if (bitmap.Type == GFL_GREY)
         return space != "RGB " && space != "CMYK" && space != "Lab ";
@@ -155,7 +155,7 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
-/// @p rows makes the pixels; null if the bitmap has them.
+/// @p rows generates the pixels; null if the bitmap has them.
 Status Save(const char *path, const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
     if (Status status = CheckSave(bitmap, rows, params); !status)

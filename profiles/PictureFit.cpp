@@ -97,7 +97,7 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
+/// Returns whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
     const CorrectionTwin one(a), other(b);
@@ -228,7 +228,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
-    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may have been there
+    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may contain the profile
         match.reason += QStringLiteral("; %1: %2").arg(unread.first().path, unread.first().error);
     if (named.lensNames.size() > facts.lensNames.size())
         match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
@@ -236,8 +236,8 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     return match;
 }
 
-/// Returns MatchHelp::correctAlike, which compares one profile with many: it is read and fitted once, and its copies
-/// never.
+/// Returns MatchHelp::correctAlike, which compares one profile with many: that profile is read and fitted only once,
+/// and copies of it never.
 std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
                                                                                 const FitOptions &options)
 {

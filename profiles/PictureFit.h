@@ -20,7 +20,7 @@ QString UserProfileFolder();
 QString ShownProfileName(const QString &profile);
 
 /// Fits pictures with the profiles of some folders, and with lensfun's database if none of them fits. Reads the profile
-/// index for the first picture that needs it. Any thread; searches wait for each other.
+/// index for the first picture that needs it. Thread-safe; searches run one at a time.
 class PictureFitter {
 public:
     /// @param folders    searched at any depth.

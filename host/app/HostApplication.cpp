@@ -163,7 +163,7 @@ void ChooseDisplayless()
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
         SetVariable("XDG_RUNTIME_DIR",
                     QFile::encodeName(QStringLiteral("%1/runtime-%2").arg(QDir::tempPath()).arg(geteuid())));
-    // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
+    // Desktop themes, styles and input methods load slowly, may connect to a display, and aren't used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);
 }

@@ -34,7 +34,7 @@ sigset_t SignalsNotIgnored()
     return signals;
 }
 
-std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing one
+std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing guard, if any
 
 } // namespace
 

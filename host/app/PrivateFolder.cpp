@@ -107,7 +107,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
             for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
             return m_path;
         });
-    } catch (...) { // no memory to protect it; not in a destructor, because nothing else may catch the exception
+    } catch (...) { // no memory to protect the folder; a destructor would not run if nobody catches the exception
         RemoveFolder(m_path);
         throw;
     }
@@ -134,7 +134,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
         fail();
         return true;
     }
-    auto undo = qScopeGuard([&] { // without memory for the path
+    auto undo = qScopeGuard([&] { // also if there is no memory for the path
         std::error_code error;
         std::filesystem::remove_all(name.constData(), error);
     });

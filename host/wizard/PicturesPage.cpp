@@ -36,11 +36,11 @@ struct ChoiceRow {
     const char *text;
 };
 
-/// In each table, the first one is the default.
+/// The first row of each table is the default.
 constexpr ChoiceRow kFormats[] = {
     {"tiff", QT_TRANSLATE_NOOP("PicturesPage", "TIFF: nothing is lost")},
     {"jpeg", QT_TRANSLATE_NOOP("PicturesPage", "JPEG: small files, 8 bits")},
-    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: without loss, up to 16 bits")},
+    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: lossless, up to 16 bits")},
     {"exr", QT_TRANSLATE_NOOP("PicturesPage", "OpenEXR: linear light, for compositing")},
 };
 constexpr ChoiceRow kFramings[] = {

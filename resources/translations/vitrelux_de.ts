@@ -235,7 +235,7 @@
         <translation>JPEG: kleine Dateien, 8 Bit</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: ohne Verlust, bis 16 Bit</translation>
     </message>
     <message>

@@ -235,8 +235,8 @@
         <translation>JPEG: small files, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
-        <translation>PNG: without loss, up to 16 bits</translation>
+        <source>PNG: lossless, up to 16 bits</source>
+        <translation>PNG: lossless, up to 16 bits</translation>
     </message>
     <message>
         <source>OpenEXR: linear light, for compositing</source>

@@ -235,7 +235,7 @@
         <translation>JPEG: archivos pequeños, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: sin pérdidas, hasta 16 bits</translation>
     </message>
     <message>

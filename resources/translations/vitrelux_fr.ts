@@ -235,7 +235,7 @@
         <translation>JPEG&#xa0;: petits fichiers, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG&#xa0;: sans perte, jusqu&apos;à 16 bits</translation>
     </message>
     <message>

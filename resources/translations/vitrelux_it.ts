@@ -235,7 +235,7 @@
         <translation>JPEG: file piccoli, 8 bit</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: senza perdite, fino a 16 bit</translation>
     </message>
     <message>

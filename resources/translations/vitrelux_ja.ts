@@ -235,7 +235,7 @@
         <translation>JPEG：ファイルが小さい、8ビット</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：画質の劣化なし、16ビットまで</translation>
     </message>
     <message>

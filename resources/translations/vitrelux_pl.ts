@@ -235,7 +235,7 @@
         <translation>JPEG: małe pliki, 8 bitów</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: bez strat, do 16 bitów</translation>
     </message>
     <message>

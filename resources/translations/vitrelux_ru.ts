@@ -235,7 +235,7 @@
         <translation>JPEG: небольшие файлы, 8 бит</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: без потерь, до 16 бит</translation>
     </message>
     <message>

@@ -235,7 +235,7 @@
         <translation>JPEG：文件小，8 位</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：无损，最高 16 位</translation>
     </message>
     <message>

@@ -235,7 +235,7 @@
         <translation>JPEG：檔案小，8 位元</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：無損，最高 16 位元</translation>
     </message>
     <message>

@@ -16,8 +16,8 @@ public:
     explicit KAnalyticsProvider(QObject *parent);
     ~KAnalyticsProvider() override;
 
-    /// Calls preFlush(), flushEvent() for each event, postFlush(). From here on the providers own the events; all
-    /// providers receive the same ones.
+    /// Calls preFlush(), flushEvent() for each event, and postFlush(). The providers then own the events; all providers
+    /// receive the same ones.
     void flushEvents(QList<KAnalyticsRawEvent *> events);
     /// Sets the store, which the manager keeps owning. Calls storageChanged() unless it is null.
     void setDb(KAnalyticsDb *db);

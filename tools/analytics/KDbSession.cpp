@@ -112,7 +112,7 @@ QSqlDatabase KDbSession::openDb(QString connectionName, QString filePath)
     if (!db.isValid())
         return db;
     if (m_driver == kSqlite)
-        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=0")); // another process keeps its lock for hours
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=0")); // another process may hold its lock for hours
     if (!db.open())
         qCWarning(dbsession) << "[openDb]" << filePath << "Error while opening" << db.lastError().text();
     if (!db.isOpen())

@@ -42,7 +42,7 @@ public:
         CpuidRegisters r = {};
 #if defined(__x86_64__)
         __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
-#endif // otherwise all zero: a processor that reports nothing
+#endif // other processors: all zero, which means that nothing is known
         return r;
     }
 };

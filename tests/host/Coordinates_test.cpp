@@ -1,5 +1,5 @@
-// Runs the whole program on pictures whose values are their coordinates, so that every pixel of the result shows its
-// source position, and compares that with the lens models in double precision.
+// Runs the whole program on pictures whose values are their coordinates. Every pixel of the result then shows its
+// source position, which is compared with the lens models in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -36,10 +36,10 @@ LensProfile WithChromatic(LensProfile profile)
     return profile;
 }
 
-/// Returns the expected value of channel c at (x, y) in a picture of @p size.
+/// Expected source of channel c at (x, y).
 struct Expected {
     int x, y, c;
-    OracleChannel channel; // from: in the upright picture
+    OracleChannel channel; // its `from` is in the upright picture
     Point gainAt;
     Samples::Hold hold;
 };
@@ -71,7 +71,7 @@ private:
     void Take(double deviation, const Expected &at)
     {
         ++compared;
-        if (deviation <= worst) // false for a value that is NaN
+        if (deviation <= worst) // false for NaN
             return;
         worst = std::isnan(deviation) ? HUGE_VAL : deviation;
         where = QStringLiteral("off by %1 at (%2, %3), channel %4").arg(deviation).arg(at.x).arg(at.y).arg(at.c);
@@ -134,7 +134,7 @@ void tst_Coordinates::everyPixelHasItsSourcePosition()
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);
     Deviation deviation;
-    for (int yChannels : {0b010, 0b101}) { // both coordinates of each channel; x is in the others
+    for (int yChannels : {0b010, 0b101}) { // channels with y; the others have x, so both are checked in every channel
         const auto coordinate = [=](Point p, int c) { return yChannels >> c & 1 ? p.y : p.x; };
         const Point range = {size.width() - 1.0, size.height() - 1.0};
         TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);

@@ -61,12 +61,12 @@ Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
         return Alpha::Unsure;
-    if (pixel.Holds(Content::Outside)) // with chromatic models the pixel ended before its alpha
+    if (pixel.Holds(Content::Outside)) // with chromatic models, the warp skips the alpha of such pixels
         return corrections & Chromatic ? Alpha::Kept : Alpha::Clear;
     return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
 }
 
-/// Whether a tag describes the file's form, or is a block whose content is compared tag by tag.
+/// Whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
 bool IsFormOfFile(const std::string &key)
 {
     static const char *const names[] = {
@@ -80,7 +80,7 @@ bool IsFormOfFile(const std::string &key)
                        [&](const char *name) { return key == std::string("Exif.Image.") + name; });
 }
 
-/// Returns "key = value" of each tag that doesn't describe the file's form.
+/// Returns "key = value" of each tag for which IsFormOfFile is false.
 template <typename Data> QStringList Texts(const Data &data)
 {
     QStringList texts;
@@ -112,7 +112,7 @@ void AddMetadata(const QString &path)
     exif["Exif.Image.Orientation"] = uint16_t(1);
     exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
-    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must not return as another fraction
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must keep its numerator and denominator
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
     exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
     exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";

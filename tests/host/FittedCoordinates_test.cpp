@@ -20,10 +20,10 @@ constexpr double kRawGamma = 2.2, kRawBrightness = 2.5; // of the program's raw 
 
 struct Row {
     QVector<ProfileEntry> entries; // of the profile
-    OracleBlend blend = {};        // what the picture needs; the first entry if empty
+    OracleBlend blend = {};        // expected; the first entry if empty
     OraclePicture picture = {};
     QMap<QByteArray, QByteArray> metadata = {};
-    QString options = "keep --sampling bilinear"_s; // begin with the framing
+    QString options = "keep --sampling bilinear"_s; // first the framing
     Projection projection = Projection::Rectilinear;
     bool isRaw = false;
 
@@ -208,7 +208,7 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
             [=](Row &row) { row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn); });
     for (int turn : {1, 6})
         Add(qPrintable("camera raw, orientation %1"_s.arg(turn)), [=](Row &row) {
-            row.isRaw = true; // raw pixels stay as on the sensor
+            row.isRaw = true; // raw pixels keep the sensor's orientation
             row.SetSize(90, 60);
             row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn);
         });
@@ -229,15 +229,15 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
 
 void FittedCoordinatesTest::AddOtherFrames()
 {
-    Add("a smaller body, by the camera table", [](Row &row) {
+    Add("a body with a smaller sensor, by the camera table", [](Row &row) {
         row.entries[0].sensorFormatFactor = 1.0;
         row.metadata = {{"Exif.Image.Make", "Canon"}, {"Exif.Image.Model", "Canon EOS 40D"}};
         row.picture.ratio = 1.0L / 1.622L;
         row.picture.ownCenter = false;
     });
-    // 3,000 px by their number in a centimeter; the profile's long side is 36 mm.
-    const std::pair<const char *, double> bodies[] = {{"a body of q 0.6, by the focal plane", 0.6},
-                                                      {"a body of q 1.039, by the focal plane", 1.039}};
+    // The sensor's width is 3,000 px divided by the pixels per centimeter; the profile's long side is 36 mm.
+    const std::pair<const char *, double> bodies[] = {{"a sensor 0.6 times as wide, by the focal plane", 0.6},
+                                                      {"a sensor 1.039 times as wide, by the focal plane", 1.039}};
     for (const auto &[name, ratio] : bodies)
         Add(name, [q = ratio](Row &row) {
             row.entries[0].sensorFormatFactor = 1.0;
@@ -254,7 +254,7 @@ void FittedCoordinatesTest::AddOtherFrames()
         row.metadata["Exif.Photo.DigitalZoomRatio"] = "2/1";
         row.picture.ratio = 0.5L;
     });
-    Add("a crop mode", [](Row &row) { // 24 mm by the body's 1.5 would be 36 mm
+    Add("a crop mode", [](Row &row) { // without it, the equivalent of 24 mm is 36 mm on this body with factor 1.5
         row.metadata["Exif.Photo.FocalLengthIn35mmFilm"] = "54";
         row.picture.ratio = 36.0L / 54.0L;
     });

@@ -1,4 +1,4 @@
-// The source of each channel of each pixel of a corrected picture, by the lens models in double precision.
+// Computes the source of every channel and pixel of a corrected picture from the lens models, in double precision.
 #pragma once
 
 #include <array>

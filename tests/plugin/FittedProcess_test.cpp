@@ -1,5 +1,5 @@
-// Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files,
-// in terms of light.
+// Compares fitted corrections with the lens models in long double: positions and gain of the preview, and the gain of
+// files, which multiplies light.
 #include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
@@ -62,14 +62,14 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
+/// Returns a picture whose values are its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
     return Filled(size, 32, [=](int x, int y, int c) { return yChannels >> c & 1 ? y / bottom : x / right; });
 }
 
-/// Taken with "Maker BODY" at f/4 and 3 m.
+/// Adds the EXIF of a picture taken with "Maker BODY" at f/4 and 3 m, and an ICC profile.
 void AddShot(const QString &path, const QByteArray &profile)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
@@ -236,7 +236,7 @@ void tst_FittedProcess::previewGain_data()
         QTest::addRow("flat, %d", code) << code;
 }
 
-/// Like the page: the worker renders a reduced copy of a file with sRGB values.
+/// As on the page, the worker renders a reduced copy of a file with sRGB values.
 void tst_FittedProcess::previewGain()
 {
     QFETCH(const int, code);
@@ -354,7 +354,7 @@ void tst_FittedProcess::grayStaysGray()
     QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
-/// Bands of any depth: the file doesn't depend on the threads that render and pack them.
+/// The file doesn't depend on the number of threads that render and pack its bands, at any depth.
 void tst_FittedProcess::anyThreads()
 {
     for (const int bits : {8, 16, 32}) {

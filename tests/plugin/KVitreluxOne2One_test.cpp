@@ -177,8 +177,8 @@ void tst_KVitreluxOne2One::recordFromElement_data()
                                                     << "" << false;
     QTest::newRow("number above 1") << ""
                                     << "2" << true;
-    QTest::newRow("no number") << ""
-                               << "true" << false;
+    QTest::newRow("not a number") << ""
+                                  << "true" << false;
 }
 
 void tst_KVitreluxOne2One::recordFromElement()
@@ -203,7 +203,7 @@ void tst_KVitreluxOne2One::recordFromElement()
     process.FreeParameters(params);
 }
 
-// The effects of plain records that a host can observe while fitted options are stored: each call and each attribute.
+// Checks every call and attribute of plain records that a host can observe while fitted options are stored.
 
 void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
@@ -241,7 +241,8 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     process.FreeParameters(params);
 }
 
-// The same for its runs: their calls on the picture's description, their output, and the unchanged record.
+// Checks what a host can observe of plain runs: calls on the picture's description, the output and the unchanged
+// record.
 
 void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
 {
@@ -401,8 +402,8 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
                       1.0f / float(reduction));
     const double focal = frameWidth - 1 + atWhole;
-    const double centreX = 0.5 * focal;
-    const double centreY = 0.25 * (frameHeight - 1 + atWhole);
+    const double centerX = 0.5 * focal;
+    const double centerY = 0.25 * (frameHeight - 1 + atWhole);
     int compared = 0;
     for (int y = 0; y < height; ++y) {
         const Case named("row", y);
@@ -410,11 +411,11 @@ void tst_KVitreluxOne2One::rightAngleFrames()
             // Position in the frame, the model there, and back into the picture.
             const double frameX = turned ? y : x;
             const double frameY = turned ? width - 1 - x : y;
-            const double u = (frameX - centreX) / focal;
-            const double v = (frameY - centreY) / focal;
+            const double u = (frameX - centerX) / focal;
+            const double v = (frameY - centerY) / focal;
             const double factor = 1 + k * (u * u + v * v);
-            const double sourceX = centreX + focal * u * factor;
-            const double sourceY = centreY + focal * v * factor;
+            const double sourceX = centerX + focal * u * factor;
+            const double sourceY = centerY + focal * v * factor;
             const bool inside = sourceX > 0 && sourceY > 0 && sourceX < frameWidth - 1 && sourceY < frameHeight - 1;
             if (!inside)
                 continue;
@@ -437,8 +438,8 @@ void tst_KVitreluxOne2One::unreadableProfile_data()
     QTest::addColumn<QString>("profile");
     QTest::addColumn<float>("red"); // at (3, 2)
     const QString absent = m_dir.filePath(QStringLiteral("absent.lcp"));
-    QTest::newRow("landscape stays as it was") << QSize(8, 6) << absent << 3.0f / 8.0f;
-    QTest::newRow("portrait comes out black") << QSize(6, 8) << absent << 0.0f;
+    QTest::newRow("landscape is unchanged") << QSize(8, 6) << absent << 3.0f / 8.0f;
+    QTest::newRow("portrait becomes black") << QSize(6, 8) << absent << 0.0f;
     QTest::newRow("portrait without a profile") << QSize(6, 8) << QString() << 3.0f / 6.0f;
 }
 
@@ -450,12 +451,12 @@ void tst_KVitreluxOne2One::unreadableProfile()
     FillWithCoordinates(image, size.width(), size.height());
     CorrectDistortion(image, profile);
     QTEST(Pixel(image, 3, 2)[0], "red");
-    // A regular file whose reads fail. An uncorrected picture would be mistaken for a corrected one.
+    // A regular file whose reads fail must fail the picture, which would otherwise be mistaken for a corrected one.
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// A run from a file works in bands; the result equals that of the whole picture corrected in memory. The pictures are
-// large enough for several strips of 512 KiB.
+// A run from a file works in bands; the result equals the whole picture corrected in memory. The pictures are large
+// enough for several strips of 512 KiB.
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {

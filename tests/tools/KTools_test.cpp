@@ -190,9 +190,9 @@ void tst_KTools::unwritableFolders()
     QVERIFY(!application.ReadLine().isEmpty()); // an identifier for this run
     QVERIFY(application.process.waitForFinished());
     QCOMPARE(application.process.exitCode(), 0);
-    const QByteArray said = application.process.readAllStandardError();
-    QCOMPARE(said.count("[openDb]"), 1); // once, not with every event
-    QCOMPARE(said.count('\n'), 1);
+    const QByteArray message = application.process.readAllStandardError();
+    QCOMPARE(message.count("[openDb]"), 1); // once, not with every event
+    QCOMPARE(message.count('\n'), 1);
 }
 
 int main(int argc, char **argv)

@@ -70,7 +70,7 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
           {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
         {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
          {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
-        {"several sockets without the flag, as hypervisors make them",
+        {"several sockets without the flag, as hypervisors report them",
          {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
         {"hypervisor that counts fewer threads than cores",
          {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},

@@ -25,9 +25,9 @@ public:
     {
         cpu_set_t set; // little endian: its words hold the bits in the order of our bytes
         CPU_ZERO(&set);
-        const bool told = sched_getaffinity(0, sizeof set, &set) == 0;
+        const bool isKnown = sched_getaffinity(0, sizeof set, &set) == 0;
         std::memcpy(mask->data(), &set, sizeof set);
-        return told;
+        return isKnown;
     }
 
     bool Bind(const AffinityBytes &mask) override

@@ -85,7 +85,7 @@ int RunChecked(const CommandLine &line, Console *console)
     return Run(line, console);
 }
 
-/// Opens missing standard streams. Otherwise the first files opened would take their numbers, and printed text would
+/// Opens missing standard streams. Otherwise the first files opened would get their descriptors, and printed text would
 /// end up in pictures. Reading and writing these streams fails, as with missing ones.
 void OccupyStandardStreams()
 {

@@ -51,8 +51,8 @@ void SetVariable(const char *name, const QByteArray &value)
         throw std::bad_alloc();
 }
 
-/// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
-/// XDG_DATA_HOME is /dev/null while it exists, so no folder is created.
+/// Creates a manager that keeps analytics off; the kernels use an existing manager and delete it. XDG_DATA_HOME is
+/// /dev/null during its construction, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -102,7 +102,7 @@ QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// Checks the settings files. @return their problem, or empty; they are ignored if there is one.
+/// Returns the problem of the settings files, which are then ignored; empty if there is none.
 QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
@@ -130,7 +130,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         std::_Exit(1);
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
-        return; // the fatal message explains it
+        return; // a fatal message with the reason follows
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
     if (++count == kMaxMessages)
@@ -249,7 +249,7 @@ void HostApplication::TranslateWindows()
 {
     m_speaksUsersLanguage = true;
     std::setlocale(LC_MESSAGES, "");
-    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // plurals, for texts that the next one lacks
+    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // English plurals, for texts missing from the next file
     LoadTranslator(QStringLiteral("vitrelux_%1.qm").arg(Locale().name()));
     Install(
         QStringLiteral("%1/qtbase_%2.qm").arg(QLibraryInfo::location(QLibraryInfo::TranslationsPath), Locale().name()));

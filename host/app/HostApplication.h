@@ -33,8 +33,8 @@ struct ProgramName {
 };
 
 /// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
-/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI
-/// thread.
+/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Construct it in
+/// main. GUI thread, unless noted.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
@@ -75,7 +75,7 @@ public:
     /// Sets the function that adapts all settings read by plug-ins, stored or default; null: none. Returns the previous
     /// one.
     SettingAdapter AdaptPluginSettings(SettingAdapter adapt);
-    /// Frees the description of the file and its pixels, including disk copies of raw files. Not while they are in use.
+    /// Frees the description of the file and its pixels, including disk copies of raw files. They must not be in use.
     /// Any thread.
     void Forget(const QString &fileName);
     /// Makes later descriptions include pictures that the kernel refuses; for commands that only need whole pictures.

@@ -36,7 +36,7 @@ public:
     {
     }
 
-    /// @param subpath  of @p folder below the walked one.
+    /// @param subpath  path of @p folder, relative to the walked folder.
     void Visit(const QString &folder, const QString &subpath)
     {
         const QDir dir(folder);

@@ -37,7 +37,7 @@ public:
     {
     }
 
-    /// Returns the text of an entry of the picture, not of its GPS block.
+    /// Whether the EXIF has the entry; entries of the GPS block don't count.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
     /// Returns a number or fraction; 0 if there is none.
     double Number(quint32 tag) const

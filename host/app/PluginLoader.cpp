@@ -51,7 +51,7 @@ QString PluginLoader::Load()
     // Check the file first, because loading would run its code.
     const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
     if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
-        return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
+        return QStringLiteral("identifies itself as \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
 
     QObject *root = m_loader.instance();
     if (!root)

@@ -33,6 +33,6 @@ private:
     CorrectionMode m_mode;
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
-    QPointer<QObject> m_object; // the same object
+    QPointer<QObject> m_object; // m_process as an object
     QString m_problem;
 };

@@ -25,8 +25,8 @@ const QLatin1String kLockName("/.vitrelux-lock"); // not the name of a picture
 
 enum class Lock { Taken, HeldByOther, NotSupported };
 
-/// Locks for the open file, not for the process: the lock ends with the last descriptor, and also excludes other
-/// threads.
+/// Locks a file. The lock belongs to the open file rather than to the process, so it also excludes other threads, and
+/// it ends when the last descriptor is closed.
 Lock TakeLock(int file)
 {
     struct flock whole = {};

@@ -29,7 +29,7 @@ ProfileUse JudgeProfile(const QString &file, const ProfileReport &report);
 Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &asked, QString *why);
 
 /// Returns a note if the picture's size differs from the profile's; empty if the sizes match. Pictures that aren't
-/// wider than high are rotated for the correction, and are compared that way.
+/// wider than high are rotated for the correction, and compared in that orientation.
 QString SizeMismatch(const ProfileUse &profile, int width, int height);
 
 /// Returns a list such as "distortion, vignetting".

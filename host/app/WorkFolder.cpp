@@ -37,7 +37,7 @@ int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // The file system, for example NFS, lacks this kind of rename. A hard link doesn't replace files either.
+    // Some file systems, such as NFS, don't support this kind of rename. A hard link doesn't replace files either.
     if (link(from.constData(), to.constData()) == 0)
         return 0; // the other name is removed with the work folder
     if (errno == EEXIST)

@@ -180,7 +180,7 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
 void CorrectRun::Notify() const
 {
     const QString title = m_counts.isEmpty() ? QStringLiteral("no pictures") : TextOf(m_counts);
-    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notifications may be read as markup
+    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notification texts may contain markup
     QProcess::startDetached(QStringLiteral("notify-send"),
                             {QStringLiteral("--icon=vitrelux"), QStringLiteral("--app-name=Vitrelux"),
                              QStringLiteral("--"), QStringLiteral("Vitrelux: ") + title, body});

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr double kPlotScale = 2.0; // pixels of a PNG per unit
+constexpr double kPlotScale = 2.0; // PNG pixels per unit of the scene
 
 /// Prints profiles, one after the other.
 class ProfileShow {

@@ -18,7 +18,7 @@ class CompareDialog : public QDialog {
 public:
     /// @param before, after  absolute paths
     CompareDialog(HostApplication *application, const QString &before, const QString &after, QWidget *parent);
-    /// Waits until a picture that is being read is complete.
+    /// Waits for the thread that reads the pictures.
     ~CompareDialog() override;
 
     void done(int result) override;

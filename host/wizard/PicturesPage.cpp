@@ -115,12 +115,12 @@ void PicturesPage::SetUpList()
     m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
     m_list->header()->setSectionResizeMode(QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
-    m_list->setWordWrap(true); // the reason why a file cannot be used takes two lines
+    m_list->setWordWrap(true); // the reason why a file cannot be used may take two lines
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setUniformRowHeights(true);
     m_hint->setText(tr("Drop pictures or folders here"));
     m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setEnabled(false); // shown as a hint
+    m_hint->setEnabled(false); // gray text
     auto *over = new QVBoxLayout(m_list->viewport());
     over->addWidget(m_hint);
 
@@ -188,7 +188,7 @@ QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();
     if (!folder.isEmpty() && !folder.startsWith(QLatin1Char('/')))
-        return tr("\"%1\" is not a full path, which begins with \"/\"").arg(folder);
+        return tr("\"%1\" is not an absolute path, which begins with \"/\"").arg(folder);
     return IsThere(folder) && !QFileInfo(folder).isDir() ? tr("\"%1\" is not a folder").arg(folder) : QString();
 }
 

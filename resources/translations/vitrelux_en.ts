@@ -291,8 +291,8 @@
         <translation>Folder for corrected pictures</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
-        <translation>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</translation>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
+        <translation>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</translation>
     </message>
 </context>
 <context>

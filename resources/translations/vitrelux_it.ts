@@ -291,7 +291,7 @@
         <translation>Cartella per le immagini corrette</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» non è un percorso completo, che inizia con «/»</translation>
     </message>
 </context>

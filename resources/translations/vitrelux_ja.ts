@@ -291,7 +291,7 @@
         <translation>補正後の画像の保存先</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」は完全なパスではありません。完全なパスは「/」で始まります</translation>
     </message>
 </context>

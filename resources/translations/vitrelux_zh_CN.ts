@@ -291,7 +291,7 @@
         <translation>校正图片的文件夹</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>“%1”不是完整路径，完整路径以“/”开头</translation>
     </message>
 </context>

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Creates a copy of a file in the same folder, truncated to @p size bytes.
+/// Creates a copy of a file of the same folder, truncated to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {

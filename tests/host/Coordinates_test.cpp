@@ -25,7 +25,7 @@ LensProfile Profile(const LensModel &distortion, bool fisheye = false)
     return profile;
 }
 
-/// A profile with chromatic models that differ from the distortion model and from each other in all values.
+/// Returns the profile with chromatic models that differ from the distortion model and from each other in all values.
 LensProfile WithChromatic(LensProfile profile)
 {
     profile.green = profile.distortion;

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kDeflate = 8; // the compression number of TIFF
 
-/// Pincushion distortion, so that corners are outside and every kind of pixel occurs.
+/// Returns a profile with pincushion distortion, so that corners are outside and every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -39,7 +39,7 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Gray with a black square in the middle; the channels after the third are @p alpha.
+/// Returns a gray picture with a black square in the middle; the channels after the third are @p alpha.
 TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
@@ -278,7 +278,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata_data()
     QTest::newRow("--format exr") << -1;
 }
 
-/// A fitted JPEG in all formats. A second run recognizes the first by its XMP.
+/// Corrects a JPEG to all formats. A second run recognizes the first one by its XMP.
 void tst_CorrectedMetadata::formatsKeepMetadata()
 {
     QFETCH(const int, compression);
@@ -347,7 +347,7 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB of lightness 40
 }
 
-/// Flat pictures in tiles; each sample is 40 % of its range.
+/// Corrects flat pictures stored in tiles; each sample is 40 % of its range.
 void tst_CorrectedMetadata::kinds()
 {
     QFETCH(const int, photometric);

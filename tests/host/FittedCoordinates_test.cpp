@@ -72,7 +72,7 @@ bool Holds(const OraclePicture &picture, const OraclePlaces &places, double marg
     });
 }
 
-/// The smallest zoom that leaves no pixel empty.
+/// Returns the smallest zoom that leaves no pixel empty.
 double FillZoom(const Row &row)
 {
     double low = 0.5, high = 2.0;
@@ -159,8 +159,9 @@ void Add(const char *name, const std::function<void(Row &)> &change)
     QTest::newRow(name) << row;
 }
 
-/// Between 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first; between 1 and 3 m at 1.5 m a half;
-/// between f/2 and f/4 at N^2 = 8: (1/8 - 1/16) / (1/4 - 1/16) = 1/3, of the light alone.
+/// Sets up a picture between eight entries. The weights of the first ones are, at 25 mm between 20 and 40 mm, (1/25 -
+/// 1/40) / (1/20 - 1/40) = 0.6; at 1.5 m between 1 and 3 m, a half; for light only, at N^2 = 8 between f/2 and f/4,
+/// (1/8 - 1/16) / (1/4 - 1/16) = 1/3.
 void SetBetween(Row &row)
 {
     row.entries.clear();

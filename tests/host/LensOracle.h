@@ -50,5 +50,5 @@ private:
     int m_corrections;
 };
 
-/// The orientation in which a picture of this upright size is corrected: a square counts as portrait.
+/// Returns the orientation in which a picture of this upright size is corrected; a square counts as portrait.
 Samples::Hold HoldOf(int width, int height);

@@ -563,7 +563,7 @@ void tst_Wizard::usesTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-/// All widgets of the page are reached by Tab in reading order; no key of a button or label is used twice.
+/// Checks that Tab reaches all widgets of the page in reading order, and that no button or label shares its key.
 void tst_Wizard::checkKeyboard() const
 {
     QMap<QString, QString> texts; // by key

@@ -22,8 +22,8 @@ using Params = KVitreluxOne2One::Params;
 
 const QString kUid = QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
 
-/// A profile for a width by height frame: each model with a different term, the main one with @p k, centers at (0.5,
-/// 0.25) of the frame, focal lengths 1.
+/// Returns a profile for a width by height frame: each model has a different term, the main one @p k; centers are at
+/// (0.5, 0.25) of the frame, focal lengths are 1.
 QByteArray ProfileText(int width, int height, double k)
 {
     using namespace profiletext;
@@ -40,7 +40,7 @@ QByteArray ProfileText(int width, int height, double k)
                          Place("1", "1", "0.5", "0.25") + Value(radial, QByteArray::number(k)) + subModels)));
 }
 
-/// Four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
+/// Fills four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
 void FillWithCoordinates(KImage &image, int width, int height)
 {
     image.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
@@ -65,7 +65,7 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
-/// Records the calls on it, in order.
+/// Records the calls of its functions, in order.
 class NotingDef : public FakeImageDef {
 public:
     using FakeImageDef::FakeImageDef;

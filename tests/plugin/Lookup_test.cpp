@@ -47,7 +47,7 @@ private:
 
 const QString kUntouched = QStringLiteral("untouched");
 
-/// A picture as the kernel would describe it; its file need not exist.
+/// Describes a picture like the kernel; its file need not exist.
 ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, const QString &lensId)
 {
     image->m_fileName = QStringLiteral("/none/picture.jpg");

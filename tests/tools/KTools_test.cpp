@@ -23,7 +23,7 @@ namespace {
 const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
-/// Returns the processors on which the calling thread may run.
+/// Returns the number of processors on which the calling thread may run.
 int Allowed()
 {
     cpu_set_t set;
@@ -49,7 +49,8 @@ bool RunApart(std::vector<int> *allowed)
     return apart;
 }
 
-/// One of several applications on the same data folder: starts, waits for a line, sends, prints its user, stops.
+/// Acts as one of several applications on the same data folder: starts, waits for a line, sends, prints its user,
+/// stops.
 int RunAsApplication()
 {
     KTools::init(nullptr);

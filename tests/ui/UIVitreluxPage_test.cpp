@@ -73,7 +73,7 @@ public:
         Click("toolButtonLensFile");
         return answers.seen;
     }
-    /// "isComplete", the wait label, and the state of the wizard's Next button.
+    /// Returns "isComplete", the wait label, and the state of the wizard's Next button.
     QString State() const
     {
         const QVariant complete = preview->property("isComplete");
@@ -82,7 +82,7 @@ public:
             + (wizard.button(QWizard::NextButton)->isEnabled() ? QStringLiteral(" next") : QString());
     }
     bool IsUpToDate() const { return State() == QLatin1String("true next"); }
-    /// "Disto CA Falloff profile" of a file's record.
+    /// Returns "Disto CA Falloff profile" of a file's record.
     QString Record(const QString &file)
     {
         const QDomElement e = process.GetFileXmlParams(file);

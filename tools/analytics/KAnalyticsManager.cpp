@@ -45,7 +45,7 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 KAnalyticsManager::~KAnalyticsManager()
 {
     while (KAnalyticsProvider *provider = Providers().value(0)) {
-        Forget(provider); // in all its places, and before its destruction is signaled
+        Forget(provider); // removes all its entries, before its destruction is signaled
         delete provider;
     }
     qDeleteAll(m_timers);

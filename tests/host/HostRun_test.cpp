@@ -35,8 +35,8 @@ private Q_SLOTS:
     void environment();
     void names();
     void progressOnTerminal();
-    void oneLine_data();
-    void oneLine();
+    void failuresPrintOneLine_data();
+    void failuresPrintOneLine();
 
 private:
     ProgramResult RunProbe(const char *manner, const QString &line)
@@ -384,7 +384,7 @@ void HostRunTest::progressOnTerminal()
     }
 }
 
-void HostRunTest::oneLine_data()
+void HostRunTest::failuresPrintOneLine_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("message");
@@ -400,7 +400,7 @@ void HostRunTest::oneLine_data()
                                  << "cannot write to standard output"_s;
 }
 
-void HostRunTest::oneLine()
+void HostRunTest::failuresPrintOneLine()
 {
     QFETCH(QString, line);
     QFETCH(QString, message);

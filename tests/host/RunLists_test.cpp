@@ -28,8 +28,8 @@ private Q_SLOTS:
     void patterns_data();
     void patterns();
     void lostPictures();
-    void sums_data();
-    void sums();
+    void summaries_data();
+    void summaries();
     void recordsOfOtherPrograms();
     void timeLeft();
 };
@@ -172,7 +172,7 @@ PictureReport Made(const char *picture, PictureReport::Outcome outcome, const ch
 
 } // namespace
 
-void tst_RunLists::sums_data()
+void tst_RunLists::summaries_data()
 {
     using Outcome = PictureReport::Outcome;
     QTest::addColumn<QVector<PictureReport>>("reports");
@@ -190,7 +190,7 @@ void tst_RunLists::sums_data()
                        "    2.50 s  b"_s};
 }
 
-void tst_RunLists::sums()
+void tst_RunLists::summaries()
 {
     QFETCH(QVector<PictureReport>, reports);
     QFETCH(QStringList, lines);

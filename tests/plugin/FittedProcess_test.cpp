@@ -135,7 +135,7 @@ private Q_SLOTS:
     void gainMultipliesLight();
     void grayStaysGray_data();
     void grayStaysGray();
-    void anyThreads();
+    void independentOfThreadCount();
     void formats_data();
     void formats();
 
@@ -355,7 +355,7 @@ void tst_FittedProcess::grayStaysGray()
 }
 
 /// The file doesn't depend on the number of threads that render and pack its bands, at any depth.
-void tst_FittedProcess::anyThreads()
+void tst_FittedProcess::independentOfThreadCount()
 {
     for (const int bits : {8, 16, 32}) {
         const int white = bits == 32 ? 1 : (1 << bits) - 1;

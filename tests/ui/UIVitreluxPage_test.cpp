@@ -148,9 +148,9 @@ private Q_SLOTS:
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
-    void fittedFinds();
-    void pictureGone_data();
-    void pictureGone();
+    void fittedRecordFindsProfile();
+    void unavailablePicture_data();
+    void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
     void animatedLabel();
@@ -408,7 +408,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
 }
 
 // The profile found by a fitted render is shown but not stored as a choice; a chosen one may use any XML form.
-void tst_UIVitreluxPage::fittedFinds()
+void tst_UIVitreluxPage::fittedRecordFindsProfile()
 {
     using namespace profiletext;
     const QTemporaryDir profiles;
@@ -487,14 +487,14 @@ void tst_UIVitreluxPage::fittedFinds()
                  qPrintable(row->placeholderText()));
 }
 
-void tst_UIVitreluxPage::pictureGone_data()
+void tst_UIVitreluxPage::unavailablePicture_data()
 {
     QTest::addColumn<QString>("file");
     QTest::newRow("unavailable after it was described") << kB;
     QTest::newRow("not a picture, size 0") << kC;
 }
 
-void tst_UIVitreluxPage::pictureGone()
+void tst_UIVitreluxPage::unavailablePicture()
 {
     QFETCH(QString, file);
     MakePicture(kA, 400, 300);

@@ -160,7 +160,7 @@ void tst_Coordinates::vignettingGainOfGray_data()
 {
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size");
-    QTest::addColumn<float>("grey");
+    QTest::addColumn<float>("gray");
     for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
         for (const QSize &size : {kLandscape, kPortrait, kSquare})
             QTest::addRow("%d, width %d", others, size.width())
@@ -171,11 +171,11 @@ void tst_Coordinates::vignettingGainOfGray()
 {
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);
-    QFETCH(const float, grey);
+    QFETCH(const float, gray);
     LensProfile profile = WithChromatic(Profile({0.9, 0.49, 0.52, {-0.12, 0.04}}));
     profile.vignette = LensModel{0.83, 0.53, 0.46, {-0.52, 0.11, -0.07}, 0, 0, 1, 0.71};
     TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
-    std::fill(source.values.begin(), source.values.end(), grey);
+    std::fill(source.values.begin(), source.values.end(), gray);
     const TiffRaster result = Corrected(source, &profile, corrections);
     Deviation deviation;
     qint64 sampled = 0;
@@ -183,7 +183,7 @@ void tst_Coordinates::vignettingGainOfGray()
         if (at.channel.content != Content::Sampled)
             return 0.0;
         ++sampled;
-        return std::abs(got / std::min(1.0, double(grey) * Gain(profile, at.gainAt)) - 1);
+        return std::abs(got / std::min(1.0, double(gray) * Gain(profile, at.gainAt)) - 1);
     });
     QVERIFY2(deviation.worst < kGainTolerance, qPrintable(deviation.where));
     QVERIFY(sampled > qint64(size.width()) * size.height() * 2);

@@ -40,7 +40,7 @@ LensProfile OutwardProfile()
 }
 
 /// Returns a gray picture with a black square in the middle; the channels after the third are @p alpha.
-TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
+TiffRaster SquareOnGray(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
     const float full = bits == 8 ? 255.0f : bits == 16 ? 65535.0f : 1.0f;
@@ -211,7 +211,7 @@ void tst_CorrectedMetadata::depthAndAlpha()
     QFETCH(const int, channels);
     QFETCH(const int, bits);
     const float full = bits == 8 ? 255.0f : 65535.0f;
-    const TiffRaster source = SquareOnGrey(size.width(), size.height(), channels, bits, 0.5f);
+    const TiffRaster source = SquareOnGray(size.width(), size.height(), channels, bits, 0.5f);
     LensProfile profile = OutwardProfile();
     if (corrections == 0)
         profile.vignette->coefficients = {0, 0, 0};
@@ -252,7 +252,7 @@ void tst_CorrectedMetadata::copiesMetadata()
         if (bits == 0)
             WriteJpeg(path, 60, 40);
         else
-            WriteTiff(path, SquareOnGrey(60, 40, 3, bits, 1));
+            WriteTiff(path, SquareOnGray(60, 40, 3, bits, 1));
         AddMetadata(path);
         const auto source = OpenMetadata(path), result = OpenMetadata(CorrectFile(path, OutwardProfile(), Distortion));
         QVERIFY(source->exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source->exifData().end());

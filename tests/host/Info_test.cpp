@@ -208,12 +208,12 @@ void InfoTest::storedFolder()
 
 void InfoTest::continuesAfterUnreadable()
 {
-    QImage grey(4, 3, QImage::Format_Grayscale8);
-    grey.fill(100);
-    QVERIFY(grey.save(Path("grey.jpg"_s)));
-    GiveExif(Path("grey.jpg"_s), CanonExif("22 10 1", 235));
+    QImage gray(4, 3, QImage::Format_Grayscale8);
+    gray.fill(100);
+    QVERIFY(gray.save(Path("gray.jpg"_s)));
+    GiveExif(Path("gray.jpg"_s), CanonExif("22 10 1", 235));
     WriteFile(Path("bad.jpg"_s), "no picture");
-    const ProgramResult result = Run("info bad.jpg gone.jpg grey.jpg"_s);
+    const ProgramResult result = Run("info bad.jpg gone.jpg gray.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 2);
     for (const char *line : {"8 bits, 1 channel\n", "Canon EOS 40D", "lensfun:Canon/"})

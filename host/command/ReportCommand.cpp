@@ -111,7 +111,7 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
     if (others > kMaxRows)
         *problems << QStringLiteral("%1 more lines are not records").arg(others - kMaxRows);
     if (source.error() != QFileDevice::NoError)
-        *problems << QStringLiteral("cannot be read to its end: ") + source.errorString();
+        *problems << QStringLiteral("cannot be read to the end: ") + source.errorString();
     return reports;
 }
 

@@ -97,7 +97,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
-                                     << QStringList{"doesn't know fitted corrections; \"vitrelux correct --plain"_s};
+                                     << QStringList{"doesn't support fitted corrections; \"vitrelux correct --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};

@@ -397,11 +397,11 @@ void tst_Profile::refuses_data()
     QTest::newRow("profile as picture") << "--for p.lcp p.lcp"_s
                                         << "p.lcp: "_s;
     QTest::newRow("no effect on the picture") << "--for a.jpg m.lcp"_s
-                                              << "m.lcp: does nothing to \"a.jpg\": "_s; // no camera is known
+                                              << "m.lcp: has no effect on \"a.jpg\": "_s; // no camera is known
     QTest::newRow("plot without effect on the picture") << "--for a.jpg --plot new.svg m.lcp"_s
-                                                        << "m.lcp: does nothing to \"a.jpg\": "_s;
+                                                        << "m.lcp: has no effect on \"a.jpg\": "_s;
     QTest::newRow("plot exists") << "--plot old.svg m.lcp"_s
-                                 << "\"old.svg\": exists already"_s;
+                                 << "\"old.svg\": already exists"_s;
     QTest::newRow("folder missing") << "--plot none/new.svg m.lcp"_s
                                     << "\"none/new.svg\": No such file"_s;
     QTest::newRow("no frame") << "--plot new.png frameless.lcp"_s

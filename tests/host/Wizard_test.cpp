@@ -281,7 +281,7 @@ void tst_Wizard::reportsTheResultOfEach()
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
     QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // no choice of a profile
     QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
-    QVERIFY2(rows[7].contains("doesn't know fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
+    QVERIFY2(rows[7].contains("doesn't support fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
              qPrintable(rows[7]));
     QVERIFY(rows[8].startsWith("text.jpg|Failed: "_s));
     QCOMPARE(m_wizard->FailedCount(), 6);

@@ -139,7 +139,7 @@ void BadInputTest::refused()
         const QString &reported = result.errorLines.at(i);
         QVERIFY2(reported.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(reported));
         QVERIFY2(reported.contains(message) && !reported.contains("GFL"_s), qPrintable(reported));
-        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // its subject is named once
+        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // it names the file once
     }
     const bool othersDone = bad.size() == 1;
     QCOMPARE(QString::fromUtf8(result.output),
@@ -212,7 +212,8 @@ void BadInputTest::fileSizeLimit()
     };
     const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
     QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1, result.error); // tiny: another size
+    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1,
+             result.error); // tiny.jpg doesn't have the profile's size
     QVERIFY2(result.errorLines.size() == 3 && !result.error.contains(".vitrelux-"), result.error);
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
@@ -232,7 +233,7 @@ void BadInputTest::fullDisk()
         QSKIP("mounting a small file system is not allowed here");
     const ProgramResult result =
         inNamespace("'%1' correct --plain --profile p.lcp -o disk a.jpg; echo exit $?; ls -A disk"_s.arg(program));
-    QCOMPARE(result.output, QByteArray("exit 1\n")); // and no file
+    QCOMPARE(result.output, QByteArray("exit 1\n")); // no file is left
     const QString reported = result.errorLines.filter("vitrelux: a.jpg: "_s).join(QLatin1Char('|'));
     QVERIFY2(reported.contains(Path("disk"_s)) && !reported.contains(".vitrelux-"_s), result.error);
 }

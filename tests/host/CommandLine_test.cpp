@@ -169,9 +169,9 @@ void tst_CommandLine::rivals_data()
     QTest::newRow("a/x.jpg b/x.jpg a/x.png") << QString() << "a/x.jpg"_s << false;
     QTest::newRow("a/x.jpg b/../a/x.jpg") << QString() << "a/x.jpg"_s << true;
     QTest::newRow("a/x.jpg also/x.jpg") << QString() << "a/x.jpg"_s << true;
-    QTest::newRow("b/x.jpg a/in/../x.jpg") << QString() << "b/x.jpg"_s << true; // up from a link
+    QTest::newRow("b/x.jpg a/in/../x.jpg") << QString() << "b/x.jpg"_s << true; // ".." after a link
     QTest::newRow("a/x.png also/x.jpg") << QString() << "a/x.png"_s << false;
-    QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // there are none
+    QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // these files don't exist
 }
 
 void tst_CommandLine::rivals()

@@ -74,7 +74,7 @@ void HostRunTest::callsInOrder()
 void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
-        const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails
+        const char *switches, *models, *flags; // models of the profile (d, c, v); Disto CA Falloff, empty: a failure
         const char *cut = "", *patch = "";     // a piece of the profile, and its replacement
     } rows[] = {
         {"", "dcv", "1 1 1"},

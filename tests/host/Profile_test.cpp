@@ -238,7 +238,7 @@ void tst_Profile::check_data()
         ":2: error: entry 1: distortion leaves 0 % of the picture: it folds", 1);
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
-        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
+        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, rounded up to 1/64
     row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
     row("no coefficients in one entry", {sound, at24 + ">" + Model("PerspectiveModel", {})},
         ":5: error: entry 2: a lens model without coefficients");

@@ -84,11 +84,12 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
-    const std::string deep = dir.filePath("in/deep/"_s).toStdString(); // not UTF-8: fail later, with a reason
+    const std::string deep =
+        dir.filePath("in/deep/"_s).toStdString(); // for names that aren't UTF-8: they fail later, with a reason
     std::filesystem::create_directory(deep + "d\xe9");
     std::ofstream(deep + "er/y\xe9.jpg") << "picture";
     QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason
-    QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // would never end
+    QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // following it would never end
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(scene.path()));
     QStringList found;
@@ -176,7 +177,7 @@ void tst_RunLists::summaries_data()
 {
     using Outcome = PictureReport::Outcome;
     QTest::addColumn<QVector<PictureReport>>("reports");
-    QTest::addColumn<QStringList>("lines"); // some of the text
+    QTest::addColumn<QStringList>("lines"); // parts of the text
     const PictureReport done = Made("a", Outcome::Corrected), skipped = Made("a", Outcome::Skipped, "exists", 0.0);
     const PictureReport failed = Made("a", Outcome::Failed, "\"a\" is bad");
     QTest::newRow("no records") << QVector<PictureReport>() << QStringList{"0 pictures"_s};
@@ -224,7 +225,7 @@ void tst_RunLists::timeLeft()
         const char *text;
     } rows[] = {{5.0, 0, 9, ""},
                 {5.0, 5, 0, ""},
-                {2.2, 4, 6, "about 4 s left"}, // 3.3
+                {2.2, 4, 6, "about 4 s left"}, // 3.3 s, rounded up
                 {60.0, 2, 4, "about 2 min left"},
                 {100.0, 1, 1999, "about 55 h 32 min left"}}; // 199,900 s
     for (const auto &row : rows)

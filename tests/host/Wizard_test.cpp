@@ -279,7 +279,7 @@ void tst_Wizard::reportsTheResultOfEach()
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
-    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // no choice of a profile
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // the user chose no profile
     QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
     QVERIFY2(rows[7].contains("doesn't support fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
              qPrintable(rows[7]));

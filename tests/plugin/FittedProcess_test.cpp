@@ -167,7 +167,7 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     const QString path = m_dir.filePath("a.tif"_s);
     WriteTiff(path, source);
     AddShot(path, iccProfile);
-    Host().Clear(); // the description of the last picture under this name
+    Host().Clear(); // forgets the description of the previous picture with this name
     Host().Def(path)->pixels.ID_Read(path, /*nativeDepth=*/true);
     return path;
 }
@@ -305,7 +305,7 @@ void tst_FittedProcess::gainMultipliesLight()
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
     const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = SmallEntry(); // light at the pixel's own position
+    ProfileEntry still = SmallEntry(); // moves no pixel, so the gain depends on the pixel's position
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;
@@ -430,7 +430,7 @@ void tst_FittedProcess::formats()
     KImage floats;
     result.Convert(floats, GFL_RGBA, 32);
     const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
-    for (int c = 0; c < 3; ++c) // within the rounding of 8 bits, twice
+    for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
         QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
     QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
 }

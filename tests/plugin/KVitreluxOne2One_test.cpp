@@ -301,7 +301,7 @@ void tst_KVitreluxOne2One::fittedOption_data()
     row("Framing", "keep", "keep");
     row("Framing", "all", "all");
     row("Framing", "1.05", "1.05");
-    row("Framing", "3", "2"); // limited
+    row("Framing", "3", "2"); // clamped
     row("Framing", "1,05", "fill");
     row("Framing", "nan", "fill");
     row("Sampling", "bilinear", "bilinear");
@@ -361,7 +361,7 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
-    std::vector<QByteArray> noise; // reuses freed memory
+    std::vector<QByteArray> noise; // overwrites freed memory
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));

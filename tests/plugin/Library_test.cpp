@@ -100,7 +100,7 @@ void tst_Library::pictures()
     for (int i = 1; i <= 12; ++i) {
         const QImage frame(folder + QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0')));
         const QByteArray name = "frame " + QByteArray::number(i);
-        QVERIFY2(frame.pixelColor(0, 0).alpha() == 0, name); // rounded: the picture below shows at its corners
+        QVERIFY2(frame.pixelColor(0, 0).alpha() == 0, name); // the frames are round, with transparent corners
         QVERIFY2(frame.size().width() >= 32, name);
     }
     QMovie movie(folder + QStringLiteral("icon_wait.gif"));

@@ -338,7 +338,7 @@ void tst_UIVitreluxPage::profileChosen()
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
-    desk.process.SetFiles({other}); // and not by one of a previous job
+    desk.process.SetFiles({other}); // a previous job's profile locks no boxes
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     StoreSettings(true, profile);
     desk.process.SetFiles({file}); // checked boxes are never locked
@@ -346,7 +346,7 @@ void tst_UIVitreluxPage::profileChosen()
 
     StoreSettings(false, profile);
     desk.process.SetFiles({file});
-    desk.ChooseProfile(m_whole); // all can be switched again, and nothing that was off is on
+    desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + QStringLiteral("000"));
 }
 

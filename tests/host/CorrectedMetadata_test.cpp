@@ -107,7 +107,7 @@ void AddMetadata(const QString &path)
 {
     const auto image = OpenMetadata(path);
     Exiv2::ExifData &exif = image->exifData();
-    exif["Exif.Image.Make"] = "Canon"; // the maker note is only understood under this name
+    exif["Exif.Image.Make"] = "Canon"; // readers decode the maker note only for this maker
     exif["Exif.Image.Model"] = "Canon EOS 60D";
     exif["Exif.Image.Orientation"] = uint16_t(1);
     exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";

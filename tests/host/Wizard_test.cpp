@@ -1,4 +1,4 @@
-// The wizard's window, driven as by a user, with a process that replaces the plug-in's.
+// Operates the wizard like a user, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
 #include "FittedFiles.h"

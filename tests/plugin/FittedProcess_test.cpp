@@ -69,7 +69,7 @@ TiffRaster Coordinates(const QSize &size, int yChannels)
     return Filled(size, 32, [=](int x, int y, int c) { return yChannels >> c & 1 ? y / bottom : x / right; });
 }
 
-/// Adds the EXIF of a picture taken with "Maker BODY" at f/4 and 3 m, and an ICC profile.
+/// Adds the EXIF of a picture taken with "Maker BODY" at f/4 and 3 m, and @p profile (ICC) unless it is empty.
 void AddShot(const QString &path, const QByteArray &profile)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());

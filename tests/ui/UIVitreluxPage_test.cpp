@@ -1,4 +1,4 @@
-// The plug-in's wizard page, driven as a user would, compared with runs of the process itself.
+// Operates the plug-in's wizard page like a user, and compares it with runs of the process.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"

@@ -163,8 +163,8 @@ PictureFiles ListPictures(const PictureSources &sources)
         names += SplitNames(ReadList(sources.listFile));
     for (const QString &name : qAsConst(names)) {
         if (sources.recursive && QFileInfo(AbsolutePath(name)).isDir())
-            walk.Visit(name.startsWith(QLatin1Char(':')) ? QLatin1String("./") + name : name,
-                       QString()); // not a Qt resource
+            // "./" keeps Qt from treating a name that begins with a colon as a resource.
+            walk.Visit(name.startsWith(QLatin1Char(':')) ? QLatin1String("./") + name : name, QString());
         else
             found.pictures.append({name, QString()});
     }

@@ -69,7 +69,7 @@ public:
     static int cpuHyperThreadingCount();
     /// Returns the processor's name, including leading spaces.
     static QString cpuDescription();
-    /// Unknown on Linux.
+    /// Returns 0: unknown on Linux.
     static double cpuFrequency() { return 0.0; }
 
     static KSystemInfo *m_instance;

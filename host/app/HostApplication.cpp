@@ -139,7 +139,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         g_otherMessages(type, context, text);
 }
 
-/// Qt aborts if the display cannot be reached: print a message for the user instead of crashing.
+/// Ends the program with a message if Qt cannot reach the display, because Qt would then abort.
 void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))

@@ -54,13 +54,14 @@ public:
     /// Loads ":/Translation/FILENAME". Does nothing before TranslateWindows, so that plug-ins don't translate the texts
     /// that the command line prints.
     void LoadTranslator(QString fileName) override;
-    /// Never null: a file that isn't a picture has a description of size 0. Files are identified by absolute name.
+    /// Returns the description of a file, never null: a file that isn't a picture has a description of size 0. Files
+    /// are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
     /// Returns null: this host shares no interface kernel.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    /// Like ImageDefOf. The image cache or this object owns the image. Any thread.
+    /// Returns the same as ImageDefOf. The image cache or this object owns the image. Any thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Returns whether the file is a gray picture, with or without alpha. Any thread.
     bool IsGray(const QString &fileName);

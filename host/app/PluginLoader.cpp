@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The build tree has the same layout as the installed one.
+/// Returns the plug-in of this program's installation; the build tree has the same layout.
 QString InstalledPlugin()
 {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../" VITRELUX_PLUGIN_FILE));

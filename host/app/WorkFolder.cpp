@@ -30,7 +30,7 @@ QString SystemError(int error)
     throw KException(WorkFolder::tr("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
 }
 
-/// Like rename(2), but keeps an existing @p to. @return 0 or the error.
+/// Renames a file, but doesn't replace an existing @p to. @return 0 or the error.
 int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
 {
     if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)

@@ -11,9 +11,9 @@ class SharedPlace : public QObject {
 public:
     using QObject::QObject;
 
-    /// From 1, the whole picture, to kMaxZoom.
+    /// Returns the zoom, from 1 (the whole picture) to kMaxZoom.
     double Zoom() const { return m_zoom; }
-    /// The point in the middle of the views, as shares of width and height.
+    /// Returns the point in the middle of the views, as shares of width and height.
     QPointF Center() const { return m_center; }
     /// Multiplies the zoom; the point @p at, as shares of the picture, doesn't move in the views.
     void ZoomBy(double factor, const QPointF &at);
@@ -41,9 +41,9 @@ public:
 
     void Show(const QImage &image);
     void Show(const QString &text);
-    /// The picture; null if a text is shown.
+    /// Returns the picture; null if a text is shown.
     QImage Image() const { return m_image; }
-    /// The rectangle of the whole picture in the view, which may be larger than the view.
+    /// Returns the rectangle of the whole picture in the view; it may be larger than the view.
     QRectF PictureRect() const;
 
     QSize minimumSizeHint() const override { return {200, 150}; }

@@ -17,7 +17,7 @@ public:
 
     /// Returns why the object cannot be used; empty if it can.
     QString Problem() const;
-    /// One for each processor; the first one is for the page.
+    /// Returns one process object per CPU; the first one is for the page.
     const std::vector<KIPluginOne2One *> &Processes() const { return m_processes->All(); }
     FittedCorrection *Correction() { return &m_correction; }
 

@@ -219,7 +219,7 @@ void BadInputTest::fileSizeLimit()
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// A 128 KiB file system, mounted so that only the run sees it; needs root or a user namespace.
+/// Runs on a file system of 128 KiB, mounted so that only the run sees it; needs root or a user namespace.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);

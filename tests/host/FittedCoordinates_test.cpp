@@ -34,7 +34,7 @@ struct Row {
         picture.wholeHeight = picture.height = height;
     }
     QSize Size() const { return {picture.width, picture.height}; }
-    /// Width of the border where samples are affected by the ends of a ramp.
+    /// Returns the width of the border where the ends of a ramp affect samples.
     double MarginPx() const { return isRaw || options.contains("sharp"_s) ? 4.0 : 0.0; }
     OraclePlaces At(int x, int y, double zoom) const { return OracleAt(blend, picture, projection, zoom, x, y); }
 };

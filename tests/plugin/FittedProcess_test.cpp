@@ -399,7 +399,7 @@ void tst_FittedProcess::formats_data()
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
 }
 
-/// A flat picture, so that positions don't affect the values.
+/// Corrects a flat picture, so that positions don't affect the values.
 void tst_FittedProcess::formats()
 {
     QFETCH(const int, bits);

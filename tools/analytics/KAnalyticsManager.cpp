@@ -17,7 +17,7 @@ Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
 
 namespace {
 
-/// The store's name is not secret; it just isn't obvious at a glance.
+/// Returns the name of the store's file, which isn't secret but doesn't show its purpose.
 QString StoreName()
 {
     return QString::fromLatin1(

@@ -106,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     const bool isFloat = def->nDepth() > 16;
     plan.values.toLight = plan.file.HoldsLight();
     plan.values.encodes = isFloat && !plan.file.HoldsFloats()
-        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // else it has a curve
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile has a curve
     if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);

@@ -136,7 +136,7 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
 {
     for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
+            return QStringLiteral("--%1 and --%2 cannot be used together.").arg(Latin(one), Latin(other));
     }
     return QString();
 }
@@ -332,8 +332,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     line.correct = ReadCorrect(parser);
     if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
         !fault.isEmpty())
-        return Refuse(command,
-                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+        return Refuse(command, QStringLiteral("the output name '%1' %2.").arg(line.correct.outputs.pattern, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
     line.correct.fitted = fitted;

@@ -1,4 +1,4 @@
-// The desktop wizard, driven as a user would, with a process that replaces the plug-in's.
+// Operates the wizard like a user, with a process that replaces the plug-in's.
 #include "wizard/CorrectionWizard.h"
 
 #include "FittedFiles.h"
@@ -153,11 +153,11 @@ private:
     void Click(const char *name) const { Find<QAbstractButton>(name)->click(); }
     void Next() const
     {
-        QTRY_VERIFY(CanGoOn()); // once the pictures are described, once the preview is rendered
+        QTRY_VERIFY(CanGoOn()); // the pictures are described, or the preview is rendered
         m_wizard->button(QWizard::NextButton)->click();
     }
     bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
-    /// The rows of a list: its columns joined by '|'.
+    /// Returns the rows of a list, with columns joined by '|'.
     QStringList Rows(const char *list, int columns = 2) const
     {
         QStringList rows;
@@ -223,7 +223,7 @@ void tst_Wizard::cleanup()
     m_process->go.acquire(m_process->go.available());
     m_process->began.acquire(m_process->began.available());
     QCOMPARE(m_process->records.load(), 0);
-    QVERIFY(!m_process->page || !m_process->page->parent()); // returned, otherwise it would be deleted twice
+    QVERIFY(!m_process->page || !m_process->page->parent()); // detached, otherwise it would be deleted twice
     for (const QWidget *window : QApplication::topLevelWidgets())
         QVERIFY2(!window->isVisible(), window->metaObject()->className());
 }
@@ -279,9 +279,9 @@ void tst_Wizard::reportsTheResultOfEach()
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
-    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // no choice of a profile
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // the user chose no profile
     QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
-    QVERIFY2(rows[7].contains("doesn't know fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
+    QVERIFY2(rows[7].contains("doesn't support fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
              qPrintable(rows[7]));
     QVERIFY(rows[8].startsWith("text.jpg|Failed: "_s));
     QCOMPARE(m_wizard->FailedCount(), 6);
@@ -455,11 +455,11 @@ void tst_Wizard::realPluginFits()
         {"found.jpg", {kLens, "50/1", "8/1"}},
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
         {"before.jpg", {kLens, "50/1", "8/1", true}},
-        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
     };
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         WriteJpeg(Path(name), 60, 40);
-        WriteMetadata(Path(name), told);
+        WriteMetadata(Path(name), metadata);
     }
     const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
     WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
@@ -484,9 +484,9 @@ void tst_Wizard::realPluginFits()
     QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
     compareByKeyboard();
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
-        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // a profile that was found isn't a choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
         const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
@@ -511,7 +511,7 @@ void tst_Wizard::realPluginFits()
     QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
 }
 
-/// Opens the first row of the results by Return, zooms, and leaves by Escape.
+/// Opens the first row of the results with Return, zooms, and closes the window with Escape.
 void tst_Wizard::compareByKeyboard()
 {
     bool isDone = false;
@@ -563,7 +563,7 @@ void tst_Wizard::usesTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-/// All widgets of the page are reached by Tab in reading order; no key of a button or label is used twice.
+/// Checks that Tab reaches all widgets of the page in reading order, and that no button or label shares its key.
 void tst_Wizard::checkKeyboard() const
 {
     QMap<QString, QString> texts; // by key

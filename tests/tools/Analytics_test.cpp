@@ -166,7 +166,7 @@ void tst_Analytics::eventsAsText()
         qint64 timestamp;
         const char *name;
         int type;
-    } read[] = {{"not json", 5, "before", 2}, // as before
+    } read[] = {{"not json", 5, "before", 2}, // unchanged
                 {R"({"timestamp":"soon","name":7,"type":["duration"]})", 0, "", 0},
                 {R"({"timestamp":"77","type":"Duration"})", 77, "", 0}};
     for (const auto &row : read) {
@@ -199,7 +199,7 @@ void tst_Analytics::databaseKeepsEvents()
     m_db->insertEvent(Event("a"));
     second.insertEvent(Event("kept out"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
-    QCOMPARE(second.userId(/*create=*/true), QString()); // there is one that can't be read yet
+    QCOMPARE(second.userId(/*create=*/true), QString()); // one exists, but can't be read yet
     m_db->close();
     second.insertEvent(Event("b"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("1:a 2:b"));
@@ -270,7 +270,7 @@ void tst_Analytics::binaryFile()
             WriteFile(path + QStringLiteral(".lock"), lock);
         KAnalyticsFile file(nullptr);
         file.setFilePath(path);
-        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // terminates, and reads
+        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // doesn't wait forever for the lock
         QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
         QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
         const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps it
@@ -313,7 +313,7 @@ void tst_Analytics::duplicateAndDeletedProviders()
     InThreads(1, [&](int) { gone = new Sender(&m_log); });
     m_manager->registerProvider(gone);
     InThreads(1, [&](int) { delete gone; });
-    m_manager->flushEvents(/*delayed=*/false); // before an event loop can report it
+    m_manager->flushEvents(/*delayed=*/false); // before an event loop can report the deletion
     auto *twice = new Sender(&m_log);
     m_manager->registerProvider(twice);
     m_log.clear();

@@ -71,7 +71,8 @@ void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
     }
     const QString ending =
         parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
-    options->outputs.pattern = QStringLiteral("{name}") + OutputEnding(FormatOf(parser), ending);
+    options->outputs.pattern = QStringLiteral("{name}");
+    options->outputs.ending = OutputEnding(FormatOf(parser), ending);
     options->pictures.resultEndings = OutputEndings(ending);
 }
 
@@ -330,10 +331,10 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, fault);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
-        !fault.isEmpty())
+    const OutputNaming &naming = line.correct.outputs;
+    if (const QString fault = FaultOfOutputNames(naming, SuffixesOfFormat(FormatOf(parser))); !fault.isEmpty())
         return Refuse(command,
-                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+                      QStringLiteral("the name of outputs, '%1', %2.").arg(naming.pattern + naming.ending, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
     line.correct.fitted = fitted;

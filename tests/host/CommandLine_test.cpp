@@ -64,6 +64,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
         {"correct --format gif a.jpg", "tiff, jpeg, png or exr"},
+        {"correct --suffix /{x} a.jpg", "'{name}/{x}.tiff', has a slash"},
         {"correct --format jpeg --quality 0 a.jpg", "1 to 100"},
         {"correct --quality 90 a.jpg", "--quality is only for --format jpeg"},
         {"correct --format png --compression zstd a.jpg", "--compression is only for --format tiff"},

@@ -120,7 +120,7 @@ void tst_RunLists::patterns()
 {
     QFETCH(QString, output);
     const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputPattern(pattern, {"tiff"_s, "tif"_s});
+    const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
     if (output.startsWith(QLatin1Char('?'))) {
         QVERIFY2(fault.contains(output.mid(1)), qPrintable(fault));
         return;

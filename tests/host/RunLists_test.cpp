@@ -182,6 +182,7 @@ void tst_RunLists::sums_data()
     QTest::newRow("no records") << QVector<PictureReport>() << QStringList{"0 pictures"_s};
     QTest::newRow("skipped after it was corrected")
         << QVector{done, skipped} << QStringList{"1 picture: 1 corrected"_s};
+    QTest::newRow("listed twice, and failed") << QVector{failed, skipped} << QStringList{"1 picture: 1 failed"_s};
     QTest::newRow("corrected after it failed")
         << QVector{failed, done} << QStringList{"1 picture: 1 corrected"_s, "       1  50mm: 1 corrected"_s};
     QTest::newRow("one reason with two names")

@@ -258,8 +258,10 @@ CommandLine ReadHelp(const QCommandLineParser &parser)
                                 : PrintText(script);
     }
     const VerbRow *verb = names.isEmpty() ? nullptr : FindVerb(names.first());
-    if (names.size() > 1 || (!names.isEmpty() && !verb))
-        return Refuse(command, QStringLiteral("unknown command '%1'.").arg(names.last()));
+    if (!names.isEmpty() && !verb)
+        return Refuse(command, QStringLiteral("unknown command '%1'.").arg(names.first()));
+    if (names.size() > 1)
+        return Refuse(command, QStringLiteral("only one command can be described at a time."));
     if (parser.isSet(QStringLiteral("man")))
         return PrintText(ManPage(verb));
     return PrintText(verb ? VerbHelp(*verb, false) : ProgramHelp());

@@ -71,7 +71,7 @@ constexpr VerbRow kVerbs[] = {
      "[PICTURE]...",
      "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written "
-     "next to its original, as NAME_corrected.tiff.\n\n"
+     "next to its original, as NAME_corrected.tiff, unless you choose another folder or format.\n\n"
      "Lens profiles are found and fitted as in the correct command. The window shows which one was found, and you can "
      "choose a different one.",
      {"vitrelux wizard photo.jpg", "vitrelux wizard --lens-path Profiles photo.jpg"}},

@@ -83,6 +83,7 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct -o '' a.jpg", "non-empty"},
         {"help corect", "unknown command 'corect'"},
         {"help --man --names", "exclude"},
+        {"help correct info", "only one command"},
         {"help --completion csh", "bash, zsh or fish"},
         {"help", "?Usage: vitrelux COMMAND"},
         {"help --man correct", "?.TH VITRELUX-CORRECT 1 "},

@@ -96,6 +96,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.notify = parser.isSet(QStringLiteral("notify"));
     options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
+    options.quiet = parser.isSet(QStringLiteral("quiet"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
@@ -147,8 +148,9 @@ Exclusions ExclusionsOf(Verb verb)
 {
     Exclusions exclusions;
     if (verb == Verb::Correct)
-        exclusions = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"},
-                      {"plain", "verbose"},           {"plain", "convert"},     {"suffix", "output-name"}};
+        exclusions = {
+            {"overwrite", "skip-existing"}, {"profile", "lens-path"},  {"profile", "source"}, {"plain", "verbose"},
+            {"plain", "convert"},           {"suffix", "output-name"}, {"quiet", "verbose"}};
     const QVector<OptionRow> fitted = FittedRows(verb);
     for (const OptionRow &row : fitted)
         exclusions.append(std::make_pair("plain", row.names[0]));

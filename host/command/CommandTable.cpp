@@ -27,7 +27,8 @@ constexpr VerbRow kVerbs[] = {
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
      "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
      "standard error, and the others continue. The first interrupt (Ctrl-C) finishes the pictures in progress, the "
-     "second one stops at once; a run with --skip-existing resumes.",
+     "second one stops at once; a run with --skip-existing resumes. A run over several pictures ends with a summary on "
+     "standard error.",
      {"vitrelux correct photo.jpg", "vitrelux correct -r Pictures -o Corrected --skip-existing"}},
     {Verb::Info,
      "info",
@@ -112,6 +113,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: as CPUs and memory allow"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources", nullptr, true},
+    {Verb::Correct, {"q", "quiet"}, nullptr, "print only failures, no notes, progress or summary", nullptr, true},
     {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a desktop notification", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},

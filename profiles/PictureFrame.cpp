@@ -183,7 +183,7 @@ bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame
     if (!(pictureLong > 0.0))
         pictureLong = m_facts.focalPlaneWidthMm.value;
     if (!(pictureLong > 0.0)) {
-        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera")
+        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera; name it with --body")
                                       : QStringLiteral("the size of the sensor of \"%1\" is unknown").arg(m_body.model);
         return false;
     }

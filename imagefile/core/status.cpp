@@ -1,5 +1,7 @@
 #include "status.h"
 
+#include "english_thread.h"
+
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
@@ -20,6 +22,7 @@ std::string Text(const char *format, ...)
     char text[sizeof lastErrorText];
     va_list arguments;
     va_start(arguments, format);
+    const EnglishThread english;
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     return text;

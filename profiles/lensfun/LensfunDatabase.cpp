@@ -251,7 +251,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     if (IsFixed(camera))
         lenses = StandardLenses(lenses);
     else if (wanted.isEmpty())
-        return none(QStringLiteral("the picture doesn't name its lens"));
+        return none(QStringLiteral("the picture doesn't name its lens; name it with --lens"));
     else if (AreBare(wanted) && camera.mount.isEmpty())
         return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name is not specific enough")
                         .arg(facts.model.value));

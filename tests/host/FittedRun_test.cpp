@@ -114,7 +114,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("corrected before, by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
                                                   << QStringList{kFound, "again, though corrected before"_s};
     QTest::newRow("lens not in the metadata")
-        << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"doesn't name its lens"_s};
+        << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
                                    "--distance 2 untold.jpg"_s
                                 << 0 << 1 << QStringList{kFound};

@@ -226,7 +226,7 @@ void tst_Fit::frames_data()
         },
         3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of that body's");
     row(
-        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
+        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "name it with --body");
     row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false, "angle");
     row("a crop that can't be read", {3000, 2000}, crop(&PictureFacts::cropLost), 0, 0, false, "can't be read");
 }

@@ -11,7 +11,7 @@ FUZZ_TARGET(output_names)
     naming.pattern = QString::fromUtf8(input.Line()).remove(QChar(0)); // arguments can't contain NUL
     naming.folder = QStringLiteral("/outputs");
     const QStringList suffixes = {QStringLiteral("tif"), QStringLiteral("tiff")};
-    if (!FaultOfOutputPattern(naming.pattern, suffixes).isEmpty())
+    if (!FaultOfOutputNames(naming, suffixes).isEmpty())
         return;
     QStringList names;
     while (!input.IsEmpty() && names.size() < 8)

@@ -28,6 +28,7 @@ struct CorrectOptions {
     bool convert = false; // accept CMYK and Lab pictures, as sRGB
     FittedOptions fitted; // unused if plain
     bool verbose = false; // print the facts about each picture
+    bool quiet = false;   // print only failures on standard error
     bool dryRun = false;  // print what would be done
     bool json = false;    // print records as in docs/correct.schema.json
     bool notify = false;  // show a desktop notification at the end

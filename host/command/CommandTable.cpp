@@ -27,7 +27,8 @@ constexpr VerbRow kVerbs[] = {
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
      "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
      "standard error, and the run continues with the others. After the first interrupt (Ctrl-C), the pictures in "
-     "progress are finished; the second one stops at once. A run with --skip-existing resumes.",
+     "progress are finished; the second one stops at once. A run with --skip-existing resumes. A run over several "
+     "pictures ends with a summary on standard error.",
      {"vitrelux correct photo.jpg", "vitrelux correct -r Pictures -o Corrected --skip-existing"}},
     {Verb::Info,
      "info",
@@ -71,7 +72,7 @@ constexpr VerbRow kVerbs[] = {
      "[PICTURE]...",
      "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written "
-     "next to its original, as NAME_corrected.tiff.\n\n"
+     "next to its original, as NAME_corrected.tiff, unless you choose another folder or format.\n\n"
      "Lens profiles are found and fitted as in the correct command. The window shows which one was found, and you can "
      "choose a different one.",
      {"vitrelux wizard photo.jpg", "vitrelux wizard --lens-path Profiles photo.jpg"}},
@@ -112,6 +113,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: by CPU count and memory"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources", nullptr, true},
+    {Verb::Correct, {"q", "quiet"}, nullptr, "print only failures, no notes, progress or summary", nullptr, true},
     {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a desktop notification", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},

@@ -43,7 +43,7 @@ public:
     void BeginProgress(int number, int count, const QString &file);
     /// @param tookWork  false for a picture that was skipped or failed.
     void EndProgress(int number, bool tookWork);
-    /// Prints the last line of a run, only on a terminal.
+    /// Prints the last line of a run on standard error.
     void Summary(const QMap<PictureReport::Outcome, int> &counts);
 
 private:

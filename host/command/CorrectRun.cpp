@@ -70,7 +70,8 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
                            QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing continues with them")
                                .arg(m_plan.size() - begun)
                                .arg(m_plan.size()));
-    m_console->Summary(m_counts);
+    if (m_plan.size() != 1 && !m_options.quiet)
+        m_console->Summary(m_counts);
     if (m_options.notify)
         Notify();
     return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
@@ -117,7 +118,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
     const PlannedPicture &planned = m_plan[number - 1];
     PictureReport report;
     try {
-        {
+        if (!m_options.quiet) {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
@@ -155,6 +156,14 @@ void CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned
     report->seconds = static_cast<double>(timer.elapsed()) / 1000.0;
 }
 
+void CorrectRun::PrintNotes(const QString &picture, const PictureReport &report)
+{
+    for (const QString &note : report.notes)
+        m_console->Note(picture, note);
+    if (report.outcome == PictureReport::Outcome::Planned)
+        m_console->Note(picture, QLatin1String("would correct ") + report.corrections.join(QLatin1String(", ")));
+}
+
 /// Prints all lines of a picture together.
 void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &report)
 {
@@ -162,8 +171,8 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
         m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));
     if (m_firstProblem.isEmpty() && !report.why.isEmpty())
         m_firstProblem = QFileInfo(planned.asNamed).fileName() + QLatin1String(": ") + report.why;
-    for (const QString &note : report.notes)
-        m_console->Note(planned.asNamed, note);
+    if (!m_options.quiet)
+        PrintNotes(planned.asNamed, report);
     if (report.outcome == PictureReport::Outcome::Failed)
         m_console->Failure(planned.asNamed, report.why);
     if (m_options.json) {

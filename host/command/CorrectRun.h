@@ -30,6 +30,7 @@ private:
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
+    void PrintNotes(const QString &picture, const PictureReport &report);
     void Notify() const;
 
     const CorrectOptions &m_options;

@@ -30,6 +30,7 @@ QString Head(const VerbRow *verb, const QString &summary, const QString &usage)
 {
     return QStringLiteral(".TH %1 1 " VITRELUX_DATE " \"vitrelux " VITRELUX_VERSION "\" \"User Commands\"\n")
                .arg(PageName(verb).toUpper())
+        + QLatin1String(".nh\n") // an option broken by a hyphen can't be copied
         + QStringLiteral(".SH NAME\n%1 \\- %2\n").arg(Escaped(PageName(verb)), Escaped(summary))
         + QLatin1String(".SH SYNOPSIS\n") + Line(QStringLiteral(".B"), QStringLiteral("vitrelux ") + usage);
 }

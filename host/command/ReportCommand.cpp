@@ -17,6 +17,13 @@ namespace {
 constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that aren't records
 constexpr int kSlowest = 5;
 
+/// Returns whether @p later was only skipped because the picture is done or is listed twice.
+bool AddsNothing(const PictureReport &earlier, const PictureReport &later)
+{
+    return later.outcome == PictureReport::Outcome::Skipped
+        && (later.output.isEmpty() || earlier.outcome == PictureReport::Outcome::Corrected);
+}
+
 /// Returns one record per picture, in the order in which the pictures first occur.
 QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
 {
@@ -27,8 +34,7 @@ QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
         if (place == places.constEnd()) {
             places.insert(report.picture, last.size());
             last.append(report);
-        } else if (report.outcome != PictureReport::Outcome::Skipped
-                   || last.at(*place).outcome != PictureReport::Outcome::Corrected) {
+        } else if (!AddsNothing(last.at(*place), report)) {
             last[*place] = report;
         }
     }

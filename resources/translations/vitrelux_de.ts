@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>ohne Angabe eines Grundes gescheitert</translation>
+        <translation>aus unbekanntem Grund fehlgeschlagen</translation>
     </message>
 </context>
 <context>
@@ -436,7 +436,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>die Zeit kann nicht übernommen werden: %1</translation>
+        <translation>die Dateizeit kann nicht gesetzt werden: %1</translation>
     </message>
 </context>
 </TS>

@@ -98,7 +98,7 @@
     </message>
     <message>
         <source>left out</source>
-        <translation>省略</translation>
+        <translation>未適用</translation>
     </message>
     <message>
         <source>profile %1</source>
@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>理由の報告なしに失敗しました</translation>
+        <translation>原因不明で失敗しました</translation>
     </message>
 </context>
 <context>
@@ -429,7 +429,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>日時を維持できません: %1</translation>
+        <translation>ファイルの日時を設定できません：%1</translation>
     </message>
 </context>
 </TS>

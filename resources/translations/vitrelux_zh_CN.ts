@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>失败，未说明原因</translation>
+        <translation>因未知原因失败</translation>
     </message>
 </context>
 <context>
@@ -216,7 +216,7 @@
     </message>
     <message>
         <source>Keep the scale</source>
-        <translation>保持比例</translation>
+        <translation>保持缩放比例</translation>
     </message>
     <message>
         <source>Show everything that was photographed</source>
@@ -429,7 +429,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>无法保留时间：%1</translation>
+        <translation>无法设置文件时间：%1</translation>
     </message>
 </context>
 </TS>

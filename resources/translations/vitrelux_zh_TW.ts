@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>失敗，未說明原因</translation>
+        <translation>因未知原因失敗</translation>
     </message>
 </context>
 <context>
@@ -216,7 +216,7 @@
     </message>
     <message>
         <source>Keep the scale</source>
-        <translation>維持比例</translation>
+        <translation>維持縮放比例</translation>
     </message>
     <message>
         <source>Show everything that was photographed</source>
@@ -429,7 +429,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>無法保留時間：%1</translation>
+        <translation>無法設定檔案時間：%1</translation>
     </message>
 </context>
 </TS>

@@ -10,12 +10,43 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <exiv2/exiv2.hpp>
 
 namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;
+
+/// Returns the first part of a value that doesn't match the schema; empty if all do. Only for keywords in use.
+QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
+{
+    const QString text = value.toVariant().toString(), type = schema.value("type"_s).toString();
+    const QMap<QString, QJsonValue::Type> types = {{"string"_s, QJsonValue::String},
+                                                   {"number"_s, QJsonValue::Double},
+                                                   {"array"_s, QJsonValue::Array},
+                                                   {"object"_s, QJsonValue::Object}};
+    const QJsonObject properties = schema.value("properties"_s).toObject(), object = value.toObject();
+    for (const QJsonValue &key : schema.value("required"_s).toArray()) {
+        if (!object.contains(key.toString()))
+            return key.toString();
+    }
+    for (const QString &key : object.keys()) {
+        const QString fault =
+            properties.contains(key) ? Mismatch(object.value(key), properties.value(key).toObject()) : key;
+        if (!fault.isEmpty())
+            return fault;
+    }
+    for (const QJsonValue &item : value.toArray()) {
+        if (const QString fault = Mismatch(item, schema.value("items"_s).toObject()); !fault.isEmpty())
+            return fault;
+    }
+    const bool isGood = (type.isEmpty() || types.value(type) == value.type())
+        && (!schema.contains("enum"_s) || schema.value("enum"_s).toArray().contains(value))
+        && text.contains(QRegularExpression(schema.value("pattern"_s).toString()))
+        && text.size() >= schema.value("minLength"_s).toInt() && value.toDouble() >= schema.value("minimum"_s).toInt();
+    return isGood ? QString() : text;
+}
 
 } // namespace
 
@@ -128,41 +159,53 @@ void FittedRunTest::correct()
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// A dry run makes the same decisions as the run, and both print records that match the schema.
+/// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as the run.
 void FittedRunTest::records()
 {
     const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
-    const QJsonObject known = schema.value("properties"_s).toObject();
     const QDateTime taken(QDate(2001, 2, 3), QTime(4, 5, 6));
     QFile picture(Path("named.jpg"_s));
     QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
     picture.close();
-    for (const bool isDry : {true, false}) {
-        const Case mode(isDry ? "dry run" : "run");
-        const ProgramResult result =
-            Run("correct --json --keep-time --suffix -x --format jpeg -j 1 -o out --lens-path lenses "_s
-                + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+    const QString options = "--keep-time --suffix -{ext} --format jpeg --lens-path lenses "_s;
+    const std::pair<QString, QStringList> rows[] = {
+        {options + "-n named.jpg again.jpg none.jpg"_s, {"planned"_s, "corrected before"_s, "failed"_s}},
+        {options + "named.jpg again.jpg none.jpg"_s, {"corrected"_s, "corrected before"_s, "failed"_s}},
+        {options + "--skip-existing named.jpg ./named.jpg gone.jpg"_s, {"skipped"_s, "skipped"_s, "failed"_s}},
+        {"--plain --profile p.lcp a.jpg a.png"_s, {"failed"_s, "corrected"_s}}, // a conflict comes first
+    };
+    QByteArray all;
+    int made = 0;
+    for (const auto &[line, expected] : rows) {
+        const Case named(line);
+        const ProgramResult result = Run("correct --json -q -j 1 -o out "_s + line);
         QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.errorLines.size() == 1 && result.summary.isEmpty(), result.error); // the failure
+        all += result.output;
         QStringList outcomes;
         const QList<QByteArray> lines = result.output.trimmed().split('\n');
-        for (const QByteArray &line : lines) {
-            const QJsonObject record = QJsonDocument::fromJson(line).object();
-            for (const QString &key : record.keys())
-                QVERIFY2(known.contains(key), qPrintable(key));
-            for (const QJsonValue &key : schema.value("required"_s).toArray())
-                QVERIFY2(record.contains(key.toString()), line);
+        for (const QByteArray &one : lines) {
+            const QJsonObject record = QJsonDocument::fromJson(one).object();
+            QVERIFY2(Mismatch(record, schema).isEmpty(), one + qPrintable(Mismatch(record, schema)));
             outcomes << record.value("outcome"_s).toString();
         }
-        QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
-        const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.jpg"_s));
-        QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
-        QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
-        QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
-        QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
-        QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
+        QCOMPARE(outcomes, expected);
+        made += outcomes.count("corrected"_s);
+        QCOMPARE(Names(Path("out"_s)).size(), made);
+        if (!line.contains("again"_s))
+            continue;
+        const QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
+        QCOMPARE(first.value("output"_s).toString(), Path("out/named-{ext}.jpg"_s));
+        QCOMPARE(first.value("profile"_s).toString(), Path(kFound));
+        QCOMPARE(first.value("lens"_s).toString(), QString::fromLatin1(kLens));
+        QCOMPARE(first.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
+        QVERIFY(first.value("entries"_s).toString().contains("50 mm f/8"_s));
     }
-    QCOMPARE(QFileInfo(Path("out/named-x.jpg"_s)).lastModified(), taken);
+    QCOMPARE(QFileInfo(Path("out/named-{ext}.jpg"_s)).lastModified(), taken);
+    QVERIFY(Mismatch(QJsonObject{{"picture"_s, "a"_s}, {"outcome"_s, "lost"_s}, {"seconds"_s, 0}}, schema) == "lost"_s);
+    WriteFile(Path("records"_s), all);
+    const ProgramResult report = Run("report records"_s);
+    QVERIFY2(report.exitCode == 0 && report.output.startsWith("7 pictures: 2 corrected, "), report.output);
 }
 
 /// A run leaves a record from which later runs and other programs recognize the correction.

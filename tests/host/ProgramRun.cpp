@@ -1,5 +1,9 @@
 #include "ProgramRun.h"
 
+#include "TestFiles.h"
+
+#include <QRegularExpression>
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
@@ -55,6 +59,9 @@ ProgramResult ProgramRun::Wait()
     result.errorLines = QString::fromUtf8(result.error).split(QLatin1Char('\n'));
     if (result.errorLines.last().isEmpty())
         result.errorLines.removeLast();
+    static const QRegularExpression kSummary("^\\d+ corrected, .* in [0-9.]+ s"_s);
+    if (!result.errorLines.isEmpty() && kSummary.match(result.errorLines.last()).hasMatch())
+        result.summary = result.errorLines.takeLast();
     return result;
 }
 

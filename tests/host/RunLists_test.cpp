@@ -121,7 +121,7 @@ void tst_RunLists::patterns()
 {
     QFETCH(QString, output);
     const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputPattern(pattern, {"tiff"_s, "tif"_s});
+    const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
     if (output.startsWith(QLatin1Char('?'))) {
         QVERIFY2(fault.contains(output.mid(1)), qPrintable(fault));
         return;
@@ -183,6 +183,7 @@ void tst_RunLists::summaries_data()
     QTest::newRow("no records") << QVector<PictureReport>() << QStringList{"0 pictures"_s};
     QTest::newRow("skipped after it was corrected")
         << QVector{done, skipped} << QStringList{"1 picture: 1 corrected"_s};
+    QTest::newRow("listed twice, and failed") << QVector{failed, skipped} << QStringList{"1 picture: 1 failed"_s};
     QTest::newRow("corrected after it failed")
         << QVector{failed, done} << QStringList{"1 picture: 1 corrected"_s, "       1  50mm: 1 corrected"_s};
     QTest::newRow("one reason with two names")

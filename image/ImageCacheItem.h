@@ -162,6 +162,11 @@ template <typename Image, typename Loader> void ImageCacheItem<Image, Loader>::U
         return;
     qDeleteAll(version->m_retired);
     version->m_retired.clear();
+    if (!Loader::HasFailed(version))
+        return;
+    const Counting counting(this); // the next lock reads the file again
+    Loader::Free(version);
+    version->m_inMemory = false;
 }
 
 template <typename Image, typename Loader>

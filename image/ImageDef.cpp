@@ -424,7 +424,10 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
         item->ReleaseFromMemory();
         throw FileException(QT_TRANSLATE_NOOP("QCoreApplication", "File \"%1\" cannot be loaded"), FileName());
     }
+    if (gflAcceptsPendingRows()) // the thumbnail would need all rows; the next other lock makes it
+        return image;
     try {
+        image->WaitForRows(image->height(), FileName());
         KImageLoader::LockPostProcess(this, image, cache.m_mutex);
     } catch (...) {
         Unlock(width, height, nativeDepth);

@@ -86,6 +86,16 @@ GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_L
 GFL_API int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size, GFL_BITMAP **bitmap,
                                     const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
+/// Allows (not 0) or forbids (0, the default) code that lends pictures to this thread, such as a host's image cache, to
+/// load them with GFL_LOAD_PENDING. The thread then calls gflWaitForRows before it reads rows.
+GFL_API void gflAcceptPendingRows(int accept);
+GFL_API bool gflAcceptsPendingRows();
+
+/// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
+/// rows decoded so far, from the top. Returns the error of the load; errors may come at any time until all rows have
+/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Any thread.
+GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
+
 /// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions, never
 /// enlarged; a box of 0 by 0 means 256 by 256. Decodes no more than necessary. Otherwise like gflLoadBitmapUTF8; @p
 /// info gives the size of the file's picture, not of the thumbnail.

@@ -60,6 +60,7 @@ enum GflLoadFlag : std::uint32_t {
     GFL_LOAD_ORIGINAL_DEPTH = 0x0200,    // keep the file's depth; without it everything becomes 8 bits
     GFL_LOAD_METADATA = 0x0400,          // read ICC, IPTC, EXIF and XMP along with the pixels
     GFL_LOAD_FULL = 0x8000,              // set on every full read; has no effect
+    GFL_LOAD_PENDING = 0x10000,          // may return while rows are decoded on another thread: see gflWaitForRows
 };
 
 struct GFL_LOAD_PARAMS {

@@ -126,14 +126,16 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
                                      const QString &outputFileName)
 {
     FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which may be unnecessary
-    const FullSizeLock full(def); // until the file is written: a copy would take as much memory again
+    // Locked until the file is written: a copy would take as much memory again.
+    const FullSizeLock full(def, FullSizeLock::Rows::MayBePending);
     if (!full.Image())
         ThrowNotLoaded(fileName);
     const KImage &source = *full.Image();
     const QSize size(source.width(), source.height());
     if (size != QSize(plan.fit.correction.width, plan.fit.correction.height))
         plan = PlanFor(def, fileName, size, params);
-    FittedBands bands(plan, params.fitted->options.sampling, source);
+    FittedBands bands(plan, params.fitted->options.sampling, source,
+                      [&](int rows) { return source.WaitForRows(rows, fileName); });
     const QThread *const caller = QThread::currentThread();
     const KImage::RowsToWrite rows = {source.width(),
                                       source.height(),

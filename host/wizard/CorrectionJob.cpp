@@ -51,8 +51,8 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
         JobPicture picture;
         picture.planned = planned;
         picture.pixels = qint64(image.nCols()) * image.nRows();
-        picture.bytes = BytesToCorrect(image.nCols(), image.nRows());
         picture.parameters = WithFormat(process->GetFileXmlParams(planned.picture), output.format);
+        picture.bytes = BytesToCorrect(image, CorrectorOf(picture.parameters));
         picture.problem = JobCheck::Problem(planned, application->ProblemOf(planned.picture),
                                             ReadParameters(picture.parameters).corrections);
         pictures.push_back(std::move(picture));

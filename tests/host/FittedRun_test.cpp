@@ -56,6 +56,7 @@ private Q_SLOTS:
     void init();
     void correct_data();
     void correct();
+    void whileDecoding();
     void records();
     void secondRun();
     void info();
@@ -157,6 +158,32 @@ void FittedRunTest::correct()
         from = at + text.size();
     }
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
+}
+
+/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterwards.
+void FittedRunTest::whileDecoding()
+{
+    const QSize sizes[] = {{1300, 900}, {900, 1300}, {1200, 1000}};
+    const char *const names[] = {"wide.jpg", "tall.jpg", "cut.jpg"};
+    for (int i = 0; i < 3; ++i) {
+        WriteJpeg(Path(QLatin1String(names[i])), sizes[i].width(), sizes[i].height());
+        WriteMetadata(Path(QLatin1String(names[i])), {kLens, "50/1", "8/1"});
+    }
+    const QByteArray whole = ReadFile(Path("cut.jpg"_s));
+    WriteFile(Path("cut.jpg"_s), whole.left(whole.size() - 2000)); // only the last rows are missing
+    const QString line = "correct --profile lenses/0.lcp wide.jpg tall.jpg cut.jpg -o "_s;
+    const ProgramResult after = Run(line + "after -j 3"_s), meanwhile = Run(line + "meanwhile -j 1"_s);
+    QStringList failures[2];
+    for (const QString &error : after.errorLines + meanwhile.errorLines)
+        if (error.contains("cut.jpg"_s))
+            failures[failures[0].size()] << error;
+    QVERIFY2(after.exitCode == 1 && meanwhile.exitCode == 1, meanwhile.error);
+    QCOMPARE(failures[0].size(), 1);
+    QCOMPARE(failures[1], failures[0]);
+    QCOMPARE(Names(Path("after"_s)), QStringList({"tall_corrected.tiff"_s, "wide_corrected.tiff"_s}));
+    QCOMPARE(Names(Path("meanwhile"_s)), Names(Path("after"_s)));
+    for (const QString &name : Names(Path("after"_s)))
+        QVERIFY2(ReadFile(Path("after/"_s + name)) == ReadFile(Path("meanwhile/"_s + name)), qPrintable(name));
 }
 
 /// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as the run.

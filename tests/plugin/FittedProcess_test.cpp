@@ -4,6 +4,7 @@
 #include "ComputePreview.h"
 #include "FakeHost.h"
 #include "Files.h"
+#include "FittedBands.h"
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 #include "SpelledProfile.h"
@@ -136,6 +137,7 @@ private Q_SLOTS:
     void grayStaysGray_data();
     void grayStaysGray();
     void independentOfThreadCount();
+    void readsOnlyAnnouncedRows();
     void formats_data();
     void formats();
 
@@ -377,6 +379,50 @@ void tst_FittedProcess::independentOfThreadCount()
         }
         m_process.FreeParameters(record);
     }
+}
+
+/// The rows of the source are written when they are waited for: reading others would change the result.
+void tst_FittedProcess::readsOnlyAnnouncedRows()
+{
+    for (const QSize size : {QSize(640, 430), QSize(430, 640)})
+        for (const double bend : {0.05, -0.05, -0.4, 1.5})
+            for (const Sampling sampling : {Sampling::Sharp, Sampling::Bilinear}) {
+                const Case named(size, bend, sampling == Sampling::Sharp);
+                FittedPlan plan;
+                Correction &correction = plan.fit.correction;
+                correction.width = size.width();
+                correction.height = size.height();
+                const double radius2 = size.width() * size.width() + size.height() * size.height();
+                correction.geometry.emplace();
+                correction.geometry->centerX = size.width() / 2.0;
+                correction.geometry->centerY = size.height() / 2.0;
+                correction.geometry->factor = RadialCurve(radius2, {1.0, 1.0 + bend}); // linear in the radius squared
+                KImage whole(size.width(), size.height(), GFL_RGB, 8, /*clear=*/true, nullptr, 0), arriving(whole);
+                for (int y = 0; y < size.height(); ++y)
+                    for (int i = 0; i < 3 * size.width(); ++i)
+                        whole.getData(0, y)[i] = static_cast<unsigned char>(64 + i * 7 % 50 + y % 90);
+                QVector<int> waits;
+                const auto result = [&](const KImage &source, const FittedBands::WaitForRows &wait) {
+                    FittedBands bands(plan, sampling, source, wait);
+                    QByteArray bytes;
+                    for (int row = 0; row < size.height(); row += GFL_FAST_ROWS) {
+                        KImage band(size.width(), qMin(GFL_FAST_ROWS, size.height() - row), bands.ResultType(),
+                                    bands.ResultBits(), /*clear=*/true, nullptr, 0);
+                        bands.Fill(band, row);
+                        bytes.append(reinterpret_cast<const char *>(band.getData(0, 0)),
+                                     int(band.bytesPerLine()) * band.height());
+                    }
+                    return bytes;
+                };
+                const auto arrive = [&](int rows) {
+                    waits << rows;
+                    whole.CropCopyTo(0, 0, size.width(), rows, arriving, 0, 0);
+                    return rows;
+                };
+                QVERIFY(result(arriving, arrive) == result(whole, nullptr));
+                QVERIFY(std::abs(bend) > 0.1 || waits.first() < size.height() / 2);
+                QVERIFY(waits.contains(size.height())); // damage at the end must be noticed
+            }
 }
 
 void tst_FittedProcess::formats_data()

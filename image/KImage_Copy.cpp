@@ -104,7 +104,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
         // Plain bytes, in one piece per thread where rows have no gaps.
-        const int rowsEach = qMax(1, (height - 1) / threads + 1);
+        const int rowsEach = height > 0 ? (height - 1) / threads + 1 : 1; // negative: nothing to copy
 #pragma omp parallel for schedule(static) num_threads(threads)
         for (int row = 0; row < height; row += rowsEach)
             primitives::CopyBytes(getData(x, y + row), bytesPerLine(), target.getData(targetX, targetY + row),

@@ -51,8 +51,7 @@ public:
     explicit KImage(const QImage &image);
     ~KImage();
 
-    /// Deep copy; the copy always owns its pixels. Comment and MetaData are not copied. Trap: the target is freed
-    /// first, so assigning an image to itself empties it.
+    /// Deep copy that owns its pixels, without Comment and MetaData. Trap: assigning an image to itself empties it.
     KImage &operator=(const KImage &other);
 
     // --- Starting and stopping the module (KImage_Module.cpp), main thread ---
@@ -105,8 +104,8 @@ public:
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// Waits until the first @p rows rows of the image are decoded, and returns how many are. Necessary after ID_Read
-    /// only if gflAcceptsPendingRows was set. Throws the error of the read; @p fileName is named by it.
+    /// Waits until the first @p rows rows are decoded and returns how many are. Only needed after ID_Read with
+    /// gflAcceptsPendingRows. Throws the error of the read, which names @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
@@ -116,14 +115,12 @@ public:
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
     /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// A picture that is generated while it is written, so that it is never completely in memory.
+    /// A picture that is generated from the top down while it is written, so that it is never completely in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on, from the top
-        /// down. Exceptions end the write and reach the caller.
-        std::function<void(KImage &rows, int firstRow)> fill;
+        std::function<void(KImage &rows, int firstRow)> fill; // a block of rows; may throw, which ends the write
         bool fast = false; // GFL_SAVE_FAST: several threads call fill, roughly in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.

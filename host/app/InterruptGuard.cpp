@@ -81,19 +81,19 @@ void InterruptGuard::StartProgram(const std::function<void()> &start)
     pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
 }
 
-void InterruptGuard::FinishOnInterrupt(std::function<void()> told)
+void InterruptGuard::FinishOnInterrupt(std::function<void()> onInterrupt)
 {
-    const std::lock_guard<std::mutex> lock(m_toldMutex);
-    m_told = std::move(told);
+    const std::lock_guard<std::mutex> lock(m_onInterruptMutex);
+    m_onInterrupt = std::move(onInterrupt);
 }
 
 /// @return whether this SIGINT is the first one, which must not end the program.
 bool InterruptGuard::TakeFirstInterrupt()
 {
-    const std::lock_guard<std::mutex> lock(m_toldMutex);
-    if (!m_told || m_askedToStop.exchange(true))
+    const std::lock_guard<std::mutex> lock(m_onInterruptMutex);
+    if (!m_onInterrupt || m_askedToStop.exchange(true))
         return false;
-    m_told();
+    m_onInterrupt();
     return true;
 }
 

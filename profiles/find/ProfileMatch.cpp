@@ -352,8 +352,10 @@ private:
         if (!m_facts.model.Known() && m_facts.lensNames.isEmpty())
             match.reason = QStringLiteral("the picture doesn't say which camera and lens took it");
         else if (IsFixedLens())
-            match.reason = QStringLiteral("no profile for the camera \"%1\", and the picture doesn't name its lens; name it with --lens")
-                               .arg(m_facts.model.value);
+            match.reason =
+                QStringLiteral(
+                    "no profile for the camera \"%1\", and the picture doesn't name its lens; name it with --lens")
+                    .arg(m_facts.model.value);
         else
             match.reason = QStringLiteral("no profile for the lens \"%1\"").arg(m_wanted.first().text);
         return match;

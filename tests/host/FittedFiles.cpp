@@ -20,7 +20,7 @@ QByteArray Profile(const char *lens, bool hasVignetting)
           "</photoshop:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
-void WriteMetadata(const QString &path, const Told &metadata)
+void WriteMetadata(const QString &path, const PictureMetadata &metadata)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     Exiv2::ExifData exif;

@@ -67,10 +67,10 @@ private Q_SLOTS:
 void FittedRunTest::init()
 {
     ProgramTest::init();
-    const std::pair<const char *, Told> pictures[] = {
+    const std::pair<const char *, PictureMetadata> pictures[] = {
         {"named.jpg", {kLens, "50/1", "8/1"}},
         {"again.jpg", {kLens, "50/1", "8/1", true}},
-        {"untold.jpg", {}},
+        {"unnamed.jpg", {}},
         {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
     };
@@ -115,9 +115,9 @@ void FittedRunTest::correct_data()
     QTest::newRow("corrected again by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
                                                 << QStringList{kFound, "again, though corrected before"_s};
     QTest::newRow("lens not in the metadata")
-        << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
+        << "--lens-path lenses unnamed.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
-                                   "--distance 2 untold.jpg"_s
+                                   "--distance 2 unnamed.jpg"_s
                                 << 0 << 1 << QStringList{kFound};
     QTest::newRow("no profile, near misses")
         << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1

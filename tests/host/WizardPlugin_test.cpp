@@ -59,7 +59,7 @@ void tst_WizardPlugin::realPluginFits()
 {
     QVERIFY(QDir(m_dir->path()).mkdir("lenses"_s));
     WriteFile(Path("lenses/x.lcp"), Profile("Canon EF 24-105mm f/4L IS USM"));
-    const std::pair<const char *, Told> pictures[] = {
+    const std::pair<const char *, PictureMetadata> pictures[] = {
         {"found.jpg", {kLens, "50/1", "8/1"}},
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
         {"before.jpg", {kLens, "50/1", "8/1", true}},

@@ -32,7 +32,7 @@ std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw =
 }
 
 /// Returns all fields that entries can fill, as "NAME=VALUE", numbers to six digits.
-QStringList Told(const ImageDef &image)
+QStringList TextOf(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
     const std::pair<const char *, QVariant> fields[] = {{"trusted", int(image.HasExif())},
@@ -58,13 +58,13 @@ QStringList Told(const ImageDef &image)
                                                         {"altitude", shooting.gpsAltitude},
                                                         {"directionRef", shooting.gpsDirectionRef},
                                                         {"direction", shooting.gpsDirection}};
-    QStringList told;
+    QStringList texts;
     for (const auto &[name, value] : fields) {
         const bool isNumber = value.type() == QVariant::Double;
-        told << QString::fromLatin1(name) + QLatin1Char('=')
+        texts << QString::fromLatin1(name) + QLatin1Char('=')
                 + (isNumber ? QString::number(value.toDouble(), 'g', 6) : value.toString());
     }
-    return told;
+    return texts;
 }
 
 } // namespace
@@ -154,17 +154,17 @@ void tst_Exif::fields()
         {"g17=509/2", "direction=254.5"},
         {"g17=north", ""},
     };
-    const QStringList neutral = Told(*Analyse(""));
+    const QStringList neutral = TextOf(*Analyse(""));
     QCOMPARE(neutral.mid(0, 3), QStringLiteral("trusted=0 focal35mm=50 ratio=1").split(QLatin1Char(' ')));
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        QStringList told = Told(*Analyse(row[0]));
+        QStringList texts = TextOf(*Analyse(row[0]));
         for (const QString &field : neutral)
-            told.removeOne(field);
-        QCOMPARE(told.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
+            texts.removeOne(field);
+        QCOMPARE(texts.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
     }
     const QByteArray digits(60000, '1'); // a search through all of them would take minutes
-    QCOMPARE(Told(*Analyse("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
+    QCOMPARE(TextOf(*Analyse("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
 }
 
 void tst_Exif::date()

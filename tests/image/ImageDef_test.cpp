@@ -243,9 +243,9 @@ void tst_ImageDef::exifModes()
 {
     const struct {
         int mode;
-        const char *make; // of the file; null: it has no EXIF
-        int focal35mm;    // 0: not in its EXIF
-        const char *told; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
+        const char *make;     // of the file; null: it has no EXIF
+        int focal35mm;        // 0: not in its EXIF
+        const char *expected; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
     } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
                 {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, short enough for a fisheye
                 {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
@@ -269,15 +269,15 @@ void tst_ImageDef::exifModes()
         const auto image =
             Describe(row.make ? WriteWithExif(path, row.focal35mm, row.make) : WritePicture(path, "jpeg", 6, 4));
         const ShootingInformation &shooting = image->m_shooting;
-        const QString told =
+        const QString found =
             QStringLiteral("%1 %2 %3 %4,%5,%6 %7 %8").arg(image->HasExif()).arg(double(image->GetFocal()));
-        QCOMPARE(told.arg(shooting.focalRatio)
+        QCOMPARE(found.arg(shooting.focalRatio)
                      .arg(shooting.distortionK1)
                      .arg(shooting.distortionK2)
                      .arg(shooting.distortionK3)
                      .arg(image->Model())
                      .arg(image->GetTimestamp() != 0),
-                 QString::fromLatin1(row.told));
+                 QString::fromLatin1(row.expected));
     }
 }
 

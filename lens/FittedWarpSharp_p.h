@@ -27,8 +27,11 @@ struct SharpBlock {
 template <typename Plane, typename Value, int kStep> struct SharpScratch : FittedWarp::IdleMemory::Piece {
     bool IsModest() const override
     {
-        constexpr size_t kModestSamples = size_t(1) << 21; // seven times the usual size, 25 MB
-        return planes[0].values.size() <= kModestSamples;
+        constexpr size_t kModestSamples = size_t(1) << 20; // ten times the usual size; 12 MB
+        size_t samples = 0;
+        for (const Plane &plane : planes)
+            samples += plane.values.size();
+        return samples <= kModestSamples;
     }
 
     SharpBlock block;

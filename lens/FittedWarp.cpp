@@ -19,8 +19,10 @@ struct Baseline {
     using Shorts = std::int16_t __attribute__((vector_size(16)));
 #if VITRELUX_FITTED_VECTORS
     using Codes = CodesBySse2;
+    using Together = TogetherBySse2;
 #else
-    using Codes = CodesPlainly;
+    using Codes = CodesPlainly<1>;
+    using Together = CodesPlainly<kTogether>;
 #endif
     template <typename Kind> static bool Rows(const FittedWarp::Band &band)
     {
@@ -36,6 +38,7 @@ struct Avx2 {
     using Bilinear = PixelByPixel;
     using Shorts = std::int16_t __attribute__((vector_size(32)));
     using Codes = CodesByAvx2;
+    using Together = TogetherByAvx2;
     template <typename Kind> [[gnu::target("avx2")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
@@ -48,6 +51,7 @@ struct Avx512 {
     using Bilinear = FourByAvx512;
     using Shorts = Avx2::Shorts;
     using Codes = CodesByAvx2;
+    using Together = TogetherByAvx2;
     template <typename Kind> [[gnu::target("arch=x86-64-v4")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
@@ -88,7 +92,8 @@ FittedWarp::FittedWarp(const Correction &correction, Sampling sampling, const Tr
       m_light(correction.light ? light : TransferCurve::Linear()),
       m_source(source),
       m_cellSide(CellSide(m_twin)),
-      m_leavesEmpty(m_twin.LeavesEmpty())
+      m_leavesEmpty(m_twin.LeavesEmpty()),
+      m_idleMemory(std::make_shared<IdleMemory>())
 {
 }
 
@@ -131,6 +136,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
     FittedPlaces places(m_twin, m_cellSide, m_source.isFloat ? nullptr : m_light.RootTable());
     const Band band = {m_twin,
                        places,
+                       *m_idleMemory,
                        m_light,
                        m_source,
                        m_leavesEmpty,

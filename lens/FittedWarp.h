@@ -5,6 +5,8 @@
 #include "FloatWarp.h"
 #include "TransferCurve.h"
 
+#include <memory>
+
 class KImage;
 
 /// Renderer of a Correction. CorrectionTwin defines the positions; those used here are within 0.005 pixels of them,
@@ -13,8 +15,8 @@ class KImage;
 /// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black; all
 /// others are opaque or get the source's alpha.
 ///
-/// The object stores no pixels. Render may run on several threads for different rows. It allocates working memory and
-/// may throw std::bad_alloc, nothing else.
+/// Render may run on several threads for different rows. Each running call needs about 1 MB of working memory, which
+/// the object keeps for later calls. It may throw std::bad_alloc, nothing else.
 class FittedWarp {
 public:
     enum class Sampling { Bilinear, Sharp };
@@ -51,6 +53,8 @@ public:
 
     /// Arguments of one call to Render, in the form that the loops need.
     struct Band;
+    /// Working memory that no call is using.
+    class IdleMemory;
 
 private:
     CorrectionTwin m_twin;
@@ -59,4 +63,5 @@ private:
     Source m_source;
     int m_cellSide;
     bool m_leavesEmpty;
+    std::shared_ptr<IdleMemory> m_idleMemory;
 };

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "FittedPlaces.h"
-#include "FittedWarp.h"
+#include "FittedWarpMemory_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +28,7 @@
 struct FittedWarp::Band {
     const CorrectionTwin &twin;
     FittedPlaces &places;
+    IdleMemory &idleMemory;
     const TransferCurve &light;
     Source form;
     bool mayBeEmpty;

@@ -386,6 +386,11 @@ void gflFreeBitmap(GFL_BITMAP *bitmap)
     Release(bitmap);
 }
 
+void gflSetSyncedByCaller(int isSynced)
+{
+    SetSyncedByCaller(isSynced != 0);
+}
+
 int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params)
 {
     return Guarded([&] { return path && bitmap && params ? Save(path, *bitmap, nullptr, *params) : BadParameters(); });

@@ -113,6 +113,11 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
+/// Tells whether the files that this thread saves are synced to disk afterwards (not 0) or not (0, the default). If
+/// they are, the disk starts while a file is being written, so that the sync is short. Files that replace others start
+/// early in any case, because the save itself syncs them.
+GFL_API void gflSetSyncedByCaller(int isSynced);
+
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
 /// GFL_SAVE_ICC_PROFILE, unless the profile is for a color space other than that of the pixels. Radiance files are
 /// written without metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left

@@ -10,14 +10,14 @@
 namespace {
 
 /// Returns the bytes per pixel that a decoder holds besides its result.
-qint64 DecoderBytes(const QString &fileName)
+qint64 DecoderBytes(const QString &fileName, qint64 stored)
 {
     constexpr qint64 kCoefficients = 3 * 2; // of a progressive JPEG, at full color resolution
-    constexpr qint64 kSamples = 3 * 4;      // of JPEG 2000, 32 bits each; camera raw needs 10 bytes
+    constexpr qint64 kSamples = 3 * 4;      // of 32 bits, in JPEG 2000 and JPEG XL; camera raw needs 10 bytes
     const QString suffix = QFileInfo(fileName).suffix().toLower();
     if (suffix == QLatin1String("tif") || suffix == QLatin1String("tiff") || suffix == QLatin1String("png"))
         return 0;
-    return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg") ? kCoefficients : kSamples;
+    return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg") ? kCoefficients : kSamples + stored;
 }
 
 } // namespace
@@ -27,7 +27,8 @@ qint64 BytesToCorrect(const ImageDef &image, Corrector corrector)
     constexpr qint64 kProgramBytes = qint64(80) << 20;
     constexpr qint64 kFloatPixel = 4 * 4;
     constexpr qint64 kWindow = kFloatPixel / 4; // a band of 64 rows needs a fifth of all rows if lines bend extremely
-    const qint64 decoder = DecoderBytes(image.FileName()), stored = qint64(image.nBands()) * image.nDepth() / 8;
+    const qint64 stored = qint64(image.nBands()) * image.nDepth() / 8;
+    const qint64 decoder = DecoderBytes(image.FileName(), stored);
     const bool isStoredRgb = image.nBands() == 3 && image.nDepth() <= 16;
     qint64 pixel = stored + decoder;
     if (corrector == Corrector::Plain)

@@ -5,6 +5,7 @@
 #include "PictureProblem.h"
 #include "ReplacedFile.h"
 #include "WorkFolder.h"
+#include "gfl.h"
 
 #include <QCoreApplication>
 #include <QDomDocument>
@@ -123,6 +124,8 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
         } catch (const std::bad_alloc &) { // the description stays until the program ends
         }
     });
+    gflSetSyncedByCaller(replaces && IsThere(target.Path())); // see ReplacedFile
+    const auto reset = qScopeGuard([] { gflSetSyncedByCaller(0); });
     const QString result = Process(process, record, planned, folder, admitted);
     if (check)
         check();

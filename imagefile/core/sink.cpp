@@ -37,6 +37,8 @@ std::string FollowLinks(std::string path)
     return path;
 }
 
+thread_local bool isSyncedByCaller = false;
+
 Status CreateFailure(const std::string &path, const char *why)
 {
     return Status::Fail(GFL_ERROR_FILE_CREATE, Text("can't create %s: %s", path.c_str(), why));
@@ -48,6 +50,11 @@ Status WriteFailure(const std::string &path)
 }
 
 } // namespace
+
+void SetSyncedByCaller(bool isSynced)
+{
+    isSyncedByCaller = isSynced;
+}
 
 FileSink::~FileSink()
 {
@@ -69,6 +76,7 @@ Status FileSink::CheckTarget()
 {
     struct stat existing = {};
     m_replaces = ::stat(m_target.c_str(), &existing) == 0;
+    m_storesEarly = m_replaces || isSyncedByCaller;
     if (!m_replaces) // circular links and the like can't become a new file
         return errno == ENOENT ? Status::Ok() : CreateFailure(m_target, std::strerror(errno));
     m_mode = existing.st_mode & 07777;
@@ -130,7 +138,19 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
         done += static_cast<std::size_t>(count);
     }
     m_size = std::max<std::uint64_t>(m_size, offset + length);
+    StartStoring();
     return Status::Ok();
+}
+
+/// Makes the disk store what was written so far, without waiting for it. Failures show when the file is synced.
+void FileSink::StartStoring()
+{
+    constexpr std::uint64_t kAtOnce = 4 << 20;
+    if (!m_storesEarly || m_size < m_stored + kAtOnce)
+        return;
+    ::sync_file_range(m_file, static_cast<off_t>(m_stored), static_cast<off_t>(m_size - m_stored),
+                      SYNC_FILE_RANGE_WRITE);
+    m_stored = m_size;
 }
 
 Status FileSink::ReadAt(std::uint64_t offset, void *buffer, std::size_t length, std::size_t *count)

@@ -27,6 +27,9 @@ protected:
     std::uint64_t m_size = 0;
 };
 
+/// Whether files that this thread creates are synced by its caller afterwards, even new ones.
+void SetSyncedByCaller(bool isSynced);
+
 /// A temporary file next to its target, so that a failed write neither changes the target nor leaves stray files.
 class FileSink : public Sink {
 public:
@@ -47,12 +50,15 @@ public:
 private:
     Status CheckTarget();
     Status OpenTemporary();
+    void StartStoring();
 
     int m_file = -1;
     std::string m_target;
     std::string m_temporary; // empty if there is none
     mode_t m_mode = 0;
     bool m_replaces = false;
+    bool m_storesEarly = false;
+    std::uint64_t m_stored = 0; // bytes from the start that the disk has been asked to store
 };
 
 /// A block from the layer's allocator.

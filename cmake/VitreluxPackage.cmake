@@ -96,7 +96,7 @@ set(CPACK_STRIP_FILES ON)
 file(READ LICENSE license)
 file(READ packaging/copyright-notes license_notes)
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/doc/copyright" CONTENT "${license}${license_notes}" @ONLY)
-execute_process(COMMAND date --utc --rfc-email --date=${VITRELUX_DATE} # in English; CMake's own follow the locale
+execute_process(COMMAND date --utc --rfc-email --date=${VITRELUX_DATE} # in English; CMake's own dates follow the locale
     COMMAND tr -d "\n" OUTPUT_VARIABLE changelog_date)
 configure_file(packaging/changelog.Debian.in "${CMAKE_BINARY_DIR}/doc/changelog.Debian" @ONLY)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE packaging/copyright-notes)

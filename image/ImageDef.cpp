@@ -34,7 +34,7 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why this kind of pixels isn't supported. Photoshop files are, since the image-file layer returns them as
+/// Returns why this kind of pixels isn't supported. Photoshop files are, because the image-file layer returns them as
 /// RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
@@ -424,7 +424,10 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
         item->ReleaseFromMemory();
         throw FileException(QT_TRANSLATE_NOOP("QCoreApplication", "File \"%1\" cannot be loaded"), FileName());
     }
+    if (gflAcceptsPendingRows()) // the thumbnail would need all rows; the next other lock makes it
+        return image;
     try {
+        image->WaitForRows(image->height(), FileName());
         KImageLoader::LockPostProcess(this, image, cache.m_mutex);
     } catch (...) {
         Unlock(width, height, nativeDepth);

@@ -72,6 +72,7 @@ void MakeFromSource(ImageDef *def, Version *version, Item *item)
     }
     if (!bigger) // the whole file is decoded anyway, so keep it
         bigger = FullVersion(def, version->m_depth, item, [def](Version *full) { FillFromSource(def, full); });
+    bigger->m_image->WaitForRows(bigger->m_height, def->FileName());
     SetPixels(version, Reduced(*bigger->m_image, version));
 }
 
@@ -156,6 +157,11 @@ void KImageLoader::Free(Version *version)
 {
     delete version->m_image;
     version->m_image = nullptr;
+}
+
+bool KImageLoader::HasFailed(const Version *version)
+{
+    return version->m_image && gflWaitForRows(version->m_image->m_bitmap, 0, nullptr) != GFL_NO_ERROR;
 }
 
 qint64 KImageLoader::memSize(Version *version)

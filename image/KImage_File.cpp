@@ -119,8 +119,8 @@ int FormatIndex(const QString &formatName)
     return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
 }
 
-/// The steps of every write. Doesn't access the pixels of @p image; @p save(path, params) writes the file and returns
-/// the layer's error.
+/// Runs the steps common to all writes. Doesn't access the pixels of @p image; @p save(path, params) writes the file
+/// and returns the layer's error.
 template <typename Save>
 void WriteBy(KImage &image, const QString &fileName, const KImage::FileForm &form, const QString &metadataSource,
              const KImage::EditRecord &record, Save save)
@@ -230,10 +230,20 @@ void KImage::ID_Read(QString fileName, bool nativeDepth)
     params.Flags |= GFL_LOAD_FULL;
     if (nativeDepth)
         params.Flags |= GFL_LOAD_ORIGINAL_DEPTH;
+    if (gflAcceptsPendingRows())
+        params.Flags |= GFL_LOAD_PENDING;
     CheckIfFileExists(fileName, where);
     FileInformation information;
     const int error = gflLoadBitmapUTF8(fileName.toUtf8().constData(), &m_bitmap, &params, &information);
     CheckIfGFLError(error, fileName, where);
+}
+
+int KImage::WaitForRows(int rows, const QString &fileName) const
+{
+    int ready = 0;
+    const int error = gflWaitForRows(m_bitmap, rows, &ready);
+    KImage().CheckIfGFLError(error, fileName, QStringLiteral("ID_Read"));
+    return ready;
 }
 
 void KImage::ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height)
@@ -244,6 +254,7 @@ void KImage::ID_ReadReduced(QString fileName, bool nativeDepth, int width, int h
         KThrow(kInvalidParameter);
     KImage whole;
     whole.ID_Read(fileName, nativeDepth);
+    whole.WaitForRows(whole.height(), fileName);
     whole.Resize(*this, width, height);
 }
 

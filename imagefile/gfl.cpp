@@ -5,6 +5,7 @@
 #include "core/codec.h"
 #include "core/guard.h"
 #include "core/image_limits.h"
+#include "core/pending_rows.h"
 #include "core/thread_count.h"
 #include "formats.h"
 #include "metadata/exif_carry.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <memory>
 
 using namespace imagefile;
 
@@ -22,6 +24,7 @@ constexpr Box kDefaultThumbnail = {256, 256};
 constexpr std::uint16_t kDefaultQuality = 90; // JPEG: above it, artifacts are hard to see
 
 std::atomic<bool> lzwAllowed{false};
+thread_local bool acceptsPendingRows = false;
 
 // A recognized file: its bytes, format and headers.
 struct OpenFile {
@@ -46,20 +49,18 @@ Status AttachMetadata(const Source &source, const Codec &codec, GFL_BITMAP *bitm
     return status ? status : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
 }
 
-/// Reads a file into one of the two row sinks that end as a bitmap. @p decode makes the codec pass on the rows.
-template <class Rows, class Decode>
-Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows, Decode decode, GFL_BITMAP **bitmap,
-                GFL_FILE_INFORMATION *info)
+/// Returns the result of reading a file whose codec returned @p status.
+Status ResultOf(const Source &source, const Status &status)
 {
-    OpenFile file;
-    if (Status status = ReadHeaders(source, &file); !status)
-        return status;
-    const Status status = decode(*file.codec);
-    Owned<GFL_BITMAP> made(rows->Take(), gflFreeBitmap);
     if (Status read = source.Check(); !read)
         return read;
-    if (!status)
-        return Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+    return status ? Status::Ok() : Status::Fail(status.Error(), source.Path() + ": " + status.Why());
+}
+
+/// Fills in everything but the pixels.
+Status CompleteRecord(const Source &source, const OpenFile &file, const GFL_LOAD_PARAMS &params, Owned<GFL_BITMAP> made,
+                      GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
+{
     made->Xdpi = file.info.Xdpi;
     made->Ydpi = file.info.Ydpi;
     if ((params.Flags & GFL_LOAD_METADATA) != 0)
@@ -71,19 +72,46 @@ Status LoadRows(const Source &source, const GFL_LOAD_PARAMS &params, Rows *rows,
     return Status::Ok();
 }
 
-Status Load(const Source &source, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap, GFL_FILE_INFORMATION *info)
+/// Returns whether the rows of a file may still be decoded when its load returns.
+bool MayBePending(const OpenFile &file, const GFL_LOAD_PARAMS &params)
 {
-    BitmapRows rows(params);
-    const auto decode = [&](const Codec &codec) { return codec.ReadPixels(source, params, &rows); };
-    return LoadRows(source, params, &rows, decode, bitmap, info);
+    constexpr std::int64_t kWorthAThread = 1 << 20; // pixels
+    return (params.Flags & GFL_LOAD_PENDING) != 0 && file.codec->StreamsRows() && ThreadCount() > 1
+        && std::int64_t(file.info.Width) * file.info.Height >= kWorthAThread && file.info.ColorModel != GFL_CM_CMYK;
+}
+
+Status Load(const std::shared_ptr<const Source> &source, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap,
+            GFL_FILE_INFORMATION *info)
+{
+    OpenFile file;
+    if (Status status = ReadHeaders(*source, &file); !status)
+        return status;
+    const auto decode = [source, params, codec = file.codec](RowSink *rows) {
+        return ResultOf(*source, codec->ReadPixels(*source, params, rows));
+    };
+    Owned<GFL_BITMAP> made(nullptr, gflFreeBitmap);
+    if (MayBePending(file, params)) {
+        if (Status status = StartPending(params, decode, &made); !status)
+            return status;
+    } else {
+        BitmapRows rows(params);
+        if (Status status = decode(&rows); !status)
+            return status;
+        made.reset(rows.Take());
+    }
+    return CompleteRecord(*source, file, params, std::move(made), bitmap, info);
 }
 
 Status LoadThumbnail(const Source &source, const Box &box, const GFL_LOAD_PARAMS &params, GFL_BITMAP **bitmap,
                      GFL_FILE_INFORMATION *info)
 {
+    OpenFile file;
+    if (Status status = ReadHeaders(source, &file); !status)
+        return status;
     ReducedRows rows(params, box);
-    const auto decode = [&](const Codec &codec) { return codec.ReadThumbnail(source, params, box, &rows); };
-    return LoadRows(source, params, &rows, decode, bitmap, info);
+    if (Status status = ResultOf(source, file.codec->ReadThumbnail(source, params, box, &rows)); !status)
+        return status;
+    return CompleteRecord(source, file, params, {rows.Take(), gflFreeBitmap}, bitmap, info);
 }
 
 Status LoadMetadata(const Source &source, GFL_BITMAP **bitmap)
@@ -114,7 +142,7 @@ bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
 {
     constexpr std::size_t kAt = 16, kLength = 4;
     if (icc.size() < kAt + kLength)
-        return true; // nothing is known about it
+        return true; // of unknown color space
     const std::string space(icc.begin() + kAt, icc.begin() + kAt + kLength);
     if (bitmap.Type == GFL_GREY)
         return space != "RGB " && space != "CMYK" && space != "Lab ";
@@ -155,7 +183,7 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
-/// @p rows makes the pixels; null if the bitmap has them.
+/// @p rows generates the pixels; null if the bitmap has them.
 Status Save(const char *path, const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
     if (Status status = CheckSave(bitmap, rows, params); !status)
@@ -271,8 +299,8 @@ int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARA
     return Guarded([&] {
         if (!path || !bitmap || !params)
             return BadParameters();
-        Source source;
-        if (Status status = source.Open(path); !status)
+        const auto source = std::make_shared<Source>();
+        if (Status status = source->Open(path); !status)
             return status;
         return Load(source, *params, bitmap, info);
     });
@@ -286,7 +314,30 @@ int gflLoadBitmapFromMemory(const std::uint8_t *data, std::uint32_t size, GFL_BI
     if (info)
         *info = GFL_FILE_INFORMATION();
     return Guarded([&] {
-        return data && bitmap && params ? Load({data, size}, *params, bitmap, info) : BadParameters();
+        if (!data || !bitmap || !params)
+            return BadParameters();
+        GFL_LOAD_PARAMS complete = *params;
+        complete.Flags &= ~std::uint32_t(GFL_LOAD_PENDING); // the caller may free the block
+        return Load(std::make_shared<Source>(data, size), complete, bitmap, info);
+    });
+}
+
+void gflAcceptPendingRows(int accept)
+{
+    acceptsPendingRows = accept != 0;
+}
+
+bool gflAcceptsPendingRows()
+{
+    return acceptsPendingRows;
+}
+
+int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready)
+{
+    int unused = 0;
+    return Guarded([&] {
+        return bitmap ? WaitForRows(*bitmap, std::clamp(rows, 0, bitmap->Height), ready ? ready : &unused)
+                      : BadParameters();
     });
 }
 
@@ -326,6 +377,7 @@ void gflFreeBitmap(GFL_BITMAP *bitmap)
 {
     if (!bitmap)
         return;
+    ForgetPending(bitmap);
     Release(bitmap->Data);
     Release(bitmap->ColorMap);
     Release(bitmap->Comment);

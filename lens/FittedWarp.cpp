@@ -9,9 +9,8 @@
 
 namespace {
 
-// One struct per instruction set; code inlined into its function is compiled for that set. Floats is as wide as the
-// vectors that the compiler makes of loops, because a load that spans two stores is slow. Taps belong to one row of a
-// kernel.
+// One struct per instruction set; code inlined into its function is compiled for that set. Floats has the width of the
+// compiler's vectorized loops, because a load that spans two stores is slow. Taps belong to one row of a kernel.
 
 struct Baseline {
     using Floats = float __attribute__((vector_size(16)));
@@ -110,7 +109,7 @@ FittedWarp::RowRange FittedWarp::RowsFor(int firstRow, int rows) const
             }
         }
     }
-    constexpr int kReach = 3; // neighbors on either side of a place
+    constexpr int kReach = 3; // neighbors on either side of a sampling position
     const int margin = kReach + 2 + static_cast<int>(greatest - least) / 32;
     return {std::max(0, static_cast<int>(least) - margin),
             std::min(maps.height, static_cast<int>(greatest) + 1 + margin)};

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Prefetches source rows for the next rows of the result: the processor doesn't predict curved lines.
+/// Prefetches source rows for the next rows of the result: the hardware prefetcher doesn't follow curved lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;

@@ -11,12 +11,12 @@ namespace {
 
 constexpr int kUnitColumns = 4 * kBlockPixels;
 
-/// Maps the channels red, green and blue to their places, if colors have separate ones.
+/// Maps the channels red, green and blue to their sampling positions, if these differ.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
 
-/// A block's places as pixels and phases.
+/// A block's sampling positions as pixels and phases.
 struct SharpPlaces {
-    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later its offset
+    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the position; later its offset
     alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
 };
 
@@ -27,7 +27,7 @@ struct SharpBlock {
     bool anyEmpty;
 };
 
-/// Working memory of one call of Render.
+/// Working memory of one call to Render.
 template <typename Plane, typename Value> struct SharpScratch {
     SharpBlock block;
     Plane planes[4];
@@ -42,7 +42,8 @@ template <typename Floats> VITRELUX_INLINE std::int32_t InPhases(float relative)
     return Floor<Floats>(relative * SharpKernel::kPhases + 0.5F);
 }
 
-/// Returns 1 if the place at @p phase (times SharpKernel::kPadded) beyond pixel @p whole is outside @p length pixels.
+/// Returns 1 if the position at @p phase (times SharpKernel::kPadded) beyond pixel @p whole is outside @p length
+/// pixels.
 VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
 {
     constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
@@ -78,7 +79,7 @@ VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, con
     }
 }
 
-/// Computes a block's places and its empty pixels. @p careful: some places may be outside the picture.
+/// Computes a block's sampling positions and its empty pixels. @p careful: some positions may be outside the picture.
 template <typename Kind>
 VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
@@ -105,7 +106,7 @@ VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
     bounds->bottom = std::max(bounds->bottom, top + 2);
 }
 
-/// Widens @p bounds to the places of a block's pixels that are not empty. @return whether there are empty ones.
+/// Widens @p bounds to the sampling positions of a block's non-empty pixels. @return whether there are empty ones.
 template <typename Kind>
 VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
 {
@@ -121,7 +122,7 @@ struct Unit {
     int x, row, columns, rows;
 };
 
-/// Widens @p bounds to the places of a unit's pixels, which lie between those of its cells' corners.
+/// Widens @p bounds to the sampling positions of a unit's pixels, which lie between those of its cells' corners.
 template <bool kSplit>
 VITRELUX_INLINE void IncludeCorners(const FittedWarp::Band &band, const Unit &unit, Bounds *bounds)
 {
@@ -147,8 +148,8 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
     return false;
 }
 
-/// Returns the bounds of the places of a unit's pixels; none if all pixels are empty.
-/// @param anyEmpty  set if pixels are empty: a map can end where all other places are inside the picture.
+/// Returns the bounds of the sampling positions of a unit's pixels; none if all pixels are empty.
+/// @param anyEmpty  set if pixels are empty: a map can end although all other positions are inside the picture.
 template <typename Kind>
 VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch,
                                                bool *anyEmpty)

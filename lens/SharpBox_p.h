@@ -35,7 +35,7 @@ struct BoxShape {
 /// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
 struct CodePlane {
     std::vector<std::int16_t> values, halves; // rounded down
-    std::vector<std::int32_t> pairs, limits;  // limits of halves
+    std::vector<std::int32_t> pairs, limits;  // limits of the halved values
 
     void Grow(size_t samples)
     {
@@ -61,7 +61,7 @@ struct FloatPlane {
     }
 };
 
-/// The columns of a box that lie inside the picture; if none do, the one nearest to it.
+/// The columns of a box that lie inside the picture; if none do, the nearest one.
 struct Inside {
     Inside(const BoxShape &shape, int pictureWidth)
         : first(std::clamp(-shape.bounds.left, 0, shape.width - 1)),

@@ -1,9 +1,9 @@
 // Limits of sharp samples: how far they may exceed the pixels around them.
 //
 // A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
-// or a column, because the peak of a wave can only be there:
+// or a column, because only there can a wave peak:
 // - between two pixels, by the smaller of the two values reached with half of the outer slopes;
-// - next to a pixel that exceeds both of its neighbors, by half of the lesser difference.
+// - next to a pixel that exceeds both of its neighbors, by half of the smaller difference.
 // At an edge one of these slopes is 0, and the sample stays between the pixels. The allowances of row and column are
 // added. They don't depend on the position between the pixels, so they are computed once per pixel.
 #pragma once

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Places of the samples of a run in the planes: shared by the channels, or one per channel.
+/// Positions of a run's samples in the planes: shared by the channels, or one per channel.
 struct SharpRun {
     int count, stride;
     const std::int32_t *offset[3];             // of the first of 6 x 6 values
@@ -17,7 +17,7 @@ struct SharpRun {
 };
 
 /// The planes of red, green and blue. Passed by value, like the run, so that the compiler knows that stores don't
-/// change it.
+/// modify it.
 struct CodePlanes {
     explicit CodePlanes(const CodePlane (&planes)[4])
         : pairs{planes[0].pairs.data(), planes[1].pairs.data(), planes[2].pairs.data()},
@@ -28,12 +28,12 @@ struct CodePlanes {
     const std::int32_t *pairs[3], *limits[3];
 };
 
-// All versions add in this order and give the same bits: pairs of rows from the top, as integers; then the columns'
-// products 0 + 4 and 1 + 5, then of these sums 0 + 2 and 1 + 3, then both.
+// All versions add in this order, so results are bit-identical: pairs of rows from the top, as integers; then the
+// products of columns 0 + 4 and 1 + 5; then sums 0 + 2 and 1 + 3; then these two.
 
 constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // for sums of rows; columns use Shares()
 constexpr float kValueOfCode = 1.0F / 65535.0F;
-constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // four lanes of it sum up to an opaque fourth channel
+constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // four such lanes add up to an opaque fourth channel
 constexpr int kAnyCode = 0x3fffc000;                            // a pair of limits that admits all codes
 
 #if VITRELUX_FITTED_VECTORS
@@ -141,7 +141,8 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(_mm256_add_ps(limited, _mm256_set1_ps(32768.0F)), _mm256_set1_ps(kValueOfCode));
     }
 
-    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples needs the room.
+    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice; @p samples must have room
+    /// for it.
     template <int kChannels>
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)

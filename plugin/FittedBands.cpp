@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
+// Sharp sampling works in units of 64 rows, each with the source rows around it. Smaller bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
 // Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the
@@ -29,8 +29,9 @@ FittedWarp::Sampling SamplingOf(Sampling sampling)
 
 } // namespace
 
-FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source)
+FittedBands::FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source, WaitForRows wait)
     : m_picture(source),
+      m_wait(std::move(wait)),
       m_splitsColors(plan.fit.correction.red || plan.fit.correction.blue),
       m_warp(plan.fit.correction, SamplingOf(sampling), plan.light, SourceOf(source)),
       m_file(plan.file),
@@ -82,6 +83,8 @@ void FittedBands::MakeBand(Work *work, int firstRow) const
     if (!work->band.m_bitmap || work->band.height() != rows)
         work->band.AllocBitmap(m_picture.width(), rows, GFL_RGBA, 32, /*clear=*/false, nullptr, 0);
     work->firstRow = firstRow;
+    if (firstRow + rows == m_picture.height())
+        ReadableRows(m_picture.height()); // even if this band needs fewer, damage at the end fails the picture
     Render(&work->source, work->band, firstRow);
     m_values.Apply(&work->band);
 }
@@ -93,15 +96,27 @@ void FittedBands::FillFloat(KImage &image)
 
 void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 {
-    if (m_warp.ReadsStored(m_picture) && m_warp.Render(m_picture, 0, band, firstRow))
-        return; // always succeeds: all rows are in memory
+    const int all = m_picture.height();
     FittedWarp::RowRange range = m_warp.RowsFor(firstRow, band.height());
+    if (m_warp.ReadsStored(m_picture) && (RenderStored(band, firstRow, range.end) || RenderStored(band, firstRow, all)))
+        return;
+    ReadableRows(range.end);
     source->Hold(range.first, range.end);
     while (!m_warp.Render(source->Image(), source->FirstRow(), band, firstRow)) {
-        if (range.first == 0 && range.end == m_picture.height())
+        if (range.first == 0 && range.end == all)
             throw KException(QStringLiteral("Invalid Parameter"), KPlace()); // the whole picture is already in memory
         const int more = range.end - range.first;
-        range = {qMax(0, range.first - more), qMin(m_picture.height(), range.end + more)};
+        range = {qMax(0, range.first - more), qMin(all, range.end + more)};
+        ReadableRows(range.end);
         source->Hold(range.first, range.end);
     }
+}
+
+/// Renders from stored rows as soon as the first @p rows of them can be read. @return false if others are needed.
+bool FittedBands::RenderStored(KImage &band, int firstRow, int rows) const
+{
+    KImage readable; // wraps the rows that must not be written any more
+    readable.AllocBitmap(m_picture.width(), ReadableRows(rows), m_picture.type(), m_picture.bitsPerComponent(),
+                         /*clear=*/false, m_picture.getData(0, 0), static_cast<int>(m_picture.bytesPerLine()));
+    return m_warp.Render(readable, 0, band, firstRow);
 }

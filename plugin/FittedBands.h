@@ -7,6 +7,7 @@
 #include "ResultFile.h"
 #include "ResultValues.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -24,8 +25,13 @@ struct FittedPlan {
 /// converted while they are in the caches.
 class FittedBands {
 public:
+    /// Waits until that many rows of the source can be read, from the top, and returns how many can. May throw.
+    /// Waiting for all of them also means that none is damaged.
+    using WaitForRows = std::function<int(int rows)>;
+
     /// @p source must outlive the object and have the correction's size.
-    FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source);
+    /// @param wait  null: the source is complete.
+    FittedBands(const FittedPlan &plan, Sampling sampling, const KImage &source, WaitForRows wait = nullptr);
 
     /// Returns the source's channels, plus alpha if some pixels stay empty; gray pictures then become RGB. There is no
     /// alpha if the file format can't store it.
@@ -35,8 +41,8 @@ public:
     /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }
 
-    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
-    /// GFL_FAST_ROWS, and for parts of one in order. Any number of threads at once.
+    /// Fills @p rows, of the type and depth above, with the rows of the result from @p firstRow on. Efficient for whole
+    /// bands of GFL_FAST_ROWS, and for consecutive parts of one. Any number of threads at once.
     void Fill(KImage &rows, int firstRow);
     /// Fills @p image, float RGBA of the source's size but not the source, with the whole result.
     void FillFloat(KImage &image);
@@ -54,8 +60,11 @@ private:
     std::unique_ptr<Work> Take();
     void MakeBand(Work *work, int firstRow) const;
     void Render(FloatRows *source, KImage &band, int firstRow) const;
+    bool RenderStored(KImage &band, int firstRow, int rows) const;
+    int ReadableRows(int rows) const { return m_wait ? m_wait(rows) : m_picture.height(); }
 
     const KImage &m_picture;
+    const WaitForRows m_wait;
     bool m_splitsColors;
     FittedWarp m_warp;
     ResultFile m_file;

@@ -12,18 +12,19 @@
 #include "gfl.h"
 
 #include <QDir>
-#include <QMutex>
 #include <QThread>
+
+#include <mutex>
 
 namespace {
 
 /// Returns a fitter shared by all users of the same folders, so that the threads of a job read the index once.
 std::shared_ptr<PictureFitter> FitterOf(const QStringList &folders)
 {
-    static QMutex mutex;
+    static std::mutex mutex;
     static std::shared_ptr<PictureFitter> fitter;
     static QStringList fitterFolders;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (!fitter || fitterFolders != folders)
         fitter = std::make_shared<PictureFitter>(folders);
     fitterFolders = folders;
@@ -105,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     const bool isFloat = def->nDepth() > 16;
     plan.values.toLight = plan.file.HoldsLight();
     plan.values.encodes = isFloat && !plan.file.HoldsFloats()
-        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // else it has a curve
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile has a curve
     if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);
@@ -125,14 +126,16 @@ void KVitreluxOne2One::ProcessFitted(const QString &fileName, KIImageDef *def, P
                                      const QString &outputFileName)
 {
     FittedPlan plan = PlanFor(def, fileName, QSize(), params); // before decoding, which may be unnecessary
-    const FullSizeLock full(def); // until the file is written: a copy would take as much memory again
+    // Locked until the file is written: a copy would take as much memory again.
+    const FullSizeLock full(def, FullSizeLock::Rows::MayBePending);
     if (!full.Image())
         ThrowNotLoaded(fileName);
     const KImage &source = *full.Image();
     const QSize size(source.width(), source.height());
     if (size != QSize(plan.fit.correction.width, plan.fit.correction.height))
         plan = PlanFor(def, fileName, size, params);
-    FittedBands bands(plan, params.fitted->options.sampling, source);
+    FittedBands bands(plan, params.fitted->options.sampling, source,
+                      [&](int rows) { return source.WaitForRows(rows, fileName); });
     const QThread *const caller = QThread::currentThread();
     const KImage::RowsToWrite rows = {source.width(),
                                       source.height(),

@@ -3,14 +3,21 @@
 
 #include "KException.h"
 #include "KIImageDef.h"
+#include "gfl.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 /// Locks an image's full-size pixels for a scope, so that an exception unlocks them too.
 class FullSizeLock {
 public:
-    explicit FullSizeLock(KIImageDef *def) : m_def(def), m_image(def->LockFullSize(/*nativeDepth=*/true)) { }
+    enum class Rows {
+        Complete,
+        MayBePending, ///< call KImage::WaitForRows before reading any
+    };
+
+    explicit FullSizeLock(KIImageDef *def, Rows rows = Rows::Complete) : m_def(def), m_image(Lock(def, rows)) { }
     ~FullSizeLock()
     {
         if (m_image)
@@ -19,10 +26,17 @@ public:
     FullSizeLock(const FullSizeLock &) = delete;
     FullSizeLock &operator=(const FullSizeLock &) = delete;
 
-    /// Null if the host returned no pixels.
+    /// Returns the pixels; null if the host returned none.
     const KImage *Image() const { return m_image; }
 
 private:
+    static KImage *Lock(KIImageDef *def, Rows rows)
+    {
+        const auto refuse = qScopeGuard([] { gflAcceptPendingRows(0); });
+        gflAcceptPendingRows(rows == Rows::MayBePending);
+        return def->LockFullSize(/*nativeDepth=*/true);
+    }
+
     KIImageDef *m_def;
     KImage *m_image;
 };

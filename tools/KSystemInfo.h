@@ -60,16 +60,16 @@ public:
 
     // --- Processors ---
 
-    /// Returns the logical processors, at least 1. The first call of these three pins its thread, see
-    /// cpuid2/cpu_topo.h.
+    /// Returns the number of logical processors, at least 1. The first call of any of these three functions pins its
+    /// thread, see cpuid2/cpu_topo.h.
     static int cpuVirtualCount();
-    /// Returns the cores, at least 1.
+    /// Returns the number of cores, at least 1.
     static int cpuPhysicalCount();
-    /// Returns the threads per core.
+    /// Returns the number of threads per core.
     static int cpuHyperThreadingCount();
     /// Returns the processor's name, including leading spaces.
     static QString cpuDescription();
-    /// Unknown on Linux.
+    /// Returns 0: unknown on Linux.
     static double cpuFrequency() { return 0.0; }
 
     static KSystemInfo *m_instance;

@@ -34,13 +34,13 @@ sigset_t SignalsNotIgnored()
     return signals;
 }
 
-std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing one
+std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing guard, if any
 
 } // namespace
 
 InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
 {
-    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the watch
+    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the guard's thread
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
     try {
         m_watch = std::thread(&InterruptGuard::Watch, this);

@@ -1,11 +1,46 @@
 #include "MemoryBudget.h"
 
-#include <QFile>
+#include "ImageDef.h"
+#include "KOmp.h"
 
-qint64 BytesToCorrect(int width, int height)
+#include <QDomElement>
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+/// Returns the bytes per pixel that a decoder holds besides its result.
+qint64 DecoderBytes(const QString &fileName)
 {
-    constexpr qint64 kBytesPerPixel = 48, kProgramBytes = qint64(80) << 20;
-    return qint64(width) * height * kBytesPerPixel + kProgramBytes;
+    constexpr qint64 kCoefficients = 3 * 2; // of a progressive JPEG, at full color resolution
+    constexpr qint64 kSamples = 3 * 4;      // of JPEG 2000, 32 bits each; camera raw needs 10 bytes
+    const QString suffix = QFileInfo(fileName).suffix().toLower();
+    if (suffix == QLatin1String("tif") || suffix == QLatin1String("tiff") || suffix == QLatin1String("png"))
+        return 0;
+    return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg") ? kCoefficients : kSamples;
+}
+
+} // namespace
+
+qint64 BytesToCorrect(const ImageDef &image, Corrector corrector)
+{
+    constexpr qint64 kProgramBytes = qint64(80) << 20;
+    constexpr qint64 kFloatPixel = 4 * 4;
+    constexpr qint64 kWindow = kFloatPixel / 4; // a band of 64 rows needs a fifth of all rows if lines bend extremely
+    const qint64 decoder = DecoderBytes(image.FileName()), stored = qint64(image.nBands()) * image.nDepth() / 8;
+    const bool isStoredRgb = image.nBands() == 3 && image.nDepth() <= 16;
+    qint64 pixel = stored + decoder;
+    if (corrector == Corrector::Plain)
+        pixel = stored + qMax(decoder, stored + kFloatPixel);
+    else if (corrector == Corrector::FittedByFloats || !isStoredRgb)
+        pixel += kWindow * komp_num_threads;
+    return kProgramBytes + pixel * image.nCols() * image.nRows();
+}
+
+Corrector CorrectorOf(const QDomElement &parameters)
+{
+    const bool isBilinear = parameters.attribute(QStringLiteral("Sampling")) == QLatin1String("bilinear");
+    return isBilinear ? Corrector::FittedByFloats : Corrector::Fitted;
 }
 
 qint64 AvailableBytes()

@@ -18,8 +18,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". After a link to a folder, ".." isn't the parent in the name, so such
-/// names are resolved by the folder's canonical name.
+/// Returns an absolute name without "." and "..". Names in which ".." follows a link to a folder are resolved with the
+/// folder's canonical name, because removing both parts would name another folder.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -98,7 +98,7 @@ QString BaseName(const QString &path)
 
 void FindLostPictures(QVector<PlannedPicture> *plan)
 {
-    QHash<QString, QString> pictures; // canonical name: as named
+    QHash<QString, QString> pictures; // canonical name to name as typed
     for (const PlannedPicture &planned : qAsConst(*plan))
         pictures.insert(CanonicalName(planned.picture), planned.asNamed);
     for (PlannedPicture &planned : *plan) {

@@ -17,10 +17,10 @@ QString Number(double value, int digits = 6)
 {
     const QString text = QString::number(value, 'g', digits);
     return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 8)
-                                           : text; // such as a position near the equator
+                                           : text; // no exponent, for example for a position near the equator
 }
 
-/// Rounds for scripts, so that no digit is merely a rounding error.
+/// Rounds a value for scripts, so that it has no digits that are only rounding errors.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -37,7 +37,7 @@ public:
     {
     }
 
-    /// Returns the text of an entry of the picture, not of its GPS block.
+    /// Whether the EXIF has the entry; entries of the GPS block don't count.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
     /// Returns a number or fraction; 0 if there is none.
     double Number(quint32 tag) const
@@ -208,7 +208,7 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
     const auto add = [&](const char *key, double value, const QString &text) {
         if (!text.isEmpty())
             texts << text;
-        *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // of floats
+        *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // was a float
     };
     if (exposureTime > 0.0 && std::isfinite(exposureTime))
         add("exposureTime", exposureTime, Seconds(exposureTime));

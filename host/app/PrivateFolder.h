@@ -19,7 +19,7 @@ public:
 
     /// Returns why the folder could not be created; empty if it exists.
     QString Problem() const { return m_problem; }
-    /// Absolute; empty if the folder could not be created.
+    /// Returns the absolute path; empty if the folder could not be created.
     QString Path() const { return m_path; }
     QString FilePath(const QString &name) const { return m_path + QLatin1Char('/') + name; }
 

@@ -26,7 +26,8 @@ constexpr CorrectionRow kCorrections[] = {
 };
 constexpr int kModelCount = 5;
 
-/// The distortion model contains the others, so every profile has one; without values it corrects nothing.
+/// Whether a distortion model corrects anything. It contains the other models, so every profile has one, but it may
+/// lack values.
 bool Straightens(const LensParam &model)
 {
     return !model.coefficients.isEmpty() || model.tangential1 != 0.0 || model.tangential2 != 0.0;

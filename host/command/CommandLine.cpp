@@ -138,7 +138,7 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
 {
     for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
+            return QStringLiteral("--%1 and --%2 cannot be used together.").arg(Latin(one), Latin(other));
     }
     return QString();
 }
@@ -337,8 +337,7 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
     line.correct = ReadCorrect(parser);
     const OutputNaming &naming = line.correct.outputs;
     if (const QString fault = FaultOfOutputNames(naming, SuffixesOfFormat(FormatOf(parser))); !fault.isEmpty())
-        return Refuse(command,
-                      QStringLiteral("the name of outputs, '%1', %2.").arg(naming.pattern + naming.ending, fault));
+        return Refuse(command, QStringLiteral("the output name '%1' %2.").arg(naming.pattern + naming.ending, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
     line.correct.fitted = fitted;

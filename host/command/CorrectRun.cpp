@@ -17,8 +17,8 @@
 
 namespace {
 
-/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. One heap for
-/// all threads, because each heap would keep the memory of its largest picture.
+/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. All threads
+/// share one heap, because each heap would keep the memory of its largest picture.
 void KeepFreedMemory()
 {
     mallopt(M_MMAP_MAX, 0);
@@ -83,7 +83,7 @@ QString CorrectRun::ConflictOf(const PlannedPicture &planned) const
     if (planned.repeated)
         return QString();
     if (!planned.rival.isEmpty())
-        return QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
+        return QStringLiteral("its output \"%1\" is also the output of \"%2\"").arg(planned.output, planned.rival);
     if (planned.lost.isEmpty() || m_options.rules.existing == ExistingOutput::Skip)
         return QString();
     return QStringLiteral("its output \"%1\" would replace the picture \"%2\"; choose another name or folder")
@@ -109,7 +109,7 @@ void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
     if (!ConflictOf(planned).isEmpty())
         return;
     CorrectAndReport(process, number);
-    if (!planned.repeated) // the first of that name may still need it
+    if (!planned.repeated) // the first picture of that name may still need it
         m_application->Forget(planned.picture);
 }
 
@@ -187,11 +187,11 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
     ++m_counts[report.outcome];
 }
 
-/// Shows the counts by notify-send, if it is installed: a file manager shows nothing that the program prints.
+/// Shows the counts with notify-send, if it is installed, because file managers don't show what the program prints.
 void CorrectRun::Notify() const
 {
     const QString title = m_counts.isEmpty() ? QStringLiteral("no pictures") : TextOf(m_counts);
-    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notifications may be read as markup
+    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notification texts may contain markup
     QProcess::startDetached(QStringLiteral("notify-send"),
                             {QStringLiteral("--icon=vitrelux"), QStringLiteral("--app-name=Vitrelux"),
                              QStringLiteral("--"), QStringLiteral("Vitrelux: ") + title, body});

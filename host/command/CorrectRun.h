@@ -13,7 +13,7 @@ class PluginLoader;
 /// One run over all pictures. The process only gets one record per picture: SetFiles and OnValidatePage are for the
 /// wizard page, which isn't shown.
 ///
-/// Several pictures at a time, by CorrectInTurn.
+/// CorrectInTurn corrects several pictures at a time.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,

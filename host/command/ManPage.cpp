@@ -62,7 +62,7 @@ QString Tail(const VerbRow *verb)
     QString text = QStringLiteral(".SH EXIT STATUS\n"
                                   ".TP\n.B 0\nall done\n"
                                   ".TP\n.B 1\nat least one failed\n"
-                                  ".TP\n.B 2\nwrong usage\n"
+                                  ".TP\n.B 2\nusage error\n"
                                   ".SH SEE ALSO\n");
     QStringList others = verb ? QStringList(PageName(nullptr)) : QStringList();
     const QVector<VerbRow> verbs = AllVerbs();

@@ -108,7 +108,7 @@ void PictureCorrector::CorrectPlain(KIPluginOne2One *process, const PlannedPictu
     if (m_options.dryRun)
         return;
     const ImageDef *image = m_application->ImageOf(planned.picture);
-    const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
+    const MemoryBudget::Share share(&m_memory, BytesToCorrect(*image, Corrector::Plain));
     const ParameterRecord record(process, DescribeParameters(process->Name(), {corrections, profile.path}));
     const RunResult result = RunPicture(m_application, process, record, planned, m_options.rules, m_guard);
     report->outcome =
@@ -131,7 +131,7 @@ void PictureCorrector::CorrectFitted(KIPluginOne2One *process, const PlannedPict
         result = m_fitted->Plan(planned, request);
     } else {
         const ImageDef *image = m_application->ImageOf(planned.picture);
-        const MemoryBudget::Share share(&m_memory, BytesToCorrect(image->nCols(), image->nRows()));
+        const MemoryBudget::Share share(&m_memory, BytesToCorrect(*image, CorrectorOf(request.parameters)));
         result = m_fitted->Run(process, planned, request, m_options.rules);
     }
     TakeResult(result, report);

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that are no records
+constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that aren't records
 constexpr int kSlowest = 5;
 
 /// Returns whether @p later was only skipped because the picture is done or is listed twice.
@@ -115,9 +115,9 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
             *problems << QStringLiteral("line %1 is not a record of 'correct --json'").arg(number);
     }
     if (others > kMaxRows)
-        *problems << QStringLiteral("nor are %1 more lines").arg(others - kMaxRows);
+        *problems << QStringLiteral("%1 more lines are not records").arg(others - kMaxRows);
     if (source.error() != QFileDevice::NoError)
-        *problems << QStringLiteral("cannot be read to its end: ") + source.errorString();
+        *problems << QStringLiteral("cannot be read to the end: ") + source.errorString();
     return reports;
 }
 

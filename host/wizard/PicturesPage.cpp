@@ -36,11 +36,11 @@ struct ChoiceRow {
     const char *text;
 };
 
-/// In each table, the first one is the default.
+/// The first row of each table is the default.
 constexpr ChoiceRow kFormats[] = {
     {"tiff", QT_TRANSLATE_NOOP("PicturesPage", "TIFF: nothing is lost")},
     {"jpeg", QT_TRANSLATE_NOOP("PicturesPage", "JPEG: small files, 8 bits")},
-    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: without loss, up to 16 bits")},
+    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: lossless, up to 16 bits")},
     {"exr", QT_TRANSLATE_NOOP("PicturesPage", "OpenEXR: linear light, for compositing")},
 };
 constexpr ChoiceRow kFramings[] = {
@@ -118,12 +118,12 @@ void PicturesPage::SetUpList()
     m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
     m_list->header()->setSectionResizeMode(QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
-    m_list->setWordWrap(true); // the reason why a file cannot be used takes two lines
+    m_list->setWordWrap(true); // the reason why a file cannot be used may take two lines
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setUniformRowHeights(true);
     m_hint->setText(tr("Drop pictures or folders here"));
     m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setEnabled(false); // shown as a hint
+    m_hint->setEnabled(false); // gray text
     auto *over = new QVBoxLayout(m_list->viewport());
     over->addWidget(m_hint);
 
@@ -191,7 +191,7 @@ QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();
     if (!folder.isEmpty() && !folder.startsWith(QLatin1Char('/')))
-        return tr("\"%1\" is not a full path, which begins with \"/\"").arg(folder);
+        return tr("\"%1\" is not an absolute path, which begins with \"/\"").arg(folder);
     return IsThere(folder) && !QFileInfo(folder).isDir() ? tr("\"%1\" is not a folder").arg(folder) : QString();
 }
 

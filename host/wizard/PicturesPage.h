@@ -24,9 +24,9 @@ public:
 
     /// @param files  pictures and folders
     void Add(const QStringList &files);
-    /// In the order of the list, with absolute names.
+    /// Returns the pictures in the order of the list, with absolute names.
     QVector<NamedPicture> Pictures() const;
-    /// Their names.
+    /// Returns their names.
     QStringList Files() const;
     JobOutput Output() const;
     /// Whether existing corrected pictures may be replaced.
@@ -34,8 +34,8 @@ public:
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// True once all files of the list are described, because the next page needs all descriptions at once, and if the
-    /// output folder is possible.
+    /// Returns whether all files of the list are described, because the next page needs all descriptions at once, and
+    /// the output folder is valid.
     bool isComplete() const override;
 
 protected:

@@ -25,7 +25,7 @@ public:
     RunPage(HostApplication *application, FittedCorrection *correction, std::vector<KIPluginOne2One *> processes,
             InterruptGuard *guard);
 
-    /// Starts a run; not during another one.
+    /// Starts a run. Must not be called during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
     /// Stops the run, see CorrectionJob::Cancel.
     void Cancel();

@@ -26,8 +26,8 @@ public:
     /// Starts CMYK; the maximum is full ink. @p profile: may be empty or invalid; @p bits: 8, 16 or 32; @p hasAlpha: an
     /// opacity sample follows the colors, in source and target.
     Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
-    /// Starts lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8
-    /// or 16. White maps to white, other colors are adapted by Bradford's matrix.
+    /// Starts lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the white point @p white; @p
+    /// bits: 8 or 16. White maps to white, other colors are adapted by Bradford's matrix.
     Status StartLab(Chromaticity white, int bits, bool hasAlpha);
 
     /// Converts @p width pixels from CMYK or Lab to RGB of the same depth.

@@ -60,6 +60,8 @@ public:
     bool KeepsRows() const override { return !m_convert; }
     void Done(int y) override;
     GFL_BITMAP *Take() { return m_bitmap.release(); }
+    /// Returns the bitmap, which the object still owns; null before Start.
+    GFL_BITMAP *Bitmap() const { return m_bitmap.get(); }
 
 private:
     const GFL_LOAD_PARAMS &m_params;

@@ -10,8 +10,8 @@ namespace imagefile {
 
 namespace {
 
-// A character array rather than a string, because a thread may end after the library was unloaded, when nothing could
-// be destroyed. Large enough for the longest path plus the reason after it.
+// A character array rather than a string, because a thread may end after the library was unloaded, when no destructor
+// can run. Large enough for the longest path plus the reason after it.
 thread_local char lastErrorText[PATH_MAX + 512] = "";
 thread_local char lastWarningText[512] = "";
 

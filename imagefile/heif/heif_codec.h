@@ -3,14 +3,14 @@
 
 #include "core/codec.h"
 #include "heif_boxes.h"
+#include "heif_functions.h"
 
-#include <libheif/heif.h>
 #include <memory>
 
 namespace imagefile {
 
 /// Deleter that calls one of libheif's release functions.
-template <auto Free> struct HeifDeleter {
+template <auto &Free> struct HeifDeleter {
     template <class T> void operator()(T *object) const { Free(object); }
 };
 using HeifContext = std::unique_ptr<heif_context, HeifDeleter<heif_context_free>>;

@@ -72,7 +72,7 @@ Status HeifFile::CheckSize()
         std::swap(m_width, m_height);
     if (Status status = CheckImageSize(m_width, m_height, m_form.channels, m_form.bits); !status)
         return status;
-    // Also applies to the sizes of tiles and opacity. Encoders round sides up, perhaps to multiples of 64.
+    // Also applies to the sizes of tiles and opacity. Encoders round sides up, to multiples of up to 64.
     heif_context_set_maximum_image_size_limit(m_context.get(), std::max(m_width, m_height) + 64);
     const std::int64_t bytes = std::int64_t(m_width) * m_height * m_form.BytesPerPixel();
     return CheckClaim(bytes, bytes, m_stream.source->Size(), kUnboundedRatio);

@@ -24,6 +24,8 @@ public:
         return ReadJpegPixels(source, nullptr, rows);
     }
 
+    bool StreamsRows() const override { return true; }
+
     Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &, const Box &box, RowSink *rows) const override
     {
         if (ReadExifThumbnail(source, box, rows))

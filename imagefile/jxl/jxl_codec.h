@@ -3,8 +3,8 @@
 
 #include "core/bytes.h"
 #include "core/codec.h"
+#include "jxl_functions.h"
 
-#include <jxl/decode.h>
 #include <memory>
 
 namespace imagefile {

@@ -93,7 +93,7 @@ void ChooseOpacity(PsdLayout *layout)
     layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
 }
 
-// The merged picture: the sizes of all rows of all channels precede the first one.
+// Finds the channels of the merged picture. The sizes of all rows of all channels precede the first channel.
 Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *layout)
 {
     const auto compression = static_cast<int>(reader->Number(2));

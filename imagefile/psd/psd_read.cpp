@@ -193,7 +193,7 @@ template <class T> void Assembler::FinishAs(T *row)
         m_transform.Row(samples, row, m_width);
     } else if (m_layout.UsedChannels() == m_layout.form.channels) {
         std::memcpy(row, samples, m_samples.size());
-    } else { // gray expanded to color, perhaps followed by opacity
+    } else { // gray expanded to color, followed by opacity if there is any
         const int stored = m_layout.UsedChannels(), delivered = m_layout.form.channels;
         T *pixel = row;
         for (std::size_t x = 0; x < m_width; ++x, samples += stored, pixel += delivered) {

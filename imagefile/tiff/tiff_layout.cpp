@@ -145,7 +145,7 @@ Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLa
         : Status::Ok();
 }
 
-// TIFF 6.0, section 20: two fractions.
+// Reads the white point: two fractions (TIFF 6.0, section 20).
 void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
 {
     const float *white = nullptr;

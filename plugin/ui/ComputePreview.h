@@ -26,7 +26,7 @@ public:
     bool IsCurrent();
     /// Copies the last rendered picture to @p out, which is unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
-    /// Report of the last render of a fitted record; none before the first render and for plain records.
+    /// Returns the report of the last render of a fitted record; none before the first render and for plain records.
     std::optional<FitReport> Report();
 
 protected:

@@ -23,7 +23,7 @@ struct LensName {
 
     bool HasFocal() const { return minFocalMm > 0.0; }
     bool HasAperture() const { return maxAperture > 0.0; }
-    /// Whether the name has only numbers, a maker, and the hints that cameras add ("G VR").
+    /// Returns whether the name has only numbers, a maker, and the hints that cameras add ("G VR").
     bool IsBare() const;
 };
 
@@ -41,5 +41,5 @@ struct NameMatch {
 /// Compares the lens name of a picture with that of a profile or database.
 NameMatch CompareLensNames(const LensName &wanted, const LensName &offered);
 
-/// Whether a word is the name of a maker of lenses or cameras, in any case.
+/// Returns whether a word is the name of a maker of lenses or cameras, in any case.
 bool IsMakerName(const QString &word);

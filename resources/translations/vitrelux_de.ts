@@ -235,7 +235,7 @@
         <translation>JPEG: kleine Dateien, 8 Bit</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: ohne Verlust, bis 16 Bit</translation>
     </message>
     <message>
@@ -291,7 +291,7 @@
         <translation>Ordner für korrigierte Bilder</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>„%1“ ist kein vollständiger Pfad; ein solcher beginnt mit „/“</translation>
     </message>
     <message>

@@ -235,7 +235,7 @@
         <translation>JPEG：ファイルが小さい、8ビット</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：画質の劣化なし、16ビットまで</translation>
     </message>
     <message>
@@ -291,7 +291,7 @@
         <translation>補正後の画像の保存先</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」は完全なパスではありません。完全なパスは「/」で始まります</translation>
     </message>
     <message>

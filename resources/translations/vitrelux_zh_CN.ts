@@ -235,7 +235,7 @@
         <translation>JPEG：文件小，8 位</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：无损，最高 16 位</translation>
     </message>
     <message>
@@ -291,7 +291,7 @@
         <translation>校正图片的文件夹</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>“%1”不是完整路径，完整路径以“/”开头</translation>
     </message>
     <message>

@@ -235,7 +235,7 @@
         <translation>JPEG：檔案小，8 位元</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：無損，最高 16 位元</translation>
     </message>
     <message>
@@ -291,7 +291,7 @@
         <translation>校正圖片的資料夾</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」不是完整路徑，完整路徑以「/」開頭</translation>
     </message>
     <message>

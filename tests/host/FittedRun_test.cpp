@@ -1,5 +1,5 @@
-// Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
-// profile.
+// Fitted corrections by the program: the profile that is used, where it comes from, messages about it, and runs without
+// a profile.
 #include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
@@ -56,6 +56,7 @@ private Q_SLOTS:
     void init();
     void correct_data();
     void correct();
+    void whileDecoding();
     void records();
     void secondRun();
     void info();
@@ -70,12 +71,12 @@ void FittedRunTest::init()
         {"named.jpg", {kLens, "50/1", "8/1"}},
         {"again.jpg", {kLens, "50/1", "8/1", true}},
         {"untold.jpg", {}},
-        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
     };
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         WriteJpeg(Path(QLatin1String(name)), 60, 40);
-        WriteMetadata(Path(QLatin1String(name)), told);
+        WriteMetadata(Path(QLatin1String(name)), metadata);
     }
     QVERIFY(QDir().mkpath(Path("lenses/deep/down"_s)) && QDir().mkpath(Path("empty"_s)));
     WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
@@ -96,7 +97,7 @@ void FittedRunTest::correct_data()
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<int>("written");
-    QTest::addColumn<QStringList>("said"); // in this order
+    QTest::addColumn<QStringList>("messages"); // in this order
     const QString decoy = "lenses/0.lcp"_s;
     QTest::newRow("chosen") << "--profile lenses/0.lcp named.jpg"_s << 0 << 1
                             << QStringList{"named.jpg: note: profile \""_s, decoy, "; entries: 50 mm"_s};
@@ -111,8 +112,8 @@ void FittedRunTest::correct_data()
                                       << QStringList{"has no lens profile"_s};
     QTest::newRow("corrected before") << "--lens-path lenses again.jpg"_s << 0 << 0
                                       << QStringList{"note: skipped, corrected before: distortion"_s, "--again"_s};
-    QTest::newRow("corrected before, by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
-                                                  << QStringList{kFound, "again, though corrected before"_s};
+    QTest::newRow("corrected again by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
+                                                << QStringList{kFound, "again, though corrected before"_s};
     QTest::newRow("lens not in the metadata")
         << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
@@ -128,7 +129,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
-                                     << QStringList{"doesn't know fitted corrections; \"vitrelux correct --plain"_s};
+                                     << QStringList{"doesn't support fitted corrections; \"vitrelux correct --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
@@ -139,7 +140,7 @@ void FittedRunTest::correct()
     QFETCH(QString, line);
     QFETCH(int, exitCode);
     QFETCH(int, written);
-    QFETCH(QStringList, said);
+    QFETCH(QStringList, messages);
     QStringList arguments = ("correct -o out "_s + line).split(QLatin1Char(' '));
     for (QString &argument : arguments) {
         if (argument.startsWith("--lens="_s)) // underscores represent spaces
@@ -151,12 +152,38 @@ void FittedRunTest::correct()
     QCOMPARE(Names(Path("out"_s)).size(), written);
     const QString error = QString::fromUtf8(result.error);
     int from = 0;
-    for (const QString &text : said) {
+    for (const QString &text : messages) {
         const int at = error.indexOf(text, from);
-        QVERIFY2(at >= 0, qPrintable(text + " is not said in: "_s + error));
+        QVERIFY2(at >= 0, qPrintable(text + " is missing in: "_s + error));
         from = at + text.size();
     }
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
+}
+
+/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterwards.
+void FittedRunTest::whileDecoding()
+{
+    const QSize sizes[] = {{1300, 900}, {900, 1300}, {1200, 1000}};
+    const char *const names[] = {"wide.jpg", "tall.jpg", "cut.jpg"};
+    for (int i = 0; i < 3; ++i) {
+        WriteJpeg(Path(QLatin1String(names[i])), sizes[i].width(), sizes[i].height());
+        WriteMetadata(Path(QLatin1String(names[i])), {kLens, "50/1", "8/1"});
+    }
+    const QByteArray whole = ReadFile(Path("cut.jpg"_s));
+    WriteFile(Path("cut.jpg"_s), whole.left(whole.size() - 2000)); // only the last rows are missing
+    const QString line = "correct --profile lenses/0.lcp wide.jpg tall.jpg cut.jpg -o "_s;
+    const ProgramResult after = Run(line + "after -j 3"_s), meanwhile = Run(line + "meanwhile -j 1"_s);
+    QStringList failures[2];
+    for (const QString &error : after.errorLines + meanwhile.errorLines)
+        if (error.contains("cut.jpg"_s))
+            failures[failures[0].size()] << error;
+    QVERIFY2(after.exitCode == 1 && meanwhile.exitCode == 1, meanwhile.error);
+    QCOMPARE(failures[0].size(), 1);
+    QCOMPARE(failures[1], failures[0]);
+    QCOMPARE(Names(Path("after"_s)), QStringList({"tall_corrected.tiff"_s, "wide_corrected.tiff"_s}));
+    QCOMPARE(Names(Path("meanwhile"_s)), Names(Path("after"_s)));
+    for (const QString &name : Names(Path("after"_s)))
+        QVERIFY2(ReadFile(Path("after/"_s + name)) == ReadFile(Path("meanwhile/"_s + name)), qPrintable(name));
 }
 
 /// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as the run.
@@ -208,7 +235,7 @@ void FittedRunTest::records()
     QVERIFY2(report.exitCode == 0 && report.output.startsWith("7 pictures: 2 corrected, "), report.output);
 }
 
-/// A run leaves a record by which later runs and other programs recognize the correction.
+/// A run leaves a record from which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -233,7 +260,7 @@ void FittedRunTest::secondRun()
     const struct {
         const char *line;
         int exitCode;
-        QString said;
+        QString messages;
     } later[] = {
         {"--lens-path lenses", 0,
          "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
@@ -244,7 +271,7 @@ void FittedRunTest::secondRun()
     };
     for (const auto &row : later) {
         const ProgramResult result = Run("correct --overwrite -o later %1 %2"_s.arg(QLatin1String(row.line), first));
-        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.said),
+        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.messages),
                  row.line + QByteArray(": ") + result.error);
     }
 }

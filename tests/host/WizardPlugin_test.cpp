@@ -65,9 +65,9 @@ void tst_WizardPlugin::realPluginFits()
         {"before.jpg", {kLens, "50/1", "8/1", true}},
         {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
     };
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         WriteJpeg(Path(name), 60, 40);
-        WriteMetadata(Path(name), told);
+        WriteMetadata(Path(name), metadata);
     }
     const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
     WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
@@ -92,7 +92,7 @@ void tst_WizardPlugin::realPluginFits()
     QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
     QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
     compareByKeyboard();
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
         QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);

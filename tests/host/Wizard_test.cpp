@@ -1,4 +1,4 @@
-// The desktop wizard, driven as a user would, with a process that replaces the plug-in's.
+// Operates the wizard like a user, with a process that replaces the plug-in's.
 #include "WizardTest.h"
 #include "wizard/RunPage.h"
 
@@ -90,9 +90,9 @@ void tst_Wizard::reportsTheResultOfEach()
     QVERIFY2(rows[3].contains("good.jpg\""_s), qPrintable(rows[3])); // whose output it would replace
     QVERIFY(rows[4].contains("No correction"_s));
     QCOMPARE(Find<QAbstractItemView>("results")->model()->index(5, 1).data(Qt::ToolTipRole), "/lenses/found.lcp"_s);
-    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // no choice of a profile
+    QCOMPARE(ReadFile(Path("open_corrected.tiff")), QByteArray("filltiff")); // the user chose no profile
     QVERIFY2(rows[6].endsWith("none was found for this picture: unknown lens"_s), qPrintable(rows[6]));
-    QVERIFY2(rows[7].contains("doesn't know fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
+    QVERIFY2(rows[7].contains("doesn't support fitted"_s) && !QFile::exists(Path("plain_corrected.tiff")),
              qPrintable(rows[7]));
     QVERIFY(rows[8].startsWith("text.jpg|Failed: "_s));
     QCOMPARE(m_wizard->FailedCount(), 6);

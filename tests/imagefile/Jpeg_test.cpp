@@ -1,12 +1,15 @@
 // JPEG compared with libjpeg.
 #include "Bitmaps.h"
 #include "Case.h"
+#include "Files.h"
 
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <jpeglib.h>
 
 namespace {
@@ -95,6 +98,7 @@ private Q_SLOTS:
     void readsWhatLibjpegDecodes();
     void bytesAfterEnd();
     void damaged();
+    void pendingRows();
     void writes();
 };
 
@@ -168,13 +172,13 @@ void tst_Jpeg::damaged()
         QCOMPARE(BadCut(whole, whole.size() - 2), QString()); // the end marker is not needed
     }
 
-    // An end marker in the middle of the picture: the rest would be gray.
+    // With an end marker in the middle of the picture, the rest would be gray.
     QByteArray file = Encode(Spec());
     int error = 0;
     LoadFromMemory(file.replace(file.size() - 200, 2, "\xFF\xD9"), &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 
-    // A piece between two restart markers is missing, or a marker is: the rest would be misplaced.
+    // Without the data between two restart markers, or without a marker, the rest would be misplaced.
     const int third = restarts.indexOf("\xFF\xD2"), fourth = restarts.indexOf("\xFF\xD3", third);
     QVERIFY(third > 0 && fourth > third);
     for (const int missing : {fourth - third, 2}) {
@@ -183,6 +187,48 @@ void tst_Jpeg::damaged()
     }
     LoadFromMemory(QByteArray(restarts).replace(third, 2, "\xFF\xD7"), &error); // a marker with a different number
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+}
+
+/// Rows of a load that returned early are final once they are announced, and damage is reported by the last wait.
+void tst_Jpeg::pendingRows()
+{
+    const Folder folder;
+    const QString path = folder.filePath(QStringLiteral("a.jpg"));
+    const GFL_LOAD_PARAMS params = LoadParams(GFL_LOAD_ORIGINAL_DEPTH | GFL_LOAD_PENDING);
+    const auto spec = [](auto change) {
+        Spec large = With(change);
+        large.width = 1203, large.height = 901;
+        return large;
+    };
+    const std::pair<const char *, Spec> rows[] = {{"baseline", spec([](Spec &) {})},
+                                                  {"gray", spec([](Spec &s) { s.in = s.stored = JCS_GRAYSCALE; })},
+                                                  {"progressive", spec([](Spec &s) { s.progressive = true; })},
+                                                  {"restart markers", spec([](Spec &s) { s.restart = 5; })},
+                                                  {"too small for a thread", Spec()}};
+    gflSetThreads(2);
+    const auto reset = qScopeGuard([] { gflSetThreads(0); });
+    for (const auto &[name, how] : rows) {
+        const Case named(name);
+        const QByteArray file = Encode(how);
+        const BitmapPtr whole = LoadFromMemory(file);
+        WriteFile(path, file);
+        const BitmapPtr pending = Load(path, nullptr, params);
+        QVERIFY2(whole && pending, gflLastErrorText());
+        for (const int wanted : {1, how.height / 2, how.height}) {
+            int ready = 0;
+            QCOMPARE(gflWaitForRows(pending.get(), wanted, &ready), int(GFL_NO_ERROR));
+            QVERIFY(ready >= wanted
+                    && std::memcmp(pending->Data, whole->Data, std::size_t(ready) * whole->BytesPerLine) == 0);
+        }
+        Load(path, nullptr, params); // freed while it is decoded
+        WriteFile(path, file.left(file.size() * 2 / 3));
+        int error = 0;
+        const BitmapPtr cut = Load(path, &error, params);
+        if (cut)
+            error = gflWaitForRows(cut.get(), how.height, nullptr);
+        QCOMPARE(error, int(GFL_ERROR_FILE_READ));
+        QVERIFY2(QByteArray(gflLastErrorText()).startsWith(path.toUtf8() + ": JPEG: "), gflLastErrorText());
+    }
 }
 
 void tst_Jpeg::writes()
@@ -199,7 +245,7 @@ void tst_Jpeg::writes()
                 const BitmapPtr held = Converted(*bitmap, type == GFL_GREY ? GFL_GREY : GFL_RGB, 8);
                 QCOMPARE(Difference(*read, *held, 0.015), QString());
             }
-    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // the hardest to compress
+    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // noise is hardest to compress
     for (int quality : {0, 50, 95}) {
         const Case named("quality", quality);
         QVERIFY(SavedBytes(*noise, SaveParams("jpeg", -1, quality)).size()

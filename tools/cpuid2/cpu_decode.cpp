@@ -57,8 +57,8 @@ ApicFields FieldsOfWidths(unsigned smtWidth, unsigned coreWidth)
     return fields;
 }
 
-/// Leaf 0x80000008 gives the combined width of core and thread or, on older processors, a count; leaf 0x8000001E the
-/// threads per core.
+/// Reads the extended leaves: leaf 0x80000008 has the combined width of core and thread or, on older processors, a
+/// count; leaf 0x8000001E has the threads per core.
 ApicFields AmdFields(CpuMachine &machine)
 {
     const unsigned ecx = machine.Cpuid(0x80000008u, 0).ecx;

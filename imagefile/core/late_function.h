@@ -1,0 +1,36 @@
+// Functions of libraries that are loaded at their first use.
+#pragma once
+
+#include <atomic>
+
+namespace imagefile {
+
+/// Returns the address of a function of libheif or libjxl; the first call loads both. With the codecs that they load in
+/// turn they need 10 ms, half of the program's start, and most runs read no such file. Throws std::runtime_error with
+/// the reason if they can't be loaded. Any thread.
+void *FindLate(const char *name);
+
+/// One such function, which is called like the original. Constants with the names of the originals, in this namespace,
+/// hide those.
+template <class Function> class LateFunction;
+
+template <class Result, class... Arguments> class LateFunction<Result(Arguments...)> {
+public:
+    explicit constexpr LateFunction(const char *name) : m_name(name) { }
+
+    Result operator()(Arguments... arguments) const
+    {
+        void *address = m_address.load(std::memory_order_relaxed);
+        if (!address) {
+            address = FindLate(m_name);
+            m_address.store(address, std::memory_order_relaxed);
+        }
+        return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
+    }
+
+private:
+    const char *m_name;
+    mutable std::atomic<void *> m_address{nullptr};
+};
+
+} // namespace imagefile

@@ -1,0 +1,23 @@
+// Pictures whose rows are still being decoded while the caller already uses the first ones.
+#pragma once
+
+#include "row_sink.h"
+
+#include <functional>
+
+namespace imagefile {
+
+/// Starts @p decode, which passes all rows from the top down to its sink, on another thread (on this one if none can
+/// start). Returns as soon as the bitmap exists; fails if decoding ends before that. The result is registered until
+/// ForgetPending, which gflFreeBitmap calls. May throw what @p decode throws.
+Status StartPending(const GFL_LOAD_PARAMS &params, std::function<Status(RowSink *)> decode, Owned<GFL_BITMAP> *bitmap);
+
+/// Waits until the first @p rows rows are decoded, for all rows until decoding has ended, and sets @p ready to the
+/// number of decoded rows. Returns why decoding failed, or throws what it threw. Bitmaps that aren't registered are
+/// complete.
+Status WaitForRows(const GFL_BITMAP &bitmap, int rows, int *ready);
+
+/// Waits for the thread that decodes this bitmap, if there is one, and removes the bitmap from the register.
+void ForgetPending(const GFL_BITMAP *bitmap) noexcept;
+
+} // namespace imagefile

@@ -25,7 +25,7 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmak
 install(FILES "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" "${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmake"
         DESTINATION ${sdk_dir})
 install(FILES README.md DESTINATION share/doc/vitrelux)
-install(FILES docs/host-guide.md docs/large-jobs.md DESTINATION share/doc/vitrelux)
+install(FILES docs/host-guide.md docs/large-jobs.md docs/correct.schema.json DESTINATION share/doc/vitrelux)
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 

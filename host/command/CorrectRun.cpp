@@ -162,6 +162,8 @@ void CorrectRun::PrintNotes(const QString &picture, const PictureReport &report)
         m_console->Note(picture, note);
     if (report.outcome == PictureReport::Outcome::Planned)
         m_console->Note(picture, QLatin1String("would correct ") + report.corrections.join(QLatin1String(", ")));
+    if (report.outcome == PictureReport::Outcome::Skipped && m_options.dryRun)
+        m_console->Note(picture, QLatin1String("would be skipped: ") + report.why);
 }
 
 /// Prints all lines of a picture together.

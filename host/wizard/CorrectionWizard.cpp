@@ -123,7 +123,7 @@ bool CorrectionWizard::validateCurrentPage()
 
 void CorrectionWizard::RunningChanged()
 {
-    button(BackButton)->setEnabled(!m_run->IsRunning());
+    button(BackButton)->setEnabled(!m_run->IsRunning() && currentPage() != m_pictures);
 }
 
 void CorrectionWizard::reject()

@@ -63,6 +63,7 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
+      m_reading(new QLabel),
       m_notice(new QLabel),
       m_outputFolder(new QLineEdit),
       m_chooseOutput(new QPushButton(tr("C&hoose…"))),
@@ -82,12 +83,14 @@ PicturesPage::PicturesPage(HostApplication *application)
     addFolder->setObjectName(QStringLiteral("addFolder"));
     m_remove->setObjectName(QStringLiteral("remove"));
     m_replace->setObjectName(QStringLiteral("replace"));
+    m_reading->setObjectName(QStringLiteral("reading"));
     m_notice->setObjectName(QStringLiteral("notice"));
     m_notice->setWordWrap(true);
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {add, addFolder, m_remove})
         buttons->addWidget(button);
     buttons->addStretch();
+    buttons->addWidget(m_reading);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list);
     layout->addLayout(buttons);
@@ -269,9 +272,17 @@ void PicturesPage::DescribeNext()
         row->setIcon(kName, QIcon(*image.GetThumbnail()));
     else
         row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    ShowReading();
     if (isComplete())
         Q_EMIT completeChanged();
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
+}
+
+/// Shows why the next page is not available yet.
+void PicturesPage::ShowReading()
+{
+    const int described = NextToDescribe(), count = m_list->topLevelItemCount();
+    m_reading->setText(described < count ? tr("%1 of %2 pictures read").arg(described).arg(count) : QString());
 }
 
 QVector<NamedPicture> PicturesPage::Pictures() const
@@ -346,6 +357,7 @@ void PicturesPage::RemoveSelected()
 void PicturesPage::ListChanged()
 {
     m_hint->setVisible(m_list->topLevelItemCount() == 0);
+    ShowReading();
     Q_EMIT completeChanged();
 }
 

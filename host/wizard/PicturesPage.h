@@ -56,13 +56,15 @@ private:
     void RemoveSelected();
     int NextToDescribe() const;
     void DescribeNext();
+    void ShowReading();
     void ListChanged();
 
     HostApplication *m_application;
     QTreeWidget *m_list;
     QLabel *m_hint;
     QPushButton *m_remove;
-    QLabel *m_notice; // what is wrong with the last input; hidden if nothing is
+    QLabel *m_reading; // how many files are described; empty if all are
+    QLabel *m_notice;  // what is wrong with the last input; hidden if nothing is
     QLineEdit *m_outputFolder;
     QPushButton *m_chooseOutput;
     QComboBox *m_format;

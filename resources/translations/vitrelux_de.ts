@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>„%1“ ist kein vollständiger Pfad; ein solcher beginnt mit „/“</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 von %2 Bildern gelesen</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 of %2 pictures read</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

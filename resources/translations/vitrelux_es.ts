@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» no es una ruta completa, que empieza por «/»</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 de %2 imágenes leídas</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«&#xa0;%1&#xa0;» n&apos;est pas un chemin complet, qui commence par «&#xa0;/&#xa0;»</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 images lues sur %2</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

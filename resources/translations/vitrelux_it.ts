@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» non è un percorso completo, che inizia con «/»</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 immagini lette su %2</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

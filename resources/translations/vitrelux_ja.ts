@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」は完全なパスではありません。完全なパスは「/」で始まります</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%2 枚中 %1 枚を読み込みました</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>„%1” nie jest pełną ścieżką; pełna ścieżka zaczyna się od „/”</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>Wczytano: %1 z %2</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

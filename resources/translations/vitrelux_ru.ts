@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» — не полный путь; полный путь начинается с «/»</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>Прочитано: %1 из %2</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

@@ -294,6 +294,10 @@
         <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>“%1”不是完整路径，完整路径以“/”开头</translation>
     </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>已读取 %1 / %2 张图片</translation>
+    </message>
 </context>
 <context>
     <name>RunPage</name>

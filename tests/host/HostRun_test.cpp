@@ -225,6 +225,10 @@ void HostRunTest::rivalsForOneOutput()
     QVERIFY(result.errorLines.first().startsWith("vitrelux: other/a.jpg: "_s));
     QVERIFY(result.errorLines.first().contains("a.jpg"_s));
     QCOMPARE(Notes().filter("Process"_s).size(), 1);
+    const ProgramResult plan = Run("correct -n -j 1 --plain --skip-existing --profile p.lcp -o out a.jpg b.jpg"_s);
+    QCOMPARE(plan.errorLines.size(), 2);
+    QVERIFY2(plan.errorLines[0].startsWith("vitrelux: a.jpg: note: would be skipped: output \""_s), plan.error);
+    QCOMPARE(plan.errorLines[1], "vitrelux: b.jpg: note: would correct distortion, lateral color, vignetting"_s);
 }
 
 void HostRunTest::interruptionLeavesNothing()

@@ -44,7 +44,7 @@ void tst_Wizard::picturesByDialogAndDrop()
     WriteFile(Path("d.jpg"), "no picture");
     WriteFile(Path("a_corrected.tiff"), "result");
     Show(QString());
-    QVERIFY(!CanGoOn());
+    QVERIFY(!CanGoOn() && !m_wizard->button(QWizard::BackButton)->isEnabled());
 
     QTimer::singleShot(0, this, [this] {
         auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
@@ -58,8 +58,10 @@ void tst_Wizard::picturesByDialogAndDrop()
 
     Drop({QUrl::fromLocalFile(Path("c.jpg")), QUrl::fromLocalFile(m_dir->path()), QUrl("ftp://elsewhere/e.jpg"_s)});
     QCOMPARE(Rows("pictures", 1), QStringList({"b.jpg"_s, "c.jpg"_s, "a.jpg"_s, "d.jpg"_s}));
+    QCOMPARE(Find<QLabel>("reading")->text(), "1 of 4 pictures read"_s);
     QTRY_COMPARE(Rows("pictures").at(2), "a.jpg|60 × 40"_s);
     QTRY_VERIFY(Rows("pictures").at(3).size() > 6); // why it is not a picture
+    QVERIFY(Find<QLabel>("reading")->text().isEmpty());
     Drop({QUrl::fromLocalFile(m_dir->path())});
     QCOMPARE(Find<QLabel>("notice")->text(), "No new pictures were found."_s);
 

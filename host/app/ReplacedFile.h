@@ -6,7 +6,7 @@
 #include <optional>
 #include <sys/types.h>
 
-/// The target of an output that may replace @p path: links are followed, so that the file they point to is replaced and
+/// The file that an output named @p path replaces: links are followed, so the file that they point to is replaced and
 /// the links stay. The file need not exist.
 class ReplacedFile {
 public:

@@ -106,7 +106,7 @@ public:
     /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
     /// Waits until the first @p rows rows of the image are decoded, and returns how many are. Necessary after ID_Read
-    /// only if gflAcceptsPendingRows was set. Throws the error of the read; @p fileName is named by it.
+    /// only if gflAcceptsPendingRows was set. Throws the error of the read, whose message names @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);

@@ -40,8 +40,8 @@ template <typename Predicate> QString Names(Predicate isOne)
     return names.join(QStringLiteral(", "));
 }
 
-/// Whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata, which the
-/// result keeps.
+/// Returns whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata,
+/// which the result keeps.
 bool IsInXmp(const Fact<bool> &done)
 {
     return done.value && done.source.startsWith(QLatin1String("XMP "));

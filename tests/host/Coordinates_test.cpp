@@ -14,7 +14,7 @@ using Samples::Point;
 
 namespace {
 
-/// The gain is a fourth-degree polynomial in float: a few rounding errors of 6e-8 in terms of up to about 4.
+/// The gain is a fourth-degree polynomial in single precision: a few rounding errors of 6e-8 in terms of up to about 4.
 constexpr double kGainTolerance = 2e-6;
 
 LensProfile Profile(const LensModel &distortion, bool fisheye = false)

@@ -100,7 +100,7 @@ void tst_Hdr::damaged()
         QByteArray file;
     } faults[] = {
         {"no size", File("", "", "")},
-        {"twice the same axis", File("", "-Y 1 +Y 1", pixel)},
+        {"the same axis twice", File("", "-Y 1 +Y 1", pixel)},
         {"no rows", File("", "-Y 0 +X 1", pixel)},
         {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},

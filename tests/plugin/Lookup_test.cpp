@@ -130,7 +130,7 @@ void tst_Lookup::profile_data()
         "L\\Canon/X1 (Canon Compact 50).lcp", "Fichier correspondant : X1 (Canon Compact 50).lcp");
     row("last focal length of the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
         "L\\Canon/X1 (Canon 60mm).lcp", "Fichier correspondant : X1 (Canon 60mm).lcp");
-    row("name of nothing but mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
+    row("name with only the word mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
     row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},
         "L\\Canon/Canon EF 24-70mm L\nL\\Canon/Tamron 24-70mm VC", "untouched");
     row("unknown lens", "Canon", "1 2 3", {brand, canon("Canon EF")}, "",

@@ -74,7 +74,7 @@ public Q_SLOTS:
     void decreaseCounterEvent(QString category, QString name);
 
     void setMaxEventsBufferised(int maxEventsBufferised);
-    /// Flushes at once, or when the event loop next runs. Also while analytics is off.
+    /// Flushes at once or, if @p delayed, when the event loop next runs; even while analytics is off.
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();

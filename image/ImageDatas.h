@@ -43,7 +43,8 @@ public:
     float rawRedScaling = 1.0F;
     float rawBlueScaling = 1.0F;
 
-    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // suffixes, in any case, of files that are never described
+    QStringList thumbnailExtensions{
+        QStringLiteral(".THM")}; // suffixes (case is ignored) of files that are never described
 
     ImageDatas();
 

@@ -41,5 +41,5 @@ struct NameMatch {
 /// Compares the lens name of a picture with that of a profile or database.
 NameMatch CompareLensNames(const LensName &wanted, const LensName &offered);
 
-/// Returns whether a word is the name of a maker of lenses or cameras, in any case.
+/// Returns whether a word is the name of a maker of lenses or cameras, ignoring case.
 bool IsMakerName(const QString &word);

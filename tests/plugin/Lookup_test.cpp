@@ -114,7 +114,7 @@ void tst_Lookup::profile_data()
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
-    row("best of three, in any case", "CANON INC.", "10 22 3",
+    row("best of three, ignoring case", "CANON INC.", "10 22 3",
         {brand, canon("CANON 10-22"), canon("canon ef-s 10-22MM"), canon("Canon EF-S 10-22mm f4 USM")},
         "L\\Canon/X1 (Canon EF-S 10-22mm f4 USM).lcp", "Fichier correspondant : X1 (Canon EF-S 10-22mm f4 USM).lcp");
     row("first of equally good files", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},

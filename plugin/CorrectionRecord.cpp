@@ -75,7 +75,7 @@ public:
         : m_prefix(QStringLiteral("Xmp.%1.").arg(QLatin1String(prefix))), m_record(record)
     {
     }
-    /// Sets a property; an empty text removes the source's value.
+    /// Sets a property; an empty string removes the source's value.
     void Set(const char *name, const QString &text) { m_record->append({m_prefix + QLatin1String(name), text}); }
 
 private:

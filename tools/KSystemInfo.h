@@ -6,7 +6,7 @@
 
 struct CpuTopology;
 
-/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty text, -1. The
+/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty string, -1. The
 /// object only stores the processor topology, which processor queries use between init() and exit() (called by
 /// KTools::init and KTools::exit). Otherwise they use OpenMP's counts.
 class KSystemInfo {

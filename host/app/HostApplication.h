@@ -21,8 +21,8 @@
 void ChooseDisplayless();
 
 /// Prepares Qt for windows. Called before the application is constructed, by commands that show windows. @return why no
-/// window can be shown, or empty. If a display is named but cannot be reached, constructing the application ends the
-/// program with a message.
+/// window can be shown; empty if one can. If a display is named but cannot be reached, constructing the application
+/// ends the program with a message.
 QString ChooseDisplay();
 
 /// Command line for the application object: only the program's name, because we parse the user's arguments. Must
@@ -45,7 +45,7 @@ public:
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
-    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterwards.
+    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterward.
     void Stop();
 
     /// Any thread.

@@ -17,7 +17,7 @@ public:
     /// replaced or doesn't exist.
     QString Problem() const;
     /// Moves the file @p from, which must be on the same file system, into place. If @p from replaces a file, it first
-    /// gets that file's permissions and is flushed to disk. @return why that failed, or empty.
+    /// gets that file's permissions and is flushed to disk. @return why that failed; empty if it succeeded.
     QString ReplaceBy(const QString &from) const;
 
 private:

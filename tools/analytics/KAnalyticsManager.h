@@ -35,7 +35,7 @@ public:
     /// @param useDb              stores events in a KAnalyticsDb, otherwise in a KAnalyticsFile.
     /// Becomes the process's manager if there is none.
     KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb);
-    /// Doesn't flush, see waitBeforeExit(). Afterwards the process has no manager.
+    /// Doesn't flush; see waitBeforeExit(). Afterward the process has no manager.
     ~KAnalyticsManager() override;
 
     /// Returns the process's manager; if there is none, creates one with shared identifier and database.

@@ -7,7 +7,7 @@
 
 #include <atomic>
 
-/// Rows come from "Data:cameras.txt", which documents its format. The first thread that needs the table reads it; it
+/// The table in "Data:cameras.txt", which documents its format. The first thread that needs the table reads it; it
 /// never changes afterward, so lookups are thread-safe.
 class CameraProperties : public QObject {
 public:

@@ -111,7 +111,7 @@ public:
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
     /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
-    /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too; @p
+    /// Writes the image. @p format is "tiff", "jpeg" or another format name, ignoring case, short forms too; @p
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
     /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);

@@ -8,8 +8,8 @@
 
 #include <atomic>
 
-/// Rows come from "Data:lensid.txt", which documents its format. The table is read once and never changes afterward, so
-/// lookups are thread-safe.
+/// The table in "Data:lensid.txt", which documents its format. It is read once and never changes afterward, so lookups
+/// are thread-safe.
 class LensIDProperties : public QObject {
 public:
     struct LensDefinition {

@@ -64,7 +64,7 @@ GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 /// Returns the name of the format at an index; indexes start at 0 and have no gaps. Null after the last one.
 GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
 
-/// Returns whether the layer reads files with this suffix, given with its dot, in any case.
+/// Returns whether the layer reads files with this suffix, given with its dot; ignores case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 
 // ---- Reading ----

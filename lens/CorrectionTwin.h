@@ -1,4 +1,4 @@
-// Reference implementation of the positions of a fitted correction, in double.
+// Reference implementation of the positions of a fitted correction, in double precision.
 #pragma once
 
 #include "Correction.h"
@@ -21,8 +21,8 @@ class CorrectionTwin {
 public:
     explicit CorrectionTwin(const Correction &correction);
 
-    /// How far outside the picture a sampling position may lie, in pixels from the centers of the outermost pixels,
-    /// which extend half a pixel.
+    /// Maximum distance of a sampling position beyond the centers of the outermost pixels, in pixels: half a pixel to
+    /// the picture's edge, and 1/256 for rounding.
     static constexpr double kBorderPixels = 0.5 + 1.0 / 256.0;
 
     const Correction &Maps() const { return m_correction; }

@@ -1,4 +1,4 @@
-// Reference implementation of the fitted warp: one pixel at a time, in double.
+// Reference implementation of the fitted warp: one pixel at a time, in double precision.
 #pragma once
 
 #include "FittedWarp.h"

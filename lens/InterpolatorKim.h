@@ -30,7 +30,7 @@ class newLCP;
 ///
 /// A position that is NaN or too large for an integer counts as outside.
 ///
-/// Do returns false and leaves the destination untouched where a byte outside an image would be read or written: fewer
+/// Do returns false and leaves the destination untouched if a byte outside an image would be read or written: fewer
 /// than three channels in either image on paths B, C and D; a destination with fewer channels than the source; a
 /// destination larger than the source on paths A and C, which read the source at the pixel's own position; pixels or
 /// rows too short for the channel types.

@@ -10,7 +10,7 @@ enum class LensModel { Perspective, Fisheye };
 ///
 /// Positions are in pixels, the origin at the center of the top-left pixel, x to the right, y downward. Warps map the
 /// corrected picture to the uncorrected one, so that callers iterate over destination pixels. Coordinates are computed
-/// in float. @p scale is the size of the current picture over the size that the profile was measured at.
+/// in single precision. @p scale is the size of the current picture over the size that the profile was measured at.
 ///
 /// Positions and gains may be infinite or NaN, for example at the center of a fisheye or with a focal length of 0;
 /// callers check `found` first, and check positions before converting them.

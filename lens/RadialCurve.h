@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <vector>
 
-/// A smooth function of the radius in pixels of the picture, tabulated in double over the squared radius: lens models
-/// are smooth in it, and pixels need no square root. Between nodes the function is the cubic through the four nearest,
-/// or linear if there are only two or three; beyond the last node it keeps that node's value.
+/// A smooth function of the radius in pixels of the picture, tabulated in double precision over the squared radius:
+/// lens models are smooth in it, and pixels need no square root. Between nodes the function is the cubic through the
+/// four nearest, or linear if there are only two or three; beyond the last node it keeps that node's value.
 ///
 /// Value type: copies are independent. Several threads may call the const functions of one object at the same time.
 class RadialCurve {

@@ -36,7 +36,8 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-/// How far samples between the middle two of four values in a line may exceed the greater and fall below the lesser.
+/// The amounts by which samples between the middle two of four values in a line may exceed the larger and fall below
+/// the smaller.
 template <typename Vector> struct Allowance {
     Vector up, down;
 };

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-/// Converts between a picture's stored values and light, per channel: exactly in double, or with tables for pixel
-/// loops.
+/// Converts between a picture's stored values and light, per channel: exactly in double precision, or with tables for
+/// pixel loops.
 ///
 /// Curves increase and pass through 0, so black stays black. For float pictures they continue above 1, and they are odd
 /// functions.

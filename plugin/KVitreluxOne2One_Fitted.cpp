@@ -70,7 +70,7 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     return lost;
 }
 
-/// Throws if the host has asked the thread that called Process to end, see QThread::requestInterruption.
+/// Throws if the host has asked the thread that called Process to end; see QThread::requestInterruption.
 void EndIfInterrupted(const QThread &caller)
 {
     if (caller.isInterruptionRequested())

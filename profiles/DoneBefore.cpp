@@ -32,7 +32,7 @@ constexpr SwitchRule kSwitches[] = {
     {"Exif.Panasonic.ShadingCompensation", 0, &PictureFacts::vignettingDone, "maker note, shading compensation"},
 };
 
-/// Phones and drones that correct their pictures, by prefixes of make and model, in any case.
+/// Phones and drones that correct their pictures, by prefixes of make and model; case is ignored.
 struct SelfCorrecting {
     const char *make, *model;
 };

@@ -179,7 +179,7 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
     if (!setting.focalMm) {
         if (m_focals.size() > 1) {
             choice.why =
-                QStringLiteral("the focal length is unknown, and the profile has entries from %1; --focal states it")
+                QStringLiteral("the focal length is unknown, and the profile has entries from %1; give it with --focal")
                     .arg(RangeText(shortest.focalMm, longest.focalMm, kMillimeters));
             return choice;
         }

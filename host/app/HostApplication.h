@@ -21,8 +21,8 @@
 void ChooseDisplayless();
 
 /// Prepares Qt for windows. Called before the application is constructed, by commands that show windows. @return why no
-/// window can be shown, or empty. If a display is named but cannot be reached, constructing the application ends the
-/// program with a message.
+/// window can be shown; empty if one can. If a display is named but cannot be reached, constructing the application
+/// ends the program with a message.
 QString ChooseDisplay();
 
 /// Command line for the application object: only the program's name, because we parse the user's arguments. Must
@@ -45,7 +45,7 @@ public:
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
-    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterwards.
+    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterward.
     void Stop();
 
     /// Any thread.
@@ -66,8 +66,7 @@ public:
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Returns whether the file is a gray picture, with or without alpha. Any thread.
     bool IsGray(const QString &fileName);
-    /// Returns the reason, in one line, why the file cannot be corrected; empty if its header shows no problem. Any
-    /// thread.
+    /// Returns why the file cannot be corrected, in one line; empty if its header shows no problem. Any thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
@@ -86,7 +85,7 @@ public:
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
-    /// Returns the reason, in one line, why settings files are ignored; empty if they aren't.
+    /// Returns why settings files are ignored, in one line; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
     /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
     /// Commands without windows stay in English.

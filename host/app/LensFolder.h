@@ -15,7 +15,7 @@ public:
 
     /// Returns the user's folder as an absolute path.
     QString Folder() const { return m_folder; }
-    /// Returns the reason, in one line, why the folder could not be created; empty if it exists.
+    /// Returns why the folder could not be created, in one line; empty if it exists.
     QString Problem() const;
     /// Returns the path to pass to the plug-in; empty if the folder could not be created.
     QString Place() const;

@@ -29,9 +29,9 @@ struct PlannedPicture {
 
 /// The folder and the names of outputs.
 struct OutputNaming {
-    QString folder; // empty: that of each picture. The subfolders of a walked folder are mirrored in it
-    /// {name}: the picture's without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default is
-    /// the plug-in's own name for its output.
+    QString folder; // empty: the folder of each picture. The subfolders of a walked folder are mirrored in it
+    /// {name}: the picture's name without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default
+    /// is the plug-in's own name for its output.
     QString pattern = QStringLiteral("{name}_corrected.tiff");
     QString ending{}; // appended as it is, even with braces
 };

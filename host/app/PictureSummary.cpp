@@ -37,7 +37,7 @@ public:
     {
     }
 
-    /// Whether the EXIF has the entry; entries of the GPS block don't count.
+    /// Returns whether the EXIF has the entry; entries of the GPS block don't count.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
     /// Returns a number or fraction; 0 if there is none.
     double Number(quint32 tag) const
@@ -52,7 +52,7 @@ public:
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/true);
         return QString::fromUtf8(entry ? entry->Value : "").trimmed();
     }
-    /// Whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be 0.
+    /// Returns whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be "0".
     bool IsGpsNumber(quint32 tag) const
     {
         constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
@@ -208,7 +208,8 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
     const auto add = [&](const char *key, double value, const QString &text) {
         if (!text.isEmpty())
             texts << text;
-        *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // was a float
+        *facts << PictureFact{QString(), QString(), QLatin1String(key),
+                              Rounded(value)}; // the record has only a float's precision
     };
     if (exposureTime > 0.0 && std::isfinite(exposureTime))
         add("exposureTime", exposureTime, Seconds(exposureTime));

@@ -134,7 +134,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
         fail();
         return true;
     }
-    auto undo = qScopeGuard([&] { // also if there is no memory for the path
+    auto undo = qScopeGuard([&] { // even if there is no memory for the path
         std::error_code error;
         std::filesystem::remove_all(name.constData(), error);
     });

@@ -32,7 +32,7 @@ private:
     int m_lock = -1; // file descriptor
 };
 
-/// Removes a folder and its contents; links are removed, not followed. @return why it failed, or empty.
+/// Removes a folder and its contents; links are removed, not followed. @return why it failed; empty if it succeeded.
 QString RemoveFolder(const QString &path);
 /// Prints that a work folder could not be removed.
 void PrintNotRemoved(const QString &path, const QString &why);

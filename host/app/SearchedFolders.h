@@ -18,8 +18,7 @@ public:
 
     /// Returns the folders; call it after the plug-in is loaded.
     QStringList Folders() const;
-    /// Returns the reason, in one line, why nothing can be found: the folder named by the user doesn't exist. Empty if
-    /// it does.
+    /// Returns why nothing can be found, in one line: the folder named by the user doesn't exist. Empty if it does.
     QString Problem() const;
 
 private:

@@ -64,7 +64,7 @@ constexpr VerbRow kVerbs[] = {
      "FILE...",
      "summarize the records of several runs",
      "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were "
-     "corrected, skipped or failed, why they failed, by lens, and the slowest ones.\n\n"
+     "corrected, skipped or failed, why they failed, the results for each lens, and the slowest pictures.\n\n"
      "A picture with several records counts once, by its last one.",
      {"vitrelux report run-1.jsonl run-2.jsonl", "vitrelux correct -n --json *.jpg | vitrelux report -"}},
     {Verb::Wizard,

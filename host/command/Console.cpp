@@ -42,7 +42,7 @@ QString Shortened(const QString &name)
     return name.size() <= 2 * kHalf ? name : name.left(kHalf) + QChar(0x2026) + name.right(kHalf);
 }
 
-/// Whether standard error is a terminal that can erase a line; a "dumb" one can't.
+/// Returns whether standard error is a terminal that can erase a line; a "dumb" one can't.
 bool IsLiveTerminal()
 {
     const QByteArray kind = qgetenv("TERM");
@@ -175,7 +175,7 @@ void Console::ShowProgress()
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
     const int open = m_count - m_begun + m_progress.size();
-    // The terminal cuts off what doesn't fit: of a wrapped line only the last part could be erased.
+    // Let the terminal cut off what doesn't fit: only the last part of a wrapped line could be erased.
     constexpr auto kNoWrap = QLatin1String("\033[?7l"), kWrap = QLatin1String("\033[?7h");
     Write(stderr, kNoWrap + m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open) + kWrap);
 }

@@ -139,7 +139,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
     }
 }
 
-/// Fills in the report, also for a picture that fails.
+/// Fills in the report, even for a picture that fails.
 void CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report)
 {
     QElapsedTimer timer;

@@ -19,7 +19,7 @@ public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
                PictureCorrector *corrector, InterruptGuard *guard, Console *console);
 
-    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return the number of threads.
+    /// Divides the processors among the threads of the run; load the plug-in afterward. @return the number of threads.
     int ShareProcessors() const;
     ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 

@@ -11,7 +11,7 @@ namespace {
 constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
 constexpr double kMaxPercent = 200.0;
 
-/// Whether a text is a finite number with a decimal point, within the range.
+/// Returns whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)
 {
     bool ok = false;

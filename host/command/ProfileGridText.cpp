@@ -86,7 +86,7 @@ Row RowOf(const ProfileEntry &entry)
     return row;
 }
 
-/// Whether @p a and @p b, with a <= b, count as the same setting; 0 equals only 0.
+/// Returns whether @p a and @p b, with a <= b, count as the same setting; 0 equals only 0.
 bool AreSame(double a, double b, double ratio)
 {
     return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));

@@ -29,7 +29,7 @@ public:
     /// Returns their names.
     QStringList Files() const;
     JobOutput Output() const;
-    /// Whether existing corrected pictures may be replaced.
+    /// Returns whether existing corrected pictures may be replaced.
     bool MayReplace() const;
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;

@@ -27,7 +27,7 @@ public:
 
     /// Starts a run. Must not be called during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
-    /// Stops the run, see CorrectionJob::Cancel.
+    /// Stops the run; see CorrectionJob::Cancel.
     void Cancel();
     bool IsRunning() const { return m_running; }
     bool IsCancelled() const { return m_cancelled; }

@@ -15,7 +15,7 @@ Status HeifStatus(const heif_error &error)
     return Status::Fail(isMemory ? GFL_ERROR_NO_MEMORY : GFL_ERROR_FILE_READ, Text("HEIF: %s", error.message));
 }
 
-// libheif's functions return 0 for success. A read never fails: libheif ends the program by an assertion if one does.
+// libheif's functions return 0 for success. A read never fails: an assertion in libheif aborts the program if one does.
 // It gets zeros for missing bytes instead, and Source::Check reports the failure.
 const heif_reader &HeifFile::Reader()
 {

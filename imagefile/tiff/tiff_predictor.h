@@ -7,8 +7,7 @@
 namespace imagefile {
 
 /// Applies predictor 2: each sample of 8 or 16 bits minus that of the previous pixel, wrapping around. @p dst must not
-/// overlap
-/// @p src.
+/// overlap @p src.
 template <class T> void DifferenceRow(const T *src, T *dst, std::size_t width, std::size_t channels);
 
 /// Applies predictor 3, for floats: the row's bytes sorted by significance, highest first, then each byte minus the one

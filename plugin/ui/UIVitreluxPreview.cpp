@@ -68,7 +68,7 @@ private:
 /// Returns the corrections that plain runs can make with a profile.
 Corrections PlainCorrections(const QString &fileName)
 {
-    bool ok = false; // also for a file that can't be opened
+    bool ok = false; // stays false if the file can't be opened
     const newLCP profile(fileName, ok);
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }

@@ -240,7 +240,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     const Camera camera = m_tables->CameraOf(facts);
     if (camera.cropFactor <= 0.0)
         return none(facts.model.value.isEmpty()
-                        ? QStringLiteral("lensfun needs the camera's name; --body states it")
+                        ? QStringLiteral("lensfun needs the camera's name; give it with --body")
                         : QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);

@@ -80,7 +80,7 @@ private:
             return false;
         const Setting setting = SettingOf(m_facts, m_options.typed);
         if (!setting.focalMm) {
-            m_result.why = QStringLiteral("the picture's focal length is unknown; --focal states it");
+            m_result.why = QStringLiteral("the picture's focal length is unknown; give it with --focal");
             return false;
         }
         const PicturePlace &place = m_frame.Place();

@@ -246,9 +246,9 @@ void BadInputTest::otherSizeIsNoted()
         {{60, 40}, {60, 40}},
         {{40, 60}, {60, 40}},
         {{50, 50}, {50, 50}},
-        {{59, 40}, {60, 40}, "has 59x40 pixels, the profile was made for 60x40"},
-        {{80, 120}, {60, 40}, "has 80x120 pixels, the profile was made for 40x60"},
-        {{40, 60}, {40, 60}, "has 40x60 pixels, the profile was made for 60x40"}, // only the picture is rotated
+        {{59, 40}, {60, 40}, "has 59x40 pixels, but the profile was made for 60x40"},
+        {{80, 120}, {60, 40}, "has 80x120 pixels, but the profile was made for 40x60"},
+        {{40, 60}, {40, 60}, "has 40x60 pixels, but the profile was made for 60x40"}, // only the picture is rotated
     };
     for (const auto &row : rows) {
         const Case named(row.picture, row.profile);

@@ -14,7 +14,7 @@ using Samples::Point;
 
 namespace {
 
-/// The gain is a fourth-degree polynomial in float: a few rounding errors of 6e-8 in terms of up to about 4.
+/// The gain is a fourth-degree polynomial in single precision: a few rounding errors of 6e-8 in terms of up to about 4.
 constexpr double kGainTolerance = 2e-6;
 
 LensProfile Profile(const LensModel &distortion, bool fisheye = false)
@@ -106,13 +106,13 @@ void tst_Coordinates::everyPixelHasItsSourcePosition_data()
     const std::pair<const char *, LensProfile> profiles[] = {
         {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
         {"two coefficients", Profile(two)},
-        {"three coefficients, outwards", Profile(three)},
+        {"three coefficients, outward", Profile(three)},
         {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
         {"tangential alone", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
         {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
         {"fisheye, two coefficients", Profile(wideFish, true)},
         {"three warps", WithChromatic(Profile(two))},
-        {"three warps, outwards", WithChromatic(Profile(three))},
+        {"three warps, outward", WithChromatic(Profile(three))},
         {"three warps, fisheye", WithChromatic(Profile(wideFish, true))},
     };
     for (const auto &[name, profile] : profiles) {

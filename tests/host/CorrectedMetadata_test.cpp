@@ -66,7 +66,7 @@ Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
     return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
 }
 
-/// Whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
+/// Returns whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
 bool IsFormOfFile(const std::string &key)
 {
     static const char *const names[] = {

@@ -160,7 +160,7 @@ void FittedRunTest::correct()
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterwards.
+/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterward.
 void FittedRunTest::whileDecoding()
 {
     const QSize sizes[] = {{1300, 900}, {900, 1300}, {1200, 1000}};

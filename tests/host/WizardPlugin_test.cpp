@@ -94,7 +94,8 @@ void tst_WizardPlugin::realPluginFits()
     compareByKeyboard();
     for (const auto &[name, metadata] : pictures) {
         const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
-        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(), name); // what was found is no choice
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
+                 name); // a profile that was found is not stored as a choice
         QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
         const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
         QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);

@@ -74,7 +74,7 @@ void tst_ImageCache::eviction()
     const struct {
         int limitMo;
         const char *steps;    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
-        const char *inMemory; // afterwards
+        const char *inMemory; // afterward
     } rows[] = {{1, "La Ua Lb Ub", "b"},
                 {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
                 {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit

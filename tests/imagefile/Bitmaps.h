@@ -42,7 +42,7 @@ double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 /// Returns the pixels without row padding.
 QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 
-/// Returns an empty text if both have the same form and size and no sample differs by more than @p tolerance, a share
+/// Returns an empty string if both have the same form and size and no sample differs by more than @p tolerance, a share
 /// of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
@@ -86,7 +86,7 @@ int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &p
 /// Returns the bytes of a saved file; empty if the save failed.
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 
-/// Returns an empty text if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
+/// Returns an empty string if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
 /// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 

@@ -24,7 +24,7 @@ float ValueAt(int x, int y, int c)
 
 enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GreyAlpha };
 
-/// Writes a file of half pixels in the data window; alpha, if any, is 0.5.
+/// Writes a file of half-precision samples in the data window; alpha, if any, is 0.5.
 void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data)
 {
     const int width = data.max.x - data.min.x + 1, height = data.max.y - data.min.y + 1;

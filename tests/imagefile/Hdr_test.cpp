@@ -100,7 +100,7 @@ void tst_Hdr::damaged()
         QByteArray file;
     } faults[] = {
         {"no size", File("", "", "")},
-        {"twice the same axis", File("", "-Y 1 +Y 1", pixel)},
+        {"the same axis twice", File("", "-Y 1 +Y 1", pixel)},
         {"no rows", File("", "-Y 0 +X 1", pixel)},
         {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},
@@ -128,7 +128,7 @@ void tst_Hdr::extremes()
 {
     const float infinity = std::numeric_limits<float>::infinity(), huge = std::numeric_limits<float>::max();
     const float given[] = {-1, 0.5f, std::nanf(""), infinity, 1, huge, 1e-39f, 0, 0, 0.999f, 0.999f, 0.01f};
-    // The greatest mantissa is 255; 0.999 rounds to 1 rather than 255/256, and 0.01 is then stored in steps of 1/128.
+    // The largest mantissa is 255; 0.999 rounds to 1 rather than 255/256, and 0.01 is then stored in steps of 1/128.
     const float most = 255.0f * float(std::ldexp(1.0, 119));
     const QVector<float> expected = {0, 0.5f, 0, most, 0, most, 0, 0, 0, 1.0f, 1.0f, 1.0f / 128};
     const BitmapPtr bitmap = NewBitmap(4, 1, GFL_RGB, 32);

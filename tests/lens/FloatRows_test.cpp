@@ -1,4 +1,4 @@
-// The sliding window of float rows: its content after each move, for every form of picture.
+// The sliding window of float rows: its content after each move, for every pixel format.
 #include "FloatRows.h"
 
 #include "TestImages.h"

@@ -1,4 +1,4 @@
-// LensParam against its formulas in double.
+// LensParam compared with its formulas in double precision.
 #include "LensParam.h"
 
 #include <QtTest>
@@ -21,7 +21,7 @@ LensParam Model(const Coefficients &coefficients)
     return model;
 }
 
-/// Maps a position by a model, in double. @p radial returns the factor for a squared radius in focal lengths.
+/// Maps a position by a model, in double precision. @p radial returns the factor for a squared radius in focal lengths.
 template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, double scale, Radial radial)
 {
     const double s = scale * double(model.scaleFactor);

@@ -164,7 +164,7 @@ void tst_ProfileReport::problemsOfTheFileItself()
 
 void tst_ProfileReport::notes()
 {
-    // Compares the start of the only note; an empty text expects none.
+    // Compares the start of the only note; an empty string expects none.
     const auto check = [this](const QByteArray &content, const char *text) {
         const QString note = QString::fromLatin1(text);
         const ProfileReport report = Report(content);

@@ -1,4 +1,4 @@
-// The profile found for a camera and a lens, in folders with many names.
+// Profile lookup by camera and lens, with various names of folders and files.
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
@@ -47,7 +47,7 @@ private:
 
 const QString kUntouched = QStringLiteral("untouched");
 
-/// Describes a picture like the kernel; its file need not exist.
+/// Describes a picture as the kernel does; its file need not exist.
 ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, const QString &lensId)
 {
     image->m_fileName = QStringLiteral("/none/picture.jpg");
@@ -114,7 +114,7 @@ void tst_Lookup::profile_data()
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
-    row("best of three, in any case", "CANON INC.", "10 22 3",
+    row("best of three, ignoring case", "CANON INC.", "10 22 3",
         {brand, canon("CANON 10-22"), canon("canon ef-s 10-22MM"), canon("Canon EF-S 10-22mm f4 USM")},
         "L\\Canon/X1 (Canon EF-S 10-22mm f4 USM).lcp", "Fichier correspondant : X1 (Canon EF-S 10-22mm f4 USM).lcp");
     row("first of equally good files", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},
@@ -130,14 +130,14 @@ void tst_Lookup::profile_data()
         "L\\Canon/X1 (Canon Compact 50).lcp", "Fichier correspondant : X1 (Canon Compact 50).lcp");
     row("last focal length of the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
         "L\\Canon/X1 (Canon 60mm).lcp", "Fichier correspondant : X1 (Canon 60mm).lcp");
-    row("name consisting of mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
+    row("name with only the word mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
     row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},
         "L\\Canon/Canon EF 24-70mm L\nL\\Canon/Tamron 24-70mm VC", "untouched");
     row("unknown lens", "Canon", "1 2 3", {brand, canon("Canon EF")}, "",
         "This camera-lens couple does not seem to be in database");
     row("no file for the camera", "Canon", "10 22 3", {brand, QStringLiteral("L\\Canon/X2 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
-    row("folder joined by a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
+    row("folder joined with a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
     row("first entry within the brand wins", "Canon", "10 22 3",
         {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},

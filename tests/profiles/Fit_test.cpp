@@ -563,7 +563,7 @@ void tst_Fit::leftOut()
 
 void tst_Fit::useless_data()
 {
-    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, in line 9
+    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, at line 9
     QTest::addColumn<bool>("distortion");    // whether it is still corrected
     QTest::addColumn<bool>("color");
     QTest::addColumn<QString>("why");

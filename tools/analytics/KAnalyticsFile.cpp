@@ -105,7 +105,7 @@ void KAnalyticsFile::setUserId(QString userId)
 {
     QJsonObject root = currentJSonRoot();
     if (!root.isEmpty())
-        root.insert(kUserId, userId); // never saved, see the class
+        root.insert(kUserId, userId); // never saved; see the class
 }
 
 void KAnalyticsFile::addProviderArray(QString name, QJsonArray array)

@@ -1,4 +1,4 @@
-// Peak memory of a step in addition to what the process used before. Linux only.
+// Additional peak memory of a step. Linux only.
 #pragma once
 
 #include <malloc.h>

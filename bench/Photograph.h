@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstdint>
 
-/// Noise of the lattice point (x, y) of an octave, 0 to 1.
+/// Returns noise of the lattice point (x, y) of an octave, 0 to 1.
 inline float LatticeNoise(std::uint32_t x, std::uint32_t y, std::uint32_t octave)
 {
     std::uint32_t h = x * 0x9E3779B1u ^ y * 0x85EBCA77u ^ octave * 0xC2B2AE3Du; // odd constants of xxHash
@@ -15,7 +15,7 @@ inline float LatticeNoise(std::uint32_t x, std::uint32_t y, std::uint32_t octave
     return static_cast<float>((h ^ (h >> 15)) >> 8) * 0x1p-24F;
 }
 
-/// Interpolates that noise between lattice points 2^octave pixels apart.
+/// Interpolates LatticeNoise between lattice points 2^octave pixels apart.
 inline float SmoothNoise(int x, int y, std::uint32_t octave)
 {
     const auto left = static_cast<std::uint32_t>(x) >> octave, top = static_cast<std::uint32_t>(y) >> octave;

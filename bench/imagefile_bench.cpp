@@ -27,7 +27,7 @@ std::string TemporaryFile(const char *name)
     return (std::filesystem::temp_directory_path() / (std::string("vitrelux_bench_") + name)).string();
 }
 
-/// Smooth gradients with a few levels of noise, like a photograph at base ISO.
+/// Returns smooth gradients with a few levels of noise, like a photograph at base ISO.
 BitmapPtr Photo(int width, int height, GflType type, int bits)
 {
     BitmapPtr photo(static_cast<GFL_BITMAP *>(gflMemoryAlloc(sizeof(GFL_BITMAP))), gflFreeBitmap);
@@ -64,7 +64,7 @@ GFL_SAVE_PARAMS SaveParams(const char *format, int compression)
     return params;
 }
 
-/// EXIF with a maker note of 30,000 bytes, as cameras write.
+/// Adds EXIF with a maker note of 30,000 bytes, as cameras write.
 void AddExif(GFL_BITMAP *bitmap)
 {
     std::vector<std::uint8_t> note(30000, 'n');
@@ -75,7 +75,7 @@ void AddExif(GFL_BITMAP *bitmap)
     gflBitmapSetEXIF2(bitmap, &exif);
 }
 
-/// The path of a JPEG of a photo, written once.
+/// Returns the path of a JPEG of a photo, which the first call writes.
 std::string JpegFile(int width, int height)
 {
     const std::string path = TemporaryFile((std::to_string(width) + ".jpg").c_str());

@@ -115,7 +115,7 @@ RadialMap Map(double centerX, double centerY, double scale, double k1, double k2
     return map;
 }
 
-/// The same lens as Profile's.
+/// Returns the lens of Profile().
 Correction FittedLens(Corrections switches)
 {
     Correction correction;
@@ -171,7 +171,7 @@ FITTED(SharpAllSrgb, Sharp, kAll, TransferCurve::Srgb());
 #undef FITTED
 #undef FITTED_WITH
 
-/// The plain definition, for comparison.
+/// Times the plain twin, for comparison.
 void BM_WarpPlainly(benchmark::State &state)
 {
     newLCP lcp = Profile(kPerspective);

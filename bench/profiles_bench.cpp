@@ -1,5 +1,5 @@
-// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. Milliseconds
-// matter: the fit runs before each picture and after each change on the page.
+// Lens profiles: reading one, fitting it to a 24-megapixel picture, and finding it among thousands. The fit must take
+// milliseconds: it runs before each picture and after each change on the page.
 #include "KImage.h"
 #include "PictureFit.h"
 
@@ -18,7 +18,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &i
         + ">" + inside + "</s:" + name + ">\n";
 }
 
-/// Focal lengths x 3 distances x 4 apertures with all five models, as attributes.
+/// Returns a profile of several focal lengths x 3 distances x 4 apertures with all five models, as attributes.
 QByteArray ProfileText(bool isFisheye, const QByteArray &names = "s:Make='Maker' s:Model='BODY'",
                        const std::vector<double> &focals = {24.0, 28.0, 35.0, 45.0, 55.0, 70.0})
 {
@@ -57,7 +57,7 @@ void BM_ReadProfile(benchmark::State &state)
     state.counters["entries"] = 72;
 }
 
-/// A fit between eight entries, for a picture taken with the profile's body or another one.
+/// Fits between eight entries, for a picture taken with the profile's body or another one.
 void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
 {
     const QString source = QStringLiteral("made");
@@ -77,7 +77,7 @@ void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
     }
 }
 
-/// A collection of 4,000 profiles: 20 bodies by 4 makers, each with 200 lenses.
+/// Writes a collection of 4,000 profiles: 20 bodies by 4 makers, each with 200 lenses.
 bool WriteCollection(const QString &folder)
 {
     const char *const makers[] = {"Canon", "NIKON CORPORATION", "SONY", "PENTAX"};
@@ -96,7 +96,7 @@ bool WriteCollection(const QString &folder)
     return true;
 }
 
-/// All steps for one picture, after the index and the profile have been read.
+/// Runs all steps for one picture, after the index and the profile have been read.
 void BM_FindAndFit(benchmark::State &state)
 {
     const QTemporaryDir folder;

@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// The same, packed like plain pictures.
+/// Same, packed like plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;
@@ -272,7 +272,7 @@ public:
         const bool plain = m_job.TheKind().sampling == nullptr;
         Bytes packed[2];
         for (auto &part : packed)
-            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4); // pages are touched only where filled
+            part.reserve(static_cast<std::size_t>(m_job.PixelCount()) * 4); // only filled pages take memory
         const double start = Now();
         (m_job.TheKind().bits == 8 ? DecodeJpeg : DecodeTiff)(m_job);
         const double decoded = Now();
@@ -296,7 +296,7 @@ public:
 
 private:
     const Job &m_job;
-    KImage m_result;                     // in the form of the file; uncorrected
+    KImage m_result;                     // uncorrected, in the form of the file
     std::vector<unsigned char> m_floats; // two float pictures
 };
 
@@ -327,7 +327,7 @@ void BM_Run(benchmark::State &state, int kind, double megapixels)
     state.counters["peak_MiB"] = peakBytes / (1 << 20);
     state.counters["bytes/pixel_over_80MiB"] = std::max(0.0, peakBytes - 80.0 * (1 << 20)) / pixels;
 }
-/// All kinds at 24 megapixels; plain and sharp also at sizes that show how they grow.
+/// Registers all kinds at 24 megapixels, and plain and sharp runs also at sizes that show how they scale.
 void RegisterRuns()
 {
     for (int kind = 0; kind < static_cast<int>(std::size(kKinds)); ++kind)

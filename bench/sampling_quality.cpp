@@ -1,5 +1,5 @@
-// Measures how well each sampling preserves waves and edges through a wide-angle lens. Prints a table and plots to the
-// SVG file named on the command line.
+// Measures how well each sampling method preserves waves and edges when a wide-angle lens is corrected. Prints a table
+// and plots to the SVG file named on the command line.
 #include "FittedWarp.h"
 #include "KImage.h"
 #include "SamplingQuality.h"
@@ -29,7 +29,7 @@ std::vector<double> RenderFitted(const std::vector<double> &grey, const Correcti
     return result;
 }
 
-/// Cubic convolution (Keys 1981) with a = -1/2.
+/// Returns the cubic convolution kernel (Keys 1981) with a = -1/2.
 double CatmullRom(double x)
 {
     x = std::abs(x);
@@ -74,7 +74,7 @@ struct Sampling {
 
 const double kFrequencies[] = {0.05, 0.1, 0.15, 0.2, 0.25, 0.3, 0.35, 0.4, 0.45};
 
-/// A polyline, dashed for false detail.
+/// Returns a polyline, dashed for false detail.
 std::string Line(const Sampling &sampling, bool isFalseDetail)
 {
     std::string points;

@@ -25,7 +25,7 @@ void StartAlone(benchmark::State &state)
 }
 BENCHMARK(StartAlone)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-/// The part of the start that grows with the number of processors.
+/// Runs the part of startup whose cost grows with the number of processors.
 void CountProcessors(benchmark::State &state)
 {
     for (auto _ : state) {
@@ -62,7 +62,7 @@ BENCHMARK(SendEvent)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir folder; // not those of the user
+    QTemporaryDir folder; // not the user's folders
     qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.path()));
     QCoreApplication application(argc, argv);

@@ -38,7 +38,7 @@ endif()
 # Warnings, and the Qt defines that keep text and signals explicit.
 function(vitrelux_compile_rules target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion
-        -Wno-deprecated-declarations)  # QDomDocument, qrand and kin stay in use on purpose
+        -Wno-deprecated-declarations)  # deprecated parts of Qt, such as qrand, are used on purpose
     if(VITRELUX_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
     endif()

@@ -25,7 +25,7 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmak
 install(FILES "${CMAKE_BINARY_DIR}/VitreluxConfig.cmake" "${CMAKE_BINARY_DIR}/VitreluxConfigVersion.cmake"
         DESTINATION ${sdk_dir})
 install(FILES README.md DESTINATION share/doc/vitrelux)
-install(FILES docs/host-guide.md docs/large-jobs.md DESTINATION share/doc/vitrelux)
+install(FILES docs/host-guide.md docs/large-jobs.md docs/correct.schema.json DESTINATION share/doc/vitrelux)
 install(FILES resources/desktop/vitrelux.desktop DESTINATION share/applications)
 install(FILES resources/icons/KVitrelux.png DESTINATION share/icons/hicolor/256x256/apps RENAME vitrelux.png)
 
@@ -96,7 +96,7 @@ set(CPACK_STRIP_FILES ON)
 file(READ LICENSE license)
 file(READ packaging/copyright-notes license_notes)
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/doc/copyright" CONTENT "${license}${license_notes}" @ONLY)
-execute_process(COMMAND date --utc --rfc-email --date=${VITRELUX_DATE} # in English; CMake's own follow the locale
+execute_process(COMMAND date --utc --rfc-email --date=${VITRELUX_DATE} # in English; CMake's own dates follow the locale
     COMMAND tr -d "\n" OUTPUT_VARIABLE changelog_date)
 configure_file(packaging/changelog.Debian.in "${CMAKE_BINARY_DIR}/doc/changelog.Debian" @ONLY)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE packaging/copyright-notes)

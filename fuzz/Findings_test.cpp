@@ -31,7 +31,7 @@ void tst_Findings::replay()
     const QByteArray input = file.readAll();
     const auto found = std::find_if(FuzzTargets().begin(), FuzzTargets().end(),
                                     [&](const FuzzTarget &one) { return target == QLatin1String(one.name); });
-    QVERIFY2(found != FuzzTargets().end(), "a folder of no target");
+    QVERIFY2(found != FuzzTargets().end(), "no target has the folder's name");
     found->run(reinterpret_cast<const std::uint8_t *>(input.constData()), static_cast<std::size_t>(input.size()));
 }
 

@@ -1,4 +1,4 @@
-// A small JPEG around blocks of metadata.
+// A small JPEG that contains given blocks of metadata.
 #pragma once
 
 #include <QByteArray>

@@ -8,8 +8,9 @@
 void StartKernel()
 {
     static const bool started = [] {
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {}); // of damaged input
-        qputenv("XDG_DATA_HOME", "/dev/null"); // all programs would share one file of events
+        qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext &, const QString &) {}); // messages about damaged input
+        qputenv("XDG_DATA_HOME", "/dev/null"); // otherwise all programs would share one event file
         KImage::init(nullptr);
         return true;
     }();

@@ -1,4 +1,4 @@
-// What all fuzz targets share: the entry point, the input as values, and the input as a file.
+// Shared by all fuzz targets: the entry point, and the input as values or as a file.
 #pragma once
 
 #include <QByteArray>
@@ -8,13 +8,13 @@
 #include <cstring>
 #include <vector>
 
-/// A target: the function that gets an input, under the name of its folders of seeds and findings.
+/// A fuzz target: a function that takes an input, and the name of its folders of seeds and findings.
 struct FuzzTarget {
     const char *name;
     void (*run)(const std::uint8_t *data, std::size_t size);
 };
 
-/// Returns the targets of a program; a fuzzer has one, the test that replays findings has all.
+/// Returns the targets of this program: one in a fuzzer, all in the test that replays findings.
 inline std::vector<FuzzTarget> &FuzzTargets()
 {
     static std::vector<FuzzTarget> targets;
@@ -27,7 +27,7 @@ inline bool AddTarget(const FuzzTarget &target)
     return true;
 }
 
-/// FUZZ_TARGET(name) { body }: a target; the body uses `data` and `size`.
+/// FUZZ_TARGET(name) { body } defines a target; its body uses `data` and `size`.
 #define FUZZ_TARGET(name)                                                                                              \
     static void Run(const std::uint8_t *data, std::size_t size);                                                       \
     static const bool g_added = AddTarget({#name, Run});                                                               \
@@ -40,7 +40,7 @@ inline void Require(bool condition)
         __builtin_trap();
 }
 
-/// Starts the image module at the first call.
+/// Starts the image module on the first call.
 void StartKernel();
 
 /// Reads an input value by value; returns zeros after its end.

@@ -1,4 +1,4 @@
-// Writes seeds of fuzz targets: fuzz_seeds DIR makes DIR/TARGET/*.
+// Writes seeds for fuzz targets: fuzz_seeds DIR creates DIR/TARGET/*.
 #include "Files.h"
 #include "KImage.h"
 #include "NoteFile.h"
@@ -58,7 +58,8 @@ void WriteIndex(const QString &root)
     const QString cache = folder.filePath(QStringLiteral("index"));
     ProfileIndex(cache).Scan({folder.path()});
     const QByteArray whole = ReadFile(cache);
-    constexpr int kBodyAt = 4 + 4 + 4 + 16 + 4; // mark, version, size and bytes of the checksum, size of the body
+    constexpr int kBodyAt =
+        4 + 4 + 4 + 16 + 4; // magic number, version, size and bytes of the checksum, size of the body
     Seeds seeds(root, "profile_index");
     seeds.Add('\0' + whole);
     seeds.Add('\1' + whole.mid(kBodyAt));

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// Checks that each picture has an absolute output.
+/// Checks that each output path is absolute.
 void CheckOutputs(const CorrectOptions &correct)
 {
     const QVector<NamedPicture> pictures = Named(correct.pictures.named);
@@ -21,7 +21,7 @@ FUZZ_TARGET(command_line)
     Input input(data, size);
     QStringList words;
     while (!input.IsEmpty())
-        words.append(QString::fromUtf8(input.Line()).remove(QChar(0))); // the system passes no NUL
+        words.append(QString::fromUtf8(input.Line()).remove(QChar(0))); // arguments can't contain NUL
     const CommandLine line = ParseCommandLine(words);
     const bool isRefused = line.action == CommandLine::Action::RefuseUsage;
     Require(!isRefused || !line.text.isEmpty());

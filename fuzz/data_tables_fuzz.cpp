@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as the tables of cameras and lenses, and looks things up in them.
+// Reads arbitrary bytes as the camera and lens tables, and looks up cameras and lenses.
 #include "CameraProperties.h"
 #include "LensIDProperties.h"
 #include "Target.h"

@@ -17,7 +17,7 @@ quint16 AnyTag(Input &input)
     return number < kCount ? kTags[number] : input.Next<quint16>();
 }
 
-/// One line of the input per entry, in both lists.
+/// Both lists, with one entry per line of the input.
 struct Lists {
     explicit Lists(Input &input)
     {

@@ -1,4 +1,4 @@
-// libFuzzer's entry point of the only target in the program.
+// libFuzzer's entry point, which runs the program's only target.
 #include "Target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)

@@ -1,4 +1,5 @@
-// Passes picture files through the image-file layer: information, pixels, thumbnail, metadata, and back into a file.
+// Passes picture files through the image-file layer: reads information, pixels, thumbnail and metadata, and writes a
+// file.
 #include "Target.h"
 #include "gfl.h"
 
@@ -50,7 +51,7 @@ void TrySaving(const GFL_BITMAP &bitmap, const char *format)
     std::free(file);
 }
 
-/// Reads a thumbnail, also of pictures whose pixels are damaged.
+/// Reads a thumbnail, even of pictures with damaged pixels.
 void TryThumbnail(const char *path, const GFL_LOAD_PARAMS &params)
 {
     constexpr int kSide = 16;
@@ -66,7 +67,7 @@ void TryThumbnail(const char *path, const GFL_LOAD_PARAMS &params)
     gflFreeBitmap(bitmap);
 }
 
-/// Compares the information with the loaded picture.
+/// Compares the file information with the loaded picture.
 void TryInformation(const char *path, const GFL_BITMAP *bitmap)
 {
     GFL_FILE_INFORMATION info;
@@ -109,7 +110,7 @@ FUZZ_TARGET(imagefile)
     if (bitmap) {
         Check(*bitmap);
         TryMetadata(bitmap);
-        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // those that carry metadata
+        static const char *const kFormats[] = {"tiff", "jpeg", "png", "psd"}; // formats that store metadata
         TrySaving(*bitmap, kFormats[(options >> 3) & 3]);
     }
     gflFreeBitmap(bitmap);

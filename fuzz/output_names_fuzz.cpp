@@ -1,4 +1,4 @@
-// Fills arbitrary patterns of output names for arbitrary pictures.
+// Expands arbitrary patterns of output names for arbitrary pictures.
 #include "Target.h"
 #include "app/OutputPlan.h"
 
@@ -8,10 +8,10 @@ FUZZ_TARGET(output_names)
 {
     Input input(data, size);
     OutputNaming naming;
-    naming.pattern = QString::fromUtf8(input.Line()).remove(QChar(0)); // the system passes no NUL
+    naming.pattern = QString::fromUtf8(input.Line()).remove(QChar(0)); // arguments can't contain NUL
     naming.folder = QStringLiteral("/outputs");
     const QStringList suffixes = {QStringLiteral("tif"), QStringLiteral("tiff")};
-    if (!FaultOfOutputPattern(naming.pattern, suffixes).isEmpty())
+    if (!FaultOfOutputNames(naming, suffixes).isEmpty())
         return;
     QStringList names;
     while (!input.IsEmpty() && names.size() < 8)

@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as a lens profile of any spelling and fits it to a few pictures.
+// Reads arbitrary bytes as a lens profile in any XML form and fits it to a few pictures.
 #include "ProfileUses.h"
 #include "Target.h"
 

@@ -1,4 +1,5 @@
-// Reads arbitrary bytes as the cache of the profile index, with a valid checksum or without, and scans with it.
+// Reads arbitrary bytes as the cache of the profile index, with or without a valid checksum, and scans a folder with
+// it.
 #include "ProfileIndex.h"
 #include "Target.h"
 
@@ -25,7 +26,7 @@ struct Folder {
         ProfileIndex(cache).Scan({lenses});
         QFile file(cache);
         Require(file.open(QIODevice::ReadOnly));
-        head = file.read(2 * sizeof(quint32)); // the mark and the version
+        head = file.read(2 * sizeof(quint32)); // the magic number and the version
     }
 
     QTemporaryDir dir;
@@ -52,6 +53,6 @@ FUZZ_TARGET(profile_index)
     Write(folder.cache, isWhole ? rest : WithChecksum(folder.head, rest));
     ProfileIndex index(folder.cache);
     Require(index.Scan({folder.lenses}) && index.Profiles().size() == 1 && index.FilesRead() <= 1);
-    ProfileIndex again(folder.cache); // as written by the first
+    ProfileIndex again(folder.cache); // reads the cache that the first one wrote
     Require(again.Scan({folder.lenses}) && again.FilesRead() == 0);
 }

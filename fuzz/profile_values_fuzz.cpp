@@ -1,4 +1,4 @@
-// Corrects with profiles of valid XML in every spelling, whose values are plausible, wild, missing or no numbers.
+// Corrects with profiles of valid XML in every form, with values that are plausible, extreme, missing or not numbers.
 #include "ProfileUses.h"
 #include "SpelledProfile.h"
 #include "Target.h"
@@ -9,7 +9,7 @@ const char *const kWild[] = {"0",    "-0",   "-1",     "1e-38", "1e38", "-1e38",
                              "-inf", "1/0",  "0/0",    "1/-3",  "0x10", "1,5",   "4294967296", "",      "true",
                              "16",   "1e-9", "1e-300", " 2 ",   "--1",  "+.5e1", "9999999999", "10000", "2147483648"};
 
-/// Returns a value near @p usual, any float, or a wild text.
+/// Returns a value near @p usual, any float, or a nonsensical text.
 QByteArray AnyValue(Input &input, double usual)
 {
     const int kind = input.Below(6);
@@ -30,7 +30,7 @@ struct Value {
 void AddValues(Input &input, const std::vector<Value> &rows, QList<SpelledValue> *to)
 {
     for (const Value &row : rows)
-        for (int count = input.Below(16); count < 15; count += 14) // mostly once, rarely never or twice
+        for (int count = input.Below(16); count < 15; count += 14) // usually once, rarely never or twice
             to->append({row.name, AnyValue(input, row.usual)});
 }
 

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// Returns a side near the images' own, a long one, or any number.
+/// Returns a side length near those of the images, a long one, or an arbitrary number.
 int AnySide(Input &input)
 {
     switch (input.Below(8)) {
@@ -20,7 +20,7 @@ int AnySide(Input &input)
 
 FUZZ_TARGET(resize)
 {
-    constexpr qint64 kMostPixels = 1 << 18; // larger sizes take only longer
+    constexpr qint64 kMostPixels = 1 << 18; // larger sizes only take longer
     StartKernel();
     Input input(data, size);
     KImage image = AnyImage(input);

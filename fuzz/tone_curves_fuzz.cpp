@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as an ICC profile and converts values by its tone curves.
+// Reads arbitrary bytes as an ICC profile and converts values with its tone curves.
 #include "Target.h"
 #include "TransferCurve.h"
 #include "gfl.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Stored values of float pictures: black, the darkest, inside, white, highlights.
+/// Stored values of float pictures: black, very dark, midtones, near white, highlights.
 constexpr float kValues[] = {0.0F, 1e-30F, 0.001F, 0.3F, 0.999F, 1.0F, 2.5F, 1e6F, 3e38F};
 
 void Convert(const TransferCurve &curve)

@@ -85,7 +85,7 @@ int RunChecked(const CommandLine &line, Console *console)
     return Run(line, console);
 }
 
-/// Opens missing standard streams. Otherwise the first files opened would take their numbers, and printed text would
+/// Opens missing standard streams. Otherwise the first files opened would get their descriptors, and printed text would
 /// end up in pictures. Reading and writing these streams fails, as with missing ones.
 void OccupyStandardStreams()
 {
@@ -109,7 +109,7 @@ void OccupyStandardStreams()
     try {
         if (std::current_exception())
             std::rethrow_exception(std::current_exception());
-    } catch (const std::bad_alloc &) { // first, because other messages need memory
+    } catch (const std::bad_alloc &) { // caught first, because the other messages need memory
         EndForException("not enough memory");
     } catch (...) {
         EndForException(qUtf8Printable(OneLine(TextOfCurrentException())));
@@ -141,6 +141,6 @@ int main(int argc, char **argv)
     const int result = RunChecked(ParseCommandLine(ReadArguments(argc, argv)), &console);
     if (!std::ferror(stdout))
         return result;
-    console.Failure(QString(), QStringLiteral("cannot write to standard output")); // it is incomplete
+    console.Failure(QString(), QStringLiteral("cannot write to standard output")); // the output is incomplete
     return kSomeFailed;
 }

@@ -5,7 +5,7 @@
 #include <cmath>
 
 /// While an instance exists, strtod and sscanf on this thread expect a decimal point. Otherwise they would expect a
-/// comma in hosts that set such a locale.
+/// comma in hosts whose locale uses one.
 class CNumbers {
 public:
     CNumbers() : m_before(uselocale(CLocale())) { }

@@ -17,7 +17,7 @@ public:
         m_mutex.lock();
         Acquired();
     }
-    /// Tries to lock without waiting: see operator bool.
+    /// Tries to lock without waiting; check operator bool.
     CacheLocker(QMutex &mutex, std::try_to_lock_t) : m_mutex(mutex), m_isLocked(mutex.tryLock())
     {
         if (m_isLocked)

@@ -7,8 +7,8 @@
 
 #include <atomic>
 
-/// Rows come from "Data:cameras.txt", which documents its format. The first thread that needs the table reads it; it
-/// never changes afterwards, so any thread may look up.
+/// The table in "Data:cameras.txt", which documents its format. The first thread that needs the table reads it; it
+/// never changes afterward, so lookups are thread-safe.
 class CameraProperties : public QObject {
 public:
     struct CameraProperty {
@@ -29,6 +29,6 @@ public:
 
 private:
     std::atomic<bool> m_initialized{false};
-    QMutex m_mutex; // guards the reading
+    QMutex m_mutex; // guards reading the table
     QVector<CameraProperty> m_cameras;
 };

@@ -10,7 +10,7 @@
 #include <utility>
 
 /// Converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate run in the
-/// first-level cache: none passes over memory twice or allocates.
+/// first-level cache: no conversion passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Rows and columns of the tables below.
@@ -38,7 +38,7 @@ constexpr Layout LayoutOf(int channels)
     return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
 }
 
-/// Returns the form of an image whose type and depth are among the nine.
+/// Returns the form of an image whose type and depth are one of the nine working forms.
 inline Form FormOf(const KImage &image)
 {
     return {DepthOf(image.bitsPerComponent()), LayoutOf(image.m_bitmap->ComponentsPerPixel)};
@@ -116,7 +116,7 @@ constexpr RunStep kChannelSteps[3][3][3] = {
      {steps::Run<ippiRGBToGray_32f_C3C1R>, nullptr, steps::Opaque<Ipp32f, 3, 1>},
      {steps::Run<ippiRGBToGray_32f_AC4C1R>, steps::Run<ippiCopy_32f_AC4C3R>, nullptr}}};
 
-/// RGB to float RGBA in one step, because the warp reads its source this way.
+/// RGB to float RGBA in one step, because the warp converts its source this way.
 constexpr RunStep kToOpaqueFloats[] = {steps::OpaqueFloats<Ipp8u>, steps::OpaqueFloats<Ipp16u>,
                                        steps::Opaque<Ipp32f, 3, 1>};
 
@@ -124,7 +124,7 @@ constexpr RunStep kToOpaqueFloats[] = {steps::OpaqueFloats<Ipp8u>, steps::Opaque
 struct AlphaException {
     Form from;
     Form to;
-    RunStep channelStep; // replaces the table's step, at the target's depth
+    RunStep channelStep; // replaces the table's step at the target's depth
     bool leavesAlpha;    // the target's alpha stays unchanged
 };
 
@@ -165,7 +165,7 @@ public:
 
     bool IsIdentity() const { return !m_last; }
 
-    /// Converts a run; not for the same form. @p pixels is at most kRunPixels.
+    /// Converts a run to a different form. @p pixels is at most kRunPixels.
     void ConvertRun(const void *src, void *dst, int pixels) const
     {
         RunBlock between;

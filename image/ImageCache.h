@@ -30,7 +30,7 @@ public:
 
     /// Returns the process's cache, created if there is none.
     static ImageCache &Instance();
-    /// Makes @p cache the process's cache; null for none. Main thread, while the cache is unused.
+    /// Makes @p cache the process's cache; null for none. Call it on the main thread while the cache is unused.
     static void SetInstance(ImageCache *cache)
     {
         ms_instance = cache;
@@ -49,7 +49,7 @@ public:
     }
     /// Returns the item of an image. Creates one if there is none, or if the cached image of that name was destroyed.
     Item *FindOrMake(ImageDef *def);
-    /// Evicts versions until memory use is below the limit, as far as locks allow. Skips images that are being loaded.
+    /// Evicts unlocked versions until memory use is below the limit. Skips images that are being loaded.
     void AdjustCacheMemory_unlocked();
 
     // Call these without the mutex.
@@ -69,7 +69,7 @@ public:
     int m_maxMemoryMo = 256;                // MiB; hosts may set it to KSystemInfo::maxCacheSize()
 
 private:
-    /// Not m_id: a copied or assigned description has none, or that of its previous file.
+    /// Doesn't use m_id: a copied or assigned description has none, or that of its previous file.
     static QString KeyOf(const ImageDef *def) { return ImageDef::IdOf(def->FileName()); }
 
     QVector<Image *> m_lentOfDeleted; // owned

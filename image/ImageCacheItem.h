@@ -16,10 +16,10 @@
 
 template <typename Image, typename Loader> class ImageCache;
 
-/// Owned by the cache, which destroys it only while no call of its image runs.
+/// Owned by the cache, which destroys it only while no call on its image is running.
 ///
 /// The mutex is held during a whole load: a second thread that requests the same image waits and then finds the
-/// version, while different images load in parallel. Lock it after the cache's mutex or without that, never before it.
+/// version, while different images load in parallel. Lock it alone or after the cache's mutex, never before.
 template <typename Image, typename Loader> class ImageCacheItem {
 public:
     using Version = ImageVersion<Image>;

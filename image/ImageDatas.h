@@ -15,7 +15,7 @@ class KSettingsManager;
 
 /// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if it was
 /// created. Change it only while nothing loads; any thread may read it. A change affects images described and loaded
-/// afterwards.
+/// afterward.
 class ImageDatas {
 public:
     // The order is shared with hosts.
@@ -43,7 +43,8 @@ public:
     float rawRedScaling = 1.0F;
     float rawBlueScaling = 1.0F;
 
-    QStringList thumbnailExtensions{QStringLiteral(".THM")}; // suffixes, in any case, of files that are never described
+    QStringList thumbnailExtensions{
+        QStringLiteral(".THM")}; // suffixes (case is ignored) of files that are never described
 
     ImageDatas();
 

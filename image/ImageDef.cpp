@@ -34,7 +34,7 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why this kind of pixels isn't supported. Photoshop files are, since the image-file layer returns them as
+/// Returns why this kind of pixels isn't supported. Photoshop files are, because the image-file layer returns them as
 /// RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {

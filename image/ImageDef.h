@@ -23,8 +23,8 @@ struct RefusalReason {
         Lab,
         Cmyk,
         OtherChannels, // see channels
-        Tiled,         // TIFF
-        Failed,        // by an exception: see text
+        Tiled,         // a tiled TIFF
+        Failed,        // an exception occurred: see text
     };
     Kind kind = None;
     int channels = 0;
@@ -38,7 +38,7 @@ struct RefusalReason {
 /// Any other belongs to the caller that requested it.
 ///
 /// Any thread may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, as well as anything on different
-/// images. Assign, reload and delete an image only while no other thread is in a call of it; pixels may stay locked
+/// images. Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked
 /// meanwhile. Call GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {
     Q_OBJECT
@@ -113,8 +113,8 @@ public:
     bool IsCached(int width, int height, bool nativeDepth);
     /// Frees all unlocked versions.
     void ReleaseFromMemory();
-    /// Returns a larger thumbnail, 8 bits, made of real pixels, which are loaded if no lock has done so yet. Owned by
-    /// this object, valid until Reload. Throws as Lock does.
+    /// Returns a larger thumbnail, 8 bits, made from real pixels, which are loaded if no lock has loaded them yet.
+    /// Owned by this object, valid until Reload. Throws as Lock does.
     KImage *GetHighResThumbnail32();
     /// Makes the larger thumbnail from newly loaded pixels. Call it with the cache's mutex held.
     void GetThumbnailFromHighRes(KImage &image);
@@ -125,7 +125,7 @@ public:
     void AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended);
     /// Reads all EXIF of the file again and formats it as a text table.
     QString DumpExif();
-    /// Returns 1: fisheye, 0: not, negative: unknown.
+    /// Returns 1 for a fisheye lens, 0 for another lens, negative if unknown.
     static int IsFisheyeLens(QString maker, QString lensId);
 
     /// Returns the approximate bytes held, without full pixels and metadata blocks.
@@ -154,7 +154,7 @@ public:
     UserGeometry m_userGeometry;
     mutable QImage m_thumbnail;                   // until GetThumbnail has created the pixmap
     mutable QPixmap *m_thumbnailPixmap = nullptr; // owned
-    std::atomic<bool> m_highResReady{false};      // m_highResThumbnail is made of real pixels
+    std::atomic<bool> m_highResReady{false};      // m_highResThumbnail is made from real pixels
     KImage *m_highResThumbnail = nullptr;         // owned
     QString m_id;                                 // IdOf(m_fileName)
 

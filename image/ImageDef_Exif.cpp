@@ -392,8 +392,8 @@ QString ImageDef::DumpExif()
 {
     GFL_LOAD_PARAMS params = {};
     ImageDatas::GetDefaultLoadParams(&params);
-    params.Flags |= 0x6410;  // metadata, and a custom form; the rest has no effect
-    params.ColorModel = 256; // none of the layer's: pixels are not converted
+    params.Flags |= 0x6410;  // metadata, and a custom form; other bits have no effect
+    params.ColorModel = 256; // not a model of the layer: pixels are not converted
     params.DefaultAlpha = 255;
     const QSize box = ImageDatas::settings ? ImageDatas::settings->thumbnailSize : ImageDatas().thumbnailSize;
     GFL_BITMAP *loaded = nullptr;

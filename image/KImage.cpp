@@ -12,7 +12,8 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Channels by the bits of a type: gray, binary and palette forms, three-channel forms, four-channel forms.
+/// Returns the channels of a type from its bits: gray, binary and palette forms, three-channel forms, four-channel
+/// forms.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)
@@ -29,7 +30,7 @@ qint64 PixelBytes(const GFL_BITMAP &bitmap)
     return static_cast<qint64>(bitmap.Height) * bitmap.BytesPerLine;
 }
 
-/// Allocates a block with the module's allocator, or throws. Never null, also for 0 bytes.
+/// Allocates a block with the module's allocator, or throws. Never null, even for 0 bytes.
 void *AllocateBytes(qint64 bytes)
 {
     void *block = alloc_callback(static_cast<unsigned long>(qMax<qint64>(bytes, 1)), nullptr);

@@ -39,9 +39,8 @@ struct KImageInstances {
 /// Channels are interleaved, rows start at multiples of 4 bytes, the first row is on top. An image is empty (no record)
 /// or allocated. Copies are deep: no two images share pixels, except one that wraps a block of the caller.
 ///
-/// Errors are KExceptions, thrown by one-line guards in the order of the parameters, with one of the messages "Invalid
-/// Bitmap" (this image is empty or of a form the operation doesn't support), "Invalid Parameter" (an argument is wrong)
-/// and "Not enough memory".
+/// Errors are KExceptions; arguments are checked in their order. The messages are "Invalid Bitmap" (this image is
+/// empty, or the operation doesn't support its form), "Invalid Parameter" and "Not enough memory".
 ///
 /// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
@@ -52,25 +51,24 @@ public:
     explicit KImage(const QImage &image);
     ~KImage();
 
-    /// Deep copy; the copy always owns its pixels. Comment and MetaData are not copied. Trap: the target is freed
-    /// first, so assigning an image to itself empties it.
+    /// Deep copy that owns its pixels, without Comment and MetaData. Trap: assigning an image to itself empties it.
     KImage &operator=(const KImage &other);
 
     // --- Starting and stopping the module (KImage_Module.cpp), main thread ---
 
-    /// Starts the module: with a host's objects, which the host keeps owning, or standalone for null; then it also
-    /// starts the image-file layer. A second standalone start does nothing.
+    /// Starts the module with a host's objects, which the host still owns. Null starts it standalone, with the
+    /// image-file layer; a second standalone start does nothing.
     static void init(KImageInstances *instances);
     /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();
 
     // --- Memory ---
 
-    /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data it owns its
-    /// pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data it
-    /// wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits of
-    /// strides from 2 GiB on. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are undefined.
-    /// After a failure the old content is lost.
+    /// Allocates the image, @p width by @p height of @p type at @p bitsPerComponent. With null @p data the image owns
+    /// its pixels, and @p bytesPerLine is ignored; an image that already has this shape keeps its block. With @p data
+    /// it wraps that block of height * bytesPerLine bytes, which the caller keeps alive and frees; pass the low 32 bits
+    /// of strides from 2 GiB on. @p clear zeroes the pixels, even of a wrapped block; without it new pixels are
+    /// undefined. After a failure the old content is lost.
     void AllocBitmap(int width, int height, unsigned short type, int bitsPerComponent, bool clear, void *data,
                      int bytesPerLine);
     void FreeBitmap();
@@ -84,7 +82,6 @@ public:
     unsigned short type() const { return m_bitmap->Type; }
     unsigned short bitsPerComponent() const { return m_bitmap->BitsPerComponent; }
     unsigned int bytesPerLine() const { return m_bitmap->BytesPerLine; }
-    /// Returns the address of pixel (x, y); unchecked.
     unsigned char *getData(int x, int y) const
     {
         return m_bitmap->Data + static_cast<qint64>(x) * m_bitmap->BytesPerPixel
@@ -107,26 +104,24 @@ public:
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// Waits until the first @p rows rows of the image are decoded, and returns how many are. Necessary after ID_Read
-    /// only if gflAcceptsPendingRows was set. Throws the error of the read; @p fileName is named by it.
+    /// Waits until the first @p rows rows are decoded and returns how many are. Only needed after ID_Read with
+    /// gflAcceptsPendingRows. Throws the error of the read, which names @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
     /// Replaces the image with a file of @p size bytes in memory, at 8 bits. Camera raw ignores the settings.
     void ReadFromMemory(unsigned char *data, unsigned int size);
-    /// Writes the image. @p format is "tiff", "jpeg" or another format name, in any case, short forms too; @p
+    /// Writes the image. @p format is "tiff", "jpeg" or another format name, ignoring case, short forms too; @p
     /// compression as in TranscodeCompression. Copies ICC profile, IPTC and EXIF from the file @p metadataSource unless
     /// it is empty. A failed write leaves an existing file unchanged and creates no other.
     void Write(QString fileName, QString format, int compression, QString metadataSource);
-    /// A picture that is generated while it is written, so that it is never completely in memory.
+    /// A picture that is generated from the top down while it is written, so that it is never completely in memory.
     struct RowsToWrite {
         int width, height;
         unsigned short type;
         int bitsPerComponent;
-        /// Fills @p rows, a wrapped block of the form above, with the picture's rows from @p firstRow on, from the top
-        /// down. An exception from it ends the write and reaches the caller.
-        std::function<void(KImage &rows, int firstRow)> fill;
-        bool fast = false; // GFL_SAVE_FAST: several threads call fill, about in order
+        std::function<void(KImage &rows, int firstRow)> fill; // a block of rows; may throw, which ends the write
+        bool fast = false; // GFL_SAVE_FAST: several threads call fill, roughly in order
     };
     /// XMP properties that describe an edit: keys as Exiv2 spells them ("Xmp.crs.AlreadyApplied") and their texts.
     using EditRecord = QVector<QPair<QString, QString>>;
@@ -143,7 +138,7 @@ public:
     void WriteIntoMemory(unsigned char **data, unsigned int *size, QString format, int compression);
     /// Writes an uncompressed TIFF in the image's form; ID_Read at native depth restores it exactly.
     void ID_WriteToCache(QString fileName);
-    /// Debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
+    /// Writes debugging dumps at 8 bits: the picture with or without its alpha, and only the alpha.
     void Output_PNG_RGBA(QString fileName) const;
     void Output_PNG_RGB(QString fileName) const;
     void Output_PNG_A(QString fileName) const;
@@ -243,23 +238,24 @@ public:
     /// Calls HDR_Normalize with the range of the visible pixels.
     void HDR_QuickToneMapper(int mode);
 
-    /// Factors, 1 changes nothing: interpolate towards black (at 0), towards middle gray, towards the picture's luma
-    /// (Haeberli and Voorhies 1994), in this order. Integers saturate, floats stay at 0 or above.
+    /// Interpolates, in this order, from black, from middle gray and from the picture's luma (Haeberli and Voorhies
+    /// 1994); a factor of 1 changes nothing. Integers saturate, floats stay at 0 or above.
     void adjustColor(float brightness, float contrast, float saturation);
-    /// Two-tone coloring into @p target, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie
-    /// on the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
+    /// Colors @p target in two tones, RGBA at 8 bits: each pixel keeps its value (HSV); its hue and saturation lie on
+    /// the straight line across the color wheel from @p shadows, at value 0, to @p lights, at 255.
     void Colorize(KImage &target, QColor shadows, QColor lights);
     /// Computes the luma of each pixel, 0.299 R + 0.587 G + 0.114 B, as 0 to 1.
     void GetGrey(ImageSt &grey);
 
     // --- Filters (KImage_Filter.cpp) ---
 
-    /// Blurs all channels with a Gaussian, edges repeated, in any form. @p sigma in pixels; 0 copies. For the accuracy
-    /// see primitives::GaussianBlur. @p target must not be this image.
+    /// Blurs all channels with a Gaussian, repeating the edges. @p sigma is in pixels; 0 copies. See
+    /// primitives::GaussianBlur for the accuracy. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
     /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
     /// Transparent pixels stay and don't bleed into others; a pixel whose result isn't finite also stays. Y: luminance
-    /// only, in PhotoYCC. Full: three passes, of 0.75, 0.5 and 1 radius with 10, 0.4 and 0.2 amount. Not in place.
+    /// only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4 and 0.2 times the
+    /// amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
@@ -273,7 +269,7 @@ public:
     /// Zeroes all bytes of the pixels outside a circle. @p radius is above 0.
     void CleanFisheyeData(double radius, double offsetX, double offsetY);
     /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
-    /// 180 degrees from left to right, latitude 90 to -90 downwards, with the lens pointing at the middle; directions
+    /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle; directions
     /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
     /// degrees; or it is given and spans 180 (for a lens of d degrees pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
@@ -281,10 +277,10 @@ public:
 
     /// Paints a disc with a smooth edge about pixel position (x, y), such as a mark; @p color is a QRgb with alpha.
     void PutPoint(float x, float y, float radius, int color);
-    /// Bends the picture by Brown's radial model (1971): the pixel at r from the center comes from r (1 + k1 r^2 + k2
-    /// r^4 + k3 r^6), r in half diagonals, bilinearly; a non-zero @p direction applies the inverse. Places outside the
-    /// picture become 0. Optical2: only one channel ('R', 'G', 'B', 'A'), against lateral color, about the middle, from
-    /// @p scale times that radius; its edges are repeated.
+    /// Applies Brown's radial model (1971): samples the pixel at r from the center bilinearly at r (1 + k1 r^2 + k2 r^4
+    /// + k3 r^6), r in half diagonals; a non-zero @p direction applies the inverse. Positions outside the picture give
+    /// 0. Optical2 corrects lateral color: it moves one channel ('R', 'G', 'B', 'A') about the middle, at @p scale
+    /// times that radius, and repeats its edges.
     void Optical(float k1, float k2, float k3, float offsetX, float offsetY, int direction);
     void Optical2(float k1, float k2, float k3, char channel, float scale, int direction);
 

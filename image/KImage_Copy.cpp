@@ -12,7 +12,7 @@ bool IsInside(int position, int size)
     return position >= 0 && position < size;
 }
 
-/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, since the sum may
+/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, because the sum may
 /// overflow.
 bool Fits(int position, int count, int size)
 {
@@ -58,10 +58,10 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
 }
 
 /// Blends t - (t - s) * alpha for the colors of a pixel of @p C channels, with every fourth float from @p alpha on.
-/// Integers are truncated towards zero and clamped: a float alpha may lie outside 0 to 1.
+/// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
-    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the same for one C alone
+    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal for only one C
     const T *s = static_cast<const T *>(source);
     T *t = static_cast<T *>(target);
     for (int i = 0; i < pixels; ++i) {
@@ -96,15 +96,15 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!IsInside(y, this->height()) || !Fits(y, height, this->height()))
         KThrow(kInvalidParameter);
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
-        KThrow(kInvalidParameter); // it would be written beyond the target's rows
+        KThrow(kInvalidParameter); // would be written beyond the target's rows
 
-    // The first access to the pages of a large target takes longer than the conversion, and benefits from threads too.
+    // The first access to the pages of a large target takes longer than the conversion, and threads speed it up too.
     constexpr qint64 kPixelsWorthThreads = 1 << 20;
     const int threads = static_cast<qint64>(width) * height < kPixelsWorthThreads ? 1 : komp_num_threads;
     const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
         // Plain bytes, in one piece per thread where rows have no gaps.
-        const int rowsEach = qMax(1, (height - 1) / threads + 1);
+        const int rowsEach = height > 0 ? (height - 1) / threads + 1 : 1; // negative: nothing to copy
 #pragma omp parallel for schedule(static) num_threads(threads)
         for (int row = 0; row < height; row += rowsEach)
             primitives::CopyBytes(getData(x, y + row), bytesPerLine(), target.getData(targetX, targetY + row),

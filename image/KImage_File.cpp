@@ -119,8 +119,8 @@ int FormatIndex(const QString &formatName)
     return gflGetFormatIndexByName(formatName.toLocal8Bit().constData());
 }
 
-/// The steps of every write. Doesn't access the pixels of @p image; @p save(path, params) writes the file and returns
-/// the layer's error.
+/// Runs the steps common to all writes. Doesn't access the pixels of @p image; @p save(path, params) writes the file
+/// and returns the layer's error.
 template <typename Save>
 void WriteBy(KImage &image, const QString &fileName, const KImage::FileForm &form, const QString &metadataSource,
              const KImage::EditRecord &record, Save save)

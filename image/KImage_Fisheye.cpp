@@ -44,7 +44,7 @@ const std::vector<Ray> &RayTable()
     return table;
 }
 
-/// A plane of 360 columns, one per ray, and one row per step outwards from the middle, with a margin on all sides.
+/// A plane of 360 columns, one per ray, and one row per step outward from the middle, with a margin on all sides.
 class PolarPlane {
 public:
     explicit PolarPlane(int rows)
@@ -144,7 +144,7 @@ template <typename T> void SampleRays(const PixelSampler<T> &sampler, const Pola
     }
 }
 
-/// The denoised frame in polar form, and the response to edges where it gets darker outwards.
+/// The denoised frame in polar form, and the response to edges where it gets darker outward.
 struct PolarFrame {
     explicit PolarFrame(const KImage &image) : grid(image), codes(grid.rows), edges(grid.rows)
     {

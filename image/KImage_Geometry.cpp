@@ -67,7 +67,7 @@ template <typename T> void ResizeInto(const KImage &source, KImage &target)
 // --- Automatic crop ---
 
 /// Bounds of the valid area: the first and last valid position of each row and of each column, searched only up to the
-/// middle. Without one, the first is the middle and the last the position before it.
+/// middle. If there is none, the first is the middle and the last is the position before it.
 struct Outline {
     std::vector<int> leftOf, rightOf, topOf, bottomOf;
 };
@@ -90,7 +90,7 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
 }
 
 /// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
-/// and keeps the columns still open, since going by columns would fetch one cache line per pixel.
+/// and keeps the columns still open, because going by columns would fetch one cache line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());
@@ -126,7 +126,7 @@ struct Span {
 };
 
 /// Returns the innermost end of all lines. Lines close to the outer sides count less: at distance d from them a line
-/// can move an end inwards by at most reach(d), because the other pair of sides may cut off the corners instead.
+/// can move an end inward by at most reach(d), because the other pair of sides may cut off the corners instead.
 ///
 /// @param firstOf, lastOf  The ends of each line.
 /// @param size             Length of a line.

@@ -171,7 +171,7 @@ bool AllFinite(std::initializer_list<float> values)
 
 // --- Discs ---
 
-/// Blends a pixel's channels towards a color of 0 to 1, gray by its luma.
+/// Blends a pixel's channels toward a color of 0 to 1, gray by its luma.
 template <typename T> void PaintPixel(unsigned char *pixel, int channels, const float rgba[4], float share)
 {
     const float luma = 0.299f * rgba[0] + 0.587f * rgba[1] + 0.114f * rgba[2];

@@ -26,7 +26,7 @@ quint8 *CopyOfBytes(const void *bytes, quint32 length)
     return copy;
 }
 
-/// For records that consist only of bytes and their length.
+/// Copies a record that consists only of bytes and their length.
 template <typename Record> Record *CopyOfBlock(const Record *source, void (*release)(Record *))
 {
     auto *copy = NewCleared<Record>();

@@ -6,7 +6,7 @@
 #include <QDomElement>
 
 /// Owns deep copies of the four blocks, in the image-file layer's memory; each is null when absent, and setting one
-/// doesn't affect the others. A block for which memory is short is absent; an EXIF list keeps the values copied so far.
+/// doesn't affect the others. If memory is short, a block is absent and an EXIF list keeps the values copied so far.
 /// Write on one thread, then read on any.
 class KMetaData {
 public:
@@ -15,19 +15,20 @@ public:
     KMetaData &operator=(const KMetaData &other);
     ~KMetaData();
 
-    // The blocks, owned by this object and valid until the next set.
+    // The blocks, owned by this object and valid until the next Set call.
     GFL_ICCPROFILE_DATA *IccProfile() const { return m_iccProfile; }
     GFL_IPTC_DATA *Iptc() const { return m_iptc; }
     GFL_EXIF_DATAEX *Exifex() const { return m_exifData; }
     GFL_XMP_DATA *Xmp() const { return m_xmp; }
 
-    // Replace a block by a copy of @p data, which the caller keeps and which may be the current block; null removes it.
+    // Replace a block with a copy of @p data, which the caller keeps and which may be the current block; null removes
+    // it.
     void SetIccProfile(GFL_ICCPROFILE_DATA *data);
     void SetIptc(GFL_IPTC_DATA *data);
     void SetExifex(GFL_EXIF_DATAEX *data);
     void SetXmp(GFL_XMP_DATA *data);
 
-    /// Returns the root element of the XMP packet, names as written; null without XMP and for bytes that are not XML.
+    /// Returns the root element of the XMP packet, with names as written; null if there is no XMP or it is not XML.
     QDomElement DomXmp() const;
 
     /// Copies a text to the image-file layer's memory; null for null, or if memory is short.

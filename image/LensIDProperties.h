@@ -8,8 +8,8 @@
 
 #include <atomic>
 
-/// Rows come from "Data:lensid.txt", which documents its format. The table is read once and never changes afterwards:
-/// any thread may look up.
+/// The table in "Data:lensid.txt", which documents its format. It is read once and never changes afterward, so lookups
+/// are thread-safe.
 class LensIDProperties : public QObject {
 public:
     struct LensDefinition {
@@ -24,19 +24,19 @@ public:
     /// Copies the current table of @p other.
     LensIDProperties(const LensIDProperties &other);
 
-    /// Reads the table; call it before the first look-up. A file that can't be opened leaves it empty.
+    /// Reads the table; call it before the first lookup. A file that can't be opened leaves it empty.
     void Initialize();
 
     /// Returns the rows, in the table's order, whose brand occurs in @p make and whose identifier contains @p lensId,
     /// ignoring case. An empty @p lensId gives all lenses of the brand.
     QVector<LensDefinition> findLenses(QString make, QString lensId);
-    /// Returns their long names.
+    /// Returns the long names of these rows.
     QStringList findLensList(QString make, QString lensId);
     /// Returns the type of the only matching row; -1 if none or several match.
     int isFisheyLens(QString make, QString lensId);
 
 private:
     std::atomic<bool> m_initialized{false};
-    QMutex m_mutex; // guards the reading
+    QMutex m_mutex; // guards reading the table
     QVector<LensDefinition> m_lenses;
 };

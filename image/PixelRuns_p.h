@@ -20,7 +20,7 @@ inline bool IsAligned(const KImage &image, const void *pixel)
     return reinterpret_cast<quintptr>(pixel) % static_cast<quintptr>(bytesPerComponent) == 0;
 }
 
-/// Returns the same for all rows.
+/// Returns whether this holds for all rows.
 inline bool HasAlignedRows(const KImage &image)
 {
     return IsAligned(image, image.getData(0, 0)) && IsAligned(image, image.getData(0, 1));

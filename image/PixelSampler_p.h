@@ -20,7 +20,7 @@ template <typename T> void StoreComponent(unsigned char *at, float value)
     std::memcpy(at, &stored, sizeof(T));
 }
 
-/// The value of 1.0 in a depth.
+/// The code of 1.0 at a depth.
 template <typename T>
 constexpr float kFullValue = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 

@@ -54,7 +54,7 @@ const Row *RowAt(std::int32_t index)
     return index >= 0 && index < static_cast<std::int32_t>(std::size(kRows)) ? &kRows[index] : nullptr;
 }
 
-// Returns "tiff, jpeg".
+// Returns the names of all formats: "tiff, jpeg" and so on.
 std::string KnownFormats()
 {
     std::string names;

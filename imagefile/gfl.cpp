@@ -142,7 +142,7 @@ bool ProfileFits(const std::vector<std::uint8_t> &icc, const GFL_BITMAP &bitmap)
 {
     constexpr std::size_t kAt = 16, kLength = 4;
     if (icc.size() < kAt + kLength)
-        return true; // nothing is known about it
+        return true; // of unknown color space
     const std::string space(icc.begin() + kAt, icc.begin() + kAt + kLength);
     if (bitmap.Type == GFL_GREY)
         return space != "RGB " && space != "CMYK" && space != "Lab ";
@@ -183,7 +183,7 @@ Status CheckSave(const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_
     return rows ? CheckShape(bitmap) : CheckBitmap(bitmap);
 }
 
-/// @p rows makes the pixels; null if the bitmap has them.
+/// @p rows generates the pixels; null if the bitmap has them.
 Status Save(const char *path, const GFL_BITMAP &bitmap, const RowMaker *rows, const GFL_SAVE_PARAMS &params)
 {
     if (Status status = CheckSave(bitmap, rows, params); !status)

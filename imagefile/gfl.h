@@ -4,7 +4,7 @@
 //  - Paths and texts are UTF-8. Null pointers give GFL_ERROR_BAD_PARAMETERS, or the neutral result if no error number
 //    is returned; freeing null does nothing.
 //  - Functions that can fail return a GflError number, and gflLastErrorText() then explains it. No exception leaves the
-//    layer, whatever its type; a lack of memory anywhere gives GFL_ERROR_NO_MEMORY.
+//    layer, whatever its type; running out of memory gives GFL_ERROR_NO_MEMORY.
 //  - Bitmaps and blocks come from the allocator given to gflLibraryInitEx; release them with their gflFree* function.
 //  - A failed load leaves its outputs empty: null pointers, zeroed records.
 #pragma once
@@ -64,7 +64,7 @@ GFL_API std::int32_t gflGetFormatIndexByName(const char *name);
 /// Returns the name of the format at an index; indexes start at 0 and have no gaps. Null after the last one.
 GFL_API const char *gflGetFormatNameByIndex(std::int32_t index);
 
-/// Returns whether the layer reads files with this suffix, given with its dot, in any case.
+/// Returns whether the layer reads files with this suffix, given with its dot; ignores case.
 GFL_API bool gflHasGoodExtension(const char *suffix);
 
 // ---- Reading ----
@@ -96,9 +96,9 @@ GFL_API bool gflAcceptsPendingRows();
 /// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Any thread.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
-/// Reads the picture reduced to fit into a box of @p width by @p height pixels, sides in proportion, never enlarged; a
-/// box of 0 by 0 means 256 by 256. Decodes no more than necessary. Otherwise like gflLoadBitmapUTF8; @p info gives the
-/// size of the file's picture, not of the thumbnail.
+/// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions, never
+/// enlarged; a box of 0 by 0 means 256 by 256. Decodes no more than necessary. Otherwise like gflLoadBitmapUTF8; @p
+/// info gives the size of the file's picture, not of the thumbnail.
 GFL_API int gflLoadThumbnailUTF8(const char *path, int width, int height, GFL_BITMAP **bitmap,
                                  const GFL_LOAD_PARAMS *params, GFL_FILE_INFORMATION *info);
 
@@ -119,10 +119,11 @@ GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
-/// GFL_SAVE_ICC_PROFILE, unless that is for another color space than the pixels'. Radiance files are written without
-/// metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left out with a
-/// warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is written next to
-/// the target and renamed when complete: a failed save leaves an existing file unchanged. Follows symbolic links.
+/// GFL_SAVE_ICC_PROFILE, unless the profile is for a color space other than that of the pixels. Radiance files are
+/// written without metadata; OpenEXR files keep what their header has attributes for. What a format can't store is left
+/// out with a warning (gflLastWarningText). Depth and alpha are converted to what the format supports. The file is
+/// written next to the target and renamed when complete: a failed save leaves an existing file unchanged. Follows
+/// symbolic links.
 GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const GFL_SAVE_PARAMS *params);
 
 /// Fills @p data with rows @p firstRow to @p firstRow + @p rows - 1 of a picture, each @p bytesPerLine bytes after the
@@ -130,11 +131,11 @@ GFL_API int gflSaveBitmapUTF8(const char *path, const GFL_BITMAP *bitmap, const 
 typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine,
                                  void *userData);
 
-/// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives
-/// its size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the
-/// calling thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
-/// once request GFL_FAST_ROWS rows each, in about this order. Only for "tiff", "jpeg", "png" and "exr"; other formats
-/// give GFL_ERROR_BAD_PARAMETERS.
+/// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
+/// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
+/// thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at once
+/// request GFL_FAST_ROWS rows each, roughly in this order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
+/// GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
 
@@ -166,8 +167,8 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 /// Copies ICC profile, IPTC and EXIF if @p source has them; other blocks of @p target stay. XMP is not copied:
 /// see gflBitmapMarkEdited.
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Gives @p target, the edited picture of @p source, all XMP of @p source with @p items set, and makes its metadata
-/// true of the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
+/// Copies all XMP of @p source to @p target, the picture edited from it, sets @p items in it, and updates its metadata
+/// to match the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
 ///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF, unless that is damaged,
 ///    which is left out.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
@@ -177,9 +178,9 @@ GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// prefix gives GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflBitmapMarkEdited(GFL_BITMAP *target, const GFL_BITMAP *source, const GFL_XMP_ITEM *items,
                                 std::uint32_t count);
-/// Replaces the profile of @p target by that of @p source, or by none.
+/// Replaces the profile of @p target with that of @p source, or with none.
 GFL_API int gflBitmapCopyICCProfile(const GFL_BITMAP *source, GFL_BITMAP *target);
-/// Replaces the block of @p target by a copy of @p data; null removes it.
+/// Replaces the block of @p target with a copy of @p data; null removes it.
 GFL_API int gflBitmapSetIPTC(GFL_BITMAP *target, const GFL_IPTC_DATA *data);
 GFL_API int gflBitmapSetEXIF2(GFL_BITMAP *target, const GFL_EXIF_DATAEX *data);
 
@@ -205,7 +206,7 @@ GFL_API int gflLoadMetadataListUTF8(const char *path, GFL_METADATA_LIST **list);
 /// to 1, one curve after the other.
 /// @param points  At least 2. Tables of profiles have up to 4,096.
 /// @param light   Room for 3 * @p points values; those of existing curves are filled.
-/// @return 3, or 1 for gray; 0 if the bytes are not such a profile, or if it only has look-up tables.
+/// @return 3, or 1 for gray; 0 if the bytes are not such a profile, or if it only has lookup tables.
 GFL_API int gflToneCurves(const void *profile, std::uint32_t bytes, int points, double *light);
 
 GFL_API void gflFreeICCProfile(GFL_ICCPROFILE_DATA *data);

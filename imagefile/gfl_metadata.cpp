@@ -24,7 +24,7 @@ bool HasExif(const Metadata &metadata)
     return std::any_of(metadata.exif.begin(), metadata.exif.end(), IsCarried);
 }
 
-// For the two records that consist of bytes and their length.
+// Returns one of the two records that consist of bytes and their length.
 template <class Block> Block *BytesBlock(const Bytes &bytes, void (*freeBlock)(Block *))
 {
     if (bytes.empty())
@@ -100,7 +100,7 @@ template <class Block> void FreeBytes(Block *block)
     Release(block);
 }
 
-// For the two records that are lists of names and values.
+// Frees one of the two records that are lists of names and values.
 template <class Block> void FreeItems(Block *block)
 {
     for (std::uint32_t i = 0; block && i < block->NumberOfItems; ++i) {

@@ -169,7 +169,7 @@ static_assert(sizeof(GFL_XMP_DATA) == 16 && offsetof(GFL_XMP_DATA, Length) == 8,
 constexpr std::uint32_t GFL_IPTC_HEXADECIMAL = 0x80000000;
 
 struct GFL_IPTC_ENTRY {
-    std::uint32_t Id; // record << 8 | data set, and perhaps GFL_IPTC_HEXADECIMAL
+    std::uint32_t Id; // record << 8 | data set, possibly with GFL_IPTC_HEXADECIMAL
     char *Name;       // "Caption"
     char *Value;      // the bytes of the data set
 };
@@ -235,7 +235,7 @@ struct GFL_METADATA_ITEM {
     char *Printed; // as Exiv2 prints it in English: "Nikon AF-S Zoom-Nikkor 24-70mm f/2.8G ED", "F1.8"
 };
 
-/// The metadata of a file, for look-up by key: all EXIF with the values of decoded maker notes, in file order, where a
+/// The metadata of a file, for lookup by key: all EXIF with the values of decoded maker notes, in file order, where a
 /// key may occur twice; then all XMP; then, for camera raw files, LibRaw's fields (imagefile/raw/raw_facts.h), whose
 /// Printed is Raw.
 struct GFL_METADATA_LIST {

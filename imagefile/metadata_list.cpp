@@ -1,13 +1,13 @@
 #include "metadata_list.h"
 
 #include "core/allocator.h"
+#include "core/english_thread.h"
 #include "core/memory_check.h"
 #include "formats.h"
 #include "raw/raw_codec.h"
 #include "raw/raw_facts.h"
 
 #include <algorithm>
-#include <clocale>
 #include <sstream>
 
 namespace imagefile {
@@ -16,25 +16,6 @@ namespace {
 
 // Longer values, such as tables and blocks, are listed by their length.
 constexpr long kMaxListedBytes = 1024;
-
-// Exiv2 translates its output. While an instance exists, this thread's language is English.
-class EnglishThread {
-public:
-    EnglishThread()
-        : m_plain(newlocale(LC_ALL_MASK, "C", nullptr)), m_before(m_plain ? uselocale(m_plain) : nullptr) { }
-    ~EnglishThread()
-    {
-        if (!m_plain)
-            return;
-        uselocale(m_before);
-        freelocale(m_plain);
-    }
-    EnglishThread(const EnglishThread &) = delete;
-    EnglishThread &operator=(const EnglishThread &) = delete;
-
-private:
-    locale_t m_plain, m_before;
-};
 
 struct Item {
     std::string key, raw, printed;

@@ -5,7 +5,8 @@
 
 namespace imagefile {
 
-/// Returns the list described in gfl.h; never null. The caller frees it by gflFreeMetadataList. Throws std::bad_alloc.
+/// Returns the list described in gfl.h; never null. The caller frees it with gflFreeMetadataList. Throws
+/// std::bad_alloc.
 GFL_METADATA_LIST *MetadataList(const Source &source);
 
 } // namespace imagefile

@@ -8,8 +8,8 @@
 /// The order of the virtual functions is a binary contract: don't add or move any.
 class KIPluginOne2One : public KIPluginProcess {
 public:
-    /// Reads the image @p fileName, applies the record and writes a new file, whose path it returns in @p
-    /// outputFileName, set before any pixel is touched. Throws KException.
+    /// Reads the image @p fileName, applies the record and writes a new file. Stores the new file's path in @p
+    /// outputFileName before it touches any pixel. Throws KException.
     virtual void Process(QString fileName, void *parameters, QString &outputFileName) = 0;
     /// Announces the images of a job; each gets a record. In a job with a page, call WizardPage first.
     virtual void SetFiles(QStringList files) = 0;

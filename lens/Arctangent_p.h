@@ -1,4 +1,4 @@
-// The arctangent of the fisheye model. Loops that call it vectorize, and the result doesn't depend on the C library.
+// The arctangent of the fisheye model. Unlike std::atan it vectorizes, and its result doesn't depend on the C library.
 #pragma once
 
 /// Returns the angle in radians whose tangent is @p r >= 0, within 1e-9 before rounding; NaN for NaN.

@@ -8,10 +8,10 @@
 
 /// Radial map from one position to another. With d = position - center and r = |d|, both in pixels,
 ///
-///     place.x = center.x + factor(r) dx + (2 dx^2 + r^2) tangential2 + 2 dx dy tangential1
-///     place.y = center.y + factor(r) dy + (2 dy^2 + r^2) tangential1 + 2 dx dy tangential2
+///     result.x = center.x + factor(r) dx + (2 dx^2 + r^2) tangential2 + 2 dx dy tangential1
+///     result.y = center.y + factor(r) dy + (2 dy^2 + r^2) tangential1 + 2 dx dy tangential2
 ///
-/// Beyond endRadius the map folds back or ends: such positions have no place and stay empty.
+/// Beyond endRadius the map folds back or ends: positions there have no result, and their pixels stay empty.
 struct RadialMap {
     double centerX = 0.0, centerY = 0.0;         // position (0, 0) is the center of the top left pixel
     RadialCurve factor;                          // includes the model's scale factor
@@ -19,8 +19,8 @@ struct RadialMap {
     double endRadius = std::numeric_limits<double>::infinity();
 };
 
-/// Gain in linear light, a factor from 1 to 16, by the distance of a place from the center. The place is the source
-/// position of the geometric step (green's).
+/// Gain in linear light, a factor from 1 to 16, by the distance of the sampling position from the center. The sampling
+/// position is the result of the geometric step (green's).
 struct GainMap {
     double centerX = 0.0, centerY = 0.0;
     RadialCurve gain;
@@ -34,10 +34,10 @@ struct GainMap {
 ///     red is sampled at red(g), blue at blue(g), or at g; green at g
 ///     gain(g) multiplies all three, in linear light
 ///
-/// A color whose place has no neighbors, or that lies outside [-0.5 - 1/256, side - 0.5 + 1/256], makes the pixel
-/// empty. The curves include the requested strength and the projection of fisheyes.
+/// A channel whose sampling position has no neighbors, or lies outside [-0.5 - 1/256, side - 0.5 + 1/256], makes the
+/// pixel empty. The curves include the requested strength and the projection of fisheyes.
 struct Correction {
-    int width = 0, height = 0; // of the source and of the result, in stored pixels
+    int width = 0, height = 0; // of source and result, as stored
     double zoom = 1.0;         // above 1 enlarges
     std::optional<RadialMap> geometry, red, blue;
     std::optional<GainMap> light;

@@ -1,40 +1,41 @@
-// The definition of what a fitted correction does to positions, in double.
+// Reference implementation of the positions of a fitted correction, in double precision.
 #pragma once
 
 #include "Correction.h"
 
-/// The source positions of an output pixel, in pixels of the source.
+/// The sampling positions of an output pixel, in pixels of the source.
 struct SourcePlaces {
     struct Point {
         double x, y;
     };
     Point red, green, blue;
     double gain = 1.0;
-    bool folded = false; ///< A map ends before the pixel: the places are invalid.
+    bool folded = false; ///< A map ends before the pixel: the positions are invalid.
     /// Distance to the nearest end of a map or of its table, in pixels of the map's input; negative beyond the end. Up
-    /// to the end, places are smooth functions of the pixel.
+    /// to the end, positions are smooth functions of the pixel.
     double toEnd = std::numeric_limits<double>::infinity();
 };
 
-/// Evaluates a correction pixel by pixel; the plain twin of FittedWarp. Any thread may call const functions.
+/// Evaluates a correction pixel by pixel: the plain twin of FittedWarp. Any thread may call const functions.
 class CorrectionTwin {
 public:
     explicit CorrectionTwin(const Correction &correction);
 
-    /// How far outside the picture a place may lie, in pixels from the centers of the outermost pixels, which extend
-    /// half a pixel.
+    /// Maximum distance of a sampling position beyond the centers of the outermost pixels, in pixels: half a pixel to
+    /// the picture's edge, and 1/256 for rounding.
     static constexpr double kBorderPixels = 0.5 + 1.0 / 256.0;
 
     const Correction &Maps() const { return m_correction; }
-    /// Whether red or blue has a place other than green's.
+    /// Returns whether red or blue is sampled at another position than green.
     bool SplitsColors() const { return m_correction.red || m_correction.blue; }
 
-    /// Returns the places of the output pixel at (@p x, @p y), which may be anywhere, also between pixels.
+    /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.
     SourcePlaces At(double x, double y) const;
-    /// Whether the pixel with these places stays empty: one is outside the picture, or a map is folded.
+    /// Returns whether the pixel with these sampling positions stays empty: one is outside the picture, or a map is
+    /// folded.
     bool IsEmpty(const SourcePlaces &places) const;
-    /// Whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase outward up
-    /// to their ends, so if any pixel is empty, so is one at an edge.
+    /// Returns whether any pixel of the result stays empty. Checks only the edges: maps are continuous and increase
+    /// outward up to their ends, so if any pixel is empty, so is one at an edge.
     bool LeavesEmpty() const;
 
 private:

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kLargestSide = 8;
-constexpr int kBlockPixels = 64;          // readers load whole blocks, past the last pixel
+constexpr int kBlockPixels = 64;          // whole blocks are read, past the last pixel
 constexpr double kPlaceTolerance = 0.003; // pixels
 constexpr double kGainTolerance = 5e-5;
 
@@ -23,7 +23,8 @@ Values ValuesOf(const SourcePlaces &places, double x, double y)
             places.blue.x - x,  places.blue.y - y};
 }
 
-/// Whether a cell may contain a step or a bend because a map ends nearby. Maps stretch by less than a factor of 4.
+/// Returns whether a cell may contain a step or a bend because a map ends nearby. Maps stretch by less than a factor of
+/// 4.
 bool IsNearEnd(const SourcePlaces &places, int side)
 {
     return !(places.toEnd > 4.0 * side);

@@ -1,4 +1,4 @@
-// Positions of a fitted correction, row by row: exact at the corners of cells, interpolated between them.
+// Sampling positions of a fitted correction, row by row: exact at the corners of cells, interpolated between them.
 #pragma once
 
 #include "CorrectionTwin.h"
@@ -14,8 +14,8 @@ int CellSide(const CorrectionTwin &twin);
 /// output pixel, so that large pictures lose no precision. One thread at a time.
 class FittedPlaces {
 public:
-    /// The planes of values. Those of red and blue exist only if these colors have separate places, that of the gain's
-    /// root only if light is computed by a formula.
+    /// The planes of values. Red and blue have planes only if they are sampled at separate positions, the gain's root
+    /// only if light is computed by a formula.
     enum Plane { kGain, kGainRoot, kGreenX, kGreenY, kRedX, kRedY, kBlueX, kBlueY, kPlanes };
 
     /// Maximum distance of a position from its pixel along each axis, in pixels.
@@ -30,21 +30,21 @@ public:
     /// Number of meaningless but readable values after each row.
     static constexpr int kPadding = 16;
 
-    /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable; null: there are no roots.
+    /// @p twin and @p roots must outlive the object. @p roots: TransferCurve::RootTable, or null for no plane of roots.
     FittedPlaces(const CorrectionTwin &twin, int cellSide, const TransferCurve::Table *roots);
 
     int CellSidePixels() const { return m_side; }
     int Planes() const { return m_planes; }
     bool HasRoots() const { return m_roots; }
     float RootOf(double gain) const { return m_roots ? m_roots->At(static_cast<float>(gain)) : 1.0F; }
-    /// Computes the corners of the cells that contain rows [firstRow, firstRow + rows) of the result. Cheapest if calls
-    /// proceed down the picture.
+    /// Computes the corners of the cells that contain rows [firstRow, firstRow + rows) of the result. Cheapest if
+    /// successive calls go down the picture.
     void Hold(int firstRow, int rows);
     /// Returns the values of plane @p plane at the upper corners of the cells that contain row @p y; the lower corners
     /// are those of row @p y + side. From any pixel's cell on, at least 64 / side + 1 values can be read.
     const float *Corners(int plane, int y) const { return At(y).values.data() + plane * m_stride; }
-    /// Whether cells [first, end) of row @p y have a corner near the end of a map, so that positions inside them must
-    /// come from the twin.
+    /// Returns whether cells [first, end) of row @p y have a corner near the end of a map, so that positions inside
+    /// them must come from the twin.
     bool IsRough(int y, int first, int end) const;
 
 private:

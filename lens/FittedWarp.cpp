@@ -9,9 +9,8 @@
 
 namespace {
 
-// One struct per instruction set; code inlined into its function is compiled for that set. Floats is as wide as the
-// vectors that the compiler makes of loops, because a load that spans two stores is slow. Taps belong to one row of a
-// kernel.
+// One struct per instruction set; code inlined into its function is compiled for that set. Floats has the width of the
+// compiler's vectorized loops, because a load that spans two stores is slow. Taps belong to one row of a kernel.
 
 struct Baseline {
     using Floats = float __attribute__((vector_size(16)));
@@ -20,8 +19,10 @@ struct Baseline {
     using Shorts = std::int16_t __attribute__((vector_size(16)));
 #if VITRELUX_FITTED_VECTORS
     using Codes = CodesBySse2;
+    using Together = TogetherBySse2;
 #else
-    using Codes = CodesPlainly;
+    using Codes = CodesPlainly<1>;
+    using Together = CodesPlainly<kTogether>;
 #endif
     template <typename Kind> static bool Rows(const FittedWarp::Band &band)
     {
@@ -37,6 +38,7 @@ struct Avx2 {
     using Bilinear = PixelByPixel;
     using Shorts = std::int16_t __attribute__((vector_size(32)));
     using Codes = CodesByAvx2;
+    using Together = TogetherByAvx2;
     template <typename Kind> [[gnu::target("avx2")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
@@ -49,6 +51,7 @@ struct Avx512 {
     using Bilinear = FourByAvx512;
     using Shorts = Avx2::Shorts;
     using Codes = CodesByAvx2;
+    using Together = TogetherByAvx2;
     template <typename Kind> [[gnu::target("arch=x86-64-v4")]] static bool Rows(const FittedWarp::Band &band)
     {
         return RenderRows<Kind>(band);
@@ -89,7 +92,8 @@ FittedWarp::FittedWarp(const Correction &correction, Sampling sampling, const Tr
       m_light(correction.light ? light : TransferCurve::Linear()),
       m_source(source),
       m_cellSide(CellSide(m_twin)),
-      m_leavesEmpty(m_twin.LeavesEmpty())
+      m_leavesEmpty(m_twin.LeavesEmpty()),
+      m_idleMemory(std::make_shared<IdleMemory>())
 {
 }
 
@@ -110,7 +114,7 @@ FittedWarp::RowRange FittedWarp::RowsFor(int firstRow, int rows) const
             }
         }
     }
-    constexpr int kReach = 3; // neighbors on either side of a place
+    constexpr int kReach = 3; // neighbors on either side of a sampling position
     const int margin = kReach + 2 + static_cast<int>(greatest - least) / 32;
     return {std::max(0, static_cast<int>(least) - margin),
             std::min(maps.height, static_cast<int>(greatest) + 1 + margin)};
@@ -132,6 +136,7 @@ bool FittedWarp::Render(const KImage &window, int windowRow, KImage &rows, int f
     FittedPlaces places(m_twin, m_cellSide, m_source.isFloat ? nullptr : m_light.RootTable());
     const Band band = {m_twin,
                        places,
+                       *m_idleMemory,
                        m_light,
                        m_source,
                        m_leavesEmpty,

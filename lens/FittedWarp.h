@@ -5,16 +5,18 @@
 #include "FloatWarp.h"
 #include "TransferCurve.h"
 
+#include <memory>
+
 class KImage;
 
 /// Renderer of a Correction. CorrectionTwin defines the positions; those used here are within 0.005 pixels of them,
-/// plus the rounding of the sampling tables. Results are the same to the bit on every processor.
+/// plus the rounding of the sampling tables. Results are bit-identical on every processor.
 ///
 /// Neighbors outside the picture repeat its edge. Pixels that the correction leaves empty become transparent black; all
 /// others are opaque or get the source's alpha.
 ///
-/// The object stores no pixels. Render may run on several threads for different rows; it allocates working memory and
-/// may throw std::bad_alloc, nothing else.
+/// Render may run on several threads for different rows. Each running call needs about 1 MB of working memory, which
+/// the object keeps for later calls. It may throw std::bad_alloc, nothing else.
 class FittedWarp {
 public:
     enum class Sampling { Bilinear, Sharp };
@@ -26,30 +28,33 @@ public:
     using Instructions = FloatWarp::Instructions;
     using RowRange = FloatWarp::RowRange;
 
-    /// @param light  converts stored values to light, which the gain multiplies. Linear: it multiplies stored values.
+    /// @param light  converts stored values to light, which the gain multiplies.
     FittedWarp(const Correction &correction, Sampling sampling, const TransferCurve &light, Source source);
 
-    /// Whether any pixel of the result is empty, so that the result needs alpha.
+    /// Returns whether any pixel of the result is empty, so that the result needs alpha.
     bool LeavesEmpty() const { return m_leavesEmpty; }
 
     /// Returns the source rows that a band of @p rows rows from @p firstRow on needs, estimated from the positions in
     /// its first and last row. The estimate is too small only where a map isn't monotonic.
     RowRange RowsFor(int firstRow, int rows) const;
 
-    /// Returns whether Render also takes rows of @p picture, RGB of 8 or 16 bits, unconverted: the result is the same.
+    /// Returns whether Render also accepts the unconverted rows of @p picture, RGB at 8 or 16 bits, with the same
+    /// result.
     bool ReadsStored(const KImage &picture) const;
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param window  Rows of the source from @p windowRow on, as wide as the correction; float RGBA
-    /// (FloatWarp::Serves), or as stored if ReadsStored.
+    ///                (FloatWarp::Serves), or as stored if ReadsStored.
     /// @param rows    Float RGBA of the same width; must not be the window.
     /// @return false if other rows of the source are needed; @p rows then has undefined content.
     [[nodiscard]] bool Render(const KImage &window, int windowRow, KImage &rows, int firstRow,
                               Instructions instructions = FloatWarp::BestInstructions()) const;
 
-    /// Arguments of one call of Render, as the loops need them.
+    /// Arguments of one call to Render, in the form that the loops need.
     struct Band;
+    /// Working memory that no call is using.
+    class IdleMemory;
 
 private:
     CorrectionTwin m_twin;
@@ -58,4 +63,5 @@ private:
     Source m_source;
     int m_cellSide;
     bool m_leavesEmpty;
+    std::shared_ptr<IdleMemory> m_idleMemory;
 };

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Prefetches source rows for the next rows of the result: the processor doesn't predict curved lines.
+/// Prefetches source rows for the next rows of the result: the hardware prefetcher doesn't follow curved lines.
 VITRELUX_INLINE void Prefetch(const FittedWarp::Band &band, const Neighbors &at, int count)
 {
     constexpr int kLinePixels = 4, kRowsAhead = 3;
@@ -25,13 +25,14 @@ constexpr int kUnitRows = 64;
 /// Renders the band with @p Kind, kUnitRows rows at a time. Returns false if a row isn't in memory.
 template <typename Kind> VITRELUX_INLINE bool RenderRows(const FittedWarp::Band &band)
 {
-    const auto scratch = std::make_unique<typename Kind::Scratch>();
+    auto scratch = band.idleMemory.Take<typename Kind::Scratch>();
     for (int row = 0; row < band.rows; row += kUnitRows) {
         const int rows = std::min(kUnitRows, band.rows - row);
         band.places.Hold(band.firstRow + row, rows);
         if (!Kind::Render(band, row, rows, scratch.get()))
             return false;
     }
+    band.idleMemory.Keep(std::move(scratch));
     return true;
 }
 
@@ -44,7 +45,7 @@ VITRELUX_INLINE Block BlockAt(const FittedWarp::Band &band, int x, int row)
 
 /// Bilinear sampling, block by block.
 template <typename Set, bool kAlpha, bool kSplit> struct BilinearBlocks {
-    struct Scratch { };
+    struct Scratch : FittedWarp::IdleMemory::Piece { };
 
     /// Returns false if a row isn't in memory.
     VITRELUX_INLINE static bool Sample(const FittedWarp::Band &band, const Block &block, const BlockPlaces &places,

@@ -17,7 +17,7 @@ template <typename Floats> VITRELUX_INLINE Floats Limited(Floats value)
 }
 
 #if VITRELUX_FITTED_VECTORS
-/// Same, with the two instructions that compilers fail to choose.
+/// Same, with two instructions that compilers don't choose.
 template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 {
     return _mm_min_ps(_mm_max_ps(value, _mm_setzero_ps()), _mm_set1_ps(1.0F));
@@ -28,7 +28,7 @@ template <> VITRELUX_INLINE Float4 Limited(Float4 value)
 VITRELUX_INLINE Float4 Through(const TransferCurve::Table *const (&tables)[3], Float4 value)
 {
     using Int4 = std::int32_t __attribute__((vector_size(16)));
-    const TransferCurve::Table &shape = *tables[0]; // the same for all
+    const TransferCurve::Table &shape = *tables[0]; // shared by all
     const Float4 least = Same(shape.least), greatest = Same(shape.greatest);
     Float4 held = value > least ? value : least;
     held = held < greatest ? held : greatest;
@@ -110,8 +110,8 @@ template <typename Floats> struct FormulaLight {
         toe = ForPixels(zero + static_cast<float>(formula.toe), noToe, LanesOf<Floats>());
     }
 
-    /// Returns a vector's pixels, multiplied and clamped. Sets @p simple to false if a gain moves a value past the toe,
-    /// which requires a power.
+    /// Returns a vector's pixels, multiplied and clamped. Sets @p simple to false if a gain lifts a value out of the
+    /// linear toe, which requires a power.
     VITRELUX_INLINE Floats Grown(Floats stored, const float *gain, const float *root, bool *simple) const
     {
         const Floats onLine = stored * ForPixels<Floats>(gain, 1.0F);

@@ -1,4 +1,4 @@
-// Blocks of pixels and their places, for FittedWarp.
+// Blocks of pixels and their sampling positions, for FittedWarp.
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Vectors are the compiler's vector types, which it maps to
@@ -6,7 +6,7 @@
 #pragma once
 
 #include "FittedPlaces.h"
-#include "FittedWarp.h"
+#include "FittedWarpMemory_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,14 +24,15 @@
 #define VITRELUX_INLINE [[gnu::always_inline]] inline
 #define VITRELUX_INLINED __attribute__((always_inline)) // for lambdas
 
-/// Arguments of one call of Render, as the loops need them. Rows are counted from the picture's first row.
+/// Arguments of one call to Render, in the form that the loops need. Rows are counted from the picture's first row.
 struct FittedWarp::Band {
     const CorrectionTwin &twin;
     FittedPlaces &places;
+    IdleMemory &idleMemory;
     const TransferCurve &light;
     Source form;
     bool mayBeEmpty;
-    const unsigned char *source; // where the picture's first pixel would be if it were in memory
+    const unsigned char *source; // address of the picture's first pixel, as if it were in memory
     std::int64_t sourceStride;   // bytes
     int pixelBytes;              // of the source
     int heldFirst, heldEnd;      // rows in memory
@@ -60,7 +61,7 @@ struct Block {
     unsigned char *target;
 };
 
-/// Positions relative to their pixel of the block, at most FittedPlaces::kFar.
+/// Positions relative to their pixel in the block, at most FittedPlaces::kFar.
 struct Places {
     alignas(64) float x[kBlockPixels];
     alignas(64) float y[kBlockPixels];
@@ -144,7 +145,7 @@ VITRELUX_INLINE void FindSmoothly(const FittedPlaces &cells, const Block &block,
     }
 }
 
-/// Gets each pixel's places from the twin. Where a map folds, they are far away.
+/// Gets each pixel's positions from the twin. Where a map folds, they are far away.
 inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, const Block &block, BlockPlaces *places)
 {
     for (int i = 0; i < kBlockPixels; ++i) {
@@ -160,7 +161,7 @@ inline void FindExactly(const CorrectionTwin &twin, const FittedPlaces &cells, c
     }
 }
 
-/// Finds the places of a block. @p Floats is a full-width vector of the instruction set.
+/// Finds the sampling positions of a block. @p Floats is a full-width vector of the instruction set.
 template <typename Floats>
 VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block, BlockPlaces *places)
 {
@@ -180,14 +181,15 @@ VITRELUX_INLINE void FindPlaces(const FittedWarp::Band &band, const Block &block
     }
 }
 
-/// Places as the pixel above and to the left, and the weights of the next column and row.
+/// Sampling positions as the pixel above and to the left, and the weights of the next column and row.
 struct Neighbors {
     alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels];
     alignas(64) float fx[kBlockPixels], fy[kBlockPixels];
     alignas(64) std::int64_t corner[kBlockPixels]; // byte offset from the picture's first pixel, set by FindCorners
 };
 
-/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline can round.
+/// Rounds down; |value| <= 2^30. @p Floats implies the instruction set: all but the baseline have an instruction for
+/// it.
 template <typename Floats> VITRELUX_INLINE std::int32_t Floor(float value)
 {
     if constexpr (sizeof(Floats) > sizeof(Float4))
@@ -208,10 +210,10 @@ VITRELUX_INLINE void FindNeighbors(const Block &block, const Places &places, Nei
     }
 }
 
-/// Neighbors of a block's places; only green's unless colors are split.
+/// Neighbors of a block's sampling positions; only green's unless colors are split.
 using ColorNeighbors = Neighbors[kColors];
 
-/// Returns whether all four pixels of the first @p count places of each color are in memory.
+/// Returns whether the four neighbors of the first @p count positions of each color are in memory.
 template <bool kSplit> VITRELUX_INLINE bool AllHeld(const FittedWarp::Band &band, const ColorNeighbors &at, int count)
 {
     const int right = band.width - 2, top = band.heldFirst, bottom = band.heldEnd - 2;
@@ -236,7 +238,7 @@ VITRELUX_INLINE void FindCorners(const FittedWarp::Band &band, Neighbors *neighb
     }
 }
 
-/// Returns whether the place between pixel @p whole and the next is outside a side of @p length pixels.
+/// Returns whether a position between pixel @p whole and the next is outside a side of @p length pixels.
 VITRELUX_INLINE bool IsOutside(std::int32_t whole, float rest, int length)
 {
     constexpr auto kBorder = static_cast<float>(CorrectionTwin::kBorderPixels);

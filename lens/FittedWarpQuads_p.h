@@ -24,12 +24,12 @@ struct FourByAvx512 {
     static constexpr int kPixels = 4;
     static constexpr __mmask16 kGreens = 0x2222, kBlues = 0x4444, kAlphas = 0x8888;
 
-    /// The neighbors of four places. Each vector holds the left and right neighbors of two places.
+    /// The neighbors of four positions. Each vector holds the left and right neighbors of two positions.
     struct Square {
         __m512 top[2], bottom[2];
     };
 
-    /// Loads the left and right neighbors of two places, with one load per place, because loads limit the speed.
+    /// Loads the left and right neighbors of two positions, with one load per position, because loads limit the speed.
     [[gnu::target("avx512f,avx512dq"), gnu::always_inline]] static inline __m512 LoadTwo(const unsigned char *row,
                                                                                          const std::int64_t *corners)
     {
@@ -56,7 +56,7 @@ struct FourByAvx512 {
         }
     }
 
-    /// Writes one value per pixel into those of its lanes that are set in @p lanes.
+    /// Writes one value per pixel into the lanes selected by @p lanes.
     [[gnu::target("avx512f"), gnu::always_inline]] static inline __m512 Spread(__m512 others, __mmask16 lanes,
                                                                                const float *values)
     {
@@ -98,7 +98,7 @@ struct FourByAvx512 {
         return _mm512_mask_mov_ps(Mix(square, x, y), kAlphas, _mm512_set1_ps(1.0F));
     }
 
-    /// Not inlined: its callers are generic.
+    /// Not inlined: its callers are templates.
     template <bool kAlpha, bool kSplit>
     [[gnu::target("avx512f,avx512dq")]] static void Sample(const FittedWarp::Band &band, const ColorNeighbors &at,
                                                            int first, int count, Float4 *samples)

@@ -1,4 +1,4 @@
-// Bilinear sampling of single pixels for FittedWarp, at one place or one per color, including the edges.
+// Bilinear sampling of single pixels for FittedWarp, at one position or one per color, including the edges.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -67,7 +67,7 @@ inline bool SampleAnywhere(const FittedWarp::Band &band, const Neighbors &at, in
 }
 
 /// Combines the first lane of @p red, the second of @p green and the third and fourth of @p blue in two instructions.
-/// Other lanes, or combining single values, would take up to six.
+/// Choosing other lanes, or combining single values, would take up to six.
 VITRELUX_INLINE Float4 JoinColors(Float4 red, Float4 green, Float4 blue)
 {
     return __builtin_shufflevector(__builtin_shufflevector(red, green, 0, 5, 6, 7), blue, 0, 1, 6, 7);
@@ -79,7 +79,7 @@ VITRELUX_INLINE Float4 Join(Float4 red, Float4 green, Float4 blue)
     return __builtin_shufflevector(JoinColors(red, green, blue), green, 0, 1, 2, 7);
 }
 
-/// Samples each color at its place; all neighbors must be in memory.
+/// Samples each color at its position; all neighbors must be in memory.
 template <bool kAlpha> VITRELUX_INLINE Float4 SampleSplit(const FittedWarp::Band &band, const ColorNeighbors &at, int i)
 {
     if constexpr (kAlpha)

@@ -2,23 +2,19 @@
 #pragma once
 
 #include "FittedWarpBlocks_p.h"
-#include "SharpRun_p.h"
+#include "SharpPlaces_p.h"
+#include "SharpTogether_p.h"
 
 #include <limits>
+#include <new>
 #include <optional>
 
 namespace {
 
 constexpr int kUnitColumns = 4 * kBlockPixels;
 
-/// Maps the channels red, green and blue to their places, if colors have separate ones.
+/// Maps the channels red, green and blue to their sampling positions, if these differ.
 constexpr int kPlaceOf[] = {kRed, kGreen, kBlue};
-
-/// A block's places as pixels and phases.
-struct SharpPlaces {
-    alignas(64) std::int32_t x[kBlockPixels], y[kBlockPixels]; // the pixel at or before the place; later its offset
-    alignas(64) std::int32_t phaseX[kBlockPixels], phaseY[kBlockPixels]; // times SharpKernel::kPadded
-};
 
 struct SharpBlock {
     BlockPlaces places;
@@ -27,58 +23,24 @@ struct SharpBlock {
     bool anyEmpty;
 };
 
-/// Working memory of one call of Render.
-template <typename Plane, typename Value> struct SharpScratch {
+/// Working memory of one call to Render.
+template <typename Plane, typename Value, int kStep> struct SharpScratch : FittedWarp::IdleMemory::Piece {
+    bool IsModest() const override
+    {
+        constexpr size_t kModestSamples = size_t(1) << 20; // ten times the usual size; 12 MB
+        size_t samples = 0;
+        for (const Plane &plane : planes)
+            samples += plane.values.size();
+        return samples <= kModestSamples;
+    }
+
     SharpBlock block;
     Plane planes[4];
-    AllowanceRows<Value> allowances;
+    AllowanceRows<Value, kStep> allowances;
     const SharpKernel &kernel = SharpKernel::Get();
 };
 
-/// Converts a relative position to phases, rounded.
-template <typename Floats> VITRELUX_INLINE std::int32_t InPhases(float relative)
-{
-    static_assert(FittedPlaces::kFar * SharpKernel::kPhases < 2147483648.0F);
-    return Floor<Floats>(relative * SharpKernel::kPhases + 0.5F);
-}
-
-/// Returns 1 if the place at @p phase (times SharpKernel::kPadded) beyond pixel @p whole is outside @p length pixels.
-VITRELUX_INLINE int IsOutside(std::int32_t whole, std::int32_t phase, int length)
-{
-    constexpr int kPixel = SharpKernel::kPhases * SharpKernel::kPadded;
-    constexpr auto kBorder = static_cast<std::int32_t>(CorrectionTwin::kBorderPixels * kPixel);
-    const int before = int(whole < -1) | (int(whole == -1) & int(phase < kPixel - kBorder));
-    return before | int(whole >= length) | (int(whole == length - 1) & int(phase > kBorder));
-}
-
-/// Clamps to one or two pixels outside the picture: positions beyond have the same neighbors or stay empty.
-VITRELUX_INLINE std::int32_t Reached(std::int32_t whole, int length)
-{
-    whole = whole > -2 ? whole : -2;
-    return whole < length ? whole : length;
-}
-
-template <typename Floats, bool kCareful>
-VITRELUX_INLINE void Split(const FittedWarp::Band &band, const Block &block, const Places &places, SharpPlaces *to,
-                           unsigned char *isEmpty)
-{
-    for (int i = 0; i < kBlockPixels; ++i) {
-        const std::int32_t x = InPhases<Floats>(places.x[i]), y = InPhases<Floats>(places.y[i]);
-        to->x[i] = (x >> SharpKernel::kPhaseBits) + block.x + i;
-        to->y[i] = (y >> SharpKernel::kPhaseBits) + block.y;
-        to->phaseX[i] = (x & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
-        to->phaseY[i] = (y & (SharpKernel::kPhases - 1)) * SharpKernel::kPadded;
-    }
-    for (int i = 0; kCareful && i < kBlockPixels; ++i) {
-        const int outside =
-            IsOutside(to->x[i], to->phaseX[i], band.width) | IsOutside(to->y[i], to->phaseY[i], band.height);
-        isEmpty[i] = static_cast<unsigned char>(isEmpty[i] | (outside & int(band.mayBeEmpty)));
-        to->x[i] = Reached(to->x[i], band.width);
-        to->y[i] = Reached(to->y[i], band.height);
-    }
-}
-
-/// Computes a block's places and its empty pixels. @p careful: some places may be outside the picture.
+/// Computes a block's sampling positions and its empty pixels. @p careful: some positions may be outside the picture.
 template <typename Kind>
 VITRELUX_INLINE void FindSharpBlock(const FittedWarp::Band &band, const Block &block, bool careful, SharpBlock *found)
 {
@@ -105,7 +67,7 @@ VITRELUX_INLINE void Include(float x, float y, Bounds *bounds)
     bounds->bottom = std::max(bounds->bottom, top + 2);
 }
 
-/// Widens @p bounds to the places of a block's pixels that are not empty. @return whether there are empty ones.
+/// Widens @p bounds to the sampling positions of a block's non-empty pixels. @return whether there are empty ones.
 template <typename Kind>
 VITRELUX_INLINE bool IncludeAll(const FittedWarp::Band &band, const Block &block, SharpBlock *found, Bounds *bounds)
 {
@@ -121,7 +83,7 @@ struct Unit {
     int x, row, columns, rows;
 };
 
-/// Widens @p bounds to the places of a unit's pixels, which lie between those of its cells' corners.
+/// Widens @p bounds to the sampling positions of a unit's pixels, which lie between those of its cells' corners.
 template <bool kSplit>
 VITRELUX_INLINE void IncludeCorners(const FittedWarp::Band &band, const Unit &unit, Bounds *bounds)
 {
@@ -147,8 +109,8 @@ inline bool IsRough(const FittedWarp::Band &band, const Unit &unit)
     return false;
 }
 
-/// Returns the bounds of the places of a unit's pixels; none if all pixels are empty.
-/// @param anyEmpty  set if pixels are empty: a map can end where all other places are inside the picture.
+/// Returns the bounds of the sampling positions of a unit's pixels; none if all pixels are empty.
+/// @param anyEmpty  set if pixels are empty: a map can end although all other positions are inside the picture.
 template <typename Kind>
 VITRELUX_INLINE std::optional<Bounds> BoundsOf(const FittedWarp::Band &band, const Unit &unit, SharpBlock *scratch,
                                                bool *anyEmpty)
@@ -179,8 +141,10 @@ VITRELUX_INLINE Float4 Unpremultiplied(Float4 sums, Float4 alphas)
 /// Sharp sampling of integer pictures without alpha.
 template <typename Set, bool kSplit> struct SharpCodes {
     using Floats = typename Set::Floats;
-    using Scratch = SharpScratch<CodePlane, std::int16_t>;
     static constexpr bool kSplits = kSplit;
+    static constexpr int kStep = kSplit ? 1 : kTogether;
+    using Scratch = SharpScratch<CodePlane, std::int16_t, kStep>;
+    using Codes = std::conditional_t<kSplit, typename Set::Codes, typename Set::Together>;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
     {
@@ -188,15 +152,16 @@ template <typename Set, bool kSplit> struct SharpCodes {
     }
     VITRELUX_INLINE static void Sample(const SharpRun &run, const Scratch &scratch, Float4 *samples)
     {
-        Set::Codes::template Sample<kSplit ? 3 : 1>(run, CodePlanes(scratch.planes), scratch.kernel, samples);
+        Codes::Sample(run, CodePlanes(scratch.planes, kStep), scratch.kernel, samples);
     }
 };
 
 /// Sharp sampling of float pictures and of those with alpha.
 template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
-    using Scratch = SharpScratch<FloatPlane, float>;
-    using Floats = typename Set::Floats;
     static constexpr bool kSplits = kSplit;
+    static constexpr int kStep = 1;
+    using Scratch = SharpScratch<FloatPlane, float, kStep>;
+    using Floats = typename Set::Floats;
 
     VITRELUX_INLINE static bool Fill(const FittedWarp::Band &band, const BoxShape &shape, Scratch *scratch)
     {
@@ -221,6 +186,14 @@ template <typename Set, bool kAlpha, bool kSplit> struct SharpFloats {
     }
 };
 
+/// Prefetches the result below a block: without that, storing waits for the memory.
+VITRELUX_INLINE void PrefetchNextRow(const FittedWarp::Band &band, const Block &block)
+{
+    constexpr int kLinePixels = 4;
+    for (int i = 0; i < block.count; i += kLinePixels)
+        __builtin_prefetch(block.target + band.targetStride + i * kPixelBytes, /*write=*/1);
+}
+
 /// Samples and stores a block whose source is in the scratch's planes.
 template <typename Kind>
 VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block &block, const BoxShape &shape,
@@ -232,7 +205,7 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
         SharpPlaces &at = found->of[color];
         for (int i = 0; i < kBlockPixels; ++i)
             at.x[i] = (at.y[i] - SharpKernel::kBefore - bounds.top) * shape.stride
-                + (at.x[i] - SharpKernel::kBefore - bounds.left);
+                + (at.x[i] - SharpKernel::kBefore - bounds.left) * Kind::kStep;
         for (int i = 0; found->anyEmpty && i < block.count; ++i)
             if (found->isEmpty[i])
                 at.x[i] = 0;
@@ -245,6 +218,7 @@ VITRELUX_INLINE void RenderSharpBlock(const FittedWarp::Band &band, const Block 
         run.phaseY[channel] = at.phaseY;
     }
     alignas(64) Float4 samples[kBlockPixels];
+    PrefetchNextRow(band, block);
     Kind::Sample(run, *scratch, samples);
     for (int i = 0; found->anyEmpty && i < block.count; ++i)
         if (found->isEmpty[i])
@@ -268,7 +242,10 @@ VITRELUX_INLINE bool RenderUnit(const FittedWarp::Band &band, const Unit &unit, 
                            Reached(found->right, band.width), Reached(found->bottom, band.height)};
     const bool careful = anyEmpty || found->left < 0 || found->top < 0 || found->right >= band.width - 1
         || found->bottom >= band.height - 1;
-    const BoxShape shape({bounds.left - kBefore, bounds.top - kBefore, bounds.right + kAfter, bounds.bottom + kAfter});
+    const BoxShape shape({bounds.left - kBefore, bounds.top - kBefore, bounds.right + kAfter, bounds.bottom + kAfter},
+                         Kind::kStep);
+    if (shape.Samples() > size_t(std::numeric_limits<std::int32_t>::max())) // offsets have 32 bits
+        throw std::bad_alloc();
     if (!Kind::Fill(band, shape, scratch))
         return false;
     for (int row = unit.row; row < unit.row + unit.rows; ++row) {

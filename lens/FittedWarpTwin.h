@@ -1,4 +1,4 @@
-// The definition of a fitted picture: one pixel at a time, in double.
+// Reference implementation of the fitted warp: one pixel at a time, in double precision.
 #pragma once
 
 #include "FittedWarp.h"
@@ -20,7 +20,7 @@ public:
     /// float RGBA.
     Pixel At(const KImage &source, double x, double y) const;
 
-    /// A color of the source at a place, and alpha there.
+    /// A color of the source at a position, with its alpha.
     struct Sampled {
         double value, alpha;
     };

@@ -17,7 +17,7 @@ void FloatRows::Grow(int rows)
 
 void FloatRows::Place(int first, int end)
 {
-    const bool goesUp = first < m_first; // leave room for the next rows in both directions
+    const bool goesUp = first < m_first; // leave room for more rows in both directions
     const int top = std::max(0, goesUp ? first - (m_block.height() - (end - first)) / 2 : first);
     m_first = std::clamp(first, m_first, m_end);
     m_end = std::clamp(end, m_first, m_end);
@@ -31,7 +31,7 @@ void FloatRows::Convert(int first, int end)
 {
     if (first >= end)
         return;
-    if (m_picture.type() == GFL_GREY) { // of 16 bits: the conversion does not write alpha
+    if (m_picture.type() == GFL_GREY) { // 16 bits: the conversion doesn't write alpha
         constexpr Ipp32f kOpaque[] = {0, 0, 0, 1};
         ippiSet_32f_C4R(kOpaque, reinterpret_cast<Ipp32f *>(m_block.getData(0, first - m_top)), m_block.bytesPerLine(),
                         {m_block.width(), end - first});

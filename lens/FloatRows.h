@@ -3,7 +3,7 @@
 
 #include "KImage.h"
 
-/// Sliding window of source rows as float RGBA, which the warp reads. A whole float copy spent most of its time on page
+/// The source rows that the warp reads at a time. Converting the whole picture would spend most of its time on page
 /// faults. If distortion is so strong that a call needs much of the picture, the block has room for all rows, which
 /// then never move; rows no longer needed are returned to the system. One thread at a time.
 class FloatRows {
@@ -17,11 +17,11 @@ public:
     /// @p picture has a form that KImage::Convert accepts, and must outlive the object.
     explicit FloatRows(const KImage &picture, Walk walk = Walk::Steps) : m_picture(picture), m_walk(walk) { }
 
-    /// Ensures that rows [first, end), which must exist, are in the window, perhaps with others. Converts only those
-    /// that are missing. May throw a KException.
+    /// Ensures that rows [first, end), which must exist, are in the window, possibly with others. Converts only the
+    /// missing ones. May throw a KException.
     void Hold(int first, int end);
 
-    /// The rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
+    /// Returns the rows in the window, as KImage::Convert of the picture gives them; the first is row FirstRow() of the
     /// picture. Valid until the next Hold.
     const KImage &Image() const { return m_rows; }
     int FirstRow() const { return m_first; }
@@ -34,7 +34,7 @@ private:
     const KImage &m_picture;
     const Walk m_walk;
     KImage m_block;
-    KImage m_rows; // wraps the rows of m_block that are held
-    // Rows of the picture: at the top of m_block, and those that are held.
+    KImage m_rows; // wraps the rows of m_block in the window
+    // Row numbers in the picture: the top of m_block, and the window's first and end.
     int m_top = 0, m_first = 0, m_end = 0;
 };

@@ -55,16 +55,16 @@ FloatWarp::Path PathOf(const newLCP &lcp, Corrections corrections)
 struct Side {
     Side(int length, int first, int end)
         : between(length > 1 ? static_cast<float>(length - 1) : -1.0F), // a single column has no neighbors: empty range
-          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise from `first` on
+          from(first == 0 ? -1.0F : std::nextafter(static_cast<float>(first), -1.0F)), // otherwise at `first` or beyond
           to(std::min(between, static_cast<float>(end - 1)))
     {
     }
 
-    float between, from, to; // sides are exact: below 2^24
+    float between, from, to; // exact, because sides are below 2^24
 };
 
-/// The pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow on.
-/// Addresses are relative to where the picture's first pixel would be.
+/// Returns the pixels of a picture like @p source in the models' frame, where @p window has its rows from @p windowRow
+/// on. Addresses are relative to the picture's first pixel, as if it were in memory.
 FloatWarp::Pixels PixelsIn(FloatWarp::Frame frame, const KImage &source, const KImage &window, int windowRow)
 {
     const bool turned = frame == FloatWarp::Frame::Turned;

@@ -34,15 +34,15 @@ public:
     /// Returns the best instruction set of this CPU.
     static Instructions BestInstructions();
 
-    /// @p source must satisfy Serves; if only RenderFrom is called, it may have any form, since only its size counts.
+    /// @p source must satisfy Serves; if only RenderFrom is called, it may have any form, because only its size is
+    /// used.
     FloatWarp(const newLCP &lcp, Corrections corrections, Frame frame, const KImage &source);
 
     /// Fills @p rows with the rows of the corrected picture from @p firstRow on, as many as it has.
     ///
     /// @param rows  Must satisfy Serves and not be the source. Without distortion, in the turned frame and with
-    /// FromSource,
-    ///              pixels are read at their own position, so the corrected picture must not be larger than the source.
-    ///              In the turned frame it must have the same width.
+    ///              FromSource, pixels are read at their own position, so the corrected picture must not be larger than
+    ///              the source. In the turned frame it must have the same width.
     void Render(KImage &rows, int firstRow, Unwritten unwritten, Instructions instructions = BestInstructions()) const;
 
     /// Rows [first, end).
@@ -83,12 +83,12 @@ public:
         std::int64_t stepX, stepY; // bytes
         std::int64_t rowBytes;     // from one row in memory to the next
         float width, height;
-        float betweenX, betweenY; // positions above -1 and below these have all four neighbors
-        float fromX, fromY;       // positions above these
-        float toX, toY;           // and below these have them in memory
+        float betweenX, betweenY; // positions above -1 and below these have four neighbors
+        float fromX, fromY;       // positions above these and below toX, toY
+        float toX, toY;           // have their neighbors in memory
     };
     enum class Path { Nothing, GainOnly, OneWarp, RedAndBlue, ThreeWarps };
-    /// Arguments of one call of Render, prepared for the loops.
+    /// Arguments of one call to Render, prepared for the loops.
     struct Band;
 
 private:

@@ -96,7 +96,7 @@ struct ColorCorners {
     Corners red, green, blue;
 };
 
-/// Samples each color of a pixel at its place. @p load returns the joined neighbors by their step from the corner.
+/// Samples each color of a pixel at its position. @p load returns the combined neighbors at a step from the corners.
 template <typename Loader>
 VITRELUX_INLINE FourFloats SampleJoined(const FloatWarp::Pixels &source, FourFloats fx, FourFloats fy, Loader load)
 {
@@ -117,7 +117,7 @@ VITRELUX_INLINE FourFloats SampleColors(const FloatWarp::Pixels &source, const C
     });
 }
 
-/// The same if green isn't moved: it is copied from @p same.
+/// Same, but green isn't moved: it is copied from @p same.
 VITRELUX_INLINE FourFloats SampleRedAndBlue(const FloatWarp::Pixels &source, const ColorCorners &at, int i,
                                             FourFloats same)
 {
@@ -190,8 +190,8 @@ VITRELUX_INLINE void RenderBlock(const FloatWarp::Band &band, const Block &block
     }
 }
 
-/// Renders whole rows: narrower strips keep more of the source in the caches but are slower, since their parts of rows
-/// are too short for the hardware prefetcher.
+/// Renders whole rows: narrower strips keep more of the source in the caches but are slower, because their rows are too
+/// short for the hardware prefetcher.
 template <typename Set> VITRELUX_INLINE void RenderRows(const FloatWarp::Band &band)
 {
     for (int row = 0; row < band.rows; ++row) {

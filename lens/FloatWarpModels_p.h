@@ -2,8 +2,8 @@
 //
 // Everything here and in the headers that include it is inlined into functions that are compiled once per instruction
 // set, and must not be called from code for other processors. Positions and gains are computed for whole blocks in
-// plain loops that vectorize; formulas and their order of operations are those of LensParam, so results are the same to
-// the bit.
+// plain loops that vectorize; formulas and their order of operations are those of LensParam, so results are
+// bit-identical.
 #pragma once
 
 #include "Arctangent_p.h"

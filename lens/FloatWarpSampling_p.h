@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Whether each of the first @p count positions has four neighbors in memory; false if one is NaN.
+/// Returns whether each of the first @p count positions has four neighbors in memory; false if one is NaN.
 VITRELUX_INLINE bool AllBetweenFour(const FloatWarp::Pixels &source, const Positions &at, int count)
 {
     int beyond = 0;
@@ -91,7 +91,7 @@ VITRELUX_INLINE bool IsBetweenFour(const FloatWarp::Pixels &source, float x, flo
     return x > -1.0F && x < source.betweenX && y > -1.0F && y < source.betweenY;
 }
 
-/// Whether a position has four neighbors that can be read; sets `missed` if they exist but are not loaded.
+/// Returns whether a position has four neighbors that can be read; sets `missed` if they exist but are not loaded.
 VITRELUX_INLINE bool CanSample(const FloatWarp::Band &band, float x, float y)
 {
     const FloatWarp::Pixels &source = band.source;

@@ -22,7 +22,7 @@ inline int Truncate(float value)
     return fits ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
-// Channels are accessed through memcpy, since rows of a caller's block may start at any address.
+// Channels are accessed through memcpy, because rows of a caller's block may start at any address.
 
 template <typename T> inline T Value(const unsigned char *pixel, int channel)
 {
@@ -45,7 +45,7 @@ template <typename T> inline void Store(unsigned char *pixel, int channel, float
         SetValue<T>(pixel, channel, static_cast<T>(Truncate(value)));
 }
 
-/// Whether rows and pixels of @p image are long enough for its channels of type T.
+/// Returns whether rows and pixels of @p image are long enough for its channels of type T.
 template <typename T> bool IsWhole(const KImage &image)
 {
     const GFL_BITMAP &bitmap = *image.m_bitmap;
@@ -345,7 +345,7 @@ template <typename S, typename D> bool InterpolatorKim<S, D>::Do()
     return DoPlainly();
 }
 
-/// Whether FloatWarp supports this run.
+/// Returns whether FloatWarp supports this run.
 template <typename S, typename D> bool InterpolatorKim<S, D>::FloatWarpServes() const
 {
     return sample == &InterpolatorKim::InterpolateN && sampleChannel == &InterpolatorKim::InterpolateNc

@@ -18,22 +18,22 @@ class newLCP;
 ///   | on         | on        | D three warps    | green model         | green position      |
 ///
 /// Samples are scaled to 0..1 by `inScale`, multiplied by the gain, scaled to the destination's range by `outScale`,
-/// limited to it at the top, and stored; integer destinations truncate, nothing rounds. Traps for callers:
+/// clamped to its maximum, and stored; integer destinations truncate, nothing is rounded. Traps for callers:
 /// - Path A, and green in path C, use the unscaled channel value: `inScale` and `outScale` are not applied, though
 ///   `outScale` limits. Between images of different depths the result is in the source's range.
 /// - Alpha is written for sources with more than three channels, and its "opaque" is 1 in the integer types too.
 ///   B: opaque inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become
 ///   transparent.
-/// - C and D stop a pixel at its first channel that falls outside: that one gets 0, the following channels of the
+/// - C and D stop at the first channel of a pixel that falls outside: it gets 0, and the following channels of the
 ///   destination keep their values.
-/// - Only path A limits at the bottom. A negative value wraps around in an integer destination.
+/// - Only path A clamps to the minimum. Elsewhere a negative value wraps around in an integer destination.
 ///
 /// A position that is NaN or too large for an integer counts as outside.
 ///
-/// Do returns false and leaves the destination untouched where a byte outside an image would be read or written: fewer
-/// than three channels in either image on the paths B, C and D; a destination with fewer channels than the source; a
-/// destination larger than the source on the paths A and C, which read the source at the pixel's own position; pixels
-/// or rows too short for the channel types.
+/// Do returns false and leaves the destination untouched if a byte outside an image would be read or written: fewer
+/// than three channels in either image on paths B, C and D; a destination with fewer channels than the source; a
+/// destination larger than the source on paths A and C, which read the source at the pixel's own position; pixels or
+/// rows too short for the channel types.
 ///
 /// Runs on the calling thread and allocates nothing per pixel. Source and destination must be different images.
 template <typename S, typename D> class InterpolatorKim {
@@ -43,7 +43,7 @@ public:
 
     /// Runs FloatWarp if it supports the images, otherwise DoPlainly.
     bool Do();
-    /// Runs pixel by pixel, as the models are defined: supports every form, and defines the result of FloatWarp.
+    /// Runs pixel by pixel, as the models are defined. Supports every form and defines the result of FloatWarp.
     bool DoPlainly();
 
     // The samplers fill @p out with values of 0..1, one for each channel of the source or the one for @p channel, and

@@ -8,12 +8,12 @@ enum class LensModel { Perspective, Fisheye };
 
 /// A radial polynomial around a center, with a scale.
 ///
-/// Positions are in pixels, the origin at the center of the top-left pixel, x to the right, y downwards. Warps map the
+/// Positions are in pixels, the origin at the center of the top-left pixel, x to the right, y downward. Warps map the
 /// corrected picture to the uncorrected one, so that callers iterate over destination pixels. Coordinates are computed
-/// in float. @p scale is the size of the current picture over the size that the profile was measured at.
+/// in single precision. @p scale is the size of the current picture over the size that the profile was measured at.
 ///
 /// Positions and gains may be infinite or NaN, for example at the center of a fisheye or with a focal length of 0;
-/// callers test `found` first, and positions before they convert them.
+/// callers check `found` first, and check positions before converting them.
 ///
 /// Any thread may call the const functions of one object at the same time; they allocate nothing.
 class LensParam {
@@ -23,7 +23,7 @@ public:
     LensParam &operator=(const LensParam &other) = default;
 
     /// Sets scaleFactor to 1, focalPixels to 0 and found to false. Centers, focal lengths as fractions and coefficients
-    /// stay, so reading a model again afterwards appends to its old coefficients.
+    /// stay, so reading a model again appends to its old coefficients.
     void Init();
     void Reset() { Init(); }
     /// Marks the model as present in the profile.

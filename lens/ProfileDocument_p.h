@@ -7,15 +7,15 @@
 /// The reason why a file could not be parsed completely.
 enum class ProfileFault {
     None,
-    NotOpened,     ///< or not read to its end
-    Refused,       ///< beyond the limits of InputLimits.h, or with entity declarations; no document
-    NotWellFormed, ///< the document holds the part before the error, perhaps nothing
+    NotOpened,     ///< or can't be read to its end
+    Refused,       ///< exceeds the limits of InputLimits.h or declares entities; no document
+    NotWellFormed, ///< the document holds the part before the error, possibly nothing
 };
 
 /// An .lcp file after parsing.
 struct ProfileDocument {
     ProfileFault fault = ProfileFault::None;
-    QString why;      ///< in plain English, no full stop; empty without a fault
+    QString why;      ///< in plain English, no final period; empty without a fault
     qint64 bytes = 0; ///< bytes read from the file
     int line = 0;     ///< of a NotWellFormed fault, from 1
     int column = 0;
@@ -30,7 +30,7 @@ ProfileDocument ReadProfileDocument(const QString &fileName);
 /// Returns the first element named "rdf:li" on the path of first child elements down from @p root, null if there is
 /// none.
 QDomElement FirstEntry(const QDomElement &root);
-/// Whether the element has rdf:parseType="Resource": its values are child elements.
+/// Returns whether the element has rdf:parseType="Resource": its values are child elements.
 bool IsResource(const QDomElement &element);
 /// Returns the first child of the entry that is a resource, null if there is none.
 QDomElement ModelElement(const QDomElement &entry);

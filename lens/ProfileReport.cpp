@@ -144,14 +144,14 @@ const ModelInfo kModels[] = {
     {"vignette", &newLCP::vignetteModel, ModelRole::Gain, "stCamera:VignetteModel"},
 };
 
-/// Whether the file gives the model's center. newLCP reads a missing one as the top left corner.
+/// Returns whether the file gives the model's center. newLCP reads a missing one as the top left corner.
 bool HasCenter(const QDomElement &modelElement, const ModelInfo &info)
 {
     const QDomElement element = info.tag ? modelElement.lastChildElement(QLatin1String(info.tag)) : modelElement;
     return ChildNumber(element, "stCamera:ImageXCenter") && ChildNumber(element, "stCamera:ImageYCenter");
 }
 
-/// Whether the model's values allow finite positions or gains.
+/// Returns whether the model's values allow finite positions or gains.
 bool HasWholeValues(const LensParam &model, ModelRole role)
 {
     bool whole = model.focalPixels > 0.0F && std::isfinite(model.focalPixels) && model.scaleFactor > 0.0F

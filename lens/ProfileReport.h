@@ -13,10 +13,11 @@
 struct ProfileReportModel {
     QString name; ///< in plain English: "distortion", "green", "red against green", "blue against green", "vignette"
     LensParam values; ///< values.found: whether the profile has it
-    QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't, or without a model
+    QString flaw;     ///< why correcting with it would ruin the picture; empty if it wouldn't or there is no model
 };
 
-/// The first entry of a profile, as far as it could be read. Plain data; texts are plain English without a full stop.
+/// The first entry of a profile, or what could be read of it. Plain data; texts are plain English without a final
+/// period.
 ///
 /// A file is usable if newLCP reads a complete entry with a size from it. Single corrections may still do nothing or
 /// ruin the picture: see `notes`.
@@ -29,7 +30,7 @@ struct ProfileReport {
     QString model;       ///< of the camera, as in the picture's metadata
     QString camera;      ///< the name for display
     QString lens;
-    std::optional<double> focalLengthMm; ///< of the first entry, as the next two
+    std::optional<double> focalLengthMm; ///< of the first entry, like the next two
     std::optional<double> fNumber;
     std::optional<double> focusDistanceM;
 
@@ -43,6 +44,6 @@ struct ProfileReport {
 
 /// Reads @p fileName, once. Throws nothing; for a file that cannot be read, the report says so.
 ///
-/// Unlike newLCP, which reads as much of a truncated file as there is, the report calls such a file unusable, because
-/// it is unknown which values are lost.
+/// Unlike newLCP, which uses the readable part of a truncated file, the report calls such a file unusable, because it
+/// is unknown which values are lost.
 ProfileReport ReadProfileReport(const QString &fileName);

@@ -13,14 +13,15 @@ struct Bounds {
     int left, top, right, bottom;
 };
 
+/// Size of a box, and of its planes, whose pixels have @p step values each.
 struct BoxShape {
     static constexpr int kPadding = 16; // sampling and limits read and write full vectors
 
-    explicit BoxShape(const Bounds &within)
+    BoxShape(const Bounds &within, int step)
         : bounds(within),
           width(within.right - within.left + 1),
           height(within.bottom - within.top + 1),
-          stride((width + 2 * kPadding) / kPadding * kPadding)
+          stride((width * step + 2 * kPadding) / kPadding * kPadding)
     {
     }
 
@@ -28,14 +29,15 @@ struct BoxShape {
     size_t Row(int y) const { return static_cast<size_t>(stride) * static_cast<size_t>(y); }
 
     Bounds bounds;
-    int width, height, stride;
+    int width, height; // pixels
+    int stride;        // values
 };
 
 /// Stored 16-bit values minus 32768. Sampling reads each value paired with the one below it, because processors
 /// multiply and add such pairs in one instruction. Limits are pairs too, with the lower limit in the lower half.
 struct CodePlane {
     std::vector<std::int16_t> values, halves; // rounded down
-    std::vector<std::int32_t> pairs, limits;  // limits of halves
+    std::vector<std::int32_t> pairs, limits;  // limits of the halved values
 
     void Grow(size_t samples)
     {
@@ -61,7 +63,7 @@ struct FloatPlane {
     }
 };
 
-/// The columns of a box that lie inside the picture; if none do, the one nearest to it.
+/// The columns of a box that lie inside the picture; if none do, the nearest one.
 struct Inside {
     Inside(const BoxShape &shape, int pictureWidth)
         : first(std::clamp(-shape.bounds.left, 0, shape.width - 1)),
@@ -72,10 +74,14 @@ struct Inside {
     int first, end;
 };
 
-template <typename Value> VITRELUX_INLINE void RepeatEdges(Value *row, const Inside &inside, int width)
+template <int kStep, typename Value> VITRELUX_INLINE void RepeatEdges(Value *row, const Inside &inside, int width)
 {
-    std::fill(row, row + inside.first, row[inside.first]);
-    std::fill(row + inside.end, row + width, row[inside.end - 1]);
+    const auto copy = [&](int from, int to)
+                          VITRELUX_INLINED { std::copy_n(row + from * kStep, kStep, row + to * kStep); };
+    for (int x = 0; x < inside.first; ++x)
+        copy(inside.first, x);
+    for (int x = inside.end; x < width; ++x)
+        copy(inside.end - 1, x);
 }
 
 /// Returns row @p y of the source, clamped to the picture, at column @p x; null if it isn't in memory.
@@ -103,25 +109,25 @@ template <typename Shorts> struct StorePairs {
 };
 
 /// Computes the pairs of all rows, and the limits of rows with a row before and two after them.
-template <typename Shorts>
-VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t> *rows)
+template <typename Shorts, int kStep>
+VITRELUX_INLINE void Complete(const BoxShape &shape, CodePlane *plane, AllowanceRows<std::int16_t, kStep> *rows)
 {
     for (size_t i = 0; i < shape.Samples(); ++i)
         plane->halves[i] = static_cast<std::int16_t>(plane->values[i] >> 1);
-    rows->Start<Shorts>(plane->halves.data() + shape.Row(1), shape.stride, shape.width);
+    rows->template Start<Shorts>(plane->halves.data() + shape.Row(1), shape.stride, shape.width);
     for (int y = 0; y + 1 < shape.height; ++y) {
         const std::int16_t *above = plane->values.data() + shape.Row(y);
         std::int32_t *pairs = plane->pairs.data() + shape.Row(y);
         for (int x = 0; x < shape.stride; x += 8)
             PairEight(above + x, above + shape.stride + x, pairs + x);
         if (y > 0 && y + 2 < shape.height)
-            rows->Advance<Shorts>(plane->halves.data() + shape.Row(y), shape.stride, shape.width,
-                                  StorePairs<Shorts>{plane->limits.data() + shape.Row(y)});
+            rows->template Advance<Shorts>(plane->halves.data() + shape.Row(y), shape.stride, shape.width,
+                                           StorePairs<Shorts>{plane->limits.data() + shape.Row(y)});
     }
 }
 
 template <typename Floats>
-VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, AllowanceRows<float> *rows)
+VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, AllowanceRows<float, 1> *rows)
 {
     rows->Start<Floats>(plane->values.data() + shape.Row(1), shape.stride, shape.width);
     for (int y = 1; y + 2 < shape.height; ++y) {
@@ -134,10 +140,36 @@ VITRELUX_INLINE void Complete(const BoxShape &shape, FloatPlane *plane, Allowanc
     }
 }
 
-/// Fills planes with colors as codes. Returns false if a row isn't in memory.
+/// Fills the first plane with pixels of three codes. Returns false if a row isn't in memory.
 template <typename Shorts>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
-                             AllowanceRows<std::int16_t> *allowances)
+                             AllowanceRows<std::int16_t, kTogether> *allowances)
+{
+    CodePlane &plane = planes[0];
+    plane.Grow(shape.Samples());
+    const Inside inside(shape, band.width);
+    for (int y = 0; y < shape.height; ++y) {
+        const unsigned char *source = SourceRow(band, shape.bounds.left + inside.first, shape.bounds.top + y);
+        if (!source)
+            return false;
+        std::int16_t *const row = plane.values.data() + shape.Row(y), *const to = row + inside.first * kTogether;
+        const int count = inside.end - inside.first;
+        if (band.pixelBytes == kPixelBytes)
+            PackRow(source, band.sourceStride, count, to);
+        else if (band.pixelBytes == 3 * sizeof(std::uint8_t))
+            PackStored<std::uint8_t>(source, count, to);
+        else
+            PackStored<std::uint16_t>(source, count, to);
+        RepeatEdges<kTogether>(row, inside, shape.width);
+    }
+    Complete<Shorts>(shape, &plane, allowances);
+    return true;
+}
+
+/// Fills three planes with codes, one per color. Returns false if a row isn't in memory.
+template <typename Shorts>
+VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, CodePlane (&planes)[4],
+                             AllowanceRows<std::int16_t, 1> *allowances)
 {
     for (int color = 0; color < 3; ++color)
         planes[color].Grow(shape.Samples());
@@ -158,7 +190,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
         else
             SplitStored<std::uint16_t>(source, count, red, green, blue);
         for (std::int16_t *row : rows)
-            RepeatEdges(row, inside, shape.width);
+            RepeatEdges<1>(row, inside, shape.width);
     }
     for (int color = 0; color < 3; ++color)
         Complete<Shorts>(shape, &planes[color], allowances);
@@ -169,7 +201,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
 /// row isn't in memory.
 template <typename Floats, bool kAlpha>
 VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape, FloatPlane (&planes)[4],
-                             AllowanceRows<float> *allowances)
+                             AllowanceRows<float, 1> *allowances)
 {
     constexpr int kPlanes = kAlpha ? 4 : 3;
     for (int i = 0; i < kPlanes; ++i)
@@ -186,7 +218,7 @@ VITRELUX_INLINE bool FillBox(const FittedWarp::Band &band, const BoxShape &shape
                 const float value = LoadChannel(pixel, channel);
                 row[i] = kAlpha && channel < 3 ? value * LoadChannel(pixel, 3) : value;
             }
-            RepeatEdges(row, inside, shape.width);
+            RepeatEdges<1>(row, inside, shape.width);
         }
     }
     for (int i = 0; i < kPlanes; ++i)

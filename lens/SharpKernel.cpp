@@ -10,7 +10,7 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kUpToFrequency = 0.37; // cycles per pixel
 constexpr int kTaps = SharpKernel::kTaps;
-constexpr int kUnknowns = kTaps + 2; // and the Lagrange multipliers of two conditions
+constexpr int kUnknowns = kTaps + 2; // weights and the Lagrange multipliers of two conditions
 
 using Weights = std::array<double, kTaps>;
 using IntegerWeights = std::array<int, kTaps>;
@@ -43,7 +43,7 @@ void Solve(Equations *equations)
     }
 }
 
-/// Returns the weights for a place @p phase, 0 to 1, after the pixel of tap kBefore.
+/// Returns the weights for a position @p phase, 0 to 1, after the pixel of tap kBefore.
 Weights LeastSquares(double phase)
 {
     Equations e = {};

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// Weights of the six neighbors along one axis, for 1,024 phases between two pixels. The third neighbor is the pixel at
-/// or before the place.
+/// or before the sampling position.
 ///
 /// Least squares: of all weights whose sum is 1 and whose first moment is the phase, these have the response nearest to
 /// a pure shift over all frequencies up to 0.37 cycles per pixel. They are rounded to integers that keep sum and moment
@@ -14,12 +14,12 @@ class SharpKernel {
 public:
     static constexpr int kTaps = 6;
     static constexpr int kPadded = 8; ///< taps and zeros
-    static constexpr int kBefore = 2; ///< taps before the pixel at or before the place
+    static constexpr int kBefore = 2; ///< taps before the pixel at or before the sampling position
     static constexpr int kPhaseBits = 10;
     static constexpr int kPhases = 1 << kPhaseBits;
     static constexpr int kOne = 1 << 14; ///< sum of the integer weights
 
-    /// Returns the only object, computed by the first call. Any thread.
+    /// Returns the single instance, computed by the first call. Thread-safe.
     static const SharpKernel &Get();
 
     /// Returns the weights of all phases, each set followed by two zeros: phase p, 0 to kPhases - 1, starts at

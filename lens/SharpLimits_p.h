@@ -1,9 +1,9 @@
 // Limits of sharp samples: how far they may exceed the pixels around them.
 //
 // A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
-// or a column, because the peak of a wave can only be there:
+// or a column, because only there can a wave peak:
 // - between two pixels, by the smaller of the two values reached with half of the outer slopes;
-// - next to a pixel that exceeds both of its neighbors, by half of the lesser difference.
+// - next to a pixel that exceeds both of its neighbors, by half of the smaller difference.
 // At an edge one of these slopes is 0, and the sample stays between the pixels. The allowances of row and column are
 // added. They don't depend on the position between the pixels, so they are computed once per pixel.
 #pragma once
@@ -36,7 +36,8 @@ template <typename Vector> VITRELUX_INLINE Vector Half(Vector value)
         return value >> 1;
 }
 
-/// How far samples between the middle two of four values in a line may exceed the greater and fall below the lesser.
+/// The amounts by which samples between the middle two of four values in a line may exceed the larger and fall below
+/// the smaller.
 template <typename Vector> struct Allowance {
     Vector up, down;
 };
@@ -58,8 +59,9 @@ template <typename Vector> struct Limits {
 };
 
 /// Limits of samples in a box, row by row. The allowance of each line of four values is kept, because two cells use it.
-/// 16-bit values are halved so that differences fit; their limits are halved too.
-template <typename Value> class AllowanceRows {
+/// Pixels of a row are @p kStep values apart, with other colors between them. 16-bit values are halved so that
+/// differences fit; their limits are halved too.
+template <typename Value, int kStep> class AllowanceRows {
 public:
     /// Starts with the row at @p row, in a box of @p width columns.
     template <typename Vector> VITRELUX_INLINE void Start(const Value *row, int stride, int width)
@@ -70,8 +72,8 @@ public:
         FindAlongRow<Vector>(row, width);
     }
 
-    /// Calls store(column, limits) with the limits of samples between the row at @p row and the next one, for columns
-    /// 1 to @p width - 3 and up to a vector beyond. Rows must be passed in order.
+    /// Calls store(x, limits) with the limits of samples between the row at @p row and the next one, for the values x
+    /// of columns 1 to @p width - 3 and up to a vector beyond. Rows must be passed in order.
     template <typename Vector, typename Store>
     VITRELUX_INLINE void Advance(const Value *row, int stride, int width, Store store)
     {
@@ -79,21 +81,21 @@ public:
         std::swap(m_aboveUp, m_belowUp);
         std::swap(m_aboveDown, m_belowDown);
         FindAlongRow<Vector>(row + stride, width);
-        for (int x = 1; x < width - 1; x += kLanes) {
+        for (int x = kStep; x < (width - 1) * kStep; x += kLanes) {
             const Value *at = row + x;
             Keep(AllowanceOf<Vector>(LoadVector<Vector>(at - stride), LoadVector<Vector>(at),
                                      LoadVector<Vector>(at + stride), LoadVector<Vector>(at + 2 * stride)),
                  x, &m_up, &m_down);
         }
-        for (int x = 1; x < width - 2; x += kLanes) {
+        for (int x = kStep; x < (width - 2) * kStep; x += kLanes) {
             const Value *at = row + x;
-            const Vector a = LoadVector<Vector>(at), b = LoadVector<Vector>(at + 1),
-                         c = LoadVector<Vector>(at + stride), d = LoadVector<Vector>(at + stride + 1);
+            const Vector a = LoadVector<Vector>(at), b = LoadVector<Vector>(at + kStep),
+                         c = LoadVector<Vector>(at + stride), d = LoadVector<Vector>(at + stride + kStep);
             const Vector least = Least(Least(a, b), Least(c, d)), greatest = Greatest(Greatest(a, b), Greatest(c, d));
             Vector up = Greatest(Kept<Vector>(m_aboveUp, x), Kept<Vector>(m_belowUp, x))
-                + Greatest(Kept<Vector>(m_up, x), Kept<Vector>(m_up, x + 1)); // at most 2^15 - 2 if halved
+                + Greatest(Kept<Vector>(m_up, x), Kept<Vector>(m_up, x + kStep)); // at most 2^15 - 2 if halved
             Vector down = Greatest(Kept<Vector>(m_aboveDown, x), Kept<Vector>(m_belowDown, x))
-                + Greatest(Kept<Vector>(m_down, x), Kept<Vector>(m_down, x + 1));
+                + Greatest(Kept<Vector>(m_down, x), Kept<Vector>(m_down, x + kStep));
             if constexpr (!kIsFloat<Vector>) {
                 constexpr Value kLowest = -16384, kHighest = 16383; // halved
                 up = Least<Vector>(up, kHighest - greatest);
@@ -120,10 +122,10 @@ private:
     template <typename Vector> VITRELUX_INLINE void FindAlongRow(const Value *row, int width)
     {
         constexpr int kLanes = sizeof(Vector) / sizeof(Value);
-        for (int x = 1; x < width - 2; x += kLanes) {
+        for (int x = kStep; x < (width - 2) * kStep; x += kLanes) {
             const Value *at = row + x;
-            Keep(AllowanceOf<Vector>(LoadVector<Vector>(at - 1), LoadVector<Vector>(at), LoadVector<Vector>(at + 1),
-                                     LoadVector<Vector>(at + 2)),
+            Keep(AllowanceOf<Vector>(LoadVector<Vector>(at - kStep), LoadVector<Vector>(at),
+                                     LoadVector<Vector>(at + kStep), LoadVector<Vector>(at + 2 * kStep)),
                  x, &m_belowUp, &m_belowDown);
         }
     }

@@ -1,4 +1,5 @@
-// Sharp sampling of a run of pixels from the planes of a box: the innermost loop, one version per instruction set.
+// Sharp sampling of a run of pixels from the planes of a box, one per channel: the innermost loop, one version per
+// instruction set. SharpTogether_p.h has those for one plane of all colors.
 #pragma once
 
 #include "SharpBox_p.h"
@@ -6,34 +7,39 @@
 
 namespace {
 
-/// Places of the samples of a run in the planes: shared by the channels, or one per channel.
+/// Positions of a run's samples in the planes: shared by the channels, or one per channel.
 struct SharpRun {
     int count, stride;
     const std::int32_t *offset[3];             // of the first of 6 x 6 values
     const std::int32_t *phaseX[3], *phaseY[3]; // times SharpKernel::kPadded
 
-    /// Returns the distance from `offset` to the first of the middle four values, where the limits are stored.
-    int ToMiddle() const { return SharpKernel::kBefore * (stride + 1); }
+    /// Returns the distance from `offset` to the first of the middle four values, where the limits are stored. Pixels
+    /// have @p step values each.
+    int ToMiddle(int step = 1) const { return SharpKernel::kBefore * (stride + step); }
 };
 
-/// The planes of red, green and blue. Passed by value, like the run, so that the compiler knows that stores don't
-/// change it.
+/// The first values of red, green and blue: in three planes, or in the first one together. Passed by value, like the
+/// run, so that the compiler knows that stores don't modify it.
 struct CodePlanes {
-    explicit CodePlanes(const CodePlane (&planes)[4])
-        : pairs{planes[0].pairs.data(), planes[1].pairs.data(), planes[2].pairs.data()},
-          limits{planes[0].limits.data(), planes[1].limits.data(), planes[2].limits.data()}
+    CodePlanes(const CodePlane (&planes)[4], int step)
     {
+        for (int color = 0; color < 3; ++color) {
+            const CodePlane &plane = planes[step == kTogether ? 0 : color];
+            const int first = step == kTogether ? color : 0;
+            pairs[color] = plane.pairs.data() + first;
+            limits[color] = plane.limits.data() + first;
+        }
     }
 
     const std::int32_t *pairs[3], *limits[3];
 };
 
-// All versions add in this order and give the same bits: pairs of rows from the top, as integers; then the columns'
-// products 0 + 4 and 1 + 5, then of these sums 0 + 2 and 1 + 3, then both.
+// All versions add in this order, so results are bit-identical: pairs of rows from the top, as integers; then the
+// products of columns 0 + 4 and 1 + 5; then sums 0 + 2 and 1 + 3; then these two.
 
 constexpr float kCodeScale = 1.0F / SharpKernel::kOne; // for sums of rows; columns use Shares()
 constexpr float kValueOfCode = 1.0F / 65535.0F;
-constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // four lanes of it sum up to an opaque fourth channel
+constexpr float kQuarterOfWhite = 32767.0F / kCodeScale / 4.0F; // four such lanes add up to an opaque fourth channel
 constexpr int kAnyCode = 0x3fffc000;                            // a pair of limits that admits all codes
 
 #if VITRELUX_FITTED_VECTORS
@@ -89,7 +95,6 @@ struct CodesBySse2 {
         return _mm_add_ps(left, right);
     }
 
-    template <int kChannels>
     static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel, Float4 *samples)
     {
         const int middle = run.ToMiddle();
@@ -97,10 +102,10 @@ struct CodesBySse2 {
             __m128 products[3];
             std::int32_t offset[3];
             for (int channel = 0; channel < 3; ++channel) {
-                const int at = kChannels > 1 ? channel : 0;
-                offset[channel] = run.offset[at][i];
-                products[channel] = Products(planes.pairs[channel] + offset[channel], run.stride,
-                                             kernel.Weights() + run.phaseY[at][i], kernel.Shares() + run.phaseX[at][i]);
+                offset[channel] = run.offset[channel][i];
+                products[channel] =
+                    Products(planes.pairs[channel] + offset[channel], run.stride,
+                             kernel.Weights() + run.phaseY[channel][i], kernel.Shares() + run.phaseX[channel][i]);
             }
             const __m128 sums = SumsOf(products[0], products[1], products[2], _mm_set1_ps(kQuarterOfWhite));
             const __m128 value = ValuesOf(sums, LimitsOf(planes, middle, offset));
@@ -141,8 +146,8 @@ struct CodesByAvx2 {
         return _mm256_mul_ps(_mm256_add_ps(limited, _mm256_set1_ps(32768.0F)), _mm256_set1_ps(kValueOfCode));
     }
 
-    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples needs the room.
-    template <int kChannels>
+    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice; @p samples must have room
+    /// for it.
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)
     {
@@ -151,13 +156,13 @@ struct CodesByAvx2 {
             __m256 products[3]; // of both pixels, with columns 4 to 7 added to 0 to 3
             std::int32_t offset[2][3];
             for (int channel = 0; channel < 3; ++channel) {
-                const int at = kChannels > 1 ? channel : 0;
                 __m256 whole[2];
                 for (int pixel = 0; pixel < 2; ++pixel) {
                     const int j = pixel == 0 || i + 1 == run.count ? i : i + 1;
-                    offset[pixel][channel] = run.offset[at][j];
-                    whole[pixel] = Products(planes.pairs[channel] + offset[pixel][channel], run.stride,
-                                            kernel.Weights() + run.phaseY[at][j], kernel.Shares() + run.phaseX[at][j]);
+                    offset[pixel][channel] = run.offset[channel][j];
+                    whole[pixel] =
+                        Products(planes.pairs[channel] + offset[pixel][channel], run.stride,
+                                 kernel.Weights() + run.phaseY[channel][j], kernel.Shares() + run.phaseX[channel][j]);
                 }
                 products[channel] = _mm256_add_ps(_mm256_permute2f128_ps(whole[0], whole[1], 0x20),
                                                   _mm256_permute2f128_ps(whole[0], whole[1], 0x31));
@@ -172,16 +177,17 @@ struct CodesByAvx2 {
 
 #endif
 
-/// The plain version, which defines the result; used on processors without 16-bit multiply-add.
-struct CodesPlainly {
+/// The plain version, which defines the result; used on processors without 16-bit multiply-add. Pixels are @p kStep
+/// values apart.
+template <int kStep> struct CodesPlainly {
     VITRELUX_INLINE static float Sum(const std::int32_t *pairs, int stride, const std::int16_t *weights,
                                      const float *shares)
     {
-        float products[8];
-        for (int column = 0; column < 8; ++column) {
+        float products[SharpKernel::kPadded] = {};
+        for (int column = 0; column < SharpKernel::kTaps; ++column) {
             std::int32_t sum = 0;
             for (int row = 0; row < SharpKernel::kTaps; row += 2) {
-                const std::int32_t pair = pairs[row * stride + column];
+                const std::int32_t pair = pairs[row * stride + column * kStep];
                 sum += static_cast<std::int16_t>(pair) * weights[row] + (pair >> 16) * weights[row + 1];
             }
             products[column] = static_cast<float>(sum) * shares[column];
@@ -192,16 +198,15 @@ struct CodesPlainly {
         return products[0];
     }
 
-    template <int kChannels>
     static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel, Float4 *samples)
     {
         for (int i = 0; i < run.count; ++i) {
             for (int channel = 0; channel < 3; ++channel) {
-                const int at = kChannels > 1 ? channel : 0;
-                const std::int32_t offset = run.offset[at][i];
-                const float sum = Sum(planes.pairs[channel] + offset, run.stride, kernel.Weights() + run.phaseY[at][i],
-                                      kernel.Shares() + run.phaseX[at][i]);
-                const std::int32_t limits = planes.limits[channel][offset + run.ToMiddle()];
+                const std::int32_t offset = run.offset[channel][i];
+                const float sum =
+                    Sum(planes.pairs[channel] + offset, run.stride, kernel.Weights() + run.phaseY[channel][i],
+                        kernel.Shares() + run.phaseX[channel][i]);
+                const std::int32_t limits = planes.limits[channel][offset + run.ToMiddle(kStep)];
                 const auto lowest = static_cast<float>(static_cast<std::int16_t>(limits) * 2);
                 const auto highest = static_cast<float>((limits >> 16) * 2 + 1);
                 samples[i][channel] = (Least(Greatest(sum * kCodeScale, lowest), highest) + 32768.0F) * kValueOfCode;

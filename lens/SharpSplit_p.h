@@ -1,4 +1,4 @@
-// Rows of pixels as 16-bit codes, one plane per color, for sharp sampling.
+// Rows of pixels as 16-bit codes for sharp sampling: one plane per color, or the three colors of a pixel together.
 #pragma once
 
 #include "SharpLimits_p.h"
@@ -6,6 +6,8 @@
 #include <limits>
 
 namespace {
+
+constexpr int kTogether = 3; // codes of a pixel without alpha
 
 VITRELUX_INLINE float LoadChannel(const unsigned char *pixel, int channel)
 {
@@ -62,6 +64,16 @@ VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, 
     StoreEight(blue, _mm_unpacklo_epi64(blueAlpha[0], blueAlpha[1]));
 }
 
+/// Stores the codes of eight pixels together, and one more.
+VITRELUX_INLINE void PackEight(const unsigned char *pixels, std::int16_t *to)
+{
+    for (int i = 0; i < 8; i += 2, to += 2 * kTogether) {
+        const __m128i codes = CodesOfTwo(pixels + i * kPixelBytes);
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(to), codes); // the next pixel overwrites alpha
+        _mm_storeh_pd(reinterpret_cast<double *>(to + kTogether), _mm_castsi128_pd(codes));
+    }
+}
+
 VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
 {
     const __m128i lows = _mm_loadu_si128(reinterpret_cast<const __m128i *>(low));
@@ -81,6 +93,13 @@ VITRELUX_INLINE void SplitEight(const unsigned char *pixels, std::int16_t *red, 
     }
 }
 
+VITRELUX_INLINE void PackEight(const unsigned char *pixels, std::int16_t *to)
+{
+    for (int i = 0; i < 8; ++i)
+        for (int channel = 0; channel < kTogether; ++channel)
+            to[i * kTogether + channel] = CodeOf(LoadChannel(pixels + i * kPixelBytes, channel));
+}
+
 VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high, std::int32_t *pairs)
 {
     for (int i = 0; i < 8; ++i)
@@ -89,31 +108,51 @@ VITRELUX_INLINE void PairEight(const std::int16_t *low, const std::int16_t *high
 
 #endif
 
-/// Stores the codes of @p count integer RGB pixels by color. They equal those of the same values as floats.
+/// Returns the code of an integer, which equals that of the same value as a float.
+template <typename Sample> VITRELUX_INLINE std::int16_t CodeOfStored(Sample stored)
+{
+    constexpr unsigned kScale = 65535U / std::numeric_limits<Sample>::max(), kHalf = 32768U;
+    return static_cast<std::int16_t>(static_cast<std::uint16_t>(stored * kScale - kHalf));
+}
+
+/// Stores the codes of @p count integer RGB pixels by color.
 template <typename Sample>
 VITRELUX_INLINE void SplitStored(const unsigned char *pixels, int count, std::int16_t *__restrict red,
                                  std::int16_t *__restrict green, std::int16_t *__restrict blue)
 {
-    constexpr unsigned kScale = 65535U / std::numeric_limits<Sample>::max(), kHalf = 32768U;
     const auto *__restrict samples = reinterpret_cast<const Sample *>(pixels);
     for (int i = 0; i < count; ++i) {
-        red[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i] * kScale - kHalf));
-        green[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 1] * kScale - kHalf));
-        blue[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(samples[3 * i + 2] * kScale - kHalf));
+        red[i] = CodeOfStored(samples[3 * i]);
+        green[i] = CodeOfStored(samples[3 * i + 1]);
+        blue[i] = CodeOfStored(samples[3 * i + 2]);
     }
 }
 
-/// Stores the codes of @p count pixels of float RGBA by color. Prefetches the next rows, @p stride bytes apart, which
-/// the processor doesn't predict.
+/// Stores the codes of @p count integer RGB pixels together.
+template <typename Sample>
+VITRELUX_INLINE void PackStored(const unsigned char *pixels, int count, std::int16_t *__restrict to)
+{
+    const auto *__restrict samples = reinterpret_cast<const Sample *>(pixels);
+    for (int i = 0; i < count * kTogether; ++i)
+        to[i] = CodeOfStored(samples[i]);
+}
+
+/// Prefetches what is three rows, @p stride bytes each, below eight pixels of float RGBA: the processor doesn't predict
+/// curved lines.
+VITRELUX_INLINE void PrefetchBelow(const unsigned char *pixels, std::int64_t stride)
+{
+    constexpr int kLineBytes = 64, kRowsAhead = 3;
+    __builtin_prefetch(pixels + kRowsAhead * stride);
+    __builtin_prefetch(pixels + kRowsAhead * stride + kLineBytes);
+}
+
+/// Stores the codes of @p count pixels of float RGBA by color. Prefetches the next rows, @p stride bytes apart.
 VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *red,
                               std::int16_t *green, std::int16_t *blue)
 {
-    constexpr int kLineBytes = 64, kRowsAhead = 3;
     int i = 0;
     for (; i + 8 <= count; i += 8) {
-        const unsigned char *ahead = pixels + i * kPixelBytes + kRowsAhead * stride;
-        __builtin_prefetch(ahead);
-        __builtin_prefetch(ahead + kLineBytes);
+        PrefetchBelow(pixels + i * kPixelBytes, stride);
         SplitEight(pixels + i * kPixelBytes, red + i, green + i, blue + i);
     }
     for (; i < count; ++i) {
@@ -121,6 +160,19 @@ VITRELUX_INLINE void SplitRow(const unsigned char *pixels, std::int64_t stride, 
         green[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 1));
         blue[i] = CodeOf(LoadChannel(pixels + i * kPixelBytes, 2));
     }
+}
+
+/// Same, the colors of each pixel together. Stores one meaningless code after them.
+VITRELUX_INLINE void PackRow(const unsigned char *pixels, std::int64_t stride, int count, std::int16_t *to)
+{
+    int i = 0;
+    for (; i + 8 <= count; i += 8) {
+        PrefetchBelow(pixels + i * kPixelBytes, stride);
+        PackEight(pixels + i * kPixelBytes, to + i * kTogether);
+    }
+    for (; i < count; ++i)
+        for (int channel = 0; channel < kTogether; ++channel)
+            to[i * kTogether + channel] = CodeOf(LoadChannel(pixels + i * kPixelBytes, channel));
 }
 
 } // namespace

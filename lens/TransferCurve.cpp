@@ -62,7 +62,7 @@ constexpr Formula kKnown[] = {
     {1.0 / 0.45, 0.099, 0.081, 1.0 / 4.5},     // ITU-R BT.709
 };
 
-/// Whether light at evenly spaced stored values matches the formula within one 16-bit code.
+/// Returns whether light at evenly spaced stored values matches the formula within one 16-bit code.
 bool Follows(const std::vector<double> &light, const Formula &formula)
 {
     constexpr double kCode = 1.0 / 65535.0;
@@ -74,7 +74,8 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
     return true;
 }
 
-/// The powers of curves in use, with a margin. Floats above 1 to a steeper one, from a damaged profile, would overflow.
+/// The range of powers in real curves, with a margin. A steeper one, from a damaged profile, would overflow for floats
+/// above 1.
 constexpr double kFlattest = 0.25, kSteepest = 4.0;
 
 /// Returns the formula that the points follow, if there are enough of them to recognize it.
@@ -92,7 +93,7 @@ std::optional<Formula> FormulaOf(const std::vector<double> &light)
     return known == std::end(kKnown) ? std::nullopt : std::make_optional(*known);
 }
 
-/// A curve through points that never decrease and aren't all equal.
+/// A curve through non-decreasing points that aren't all equal.
 class SampledCurve {
 public:
     explicit SampledCurve(std::vector<double> light) : m_light(std::move(light))

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-/// Converts between a picture's stored values and light, per channel: exactly in double, or with tables for pixel
-/// loops.
+/// Converts between a picture's stored values and light, per channel: exactly in double precision, or with tables for
+/// pixel loops.
 ///
 /// Curves increase and pass through 0, so black stays black. For float pictures they continue above 1, and they are odd
 /// functions.
@@ -36,19 +36,20 @@ public:
     /// A line, then a power:
     ///
     ///     light = slope v                                for v below toe
-    ///     light = ((v + offset) / (1 + offset)) ^ gamma  from there on
+    ///     light = ((v + offset) / (1 + offset)) ^ gamma  above
     ///
-    /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line: no power per pixel.
+    /// A gain g >= 1 maps v to (v + offset) g^(1 / gamma) - offset, or to g v on the line, so pixels need no power
+    /// function.
     struct Formula {
         double gamma, offset, toe, slope; // a toe of 0: no line
 
         double Light(double stored) const; // of values above 0
         double Stored(double light) const;
     };
-    /// The formula of all channels. Null if the curves are known only as points.
+    /// Returns the formula of all channels. Null if the curves are known only as points.
     const Formula *ByFormula() const { return m_data && m_data->formula ? &*m_data->formula : nullptr; }
 
-    /// A function as linear segments, indexed by the leading bits of a float: they divide each octave evenly.
+    /// A piecewise linear function, indexed by the leading bits of a float, which divide each octave evenly.
     struct Table {
         struct Segment {
             float start, slope; // of start + slope * x

@@ -11,7 +11,7 @@ namespace {
 /// Groups of values; not every model has all of them.
 enum ValueKind : unsigned { kPlace = 1, kRadial = 2, kTangential = 4, kScale = 8, kVignette = 16 };
 
-/// A value element inside a model, and the member for its number.
+/// A value element of a model, and the function that stores its number.
 struct ValueRule {
     const char *tag;
     ValueKind kind;

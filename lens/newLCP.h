@@ -8,8 +8,8 @@ class QDomElement;
 class QString;
 
 /// The first entry of a lens correction profile as written by Adobe's Lens Profile Creator: XMP with RDF structure, in
-/// element form, tags compared with their prefix. A profile may have one entry per focal length, aperture and distance;
-/// only the first one in the file is used.
+/// element form; tags are compared including their prefix. A profile may have one entry per focal length, aperture and
+/// distance; only the first one in the file is used.
 ///
 /// Values in the file are fractions of the size minus one of the calibrated picture. The pixel values of the models
 /// (LensParam::centerX, centerY, focalPixels) hold for a picture of imageWidth by imageLength times `scale`.
@@ -20,11 +20,11 @@ public:
     /// @param ok  true if the file holds a profile, false if not: no rdf:li on the path of first child elements, an
     /// rdf:li without rdf:parseType="Resource" or without a model element, not XML, or XML beyond the limits of
     /// ReadProfileDocument. Unchanged if the file cannot be opened, so callers preset it. Throws nothing. Truncated XML
-    /// is used as far as it goes.
+    /// is used up to where it ends.
     newLCP(const QString &fileName, bool &ok);
     /// As above. @p whyNotRead is set if the file exists but can't be opened or read to its end.
     newLCP(const QString &fileName, bool &ok, QString *whyNotRead);
-    /// Reads a parsed profile from its root element; @p ok as above.
+    /// Reads a parsed profile from its root element; sets @p ok as above.
     newLCP(const QDomElement &root, bool &ok);
 
     /// Sets sensorFormatFactor to 1, scale, sizes and modelKind to 0.
@@ -32,7 +32,7 @@ public:
     /// Calls LensParam::Reset for the five models, then Init.
     void Reset();
 
-    /// The kind of the distortion and green models; the red and blue ones are always perspective.
+    /// Returns the kind of the distortion and green models; the red and blue ones are always perspective.
     LensModel Kind() const { return modelKind != 0 ? LensModel::Fisheye : LensModel::Perspective; }
 
     /// Warps @p source into @p destination, on the calling thread.

@@ -40,8 +40,8 @@ template <typename Predicate> QString Names(Predicate isOne)
     return names.join(QStringLiteral(", "));
 }
 
-/// Whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata, which the
-/// result keeps.
+/// Returns whether the source's XMP reports the correction. Corrections by the camera are reported by other metadata,
+/// which the result keeps.
 bool IsInXmp(const Fact<bool> &done)
 {
     return done.value && done.source.startsWith(QLatin1String("XMP "));
@@ -75,7 +75,7 @@ public:
         : m_prefix(QStringLiteral("Xmp.%1.").arg(QLatin1String(prefix))), m_record(record)
     {
     }
-    /// An empty text removes the source's value.
+    /// Sets a property; an empty string removes the source's value.
     void Set(const char *name, const QString &text) { m_record->append({m_prefix + QLatin1String(name), text}); }
 
 private:

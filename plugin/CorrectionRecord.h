@@ -7,8 +7,8 @@
 /// Returns the names of the corrections made: "distortion, lateral color, vignetting".
 QString CorrectionsText(const FitResult &fit);
 
-/// Returns the XMP properties of the result (docs/fitting.md lists them): our own, by which a later run knows what was
-/// done, and those of camera raw settings, by which other programs do. Corrections that the source's XMP reports remain
+/// Returns the XMP properties of the result (docs/fitting.md lists them): ours, which tell later runs what was done,
+/// and those of camera raw settings, which tell other programs. Corrections that the source's XMP reports remain
 /// reported. Reads the profile's file for its digest.
 /// @param mimeType  of the result.
 KImage::EditRecord CorrectionRecord(const FitResult &fit, const PictureFacts &facts, const FitOptions &options,

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Sharp sampling works in units of 64 rows, each with the source rows around it. Lower bands would repeat that work.
+// Sharp sampling works in units of 64 rows, each with the source rows around it. Smaller bands would repeat that work.
 constexpr int kBandRows = GFL_FAST_ROWS;
 
 // Rows converted at once: too few pixels for KImage to divide among OpenMP threads, because each of the

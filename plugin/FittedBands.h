@@ -41,8 +41,8 @@ public:
     /// Returns whether pixels are blended onto black, because the file has no alpha.
     bool Flattens() const { return m_values.flattens; }
 
-    /// Fills @p rows, of the form above, with the rows of the result from @p firstRow on. Cheap for whole bands of
-    /// GFL_FAST_ROWS, and for parts of one in order. Any number of threads at once.
+    /// Fills @p rows, of the type and depth above, with the rows of the result from @p firstRow on. Efficient for whole
+    /// bands of GFL_FAST_ROWS, and for consecutive parts of one. Any number of threads at once.
     void Fill(KImage &rows, int firstRow);
     /// Fills @p image, float RGBA of the source's size but not the source, with the whole result.
     void FillFloat(KImage &image);

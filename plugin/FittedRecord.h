@@ -39,7 +39,7 @@ struct FittedRecord {
 /// | "Focal", "Aperture", "Distance"          | mm, f-number, m, above 0; the distance may be "inf"             |
 ///
 /// Numbers have a decimal point in any locale and are clamped to their range. Options whose text is missing, empty or
-/// invalid have their defaults.
+/// invalid get their defaults.
 namespace fitted {
 
 /// Lasting options are stored as defaults for later jobs and copied from picture to picture; the others, typed facts

@@ -12,18 +12,19 @@
 #include "gfl.h"
 
 #include <QDir>
-#include <QMutex>
 #include <QThread>
+
+#include <mutex>
 
 namespace {
 
 /// Returns a fitter shared by all users of the same folders, so that the threads of a job read the index once.
 std::shared_ptr<PictureFitter> FitterOf(const QStringList &folders)
 {
-    static QMutex mutex;
+    static std::mutex mutex;
     static std::shared_ptr<PictureFitter> fitter;
     static QStringList fitterFolders;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (!fitter || fitterFolders != folders)
         fitter = std::make_shared<PictureFitter>(folders);
     fitterFolders = folders;
@@ -69,7 +70,7 @@ QStringList LostByFormat(const FittedPlan &plan, const FittedBands &bands, const
     return lost;
 }
 
-/// Throws if the host has asked the thread that called Process to end, see QThread::requestInterruption.
+/// Throws if the host has asked the thread that called Process to end; see QThread::requestInterruption.
 void EndIfInterrupted(const QThread &caller)
 {
     if (caller.isInterruptionRequested())
@@ -105,7 +106,7 @@ FittedPlan KVitreluxOne2One::PlanFor(KIImageDef *def, const QString &fileName, c
     const bool isFloat = def->nDepth() > 16;
     plan.values.toLight = plan.file.HoldsLight();
     plan.values.encodes = isFloat && !plan.file.HoldsFloats()
-        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // else it has a curve
+        && !gflHasICCProfileUTF8(fileName.toUtf8().constData()); // a profile has a curve
     if (plan.fit.vignetting || plan.values.toLight) {
         GFL_LOAD_PARAMS development;
         ImageDatas::GetDefaultLoadParams(&development);

@@ -24,8 +24,9 @@ QString CorrectedFileName(const QString &fileName, const QString &suffix)
     return info.absolutePath() + QDir::separator() + info.completeBaseName() + QStringLiteral("_corrected.") + suffix;
 }
 
-/// A profile describes a landscape frame. Upright and square pictures are corrected as if they were rotated into it and
-/// back; pixels that no model writes are black, as after a rotation into a cleared image.
+/// Returns the frame in which a picture is corrected. A profile describes a landscape frame; upright and square
+/// pictures are corrected as if they were rotated into it and back. Pixels that no model writes are black, as after a
+/// rotation into a cleared image.
 FloatWarp::Frame FrameOf(const KImage &image)
 {
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
@@ -63,7 +64,7 @@ private:
         FloatWarp::RowRange range = m_warp->RowsFor(firstRow, m_band.height());
         m_source.Hold(range.first, range.end);
         while (!m_warp->RenderFrom(m_source.Image(), m_source.FirstRow(), m_band, firstRow, unwritten)) {
-            const int more = range.end - range.first; // finally the whole picture, where no row is missing
+            const int more = range.end - range.first; // ends with the whole picture, in which no row is missing
             range = {qMax(0, range.first - more), qMin(m_height, range.end + more)};
             m_source.Hold(range.first, range.end);
         }
@@ -135,7 +136,7 @@ void KVitreluxOne2One::Process(QString fileName, void *parameters, QString &outp
         const FullSizeLock full(def);
         if (!full.Image())
             ThrowNotLoaded(fileName);
-        const KImage &image = *full.Image(); // must be returned before the file is written
+        const KImage &image = *full.Image(); // must be unlocked before the file is written
         image.Convert(source, image.type(), image.bitsPerComponent());
         lcp = ProfileOf(def, params);
     }

@@ -5,7 +5,7 @@
 
 class KImage;
 
-/// Conversion of float RGBA pixels in place, in this order. By default nothing is done.
+/// Conversions of float RGBA pixels in place, made in this order; none by default.
 struct ResultValues {
     bool toLight = false;  // stored values to light, by `light`
     bool encodes = false;  // light to sRGB values

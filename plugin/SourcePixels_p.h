@@ -26,7 +26,7 @@ public:
     FullSizeLock(const FullSizeLock &) = delete;
     FullSizeLock &operator=(const FullSizeLock &) = delete;
 
-    /// Null if the host returned no pixels.
+    /// Returns the pixels; null if the host returned none.
     const KImage *Image() const { return m_image; }
 
 private:

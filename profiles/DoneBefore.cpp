@@ -32,12 +32,12 @@ constexpr SwitchRule kSwitches[] = {
     {"Exif.Panasonic.ShadingCompensation", 0, &PictureFacts::vignettingDone, "maker note, shading compensation"},
 };
 
-/// Phones and drones that correct their pictures. Both texts are prefixes of make and model, case insensitive.
+/// Phones and drones that correct their pictures, by prefixes of make and model; case is ignored.
 struct SelfCorrecting {
     const char *make, *model;
 };
 
-// Drones by the names of their cameras. Others deliver uncorrected pictures.
+// Drones, by the names of their cameras. Other models deliver uncorrected pictures.
 constexpr SelfCorrecting kSelfCorrecting[] = {
     {"Apple", "iPhone"},
     {"Apple", "iPad"},
@@ -89,7 +89,7 @@ void FindDeveloped(const MetadataLookup &metadata, PictureFacts *facts)
         Set(&facts->chromaticDone, QStringLiteral("XMP crs:AutoLateralCA"));
 }
 
-/// A correction in our own record; the names are those of FitTask.
+/// A correction in our own record, named as in FitTask.
 struct RecordRow {
     QLatin1String name;
     Done done;
@@ -106,7 +106,7 @@ const RecordRow kRecord[] = {
      &FitOptions::vignetting},
 };
 
-/// Reads what an earlier run of ours wrote, see docs/fitting.md.
+/// Reads the record that an earlier run of ours wrote; see docs/fitting.md.
 void FindOwnRecord(const MetadataLookup &metadata, PictureFacts *facts)
 {
     const auto names = [&](const char *key) { return metadata.Text(key).raw.split(QStringLiteral(", ")); };

@@ -17,10 +17,10 @@ namespace {
 /// The picture's frame for an entry, shared by all entries with the same frame.
 struct KnownFrame {
     std::optional<EntryFrame> frame;
-    QString why; // if none
+    QString why; // why there is none
 };
 
-/// An entry as a key: equal to others with the same frame of the same camera.
+/// Hash key of an entry: entries with the same camera and frame are equal.
 struct FramedEntry {
     const ProfileEntry *entry;
 
@@ -36,7 +36,7 @@ struct FramedEntry {
 struct FramedEntryHash {
     std::size_t operator()(const FramedEntry &key) const
     {
-        const ProfileEntry &entry = *key.entry; // the rest rarely differs
+        const ProfileEntry &entry = *key.entry; // the other fields rarely differ
         return qHash(entry.model) ^ (qHash(entry.cameraName) << 1) ^ (qHash(entry.uniqueModel) << 2)
             ^ qHash(entry.width);
     }
@@ -199,7 +199,7 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
-    /// Makes a map of these entries. If it can't be used, leaves it out, with a reason that names the entry at fault.
+    /// Makes a map from these entries. Leaves it out if it can't be used, with a reason that names the entry at fault.
     void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
                  const std::function<RadialMap(const BlendParts &)> &make)
     {

@@ -12,13 +12,13 @@ struct FitResult {
     Correction correction;
     bool distortion = false, chromatic = false, vignetting = false; // the corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
-    QString profileName;                                            // as the profile calls itself; may be empty
+    QString profileName;                                            // the profile's own name; may be empty
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
     QString entries;          // readable: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
     QStringList assumed;      // one readable line per assumption
     QString why;              // one line: why something was left out; empty if nothing was
-    QString reason;           // why this profile, if it was found automatically
-    QStringList nearest;      // if none was found: up to three that came close
+    QString reason;           // why this profile was chosen, if it was found automatically
+    QStringList nearest;      // if none was found: up to three near matches
     bool isAmbiguous = false; // several profiles fit equally well, so none was used
     double zoom = 1.0;
     double fieldShare = 1.0;  // share of the photographed field that is kept
@@ -26,7 +26,7 @@ struct FitResult {
 };
 
 /// Fits @p profile to the picture: chooses entries, frame and framing. Nothing is guessed: a correction that needs a
-/// fact missing from the picture is left out, with a reason. Any thread, once the image module has started (for the
+/// fact missing from the picture is left out, with a reason. Thread-safe once the image module has started (for the
 /// table of cameras).
 FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOptions &options);
 

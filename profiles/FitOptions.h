@@ -25,9 +25,10 @@ struct FitOptions {
     Framing framing = Framing::Fill;
     double framingFactor = 1.0; // of Framing::Factor, 0.5 to 2
     Sampling sampling = Sampling::Sharp;
-    Projection projection = Projection::Rectilinear;                              // of fisheyes
-    double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0; // 0 to 1 and a little beyond
+    Projection projection = Projection::Rectilinear; // of fisheyes
+    double amountDistortion = 1.0, amountChromatic = 1.0,
+           amountVignetting = 1.0; // of the profile's; at most 2
     ProfileSource source = ProfileSource::Auto;
-    bool again = false; // correct even if it was corrected before
+    bool again = false; // correct even if the picture was corrected before
     TypedFacts typed;
 };

@@ -19,14 +19,14 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
     return std::nullopt;
 }
 
-/// Whether a corner of the source is farther from the center than the geometric map reaches.
+/// Returns whether a corner of the source is farther from the center than the geometric map reaches.
 bool GoesOnBeyondEnd(const Correction &correction)
 {
     if (!correction.geometry)
         return false;
     const RadialMap &map = *correction.geometry;
     const double endSquared = map.endRadius * map.endRadius;
-    if (!(endSquared <= map.factor.EndSquared())) // farther out than any framing reaches
+    if (!(endSquared <= map.factor.EndSquared())) // no framing reaches farther out
         return false;
     const double reach = map.endRadius * map.factor.AtSquared(endSquared);
     return std::hypot(std::max(map.centerX, correction.width - 1.0 - map.centerX),
@@ -92,7 +92,7 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
 {
     if (!task.isWanted)
         return false;
-    const bool isChosen = !options.profile.isEmpty(); // by a user who knows the picture
+    const bool isChosen = !options.profile.isEmpty(); // the user knows the picture
     const bool isAnew = options.again || isChosen;
     if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));

@@ -18,11 +18,11 @@ QString WhyRefused(const PictureFacts &facts);
 /// A request for one of the three corrections.
 struct FitTask {
     Quantity quantity;
-    const char *name; // in messages
+    const char *name; // for messages
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // by an earlier run of ours, without success
+    bool tried; // an earlier run of ours failed to correct it
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
@@ -31,7 +31,7 @@ FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options);
 /// Requested corrections that are not made, with the reasons.
 class LeftOut {
 public:
-    /// Whether the correction is requested and allowed; otherwise records the reason if it was requested.
+    /// Returns whether the correction is requested and allowed; otherwise records the reason if it was requested.
     bool Allows(const FitTask &task, const FitOptions &options);
     void Add(const FitTask &task, const QString &why);
     /// Returns one line such as "distortion, vignetting: corrected before (...)"; empty if nothing was left out.

@@ -31,7 +31,7 @@ QString EntryText(const ProfileEntry &entry)
         parts << QStringLiteral("infinity");
     else if (entry.distanceM > 0.0)
         parts << Numeral(entry.distanceM, 3) + QStringLiteral(" m");
-    return parts.isEmpty() ? QStringLiteral("the entry in line %1").arg(entry.line) : parts.join(QLatin1Char(' '));
+    return parts.isEmpty() ? QStringLiteral("the entry at line %1").arg(entry.line) : parts.join(QLatin1Char(' '));
 }
 
 QString EntriesText(const LensProfile &profile, const FitResult &result)

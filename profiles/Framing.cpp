@@ -25,7 +25,7 @@ std::vector<Point> EdgePoints(double width, double height, int samples)
     return points;
 }
 
-/// Returns a twin of the unframed correction, for positions only.
+/// Returns a CorrectionTwin of the unframed correction, for positions only.
 CorrectionTwin Unframed(Correction correction)
 {
     correction.zoom = 1.0;
@@ -58,7 +58,8 @@ public:
     }
 
 private:
-    /// Whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs rounding.
+    /// Returns whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs
+    /// rounding.
     bool Contains(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
@@ -116,7 +117,7 @@ private:
     std::vector<Point> m_points;
 };
 
-/// Finds the position in the unframed corrected picture that shows a place of the source. False if there is none.
+/// Finds the position in the unframed corrected picture that shows a position of the source. False if there is none.
 bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
@@ -164,7 +165,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
-    // The picture is full even at the smallest zoom. A smaller one would do, so the bound applies.
+    // The picture is full even at the smallest zoom. A smaller one would also fill it, so the bound applies.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;

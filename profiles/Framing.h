@@ -24,7 +24,7 @@ struct FramingZoom {
 /// Without a geometric step only Factor has an effect, because lateral color alone moves edges by a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
-/// Whether some pixels of the result have no source, so that it needs alpha.
+/// Returns whether some pixels of the result have no source, so that it needs alpha.
 bool LeavesEmpty(const Correction &correction);
 
 /// Returns the share of the photographed field that the result shows, 0 to 1.

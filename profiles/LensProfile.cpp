@@ -242,7 +242,7 @@ private:
     {
         if (!ReadPlace(node, &model) || !ReadCoefficients(node, rule.coefficients, &model))
             return;
-        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // a lateral color error may be only a scale
+        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // lateral color may consist of a scale alone
         if (!model.coefficients.isEmpty() || isScaled || model.tangential1 != 0.0 || model.tangential2 != 0.0)
             Keep(node, model, rule.model);
         else if (node.models.empty())

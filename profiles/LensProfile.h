@@ -11,7 +11,7 @@
 /// One polynomial model of an entry, in the file's units: focal length as a share of the frame's long side, center as
 /// shares of width and height. Inherited values are filled in.
 struct ProfileModel {
-    double focalLengthX = 0.0; // 0: not given, and not computable from focalMm without a frame
+    double focalLengthX = 0.0; // 0: not given; computing it from focalMm takes a frame
     double centerX = 0.5, centerY = 0.5;
     double scaleFactor = 1.0;
     QVector<double> coefficients; // radial, fisheye or vignetting terms in the order of their numbers, at most three
@@ -39,7 +39,7 @@ struct ProfileEntry {
 
     Kind kind = Kind::Perspective;
     std::optional<ProfileModel> geometry, green, redGreen, blueGreen, vignette;
-    qint64 line = 0; // of the file where the entry starts, from 1
+    qint64 line = 0; // line of the file at which the entry starts, from 1
 };
 
 /// A note about a problem in a profile, with its location.
@@ -63,5 +63,5 @@ struct LensProfile {
 /// @param error  filled if nothing is usable: what was read, expected and found. May be null.
 /// @return the profile; without entries if nothing is usable.
 LensProfile ReadLensProfile(const QString &path, QString *error);
-/// The same for content in memory. @p path is only stored.
+/// Same, for content in memory. @p path is only stored.
 LensProfile ParseLensProfile(const QByteArray &content, const QString &path, QString *error);

@@ -89,7 +89,7 @@ QString CheckMaps(LensProfile *profile)
     QString first;
     bool isUsable = false;
     for (int i = 0; i < profile->entries.size(); ++i) {
-        if (isUsable && profile->notes.size() > kMaxProfileNotes) // nothing more to say
+        if (isUsable && profile->notes.size() > kMaxProfileNotes) // nothing left to report
             break;
         MapCheck check(profile, i);
         isUsable |= check.Run();

@@ -7,10 +7,10 @@
 
 /// One value under its key in Exiv2 or LibRaw.
 struct MetadataText {
-    QString raw, printed; // as stored; as text in English
+    QString raw, printed; // as stored; as English text
 };
 
-/// Metadata of one file, read once. Absent keys give empty texts.
+/// Metadata of one file, read once. Absent keys give empty strings.
 class MetadataLookup {
 public:
     /// Reads a file; empty if nothing can be read.

@@ -126,7 +126,7 @@ template <size_t count> Fact<double> FirstNumber(const MetadataLookup &metadata,
     return {};
 }
 
-/// Whether a text is a lens name, not "(165)", "n/a" or dashes, which mean an unknown lens.
+/// Returns whether a text is a lens name, not "(165)", "n/a" or dashes, which mean an unknown lens.
 bool IsName(const QString &text)
 {
     static const char *const kNone[] = {"none", "n/a", "na", "unknown", "manual lens", "no lens"};
@@ -136,7 +136,7 @@ bool IsName(const QString &text)
            });
 }
 
-/// Whether a number identifies a lens; some numbers mean none or any lens.
+/// Returns whether a number identifies a lens; some numbers mean none or any lens.
 bool IsId(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("0") && text != QLatin1String("65535");

@@ -29,7 +29,7 @@ struct PictureFacts {
     Fact<QString> lensMake;
     QVector<Fact<QString>> lensIds; // the maker's lens IDs, as text
     Fact<double> lensMinFocalMm, lensMaxFocalMm, lensMinApertureAtMin, lensMinApertureAtMax; // EXIF LensSpecification
-    Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // distance: infinite is a value
+    Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // the distance may be infinite
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
     Fact<double> focalPlaneWidthMm; // of the original's long side
@@ -54,6 +54,6 @@ PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;
 
-/// Whether an automatic run has nothing to do: each requested correction was either made before or could not be made by
-/// an earlier run of ours, which made others. False if the options ask for corrections again.
+/// Returns whether an automatic run has nothing to do: each requested correction was either made before or could not be
+/// made by an earlier run of ours, which made others. False if the options ask for corrections again.
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

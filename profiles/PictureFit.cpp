@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
 #include <QStandardPaths>
 
 #include <cmath>
@@ -98,7 +97,7 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Whether two corrections of a picture nearly agree at its corners and the middles of its sides.
+/// Returns whether two corrections of a picture nearly agree at its corners and the middles of its sides.
 bool AreAlike(const Correction &a, const Correction &b)
 {
     const CorrectionTwin one(a), other(b);
@@ -199,7 +198,7 @@ PictureFitter::Profile PictureFitter::Read(const QString &path, QString *error)
 {
     const QFileInfo info(path); // a host may run for days while users replace profiles
     const qint64 changed = info.lastModified().toMSecsSinceEpoch();
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (int i = 0; i < m_read.size(); ++i) {
         if (m_read[i].path == path && m_read[i].size == info.size() && m_read[i].changed == changed) {
             m_read.move(i, 0);
@@ -219,7 +218,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     QVector<IndexedProfile> profiles;
     QVector<UnreadPath> unread;
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_scanned)
             m_index.Scan(m_folders);
         m_scanned = true;
@@ -229,7 +228,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
-    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may have been there
+    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may contain the profile
         match.reason += QStringLiteral("; %1: %2").arg(unread.first().path, unread.first().error);
     if (named.lensNames.size() > facts.lensNames.size())
         match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
@@ -237,8 +236,8 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     return match;
 }
 
-/// Returns MatchHelp::correctAlike, which compares one profile with many: it is read and fitted once, and its copies
-/// never.
+/// Returns MatchHelp::correctAlike, which compares one profile with many: that profile is read and fitted only once,
+/// and copies of it never.
 std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
                                                                                 const FitOptions &options)
 {

@@ -4,11 +4,11 @@
 #include "Fit.h"
 #include "ProfileMatch.h"
 
-#include <QMutex>
 #include <QStringList>
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
 /// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
@@ -20,7 +20,7 @@ QString UserProfileFolder();
 QString ShownProfileName(const QString &profile);
 
 /// Fits pictures with the profiles of some folders, and with lensfun's database if none of them fits. Reads the profile
-/// index for the first picture that needs it. Any thread; searches wait for each other.
+/// index for the first picture that needs it. Thread-safe; searches run one at a time.
 class PictureFitter {
 public:
     /// @param folders    searched at any depth.
@@ -46,7 +46,7 @@ private:
                                                                      const FitOptions &options);
 
     const QStringList m_folders;
-    QMutex m_mutex; // guards all members below
+    std::mutex m_mutex; // guards all members below
     ProfileIndex m_index;
     bool m_scanned = false;
     QVector<ReadFile> m_read; // the most recent ones, newest first

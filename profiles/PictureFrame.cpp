@@ -17,10 +17,10 @@ QString Plain(const QString &name)
     return name.simplified().toCaseFolded();
 }
 
-/// Whether two names mean the same model: "Canon EOS 60D" and "EOS 60D" do if the maker is Canon.
+/// Returns whether two names mean the same model: "Canon EOS 60D" and "EOS 60D" do if the maker is Canon.
 bool IsSameModel(const QString &a, const QString &b, const QString &make)
 {
-    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // of "NIKON CORPORATION"
+    const QString brand = make.section(QLatin1Char(' '), 0, 0) + QLatin1Char(' '); // "NIKON " of "NIKON CORPORATION"
     const auto bare = [&brand](const QString &name) { return name.startsWith(brand) ? name.mid(brand.size()) : name; };
     return !a.isEmpty() && bare(a) == bare(b);
 }
@@ -142,7 +142,7 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
     return 1.0 / crop;
 }
 
-/// Whether the picture was rotated by a right angle before it was stored.
+/// Returns whether the picture was rotated by a right angle before it was stored.
 bool PictureFrame::LiesAcross(const QSizeF &reference) const
 {
     if (!m_facts.crop.Known())
@@ -183,7 +183,7 @@ bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame
     if (!(pictureLong > 0.0))
         pictureLong = m_facts.focalPlaneWidthMm.value;
     if (!(pictureLong > 0.0)) {
-        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera")
+        *why = m_body.model.isEmpty() ? QStringLiteral("the picture doesn't name its camera; name it with --body")
                                       : QStringLiteral("the size of the sensor of \"%1\" is unknown").arg(m_body.model);
         return false;
     }

@@ -16,7 +16,7 @@ constexpr double kMaxFrameRatio = 1.04;
 /// Returns the long side of the frame with the given crop factor and proportions; 0 if a value is missing.
 double LongSideMm(double factor, double width, double height);
 
-/// Returns the camera's crop factor from the table of cameras; 0 if it is unknown. Any thread.
+/// Returns the camera's crop factor from the table of cameras; 0 if it is unknown. Thread-safe.
 double CameraFactor(const QString &make, const QString &model);
 
 /// A vector in the axes of the sensor or of the picture, x to the right and y down.
@@ -57,7 +57,7 @@ struct PictureBody {
     QString make, model;
 };
 
-/// Whether the entry was measured with this body.
+/// Returns whether the entry was measured with this body.
 bool IsSameBody(const ProfileEntry &entry, const PictureBody &body);
 
 /// Computes the frames of a picture for the entries of a profile.
@@ -76,7 +76,7 @@ public:
     /// Returns the position, in pixels of the current picture, of a center given in shares of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
     /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
-    /// @param factor  of the camera, as CameraFactor.
+    /// @param factor  of the camera, as returned by CameraFactor.
     double FrameShare(double factor, QStringList *assumed) const;
     const PicturePlace &Place() const { return m_place; }
 

@@ -24,8 +24,8 @@ public:
     /// Blends the map from the corrected picture to the source. @p byGreen: uses green's model if an entry has one.
     /// @param amount  share of the displacement.
     RadialMap Geometry(const BlendParts &parts, bool byGreen, Projection projection, double amount) const;
-    /// Blends the map from green's place to red's or blue's, by @p color (&ProfileEntry::redGreen or blueGreen);
-    /// entries without it don't move the color.
+    /// Blends the map from green's sampling position to red's or blue's, by @p color (&ProfileEntry::redGreen or
+    /// blueGreen); entries without it don't move the color.
     RadialMap Color(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*color, double amount) const;
     /// Blends the gain.
     /// @param amount  share of the exposure values.

@@ -178,8 +178,9 @@ GridChoice ProfileGrid::Choose(const Setting &setting) const
     Bracket at;
     if (!setting.focalMm) {
         if (m_focals.size() > 1) {
-            choice.why = QStringLiteral("the focal length is unknown, and the profile has entries from %1")
-                             .arg(RangeText(shortest.focalMm, longest.focalMm, kMillimeters));
+            choice.why =
+                QStringLiteral("the focal length is unknown, and the profile has entries from %1; give it with --focal")
+                    .arg(RangeText(shortest.focalMm, longest.focalMm, kMillimeters));
             return choice;
         }
         choice.assumed << QStringLiteral("focal length unknown: the profile's only one is used");

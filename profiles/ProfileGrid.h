@@ -22,7 +22,7 @@ constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
 /// The quantity that a model of an entry corrects.
 enum class Quantity { Geometry, Color, Light };
 
-/// Whether the entry has a model for it.
+/// Returns whether the entry has a model for it.
 bool HasModel(const ProfileEntry &entry, Quantity quantity);
 
 /// The setting of a picture; absent values are unknown.

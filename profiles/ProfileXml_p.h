@@ -1,4 +1,4 @@
-// The entries of an .lcp file as plain fields, from any RDF spelling.
+// The entries of an .lcp file as plain fields, from any RDF form.
 #pragma once
 
 #include <QByteArray>

@@ -18,7 +18,7 @@ qint64 getFreeDiskSpace(QString path)
         return -1;
     qint64 bytes = 0;
     if (__builtin_mul_overflow(disk.f_bfree, disk.f_frsize, &bytes))
-        return std::numeric_limits<qint64>::max(); // network file systems without a limit claim up to 2^64
+        return std::numeric_limits<qint64>::max(); // network file systems without a limit report up to 2^64 bytes
     return bytes;
 }
 

@@ -29,7 +29,7 @@ QString KeyOf(const QString &name)
     return key;
 }
 
-/// Truncates towards 0. Values beyond 64 bits are clamped, to within 2,048 of the limit.
+/// Truncates toward 0. Values beyond 64 bits are clamped, to within 2,048 of the limit.
 qint64 Whole(double value)
 {
     constexpr double kLargest = 9223372036854773760.0;

@@ -12,7 +12,7 @@ class QDomElement;
 ///
 ///   | T       | text                                                                               |
 ///   |---------|------------------------------------------------------------------------------------|
-///   | bool    | "true" or "false" in any case, untrimmed, or a decimal integer: true unless 0      |
+///   | bool    | "true" or "false", ignoring case, untrimmed, or a decimal integer: true unless 0   |
 ///   | int     | a decimal integer                                                                  |
 ///   | double  | a number, with a point                                                             |
 ///   | QString | any, including the empty one                                                       |

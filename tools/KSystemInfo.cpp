@@ -23,13 +23,13 @@
 
 namespace {
 
-/// Returns the topology's count, if unknown OpenMP's, and at least 1.
+/// Returns the topology's count or, if that is unknown, OpenMP's; at least 1.
 int CountOr1(unsigned counted)
 {
     return counted ? static_cast<int>(counted) : std::max(omp_get_max_threads(), 1);
 }
 
-/// Network file systems without a limit report up to 2^64 bytes.
+/// Returns the product, clamped to 64 bits: network file systems without a limit report up to 2^64 bytes.
 unsigned long long ProductOrMax(unsigned long long blocks, unsigned long long blockBytes)
 {
     unsigned long long bytes;

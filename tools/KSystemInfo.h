@@ -6,7 +6,7 @@
 
 struct CpuTopology;
 
-/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty text, -1. The
+/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty string, -1. The
 /// object only stores the processor topology, which processor queries use between init() and exit() (called by
 /// KTools::init and KTools::exit). Otherwise they use OpenMP's counts.
 class KSystemInfo {
@@ -41,7 +41,7 @@ public:
     /// Returns the bytes available to an unprivileged user on the file system of @p path, and its total size. Both are
     /// 0 for a path that doesn't exist.
     static void DiskInfo(const QString &path, unsigned long long &freeBytes, unsigned long long &totalBytes);
-    /// Returns the soft limit of open files; -1 if it is unknown.
+    /// Returns the soft limit on open files; -1 if it is unknown.
     static int MaxOpenFiles();
     /// Sets the soft limit. Returns 0, or -1 if the system refuses.
     static int SetMaxOpenFiles(int count);
@@ -50,8 +50,8 @@ public:
 
     /// Returns "Linux_6.1.0_workstation": system, release, network name.
     static QString osDescription();
-    /// Returns "linux64deb" if dpkg can be run, otherwise "linux64tar". Trap: dpkg prints its version to our standard
-    /// output.
+    /// Returns "linux64deb" if dpkg can be run, otherwise "linux64tar". Side effect: dpkg prints its version to our
+    /// standard output.
     static QString osDownloadVersion();
     static void applicationVersion(int &major, int &minor, int &patch);
     /// Returns an empty list on Linux.
@@ -60,16 +60,16 @@ public:
 
     // --- Processors ---
 
-    /// Returns the logical processors, at least 1. The first call of these three pins its thread, see
-    /// cpuid2/cpu_topo.h.
+    /// Returns the number of logical processors, at least 1. The first call to any of these three functions pins the
+    /// calling thread; see cpuid2/cpu_topo.h.
     static int cpuVirtualCount();
-    /// Returns the cores, at least 1.
+    /// Returns the number of cores, at least 1.
     static int cpuPhysicalCount();
-    /// Returns the threads per core.
+    /// Returns the number of threads per core.
     static int cpuHyperThreadingCount();
     /// Returns the processor's name, including leading spaces.
     static QString cpuDescription();
-    /// Unknown on Linux.
+    /// Returns 0: unknown on Linux.
     static double cpuFrequency() { return 0.0; }
 
     static KSystemInfo *m_instance;

@@ -7,6 +7,6 @@ unsigned long long CacheBytesAllowed(unsigned long long freeBytes);
 unsigned long long InstalledBytes(unsigned long long bytes);
 /// Returns the free, buffer and cached bytes in a file like /proc/meminfo; 0 without the file.
 unsigned long long FreeBytesReported(const char *meminfo);
-/// Whether a program answers to "--version". Running it prints to our standard output.
+/// The result of running a program with "--version", which prints to our standard output.
 enum class Runnable { Yes, No, Unknown };
 Runnable IsRunnable(const char *program);

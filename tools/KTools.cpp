@@ -18,9 +18,9 @@ namespace {
 
 bool s_standsAlone = false; // this copy of the kernel created its own objects
 
-/// Counting the processors pins the calling thread permanently, and threads that it starts, including OpenMP's workers,
-/// inherit the affinity. So query on a short-lived thread; later queries use its result. If no thread can start, use
-/// OpenMP's counts.
+/// Counts the processors. That pins the calling thread permanently, and threads that it starts, including OpenMP's
+/// workers, inherit the affinity. So it runs on a short-lived thread; later queries use its result. If no thread can
+/// start, OpenMP's counts are used.
 void CountProcessors()
 {
     try {

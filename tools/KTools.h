@@ -21,7 +21,7 @@ struct KToolsInstances {
 
 class KTools {
 public:
-    /// Main thread, once. With a host's @p instances, uses its objects, which the host keeps owning. With null, creates
+    /// Main thread, once. With a host's @p instances, uses its objects, which the host still owns. With null, creates
     /// its own objects, sets up OpenMP for the process, and counts the processors; a second call does nothing. The
     /// application object must exist and have its names set: they name the data folder of analytics.
     static void init(KToolsInstances *instances);

@@ -58,7 +58,7 @@ private:
     int m_nodes = 0;
 };
 
-/// A parse and its working objects.
+/// One parse, with the objects that it needs.
 class Parse {
 public:
     template <class Text> void Run(const Text &text)
@@ -76,7 +76,7 @@ public:
 private:
     QString WhyRefused()
     {
-        // QDomDocument's parser with the same features: it stops at the same errors.
+        // Use the same features as QDomDocument, so that this parse stops at the same errors.
         m_reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
         m_reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
         m_reader.setContentHandler(&m_check);

@@ -1,6 +1,5 @@
-// Shows the wizard, goes through it as a user does, and takes its pictures for the documentation.
-// Usage: wizard-pictures PROFILE_FOLDER PICTURE... ENDING, into the current folder; language and scale as for any
-// program (LC_ALL, QT_SCALE_FACTOR).
+// Shows the wizard, steps through it like a user, and saves screenshots for the documentation in the current folder.
+// Usage: wizard-pictures PROFILE_FOLDER PICTURE... ENDING. LC_ALL and QT_SCALE_FACTOR set language and scale.
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
 #include "wizard/CompareDialog.h"
@@ -25,7 +24,7 @@
 namespace {
 
 constexpr int kWaitMs = 60000;
-constexpr int kSettleMs = 300; // for layouts and repaints that are queued
+constexpr int kSettleMs = 300; // for queued layouts and repaints
 
 void Require(bool condition, const char *what)
 {
@@ -58,10 +57,10 @@ public:
 
     void Go()
     {
-        WaitUntil([this] { return CanGoOn(); }, "the pictures are not looked at");
+        WaitUntil([this] { return CanGoOn(); }, "the pictures are not described");
         auto *list = m_wizard->findChild<QTreeWidget *>(QStringLiteral("pictures"));
         constexpr int kFolder = 2;
-        for (int i = 0; i < list->topLevelItemCount(); ++i) // not that of this machine
+        for (int i = 0; i < list->topLevelItemCount(); ++i) // hides this machine's folder
             list->topLevelItem(i)->setText(kFolder, QStringLiteral("/home/user/Pictures"));
         Settle();
         Shot("pictures");
@@ -69,7 +68,7 @@ public:
         auto *images = m_wizard->findChild<QComboBox *>(QStringLiteral("comboBoxImageDef"));
         Require(images, "the page has no list of images");
         images->setCurrentText(QStringLiteral("facade.jpg"));
-        WaitUntil([this] { return CanGoOn(); }, "the preview doesn't come");
+        WaitUntil([this] { return CanGoOn(); }, "the preview doesn't finish");
         Settle();
         Shot("page");
         Box("m_cbPreview")->click();
@@ -78,7 +77,7 @@ public:
         Box("m_cbVignetting")->click();
         Shot("rendering");
         Box("m_cbVignetting")->click();
-        WaitUntil([this] { return CanGoOn(); }, "the second preview doesn't come");
+        WaitUntil([this] { return CanGoOn(); }, "the second preview doesn't finish");
         Next();
         WaitUntil([this] { return !m_wizard->findChild<RunPage *>()->IsRunning(); }, "the run doesn't end");
         Settle();
@@ -95,7 +94,7 @@ private:
         auto *dialog = m_wizard->findChild<CompareDialog *>();
         auto *after = dialog ? dialog->findChild<ComparedView *>(QStringLiteral("after")) : nullptr;
         Require(after, "the comparison doesn't open");
-        WaitUntil([after] { return !after->Image().isNull(); }, "the compared pictures don't come");
+        WaitUntil([after] { return !after->Image().isNull(); }, "the compared pictures don't appear");
         Settle();
         Shot("compare", dialog);
         dialog->close();

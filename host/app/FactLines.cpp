@@ -8,21 +8,21 @@
 
 namespace {
 
-constexpr int kLabelWidth = 16;
+constexpr int kLabelWidth = 18;
 
 struct NumberRow {
     const char *label;
     Fact<double> PictureFacts::*fact;
-    const char *before, *after; // of the number
+    const char *before, *after; // texts around the number
 };
 
 constexpr NumberRow kNumbers[] = {
-    {"Shortest focal", &PictureFacts::lensMinFocalMm, "", " mm"},
-    {"Longest focal", &PictureFacts::lensMaxFocalMm, "", " mm"},
+    {"Min focal length", &PictureFacts::lensMinFocalMm, "", " mm"},
+    {"Max focal length", &PictureFacts::lensMaxFocalMm, "", " mm"},
     {"Widest aperture", &PictureFacts::lensMinApertureAtMin, "f/", ""},
-    {"... at longest", &PictureFacts::lensMinApertureAtMax, "f/", ""},
+    {"... at max focal", &PictureFacts::lensMinApertureAtMax, "f/", ""},
     {"Focal length", &PictureFacts::focalMm, "", " mm"},
-    {"... on 35 mm", &PictureFacts::focal35Mm, "", " mm"},
+    {"35 mm equivalent", &PictureFacts::focal35Mm, "", " mm"},
     {"Digital zoom", &PictureFacts::digitalZoom, "", ""},
     {"Aperture", &PictureFacts::aperture, "f/", ""},
     {"Distance", &PictureFacts::distanceM, "", " m"},
@@ -77,7 +77,7 @@ QString FrameLines(const PictureFacts &facts)
         text += Line("Full size", sides(facts.original.value), facts.original.source);
     text += Line("Orientation", QString::number(facts.orientation));
     if (facts.readerTurn != 1)
-        text += Line("Turned by", QString::number(facts.readerTurn));
+        text += Line("Reader applied", QString::number(facts.readerTurn));
     if (const QRectF &crop = facts.crop.value; facts.crop.Known()) {
         const auto share = [](double value) { return QString::number(value, 'g', 4); };
         text += Line("Crop",
@@ -114,7 +114,7 @@ QString DoneBeforeText(const PictureFacts &facts)
         const bool isLast = i + 1 == std::size(kDone);
         if (const Fact<bool> *next = isLast ? nullptr : &(facts.*kDone[i + 1].fact);
             next && next->value && next->source == fact.source)
-            continue; // one source for both
+            continue; // the next correction has the same source: name it once
         texts << QStringLiteral("%1 (%2)").arg(names.join(QLatin1String(", ")), fact.source);
         names.clear();
     }

@@ -10,5 +10,6 @@ QString AbsolutePath(const QString &name);
 /// Returns the path of @p name, without slashes, in @p folder.
 QString Joined(const QString &folder, const QString &name);
 
-/// Whether @p name is relative and the current folder has been deleted: its absolute path would be in the root folder.
+/// Returns whether @p name is relative and the current folder has been deleted: the absolute path would then be in the
+/// root folder.
 bool LacksCurrentFolder(const QString &name);

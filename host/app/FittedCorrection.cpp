@@ -132,7 +132,7 @@ void FittedCorrection::RequireMade(const Report &report, const QString &picture,
 {
     if (!report.isThere)
         Fail(QStringLiteral(
-            "the plug-in doesn't know fitted corrections; \"vitrelux correct --plain\" works without them"));
+            "the plug-in doesn't support fitted corrections; \"vitrelux correct --plain\" works without them"));
     if (!AreMade(request, report.done, picture))
         Fail(QStringLiteral("profile \"%1\": cannot make the requested corrections: %2")
                  .arg(report.profile, report.why));

@@ -27,14 +27,16 @@ public:
         Written,
         Planned,    // by Plan
         Kept,       // with ExistingOutput::Skip: another program wrote the output in the meantime
-        DoneBefore, // skipped
+        DoneBefore, // skipped: the picture was corrected before
         NoProfile   // none chosen, none found
     };
     struct Result {
         Outcome outcome = Outcome::Written;
-        QString profile;               // path, or "lensfun:MAKER/LENS"
-        QString entries, assumed, why; // why: of something left out; or by what the picture was corrected before; or
-                                       // that there is no profile, with the nearest misses
+        QString profile; // path, or "lensfun:MAKER/LENS"
+        QString entries, assumed;
+        /// The reason why something was left out, what corrected the picture before, or why there is no profile, with
+        /// the nearest misses.
+        QString why;
         Corrections made;
         /// Returns profile, entries, assumptions and anything left out in one line, with @p shown as the profile's
         /// name.
@@ -55,7 +57,7 @@ public:
 private:
     /// Results read from the record after a run.
     struct Report {
-        bool isThere = false; // false: the plug-in has no fitted corrections, or failed before it decided
+        bool isThere = false; // false: the plug-in doesn't support fitted corrections, or failed before it decided
         QString profile, entries, assumed, why;
         Corrections done;
     };

@@ -51,8 +51,8 @@ void SetVariable(const char *name, const QByteArray &value)
         throw std::bad_alloc();
 }
 
-/// Analytics stays off in this program: the kernels use the existing manager and delete it. It has no database, and
-/// XDG_DATA_HOME is /dev/null while it exists, so no folder is created.
+/// Creates a manager that keeps analytics off; the kernels use an existing manager and delete it. XDG_DATA_HOME is
+/// /dev/null during its construction, so no folder is created.
 void SwitchAnalyticsOff()
 {
     constexpr const char *kDataFolder = "XDG_DATA_HOME";
@@ -102,7 +102,7 @@ QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// Checks the settings files. @return their problem, or empty; they are ignored if there is one.
+/// Returns the problem of the settings files, which are then ignored; empty if there is none.
 QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
@@ -130,7 +130,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         std::_Exit(1);
     }
     if (qstrcmp(context.category, "qt.qpa.plugin") == 0 && type != QtFatalMsg)
-        return; // the fatal message explains it
+        return; // a fatal message with the reason follows
     if (text.startsWith(QLatin1String("QStandardPaths: ")) || (type != QtFatalMsg && count >= kMaxMessages))
         return;
     if (++count == kMaxMessages)
@@ -139,7 +139,7 @@ void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, con
         g_otherMessages(type, context, text);
 }
 
-/// Qt aborts if the display cannot be reached: print a message for the user instead of crashing.
+/// Ends the program with a message if Qt cannot reach the display, because Qt would then abort.
 void EndWithoutDisplay(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     if (type != QtFatalMsg || !text.contains(QLatin1String("platform plugin")))
@@ -163,7 +163,7 @@ void ChooseDisplayless()
     if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
         SetVariable("XDG_RUNTIME_DIR",
                     QFile::encodeName(QStringLiteral("%1/runtime-%2").arg(QDir::tempPath()).arg(geteuid())));
-    // Desktop themes, styles and input methods: slow to load, some connect to a display, none is used here.
+    // Desktop themes, styles and input methods load slowly, may connect to a display, and aren't used here.
     for (const char *name : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_IM_MODULE"})
         qunsetenv(name);
 }
@@ -222,7 +222,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
     // Workers create records too, so access is locked. Separate objects would read the file every time, and Qt crashes
     // if memory runs out while it creates one.
     const QVariant value = [&] {
-        const QMutexLocker locker(&m_settingsMutex);
+        const std::lock_guard<std::mutex> lock(m_settingsMutex);
         return m_settings.value(SettingPath(uid, key), defaultValue);
     }();
     return m_adapt ? m_adapt(key, value) : value;
@@ -230,7 +230,7 @@ QVariant HostApplication::GetPluginSetting(QString uid, QString key, QVariant de
 
 void HostApplication::SetPluginSetting(QString uid, QString key, QVariant value)
 {
-    const QMutexLocker locker(&m_settingsMutex);
+    const std::lock_guard<std::mutex> lock(m_settingsMutex);
     m_settings.setValue(SettingPath(uid, key), value);
 }
 
@@ -249,7 +249,7 @@ void HostApplication::TranslateWindows()
 {
     m_speaksUsersLanguage = true;
     std::setlocale(LC_MESSAGES, "");
-    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // plurals, for texts that the next one lacks
+    LoadTranslator(QStringLiteral("vitrelux_en.qm")); // English plurals, for texts missing from the next file
     LoadTranslator(QStringLiteral("vitrelux_%1.qm").arg(Locale().name()));
     Install(
         QStringLiteral("%1/qtbase_%2.qm").arg(QLibraryInfo::location(QLibraryInfo::TranslationsPath), Locale().name()));
@@ -272,7 +272,7 @@ KImageInstances *HostApplication::ImageInstances()
 KIImageDef *HostApplication::ImageDefOf(QString fileName)
 {
     {
-        const QMutexLocker locker(&m_mutex);
+        const std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_usedInstead.find(fileName);
         if (found != m_usedInstead.end())
             return found->second;
@@ -283,7 +283,7 @@ KIImageDef *HostApplication::ImageDefOf(QString fileName)
 HostApplication::Picture HostApplication::Describe(const QString &fileName)
 {
     const QString path = AbsolutePath(fileName);
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     Picture &picture = m_pictures[path];
     if (picture.image)
         return picture;
@@ -310,7 +310,7 @@ bool HostApplication::IsGray(const QString &fileName)
 
 void HostApplication::ForgetImages()
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     for (const auto &[path, picture] : m_pictures) {
         if (!picture.own)
             ImageDef::Delete(picture.image);
@@ -320,7 +320,7 @@ void HostApplication::ForgetImages()
 
 void HostApplication::UseInstead(const QString &fileName, KIImageDef *image)
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (image)
         m_usedInstead[fileName] = image;
     else
@@ -335,7 +335,7 @@ HostApplication::SettingAdapter HostApplication::AdaptPluginSettings(SettingAdap
 void HostApplication::Forget(const QString &fileName)
 {
     const QString path = AbsolutePath(fileName);
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     ImageDef::Delete(path);
     m_pictures.erase(path);
 }

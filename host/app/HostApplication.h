@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 /// Makes Qt work without a display and without the plug-ins that a desktop session loads into every Qt program. Called
@@ -20,8 +21,8 @@
 void ChooseDisplayless();
 
 /// Prepares Qt for windows. Called before the application is constructed, by commands that show windows. @return why no
-/// window can be shown, or empty. If a display is named but cannot be reached, constructing the application ends the
-/// program with a message.
+/// window can be shown; empty if one can. If a display is named but cannot be reached, constructing the application
+/// ends the program with a message.
 QString ChooseDisplay();
 
 /// Command line for the application object: only the program's name, because we parse the user's arguments. Must
@@ -33,18 +34,18 @@ struct ProgramName {
 };
 
 /// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
-/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Lives in main, GUI
-/// thread.
+/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Construct it in
+/// main. GUI thread, unless noted.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
 public:
-    /// As for QApplication: both must outlive this object, and Qt's options are removed from them. Don't catch
-    /// exceptions from here: if memory runs out, the destructors of half-made Qt objects crash.
+    /// As for QApplication, both arguments must outlive this object, and Qt's options are removed from them. Don't
+    /// catch exceptions thrown here: if memory runs out, the destructors of half-constructed Qt objects crash.
     HostApplication(int &argc, char **argv);
     ~HostApplication() override;
 
-    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterwards.
+    /// Saves the settings, frees the pictures and stops the image kernel; the object must not be used afterward.
     void Stop();
 
     /// Any thread.
@@ -54,37 +55,37 @@ public:
     /// Loads ":/Translation/FILENAME". Does nothing before TranslateWindows, so that plug-ins don't translate the texts
     /// that the command line prints.
     void LoadTranslator(QString fileName) override;
-    /// Never null: a file that isn't a picture has a description of size 0. Files are identified by absolute name.
+    /// Returns the description of a file, never null: a file that isn't a picture has a description of size 0. Files
+    /// are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
     /// Returns null: this host shares no interface kernel.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    /// Like ImageDefOf. The image cache or this object owns the image. Any thread.
+    /// Returns the same as ImageDefOf. The image cache or this object owns the image. Any thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Returns whether the file is a gray picture, with or without alpha. Any thread.
     bool IsGray(const QString &fileName);
-    /// Returns the reason, in one line, why the file cannot be corrected; empty if its header shows no problem. Any
-    /// thread.
+    /// Returns why the file cannot be corrected, in one line; empty if its header shows no problem. Any thread.
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
     /// Uses @p image as the description of @p fileName (absolute) until it is set to null.
     void UseInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
-    /// Passes all settings read by plug-ins, stored or default, through @p adapt from now on; null stops this. Returns
-    /// the previous adapter.
+    /// Sets the function that adapts all settings read by plug-ins, stored or default; null: none. Returns the previous
+    /// one.
     SettingAdapter AdaptPluginSettings(SettingAdapter adapt);
-    /// Frees the description of the file and its pixels, including disk copies of raw files. Not while they are in use.
+    /// Frees the description of the file and its pixels, including disk copies of raw files. They must not be in use.
     /// Any thread.
     void Forget(const QString &fileName);
-    /// Also describes pictures that the kernel refuses, from now on; for commands that only need whole pictures.
+    /// Makes later descriptions include pictures that the kernel refuses; for commands that only need whole pictures.
     void Accept(AcceptedPictures accepted) { m_accepted = accepted; }
-    /// From now on, images are described with thumbnails, for commands with windows.
+    /// Adds thumbnails to later descriptions, for commands with windows.
     void MakeThumbnails() { m_makesThumbnails = true; }
     /// Settings of the program; those of plug-ins are accessed by GetPluginSetting.
     QSettings &Settings() { return m_settings; }
-    /// Returns the reason, in one line, why settings files are ignored; empty if they aren't.
+    /// Returns why settings files are ignored, in one line; empty if they aren't.
     QString SettingsProblem() const { return m_settingsProblem; }
     /// Translates the texts of the program and of Qt into the user's language. Call it before plug-ins are loaded.
     /// Commands without windows stay in English.
@@ -103,8 +104,8 @@ private:
     bool m_isStopped = false;
     QString m_settingsProblem;
     QSettings m_settings;
-    QMutex m_settingsMutex;                        // plug-ins read on any thread
-    QMutex m_mutex;                                // guards the next two
+    std::mutex m_settingsMutex;                    // plug-ins read on any thread
+    std::mutex m_mutex;                            // guards the next two
     std::map<QString, Picture> m_pictures;         // by absolute name
     std::map<QString, KIImageDef *> m_usedInstead; // not owned
     SettingAdapter m_adapt;

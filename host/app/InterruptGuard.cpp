@@ -34,13 +34,13 @@ sigset_t SignalsNotIgnored()
     return signals;
 }
 
-std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing one
+std::atomic<InterruptGuard *> g_guard{nullptr}; // the existing guard, if any
 
 } // namespace
 
 InterruptGuard::InterruptGuard() : m_signals(SignalsNotIgnored())
 {
-    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the watch
+    sigaddset(&m_signals, SIGUSR1); // for internal use: wakes the guard's thread
     pthread_sigmask(SIG_BLOCK, &m_signals, &m_oldMask);
     try {
         m_watch = std::thread(&InterruptGuard::Watch, this);
@@ -81,19 +81,19 @@ void InterruptGuard::StartProgram(const std::function<void()> &start)
     pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
 }
 
-void InterruptGuard::FinishOnInterrupt(std::function<void()> told)
+void InterruptGuard::FinishOnInterrupt(std::function<void()> onInterrupt)
 {
-    const std::lock_guard<std::mutex> lock(m_toldMutex);
-    m_told = std::move(told);
+    const std::lock_guard<std::mutex> lock(m_onInterruptMutex);
+    m_onInterrupt = std::move(onInterrupt);
 }
 
 /// @return whether this SIGINT is the first one, which must not end the program.
 bool InterruptGuard::TakeFirstInterrupt()
 {
-    const std::lock_guard<std::mutex> lock(m_toldMutex);
-    if (!m_told || m_askedToStop.exchange(true))
+    const std::lock_guard<std::mutex> lock(m_onInterruptMutex);
+    if (!m_onInterrupt || m_askedToStop.exchange(true))
         return false;
-    m_told();
+    m_onInterrupt();
     return true;
 }
 

@@ -31,11 +31,11 @@ public:
     /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
     /// that blocks SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
-    /// From now on the first SIGINT only calls @p told, on the guard's thread, and makes IsAskedToStop() true, so that
-    /// the work in progress can finish; the second one ends the program. Call it before other threads start.
-    void FinishOnInterrupt(std::function<void()> told);
+    /// Makes the first SIGINT only call @p onInterrupt, on the guard's thread, and IsAskedToStop() return true, so that
+    /// work in progress can finish; the second SIGINT ends the program. Call it before other threads start.
+    void FinishOnInterrupt(std::function<void()> onInterrupt);
     bool IsAskedToStop() const { return m_askedToStop; }
-    /// Ends the program as the first SIGINT would have without FinishOnInterrupt(), so that a shell's loop ends too.
+    /// Ends the program by SIGINT, as if FinishOnInterrupt() had not been called, so that a shell's loop ends too.
     void EndAsInterrupted();
     /// Removes the protected folders of the existing guard, for a program that ends immediately. Does nothing while
     /// another thread makes or releases one.
@@ -51,7 +51,7 @@ private:
     sigset_t m_signals;
     sigset_t m_oldMask;
     std::atomic<bool> m_stop{false}, m_askedToStop{false};
-    std::mutex m_toldMutex;       // guards m_told
-    std::function<void()> m_told; // empty: the first SIGINT ends the program
-    std::thread m_watch;          // last member, because it uses the others
+    std::mutex m_onInterruptMutex;       // guards m_onInterrupt
+    std::function<void()> m_onInterrupt; // empty: the first SIGINT ends the program
+    std::thread m_watch;                 // last member, because it uses the others
 };

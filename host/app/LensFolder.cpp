@@ -25,7 +25,7 @@ QString LensFolder::Problem() const
 {
     return m_place.Problem().isEmpty()
         ? QString()
-        : QStringLiteral("profiles cannot be looked up, a temporary folder cannot be created "
+        : QStringLiteral("profiles cannot be looked up: a temporary folder cannot be created "
                          "in \"%1\": %2")
               .arg(QDir::tempPath(), m_place.Problem());
 }

@@ -10,12 +10,12 @@
 /// names lead to the profiles.
 class LensFolder {
 public:
-    /// @param folder  the user's; if it doesn't exist, the folder of links is empty.
+    /// @param folder  the user's folder; if it doesn't exist, the folder of links is empty.
     LensFolder(const QString &folder, InterruptGuard *guard);
 
-    /// The user's folder, absolute.
+    /// Returns the user's folder as an absolute path.
     QString Folder() const { return m_folder; }
-    /// Returns the reason, in one line, why the folder could not be created; empty if it exists.
+    /// Returns why the folder could not be created, in one line; empty if it exists.
     QString Problem() const;
     /// Returns the path to pass to the plug-in; empty if the folder could not be created.
     QString Place() const;

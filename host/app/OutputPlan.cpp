@@ -18,8 +18,8 @@ QString CanonicalName(const QString &path)
     return canonical.isEmpty() ? path : canonical;
 }
 
-/// Returns an absolute name without "." and "..". After a link to a folder, ".." isn't the parent in the name, so such
-/// names are resolved by the folder's canonical name.
+/// Returns an absolute name without "." and "..". Names in which ".." follows a link to a folder are resolved with the
+/// folder's canonical name, because removing both parts would name another folder.
 QString AbsoluteName(const QString &file)
 {
     const QFileInfo named(file.startsWith(QLatin1Char('/')) ? file : Joined(QDir::currentPath(), file));
@@ -87,7 +87,7 @@ PlannedPicture PlanOne(const NamedPicture &named, const OutputNaming &naming)
     planned.outputFolder = naming.folder.isEmpty() ? info.path() : AbsoluteName(naming.folder);
     if (!naming.folder.isEmpty() && !named.subpath.isEmpty())
         planned.outputFolder = Joined(planned.outputFolder, named.subpath);
-    planned.output = Joined(planned.outputFolder, Filled(naming.pattern, info));
+    planned.output = Joined(planned.outputFolder, Filled(naming.pattern, info) + naming.ending);
     return planned;
 }
 
@@ -98,7 +98,7 @@ QString BaseName(const QString &path)
 
 void FindLostPictures(QVector<PlannedPicture> *plan)
 {
-    QHash<QString, QString> pictures; // canonical name: as named
+    QHash<QString, QString> pictures; // canonical name to name as typed
     for (const PlannedPicture &planned : qAsConst(*plan))
         pictures.insert(CanonicalName(planned.picture), planned.asNamed);
     for (PlannedPicture &planned : *plan) {
@@ -140,15 +140,15 @@ QStringList OutputEndings(const QString &ending)
     return endings;
 }
 
-QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes)
+QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes)
 {
     QString unknown;
-    const QString filled = Filled(pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown);
+    const QString filled = Filled(naming.pattern, QFileInfo(QStringLiteral("/a/a.a")), &unknown) + naming.ending;
     if (!unknown.isEmpty())
         return QStringLiteral("has %1, expected {name}, {ext} or {folder}").arg(unknown);
-    if (!pattern.contains(QLatin1String("{name}")))
+    if (!naming.pattern.contains(QLatin1String("{name}")))
         return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
-    if (pattern.contains(QLatin1Char('/')))
+    if (filled.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
     if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))
         return QStringLiteral("does not end in .%1, the suffix of the output format; --format chooses another one")

@@ -29,10 +29,11 @@ struct PlannedPicture {
 
 /// The folder and the names of outputs.
 struct OutputNaming {
-    QString folder; // empty: that of each picture. The subfolders of a walked folder are made in it
-    /// {name}: the picture's without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default is
-    /// the plug-in's own name for its output.
+    QString folder; // empty: the folder of each picture. The subfolders of a walked folder are mirrored in it
+    /// {name}: the picture's name without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default
+    /// is the plug-in's own name for its output.
     QString pattern = QStringLiteral("{name}_corrected.tiff");
+    QString ending{}; // appended as it is, even with braces
 };
 
 /// Returns the output formats, as values of a record's attribute "Format"; the first one is the default.
@@ -47,9 +48,10 @@ QString OutputEnding(const QString &format, const QString &ending = QStringLiter
 /// Returns these endings for all formats, to recognize results of earlier runs.
 QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
-/// Returns what is wrong with a pattern as typed; empty if nothing is. It must give each picture of a folder a unique
-/// file name, without a slash, that ends in one of the format's @p suffixes, in any case.
-QString FaultOfOutputPattern(const QString &pattern, const QStringList &suffixes);
+/// Returns what is wrong with a pattern and ending typed by the user; empty if they are valid. They must give each
+/// picture of a folder a unique file name, without a slash, that ends in one of the format's @p suffixes, ignoring
+/// case.
+QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
 /// one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base

@@ -36,7 +36,7 @@ public:
     {
     }
 
-    /// @param subpath  of @p folder below the walked one.
+    /// @param subpath  path of @p folder, relative to the walked folder.
     void Visit(const QString &folder, const QString &subpath)
     {
         const QDir dir(folder);
@@ -44,8 +44,8 @@ public:
             m_found->unreadable << folder;
             return;
         }
-        // System: dangling links, which then fail with a reason. The suffixes are compared here, because QDir's
-        // patterns match nothing if memory runs out.
+        // QDir::System includes dangling links, which then fail with a reason. Suffixes are compared here, because
+        // QDir's patterns match nothing if memory runs out.
         const QStringList files = dir.entryList(QDir::Files | QDir::System, QDir::Name);
         for (const QString &file : files) {
             if (IsPictureName(file) && !IsResult(file))
@@ -163,7 +163,8 @@ PictureFiles ListPictures(const PictureSources &sources)
         names += SplitNames(ReadList(sources.listFile));
     for (const QString &name : qAsConst(names)) {
         if (sources.recursive && QFileInfo(AbsolutePath(name)).isDir())
-            walk.Visit(name.startsWith(QLatin1Char(':')) ? QLatin1String("./") + name : name, QString()); // no resource
+            // "./" keeps Qt from treating a name that begins with a colon as a resource.
+            walk.Visit(name.startsWith(QLatin1Char(':')) ? QLatin1String("./") + name : name, QString());
         else
             found.pictures.append({name, QString()});
     }

@@ -8,7 +8,7 @@
 /// One picture of a run.
 struct NamedPicture {
     QString name;    // as typed, or as shown to the user
-    QString subpath; // its folder below the walked one; empty: directly in that, or named individually
+    QString subpath; // its folder, relative to the walked one; empty: that folder itself, or named individually
 };
 
 /// Returns the patterns of file names of all known formats: "*.tif" and so on.
@@ -26,9 +26,8 @@ struct PictureSources {
     QString outputFolder;      // walks omit it; empty: none
 };
 
-/// The pictures in the given order; those of a walked folder sorted by name, each folder's files before its folders. A
-/// walk takes files with the suffix of a known format, omits hidden ones, and follows links to files but not to
-/// folders.
+/// The pictures in the given order; those of a walked folder are sorted by name, files before subfolders. A walk takes
+/// files with the suffix of a known format, omits hidden ones, and follows links to files but not to folders.
 struct PictureFiles {
     QVector<NamedPicture> pictures;
     QStringList unreadable; // folders that cannot be read: walked ones and those below

@@ -13,7 +13,7 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(PictureProblem)
 };
 
-/// Reads the header of a picture. @return why it cannot be read, or empty.
+/// Reads the header of a picture. @return why it cannot be read; empty if it can.
 QString ReadHead(const QString &path, GFL_FILE_INFORMATION *information)
 {
     constexpr std::int32_t kAnyFormat = -1;

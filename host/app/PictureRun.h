@@ -26,7 +26,7 @@ struct PictureParameters {
 /// attribute later would write to the freed document.
 QDomElement DescribeParameters(const QString &tag, const PictureParameters &parameters,
                                const QVector<QPair<QString, QString>> &options = {});
-/// The inverse; missing attributes read as false.
+/// Reads such an XML form; missing attributes count as false.
 PictureParameters ReadParameters(const QDomElement &element);
 
 /// A parameter record of the process, freed at the end of a scope.
@@ -50,7 +50,7 @@ private:
 /// Returns whether @p path exists, even as a broken link.
 bool IsThere(const QString &path);
 
-/// Whether a run wrote its output or, only with ExistingOutput::Skip, kept one that appeared in the meantime.
+/// The result of a run: it wrote its output or, only with ExistingOutput::Skip, kept one that appeared in the meantime.
 enum class RunResult { Written, Kept };
 
 /// Corrects into a private folder and moves the complete output into place. Throws KException with a message for the

@@ -17,10 +17,10 @@ QString Number(double value, int digits = 6)
 {
     const QString text = QString::number(value, 'g', digits);
     return text.contains(QLatin1Char('e')) ? QString::number(value, 'f', 8)
-                                           : text; // such as a position near the equator
+                                           : text; // no exponent, for example for a position near the equator
 }
 
-/// Rounds for scripts, so that no digit is merely a rounding error.
+/// Rounds a value for scripts, so that it has no digits that are only rounding errors.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -37,7 +37,7 @@ public:
     {
     }
 
-    /// Returns the text of an entry of the picture, not of its GPS block.
+    /// Returns whether the EXIF has the entry; entries of the GPS block don't count.
     bool Has(quint32 tag) const { return Find(tag, /*ofGps=*/false); }
     /// Returns a number or fraction; 0 if there is none.
     double Number(quint32 tag) const
@@ -52,7 +52,7 @@ public:
         const GFL_EXIF_ENTRY *entry = Find(tag, /*ofGps=*/true);
         return QString::fromUtf8(entry ? entry->Value : "").trimmed();
     }
-    /// Whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be 0.
+    /// Returns whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be "0".
     bool IsGpsNumber(quint32 tag) const
     {
         constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
@@ -208,7 +208,8 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
     const auto add = [&](const char *key, double value, const QString &text) {
         if (!text.isEmpty())
             texts << text;
-        *facts << PictureFact{QString(), QString(), QLatin1String(key), Rounded(value)}; // of floats
+        *facts << PictureFact{QString(), QString(), QLatin1String(key),
+                              Rounded(value)}; // the record has only a float's precision
     };
     if (exposureTime > 0.0 && std::isfinite(exposureTime))
         add("exposureTime", exposureTime, Seconds(exposureTime));

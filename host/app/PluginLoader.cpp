@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The build tree has the same layout as the installed one.
+/// Returns the plug-in of this program's installation; the build tree has the same layout.
 QString InstalledPlugin()
 {
     return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../" VITRELUX_PLUGIN_FILE));
@@ -51,7 +51,7 @@ QString PluginLoader::Load()
     // Check the file first, because loading would run its code.
     const QString identifier = m_loader.metaData().value(QLatin1String("IID")).toString();
     if (!identifier.isEmpty() && identifier != QLatin1String("com.brelt.vitrelux"))
-        return QStringLiteral("calls itself \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
+        return QStringLiteral("identifies itself as \"%1\", expected \"com.brelt.vitrelux\"").arg(identifier);
 
     QObject *root = m_loader.instance();
     if (!root)

@@ -19,11 +19,11 @@ public:
     PluginLoader(const PluginLoader &) = delete;
     PluginLoader &operator=(const PluginLoader &) = delete;
 
-    /// The correction process, owned by the plug-in; null if it is not available.
+    /// Returns the correction process, which the plug-in owns; null if it is not available.
     KIPluginOne2One *Process() const { return m_process; }
     /// Makes another process of the same kind, for another thread; null if the plug-in makes none.
     std::unique_ptr<QObject> MakeProcess() const;
-    /// The reason why Process() is null.
+    /// Returns the reason why Process() is null.
     QString Problem() const { return m_problem; }
 
 private:
@@ -33,6 +33,6 @@ private:
     CorrectionMode m_mode;
     QPluginLoader m_loader;
     KIPluginOne2One *m_process = nullptr;
-    QPointer<QObject> m_object; // the same object
+    QPointer<QObject> m_object; // m_process as an object
     QString m_problem;
 };

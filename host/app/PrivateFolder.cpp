@@ -25,8 +25,8 @@ const QLatin1String kLockName("/.vitrelux-lock"); // not the name of a picture
 
 enum class Lock { Taken, HeldByOther, NotSupported };
 
-/// Locks for the open file, not for the process: the lock ends with the last descriptor, and also excludes other
-/// threads.
+/// Locks a file. The lock belongs to the open file rather than to the process, so it also excludes other threads, and
+/// it ends when the last descriptor is closed.
 Lock TakeLock(int file)
 {
     struct flock whole = {};
@@ -107,7 +107,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
             for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
             return m_path;
         });
-    } catch (...) { // no memory to protect it; not in a destructor, because nothing else may catch the exception
+    } catch (...) { // no memory to protect the folder; a destructor would not run if nobody catches the exception
         RemoveFolder(m_path);
         throw;
     }
@@ -134,7 +134,7 @@ bool PrivateFolder::TryToMake(const QString &parent)
         fail();
         return true;
     }
-    auto undo = qScopeGuard([&] { // without memory for the path
+    auto undo = qScopeGuard([&] { // even if there is no memory for the path
         std::error_code error;
         std::filesystem::remove_all(name.constData(), error);
     });

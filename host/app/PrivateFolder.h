@@ -19,7 +19,7 @@ public:
 
     /// Returns why the folder could not be created; empty if it exists.
     QString Problem() const { return m_problem; }
-    /// Absolute; empty if the folder could not be created.
+    /// Returns the absolute path; empty if the folder could not be created.
     QString Path() const { return m_path; }
     QString FilePath(const QString &name) const { return m_path + QLatin1Char('/') + name; }
 
@@ -32,7 +32,7 @@ private:
     int m_lock = -1; // file descriptor
 };
 
-/// Removes a folder and its contents; links are removed, not followed. @return why it failed, or empty.
+/// Removes a folder and its contents; links are removed, not followed. @return why it failed; empty if it succeeded.
 QString RemoveFolder(const QString &path);
 /// Prints that a work folder could not be removed.
 void PrintNotRemoved(const QString &path, const QString &why);

@@ -21,12 +21,13 @@ struct CorrectionRow {
 
 constexpr CorrectionRow kCorrections[] = {
     {"distortion", &Corrections::distortion, "no distortion coefficients", 0, 1},
-    {"chromatic aberration", &Corrections::chromatic, "not all of the models of green, red and blue", 1, 3},
+    {"chromatic aberration", &Corrections::chromatic, "the model of green, red or blue is missing", 1, 3},
     {"vignetting", &Corrections::vignetting, "no vignette model", 4, 1},
 };
 constexpr int kModelCount = 5;
 
-/// The distortion model contains the others, so every profile has one; without values it corrects nothing.
+/// Returns whether a distortion model corrects anything. Its element contains the other models, so every profile has
+/// one, but possibly without coefficients.
 bool Straightens(const LensParam &model)
 {
     return !model.coefficients.isEmpty() || model.tangential1 != 0.0 || model.tangential2 != 0.0;
@@ -103,7 +104,7 @@ QString SizeMismatch(const ProfileUse &profile, int width, int height)
         return QString();
     const QString expected = upright ? Sides(profile.height, profile.width) : Sides(profile.width, profile.height);
     return QStringLiteral(
-               "has %1 pixels, the profile was made for %2; corrected as the top left part of such a picture")
+               "has %1 pixels, but the profile was made for %2; corrected as the top left part of such a picture")
         .arg(Sides(width, height), expected);
 }
 

@@ -13,7 +13,7 @@ struct ProfileUse {
     QString problem;    // why it cannot be used at all, in one line; empty if it can
     Corrections holds;  // supported corrections
     QStringList lacks;  // for each other correction: its name and the missing data or the flaw
-    QStringList flaws;  // those whose models exist but are flawed
+    QStringList flaws;  // the missing corrections whose models exist but are flawed
     double width = 0.0; // of the pictures it was made for, in landscape orientation
     double height = 0.0;
 };
@@ -23,13 +23,13 @@ ProfileUse JudgeProfile(const QString &file);
 ProfileUse JudgeProfile(const QString &file, const ProfileReport &report);
 
 /// Chooses the corrections to make with @p profile, which has no problem: the requested ones or, if none are requested,
-/// all that it supports. Returns none, with @p why filled, if a requested correction or any at all is not available:
-/// scripts must not mistake an uncorrected picture for success. The plug-in cannot decide this, because without
-/// chromatic models it skips the other corrections too.
+/// all that it supports. Returns none, with the reason in @p why, if a requested correction is not available or the
+/// profile supports none: scripts must not mistake an uncorrected picture for success. The plug-in cannot decide this,
+/// because without chromatic models it skips the other corrections too.
 Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &asked, QString *why);
 
 /// Returns a note if the picture's size differs from the profile's; empty if the sizes match. Pictures that aren't
-/// wider than high are rotated for the correction, and are compared that way.
+/// wider than high are rotated for the correction, and compared in that orientation.
 QString SizeMismatch(const ProfileUse &profile, int width, int height);
 
 /// Returns a list such as "distortion, vignetting".

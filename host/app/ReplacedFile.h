@@ -6,7 +6,7 @@
 #include <optional>
 #include <sys/types.h>
 
-/// The target of an output that may replace @p path: links are followed, so that the file they point to is replaced and
+/// The file that an output named @p path replaces: links are followed, so the file that they point to is replaced and
 /// the links stay. The file need not exist.
 class ReplacedFile {
 public:
@@ -17,7 +17,7 @@ public:
     /// replaced or doesn't exist.
     QString Problem() const;
     /// Moves the file @p from, which must be on the same file system, into place. If @p from replaces a file, it first
-    /// gets that file's permissions and is flushed to disk. @return why that failed, or empty.
+    /// gets that file's permissions and is flushed to disk. @return why that failed; empty if it succeeded.
     QString ReplaceBy(const QString &from) const;
 
 private:

@@ -6,8 +6,8 @@
 class HostApplication;
 
 /// The profile folders for the plug-in and the host's fits: the folder named by the user, otherwise the one in the
-/// plug-in's settings if it exists, otherwise the default folders. Create it before the plug-in is loaded, because the
-/// plug-in reads its folder then.
+/// plug-in's settings if it exists, otherwise the default folders. Create it before the plug-in, which
+/// reads its folder when it is loaded.
 class SearchedFolders {
 public:
     /// @param given  overrides the stored folder; empty: none.
@@ -18,8 +18,7 @@ public:
 
     /// Returns the folders; call it after the plug-in is loaded.
     QStringList Folders() const;
-    /// Returns the reason, in one line, why nothing can be found: the folder named by the user doesn't exist. Empty if
-    /// it does.
+    /// Returns why nothing can be found, in one line: the folder named by the user doesn't exist. Empty if it does.
     QString Problem() const;
 
 private:

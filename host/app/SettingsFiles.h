@@ -1,4 +1,4 @@
-// Checks settings files before Qt reads them, because Qt does not.
+// Checks settings files before Qt reads them, because Qt doesn't check them.
 #pragma once
 
 #include <QString>

@@ -30,14 +30,14 @@ QString SystemError(int error)
     throw KException(WorkFolder::tr("cannot write into the folder \"%1\": %2").arg(folder, why), KPlace());
 }
 
-/// Like rename(2), but keeps an existing @p to. @return 0 or the error.
+/// Renames a file, but doesn't replace an existing @p to. @return 0 or the error.
 int MoveIfAbsent(const QByteArray &from, const QByteArray &to)
 {
     if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // The file system, for example NFS, lacks this kind of rename. A hard link doesn't replace files either.
+    // Some file systems, such as NFS, don't support this kind of rename. A hard link doesn't replace files either.
     if (link(from.constData(), to.constData()) == 0)
         return 0; // the other name is removed with the work folder
     if (errno == EEXIST)

@@ -71,7 +71,8 @@ void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
     }
     const QString ending =
         parser.isSet(QStringLiteral("suffix")) ? parser.value(QStringLiteral("suffix")) : QStringLiteral("_corrected");
-    options->outputs.pattern = QStringLiteral("{name}") + OutputEnding(FormatOf(parser), ending);
+    options->outputs.pattern = QStringLiteral("{name}");
+    options->outputs.ending = OutputEnding(FormatOf(parser), ending);
     options->pictures.resultEndings = OutputEndings(ending);
 }
 
@@ -95,6 +96,7 @@ CorrectOptions ReadCorrect(const QCommandLineParser &parser)
     options.notify = parser.isSet(QStringLiteral("notify"));
     options.rules.keepTime = parser.isSet(QStringLiteral("keep-time"));
     options.verbose = parser.isSet(QStringLiteral("verbose"));
+    options.quiet = parser.isSet(QStringLiteral("quiet"));
     options.asked.distortion = parser.isSet(QStringLiteral("distortion"));
     options.asked.chromatic = parser.isSet(QStringLiteral("ca"));
     options.asked.vignetting = parser.isSet(QStringLiteral("vignetting"));
@@ -136,7 +138,7 @@ QString FindExclusion(const QCommandLineParser &parser, const Exclusions &exclus
 {
     for (const auto &[one, other] : exclusions) {
         if (parser.isSet(Latin(one)) && parser.isSet(Latin(other)))
-            return QStringLiteral("--%1 and --%2 exclude each other.").arg(Latin(one), Latin(other));
+            return QStringLiteral("--%1 and --%2 cannot be used together.").arg(Latin(one), Latin(other));
     }
     return QString();
 }
@@ -146,8 +148,9 @@ Exclusions ExclusionsOf(Verb verb)
 {
     Exclusions exclusions;
     if (verb == Verb::Correct)
-        exclusions = {{"overwrite", "skip-existing"}, {"profile", "lens-path"}, {"profile", "source"},
-                      {"plain", "verbose"},           {"plain", "convert"},     {"suffix", "output-name"}};
+        exclusions = {
+            {"overwrite", "skip-existing"}, {"profile", "lens-path"},  {"profile", "source"}, {"plain", "verbose"},
+            {"plain", "convert"},           {"suffix", "output-name"}, {"quiet", "verbose"}};
     const QVector<OptionRow> fitted = FittedRows(verb);
     for (const OptionRow &row : fitted)
         exclusions.append(std::make_pair("plain", row.names[0]));
@@ -257,8 +260,10 @@ CommandLine ReadHelp(const QCommandLineParser &parser)
                                 : PrintText(script);
     }
     const VerbRow *verb = names.isEmpty() ? nullptr : FindVerb(names.first());
-    if (names.size() > 1 || (!names.isEmpty() && !verb))
-        return Refuse(command, QStringLiteral("unknown command '%1'.").arg(names.last()));
+    if (!names.isEmpty() && !verb)
+        return Refuse(command, QStringLiteral("unknown command '%1'.").arg(names.first()));
+    if (names.size() > 1)
+        return Refuse(command, QStringLiteral("only one command can be described at a time."));
     if (parser.isSet(QStringLiteral("man")))
         return PrintText(ManPage(verb));
     return PrintText(verb ? VerbHelp(*verb, false) : ProgramHelp());
@@ -330,10 +335,9 @@ CommandLine ParseVerb(const VerbRow &verb, const QStringList &arguments)
         return Refuse(command, fault);
     line.action = CommandLine::Action::Correct;
     line.correct = ReadCorrect(parser);
-    if (const QString fault = FaultOfOutputPattern(line.correct.outputs.pattern, SuffixesOfFormat(FormatOf(parser)));
-        !fault.isEmpty())
-        return Refuse(command,
-                      QStringLiteral("the name of outputs, '%1', %2.").arg(line.correct.outputs.pattern, fault));
+    const OutputNaming &naming = line.correct.outputs;
+    if (const QString fault = FaultOfOutputNames(naming, SuffixesOfFormat(FormatOf(parser))); !fault.isEmpty())
+        return Refuse(command, QStringLiteral("the output name '%1' %2.").arg(naming.pattern + naming.ending, fault));
     if (parser.isSet(QStringLiteral("shard")) && !ReadShard(parser.value(QStringLiteral("shard")), &line.correct.shard))
         return Refuse(command, QStringLiteral("'--shard I/N' needs whole numbers, I from 1 to N."));
     line.correct.fitted = fitted;

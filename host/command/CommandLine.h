@@ -11,7 +11,7 @@
 /// Exit codes of the program.
 enum ExitCode { kAllDone = 0, kSomeFailed = 1, kUsageError = 2 };
 
-/// One of several equal shares of a sorted list.
+/// One of several equal parts of a sorted list.
 struct Shard {
     int index = 1, count = 1; // from 1
 };
@@ -28,6 +28,7 @@ struct CorrectOptions {
     bool convert = false; // accept CMYK and Lab pictures, as sRGB
     FittedOptions fitted; // unused if plain
     bool verbose = false; // print the facts about each picture
+    bool quiet = false;   // print only failures on standard error
     bool dryRun = false;  // print what would be done
     bool json = false;    // print records as in docs/correct.schema.json
     bool notify = false;  // show a desktop notification at the end
@@ -49,7 +50,7 @@ struct LensesOptions {
     QStringList words; // none: list the folders that are searched
     QString lensPath;  // as above
     QString plugin;
-    bool json = false; // one object per place or lens, and line
+    bool json = false; // one object per folder or lens, one per line
 };
 
 struct ProfileOptions {

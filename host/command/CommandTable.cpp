@@ -17,8 +17,8 @@ constexpr VerbRow kVerbs[] = {
      "Reads %1. The output keeps the bit depth, color profile, EXIF, IPTC and XMP data of the picture. Other formats "
      "store less: --format jpeg keeps 8 bits, exr stores linear light; a message says what is lost. The output appears "
      "only when it is complete, and replaces an existing file only with --overwrite.\n\n"
-     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied; one that is "
-     "requested but missing from the profile is a failure.\n\n"
+     "Without --distortion, --ca and --vignetting, every correction that the profile has is applied. A picture fails "
+     "if the profile lacks a requested correction.\n\n"
      "The profile is fitted to the picture's size, crop, focal length, aperture and distance. Without --profile it "
      "is found by the picture's camera and lens, at any depth below the profile folder; if none fits, lensfun's "
      "database is used. A line on standard error names the profile, the assumptions and anything left out. Pictures "
@@ -26,8 +26,9 @@ constexpr VerbRow kVerbs[] = {
      "With --plain a profile's first entry corrects pictures of the profile's size, as other programs do with this "
      "plug-in; without --profile it is looked up as FOLDER/BRAND/*.lcp.\n\n"
      "Prints the name of each output file to standard output, one per line. A picture that fails gets one line on "
-     "standard error, and the others continue. The first interrupt (Ctrl-C) finishes the pictures in progress, the "
-     "second one stops at once; a run with --skip-existing resumes.",
+     "standard error, and the run continues with the others. After the first interrupt (Ctrl-C), the pictures in "
+     "progress are finished; the second one stops at once. A run with --skip-existing resumes. A run over several "
+     "pictures ends with a summary on standard error.",
      {"vitrelux correct photo.jpg", "vitrelux correct -r Pictures -o Corrected --skip-existing"}},
     {Verb::Info,
      "info",
@@ -63,7 +64,7 @@ constexpr VerbRow kVerbs[] = {
      "FILE...",
      "summarize the records of several runs",
      "Summarizes the lines that 'correct --json' printed into each FILE (- is standard input): how many pictures were "
-     "corrected, skipped or failed, why they failed, by lens, and the slowest ones.\n\n"
+     "corrected, skipped or failed, why they failed, the results for each lens, and the slowest pictures.\n\n"
      "A picture with several records counts once, by its last one.",
      {"vitrelux report run-1.jsonl run-2.jsonl", "vitrelux correct -n --json *.jpg | vitrelux report -"}},
     {Verb::Wizard,
@@ -71,7 +72,7 @@ constexpr VerbRow kVerbs[] = {
      "[PICTURE]...",
      "correct pictures in a window, with a preview",
      "Shows a window for choosing pictures, trying corrections and applying them. Each corrected picture is written "
-     "next to its original, as NAME_corrected.tiff.\n\n"
+     "next to its original, as NAME_corrected.tiff, unless you choose another folder or format.\n\n"
      "Lens profiles are found and fitted as in the correct command. The window shows which one was found, and you can "
      "choose a different one.",
      {"vitrelux wizard photo.jpg", "vitrelux wizard --lens-path Profiles photo.jpg"}},
@@ -89,12 +90,12 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {}, nullptr, "Pictures"},
     {Verb::Correct, {"r", "recursive"}, nullptr, "correct the pictures in folders, at any depth"},
     {Verb::Correct, {"files-from", nullptr}, "FILE", "read names from FILE (- is stdin), split at LF or NUL"},
-    {Verb::Correct, {"shard", nullptr}, "I/N", "every N-th of the sorted pictures, from the I-th on"},
+    {Verb::Correct, {"shard", nullptr}, "I/N", "every N-th picture of the sorted list, from the I-th"},
     {Verb::Correct, {"convert", nullptr}, nullptr, "also correct CMYK and Lab pictures, as sRGB", nullptr, true},
     {Verb::Correct, {}, nullptr, "Profile"},
     {Verb::Correct, {"profile", nullptr}, "FILE", "use this lens profile (.lcp) for all pictures"},
-    {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
-    {Verb::Correct, {}, nullptr, "Corrections, by default all that the profile has"},
+    {Verb::Correct, {"lens-path", nullptr}, "DIR", "search DIR instead of the stored or default folders"},
+    {Verb::Correct, {}, nullptr, "Corrections (default: all that the profile has)"},
     {Verb::Correct, {"distortion", nullptr}, nullptr, "straighten bent lines", nullptr, true},
     {Verb::Correct, {"ca", nullptr}, nullptr, "remove color fringes (chromatic aberration)", nullptr, true},
     {Verb::Correct, {"vignetting", nullptr}, nullptr, "brighten dark corners", nullptr, true},
@@ -103,15 +104,16 @@ constexpr OptionRow kOptions[] = {
     {Verb::Correct, {"o", "output"}, "DIR", "write to DIR, which is created if missing"},
     {Verb::Correct, {"suffix", nullptr}, "TEXT", "name outputs NAMETEXT.tiff, not NAME_corrected.tiff", nullptr, true},
     {Verb::Correct, {"output-name", nullptr}, "PATTERN", "name outputs, as in {name}-{ext}.tif; also {folder}"},
-    {Verb::Correct, {"keep-time", nullptr}, nullptr, "give each output its picture's file time", nullptr, true},
-    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs; without it they are failures"},
+    {Verb::Correct, {"keep-time", nullptr}, nullptr, "copy each picture's file time to its output", nullptr, true},
+    {Verb::Correct, {"overwrite", nullptr}, nullptr, "replace existing outputs instead of failing"},
     {Verb::Correct, {"skip-existing", nullptr}, nullptr, "skip pictures whose output exists; not a failure"},
     {Verb::Correct, {}, nullptr, "Run"},
     {Verb::Correct, {"max-megapixels", nullptr}, "N", "refuse larger pictures; default: 2000", nullptr, true},
     {Verb::Correct, {"n", "dry-run"}, nullptr, "print what would be done, and write nothing"},
-    {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: as CPUs and memory allow"},
+    {Verb::Correct, {"j", "jobs"}, "N", "correct N at once; default: by CPU count and memory"},
     {Verb::Correct, {"json", nullptr}, nullptr, "print one JSON object per picture, one per line"},
     {Verb::Correct, {"v", "verbose"}, nullptr, "print the facts about each picture, with their sources", nullptr, true},
+    {Verb::Correct, {"q", "quiet"}, nullptr, "print only failures, no notes, progress or summary", nullptr, true},
     {Verb::Correct, {"notify", nullptr}, nullptr, "show the result as a desktop notification", nullptr, true},
     {Verb::Correct, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one", nullptr, true},
     {Verb::Info, {}, nullptr, "Output"},
@@ -120,7 +122,7 @@ constexpr OptionRow kOptions[] = {
     {Verb::Info, {"exif", nullptr}, nullptr, "print all EXIF entries too"},
     {Verb::Info, {}, nullptr, "Profile"},
     {Verb::Info, {"plain", nullptr}, nullptr, "look the profile up as correct --plain does"},
-    {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
+    {Verb::Info, {"lens-path", nullptr}, "DIR", "search DIR instead of the stored or default folders"},
     {Verb::Info, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Profile, {}, nullptr, "Output"},
     {Verb::Profile, {"check", nullptr}, nullptr, "print only the problems, one per line"},
@@ -129,10 +131,10 @@ constexpr OptionRow kOptions[] = {
     {Verb::Profile, {"plain", nullptr}, nullptr, "print what the plain correction uses: the first entry"},
     {Verb::Profile, {}, nullptr, "Drawing"},
     {Verb::Profile, {"plot", nullptr}, "FILE", "draw the curves of one profile to FILE, .svg or .png"},
-    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot; without it that is a failure"},
+    {Verb::Profile, {"overwrite", nullptr}, nullptr, "replace an existing plot instead of failing"},
     {Verb::Lenses, {}, nullptr, "Options"},
     {Verb::Lenses, {"json", nullptr}, nullptr, "print one JSON object per folder or lens, one per line"},
-    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR, not the stored or default folders"},
+    {Verb::Lenses, {"lens-path", nullptr}, "DIR", "search DIR instead of the stored or default folders"},
     {Verb::Lenses, {"plugin", nullptr}, "FILE", "use this plug-in instead of the installed one"},
     {Verb::Wizard, {}, nullptr, "Options"},
     {Verb::Wizard, {"lens-path", nullptr}, "DIR", "find profiles in DIR, which becomes the stored folder"},

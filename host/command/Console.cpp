@@ -17,7 +17,7 @@ void Write(std::FILE *stream, const QString &text)
     const auto length = static_cast<std::size_t>(bytes.size());
     if (std::fwrite(bytes.constData(), 1, length, stream) == length && std::fflush(stream) == 0)
         return;
-    if (errno == EPIPE) // the reader is gone: end as InterruptGuard does for signals
+    if (errno == EPIPE) // the reader closed the pipe: let InterruptGuard end the program by SIGPIPE
         kill(getpid(), SIGPIPE);
 }
 
@@ -35,7 +35,14 @@ QString Escaped(const QString &name)
     return text;
 }
 
-/// Whether standard error is a terminal that can erase a line; a "dumb" one can't.
+/// Leaves out the middle of a long name, so that the time left fits after it.
+QString Shortened(const QString &name)
+{
+    constexpr int kHalf = 20;
+    return name.size() <= 2 * kHalf ? name : name.left(kHalf) + QChar(0x2026) + name.right(kHalf);
+}
+
+/// Returns whether standard error is a terminal that can erase a line; a "dumb" one can't.
 bool IsLiveTerminal()
 {
     const QByteArray kind = qgetenv("TERM");
@@ -122,7 +129,7 @@ void Console::BeginProgress(int number, int count, const QString &file)
 {
     if (!m_terminal)
         return;
-    const QString name = OneLine(QFileInfo(file).fileName());
+    const QString name = Shortened(OneLine(QFileInfo(file).fileName()));
     ClearProgress();
     m_count = count;
     m_begun = number;
@@ -140,8 +147,6 @@ void Console::EndProgress(int number, bool tookWork)
 
 void Console::Summary(const QMap<PictureReport::Outcome, int> &counts)
 {
-    if (!m_terminal)
-        return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
     QStringList parts;
     for (const auto outcome :
@@ -170,5 +175,7 @@ void Console::ShowProgress()
         return;
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
     const int open = m_count - m_begun + m_progress.size();
-    Write(stderr, m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open));
+    // Let the terminal cut off what doesn't fit: only the last part of a wrapped line could be erased.
+    constexpr auto kNoWrap = QLatin1String("\033[?7l"), kWrap = QLatin1String("\033[?7h");
+    Write(stderr, kNoWrap + m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open) + kWrap);
 }

@@ -38,12 +38,12 @@ public:
     void Failure(const QString &file, const QString &text);
     void Note(const QString &file, const QString &text);
 
-    /// Shows "[2/7] name.jpg ... about 3 min left" until EndProgress() for that number; the latest one of several. Only
-    /// on a terminal.
+    /// Shows "[2/7] name.jpg ... about 3 min left" until EndProgress() for that number. If several pictures are in
+    /// progress, the latest one is shown. Only on a terminal.
     void BeginProgress(int number, int count, const QString &file);
     /// @param tookWork  false for a picture that was skipped or failed.
     void EndProgress(int number, bool tookWork);
-    /// Prints the last line of a run, only on a terminal.
+    /// Prints the last line of a run on standard error.
     void Summary(const QMap<PictureReport::Outcome, int> &counts);
 
 private:

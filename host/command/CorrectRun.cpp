@@ -17,8 +17,8 @@
 
 namespace {
 
-/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. One heap for
-/// all threads, because each heap would keep the memory of its largest picture.
+/// Makes malloc keep freed memory for the next picture: page faults would otherwise take a fifth of a run. All threads
+/// share one heap, because each heap would keep the memory of its largest picture.
 void KeepFreedMemory()
 {
     mallopt(M_MMAP_MAX, 0);
@@ -70,7 +70,8 @@ ExitCode CorrectRun::CorrectAll(const PluginLoader &plugin, int threads)
                            QStringLiteral("interrupted: %1 of %2 pictures left; --skip-existing continues with them")
                                .arg(m_plan.size() - begun)
                                .arg(m_plan.size()));
-    m_console->Summary(m_counts);
+    if (m_plan.size() != 1 && !m_options.quiet)
+        m_console->Summary(m_counts);
     if (m_options.notify)
         Notify();
     return m_counts[PictureReport::Outcome::Failed] > 0 ? kSomeFailed : kAllDone;
@@ -82,7 +83,7 @@ QString CorrectRun::ConflictOf(const PlannedPicture &planned) const
     if (planned.repeated)
         return QString();
     if (!planned.rival.isEmpty())
-        return QStringLiteral("its output \"%1\" is also that of \"%2\"").arg(planned.output, planned.rival);
+        return QStringLiteral("its output \"%1\" is also the output of \"%2\"").arg(planned.output, planned.rival);
     if (planned.lost.isEmpty() || m_options.rules.existing == ExistingOutput::Skip)
         return QString();
     return QStringLiteral("its output \"%1\" would replace the picture \"%2\"; choose another name or folder")
@@ -108,7 +109,7 @@ void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
     if (!ConflictOf(planned).isEmpty())
         return;
     CorrectAndReport(process, number);
-    if (!planned.repeated) // the first of that name may still need it
+    if (!planned.repeated) // the first picture of that name may still need it
         m_application->Forget(planned.picture);
 }
 
@@ -117,7 +118,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
     const PlannedPicture &planned = m_plan[number - 1];
     PictureReport report;
     try {
-        {
+        if (!m_options.quiet) {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_console->BeginProgress(number, m_plan.size(), planned.asNamed);
         }
@@ -138,7 +139,7 @@ void CorrectRun::CorrectAndReport(KIPluginOne2One *process, int number)
     }
 }
 
-/// Fills in the report, also for a picture that fails.
+/// Fills in the report, even for a picture that fails.
 void CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report)
 {
     QElapsedTimer timer;
@@ -155,6 +156,16 @@ void CorrectRun::Correct(KIPluginOne2One *process, const PlannedPicture &planned
     report->seconds = static_cast<double>(timer.elapsed()) / 1000.0;
 }
 
+void CorrectRun::PrintNotes(const QString &picture, const PictureReport &report)
+{
+    for (const QString &note : report.notes)
+        m_console->Note(picture, note);
+    if (report.outcome == PictureReport::Outcome::Planned)
+        m_console->Note(picture, QLatin1String("would correct ") + report.corrections.join(QLatin1String(", ")));
+    if (report.outcome == PictureReport::Outcome::Skipped && m_options.dryRun)
+        m_console->Note(picture, QLatin1String("would be skipped: ") + report.why);
+}
+
 /// Prints all lines of a picture together.
 void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &report)
 {
@@ -162,8 +173,8 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
         m_console->PrintError(OneLine(planned.asNamed) + QLatin1String(":\n") + Indented(report.facts));
     if (m_firstProblem.isEmpty() && !report.why.isEmpty())
         m_firstProblem = QFileInfo(planned.asNamed).fileName() + QLatin1String(": ") + report.why;
-    for (const QString &note : report.notes)
-        m_console->Note(planned.asNamed, note);
+    if (!m_options.quiet)
+        PrintNotes(planned.asNamed, report);
     if (report.outcome == PictureReport::Outcome::Failed)
         m_console->Failure(planned.asNamed, report.why);
     if (m_options.json) {
@@ -176,11 +187,11 @@ void CorrectRun::Report(const PlannedPicture &planned, const PictureReport &repo
     ++m_counts[report.outcome];
 }
 
-/// Shows the counts by notify-send, if it is installed: a file manager shows nothing that the program prints.
+/// Shows the counts with notify-send, if it is installed, because file managers don't show what the program prints.
 void CorrectRun::Notify() const
 {
     const QString title = m_counts.isEmpty() ? QStringLiteral("no pictures") : TextOf(m_counts);
-    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notifications may be read as markup
+    const QString body = OneLine(m_firstProblem).toHtmlEscaped(); // notification texts may contain markup
     QProcess::startDetached(QStringLiteral("notify-send"),
                             {QStringLiteral("--icon=vitrelux"), QStringLiteral("--app-name=Vitrelux"),
                              QStringLiteral("--"), QStringLiteral("Vitrelux: ") + title, body});

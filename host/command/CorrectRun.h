@@ -13,13 +13,13 @@ class PluginLoader;
 /// One run over all pictures. The process only gets one record per picture: SetFiles and OnValidatePage are for the
 /// wizard page, which isn't shown.
 ///
-/// Several pictures at a time, by CorrectInTurn.
+/// CorrectInTurn corrects several pictures at a time.
 class CorrectRun {
 public:
     CorrectRun(const CorrectOptions &options, const QVector<PlannedPicture> &plan, HostApplication *application,
                PictureCorrector *corrector, InterruptGuard *guard, Console *console);
 
-    /// Divides the processors among the threads of the run; load the plug-in afterwards. @return the number of threads.
+    /// Divides the processors among the threads of the run; load the plug-in afterward. @return the number of threads.
     int ShareProcessors() const;
     ExitCode CorrectAll(const PluginLoader &plugin, int threads);
 
@@ -30,6 +30,7 @@ private:
     void CorrectAndReport(KIPluginOne2One *process, int number);
     void Correct(KIPluginOne2One *process, const PlannedPicture &planned, PictureReport *report);
     void Report(const PlannedPicture &planned, const PictureReport &report);
+    void PrintNotes(const QString &picture, const PictureReport &report);
     void Notify() const;
 
     const CorrectOptions &m_options;

@@ -11,7 +11,7 @@ namespace {
 constexpr double kMinZoom = 0.5, kMaxZoom = 2.0;
 constexpr double kMaxPercent = 200.0;
 
-/// Whether a text is a finite number with a decimal point, within the range.
+/// Returns whether a text is a finite number with a decimal point, within the range.
 bool IsNumber(const QString &text, double least, double most)
 {
     bool ok = false;
@@ -74,7 +74,7 @@ bool AreAmounts(const QString &text)
 struct Row {
     FittedOptionRow shown;
     const char *attribute;
-    bool (*isValid)(const QString &text); // for values other than the words; null: there are none
+    bool (*isValid)(const QString &text); // checks values other than the words; null: no others are valid
     const char *expected;                 // for the message
     void (*decide)(const QString &text, FitOptions *options) = nullptr;
 };
@@ -105,10 +105,10 @@ const Row kRows[] = {
      "Compression",
      nullptr,
      "none, lzw, deflate or zstd"},
-    {{"framing", "HOW", "fill (default), keep, all, or a zoom of 0.5 to 2", false, "fill keep all"},
+    {{"framing", "HOW", "fill (default), keep, all, or a zoom from 0.5 to 2", false, "fill keep all"},
      "Framing",
      IsZoom,
-     "fill, keep, all, or a number of 0.5 to 2"},
+     "fill, keep, all, or a number from 0.5 to 2"},
     {{"sampling", "HOW", "sharp (default) or bilinear", false, "sharp bilinear", true},
      "Sampling",
      nullptr,

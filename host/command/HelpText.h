@@ -24,4 +24,4 @@ QString NamesOfCommands();
 QStringList Paragraphs(const VerbRow &verb);
 
 constexpr char kProgramSummary[] = "Removes lens distortion, color fringes and dark corners from photographs.";
-constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 wrong usage.";
+constexpr char kExitCodes[] = "Exit code: 0 all done, 1 at least one failed, 2 usage error.";

@@ -80,7 +80,7 @@ PictureSummary FitFacts(const FitResult &fit)
         AddTexts("Nearest", "nearest", fit.nearest, &facts);
         return facts;
     }
-    AddText("Found as", "profileReason", fit.reason, &facts);
+    AddText("Match", "profileReason", fit.reason, &facts);
     AddText("Entries", "entries", fit.entries, &facts);
     AddTexts("Assumed", "assumed", fit.assumed, &facts);
     AddText("Left out", "leftOut", fit.why, &facts);

@@ -26,7 +26,7 @@ bool HoldsAll(const QString &text, const QStringList &words)
                        [&](const QString &word) { return text.contains(word, Qt::CaseInsensitive); });
 }
 
-/// Returns the lens of a profile's first entry, "Canon EF 24-70mm f/4L IS USM", or the camera's if it has no name.
+/// Returns the lens of a profile's first entry: its name, or "the lens of CAMERA" if it has none.
 QString LensOf(const ProfileHead &head)
 {
     return head.lensNames.isEmpty() ? QStringLiteral("the lens of %1 %2").arg(head.make, head.model).simplified()
@@ -147,7 +147,7 @@ QVector<FoundLens> FindLenses(const QStringList &words, const ProfileIndex &inde
     return found;
 }
 
-/// One line per lens, with its files below.
+/// Returns one line per lens, followed by its files.
 QString FoundText(const QVector<FoundLens> &found)
 {
     QString text;

@@ -30,6 +30,7 @@ QString Head(const VerbRow *verb, const QString &summary, const QString &usage)
 {
     return QStringLiteral(".TH %1 1 " VITRELUX_DATE " \"vitrelux " VITRELUX_VERSION "\" \"User Commands\"\n")
                .arg(PageName(verb).toUpper())
+        + QLatin1String(".nh\n") // an option broken by a hyphen can't be copied
         + QStringLiteral(".SH NAME\n%1 \\- %2\n").arg(Escaped(PageName(verb)), Escaped(summary))
         + QLatin1String(".SH SYNOPSIS\n") + Line(QStringLiteral(".B"), QStringLiteral("vitrelux ") + usage);
 }
@@ -61,7 +62,7 @@ QString Tail(const VerbRow *verb)
     QString text = QStringLiteral(".SH EXIT STATUS\n"
                                   ".TP\n.B 0\nall done\n"
                                   ".TP\n.B 1\nat least one failed\n"
-                                  ".TP\n.B 2\nwrong usage\n"
+                                  ".TP\n.B 2\nusage error\n"
                                   ".SH SEE ALSO\n");
     QStringList others = verb ? QStringList(PageName(nullptr)) : QStringList();
     const QVector<VerbRow> verbs = AllVerbs();

@@ -24,7 +24,7 @@ void TakeResult(const FittedCorrection::Result &result, PictureReport *report)
     report->why = result.why;
     switch (result.outcome) {
     case Outcome::NoProfile:
-        Fail(QStringLiteral("has no lens profile; name one with --profile: %1").arg(result.why));
+        Fail(QStringLiteral("has no lens profile: %1; to choose one, use --profile").arg(result.why));
     case Outcome::DoneBefore:
         report->outcome = PictureReport::Outcome::CorrectedBefore;
         report->notes << QStringLiteral("skipped, corrected before: %1; --again corrects it anyway").arg(result.why);
@@ -149,14 +149,14 @@ FittedRequest PictureCorrector::RequestFor(KIPluginOne2One *process) const
     return request;
 }
 
-/// Returns the profile named by the user, or the one found for the picture, which is noted.
+/// Returns the profile named by the user; otherwise finds one for the picture and adds a note that names it.
 QString PictureCorrector::ProfileFor(const PlannedPicture &planned, PictureReport *report)
 {
     if (!m_options.profile.isEmpty())
         return m_options.profile;
     const ProfileLookup::Answer answer = m_lookup->Find(m_lookupProcess, planned.picture);
     if (answer.profile.isEmpty())
-        Fail(QStringLiteral("has no lens profile; name one with --profile: %1").arg(answer.why));
+        Fail(QStringLiteral("has no lens profile: %1; to choose one, use --profile").arg(answer.why));
     report->notes << QStringLiteral("profile \"%1\"").arg(answer.profile);
     return answer.profile;
 }

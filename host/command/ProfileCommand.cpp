@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr double kPlotScale = 2.0; // pixels of a PNG per unit
+constexpr double kPlotScale = 2.0; // PNG pixels per unit of the scene
 
 /// Prints profiles, one after the other.
 class ProfileShow {
@@ -99,7 +99,7 @@ private:
     QString WhyNothing(const ProfileFit &fit) const
     {
         return fit.DoesAnything() ? QString()
-                                  : QStringLiteral("does nothing to \"%1\": %2").arg(fit.picture, fit.result.why);
+                                  : QStringLiteral("has no effect on \"%1\": %2").arg(fit.picture, fit.result.why);
     }
 
     QString PrintJson(const QString &file, const LensProfile &profile, QString problem)
@@ -145,7 +145,7 @@ private:
     {
         const QString path = AbsolutePath(m_options.plot);
         if (!m_options.overwrite && QFileInfo::exists(path))
-            return QStringLiteral("exists already; --overwrite replaces it");
+            return QStringLiteral("already exists; --overwrite replaces it");
         QSaveFile target(path);
         if (!target.open(QIODevice::WriteOnly))
             return target.errorString();

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int kSteps = 100;
-// A curve beyond these bounds only shows that something is wrong, and would flatten the others.
+// Curves end at these bounds: larger values mean that a profile is wrong, and would flatten the other curves.
 constexpr double kMaxPercent = 200.0, kMaxPixels = 1000.0, kMaxEv = 8.0;
 
 /// Scale of an entry's models in the plotted frame.

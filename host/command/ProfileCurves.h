@@ -12,7 +12,7 @@ using ProfileCurve = QVector<QPointF>;
 
 /// The curves of one entry, or of the blend for a picture. Curves of missing models are empty.
 struct ProfileCurves {
-    QString name;            // "24 mm f/2.8 3 m"
+    QString name;            // for example "24 mm f/2.8 3 m"
     double focalMm = 0.0;    // 0: unknown, or the blend
     ProfileCurve distortion; // how much farther out the source of a radius is, in percent
     ProfileCurve red, blue;  // how much farther out than green, in pixels of the profile's frame or of the picture

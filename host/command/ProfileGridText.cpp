@@ -86,7 +86,7 @@ Row RowOf(const ProfileEntry &entry)
     return row;
 }
 
-/// Whether the ascending values @p a and @p b count as one setting; 0 equals only 0.
+/// Returns whether @p a and @p b, with a <= b, count as the same setting; 0 equals only 0.
 bool AreSame(double a, double b, double ratio)
 {
     return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));
@@ -105,7 +105,7 @@ template <typename Value> QVector<QVector<int>> Runs(QVector<int> entries, doubl
     return runs;
 }
 
-/// One row for each setting and set of models.
+/// Appends one row for each setting and set of models.
 void AppendRows(const LensProfile &profile, QVector<int> setting, QVector<Row> *rows)
 {
     const auto aperture = [&](int i) {
@@ -207,7 +207,7 @@ QString ProfileGridText(const QString &file, const LensProfile &profile)
                  }));
     text += Line("Entries", QString::number(profile.entries.size()));
     if (!profile.notes.isEmpty())
-        text += Line("Oddities", QStringLiteral("%1; --check lists them").arg(profile.notes.size()));
+        text += Line("Problems", QStringLiteral("%1; --check lists them").arg(profile.notes.size()));
     return text + QLatin1Char('\n') + TableOf(RowsOf(profile));
 }
 

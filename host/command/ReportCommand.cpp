@@ -14,8 +14,15 @@
 
 namespace {
 
-constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that are no records
+constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that aren't records
 constexpr int kSlowest = 5;
+
+/// Returns whether @p later was only skipped because the picture is done or is listed twice.
+bool AddsNothing(const PictureReport &earlier, const PictureReport &later)
+{
+    return later.outcome == PictureReport::Outcome::Skipped
+        && (later.output.isEmpty() || earlier.outcome == PictureReport::Outcome::Corrected);
+}
 
 /// Returns one record per picture, in the order in which the pictures first occur.
 QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
@@ -27,8 +34,7 @@ QVector<PictureReport> OnePerPicture(const QVector<PictureReport> &reports)
         if (place == places.constEnd()) {
             places.insert(report.picture, last.size());
             last.append(report);
-        } else if (report.outcome != PictureReport::Outcome::Skipped
-                   || last.at(*place).outcome != PictureReport::Outcome::Corrected) {
+        } else if (!AddsNothing(last.at(*place), report)) {
             last[*place] = report;
         }
     }
@@ -109,9 +115,9 @@ QVector<PictureReport> ReadReports(const QString &file, QStringList *problems)
             *problems << QStringLiteral("line %1 is not a record of 'correct --json'").arg(number);
     }
     if (others > kMaxRows)
-        *problems << QStringLiteral("nor are %1 more lines").arg(others - kMaxRows);
+        *problems << QStringLiteral("%1 more lines are not records").arg(others - kMaxRows);
     if (source.error() != QFileDevice::NoError)
-        *problems << QStringLiteral("cannot be read to its end: ") + source.errorString();
+        *problems << QStringLiteral("cannot be read to the end: ") + source.errorString();
     return reports;
 }
 

@@ -9,7 +9,7 @@
 class Console;
 
 /// Reads the records of one file, one JSON object per line; empty lines are ignored.
-/// @param problems  receives "LINE: text" for each line that isn't a record, and a text if the file can't be read.
+/// @param problems  receives a text for each line that isn't a record, and one if the file can't be read.
 QVector<PictureReport> ReadReports(const QString &file, QStringList *problems);
 
 /// Returns the summary of several runs over the same pictures. Each picture counts once, by its last record, but a

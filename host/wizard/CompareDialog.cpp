@@ -21,7 +21,7 @@ const QLatin1String kGeometrySetting("Wizard/CompareGeometry");
 
 constexpr double kZoomStep = 1.5;
 constexpr double kMoveShare = 0.1; // of a view
-constexpr int kMaxSide = 4096;     // of a picture shown: about that of a large screen
+constexpr int kMaxSide = 4096;     // of a shown picture, in pixels: about that of a large screen
 
 struct KeyRow {
     int key;
@@ -36,7 +36,7 @@ constexpr KeyRow kKeys[] = {
     {Qt::Key_Up, 1.0, 0.0, kMoveShare},   {Qt::Key_Down, 1.0, 0.0, -kMoveShare},
 };
 
-/// Returns a picture of OpenEXR, whose floats are proportional to light, as a screen shows it.
+/// Converts an OpenEXR picture, whose floats are proportional to light, to sRGB for display.
 QImage ShownLight(const KImage &light)
 {
     KImage pixels;
@@ -121,7 +121,7 @@ QHBoxLayout *CompareDialog::Buttons()
     return buttons;
 }
 
-/// Reads the pixels at 8 bits, reduced if they are many. Any thread.
+/// Reads the pixels at 8 bits; large pictures are reduced. Any thread.
 CompareDialog::Loaded CompareDialog::Load(HostApplication *application, const QString &path)
 {
     Loaded loaded;
@@ -141,7 +141,7 @@ CompareDialog::Loaded CompareDialog::Load(HostApplication *application, const QS
             loaded.image = ShownLight(*pixels);
         else if (pixels)
             pixels->ToQImage(loaded.image);
-    } catch (...) { // also a lack of memory
+    } catch (...) { // including std::bad_alloc
         loaded.problem = TextOfCurrentException();
     }
     return loaded;

@@ -11,14 +11,14 @@
 class HostApplication;
 class QHBoxLayout;
 
-/// Both pictures side by side, at the same place and zoom: by wheel and mouse, by the keys +, -, 0 and the arrows, or
-/// by buttons. The pictures are read on a thread. The window's size is stored. GUI thread.
+/// Shows both pictures side by side, at the same position and zoom. The mouse, the keys +, -, 0 and the arrows, and
+/// buttons change these. A thread reads the pictures. The window's size is stored. GUI thread.
 class CompareDialog : public QDialog {
     Q_OBJECT
 public:
     /// @param before, after  absolute paths
     CompareDialog(HostApplication *application, const QString &before, const QString &after, QWidget *parent);
-    /// Waits for the reading of a picture.
+    /// Waits for the thread that reads the pictures.
     ~CompareDialog() override;
 
     void done(int result) override;

@@ -29,7 +29,7 @@ void SharedPlace::ShowAll()
     Set(1.0, m_center);
 }
 
-/// The views never show less than the picture has.
+/// Keeps the center far enough inside that the views show no area outside the picture.
 void SharedPlace::Set(double zoom, const QPointF &center)
 {
     const double margin = 0.5 / zoom;
@@ -41,7 +41,7 @@ void SharedPlace::Set(double zoom, const QPointF &center)
 ComparedView::ComparedView(SharedPlace *place) : m_place(place)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    setFocusPolicy(Qt::StrongFocus); // buttons would take the arrow keys
+    setFocusPolicy(Qt::StrongFocus); // otherwise a button has the focus and takes the arrow keys
     connect(place, &SharedPlace::Changed, this, QOverload<>::of(&QWidget::update));
 }
 
@@ -78,7 +78,8 @@ void ComparedView::paintEvent(QPaintEvent *)
     }
     const QRectF target = PictureRect();
     const double perPixel = target.width() / m_image.width();
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, perPixel < 2.0); // enlarged, pixels are visible
+    painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                          perPixel < 2.0); // no smoothing when enlarged, to show pixels
     painter.drawImage(target, m_image);
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));

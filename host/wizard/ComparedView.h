@@ -1,21 +1,21 @@
-// One of several pictures that are shown at the same place and zoom.
+// View of one of several pictures that are shown at the same position and zoom.
 #pragma once
 
 #include <QImage>
 #include <QObject>
 #include <QWidget>
 
-/// The place and zoom of pictures of about the same size. Without zoom, each picture fits its view.
+/// Position and zoom shared by pictures of about the same size. At zoom 1, each picture fits its view.
 class SharedPlace : public QObject {
     Q_OBJECT
 public:
     using QObject::QObject;
 
-    /// From 1, the whole picture, to kMaxZoom.
+    /// Returns the zoom, from 1 (the whole picture) to kMaxZoom.
     double Zoom() const { return m_zoom; }
-    /// The point in the middle of the views, as shares of width and height.
+    /// Returns the point in the middle of the views, as shares of width and height.
     QPointF Center() const { return m_center; }
-    /// Multiplies the zoom; the point @p at, as shares of the picture, keeps its place in the views.
+    /// Multiplies the zoom; the point @p at, as shares of the picture, doesn't move in the views.
     void ZoomBy(double factor, const QPointF &at);
     void ZoomBy(double factor) { ZoomBy(factor, m_center); }
     /// Moves the picture by shares of its width and height.
@@ -32,7 +32,7 @@ private:
     QPointF m_center{0.5, 0.5};
 };
 
-/// Shows a picture, or a text instead. The mouse moves and zooms all pictures of the place.
+/// Shows a picture, or a text instead. The mouse moves and zooms all pictures that share the place.
 class ComparedView : public QWidget {
     Q_OBJECT
 public:
@@ -41,9 +41,9 @@ public:
 
     void Show(const QImage &image);
     void Show(const QString &text);
-    /// The picture; null if a text is shown.
+    /// Returns the picture; null if a text is shown.
     QImage Image() const { return m_image; }
-    /// The rectangle of the whole picture in the view, which may be larger than the view.
+    /// Returns the rectangle of the whole picture in the view; it may be larger than the view.
     QRectF PictureRect() const;
 
     QSize minimumSizeHint() const override { return {200, 150}; }

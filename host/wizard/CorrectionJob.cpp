@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Checks what is known before the run, with texts for the user.
+/// Checks pictures before the run, with texts for the user.
 class JobCheck {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
@@ -27,7 +27,7 @@ public:
     }
 };
 
-/// Returns the record's XML form with the format of the output. It is a copy in a document of its own, because threads
+/// Returns the record's XML form with the format of the output. It is a copy in a separate document, because threads
 /// must not share the process's document.
 QDomElement WithFormat(const QDomElement &parameters, const QString &format)
 {

@@ -22,7 +22,7 @@ struct JobOutput {
 /// One picture of a job.
 struct JobPicture {
     PlannedPicture planned;
-    QDomElement parameters; // the record's XML form, as chosen; without a profile the run finds one
+    QDomElement parameters; // the record's XML form with the user's choices; without a profile the run finds one
     QString problem;        // why it can't be corrected, for the user; empty: it is attempted
     qint64 pixels = 0;      // amount of work
     qint64 bytes = 0;       // of memory needed
@@ -47,13 +47,13 @@ public:
     ~CorrectionJob() override;
 
     const std::vector<JobPicture> &Pictures() const { return m_pictures; }
-    /// Stops: pictures in progress are interrupted, unless they are almost finished. They and the remaining ones are
-    /// LeftOut, without a file.
+    /// Stops the job: pictures in progress are interrupted, unless they are almost finished. They and the remaining
+    /// ones are LeftOut, without a file.
     void Cancel();
 
 Q_SIGNALS:
     void Begins(int index);
-    /// Once for each picture, in any order.
+    /// Emitted once for each picture, in any order.
     /// @param why  the reason if it is not corrected, otherwise how it was corrected.
     /// @param profile  of a corrected picture: path, or "lensfun:MAKER/LENS".
     void Ended(int index, PictureOutcome outcome, const QString &why, const QString &profile);

@@ -58,7 +58,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, const std::vect
         setPage(kPluginPage, m_pluginPage);
     setPage(kRunPage, m_run);
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
-    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // after QWizard has enabled it
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables buttons
 
     int width = 0;
     for (const int id : pageIds())
@@ -123,7 +123,7 @@ bool CorrectionWizard::validateCurrentPage()
 
 void CorrectionWizard::RunningChanged()
 {
-    button(BackButton)->setEnabled(!m_run->IsRunning());
+    button(BackButton)->setEnabled(!m_run->IsRunning() && currentPage() != m_pictures);
 }
 
 void CorrectionWizard::reject()

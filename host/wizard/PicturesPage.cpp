@@ -36,11 +36,11 @@ struct ChoiceRow {
     const char *text;
 };
 
-/// In each table, the first one is the default.
+/// The first row of each table is the default.
 constexpr ChoiceRow kFormats[] = {
     {"tiff", QT_TRANSLATE_NOOP("PicturesPage", "TIFF: nothing is lost")},
     {"jpeg", QT_TRANSLATE_NOOP("PicturesPage", "JPEG: small files, 8 bits")},
-    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: without loss, up to 16 bits")},
+    {"png", QT_TRANSLATE_NOOP("PicturesPage", "PNG: lossless, up to 16 bits")},
     {"exr", QT_TRANSLATE_NOOP("PicturesPage", "OpenEXR: linear light, for compositing")},
 };
 constexpr ChoiceRow kFramings[] = {
@@ -63,6 +63,7 @@ PicturesPage::PicturesPage(HostApplication *application)
       m_list(new QTreeWidget),
       m_hint(new QLabel),
       m_remove(new QPushButton(tr("&Remove"))),
+      m_reading(new QLabel),
       m_notice(new QLabel),
       m_outputFolder(new QLineEdit),
       m_chooseOutput(new QPushButton(tr("C&hoose…"))),
@@ -82,12 +83,14 @@ PicturesPage::PicturesPage(HostApplication *application)
     addFolder->setObjectName(QStringLiteral("addFolder"));
     m_remove->setObjectName(QStringLiteral("remove"));
     m_replace->setObjectName(QStringLiteral("replace"));
+    m_reading->setObjectName(QStringLiteral("reading"));
     m_notice->setObjectName(QStringLiteral("notice"));
     m_notice->setWordWrap(true);
     auto *buttons = new QHBoxLayout;
     for (QPushButton *button : {add, addFolder, m_remove})
         buttons->addWidget(button);
     buttons->addStretch();
+    buttons->addWidget(m_reading);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_list);
     layout->addLayout(buttons);
@@ -115,12 +118,12 @@ void PicturesPage::SetUpList()
     m_list->setIconSize(QSize(kThumbnailSide, kThumbnailSide));
     m_list->header()->setSectionResizeMode(QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(kName, QHeaderView::ResizeToContents);
-    m_list->setWordWrap(true); // the reason why a file cannot be used takes two lines
+    m_list->setWordWrap(true); // the reason why a file cannot be used may take two lines
     m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->setUniformRowHeights(true);
     m_hint->setText(tr("Drop pictures or folders here"));
     m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setEnabled(false); // shown as a hint
+    m_hint->setEnabled(false); // gray text
     auto *over = new QVBoxLayout(m_list->viewport());
     over->addWidget(m_hint);
 
@@ -188,7 +191,7 @@ QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();
     if (!folder.isEmpty() && !folder.startsWith(QLatin1Char('/')))
-        return tr("\"%1\" is not a full path, which begins with \"/\"").arg(folder);
+        return tr("\"%1\" is not an absolute path, which begins with \"/\"").arg(folder);
     return IsThere(folder) && !QFileInfo(folder).isDir() ? tr("\"%1\" is not a folder").arg(folder) : QString();
 }
 
@@ -269,9 +272,17 @@ void PicturesPage::DescribeNext()
         row->setIcon(kName, QIcon(*image.GetThumbnail()));
     else
         row->setIcon(kWhat, style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    ShowReading();
     if (isComplete())
         Q_EMIT completeChanged();
     QTimer::singleShot(0, this, &PicturesPage::DescribeNext);
+}
+
+/// Shows why the next page is not available yet.
+void PicturesPage::ShowReading()
+{
+    const int described = NextToDescribe(), count = m_list->topLevelItemCount();
+    m_reading->setText(described < count ? tr("%1 of %2 pictures read").arg(described).arg(count) : QString());
 }
 
 QVector<NamedPicture> PicturesPage::Pictures() const
@@ -346,6 +357,7 @@ void PicturesPage::RemoveSelected()
 void PicturesPage::ListChanged()
 {
     m_hint->setVisible(m_list->topLevelItemCount() == 0);
+    ShowReading();
     Q_EMIT completeChanged();
 }
 

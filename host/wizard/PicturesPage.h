@@ -24,18 +24,18 @@ public:
 
     /// @param files  pictures and folders
     void Add(const QStringList &files);
-    /// In the order of the list, with absolute names.
+    /// Returns the pictures in the order of the list, with absolute names.
     QVector<NamedPicture> Pictures() const;
-    /// Their names.
+    /// Returns their names.
     QStringList Files() const;
     JobOutput Output() const;
-    /// Whether existing corrected pictures may be replaced.
+    /// Returns whether existing corrected pictures may be replaced.
     bool MayReplace() const;
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// True once all files of the list are described, because the next page needs all descriptions at once, and if the
-    /// output folder is possible.
+    /// Returns whether all files of the list are described, because the next page needs all descriptions at once, and
+    /// the output folder is valid.
     bool isComplete() const override;
 
 protected:
@@ -56,13 +56,15 @@ private:
     void RemoveSelected();
     int NextToDescribe() const;
     void DescribeNext();
+    void ShowReading();
     void ListChanged();
 
     HostApplication *m_application;
     QTreeWidget *m_list;
     QLabel *m_hint;
     QPushButton *m_remove;
-    QLabel *m_notice; // what is wrong with the last input; hidden if nothing is
+    QLabel *m_reading; // how many files are described; empty if all are
+    QLabel *m_notice;  // what is wrong with the last input; hidden if nothing is
     QLineEdit *m_outputFolder;
     QPushButton *m_chooseOutput;
     QComboBox *m_format;

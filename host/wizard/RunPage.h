@@ -25,9 +25,9 @@ public:
     RunPage(HostApplication *application, FittedCorrection *correction, std::vector<KIPluginOne2One *> processes,
             InterruptGuard *guard);
 
-    /// Starts a run; not during another one.
+    /// Starts a run. Must not be called during another one.
     void Start(std::vector<JobPicture> pictures, ExistingOutput existing);
-    /// Stops the run, see CorrectionJob::Cancel.
+    /// Stops the run; see CorrectionJob::Cancel.
     void Cancel();
     bool IsRunning() const { return m_running; }
     bool IsCancelled() const { return m_cancelled; }

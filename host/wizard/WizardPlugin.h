@@ -7,8 +7,8 @@
 #include "app/SearchedFolders.h"
 
 /// Loads the plug-in with fitted processes. For users who never stored a choice, all corrections are on, as on the
-/// command line; by itself the plug-in begins with none. The arguments must outlive the object, and the object the
-/// windows.
+/// command line; the plug-in alone begins with none. The arguments must outlive the object, and the object must outlive
+/// the windows.
 class WizardPlugin {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.
@@ -17,7 +17,7 @@ public:
 
     /// Returns why the object cannot be used; empty if it can.
     QString Problem() const;
-    /// One for each processor; the first one is for the page.
+    /// Returns one process object per CPU; the first one is for the page.
     const std::vector<KIPluginOne2One *> &Processes() const { return m_processes->All(); }
     FittedCorrection *Correction() { return &m_correction; }
 

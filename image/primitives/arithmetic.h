@@ -1,6 +1,6 @@
 // Pixel-wise arithmetic of images and constants, comparison and threshold.
 //
-// The target may be one of the sources. Integer results are divided by 2 to the power of a scale factor, rounded to the
+// The target may be one of the sources. Integer results are divided by 2 to the power of a scale factor, rounded to
 // nearest and saturated.
 #pragma once
 

@@ -82,8 +82,8 @@ template <typename T> Status SetMasked(T value, T *dst, Step dstStep, Size size,
     });
 }
 
-/// Channel i of the target is channel order[i] of the source, for the first @p N of @p C channels; the others stay. An
-/// order may name a channel twice. Source and target may be the same image.
+/// Copies channel order[i] of the source to channel i of the target, for the first @p N of @p C channels; the others
+/// stay. An order may name a channel twice. Source and target may be the same image.
 template <typename T, int C, int N>
 Status SwapChannels(const T *src, Step srcStep, T *dst, Step dstStep, Size size, const int order[N])
 {

@@ -7,7 +7,7 @@
 
 namespace primitives {
 
-/// Followed in its block by the weights from the center outwards.
+/// Followed in its block by the weights from the center outward.
 struct GaussianSpec {
     int radius;
     int padding; // aligns the weights with the block

@@ -20,7 +20,7 @@ Status FilterGaussianInit(int kernelSize, float sigma, BorderMode border, Gaussi
 Status FilterGaussianBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size,
                             const GaussianSpec *spec, void *buffer);
 
-/// The same without a separate specification: @p buffer also holds it.
+/// Same, without a separate specification: @p buffer also holds it.
 Status FilterGaussGetBufferSize(Size size, int kernelSize, std::int64_t *bytes);
 Status FilterGaussBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, int kernelSize,
                          float sigma, BorderMode border, void *buffer);

@@ -44,7 +44,7 @@ struct Grid {
     std::int64_t PixelOf(int node) const { return std::int64_t(node - kGridMargin) * spacing; }
 };
 
-/// The centered cubic B-spline.
+/// Returns the centered cubic B-spline.
 double BSpline(double t)
 {
     const double distance = std::fabs(t);

@@ -5,9 +5,9 @@
 
 namespace primitives {
 
-/// Up to this sigma GaussianBlur is the plain FilterGaussianBorder.
+/// Up to this sigma, GaussianBlur runs the plain FilterGaussianBorder.
 constexpr float kLargestPlainSigma = 3.4f;
-/// Above this the result no longer changes for any image; larger sigmas are clamped.
+/// Above this, the result no longer changes for any image; larger sigmas are clamped.
 constexpr float kLargestSigma = 1e6f;
 
 /// Blurs a plane by a Gaussian of @p sigma pixels, above 0; pixels beyond the edge repeat the edge. The target must not

@@ -12,7 +12,7 @@
 #include "rotate.h"
 #include "scale.h"
 
-/// Selects code for the processor; does nothing, since the compiler's dispatch has already done so.
+/// Selects code for the processor; does nothing, because the loader has already selected it.
 inline primitives::Status ippInit()
 {
     return primitives::Status::Ok;

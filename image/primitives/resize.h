@@ -25,10 +25,11 @@ struct ResizeSpec;
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
-/// Area weighting: a target pixel is the mean of the source area that it covers, in which pixels cut by its edge count
-/// in proportion. Any ratio from 1 on, separate for each direction.
+/// Prepares area weighting: a target pixel is the mean of the source area that it covers, in which pixels cut by its
+/// edge count in proportion. Supports any ratio from 1 on, separately for each direction.
 Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
-/// Bilinear between pixel centers; the outermost pixels are repeated beyond their centers. @p initBuffer is not needed.
+/// Prepares bilinear interpolation between pixel centers; the outermost pixels are repeated beyond their centers. @p
+/// initBuffer is not used.
 Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
 
 /// Returns the bytes of the work block for images of @p channels channels: one row of the source in floats.

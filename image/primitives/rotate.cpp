@@ -110,7 +110,7 @@ std::int64_t LineStart(const Pixel *row, std::int64_t x, std::int64_t end)
                                   end);
 }
 
-/// Exact rotation by multiples of 90 degrees: moves pixels block by block.
+/// Rotates exactly by multiples of 90 degrees: moves pixels block by block.
 template <void StorePixel(Pixel *, const Pixel &)>
 void MovePixels(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, const Region &region,
                 const Turn<std::int64_t> &turn)

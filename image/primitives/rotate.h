@@ -8,7 +8,7 @@ namespace primitives {
 /// Cubic interpolation; the value is that of the interface.
 enum Interpolation { kCubic = 4 };
 
-/// Rotates @p srcRect of an image counterclockwise (rows run downwards) by @p angleDegrees about the center of its
+/// Rotates @p srcRect of an image counterclockwise (rows run downward) by @p angleDegrees about the center of its
 /// pixel (0, 0), then shifts it:
 ///
 ///     dstX =  cos(angle) * srcX + sin(angle) * srcY + shiftX

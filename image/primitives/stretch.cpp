@@ -119,8 +119,8 @@ bool Stretch::GivesTable() const
     return true;
 }
 
-/// Uses a factor with as many bits as fit. A search near the ideal value, with all ways to round, finds a factor for
-/// all but two ranges.
+/// Uses a factor with as many bits as fit. A search near the ideal value, with every rounding, finds a factor for all
+/// but two ranges.
 void Stretch::FindFactor()
 {
     while (m_range >> (m_shift + 1))

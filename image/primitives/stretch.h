@@ -22,7 +22,7 @@ private:
     bool IsColor(int lane) const { return lane % m_channels < 3; }
 
     int m_channels;
-    Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at these places, which separates alpha
+    Ipp8u m_low[kLanes], m_high[kLanes]; // of the samples at each position in a group, which separates alpha
 };
 
 /// Maps the colors of a row of pixels through a table of 256 values; alpha is copied. The target may be the source.
@@ -33,12 +33,12 @@ class Stretch {
 public:
     Stretch(Ipp8u low, Ipp8u high, int channels);
 
-    /// Uses a table of all values: the definition.
+    /// Uses a table of all values, which defines the result.
     void RunPlain(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const
     {
         MapColors(m_table, m_channels, src, dst, pixels);
     }
-    /// The same by vector multiplication, for ranges that have a factor.
+    /// Same, by vector multiplication; for ranges that have a factor.
     void Run(const Ipp8u *src, Ipp8u *dst, std::int64_t pixels) const;
 
 private:

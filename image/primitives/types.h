@@ -88,7 +88,7 @@ template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
         sample(i);
 }
 
-/// Returns the components in a row of @p size; 64-bit, since four channels of 2^31 pixels don't fit an int.
+/// Returns the components in a row of @p size; 64-bit, because four channels of 2^31 pixels don't fit an int.
 template <int C> constexpr std::int64_t RowSamples(Size size)
 {
     return std::int64_t(C) * size.width;
@@ -103,8 +103,8 @@ template <typename D> constexpr float Limit(float value)
     return notBelow < kMax ? notBelow : kMax;
 }
 
-/// The only conversion from computed values to components. Integer types: rounded to nearest and clamped to the range
-/// of the type, NaN becomes 0. Float: unchanged.
+/// Converts computed values to components; nothing else does. Integers are rounded to nearest and clamped to the range
+/// of the type, and NaN becomes 0. Floats are unchanged.
 template <typename D> constexpr D Saturate(float value)
 {
     if constexpr (std::is_floating_point_v<D>) {
@@ -114,7 +114,7 @@ template <typename D> constexpr D Saturate(float value)
     }
 }
 
-/// The same, truncated towards zero.
+/// Same, but truncated toward zero.
 template <typename D> constexpr D Truncate(float value)
 {
     if constexpr (std::is_floating_point_v<D>)
@@ -123,7 +123,7 @@ template <typename D> constexpr D Truncate(float value)
         return static_cast<D>(static_cast<int>(Limit<D>(value)));
 }
 
-/// The same for integers.
+/// Same, for integers.
 template <typename D, typename V> constexpr std::enable_if_t<std::is_integral_v<V>, D> Saturate(V value)
 {
     constexpr V kMin = std::numeric_limits<D>::min();

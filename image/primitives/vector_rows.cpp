@@ -156,7 +156,7 @@ void CopyOpaqueFloat3(const Ipp32f *src, Ipp32f *dst, std::int64_t pixels, Ipp32
     plain::CopyOpaque<Ipp32f, 3>(src + 3 * x, dst + 4 * x, pixels - x, alpha);
 }
 
-#else // the definitions
+#else // no vector code: the plain functions
 
 void OpaqueFloats(const Ipp8u *src, Ipp32f *dst, std::int64_t pixels)
 {

@@ -1,9 +1,6 @@
 // Shared by all formats: rows generated on demand, suffixes.
 #include "codec.h"
 
-#include <algorithm>
-#include <cctype>
-
 namespace imagefile {
 
 Status RowMaker::Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine) const
@@ -20,8 +17,10 @@ std::string LowerCaseSuffix(const std::string &path)
     if (dot == std::string::npos || path[dot] == '/')
         return std::string();
     std::string suffix = path.substr(dot);
-    std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    for (char &c : suffix) { // not by tolower: under a Turkish locale it keeps 'I'
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
     return suffix;
 }
 

@@ -19,7 +19,6 @@ struct RowMaker {
     GFL_ROWS_CALLBACK callback;
     void *userData;
 
-    /// Calls the callback.
     Status Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t bytesPerLine) const;
 };
 
@@ -44,8 +43,8 @@ struct NameHint {
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Catches the format library's longjmps and exceptions other
-/// than std::bad_alloc.
+/// A file format. Stateless: one object serves all threads. Catches longjmps of the format's library, and all
+/// exceptions other than std::bad_alloc.
 class Codec {
 public:
     virtual ~Codec() = default;
@@ -53,11 +52,11 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Looks more closely at a file that Probe accepted, for formats whose files begin like another's.
+    /// Examines a file that Probe accepted, for formats whose files begin like those of another format.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
-    /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file for any
-    /// reason that its headers show.
+    /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file if its
+    /// headers reveal any reason to.
     virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
     /// Passes all rows to @p rows from the top down. A file that ends early or is damaged gives GFL_ERROR_FILE_READ.
     virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;

@@ -23,11 +23,11 @@ public:
     ColorTransform();
     ~ColorTransform();
 
-    /// Starts CMYK; the maximum is full ink. @p profile: may be empty or invalid; @p bits: 8, 16 or 32; @p hasAlpha: an
-    /// opacity sample follows the colors, in source and target.
+    /// Prepares the conversion of CMYK, whose maximum is full ink. @p profile: may be empty or invalid; @p bits: 8, 16
+    /// or 32; @p hasAlpha: an opacity sample follows the colors, in source and target.
     Status StartInks(const Bytes &profile, int bits, bool hasAlpha);
-    /// Starts lightness 0 to 100, a and b from -128 to 127 (ICC version 4), relative to the light @p white; @p bits: 8
-    /// or 16. White maps to white, other colors are adapted by Bradford's matrix.
+    /// Prepares the conversion of Lab relative to the white point @p white: L* from 0 to 100, a* and b* from -128 to
+    /// 127 (ICC version 4). @p bits: 8 or 16. White maps to white; other colors are adapted by the Bradford matrix.
     Status StartLab(Chromaticity white, int bits, bool hasAlpha);
 
     /// Converts @p width pixels from CMYK or Lab to RGB of the same depth.
@@ -44,7 +44,7 @@ private:
     std::vector<float> m_percent;
     std::array<double, 3> m_white = {};                // XYZ of a white other than D50
     std::array<std::array<double, 3>, 3> m_toD50 = {}; // XYZ under that white to XYZ under D50
-    std::vector<double> m_lab;                         // a row under D50; empty if that is the white anyway
+    std::vector<double> m_lab;                         // a row adapted to D50; empty if the white is D50
 };
 
 } // namespace imagefile

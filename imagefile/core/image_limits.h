@@ -11,7 +11,7 @@ namespace imagefile {
 /// From this file size on, TIFFs are written as BigTIFF: offsets of the classic form have 32 bits.
 constexpr std::uint64_t kBigTiffFromBytes = std::uint64_t(1) << 32;
 
-/// Sets the maximum number of pixels that CheckImageSize accepts; 0 (the default) means no limit. Any thread.
+/// Sets the maximum number of pixels that CheckImageSize accepts; 0 (the default) means no limit. Thread-safe.
 void SetMaxPixels(std::int64_t pixels);
 
 /// Checks sides, pixels and delivered bytes. @p channels 1 to 4, @p bits 8, 16 or 32 as delivered.

@@ -9,7 +9,7 @@ namespace imagefile {
 
 /// A box: its length, which includes the header, four letters, and its contents.
 struct IsoBox {
-    std::uint64_t begin = 0, end = 0; // of the contents, as far as the file has them
+    std::uint64_t begin = 0, end = 0; // of the contents present in the file
     char name[5] = "";
     bool isComplete = false;
 

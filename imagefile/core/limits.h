@@ -17,7 +17,7 @@ constexpr std::int64_t kMaxSidePixels = std::int64_t(1) << 20;
 /// A float picture of 400 megapixels takes 4.8 to 6.4 GB.
 constexpr std::int64_t kMaxImageBytes = std::int64_t(1) << 35;
 
-/// Up to this many bytes, a claim is accepted regardless of the file's size: allocating them does no harm, and a
+/// Up to this many bytes, a claim is accepted regardless of the file's size: allocating them is harmless, and a
 /// single-color picture of this size compresses to almost nothing.
 constexpr std::int64_t kHarmlessBytes = std::int64_t(64) << 20;
 

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Watches errno, which malloc() sets to ENOMEM, over calls of a library on this thread.
+/// Watches errno, which malloc() sets to ENOMEM, during calls to a library on this thread.
 class MemoryCheck {
 public:
     MemoryCheck() { errno = 0; }
@@ -20,7 +20,7 @@ public:
     }
 };
 
-/// Returns the text of a value of Exiv2, which writes it to a stream and silently truncates it if memory runs out.
+/// Returns the text of an Exiv2 value. Exiv2 writes it to a stream, which silently truncates it if memory runs out.
 template <class Value> std::string WholeText(const Value &value)
 {
     const MemoryCheck memory;

@@ -1,5 +1,7 @@
 #include "status.h"
 
+#include "english_thread.h"
+
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
@@ -8,8 +10,8 @@ namespace imagefile {
 
 namespace {
 
-// A character array rather than a string, because a thread may end after the library was unloaded, when nothing could
-// be destroyed. Large enough for the longest path plus the reason after it.
+// A character array rather than a string, because a thread may end after the library was unloaded, when no destructor
+// can run. Large enough for the longest path plus the reason after it.
 thread_local char lastErrorText[PATH_MAX + 512] = "";
 thread_local char lastWarningText[512] = "";
 
@@ -20,6 +22,7 @@ std::string Text(const char *format, ...)
     char text[sizeof lastErrorText];
     va_list arguments;
     va_start(arguments, format);
+    const EnglishThread english;
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     return text;

@@ -30,7 +30,7 @@ std::string Text(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 /// Stores a failure's text for gflLastErrorText of this thread, and returns its number. Success keeps the old text.
 int Report(const Status &status) noexcept;
-/// The same without a Status. Allocates nothing, so it also works when memory is short.
+/// Same, without a Status. Allocates nothing, so it works even when memory is short.
 int Report(GflError error, const char *why) noexcept;
 
 /// Stores a text for gflLastWarningText of this thread, unless there is one already. Allocates nothing.

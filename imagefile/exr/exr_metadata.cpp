@@ -29,7 +29,7 @@ struct NumberRow {
 constexpr NumberRow kNumbers[] = {
     {"Exif.Photo.ExposureTime", Imf::addExpTime},     // s
     {"Exif.Photo.FNumber", Imf::addAperture},         // f-number
-    {"Exif.Photo.ISOSpeedRatings", Imf::addIsoSpeed}, //
+    {"Exif.Photo.ISOSpeedRatings", Imf::addIsoSpeed}, // ISO
     {"Exif.Photo.SubjectDistance", Imf::addFocus},    // m
 };
 

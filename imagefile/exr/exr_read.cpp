@@ -137,7 +137,7 @@ Status ReadHeaders(const Source &source, ExrLayout *layout)
     Imf::Xdr::read<Imf::StreamIO>(input, magic);
     Imf::Xdr::read<Imf::StreamIO>(input, layout->version);
     if (Imf::getVersion(layout->version) != Imf::EXR_VERSION || Imf::isNonImage(layout->version))
-        return Unknown("deep pixels or a newer version");
+        return Unknown("deep pixels and newer versions are not supported");
     const bool manyParts = Imf::isMultiPart(layout->version);
     if (Status status = CheckExrAttributes(source, manyParts); !status)
         return status;

@@ -9,7 +9,7 @@ namespace imagefile {
 /// 136); exponent 0 is black.
 constexpr std::size_t kRgbeBytes = 4;
 
-/// Rows of these lengths may be packed channel by channel, after a marker of two bytes of 2 and the length.
+/// Rows of these lengths may be packed channel by channel, after a marker: two bytes with the value 2, then the length.
 constexpr int kMinPackedWidth = 8;
 constexpr int kMaxPackedWidth = 32767;
 

@@ -67,7 +67,7 @@ Status TakeHeaderLine(const std::string &line, HdrLayout *layout)
     return Status::Ok();
 }
 
-// Parses "-Y 480 +X 640": the slower axis first, y upwards.
+// Parses "-Y 480 +X 640": the slower axis first, y upward.
 Status TakeAxes(const std::string &line, HdrLayout *layout)
 {
     char sign[2] = {}, axis[2] = {};
@@ -198,7 +198,7 @@ private:
     std::array<float, 256> m_units = {}; // by exponent
 };
 
-/// Reads rows in file order, perhaps from right to left.
+/// Reads rows in file order, from left to right or reversed.
 Status ReadInOrder(ByteReader *reader, const HdrLayout &layout, const Scale &scale, RowSink *rows)
 {
     const auto width = static_cast<std::size_t>(layout.width);

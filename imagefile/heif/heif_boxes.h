@@ -6,7 +6,7 @@
 
 namespace imagefile {
 
-/// A rotation by right angles, perhaps with a reflection. Maps stored coordinates (X, Y), relative to the center, to
+/// A rotation by right angles, with or without a reflection. Maps stored coordinates (X, Y), relative to the center, to
 /// those of the displayed picture: x = xx X + xy Y.
 struct HeifTurn {
     int xx = 1, xy = 0, yx = 0, yy = 1;

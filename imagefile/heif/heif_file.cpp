@@ -15,7 +15,8 @@ Status HeifStatus(const heif_error &error)
     return Status::Fail(isMemory ? GFL_ERROR_NO_MEMORY : GFL_ERROR_FILE_READ, Text("HEIF: %s", error.message));
 }
 
-// libheif's functions return 0 for success.
+// libheif's functions return 0 for success. A read never fails: an assertion in libheif aborts the program if one does.
+// It gets zeros for missing bytes instead, and Source::Check reports the failure.
 const heif_reader &HeifFile::Reader()
 {
     static const heif_reader reader = {
@@ -24,8 +25,9 @@ const heif_reader &HeifFile::Reader()
         [](void *buffer, std::size_t size, void *data) {
             auto *stream = static_cast<Stream *>(data);
             const std::size_t count = stream->source->ReadAt(stream->at, buffer, size);
-            stream->at += count;
-            return count == size ? 0 : 1;
+            std::memset(static_cast<char *>(buffer) + count, 0, size - count);
+            stream->at += size;
+            return 0;
         },
         [](std::int64_t position, void *data) {
             static_cast<Stream *>(data)->at = static_cast<std::uint64_t>(position);
@@ -70,7 +72,7 @@ Status HeifFile::CheckSize()
         std::swap(m_width, m_height);
     if (Status status = CheckImageSize(m_width, m_height, m_form.channels, m_form.bits); !status)
         return status;
-    // Also applies to the sizes of tiles and opacity. Encoders round sides up, perhaps to multiples of 64.
+    // Also applies to the sizes of tiles and opacity. Encoders round sides up, to multiples of up to 64.
     heif_context_set_maximum_image_size_limit(m_context.get(), std::max(m_width, m_height) + 64);
     const std::int64_t bytes = std::int64_t(m_width) * m_height * m_form.BytesPerPixel();
     return CheckClaim(bytes, bytes, m_stream.source->Size(), kUnboundedRatio);

@@ -6,7 +6,7 @@
 namespace imagefile {
 
 /// Layout of a JPEG 2000 file: a bare codestream, or one in the boxes of a JP2 file (ITU-T T.800, annexes A and I).
-/// Gray or RGB, perhaps with opacity as the last component; other colors, palettes and subsampled components are
+/// Gray or RGB, optionally with opacity as the last component; other colors, palettes and subsampled components are
 /// refused.
 struct Jp2Layout {
     std::uint64_t streamAt = 0; // offset of the codestream

@@ -85,9 +85,9 @@ Status Decode(const Source &source, const Jp2Layout &layout, Image *image)
         && opj_read_header(stream.get(), decoder.get(), &made);
     image->reset(made);
     isGood = isGood && opj_decode(decoder.get(), stream.get(), made);
+    memory.Require(); // OpenJPEG may continue without the parts that it had no memory for
     if (isGood)
         return Status::Ok();
-    memory.Require();
     return Status::Fail(GFL_ERROR_FILE_READ, Text("JPEG 2000: %s", why.empty() ? "damaged" : why.c_str()));
 }
 

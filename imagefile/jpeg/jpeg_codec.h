@@ -21,7 +21,7 @@ Status ReadExifThumbnail(const Source &source, const Box &box, RowSink *rows);
 Status WriteJpeg(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 /// libjpeg's error record, with the jump target. Each function that calls libjpeg sets @c out itself. No object with a
-/// destructor may live where a jump leaves.
+/// destructor may be alive in a scope that a jump leaves.
 struct JpegError {
     jpeg_error_mgr base; // must be first: libjpeg points to it
     std::jmp_buf out;

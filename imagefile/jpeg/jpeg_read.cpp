@@ -78,7 +78,7 @@ void LimitScans(j_common_ptr cinfo)
     std::longjmp(error->out, 1);
 }
 
-/// Decodes one picture. Objects with destructors are members, so that a jump skips none.
+/// Decodes one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Decoder {
 public:
     explicit Decoder(const Source &source);

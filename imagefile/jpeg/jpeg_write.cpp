@@ -131,7 +131,7 @@ std::vector<Segment> Segments(const Metadata &metadata, ThumbnailRoom *room)
     return segments;
 }
 
-/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

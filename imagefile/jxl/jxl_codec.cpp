@@ -1,4 +1,4 @@
-// JPEG XL by libjxl: the codec. See jxl_file.cpp for header and pixels, jxl_metadata.cpp for metadata.
+// JPEG XL codec, using libjxl. See jxl_file.cpp for header and pixels, jxl_metadata.cpp for metadata.
 #include "jxl_codec.h"
 
 #include <cstring>

@@ -21,8 +21,8 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Doesn't use Exiv2's toLong and toRational for rationals, which cut unsigned numbers to 31 bits and trap on -2^31 /
-// -1.
+// Doesn't use Exiv2's toLong and toRational for rationals, which truncate unsigned numbers to 31 bits and trap on -2^31
+// / -1.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
     if (const auto *rationals = dynamic_cast<const Exiv2::URationalValue *>(&value)) {
@@ -62,7 +62,7 @@ std::string Fraction(const Exiv2::Value &value)
     return std::to_string(under < 0 ? -over : over) + '/' + std::to_string(std::abs(under));
 }
 
-// Returns whole degrees and minutes, however the file splits them: "45° 30' 7.5\"".
+// Returns whole degrees and minutes, regardless of how the file splits them: "45° 30' 7.5\"".
 std::string Degrees(const Exiv2::Value &value)
 {
     if (value.count() < 3)

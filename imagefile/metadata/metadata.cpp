@@ -74,7 +74,7 @@ Bytes JpegResources(const Source &source)
     constexpr std::string_view kSignature("Photoshop 3.0\0", 14);
     constexpr std::uint8_t kApp13 = 0xED, kStartOfScan = 0xDA;
     Bytes resources, payload;
-    std::array<std::uint8_t, 4> head; // 0xFF, marker, length with its own two bytes
+    std::array<std::uint8_t, 4> head; // 0xFF, marker, length including its own two bytes
     std::uint64_t at = 2;
     for (int step = 0; step < kMaxJpegSteps && source.ReadAt(at, head.data(), 4) == 4; ++step) {
         if (head[0] != 0xFF || head[1] == kStartOfScan)
@@ -153,7 +153,7 @@ void StartExiv2()
         }
     });
     if (!started)
-        throw std::bad_alloc(); // the only reason
+        throw std::bad_alloc(); // the start fails for no other reason
 }
 
 std::shared_mutex &XmpNamespaces()

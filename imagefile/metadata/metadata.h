@@ -19,8 +19,8 @@ struct Metadata {
     Bytes xmp;            // packet, UTF-8
 };
 
-/// Reads all four parts with Exiv2, for the formats that it supports; none for others. Damaged metadata never fails a
-/// picture: the readable part is kept, and gflLastWarningText reports the rest. A source that can't be read gives
+/// Reads all four parts with Exiv2, for the formats that it supports; none for others. Damaged metadata is never an
+/// error: the readable part is kept, and gflLastWarningText reports the rest. A source that can't be read gives
 /// GFL_ERROR_FILE_READ. Throws only std::bad_alloc. Never decodes pixels.
 Status ReadExiv2Metadata(const Source &source, Metadata *metadata);
 
@@ -46,8 +46,8 @@ void StartExiv2();
 /// packet iterates over the table without it. So hold this lock shared while reading and exclusively while writing.
 std::shared_mutex &XmpNamespaces();
 
-/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied for lack of
-/// memory, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
+/// Required while Exiv2 reads or writes XMP. If the texts that its XMP toolkit returns cannot be copied because memory
+/// is short, the toolkit's lock is never released, and its next call hangs. The reserve lets the copy succeed.
 template <class Lock> struct XmpUse {
     const MemoryReserve reserve;
     const Lock lock{XmpNamespaces()};

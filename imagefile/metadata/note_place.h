@@ -20,7 +20,7 @@ bool IsMovableNote(const Bytes &note);
 ///  - its values include directories stored as bytes, which contain offsets (Olympus E-1, E-300).
 bool NeedsItsPlace(const Bytes &note, std::uint64_t place, bool isBigEndian);
 
-/// Returns the placeholder for the note in a block without it, as EXIF's value of a maker note.
+/// Returns the placeholder for the note in a block without it, as the value of EXIF's maker note field.
 Bytes NotePlaceholder();
 
 /// Inserts a note into an EXIF block made by Exiv2, a classic little-endian TIFF whose maker note is NotePlaceholder.

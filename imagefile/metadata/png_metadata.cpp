@@ -127,7 +127,7 @@ Bytes ChunkReader::Rest(const Bytes &chunk, std::size_t at, bool isPacked)
     return unpacked;
 }
 
-// PNG (ISO 15948), 11.3.3.4: keyword, compression flag and method, language, translated keyword, text.
+// Reads an iTXt chunk (ISO 15948, 11.3.3.4): keyword, compression flag and method, language, translated keyword, text.
 Bytes ChunkReader::InternationalText(const Bytes &chunk, std::size_t keyEnd)
 {
     const std::size_t flag = keyEnd + 1;

@@ -11,8 +11,8 @@ namespace imagefile {
 constexpr char kPngXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kPngIptcKey[] = "Raw profile type iptc";
 
-/// Reads all four parts from iCCP, eXIf, iTXt, zTXt and tEXt chunks, also those after the pixels, which are skipped.
-/// Otherwise like ReadExiv2Metadata.
+/// Reads all four parts from iCCP, eXIf, iTXt, zTXt and tEXt chunks, including those after the pixels, which are
+/// skipped. Otherwise like ReadExiv2Metadata.
 Status ReadPngMetadata(const Source &source, Metadata *metadata);
 
 /// Returns a block in ImageMagick's text form: its kind, its length and hexadecimal digits.

@@ -13,7 +13,7 @@ Status ReadPngPixels(const Source &source, RowSink *rows);
 Status WritePng(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);
 
 /// Context for libpng's callbacks. Each function that calls libpng sets @c out itself. No object with a destructor may
-/// live where a jump leaves.
+/// be alive in a scope that a jump leaves.
 struct PngError {
     std::jmp_buf out;
     GflError error = GFL_ERROR_FILE_READ; // unless a better cause is known

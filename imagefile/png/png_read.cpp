@@ -7,7 +7,7 @@ namespace imagefile {
 
 namespace {
 
-/// Decodes one picture. Objects with destructors are members, so that a jump skips none.
+/// Decodes one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Decoder {
 public:
     explicit Decoder(const Source &source) : m_source(source) { }
@@ -62,7 +62,7 @@ bool Decoder::TryReadHeader()
     png_set_read_fn(m_png, this, ReadBytes);
     png_set_user_limits(m_png, kMaxSidePixels, kMaxSidePixels);
     png_set_chunk_malloc_max(m_png, kMaxPngChunkBytes);
-    // Metadata is read elsewhere, so texts that unpack to gigabytes and profiles that libpng rejects do no harm here.
+    // Metadata is read elsewhere, so texts that unpack to gigabytes and profiles that libpng rejects are harmless here.
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(m_png, PNG_HANDLE_CHUNK_AS_DEFAULT, reinterpret_cast<png_const_bytep>("pHYs"), 1);
 #ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION // a fuzzer can't guess checksums
@@ -84,7 +84,7 @@ bool Decoder::HasAlpha() const
     return (m_color & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(m_png, m_info, PNG_INFO_tRNS) != 0;
 }
 
-// Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, for which there is no form.
+// Palettes and 1-bit gray become color, as in the other formats; so does gray with opacity, which has no form here.
 PixelForm Decoder::Form() const
 {
     const bool isGrey = m_color == PNG_COLOR_TYPE_GRAY && m_bits > 1;

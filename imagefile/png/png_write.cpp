@@ -32,7 +32,7 @@ Blocks::Blocks(const Metadata &metadata)
 {
 }
 
-/// Encodes one picture. Objects with destructors are members, so that a jump skips none.
+/// Encodes one picture. Objects with destructors are members, so that a jump skips no destructor.
 class Encoder {
 public:
     Encoder(const GFL_BITMAP &bitmap, const SaveOptions &options, Sink *sink);

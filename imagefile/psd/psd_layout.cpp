@@ -42,8 +42,9 @@ Status TakeMode(std::uint64_t mode, PsdLayout *layout)
             ? Status::Ok()
             : Damaged(Text("%d channels; %d are needed", layout->channels, known.colors));
     }
-    return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
-                        Text("Photoshop: color mode %llu with %d bits", static_cast<unsigned long long>(mode), bits));
+    return Status::Fail(
+        GFL_ERROR_UNKNOWN_FORMAT,
+        Text("Photoshop: color mode %llu with %d bits is not supported", static_cast<unsigned long long>(mode), bits));
 }
 
 Status ReadHeader(ByteReader *reader, PsdLayout *layout)
@@ -59,7 +60,8 @@ Status ReadHeader(ByteReader *reader, PsdLayout *layout)
     if (reader->Failed())
         return Damaged("the file ends early");
     if (version != 1 && version != 2)
-        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "Photoshop: version " + std::to_string(version));
+        return Status::Fail(GFL_ERROR_UNKNOWN_FORMAT,
+                            "Photoshop: version " + std::to_string(version) + " is not supported");
     if (layout->channels < 1 || layout->channels > kMaxPsdChannels)
         return Damaged(Text("%d channels; 1 to %d are allowed", layout->channels, kMaxPsdChannels));
     if (Status status = CheckImageSize(width, height, 1, 8); !status)
@@ -93,7 +95,7 @@ void ChooseOpacity(PsdLayout *layout)
     layout->isOnPaper = layout->hasAlpha && layout->channelPlaces.empty();
 }
 
-// The merged picture: the sizes of all rows of all channels precede the first one.
+// Finds the channels of the merged picture. The sizes of all rows of all channels precede the first channel.
 Status FindMergedChannels(const Source &source, ByteReader *reader, PsdLayout *layout)
 {
     const auto compression = static_cast<int>(reader->Number(2));

@@ -24,7 +24,7 @@ public:
 
     /// Reads the sizes of packed rows.
     Status Start();
-    /// Reads and unpacks the next row of a channel: layout.RowBytes() as stored.
+    /// Reads and unpacks the next row of a channel: layout.RowBytes() bytes, in the file's byte order.
     Status ReadRow(std::size_t channel, int y, std::uint8_t *row);
 
 private:
@@ -67,8 +67,8 @@ Status ChannelReader::ReadRow(std::size_t channel, int y, std::uint8_t *row)
         return got == rowBytes ? Status::Ok() : EndsEarly();
     }
     const std::size_t size = from.size[static_cast<std::size_t>(y)];
-    if (size > 2 * rowBytes + 2) // a byte packs to at most two
-        return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a row of %zu packed bytes", size));
+    if (size > 2 * rowBytes + 2) // packing at most doubles the size
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("Photoshop: a packed row of %zu bytes is too long", size));
     m_packed.resize(size);
     if (m_source.ReadAt(from.at, m_packed.data(), size) < size)
         return EndsEarly();
@@ -124,7 +124,7 @@ public:
     Assembler(const PsdLayout &layout) : m_layout(layout) { }
 
     Status Start(const Source &source);
-    /// Returns the buffer for a row of a channel, as stored.
+    /// Returns the buffer for a row of a channel, in the file's byte order.
     std::uint8_t *Channel() { return m_channel.data(); }
     /// Processes a complete channel.
     void TakeChannel(std::size_t channel);
@@ -193,7 +193,7 @@ template <class T> void Assembler::FinishAs(T *row)
         m_transform.Row(samples, row, m_width);
     } else if (m_layout.UsedChannels() == m_layout.form.channels) {
         std::memcpy(row, samples, m_samples.size());
-    } else { // gray expanded to color, perhaps followed by opacity
+    } else { // gray expanded to color, followed by opacity if there is any
         const int stored = m_layout.UsedChannels(), delivered = m_layout.form.channels;
         T *pixel = row;
         for (std::size_t x = 0; x < m_width; ++x, samples += stored, pixel += delivered) {

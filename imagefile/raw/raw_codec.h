@@ -34,7 +34,7 @@ public:
 
     /// Reads the headers and checks sizes. @p source must outlive the object.
     Status Open(const Source &source);
-    /// Fills all but the format. Afterwards the object can't be used again.
+    /// Fills all but the format. Afterward the object can't be used again.
     Status Describe(GFL_FILE_INFORMATION *info);
 
     enum class Size { Full, Half };

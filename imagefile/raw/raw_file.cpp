@@ -117,7 +117,8 @@ void RawFile::SetUp(const GFL_LOAD_PARAMS &params, Size size)
 {
     libraw_output_params_t &to = m_raw->imgdata.params;
     to.use_auto_wb = params.RawUseAutomaticBalance != 0;
-    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0; // LibRaw would prefer it
+    // LibRaw would prefer the camera's balance.
+    to.use_camera_wb = params.RawUseCameraBalance != 0 && params.RawUseAutomaticBalance == 0;
     to.highlight = std::min<int>(params.RawHighlight, 9);
     to.no_auto_bright = params.RawAutoBright == 0;
     to.gamm[0] = 1.0 / static_cast<double>(Sensible(params.RawGamma));

@@ -48,7 +48,7 @@ int RawStream::get_char()
     return read(&byte, 1, 1) == 1 ? byte : -1;
 }
 
-// Like fgets.
+// Reads a line like fgets.
 char *RawStream::gets(char *text, int size)
 {
     int length = 0;

@@ -7,7 +7,7 @@
 
 namespace imagefile {
 
-/// Reads through a buffer, since LibRaw requests single bytes. The source must outlive the stream.
+/// Reads through a buffer, because LibRaw requests single bytes. The source must outlive the stream.
 class RawStream : public LibRaw_abstract_datastream {
 public:
     explicit RawStream(const Source &source) : m_source(source) { }

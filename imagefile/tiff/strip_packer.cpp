@@ -76,7 +76,7 @@ private:
 };
 
 /// The calling thread generates groups ahead in a ring of slots and writes packed ones in order; the others pack them,
-/// and so does the calling thread when it has nothing else to do. With one thread it does everything in turn.
+/// as does the calling thread when it is idle. A single thread generates, packs and writes one group after the other.
 class Ring {
 public:
     explicit Ring(const StripJob &job);

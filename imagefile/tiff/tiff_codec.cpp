@@ -1,4 +1,4 @@
-// TIFF by libtiff and libdeflate: the codec. See tiff_read.cpp for reading, tiff_write.cpp for writing.
+// TIFF codec, using libtiff and libdeflate. See tiff_read.cpp for reading, tiff_write.cpp for writing.
 #include "tiff_codec.h"
 
 #include "metadata/metadata.h"

@@ -18,7 +18,7 @@ public:
     Status Encode(const Exiv2::ExifData &exif);
 
     /// Returns the maximum number of bytes that the EXIF takes in a file: the EXIF and a second copy of its
-    /// directories, perhaps widened.
+    /// directories, which BigTIFF widens.
     std::uint64_t BytesBound() const { return 3 * std::uint64_t(m_classic.size()); }
     /// Sets the variant of the file. Call it before the functions below.
     void SetVariant(TiffVariant variant) { m_variant = variant; }

@@ -68,7 +68,7 @@ toff_t TiffHandle::Client::Size(thandle_t handle)
 // Errors only: libtiff warns about many harmless things.
 //
 // If its list of known or custom fields can't grow, libtiff 4.5 has the new count but the old list or none, which it
-// later reads, even in TIFFClose. So it must neither continue nor be closed: leave it by an exception.
+// later reads, even in TIFFClose. So it must neither continue nor be closed; only an exception can leave it.
 int TiffHandle::Client::NoteError(TIFF *, void *data, const char *, const char *format, va_list arguments)
 {
     const bool isMemoryShort = errno == ENOMEM; // from malloc()

@@ -11,7 +11,7 @@
 namespace imagefile {
 
 /// An open TIFF. The destructor closes it; nothing is ever printed. If opening or setting fields throws std::bad_alloc,
-/// the handle can't be used any more; libtiff's memory for it, usually a few KB, may leak.
+/// the handle becomes unusable; libtiff's memory for it, usually a few KB, may leak.
 class TiffHandle {
 public:
     TiffHandle();
@@ -30,7 +30,7 @@ public:
 
     TIFF *Get() const { return m_tiff; }
 
-    /// Open another directory. False if it doesn't exist or is damaged.
+    /// Open another directory; return false if it doesn't exist or is damaged.
     bool OpenFirst() const
     {
         return RequireMemory([this] { return TIFFSetDirectory(m_tiff, 0) != 0; });

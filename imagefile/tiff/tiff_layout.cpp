@@ -94,7 +94,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
     case PHOTOMETRIC_SEPARATED:
         layout->color = TiffColor::Cmyk;
         if (handle.Field<std::uint16_t>(TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK)
-            return Unknown("an ink set other than CMYK");
+            return Unknown("ink sets other than CMYK are not supported");
         return Status::Ok();
     case PHOTOMETRIC_YCBCR:
         layout->color = TiffColor::Other;
@@ -107,7 +107,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
     case PHOTOMETRIC_ICCLAB:
         layout->color = TiffColor::Lab;
         if ((layout->bits != 8 && layout->bits != 16) || layout->samples < 3)
-            return Unknown(Text("Lab of %d bits, %d samples", layout->bits, layout->samples));
+            return Unknown(Text("Lab of %d bits and %d samples is not supported", layout->bits, layout->samples));
         return Status::Ok();
     case PHOTOMETRIC_ITULAB:
     case PHOTOMETRIC_LOGL:
@@ -115,7 +115,7 @@ Status ReadColor(const TiffHandle &handle, TiffLayout *layout)
         layout->color = TiffColor::Other;
         return Status::Ok();
     default:
-        return Unknown(Text("photometric interpretation %d", layout->photometric));
+        return Unknown(Text("photometric interpretation %d is not supported", layout->photometric));
     }
 }
 
@@ -145,7 +145,7 @@ Status CheckPalette(const Source &source, const TiffHandle &handle, const TiffLa
         : Status::Ok();
 }
 
-// TIFF 6.0, section 20: two fractions.
+// Reads the white point: two fractions (TIFF 6.0, section 20).
 void ReadWhite(const TiffHandle &handle, TiffLayout *layout)
 {
     const float *white = nullptr;
@@ -207,7 +207,7 @@ Status ChooseForm(const TiffHandle &handle, TiffLayout *layout)
         return Damaged(Text("%d samples per pixel where %d are needed", layout->samples, colors));
     layout->isFloat = sampleFormat == SAMPLEFORMAT_IEEEFP;
     if (layout->isFloat && layout->color == TiffColor::Lab)
-        return Unknown("Lab in floating point");
+        return Unknown("Lab in floating point is not supported");
     for (int i = 0; i < colors; ++i)
         layout->used.push_back(i);
     const int opacity = layout->color == TiffColor::Palette ? -1 : FindOpacity(handle, colors, layout);

@@ -71,7 +71,8 @@ Status BandReader::OpenReduced(const Source &source, const Box &box)
     m_planes.push_back(std::make_unique<TiffHandle>());
     if (Status status = OpenTiffReduced(source, box, m_planes[0].get(), &m_layout); !status)
         return status;
-    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: a planar reduced version") : Status::Ok();
+    return m_layout.isPlanar ? Status::Fail(GFL_ERROR_UNKNOWN_FORMAT, "TIFF: planar reduced versions are not supported")
+                             : Status::Ok();
 }
 
 Status BandReader::OpenPlanes(const Source &source)

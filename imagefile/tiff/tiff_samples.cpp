@@ -15,7 +15,7 @@ template <class T> T Load(const std::uint8_t *p)
     return value;
 }
 
-// IEEE 754 binary16.
+// Converts a number in the form binary16 of IEEE 754.
 float HalfToFloat(std::uint16_t half)
 {
     const std::uint32_t sign = (half & 0x8000u) << 16;

@@ -10,7 +10,7 @@ namespace imagefile {
 /// range; palette indexes are unchanged.
 ///
 /// @param src    A row as libtiff returns it: native byte order, or bits from the highest down.
-/// @param first  Index of the first sample in the row; each next one is @p srcStep samples further.
+/// @param first  Index of the first sample in the row; each following one is @p srcStep samples farther on.
 /// @param dst    @p count samples, each @p dstStep samples after the previous one.
 void UnpackSamples(const TiffLayout &layout, const std::uint8_t *src, std::size_t first, std::size_t srcStep,
                    std::size_t count, void *dst, std::size_t dstStep);

@@ -38,7 +38,7 @@ struct Picture {
     const std::uint8_t *Row(int y) const { return bitmap.Data + static_cast<std::size_t>(y) * bitmap.BytesPerLine; }
     std::size_t BytesOf(int strip) const { return rowBytes * static_cast<std::size_t>(RowsOf(strip)); }
     std::uint64_t Bytes() const { return std::uint64_t(rowBytes) * static_cast<std::uint64_t>(bitmap.Height); }
-    /// Copies the rows of @p count strips from @p first on without gaps, or requests them from the maker.
+    /// Copies the rows of @p count strips from @p first on without gaps, or requests them from the caller's callback.
     Status FillStrips(int first, int count, std::uint8_t *dst) const;
 };
 

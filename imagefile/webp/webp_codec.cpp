@@ -1,4 +1,4 @@
-// WebP by libwebp: the codec. See webp_layout.cpp for the chunks, webp_read.cpp for pixels and metadata.
+// WebP codec, using libwebp. See webp_layout.cpp for the chunks, webp_read.cpp for pixels and metadata.
 #include "webp_codec.h"
 
 #include <cstring>

@@ -11,14 +11,14 @@ struct WebpRange {
     std::uint64_t size = 0; // 0 if there is none
 };
 
-/// A WebP file by its chunk headers: a picture, or the first frame of an animation.
+/// Layout of a WebP file, from its chunk headers: a picture, or the first frame of an animation.
 struct WebpLayout {
     int width = 0, height = 0; // of the canvas, which is delivered
     int left = 0, top = 0;     // of the frame on the canvas
     int frameWidth = 0, frameHeight = 0;
     bool isAnimated = false;
     bool hasAlpha = false; // of the frame, or because it doesn't cover the canvas
-    WebpRange frame;       // its chunks with their headers: perhaps ALPH, then VP8 or VP8L
+    WebpRange frame;       // its chunks with their headers: ALPH if present, then VP8 or VP8L
     WebpRange icc, exif, xmp;
 
     bool CoversCanvas() const { return frameWidth == width && frameHeight == height; }

@@ -79,7 +79,7 @@ Status ReadFrame(const Source &source, Chunks *chunks, WebpLayout *layout)
     return Damaged("the file ends before its picture");
 }
 
-/// Reads a frame of an animation: place, size, duration, its chunks.
+/// Reads a frame of an animation: position, size, duration, chunks.
 Status ReadAnimationFrame(const Source &source, const WebpRange &range, WebpLayout *layout)
 {
     std::uint8_t head[16];

@@ -82,7 +82,7 @@ Status ReadWebpPixels(const Source &source, RowSink *rows)
 Status ReadWebpMetadata(const Source &source, Metadata *metadata)
 {
     WebpLayout layout;
-    if (!ReadWebpLayout(source, &layout)) // reading the pixels reports it
+    if (!ReadWebpLayout(source, &layout)) // reading the pixels reports the failure
         return source.Check();
     metadata->icc = ReadMetadataBlock(source, layout.icc.at, layout.icc.size);
     metadata->xmp = ReadMetadataBlock(source, layout.xmp.at, layout.xmp.size);

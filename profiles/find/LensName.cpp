@@ -188,7 +188,7 @@ QSet<QString> TellingWords(const LensName &name)
     return words;
 }
 
-/// Whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
+/// Returns whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
     return name.words.contains(TellingWords(unnamed));
@@ -209,7 +209,7 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
     return wantedMount.isEmpty() || HasWordsOf(wanted, offered);
 }
 
-/// Returns the first number in which the names differ, readable; empty if all numbers that both have agree.
+/// Returns the first number in which the names differ, as text; empty if all numbers that both have agree.
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
     constexpr double kFocalShare = 0.015, kStopShare = 0.03; // names are rounded: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
@@ -224,7 +224,7 @@ QString NumberContradiction(const LensName &wanted, const LensName &offered)
     return QString();
 }
 
-/// Whether a lens code is specific enough to compare: "b028" or "013", not "11".
+/// Returns the lens codes that are specific enough to compare: "b028" or "013", not "11".
 QSet<QString> TellingCodes(const LensName &name)
 {
     QSet<QString> codes;
@@ -239,7 +239,7 @@ QSet<QString> MarksOf(const LensName &name, Group group)
     return MarksOfGroup(name.marks, group);
 }
 
-/// Whether a name has more than numbers, a mount and the hints that cameras add.
+/// Returns whether a name has more than numbers, a mount and the hints that cameras add.
 bool IsFull(const LensName &name)
 {
     constexpr Group kTelling[] = {Group::Motor,  Group::Format,  Group::Line,
@@ -272,8 +272,8 @@ bool MayBeGeneration(const LensName &name, const QSet<QString> &marks)
     return !name.maybeGeneration.isEmpty() && (marks.isEmpty() || marks == QSet<QString>{name.maybeGeneration});
 }
 
-/// These makers' cameras often omit it, and so do users. Olympus's write "OLYMPUS M.12-100mm F4.0", without any
-/// details.
+/// Returns whether the maker's cameras, and users, often omit the stabilizer. Olympus cameras write "OLYMPUS M.12-100mm
+/// F4.0", without any details.
 bool LeavesStabilizerOut(const LensName &name)
 {
     return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica")

@@ -14,7 +14,7 @@ struct LensName {
     double maxAperture = 0.0; // f-number at minFocalMm; 0: not given
     double maxApertureAtTele = 0.0;
     QString maker;              // "nikon", from its name or from a family of its lenses ("Nikkor"); empty: not given
-    QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group, see LensName.cpp
+    QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group; see LensName.cpp
     QSet<QString> words;        // the rest, case folded
     QSet<QString> codes;        // the maker's model codes, "b028"
     QString converter;          // factor of the teleconverter ("1.4") or, if not given, its text; empty: none
@@ -23,7 +23,7 @@ struct LensName {
 
     bool HasFocal() const { return minFocalMm > 0.0; }
     bool HasAperture() const { return maxAperture > 0.0; }
-    /// Whether the name has only numbers, a maker, and the hints that cameras add ("G VR").
+    /// Returns whether the name has only numbers, a maker, and the hints that cameras add ("G VR").
     bool IsBare() const;
 };
 
@@ -41,5 +41,5 @@ struct NameMatch {
 /// Compares the lens name of a picture with that of a profile or database.
 NameMatch CompareLensNames(const LensName &wanted, const LensName &offered);
 
-/// Whether a word is the name of a maker of lenses or cameras, in any case.
+/// Returns whether a word is the name of a maker of lenses or cameras, ignoring case.
 bool IsMakerName(const QString &word);

@@ -91,12 +91,13 @@ QSet<QString> MarksOfGroup(const QSet<QString> &marks, Group group);
 
 /// Returns the maker identified by a word: its name, or a lens family that only it makes. Empty if there is none.
 QString FindMaker(const QString &word);
-/// Whether other makers also use this family name for its mount. It identifies the maker only if nothing else does.
+/// Returns whether other makers also use this family name for its mount. It identifies the maker only if nothing else
+/// does.
 bool IsMountFamily(const QString &word);
 /// Returns the maker of the mount among @p marks if other makers' lens names use it too ("E", "Z"); empty otherwise.
 QString MakerOfMount(const QSet<QString> &marks);
-/// Whether a word describes glass, coatings or equipment. Many makers use such words, and spellings of the same lens
-/// may omit them.
+/// Returns whether a word describes glass, coatings or equipment. Many makers use such words, and spellings of the same
+/// lens may omit them.
 bool IsDescription(const QString &word);
-/// Whether a word doesn't help to identify a lens.
+/// Returns whether a word doesn't help to identify a lens.
 bool IsIdleWord(const QString &word);

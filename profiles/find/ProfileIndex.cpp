@@ -180,7 +180,7 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
 }
 
 /// Adds the profiles and folders whose names are not UTF-8, with replacement characters: Qt neither lists nor opens
-/// them. Notes a folder that cannot be listed, about which Qt is silent.
+/// them. Notes a folder that cannot be listed, which Qt doesn't report.
 void ProfileIndex::AddMisnamed(const QString &folder, QStringList *files)
 {
     std::error_code failed, unknown;
@@ -204,7 +204,8 @@ void ProfileIndex::LoadCache()
     QFile file(m_cacheFile);
     if (m_cacheFile.isEmpty() || !QFileInfo(m_cacheFile).isFile() || !file.open(QIODevice::ReadOnly))
         return;
-    const QByteArray content = file.read(std::min(file.size(), kMaxIndexCacheBytes)); // allocates as many bytes
+    const QByteArray content =
+        file.read(std::min(file.size(), kMaxIndexCacheBytes)); // read() allocates all requested bytes
     QDataStream in(content);
     in.setVersion(QDataStream::Qt_5_15);
     quint32 magic = 0, version = 0, count = 0;

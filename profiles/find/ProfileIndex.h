@@ -45,7 +45,7 @@ public:
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
     /// Folders that the last Scan could not list.
     const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
-    /// Number of files that the last Scan read, not counting known ones.
+    /// Returns the number of files that the last Scan read, not counting known ones.
     int FilesRead() const { return m_filesRead; }
 
 private:

@@ -76,7 +76,7 @@ QString WhyOutOfRange(const ProfileHead &head, const PictureFacts &facts)
     return QString();
 }
 
-/// A quick test that rejects nearly all of thousands of profiles before names are parsed and bodies compared.
+/// Quickly rejects nearly all of thousands of profiles, before names are parsed and bodies compared.
 bool MayBeLens(const ProfileHead &head, const QVector<LensName> &wanted)
 {
     return std::any_of(wanted.begin(), wanted.end(), [&head](const LensName &name) {
@@ -112,7 +112,7 @@ bool IsFixedLensName(const LensName &name, const QString &model)
         && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
 }
 
-/// Whether a fixed lens's profile has the picture's focal lengths, as far as both are known.
+/// Returns whether a fixed lens's profile has the picture's focal lengths, as far as both are known.
 bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
 {
     const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
@@ -352,8 +352,10 @@ private:
         if (!m_facts.model.Known() && m_facts.lensNames.isEmpty())
             match.reason = QStringLiteral("the picture doesn't say which camera and lens took it");
         else if (IsFixedLens())
-            match.reason = QStringLiteral("no profile for the camera \"%1\", and the picture doesn't name its lens")
-                               .arg(m_facts.model.value);
+            match.reason =
+                QStringLiteral(
+                    "no profile for the camera \"%1\", and the picture doesn't name its lens; name it with --lens")
+                    .arg(m_facts.model.value);
         else
             match.reason = QStringLiteral("no profile for the lens \"%1\"").arg(m_wanted.first().text);
         return match;

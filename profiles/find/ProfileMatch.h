@@ -20,10 +20,10 @@ struct MatchHelp {
 
 struct ProfileMatch {
     QString path;             // the profile; empty: none
-    QString reason;           // why this one, or why none; one line for the user
+    QString reason;           // why this one was chosen, or why none was; one line for the user
     QStringList notes;        // assumptions: another body, a raw profile for a JPEG
     bool isAmbiguous = false; // several fit equally well
-    QStringList nearest;      // up to three that came close, each with its contradiction
+    QStringList nearest;      // up to three near matches, each with its contradiction
 };
 
 /// Chooses profiles for any number of pictures and caches parsed names between them. One thread at a time.
@@ -44,12 +44,12 @@ private:
 /// LensSpecification. Empty if it names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
-/// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera's number of a lens
-/// may stand for several. Null if there is none.
+/// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera may use one number
+/// for several lenses. Null if there is none.
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
 
 /// Returns the maker of a camera's own lenses, as LensName::maker.
 QString LensMakerOf(const QString &make);
 
-/// Whether two spellings mean the same camera: "NIKON D70" and "D70".
+/// Returns whether two spellings mean the same camera: "NIKON D70" and "D70".
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

@@ -239,7 +239,9 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
         return none(QStringLiteral("lensfun's data is not installed"));
     const Camera camera = m_tables->CameraOf(facts);
     if (camera.cropFactor <= 0.0)
-        return none(QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
+        return none(facts.model.value.isEmpty()
+                        ? QStringLiteral("lensfun needs the camera's name; give it with --body")
+                        : QStringLiteral("lensfun doesn't know the camera \"%1\"").arg(facts.model.value));
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
@@ -249,7 +251,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     if (IsFixed(camera))
         lenses = StandardLenses(lenses);
     else if (wanted.isEmpty())
-        return none(QStringLiteral("the picture doesn't name its lens"));
+        return none(QStringLiteral("the picture doesn't name its lens; name it with --lens"));
     else if (AreBare(wanted) && camera.mount.isEmpty())
         return none(QStringLiteral("lensfun doesn't know the camera \"%1\", and the lens's name is not specific enough")
                         .arg(facts.model.value));

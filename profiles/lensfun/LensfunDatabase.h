@@ -13,9 +13,9 @@ struct LensfunMatch {
     QString title;                // "MAKER/LENS" as the database writes it
     QString name;                 // of an interchangeable lens, with its maker; empty for a fixed lens
     double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
-    QString reason;               // why this one, or why none; one line for the user
+    QString reason;               // why this one was chosen, or why none was; one line for the user
     QStringList notes;            // assumptions
-    QStringList nearest;          // up to three that came close
+    QStringList nearest;          // up to three near matches
 };
 
 /// Cameras and lenses that lensfun's contributors have measured, as installed by Debian's liblensfun-data-v1.
@@ -24,10 +24,10 @@ struct LensfunMatch {
 /// factors, calibrations. A lens measured on a smaller sensor than the camera's is left out.
 class LensfunDatabase {
 public:
-    /// Returns the database, loaded by the first call (0.1 s) and kept until the process ends. Any thread.
+    /// Returns the database, loaded by the first call (0.1 s) and kept until the process ends. Thread-safe.
     static const LensfunDatabase &Instance();
 
-    /// Number of lenses; 0 if no data is installed.
+    /// Returns the number of lenses; 0 if no data is installed.
     int LensCount() const { return m_lensCount; }
     LensfunMatch Find(const PictureFacts &facts) const;
     /// Returns the titles of the lenses whose names contain all of @p words, case insensitive.

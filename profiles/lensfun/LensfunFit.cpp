@@ -80,7 +80,7 @@ private:
             return false;
         const Setting setting = SettingOf(m_facts, m_options.typed);
         if (!setting.focalMm) {
-            m_result.why = QStringLiteral("the picture's focal length is unknown");
+            m_result.why = QStringLiteral("the picture's focal length is unknown; give it with --focal");
             return false;
         }
         const PicturePlace &place = m_frame.Place();
@@ -96,7 +96,7 @@ private:
         if (m_curves.light && !setting.distanceM)
             m_result.assumed << QStringLiteral("distant subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
-        const double shift = shape->liesAcross ? 0.0 : 1.0; // its direction is lost
+        const double shift = shape->liesAcross ? 0.0 : 1.0; // the direction of the center's shift is unknown
         const PictureVector turned =
             Turned(place.turn, {shift * m_curves.centerX - place.middleX, shift * m_curves.centerY - place.middleY});
         m_center = {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};
@@ -129,7 +129,7 @@ private:
         return false;
     }
 
-    /// Removes maps that can't be used: the user may have added lenses to the database.
+    /// Removes unusable maps: the user may have added lenses to the database.
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;

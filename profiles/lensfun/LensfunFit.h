@@ -4,5 +4,5 @@
 #include "Fit.h"
 
 /// Like Fit, with the picture's lens in the database. FitResult::profile is "lensfun:MAKER/LENS", or empty, with the
-/// reason in `why`, if the lens isn't found. Any thread, once the image module has started.
+/// reason in `why`, if the lens isn't found. Thread-safe once the image module has started.
 FitResult FitByLensfun(const PictureFacts &facts, const FitOptions &options);

@@ -28,8 +28,8 @@ KNOWN_CAMERAS = [
     ('Apple', 'iPhone', '5.9', ''),
     ('Autel Robotics Co., Ltd.', 'XB004', '5.3125', ''),
     ('Eyedeas', 'S1', '5.648', 'panoramic camera, each of its lenses'),
-    # Cameras missing from the sources whose names contain a shorter one; sensors by their makers: 22.3 x 14.8 mm (R7),
-    # 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; as the P1000, FZ300 and FZ1000; 6.17 x 4.55.
+    # Cameras missing from the sources whose names contain a shorter one. Sensor sizes, in mm, from their makers: 22.3 x
+    # 14.8 (R7), 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; as the P1000, FZ300 and FZ1000; 6.17 x 4.55.
     ('Canon', 'Canon EOS R7', '1.617', ''),
     ('Canon', 'Canon EOS R10', '1.613', ''),
     ('Canon', 'Canon EOS R50', '1.613', ''),
@@ -97,7 +97,7 @@ SPELLINGS = {
 
 
 def diagonal_of_width(width_mm):
-    """Only widths are given. 3:2 from APS-C on and for the 1-inch type; Four Thirds, compacts and the rest are 4:3."""
+    """Returns the diagonal for a width: 3:2 from APS-C on and for the 1-inch type; Four Thirds, compacts and the rest 4:3."""
     three_to_two = 21.0 <= width_mm <= 37.0 or 13.0 <= width_mm <= 13.3
     return width_mm * (math.hypot(3, 2) / 3 if three_to_two else math.hypot(4, 3) / 4)
 
@@ -113,7 +113,7 @@ def lensfun_cameras(folder):
     for file in sorted(glob.glob(f'{folder}/*.xml')):
         for camera in ElementTree.parse(file).getroot().iter('camera'):
             maker, model, crop = (camera.findtext(tag, '').strip() for tag in ('maker', 'model', 'cropfactor'))
-            if maker and model and crop and maker != 'Generic' and '(' not in model:  # brackets: notes of lensfun's
+            if maker and model and crop and maker != 'Generic' and '(' not in model:  # brackets: notes by lensfun
                 yield brand_of(maker), model, float(crop)
 
 
@@ -128,7 +128,7 @@ def colmap_cameras(file):
                 if match := re.fullmatch(pattern, name):
                     names = [form.format(*map(up, match.groups())) for form in forms]
                     scale = FRAME_DIAGONAL_MM / diagonal_of_width(float(width))
-                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter: in any other
+                    yield from ((brand, model, scale) for model in names if len(model) > 2)  # shorter ones would match many others
                     break
 
 
@@ -150,7 +150,7 @@ def camera_rows(lensfun, colmap):
 
 
 def exiftool_values(file, anchor):
-    """(value, meaning) of one table of the documentation."""
+    """Yields (value, meaning) of one table of the documentation."""
     text = pathlib.Path(file).read_text(encoding='utf-8')
     table = text[text.index(f"<a name='{anchor}'>"):]
     table = table[:table.index('</table>')]
@@ -169,7 +169,8 @@ def decimals(number):
 
 
 def nikon_lenses(file):
-    """Focal lengths and f-numbers are stored in 24ths of a factor of two; they are shown as whole millimeters and tenths."""
+    """Yields identifiers and names. Cameras store focal lengths and f-numbers in 24ths of a factor of two; identifiers have
+    whole millimeters and tenths."""
     for value, name in exiftool_values(file, 'LensID'):
         raw = re.findall(r'[0-9A-F]{2}', value.split('.')[0])
         if len(raw) != 8 or raw[1:6] == ['00'] * 5 or 'mm' not in name:
@@ -195,13 +196,13 @@ def family(name):
 
 
 def lens_rows(nikon, canon):
-    """Merges names of one maker and one focal length with the same identifier; otherwise none could be found."""
+    """Merges names of one maker and one focal length with the same identifier, because the lookup needs a unique row."""
     grouped = {}
-    told = {row[0] for row in KNOWN_LENSES}
+    known = {row[0] for row in KNOWN_LENSES}
     for brand, lenses in (('Nikon', nikon_lenses(nikon)), ('Canon', canon_lenses(canon))):
         for identifier, name in lenses:
             name = name.replace(';', ',').replace('#', '')
-            if identifier not in told:
+            if identifier not in known:
                 names = grouped.setdefault((brand, identifier, family(name)), [])
                 if name not in names:
                     names.append(name)
@@ -212,7 +213,7 @@ def lens_rows(nikon, canon):
 
 
 def write(file, head, rows, brand_cell):
-    """Rows are pairs of cells and a comment."""
+    """Writes a table. Rows are pairs of cells and a comment."""
     lines = [f'# {line}'.rstrip() for line in head]
     brand = None
     for cells, comment in rows:
@@ -224,18 +225,18 @@ def write(file, head, rows, brand_cell):
 
 
 CAMERAS_HEAD = [
-    'Cameras and the scale of their sensors. Made by gather_tables.py; change that.', '',
-    'Cells, divided by ";":  1 brand   2 model   3 scale: the diagonal of a 36 x 24 mm frame over that of the sensor',
-    'A row fits a picture whose maker holds cell 1 and whose model holds cell 2, in any case. The first row that fits',
-    'counts, so a longer name stands before a shorter one that is a part of it: A400 before A40.', '',
+    'Cameras and the scale of their sensors. Generated by gather_tables.py: edit that script instead.', '',
+    'Cells, separated by ";":  1 brand   2 model   3 scale: the diagonal of a 36 x 24 mm frame over that of the sensor',
+    'A row matches a picture whose maker contains cell 1 and whose model contains cell 2, ignoring case. The first match',
+    'counts, so a longer name comes before a shorter one that it contains: A400 before A40.', '',
     'Sources: crop factors of the package liblensfun-data-v1; sensor widths of the source package colmap, whose height',
     'is taken as 2/3 of the width from APS-C on and for the 1-inch type, as 3/4 otherwise; a few rows of the script.']
 LENSES_HEAD = [
-    'Lens identifiers of Nikon and Canon. Made by gather_tables.py; change that.', '',
-    'Cells, divided by ";":  1 identifier   2 brand   3 long name   4 type: 0 standard, 1 fisheye, 2 tilt/shift',
+    'Lens identifiers of Nikon and Canon. Generated by gather_tables.py: edit that script instead.', '',
+    'Cells, separated by ";":  1 identifier   2 brand   3 long name   4 type: 0 standard, 1 fisheye, 2 tilt/shift',
     'Nikon: shortest and longest focal length in mm, lens number, f-numbers at both ends, as the camera stores them.',
     'Canon: shortest and longest focal length in mm, lens number; the number may be missing.',
-    'A lens whose maker and focal length another one shares under the same identifier shares its row.', '',
+    'Lenses that share identifier, maker and focal length share a row.', '',
     'Sources: the lists of lens numbers in the documentation of the package libimage-exiftool-perl; a few rows of the',
     'script.']
 

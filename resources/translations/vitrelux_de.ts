@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>ohne Angabe eines Grundes gescheitert</translation>
+        <translation>aus unbekanntem Grund fehlgeschlagen</translation>
     </message>
 </context>
 <context>
@@ -235,7 +235,7 @@
         <translation>JPEG: kleine Dateien, 8 Bit</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: ohne Verlust, bis 16 Bit</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Ordner für korrigierte Bilder</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>„%1“ ist kein vollständiger Pfad; ein solcher beginnt mit „/“</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 von %2 Bildern gelesen</translation>
     </message>
 </context>
 <context>
@@ -436,7 +440,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>die Zeit kann nicht übernommen werden: %1</translation>
+        <translation>die Dateizeit kann nicht gesetzt werden: %1</translation>
     </message>
 </context>
 </TS>

@@ -235,8 +235,8 @@
         <translation>JPEG: small files, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
-        <translation>PNG: without loss, up to 16 bits</translation>
+        <source>PNG: lossless, up to 16 bits</source>
+        <translation>PNG: lossless, up to 16 bits</translation>
     </message>
     <message>
         <source>OpenEXR: linear light, for compositing</source>
@@ -291,8 +291,12 @@
         <translation>Folder for corrected pictures</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
-        <translation>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</translation>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
+        <translation>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 of %2 pictures read</translation>
     </message>
 </context>
 <context>

@@ -235,7 +235,7 @@
         <translation>JPEG: archivos pequeños, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: sin pérdidas, hasta 16 bits</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Carpeta para las imágenes corregidas</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» no es una ruta completa, que empieza por «/»</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 de %2 imágenes leídas</translation>
     </message>
 </context>
 <context>

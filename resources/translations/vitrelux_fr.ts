@@ -235,7 +235,7 @@
         <translation>JPEG&#xa0;: petits fichiers, 8 bits</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG&#xa0;: sans perte, jusqu&apos;à 16 bits</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Dossier des images corrigées</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«&#xa0;%1&#xa0;» n&apos;est pas un chemin complet, qui commence par «&#xa0;/&#xa0;»</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 images lues sur %2</translation>
     </message>
 </context>
 <context>

@@ -235,7 +235,7 @@
         <translation>JPEG: file piccoli, 8 bit</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: senza perdite, fino a 16 bit</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Cartella per le immagini corrette</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» non è un percorso completo, che inizia con «/»</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%1 immagini lette su %2</translation>
     </message>
 </context>
 <context>

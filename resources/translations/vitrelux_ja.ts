@@ -98,7 +98,7 @@
     </message>
     <message>
         <source>left out</source>
-        <translation>省略</translation>
+        <translation>未適用</translation>
     </message>
     <message>
         <source>profile %1</source>
@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>理由の報告なしに失敗しました</translation>
+        <translation>原因不明で失敗しました</translation>
     </message>
 </context>
 <context>
@@ -235,7 +235,7 @@
         <translation>JPEG：ファイルが小さい、8ビット</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：画質の劣化なし、16ビットまで</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>補正後の画像の保存先</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」は完全なパスではありません。完全なパスは「/」で始まります</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>%2 枚中 %1 枚を読み込みました</translation>
     </message>
 </context>
 <context>
@@ -429,7 +433,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>日時を維持できません: %1</translation>
+        <translation>ファイルの日時を設定できません：%1</translation>
     </message>
 </context>
 </TS>

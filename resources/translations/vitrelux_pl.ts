@@ -235,7 +235,7 @@
         <translation>JPEG: małe pliki, 8 bitów</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: bez strat, do 16 bitów</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Folder poprawionych obrazów</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>„%1” nie jest pełną ścieżką; pełna ścieżka zaczyna się od „/”</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>Wczytano: %1 z %2</translation>
     </message>
 </context>
 <context>

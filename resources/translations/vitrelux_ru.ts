@@ -235,7 +235,7 @@
         <translation>JPEG: небольшие файлы, 8 бит</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG: без потерь, до 16 бит</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>Папка для исправленных снимков</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>«%1» — не полный путь; полный путь начинается с «/»</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>Прочитано: %1 из %2</translation>
     </message>
 </context>
 <context>

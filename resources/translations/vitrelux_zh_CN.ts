@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>失败，未说明原因</translation>
+        <translation>因未知原因失败</translation>
     </message>
 </context>
 <context>
@@ -216,7 +216,7 @@
     </message>
     <message>
         <source>Keep the scale</source>
-        <translation>保持比例</translation>
+        <translation>保持缩放比例</translation>
     </message>
     <message>
         <source>Show everything that was photographed</source>
@@ -235,7 +235,7 @@
         <translation>JPEG：文件小，8 位</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：无损，最高 16 位</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>校正图片的文件夹</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>“%1”不是完整路径，完整路径以“/”开头</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>已读取 %1 / %2 张图片</translation>
     </message>
 </context>
 <context>
@@ -429,7 +433,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>无法保留时间：%1</translation>
+        <translation>无法设置文件时间：%1</translation>
     </message>
 </context>
 </TS>

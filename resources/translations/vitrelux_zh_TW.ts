@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>failed for an unknown reason</source>
-        <translation>失敗，未說明原因</translation>
+        <translation>因未知原因失敗</translation>
     </message>
 </context>
 <context>
@@ -216,7 +216,7 @@
     </message>
     <message>
         <source>Keep the scale</source>
-        <translation>維持比例</translation>
+        <translation>維持縮放比例</translation>
     </message>
     <message>
         <source>Show everything that was photographed</source>
@@ -235,7 +235,7 @@
         <translation>JPEG：檔案小，8 位元</translation>
     </message>
     <message>
-        <source>PNG: without loss, up to 16 bits</source>
+        <source>PNG: lossless, up to 16 bits</source>
         <translation>PNG：無損，最高 16 位元</translation>
     </message>
     <message>
@@ -291,8 +291,12 @@
         <translation>校正圖片的資料夾</translation>
     </message>
     <message>
-        <source>&quot;%1&quot; is not a full path, which begins with &quot;/&quot;</source>
+        <source>&quot;%1&quot; is not an absolute path, which begins with &quot;/&quot;</source>
         <translation>「%1」不是完整路徑，完整路徑以「/」開頭</translation>
+    </message>
+    <message>
+        <source>%1 of %2 pictures read</source>
+        <translation>已讀取 %1 / %2 張圖片</translation>
     </message>
 </context>
 <context>
@@ -429,7 +433,7 @@
     </message>
     <message>
         <source>cannot set the file time: %1</source>
-        <translation>無法保留時間：%1</translation>
+        <translation>無法設定檔案時間：%1</translation>
     </message>
 </context>
 </TS>

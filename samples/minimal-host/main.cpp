@@ -1,5 +1,5 @@
-// The smallest host: corrects one picture with a given profile or, on request, with the one found. docs/host-guide.md
-// documents the order of calls.
+// A minimal host: corrects one picture with a given profile or, on request, with one found automatically.
+// docs/host-guide.md documents the order of calls.
 #include "KException.h"
 #include "KIApplication.h"
 #include "KIImageDef.h"
@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// The plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there is
-    /// none.
+    /// Returns the plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there
+    /// is none.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();
@@ -121,7 +121,7 @@ static bool IsWellFormed(const QString &profile)
 struct Task {
     bool isFitted;
     QString picture;
-    QString profile; // empty: fitted, by the profile found
+    QString profile; // empty: fitted, with a profile found automatically
 };
 
 static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
@@ -136,7 +136,7 @@ static QDomElement ChoiceOf(const Task &task, QDomDocument &document)
     return choice;
 }
 
-/// Report of a fitted run; empty after a plain one.
+/// Prints the report of a fitted run, which is empty after a plain one.
 static void Report(const QDomElement &results)
 {
     for (const char *name : {"Profile", "Entries", "Assumed", "Done", "Why"}) {

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int kHalfWidth = 512; // of one picture in the sheet
+constexpr int kHalfWidth = 512; // of each picture in the sheet
 constexpr int kGap = 8;
 constexpr int kLoupe = 128; // side of the enlarged spot in the sheet
 constexpr int kZoom = 2;

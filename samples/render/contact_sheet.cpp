@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int kWidth = 132, kHeight = 88; // of one picture in the sheet
+constexpr int kWidth = 132, kHeight = 88; // of each picture in the sheet
 constexpr int kGap = 6, kLabel = 16, kColumns = 4;
 
 using Operation = std::function<void(KImage &source, KImage &result)>;
@@ -36,7 +36,7 @@ KImage Load(const QString &file, int width, int height)
     return image;
 }
 
-/// An operation that changes its image.
+/// Returns an operation that changes its image.
 template <typename Change> Operation InPlace(Change change)
 {
     return [change](KImage &source, KImage &result) {
@@ -45,7 +45,7 @@ template <typename Change> Operation InPlace(Change change)
     };
 }
 
-/// A picture whose alpha falls off from the middle.
+/// Returns a picture whose alpha falls off from the middle.
 KImage WithSoftAlpha(const KImage &picture)
 {
     KImage image(picture), alpha(picture.width(), picture.height(), GFL_GREY, 8, true, nullptr, 0);
@@ -60,7 +60,7 @@ KImage WithSoftAlpha(const KImage &picture)
     return image;
 }
 
-/// The same with premultiplied alpha.
+/// Same, with premultiplied alpha.
 KImage Premultiplied(KImage soft)
 {
     KImage image(soft.width(), soft.height(), GFL_RGBA, 8, /*clear=*/true, nullptr, 0), alpha;
@@ -70,7 +70,7 @@ KImage Premultiplied(KImage soft)
     return image;
 }
 
-/// Linear light with the sky twelve times as bright as white.
+/// Returns linear light with the sky twelve times as bright as white.
 KImage HighRange(const KImage &picture)
 {
     KImage image;
@@ -81,7 +81,7 @@ KImage HighRange(const KImage &picture)
     return image;
 }
 
-/// The middle of a picture in a circle slightly off the frame's center.
+/// Returns the middle of a picture in a circle slightly off the frame's center.
 KImage CircularFrame(const KImage &picture, double radius)
 {
     KImage image(picture);
@@ -89,7 +89,7 @@ KImage CircularFrame(const KImage &picture, double radius)
     return image;
 }
 
-/// Marks the fitted circle by points along it.
+/// Marks the fitted circle with points along it.
 void MarkCircle(KImage &image, double radius, double offsetX, double offsetY)
 {
     for (int degrees = 0; degrees < 360; degrees += 15) {

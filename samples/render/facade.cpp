@@ -32,7 +32,7 @@ const House &HouseOf(int index)
     return kHouses[((index % 5) + 5) % 5];
 }
 
-/// Grain of plaster or stone.
+/// Returns the grain of plaster or stone.
 double Grain(const Footprint &cell, uint32_t seed)
 {
     return 1 + 0.06 * Cloud(cell.at.x / 70, cell.at.y / 70, 3, seed)
@@ -335,7 +335,7 @@ Rgb Facade::Building(const Footprint &cell) const
     return brush.color;
 }
 
-/// Height in the picture of the edge ahead of a row of tiles.
+/// Returns the height in the picture of the edge ahead of a row of tiles.
 double Facade::RowEdge(double row) const
 {
     return m_plan.horizon + 3880 / row;

@@ -11,13 +11,13 @@ struct Storey {
     WindowKind kind;
     double top; ///< of the windows
     double bottom;
-    double band; ///< top of the string course under the storey
+    double band; ///< top of the string course under the story
 };
 
 /// Dimensions of a facade in pixels of the corrected picture.
 struct FacadePlan {
     double centerX;
-    double bay;                    ///< distance of window axes
+    double bay;                    ///< distance between window axes
     std::vector<double> pilasters; ///< axes of the pilasters between houses, from left to right
     double ridge;
     double eaves;
@@ -28,7 +28,7 @@ struct FacadePlan {
     double horizon;                   ///< height of the eye
     double bottom;                    ///< of the picture
     double width;                     ///< of the picture
-    std::vector<double> lengthStrips; ///< dark strips that run away from the eye, in tiles from the middle
+    std::vector<double> lengthStrips; ///< dark strips that recede from the eye, in tiles from the middle
     std::vector<int> crossStrips;     ///< rows of dark tiles, counted from the eye
 };
 
@@ -66,9 +66,9 @@ private:
     FacadePlan m_plan;
 };
 
-/// Three houses, 2400 x 1600.
+/// Returns the plan of three houses, 2400 x 1600.
 FacadePlan LandscapePlan();
-/// One tall house between its neighbors, 1600 x 2400.
+/// Returns the plan of one tall house between its neighbors, 1600 x 2400.
 FacadePlan PortraitPlan();
 
 } // namespace Samples

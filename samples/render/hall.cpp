@@ -11,13 +11,13 @@ constexpr double kPoolHalf = 2.9;
 constexpr double kPoolNear = 3.3;
 constexpr double kPoolFar = 16.2;
 constexpr double kSkyHalf = 1.5; ///< half the width of the glass roof
-constexpr double kBay = 2.4;     ///< distance of windows and beams
+constexpr double kBay = 2.4;     ///< distance between windows, and between beams
 
 constexpr Rgb kTile = {0.87, 0.88, 0.84};
 constexpr Rgb kTeal = {0.16, 0.42, 0.45};
 constexpr Rgb kOchre = {0.80, 0.60, 0.30};
 
-/// A position on one face of the room: s and t are coordinates on it in meters, with the sides of the footprint.
+/// A position on one face of the room: s and t are its coordinates in meters, with the sides of the footprint.
 struct Spot {
     double s;
     double t;
@@ -50,7 +50,7 @@ double TileTone(const Spot &at, double width, double height, uint32_t seed)
            - 0.5);
 }
 
-/// Distance from the middle of the nearest bay.
+/// Returns the distance from the middle of the nearest bay.
 double InBay(double z)
 {
     return z - kBay * std::floor(z / kBay) - kBay / 2;
@@ -85,7 +85,7 @@ Rgb FloorColor(const Spot &at)
     return Mix(color, color * 0.6, pool - at.Box(-kPoolHalf, kPoolNear, kPoolHalf, kPoolFar - 0.12));
 }
 
-/// Light from the windows on the left falls in slanted patches on the deck.
+/// Returns the light from the windows on the left, which falls in slanted patches on the deck.
 double SunOnFloor(const Spot &at)
 {
     const double slant = InBay(at.t - 0.45 * (at.s + kWall));

@@ -8,7 +8,7 @@ namespace Samples {
 
 class Hall : public Scene {
 public:
-    /// @param focalPx  focal length and @param center  optical center of the corrected picture, in pixels
+    /// @p focalPx and @p center: focal length and optical center of the corrected picture, in pixels.
     Hall(double focalPx, Point center) : m_focalPx(focalPx), m_center(center) { }
 
     Rgb At(const Footprint &cell) const override;
@@ -16,7 +16,7 @@ public:
     std::vector<EvenPatch> Patches() const override;
 
 private:
-    /// A point in meters: to the right, downwards and ahead of the eye.
+    /// A point in meters: to the right, downward and ahead of the eye.
     struct Place {
         double x;
         double y;

@@ -43,11 +43,11 @@ enum class Projection { Perspective, Fisheye };
 
 /// Returns the position in the photograph that one model maps to @p corrected.
 ///
-/// Perspective: outwards by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
+/// Perspective: outward by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
 /// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
 Point ToSource(const LensProfile &profile, const LensModel &model, Projection projection, Point corrected);
 
-/// An inverse mapping with its derivative: a step along and across the radius is stretched by these factors.
+/// An inverse mapping with its derivatives: the factors that stretch a step along and across the radius.
 struct Inverse {
     Point corrected;
     double derivative[2][2];
@@ -57,8 +57,9 @@ struct Inverse {
 /// increases.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
-/// Gain of the vignetting model at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a power
-/// series cut after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the longer side.
+/// Returns the vignetting model's gain at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a
+/// power series truncated after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the
+/// longer side.
 double Gain(const LensProfile &profile, Point source);
 
 /// Camera orientation: a portrait is rotated by 90 degrees to the left into the profile's landscape frame.
@@ -68,10 +69,10 @@ enum class Hold { Landscape, Portrait };
 Point Turned(Point upright, int uprightWidth, Hold hold);
 Point Upright(Point turned, int uprightWidth, Hold hold);
 
-/// The projection of the distortion and the green model of @p profile.
+/// Returns the projection of the distortion and the green model of @p profile.
 Projection MainProjection(const LensProfile &profile);
 
-/// The profile as the text of an .lcp file, values as child elements.
+/// Returns the profile as the text of an .lcp file, values as child elements.
 std::string ProfileText(const LensProfile &profile);
 
 } // namespace Samples

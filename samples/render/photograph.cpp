@@ -24,7 +24,7 @@ public:
     {
     }
 
-    /// @param source  position in the profile's landscape frame; @param green  position of green for the same point
+    /// @p source is a position in the profile's landscape frame; @p green receives green's position for the same point.
     Inverse Trace(Point source, Point *green) const
     {
         *green = source;

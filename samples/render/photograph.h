@@ -7,7 +7,7 @@
 
 namespace Samples {
 
-/// Metadata written to a picture's files.
+/// Metadata written to a picture's file.
 struct Caption {
     std::string title;
     std::string keyword;

@@ -22,12 +22,12 @@ struct EvenPatch {
     double halfSize;
 };
 
-/// Calls of At may run at the same time.
+/// At may be called on several threads at once.
 class Scene {
 public:
     virtual ~Scene() = default;
 
-    /// Mean color over a footprint of the corrected picture, also far outside its frame.
+    /// Returns the mean color over a footprint of the corrected picture, even far outside its frame.
     virtual Rgb At(const Footprint &cell) const = 0;
     virtual std::vector<StraightEdge> Edges() const = 0;
     virtual std::vector<EvenPatch> Patches() const = 0;

@@ -6,7 +6,7 @@
 namespace Samples {
 namespace {
 
-/// A wide-angle zoom at its short end: barrel distortion that bends the edge of the frame by over 20 pixels.
+/// Returns a wide-angle zoom at its short end: barrel distortion that bends the edge of the frame by over 20 pixels.
 LensProfile WideAngle()
 {
     LensProfile lens;

@@ -1,4 +1,4 @@
-/// The sample pictures: scene, lens and file of each.
+/// The sample pictures, each with its scene, lens and file.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,7 @@
 /// Building blocks of the painted scenes: colors, edges that are smooth over a footprint, and repeatable noise.
 ///
 /// Colors are display-encoded values of 0 to 1; the scenes mix them like paint, not like light, so that an edge between
-/// two colors has its half-way value exactly on the edge in each channel.
+/// two colors has its halfway value exactly on the edge in each channel.
 #pragma once
 
 #include <algorithm>
@@ -41,27 +41,27 @@ inline double Clamp01(double v)
     return std::clamp(v, 0.0, 1.0);
 }
 
-/// 0 at and below @p lo, 1 at and above @p hi, smooth between; @p lo may exceed @p hi.
+/// Returns 0 at and below @p lo, 1 at and above @p hi, smooth between; @p lo may exceed @p hi.
 inline double Ramp(double v, double lo, double hi)
 {
     const double t = Clamp01((v - lo) / (hi - lo));
     return t * t * (3 - 2 * t);
 }
 
-/// Share of the interval of length @p size around @p v that lies in [lo, hi].
+/// Returns the share of the interval of length @p size around @p v that lies in [lo, hi].
 inline double Span(double v, double lo, double hi, double size)
 {
     return Clamp01((std::min(v + size / 2, hi) - std::max(v - size / 2, lo)) / size);
 }
 
-/// Mean over @p size of the wave that is +1 in the first half of each period of 2 and -1 in the second.
+/// Returns the mean over @p size of the wave that is +1 in the first half of each period of 2 and -1 in the second.
 inline double SquareWave(double v, double size)
 {
     const auto integral = [](double s) { return std::abs(s - 2 * std::floor(s / 2) - 1); };
     return -(integral(v + size / 2) - integral(v - size / 2)) / size;
 }
 
-/// Share covered by lines of @p thickness around each multiple of @p period.
+/// Returns the share covered by lines of @p thickness around each multiple of @p period.
 inline double Lines(double v, double period, double thickness, double size)
 {
     const auto integral = [&](double s) {
@@ -72,7 +72,7 @@ inline double Lines(double v, double period, double thickness, double size)
     return Clamp01((integral(at + size / 2) - integral(at - size / 2)) / size);
 }
 
-/// Evenly distributed in [0, 1), the same for the same cell on every machine.
+/// Returns numbers evenly distributed in [0, 1), the same for the same cell on every machine.
 inline double Hash(int64_t x, int64_t y, uint32_t seed)
 {
     uint64_t h = static_cast<uint64_t>(x) * 0x9E3779B97F4A7C15u ^ static_cast<uint64_t>(y) * 0xC2B2AE3D27D4EB4Fu
@@ -82,7 +82,7 @@ inline double Hash(int64_t x, int64_t y, uint32_t seed)
     return static_cast<double>((h ^ (h >> 32)) >> 11) * 0x1p-53;
 }
 
-/// Smooth noise around 0 in [-1, 1] with one bump per unit.
+/// Returns smooth noise around 0 in [-1, 1] with one bump per unit.
 inline double Noise(double x, double y, uint32_t seed)
 {
     const double fx = std::floor(x);
@@ -96,7 +96,7 @@ inline double Noise(double x, double y, uint32_t seed)
     return 2 * (top * (1 - ty) + bottom * ty) - 1;
 }
 
-/// Noise of @p octaves sizes, each half as large and half as strong as the previous one.
+/// Returns noise of @p octaves sizes, each half as large and half as strong as the previous one.
 inline double Cloud(double x, double y, int octaves, uint32_t seed)
 {
     double sum = 0;
@@ -118,12 +118,12 @@ class Brush {
 public:
     explicit Brush(const Footprint &footprint) : cell(footprint) { }
 
-    /// Share of the footprint inside a rectangle.
+    /// Returns the share of the footprint inside a rectangle.
     double Box(double x0, double y0, double x1, double y1) const
     {
         return Span(cell.at.x, x0, x1, cell.width) * Span(cell.at.y, y0, y1, cell.height);
     }
-    /// Share of the footprint inside an ellipse, accurate if it is far larger than the footprint.
+    /// Returns the share of the footprint inside an ellipse, accurate if it is far larger than the footprint.
     double Ellipse(double cx, double cy, double rx, double ry) const
     {
         const double r = std::hypot((cell.at.x - cx) / rx, (cell.at.y - cy) / ry);

@@ -6,7 +6,7 @@
 namespace Samples {
 
 struct Window {
-    double x; ///< of the brush, from the axis of the window
+    double x; ///< x of the window's axis, in the brush's coordinates
     double top;
     double bottom;
     double half; ///< half its width

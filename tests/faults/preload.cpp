@@ -1,4 +1,4 @@
-// Library for LD_PRELOAD that makes one call of a kind fail; scripts/faults runs the program with it. Environment
+// Library for LD_PRELOAD that makes one call of a given kind fail; scripts/faults runs the program with it. Environment
 // variables:
 //   FAULT_KIND   one of kKinds
 //   FAULT_AT     number of the call that fails, from 1; 0 only counts
@@ -88,13 +88,13 @@ bool LiesBelow(const char *path)
     return std::strncmp(path, folder, std::strlen(folder)) == 0;
 }
 
-/// Relative paths count, because they are relative to open folders.
+/// Returns whether a call on @p path must fail. Relative paths always count, because they are relative to open folders.
 bool FailsAt(const char *kind, const char *call, const char *path)
 {
     return Counts(kind) && (path[0] != '/' || LiesBelow(path)) && Fails(call);
 }
 
-/// Pipes, sockets and the standard streams never count.
+/// Returns whether a call on an open file must fail. Pipes, sockets and the standard streams never count.
 bool FailsOn(const char *kind, const char *call, int file)
 {
     if (!Counts(kind) || file <= STDERR_FILENO)

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Creates a copy of a file in the same folder, truncated to @p size bytes.
+/// Creates a copy of a file of the same folder, truncated to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -54,19 +54,19 @@ private Q_SLOTS:
 
 void BadInputTest::refused_data()
 {
-    QTest::addColumn<QString>("line");    // its file m is the faulty one
+    QTest::addColumn<QString>("line");    // m is the bad file in it
     QTest::addColumn<QStringList>("bad"); // pictures that fail
-    QTest::addColumn<QString>("said");
+    QTest::addColumn<QString>("message");
     QTest::addColumn<Prepare>("prepare");
     const auto row = [](const char *kind, const char *name, const QString &line, const QStringList &bad,
-                        const char *said, const Prepare &prepare) {
-        QTest::addRow("%s: %s", kind, name) << line << bad << QString::fromLatin1(said) << prepare;
+                        const char *message, const Prepare &prepare) {
+        QTest::addRow("%s: %s", kind, name) << line << bad << QString::fromLatin1(message) << prepare;
     };
-    const auto picture = [&](const char *name, const char *said, const Prepare &prepare) {
-        row("picture", name, "--profile p.lcp a.jpg m b.jpg"_s, {"m"_s}, said, prepare);
+    const auto picture = [&](const char *name, const char *message, const Prepare &prepare) {
+        row("picture", name, "--profile p.lcp a.jpg m b.jpg"_s, {"m"_s}, message, prepare);
     };
     picture("missing", "no such file", Nothing);
-    picture("link to nowhere", "link", [](const QString &path) { QFile::link("nowhere"_s, path); });
+    picture("dangling link", "link", [](const QString &path) { QFile::link("nowhere"_s, path); });
     picture("folder", "is a folder", MakeFolder);
     picture("empty", "empty", Bytes({}));
     picture("text", "has an unknown format; known formats: ", Bytes("Dear diary, today I took no picture."));
@@ -123,10 +123,9 @@ void BadInputTest::refused()
 {
     QFETCH(QString, line);
     QFETCH(QStringList, bad);
-    QFETCH(QString, said);
+    QFETCH(QString, message);
     QFETCH(Prepare, prepare);
     m_run->beforeStart = RespectPermissions;
-    m_run->Set("LC_ALL", "de_DE.UTF-8"_s);                                // still English
     QCOMPARE(Run("correct --plain --profile p.lcp b.jpg"_s).exitCode, 0); // an existing output, and a TIFF
     prepare(Path("m"_s));
     const QStringList before = Names(m_dir->path());
@@ -136,10 +135,10 @@ void BadInputTest::refused()
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errorLines.size() == bad.size(), result.error);
     for (int i = 0; i < bad.size(); ++i) {
-        const QString &told = result.errorLines.at(i);
-        QVERIFY2(told.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(told));
-        QVERIFY2(told.contains(said) && !told.contains("GFL"_s), qPrintable(told));
-        QVERIFY2(told.count(m_dir->path()) <= 1, qPrintable(told)); // its subject is named once
+        const QString &reported = result.errorLines.at(i);
+        QVERIFY2(reported.startsWith("vitrelux: %1: "_s.arg(bad[i])), qPrintable(reported));
+        QVERIFY2(reported.contains(message) && !reported.contains("GFL"_s), qPrintable(reported));
+        QVERIFY2(reported.count(m_dir->path()) <= 1, qPrintable(reported)); // it names the file once
     }
     const bool othersDone = bad.size() == 1;
     QCOMPARE(QString::fromUtf8(result.output),
@@ -151,8 +150,8 @@ void BadInputTest::refused()
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
-/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels, WebP and PNG their own squares; with 1 GiB of
-/// memory.
+/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels, or other squares for WebP and PNG, are refused with
+/// 1 GiB of memory.
 void BadInputTest::hugeClaims()
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -161,11 +160,11 @@ void BadInputTest::hugeClaims()
     const QByteArray hex("0000753000007530");
     const struct {
         const char *seed, *found;
-        int offset; // from there to the sides
+        int offset; // of the sides from that position
         QByteArray sides;
     } rows[] = {
         {"metadata.jpg", "FFC0", 5, "75307530"},
-        {"grey16.png", "49484452", 4, "00009C4000009C400800000000746751D9"}, // with the form, 8-bit gray, and checksum
+        {"grey16.png", "49484452", 4, "00009C4000009C400800000000746751D9"}, // 8-bit gray, and the checksum
         {"packed.psd", "38425053", 14, hex},
         {"packed.hdr", "2D59203139202B58203139", 0, QByteArray("-Y 30000 +X 30000\n").toHex()},
         {"lossless.webp", "5650384C", 9, "FFFFFF1F"}, // 16,384
@@ -173,7 +172,7 @@ void BadInputTest::hugeClaims()
         {"metadata.avif", "69737065", 8, hex},
         {"alpha16.jp2", "FF5100", 6, hex + QByteArray(16, '0') + hex},
         {"method3.exr", "646174615769", 21, "00000000000000002F7500002F750000"},
-        {"float.jxl", "FF0A", 0, "FF0A7EA90300F04B1D001000"}, // the sides as numbers of 30 bits, and default values
+        {"float.jxl", "FF0A", 0, "FF0A7EA90300F04B1D001000"}, // the sides as 30-bit numbers, then default values
         {"rgba16.tif", "000103000100000013", 8, "30750000010103000100000030750000"},
         {"bayer.dng", "000103000100000020", 8, "30750000010103000100000030750000"},
     };
@@ -195,8 +194,8 @@ void BadInputTest::hugeClaims()
     const ProgramResult result = Run("correct --plain -j 2 --profile p.lcp a.jpg "_s + names.join(QLatin1Char(' ')));
     QVERIFY2(result.exitCode == 1 && result.errorLines.size() == names.size(), result.error);
     for (const QString &name : names) {
-        const QStringList told = result.errorLines.filter("vitrelux: %1: "_s.arg(name));
-        QVERIFY2(told.size() == 1 && told[0].contains(": the file "_s),
+        const QStringList reported = result.errorLines.filter("vitrelux: %1: "_s.arg(name));
+        QVERIFY2(reported.size() == 1 && reported[0].contains(": the file "_s),
                  qPrintable(name + QString::fromUtf8(result.error)));
     }
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList("a_corrected.tiff"_s));
@@ -212,13 +211,14 @@ void BadInputTest::fileSizeLimit()
     };
     const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
     QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1, result.error); // tiny: another size
+    QVERIFY2(result.errorLines.filter("note: "_s).size() == 1,
+             result.error); // tiny.jpg doesn't have the profile's size
     QVERIFY2(result.errorLines.size() == 3 && !result.error.contains(".vitrelux-"), result.error);
     QCOMPARE(ReadFile(Path("b_corrected.tiff"_s)), QByteArray("old"));
     QCOMPARE(Names(m_dir->path()).filter("tiff"_s), QStringList({"b_corrected.tiff"_s, "tiny_corrected.tiff"_s}));
 }
 
-/// A 128 KiB file system, mounted so that only the run sees it; needs root or a user namespace.
+/// Runs on a file system of 128 KiB, mounted so that only the run sees it; needs root or a user namespace.
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);
@@ -232,23 +232,23 @@ void BadInputTest::fullDisk()
         QSKIP("mounting a small file system is not allowed here");
     const ProgramResult result =
         inNamespace("'%1' correct --plain --profile p.lcp -o disk a.jpg; echo exit $?; ls -A disk"_s.arg(program));
-    QCOMPARE(result.output, QByteArray("exit 1\n")); // and no file
-    const QString told = result.errorLines.filter("vitrelux: a.jpg: "_s).join(QLatin1Char('|'));
-    QVERIFY2(told.contains(Path("disk"_s)) && !told.contains(".vitrelux-"_s), result.error);
+    QCOMPARE(result.output, QByteArray("exit 1\n")); // no file is left
+    const QString reported = result.errorLines.filter("vitrelux: a.jpg: "_s).join(QLatin1Char('|'));
+    QVERIFY2(reported.contains(Path("disk"_s)) && !reported.contains(".vitrelux-"_s), result.error);
 }
 
 void BadInputTest::otherSizeIsNoted()
 {
     const struct {
         QSize picture, profile;
-        const char *told = "";
+        const char *reported = "";
     } rows[] = {
         {{60, 40}, {60, 40}},
         {{40, 60}, {60, 40}},
         {{50, 50}, {50, 50}},
-        {{59, 40}, {60, 40}, "has 59x40 pixels, the profile was made for 60x40"},
-        {{80, 120}, {60, 40}, "has 80x120 pixels, the profile was made for 40x60"},
-        {{40, 60}, {40, 60}, "has 40x60 pixels, the profile was made for 60x40"}, // only the picture is rotated
+        {{59, 40}, {60, 40}, "has 59x40 pixels, but the profile was made for 60x40"},
+        {{80, 120}, {60, 40}, "has 80x120 pixels, but the profile was made for 40x60"},
+        {{40, 60}, {40, 60}, "has 40x60 pixels, but the profile was made for 60x40"}, // only the picture is rotated
     };
     for (const auto &row : rows) {
         const Case named(row.picture, row.profile);
@@ -256,7 +256,7 @@ void BadInputTest::otherSizeIsNoted()
         WriteFile(Path("p.lcp"_s), ProfileText({}, row.profile.width(), row.profile.height()));
         const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg"_s);
         QCOMPARE(result.exitCode, 0);
-        const QByteArray note = *row.told ? QByteArray("vitrelux: a.jpg: note: ") + row.told : QByteArray();
+        const QByteArray note = *row.reported ? QByteArray("vitrelux: a.jpg: note: ") + row.reported : QByteArray();
         QVERIFY2(result.error.startsWith(note) && result.errorLines.size() == int(!note.isEmpty()), result.error);
     }
 }

@@ -1,4 +1,4 @@
-// The command line: refused arguments, printed texts, and pictures of a run with the same output. Tests of the whole
+// The command line: invalid arguments, printed texts, and pictures of a run with the same output. Tests of the whole
 // program check the effect of options.
 #include "Case.h"
 #include "TestFiles.h"
@@ -33,7 +33,8 @@ QStringList Words(const QString &line)
 
 void tst_CommandLine::refusesAndPrints_data()
 {
-    QTest::addColumn<QString>("said"); // refused, with this in the first line; "?": printed, starting with the rest
+    QTest::addColumn<QString>(
+        "message"); // refused, with this in the first line; after "?": the start of the printed text
     const char *const rows[][2] = {
         {"", "no command"},
         {"corect a.jpg", "corect"},
@@ -47,10 +48,11 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct --ca=yes a.jpg", "ca"},
         {"correct --profile p.lcp", "no file"},
         {"profile", "no file"},
-        {"correct --overwrite --skip-existing a.jpg", "exclude"},
-        {"correct --profile p.lcp --lens-path d a.jpg", "exclude"},
-        {"correct --plain --framing keep a.jpg", "--plain and --framing exclude"},
-        {"correct --plain -v a.jpg", "exclude"},
+        {"correct --overwrite --skip-existing a.jpg", "together"},
+        {"correct --profile p.lcp --lens-path d a.jpg", "together"},
+        {"correct --plain --framing keep a.jpg", "--plain and --framing cannot"},
+        {"correct --plain -v a.jpg", "together"},
+        {"correct -q -v a.jpg", "together"},
         {"correct --framing 0.4 a.jpg", "0.5 to 2"},
         {"correct --sampling soft a.jpg", "sharp or bilinear"},
         {"correct --amount ca=80,light=50 a.jpg", "distortion=PERCENT"},
@@ -61,27 +63,29 @@ void tst_CommandLine::refusesAndPrints_data()
         {"info --max-megapixels 2.5 a.jpg", "1 to 1000000"},
         {"correct --shard 3/2 a.jpg", "--shard I/N"},
         {"correct --shard 1 a.jpg", "--shard I/N"},
-        {"correct --suffix _x --output-name {name}.tif a.jpg", "exclude"},
+        {"correct --suffix _x --output-name {name}.tif a.jpg", "together"},
         {"correct --output-name {name}/x.tif a.jpg", "slash"},
+        {"correct --suffix /{x} a.jpg", "'{name}/{x}.tiff' has a slash"},
         {"correct --format gif a.jpg", "tiff, jpeg, png or exr"},
         {"correct --format jpeg --quality 0 a.jpg", "1 to 100"},
         {"correct --quality 90 a.jpg", "--quality is only for --format jpeg"},
         {"correct --format png --compression zstd a.jpg", "--compression is only for --format tiff"},
         {"correct --format jpeg --output-name {name}.tif a.jpg", ".jpg or .jpeg"},
-        {"correct --plain --convert a.jpg", "exclude"},
-        {"correct --plain --format png a.jpg", "--plain and --format exclude"},
+        {"correct --plain --convert a.jpg", "together"},
+        {"correct --plain --format png a.jpg", "--plain and --format cannot"},
         {"report", "no file"},
         {"co\x1b[31mrrect a.jpg", "'co [31mrrect'"},
-        {"info --plain --body D70 a.jpg", "--plain and --body exclude"},
+        {"info --plain --body D70 a.jpg", "--plain and --body cannot"},
         {"info --distance 0 a.jpg", "or inf"},
         {"info --framing keep a.jpg", "framing"},
-        {"profile --plain --json p.lcp", "exclude"},
+        {"profile --plain --json p.lcp", "together"},
         {"profile --plot p.gif p.lcp", ".svg or .png"},
         {"profile --plot p.svg p.lcp q.lcp", "one profile"},
         {"profile ''", "is empty"},
         {"correct -o '' a.jpg", "non-empty"},
         {"help corect", "unknown command 'corect'"},
-        {"help --man --names", "exclude"},
+        {"help correct info", "only one command"},
+        {"help --man --names", "together"},
         {"help --completion csh", "bash, zsh or fish"},
         {"help", "?Usage: vitrelux COMMAND"},
         {"help --man correct", "?.TH VITRELUX-CORRECT 1 "},
@@ -90,20 +94,20 @@ void tst_CommandLine::refusesAndPrints_data()
         {"correct a.jpg -h", "?Usage: vitrelux correct "},
         {"profile --help", "?Usage: vitrelux profile "},
     };
-    for (const auto &[line, said] : rows)
-        QTest::newRow(line) << QString::fromLatin1(said);
+    for (const auto &[line, message] : rows)
+        QTest::newRow(line) << QString::fromLatin1(message);
 }
 
 void tst_CommandLine::refusesAndPrints()
 {
-    QFETCH(QString, said);
+    QFETCH(QString, message);
     const CommandLine line = ParseCommandLine(Words(QString::fromLatin1(QTest::currentDataTag())));
-    const bool printed = said.startsWith(QLatin1Char('?'));
+    const bool printed = message.startsWith(QLatin1Char('?'));
     QCOMPARE(line.action, printed ? CommandLine::Action::PrintText : CommandLine::Action::RefuseUsage);
     if (printed)
-        QVERIFY2(line.text.startsWith(said.mid(1)), qPrintable(line.text));
+        QVERIFY2(line.text.startsWith(message.mid(1)), qPrintable(line.text));
     else
-        QVERIFY2(line.text.section(QLatin1Char('\n'), 0, 0).contains(said) && line.text.contains("--help'.\n"_s),
+        QVERIFY2(line.text.section(QLatin1Char('\n'), 0, 0).contains(message) && line.text.contains("--help'.\n"_s),
                  qPrintable(line.text));
 }
 
@@ -138,7 +142,7 @@ void tst_CommandLine::fittedOptionsAreAttributes()
     }
 }
 
-/// The short help fits a terminal of 80 x 40 characters. The help command describes in full what it only names.
+/// The short help fits a terminal of 80 x 40 characters. The help command describes what the short help only names.
 void tst_CommandLine::helpFitsOnAScreen()
 {
     const QStringList names =
@@ -161,16 +165,16 @@ void tst_CommandLine::rivals_data()
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("rival"); // of the last file
     QTest::addColumn<bool>("repeated");
-    // The files, below a folder; see rivals().
+    // Row names are the files, relative to the folder that rivals() makes.
     QTest::newRow("a/x.jpg b/x.jpg") << QString() << QString() << false;
     QTest::newRow("a/x.jpg  b/x.jpg") << "out"_s
                                       << "a/x.jpg"_s << false;
     QTest::newRow("a/x.jpg b/x.jpg a/x.png") << QString() << "a/x.jpg"_s << false;
     QTest::newRow("a/x.jpg b/../a/x.jpg") << QString() << "a/x.jpg"_s << true;
     QTest::newRow("a/x.jpg also/x.jpg") << QString() << "a/x.jpg"_s << true;
-    QTest::newRow("b/x.jpg a/in/../x.jpg") << QString() << "b/x.jpg"_s << true; // up from a link
+    QTest::newRow("b/x.jpg a/in/../x.jpg") << QString() << "b/x.jpg"_s << true; // ".." after a link
     QTest::newRow("a/x.png also/x.jpg") << QString() << "a/x.png"_s << false;
-    QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // there are none
+    QTest::newRow("a/y.jpg a/y.png") << QString() << "a/y.jpg"_s << false; // these files don't exist
 }
 
 void tst_CommandLine::rivals()

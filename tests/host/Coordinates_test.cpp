@@ -1,5 +1,5 @@
-// Runs the whole program on pictures whose values are their coordinates, so that every pixel of the result shows its
-// source position, and compares that with the lens models in double precision.
+// Runs the whole program on pictures whose values are their coordinates. Every pixel of the result then shows its
+// source position, which is compared with the lens models in double precision.
 #include "CorrectFile.h"
 
 #include <QTest>
@@ -14,7 +14,7 @@ using Samples::Point;
 
 namespace {
 
-/// The gain is a fourth-degree polynomial in float: a few rounding errors of 6e-8 in terms of up to about 4.
+/// The gain is a fourth-degree polynomial in single precision: a few rounding errors of 6e-8 in terms of up to about 4.
 constexpr double kGainTolerance = 2e-6;
 
 LensProfile Profile(const LensModel &distortion, bool fisheye = false)
@@ -25,7 +25,7 @@ LensProfile Profile(const LensModel &distortion, bool fisheye = false)
     return profile;
 }
 
-/// A profile with chromatic models that differ from the distortion model and from each other in all values.
+/// Returns the profile with chromatic models that differ from the distortion model and from each other in all values.
 LensProfile WithChromatic(LensProfile profile)
 {
     profile.green = profile.distortion;
@@ -36,10 +36,10 @@ LensProfile WithChromatic(LensProfile profile)
     return profile;
 }
 
-/// Returns the expected value of channel c at (x, y) in a picture of @p size.
+/// Expected source of channel c at (x, y).
 struct Expected {
     int x, y, c;
-    OracleChannel channel; // from: in the upright picture
+    OracleChannel channel; // its `from` is in the upright picture
     Point gainAt;
     Samples::Hold hold;
 };
@@ -71,7 +71,7 @@ private:
     void Take(double deviation, const Expected &at)
     {
         ++compared;
-        if (deviation <= worst) // false for a value that is NaN
+        if (deviation <= worst) // false for NaN
             return;
         worst = std::isnan(deviation) ? HUGE_VAL : deviation;
         where = QStringLiteral("off by %1 at (%2, %3), channel %4").arg(deviation).arg(at.x).arg(at.y).arg(at.c);
@@ -106,13 +106,13 @@ void tst_Coordinates::everyPixelHasItsSourcePosition_data()
     const std::pair<const char *, LensProfile> profiles[] = {
         {"one coefficient", Profile({0.9, 0.51, 0.48, {-0.15}})},
         {"two coefficients", Profile(two)},
-        {"three coefficients, outwards", Profile(three)},
+        {"three coefficients, outward", Profile(three)},
         {"tangential", Profile({0.9, 0.5, 0.5, {-0.12, 0.04}, 0.012, -0.009})},
         {"tangential alone", Profile({0.9, 0.5, 0.5, {}, -0.01, 0.013})},
         {"fisheye, one coefficient", Profile({0.52, 0.505, 0.495, {-0.04}}, true)},
         {"fisheye, two coefficients", Profile(wideFish, true)},
         {"three warps", WithChromatic(Profile(two))},
-        {"three warps, outwards", WithChromatic(Profile(three))},
+        {"three warps, outward", WithChromatic(Profile(three))},
         {"three warps, fisheye", WithChromatic(Profile(wideFish, true))},
     };
     for (const auto &[name, profile] : profiles) {
@@ -134,7 +134,7 @@ void tst_Coordinates::everyPixelHasItsSourcePosition()
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);
     Deviation deviation;
-    for (int yChannels : {0b010, 0b101}) { // both coordinates of each channel; x is in the others
+    for (int yChannels : {0b010, 0b101}) { // channels with y; the others have x, so both are checked in every channel
         const auto coordinate = [=](Point p, int c) { return yChannels >> c & 1 ? p.y : p.x; };
         const Point range = {size.width() - 1.0, size.height() - 1.0};
         TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
@@ -160,7 +160,7 @@ void tst_Coordinates::vignettingGainOfGray_data()
 {
     QTest::addColumn<int>("corrections");
     QTest::addColumn<QSize>("size");
-    QTest::addColumn<float>("grey");
+    QTest::addColumn<float>("gray");
     for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
         for (const QSize &size : {kLandscape, kPortrait, kSquare})
             QTest::addRow("%d, width %d", others, size.width())
@@ -171,11 +171,11 @@ void tst_Coordinates::vignettingGainOfGray()
 {
     QFETCH(const int, corrections);
     QFETCH(const QSize, size);
-    QFETCH(const float, grey);
+    QFETCH(const float, gray);
     LensProfile profile = WithChromatic(Profile({0.9, 0.49, 0.52, {-0.12, 0.04}}));
     profile.vignette = LensModel{0.83, 0.53, 0.46, {-0.52, 0.11, -0.07}, 0, 0, 1, 0.71};
     TiffRaster source = BlankRaster(size.width(), size.height(), 3, 32);
-    std::fill(source.values.begin(), source.values.end(), grey);
+    std::fill(source.values.begin(), source.values.end(), gray);
     const TiffRaster result = Corrected(source, &profile, corrections);
     Deviation deviation;
     qint64 sampled = 0;
@@ -183,7 +183,7 @@ void tst_Coordinates::vignettingGainOfGray()
         if (at.channel.content != Content::Sampled)
             return 0.0;
         ++sampled;
-        return std::abs(got / std::min(1.0, double(grey) * Gain(profile, at.gainAt)) - 1);
+        return std::abs(got / std::min(1.0, double(gray) * Gain(profile, at.gainAt)) - 1);
     });
     QVERIFY2(deviation.worst < kGainTolerance, qPrintable(deviation.where));
     QVERIFY(sampled > qint64(size.width()) * size.height() * 2);

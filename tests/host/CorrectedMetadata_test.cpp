@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kDeflate = 8; // the compression number of TIFF
 
-/// Pincushion distortion, so that corners are outside and every kind of pixel occurs.
+/// Returns a profile with pincushion distortion, so that corners are outside and every kind of pixel occurs.
 LensProfile OutwardProfile()
 {
     const auto at = [](std::vector<double> terms) { return Samples::LensModel{0.9, 0.51, 0.48, std::move(terms)}; };
@@ -39,8 +39,8 @@ LensProfile OutwardProfile()
     return profile;
 }
 
-/// Gray with a black square in the middle; the channels after the third are @p alpha.
-TiffRaster SquareOnGrey(int width, int height, int channels, int bits, float alpha)
+/// Returns a gray picture with a black square in the middle; the channels after the third are @p alpha.
+TiffRaster SquareOnGray(int width, int height, int channels, int bits, float alpha)
 {
     TiffRaster raster = BlankRaster(width, height, channels, bits);
     const float full = bits == 8 ? 255.0f : bits == 16 ? 65535.0f : 1.0f;
@@ -61,12 +61,12 @@ Alpha ExpectedAlpha(const OraclePixel &pixel, int corrections, bool black)
 {
     if (pixel.Holds(Content::Unsure))
         return Alpha::Unsure;
-    if (pixel.Holds(Content::Outside)) // with chromatic models the pixel ended before its alpha
+    if (pixel.Holds(Content::Outside)) // with chromatic models, the warp skips the alpha of such pixels
         return corrections & Chromatic ? Alpha::Kept : Alpha::Clear;
     return corrections & Chromatic && black ? Alpha::Clear : Alpha::Opaque;
 }
 
-/// Whether a tag describes the file's form, or is a block whose content is compared tag by tag.
+/// Returns whether a tag describes how the file stores pixels, or is a block whose content is compared tag by tag.
 bool IsFormOfFile(const std::string &key)
 {
     static const char *const names[] = {
@@ -80,7 +80,7 @@ bool IsFormOfFile(const std::string &key)
                        [&](const char *name) { return key == std::string("Exif.Image.") + name; });
 }
 
-/// Returns "key = value" of each tag that doesn't describe the file's form.
+/// Returns "key = value" of each tag for which IsFormOfFile is false.
 template <typename Data> QStringList Texts(const Data &data)
 {
     QStringList texts;
@@ -107,12 +107,12 @@ void AddMetadata(const QString &path)
 {
     const auto image = OpenMetadata(path);
     Exiv2::ExifData &exif = image->exifData();
-    exif["Exif.Image.Make"] = "Canon"; // the maker note is only understood under this name
+    exif["Exif.Image.Make"] = "Canon"; // readers decode the maker note only for this maker
     exif["Exif.Image.Model"] = "Canon EOS 60D";
     exif["Exif.Image.Orientation"] = uint16_t(1);
     exif["Exif.Photo.DateTimeOriginal"] = "2020:02:29 12:34:56";
     exif["Exif.Photo.ExposureTime"] = Exiv2::URational(1, 1250);
-    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must not return as another fraction
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(28, 10); // must keep its numerator and denominator
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(640);
     exif["Exif.Photo.LensModel"] = "EF-S10-22mm f/3.5-4.5 USM";
     exif["Exif.Photo.UserComment"] = "charset=Ascii a comment";
@@ -211,7 +211,7 @@ void tst_CorrectedMetadata::depthAndAlpha()
     QFETCH(const int, channels);
     QFETCH(const int, bits);
     const float full = bits == 8 ? 255.0f : 65535.0f;
-    const TiffRaster source = SquareOnGrey(size.width(), size.height(), channels, bits, 0.5f);
+    const TiffRaster source = SquareOnGray(size.width(), size.height(), channels, bits, 0.5f);
     LensProfile profile = OutwardProfile();
     if (corrections == 0)
         profile.vignette->coefficients = {0, 0, 0};
@@ -252,7 +252,7 @@ void tst_CorrectedMetadata::copiesMetadata()
         if (bits == 0)
             WriteJpeg(path, 60, 40);
         else
-            WriteTiff(path, SquareOnGrey(60, 40, 3, bits, 1));
+            WriteTiff(path, SquareOnGray(60, 40, 3, bits, 1));
         AddMetadata(path);
         const auto source = OpenMetadata(path), result = OpenMetadata(CorrectFile(path, OutwardProfile(), Distortion));
         QVERIFY(source->exifData().findKey(Exiv2::ExifKey("Exif.CanonCs.LensType")) != source->exifData().end());
@@ -278,7 +278,7 @@ void tst_CorrectedMetadata::formatsKeepMetadata_data()
     QTest::newRow("--format exr") << -1;
 }
 
-/// A fitted JPEG in all formats. A second run recognizes the first by its XMP.
+/// Corrects a JPEG to all formats. A second run recognizes the first one by its XMP.
 void tst_CorrectedMetadata::formatsKeepMetadata()
 {
     QFETCH(const int, compression);
@@ -347,7 +347,7 @@ void tst_CorrectedMetadata::kinds_data()
     QTest::newRow("Lab --convert") << int(PHOTOMETRIC_CIELAB) << 3 << 8 << 3 << 369; // sRGB of lightness 40
 }
 
-/// Flat pictures in tiles; each sample is 40 % of its range.
+/// Corrects flat pictures stored in tiles; each sample is 40 % of its range.
 void tst_CorrectedMetadata::kinds()
 {
     QFETCH(const int, photometric);

@@ -20,10 +20,10 @@ constexpr double kRawGamma = 2.2, kRawBrightness = 2.5; // of the program's raw 
 
 struct Row {
     QVector<ProfileEntry> entries; // of the profile
-    OracleBlend blend = {};        // what the picture needs; the first entry if empty
+    OracleBlend blend = {};        // expected; the first entry if empty
     OraclePicture picture = {};
     QMap<QByteArray, QByteArray> metadata = {};
-    QString options = "keep --sampling bilinear"_s; // begin with the framing
+    QString options = "keep --sampling bilinear"_s; // first the framing
     Projection projection = Projection::Rectilinear;
     bool isRaw = false;
 
@@ -34,7 +34,7 @@ struct Row {
         picture.wholeHeight = picture.height = height;
     }
     QSize Size() const { return {picture.width, picture.height}; }
-    /// Width of the border where samples are affected by the ends of a ramp.
+    /// Returns the width of the border where the ends of a ramp affect samples.
     double MarginPx() const { return isRaw || options.contains("sharp"_s) ? 4.0 : 0.0; }
     OraclePlaces At(int x, int y, double zoom) const { return OracleAt(blend, picture, projection, zoom, x, y); }
 };
@@ -72,7 +72,7 @@ bool Holds(const OraclePicture &picture, const OraclePlaces &places, double marg
     });
 }
 
-/// The smallest zoom that leaves no pixel empty.
+/// Returns the smallest zoom that leaves no pixel empty.
 double FillZoom(const Row &row)
 {
     double low = 0.5, high = 2.0;
@@ -159,8 +159,9 @@ void Add(const char *name, const std::function<void(Row &)> &change)
     QTest::newRow(name) << row;
 }
 
-/// Between 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first; between 1 and 3 m at 1.5 m a half;
-/// between f/2 and f/4 at N^2 = 8: (1/8 - 1/16) / (1/4 - 1/16) = 1/3, of the light alone.
+/// Sets up a picture between eight entries. The weights of the first ones are, at 25 mm between 20 and 40 mm, (1/25 -
+/// 1/40) / (1/20 - 1/40) = 0.6; at 1.5 m between 1 and 3 m, a half; for light only, at N^2 = 8 between f/2 and f/4,
+/// (1/8 - 1/16) / (1/4 - 1/16) = 1/3.
 void SetBetween(Row &row)
 {
     row.entries.clear();
@@ -208,7 +209,7 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
             [=](Row &row) { row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn); });
     for (int turn : {1, 6})
         Add(qPrintable("camera raw, orientation %1"_s.arg(turn)), [=](Row &row) {
-            row.isRaw = true; // raw pixels stay as on the sensor
+            row.isRaw = true; // raw pixels keep the sensor's orientation
             row.SetSize(90, 60);
             row.metadata["Exif.Image.Orientation"] = QByteArray::number(turn);
         });
@@ -229,15 +230,15 @@ void FittedCoordinatesTest::everyPixelHasItsSourcePosition_data()
 
 void FittedCoordinatesTest::AddOtherFrames()
 {
-    Add("a smaller body, by the camera table", [](Row &row) {
+    Add("a body with a smaller sensor, by the camera table", [](Row &row) {
         row.entries[0].sensorFormatFactor = 1.0;
         row.metadata = {{"Exif.Image.Make", "Canon"}, {"Exif.Image.Model", "Canon EOS 40D"}};
         row.picture.ratio = 1.0L / 1.622L;
         row.picture.ownCenter = false;
     });
-    // 3,000 px by their number in a centimeter; the profile's long side is 36 mm.
-    const std::pair<const char *, double> bodies[] = {{"a body of q 0.6, by the focal plane", 0.6},
-                                                      {"a body of q 1.039, by the focal plane", 1.039}};
+    // The sensor's width is 3,000 px divided by the pixels per centimeter; the profile's long side is 36 mm.
+    const std::pair<const char *, double> bodies[] = {{"a sensor 0.6 times as wide, by the focal plane", 0.6},
+                                                      {"a sensor 1.039 times as wide, by the focal plane", 1.039}};
     for (const auto &[name, ratio] : bodies)
         Add(name, [q = ratio](Row &row) {
             row.entries[0].sensorFormatFactor = 1.0;
@@ -254,7 +255,7 @@ void FittedCoordinatesTest::AddOtherFrames()
         row.metadata["Exif.Photo.DigitalZoomRatio"] = "2/1";
         row.picture.ratio = 0.5L;
     });
-    Add("a crop mode", [](Row &row) { // 24 mm by the body's 1.5 would be 36 mm
+    Add("a crop mode", [](Row &row) { // without it, the equivalent of 24 mm is 36 mm on this body with factor 1.5
         row.metadata["Exif.Photo.FocalLengthIn35mmFilm"] = "54";
         row.picture.ratio = 36.0L / 54.0L;
     });

@@ -20,20 +20,20 @@ QByteArray Profile(const char *lens, bool hasVignetting)
           "</photoshop:CameraProfiles></rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
-void WriteMetadata(const QString &path, const Told &told)
+void WriteMetadata(const QString &path, const PictureMetadata &metadata)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
     Exiv2::ExifData exif;
     exif["Exif.Image.Make"] = "Canon";
     exif["Exif.Image.Model"] = "Canon EOS 40D";
     for (const auto &[key, value] :
-         {std::pair("Exif.Photo.LensModel", told.lens), std::pair("Exif.Photo.FocalLength", told.focal),
-          std::pair("Exif.Photo.FNumber", told.aperture)}) {
+         {std::pair("Exif.Photo.LensModel", metadata.lens), std::pair("Exif.Photo.FocalLength", metadata.focal),
+          std::pair("Exif.Photo.FNumber", metadata.aperture)}) {
         if (value)
             exif[key] = value;
     }
     image->setExifData(exif);
-    if (told.wasCorrected) {
+    if (metadata.wasCorrected) {
         for (const char *key : {"AlreadyApplied", "LensProfileEnable", "AutoLateralCA"})
             image->xmpData()[std::string("Xmp.crs.") + key] = "True";
     }

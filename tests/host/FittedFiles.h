@@ -5,13 +5,13 @@
 
 inline const char *const kLens = "EF24-105mm f/4L IS USM";
 
-/// One entry in attribute form, of a Canon EOS 40D at 50 mm and f/8; not of the pictures' size.
+/// Returns a profile with one entry in attribute form, for a Canon EOS 40D at 50 mm and f/8, larger than the pictures.
 QByteArray Profile(const char *lens, bool hasVignetting = true);
 
-struct Told {
+struct PictureMetadata {
     const char *lens = nullptr; // EXIF LensModel
     const char *focal = nullptr, *aperture = nullptr;
     bool wasCorrected = false;
 };
 
-void WriteMetadata(const QString &path, const Told &told);
+void WriteMetadata(const QString &path, const PictureMetadata &metadata);

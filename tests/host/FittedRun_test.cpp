@@ -1,5 +1,5 @@
-// Fitted corrections by the program: the profile it uses, its source, the messages about it, and runs without a
-// profile.
+// Fitted corrections by the program: the profile that is used, where it comes from, messages about it, and runs without
+// a profile.
 #include "Case.h"
 #include "FittedFiles.h"
 #include "ProgramTest.h"
@@ -10,12 +10,43 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 
 #include <exiv2/exiv2.hpp>
 
 namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;
+
+/// Returns the first part of a value that doesn't match the schema; empty if all do. Only for keywords in use.
+QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
+{
+    const QString text = value.toVariant().toString(), type = schema.value("type"_s).toString();
+    const QMap<QString, QJsonValue::Type> types = {{"string"_s, QJsonValue::String},
+                                                   {"number"_s, QJsonValue::Double},
+                                                   {"array"_s, QJsonValue::Array},
+                                                   {"object"_s, QJsonValue::Object}};
+    const QJsonObject properties = schema.value("properties"_s).toObject(), object = value.toObject();
+    for (const QJsonValue &key : schema.value("required"_s).toArray()) {
+        if (!object.contains(key.toString()))
+            return key.toString();
+    }
+    for (const QString &key : object.keys()) {
+        const QString fault =
+            properties.contains(key) ? Mismatch(object.value(key), properties.value(key).toObject()) : key;
+        if (!fault.isEmpty())
+            return fault;
+    }
+    for (const QJsonValue &item : value.toArray()) {
+        if (const QString fault = Mismatch(item, schema.value("items"_s).toObject()); !fault.isEmpty())
+            return fault;
+    }
+    const bool isGood = (type.isEmpty() || types.value(type) == value.type())
+        && (!schema.contains("enum"_s) || schema.value("enum"_s).toArray().contains(value))
+        && text.contains(QRegularExpression(schema.value("pattern"_s).toString()))
+        && text.size() >= schema.value("minLength"_s).toInt() && value.toDouble() >= schema.value("minimum"_s).toInt();
+    return isGood ? QString() : text;
+}
 
 } // namespace
 
@@ -36,16 +67,16 @@ private Q_SLOTS:
 void FittedRunTest::init()
 {
     ProgramTest::init();
-    const std::pair<const char *, Told> pictures[] = {
+    const std::pair<const char *, PictureMetadata> pictures[] = {
         {"named.jpg", {kLens, "50/1", "8/1"}},
         {"again.jpg", {kLens, "50/1", "8/1", true}},
-        {"untold.jpg", {}},
-        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+        {"unnamed.jpg", {}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens in lensfun's database
         {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
     };
-    for (const auto &[name, told] : pictures) {
+    for (const auto &[name, metadata] : pictures) {
         WriteJpeg(Path(QLatin1String(name)), 60, 40);
-        WriteMetadata(Path(QLatin1String(name)), told);
+        WriteMetadata(Path(QLatin1String(name)), metadata);
     }
     QVERIFY(QDir().mkpath(Path("lenses/deep/down"_s)) && QDir().mkpath(Path("empty"_s)));
     WriteFile(Path(kFound), Profile("Canon EF 24-105mm f/4L IS USM"));
@@ -66,7 +97,7 @@ void FittedRunTest::correct_data()
     QTest::addColumn<QString>("line");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<int>("written");
-    QTest::addColumn<QStringList>("said"); // in this order
+    QTest::addColumn<QStringList>("messages"); // in this order
     const QString decoy = "lenses/0.lcp"_s;
     QTest::newRow("chosen") << "--profile lenses/0.lcp named.jpg"_s << 0 << 1
                             << QStringList{"named.jpg: note: profile \""_s, decoy, "; entries: 50 mm"_s};
@@ -81,12 +112,12 @@ void FittedRunTest::correct_data()
                                       << QStringList{"has no lens profile"_s};
     QTest::newRow("corrected before") << "--lens-path lenses again.jpg"_s << 0 << 0
                                       << QStringList{"note: skipped, corrected before: distortion"_s, "--again"_s};
-    QTest::newRow("corrected before, by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
-                                                  << QStringList{kFound, "again, though corrected before"_s};
+    QTest::newRow("corrected again by request") << "--again --lens-path lenses again.jpg"_s << 0 << 1
+                                                << QStringList{kFound, "again, though corrected before"_s};
     QTest::newRow("lens not in the metadata")
-        << "--lens-path lenses untold.jpg"_s << 1 << 0 << QStringList{"doesn't name its lens"_s};
+        << "--lens-path lenses unnamed.jpg"_s << 1 << 0 << QStringList{"name it with --lens"_s};
     QTest::newRow("typed lens") << "--lens-path lenses --lens=Canon_EF_24-105mm_f/4L_IS_USM --focal 50 --aperture 8 "
-                                   "--distance 2 untold.jpg"_s
+                                   "--distance 2 unnamed.jpg"_s
                                 << 0 << 1 << QStringList{kFound};
     QTest::newRow("no profile, near misses")
         << "-j 1 --lens-path lenses none.jpg named.jpg"_s << 1 << 1
@@ -98,7 +129,7 @@ void FittedRunTest::correct_data()
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0
-                                     << QStringList{"doesn't know fitted corrections; \"vitrelux correct --plain"_s};
+                                     << QStringList{"doesn't support fitted corrections; \"vitrelux correct --plain"_s};
     QTest::newRow("facts") << "-v --lens-path lenses named.jpg"_s << 0 << 1
                            << QStringList{"named.jpg:\n"_s, QLatin1String(kLens) + " (EXIF LensModel)\n"_s,
                                           "50 mm (EXIF FocalLength)\n"_s, "note: profile"_s};
@@ -109,7 +140,7 @@ void FittedRunTest::correct()
     QFETCH(QString, line);
     QFETCH(int, exitCode);
     QFETCH(int, written);
-    QFETCH(QStringList, said);
+    QFETCH(QStringList, messages);
     QStringList arguments = ("correct -o out "_s + line).split(QLatin1Char(' '));
     for (QString &argument : arguments) {
         if (argument.startsWith("--lens="_s)) // underscores represent spaces
@@ -121,16 +152,15 @@ void FittedRunTest::correct()
     QCOMPARE(Names(Path("out"_s)).size(), written);
     const QString error = QString::fromUtf8(result.error);
     int from = 0;
-    for (const QString &text : said) {
+    for (const QString &text : messages) {
         const int at = error.indexOf(text, from);
-        QVERIFY2(at >= 0, qPrintable(text + " is not said in: "_s + error));
+        QVERIFY2(at >= 0, qPrintable(text + " is missing in: "_s + error));
         from = at + text.size();
     }
     QVERIFY2(result.errorLines.size() == line.count(".jpg"_s) || line.startsWith("-v"_s), result.error);
 }
 
-/// A dry run makes the same decisions as the run, and both print records that match the schema.
-/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterwards.
+/// With several threads per picture, large JPEGs are corrected while they are decoded; with one thread, afterward.
 void FittedRunTest::whileDecoding()
 {
     const QSize sizes[] = {{1300, 900}, {900, 1300}, {1200, 1000}};
@@ -156,43 +186,56 @@ void FittedRunTest::whileDecoding()
         QVERIFY2(ReadFile(Path("after/"_s + name)) == ReadFile(Path("meanwhile/"_s + name)), qPrintable(name));
 }
 
+/// All kinds of records match the schema, and `report` reads them. A dry run makes the same decisions as the run.
 void FittedRunTest::records()
 {
     const QJsonObject schema = QJsonDocument::fromJson(ReadFile(QStringLiteral(RECORD_SCHEMA))).object();
-    const QJsonObject known = schema.value("properties"_s).toObject();
     const QDateTime taken(QDate(2001, 2, 3), QTime(4, 5, 6));
     QFile picture(Path("named.jpg"_s));
     QVERIFY(picture.open(QIODevice::ReadWrite) && picture.setFileTime(taken, QFileDevice::FileModificationTime));
     picture.close();
-    for (const bool isDry : {true, false}) {
-        const Case mode(isDry ? "dry run" : "run");
-        const ProgramResult result =
-            Run("correct --json --keep-time --suffix -x --format jpeg -j 1 -o out --lens-path lenses "_s
-                + (isDry ? "-n "_s : QString()) + "named.jpg again.jpg none.jpg"_s);
+    const QString options = "--keep-time --suffix -{ext} --format jpeg --lens-path lenses "_s;
+    const std::pair<QString, QStringList> rows[] = {
+        {options + "-n named.jpg again.jpg none.jpg"_s, {"planned"_s, "corrected before"_s, "failed"_s}},
+        {options + "named.jpg again.jpg none.jpg"_s, {"corrected"_s, "corrected before"_s, "failed"_s}},
+        {options + "--skip-existing named.jpg ./named.jpg gone.jpg"_s, {"skipped"_s, "skipped"_s, "failed"_s}},
+        {"--plain --profile p.lcp a.jpg a.png"_s, {"failed"_s, "corrected"_s}}, // a conflict comes first
+    };
+    QByteArray all;
+    int made = 0;
+    for (const auto &[line, expected] : rows) {
+        const Case named(line);
+        const ProgramResult result = Run("correct --json -q -j 1 -o out "_s + line);
         QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.errorLines.size() == 1 && result.summary.isEmpty(), result.error); // the failure
+        all += result.output;
         QStringList outcomes;
         const QList<QByteArray> lines = result.output.trimmed().split('\n');
-        for (const QByteArray &line : lines) {
-            const QJsonObject record = QJsonDocument::fromJson(line).object();
-            for (const QString &key : record.keys())
-                QVERIFY2(known.contains(key), qPrintable(key));
-            for (const QJsonValue &key : schema.value("required"_s).toArray())
-                QVERIFY2(record.contains(key.toString()), line);
+        for (const QByteArray &one : lines) {
+            const QJsonObject record = QJsonDocument::fromJson(one).object();
+            QVERIFY2(Mismatch(record, schema).isEmpty(), one + qPrintable(Mismatch(record, schema)));
             outcomes << record.value("outcome"_s).toString();
         }
-        QCOMPARE(outcomes, QStringList({isDry ? "planned"_s : "corrected"_s, "corrected before"_s, "failed"_s}));
-        const QJsonObject named = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(named.value("output"_s).toString(), Path("out/named-x.jpg"_s));
-        QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
-        QCOMPARE(named.value("lens"_s).toString(), QString::fromLatin1(kLens));
-        QCOMPARE(named.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
-        QVERIFY(named.value("entries"_s).toString().contains("50 mm f/8"_s));
-        QCOMPARE(Names(Path("out"_s)).size(), isDry ? 0 : 1);
+        QCOMPARE(outcomes, expected);
+        made += outcomes.count("corrected"_s);
+        QCOMPARE(Names(Path("out"_s)).size(), made);
+        if (!line.contains("again"_s))
+            continue;
+        const QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
+        QCOMPARE(first.value("output"_s).toString(), Path("out/named-{ext}.jpg"_s));
+        QCOMPARE(first.value("profile"_s).toString(), Path(kFound));
+        QCOMPARE(first.value("lens"_s).toString(), QString::fromLatin1(kLens));
+        QCOMPARE(first.value("corrections"_s).toArray(), QJsonArray({"distortion"_s, "vignetting"_s}));
+        QVERIFY(first.value("entries"_s).toString().contains("50 mm f/8"_s));
     }
-    QCOMPARE(QFileInfo(Path("out/named-x.jpg"_s)).lastModified(), taken);
+    QCOMPARE(QFileInfo(Path("out/named-{ext}.jpg"_s)).lastModified(), taken);
+    QVERIFY(Mismatch(QJsonObject{{"picture"_s, "a"_s}, {"outcome"_s, "lost"_s}, {"seconds"_s, 0}}, schema) == "lost"_s);
+    WriteFile(Path("records"_s), all);
+    const ProgramResult report = Run("report records"_s);
+    QVERIFY2(report.exitCode == 0 && report.output.startsWith("7 pictures: 2 corrected, "), report.output);
 }
 
-/// A run leaves a record by which later runs and other programs recognize the correction.
+/// A run leaves a record from which later runs and other programs recognize the correction.
 void FittedRunTest::secondRun()
 {
     const QString first = "out/named_corrected.tiff"_s;
@@ -217,7 +260,7 @@ void FittedRunTest::secondRun()
     const struct {
         const char *line;
         int exitCode;
-        QString said;
+        QString messages;
     } later[] = {
         {"--lens-path lenses", 0,
          "skipped, corrected before: distortion (XMP vitrelux:Corrections), vignetting (XMP"_s},
@@ -228,7 +271,7 @@ void FittedRunTest::secondRun()
     };
     for (const auto &row : later) {
         const ProgramResult result = Run("correct --overwrite -o later %1 %2"_s.arg(QLatin1String(row.line), first));
-        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.said),
+        QVERIFY2(result.exitCode == row.exitCode && QString::fromUtf8(result.error).contains(row.messages),
                  row.line + QByteArray(": ") + result.error);
     }
 }

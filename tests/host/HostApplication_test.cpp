@@ -31,10 +31,10 @@ void tst_HostApplication::returnsPixels()
     QCOMPARE(m_host->ProblemOf(none), "no such file"_s);
     KImage *image = def->LockFullSize(true);
     QCOMPARE(QSize(image->width(), image->height()), QSize(7, 5));
-    QCOMPARE(def->LockFullSize(true), image); // the same pixels, counted
+    QCOMPARE(def->LockFullSize(true), image); // the same pixels; locks are counted
     def->UnlockFullSize(true);
     def->UnlockFullSize(true);
-    ImageDef::Delete(path); // by another user of the kernel: described again
+    ImageDef::Delete(path); // as another user of the kernel may do: the host describes it again
     QCOMPARE(m_host->ImageDefOf(path)->nCols(), 7);
 
     WriteFile(none, "no picture");

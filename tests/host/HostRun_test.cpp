@@ -35,8 +35,8 @@ private Q_SLOTS:
     void environment();
     void names();
     void progressOnTerminal();
-    void oneLine_data();
-    void oneLine();
+    void failuresPrintOneLine_data();
+    void failuresPrintOneLine();
 
 private:
     ProgramResult RunProbe(const char *manner, const QString &line)
@@ -74,7 +74,7 @@ void HostRunTest::callsInOrder()
 void HostRunTest::recordHasChosenCorrections()
 {
     const struct {
-        const char *switches, *models, *flags; // models in the profile: d, c, v; Disto CA Falloff, or the picture fails
+        const char *switches, *models, *flags; // models of the profile (d, c, v); Disto CA Falloff, empty: a failure
         const char *cut = "", *patch = "";     // a piece of the profile, and its replacement
     } rows[] = {
         {"", "dcv", "1 1 1"},
@@ -89,7 +89,7 @@ void HostRunTest::recordHasChosenCorrections()
         {"", "dcv", "", "FocalLengthX", "Other"},
         {"", "dcv", "1 0 1", "ChromaticRedGreenModel", "Other"},
         {"", "dcv", "1 0 1", "ChromaticGreenModel", "Other"},
-        {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // no number
+        {"", "dcv", "1 0 1", "0.001</stCamera:R", "nan</stCamera:R"}, // not a number
         {"", "v", "0 0 1", "Perspective", "Fisheye"},                 // without coefficients
         {"", "dcv", "", "ImageXCenter", "Other"},                     // would be the top left corner
     };
@@ -163,7 +163,7 @@ void HostRunTest::replacedFile()
     const struct {
         const char *name;
         std::function<bool()> prepare;
-        const char *said; // empty: replaced
+        const char *message; // empty: replaced
     } rows[] = {
         {"private", [&] { return chmod(path, 0600) == 0; }, ""},
         {"read-only", [&] { return chmod(path, 0400) == 0; }, "Permission denied"},
@@ -181,8 +181,8 @@ void HostRunTest::replacedFile()
         const QFile::Permissions rights = before.permissions();
         m_run->beforeStart = RespectPermissions;
         const ProgramResult result = RunProbe("", "--overwrite a.jpg"_s);
-        const bool replaced = !*row.said;
-        QVERIFY2(result.exitCode == int(!replaced) && result.error.contains(row.said), row.name + result.error);
+        const bool replaced = !*row.message;
+        QVERIFY2(result.exitCode == int(!replaced) && result.error.contains(row.message), row.name + result.error);
         const QFileInfo after(Path(kOutput));
         QVERIFY2(after.isSymLink() == wasLink && after.permissions() == rights, row.name);
         if (after.isFile())
@@ -206,6 +206,7 @@ void HostRunTest::parallelRunsGiveTheSameFiles()
     QCOMPARE(alone.exitCode, 1);
     QCOMPARE(together.exitCode, 1);
     QCOMPARE(together.output.count('\n'), 5);
+    QVERIFY2(together.summary.startsWith("5 corrected, 0 skipped, 1 failed in "_s), together.error);
     const QStringList names = Names(Path("alone"_s));
     QCOMPARE(names.size(), 5);
     QCOMPARE(Names(Path("together"_s)), names); // and no private folder left
@@ -217,18 +218,22 @@ void HostRunTest::rivalsForOneOutput()
 {
     QVERIFY(QDir(m_dir->path()).mkdir("other"_s));
     WriteJpeg(Path("other/a.jpg"_s), 12, 8);
-    // The third is the first again: already done, not a failure.
+    // The third picture is the first one again, which isn't a failure.
     const ProgramResult result = RunProbe("", "--overwrite -o out a.jpg other/a.jpg other/../a.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 1);
     QVERIFY(result.errorLines.first().startsWith("vitrelux: other/a.jpg: "_s));
     QVERIFY(result.errorLines.first().contains("a.jpg"_s));
     QCOMPARE(Notes().filter("Process"_s).size(), 1);
+    const ProgramResult plan = Run("correct -n -j 1 --plain --skip-existing --profile p.lcp -o out a.jpg b.jpg"_s);
+    QCOMPARE(plan.errorLines.size(), 2);
+    QVERIFY2(plan.errorLines[0].startsWith("vitrelux: a.jpg: note: would be skipped: output \""_s), plan.error);
+    QCOMPARE(plan.errorLines[1], "vitrelux: b.jpg: note: would correct distortion, lateral color, vignetting"_s);
 }
 
 void HostRunTest::interruptionLeavesNothing()
 {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, -SIGHUP}) { // the last one ignored, as by nohup
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, -SIGHUP}) { // the last one is ignored, as under nohup
         const Case named("signal", number);
         init();
         WriteFile(Path(kOutput), "old");
@@ -370,24 +375,25 @@ void HostRunTest::progressOnTerminal()
     QVERIFY(QDir(m_dir->path()).mkdir("\x1b[2J"_s));
     const QString line =
         m_run->program + " correct --plain --overwrite -j 2 --profile p.lcp -o '\x1b[2J' a.jpg none.jpg"_s;
-    m_run->program = "script"_s; // gives its command a terminal, and copies what appears there
+    m_run->program = "script"_s; // runs its command on a terminal, and copies what appears there
     for (const QString &terminal : {"xterm"_s, "dumb"_s}) {
         const Case named(terminal);
         m_run->Set("TERM", terminal);
         const ProgramResult result = m_run->Run({"-qec"_s, line, "/dev/null"_s});
         QCOMPARE(result.exitCode, 1);
-        for (const char *progress : {"[1/2] a.jpg", "[2/2] none.jpg", "\r\033[K", "1 corrected, 0 skipped, 1 failed"})
+        QVERIFY2(result.output.contains("1 corrected, 0 skipped, 1 failed"), result.output);
+        for (const char *progress : {"\033[?7l[1/2] a.jpg", "\033[?7l[2/2] none.jpg", "\r\033[K"})
             QVERIFY2(result.output.contains(progress) == (terminal == "xterm"_s), result.output);
-        QVERIFY2(!result.output.contains(u8"\u2026["), result.output); // one line at a time
+        QVERIFY2(!result.output.contains("\033[?7h\033[?7l"), result.output); // only one progress line at a time
         QVERIFY2(result.output.contains("none.jpg: no such file"), result.output);
         QVERIFY2(result.output.contains("/\\x1b[2J/a_corr") && !result.output.contains("\x1b[2J"), result.output);
     }
 }
 
-void HostRunTest::oneLine_data()
+void HostRunTest::failuresPrintOneLine_data()
 {
     QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("said");
+    QTest::addColumn<QString>("message");
     const QString plugin = "correct --plain --profile p.lcp a.jpg --plugin "_s, why = "plug-in \"%1\": "_s;
     for (const QString &file :
          {"/none/libKVitrelux.so"_s, "/etc/passwd"_s, QStringLiteral(PLAIN_LIBRARY), QStringLiteral(FOREIGN_PLUGIN)})
@@ -400,16 +406,16 @@ void HostRunTest::oneLine_data()
                                  << "cannot write to standard output"_s;
 }
 
-void HostRunTest::oneLine()
+void HostRunTest::failuresPrintOneLine()
 {
     QFETCH(QString, line);
-    QFETCH(QString, said);
+    QFETCH(QString, message);
     if (line.startsWith("profile"_s))
         m_run->setStandardOutputFile("/dev/full"_s);
     const ProgramResult result = Run(line);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.error.count('\n'), 1);
-    QVERIFY2(result.errorLines.first().startsWith("vitrelux: "_s + said), result.error);
+    QVERIFY2(result.errorLines.first().startsWith("vitrelux: "_s + message), result.error);
     QVERIFY(!result.error.contains('\033'));
 }
 

@@ -1,4 +1,4 @@
-// The program's report on pictures, and the profiles that it finds for them.
+// `vitrelux info`: facts about pictures, and the profiles found for them.
 #include "Case.h"
 #include "ProgramTest.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 const QString kProfile = "lenses/Canon/Canon EOS 40D (Canon EF-S 10-22mm).lcp"_s;
 
-/// A Canon EOS 40D with the lens "SHORTEST LONGEST NUMBER".
+/// Returns the EXIF of a Canon EOS 40D with the lens "SHORTEST LONGEST NUMBER".
 Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
 {
     Exiv2::ExifData exif;
@@ -65,7 +65,7 @@ private:
     }
 };
 
-/// Checks a picture that has a profile, in a time zone with daylight saving.
+/// Makes a picture that has a profile, and sets a time zone with daylight saving.
 void InfoTest::init()
 {
     ProgramTest::init();
@@ -164,8 +164,8 @@ void InfoTest::profile()
             exif["Exif.Photo.FocalLengthIn35mmFilm"] = uint16_t(32);
             GiveExif(Path("b.jpg"_s), exif);
         }
-        const QString told = Json("b.jpg"_s).value("noProfile"_s).toString();
-        QVERIFY2(told.contains(QLatin1String(row.why)), qPrintable(told));
+        const QString reason = Json("b.jpg"_s).value("noProfile"_s).toString();
+        QVERIFY2(reason.contains(QLatin1String(row.why)), qPrintable(reason));
         const ProgramResult corrected = Run("correct --plain --overwrite --lens-path lenses b.jpg a.jpg"_s);
         QCOMPARE(corrected.exitCode, 1);
         QVERIFY2(corrected.error.contains(row.why), corrected.error);
@@ -202,18 +202,18 @@ void InfoTest::storedFolder()
 
     QCOMPARE(mkfifo(QFile::encodeName(settings), 0600), 0); // reading it would wait forever
     QVERIFY(Run("info --plain a.jpg"_s).error.contains("ignored: not a regular file"));
-    m_run->Set("TMPDIR", "/proc"_s); // nothing can be made there
+    m_run->Set("TMPDIR", "/proc"_s); // no folder can be created there
     QVERIFY(Run("info --plain a.jpg --lens-path config"_s).output.contains("none: profiles cannot be looked up"));
 }
 
 void InfoTest::continuesAfterUnreadable()
 {
-    QImage grey(4, 3, QImage::Format_Grayscale8);
-    grey.fill(100);
-    QVERIFY(grey.save(Path("grey.jpg"_s)));
-    GiveExif(Path("grey.jpg"_s), CanonExif("22 10 1", 235));
+    QImage gray(4, 3, QImage::Format_Grayscale8);
+    gray.fill(100);
+    QVERIFY(gray.save(Path("gray.jpg"_s)));
+    GiveExif(Path("gray.jpg"_s), CanonExif("22 10 1", 235));
     WriteFile(Path("bad.jpg"_s), "no picture");
-    const ProgramResult result = Run("info bad.jpg gone.jpg grey.jpg"_s);
+    const ProgramResult result = Run("info bad.jpg gone.jpg gray.jpg"_s);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 2);
     for (const char *line : {"8 bits, 1 channel\n", "Canon EOS 40D", "lensfun:Canon/"})

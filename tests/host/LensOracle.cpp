@@ -8,7 +8,7 @@ using Samples::Point;
 
 namespace {
 
-/// Red, green and blue in this order: the first one outside ends the pixel.
+/// Checks red, green and blue in this order: the warp stops at the first one outside.
 void EndAtOutside(OraclePixel *pixel)
 {
     Content rest = Content::Sampled;

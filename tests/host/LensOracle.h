@@ -1,4 +1,4 @@
-// The source of each channel of each pixel of a corrected picture, by the lens models in double precision.
+// Computes the source of every channel and pixel of a corrected picture from the lens models, in double precision.
 #pragma once
 
 #include <array>
@@ -50,5 +50,5 @@ private:
     int m_corrections;
 };
 
-/// The orientation in which a picture of this upright size is corrected: a square counts as portrait.
+/// Returns the orientation in which a picture of this upright size is corrected; a square counts as portrait.
 Samples::Hold HoldOf(int width, int height);

@@ -1,6 +1,6 @@
-// A plug-in that replaces the real one: it records its calls, and fails in every way that a plug-in can.
+// A plug-in that replaces the real one, records its calls and can fail like a broken plug-in.
 //
-// VITRELUX_PROBE chooses what Process does, VITRELUX_PROBE_NOTES names the file for the record of calls.
+// VITRELUX_PROBE chooses what Process does; VITRELUX_PROBE_NOTES names the file that records the calls.
 #include "Files.h"
 #include "KException.h"
 #include "KIApplication.h"

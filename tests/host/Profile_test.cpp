@@ -30,7 +30,7 @@ QByteArray Setting(double focalMm, double distanceM, double apertureApex)
         + Number(apertureApex) + "\" ";
 }
 
-/// A model on a separate line. Its focal length is the whole long side.
+/// Returns a model on a separate line. Its focal length is the frame's long side.
 QByteArray Model(const char *name, const QByteArray &values, const QByteArray &models = {})
 {
     return "\n<s:" + QByteArray(name) + " s:FocalLengthX=\"1\" " + values + ">" + models + "</s:" + name + ">";
@@ -38,7 +38,7 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &m
 
 const QByteArray kBent = R"(s:RadialDistortParam1="-0.1" s:RadialDistortParam2="0.02")";
 
-/// The first line has no entry; each entry starts a line.
+/// Returns a profile. The first line has no entry; each entry starts a line.
 QByteArray File(const QList<QByteArray> &entries)
 {
     QByteArray text = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/" )"
@@ -56,14 +56,14 @@ QByteArray Bent(const QByteArray &values)
     return values + ">" + Model("PerspectiveModel", kBent);
 }
 
-/// Distortion at one focal length, by a single coefficient.
+/// Returns an entry with distortion by a single coefficient.
 QByteArray Bent(double focalMm, double k)
 {
     return kFrame + Setting(focalMm, 3.0, 3.0) + ">"
         + Model("PerspectiveModel", "s:RadialDistortParam1=\"" + Number(k) + '"');
 }
 
-/// A picture of 60x40 taken with the profiles' body.
+/// Writes a picture of 60x40 taken with the profiles' body.
 void WritePicture(const QString &path, int focalMm)
 {
     WriteJpeg(path, 60, 40);
@@ -75,13 +75,13 @@ void WritePicture(const QString &path, int focalMm)
     image->writeMetadata();
 }
 
-/// The weight of an entry at @p other for a picture at @p at: entries are blended linearly in 1/f.
+/// Returns the weight of an entry at @p other for a picture at @p at: entries are blended linearly in 1/f.
 double WeightOfOther(double one, double other, double at)
 {
     return (1.0 / one - 1.0 / at) / (1.0 / one - 1.0 / other);
 }
 
-/// A plot, read as a person would: values by the axis labels.
+/// Reads values from a plot as a person would, by the axis labels.
 class ReadPlot {
 public:
     explicit ReadPlot(const QByteArray &svg)
@@ -96,7 +96,7 @@ public:
     QString Texts() const { return m_texts.join(QLatin1Char('\n')); }
     double ValuePerUnit(int panel) const { return std::abs(Slope(m_values[panel])); }
 
-    /// Points of the n-th curve with this title in a panel; x is the radius.
+    /// Returns the points of the n-th curve with this title in a panel; x is the radius.
     QVector<QPointF> Curve(int panel, const QString &title, int n, double *width) const
     {
         const QDomNodeList lines = m_document.elementsByTagName("polyline"_s);
@@ -127,7 +127,7 @@ private:
         if (!isNumber)
             return;
         const double x = text.attribute("x"_s).toDouble(), y = text.attribute("y"_s).toDouble();
-        if (text.attribute("text-anchor"_s) == "end"_s) { // left of a line, by half of a letter's height below it
+        if (text.attribute("text-anchor"_s) == "end"_s) { // left of its grid line, half a letter's height below it
             if (x != m_lastX)
                 m_values.append(Scale());
             m_values.last().append({y - 4.0, value});
@@ -212,24 +212,24 @@ void tst_Profile::grid()
 void tst_Profile::check_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QByteArray>("said"); // the start of a line after the file's name; empty: no message
+    QTest::addColumn<QByteArray>("message"); // the start of a line after the file's name; empty: no message
     QTest::addColumn<int>("exitCode");
     const QByteArray sound = Bent(kFrame + Setting(50, 3, 3)), at24 = kFrame + Setting(24, 3, 3);
-    const auto row = [](const char *name, const QList<QByteArray> &entries, const char *said, int exitCode = 0) {
-        QTest::newRow(name) << File(entries) << QByteArray(said) << exitCode;
+    const auto row = [](const char *name, const QList<QByteArray> &entries, const char *message, int exitCode = 0) {
+        QTest::newRow(name) << File(entries) << QByteArray(message) << exitCode;
     };
-    row("sound", {sound}, "");
-    row("contradicting fields",
+    row("valid", {sound}, "");
+    row("contradictory fields",
         {sound, at24 + ">\n<s:FocalLength>28</s:FocalLength>" + Model("PerspectiveModel", kBent)},
         ":5: warning: entry 2: FocalLength is given twice, ");
-    row("contradicting entries", {Bent(at24), sound, Bent(24, -0.2)},
+    row("contradictory entries", {Bent(at24), sound, Bent(24, -0.2)},
         ":2: warning: entry 1: the same focal length, distance and aperture as entry 3, line 6");
     row("fold", {sound, Bent(24, -1.2)},
         ":4: warning: entry 2: distortion folds back within the frame, at 88 % of "); // 1/sqrt(3.6) / 0.601
     const auto bent = [&](const char *values) {
         return at24 + ">" + Model("PerspectiveModel", kBent + values, Model("ChromaticRedGreenModel", kBent));
     };
-    row("places outside", {sound, Bent(24, 1e12)},
+    row("positions outside", {sound, Bent(24, 1e12)},
         ":4: error: entry 2: distortion leaves 0 % of the picture: the rest");
     row("tangential terms far outside", {bent(R"( s:TangentialDistortParam1="1e11")")},
         ":2: error: entry 1: distortion leaves 0 % of the picture");
@@ -238,9 +238,9 @@ void tst_Profile::check_data()
         ":2: error: entry 1: distortion leaves 0 % of the picture: it folds", 1);
     row("dark",
         {at24 + ">" + Model("PerspectiveModel", kBent, Model("VignetteModel", R"(s:VignetteModelParam1="-9")"))},
-        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, next 64th
+        ":2: warning: entry 1: the light falls to 0 within the frame, at 56 % of "); // 1/3 / 0.601, rounded up to 1/64
     row("no frame", {Bent(Setting(24, 3, 3))}, ":2: warning: entry 1: the size of the calibrated picture");
-    row("no coefficients in one", {sound, at24 + ">" + Model("PerspectiveModel", {})},
+    row("no coefficients in one entry", {sound, at24 + ">" + Model("PerspectiveModel", {})},
         ":5: error: entry 2: a lens model without coefficients");
     row("no coefficients at all", {at24 + ">" + Model("PerspectiveModel", {})},
         ":3: error: entry 1: a lens model without coefficients", 1);
@@ -253,16 +253,16 @@ void tst_Profile::check_data()
 void tst_Profile::check()
 {
     QFETCH(QByteArray, content);
-    QFETCH(QByteArray, said);
+    QFETCH(QByteArray, message);
     QFETCH(int, exitCode);
     WriteFile(Path("m.lcp"_s), content);
     const ProgramResult result = Run("profile --check m.lcp"_s);
     QCOMPARE(result.exitCode, exitCode);
     QCOMPARE(result.errorLines.size(), exitCode);
-    if (said.isEmpty())
+    if (message.isEmpty())
         QCOMPARE(result.output, QByteArray());
     else
-        QVERIFY2(('\n' + result.output).contains("\nm.lcp" + said), result.output.constData());
+        QVERIFY2(('\n' + result.output).contains("\nm.lcp" + message), result.output.constData());
     QCOMPARE(Run("profile m.lcp"_s).exitCode, exitCode);
 }
 
@@ -308,9 +308,9 @@ void tst_Profile::pictureBetweenEntries()
     QVERIFY(fit["light"_s].toArray().isEmpty());
     const ProgramResult text = Run("profile --for c.jpg m.lcp"_s);
     QCOMPARE(text.exitCode, 0);
-    for (const QByteArray &said : {QByteArray("24 mm f/2.8 3 m 55 %, 35 mm f/2.8 3 m 45 %"), QByteArray("zoom "),
-                                   QByteArray("28 mm (EXIF FocalLength)"), QByteArray("distance unknown")})
-        QVERIFY2(text.output.contains(said), text.output.constData());
+    for (const QByteArray &message : {QByteArray("24 mm f/2.8 3 m 55 %, 35 mm f/2.8 3 m 45 %"), QByteArray("zoom "),
+                                      QByteArray("28 mm (EXIF FocalLength)"), QByteArray("distance unknown")})
+        QVERIFY2(text.output.contains(message), text.output.constData());
 
     QCOMPARE(Run("profile --for c.jpg --plot b.svg m.lcp"_s).exitCode, 0);
     const ReadPlot plot(ReadFile(Path("b.svg"_s)));
@@ -391,17 +391,17 @@ void tst_Profile::plot()
 void tst_Profile::refuses_data()
 {
     QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("said");
+    QTest::addColumn<QString>("message");
     QTest::newRow("no picture") << "--for none.jpg p.lcp"_s
                                 << "none.jpg: "_s;
     QTest::newRow("profile as picture") << "--for p.lcp p.lcp"_s
                                         << "p.lcp: "_s;
-    QTest::newRow("no fit") << "--for a.jpg m.lcp"_s
-                            << "m.lcp: does nothing to \"a.jpg\": "_s; // no camera is known
-    QTest::newRow("plot of no fit") << "--for a.jpg --plot new.svg m.lcp"_s
-                                    << "m.lcp: does nothing to \"a.jpg\": "_s;
+    QTest::newRow("no effect on the picture") << "--for a.jpg m.lcp"_s
+                                              << "m.lcp: has no effect on \"a.jpg\": "_s; // no camera is known
+    QTest::newRow("plot without effect on the picture") << "--for a.jpg --plot new.svg m.lcp"_s
+                                                        << "m.lcp: has no effect on \"a.jpg\": "_s;
     QTest::newRow("plot exists") << "--plot old.svg m.lcp"_s
-                                 << "\"old.svg\": exists already"_s;
+                                 << "\"old.svg\": already exists"_s;
     QTest::newRow("folder missing") << "--plot none/new.svg m.lcp"_s
                                     << "\"none/new.svg\": No such file"_s;
     QTest::newRow("no frame") << "--plot new.png frameless.lcp"_s
@@ -413,7 +413,7 @@ void tst_Profile::refuses_data()
 void tst_Profile::refuses()
 {
     QFETCH(QString, line);
-    QFETCH(QString, said);
+    QFETCH(QString, message);
     WriteFile(Path("m.lcp"_s), File({Bent(24, -0.1)}));
     WriteFile(Path("frameless.lcp"_s), File({Bent(Setting(24, 3, 3))}));
     WriteFile(Path("old.svg"_s), "old");
@@ -422,7 +422,7 @@ void tst_Profile::refuses()
     const ProgramResult result = Run("profile "_s + line);
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errorLines.size(), 1);
-    QVERIFY2(result.errorLines.first().contains(said), result.error.constData());
+    QVERIFY2(result.errorLines.first().contains(message), result.error.constData());
     QVERIFY(!QFile::exists(Path("new.svg"_s)) && !QFile::exists(Path("new.png"_s)));
     QCOMPARE(ReadFile(Path("old.svg"_s)), QByteArray("old"));
 }

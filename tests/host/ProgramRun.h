@@ -12,7 +12,8 @@ struct ProgramResult {
     int signal = 0;    // the signal that ended it
     QByteArray output;
     QByteArray error;
-    QStringList errorLines;
+    QStringList errorLines; // without the summary of several pictures
+    QString summary;
 };
 
 /// One run of the program, in an environment without display and home folder unless set otherwise.

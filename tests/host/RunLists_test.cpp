@@ -1,4 +1,4 @@
-// Input and output of a run: lists of pictures, names of outputs, summaries of records.
+// Input and output of a run: lists of pictures, output names, summaries of records.
 #include "Case.h"
 #include "KException.h"
 #include "TestFiles.h"
@@ -28,8 +28,8 @@ private Q_SLOTS:
     void patterns_data();
     void patterns();
     void lostPictures();
-    void sums_data();
-    void sums();
+    void summaries_data();
+    void summaries();
     void recordsOfOtherPrograms();
     void timeLeft();
 };
@@ -39,7 +39,7 @@ void tst_RunLists::namesInLists_data()
     QTest::addColumn<QByteArray>("list");
     QTest::addColumn<QStringList>("names");
     QTest::newRow("lines") << QByteArray("a b.jpg\n\n-c.jpg\nlast") << QStringList{"a b.jpg"_s, "-c.jpg"_s, "last"_s};
-    QTest::newRow("lines of Windows") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
+    QTest::newRow("Windows line ends") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
     QTest::newRow("NUL, one name with a line feed")
         << QByteArray("a\nb.jpg\0c.jpg\r\0", 15) << QStringList{"a\nb.jpg"_s, "c.jpg\r"_s};
     QTest::newRow("nothing") << QByteArray() << QStringList();
@@ -84,11 +84,12 @@ void tst_RunLists::walks()
                                 "in/.hidden/c.jpg"_s, "in/deep/er/x.dng"_s})
         WriteFile(dir.filePath(name), {});
     WriteFile(dir.filePath("list"_s), "in/a.jpg\n");
-    const std::string deep = dir.filePath("in/deep/"_s).toStdString(); // not UTF-8: fail later, with a reason
+    const std::string deep =
+        dir.filePath("in/deep/"_s).toStdString(); // for names that aren't UTF-8: they fail later, with a reason
     std::filesystem::create_directory(deep + "d\xe9");
     std::ofstream(deep + "er/y\xe9.jpg") << "picture";
     QVERIFY(QFile::link("nowhere.jpg"_s, dir.filePath("in/gone.jpg"_s)));        // fails later, with a reason
-    QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // would never end
+    QVERIFY(QFile::link(dir.filePath("in"_s), dir.filePath("in/deep/round"_s))); // following it would never end
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(scene.path()));
     QStringList found;
@@ -120,7 +121,7 @@ void tst_RunLists::patterns()
 {
     QFETCH(QString, output);
     const QString pattern = QString::fromLatin1(QTest::currentDataTag());
-    const QString fault = FaultOfOutputPattern(pattern, {"tiff"_s, "tif"_s});
+    const QString fault = FaultOfOutputNames({{}, pattern}, {"tiff"_s, "tif"_s});
     if (output.startsWith(QLatin1Char('?'))) {
         QVERIFY2(fault.contains(output.mid(1)), qPrintable(fault));
         return;
@@ -172,16 +173,17 @@ PictureReport Made(const char *picture, PictureReport::Outcome outcome, const ch
 
 } // namespace
 
-void tst_RunLists::sums_data()
+void tst_RunLists::summaries_data()
 {
     using Outcome = PictureReport::Outcome;
     QTest::addColumn<QVector<PictureReport>>("reports");
-    QTest::addColumn<QStringList>("lines"); // some of the text
+    QTest::addColumn<QStringList>("lines"); // parts of the text
     const PictureReport done = Made("a", Outcome::Corrected), skipped = Made("a", Outcome::Skipped, "exists", 0.0);
     const PictureReport failed = Made("a", Outcome::Failed, "\"a\" is bad");
     QTest::newRow("no records") << QVector<PictureReport>() << QStringList{"0 pictures"_s};
     QTest::newRow("skipped after it was corrected")
         << QVector{done, skipped} << QStringList{"1 picture: 1 corrected"_s};
+    QTest::newRow("listed twice, and failed") << QVector{failed, skipped} << QStringList{"1 picture: 1 failed"_s};
     QTest::newRow("corrected after it failed")
         << QVector{failed, done} << QStringList{"1 picture: 1 corrected"_s, "       1  50mm: 1 corrected"_s};
     QTest::newRow("one reason with two names")
@@ -190,7 +192,7 @@ void tst_RunLists::sums_data()
                        "    2.50 s  b"_s};
 }
 
-void tst_RunLists::sums()
+void tst_RunLists::summaries()
 {
     QFETCH(QVector<PictureReport>, reports);
     QFETCH(QStringList, lines);
@@ -224,7 +226,7 @@ void tst_RunLists::timeLeft()
         const char *text;
     } rows[] = {{5.0, 0, 9, ""},
                 {5.0, 5, 0, ""},
-                {2.2, 4, 6, "about 4 s left"}, // 3.3
+                {2.2, 4, 6, "about 4 s left"}, // 3.3 s, rounded up
                 {60.0, 2, 4, "about 2 min left"},
                 {100.0, 1, 1999, "about 55 h 32 min left"}}; // 199,900 s
     for (const auto &row : rows)

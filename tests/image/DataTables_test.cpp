@@ -1,4 +1,4 @@
-// The tables of cameras and lenses: parsing and look-up of rows, and whether each real row can be found.
+// The camera and lens tables: parsing and looking up rows, and finding each real row.
 #include "CameraProperties.h"
 #include "Case.h"
 #include "KImage.h"
@@ -87,7 +87,7 @@ void tst_DataTables::lens()
                          "15 15 13;Canon;A;1\n15 15 13;Canon;B;1\n1;Many;C;0;0\n1;Many\n 1 ; Padded ; Blank ;0\n");
     LensIDProperties read;
     read.Initialize();
-    LensIDProperties lenses(read); // used concurrently by look-ups
+    LensIDProperties lenses(read); // used concurrently by lookups
     const struct {
         const char *make, *lensId, *names;
         int type;
@@ -96,7 +96,7 @@ void tst_DataTables::lens()
                 {"Canon", "50 50 1", "Plain", 0},
                 {"Canon", "60 60 2", "Odd", 0},
                 {"Canon", "10 2", "Wide,Wider", -1}, // part of several identifiers, in the table's order
-                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes of one identifier
+                {"Canon", "15 15 13", "A,B", -1},    // two fisheyes with one identifier
                 {"Canon", "99 99", "", -1},
                 {"Nikon", "", "Fish", 1},
                 {"Many", "", "", -1}, // five cells, two cells

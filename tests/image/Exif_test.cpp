@@ -11,8 +11,8 @@
 
 namespace {
 
-/// Returns an image whose EXIF is these entries, "TAG=VALUE" or "TAG NAME=VALUE", separated by "|", of the camera's
-/// block; "g" before the tag: of the GPS block, "o": of the layer's own.
+/// Returns an image with these EXIF entries, "TAG=VALUE" or "TAG NAME=VALUE", separated by "|". They belong to the
+/// camera's block, to the GPS block with "g" before the tag, or to the layer's own with "o".
 std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw = nullptr)
 {
     QByteArrayList names, values;
@@ -32,7 +32,7 @@ std::unique_ptr<ImageDef> Analyse(const QByteArray &text, GFL_EXIF_DATAEX *raw =
 }
 
 /// Returns all fields that entries can fill, as "NAME=VALUE", numbers to six digits.
-QStringList Told(const ImageDef &image)
+QStringList TextOf(const ImageDef &image)
 {
     const ShootingInformation &shooting = image.m_shooting;
     const std::pair<const char *, QVariant> fields[] = {{"trusted", int(image.HasExif())},
@@ -58,13 +58,13 @@ QStringList Told(const ImageDef &image)
                                                         {"altitude", shooting.gpsAltitude},
                                                         {"directionRef", shooting.gpsDirectionRef},
                                                         {"direction", shooting.gpsDirection}};
-    QStringList told;
+    QStringList texts;
     for (const auto &[name, value] : fields) {
         const bool isNumber = value.type() == QVariant::Double;
-        told << QString::fromLatin1(name) + QLatin1Char('=')
+        texts << QString::fromLatin1(name) + QLatin1Char('=')
                 + (isNumber ? QString::number(value.toDouble(), 'g', 6) : value.toString());
     }
-    return told;
+    return texts;
 }
 
 } // namespace
@@ -146,7 +146,7 @@ void tst_Exif::fields()
         {"271=Z\xc3\xb6rn", "maker=Z\xc3\xb6rn"},
         {"g1=S|g2=45\xc2\xb0 30' 15\"", "latitudeRef=S latitude=45.5042"},
         {"g2=45\xc2\xb0 30/1' 15/2\"", "latitude=45.5021"},
-        {"2=45\xc2\xb0 30' 15\"", ""},                                     // another block
+        {"2=45\xc2\xb0 30' 15\"", ""},                                     // not in the GPS block
         {"g3=W|g4=11\xc2\xb0 30' 7,5\"", "longitudeRef=W longitude=11.5"}, // a decimal comma isn't parsed
         {"g4=11\xc2\xb0 30/0' 7\"", ""},
         {"g6=123.4", "altitude=0"},
@@ -154,22 +154,22 @@ void tst_Exif::fields()
         {"g17=509/2", "direction=254.5"},
         {"g17=north", ""},
     };
-    const QStringList neutral = Told(*Analyse(""));
+    const QStringList neutral = TextOf(*Analyse(""));
     QCOMPARE(neutral.mid(0, 3), QStringLiteral("trusted=0 focal35mm=50 ratio=1").split(QLatin1Char(' ')));
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        QStringList told = Told(*Analyse(row[0]));
+        QStringList texts = TextOf(*Analyse(row[0]));
         for (const QString &field : neutral)
-            told.removeOne(field);
-        QCOMPARE(told.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
+            texts.removeOne(field);
+        QCOMPARE(texts.join(QLatin1Char(' ')), QString::fromUtf8(row[1]));
     }
     const QByteArray digits(60000, '1'); // a search through all of them would take minutes
-    QCOMPARE(Told(*Analyse("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
+    QCOMPARE(TextOf(*Analyse("g2=" + digits + "|g4=" + digits + "|g17=" + digits)), neutral);
 }
 
 void tst_Exif::date()
 {
-    // The camera's clock is local time, without daylight saving.
+    // The camera's clock is taken as local time without daylight saving.
     std::tm time = {};
     time.tm_year = 110;
     time.tm_mon = 6;
@@ -195,7 +195,7 @@ void tst_Exif::comment()
         {"fov: 73.7 x 53.1 ~ 84.0", {0, 0, 0}}};
     for (const auto &[comment, angles] : rows) {
         const Case named(comment);
-        std::vector<quint8> bytes(comment.cbegin(), comment.cend()); // exact size, no zero after it
+        std::vector<quint8> bytes(comment.cbegin(), comment.cend()); // exact size, no terminating zero
         GFL_EXIF_ENTRYEX empty = {37510, 7, GFL_EXIF_CAMERA, 0, 0, 0, nullptr, nullptr};
         GFL_EXIF_ENTRYEX node = {37510, 7, GFL_EXIF_CAMERA, 0, 0, quint32(bytes.size()), bytes.data(), &empty};
         GFL_EXIF_DATAEX raw = {&node, 0};

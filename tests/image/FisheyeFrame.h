@@ -16,7 +16,7 @@ struct FisheyeFrame {
         : image(width, height, GFL_RGB, 8, true, nullptr, 0), m_random(seed)
     {
         const double side = std::min(width, height), away = Uniform(0, 0.08) * side, towards = Uniform(0, 2 * M_PI);
-        radius = Uniform(0.40, 0.56) * side; // beyond 0.42 part of it is cut off
+        radius = Uniform(0.40, 0.56) * side; // beyond 0.42, part of the circle is cut off
         offsetX = away * std::cos(towards);
         offsetY = away * std::sin(towards);
         DrawScene();

@@ -17,13 +17,13 @@ namespace {
 
 constexpr int kPictures = 20, kThreads = 4, kWidth = 160, kHeight = 120;
 
-/// A picture of a unique gray, so that another picture's pixels are detected.
+/// A picture in a unique gray, so that mixed-up pixels are detected.
 struct Subject {
     QString path;
     ImageDef *image = nullptr;
     int generation = 0; // counts deletions
     int grey = 0;
-    std::shared_mutex mutex; // exclusive: deleting and describing again, which require that no other call runs
+    std::shared_mutex mutex; // exclusive for deleting and describing again, which must not overlap other calls
 };
 
 /// A lock held by a thread.

@@ -1,4 +1,4 @@
-// The image cache: eviction, sources of versions, disk copies of raw files, start and stop.
+// The image cache: eviction, sources of versions, disk copies of raw files, startup and shutdown.
 #include "Case.h"
 #include "DngFile.h"
 #include "KTools.h"
@@ -74,7 +74,7 @@ void tst_ImageCache::eviction()
     const struct {
         int limitMo;
         const char *steps;    // L: lock, U: unlock; pictures a to d count as 640,000 bytes each
-        const char *inMemory; // afterwards
+        const char *inMemory; // afterward
     } rows[] = {{1, "La Ua Lb Ub", "b"},
                 {1, "La Lb Ua", "b"},      // the older one is evicted as soon as it is unlocked
                 {1, "La Lb Lc Uc", "abc"}, // locked ones stay even above the limit
@@ -120,17 +120,19 @@ void tst_ImageCache::smallerFromBigger()
     ImageDef *const image = Picture(path);
     QVERIFY(!image->IsCached(50, 40, true));
     QCOMPARE(image->Lock(50, 40, true)->width(), 50);
-    const auto &versions = ItemOf(image)->m_versions; // the full one is kept, and can be evicted
+    const auto &versions = ItemOf(image)->m_versions; // the full-size version is kept, and can be evicted
     QVERIFY(versions.size() == 2 && versions[0]->m_width == 100 && versions[0]->m_lockCount == 0);
 
-    WriteFile(path, "no picture"); // from here on any read of the file fails
+    WriteFile(path, "no picture"); // from here on, reading the file fails
     QCOMPARE(image->Lock(30, 20, false)->height(), 20);
     QCOMPARE(image->Lock(100, 80, false)->height(), 80); // 8 bits and native depth are the same version
     image->Unlock(100, 80, true);
     image->ReleaseFromMemory();
     QVERIFY(!image->IsCached(100, 80, true) && image->IsCached(50, 40, true));
     QCOMPARE(image->Lock(40, 30, true)->width(), 40);
-    QVERIFY(Thrown([&] { image->Lock(50, 20, true); }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the bigger
+    QVERIFY(Thrown([&] {
+                image->Lock(50, 20, true);
+            }).contains(QStringLiteral("GFL_ERROR"))); // as wide as the larger version
     QVERIFY(Thrown([&] { image->Lock(100, 80, true); }).contains(QStringLiteral("GFL_ERROR")));
 
     WritePicture(path, "jpeg", 100, 80);
@@ -172,12 +174,12 @@ void tst_ImageCache::sourcesOfVersions()
             QCOMPARE(ItemOf(image)->memUsed(), qint64(0));
         };
         lockAll();
-        lockAll(); // the evicted ones
+        lockAll(); // loads evicted versions again
         QCOMPARE(pixels.mid(3), pixels.mid(0, 3));
         pixels.resize(3);
         QCOMPARE(FilesBelow(Temporary()).size(), hasCopies ? 3 : 0); // native full and reduced, 8 bits
         QFile::rename(path, path + QStringLiteral(".away"));
-        WriteFile(path, "no picture"); // nothing can be developed from here on
+        WriteFile(path, "no picture"); // from here on, developing fails
         if (!hasCopies) {
             QVERIFY(Thrown(lockAll).contains(QStringLiteral("GFL_ERROR")));
             continue;
@@ -229,7 +231,7 @@ void tst_ImageCache::lockedPixelsOutliveImage()
     ImageDef::Delete(path);
     QCOMPARE(PackedPixels(*lent->m_bitmap), before);
 
-    // One destroyed by its owner: the next one of that path replaces it.
+    // If an image was destroyed by its owner, the next one with that path replaces it.
     ImageDef *image = nullptr;
     QVERIFY(ImageDef::CreateAPicture(path, image, false));
     image->LockFullSize(true);
@@ -257,7 +259,7 @@ void tst_ImageCache::startWithHost()
         QVERIFY(ImageDatas::settings == &settings && KImage::ms_instances.cache == &Cache());
         QVERIFY(Picture(WritePicture(Path(QStringLiteral("h.png")), "png", 8, 6)));
         KImage::exit();
-        QCOMPARE(KImageCache::ms_instance, cache); // the host's with its contents, or none
+        QCOMPARE(KImageCache::ms_instance, cache); // the host's cache with its contents, or none
     }
     QCOMPARE(shared.m_items.size(), 1);
     KImageCache::SetInstance(nullptr);

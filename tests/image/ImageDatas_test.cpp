@@ -39,7 +39,7 @@ const struct {
                 {"exifDefaultFocal35mm", &ImageDatas::exifDefaultFocal35mm, 15.1F},
                 {"exifDefaultLensModel", &ImageDatas::exifDefaultLensModel, 1},
                 {"exifForcedFocal35mm", &ImageDatas::exifForcedFocal35mm, 1.0F / 3},
-                {"exifForcedK1", &ImageDatas::exifForcedK1, -1.17e-38F}, // needs all the digits a float has
+                {"exifForcedK1", &ImageDatas::exifForcedK1, -1.17e-38F}, // needs all digits of a float
                 {"exifForcedK2", &ImageDatas::exifForcedK2, 3.4e38F},
                 {"exifForcedK3", &ImageDatas::exifForcedK3, 0.1F},
                 {"exifForcedLensModel", &ImageDatas::exifForcedLensModel, 3},
@@ -73,7 +73,7 @@ Pairs UnusualPairs()
     return pairs;
 }
 
-/// Returns an XML file as written by hand: one level of elements per part of a key, with the value's text inside.
+/// Returns a hand-written XML file: one level of elements per part of a key, with the value's text inside.
 QByteArray Xml(const Pairs &pairs)
 {
     QByteArray values;
@@ -177,7 +177,7 @@ void tst_ImageDatas::missingKeysComeFromTheSharedRecord()
     m_shared = Unusual();
     ImageDatas::settings = &m_shared;
     ImageDatas datas;
-    datas.rawGamma = 9.0F; // the record's old value doesn't count
+    datas.rawGamma = 9.0F; // the record's old value has no effect
     KernelSettingsReader empty;
     datas.LoadSettings(empty);
     QCOMPARE(Written(datas), UnusualPairs());

@@ -43,7 +43,7 @@ QByteArray Photoshop(char mode, char channels)
     return file + QByteArray(3 * 4 + 2, '\0') + QByteArray(4 * channels, '\x80');
 }
 
-/// Writes a JPEG of 6 by 4 pixels from a camera that isn't in the table, with a 35 mm focal length, or none for 0.
+/// Writes a JPEG of 6 by 4 pixels from a camera that isn't in the table, with a 35 mm focal length unless it is 0.
 QString WriteWithExif(const QString &path, int focal35mm, const char *make)
 {
     WritePicture(path, "jpeg", 6, 4);
@@ -60,7 +60,7 @@ QString WriteWithExif(const QString &path, int focal35mm, const char *make)
     return path;
 }
 
-/// Replaces the real table by the lens kinds of two makers.
+/// Replaces the real table with lens kinds of two makers.
 void ReadOwnLensTable()
 {
     const QTemporaryDir folder;
@@ -117,7 +117,7 @@ void tst_ImageDef::suffixes()
         const char *name;
         bool isPicture, isRaw, isHdr;
     } rows[] = {{"a.JPG", true, false, false}, {"a.neF", true, true, false},
-                {"a.mos", true, true, false}, // matched by no other test
+                {"a.mos", true, true, false}, // otherwise untested suffix
                 {"a.EXR", true, false, true},  {"a.txt", false, false, false},
                 {"jpg", false, false, false}};
     for (const auto &row : rows) {
@@ -172,7 +172,7 @@ void tst_ImageDef::metadataBlocks()
     }
 }
 
-/// The camera raw settings apply to every way to read the pixels; none applies the EXIF orientation.
+/// All functions that read pixels apply the camera raw settings, and none applies the EXIF orientation.
 void tst_ImageDef::rawFiles()
 {
     const QString path = Path("raw.dng");
@@ -243,17 +243,17 @@ void tst_ImageDef::exifModes()
 {
     const struct {
         int mode;
-        const char *make; // of the file; null: it has no EXIF
-        int focal35mm;    // 0: not in its EXIF
-        const char *told; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
+        const char *make;     // of the file; null: it has no EXIF
+        int focal35mm;        // 0: not in its EXIF
+        const char *expected; // whether EXIF counts, 35 mm focal length, ratio, coefficients, lens kind, whether dated
     } rows[] = {{0, nullptr, 0, "0 0 0 0,0,0 0 0"},           {0, "Nobody", 60, "1 60 2 0,0,0 0 1"},
-                {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, wide enough for a fisheye
+                {0, "Nobody", 15, "1 15 2 0,0,0 1 1"}, // an unknown lens, short enough for a fisheye
                 {0, "Nobody", 16, "1 16 2 0,0,0 0 1"},        {0, "Fishmaker", 60, "1 60 2 0,0,0 1 1"}, // by the table
                 {0, "Plainmaker", 15, "1 15 2 0,0,0 0 1"},    {0, "Nobody", 0, "0 0 1 0,0,0 0 0"},
-                {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // as 0
+                {3, "Nobody", 60, "1 60 2 0,0,0 0 1"}, // same as 0
                 {1, nullptr, 0, "1 70 0 0,0,0 1 0"},   // set before the file is read, hence no ratio
                 {1, "Nobody", 0, "1 70 1 0,0,0 1 1"},         {1, "Nobody", 60, "1 60 2 0,0,0 0 1"},
-                {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table against the default
+                {1, "Plainmaker", 60, "1 60 2 0,0,0 0 1"}, // the table overrides the default
                 {2, nullptr, 0, "1 80 1 0.5,0.25,0.125 1 0"}, {2, "Nobody", 60, "1 80 1 0.5,0.25,0.125 1 1"}};
     ImageDatas &settings = *ImageDatas::settings;
     settings.exifDefaultFocal35mm = 70;
@@ -269,15 +269,15 @@ void tst_ImageDef::exifModes()
         const auto image =
             Describe(row.make ? WriteWithExif(path, row.focal35mm, row.make) : WritePicture(path, "jpeg", 6, 4));
         const ShootingInformation &shooting = image->m_shooting;
-        const QString told =
+        const QString found =
             QStringLiteral("%1 %2 %3 %4,%5,%6 %7 %8").arg(image->HasExif()).arg(double(image->GetFocal()));
-        QCOMPARE(told.arg(shooting.focalRatio)
+        QCOMPARE(found.arg(shooting.focalRatio)
                      .arg(shooting.distortionK1)
                      .arg(shooting.distortionK2)
                      .arg(shooting.distortionK3)
                      .arg(image->Model())
                      .arg(image->GetTimestamp() != 0),
-                 QString::fromLatin1(row.told));
+                 QString::fromLatin1(row.expected));
     }
 }
 
@@ -287,7 +287,7 @@ void tst_ImageDef::thumbnails()
         QSize picture;
         QSize standIn; // largest power of two, up to 32, that covers 128 by 128 in one direction
         QSize real;    // reduced until one side fits in 128, at most 32 times
-        QRect filled;  // of the small one
+        QRect filled;  // part of the thumbnail that the picture fills
     } rows[] = {{{6000, 4000}, {187, 125}, {187, 125}, {0, 21, 128, 85}},
                 {{300, 600}, {75, 150}, {75, 150}, {32, 0, 64, 128}},
                 {{60, 40}, {60, 40}, {60, 40}, {34, 44, 60, 40}},

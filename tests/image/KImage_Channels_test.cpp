@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Returns whether @p got is @p value in another depth.
+/// Returns whether @p got is @p value at another depth.
 bool IsRescaled(double got, double value, const TestForm &from, const TestForm &to)
 {
     const double share = value / from.Full(), wanted = to.IsFloat() ? share : std::clamp(share, 0.0, 1.0) * to.Full();
@@ -79,7 +79,7 @@ void tst_KImageChannels::setAndExtract()
 void tst_KImageChannels::blend()
 {
     for (int pair = 0; pair < 3 * kFormCount; ++pair) {
-        const TestForm &form = kForms[3 * (pair % 3) + 2], &targetForm = kForms[pair / 3]; // only forms with alpha
+        const TestForm &form = kForms[3 * (pair % 3) + 2], &targetForm = kForms[pair / 3]; // forms with alpha
         TestImage source(form, 40, 30), target(targetForm, 37, 23, 8), wanted(targetForm, 37, 23, 8);
         source.FillWithNoise(1, 0.0, 1.0);
         target.FillWithNoise(2, 0.0, 1.0);
@@ -120,7 +120,7 @@ void tst_KImageChannels::blendOntoItself()
         image.SetSample(0, y, 3, 255);
     }
     image.image.BlendTo(image.image, 0, 1);
-    for (int y = 0; y < 4; ++y) { // the previous content, one row down
+    for (int y = 0; y < 4; ++y) { // was the previous content, one row down
         const Case named("row", y);
         QCOMPARE(image.Sample(0, y, 0), y == 0 ? 10.0 : 10.0 * y);
     }

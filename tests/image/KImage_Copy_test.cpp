@@ -50,7 +50,7 @@ double Tolerance(const TestForm &from, const TestForm &to)
     if (to.IsFloat())
         return from.IsFloat() && (to.channels > 1 || from.channels == 1) ? 0 : 2e-7 * 2;
     if (from.bits == 16 && to.bits == 8)
-        return 1;                       // due to the fast hint
+        return 1;                       // fast conversion may be off by one
     return to.bits == 16 ? 0.9 : 0.505; // gray weights in parts of 65,536 and 32,768
 }
 
@@ -296,7 +296,7 @@ void tst_KImageCopy::beyondFourGiB()
 
         TestImage patch(kForms[k16uRgb], 5, 2), back(kForms[k16uRgb], 5, 2);
         patch.FillWithNoise(3);
-        patch.image.CopyTo(large, width - 5, height - 2); // in, with a conversion, up to the very last pixel
+        patch.image.CopyTo(large, width - 5, height - 2); // ends at the very last pixel, with a conversion
         const float *last = reinterpret_cast<const float *>(static_cast<unsigned char *>(block.Data()) + bytes) - 4;
         QCOMPARE(std::lround(last[0] * 65535.0f), std::lround(patch.Sample(4, 1, 0)));
         QCOMPARE(last[3], 1.0f);

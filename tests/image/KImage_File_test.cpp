@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Three 8-bit channels that differ everywhere.
+/// Fills three 8-bit channels, which differ everywhere.
 void FillWithRamp(KImage &image, int width, int height)
 {
     image.AllocBitmap(width, height, GFL_RGB, 8, /*clear=*/true, nullptr, 0);

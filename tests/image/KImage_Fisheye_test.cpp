@@ -170,7 +170,7 @@ void tst_KImageFisheye::paintsAndBends()
         QVERIFY(std::abs(image.Sample(70, 50, form.channels == 1 ? 0 : 1) / form.Full() - green) < 0.003);
         QCOMPARE(image.Sample(70, 56, 0), 0.0);
 
-        // The point at r moves to r (1 + k r^2), in half diagonals; and back.
+        // The point at r, in half diagonals, moves to r (1 + k r^2), and back.
         const double unit = std::hypot(101, 81) / 2, r = std::hypot(20, 10) / unit, factor = 1 + 0.2 * r * r;
         const int channel = form.channels == 1 ? 0 : 1;
         const auto center = [&] {

@@ -245,7 +245,7 @@ void tst_KImageTone::dynamicRange()
 
 void tst_KImageTone::colors()
 {
-    for (const TestForm &form : kForms) { // gamma-free: brightness 0.5 of 0.8, then contrast 2 about the middle: 0.3
+    for (const TestForm &form : kForms) { // 0.8 * brightness 0.5, then contrast 2 about 0.5: 0.3
         const Case named(form.name);
         TestImage image(form, 1, 1, 1);
         FillRow(image, {std::round(0.8 * 255) / 255 * form.Full()}, 0.4);
@@ -273,7 +273,7 @@ void tst_KImageTone::colors()
 
 void tst_KImageTone::gaussian()
 {
-    for (const TestForm &form : kForms) { // an edge, whose blur is the normal distribution
+    for (const TestForm &form : kForms) { // a blurred edge is the normal distribution's integral
         const Case named(form.name);
         TestImage image(form, 40, 1, 1);
         FillRow(image, std::vector<double>(40, form.Full()), 1);
@@ -294,8 +294,7 @@ void tst_KImageTone::unsharpValues_data()
     QTest::addColumn<float>("amount");
     const std::pair<float, float> rows[] = {
         {0.0f, 1}, {0.1f, 1},  {0.66f, 1}, {0.7f, 1},      {2.0f, -0.5f},
-        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // below 5 / 3: three times it is 4.9999999, not a float
-                                                             // is
+        {4.9f, 3}, {12.0f, 1}, {50.1f, 1}, {1.6666666f, 1}}; // 3 radius is below 5; a float would round to 5
     for (const auto &[radius, amount] : rows)
         QTest::addRow("radius %g, amount %g", double(radius), double(amount)) << radius << amount;
 }

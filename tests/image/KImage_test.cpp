@@ -37,8 +37,8 @@ void tst_KImage::record()
     } rows[] = {
         {GFL_GREY, 1, 8, 1, 4, 256},   // one byte wide
         {GFL_RGB, 801, 8, 3, 2404, 0}, // 2,403 bytes round up
-        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0},
-        {GFL_COLORS, 5, 8, 1, 8, 256}, {0x0040, 4, 8, 3, 12, 0}, // three channels of another order, and four
+        {GFL_RGB, 3, 16, 3, 20, 0},    {GFL_RGBA, 10, 32, 4, 160, 0}, {GFL_COLORS, 5, 8, 1, 8, 256},
+        {0x0040, 4, 8, 3, 12, 0}, // a palette, and other orders of three and four channels
         {0x2000, 4, 8, 4, 16, 0},
     };
     for (const auto &[type, width, bits, channels, stride, colorUsed] : rows) {
@@ -99,7 +99,7 @@ void tst_KImage::sameShapeKeepsItsBlock()
     QCOMPARE(int(*image.getData(4, 2)), 77);
     image.AllocBitmap(5, 3, GFL_RGB, 8, /*clear=*/true, nullptr, 0);
     QCOMPARE(int(*image.getData(4, 2)), 0);
-    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // every part of the shape matters
+    for (const QSize size : {QSize(5, 3), QSize(4, 3), QSize(4, 2)}) { // form, width and height differ in turn
         const Case named(size);
         image.AllocBitmap(size.width(), size.height(), GFL_RGBA, 16, /*clear=*/false, nullptr, 0);
         QCOMPARE(QSize(image.width(), image.height()), size);

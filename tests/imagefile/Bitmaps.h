@@ -32,8 +32,8 @@ BitmapPtr RandomBitmap(int width, int height, int type, int bits, unsigned seed 
 /// Returns a ramp in x and y with little noise, which suits JPEG.
 BitmapPtr SmoothBitmap(int width, int height, int type, int bits);
 
-/// Converts a bitmap to another form by plain arithmetic: gray spreads to the colors, new opacity is full, channels
-/// that the form lacks are dropped. Not from color to gray.
+/// Converts a bitmap to another form by plain arithmetic: copies gray to the colors, makes new opacity full, and drops
+/// channels that the form lacks. Doesn't convert color to gray.
 BitmapPtr Converted(const GFL_BITMAP &bitmap, int type, int bits);
 
 /// Returns sample @p c of pixel (x, y) as a share of the full range.
@@ -42,11 +42,11 @@ double SampleAt(const GFL_BITMAP &bitmap, int x, int y, int c);
 /// Returns the pixels without row padding.
 QByteArray PackedPixels(const GFL_BITMAP &bitmap);
 
-/// Returns an empty text if both have the same form and size and no sample differs by more than @p tolerance, a share
+/// Returns an empty string if both have the same form and size and no sample differs by more than @p tolerance, a share
 /// of the full range; otherwise where and how much.
 QString Difference(const GFL_BITMAP &got, const GFL_BITMAP &expected, double tolerance = 0.0);
 
-/// Like the above, with expected values from a formula.
+/// Same, with expected values from a formula.
 QString Difference(const GFL_BITMAP &got, const Samples &expected, double tolerance = 0.0);
 
 /// sRGB colors, as shares of the full range, in Lab relative to D50: by IEC 61966-2-1's curve, B. Lindbloom's matrix
@@ -62,8 +62,8 @@ constexpr LabColor kLabColors[] = {{{0, 0, 0}, {0, 0, 0}},
                                    {{40.659, 37.679, -79.155}, {0.3, 0.3, 0.9}}};
 constexpr int kLabCount = 5;
 
-/// Returns a CMYK profile in which black reduces the lightness fully and each other ink by a third; and the gray, as
-/// a share of the full range, of a share @p cyan of cyan alone.
+/// Returns a CMYK profile in which black reduces the lightness to 0 and each other ink by a third. The second function
+/// returns the gray, as a share of the full range, of a share @p cyan of cyan alone.
 QByteArray InkProfile();
 double GreyOfCyan(double cyan);
 
@@ -86,11 +86,11 @@ int Save(const QString &path, const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &p
 /// Returns the bytes of a saved file; empty if the save failed.
 QByteArray SavedBytes(const GFL_BITMAP &bitmap, const GFL_SAVE_PARAMS &params);
 
-/// Returns an empty text if every cut of a file to less than @p end bytes gives a read error or, within the first
-/// bytes, an unknown format; otherwise the first cut that doesn't.
+/// Returns an empty string if truncating a file to any size from @p begin to below @p end bytes gives a read error or,
+/// within the first bytes, an unknown format; otherwise the first size that doesn't.
 QString BadCut(const QByteArray &file, int end, int begin = 0);
 
-/// A temporary folder, with paths of files in it.
+/// A temporary folder that returns the paths of its files.
 class Folder : public QTemporaryDir {
 public:
     QString operator()(const char *name) const { return filePath(QString::fromUtf8(name)); }

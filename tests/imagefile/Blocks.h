@@ -11,9 +11,9 @@ struct Blocks {
     QByteArray Text() const { return icc.toHex() + '\n' + xmp + '\n' + exif.toHex(); }
 };
 
-/// Returns an ICC profile of lcms2's, a packet, and EXIF with only an orientation.
+/// Returns an ICC profile made by lcms2, a packet, and EXIF with only an orientation.
 Blocks SomeBlocks(int orientation = 6);
 
-/// Returns the blocks of a loaded bitmap; its EXIF as that of SomeBlocks with the bitmap's orientation, empty without
+/// Returns the blocks of a loaded bitmap. The EXIF is that of SomeBlocks with the bitmap's orientation; empty without
 /// one.
 Blocks BlocksOf(const GFL_BITMAP &bitmap);

@@ -38,7 +38,7 @@ QStringList XmpTexts(const GFL_BITMAP *bitmap)
 /// Returns "TYPE VALUE" for one EXIF value of a file.
 std::string ExifText(const QString &path, const char *key)
 {
-    const QByteArray file = ReadBytes(path); // the image reads it
+    const QByteArray file = ReadBytes(path); // must outlive the image
     const Exiv2::Exifdatum datum = OpenImage(file)->exifData()[key];
     return std::string(datum.typeName()) + ' ' + datum.toString();
 }
@@ -62,10 +62,10 @@ void tst_EditedXmp::edited_data()
     const auto row = [](const char *name, const QByteArray &packet, const QByteArray &kept) {
         QTest::newRow(name) << packet << kept;
     };
-    row("none", "", "");
-    row("extended", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
-    row("damaged", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
-    row("the photographer's",
+    row("no packet", "", "");
+    row("extended packet", Packet("xmpNote:HasExtendedXMP='0123456789ABCDEF0123456789ABCDEF'", ""), "");
+    row("damaged packet", "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF", "");
+    row("properties of the photographer",
         Packet("xmp:Rating='4' mine:text='a &lt; b'",
                "<dc:subject><rdf:Bag><rdf:li>one</rdf:li><rdf:li>two</rdf:li></rdf:Bag></dc:subject>"
                "<dc:rights><rdf:Alt><rdf:li xml:lang='x-default'>(c) J\xC3\xBCrgen</rdf:li></rdf:Alt></dc:rights>"),
@@ -78,7 +78,7 @@ void tst_EditedXmp::edited_data()
         Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
                ""),
         "crs.AlreadyApplied=True; crs.HasCrop=True");
-    row("of the source's file",
+    row("properties of the source's file",
         Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
                "tiff:Orientation='3' old:Lens='l'",
                "<xmp:Thumbnails><rdf:Alt><rdf:li rdf:parseType='Resource'><g:image>AAAA</g:image></rdf:li></rdf:Alt>"
@@ -90,7 +90,7 @@ void tst_EditedXmp::edited()
 {
     QFETCH(const QByteArray, packet);
     QFETCH(const QByteArray, kept);
-    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // the image reads it
+    const QByteArray blank = SavedBytes(*SmoothBitmap(8, 6, GFL_RGB, 8), SaveParams("jpeg")); // must outlive the image
     const auto image = OpenImage(blank);
     Exiv2::ExifData exif;
     exif["Exif.Image.Orientation"] = uint16_t(6);

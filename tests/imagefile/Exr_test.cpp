@@ -24,7 +24,7 @@ float ValueAt(int x, int y, int c)
 
 enum Kind { ScanLines, Tiles, Layer, LuminanceChroma, GreyAlpha };
 
-/// Writes a file of half pixels in the data window; alpha, if any, is 0.5.
+/// Writes a file of half-precision samples in the data window; alpha, if any, is 0.5.
 void WriteForeign(const std::string &path, Kind kind, const Imath::Box2i &display, const Imath::Box2i &data)
 {
     const int width = data.max.x - data.min.x + 1, height = data.max.y - data.min.y + 1;
@@ -87,7 +87,7 @@ void tst_Exr::writeThenRead()
         const Case named("row", i);
         const int compression = i / 9 - 1, type = types[i / 3 % 3], bits = depths[i % 3]; // compression -1: default
         const int stored = compression < 0 ? int(Imf::PIZ_COMPRESSION) : compression;
-        // Half, 16 bits as float; and the worst of the lossy methods.
+        // 8 bits as half, 16 bits as float; and the worst of the lossy methods.
         const double rounding = bits == 8 ? 0x1p-12 : bits == 16 ? 0x1p-25 : 0.0;
         const double tolerance = stored > 5 ? 0.01 : stored == 5 ? std::max(rounding, 0x1p-16) : rounding;
         const BitmapPtr bitmap = stored > 5 ? SmoothBitmap(67, 39, type, bits) : RandomBitmap(67, 39, type, bits);
@@ -99,8 +99,8 @@ void tst_Exr::writeThenRead()
                  int(bits == 8 || stored > 5 ? Imf::HALF : Imf::FLOAT));
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
-        // Colors are stored multiplied by alpha. With alpha the error doubles: of the product and of alpha; plus two
-        // float operations.
+        // Colors are stored multiplied by alpha. The error doubles with alpha, because product and alpha are both
+        // rounded, plus that of two float operations.
         const double limit = type == GFL_RGBA ? 2 * tolerance + 0x1p-22 : tolerance;
         const auto multiplied = [&](const GFL_BITMAP &b, int x, int y, int c) {
             return SampleAt(b, x, y, c) * (type == GFL_RGBA ? SampleAt(*bitmap, x, y, 3) : 1.0);
@@ -121,8 +121,8 @@ void tst_Exr::foreignFiles()
         QRect data; // the display window is 16 x 12 at (-3, 2)
     } files[] = {
         {"overscan", ScanLines, {-6, 0, 24, 18}},
-        {"tiles with reduced versions, a part of the picture", Tiles, {1, 5, 7, 6}},
-        {"windows that don't meet", ScanLines, {100, 100, 4, 4}},
+        {"tiles with reduced versions, part of the picture", Tiles, {1, 5, 7, 6}},
+        {"windows that don't overlap", ScanLines, {100, 100, 4, 4}},
         {"layer", Layer, {-3, 2, 16, 12}},
         {"luminance and chroma", LuminanceChroma, {-4, 2, 20, 12}},
         {"gray and alpha", GreyAlpha, {-3, 2, 16, 12}},
@@ -147,9 +147,9 @@ void tst_Exr::damagedFiles()
     const QString path = m_folder("a.exr");
     WriteForeign(path.toStdString(), Tiles, {{0, 0}, {15, 11}}, {{0, 0}, {15, 11}});
     const QByteArray good = ReadBytes(path);
-    QCOMPARE(BadCut(good, good.size() / 2), QString()); // reduced versions follow, which are not needed
+    QCOMPARE(BadCut(good, good.size() / 2), QString()); // the reduced versions at the end are not needed
     int error = 0;
-    // Every number of the headers made huge or negative: gives an error or a picture.
+    // Making any number in the headers huge or negative gives an error or a picture.
     for (int at = 4; at + 4 < 600; ++at)
         for (const char *number : {"\xFF\xFF\xFF\x7F", "\0\0\0\x80", "\0\0\x10\0"})
             LoadFromMemory(QByteArray(good).replace(at, 4, QByteArray(number, 4)), &error);

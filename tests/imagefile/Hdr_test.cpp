@@ -58,7 +58,7 @@ void tst_Hdr::reads()
         QByteArray file;
         QVector<float> expected;
     } files[] = {
-        {"as they are",
+        {"unpacked",
          File("", axes, Rgbe(128, 64, 0) + Rgbe(255, 1, 2, -7)),
          {0.5f, 0.25f, 0.0f, 1.9921875f, 0.0078125f, 0.015625f}},
         {"black regardless of its mantissas",
@@ -100,18 +100,18 @@ void tst_Hdr::damaged()
         QByteArray file;
     } faults[] = {
         {"no size", File("", "", "")},
-        {"both axes the same", File("", "-Y 1 +Y 1", pixel)},
+        {"the same axis twice", File("", "-Y 1 +Y 1", pixel)},
         {"no rows", File("", "-Y 0 +X 1", pixel)},
         {"gigapixels of runs", File("", "-Y 40000 +X 40000", pixel)},
         {"negative", File("", "-Y -1 +X 1", pixel)},
         {"sides of a billion", File("", "-Y 999999999 +X 999999999", pixel)},
         {"a header without end", kHead + QByteArray(2000000, 'x')},
-        {"nothing to repeat", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4))},
-        {"runs of nothing", File("", "-Y 1 +X 2", pixel + QByteArray("\1\1\1\0", 4).repeated(9))},
-        {"an old run too long", File("", "-Y 1 +X 3", pixel + QByteArray("\1\1\1\3", 4))},
-        {"a run too long", File("", "-Y 1 +X 9", head + QByteArray("\x8A\1", 2).repeated(4))},
+        {"a run without a previous pixel", File("", "-Y 1 +X 2", QByteArray("\1\1\1\2", 4))},
+        {"empty runs", File("", "-Y 1 +X 2", pixel + QByteArray("\1\1\1\0", 4).repeated(9))},
+        {"an old run that is too long", File("", "-Y 1 +X 3", pixel + QByteArray("\1\1\1\3", 4))},
+        {"a run that is too long", File("", "-Y 1 +X 9", head + QByteArray("\x8A\1", 2).repeated(4))},
         {"a count of 0", File("", "-Y 1 +X 9", head + QByteArray(60, '\0'))},
-        {"a row of another length", File("", "-Y 1 +X 10", PackedRow())},
+        {"a row of the wrong length", File("", "-Y 1 +X 10", PackedRow())},
     };
     int error = 0;
     for (const auto &fault : faults)
@@ -128,7 +128,7 @@ void tst_Hdr::extremes()
 {
     const float infinity = std::numeric_limits<float>::infinity(), huge = std::numeric_limits<float>::max();
     const float given[] = {-1, 0.5f, std::nanf(""), infinity, 1, huge, 1e-39f, 0, 0, 0.999f, 0.999f, 0.01f};
-    // The greatest mantissa is 255; 0.999 is nearer to 1 than to 255/256, and 0.01 then counts in steps of 1/128.
+    // The largest mantissa is 255; 0.999 rounds to 1 rather than 255/256, and 0.01 is then stored in steps of 1/128.
     const float most = 255.0f * float(std::ldexp(1.0, 119));
     const QVector<float> expected = {0, 0.5f, 0, most, 0, most, 0, 0, 0, 1.0f, 1.0f, 1.0f / 128};
     const BitmapPtr bitmap = NewBitmap(4, 1, GFL_RGB, 32);

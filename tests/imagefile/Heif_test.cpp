@@ -1,4 +1,4 @@
-// HEIF and AVIF with libheif's encoders as reference, lossless: the matrix of H.273 that keeps RGB as it is.
+// HEIF and AVIF with libheif's encoders as reference, lossless by the matrix of H.273 that leaves RGB unchanged.
 #include "Bitmaps.h"
 #include "Blocks.h"
 #include "Case.h"
@@ -17,7 +17,7 @@ struct Spec {
     bool isFullRange = true;
     bool isBlended = false; // colors multiplied by opacity
     int primaries = 1, curve = 13;
-    bool inGrid = false; // of one tile, instead of a crop
+    bool inGrid = false; // in a grid of one tile, instead of a crop
 
     int Greatest() const { return (1 << bits) - 1; }
     /// Returns an arbitrary function of the position; opacity takes all quarters, and colors never exceed it.

@@ -23,7 +23,7 @@ using namespace imagefile;
 
 namespace {
 
-thread_local int allocationsLeft = 0; // calls of operator new on this thread up to one that fails; 0: none fails
+thread_local int allocationsLeft = 0; // calls to operator new on this thread until one fails; 0: none fails
 
 /// A sink whose written data can't be read back.
 class UnreadableSink : public MemorySink {
@@ -34,7 +34,7 @@ public:
     }
 };
 
-/// Replaces an open file by a folder, so that reading fails with an error, as with a broken disk.
+/// Replaces an open file with a folder, so that reading fails with an error, as with a broken disk.
 bool Break(const QString &path)
 {
     for (int fd = 3; fd < 100; ++fd) {
@@ -193,7 +193,7 @@ void tst_Inside::lists()
     QVERIFY(ExifOfRawList({nullptr, 0}).empty());
 }
 
-// BigTIFF is written from 4 GiB on; here from one byte on.
+// BigTIFF is normally written from 4 GiB on; here from one byte on.
 void tst_Inside::bigTiff()
 {
     Metadata metadata;
@@ -238,7 +238,7 @@ void tst_Inside::bigTiff()
     }
 }
 
-// One row of two gray pixels, built by hand.
+// Reads one row of two gray pixels, built by hand.
 void tst_Inside::bigTiffOfBothOrders()
 {
     for (const bool isBigEndian : {true, false}) {
@@ -287,7 +287,7 @@ void tst_Inside::brokenDisk()
         Source source;
         QVERIFY(bool(source.Open(path.toStdString())));
         QCOMPARE(source.ReadAt(950, bytes, sizeof bytes), std::size_t(50));
-        QVERIFY(bool(source.Check())); // the end is not a failure
+        QVERIFY(bool(source.Check())); // reaching the end is not a failure
         QVERIFY(QFile::resize(path, 500));
         QCOMPARE(source.ReadAt(450, bytes, sizeof bytes), std::size_t(50));
         QVERIFY(QByteArray::fromStdString(source.Check().Why()).contains("truncated"));
@@ -320,7 +320,7 @@ void tst_Inside::unreadableSink()
     }
 }
 
-// Each call of operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
+// Each call to operator new fails once. Every failure gives an error, never a crash, a hang or missing metadata.
 void tst_Inside::noMemory()
 {
     for (const char *format : {"tiff", "jpeg", "png", "psd"}) {
@@ -362,7 +362,7 @@ void tst_Inside::noMemory()
     }
 }
 
-// A host's allocator that throws something other than a std::exception.
+// A host's allocator throws something other than a std::exception.
 void tst_Inside::foreignException()
 {
     const QByteArray file = SavedBytes(*SmoothBitmap(9, 9, GFL_RGB, 8), SaveParams("tiff"));

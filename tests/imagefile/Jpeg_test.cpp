@@ -172,13 +172,13 @@ void tst_Jpeg::damaged()
         QCOMPARE(BadCut(whole, whole.size() - 2), QString()); // the end marker is not needed
     }
 
-    // An end marker in the middle of the picture: the rest would be gray.
+    // With an end marker in the middle of the picture, the rest would be gray.
     QByteArray file = Encode(Spec());
     int error = 0;
     LoadFromMemory(file.replace(file.size() - 200, 2, "\xFF\xD9"), &error);
     QCOMPARE(error, int(GFL_ERROR_FILE_READ));
 
-    // A piece between two restart markers is missing, or a marker is: the rest would be misplaced.
+    // Without the data between two restart markers, or without a marker, the rest would be misplaced.
     const int third = restarts.indexOf("\xFF\xD2"), fourth = restarts.indexOf("\xFF\xD3", third);
     QVERIFY(third > 0 && fourth > third);
     for (const int missing : {fourth - third, 2}) {
@@ -245,7 +245,7 @@ void tst_Jpeg::writes()
                 const BitmapPtr held = Converted(*bitmap, type == GFL_GREY ? GFL_GREY : GFL_RGB, 8);
                 QCOMPARE(Difference(*read, *held, 0.015), QString());
             }
-    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // the hardest to compress
+    const BitmapPtr noise = RandomBitmap(64, 64, GFL_GREY, 8); // noise is hardest to compress
     for (int quality : {0, 50, 95}) {
         const Case named("quality", quality);
         QVERIFY(SavedBytes(*noise, SaveParams("jpeg", -1, quality)).size()

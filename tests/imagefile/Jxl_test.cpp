@@ -94,7 +94,7 @@ void tst_Jxl::readsWhatLibjxlWrites()
     } rows[] = {{"gray", {GFL_GREY, 8, 8}, 0.0},
                 {"RGB", {GFL_RGB, 8, 8}, 0.0},
                 {"RGBA", {GFL_RGBA, 8, 8}, 0.0},
-                {"10 bits", {GFL_RGB, 16, 10}, 0.51 / 1023}, // of the stored depth
+                {"10 bits", {GFL_RGB, 16, 10}, 0.51 / 1023}, // half a step of the stored depth
                 {"16 bits, gray", {GFL_GREY, 16, 16}, 0.0},
                 {"16 bits, RGBA, rotated", {GFL_RGBA, 16, 16, 6}, 0.0},
                 {"float", {GFL_RGB, 32, 32}, 0.0},

@@ -44,7 +44,7 @@ void CountingFree(void *pointer, void *)
     std::free(pointer);
 }
 
-/// Returns a TIFF with one strip of 100 bytes, regardless of its fields; @p more replaces or adds fields.
+/// Returns a TIFF with one strip of 100 bytes, whatever its fields claim; @p more replaces or adds fields.
 QByteArray TiffOf(quint32 width, quint32 height, quint32 compression, const QMap<int, quint32> &more = {})
 {
     QMap<int, quint32> fields = {{256, width}, {257, height}, {258, 8},      {259, compression}, {262, 2},
@@ -128,7 +128,7 @@ void tst_Loading::deliveredForms()
 
 void tst_Loading::depths()
 {
-    // To 8 bits. From 16: v * 255 / 65535, rounded; 128 / 257 is just below a half.
+    // 16 to 8 bits is v * 255 / 65535, rounded; 128 / 257 is just below a half.
     const QVector<quint16> deep = {0, 128, 129, 32768, 65407, 65535};
     const QVector<float> real = {-1, 0, 0.5f, 1, 7, std::nanf("")};
     const BitmapPtr sixteen = NewBitmap(6, 1, GFL_GREY, 16), floats = NewBitmap(6, 1, GFL_GREY, 32);
@@ -300,7 +300,7 @@ void tst_Loading::absurdSizes()
     };
     const QByteArray tiles = TiffOf(16, 16, 8, {{322, 1u << 15}, {323, 1u << 15}, {324, 8}, {325, 100}});
     const QPair<const char *, QByteArray> files[] = {
-        {"widest and highest", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
+        {"largest sides", TiffOf(0xFFFFFFFFu, 0xFFFFFFFFu, 1)},
         {"no rows", TiffOf(10, 0, 1)},
         {"gigapixels that the file lacks", TiffOf(40000, 40000, 1)},
         {"deflate bomb", TiffOf(40000, 40000, 8)},
@@ -308,7 +308,7 @@ void tst_Loading::absurdSizes()
         {"thousands of channels", TiffOf(10, 10, 1, {{277, 60000}})},
         {"tiles of 3 gigabytes in a file that could hold them", tiles + QByteArray(5000000, '\0')},
         {"JPEG", jpeg},
-        {"PNG of nothing", pngOf("000000001EE023CE")},
+        {"PNG without pixels", pngOf("000000001EE023CE")},
         {"largest PNG", pngOf("7FFFFFFF31A254BA")},
         {"PNG bomb", pngOf("00009C40746751D9")}};
     for (const auto &[name, file] : files) {
@@ -363,7 +363,7 @@ void tst_Loading::allocator()
     QCOMPARE(error, int(GFL_ERROR_NO_MEMORY));
 }
 
-// The formats come from one table, without a second list elsewhere.
+// Every format's data comes from one table.
 void tst_Loading::formats()
 {
     QByteArrayList types;

@@ -138,7 +138,7 @@ QByteArray Iptc()
     add(2, 0, QByteArray("\0\4", 2));
     add(2, 25, "one");
     add(2, 25, "two");
-    add(2, 60, "101112"); // shorter than Exiv2 would write a time
+    add(2, 60, "101112"); // a shorter time than Exiv2 would write
     add(2, 120, QByteArray());
     add(2, 202, QByteArray(40000, 'p'));
     return iptc;
@@ -263,7 +263,7 @@ void tst_Metadata::initTestCase()
 
 void tst_Metadata::blocksAreCopied()
 {
-    const char *const formats[] = {"raw", "tiff", "jpeg", "png", "psd"}; // the first: from a raw file to TIFF
+    const char *const formats[] = {"raw", "tiff", "jpeg", "png", "psd"}; // the first copies from a raw file to TIFF
     for (int i = 0; i < 20; ++i)
         CarryBlocks(Note(i / 5), formats[i % 5]);
 }
@@ -314,13 +314,14 @@ void tst_Metadata::CarryBlocks(Note note, const QByteArray &kind)
             const int text = bytes.indexOf("Raw profile type iptc") + 23;
             bytes = QByteArray::fromHex(qUncompress(QByteArray("\0\2\0\0", 4) + bytes.mid(text)).mid(14));
         }
-        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()), Iptc()); // the whole takes too long
+        QCOMPARE(bytes.mid(bytes.indexOf(Iptc().left(40)), Iptc().size()),
+                 Iptc()); // searching for the whole block takes too long
     }
 }
 
 void tst_Metadata::iptcEntries()
 {
-    // The two forms of ImageMagick 6 in a PNG: IPTC itself, or in a block of Photoshop's resources.
+    // The two forms that ImageMagick 6 writes into a PNG: plain IPTC, or a Photoshop resource with it.
     const QByteArray set("\x1C\2\x19\0\3one", 8), png = SavedBytes(*SmoothBitmap(4, 3, GFL_RGB, 8), SaveParams("png"));
     const QByteArray block = QByteArray("8BIM\4\4\0\0\0\0\0\x08", 12) + set;
     const std::pair<const char *, QByteArray> texts[] = {{"iptc", set}, {"iptc", block}, {"8bim", block}};
@@ -385,7 +386,7 @@ void tst_Metadata::unreadableEntries()
     const Values after = CarriedValues(m_folder("a.tif"));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.Make")));
     QVERIFY(!after.contains(QStringLiteral("Exif.Image.ImageDescription")));
-    // Of edited pictures one beyond 1 to 8 isn't written: libtiff refuses the whole TIFF.
+    // Edited pictures are written without an orientation outside 1 to 8, for which libtiff would refuse the whole TIFF.
     for (const char orientation : {'\0', '\x9', '\x7F', '\1', '\x8'}) {
         const Case named("orientation", int(orientation));
         QVERIFY(WriteBytes(m_folder("a.jpg"), JpegWithExif(jpeg, QByteArray(exif).replace(42, 1, &orientation, 1))));
@@ -413,7 +414,7 @@ void tst_Metadata::profileOfTheRightKind()
         GFL_SAVE_PARAMS params = SaveParams("tiff");
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY2(IccOf(m_folder("a.tif")).isEmpty() != profile.isKept, profile.space);
-        params.Flags = 0; // only on request
+        params.Flags = 0; // metadata is only read on request
         QCOMPARE(Save(m_folder("a.tif"), *bitmap, params), int(GFL_NO_ERROR));
         QVERIFY(IccOf(m_folder("a.tif")).isEmpty());
     }
@@ -440,7 +441,7 @@ void tst_Metadata::xmp()
     QCOMPARE(QSize(metadata->Width, metadata->Height), QSize(40, 30));
 }
 
-/// Makes the process's streams group digits and write decimal commas, as in a German host.
+/// Makes the process's streams group digits and write decimal commas, like a host in a German locale.
 struct GermanNumbers : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
@@ -557,7 +558,7 @@ void tst_Metadata::exifTooLargeForJpeg()
     }
 }
 
-// A source in tiles, with a color map: none of that may be copied to a result in strips.
+// A source in tiles with a color map: neither may be copied to a result in strips.
 void tst_Metadata::structureIsNotCopied()
 {
     const QString source = m_folder("tiles.tif"), result = m_folder("strips.tif");

@@ -125,8 +125,8 @@ QByteArray ExifWithNote(const NoteKind &kind, quint32 *place)
     const bool big = kind.isBigEndian;
     const QByteArray make = QByteArray(kind.make) + '\0',
                      head = (big ? "MM" : "II") + Number(42, 2, big) + Number(8, 4, big);
-    // Maker and a pointer, then the EXIF directory, preceded by a value that is not copied, YCbCrPositioning (531), so
-    // that everything else moves.
+    // Maker, pointer and EXIF directory, preceded by YCbCrPositioning (531), which is not copied, so that everything
+    // else moves.
     const auto first = [&](quint32 exifAt) {
         return Directory({{271, 2, make},
                           {272, 2, QByteArray("Model of a camera\0", 18)},

@@ -8,8 +8,8 @@ struct NoteKind {
     const char *name, *make;
     QByteArray mark; // the header, with a TIFF header for the kinds that have one
     bool isBigEndian;
-    enum Base { Block, Note, OwnHeader } base; // base of the offsets: OwnHeader: the last 8 bytes of the mark
-    int shift;                                 // added to all offsets, by mistake
+    enum Base { Block, Note, OwnHeader } base; // base of the offsets; OwnHeader: the last 8 bytes of the mark
+    int shift;                                 // mistakenly added to all offsets
     enum Result { Stays, Moves, IsRebuilt } result;
 };
 

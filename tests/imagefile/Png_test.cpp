@@ -77,7 +77,7 @@ QByteArray Encode(const Spec &spec)
     return file;
 }
 
-/// Returns channel @p c, alpha 3, of a pixel as a share of the full range, by the definition of the format.
+/// Returns channel @p c, alpha 3, of a pixel as a share of the full range, as the format defines it.
 double Expected(const Spec &spec, int x, int y, int c)
 {
     const bool isColor = (spec.color & PNG_COLOR_MASK_COLOR) != 0;
@@ -169,7 +169,7 @@ void tst_Png::damaged()
         const QByteArray file = Encode({PNG_COLOR_TYPE_RGB, 16, interlaced, false, {}});
         const int end = file.size() - 12; // complete even without the end chunk
         QCOMPARE(BadCut(file, end), QString());
-        for (int at = 8; at < end; ++at) // any bit matters: there are checksums
+        for (int at = 8; at < end; ++at) // checksums detect any changed bit
             QVERIFY2(!LoadFromMemory(QByteArray(file).replace(at, 1, QByteArray(1, char(file[at] ^ 4)))),
                      qPrintable(QString::number(at)));
     }

@@ -171,7 +171,7 @@ void tst_Psd::Read(const Spec &spec, int type)
                           -1,          -1,          GFL_CM_GREY,    GFL_CM_LAB};
     QCOMPARE(int(info.ColorModel), models[spec.mode]);
     const double levels = spec.bits < 16 ? 255 : spec.bits == 16 ? 65535 : 1e6;
-    // Removing white magnifies the rounding of both stored numbers by up to a hundred.
+    // Removing white magnifies the rounding errors of both stored numbers by up to a hundred times.
     const double tolerance = spec.mode == Lab ? (spec.bits == 8 ? 0.02 : 0.004)
         : !spec.profile.isEmpty()             ? 0.01
                                               : 1.51 / levels * (spec.layers < 0 ? 100 : 1);
@@ -216,13 +216,13 @@ void tst_Psd::damaged()
         {"gigapixels", 14, 8, (quint64(100000) << 32) + 100000, GFL_ERROR_FILE_READ},
         {"12 bits", 22, 2, 12, GFL_ERROR_UNKNOWN_FORMAT},
         {"CMYK of 3 channels", 24, 2, 4, GFL_ERROR_FILE_READ},
-        {"channels without meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
+        {"channels of unknown meaning", 24, 2, 7, GFL_ERROR_UNKNOWN_FORMAT},
         {"no palette", 24, 2, 2, GFL_ERROR_FILE_READ},
         {"color data", 26, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"resources", 30, 4, 0xFFFFFFFF, GFL_ERROR_FILE_READ},
         {"compression", 38, 2, 3, GFL_ERROR_UNKNOWN_FORMAT},
-        {"size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
-        {"a run too long", 40 + 2 * 3 * kHeight, 1, 0x81, GFL_ERROR_FILE_READ},
+        {"wrong size of a row", 40, 2, 0xFFFF, GFL_ERROR_FILE_READ},
+        {"a run that is too long", 40 + 2 * 3 * kHeight, 1, 0x81, GFL_ERROR_FILE_READ},
     };
     const QByteArray good = Encode({Rgb, 3, 8, true, false, 0, {}});
     int error = 0;

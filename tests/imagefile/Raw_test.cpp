@@ -41,10 +41,10 @@ void tst_Raw::settings()
         {"brightness before gamma", {0, 1, 0, 0, 2, 2}, field, {std::sqrt(0.4), std::sqrt(0.5), std::sqrt(0.4)}},
         {"red scaling", {0, 1, 0, 0, 1, 1, 1.5f}, field, {0.3, 0.25, 0.2}},
         {"blue scaling", {0, 1, 0, 0, 1, 1, 1, 1.5f}, field, {0.2, 0.25, 0.3}},
-        {"scaling as well as automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
-        {"auto brightness: white is reached", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
+        {"red and blue scaling with automatic balance", {1, 0, 0, 0, 1, 1, 2, 0.5f}, field, {0.5, 0.25, 0.125}},
+        {"auto brightness", {0, 1, 0, 1}, field, {0.8, 1, 0.8}},
         {"highlights clipped", {}, white, {1, 1, 1}},
-        {"highlights as they are", {0, 1, 1}, white, {1, 0.5, 2.0 / 3}},
+        {"highlights kept", {0, 1, 1}, white, {1, 0.5, 2.0 / 3}},
         {"highlights blended", {0, 1, 2}, white, {13.0 / 18, 13.0 / 18, 13.0 / 18}},
         {"invalid numbers count as 1", {0, 1, 0, 0, nan, -3, 0, nan}, field, {0.2, 0.25, 0.2}},
     };
@@ -104,7 +104,7 @@ void tst_Raw::damagedFiles()
     for (int at = directory; at < good.size(); at += 3) // gives an error or a picture
         LoadFromMemory(QByteArray(good).replace(at, 1, QByteArray(1, static_cast<char>(~good[at]))), &error);
     QByteArray canon = SavedBytes(*SmoothBitmap(64, 48, GFL_RGB, 16), SaveParams("tiff"));
-    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's mark, recognized without its suffix: not a TIFF
+    canon.replace(8, 4, QByteArray("CR\x02\0", 4)); // a CR2's signature, recognized without the suffix: not a TIFF
     QVERIFY(!LoadFromMemory(canon, &error));
     QCOMPARE(error, int(GFL_ERROR_UNKNOWN_FORMAT));
     QByteArray huge = good; // 20,000 pixels wide and high, in a file of 7 KB

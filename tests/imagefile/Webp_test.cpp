@@ -179,9 +179,9 @@ void tst_Webp::damaged()
                 {"canvas of 65,536 x 65,536", canvas, QByteArray("\xff\xff\0\xff\xff\0", 6)},
                 {"canvas smaller than the frame", canvas, QByteArray(6, '\0')},
                 {"frame beyond the right edge", frame, QByteArray("\x10", 1)},
-                {"frame far away", frame, QByteArray(3, '\xff')},
+                {"frame far outside the canvas", frame, QByteArray(3, '\xff')},
                 {"frame wider than its picture", frame + 6, QByteArray("\x0d", 1)},
-                {"picture of no kind", animation.indexOf("VP8L"), "JUNK"},
+                {"picture of unknown type", animation.indexOf("VP8L"), "JUNK"},
                 {"no bitstream", animation.indexOf("VP8L") + 8, "JUNK"}};
     for (const auto &row : rows) {
         int error = 0;

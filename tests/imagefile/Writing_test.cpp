@@ -1,4 +1,5 @@
-// Writing: pictures are read back in the closest form that the format supports; effects on files, also after failures.
+// Writing: pictures read back in the closest form that the format supports, and the effect on files, even after
+// failures.
 #include "Bitmaps.h"
 #include "Case.h"
 
@@ -170,8 +171,8 @@ void tst_Writing::colorDepth()
         {"RGBA to gray", GFL_RGBA, rgba, GFL_DEPTH_GREY, 0, GFL_GREY, "\x7C"},
         {"RGB to RGBA", GFL_RGB, rgb, GFL_DEPTH_RGBA, 0, GFL_RGBA, rgb + '\xFF'},
         {"gray to RGB", GFL_GREY, "a", GFL_DEPTH_RGB, 0, GFL_RGB, "aaa"},
-        {"just black", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
-        {"just white", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
+        {"just below the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 125, GFL_GREY, QByteArray(1, '\0')},
+        {"just above the threshold", GFL_RGB, rgb, GFL_DEPTH_BLACK_AND_WHITE, 124, GFL_GREY, "\xFF"},
         {"three levels", GFL_RGBA, rgba, GFL_DEPTH_LEVELS, 3, GFL_RGBA, QByteArray("\xFF\x80\0\x07", 4)},
     };
     for (const auto &row : changes) {
@@ -372,7 +373,7 @@ void tst_Writing::generatedRows()
     QCOMPARE(Everything(folder.path()).size(), 1);
 }
 
-// Both compressors: the fast one's files have equal content and are at most 6 % larger.
+// Files of the fast compressor have the same content and are at most 6 % larger.
 void tst_Writing::fastDeflate()
 {
     constexpr int kWidth = 701, kHeight = 500, kNoise = 0, kGrain = 1, kRamp = 2, kFlat = 3;

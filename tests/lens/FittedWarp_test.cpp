@@ -181,7 +181,7 @@ void tst_FittedWarp::warpFollowsTheTwin_data()
     }
 }
 
-/// Samples between random pixels: an error of e pixels in a place changes the result by at most e times the gain.
+/// Samples between random pixels: an error of e pixels in the position changes the result by at most e times the gain.
 void tst_FittedWarp::warpFollowsTheTwin()
 {
     QFETCH(QSize, size);
@@ -206,7 +206,7 @@ void tst_FittedWarp::warpFollowsTheTwin()
     const int step = size.width() > 100 ? 7 : 1; // odd, so that it occurs at every column of a block
     for (int i = 0; i < size.width() * size.height(); i += step) {
         const int x = i % size.width(), y = i / size.width();
-        // Limits change from one pixel to the next: a place between two pixels may have those of either.
+        // Limits change from one pixel to the next: a position between two pixels may have those of either.
         FittedWarpTwin::Pixel least = twin.At(from.image, x, y), greatest = least;
         for (int j = 0; j < 9 && sampling == Sampling::Sharp && size.width() > 100; ++j) {
             const FittedWarpTwin::Pixel near = twin.At(from.image, x + (j % 3 - 1) * 0.004, y + (j / 3 - 1) * 0.004);
@@ -229,14 +229,14 @@ void tst_FittedWarp::warpFollowsTheTwin()
     QCOMPARE(DifferenceOfSets(warp, source, got), QString());
 }
 
-/// Pixels beyond the fold are empty, those just before it are not.
+/// Pixels beyond the fold are empty; those just before it aren't.
 void tst_FittedWarp::foldsAreEmpty()
 {
     Correction fisheye;
     fisheye.width = 200;
     fisheye.height = 100;
     fisheye.geometry = RadialMap{90, 50, RadialCurve(), 0, 0, 70.3};
-    Correction inside; // units of the sharp sampling in which all other places are inside the picture
+    Correction inside; // all other positions in the units of sharp sampling at its fold are inside the picture
     inside.width = 900;
     inside.height = 400;
     inside.geometry = RadialMap{440, 200, RadialCurve(), 0, 0, 150.3};
@@ -259,7 +259,7 @@ void tst_FittedWarp::foldsAreEmpty()
     QVERIFY(!FittedWarp(fisheye, Sampling::Bilinear, TransferCurve::Linear(), {}).LeavesEmpty());
 }
 
-// Every value of 8 bits, and 16-bit noise with the ends of the range.
+// Every 8-bit value, and 16-bit noise with both ends of the range.
 void tst_FittedWarp::storedIsConverted()
 {
     constexpr int kWidth = 331, kHeight = 120;
@@ -325,7 +325,7 @@ double SrgbLight(double v)
     return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
 }
 
-/// Steep at first, then flat: not a power function.
+/// Returns light that rises slowly at first, then steeply: not a power function.
 double BentLight(double v)
 {
     return 0.3 * v + 0.7 * v * v * v;
@@ -355,7 +355,7 @@ void tst_FittedWarp::transferCurves_data()
     const Function adobe = [](double v) { return std::pow(v, 563.0 / 256.0); };
     QTest::newRow("Adobe RGB") << TransferCurve::Power(563.0 / 256.0) << adobe;
     QTest::newRow("points") << *TransferCurve::FromSamples({Sampled(BentLight, 4097)}) << Function(BentLight);
-    std::vector<double> rounded = Sampled(SrgbLight, 1024); // as profiles have it
+    std::vector<double> rounded = Sampled(SrgbLight, 1024); // as stored in profiles
     for (double &point : rounded)
         point = std::round(point * 65535.0) / 65535.0;
     QTest::newRow("sRGB by rounded points") << *TransferCurve::FromSamples({rounded}) << Function(SrgbLight);
@@ -380,7 +380,7 @@ void tst_FittedWarp::transferCurves()
             const Pixels got = Rendered(warp, source, kBaseline);
             QCOMPARE(DifferenceOfSets(warp, source, got), QString());
             for (int x = 0; x < kWidth; ++x) {
-                // Checked on both sides, without an inverse.
+                // Compare light on both sides, which needs no inverse.
                 const double wanted = gain * light(double(source.At(x, 0, 0)));
                 const double bright = double(got.At(x, 0, 0)), error = 1e-5 * std::max(bright, 0.25);
                 if (wanted >= 1.0 && !isFloat)
@@ -419,7 +419,7 @@ void tst_FittedWarp::flatFields_data()
     QTest::newRow("float") << TransferCurve::Linear() << Function([](double v) { return v; }) << 0;
 }
 
-/// A gray picture whose light falls by up to 2 EV towards the corners.
+/// A gray picture whose light falls by up to 2 EV toward the corners.
 void tst_FittedWarp::flatFields()
 {
     QFETCH(TransferCurve, curve);
@@ -489,7 +489,7 @@ void tst_FittedWarp::badCurves()
 
 namespace {
 
-/// Renders gray pictures of floats or 16 bits by the fast warp.
+/// Renders gray pictures, as floats or at 16 bits, with the fast warp.
 std::vector<double> RenderSharp(const std::vector<double> &grey, const Correction &lens, bool isFloat)
 {
     const Pixels source = Made(lens.width, lens.height, [&](int x, int y) { return grey[size_t(y * lens.width + x)]; });
@@ -503,7 +503,7 @@ std::vector<double> RenderSharp(const std::vector<double> &grey, const Correctio
 
 } // namespace
 
-/// On a ramp the result is the place itself, except for the rounding of phases and values.
+/// On a ramp the result is the sampling position itself, except for the rounding of phases and values.
 void tst_FittedWarp::rampsStayRamps()
 {
     const Correction lens = QualityLens();

@@ -1,4 +1,4 @@
-// The sliding window of float rows: its content after each move, for every form of picture.
+// The sliding window of float rows: its content after each move, for every pixel format.
 #include "FloatRows.h"
 
 #include "TestImages.h"
@@ -26,13 +26,12 @@ void tst_FloatRows::moves_data()
     QTest::addColumn<Holds>("holds");
     const std::pair<const char *, Holds> rows[] = {
         {"down, overlapping", {{0, 10}, {7, 17}, {14, 24}, {21, 31}, {28, 38}, {35, 45}, {50, 60}}},
-        {"down, next to each other", {{0, 7}, {7, 14}, {14, 21}, {21, 28}, {28, 35}, {35, 42}}},
-        {"to the end of the block and one beyond", {{0, 10}, {20, 30}, {10, 20}, {20, 30}, {30, 40}, {31, 41}}},
+        {"down, adjacent", {{0, 7}, {7, 14}, {14, 21}, {21, 28}, {28, 35}, {35, 42}}},
+        {"to the end of the block and one row beyond", {{0, 10}, {20, 30}, {10, 20}, {20, 30}, {30, 40}, {31, 41}}},
         {"over a gap", {{0, 5}, {6, 11}, {40, 45}}},
         {"over a gap at the end of the block", {{0, 5}, {5, 10}, {10, 15}, {16, 21}}},
         {"back up", {{30, 40}, {29, 39}, {0, 10}, {5, 15}}},
-        {"up row by row while the end goes down",
-         {{20, 26}, {19, 26}, {18, 27}, {17, 27}, {16, 28}, {15, 28}, {9, 30}}},
+        {"first row up, end down", {{20, 26}, {19, 26}, {18, 27}, {17, 27}, {16, 28}, {15, 28}, {9, 30}}},
         {"leaps", {{0, 9}, {18, 28}, {26, 35}, {40, 50}, {30, 39}}},
         {"within the window", {{0, 30}, {3, 5}, {10, 30}, {29, 30}}},
         {"growing", {{20, 24}, {18, 26}, {10, 40}, {0, 60}, {59, 60}}}};

@@ -17,10 +17,10 @@ using Instructions = FloatWarp::Instructions;
 using Frame = FloatWarp::Frame;
 using Unwritten = FloatWarp::Unwritten;
 
-/// Around the block's 64 pixels; the last is wide enough for blocks with no border in them.
+/// Widths around the block's 64 pixels; the last one has blocks without a border.
 const QSize kSizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {65, 9}, {150, 30}};
 
-/// The plain engine on a landscape picture.
+/// Runs the plain engine on a landscape picture.
 void RunPlainly(newLCP &lcp, KImage &source, KImage &target, Corrections corrections)
 {
     using Engine = InterpolatorKim<float, float>;
@@ -106,10 +106,10 @@ private Q_SLOTS:
 private:
     /// Adds one row per instruction set and frame.
     static void AddMachines();
-    /// Compares pictures of all sizes, @p rounds of each, by strong models modified by @p change.
+    /// Compares pictures of all sizes, @p rounds of each, with strong models modified by @p change.
     static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));
-    /// Renders random pixels by the fast warp and by its plain twin, which must agree to the last bit; so all
-    /// instructions give the same bits too. @p round chooses switches and what stays unwritten.
+    /// Renders random pixels with the fast warp and its plain twin, which must agree to the last bit, so all
+    /// instruction sets do. @p round chooses switches and unwritten channels.
     static void Compare(newLCP lcp, QSize size, int round, quint32 seed);
 };
 
@@ -229,7 +229,7 @@ void tst_FloatWarp::bandsAreTheWhole()
     }
 }
 
-/// Some rows of the source give the same result as all rows, or are reported as insufficient.
+/// Rendering from some rows of the source gives the same result as from all, or reports them as insufficient.
 void tst_FloatWarp::someRowsOfTheSource()
 {
     constexpr int kWidth = 150, kHeight = 120, kBandRows = 8;

@@ -22,7 +22,7 @@ Pixels SamePixels(int width, int height, int channels, int bits, float value)
     return {width, height, channels, bits, QVector<float>(width * height * channels, value)};
 }
 
-/// A model that maps each position to itself to the last bit: no coefficients, the focal length a power of two.
+/// Returns a model that maps each position to itself to the last bit: no coefficients, the focal length a power of two.
 LensParam Identity(float focalPixels = 16.0F)
 {
     LensParam model;
@@ -38,7 +38,7 @@ bool Render(newLCP &lcp, GuardedImage &source, GuardedImage &destination, WarpSw
                       switches.mode);
 }
 
-/// A run with only a source, for calling the samplers.
+/// Returns a run with only a source, for calling the samplers.
 template <typename S> InterpolatorKim<S, float> SamplersOn(GuardedImage &source, float inScale)
 {
     InterpolatorKim<S, float> run;

@@ -1,4 +1,4 @@
-// LensParam against its formulas in double.
+// LensParam compared with its formulas in double precision.
 #include "LensParam.h"
 
 #include <QtTest>
@@ -9,7 +9,7 @@ namespace {
 
 using Coefficients = QVector<float>;
 
-/// A model in pixels of a picture of 6000 x 4000.
+/// Returns a model in pixels of a picture of 6000 x 4000.
 LensParam Model(const Coefficients &coefficients)
 {
     LensParam model;
@@ -21,7 +21,7 @@ LensParam Model(const Coefficients &coefficients)
     return model;
 }
 
-/// The same in double: position in focal lengths, and back. @p radial gives the factor for a squared radius.
+/// Maps a position by a model, in double precision. @p radial returns the factor for a squared radius in focal lengths.
 template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, double scale, Radial radial)
 {
     const double s = scale * double(model.scaleFactor);
@@ -36,8 +36,8 @@ template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, do
     return center + f * (radial(r2) * uv + shift);
 }
 
-/// The power series of 1 / (1 + ax + bx^2 + dx^3) up to x^4, by its recurrence: each coefficient from the previous
-/// three.
+/// Returns the power series of 1 / (1 + ax + bx^2 + dx^3) up to x^4, by its recurrence: each coefficient from the
+/// previous three.
 double ReciprocalSeries(double a, double b, double d, double x)
 {
     double g[5] = {1};

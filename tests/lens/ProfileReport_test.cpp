@@ -27,7 +27,7 @@ QByteArray Vignette(int count)
     return Value("VignetteModelParam1", "0.01").repeated(count);
 }
 
-/// All sub-models with valid values, except the one named by @p without.
+/// Returns all sub-models with valid values, except the one named by @p without.
 QByteArray SubModels(const char *without = "")
 {
     QByteArray models;
@@ -108,7 +108,7 @@ void tst_ProfileReport::littleContent()
 
 void tst_ProfileReport::problems()
 {
-    // Matches the whole problem by a regular expression; it must be one line: "." matches no line break.
+    // Matches the whole problem with a regular expression. It must be one line, because "." matches no line break.
     const auto check = [this](const QByteArray &content, const QByteArray &expression) {
         const ProfileReport report = Report(content);
         const QRegularExpression whole(QRegularExpression::anchoredPattern(QString::fromLatin1(expression)));
@@ -164,7 +164,7 @@ void tst_ProfileReport::problemsOfTheFileItself()
 
 void tst_ProfileReport::notes()
 {
-    // Compares the start of the only note; empty for none.
+    // Compares the start of the only note; an empty string expects none.
     const auto check = [this](const QByteArray &content, const char *text) {
         const QString note = QString::fromLatin1(text);
         const ProfileReport report = Report(content);

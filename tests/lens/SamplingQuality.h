@@ -8,7 +8,7 @@
 #include <functional>
 #include <vector>
 
-/// Renders a gray picture, stored row by row, by a correction of the same size.
+/// Renders a gray picture, stored row by row, with a correction of the same size.
 using GreyRenderer = std::function<std::vector<double>(const std::vector<double> &, const Correction &)>;
 
 struct SamplingQuality {
@@ -20,7 +20,7 @@ constexpr int kQualitySide = 256;
 constexpr int kQualityBorder = 24; // pixels that are not measured
 constexpr double kPi = 3.14159265358979323846;
 
-/// Barrel distortion of 4 % and a slight enlargement, so that all phases occur.
+/// Returns barrel distortion of 4 % and a slight enlargement, so that all phases occur.
 inline Correction QualityLens()
 {
     Correction correction;
@@ -56,7 +56,7 @@ struct WaveFit {
         }
     }
 
-    /// a, b, c in the last column; once.
+    /// Leaves a, b and c in the last column. Call it once.
     void Solve()
     {
         for (int i = 0; i < 3; ++i)

@@ -55,8 +55,8 @@ struct Statement {
         return model.ComputeFalloff(u * u + v * v);
     }
 
-    /// Whether the position is inside; @p value is then the sample of 0..1, or unchanged next to the last column and
-    /// row.
+    /// Returns whether the position is inside; @p value is then the sample of 0..1, or unchanged next to the last
+    /// column and row.
     bool Sample(float x, float y, int channel, float &value) const
     {
         const double column = switches.mode == 0 ? std::floor(double(x)) : std::trunc(double(x));

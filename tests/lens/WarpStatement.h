@@ -7,7 +7,7 @@
 #include <QString>
 #include <QVector>
 
-/// Pixel values without an image: widened to float, interleaved.
+/// Pixel values without an image, interleaved, as floats.
 struct Pixels {
     int width = 0, height = 0, channels = 0;
     int bits = 0; // 8, 16 or 32
@@ -43,11 +43,11 @@ void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, P
 /// Returns the first difference of two pictures, with both values; empty if there is none. NaNs are equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);
 
-/// Values over the whole range of the depth; floats go below 0 and above 1 too.
+/// Returns values over the whole range of the depth; floats also go below 0 and above 1.
 Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed);
 
-/// A profile without any model, scale 1.
+/// Returns a profile without any model, scale 1.
 newLCP NoModels();
 
-/// All five models for a picture of that size, strong enough to cross every border.
+/// Returns all five models for a picture of that size, strong enough to cross every border.
 newLCP StrongModels(int width, int height, int kind, quint32 seed);

@@ -23,7 +23,7 @@ const SubModel kSubModels[] = {{"ChromaticGreenModel", &newLCP::greenModel},
                                {"ChromaticBlueGreenModel", &newLCP::blueGreenModel},
                                {"VignetteModel", &newLCP::vignetteModel}};
 
-/// All value elements of a model, each with a different number.
+/// Returns all value elements of a model, each with a different number.
 QByteArray EveryValue()
 {
     QByteArray values = Value("ScaleFactor", "1.5") + Place("0.5", "0.25", "0.125", "0.75");
@@ -51,7 +51,7 @@ private Q_SLOTS:
     void truncatedAfterTheFirstEntry();
 
 private:
-    /// The profile in a file of that content.
+    /// Reads a profile from a file with this content.
     newLCP Read(const QByteArray &content, bool *ok = nullptr);
 
     QTemporaryDir m_folder;
@@ -109,12 +109,12 @@ void tst_newLCP::perspectiveValues()
         float focalPixels;
     } rows[] = {{focal + radial("2", "0.2") + radial("1", "0.1"), {0.2F, 0.1F}, 50},
                 {radial("1", "0.1") + focal + radial("1", "0.1") + radial("1", "0.3"), {0.1F, 0.1F, 0.3F}, 50},
-                {focal + radial("4", "1"), {}, 50}, // isn't known
+                {focal + radial("4", "1"), {}, 50}, // not a known parameter
                 {radial("1", "abc") + radial("2", "0,5") + Value("FocalLengthX", ""), {0, 0}, 0},
                 {Value("FocalLengthX", "\n 5e-1 ") + radial("1", " -1E-2\t"), {-0.01F}, 50},
                 {"<crs:FocalLengthX>0.5</crs:FocalLengthX>" + radial("1", "0.1"), {0.1F}, 0},
                 {"<!-- 0.7 -->" + Value("Unknown", "3") + focal + radial("1", "0<!-- -->.5"), {0.5F}, 50},
-                {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // no part of it
+                {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // not in this model
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         bool ok = false;
@@ -129,7 +129,7 @@ void tst_newLCP::perspectiveValues()
 void tst_newLCP::subModelsReadTheirOwnValues()
 {
     const Coefficients radial{0.1F, 0.2F, 0.3F}, vignette{0.01F, 0.02F, 0.03F};
-    const float scaleFactors[] = {1.0F, 1.5F, 1.5F, 1.0F}; // green and vignette have none
+    const float scaleFactors[] = {1.0F, 1.5F, 1.5F, 1.0F}; // green and vignette models have no scale factor
     for (int i = 0; i < 4; ++i) {
         const Case named("i", i);
         const QByteArray model = Resource("PerspectiveModel", Resource(kSubModels[i].tag, EveryValue()));
@@ -195,7 +195,7 @@ void tst_newLCP::unusable()
     for (int i = 0; i < 600000; ++i)
         attributes += "a" + QByteArray::number(i) + "='' ";
     const QByteArray contents[] = {
-        QByteArray(), // no file
+        QByteArray(), // the file doesn't exist
         "",
         "<svg><g/><rdf:li rdf:parseType=\"Resource\"/></svg>",
         whole.left(whole.indexOf("<rdf:li")),
@@ -204,7 +204,7 @@ void tst_newLCP::unusable()
         Profile("<rdf:li rdf:parseType=\"resource\">" + model + "</rdf:li>"),
         Profile(Entry(Size("9", "9") + Metadata("24", "4", "1")) + Entry(model)),
         Profile(Entry("<stCamera:PerspectiveModel/>")),
-        Profile("<rdf:x/>" + Entry(model)), // aside of the first children
+        Profile("<rdf:x/>" + Entry(model)), // not on the path of first children
         "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">]>"
             + Profile(Entry(Value("Make", "&b;") + model)),
         Profile(Entry(QByteArray("<a>").repeated(2000000) + model)), // nested too deeply, and truncated

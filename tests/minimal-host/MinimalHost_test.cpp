@@ -1,4 +1,4 @@
-// The installed files, used by a host that has nothing else, and by the program after the files were moved.
+// The installed files, used by a host that has only these, and by the program after they were moved.
 #include "Case.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"
@@ -94,7 +94,7 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// The parts in the build folder must not be found instead.
+/// The program must not find the parts in the build folder instead.
 void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;

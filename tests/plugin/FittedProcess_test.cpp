@@ -1,5 +1,5 @@
-// Fitted corrections against the lens models in long double: positions and gain of the preview, and the gain of files,
-// in terms of light.
+// Compares fitted corrections with the lens models in long double: positions and gain of the preview, and the gain of
+// files, which multiplies light.
 #include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"
@@ -63,14 +63,14 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// A picture of its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
+/// Returns a picture whose values are its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
     return Filled(size, 32, [=](int x, int y, int c) { return yChannels >> c & 1 ? y / bottom : x / right; });
 }
 
-/// Taken with "Maker BODY" at f/4 and 3 m.
+/// Adds the EXIF of a picture taken with "Maker BODY" at f/4 and 3 m, and @p profile (ICC) unless it is empty.
 void AddShot(const QString &path, const QByteArray &profile)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
@@ -136,7 +136,7 @@ private Q_SLOTS:
     void gainMultipliesLight();
     void grayStaysGray_data();
     void grayStaysGray();
-    void anyThreads();
+    void independentOfThreadCount();
     void readsOnlyAnnouncedRows();
     void formats_data();
     void formats();
@@ -169,7 +169,7 @@ QString tst_FittedProcess::Put(const TiffRaster &source, const QByteArray &iccPr
     const QString path = m_dir.filePath("a.tif"_s);
     WriteTiff(path, source);
     AddShot(path, iccProfile);
-    Host().Clear(); // the description of the last picture under this name
+    Host().Clear(); // forgets the description of the previous picture with this name
     Host().Def(path)->pixels.ID_Read(path, /*nativeDepth=*/true);
     return path;
 }
@@ -238,7 +238,7 @@ void tst_FittedProcess::previewGain_data()
         QTest::addRow("flat, %d", code) << code;
 }
 
-/// Like the page: the worker renders a reduced copy of a file with sRGB values.
+/// As on the page, the worker renders a reduced copy of a file with sRGB values.
 void tst_FittedProcess::previewGain()
 {
     QFETCH(const int, code);
@@ -307,7 +307,7 @@ void tst_FittedProcess::gainMultipliesLight()
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
     const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = SmallEntry(); // light at the pixel's own position
+    ProfileEntry still = SmallEntry(); // moves no pixel, so the gain depends on the pixel's position
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;
@@ -356,8 +356,8 @@ void tst_FittedProcess::grayStaysGray()
     QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
-/// Bands of any depth: the file doesn't depend on the threads that render and pack them.
-void tst_FittedProcess::anyThreads()
+/// The file doesn't depend on the number of threads that render and pack its bands, at any depth.
+void tst_FittedProcess::independentOfThreadCount()
 {
     for (const int bits : {8, 16, 32}) {
         const int white = bits == 32 ? 1 : (1 << bits) - 1;
@@ -445,7 +445,7 @@ void tst_FittedProcess::formats_data()
     QTest::newRow("exr, floats") << 32 << 1 << 0.0 << 32 << 0.4 << QString();
 }
 
-/// A flat picture, so that positions don't affect the values.
+/// Corrects a flat picture, so that positions don't affect the values.
 void tst_FittedProcess::formats()
 {
     QFETCH(const int, bits);
@@ -476,7 +476,7 @@ void tst_FittedProcess::formats()
     KImage floats;
     result.Convert(floats, GFL_RGBA, 32);
     const auto *pixel = reinterpret_cast<const float *>(floats.getData(150, 100));
-    for (int c = 0; c < 3; ++c) // within the rounding of 8 bits, twice
+    for (int c = 0; c < 3; ++c) // twice the rounding error of 8 bits
         QVERIFY2(std::abs(double(pixel[c]) - value) < 0.004, qPrintable(QString::number(double(pixel[c]))));
     QVERIFY(!hasAlpha || std::abs(pixel[3] - 0.5F) < 0.001F);
 }

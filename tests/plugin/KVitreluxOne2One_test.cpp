@@ -22,8 +22,8 @@ using Params = KVitreluxOne2One::Params;
 
 const QString kUid = QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
 
-/// A profile for a width by height frame: each model with a different term, the main one with @p k, centers at (0.5,
-/// 0.25) of the frame, focal lengths 1.
+/// Returns a profile for a width by height frame: each model has a different term, the main one @p k; centers are at
+/// (0.5, 0.25) of the frame, focal lengths are 1.
 QByteArray ProfileText(int width, int height, double k)
 {
     using namespace profiletext;
@@ -40,7 +40,7 @@ QByteArray ProfileText(int width, int height, double k)
                          Place("1", "1", "0.5", "0.25") + Value(radial, QByteArray::number(k)) + subModels)));
 }
 
-/// Four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
+/// Fills four float channels: red = x, green = y, blue = 0.25, alpha = 0.5.
 void FillWithCoordinates(KImage &image, int width, int height)
 {
     image.AllocBitmap(width, height, GFL_RGBA, 32, /*clear=*/true, nullptr, 0);
@@ -65,7 +65,7 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
-/// Records the calls on it, in order.
+/// Records the calls of its functions, in order.
 class NotingDef : public FakeImageDef {
 public:
     using FakeImageDef::FakeImageDef;
@@ -177,8 +177,8 @@ void tst_KVitreluxOne2One::recordFromElement_data()
                                                     << "" << false;
     QTest::newRow("number above 1") << ""
                                     << "2" << true;
-    QTest::newRow("no number") << ""
-                               << "true" << false;
+    QTest::newRow("not a number") << ""
+                                  << "true" << false;
 }
 
 void tst_KVitreluxOne2One::recordFromElement()
@@ -203,7 +203,7 @@ void tst_KVitreluxOne2One::recordFromElement()
     process.FreeParameters(params);
 }
 
-// The effects of plain records that a host can observe while fitted options are stored: each call and each attribute.
+// Checks every call and attribute of plain records that a host can observe while fitted options are stored.
 
 void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
@@ -241,7 +241,8 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     process.FreeParameters(params);
 }
 
-// The same for its runs: their calls on the picture's description, their output, and the unchanged record.
+// Checks what a host can observe of plain runs: calls on the picture's description, the output and the unchanged
+// record.
 
 void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
 {
@@ -300,7 +301,7 @@ void tst_KVitreluxOne2One::fittedOption_data()
     row("Framing", "keep", "keep");
     row("Framing", "all", "all");
     row("Framing", "1.05", "1.05");
-    row("Framing", "3", "2"); // limited
+    row("Framing", "3", "2"); // clamped
     row("Framing", "1,05", "fill");
     row("Framing", "nan", "fill");
     row("Sampling", "bilinear", "bilinear");
@@ -360,7 +361,7 @@ void tst_KVitreluxOne2One::xmlForm()
     params.lcpFilename = QStringLiteral("/lens & \"body\".lcp");
     const QDomElement element = process.GetXmlParameters(&params);
     QCOMPARE(element.tagName(), QStringLiteral("Lens correction"));
-    std::vector<QByteArray> noise; // reuses freed memory
+    std::vector<QByteArray> noise; // overwrites freed memory
     for (int bytes = 8; bytes <= 256; bytes += 8)
         noise.emplace_back(bytes, 'A');
     QCOMPARE(element.ownerDocument().doctype().name(), QStringLiteral("Lens correction"));
@@ -401,8 +402,8 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     CorrectDistortion(image, WriteProfile(frameWidth * reduction + atWhole, frameHeight * reduction + atWhole, k),
                       1.0f / float(reduction));
     const double focal = frameWidth - 1 + atWhole;
-    const double centreX = 0.5 * focal;
-    const double centreY = 0.25 * (frameHeight - 1 + atWhole);
+    const double centerX = 0.5 * focal;
+    const double centerY = 0.25 * (frameHeight - 1 + atWhole);
     int compared = 0;
     for (int y = 0; y < height; ++y) {
         const Case named("row", y);
@@ -410,11 +411,11 @@ void tst_KVitreluxOne2One::rightAngleFrames()
             // Position in the frame, the model there, and back into the picture.
             const double frameX = turned ? y : x;
             const double frameY = turned ? width - 1 - x : y;
-            const double u = (frameX - centreX) / focal;
-            const double v = (frameY - centreY) / focal;
+            const double u = (frameX - centerX) / focal;
+            const double v = (frameY - centerY) / focal;
             const double factor = 1 + k * (u * u + v * v);
-            const double sourceX = centreX + focal * u * factor;
-            const double sourceY = centreY + focal * v * factor;
+            const double sourceX = centerX + focal * u * factor;
+            const double sourceY = centerY + focal * v * factor;
             const bool inside = sourceX > 0 && sourceY > 0 && sourceX < frameWidth - 1 && sourceY < frameHeight - 1;
             if (!inside)
                 continue;
@@ -437,8 +438,8 @@ void tst_KVitreluxOne2One::unreadableProfile_data()
     QTest::addColumn<QString>("profile");
     QTest::addColumn<float>("red"); // at (3, 2)
     const QString absent = m_dir.filePath(QStringLiteral("absent.lcp"));
-    QTest::newRow("landscape stays as it was") << QSize(8, 6) << absent << 3.0f / 8.0f;
-    QTest::newRow("portrait comes out black") << QSize(6, 8) << absent << 0.0f;
+    QTest::newRow("landscape is unchanged") << QSize(8, 6) << absent << 3.0f / 8.0f;
+    QTest::newRow("portrait becomes black") << QSize(6, 8) << absent << 0.0f;
     QTest::newRow("portrait without a profile") << QSize(6, 8) << QString() << 3.0f / 6.0f;
 }
 
@@ -450,12 +451,12 @@ void tst_KVitreluxOne2One::unreadableProfile()
     FillWithCoordinates(image, size.width(), size.height());
     CorrectDistortion(image, profile);
     QTEST(Pixel(image, 3, 2)[0], "red");
-    // A regular file whose reads fail. An uncorrected picture would be mistaken for a corrected one.
+    // A regular file whose reads fail must fail the picture, which would otherwise be mistaken for a corrected one.
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// A run from a file works in bands; the result equals that of the whole picture corrected in memory. The pictures are
-// large enough for several strips of 512 KiB.
+// A run from a file works in bands; the result equals the whole picture corrected in memory. The pictures are large
+// enough for several strips of 512 KiB.
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {

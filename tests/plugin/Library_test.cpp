@@ -37,7 +37,7 @@ private Q_SLOTS:
 private:
     QPluginLoader m_loader;
     QObject *m_object = nullptr;
-    bool m_usesSystemFileDialog = false; // all of the state that interface kernels share
+    bool m_usesSystemFileDialog = false; // the only state that interface kernels share
     KUIInstances m_interfaceKernel = {reinterpret_cast<KUIState *>(&m_usesSystemFileDialog)};
 };
 
@@ -56,8 +56,8 @@ void tst_Library::libraryDescription()
     QCOMPARE(m_object->objectName(), QStringLiteral("KVitrelux"));
     QCOMPARE(m_loader.metaData().value(QStringLiteral("IID")).toString(), QStringLiteral("com.brelt.vitrelux"));
     auto *about = Cast<KIAbout>(m_object, "KIAbout");
-    const QStringList told = {about->Name(), about->Author(), about->Company(), about->Comment(), about->Version()};
-    QCOMPARE(told.join(QLatin1Char(';')), QStringLiteral("KVitrelux;Ilse Tarn;Brelt;Comment;3.0.0.400"));
+    const QStringList texts = {about->Name(), about->Author(), about->Company(), about->Comment(), about->Version()};
+    QCOMPARE(texts.join(QLatin1Char(';')), QStringLiteral("KVitrelux;Ilse Tarn;Brelt;Comment;3.0.0.400"));
     QCOMPARE(about->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-3FB4810CD762"));
     QCOMPARE(Host().calls.join(QLatin1Char(' ')),
              QStringLiteral("locale translator KVitrelux_de_DE.qm image kernel interface kernel"));
@@ -91,7 +91,7 @@ void tst_Library::eachCallAddsAProcess()
     }
     QCOMPARE(options, QStringLiteral("Qt's the system's"));
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
-    delete plugins[0].data(); // allowed for hosts: the library then releases it
+    delete plugins[0].data(); // hosts may do this: the library then releases the process
 }
 
 void tst_Library::pictures()
@@ -100,7 +100,7 @@ void tst_Library::pictures()
     for (int i = 1; i <= 12; ++i) {
         const QImage frame(folder + QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0')));
         const QByteArray name = "frame " + QByteArray::number(i);
-        QVERIFY2(frame.pixelColor(0, 0).alpha() == 0, name); // rounded: the picture below shows at its corners
+        QVERIFY2(frame.pixelColor(0, 0).alpha() == 0, name); // the frames are round, with transparent corners
         QVERIFY2(frame.size().width() >= 32, name);
     }
     QMovie movie(folder + QStringLiteral("icon_wait.gif"));

@@ -1,4 +1,4 @@
-// The profile found for a camera and a lens, in folders with many names.
+// Profile lookup by camera and lens, with various names of folders and files.
 #include "KVitreluxOne2One.h"
 
 #include "FakeHost.h"
@@ -35,9 +35,9 @@ private:
 namespace {
 
 /// Returns a single pixel for any size.
-class LendingImage : public ImageDef {
+class OnePixelImage : public ImageDef {
 public:
-    LendingImage() : m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0) { m_rows = m_cols = 1; }
+    OnePixelImage() : m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0) { m_rows = m_cols = 1; }
     KImage *Lock(int, int, bool) override { return &m_pixel; }
     void Unlock(int, int, bool) override { }
 
@@ -47,7 +47,7 @@ private:
 
 const QString kUntouched = QStringLiteral("untouched");
 
-/// A picture as the kernel would describe it; its file need not exist.
+/// Describes a picture as the kernel does; its file need not exist.
 ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, const QString &lensId)
 {
     image->m_fileName = QStringLiteral("/none/picture.jpg");
@@ -114,14 +114,14 @@ void tst_Lookup::profile_data()
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
-    row("best of three, in any case", "CANON INC.", "10 22 3",
+    row("best of three, ignoring case", "CANON INC.", "10 22 3",
         {brand, canon("CANON 10-22"), canon("canon ef-s 10-22MM"), canon("Canon EF-S 10-22mm f4 USM")},
         "L\\Canon/X1 (Canon EF-S 10-22mm f4 USM).lcp", "Fichier correspondant : X1 (Canon EF-S 10-22mm f4 USM).lcp");
-    row("first of equals", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},
+    row("first of equally good files", "Canon", "10 22 3", {brand, canon("b Canon 10-22mm"), canon("a Canon 10-22mm")},
         "L\\Canon/X1 (a Canon 10-22mm).lcp", "Fichier correspondant : X1 (a Canon 10-22mm).lcp");
     row("focal length and maker alone", "Canon", "10 22 3", {brand, canon("Canon 10-22")}, "", "untouched");
     row("other focal length", "Canon", "10 22 3", {brand, canon("Canon EF-S 18-55mm USM")}, "", "untouched");
-    row("other maker of the lens", "NIKON CORPORATION", "10 20 2",
+    row("lens by another maker", "NIKON CORPORATION", "10 20 2",
         {QStringLiteral("L/Nikon/any"), QStringLiteral("L\\Nikon/X1 (Nikon 10-20mm EX)")}, "", "untouched");
     row("long name of the maker", "NIKON CORPORATION", "8 8 1",
         {QStringLiteral("L/Nikon/any"), QStringLiteral("L\\Nikon/X1 (Sigma 8mm).lcp")}, "L\\Nikon/X1 (Sigma 8mm).lcp",
@@ -130,19 +130,19 @@ void tst_Lookup::profile_data()
         "L\\Canon/X1 (Canon Compact 50).lcp", "Fichier correspondant : X1 (Canon Compact 50).lcp");
     row("last focal length of the name", "Canon", "60 60 6", {brand, canon("Canon 50mm Macro"), canon("Canon 60mm")},
         "L\\Canon/X1 (Canon 60mm).lcp", "Fichier correspondant : X1 (Canon 60mm).lcp");
-    row("a name of nothing but mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
+    row("name with only the word mm", "Canon", "70 70 7", {brand, canon("mm mm")}, "", "untouched");
     row("several lenses", "Canon", "24 70 4", {brand, canon("Canon EF 24-70mm L")},
         "L\\Canon/Canon EF 24-70mm L\nL\\Canon/Tamron 24-70mm VC", "untouched");
-    row("lens that isn't known", "Canon", "1 2 3", {brand, canon("Canon EF")}, "",
+    row("unknown lens", "Canon", "1 2 3", {brand, canon("Canon EF")}, "",
         "This camera-lens couple does not seem to be in database");
-    row("no file of the camera", "Canon", "10 22 3", {brand, QStringLiteral("L\\Canon/X2 (Canon EF-S 10-22mm)")}, "",
+    row("no file for the camera", "Canon", "10 22 3", {brand, QStringLiteral("L\\Canon/X2 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
-    row("folder joined by a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
+    row("folder joined with a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
     row("first entry within the brand wins", "Canon", "10 22 3",
         {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},
         "L\\An/X1 Canon 10-22mm", "Fichier correspondant : X1 Canon 10-22mm");
-    row("brand behind another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
+    row("brand after another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
         "Sorry: Thecameras are not yet in LensId.txt");
 }
 
@@ -198,7 +198,7 @@ void tst_Lookup::recordIsFilledByRunAndPage()
     Touch(QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp"));
     KVitreluxOne2One process;
     process.SetLensPath(m_dir->filePath(QStringLiteral("L")));
-    LendingImage image;
+    OnePixelImage image;
     KVitreluxOne2One::Params params;
     params.disto = true;
     process.Process(qMakePair<KIImageDef *, KImage *>(

@@ -1,4 +1,4 @@
-// The plug-in's objects without a host: without an application, and with one that is not a host.
+// The plug-in's objects without a host: without an application, and with one that isn't a host.
 #include "ImageDatas.h"
 #include "KVitreluxOne2One.h"
 #include "Library.h"

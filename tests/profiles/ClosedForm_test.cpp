@@ -23,7 +23,8 @@ struct Shot {
     double focalMm, distanceM, aperture;
 };
 
-/// Barrel distortion that turns into pincushion at the long end and depends slightly on distance; not a polynomial.
+/// Returns barrel distortion that turns into pincushion at the long end and depends slightly on distance; not a
+/// polynomial.
 double Factor(const Shot &shot, double mm)
 {
     const double wide = 24.0 / shot.focalMm, rho2 = mm * mm / (kCornerMm * kCornerMm);
@@ -31,7 +32,7 @@ double Factor(const Shot &shot, double mm)
     return 1.0 + strength * rho2 / (1.0 + 0.3 * rho2);
 }
 
-/// Cosine-fourth falloff, and mechanical vignetting until the lens is stopped down.
+/// Returns cosine-fourth falloff, and mechanical vignetting until the lens is stopped down.
 double Light(const Shot &shot, double mm)
 {
     const double tangent = mm / shot.focalMm, rho4 = std::pow(mm / kCornerMm, 4.0);
@@ -99,7 +100,7 @@ struct Error {
     double px = 0.0, stops = 0.0;
 };
 
-/// Returns the worst errors of red's position and of the light in the lower right quarter of 6000 x 4000.
+/// Returns the largest errors of red's position and of the light in the lower right quarter of 6000 x 4000.
 Error ErrorOf(const LensProfile &profile, const Shot &shot)
 {
     PictureFacts facts = Facts({6000, 4000}, shot.focalMm);
@@ -143,7 +144,7 @@ void tst_ClosedForm::betweenEntries()
         return share(a.focalMm, b.focalMm) * 24.0 + share(a.distanceM, b.distanceM) * 0.5
             + share(a.aperture * a.aperture, b.aperture * b.aperture) * 2.8 * 2.8;
     };
-    std::array<QVector<double>, 6> errors; // px of three ways, then EV of them
+    std::array<QVector<double>, 6> errors; // of three methods: in pixels, then in EV
     for (const Shot &shot : Grid({26.0, 31.0, 40.0, 50.0, 62.0}, {0.8, 4.0}, {3.3, 4.8, 8.0})) {
         int nearest = 0;
         for (int i = 1; i < grid.size(); ++i)

@@ -67,14 +67,14 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
     return entry;
 }
 
-/// A picture of the profile's frame and no crop.
+/// Returns a picture of the profile's frame and no crop.
 OraclePicture Whole(int width, int height)
 {
     OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
     return picture;
 }
 
-/// A camera table for the tests, because the real one changes.
+/// Loads a camera table for the tests, because the real one changes.
 void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));
@@ -122,7 +122,7 @@ void tst_Fit::atAnEntry_data()
 {
     QTest::addColumn<ProfileEntry>("entry");
     QTest::addColumn<Projection>("projection");
-    QTest::addColumn<QSize>("size"); // as the sensor lies
+    QTest::addColumn<QSize>("size"); // in the sensor's orientation
     QTest::addColumn<int>("turn");
     const auto row = [](const char *name, const ProfileEntry &entry, const QSize &size, int turn = 1,
                         Projection projection = Projection::Rectilinear) {
@@ -177,7 +177,7 @@ void tst_Fit::atAnEntry()
 void tst_Fit::frames_data()
 {
     QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<double>("longPx"); // of the picture's whole frame; 0: refused
+    QTest::addColumn<double>("longPx"); // long side of the picture's whole frame; 0: refused
     QTest::addColumn<double>("ratio");  // q
     QTest::addColumn<bool>("ownCenter");
     QTest::addColumn<QString>("text"); // part of `assumed` or `why`
@@ -199,34 +199,34 @@ void tst_Fit::frames_data()
     const auto zoomed = [&](double value) { return number(&PictureFacts::digitalZoom, value); };
     const auto both = [&](PictureFacts &facts) { zoomed(2.0)(facts), equivalent(72.0)(facts); };
     const auto crop = [](bool PictureFacts::*how) { return [how](PictureFacts &facts) { facts.*how = true; }; };
-    row("the same", {3000, 2000}, none, 3000, 1.0, true, "");
-    row("as makers spell it", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
-    row("a rounded equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
+    row("the profile's own frame", {3000, 2000}, none, 3000, 1.0, true, "");
+    row("body in another spelling", {3000, 2000}, body("MAKER  Body"), 3000, 1.0, true, "");
+    row("a rounded 35 mm equivalent", {3000, 2000}, equivalent(36.4), 3000, 1.0, true, "");
     row("a crop mode", {3000, 2000}, equivalent(54.0), 3000, 36.0 / 54.0, true,
         "67 % of its sides, according to the 35 mm");
-    row("a nonsensical equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
+    row("a nonsensical 35 mm equivalent", {3000, 2000}, equivalent(65535.0), 3000, 1.0, true, "65535 mm is ignored");
     row("digital zoom", {3000, 2000}, zoomed(2.0), 3000, 0.5, true, "50 % of its sides, according to the digital zoom");
     row("a nonsensical zoom", {3000, 2000}, zoomed(1e6), 3000, 1.0, true, "digital zoom of 1000000 is ignored");
-    row("both give the same", {3000, 2000}, both, 3000, 0.5, true, "50 %");
+    row("digital zoom included in the 35 mm equivalent", {3000, 2000}, both, 3000, 0.5, true, "50 %");
     row("16 : 9", {3000, 1688}, none, 3000, 1.0, false, "middle of a frame of 1.50");
     row("4 : 3", {2000, 1500}, none, 2250, 1.0, false, "middle of a frame of 1.50");
     row("square", {2000, 2000}, none, 3000, 1.0, false, "middle of a frame of 1.50");
     row("nearly 3 : 2", {3000, 1970}, none, 3000, 1.0, true, "");
     row("a smaller body", {3000, 2000}, body("SMALL"), 3000, 0.75, false, "another body, BODY");
-    row("a smaller one of 4 : 3", {2000, 1500}, body("SMALL"), 2000,
+    row("a smaller body, 4 : 3", {2000, 1500}, body("SMALL"), 2000,
         (0.8 * 43.266615 / 2.0) / (43.266615 / 1.5 * 3.0 / std::sqrt(13.0)), false, "another body, BODY");
-    row("a little larger", {3000, 2000}, body("NEAR"), 3000, 1.5 / 1.46, false, "another body, BODY");
+    row("a slightly larger body", {3000, 2000}, body("NEAR"), 3000, 1.5 / 1.46, false, "another body, BODY");
     row("a larger body", {3000, 2000}, body("LARGE"), 0, 0, false, "smaller frame (the picture's is 150 %");
-    row("unknown body", {3000, 2000}, body("THING"), 0, 0, false, "sensor of \"THING\" is unknown");
+    row("an unknown body", {3000, 2000}, body("THING"), 0, 0, false, "sensor of \"THING\" is unknown");
     row(
-        "unknown, focal plane", {3000, 2000},
+        "an unknown body, with focal plane", {3000, 2000},
         [](PictureFacts &f) {
             f.model = Known(QStringLiteral("THING"));
             f.focalPlaneWidthMm = Known(18.0);
         },
         3000, 18.0 / (43.266615305567875 / 1.5 * 3.0 / std::sqrt(13.0)), false, "75 % of that body's");
     row(
-        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "doesn't name its camera");
+        "no body", {3000, 2000}, [](PictureFacts &f) { f.model = {}; }, 0, 0, false, "name it with --body");
     row("cropped at an angle", {3000, 2000}, crop(&PictureFacts::cropTurned), 0, 0, false, "angle");
     row("a crop that can't be read", {3000, 2000}, crop(&PictureFacts::cropLost), 0, 0, false, "can't be read");
 }
@@ -249,10 +249,10 @@ void tst_Fit::frames()
         return;
     OraclePicture picture = Whole(facts.pixels.width(), facts.pixels.height());
     picture.ownCenter = ownCenter;
-    // The oracle takes the unit from the longest side.
+    // The oracle's unit is the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
-    // Centers of pictures whose proportions aren't quite the frame's: by the frame's own sides.
+    // If proportions differ slightly from the frame's, centers are shares of the frame's sides.
     const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
     QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
@@ -369,7 +369,7 @@ void tst_Fit::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // An amount of a half gives half the displacement and half the exposure values.
+    // Half the amount gives half the displacement and half the exposure values.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
@@ -381,7 +381,7 @@ void tst_Fit::choices_data()
 {
     QTest::addColumn<QVector<ProfileEntry>>("entries");
     QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<QString>("expected"); // geometry's entries and weights in percent; light's after a bar
+    QTest::addColumn<QString>("expected"); // entries and weights in percent, for geometry and, after a bar, for light
     QTest::addColumn<QString>("text");     // part of `assumed` or `why`
     const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
         ProfileEntry made = Entry(focal);
@@ -404,32 +404,38 @@ void tst_Fit::choices_data()
         QTest::newRow(name) << entries << facts << QString::fromLatin1(expected) << QString::fromLatin1(text);
     };
     const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
-    row("any order", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
+    row("entries not sorted", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
     row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm is outside the profile's 20 to 40 mm");
-    row("a little beyond", zoom, shot(40.5, 3, 4), "0:100|0:100");
-    row("no focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
-    row("no need of one", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100", "the profile's only one");
+    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "0:100|0:100");
+    row("unknown focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
+    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100",
+        "the profile's only one");
     row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
         "distance unknown: the farthest");
     row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
         "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
     row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");
     row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
-    row("towards infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4), "1:75 0:25|1:75 0:25");
+    row("between a distance and infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4),
+        "1:75 0:25|1:75 0:25");
     row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
     row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
         "f/32 is outside the profile's f/2 to f/8: the nearest is used");
     row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one, and another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100", "at f/4, its only aperture");
-    row("one, and unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100", "at f/4, its only aperture");
-    row("one that isn't given", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
+    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100",
+        "at f/4, its only aperture");
+    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100",
+        "at f/4, its only aperture");
+    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
     row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
-    row("not every one has each", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
+    row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
         "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("one without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
-    row("nearly one: the last", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4), "1:100|1:100");
-    row("kinds aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100", "aren't mixed");
+    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
+    row("nearly equal settings: the last one", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4),
+        "1:100|1:100");
+    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100",
+        "aren't mixed");
 }
 
 void tst_Fit::choices()
@@ -460,12 +466,12 @@ void tst_Fit::choices()
 void tst_Fit::oddities()
 {
     LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
-    profile.notes = {{7, 0, QStringLiteral("of a used one")}, {9, 2, QStringLiteral("of another")}};
+    profile.notes = {{7, 0, QStringLiteral("of a used entry")}, {9, 2, QStringLiteral("of another entry")}};
     const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
-    QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used one")});
+    QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
 }
 
-/// A picture that was cut from the middle is corrected like the same part of the whole.
+/// A picture cut from the middle is corrected like the same part of the whole.
 void tst_Fit::lensfunFrames()
 {
     const auto fit = [](const QSize &size) {
@@ -557,8 +563,8 @@ void tst_Fit::leftOut()
 
 void tst_Fit::useless_data()
 {
-    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, in line 9
-    QTest::addColumn<bool>("distortion");    // whether it is still made
+    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, at line 9
+    QTest::addColumn<bool>("distortion");    // whether it is still corrected
     QTest::addColumn<bool>("color");
     QTest::addColumn<QString>("why");
     const auto row = [](const char *name, bool distortion, bool color, const char *why,
@@ -571,13 +577,15 @@ void tst_Fit::useless_data()
     // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
     row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
         [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
-    row("places outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
+    row("all positions outside", false, true,
+        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
-    row("tangential terms that throw all out", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
+    row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
-    row("both colors, said once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %", [](ProfileEntry &e) {
-        e.redGreen->coefficients = {-1e12, 1e12, -1e12};
-    });
+    row("both colors, reported once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %",
+        [](ProfileEntry &e) {
+            e.redGreen->coefficients = {-1e12, 1e12, -1e12};
+        });
     row("half a fisheye", true, true, "", [](ProfileEntry &e) {
         e.kind = ProfileEntry::Kind::Fisheye;
         e.green->coefficients = {-0.5};

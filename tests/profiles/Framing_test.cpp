@@ -1,4 +1,4 @@
-// The zoom of each framing, and that a filled picture has no empty pixel.
+// Checks the zoom of each framing, and that a filled picture has no empty pixel.
 #include "Framing.h"
 
 #include "CorrectionTwin.h"
@@ -68,13 +68,13 @@ void tst_Framing::framings()
         return Fit(Profile({entry}), Facts({3000, 2000}), options);
     };
     QCOMPARE(fit(Framing::Keep).zoom, 1.0);
-    // Everything: the corner of the source, at 1802.776 px, shows where r k(r) is that: in focal lengths 0.60093 =
-    // r - 0.1 r^3, which r = 0.62539 solves.
+    // All: the source's corner, 1802.776 px or 0.60093 focal lengths from the middle, appears where r - 0.1 r^3 =
+    // 0.60093, at r = 0.62539.
     const FitResult all = fit(Framing::All);
     QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
     QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
-    // Filled: the middle of a long edge, 999.5 px from the picture's, comes from 1,000 px there, where the source ends;
-    // 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
+    // Fill: the middle of a long edge, 999.5 px from the picture's middle, is sampled at 1,000 px, where the source
+    // ends; 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
     const FitResult fill = fit(Framing::Fill);
     QVERIFY2(std::abs(fill.zoom - 999.5 / 1011.5) < 3e-5, qPrintable(QString::number(fill.zoom, 'g', 9)));
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);

@@ -1,4 +1,4 @@
-// Profiles in all spellings: each gives the same entries, and problems are reported with their line.
+// Profiles in all XML forms: each gives the same entries, and problems are reported with their line.
 #include "Case.h"
 #include "InputLimits.h"
 #include "LensProfile.h"
@@ -25,7 +25,7 @@ QString Text(const char *name, const std::optional<ProfileModel> &model)
     return QStringLiteral(" %1(%2)").arg(QLatin1String(name), numbers.join(QLatin1Char(' ')));
 }
 
-/// All values of the entries, lines and notes left out.
+/// Returns all values of the entries, without lines and notes.
 QString Text(const LensProfile &profile)
 {
     QString text;
@@ -50,7 +50,7 @@ SpelledNode Model(const char *name, const QByteArray &prefix, const QList<QByteA
     return model;
 }
 
-/// A perspective entry with all models, one that inherits, and a fisheye.
+/// Returns a perspective entry with all models, one with inherited values, and a fisheye.
 QList<SpelledNode> Entries()
 {
     SpelledNode green = Model("ChromaticGreenModel", "RadialDistortParam", {"-0.27", "0.0912"});

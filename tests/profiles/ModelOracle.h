@@ -32,6 +32,6 @@ struct OraclePart {
 };
 using OracleBlend = QVector<OraclePart>;
 
-/// Returns the places of the pixel (@p x, @p y) of the current picture. Gain is not limited.
+/// Returns the sampling positions of pixel (@p x, @p y) of the current picture. The gain is not limited.
 OraclePlaces OracleAt(const OracleBlend &blend, const OraclePicture &picture, Projection projection, double zoom,
                       long double x, long double y);

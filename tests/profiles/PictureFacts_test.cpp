@@ -14,7 +14,7 @@ namespace {
 
 using Values = QList<QPair<const char *, const char *>>;
 
-/// A JPEG of 60 x 40 with these values by key; those of maker notes as raw numbers.
+/// Writes a JPEG of 60 x 40 pixels with these values by key; those of maker notes are raw numbers.
 void Write(const QString &path, const Values &values)
 {
     WriteJpeg(path, 60, 40);
@@ -157,11 +157,15 @@ void tst_PictureFacts::doneBefore()
         {"our own record", {{"Xmp.vitrelux.Corrections", "distortion, lateral color"}}, "dc"},
         {"a phone", {{"Exif.Image.Make", "Apple"}, {"Exif.Image.Model", "iPhone 12"}}, "dcv"},
         {"an old drone", {{"Exif.Image.Make", "DJI"}, {"Exif.Image.Model", "FC6310"}}, ""},
-        {"a newer one", {{"Exif.Image.Make", "DJI"}, {"Exif.Image.Model", "FC7303"}}, "dcv"},
+        {"a newer drone", {{"Exif.Image.Make", "DJI"}, {"Exif.Image.Model", "FC7303"}}, "dcv"},
         {"a switch that is on", {{"Exif.Image.Make", "NIKON"}, {"Exif.Nikon3.VignetteControl", "3"}}, "v"},
         {"a switch that is off", {{"Exif.Image.Make", "NIKON"}, {"Exif.Nikon3.VignetteControl", "0"}}, ""},
-        {"three at once", {{"Exif.Image.Make", "Canon"}, {"Exif.Canon.VignettingCorr2", "32 0 0 0 0 1 1 1"}}, "dcv"},
-        {"one of three", {{"Exif.Image.Make", "Canon"}, {"Exif.Canon.VignettingCorr2", "32 0 0 0 0 1 0 0"}}, "v"},
+        {"three switches on",
+         {{"Exif.Image.Make", "Canon"}, {"Exif.Canon.VignettingCorr2", "32 0 0 0 0 1 1 1"}},
+         "dcv"},
+        {"one of three switches on",
+         {{"Exif.Image.Make", "Canon"}, {"Exif.Canon.VignettingCorr2", "32 0 0 0 0 1 0 0"}},
+         "v"},
     };
     for (const auto &row : rows) {
         const PictureFacts facts = Facts(row.values);

@@ -40,7 +40,7 @@ private:
             || m_spelling == Spelling::Mixed;
     }
 
-    /// "1.4" as "14/10".
+    /// Returns "14/10" for "1.4".
     static QByteArray Rational(const QByteArray &number)
     {
         const int point = number.indexOf('.');

@@ -28,8 +28,8 @@ enum class Spelling {
 };
 constexpr int kSpellings = 9;
 
-/// A complete file of these entries.
+/// Returns a complete file of these entries.
 QByteArray SpelledProfile(const QList<SpelledNode> &entries, Spelling spelling);
 
-/// A complete file, in attribute form, of entries that have all models.
+/// Returns a complete file, in attribute form, of entries that have all models.
 QByteArray SpelledProfile(const QVector<ProfileEntry> &entries);

@@ -12,10 +12,10 @@ constexpr double kStepPx = 6;   // along the edge
 constexpr double kReachPx = 4;  // across it, on both sides of the expected position
 constexpr double kCorePx = 2.5; // half the width of the change that is measured
 constexpr double kSamplePx = 0.25;
-constexpr int kAlong = 3;            // mean of 2 * 3 + 1 lines across, against noise
+constexpr int kAlong = 3;            // averages 2 * 3 + 1 lines across the edge, to reduce noise
 constexpr double kWhole = 0.72;      // of the usual contrast; less means that something covers the edge
 constexpr double kCornerReach = 0.3; // of the picture's diagonal
-constexpr int kEnough = 5;           // points, for a mean
+constexpr int kEnough = 5;           // points that a mean needs
 
 struct EdgePoint {
     double along;     // pixels from the edge's start

@@ -19,5 +19,5 @@ struct EdgeFigures {
 /// @p placement only gives these positions. Those where the edge is interrupted are left out.
 EdgeFigures MeasureEdge(const TiffRaster &picture, const Samples::StraightEdge &edge, const Placement &placement);
 
-/// Mean of the three colors over a square, 0 to 255.
+/// Returns the mean of the three colors over a square, 0 to 255.
 double MeanLevel(const TiffRaster &picture, Samples::Point center, double halfSize);

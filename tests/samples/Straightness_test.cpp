@@ -17,14 +17,14 @@ namespace {
 
 /// Aberrations that a sample must have before its correction.
 struct Limits {
-    double bend;   ///< pixels, at least, of the most bent edge
-    double fringe; ///< pixels, at least, of the widest fringe
-    double corner; ///< share of the light at most, in each corner patch
+    double bend;   ///< minimum bend of the most bent edge, in pixels
+    double fringe; ///< minimum width of the widest fringe, in pixels
+    double corner; ///< maximum share of the light in each corner patch
 };
 constexpr Limits kBefore[] = {{10, 1.5, 0.8}, {10, 1.5, 0.8}, {40, 0.8, 0.9}};
 constexpr double kBendAfter = 0.5;
 constexpr double kFringeAfter = 0.2;
-constexpr double kLightAfter = 0.02; // off 1, at most
+constexpr double kLightAfter = 0.02; // largest deviation from 1
 
 TiffRaster ReadJpeg(const QString &path)
 {
@@ -37,7 +37,7 @@ TiffRaster ReadJpeg(const QString &path)
 }
 
 struct Figures : EdgeFigures {      // the worst of all edges
-    std::vector<double> light = {}; ///< of each patch, 1 means as in the scene
+    std::vector<double> light = {}; ///< of each patch, 1 being that of the scene
 };
 
 double LightOf(const TiffRaster &picture, const Sample &sample, const Samples::EvenPatch &patch, Point center)
@@ -97,7 +97,7 @@ void tst_Straightness::aberrationsAreCorrected()
     QVERIFY2(run.exitCode == 0, run.error.constData());
 
     const TiffRaster before = ReadJpeg(photograph), after = ReadTiff(results.filePath(name + "_corrected.tiff"_s));
-    QCOMPARE(QSize(after.width, after.height), QSize(before.width, before.height)); // upright as it was
+    QCOMPARE(QSize(after.width, after.height), QSize(before.width, before.height)); // still upright
     const Figures faults = MeasurePicture("before:", before, sample, [&](Point corrected) {
         const Point turned = Turned(corrected, before.width, sample.hold);
         return Upright(ToSource(sample.lens, *sample.lens.green, MainProjection(sample.lens), turned), before.width,

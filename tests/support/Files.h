@@ -12,7 +12,7 @@ inline QString WriteFile(const QString &path, const QByteArray &bytes = {})
     return path;
 }
 
-/// Reads a file; on failure returns a text that no test writes.
+/// Reads a file; on failure, returns a text that no test writes.
 inline QByteArray ReadFile(const QString &path)
 {
     QFile file(path);

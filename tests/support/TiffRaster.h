@@ -25,7 +25,8 @@ private:
 /// Returns a black picture.
 TiffRaster BlankRaster(int width, int height, int channels, int bits);
 
-/// Reads a contiguous 8, 16 or 32f file of strips. Throws std::runtime_error for any other.
+/// Reads a TIFF with interleaved 8-bit, 16-bit or float samples in strips. Throws std::runtime_error for any other
+/// file.
 TiffRaster ReadTiff(const QString &path);
 
 /// Writes an uncompressed file; values are rounded to the depth. Throws std::runtime_error on failure.

@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "OwnFolders.h"
 #include "Threads.h"
+#include "analytics/BinaryJson.h"
 #include "analytics/KAnalyticsDb.h"
 #include "analytics/KAnalyticsFile.h"
 #include "analytics/KAnalyticsManager.h"
@@ -93,6 +94,7 @@ private Q_SLOTS:
     void databaseKeepsEvents();
     void damagedDatabase_data();
     void damagedDatabase();
+    void binaryForms();
     void binaryFile();
     void storeAndIdentifier();
     void duplicateAndDeletedProviders();
@@ -164,7 +166,7 @@ void tst_Analytics::eventsAsText()
         qint64 timestamp;
         const char *name;
         int type;
-    } read[] = {{"not json", 5, "before", 2}, // as before
+    } read[] = {{"not json", 5, "before", 2}, // unchanged
                 {R"({"timestamp":"soon","name":7,"type":["duration"]})", 0, "", 0},
                 {R"({"timestamp":"77","type":"Duration"})", 77, "", 0}};
     for (const auto &row : read) {
@@ -197,7 +199,7 @@ void tst_Analytics::databaseKeepsEvents()
     m_db->insertEvent(Event("a"));
     second.insertEvent(Event("kept out"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("0:kept out"));
-    QCOMPARE(second.userId(/*create=*/true), QString()); // there is one that can't be read yet
+    QCOMPARE(second.userId(/*create=*/true), QString()); // one exists, but can't be read yet
     m_db->close();
     second.insertEvent(Event("b"));
     QCOMPARE(Names(second.allEvents()), QStringLiteral("1:a 2:b"));
@@ -232,6 +234,26 @@ void tst_Analytics::damagedDatabase()
     QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
 }
 
+// Qt's writer is the other side.
+void tst_Analytics::binaryForms()
+{
+    const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},
+                               {QString::fromUtf8("\xE9\x8D\xB5"), QString::fromUtf8("\xE5\x80\xA4")}};
+    const QJsonArray numbers = {0, -1, 67108863, -67108864, 67108864, 1e300, -0.1};
+    const QJsonObject root = {{QStringLiteral("array"), QJsonArray{numbers, QJsonArray(), QJsonObject(), true, false}},
+                              {QStringLiteral("object"), inner},
+                              {QStringLiteral("long"), QString(40000, QLatin1Char('l'))},
+                              {QString(), QString()}};
+    QCOMPARE(ObjectOfBinaryJson(QJsonDocument(root).toBinaryData()), root);
+    QCOMPARE(ObjectOfBinaryJson(QJsonDocument(numbers).toBinaryData()), QJsonObject());
+
+    QByteArray bytes = StoreBytes();
+    for (int length = 0; length < bytes.size(); ++length)
+        QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));
+    const QByteArray itself = QByteArray::fromHex("16000000030000000C00000010000000150000000000");
+    QVERIFY(ObjectOfBinaryJson(bytes.left(8) + itself).isEmpty()); // an object within itself
+}
+
 void tst_Analytics::binaryFile()
 {
     const QByteArray whole = StoreBytes();
@@ -248,7 +270,7 @@ void tst_Analytics::binaryFile()
             WriteFile(path + QStringLiteral(".lock"), lock);
         KAnalyticsFile file(nullptr);
         file.setFilePath(path);
-        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // terminates, and reads
+        QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // doesn't wait forever for the lock
         QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
         QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
         const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps it
@@ -291,7 +313,7 @@ void tst_Analytics::duplicateAndDeletedProviders()
     InThreads(1, [&](int) { gone = new Sender(&m_log); });
     m_manager->registerProvider(gone);
     InThreads(1, [&](int) { delete gone; });
-    m_manager->flushEvents(/*delayed=*/false); // before an event loop can report it
+    m_manager->flushEvents(/*delayed=*/false); // before an event loop can report the deletion
     auto *twice = new Sender(&m_log);
     m_manager->registerProvider(twice);
     m_log.clear();

@@ -29,7 +29,7 @@ private Q_SLOTS:
     void cleanup() { KCacheDiskManager::exit(); }
 
     void namesAndFolders();
-    void room();
+    void freeSpace();
     void folderChanges();
     void cleaning();
     void zeroingAllocator();
@@ -73,7 +73,7 @@ void tst_KCacheDiskManager::namesAndFolders()
     QVERIFY(QFile::exists(first) && !QDir(Folder(1)).exists());
 }
 
-void tst_KCacheDiskManager::room()
+void tst_KCacheDiskManager::freeSpace()
 {
     const struct {
         qint64 leftMib; // free space left in addition to the file

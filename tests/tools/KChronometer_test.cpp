@@ -35,7 +35,7 @@ private Q_SLOTS:
 
 void tst_KChronometer::pairs()
 {
-    for (int round = 0; round < 2; ++round) { // the second: after a reset
+    for (int round = 0; round < 2; ++round) { // the second round checks the state after a reset
         const Case named("round", round);
         QCOMPARE(gChrono.Stop(kName), 0); // without a start
         QCOMPARE(gChrono.GetNbContext(kName, /*onlyUsed=*/false), 0);
@@ -71,7 +71,7 @@ void tst_KChronometer::accumulated()
 void tst_KChronometer::formattedTime()
 {
     const std::pair<qint64, const char *> rows[] = {
-        {0, "0 ns"},       {1, "1000 us"}, // exactly one millisecond isn't more than one
+        {0, "0 ns"},       {1, "1000 us"}, // a unit needs a value above one
         {1000, "1000 ms"}, {59999, "59.999 s"}, {60000, "60 s"}, {3600000, "60 min:0 s"}, {90061999, "25 h:1 min:1 s"},
         {-5, "-5e+06 ns"}};
     for (const auto &[ticks, text] : rows)
@@ -95,7 +95,7 @@ void tst_KChronometer::fourThreads()
                 gChrono.Reset(own);
         }
         ++finished;
-        while (finished < 4) // so that no address is reused
+        while (finished < 4) // no thread ends early, so no thread object's address is reused
             std::this_thread::yield();
     });
     QCOMPARE(gChrono.GetNbContext(kName, /*onlyUsed=*/true), 4);
@@ -109,7 +109,7 @@ void tst_KChronometer::stopwatch()
     KSimpleChronometer watch;
     watch.Start();
     PassTime(3);
-    watch.Start(); // keeps running
+    watch.Start(); // no effect on a running watch
     const qint64 lap = watch.Stop();
     QVERIFY(lap >= 3);
     PassTime(2);
@@ -118,7 +118,7 @@ void tst_KChronometer::stopwatch()
     watch.Start();
     watch.Reset();
     QCOMPARE(watch.ElapsedTime(), 0);
-    QVERIFY(watch.IsStarted() && watch.Stop() < lap + 1000000); // from now, not from the epoch
+    QVERIFY(watch.IsStarted() && watch.Stop() < lap + 1000000); // measured from the reset, not from the epoch
 }
 
 QTEST_GUILESS_MAIN(tst_KChronometer)

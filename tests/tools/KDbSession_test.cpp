@@ -101,22 +101,22 @@ void tst_KDbSession::commitAndCancel()
 
 void tst_KDbSession::savepoint()
 {
-    for (const int way : {0, 1, 2}) { // closed, given no path, opened again
-        const Case named("way", way);
+    for (const int variant : {0, 1, 2}) { // closes the session, sets no path, opens the file again
+        const Case named("variant", variant);
         Notes notes;
         notes.setUseRollBack(true);
         notes.setFilePath(Path());
-        notes.Add(QString::number(way));
+        notes.Add(QString::number(variant));
         notes.commitAll();
         for (int i = 0; i < 2000; ++i) // over many pages
             notes.Add(QString(200, QLatin1Char('x')));
-        if (way == 0)
+        if (variant == 0)
             notes.close();
         else
-            notes.setFilePath(way == 1 ? QString() : Path());
-        QCOMPARE(notes.checkDb(), way == 2);
+            notes.setFilePath(variant == 1 ? QString() : Path());
+        QCOMPARE(notes.checkDb(), variant == 2);
         notes.setFilePath(Path());
-        QCOMPARE(notes.Texts().join(QString()), QStringLiteral("012").left(way + 1));
+        QCOMPARE(notes.Texts().join(QString()), QStringLiteral("012").left(variant + 1));
     }
 }
 

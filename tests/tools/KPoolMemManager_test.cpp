@@ -37,10 +37,10 @@ void tst_KPoolMemManager::blockSize()
     const struct {
         int memoryMo, threads, expected;
     } rows[] = {
-        {2000, 4, 8},  {1200, 1, 8},          // 250 and exactly 150 blocks of 8 are enough for 150
-        {1000, 4, 4},  {100, 4, 1},           // 125 of 8 are too few; 150 are wanted, 100 is the most
-        {2000, 32, 4}, {2000, 25, 8},         // ten per thread
-        {0, 4, 1},     {2000, 2000000000, 1}, // more threads than 32-bit block counts allow
+        {2000, 4, 8},  {1200, 1, 8},          // 250 blocks of 8 MB, and exactly the 150 required
+        {1000, 4, 4},  {100, 4, 1},           // 125 blocks of 8 MB are too few; 1 MB is the minimum
+        {2000, 32, 4}, {2000, 25, 8},         // ten blocks per thread
+        {0, 4, 1},     {2000, 2000000000, 1}, // ten blocks per thread exceed 32 bits
     };
     for (const auto &row : rows) {
         const Case named(row.memoryMo, "MB,", row.threads, "threads");
@@ -58,7 +58,7 @@ void tst_KPoolMemManager::blocks()
         const Case named("row", &row - &*std::begin(rows));
         KPoolMemManager pool;
         QCOMPARE(pool.getFreeBloc(), nullptr);
-        pool.init(3, 1, 1); // replaced by the next
+        pool.init(3, 1, 1); // replaced by the next call
         pool.init(row.memoryMo, 4, row.blockMo);
         const QVector<KPoolMemBloc *> all = TakeAll(&pool);
         QCOMPARE(all.size(), row.count);
@@ -77,7 +77,7 @@ void tst_KPoolMemManager::shortage()
         QStringLiteral("Can not allocate pool memory manager:\nmemory to allocate: 5000 mo | thread: 4 | bloc: "
                        "%1 mo\nTry to restart application or contact support if detected memory seems wrong");
     KPoolMemManager pool;
-    for (const int blockMo : {2048, 4096, -1}) { // 2 GiB doesn't fit 32 bits, 4 GiB is 0 there
+    for (const int blockMo : {2048, 4096, -1}) { // 2 GiB overflows a 32-bit int, 4 GiB wraps to 0
         const Case named(blockMo);
         pool.init(3, 1, 1);
         QCOMPARE(Thrown([&] { pool.init(5000, 4, blockMo); }), refusal.arg(blockMo));
@@ -106,13 +106,13 @@ void tst_KPoolMemManager::oldestIdle()
         all[i]->m_users = i == 2 ? 1 : 0;
         all[i]->m_lastUse = stamps[i];
     }
-    for (const int next : {1, 3, 0}) { // block 2 is in use; of the two with stamp 5 the first
+    for (const int next : {1, 3, 0}) { // block 2 is in use; of equal stamps, the first block wins
         const Case named(next);
         QCOMPARE(pool.getFreeableBloc(), all[next]);
         QCOMPARE(all[next]->m_users.load(), -1000);
     }
     QCOMPARE(pool.getFreeableBloc(), nullptr);
-    pool.addFreeBloc(all[2]); // returned although in use
+    pool.addFreeBloc(all[2]); // returned while it is in use
     QCOMPARE(pool.getFreeBloc(), all[2]);
     QCOMPARE(all[2]->m_users.load(), -1000);
 }

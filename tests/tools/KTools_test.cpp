@@ -23,7 +23,7 @@ namespace {
 const QString kApplication = QStringLiteral("KTools_test");
 constexpr int kEvents = 40;
 
-/// Returns the processors on which the calling thread may run.
+/// Returns the number of processors on which the calling thread may run.
 int Allowed()
 {
     cpu_set_t set;
@@ -49,7 +49,8 @@ bool RunApart(std::vector<int> *allowed)
     return apart;
 }
 
-/// One of several applications on the same data folder: starts, waits for a line, sends, prints its user, stops.
+/// Acts as one of several applications on the same data folder: starts, waits for a line, sends, prints its user,
+/// stops.
 int RunAsApplication()
 {
     KTools::init(nullptr);
@@ -190,9 +191,9 @@ void tst_KTools::unwritableFolders()
     QVERIFY(!application.ReadLine().isEmpty()); // an identifier for this run
     QVERIFY(application.process.waitForFinished());
     QCOMPARE(application.process.exitCode(), 0);
-    const QByteArray said = application.process.readAllStandardError();
-    QCOMPARE(said.count("[openDb]"), 1); // once, not with every event
-    QCOMPARE(said.count('\n'), 1);
+    const QByteArray message = application.process.readAllStandardError();
+    QCOMPARE(message.count("[openDb]"), 1); // once, not with every event
+    QCOMPARE(message.count('\n'), 1);
 }
 
 int main(int argc, char **argv)

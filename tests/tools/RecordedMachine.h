@@ -31,7 +31,7 @@ public:
 
     RecordedMachine(Vendor vendor, unsigned maxLeaf, std::vector<unsigned> apicIds);
 
-    /// Sets leaf 1: the multi-threading flag with the identifiers reserved for a package; none: flag clear.
+    /// Sets leaf 1: the multi-threading flag and the identifiers reserved for a package. By default the flag is clear.
     RecordedMachine &PerPackage(unsigned identifiers);
     /// Sets leaf 4 and its field of identifiers for cores.
     RecordedMachine &Caches(unsigned coreIdentifiers, const std::vector<RecordedCache> &caches);

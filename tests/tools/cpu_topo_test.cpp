@@ -12,7 +12,7 @@ using Caches = std::vector<RecordedCache>;
 
 namespace {
 
-/// Returns identifiers in steps, for numberings with holes.
+/// Returns evenly spaced identifiers, for numberings with gaps.
 Ids Range(unsigned first, unsigned count, unsigned step = 1)
 {
     Ids ids;
@@ -50,7 +50,7 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
     const Caches zen = {{1, D, 2, 64, 8}, {1, I, 2, 256, 4}, {2, U, 2, 1024, 8}, {3, U, 8, 8192, 16}};
     const Caches rome = {{1, D, 2, 64, 8}, {1, I, 2, 64, 8}, {2, U, 2, 1024, 8}, {3, U, 8, 16384, 16}};
     return {
-        {"Intel, 2 sockets of 6 cores with 2 threads, holes in the core numbers, leaf 11",
+        {"Intel, 2 sockets of 6 cores with 2 threads, gaps in the core numbers, leaf 11",
          {R(R::Intel, 0xF, Range(0, 6) + Range(16, 6) + Range(32, 6) + Range(48, 6))
               .PerPackage(32)
               .Caches(16, xeon)
@@ -66,11 +66,11 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
               .Levels({{1, 1, 2}, {2, 6, 4}, {5, 6, 4}}),
           {2, 4, 8, 2, 2, {{4, 2, 48}}}}},
         {"Intel, 4 cores, second cache shared by pairs, by leaves 1 and 4",
-         {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 is there, but empty
+         {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 exists but is empty
           {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
         {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
          {R(R::Intel, 2, {0, 1, 6, 7}).PerPackage(2), {2, 2, 4, 1, 2, {{2, 2, 0}}}}},
-        {"several sockets without the flag, as hypervisors make them",
+        {"several sockets without the flag, as hypervisors report them",
          {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
         {"hypervisor that counts fewer threads than cores",
          {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},

@@ -34,7 +34,7 @@ public:
     /// Stores an identifier unless there is one.
     void setUserId(QString userId);
 
-    /// Creates the table if it is missing. Null: on the session's connection.
+    /// Creates the table if it is missing. A null @p db means the session's connection.
     void createTable(QString table, QString columns, QSqlDatabase *db);
 
 public Q_SLOTS:

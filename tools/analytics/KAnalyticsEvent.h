@@ -36,7 +36,7 @@ public:
     /// Returns five keys: "timestamp", "name", "category", "type" ("action", "duration", "counter", "unknow") and
     /// "value".
     QJsonObject toJsonObject();
-    /// Reads the five keys; a missing one counts as 0, an empty text, an action, no value.
+    /// Reads the five keys; missing ones are read as 0, an empty string, an action and no value.
     void fromJsonObject(QJsonObject object);
     /// Returns a plain event with the same fields, owned by the caller.
     KAnalyticsEvent *clone();

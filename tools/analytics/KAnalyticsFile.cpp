@@ -1,5 +1,6 @@
 #include "KAnalyticsFile.h"
 
+#include "BinaryJson.h"
 #include "KAnalyticsEvent.h"
 
 #include <QFile>
@@ -53,7 +54,7 @@ QJsonObject KAnalyticsFile::currentJSonRoot()
             return {};
         bytes = file.readAll();
     }
-    return QJsonDocument::fromBinaryData(bytes).object(); // empty if the data isn't of this form
+    return ObjectOfBinaryJson(bytes);
 }
 
 void KAnalyticsFile::saveJSonRoot(QJsonObject &root)
@@ -104,7 +105,7 @@ void KAnalyticsFile::setUserId(QString userId)
 {
     QJsonObject root = currentJSonRoot();
     if (!root.isEmpty())
-        root.insert(kUserId, userId); // nothing else: see the class
+        root.insert(kUserId, userId); // never saved; see the class
 }
 
 void KAnalyticsFile::addProviderArray(QString name, QJsonArray array)

@@ -17,7 +17,7 @@ Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
 
 namespace {
 
-/// The store's name is not secret; it just isn't obvious at a glance.
+/// Returns the name of the store's file, which isn't secret but doesn't show its purpose.
 QString StoreName()
 {
     return QString::fromLatin1(
@@ -45,7 +45,7 @@ KAnalyticsManager::KAnalyticsManager(bool useSettingsUserId, QObject *parent, bo
 KAnalyticsManager::~KAnalyticsManager()
 {
     while (KAnalyticsProvider *provider = Providers().value(0)) {
-        Forget(provider); // in all its places, and before its destruction is signaled
+        Forget(provider); // removes all its entries, before its destruction is signaled
         delete provider;
     }
     qDeleteAll(m_timers);

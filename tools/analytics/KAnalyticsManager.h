@@ -35,7 +35,7 @@ public:
     /// @param useDb              stores events in a KAnalyticsDb, otherwise in a KAnalyticsFile.
     /// Becomes the process's manager if there is none.
     KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb);
-    /// Doesn't flush, see waitBeforeExit(). Afterwards the process has no manager.
+    /// Doesn't flush; see waitBeforeExit(). Afterward the process has no manager.
     ~KAnalyticsManager() override;
 
     /// Returns the process's manager; if there is none, creates one with shared identifier and database.
@@ -74,7 +74,7 @@ public Q_SLOTS:
     void decreaseCounterEvent(QString category, QString name);
 
     void setMaxEventsBufferised(int maxEventsBufferised);
-    /// Flushes at once, or when the event loop next runs. Also while analytics is off.
+    /// Flushes at once or, if @p delayed, when the event loop next runs; even while analytics is off.
     void flushEvents(bool delayed);
     /// Flushes at once and waits for the providers.
     void waitBeforeExit();

@@ -16,10 +16,10 @@ public:
     explicit KAnalyticsProvider(QObject *parent);
     ~KAnalyticsProvider() override;
 
-    /// Calls preFlush(), flushEvent() for each event, postFlush(). From here on the providers own the events; all
-    /// providers receive the same ones.
+    /// Calls preFlush(), flushEvent() for each event, and postFlush(). The providers then own the events; all providers
+    /// receive the same ones.
     void flushEvents(QList<KAnalyticsRawEvent *> events);
-    /// Sets the store, which the manager keeps owning. Calls storageChanged() unless it is null.
+    /// Sets the store, which the manager still owns. Calls storageChanged() unless it is null.
     void setDb(KAnalyticsDb *db);
     void setAnFile(KAnalyticsFile *file);
     /// Returns whether an event is at most ten days old; older ones aren't sent.

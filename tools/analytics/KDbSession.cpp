@@ -22,9 +22,9 @@ bool Run(QSqlQuery &query, const QString &text)
     return query.prepare(text) && query.exec();
 }
 
-/// Two processes that start together on one file can each hold half a lock, and with exclusive locking neither would
-/// ever release it. While locking is still normal, the one that fails releases its half and the other gets the full
-/// lock. Tries a few times without pausing. Returns false if another process has the file locked.
+/// Locks the file; returns false if another process has it locked. Two processes that open a file at the same time can
+/// each get a shared lock, which in exclusive locking mode neither would ever release. So this is called in normal
+/// mode, where the one that fails releases its lock and the other one gets the exclusive lock. Retries without pausing.
 bool TakeLock(QSqlQuery &query)
 {
     constexpr int kTries = 20;
@@ -41,7 +41,7 @@ QSqlQuery Inactive()
     return QSqlQuery(QString(), QSqlDatabase());
 }
 
-/// Closes and removes the connection. No other handle to it may be left.
+/// Closes and removes the connection. No other handle to it may exist.
 void Forget(QSqlDatabase *db)
 {
     const QString name = db->connectionName();
@@ -50,7 +50,7 @@ void Forget(QSqlDatabase *db)
     QSqlDatabase::removeDatabase(name);
 }
 
-/// Returns @p value as stored in a copy.
+/// Returns @p value as copyDbTo() stores it.
 QVariant Copied(const QVariant &value)
 {
     if (value.type() != QVariant::String)
@@ -112,7 +112,7 @@ QSqlDatabase KDbSession::openDb(QString connectionName, QString filePath)
     if (!db.isValid())
         return db;
     if (m_driver == kSqlite)
-        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=0")); // another process keeps its lock for hours
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=0")); // another process may hold its lock for hours
     if (!db.open())
         qCWarning(dbsession) << "[openDb]" << filePath << "Error while opening" << db.lastError().text();
     if (!db.isOpen())
@@ -154,9 +154,9 @@ bool KDbSession::Tune(QSqlDatabase &db)
                                   "PRAGMA journal_mode = OFF"})
         Run(query, QString::fromLatin1(statement));
     const bool locked = TakeLock(query);
-    if (locked) { // otherwise read locks would be kept too, and block waiting processes
+    if (locked) { // otherwise this mode would also keep read locks, which block waiting processes
         Run(query, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
-        Run(query, QStringLiteral("COMMIT")); // the lock stays
+        Run(query, QStringLiteral("COMMIT")); // this mode keeps the lock
     }
     Run(query, QStringLiteral("PRAGMA synchronous = OFF"));
     if (m_useRollBack) {

@@ -68,7 +68,7 @@ public:
 private:
     /// Applies the settings. Returns false if another process has the file locked: SQLite then accepts no settings.
     bool Tune(QSqlDatabase &db);
-    /// Applies the settings and creates the tables that were not possible, once that process has unlocked the file.
+    /// Applies the settings and creates the missing tables once the other process has unlocked the file.
     void CatchUp();
     /// Begins a unit of work if the session has the file locked.
     void Begin();

@@ -11,14 +11,14 @@ constexpr unsigned kLeafBLevelsMax = 16; // more than any processor has; ends th
 constexpr unsigned kSmtLevel = 1;
 constexpr unsigned kCoreLevel = 2;
 constexpr unsigned kAmdCacheLeaf = 0x8000001Du;
-constexpr unsigned kAmdSmtFamily = 0x17; // before it, the same field counted the cores of a compute unit
+constexpr unsigned kAmdSmtFamily = 0x17; // in earlier families the field counts the cores of a compute unit
 
 bool HasExtendedLeaf(CpuMachine &machine, unsigned leaf)
 {
     return machine.Cpuid(0x80000000u, 0).eax >= leaf;
 }
 
-/// Returns whether the processor is AMD's or Hygon's, which uses AMD's design: their leaf 4 is empty.
+/// Returns whether the processor was made by AMD, or by Hygon to AMD's design: both leave leaf 4 empty.
 bool IsAmd(CpuMachine &machine)
 {
     const unsigned ebx = machine.Cpuid(0, 0).ebx;
@@ -57,8 +57,8 @@ ApicFields FieldsOfWidths(unsigned smtWidth, unsigned coreWidth)
     return fields;
 }
 
-/// Leaf 0x80000008 gives the combined width of core and thread or, on older processors, a count; leaf 0x8000001E the
-/// threads per core.
+/// Reads the extended leaves: leaf 0x80000008 has the combined width of the core and thread fields or, on older
+/// processors, a count; leaf 0x8000001E has the number of threads per core.
 ApicFields AmdFields(CpuMachine &machine)
 {
     const unsigned ecx = machine.Cpuid(0x80000008u, 0).ecx;
@@ -175,7 +175,7 @@ ApicFields LegacyFields(CpuMachine &machine)
             return AmdFields(machine);
         cores = getBitsFromDWORD(leaf4.eax, 26, 31) + 1;
     } else if (HasCmpLegacy(machine)) {
-        ApicFields fields; // the count is of cores, not threads, and nothing says how the identifier splits
+        ApicFields fields; // the count is one of cores, not threads; the layout of the identifier is unknown
         fields.error = kTopologyLegacyError;
         return fields;
     }

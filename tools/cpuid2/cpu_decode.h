@@ -30,7 +30,7 @@ struct CacheDescription {
 unsigned getBitsFromDWORD(unsigned value, unsigned from, unsigned to);
 /// Returns 1 and the index of the highest set bit; 0 and index 0 if there is none.
 unsigned char myBitScanReverse(unsigned *index, unsigned value);
-/// Returns the number of bits that can number @p count things: the index of the highest set bit of 2 * count - 1.
+/// Returns the number of bits needed to number @p count items: the index of the highest set bit of 2 * count - 1.
 unsigned WidthOf(unsigned count);
 
 unsigned MaxLeaf(CpuMachine &machine);

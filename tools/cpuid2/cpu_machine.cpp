@@ -25,9 +25,9 @@ public:
     {
         cpu_set_t set; // little endian: its words hold the bits in the order of our bytes
         CPU_ZERO(&set);
-        const bool told = sched_getaffinity(0, sizeof set, &set) == 0;
+        const bool isKnown = sched_getaffinity(0, sizeof set, &set) == 0;
         std::memcpy(mask->data(), &set, sizeof set);
-        return told;
+        return isKnown;
     }
 
     bool Bind(const AffinityBytes &mask) override
@@ -42,7 +42,7 @@ public:
         CpuidRegisters r = {};
 #if defined(__x86_64__)
         __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
-#endif // otherwise all zero: a processor that reports nothing
+#endif // other processors: all zero, which means that nothing is known
         return r;
     }
 };

@@ -19,7 +19,7 @@ class CpuMachine {
 public:
     virtual ~CpuMachine();
 
-    /// Returns the logical processors that the system is configured for, including those that are off.
+    /// Returns the number of logical processors that the system is configured for, including those that are offline.
     virtual unsigned ProcessorCount() = 0;
     /// Reads the processors that the calling thread may run on; false if unknown.
     virtual bool Affinity(AffinityBytes *mask) = 0;

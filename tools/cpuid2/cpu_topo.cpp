@@ -127,9 +127,9 @@ void SetChkProcessAffinityConsistency()
 {
     CpuTopology &g = *glbl_ptr;
     AffinityBytes allowed = {};
-    const bool told = CurrentCpuMachine().Affinity(&allowed);
+    const bool isKnown = CurrentCpuMachine().Affinity(&allowed);
     for (unsigned cpu = 0; cpu < g.osProcessorCount; ++cpu) {
-        if (told && cpu / 8 < allowed.size() && (allowed[cpu / 8] >> (cpu % 8) & 1)) {
+        if (isKnown && cpu / 8 < allowed.size() && (allowed[cpu / 8] >> (cpu % 8) & 1)) {
             SetGenericAffinityBit(&g.processAffinity, cpu);
             SetGenericAffinityBit(&g.systemAffinity, cpu);
         } else {

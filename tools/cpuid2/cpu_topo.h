@@ -102,15 +102,15 @@ void InitCpuTopology();
 unsigned GetSysLogicalProcessorCount();
 unsigned GetSysProcessorCoreCount();
 unsigned GetSysProcessorPackageCount();
-/// Returns the processors that the system is configured for.
+/// Returns the number of processors that the system is configured for.
 unsigned GetOSLogicalProcessorCount();
-/// Returns the instances of the cache with that index.
+/// Returns the number of instances of the cache with that index.
 unsigned GetSysEachCacheCount(unsigned subleaf);
-/// Returns the logical processors that share one instance of a cache.
+/// Returns the number of logical processors that share one instance of a cache.
 unsigned GetCoreCountPerEachCache(unsigned subleaf, unsigned cacheOrdinal);
-/// Returns the cores of a package; 0 if there is no such package.
+/// Returns the number of cores of a package; 0 if there is no such package.
 unsigned GetcoreCount(unsigned package);
-/// Returns the logical processors of a core, numbered within its package.
+/// Returns the number of logical processors of a core; cores are numbered within their package.
 unsigned GetthreadCount(unsigned package, unsigned core);
 /// Returns the APIC identifier; 0xFFFFFFFF after an error or past GetOSLogicalProcessorCount().
 unsigned getEnumerateAPICID(unsigned index);
@@ -139,7 +139,7 @@ int numberCaches(unsigned subleaf, unsigned count);
 /// Allocates an empty mask with room for @p cpuCount processors. Returns 0 or -1.
 int AllocateGenericAffinityMask(GenericAffinityMask *mask, unsigned cpuCount);
 void FreeGenericAffinityMask(GenericAffinityMask *mask);
-/// Returns 0, or -1 for a processor past the mask, after printing an error to standard output. The same for clearing.
+// Both return 0, or -1 for a processor past the mask, after printing an error to standard output.
 int SetGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 int ClearGenericAffinityBit(GenericAffinityMask *mask, unsigned cpu);
 void ClearGenericAffinityMask(GenericAffinityMask *mask);

@@ -30,11 +30,11 @@ private Q_SLOTS:
 
 void tst_RansacFisheye::degenerateModels()
 {
-    // Three edges, drawn in any order: exactly the linear model.
+    // Three edges, drawn in any order, give exactly the linear model.
     RansacFisheye fit = NewFit({{410, 1, 0, false}, {420, 0, 1, false}, {390, -1, 0, false}, {5, 1, 0, true}});
     RansacFisheye::Model model = fit.computeOneModel();
     QVERIFY(std::abs(model.radius - 400) + std::abs(model.centerX - 10) + std::abs(model.centerY - 20) < 1e-3);
-    fit.maxCenterOffset2 = 500; // the exact squared distance of the center, so not below
+    fit.maxCenterOffset2 = 500; // exactly the center's squared distance, which must be below
     model = fit.computeOneModel();
     QVERIFY(model.centerX == 0 && model.centerY == 0);
     QVERIFY(model.radius == 410 || model.radius == 420 || model.radius == 390);

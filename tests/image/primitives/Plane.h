@@ -53,7 +53,7 @@ private:
     std::vector<T> m_samples;
 };
 
-/// For CompareSamples.
+/// Returns a function that reads samples, for CompareSamples.
 template <typename T, int C> auto Reader(Plane<T, C> &plane)
 {
     return [&plane](int x, int y, int c) { return plane.At(x, y, c); };

@@ -1,4 +1,4 @@
-// Rejected arguments, memory, comparisons and color models that tests of KImage don't reach.
+// Rejected arguments, memory, comparisons and color models, as far as tests of KImage don't cover them.
 #include "ippi.h"
 
 #include "Case.h"

@@ -95,9 +95,10 @@ QByteArray AttributeProfile(const QString &make, const QString &model, const QSt
           "</x:xmpmeta>";
 }
 
-using Change = QPair<QString, QString>; // of a pattern into a text
+using Change = QPair<QString, QString>; // a pattern, and the text that replaces its match
 
-/// Returns names of lenses similar to @p lens, each with one or two differences that never are differences in spelling.
+/// Returns names of lenses similar to @p lens, each with one or two differences that are never just a matter of
+/// spelling.
 QStringList NearNames(const QString &lens)
 {
     const QString maker = "^(?!Apple|Google|Galaxy)(smc Pentax-|\\S+ )"_s
@@ -143,7 +144,7 @@ QStringList NearNames(const QString &lens)
     return names;
 }
 
-/// Prints all faults: there may be more than fit a message of QVERIFY2.
+/// Prints all faults, because they may not fit into a message of QVERIFY2.
 void Verify(const QStringList &faults)
 {
     for (const QString &fault : faults)

@@ -198,7 +198,7 @@ void tst_ProfileIndex::readsAgainWhatFailedToOpen()
     QCOMPARE(index.UnreadFolders().size(), 1);
     QCOMPARE(index.UnreadFolders()[0].path, QFileInfo(folder.path()).canonicalFilePath());
     QCOMPARE(index.UnreadFolders()[0].error, QString::fromLocal8Bit(std::strerror(EMFILE)));
-    QCOMPARE(::rmdir((path + "/d\xe9").constData()), 0); // which QTemporaryDir can't
+    QCOMPARE(::rmdir((path + "/d\xe9").constData()), 0); // QTemporaryDir can't remove it
     QCOMPARE(::unlink(latin1.constData()), 0);
 }
 
@@ -242,7 +242,7 @@ void tst_ProfileIndex::rebuildsDamagedCache()
     }
 }
 
-/// Two programs at a time rebuild one cache repeatedly until they are killed, some of them while they write it.
+/// Two programs at a time rebuild one cache repeatedly until they are killed, some of them while writing it.
 void tst_ProfileIndex::survivesKilledPrograms()
 {
     const QTemporaryDir folder, cache;
@@ -264,10 +264,10 @@ void tst_ProfileIndex::survivesKilledPrograms()
             program = fork();
             QVERIFY(program >= 0);
             if (program == 0)
-                alarm(60); // ends it even if the test fails
+                alarm(60); // ends the process even if the test fails
             while (program == 0)
                 if (!rebuild())
-                    _exit(1); // it read a wrong cache of another program
+                    _exit(1); // it read another program's invalid cache
         }
         QThread::usleep(2000 + 700 * static_cast<unsigned long>(round));
         for (pid_t program : programs) {
@@ -280,7 +280,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), lenses);
     }
-    // The files that they left are removed once no program can still be writing them.
+    // Files left behind are removed once no program can still be writing them.
     const QString fresh = file + QStringLiteral(".fresh1"), old = file + QStringLiteral(".old123");
     for (const QString &path : {fresh, old})
         Write(path, "unfinished");

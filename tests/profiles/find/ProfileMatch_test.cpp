@@ -183,7 +183,7 @@ void tst_ProfileMatch::namesEquallyGoodProfiles()
     const ProfileMatch equal = Matcher().Match(two, facts);
     QVERIFY2(equal.path.isEmpty(), qPrintable(equal.path));
     QVERIFY2(equal.reason.contains(two[0].path) && equal.reason.contains(two[1].path), qPrintable(equal.reason));
-    // Ranked by body first, then by whether they were made for raw pictures.
+    // Profiles are ranked by body, then by whether they were made for raw pictures.
     two[1].head.raw = true;
     QCOMPARE(Matcher().Match(two, facts).path, two[0].path);
     two[1].head.make = QStringLiteral("Canon");
@@ -247,13 +247,13 @@ void tst_ProfileMatch::bodyDoesNotOutweighTheLens()
 void tst_ProfileMatch::sourcesInOrderOfTrust()
 {
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("50mm F1.4 DG HSM | Art 014"), 50);
-    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // how a maker note names another maker's lens
+    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // a maker note's name for another maker's lens
     const QVector<IndexedProfile> profiles = {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))};
     QVERIFY(Matcher().Match(profiles, facts).path.isEmpty());
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
     QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
-    // One number of two lenses: without the other's profile it is still not known which.
+    // One number means two lenses: even if only one of them has a profile, the lens is ambiguous.
     facts = PictureWith(QStringLiteral("Canon"), Text("Canon EF 28-70mm f/2.8L USM or Sigma 28-105mm f/2.8 EX"), 50);
     const QVector<IndexedProfile> zoom = {ProfileOf(Text("Canon EF 28-70mm f/2.8L USM"))};
     QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);

@@ -36,7 +36,7 @@ struct ModifierDeleter {
     void operator()(lfModifier *modifier) const { modifier->Destroy(); }
 };
 
-/// A camera for the lens, with a frame as large as the calibrated one or smaller.
+/// Returns a camera for the lens, with a frame as large as the calibrated one or smaller.
 const lfCamera *CameraFor(const lfDatabase &database, const lfLens &lens)
 {
     for (const lfCamera *const *camera = database.GetCameras(); *camera; ++camera)

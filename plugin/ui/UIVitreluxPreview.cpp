@@ -68,7 +68,7 @@ private:
 /// Returns the corrections that plain runs can make with a profile.
 Corrections PlainCorrections(const QString &fileName)
 {
-    bool ok = false; // also for a file that can't be opened
+    bool ok = false; // stays false if the file can't be opened
     const newLCP profile(fileName, ok);
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
@@ -135,7 +135,7 @@ void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
     try {
         ShowImage(def, static_cast<Params *>(params));
-    } catch (...) { // keep the current picture
+    } catch (...) { // keeps the current picture
     }
 }
 
@@ -235,7 +235,7 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ShowProfile(fileName);
     const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
     m_supported.insert(fileName, supported);
-    if (!m_params->fitted || !supported.distortion) // plain records: on each choice
+    if (!m_params->fitted || !supported.distortion) // plain records: always
         ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
     if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);

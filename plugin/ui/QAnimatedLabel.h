@@ -6,7 +6,7 @@
 #include <QPixmap>
 #include <QTimer>
 
-/// Plays pictures in a loop, also while hidden, so that nothing must be started when the label is shown.
+/// Plays pictures in a loop, even while hidden, so that nothing needs to be started when the label is shown.
 class QAnimatedLabel : public QLabel {
     Q_OBJECT
 public:

@@ -1,4 +1,4 @@
-// The plug-in's wizard page, driven as a user would, compared with runs of the process itself.
+// Operates the plug-in's wizard page like a user, and compares it with runs of the process.
 #include "UIVitreluxPage.h"
 
 #include "ComputePreview.h"
@@ -23,7 +23,7 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
-/// A picture without any symmetry: a gradient in each direction and a checked pattern.
+/// Makes an asymmetric picture: a gradient in each direction and a checkerboard pattern.
 FakeImageDef *MakePicture(const QString &file, int width, int height)
 {
     QImage image(width, height, QImage::Format_RGB32);
@@ -43,7 +43,7 @@ void StoreSettings(bool corrections, const QString &profile)
     Host().settings.insert(prefix + QStringLiteral("LCPfilename"), profile);
 }
 
-/// A wizard with the page and one after it.
+/// A wizard with the page and an empty page after it.
 class Desk {
 public:
     explicit Desk(const QStringList &files = {}) : page(process.WizardPage()), worker(page->findChild<QThread *>())
@@ -73,7 +73,7 @@ public:
         Click("toolButtonLensFile");
         return answers.seen;
     }
-    /// "isComplete", the wait label, and the state of the wizard's Next button.
+    /// Returns "isComplete", the wait label, and the state of the wizard's Next button.
     QString State() const
     {
         const QVariant complete = preview->property("isComplete");
@@ -82,7 +82,7 @@ public:
             + (wizard.button(QWizard::NextButton)->isEnabled() ? QStringLiteral(" next") : QString());
     }
     bool IsUpToDate() const { return State() == QLatin1String("true next"); }
-    /// "Disto CA Falloff profile" of a file's record.
+    /// Returns "Disto CA Falloff profile" of a file's record.
     QString Record(const QString &file)
     {
         const QDomElement e = process.GetFileXmlParams(file);
@@ -122,7 +122,7 @@ QImage Fitted(KImage &image, const QWidget &frame)
     return shown.copy(shown.rect().adjusted(2, 2, -2, -2));
 }
 
-/// Its position in the frame's parent.
+/// Returns its position in the frame's parent.
 QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 {
     const QSize free = frame.size() - fitted.size();
@@ -148,9 +148,9 @@ private Q_SLOTS:
     void profileChosen();
     void quickToggles();
     void applyToAllAndStore();
-    void fittedFinds();
-    void pictureGone_data();
-    void pictureGone();
+    void fittedRecordFindsProfile();
+    void unavailablePicture_data();
+    void unavailablePicture();
     void endsDuringARender();
     void renderThatThrows();
     void animatedLabel();
@@ -183,8 +183,8 @@ void tst_UIVitreluxPage::listWrapsAround()
     Desk desk({kA, kB, kC});
     auto *list = desk.Find<QComboBox>("comboBoxImageDef");
     QCOMPARE(list->count(), 3);
-    const auto lent = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
-    QCOMPARE(lent(kA) + lent(kB) + lent(kC), 1); // only the first image is shown
+    const auto reduced = [](const QString &file) { return Host().Def(file)->reducedSizes.size(); };
+    QCOMPARE(reduced(kA) + reduced(kB) + reduced(kC), 1); // only the first image is shown
     desk.Click("QToolButton_Prev");
     QCOMPARE(list->currentIndex(), 2);
     desk.Click("QToolButton_Next");
@@ -223,14 +223,14 @@ void tst_UIVitreluxPage::states()
     MakePicture(kA, 400, 300);
     Desk desk;
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
-    QSignalSpy told(desk.page, &QWizardPage::completeChanged);
+    QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
-    QCOMPARE(told.count(), 2); // the old job's end and one render, though the boxes change
+    QCOMPARE(changes.count(), 2); // the old job's end and one render, though the boxes change
     QCOMPARE(desk.State(), QStringLiteral("false waiting"));
     QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
     desk.wizard.resize(900, 700);
-    const auto centre = [&](const char *name) { return desk.Find<QWidget>(name)->geometry().center(); };
-    QVERIFY((centre("labelState") - centre("frame")).manhattanLength() <= 2);
+    const auto center = [&](const char *name) { return desk.Find<QWidget>(name)->geometry().center(); };
+    QVERIFY((center("labelState") - center("frame")).manhattanLength() <= 2);
     QTRY_COMPARE(desk.State(), QStringLiteral("true next"));
 
     QSignalSpy renders(desk.worker, &QThread::started);
@@ -251,7 +251,7 @@ void tst_UIVitreluxPage::picture_data()
     QTest::addColumn<bool>("split");
     QTest::newRow("landscape, distortion") << QSize(400, 300) << QStringLiteral("100") << false;
     QTest::newRow("portrait, color, split") << QSize(300, 401) << QStringLiteral("010") << true;
-    QTest::newRow("reduced to a half, vignetting") << QSize(2048, 1536) << QStringLiteral("001") << false;
+    QTest::newRow("reduced by half, vignetting") << QSize(2048, 1536) << QStringLiteral("001") << false;
 }
 
 void tst_UIVitreluxPage::picture()
@@ -275,10 +275,10 @@ void tst_UIVitreluxPage::picture()
     QCOMPARE(desk.Record(kA).remove(QLatin1Char(' ')), boxes + params.lcpFilename);
 
     const QWidget *frame = desk.Find<QWidget>("frame");
-    const QSize lent = def->reducedSizes.value(0);
-    params.scale = float(lent.width()) / float(size.width());
+    const QSize reducedSize = def->reducedSizes.value(0);
+    params.scale = float(reducedSize.width()) / float(size.width());
     KImage reduced, work;
-    def->pixels.Resize(reduced, lent.width(), lent.height());
+    def->pixels.Resize(reduced, reducedSize.width(), reducedSize.height());
     reduced.Convert(work, GFL_RGBA, 32);
     const QImage source = Fitted(work, *frame);
     desk.process.Process(qMakePair(static_cast<KIImageDef *>(def), &work), &params);
@@ -338,7 +338,7 @@ void tst_UIVitreluxPage::profileChosen()
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
-    desk.process.SetFiles({other}); // and not by one of a previous job
+    desk.process.SetFiles({other}); // a previous job's profile locks no boxes
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     StoreSettings(true, profile);
     desk.process.SetFiles({file}); // checked boxes are never locked
@@ -346,7 +346,7 @@ void tst_UIVitreluxPage::profileChosen()
 
     StoreSettings(false, profile);
     desk.process.SetFiles({file});
-    desk.ChooseProfile(m_whole); // all can be switched again, and nothing that was off is on
+    desk.ChooseProfile(m_whole); // unlocks all boxes and checks none
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + QStringLiteral("000"));
 }
 
@@ -360,8 +360,8 @@ void tst_UIVitreluxPage::quickToggles()
     for (const int toggles : {1, 1, 3, 4, 5, 102, 103, 10000, 1}) {
         const QByteArray name = QByteArray::number(toggles) + " toggles: ";
         QTRY_VERIFY2(desk.IsUpToDate(), name);
-        QSignalSpy renders(desk.worker, &QThread::started), told(desk.page, &QWizardPage::completeChanged);
-        for (int i = 0; i < toggles; ++i) { // without the event loop: so the end of a render goes unnoticed
+        QSignalSpy renders(desk.worker, &QThread::started), changes(desk.page, &QWizardPage::completeChanged);
+        for (int i = 0; i < toggles; ++i) { // no event loop runs, so the page isn't notified when a render ends
             box->click();
             if (toggles == 5)
                 desk.worker->wait(); // the next render starts before the page is notified of the end of this one
@@ -370,8 +370,8 @@ void tst_UIVitreluxPage::quickToggles()
         QTRY_VERIFY2(desk.IsUpToDate(), name);
         QTest::qWait(20);
         QVERIFY2(renders.count() <= toggles, name + QByteArray::number(renders.count()));
-        QVERIFY2(told.count() <= toggles + renders.count(),
-                 name + QByteArray::number(told.count())); // requests don't pile up
+        QVERIFY2(changes.count() <= toggles + renders.count(),
+                 name + QByteArray::number(changes.count())); // requests don't pile up
         const bool on = box->isChecked();
         QVERIFY2(desk.Record(kA).startsWith(QLatin1Char('1')) == on, name);
         const QImage shown = desk.preview->grab(desk.Find<QWidget>("frame")->geometry()).toImage();
@@ -394,7 +394,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(desk.Boxes(&QCheckBox::isChecked), QStringLiteral("010"));
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), m_whole);
     ModalAnswers answers(m_dir.path());
-    desk.Find<QAbstractButton>("toolButtonLensPath")->click(); // hidden, but alive
+    desk.Find<QAbstractButton>("toolButtonLensPath")->click(); // works although it is hidden
     QCOMPARE(
         answers.seen,
         QStringList(QStringLiteral("Select lens camera profiles Database directory|All Files (*)|17"))); // only folders
@@ -408,7 +408,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
 }
 
 // The profile found by a fitted render is shown but not stored as a choice; a chosen one may use any XML form.
-void tst_UIVitreluxPage::fittedFinds()
+void tst_UIVitreluxPage::fittedRecordFindsProfile()
 {
     using namespace profiletext;
     const QTemporaryDir profiles;
@@ -487,14 +487,14 @@ void tst_UIVitreluxPage::fittedFinds()
                  qPrintable(row->placeholderText()));
 }
 
-void tst_UIVitreluxPage::pictureGone_data()
+void tst_UIVitreluxPage::unavailablePicture_data()
 {
     QTest::addColumn<QString>("file");
-    QTest::newRow("gone since it was described") << kB;
-    QTest::newRow("never a picture, of size 0") << kC;
+    QTest::newRow("unavailable after it was described") << kB;
+    QTest::newRow("not a picture, size 0") << kC;
 }
 
-void tst_UIVitreluxPage::pictureGone()
+void tst_UIVitreluxPage::unavailablePicture()
 {
     QFETCH(QString, file);
     MakePicture(kA, 400, 300);
@@ -533,7 +533,7 @@ void tst_UIVitreluxPage::renderThatThrows()
     KVitreluxOne2One::Params params;
     params.disto = true;
     params.lcpFilename = m_whole;
-    KImage empty; // which no render can begin with
+    KImage empty; // makes every render throw
     QImage shown;
     for (KImage *image : {&empty, &def->pixels}) {
         worker.setImage(def, image, &params);

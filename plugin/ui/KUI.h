@@ -21,7 +21,8 @@ public:
     /// Stops the module: frees its state, or releases a host's.
     static void exit();
 
-    /// Registers "closure-library.rcc" of the application's folder, once; logs a critical line if it is not available.
+    /// Registers "closure-library.rcc" of the application's folder, once; logs a critical message if it is not
+    /// available.
     static void loadJSLibraries();
 
     /// Returns a value for QFileDialog::Options: 0 for the system's dialogs, QFileDialog::DontUseNativeDialog (16) for

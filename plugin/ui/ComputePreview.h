@@ -22,11 +22,11 @@ public:
     /// Replaces the request. @p image, four float channels, must stay alive and unchanged until the next setImage or
     /// the end of this object; the record is copied.
     void setImage(KIImageDef *def, KImage *image, KVitreluxOne2One::Params *params);
-    /// Whether the picture of getPreview is the result of the newest request.
+    /// Returns whether the picture of getPreview is the result of the newest request.
     bool IsCurrent();
     /// Copies the last rendered picture to @p out, which is unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
-    /// Report of the last render of a fitted record; none before the first render and for plain records.
+    /// Returns the report of the last render of a fitted record; none before the first render and for plain records.
     std::optional<FitReport> Report();
 
 protected:

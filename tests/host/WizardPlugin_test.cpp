@@ -1,0 +1,239 @@
+// The desktop wizard with the real plug-in: choices for pictures, fitted profiles, languages, and the keyboard.
+#include "WizardTest.h"
+#include "app/PluginLoader.h"
+#include "wizard/CompareDialog.h"
+#include "wizard/WizardPlugin.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+
+class tst_WizardPlugin : public WizardTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void choicesStayWithTheirPictures();
+    void realPluginFits();
+    void usesTheUsersLanguage_data();
+    void usesTheUsersLanguage();
+
+private:
+    void compareByKeyboard();
+    void checkKeyboard() const;
+};
+
+void tst_WizardPlugin::choicesStayWithTheirPictures()
+{
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
+    QVERIFY2(plugin.Process(), qPrintable(plugin.Problem()));
+    const auto choices = [&](const char *name) {
+        return ReadParameters(plugin.Process()->GetFileXmlParams(Path(name)));
+    };
+    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, false);
+    Show({plugin.Process()}, "gone.jpg a.jpg"_s);
+    Next();
+    auto *list = Find<QComboBox>("comboBoxImageDef");
+    list->setCurrentText("a.jpg"_s);
+    Click("m_cbDistortion");
+    list->setCurrentText("gone.jpg"_s);
+    Click("m_cbCA");
+    QTRY_VERIFY(CanGoOn());
+    m_wizard->back();
+    auto *pictures = Find<QAbstractItemView>("pictures");
+    pictures->setCurrentIndex(pictures->model()->index(0, 0));
+    Click("remove");
+    WriteJpeg(Path("b.jpg"), 60, 40);
+    m_wizard->Add({Path("b.jpg")});
+    Next();
+    QVERIFY(choices("a.jpg").corrections.distortion);
+    QVERIFY(!choices("a.jpg").corrections.chromatic);
+    QVERIFY2(!choices("b.jpg").corrections.Any(), "a new picture has the stored settings");
+    list->setCurrentText("a.jpg"_s);
+    QVERIFY(Find<QCheckBox>("m_cbDistortion")->isChecked());
+    QTRY_VERIFY(CanGoOn());
+    m_wizard->close();
+    m_wizard.reset(); // before the plug-in
+}
+
+void tst_WizardPlugin::realPluginFits()
+{
+    QVERIFY(QDir(m_dir->path()).mkdir("lenses"_s));
+    WriteFile(Path("lenses/x.lcp"), Profile("Canon EF 24-105mm f/4L IS USM"));
+    const std::pair<const char *, PictureMetadata> pictures[] = {
+        {"found.jpg", {kLens, "50/1", "8/1"}},
+        {"none.jpg", {"EF24-105mm f/4L IS III USM", "50/1", "8/1"}},
+        {"before.jpg", {kLens, "50/1", "8/1", true}},
+        {"known.jpg", {"EF135mm f/2L USM", "135/1", "8/1"}}, // a lens that lensfun has
+    };
+    for (const auto &[name, metadata] : pictures) {
+        WriteJpeg(Path(name), 60, 40);
+        WriteMetadata(Path(name), metadata);
+    }
+    const QByteArray xmp("\xFF\xE1\0\x21http://ns.adobe.com/xap/1.0/\0<x", 35); // damaged
+    WriteFile(Path("found.jpg"), ReadFile(Path("found.jpg")).insert(2, xmp));
+    QVERIFY(WizardPlugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("gone"), s_guard).Problem().contains("gone"_s));
+    WizardPlugin plugin(m_host, QStringLiteral(VITRELUX_PLUGIN), Path("lenses"), s_guard);
+    QCOMPARE(plugin.Problem(), QString());
+    Show(plugin.Processes(), "found.jpg none.jpg before.jpg known.jpg"_s, plugin.Correction());
+    Find<QComboBox>("framing")->setCurrentIndex(1);
+    Next();
+    Find<QComboBox>("comboBoxImageDef")->setCurrentText("found.jpg"_s);
+    QTRY_COMPARE(Find<QLineEdit>("lineEditLensFile")->placeholderText(), "Found: x.lcp"_s);
+    Click("pushButtonApplyAll");
+    Next();
+    QTRY_VERIFY(m_wizard->button(QWizard::FinishButton)->isEnabled());
+    const QStringList rows = Rows("results");
+    QVERIFY2(rows[0].startsWith("found.jpg|Corrected: profile \"x.lcp\"; entries: 50 mm f/8 10 m 100 %; "_s)
+                 && rows[0].contains("damaged metadata"_s),
+             qPrintable(rows[0]));
+    QVERIFY2(rows[1].startsWith("none.jpg|Failed: No lens profile"_s) && rows[1].contains("; nearest: "_s),
+             qPrintable(rows[1]));
+    QVERIFY2(rows[2].startsWith("before.jpg|Skipped, corrected before: distortion"_s), qPrintable(rows[2]));
+    QVERIFY2(rows[3].startsWith("known.jpg|Corrected: profile \"lensfun: Canon/Canon EF 135mm"_s), qPrintable(rows[3]));
+    QCOMPARE(Find<QLabel>("state")->text(), "2 pictures corrected, 1 corrected before, 1 failed"_s);
+    compareByKeyboard();
+    for (const auto &[name, metadata] : pictures) {
+        const QDomElement record = plugin.Processes().front()->GetFileXmlParams(Path(name));
+        QVERIFY2(record.attribute("LCPfilename"_s).isEmpty(),
+                 name); // a profile that was found is not stored as a choice
+        QVERIFY2(record.attribute("Framing"_s) == "keep"_s, name);
+        const Corrections on = ReadParameters(record).corrections; // nothing else was ever stored
+        QVERIFY2(on.distortion && on.chromatic && on.vignetting, name);
+    }
+    m_wizard.reset(); // before the plug-in
+    QVERIFY(QFile::remove(Path("found_corrected.tiff")));
+    QString problem; // of a run on an interrupted thread
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        QThread::currentThread()->requestInterruption();
+        KIPluginOne2One *process = plugin.Processes().front();
+        const ParameterRecord record(process, DescribeParameters(process->Name(), {{true, false, false}, QString()}));
+        try {
+            QString output;
+            process->Process(Path("found.jpg"), record.Get(), output);
+        } catch (const KException &e) {
+            problem = e.what();
+        }
+    }));
+    thread->start();
+    thread->wait();
+    QCOMPARE(problem, "interrupted"_s);
+    QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
+}
+
+/// Opens the first row of the results by Return, zooms, and leaves by Escape.
+void tst_WizardPlugin::compareByKeyboard()
+{
+    bool isDone = false;
+    QTimer::singleShot(0, m_wizard.get(), [&isDone] {
+        auto *dialog = qobject_cast<CompareDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        auto *before = dialog->findChild<ComparedView *>("before"_s),
+             *after = dialog->findChild<ComparedView *>("after"_s);
+        QTRY_COMPARE(after->Image().size(), QSize(60, 40));
+        QVERIFY(before->Image().size() == after->Image().size() && before->Image() != after->Image());
+        const QRectF whole = after->PictureRect();
+        QTest::keyClick(after, Qt::Key_Plus);
+        QTest::keyClick(after, Qt::Key_Right);
+        QVERIFY(after->PictureRect().width() > whole.width() && after->PictureRect().right() > after->width());
+        QCOMPARE(before->PictureRect(), after->PictureRect());
+        QTest::keyClick(after, Qt::Key_0);
+        QCOMPARE(after->PictureRect(), whole);
+        isDone = true;
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    auto *results = Find<QAbstractItemView>("results");
+    m_wizard->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_wizard.get()));
+    results->setFocus();
+    results->setCurrentIndex(results->model()->index(0, 0));
+    QTest::keyClick(results, Qt::Key_Return);
+    QVERIFY(isDone && m_wizard->isVisible());
+    results->setCurrentIndex(results->model()->index(1, 0));
+    QVERIFY(!Find<QAbstractButton>("compare")->isEnabled()); // a failed picture
+    m_wizard->close();
+}
+
+void tst_WizardPlugin::usesTheUsersLanguage_data()
+{
+    QTest::addColumn<QString>("ofPlugin"); // what its description contains
+    QTest::addColumn<QString>("ofWindow"); // and the window's title
+    const auto row = [](const char *locale, const char *ofPlugin, const char *ofWindow) {
+        QTest::newRow(locale) << QString::fromUtf8(ofPlugin) << QString::fromUtf8(ofWindow);
+    };
+    row("fi_FI", "This plugin reuse", "lens correction"); // first: translators stay
+    row("zh_TW", "描述檔", "鏡頭校正");
+    row("zh_CN", "配置文件", "镜头校正");
+    row("fr_FR", "profils", "correction d'objectif");
+    row("es_ES", "perfiles", "corrección");
+    row("pl_PL", "jego profili", "korekcja");
+    row("ru_RU", "профилям", "коррекция");
+    row("it_IT", "profili", "correzione");
+    row("ja_JP", "プロファイル", "補正");
+    row("de_AT", "Verzeichnung", "korrektur");
+}
+
+/// All widgets of the page are reached by Tab in reading order; no key of a button or label is used twice.
+void tst_WizardPlugin::checkKeyboard() const
+{
+    QMap<QString, QString> texts; // by key
+    for (const QWidget *widget : m_wizard->findChildren<QWidget *>()) {
+        const QString text = widget->property("text").toString();
+        const QString key = QKeySequence::mnemonic(text).toString();
+        if (!widget->isVisible() || key.isEmpty())
+            continue;
+        QVERIFY2(!texts.contains(key), qPrintable(text + " and "_s + texts[key]));
+        texts[key] = text;
+        QVERIFY2(widget->width() >= widget->sizeHint().width(), qPrintable(text)); // not cut off
+    }
+    QPoint last;
+    const QWidget *page = m_wizard->currentPage();
+    for (const QWidget *widget = page->nextInFocusChain(); widget != page; widget = widget->nextInFocusChain()) {
+        if (!page->isAncestorOf(widget) || !widget->isVisible() || widget->focusPolicy() == Qt::NoFocus
+            || (widget->parent() != page && !widget->property("text").isValid()))
+            continue;
+        const QPoint place = widget->mapTo(page, QPoint());
+        QVERIFY2(place.y() > last.y() + 4 || place.x() > last.x(), qPrintable(widget->objectName()));
+        last = place;
+    }
+}
+
+void tst_WizardPlugin::usesTheUsersLanguage()
+{
+    QFETCH(QString, ofPlugin);
+    QFETCH(QString, ofWindow);
+    QLocale::setDefault(QLocale(QString::fromLatin1(QTest::currentDataTag())));
+    m_host->TranslateWindows();
+    const PluginLoader plugin(QStringLiteral(VITRELUX_PLUGIN), CorrectionMode::Fitted);
+    QVERIFY2(plugin.Process()->Comment().contains(ofPlugin), qPrintable(plugin.Process()->Comment()));
+    m_host->SetPluginSetting(plugin.Process()->UID(), "Disto"_s, true);
+    m_host->SetPluginSetting(plugin.Process()->UID(), "LCPfilename"_s, m_process->profile);
+    Show({plugin.Process()}, QString());
+    QVERIFY2(m_wizard->windowTitle().contains(ofWindow, Qt::CaseInsensitive), qPrintable(m_wizard->windowTitle()));
+
+    m_wizard->resize(1, 1); // the description of the plug-in's page is fully visible in a narrow window
+    WriteJpeg(Path("cut.jpg"), 60, 40);
+    WriteMetadata(Path("cut.jpg"), {kLens, "50/1", "8/1"});
+    WriteFile(Path("cut.jpg"), ReadFile(Path("cut.jpg")).chopped(500));
+    m_wizard->Add({Path("cut.jpg")});
+    QTRY_VERIFY(CanGoOn());
+    checkKeyboard();
+    Next();
+    QApplication::processEvents();
+    const QList<QLabel *> labels = m_wizard->findChildren<QLabel *>();
+    const auto header = std::find_if(labels.begin(), labels.end(), [this](const QLabel *label) {
+        return label->text() == m_wizard->currentPage()->subTitle();
+    });
+    QVERIFY(header != labels.end());
+    QVERIFY((*header)->heightForWidth((*header)->width()) <= (*header)->height());
+    Next();
+    checkKeyboard();
+    QTRY_VERIFY(Close());
+    QVERIFY2(Rows("results")[0].contains("the file ends early"_s), qPrintable(Rows("results")[0])); // not its number
+    m_wizard.reset(); // before the plug-in
+}
+
+int main(int argc, char **argv)
+{
+    return WizardTest::RunAll<tst_WizardPlugin>(argc, argv);
+}
+#include "WizardPlugin_test.moc"

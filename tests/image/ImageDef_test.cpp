@@ -312,7 +312,7 @@ void tst_ImageDef::thumbnails()
         QCOMPARE(image->GetThumbnail()->toImage().convertToFormat(small.format()), small);
         QCOMPARE(image->GetThumbnail(), image->GetThumbnail());
         QCOMPARE(sizeOf(image->GetHighResThumbnail32()), row.real);
-        QVERIFY(image->m_highResReady);
+        QVERIFY(image->m_highResReady && ImageDef(*image).m_highResReady);
     }
 }
 

@@ -1,4 +1,4 @@
-// Fitted corrections against the models, computed without tables, blending or frames of the code.
+// Fitted corrections of any frame and orientation against the models, computed without tables or frames of the code.
 #include "Case.h"
 #include "Fit.h"
 
@@ -8,7 +8,6 @@
 #include "MadeProfiles.h"
 #include "ModelOracle.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -74,16 +73,6 @@ OraclePicture Whole(int width, int height)
     return picture;
 }
 
-/// Loads a camera table for the tests, because the real one changes.
-void UseCameras(const QTemporaryDir &folder)
-{
-    QFile file(folder.filePath(QStringLiteral("cameras.txt")));
-    if (file.open(QIODevice::WriteOnly))
-        file.write("Maker;BODY;1.5\nMaker;SMALL;2\nMaker;LARGE;1\nMaker;NEAR;1.46\n");
-    file.close();
-    QDir::setSearchPaths(QStringLiteral("Data"), {folder.path()});
-}
-
 } // namespace
 
 class tst_Fit : public QObject {
@@ -98,15 +87,7 @@ private Q_SLOTS:
     void unknownRotation();
     void unknownFrames();
     void parts();
-    void blending();
-    void choices_data();
-    void choices();
-    void oddities();
     void lensfunFrames();
-    void leftOut_data();
-    void leftOut();
-    void useless_data();
-    void useless();
 
 private:
     QTemporaryDir m_folder;
@@ -319,158 +300,6 @@ void tst_Fit::parts()
     QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its position there is unknown")), qPrintable(fit.why));
 }
 
-void tst_Fit::blending()
-{
-    // Between 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first; likewise distances of 1 and 3 m
-    // at 1.5 m: 0.5; apertures f/2 and f/4 at f/2.8284: (1/8 - 1/16) / (1/4 - 1/16) = 1/3 of the first.
-    QVector<ProfileEntry> entries;
-    const double weights[] = {0.6, 0.4}, distances[] = {0.5, 0.5}, apertures[] = {1.0 / 3.0, 2.0 / 3.0};
-    QVector<double> expected;
-    for (int i = 0; i < 8; ++i) {
-        ProfileEntry entry = Entry(i & 4 ? 40.0 : 20.0);
-        entry.distanceM = i & 2 ? 3.0 : 1.0;
-        entry.apertureApex = i & 1 ? 4.0 : 2.0;
-        entry.green->focalLengthX = entry.geometry->focalLengthX = entry.focalMm / 24.0;
-        entry.green->coefficients[0] = -0.02 * (i / 2 + 1);
-        entry.green->tangential1 = 0.001 * (i / 2 + 1);
-        entry.green->centerX = 0.5 + 0.001 * (i / 2);
-        entry.vignette->coefficients = {-0.2 * (i + 1)};
-        entries.append(entry);
-        expected.append(weights[i >> 2] * distances[(i >> 1) & 1] * apertures[i & 1]);
-    }
-    PictureFacts facts = Facts({6000, 4000}, 25.0);
-    facts.distanceM = Known(1.5);
-    facts.aperture = Known(std::sqrt(8.0));
-    FitOptions options;
-    options.framing = Framing::Keep;
-    const FitResult fit = Fit(Profile(entries), facts, options);
-    QCOMPARE(fit.lightEntries.size(), 8);
-    for (const EntryWeight &one : fit.lightEntries)
-        QVERIFY2(std::abs(one.weight - expected[one.entry]) < 1e-12, qPrintable(QString::number(one.entry)));
-    QCOMPARE(fit.geometryEntries.size(), 4);
-    QCOMPARE(fit.assumed, QStringList());
-    double factor = 0.0, tangential = 0.0, center = 0.0, stops = 0.0;
-    const double radius = 2400.0;
-    for (int i = 0; i < 8; ++i) {
-        const auto x = [&](const ProfileModel &model) {
-            const double u = radius / (model.focalLengthX * 6000.0);
-            return u * u;
-        };
-        const ProfileModel &g = *entries[i].green;
-        const double k = 1.0 + x(g) * (g.coefficients[0] + x(g) * (g.coefficients[1] + x(g) * g.coefficients[2]));
-        factor += expected[i] * k;
-        tangential += expected[i] * g.tangential1 / (g.focalLengthX * 6000.0);
-        center += expected[i] * (g.centerX * 6000.0 - 0.5);
-        stops += expected[i] * std::log2(1.0 + entries[i].vignette->coefficients[0] * x(*entries[i].vignette));
-    }
-    const RadialMap &map = *fit.correction.geometry;
-    QVERIFY(std::abs(map.factor.AtSquared(radius * radius) - factor) * radius < 0.002);
-    QVERIFY(std::abs(map.tangential1 - tangential) < 1e-12);
-    QVERIFY(std::abs(map.centerX - center) < 1e-6);
-    QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
-
-    // Half the amount gives half the displacement and half the exposure values.
-    options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
-    const FitResult half = Fit(Profile(entries), facts, options);
-    QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
-            < 0.002);
-    QVERIFY(std::abs(half.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops / 2.0) - 1.0) < 1e-4);
-}
-
-void tst_Fit::choices_data()
-{
-    QTest::addColumn<QVector<ProfileEntry>>("entries");
-    QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<QString>("expected"); // entries and weights in percent, for geometry and, after a bar, for light
-    QTest::addColumn<QString>("text");     // part of `assumed` or `why`
-    const auto entry = [](double focal, double distance, double apex, bool isFisheye = false) {
-        ProfileEntry made = Entry(focal);
-        made.distanceM = distance;
-        made.hasAperture = apex > -9.0;
-        made.apertureApex = made.hasAperture ? apex : 0.0;
-        if (isFisheye)
-            made.kind = ProfileEntry::Kind::Fisheye;
-        return made;
-    };
-    const auto shot = [](double focal, double distance, double aperture) {
-        PictureFacts facts = Facts();
-        facts.focalMm = focal > 0.0 ? Known(focal) : Fact<double>();
-        facts.distanceM = distance > 0.0 ? Known(distance) : Fact<double>();
-        facts.aperture = aperture > 0.0 ? Known(aperture) : Fact<double>();
-        return facts;
-    };
-    const auto row = [](const char *name, const QVector<ProfileEntry> &entries, const PictureFacts &facts,
-                        const char *expected, const char *text = "") {
-        QTest::newRow(name) << entries << facts << QString::fromLatin1(expected) << QString::fromLatin1(text);
-    };
-    const QVector<ProfileEntry> zoom = {entry(40, 3, 4), entry(20, 3, 4)};
-    row("entries not sorted", zoom, shot(25, 3, 4), "0:40 1:60|0:40 1:60");
-    row("beyond the end", zoom, shot(60, 3, 4), "0:100|0:100", "60 mm is outside the profile's 20 to 40 mm");
-    row("within the tolerance beyond the end", zoom, shot(40.5, 3, 4), "0:100|0:100");
-    row("unknown focal length", zoom, shot(0, 3, 4), "|", "focal length is unknown");
-    row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100",
-        "the profile's only one");
-    row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
-        "distance unknown: the farthest");
-    row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
-        "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
-    row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");
-    row("infinite distance", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, kInfinity, 4), "1:100|1:100");
-    row("between a distance and infinity", {entry(40, 1, 4), entry(40, kInfinity, 4)}, shot(40, 4, 4),
-        "1:75 0:25|1:75 0:25");
-    row("unknown aperture", {entry(40, 3, 4), entry(40, 3, 6)}, shot(40, 3, 0), "1:100|", "vignetting: the aperture");
-    row("too small an aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 32), "1:100|1:100",
-        "f/32 is outside the profile's f/2 to f/8: the nearest is used");
-    row("one aperture", {entry(40, 3, 4)}, shot(40, 3, 4), "0:100|0:100");
-    row("one aperture, the picture has another", {entry(40, 3, 4)}, shot(40, 3, 5.6), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100",
-        "at f/4, its only aperture");
-    row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
-    row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
-        "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
-    row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
-        "1:40 0:20 2:40|1:40 0:20 2:40");
-    row("an entry without a distance", {entry(20, 0, 4), entry(20, 4, 4)}, shot(20, 4, 4), "1:100|1:100");
-    row("nearly equal settings: the last one", {entry(40, 3, 4), entry(40.3, 3.05, 4.02)}, shot(40, 3, 4),
-        "1:100|1:100");
-    row("perspective and fisheye aren't mixed", {entry(20, 3, 4, true), entry(40, 3, 4)}, shot(25, 3, 4), "0:100|0:100",
-        "aren't mixed");
-}
-
-void tst_Fit::choices()
-{
-    QFETCH(QVector<ProfileEntry>, entries);
-    QFETCH(PictureFacts, facts);
-    QFETCH(QString, expected);
-    QFETCH(QString, text);
-    const FitResult fit = Fit(Profile(entries), facts, {});
-    const auto written = [](const QVector<EntryWeight> &weights) {
-        QStringList parts;
-        for (const EntryWeight &one : weights)
-            parts << QStringLiteral("%1:%2").arg(one.entry).arg(one.weight * 100.0, 0, 'f', 0);
-        parts.sort();
-        return parts;
-    };
-    for (int i : {0, 1}) {
-        const Case named(i == 0 ? "geometry" : "light");
-        QStringList want = expected.section(QLatin1Char('|'), i, i).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        want.sort();
-        QCOMPARE(written(i == 0 ? fit.geometryEntries : fit.lightEntries), want);
-    }
-    const QString said = fit.assumed.join(QLatin1Char('\n')) + fit.why;
-    QVERIFY2(text.isEmpty() ? said.isEmpty() : said.contains(text), qPrintable(said));
-}
-
-/// Notes on the entries used reach the user; others do not.
-void tst_Fit::oddities()
-{
-    LensProfile profile = Profile({Entry(20.0), Entry(40.0), Entry(80.0)});
-    profile.notes = {{7, 0, QStringLiteral("of a used entry")}, {9, 2, QStringLiteral("of another entry")}};
-    const QStringList assumed = Fit(profile, Facts({6000, 4000}, 30.0), {}).assumed;
-    QCOMPARE(assumed, QStringList{QStringLiteral("problem in the profile: of a used entry")});
-}
-
 /// A picture cut from the middle is corrected like the same part of the whole.
 void tst_Fit::lensfunFrames()
 {
@@ -498,113 +327,6 @@ void tst_Fit::lensfunFrames()
         QVERIFY(std::abs(part.gain - same.gain) < 1e-3);
     }
     QVERIFY(fit({4000, 6000}).assumed.join(QLatin1Char('\n')).contains(QLatin1String("rotated in an unknown")));
-}
-
-void tst_Fit::leftOut_data()
-{
-    QTest::addColumn<PictureFacts>("facts");
-    QTest::addColumn<FitOptions>("options");
-    QTest::addColumn<QString>("done"); // letters of the corrections made
-    QTest::addColumn<QString>("why");
-    const auto row = [](const char *name, const std::function<void(PictureFacts &, FitOptions &)> &change,
-                        const char *done, const char *why) {
-        PictureFacts facts = Facts();
-        FitOptions options;
-        change(facts, options);
-        QTest::newRow(name) << facts << options << QString::fromLatin1(done) << QString::fromLatin1(why);
-    };
-    const auto corrected = [](PictureFacts &f) { f.distortionDone = f.vignettingDone = {true, QStringLiteral("XMP")}; };
-    row(
-        "not requested", [](PictureFacts &, FitOptions &o) { o.distortion = false; }, "cv", "");
-    row(
-        "amount 0", [](PictureFacts &, FitOptions &o) { o.amountVignetting = 0.0; }, "dc",
-        "vignetting: its amount is 0");
-    row(
-        "before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
-        "distortion, vignetting: corrected before (XMP)");
-    row(
-        "again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
-    row(
-        "typed focal length", [](PictureFacts &f, FitOptions &o) { f.focalMm = {}, o.typed.focalMm = 24.0; }, "dcv",
-        "");
-    row(
-        "typed body", [](PictureFacts &f, FitOptions &o) { f.model = {}, o.typed.body = QStringLiteral("BODY"); },
-        "dcv", "");
-    row(
-        "no size", [](PictureFacts &f, FitOptions &) { f.pixels = QSize(); }, "", "size is unknown");
-    row(
-        "chosen for a larger frame",
-        [](PictureFacts &f, FitOptions &o) {
-            f.model = Known(QStringLiteral("LARGE"));
-            o.profile = QStringLiteral("made.lcp");
-        },
-        "dcv", "");
-}
-
-void tst_Fit::leftOut()
-{
-    QFETCH(PictureFacts, facts);
-    QFETCH(FitOptions, options);
-    QFETCH(QString, done);
-    QFETCH(QString, why);
-    const FitResult fit = Fit(Profile({Entry()}), facts, options);
-    const QString letters = QString::fromLatin1(fit.distortion ? "d" : "")
-        + QString::fromLatin1(fit.chromatic ? "c" : "") + QString::fromLatin1(fit.vignetting ? "v" : "");
-    QCOMPARE(letters, done);
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.contains(why), qPrintable(fit.why));
-    QCOMPARE(fit.correction.ChangesAnything(), !done.isEmpty());
-    const QString again = QStringLiteral("distortion again, though corrected before (XMP)");
-    QCOMPARE(fit.assumed.contains(again), options.again);
-    facts.make = Known(QStringLiteral("Canon"));
-    facts.model = Known(QStringLiteral("Canon EOS 40D"));
-    facts.lensNames = {Known(QStringLiteral("EF24-105mm f/4L IS USM"))};
-    QCOMPARE(FitByLensfun(facts, options).assumed.contains(again), options.again);
-}
-
-void tst_Fit::useless_data()
-{
-    QTest::addColumn<ProfileEntry>("entry"); // the tele end of a zoom, at line 9
-    QTest::addColumn<bool>("distortion");    // whether it is still corrected
-    QTest::addColumn<bool>("color");
-    QTest::addColumn<QString>("why");
-    const auto row = [](const char *name, bool distortion, bool color, const char *why,
-                        const std::function<void(ProfileEntry &)> &change) {
-        ProfileEntry entry = Entry(50.0);
-        entry.line = 9;
-        change(entry);
-        QTest::newRow(name) << entry << distortion << color << QString::fromLatin1(why);
-    };
-    // With r in focal lengths of 1.03 * 6000 px, r (1 - 5000 r^2) grows up to r = 1 / sqrt(15000): 50 px.
-    row("a fold near the center", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: it folds",
-        [](ProfileEntry &e) { e.green->coefficients = {-5000.0}; });
-    row("all positions outside", false, true,
-        "distortion: 50 mm f/4 3 m (line 9) leaves 0 % of the picture: the rest lies",
-        [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
-    row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
-        [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
-    row("both colors, reported once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %",
-        [](ProfileEntry &e) {
-            e.redGreen->coefficients = {-1e12, 1e12, -1e12};
-        });
-    row("half a fisheye", true, true, "", [](ProfileEntry &e) {
-        e.kind = ProfileEntry::Kind::Fisheye;
-        e.green->coefficients = {-0.5};
-    });
-}
-
-void tst_Fit::useless()
-{
-    QFETCH(ProfileEntry, entry);
-    QFETCH(bool, distortion);
-    QFETCH(bool, color);
-    QFETCH(QString, why);
-    const FitResult fit = Fit(Profile({Entry(20.0), entry}), Facts({6000, 4000}, 45.0), {});
-    QVERIFY2(why.isEmpty() ? fit.why.isEmpty() : fit.why.startsWith(why), qPrintable(fit.why));
-    QCOMPARE(fit.distortion, distortion);
-    QCOMPARE(fit.chromatic, color);
-    QCOMPARE(fit.correction.blue.has_value(), color);
-    QCOMPARE(fit.geometryEntries.isEmpty(), !distortion);
-    QVERIFY(fit.vignetting && !fit.why.contains(QLatin1Char('\n')));
 }
 
 QTEST_GUILESS_MAIN(tst_Fit)

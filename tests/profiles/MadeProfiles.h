@@ -3,6 +3,9 @@
 
 #include "Fit.h"
 
+#include <QDir>
+#include <QTemporaryDir>
+
 #include <limits>
 
 namespace made {
@@ -69,6 +72,16 @@ inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalM
     facts.aperture = Known(4.0);
     facts.distanceM = Known(3.0);
     return facts;
+}
+
+/// Makes @p folder hold the camera table, because the real one changes.
+inline void UseCameras(const QTemporaryDir &folder)
+{
+    QFile file(folder.filePath(QStringLiteral("cameras.txt")));
+    if (file.open(QIODevice::WriteOnly))
+        file.write("Maker;BODY;1.5\nMaker;SMALL;2\nMaker;LARGE;1\nMaker;NEAR;1.46\n");
+    file.close();
+    QDir::setSearchPaths(QStringLiteral("Data"), {folder.path()});
 }
 
 } // namespace made

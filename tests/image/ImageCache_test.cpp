@@ -6,6 +6,7 @@
 #include "WrittenPictures.h"
 
 #include <QDirIterator>
+#include <QScopeGuard>
 #include <QtTest>
 
 namespace {
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void sourcesOfVersions();
     void noRoomForDiskCopies();
     void lockedPixelsOutliveImage();
+    void pendingRows();
     void startWithHost();
 
 private:
@@ -239,6 +241,44 @@ void tst_ImageCache::lockedPixelsOutliveImage()
     QVERIFY(!ImageDef::Find(path));
     QCOMPARE(Picture(path)->LockFullSize(true)->width(), 64);
     QCOMPARE(Cache().m_items.size(), 1);
+}
+
+/// Pixels are lent before they are decoded: other locks wait for them, and damage is forgotten with the last lock.
+void tst_ImageCache::pendingRows()
+{
+    gflSetThreads(2);
+    const auto reset = qScopeGuard([] { gflSetThreads(0); });
+    const QString path = WritePicture(Path(QStringLiteral("early.jpg")), "jpeg", 1300, 900);
+    const QByteArray file = ReadFile(path);
+    ImageDef *const image = Picture(path);
+    const QByteArray whole = PackedPixels(*image->LockFullSize(true)->m_bitmap);
+    image->UnlockFullSize(true);
+    image->ReleaseFromMemory();
+    const auto lockEarly = [image] {
+        const auto refuse = qScopeGuard([] { gflAcceptPendingRows(0); });
+        gflAcceptPendingRows(1);
+        return image->LockFullSize(true);
+    };
+    const KImage *const early = lockEarly();
+    QCOMPARE(image->Lock(130, 90, true)->width(), 130);
+    QCOMPARE(image->LockFullSize(true), early);
+    QVERIFY(PackedPixels(*early->m_bitmap) == whole);
+    image->UnlockFullSize(true);
+    image->UnlockFullSize(true);
+    image->Unlock(130, 90, true);
+    image->ReleaseFromMemory();
+
+    WriteFile(path, file.left(file.size() * 2 / 3));
+    const QString failure = Thrown([&] { // by the lock if decoding ended earlier
+        const KImage *const cut = lockEarly();
+        const auto unlock = qScopeGuard([image] { image->UnlockFullSize(true); });
+        cut->WaitForRows(900, path);
+    });
+    QVERIFY2(failure.contains(QStringLiteral("GFL_ERROR_FILE_READ")), qPrintable(failure));
+    QVERIFY(!image->IsCached(1300, 900, true));
+    QCOMPARE(Thrown([image] { image->LockFullSize(true); }), failure);
+    WriteFile(path, file);
+    QVERIFY(PackedPixels(*image->LockFullSize(true)->m_bitmap) == whole);
 }
 
 void tst_ImageCache::startWithHost()

@@ -54,7 +54,8 @@ public:
     /// Returns the keys "name@thread" of a name, in the order of their first start.
     QStringList FindRelatedCounter(QString name);
 
-    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, cut to three decimals.
+    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, truncated to three
+    /// decimals.
     QString FormattedTime(qint64 ticks);
     double UnitConv(TimeUnits units, qint64 ticks);
     /// Returns one line per counter: " key : ticks, calls".

@@ -32,7 +32,7 @@ private:
     QString m_reason;
 };
 
-/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder and suffix. Without
+/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder or suffix. Without
 /// arguments, the line of the call.
 QString KPlace(const char *file = __builtin_FILE(), int line = __builtin_LINE());
 

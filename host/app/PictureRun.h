@@ -1,4 +1,4 @@
-// Corrects one picture with the plug-in; shared by all commands that correct.
+// Corrects one picture with the plug-in; shared by all commands that correct pictures.
 #pragma once
 
 #include "Corrections.h"
@@ -29,7 +29,7 @@ QDomElement DescribeParameters(const QString &tag, const PictureParameters &para
 /// Reads such an XML form; missing attributes count as false.
 PictureParameters ReadParameters(const QDomElement &element);
 
-/// A parameter record of the process, freed at the end of a scope.
+/// A parameter record of a process, freed at the end of the object's scope.
 class ParameterRecord {
 public:
     ParameterRecord(KIPluginOne2One *process, const QDomElement &element)

@@ -30,7 +30,7 @@ public:
     /// Returns the number of lenses; 0 if no data is installed.
     int LensCount() const { return m_lensCount; }
     LensfunMatch Find(const PictureFacts &facts) const;
-    /// Returns the titles of the lenses whose names contain all of @p words, case insensitive.
+    /// Returns the titles of the lenses whose names contain all of @p words, ignoring case.
     QStringList Search(const QStringList &words) const;
 
 private:

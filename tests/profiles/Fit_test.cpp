@@ -1,4 +1,4 @@
-// Fitted corrections against the models, computed without tables, blending or frames of the code.
+// Fitted corrections against the models, computed without the code's tables, blending or frames.
 #include "Case.h"
 #include "Fit.h"
 
@@ -252,7 +252,7 @@ void tst_Fit::frames()
     // The oracle's unit is the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
-    // If proportions differ slightly from the frame's, centers are shares of the frame's sides.
+    // If proportions differ slightly from the frame's, centers are fractions of the frame's sides.
     const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
     QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));

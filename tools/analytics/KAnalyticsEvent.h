@@ -63,7 +63,7 @@ private:
     QVariant m_value;
 };
 
-/// A duration in milliseconds. Its time stamp is the time of its creation, however often it starts.
+/// A duration in milliseconds. Its time stamp is the time of its creation, no matter how often it is started.
 class KAnalyticsEventTimer : public KAnalyticsEvent {
     Q_OBJECT
 public:

@@ -35,7 +35,7 @@ Corrector CorrectorOf(const QDomElement &parameters);
 qint64 AvailableBytes();
 
 /// Memory limit shared by several pictures. Threads wait until their picture fits; a single picture is always admitted.
-/// Any thread.
+/// Thread-safe.
 class MemoryBudget {
 public:
     /// @param bytes  for all pictures together; 0 means no limit.

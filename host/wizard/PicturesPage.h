@@ -34,7 +34,7 @@ public:
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// Returns whether the output folder is valid and all files of the list are described, because the next page needs
+    /// Returns whether the output folder is valid and all files in the list are described, because the next page needs
     /// all descriptions at once.
     bool isComplete() const override;
 

@@ -1,4 +1,4 @@
-// Bands of a fitted picture in the form of the output file.
+// Bands of a fitted picture in the output file's pixel format.
 #pragma once
 
 #include "Fit.h"

@@ -191,8 +191,8 @@ QString Seconds(double time)
                        : QStringLiteral("%1 s").arg(Number(time, 4)));
 }
 
-/// Returns the exposure time in seconds; 0 if unknown. Without an exposure time the record has ShutterSpeedValue
-/// unconverted, though it is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
+/// Returns the exposure time in seconds; 0 if unknown. Without an ExposureTime entry, the record contains the raw
+/// ShutterSpeedValue, which is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
 double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
 {
     constexpr quint32 kExposureTime = 33434, kShutterSpeed = 37377;

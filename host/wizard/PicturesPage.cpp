@@ -186,7 +186,7 @@ QString PicturesPage::OutputFolder() const
     return isBelowHome ? QDir::homePath() + folder.mid(1) : folder;
 }
 
-/// Returns what is wrong with the output folder; empty if nothing is known. It need not exist.
+/// Returns what is wrong with the output folder; empty if no problem is known. It need not exist.
 QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();

@@ -62,7 +62,7 @@ public:
     QString Dump();
     qint64 GetTick();
 
-    /// Whether the first instance has measured.
+    /// Whether the first instance has measured the overhead.
     static bool Calibrated;
 
 private:

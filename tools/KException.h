@@ -22,7 +22,7 @@ private:
 /// check.
 class __attribute__((visibility("default"))) KFileException : public KException {
 public:
-    /// @param reason  the layer's message, in English: what was read, expected, found.
+    /// @param reason  the layer's message, in English: what was read, expected and found.
     KFileException(const QString &what, const QString &where, const QString &reason);
     ~KFileException();
 

@@ -278,7 +278,7 @@ void tst_Fit::unknownFrames()
     ProfileEntry entry = Entry(), bare = Entry();
     entry.width = entry.sensorFormatFactor = 0.0;
     for (auto *model : {&bare.geometry, &bare.green, &bare.redGreen, &bare.blueGreen, &bare.vignette})
-        (*model)->focalLengthX = 0.0; // by the focal length over the frame
+        (*model)->focalLengthX = 0.0; // to be computed from the focal length and the frame
     bare.model = QStringLiteral("THING");
     bare.sensorFormatFactor = 0.0;
     for (const ProfileEntry &one : {entry, bare}) {

@@ -7,8 +7,8 @@
 #include <QString>
 #include <QVariant>
 
-/// Time-stamped when created. On the heap, without a parent; the store that receives it deletes it later. Use it on the
-/// manager's thread. Setters emit a signal only on a change.
+/// Time-stamped when created. Create it on the heap, without a parent; the store that receives it deletes it later. Use
+/// it on the manager's thread. Setters emit a signal only on a change.
 class KAnalyticsEvent : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)

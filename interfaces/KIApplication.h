@@ -10,8 +10,8 @@ class KIImageDef;
 struct KImageInstances;
 struct KUIInstances;
 
-/// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs it, it
-/// calls qt_metacast("KIApplication") on QCoreApplication::instance(). GUI thread.
+/// Implemented by the host's application object, which lists it in Q_INTERFACES. Each time the plug-in needs the host,
+/// it calls qt_metacast("KIApplication") on QCoreApplication::instance(). GUI thread.
 ///
 /// The order of the virtual functions is a binary contract: don't add or move any. The reserved functions belong to
 /// hosts; the plug-in never calls them.

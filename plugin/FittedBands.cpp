@@ -115,7 +115,7 @@ void FittedBands::Render(FloatRows *source, KImage &band, int firstRow) const
 /// Renders from stored rows as soon as the first @p rows of them can be read. @return false if others are needed.
 bool FittedBands::RenderStored(KImage &band, int firstRow, int rows) const
 {
-    KImage readable; // wraps the rows that must not be written any more
+    KImage readable; // wraps the rows that are complete, and no longer written
     readable.AllocBitmap(m_picture.width(), ReadableRows(rows), m_picture.type(), m_picture.bitsPerComponent(),
                          /*clear=*/false, m_picture.getData(0, 0), static_cast<int>(m_picture.bytesPerLine()));
     return m_warp.Render(readable, 0, band, firstRow);

@@ -1,4 +1,4 @@
-// Bands of a fitted picture in the form of the output file.
+// Bands of a fitted picture in the output file's pixel format.
 #pragma once
 
 #include "Fit.h"
@@ -25,8 +25,8 @@ struct FittedPlan {
 /// converted while they are in the caches.
 class FittedBands {
 public:
-    /// Waits until that many rows of the source can be read, from the top, and returns how many can. May throw.
-    /// Waiting for all of them also means that none is damaged.
+    /// Waits until that many rows of the source can be read, from the top, and returns how many can. May throw. If all
+    /// of them can be read, none is damaged.
     using WaitForRows = std::function<int(int rows)>;
 
     /// @p source must outlive the object and have the correction's size.

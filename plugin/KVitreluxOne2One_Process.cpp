@@ -32,8 +32,8 @@ FloatWarp::Frame FrameOf(const KImage &image)
     return image.width() > image.height() ? FloatWarp::Frame::Landscape : FloatWarp::Frame::Turned;
 }
 
-/// Renders bands of the corrected picture in the form of the output file. Only a few rows of source and result exist as
-/// floats at a time, and they are converted while they are in the caches.
+/// Renders bands of the corrected picture in the output file's pixel format. Only a few rows of source and result exist
+/// as floats at a time, and they are converted while they are in the caches.
 class CorrectedBands {
 public:
     /// @p source must outlive the object. Without @p lcp the picture is not corrected.
@@ -80,7 +80,7 @@ private:
 } // namespace
 
 /// Returns the record's profile at its scale; none if there is nothing to correct. If the record has no profile yet,
-/// looks one up and returns none, so that the next run corrects.
+/// looks one up and returns none, so that only the next run corrects the picture.
 std::optional<newLCP> KVitreluxOne2One::ProfileOf(KIImageDef *def, Params &params)
 {
     if (params.lcpFilename.isEmpty()) {

@@ -13,7 +13,7 @@ struct FormatRow {
     QLatin1String suffix;
     QLatin1String mimeType;
     int mostBits;    // of integers
-    int compression; // as in KImage::TranscodeCompression, unless chosen; -1: the layer's default
+    int compression; // used unless one was chosen, as in KImage::TranscodeCompression; -1: the layer's default
 };
 
 // The layer's default, 6, takes three times as long for 10 % smaller files (a photograph of 2400 x 1600 pixels).

@@ -5,11 +5,11 @@
 
 class KImage;
 
-/// Conversions of float RGBA pixels in place, made in this order; none by default.
+/// In-place conversions of float RGBA pixels, applied in this order; none by default.
 struct ResultValues {
-    bool toLight = false;  // stored values to light, by `light`
-    bool encodes = false;  // light to sRGB values
-    bool flattens = false; // onto black, for formats without opacity
+    bool toLight = false;  // stored values to linear light, with the curve `light`
+    bool encodes = false;  // linear light to sRGB values
+    bool flattens = false; // onto black, for formats without alpha
     TransferCurve light = {};
 
     void Apply(KImage *image) const;

@@ -7,7 +7,7 @@
 #include "PictureFacts.h"
 #include "ProfileGrid.h"
 
-/// The result of a fit. An empty Correction and a reason in `why` if there is nothing to correct.
+/// The result of a fit. If there is nothing to correct, the Correction is empty and `why` has the reason.
 struct FitResult {
     Correction correction;
     bool distortion = false, chromatic = false, vignetting = false; // the corrections made

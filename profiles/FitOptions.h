@@ -27,7 +27,7 @@ struct FitOptions {
     Sampling sampling = Sampling::Sharp;
     Projection projection = Projection::Rectilinear; // of fisheyes
     double amountDistortion = 1.0, amountChromatic = 1.0,
-           amountVignetting = 1.0; // of the profile's; at most 2
+           amountVignetting = 1.0; // factors of the profile's corrections, at most 2
     ProfileSource source = ProfileSource::Auto;
     bool again = false; // correct even if the picture was corrected before
     TypedFacts typed;

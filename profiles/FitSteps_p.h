@@ -28,7 +28,7 @@ using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options);
 
-/// Requested corrections that are not made, with the reasons.
+/// Requested corrections that were not made, with the reasons.
 class LeftOut {
 public:
     /// Returns whether the correction is requested and allowed; otherwise records the reason if it was requested.

@@ -196,7 +196,7 @@ double FieldShare(const Correction &correction)
             if (twin.IsEmpty(at(x + 0.5, y + 0.5)))
                 continue;
             const Point *above = &corners[size_t(y) * (kCells + 1) + size_t(x)], *below = above + kCells + 1;
-            // Area of the cell in the source, by its diagonals.
+            // Area of the cell in the source, from its diagonals.
             area += ((below[1].x - above[0].x) * (below[0].y - above[1].y)
                      - (below[0].x - above[1].x) * (below[1].y - above[0].y))
                 / 2.0;

@@ -8,10 +8,10 @@
 
 #include <optional>
 
-/// One polynomial model of an entry, in the file's units: focal length as a share of the frame's long side, center as
-/// shares of width and height. Inherited values are filled in.
+/// One polynomial model of an entry, in the file's units: focal length as a fraction of the frame's long side, center
+/// as fractions of width and height. Inherited values are filled in.
 struct ProfileModel {
-    double focalLengthX = 0.0; // 0: not given; computing it from focalMm takes a frame
+    double focalLengthX = 0.0; // 0: not given; computing it from focalMm requires the frame
     double centerX = 0.5, centerY = 0.5;
     double scaleFactor = 1.0;
     QVector<double> coefficients; // radial, fisheye or vignetting terms in the order of their numbers, at most three

@@ -14,7 +14,8 @@ struct MapMiddle {
     PictureVector tangential; // 1 / pixel
 };
 
-/// Returns the distance from the center to the farthest corner of the picture reduced about its middle, in pixels.
+/// Returns the distance, in pixels, from the center to the farthest corner of the picture, enlarged around its middle
+/// by 1 / @p shrink.
 double FarthestRadius(const QSize &pixels, const PictureVector &center, double shrink);
 
 /// Tabulates a map.

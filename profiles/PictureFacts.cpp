@@ -229,8 +229,8 @@ void ReadFrame(const MetadataLookup &metadata, PictureFacts *facts)
         facts->focalPlaneWidthMm = {mm, QStringLiteral("EXIF FocalPlaneXResolution")};
 }
 
-/// Reads the color space. DCF 2.0 has Adobe RGB as "uncalibrated" with a separate interoperability index; some cameras
-/// write 2.
+/// Reads the color space. DCF 2.0 marks Adobe RGB as "uncalibrated" plus an interoperability index; some cameras write
+/// 2 instead.
 void ReadEncoding(const MetadataLookup &metadata, PictureFacts *facts)
 {
     const double space = metadata.Number("Exif.Photo.ColorSpace");

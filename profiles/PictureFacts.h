@@ -37,7 +37,7 @@ struct PictureFacts {
     Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
     bool raw = false;
     Fact<ColorEncoding> encoding;
-    Fact<QRectF> crop;       // shares of the original, angle 0
+    Fact<QRectF> crop;       // fractions of the original's sides, angle 0
     bool cropTurned = false; // a crop at an angle, which cannot be fitted
     bool cropLost = false;   // a crop whose position in the original cannot be read
     /// Corrections already applied to rendered pixels.

@@ -51,8 +51,8 @@ QStringList Expanded(const QString &base, const QStringList &parts)
     return found;
 }
 
-/// Returns the profile folder in an XDG data folder. By the XDG Base Directory Specification relative folders are
-/// invalid; for XDG_DATA_HOME the default is then used.
+/// Returns the profile folder in an XDG data folder. According to the XDG Base Directory Specification, relative
+/// folders are invalid; for XDG_DATA_HOME the default is then used.
 QString ProfileFolderIn(const QString &data)
 {
     const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;

@@ -70,10 +70,10 @@ public:
     std::optional<EntryFrame> Under(const ProfileEntry &entry, bool chosen, QString *why) const;
 
     /// Returns the shape of the frame; none, with the reason in @p why, if the picture's position in it is unknown.
-    /// @param reference  sides of a picture as the camera stores it; empty: longer than high.
+    /// @param reference  sides of a picture as the camera stores it; empty: landscape.
     /// @param aspect     of the frame, at least 1; 0: that of the original size, if known, or of the picture.
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
-    /// Returns the position, in pixels of the current picture, of a center given in shares of the profile's frame.
+    /// Returns the position, in pixels of the current picture, of a center given in fractions of the profile's frame.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
     /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
     /// @param factor  of the camera, as returned by CameraFactor.

@@ -208,7 +208,7 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
     const QVector<Distance> &distances = focal.distances;
     if (!setting.distanceM) {
         if (distances.size() > 1)
-            choice->assumed << QStringLiteral("distance unknown: the farthest");
+            choice->assumed << QStringLiteral("distance unknown: the farthest is used");
         return AddDistance(distances.last(), weight, setting, choice);
     }
     if (distances.first().distanceM > 0.0)

@@ -1,4 +1,4 @@
-// Checks whether a file can be read or written, with messages for users. All functions: any thread.
+// Checks whether a file can be read or written, with messages for users. All functions are thread-safe.
 #pragma once
 
 #include <QString>

@@ -30,7 +30,7 @@ constexpr qint64 kMaxIndexCacheBytes = qint64(256) << 20;
 
 // ---- User files ----
 
-constexpr qint64 kMaxSettingsBytes = qint64(1) << 20; // ours have a few kilobytes
+constexpr qint64 kMaxSettingsBytes = qint64(1) << 20; // ours are a few kilobytes
 
 /// A picture list: a million names of 256 bytes. A device such as /dev/zero never ends.
 constexpr qint64 kMaxListBytes = qint64(256) << 20;

@@ -54,14 +54,15 @@ public:
     /// Returns the keys "name@thread" of a name, in the order of their first start.
     QStringList FindRelatedCounter(QString name);
 
-    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, cut to three decimals.
+    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, truncated to three
+    /// decimals.
     QString FormattedTime(qint64 ticks);
     double UnitConv(TimeUnits units, qint64 ticks);
     /// Returns one line per counter: " key : ticks, calls".
     QString Dump();
     qint64 GetTick();
 
-    /// Whether the first instance has measured.
+    /// Whether the first instance has measured the overhead.
     static bool Calibrated;
 
 private:

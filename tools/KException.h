@@ -22,7 +22,7 @@ private:
 /// check.
 class __attribute__((visibility("default"))) KFileException : public KException {
 public:
-    /// @param reason  the layer's message, in English: what was read, expected, found.
+    /// @param reason  the layer's message, in English: what was read, expected and found.
     KFileException(const QString &what, const QString &where, const QString &reason);
     ~KFileException();
 
@@ -32,7 +32,7 @@ private:
     QString m_reason;
 };
 
-/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder and suffix. Without
+/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder or suffix. Without
 /// arguments, the line of the call.
 QString KPlace(const char *file = __builtin_FILE(), int line = __builtin_LINE());
 

@@ -19,8 +19,8 @@ public:
     KLog();
     ~KLog() override;
 
-    /// Logs one line: the text, carriage return and line feed, no time and no level. Listeners receive it, and the file
-    /// if logging to it is on. Only listeners receive @p id.
+    /// Logs one line: the text, a carriage return and a line feed, without time or level. Listeners receive it, and the
+    /// file if logging to it is on. Only listeners receive @p id.
     void Log(const QString &text);
     void Log(int id, const QString &text);
     void Log(const char *format, ...) __attribute__((format(printf, 2, 3)));

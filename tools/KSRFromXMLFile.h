@@ -14,7 +14,7 @@ class QDomElement;
 ///   |---------|------------------------------------------------------------------------------------|
 ///   | bool    | "true" or "false", ignoring case, untrimmed, or a decimal integer: true unless 0   |
 ///   | int     | a decimal integer                                                                  |
-///   | double  | a number, with a point                                                             |
+///   | double  | a number, with a decimal point                                                     |
 ///   | QString | any, including the empty one                                                       |
 template <typename T> struct XmlValueBuilder {
     static T Build(const QDomElement &element, T defaultValue);

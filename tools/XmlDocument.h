@@ -6,7 +6,7 @@
 
 /// Result of parsing a text.
 struct XmlDocument {
-    QString whyRefused; ///< in plain English, no full stop: the limit exceeded, or entities declared; empty if none
+    QString whyRefused; ///< in plain English, without a period: the limit exceeded, or entities declared; empty if none
     bool isWellFormed = false;
     QString error; ///< the parser's, if the text is not well-formed
     int line = 0;  ///< of the error, from 1

@@ -45,7 +45,7 @@ Corrections DoneBefore(const PictureFacts &facts, const FittedRequest &request)
     return done;
 }
 
-/// Returns whether the required corrections are made: scripts must not mistake a picture without them for a success.
+/// Returns whether the required corrections were made: scripts must not mistake a picture without them for a success.
 bool AreMade(const FittedRequest &request, const Corrections &done, const QString &picture)
 {
     if (Covers(done, request.required))

@@ -35,10 +35,10 @@ public:
     /// work in progress can finish; the second SIGINT ends the program. Call it before other threads start.
     void FinishOnInterrupt(std::function<void()> onInterrupt);
     bool IsAskedToStop() const { return m_askedToStop; }
-    /// Ends the program by SIGINT, as if FinishOnInterrupt() had not been called, so that a shell's loop ends too.
+    /// Ends the program with SIGINT, as if FinishOnInterrupt() had not been called, so that a shell's loop ends too.
     void EndAsInterrupted();
     /// Removes the protected folders of the existing guard, for a program that ends immediately. Does nothing while
-    /// another thread makes or releases one.
+    /// another thread creates or releases one.
     static void RemoveFolders() noexcept;
 
 private:

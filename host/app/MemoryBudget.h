@@ -10,7 +10,7 @@ class ImageDef;
 class QDomElement;
 
 enum class Corrector {
-    Plain,         ///< reads a copy of the picture, all rows of it as floats if the lens has extreme distortion
+    Plain,         ///< reads a copy of the picture, converted to floats as a whole if the lens has extreme distortion
     Fitted,        ///< reads the picture itself, as stored if it has RGB of 8 or 16 bits
     FittedByFloats ///< reads the picture itself; each thread has a window of rows as floats
 };
@@ -28,20 +28,20 @@ enum class Corrector {
 /// | Plain          | JPEG, extreme distortion         | 543      | 583      |
 /// | Plain          | float TIFF                       | 954      | 995      |
 qint64 BytesToCorrect(const ImageDef &image, Corrector corrector);
-/// Returns how a fitted record with these parameters is corrected.
+/// Returns how a fitted record with these parameters corrects a picture.
 Corrector CorrectorOf(const QDomElement &parameters);
 
 /// Returns the bytes available without swapping; 0 if the system doesn't report them.
 qint64 AvailableBytes();
 
 /// Memory limit shared by several pictures. Threads wait until their picture fits; a single picture is always admitted.
-/// Any thread.
+/// Thread-safe.
 class MemoryBudget {
 public:
     /// @param bytes  for all pictures together; 0 means no limit.
     explicit MemoryBudget(qint64 bytes) : m_limitBytes(bytes) { }
 
-    /// The share of one picture, released at the end of a scope.
+    /// The share of one picture, released at the end of the object's scope.
     class Share {
     public:
         Share(MemoryBudget *budget, qint64 bytes);

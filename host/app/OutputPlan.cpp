@@ -147,7 +147,7 @@ QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffix
     if (!unknown.isEmpty())
         return QStringLiteral("has %1, expected {name}, {ext} or {folder}").arg(unknown);
     if (!naming.pattern.contains(QLatin1String("{name}")))
-        return QStringLiteral("lacks {name}, without which all pictures of a folder have the same output");
+        return QStringLiteral("lacks {name}, without which all pictures in a folder would have the same output");
     if (filled.contains(QLatin1Char('/')))
         return QStringLiteral("has a slash; -o names the folder");
     if (!suffixes.contains(QFileInfo(filled).suffix().toLower()))

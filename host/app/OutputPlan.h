@@ -49,11 +49,11 @@ QString OutputEnding(const QString &format, const QString &ending = QStringLiter
 QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
 /// Returns what is wrong with a pattern and ending typed by the user; empty if they are valid. They must give each
-/// picture of a folder a unique file name, without a slash, that ends in one of the format's @p suffixes, ignoring
+/// picture in a folder a unique file name, without a slash, that ends in one of the format's @p suffixes, ignoring
 /// case.
 QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
-/// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png of one folder, or two a.jpg with
-/// one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base
+/// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files a.jpg
+/// with one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base
 /// name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

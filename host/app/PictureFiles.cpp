@@ -115,7 +115,7 @@ QByteArray ReadList(const QString &name)
                          KPlace());
     if (list.size() > kMaxListBytes)
         throw KException(
-            QStringLiteral("cannot read the list of pictures \"%1\": more than %2 bytes, the maximum of a list")
+            QStringLiteral("cannot read the list of pictures \"%1\": more than %2 bytes, the maximum for a list")
                 .arg(name)
                 .arg(kMaxListBytes),
             KPlace());

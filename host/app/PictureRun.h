@@ -1,4 +1,4 @@
-// Corrects one picture with the plug-in; shared by all commands that correct.
+// Corrects one picture with the plug-in; shared by all commands that correct pictures.
 #pragma once
 
 #include "Corrections.h"
@@ -29,7 +29,7 @@ QDomElement DescribeParameters(const QString &tag, const PictureParameters &para
 /// Reads such an XML form; missing attributes count as false.
 PictureParameters ReadParameters(const QDomElement &element);
 
-/// A parameter record of the process, freed at the end of a scope.
+/// A parameter record of a process, freed at the end of the object's scope.
 class ParameterRecord {
 public:
     ParameterRecord(KIPluginOne2One *process, const QDomElement &element)
@@ -53,9 +53,9 @@ bool IsThere(const QString &path);
 /// The result of a run: it wrote its output or, only with ExistingOutput::Skip, kept one that appeared in the meantime.
 enum class RunResult { Written, Kept };
 
-/// Corrects into a private folder and moves the complete output into place. Throws KException with a message for the
-/// user that omits the picture's name, or any exception of the process; then no files are left, and an existing output
-/// is unchanged. Frees the picture's pixels, because no picture is needed twice.
+/// Corrects the picture into a private folder and moves the complete output into place. Throws KException with a
+/// message for the user that omits the picture's name, or any exception of the process; then no files are left, and an
+/// existing output is unchanged. Frees the picture's pixels, because no picture is needed twice.
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,

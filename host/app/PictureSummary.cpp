@@ -81,7 +81,7 @@ private:
     std::unique_ptr<GFL_EXIF_DATAEX, void (*)(GFL_EXIF_DATAEX *)> m_values;
 };
 
-/// Describes a picture like the image kernel, including forms that the kernel refuses, such as gray ones.
+/// Describes a picture as the image kernel does, and also pictures that the kernel refuses, such as gray ones.
 std::unique_ptr<ImageDef> Describe(const QString &path)
 {
     ImageDef *made = nullptr;
@@ -158,7 +158,7 @@ void AddLens(const ImageDef &image, PictureSummary *facts)
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-/// Adds the focal length. If the ratio to 35 mm film is unknown, the record's focal length is not reliable.
+/// Adds the focal length from the file's EXIF: the record's is not reliable if the ratio to 35 mm film is unknown.
 void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;
@@ -191,8 +191,8 @@ QString Seconds(double time)
                        : QStringLiteral("%1 s").arg(Number(time, 4)));
 }
 
-/// Returns the exposure time in seconds; 0 if unknown. Without an exposure time the record has ShutterSpeedValue
-/// unconverted, though it is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
+/// Returns the exposure time in seconds; 0 if unknown. Without an ExposureTime entry, the record contains the raw
+/// ShutterSpeedValue, which is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
 double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
 {
     constexpr quint32 kExposureTime = 33434, kShutterSpeed = 37377;
@@ -255,7 +255,7 @@ void AddPlace(const ShootingInformation &shooting, const FileExif &exif, Picture
     constexpr double kUnknown = ShootingInformation::kUnknownPlace;
     if (shooting.gpsLatitude == kUnknown || shooting.gpsLongitude == kUnknown)
         return;
-    // Without a GPS fix, cameras write zeros and either omit north and south or report no reception.
+    // Without a GPS fix, cameras write zeros without N or S, zeros with a status of no reception, or fractions 0/0.
     const bool isZero = shooting.gpsLatitude == 0.0 && shooting.gpsLongitude == 0.0;
     if (isZero
         && (exif.GpsText(kGpsLatitudeRef).isEmpty() || exif.GpsText(kGpsStatus) == QLatin1String("V")

@@ -13,7 +13,7 @@ class PluginLoader;
 /// plug-in.
 class ThreadProcesses {
 public:
-    /// Makes up to @p count in total; only @p first if the plug-in makes no more; none if @p first is null.
+    /// Makes up to @p count in total; only @p first if the plug-in cannot create more; none if @p first is null.
     ThreadProcesses(const PluginLoader &plugin, KIPluginOne2One *first, int count);
 
     /// Returns the processes, the given one first.

@@ -7,7 +7,8 @@
 
 #include <memory>
 
-/// How processes correct: a fitted one has the dynamic property "Correction" with the value "fitted".
+/// The kind of correction that processes apply: fitted ones have the dynamic property "Correction" with the value
+/// "fitted".
 enum class CorrectionMode { Plain, Fitted };
 
 /// Needs the application object, and must be destroyed before it.
@@ -21,7 +22,7 @@ public:
 
     /// Returns the correction process, which the plug-in owns; null if it is not available.
     KIPluginOne2One *Process() const { return m_process; }
-    /// Makes another process of the same kind, for another thread; null if the plug-in makes none.
+    /// Returns another process of the same kind, for another thread; null if the plug-in cannot create one.
     std::unique_ptr<QObject> MakeProcess() const;
     /// Returns the reason why Process() is null.
     QString Problem() const { return m_problem; }

@@ -8,7 +8,8 @@
 class InterruptGuard;
 
 /// Named ".vitrelux-" plus six letters. A lock on a file in it shows other processes that its owner is alive. The first
-/// such folder of a process in a parent removes those of killed owners. Removal problems are printed on standard error.
+/// one that a process creates in a parent folder also removes those left by killed processes. Removal problems are
+/// printed on standard error.
 class PrivateFolder {
 public:
     /// @param parent  an existing folder.

@@ -22,14 +22,14 @@ struct ProfileUse {
 ProfileUse JudgeProfile(const QString &file);
 ProfileUse JudgeProfile(const QString &file, const ProfileReport &report);
 
-/// Chooses the corrections to make with @p profile, which has no problem: the requested ones or, if none are requested,
-/// all that it supports. Returns none, with the reason in @p why, if a requested correction is not available or the
-/// profile supports none: scripts must not mistake an uncorrected picture for success. The plug-in cannot decide this,
-/// because without chromatic models it skips the other corrections too.
+/// Chooses the corrections to make with @p profile, whose `problem` must be empty: the requested ones or, if none are
+/// requested, all that it supports. Returns none, with the reason in @p why, if a requested correction is not available
+/// or the profile supports none: scripts must not mistake an uncorrected picture for success. The plug-in cannot decide
+/// this, because without chromatic models it skips the other corrections too.
 Corrections ChooseCorrections(const ProfileUse &profile, const Corrections &asked, QString *why);
 
 /// Returns a note if the picture's size differs from the profile's; empty if the sizes match. Pictures that aren't
-/// wider than high are rotated for the correction, and compared in that orientation.
+/// wider than tall are rotated for the correction, and compared in that orientation.
 QString SizeMismatch(const ProfileUse &profile, int width, int height);
 
 /// Returns a list such as "distortion, vignetting".

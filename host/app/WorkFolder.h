@@ -26,8 +26,8 @@ public:
     /// folder.
     QString Admit(const QString &picture);
 
-    /// Moves @p result, a file in this folder, to @p target in the output folder, which should not exist. @return
-    /// false, with the existing file kept, if it was created in the meantime.
+    /// Moves @p result, a file in this folder, to @p target, a file in the output folder that should not exist. @return
+    /// false, with @p target kept, if it was created in the meantime.
     [[nodiscard]] bool Publish(const QString &result, const QString &target) const;
     /// Moves @p result to @p target, replacing an existing file.
     void Publish(const QString &result, const ReplacedFile &target) const;

@@ -17,7 +17,7 @@ void Write(std::FILE *stream, const QString &text)
     const auto length = static_cast<std::size_t>(bytes.size());
     if (std::fwrite(bytes.constData(), 1, length, stream) == length && std::fflush(stream) == 0)
         return;
-    if (errno == EPIPE) // the reader closed the pipe: let InterruptGuard end the program by SIGPIPE
+    if (errno == EPIPE) // the reader closed the pipe: let InterruptGuard end the program with SIGPIPE
         kill(getpid(), SIGPIPE);
 }
 

@@ -5,5 +5,6 @@
 
 class Console;
 
-/// Makes the application object, loads the plug-in and corrects. Call it once, from main, before any thread runs.
+/// Creates the application object, loads the plug-in and corrects the pictures. Call it once, from main, before any
+/// thread runs.
 ExitCode RunCorrect(const CorrectOptions &options, Console *console);

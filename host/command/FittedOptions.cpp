@@ -92,15 +92,15 @@ template <std::optional<double> TypedFacts::*fact> void TakeNumber(const QString
 }
 
 const Row kRows[] = {
-    {{"format", "NAME", "of the outputs: tiff (default), jpeg, png, exr", false, "tiff jpeg png exr"},
+    {{"format", "NAME", "output format: tiff (default), jpeg, png, exr", false, "tiff jpeg png exr"},
      "Format",
      nullptr,
      "tiff, jpeg, png or exr"},
-    {{"quality", "N", "of --format jpeg, 1 to 100; default: 92", false, nullptr, true},
+    {{"quality", "N", "JPEG quality, 1 to 100; default: 92", false, nullptr, true},
      "Quality",
      IsQuality,
      "a whole number from 1 to 100"},
-    {{"compression", "NAME", "of --format tiff: deflate (default), none, lzw, zstd", false, "none lzw deflate zstd",
+    {{"compression", "NAME", "TIFF compression: deflate (default), none, lzw, zstd", false, "none lzw deflate zstd",
       true},
      "Compression",
      nullptr,

@@ -5,6 +5,6 @@
 
 class Console;
 
-/// Makes the application object; call it once, from main, before any thread runs. Shows every picture; one that can't
-/// be read makes the result kSomeFailed, one without a profile does not.
+/// Creates the application object; call it once, from main, before any thread runs. Describes every picture; one that
+/// can't be read makes the result kSomeFailed, one without a profile does not.
 ExitCode RunInfo(const InfoOptions &options, Console *console);

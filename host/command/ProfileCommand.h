@@ -5,6 +5,6 @@
 
 class Console;
 
-/// Makes the application object if a picture is read or drawn; call it once, from main, before any thread runs. Shows
+/// Creates the application object if a picture is read or drawn; call it once, from main, before any thread runs. Shows
 /// every profile; one that can't be used makes the result kSomeFailed.
 ExitCode RunProfile(const ProfileOptions &options, Console *console);

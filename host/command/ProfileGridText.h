@@ -9,8 +9,8 @@ struct ProfileEntry;
 /// Returns those of "distortion, green, red, blue, light" that the entry has; empty if it has none.
 QString ModelNames(const ProfileEntry &entry);
 
-/// Returns the profile's names and frames, and one row for each focal length and distance with the apertures of equal
-/// models. @p profile must have entries; @p file is its name as the user wrote it.
+/// Returns the profile's names and frames, and one row for each focal length, distance and set of models, with its
+/// apertures. @p profile must have entries; @p file is its name as the user wrote it.
 QString ProfileGridText(const QString &file, const LensProfile &profile);
 
 /// Returns one line per note: "FILE:LINE: warning: entry 2: TEXT". "error" means that a model or entry can't be used.

@@ -11,8 +11,8 @@
 class HostApplication;
 class QHBoxLayout;
 
-/// Shows both pictures side by side, at the same position and zoom. The mouse, the keys +, -, 0 and the arrows, and
-/// buttons change these. A thread reads the pictures. The window's size is stored. GUI thread.
+/// Shows both pictures side by side, at the same position and zoom. The mouse, the +, -, 0 and arrow keys, and buttons
+/// change position and zoom. A thread reads the pictures. The window's size is stored. GUI thread.
 class CompareDialog : public QDialog {
     Q_OBJECT
 public:

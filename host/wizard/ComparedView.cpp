@@ -93,7 +93,7 @@ void ComparedView::wheelEvent(QWheelEvent *event)
     if (m_image.isNull() || picture.isEmpty())
         return;
     const QPointF at = event->position() - picture.topLeft();
-    constexpr double kPerDegree = 1.02; // a wheel's step has 15 degrees
+    constexpr double kPerDegree = 1.02; // one step of a wheel is 15 degrees
     m_place->ZoomBy(std::pow(kPerDegree, event->angleDelta().y() / 8.0),
                     {at.x() / picture.width(), at.y() / picture.height()});
     event->accept();

@@ -13,12 +13,12 @@ public:
 
     /// Returns the zoom, from 1 (the whole picture) to kMaxZoom.
     double Zoom() const { return m_zoom; }
-    /// Returns the point in the middle of the views, as shares of width and height.
+    /// Returns the point in the middle of the views, as fractions of width and height.
     QPointF Center() const { return m_center; }
-    /// Multiplies the zoom; the point @p at, as shares of the picture, doesn't move in the views.
+    /// Multiplies the zoom; the point @p at, as fractions of the picture, doesn't move in the views.
     void ZoomBy(double factor, const QPointF &at);
     void ZoomBy(double factor) { ZoomBy(factor, m_center); }
-    /// Moves the picture by shares of its width and height.
+    /// Moves the picture by fractions of its width and height.
     void MoveBy(const QPointF &shares);
     void ShowAll();
 

@@ -1,4 +1,4 @@
-// The correction of a wizard's pictures, on separate threads.
+// Correction of the wizard's pictures, on separate threads.
 #pragma once
 
 #include "app/FittedCorrection.h"

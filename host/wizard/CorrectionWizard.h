@@ -21,7 +21,7 @@ public:
     /// @param processes  one for each picture that is corrected at the same time; the first one has the page.
     CorrectionWizard(HostApplication *application, const std::vector<KIPluginOne2One *> &processes,
                      FittedCorrection *correction, InterruptGuard *guard);
-    /// Returns the plug-in's page, and waits for pictures in progress.
+    /// Gives the page back to the plug-in, and waits for pictures in progress.
     ~CorrectionWizard() override;
 
     /// Adds pictures to the list of the first page.
@@ -30,7 +30,7 @@ public:
     int FailedCount() const;
 
     bool validateCurrentPage() override;
-    /// Closes the window; during a run it stops the run instead, and a second call closes.
+    /// Closes the window; during a run it stops the run instead, and a second call closes it.
     void reject() override;
     void done(int result) override;
 

@@ -168,7 +168,7 @@ QGridLayout *PicturesPage::SetUpOptions()
     return grid;
 }
 
-/// Selects the stored value and stores a new one.
+/// Selects the stored value, and stores each new choice.
 void PicturesPage::SetUpChoice(QComboBox *box, const QLatin1String &setting)
 {
     box->setCurrentIndex(std::max(0, box->findData(m_application->Settings().value(setting))));
@@ -176,7 +176,7 @@ void PicturesPage::SetUpChoice(QComboBox *box, const QLatin1String &setting)
             [=] { m_application->Settings().setValue(setting, box->currentData()); });
 }
 
-/// Returns the folder as typed, with the home folder for "~", or dropped as a URL; empty: that of each picture.
+/// Returns the folder that was typed, with "~" expanded, or dropped as a URL; empty: the folder of each picture.
 QString PicturesPage::OutputFolder() const
 {
     const QString folder = m_outputFolder->text();
@@ -186,7 +186,7 @@ QString PicturesPage::OutputFolder() const
     return isBelowHome ? QDir::homePath() + folder.mid(1) : folder;
 }
 
-/// Returns what is wrong with the output folder; empty if nothing is known. It need not exist.
+/// Returns what is wrong with the output folder; empty if no problem is known. It need not exist.
 QString PicturesPage::OutputFolderFault() const
 {
     const QString folder = OutputFolder();

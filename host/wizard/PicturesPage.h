@@ -34,8 +34,8 @@ public:
     /// Returns the chosen framing, as the attribute "Framing" of a record.
     QString Framing() const;
 
-    /// Returns whether all files of the list are described, because the next page needs all descriptions at once, and
-    /// the output folder is valid.
+    /// Returns whether the output folder is valid and all files in the list are described, because the next page needs
+    /// all descriptions at once.
     bool isComplete() const override;
 
 protected:

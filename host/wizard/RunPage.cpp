@@ -105,7 +105,7 @@ void RunPage::SetUpList()
         EnableButtons();
     });
     connect(m_list, &QTableWidget::cellDoubleClicked, this, &RunPage::Compare);
-    auto *compareByKey = new QAction(m_list); // as a key press, Return would also close the window
+    auto *compareByKey = new QAction(m_list); // a shortcut: an unhandled Return key would close the window
     compareByKey->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
     compareByKey->setShortcutContext(Qt::WidgetShortcut);
     m_list->addAction(compareByKey);
@@ -227,7 +227,7 @@ void RunPage::SetRunning(bool running)
     Q_EMIT RunningChanged();
 }
 
-/// Estimates by the pixels done so far; shows nothing before the first picture is finished.
+/// Estimates from the pixels done so far; shows nothing before the first picture is finished.
 void RunPage::ShowTimeLeft()
 {
     if (m_cancelled || m_pixelsDone == 0)
@@ -247,8 +247,8 @@ void RunPage::EnableButtons()
     m_showInFolder->setEnabled(isShown);
 }
 
-/// Returns the selected picture or, if none is selected, the first one, whose corrected picture exists; null if there
-/// is none.
+/// Returns the selected picture if its corrected picture exists; without a selection, the first one whose corrected
+/// picture exists. Null if there is none.
 const PlannedPicture *RunPage::Shown() const
 {
     for (std::size_t i = 0; i < m_outcomes.size(); ++i) {

@@ -68,7 +68,7 @@ private:
     std::vector<std::optional<PictureOutcome>> m_outcomes; // none: not finished
     bool m_running = false;
     bool m_cancelled = false;
-    bool m_follows = true; // the list scrolls to the picture begun last, until the user selects one
+    bool m_follows = true; // the list scrolls to the picture started last, until the user selects one
     QElapsedTimer m_sinceStart;
     QTimer m_everySecond;
     qint64 m_pixelsDone = 0;

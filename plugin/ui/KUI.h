@@ -21,12 +21,12 @@ public:
     /// Stops the module: frees its state, or releases a host's.
     static void exit();
 
-    /// Registers "closure-library.rcc" of the application's folder, once; logs a critical message if it is not
+    /// Registers "closure-library.rcc" from the application's folder, once; logs a critical message if it is not
     /// available.
     static void loadJSLibraries();
 
     /// Returns a value for QFileDialog::Options: 0 for the system's dialogs, QFileDialog::DontUseNativeDialog (16) for
-    /// Qt's. The system's before init.
+    /// Qt's. 0 before init.
     static int UseSystemFileDialog();
     /// No effect before init.
     static void SetUseSystemFileDialog(bool use);

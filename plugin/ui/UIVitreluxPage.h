@@ -15,7 +15,7 @@ public:
     void SetImage(KIImageDef *def, void *params) override;
     /// Copies the current image's record to all images and to the defaults of the next job.
     void ApplyAll() override;
-    /// Releases the job's images and records before they are freed.
+    /// Drops the pointers to the job's images and records. Call it before these are freed.
     void Clear();
 
 private:

@@ -24,7 +24,7 @@ class Ui_UIVitreluxPreviewClass;
 ///   | up to date               | true         | hidden     | the corrected one, or both side by side   |
 ///
 /// A change during a render replaces the pending request, which starts when the render ends. The dynamic property
-/// "isComplete" shows the parent page whether the user may continue; each change emits the parent's completeChanged().
+/// "isComplete" tells the parent page whether the user may continue; each change emits the parent's completeChanged().
 ///
 /// A fitted record without a chosen profile stays without one: the profile that its render found, or why none was
 /// found, is shown in the profile's row as a placeholder. A chosen profile can be cleared there.

@@ -34,9 +34,9 @@ enum class Group {
 
 /// Comparison rule for the marks of a group.
 enum class Rule {
-    Same,       // names contradict unless they have the same marks of the group
-    SameIfFull, // as Same, but a picture's name with only numbers, or mount and numbers, matches any
-    NotOther    // names contradict only if both have marks of the group and they differ
+    Same,       // names conflict unless they have the same marks of the group
+    SameIfFull, // as Same, but a name in a picture that has only numbers, or a mount and numbers, matches any
+    NotOther    // names conflict only if both have marks of the group and these differ
 };
 
 struct GroupRule {
@@ -74,7 +74,7 @@ struct OwnMark {
 
 constexpr OwnMark kOwnMarks[] = {
     {"nikon", "e"},          // the aperture type; elsewhere Sony's mount
-    {"samyang", "af"},       // elsewhere part of many names; its lenses without it have the same numbers
+    {"samyang", "af"},       // part of many other names; Samyang's lenses without it have the same numbers
     {"olympus", "r"},        // elsewhere an aperture ring
     {"leicam", "asph"},      // lenses for other mounts often omit it
     {"hsm", "contemporary"}, // followed older lenses with the same numbers
@@ -96,8 +96,8 @@ QString FindMaker(const QString &word);
 bool IsMountFamily(const QString &word);
 /// Returns the maker of the mount among @p marks if other makers' lens names use it too ("E", "Z"); empty otherwise.
 QString MakerOfMount(const QSet<QString> &marks);
-/// Returns whether a word describes glass, coatings or equipment. Many makers use such words, and spellings of the same
-/// lens may omit them.
+/// Returns whether a word describes glass, coatings or equipment. Many makers use such words, and other spellings of
+/// the same lens may omit them.
 bool IsDescription(const QString &word);
 /// Returns whether a word doesn't help to identify a lens.
 bool IsIdleWord(const QString &word);

@@ -1,4 +1,4 @@
-// A lens of lensfun's database at one setting, as functions of the radius in pixels.
+// A lens from lensfun's database at one setting, as functions of the radius in pixels.
 #pragma once
 
 #include <functional>
@@ -31,7 +31,7 @@ struct LensfunCurves {
 };
 
 /// Returns the curves that the library interpolates at @p setting. Formulas and units are lensfun's (its manual, "Lens
-/// distortion", "Lateral chromatic aberration", "Vignetting"): radii of distortion and color are in halves of the short
-/// side of the calibrated frame, those of light in halves of its diagonal. Sizes are measured between pixel centers, so
-/// they are one less than the pixel count.
+/// distortion", "Lateral chromatic aberration", "Vignetting"): the unit of radii is half the short side of the
+/// calibrated frame for distortion and color, and half its diagonal for light. Sizes are measured between pixel
+/// centers, so they are one less than the pixel count.
 LensfunCurves CurvesOf(const lfLens &lens, const LensfunFrame &frame, const LensfunSetting &setting);

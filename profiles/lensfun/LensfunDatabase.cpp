@@ -15,7 +15,7 @@ namespace {
 
 struct Camera {
     QString make, model;
-    QString mount;           // a lower-case first letter: a fixed lens
+    QString mount;           // lowercase first letter: a fixed lens
     double cropFactor = 0.0; // 0: not known
 };
 

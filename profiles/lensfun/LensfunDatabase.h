@@ -1,4 +1,4 @@
-// Lookup of a picture's lens in lensfun's database, by our name rules.
+// Lookup of a picture's lens in lensfun's database, by our rules for lens names.
 #pragma once
 
 #include "PictureFacts.h"
@@ -30,7 +30,7 @@ public:
     /// Returns the number of lenses; 0 if no data is installed.
     int LensCount() const { return m_lensCount; }
     LensfunMatch Find(const PictureFacts &facts) const;
-    /// Returns the titles of the lenses whose names contain all of @p words, case insensitive.
+    /// Returns the titles of the lenses whose names contain all of @p words, ignoring case.
     QStringList Search(const QStringList &words) const;
 
 private:
@@ -44,6 +44,6 @@ private:
     int m_lensCount = 0;
 };
 
-/// Returns the facts with the full name of the lens added if the picture gives only its numbers and a single lens of
+/// Returns the facts, with the full name of the lens added if the picture gives only its numbers and a single lens in
 /// the database has them on the picture's mount.
 PictureFacts WithNameOfNumbers(PictureFacts facts);

@@ -18,7 +18,7 @@ Prepare Bytes(const QByteArray &bytes)
     return [bytes](const QString &path) { WriteFile(path, bytes); };
 }
 
-/// Creates a copy of a file of the same folder, truncated to @p size bytes.
+/// Creates a copy of a file in the same folder, truncated to @p size bytes.
 Prepare Copy(const char *name, int size, QFile::Permissions rights = QFile::ReadOwner)
 {
     return [=](const QString &path) {
@@ -150,7 +150,7 @@ void BadInputTest::refused()
         QCOMPARE(Run("profile --plain m"_s).exitCode, 1);
 }
 
-/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels, or other squares for WebP and PNG, are refused with
+/// Files of a few hundred bytes that claim 30,000 x 30,000 pixels (WebP and PNG: other large squares) are refused with
 /// 1 GiB of memory.
 void BadInputTest::hugeClaims()
 {
@@ -206,7 +206,7 @@ void BadInputTest::fileSizeLimit()
     WriteFile(Path("b_corrected.tiff"_s), "old");
     WriteJpeg(Path("tiny.jpg"_s), 4, 3);
     m_run->beforeStart = [] {
-        const rlimit limit = {4096, 4096}; // the output of a.jpg has over 6 kB, that of tiny.jpg under 1 kB
+        const rlimit limit = {4096, 4096}; // the output of a.jpg is over 6 kB, that of tiny.jpg under 1 kB
         setrlimit(RLIMIT_FSIZE, &limit);
     };
     const ProgramResult result = Run("correct --plain --overwrite --profile p.lcp a.jpg b.jpg tiny.jpg"_s);
@@ -222,7 +222,7 @@ void BadInputTest::fileSizeLimit()
 void BadInputTest::fullDisk()
 {
     QDir(m_dir->path()).mkdir("disk"_s);
-    WriteJpeg(Path("a.jpg"_s), 400, 300); // its output has over 200 kB
+    WriteJpeg(Path("a.jpg"_s), 400, 300); // its output is over 200 kB
     const QString program = m_run->program;
     m_run->program = "unshare"_s;
     const auto inNamespace = [this](const QString &script) {

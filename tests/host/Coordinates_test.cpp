@@ -164,7 +164,7 @@ void tst_Coordinates::vignettingGainOfGray_data()
     for (int others : {0, Distortion + 0, Chromatic + 0, Distortion | Chromatic})
         for (const QSize &size : {kLandscape, kPortrait, kSquare})
             QTest::addRow("%d, width %d", others, size.width())
-                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // that reaches white
+                << (others | Vignetting) << size << (size == kSquare ? 0.8f : 0.4f); // 0.8 reaches white
 }
 
 void tst_Coordinates::vignettingGainOfGray()

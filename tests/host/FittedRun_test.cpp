@@ -18,7 +18,7 @@ namespace {
 
 const QString kFound = "lenses/deep/down/x.lcp"_s;
 
-/// Returns the first part of a value that doesn't match the schema; empty if all do. Only for keywords in use.
+/// Returns the first part of a value that doesn't match the schema; empty if all do. Supports only the keywords in use.
 QString Mismatch(const QJsonValue &value, const QJsonObject &schema)
 {
     const QString text = value.toVariant().toString(), type = schema.value("type"_s).toString();

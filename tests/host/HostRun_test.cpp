@@ -144,7 +144,7 @@ void HostRunTest::existingOutput()
     for (const auto &row : rows) {
         const Case named(row.option, row.content);
         init();
-        const bool rival = QByteArray(row.content) == "rival"; // made while the picture is corrected
+        const bool rival = QByteArray(row.content) == "rival"; // created while the picture is being corrected
         if (!rival)
             WriteFile(Path(kOutput), "old");
         const ProgramResult result = RunProbe(row.content, "a.jpg b.jpg "_s + QLatin1String(row.option));
@@ -358,7 +358,7 @@ void HostRunTest::names()
         QVERIFY2(result.exitCode == 0, result.error);
         QVERIFY2(QFileInfo::exists(m_dir->path() + "/"_s + output), qPrintable(output));
     }
-    const QString tooLong = QString(246, QLatin1Char('x')) + ".jpg"_s; // its output's name has over 255 bytes
+    const QString tooLong = QString(246, QLatin1Char('x')) + ".jpg"_s; // its output's name is over 255 bytes long
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path(tooLong)));
     QVERIFY(Run("correct --plain --profile p.lcp "_s + tooLong).error.contains("File name too long"));
     QVERIFY(QFile::copy(Path("a.jpg"_s), Path("-dash.jpg"_s)));

@@ -26,7 +26,7 @@ Exiv2::ExifData CanonExif(const char *longAndShort, uint16_t number)
     exif["Exif.Photo.ExposureTime"] = Exiv2::Rational(1, 160);
     exif["Exif.Photo.FNumber"] = Exiv2::Rational(71, 10);
     exif["Exif.Photo.ISOSpeedRatings"] = uint16_t(100);
-    exif["Exif.Photo.DateTimeOriginal"] = "2008:07:30 15:56:01"; // summer time, where there is one
+    exif["Exif.Photo.DateTimeOriginal"] = "2008:07:30 15:56:01"; // daylight saving time, where it exists
     exif["Exif.GPSInfo.GPSLatitude"] = "45/1 30/1 15/1";
     exif["Exif.GPSInfo.GPSLatitudeRef"] = "S";
     exif["Exif.GPSInfo.GPSLongitude"] = "11/1 15/1 0/1";

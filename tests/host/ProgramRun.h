@@ -16,7 +16,7 @@ struct ProgramResult {
     QString summary;
 };
 
-/// One run of the program, in an environment without display and home folder unless set otherwise.
+/// One run of the program, in an environment without a display or home folder unless set otherwise.
 class ProgramRun : public QProcess {
 public:
     ProgramRun();

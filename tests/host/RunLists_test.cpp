@@ -39,7 +39,7 @@ void tst_RunLists::namesInLists_data()
     QTest::addColumn<QByteArray>("list");
     QTest::addColumn<QStringList>("names");
     QTest::newRow("lines") << QByteArray("a b.jpg\n\n-c.jpg\nlast") << QStringList{"a b.jpg"_s, "-c.jpg"_s, "last"_s};
-    QTest::newRow("Windows line ends") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
+    QTest::newRow("Windows line endings") << QByteArray("a.jpg\r\nb.jpg\r\n") << QStringList{"a.jpg"_s, "b.jpg"_s};
     QTest::newRow("NUL, one name with a line feed")
         << QByteArray("a\nb.jpg\0c.jpg\r\0", 15) << QStringList{"a\nb.jpg"_s, "c.jpg\r"_s};
     QTest::newRow("nothing") << QByteArray() << QStringList();

@@ -120,7 +120,7 @@ void tst_WizardPlugin::realPluginFits()
     QVERIFY(!QFile::exists(Path("found_corrected.tiff")));
 }
 
-/// Opens the first row of the results by Return, zooms, and leaves by Escape.
+/// Opens the first row of the results with Return, zooms, and leaves with Escape.
 void tst_WizardPlugin::compareByKeyboard()
 {
     bool isDone = false;
@@ -172,7 +172,7 @@ void tst_WizardPlugin::usesTheUsersLanguage_data()
     row("de_AT", "Verzeichnung", "korrektur");
 }
 
-/// All widgets of the page are reached by Tab in reading order; no key of a button or label is used twice.
+/// All widgets on the page are reached with Tab in reading order; no two buttons or labels have the same shortcut key.
 void tst_WizardPlugin::checkKeyboard() const
 {
     QMap<QString, QString> texts; // by key

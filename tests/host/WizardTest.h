@@ -1,4 +1,4 @@
-// Base of the wizard's tests: a window, driven as a user would.
+// Base of the wizard's tests: a window, operated as by a user.
 #pragma once
 
 #include "FittedFiles.h"
@@ -46,11 +46,11 @@ protected:
     void Click(const char *name) const { Find<QAbstractButton>(name)->click(); }
     void Next() const
     {
-        QTRY_VERIFY(CanGoOn()); // once the pictures are described, once the preview is rendered
+        QTRY_VERIFY(CanGoOn()); // waits until the pictures are described, or the preview is rendered
         m_wizard->button(QWizard::NextButton)->click();
     }
     bool CanGoOn() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
-    /// The rows of a list: its columns joined by '|'.
+    /// The rows of a list, each with its columns joined by '|'.
     QStringList Rows(const char *list, int columns = 2) const
     {
         QStringList rows;

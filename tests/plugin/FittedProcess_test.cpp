@@ -1,5 +1,5 @@
 // Compares fitted corrections with the lens models in long double: positions and gain of the preview, and the gain of
-// files, which multiplies light.
+// files, which applies to linear light.
 #include "Case.h"
 #include "ComputePreview.h"
 #include "FakeHost.h"

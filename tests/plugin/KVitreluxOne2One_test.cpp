@@ -517,7 +517,7 @@ void tst_KVitreluxOne2One::failedRunReleasesTheLock()
     const QString source = QStringLiteral("/nowhere/at/all.jpg");
     FakeImageDef *def = Host().Def(source);
     FillWithCoordinates(def->pixels, 4, 3);
-    def->pixels.m_bitmap->Type = 0; // a form that no operation supports
+    def->pixels.m_bitmap->Type = 0; // a type that no operation supports
     KVitreluxOne2One process;
     Params params;
     QString output;

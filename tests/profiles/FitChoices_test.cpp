@@ -133,7 +133,7 @@ void tst_FitChoices::choices_data()
     row("unknown focal length, a single entry", {entry(40, 3, 4)}, shot(0, 3, 4), "0:100|0:100",
         "the profile's only one");
     row("unknown distance", {entry(40, 1, 4), entry(40, kInfinity, 4), entry(40, 3, 4)}, shot(40, 0, 4), "1:100|1:100",
-        "distance unknown: the farthest");
+        "distance unknown: the farthest is used");
     row("too near", {entry(40, 1, 4), entry(40, 5, 4)}, shot(40, 0.2, 4), "0:100|0:100",
         "0.2 m is outside the profile's 1 to 5 m: the nearest is used");
     row("too far", {entry(40, 5, 4)}, shot(40, kInfinity, 4), "0:100|0:100", "infinity is outside the profile's 5 m");

@@ -1,4 +1,4 @@
-// Fitted corrections of any frame and orientation against the models, computed without tables or frames of the code.
+// Fitted corrections in any frame and orientation against the models, computed without the code's tables or frames.
 #include "Case.h"
 #include "Fit.h"
 
@@ -233,7 +233,7 @@ void tst_Fit::frames()
     // The oracle's unit is the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
-    // If proportions differ slightly from the frame's, centers are shares of the frame's sides.
+    // If proportions differ slightly from the frame's, centers are fractions of the frame's sides.
     const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
     QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
@@ -259,7 +259,7 @@ void tst_Fit::unknownFrames()
     ProfileEntry entry = Entry(), bare = Entry();
     entry.width = entry.sensorFormatFactor = 0.0;
     for (auto *model : {&bare.geometry, &bare.green, &bare.redGreen, &bare.blueGreen, &bare.vignette})
-        (*model)->focalLengthX = 0.0; // by the focal length over the frame
+        (*model)->focalLengthX = 0.0; // to be computed from the focal length and the frame
     bare.model = QStringLiteral("THING");
     bare.sensorFormatFactor = 0.0;
     for (const ProfileEntry &one : {entry, bare}) {

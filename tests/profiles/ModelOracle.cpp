@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Converts a position in the current picture to the sensor's; from orientation 5 on the picture's sides are swapped.
+/// Converts a position in the current picture to the sensor's; from orientation 5 on, the picture's sides are swapped.
 OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
 {
     const long double right = p.width - 1, bottom = p.height - 1;

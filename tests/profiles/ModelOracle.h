@@ -24,7 +24,7 @@ struct OraclePlaces {
     long double gain;
 };
 
-/// An entry with all models, and its share. Distances from the blended centers are mapped by each entry and averaged;
+/// An entry with all models, and its weight. Distances from the blended centers are mapped by each entry and averaged;
 /// light is averaged in stops.
 struct OraclePart {
     ProfileEntry entry;

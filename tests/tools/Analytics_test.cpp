@@ -234,7 +234,7 @@ void tst_Analytics::damagedDatabase()
     QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
 }
 
-// Qt's writer is the other side.
+// Qt's writer provides the data.
 void tst_Analytics::binaryForms()
 {
     const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},
@@ -258,7 +258,7 @@ void tst_Analytics::binaryFile()
 {
     const QByteArray whole = StoreBytes();
     const std::pair<QByteArray, QByteArray> rows[] = {{whole, ""},
-                                                      {whole, "garbage"}, // a lock without owner
+                                                      {whole, "garbage"}, // a lock file without an owner
                                                       {"", ""},
                                                       {whole.left(whole.size() / 2), ""},
                                                       {QByteArray(whole).replace(8, 12, QByteArray(12, '\xff')), ""}};
@@ -330,7 +330,7 @@ void tst_Analytics::duplicateAndDeletedProviders()
     m_manager->registerProvider(twice);
     m_manager->waitBeforeExit(); // the store is empty
     m_manager->sendEvent(Event("many"), /*flush=*/true);
-    QCOMPARE(asked.size(), 2); // from the tenth on each event requests a flush
+    QCOMPARE(asked.size(), 2); // from the tenth on, each event requests a flush
     KAnalyticsManager::killInstance();
     QCOMPARE(m_log.join(QLatin1Char(' ')),
              QStringLiteral("pre11 c/n=7 post KAnalyticsDb pre0 post pre0 post waited waited deleted"));

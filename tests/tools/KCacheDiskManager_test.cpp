@@ -88,7 +88,7 @@ void tst_KCacheDiskManager::freeSpace()
     int handedOut = 0;
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
-        // Other programs also write to the disk, but not as much.
+        // Other programs also write to the disk, but not enough to change the results.
         const auto size = freeBytes - static_cast<unsigned long long>(row.leftMib * (1 << 20));
         QCOMPARE(!names.getTempFolder(size, kReserveLarge).isEmpty(), row.withReserve);
         QCOMPARE(!names.getTempFolder(size, kReserveSmall).isEmpty(), row.handedOut);
@@ -109,7 +109,8 @@ void tst_KCacheDiskManager::folderChanges()
     names.setTemporaryFolders({m_dir->path()});
     names.getTempFile(0);
     names.setTemporaryFolders({other});
-    // The count continues in the other folder, with the same number; the first folder with enough space is used.
+    // The subfolder of the other folder has the same number, and its file count continues. The first folder with enough
+    // space is used.
     names.setTemporaryFolders({other, m_dir->path()});
     QCOMPARE(names.getTempFile(0), QStringLiteral("%1/X.%2.0/1").arg(other).arg(QCoreApplication::applicationPid()));
     KCacheDiskManager::exit();

@@ -138,7 +138,7 @@ void tst_KDbSession::copyToOtherFile()
 {
     Notes notes;
     notes.setFilePath(Path());
-    notes.Add(QStringLiteral("taken out again")); // undone though a statement of the list fails
+    notes.Add(QStringLiteral("taken out again")); // undone although a statement in the list fails
     notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("DELETE FROM notes")});
     notes.Add(QStringLiteral("a'); --"));
     notes.copyDbTo(Path()); // onto itself: does nothing

@@ -59,7 +59,7 @@ void tst_KSystemInfo::freeMemory()
          "SwapCached:  5000 kB\n",
          123},
         {"", 0},
-        {"MemFree: 8589934592 kB", 8589934592}, // more than 32 bits, last line without line end
+        {"MemFree: 8589934592 kB", 8589934592}, // more than 32 bits, last line without a line ending
         {QByteArray(500, 'x') + "\nCached: 7 kB\n", 7}};
     QTemporaryDir dir;
     for (const auto &[content, kilobytes] : rows) {

@@ -17,7 +17,7 @@ public:
     /// Returns the folder of analytics' store for an application of that name.
     QString Store(const QString &application) const
     {
-        // MD5 of "analytics", by md5sum
+        // MD5 of "analytics", computed with md5sum
         return Data() + QLatin1Char('/') + application + QStringLiteral("/68c4283db8074b12df1660b31c0220a9");
     }
 

@@ -11,8 +11,8 @@ constexpr int kHeaderBytes = 8; // the tag "qbjs", and version 1
 constexpr int kMaxDepth = 100;
 
 /// Reader of Qt 5's format (qtbase, qbinaryjson_p.h): little-endian words, and offsets from the start of the container
-/// that they are in. A container has its size in bytes, its kind and number of elements, and the offset of its table:
-/// of values in an array, of the offsets of entries in an object.
+/// that they are in. A container begins with its size in bytes, its kind and element count, and the offset of its
+/// table. An array's table has its values, an object's table the offsets of its entries.
 class BinaryJson {
 public:
     explicit BinaryJson(const QByteArray &data) : m_data(data), m_bytesLeft(data.size()) { }
@@ -42,8 +42,8 @@ private:
         return bytes ? qFromLittleEndian<T>(bytes) : T();
     }
 
-    /// Counts bytes that only one element may use. Damaged elements share them, and containers contain each other: what
-    /// they claim together could be endless.
+    /// Counts the bytes that elements use. Valid elements share none; damaged ones may overlap or contain each other,
+    /// so that reading them could take forever.
     void Use(qint64 bytes)
     {
         m_bytesLeft -= bytes;
@@ -71,7 +71,7 @@ private:
 
     QJsonValue Value(qint64 container, quint32 word, int depth)
     {
-        const bool isDirect = (word & 8) != 0; // a number that is in the word, or a text in Latin-1
+        const bool isDirect = (word & 8) != 0; // a number stored in the word, or a text in Latin-1
         const qint64 at = container + (word >> 5);
         switch (word & 7) {
         case Null:

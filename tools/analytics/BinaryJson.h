@@ -1,4 +1,4 @@
-// Reader of Qt's binary JSON, the form of the events' file.
+// Reader of Qt's binary JSON, the format of the event file.
 #pragma once
 
 #include <QJsonObject>

@@ -13,7 +13,7 @@ namespace {
 
 const QString kEventsTable = QStringLiteral("events");
 
-constexpr int kNoRow = 0;               // rows count from 1
+constexpr int kNoRow = 0;               // row ids start at 1
 constexpr int kWaitingEventsMax = 1000; // about 200 bytes each
 
 bool Failed(const QSqlQuery &query, int sqliteCode)
@@ -92,7 +92,7 @@ QString KAnalyticsDb::userId(const bool &create)
         executeQuery(KDbQuery(QStringLiteral("SELECT value FROM metadata WHERE name=:name;"), {UserIdName()}));
     if (row.first()) {
         m_userId = row.value(0).toString();
-    } else if (create && !IsLockedByAnother(row)) { // otherwise the store may have one
+    } else if (create && !IsLockedByAnother(row)) { // a locked store may already have one
         row.finish();
         const QString id = QUuid::createUuid().toString();
         setUserId(id);

@@ -9,7 +9,7 @@ class KAnalyticsRawEvent;
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
 
 /// A damaged file, for example after the disk was full, is renamed to "….damaged" when it is opened, and a new one is
-/// created without its events and the user's identifier. Only the newest damaged file is kept.
+/// created, without its events or the user's identifier. Only the newest damaged file is kept.
 ///
 /// Uses no savepoint: each statement takes effect immediately. Use it on its connection's thread, with an event loop,
 /// which deletes the inserted events. A store that can't be opened discards events. While another process has the file

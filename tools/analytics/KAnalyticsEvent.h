@@ -7,8 +7,8 @@
 #include <QString>
 #include <QVariant>
 
-/// Time-stamped when created. On the heap, without a parent; the store that receives it deletes it later. Use it on the
-/// manager's thread. Setters emit a signal only on a change.
+/// Time-stamped when created. Create it on the heap, without a parent; the store that receives it deletes it later. Use
+/// it on the manager's thread. Setters emit a signal only on a change.
 class KAnalyticsEvent : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
@@ -63,7 +63,7 @@ private:
     QVariant m_value;
 };
 
-/// A duration in milliseconds. Its time stamp is the time of its creation, however often it starts.
+/// A duration in milliseconds. Its time stamp is the time of its creation, no matter how often it is started.
 class KAnalyticsEventTimer : public KAnalyticsEvent {
     Q_OBJECT
 public:

@@ -66,7 +66,7 @@ void KAnalyticsFile::saveJSonRoot(QJsonObject &root)
     file.setDirectWriteFallback(true);
     if (file.open(QIODevice::WriteOnly))
         file.write(QJsonDocument(root).toBinaryData());
-    // No commit(): the temporary file is deleted, the target keeps its content.
+    // No commit(): the temporary file is deleted, and the target keeps its content.
 }
 
 void KAnalyticsFile::insertEvent(KAnalyticsEvent *event)

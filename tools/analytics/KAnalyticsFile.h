@@ -16,7 +16,7 @@ class KAnalyticsRawEvent;
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsproviderfile)
 
 /// Does nothing until it has a path. Trap: saveJSonRoot() leaves the file unchanged, so nothing is ever written and
-/// this store is only useful for files that another program creates. A file that can't be read or has another form
+/// this store is only useful for files that another program creates. A file that can't be read or has another format
 /// counts as empty, and nothing is added to it either.
 ///
 /// A lock file next to the file guards each read and each write separately. A lock left by a process that has ended is

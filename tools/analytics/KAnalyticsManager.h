@@ -62,14 +62,14 @@ public Q_SLOTS:
     // --- All of these do nothing while analytics is off ---
     void sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value);
     void sendEventAction(QString category, QString name, QVariant value);
-    /// Takes ownership of the event. With @p flush, and from the maxEventsBufferised-th event since the start on, each
-    /// event requests a flush.
+    /// Takes ownership of the event. With @p flush, each event from the maxEventsBufferised-th since the start on
+    /// requests a flush.
     void sendEvent(KAnalyticsEvent *event, bool flush = true);
     /// Starts or restarts a timer.
     void startTimerEvent(QString category, QString name);
     /// Sends the timer's duration.
     void stopTimerEvent(QString category, QString name);
-    /// Increments a counter. It reaches the store at the next flush, then starts again.
+    /// Increments a counter. It is stored at the next flush, and a new count begins.
     void increaseCounterEvent(QString category, QString name);
     void decreaseCounterEvent(QString category, QString name);
 

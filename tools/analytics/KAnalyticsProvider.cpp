@@ -40,7 +40,8 @@ void KAnalyticsProvider::setAnFile(KAnalyticsFile *file)
 
 bool KAnalyticsProvider::eventTimeCheck(KAnalyticsEvent &event)
 {
-    return event.timestamp() >= QDateTime::currentMSecsSinceEpoch() - kOldestMs; // stamps come from files: any number
+    return event.timestamp()
+        >= QDateTime::currentMSecsSinceEpoch() - kOldestMs; // stamps come from files and may be any number
 }
 
 void KAnalyticsProvider::waitBeforeExit() { }

@@ -13,7 +13,7 @@ Q_DECLARE_LOGGING_CATEGORY(dbsession)
 Q_DECLARE_LOGGING_CATEGORY(dbsessionquery)
 Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
-/// Closed at first; setFilePath() opens it and creates the subclass's tables. SQLite runs without journal and without
+/// Closed at first; setFilePath() opens it and creates the subclass's tables. SQLite runs without a journal and without
 /// waiting for the disk, and locks out other processes while it is open: fast, but not safe against a system crash.
 /// While another process has the database locked, every statement fails at once; nothing waits.
 ///

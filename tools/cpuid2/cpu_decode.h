@@ -1,12 +1,12 @@
 // Decoding of CPUID registers: how an APIC identifier splits into package, core and thread, and the properties of a
-// cache. Sources: Intel SDM volume 2A, CPUID; AMD APM volume 3, appendix E. Only reads registers, binds nothing.
+// cache. Sources: Intel SDM volume 2A, CPUID; AMD APM volume 3, appendix E. Only reads registers; binds no thread.
 #pragma once
 
 #include "cpu_machine.h"
 
 #include <string>
 
-/// How an APIC identifier splits. Masks are on the identifier, shifts in bits.
+/// How an APIC identifier splits. Masks apply to the identifier; shifts are in bits.
 struct ApicFields {
     unsigned smtMask = 0;
     unsigned coreMask = 0;

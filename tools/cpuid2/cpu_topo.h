@@ -1,4 +1,4 @@
-// Packages, cores, logical processors and caches of the machine, read by CPUID on each processor in turn.
+// Packages, cores, logical processors and caches of the machine, read with CPUID on each processor in turn.
 #pragma once
 
 #include "cpu_decode.h"

@@ -168,7 +168,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
-/// A name that is not UTF-8, or a folder without a free descriptor, can't be opened even by root.
+/// Not even root can open a name that is not UTF-8, or a folder when no file descriptor is free.
 void tst_ProfileIndex::readsAgainWhatFailedToOpen()
 {
     const QTemporaryDir folder, cache;

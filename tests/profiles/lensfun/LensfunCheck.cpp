@@ -1,5 +1,5 @@
-// Compares our corrections by lensfun's database with lensfun's own, over many lenses and settings: run by
-// `scripts/check lensfun`. Prints the worst differences; exit code 1 beyond the bounds.
+// Compares our corrections from lensfun's database with lensfun's own, over many lenses and settings. Run by
+// `scripts/check lensfun`. Prints the worst differences; exits with 1 if they exceed the bounds.
 #include "CorrectionTwin.h"
 #include "LensfunFit.h"
 

@@ -64,7 +64,7 @@ GFL_SAVE_PARAMS SaveParams(const char *format, int compression)
     return params;
 }
 
-/// Adds EXIF with a maker note of 30,000 bytes, as cameras write.
+/// Adds EXIF with a maker note of 30,000 bytes, like those of cameras.
 void AddExif(GFL_BITMAP *bitmap)
 {
     std::vector<std::uint8_t> note(30000, 'n');
@@ -75,7 +75,7 @@ void AddExif(GFL_BITMAP *bitmap)
     gflBitmapSetEXIF2(bitmap, &exif);
 }
 
-/// Returns the path of a JPEG of a photo, which the first call writes.
+/// Writes a photo as a JPEG and returns its path.
 std::string JpegFile(int width, int height)
 {
     const std::string path = TemporaryFile((std::to_string(width) + ".jpg").c_str());

@@ -424,7 +424,8 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
         item->ReleaseFromMemory();
         throw FileException(QT_TRANSLATE_NOOP("QCoreApplication", "File \"%1\" cannot be loaded"), FileName());
     }
-    if (gflAcceptsPendingRows()) // the thumbnail would need all rows; the next other lock makes it
+    // The larger thumbnail would need all rows: the next lock that doesn't accept pending ones makes it.
+    if (gflAcceptsPendingRows())
         return image;
     try {
         image->WaitForRows(image->height(), FileName());

@@ -88,7 +88,7 @@ public:
             + static_cast<qint64>(y) * m_bitmap->BytesPerLine;
     }
 
-    /// Sets both resolutions, dots per inch, to the low 16 bits of @p dpi.
+    /// Sets both resolutions, in dots per inch, to the low 16 bits of @p dpi.
     void SetDPI(int dpi);
     /// Returns the first fault in the channels of a float image, row by row: 1 for a value above 1e9, -1 for a negative
     /// one, 2 for NaN; 0 if there is none. For other depths it reads the rows' bytes as floats.

@@ -8,7 +8,7 @@
 
 namespace primitives {
 
-/// Operations on the first and the second source. The first is subtracted or divides.
+/// Operations on the first and the second source. The first is the subtrahend or the divisor.
 struct AddOp {
     template <typename V> static constexpr V Of(V first, V second) { return second + first; }
 };

@@ -42,7 +42,7 @@ struct Picture {
     Status FillStrips(int first, int count, std::uint8_t *dst) const;
 };
 
-/// Returns the largest power of two up to @p value, at least 1, and GFL_FAST_ROWS.
+/// Returns the largest power of two that exceeds neither @p value, which is at least 1, nor GFL_FAST_ROWS.
 int FastRows(int value)
 {
     int rows = GFL_FAST_ROWS;

@@ -214,7 +214,7 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 
 /// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: same for CPU
 /// time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size over that of
-/// libtiff's file. extra: additional memory, in pictures.
+/// libtiff's file. extra: additional memory as a multiple of the picture.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);

@@ -230,8 +230,8 @@ public:
     /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to
     /// a logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
-    /// Finds the least and greatest finite color sample of a float image, where alpha isn't 0 or everywhere; both 0 if
-    /// there is none.
+    /// Finds the least and greatest finite color sample of a float image, everywhere or only where alpha isn't 0; both
+    /// 0 if there is none.
     void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
     /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, NaN becomes 0.
     void HDR_Normalize(float minimum, float maximum, int mode);

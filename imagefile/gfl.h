@@ -93,7 +93,7 @@ GFL_API bool gflAcceptsPendingRows();
 
 /// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
 /// rows decoded so far, from the top. Returns the error of the load; errors may come at any time until all rows have
-/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Any thread.
+/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
 /// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions, never
@@ -113,7 +113,7 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Sets whether the files that this thread saves are synced to disk afterwards (not 0) or not (0, the default). If
+/// Sets whether the files that this thread saves are synced to disk afterward (not 0) or not (0, the default). If
 /// they are, the disk starts while a file is being written, so that the sync is short. Files that replace others start
 /// early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);

@@ -225,8 +225,8 @@ private:
 
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
 {
-    // The variance is 2 / 3 more than the grid's own blur has, which is at least 2 unless the grid has the smallest
-    // spacing.
+    // The B-splines add 2 / 3 to the variance of the blur on the grid, which is at least 2 unless the grid has the
+    // smallest spacing.
     constexpr float kSplines = 2.0f / 3, kMinOnGrid = 2;
     const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kMinOnGrid + kSplines)));
     const float relative = sigma / static_cast<float>(spacing);

@@ -24,7 +24,7 @@ constexpr std::uint64_t kOtherBytes = 65536;
 
 /// The pixels to write, and how they are divided.
 struct Picture {
-    /// @param isFast  with deflate by ISA-L: strips divide GFL_FAST_ROWS.
+    /// @param isFast  ISA-L will compress the strips. Their number of rows then divides GFL_FAST_ROWS.
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast);
 
     const GFL_BITMAP &bitmap;

@@ -13,7 +13,7 @@ bool IsInside(int position, int size)
 }
 
 /// Returns whether @p count pixels from @p position, which must be inside, end within @p size. Adds in 64 bits, because
-/// the sum may exceed 32.
+/// the sum may not fit in 32.
 bool Fits(int position, int count, int size)
 {
     return static_cast<qint64>(position) + count <= size;

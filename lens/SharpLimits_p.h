@@ -3,8 +3,7 @@
 // A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
 // or a column, because only there can a wave peak:
 // - between two pixels: the slope outside each of them, halved, is continued for one pixel, and the sample may reach
-// the
-//   smaller of the two values;
+//   the smaller of the two values;
 // - next to a pixel that exceeds both of its neighbors: the sample may exceed it by half of the smaller difference.
 // At an edge one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances
 // are added. They don't depend on the position between the pixels, so they are computed once per pixel.

@@ -22,7 +22,7 @@ typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
 typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *userData);
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
 
-/// Starts the layer. Without a start, or with null callbacks, it uses malloc, realloc and free. Starts nest: the first
+/// Starts the layer. Without this call, or with null callbacks, it uses malloc, realloc and free. Calls nest: the first
 /// allocator stays until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator exist.
 GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
                              void *userData);

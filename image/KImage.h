@@ -94,7 +94,7 @@ public:
     /// one, 2 for NaN; 0 if there is none. For other depths it reads the rows' bytes as floats.
     int IntegrityValidation();
 
-    /// Sets a callback for the module's log lines, once at start-up; Log does nothing without one.
+    /// Sets a callback for the module's log lines, once at startup; Log does nothing without one.
     static void SetLog(void (*log)(const std::string &, void *), void *data);
     static void Log(const std::string &text);
 
@@ -202,7 +202,7 @@ public:
     void Resize(int width, int height);
     void Resize(KImage &target, int width, int height);
     /// Finds a rectangle, as large as possible, inside the valid area of a float RGBA image, where alpha isn't 0: from
-    /// (left, top) to before (right, bottom), in pixels. All 0 if there is none; untouched for an empty image.
+    /// (left, top) to (right, bottom), exclusive, in pixels. All 0 if there is none; untouched for an empty image.
     void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
 
     // --- Alpha (KImage_Alpha.cpp) ---

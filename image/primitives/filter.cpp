@@ -58,7 +58,7 @@ PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], floa
     }
 }
 
-/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit the first-level cache.
+/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit in the first-level cache.
 template <typename PairAt>
 void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
 {

@@ -145,7 +145,7 @@ void TransposeBlock(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep)
 /// Transposes the first @p size of @p src into @p dst.
 void Transpose(Plane &src, Size size, Plane &dst)
 {
-    constexpr int kTile = 32; // both tiles fit the first-level cache
+    constexpr int kTile = 32; // both tiles fit in the first-level cache
     const int wholeWidth = size.width / 4 * 4, wholeHeight = size.height / 4 * 4;
     for (int top = 0; top < wholeHeight; top += kTile) {
         for (int left = 0; left < wholeWidth; left += kTile) {

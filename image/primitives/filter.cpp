@@ -23,7 +23,7 @@ bool IsKernelSize(int kernelSize)
     return kernelSize >= 1 && kernelSize % 2 == 1;
 }
 
-/// Returns the bytes of a specification, aligned so that a row of floats can follow.
+/// Returns the size in bytes of a specification, aligned so that a row of floats can follow.
 std::int64_t SpecBytes(int kernelSize)
 {
     return std::int64_t(sizeof(GaussianSpec)) + (kernelSize / 2 + 1) * std::int64_t(sizeof(float));

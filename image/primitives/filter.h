@@ -9,7 +9,7 @@ namespace primitives {
 /// The weights of a blur; stored in a block of the caller.
 struct GaussianSpec;
 
-/// Returns the bytes of the weights and of the work block of a blur. @p kernelSize is odd.
+/// Returns the sizes in bytes of the weights and of the work block of a blur. @p kernelSize is odd.
 Status FilterGaussianGetBufferSize(Size size, int kernelSize, std::int64_t *specBytes, std::int64_t *bufferBytes);
 
 /// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, with the sum 1. @p sigma

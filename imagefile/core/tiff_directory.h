@@ -39,7 +39,7 @@ struct TiffVariant {
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 
-/// Returns the bytes of a field's values; 0 for a type that doesn't exist.
+/// Returns the size in bytes of a field's values; 0 for a type that doesn't exist.
 std::uint64_t TiffValueBytes(const TiffField &field);
 
 /// Returns whether a field with this tag points to the EXIF, GPS or interoperability directory.

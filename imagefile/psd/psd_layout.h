@@ -51,7 +51,7 @@ struct PsdLayout {
     {
         return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
     }
-    /// Returns the unpacked bytes of a row of one channel.
+    /// Returns the unpacked size in bytes of a row of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
 };
 

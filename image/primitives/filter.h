@@ -28,11 +28,12 @@ Status FilterGaussBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstS
 enum MaskSize { kMask3x3 = 3, kMask5x5 = 5 };
 
 /// Computes the median of the pixels in the middle row and column of the mask. Reads half a mask beyond the region on
-/// all sides, where the caller must own pixels. The target must not overlap the source.
+/// all sides, where there must be readable pixels. The target must not overlap the source.
 Status FilterMedianCross(const Ipp16s *src, Step srcStep, Ipp16s *dst, Step dstStep, Size size, MaskSize mask);
 
 /// Computes the response to horizontal edges, (1 2 1) of the row above minus that of the row below, saturated. Reads
-/// one pixel beyond the region on all sides, where the caller must own pixels. The target must not overlap the source.
+/// one pixel beyond the region on all sides, where there must be readable pixels. The target must not overlap the
+/// source.
 Status FilterSobelHoriz(const Ipp16s *src, Step srcStep, Ipp16s *dst, Step dstStep, Size size);
 
 } // namespace primitives

@@ -34,8 +34,8 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why this kind of pixels isn't supported. Photoshop files are, because the image-file layer returns them as
-/// RGB.
+/// Returns why pixels of this kind aren't supported. Those of Photoshop files are, because the image-file layer returns
+/// them as RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
     const QString description = QString::fromLatin1(information.Description);

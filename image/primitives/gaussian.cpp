@@ -19,7 +19,7 @@ namespace primitives {
 
 namespace {
 
-constexpr float kReach = 3.5f; // of kernels, in sigmas: one in 2,000 lies beyond
+constexpr float kReach = 3.5f; // of kernels, in sigmas: one part in 2,000 of the weight lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
 /// A plane that owns its memory; empty if the allocation fails.
@@ -73,7 +73,7 @@ struct NodeWeights {
     std::vector<float> weights;
 };
 
-/// Sets the sums to four weighted rows, or adds them.
+/// Sets the sums to those of four weighted rows; Add4 adds these to the sums.
 PRIMITIVES_WIDE void SumOf4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
                             std::int64_t count)
 {

@@ -44,7 +44,7 @@ Bytes AllResources(const GFL_BITMAP &bitmap, const Metadata &metadata)
     return resources;
 }
 
-/// Returns the big-endian bytes of one sample. A color may be blended with white.
+/// Returns a sample blended with white at its opacity.
 template <class T> T Blended(T color, T opacity)
 {
     if constexpr (std::is_floating_point_v<T>) {

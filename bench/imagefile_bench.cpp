@@ -64,7 +64,7 @@ GFL_SAVE_PARAMS SaveParams(const char *format, int compression)
     return params;
 }
 
-/// Adds EXIF with a maker note of 30,000 bytes, as cameras write.
+/// Adds EXIF with a maker note of 30,000 bytes, like those of cameras.
 void AddExif(GFL_BITMAP *bitmap)
 {
     std::vector<std::uint8_t> note(30000, 'n');
@@ -75,7 +75,7 @@ void AddExif(GFL_BITMAP *bitmap)
     gflBitmapSetEXIF2(bitmap, &exif);
 }
 
-/// Returns the path of a JPEG of a photo, which the first call writes.
+/// Writes a photo as a JPEG and returns its path.
 std::string JpegFile(int width, int height)
 {
     const std::string path = TemporaryFile((std::to_string(width) + ".jpg").c_str());
@@ -214,7 +214,7 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 
 /// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: same for CPU
 /// time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size over that of
-/// libtiff's file. extra: additional memory, in pictures.
+/// libtiff's file. extra: additional memory as a multiple of the picture.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);

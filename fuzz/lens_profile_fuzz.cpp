@@ -1,4 +1,4 @@
-// Reads arbitrary bytes as a lens profile and corrects small pictures plainly with the result.
+// Reads arbitrary bytes as a lens profile and applies plain corrections with it to small pictures.
 #include "ProfileUses.h"
 #include "Target.h"
 

@@ -47,5 +47,5 @@ FUZZ_TARGET(metadata)
     const MemoryFile file(MadeJpeg(exif));
     Analyze(file.Path());
     const char *const formats[] = {"tiff", "jpeg", "png", "exr"};
-    Carry(file.Path(), formats[exif.back() & 3]); // the last byte is often unused, so that seeds are ordinary blocks
+    Carry(file.Path(), formats[exif.back() & 3]); // the last byte is often unused, so seeds can be ordinary blocks
 }

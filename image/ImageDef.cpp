@@ -34,8 +34,8 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why this kind of pixels isn't supported. Photoshop files are, because the image-file layer returns them as
-/// RGB.
+/// Returns why pixels of this kind aren't supported. Those of Photoshop files are, because the image-file layer returns
+/// them as RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
     const QString description = QString::fromLatin1(information.Description);
@@ -424,7 +424,8 @@ KImage *ImageDef::Lock(int width, int height, bool nativeDepth)
         item->ReleaseFromMemory();
         throw FileException(QT_TRANSLATE_NOOP("QCoreApplication", "File \"%1\" cannot be loaded"), FileName());
     }
-    if (gflAcceptsPendingRows()) // the thumbnail would need all rows; the next other lock makes it
+    // The larger thumbnail would need all rows: the next lock that doesn't accept pending ones makes it.
+    if (gflAcceptsPendingRows())
         return image;
     try {
         image->WaitForRows(image->height(), FileName());

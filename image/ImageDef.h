@@ -128,7 +128,7 @@ public:
     /// Returns 1 for a fisheye lens, 0 for another lens, negative if unknown.
     static int IsFisheyeLens(QString maker, QString lensId);
 
-    /// Returns the approximate bytes held, without full pixels and metadata blocks.
+    /// Returns the approximate number of bytes held, without full pixels and metadata blocks.
     qint64 memSize() const;
 
     static CameraProperties g_Cameras;

@@ -324,7 +324,7 @@ void ReadPrivateRecord(const GFL_EXIF_ENTRYEX &entry, ShootingInformation &to)
 {
     constexpr quint32 kLength = 128, kKept = 96;
     if (entry.Length < kLength)
-        return; // not such a comment
+        return; // not a private record
     to.privateKind = entry.Data[0];
     if (to.privateKind >= 8 && to.privateKind <= 10)
         to.privateSubKind = entry.Data[6] & 15;

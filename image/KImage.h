@@ -88,13 +88,13 @@ public:
             + static_cast<qint64>(y) * m_bitmap->BytesPerLine;
     }
 
-    /// Sets both resolutions, dots per inch, to the low 16 bits of @p dpi.
+    /// Sets both resolutions, in dots per inch, to the low 16 bits of @p dpi.
     void SetDPI(int dpi);
     /// Returns the first fault in the channels of a float image, row by row: 1 for a value above 1e9, -1 for a negative
     /// one, 2 for NaN; 0 if there is none. For other depths it reads the rows' bytes as floats.
     int IntegrityValidation();
 
-    /// Sets a callback for the module's log lines, once at start-up; Log does nothing without one.
+    /// Sets a callback for the module's log lines, once at startup; Log does nothing without one.
     static void SetLog(void (*log)(const std::string &, void *), void *data);
     static void Log(const std::string &text);
 
@@ -202,7 +202,7 @@ public:
     void Resize(int width, int height);
     void Resize(KImage &target, int width, int height);
     /// Finds a rectangle, as large as possible, inside the valid area of a float RGBA image, where alpha isn't 0: from
-    /// (left, top) to before (right, bottom), in pixels. All 0 if there is none; untouched for an empty image.
+    /// (left, top) to (right, bottom), exclusive, in pixels. All 0 if there is none; untouched for an empty image.
     void GetAutoCrop(float &left, float &right, float &top, float &bottom) const;
 
     // --- Alpha (KImage_Alpha.cpp) ---
@@ -230,8 +230,8 @@ public:
     /// max'), v' and max' relative to the minimum (Drago et al. 2003, eq. 1). Reinhard: for the luminance L, scaled to
     /// a logarithmic mean of 0.18, L (1 + L / max^2) / (1 + L); colors keep their ratios (Reinhard et al. 2002, eq. 4).
     enum HdrMode { HDR_LINEAR = 0, HDR_LOGARITHMIC = 1, HDR_REINHARD = 2 };
-    /// Finds the least and greatest finite color sample of a float image, where alpha isn't 0 or everywhere; both 0 if
-    /// there is none.
+    /// Finds the least and greatest finite color sample of a float image, everywhere or only where alpha isn't 0; both
+    /// 0 if there is none.
     void HDR_GetMinMax(float &minimum, float &maximum, bool onlyVisible) const;
     /// Tone-maps a float image to 0 to 1 by an HdrMode; clamps values outside the range, NaN becomes 0.
     void HDR_Normalize(float minimum, float maximum, int mode);

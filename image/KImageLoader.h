@@ -28,9 +28,9 @@ public:
     /// item already has, with one more lock.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
-    /// Returns whether decoding has failed after the version was lent (gflAcceptPendingRows).
+    /// Returns whether decoding failed after the version was lent (gflAcceptPendingRows).
     static bool HasFailed(const Version *version);
-    /// Returns the bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.
+    /// Returns the size in bytes of a version, as if it had four channels: an estimate that doesn't access the pixels.
     static qint64 memSize(Version *version);
     /// Makes the image's larger thumbnail from newly loaded pixels, if it is still needed.
     static void LockPostProcess(ImageDef *def, KImage *image, QMutex &cacheMutex);

@@ -12,8 +12,8 @@ bool IsInside(int position, int size)
     return position >= 0 && position < size;
 }
 
-/// Returns whether @p count pixels from @p position, itself inside, end within @p size; in 64 bits, because the sum may
-/// overflow.
+/// Returns whether @p count pixels from @p position, which must be inside, end within @p size. Adds in 64 bits, because
+/// the sum may not fit in 32.
 bool Fits(int position, int count, int size)
 {
     return static_cast<qint64>(position) + count <= size;
@@ -57,7 +57,7 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
         ippiSet_32f_C4R(kOpaque32f, reinterpret_cast<Ipp32f *>(pixels), target.bytesPerLine(), size);
 }
 
-/// Blends t - (t - s) * alpha for the colors of a pixel of @p C channels, with every fourth float from @p alpha on.
+/// Computes t - (t - s) * alpha for the colors of pixels with @p C channels. The alpha of pixel i is alpha[4 * i].
 /// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {

@@ -21,9 +21,9 @@ constexpr int kRays = 360; // one per degree
 constexpr int kMargin = 2; // the median reads this far beyond the region, on all sides
 constexpr int kIterations = 500;
 constexpr int kMinSupport = kRays / 8; // edges that confirm a circle; about 20 agree by chance
-constexpr double kMinRadius = 0.25;    // relative to the smaller side, like the two below
+constexpr double kMinRadius = 0.25;    // relative to the smaller side, like kLargestOffset
 constexpr double kLargestOffset = 0.2;
-constexpr double kSmallerSideSteps = 1000; // determines the step along a ray in large frames
+constexpr double kSmallerSideSteps = 1000; // in frames larger than this, rays have longer steps
 constexpr double kNominalTolerance = 0.2;
 /// Code for full brightness. Four times this, the edge filter's largest response, still fits in 16 bits.
 constexpr float kFullCode = 8191;
@@ -58,7 +58,7 @@ public:
     Step StepBytes() const { return m_step; }
     primitives::Size Size() const { return {kRays, m_rows}; }
 
-    /// Returns a sample; row 0, column 0 are inside the margin.
+    /// Returns the address of a sample; the margin is outside row 0 and column 0.
     Ipp16s *At(int ray, int row) const
     {
         return primitives::RowAt(m_block.get(), m_step, row + kMargin) + ray + kMargin;
@@ -185,7 +185,7 @@ float InsideLevel(const PolarFrame &frame)
     return qMax(levels[kRays / 2] / 4, kFullCode * kFullCode / 100);
 }
 
-/// Returns the fractional row at which a ray's brightness crosses the middle between the levels on both sides of an
+/// Returns the fractional row at which a ray's brightness crosses the midpoint between the levels on both sides of an
 /// edge.
 double CrossingRow(const PolarFrame &frame, int ray, int edgeRow)
 {

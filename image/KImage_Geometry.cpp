@@ -90,7 +90,7 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
 }
 
 /// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
-/// and keeps the columns still open, because going by columns would fetch one cache line per pixel.
+/// with a list of the columns not found yet, because going by columns would fetch one cache line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());
@@ -119,7 +119,7 @@ Outline FindOutline(const KImage &image)
     return outline;
 }
 
-/// The part of an axis that one pair of opposite sides leaves.
+/// The range along an axis that remains between a pair of opposite sides.
 struct Span {
     float first;
     float end;

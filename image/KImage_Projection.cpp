@@ -55,7 +55,7 @@ private:
     float m_centerX, m_centerY, m_pixelsPerRadian, m_halfAngleRad;
 };
 
-/// Fills one row of the sphere, of @p latitudeRad, from an RGBA frame.
+/// Fills the sphere's row at @p latitudeRad from an RGBA frame.
 template <typename T>
 void ProjectRow(const PixelSampler<T> &frame, const EquidistantLens &lens, float latitudeRad, KImage &sphere, int y)
 {
@@ -93,7 +93,7 @@ void ProjectToSphere(const KImage &frame, const FisheyeCircle &circle, int width
 
 // --- Radial model ---
 
-/// Maps by scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, forward or inverse.
+/// Maps radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, forward or inverse.
 class RadialModel {
 public:
     RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isBack)

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Allocates a zeroed array in the image-file layer's memory; null if that fails or the size doesn't fit 32 bits.
+/// Allocates a zeroed array in the image-file layer's memory; null if that fails or the size doesn't fit in 32 bits.
 template <typename T> T *NewCleared(quint64 count = 1)
 {
     const quint64 bytes = count * sizeof(T); // count comes from 32 bits: cannot overflow

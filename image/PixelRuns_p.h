@@ -1,4 +1,4 @@
-// Iterates over two images in runs: parts of one row that fit the first-level cache.
+// Iterates over two images in runs: parts of one row that fit in the first-level cache.
 #pragma once
 
 #include "KImage_p.h"

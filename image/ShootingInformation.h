@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// Returns the bytes of a text on the heap: two per character of its capacity, 0 without storage.
+/// Returns the number of bytes of a text on the heap: two per character of its capacity, 0 without storage.
 inline qint64 TextBytes(const QString &text)
 {
     return 2 * static_cast<qint64>(text.capacity());
@@ -48,6 +48,6 @@ struct ShootingInformation {
     quint8 privateSubKind = 0;
     quint8 privateData[32] = {};
 
-    /// Returns the bytes held: a fixed part and the texts, without software.
+    /// Returns the number of bytes held: a fixed part and the texts, without software.
     qint64 memSize() const;
 };

@@ -15,7 +15,8 @@ bool HasSuffix(const GFL_FORMAT &format, const std::string &suffix);
 /// Finds the format of a file by its first bytes, with its index; GFL_ERROR_UNKNOWN_FORMAT if there is none.
 Status FindCodec(const Source &source, const Codec **codec, std::int32_t *index);
 
-/// Reads the metadata of a file, even if no codec reads it but Exiv2 knows it. Otherwise like Codec::ReadMetadata.
+/// Reads the metadata of a file, even of a format that no codec reads but Exiv2 does. Otherwise like
+/// Codec::ReadMetadata.
 Status ReadMetadata(const Source &source, Metadata *metadata);
 
 } // namespace imagefile

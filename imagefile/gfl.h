@@ -22,7 +22,7 @@ typedef void *(*GFL_ALLOC_CALLBACK)(unsigned long size, void *userData);
 typedef void *(*GFL_REALLOC_CALLBACK)(void *pointer, unsigned long size, void *userData);
 typedef void (*GFL_FREE_CALLBACK)(void *pointer, void *userData);
 
-/// Starts the layer. Without a start, or with null callbacks, it uses malloc, realloc and free. Starts nest: the first
+/// Starts the layer. Without this call, or with null callbacks, it uses malloc, realloc and free. Calls nest: the first
 /// allocator stays until the last gflLibraryExit. Don't call it while bitmaps or blocks of another allocator exist.
 GFL_API int gflLibraryInitEx(GFL_ALLOC_CALLBACK alloc, GFL_REALLOC_CALLBACK realloc, GFL_FREE_CALLBACK free,
                              void *userData);
@@ -39,8 +39,8 @@ GFL_API void gflSetThreads(int threads);
 /// sides and bytes apply. A larger picture is refused with GFL_ERROR_NO_MEMORY before memory is allocated for it.
 GFL_API void gflSetMaxPixels(std::int64_t pixels);
 
-/// Returns why the last failed call of this thread failed: what was read, expected, found. Never null; valid until the
-/// thread's next call that fails.
+/// Returns why the last failed call of this thread failed: what was read, expected and found. Never null; valid until
+/// the thread's next call that fails.
 GFL_API const char *gflLastErrorText();
 
 /// Returns the first warning of this thread since gflClearWarningText about something that was left out, such as
@@ -93,7 +93,7 @@ GFL_API bool gflAcceptsPendingRows();
 
 /// Waits until the first @p rows rows of a bitmap are decoded. @p ready, which may be null, is set to the number of
 /// rows decoded so far, from the top. Returns the error of the load; errors may come at any time until all rows have
-/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Any thread.
+/// been waited for. Returns at once for all bitmaps that weren't loaded with GFL_LOAD_PENDING. Thread-safe.
 GFL_API int gflWaitForRows(const GFL_BITMAP *bitmap, int rows, int *ready);
 
 /// Reads the picture reduced to fit into a box of @p width by @p height pixels, keeping its proportions, never
@@ -113,7 +113,7 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
-/// Tells whether the files that this thread saves are synced to disk afterwards (not 0) or not (0, the default). If
+/// Sets whether the files that this thread saves are synced to disk afterward (not 0) or not (0, the default). If
 /// they are, the disk starts while a file is being written, so that the sync is short. Files that replace others start
 /// early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
@@ -169,8 +169,8 @@ GFL_API GFL_XMP_DATA *gflBitmapGetXMPEx(const GFL_BITMAP *bitmap);
 GFL_API int gflBitmapCopyMetadata(const GFL_BITMAP *source, GFL_BITMAP *target);
 /// Copies all XMP of @p source to @p target, the picture edited from it, sets @p items in it, and updates its metadata
 /// to match the new pixels; call it after gflBitmapCopyMetadata, which copied the EXIF.
-///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF, unless that is damaged,
-///    which is left out.
+///  - Sizes in EXIF and XMP become the target's; the orientation in XMP becomes that in EXIF. An invalid orientation in
+///    EXIF is removed.
 ///  - Thumbnails in XMP, and the properties that describe how the source's file stores pixels, are left out.
 ///  - Develop settings (prefixes crs and crss) are left out unless the source says that they were applied; an earlier
 ///    record of ours (prefix vitrelux) is replaced.

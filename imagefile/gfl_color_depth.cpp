@@ -11,7 +11,7 @@ using namespace imagefile;
 
 namespace {
 
-constexpr int kMiddle = 128; // the luma from which on black-and-white is white
+constexpr int kMiddle = 128; // black and white: pixels of at least this luma become white
 
 using Table = std::array<std::uint8_t, 256>; // new value by old one
 

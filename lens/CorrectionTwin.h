@@ -26,7 +26,7 @@ public:
     static constexpr double kBorderPixels = 0.5 + 1.0 / 256.0;
 
     const Correction &Maps() const { return m_correction; }
-    /// Returns whether red or blue is sampled at another position than green.
+    /// Returns whether red or blue is sampled at a different position from green.
     bool SplitsColors() const { return m_correction.red || m_correction.blue; }
 
     /// Returns the sampling positions of the output pixel at (@p x, @p y), which may be anywhere, even between pixels.

@@ -8,13 +8,13 @@
 #include <utility>
 #include <vector>
 
-/// Working memory of finished calls of Render, kept for later calls of the same object: page faults of fresh memory
-/// took up to a sixth of the time. Any thread.
+/// Working memory of finished calls of Render, kept for later calls on the same object: page faults on fresh memory
+/// took up to a sixth of the time. Thread-safe.
 class FittedWarp::IdleMemory {
 public:
     struct Piece {
         virtual ~Piece() = default;
-        /// Whether it is small enough to be kept.
+        /// Returns whether the piece is small enough to be kept.
         virtual bool IsModest() const { return true; }
     };
 

@@ -1,4 +1,4 @@
-// Sharp sampling of fitted corrections, in units that fit the level 2 cache together with their source pixels.
+// Sharp sampling of fitted corrections, in units that fit in the level 2 cache together with their source pixels.
 #pragma once
 
 #include "FittedWarpBlocks_p.h"

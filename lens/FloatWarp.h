@@ -10,9 +10,9 @@ class KImage;
 class LensParam;
 class newLCP;
 
-/// InterpolatorKim<float, float> with bilinear samplers for four channels, in blocks of pixels that fit the L1 cache.
-/// InterpolatorKim::DoPlainly is its plain twin and defines the result to the last bit, so every processor gives the
-/// same result.
+/// InterpolatorKim<float, float> with bilinear samplers for four channels, in blocks of pixels that fit in the L1
+/// cache. InterpolatorKim::DoPlainly is its plain twin and defines the result to the last bit, so every processor gives
+/// the same result.
 ///
 /// The source must outlive the object; other threads may read it meanwhile. Render may run on several threads for
 /// different rows. Nothing here throws or allocates.

@@ -20,7 +20,7 @@ class newLCP;
 /// Samples are scaled to 0..1 by `inScale`, multiplied by the gain, scaled to the destination's range by `outScale`,
 /// clamped to its maximum, and stored; integer destinations truncate, nothing is rounded. Traps for callers:
 /// - Path A, and green in path C, use the unscaled channel value: `inScale` and `outScale` are not applied, though
-///   `outScale` limits. Between images of different depths the result is in the source's range.
+///   values are still limited to `outScale`. Between images of different depths the result is in the source's range.
 /// - Alpha is written for sources with more than three channels, and its "opaque" is 1 in the integer types too.
 ///   B: opaque inside, 0 outside. C and D: 0 where the sum of the three colors is 0, so black pixels become
 ///   transparent.

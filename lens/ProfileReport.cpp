@@ -72,7 +72,7 @@ QString WhyNoEntry(const QDomElement &root)
     while (!last.firstChildElement().isNull())
         last = last.firstChildElement();
     return QStringLiteral("XML, but no lens profile: its root is %1, and following first child elements down to %2 "
-                          "meets no <rdf:li>")
+                          "finds no <rdf:li>")
         .arg(Named(root), Named(last));
 }
 

@@ -2,10 +2,11 @@
 //
 // A sharp kernel overshoots at edges. A sample may exceed its four nearest pixels only next to an extremum along a row
 // or a column, because only there can a wave peak:
-// - between two pixels, by the smaller of the two values reached with half of the outer slopes;
-// - next to a pixel that exceeds both of its neighbors, by half of the smaller difference.
-// At an edge one of these slopes is 0, and the sample stays between the pixels. The allowances of row and column are
-// added. They don't depend on the position between the pixels, so they are computed once per pixel.
+// - between two pixels: the slope outside each of them, halved, is continued for one pixel, and the sample may reach
+//   the smaller of the two values;
+// - next to a pixel that exceeds both of its neighbors: the sample may exceed it by half of the smaller difference.
+// At an edge one of these slopes is 0, and the sample stays between the pixels. The row's and the column's allowances
+// are added. They don't depend on the position between the pixels, so they are computed once per pixel.
 #pragma once
 
 #include "FittedWarpPlaces_p.h"
@@ -46,7 +47,7 @@ template <typename Vector> VITRELUX_INLINE Allowance<Vector> AllowanceOf(Vector 
 {
     const Vector before = v1 - v0, between = v2 - v1, after = v3 - v2, zero = {};
     const Vector left = v1 + Half(before), right = v2 - Half(after);
-    const Vector least = Least(v1, v2), greatest = Greatest(v1, v2); // in this order all differences fit into 16 bits
+    const Vector least = Least(v1, v2), greatest = Greatest(v1, v2); // in this order all differences fit in 16 bits
     const Vector up = Greatest(Least(left, right), greatest) - greatest;
     const Vector down = least - Least(Greatest(left, right), least);
     const Vector top = Greatest(Least(before, zero - between), Least(between, zero - after));

@@ -137,8 +137,8 @@ VITRELUX_INLINE void PackStored(const unsigned char *pixels, int count, std::int
         to[i] = CodeOfStored(samples[i]);
 }
 
-/// Prefetches what is three rows, @p stride bytes each, below eight pixels of float RGBA: the processor doesn't predict
-/// curved lines.
+/// Prefetches the eight pixels of float RGBA three rows below, at @p stride bytes per row: the processor doesn't
+/// predict curved lines.
 VITRELUX_INLINE void PrefetchBelow(const unsigned char *pixels, std::int64_t stride)
 {
     constexpr int kLineBytes = 64, kRowsAhead = 3;

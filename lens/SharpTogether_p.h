@@ -1,5 +1,6 @@
 // Sharp sampling of a run of pixels from one plane with the colors of each pixel together, for colors that share their
-// places: 18 values per row are five vectors instead of the six of three planes, and hardly need to be rearranged.
+// positions: the 18 values of a row fill five vectors instead of the six that three planes need, and hardly need to be
+// rearranged.
 #pragma once
 
 #include "SharpRun_p.h"
@@ -93,7 +94,7 @@ struct TogetherByAvx2 {
                            _mm_shuffle_ps(last, last, _MM_SHUFFLE(2, 2, 1, 1)))};
     }
 
-    /// Like the function for one pixel.
+    /// Does the same as the function for one pixel, for two.
     [[gnu::target("avx2"), gnu::always_inline]] static inline __m256 SumsOfColumns(const Products &left,
                                                                                    const Products &right)
     {
@@ -108,7 +109,8 @@ struct TogetherByAvx2 {
         return _mm256_add_ps(even, _mm256_shuffle_ps(odd, odd, _MM_SHUFFLE(3, 3, 2, 1)));
     }
 
-    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples needs the room.
+    /// Samples two pixels at once. If @p run.count is odd, the last pixel is written twice: @p samples must have room
+    /// for it.
     [[gnu::target("avx2")]] static void Sample(SharpRun run, CodePlanes planes, const SharpKernel &kernel,
                                                Float4 *samples)
     {

@@ -8,7 +8,7 @@
 
 namespace primitives {
 
-/// Operations on the first and the second source. The first is subtracted or divides.
+/// Operations on the first and the second source. The first is the subtrahend or the divisor.
 struct AddOp {
     template <typename V> static constexpr V Of(V first, V second) { return second + first; }
 };
@@ -48,7 +48,7 @@ template <typename Op, typename T, int C>
 Status CombineScaled(const T *first, Step firstStep, const T *second, Step secondStep, T *dst, Step dstStep, Size size,
                      int scaleFactor)
 {
-    // 8-bit products and their rounding fit 32 bits up to a shift of 30, which vectorizes; all others need 64.
+    // 8-bit products and their rounding fit in 32 bits up to a shift of 30, which vectorizes; all others need 64.
     using Wide = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
     if (!IsScaleFactor(scaleFactor))
         return Status::BadArgument;

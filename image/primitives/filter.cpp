@@ -23,7 +23,7 @@ bool IsKernelSize(int kernelSize)
     return kernelSize >= 1 && kernelSize % 2 == 1;
 }
 
-/// Returns the bytes of a specification, aligned so that a row of floats can follow.
+/// Returns the size in bytes of a specification, aligned so that a row of floats can follow.
 std::int64_t SpecBytes(int kernelSize)
 {
     return std::int64_t(sizeof(GaussianSpec)) + (kernelSize / 2 + 1) * std::int64_t(sizeof(float));
@@ -58,7 +58,7 @@ PRIMITIVES_WIDE void AddPairs4(const Pair pairs[4], const float weights[4], floa
     }
 }
 
-/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit the first-level cache.
+/// Fills @p sums with the center and the pairs pairAt(1) to pairAt(radius), in parts that fit in the first-level cache.
 template <typename PairAt>
 void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *sums, std::int64_t count)
 {

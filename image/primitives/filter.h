@@ -9,7 +9,7 @@ namespace primitives {
 /// The weights of a blur; stored in a block of the caller.
 struct GaussianSpec;
 
-/// Returns the bytes of the weights and of the work block of a blur. @p kernelSize is odd.
+/// Returns the sizes in bytes of the weights and of the work block of a blur. @p kernelSize is odd.
 Status FilterGaussianGetBufferSize(Size size, int kernelSize, std::int64_t *specBytes, std::int64_t *bufferBytes);
 
 /// Computes the weights exp(-d^2 / (2 sigma^2)) at the distances d from 0 to kernelSize / 2, with the sum 1. @p sigma
@@ -28,11 +28,12 @@ Status FilterGaussBorder(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstS
 enum MaskSize { kMask3x3 = 3, kMask5x5 = 5 };
 
 /// Computes the median of the pixels in the middle row and column of the mask. Reads half a mask beyond the region on
-/// all sides, where the caller must own pixels. The target must not overlap the source.
+/// all sides, where there must be readable pixels. The target must not overlap the source.
 Status FilterMedianCross(const Ipp16s *src, Step srcStep, Ipp16s *dst, Step dstStep, Size size, MaskSize mask);
 
 /// Computes the response to horizontal edges, (1 2 1) of the row above minus that of the row below, saturated. Reads
-/// one pixel beyond the region on all sides, where the caller must own pixels. The target must not overlap the source.
+/// one pixel beyond the region on all sides, where there must be readable pixels. The target must not overlap the
+/// source.
 Status FilterSobelHoriz(const Ipp16s *src, Step srcStep, Ipp16s *dst, Step dstStep, Size size);
 
 } // namespace primitives

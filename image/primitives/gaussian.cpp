@@ -19,7 +19,7 @@ namespace primitives {
 
 namespace {
 
-constexpr float kReach = 3.5f; // of kernels, in sigmas: one in 2,000 lies beyond
+constexpr float kReach = 3.5f; // of kernels, in sigmas: one part in 2,000 of the weight lies beyond
 constexpr int kGridMargin = 2; // nodes before pixel 0: a node's B-spline extends two steps to both sides
 
 /// A plane that owns its memory; empty if the allocation fails.
@@ -73,7 +73,7 @@ struct NodeWeights {
     std::vector<float> weights;
 };
 
-/// Sets the sums to four weighted rows, or adds them.
+/// Sets the sums to those of four weighted rows; Add4 adds these to the sums.
 PRIMITIVES_WIDE void SumOf4(const Ipp32f *const rows[4], const float weights[4], Ipp32f *__restrict sums,
                             std::int64_t count)
 {
@@ -145,7 +145,7 @@ void TransposeBlock(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep)
 /// Transposes the first @p size of @p src into @p dst.
 void Transpose(Plane &src, Size size, Plane &dst)
 {
-    constexpr int kTile = 32; // both tiles fit the first-level cache
+    constexpr int kTile = 32; // both tiles fit in the first-level cache
     const int wholeWidth = size.width / 4 * 4, wholeHeight = size.height / 4 * 4;
     for (int top = 0; top < wholeHeight; top += kTile) {
         for (int left = 0; left < wholeWidth; left += kTile) {
@@ -225,8 +225,8 @@ private:
 
 Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Size size, float sigma)
 {
-    // The variance is 2 / 3 more than the grid's own blur has, which is at least 2 unless the grid has the smallest
-    // spacing.
+    // The B-splines add 2 / 3 to the variance of the blur on the grid, which is at least 2 unless the grid has the
+    // smallest spacing.
     constexpr float kSplines = 2.0f / 3, kMinOnGrid = 2;
     const int spacing = std::max(2, static_cast<int>(sigma / std::sqrt(kMinOnGrid + kSplines)));
     const float relative = sigma / static_cast<float>(spacing);

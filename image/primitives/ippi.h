@@ -119,7 +119,7 @@ inline constexpr auto &ippiMulC_16u_C1RSfs = primitives::MulConstantScaled<Ipp16
 inline constexpr auto &ippiMulC_16u_C3RSfs = primitives::MulConstantsScaled<Ipp16u, 3>;
 inline constexpr auto &ippiMulC_16u_C4RSfs = primitives::MulConstantsScaled<Ipp16u, 4>;
 
-// --- Arithmetic of images: the first source is subtracted or divides ---
+// --- Arithmetic of images: the first source is the subtrahend or the divisor ---
 inline constexpr auto &ippiAdd_32f_C1R = primitives::Combine<primitives::AddOp, 1>;
 inline constexpr auto &ippiAdd_32f_C3R = primitives::Combine<primitives::AddOp, 3>;
 inline constexpr auto &ippiAdd_32f_C4R = primitives::Combine<primitives::AddOp, 4>;

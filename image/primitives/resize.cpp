@@ -7,7 +7,7 @@ namespace primitives {
 
 namespace {
 
-/// Source positions that contribute to one target position: weights of the next @p count positions from @p first on.
+/// The source positions that contribute to one target position, @p count from @p first on, and their weights.
 struct Taps {
     std::int32_t first;
     std::int32_t count;

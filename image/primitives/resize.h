@@ -20,8 +20,8 @@ struct Point {
 /// Opaque; stored in a block of the caller, of the size that ResizeGetSize returns.
 struct ResizeSpec;
 
-/// Returns the bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is requested,
-/// or super-sampling for a side that grows.
+/// Returns the sizes in bytes of the weights, and of the block for preparing them. BadArgument if @p antialiasing is
+/// requested, or super-sampling for a side that grows.
 Status ResizeGetSize(Size src, Size dst, ResizeMethod method, int antialiasing, std::int64_t *specBytes,
                      std::int64_t *initBytes);
 
@@ -32,7 +32,7 @@ Status ResizeSuperInit(Size src, Size dst, ResizeSpec *spec);
 /// initBuffer is not used.
 Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
 
-/// Returns the bytes of the work block for images of @p channels channels: one row of the source in floats.
+/// Returns the size in bytes of the work block for images of @p channels channels: one row of the source in floats.
 Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::int64_t *bytes);
 
 /// Computes the part of the target at @p dstOffset of @p dstSize pixels.

@@ -17,8 +17,8 @@ struct Pixel {
     Ipp32f channel[4];
 };
 
-/// Pixels per block side: this many source rows, each in another page, are accessed at a time, and all four pixels of a
-/// source cache line are used while the line is in the first-level cache.
+/// Pixels per block side: this many source rows, each on a different page, are accessed at a time, and all four pixels
+/// of a source cache line are used while the line is in the first-level cache.
 constexpr std::int64_t kBlockSide = 16;
 
 /// Targets from this size on exceed the caches anyway, so they are written bypassing the caches.
@@ -29,7 +29,7 @@ void Store(Pixel *to, const Pixel &pixel)
     *to = pixel;
 }
 
-/// @p to is a multiple of 16.
+/// @p to must be aligned to 16 bytes.
 void StorePastCache(Pixel *to, const Pixel &pixel)
 {
 #if VITRELUX_VECTORS

@@ -98,7 +98,7 @@ void MapColors(const Ipp8u *table, int channels, const Ipp8u *src, Ipp8u *dst, s
 Stretch::Stretch(Ipp8u low, Ipp8u high, int channels)
     : m_low(low), m_range(static_cast<Ipp8u>(high > low ? high - low : 0)), m_channels(channels)
 {
-    for (int v = 0; v < 256; ++v) // flat: 0 / 0 is NaN, which Truncate turns into 0
+    for (int v = 0; v < 256; ++v) // a flat image holds only `low`, which gives 0
         m_table[v] = Truncate<Ipp8u>(v <= low ? 0.0f : static_cast<float>(v - low) / m_range * 255.0f);
     if (m_range > 0)
         FindFactor();
@@ -150,7 +150,7 @@ std::int64_t Stretch::RunVectors(const Ipp8u *src, Ipp8u *dst, std::int64_t samp
     for (; i + 16 <= samples; i += 16) {
         const __m128i values = Load(src + i);
         const __m128i limited = _mm_min_epu8(_mm_subs_epu8(values, low), range);
-        // Unpacked above a zero byte a sample is multiplied by 256.
+        // Interleaving samples with zero low bytes multiplies them by 256.
         const __m128i stretched = _mm_packus_epi16(multiplied(_mm_unpacklo_epi8(zero, limited)),
                                                    multiplied(_mm_unpackhi_epi8(zero, limited)));
         Store(dst + i, _mm_or_si128(_mm_andnot_si128(alpha, stretched), _mm_and_si128(alpha, values)));

@@ -88,7 +88,8 @@ template <typename Sample> void ForSamples(std::int64_t count, Sample sample)
         sample(i);
 }
 
-/// Returns the components in a row of @p size; 64-bit, because four channels of 2^31 pixels don't fit an int.
+/// Returns the number of components in a row of @p size; 64-bit, because four channels of 2^31 pixels don't fit in an
+/// int.
 template <int C> constexpr std::int64_t RowSamples(Size size)
 {
     return std::int64_t(C) * size.width;

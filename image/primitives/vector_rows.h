@@ -19,10 +19,10 @@ template <typename D> void FloatToInteger(const Ipp32f *src, D *dst, std::int64_
 
 /// Weights of R, G and B (0.299, 0.587, 0.114; ITU-R BT.601) in parts of 2^shift; their sum is 2^shift.
 template <typename T> struct GrayWeights;
-template <> struct GrayWeights<Ipp8u> { // fits signed 16 bits
+template <> struct GrayWeights<Ipp8u> { // fits in signed 16 bits
     static constexpr int kShift = 15, kRed = 9798, kGreen = 19235, kBlue = 3735;
 };
-template <> struct GrayWeights<Ipp16u> { // the rounded sum still fits unsigned 32 bits
+template <> struct GrayWeights<Ipp16u> { // the rounded sum still fits in unsigned 32 bits
     static constexpr int kShift = 16, kRed = 19595, kGreen = 38470, kBlue = 7471;
 };
 

@@ -60,8 +60,8 @@ public:
     virtual Status ReadInfo(const Source &source, GFL_FILE_INFORMATION *info) const = 0;
     /// Passes all rows to @p rows from the top down. A file that ends early or is damaged gives GFL_ERROR_FILE_READ.
     virtual Status ReadPixels(const Source &source, const GFL_LOAD_PARAMS &params, RowSink *rows) const = 0;
-    /// Returns whether ReadPixels passes on rows long before it returns, each final, and gives no warnings unless the
-    /// file is CMYK.
+    /// Returns whether ReadPixels passes on final rows long before it returns, and gives no warnings unless the file is
+    /// CMYK.
     virtual bool StreamsRows() const { return false; }
     /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or else the
     /// picture.

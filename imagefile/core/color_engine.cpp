@@ -23,7 +23,7 @@ cmsBool LockNothing(cmsContext, void *)
 cmsContext MakeContext()
 {
     static cmsPluginMutex noMutexes = {
-        {cmsPluginMagicNumber, 2060, cmsPluginMutexSig, nullptr}, // plug-ins of this type exist since lcms2 2.6
+        {cmsPluginMagicNumber, 2060, cmsPluginMutexSig, nullptr}, // plug-ins of this type have existed since lcms2 2.6
         MakeNoMutex,
         [](cmsContext, void *) {},
         LockNothing,

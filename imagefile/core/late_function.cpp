@@ -9,7 +9,7 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the path of a file next to this library. Loading it by its name alone would search other folders where a
+/// Returns the path of a file next to this library. Loading it by its name alone would search other folders if a
 /// sanitizer replaces dlopen.
 std::string PathOfNeighbor(const char *file)
 {

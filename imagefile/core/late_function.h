@@ -6,12 +6,12 @@
 namespace imagefile {
 
 /// Returns the address of a function of libheif or libjxl; the first call loads both. With the codecs that they load in
-/// turn they need 10 ms, half of the program's start, and most runs read no such file. Throws std::runtime_error with
-/// the reason if they can't be loaded. Any thread.
+/// turn they need 10 ms, half of the program's startup time, and most runs read no such file. Throws std::runtime_error
+/// with the reason if they can't be loaded. Thread-safe.
 void *FindLate(const char *name);
 
 /// One such function, which is called like the original. Constants with the names of the originals, in this namespace,
-/// hide those.
+/// hide them.
 template <class Function> class LateFunction;
 
 template <class Result, class... Arguments> class LateFunction<Result(Arguments...)> {

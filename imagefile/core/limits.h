@@ -38,8 +38,8 @@ constexpr std::int64_t kPackBitsRatio = 64;
 /// Camera raw: 16-bit sensor values; lossy DNG is JPEG.
 constexpr std::int64_t kRawRatio = kJpegPixelsPerByte * 2;
 
-/// Compression without a bound (fax, Zstandard, repeated pixels): 8 times what photographs reach. Above what
-/// OpenEXR's PIZ and ZIP reach for a single-color picture.
+/// Compression without a bound (fax, Zstandard, repeated pixels): 8 times what photographs reach. This is
+/// more than OpenEXR's PIZ and ZIP reach for a single-color picture.
 constexpr std::int64_t kUnboundedRatio = 4096;
 
 // ---- Counts. Unless another reason is given, they end loops in damaged files, whose offsets can form cycles. ----
@@ -97,7 +97,7 @@ constexpr std::uint64_t kHarmlessPrecincts = std::uint64_t(1) << 18;
 /// profiles and packets have a few megabytes.
 constexpr std::size_t kMaxMetadataBytes = std::size_t(64) << 20;
 
-/// Total bytes read from a TIFF for its metadata. Raw files with large previews have about 100 MB.
+/// Total bytes read from a TIFF for its metadata. Raw files with large previews need about 100 MB.
 constexpr std::uint64_t kMaxMappedBytes = std::uint64_t(1) << 30;
 
 /// Bytes of one value in a BigTIFF. Profiles and maker-note previews are smaller.

@@ -12,7 +12,7 @@ namespace imagefile {
 
 namespace {
 
-// Rows between two announcements: few enough that nobody waits long, enough that locking costs nothing.
+// Rows between two announcements: few enough that nobody waits long, but enough that locking costs little.
 constexpr int kAnnouncedRows = 16;
 
 /// Sink that counts finished rows, and the thread that fills it.

@@ -19,7 +19,7 @@ struct PixelForm {
     bool operator==(const PixelForm &other) const { return bits == other.bits && channels == other.channels; }
 };
 
-/// Returns the channels of a bitmap type: 1, 3 or 4; 0 for an unknown type.
+/// Returns the number of channels of a bitmap type: 1, 3 or 4; 0 for an unknown type.
 int ChannelsOfType(unsigned type);
 
 /// Returns GFL_GREY, GFL_RGB or GFL_RGBA for 1, 3 or 4 channels.
@@ -27,7 +27,7 @@ std::uint16_t TypeOfChannels(int channels);
 
 /// Converts @p width pixels from @p src to @p dst, which must not overlap. Integers are scaled to the full range of the
 /// target and rounded; floats of 0 to 1 map to the full range and are clamped to it, and NaN becomes 0. Colors become
-/// gray by the luma of ITU-R BT.601. @p alpha, 0 to 255, is used for an opaque source.
+/// gray by the luma of ITU-R BT.601. Pixels of a source without alpha get @p alpha, 0 to 255.
 using RowConverter = void (*)(const void *src, void *dst, std::size_t width, std::uint8_t alpha);
 
 /// Returns the converter from any form to any form; for the same form, a plain copy.

@@ -27,7 +27,7 @@ protected:
     std::uint64_t m_size = 0;
 };
 
-/// Whether files that this thread creates are synced by its caller afterwards, even new ones.
+/// Sets whether the caller syncs the files that this thread creates, even new ones, afterward.
 void SetSyncedByCaller(bool isSynced);
 
 /// A temporary file next to its target, so that a failed write neither changes the target nor leaves stray files.

@@ -35,11 +35,11 @@ struct TiffVariant {
     std::uint64_t Number(const std::uint8_t *data, std::size_t bytes) const;
     /// Encodes a number of 1 to 8 bytes.
     void Put(std::uint64_t number, std::size_t bytes, std::uint8_t *data) const;
-    /// Returns the offset of a field's values that don't fit into it, or of the directory that it points to.
+    /// Returns the offset of a field's values that don't fit in it, or of the directory that it points to.
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 
-/// Returns the bytes of a field's values; 0 for a type that doesn't exist.
+/// Returns the size in bytes of a field's values; 0 for a type that doesn't exist.
 std::uint64_t TiffValueBytes(const TiffField &field);
 
 /// Returns whether a field with this tag points to the EXIF, GPS or interoperability directory.

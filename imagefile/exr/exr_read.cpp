@@ -99,7 +99,7 @@ std::int64_t BytesPerPixel(const Imf::ChannelList &channels)
 
 int LinesPerChunk(Imf::Compression compression)
 {
-    constexpr int kLines[] = {1, 1, 1, 16, 32, 16, 32, 32, 32, 256}; // by the number of the method
+    constexpr int kLines[] = {1, 1, 1, 16, 32, 16, 32, 32, 32, 256}; // by compression method
     return compression >= 0 && compression < Imf::NUM_COMPRESSION_METHODS ? kLines[compression] : 1;
 }
 

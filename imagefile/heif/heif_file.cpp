@@ -16,7 +16,7 @@ Status HeifStatus(const heif_error &error)
 }
 
 // libheif's functions return 0 for success. A read never fails: an assertion in libheif aborts the program if one does.
-// It gets zeros for missing bytes instead, and Source::Check reports the failure.
+// libheif gets zeros for missing bytes instead, and Source::Check reports the failure.
 const heif_reader &HeifFile::Reader()
 {
     static const heif_reader reader = {

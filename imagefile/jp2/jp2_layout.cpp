@@ -129,7 +129,7 @@ private:
         }
     }
 
-    /// Counts by T.800, tables A.12 to A.23. @p reader is after the segment's length.
+    /// Counts as specified in T.800, tables A.12 to A.23. @p reader is after the segment's length.
     Status CountPrecincts(ByteReader *reader, bool ofComponent, std::uint64_t tiles)
     {
         if (ofComponent)

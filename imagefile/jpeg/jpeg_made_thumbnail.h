@@ -30,7 +30,7 @@ private:
 /// known only after the picture is written.
 class ThumbnailRoom {
 public:
-    /// Appends a second directory and zeroes to @p tiff, a block in little-endian order. Does nothing if it is empty,
+    /// Appends a second directory and zeros to @p tiff, a block in little-endian order. Does nothing if it is empty,
     /// would become longer than @p most bytes, or has a second directory.
     void Append(std::size_t most, Bytes *tiff);
     bool IsThere() const { return m_pointerAt != 0; }

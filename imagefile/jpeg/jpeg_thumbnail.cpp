@@ -52,7 +52,7 @@ private:
 // Finds the EXIF data, which is either the first segment of a file or follows the short JFIF header.
 Bytes FindExif(const Source &source)
 {
-    constexpr std::size_t kHead = 10; // 0xFF, marker, length including its own two bytes, "Exif", two zeroes
+    constexpr std::size_t kHead = 10; // 0xFF, marker, length including its own two bytes, "Exif", two zeros
     std::uint8_t head[kHead];
     std::uint64_t at = 2;
     for (int i = 0; i < kMaxSegmentsBeforeExif && source.ReadAt(at, head, kHead) == kHead && head[0] == 0xFF; ++i) {

@@ -229,7 +229,7 @@ void Encoder::SetUp()
     }
 }
 
-/// Returns the bytes written so far, including those in the buffer.
+/// Returns the number of bytes written so far, including those in the buffer.
 std::uint64_t Encoder::Written() const
 {
     return m_output->sink->Size() + kBufferBytes - m_output->base.free_in_buffer;

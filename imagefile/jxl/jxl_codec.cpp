@@ -33,7 +33,7 @@ public:
     Status ReadMetadata(const Source &source, Metadata *metadata) const override
     {
         JxlFile file;
-        if (file.Open(source)) // reading the pixels reports a failure
+        if (file.Open(source)) // a failure is reported when the pixels are read
             file.ReadMetadata(metadata);
         return source.Check();
     }

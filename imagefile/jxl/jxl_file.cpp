@@ -48,7 +48,7 @@ bool JxlFile::Refill()
     return JxlDecoderSetInput(m_decoder.get(), m_piece.data(), m_piece.size()) == JXL_DEC_SUCCESS;
 }
 
-// Returns the next event; a request for input means that there is none.
+// Returns the next event, or JXL_DEC_NEED_MORE_INPUT if the file has no more bytes.
 JxlDecoderStatus JxlFile::Next()
 {
     for (;;) {

@@ -29,7 +29,7 @@ Bytes Unpacked(const std::uint8_t *data, std::size_t size)
     return result == BROTLI_DECODER_RESULT_SUCCESS ? out : Bytes();
 }
 
-// Returns the contents of the first box of a name, plain or packed (ISO/IEC 18181-2, 9.7).
+// Returns the contents of the first box with a name, plain or packed (ISO/IEC 18181-2, 9.7).
 Bytes BoxContents(const Source &source, const std::vector<IsoBox> &boxes, const char *name)
 {
     constexpr std::size_t kNameBytes = 4; // of the packed box

@@ -11,9 +11,10 @@ namespace imagefile {
 
 namespace {
 
-// Always read: cameras put their metadata, and the data that their notes point to, into the first megabytes.
+// Always read: cameras put their metadata, and the data that maker notes point to, in the first few megabytes.
 constexpr std::uint64_t kHeadBytes = std::uint64_t(4) << 20;
-constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10; // read after notes, whose length may be understated
+// Extra bytes read after a maker note, whose length may be understated.
+constexpr std::uint64_t kNoteMargin = std::uint64_t(256) << 10;
 constexpr std::uint16_t kSubDirectories = 330, kMakerNote = 37500;
 
 // Also true for raw files, whose header has a different version: "IIRO", "IIU\0".

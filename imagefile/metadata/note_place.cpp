@@ -15,7 +15,7 @@ constexpr TiffVariant kClassic = {false};
 constexpr std::size_t kHeaderBytes = 8;
 constexpr std::uint16_t kMakerNote = 37500;
 
-// How notes begin, and where their directory does, according to the list at
+// The first bytes of notes, and the offset of their directory, according to the list at
 // https://exiftool.org/makernote_types.html. All others begin with the directory.
 struct NoteKind {
     std::string_view mark;

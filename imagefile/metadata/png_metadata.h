@@ -11,7 +11,7 @@ namespace imagefile {
 constexpr char kPngXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kPngIptcKey[] = "Raw profile type iptc";
 
-/// Reads all four parts from iCCP, eXIf, iTXt, zTXt and tEXt chunks, including those after the pixels, which are
+/// Reads all four parts from iCCP, eXIf, iTXt, zTXt and tEXt chunks, including those after the pixels; the pixels are
 /// skipped. Otherwise like ReadExiv2Metadata.
 Status ReadPngMetadata(const Source &source, Metadata *metadata);
 

@@ -13,8 +13,8 @@ struct PictureSize {
 /// TIFF that has one. Empty EXIF stays empty.
 void MakeExifTrue(PictureSize size, Exiv2::ExifData *exif);
 
-/// Returns the packet @p xmp with the properties of @p record and without properties that are no longer true, see
-/// gflBitmapMarkEdited. @p exif is that of the edited picture. A packet that can't be read or written again is treated
+/// Returns the packet @p xmp with the properties of @p record and without properties that are no longer true (see
+/// gflBitmapMarkEdited). @p exif is that of the edited picture. A packet that can't be read or written again is treated
 /// as empty, with a warning. Throws only std::bad_alloc.
 Bytes EditedXmp(const Bytes &xmp, const Exiv2::XmpData &record, PictureSize size, const Exiv2::ExifData &exif);
 

@@ -37,7 +37,7 @@ struct PsdLayout {
     bool hasAlpha = false;                 // followed by an opacity channel
     bool mergesOpacity = false;            // the merged picture has the opacity of the layers
     bool isOnPaper = false;                // partly transparent pixels are blended with white
-    Bytes palette;                         // indexed: 256 of red, of green, of blue
+    Bytes palette;                         // indexed: 256 values each of red, green and blue
     std::vector<PsdChannel> channelPlaces; // of the used channels
     PixelForm form;                        // as delivered
 
@@ -51,7 +51,7 @@ struct PsdLayout {
     {
         return static_cast<std::uint64_t>(height) * static_cast<std::uint64_t>(SizeBytes());
     }
-    /// Returns the unpacked bytes of a row of one channel.
+    /// Returns the unpacked size in bytes of a row of one channel.
     std::size_t RowBytes() const { return (static_cast<std::size_t>(width) * static_cast<std::size_t>(bits) + 7) / 8; }
 };
 

@@ -44,7 +44,7 @@ Bytes AllResources(const GFL_BITMAP &bitmap, const Metadata &metadata)
     return resources;
 }
 
-/// Returns the big-endian bytes of one sample. A color may be blended with white.
+/// Returns a sample blended with white at its opacity.
 template <class T> T Blended(T color, T opacity)
 {
     if constexpr (std::is_floating_point_v<T>) {
@@ -103,7 +103,7 @@ Writer::Writer(const GFL_BITMAP &bitmap, bool isPacked, Sink *sink)
       m_rowBytes(static_cast<std::size_t>(bitmap.Width) * static_cast<std::size_t>(m_sampleBytes)),
       m_channel(m_rowBytes)
 {
-    // A factor of 1.5 exceeds what packing and metadata add. A row's packed size must also fit into 16 bits.
+    // A factor of 1.5 exceeds what packing and metadata add. A row's packed size must also fit in 16 bits.
     const std::uint64_t copies = m_channels == 4 ? 2 : 1;
     const std::uint64_t bytes =
         copies * m_rowBytes * static_cast<std::uint64_t>(m_channels) * static_cast<std::uint64_t>(bitmap.Height);

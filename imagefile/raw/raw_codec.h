@@ -38,10 +38,10 @@ public:
     Status Describe(GFL_FILE_INFORMATION *info);
 
     enum class Size { Full, Half };
-    /// Develops into 16 or, without GFL_LOAD_ORIGINAL_DEPTH, 8 bits. Half size makes one pixel of 2 x 2 sensor values
+    /// Develops into 16 or, without GFL_LOAD_ORIGINAL_DEPTH, 8 bits. Half size makes one pixel from 2 x 2 sensor values
     /// and takes a tenth of the time.
     Status Develop(const GFL_LOAD_PARAMS &params, Size size, RowSink *rows);
-    /// Returns half size if that still covers the picture fitted into @p box.
+    /// Returns Half if half size still covers the picture fitted into @p box, otherwise Full.
     Size SizeFor(const Box &box) const;
     /// Delivers the camera's preview; fails unless it has the picture's proportions and covers the picture fitted into
     /// @p box.

@@ -228,7 +228,7 @@ Status ChooseForeignForm(const TiffHandle &handle, TiffLayout *layout)
     return Status::Ok();
 }
 
-/// Returns the maximum bytes of pixels per byte of the file.
+/// Returns the maximum number of bytes of pixels per byte of the file.
 std::int64_t MaxRatio(const TiffLayout &layout)
 {
     switch (layout.compression) {

@@ -17,8 +17,8 @@ namespace imagefile {
 
 namespace {
 
-/// Strips up to this size are decoded at once: libtiff then uses libdeflate, which is much faster than row by row. For
-/// larger ones, such as a whole picture in one strip, that would take twice the memory.
+/// Strips up to this size are decoded at once: libtiff then uses libdeflate, which is much faster than decoding row by
+/// row. For larger ones, such as a whole picture in one strip, that would take twice the memory.
 constexpr std::uint64_t kMaxStripBuffer = std::uint64_t(64) << 20;
 
 /// Decodes a TIFF from the top down, one band at a time: a row of tiles, a strip or a single row. Each plane of a

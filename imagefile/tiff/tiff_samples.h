@@ -6,8 +6,8 @@
 
 namespace imagefile {
 
-/// Copies samples from a stored row, as 8 or 16 bits or floats by layout.unpacked. Integers are scaled to the full
-/// range; palette indexes are unchanged.
+/// Copies samples from a stored row, as 8 or 16 bits or floats, as given by layout.unpacked. Integers are scaled to the
+/// full range; palette indexes are unchanged.
 ///
 /// @param src    A row as libtiff returns it: native byte order, or bits from the highest down.
 /// @param first  Index of the first sample in the row; each following one is @p srcStep samples farther on.

@@ -24,7 +24,7 @@ constexpr std::uint64_t kOtherBytes = 65536;
 
 /// The pixels to write, and how they are divided.
 struct Picture {
-    /// @param isFast  with deflate by ISA-L: strips divide GFL_FAST_ROWS.
+    /// @param isFast  ISA-L will compress the strips. Their number of rows then divides GFL_FAST_ROWS.
     Picture(const GFL_BITMAP &source, const RowMaker *rowMaker, bool isFast);
 
     const GFL_BITMAP &bitmap;
@@ -42,7 +42,7 @@ struct Picture {
     Status FillStrips(int first, int count, std::uint8_t *dst) const;
 };
 
-/// Returns the largest power of two up to @p value, at least 1, and GFL_FAST_ROWS.
+/// Returns the largest power of two that exceeds neither @p value, which is at least 1, nor GFL_FAST_ROWS.
 int FastRows(int value)
 {
     int rows = GFL_FAST_ROWS;

@@ -27,7 +27,7 @@ Status Decode(const Source &source, const WebpLayout &layout, Bytes *pixels)
     packed.resize(source.ReadAt(layout.frame.at, packed.data(), packed.size()));
     WebPDecoderConfig config;
     if (!WebPInitDecoderConfig(&config))
-        return Status::Fail(GFL_ERROR_FILE_READ, "WebP: another version of libwebp than at build time");
+        return Status::Fail(GFL_ERROR_FILE_READ, "WebP: libwebp's version differs from the one used for the build");
     const int rowBytes = layout.frameWidth * (layout.hasAlpha ? 4 : 3); // <= 2^16
     pixels->resize(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(layout.frameHeight));
     config.output.colorspace = layout.hasAlpha ? MODE_RGBA : MODE_RGB;
@@ -82,7 +82,7 @@ Status ReadWebpPixels(const Source &source, RowSink *rows)
 Status ReadWebpMetadata(const Source &source, Metadata *metadata)
 {
     WebpLayout layout;
-    if (!ReadWebpLayout(source, &layout)) // reading the pixels reports the failure
+    if (!ReadWebpLayout(source, &layout)) // the failure is reported when the pixels are read
         return source.Check();
     metadata->icc = ReadMetadataBlock(source, layout.icc.at, layout.icc.size);
     metadata->xmp = ReadMetadataBlock(source, layout.xmp.at, layout.xmp.size);

@@ -387,7 +387,7 @@ void tst_Inside::metadataMap_data()
     QTest::newRow("cut inside the pointer") << little + QByteArray("\1\0\0", 3) << 0;
     QTest::newRow("directory after the end") << QByteArray("II*\0\xFF\xFF\xFF\xFF", 8) << 0;
     QTest::newRow("not a TIFF") << QByteArray(little).replace(2, 1, "U") + "next" << 0;
-    // 9 MiB, with the directory and its targets at the end; only these and the first megabytes are read.
+    // 9 MiB, with the directory and its targets at the end; only these and the first few megabytes are read.
     const quint32 at = 9u << 20;
     const auto number = [](quint32 value) {
         QByteArray text = BigEndian(value, 4);

@@ -130,7 +130,7 @@ void tst_ProfileReport::problems()
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
     check("<svg><defs><g/></defs></svg>",
-          "XML, but no lens profile: its root is <svg>, and following first child elements down to <g> meets no "
+          "XML, but no lens profile: its root is <svg>, and following first child elements down to <g> finds no "
           "<rdf:li>");
     check(Profile("<rdf:li><rdf:Description stCamera:Make=\"M\" stCamera:ImageWidth=\"9\"/></rdf:li>"),
           "the values are attributes of <rdf:Description>; only the element form is supported .*");

@@ -90,7 +90,7 @@ void tst_newLCP::readsOnlyTheFirstEntry()
         QVERIFY(models[i]->found);
         QCOMPARE(models[i]->coefficients, coefficients[i]);
         QCOMPARE(models[i]->scaleFactor, scaleFactors[i]);
-        // Pixels of the size minus one; the focal length by the width.
+        // Positions are in units of the size minus one, focal lengths in units of the width minus one.
         QCOMPARE(models[i]->focalPixels, float(double(focalLengths[i]) * 4000));
         QCOMPARE(models[i]->centerX, double(centers[i][0]) * 4000);
         QCOMPARE(models[i]->centerY, double(centers[i][1]) * 3000);

@@ -54,7 +54,7 @@ void tst_RansacFisheye::scores()
     QVector<RansacFisheye::Data> data;
     for (int degree = 0; degree < 8; ++degree)
         data.append({400, std::cos(degree * M_PI / 180), std::sin(degree * M_PI / 180), false});
-    data[0].distance = 404.9; // within 0.5 % of 1,000
+    data[0].distance = 404.9;   // within 0.5 % of 1,000
     data[1].distance = 405.003; // a miss whose circle is within the image, but a hit by 1,000.9
     data.append({300, 0, -1, true});
     data.append({500, 0, -1, true});

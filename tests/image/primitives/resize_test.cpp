@@ -7,7 +7,8 @@
 
 using namespace primitives;
 
-/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by thousands.
+/// Cases that KImage::Resize doesn't cover: parts of a target, rejected arguments, and reductions by factors in the
+/// thousands.
 class tst_Resize : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -78,7 +79,7 @@ void tst_Resize::refused()
     const struct {
         int width, height, method, antialiasing;
         Status status;
-    } rows[] = {{10, 10, 8, 0, Status::Ok},         {10, 11, 8, 0, Status::BadArgument}, // area weighting that grows
+    } rows[] = {{10, 10, 8, 0, Status::Ok},         {10, 11, 8, 0, Status::BadArgument}, // area weighting can't enlarge
                 {11, 11, 2, 0, Status::Ok},         {0, 10, 8, 0, Status::BadSize},
                 {10, -1, 2, 0, Status::BadSize},    {10, 10, 6, 0, Status::BadArgument}, // cubic
                 {10, 10, 2, 1, Status::BadArgument}};                                    // antialiased

@@ -7,7 +7,7 @@ constexpr char kInvalidBitmap[] = "Invalid Bitmap";
 constexpr char kInvalidParameter[] = "Invalid Parameter";
 constexpr char kNotEnoughMemory[] = "Not enough memory";
 
-/// Returns whether a type is one of the three working forms, and a depth one of the three depths.
+/// Returns whether a type is one of the three working types, and a depth one of the three working depths.
 constexpr bool IsWorkingType(int type)
 {
     return type == GFL_GREY || type == GFL_RGB || type == GFL_RGBA;

@@ -114,8 +114,8 @@ GFL_API void gflFreeBitmap(GFL_BITMAP *bitmap);
 GFL_API void gflGetDefaultSaveParams(GFL_SAVE_PARAMS *params);
 
 /// Sets whether the files that this thread saves are synced to disk afterward (not 0) or not (0, the default). If
-/// they are, the disk starts while a file is being written, so that the sync is short. Files that replace others start
-/// early in any case, because the save itself syncs them.
+/// they are, the disk starts to store a file while it is being written, so that the sync is short. Files that replace
+/// others are stored early in any case, because the save itself syncs them.
 GFL_API void gflSetSyncedByCaller(int isSynced);
 
 /// Writes a GFL_GREY, GFL_RGB or GFL_RGBA bitmap with its EXIF, IPTC and XMP, and its ICC profile with
@@ -134,7 +134,7 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 /// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
 /// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
 /// thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at once
-/// request GFL_FAST_ROWS rows each, roughly in this order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
+/// request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
 /// GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);
@@ -146,7 +146,7 @@ GFL_API int gflSaveBitmapIntoMemory(std::uint8_t **data, std::uint32_t *size, co
 // ---- Colors of a bitmap ----
 
 /// Changes form or colors of an 8-bit bitmap in place; @p mode is a GflColorDepth, which defines the meaning of @p
-/// parameters. @p result is null. The pixels may move to another block. GFL_ERROR_BAD_BITMAP for other depths,
+/// parameters. @p result must be null. The pixels may move to another block. GFL_ERROR_BAD_BITMAP for other depths,
 /// GFL_ERROR_BAD_PARAMETERS for other numbers; a failure leaves the bitmap unchanged.
 GFL_API int gflChangeColorDepth(GFL_BITMAP *bitmap, GFL_BITMAP **result, std::uint16_t mode, std::uint16_t parameters);
 

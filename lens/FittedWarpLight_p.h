@@ -193,7 +193,7 @@ VITRELUX_INLINE void StoreLit(const FittedWarp::Band &band, const Block &block, 
     if (band.light.IsLinear())
         return band.form.isFloat ? StoreLinear<Floats, false>(block, samples, gain)
                                  : StoreLinear<Floats, true>(block, samples, gain);
-    // At most eight lanes: compilers emit code ten times slower for masks of longer vectors.
+    // At most eight lanes: compilers emit code that is ten times slower for masks of longer vectors.
     using Float8 = float __attribute__((vector_size(32)));
     using Masked = std::conditional_t<(sizeof(Floats) > sizeof(Float8)), Float8, Floats>;
     if (band.places.HasRoots() && !AnyBelowOne(gain, block.count))

@@ -21,8 +21,8 @@ double Quotient(const Exiv2::Rational &rational)
     return rational.second != 0 ? static_cast<double>(rational.first) / rational.second : 0.0;
 }
 
-// Doesn't use Exiv2's toLong and toRational for rationals, which truncate unsigned numbers to 31 bits and trap on -2^31
-// / -1.
+// Doesn't use toLong and toRational on Exiv2's rationals: they truncate unsigned numbers to 31 bits and trap on
+// -2^31 / -1.
 double ComponentAt(const Exiv2::Value &value, long index)
 {
     if (const auto *rationals = dynamic_cast<const Exiv2::URationalValue *>(&value)) {

@@ -43,8 +43,9 @@ enum class Projection { Perspective, Fisheye };
 
 /// Returns the position in the photograph that one model maps to @p corrected.
 ///
-/// Perspective: outward by 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms of Brown's
-/// model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and focal length.
+/// Perspective: outward by the factor 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms
+/// of Brown's model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and
+/// focal length.
 Point ToSource(const LensProfile &profile, const LensModel &model, Projection projection, Point corrected);
 
 /// An inverse mapping with its derivatives: the factors that stretch a step along and across the radius.

@@ -234,7 +234,7 @@ void tst_Analytics::damagedDatabase()
     QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
 }
 
-// Qt's writer provides the data.
+// Reads what Qt's writer produces.
 void tst_Analytics::binaryForms()
 {
     const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},

@@ -278,6 +278,7 @@ void tst_ImageDef::exifModes()
                      .arg(image->Model())
                      .arg(image->GetTimestamp() != 0),
                  QString::fromLatin1(row.expected));
+        QCOMPARE(image->DumpExif().contains(QLatin1String("No camera")), row.make != nullptr);
     }
 }
 
@@ -363,6 +364,7 @@ void tst_ImageDef::reload()
     WritePicture(path, "jpeg", 80, 60);
     QVERIFY(image->Reload());
     QVERIFY(image->nCols() == 80 && image->Model() == 1 && image->m_userGeometry.values[2] == 5.0);
+    QCOMPARE(ImageDef(*image).Model(), 1);
     QVERIFY(!image->IsCached(20, 15, true));
     const KImage *const again = image->Lock(20, 15, true);
     QVERIFY(again != lent);

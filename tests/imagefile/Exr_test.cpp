@@ -97,6 +97,9 @@ void tst_Exr::writeThenRead()
         QCOMPARE(int(witness.header().compression()), stored);
         QCOMPARE(int(witness.header().channels().begin().channel().type),
                  int(bits == 8 || stored > 5 ? Imf::HALF : Imf::FLOAT));
+        GFL_FILE_INFORMATION info;
+        QCOMPARE(Describe(path, &info), int(GFL_NO_ERROR));
+        QVERIFY2(QByteArray(info.Description).startsWith("OpenEXR"), info.Description);
         const BitmapPtr got = Load(path);
         QVERIFY2(got && got->Type == type && got->BitsPerComponent == 32 && got->Xdpi == 300, gflLastErrorText());
         // Colors are stored multiplied by alpha. The error doubles with alpha, because product and alpha are both

@@ -4,6 +4,7 @@
 #include "core/english_thread.h"
 #include "core/memory_check.h"
 #include "formats.h"
+#include "metadata/xmp_namespaces.h"
 #include "raw/raw_codec.h"
 #include "raw/raw_facts.h"
 
@@ -103,8 +104,10 @@ void AddXmp(const Bytes &packet, std::vector<Item> *to)
 {
     Exiv2::XmpData xmp;
     try {
-        const XmpReading use;
-        Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
+        ReadXmp([&] {
+            const XmpReading use;
+            Exiv2::XmpParser::decode(xmp, std::string(packet.begin(), packet.end()));
+        });
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &) { // damaged: keep what was read before

@@ -16,7 +16,7 @@ QStringList NamesInRecord(const Corrections &corrections);
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes
     Corrections required;   // the picture fails without them, unless they were already made; usually none
-    FitOptions fit;         // the parameters that choose the profile: source, "again", typed facts
+    FitOptions fit;         // the options again, for the fits of the program itself: Plan, and near misses
 };
 
 /// Corrects the pictures of a run. Any thread may call it, each with a separate process object.

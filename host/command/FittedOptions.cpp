@@ -46,9 +46,12 @@ bool IsText(const QString &text)
 struct AmountName {
     const char *name;
     const char *attribute;
+    double FitOptions::*amount;
 };
 
-constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto"}, {"ca", "AmountCA"}, {"vignetting", "AmountFalloff"}};
+constexpr AmountName kAmounts[] = {{"distortion", "AmountDisto", &FitOptions::amountDistortion},
+                                   {"ca", "AmountCA", &FitOptions::amountChromatic},
+                                   {"vignetting", "AmountFalloff", &FitOptions::amountVignetting}};
 
 /// Converts "distortion=80,ca=100" to attributes with factors instead of percent; empty if it can't be parsed.
 QVector<QPair<QString, QString>> Amounts(const QString &text)
@@ -79,6 +82,32 @@ struct Row {
     void (*decide)(const QString &text, FitOptions *options) = nullptr;
 };
 
+void TakeFraming(const QString &text, FitOptions *options)
+{
+    options->framing = text == QLatin1String("fill") ? Framing::Fill
+        : text == QLatin1String("keep")              ? Framing::Keep
+        : text == QLatin1String("all")               ? Framing::All
+                                                     : Framing::Factor;
+    if (options->framing == Framing::Factor)
+        options->framingFactor = text.toDouble();
+}
+
+void TakeProjection(const QString &text, FitOptions *options)
+{
+    options->projection = text == QLatin1String("equidistant") ? Projection::Equidistant
+        : text == QLatin1String("stereographic")               ? Projection::Stereographic
+        : text == QLatin1String("equisolid")                   ? Projection::Equisolid
+                                                               : Projection::Rectilinear;
+}
+
+void TakeAmounts(const QString &text, FitOptions *options)
+{
+    for (const auto &[attribute, factor] : Amounts(text))
+        for (const AmountName &one : kAmounts)
+            if (attribute == QLatin1String(one.attribute))
+                options->*one.amount = factor.toDouble();
+}
+
 void TakeSource(const QString &text, FitOptions *options)
 {
     options->source = text == QLatin1String("lcp") ? ProfileSource::Lcp
@@ -108,7 +137,8 @@ const Row kRows[] = {
     {{"framing", "HOW", "fill (default), keep, all, or a zoom from 0.5 to 2", false, "fill keep all"},
      "Framing",
      IsZoom,
-     "fill, keep, all, or a number from 0.5 to 2"},
+     "fill, keep, all, or a number from 0.5 to 2",
+     TakeFraming},
     {{"sampling", "HOW", "sharp (default) or bilinear", false, "sharp bilinear", true},
      "Sampling",
      nullptr,
@@ -117,11 +147,13 @@ const Row kRows[] = {
       "rectilinear equidistant stereographic equisolid", true},
      "Projection",
      nullptr,
-     "rectilinear, equidistant, stereographic or equisolid"},
+     "rectilinear, equidistant, stereographic or equisolid",
+     TakeProjection},
     {{"amount", "LIST", "in percent, such as distortion=80,ca=100,vignetting=50"},
      nullptr,
      AreAmounts,
-     "distortion=PERCENT,ca=PERCENT,vignetting=PERCENT or some of these, each 0 to 200"},
+     "distortion=PERCENT,ca=PERCENT,vignetting=PERCENT or some of these, each 0 to 200",
+     TakeAmounts},
     {{"source", "NAME", "where profiles come from: auto (default), lcp, lensfun", false, "auto lcp lensfun", true},
      "Source",
      nullptr,

@@ -10,7 +10,7 @@
 
 struct FittedOptions {
     QVector<QPair<QString, QString>> attributes; // for the record's XML element, read by the plug-in
-    FitOptions fit; // only those that affect the choice of the profile: source, again, typed facts
+    FitOptions fit;                              // those that affect the fit, for dry runs and near misses
 };
 
 struct FittedOptionRow {

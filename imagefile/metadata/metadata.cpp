@@ -7,6 +7,7 @@
 #include "note_place.h"
 #include "photoshop_resources.h"
 #include "source_io.h"
+#include "xmp_namespaces.h"
 
 #include <algorithm>
 #include <array>
@@ -108,6 +109,7 @@ Bytes ReadIptc(const Source &source, const Exiv2::Image &image)
 Bytes XmpPacket(Exiv2::Image &image)
 {
     const XmpWriting use; // Exiv2 writes the packet
+    RestoreXmpPrefixes(use);
     const MemoryCheck memory;
     const std::string &packet = image.xmpPacket();
     memory.Require();
@@ -147,8 +149,9 @@ void StartExiv2()
         Exiv2::enableBMFF(true); // Canon CR3
         try {
             const MemoryReserve reserve;
-            Exiv2::XmpProperties::registerNs("urn:vitrelux:correction:1.0#", "vitrelux"); // see docs/fitting.md
-            started = Exiv2::XmpParser::initialize(LockXmp, nullptr);
+            const bool isRunning = Exiv2::XmpParser::initialize(LockXmp, nullptr);
+            DefineXmpPrefixes();
+            started = isRunning;
         } catch (...) { // don't retry: after a failed start, the XMP toolkit believes that it is running and crashes
         }
     });
@@ -225,10 +228,12 @@ Status ReadExiv2Metadata(const Source &source, Metadata *metadata)
         if (IsBigTiff(source))
             view = ClassicViewOfBigTiff(source);
         image = Exiv2::ImageFactory::open(OpenIo(source, view));
-        const XmpReading use;
         if (image.get() != nullptr) { // null for formats that Exiv2 doesn't know, such as OpenEXR
-            image->readMetadata();
-            memory.Require(); // Exiv2 leaves out XMP that its toolkit had no memory for
+            ReadXmp([&] {
+                const XmpReading use;
+                image->readMetadata();
+                memory.Require(); // Exiv2 leaves out XMP that its toolkit had no memory for
+            });
         }
     } catch (const std::bad_alloc &) {
         throw;

@@ -1,6 +1,7 @@
 #include "xmp_edit.h"
 
 #include "core/memory_check.h"
+#include "xmp_namespaces.h"
 
 #include <algorithm>
 #include <iterator>
@@ -99,6 +100,7 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 {
     std::string packet;
     const XmpWriting use;
+    RestoreXmpPrefixes(use);
     const MemoryCheck memory;
     try {
         if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat) != 0)
@@ -115,11 +117,13 @@ Bytes Encoded(const Exiv2::XmpData &xmp)
 /// Returns false if the packet is damaged; @p xmp then contains the properties read before the damage.
 bool Decode(const Bytes &packet, Exiv2::XmpData *xmp)
 {
-    const XmpReading use;
     const MemoryCheck memory;
     bool isRead = false;
     try {
-        isRead = packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
+        ReadXmp([&] {
+            const XmpReading use;
+            isRead = packet.empty() || Exiv2::XmpParser::decode(*xmp, std::string(packet.begin(), packet.end())) == 0;
+        });
     } catch (const std::bad_alloc &) {
         throw;
     } catch (const std::exception &) { // damaged

@@ -126,6 +126,8 @@ void FittedRunTest::correct_data()
                                            << QStringList{"vignetting: the profile has no model for it"_s};
     QTest::newRow("one of two missing") << "--vignetting --distortion --profile light.lcp named.jpg"_s << 1 << 0
                                         << QStringList{"cannot make the requested corrections: vignetting"_s};
+    QTest::newRow("amounts in a dry run") << "-n --amount distortion=0,vignetting=0 --profile lenses/0.lcp named.jpg"_s
+                                          << 1 << 0 << QStringList{"distortion, vignetting: its amount is 0"_s};
     QTest::newRow("no such folder") << "--lens-path gone named.jpg"_s << 1 << 0
                                     << QStringList{"there is no profile folder \""_s};
     QTest::newRow("another plug-in") << "--plugin " PROBE_PLUGIN " --profile lenses/0.lcp named.jpg"_s << 1 << 0

@@ -78,6 +78,11 @@ void tst_EditedXmp::edited_data()
         Packet("crs:AlreadyApplied='True' crs:HasCrop='True' crs:LensProfileName='before' crs:LensProfileDigest='d'",
                ""),
         "crs.AlreadyApplied=True; crs.HasCrop=True");
+    row("known prefixes of other namespaces",
+        Packet("",
+               "<crs:Exposure xmlns:crs='urn:a#'>1</crs:Exposure><vitrelux:Zoom "
+               "xmlns:vitrelux='urn:b#'>7</vitrelux:Zoom>"),
+        "crs_2.Exposure=1; vitrelux_2.Zoom=7");
     row("properties of the source's file",
         Packet("tiff:ImageWidth='9' exif:PixelXDimension='9' exif:PixelYDimension='9' tiff:Compression='6' "
                "tiff:Orientation='3' old:Lens='l'",

@@ -2,6 +2,7 @@
 
 #include "Console.h"
 #include "PictureFit.h"
+#include "ProfileFitText.h"
 #include "app/FileNames.h"
 #include "app/HostApplication.h"
 #include "app/InterruptGuard.h"
@@ -82,6 +83,7 @@ PictureSummary FitFacts(const FitResult &fit)
     }
     AddText("Match", "profileReason", fit.reason, &facts);
     AddText("Entries", "entries", fit.entries, &facts);
+    AddText("Framing", "framing", FramingText(fit), &facts);
     AddTexts("Assumed", "assumed", fit.assumed, &facts);
     AddText("Left out", "leftOut", fit.why, &facts);
     return facts;

@@ -79,6 +79,13 @@ ProfileFit FitTo(const LensProfile &profile, const QString &picture, const Pictu
     return {picture, facts, Fit(profile, facts, options)};
 }
 
+QString FramingText(const FitResult &result)
+{
+    return QStringLiteral("zoom %1, %2 % of the field kept")
+        .arg(result.zoom, 0, 'f', 4)
+        .arg(100.0 * result.fieldShare, 0, 'f', 1);
+}
+
 QString ProfileFitText(const LensProfile &profile, const ProfileFit &fit)
 {
     const FitResult &result = fit.result;
@@ -90,10 +97,7 @@ QString ProfileFitText(const LensProfile &profile, const ProfileFit &fit)
         text +=
             Line("Frame", QStringLiteral("the picture's is %1 of the profile's (long sides)").arg(ratio, 0, 'f', 3));
     if (fit.DoesAnything())
-        text += Line("Framing",
-                     QStringLiteral("zoom %1, %2 % of the field kept")
-                         .arg(result.zoom, 0, 'f', 4)
-                         .arg(100.0 * result.fieldShare, 0, 'f', 1));
+        text += Line("Framing", FramingText(result));
     if (result.leavesEmpty)
         text += Line("", QStringLiteral("some pixels stay empty"));
     for (const QString &assumed : result.assumed)

@@ -287,6 +287,7 @@ void FittedRunTest::info()
     QCOMPARE(named.value("profile"_s).toString(), Path(kFound));
     QVERIFY(named.value("profileReason"_s).toString().contains("24-105mm f/4L IS USM"_s));
     QCOMPARE(named.value("entries"_s).toString(), "50 mm f/8 10 m 100 %"_s);
+    QVERIFY(named.value("framing"_s).toString().contains("% of the field kept"_s));
     QVERIFY(named.value("leftOut"_s).toString().contains("lateral color"_s));
     const QJsonObject none = facts("none.jpg"_s);
     QVERIFY(none.value("noProfile"_s).toString().contains("IS III"_s) && !none.contains("profile"_s));

@@ -70,7 +70,7 @@ VITRELUX_INLINE void PackEight(const unsigned char *pixels, std::int16_t *to)
     for (int i = 0; i < 8; i += 2, to += 2 * kTogether) {
         const __m128i codes = CodesOfTwo(pixels + i * kPixelBytes);
         _mm_storel_epi64(reinterpret_cast<__m128i *>(to), codes); // the next pixel overwrites alpha
-        _mm_storeh_pd(reinterpret_cast<double *>(to + kTogether), _mm_castsi128_pd(codes));
+        _mm_storeh_pi(reinterpret_cast<__m64 *>(to + kTogether), _mm_castsi128_ps(codes)); // may be unaligned
     }
 }
 

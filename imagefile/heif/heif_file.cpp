@@ -25,7 +25,8 @@ const heif_reader &HeifFile::Reader()
         [](void *buffer, std::size_t size, void *data) {
             auto *stream = static_cast<Stream *>(data);
             const std::size_t count = stream->source->ReadAt(stream->at, buffer, size);
-            std::memset(static_cast<char *>(buffer) + count, 0, size - count);
+            if (count < size) // the buffer of an empty read may be null
+                std::memset(static_cast<char *>(buffer) + count, 0, size - count);
             stream->at += size;
             return 0;
         },

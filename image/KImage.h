@@ -104,8 +104,10 @@ public:
     void Read(QString fileName, unsigned short type, bool thumbnail);
     /// Fills an empty image from a file, in the file's form; at its depth, or reduced to 8 bits.
     void ID_Read(QString fileName, bool nativeDepth);
-    /// Waits until the first @p rows rows are decoded and returns how many are. Only needed after ID_Read with
-    /// gflAcceptsPendingRows. Throws the error of the read, which names @p fileName.
+    /// Like ID_Read, but may return while rows are still being decoded: call WaitForRows before reading any.
+    void ID_ReadPending(QString fileName, bool nativeDepth);
+    /// Waits until the first @p rows rows are decoded and returns how many are. Only needed after ID_ReadPending.
+    /// Throws the error of the read, which names @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);
@@ -293,6 +295,7 @@ public:
 
 private:
     void Ctor();
+    void ReadAsStored(const QString &fileName, bool nativeDepth, unsigned int flags);
     static void (*m_pfLog)(const std::string &, void *);
     static void *m_logData;
 };

@@ -17,6 +17,16 @@ std::unique_ptr<KImage> ReadFile(const QString &fileName, bool nativeDepth)
     return image;
 }
 
+/// Like ReadFile, but rows may still be pending if the thread that locks accepts that.
+std::unique_ptr<KImage> ReadLentFile(const QString &fileName, bool nativeDepth)
+{
+    if (!gflAcceptsPendingRows())
+        return ReadFile(fileName, nativeDepth);
+    auto image = std::make_unique<KImage>();
+    image->ID_ReadPending(fileName, nativeDepth);
+    return image;
+}
+
 /// Returns @p source at the size and depth of @p version, keeping the pixel form.
 std::unique_ptr<KImage> Reduced(KImage &source, const Version *version)
 {
@@ -60,7 +70,7 @@ template <typename Read> Version *FullVersion(const ImageDef *def, int depth, It
 
 void FillFromSource(const ImageDef *def, Version *version)
 {
-    SetPixels(version, ReadFile(def->FileName(), version->m_depth != 8));
+    SetPixels(version, ReadLentFile(def->FileName(), version->m_depth != 8));
 }
 
 void MakeFromSource(ImageDef *def, Version *version, Item *item)

@@ -220,6 +220,16 @@ void KImage::Read(QString fileName, unsigned short type, bool thumbnail)
 
 void KImage::ID_Read(QString fileName, bool nativeDepth)
 {
+    ReadAsStored(fileName, nativeDepth, 0);
+}
+
+void KImage::ID_ReadPending(QString fileName, bool nativeDepth)
+{
+    ReadAsStored(fileName, nativeDepth, GFL_LOAD_PENDING);
+}
+
+void KImage::ReadAsStored(const QString &fileName, bool nativeDepth, unsigned int flags)
+{
     const QString where = QStringLiteral("ID_Read");
     if (m_bitmap)
         KThrow(kInvalidBitmap);
@@ -227,11 +237,9 @@ void KImage::ID_Read(QString fileName, bool nativeDepth)
         KThrow(kInvalidParameter);
     GFL_LOAD_PARAMS params;
     ImageDatas::GetDefaultLoadParams(&params);
-    params.Flags |= GFL_LOAD_FULL;
+    params.Flags |= GFL_LOAD_FULL | flags;
     if (nativeDepth)
         params.Flags |= GFL_LOAD_ORIGINAL_DEPTH;
-    if (gflAcceptsPendingRows())
-        params.Flags |= GFL_LOAD_PENDING;
     CheckIfFileExists(fileName, where);
     FileInformation information;
     const int error = gflLoadBitmapUTF8(fileName.toUtf8().constData(), &m_bitmap, &params, &information);
@@ -254,7 +262,6 @@ void KImage::ID_ReadReduced(QString fileName, bool nativeDepth, int width, int h
         KThrow(kInvalidParameter);
     KImage whole;
     whole.ID_Read(fileName, nativeDepth);
-    whole.WaitForRows(whole.height(), fileName);
     whole.Resize(*this, width, height);
 }
 

@@ -12,6 +12,9 @@ namespace imagefile {
 
 namespace {
 
+/// Thrown by Done to end a decoding whose bitmap is being freed. Never leaves this file.
+struct Unwanted { };
+
 // Rows between two announcements: few enough that nobody waits long, but enough that locking costs little.
 constexpr int kAnnouncedRows = 16;
 
@@ -27,7 +30,7 @@ public:
     /// Waits until there is a bitmap, which the sink still owns.
     Status WaitForStart(GFL_BITMAP **bitmap);
     Status Wait(int rows, int *ready);
-    /// Waits until decoding has ended and gives up ownership of the bitmap.
+    /// Ends decoding, which the rest of a large file may need seconds for, and gives up ownership of the bitmap.
     GFL_BITMAP *Take();
 
     Status Start(int width, int height, const PixelForm &form) override;
@@ -37,12 +40,13 @@ public:
 
 private:
     void Run(const std::function<Status(RowSink *)> &decode) noexcept;
-    void Join();
+    void End();
     Status Outcome();
 
     const GFL_LOAD_PARAMS m_params;
     BitmapRows m_rows;
     std::thread m_thread;
+    std::atomic<bool> m_isUnwanted{false};
     std::mutex m_mutex; // guards everything below
     std::condition_variable m_changed;
     GFL_BITMAP *m_bitmap = nullptr;
@@ -54,7 +58,7 @@ private:
 
 PendingRows::~PendingRows()
 {
-    Join();
+    End();
 }
 
 void PendingRows::Begin(std::function<Status(RowSink *)> decode)
@@ -97,6 +101,8 @@ Status PendingRows::Start(int width, int height, const PixelForm &form)
 void PendingRows::Done(int y)
 {
     m_rows.Done(y);
+    if (m_isUnwanted)
+        throw Unwanted();
     if ((y + 1) % kAnnouncedRows != 0 || y + 1 >= m_rows.Bitmap()->Height)
         return;
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -127,15 +133,16 @@ Status PendingRows::Wait(int rows, int *ready)
     return m_isFinished ? Outcome() : Status::Ok();
 }
 
-void PendingRows::Join()
+void PendingRows::End()
 {
+    m_isUnwanted = true;
     if (m_thread.joinable())
         m_thread.join();
 }
 
 GFL_BITMAP *PendingRows::Take()
 {
-    Join();
+    End();
     return m_rows.Take();
 }
 

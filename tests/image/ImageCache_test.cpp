@@ -259,6 +259,15 @@ void tst_ImageCache::pendingRows()
         gflAcceptPendingRows(1);
         return image->LockFullSize(true);
     };
+    {
+        const auto refuse = qScopeGuard([] { gflAcceptPendingRows(0); });
+        gflAcceptPendingRows(1);
+        KImage own; // of a host that reads pictures itself and knows nothing of pending rows
+        own.ID_Read(WritePicture(Path(QStringLiteral("own.jpg")), "jpeg", 3000, 4000), true);
+        int ready = 0;
+        QCOMPARE(gflWaitForRows(own.m_bitmap, 0, &ready), int(GFL_NO_ERROR));
+        QCOMPARE(ready, 4000);
+    }
     const KImage *const early = lockEarly();
     QCOMPARE(image->Lock(130, 90, true)->width(), 130);
     QCOMPARE(image->LockFullSize(true), early);

@@ -3,6 +3,7 @@
 #include "Bitmaps.h"
 #include "Case.h"
 #include "core/codec.h"
+#include "core/pending_rows.h"
 #include "core/source.h"
 #include "formats.h"
 #include "metadata/exif_lists.h"
@@ -87,6 +88,7 @@ private Q_SLOTS:
     void foreignException();
     void metadataMap_data();
     void metadataMap();
+    void freedWhilePending();
 };
 
 void tst_Inside::texts()
@@ -418,6 +420,24 @@ void tst_Inside::metadataMap()
         expected.replace(kHead, kEnd - kHead, QByteArray(kEnd - kHead, '\0'));
     QVERIFY(std::memcmp(map.Data(), expected.constData(), std::size_t(expected.size())) == 0);
     QCOMPARE(ReadBytes(folder("a")), bytes); // nothing was written
+}
+
+/// Freeing a picture ends its decoding: this one would never end.
+void tst_Inside::freedWhilePending()
+{
+    const auto decode = [](RowSink *rows) {
+        Status status = rows->Start(4, 32, {8, 3});
+        while (status)
+            rows->Done(15);
+        return status;
+    };
+    GFL_LOAD_PARAMS params;
+    gflGetDefaultLoadParams(&params);
+    Owned<GFL_BITMAP> bitmap(nullptr, gflFreeBitmap);
+    int ready = 0;
+    QVERIFY(bool(StartPending(params, decode, &bitmap)));
+    QVERIFY(bool(WaitForRows(*bitmap, 16, &ready)));
+    QCOMPARE(ready, 16);
 }
 
 QTEST_GUILESS_MAIN(tst_Inside)

@@ -78,6 +78,9 @@ bool Follows(const std::vector<double> &light, const Formula &formula)
 /// above 1.
 constexpr double kFlattest = 0.25, kSteepest = 4.0;
 
+/// A code of 16 bits: white this close to black comes from a damaged profile, and the inverse curve would overflow.
+constexpr double kLeastContrast = 1.0 / 65535.0;
+
 /// Returns the formula that the points follow, if there are enough of them to recognize it.
 std::optional<Formula> FormulaOf(const std::vector<double> &light)
 {
@@ -195,7 +198,7 @@ std::optional<TransferCurve> TransferCurve::FromSamples(const std::vector<std::v
         double greatest = 0.0;
         for (double &value : light)
             value = greatest = std::max(greatest, value - black);
-        if (!(greatest > 0.0))
+        if (!(greatest >= kLeastContrast))
             return std::nullopt;
         formulas.push_back(FormulaOf(light));
         const auto curve = std::make_shared<const SampledCurve>(std::move(light));

@@ -38,10 +38,8 @@ struct KImageInstances {
 ///
 /// Channels are interleaved, rows start at multiples of 4 bytes, the first row is on top. An image is empty (no record)
 /// or allocated. Copies are deep: no two images share pixels, except one that wraps a block of the caller.
-///
 /// Errors are KExceptions; arguments are checked in their order. The messages are "Invalid Bitmap" (this image is
 /// empty, or the operation doesn't support its form), "Invalid Parameter" and "Not enough memory".
-///
 /// Either one thread modifies an image, or several read it. Sizes in bytes are 64-bit; a row holds up to 4 GiB.
 class KImage {
 public:
@@ -106,8 +104,7 @@ public:
     void ID_Read(QString fileName, bool nativeDepth);
     /// Like ID_Read, but may return while rows are still being decoded: call WaitForRows before reading any.
     void ID_ReadPending(QString fileName, bool nativeDepth);
-    /// Waits until the first @p rows rows are decoded and returns how many are. Only needed after ID_ReadPending.
-    /// Throws the error of the read, which names @p fileName.
+    /// Waits for the first @p rows rows and returns how many are decoded. Throws the read's error for @p fileName.
     int WaitForRows(int rows, const QString &fileName) const;
     /// Like ID_Read, then resizes to @p width by @p height.
     void ID_ReadReduced(QString fileName, bool nativeDepth, int width, int height);

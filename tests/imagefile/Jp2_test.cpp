@@ -167,7 +167,7 @@ void tst_Jp2::damaged()
     precincts[coding + 3] = char(precincts[coding + 3] + 2);
     QByteArray blocks = file;
     blocks[coding + 10] = 20; // code blocks 2^22 pixels wide
-    // The library's own first message is told.
+    // The library's own first message is reported.
     const std::pair<QByteArray, const char *> rows[] = {
         {tiles, "too short for its"}, {precincts, "too short for its"}, {blocks, "cblkw"}};
     for (const auto &[bad, text] : rows) {

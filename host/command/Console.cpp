@@ -176,6 +176,6 @@ void Console::ShowProgress()
     const double seconds = static_cast<double>(m_sinceStart.elapsed()) / 1000.0;
     const int open = m_count - m_begun + m_progress.size();
     // Let the terminal cut off what doesn't fit: only the last part of a wrapped line could be erased.
-    constexpr auto kNoWrap = QLatin1String("\033[?7l"), kWrap = QLatin1String("\033[?7h");
+    const QLatin1String kNoWrap("\033[?7l"), kWrap("\033[?7h");
     Write(stderr, kNoWrap + m_progress.last() + QLatin1Char(' ') + TimeLeft(seconds, m_worked, open) + kWrap);
 }

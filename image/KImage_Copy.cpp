@@ -97,6 +97,8 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
         KThrow(kInvalidParameter);
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
         KThrow(kInvalidParameter); // would be written beyond the target's rows
+    if (width < 1 || height < 1)
+        return;
 
     // The first access to the pages of a large target takes longer than the conversion, and threads speed it up too.
     constexpr qint64 kPixelsWorthThreads = 1 << 20;
@@ -104,7 +106,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     const Form from = FormOf(*this), to = FormOf(target);
     if (from == to) {
         // Plain bytes, in one piece per thread where rows have no gaps.
-        const int rowsEach = height > 0 ? (height - 1) / threads + 1 : 1; // negative: nothing to copy
+        const int rowsEach = (height - 1) / threads + 1;
 #pragma omp parallel for schedule(static) num_threads(threads)
         for (int row = 0; row < height; row += rowsEach)
             primitives::CopyBytes(getData(x, y + row), bytesPerLine(), target.getData(targetX, targetY + row),

@@ -33,4 +33,11 @@ private:
     mutable std::atomic<void *> m_address{nullptr};
 };
 
+/// Defines such a constant for the function @p name.
+#define VITRELUX_LATE(name)                                                                                            \
+    inline const LateFunction<decltype(::name)> name                                                                   \
+    {                                                                                                                  \
+#name                                                                                                          \
+    }
+
 } // namespace imagefile

@@ -7,12 +7,6 @@
 
 namespace imagefile {
 
-#define VITRELUX_LATE(name)                                                                                            \
-    inline const LateFunction<decltype(::name)> name                                                                   \
-    {                                                                                                                  \
-#name                                                                                                          \
-    }
-
 VITRELUX_LATE(heif_context_alloc);
 VITRELUX_LATE(heif_context_free);
 VITRELUX_LATE(heif_context_get_primary_image_handle);
@@ -47,7 +41,5 @@ VITRELUX_LATE(heif_image_handle_is_premultiplied_alpha);
 VITRELUX_LATE(heif_image_handle_release);
 VITRELUX_LATE(heif_image_release);
 VITRELUX_LATE(heif_nclx_color_profile_free);
-
-#undef VITRELUX_LATE
 
 } // namespace imagefile

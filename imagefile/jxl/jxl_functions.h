@@ -7,12 +7,6 @@
 
 namespace imagefile {
 
-#define VITRELUX_LATE(name)                                                                                            \
-    inline const LateFunction<decltype(::name)> name                                                                   \
-    {                                                                                                                  \
-#name                                                                                                          \
-    }
-
 VITRELUX_LATE(JxlDecoderCreate);
 VITRELUX_LATE(JxlDecoderDestroy);
 VITRELUX_LATE(JxlDecoderGetBasicInfo);
@@ -28,7 +22,5 @@ VITRELUX_LATE(JxlDecoderSetKeepOrientation);
 VITRELUX_LATE(JxlDecoderSetPreferredColorProfile);
 VITRELUX_LATE(JxlDecoderSetUnpremultiplyAlpha);
 VITRELUX_LATE(JxlDecoderSubscribeEvents);
-
-#undef VITRELUX_LATE
 
 } // namespace imagefile

@@ -1,4 +1,4 @@
-// The file that a fitted correction writes: its format and format options.
+// Format and options of the file that a fitted correction writes.
 #pragma once
 
 #include "KImage.h"
@@ -17,7 +17,7 @@ struct ResultFile {
     /// Returns the file suffix: "tiff", "jpg", "png" or "exr".
     QString Suffix() const;
     QString MimeType() const;
-    /// @param sourceBits  of the picture: 8, 16 or 32.
+    /// Returns how to write a picture of @p sourceBits (8, 16 or 32) per channel.
     KImage::FileForm Form(int sourceBits) const;
     /// Returns the bits per channel to write for a picture of @p sourceBits. OpenEXR gets floats, stored as half for
     /// 8-bit pictures.
@@ -27,8 +27,8 @@ struct ResultFile {
     bool HoldsFloats() const { return format == Format::Tiff || format == Format::Exr; }
 };
 
-/// Reads options from the texts that @p textOf returns. Missing and invalid ones get their defaults.
+/// Reads options from the texts that @p textOf returns. Missing or invalid options get their defaults.
 ResultFile ReadResultFile(const std::function<QString(const QString &name)> &textOf);
-/// Calls @p write for each option that isn't the default.
+/// Calls @p write for each option whose value isn't the default.
 void WriteResultFile(const ResultFile &file,
                      const std::function<void(const QString &name, const QString &text)> &write);

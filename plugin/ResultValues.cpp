@@ -8,8 +8,8 @@ namespace {
 
 constexpr int kChannels = 4, kColors = 3;
 
-/// Applies a curve, extended to negative values as an odd function, to the colors of @p count pixels. NaN, for which
-/// tables have no segment, is unchanged.
+/// Applies one curve per color, extended to negative values as an odd function, to @p count pixels. NaN, for which the
+/// tables have no segment, stays unchanged.
 void ApplyTables(const TransferCurve::Table *const (&tables)[kColors], float *pixels, int count)
 {
     for (float *pixel = pixels; pixel < pixels + std::ptrdiff_t(kChannels) * count; pixel += kChannels) {

@@ -1,4 +1,4 @@
-// Converts rendered values to those of the result's format.
+// Conversion of rendered pixels to the values of the output format.
 #pragma once
 
 #include "TransferCurve.h"
@@ -9,7 +9,7 @@ class KImage;
 struct ResultValues {
     bool toLight = false;  // stored values to linear light, with the curve `light`
     bool encodes = false;  // linear light to sRGB values
-    bool flattens = false; // onto black, for formats without alpha
+    bool flattens = false; // composites onto black, for formats without alpha
     TransferCurve light = {};
 
     void Apply(KImage *image) const;

@@ -8,7 +8,7 @@ namespace {
 
 using Done = Fact<bool> PictureFacts::*;
 
-/// A switch in the maker notes: on if the number at @p index of the value is above 0 and below @p end.
+/// A switch in the maker notes: on if number `index` of the value is above 0 and below `end`.
 struct SwitchRule {
     const char *key;
     int index;
@@ -32,12 +32,12 @@ constexpr SwitchRule kSwitches[] = {
     {"Exif.Panasonic.ShadingCompensation", 0, &PictureFacts::vignettingDone, "maker note, shading compensation"},
 };
 
-/// Phones and drones that correct their pictures, by prefixes of make and model; case is ignored.
+/// A phone or drone that corrects its own pictures: prefixes of make and model; case is ignored.
 struct SelfCorrecting {
     const char *make, *model;
 };
 
-// Drones, by the names of their cameras. Other models deliver uncorrected pictures.
+// The model of a drone is the name of its camera. Drones that are not listed deliver uncorrected pictures.
 constexpr SelfCorrecting kSelfCorrecting[] = {
     {"Apple", "iPhone"},
     {"Apple", "iPad"},
@@ -89,7 +89,7 @@ void FindDeveloped(const MetadataLookup &metadata, PictureFacts *facts)
         Set(&facts->chromaticDone, QStringLiteral("XMP crs:AutoLateralCA"));
 }
 
-/// A correction in our own record, named as in FitTask.
+/// A correction in the record that our runs write, named as in FitTask.
 struct RecordRow {
     QLatin1String name;
     Done done;
@@ -106,7 +106,7 @@ const RecordRow kRecord[] = {
      &FitOptions::vignetting},
 };
 
-/// Reads the record that an earlier run of ours wrote; see docs/fitting.md.
+/// Reads the record of an earlier run; see docs/fitting.md.
 void FindOwnRecord(const MetadataLookup &metadata, PictureFacts *facts)
 {
     const auto names = [&](const char *key) { return metadata.Text(key).raw.split(QStringLiteral(", ")); };

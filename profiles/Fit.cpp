@@ -69,7 +69,7 @@ public:
         NoteAgain(m_tasks, &m_result);
         const bool isFisheye = !parts[0].isEmpty() && parts[0][0].entry->kind == ProfileEntry::Kind::Fisheye;
         FrameResult(m_options, isFisheye, &m_result);
-        Tell();
+        Summarize();
         return m_result;
     }
 
@@ -87,7 +87,7 @@ private:
                                               : &m_result.lightEntries;
     }
 
-    /// Returns the entries for one correction; none if it isn't made, with a reason if it was requested.
+    /// Returns the entries for one correction; none if it isn't made. Records the reason if it was requested.
     BlendParts Chosen(const FitTask &task, QVector<EntryWeight> *weights)
     {
         if (!m_leftOut.Allows(task, m_options))
@@ -125,7 +125,7 @@ private:
         return parts;
     }
 
-    /// Returns the picture's frame for an entry; none if the entry cannot be used.
+    /// Returns the picture's frame for an entry; nullopt, with the reason in @p why, if the entry cannot be used.
     std::optional<EntryFrame> FrameOf(int index, QString *why)
     {
         const ProfileEntry &entry = m_profile.entries[index];
@@ -188,7 +188,7 @@ private:
                     return Any(of, model) ? m_blend.Color(of, model, m_tasks[1].amount) : RadialMap();
                 });
         }
-        if (m_result.colorEntries.isEmpty()) { // correcting one color alone would be worse than none
+        if (m_result.colorEntries.isEmpty()) { // correcting only one color would be worse than correcting none
             to.red.reset();
             to.blue.reset();
         }
@@ -199,7 +199,7 @@ private:
         m_result.vignetting = to.light.has_value();
     }
 
-    /// Makes a map from these entries. Leaves it out if it can't be used, with a reason that names the entry at fault.
+    /// Makes a map from these entries. If it can't be used, leaves it out with a reason that names the entry at fault.
     void MakeMap(const FitTask &task, const BlendParts &parts, std::optional<RadialMap> *to,
                  const std::function<RadialMap(const BlendParts &)> &make)
     {
@@ -222,7 +222,7 @@ private:
         to->reset();
     }
 
-    /// Adds notes about oddities of the entries used, which were found when the file was read.
+    /// Adds the problems that the profile's reader noted about the entries used.
     void AddNotes()
     {
         QSet<int> used;
@@ -234,7 +234,7 @@ private:
                 m_result.assumed << QStringLiteral("problem in the profile: %1").arg(note.text);
     }
 
-    void Tell()
+    void Summarize()
     {
         AddNotes();
         m_result.assumed.removeDuplicates();

@@ -12,11 +12,11 @@ struct FitResult {
     Correction correction;
     bool distortion = false, chromatic = false, vignetting = false; // the corrections made
     QString profile;                                                // path, or "lensfun:MAKER/LENS"
-    QString profileName;                                            // the profile's own name; may be empty
+    QString profileName;                                            // as stored in the profile; may be empty
     QVector<EntryWeight> geometryEntries, colorEntries, lightEntries;
-    QString entries;          // readable: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
-    QStringList assumed;      // one readable line per assumption
-    QString why;              // one line: why something was left out; empty if nothing was
+    QString entries;          // for display: "24 mm f/2.8 3 m 60 %, 35 mm f/2.8 3 m 40 %"
+    QStringList assumed;      // for display: one line per assumption
+    QString why;              // one line: why something was left out; empty if nothing was left out
     QString reason;           // why this profile was chosen, if it was found automatically
     QStringList nearest;      // if none was found: up to three near matches
     bool isAmbiguous = false; // several profiles fit equally well, so none was used
@@ -30,5 +30,6 @@ struct FitResult {
 /// table of cameras).
 FitResult Fit(const LensProfile &profile, const PictureFacts &facts, const FitOptions &options);
 
-/// Removes lateral color from the fit of a gray picture, which has a single position per pixel, green's.
+/// Removes the correction of lateral color from the fit of a gray picture, whose only channel is sampled at green's
+/// position.
 void LeaveOutColor(FitResult *fit);

@@ -1,4 +1,4 @@
-// Options of a fitted correction, set by a host or a user; absent attributes mean the defaults.
+// Options of a fitted correction, set by a host or a user; options that are not set keep their defaults.
 #pragma once
 
 #include <QString>
@@ -10,24 +10,24 @@ enum class Sampling { Sharp, Bilinear };
 enum class Projection { Rectilinear, Equidistant, Stereographic, Equisolid };
 enum class ProfileSource { Auto, Lcp, Lensfun };
 
-/// Facts typed by the user, for lenses that report none; each overrides the file's.
+/// Facts typed by the user, for lenses that report none; each overrides the file's value.
 struct TypedFacts {
     QString lens;                    // empty: not given
     QString body;                    // model name; empty: not given
     std::optional<double> focalMm;   // > 0
     std::optional<double> aperture;  // f-number, > 0
-    std::optional<double> distanceM; // > 0; infinite is allowed
+    std::optional<double> distanceM; // > 0; may be infinite
 };
 
 struct FitOptions {
     bool distortion = true, chromatic = true, vignetting = true;
     QString profile; // path chosen by the user; empty: found automatically
     Framing framing = Framing::Fill;
-    double framingFactor = 1.0; // of Framing::Factor, 0.5 to 2
+    double framingFactor = 1.0; // for Framing::Factor, 0.5 to 2
     Sampling sampling = Sampling::Sharp;
-    Projection projection = Projection::Rectilinear; // of fisheyes
-    double amountDistortion = 1.0, amountChromatic = 1.0,
-           amountVignetting = 1.0; // factors of the profile's corrections, at most 2
+    Projection projection = Projection::Rectilinear; // for fisheyes
+    // Factors by which the profile's corrections are scaled, at most 2.
+    double amountDistortion = 1.0, amountChromatic = 1.0, amountVignetting = 1.0;
     ProfileSource source = ProfileSource::Auto;
     bool again = false; // correct even if the picture was corrected before
     TypedFacts typed;

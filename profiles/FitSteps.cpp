@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Returns a value above 0, typed by the user or else read from the file.
+/// Returns the value typed by the user, otherwise the one read from the file; nullopt if neither is above 0.
 std::optional<double> Settled(const std::optional<double> &typed, const Fact<double> &fact)
 {
     if (typed && *typed > 0.0)
@@ -20,7 +20,7 @@ std::optional<double> Settled(const std::optional<double> &typed, const Fact<dou
 }
 
 /// Returns whether a corner of the source is farther from the center than the geometric map reaches.
-bool GoesOnBeyondEnd(const Correction &correction)
+bool ExtendsBeyondMap(const Correction &correction)
 {
     if (!correction.geometry)
         return false;
@@ -70,10 +70,10 @@ PictureBody BodyOf(const PictureFacts &facts, const TypedFacts &typed)
     return {namesMaker ? first : facts.make.value, body};
 }
 
-/// Limits an amount: twice the profile's is enough for any use and keeps all values finite.
-static double Amount(double asked)
+/// Limits an amount to twice the profile's, which is enough for any use and keeps all values finite.
+static double Amount(double requested)
 {
-    return std::min(asked, 2.0);
+    return std::min(requested, 2.0);
 }
 
 FitTasks TasksOf(const PictureFacts &facts, const FitOptions &options)
@@ -92,7 +92,7 @@ bool LeftOut::Allows(const FitTask &task, const FitOptions &options)
 {
     if (!task.isWanted)
         return false;
-    const bool isChosen = !options.profile.isEmpty(); // the user knows the picture
+    const bool isChosen = !options.profile.isEmpty(); // an explicit choice overrides earlier corrections
     const bool isAnew = options.again || isChosen;
     if (task.done.value && !isAnew)
         Add(task, QStringLiteral("corrected before (%1)").arg(task.done.source));
@@ -164,7 +164,7 @@ QString WhyUseless(const RadialMap &map, const QSize &pixels)
 void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result)
 {
     Correction &correction = result->correction;
-    if (isFisheye && options.projection == Projection::Rectilinear && GoesOnBeyondEnd(correction))
+    if (isFisheye && options.projection == Projection::Rectilinear && ExtendsBeyondMap(correction))
         result->assumed << QStringLiteral("the photograph extends beyond 85 degrees from the axis, where rectilinear "
                                           "pictures end; other projections show more");
     const FramingZoom framing = ZoomFor(correction, options.framing, options.framingFactor);

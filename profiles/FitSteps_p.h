@@ -41,12 +41,12 @@ private:
     QVector<QPair<QString, QString>> m_reasons; // names of corrections, and the reason
 };
 
-/// Notes corrections that were made although the picture already had them.
+/// Notes the corrections that were made although the picture had been corrected before.
 void NoteAgain(const FitTasks &tasks, FitResult *result);
 
-/// Returns why a map can't be used, because nearly all of the picture would stay empty; empty if it can.
+/// Returns why a map that leaves nearly all of the picture empty can't be used; an empty string for usable maps.
 QString WhyUseless(const RadialMap &map, const QSize &pixels);
 
-/// Frames the result's correction and fills in its effect on the field of view. Notes where a rectilinear picture of a
-/// fisheye lens ends before the photograph does.
+/// Sets the zoom of the result's correction and fills in its effect on the field of view. Notes if the rectilinear
+/// picture of a fisheye lens ends before the photograph does.
 void FrameResult(const FitOptions &options, bool isFisheye, FitResult *result);

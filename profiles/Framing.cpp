@@ -13,7 +13,7 @@ using Point = SourcePlaces::Point;
 constexpr int kBisections = 36;
 constexpr int kFirstSamples = 33; // per edge
 
-/// Returns positions on the four edges, @p samples evenly spaced on each.
+/// Returns @p samples evenly spaced positions on each of the four edges.
 std::vector<Point> EdgePoints(double width, double height, int samples)
 {
     std::vector<Point> points;
@@ -33,7 +33,7 @@ CorrectionTwin Unframed(Correction correction)
     return CorrectionTwin(correction);
 }
 
-/// Searches for the smallest zoom that leaves no pixel empty; above kMaxZoom if there is none.
+/// Search for the smallest zoom that leaves no pixel empty. The result is above kMaxZoom if there is none.
 class FillSearch {
 public:
     explicit FillSearch(const Correction &correction)
@@ -45,7 +45,8 @@ public:
     {
         m_points = EdgePoints(m_width, m_height, kFirstSamples);
         double zoom = Bisect(kMinZoom);
-        // Add the empty pixels between the samples. Finally all pixels are checked, but only in a few rounds.
+        // Add the edge pixels between the samples that are still empty: first from every 16th pixel, then from all, in
+        // at most three rounds.
         for (int step : {16, 1, 1, 1}) {
             if (zoom > kMaxZoom)
                 break;
@@ -58,8 +59,8 @@ public:
     }
 
 private:
-    /// Returns whether positions are within the outer edges of the pixels. The twin's margin beyond them absorbs
-    /// rounding.
+    /// Returns whether a position is within the outer edges of the source's pixels. The margin that the twin allows
+    /// beyond them absorbs rounding.
     bool Contains(const Point &place) const
     {
         return place.x >= -0.5 && place.x <= m_width - 0.5 && place.y >= -0.5 && place.y <= m_height - 0.5;
@@ -117,12 +118,13 @@ private:
     std::vector<Point> m_points;
 };
 
-/// Finds the position in the unframed corrected picture that shows a position of the source. False if there is none.
+/// Finds the position in the unframed corrected picture that shows source position @p place, by Newton's method.
+/// @return false if there is none.
 bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
     for (int i = 0; i < 100; ++i) {
-        const double step = 1.0; // of the slopes
+        const double step = 1.0; // of the difference quotients
         const Point here = twin.At(at.x, at.y).green, right = twin.At(at.x + step, at.y).green,
                     below = twin.At(at.x, at.y + step).green;
         const double a = right.x - here.x, b = below.x - here.x, c = right.y - here.y, d = below.y - here.y;
@@ -165,7 +167,7 @@ FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor
     else if (correction.geometry && framing == Framing::All)
         found.zoom = ZoomForAll(correction);
     const double bounded = std::clamp(found.zoom, kMinZoom, kMaxZoom);
-    // The picture is full even at the smallest zoom. A smaller one would also fill it, so the bound applies.
+    // A picture that is full at the smallest zoom would also be full at smaller ones, so the bound limits it.
     found.isBounded = bounded != found.zoom || (found.isFull && bounded == kMinZoom);
     found.zoom = bounded;
     return found;

@@ -21,7 +21,7 @@ struct FramingZoom {
 /// | All | the largest that keeps the whole photographed field in the picture |
 /// | Factor | @p factor |
 ///
-/// Without a geometric step only Factor has an effect, because lateral color alone moves edges by a pixel or two.
+/// Without a geometric map, only Factor has an effect, because lateral color moves edges by just a pixel or two.
 FramingZoom ZoomFor(const Correction &correction, Framing framing, double factor);
 
 /// Returns whether some pixels of the result have no source, so that it needs alpha.

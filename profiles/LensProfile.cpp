@@ -36,7 +36,7 @@ constexpr TextRule kTextRules[] = {
     {"ProfileName", &ProfileEntry::profileName},
 };
 
-/// Values of the setting and the frame. Within the bounds their quotients are finite and no polynomial overflows.
+/// A number of the setting or the frame. Within the bounds, quotients are finite and no polynomial overflows.
 struct SizeRule {
     const char *name;
     double ProfileEntry::*value;
@@ -75,7 +75,7 @@ constexpr PlaceRule kPlaceRules[] = {
     {"TangentialDistortParam2", &ProfileModel::tangential2, -kMaxCoefficient, kMaxCoefficient},
 };
 
-bool SaySame(const QString &a, const QString &b)
+bool AreEquivalent(const QString &a, const QString &b)
 {
     if (a == b)
         return true;
@@ -83,7 +83,7 @@ bool SaySame(const QString &a, const QString &b)
     return first && second && *first == *second;
 }
 
-/// Builds one entry from its fields.
+/// Builder of one entry from its XML fields.
 class EntryReader {
 public:
     EntryReader(const ProfileNode &node, LensProfile *profile)
@@ -125,7 +125,7 @@ private:
         QHash<QString, QString> seen;
         for (const ProfileField &field : node.fields) {
             const auto before = seen.constFind(field.name);
-            if (before != seen.constEnd() && !SaySame(*before, field.value))
+            if (before != seen.constEnd() && !AreEquivalent(*before, field.value))
                 Note(field.line,
                      QStringLiteral("%1 is given twice, \"%2\" and \"%3\"; the last one is used")
                          .arg(field.name, before->left(80), field.value.left(80)));
@@ -203,7 +203,7 @@ private:
         ProfileModel base;
         base.focalLengthX = FocalByFrame();
         if (!ReadPlace(node, &base))
-            return; // the models inside inherit the unreadable values
+            return; // its sub-models inherit the unreadable values
         ProfileModel geometry = base;
         if (ReadCoefficients(node, "RadialDistortParam", &geometry)
             && (!geometry.coefficients.isEmpty() || geometry.tangential1 != 0.0 || geometry.tangential2 != 0.0))
@@ -232,7 +232,7 @@ private:
             (m_entry.*rule->model).reset();
             ReadKnownSubModel(node, *rule, model);
             for (const ProfileNode &child : node.models)
-                ReadSubModel(child, model); // points are inside the vignetting model
+                ReadSubModel(child, model); // the points are children of the vignetting model
         }
         if (m_isPiecewise)
             m_entry.vignette.reset();
@@ -242,7 +242,7 @@ private:
     {
         if (!ReadPlace(node, &model) || !ReadCoefficients(node, rule.coefficients, &model))
             return;
-        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // lateral color may consist of a scale alone
+        const bool isScaled = Find(node, "ScaleFactor") != nullptr; // lateral color may consist of only a scale
         if (!model.coefficients.isEmpty() || isScaled || model.tangential1 != 0.0 || model.tangential2 != 0.0)
             Keep(node, model, rule.model);
         else if (node.models.empty())
@@ -264,7 +264,7 @@ private:
         return longSideMm > 0.0 ? m_entry.focalMm / longSideMm : 0.0;
     }
 
-    /// Reads a number of a model within bounds. @return false, with a note, if it is not one.
+    /// Reads one of a model's numbers. @return false, with a note, if it isn't a number within the bounds.
     bool ReadBounded(const ProfileNode &node, const ProfileField &field, double least, double most, double *to)
     {
         const std::optional<double> value = ParseRational(field.value);
@@ -299,7 +299,7 @@ private:
             const ProfileField *field = Find(node, prefix + QString::number(number));
             if (!field)
                 continue;
-            model->coefficients.resize(number); // missing ones before it are 0
+            model->coefficients.resize(number); // missing ones with lower numbers are 0
             if (!ReadBounded(node, *field, -kMaxCoefficient, kMaxCoefficient, &model->coefficients.last()))
                 return false;
         }

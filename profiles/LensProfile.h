@@ -11,7 +11,7 @@
 /// One polynomial model of an entry, in the file's units: focal length as a fraction of the frame's long side, center
 /// as fractions of width and height. Inherited values are filled in.
 struct ProfileModel {
-    double focalLengthX = 0.0; // 0: not given; computing it from focalMm requires the frame
+    double focalLengthX = 0.0; // 0: not given; computing it from focalMm requires the frame's size
     double centerX = 0.5, centerY = 0.5;
     double scaleFactor = 1.0;
     QVector<double> coefficients; // radial, fisheye or vignetting terms in the order of their numbers, at most three
@@ -26,13 +26,13 @@ struct ProfileEntry {
     double focalMm = 0.0;
     double apertureApex = 0.0; // N = 2^(A/2)
     bool hasAperture = false;  // an APEX value of 0 is f/1
-    double distanceM = 0.0;    // infinite from 10000 on
+    double distanceM = 0.0;    // 10000 and more in the file: infinite
     // The frame.
     double width = 0.0, height = 0.0; // ImageWidth, ImageLength
     double sensorFormatFactor = 0.0;
     // Names.
     QString make, model, uniqueModel, cameraName; // cameraName: CameraPrettyName
-    QString lens, lensId, lensName, lensInfo;     // lensName: LensPrettyName; lensInfo as written
+    QString lens, lensId, lensName, lensInfo;     // lensName: LensPrettyName; lensInfo: as in the file
     QStringList alternateLensNames, alternateLensIds;
     QString profileName;
     bool raw = false; // CameraRawProfile

@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // if unknown
-constexpr double kMaxPixels = 60000.0;                        // only proportions count
+constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // for entries that give none
+constexpr double kMaxPixels = 60000.0;                        // larger frames are scaled down: only proportions matter
 
-/// Returns the facts of the picture that an entry was made from.
+/// Returns the facts of a picture as large as the frame that an entry was measured on.
 PictureFacts FactsOf(const ProfileEntry &entry)
 {
     const bool hasSize = entry.width > 0.0 && entry.height > 0.0;
@@ -60,7 +60,7 @@ private:
 
     template <typename Make> void Check(const char *name, const ProfileModel &model, const Make &make)
     {
-        const bool hasScale = model.focalLengthX > 0.0; // otherwise the picture's frame decides
+        const bool hasScale = model.focalLengthX > 0.0; // otherwise it depends on the picture's frame
         const QString why = hasScale ? WhyUseless(make(), m_facts.pixels) : QString();
         m_isUsable |= why.isEmpty();
         if (why.isEmpty())

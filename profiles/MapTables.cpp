@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kTolerancePx = 0.0005;
 constexpr double kToleranceGain = 1e-5; // relative
-constexpr double kMarginPx = 16.0;      // beyond the picture: bilinear neighbors and lateral color of the edges
+constexpr double kMarginPx = 16.0;      // beyond the picture, for bilinear neighbors and for lateral color at the edges
 
 } // namespace
 

@@ -64,7 +64,7 @@ double LightShare(const ProfileModel &model, double x)
 double FisheyeFactor(const ProfileModel &model, Projection projection, double radius)
 {
     if (radius < 1e-9)
-        return 1.0; // all projections agree there
+        return 1.0; // all projections agree at the axis
     const double angle = AngleOf(projection, radius);
     return angle * Polynomial(model.coefficients, angle * angle) / radius;
 }

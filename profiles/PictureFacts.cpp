@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
-/// A metadata key and its readable name.
+/// A metadata key and its name for display.
 struct Source {
     const char *key, *name;
 };
@@ -69,7 +69,7 @@ constexpr Source kLensIds[] = {{"Exif.CanonCs.LensType", "maker note"},
                                {"Xmp.aux.LensID", "XMP aux:LensID"},
                                {"LibRaw.LensID", "LibRaw"}};
 
-/// A key with a distance in its maker's unit.
+/// A key with a distance in the maker's unit, and the conversion.
 struct DistanceRule {
     Source source;
     double (*meters)(double value); // 0: unknown
@@ -80,7 +80,8 @@ double FromCentimeters(double value)
     return value >= 65535.0 ? kInfinite : value / 100.0;
 }
 
-/// Nikon's lens data: 0.01 m times 10^(value / 40), as documented in the package libimage-exiftool-perl.
+/// Converts the distance in Nikon's lens data: 0.01 m times 10^(value / 40), as documented in the package
+/// libimage-exiftool-perl.
 double FromSteps(double value)
 {
     return value > 0.0 ? 0.01 * std::pow(10.0, value / 40.0) : 0.0;
@@ -126,7 +127,7 @@ template <size_t count> Fact<double> FirstNumber(const MetadataLookup &metadata,
     return {};
 }
 
-/// Returns whether a text is a lens name, not "(165)", "n/a" or dashes, which mean an unknown lens.
+/// Returns whether a text names a lens. Texts such as "(165)", "n/a" and dashes mean an unknown lens.
 bool IsName(const QString &text)
 {
     static const char *const kNone[] = {"none", "n/a", "na", "unknown", "manual lens", "no lens"};
@@ -136,7 +137,7 @@ bool IsName(const QString &text)
            });
 }
 
-/// Returns whether a number identifies a lens; some numbers mean none or any lens.
+/// Returns whether a number identifies a lens; 0 and 65535 mean no lens or any lens.
 bool IsId(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("0") && text != QLatin1String("65535");
@@ -181,7 +182,7 @@ void ReadLens(const MetadataLookup &metadata, PictureFacts *facts)
 Fact<double> ReadDistance(const MetadataLookup &metadata)
 {
     for (const DistanceRule &rule : kDistances) {
-        // EXIF 2.3, SubjectDistance: a numerator with all bits set means infinity, for any denominator.
+        // EXIF 2.3, SubjectDistance: a numerator with all bits set means infinity, whatever the denominator.
         const bool isInfinite = metadata.Text(rule.source.key).raw.startsWith(QLatin1String("4294967295"));
         const double meters = isInfinite ? kInfinite : rule.meters(metadata.Number(rule.source.key));
         if (meters > 0.0)
@@ -202,7 +203,7 @@ void ReadShot(const MetadataLookup &metadata, PictureFacts *facts)
         facts->aperture = {std::exp2(apex / 2.0), QStringLiteral("EXIF ApertureValue")};
 }
 
-/// Returns the millimeters in a unit of EXIF FocalPlaneResolutionUnit, by default the inch; 0 if it is unknown.
+/// Returns the length in mm of a unit of EXIF FocalPlaneResolutionUnit: an inch if it is absent, 0 if it is unknown.
 double UnitMm(double unit)
 {
     constexpr double kUnits[] = {25.4, 0.0, 25.4, 10.0, 1.0, 0.001};
@@ -248,7 +249,7 @@ void ReadCrop(const MetadataLookup &metadata, PictureFacts *facts)
     if (facts->raw || !metadata.IsTrue("Xmp.crs.HasCrop") || !metadata.IsTrue("Xmp.crs.AlreadyApplied"))
         return;
     facts->cropTurned = metadata.Number("Xmp.crs.CropAngle") != 0.0;
-    constexpr double kRounded = 0.001; // values are rounded to a few decimals
+    constexpr double kRounded = 0.001; // stored values have only a few decimals
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     const auto share = [&](const char *key, double missing) {
         const double value = metadata.Has(key) ? ParseRational(metadata.Text(key).raw).value_or(kNone) : missing;

@@ -1,4 +1,4 @@
-// Facts about a photograph, each with its source, for choosing and fitting its profile.
+// Facts about a photograph, each with its source, for choosing and fitting a profile.
 #pragma once
 
 #include <QRectF>
@@ -42,18 +42,18 @@ struct PictureFacts {
     bool cropLost = false;   // a crop whose position in the original cannot be read
     /// Corrections already applied to rendered pixels.
     Fact<bool> distortionDone, chromaticDone, vignettingDone;
-    /// Corrections requested in an earlier run of ours that could not make them.
+    /// Corrections requested from an earlier run, which could not make them.
     bool distortionTried = false, chromaticTried = false, vignettingTried = false;
 };
 
-/// Reads the facts of a picture file: its size, EXIF, maker notes, XMP and, for camera raw files, LibRaw's. Reads no
-/// pixels. The image-file layer must have been started. Unreadable metadata leaves facts unknown.
+/// Reads the facts of a picture file from its header, EXIF, maker notes, XMP and, for camera raw files, LibRaw. Reads
+/// no pixels. The image-file layer must have been started. Unreadable metadata leaves facts unknown.
 ///
 /// @param error  filled, and the size left empty, if the file is not a picture. May be null.
 PictureFacts ReadPictureFacts(const QString &path, QString *error);
 
 struct FitOptions;
 
-/// Returns whether an automatic run has nothing to do: each requested correction was either made before or could not be
-/// made by an earlier run of ours, which made others. False if the options ask for corrections again.
+/// Returns whether an automatic run has nothing to do: each requested correction was made before, or an earlier run
+/// that made another one could not make it. False if the options ask for corrections again.
 bool WasDoneBefore(const PictureFacts &facts, const FitOptions &options);

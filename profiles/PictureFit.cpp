@@ -51,8 +51,8 @@ QStringList Expanded(const QString &base, const QStringList &parts)
     return found;
 }
 
-/// Returns the profile folder in an XDG data folder. According to the XDG Base Directory Specification, relative
-/// folders are invalid; for XDG_DATA_HOME the default is then used.
+/// Returns the profile folder in an XDG data folder. According to the XDG Base Directory Specification, relative paths
+/// are invalid; the default of XDG_DATA_HOME replaces them.
 QString ProfileFolderIn(const QString &data)
 {
     const QString base = QDir::isRelativePath(data) ? QDir::homePath() + QLatin1String("/.local/share") : data;
@@ -97,7 +97,7 @@ double Distance(const SourcePlaces::Point &a, const SourcePlaces::Point &b)
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-/// Returns whether two corrections of a picture nearly agree at its corners and the middles of its sides.
+/// Returns whether two corrections of a picture nearly agree at its corners, the middles of its sides and its center.
 bool AreAlike(const Correction &a, const Correction &b)
 {
     const CorrectionTwin one(a), other(b);
@@ -164,7 +164,7 @@ FitResult PictureFitter::Fit(const PictureFacts &pictureFacts, const FitOptions 
             result.assumed = match.notes + result.assumed;
             if (result.correction.ChangesAnything() || WasDoneBefore(facts, options))
                 return result;
-            none.profile = result.profile; // found but unusable: the database may have the lens
+            none.profile = result.profile; // found but unusable: lensfun may have the lens
             none.why = result.why;
         } else {
             none.why = match.reason;
@@ -228,7 +228,7 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     ProfileMatcher matcher({CameraFactor, Comparison(facts, options)});
     const PictureFacts named = WithNameOfNumbers(facts);
     ProfileMatch match = matcher.Match(profiles, named);
-    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // it may contain the profile
+    if (match.path.isEmpty() && !match.isAmbiguous && !unread.isEmpty()) // that folder may contain the profile
         match.reason += QStringLiteral("; %1: %2").arg(unread.first().path, unread.first().error);
     if (named.lensNames.size() > facts.lensNames.size())
         match.notes.prepend(QStringLiteral("its focal lengths and aperture identify the lens as \"%1\"")
@@ -236,8 +236,8 @@ ProfileMatch PictureFitter::Find(const PictureFacts &facts, const FitOptions &op
     return match;
 }
 
-/// Returns MatchHelp::correctAlike, which compares one profile with many: that profile is read and fitted only once,
-/// and copies of it never.
+/// Returns MatchHelp::correctAlike. It compares one profile with many, so that profile is read and fitted only once,
+/// and identical files are not fitted at all.
 std::function<bool(const QString &, const QString &)> PictureFitter::Comparison(const PictureFacts &facts,
                                                                                 const FitOptions &options)
 {

@@ -11,9 +11,9 @@
 #include <mutex>
 
 /// Returns the folders to search if the user names none: "vitrelux/profiles" in the XDG data folders, then the profile
-/// folders of this user's raw converters, including those in Wine prefixes. Only existing ones, best first.
+/// folders of raw converters in this user's Wine prefixes. Only existing ones, in order of preference.
 QStringList DefaultProfileFolders();
-/// Returns the first of these folders, which need not exist.
+/// Returns "vitrelux/profiles" in the user's data folder, which need not exist.
 QString UserProfileFolder();
 
 /// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".
@@ -23,8 +23,8 @@ QString ShownProfileName(const QString &profile);
 /// index for the first picture that needs it. Thread-safe; searches run one at a time.
 class PictureFitter {
 public:
-    /// @param folders    searched at any depth.
-    /// @param cacheFile  cache of the index; empty: none.
+    /// @param folders    searched recursively.
+    /// @param cacheFile  cache of the index; empty: no cache.
     explicit PictureFitter(const QStringList &folders, const QString &cacheFile = ProfileIndex::DefaultCacheFile());
 
     /// Decides how the picture is corrected: with options.profile if the user chose one, otherwise with the one found.
@@ -35,7 +35,7 @@ private:
     using Profile = std::shared_ptr<const LensProfile>;
     struct ReadFile {
         QString path;
-        qint64 size, changed; // milliseconds
+        qint64 size, changed; // bytes; milliseconds since the epoch
         Profile profile;
     };
 
@@ -49,5 +49,5 @@ private:
     std::mutex m_mutex; // guards all members below
     ProfileIndex m_index;
     bool m_scanned = false;
-    QVector<ReadFile> m_read; // the most recent ones, newest first
+    QVector<ReadFile> m_read; // most recently used first
 };

@@ -46,7 +46,7 @@ void ComputePreview::Render()
 {
     {
         const QMutexLocker locker(&m_mutex);
-        m_workNumber = m_requestNumber; // before the calls that may throw: a failed request is not repeated
+        m_workNumber = m_requestNumber; // set before anything can throw: a failed request is not repeated
         m_workImageDef = m_requestImageDef;
         m_workParams = m_requestParams;
         m_requestImage->Convert(m_workImage, GFL_RGBA, 32); // a copy, into the same memory if the size is unchanged
@@ -62,7 +62,7 @@ void ComputePreview::run()
     const KOmpMutexLocker running(m_runLock.Lock());
     try {
         Render();
-    } catch (...) { // ends only this render; the content of the work image is shown
+    } catch (...) { // ends only this render; whatever the work image holds is shown
     }
     const QMutexLocker locker(&m_mutex);
     m_renderedNumber = m_workNumber;

@@ -22,11 +22,11 @@ public:
     /// Replaces the request. @p image, four float channels, must stay alive and unchanged until the next setImage or
     /// the end of this object; the record is copied.
     void setImage(KIImageDef *def, KImage *image, KVitreluxOne2One::Params *params);
-    /// Returns whether the picture of getPreview is the result of the newest request.
+    /// Returns whether getPreview gives the result of the newest request.
     bool IsCurrent();
     /// Copies the last rendered picture to @p out, which is unchanged during a render or if memory is insufficient.
     void getPreview(QImage &out);
-    /// Returns the report of the last render of a fitted record; none before the first render and for plain records.
+    /// Returns the report of the last render; nullopt before the first one and for plain records.
     std::optional<FitReport> Report();
 
 protected:
@@ -36,7 +36,7 @@ private:
     void Render();
 
     KVitreluxOne2One *m_process;
-    QMutex m_mutex; // guards the request and the numbers, and the work image while no render is running
+    QMutex m_mutex; // guards the request, the numbers, the report and, while no render is running, the work image
 
     KIImageDef *m_workImageDef = nullptr;
     KImage m_workImage;

@@ -1,4 +1,4 @@
-// Shared services of the interface: the choice of file dialogs, and showing files in the desktop's file browser.
+// Shared services of the user interface: choice of file dialogs, and opening folders in the desktop's file browser.
 #pragma once
 
 #include <QList>
@@ -15,14 +15,13 @@ struct KUIInstances {
 /// GUI thread only.
 class KUI {
 public:
-    /// Starts the module with a host's state, which the host keeps, or with a new one for null. A second start does
-    /// nothing.
+    /// Starts the module with a host's state, which the host still owns, or with a new state if @p instances is null.
+    /// A second call does nothing.
     static void init(KUIInstances *instances);
     /// Stops the module: frees its state, or releases a host's.
     static void exit();
 
-    /// Registers "closure-library.rcc" from the application's folder, once; logs a critical message if it is not
-    /// available.
+    /// Registers "closure-library.rcc" from the application's folder, once; logs a critical message if that fails.
     static void loadJSLibraries();
 
     /// Returns a value for QFileDialog::Options: 0 for the system's dialogs, QFileDialog::DontUseNativeDialog (16) for
@@ -34,5 +33,5 @@ public:
     /// Opens the folders of @p files, each once, in the desktop's file browser. @p context is not used.
     static void SelectInFileBrowser(QObject *context, const QList<QUrl> &files);
 
-    static KUIInstances ms_instances; // of this copy, for hosts that share it
+    static KUIInstances ms_instances; // this copy's state, which a host passes to other copies' init
 };

@@ -6,15 +6,15 @@
 #include <QPixmap>
 #include <QTimer>
 
-/// Plays pictures in a loop, even while hidden, so that nothing needs to be started when the label is shown.
+/// Label that plays pictures in a loop, even while hidden, so showing it is enough.
 class QAnimatedLabel : public QLabel {
     Q_OBJECT
 public:
     explicit QAnimatedLabel(QWidget *parent);
 
-    /// Plays @p files from the first one on, each for @p interval milliseconds; the first appears after one interval.
-    /// The label's minimum size becomes that of the first picture. A file that cannot be loaded is shown as an empty
-    /// picture. An empty list stops the animation.
+    /// Plays @p files in order, each for @p interval milliseconds; the first appears after one interval. The label's
+    /// minimum size becomes that of the first picture. A file that cannot be loaded is shown as an empty picture. An
+    /// empty list stops the animation.
     void setSequence(const QStringList &files, int interval);
 
 private Q_SLOTS:

@@ -9,7 +9,7 @@ UIImageDefListWizard::UIImageDefListWizard(QWidget *parent)
     : QWizardPage(parent), ui(std::make_unique<Ui_UIImageDefListWizardClass>())
 {
     ui->setupUi(this);
-    // Rename the buttons after setupUi, which connects slots by the old names. A host's style uses the new names.
+    // Rename the buttons after setupUi, which connects slots by the old names. Host style sheets use the new names.
     ui->toolButtonPrev->setObjectName(QStringLiteral("QToolButton_Prev"));
     ui->toolButtonNext->setObjectName(QStringLiteral("QToolButton_Next"));
     ui->toolButtonPrev->setToolTip(tr("Prev"));

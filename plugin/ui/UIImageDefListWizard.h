@@ -1,4 +1,4 @@
-// A wizard page for a process with settings per image: a list of the job's images for stepping through.
+// Wizard page for a process with settings per image: the user steps through a list of the job's images.
 #pragma once
 
 #include <QMap>
@@ -9,8 +9,8 @@
 class KIImageDef;
 class Ui_UIImageDefListWizardClass;
 
-/// Base of a page that fills the free area with a child and knows the content of the records. Here, records are opaque
-/// and owned by the process. Call SetChild first, then SetImages once per job. GUI thread.
+/// Base class of a page that fills the free area with a child and edits the records, which are opaque here and owned by
+/// the process. Call SetChild first, then SetImages once per job. GUI thread.
 class UIImageDefListWizard : public QWizardPage {
     Q_OBJECT
 public:

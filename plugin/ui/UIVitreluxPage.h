@@ -6,7 +6,7 @@
 class KVitreluxOne2One;
 class UIVitreluxPreview;
 
-/// Edits the process's records in place. The process must outlive the page.
+/// Page that edits the process's records in place. The process must outlive it.
 class UIVitreluxPage : public UIImageDefListWizard {
     Q_OBJECT
 public:
@@ -15,7 +15,7 @@ public:
     void SetImage(KIImageDef *def, void *params) override;
     /// Copies the current image's record to all images and to the defaults of the next job.
     void ApplyAll() override;
-    /// Drops the pointers to the job's images and records. Call it before these are freed.
+    /// Drops the pointers to the job's images and records. Call it before they are freed.
     void Clear();
 
 private:

@@ -26,7 +26,7 @@ constexpr Corrections kAllCorrections = {true, true, true};
 struct ReducedSize {
     int width;
     int height;
-    double scale; // of the reduced picture, relative to the whole
+    double scale; // relative to full size
 };
 
 /// Returns the preview size: at most kLongestSidePx on the long side, never enlarged; the short side is truncated, but
@@ -73,7 +73,7 @@ Corrections PlainCorrections(const QString &fileName)
     return {ok, ok && profile.greenModel.found, ok && profile.vignetteModel.found};
 }
 
-/// Returns the corrections that fitted runs can make with any entry, in any RDF form.
+/// Returns the corrections that fitted runs can make: those for which some entry, in any RDF form, has a model.
 Corrections FittedCorrections(const QString &fileName)
 {
     Corrections supported = {};
@@ -121,7 +121,7 @@ void UIVitreluxPreview::StartWaitAnimation()
     m_waitMovie = std::make_unique<QMovie>(ResourceFile(*m_process, QStringLiteral("icon_wait.gif")));
     ui->labelState->setMovie(m_waitMovie.get());
     m_waitMovie->start();
-    ui->gridLayout_2->removeWidget(ui->labelState); // it is placed over the frame
+    ui->gridLayout_2->removeWidget(ui->labelState); // resizeEvent places it over the frame
     QStringList frames;
     for (int i = 1; i <= kWaitFrames; ++i)
         frames.append(ResourceFile(*m_process, QStringLiteral("iconwait_%1.png").arg(i, 2, 10, QLatin1Char('0'))));
@@ -129,7 +129,7 @@ void UIVitreluxPreview::StartWaitAnimation()
     ui->labelState->resize(ui->labelState->minimumSize());
 }
 
-// --- The image shown ---
+// --- Current image ---
 
 void UIVitreluxPreview::setImage(KIImageDef *def, void *params)
 {
@@ -147,8 +147,8 @@ void UIVitreluxPreview::ShowImage(KIImageDef *def, Params *params)
     auto image = std::make_unique<KImage>();
     ReducedLock(def, size).Image().Convert(*image, GFL_RGBA, 32);
     QImage source;
-    image->ToQImage(
-        source);         // before the swap: if this fails, the old image, which the worker may be reading, stays alive
+    // Before the swap: if this fails, the old image, which the worker may be reading, stays alive.
+    image->ToQImage(source);
     m_image.swap(image); // the old one stays alive until the worker has the new one
     m_imageDef = def;
     m_params = params;
@@ -188,7 +188,7 @@ void UIVitreluxPreview::clearImage()
 
 void UIVitreluxPreview::updateLCPfilename()
 {
-    if (!m_imageDef || (m_params && m_params->fitted)) // fitted: each run searches, and nothing is stored
+    if (!m_imageDef || (m_params && m_params->fitted)) // fitted runs search each time and store nothing
         return;
     QString message;
     const QStringList profiles = m_process->GetLCPfilename(m_imageDef, message);
@@ -235,7 +235,7 @@ void UIVitreluxPreview::UseProfile(const QString &fileName)
     ShowProfile(fileName);
     const Corrections supported = m_params->fitted ? FittedCorrections(fileName) : PlainCorrections(fileName);
     m_supported.insert(fileName, supported);
-    if (!m_params->fitted || !supported.distortion) // plain records: always
+    if (!m_params->fitted || !supported.distortion) // always for plain records
         ui->m_cbDistortion->setChecked(false);      // unchecking clears the record's flag
     if (!supported.chromatic)
         ui->m_cbCA->setChecked(false);
@@ -258,22 +258,22 @@ void UIVitreluxPreview::FindProfileAgain()
     computePreview();
 }
 
-/// Shows the chosen profile; empty: none.
+/// Shows the chosen profile; an empty name means none.
 void UIVitreluxPreview::ShowProfile(const QString &fileName)
 {
     ui->lineEditLensFile->setText(fileName);
-    const bool canBeGivenUp = m_params->fitted && !fileName.isEmpty();
-    if (canBeGivenUp && !m_automatic) { // a page without fitted records has none
+    const bool canBeCleared = m_params->fitted && !fileName.isEmpty();
+    if (canBeCleared && !m_automatic) { // only fitted records need it
         m_automatic = ui->lineEditLensFile->addAction(style()->standardIcon(QStyle::SP_LineEditClearButton),
                                                       QLineEdit::TrailingPosition);
         m_automatic->setToolTip(tr("Find the profile automatically"));
         connect(m_automatic, &QAction::triggered, this, &UIVitreluxPreview::FindProfileAgain);
     }
     if (m_automatic)
-        m_automatic->setVisible(canBeGivenUp);
+        m_automatic->setVisible(canBeCleared);
 }
 
-/// Shows in the profile's row what was found, or why nothing was found or corrected; the tool tip has the whole report.
+/// Shows the profile found, or why none was found or nothing was corrected; the tooltip has the whole report.
 void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 {
     QString result;
@@ -294,13 +294,13 @@ void UIVitreluxPreview::ShowReport(const std::optional<FitReport> &report)
 
 // --- Switches ---
 
-/// Enables the boxes. A checked box can always be unchecked, regardless of the profile's content.
+/// Enables the boxes of supported corrections, and checked ones, so that they can always be unchecked.
 void UIVitreluxPreview::EnableBoxes(const Corrections &supported)
 {
-    for (const auto &[box, isHeld] :
+    for (const auto &[box, isSupported] :
          {std::make_pair(ui->m_cbDistortion, supported.distortion), std::make_pair(ui->m_cbCA, supported.chromatic),
           std::make_pair(ui->m_cbVignetting, supported.vignetting)})
-        box->setEnabled(isHeld || box->isChecked());
+        box->setEnabled(isSupported || box->isChecked());
 }
 
 void UIVitreluxPreview::SetFlag(bool Params::*flag, int state)
@@ -348,7 +348,7 @@ void UIVitreluxPreview::computePreview()
     m_resultImage = QImage();
     m_resultPixmap = QPixmap();
     m_computePreview.setImage(m_imageDef, m_image.get(), m_params);
-    m_computePreview.start(QThread::InheritPriority); // does nothing during a render: its end starts the next one
+    m_computePreview.start(QThread::InheritPriority); // does nothing during a render, whose end starts the next one
     m_stateText = tr("Preview is uptodate");
     update();
 }
@@ -357,7 +357,7 @@ void UIVitreluxPreview::renderEnded()
 {
     if (m_computePreview.IsCurrent())
         updatePreview();
-    else // a newer request waits; does nothing if its render has already started
+    else // a newer request is pending; does nothing if its render has already started
         m_computePreview.start(QThread::InheritPriority);
 }
 
@@ -412,8 +412,8 @@ void UIVitreluxPreview::paintEvent(QPaintEvent *)
     if (ui->m_cbPreview->isChecked())
         shown.setLeft(place.left() + (place.right() - place.left() + 1) / 2);
     painter.setClipRect(shown, Qt::ReplaceClip);
-    painter.fillRect(
-        shown, palette().window()); // the corrected picture has transparent borders, which must not show the other one
+    // The uncorrected picture must not show through the transparent borders of the corrected one.
+    painter.fillRect(shown, palette().window());
     painter.drawPixmap(place.topLeft(), m_resultPixmap);
 }
 

@@ -15,19 +15,20 @@ class QAction;
 class QMovie;
 class Ui_UIVitreluxPreviewClass;
 
-/// Edits one image's record in place, with a reduced preview rendered by a worker thread. GUI thread.
+/// Editor for one image's record, which changes in place, with a reduced preview rendered by a worker thread. GUI
+/// thread.
 ///
 ///   | state                    | "isComplete" | wait label | painted                                   |
 ///   |--------------------------|--------------|------------|-------------------------------------------|
 ///   | no image yet             | unset        | shown      | nothing                                   |
 ///   | rendering                | false        | shown      | the uncorrected picture                   |
-///   | up to date               | true         | hidden     | the corrected one, or both side by side   |
+///   | up to date               | true         | hidden     | the corrected picture, or half of each    |
 ///
 /// A change during a render replaces the pending request, which starts when the render ends. The dynamic property
 /// "isComplete" tells the parent page whether the user may continue; each change emits the parent's completeChanged().
 ///
-/// A fitted record without a chosen profile stays without one: the profile that its render found, or why none was
-/// found, is shown in the profile's row as a placeholder. A chosen profile can be cleared there.
+/// Rendering a fitted record without a chosen profile doesn't change that: the profile's row shows, as a placeholder,
+/// the profile found or why none was found. A chosen profile can be cleared there.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:
@@ -86,7 +87,7 @@ private:
     KIImageDef *m_imageDef = nullptr;
     std::unique_ptr<KImage> m_image; // reduced, four float channels; never changed, the worker copies it
     Params *m_params = nullptr;
-    QHash<QString, Corrections> m_supported; // by profile chosen here; other profiles disable no box
+    QHash<QString, Corrections> m_supported; // keys: profiles chosen here; other profiles disable no box
     QImage m_sourceImage;
     QImage m_resultImage;
     QPixmap m_sourcePixmap; // fitted to the frame

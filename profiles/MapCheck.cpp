@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // for entries that give none
+constexpr double kFrameWidth = 6000.0, kFrameHeight = 4000.0; // for entries without a frame size
 constexpr double kMaxPixels = 60000.0;                        // larger frames are scaled down: only proportions matter
 
 /// Returns the facts of a picture as large as the frame that an entry was measured on.

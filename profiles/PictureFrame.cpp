@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kSameAspect = 1.02;
 constexpr double kCropMode = 1.05;
-constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera offers less
+constexpr double kMinShare = 0.02;   // of the sensor's sides; no camera crops to less
 constexpr double kMiddleCrop = 0.01; // a crop this close to the center counts as centered
 
 QString Plain(const QString &name)
@@ -59,7 +59,7 @@ double CameraFactor(const QString &make, const QString &model)
 PictureVector Turned(Orientation turn, const PictureVector &vector)
 {
     const double x = vector.x, y = vector.y;
-    switch (turn) { // EXIF 2.3, Orientation: the sides that show the first row and column
+    switch (turn) { // EXIF 2.3, Orientation: the sides on which the first row and column are shown
     case 2:
         return {-x, y};
     case 3:
@@ -104,7 +104,7 @@ PictureFrame::PictureFrame(const PictureFacts &facts, const PictureBody &body)
     m_place.middleY = (crop.center().y() - 0.5) * m_place.height;
 }
 
-/// Returns whether a picture may show this little of the sensor; if not, notes that the source is ignored.
+/// Returns whether a picture can show as little as @p share of the sensor; if not, notes that @p source is ignored.
 static bool IsCredible(double share, const QString &source, QStringList *assumed)
 {
     if (share >= kMinShare)
@@ -119,7 +119,7 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
     double crop = 1.0;
     if (factor > 0.0 && m_facts.focal35Mm.value > 0.0 && m_facts.focalMm.value > 0.0) {
         const double expected = m_facts.focalMm.value * factor, given = m_facts.focal35Mm.value;
-        const bool isRounded = std::abs(given - expected) <= 0.5; // whole millimeters
+        const bool isRounded = std::abs(given - expected) <= 0.5; // given in whole millimeters
         if (given > expected * kCropMode && !isRounded) {
             const QString source = QStringLiteral("35 mm equivalent of %1 mm").arg(given);
             if (IsCredible(expected / given, source, assumed)) {
@@ -142,7 +142,7 @@ double PictureFrame::FrameShare(double factor, QStringList *assumed) const
     return 1.0 / crop;
 }
 
-/// Returns whether the picture was rotated by a right angle before it was stored.
+/// Returns whether the picture was rotated by 90 degrees before it was stored.
 bool PictureFrame::LiesAcross(const QSizeF &reference) const
 {
     if (!m_facts.crop.Known())
@@ -154,7 +154,7 @@ bool PictureFrame::LiesAcross(const QSizeF &reference) const
     return straight > std::log(kSameAspect) && std::abs(std::log(across.x / across.y / profileAspect)) < straight;
 }
 
-/// Returns the sides of the whole picture if the current picture was rotated by a right angle.
+/// Returns the sides that the whole picture has if the current one was rotated by 90 degrees.
 PictureVector PictureFrame::SidesAcross() const
 {
     const QRectF crop = m_facts.crop.Known() ? m_facts.crop.value : QRectF(0.0, 0.0, 1.0, 1.0);
@@ -162,8 +162,8 @@ PictureVector PictureFrame::SidesAcross() const
     return {m_place.height / share, m_place.width * share};
 }
 
-/// Sets the ratio of the frames and the focal length of models without one.
-/// @param aspect  of the picture's frame.
+/// Sets the ratio of the frames, and the focal length for models that give none.
+/// @param aspect  aspect ratio of the picture's frame.
 bool PictureFrame::SetRatio(const ProfileEntry &entry, double aspect, EntryFrame *frame, QString *why) const
 {
     const bool isSame = IsSameBody(entry, m_body), hasSize = entry.width > 0.0 && entry.height > 0.0;

@@ -35,11 +35,11 @@ struct PicturePlace {
 
 /// Scale and axes of an entry's models in the picture.
 struct EntryFrame {
-    double ratio = 1.0;       // long side of the picture's frame over that of the profile's
-    double unitPx = 0.0;      // pixels of the picture in a long side of the profile's frame
-    double focalLength = 0.0; // of models without one, in long sides of the profile's frame
-    double frameHeight = 0.0; // of the profile, over its width; 0 unless the entry's centers are used
-    bool tangential = true;   // whether tangential terms have a direction
+    double ratio = 1.0;       // long side of the picture's frame divided by that of the profile's
+    double unitPx = 0.0;      // long side of the profile's frame, in pixels of the picture
+    double focalLength = 0.0; // for models that give none; unit: long side of the profile's frame
+    double frameHeight = 0.0; // of the profile's frame, divided by its width; 0: don't use the entry's centers
+    bool tangential = true;   // whether the direction of tangential terms is known
     QStringList assumed;      // messages for the user
 };
 
@@ -48,11 +48,11 @@ struct FrameShape {
     double longPx = 0.0, shortPx = 0.0; // sides, in pixels of the current picture
     double aspect = 1.0;                // of the frame, at least 1
     bool isCut = false;                 // cut from the middle of a frame with other proportions
-    bool liesAcross = false;            // rotated by a right angle, in an unknown direction
-    QStringList assumed;                // for the user
+    bool liesAcross = false;            // rotated by 90 degrees, in an unknown direction
+    QStringList assumed;                // messages for the user
 };
 
-/// The camera body of a picture, from the user or otherwise from the file.
+/// The camera body of a picture, named by the user or otherwise by the file.
 struct PictureBody {
     QString make, model;
 };
@@ -60,23 +60,24 @@ struct PictureBody {
 /// Returns whether the entry was measured with this body.
 bool IsSameBody(const ProfileEntry &entry, const PictureBody &body);
 
-/// Computes the frames of a picture for the entries of a profile.
+/// Calculator of a picture's frames for the entries of a profile.
 class PictureFrame {
 public:
     PictureFrame(const PictureFacts &facts, const PictureBody &body);
 
-    /// @param chosen  the user chose the profile: a smaller frame is extrapolated, with a note.
-    /// @param why     filled if the entry cannot be used for the picture.
+    /// Returns the picture's frame for an entry; nullopt, with the reason in @p why, if the entry cannot be used.
+    /// @param chosen  whether the user chose the profile: if its frame is too small, it is extrapolated, with a note.
     std::optional<EntryFrame> Under(const ProfileEntry &entry, bool chosen, QString *why) const;
 
-    /// Returns the shape of the frame; none, with the reason in @p why, if the picture's position in it is unknown.
+    /// Returns the shape of the frame; nullopt, with the reason in @p why, if the picture's position in it is unknown.
     /// @param reference  sides of a picture as the camera stores it; empty: landscape.
-    /// @param aspect     of the frame, at least 1; 0: that of the original size, if known, or of the picture.
+    /// @param aspect     aspect ratio of the frame, at least 1; 0: that of the original size, if known, or the picture.
     std::optional<FrameShape> Shape(const QSizeF &reference, double aspect, QString *why) const;
-    /// Returns the position, in pixels of the current picture, of a center given in fractions of the profile's frame.
+    /// Returns the position of the model's center in pixels of the current picture.
     PictureVector CenterOf(const ProfileModel &model, const EntryFrame &frame) const;
-    /// Returns the share of the sensor's sides that the picture shows, by its 35 mm equivalent or digital zoom.
-    /// @param factor  of the camera, as returned by CameraFactor.
+    /// Returns the share of the sensor's sides that the picture shows, according to its 35 mm equivalent or digital
+    /// zoom.
+    /// @param factor  crop factor of the camera, as returned by CameraFactor.
     double FrameShare(double factor, QStringList *assumed) const;
     const PicturePlace &Place() const { return m_place; }
 
@@ -88,6 +89,6 @@ private:
 
     const PictureFacts &m_facts;
     PictureBody m_body;
-    double m_bodyFactor = 0.0; // of the camera table
+    double m_bodyFactor = 0.0; // from the camera table; 0: unknown
     PicturePlace m_place;
 };

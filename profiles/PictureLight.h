@@ -9,10 +9,10 @@ struct PictureLight {
     QString assumed; // message for the user; empty: the picture specifies its encoding
 };
 
-/// Returns the conversion, from the first of these that applies: the curves of the ICC profile; for camera raw files,
-/// the gamma of their development; the color space in EXIF; sRGB for integers, linear for floats. Reads the file's ICC
-/// profile; the image-file layer must have been started.
+/// Returns the first conversion that applies: for camera raw files, the gamma of their development; the curves of the
+/// file's ICC profile; linear for floats; the color space in EXIF; sRGB. Reads the ICC profile, so the image-file layer
+/// must have been started.
 ///
 /// @param isFloat   whether the file's values are floats.
-/// @param rawGamma  used to develop camera raw files; invalid values count as 1, as in their development.
+/// @param rawGamma  gamma used to develop camera raw files; invalid values count as 1, as in their development.
 PictureLight LightOf(const PictureFacts &facts, bool isFloat, double rawGamma);

@@ -20,8 +20,8 @@ ProfileBlend::Part ProfileBlend::PartOf(const BlendPart &part, const ProfileMode
     return {model, part.entry->kind == ProfileEntry::Kind::Fisheye, focal * part.frame.unitPx, part.weight};
 }
 
-/// Blends centers and tangential terms. F t(u) = t(d) / F: terms divided by their focal lengths have the same unit and
-/// can be blended.
+/// Blends centers and tangential terms. The tangential field t is quadratic, so F t(u) = t(d) / F for d = F u in
+/// pixels: terms divided by their focal lengths F have the same unit and can be blended.
 MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &of, bool scaled) const
 {
     MapMiddle middle{{0.0, 0.0}, {0.0, 0.0}};
@@ -36,7 +36,7 @@ MapMiddle ProfileBlend::MiddleOf(const QVector<Part> &parts, const BlendParts &o
         weights += part.weight;
         if (!of[i].frame.tangential)
             continue;
-        // The field 2 (u . t) u + |u|^2 t belongs to the vector t = (tangential2, tangential1).
+        // The field is 2 (u . t) u + |u|^2 t with the vector t = (tangential2, tangential1).
         const double unit = part.weight * (scaled ? part.model->scaleFactor : 1.0) / part.unitPx;
         const PictureVector turned = Turned(m_frame.Place().turn, {part.model->tangential2, part.model->tangential1});
         middle.tangential.x += unit * turned.x;

@@ -7,7 +7,7 @@
 #include "PictureFrame.h"
 #include "ProfileGrid.h"
 
-/// An entry with its weight and frame in one picture.
+/// An entry with its frame and weight for one picture.
 struct BlendPart {
     const ProfileEntry *entry;
     EntryFrame frame;
@@ -15,27 +15,28 @@ struct BlendPart {
 };
 using BlendParts = QVector<BlendPart>;
 
-/// Blends the maps of one picture. Tables extend to the largest radius of any framing.
+/// Blender of entries into the maps of one picture. Tables extend to the largest radius that any framing needs.
 class ProfileBlend {
 public:
     /// @p frame must outlive the object. @p pixels is the picture's size.
     ProfileBlend(const PictureFrame &frame, const QSize &pixels) : m_frame(frame), m_pixels(pixels) { }
 
-    /// Blends the map from the corrected picture to the source. @p byGreen: uses green's model if an entry has one.
-    /// @param amount  share of the displacement.
+    /// Blends the map from the corrected picture to the source.
+    /// @param byGreen  whether to use the green model of entries that have one.
+    /// @param amount   factor that scales the displacement.
     RadialMap Geometry(const BlendParts &parts, bool byGreen, Projection projection, double amount) const;
-    /// Blends the map from green's sampling position to red's or blue's, by @p color (&ProfileEntry::redGreen or
-    /// blueGreen); entries without it don't move the color.
+    /// Blends the map from green's sampling position to that of red or blue, depending on @p color
+    /// (&ProfileEntry::redGreen or blueGreen); entries without this model don't move the color.
     RadialMap Color(const BlendParts &parts, std::optional<ProfileModel> ProfileEntry::*color, double amount) const;
     /// Blends the gain.
-    /// @param amount  share of the exposure values.
+    /// @param amount  factor that scales the exposure values.
     GainMap Light(const BlendParts &parts, double amount) const;
 
 private:
     struct Part {
         const ProfileModel *model; // null: the identity
         bool isFisheye;
-        double unitPx; // focal length
+        double unitPx; // focal length in pixels
         double weight;
     };
     Part PartOf(const BlendPart &part, const ProfileModel *model) const;

@@ -13,7 +13,8 @@ double Aperture(const ProfileEntry &entry)
     return entry.hasAperture ? std::exp2(entry.apertureApex / 2.0) : 0.0;
 }
 
-/// Sorts entries by a value and passes on each run of equal values. Equal values keep the file's order.
+/// Sorts entries by a value and passes each run of values that count as equal to @p take, in the file's order.
+/// @param same  ratio up to which values count as equal.
 template <typename Value, typename Take>
 void ForEachRun(QVector<int> entries, double same, const Value &value, const Take &take)
 {
@@ -28,13 +29,13 @@ void ForEachRun(QVector<int> entries, double same, const Value &value, const Tak
     }
 }
 
-/// Position of a value among ascending ones: between first and second, which are the same beyond the ends.
+/// Position of a value in a monotonic list: between the indices first and second, which are equal beyond the ends.
 struct Bracket {
     int first = 0, second = 0;
-    double share = 0.0; // of the second
+    double share = 0.0; // weight of the second
 };
 
-/// @p places must be monotonic.
+/// Finds the position of @p at. @p places must be monotonic.
 Bracket Find(const QVector<double> &places, double at)
 {
     const bool isFalling = places.first() > places.last();
@@ -154,7 +155,7 @@ void ProfileGrid::InsertDistances(QVector<int> entries, Focal *focal)
             InsertCells(run, &focal->distances.last());
         });
     if (focal->distances.size() > 1 && focal->distances.first().distanceM == 0.0)
-        focal->distances.removeFirst(); // entries without a distance, if others have one
+        focal->distances.removeFirst(); // drop entries without a distance if others have one
 }
 
 void ProfileGrid::InsertCells(QVector<int> entries, Distance *distance)

@@ -22,24 +22,24 @@ constexpr double kSameFocal = 1.01, kSameDistance = 1.02, kSameAperture = 1.02;
 /// The quantity that a model of an entry corrects.
 enum class Quantity { Geometry, Color, Light };
 
-/// Returns whether the entry has a model for it.
+/// Returns whether the entry has a model for @p quantity.
 bool HasModel(const ProfileEntry &entry, Quantity quantity);
 
 /// The setting of a picture; absent values are unknown.
 struct Setting {
-    std::optional<double> focalMm, aperture, distanceM; // f-number; the distance may be infinite
+    std::optional<double> focalMm, aperture, distanceM; // aperture: f-number; the distance may be infinite
 };
 
 /// The entries that a grid chooses for a setting.
 struct GridChoice {
-    QVector<EntryWeight> entries; // at most 8; empty if the setting is not sufficient
-    QString why;                  // why it is empty
+    QVector<EntryWeight> entries; // at most 8; empty if too little of the setting is known
+    QString why;                  // why `entries` is empty
     QStringList assumed;          // messages for the user
 };
 
-/// Entries by focal length, then distance, then aperture; focal lengths may have different distances and apertures.
-/// Settings within 1 % in focal length and 2 % in distance or f-number are duplicates: the last one in the file is
-/// used.
+/// Entries sorted by focal length, then distance, then aperture; each focal length may have different distances and
+/// apertures. Entries that agree within 1 % in focal length and 2 % in distance and f-number are duplicates: the last
+/// one in the file is used.
 class ProfileGrid {
 public:
     /// Collects the entries of @p profile that have a model for @p quantity and that @p serves accepts. @p profile must
@@ -47,11 +47,11 @@ public:
     ProfileGrid(const LensProfile &profile, Quantity quantity, const std::function<bool(int entry)> &serves);
 
     bool IsEmpty() const { return m_focals.isEmpty(); }
-    /// Pairs of entries: a duplicate and the later one that replaces it.
+    /// Returns pairs of entries: a duplicate and the later one that replaces it.
     const QVector<QPair<int, int>> &Replaced() const { return m_replaced; }
 
     /// Returns the entries around the setting, weighted linearly in 1/f, 1/d and, only for light, 1/N^2; beyond the
-    /// ends, the outermost ones. An unknown distance is the farthest. Perspective and fisheye are never mixed.
+    /// ends, the outermost ones. An unknown distance counts as the farthest. Perspective and fisheye are never mixed.
     GridChoice Choose(const Setting &setting) const;
 
 private:

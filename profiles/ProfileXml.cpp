@@ -11,7 +11,7 @@ namespace {
 constexpr char kRdf[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
 constexpr char kCamera[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
 
-/// Elements that contain values rather than being values.
+/// Elements that contain values and aren't values themselves.
 constexpr const char *kModels[] = {
     "PerspectiveModel",        "FisheyeModel",  "ChromaticGreenModel",         "ChromaticRedGreenModel",
     "ChromaticBlueGreenModel", "VignetteModel", "VignetteModelPiecewiseParam",
@@ -33,7 +33,7 @@ public:
     {
         // Other lists of the document, such as its authors, contain no entries; lists inside an entry are read as part
         // of it.
-        int profiles = kMaxXmlDepth + 1; // depth of CameraProfiles, the outermost if it nests
+        int profiles = kMaxXmlDepth + 1; // depth of the outermost CameraProfiles
         while (Next()) {
             if (m_depth < profiles)
                 profiles = kMaxXmlDepth + 1;
@@ -92,7 +92,7 @@ private:
             m_take(entry);
     }
 
-    /// Reads from a start element to its end: its content belongs to @p node. Next limits the depth.
+    /// Reads an element to its end and adds its content to @p node. Next limits the depth of the recursion.
     void ReadNode(ProfileNode &node)
     {
         for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
@@ -137,7 +137,7 @@ private:
         }
     }
 
-    /// Reads the text of the element to its end; if it has several texts, such as languages, the first one.
+    /// Reads an element to its end and returns its text; if it has several, such as translations, the first one.
     QString Text()
     {
         QString text;

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// A trimmed value under its local name, for example "FocalLength".
+/// A trimmed value with its local name, for example "FocalLength".
 struct ProfileField {
     QString name, value;
     qint64 line = 0; // where its element starts

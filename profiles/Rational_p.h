@@ -6,7 +6,7 @@
 #include <cmath>
 #include <optional>
 
-/// Parses "1.4" or "14/10" in any locale; none if the text is not a number or the result is not finite.
+/// Parses "1.4" or "14/10", regardless of the locale; nullopt if the text is not a number or the result is not finite.
 inline std::optional<double> ParseRational(const QString &text)
 {
     const int slash = text.indexOf(QLatin1Char('/'));

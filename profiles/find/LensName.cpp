@@ -36,7 +36,7 @@ Pattern Of(const QString &pattern)
     return Pattern(pattern);
 }
 
-/// Patterns with the focal lengths a to b and the apertures n to m, tried in order until a name has both.
+/// Returns patterns that capture focal lengths a to b and apertures n to m, to be tried in order until a name has both.
 const QVector<Pattern> &NumberPatterns()
 {
     const QString focal = QLatin1String(kFocal), stop = QLatin1String(kStop);
@@ -75,7 +75,7 @@ void TakeNumbers(QString *text, LensName *name)
     }
 }
 
-/// Removes an aperture given twice, as in "AT-X 11-20 F2.8 (AF 11-20mm f/2.8)".
+/// Removes the repetition of an aperture, as in "AT-X 11-20 F2.8 (AF 11-20mm f/2.8)".
 void TakeRepeatedStop(QString *text, const LensName &name)
 {
     static const Pattern stop(QLatin1String("(?<![a-z])f\\s*/?\\s*") + QLatin1String(kStop));
@@ -86,8 +86,8 @@ void TakeRepeatedStop(QString *text, const LensName &name)
 
 void AddCode(const QString &word, LensName *name)
 {
-    static const Pattern tamron(
-        QStringLiteral("^[abf]0\\d\\d$")); // as in "E 20mm F2.8 F050", the name that the lens reports
+    // The lens reports its name as "E 20mm F2.8 F050".
+    static const Pattern tamron(QStringLiteral("^[abf]0\\d\\d$"));
     static const Pattern sigma(QStringLiteral("^([acs])(0\\d\\d)$")); // "A014"; cameras write "Art 014"
     const QRegularExpressionMatch line = Matched(sigma, word);
     if (name->maker == QLatin1String("sigma") && line.hasMatch()) {
@@ -98,8 +98,8 @@ void AddCode(const QString &word, LensName *name)
         name->codes.insert(line.captured(2));
         return;
     }
-    static const Pattern mount(
-        QStringLiteral("(?<=^\\w\\d\\d|^\\d\\d\\d)n(ii)?$")); // "A16N", "A16NII" are A16 for Nikon
+    // "A16N" and "A16NII" are the A16 for Nikon.
+    static const Pattern mount(QStringLiteral("(?<=^\\w\\d\\d|^\\d\\d\\d)n(ii)?$"));
     name->codes.insert(word.left(word.size() - Matched(mount, word).capturedLength()));
     if (name->maker.isEmpty() && Matched(tamron, word).hasMatch())
         name->maker = QStringLiteral("tamron");
@@ -123,7 +123,7 @@ void AddWord(const QString &text, LensName *name)
         name->words.insert(word);
 }
 
-/// Replaces words that are marks only in this name.
+/// Replaces words that are marks only in names like this one; see OwnMark.
 void TakeOwnMarks(LensName *name)
 {
     for (const OwnMark &own : kOwnMarks) {
@@ -134,8 +134,8 @@ void TakeOwnMarks(LensName *name)
     }
 }
 
-/// Returns the factor in the part of a name that describes a converter, without trailing zeros. If there is no factor,
-/// returns the part.
+/// Returns the factor, without trailing zeros, from the part of a name that describes a converter; the part itself if
+/// it has no factor.
 QString ConverterOf(const QString &part)
 {
     static const Pattern factor(QStringLiteral("(\\d(?:\\.\\d+)?)\\s*x\\b"));
@@ -212,7 +212,8 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
 /// Returns the first number in which the names differ, as text; empty if all numbers that both have agree.
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
-    constexpr double kFocalShare = 0.015, kStopShare = 0.03; // names are rounded: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
+    constexpr double kFocalShare = 0.015,
+                     kStopShare = 0.03; // names have rounded numbers: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
     if (wanted.HasFocal() && offered.HasFocal()
         && !(Near(wanted.minFocalMm, offered.minFocalMm, kFocalShare)
              && Near(wanted.maxFocalMm, offered.maxFocalMm, kFocalShare)))
@@ -258,7 +259,8 @@ bool Contradict(Rule rule, const QSet<QString> &wanted, const QSet<QString> &off
     return rule == Rule::Same || IsFull(name) || !wanted.isEmpty();
 }
 
-/// The versions of Canon's and Tamron's lenses have different focus motors, which Canon's cameras always name.
+/// Returns the rule for focus motors, which distinguish versions of Canon and Tamron lenses. Canon cameras always name
+/// them.
 Rule MotorRule(const LensName &name)
 {
     for (const char *mount : {"ef", "efs", "efm", "rf", "rfs"})

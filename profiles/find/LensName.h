@@ -1,24 +1,24 @@
-// Parsed lens names, and whether two of them mean the same lens.
+// Parsing and comparing lens names.
 #pragma once
 
 #include <QSet>
 #include <QString>
 #include <QVector>
 
-/// A parsed lens name. Cameras, makers and databases spell the same lens in many ways; the spellings share the numbers,
-/// the marks that distinguish versions, and most of the words.
+/// A parsed lens name. Cameras, makers and databases spell the name of a lens in many ways; the spellings share the
+/// numbers, the marks that distinguish versions, and most of the words.
 struct LensName {
     QString text;             // as written
     double minFocalMm = 0.0;  // 0: not given
     double maxFocalMm = 0.0;  // equal to minFocalMm for a prime
     double maxAperture = 0.0; // f-number at minFocalMm; 0: not given
     double maxApertureAtTele = 0.0;
-    QString maker;              // "nikon", from its name or from a family of its lenses ("Nikkor"); empty: not given
-    QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group; see LensName.cpp
+    QString maker;              // "nikon", from the maker's name or a lens family ("Nikkor"); empty: not given
+    QSet<QString> marks;        // "is", "ii", "usm": each belongs to a group; see LensWords_p.h
     QSet<QString> words;        // the rest, case folded
     QSet<QString> codes;        // the maker's model codes, "b028"
     QString converter;          // factor of the teleconverter ("1.4") or, if not given, its text; empty: none
-    QString maybeGeneration;    // "ii" of "[II]": the camera doesn't know which of two versions
+    QString maybeGeneration;    // "ii" from "[II]": the camera can't tell two versions apart
     bool isAlternative = false; // one of several in a text, "A or B"
 
     bool HasFocal() const { return minFocalMm > 0.0; }
@@ -34,7 +34,7 @@ QVector<LensName> ParseLensNames(const QString &text);
 struct NameMatch {
     bool fits = false;      // no number, mark or word conflicts
     bool sameFocal = false; // both name the same focal lengths and apertures
-    double score = 0;       // number of shared parts minus those in only one name
+    double score = 0;       // weighted count of shared parts minus those in only one name
     QString why;            // if it doesn't fit: the first contradiction, as text for the user
 };
 

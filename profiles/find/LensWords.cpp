@@ -7,7 +7,8 @@ namespace {
 
 using Pattern = QRegularExpression;
 
-/// A spelling and its canonical form. Applied in order to the case-folded text, before it is split into words.
+/// A pattern of spellings and their canonical form. All are applied, in order, to the case-folded text before it is
+/// split into words.
 struct Spelling {
     const char *pattern;
     const char *replacement;
@@ -30,7 +31,7 @@ constexpr Spelling kSpellings[] = {
     {"\\bd[ -]?fa\\b", " dfa "}, // not the older FA
     {"\\bda\\s?\\*|\\bstar-?da\\b", " dastar "},
     {"\\bfa\\s?\\*", " fastar "},
-    {"\\bpentax-([afkm])\\b", " pentax pk\\1 "}, // its mounts before autofocus, and the first with it
+    {"\\bpentax-([afkm])\\b", " pentax pk\\1 "}, // the manual-focus mounts and the first autofocus mount
     {"\\b(summilux|summicron|elmarit|noctilux|summarit|elmar)-m\\b", " \\1 leicam "},
     {"\\bm\\.\\s?zuiko|\\bm\\s?zuiko|\\bolympus m\\.(?=\\d)", " olympus mzuiko "},
     {"\\bat-?x\\b", " atx "},
@@ -43,16 +44,16 @@ constexpr Spelling kSpellings[] = {
     {"\\basp(h(erical)?)?\\.?(?![a-z])", " asph "},
     {"\\bvario-?(elmar|elmarit|sonnar|tessar|summilux|summicron)\\b", " \\1 "},
     {"\\b(zoom|micro)-nikkor\\b", " \\1 nikkor "},
-    {"\\bm1:[1-4]\\b", " "},                   // its largest scale
+    {"\\bm1:[1-4]\\b", " "},                   // maximum magnification
     {"\\bs[ae]l[a-z]?\\d\\w*(-\\d)?\\b", " "}, // Sony's order numbers, "SAL2470Z2"
     {"\\(sdm (un|not )used\\)", " "},
     {"\\bsoft focus\\b", " soft "},
     {"\\(se\\)|\\b(special|anniversary) edition\\b", " "}, // another finish
     {"\\bom system\\b", " olympus "},
     {"\\bpower\\s*zoom\\b|\\bpd-?zoom\\b", " pz "},
-    {"\\bz mc\\b", " z micro "}, // of Nikon; elsewhere a coating
+    {"\\bz mc\\b", " z micro "}, // Nikon's; elsewhere "MC" is a coating
     {"\\bmicro\\b|\\bmakro\\b", " macro "},
-    {"\\bmacro\\s*(?:1:1\\b(?!\\.)|\\(1:[1-4]\\))", " macro "}, // its largest scale
+    {"\\bmacro\\s*(?:1:1\\b(?!\\.)|\\(1:[1-4]\\))", " macro "}, // maximum magnification
     {"\\bzf\\.2\\b", " zf "},
     {"\\bapo-?lanthar\\b", " apo lanthar "},
     {"\\bvoigtlander\\b", "voigtländer"},
@@ -94,7 +95,7 @@ constexpr Mark kMarks[] = {
     {"fe", Group::Mount, nullptr},
     {"e", Group::Mount, nullptr},
     {"dt", Group::Mount, nullptr},
-    {"ssm", Group::Mount, nullptr}, // focus motors of Sony's A-mount only
+    {"ssm", Group::Mount, nullptr}, // SSM and SAM: focus motors of A-mount lenses only
     {"sam", Group::Mount, nullptr},
     {"xf", Group::Mount, nullptr},
     {"xc", Group::Mount, nullptr},
@@ -161,7 +162,7 @@ constexpr Mark kMarks[] = {
     {"zf", Group::Mount, "ze"},
     {"zk", Group::Mount, "ze"},
     {"zm", Group::Mount, nullptr},
-    {"contax", Group::Series, nullptr}, // Zeiss made others later
+    {"contax", Group::Series, nullptr}, // later Zeiss lenses are other designs
     {"ex", Group::Series, nullptr},
     {"otus", Group::Series, nullptr},
     {"milvus", Group::Series, nullptr},
@@ -183,7 +184,7 @@ constexpr Mark kMarks[] = {
     {"lanthar", Group::Formula, nullptr},
     {"skopar", Group::Formula, nullptr},
     {"hd", Group::Generation, nullptr},
-    // Results of kOwnMarks, which occur in no text.
+    // Results of kOwnMarks; they occur in no text.
     {"nikon-e", Group::Letter, nullptr},
     {"samyang-af", Group::Generation, nullptr},
     {"olympus-r", Group::Generation, nullptr},
@@ -197,7 +198,7 @@ struct Family {
     const char *maker;
 };
 
-/// Makers by name and by lens families that only they make.
+/// Makers, by their names and by lens families that only they make.
 constexpr Family kFamilies[] = {
     {"canon", "canon"},
     {"nikon", "nikon"},
@@ -306,14 +307,14 @@ constexpr Family kFamilies[] = {
     {"gf", "fujifilm"},
 };
 
-/// Families that other makers use as the name of a mount: they identify the maker only if nothing else does.
+/// Families whose names other makers use for the mount: they identify the maker only if nothing else does.
 constexpr const char *kMountFamilies[] = {"ef", "efs", "efm", "rf",  "rfs", "fe",     "xf",  "xc", "gf",
                                           "nx", "dt",  "da",  "dfa", "fa",  "fastar", "afs", "afp"};
 
-/// As kMountFamilies, but also used in other makers' lens names that omit the maker ("E 28-75mm F2.8-2.8").
+/// Like kMountFamilies, but also used in other makers' lens names that omit the maker ("E 28-75mm F2.8-2.8").
 constexpr Family kSharedMounts[] = {{"e", "sony"}, {"z", "nikon"}};
 
-/// Words of many makers for glass, coatings, motors and equipment.
+/// Words that many makers use for glass, coatings, motors and equipment.
 constexpr const char *kDescriptions[] = {
     "ed",      "if",    "al",         "ld",      "xr",  "xld",       "sld",     "ad",         "mc",
     "uw",      "hri",   "zoom",       "digital", "pro", "sp",        "tstar",   "vario",      "fl",

@@ -23,7 +23,7 @@ enum class Group {
     Mount,
     Format,
     Letter,
-    Distance, // in no rule: names often omit it
+    Distance, // not compared: names often omit it
     Circle,
     Line,
     Series,
@@ -35,7 +35,7 @@ enum class Group {
 /// Comparison rule for the marks of a group.
 enum class Rule {
     Same,       // names conflict unless they have the same marks of the group
-    SameIfFull, // as Same, but a name in a picture that has only numbers, or a mount and numbers, matches any
+    SameIfFull, // like Same, but a picture's lens name with only numbers, or a mount and numbers, matches any
     NotOther    // names conflict only if both have marks of the group and these differ
 };
 
@@ -63,7 +63,7 @@ constexpr GroupRule kGroupRules[] = {
 struct Mark {
     const char *word;
     Group group;
-    const char *canonical; // shared by synonyms; null: the word
+    const char *canonical; // common form of synonyms; null: the word itself
 };
 
 /// A word that distinguishes versions only in names that also contain another word, or in names of one maker. There it
@@ -73,12 +73,12 @@ struct OwnMark {
 };
 
 constexpr OwnMark kOwnMarks[] = {
-    {"nikon", "e"},          // the aperture type; elsewhere Sony's mount
+    {"nikon", "e"},          // electromagnetic aperture; elsewhere Sony's mount
     {"samyang", "af"},       // part of many other names; Samyang's lenses without it have the same numbers
     {"olympus", "r"},        // elsewhere an aperture ring
     {"leicam", "asph"},      // lenses for other mounts often omit it
-    {"hsm", "contemporary"}, // followed older lenses with the same numbers
-    {"rf", "z"},             // for power zoom; elsewhere Nikon's mount
+    {"hsm", "contemporary"}, // newer than other lenses with the same numbers
+    {"rf", "z"},             // power zoom; elsewhere Nikon's mount
 };
 
 /// Returns @p text with its case folded and its spellings unified, ready to be split into words.

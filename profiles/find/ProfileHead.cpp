@@ -38,7 +38,7 @@ void SetLensInfo(const QString &text, ProfileHead *head)
     head->maxAperture = Rational(parts[3]);
 }
 
-/// Reader of one entry. Fields are attributes or element texts; those of models are ignored.
+/// Reader of the first entry. Fields are attributes or element texts; those of models are ignored.
 class HeadReader {
 public:
     HeadReader(QIODevice *device, ProfileHead *head) : m_xml(device), m_head(head) { }
@@ -145,8 +145,8 @@ private:
     QXmlStreamReader m_xml;
     ProfileHead *m_head;
     QStringList m_path;    // names of the open elements
-    QString m_text;        // since the last tag
-    int m_entryDepth = -1; // size of m_path inside the entry's tag; -1: not reached yet
+    QString m_text;        // text since the last tag
+    int m_entryDepth = -1; // size of m_path inside the entry's element; -1: not reached yet
     bool m_done = false, m_tooDeep = false;
 };
 

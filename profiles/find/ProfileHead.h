@@ -8,8 +8,8 @@ class QIODevice;
 
 struct ProfileHead {
     QString make, model;     // of the camera
-    QStringList lensNames;   // Lens, LensPrettyName, alternate names; no empty ones, no duplicates
-    QStringList lensIds;     // LensID and alternate ones, as text
+    QStringList lensNames;   // Lens, LensPrettyName and alternate names; neither empty ones nor duplicates
+    QStringList lensIds;     // LensID and alternate IDs, as text
     double minFocalMm = 0.0; // from LensInfo or a name; 0: not given
     double maxFocalMm = 0.0;
     double minAperture = 0.0; // f-number wide open, at the shortest and the longest focal length; 0: not given

@@ -31,7 +31,7 @@ QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
                << head.maxAperture << head.width << head.height << head.sensorFormatFactor << head.raw;
 }
 
-/// Reads a list like QDataStream, which allocates the claimed number of texts before it reads the first one.
+/// Reads a list as QDataStream would, but without allocating the number of texts that the data claims to have.
 QStringList ReadTexts(QDataStream &in)
 {
     QStringList texts;
@@ -60,7 +60,7 @@ QByteArray Checksum(const QByteArray &content)
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 
-/// Adds the numbers that the file omits from its lens names, so that a search has few names to parse.
+/// Fills in missing focal lengths from the lens names, so that a search has fewer names to parse.
 void CompleteNumbers(ProfileHead *head)
 {
     for (int i = 0; i < head->lensNames.size() && head->minFocalMm <= 0.0; ++i)
@@ -98,7 +98,7 @@ bool IsBelow(const QString &path, const QStringList &folders)
     });
 }
 
-QStringList WholePaths(const QStringList &folders)
+QStringList CanonicalPaths(const QStringList &folders)
 {
     QStringList whole;
     for (const QString &folder : folders)
@@ -122,7 +122,7 @@ ProfileIndex::ProfileIndex(const QString &cacheFile) : m_cacheFile(cacheFile)
 
 bool ProfileIndex::Scan(const QStringList &folders)
 {
-    const QStringList whole = WholePaths(folders);
+    const QStringList whole = CanonicalPaths(folders);
     QStringList files;
     QSet<QString> walked; // canonical paths
     m_unreadFolders.clear();
@@ -159,7 +159,7 @@ bool ProfileIndex::Scan(const QStringList &folders)
     return complete;
 }
 
-/// Follows links to folders, and walks each folder once.
+/// Adds the profiles of a folder and its subfolders to @p files. Follows links, and walks each folder only once.
 void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked, QStringList *files)
 {
     if (depth > kMaxFolderDepth || files->size() > kMaxIndexedProfiles || walked->contains(folder))
@@ -180,7 +180,7 @@ void ProfileIndex::Walk(const QString &folder, int depth, QSet<QString> *walked,
 }
 
 /// Adds the profiles and folders whose names are not UTF-8, with replacement characters: Qt neither lists nor opens
-/// them. Notes a folder that cannot be listed, which Qt doesn't report.
+/// them. Records a folder that cannot be listed, which Qt doesn't report.
 void ProfileIndex::AddMisnamed(const QString &folder, QStringList *files)
 {
     std::error_code failed, unknown;
@@ -225,8 +225,8 @@ void ProfileIndex::LoadCache()
         m_known.clear();
 }
 
-/// Removes unfinished cache files of killed programs, which have the cache's name with a suffix. Recent ones are kept:
-/// another program may be writing them.
+/// Removes unfinished cache files left by killed programs: they have the cache's name with a suffix. Keeps recent ones,
+/// which another program may be writing.
 void ProfileIndex::RemoveLeftovers() const
 {
     constexpr qint64 kUnfinishedS = 3600; // writing takes a fraction of a second
@@ -238,7 +238,7 @@ void ProfileIndex::RemoveLeftovers() const
             QFile::remove(file.filePath());
 }
 
-/// Ignores failures: without a cache, the next run only takes longer.
+/// Saves the cache. Ignores failures: without a cache, the next run only takes longer.
 void ProfileIndex::SaveCache() const
 {
     if (m_cacheFile.isEmpty())

@@ -10,7 +10,7 @@
 
 /// A file or folder that cannot be used, and why.
 struct UnreadPath {
-    QString path; // not UTF-8: with replacement characters
+    QString path; // with replacement characters if it isn't UTF-8
     QString error;
 };
 
@@ -23,7 +23,7 @@ struct IndexedProfile {
     ProfileHead head;
 };
 
-/// Index of the profiles in some folders, at any depth. Files are recognized by the suffix ".lcp".
+/// Index of the profiles in some folders and their subfolders. Files are recognized by the suffix ".lcp".
 ///
 /// The heads are cached in one file in the user's cache folder, by path, size and modification time, so that a later
 /// run reads only changed files. Two programs may use it at once: each replaces the whole file, and the next run reads
@@ -38,14 +38,14 @@ public:
     static QString DefaultCacheFile();
 
     /// Scans @p folders and reads new and changed files. Unreadable files are in Profiles() with their error.
-    /// @return false if there were more than kMaxIndexedProfiles files, in which case the rest is ignored.
+    /// @return false if there are more than kMaxIndexedProfiles files; the others are ignored.
     bool Scan(const QStringList &folders);
 
     /// Returns the profiles in the order of their paths. Valid until the next Scan.
     const QVector<IndexedProfile> &Profiles() const { return m_profiles; }
-    /// Folders that the last Scan could not list.
+    /// Returns the folders that the last Scan could not list.
     const QVector<UnreadPath> &UnreadFolders() const { return m_unreadFolders; }
-    /// Returns the number of files that the last Scan read, not counting known ones.
+    /// Returns the number of files that the last Scan read because they were not cached.
     int FilesRead() const { return m_filesRead; }
 
 private:

@@ -9,13 +9,13 @@
 namespace {
 
 constexpr double kFocalShare = 0.02; // EXIF rounds focal lengths
-constexpr double kStopShare = 0.06;  // ... and f-numbers to thirds of a stop, "3.5" for 3.6
+constexpr double kStopShare = 0.06;  // EXIF rounds f-numbers to thirds of a stop, as in "3.5" for 3.6
 
 enum class Body { Other, SameMaker, Same };
 
 struct Candidate {
     const IndexedProfile *profile = nullptr;
-    LensName name; // its best matching name
+    LensName name; // the profile's best matching name
     double score = 0.0;
     Body body = Body::Other;
     bool rawFits = true;
@@ -112,7 +112,7 @@ bool IsFixedLensName(const LensName &name, const QString &model)
         && ((name.IsBare() && name.maker.isEmpty()) || Folded(name.text).contains(Folded(model)));
 }
 
-/// Returns whether a fixed lens's profile has the picture's focal lengths, as far as both are known.
+/// Returns whether a fixed lens's name has the focal range of the picture's lens, as far as both are known.
 bool HasFocalRangeOf(const PictureFacts &facts, const LensName &name)
 {
     const auto near = [](double a, double b) { return std::fabs(a - b) <= kFocalShare * b; };
@@ -146,7 +146,7 @@ bool IsSameCamera(const QString &make, const QString &model, const QString &othe
         && (make.isEmpty() || otherMake.isEmpty() || MakerOf(make) == MakerOf(otherMake));
 }
 
-/// Returns whether a name from a less trusted source may be used: it matches the trusted one, or only adds details.
+/// Returns whether a name from a less trusted source may be used: if it matches the trusted one or only adds details.
 static bool Agrees(const LensName &trusted, const LensName &name)
 {
     return CompareLensNames(trusted, name).fits || CompareLensNames(name, trusted).fits || IsSubset(trusted, name);
@@ -154,7 +154,7 @@ static bool Agrees(const LensName &trusted, const LensName &name)
 
 QVector<LensName> WantedLenses(const PictureFacts &facts)
 {
-    QVector<LensName> all, trusted;                     // the latter from the first source that names a lens
+    QVector<LensName> all, trusted;                     // trusted: from the first source that names a lens
     for (const Fact<QString> &fact : facts.lensNames) { // most trustworthy first
         QVector<LensName> ofSource;
         for (LensName name : ParseLensNames(fact.value)) {
@@ -326,7 +326,7 @@ private:
         return match;
     }
 
-    /// Returns why a profile of another body cannot be used; empty if it can.
+    /// Returns why a profile made on another body cannot be used; empty if it can.
     QString WhyFrameTooSmall(const ProfileHead &head) const
     {
         const double tableFactor = m_help.cropFactor(head.make, head.model);
@@ -367,7 +367,7 @@ private:
         std::stable_sort(m_candidates.begin(), m_candidates.end(), better);
         const Candidate top = m_candidates.first();
         QVector<Candidate> same, rivals;
-        constexpr double kSlack = 1.0; // scores of the same lens's spellings differ by at most this, except for words
+        constexpr double kSlack = 1.0; // scores of one lens's spellings differ by at most this, apart from words
         for (const Candidate &candidate : qAsConst(m_candidates)) {
             if (candidate.profile != top.profile && candidate.score < top.score - kSlack)
                 continue; // the spelling differs so much that it may be another lens
@@ -392,11 +392,11 @@ private:
         return Chosen(best);
     }
 
-    /// Prefers candidates with the maker's lens number if only some of the equal ones have it.
+    /// Prefers candidates with the picture's lens ID if they are all for one lens.
     void PreferByLensId(QVector<Candidate> *same, QVector<Candidate> *rivals) const
     {
         const auto hasId = [this](const Candidate &candidate) {
-            if (candidate.body == Body::Other) // numbers are unique only per maker
+            if (candidate.body == Body::Other) // IDs are unique only per maker
                 return false;
             return std::any_of(m_facts.lensIds.begin(), m_facts.lensIds.end(), [&candidate](const Fact<QString> &id) {
                 return candidate.profile->head.lensIds.contains(id.value);

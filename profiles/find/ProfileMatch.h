@@ -14,7 +14,7 @@
 struct MatchHelp {
     /// Returns the crop factor of a camera relative to 36 x 24 mm; 0 if unknown.
     std::function<double(const QString &make, const QString &model)> cropFactor;
-    /// Whether two profiles give the same correction of the picture, to within 3 pixels at the corners.
+    /// Returns whether two profiles give nearly the same correction of the picture.
     std::function<bool(const QString &path, const QString &otherPath)> correctAlike;
 };
 
@@ -26,7 +26,7 @@ struct ProfileMatch {
     QStringList nearest;      // up to three near matches, each with its contradiction
 };
 
-/// Chooses profiles for any number of pictures and caches parsed names between them. One thread at a time.
+/// Finder of profiles for any number of pictures, with a cache of parsed names. One thread at a time.
 class ProfileMatcher {
 public:
     explicit ProfileMatcher(MatchHelp help) : m_help(std::move(help)) { }
@@ -44,12 +44,12 @@ private:
 /// LensSpecification. Empty if it names no lens.
 QVector<LensName> WantedLenses(const PictureFacts &facts);
 
-/// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera may use one number
+/// Returns a lens of @p wanted other than @p found that the picture's focal length allows: a camera may use one ID
 /// for several lenses. Null if there is none.
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts);
 
-/// Returns the maker of a camera's own lenses, as LensName::maker.
+/// Returns the maker of the lenses of a camera's brand, spelled as in LensName::maker.
 QString LensMakerOf(const QString &make);
 
-/// Returns whether two spellings mean the same camera: "NIKON D70" and "D70".
+/// Returns whether two spellings mean the same camera, such as "NIKON D70" and "D70".
 bool IsSameCamera(const QString &make, const QString &model, const QString &otherMake, const QString &otherModel);

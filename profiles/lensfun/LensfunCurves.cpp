@@ -17,7 +17,7 @@ using Curve = LensfunCurves::Curve;
 struct Norms {
     double distortionPx; // half the short side of the calibrated frame
     double lightPx;      // half its diagonal
-    double shiftPx;      // unit of the lens's center: half the short side of this frame
+    double shiftPx;      // unit of the lens's center: half the short side of the picture's frame
 };
 
 Norms NormsOf(const lfLens &lens, const LensfunFrame &frame)
@@ -25,7 +25,8 @@ Norms NormsOf(const lfLens &lens, const LensfunFrame &frame)
     const double width = std::max(frame.width - 1.0, 1.0), height = std::max(frame.height - 1.0, 1.0);
     const double half = std::min(width, height) / 2.0;
     const double aspect = std::max(width, height) / std::min(width, height);
-    const double calibrated = std::hypot(double(lens.AspectRatio), 1.0); // diagonal of its frame over the short side
+    const double calibrated =
+        std::hypot(double(lens.AspectRatio), 1.0); // diagonal of its frame divided by the short side
     const double scale = std::hypot(aspect, 1.0) * frame.cropFactor / double(lens.CropFactor) / calibrated;
     return {half * scale, half * scale * calibrated, half};
 }
@@ -54,7 +55,8 @@ std::optional<Curve> Distortion(const lfLens &lens, double focalMm, double unitP
     }
 }
 
-/// @p first: 0 for red, 1 for blue; lensfun stores both in one array.
+/// Returns the curve of red or blue, whose terms lensfun stores in one array.
+/// @param first  0 for red, 1 for blue.
 std::optional<Curve> Color(const lfLensCalibTCA &model, int first, double unitPx)
 {
     const double v = double(model.Terms[first]), c = double(model.Terms[first + 2]), b = double(model.Terms[first + 4]);

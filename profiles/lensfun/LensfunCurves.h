@@ -17,17 +17,18 @@ struct LensfunSetting {
     double focalMm = 0.0, aperture = 0.0, distanceM = 0.0;
 };
 
-/// Factors by the radius, in pixels from the center; absent if the database has no model. All are pure functions.
+/// Factors as functions of the radius, in pixels from the center; nullopt if the database has no model. All are pure
+/// functions.
 struct LensfunCurves {
     using Curve = std::function<double(double radiusPx)>;
 
     double centerX = 0.0, centerY = 0.0; // from the middle of the whole picture, in pixels
-    std::optional<Curve> distortion;     // source radius over that in an ideal picture of the lens's projection
-    std::optional<Curve> red, blue;      // source radius over green's
+    std::optional<Curve> distortion;     // source radius divided by that in an ideal picture of the lens's projection
+    std::optional<Curve> red, blue;      // source radius divided by green's
     std::optional<Curve> light;          // share of the light at the source radius, linear
     /// Only for fisheyes: the image height, in focal lengths, of a ray at an angle (radians) from the axis.
     std::optional<Curve> imageHeight;
-    double focalPx = 0.0; // of fisheyes; the real focal length if the database has it
+    double focalPx = 0.0; // for fisheyes; the real focal length if the database has it
 };
 
 /// Returns the curves that the library interpolates at @p setting. Formulas and units are lensfun's (its manual, "Lens

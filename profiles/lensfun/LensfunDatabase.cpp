@@ -15,8 +15,8 @@ namespace {
 
 struct Camera {
     QString make, model;
-    QString mount;           // lowercase first letter: a fixed lens
-    double cropFactor = 0.0; // 0: not known
+    QString mount;           // begins with a lowercase letter if the lens is fixed
+    double cropFactor = 0.0; // 0: unknown
 };
 
 /// A lens under one of its names.
@@ -26,7 +26,7 @@ struct NamedLens {
     double score = 0.0;
 };
 
-/// Returns the names in @p strings: lensfun's default and its English one; others are translations.
+/// Returns two of the names in @p strings: the default and the English one. The others are translations.
 QStringList NamesOf(const lfMLstr strings)
 {
     QStringList names;
@@ -52,7 +52,7 @@ QString TitleOf(const lfLens *lens)
     return NameOf(lens->Maker) + QLatin1Char('/') + NameOf(lens->Model);
 }
 
-/// Returns the names of a lens with its maker, which most of them omit.
+/// Returns the names of a lens, each with its maker, which most of them omit.
 QVector<LensName> ParsedNames(const lfLens *lens)
 {
     QVector<LensName> names;
@@ -63,7 +63,7 @@ QVector<LensName> ParsedNames(const lfLens *lens)
             : maker + QLatin1Char(' ') + text;
         names += ParseLensNames(whole);
     }
-    QSet<QString> codes; // aliases that lack them are the same model
+    QSet<QString> codes; // aliases without codes mean the same model
     for (const LensName &name : qAsConst(names))
         codes += name.codes;
     for (LensName &name : names)
@@ -137,7 +137,7 @@ LensfunDatabase::~LensfunDatabase()
 
 Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
 {
-    for (const bool translated : {false, true}) // a translated name may be another camera's default name
+    for (const bool translated : {false, true}) // default names first: they may equal other cameras' translated names
         for (const lfCamera *const *camera = database->GetCameras(); camera && *camera; ++camera) {
             const lfCamera &known = **camera;
             const QString make = NameOf(known.Maker);
@@ -149,7 +149,7 @@ Camera LensfunDatabase::Tables::CameraOf(const PictureFacts &facts) const
     return {facts.make.value, facts.model.value, QString(), CameraFactor(facts.make.value, facts.model.value)};
 }
 
-/// Returns the camera's mount and the mounts of other lenses that fit it.
+/// Returns the camera's mount and those of other lenses that fit it.
 QStringList LensfunDatabase::Tables::MountsOf(const Camera &camera) const
 {
     QStringList mounts{camera.mount};
@@ -176,14 +176,14 @@ bool AreBare(const QVector<LensName> &names)
     return std::all_of(names.begin(), names.end(), [](const LensName &name) { return name.IsBare(); });
 }
 
-/// Returns whether a lens may be the requested one. A name with only numbers may be any lens that has them.
+/// Returns whether a lens may be the requested one. A name with only numbers may mean any lens that has them.
 bool MayBe(const LensName &wanted, const NamedLens &offered, const NameMatch &match)
 {
     const bool isMaker = wanted.maker.isEmpty() || wanted.maker == offered.name.maker;
     return wanted.IsBare() ? match.sameFocal && isMaker && wanted.converter == offered.name.converter : match.fits;
 }
 
-/// Returns the lens of a camera with a fixed lens. If attachments and macro settings have separate entries, the lens
+/// Returns the entries of a fixed lens. If attachments and macro settings have separate entries, that of the lens
 /// itself is named "(Standard)".
 QVector<NamedLens> StandardLenses(const QVector<NamedLens> &lenses)
 {
@@ -245,7 +245,8 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
     match.cropFactor = camera.cropFactor;
     QVector<NamedLens> lenses = m_tables->OnCamera(facts, camera);
     const QVector<LensName> wanted = WantedLenses(facts);
-    // Names with only numbers are compared with all lenses: the picture's may be one that doesn't cover the sensor.
+    // Names with only numbers are compared with all lenses: the picture's may be one whose data doesn't cover the
+    // sensor.
     if (IsFixed(camera) || !AreBare(wanted))
         lenses = CoveringSensor(lenses, camera);
     if (IsFixed(camera))
@@ -272,7 +273,7 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                             .arg(TitleOf(best.lens), TitleOf(other.lens)));
     if (const LensName *other = IsFixed(camera) ? nullptr : OtherLens(wanted, best.name, facts))
         return none(QStringLiteral("the picture's lens is \"%1\" or \"%2\"").arg(TitleOf(best.lens), other->text));
-    if (byNumbers && best.name.maker != LensMakerOf(camera.make)) // other makers' versions share numbers
+    if (byNumbers && best.name.maker != LensMakerOf(camera.make)) // other makers' lenses may share the numbers
         return none(QStringLiteral("the picture gives only the numbers of its lens, which \"%1\" may share by chance")
                         .arg(TitleOf(best.lens)));
     const QVector<NamedLens> covering = CoveringSensor(lenses, camera);

@@ -209,11 +209,11 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
     return wantedMount.isEmpty() || HasWordsOf(wanted, offered);
 }
 
-/// Returns the first number in which the names differ, as text; empty if all numbers that both have agree.
+/// Returns the first number of @p offered that differs, as text; empty if all numbers that both names have agree.
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
-    constexpr double kFocalShare = 0.015,
-                     kStopShare = 0.03; // names have rounded numbers: 4.25 mm is "4.3mm", f/1.68 "f/1.7"
+    // Numbers in names are rounded: 4.25 mm is "4.3mm", f/1.68 is "f/1.7".
+    constexpr double kFocalShare = 0.015, kStopShare = 0.03;
     if (wanted.HasFocal() && offered.HasFocal()
         && !(Near(wanted.minFocalMm, offered.minFocalMm, kFocalShare)
              && Near(wanted.maxFocalMm, offered.maxFocalMm, kFocalShare)))

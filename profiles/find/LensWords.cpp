@@ -48,7 +48,7 @@ constexpr Spelling kSpellings[] = {
     {"\\bs[ae]l[a-z]?\\d\\w*(-\\d)?\\b", " "}, // Sony's order numbers, "SAL2470Z2"
     {"\\(sdm (un|not )used\\)", " "},
     {"\\bsoft focus\\b", " soft "},
-    {"\\(se\\)|\\b(special|anniversary) edition\\b", " "}, // another finish
+    {"\\(se\\)|\\b(special|anniversary) edition\\b", " "}, // only the finish differs
     {"\\bom system\\b", " olympus "},
     {"\\bpower\\s*zoom\\b|\\bpd-?zoom\\b", " pz "},
     {"\\bz mc\\b", " z micro "}, // Nikon's; elsewhere "MC" is a coating

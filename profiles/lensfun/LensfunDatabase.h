@@ -1,4 +1,4 @@
-// Lookup of a picture's lens in lensfun's database, by our rules for lens names.
+// Lookup of a picture's lens in lensfun's database, using our rules for lens names.
 #pragma once
 
 #include "PictureFacts.h"
@@ -7,12 +7,12 @@
 
 struct lfLens;
 
-/// A lens for a camera.
+/// The lens found for a picture.
 struct LensfunMatch {
     const lfLens *lens = nullptr; // owned by the database, which is never freed; null: none
-    QString title;                // "MAKER/LENS" as the database writes it
-    QString name;                 // of an interchangeable lens, with its maker; empty for a fixed lens
-    double cropFactor = 0.0;      // of the camera: 36 x 24 mm over its sensor
+    QString title;                // "MAKER/LENS", spelled as in the database
+    QString name;                 // name of an interchangeable lens, with its maker; empty for a fixed lens
+    double cropFactor = 0.0;      // of the camera: diagonal of 36 x 24 mm divided by that of its sensor
     QString reason;               // why this one was chosen, or why none was; one line for the user
     QStringList notes;            // assumptions
     QStringList nearest;          // up to three near matches
@@ -44,6 +44,6 @@ private:
     int m_lensCount = 0;
 };
 
-/// Returns the facts, with the full name of the lens added if the picture gives only its numbers and a single lens in
-/// the database has them on the picture's mount.
+/// Returns the facts, with the full name of the lens added if the picture gives only its numbers and exactly one lens
+/// in the database for the camera's mount has them.
 PictureFacts WithNameOfNumbers(PictureFacts facts);

@@ -17,7 +17,7 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 using Curve = LensfunCurves::Curve;
 
-/// Geometric step: from the requested projection to the lens's, then its distortion.
+/// The geometric map: from the requested projection to the lens's projection, then its distortion.
 struct GeometryCurve {
     Curve factor;
     double end = kInfinite;
@@ -96,7 +96,7 @@ private:
         if (m_curves.light && !setting.distanceM)
             m_result.assumed << QStringLiteral("distant subject");
         m_result.entries = QStringLiteral("at %1 mm").arg(*setting.focalMm);
-        const double shift = shape->liesAcross ? 0.0 : 1.0; // the direction of the center's shift is unknown
+        const double shift = shape->liesAcross ? 0.0 : 1.0; // rotated: the direction of the center's shift is unknown
         const PictureVector turned =
             Turned(place.turn, {shift * m_curves.centerX - place.middleX, shift * m_curves.centerY - place.middleY});
         m_center = {(m_facts.pixels.width() - 1) / 2.0 + turned.x, (m_facts.pixels.height() - 1) / 2.0 + turned.y};
@@ -129,7 +129,7 @@ private:
         return false;
     }
 
-    /// Removes unusable maps: the user may have added lenses to the database.
+    /// Removes unusable maps, which may come from lenses that the user added to the database.
     void Check(const FitTask &task)
     {
         Correction &to = m_result.correction;

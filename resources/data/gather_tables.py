@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes cameras.txt and lensid.txt, next to this script, from facts in Debian packages.
+"""Generates cameras.txt and lensid.txt, next to this script, from facts in Debian packages.
 
     apt-get install liblensfun-data-v1 libimage-exiftool-perl
     apt-get source --download-only colmap && tar xzf colmap_*.orig.tar.gz
@@ -18,7 +18,7 @@ import xml.etree.ElementTree as ElementTree
 
 FRAME_DIAGONAL_MM = math.hypot(36.0, 24.0)
 
-# Canonical names of makers, by the part shared by all their spellings. The first match counts.
+# Canonical names of makers: the part that all spellings of a maker share. The first match counts.
 BRANDS = ['Canon', 'Nikon', 'Sony', 'Panasonic', 'Fuji', 'Pentax', 'Olympus', 'OM Digital', 'Samsung', 'Minolta',
           'Konica', 'Leica', 'Ricoh', 'Casio', 'Kodak', 'Sigma', 'Hasselblad', 'Epson']
 
@@ -27,9 +27,10 @@ KNOWN_CAMERAS = [
     ('Apple', 'iPhone 7', '6.9', ''),
     ('Apple', 'iPhone', '5.9', ''),
     ('Autel Robotics Co., Ltd.', 'XB004', '5.3125', ''),
-    ('Eyedeas', 'S1', '5.648', 'panoramic camera, each of its lenses'),
-    # Cameras missing from the sources whose names contain a shorter one. Sensor sizes, in mm, from their makers: 22.3 x
-    # 14.8 (R7), 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; as the P1000, FZ300 and FZ1000; 6.17 x 4.55.
+    ('Eyedeas', 'S1', '5.648', 'panoramic camera: each of its lenses'),
+    # Cameras missing from the sources, with names that contain that of another camera. Sensor sizes in mm, from their
+    # makers: 22.3 x 14.8 (R7), 22.3 x 14.9, 36 x 24, 43.8 x 32.9, 23.5 x 15.5, 26.6 x 17.9; the same as in the P1000,
+    # FZ300 and FZ1000; 6.17 x 4.55.
     ('Canon', 'Canon EOS R7', '1.617', ''),
     ('Canon', 'Canon EOS R10', '1.613', ''),
     ('Canon', 'Canon EOS R50', '1.613', ''),
@@ -44,7 +45,7 @@ KNOWN_CAMERAS = [
     *(('Nikon', f'COOLPIX A{number}', '5.64', '') for number in (10, 300, 900)),
 ]
 
-# Identifiers with rows from other sources, which override the main ones.
+# Rows from other sources, which override those with the same identifier from the main ones.
 KNOWN_LENSES = [
     ('8 8 121 3.6 3.6', 'Nikon', 'Sigma 8mm f/3.5 EX Circular Fisheye', '1'),
     ('4.5 4.5 254 2.8 2.8', 'Nikon', 'Sigma 4.5mm f/2.8 EX DC CIRCULAR FISHEYE HSM', '1'),
@@ -55,13 +56,13 @@ KNOWN_LENSES = [
 
 
 def up(tail):
-    """'sx40is' -> 'SX40 IS': suffixes that cameras separate by a space."""
+    """Spells the tail of a name as cameras do, with a space before suffixes: 'sx40is' -> 'SX40 IS'."""
     apart = re.sub(r'(?<=\d)(is|hs|ti|zoom)$', r' \1', tail).upper()
     return re.sub(r'^(G\d)X', r'\1 X', apart).replace('MARKII', ' Mark II').replace(' ZOOM', '')
 
 
-# The sensor widths have lower-case names without spaces and dashes. Per maker: a pattern of such a name, and
-# the camera's spelling; {0} is the tail of the name. Without a rule there is no row.
+# colmap's names are in lowercase, without spaces and dashes. Per maker: patterns of such names, and the camera's
+# spellings; {0} is the tail of the name. Names that match no pattern get no row.
 SPELLINGS = {
     'canon': ('Canon', [(r'powershot(a\d+\D*)', ['{0}']), (r'powershot(.+)', ['PowerShot {0}']),
                         (r'digitalixus(.+)', ['DIGITAL IXUS {0}']), (r'ixus(.+)', ['IXUS {0}'])]),
@@ -97,7 +98,7 @@ SPELLINGS = {
 
 
 def diagonal_of_width(width_mm):
-    """Returns the diagonal for a width: 3:2 from APS-C on and for the 1-inch type; Four Thirds, compacts and the rest 4:3."""
+    """Returns the diagonal for a width: 3:2 from APS-C up and for the 1-inch type, 4:3 for all others."""
     three_to_two = 21.0 <= width_mm <= 37.0 or 13.0 <= width_mm <= 13.3
     return width_mm * (math.hypot(3, 2) / 3 if three_to_two else math.hypot(4, 3) / 4)
 
@@ -113,7 +114,7 @@ def lensfun_cameras(folder):
     for file in sorted(glob.glob(f'{folder}/*.xml')):
         for camera in ElementTree.parse(file).getroot().iter('camera'):
             maker, model, crop = (camera.findtext(tag, '').strip() for tag in ('maker', 'model', 'cropfactor'))
-            if maker and model and crop and maker != 'Generic' and '(' not in model:  # brackets: notes by lensfun
+            if maker and model and crop and maker != 'Generic' and '(' not in model:  # parentheses: notes by lensfun
                 yield brand_of(maker), model, float(crop)
 
 
@@ -150,7 +151,7 @@ def camera_rows(lensfun, colmap):
 
 
 def exiftool_values(file, anchor):
-    """Yields (value, meaning) of one table of the documentation."""
+    """Yields the pairs (value, meaning) of one table of the documentation."""
     text = pathlib.Path(file).read_text(encoding='utf-8')
     table = text[text.index(f"<a name='{anchor}'>"):]
     table = table[:table.index('</table>')]
@@ -169,8 +170,8 @@ def decimals(number):
 
 
 def nikon_lenses(file):
-    """Yields identifiers and names. Cameras store focal lengths and f-numbers in 24ths of a factor of two; identifiers have
-    whole millimeters and tenths."""
+    """Yields identifiers and names. Cameras store focal lengths and f-numbers in steps of 1/24 of a doubling; identifiers
+    have whole millimeters, and tenths of f-numbers."""
     for value, name in exiftool_values(file, 'LensID'):
         raw = re.findall(r'[0-9A-F]{2}', value.split('.')[0])
         if len(raw) != 8 or raw[1:6] == ['00'] * 5 or 'mm' not in name:
@@ -191,12 +192,12 @@ def canon_lenses(file):
 
 
 def family(name):
-    """Returns maker and focal length, by which profiles are found."""
+    """Returns the maker and focal length, by which profiles are found."""
     return name.split()[0].lower(), [word for word in name.split() if 'mm' in word.lower()][-1].lower()
 
 
 def lens_rows(nikon, canon):
-    """Merges names of one maker and one focal length with the same identifier, because the lookup needs a unique row."""
+    """Merges names with the same identifier, maker and focal length, because the lookup needs a unique row."""
     grouped = {}
     known = {row[0] for row in KNOWN_LENSES}
     for brand, lenses in (('Nikon', nikon_lenses(nikon)), ('Canon', canon_lenses(canon))):
@@ -213,7 +214,7 @@ def lens_rows(nikon, canon):
 
 
 def write(file, head, rows, brand_cell):
-    """Writes a table. Rows are pairs of cells and a comment."""
+    """Writes a table. Each row is a pair of its cells and a comment."""
     lines = [f'# {line}'.rstrip() for line in head]
     brand = None
     for cells, comment in rows:
@@ -226,11 +227,11 @@ def write(file, head, rows, brand_cell):
 
 CAMERAS_HEAD = [
     'Cameras and the scale of their sensors. Generated by gather_tables.py: edit that script instead.', '',
-    'Cells, separated by ";":  1 brand   2 model   3 scale: the diagonal of a 36 x 24 mm frame over that of the sensor',
+    'Cells, separated by ";":  1 brand   2 model   3 scale: diagonal of 36 x 24 mm divided by that of the sensor',
     'A row matches a picture whose maker contains cell 1 and whose model contains cell 2, ignoring case. The first match',
     'counts, so a longer name comes before a shorter one that it contains: A400 before A40.', '',
-    'Sources: crop factors of the package liblensfun-data-v1; sensor widths of the source package colmap, whose height',
-    'is taken as 2/3 of the width from APS-C on and for the 1-inch type, as 3/4 otherwise; a few rows of the script.']
+    'Sources: crop factors of the package liblensfun-data-v1; sensor widths of the source package colmap, with heights',
+    'of 2/3 of the width from APS-C up and for the 1-inch type, and of 3/4 otherwise; a few rows of the script.']
 LENSES_HEAD = [
     'Lens identifiers of Nikon and Canon. Generated by gather_tables.py: edit that script instead.', '',
     'Cells, separated by ";":  1 identifier   2 brand   3 long name   4 type: 0 standard, 1 fisheye, 2 tilt/shift',
@@ -245,9 +246,9 @@ def main():
     here = pathlib.Path(__file__).resolve().parent
     tags = '/usr/share/doc/libimage-exiftool-perl/html/TagNames'
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument('--lensfun', default='/usr/share/lensfun/version_1', help='folder of its database')
-    parser.add_argument('--exiftool', default=tags, help='folder of its documentation of tags')
-    parser.add_argument('--colmap', required=True, help='its camera_specs.cc')
+    parser.add_argument('--lensfun', default='/usr/share/lensfun/version_1', help="folder of lensfun's database")
+    parser.add_argument('--exiftool', default=tags, help="folder of exiftool's tag documentation")
+    parser.add_argument('--colmap', required=True, help="colmap's camera_specs.cc")
     options = parser.parse_args()
     cameras = camera_rows(options.lensfun, options.colmap)
     lenses = lens_rows(f'{options.exiftool}/Nikon.html', f'{options.exiftool}/Canon.html')

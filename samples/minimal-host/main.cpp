@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// Returns the plug-in's process, owned by the plug-in; its records are fitted or plain. Throws KException if there
-    /// is none.
+    /// Returns the plug-in's process, owned by the plug-in, which makes fitted or plain records. Throws KException if
+    /// the plug-in can't be loaded.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();
@@ -108,7 +108,7 @@ private:
     QHash<QPair<QString, QString>, QVariant> m_settings;
 };
 
-/// Checks the profile first, because the plug-in does not report an unreadable one.
+/// Returns whether a profile is well-formed XML; the plug-in does not report unreadable ones.
 static bool IsWellFormed(const QString &profile)
 {
     QFile file(profile);

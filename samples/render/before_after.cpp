@@ -1,5 +1,5 @@
-// before-after PHOTO.jpg CORRECTED.tiff OUT.png: the facade before and after side by side, each with one spot near a
-// corner enlarged, in 256 colors so that the file stays small.
+// before-after PHOTO.jpg CORRECTED.tiff OUT.png: draws the facade before and after its correction side by side, each
+// with an enlarged spot near a corner, in 256 colors so that the file stays small.
 #include <cstdio>
 #include <memory>
 #include <stdexcept>

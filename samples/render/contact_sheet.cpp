@@ -1,4 +1,5 @@
-// contact-sheet SAMPLES OUT.png: the sample pictures before and after each tone, filter and fisheye operation.
+// contact-sheet SAMPLES OUT.png: draws the sample pictures before and after each alpha, tone, filter and lens
+// operation.
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -36,7 +37,7 @@ KImage Load(const QString &file, int width, int height)
     return image;
 }
 
-/// Returns an operation that changes its image.
+/// Returns an operation that applies @p change to a copy of the source.
 template <typename Change> Operation InPlace(Change change)
 {
     return [change](KImage &source, KImage &result) {
@@ -60,7 +61,7 @@ KImage WithSoftAlpha(const KImage &picture)
     return image;
 }
 
-/// Same, with premultiplied alpha.
+/// Returns the picture with premultiplied alpha.
 KImage Premultiplied(KImage soft)
 {
     KImage image(soft.width(), soft.height(), GFL_RGBA, 8, /*clear=*/true, nullptr, 0), alpha;
@@ -70,7 +71,7 @@ KImage Premultiplied(KImage soft)
     return image;
 }
 
-/// Returns linear light with the sky twelve times as bright as white.
+/// Returns the picture in linear light, with a sky up to twelve times as bright as white.
 KImage HighRange(const KImage &picture)
 {
     KImage image;
@@ -81,7 +82,7 @@ KImage HighRange(const KImage &picture)
     return image;
 }
 
-/// Returns the middle of a picture in a circle slightly off the frame's center.
+/// Returns a picture cropped to a circle slightly off the frame's center.
 KImage CircularFrame(const KImage &picture, double radius)
 {
     KImage image(picture);
@@ -122,7 +123,7 @@ std::vector<Cell> ToneCells(const KImage &picture)
     dull.adjustColor(0.8f, 0.4f, 0.7f);
     const KImage bright = HighRange(picture);
     const auto map = [](int mode) { return InPlace([mode](KImage &image) { image.HDR_QuickToneMapper(mode); }); };
-    const auto grey = [](KImage &source, KImage &result) {
+    const auto gray = [](KImage &source, KImage &result) {
         ImageSt plane;
         source.GetGrey(plane);
         result = KImage(plane.width, plane.height, GFL_GREY, 32, false, plane.samples.data(), plane.width * 4);
@@ -136,7 +137,7 @@ std::vector<Cell> ToneCells(const KImage &picture)
         {"adjustColor 1.1, 1.3, 1.6", picture, InPlace([](KImage &image) { image.adjustColor(1.1f, 1.3f, 1.6f); })},
         {"Colorize blue to amber", picture,
          [](KImage &source, KImage &result) { source.Colorize(result, QColor(20, 60, 160), QColor(255, 200, 90)); }},
-        {"GetGrey", picture, grey}};
+        {"GetGrey", picture, gray}};
 }
 
 std::vector<Cell> FilterCells(const KImage &picture)

@@ -39,7 +39,8 @@ double Grain(const Footprint &cell, uint32_t seed)
         + 0.025 * Noise(cell.at.x / 4, cell.at.y / 4, seed + 9);
 }
 
-/// Goods on shelves under a lamp; x from the axis, y down from the spring line of the arch.
+/// Returns the color of goods on shelves under a lamp; x is measured from the axis, y down from the spring line of the
+/// arch.
 Rgb ShopWindow(double x, double y, int shop)
 {
     const Rgb lamp = Mix({1.0, 0.80, 0.50}, {0.90, 0.89, 0.82}, Hash(shop, 3, 77));
@@ -48,7 +49,7 @@ Rgb ShopWindow(double x, double y, int shop)
     const double width = 15 + 12 * Hash(shop, static_cast<int64_t>(shelf), 78);
     const double item = std::floor(x / width);
     const double height = 14 + 22 * Hash(static_cast<int64_t>(item), static_cast<int64_t>(shelf) + 50 * shop, 79);
-    const double above = 42 - (y - 42 * shelf); // over the shelf
+    const double above = 42 - (y - 42 * shelf); // height above the shelf
     const double tone = 0.35 + 0.5 * Hash(static_cast<int64_t>(item), static_cast<int64_t>(shelf) + 50 * shop, 80);
     const double goods = Ramp(above, height + 2, height - 2) * Ramp(above, 4, 6)
         * Ramp(std::abs(x - (item + 0.5) * width), width / 2, width / 2 - 4);
@@ -166,22 +167,22 @@ void Facade::PaintWall(Brush &brush, const Bay &bay) const
     brush.Shade(1 - Ramp(y, top + 22, top + 44), kShadow);
 }
 
-void Facade::PaintStorey(Brush &brush, const Bay &bay, const Storey &storey) const
+void Facade::PaintStory(Brush &brush, const Bay &bay, const Story &story) const
 {
     const double y = brush.cell.at.y;
-    const bool tall = storey.kind == WindowKind::Tall;
-    if (y > storey.top - 90 && y < storey.band) {
-        const uint32_t seed = static_cast<uint32_t>(1000 + bay.index * 17 + static_cast<int>(storey.top));
+    const bool tall = story.kind == WindowKind::Tall;
+    if (y > story.top - 90 && y < story.band) {
+        const uint32_t seed = static_cast<uint32_t>(1000 + bay.index * 17 + static_cast<int>(story.top));
         PaintWindow(brush,
-                    {bay.x, storey.top, storey.bottom,
-                     tall                                   ? 54.0
-                         : storey.kind == WindowKind::Plain ? 50.0
-                                                            : 44.0,
-                     tall, storey.kind != WindowKind::Attic, HouseOf(bay.house).shutter, seed});
+                    {bay.x, story.top, story.bottom,
+                     tall                                  ? 54.0
+                         : story.kind == WindowKind::Plain ? 50.0
+                                                           : 44.0,
+                     tall, story.kind != WindowKind::Attic, HouseOf(bay.house).shutter, seed});
     }
-    brush.Shade(Span(y, storey.band + 14, storey.band + 24, brush.cell.height), kShadow);
-    brush.Fill(Span(y, storey.band, storey.band + 14, brush.cell.height), kStone);
-    brush.Shade(Span(y, storey.band + 9, storey.band + 14, brush.cell.height), 0.84);
+    brush.Shade(Span(y, story.band + 14, story.band + 24, brush.cell.height), kShadow);
+    brush.Fill(Span(y, story.band, story.band + 14, brush.cell.height), kStone);
+    brush.Shade(Span(y, story.band + 9, story.band + 14, brush.cell.height), 0.84);
 }
 
 void Facade::PaintArch(Brush &brush, const Bay &bay) const
@@ -320,8 +321,8 @@ Rgb Facade::Building(const Footprint &cell) const
         const Bay bay = BayAt(cell.at.x);
         Brush wall(cell);
         PaintWall(wall, bay);
-        for (const Storey &storey : m_plan.storeys)
-            PaintStorey(wall, bay, storey);
+        for (const Story &story : m_plan.stories)
+            PaintStory(wall, bay, story);
         if (y > m_plan.arcade - 30)
             PaintArcade(wall, bay);
         PaintPilasters(wall);
@@ -335,7 +336,7 @@ Rgb Facade::Building(const Footprint &cell) const
     return brush.color;
 }
 
-/// Returns the height in the picture of the edge ahead of a row of tiles.
+/// Returns the y coordinate of the near edge of a row of tiles.
 double Facade::RowEdge(double row) const
 {
     return m_plan.horizon + 3880 / row;

@@ -7,7 +7,7 @@ namespace Samples {
 
 enum class WindowKind { Attic, Plain, Tall };
 
-struct Storey {
+struct Story {
     WindowKind kind;
     double top; ///< of the windows
     double bottom;
@@ -21,15 +21,15 @@ struct FacadePlan {
     std::vector<double> pilasters; ///< axes of the pilasters between houses, from left to right
     double ridge;
     double eaves;
-    std::vector<Storey> storeys;
+    std::vector<Story> stories;
     double arcade;                    ///< top of the ground floor
     double ground;                    ///< foot of the wall
     double square;                    ///< where the steps end and the tiles begin
-    double horizon;                   ///< height of the eye
+    double horizon;                   ///< eye level
     double bottom;                    ///< of the picture
     double width;                     ///< of the picture
-    std::vector<double> lengthStrips; ///< dark strips that recede from the eye, in tiles from the middle
-    std::vector<int> crossStrips;     ///< rows of dark tiles, counted from the eye
+    std::vector<double> lengthStrips; ///< dark strips that recede from the viewer, in tiles from the middle
+    std::vector<int> crossStrips;     ///< rows of dark tiles, counted from the viewer
 };
 
 class Facade : public Scene {
@@ -52,7 +52,7 @@ private:
     void PaintRoof(Brush &brush) const;
     void PaintCornice(Brush &brush) const;
     void PaintWall(Brush &brush, const Bay &bay) const;
-    void PaintStorey(Brush &brush, const Bay &bay, const Storey &storey) const;
+    void PaintStory(Brush &brush, const Bay &bay, const Story &story) const;
     void PaintArcade(Brush &brush, const Bay &bay) const;
     void PaintArch(Brush &brush, const Bay &bay) const;
     void PaintAwning(Brush &brush, const Bay &bay) const;

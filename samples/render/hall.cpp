@@ -17,7 +17,7 @@ constexpr Rgb kTile = {0.87, 0.88, 0.84};
 constexpr Rgb kTeal = {0.16, 0.42, 0.45};
 constexpr Rgb kOchre = {0.80, 0.60, 0.30};
 
-/// A position on one face of the room: s and t are its coordinates in meters, with the sides of the footprint.
+/// A footprint on one face of the room: the coordinates of its center and its sides, in meters.
 struct Spot {
     double s;
     double t;
@@ -50,7 +50,7 @@ double TileTone(const Spot &at, double width, double height, uint32_t seed)
            - 0.5);
 }
 
-/// Returns the distance from the middle of the nearest bay.
+/// Returns the signed distance of @p z from the middle of its bay.
 double InBay(double z)
 {
     return z - kBay * std::floor(z / kBay) - kBay / 2;
@@ -105,7 +105,7 @@ Rgb CeilingColor(const Spot &at)
     return Mix(color, Mix(sky, {0.28, 0.32, 0.33}, bars), Span(std::abs(at.s), -1, kSkyHalf, at.sSize));
 }
 
-/// Tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
+/// Returns the color of a wall: tiles up to the frieze, plaster above; t runs from the ceiling down to the floor.
 Rgb WallBase(const Spot &at, double length)
 {
     Rgb color = Rgb{0.88, 0.80, 0.64} * (1 + 0.05 * Cloud(at.s, at.t, 3, 341));
@@ -170,10 +170,11 @@ Rgb Hall::At(const Footprint &cell) const
     const double dx = (cell.at.x - m_center.x) / m_focalPx;
     const double dy = (cell.at.y - m_center.y) / m_focalPx;
     const double size = std::max(cell.width, cell.height) / m_focalPx;
-    const double side = kWall / std::max(std::abs(dx), 1e-9); // depth at which the ray meets each face
+    // Depths at which the ray meets the side walls, and the floor or ceiling.
+    const double side = kWall / std::max(std::abs(dx), 1e-9);
     const double level = (dy > 0 ? kFloor : -kCeiling) / std::max(std::abs(dy), 1e-9);
     const double z = std::min({side, level, kEnd});
-    // Along a face that recedes from the eye, a sideways step of the ray also changes the depth.
+    // On a face that recedes from the viewer, a sideways step of the ray also changes the depth.
     const double across = z * cell.width / m_focalPx;
     const double down = z * cell.height / m_focalPx;
     if (z == kEnd)

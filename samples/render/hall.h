@@ -1,5 +1,5 @@
-/// A tiled swimming hall seen from one end, modeled in 3D so that it can be photographed by a lens with any angle of
-/// view.
+/// A tiled indoor swimming pool seen from one end, modeled in 3D so that lenses with any angle of view can photograph
+/// it.
 #pragma once
 
 #include "scene.h"
@@ -16,7 +16,7 @@ public:
     std::vector<EvenPatch> Patches() const override;
 
 private:
-    /// A point in meters: to the right, downward and ahead of the eye.
+    /// A point in meters: to the right of, below and ahead of the viewer's eye.
     struct Place {
         double x;
         double y;

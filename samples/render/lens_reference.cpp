@@ -51,7 +51,7 @@ double SolveRadial(const LensModel &model, double value)
     return x;
 }
 
-/// The elements of one model, with the indentation of a sub-model.
+/// XML elements at one level of indentation.
 class Elements {
 public:
     explicit Elements(const std::string &indent) : m_indent(indent) { m_text.precision(9); }

@@ -12,15 +12,15 @@ struct Point {
     double y = 0;
 };
 
-/// One model of a profile, with values as fractions of the picture's size minus one, as in profile files.
+/// One model of a profile, with values as fractions of width - 1 or height - 1, as in profile files.
 struct LensModel {
-    double focalLength = 1; ///< of the width, for both axes of all models but the vignette
+    double focalLength = 1; ///< of the width, for both axes; the vignetting model differs, see Gain
     double centerX = 0.5;
     double centerY = 0.5;
-    std::vector<double> coefficients = {}; ///< radial terms; for the vignetting model its three terms
+    std::vector<double> coefficients = {}; ///< radial terms, or the three terms of the vignetting model
     double tangential1 = 0;
     double tangential2 = 0;
-    double scaleFactor = 1;                  ///< of the red/green and blue/green models only
+    double scaleFactor = 1;                  ///< only in the red/green and blue/green models
     std::optional<double> focalLengthY = {}; ///< if it differs; only the vignetting model uses it
 };
 
@@ -41,29 +41,29 @@ struct LensProfile {
 
 enum class Projection { Perspective, Fisheye };
 
-/// Returns the position in the photograph that one model maps to @p corrected.
+/// Returns the position in the photograph to which one model maps @p corrected.
 ///
-/// Perspective: outward by the factor 1 + c0 r^2 + c1 r^4 + c2 r^6 with r in focal lengths, plus the tangential terms
-/// of Brown's model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5. The scale factor stretches center and
-/// focal length.
+/// Perspective: multiplies the radius r, in focal lengths, by 1 + c0 r^2 + c1 r^4 + c2 r^6, and adds the tangential
+/// terms of Brown's model. Fisheye: r becomes atan(r) + c0 atan(r)^3 + c1 atan(r)^5 + c2 atan(r)^7. The scale factor
+/// stretches center and focal length.
 Point ToSource(const LensProfile &profile, const LensModel &model, Projection projection, Point corrected);
 
-/// An inverse mapping with its derivatives: the factors that stretch a step along and across the radius.
+/// A position found by the inverse mapping, with the mapping's Jacobian matrix there.
 struct Inverse {
     Point corrected;
     double derivative[2][2];
 };
 
-/// Returns the position whose ToSource is @p source. Only for models without tangential terms, where the radius
-/// increases.
+/// Returns the position that ToSource maps to @p source. Only for models without tangential terms, and radii at which
+/// the model increases.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Returns the vignetting model's gain at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a
-/// power series truncated after x^4, with x the squared radius in focal lengths. Focal lengths here are shares of the
-/// longer side.
+/// power series truncated after x^4, where x is the squared radius in focal lengths. Here, focal lengths are fractions
+/// of the longer side.
 double Gain(const LensProfile &profile, Point source);
 
-/// Camera orientation: a portrait is rotated by 90 degrees to the left into the profile's landscape frame.
+/// Camera orientation: a portrait is rotated counterclockwise by 90 degrees into the profile's landscape frame.
 enum class Hold { Landscape, Portrait };
 
 /// Converts from the upright picture to the profile's frame and back; @p uprightWidth in pixels.
@@ -73,7 +73,7 @@ Point Upright(Point turned, int uprightWidth, Hold hold);
 /// Returns the projection of the distortion and the green model of @p profile.
 Projection MainProjection(const LensProfile &profile);
 
-/// Returns the profile as the text of an .lcp file, values as child elements.
+/// Returns the profile as the text of an .lcp file, with values as child elements.
 std::string ProfileText(const LensProfile &profile);
 
 } // namespace Samples

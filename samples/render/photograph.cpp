@@ -16,7 +16,7 @@ constexpr int kSubsamples = 2;    // per side
 constexpr double kSoftness = 1.5; // width of an edge in sub-samples: the blur of a good lens
 constexpr double kNoise = 0.0045;
 
-/// Traces one channel back from the photograph to the scene.
+/// Path of one channel from the photograph back to the scene.
 class ChannelPath {
 public:
     ChannelPath(const LensProfile &profile, const std::optional<LensModel> &fromGreen)
@@ -24,7 +24,8 @@ public:
     {
     }
 
-    /// @p source is a position in the profile's landscape frame; @p green receives green's position for the same point.
+    /// Traces @p source, a position in the profile's landscape frame. @p green receives green's position for the same
+    /// point.
     Inverse Trace(Point source, Point *green) const
     {
         *green = source;
@@ -52,7 +53,7 @@ double ChannelOf(Rgb color, int channel)
     return channel == 0 ? color.r : channel == 1 ? color.g : color.b;
 }
 
-/// Returns repeatable noise, approximately normal, with mean 0 and deviation 1.
+/// Returns repeatable noise, approximately normal, with mean 0 and standard deviation 1.
 double Grain(int x, int y, int channel)
 {
     double sum = 0;
@@ -136,7 +137,7 @@ void EncodeJpeg(FILE *file, const Picture &picture)
     info.in_color_space = JCS_RGB;
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, 90, TRUE);
-    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = 1; // fringes are in the chroma channels
+    info.comp_info[0].h_samp_factor = info.comp_info[0].v_samp_factor = 1; // keeps color fringes sharp
     info.optimize_coding = TRUE;
     jpeg_start_compress(&info, TRUE);
     const std::vector<unsigned char> profile = ColorProfile();

@@ -32,7 +32,7 @@ struct Picture {
 /// The profile must have the chromatic models, and no tangential terms. Gives the same bytes on every run.
 Picture Photograph(const Scene &scene, const LensProfile &profile, Hold hold);
 
-/// Writes a JPEG of quality 90 without chroma subsampling, with EXIF, IPTC and an sRGB profile.
+/// Writes a JPEG with quality 90, EXIF, IPTC and an sRGB profile, without chroma subsampling.
 /// Throws std::runtime_error if the file cannot be written.
 void WriteJpeg(const std::string &path, const Picture &picture, const LensProfile &profile, const Caption &caption);
 

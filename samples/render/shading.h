@@ -31,7 +31,7 @@ inline Rgb operator+(Rgb c, Rgb d)
     return {c.r + d.r, c.g + d.g, c.b + d.b};
 }
 
-/// @p a at 0, @p b at 1.
+/// Returns a mixture of two colors: @p a at t = 0, @p b at t = 1.
 inline Rgb Mix(Rgb a, Rgb b, double t)
 {
     return a * (1 - t) + b * t;
@@ -41,7 +41,7 @@ inline double Clamp01(double v)
     return std::clamp(v, 0.0, 1.0);
 }
 
-/// Returns 0 at and below @p lo, 1 at and above @p hi, smooth between; @p lo may exceed @p hi.
+/// Returns 0 at and below @p lo, 1 at and above @p hi, smooth in between; @p lo may exceed @p hi.
 inline double Ramp(double v, double lo, double hi)
 {
     const double t = Clamp01((v - lo) / (hi - lo));
@@ -54,14 +54,15 @@ inline double Span(double v, double lo, double hi, double size)
     return Clamp01((std::min(v + size / 2, hi) - std::max(v - size / 2, lo)) / size);
 }
 
-/// Returns the mean over @p size of the wave that is +1 in the first half of each period of 2 and -1 in the second.
+/// Returns the mean, over the interval of length @p size around @p v, of the wave that is +1 in the first half of each
+/// period of 2 and -1 in the second.
 inline double SquareWave(double v, double size)
 {
     const auto integral = [](double s) { return std::abs(s - 2 * std::floor(s / 2) - 1); };
     return -(integral(v + size / 2) - integral(v - size / 2)) / size;
 }
 
-/// Returns the share covered by lines of @p thickness around each multiple of @p period.
+/// Returns the share of the same interval that is covered by lines of @p thickness around the multiples of @p period.
 inline double Lines(double v, double period, double thickness, double size)
 {
     const auto integral = [&](double s) {
@@ -72,7 +73,7 @@ inline double Lines(double v, double period, double thickness, double size)
     return Clamp01((integral(at + size / 2) - integral(at - size / 2)) / size);
 }
 
-/// Returns numbers evenly distributed in [0, 1), the same for the same cell on every machine.
+/// Returns a hash of a cell: uniformly distributed in [0, 1), and the same on every machine.
 inline double Hash(int64_t x, int64_t y, uint32_t seed)
 {
     uint64_t h = static_cast<uint64_t>(x) * 0x9E3779B97F4A7C15u ^ static_cast<uint64_t>(y) * 0xC2B2AE3D27D4EB4Fu
@@ -96,7 +97,7 @@ inline double Noise(double x, double y, uint32_t seed)
     return 2 * (top * (1 - ty) + bottom * ty) - 1;
 }
 
-/// Returns noise of @p octaves sizes, each half as large and half as strong as the previous one.
+/// Returns a sum of @p octaves noises, each half as large and half as strong as the previous one.
 inline double Cloud(double x, double y, int octaves, uint32_t seed)
 {
     double sum = 0;
@@ -106,14 +107,14 @@ inline double Cloud(double x, double y, int octaves, uint32_t seed)
     return sum;
 }
 
-/// A small cell of the corrected picture: its center and how far it reaches.
+/// A small cell of the corrected picture: its center and its sides.
 struct Footprint {
     Point at;
     double width = 1;
     double height = 1;
 };
 
-/// The color of one footprint while it is painted: each call paints over the previous ones.
+/// The color of one footprint while it is being painted: each call paints over the previous ones.
 class Brush {
 public:
     explicit Brush(const Footprint &footprint) : cell(footprint) { }
@@ -123,7 +124,7 @@ public:
     {
         return Span(cell.at.x, x0, x1, cell.width) * Span(cell.at.y, y0, y1, cell.height);
     }
-    /// Returns the share of the footprint inside an ellipse, accurate if it is far larger than the footprint.
+    /// Returns the share of the footprint inside an ellipse, accurate if the ellipse is far larger.
     double Ellipse(double cx, double cy, double rx, double ry) const
     {
         const double r = std::hypot((cell.at.x - cx) / rx, (cell.at.y - cy) / ry);

@@ -6,7 +6,7 @@
 namespace Samples {
 
 struct Window {
-    double x; ///< x of the window's axis, in the brush's coordinates
+    double x; ///< of the footprint, relative to the window's axis
     double top;
     double bottom;
     double half; ///< half its width

@@ -9,12 +9,12 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 
-/// Locks an image's full-size pixels for a scope, so that an exception unlocks them too.
+/// Scoped lock of an image's full-size pixels, so that an exception unlocks them too.
 class FullSizeLock {
 public:
     enum class Rows {
         Complete,
-        MayBePending, ///< call KImage::WaitForRows before reading any
+        MayBePending, ///< call KImage::WaitForRows before reading any row
     };
 
     explicit FullSizeLock(KIImageDef *def, Rows rows = Rows::Complete) : m_def(def), m_image(Lock(def, rows)) { }

@@ -26,7 +26,7 @@ bool ExtendsBeyondMap(const Correction &correction)
         return false;
     const RadialMap &map = *correction.geometry;
     const double endSquared = map.endRadius * map.endRadius;
-    if (!(endSquared <= map.factor.EndSquared())) // no framing reaches farther out
+    if (!(endSquared <= map.factor.EndSquared())) // the table ends first: no framing shows more
         return false;
     const double reach = map.endRadius * map.factor.AtSquared(endSquared);
     return std::hypot(std::max(map.centerX, correction.width - 1.0 - map.centerX),

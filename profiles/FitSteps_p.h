@@ -22,7 +22,7 @@ struct FitTask {
     bool isWanted;
     double amount;
     Fact<bool> done;
-    bool tried; // an earlier run of ours failed to correct it
+    bool tried; // an earlier run failed to correct it
 };
 using FitTasks = std::array<FitTask, 3>; // distortion, color, light
 

@@ -124,7 +124,7 @@ bool Shows(const CorrectionTwin &twin, const Point &place, Point *shown)
 {
     Point at = place;
     for (int i = 0; i < 100; ++i) {
-        const double step = 1.0; // of the difference quotients
+        const double step = 1.0; // px, for finite differences
         const Point here = twin.At(at.x, at.y).green, right = twin.At(at.x + step, at.y).green,
                     below = twin.At(at.x, at.y + step).green;
         const double a = right.x - here.x, b = below.x - here.x, c = right.y - here.y, d = below.y - here.y;

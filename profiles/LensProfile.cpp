@@ -133,7 +133,7 @@ private:
         }
     }
 
-    /// Returns a value of the setting, or 0 with a note.
+    /// Returns a value of the setting; 0 if it is missing or, with a note, invalid.
     double Size(const SizeRule &rule)
     {
         const ProfileField *field = Find(m_node, rule.name);

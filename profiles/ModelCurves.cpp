@@ -107,7 +107,7 @@ double FoldRadius(const std::function<double(double)> &factor, double endRadius)
 RadialCurve Tabulate(const std::function<double(double)> &value, double endRadius,
                      const std::function<double(double)> &tolerance)
 {
-    if (!(endRadius > 1e-3)) // an empty map
+    if (!(endRadius > 1e-3)) // nothing to tabulate
         return RadialCurve(value(0.0));
     const double endSquared = endRadius * endRadius;
     const auto at = [&](double squared) { return value(std::min(std::sqrt(squared), endRadius)); };

@@ -32,7 +32,7 @@ struct PictureFacts {
     Fact<double> focalMm, focal35Mm, digitalZoom, aperture, distanceM; // the distance may be infinite
     QSize pixels;                                                      // as stored and delivered by the reader
     Fact<QSize> original;           // full size as photographed, before cropping or scaling
-    Fact<double> focalPlaneWidthMm; // of the original's long side
+    Fact<double> focalPlaneWidthMm; // long side of the original on the sensor
     Orientation orientation = 1;    // from the file
     Orientation readerTurn = 1;     // already applied by the reader: raw, HEIF
     bool raw = false;

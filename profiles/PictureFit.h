@@ -19,8 +19,8 @@ QString UserProfileFolder();
 /// Returns the name to show for FitResult::profile: the file's name, or "lensfun: MAKER/LENS".
 QString ShownProfileName(const QString &profile);
 
-/// Fits pictures with the profiles of some folders, and with lensfun's database if none of them fits. Reads the profile
-/// index for the first picture that needs it. Thread-safe; searches run one at a time.
+/// Fitter of pictures, with the profiles of some folders, or with lensfun's database if none of them fits. Reads the
+/// profile index for the first picture that needs it. Thread-safe; searches run one at a time.
 class PictureFitter {
 public:
     /// @param folders    searched recursively.

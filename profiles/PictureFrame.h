@@ -28,8 +28,8 @@ PictureVector Turned(Orientation turn, const PictureVector &vector);
 
 /// Position of the current picture in the camera's whole picture, in pixels of the current picture.
 struct PicturePlace {
-    double width = 0.0, height = 0.0;    // of the whole, in the sensor's orientation
-    double middleX = 0.0, middleY = 0.0; // center of the current picture, from the center of the whole
+    double width = 0.0, height = 0.0;    // of the whole picture, in the sensor's orientation
+    double middleX = 0.0, middleY = 0.0; // center of the current picture, relative to that of the whole one
     Orientation turn = 1;                // from the sensor to the current picture
 };
 
@@ -60,7 +60,7 @@ struct PictureBody {
 /// Returns whether the entry was measured with this body.
 bool IsSameBody(const ProfileEntry &entry, const PictureBody &body);
 
-/// Calculator of a picture's frames for the entries of a profile.
+/// Frames of a picture, computed for the entries of a profile.
 class PictureFrame {
 public:
     PictureFrame(const PictureFacts &facts, const PictureBody &body);

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kPoints = 4096;                    // as in tables of ICC profiles
+constexpr int kPoints = 4096;                    // a common table size in ICC profiles
 constexpr double kAdobeRgbGamma = 563.0 / 256.0; // Adobe RGB (1998) Color Image Encoding, 4.3.1.2
 
 std::optional<TransferCurve> CurveOfProfile(const QString &path)

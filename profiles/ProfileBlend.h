@@ -15,7 +15,7 @@ struct BlendPart {
 };
 using BlendParts = QVector<BlendPart>;
 
-/// Blender of entries into the maps of one picture. Tables extend to the largest radius that any framing needs.
+/// Maps of one picture, blended from a profile's entries. Tables extend to the largest radius that any framing needs.
 class ProfileBlend {
 public:
     /// @p frame must outlive the object. @p pixels is the picture's size.

@@ -221,7 +221,7 @@ bool ProfileGrid::AddFocal(const Focal &focal, double weight, const Setting &set
         && AddDistance(distances[at.second], weight * at.share, setting, choice);
 }
 
-/// Adds a note: light changes with the aperture, so a measurement at one may be far off at another.
+/// Adds a note: light changes with the aperture, so a measurement at one aperture may be far off at another.
 void ProfileGrid::NoteOnlyAperture(const Cell &only, const Setting &setting, GridChoice *choice) const
 {
     if (m_quantity != Quantity::Light)

@@ -9,7 +9,7 @@
 class KIImageDef;
 class Ui_UIImageDefListWizardClass;
 
-/// Base class of a page that fills the free area with a child and edits the records, which are opaque here and owned by
+/// Base class. Derived pages fill the free area with a child and edit the records, which are opaque here and owned by
 /// the process. Call SetChild first, then SetImages once per job. GUI thread.
 class UIImageDefListWizard : public QWizardPage {
     Q_OBJECT

@@ -29,8 +29,8 @@ struct ReducedSize {
     double scale; // relative to full size
 };
 
-/// Returns the preview size: at most kLongestSidePx on the long side, never enlarged; the short side is truncated, but
-/// at least 1.
+/// Returns the preview size: at most kLongestSidePx on the long side, never enlarged; the short side is rounded down,
+/// but at least 1.
 ReducedSize SizeOfPreview(const KIImageDef &def)
 {
     const int columns = def.nCols();
@@ -44,7 +44,7 @@ ReducedSize SizeOfPreview(const KIImageDef &def)
     return upright ? ReducedSize{shortSide, longSide, scale} : ReducedSize{longSide, shortSide, scale};
 }
 
-/// Locks an image's reduced pixels for a scope.
+/// Scoped lock of an image's reduced pixels.
 class ReducedLock {
 public:
     ReducedLock(KIImageDef *def, const ReducedSize &size)

@@ -15,8 +15,7 @@ class QAction;
 class QMovie;
 class Ui_UIVitreluxPreviewClass;
 
-/// Editor for one image's record, which changes in place, with a reduced preview rendered by a worker thread. GUI
-/// thread.
+/// Editor that changes one image's record in place, with a reduced preview rendered by a worker thread. GUI thread.
 ///
 ///   | state                    | "isComplete" | wait label | painted                                   |
 ///   |--------------------------|--------------|------------|-------------------------------------------|
@@ -27,8 +26,8 @@ class Ui_UIVitreluxPreviewClass;
 /// A change during a render replaces the pending request, which starts when the render ends. The dynamic property
 /// "isComplete" tells the parent page whether the user may continue; each change emits the parent's completeChanged().
 ///
-/// Rendering a fitted record without a chosen profile doesn't change that: the profile's row shows, as a placeholder,
-/// the profile found or why none was found. A chosen profile can be cleared there.
+/// Rendering never sets the profile of a fitted record. Without a chosen profile, the profile's row shows a
+/// placeholder: the profile found, or why none was found. A chosen profile can be cleared there.
 class UIVitreluxPreview : public QWidget {
     Q_OBJECT
 public:

@@ -179,7 +179,7 @@ QString Range(double from, double to, const QString &unit)
 }
 
 /// Returns the words that identify a lens.
-QSet<QString> TellingWords(const LensName &name)
+QSet<QString> DistinctiveWords(const LensName &name)
 {
     QSet<QString> words;
     for (const QString &word : name.words)
@@ -191,7 +191,7 @@ QSet<QString> TellingWords(const LensName &name)
 /// Returns whether @p name has all words of @p unnamed, which has no maker: one of them may be an unknown maker.
 bool HasWordsOf(const LensName &name, const LensName &unnamed)
 {
-    return name.words.contains(TellingWords(unnamed));
+    return name.words.contains(DistinctiveWords(unnamed));
 }
 
 bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
@@ -209,7 +209,7 @@ bool MayHaveSameMaker(const LensName &wanted, const LensName &offered)
     return wantedMount.isEmpty() || HasWordsOf(wanted, offered);
 }
 
-/// Returns the first number of @p offered that differs, as text; empty if all numbers that both names have agree.
+/// Returns the first number of @p offered that contradicts @p wanted, as text; empty if none does.
 QString NumberContradiction(const LensName &wanted, const LensName &offered)
 {
     // Numbers in names are rounded: 4.25 mm is "4.3mm", f/1.68 is "f/1.7".
@@ -226,7 +226,7 @@ QString NumberContradiction(const LensName &wanted, const LensName &offered)
 }
 
 /// Returns the lens codes that are specific enough to compare: "b028" or "013", not "11".
-QSet<QString> TellingCodes(const LensName &name)
+QSet<QString> DistinctiveCodes(const LensName &name)
 {
     QSet<QString> codes;
     for (const QString &code : name.codes)
@@ -243,9 +243,9 @@ QSet<QString> MarksOf(const LensName &name, Group group)
 /// Returns whether a name has more than numbers, a mount and the hints that cameras add.
 bool IsFull(const LensName &name)
 {
-    constexpr Group kTelling[] = {Group::Motor,  Group::Format,  Group::Line,
-                                  Group::Series, Group::Formula, Group::Purpose};
-    return !name.words.isEmpty() || std::any_of(std::begin(kTelling), std::end(kTelling), [&name](Group group) {
+    constexpr Group kDistinctive[] = {Group::Motor,  Group::Format,  Group::Line,
+                                      Group::Series, Group::Formula, Group::Purpose};
+    return !name.words.isEmpty() || std::any_of(std::begin(kDistinctive), std::end(kDistinctive), [&name](Group group) {
         return !MarksOf(name, group).isEmpty();
     });
 }
@@ -274,9 +274,9 @@ bool MayBeGeneration(const LensName &name, const QSet<QString> &marks)
     return !name.maybeGeneration.isEmpty() && (marks.isEmpty() || marks == QSet<QString>{name.maybeGeneration});
 }
 
-/// Returns whether the maker's cameras, and users, often omit the stabilizer. Olympus cameras write "OLYMPUS M.12-100mm
-/// F4.0", without any details.
-bool LeavesStabilizerOut(const LensName &name)
+/// Returns whether the maker's cameras, and users, often omit the stabilizer from names. Olympus cameras write "OLYMPUS
+/// M.12-100mm F4.0", without any details.
+bool OmitsStabilizer(const LensName &name)
 {
     return name.maker == QLatin1String("panasonic") || name.maker == QLatin1String("leica")
         || (name.maker == QLatin1String("olympus") && name.marks.contains(QStringLiteral("mzuiko")) && !IsFull(name));
@@ -288,12 +288,12 @@ QString MarkContradiction(const LensName &wanted, const LensName &offered)
         const QSet<QString> mine = MarksOf(wanted, rule.group), theirs = MarksOf(offered, rule.group);
         if (rule.group == Group::Generation && (MayBeGeneration(wanted, theirs) || MayBeGeneration(offered, mine)))
             continue;
-        if (rule.group == Group::Stabilizer && LeavesStabilizerOut(wanted) && (mine.isEmpty() || theirs.isEmpty()))
+        if (rule.group == Group::Stabilizer && OmitsStabilizer(wanted) && (mine.isEmpty() || theirs.isEmpty()))
             continue;
         if (Contradict(rule.group == Group::Motor ? MotorRule(wanted) : rule.rule, mine, theirs, wanted))
             return QLatin1String("another ") + QLatin1String(rule.name);
     }
-    const QSet<QString> myCodes = TellingCodes(wanted), theirCodes = TellingCodes(offered);
+    const QSet<QString> myCodes = DistinctiveCodes(wanted), theirCodes = DistinctiveCodes(offered);
     if (Contradict(Rule::NotOther, myCodes, theirCodes, wanted))
         return QStringLiteral("another model number");
     return QString();
@@ -315,7 +315,7 @@ QString Contradiction(const LensName &wanted, const LensName &offered)
         return QStringLiteral("another camera");
     if (const QString mark = MarkContradiction(wanted, offered); !mark.isEmpty())
         return mark;
-    const QSet<QString> mine = TellingWords(wanted), theirs = TellingWords(offered);
+    const QSet<QString> mine = DistinctiveWords(wanted), theirs = DistinctiveWords(offered);
     return mine == theirs ? QString() : QStringLiteral("other words");
 }
 

@@ -35,7 +35,7 @@ enum class Group {
 /// Comparison rule for the marks of a group.
 enum class Rule {
     Same,       // names conflict unless they have the same marks of the group
-    SameIfFull, // like Same, but a picture's lens name with only numbers, or a mount and numbers, matches any
+    SameIfFull, // like Same, but a picture's lens name with only numbers, or a mount and numbers, matches all
     NotOther    // names conflict only if both have marks of the group and these differ
 };
 

@@ -31,7 +31,7 @@ QDataStream &operator<<(QDataStream &out, const IndexedProfile &profile)
                << head.maxAperture << head.width << head.height << head.sensorFormatFactor << head.raw;
 }
 
-/// Reads a list as QDataStream would, but without allocating the number of texts that the data claims to have.
+/// Reads a list as QDataStream would, but without first allocating as many texts as the data claims to have.
 QStringList ReadTexts(QDataStream &in)
 {
     QStringList texts;

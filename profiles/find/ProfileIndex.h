@@ -18,7 +18,7 @@ struct UnreadPath {
 struct IndexedProfile {
     QString path;
     qint64 bytes = 0;
-    qint64 modifiedMs = 0; // since 1970
+    qint64 modifiedMs = 0; // since the epoch
     QString error;         // why it cannot be used; empty: `head` is valid
     ProfileHead head;
 };

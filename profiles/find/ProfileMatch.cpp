@@ -161,10 +161,10 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
             CompleteNumbers(facts, &name);
             if (name.maker.isEmpty() && facts.lensMake.Known())
                 name.maker = MakerOf(facts.lensMake.value);
-            const bool isBelieved = trusted.isEmpty()
+            const bool isAccepted = trusted.isEmpty()
                 || std::any_of(trusted.begin(), trusted.end(),
                                [&](const LensName &each) { return Agrees(each, name); });
-            if (isBelieved && (name.HasFocal() || !name.IsBare()))
+            if (isAccepted && (name.HasFocal() || !name.IsBare()))
                 ofSource.append(name);
         }
         all += ofSource;
@@ -173,16 +173,16 @@ QVector<LensName> WantedLenses(const PictureFacts &facts)
             }))
             trusted = ofSource;
     }
-    QVector<LensName> telling;
+    QVector<LensName> specific;
     for (const LensName &name : qAsConst(all)) {
-        const bool lesser = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
+        const bool isLessSpecific = std::any_of(all.begin(), all.end(), [&name](const LensName &other) {
             return !(name.isAlternative && other.isAlternative) && IsSubset(name, other)
                 && CompareLensNames(name, other).why.indexOf(QLatin1String("mm")) < 0;
         });
-        if (!lesser)
-            telling.append(name);
+        if (!isLessSpecific)
+            specific.append(name);
     }
-    return telling;
+    return specific;
 }
 
 const LensName *OtherLens(const QVector<LensName> &wanted, const LensName &found, const PictureFacts &facts)

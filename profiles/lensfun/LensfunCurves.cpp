@@ -25,8 +25,8 @@ Norms NormsOf(const lfLens &lens, const LensfunFrame &frame)
     const double width = std::max(frame.width - 1.0, 1.0), height = std::max(frame.height - 1.0, 1.0);
     const double half = std::min(width, height) / 2.0;
     const double aspect = std::max(width, height) / std::min(width, height);
-    const double calibrated =
-        std::hypot(double(lens.AspectRatio), 1.0); // diagonal of its frame divided by the short side
+    // Diagonal of the calibrated frame divided by its short side.
+    const double calibrated = std::hypot(double(lens.AspectRatio), 1.0);
     const double scale = std::hypot(aspect, 1.0) * frame.cropFactor / double(lens.CropFactor) / calibrated;
     return {half * scale, half * scale * calibrated, half};
 }

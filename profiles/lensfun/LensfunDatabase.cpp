@@ -264,8 +264,8 @@ LensfunMatch LensfunDatabase::Find(const PictureFacts &facts) const
                         : QStringLiteral("lensfun doesn't know the lens \"%1\"").arg(wanted.first().text));
     const NamedLens &best = lenses.first();
     constexpr double kSlack = 1.0;
-    const bool byNumbers =
-        !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare(); // other details then don't matter
+    // If so, details other than numbers don't matter.
+    const bool byNumbers = !IsFixed(camera) && AreBare(wanted) && !best.name.IsBare();
     for (const NamedLens &other : qAsConst(lenses))
         if (!IsOneLens(best, other) && (byNumbers || other.score >= best.score - kSlack)
             && !CompareLensNames(best.name, other.name).fits)

@@ -9,7 +9,7 @@ struct lfLens;
 
 /// The lens found for a picture.
 struct LensfunMatch {
-    const lfLens *lens = nullptr; // owned by the database, which is never freed; null: none
+    const lfLens *lens = nullptr; // owned by the database, valid until the process ends; null: none
     QString title;                // "MAKER/LENS", spelled as in the database
     QString name;                 // name of an interchangeable lens, with its maker; empty for a fixed lens
     double cropFactor = 0.0;      // of the camera: diagonal of 36 x 24 mm divided by that of its sensor

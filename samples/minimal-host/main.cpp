@@ -69,8 +69,8 @@ public:
         KImage::exit();
     }
 
-    /// Returns the plug-in's process, owned by the plug-in, which makes fitted or plain records. Throws KException if
-    /// the plug-in can't be loaded.
+    /// Returns the process, owned by the plug-in and set up to make fitted or plain records. Throws KException if the
+    /// plug-in can't be loaded.
     KIPluginOne2One *Process(bool isFitted)
     {
         QObject *object = m_plugin.instance();

@@ -14,7 +14,7 @@ struct Point {
 
 /// One model of a profile, with values as fractions of width - 1 or height - 1, as in profile files.
 struct LensModel {
-    double focalLength = 1; ///< of the width, for both axes; the vignetting model differs, see Gain
+    double focalLength = 1; ///< fraction of width - 1 for both axes; for the vignetting model, see Gain
     double centerX = 0.5;
     double centerY = 0.5;
     std::vector<double> coefficients = {}; ///< radial terms, or the three terms of the vignetting model
@@ -54,8 +54,8 @@ struct Inverse {
     double derivative[2][2];
 };
 
-/// Returns the position that ToSource maps to @p source. Only for models without tangential terms, and radii at which
-/// the model increases.
+/// Returns the position that ToSource maps to @p source. Only for models without tangential terms, and only
+/// at radii where the model increases.
 Inverse ToCorrected(const LensProfile &profile, const LensModel &model, Projection projection, Point source);
 
 /// Returns the vignetting model's gain at a position of the photograph: the reciprocal of 1 + a x + b x^2 + d x^3, as a

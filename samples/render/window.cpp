@@ -6,7 +6,7 @@ namespace {
 constexpr Rgb kStone = {0.92, 0.89, 0.83};
 constexpr Rgb kFrame = {0.94, 0.93, 0.90};
 
-/// Returns the share of the footprint in a rectangle; left and right are relative to the window's axis.
+/// Function object for the share of the footprint in a rectangle; left and right are relative to the window's axis.
 struct Panel {
     const Brush &brush;
     double x;

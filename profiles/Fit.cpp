@@ -20,7 +20,7 @@ struct KnownFrame {
     QString why; // why there is none
 };
 
-/// Hash key of an entry: entries with the same camera and frame are equal.
+/// Hash key of an entry: entries with the same camera and frame compare equal.
 struct FramedEntry {
     const ProfileEntry *entry;
 

@@ -89,7 +89,7 @@ private:
         NoteScale(model, name);
         if (m_entry.kind == ProfileEntry::Kind::Perspective)
             return CheckPerspective(model, name);
-        // The uncorrected picture never reaches beyond the fold.
+        // The model reaches no source radius beyond that of the fold.
         const double fold = FisheyeEnd(model, Projection::Equidistant);
         NoteFold(fold * FisheyeFactor(model, Projection::Equidistant, fold), CornerRadius(m_entry, model), name);
     }

@@ -26,9 +26,8 @@ struct ProfileNode {
 
 /// Passes each entry of the document, an rdf:li in an element named CameraProfiles, to @p take, in order.
 ///
-/// Names are resolved by namespace URI. Attributes, elements, elements inside rdf:Description and those with or without
-/// rdf:parseType="Resource" give the same nodes. The limits of InputLimits.h apply; documents that declare entities are
-/// refused.
+/// Names are resolved by namespace URI. Attributes and elements give the same nodes, with or without rdf:Description or
+/// rdf:parseType="Resource". The limits of InputLimits.h apply; documents that declare entities are refused.
 ///
 /// @return why the document cannot be read to its end, with the line; empty if it can.
 QString ReadProfileXml(const QByteArray &content, const std::function<void(const ProfileNode &)> &take);

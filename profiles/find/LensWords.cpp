@@ -158,7 +158,7 @@ constexpr Mark kMarks[] = {
     {"summarit", Group::Line, nullptr},
     {"elmar", Group::Line, nullptr},
     {"macro", Group::Purpose, nullptr},
-    {"ze", Group::Mount, nullptr}, // Zeiss lenses for single-lens reflex cameras
+    {"ze", Group::Mount, nullptr}, // Zeiss lenses for SLR cameras
     {"zf", Group::Mount, "ze"},
     {"zk", Group::Mount, "ze"},
     {"zm", Group::Mount, nullptr},

@@ -19,7 +19,7 @@ struct Camera {
     double cropFactor = 0.0; // 0: unknown
 };
 
-/// A lens under one of its names.
+/// A lens with one of its names.
 struct NamedLens {
     const lfLens *lens = nullptr;
     LensName name;

@@ -5,7 +5,7 @@
 
 class KSettingsManager;
 
-/// Uses stored values and the caller's default, never the manager's table of defaults.
+/// Reader of stored values. If there is none, it uses the caller's default, never the manager's table of defaults.
 class KSRFromKSettingsManager : public KernelSettingsReader {
 public:
     /// @param manager  borrowed; must outlive the reader.

@@ -12,7 +12,7 @@ qint64 getFreeDiskSpace(QString path);
 bool CheckForDiskSpace(QString fileName, qint64 size);
 
 /// Explains a failed save: throws a KException if the disk has no room for @p size bytes or the file can't be opened
-/// for writing. Otherwise leaves an empty file if there was none.
+/// for writing. Otherwise returns, after creating an empty file if there was none.
 void CheckAndThrowForDiskSpace(QString fileName, qint64 size, QString where);
 
 /// Throws a KException if @p fileName doesn't exist; its message begins with a line feed.

@@ -25,7 +25,7 @@ constexpr int kMaxHeadText = 4096;      // characters of one field
 // ---- Profile folders and their index ----
 
 constexpr int kMaxIndexedProfiles = 100'000; // an index of 60 MB; the largest known collection has 6,000
-constexpr int kMaxFolderDepth = 32;          // nested folders; the walk is recursive
+constexpr int kMaxFolderDepth = 32;          // nested folders; the scan is recursive
 constexpr qint64 kMaxIndexCacheBytes = qint64(256) << 20;
 
 // ---- User files ----

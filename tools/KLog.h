@@ -6,8 +6,9 @@
 #include <QObject>
 #include <QTextStream>
 
-/// The process's log. Any thread may log; a mutex keeps lines from mixing. It is held while signals are emitted and is
-/// not recursive, so a directly connected slot that logs again deadlocks: use a queued connection for such a listener.
+/// The process's log. Any thread may log; a mutex keeps lines from mixing. The mutex is held while signals are emitted
+/// and is not recursive, so a directly connected slot that logs again deadlocks: use a queued connection for such a
+/// listener.
 class KLog : public QObject {
     Q_OBJECT
 public:

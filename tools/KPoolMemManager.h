@@ -47,7 +47,7 @@ public:
 
     /// Takes a free block; null if there is none.
     KPoolMemBloc *getFreeBloc();
-    /// Adds a block to the free ones.
+    /// Makes a block free again.
     void addFreeBloc(KPoolMemBloc *bloc);
     /// Claims the idle block with the smallest stamp, the first of equal ones; null if none is idle.
     KPoolMemBloc *getFreeableBloc();

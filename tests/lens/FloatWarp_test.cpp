@@ -229,7 +229,8 @@ void tst_FloatWarp::bandsAreTheWhole()
     }
 }
 
-/// Rendering from some of the source rows gives the same result as from all, or reports that they are insufficient.
+/// Checks that rendering from some of the source rows gives the same result as from all, or reports that they are
+/// insufficient.
 void tst_FloatWarp::someRowsOfTheSource()
 {
     constexpr int kWidth = 150, kHeight = 120, kBandRows = 8;

@@ -139,7 +139,7 @@ void tst_Lookup::profile_data()
         "No matching LensID");
     row("folder joined with a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
-    row("first entry within the brand wins", "Canon", "10 22 3",
+    row("first folder whose name the brand contains", "Canon", "10 22 3",
         {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},
         "L\\An/X1 Canon 10-22mm", "Fichier correspondant : X1 Canon 10-22mm");
     row("brand after another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",

@@ -43,8 +43,8 @@ void tst_FitChoices::initTestCase()
 
 void tst_FitChoices::blending()
 {
-    // Weights of the first of two entries: 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6; 1 and 3 m at
-    // 1.5 m: 0.5; f/2 and f/4 at f/2.8284: (1/8 - 1/16) / (1/4 - 1/16) = 1/3.
+    // The first entry's weight is (1/25 - 1/40) / (1/20 - 1/40) = 0.6 at 25 mm between 20 and 40 mm, 0.5 at 1.5 m
+    // between 1 and 3 m, and (1/8 - 1/16) / (1/4 - 1/16) = 1/3 at f/2.8284 between f/2 and f/4.
     QVector<ProfileEntry> entries;
     const double weights[] = {0.6, 0.4}, distances[] = {0.5, 0.5}, apertures[] = {1.0 / 3.0, 2.0 / 3.0};
     QVector<double> expected;

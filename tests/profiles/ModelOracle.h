@@ -11,10 +11,10 @@ struct OraclePoint {
 /// Position of a picture in the profile's frame. All values are in the sensor's orientation; applying @p turn gives the
 /// current picture.
 struct OraclePicture {
-    int width, height;                   // in pixels; of a crop of the whole picture
-    long double left = 0.0L, top = 0.0L; // position of the crop, in pixels
-    long double wholeWidth, wholeHeight; // before the crop
-    long double ratio = 1.0L;            // of the frames, q
+    int width, height;                   // in pixels; possibly those of a crop
+    long double left = 0.0L, top = 0.0L; // position in the whole picture, in pixels
+    long double wholeWidth, wholeHeight; // size before the crop, in pixels
+    long double ratio = 1.0L;            // q, the ratio of the frames
     bool ownCenter = true;
     int turn = 1; // EXIF orientation
 };

@@ -51,7 +51,7 @@ public:
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
     KImage pixels;             // empty if the description has none
-    int locks = 0;             // current ones; a full-size lock at another depth counts as 1,000
+    int locks = 0;             // locks held; a full-size lock at another depth counts as 1,000
     bool gone = false;         // the file was deleted after it was described: Lock throws
     QList<QSize> reducedSizes; // locked sizes, in order
 

@@ -139,7 +139,7 @@ void tst_KDbSession::copyToOtherFile()
 {
     Notes notes;
     notes.setFilePath(Path());
-    notes.Add(QStringLiteral("taken out again")); // deleted although the statement before fails
+    notes.Add(QStringLiteral("taken out again")); // deleted although the preceding statement fails
     notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("DELETE FROM notes")});
     notes.Add(QStringLiteral("a'); --"));
     notes.copyDbTo(Path()); // onto itself: does nothing

@@ -25,7 +25,7 @@ public:
 
     /// Inserts the event and takes ownership.
     void insertEvent(KAnalyticsEvent *event);
-    /// Returns all events and empties the store, even if sending then fails. The caller owns the events. Those that
+    /// Returns all events and empties the store, even if sending fails later. The caller owns the events. Those that
     /// waited for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
     /// Returns the user identifier; empty if there is none and @p create is false, or while another process has the

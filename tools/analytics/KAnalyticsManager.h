@@ -30,10 +30,11 @@ class KAnalyticsManager : public QObject {
     Q_PROPERTY(bool isActive READ isActive WRITE setIsActive NOTIFY isActiveChanged)
     Q_PROPERTY(QString userId READ userId)
 public:
+    /// Creates a manager, which becomes the process's manager if there is none.
+    ///
     /// @param useSettingsUserId  uses the identifier that all applications of the organization share in their settings,
-    ///                           created if it is missing; otherwise the store's own.
+    ///                           created if it is missing; otherwise the store's identifier.
     /// @param useDb              stores events in a KAnalyticsDb, otherwise in a KAnalyticsFile.
-    /// Becomes the process's manager if there is none.
     KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb);
     /// Doesn't flush; see waitBeforeExit(). Afterward the process has no manager.
     ~KAnalyticsManager() override;

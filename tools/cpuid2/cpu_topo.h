@@ -115,10 +115,10 @@ unsigned GetcoreCount(unsigned package);
 unsigned GetthreadCount(unsigned package, unsigned core);
 /// Returns the APIC identifier; 0xFFFFFFFF after an error or past GetOSLogicalProcessorCount().
 unsigned getEnumerateAPICID(unsigned index);
-/// Returns the index of the first logical processor with these ordinals, of which -1 means any; 0 if there is none.
+/// Returns the index of the first logical processor with these ordinals; -1 matches any. Returns 0 if there is none.
 unsigned SlectOrdfromPkg(int package, int core, int thread);
-/// Reads the hardware's threads per core and per package, on a processor of @p package, into the record. Returns 0, or
-/// -1 for a package that doesn't exist or can't be reached. Leaves the thread pinned to that processor.
+/// Reads the number of threads per core and per package from a processor of @p package into the record. Returns 0, or
+/// -1 if the package doesn't exist or the thread can't be pinned to it. Leaves the thread pinned to that processor.
 int GetHWMTConfig(unsigned package);
 /// Returns the size of a cache in bytes; 0 if @p maxCPUID is below 4.
 unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf);

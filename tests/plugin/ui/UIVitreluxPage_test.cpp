@@ -204,7 +204,7 @@ void tst_UIVitreluxPage::reducedSize_data()
     QTest::newRow("landscape") << QSize(6000, 4000) << QSize(1024, 682);
     QTest::newRow("portrait") << QSize(4000, 6000) << QSize(682, 1024);
     QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1);
-    QTest::newRow("a line, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
+    QTest::newRow("one column, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
 }
 
 void tst_UIVitreluxPage::reducedSize()

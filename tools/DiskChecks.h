@@ -7,12 +7,12 @@
 /// exist.
 qint64 getFreeDiskSpace(QString path);
 
-/// Returns whether @p size bytes fit into the folder of @p fileName. A folder that can't be queried counts as large
+/// Returns whether the disk of @p fileName has room for @p size bytes. A folder that can't be queried counts as large
 /// enough.
 bool CheckForDiskSpace(QString fileName, qint64 size);
 
-/// Explains a failed save: throws a KException if the disk lacks @p size bytes or the file can't be opened for writing,
-/// otherwise returns. Trap: creates an empty file if there was none.
+/// Explains a failed save: throws a KException if the disk has no room for @p size bytes or the file can't be opened
+/// for writing. Otherwise returns, after creating an empty file if there was none.
 void CheckAndThrowForDiskSpace(QString fileName, qint64 size, QString where);
 
 /// Throws a KException if @p fileName doesn't exist; its message begins with a line feed.

@@ -13,7 +13,7 @@ constexpr qint64 kMaxXmlBytes = qint64(16) << 20;
 constexpr int kMaxXmlDepth = 256;
 constexpr int kMaxXmlNodes = 500000;
 
-/// Notes about one profile; the last one says that the limit was reached. A damaged file may give one per value.
+/// Notes about one profile; the last one reports that the limit was reached. A damaged file may yield one per value.
 constexpr int kMaxProfileNotes = 1000;
 
 // ---- Profile heads, which the index reads from each file in a folder. ----
@@ -24,8 +24,8 @@ constexpr int kMaxHeadText = 4096;      // characters of one field
 
 // ---- Profile folders and their index ----
 
-constexpr int kMaxIndexedProfiles = 100'000; // an index of 60 MB; the largest collection known has 6,000
-constexpr int kMaxFolderDepth = 32;          // nested folders; the walk is recursive
+constexpr int kMaxIndexedProfiles = 100'000; // an index of 60 MB; the largest known collection has 6,000
+constexpr int kMaxFolderDepth = 32;          // nested folders; the scan is recursive
 constexpr qint64 kMaxIndexCacheBytes = qint64(256) << 20;
 
 // ---- User files ----

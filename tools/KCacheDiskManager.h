@@ -23,12 +23,12 @@ public:
     }
 };
 
-/// The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder has more than 1,024 files and a process
-/// can distinguish its folders from those of others.
+/// Generator of temporary file names. The n-th name is /tmp/BRELT.<process id>.<n / 1024>/<n % 1024>, so no folder has
+/// more than 1,024 files and a process can distinguish its folders from those of other processes.
 ///
 /// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. Any thread may call
 /// getTempFile() and removeTempFile(); call everything else only while no thread writes copies. Nothing throws; the
-/// code that writes a file notices if it can't be created.
+/// code that writes a file must handle failure to create it.
 class KCacheDiskManager {
 public:
     KCacheDiskManager();
@@ -44,7 +44,7 @@ public:
 
     /// Sets the first part of subfolder names, initially "BRELT".
     void setPrefix(QString prefix);
-    /// Sets the folders in order of preference, initially the system's. Missing ones are skipped later. Always returns
+    /// Sets the folders in order of preference, initially the system's. Lookups skip missing folders. Always returns
     /// true.
     bool setTemporaryFolders(QStringList folders);
     QStringList getTemporaryFoldersName();
@@ -54,12 +54,12 @@ public:
     QString getTempFolder(unsigned long long size, unsigned long long reserve);
     /// Returns an unused name, in an existing folder, for a file of about @p size bytes. Empty if all disks are full.
     QString getTempFile(unsigned long long size);
-    /// Removes all subfolders with the prefix and the files in them, no matter which process made them. Call it at
+    /// Removes all subfolders with the prefix and the files in them, whichever process created them. Call it at
     /// startup.
     void cleanTempFiles();
     bool removeTempFile(QString name);
 
-    /// Returns the subfolder made last, empty before the first. Waits for a thread that is about to add it.
+    /// Returns the most recently created subfolder, or an empty string. Waits while another thread is adding it.
     QString getLastFolder();
     QString getUniqueFilename(QString folder, QString prefix);
 
@@ -67,7 +67,7 @@ private:
     QString m_prefix;
     QStringList m_folders;
     std::atomic<int> m_fileCounter{0};
-    std::atomic<int> m_folderCount{0}; // ahead of m_createdFolders while a thread makes a folder
+    std::atomic<int> m_folderCount{0}; // ahead of m_createdFolders while a thread creates a folder
     tbb::concurrent_vector<std::atomic<QString *>, ZeroingAllocator<std::atomic<QString *>>>
         m_createdFolders; // owned; null while an entry is being written
 };

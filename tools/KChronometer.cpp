@@ -29,7 +29,7 @@ QString KeyOf(const QString &name)
     return key;
 }
 
-/// Truncates toward 0. Values beyond 64 bits are clamped, to within 2,048 of the limit.
+/// Truncates toward zero. Values beyond 64 bits are clamped to within 2,048 of the limits.
 qint64 Whole(double value)
 {
     constexpr double kLargest = 9223372036854773760.0;
@@ -181,7 +181,7 @@ QStringList KChronometer::FindRelatedCounter(QString name)
     QStringList keys;
     if (m_related.find(related, name))
         std::copy(related->second.begin(), related->second.end(),
-                  std::back_inserter(keys)); // another thread may append
+                  std::back_inserter(keys)); // not shared: another thread may append
     return keys;
 }
 

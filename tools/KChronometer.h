@@ -6,9 +6,9 @@
 #include <tbb/concurrent_hash_map.h>
 #include <tbb/tbb_allocator.h>
 
-/// One counter per name and thread: threads never wait for each other. Timers of different names can nest; one name in
-/// one thread can't. Ticks are milliseconds of the system clock. Any thread may use it at any time, but call Reset()
-/// without a name and Dump() only while no timer runs.
+/// Named timers with one counter per name and thread, so threads never wait for each other. Timers with different names
+/// can nest; on one thread, a timer can't nest in itself. Ticks are milliseconds of the system clock. Any thread may
+/// use it at any time, but call Reset() without a name and Dump() only while no timer runs.
 ///
 /// Use the single instance, gChrono.
 class KChronometer {
@@ -28,24 +28,24 @@ public:
         static bool equal(const QString &a, const QString &b) { return a == b; }
     };
 
-    /// The first instance measures the overhead of one Start/Stop pair.
+    /// Measures the overhead of one Start/Stop pair if this is the first instance.
     KChronometer();
 
-    /// Starts the timer. A second Start moves the start time.
+    /// Starts the timer. A second call moves the start time.
     void Start(QString name);
-    /// Returns the ticks since Start(), or 0 if this thread never started the name. A second Stop measures from the
-    /// same Start.
+    /// Returns the ticks since Start(), or 0 if this thread never started the name. A second call measures from the
+    /// same start.
     qint64 Stop(QString name);
     double Stop(QString name, TimeUnits units);
-    /// Adds a time measured elsewhere. Statistics by name don't include a name that was never started.
+    /// Adds a time measured elsewhere. Statistics by name omit names that were never started.
     void AccumulateTiming(QString name, qint64 ticks);
 
     void Reset();
     /// Resets the name in all threads.
     void Reset(QString name);
 
-    // Index -1: all threads. Otherwise the thread's position in the order in which threads first started the name; 0 if
-    // there is no such thread.
+    // The index is -1 for all threads, otherwise a position in the order in which threads first started the name. The
+    // result is 0 if there is no such thread.
     qint64 GetStatTotalTime(QString name, int index);
     double GetStatTotalTime(QString name, TimeUnits units, int index);
     qint64 GetStatNbCalls(QString name, int index);
@@ -54,8 +54,8 @@ public:
     /// Returns the keys "name@thread" of a name, in the order of their first start.
     QStringList FindRelatedCounter(QString name);
 
-    /// Returns "1 h:1 min:1 s", "1.5 s", "1000 ms": the largest unit with a value above one, truncated to three
-    /// decimals.
+    /// Formats a time like "1 h:1 min:1 s", "1.5 s" or "1000 ms": in the largest unit that gives a value above one,
+    /// truncated to three decimals.
     QString FormattedTime(qint64 ticks);
     double UnitConv(TimeUnits units, qint64 ticks);
     /// Returns one line per counter: " key : ticks, calls".

@@ -1,9 +1,9 @@
-// The kernels' only exception type: a message for the user and the source position of the throw.
+// The exceptions that kernels throw, with a message for the user and the source position of the throw.
 #pragma once
 
 #include <QString>
 
-/// Thrown by value. Exported so that a host can catch exceptions thrown in the plug-in.
+/// Base of all exceptions, thrown by value. Exported so that a host can catch exceptions thrown in the plug-in.
 class __attribute__((visibility("default"))) KException {
 public:
     /// @param what   the message, ready to be shown.
@@ -32,8 +32,8 @@ private:
     QString m_reason;
 };
 
-/// Returns the place of a throw, `File: "KImage" Line: 262`: source file name without folder or suffix. Without
-/// arguments, the line of the call.
+/// Returns the place of a throw, such as `File: "KImage" Line: 262`. The file name has no folder or suffix. The default
+/// place is that of the call.
 QString KPlace(const char *file = __builtin_FILE(), int line = __builtin_LINE());
 
 /// Throws a KException with an untranslated message and the place of the call.

@@ -6,8 +6,9 @@
 #include <QObject>
 #include <QTextStream>
 
-/// Any thread may log; a mutex keeps lines from mixing. It is held while signals are emitted and is not recursive, so a
-/// directly connected slot that logs again deadlocks: use a queued connection for such a listener.
+/// The process's log. Any thread may log; a mutex keeps lines from mixing. The mutex is held while signals are emitted
+/// and is not recursive, so a directly connected slot that logs again deadlocks: use a queued connection for such a
+/// listener.
 class KLog : public QObject {
     Q_OBJECT
 public:
@@ -19,15 +20,15 @@ public:
     KLog();
     ~KLog() override;
 
-    /// Logs one line: the text, a carriage return and a line feed, without time or level. Listeners receive it, and the
-    /// file if logging to it is on. Only listeners receive @p id.
+    /// Logs one line: the text, a carriage return and a line feed, without time or level. It goes to listeners and, if
+    /// enabled, to the file. Only listeners receive @p id.
     void Log(const QString &text);
     void Log(int id, const QString &text);
     void Log(const char *format, ...) __attribute__((format(printf, 2, 3)));
     void Log(int id, const char *format, ...) __attribute__((format(printf, 3, 4)));
 
-    /// Main thread only. Reports a file that can't be opened in a message box, or as a Qt warning if there is no
-    /// QApplication. Logging then remains enabled, and listeners still receive the lines.
+    /// Starts logging to a file; main thread only. If the file can't be opened, shows a message box, or prints a Qt
+    /// warning if there is no QApplication. Logging then remains enabled, and listeners still receive the lines.
     void EnableLogToFile(const QString &fileName, bool append);
     void DisableLogToFile();
     /// Empties the file.

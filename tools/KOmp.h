@@ -3,8 +3,8 @@
 
 #include <omp.h>
 
-/// Threads that every parallel region of the kernels requests, and cores of the machine. Both are 1 until the tools
-/// module has counted the processors. Read anywhere, written only at startup.
+/// The number of threads that every parallel region of the kernels requests, and the number of cores. Both are 1 until
+/// the tools module has counted the processors. Read anywhere, written only at startup.
 extern int komp_num_threads;
 extern int komp_num_cores;
 

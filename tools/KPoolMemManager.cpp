@@ -55,7 +55,7 @@ void KPoolMemManager::init(int memoryMo, int threads, int blockMo)
     try {
         const int block = blockMo ? blockMo : computeBlockSize(memoryMo, threads);
         if (block < 1 || block > kLargestBlockMo)
-            throw std::bad_alloc(); // no such block: its size doesn't fit in 32 bits
+            throw std::bad_alloc(); // a block's size must be positive and fit in 32 bits
         m_blockCount = memoryMo / block;
         m_blockSize = block * (1 << 20);
         m_totalSize = qint64(memoryMo) * (1 << 20);

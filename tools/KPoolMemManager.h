@@ -8,19 +8,19 @@
 
 #include <atomic>
 
-/// One block. Its user increments and decrements m_users and stamps m_lastUse.
+/// One block. Its users increment and decrement m_users and stamp m_lastUse.
 struct KPoolMemBloc {
     static constexpr int kFree = -1000;
 
     char *m_data = nullptr; // from array new, owned by the pool
     qint64 m_reserved = 0;
-    std::atomic<int> m_users{kFree};  // kFree: queued or just claimed; 0: idle, can be claimed; above: in use
+    std::atomic<int> m_users{kFree};  // kFree: queued or just claimed; 0: idle, can be claimed; positive: in use
     std::atomic<qint64> m_lastUse{0}; // smaller is older; read when looking for the oldest block
 };
 
-/// KTools::init creates the process's empty pool or adopts a host's; KTools::exit deletes it. Sizes are in megabytes of
-/// 2^20 bytes. Any thread may take and return blocks (getFreeBloc, addFreeBloc, getFreeableBloc) and never waits;
-/// call init, Alloc and Free only while no job runs, since they also free blocks in use.
+/// The process's pool, which KTools::init creates empty or adopts from a host, and KTools::exit deletes. Sizes are in
+/// megabytes of 2^20 bytes. Any thread may take and return blocks (getFreeBloc, addFreeBloc, getFreeableBloc) without
+/// waiting; call init, Alloc and Free only while no job runs, since they also free blocks in use.
 class KPoolMemManager {
 public:
     KPoolMemManager() = default;
@@ -35,23 +35,24 @@ public:
     static void exit();
     static KPoolMemManager *ms_instance;
 
-    /// Allocates memoryMo / blockMo blocks of @p blockMo, replacing an earlier pool; 0: computeBlockSize() chooses.
-    /// Throws a KException that gives the sizes if the memory is not available.
+    /// Allocates memoryMo / blockMo blocks of @p blockMo, replacing earlier ones. If @p blockMo is 0,
+    /// computeBlockSize() chooses it. Throws a KException that gives the sizes if the memory is not available.
     void init(int memoryMo, int threads, int blockMo);
-    /// Returns the largest of 8, 4, 2, 1 that gives at least ten blocks per thread and 150 in total; 1 if none does.
+    /// Returns the largest of 8, 4, 2 and 1 that gives at least ten blocks per thread and 150 in total, or 1 if none
+    /// does.
     int computeBlockSize(int memoryMo, int threads);
     /// Allocates the blocks that init() computed; throws "Not enough memory".
     void Alloc();
     void Free();
 
-    /// Returns a block that was never used, or null.
+    /// Takes a free block; null if there is none.
     KPoolMemBloc *getFreeBloc();
-    /// Returns a block to the unused ones.
+    /// Makes a block free again.
     void addFreeBloc(KPoolMemBloc *bloc);
-    /// Claims the idle block with the smallest stamp, the first of equals; null if none is idle.
+    /// Claims the idle block with the smallest stamp, the first of equal ones; null if none is idle.
     KPoolMemBloc *getFreeableBloc();
 
-    /// Diagnostics of debug builds; does nothing.
+    /// Placeholders for diagnostics; both do nothing.
     void printStats() { }
     void printAllBlockStats() { }
 

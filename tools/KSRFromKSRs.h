@@ -5,8 +5,8 @@
 
 #include <vector>
 
-/// Each reader's value is the default of the next, so the last reader that has a key wins, and the caller's default
-/// applies if none has it. Null pointers are skipped.
+/// Chain of readers. Each reader's value is the default for the next one, so the last reader that has a key wins, and
+/// the caller's default applies if none has it. Null pointers are skipped.
 class KSRFromKSRs : public KernelSettingsReader {
 public:
     KSRFromKSRs() = default;
@@ -19,6 +19,6 @@ public:
     double GetDouble(const QString &key, double defaultValue) override;
     QString GetString(const QString &key, QString defaultValue) override;
 
-    /// Filled by the creator of the chain. The chain owns the readers, made with new, and deletes them.
+    /// Readers made with new, added by the creator of the chain. The chain owns and deletes them.
     std::vector<KernelSettingsReader *> m_readers;
 };

@@ -5,7 +5,8 @@
 
 class KSettingsManager;
 
-/// Uses stored values and the caller's default, never the manager's table of defaults.
+/// Reader of stored values. For a key without one, it returns the caller's default and ignores the manager's table of
+/// defaults.
 class KSRFromKSettingsManager : public KernelSettingsReader {
 public:
     /// @param manager  borrowed; must outlive the reader.

@@ -6,11 +6,11 @@
 #include <QHash>
 #include <QVariant>
 
-/// Numbers that can't be parsed give the default. Any present value converts to a bool or a text: a text other than "",
-/// "0" and "false" is true.
+/// Reader of a hash. A value that isn't a valid number reads as the default number. Every value converts to bool and
+/// text; a text other than "", "0" and "false" is true.
 class KSRFromQHash : public KernelSettingsReader {
 public:
-    /// @param hash  borrowed; must outlive the reader. Trap: every read detaches a shared hash.
+    /// @param hash  borrowed; must outlive the reader. Every read detaches a shared hash.
     explicit KSRFromQHash(QHash<QString, QVariant> *hash) : m_hash(hash) { }
 
     bool GetBool(const QString &key, bool defaultValue) override;

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Returns the element of a key, null if there is none or more than one.
+/// Returns the element of a key; null if there is none or more than one.
 QDomElement ElementOf(const QDomDocument &document, const QString &key)
 {
     QDomElement current = document.documentElement();

@@ -18,15 +18,15 @@
 ///   | Get...(key)                | the entry of the table of defaults; a missing one is added with a null value    |
 ///   | Get...(key, defaultValue)  | the caller's default; the table is not used                                     |
 ///
-/// A stored value that can't be converted gives false, 0, an empty or an invalid value, except that GetInt and
-/// GetDouble with a caller's default return that. Keys are paths such as "image/exifMode"; failures are never reported.
+/// A stored value that can't be converted reads as false, 0, or an empty or invalid value, but GetInt and GetDouble
+/// return the caller's default if there is one. Keys are paths such as "image/exifMode"; failures are never reported.
 ///
-/// Created by the owner of the preferences. One thread only: even the getters with one argument modify the table. Trap:
-/// don't delete it through a KernelSettingsWriter, which has no virtual destructor.
+/// Created by the owner of the preferences. For one thread only, because even the getters with one argument modify the
+/// table. Never delete it through a KernelSettingsWriter, which has no virtual destructor.
 class KSettingsManager : public KernelSettingsWriter {
 public:
-    /// Uses the application's default store, for defaults only: the getters with one argument never read the store,
-    /// even after Set has written to it.
+    /// Uses the application's default store, but the getters with one argument only read the table of defaults, even
+    /// after Set has written to the store.
     KSettingsManager();
     /// Uses the store of that scope, organization and application.
     KSettingsManager(QSettings::Scope scope, const QString &organization, const QString &application);
@@ -53,7 +53,7 @@ public:
 
     /// Writes to the store; QSettings decides when to write it to disk.
     void Set(const QString &key, const QVariant &value) override;
-    /// Adds a default. Without @p overwrite the first one stays, including the null one of an earlier read.
+    /// Adds a default. Without @p overwrite, an existing one stays, even the null one that an earlier read added.
     void SetDefault(const QString &key, const QVariant &value, bool overwrite);
     /// Adds a default unless the key has one, then reads the store; if that lacks the key, returns @p defaultValue.
     QVariant Get(const QString &key, const QVariant &defaultValue);

@@ -3,7 +3,7 @@
 
 #include <QtGlobal>
 
-/// Ticks are those of gChrono: milliseconds of the system clock. Laps are not summed.
+/// Stopwatch with the ticks of gChrono: milliseconds of the system clock. Laps are not summed.
 class KSimpleChronometer {
 public:
     enum TimeUnits { Nanoseconds = 1, Microseconds, Milliseconds, Seconds, Minutes, Hours };

@@ -6,9 +6,9 @@
 
 struct CpuTopology;
 
-/// Static queries, callable on any thread. Unknown values are returned as a neutral value: 0, an empty string, -1. The
-/// object only stores the processor topology, which processor queries use between init() and exit() (called by
-/// KTools::init and KTools::exit). Otherwise they use OpenMP's counts.
+/// Static queries, callable on any thread. An unknown value is returned as 0, -1 or an empty string. The object only
+/// stores the processor topology, which processor queries use between init() and exit() (called by KTools::init and
+/// KTools::exit). Otherwise they use OpenMP's counts.
 class KSystemInfo {
 public:
     KSystemInfo();
@@ -33,7 +33,7 @@ public:
     static unsigned long long virtualMemory() { return 0; }
     static unsigned long long freeVirtualMemory() { return freePhysicalMemory(); }
     static unsigned long long freeAddressSpace() { return freePhysicalMemory(); }
-    /// Formats a size as "1.5 KB": three or four digits and a translated unit.
+    /// Formats a size like "1.5 KB": at most four characters and a translated unit.
     static QString memText(unsigned long long bytes);
 
     // --- Disk and files ---
@@ -48,7 +48,7 @@ public:
 
     // --- System and program ---
 
-    /// Returns "Linux_6.1.0_workstation": system, release, network name.
+    /// Returns system, release and network name, such as "Linux_6.1.0_workstation".
     static QString osDescription();
     /// Returns "linux64deb" if dpkg can be run, otherwise "linux64tar". Side effect: dpkg prints its version to our
     /// standard output.
@@ -69,7 +69,7 @@ public:
     static int cpuHyperThreadingCount();
     /// Returns the processor's name, including leading spaces.
     static QString cpuDescription();
-    /// Returns 0: unknown on Linux.
+    /// Returns 0: the frequency is unknown on Linux.
     static double cpuFrequency() { return 0.0; }
 
     static KSystemInfo *m_instance;

@@ -18,8 +18,8 @@ namespace {
 
 bool s_standsAlone = false; // this copy of the kernel created its own objects
 
-/// Counts the processors. That pins the calling thread permanently, and threads that it starts, including OpenMP's
-/// workers, inherit the affinity. So it runs on a short-lived thread; later queries use its result. If no thread can
+/// Counts the processors. Counting pins the calling thread permanently, and threads that it starts, including OpenMP's
+/// workers, inherit the affinity, so it runs on a short-lived thread. Later queries use its result. If no thread can
 /// start, OpenMP's counts are used.
 void CountProcessors()
 {

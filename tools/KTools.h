@@ -13,7 +13,7 @@ struct KToolsInstances {
     KSystemInfo *systemInfo;
     KPoolMemManager *poolMem;
     KCacheDiskManager *cacheDisk;
-    void **reserved; // passed on; a zeroed word in a standalone kernel
+    void **reserved; // passed on unchanged; a zeroed word in a standalone kernel
     int *numThreads;
     int *numCores;
     KAnalyticsManager *analytics;
@@ -21,13 +21,13 @@ struct KToolsInstances {
 
 class KTools {
 public:
-    /// Main thread, once. With a host's @p instances, uses its objects, which the host still owns. With null, creates
-    /// its own objects, sets up OpenMP for the process, and counts the processors; a second call does nothing. The
-    /// application object must exist and have its names set: they name the data folder of analytics.
+    /// Starts the kernel; main thread, once. With a host's @p instances, uses its objects, which the host still owns.
+    /// With null, creates the objects, sets up OpenMP for the process, and counts the processors; a second call does
+    /// nothing. The application object must exist and have its names set, because they determine the analytics folder.
     static void init(KToolsInstances *instances);
     /// Reverts init(nullptr); does nothing after init with a host's objects.
     static void exit();
 
-    /// The objects that init() created or adopted, to pass on.
+    /// The objects that init() created or adopted, for sharing with another copy of the kernel.
     static KToolsInstances ms_instances;
 };

@@ -3,13 +3,13 @@
 
 #include <QString>
 
-/// Each read returns the value of a key, or the default if the key is missing or its value can't be parsed; errors are
-/// never reported. Keys are paths such as "image/exifMode".
+/// Reader of typed values. Each function returns the value of a key, or the default if the key is missing or its value
+/// can't be parsed; errors are never reported. Keys are paths such as "image/exifMode".
 ///
-/// This class itself reads an empty source. Use a reader on one thread at a time.
+/// This base class has no values. Use a reader on one thread at a time.
 class KernelSettingsReader {
 public:
-    // The order is that of the virtual table, which hosts share.
+    // Hosts rely on the order of functions in the virtual table.
     virtual ~KernelSettingsReader() = default;
     virtual bool GetBool(const QString &key, bool defaultValue);
     virtual int GetInt(const QString &key, int defaultValue);

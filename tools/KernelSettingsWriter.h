@@ -4,8 +4,8 @@
 #include <QString>
 #include <QVariant>
 
-/// This class itself discards everything. Trap: there is no virtual destructor, so destroy an object of a derived class
-/// as its own type.
+/// Base class that discards everything. It has no virtual destructor, so never delete an object of a derived class
+/// through it.
 class KernelSettingsWriter {
 public:
     virtual void Set(const QString & /*key*/, const QVariant & /*value*/) { }

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Parses a document once without building anything, and stops when it exceeds the limits.
+/// Handler that builds nothing and stops the parser when the document exceeds the limits.
 class LimitCheck : public QXmlDefaultHandler {
 public:
     QString Why() const { return m_why; }
@@ -58,7 +58,7 @@ private:
     int m_nodes = 0;
 };
 
-/// One parse, with the objects that it needs.
+/// One parse and the objects that it needs.
 class Parse {
 public:
     template <class Text> void Run(const Text &text)

@@ -6,7 +6,7 @@
 
 /// Result of parsing a text.
 struct XmlDocument {
-    QString whyRefused; ///< in plain English, without a period: the limit exceeded, or entities declared; empty if none
+    QString whyRefused; ///< in English, without a period: an exceeded limit, or declared entities; empty if accepted
     bool isWellFormed = false;
     QString error; ///< the parser's, if the text is not well-formed
     int line = 0;  ///< of the error, from 1
@@ -15,13 +15,13 @@ struct XmlDocument {
 };
 
 /// Reads the rest of a file, but at most one byte more than kMaxXmlBytes, regardless of the size that the file reports.
-/// QIODevice::read would allocate the requested number of bytes at once.
+/// A single QIODevice::read would allocate the requested number of bytes at once.
 QByteArray ReadXmlBytes(QIODevice *device);
 
 /// Parses a text that the caller has limited to kMaxXmlBytes.
 ///
 /// Refuses more than kMaxXmlDepth levels of elements, more than kMaxXmlNodes elements, attributes and comments, and
 /// documents that declare entities, a few lines of which can expand to gigabytes. Bytes are decoded by their byte order
-/// mark or declaration, otherwise as UTF-8. If std::bad_alloc is thrown, the memory of the parse is never freed.
+/// mark or declaration, otherwise as UTF-8. If std::bad_alloc is thrown, the memory of the parse leaks.
 XmlDocument ReadXml(const QByteArray &text);
 XmlDocument ReadXml(const QString &text);

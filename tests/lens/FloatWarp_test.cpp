@@ -17,7 +17,7 @@ using Instructions = FloatWarp::Instructions;
 using Frame = FloatWarp::Frame;
 using Unwritten = FloatWarp::Unwritten;
 
-/// Widths around the block's 64 pixels; the last one has blocks without a border.
+/// Widths around the block size of 64 pixels; at the last size, some blocks touch no border.
 const QSize kSizes[] = {{1, 1}, {2, 1}, {1, 3}, {7, 5}, {65, 9}, {150, 30}};
 
 /// Runs the plain engine on a landscape picture.
@@ -60,7 +60,7 @@ Pixels Wanted(newLCP &lcp, const Pixels &source, const Pixels &before, Correctio
     return turned ? Turned(Turned(Turned(to.Read()))) : to.Read();
 }
 
-/// Models weak enough that most blocks are inside, with all numbers of coefficients.
+/// Weakens the models so that most blocks map inside the source; the rounds cover 0 to 4 coefficients.
 void MakeGentle(newLCP &lcp, int round, quint32 seed)
 {
     for (LensParam *model : {&lcp.distortionModel, &lcp.greenModel, &lcp.redGreenModel, &lcp.blueGreenModel}) {
@@ -108,8 +108,8 @@ private:
     static void AddMachines();
     /// Compares pictures of all sizes, @p rounds of each, with strong models modified by @p change.
     static void CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed));
-    /// Renders random pixels with the fast warp and its plain twin, which must agree to the last bit, so all
-    /// instruction sets do. @p round chooses switches and unwritten channels.
+    /// Renders random pixels with the fast warp and its plain twin, which must agree to the last bit with every
+    /// instruction set. @p round selects corrections and unwritten channels.
     static void Compare(newLCP lcp, QSize size, int round, quint32 seed);
 };
 
@@ -149,14 +149,14 @@ void tst_FloatWarp::Compare(newLCP lcp, QSize size, int round, quint32 seed)
     QVERIFY(to.GuardsAreWhole());
 }
 
-#define SKIP_IF_UNKNOWN()                                                                                              \
+#define SKIP_IF_UNSUPPORTED()                                                                                          \
     QFETCH(int, instructions);                                                                                         \
     if (Instructions(instructions) > FloatWarp::BestInstructions())                                                    \
-    QSKIP("not on this processor")
+    QSKIP("not supported by this CPU")
 
 void tst_FloatWarp::CompareSizes(int rounds, void (*change)(newLCP &lcp, int round, quint32 seed))
 {
-    SKIP_IF_UNKNOWN();
+    SKIP_IF_UNSUPPORTED();
     quint32 seed = 1;
     for (const QSize size : kSizes) {
         for (int round = 0; round < rounds && !QTest::currentTestFailed(); ++round, ++seed) {
@@ -167,12 +167,12 @@ void tst_FloatWarp::CompareSizes(int rounds, void (*change)(newLCP &lcp, int rou
     }
 }
 
-/// Positions that lie exactly on a border of the picture or of the rows in memory.
+/// Compares positions that lie exactly on a border of the picture or of the rows in memory.
 void tst_FloatWarp::exactEdges()
 {
-    SKIP_IF_UNKNOWN();
+    SKIP_IF_UNSUPPORTED();
     QFETCH(int, frame);
-    constexpr int kSide = 33, kBandRows = 8; // its middle is at 16, the focal length below
+    constexpr int kSide = 33, kBandRows = 8; // the center is at 16, which is also the focal length below
     newLCP same = StrongModels(kSide, kSide, 0, 1);
     for (LensParam *model : {&same.distortionModel, &same.greenModel, &same.redGreenModel, &same.blueGreenModel}) {
         *model = LensParam();
@@ -180,7 +180,7 @@ void tst_FloatWarp::exactEdges()
         model->Found();
     }
     same.scale = 1.0F;
-    newLCP wider = same; // the middle of each side moves by 1: to -1 and to the width
+    newLCP wider = same; // the midpoint of each side moves by 1, to -1 or to the width
     wider.distortionModel.coefficients = wider.greenModel.coefficients = {1.0F / 16.0F};
     newLCP redWider = same, blueWider = same;
     redWider.redGreenModel.coefficients = blueWider.blueGreenModel.coefficients = {1.0F / 16.0F};
@@ -188,7 +188,7 @@ void tst_FloatWarp::exactEdges()
     for (newLCP *lcp : {&same, &wider, &redWider, &blueWider}) {
         for (int round = 0; round < 24; ++round)
             Compare(*lcp, {kSide, kSide}, round, 7);
-        // Only the rows with a nonzero share are in memory.
+        // Only the rows with a nonzero weight are in memory.
         const int around = lcp == &same ? 0 : 1;
         for (int round = 0; round < 4; ++round) {
             GuardedImage from(source, 0), whole(source, 0);
@@ -229,7 +229,8 @@ void tst_FloatWarp::bandsAreTheWhole()
     }
 }
 
-/// Rendering from some rows of the source gives the same result as from all, or reports them as insufficient.
+/// Checks that rendering from some of the source rows gives the same result as from all, or reports that they are
+/// insufficient.
 void tst_FloatWarp::someRowsOfTheSource()
 {
     constexpr int kWidth = 150, kHeight = 120, kBandRows = 8;

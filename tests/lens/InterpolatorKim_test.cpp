@@ -1,4 +1,4 @@
-// The warp: every instantiation against a plain reference, its traps, and the inputs it refuses.
+// The warp: every instantiation against a plain reference, sampling at the borders, and rejected inputs.
 #include "InterpolatorKim.h"
 
 #include "Case.h"
@@ -22,7 +22,7 @@ Pixels SamePixels(int width, int height, int channels, int bits, float value)
     return {width, height, channels, bits, QVector<float>(width * height * channels, value)};
 }
 
-/// Returns a model that maps each position to itself to the last bit: no coefficients, the focal length a power of two.
+/// Returns a model that maps each position exactly to itself: no coefficients, and a power of two as the focal length.
 LensParam Identity(float focalPixels = 16.0F)
 {
     LensParam model;
@@ -38,7 +38,7 @@ bool Render(newLCP &lcp, GuardedImage &source, GuardedImage &destination, WarpSw
                       switches.mode);
 }
 
-/// Returns a run with only a source, for calling the samplers.
+/// Returns an engine with only a source, for calling the samplers.
 template <typename S> InterpolatorKim<S, float> SamplersOn(GuardedImage &source, float inScale)
 {
     InterpolatorKim<S, float> run;
@@ -108,7 +108,7 @@ void tst_InterpolatorKim::samplerPositions()
                 {0, -0.75F, -1, 1 * 1.75F - 3 * 0.75F},
                 {-0.999F, 0, -1, 1 * 1.999F - 2 * 0.999F},
                 {-1, 0, -1, -1},
-                {2, 0, 4, 9}, // the last column and beyond it, the last row
+                {2, 0, 4, 9}, // in and beyond the last column, beyond the last row
                 {2.75F, 0, 4, 9},
                 {0, 1.5F, 3, 9},
                 {3, 0, -1, -1},
@@ -117,7 +117,7 @@ void tst_InterpolatorKim::samplerPositions()
                 {0, kNaN, -1, -1},
                 {kInfinity, 0, -1, -1},
                 {2147483648.0F, 0, -1, -1},
-                {4294967296.0F, 0, -1, -1}, // low bits would be 0
+                {4294967296.0F, 0, -1, -1}, // 2^32: the low 32 bits are 0
                 {0, -1e30F, -1, -1}};
     const Pixels picture{3, 2, 1, 32, {1, 2, 4, 3, 6, 8}};
     GuardedImage source(picture, 0);
@@ -142,7 +142,7 @@ void tst_InterpolatorKim::samplerPositions()
 void tst_InterpolatorKim::depths()
 {
     const struct {
-        int sourceBits, storedBits; // reported, and actual
+        int sourceBits, storedBits; // declared and actual
         float stored;
         int destinationBits;
         float want; // -1: refused
@@ -175,9 +175,9 @@ void tst_InterpolatorKim::shapes()
 {
     const struct {
         int sourceChannels;
-        QSize size;        // of the destination; the source has 4 x 3
+        QSize size;        // of the destination; the source is 4 x 3
         int channels;      // of the destination
-        QByteArray served; // paths: A gain, B one warp, C shift, D three warps
+        QByteArray served; // supported paths: A gain, B one warp, C shift, D three warps
     } rows[] = {{4, {4, 3}, 4, "ABCD"}, {3, {4, 3}, 4, "ABCD"}, {4, {4, 3}, 3, ""},     {1, {4, 3}, 1, "A"},
                 {1, {4, 3}, 3, "A"},    {3, {4, 3}, 1, ""},     {4, {2, 2}, 4, "ABCD"}, {4, {5, 3}, 4, "BD"},
                 {3, {4, 4}, 3, "BD"},   {3, {40, 30}, 3, "BD"}};

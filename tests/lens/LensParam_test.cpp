@@ -9,7 +9,7 @@ namespace {
 
 using Coefficients = QVector<float>;
 
-/// Returns a model in pixels of a picture of 6000 x 4000.
+/// Returns a model in the pixels of a 6000 x 4000 picture.
 LensParam Model(const Coefficients &coefficients)
 {
     LensParam model;
@@ -21,7 +21,8 @@ LensParam Model(const Coefficients &coefficients)
     return model;
 }
 
-/// Maps a position by a model, in double precision. @p radial returns the factor for a squared radius in focal lengths.
+/// Maps a position with a model in double precision. @p radial returns the factor for a squared radius, in squared
+/// focal lengths.
 template <typename Radial> QPointF Warped(const LensParam &model, QPointF at, double scale, Radial radial)
 {
     const double s = scale * double(model.scaleFactor);
@@ -49,11 +50,11 @@ double ReciprocalSeries(double a, double b, double d, double x)
     return sum;
 }
 
-/// Corners, sides and other positions in 6000 x 4000.
+/// Corners, points near the model's center, and others in a 6000 x 4000 picture.
 const QPointF kPlaces[] = {{0, 0},       {5999, 0},    {0, 3999},  {5999, 3999},
                            {3050, 1961}, {3051, 1961}, {17, 2500}, {4321, 1234}};
 
-/// A few roundings of a coordinate of this size: floats near 6000 are 0.0005 apart.
+/// A few rounding errors: floats near 6000 are 0.0005 apart.
 constexpr double kTolerancePx = 0.004;
 
 void CompareNear(QPointF got, QPointF want, QPointF at)
@@ -81,7 +82,7 @@ void tst_LensParam::perspective()
 {
     const Coefficients all = {-0.11F, 0.07F, -0.03F, 0.5F};
     const struct {
-        int count; // of coefficients; more than three make no polynomial
+        int count; // of coefficients; if there are more than three, none is applied
         QPointF tangential;
         float scaleFactor, scale;
     } rows[] = {{0, {}, 1, 1}, {1, {}, 1.013F, 0.25F}, {2, {}, 0.97F, 1},      {3, {}, 1, 0.1706F},
@@ -111,21 +112,21 @@ void tst_LensParam::perspective()
 
 void tst_LensParam::sumsTermsInDouble()
 {
-    // In float 1 + 2^-25 and 1 + 2^-24 are both 1; their exact sum is nearer to the next float after 1.
+    // In float, 1 + 2^-25 and 1 + 2^-24 both round to 1, but the exact sum of all three terms rounds up.
     const LensParam model = Model({std::ldexp(1.0F, -25), std::ldexp(1.0F, -24)});
     QVERIFY(model.ComputeRadialDistortion(1.0F) == std::nextafter(1.0F, 2.0F)); // QCOMPARE would accept 1 too
 }
 
 void tst_LensParam::fisheye()
 {
-    // With no coefficient, or with three, all positions map to the center.
+    // With no coefficients or with three, all positions map to the center.
     for (const Coefficients &coefficients :
          {Coefficients(), Coefficients{-0.06F}, Coefficients{-0.06F, 0.011F}, Coefficients{-0.06F, 0.011F, 0.001F}}) {
         const bool known = coefficients.size() == 1 || coefficients.size() == 2;
         for (float scale : {1.0F, 0.37F}) {
             LensParam model = Model(coefficients);
             model.scaleFactor = 1.01F;
-            model.tangential1 = 0.01; // not part of this model
+            model.tangential1 = 0.01; // ignored by the fisheye model
             for (QPointF place : kPlaces) {
                 const QPointF center =
                     QPointF(model.centerX, model.centerY) * double(scale) * double(model.scaleFactor);
@@ -161,7 +162,7 @@ void tst_LensParam::vignettingGain()
     QVector<std::tuple<Coefficients, float, double>> rows = {
         {{-0.5F, 0.3F, 0.2F}, 0.0F, 1.0},
         {{0.5F, 0.0F, 0.0F}, 1.0F, 0.6875}, // a truncated series, not 1/1.5
-        {{0.5F}, 1.0F, 0.6875},             // missing ones are 0
+        {{0.5F}, 1.0F, 0.6875},             // missing coefficients are 0
         {{}, 0.8F, 1.0}};
     for (float a : {-1.25F, 0.5F})
         for (float b : {-0.75F, 1.5F})
@@ -169,7 +170,7 @@ void tst_LensParam::vignettingGain()
                 rows.append({{a, b, d}, 0.75F, ReciprocalSeries(double(a), double(b), double(d), 0.75)});
     for (const auto &[coefficients, x, gain] : rows) {
         const double got = double(Model(coefficients).ComputeFalloff(x));
-        QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QStringLiteral("%1 of %2").arg(got).arg(gain)));
+        QVERIFY2(std::abs(got - gain) < 1e-5, qPrintable(QStringLiteral("got %1, want %2").arg(got).arg(gain)));
     }
 }
 

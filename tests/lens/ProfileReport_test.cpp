@@ -1,4 +1,4 @@
-// The profile report: its content, why a file cannot be used, and its warnings.
+// The profile report: its content, the problems that make a file unusable, and notes.
 #include "ProfileReport.h"
 
 #include "Case.h"
@@ -108,7 +108,7 @@ void tst_ProfileReport::littleContent()
 
 void tst_ProfileReport::problems()
 {
-    // Matches the whole problem with a regular expression. It must be one line, because "." matches no line break.
+    // Matches the whole problem against a regular expression; "." matches no line break, so it must be a single line.
     const auto check = [this](const QByteArray &content, const QByteArray &expression) {
         const ProfileReport report = Report(content);
         const QRegularExpression whole(QRegularExpression::anchoredPattern(QString::fromLatin1(expression)));
@@ -126,7 +126,7 @@ void tst_ProfileReport::problems()
     check(whole.left(cut),
           "damaged or cut short: unexpected end of file at line " + cutLine
               + ", column \\d+; complete XML was expected");
-    // newLCP would use it, but more data may be lost.
+    // newLCP would accept this file, but data may be missing.
     check(whole.left(whole.indexOf("</rdf:Seq>")), "damaged or cut short: .*");
     check(whole.left(cut) + "</a>", "damaged or cut short: .* at line .*");
     check("<svg><defs><g/></defs></svg>",
@@ -171,7 +171,7 @@ void tst_ProfileReport::notes()
         QVERIFY2(report.usable, qPrintable(report.problem));
         QCOMPARE(report.notes.size(), note.isEmpty() ? 0 : 1);
         QCOMPARE(report.notes.value(0).left(note.size()), note);
-        // Flaws are also stored in the model, so that a program can avoid the correction.
+        // Flaws are also stored in the model, so that callers can skip its correction.
         for (const ProfileReportModel &model : report.models) {
             const Case named(model.name);
             const bool isFlaw = note.startsWith(model.name + QStringLiteral(" model: a f")); // "a focal", "a fisheye"

@@ -16,10 +16,10 @@ QByteArray Profile(const QByteArray &entries);
 
 /// Returns ImageWidth and ImageLength.
 QByteArray Size(const QByteArray &width, const QByteArray &length);
-/// Returns both focal lengths and both centers.
+/// Returns the focal lengths and the center coordinates.
 QByteArray Place(const QByteArray &focalX, const QByteArray &focalY, const QByteArray &centerX,
                  const QByteArray &centerY);
-/// Names, lens and shooting data as profile makers write them, without the image size.
+/// Returns names, lens and shooting data in the form that profile makers write, without the image size.
 QByteArray Metadata(const QByteArray &focalLength, const QByteArray &aperture, const QByteArray &distance);
 /// Returns an entry with all five models, each with different values. @p shift is added to the radial coefficients.
 QByteArray FullEntry(double shift);

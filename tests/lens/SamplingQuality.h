@@ -8,26 +8,26 @@
 #include <functional>
 #include <vector>
 
-/// Renders a gray picture, stored row by row, with a correction of the same size.
+/// Function that renders a gray picture, stored row by row, with a correction of the same size.
 using GreyRenderer = std::function<std::vector<double>(const std::vector<double> &, const Correction &)>;
 
 struct SamplingQuality {
-    double contrast;    // of the expected wave, over that of the source
-    double falseDetail; // root mean square of the remainder, over that of the ideal wave
+    double contrast;    // amplitude of the expected wave, relative to the source
+    double falseDetail; // root mean square of the remainder, relative to the ideal wave
 };
 
 constexpr int kQualitySide = 256;
-constexpr int kQualityBorder = 24; // pixels that are not measured
+constexpr int kQualityBorder = 24; // pixels on each side that are not measured
 constexpr double kPi = 3.14159265358979323846;
 
-/// Returns barrel distortion of 4 % and a slight enlargement, so that all phases occur.
+/// Returns a correction of 4 % barrel distortion with a slight enlargement, so that all sampling phases occur.
 inline Correction QualityLens()
 {
     Correction correction;
     correction.width = correction.height = kQualitySide;
     std::vector<double> factor;
     for (int i = 0; i <= 64; ++i) {
-        const double u = i / 64.0; // the squared radius over that of 200 pixels
+        const double u = i / 64.0; // the squared radius; 1 is at 200 pixels
         factor.push_back(0.98 * (1.0 - 0.09 * u + 0.03 * u * u));
     }
     correction.geometry = RadialMap{126.3, 128.9, RadialCurve(200.0 * 200.0 / 64.0, factor)};
@@ -56,7 +56,7 @@ struct WaveFit {
         }
     }
 
-    /// Leaves a, b and c in the last column. Call it once.
+    /// Solves for a, b and c, and leaves them in the last column. Call it only once.
     void Solve()
     {
         for (int i = 0; i < 3; ++i)
@@ -108,8 +108,8 @@ inline SamplingQuality QualityOf(const GreyRenderer &render, double frequency, d
     return {contrast / blocks, std::sqrt(rest / ideal)};
 }
 
-/// Returns how far values exceed both sides of an edge at @p angle, as a share of its height. @p soft is the standard
-/// deviation of its blur in pixels; 0 for an antialiased edge, negative for one without intermediate values.
+/// Returns the largest overshoot on either side of an edge at @p angle, as a fraction of its height. @p soft is the
+/// standard deviation of the edge's blur in pixels, 0 for an antialiased edge, negative for a hard one.
 inline double OvershootOf(const GreyRenderer &render, double angle, double soft)
 {
     const double c = std::cos(angle), s = std::sin(angle);

@@ -20,7 +20,7 @@ float LargestValue(int bits)
     return bits == 8 ? 255.0F : bits == 16 ? 65535.0F : 1.0F;
 }
 
-/// Returns the value of a channel of that depth after a store: integers keep their low bits.
+/// Returns @p value as read back from a channel of @p bits bits: integers keep only their low bits.
 float Stored(float value, int bits)
 {
     if (bits == 32)
@@ -35,7 +35,7 @@ float Smaller(float limit, float value)
     return value < limit ? value : limit;
 }
 
-/// The reference run at one pixel: its position and the samples it reads.
+/// Reference warp, computed one pixel at a time.
 struct Statement {
     const newLCP &lcp;
     const Pixels &source;
@@ -55,8 +55,8 @@ struct Statement {
         return model.ComputeFalloff(u * u + v * v);
     }
 
-    /// Returns whether the position is inside; @p value is then the sample of 0..1, or unchanged next to the last
-    /// column and row.
+    /// Returns whether the position is inside. If so, @p value is the sample in the range 0..1; bilinear sampling
+    /// leaves it unchanged in the last column and row.
     bool Sample(float x, float y, int channel, float &value) const
     {
         const double column = switches.mode == 0 ? std::floor(double(x)) : std::trunc(double(x));

@@ -1,4 +1,4 @@
-// Reference implementation of the warp, pixel by pixel without regard to speed, and images to check it on.
+// Reference implementation of the warp, one pixel at a time and without regard to speed, and test images for it.
 #pragma once
 
 #include "TestImages.h"
@@ -17,7 +17,7 @@ struct Pixels {
     float At(int x, int y, int channel) const { return values[(y * width + x) * channels + channel]; }
 };
 
-/// An image of given pixels with protected gaps between rows and a guard after them.
+/// Image of given pixels, with guard bytes between and after the rows that reveal stray writes.
 class GuardedImage : private TestImage {
 public:
     GuardedImage(const Pixels &pixels, int padding);
@@ -40,13 +40,13 @@ struct WarpSwitches {
 /// Changes @p destination as newLCP::Render must for matching images.
 void StateWarp(const newLCP &lcp, const Pixels &source, WarpSwitches switches, Pixels &destination);
 
-/// Returns the first difference of two pictures, with both values; empty if there is none. NaNs are equal.
+/// Returns the first difference between two pictures, with both values; empty if there is none. NaNs compare equal.
 QString FirstDifference(const Pixels &got, const Pixels &want);
 
 /// Returns values over the whole range of the depth; floats also go below 0 and above 1.
 Pixels RandomPixels(int width, int height, int channels, int bits, quint32 seed);
 
-/// Returns a profile without any model, scale 1.
+/// Returns a profile without models and with a scale of 1.
 newLCP NoModels();
 
 /// Returns all five models for a picture of that size, strong enough to cross every border.

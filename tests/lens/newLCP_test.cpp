@@ -107,14 +107,15 @@ void tst_newLCP::perspectiveValues()
         QByteArray values;
         Coefficients coefficients;
         float focalPixels;
-    } rows[] = {{focal + radial("2", "0.2") + radial("1", "0.1"), {0.2F, 0.1F}, 50},
-                {radial("1", "0.1") + focal + radial("1", "0.1") + radial("1", "0.3"), {0.1F, 0.1F, 0.3F}, 50},
-                {focal + radial("4", "1"), {}, 50}, // not a known parameter
-                {radial("1", "abc") + radial("2", "0,5") + Value("FocalLengthX", ""), {0, 0}, 0},
-                {Value("FocalLengthX", "\n 5e-1 ") + radial("1", " -1E-2\t"), {-0.01F}, 50},
-                {"<crs:FocalLengthX>0.5</crs:FocalLengthX>" + radial("1", "0.1"), {0.1F}, 0},
-                {"<!-- 0.7 -->" + Value("Unknown", "3") + focal + radial("1", "0<!-- -->.5"), {0.5F}, 50},
-                {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // not in this model
+    } rows[] = {
+        {focal + radial("2", "0.2") + radial("1", "0.1"), {0.2F, 0.1F}, 50},
+        {radial("1", "0.1") + focal + radial("1", "0.1") + radial("1", "0.3"), {0.1F, 0.1F, 0.3F}, 50},
+        {focal + radial("4", "1"), {}, 50}, // not a known parameter
+        {radial("1", "abc") + radial("2", "0,5") + Value("FocalLengthX", ""), {0, 0}, 0},
+        {Value("FocalLengthX", "\n 5e-1 ") + radial("1", " -1E-2\t"), {-0.01F}, 50},
+        {"<crs:FocalLengthX>0.5</crs:FocalLengthX>" + radial("1", "0.1"), {0.1F}, 0},
+        {"<!-- 0.7 -->" + Value("Unknown", "3") + focal + radial("1", "0<!-- -->.5"), {0.5F}, 50},
+        {focal + Value("ScaleFactor", "3") + Value("VignetteModelParam1", "1"), {}, 50}}; // not used by this model
     for (const auto &row : rows) {
         const Case named("row", &row - &*std::begin(rows));
         bool ok = false;
@@ -173,7 +174,7 @@ void tst_newLCP::reset()
         const LensParam &model = lcp.*subModel.model;
         QVERIFY2(!model.found && model.scaleFactor == 1.0F && model.focalPixels == 0.0F, subModel.tag);
     }
-    QCOMPARE(distortion.coefficients.size(), 3); // a second reading would append to them
+    QCOMPARE(distortion.coefficients.size(), 3); // kept; reading again would append to them
 }
 
 void tst_newLCP::ignoresMetadataAfterTheModel()

@@ -1,4 +1,4 @@
-// The installed files, used by a host that has only these, and by the program after they were moved.
+// The installed files after they were moved: used by a host that was built with only these files, and by the program.
 #include "Case.h"
 #include "ProgramTest.h"
 #include "TiffRaster.h"
@@ -28,13 +28,13 @@ void MinimalHost_test::sameFileAsTheProgram()
 {
     const ProgramResult host = RunIn(QStringLiteral(MINIMAL_HOST), "a.jpg p.lcp"_s);
     QVERIFY2(host.exitCode == 0, host.error);
-    // The last line: the tool kernel may print remarks about processors before it.
+    // Only the last line is compared, because the tool kernel may print notes about the CPU before it.
     QCOMPARE(QString::fromUtf8(host.output).trimmed().split(QLatin1Char('\n')).last(), Path("a_corrected.tiff"_s));
     const TiffRaster picture = ReadTiff(Path("a_corrected.tiff"_s));
     QCOMPARE(QSize(picture.width, picture.height), QSize(60, 40));
     QCOMPARE(picture.bits, 8);
 
-    // Single corrections give different pictures, so the equality above is meaningful.
+    // Single corrections must give different pictures; otherwise equality would prove nothing.
     for (const QString &switches : {"--distortion --vignetting"_s, "--distortion"_s, "--vignetting"_s}) {
         const Case named(switches);
         const ProgramResult program =
@@ -47,8 +47,8 @@ void MinimalHost_test::sameFileAsTheProgram()
     }
 }
 
-/// A profile with one entry corrects a picture of any size; without a profile the reason is printed, and nothing is
-/// written.
+/// A profile with one entry corrects a picture of any size. Without a profile, the host prints the reason and writes
+/// nothing.
 void MinimalHost_test::fitted()
 {
     WriteJpeg(Path("b.jpg"_s), 45, 30);
@@ -94,7 +94,7 @@ void MinimalHost_test::failsWithAMessage()
     }
 }
 
-/// The program must not find the parts in the build folder instead.
+/// The program must not load the libraries of the build folder instead.
 void MinimalHost_test::partsAreFoundNextToTheProgram()
 {
     const QString layer = "libvitrelux-imagefile.so"_s, plugin = "libKVitrelux.so"_s;

@@ -1,5 +1,5 @@
-# Installs BUILD_DIR into WORK_DIR and builds the host in SAMPLE_DIR against that, as a separate project: cmake -D
-# BUILD_DIR=... -D WORK_DIR=... -D SAMPLE_DIR=... [-D CXX=... -D CXX_FLAGS=...] -P this file
+# Installs BUILD_DIR into WORK_DIR and builds the host in SAMPLE_DIR against the installation, as a separate project:
+# cmake -D BUILD_DIR=... -D WORK_DIR=... -D SAMPLE_DIR=... [-D CXX=... -D CXX_FLAGS=...] -P this file
 set(first_home "${WORK_DIR}/installed")
 set(home "${WORK_DIR}/moved")
 

@@ -30,7 +30,7 @@ FakeHost &Host()
 
 // --- Profiles ---
 
-/// Returns an entry for a frame of 600 x 400.
+/// Returns an entry for a 600 x 400 frame.
 ProfileEntry SmallEntry()
 {
     ProfileEntry entry = made::Entry();
@@ -39,7 +39,7 @@ ProfileEntry SmallEntry()
     return entry;
 }
 
-/// Returns a picture of the whole frame.
+/// Returns an uncropped picture.
 OraclePicture Whole(const QSize &size)
 {
     OraclePicture picture = {};
@@ -63,14 +63,15 @@ template <typename Value> TiffRaster Filled(const QSize &size, int bits, Value v
     return raster;
 }
 
-/// Returns a picture whose values are its coordinates, 0 to 1: y in the channels of @p yChannels, x in the others.
+/// Returns a picture whose values are the coordinates, scaled to 0..1: y in the channels of the bit mask @p yChannels,
+/// x in the others.
 TiffRaster Coordinates(const QSize &size, int yChannels)
 {
     const double right = size.width() - 1.0, bottom = size.height() - 1.0;
     return Filled(size, 32, [=](int x, int y, int c) { return yChannels >> c & 1 ? y / bottom : x / right; });
 }
 
-/// Adds the EXIF of a picture taken with "Maker BODY" at f/4 and 3 m, and @p profile (ICC) unless it is empty.
+/// Adds EXIF data for "Maker BODY" at 24 mm, f/4 and 3 m, and the ICC profile @p profile unless it is empty.
 void AddShot(const QString &path, const QByteArray &profile)
 {
     const auto image = Exiv2::ImageFactory::open(path.toStdString());
@@ -148,7 +149,7 @@ private:
 
     QTemporaryDir m_dir;
     KVitreluxOne2One m_process;
-    QString m_assumed; // of the last run
+    QString m_assumed; // assumptions that the last run reported
 };
 
 void *tst_FittedProcess::Record(const Options &options)
@@ -156,7 +157,7 @@ void *tst_FittedProcess::Record(const Options &options)
     QDomDocument document;
     QDomElement element = document.createElement("any"_s);
     element.setAttribute("LCPfilename"_s, m_dir.filePath("a.lcp"_s));
-    element.setAttribute("Sampling"_s, "bilinear"_s); // which is exact for coordinates
+    element.setAttribute("Sampling"_s, "bilinear"_s); // exact for coordinates
     element.setAttribute("Framing"_s, "keep"_s);
     for (const auto &[name, value] : options)
         element.setAttribute(name, value);
@@ -185,8 +186,8 @@ TiffRaster tst_FittedProcess::Corrected(const TiffRaster &source, const Options 
     return ReadTiff(output);
 }
 
-// A picture of 1500 x 1001 reduced to 301 x 200, with different scales for the two sides: source positions must be
-// those of the whole picture.
+// A 1500 x 1001 picture is reduced to 301 x 200, with different horizontal and vertical scales. Source positions must
+// match those of the whole picture.
 void tst_FittedProcess::previewIsTheFileScaled()
 {
     const QSize whole(1500, 1001), small(301, 200);
@@ -285,7 +286,7 @@ void tst_FittedProcess::gainMultipliesLight_data()
     QTest::addColumn<bool>("isAssumed");
     QTest::newRow("no profile, 8 bits: sRGB") << 8 << 0.0 << true;
     QTest::newRow("no profile, 16 bits: sRGB") << 16 << 0.0 << true;
-    QTest::newRow("no profile, floats: light") << 32 << 0.0 << false;
+    QTest::newRow("no profile, floats: linear light") << 32 << 0.0 << false;
     QTest::newRow("gamma 1.8, 16 bits") << 16 << 1.8 << false;
     QTest::newRow("gamma 1, 8 bits") << 8 << 1.0 << false;
 }
@@ -299,7 +300,7 @@ void tst_FittedProcess::gainMultipliesLight()
     const double power = gamma > 0.0 ? gamma : 1.0;
     const Curve toLight = isSrgb ? Curve(SrgbToLight) : [=](double v) { return std::pow(v, power); };
     const Curve toStored = isSrgb ? Curve(LightToSrgb) : [=](double light) { return std::pow(light, 1.0 / power); };
-    // Columns of black, two grays and white; the gain moves no pixel.
+    // Columns of black, two grays and white. Vignetting correction moves no pixel.
     const double white = bits == 8 ? 255.0 : bits == 16 ? 65535.0 : 1.0;
     const double levels[] = {0.0, 0.1, 0.45, 1.0};
     const QSize size(300, 200);
@@ -307,7 +308,7 @@ void tst_FittedProcess::gainMultipliesLight()
         Filled(size, bits, [&](int x, int, int) { return std::round(levels[x % 4] * white * 256.0) / 256.0; });
     const TiffRaster result = Corrected(source, {{"Falloff"_s, "1"_s}}, gamma > 0.0 ? RgbProfile(gamma) : QByteArray());
     QVERIFY2(m_assumed.contains("sRGB"_s) == isAssumed, qPrintable(m_assumed));
-    ProfileEntry still = SmallEntry(); // moves no pixel, so the gain depends on the pixel's position
+    ProfileEntry still = SmallEntry(); // moves no pixel, so the gain depends on the pixel's own position
     still.green = made::Model(1.0, 0.5, 0.5, {});
     OraclePicture picture = Whole(size);
     double worst = 0.0;
@@ -321,7 +322,7 @@ void tst_FittedProcess::gainMultipliesLight()
             if (x % 4 == 0)
                 QCOMPARE(result.At(x, y, 1), 0.0F);
         }
-    const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables to 1/60,000 of the value
+    const double tolerance = bits == 8 ? 0.51 : bits == 16 ? 8.0 : 1e-4; // rounding; tables are accurate to 1/60,000
     QVERIFY2(worst < tolerance, qPrintable(QString::number(worst)));
 }
 
@@ -341,7 +342,7 @@ void tst_FittedProcess::grayStaysGray()
     for (int y = 0; y < size.height(); ++y)
         for (int x = 0; x < size.width(); ++x)
             source.At(x, y, 0) = float(x / right * white);
-    constexpr double kZoom = 1.2; // nothing stays empty
+    constexpr double kZoom = 1.2; // leaves no empty pixels
     const TiffRaster result =
         Corrected(source, {{"Disto"_s, "1"_s}, {"CA"_s, "1"_s}, {"Framing"_s, QString::number(kZoom)}});
     QVERIFY2(m_assumed.contains("lateral color: the picture is gray"_s), qPrintable(m_assumed));
@@ -352,11 +353,11 @@ void tst_FittedProcess::grayStaysGray()
             const OraclePlaces at = OracleAt({{SmallEntry(), 1.0L}}, Whole(size), Projection::Rectilinear, kZoom, x, y);
             worst = std::max(worst, std::abs(double(result.At(x, y, 0)) - double(at.green.x) / right * white));
         }
-    // Rounding of source and result, and 0.01 px.
+    // Rounding of source and result, plus 0.01 px.
     QVERIFY2(worst < (bits == 32 ? 0.0 : 1.0) + 0.01 / right * white, qPrintable(QString::number(worst)));
 }
 
-/// The file doesn't depend on the number of threads that render and pack its bands, at any depth.
+/// At any depth, the file doesn't depend on the number of threads that render and compress its bands.
 void tst_FittedProcess::independentOfThreadCount()
 {
     for (const int bits : {8, 16, 32}) {
@@ -381,7 +382,7 @@ void tst_FittedProcess::independentOfThreadCount()
     }
 }
 
-/// The rows of the source are written when they are waited for: reading others would change the result.
+/// Source rows are filled only when they are waited for, so reading any other row would change the result.
 void tst_FittedProcess::readsOnlyAnnouncedRows()
 {
     for (const QSize size : {QSize(640, 430), QSize(430, 640)})
@@ -433,7 +434,7 @@ void tst_FittedProcess::formats_data()
     QTest::addColumn<int>("resultBits");
     QTest::addColumn<double>("value"); // expected for 0.4, half opaque if there is alpha
     QTest::addColumn<QString>("assumed");
-    // Names begin with the format.
+    // Row names begin with the format.
     QTest::newRow("jpeg, 16 bits") << 16 << 3 << 0.0 << 8 << 0.4 << "8 bits per channel instead of 16"_s;
     QTest::newRow("jpeg, alpha") << 8 << 4 << 0.0 << 8 << 0.2 << "transparent pixels are black"_s;
     QTest::newRow("jpeg, gray") << 8 << 1 << 0.0 << 8 << 0.4 << QString();

@@ -1,4 +1,5 @@
-// Hosts are compiled separately and call by position in the virtual table; this checks the position of every function.
+// Hosts are compiled separately and call functions by their position in the virtual table; these tests check every
+// position.
 #include "KIApplication.h"
 #include "KIImageDef.h"
 #include "KIPluginLibrary.h"
@@ -84,9 +85,9 @@ public:
     KUIInstances *UIInstances() override { return Note<KUIInstances *>("UIInstances"); }
 };
 
-/// Calls entry @p slot of an object's virtual table with arguments of the types given. The first two entries are the
-/// complete and the deleting destructor; under the platform's C++ ABI a member function is a function whose first
-/// argument is the object.
+/// Calls entry @p slot of an object's virtual table. The first two entries are the complete and the deleting
+/// destructor. Under the platform's C++ ABI, a member function takes the object as its first argument, and objects of
+/// Qt's classes by reference.
 template <typename Result, typename... Arguments> Result CallSlot(void *object, int slot, Arguments... arguments)
 {
     void **table = *static_cast<void ***>(object);

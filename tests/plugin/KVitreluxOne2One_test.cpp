@@ -1,3 +1,4 @@
+// The process object: its records, and plain corrections of files and of pictures in memory.
 #include "Case.h"
 #include "KVitreluxOne2One.h"
 
@@ -22,8 +23,8 @@ using Params = KVitreluxOne2One::Params;
 
 const QString kUid = QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18");
 
-/// Returns a profile for a width by height frame: each model has a different term, the main one @p k; centers are at
-/// (0.5, 0.25) of the frame, focal lengths are 1.
+/// Returns a profile for a frame of @p width x @p height. Each model has a different coefficient, the distortion model
+/// @p k; centers are at (0.5, 0.25) of the frame, and focal lengths are 1.
 QByteArray ProfileText(int width, int height, double k)
 {
     using namespace profiletext;
@@ -65,7 +66,7 @@ FakeHost &Host()
     return *static_cast<FakeHost *>(QCoreApplication::instance());
 }
 
-/// Records the calls of its functions, in order.
+/// Image description that records the calls to its functions, in order.
 class NotingDef : public FakeImageDef {
 public:
     using FakeImageDef::FakeImageDef;
@@ -95,7 +96,7 @@ private:
     void Noted(const char *what) const { noted += QLatin1String(what) + QLatin1Char(';'); }
 };
 
-/// Returns the calls on the host since the last time.
+/// Returns the recorded calls to the host, and clears them.
 QStringList Calls()
 {
     return std::exchange(Host().calls, {});
@@ -171,10 +172,10 @@ void tst_KVitreluxOne2One::recordFromElement_data()
     QTest::addColumn<bool>("disto");
     QTest::newRow("nothing stored") << "" << QString() << false;
     QTest::newRow("stored") << "true" << QString() << true;
-    QTest::newRow("element over setting") << "true"
-                                          << "0" << false;
-    QTest::newRow("missing attribute over setting") << "true"
-                                                    << "" << false;
+    QTest::newRow("element overrides setting") << "true"
+                                               << "0" << false;
+    QTest::newRow("missing attribute overrides setting") << "true"
+                                                         << "" << false;
     QTest::newRow("number above 1") << ""
                                     << "2" << true;
     QTest::newRow("not a number") << ""
@@ -203,7 +204,7 @@ void tst_KVitreluxOne2One::recordFromElement()
     process.FreeParameters(params);
 }
 
-// Checks every call and attribute of plain records that a host can observe while fitted options are stored.
+// Checks that stored fitted options change no call or attribute of plain records that a host can observe.
 
 void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
 {
@@ -233,7 +234,7 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     QCOMPARE(AttributesOf(process.GetXmlParameters(params)), names.toSet());
     process.SaveDefaultSettings(params);
     process.OnValidatePage();
-    QCOMPARE(Calls(), Prefixed("set "_s, names)); // without a page no "LensPath"
+    QCOMPARE(Calls(), Prefixed("set "_s, names)); // no "LensPath" without a page
     QString output;
     QVERIFY_EXCEPTION_THROWN(process.Process("/nowhere/a.tif"_s, params, output), KException);
     QCOMPARE(Calls(), QStringList("image /nowhere/a.tif"_s));
@@ -241,7 +242,7 @@ void tst_KVitreluxOne2One::plainRecordsIgnoreFittedOptions()
     process.FreeParameters(params);
 }
 
-// Checks what a host can observe of plain runs: calls on the picture's description, the output and the unchanged
+// Checks what a host can observe of plain runs: calls to the picture's description, the output, and the unchanged
 // record.
 
 void tst_KVitreluxOne2One::plainRunsIgnoreFittedOptions()
@@ -293,7 +294,7 @@ void tst_KVitreluxOne2One::fittedOption_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("kept"); // the value in the record
-    QTest::addColumn<bool>("lasting");
+    QTest::addColumn<bool>("lasting"); // stored as a default and copied to other records
     const auto row = [](const char *name, const char *text, const char *kept, bool lasting = true) {
         QTest::addRow("%s=%s", name, text)
             << QString::fromLatin1(name) << QString::fromLatin1(text) << QString::fromLatin1(kept) << lasting;
@@ -373,9 +374,9 @@ void tst_KVitreluxOne2One::xmlForm()
     process.FreeParameters(back);
 }
 
-// A profile describes a landscape frame with its center at (0.5, 0.25). An upright picture is rotated to the left for
-// the warp, so that its right edge is the frame's top. A radial model then moves pixels toward or away from that
-// center, wherever it is in the upright picture.
+// The profile describes a landscape frame with its center at (0.5, 0.25). For the warp, an upright picture is rotated
+// counterclockwise, so that its right edge becomes the frame's top edge. A radial model then moves pixels toward or
+// away from that center, wherever it is in the upright picture.
 
 void tst_KVitreluxOne2One::rightAngleFrames_data()
 {
@@ -408,7 +409,7 @@ void tst_KVitreluxOne2One::rightAngleFrames()
     for (int y = 0; y < height; ++y) {
         const Case named("row", y);
         for (int x = 0; x < width; ++x) {
-            // Position in the frame, the model there, and back into the picture.
+            // Map to the frame, apply the model, and map back to the picture.
             const double frameX = turned ? y : x;
             const double frameY = turned ? width - 1 - x : y;
             const double u = (frameX - centerX) / focal;
@@ -451,12 +452,12 @@ void tst_KVitreluxOne2One::unreadableProfile()
     FillWithCoordinates(image, size.width(), size.height());
     CorrectDistortion(image, profile);
     QTEST(Pixel(image, 3, 2)[0], "red");
-    // A regular file whose reads fail must fail the picture, which would otherwise be mistaken for a corrected one.
+    // If reading a regular file fails, the run must fail: the picture must not be mistaken for a corrected one.
     QVERIFY_EXCEPTION_THROWN(CorrectDistortion(image, QStringLiteral("/proc/self/mem")), KException);
 }
 
-// A run from a file works in bands; the result equals the whole picture corrected in memory. The pictures are large
-// enough for several strips of 512 KiB.
+// Files are corrected in bands; the result must equal that of the whole picture corrected in memory. The pictures are
+// large enough for several strips of 512 KiB.
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
 {
@@ -467,9 +468,9 @@ void tst_KVitreluxOne2One::fileRunEqualsWholePicture_data()
     QTest::newRow("RGB, 8 bits, distortion") << QSize(1001, 300) << int(GFL_RGB) << 8 << 1;
     QTest::newRow("RGB, 8 bits, color") << QSize(1001, 300) << int(GFL_RGB) << 8 << 2;
     QTest::newRow("portrait RGBA, 16 bits, all") << QSize(299, 1001) << int(GFL_RGBA) << 16 << 7;
-    QTest::newRow("gray, 16 bits, a copy") << QSize(401, 401) << int(GFL_GREY) << 16 << 0;
+    QTest::newRow("gray, 16 bits, no correction") << QSize(401, 401) << int(GFL_GREY) << 16 << 0;
     QTest::newRow("RGBA, float, vignetting") << QSize(701, 201) << int(GFL_RGBA) << 32 << 4;
-    QTest::newRow("one row of gray, 8 bits, a copy") << QSize(97, 1) << int(GFL_GREY) << 8 << 0;
+    QTest::newRow("one row, gray, 8 bits, no correction") << QSize(97, 1) << int(GFL_GREY) << 8 << 0;
 }
 
 void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
@@ -505,7 +506,7 @@ void tst_KVitreluxOne2One::fileRunEqualsWholePicture()
     written.ID_Read(output, /*nativeDepth=*/true);
     QCOMPARE(int(written.type()), depth > 16 ? int(GFL_RGB) : int(GFL_RGBA));
     QCOMPARE(int(written.bitsPerComponent()), depth);
-    if (type == GFL_GREY && depth == 16) { // no step of the conversion sets its alpha
+    if (type == GFL_GREY && depth == 16) { // no conversion step sets its alpha
         quint16 alpha;
         std::memcpy(&alpha, written.getData(400, 400) + 6, sizeof alpha);
         QCOMPARE(int(alpha), 65535);

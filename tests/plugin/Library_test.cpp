@@ -52,7 +52,7 @@ void tst_Library::initTestCase()
 void tst_Library::libraryDescription()
 {
     QPluginLoader second(QStringLiteral(VITRELUX_PLUGIN));
-    QCOMPARE(second.instance(), m_object); // one object per load
+    QCOMPARE(second.instance(), m_object); // one object per loaded library
     QCOMPARE(m_object->objectName(), QStringLiteral("KVitrelux"));
     QCOMPARE(m_loader.metaData().value(QStringLiteral("IID")).toString(), QStringLiteral("com.brelt.vitrelux"));
     auto *about = Cast<KIAbout>(m_object, "KIAbout");
@@ -78,7 +78,7 @@ void tst_Library::eachCallAddsAProcess()
     QCOMPARE(process->Name(), QStringLiteral("Lens correction"));
     QCOMPARE(process->UID(), QStringLiteral("6E8A21D4-93B7-4C05-A1F6-70C3D2E95B18"));
     auto *lensPath = process->WizardPage()->findChild<QAbstractButton *>(QStringLiteral("toolButtonLensPath"));
-    QString options; // of the file dialog: Qt's own while the host's state requests them
+    QString options; // of the file dialogs that opened
     for (const bool system : {false, true}) {
         m_usesSystemFileDialog = system;
         QTimer::singleShot(0, this, [&options] {
@@ -91,7 +91,7 @@ void tst_Library::eachCallAddsAProcess()
     }
     QCOMPARE(options, QStringLiteral("Qt's the system's"));
     QVERIFY(process->Comment().startsWith(QStringLiteral("Adobe(r) released a free tool")));
-    delete plugins[0].data(); // hosts may do this: the library then releases the process
+    delete plugins[0].data(); // hosts may do this; the library's pointer becomes null
 }
 
 void tst_Library::pictures()

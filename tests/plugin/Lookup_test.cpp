@@ -34,7 +34,7 @@ private:
 
 namespace {
 
-/// Returns a single pixel for any size.
+/// Image description that returns a single pixel for any size.
 class OnePixelImage : public ImageDef {
 public:
     OnePixelImage() : m_pixel(1, 1, GFL_RGBA, 32, /*clear=*/true, nullptr, 0) { m_rows = m_cols = 1; }
@@ -47,7 +47,7 @@ private:
 
 const QString kUntouched = QStringLiteral("untouched");
 
-/// Describes a picture as the kernel does; its file need not exist.
+/// Fills a picture's description as the kernel does; the file need not exist.
 ImageDef *Picture(ImageDef *image, const QString &maker, const QString &model, const QString &lensId)
 {
     image->m_fileName = QStringLiteral("/none/picture.jpg");
@@ -91,7 +91,7 @@ void tst_Lookup::Touch(const QString &file) const
     WriteFile(path);
 }
 
-/// Joins paths without the test's folder, one per line.
+/// Joins paths, relative to the test's folder, one per line.
 QString tst_Lookup::Relative(const QStringList &paths) const
 {
     return paths.join(QLatin1Char('\n')).remove(m_dir->path() + QLatin1Char('/'));
@@ -110,7 +110,7 @@ void tst_Lookup::profile_data()
                             << QString::fromLatin1(found) << QString::fromLatin1(message);
     };
     const auto canon = [](const char *file) { return QStringLiteral("L\\Canon/X1 (%1).lcp").arg(QLatin1String(file)); };
-    const QString brand = QStringLiteral("L/Canon/any"); // makes the entry that the walk finds
+    const QString brand = QStringLiteral("L/Canon/any"); // creates the entry that the lookup finds
 
     row("found", "Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "L\\Canon/X1 (Canon EF-S 10-22mm).lcp",
         "Fichier correspondant : X1 (Canon EF-S 10-22mm).lcp");
@@ -139,7 +139,7 @@ void tst_Lookup::profile_data()
         "No matching LensID");
     row("folder joined with a slash", "Canon", "10 22 3", {QStringLiteral("L/Canon/X1 (Canon EF-S 10-22mm)")}, "",
         "No matching LensID");
-    row("first entry within the brand wins", "Canon", "10 22 3",
+    row("first folder whose name the brand contains", "Canon", "10 22 3",
         {QStringLiteral("L/An/any"), brand, QStringLiteral("L\\An/X1 Canon 10-22mm"), canon("Canon 10-22mm")},
         "L\\An/X1 Canon 10-22mm", "Fichier correspondant : X1 Canon 10-22mm");
     row("brand after another word", "The Canon", "10 22 3", {brand, canon("Canon EF-S 10-22mm")}, "",
@@ -208,7 +208,7 @@ void tst_Lookup::recordIsFilledByRunAndPage()
     const QString found = QStringLiteral("L\\Canon/X1 (Canon EF-S 10-22mm).lcp");
     QCOMPARE(Relative({params.lcpFilename}), found);
 
-    params.lcpFilename.clear(); // the page looks up too
+    params.lcpFilename.clear(); // the page also looks up the profile
     auto *page = static_cast<UIVitreluxPage *>(process.WizardPage());
     page->SetImage(&image, &params);
     QCOMPARE(Relative({params.lcpFilename}), found);

@@ -33,7 +33,7 @@ void tst_WithoutHost::defaultsAndRefusals()
     if (hasApplication)
         noHost.emplace(argumentCount, arguments);
     KVitreluxOne2One process;
-    QVERIFY(!process.WizardPage()); // no QApplication, no widgets
+    QVERIFY(!process.WizardPage()); // no widgets without a QApplication
     auto *params = static_cast<KVitreluxOne2One::Params *>(process.AllocParameters(QDomElement()));
     QVERIFY(!params->disto && !params->ca && !params->falloff && params->lcpFilename.isEmpty());
     params->ca = true;

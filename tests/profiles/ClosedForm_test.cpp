@@ -1,5 +1,5 @@
-// A zoom lens with known formulas, measured at 6 focal lengths x 3 distances x 4 apertures and fitted at settings in
-// between: the table in docs/fitting.md.
+// A zoom lens defined by formulas, sampled at 6 focal lengths x 3 distances x 4 apertures and fitted at settings in
+// between. The errors must match the table in docs/fitting.md.
 #include "CorrectionTwin.h"
 #include "Files.h"
 #include "Fit.h"
@@ -16,15 +16,15 @@ namespace {
 
 using namespace made;
 
-constexpr double kCornerMm = 21.633307652783937; // of a frame of 36 x 24 mm
+constexpr double kCornerMm = 21.633307652783937; // half the diagonal of 36 x 24 mm
 constexpr double kLongMm = 36.0;
 
 struct Shot {
     double focalMm, distanceM, aperture;
 };
 
-/// Returns barrel distortion that turns into pincushion at the long end and depends slightly on distance; not a
-/// polynomial.
+/// Returns the factor of barrel distortion that turns into pincushion distortion at the long end and depends slightly
+/// on distance. It is not a polynomial.
 double Factor(const Shot &shot, double mm)
 {
     const double wide = 24.0 / shot.focalMm, rho2 = mm * mm / (kCornerMm * kCornerMm);
@@ -32,7 +32,7 @@ double Factor(const Shot &shot, double mm)
     return 1.0 + strength * rho2 / (1.0 + 0.3 * rho2);
 }
 
-/// Returns cosine-fourth falloff, and mechanical vignetting until the lens is stopped down.
+/// Returns the relative light: cosine-fourth falloff, and mechanical vignetting that decreases with the aperture.
 double Light(const Shot &shot, double mm)
 {
     const double tangent = mm / shot.focalMm, rho4 = std::pow(mm / kCornerMm, 4.0);
@@ -100,7 +100,7 @@ struct Error {
     double px = 0.0, stops = 0.0;
 };
 
-/// Returns the largest errors of red's position and of the light in the lower right quarter of 6000 x 4000.
+/// Returns the largest errors of the red position and of the light in the lower right quarter of a 6000 x 4000 picture.
 Error ErrorOf(const LensProfile &profile, const Shot &shot)
 {
     PictureFacts facts = Facts({6000, 4000}, shot.focalMm);
@@ -166,8 +166,8 @@ void tst_ClosedForm::betweenEntries()
                                               errors[way].last(), median(way + 3), errors[way + 3].last());
         QVERIFY2(documented.contains(row.toUtf8()), qPrintable(row));
     }
-    // The settings are at least about a quarter of a step from an entry, so the remaining second-order error must be a
-    // small part of the first-order one.
+    // The settings are at least about a quarter of a step from any entry, so the remaining second-order error must be a
+    // small fraction of the first-order one.
     QVERIFY(errors[0].last() < 0.2 * errors[1].last() && median(0) < 0.2 * median(1));
     QVERIFY(errors[3].last() < 0.3 * errors[4].last() && median(3) < 0.3 * median(4));
     QVERIFY(errors[2].last() > errors[1].last());

@@ -1,4 +1,4 @@
-// Which entries, facts and options a fit uses, how it blends them, and what it says about the rest.
+// Which entries, facts and options a fit uses, how it blends them, and what it reports about the rest.
 #include "Case.h"
 #include "Fit.h"
 
@@ -43,8 +43,8 @@ void tst_FitChoices::initTestCase()
 
 void tst_FitChoices::blending()
 {
-    // Between 20 and 40 mm at 25 mm: (1/25 - 1/40) / (1/20 - 1/40) = 0.6 of the first; likewise distances of 1 and 3 m
-    // at 1.5 m: 0.5; apertures f/2 and f/4 at f/2.8284: (1/8 - 1/16) / (1/4 - 1/16) = 1/3 of the first.
+    // The first entry's weight is (1/25 - 1/40) / (1/20 - 1/40) = 0.6 at 25 mm between 20 and 40 mm, 0.5 at 1.5 m
+    // between 1 and 3 m, and (1/8 - 1/16) / (1/4 - 1/16) = 1/3 at f/2.8284 between f/2 and f/4.
     QVector<ProfileEntry> entries;
     const double weights[] = {0.6, 0.4}, distances[] = {0.5, 0.5}, apertures[] = {1.0 / 3.0, 2.0 / 3.0};
     QVector<double> expected;
@@ -91,7 +91,7 @@ void tst_FitChoices::blending()
     QVERIFY(std::abs(map.centerX - center) < 1e-6);
     QVERIFY(std::abs(fit.correction.light->gain.AtSquared(radius * radius) * std::exp2(stops) - 1.0) < 1e-4);
 
-    // Half the amount gives half the displacement and half the exposure values.
+    // Half the amount gives half the displacement and half the gain in stops.
     options.amountDistortion = options.amountChromatic = options.amountVignetting = 0.5;
     const FitResult half = Fit(Profile(entries), facts, options);
     QVERIFY(std::abs(half.correction.geometry->factor.AtSquared(radius * radius) - (1.0 + factor) / 2.0) * radius
@@ -149,7 +149,7 @@ void tst_FitChoices::choices_data()
     row("one aperture, the picture's is unknown", {entry(40, 3, 4)}, shot(40, 3, 0), "0:100|0:100",
         "at f/4, its only aperture");
     row("the profile's aperture is unknown", {entry(40, 3, -10)}, shot(40, 3, 4), "0:100|0:100", "an unknown aperture");
-    row("distortion by the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
+    row("distortion from the nearest aperture", {entry(40, 3, 2), entry(40, 3, 6)}, shot(40, 3, 2.2),
         "0:100|0:81 1:19"); // 1/N^2: 0.2066 between 0.25 and 0.0156
     row("distances differ by focal length", {entry(20, 1, 4), entry(20, 4, 4), entry(40, 2, 4)}, shot(25, 2, 4),
         "1:40 0:20 2:40|1:40 0:20 2:40");
@@ -213,10 +213,10 @@ void tst_FitChoices::leftOut_data()
         "amount 0", [](PictureFacts &, FitOptions &o) { o.amountVignetting = 0.0; }, "dc",
         "vignetting: its amount is 0");
     row(
-        "before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
+        "corrected before", [&](PictureFacts &f, FitOptions &) { corrected(f); }, "c",
         "distortion, vignetting: corrected before (XMP)");
     row(
-        "again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
+        "corrected again", [&](PictureFacts &f, FitOptions &o) { corrected(f), o.again = true; }, "dcv", "");
     row(
         "typed focal length", [](PictureFacts &f, FitOptions &o) { f.focalMm = {}, o.typed.focalMm = 24.0; }, "dcv",
         "");
@@ -275,11 +275,11 @@ void tst_FitChoices::useless_data()
         [](ProfileEntry &e) { e.green->coefficients = {1e6}; });
     row("tangential terms move everything outside", false, true, "distortion: 50 mm f/4 3 m (line 9) leaves",
         [](ProfileEntry &e) { e.green->tangential1 = 1e9; });
-    row("both colors, reported once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %",
+    row("both color models, reported once", true, false, "lateral color: 50 mm f/4 3 m (line 9) leaves 0 %",
         [](ProfileEntry &e) {
             e.redGreen->coefficients = {-1e12, 1e12, -1e12};
         });
-    row("half a fisheye", true, true, "", [](ProfileEntry &e) {
+    row("only one of two entries is a fisheye", true, true, "", [](ProfileEntry &e) {
         e.kind = ProfileEntry::Kind::Fisheye;
         e.green->coefficients = {-0.5};
     });

@@ -1,4 +1,4 @@
-// Fitted corrections in any frame and orientation against the models, computed without the code's tables or frames.
+// Fitted corrections in any frame and orientation, compared with the models, which are computed independently.
 #include "Case.h"
 #include "Fit.h"
 
@@ -27,7 +27,7 @@ double Distance(const SourcePlaces::Point &a, const OraclePoint &b)
     return double(std::hypot(a.x - b.x, a.y - b.y));
 }
 
-/// The largest distance and the largest relative error of the gain between a fit and the models of one entry.
+/// Largest position error and largest relative gain error of a fit, compared with the models of one entry.
 struct Worst {
     double px = 0.0, gain = 0.0;
 };
@@ -66,7 +66,7 @@ ProfileEntry Fisheye(const QVector<double> &coefficients)
     return entry;
 }
 
-/// Returns a picture of the profile's frame and no crop.
+/// Returns an uncropped picture of the profile's frame.
 OraclePicture Whole(int width, int height)
 {
     OraclePicture picture{width, height, 0.0L, 0.0L, (long double)width, (long double)height, 1.0L, true, 1};
@@ -109,24 +109,25 @@ void tst_Fit::atAnEntry_data()
                         Projection projection = Projection::Rectilinear) {
         QTest::newRow(name) << entry << projection << size << turn;
     };
-    row("as made", Entry(), {6000, 4000});
-    row("a fifth", Entry(), {1200, 800});
-    row("twice", Entry(), {12000, 8000});
+    row("the profile's size", Entry(), {6000, 4000});
+    row("a fifth of the size", Entry(), {1200, 800});
+    row("twice the size", Entry(), {12000, 8000});
     ProfileEntry scaled = Entry();
     scaled.redGreen->scaleFactor = 1.005;
     scaled.blueGreen->scaleFactor = 0.995;
-    row("strong scales", scaled, {6000, 4000});
+    row("strong scale factors", scaled, {6000, 4000});
     ProfileEntry strong = Entry();
     strong.green->coefficients = {-0.4, 0.5, -0.4};
     strong.vignette->coefficients = {-3.4, 5.0, -3.0}; // down to 1/16 and beyond
-    row("strong", strong, {4000, 2667});
+    row("strong models", strong, {4000, 2667});
     for (int turn = 2; turn <= 8; ++turn)
-        row(qPrintable(QStringLiteral("turned, %1").arg(turn)), Entry(), {1500, 1000}, turn);
+        row(qPrintable(QStringLiteral("orientation %1").arg(turn)), Entry(), {1500, 1000}, turn);
     const Projection projections[] = {Projection::Rectilinear, Projection::Equidistant, Projection::Stereographic,
                                       Projection::Equisolid};
     for (int coefficients = 1; coefficients <= 3; ++coefficients)
         for (Projection projection : projections)
-            row(qPrintable(QStringLiteral("fisheye of %1, projection %2").arg(coefficients).arg(int(projection))),
+            row(qPrintable(
+                    QStringLiteral("fisheye, coefficients: %1, projection: %2").arg(coefficients).arg(int(projection))),
                 Fisheye(QVector<double>{-0.03, 0.004, -0.0008}.mid(0, coefficients)), {6000, 4000}, 1 + coefficients,
                 projection);
 }
@@ -230,10 +231,10 @@ void tst_Fit::frames()
         return;
     OraclePicture picture = Whole(facts.pixels.width(), facts.pixels.height());
     picture.ownCenter = ownCenter;
-    // The oracle's unit is the longest side.
+    // The oracle's ratio refers to the longest side.
     picture.ratio = ratio * double(std::max(picture.wholeWidth, picture.wholeHeight)) / longPx;
     const Worst worst = WorstOf(fit, entry, picture, Projection::Rectilinear);
-    // If proportions differ slightly from the frame's, centers are fractions of the frame's sides.
+    // If the aspect ratio differs slightly from the frame's, centers are fractions of the frame's sides.
     const double tolerance = text.isEmpty() && facts.pixels.height() == 1970 ? 0.02 : 0.002;
     QVERIFY2(worst.px < tolerance && worst.gain < 1e-3,
              qPrintable(QStringLiteral("%1 px, gain %2").arg(worst.px).arg(worst.gain)));
@@ -247,11 +248,11 @@ void tst_Fit::unknownRotation()
     const RadialMap &map = *fit.correction.geometry;
     QCOMPARE(QPointF(map.centerX, map.centerY), QPointF(999.5, 1499.5));
     QVERIFY(map.tangential1 == 0.0 && map.tangential2 == 0.0 && fit.correction.red->tangential1 == 0.0);
-    // The same unit as in landscape orientation: a radius of 1,000 px moves by the same amount.
+    // The unit is the same as in landscape orientation: points at a radius of 1,000 px move by the same amount.
     FitOptions keep;
     keep.framing = Framing::Keep;
-    const FitResult lying = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
-    QVERIFY(std::abs(map.factor.AtSquared(1e6) - lying.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
+    const FitResult landscape = Fit(Profile({Entry()}), Facts({3000, 2000}), keep);
+    QVERIFY(std::abs(map.factor.AtSquared(1e6) - landscape.correction.geometry->factor.AtSquared(1e6)) < 1e-7);
 }
 
 void tst_Fit::unknownFrames()
@@ -277,7 +278,7 @@ void tst_Fit::parts()
     const ProfileEntry entry = Entry();
     FitOptions options;
     options.framing = Framing::Keep;
-    for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, scaled by a half
+    for (int turn : {1, 3, 6, 8}) { // the right half of the upper two thirds, at half the size
         const Case named("turn", turn);
         const QSize size(1500, 1333);
         PictureFacts facts = Facts(turn >= 5 ? size.transposed() : size);
@@ -293,14 +294,14 @@ void tst_Fit::parts()
         QVERIFY2(worst.px < 0.002, qPrintable(QStringLiteral("turn %1: %2 px").arg(turn).arg(worst.px)));
         QVERIFY(fit.assumed.isEmpty());
     }
-    // Stored upright, and cropped off center: the position is unknown.
+    // Stored rotated, and cropped off center: the position is unknown.
     PictureFacts lost = Facts({2000, 1500});
     lost.crop = Known(QRectF(0.5, 0.0, 0.5, 1.0)); // of 3000 x 2000 in landscape, then rotated
     const FitResult fit = Fit(Profile({entry}), lost, options);
     QVERIFY2(!fit.distortion && fit.why.contains(QLatin1String("its position there is unknown")), qPrintable(fit.why));
 }
 
-/// A picture cut from the middle is corrected like the same part of the whole.
+/// A picture cropped around the center is corrected like the same part of the whole picture.
 void tst_Fit::lensfunFrames()
 {
     const auto fit = [](const QSize &size) {

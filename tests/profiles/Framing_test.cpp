@@ -1,4 +1,4 @@
-// Checks the zoom of each framing, and that a filled picture has no empty pixel.
+// Checks the zoom of each framing, and that a filled picture has no empty pixels.
 #include "Framing.h"
 
 #include "CorrectionTwin.h"
@@ -57,7 +57,7 @@ void tst_Framing::fillLeavesNothingEmpty()
 
 void tst_Framing::framings()
 {
-    // Barrel distortion alone, from the middle: at the corner, r = 0.6009 of the long side, k = 1 - 0.1 r^2.
+    // Barrel distortion alone, around the center: k = 1 - 0.1 r^2; at the corner, r is 0.6009 of the long side.
     ProfileEntry entry = Entry();
     entry.geometry = Model(1.0, 0.5, 0.5, {-0.1});
     entry.green.reset();
@@ -68,32 +68,32 @@ void tst_Framing::framings()
         return Fit(Profile({entry}), Facts({3000, 2000}), options);
     };
     QCOMPARE(fit(Framing::Keep).zoom, 1.0);
-    // All: the source's corner, 1802.776 px or 0.60093 focal lengths from the middle, appears where r - 0.1 r^3 =
+    // All: the source's corner, 1802.776 px or 0.60093 focal lengths from the center, appears where r - 0.1 r^3 =
     // 0.60093, at r = 0.62539.
     const FitResult all = fit(Framing::All);
     QVERIFY2(std::abs(all.zoom - 0.60093 / 0.62539) < 3e-4, qPrintable(QString::number(all.zoom)));
     QVERIFY(all.leavesEmpty && all.fieldShare > 0.998);
-    // Fill: the middle of a long edge, 999.5 px from the picture's middle, is sampled at 1,000 px, where the source
-    // ends; 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
+    // Fill: the midpoint of a long edge, 999.5 px from the picture's center, is sampled at 1,000 px, where the source
+    // ends: 1011.5 - 0.1 * 1011.5^3 / 3000^2 = 1000.
     const FitResult fill = fit(Framing::Fill);
     QVERIFY2(std::abs(fill.zoom - 999.5 / 1011.5) < 3e-5, qPrintable(QString::number(fill.zoom, 'g', 9)));
     QVERIFY(!fill.leavesEmpty && fill.fieldShare < all.fieldShare);
     options.framingFactor = 5.0;
     QCOMPARE(fit(Framing::Factor).zoom, 2.0);
-    // A model that folds inside the picture: the area beyond is empty, and the zoom stays within its bounds.
+    // A model that folds inside the picture: the area beyond the fold is empty, and the zoom stays within its bounds.
     entry.geometry->coefficients = {-9.0};
     const FitResult folded = fit(Framing::Fill);
     QCOMPARE(folded.zoom, 2.0);
     QVERIFY(folded.leavesEmpty && folded.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framing limited")));
     // r (1 - 9 r^2) grows up to r = 1 / sqrt(27).
     QVERIFY(std::abs(folded.correction.geometry->endRadius - 3000.0 / std::sqrt(27.0)) < 0.01);
-    // A circular fisheye: even the smallest zoom, whose corner is 3606 px from the middle, fills the frame.
+    // A circular fisheye: even at the smallest zoom, where the corner is 3606 px from the center, it fills the frame.
     entry.kind = ProfileEntry::Kind::Fisheye;
     entry.geometry = Model(0.25, 0.5, 0.5, {});
     const FitResult filled = fit(Framing::Fill);
     QVERIFY(filled.zoom == 0.5 && !filled.leavesEmpty);
     QVERIFY(filled.assumed.join(QLatin1Char(' ')).contains(QLatin1String("framing limited to a zoom of 0.5")));
-    // A smaller circle: 85 degrees are 445 px from the middle of the photograph and 3429 px of the result.
+    // A smaller circle: 85 degrees are 445 px from the center of the photograph and 3429 px from that of the result.
     entry.geometry = Model(0.1, 0.5, 0.5, {});
     const FitResult ended = fit(Framing::Fill);
     QVERIFY(std::abs(ended.correction.geometry->endRadius - 3429.0) < 0.1);

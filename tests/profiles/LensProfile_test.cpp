@@ -25,7 +25,7 @@ QString Text(const char *name, const std::optional<ProfileModel> &model)
     return QStringLiteral(" %1(%2)").arg(QLatin1String(name), numbers.join(QLatin1Char(' ')));
 }
 
-/// Returns all values of the entries, without lines and notes.
+/// Returns all values of the entries, without line numbers and notes.
 QString Text(const LensProfile &profile)
 {
     QString text;
@@ -96,7 +96,7 @@ QList<SpelledNode> Entries()
     return {first, bare, fisheye};
 }
 
-/// Returns one entry in element form, with these elements, and with @p inside in its perspective model.
+/// Returns a profile of one entry in element form, with @p elements, and with @p model inside its perspective model.
 QByteArray Small(const QByteArray &elements, const QByteArray &model)
 {
     return "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'\n"
@@ -165,14 +165,14 @@ void tst_LensProfile::valuesAndInheritance()
     QCOMPARE(first.geometry->coefficients, (QVector<double>{-0.2631, 0.0902, 0.0125}));
     QCOMPARE(first.geometry->tangential1, 0.0011);
     QCOMPARE(first.geometry->scaleFactor, 1.0);
-    // Red inherits center and focal length from the lens's model, not from green's, and no tangential terms.
+    // Red inherits center and focal length from the distortion model, not from green's, and no tangential terms.
     QCOMPARE(first.redGreen->focalLengthX, 0.6775);
     QCOMPARE(first.redGreen->centerX, 0.505);
     QCOMPARE(first.redGreen->tangential1, 0.0);
     QCOMPARE(first.redGreen->scaleFactor, 1.00055);
     QCOMPARE(first.blueGreen->tangential2, 0.00007);
     QCOMPARE(first.green->centerY, 0.515);
-    // 24.5 mm over the long side of a frame of 3 : 2 whose diagonal is 43.2666 / 1.5 mm.
+    // 24.5 mm divided by the long side of a 3 : 2 frame with a diagonal of 43.2666 / 1.5 mm.
     const double longSideMm = std::sqrt(36.0 * 36.0 + 24.0 * 24.0) / 1.5 * 3.0 / std::sqrt(13.0);
     QVERIFY(std::abs(bare.geometry->focalLengthX - 24.5 / longSideMm) < 1e-12);
     QCOMPARE(bare.vignette->focalLengthX, bare.geometry->focalLengthX);
@@ -184,15 +184,15 @@ void tst_LensProfile::oddities_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("line");
-    QTest::addColumn<QString>("note"); // a part of it
+    QTest::addColumn<QString>("note"); // part of it
     QTest::addColumn<bool>("unusable");
     const auto row = [](const char *name, const QByteArray &content, int line, const char *note,
                         bool unusable = false) {
         QTest::newRow(name) << content << line << QString::fromLatin1(note) << unusable;
     };
-    row("a field twice", Small(Value("Lens", "A") + Value("Lens", "B"), kRadial), 7, "Lens is given twice");
-    row("a coefficient twice", Small("", kRadial + Value("RadialDistortParam1", "-0.2")), 7, "given twice");
-    row("a model twice",
+    row("duplicate field", Small(Value("Lens", "A") + Value("Lens", "B"), kRadial), 7, "Lens is given twice");
+    row("duplicate coefficient", Small("", kRadial + Value("RadialDistortParam1", "-0.2")), 7, "given twice");
+    row("duplicate model",
         Small("",
               "<s:VignetteModel s:VignetteModelParam1='-1'/>\n<s:VignetteModel "
               "s:VignetteModelParam1='-2'/>"
@@ -204,23 +204,24 @@ void tst_LensProfile::oddities_data()
     row("focal length 0", Small("", Value("FocalLengthX", "0") + kRadial), 6, "FocalLengthX is 0");
     row("invalid aperture", Small(Value("ApertureValue", "wide"), kRadial), 6, "ApertureValue");
     row("not a number", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='nan'/>"), 7, "valid number", true);
-    row("infinite",
+    row("infinite coefficient",
         Small("", "<s:VignetteModel>" + Value("VignetteModelParam1", "1e999") + "</s:VignetteModel>" + kRadial), 6,
         "valid number", true);
     row("a division by 0", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='1/0'/>"), 7, "valid number",
         true);
-    row("a comma", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='-0,5'/>"), 7, "valid number", true);
+    row("decimal comma", Small("", kRadial + "<s:VignetteModel s:VignetteModelParam1='-0,5'/>"), 7, "valid number",
+        true);
     row("a fourth coefficient", Small("", "<s:ChromaticGreenModel s:RadialDistortParam4='1'/>" + kRadial), 6,
         "RadialDistortParam4", true);
     row("a model without coefficients", Small("", kRadial + "<s:VignetteModel/>"), 7, "no coefficients", true);
-    row("light by points",
+    row("vignetting given as points",
         Small("",
               kRadial
                   + "<s:VignetteModel s:VignetteModelParam1='-1'>\n<s:VignetteModelPiecewiseParam>"
                     "<r:Seq><r:li>0.5, 1</r:li><r:li>0.1, 2</r:li></r:Seq>"
                     "</s:VignetteModelPiecewiseParam></s:VignetteModel>"),
         8, "points", true);
-    // With f = 50 / 36 of 6000 px the corner lies at x = 0.1872: 1 - 3 * 2 x = 0 at 94 % of the way.
+    // With f = 50 / 36 of 6000 px, the corner is at x = 0.1872; 1 - 3 * 2 x = 0 at 94 % of the corner's radius.
     row("a fold", Small("", Value("RadialDistortParam1", "-2")), 3, "folds back within the frame, at 94 %");
     row("no light", Small("", "<s:VignetteModel s:VignetteModelParam1='-8'/>" + kRadial), 3, "light falls to 0");
 }
@@ -262,11 +263,11 @@ void tst_LensProfile::refused_data()
     row("another namespace", QByteArray(whole).replace("camera-profile", "camera-profile2"), "can be used");
     row("an unknown prefix", QByteArray(whole).replace("xmlns:s=", "xmlns:z="), "line 4");
     row("entities", "<!DOCTYPE a [<!ENTITY b 'c'>]>" + whole, "entities");
-    row("deep", QByteArray("<a>").repeated(kMaxXmlDepth + 1), "deeper");
+    row("nested too deeply", QByteArray("<a>").repeated(kMaxXmlDepth + 1), "deeper");
     row("many elements", "<a>" + QByteArray("<b/>").repeated(kMaxXmlNodes) + "</a>", "more than 500000");
     row("no focal length", QByteArray(whole).replace("<s:FocalLength>50</s:FocalLength>", ""), "FocalLength");
     row("an invalid focal length", QByteArray(whole).replace("Length>50<", "Length>1e308<"), "FocalLength");
-    row("all bad", Small("", Value("RadialDistortParam1", "inf")), "line 6");
+    row("only coefficient invalid", Small("", Value("RadialDistortParam1", "inf")), "line 6");
 }
 
 void tst_LensProfile::refused()

@@ -22,7 +22,7 @@ inline ProfileModel Model(double focal, double centerX, double centerY, const QV
     return model;
 }
 
-/// Returns an entry for a body "Maker BODY", frame 6000 x 4000, crop factor 1.5, with all five models off center.
+/// Returns an entry for the body "Maker BODY", frame 6000 x 4000, crop factor 1.5, with all five models off center.
 inline ProfileEntry Entry(double focalMm = 24.0)
 {
     ProfileEntry entry;
@@ -61,7 +61,7 @@ template <typename T> Fact<T> Known(const T &value)
     return {value, QStringLiteral("made")};
 }
 
-/// Returns a picture taken with the same body, at f/4 and 3 m.
+/// Returns the facts of a picture taken with the same body, at f/4 and 3 m.
 inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalMm = 24.0)
 {
     PictureFacts facts;
@@ -74,7 +74,7 @@ inline PictureFacts Facts(const QSize &pixels = QSize(6000, 4000), double focalM
     return facts;
 }
 
-/// Makes @p folder hold the camera table, because the real one changes.
+/// Writes a camera table to @p folder and puts it in use, because the real table changes.
 inline void UseCameras(const QTemporaryDir &folder)
 {
     QFile file(folder.filePath(QStringLiteral("cameras.txt")));

@@ -5,7 +5,8 @@
 
 namespace {
 
-/// Converts a position in the current picture to the sensor's; from orientation 5 on, the picture's sides are swapped.
+/// Converts a position in the current picture to the sensor's orientation. From EXIF orientation 5 on, the picture's
+/// sides are swapped.
 OraclePoint ToSensor(const OraclePicture &p, OraclePoint at)
 {
     const long double right = p.width - 1, bottom = p.height - 1;
@@ -67,7 +68,7 @@ long double Angle(Projection projection, long double r)
     return r;
 }
 
-/// s unit (k u + t(u)) with u = (at - center) / unit
+/// Returns s unit (k u + t(u)), with u = (at - center) / unit.
 OraclePoint Perspective(const ProfileModel &model, long double unit, OraclePoint center, OraclePoint at)
 {
     const long double u = (at.x - center.x) / unit, v = (at.y - center.y) / unit, s = model.scaleFactor;

@@ -1,4 +1,4 @@
-// Lens models straight from their formulas, in long double and without tables, for some entries on one picture.
+// Reference for the lens models: their formulas in long double, without tables, for a blend of entries and one picture.
 #pragma once
 
 #include "FitOptions.h"
@@ -8,13 +8,13 @@ struct OraclePoint {
     long double x, y;
 };
 
-/// Position of a picture in the profile's frame. All values are in the sensor's orientation; the current picture is
-/// that picture after @p turn.
+/// Position of a picture in the profile's frame. All values are in the sensor's orientation; applying @p turn gives the
+/// current picture.
 struct OraclePicture {
-    int width, height;                   // of the sensor's picture, in pixels; a crop of the whole below
-    long double left = 0.0L, top = 0.0L; // of the crop, in pixels
-    long double wholeWidth, wholeHeight; // before it was cropped
-    long double ratio = 1.0L;            // of the frames, q
+    int width, height;                   // in pixels; possibly those of a crop
+    long double left = 0.0L, top = 0.0L; // position in the whole picture, in pixels
+    long double wholeWidth, wholeHeight; // size before the crop, in pixels
+    long double ratio = 1.0L;            // q, the ratio of the frames
     bool ownCenter = true;
     int turn = 1; // EXIF orientation
 };
@@ -24,8 +24,8 @@ struct OraclePlaces {
     long double gain;
 };
 
-/// An entry with all models, and its weight. Distances from the blended centers are mapped by each entry and averaged;
-/// light is averaged in stops.
+/// An entry with all models, and its weight. Each entry maps the offset from the blended center, and the results are
+/// averaged; light is averaged in stops.
 struct OraclePart {
     ProfileEntry entry;
     long double weight;

@@ -1,4 +1,4 @@
-// Facts of pictures written by Exiv2: values, units and sources.
+// Facts read from pictures that Exiv2 wrote: values, units and sources.
 #include "PictureFacts.h"
 
 #include "KImage.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Values = QList<QPair<const char *, const char *>>;
 
-/// Writes a JPEG of 60 x 40 pixels with these values by key; those of maker notes are raw numbers.
+/// Writes a 60 x 40 JPEG with EXIF and XMP values by key; values of maker notes are raw numbers.
 void Write(const QString &path, const Values &values)
 {
     WriteJpeg(path, 60, 40);
@@ -44,7 +44,7 @@ private Q_SLOTS:
     void distances();
     void crop();
     void doneBefore();
-    void noPicture();
+    void notAPicture();
 
 private:
     PictureFacts Facts(const Values &values)
@@ -95,7 +95,7 @@ void tst_PictureFacts::plainExif()
 
 void tst_PictureFacts::makerNotes()
 {
-    // ID 165 with these focal lengths is a lens that Exiv2 knows; the data of this version isn't scrambled.
+    // Lens data of this version isn't scrambled.
     const PictureFacts nikon = Facts({{"Exif.Image.Make", "NIKON CORPORATION"},
                                       {"Exif.NikonLd2.Version", "48 50 48 49"},
                                       {"Exif.NikonLd2.LensIDNumber", "165"},
@@ -133,7 +133,7 @@ void tst_PictureFacts::crop()
     QVERIFY(!Facts(applied).cropTurned);
     QVERIFY(!Facts(applied).cropLost);
     QVERIFY(Facts(applied + Values{{"Xmp.crs.CropAngle", "-1.5"}}).cropTurned);
-    for (const char *left : {"0.8", "0.75", "-0.1", "x", "nan"}) { // the right one is 0.75
+    for (const char *left : {"0.8", "0.75", "-0.1", "x", "nan"}) { // CropRight is 0.75
         const PictureFacts lost = Facts(applied + Values{{"Xmp.crs.CropLeft", left}});
         QVERIFY2(lost.cropLost && !lost.crop.Known(), left);
     }
@@ -146,7 +146,7 @@ void tst_PictureFacts::doneBefore()
         Values values;
         const char *done; // letters of the corrections already made
     } rows[] = {
-        {"a converter's profile", {{"Xmp.crs.AlreadyApplied", "True"}, {"Xmp.crs.LensProfileEnable", "1"}}, "dv"},
+        {"a raw converter's profile", {{"Xmp.crs.AlreadyApplied", "True"}, {"Xmp.crs.LensProfileEnable", "1"}}, "dv"},
         {"only its distortion",
          {{"Xmp.crs.AlreadyApplied", "True"},
           {"Xmp.crs.LensProfileEnable", "1"},
@@ -176,7 +176,7 @@ void tst_PictureFacts::doneBefore()
     }
 }
 
-void tst_PictureFacts::noPicture()
+void tst_PictureFacts::notAPicture()
 {
     const QString path = m_folder.filePath(QStringLiteral("a.txt"));
     WriteFile(path, "text");

@@ -1,4 +1,4 @@
-// One profile, written in every spelling found in real files.
+// Writes a profile in each of the XML forms found in real files.
 #pragma once
 
 #include "LensProfile.h"
@@ -8,9 +8,9 @@
 
 using SpelledValue = QPair<QByteArray, QByteArray>; // name, value
 
-/// An entry or a model: values by name, and models inside.
+/// An entry or a model: values by name, and nested models.
 struct SpelledNode {
-    QByteArray name; // empty: an entry
+    QByteArray name; // empty for an entry
     QList<SpelledValue> values;
     QList<SpelledNode> models;
 };
@@ -28,8 +28,8 @@ enum class Spelling {
 };
 constexpr int kSpellings = 9;
 
-/// Returns a complete file of these entries.
+/// Returns a complete file with these entries.
 QByteArray SpelledProfile(const QList<SpelledNode> &entries, Spelling spelling);
 
-/// Returns a complete file, in attribute form, of entries that have all models.
+/// Returns a complete file in attribute form. The entries must have all models.
 QByteArray SpelledProfile(const QVector<ProfileEntry> &entries);

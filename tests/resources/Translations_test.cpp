@@ -18,7 +18,7 @@ QList<QDomElement> Descendants(const QDomNode &node, const char *tag)
     return found;
 }
 
-/// The messages of a translation file, by context and source text.
+/// Returns the messages of a translation file, by context and source text.
 QMap<QString, QDomElement> Messages(const QString &path)
 {
     QFile file(path);
@@ -34,7 +34,7 @@ QMap<QString, QDomElement> Messages(const QString &path)
     return messages;
 }
 
-/// Placeholders of a text, and its accelerator, which translations must keep.
+/// Returns a text's placeholders and accelerator, which translations must keep.
 QStringList Markers(const QString &text)
 {
     QStringList markers;
@@ -81,7 +81,7 @@ void tst_Translations::complete()
     const QMap<QString, QDomElement> wanted = Messages(m_fromSources.filePath(name));
     const QMap<QString, QDomElement> present = Messages(QStringLiteral(VITRELUX_TRANSLATIONS "/") + name);
     QVERIFY(!wanted.isEmpty());
-    QCOMPARE(present.keys(), wanted.keys()); // run resources/translations/update-translations, then translate
+    QCOMPARE(present.keys(), wanted.keys()); // if not, run resources/translations/update-translations and translate
     for (auto message = present.begin(); message != present.end(); ++message) {
         const QDomElement translation = message->firstChildElement(QStringLiteral("translation"));
         QVERIFY2(!translation.hasAttribute(QStringLiteral("type")), qPrintable(message.key())); // unfinished

@@ -10,17 +10,17 @@ namespace {
 
 constexpr double kStepPx = 6;   // along the edge
 constexpr double kReachPx = 4;  // across it, on both sides of the expected position
-constexpr double kCorePx = 2.5; // half the width of the change that is measured
+constexpr double kCorePx = 2.5; // half the width of the measured change
 constexpr double kSamplePx = 0.25;
 constexpr int kAlong = 3;            // averages 2 * 3 + 1 lines across the edge, to reduce noise
 constexpr double kWhole = 0.72;      // of the usual contrast; less means that something covers the edge
 constexpr double kCornerReach = 0.3; // of the picture's diagonal
-constexpr int kEnough = 5;           // points that a mean needs
+constexpr int kEnough = 5;           // minimum number of points for a mean
 
 struct EdgePoint {
     double along;     // pixels from the edge's start
-    double across[3]; // pixels from the line of the edge, to where red, green and blue change
-    double contrast;  // of green, in steps of the picture
+    double across[3]; // pixels from the line of the edge to the change of red, green and blue
+    double contrast;  // of green, in levels of the picture
     Point place;      // in the picture
 };
 
@@ -39,7 +39,8 @@ Point Shift(Point p, Point direction, double distance)
     return {p.x + direction.x * distance, p.y + direction.y * distance};
 }
 
-/// The change across an edge within @p reach of the offset @p from: its sum, its center, and its steepest offset.
+/// The change across an edge within @p reach of the offset @p from: its sum, its center, and the offset where it is
+/// steepest.
 struct Change {
     double sum = 0, center = 0, steepest = 0;
 
@@ -79,7 +80,7 @@ std::vector<EdgePoint> FollowEdge(const TiffRaster &picture, const Samples::Stra
         const double start = Change(picture, place, along, 1, 0, kReachPx).steepest;
         for (int c : {0, 1, 2}) {
             Change change(picture, place, along, c, start, kCorePx);
-            for (int i = 0; i < 2; ++i) // moves to the main change
+            for (int i = 0; i < 2; ++i) // recenters on the main change
                 change = Change(picture, place, along, c, change.center, kCorePx);
             point.across[c] = change.center + dy * along.x - dx * along.y;
             if (c == 1)

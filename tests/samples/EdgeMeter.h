@@ -1,4 +1,4 @@
-// Measures straight edges and even patches in a picture, to a fraction of a pixel.
+// Measures straight edges to a fraction of a pixel, and the mean level of uniform patches.
 #pragma once
 
 #include <functional>
@@ -10,13 +10,13 @@
 using Placement = std::function<Samples::Point(Samples::Point)>;
 
 struct EdgeFigures {
-    double bend = 0;       ///< pixels: the largest distance from the straight line that fits the edge best; green
-    double fringe[3] = {}; ///< pixels: distance of red, green, blue from green, mean over the edge's part near a corner
+    double bend = 0;       ///< largest distance of the green edge from its best-fit straight line, in pixels
+    double fringe[3] = {}; ///< largest mean distance of red, green and blue from green near a corner, in pixels
 };
 
 /// Follows an edge: every few pixels, finds the center of the change across it near its expected position.
 ///
-/// @p placement only gives these positions. Those where the edge is interrupted are left out.
+/// @p placement gives the expected positions. Points where the edge is interrupted are left out.
 EdgeFigures MeasureEdge(const TiffRaster &picture, const Samples::StraightEdge &edge, const Placement &placement);
 
 /// Returns the mean of the three colors over a square, 0 to 255.

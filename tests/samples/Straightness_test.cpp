@@ -1,5 +1,5 @@
-// Corrects the sample pictures with the whole program and measures them before and after: bends of straight edges,
-// color fringes and dark corners.
+// Corrects the sample pictures with the program and measures them before and after: bends of straight edges, color
+// fringes and dark corners.
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,7 +19,7 @@ namespace {
 struct Limits {
     double bend;   ///< minimum bend of the most bent edge, in pixels
     double fringe; ///< minimum width of the widest fringe, in pixels
-    double corner; ///< maximum share of the light in each corner patch
+    double corner; ///< maximum relative light in each corner patch
 };
 constexpr Limits kBefore[] = {{10, 1.5, 0.8}, {10, 1.5, 0.8}, {40, 0.8, 0.9}};
 constexpr double kBendAfter = 0.5;
@@ -37,7 +37,7 @@ TiffRaster ReadJpeg(const QString &path)
 }
 
 struct Figures : EdgeFigures {      // the worst of all edges
-    std::vector<double> light = {}; ///< of each patch, 1 being that of the scene
+    std::vector<double> light = {}; ///< of each patch, relative to the scene
 };
 
 double LightOf(const TiffRaster &picture, const Sample &sample, const Samples::EvenPatch &patch, Point center)
@@ -109,7 +109,7 @@ void tst_Straightness::aberrationsAreCorrected()
         const Case named("channel", c);
         QVERIFY(faults.fringe[c] > limits.fringe && remains.fringe[c] < kFringeAfter);
     }
-    QVERIFY(faults.light.front() > 0.9); // the middle
+    QVERIFY(faults.light.front() > 0.9); // the center
     for (size_t i = 1; i < faults.light.size(); ++i) {
         const Case named("ring", i);
         QVERIFY(faults.light[i] < limits.corner);

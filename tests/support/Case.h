@@ -5,7 +5,8 @@
 #include <QString>
 #include <QtTest>
 
-/// Exists during the case. QVERIFY and QCOMPARE return from the test on failure; the destructor then prints the name:
+/// Names a test case while it exists. QVERIFY and QCOMPARE return from the test on failure, and the destructor then
+/// prints the name:
 ///
 ///     for (const auto &row : rows) {
 ///         const Case named("width", row.width, "height", row.height);
@@ -19,7 +20,7 @@ public:
     ~Case()
     {
         if (QTest::currentTestFailed())
-            qInfo("in the case: %s", qUtf8Printable(m_name));
+            qInfo("in case: %s", qUtf8Printable(m_name));
     }
     Case(const Case &) = delete;
     Case &operator=(const Case &) = delete;

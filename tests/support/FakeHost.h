@@ -1,4 +1,4 @@
-// A host for tests: settings in a hash, and file descriptions with the test's picture.
+// A host for tests: settings in a map, and file descriptions with the test's pictures.
 #pragma once
 
 #include "KIApplication.h"
@@ -12,7 +12,7 @@
 #include <map>
 #include <memory>
 
-/// Returns `pixels` when locked, and counts the locks.
+/// Image description that returns `pixels` when locked, and counts the locks.
 class FakeImageDef : public KIImageDef {
 public:
     explicit FakeImageDef(const QString &fileName) : m_fileName(fileName) { }
@@ -44,14 +44,14 @@ public:
     KImage *LockFullSize(bool nativeDepth) override
     {
         if (!pixels.m_bitmap)
-            return nullptr; // no pixels
+            return nullptr;
         locks += nativeDepth ? 1 : 1000;
         return &pixels;
     }
     void UnlockFullSize(bool nativeDepth) override { locks -= nativeDepth ? 1 : 1000; }
 
-    KImage pixels;             // empty: the description has none
-    int locks = 0;             // plus a thousand for each at another depth
+    KImage pixels;             // empty if the description has none
+    int locks = 0;             // locks held; a full-size lock at another depth counts as 1,000
     bool gone = false;         // the file was deleted after it was described: Lock throws
     QList<QSize> reducedSizes; // locked sizes, in order
 
@@ -105,7 +105,7 @@ public:
             def = std::make_unique<FakeImageDef>(fileName);
         return def.get();
     }
-    /// Describes a file from now on.
+    /// Makes @p def the description of its file.
     template <typename Def> Def *Describe(std::unique_ptr<Def> def)
     {
         Def *described = def.get();

@@ -1,4 +1,4 @@
-// Writes and reads a test's files in one call.
+// Writes and reads test files in one call.
 #pragma once
 
 #include <QFile>
@@ -12,7 +12,7 @@ inline QString WriteFile(const QString &path, const QByteArray &bytes = {})
     return path;
 }
 
-/// Reads a file; on failure, returns a text that no test writes.
+/// Reads a file. On failure, returns a text that no test writes.
 inline QByteArray ReadFile(const QString &path)
 {
     QFile file(path);

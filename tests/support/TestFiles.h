@@ -12,7 +12,7 @@ inline QString operator""_s(const char *text, std::size_t size)
     return QString::fromUtf8(text, static_cast<int>(size));
 }
 
-/// Writes a JPEG of noise over a gradient, always the same. It compresses poorly, so the file isn't tiny.
+/// Writes a JPEG of a gradient with noise, always the same. It compresses poorly, so the file isn't tiny.
 void WriteJpeg(const QString &path, int width, int height);
 
 /// Selects the models of a profile.
@@ -22,7 +22,7 @@ struct ProfileModels {
     bool vignetting = false;
 };
 
-/// Returns an .lcp file in element form, for pictures of @p width by @p height.
+/// Returns an .lcp profile in element form, for pictures of @p width x @p height.
 QByteArray ProfileText(const ProfileModels &models, int width, int height);
 
 /// Returns all names in a folder, including hidden ones, sorted.

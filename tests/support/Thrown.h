@@ -1,4 +1,4 @@
-// The exception of a call as a text to compare.
+// Catches a call's exception as text to compare.
 #pragma once
 
 #include "KException.h"

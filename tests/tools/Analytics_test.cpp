@@ -20,7 +20,7 @@ namespace {
 const QString kApplication = QStringLiteral("Analytics_test"), kSqlite = QStringLiteral("QSQLITE");
 const QString kCategory = QStringLiteral("c"), kName = QStringLiteral("n");
 
-/// Records "category/name=value" of each event, and the calls around it.
+/// Provider that records "category/name=value" of each event, and the other calls.
 class Sender : public KAnalyticsProvider {
 public:
     explicit Sender(QStringList *log) : KAnalyticsProvider(nullptr), m_log(log) { }
@@ -63,7 +63,7 @@ QString Names(const QList<KAnalyticsRawEvent *> &events)
     return names.join(QLatin1Char(' '));
 }
 
-/// Returns a file of the binary store with one event.
+/// Returns the content of a binary store's file with one event.
 QByteArray StoreBytes()
 {
     const QJsonObject event = {{QStringLiteral("name"), QStringLiteral("old")}};
@@ -213,8 +213,8 @@ void tst_Analytics::damagedDatabase_data()
     QTest::addColumn<bool>("isDamaged");
     QTest::newRow("header") << 0 << 100 << true;
     QTest::newRow("root page of a table") << 4096 << 4096 << true;
-    QTest::newRow("empty") << 0 << 0 << false;
-    QTest::newRow("free end of the first page") << 2000 << 8 << false;
+    QTest::newRow("nothing") << 0 << 0 << false;
+    QTest::newRow("unused end of the first page") << 2000 << 8 << false;
 }
 
 void tst_Analytics::damagedDatabase()
@@ -234,7 +234,7 @@ void tst_Analytics::damagedDatabase()
     QCOMPARE(m_db->userId(/*create=*/false), QStringLiteral("{%1}").arg(id));
 }
 
-// Reads what Qt's writer produces.
+// Data from Qt's writer is read completely; truncated and self-referencing data is rejected.
 void tst_Analytics::binaryForms()
 {
     const QJsonObject inner = {{QString::fromUtf8("Schl\xC3\xBCssel"), QJsonValue::Null},
@@ -251,7 +251,7 @@ void tst_Analytics::binaryForms()
     for (int length = 0; length < bytes.size(); ++length)
         QVERIFY2(ObjectOfBinaryJson(bytes.left(length)).isEmpty(), qPrintable(QString::number(length)));
     const QByteArray itself = QByteArray::fromHex("16000000030000000C00000010000000150000000000");
-    QVERIFY(ObjectOfBinaryJson(bytes.left(8) + itself).isEmpty()); // an object within itself
+    QVERIFY(ObjectOfBinaryJson(bytes.left(8) + itself).isEmpty()); // an object that contains itself
 }
 
 void tst_Analytics::binaryFile()
@@ -273,7 +273,7 @@ void tst_Analytics::binaryFile()
         QCOMPARE(file.userId(), isGood ? QStringLiteral("me") : QString()); // doesn't wait forever for the lock
         QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
         QCOMPARE(file.getProviderArray(QStringLiteral("mine")), isGood ? QJsonArray({1, 2}) : QJsonArray());
-        const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps it
+        const std::unique_ptr<KAnalyticsEvent> event(Event("new")); // the caller keeps ownership
         file.insertEvent(event.get());
         file.addProviderArray(QStringLiteral("mine"), QJsonArray{3});
         file.setUserId(QStringLiteral("you"));
@@ -283,7 +283,7 @@ void tst_Analytics::binaryFile()
     KAnalyticsFile absent(nullptr);
     absent.setFilePath(m_dir->filePath(QStringLiteral("absent")));
     QVERIFY(absent.allEvents().isEmpty());
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList(QStringLiteral("store"))); // no lock left
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList(QStringLiteral("store"))); // no lock file is left
 }
 
 void tst_Analytics::storeAndIdentifier()
@@ -301,7 +301,7 @@ void tst_Analytics::storeAndIdentifier()
     KAnalyticsManager keptOut(/*useSettingsUserId=*/false, nullptr, /*useDb=*/true);
     QCOMPARE(keptOut.userId(), QString());
     other.close();
-    QCOMPARE(keptOut.userId(), id); // the copy in the store
+    QCOMPARE(keptOut.userId(), id); // from the copy in the store
 }
 
 void tst_Analytics::duplicateAndDeletedProviders()
@@ -309,7 +309,7 @@ void tst_Analytics::duplicateAndDeletedProviders()
     auto *gone = new Sender(&m_log);
     m_manager->registerProvider(gone);
     m_manager->registerProvider(nullptr);
-    delete gone; // as by a plug-in that is unloaded before its host
+    delete gone; // like a plug-in that is unloaded before its host
     InThreads(1, [&](int) { gone = new Sender(&m_log); });
     m_manager->registerProvider(gone);
     InThreads(1, [&](int) { delete gone; });
@@ -347,8 +347,8 @@ void tst_Analytics::duplicateAndDeletedProviders()
 void tst_Analytics::countersAndTimers()
 {
     m_manager->registerProvider(new Sender(&m_log));
-    m_manager->stopTimerEvent(kCategory, kName);   // unknown
-    for (const char *category : {"ab", "a", "ab"}) // keys have no separator
+    m_manager->stopTimerEvent(kCategory, kName);   // unknown timer
+    for (const char *category : {"ab", "a", "ab"}) // keys join category and name directly
         m_manager->increaseCounterEvent(QString::fromLatin1(category), QLatin1String(category[1] ? "c" : "bc"));
     m_manager->decreaseCounterEvent(QStringLiteral("ab"), QStringLiteral("c"));
     m_manager->flushEvents(/*delayed=*/false);

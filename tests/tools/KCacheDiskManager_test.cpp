@@ -76,13 +76,13 @@ void tst_KCacheDiskManager::namesAndFolders()
 void tst_KCacheDiskManager::freeSpace()
 {
     const struct {
-        qint64 leftMib; // free space left in addition to the file
+        qint64 leftMib; // free space left after writing the file
         bool withReserve, handedOut;
     } rows[] = {{2048, true, true}, {500, false, true}, {50, false, false}, {-1, false, false}};
     unsigned long long freeBytes, totalBytes;
     KSystemInfo::DiskInfo(m_dir->path(), freeBytes, totalBytes);
     if (freeBytes < 3ull << 30)
-        QSKIP("needs 3 GiB free where temporary files go");
+        QSKIP("needs 3 GiB of free space for temporary files");
     KCacheDiskManager &names = *KCacheDiskManager::ms_instance;
     names.setTemporaryFolders({QStringLiteral("/no/such/folder"), m_dir->path()});
     int handedOut = 0;
@@ -109,8 +109,8 @@ void tst_KCacheDiskManager::folderChanges()
     names.setTemporaryFolders({m_dir->path()});
     names.getTempFile(0);
     names.setTemporaryFolders({other});
-    // The subfolder of the other folder has the same number, and its file count continues. The first folder with enough
-    // space is used.
+    // The subfolder in the other folder gets the same number, and the file count continues. The first folder with
+    // enough space is used.
     names.setTemporaryFolders({other, m_dir->path()});
     QCOMPARE(names.getTempFile(0), QStringLiteral("%1/X.%2.0/1").arg(other).arg(QCoreApplication::applicationPid()));
     KCacheDiskManager::exit();
@@ -133,7 +133,7 @@ void tst_KCacheDiskManager::cleaning()
     QVERIFY(!dir.exists(QStringLiteral("BRELT.999.3")));
     QVERIFY(!dir.exists(QStringLiteral("BRELT.998.0/7")));
     QVERIFY(dir.exists(QStringLiteral("BRELT.998.0/inner"))); // not ours: the folder stays
-    QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a link to it isn't ours either
+    QVERIFY(dir.exists(QStringLiteral("OTHER.1/7")));         // a linked folder isn't ours either
 }
 
 void tst_KCacheDiskManager::zeroingAllocator()

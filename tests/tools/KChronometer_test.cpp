@@ -1,3 +1,4 @@
+// Chronometers: pairs of start and stop, statistics per thread, and formatted times.
 #include "KChronometer.h"
 
 #include "Case.h"

@@ -1,3 +1,4 @@
+// Database sessions: commit and cancel, killed processes, copies, and locks.
 #include "analytics/KDbSession.h"
 
 #include "Case.h"
@@ -91,7 +92,7 @@ void tst_KDbSession::commitAndCancel()
         notes.Add(QStringLiteral("b"));
         notes.cancelAll();
         notes.Add(QStringLiteral("c"));
-        notes.cancelAll(); // the savepoint stays
+        notes.cancelAll(); // returns to the same savepoint
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(notes.Texts().join(QString()), useRollBack ? QStringLiteral("a") : QStringLiteral("abc"));
             notes.setFilePath(path);
@@ -101,7 +102,7 @@ void tst_KDbSession::commitAndCancel()
 
 void tst_KDbSession::savepoint()
 {
-    for (const int variant : {0, 1, 2}) { // closes the session, sets no path, opens the file again
+    for (const int variant : {0, 1, 2}) { // close the session, set no path, open the file again
         const Case named("variant", variant);
         Notes notes;
         notes.setUseRollBack(true);
@@ -138,7 +139,7 @@ void tst_KDbSession::copyToOtherFile()
 {
     Notes notes;
     notes.setFilePath(Path());
-    notes.Add(QStringLiteral("taken out again")); // undone although a statement in the list fails
+    notes.Add(QStringLiteral("taken out again")); // deleted although the preceding statement fails
     notes.executeQueries(QStringList{QStringLiteral("NONSENSE"), QStringLiteral("DELETE FROM notes")});
     notes.Add(QStringLiteral("a'); --"));
     notes.copyDbTo(Path()); // onto itself: does nothing

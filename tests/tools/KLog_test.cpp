@@ -1,3 +1,4 @@
+// The log: listeners, files that can't be written, and threads.
 #include "KLog.h"
 
 #include "Case.h"
@@ -46,7 +47,7 @@ void tst_KLog::listenersWithoutFile()
 void tst_KLog::fileContainsOnlyTheLine()
 {
     QTextCodec *const own = QTextCodec::codecForLocale();
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file is UTF-8 everywhere
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); // the file must still be UTF-8
     const QString name = m_dir.filePath(QStringLiteral("lines.log"));
     for (const bool append : {false, true, false}) {
         const Case named("append", append);

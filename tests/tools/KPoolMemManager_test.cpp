@@ -1,3 +1,4 @@
+// The memory pool: block sizes, shortage, reuse of idle blocks, and threads.
 #include "KPoolMemManager.h"
 
 #include "Case.h"
@@ -106,7 +107,7 @@ void tst_KPoolMemManager::oldestIdle()
         all[i]->m_users = i == 2 ? 1 : 0;
         all[i]->m_lastUse = stamps[i];
     }
-    for (const int next : {1, 3, 0}) { // block 2 is in use; of equal stamps, the first block wins
+    for (const int next : {1, 3, 0}) { // block 2 is in use; among equal stamps, the first block wins
         const Case named(next);
         QCOMPARE(pool.getFreeableBloc(), all[next]);
         QCOMPARE(all[next]->m_users.load(), -1000);

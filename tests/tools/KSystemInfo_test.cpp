@@ -1,3 +1,4 @@
+// Facts about the machine: memory, programs, processors and the system.
 #include "KSystemInfo.h"
 
 #include "Case.h"
@@ -80,9 +81,9 @@ void tst_KSystemInfo::programsAndTheirPipes()
     QCOMPARE(OpenFiles(), before);
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/no/such/folder");
-    const QString flavour = KSystemInfo::osDownloadVersion();
+    const QString flavor = KSystemInfo::osDownloadVersion();
     qputenv("PATH", path);
-    QCOMPARE(flavour, QStringLiteral("linux64tar"));
+    QCOMPARE(flavor, QStringLiteral("linux64tar"));
 }
 
 void tst_KSystemInfo::processors()

@@ -1,3 +1,4 @@
+// Starting and stopping the tool kernel: alone, with a host's objects, in two processes, and without writable folders.
 #include "KTools.h"
 
 #include "Case.h"
@@ -30,7 +31,7 @@ int Allowed()
     return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : -1;
 }
 
-/// Returns whether all threads of a region ran on different processors at the same time.
+/// Returns whether all threads of a parallel region ran on different processors at the same time.
 bool RunApart(std::vector<int> *allowed)
 {
     std::vector<int> cpus(size_t(komp_num_threads), -1);
@@ -44,13 +45,13 @@ bool RunApart(std::vector<int> *allowed)
 #pragma omp single
         apart = apart || std::set<int>(cpus.begin(), cpus.end()).size() == cpus.size();
         if (apart)
-            break; // all agree: single ends with a barrier
+            break; // all threads agree, because `single` ends with a barrier
     }
     return apart;
 }
 
-/// Acts as one of several applications on the same data folder: starts, waits for a line, sends, prints its user,
-/// stops.
+/// Acts as one of several applications with the same data folder: starts, waits for a line, sends events, prints the
+/// user identifier, and stops.
 int RunAsApplication()
 {
     KTools::init(nullptr);
@@ -172,7 +173,7 @@ void tst_KTools::twoProcesses()
     QSqlQuery rows = store.executeQuery(
         QStringLiteral("SELECT SUM(value LIKE '%\"first\"%'), SUM(value LIKE '%\"second\"%') FROM events"));
     QVERIFY(rows.next());
-    // The process that had the lock kept all of its events.
+    // The process that held the lock stored all its events.
     QVERIFY(qMax(rows.value(0).toInt(), rows.value(1).toInt()) == kEvents);
 }
 

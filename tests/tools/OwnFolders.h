@@ -3,7 +3,8 @@
 
 #include <QTemporaryDir>
 
-/// Create it before the application object, since Qt queries the folders only once.
+/// Temporary folders for data and settings. Create them before the application object, since Qt queries the folders
+/// only once.
 class OwnFolders {
 public:
     OwnFolders()
@@ -14,7 +15,7 @@ public:
 
     QString Data() const { return m_dir.filePath(QStringLiteral("data")); }
     QString Config() const { return m_dir.filePath(QStringLiteral("config")); }
-    /// Returns the folder of analytics' store for an application of that name.
+    /// Returns the path of the analytics store for an application.
     QString Store(const QString &application) const
     {
         // MD5 of "analytics", computed with md5sum

@@ -1,4 +1,4 @@
-// Registers of processors that we don't have, built field by field from the published documentation of the leaves.
+// CPUID registers of processors that we don't have, built field by field from the published documentation.
 #pragma once
 
 #include "cpuid2/cpu_machine.h"
@@ -19,7 +19,7 @@ struct RecordedCache {
 
 /// One level of leaf 11.
 struct RecordedLevel {
-    unsigned type; // 1 thread, 2 core, above that module, die
+    unsigned type; // 1 thread, 2 core, then module and die
     unsigned shift;
     unsigned processors;
 };
@@ -31,9 +31,10 @@ public:
 
     RecordedMachine(Vendor vendor, unsigned maxLeaf, std::vector<unsigned> apicIds);
 
-    /// Sets leaf 1: the multi-threading flag and the identifiers reserved for a package. By default the flag is clear.
+    /// Sets leaf 1: the multithreading flag, which is clear by default, and the number of identifiers reserved for a
+    /// package.
     RecordedMachine &PerPackage(unsigned identifiers);
-    /// Sets leaf 4 and its field of identifiers for cores.
+    /// Sets leaf 4, including the number of identifiers reserved for cores.
     RecordedMachine &Caches(unsigned coreIdentifiers, const std::vector<RecordedCache> &caches);
     RecordedMachine &Levels(const std::vector<RecordedLevel> &levels);
     /// Sets the extended leaves with the topology of an AMD processor without leaf 11.

@@ -1,3 +1,4 @@
+// Settings: stored values, defaults and conversions.
 #include "Case.h"
 #include "KSRFromKSettingsManager.h"
 #include "KSettingsManager.h"
@@ -79,7 +80,7 @@ void tst_SettingsManager::defaultsOnlySkipsTheStore()
     manager.Set(a, 1);
     QCOMPARE(manager.GetInt(a), 0);
     QCOMPARE(manager.GetInt(a, 7), 1);
-    QCOMPARE(manager.Get(a, 7), QVariant(1)); // and adds nothing: the read above made a null default
+    QCOMPARE(manager.Get(a, 7), QVariant(1)); // adds no default: the first read added a null one
     QCOMPARE(manager.GetInt(a), 0);
     manager.SetDefault(a, 5, /*overwrite=*/true);
     QCOMPARE(manager.GetInt(a), 5);

@@ -1,3 +1,4 @@
+// Settings readers: XML files, hashes and chains.
 #include "Case.h"
 #include "Files.h"
 #include "InputLimits.h"
@@ -17,7 +18,8 @@ struct Reads {
 
 const QVariant kDefault;
 
-/// Reads each value with two defaults, so that a default can't be mistaken for a value.
+/// Returns whether a reader gives @p reads for a key. Reads each value with two defaults, so that a default can't be
+/// mistaken for a value.
 bool Gives(KernelSettingsReader &reader, const QString &key, const Reads &reads)
 {
     bool same = true;
@@ -87,7 +89,7 @@ void tst_SettingsReaders::xmlKeys()
         const char *content, *key;
         bool found;
     } rows[] = {{nested, "image/x/m", true},
-                {nested, "image//m/", true}, // levels between are skipped, empty parts dropped
+                {nested, "image//m/", true}, // skips intermediate levels and empty parts
                 {nested, "r/m", false},      // the root is not part of the key
                 {"<r>5</r>", "", true},
                 {"<r><m>5</m><m>5</m></r>", "m", false}, // twice
@@ -97,8 +99,8 @@ void tst_SettingsReaders::xmlKeys()
                 {"<r><M>5</M></r>", "m", false},
                 {"<r><m><!-- five --><![CDATA[5]]></m></r>", "m", true},
                 {"\xef\xbb\xbf<?xml version='1.0'?>\r\n<r>\r\n<m>5</m>\r\n</r>", "m", true},
-                {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // the encoding is wrong
-                {"<r><m>5</m><x =></r>", "m", true},                                   // before an error
+                {"<?xml version='1.0' encoding='UTF-16'?><r><m>5</m></r>", "m", true}, // wrong encoding
+                {"<r><m>5</m><x =></r>", "m", true},                                   // the error comes after it
                 {"<p:r q:a='1'><p:m>5</p:m></p:r>", "p:m", true}};
     for (const auto &row : rows) {
         KSRFromXMLFile reader(FileOf(row.content));
@@ -114,7 +116,8 @@ void tst_SettingsReaders::xmlUnusable()
         {"empty", ""},
         {"ends in the first tag", "<r"},
         {"zero byte before the setting", "<r>" + QByteArray(1, '\0') + setting + "</r>"},
-        {"deep", "<r>" + setting + QByteArray("<x>").repeated(deep) + QByteArray("</x>").repeated(deep) + "</r>"},
+        {"nested too deeply",
+         "<r>" + setting + QByteArray("<x>").repeated(deep) + QByteArray("</x>").repeated(deep) + "</r>"},
         {"too many elements", "<r>" + setting + QByteArray("<x/>").repeated(kMaxXmlNodes) + "</r>"},
         {"too many bytes", "<r>" + setting + QByteArray(int(kMaxXmlBytes), ' ') + "</r>"},
         {"entities",
@@ -176,7 +179,7 @@ void tst_SettingsReaders::chain()
     QCOMPARE(chain.GetString(both, Text("default")), Text("0"));
     QCOMPARE(chain.GetString(neither, Text("default")), Text("default"));
     QCOMPARE(chain.GetInt(QStringLiteral("broken"), 7),
-             4); // the weaker reader's value is the default of the failing one
+             4); // the earlier reader's value is the default if the later one fails
 }
 
 QTEST_APPLESS_MAIN(tst_SettingsReaders)

@@ -1,3 +1,4 @@
+// CPU topology: recorded machines, failures, and the processor's name.
 #include "cpuid2/cpu_topo.h"
 
 #include "Case.h"
@@ -56,7 +57,7 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
               .Caches(16, xeon)
               .Levels({{1, 1, 2}, {2, 5, 12}}),
           {2, 12, 24, 6, 2, {{12, 2, 32}, {12, 2, 32}, {12, 2, 256}, {2, 12, 15360}}}}},
-        {"Intel, 6 cores, threads switched off: every second identifier, leaf 11",
+        {"Intel, 6 cores, hyper-threading off: every second identifier, leaf 11",
          {R(R::Intel, 0x16, Range(0, 6, 2)).PerPackage(16).Caches(8, quadHt).Levels({{1, 1, 1}, {2, 4, 6}}),
           {1, 6, 6, 6, 1, {{6, 1, 32}, {6, 1, 32}, {6, 1, 256}, {1, 6, 8192}}}}},
         {"Intel, leaf 11 with modules and dies above the cores",
@@ -65,7 +66,7 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
               .Caches(32, {{1, D, 2, 64, 12}})
               .Levels({{1, 1, 2}, {2, 6, 4}, {5, 6, 4}}),
           {2, 4, 8, 2, 2, {{4, 2, 48}}}}},
-        {"Intel, 4 cores, second cache shared by pairs, by leaves 1 and 4",
+        {"Intel, 4 cores, level 2 cache shared by pairs, leaves 1 and 4",
          {R(R::Intel, 0xD, Range(0, 4)).PerPackage(4).Caches(4, core2), // leaf 11 exists but is empty
           {1, 4, 4, 4, 1, {{4, 1, 32}, {4, 1, 32}, {2, 2, 6144}}}}},
         {"Intel, 2 sockets of 1 core with 2 threads, before leaf 4",
@@ -74,7 +75,7 @@ std::vector<std::pair<const char *, MachineRow>> Machines()
          {R(R::Intel, 0xD, Range(0, 3)).Caches(1, {{1, D, 1, 64, 8}}), {3, 3, 3, 1, 1, {{3, 1, 32}}}}},
         {"hypervisor that counts fewer threads than cores",
          {R(R::Intel, 0xA, Range(0, 4)).PerPackage(1).Caches(4, {{1, D, 1, 64, 8}}), {1, 4, 4, 4, 1, {{4, 1, 32}}}}},
-        {"AMD, 6 cores without threads, no topology extensions: caches unknown",
+        {"AMD, 6 cores without multithreading, no topology extensions: caches unknown",
          {R(R::Amd, 6, Range(0, 6)).PerPackage(6).AmdCores(0x10, 6, 3), {1, 6, 6, 6, 1, {}}}},
         {"AMD, compute units are not threads",
          {R(R::Amd, 0xD, Range(16, 8))
@@ -229,7 +230,7 @@ void tst_CpuTopo::failures()
 
 void tst_CpuTopo::processorName()
 {
-    // No extended leaves; 48 characters with leading spaces and no terminating zero.
+    // Without extended leaves, and with 48 characters: leading spaces and no terminating zero.
     for (const QByteArray &name : {QByteArray(), QByteArray("      Some Processor of forty-eight characters X")}) {
         const Case named(name);
         RecordedMachine machine(R::Intel, 2, {0});

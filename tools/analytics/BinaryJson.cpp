@@ -51,7 +51,7 @@ private:
             m_isDamaged = true;
     }
 
-    /// Returns the text at @p at, after its length in characters: of 16 bits for Latin-1, 32 for UTF-16.
+    /// Returns the text at @p at. It begins with its length in characters: 16 bits for Latin-1, 32 bits for UTF-16.
     QString Text(qint64 at, bool isLatin1)
     {
         const qint64 length = isLatin1 ? Number<quint16>(at) : Number<quint32>(at);

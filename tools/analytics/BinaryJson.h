@@ -3,7 +3,7 @@
 
 #include <QJsonObject>
 
-/// Parses what QJsonDocument::toBinaryData has written. Qt 5.15's own reader crashes on some damaged data, although it
-/// validates it.
-/// @return the object; empty if the data is damaged, or is an array.
+/// Parses the output of QJsonDocument::toBinaryData. Qt 5.15's reader crashes on some damaged data, although it
+/// validates the data first.
+/// @return the object; empty if the data is damaged or contains an array.
 QJsonObject ObjectOfBinaryJson(const QByteArray &data);

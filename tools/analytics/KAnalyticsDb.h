@@ -8,28 +8,28 @@ class KAnalyticsRawEvent;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsdb)
 
-/// A damaged file, for example after the disk was full, is renamed to "….damaged" when it is opened, and a new one is
-/// created, without its events or the user's identifier. Only the newest damaged file is kept.
+/// Event store in a SQLite file. A damaged file, for example after the disk was full, is renamed to "….damaged" when it
+/// is opened, and a new one is created, without the events and the user identifier. Only the newest damaged file is
+/// kept.
 ///
 /// Uses no savepoint: each statement takes effect immediately. Use it on its connection's thread, with an event loop,
 /// which deletes the inserted events. A store that can't be opened discards events. While another process has the file
-/// locked, the last 1,000 events stay in memory and nothing waits.
+/// locked, the last 1,000 events stay in memory, and no call waits.
 class KAnalyticsDb : public KDbSession {
     Q_OBJECT
 public:
     KAnalyticsDb(QString connectionName, QString driver, QObject *parent);
 
-    /// Stores the events that waited for a lock, if it has been released.
+    /// Stores the events that waited for a lock, if the lock has been released.
     ~KAnalyticsDb() override;
 
     /// Inserts the event and takes ownership.
     void insertEvent(KAnalyticsEvent *event);
-    /// Returns all events and empties the store, even if sending then fails. The caller owns the events. Those that
+    /// Returns all events and empties the store, even if sending fails later. The caller owns the events. Those that
     /// waited for another process's lock come last, with the id 0.
     QList<KAnalyticsRawEvent *> allEvents();
-    /// Returns the user's identifier, empty if there is none and @p create is false, or while another process has the
-    /// file locked. Trap: an identifier created here has no braces; from the next session on it has them, because the
-    /// stored text does.
+    /// Returns the user identifier; empty if there is none and @p create is false, or while another process has the
+    /// file locked. A newly created identifier has no braces; in later sessions it has, because the stored text does.
     QString userId(const bool &create);
     /// Stores an identifier unless there is one.
     void setUserId(QString userId);
@@ -48,6 +48,6 @@ private:
     void StoreWaiting();
     bool IsDamaged();
 
-    QStringList m_waiting; // JSON of events kept back by a lock, oldest first
+    QStringList m_waiting; // JSON of events that wait for a lock, oldest first
     QString m_userId;
 };

@@ -7,8 +7,8 @@
 #include <QString>
 #include <QVariant>
 
-/// Time-stamped when created. Create it on the heap, without a parent; the store that receives it deletes it later. Use
-/// it on the manager's thread. Setters emit a signal only on a change.
+/// An event with the time of its creation. Create it on the heap, without a parent; the store that receives it deletes
+/// it later. Use it on the manager's thread. Setters emit a signal only on a change.
 class KAnalyticsEvent : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
@@ -17,21 +17,21 @@ class KAnalyticsEvent : public QObject {
     Q_PROPERTY(EventType type READ type WRITE setType NOTIFY typeChanged)
     Q_PROPERTY(QVariant value READ value WRITE setValue NOTIFY valueChanged)
 public:
-    enum EventType : int { EventAction = 0, EventDuration = 1, EventCounter = 2 }; // other numbers may come from hosts
+    enum EventType : int { EventAction = 0, EventDuration = 1, EventCounter = 2 }; // hosts may use other numbers
     Q_ENUM(EventType)
 
     explicit KAnalyticsEvent(QObject *parent);
 
     QString name() const { return m_name; }
     QString category() const { return m_category; }
-    /// Milliseconds since the epoch.
+    /// Returns milliseconds since the epoch.
     qint64 timestamp() const { return m_timestamp; }
     EventType type() const { return m_type; }
     QVariant value() const { return m_value; }
 
     /// Returns toJsonObject() as compact JSON.
     QString toJson();
-    /// Leaves the event unchanged if the text is not JSON.
+    /// Reads the output of toJson(). Leaves the event unchanged if the text is not JSON.
     void fromJson(QString json);
     /// Returns five keys: "timestamp", "name", "category", "type" ("action", "duration", "counter", "unknow") and
     /// "value".
@@ -63,7 +63,7 @@ private:
     QVariant m_value;
 };
 
-/// A duration in milliseconds. Its time stamp is the time of its creation, no matter how often it is started.
+/// A duration in milliseconds. Its timestamp is the time of its creation, no matter how often it is started.
 class KAnalyticsEventTimer : public KAnalyticsEvent {
     Q_OBJECT
 public:

@@ -15,12 +15,12 @@ class KAnalyticsRawEvent;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsproviderfile)
 
-/// Does nothing until it has a path. Trap: saveJSonRoot() leaves the file unchanged, so nothing is ever written and
-/// this store is only useful for files that another program creates. A file that can't be read or has another format
-/// counts as empty, and nothing is added to it either.
+/// Event store that does nothing until it has a path. Because saveJSonRoot() leaves the file unchanged, nothing is ever
+/// written, so the store is only useful for files that another program creates. A file that can't be read or has
+/// another format counts as empty, and nothing is added to it either.
 ///
 /// A lock file next to the file guards each read and each write separately. A lock left by a process that has ended is
-/// taken over at once, one without a readable owner after two seconds.
+/// taken over at once, a lock without a readable owner after two seconds.
 class KAnalyticsFile : public QObject {
     Q_OBJECT
 public:
@@ -29,7 +29,7 @@ public:
 
     /// Inserts a copy; the caller keeps the event.
     void insertEvent(KAnalyticsEvent *event);
-    /// Returns the events, numbered by position and owned by the caller, and asks the store to delete them.
+    /// Returns the events, numbered by position and owned by the caller. They remain in the file.
     QList<KAnalyticsRawEvent *> allEvents();
     QString userId();
     /// Does nothing.
@@ -38,7 +38,7 @@ public:
     void addProviderArray(QString name, QJsonArray array);
     QJsonArray getProviderArray(QString name);
 
-    /// Returns the whole content; with an empty event list if the file doesn't exist.
+    /// Returns the whole content, or an empty event list if the file doesn't exist.
     QJsonObject currentJSonRoot();
     void saveJSonRoot(QJsonObject &root);
 

@@ -17,7 +17,7 @@ Q_LOGGING_CATEGORY(kanalyticsmanager, "kanalyticsmanager", QtWarningMsg)
 
 namespace {
 
-/// Returns the name of the store's file, which isn't secret but doesn't show its purpose.
+/// Returns the name of the store's file. The name is not secret, but doesn't reveal the file's purpose.
 QString StoreName()
 {
     return QString::fromLatin1(
@@ -137,7 +137,7 @@ void KAnalyticsManager::registerProvider(KAnalyticsProvider *provider)
         const std::lock_guard<std::mutex> locker(s_providersMutex);
         m_providers << provider;
     }
-    // Direct: until a queued call from another thread arrived, the list would have a dangling pointer.
+    // A direct connection: with a queued one, the list would have a dangling pointer until the call arrived.
     connect(
         provider, &QObject::destroyed, this, [this, provider] { Forget(provider); }, Qt::DirectConnection);
 }

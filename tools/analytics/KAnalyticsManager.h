@@ -15,9 +15,9 @@ class KAnalyticsProvider;
 
 Q_DECLARE_LOGGING_CATEGORY(kanalyticsmanager)
 
-/// KTools::init creates the process's manager or adopts a host's; KTools::exit deletes it. It sends nothing itself:
-/// data leaves the machine only through a provider that a host registers. The store is a file in the application's data
-/// folder; if that is not usable, events are silently lost.
+/// The process's manager, which KTools::init creates or adopts from a host, and KTools::exit deletes. It sends nothing
+/// itself: data leaves the machine only through a provider that a host registers. The store is a file in the
+/// application's data folder; if that folder is not usable, events are silently lost.
 ///
 /// Use it on one thread with a running event loop; other threads call its slots through queued connections. Timers and
 /// counters are identified by category and name joined without a separator, so ("ab", "c") and ("a", "bc") are the
@@ -30,17 +30,18 @@ class KAnalyticsManager : public QObject {
     Q_PROPERTY(bool isActive READ isActive WRITE setIsActive NOTIFY isActiveChanged)
     Q_PROPERTY(QString userId READ userId)
 public:
+    /// Creates a manager, which becomes the process's manager if there is none.
+    ///
     /// @param useSettingsUserId  uses the identifier that all applications of the organization share in their settings,
-    ///                           created if it is missing; otherwise the store's own.
+    ///                           created if it is missing; otherwise the store's identifier.
     /// @param useDb              stores events in a KAnalyticsDb, otherwise in a KAnalyticsFile.
-    /// Becomes the process's manager if there is none.
     KAnalyticsManager(bool useSettingsUserId, QObject *parent, bool useDb);
     /// Doesn't flush; see waitBeforeExit(). Afterward the process has no manager.
     ~KAnalyticsManager() override;
 
-    /// Returns the process's manager; if there is none, creates one with shared identifier and database.
+    /// Returns the process's manager; if there is none, creates one with the shared identifier and a database.
     static KAnalyticsManager *instance();
-    /// Makes @p instance the process's manager unless it is null; the ownership of the previous one doesn't change.
+    /// Makes @p instance the process's manager unless it is null. Doesn't delete the previous one.
     static KAnalyticsManager *init(KAnalyticsManager *instance);
     static void killInstance();
 
@@ -62,8 +63,8 @@ public Q_SLOTS:
     // --- All of these do nothing while analytics is off ---
     void sendEvent(KAnalyticsEvent::EventType type, QString category, QString name, QVariant value);
     void sendEventAction(QString category, QString name, QVariant value);
-    /// Takes ownership of the event. With @p flush, each event from the maxEventsBufferised-th since the start on
-    /// requests a flush.
+    /// Takes ownership of the event. With @p flush, each event requests a flush once there have been
+    /// maxEventsBufferised events since the start.
     void sendEvent(KAnalyticsEvent *event, bool flush = true);
     /// Starts or restarts a timer.
     void startTimerEvent(QString category, QString name);

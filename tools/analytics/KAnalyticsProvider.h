@@ -9,7 +9,7 @@ class KAnalyticsEvent;
 class KAnalyticsFile;
 class KAnalyticsRawEvent;
 
-/// Owned by the manager once registered. Everything runs on the manager's thread.
+/// Sender of events, owned by the manager once registered. Everything runs on the manager's thread.
 class KAnalyticsProvider : public QObject {
     Q_OBJECT
 public:
@@ -19,7 +19,7 @@ public:
     /// Calls preFlush(), flushEvent() for each event, and postFlush(). The providers then own the events; all providers
     /// receive the same ones.
     void flushEvents(QList<KAnalyticsRawEvent *> events);
-    /// Sets the store, which the manager still owns. Calls storageChanged() unless it is null.
+    /// Sets the store, which the manager still owns. Calls storageChanged() unless the store is null.
     void setDb(KAnalyticsDb *db);
     void setAnFile(KAnalyticsFile *file);
     /// Returns whether an event is at most ten days old; older ones aren't sent.

@@ -18,7 +18,7 @@ struct KDbBind {
 struct KDbQuery {
     KDbQuery(QString text, QList<KDbBind> bound) : query(text), binds(bound) { }
 
-    /// Prepares, binds and runs the statement on @p sqlQuery, which then holds result and error.
+    /// Prepares, binds and runs the statement on @p sqlQuery, which then holds the result or the error.
     bool execute(QSqlQuery &sqlQuery) const;
 
     QString query;

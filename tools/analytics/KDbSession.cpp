@@ -134,7 +134,7 @@ void KDbSession::CatchUp()
             return;
         Run(query, QStringLiteral("COMMIT"));
     }
-    m_tuned = true; // for statements of buildTables()
+    m_tuned = true; // so that statements of buildTables() don't start this again
     const bool tuned = Tune(m_db);
     buildTables(m_db);
     m_tuned = tuned;

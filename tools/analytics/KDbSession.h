@@ -1,4 +1,4 @@
-// Owns one local SQL database.
+// Session on a local SQL database.
 #pragma once
 
 #include "KDbQuery.h"
@@ -13,38 +13,39 @@ Q_DECLARE_LOGGING_CATEGORY(dbsession)
 Q_DECLARE_LOGGING_CATEGORY(dbsessionquery)
 Q_DECLARE_LOGGING_CATEGORY(dbquery)
 
-/// Closed at first; setFilePath() opens it and creates the subclass's tables. SQLite runs without a journal and without
-/// waiting for the disk, and locks out other processes while it is open: fast, but not safe against a system crash.
-/// While another process has the database locked, every statement fails at once; nothing waits.
+/// A session that owns its database. It starts closed; setFilePath() opens it and creates the subclass's tables. SQLite
+/// runs without a journal and without waiting for the disk, and locks out other processes while it is open: fast, but
+/// not safe against a system crash. While another process has the database locked, every statement fails at once.
 ///
-/// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes since the last
-/// one, cancelAll() and close() undo them. There is no savepoint while another process has the file locked. Without
-/// setUseRollBack(), each statement takes effect immediately.
+/// With setUseRollBack(), an open session is always inside a savepoint: commitAll() keeps the changes made since the
+/// last one, cancelAll() and close() undo them. There is no savepoint while another process has the file locked.
+/// Without setUseRollBack(), each statement takes effect immediately.
 ///
-/// Belongs to the thread that opened it. The returned queries show failures; only a failure to open is logged.
+/// Use it only on the thread that opened it. The returned queries show failures; only a failure to open is logged.
 class KDbSession : public QObject {
     Q_OBJECT
 public:
-    /// Opens nothing. @p driver is the name of a Qt driver, such as "QSQLITE".
+    /// Creates a closed session. @p driver is the name of a Qt driver, such as "QSQLITE".
     KDbSession(QString connectionName, QString driver, QObject *parent);
     /// Releases the connection without closing it: QSqlDatabase keeps it until the name is opened again.
     ~KDbSession() override;
 
     QSqlDatabase database() { return m_db; }
     QSqlDatabase fileDb(bool open);
-    /// Call it on a closed session; on an open one it takes effect at the next commit or cancel.
+    /// Switches savepoints on or off. Call it on a closed session; on an open one, it takes effect at the next commit
+    /// or cancel.
     void setUseRollBack(bool use) { m_useRollBack = use; }
     bool checkDb();
 
-    // On a closed session these run nothing and return an inactive query. A failed statement doesn't stop a list; the
-    // returned query holds the result of the last one.
+    // On a closed session, these run nothing and return an inactive query. A failed statement doesn't stop a list; the
+    // returned query holds the result of the last statement.
     QSqlQuery executeQuery(QString query);
     QSqlQuery executeQuery(KDbQuery query);
     QSqlQuery executeQueries(QStringList queries);
     QSqlQuery executeQueries(QList<KDbQuery> queries);
 
-    /// Opens another file in the same way, including tables, replacing any connection of that name. The caller closes
-    /// and removes it. Invalid for an empty path.
+    /// Opens another file in the same way, including tables, and replaces any connection of that name. The caller
+    /// closes and removes the connection. Returns an invalid database for an empty path.
     QSqlDatabase openDb(QString connectionName, QString filePath);
 
 public Q_SLOTS:
@@ -52,7 +53,7 @@ public Q_SLOTS:
     void cancelAll();
     /// Closes, then opens the file unless the path is empty.
     virtual void setFilePath(QString filePath);
-    /// Adds the rows of allTables() to the tables of another file. The copies of texts gain a pair of double quotes.
+    /// Adds the rows of allTables() to the tables of another file. Copied texts are enclosed in double quotes.
     void copyDbTo(QString filePath);
     /// Closes and removes the file.
     void eraseDb();
@@ -62,7 +63,7 @@ public Q_SLOTS:
 public:
     /// Creates the tables that are missing.
     virtual void buildTables(QSqlDatabase &db) = 0;
-    /// Tables that copyDbTo() copies.
+    /// Returns the tables that copyDbTo() copies.
     virtual QStringList allTables() = 0;
 
 private:
@@ -70,7 +71,7 @@ private:
     bool Tune(QSqlDatabase &db);
     /// Applies the settings and creates the missing tables once the other process has unlocked the file.
     void CatchUp();
-    /// Begins a unit of work if the session has the file locked.
+    /// Sets the savepoint, if savepoints are on and the session has the file locked.
     void Begin();
     void CopyTable(const QString &table, QSqlDatabase &target);
 

@@ -175,7 +175,7 @@ ApicFields LegacyFields(CpuMachine &machine)
             return AmdFields(machine);
         cores = getBitsFromDWORD(leaf4.eax, 26, 31) + 1;
     } else if (HasCmpLegacy(machine)) {
-        ApicFields fields; // the count is one of cores, not threads; the layout of the identifier is unknown
+        ApicFields fields; // leaf 1 counts cores, not threads; the layout of the identifier is unknown
         fields.error = kTopologyLegacyError;
         return fields;
     }

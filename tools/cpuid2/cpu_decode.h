@@ -26,7 +26,7 @@ struct CacheDescription {
     std::string longName;      // "Level 1 Data cache, size(KBytes)= 32"
 };
 
-/// Returns bits @p from to @p to, both included, counted from 0; 0 for an impossible range.
+/// Returns bits @p from to @p to, both inclusive, counted from 0; 0 for an invalid range.
 unsigned getBitsFromDWORD(unsigned value, unsigned from, unsigned to);
 /// Returns 1 and the index of the highest set bit; 0 and index 0 if there is none.
 unsigned char myBitScanReverse(unsigned *index, unsigned value);

@@ -11,7 +11,7 @@
 
 namespace {
 
-static_assert(sizeof(AffinityBytes) == sizeof(cpu_set_t), "one mask for both");
+static_assert(sizeof(AffinityBytes) == sizeof(cpu_set_t), "masks must have the same size");
 
 class ThisMachine : public CpuMachine {
 public:
@@ -42,7 +42,7 @@ public:
         CpuidRegisters r = {};
 #if defined(__x86_64__)
         __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
-#endif // other processors: all zero, which means that nothing is known
+#endif // other architectures: all zero, which means that nothing is known
         return r;
     }
 };

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr const char *kSource = "cpu_topo.cpp"; // as in the messages
+constexpr const char *kSource = "cpu_topo.cpp"; // for messages
 
 /// Thrown to end InitCpuTopology() when the processors' data is inconsistent.
 struct Inconsistent { };
@@ -192,7 +192,7 @@ unsigned &Counter(CounterTable &table, unsigned row, unsigned column)
     return table.At(row, column);
 }
 
-/// Returns the index of @p id among those seen so far; appends a new one.
+/// Returns the index of @p id among those seen so far; appends it if it is new.
 unsigned Ordinal(std::vector<unsigned> *seen, unsigned id)
 {
     const auto found = std::find(seen->begin(), seen->end(), id);

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-// There is one global record without a lock; one thread must query first. The first query of the counts runs on all
-// processors in turn and leaves its thread pinned to the last one, so run it on a short-lived thread. The result, or
-// the failure, stays until CPUIDExit().
+// There is one global record without a lock, so the first query must finish before other threads query. The first query
+// of the counts runs on all processors in turn and leaves its thread pinned to the last one, so run it on a short-lived
+// thread. The result, or the failure, stays until CPUIDExit().
 
 constexpr unsigned MAX_CACHE_SUBLEAFS = 6;
 constexpr unsigned MAX_LEAFS = 30;
@@ -17,7 +17,7 @@ constexpr unsigned MAX_CORES = 512; // per package
 
 // Bits of CpuTopology::error. With any of them set, all queries return 0.
 constexpr unsigned kTopologyGeneralError = 0x80000000u;
-constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor older than leaf 4 with a different numbering
+constexpr unsigned kTopologyLegacyError = 0x88000000u;   // a processor without leaf 4, with a different numbering
 constexpr unsigned kTopologyAnalysisError = 0xC0800000u; // identifiers that can't be numbered
 constexpr unsigned kTopologyAffinityError = 0xC1000000u; // the process may not run on every processor
 constexpr unsigned kTopologyBindError = 0xC2000000u;
@@ -91,10 +91,11 @@ struct CpuTopology {
 /// Null before CPUIDInit() and after CPUIDExit(); every query then returns the same as after an error.
 extern CpuTopology *glbl_ptr;
 
-/// Returns the record, created by the first call.
+/// Returns the record; the first call creates it.
 CpuTopology *CPUIDInit();
 void CPUIDExit();
-/// Reads the topology, once. Prints an inconsistency to standard output and sets CpuTopology::error.
+/// Reads the topology once. If the data is inconsistent, prints the reason to standard output and sets
+/// CpuTopology::error.
 void InitCpuTopology();
 
 // --- Queries: read the topology first if needed; return 0 after an error ---
@@ -114,14 +115,14 @@ unsigned GetcoreCount(unsigned package);
 unsigned GetthreadCount(unsigned package, unsigned core);
 /// Returns the APIC identifier; 0xFFFFFFFF after an error or past GetOSLogicalProcessorCount().
 unsigned getEnumerateAPICID(unsigned index);
-/// Returns the index of the first logical processor with these ordinals, -1 for any; 0 if there is none.
+/// Returns the index of the first logical processor with these ordinals; -1 matches any. Returns 0 if there is none.
 unsigned SlectOrdfromPkg(int package, int core, int thread);
-/// Reads the hardware's threads per core and per package, on a processor of @p package, into the record. Returns 0, or
-/// -1 for a package that doesn't exist or can't be reached. Leaves the thread pinned to that processor.
+/// Reads the number of threads per core and per package from a processor of @p package into the record. Returns 0, or
+/// -1 if the package doesn't exist or the thread can't be pinned to it. Leaves the thread pinned to that processor.
 int GetHWMTConfig(unsigned package);
-/// Returns the size in bytes; 0 below leaf 4.
+/// Returns the size of a cache in bytes; 0 if @p maxCPUID is below 4.
 unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf);
-/// Returns the processor's name, with the leading spaces that some store. Needs no topology, binds nothing.
+/// Returns the processor's name; some names have leading spaces. Needs no topology and pins no thread.
 const char *GetCpuDescription();
 
 // --- Steps of InitCpuTopology() ---
@@ -149,7 +150,7 @@ unsigned char TestGenericAffinityBit(const GenericAffinityMask *mask, unsigned c
 bool CompareEqualGenericAffinity(const GenericAffinityMask *a, const GenericAffinityMask *b);
 
 unsigned countBits(unsigned long long word);
-/// Replaces each run of 32, then of 16, zeros in hexadecimal digits by "z32" and "z16".
+/// Replaces each run of 32 zeros in hexadecimal digits with "z32", then each run of 16 with "z16".
 std::string CompressHexMask(const std::string &digits);
 /// Formats the mask in hexadecimal, highest processor first, without leading zeros, compressed.
 std::string FormatHexMask(const GenericAffinityMask *mask);

@@ -134,7 +134,7 @@ unsigned long long GetCacheTotalLize(unsigned maxCPUID, unsigned subleaf)
 
 const char *GetCpuDescription()
 {
-    static char text[48 + 1]; // the processor may not end its 48 bytes with a zero
+    static char text[48 + 1]; // the processor's 48 bytes may lack a terminating zero
     constexpr unsigned kFirst = 0x80000002u;
     const unsigned last = CurrentCpuMachine().Cpuid(0x80000000u, 0).eax;
     for (unsigned leaf = kFirst; leaf <= last && leaf < kFirst + 3; ++leaf) {

@@ -4,8 +4,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
-/// Answers modal windows while it exists: types a path, or Escape for none, into a file dialog; presses Enter in a
-/// message box.
+/// Timer that answers modal windows while it exists: types a path into file dialogs, or presses Escape if the path is
+/// empty; presses Enter in message boxes.
 class ModalAnswers : public QObject {
 public:
     explicit ModalAnswers(const QString &typed) : m_typed(typed) { startTimer(5); }

@@ -73,7 +73,7 @@ public:
         Click("toolButtonLensFile");
         return answers.seen;
     }
-    /// Returns "isComplete", the wait label, and the state of the wizard's Next button.
+    /// Returns "isComplete", and whether the wait label is visible and the Next button is enabled.
     QString State() const
     {
         const QVariant complete = preview->property("isComplete");
@@ -82,7 +82,7 @@ public:
             + (wizard.button(QWizard::NextButton)->isEnabled() ? QStringLiteral(" next") : QString());
     }
     bool IsUpToDate() const { return State() == QLatin1String("true next"); }
-    /// Returns "Disto CA Falloff profile" of a file's record.
+    /// Returns a file's record as "Disto CA Falloff profile".
     QString Record(const QString &file)
     {
         const QDomElement e = process.GetFileXmlParams(file);
@@ -91,7 +91,7 @@ public:
             values.append(e.attribute(QLatin1String(key)));
         return values.join(QLatin1Char(' '));
     }
-    /// Returns the state of the three correction boxes; "100": only the first one.
+    /// Returns the state of the three correction boxes; "100" means only the first one.
     template <typename Is> QString Boxes(Is is) const
     {
         QString text;
@@ -109,7 +109,7 @@ public:
 
 constexpr QImage::Format kFormat = QImage::Format_RGB32;
 
-/// Returns a picture painted on the window's color, as large as the frame allows, without the part that the frame's
+/// Returns a picture on the window's background color, scaled to fit the frame, without the edges that the frame's
 /// border may cover.
 QImage Fitted(KImage &image, const QWidget &frame)
 {
@@ -122,7 +122,7 @@ QImage Fitted(KImage &image, const QWidget &frame)
     return shown.copy(shown.rect().adjusted(2, 2, -2, -2));
 }
 
-/// Returns its position in the frame's parent.
+/// Returns the position of @p fitted in the frame's parent.
 QRect PlaceOf(const QImage &fitted, const QWidget &frame)
 {
     const QSize free = frame.size() - fitted.size();
@@ -172,7 +172,7 @@ QString tst_UIVitreluxPage::Profile(const ProfileModels &models, int width, int 
 void tst_UIVitreluxPage::initTestCase()
 {
     KUI::SetUseSystemFileDialog(false);
-    qputenv("XDG_CACHE_HOME", m_dir.path().toLocal8Bit()); // where the index of profiles is kept
+    qputenv("XDG_CACHE_HOME", m_dir.path().toLocal8Bit()); // where the profile index is stored
     m_whole = Profile({true, true, true}, 400, 300);
 }
 
@@ -204,7 +204,7 @@ void tst_UIVitreluxPage::reducedSize_data()
     QTest::newRow("landscape") << QSize(6000, 4000) << QSize(1024, 682);
     QTest::newRow("portrait") << QSize(4000, 6000) << QSize(682, 1024);
     QTest::newRow("one pixel") << QSize(1, 1) << QSize(1, 1);
-    QTest::newRow("a line, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
+    QTest::newRow("one column, whose width truncates to 0") << QSize(1, 3000) << QSize(1, 1024);
 }
 
 void tst_UIVitreluxPage::reducedSize()
@@ -225,7 +225,7 @@ void tst_UIVitreluxPage::states()
     QCOMPARE(desk.State(), QStringLiteral("unset waiting next"));
     QSignalSpy changes(desk.page, &QWizardPage::completeChanged);
     desk.process.SetFiles({kA});
-    QCOMPARE(changes.count(), 2); // the old job's end and one render, though the boxes change
+    QCOMPARE(changes.count(), 2); // the end of the old job and one render, although the boxes change
     QCOMPARE(desk.State(), QStringLiteral("false waiting"));
     QCOMPARE(desk.Boxes(&QWidget::isEnabled), QStringLiteral("111"));
     desk.wizard.resize(900, 700);
@@ -237,7 +237,7 @@ void tst_UIVitreluxPage::states()
     desk.wizard.resize(760, 560);
     desk.Click("m_cbPreview");
     QTest::qWait(50);
-    QCOMPARE(renders.count(), 0); // neither a resize nor the split needs a render
+    QCOMPARE(renders.count(), 0); // neither resizing nor the split view needs a render
     desk.process.SetFiles({});    // an empty job
     for (const char *name : {"m_cbDistortion", "pushButtonApplyAll", "QToolButton_Next", "toolButtonLensFile"})
         desk.Click(name);
@@ -247,7 +247,7 @@ void tst_UIVitreluxPage::states()
 void tst_UIVitreluxPage::picture_data()
 {
     QTest::addColumn<QSize>("size");
-    QTest::addColumn<QString>("boxes"); // that are checked: distortion, color, vignetting
+    QTest::addColumn<QString>("boxes"); // checked ones: distortion, color, vignetting
     QTest::addColumn<bool>("split");
     QTest::newRow("landscape, distortion") << QSize(400, 300) << QStringLiteral("100") << false;
     QTest::newRow("portrait, color, split") << QSize(300, 401) << QStringLiteral("010") << true;
@@ -289,7 +289,7 @@ void tst_UIVitreluxPage::picture()
     const auto shown = [&] { return desk.preview->grab(PlaceOf(source, *frame)).toImage().convertToFormat(kFormat); };
     QTRY_VERIFY(desk.IsUpToDate());
     QCOMPARE(shown(), expected);
-    desk.Click(box); // only the uncorrected picture while a render runs; the wait label hides its middle
+    desk.Click(box); // a running render shows only the uncorrected picture; the wait label hides its center
     const QRect corner(0, 0, source.width() / 4, source.height() / 4);
     QCOMPARE(shown().copy(corner), source.copy(corner));
 }
@@ -298,15 +298,15 @@ void tst_UIVitreluxPage::profileChosen_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("enabled"); // of the boxes
-    QTest::addColumn<QString>("checked"); // all three were
+    QTest::addColumn<QString>("checked"); // all three were checked before
     QTest::newRow("all models") << m_whole << "111"
                                 << "011";
     QTest::newRow("distortion only") << Profile({}, 400, 300) << "100"
                                      << "000";
     QTest::newRow("no vignette") << Profile({true, true, false}, 400, 300) << "110"
                                  << "010";
-    QTest::newRow("text") << WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile") << "000"
-                          << "000";
+    QTest::newRow("text file") << WriteFile(m_dir.filePath(QStringLiteral("text.lcp")), "no profile") << "000"
+                               << "000";
     QTest::newRow("canceled") << QString() << "111"
                               << "111";
 }
@@ -334,7 +334,7 @@ void tst_UIVitreluxPage::profileChosen()
     QCOMPARE(desk.Find<QLineEdit>("lineEditLensFile")->text(), profile);
     QTRY_VERIFY(desk.IsUpToDate());
 
-    desk.Click("QToolButton_Next"); // boxes are locked by the profile of their picture
+    desk.Click("QToolButton_Next"); // a profile locks only the boxes of its picture
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), all + all);
     desk.Click("QToolButton_Next");
     QCOMPARE(desk.Boxes(&QWidget::isEnabled) + desk.Boxes(&QCheckBox::isChecked), enabled + checked);
@@ -356,7 +356,7 @@ void tst_UIVitreluxPage::quickToggles()
     Desk desk({kA});
     desk.ChooseProfile(m_whole);
     auto *box = desk.Find<QCheckBox>("m_cbDistortion");
-    QImage pictures[2]; // without and with the correction, by single clicks
+    QImage pictures[2]; // without and with the correction, after single clicks
     for (const int toggles : {1, 1, 3, 4, 5, 102, 103, 10000, 1}) {
         const QByteArray name = QByteArray::number(toggles) + " toggles: ";
         QTRY_VERIFY2(desk.IsUpToDate(), name);
@@ -407,7 +407,7 @@ void tst_UIVitreluxPage::applyToAllAndStore()
     QCOMPARE(KVitreluxOne2One().LensPath(), m_dir.path());
 }
 
-// The profile found by a fitted render is shown but not stored as a choice; a chosen one may use any XML form.
+// The profile found by a fitted render is shown but not stored as a choice. A chosen profile may use any XML form.
 void tst_UIVitreluxPage::fittedRecordFindsProfile()
 {
     using namespace profiletext;
@@ -443,11 +443,11 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
     QVERIFY2(row->toolTip().startsWith(found), qPrintable(row->toolTip()));
     QVERIFY(frame() != uncorrected);
     desk.Click("pushButtonApplyAll");
-    desk.process.OnValidatePage(); // stores the defaults for the next pictures
+    desk.process.OnValidatePage(); // stores the defaults for later pictures
     QCOMPARE(desk.Record(photo) + desk.Record(other), "1 0 0 1 0 0 "_s);
 
     desk.process.SetFiles({other});
-    QCOMPARE(row->placeholderText(), QString()); // not that of the picture before
+    QCOMPARE(row->placeholderText(), QString()); // not that of the previous picture
     QTRY_VERIFY(desk.IsUpToDate());
     QVERIFY2(row->placeholderText().startsWith("None found: "_s), qPrintable(row->placeholderText()));
     QVERIFY(frame() == uncorrected);
@@ -470,7 +470,7 @@ void tst_UIVitreluxPage::fittedRecordFindsProfile()
     desk.Click("m_cbCA");
     desk.Click("m_cbVignetting");
     QTRY_VERIFY(desk.IsUpToDate());
-    QVERIFY2(frame() != filled && frame() != uncorrected, "the preview shows the framing");
+    QVERIFY2(frame() != filled && frame() != uncorrected, "the preview must show the framing");
     row->actions().first()->trigger();
     QCOMPARE(desk.Record(other), "1 0 0 "_s);
     QTRY_VERIFY(row->placeholderText().startsWith("None found: "_s) && !row->actions().first()->isVisible());

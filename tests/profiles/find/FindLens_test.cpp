@@ -1,4 +1,5 @@
-// Finding lenses as real cameras name them, among thousands of profiles with similar names and in lensfun's database.
+// Finds lenses by the names that real cameras write, among thousands of profiles with similar names and in lensfun's
+// database.
 #include "KImage.h"
 #include "LensfunDatabase.h"
 #include "ProfileMatch.h"
@@ -41,7 +42,7 @@ QVector<Row> ReadRows()
     return rows;
 }
 
-/// Nikon's lens data: eight hexadecimal bytes, which together identify the lens.
+/// Writes Nikon's lens data: eight hexadecimal bytes that together identify the lens.
 void WriteNikonLens(const QString &bytes, Exiv2::ExifData *exif)
 {
     constexpr const char *kKeys[] = {"NikonLd2.LensIDNumber",
@@ -58,7 +59,7 @@ void WriteNikonLens(const QString &bytes, Exiv2::ExifData *exif)
             std::to_string(bytes.section(QLatin1Char(' '), i, i).toInt(nullptr, 16)));
 }
 
-/// Writes a JPEG with the EXIF and maker notes of a row.
+/// Writes a JPEG with a row's EXIF data, maker notes and XMP.
 void WritePicture(const QString &path, const Row &row)
 {
     WriteJpeg(path, 60, 40);
@@ -83,7 +84,7 @@ void WritePicture(const QString &path, const Row &row)
     image->writeMetadata();
 }
 
-/// Returns an .lcp in attribute form with only the lens's name, because LensInfo would make the test easier.
+/// Returns an .lcp profile in attribute form with only the lens's name, because LensInfo would make the test easier.
 QByteArray AttributeProfile(const QString &make, const QString &model, const QString &lens)
 {
     return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'"
@@ -144,7 +145,7 @@ QStringList NearNames(const QString &lens)
     return names;
 }
 
-/// Prints all faults, because they may not fit into a message of QVERIFY2.
+/// Prints all faults, because they may not fit into a QVERIFY2 message.
 void Verify(const QStringList &faults)
 {
     for (const QString &fault : faults)
@@ -171,7 +172,7 @@ private:
         WritePicture(path, row);
         return WithNameOfNumbers(ReadPictureFacts(path, nullptr));
     }
-    /// Returns all profiles except those of these lenses.
+    /// Returns all profiles except those for @p lenses.
     QVector<IndexedProfile> AllBut(const QStringList &lenses) const
     {
         QVector<IndexedProfile> rest;
@@ -185,7 +186,7 @@ private:
     QVector<IndexedProfile> m_profiles;
 };
 
-/// Writes the profiles of the rows, and adds decoys as if read from files.
+/// Writes and indexes the profiles of the rows, and adds decoys as if they had been read from files.
 void tst_FindLens::initTestCase()
 {
     KImage::init(nullptr);
@@ -272,7 +273,8 @@ void tst_FindLens::similarNamesInLensfun_data()
     QTest::addColumn<QString>("title"); // empty: none
     const QString canon = "Canon/Canon EOS 5D Mark III"_s, sony = "SONY/ILCE-7M2"_s;
     const QString tamron90 = "Tamron/TAMRON SP 90mm F/2.8 Di VC USD MACRO1:1 F004"_s;
-    QTest::newRow("150-600mm") << canon << 300.0 << QString(); // two, one of them measured on a smaller sensor
+    QTest::newRow("150-600mm") << canon << 300.0
+                               << QString(); // two lenses fit, one of them measured on a smaller sensor
     QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F017") << canon << 90.0 << QString();
     QTest::newRow("Tamron SP 90mm f/2.8 Di Macro VC USD F004") << canon << 90.0 << tamron90;
     QTest::newRow("YN50mm f/1.8 II") << canon << 50.0 << QString();

@@ -1,4 +1,4 @@
-// Tests of LensName.h: the spellings of one lens, and the lenses that differ by a mark.
+// Tests of LensName.h: different spellings of one lens, and lenses whose names differ in a single mark.
 #include "LensName.h"
 
 #include <QTest>
@@ -55,7 +55,7 @@ void tst_LensName::comparison_data()
     const auto other = [](const char *a, const char *b) {
         QTest::addRow("%s, not %s", a, b) << QString::fromUtf8(a) << QString::fromUtf8(b) << false;
     };
-    // As the camera or exiftool writes it, and as lensfun's database or the maker does.
+    // As written by the camera or exiftool, and by lensfun's database or the maker.
     same("EF-S18-55mm f/3.5-5.6 IS", "Canon EF-S 18-55mm f/3.5-5.6 IS");
     same("RF100-500mm F4.5-7.1 L IS USM", "Canon RF 100-500mm F4.5-7.1L IS USM");
     same("AF-S DX Zoom-Nikkor 18-70mm f/3.5-4.5G IF-ED", "Nikkor AF-S 18-70mm f/3.5-4.5G DX IF-ED");
@@ -156,7 +156,7 @@ void tst_LensName::comparison_data()
     other("Carl Zeiss Distagon T* 2,8/21 ZE", "Contax Zeiss 21mm f/2.8 Distagon");
     other("Manual Lens", "Manual Lens");
     other("M-42", "M-42");
-    // Makers, by name, by an unknown word or by the mount.
+    // Makers identified by name, by an unknown word, or by the mount.
     other("Jupiter-9 85mm f/1.8", "Canon EF 85mm f/1.8");
     other("YN50mm f/1.8 II", "Canon EF 50mm f/1.8 MkII");
     other("Bower 14mm f/2.8", "Sigma 14mm f/2.8 EX");
@@ -187,7 +187,7 @@ void tst_LensName::alternatives()
     QCOMPARE(names[0].maker, QStringLiteral("canon"));
     QCOMPARE(names[1].maker, QStringLiteral("sigma"));
     const LensName wanted = names[0];
-    // The right spelling has the best score among those that fit.
+    // The exact spelling has a better score than others that fit.
     const auto score = [&wanted](const char *text) {
         return CompareLensNames(wanted, ParseLensNames(QString::fromUtf8(text)).value(0)).score;
     };

@@ -143,7 +143,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     Write(folder.filePath(QStringLiteral("a.lcp")), ProfileOf(QStringLiteral("one 50mm")));
     Write(folder.filePath(QStringLiteral("deep/er/b.LCP")), ProfileOf(QStringLiteral("two 85mm")));
     Write(folder.filePath(QStringLiteral("broken.lcp")), "no XML");
-    Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("no profile by its suffix")));
+    Write(folder.filePath(QStringLiteral("other.xml")), ProfileOf(QStringLiteral("not a profile, by its suffix")));
     const QTemporaryDir elsewhere; // linked from the folder, with a link back
     Write(elsewhere.filePath(QStringLiteral("c.lcp")), ProfileOf(QStringLiteral("linked 35mm")));
     QVERIFY(QFile::link(folder.path(), elsewhere.filePath(QStringLiteral("back"))));
@@ -168,7 +168,7 @@ void tst_ProfileIndex::readsOnlyWhatChanged()
     QCOMPARE(lenses, (QStringList{QStringLiteral("another 50mm"), QStringLiteral("linked 35mm"), two}));
 }
 
-/// Not even root can open a name that is not UTF-8, or a folder when no file descriptor is free.
+/// These fail even for root: opening a file whose name is not UTF-8, and a folder when no file descriptor is free.
 void tst_ProfileIndex::readsAgainWhatFailedToOpen()
 {
     const QTemporaryDir folder, cache;
@@ -230,7 +230,7 @@ void tst_ProfileIndex::rebuildsDamagedCache()
     QVERIFY(cache.open(QIODevice::ReadOnly));
     const QByteArray whole = cache.readAll();
     cache.close();
-    for (int i = 0; i < whole.size(); i += 7) { // a byte changed, and the file cut off there
+    for (int i = 0; i < whole.size(); i += 7) { // one byte changed, and the file cut off there
         QByteArray changed = whole;
         changed[i] = static_cast<char>(changed[i] ^ 0x55);
         for (const QByteArray &content : {changed, whole.left(i)}) {
@@ -242,7 +242,7 @@ void tst_ProfileIndex::rebuildsDamagedCache()
     }
 }
 
-/// Two programs at a time rebuild one cache repeatedly until they are killed, some of them while writing it.
+/// Two processes at a time repeatedly rebuild the same cache until they are killed, some of them while writing it.
 void tst_ProfileIndex::survivesKilledPrograms()
 {
     const QTemporaryDir folder, cache;
@@ -267,7 +267,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
                 alarm(60); // ends the process even if the test fails
             while (program == 0)
                 if (!rebuild())
-                    _exit(1); // it read another program's invalid cache
+                    _exit(1); // it read an invalid cache that another process wrote
         }
         QThread::usleep(2000 + 700 * static_cast<unsigned long>(round));
         for (pid_t program : programs) {
@@ -280,7 +280,7 @@ void tst_ProfileIndex::survivesKilledPrograms()
         QVERIFY(index.Scan({folder.path()}));
         QCOMPARE(Lenses(index), lenses);
     }
-    // Files left behind are removed once no program can still be writing them.
+    // Leftover files are removed once they are too old for any process to be still writing them.
     const QString fresh = file + QStringLiteral(".fresh1"), old = file + QStringLiteral(".old123");
     for (const QString &path : {fresh, old})
         Write(path, "unfinished");

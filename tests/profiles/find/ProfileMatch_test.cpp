@@ -18,7 +18,7 @@ QString Text(const char *text)
     return QString::fromUtf8(text);
 }
 
-/// Decoys: similar names, other generations, another aperture.
+/// Lenses with similar names, of other generations, or with other apertures; each is a decoy for the others.
 const char *const kLenses[] = {
     "Canon EF-S 18-55mm f/3.5-5.6",
     "Canon EF-S 18-55mm f/3.5-5.6 IS",
@@ -152,9 +152,9 @@ void tst_ProfileMatch::bodies_data()
     QTest::newRow("larger frame than the picture's") << 1.0 << 1.5 << false << true;
     QTest::newRow("nearly the same frame") << 1.56 << 1.5 << false << true;
     QTest::newRow("smaller frame") << 1.6 << 1.5 << false << false;
-    QTest::newRow("camera unknown to the table") << 1.0 << 0.0 << false << false;
-    QTest::newRow("reference unknown to the table") << 0.0 << 1.5 << false << false;
-    QTest::newRow("same body, unknown") << 0.0 << 0.0 << true << true;
+    QTest::newRow("camera not in the table") << 1.0 << 0.0 << false << false;
+    QTest::newRow("reference not in the table") << 0.0 << 1.5 << false << false;
+    QTest::newRow("same body, not in the table") << 0.0 << 0.0 << true << true;
 }
 
 void tst_ProfileMatch::bodies()
@@ -226,7 +226,7 @@ void tst_ProfileMatch::fixedLens()
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("6.1 - 30.5 mm"), 12);
     facts.model = Known(QStringLiteral("Canon PowerShot G11"));
     QCOMPARE(Matcher().Match({compact}, facts).path, compact.path);
-    // A profile of an interchangeable lens doesn't match a camera with a fixed lens.
+    // A profile for an interchangeable lens doesn't match a camera with a fixed lens.
     IndexedProfile mounted = compact;
     mounted.head.lensNames = QStringList{Text("Canon EF 12mm f/2.8L USM")};
     QVERIFY(Matcher().Match({mounted}, facts).path.isEmpty());
@@ -247,13 +247,13 @@ void tst_ProfileMatch::bodyDoesNotOutweighTheLens()
 void tst_ProfileMatch::sourcesInOrderOfTrust()
 {
     PictureFacts facts = PictureWith(QStringLiteral("Canon"), Text("50mm F1.4 DG HSM | Art 014"), 50);
-    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // a maker note's name for another maker's lens
+    facts.lensNames.append(Known(Text("Canon EF 50mm f/1.4 USM"))); // the maker note's wrong name for the lens
     const QVector<IndexedProfile> profiles = {ProfileOf(Text("Canon EF 50mm f/1.4 USM"))};
     QVERIFY(Matcher().Match(profiles, facts).path.isEmpty());
     facts = PictureWith(QStringLiteral("NIKON CORPORATION"), Text("85mm F1.4"), 85);
     facts.lensMake = Known(QStringLiteral("Samyang"));
     QVERIFY(Matcher().Match({ProfileOf(Text("AF-S Nikkor 85mm f/1.4G"))}, facts).path.isEmpty());
-    // One number means two lenses: even if only one of them has a profile, the lens is ambiguous.
+    // One lens number stands for two lenses: even if only one of them has a profile, the match is ambiguous.
     facts = PictureWith(QStringLiteral("Canon"), Text("Canon EF 28-70mm f/2.8L USM or Sigma 28-105mm f/2.8 EX"), 50);
     const QVector<IndexedProfile> zoom = {ProfileOf(Text("Canon EF 28-70mm f/2.8L USM"))};
     QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
@@ -263,7 +263,7 @@ void tst_ProfileMatch::sourcesInOrderOfTrust()
     QCOMPARE(Matcher().Match(zoom, facts).path, zoom[0].path);
     facts.lensNames = {Known(Text("Canon EF 28-70mm f/2.8L USM | Canon EF 28-70mm f/2.8L USM II"))};
     QVERIFY(Matcher().Match(zoom, facts).isAmbiguous);
-    // A mount in the profile's name implies its maker.
+    // A mount in a profile's lens name implies the maker.
     facts = PictureWith(QStringLiteral("SONY"), Text("Sigma 18-200mm f/3.5-6.3 OS"), 50);
     QVERIFY(Matcher().Match({ProfileOf(Text("E 18-200mm F3.5-6.3 OSS"))}, facts).path.isEmpty());
 }
@@ -288,7 +288,7 @@ void tst_ProfileMatch::sameCameras()
     } rows[] = {
         {"NIKON CORPORATION", "NIKON D70", "Nikon", "D70", true},
         {"SAMSUNG", "SAMSUNG-SM-N900A", "samsung", "SM-N900A", true},
-        {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without its maker
+        {"", "EOS 60D", "Canon", "Canon EOS 60D", true}, // typed without the maker
         {"Canon", "Canonet", "Canon", "et", false},
         {"Canon", "Canon", "Canon", "", false},
         {"Nikon", "D70", "Pentax", "D70", false},

@@ -36,7 +36,7 @@ struct ModifierDeleter {
     void operator()(lfModifier *modifier) const { modifier->Destroy(); }
 };
 
-/// Returns a camera for the lens, with a frame as large as the calibrated one or smaller.
+/// Returns a camera for the lens with a frame no larger than the calibrated one, or null.
 const lfCamera *CameraFor(const lfDatabase &database, const lfLens &lens)
 {
     for (const lfCamera *const *camera = database.GetCameras(); *camera; ++camera)
@@ -77,7 +77,7 @@ void Compare(const lfLens &lens, const lfCamera &camera, double focal, double ap
     for (const double x : {0.0, 700.0, 2999.5, 5999.0})
         for (const double y : {0.0, 1300.0, 3999.0}) {
             const SourcePlaces ours = twin.At(x, y);
-            if (twin.IsEmpty(ours)) // maps end where the picture does
+            if (twin.IsEmpty(ours)) // our maps end at the picture's edges
                 continue;
             float theirs[6] = {float(x), float(y), float(x), float(y), float(x), float(y)};
             if (does & (LF_MODIFY_TCA | LF_MODIFY_DISTORTION))
@@ -90,7 +90,7 @@ void Compare(const lfLens &lens, const lfCamera &camera, double focal, double ap
             float light[3] = {1.0F, 1.0F, 1.0F};
             if (!(does & LF_MODIFY_VIGNETTING))
                 continue;
-            // The loss of light depends on the position on the sensor, that is, green's.
+            // Vignetting depends on the position on the sensor, which is that of green.
             modifier->ApplyColorModification(light, float(ours.green.x), float(ours.green.y), 1, 1,
                                              LF_CR_3(RED, GREEN, BLUE), 3 * sizeof(float));
             if (light[0] > 1.0F && light[0] < 16.0F)
@@ -111,9 +111,9 @@ int main(int argc, char **argv)
         return 1;
     QVector<const lfLens *> lenses;
     for (const lfLens *const *lens = database.GetLenses(); *lens; ++lens)
-        if ((*lens)->Type == LF_RECTILINEAR && (*lens)->CalibDistortion) // projections of fisheyes differ by choice
+        if ((*lens)->Type == LF_RECTILINEAR && (*lens)->CalibDistortion) // fisheye projections differ by design
             lenses.append(*lens);
-    // A lens that was measured on two sensors is found with the better one, which need not be this one.
+    // For a lens measured on two sensors, our lookup returns the better measurement, which need not be this one.
     const auto isRepeated = [all = lenses](const lfLens *lens) {
         return std::count_if(all.begin(), all.end(),
                              [lens](const lfLens *other) { return qstrcmp(lens->Model, other->Model) == 0; })

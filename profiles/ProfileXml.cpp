@@ -8,9 +8,6 @@
 
 namespace {
 
-constexpr char kRdf[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
-constexpr char kCamera[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
-
 /// Elements that contain values and aren't values themselves.
 constexpr const char *kModels[] = {
     "PerspectiveModel",        "FisheyeModel",  "ChromaticGreenModel",         "ChromaticRedGreenModel",
@@ -39,7 +36,7 @@ public:
                 profiles = kMaxXmlDepth + 1;
             if (!m_xml.isStartElement())
                 continue;
-            if (m_depth > profiles && Is(kRdf, "li"))
+            if (m_depth > profiles && Is(kRdfNamespace, "li"))
                 ReadEntry();
             else if (m_xml.name() == QLatin1String("CameraProfiles"))
                 profiles = std::min(profiles, m_depth);
@@ -96,7 +93,7 @@ private:
     void ReadNode(ProfileNode &node)
     {
         for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
-            if (attribute.namespaceUri() == QLatin1String(kCamera))
+            if (attribute.namespaceUri() == QLatin1String(kCameraNamespace))
                 node.fields.push_back({attribute.name().toString(), attribute.value().toString().trimmed(), m_line});
         }
         while (Next() && !m_xml.isEndElement()) {
@@ -108,9 +105,9 @@ private:
     void ReadChild(ProfileNode &node)
     {
         const QStringRef name = m_xml.name();
-        if (Is(kRdf, "Description")) {
+        if (Is(kRdfNamespace, "Description")) {
             ReadNode(node);
-        } else if (m_xml.namespaceUri() != QLatin1String(kCamera)) {
+        } else if (m_xml.namespaceUri() != QLatin1String(kCameraNamespace)) {
             SkipElement();
         } else if (IsOneOf(kModels, name)) {
             node.models.emplace_back();
@@ -132,7 +129,7 @@ private:
         QStringList &list = node.lists.back().second;
         const int outside = m_depth - 1;
         while (m_depth > outside && Next()) {
-            if (m_xml.isStartElement() && Is(kRdf, "li"))
+            if (m_xml.isStartElement() && Is(kRdfNamespace, "li"))
                 list.append(Text());
         }
     }

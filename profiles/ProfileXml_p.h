@@ -9,6 +9,10 @@
 #include <utility>
 #include <vector>
 
+/// Namespaces of the profile's own names, and of the RDF elements around them.
+constexpr char kCameraNamespace[] = "http://ns.adobe.com/photoshop/1.0/camera-profile";
+constexpr char kRdfNamespace[] = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
+
 /// A trimmed value with its local name, for example "FocalLength".
 struct ProfileField {
     QString name, value;

@@ -1,14 +1,13 @@
 #include "ProfileHead.h"
 #include "InputLimits.h"
+#include "ProfileXml_p.h"
+#include "Rational_p.h"
 
 #include <QRegularExpression>
 #include <QVector>
 #include <QXmlStreamReader>
 
 namespace {
-
-constexpr const char *kCamera = "http://ns.adobe.com/photoshop/1.0/camera-profile";
-constexpr const char *kRdf = "http://www.w3.org/1999/02/22-rdf-syntax-ns#";
 
 void AddOnce(const QString &text, QStringList *list)
 {
@@ -17,14 +16,10 @@ void AddOnce(const QString &text, QStringList *list)
         list->append(clean);
 }
 
-/// Parses "24/10" or "2.4"; 0 for "0/0" and for other text.
-double Rational(const QString &text)
+/// Returns 0 for "0/0" and for other text.
+double NumberOrZero(const QString &text)
 {
-    const int slash = text.indexOf(QLatin1Char('/'));
-    if (slash < 0)
-        return text.toDouble();
-    const double below = text.midRef(slash + 1).toDouble();
-    return below != 0.0 ? text.leftRef(slash).toDouble() / below : 0.0;
+    return ParseRational(text).value_or(0.0);
 }
 
 void SetLensInfo(const QString &text, ProfileHead *head)
@@ -32,10 +27,10 @@ void SetLensInfo(const QString &text, ProfileHead *head)
     const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     if (parts.size() != 4)
         return;
-    head->minFocalMm = Rational(parts[0]);
-    head->maxFocalMm = Rational(parts[1]);
-    head->minAperture = Rational(parts[2]);
-    head->maxAperture = Rational(parts[3]);
+    head->minFocalMm = NumberOrZero(parts[0]);
+    head->maxFocalMm = NumberOrZero(parts[1]);
+    head->minAperture = NumberOrZero(parts[2]);
+    head->maxAperture = NumberOrZero(parts[3]);
 }
 
 /// Reader of the first entry. Fields are attributes or element texts; those of models are ignored.
@@ -82,7 +77,7 @@ private:
         m_path.append(m_xml.name().toString());
         m_text.clear();
         m_tooDeep = m_done = m_path.size() > kMaxHeadDepth;
-        const bool isItem = m_xml.name() == QLatin1String("li") && m_xml.namespaceUri() == QLatin1String(kRdf);
+        const bool isItem = m_xml.name() == QLatin1String("li") && m_xml.namespaceUri() == QLatin1String(kRdfNamespace);
         if (m_entryDepth < 0) {
             if (!isItem || !m_path.contains(QStringLiteral("CameraProfiles")))
                 return;
@@ -90,7 +85,7 @@ private:
         }
         const QXmlStreamAttributes attributes = m_xml.attributes();
         for (const QXmlStreamAttribute &attribute : attributes)
-            if (attribute.namespaceUri() == QLatin1String(kCamera))
+            if (attribute.namespaceUri() == QLatin1String(kCameraNamespace))
                 Take(attribute.name().toString(), attribute.value().toString());
     }
 
@@ -103,7 +98,7 @@ private:
             return;
         if (field == QLatin1String("li"))
             TakeAlternate(m_text);
-        else if (m_xml.namespaceUri() == QLatin1String(kCamera))
+        else if (m_xml.namespaceUri() == QLatin1String(kCameraNamespace))
             Take(field, m_text);
         m_text.clear();
     }
@@ -133,11 +128,11 @@ private:
         else if (field == QLatin1String("LensInfo"))
             SetLensInfo(value, m_head);
         else if (field == QLatin1String("ImageWidth"))
-            m_head->width = Rational(value);
+            m_head->width = NumberOrZero(value);
         else if (field == QLatin1String("ImageLength"))
-            m_head->height = Rational(value);
+            m_head->height = NumberOrZero(value);
         else if (field == QLatin1String("SensorFormatFactor"))
-            m_head->sensorFormatFactor = Rational(value);
+            m_head->sensorFormatFactor = NumberOrZero(value);
         else if (field == QLatin1String("CameraRawProfile"))
             m_head->raw = value == QLatin1String("1") || value.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0;
     }

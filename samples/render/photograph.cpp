@@ -1,6 +1,5 @@
 #include "photograph.h"
 
-#include <csetjmp>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>

@@ -1,4 +1,5 @@
-// Reads arbitrary bytes as a block of EXIF into both lists, analyzes those, and copies the block to an edited picture.
+// Reads arbitrary bytes as an EXIF block into both kinds of list, analyzes them, and copies the block to an edited
+// picture.
 #include "ImageDef.h"
 #include "KException.h"
 #include "KImage.h"

@@ -35,7 +35,7 @@ struct ProgramName {
 
 /// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
 /// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Construct it in
-/// main. GUI thread, unless noted.
+/// main. Use it on the GUI thread unless noted otherwise.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
@@ -59,7 +59,7 @@ public:
     /// are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
-    /// Returns null: this host shares no interface kernel.
+    /// Returns null: this host has no UI kernel to share.
     KUIInstances *UIInstances() override { return nullptr; }
 
     /// Returns the same as ImageDefOf. The image cache or this object owns the image. Any thread.
@@ -95,7 +95,7 @@ private:
     struct Picture {
         QPointer<ImageDef> image;
         QString problem;
-        std::shared_ptr<ImageDef> own; // of a file that isn't a picture, or that the kernel refuses; else null
+        std::shared_ptr<ImageDef> own; // for a file that isn't a picture or that the kernel refuses; otherwise null
     };
 
     Picture Describe(const QString &fileName);

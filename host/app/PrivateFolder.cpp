@@ -43,7 +43,7 @@ bool IsUnlinked(int file)
     return fstat(file, &status) == 0 && status.st_nlink == 0;
 }
 
-/// Removes a folder whose owner is dead. A folder without a lock file is only removed if it is empty: its owner may be
+/// Removes a folder whose owner, a process, has ended. A folder without a lock file is only removed if it is empty: its owner may be
 /// about to create that file, and will use another folder if this one is removed.
 void RemoveIfAbandoned(const QString &path)
 {
@@ -65,7 +65,7 @@ void RemoveIfAbandoned(const QString &path)
     close(lock);
 }
 
-/// Removes folders of dead owners, once per parent and process because folders of pictures may be large.
+/// Removes folders of ended processes, only once per parent and process, because folders of pictures may be large.
 void RemoveAbandoned(const QString &parent)
 {
     static std::mutex mutex;

@@ -72,7 +72,7 @@ install(PROGRAMS packaging/file-managers/nautilus-script DESTINATION share/doc/v
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vitrelux)
 set(CPACK_PACKAGE_CONTACT "The Vitrelux authors <authors@vitrelux.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lens correction by profile, as a program and a Qt plug-in")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "profile-based lens correction, as a program and a Qt plug-in")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Vitrelux removes distortion, color fringes and dark corners from photographs.
 It uses lens correction profiles (.lcp) or lensfun's database, from the command

@@ -19,7 +19,7 @@ struct FittedRequest {
     FitOptions fit;         // the options again, for the program's own fits: Plan, and near misses
 };
 
-/// Corrects the pictures of a run. Any thread may call it, each with a separate process object.
+/// Corrector for the pictures of a run. Any thread may call it, each with a separate process object.
 class FittedCorrection {
     Q_DECLARE_TR_FUNCTIONS(FittedCorrection)
 public:

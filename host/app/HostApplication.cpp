@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Redirects standard output to standard error while it exists.
+/// Scope in which standard output is redirected to standard error.
 class OutputAside {
 public:
     OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))

@@ -90,7 +90,8 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     });
 }
 
-/// @param byGreen  uses green's model, if any, like a fit that corrects color.
+/// Returns the curves of an entry.
+/// @param byGreen  whether to use green's model, if any, like a fit that corrects color.
 ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool byGreen)
 {
     ProfileCurves curves;

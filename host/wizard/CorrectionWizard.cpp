@@ -17,8 +17,8 @@ enum PageId { kPicturesPage, kPluginPage, kRunPage };
 
 const QLatin1String kGeometrySetting("Wizard/Geometry");
 
-/// Returns the window width at which @p text fits the two lines that QWizard reserves below a page's title; it cuts off
-/// the rest.
+/// Returns the window width at which @p text fits the two lines that QWizard reserves below a page's title; otherwise
+/// QWizard would cut it off.
 int WidthOfSubTitle(const QString &text)
 {
     constexpr int kBesidePx = 150; // the logo and the margins
@@ -58,7 +58,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, const std::vect
         setPage(kPluginPage, m_pluginPage);
     setPage(kRunPage, m_run);
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
-    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables buttons
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables its buttons
 
     int width = 0;
     for (const int id : pageIds())

@@ -168,7 +168,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes[std::size_t(index)] = outcome;
-    // The estimate uses only corrected pictures. Those that fail at once or are kept would make it too short.
+    // The estimate uses only corrected pictures, because those that fail immediately or are kept would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
         m_pixelsDone += picture.pixels;
@@ -227,7 +227,7 @@ void RunPage::SetRunning(bool running)
     Q_EMIT RunningChanged();
 }
 
-/// Estimates from the pixels done so far; shows nothing before the first picture is finished.
+/// Estimates the time left from the pixels corrected so far; shows nothing before the first picture is corrected.
 void RunPage::ShowTimeLeft()
 {
     if (m_cancelled || m_pixelsDone == 0)

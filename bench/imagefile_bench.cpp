@@ -189,7 +189,8 @@ void BM_DescribeJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_DescribeJpeg)->Arg(1200)->Arg(kWidth)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
-/// Returns the size of the file that libtiff writes with deflate, at the level and with the predictor that the layer uses.
+/// Returns the size of the file that libtiff writes with deflate, at the level and with the predictor that the layer
+/// uses.
 std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 {
     TIFF *tiff = TIFFOpen(path.c_str(), "w");

@@ -9,8 +9,8 @@
 
 #include <utility>
 
-/// Function that converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate run
-/// in the L1 cache: no conversion passes over memory twice or allocates.
+/// Function that converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate
+/// run in the L1 cache: no conversion passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Rows and columns of the tables below.

@@ -68,7 +68,8 @@ void SwitchAnalyticsOff()
 
 void StartKernels()
 {
-    const OutputAside aside; // the tool kernel prints messages about processors to standard output, which is for results
+    // The tool kernel prints messages about processors to standard output, which is for results.
+    const OutputAside aside;
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
@@ -119,8 +120,8 @@ QString SettingPath(const QString &uid, const QString &key)
 QtMessageHandler g_otherMessages;
 
 /// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
-/// cron and sudo; nothing here uses that folder. Only the first messages are printed, because a damaged file may cause one
-/// per line.
+/// cron and sudo; nothing here uses that folder. Only the first messages are printed, because a damaged file may cause
+/// one per line.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMaxMessages = 20;

@@ -10,8 +10,8 @@
 #include <thread>
 
 /// Signal handler: while it exists, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end
-/// the program in the usual way, so that a shell sees the reason. A signal that was ignored at startup stays ignored. Create it before
-/// any other thread, because threads inherit the signal mask that it sets. One object at a time.
+/// the program in the usual way, so that a shell sees the reason. A signal that was ignored at startup stays ignored.
+/// Create it before any other thread, because threads inherit the signal mask that it sets. One object at a time.
 ///
 /// SIGPIPE goes to the thread that wrote, which has it blocked and only sees EPIPE: that thread must send the signal to
 /// the process.

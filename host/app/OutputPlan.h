@@ -54,6 +54,6 @@ QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
 /// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files named
-/// a.jpg with one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base
-/// name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
+/// a.jpg with one output folder, the first one gets it, even if it fails. An output that differs from the picture in
+/// its base name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

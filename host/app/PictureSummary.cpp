@@ -158,8 +158,8 @@ void AddLens(const ImageDef &image, PictureSummary *facts)
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-/// Adds the focal length from the file's EXIF: that in ShootingInformation is not reliable if the ratio to 35 mm film is
-/// unknown.
+/// Adds the focal length from the file's EXIF: that in ShootingInformation is not reliable if the ratio to 35 mm film
+/// is unknown.
 void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;

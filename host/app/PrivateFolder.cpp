@@ -43,8 +43,8 @@ bool IsUnlinked(int file)
     return fstat(file, &status) == 0 && status.st_nlink == 0;
 }
 
-/// Removes a folder whose owner, a process, has ended. A folder without a lock file is only removed if it is empty: its owner may be
-/// about to create that file, and will use another folder if this one is removed.
+/// Removes a folder whose owner, a process, has ended. A folder without a lock file is only removed if it is empty: its
+/// owner may be about to create that file, and will use another folder if this one is removed.
 void RemoveIfAbandoned(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);

@@ -61,8 +61,8 @@ QString FormatOf(const QCommandLineParser &parser)
     return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
 }
 
-/// Reads the options that name outputs, and adds the suffix of the format. Results of earlier runs are recognized by the default
-/// or chosen ending, with the suffix of any format, unless a pattern was given.
+/// Reads the options that name outputs, and adds the suffix of the format. Results of earlier runs are recognized by
+/// the default or chosen ending, with the suffix of any format, unless a pattern was given.
 void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
 {
     if (parser.isSet(QStringLiteral("output-name"))) {

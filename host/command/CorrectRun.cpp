@@ -109,7 +109,7 @@ void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
     if (!ConflictOf(planned).isEmpty())
         return;
     CorrectAndReport(process, number);
-    if (!planned.repeated) // the first run of the same file may still need it
+    if (!planned.repeated) // the same file, listed earlier, may still be in progress
         m_application->Forget(planned.picture);
 }
 

@@ -60,7 +60,7 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     return pictures;
 }
 
-/// While it exists, Cancel() interrupts the calling thread.
+/// Scope in which Cancel() interrupts the calling thread.
 class CorrectionJob::Interruptible {
 public:
     explicit Interruptible(CorrectionJob *job) : m_job(job)

@@ -35,9 +35,9 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
 /// Result for one picture.
 enum class PictureOutcome { Corrected, Kept, DoneBefore, Failed, LeftOut };
 
-/// Thread that corrects pictures, several at a time; a failure is reported, and the job continues with the next picture.
-/// Create, start, cancel and delete it on the GUI thread, where its signals arrive queued. Deleting it cancels the job
-/// and waits.
+/// Thread that corrects pictures, several at a time; a failure is reported, and the job continues with the next
+/// picture. Create, start, cancel and delete it on the GUI thread, where its signals arrive queued. Deleting it cancels
+/// the job and waits.
 class CorrectionJob : public QThread {
     Q_OBJECT
 public:

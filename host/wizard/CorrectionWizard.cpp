@@ -128,7 +128,7 @@ void CorrectionWizard::RunningChanged()
 
 void CorrectionWizard::reject()
 {
-    if (m_run->IsRunning() && !m_run->IsCancelled()) {
+    if (m_run->IsRunning() && !m_run->IsCanceled()) {
         m_run->Cancel();
         return;
     }

@@ -12,8 +12,8 @@ class PicturesPage;
 class RunPage;
 
 /// Window that calls the process in the order that its interface requires: the page, the files, the end of the page,
-/// then one run per file. If the process has no page, pictures are corrected with its stored settings. The window's size is stored.
-/// GUI thread.
+/// then one run per file. If the process has no page, pictures are corrected with its stored settings. The window's
+/// size is stored. GUI thread.
 class CorrectionWizard : public QWizard {
     Q_OBJECT
 public:

@@ -30,8 +30,8 @@ inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t b
 /// copy of the block's first half to its second, which moves the same number of bytes. Both use the same memory,
 /// because its address affects times by up to 15 %. The operation's source must remain valid after the copy.
 ///
-/// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation over the shortest of
-/// the copy, because other load on the machine affects these least.
+/// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation divided by that of
+/// the copy, because other load on the machine affects the shortest times least.
 template <typename Operation>
 void MeasureAgainstCopy(benchmark::State &state, std::int64_t pixels, std::vector<unsigned char> &block,
                         Operation operation)

@@ -18,8 +18,8 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &i
         + ">" + inside + "</s:" + name + ">\n";
 }
 
-/// Returns a profile with an entry per focal length, distance (3) and aperture (4), all five models, and values as
-/// attributes.
+/// Returns a profile in attribute form. Each combination of @p focals, 3 distances and 4 apertures has an entry with
+/// all five models.
 QByteArray ProfileText(bool isFisheye, const QByteArray &names = "s:Make='Maker' s:Model='BODY'",
                        const std::vector<double> &focals = {24.0, 28.0, 35.0, 45.0, 55.0, 70.0})
 {

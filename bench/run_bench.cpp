@@ -1,8 +1,8 @@
 // Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
-// "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float
-// picture, compressing on two threads with the same library, writing and syncing the compressed bytes. Each step is
-// timed alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
+// "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float picture,
+// compressing on two threads with the same library, writing and syncing the compressed bytes. Each step is timed
+// alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 
@@ -297,7 +297,7 @@ public:
 
 private:
     const Job &m_job;
-    KImage m_result;                     // uncorrected, in the form of the file
+    KImage m_result;                     // uncorrected, in the pixel format of the file
     std::vector<unsigned char> m_floats; // two float pictures
 };
 

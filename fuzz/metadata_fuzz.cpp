@@ -33,7 +33,7 @@ void Carry(const QString &source, const char *format)
         KImage::WriteRows(rows, folder.filePath(QStringLiteral("edited")), form, source,
                           {{QStringLiteral("Xmp.crs.AlreadyApplied"), QStringLiteral("True")}});
     } catch (const KException &) {
-        Require(false); // damaged metadata is left out
+        Require(false); // must not fail, because damaged metadata is left out
     }
 }
 

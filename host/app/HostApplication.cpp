@@ -103,7 +103,7 @@ QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// Returns the problem of the settings files, which are then ignored; empty if there is none.
+/// Returns the problem with the settings files, which are then ignored; empty if there is none.
 QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);

@@ -33,9 +33,9 @@ struct ProgramName {
     int argc = 1;
 };
 
-/// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
-/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Construct it in
-/// main. Use it on the GUI thread unless noted otherwise.
+/// Application object that starts the image kernel and shares it with plug-ins, which must therefore be unloaded before
+/// it is destroyed. Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY".
+/// Construct it in main. Use it on the GUI thread unless noted otherwise.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
@@ -70,7 +70,7 @@ public:
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
-    /// Uses @p image as the description of @p fileName (absolute) until it is set to null.
+    /// Uses @p image as the description of @p fileName (absolute) until called again with null.
     void UseInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
     /// Sets the function that adapts all settings read by plug-ins, stored or default; null: none. Returns the previous

@@ -45,7 +45,7 @@ RunResult Publish(const WorkFolder &folder, const QString &result, const Planned
     throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(planned.output, qt_error_string(EEXIST)), KPlace());
 }
 
-/// Gives @p result the time at which @p picture was last changed.
+/// Copies the access and modification times of @p picture to @p result.
 void CopyTime(const QString &picture, const QString &result)
 {
     struct stat status;

@@ -55,13 +55,13 @@ public:
     /// Returns whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be "0".
     bool IsGpsNumber(quint32 tag) const
     {
-        constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
+        constexpr std::size_t kDenominatorAt = 4, kFractionSize = 8; // bytes
         for (const GFL_EXIF_ENTRYEX *entry = m_values ? m_values->Root : nullptr; entry; entry = entry->Next) {
-            quint32 under = 0;
-            if (entry->Block != GFL_EXIF_GPS || entry->Tag != tag || entry->Length < kFraction)
+            quint32 denominator = 0;
+            if (entry->Block != GFL_EXIF_GPS || entry->Tag != tag || entry->Length < kFractionSize)
                 continue;
-            std::memcpy(&under, entry->Data + kUnder, sizeof under);
-            return under != 0;
+            std::memcpy(&denominator, entry->Data + kDenominatorAt, sizeof denominator);
+            return denominator != 0;
         }
         return false;
     }

@@ -34,7 +34,7 @@ QByteArray FollowLinks(QByteArray path)
     return path;
 }
 
-/// @return 0, or -1 with errno set.
+/// Sets a file's permissions and flushes it to disk. @return 0, or -1 with errno set.
 int GiveModeAndSync(const char *file, mode_t mode)
 {
     const int descriptor = open(file, O_RDONLY | O_CLOEXEC);

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Checks pictures before the run, with texts for the user.
+/// Check of pictures before the run, with texts for the user.
 class JobCheck {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:

@@ -21,7 +21,7 @@ const QLatin1String kGeometrySetting("Wizard/Geometry");
 /// QWizard would cut it off.
 int WidthOfSubTitle(const QString &text)
 {
-    constexpr int kBesidePx = 150; // the logo and the margins
+    constexpr int kLogoAndMarginsPx = 150;
     QLabel label;
     label.setWordWrap(true);
     label.setText(QStringLiteral("\n"));
@@ -30,7 +30,7 @@ int WidthOfSubTitle(const QString &text)
     int width = 400;
     while (label.heightForWidth(width) > twoLines)
         width += 10;
-    return width + kBesidePx;
+    return width + kLogoAndMarginsPx;
 }
 
 } // namespace

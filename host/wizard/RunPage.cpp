@@ -168,7 +168,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes[std::size_t(index)] = outcome;
-    // The estimate uses only corrected pictures: others take almost no time and would make it too short.
+    // The estimate uses only corrected pictures: others usually take no time and would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
         m_pixelsDone += picture.pixels;

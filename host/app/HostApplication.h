@@ -62,7 +62,8 @@ public:
     /// Returns null: this host has no UI kernel to share.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    /// Returns the same as ImageDefOf. The image cache or this object owns the image. Any thread.
+    /// Returns the same as ImageDefOf, but ignores UseInstead. The image cache or this object owns the image. Any
+    /// thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Returns whether the file is a gray picture, with or without alpha. Any thread.
     bool IsGray(const QString &fileName);

@@ -10,7 +10,7 @@
 
 #include <time.h>
 
-/// Returns the CPU time of the calling thread in seconds, which excludes waiting for a busy processor.
+/// Returns the CPU time of the calling thread in seconds, which excludes time spent waiting for a processor.
 inline double ThreadSeconds()
 {
     timespec time = {};
@@ -21,17 +21,17 @@ inline double ThreadSeconds()
 /// Copies row by row, like picture code: a single memcpy of this size would bypass the caches.
 inline void CopyRows(unsigned char *dst, const unsigned char *src, std::size_t bytes)
 {
-    constexpr std::size_t kRowBytes = 6000 * 16; // of 24 megapixels of float RGBA
+    constexpr std::size_t kRowBytes = 6000 * 16; // one row of a 24-megapixel float RGBA image
     for (std::size_t i = 0; i < bytes; i += kRowBytes)
         std::memcpy(dst + i, src + i, std::min(kRowBytes, bytes - i));
 }
 
 /// Runs @p operation, which reads one part of @p block and writes the rest on the calling thread, alternating with a
 /// copy of the block's first half to its second, which moves the same number of bytes. Both use the same memory,
-/// because its address changes times by up to 15 %. The copy must leave a valid source for the operation.
+/// because its address affects times by up to 15 %. The operation's source must remain valid after the copy.
 ///
-/// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation over the shortest of
-/// the copy, because other load on the machine affects these least.
+/// Reports megapixels per second over all runs and, as "ratio", the shortest time of the operation divided by that of
+/// the copy, because other load on the machine affects the shortest times least.
 template <typename Operation>
 void MeasureAgainstCopy(benchmark::State &state, std::int64_t pixels, std::vector<unsigned char> &block,
                         Operation operation)

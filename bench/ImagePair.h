@@ -1,4 +1,4 @@
-// The images for benchmarks: 24 megapixels of noise, and a target.
+// Images for benchmarks: a source with 24 megapixels of noise, and a target.
 #pragma once
 
 #include "KImage.h"
@@ -19,7 +19,7 @@ struct PixelForm {
     std::int64_t BytesPerPixel() const { return (type == GFL_GREY ? 1 : type == GFL_RGB ? 3 : 4) * bits / 8; }
 };
 
-/// A source full of noise and a target that share one block.
+/// A source filled with noise and a target that share one block of memory.
 class ImagePair {
 public:
     ImagePair(PixelForm from, PixelForm to, int targetWidth, int targetHeight)

@@ -19,7 +19,7 @@ inline std::int64_t ProcessNumber(const char *name, const char *label)
     return 0;
 }
 
-/// Returns the peak of resident bytes during @p step minus those before it.
+/// Returns the peak resident memory during @p step, in bytes, minus that before it.
 template <typename Step> std::int64_t PeakBytes(Step step)
 {
     malloc_trim(0); // freed blocks would hide the step's memory

@@ -6,10 +6,10 @@
 #include <cmath>
 #include <cstdint>
 
-/// Returns noise of the lattice point (x, y) of an octave, 0 to 1.
+/// Returns the noise at lattice point (x, y) of an octave, 0 to 1.
 inline float LatticeNoise(std::uint32_t x, std::uint32_t y, std::uint32_t octave)
 {
-    std::uint32_t h = x * 0x9E3779B1u ^ y * 0x85EBCA77u ^ octave * 0xC2B2AE3Du; // odd constants of xxHash
+    std::uint32_t h = x * 0x9E3779B1u ^ y * 0x85EBCA77u ^ octave * 0xC2B2AE3Du; // primes from xxHash
     h = (h ^ (h >> 15)) * 0x2C1B3C6Du;
     h = (h ^ (h >> 12)) * 0x297A2D39u;
     return static_cast<float>((h ^ (h >> 15)) >> 8) * 0x1p-24F;
@@ -31,8 +31,8 @@ inline float SmoothNoise(int x, int y, std::uint32_t octave)
     return above * (1 - fy) + below * fy;
 }
 
-/// Returns a brightness from 0 to 1: noise octaves whose weight falls with frequency, as in nature; edges where the
-/// coarsest ones cross a threshold; and sensor noise.
+/// Returns a brightness from 0 to 1: noise octaves whose weight falls with frequency, as in nature; edges where
+/// coarse noise crosses a threshold; and sensor noise.
 inline float PhotographAt(int x, int y)
 {
     float value = 0.0F, weight = 0.30F;
@@ -58,7 +58,7 @@ template <typename Sample> void FillPhotograph(KImage *image, float white)
     }
 }
 
-/// Returns an RGB picture of about @p megapixels, 8 or 16 bits, 3 : 2 or, if @p upright, 2 : 3.
+/// Allocates and fills an RGB picture of about @p megapixels, 8 or 16 bits, 3 : 2 or, if @p upright, 2 : 3.
 inline void MakePhotograph(KImage *image, double megapixels, int bits = 8, bool upright = false)
 {
     const int shortSide = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 / 1.5))),

@@ -14,10 +14,10 @@ namespace {
 constexpr int kWidth = 6000, kHeight = 4000;
 constexpr double kMiB = 1 << 20;
 
-/// JPEGs of 24 megapixels under many names: one file and links to it.
+/// 24-megapixel JPEGs under many names: one file and links to it.
 class Photos {
 public:
-    /// @p metadataSource provides EXIF and ICC profile; empty: none.
+    /// @p metadataSource is the file that provides EXIF and ICC profile; empty for none.
     explicit Photos(const QString &metadataSource)
     {
         KImage photo(kWidth, kHeight, GFL_RGB, 8, /*clear=*/false, nullptr, 0);
@@ -41,7 +41,7 @@ private:
     QTemporaryDir m_dir;
 };
 
-/// best_ms: processor time per picture; target: at most 3 ms without thumbnail.
+/// best_ms: CPU time per picture; target: at most 3 ms without thumbnail.
 void BM_Describe(benchmark::State &state, bool withThumbnail)
 {
     Photos photos(QStringLiteral(VITRELUX_SAMPLE));
@@ -85,7 +85,7 @@ void BM_LockInMemory(benchmark::State &state)
 BENCHMARK(BM_LockInMemory)->Unit(benchmark::kMicrosecond);
 
 /// ratio: time to make a 1,024-pixel version from the full one in memory, divided by that of resizing alone. bytes:
-/// read from files, including the system file that reports this number.
+/// bytes read from files, including /proc/self/io, which reports this number.
 void BM_SmallerVersion(benchmark::State &state)
 {
     Photos photos{QString()};
@@ -105,7 +105,7 @@ void BM_SmallerVersion(benchmark::State &state)
         bestResize = std::min(bestResize, ThreadSeconds() - locked);
         bestLock = std::min(bestLock, locked - start);
         bytes = ProcessNumber("io", "rchar:") - before;
-        image->Unlock(width++, 683, true); // the next is another version
+        image->Unlock(width++, 683, true); // the next iteration locks a different version
     }
     state.counters["ratio"] = bestLock / bestResize;
     state.counters["bytes"] = static_cast<double>(bytes);

@@ -131,8 +131,8 @@ double WallSeconds()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// Times @p operation and @p other alternately with @p clock; "ratio" is the first's shortest time divided by that of
-/// the second.
+/// Times @p operation and @p other alternately with @p clock; "ratio" is the shortest time of the
+/// first divided by that of the second.
 template <typename Operation, typename Other>
 void Compare(benchmark::State &state, double (*clock)(), Operation operation, Other other)
 {
@@ -189,7 +189,8 @@ void BM_DescribeJpeg(benchmark::State &state)
 }
 BENCHMARK(BM_DescribeJpeg)->Arg(1200)->Arg(kWidth)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
-/// Returns the size of the file that libtiff's deflate makes with the layer's level and predictor.
+/// Returns the size of the file that libtiff writes with deflate, at the level and with the predictor that the layer
+/// uses.
 std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
 {
     TIFF *tiff = TIFFOpen(path.c_str(), "w");
@@ -212,9 +213,9 @@ std::uintmax_t SizeByLibrary(const GFL_BITMAP &photo, const std::string &path)
     return std::filesystem::file_size(path);
 }
 
-/// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: same for CPU
-/// time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size over that of
-/// libtiff's file. extra: additional memory as a multiple of the picture.
+/// ratio: time on two threads divided by that on one, which needs two idle processors; processor_ratio: the same for
+/// CPU time; calling_thread: the share of CPU time on the calling thread, which writes. size: file size divided by that
+/// of libtiff's file. extra: additional memory as a multiple of the picture; read_extra_MiB: the same for reading it.
 void BM_WriteTiffDeflate(benchmark::State &state, int bits)
 {
     const BitmapPtr photo = Photo(kWidth, kHeight, GFL_RGBA, bits);

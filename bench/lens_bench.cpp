@@ -46,7 +46,7 @@ newLCP Profile(int modelKind)
     return lcp;
 }
 
-/// A source full of noise and a target that share one block.
+/// A source filled with noise and a target that share one block of memory.
 struct ImagePair {
     explicit ImagePair(FloatWarp::Frame frame) : block(static_cast<std::size_t>(kPixels) * 32)
     {
@@ -115,7 +115,7 @@ RadialMap Map(double centerX, double centerY, double scale, double k1, double k2
     return map;
 }
 
-/// Returns the lens of Profile().
+/// Returns the fitted correction for the lens of Profile().
 Correction FittedLens(Corrections switches)
 {
     Correction correction;

@@ -1,4 +1,4 @@
-// Writes a picture with photographic texture: make_photograph MEGAPIXELS FILE, in the format that FILE's suffix names.
+// Writes a picture with photographic texture: make_photograph MEGAPIXELS FILE, in the format given by FILE's suffix.
 // The same size always gives the same pixels.
 #include "Photograph.h"
 

@@ -18,7 +18,8 @@ QByteArray Model(const char *name, const QByteArray &values, const QByteArray &i
         + ">" + inside + "</s:" + name + ">\n";
 }
 
-/// Returns a profile of several focal lengths x 3 distances x 4 apertures with all five models, as attributes.
+/// Returns a profile in attribute form. Each combination of @p focals, 3 distances and 4 apertures has an entry with
+/// all five models.
 QByteArray ProfileText(bool isFisheye, const QByteArray &names = "s:Make='Maker' s:Model='BODY'",
                        const std::vector<double> &focals = {24.0, 28.0, 35.0, 45.0, 55.0, 70.0})
 {
@@ -77,7 +78,7 @@ void BM_Fit(benchmark::State &state, bool isFisheye, bool isOtherBody)
     }
 }
 
-/// Writes a collection of 4,000 profiles: 20 bodies by 4 makers, each with 200 lenses.
+/// Writes a collection of 4,000 profiles: 20 bodies from 4 makers, each with 200 lenses.
 bool WriteCollection(const QString &folder)
 {
     const char *const makers[] = {"Canon", "NIKON CORPORATION", "SONY", "PENTAX"};

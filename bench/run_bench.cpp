@@ -1,8 +1,8 @@
 // Whole runs of the program, from process start to end, writing deflate TIFF with all three corrections.
 //
-// "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float
-// picture, packing with the same compressor on two threads, writing and syncing those bytes. Each is timed alternately
-// with the run; the shortest time of all rounds is used. Memory is the peak of the process.
+// "ratio" is relative to the unavoidable work: decoding the file on one thread, one copy of the float picture,
+// compressing on two threads with the same library, writing and syncing the compressed bytes. Each step is timed
+// alternately with the run; the shortest time of all rounds is used. Memory is the peak of the process.
 #include "CopyRatio.h"
 #include "Photograph.h"
 
@@ -42,7 +42,7 @@ double Now()
     qFatal("run_bench: %s", qPrintable(why));
 }
 
-/// A kind of run.
+/// Kind of run: the picture and how it is sampled.
 struct Kind {
     const char *name;
     int bits; // 8: a JPEG; 16: an uncompressed TIFF
@@ -103,7 +103,7 @@ struct Run {
 /// Starts runs from a small process, because the peak of a child process includes the memory of its parent at the fork.
 class Starter {
 public:
-    /// Call it before this process uses much memory.
+    /// Forks, so call it before this process uses much memory.
     Starter();
     Run Correct(const Job &job);
 
@@ -201,7 +201,7 @@ void DecodeTiff(const Job &job)
 
 using Bytes = std::vector<unsigned char>;
 
-/// Packs the first @p bytes of @p strip, as fitted pictures are packed, and returns the packed size.
+/// Compresses the first @p bytes of @p strip, as for fitted pictures, and returns the compressed size.
 std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     thread_local Bytes buffer(ISAL_DEF_LVL1_DEFAULT);
@@ -221,7 +221,7 @@ std::size_t PackByIsaL(const Bytes &strip, std::size_t bytes, Bytes *packed)
     return stream.total_out;
 }
 
-/// Same, packed like plain pictures.
+/// Same, as for plain pictures.
 std::size_t PackByLibdeflate(const Bytes &strip, std::size_t bytes, Bytes *packed)
 {
     constexpr int kLevel = 1;
@@ -239,7 +239,7 @@ template <typename Sample> void Differences(const unsigned char *from, unsigned 
         dst[i] = static_cast<Sample>(src[i] - src[i - channels]);
 }
 
-/// Appends every other strip from @p first on, with the differences of neighbors, to @p packed.
+/// Compresses every other strip from number @p first on, after horizontal prediction, and appends it to @p packed.
 void DeflateStrips(const KImage &image, bool plain, int first, Bytes *packed)
 {
     constexpr int kThreads = 2, kStripRows = 16;
@@ -259,6 +259,7 @@ void DeflateStrips(const KImage &image, bool plain, int first, Bytes *packed)
     }
 }
 
+/// Times the unavoidable work.
 class Floor {
 public:
     explicit Floor(const Job &job) : m_job(job), m_floats(static_cast<std::size_t>(job.PixelCount()) * 32, 1)
@@ -296,7 +297,7 @@ public:
 
 private:
     const Job &m_job;
-    KImage m_result;                     // uncorrected, in the form of the file
+    KImage m_result;                     // uncorrected, in the pixel format of the file
     std::vector<unsigned char> m_floats; // two float pictures
 };
 
@@ -327,7 +328,8 @@ void BM_Run(benchmark::State &state, int kind, double megapixels)
     state.counters["peak_MiB"] = peakBytes / (1 << 20);
     state.counters["bytes/pixel_over_80MiB"] = std::max(0.0, peakBytes - 80.0 * (1 << 20)) / pixels;
 }
-/// Registers all kinds at 24 megapixels, and plain and sharp runs also at sizes that show how they scale.
+
+/// Registers all kinds at 24 megapixels, and plain and sharp runs also at 1 and 100, to show how they scale.
 void RegisterRuns()
 {
     for (int kind = 0; kind < static_cast<int>(std::size(kKinds)); ++kind)

@@ -69,7 +69,7 @@ std::vector<double> RenderByKernel(const std::vector<double> &grey, const Correc
 struct Sampling {
     const char *name, *color;
     GreyRenderer render;
-    std::vector<SamplingQuality> waves; // of kFrequencies
+    std::vector<SamplingQuality> waves; // one per frequency in kFrequencies
 };
 
 const double kFrequencies[] = {0.05, 0.1, 0.15, 0.2, 0.25, 0.3, 0.35, 0.4, 0.45};

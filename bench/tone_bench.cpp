@@ -32,14 +32,14 @@ BENCHMARK(BM_Gaussian)
 void BM_HistogramAuto(benchmark::State &state, PixelForm form)
 {
     ImagePair images(form, form, kWidth, kHeight);
-    for (unsigned char &byte : images.block) // a range that has to be stretched
+    for (unsigned char &byte : images.block) // so that there is a range to stretch
         byte = static_cast<unsigned char>(20 + byte / 2);
     MeasureAgainstCopy(state, kPixels, images.block, [&] { images.source.HistogramAuto(images.target); });
 }
 BENCHMARK_CAPTURE(BM_HistogramAuto, 8uRgb, kRgb8)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_HistogramAuto, 8uRgba, kRgba8)->UseManualTime()->Unit(benchmark::kMillisecond);
 
-/// "off" is the largest error of center and radius in percent of the smaller side.
+/// "off" is the largest error of center or radius as a percentage of the shorter side.
 void BM_CircleFit(benchmark::State &state)
 {
     const FisheyeFrame frame(kWidth, kHeight, static_cast<unsigned>(state.range(0)));

@@ -62,7 +62,7 @@ BENCHMARK(SendEvent)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
-    QTemporaryDir folder; // not the user's folders
+    QTemporaryDir folder; // used instead of the user's folders
     qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.path()));
     QCoreApplication application(argc, argv);

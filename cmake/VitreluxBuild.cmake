@@ -1,4 +1,4 @@
-# Compiler options for all targets of the project, and three functions to declare one.
+# Compiler options for all targets of the project, and functions that declare layers and tests.
 include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 17)
@@ -23,8 +23,8 @@ if(VITRELUX_SANITIZE)
     endif()
 endif()
 
-# Bit-identical results on every CPU: no fused multiply-add, which compilers use if the CPU has it. Some functions
-# are compiled for CPUs that do.
+# Bit-identical results on every CPU: no fused multiply-add, which compilers would otherwise use in functions compiled for
+# CPUs that have it.
 add_compile_options(-ffp-contract=off)
 
 if(VITRELUX_SCALAR)
@@ -32,10 +32,10 @@ if(VITRELUX_SCALAR)
 endif()
 
 if(VITRELUX_FUZZ)
-    add_compile_options(-fsanitize=fuzzer-no-link) # lets the fuzzers see which branches of the kernels they reach
+    add_compile_options(-fsanitize=fuzzer-no-link) # coverage feedback from the kernels for the fuzzers
 endif()
 
-# Warnings, and the Qt defines that keep text and signals explicit.
+# Sets warnings, and Qt defines that forbid implicit string conversions and the keywords "signals" and "slots".
 function(vitrelux_compile_rules target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wconversion
         -Wno-deprecated-declarations)  # deprecated parts of Qt, such as qrand, are used on purpose
@@ -62,8 +62,8 @@ endfunction()
 set(VITRELUX_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp;ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1;LC_ALL=C.UTF-8;XDG_DATA_HOME=${CMAKE_BINARY_DIR}/tests/home/data;XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/tests/home/config")
 
-# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks those
-# for the thread sanitizer: several std::threads and no Qt locks, which it doesn't support.
+# vitrelux_test(name SOURCES ... LINKS ... [THREADS]): one QtTest program, run without a display. THREADS marks
+# programs to run under the thread sanitizer: those with several std::threads and no Qt locks, which it doesn't support.
 add_custom_target(thread_tests)
 function(vitrelux_test name)
     cmake_parse_arguments(arg "THREADS" "TIMEOUT" "SOURCES;LINKS" ${ARGN})

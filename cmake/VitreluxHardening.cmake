@@ -1,6 +1,6 @@
-# Compiler and linker options that make memory errors end the program at once. They aren't set with
-# sanitizers, which find the same errors earlier, nor in Debug: _FORTIFY_SOURCE needs an optimizing build. Options in
-# CXXFLAGS and LDFLAGS, such as those of dpkg-buildflags, take precedence.
+# Compiler and linker options that make the program abort on memory errors. They aren't set with sanitizers, which find the
+# same errors earlier, or in Debug builds, because _FORTIFY_SOURCE needs optimization. Options in CXXFLAGS and LDFLAGS, such
+# as those of dpkg-buildflags, take precedence.
 include(CheckCXXCompilerFlag)
 include(CheckCXXSourceCompiles)
 include(CheckLinkerFlag)

@@ -72,11 +72,11 @@ install(PROGRAMS packaging/file-managers/nautilus-script DESTINATION share/doc/v
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vitrelux)
 set(CPACK_PACKAGE_CONTACT "The Vitrelux authors <authors@vitrelux.example>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "lens correction by profile, as a program and a Qt plug-in")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "profile-based lens correction, as a program and a Qt plug-in")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Vitrelux removes distortion, color fringes and dark corners from photographs.
 It uses lens correction profiles (.lcp) or lensfun's database, from the command
-line, in a window with a preview, or as a plug-in of photo applications.")
+line, in a window with a preview, or as a plug-in for photo applications.")
 set(CPACK_DEBIAN_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -85,14 +85,14 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5sql5-sqlite, liblensfun-data-v1") # used at run time, not linked
-# For the file dialog in the user's language and for notifications.
+# For a translated file dialog and for notifications.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qttranslations5-l10n, libnotify-bin")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_STRIP_FILES ON)
 
-# What Debian expects in the documentation folder: license, and compressed change logs of program and package.
+# Files that Debian requires in the documentation folder: license, and compressed change logs of program and package.
 file(READ LICENSE license)
 file(READ packaging/copyright-notes license_notes)
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/doc/copyright" CONTENT "${license}${license_notes}" @ONLY)

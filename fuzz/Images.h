@@ -1,10 +1,10 @@
-// Small images of any form.
+// Small images of any type and depth.
 #pragma once
 
 #include "KImage.h"
 #include "Target.h"
 
-/// Allocates an image of zeros, up to 12 x 12 pixels, sometimes of a depth that no operation supports.
+/// Returns a zero-filled image of up to 12 x 12 pixels, sometimes with a depth that no operation supports.
 inline KImage AnyImage(Input &input)
 {
     const unsigned short types[] = {GFL_GREY, GFL_RGB, GFL_RGBA};

@@ -18,7 +18,7 @@ QByteArray Bare()
     return jpeg;
 }
 
-/// Returns a marker segment APP1.
+/// Returns an APP1 marker segment; nothing for an empty block.
 QByteArray Segment(const QByteArray &mark, const QByteArray &block)
 {
     if (block.isEmpty())

@@ -25,7 +25,7 @@ void CorrectBy(newLCP &lcp)
     }
 }
 
-/// Checks invariants of every fit, for any profile.
+/// Checks the invariants that hold for every fit.
 void Check(const FitResult &fit, const LensProfile &profile)
 {
     Require(fit.zoom >= 0.5 && fit.zoom <= 2.0 && fit.fieldShare >= 0.0 && fit.fieldShare <= 1.0);
@@ -48,7 +48,7 @@ void Check(const FitResult &fit, const LensProfile &profile)
     }
 }
 
-/// Renders the correction of a picture that is wider than the units of the sharp sampling.
+/// Renders the correction of a picture that is wider than the units of sharp sampling.
 void RenderSharp(const FitResult &fit, bool isFloat)
 {
     const Correction &correction = fit.correction;

@@ -10,7 +10,7 @@ void StartKernel()
     static const bool started = [] {
         qInstallMessageHandler(
             [](QtMsgType, const QMessageLogContext &, const QString &) {}); // messages about damaged input
-        qputenv("XDG_DATA_HOME", "/dev/null"); // otherwise all programs would share one event file
+        qputenv("XDG_DATA_HOME", "/dev/null"); // otherwise all fuzzers would share one event file
         KImage::init(nullptr);
         return true;
     }();

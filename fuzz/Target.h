@@ -40,10 +40,10 @@ inline void Require(bool condition)
         __builtin_trap();
 }
 
-/// Starts the image module on the first call.
+/// Starts the image kernel on the first call.
 void StartKernel();
 
-/// Reads an input value by value; returns zeros after its end.
+/// Reader of an input, value by value; returns zeros after its end.
 class Input {
 public:
     Input(const std::uint8_t *data, std::size_t size) : m_data(data), m_left(size) { }

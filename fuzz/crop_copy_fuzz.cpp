@@ -1,11 +1,11 @@
-// Copies any rectangle between small images of any form. Nothing outside the rectangle may change.
+// Copies arbitrary rectangles between small images of any type and depth. Nothing outside the rectangle may change.
 #include "Images.h"
 
 #include <algorithm>
 
 namespace {
 
-/// Returns a number near the size of the images, or an arbitrary number.
+/// Returns a number in or near the range of the images' coordinates, or an arbitrary number.
 int AnyPlace(Input &input)
 {
     return input.Below(8) == 0 ? input.Next<std::int32_t>() : input.Below(16) - 2;
@@ -26,7 +26,7 @@ bool IsUnchanged(const KImage &image, int x, int y)
     return std::all_of(pixel, pixel + image.m_bitmap->BytesPerPixel, [](unsigned char byte) { return byte == 0; });
 }
 
-/// Fills the pixels with bytes of the input, so that all kinds of floats occur.
+/// Fills the pixels with bytes from the input, so that all kinds of floats occur.
 void Fill(Input &input, KImage &image)
 {
     const QByteArray bytes = input.Bytes(64);

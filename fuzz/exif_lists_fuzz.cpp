@@ -1,4 +1,4 @@
-// Analyzes lists of EXIF as a host might pass them: any tags, texts and lengths.
+// Analyzes EXIF lists as a host might pass them: any tags, texts and lengths.
 #include "ImageDef.h"
 #include "Target.h"
 
@@ -17,7 +17,7 @@ quint16 AnyTag(Input &input)
     return number < kCount ? kTags[number] : input.Next<quint16>();
 }
 
-/// Both lists, with one entry per line of the input.
+/// Both kinds of EXIF list, with one entry per line of the input.
 struct Lists {
     explicit Lists(Input &input)
     {

@@ -1,4 +1,5 @@
-// Reads arbitrary bytes as a block of EXIF into both lists, analyzes those, and copies the block to an edited picture.
+// Reads arbitrary bytes as an EXIF block into both kinds of list, analyzes them, and copies the block to an edited
+// picture.
 #include "ImageDef.h"
 #include "KException.h"
 #include "KImage.h"
@@ -32,7 +33,7 @@ void Carry(const QString &source, const char *format)
         KImage::WriteRows(rows, folder.filePath(QStringLiteral("edited")), form, source,
                           {{QStringLiteral("Xmp.crs.AlreadyApplied"), QStringLiteral("True")}});
     } catch (const KException &) {
-        Require(false); // damaged metadata is left out
+        Require(false); // must not fail, because damaged metadata is left out
     }
 }
 

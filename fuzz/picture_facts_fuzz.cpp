@@ -1,4 +1,4 @@
-// Reads the facts of a picture from arbitrary EXIF, maker notes included, and XMP.
+// Reads the facts of a picture from arbitrary EXIF, including maker notes, and XMP.
 #include "FitOptions.h"
 #include "MadeJpeg.h"
 #include "PictureFacts.h"
@@ -9,7 +9,7 @@
 FUZZ_TARGET(picture_facts)
 {
     Input input(data, size);
-    const bool hasXmp = size > 8 && data[size - 1] == 'x'; // otherwise the input is a block as cameras write it
+    const bool hasXmp = size > 8 && data[size - 1] == 'x'; // otherwise the whole input is an EXIF block
     const std::size_t exifSize = hasXmp ? input.Next<quint16>() : size;
     const QByteArray exif = input.Bytes(exifSize);
     const MemoryFile file(MadeJpeg(exif, input.Rest().chopped(hasXmp ? 1 : 0)));

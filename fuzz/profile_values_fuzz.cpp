@@ -1,4 +1,4 @@
-// Corrects with profiles of valid XML in every form, with values that are plausible, extreme, missing or not numbers.
+// Applies profiles in every valid XML form, with values that are plausible, extreme, missing or not numbers.
 #include "ProfileUses.h"
 #include "SpelledProfile.h"
 #include "Target.h"
@@ -9,7 +9,7 @@ const char *const kWild[] = {"0",    "-0",   "-1",     "1e-38", "1e38", "-1e38",
                              "-inf", "1/0",  "0/0",    "1/-3",  "0x10", "1,5",   "4294967296", "",      "true",
                              "16",   "1e-9", "1e-300", " 2 ",   "--1",  "+.5e1", "9999999999", "10000", "2147483648"};
 
-/// Returns a value near @p usual, any float, or a nonsensical text.
+/// Returns a value near @p usual, an arbitrary float, or a value from kWild.
 QByteArray AnyValue(Input &input, double usual)
 {
     const int kind = input.Below(6);

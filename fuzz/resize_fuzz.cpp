@@ -1,4 +1,4 @@
-// Resizes small images of any form to any size.
+// Resizes small images of any type and depth to any size.
 #include "Images.h"
 
 namespace {

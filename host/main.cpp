@@ -130,7 +130,7 @@ int main(int argc, char **argv)
 {
     // File names are UTF-8 in any locale: under the "C" locale of a cron job Qt would lose all non-ASCII letters.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    // Exceeding a file size limit is then an error for one picture and doesn't end the program.
+    // Makes exceeding a file size limit an error for one picture instead of ending the program.
     std::signal(SIGXFSZ, SIG_IGN);
     // A library may end the program, as libgomp does if it has no memory for its threads. At a normal exit there is no
     // folder to remove.

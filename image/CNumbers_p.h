@@ -23,7 +23,7 @@ private:
     locale_t m_before;
 };
 
-/// Returns @p number, or @p otherwise for an infinity or NaN.
+/// Returns @p number, or @p otherwise if it is infinite or NaN.
 template <typename Number> Number FiniteOr(Number number, Number otherwise)
 {
     return std::isfinite(number) ? number : otherwise;

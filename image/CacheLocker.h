@@ -1,4 +1,4 @@
-// Holds a mutex of the image cache for a scope.
+// Scoped lock of a mutex of the image cache.
 #pragma once
 
 #include <QMutex>
@@ -9,7 +9,7 @@
 #include <sanitizer/tsan_interface.h>
 #endif
 
-/// Like QMutexLocker; also informs the thread sanitizer, which doesn't see how threads wait inside Qt.
+/// Lock like QMutexLocker that also informs the thread sanitizer, which doesn't see how threads wait inside Qt.
 class CacheLocker {
 public:
     explicit CacheLocker(QMutex &mutex) : m_mutex(mutex)

@@ -1,4 +1,4 @@
-// The camera table, with sensor sizes.
+// Table of cameras with their sensor sizes.
 #pragma once
 
 #include <QMutex>

@@ -9,8 +9,8 @@
 
 #include <utility>
 
-/// Converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate run in the
-/// first-level cache: no conversion passes over memory twice or allocates.
+/// Function that converts a run of pixels to another form. Two-step conversions go run by run, with the intermediate
+/// run in the L1 cache: no conversion passes over memory twice or allocates.
 using RunStep = void (*)(const void *src, void *dst, int pixels);
 
 /// Rows and columns of the tables below.
@@ -32,7 +32,7 @@ constexpr Depth DepthOf(int bitsPerComponent)
     return bitsPerComponent == 8 ? kDepth8u : bitsPerComponent == 16 ? kDepth16u : kDepth32f;
 }
 
-/// Uses the channel count rather than the type, which also covers forms with other channel orders.
+/// Returns the layout for a channel count, which, unlike the image's type, also covers other channel orders.
 constexpr Layout LayoutOf(int channels)
 {
     return channels == 1 ? kGrey : channels == 3 ? kRgb : kRgba;
@@ -145,7 +145,8 @@ inline const AlphaException *FindAlphaException(Form from, Form to)
     return nullptr;
 }
 
-/// Converts runs from one form to another: with no step for the same form, one step, or two with a run in between.
+/// Conversion of runs from one form to another: no step for the same form, otherwise one step, or two with a run in
+/// between.
 class Conversion {
 public:
     Conversion(Form from, Form to)

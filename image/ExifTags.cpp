@@ -124,22 +124,22 @@ constexpr TagRow kTags[] = {
     {42016, "Unique image ID"},
 };
 
-/// Returns the quotient of two numbers; 0 if one of them is 0.
-template <typename Number> float Quotient(Number over, Number under)
+/// Returns the quotient; 0 if either number is 0.
+template <typename Number> float Quotient(Number numerator, Number denominator)
 {
-    return over != 0 && under != 0 ? static_cast<float>(over) / static_cast<float>(under) : 0.0F;
+    return numerator != 0 && denominator != 0 ? static_cast<float>(numerator) / static_cast<float>(denominator) : 0.0F;
 }
 
 float ParseFraction(const char *text)
 {
-    long long over = 0, under = 0;
-    std::sscanf(text, "%18lld/%18lld", &over, &under); // 18 digits: cannot overflow
-    const float quotient = Quotient(over, under);
+    long long numerator = 0, denominator = 0;
+    std::sscanf(text, "%18lld/%18lld", &numerator, &denominator); // 18 digits: cannot overflow
+    const float quotient = Quotient(numerator, denominator);
     if (quotient != 0)
         return quotient;
-    float decimalOver = 0.0F, decimalUnder = 0.0F;
-    std::sscanf(text, "%f/%f", &decimalOver, &decimalUnder);
-    return Quotient(decimalOver, decimalUnder);
+    float decimalNumerator = 0.0F, decimalDenominator = 0.0F;
+    std::sscanf(text, "%f/%f", &decimalNumerator, &decimalDenominator);
+    return Quotient(decimalNumerator, decimalDenominator);
 }
 
 float ParseDecimal(const char *text)

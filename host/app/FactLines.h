@@ -1,4 +1,4 @@
-// The facts used by a fit, as text.
+// Facts used by a fit, as text.
 #pragma once
 
 #include <QString>

@@ -7,7 +7,7 @@
 /// and doesn't mark a Qt resource.
 QString AbsolutePath(const QString &name);
 
-/// Returns the path of @p name, without slashes, in @p folder.
+/// Returns the path of @p name, which contains no slash, in @p folder.
 QString Joined(const QString &folder, const QString &name);
 
 /// Returns whether @p name is relative and the current folder has been deleted: the absolute path would then be in the

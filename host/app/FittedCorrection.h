@@ -16,10 +16,10 @@ QStringList NamesInRecord(const Corrections &corrections);
 struct FittedRequest {
     QDomElement parameters; // XML form of the record, with the options as further attributes
     Corrections required;   // the picture fails without them, unless they were already made; usually none
-    FitOptions fit;         // the options again, for the fits of the program itself: Plan, and near misses
+    FitOptions fit;         // the options again, for the program's own fits: Plan, and near misses
 };
 
-/// Corrects the pictures of a run. Any thread may call it, each with a separate process object.
+/// Corrector for the pictures of a run. Any thread may call it, each with a separate process object.
 class FittedCorrection {
     Q_DECLARE_TR_FUNCTIONS(FittedCorrection)
 public:
@@ -43,7 +43,7 @@ public:
         QString ProfileLine(const QString &shown) const;
     };
 
-    /// @param folders  searched by the plug-in.
+    /// @param folders  the folders that the plug-in searches.
     FittedCorrection(const QStringList &folders, HostApplication *application, InterruptGuard *guard);
 
     /// Corrects the picture like RunPicture. Throws KException with the reason, one line without the picture's name,
@@ -51,7 +51,7 @@ public:
     Result Run(KIPluginOne2One *process, const PlannedPicture &planned, const FittedRequest &request,
                const OutputRules &rules);
 
-    /// Decides what Run would do, and throws like Run if that is a failure; writes nothing.
+    /// Returns what Run would do, and throws if Run would fail. Writes nothing.
     Result Plan(const PlannedPicture &planned, const FittedRequest &request);
 
 private:
@@ -70,5 +70,5 @@ private:
     HostApplication *m_application;
     InterruptGuard *m_guard;
     std::mutex m_mutex;     // guards the plug-in's XML document, which all its elements share
-    PictureFitter m_fitter; // finds what the record doesn't report about a picture without a profile
+    PictureFitter m_fitter; // for Plan, and for near misses, which records lack
 };

@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Redirects standard output to standard error while it exists.
+/// Scope in which standard output is redirected to standard error.
 class OutputAside {
 public:
     OutputAside() : m_output((std::fflush(stdout), dup(STDOUT_FILENO)))
@@ -68,7 +68,8 @@ void SwitchAnalyticsOff()
 
 void StartKernels()
 {
-    const OutputAside aside; // the tool kernel prints remarks about processors to standard output, which is for results
+    // The tool kernel prints messages about processors to standard output, which is for results.
+    const OutputAside aside;
     SwitchAnalyticsOff();
     KImage::init(nullptr);
 }
@@ -102,7 +103,7 @@ QString HintAt(const RefusalReason &reason, AcceptedPictures accepted)
 const QLatin1String kOrganization("Brelt");
 const QLatin1String kApplication("vitrelux");
 
-/// Returns the problem of the settings files, which are then ignored; empty if there is none.
+/// Returns the problem with the settings files, which are then ignored; empty if there is none.
 QString CheckSettings()
 {
     const QString problem = SettingsProblem(kOrganization, kApplication);
@@ -119,8 +120,8 @@ QString SettingPath(const QString &uid, const QString &key)
 QtMessageHandler g_otherMessages;
 
 /// Filters Qt's messages. At each start Qt warns if the runtime folder is missing or belongs to another user, as under
-/// cron and sudo; nothing here uses that folder. Of repeated messages, such as one per damaged line of a file, only the
-/// first ones are printed.
+/// cron and sudo; nothing here uses that folder. Only the first messages are printed, because a damaged file may cause
+/// one per line.
 void LeaveOutIdleWarnings(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     constexpr int kMaxMessages = 20;
@@ -186,7 +187,7 @@ HostApplication::HostApplication(int &argc, char **argv)
       m_settingsProblem(CheckSettings()),
       m_settings(QSettings::IniFormat, QSettings::UserScope, kOrganization, kApplication)
 {
-    std::setlocale(LC_MESSAGES, "C"); // system error texts are in English too until windows are translated
+    std::setlocale(LC_MESSAGES, "C"); // keeps system error texts in English until windows are translated
     setOrganizationName(kOrganization);
     setApplicationName(kApplication);
     setApplicationVersion(QStringLiteral(VITRELUX_VERSION));

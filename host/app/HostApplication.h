@@ -33,9 +33,9 @@ struct ProgramName {
     int argc = 1;
 };
 
-/// Starts the image kernel and shares it with plug-ins, so plug-ins must be unloaded before this object is destroyed.
-/// Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY". Construct it in
-/// main. GUI thread, unless noted.
+/// Application object that starts the image kernel and shares it with plug-ins, which must therefore be unloaded before
+/// it is destroyed. Settings are stored per user ("Brelt", "vitrelux"), those of plug-ins under "Plugins/UID/KEY".
+/// Construct it in main. Use it on the GUI thread unless noted otherwise.
 class HostApplication : public QApplication, public KIApplication {
     Q_OBJECT
     Q_INTERFACES(KIApplication)
@@ -59,10 +59,11 @@ public:
     /// are identified by absolute name.
     KIImageDef *ImageDefOf(QString fileName) override;
     KImageInstances *ImageInstances() override;
-    /// Returns null: this host shares no interface kernel.
+    /// Returns null: this host has no UI kernel to share.
     KUIInstances *UIInstances() override { return nullptr; }
 
-    /// Returns the same as ImageDefOf. The image cache or this object owns the image. Any thread.
+    /// Returns the same as ImageDefOf, but ignores UseInstead. The image cache or this object owns the image. Any
+    /// thread.
     ImageDef *ImageOf(const QString &fileName) { return Describe(fileName).image; }
     /// Returns whether the file is a gray picture, with or without alpha. Any thread.
     bool IsGray(const QString &fileName);
@@ -70,7 +71,7 @@ public:
     QString ProblemOf(const QString &fileName) { return Describe(fileName).problem; }
     /// Deletes all descriptions and their pixels; pointers handed out become invalid.
     void ForgetImages();
-    /// Uses @p image as the description of @p fileName (absolute) until it is set to null.
+    /// Uses @p image as the description of @p fileName (absolute) until called again with null.
     void UseInstead(const QString &fileName, KIImageDef *image);
     using SettingAdapter = std::function<QVariant(const QString &key, const QVariant &value)>;
     /// Sets the function that adapts all settings read by plug-ins, stored or default; null: none. Returns the previous
@@ -95,7 +96,7 @@ private:
     struct Picture {
         QPointer<ImageDef> image;
         QString problem;
-        std::shared_ptr<ImageDef> own; // of a file that isn't a picture, or that the kernel refuses; else null
+        std::shared_ptr<ImageDef> own; // for a file that isn't a picture or that the kernel refuses; otherwise null
     };
 
     Picture Describe(const QString &fileName);

@@ -87,7 +87,7 @@ void InterruptGuard::FinishOnInterrupt(std::function<void()> onInterrupt)
     m_onInterrupt = std::move(onInterrupt);
 }
 
-/// @return whether this SIGINT is the first one, which must not end the program.
+/// Calls the callback for the first SIGINT. @return whether this is the first one, which must not end the program.
 bool InterruptGuard::TakeFirstInterrupt()
 {
     const std::lock_guard<std::mutex> lock(m_onInterruptMutex);

@@ -9,9 +9,9 @@
 #include <mutex>
 #include <thread>
 
-/// While it exists, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end the program in
-/// the usual way, so that a shell sees the reason. A signal that was ignored at startup stays ignored. Create it before
-/// any other thread, because threads inherit the signal mask that it sets. One object at a time.
+/// Signal handler: while it exists, SIGINT, SIGTERM, SIGHUP and SIGPIPE first remove the protected folders and then end
+/// the program in the usual way, so that a shell sees the reason. A signal that was ignored at startup stays ignored.
+/// Create it before any other thread, because threads inherit the signal mask that it sets. One object at a time.
 ///
 /// SIGPIPE goes to the thread that wrote, which has it blocked and only sees EPIPE: that thread must send the signal to
 /// the process.
@@ -31,8 +31,8 @@ public:
     /// Calls @p start with the signal mask from before the guard: a program started by it inherits the mask, and one
     /// that blocks SIGTERM would outlive its session.
     void StartProgram(const std::function<void()> &start);
-    /// Makes the first SIGINT only call @p onInterrupt, on the guard's thread, and IsAskedToStop() return true, so that
-    /// work in progress can finish; the second SIGINT ends the program. Call it before other threads start.
+    /// Makes the first SIGINT only call @p onInterrupt, on the guard's thread, and set IsAskedToStop(), so that work in
+    /// progress can finish. The second SIGINT ends the program. Call it before other threads start.
     void FinishOnInterrupt(std::function<void()> onInterrupt);
     bool IsAskedToStop() const { return m_askedToStop; }
     /// Ends the program with SIGINT, as if FinishOnInterrupt() had not been called, so that a shell's loop ends too.

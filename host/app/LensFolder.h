@@ -6,8 +6,8 @@
 #include <QString>
 
 /// Profiles are stored as FOLDER/BRAND/FILE.lcp. The plug-in joins folder and brand with a backslash on every platform,
-/// so on systems other than Windows it looks for a folder named "FOLDER\BRAND". This is a folder of links in which both
-/// names lead to the profiles.
+/// so on systems other than Windows it looks for a folder named "FOLDER\BRAND". This class creates a folder of links in
+/// which both names lead to the profiles.
 class LensFolder {
 public:
     /// @param folder  the user's folder; if it doesn't exist, the folder of links is empty.

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Returns the bytes per pixel that a decoder holds besides its result.
+/// Returns the bytes per pixel that a decoder holds in addition to its result.
 qint64 DecoderBytes(const QString &fileName, qint64 stored)
 {
     constexpr qint64 kCoefficients = 3 * 2; // of a progressive JPEG, at full color resolution
@@ -26,7 +26,7 @@ qint64 BytesToCorrect(const ImageDef &image, Corrector corrector)
 {
     constexpr qint64 kProgramBytes = qint64(80) << 20;
     constexpr qint64 kFloatPixel = 4 * 4;
-    constexpr qint64 kWindow = kFloatPixel / 4; // a band of 64 rows needs a fifth of all rows if lines bend extremely
+    constexpr qint64 kWindow = kFloatPixel / 4; // with extreme distortion, a band of 64 rows needs a fifth of all rows
     const qint64 stored = qint64(image.nBands()) * image.nDepth() / 8;
     const qint64 decoder = DecoderBytes(image.FileName(), stored);
     const bool isStoredRgb = image.nBands() == 3 && image.nDepth() <= 16;

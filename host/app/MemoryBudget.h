@@ -11,11 +11,11 @@ class QDomElement;
 
 enum class Corrector {
     Plain,         ///< reads a copy of the picture, converted to floats as a whole if the lens has extreme distortion
-    Fitted,        ///< reads the picture itself, as stored if it has RGB of 8 or 16 bits
+    Fitted,        ///< reads the picture itself, as stored if it is 8- or 16-bit RGB
     FittedByFloats ///< reads the picture itself; each thread has a window of rows as floats
 };
 
-/// Returns the bytes needed to correct a picture, an upper bound for all but the strangest files. In MiB, at 24
+/// Returns the bytes needed to correct a picture, an upper bound for all but very unusual files. In MiB, at 24
 /// megapixels with three corrections on two threads:
 ///
 /// | corrector      | file                             | measured | returned |

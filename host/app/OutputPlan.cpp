@@ -159,18 +159,18 @@ QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffix
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming)
 {
     QVector<PlannedPicture> plan;
-    QHash<QString, int> takers; // by output: index of the first picture that has it
+    QHash<QString, int> firstByOutput; // indices of the pictures
     for (const NamedPicture &named : pictures) {
         PlannedPicture planned = PlanOne(named, naming);
         const QString key =
             CanonicalName(planned.outputFolder) + QLatin1Char('/') + QFileInfo(planned.output).fileName();
-        const auto taker = takers.constFind(key);
-        if (taker != takers.constEnd()) {
-            const PlannedPicture &first = plan.at(*taker);
+        const auto found = firstByOutput.constFind(key);
+        if (found != firstByOutput.constEnd()) {
+            const PlannedPicture &first = plan.at(*found);
             planned.rival = first.asNamed;
             planned.repeated = CanonicalName(first.picture) == CanonicalName(planned.picture);
         } else {
-            takers.insert(key, plan.size());
+            firstByOutput.insert(key, plan.size());
         }
         plan.append(planned);
     }

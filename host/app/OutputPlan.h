@@ -1,4 +1,4 @@
-// The output file of each picture, decided before anything is written.
+// Plan of the output files, made before anything is written.
 #pragma once
 
 #include "PictureFiles.h"
@@ -7,10 +7,10 @@
 #include <QStringList>
 #include <QVector>
 
-/// The action for a picture whose output file already exists.
+/// Action for a picture whose output file already exists.
 enum class ExistingOutput { Refuse, Overwrite, Skip };
 
-/// How outputs are written.
+/// Rules for writing outputs.
 struct OutputRules {
     ExistingOutput existing = ExistingOutput::Refuse;
     bool keepTime = false; // outputs get the file time of their picture
@@ -27,13 +27,13 @@ struct PlannedPicture {
     QString lost;          // the picture of the run, as named, that the output would replace; empty: none
 };
 
-/// The folder and the names of outputs.
+/// Folder and names of outputs.
 struct OutputNaming {
     QString folder; // empty: the folder of each picture. The subfolders of a walked folder are mirrored in it
     /// {name}: the picture's name without its last suffix; {ext}: that suffix; {folder}: its folder's name. The default
     /// is the plug-in's own name for its output.
     QString pattern = QStringLiteral("{name}_corrected.tiff");
-    QString ending{}; // appended as it is, even with braces
+    QString ending{}; // appended unchanged, even with braces
 };
 
 /// Returns the output formats, as values of a record's attribute "Format"; the first one is the default.
@@ -42,10 +42,10 @@ QStringList OutputFormats();
 /// Returns the file suffixes of a format without the dot, the default one first; empty if the format is unknown.
 QStringList SuffixesOfFormat(const QString &format);
 
-/// Returns what is appended to the picture's name: @p ending, by default the plug-in's, and the format's suffix.
+/// Returns the text appended to a picture's name: @p ending, by default the plug-in's, and the format's suffix.
 QString OutputEnding(const QString &format, const QString &ending = QStringLiteral("_corrected"));
 
-/// Returns these endings for all formats, to recognize results of earlier runs.
+/// Returns the output endings of all formats, to recognize results of earlier runs.
 QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 
 /// Returns what is wrong with a pattern and ending typed by the user; empty if they are valid. They must give each
@@ -53,7 +53,7 @@ QStringList OutputEndings(const QString &ending = QStringLiteral("_corrected"));
 /// case.
 QString FaultOfOutputNames(const OutputNaming &naming, const QStringList &suffixes);
 
-/// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files a.jpg
-/// with one output folder, the first one gets it, even if it fails. An output that differs from the picture in its base
-/// name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
+/// Plans the outputs. If two pictures have the same output, such as a.jpg and a.png in one folder, or two files named
+/// a.jpg with one output folder, the first one gets it, even if it fails. An output that differs from the picture in
+/// its base name, such as a_corrected.tiff, may replace another picture of the run: that is usually an earlier result.
 QVector<PlannedPicture> PlanOutputs(const QVector<NamedPicture> &pictures, const OutputNaming &naming);

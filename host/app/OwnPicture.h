@@ -12,6 +12,7 @@ enum class AcceptedPictures {
     Converted // CMYK and Lab, whose pixels the image-file layer delivers as sRGB
 };
 
-/// Returns the description of a picture that the kernel refused for @p reason; null if it isn't of an accepted kind. It
-/// provides pixels only at full size and native depth, without the image cache; one thread at a time.
+/// Returns the description of a picture that the kernel refused for @p reason; null if its kind isn't accepted or its
+/// header cannot be read. The description provides pixels only at full size and native depth, without the image cache,
+/// to one thread at a time.
 std::shared_ptr<ImageDef> DescribeRefused(const QString &path, const RefusalReason &reason, AcceptedPictures accepted);

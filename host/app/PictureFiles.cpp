@@ -94,7 +94,7 @@ private:
     PictureFiles *m_found;
 };
 
-/// Reads a list, or slightly more than kMaxListBytes of it, in pieces, because a pipe has no size.
+/// Reads a list, or slightly more than kMaxListBytes of it, in pieces, because the size of a pipe is unknown.
 QByteArray ReadUpToLimit(QFile *file)
 {
     constexpr qint64 kPieceBytes = qint64(1) << 20;

@@ -14,10 +14,10 @@ struct NamedPicture {
 /// Returns the patterns of file names of all known formats: "*.tif" and so on.
 QStringList PictureNamePatterns();
 
-/// Returns pictures that are named individually.
+/// Returns one picture per name, each named individually.
 QVector<NamedPicture> Named(const QStringList &names);
 
-/// The user's request.
+/// Sources of a run's pictures, as requested by the user.
 struct PictureSources {
     QStringList named; // pictures and, if recursive, folders
     bool recursive = false;

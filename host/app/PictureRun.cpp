@@ -45,7 +45,7 @@ RunResult Publish(const WorkFolder &folder, const QString &result, const Planned
     throw KException(WorkFolder::tr("cannot write \"%1\": %2").arg(planned.output, qt_error_string(EEXIST)), KPlace());
 }
 
-/// Gives @p result the time at which @p picture was last changed.
+/// Copies the access and modification times of @p picture to @p result.
 void CopyTime(const QString &picture, const QString &result)
 {
     struct stat status;
@@ -57,7 +57,7 @@ void CopyTime(const QString &picture, const QString &result)
     throw KException(WorkFolder::tr("cannot set the file time: %1").arg(qt_error_string(errno)), KPlace());
 }
 
-/// Runs the process in @p folder. @return the output's path. Error texts contain the user's file names.
+/// Runs the process in @p folder. @return the output's path. Error messages contain the user's file names.
 QString Process(KIPluginOne2One *process, const ParameterRecord &record, const PlannedPicture &planned,
                 const WorkFolder &folder, const QString &admitted)
 {
@@ -119,7 +119,7 @@ RunResult RunPicture(HostApplication *application, KIPluginOne2One *process, con
     WorkFolder folder(replaces ? QFileInfo(target.Path()).path() : planned.outputFolder, guard);
     const QString admitted = folder.Admit(planned.picture);
     const QString result = [&] {
-        const auto forget = qScopeGuard([&] { // this name is not used again; and frees memory while the disk works
+        const auto forget = qScopeGuard([&] { // this name is not used again; frees memory while the disk works
             try {
                 application->Forget(admitted);
             } catch (const std::bad_alloc &) { // the description stays until the program ends

@@ -53,9 +53,9 @@ bool IsThere(const QString &path);
 /// The result of a run: it wrote its output or, only with ExistingOutput::Skip, kept one that appeared in the meantime.
 enum class RunResult { Written, Kept };
 
-/// Corrects the picture into a private folder and moves the complete output into place. Throws KException with a
-/// message for the user that omits the picture's name, or any exception of the process; then no files are left, and an
-/// existing output is unchanged. Frees the picture's pixels, because no picture is needed twice.
+/// Corrects the picture, writes the output to a private folder and moves it into place when it is complete. Throws
+/// KException with a message for the user that omits the picture's name, or any exception of the process; then no files
+/// are left, and an existing output is unchanged. Frees the picture's pixels, because no picture is used twice.
 /// @param check  called before the output is moved; if it throws, there is no output.
 [[nodiscard]] RunResult RunPicture(HostApplication *application, KIPluginOne2One *process,
                                    const ParameterRecord &record, const PlannedPicture &planned,

@@ -20,7 +20,7 @@ QString Number(double value, int digits = 6)
                                            : text; // no exponent, for example for a position near the equator
 }
 
-/// Rounds a value for scripts, so that it has no digits that are only rounding errors.
+/// Rounds a value for scripts, to remove digits that are only rounding errors.
 double Rounded(double value, int digits = 6)
 {
     return Number(value, digits).toDouble();
@@ -28,7 +28,7 @@ double Rounded(double value, int digits = 6)
 
 constexpr quint32 kGpsLatitudeRef = 1, kGpsLatitude = 2, kGpsStatus = 9;
 
-/// The file's EXIF, for facts missing from the record of a picture.
+/// The file's EXIF, for facts missing from ShootingInformation.
 class FileExif {
 public:
     explicit FileExif(const QString &path)
@@ -55,13 +55,13 @@ public:
     /// Returns whether the first fraction of a GPS entry has a nonzero denominator; otherwise its text would be "0".
     bool IsGpsNumber(quint32 tag) const
     {
-        constexpr std::size_t kUnder = 4, kFraction = 8; // bytes
+        constexpr std::size_t kDenominatorAt = 4, kFractionSize = 8; // bytes
         for (const GFL_EXIF_ENTRYEX *entry = m_values ? m_values->Root : nullptr; entry; entry = entry->Next) {
-            quint32 under = 0;
-            if (entry->Block != GFL_EXIF_GPS || entry->Tag != tag || entry->Length < kFraction)
+            quint32 denominator = 0;
+            if (entry->Block != GFL_EXIF_GPS || entry->Tag != tag || entry->Length < kFractionSize)
                 continue;
-            std::memcpy(&under, entry->Data + kUnder, sizeof under);
-            return under != 0;
+            std::memcpy(&denominator, entry->Data + kDenominatorAt, sizeof denominator);
+            return denominator != 0;
         }
         return false;
     }
@@ -158,7 +158,8 @@ void AddLens(const ImageDef &image, PictureSummary *facts)
     *facts << PictureFact{QStringLiteral("Lens kind"), kind, QStringLiteral("lensKind"), kind};
 }
 
-/// Adds the focal length from the file's EXIF: the record's is not reliable if the ratio to 35 mm film is unknown.
+/// Adds the focal length from the file's EXIF: that in ShootingInformation is not reliable if the ratio to 35 mm film
+/// is unknown.
 void AddRealFocalLength(const FileExif &exif, PictureSummary *facts)
 {
     constexpr quint32 kFocalLength = 37386;
@@ -191,8 +192,8 @@ QString Seconds(double time)
                        : QStringLiteral("%1 s").arg(Number(time, 4)));
 }
 
-/// Returns the exposure time in seconds; 0 if unknown. Without an ExposureTime entry, the record contains the raw
-/// ShutterSpeedValue, which is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
+/// Returns the exposure time in seconds; 0 if unknown. Without an ExposureTime entry, ShootingInformation contains the
+/// raw ShutterSpeedValue, which is a logarithm: -log2 of the seconds (APEX, EXIF 2.3, annex C).
 double ExposureTime(const ShootingInformation &shooting, const FileExif &exif)
 {
     constexpr quint32 kExposureTime = 33434, kShutterSpeed = 37377;
@@ -209,7 +210,7 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
         if (!text.isEmpty())
             texts << text;
         *facts << PictureFact{QString(), QString(), QLatin1String(key),
-                              Rounded(value)}; // the record has only a float's precision
+                              Rounded(value)}; // some values have only float precision
     };
     if (exposureTime > 0.0 && std::isfinite(exposureTime))
         add("exposureTime", exposureTime, Seconds(exposureTime));
@@ -227,7 +228,7 @@ void AddExposure(const ShootingInformation &shooting, const FileExif &exif, Pict
         *facts << PictureFact{QStringLiteral("Exposure"), texts.join(QLatin1String(", ")), QString(), {}};
 }
 
-/// Returns the time of the camera's clock: the record treats it as local time without daylight saving.
+/// Returns the time of the camera's clock, which ShootingInformation treats as local time without daylight saving.
 QDateTime CameraClock(qint64 timestamp)
 {
     const std::time_t time = timestamp;

@@ -21,5 +21,5 @@ using PictureSummary = QVector<PictureFact>;
 /// @param path  absolute path of a readable picture.
 PictureSummary SummaryOfPicture(const QString &path);
 
-/// Returns all of the picture's EXIF, one line per entry, or a line that says there is none.
+/// Returns all EXIF entries of the picture, one per line, or a line that says there are none.
 QString ExifTable(const QString &path);

@@ -45,7 +45,7 @@ void PluginLoader::SetMode(QObject *process) const
         process->setProperty("Correction", QStringLiteral("fitted"));
 }
 
-/// @return why there is no process; meaningless if there is one.
+/// Loads the plug-in. @return why there is no process; meaningless if there is one.
 QString PluginLoader::Load()
 {
     // Check the file first, because loading would run its code.

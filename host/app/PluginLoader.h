@@ -11,7 +11,7 @@
 /// "fitted".
 enum class CorrectionMode { Plain, Fitted };
 
-/// Needs the application object, and must be destroyed before it.
+/// Owner of the loaded plug-in. Needs the application object, and must be destroyed before it.
 class PluginLoader {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.

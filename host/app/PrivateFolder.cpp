@@ -43,8 +43,8 @@ bool IsUnlinked(int file)
     return fstat(file, &status) == 0 && status.st_nlink == 0;
 }
 
-/// Removes a folder whose owner is dead. A folder without a lock file is only removed if it is empty: its owner may be
-/// about to create that file, and will use another folder if this one is removed.
+/// Removes a folder whose owner is no longer running. A folder without a lock file is only removed if it is empty: its
+/// owner may be about to create that file, and will use another folder if this one is removed.
 void RemoveIfAbandoned(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
@@ -65,7 +65,7 @@ void RemoveIfAbandoned(const QString &path)
     close(lock);
 }
 
-/// Removes folders of dead owners, once per parent and process because folders of pictures may be large.
+/// Removes folders of ended processes, only once per parent and process, because folders of pictures may be large.
 void RemoveAbandoned(const QString &parent)
 {
     static std::mutex mutex;
@@ -107,7 +107,7 @@ PrivateFolder::PrivateFolder(const QString &parent, InterruptGuard *guard) : m_g
             for (int i = 0; i < kAttempts && !TryToMake(parent); ++i) { }
             return m_path;
         });
-    } catch (...) { // no memory to protect the folder; a destructor would not run if nobody catches the exception
+    } catch (...) { // no memory to protect the folder; destructors may not run if nothing catches the exception
         RemoveFolder(m_path);
         throw;
     }
@@ -125,7 +125,7 @@ PrivateFolder::~PrivateFolder()
         close(m_lock);
 }
 
-/// @return false to try again; otherwise either path or problem is set.
+/// Creates the folder and locks it. @return false to try again; otherwise either path or problem is set.
 bool PrivateFolder::TryToMake(const QString &parent)
 {
     const auto fail = [this] { m_problem = QString::fromLocal8Bit(std::strerror(errno)); };

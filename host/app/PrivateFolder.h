@@ -7,9 +7,9 @@
 
 class InterruptGuard;
 
-/// Named ".vitrelux-" plus six letters. A lock on a file in it shows other processes that its owner is alive. The first
-/// one that a process creates in a parent folder also removes those left by killed processes. Removal problems are
-/// printed on standard error.
+/// Folder named ".vitrelux-" plus six letters. A lock on a file in it shows other processes that its owner is running.
+/// When a process creates its first folder in a parent folder, it also removes those left there by killed processes.
+/// Removal problems are printed on standard error.
 class PrivateFolder {
 public:
     /// @param parent  an existing folder.
@@ -35,5 +35,5 @@ private:
 
 /// Removes a folder and its contents; links are removed, not followed. @return why it failed; empty if it succeeded.
 QString RemoveFolder(const QString &path);
-/// Prints that a work folder could not be removed.
+/// Prints a message that a work folder could not be removed.
 void PrintNotRemoved(const QString &path, const QString &why);

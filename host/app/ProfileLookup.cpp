@@ -94,7 +94,7 @@ ProfileLookup::Answer ProfileLookup::Find(KIPluginOne2One *process, const QStrin
     const ImageDef &image = *m_application->ImageOf(picture);
     try {
         return Judge(LookUpInPlugin(process, image), image);
-    } catch (const KException &e) { // thrown for the temporary folder
+    } catch (const KException &e) { // the temporary folder cannot be used
         return {QString(), QStringLiteral("profiles cannot be looked up: %1").arg(e.what())};
     }
 }

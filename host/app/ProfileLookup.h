@@ -9,8 +9,8 @@ class HostApplication;
 class ImageDef;
 class KIPluginOne2One;
 
-/// If the plug-in runs with a record that names no profile, it looks one up, stores it in the record and leaves the
-/// pixels unchanged. This class runs it on a picture that provides a single pixel.
+/// Lookup through the plug-in: if it runs with a record that names no profile, it looks one up, stores it in the record
+/// and leaves the pixels unchanged. This class runs it on a picture that provides a single pixel.
 ///
 /// Create it before the process that it runs, which reads the profile folder when it starts. Only one thread at a time
 /// may call Find.

@@ -9,8 +9,8 @@ namespace {
 
 /// A correction, and the models that it needs, as indices into ProfileReport::models.
 ///
-/// Chromatic aberration uses red and blue relative to green, so it needs all three models; with distortion on too,
-/// green's model replaces the distortion model.
+/// The correction of chromatic aberration uses red and blue relative to green, so it needs all three models; if
+/// distortion is corrected too, green's model replaces the distortion model.
 struct CorrectionRow {
     const char *name;
     bool Corrections::*member;

@@ -22,7 +22,7 @@ QString SystemError()
 /// Returns the end of a chain of links; the path unchanged if the chain is broken or circular.
 QByteArray FollowLinks(QByteArray path)
 {
-    constexpr int kMaxLinks = 40; // the kernel's limit
+    constexpr int kMaxLinks = 40; // Linux's limit
     for (int i = 0; i < kMaxLinks; ++i) {
         char link[PATH_MAX];
         const ssize_t length = readlink(path.constData(), link, sizeof link);
@@ -34,7 +34,7 @@ QByteArray FollowLinks(QByteArray path)
     return path;
 }
 
-/// @return 0, or -1 with errno set.
+/// Sets a file's permissions and flushes it to disk. @return 0, or -1 with errno set.
 int GiveModeAndSync(const char *file, mode_t mode)
 {
     const int descriptor = open(file, O_RDONLY | O_CLOEXEC);

@@ -18,7 +18,7 @@ public:
 
     /// Returns the folders; call it after the plug-in is loaded.
     QStringList Folders() const;
-    /// Returns why nothing can be found, in one line: the folder named by the user doesn't exist. Empty if it does.
+    /// Returns one line saying that the folder named by the user doesn't exist; otherwise empty.
     QString Problem() const;
 
 private:

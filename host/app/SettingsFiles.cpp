@@ -23,7 +23,7 @@ QString ProblemOf(const QString &file)
 
 QString SettingsProblem(const QString &organization, const QString &application)
 {
-    // The files that QSettings reads; the system's is a fallback for the user's.
+    // The files that QSettings reads; the system's are fallbacks for the user's.
     const QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
     for (const QString &folder : folders) {
         for (const QString &name : {organization + QLatin1Char('/') + application, organization}) {

@@ -7,10 +7,10 @@
 
 class ReplacedFile;
 
-/// The plug-in writes next to its input file and overwrites existing files. So it gets the picture under its name in a
-/// private folder inside the output folder: on the same file system a complete output moves into place in one step, and
-/// an existing one is untouched until then. All other files are removed with this object, or by the guard on an
-/// interruption.
+/// The plug-in writes next to its input file and overwrites existing files. Therefore it is given the picture, under
+/// its own name, in a private folder inside the output folder. Because that is on the same file system, a complete
+/// output moves into place in one step, and an existing one is untouched until then. All other files are removed with
+/// this object or, on an interruption, by the guard.
 ///
 /// All functions throw KException with a message about the failed operation.
 class WorkFolder {

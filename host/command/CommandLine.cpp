@@ -43,8 +43,8 @@ void AddOptions(QCommandLineParser *parser, Verb verb)
     parser->addOption(QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")}));
 }
 
-/// Returns the first option with an empty value, as spelled in the help; empty if there is none. An empty value is a
-/// mistake in a script, never intended.
+/// Returns the first option with an empty value, as spelled in the help; empty if there is none. An empty value is
+/// usually a mistake in a script.
 QString FindEmptyValue(const QCommandLineParser &parser, Verb verb)
 {
     const QVector<OptionRow> rows = OptionsOf(verb);
@@ -61,8 +61,8 @@ QString FormatOf(const QCommandLineParser &parser)
     return parser.isSet(QStringLiteral("format")) ? parser.value(QStringLiteral("format")) : QStringLiteral("tiff");
 }
 
-/// Reads how outputs are named, with the suffix of their format. Results of earlier runs are recognized by the default
-/// or chosen ending, with the suffix of any format, unless a pattern was given.
+/// Reads the options that name outputs, and adds the suffix of the format. Results of earlier runs are recognized by
+/// the default or chosen ending, with the suffix of any format, unless a pattern was given.
 void ReadOutputNames(const QCommandLineParser &parser, CorrectOptions *options)
 {
     if (parser.isSet(QStringLiteral("output-name"))) {

@@ -46,8 +46,8 @@ constexpr VerbRow kVerbs[] = {
      "An unusable profile counts as a failure; with --for, so does one that has no effect on PICTURE.\n\n"
      "--check prints one line per problem, FILE:LINE: warning or error: contradictory fields, models without "
      "coefficients, missing frames, distortion that folds back within the frame, light that falls to 0.\n\n"
-     "--plot draws distortion, color shift and light over the radius: one thin line per entry and, with --for, a bold "
-     "one for what is applied to PICTURE. Distortion is how much farther from the center, in percent, a point "
+     "--plot draws distortion, color shift and light against the radius: one thin line per entry and, with --for, a "
+     "bold one for what is applied to PICTURE. Distortion is how much farther from the center, in percent, a point "
      "lies in the picture as taken; for fisheyes, relative to the equidistant projection. Color shift is relative to "
      "green. Prints the name of the plot file.",
      {"vitrelux profile lens.lcp", "vitrelux profile --for photo.jpg --plot curves.svg lens.lcp"}},

@@ -35,7 +35,7 @@ QString Escaped(const QString &name)
     return text;
 }
 
-/// Leaves out the middle of a long name, so that the time left fits after it.
+/// Leaves out the middle of a long name, so that the time left fits on the same line.
 QString Shortened(const QString &name)
 {
     constexpr int kHalf = 20;

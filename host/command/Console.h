@@ -53,6 +53,6 @@ private:
     bool m_terminal;
     QElapsedTimer m_sinceStart;
     QMap<int, QString> m_progress; // of the pictures in progress, by number
-    int m_count = 0, m_begun = 0;  // of the run
-    int m_worked = 0;              // finished, and took work
+    int m_count = 0, m_begun = 0;  // pictures in the run, and the number of the one begun last
+    int m_worked = 0;              // finished pictures that took work
 };

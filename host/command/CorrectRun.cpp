@@ -102,14 +102,14 @@ void CorrectRun::RefuseConflicts()
     }
 }
 
-/// @param number  of the picture, from 1.
+/// Corrects one picture unless its output conflicts with others. @param number  of the picture, from 1.
 void CorrectRun::CorrectNext(KIPluginOne2One *process, int number)
 {
     const PlannedPicture &planned = m_plan[number - 1];
     if (!ConflictOf(planned).isEmpty())
         return;
     CorrectAndReport(process, number);
-    if (!planned.repeated) // the first picture of that name may still need it
+    if (!planned.repeated) // the same file, listed earlier, may still be in progress
         m_application->Forget(planned.picture);
 }
 

@@ -10,7 +10,7 @@
 class Console;
 class PluginLoader;
 
-/// One run over all pictures. The process only gets one record per picture: SetFiles and OnValidatePage are for the
+/// One run over all pictures. The process only receives one record per picture: SetFiles and OnValidatePage are for the
 /// wizard page, which isn't shown.
 ///
 /// CorrectInTurn corrects several pictures at a time.

@@ -1,4 +1,4 @@
-// Command-line options that only fitted corrections have.
+// Command-line options that apply only to fitted corrections.
 #pragma once
 
 #include "FitOptions.h"

@@ -49,7 +49,7 @@ QString GroupHelp(const OptionGroup &group, bool onOneScreen)
     }
     if (brief.isEmpty())
         return text;
-    // An option and its value stay together.
+    // Keep an option and its value on the same line.
     const QString all = brief.join(QLatin1String(",\n")).replace(QLatin1Char(' '), QChar::Nbsp);
     return text + Wrapped(all.split(QLatin1Char('\n')), 2).replace(QChar::Nbsp, QLatin1Char(' '));
 }

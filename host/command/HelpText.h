@@ -7,11 +7,11 @@
 
 /// Returns the program's help, which lists its commands.
 QString ProgramHelp();
-/// Returns a command's help, in lines of at most 80 characters. To fit on one screen, some options are only named and
-/// only the first paragraph of the description is shown.
+/// Returns a command's help, in lines of at most 80 characters. To fit on one screen, some options are listed without
+/// a description, and only the first paragraph about the command is shown.
 QString VerbHelp(const VerbRow &verb, bool onOneScreen);
 
-/// Returns a command's man page in the macros of man(7), or the program's if the command is null.
+/// Returns a command's man page with the macros of man(7), or the program's if the command is null.
 QString ManPage(const VerbRow *verb);
 
 /// Returns the completion script for bash, zsh or fish; empty for another name.

@@ -54,7 +54,7 @@ PictureFact ExifFact(const QString &path)
     return {QString(), QString(), QStringLiteral("exif"), ExifTable(path)};
 }
 
-/// Returns facts about the profile that would correct a picture.
+/// Function that returns facts about the profile that would correct a picture.
 using ProfileFinder = std::function<PictureSummary(const QString &path)>;
 
 /// Adds texts as lines and as a list, if there are any.

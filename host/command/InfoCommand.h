@@ -5,6 +5,6 @@
 
 class Console;
 
-/// Creates the application object; call it once, from main, before any thread runs. Describes every picture; one that
-/// can't be read makes the result kSomeFailed, one without a profile does not.
+/// Creates the application object; call it once, from main, before any thread runs. Describes every picture. The
+/// result is kSomeFailed if one can't be read, but not if one has no profile.
 ExitCode RunInfo(const InfoOptions &options, Console *console);

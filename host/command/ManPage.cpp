@@ -80,7 +80,7 @@ QString Tail(const VerbRow *verb)
 QString ProgramPage()
 {
     QString text =
-        Head(nullptr, QStringLiteral("lens correction by profile"), QStringLiteral("COMMAND [OPTION]... FILE..."));
+        Head(nullptr, QStringLiteral("profile-based lens correction"), QStringLiteral("COMMAND [OPTION]... FILE..."));
     text += QLatin1String(".SH DESCRIPTION\n") + QLatin1String(kProgramSummary) + QLatin1String("\n.SH COMMANDS\n");
     QStringList examples;
     const QVector<VerbRow> verbs = AllVerbs();

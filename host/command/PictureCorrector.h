@@ -1,4 +1,4 @@
-// The correction of one picture of `vitrelux correct`, plain or fitted.
+// Correction of one picture for `vitrelux correct`, plain or fitted.
 #pragma once
 
 #include "CommandLine.h"
@@ -19,8 +19,8 @@ class ProfileLookup;
 class SearchedFolders;
 struct FittedRequest;
 
-/// Corrects pictures as the options say; in a dry run it only reports what it would do. Any thread may call it, each
-/// with a separate process object.
+/// Corrector that follows the options; in a dry run it only reports what it would do. Any thread may call it, each with
+/// a separate process object.
 class PictureCorrector {
 public:
     /// @param lookup   null if the user named a profile, or if fitted

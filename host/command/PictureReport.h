@@ -12,7 +12,7 @@ struct PictureReport {
 
     QString picture; // as the user named it
     Outcome outcome = Outcome::Failed;
-    QString output;          // absolute path; empty if it failed before that was decided
+    QString output;          // absolute path; empty if the picture failed before the path was known
     QString why;             // why it was skipped or failed; empty otherwise
     QString camera, lens;    // from the metadata; empty: not named
     QString profile;         // path, or "lensfun:MAKER/LENS"; empty: none
@@ -20,7 +20,7 @@ struct PictureReport {
     QStringList assumed;     // one line each
     QStringList corrections; // made, or planned: "distortion", "lateral color", "vignetting"
     QStringList notes;       // other lines of this picture
-    QString facts;           // of --verbose, several lines; not in the record
+    QString facts;           // for --verbose, several lines; not in the record
     double seconds = 0.0;
 };
 

@@ -44,7 +44,7 @@ QString Values(const LensParam &model)
 {
     QStringList parts;
     parts << QStringLiteral("focal length %1, %2").arg(Number(model.focalLengthX), Number(model.focalLengthY));
-    parts << QStringLiteral("centre %1, %2").arg(Number(model.centerX), Number(model.centerY));
+    parts << QStringLiteral("center %1, %2").arg(Number(model.centerX), Number(model.centerY));
     if (model.scaleFactor != 1.0F)
         parts << QStringLiteral("scale %1").arg(Number(static_cast<double>(model.scaleFactor)));
     parts << QStringLiteral("coefficients %1")

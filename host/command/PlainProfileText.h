@@ -9,5 +9,5 @@ struct ProfileReport;
 QString PlainProfileText(const QString &file, const ProfileReport &report);
 
 /// Returns one line about why plain corrections can't use the profile; empty if they can. A readable profile that
-/// corrects nothing is unusable too.
+/// corrects nothing also counts as unusable.
 QString WhyPlainlyUseless(const QString &file, const ProfileReport &report);

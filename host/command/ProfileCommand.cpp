@@ -21,7 +21,7 @@ namespace {
 
 constexpr double kPlotScale = 2.0; // PNG pixels per unit of the scene
 
-/// Prints profiles, one after the other.
+/// Printer of profiles, one after the other.
 class ProfileShow {
 public:
     ProfileShow(const ProfileOptions &options, Console *console) : m_options(options), m_console(console) { }

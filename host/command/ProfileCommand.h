@@ -5,6 +5,6 @@
 
 class Console;
 
-/// Creates the application object if a picture is read or drawn; call it once, from main, before any thread runs. Shows
-/// every profile; one that can't be used makes the result kSomeFailed.
+/// Creates the application object if a picture is read or a plot is drawn; call it once, from main, before any thread
+/// runs. Shows every profile. The result is kSomeFailed if one can't be used.
 ExitCode RunProfile(const ProfileOptions &options, Console *console);

@@ -19,7 +19,7 @@ constexpr double kMaxPercent = 200.0, kMaxPixels = 1000.0, kMaxEv = 8.0;
 /// Scale of an entry's models in the plotted frame.
 struct CurveFrame {
     double unitPx = 0.0;       // pixels in a long side of the profile's frame
-    double focalLength = 0.0;  // of models without one
+    double focalLength = 0.0;  // for models without one
     double halfDiagonal = 0.0; // of the plotted frame, in pixels; 0: unknown
 };
 
@@ -90,7 +90,8 @@ ProfileCurve Light(const std::optional<ProfileModel> &model, const CurveFrame &f
     });
 }
 
-/// @param byGreen  uses green's model, if any, like a fit that corrects color.
+/// Returns the curves of an entry.
+/// @param byGreen  whether to use green's model, if any, like a fit that corrects color.
 ProfileCurves CurvesOf(const ProfileEntry &entry, const CurveFrame &frame, bool byGreen)
 {
     ProfileCurves curves;

@@ -1,4 +1,4 @@
-// Corrections of a profile's entries over the radius, as curves to plot.
+// Corrections of a profile's entries as functions of the radius, to be plotted.
 #pragma once
 
 #include "ProfileFitText.h"
@@ -6,15 +6,15 @@
 #include <QPointF>
 #include <QVector>
 
-/// A function of the radius. x is the distance from the model's center over half the frame's diagonal, 0 to 1; a curve
-/// ends early where the model folds back, ends, or exceeds what can be plotted.
+/// A function of the radius. x is the distance from the model's center divided by half the frame's diagonal, 0 to 1; a
+/// curve ends early where the model folds back, ends, or exceeds what can be plotted.
 using ProfileCurve = QVector<QPointF>;
 
 /// The curves of one entry, or of the blend for a picture. Curves of missing models are empty.
 struct ProfileCurves {
     QString name;            // for example "24 mm f/2.8 3 m"
     double focalMm = 0.0;    // 0: unknown, or the blend
-    ProfileCurve distortion; // how much farther out the source of a radius is, in percent
+    ProfileCurve distortion; // how much farther out the source position is, in percent of the radius
     ProfileCurve red, blue;  // how much farther out than green, in pixels of the profile's frame or of the picture
     ProfileCurve light;      // EV relative to the middle; negative where it is darker
 };
@@ -22,7 +22,7 @@ struct ProfileCurves {
 /// Returns the curves of the entries, at most kMaxPlottedEntries spread evenly over the file; entries without a frame
 /// are left out. Distortion of fisheyes is relative to the equidistant projection.
 ///
-/// @param fit  the picture whose frame is plotted; null: the frame of each entry.
+/// @param fit  plots the curves in the frame of its picture; null: in the frame of each entry.
 QVector<ProfileCurves> CurvesOfEntries(const LensProfile &profile, const ProfileFit *fit);
 constexpr int kMaxPlottedEntries = 200;
 

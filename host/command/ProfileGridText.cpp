@@ -92,7 +92,7 @@ bool AreSame(double a, double b, double ratio)
     return a == b || (a > 0.0 && b <= a * ratio && std::isfinite(b));
 }
 
-/// Splits @p entries into runs of equal values, ascending. Entries with equal values keep their order.
+/// Splits @p entries into runs of values that count as the same, ascending. Entries with equal values keep their order.
 template <typename Value> QVector<QVector<int>> Runs(QVector<int> entries, double ratio, const Value &value)
 {
     std::stable_sort(entries.begin(), entries.end(), [&](int a, int b) { return value(a) < value(b); });

@@ -15,7 +15,7 @@ const QColor kInk(0x22, 0x22, 0x22), kGrid(0xdd, 0xdd, 0xdd), kBlend(0, 0, 0);
 
 struct PanelRow {
     const char *title;
-    double leastSpan; // smaller spans are drawn flat
+    double leastSpan; // smaller spans look nearly flat
     ProfileCurve ProfileCurves::*solid;
     ProfileCurve ProfileCurves::*dashed; // may be null
 };
@@ -151,7 +151,7 @@ private:
             add(curves.*row.dashed, PlotLine::Style::Dashed);
     }
 
-    /// @return the number of its rows.
+    /// Adds the legend. @return the number of its rows.
     int AddLegend()
     {
         int row = 0;

@@ -1,4 +1,4 @@
-// Plot of a lens profile: distortion, color shift and light over the radius.
+// Plot of a lens profile: distortion, color shift and light against the radius.
 #pragma once
 
 #include "PlotScene.h"

@@ -17,7 +17,7 @@ namespace {
 constexpr int kMaxRows = 20; // of reasons, of lenses, and of lines that aren't records
 constexpr int kSlowest = 5;
 
-/// Returns whether @p later was only skipped because the picture is done or is listed twice.
+/// Returns whether @p later was skipped only because the picture had been corrected or was listed twice.
 bool AddsNothing(const PictureReport &earlier, const PictureReport &later)
 {
     return later.outcome == PictureReport::Outcome::Skipped

@@ -21,7 +21,7 @@ const QLatin1String kGeometrySetting("Wizard/CompareGeometry");
 
 constexpr double kZoomStep = 1.5;
 constexpr double kMoveShare = 0.1; // of a view
-constexpr int kMaxSide = 4096;     // of a shown picture, in pixels: about that of a large screen
+constexpr int kMaxSide = 4096;     // of a shown picture, in pixels: about the size of a large screen
 
 struct KeyRow {
     int key;

@@ -1,4 +1,4 @@
-// The window that shows a picture before and after its correction.
+// Window that shows a picture before and after its correction.
 #pragma once
 
 #include "ComparedView.h"
@@ -11,8 +11,8 @@
 class HostApplication;
 class QHBoxLayout;
 
-/// Shows both pictures side by side, at the same position and zoom. The mouse, the +, -, 0 and arrow keys, and buttons
-/// change position and zoom. A thread reads the pictures. The window's size is stored. GUI thread.
+/// Dialog with both pictures side by side, at the same position and zoom. The mouse, the +, -, 0 and arrow keys, and
+/// buttons change position and zoom. A thread reads the pictures. The window's size is stored. GUI thread.
 class CompareDialog : public QDialog {
     Q_OBJECT
 public:

@@ -29,7 +29,7 @@ void SharedPlace::ShowAll()
     Set(1.0, m_center);
 }
 
-/// Keeps the center far enough inside that the views show no area outside the picture.
+/// Sets zoom and center, but keeps the center far enough inside that the views show no area outside the picture.
 void SharedPlace::Set(double zoom, const QPointF &center)
 {
     const double margin = 0.5 / zoom;

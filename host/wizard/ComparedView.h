@@ -32,7 +32,7 @@ private:
     QPointF m_center{0.5, 0.5};
 };
 
-/// Shows a picture, or a text instead. The mouse moves and zooms all pictures that share the place.
+/// View of a picture, or of a text instead. The mouse moves and zooms all pictures that share the place.
 class ComparedView : public QWidget {
     Q_OBJECT
 public:

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Checks pictures before the run, with texts for the user.
+/// Check of pictures before the run, with texts for the user.
 class JobCheck {
     Q_DECLARE_TR_FUNCTIONS(CorrectionJob)
 public:
@@ -60,7 +60,7 @@ std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One
     return pictures;
 }
 
-/// While it exists, Cancel() interrupts the calling thread.
+/// Scope in which Cancel() interrupts the calling thread.
 class CorrectionJob::Interruptible {
 public:
     explicit Interruptible(CorrectionJob *job) : m_job(job)

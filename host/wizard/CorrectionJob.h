@@ -13,7 +13,7 @@
 
 class HostApplication;
 
-/// How the pictures of a job are written.
+/// Folder and format of a job's outputs.
 struct JobOutput {
     QString folder; // as OutputNaming::folder
     QString format; // one of OutputFormats()
@@ -25,18 +25,19 @@ struct JobPicture {
     QDomElement parameters; // the record's XML form with the user's choices; without a profile the run finds one
     QString problem;        // why it can't be corrected, for the user; empty: it is attempted
     qint64 pixels = 0;      // amount of work
-    qint64 bytes = 0;       // of memory needed
+    qint64 bytes = 0;       // memory needed
 };
 
 /// Reads the choices for each picture from the process, and checks whether it can be corrected. GUI thread.
 std::vector<JobPicture> PrepareJob(HostApplication *application, KIPluginOne2One *process,
                                    const QVector<NamedPicture> &pictures, const JobOutput &output);
 
-/// The result of one picture.
+/// Result for one picture.
 enum class PictureOutcome { Corrected, Kept, DoneBefore, Failed, LeftOut };
 
-/// Corrects pictures, several at a time; a failure is reported, and the job continues with the next picture. Created,
-/// started, canceled and deleted on the GUI thread, where its signals arrive queued. Deleting it cancels it and waits.
+/// Thread that corrects pictures, several at a time; a failure is reported, and the job continues with the next
+/// picture. Create, start, cancel and delete it on the GUI thread, where its signals arrive queued. Deleting it cancels
+/// the job and waits.
 class CorrectionJob : public QThread {
     Q_OBJECT
 public:

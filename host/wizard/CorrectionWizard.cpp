@@ -17,11 +17,11 @@ enum PageId { kPicturesPage, kPluginPage, kRunPage };
 
 const QLatin1String kGeometrySetting("Wizard/Geometry");
 
-/// Returns the window width at which @p text fits the two lines that QWizard reserves below a page's title; it cuts off
-/// the rest.
+/// Returns the window width at which @p text fits the two lines that QWizard reserves below a page's title; otherwise
+/// QWizard would cut it off.
 int WidthOfSubTitle(const QString &text)
 {
-    constexpr int kBesidePx = 150; // the logo and the margins
+    constexpr int kLogoAndMarginsPx = 150;
     QLabel label;
     label.setWordWrap(true);
     label.setText(QStringLiteral("\n"));
@@ -30,7 +30,7 @@ int WidthOfSubTitle(const QString &text)
     int width = 400;
     while (label.heightForWidth(width) > twoLines)
         width += 10;
-    return width + kBesidePx;
+    return width + kLogoAndMarginsPx;
 }
 
 } // namespace
@@ -58,7 +58,7 @@ CorrectionWizard::CorrectionWizard(HostApplication *application, const std::vect
         setPage(kPluginPage, m_pluginPage);
     setPage(kRunPage, m_run);
     connect(m_run, &RunPage::RunningChanged, this, &CorrectionWizard::RunningChanged);
-    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables buttons
+    connect(this, &QWizard::currentIdChanged, this, &CorrectionWizard::RunningChanged); // QWizard enables its buttons
 
     int width = 0;
     for (const int id : pageIds())
@@ -128,7 +128,7 @@ void CorrectionWizard::RunningChanged()
 
 void CorrectionWizard::reject()
 {
-    if (m_run->IsRunning() && !m_run->IsCancelled()) {
+    if (m_run->IsRunning() && !m_run->IsCanceled()) {
         m_run->Cancel();
         return;
     }

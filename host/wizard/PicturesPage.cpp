@@ -51,7 +51,7 @@ constexpr ChoiceRow kFramings[] = {
 
 enum Column { kName, kWhat, kFolder, kColumnCount };
 constexpr int kThumbnailSide = 48;
-constexpr int kRowHeight = kThumbnailSide + 4; // also of rows without a thumbnail
+constexpr int kRowHeight = kThumbnailSide + 4; // also for rows without a thumbnail
 constexpr int kPath = Qt::UserRole;            // of a row: the absolute name
 constexpr int kDescribed = Qt::UserRole + 1;   // of a row: whether its file is described
 constexpr int kSubpath = Qt::UserRole + 2;     // of a row: as in NamedPicture

@@ -14,9 +14,9 @@ class QLineEdit;
 class QPushButton;
 class QTreeWidget;
 
-/// Pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it, without results of
-/// earlier runs. Each is listed once, with facts from its file or the reason why it can't be used. The options are
-/// stored, except the permission to replace files. GUI thread.
+/// Page to which pictures are added by dialogs, by drag and drop, or by Add(). A folder adds the pictures in it, except
+/// results of earlier runs. Each picture is listed once, with facts from its file or the reason why it can't be used.
+/// The options are stored, except the permission to replace files. GUI thread.
 class PicturesPage : public QWizardPage {
     Q_OBJECT
 public:

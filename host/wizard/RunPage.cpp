@@ -115,7 +115,7 @@ void RunPage::SetUpList()
 void RunPage::Start(std::vector<JobPicture> pictures, ExistingOutput existing)
 {
     m_outcomes.assign(pictures.size(), std::nullopt);
-    m_cancelled = false;
+    m_canceled = false;
     m_follows = true;
     m_pixelsDone = m_pixelsLeft = 0;
     m_list->setRowCount(0);
@@ -145,7 +145,7 @@ void RunPage::Cancel()
 {
     if (!m_running)
         return;
-    m_cancelled = true;
+    m_canceled = true;
     m_job->Cancel();
     m_cancel->setEnabled(false);
     m_state->setText(tr("Stopping…"));
@@ -168,7 +168,7 @@ void RunPage::PictureEnded(int index, PictureOutcome outcome, const QString &why
 {
     const JobPicture &picture = m_job->Pictures()[std::size_t(index)];
     m_outcomes[std::size_t(index)] = outcome;
-    // The estimate uses only corrected pictures. Those that fail at once or are kept would make it too short.
+    // The estimate uses only corrected pictures: others usually take no time and would make it too short.
     m_pixelsLeft -= picture.pixels;
     if (outcome == PictureOutcome::Corrected)
         m_pixelsDone += picture.pixels;
@@ -189,7 +189,7 @@ void RunPage::ShowProgress()
     const auto done = int(std::count_if(m_outcomes.begin(), m_outcomes.end(),
                                         [](const std::optional<PictureOutcome> &outcome) { return outcome; }));
     m_progress->setValue(done);
-    if (!m_cancelled)
+    if (!m_canceled)
         m_state->setText(tr("%1 of %2 pictures finished").arg(done).arg(m_outcomes.size()));
 }
 
@@ -227,10 +227,10 @@ void RunPage::SetRunning(bool running)
     Q_EMIT RunningChanged();
 }
 
-/// Estimates from the pixels done so far; shows nothing before the first picture is finished.
+/// Estimates the time left from the pixels corrected so far; shows nothing before the first picture is corrected.
 void RunPage::ShowTimeLeft()
 {
-    if (m_cancelled || m_pixelsDone == 0)
+    if (m_canceled || m_pixelsDone == 0)
         return m_timeLeft->clear();
     const double seconds = double(m_sinceStart.elapsed()) / 1000.0 * double(m_pixelsLeft) / double(m_pixelsDone);
     constexpr double kMinute = 60.0;

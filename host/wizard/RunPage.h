@@ -30,7 +30,7 @@ public:
     /// Stops the run; see CorrectionJob::Cancel.
     void Cancel();
     bool IsRunning() const { return m_running; }
-    bool IsCancelled() const { return m_cancelled; }
+    bool IsCanceled() const { return m_canceled; }
     /// Returns the number of pictures of the last run with this outcome.
     int Count(PictureOutcome outcome) const;
 
@@ -67,7 +67,7 @@ private:
     std::unique_ptr<CorrectionJob> m_job;                  // the last one, running or not
     std::vector<std::optional<PictureOutcome>> m_outcomes; // none: not finished
     bool m_running = false;
-    bool m_cancelled = false;
+    bool m_canceled = false;
     bool m_follows = true; // the list scrolls to the picture started last, until the user selects one
     QElapsedTimer m_sinceStart;
     QTimer m_everySecond;

@@ -6,9 +6,9 @@
 #include "app/PluginLoader.h"
 #include "app/SearchedFolders.h"
 
-/// Loads the plug-in with fitted processes. For users who never stored a choice, all corrections are on, as on the
-/// command line; the plug-in alone begins with none. The arguments must outlive the object, and the object must outlive
-/// the windows.
+/// The plug-in, loaded with fitted processes. For users who have never stored a choice, all corrections are on, as on
+/// the command line; the plug-in alone begins with none. The arguments must outlive the object, and the object must
+/// outlive the windows.
 class WizardPlugin {
 public:
     /// @param file  the plug-in's library; empty: the one installed with this program.

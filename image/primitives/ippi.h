@@ -1,4 +1,4 @@
-// Public names of the image primitives, by family: each is an alias of one instance of a template, whose header
+// Public names of the image primitives, by family. Each is an alias of a template's instance; the template's header
 // documents arguments and rules.
 #pragma once
 

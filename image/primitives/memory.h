@@ -12,7 +12,7 @@ void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
 /// Frees a block; accepts null.
 void Free(void *block);
 
-/// Allocates an image of @p width by @p height pixels of @p C channels; pixels undefined.
+/// Allocates an image of @p width by @p height pixels of @p C channels; the pixels are undefined.
 template <typename T, int C> T *AllocateImage(int width, int height, Step *step)
 {
     return static_cast<T *>(AllocateRows(std::int64_t(width) * C * std::int64_t(sizeof(T)), height, step));

@@ -70,7 +70,7 @@ public:
         const CacheLocker locker(m_mutex);
         return Usage_unlocked().isFreeable;
     }
-    // Like the three functions above, but without waiting for a running load: such items are skipped.
+    // Like the three functions above, but they skip an item that is being loaded instead of waiting for it.
     Usage TryUsage() const
     {
         const CacheLocker locker(m_mutex, std::try_to_lock);
@@ -106,7 +106,7 @@ private:
         const auto found = std::find_if(m_versions.cbegin(), m_versions.cend(), test);
         return found == m_versions.cend() ? nullptr : *found;
     }
-    /// Updates the cache's total at the end of a scope, even if an exception ends it.
+    /// Updates the cache's total at the end of a scope, even after an exception.
     class Counting {
     public:
         explicit Counting(ImageCacheItem *item) : m_item(item) { }

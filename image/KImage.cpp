@@ -12,8 +12,8 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Returns the number of channels of a type from its bits: gray, binary and palette forms, three-channel forms,
-/// four-channel forms.
+/// Returns the number of channels of a type, which is a bit mask: 1 for gray, binary and palette forms; 0 for unknown
+/// types.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)

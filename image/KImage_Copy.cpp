@@ -19,7 +19,7 @@ bool Fits(int position, int count, int size)
     return static_cast<qint64>(position) + count <= size;
 }
 
-/// Returns how many of @p count pixels fit into @p size from @p position on.
+/// Returns how many of @p count pixels starting at @p position lie within @p size.
 int ClippedCount(int position, int count, int size)
 {
     return static_cast<int>(qMin<qint64>(static_cast<qint64>(count) + position, size) - position);
@@ -61,7 +61,7 @@ void FillAlphaThatStays(const KImage &source, KImage &target)
 /// Integers are truncated toward zero and clamped: a float alpha may lie outside 0 to 1.
 template <typename T, int C> void BlendRun(const float *alpha, const void *source, void *target, int pixels)
 {
-    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal for only one C
+    constexpr int kColors = C == 4 ? 3 : C; // NOLINT(bugprone-branch-clone): the branches are equal only for C = 3
     const T *s = static_cast<const T *>(source);
     T *t = static_cast<T *>(target);
     for (int i = 0; i < pixels; ++i) {
@@ -96,7 +96,7 @@ void KImage::CropCopyTo(int x, int y, int width, int height, KImage &target, int
     if (!IsInside(y, this->height()) || !Fits(y, height, this->height()))
         KThrow(kInvalidParameter);
     if (!Fits(targetX, width, target.width()) || !Fits(targetY, height, target.height()))
-        KThrow(kInvalidParameter); // would be written beyond the target's rows
+        KThrow(kInvalidParameter); // would write beyond the target's rows
     if (width < 1 || height < 1)
         return;
 

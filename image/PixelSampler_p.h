@@ -20,12 +20,12 @@ template <typename T> void StoreComponent(unsigned char *at, float value)
     std::memcpy(at, &stored, sizeof(T));
 }
 
-/// The code of 1.0 at a depth.
+/// Value that represents 1.0 at a depth.
 template <typename T>
 constexpr float kFullValue = std::is_floating_point_v<T> ? 1.0f : float(std::numeric_limits<T>::max());
 
-/// Samples an image with components @p T. Pixel centers are at integers; the outer half of the edge pixels repeats the
-/// edge. Must not outlive the image's pixels.
+/// Samples an image with components of type @p T. Pixel centers are at integers; positions in the outer half of an edge
+/// pixel repeat the edge. Must not outlive the image's pixels.
 template <typename T> class PixelSampler {
 public:
     using Component = T;

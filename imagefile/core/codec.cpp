@@ -1,4 +1,4 @@
-// Shared by all formats: rows generated on demand, suffixes.
+// Code shared by all formats: rows generated on demand, suffixes.
 #include "codec.h"
 
 namespace imagefile {
@@ -17,7 +17,7 @@ std::string LowerCaseSuffix(const std::string &path)
     if (dot == std::string::npos || path[dot] == '/')
         return std::string();
     std::string suffix = path.substr(dot);
-    for (char &c : suffix) { // not by tolower: under a Turkish locale it keeps 'I'
+    for (char &c : suffix) { // not tolower, which keeps 'I' in a Turkish locale
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
     }

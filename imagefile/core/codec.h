@@ -39,7 +39,7 @@ struct SaveOptions {
 
 /// The format that a file's name suggests.
 struct NameHint {
-    std::string suffix; // lower case, with the dot; empty for memory or if there is none
+    std::string suffix; // lowercase, with the dot; empty for memory or if there is none
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
@@ -63,8 +63,8 @@ public:
     /// Returns whether ReadPixels passes on final rows long before it returns, and gives no warnings unless the file is
     /// CMYK.
     virtual bool StreamsRows() const { return false; }
-    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or else the
-    /// picture.
+    /// Delivers the cheapest version that is at least as large as the picture fitted into @p box, or the picture if
+    /// there is none.
     virtual Status ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &params, const Box &box,
                                  RowSink *rows) const;
 
@@ -89,7 +89,7 @@ inline Status Codec::ReadThumbnail(const Source &source, const GFL_LOAD_PARAMS &
     return ReadPixels(source, params, rows);
 }
 
-/// Returns ".jpg" for "a/B.JPG"; empty without a suffix.
+/// Returns a path's suffix in lowercase: ".jpg" for "a/B.JPG"; empty if there is none.
 std::string LowerCaseSuffix(const std::string &path);
 
 } // namespace imagefile

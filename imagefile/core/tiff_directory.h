@@ -35,7 +35,7 @@ struct TiffVariant {
     std::uint64_t Number(const std::uint8_t *data, std::size_t bytes) const;
     /// Encodes a number of 1 to 8 bytes.
     void Put(std::uint64_t number, std::size_t bytes, std::uint8_t *data) const;
-    /// Returns the offset of a field's values that don't fit in it, or of the directory that it points to.
+    /// Returns the offset of a field's values if they don't fit in the field, or of the directory that it points to.
     std::uint64_t OffsetOf(const TiffField &field) const { return Number(field.value.data(), OffsetBytes()); }
 };
 

@@ -7,8 +7,8 @@ namespace imagefile {
 
 namespace {
 
-/// Returns the delivered value for each stored value of @p bits bits. In the reduced range black is 16 and white is
-/// 235, for 8 bits (ITU-T H.273, 8.3); libheif expands it in color, but not in gray.
+/// Returns the delivered value for each stored value of @p bits bits. In the reduced range, black is 16 and white is
+/// 235 at 8 bits (ITU-T H.273, 8.3); libheif expands it in color pictures, but not in gray ones.
 std::vector<std::uint16_t> ScaleTable(int bits, int deliveredBits, bool isReduced)
 {
     const double unit = bits >= 8 ? double(1 << (bits - 8)) : 1.0;

@@ -165,7 +165,7 @@ void Decoder::ReadCmykRow(std::uint8_t *row)
 {
     JSAMPROW cmyk = m_cmykRow.data();
     jpeg_read_scanlines(&m_cinfo, &cmyk, 1);
-    if (m_cinfo.saw_Adobe_marker) // Adobe's files store inverted CMYK
+    if (m_cinfo.saw_Adobe_marker) // Adobe programs store inverted CMYK
         for (std::uint8_t &ink : m_cmykRow)
             ink = static_cast<std::uint8_t>(~ink);
     m_inks.Row(cmyk, row, m_cinfo.output_width);

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kBufferBytes = 65536;
 constexpr std::size_t kMaxSegment = 65533; // payload of one marker segment
 
-/// From this quality on, color is stored at full resolution to keep edges sharp.
+/// At this quality and above, color is stored at full resolution to keep edges sharp.
 constexpr int kFullChromaQuality = 90;
 
 // Adapts a Sink for libjpeg.

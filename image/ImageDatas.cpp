@@ -30,7 +30,7 @@ template <typename Record, typename Visit> void ForEachSetting(Record &record, V
     visit("image/rawBlueScaling", record.rawBlueScaling);
 }
 
-/// Reads a field with the getter for its type; the current value is the default.
+/// Visitor that reads a field with the getter for its type; the current value is the default.
 class FieldLoader {
 public:
     explicit FieldLoader(KernelSettingsReader &reader) : m_reader(reader) { }

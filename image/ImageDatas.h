@@ -14,16 +14,16 @@ class KernelSettingsWriter;
 class KSettingsManager;
 
 /// One instance is process-wide: KImage::init creates it or adopts the host's; KImage::exit deletes it if it was
-/// created. Change it only while nothing loads; any thread may read it. A change affects images described and loaded
-/// afterward.
+/// created. Change it only while nothing is being loaded; any thread may read it. A change affects images described and
+/// loaded afterward.
 class ImageDatas {
 public:
     // Hosts depend on the order of the fields.
-    QSize thumbnailSize{128, 128}; // pixels: the box for thumbnails
+    QSize thumbnailSize{128, 128}; // box for thumbnails, in pixels
 
     // How to treat missing or wrong camera data. 0: use the file's; 1: use the defaults where the file has none; 2:
-    // always use the forced values. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths:
-    // mm, 35 mm equivalent.
+    // always use the forced values. Any other value counts as 0. Lens models: 0 rectilinear, 1 fisheye. Focal lengths
+    // are 35 mm equivalents, in mm.
     int exifMode = 0;
     float exifDefaultFocal35mm = 50.0F;
     int exifDefaultLensModel = 0;

@@ -34,7 +34,7 @@ void AppendErrorMessage(const QString &message)
     ImageDef::g_ErrorMessages += message;
 }
 
-/// Returns why pixels of this kind aren't supported, or None. Photoshop files with three or more channels always are
+/// Returns why pixels of this kind aren't supported, or None. Photoshop files with three or more channels are always
 /// supported, because the image-file layer returns them as RGB.
 RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATION &information)
 {
@@ -62,7 +62,7 @@ RefusalReason::Kind KindOfRefusal(const QString &path, const GFL_FILE_INFORMATIO
     return isPhotoshop && channels >= 3 ? RefusalReason::None : suspicion->second;
 }
 
-/// Reads the parts of a file that a description needs: its header, and a record with its metadata, which has pixels
+/// Reads the parts of a file that a description needs: the header, and a record with the metadata, which has pixels
 /// only if a thumbnail is requested. @p bitmap may stay null if there is no metadata.
 bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *information, GFL_BITMAP **bitmap)
 {

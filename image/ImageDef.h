@@ -18,7 +18,7 @@ struct RefusalReason {
     enum Kind {
         None,
         Unread,    // the image-file layer can't read it: see text
-        Companion, // the suffix is that of files that accompany pictures
+        Companion, // has the suffix of files that accompany pictures
         Gray,
         Lab,
         Cmyk,
@@ -31,15 +31,15 @@ struct RefusalReason {
     QString text; // in English
 };
 
-/// Create one with CreateAPicture or IsAPicture. They read only the file's header and metadata, so describing whole
-/// folders is cheap. Pixels are in the image cache; Lock gives access to them.
+/// The description of an image file, made by CreateAPicture or IsAPicture. They read only the file's header and
+/// metadata, so describing whole folders is cheap. Pixels are in the image cache; Lock gives access to them.
 ///
 /// An image in the cache, added by IsAPicture or by a lock, belongs to the cache: Delete or KImage::exit destroys it.
 /// Any other belongs to the caller that requested it.
 ///
-/// Any thread may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, as well as anything on different
-/// images. Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked
-/// meanwhile. Call GetThumbnail on the GUI thread.
+/// Threads may call Lock, Unlock, IsCached and ReleaseFromMemory concurrently, and any function on different images.
+/// Assign, reload and delete an image only while no other thread is calling it; pixels may stay locked meanwhile. Call
+/// GetThumbnail on the GUI thread.
 class ImageDef : public QObject, public KIImageDef {
     Q_OBJECT
 public:
@@ -113,8 +113,8 @@ public:
     bool IsCached(int width, int height, bool nativeDepth);
     /// Frees all unlocked versions.
     void ReleaseFromMemory();
-    /// Returns a larger thumbnail, 8 bits, made from real pixels, which are loaded if no lock has loaded them yet.
-    /// Owned by this object, valid until Reload. Throws as Lock does.
+    /// Returns a larger 8-bit thumbnail made from real pixels, which are loaded if no lock has loaded them yet. Owned
+    /// by this object, valid until Reload. Throws as Lock does.
     KImage *GetHighResThumbnail32();
     /// Makes the larger thumbnail from newly loaded pixels. Call it with the cache's mutex held.
     void GetThumbnailFromHighRes(KImage &image);

@@ -45,7 +45,7 @@ int Whole(const char *value)
     return static_cast<int>(qBound(-kMost, std::strtol(value, nullptr, 10), kMost));
 }
 
-/// Returns the number in the brackets of "Top-left (1)".
+/// Returns the number in the parentheses of "Top-left (1)".
 int Orientation(const char *value)
 {
     int number = 0;
@@ -53,7 +53,7 @@ int Orientation(const char *value)
     return number;
 }
 
-/// Parses "2010:05:03 18:30:00"; 0 if the text isn't a date.
+/// Parses a date such as "2010:05:03 18:30:00". Returns 0 if the text isn't one.
 qint64 Timestamp(const char *value)
 {
     std::tm time = {};
@@ -171,7 +171,7 @@ QString ShortText(const char *value)
     return Text(value).left(kLongest);
 }
 
-/// Parses "45° 30' 7.5\"". A number with a decimal comma reads as 0.
+/// Parses an angle such as "45° 30' 7.5\"". A number with a decimal comma reads as 0.
 double Degrees(const char *value)
 {
     QRegExp form(QStringLiteral("(\\d+).\\s+(\\d+(?:[\\.,/]\\d+)?)'\\s+(\\d+(?:[\\.,/]\\d+)?)\""));
@@ -181,7 +181,7 @@ double Degrees(const char *value)
                     ShootingInformation::kUnknownPlace);
 }
 
-/// Parses "254.5" or "509/2".
+/// Parses a direction such as "254.5" or "509/2".
 double Direction(const char *value)
 {
     const QString text = ShortText(value);
@@ -255,7 +255,8 @@ QString ReadEntry(const GFL_EXIF_ENTRY &entry, Readings &to)
     return summary;
 }
 
-/// Returns the 35 mm ratio from the focal plane's resolution and the picture's size; 0 if any of these is missing.
+/// Returns the crop factor, computed from the focal plane's resolution and the picture's size; 0 if any of these is
+/// missing.
 double RatioOfPlane(const Readings &readings)
 {
     if (readings.planeUnitMm == 0.0F || readings.planeX == 0.0F || readings.planeY == 0.0F
@@ -267,8 +268,8 @@ double RatioOfPlane(const Readings &readings)
                     0.0);
 }
 
-/// Determines the ratio and the 35 mm focal length from the first of these that is known: the camera's value, the
-/// camera table, the focal plane.
+/// Determines the crop factor and the 35 mm equivalent focal length from the first of these that is known: the camera's
+/// value, the camera table, the focal plane.
 /// @return whether the result is reliable.
 bool SettleFocal(const Readings &readings, CameraProperties &cameras)
 {
@@ -381,7 +382,7 @@ void ImageDef::AnalyseExif(GFL_EXIF_DATA *list, GFL_EXIF_DATAEX *extended)
         m_hasExif = SettleFocal(readings, g_Cameras);
         SettleExposure(readings);
         if (m_shooting.timestamp == -1)
-            m_shooting.timestamp = 0; // mktime returns this for an invalid date
+            m_shooting.timestamp = 0; // mktime returns -1 for an invalid date
         ReadExtended(extended, m_shooting);
     }
     if (m_shooting.privateKind == 0)

@@ -30,7 +30,7 @@ qint64 PixelBytes(const GFL_BITMAP &bitmap)
     return static_cast<qint64>(bitmap.Height) * bitmap.BytesPerLine;
 }
 
-/// Allocates a block with the module's allocator, or throws. Never null, even for 0 bytes.
+/// Allocates a block with the module's allocator, or throws. Never returns null, even for 0 bytes.
 void *AllocateBytes(qint64 bytes)
 {
     void *block = alloc_callback(static_cast<unsigned long>(qMax<qint64>(bytes, 1)), nullptr);

@@ -49,7 +49,7 @@ public:
     explicit KImage(const QImage &image);
     ~KImage();
 
-    /// Deep copy that owns its pixels, without Comment and MetaData. Trap: assigning an image to itself empties it.
+    /// Makes a deep copy, without Comment and MetaData, that owns its pixels. Trap: self-assignment empties the image.
     KImage &operator=(const KImage &other);
 
     // --- Starting and stopping the module (KImage_Module.cpp), main thread ---
@@ -144,7 +144,7 @@ public:
     /// Changes form or colors of an 8-bit image in place; @p mode is a GflColorDepth, which defines the meaning of @p
     /// parameters. A wrapped block stays unchanged: the image then gets a separate block.
     void Convert(unsigned short mode, unsigned short parameters);
-    /// Converts a compression number to the layer's fields; @p format in lower case. -1 keeps the layer's defaults.
+    /// Converts a compression number to the layer's fields; @p format is lowercase. -1 keeps the layer's defaults.
     ///
     ///   | format    | number                                                          |
     ///   |-----------|-----------------------------------------------------------------|
@@ -177,7 +177,7 @@ public:
 
     // --- Arithmetic (KImage_Arithmetic.cpp): all channels, including alpha ---
 
-    /// The other image has the same shape, 8 bits or float. Traps at 8 bits: sums and differences are halved (negative
+    /// Combine images of the same shape, 8 bits or float. Traps at 8 bits: sums and differences are halved (negative
     /// ones are 0), products divided by 256.
     KImage &operator-=(const KImage &other);
     KImage &operator+=(const KImage &other);
@@ -188,9 +188,9 @@ public:
 
     // --- Bridges to Qt (KImage_Qt.cpp) ---
 
-    /// Converts from Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, the fourth byte unchanged.
+    /// Converts from Format_RGB32 or Format_ARGB32 to GFL_RGBA at 8 bits, with the fourth byte unchanged.
     void FromQImage(const QImage &image);
-    /// Converts to Format_ARGB32, floats above 1 clipped. Does nothing on an empty image.
+    /// Converts to Format_ARGB32, clipping floats above 1. Does nothing on an empty image.
     void ToQImage(QImage &image);
     void ToQPixmap(QPixmap &pixmap);
 
@@ -206,9 +206,9 @@ public:
 
     // --- Alpha (KImage_Alpha.cpp) ---
 
-    /// Multiplies the alpha of an RGBA image by a gray mask. The depths must differ, otherwise "Invalid Bitmap". A mask
-    /// of lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of
-    /// this image's depth. Integers lose one part in 256 or 65,536.
+    /// Multiplies the alpha of an RGBA image by a gray mask. Throws "Invalid Bitmap" if the depths are equal. A mask of
+    /// lower depth is converted. Trap: samples of a mask of higher depth are reinterpreted in memory as numbers of this
+    /// image's depth. Integers lose one part in 256 or 65,536.
     void CombineAlpha(const KImage &mask);
     /// Sets alpha below half of the full range, and NaN, to 0; any other alpha to full.
     void BinarizeAlpha();
@@ -251,10 +251,10 @@ public:
     /// Blurs all channels with a Gaussian, repeating the edges. @p sigma is in pixels; 0 copies. See
     /// primitives::GaussianBlur for the accuracy. @p target must not be this image.
     void ConvolveGaussian(float sigma, KImage &target) const;
-    /// Unsharp mask: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3 radius, in pixels.
-    /// Transparent pixels don't bleed into others; they and pixels whose result isn't finite stay unchanged. Y:
-    /// luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4 and 0.2 times
-    /// the amount. Not in place.
+    /// Sharpens by unsharp masking: v + amount (v - blurred v), with a Gaussian of sigma radius + 0.5 cut off at 3
+    /// radius, in pixels. Transparent pixels don't bleed into others; they and pixels whose result isn't finite stay
+    /// unchanged. Y: luminance only, in PhotoYCC. Full: three passes, with 0.75, 0.5 and 1 times the radius and 10, 0.4
+    /// and 0.2 times the amount. Not in place.
     void unsharp(float radius, float amount, KImage &target);
     void unsharpY(float radius, float amount, KImage &target);
     void unsharpFull(float radius, float amount, KImage &target);
@@ -270,7 +270,7 @@ public:
     /// Maps an equidistant fisheye frame to a sphere, @p width by width / 2, RGBA at 8 bits or float: longitude -180 to
     /// 180 degrees from left to right, latitude 90 to -90 downward, with the lens pointing at the middle; directions
     /// outside its view are transparent. The circle is detected ("Invalid Bitmap" if there is none) and spans @p
-    /// degrees; or it is given and spans 180 (for a lens of d degrees pass radius * 180 / d).
+    /// degrees, or it is given and spans 180 (for a lens of d degrees, pass radius * 180 / d).
     void CircularFiskeyeToSpherical(int width, float degrees, KImage &target) const;
     void CircularCateyeToSpherical(int width, double radius, double offsetX, double offsetY, KImage &target) const;
 

@@ -111,7 +111,7 @@ std::unique_ptr<KImage> ReadCopy(const Version *version)
     }
 }
 
-/// Reads the version's disk copy. If there is none, creates the pixels and writes it.
+/// Reads the version's disk copy. If that isn't usable, creates the pixels and writes a new copy.
 void FillWithCopy(ImageDef *def, Version *version, Item *item)
 {
     if (auto copy = ReadCopy(version)) {

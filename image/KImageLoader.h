@@ -24,8 +24,8 @@ public:
     static void Load(ImageDef *def, Version *version);
     /// Fills an evicted version of the item.
     static void Load(ImageDef *def, Version *version, bool reloadFromSource, Item *item);
-    /// Fills a new version and returns true: the item must adopt it. Or replaces @p version with one that the item
-    /// already has, locks that once more and returns false.
+    /// Fills a new version and returns true, after which the item must adopt it; or replaces @p version with one that
+    /// the item already has, locks that one and returns false.
     static bool GetVersion(ImageDef *def, Version *&version, bool reloadFromSource, Item *item);
     static void Free(Version *version);
     /// Returns whether decoding failed after the version was lent (gflAcceptPendingRows).

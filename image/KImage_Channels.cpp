@@ -9,7 +9,7 @@ namespace {
 constexpr int kAlphaChannel = 3;
 
 /// Functions that copy one channel of an interleaved run to a plane, and back: [depth][layout]. The interleaved pointer
-/// is that of the channel's first sample.
+/// points to the channel's first sample.
 constexpr RunStep kExtractSteps[3][3] = {
     {nullptr, steps::Run<ippiCopy_8u_C3C1R>, steps::Run<ippiCopy_8u_C4C1R>},
     {nullptr, steps::Run<ippiCopy_16u_C3C1R>, steps::Run<ippiCopy_16u_C4C1R>},

@@ -25,7 +25,7 @@ int ClippedCount(int position, int count, int size)
     return static_cast<int>(qMin<qint64>(static_cast<qint64>(count) + position, size) - position);
 }
 
-/// Checks the arguments of placing a whole image in another at (x, y).
+/// Checks the arguments for placing a whole image in another at (x, y).
 void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
 {
     if (IsEmpty(image))

@@ -143,7 +143,7 @@ private:
     KImage m_share;
 };
 
-/// Sharpens the first @p channels channels of an image in place.
+/// Unsharp mask for the first channels of an image, in place.
 class Sharpener {
 public:
     Sharpener(KImage &image, float radius, float amount) : m_image(image), m_blur(radius), m_amount(amount)

@@ -89,8 +89,9 @@ void FindRowEnds(const KImage &image, int y, int &left, int &right)
         --right;
 }
 
-/// Sets @p edgeOf of each column to the first row from @p y on, before @p end, in which it is valid. Goes row by row
-/// with a list of the unresolved columns, because going column by column would fetch one cache line per pixel.
+/// Sets each column's entry in @p edgeOf to the first row, starting at @p y and before @p end, in which the column is
+/// valid. Goes row by row with a list of the unresolved columns, because going column by column would fetch one cache
+/// line per pixel.
 void FindColumnEdges(const KImage &image, int y, int end, int step, std::vector<int> &edgeOf)
 {
     std::vector<int> open(edgeOf.size());

@@ -29,8 +29,8 @@ struct FisheyeCircle {
     double halfAngleRad;
 };
 
-/// Maps directions to positions in an equidistant fisheye frame: the distance from the circle's center is proportional
-/// to the angle from the axis.
+/// Mapping from directions to positions in an equidistant fisheye frame: the distance from the circle's center is
+/// proportional to the angle from the axis.
 class EquidistantLens {
 public:
     EquidistantLens(const KImage &frame, const FisheyeCircle &circle)
@@ -41,7 +41,7 @@ public:
     {
     }
 
-    /// Returns NaN for a direction outside the lens's view. x to the right, y up, z along the axis.
+    /// Returns the position for a direction (x to the right, y up, z along the axis); NaN outside the lens's view.
     Position Of(float x, float y, float z) const
     {
         const float fromAxis = std::sqrt(x * x + y * y), angle = atan2f(fromAxis, z);
@@ -93,7 +93,7 @@ void ProjectToSphere(const KImage &frame, const FisheyeCircle &circle, int width
 
 // --- Radial model ---
 
-/// Maps radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, forward or inverse.
+/// Mapping from radius r to scale r (1 + k1 r^2 + k2 r^4 + k3 r^6) about a center, or its inverse.
 class RadialModel {
 public:
     RadialModel(const KImage &image, const float (&k)[3], float scale, Position offset, bool isInverse)

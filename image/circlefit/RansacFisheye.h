@@ -3,7 +3,7 @@
 
 #include <QVector>
 
-/// Finds a circle from points measured along rays that start near its center, by random sample consensus (Fischler and
+/// Fit of a circle to points measured along rays that start near its center, by random sample consensus (Fischler and
 /// Bolles 1981). All lengths are in pixels, positions relative to the rays' origin.
 ///
 /// Fill data, width, height, iterations and maxCenterOffset2, call process(), read best. Random numbers come from

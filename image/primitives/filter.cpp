@@ -7,7 +7,7 @@
 
 namespace primitives {
 
-/// Header of a block; the weights follow it, from the center outward.
+/// Header of the block that holds the weights, which follow from the center outward.
 struct GaussianSpec {
     int radius;
     int padding; // keeps the weights aligned to 8 bytes
@@ -81,7 +81,7 @@ void SumUp(const float *center, PairAt pairAt, const GaussianSpec &spec, float *
     }
 }
 
-/// Computes row @p y blurred along the columns, and pads it with its first and last value, radius times each.
+/// Computes row @p y blurred along the columns, and repeats its first and last values radius times as padding.
 void BlurColumns(const Ipp32f *src, Step srcStep, Size size, int y, const GaussianSpec &spec, float *padded)
 {
     float *sums = padded + spec.radius;

@@ -35,8 +35,8 @@ struct Plane {
     std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
-/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond it would all be
-/// equal.
+/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond the margin would all
+/// be equal.
 struct Grid {
     int pixels;
     int spacing; // k
@@ -158,7 +158,7 @@ void Transpose(Plane &src, Size size, Plane &dst)
             }
         }
     }
-    for (int y = 0; y < size.height; ++y) { // the rest at the right and at the bottom
+    for (int y = 0; y < size.height; ++y) { // the remainder at the right and bottom
         for (int x = y < wholeHeight ? wholeWidth : 0; x < size.width; ++x)
             dst.Row(x)[y] = src.Row(y)[x];
     }

@@ -5,8 +5,8 @@
 
 namespace primitives {
 
-/// Allocates @p bytes, or @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Null if a
-/// size is below 1 or the memory is not available. Release it with Free.
+/// Allocates @p bytes, or @p height rows of @p rowBytes each with the step in @p step, aligned to 64 bytes. Returns
+/// null if a size is below 1 or the memory is not available. Release the block with Free.
 void *Allocate(std::int64_t bytes);
 void *AllocateRows(std::int64_t rowBytes, int height, Step *step);
 /// Frees a block; accepts null.

@@ -7,7 +7,7 @@ namespace primitives {
 
 namespace {
 
-/// The source positions that contribute to one target position, @p count from @p first on, and their weights.
+/// Source positions that contribute to one target position: @p count, starting at @p first, and their weights.
 struct Taps {
     std::int32_t first;
     std::int32_t count;

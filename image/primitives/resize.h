@@ -35,7 +35,7 @@ Status ResizeLinearInit(Size src, Size dst, ResizeSpec *spec, void *initBuffer);
 /// Returns the size in bytes of the work block for images of @p channels channels: one row of the source in floats.
 Status ResizeGetBufferSize(const ResizeSpec *spec, Size dst, int channels, std::int64_t *bytes);
 
-/// Computes the part of the target at @p dstOffset of @p dstSize pixels.
+/// Computes the part of the target that starts at @p dstOffset and has @p dstSize pixels.
 ///
 /// @param src  Pixel (0, 0) of the whole source.
 /// @param dst  First pixel of the part. Must not overlap the source.

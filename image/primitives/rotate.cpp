@@ -66,7 +66,7 @@ Range ImageOf(Range source, int sign, std::int64_t shift)
     return {shift - source.end + 1, shift - source.first + 1};
 }
 
-/// Maps a target position back to its source position.
+/// Mapping from target positions back to source positions.
 template <typename T> struct Turn {
     T cosine;
     T sine;
@@ -115,7 +115,7 @@ template <void StorePixel(Pixel *, const Pixel &)>
 void MovePixels(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, const Region &region,
                 const Turn<std::int64_t> &turn)
 {
-    // Source bytes from one target column to the next.
+    // Distance in bytes between the source pixels of adjacent target columns.
     const Step acrossStep = turn.cosine * std::int64_t(sizeof(Pixel)) + turn.sine * srcStep;
     for (std::int64_t blockX = region.x.first; blockX < region.x.end; blockX += kBlockSide) {
         // Blocks go down the target, along the same few source rows.

@@ -6,7 +6,7 @@
 
 namespace primitives {
 
-/// How Scale16To8 rounds: "fast" may be off by one.
+/// Rounding mode of Scale16To8: "fast" may be off by one.
 enum ScaleHint { kScaleFast = 1 };
 
 /// Maps the whole range of one integer type to that of the other: 257 steps at 16 bits are one step at 8 bits.
@@ -21,7 +21,7 @@ template <int C> Status Scale8To16(const Ipp8u *src, Step srcStep, Ipp16u *dst, 
 template <int C> Status Scale16To8(const Ipp16u *src, Step srcStep, Ipp8u *dst, Step dstStep, Size size, ScaleHint)
 {
     return ForRows(src, srcStep, dst, dstStep, size, [n = RowSamples<C>(size)](const Ipp16u *srcRow, Ipp8u *dstRow) {
-        // Gives v / 257 to within 1, exactly for multiples of 257, and never exceeds 16 bits.
+        // Gives v / 257 to within 1, exactly for multiples of 257, and stays within 16 bits.
         for (std::int64_t i = 0; i < n; ++i) {
             const Ipp16u v = srcRow[i];
             dstRow[i] = static_cast<Ipp8u>(static_cast<Ipp16u>(v - (v >> 8) + 128) >> 8);

@@ -22,7 +22,7 @@ void Store16(void *to, __m128i value)
     _mm_storeu_si128(static_cast<__m128i *>(to), value);
 }
 
-/// Computes Saturate of (v - low) * factor for four floats, as 32-bit integers.
+/// Function object that computes Saturate of (v - low) * factor for four floats, as 32-bit integers.
 struct Rounding {
     __m128 low;
     __m128 factor;

@@ -77,7 +77,7 @@ GFL_API int gflGetFileInformationExUTF8(const char *path, std::int32_t index, GF
 GFL_API void gflFreeFileInformation(GFL_FILE_INFORMATION *info);
 
 /// Reads a whole picture into a new record, pixels as stored (orientation is not applied). Delivers GFL_GREY, GFL_RGB
-/// and GFL_RGBA at 8, 16 or 32 bits, as GFL_LOAD_PARAMS requests. A file that ends early gives GFL_ERROR_FILE_READ. @p
+/// or GFL_RGBA at 8, 16 or 32 bits, as GFL_LOAD_PARAMS requests. A file that ends early gives GFL_ERROR_FILE_READ. @p
 /// info, which may be null, describes the file like gflGetFileInformationExUTF8.
 GFL_API int gflLoadBitmapUTF8(const char *path, GFL_BITMAP **bitmap, const GFL_LOAD_PARAMS *params,
                               GFL_FILE_INFORMATION *info);
@@ -133,8 +133,8 @@ typedef int (*GFL_ROWS_CALLBACK)(int firstRow, int rows, std::uint8_t *data, std
 
 /// Like gflSaveBitmapUTF8, with the same result, for a picture that is never completely in memory. @p bitmap gives its
 /// size, form and metadata; its Data is not used. Requests all rows once and in order, some at a time, on the calling
-/// thread, while other threads pack finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at once
-/// request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
+/// thread, while other threads compress finished rows of a TIFF. With GFL_SAVE_FAST and deflate, several threads at
+/// once request GFL_FAST_ROWS rows each, roughly in order. Only for "tiff", "jpeg", "png" and "exr"; other formats give
 /// GFL_ERROR_BAD_PARAMETERS.
 GFL_API int gflSaveRowsUTF8(const char *path, const GFL_BITMAP *bitmap, GFL_ROWS_CALLBACK rows, void *userData,
                             const GFL_SAVE_PARAMS *params);

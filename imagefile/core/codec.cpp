@@ -8,7 +8,7 @@ Status RowMaker::Make(int firstRow, int rows, std::uint8_t *data, std::uint32_t 
     const int error = callback(firstRow, rows, data, bytesPerLine, userData);
     return error == GFL_NO_ERROR
         ? Status::Ok()
-        : Status::Fail(static_cast<GflError>(error), Text("rows from %d on could not be made", firstRow));
+        : Status::Fail(static_cast<GflError>(error), Text("can't generate the rows from %d on", firstRow));
 }
 
 std::string LowerCaseSuffix(const std::string &path)

@@ -43,8 +43,8 @@ struct NameHint {
     bool isOwnSuffix;   // it is a suffix of the format being tested
 };
 
-/// A file format. Stateless: one object serves all threads. Catches longjmps of the format's library, and all
-/// exceptions other than std::bad_alloc.
+/// A file format. Stateless: one object serves all threads. Catches all longjmp calls of the format's library, and all
+/// exceptions except std::bad_alloc.
 class Codec {
 public:
     virtual ~Codec() = default;
@@ -52,7 +52,8 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Examines a file that Probe accepted, for formats whose files begin like those of another format.
+    /// Returns whether a file that Probe accepted is of this format; for formats whose files begin like those of
+    /// another.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file if its

@@ -1,4 +1,4 @@
-// Checks of the sizes that a picture file claims, before memory is allocated.
+// Checks the sizes that a picture file claims, before memory is allocated.
 #pragma once
 
 #include "limits.h"

@@ -24,7 +24,7 @@ Box FitInto(const Box &box, int width, int height);
 /// the picture, except for the few rows and columns that cameras crop. This excludes previews with bars at the sides.
 bool CanReplace(const Box &picture, const Box &preview, const Box &box);
 
-/// Receives a picture row by row from the top. May throw std::bad_alloc.
+/// Receiver of a picture's rows, from top to bottom. May throw std::bad_alloc.
 class RowSink {
 public:
     virtual ~RowSink() = default;
@@ -71,7 +71,7 @@ private:
     std::vector<std::uint8_t> m_row;
 };
 
-/// Reduces the picture to fit into a box: each target pixel is the mean of the whole source pixels that it covers.
+/// The picture reduced to fit into a box: each target pixel is the mean of the whole source pixels that it covers.
 /// Needs memory only for one row and the result.
 class ReducedRows : public RowSink {
 public:

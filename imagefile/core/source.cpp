@@ -31,7 +31,7 @@ Status Source::Open(const std::string &path)
 Status Source::Check() const
 {
     if (m_shrank)
-        return Status::Fail(GFL_ERROR_FILE_READ, Text("%s was truncated while it was read", m_path.c_str()));
+        return Status::Fail(GFL_ERROR_FILE_READ, Text("%s was truncated while being read", m_path.c_str()));
     if (m_failure == 0)
         return Status::Ok();
     return Status::Fail(GFL_ERROR_FILE_READ, Text("can't read %s: %s", m_path.c_str(), std::strerror(m_failure)));

@@ -16,8 +16,8 @@ namespace imagefile {
 
 namespace {
 
-// Adapts a Sink for OpenEXR. Keeps the first failure, because OpenEXR writes the file's last table in a destructor,
-// which swallows exceptions.
+// OpenEXR output stream over a Sink. Keeps the first failure, because OpenEXR writes the file's last table in a
+// destructor, which swallows exceptions.
 class Output : public Imf::OStream {
 public:
     explicit Output(Sink *sink) : Imf::OStream("OpenEXR"), m_sink(sink) { }

@@ -111,8 +111,8 @@ Status ReadHeader(const Source &source, ByteReader *reader, HdrLayout *layout)
     return CheckSize(source, *layout);
 }
 
-/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one; its exponent is the count. The
-/// counts of consecutive such pixels are multiplied by 1, 256, 65,536. @p first: bytes of the first pixel that are
+/// Reads pixels one by one. A pixel with mantissas 1, 1, 1 repeats the previous one; its exponent is the count. In a
+/// sequence of such pixels, the counts are multiplied by 1, 256 and 65,536. @p first: bytes of the first pixel that are
 /// already in @p rgbe.
 Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std::size_t first)
 {
@@ -137,8 +137,8 @@ Status ReadPlain(ByteReader *reader, std::uint8_t *rgbe, std::size_t length, std
     return Status::Ok();
 }
 
-/// Reads one of the four channels of a packed row: a count above 128 is that of a run of one byte, plus 128; others
-/// precede literal bytes.
+/// Reads one of the four channels of a packed row: a code above 128 starts a run of code - 128 equal bytes; others are
+/// followed by as many literal bytes.
 Status ReadPackedChannel(ByteReader *reader, std::uint8_t *channel, std::size_t length)
 {
     for (std::size_t x = 0; x < length;) {
@@ -174,7 +174,7 @@ Status ReadScanline(ByteReader *reader, std::uint8_t *rgbe, int length)
     return Status::Ok();
 }
 
-/// Converts pixels to floats.
+/// Converter of pixels to floats.
 class Scale {
 public:
     explicit Scale(double exposure)

@@ -105,7 +105,7 @@ void HeifFile::TakeBlock(heif_item_id id, Metadata *metadata) const
         DecodeBoxedExif(block, &metadata->exif);
 }
 
-// Stores the ICC profile. Without one, warns if the file specifies other colors than sRGB by numbers of ITU-T H.273.
+// Stores the ICC profile. Without one, warns unless the file's color codes (ITU-T H.273) mean sRGB.
 void HeifFile::TakeColors(Metadata *metadata) const
 {
     const std::size_t size = heif_image_handle_get_raw_color_profile_size(m_handle.get());

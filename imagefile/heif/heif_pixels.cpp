@@ -32,7 +32,7 @@ void Gather(const std::uint8_t *src, std::ptrdiff_t step, std::uint8_t *row, int
             std::memcpy(row + std::ptrdiff_t(x) * pixelBytes, src + x * step, static_cast<std::size_t>(pixelBytes));
 }
 
-/// Scales a row of stored values; blended colors are divided by their opacity, before it is rounded.
+/// Scales a row of stored values. Premultiplied colors are divided by their opacity as stored.
 template <class T> void FinishRow(const std::vector<std::uint16_t> &table, bool isBlended, T *row, std::size_t samples)
 {
     constexpr std::uint32_t kFull = FullScale<T>();

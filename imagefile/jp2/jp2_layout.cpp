@@ -32,8 +32,8 @@ std::uint64_t DividedUp(std::uint64_t value, std::uint64_t by)
     return (value + by - 1) / by;
 }
 
-/// Iterates over the headers of a codestream. Counts precincts: each takes at least a byte of the file, and OpenJPEG
-/// allocates about 200 bytes for it.
+/// Reader of a codestream's headers. Counts precincts: each takes at least a byte of the file, and OpenJPEG allocates
+/// about 200 bytes for it.
 class StreamHeaders {
 public:
     StreamHeaders(const Source &source, Jp2Layout *layout) : m_source(source), m_layout(layout) { }
@@ -152,7 +152,7 @@ private:
             count += along(m_tileWidth, sizes & 0xF) * along(m_tileHeight, sizes >> 4); // <= 2^41 each
         }
         const auto components = static_cast<std::uint64_t>(ofComponent ? 1 : m_layout->components);
-        // The count may be 4 times too high, and tile headers may repeat those of the main header.
+        // The count may be 4 times too high, and tile headers may repeat the precincts of the main header.
         const std::uint64_t limit = std::max<std::uint64_t>(kHarmlessPrecincts, 8 * m_source.Size());
         if (count * components > (limit - m_precincts) / tiles)
             return Damaged("the file is too short for its precincts");

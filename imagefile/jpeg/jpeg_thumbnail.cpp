@@ -10,7 +10,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// The TIFF in an APP1 segment, in either byte order. Bytes past the end read as 0.
+// The TIFF block in an APP1 segment, in either byte order. Bytes past the end read as 0.
 class ExifBlock {
 public:
     explicit ExifBlock(Bytes bytes)

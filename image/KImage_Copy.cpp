@@ -39,7 +39,7 @@ void CheckPlacement(const KImage &image, const KImage &target, int x, int y)
 }
 
 /// Makes a new target opaque if the conversion (16-bit gray to RGBA) would leave its alpha undefined.
-void FillAlphaThatStays(const KImage &source, KImage &target)
+void FillUndefinedAlpha(const KImage &source, KImage &target)
 {
     if (!IsWorkingDepth(source.bitsPerComponent()) || !IsWorkingDepth(target.bitsPerComponent())
         || !IsWorkingType(target.type()))
@@ -137,7 +137,7 @@ void KImage::Convert(KImage &target, unsigned short type, int bitsPerComponent) 
     const bool keepsBlock = target.m_bitmap && HasShape(*target.m_bitmap, width(), height(), type, bitsPerComponent);
     target.AllocBitmap(width(), height(), type, bitsPerComponent, /*clear=*/false, nullptr, 0);
     if (!keepsBlock)
-        FillAlphaThatStays(*this, target);
+        FillUndefinedAlpha(*this, target);
     CropCopyTo(0, 0, width(), height(), target, 0, 0);
 }
 

@@ -146,7 +146,7 @@ private:
 enum class Outside { Zero, NearestEdge };
 
 /// Remaps the channels [first, end) of @p image.
-void Bend(KImage &image, const RadialModel &model, int first, int end, Outside outside)
+void Remap(KImage &image, const RadialModel &model, int first, int end, Outside outside)
 {
     const KImage source(image);
     WithSampler(source, [&](const auto &sampler) {
@@ -239,7 +239,7 @@ void KImage::Optical(float k1, float k2, float k3, float offsetX, float offsetY,
     if (!AllFinite({k1, k2, k3, offsetX, offsetY}))
         KThrow(kInvalidParameter);
     const RadialModel model(*this, {k1, k2, k3}, /*scale=*/1, {offsetX, offsetY}, direction != 0);
-    Bend(*this, model, 0, m_bitmap->ComponentsPerPixel, Outside::Zero);
+    Remap(*this, model, 0, m_bitmap->ComponentsPerPixel, Outside::Zero);
 }
 
 void KImage::Optical2(float k1, float k2, float k3, char channel, float scale, int direction)
@@ -251,5 +251,5 @@ void KImage::Optical2(float k1, float k2, float k3, char channel, float scale, i
     if (!AllFinite({k1, k2, k3, scale}) || !(scale > 0) || index < 0 || index >= m_bitmap->ComponentsPerPixel)
         KThrow(kInvalidParameter);
     const RadialModel model(*this, {k1, k2, k3}, scale, {0, 0}, direction != 0);
-    Bend(*this, model, index, index + 1, Outside::NearestEdge);
+    Remap(*this, model, index, index + 1, Outside::NearestEdge);
 }

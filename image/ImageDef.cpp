@@ -85,8 +85,8 @@ bool ReadHead(const QString &path, bool withThumbnail, GFL_FILE_INFORMATION *inf
     return true;
 }
 
-/// Returns the largest power of two, at most 32, by which a picture can be reduced and still cover the box in at least
-/// one direction.
+/// Returns the largest power of two, at most 32, by which a picture can be reduced and still cover the box in width or
+/// height.
 int ScaleThatCovers(int width, int height, const QSize &box)
 {
     int scale = kThumbnailScaleMax;
@@ -95,8 +95,7 @@ int ScaleThatCovers(int width, int height, const QSize &box)
     return scale;
 }
 
-/// Returns the smallest power of two, at most 32, that reduces a picture so that it fits the box in at least one
-/// direction.
+/// Returns the smallest power of two, at most 32, that reduces a picture so that it fits the box in width or height.
 int ScaleThatFits(int width, int height, const QSize &box)
 {
     int scale = 1;

@@ -255,8 +255,7 @@ QString ReadEntry(const GFL_EXIF_ENTRY &entry, Readings &to)
     return summary;
 }
 
-/// Returns the crop factor, computed from the focal plane's resolution and the picture's size; 0 if any of these is
-/// missing.
+/// Returns the crop factor from the focal plane's resolution and the picture's size; 0 if any of these is missing.
 double RatioOfPlane(const Readings &readings)
 {
     if (readings.planeUnitMm == 0.0F || readings.planeX == 0.0F || readings.planeY == 0.0F

@@ -12,8 +12,7 @@ void *KImage::m_logData = nullptr;
 
 namespace {
 
-/// Returns the number of channels of a type, which is a bit mask: 1 for gray, binary and palette forms; 0 for unknown
-/// types.
+/// Returns the number of channels of a type, which is a bit mask: 1 for gray, binary and palette forms; 0 if unknown.
 int ChannelsOfType(unsigned short type)
 {
     if (type & 0x0007)

@@ -28,8 +28,7 @@ public:
     void SetExifex(GFL_EXIF_DATAEX *data);
     void SetXmp(GFL_XMP_DATA *data);
 
-    /// Returns the root element of the XMP packet, with prefixed names as written; null if there is no XMP or it is not
-    /// XML.
+    /// Returns the root element of the XMP packet, with prefixed names as written; null if there is no valid XMP.
     QDomElement DomXmp() const;
 
     /// Copies a text to the image-file layer's memory; returns null for null, or if memory is short.

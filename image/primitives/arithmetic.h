@@ -48,8 +48,7 @@ template <typename Op, typename T, int C>
 Status CombineScaled(const T *first, Step firstStep, const T *second, Step secondStep, T *dst, Step dstStep, Size size,
                      int scaleFactor)
 {
-    // Rounded 8-bit products fit in 32 bits up to a shift of 30, and 32-bit loops vectorize. 16-bit samples need 64
-    // bits.
+    // Rounded 8-bit products fit in 32 bits up to a shift of 30, so the loop vectorizes; 16-bit samples need 64.
     using Wide = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
     if (!IsScaleFactor(scaleFactor))
         return Status::BadArgument;

@@ -35,8 +35,7 @@ struct Plane {
     std::unique_ptr<Ipp32f, void (*)(void *)> block;
 };
 
-/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond the margin would all
-/// be equal.
+/// Nodes of one axis: at the pixels 0, k, 2k and so on, plus a margin on both sides. Nodes beyond that would be equal.
 struct Grid {
     int pixels;
     int spacing; // k
@@ -56,8 +55,7 @@ double BSpline(double t)
     return 2.0 / 3 - distance * distance * (1 - distance / 2);
 }
 
-/// Weights of pixels in a node, starting with pixel @p first. The weight of an edge pixel includes those repeated
-/// beyond it.
+/// Weights of pixels in a node, starting with pixel @p first. That of an edge pixel includes those repeated beyond it.
 struct NodeWeights {
     NodeWeights(const Grid &grid, int node)
     {
@@ -236,8 +234,7 @@ Status BlurOnGrid(const Ipp32f *src, Step srcStep, Ipp32f *dst, Step dstStep, Si
 
     GridBlur grid(size, spacing);
     const Size onGridSize = grid.GridSize();
-    // Keep the grid in the target, which isn't needed until the end: the first access to new memory takes longer than
-    // the blur.
+    // Keep the grid in the target until that is filled: the first access to new memory takes longer than the blur.
     const bool fits = onGridSize.width <= size.width && onGridSize.height <= size.height;
     Plane onGrid = fits ? Plane(onGridSize, dst, dstStep) : Plane(onGridSize);
     Plane blurred(onGridSize);

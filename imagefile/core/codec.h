@@ -52,8 +52,7 @@ public:
     /// Returns whether a file that begins with @p head (16 bytes, padded with zeros after the end of a shorter file) is
     /// of this format.
     virtual bool Probe(const std::uint8_t *head, const NameHint &name) const = 0;
-    /// Returns whether a file that Probe accepted is of this format; for formats whose files begin like those of
-    /// another.
+    /// Returns whether a file that Probe accepted is of this format, for formats that begin like another.
     virtual bool Recognizes(const Source &source, const NameHint &name) const;
 
     /// Fills all of @p info except FormatName and FormatIndex. Never decodes pixels, but rejects the file if its

@@ -142,8 +142,7 @@ Status FileSink::WriteAt(std::uint64_t offset, const void *data, std::size_t len
     return Status::Ok();
 }
 
-/// Starts storing the data written so far on disk, without waiting for it. Failures are reported when the file is
-/// synced.
+/// Starts storing the data written so far on disk, without waiting. Failures are reported when the file is synced.
 void FileSink::StartStoring()
 {
     constexpr std::uint64_t kAtOnce = 4 << 20;

@@ -204,8 +204,7 @@ Status OpenExr(const Source &source, ExrLayout *layout)
 // Returns a base address from which OpenEXR finds the row buffer by data window coordinates, for any y.
 template <class T> T *BaseOf(T *row, int minX, std::size_t pixelBytes)
 {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside the buffer, where pointer arithmetic is
-    // undefined
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the base may lie outside the buffer, where no pointer is valid
     return reinterpret_cast<T *>(reinterpret_cast<std::intptr_t>(row) - minX * static_cast<std::intptr_t>(pixelBytes));
 }
 

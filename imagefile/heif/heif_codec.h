@@ -1,5 +1,4 @@
-// Declarations shared by the HEIF codec's source files: a file opened by libheif. AVIF is HEIF with pictures coded as
-// AV1.
+// Declarations shared by the HEIF codec's source files. AVIF is HEIF with pictures coded as AV1.
 #pragma once
 
 #include "core/codec.h"
